@@ -1,0 +1,47 @@
+# Targets by floor: velmora_floor(<folder> SOURCES … DEPENDS <folders…> LINK <libraries…>) makes the
+# static library velmora_<folder> and refuses a dependency that does not point down the table.
+
+set(VELMORA_FLOORS_TABLE ${CMAKE_SOURCE_DIR}/src/floors.txt)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${VELMORA_FLOORS_TABLE})
+
+file(STRINGS ${VELMORA_FLOORS_TABLE} _floor_rows REGEX "^[0-9]")
+foreach(_row IN LISTS _floor_rows)
+    string(REGEX MATCH "^([0-9]+) +([^ ]+) +([a-z]+)" _ "${_row}")
+    set(VELMORA_FLOOR_OF_${CMAKE_MATCH_2} ${CMAKE_MATCH_1})
+    set(VELMORA_QT_OF_${CMAKE_MATCH_2} ${CMAKE_MATCH_3})
+endforeach()
+
+function(velmora_target_name folder result)
+    string(REPLACE "/" "_" _name "velmora_${folder}")
+    set(${result} ${_name} PARENT_SCOPE)
+endfunction()
+
+# Warnings, sanitizers and the shared precompiled header; `qt` is gui or widgets.
+function(velmora_settings target qt)
+    target_link_libraries(${target} PRIVATE velmora_flags)
+    if(qt STREQUAL "widgets")
+        target_link_libraries(${target} PUBLIC Qt6::Widgets)
+        target_precompile_headers(${target} REUSE_FROM velmora_pch_widgets)
+    else()
+        target_link_libraries(${target} PUBLIC Qt6::Gui)
+        target_precompile_headers(${target} REUSE_FROM velmora_pch_gui)
+    endif()
+endfunction()
+
+function(velmora_floor folder)
+    cmake_parse_arguments(FLOOR "" "" "SOURCES;DEPENDS;LINK" ${ARGN})
+    if(NOT DEFINED VELMORA_FLOOR_OF_${folder})
+        message(FATAL_ERROR "${folder} is not in ${VELMORA_FLOORS_TABLE}")
+    endif()
+    velmora_target_name(${folder} _target)
+    add_library(${_target} STATIC ${FLOOR_SOURCES})
+    velmora_settings(${_target} ${VELMORA_QT_OF_${folder}})
+    foreach(_below IN LISTS FLOOR_DEPENDS)
+        if(NOT VELMORA_FLOOR_OF_${_below} LESS VELMORA_FLOOR_OF_${folder})
+            message(FATAL_ERROR "${folder} must not depend on ${_below}: it is not on a lower floor")
+        endif()
+        velmora_target_name(${_below} _below_target)
+        target_link_libraries(${_target} PUBLIC ${_below_target})
+    endforeach()
+    target_link_libraries(${_target} PUBLIC ${FLOOR_LINK})
+endfunction()

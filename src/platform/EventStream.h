@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace platform {
+
+/// What an event says of its path; several may be set.
+enum EventFlag : std::uint32_t {
+    EventMustScanSubDirs = 0x00000001, ///< changes below the path were lost: look for yourself
+    EventRootChanged = 0x00000020,     ///< the path of a watched root moved, or is gone
+    EventItemCreated = 0x00000100,
+    EventItemRemoved = 0x00000200,
+    EventItemRenamed = 0x00000800, ///< the path is the former or the new name
+    EventItemIsFile = 0x00010000,
+    EventItemIsDir = 0x00020000,
+};
+
+struct FileSystemEvent {
+    std::uint64_t eventId = 0; ///< grows from event to event
+    QString path;              ///< absolute, without a separator at its end
+    std::uint32_t flags = 0;
+};
+
+/// Watches folders with all that is below them, and tells what came, went and was renamed there.
+///
+/// Hidden entries, the content of packages, and what lies behind links are left out. What is
+/// written to a file that stands already is not told. A new file is told once it is complete: when
+/// its writer closes it, or when it has stopped growing. Events of one path within a batch are
+/// joined. When the kernel lost events, or watches no more folders, that is said once on standard
+/// error, and the roots concerned get an event that is a renamed folder which must be scanned.
+///
+/// Watches are added on a thread of the stream's own, so that making one costs nothing.
+class EventStream {
+public:
+    using Clock = std::chrono::steady_clock;
+    using Handler = std::function<void(std::vector<FileSystemEvent>)>;
+
+    struct Options {
+        /// From the first event of a batch to its delivery.
+        std::chrono::milliseconds latency{1000};
+        std::function<Clock::time_point()> now = &Clock::now;
+    };
+
+    /// The handler is called with each batch on the main thread, in the main loop's default mode,
+    /// and no more once the stream is gone from that thread. Paths that do not exist are left out.
+    EventStream(const QStringList& paths, Handler handler, Options options);
+    EventStream(const QStringList& paths, Handler handler)
+        : EventStream(paths, std::move(handler), Options()) {}
+    EventStream(const EventStream&) = delete;
+    EventStream& operator=(const EventStream&) = delete;
+    /// Waits for the stream's thread, which ends at once. Any thread.
+    ~EventStream();
+
+    /// The system refused to watch anything; said on standard error.
+    [[nodiscard]] bool isValid() const;
+
+    /// Has everything that happened until now delivered. `flushSync` returns when the batch is on
+    /// its way to the main thread (and so, the first time, when all folders are watched). Any
+    /// thread but the stream's.
+    void flushAsync();
+    void flushSync();
+
+    /// The file was made lately and its writer has not finished: its event is still to come. Any
+    /// thread.
+    [[nodiscard]] bool isBeingWritten(const QString& path) const;
+
+private:
+    class Worker;
+    std::unique_ptr<Worker> _worker;
+};
+
+} // namespace platform

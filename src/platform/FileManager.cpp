@@ -1,0 +1,105 @@
+#include "platform/FileManager.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <memory>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace platform::FileManager {
+
+namespace {
+
+/// Libraries and bundles that other systems and photo programs keep as folders.
+constexpr QStringView packageExtensions[] = {
+    u"app",          u"appex",         u"bundle",       u"framework",   u"plugin",
+    u"kext",         u"photoslibrary", u"photolibrary", u"aplibrary",   u"migratedphotolibrary",
+    u"lrlibrary",    u"lrdata",        u"lrcat-data",   u"cosessiondb", u"tvlibrary",
+    u"musiclibrary", u"imovielibrary", u"fcpbundle",    u"rtfd",        u"xcodeproj",
+    u"playground",   u"pkg",           u"mpkg",         u"sparsebundle"};
+
+double secondsOf(const struct statx_timestamp& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+struct CloseDirectory {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+
+bool isDirectoryAt(int folder, const dirent& entry) {
+    if (entry.d_type == DT_DIR) return true;
+    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return false;
+    struct stat status {};
+    return ::fstatat(folder, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool isLinkAt(int folder, const dirent& entry) {
+    if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_LNK;
+    struct stat status {};
+    return ::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           S_ISLNK(status.st_mode);
+}
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+} // namespace
+
+std::optional<ResourceValues> resourceValues(const QString& path) {
+    struct statx status {};
+    const QByteArray bytes = QFile::encodeName(path);
+    if (::statx(AT_FDCWD, bytes.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+        return std::nullopt;
+    }
+    ResourceValues values;
+    values.isDirectory = S_ISDIR(status.stx_mode);
+    values.isRegularFile = S_ISREG(status.stx_mode);
+    values.fileSize = static_cast<qint64>(status.stx_size);
+    values.modificationDate = secondsOf(status.stx_mtime);
+    values.creationDate = (status.stx_mask & STATX_BTIME) != 0 ? secondsOf(status.stx_btime)
+                                                               : values.modificationDate;
+    return values;
+}
+
+std::error_code
+enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor) {
+    const QByteArray bytes = QFile::encodeName(folder);
+    const std::unique_ptr<DIR, CloseDirectory> directory(::opendir(bytes.constData()));
+    if (!directory) return lastError();
+    while (true) {
+        errno = 0;
+        const dirent* found = ::readdir(directory.get());
+        if (!found) return errno == 0 ? std::error_code() : lastError();
+        if (found->d_name[0] == '.') continue;
+        DirectoryEntry entry;
+        entry.name = QFile::decodeName(found->d_name);
+        if (QFile::encodeName(entry.name) != found->d_name) continue;
+        entry.isDirectory = isDirectoryAt(::dirfd(directory.get()), *found);
+        entry.isPackage = entry.isDirectory && isPackageName(entry.name);
+        entry.isLink = isLinkAt(::dirfd(directory.get()), *found);
+        if (!visitor(entry)) return {};
+    }
+}
+
+bool createDirectory(const QString& path) {
+    return QDir().mkpath(path) && QFileInfo(path).isDir();
+}
+
+bool isPackageName(QStringView name) {
+    while (name.size() > 1 && name.endsWith(u'/'))
+        name.chop(1);
+    const qsizetype dot = name.lastIndexOf(u'.');
+    if (dot <= name.lastIndexOf(u'/') + 1) return false;
+    const QStringView extension = name.mid(dot + 1);
+    return std::ranges::any_of(packageExtensions, [&](QStringView known) {
+        return extension.compare(known, Qt::CaseInsensitive) == 0;
+    });
+}
+
+} // namespace platform::FileManager

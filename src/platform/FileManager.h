@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <optional>
+#include <system_error>
+
+namespace platform {
+
+/// What the file system says of one entry, links followed.
+struct ResourceValues {
+    bool isDirectory = false;
+    bool isRegularFile = false;
+    qint64 fileSize = 0; // bytes
+    /// Seconds since 1970, made from the kernel's seconds and nanoseconds in one fixed way, so that
+    /// an unchanged file always gives the same bits.
+    double modificationDate = 0;
+    /// The birth time where the file system keeps one, else the modification date.
+    double creationDate = 0;
+};
+
+/// One entry of a folder.
+struct DirectoryEntry {
+    QString name;
+    bool isDirectory = false; // a link to a folder counts as a folder
+    bool isPackage = false;   // a folder that is shown as a file
+    bool isLink = false;
+};
+
+/// The file system. Paths are absolute; every operation blocks as long as the disk does. Any
+/// thread.
+namespace FileManager {
+
+[[nodiscard]] std::optional<ResourceValues> resourceValues(const QString& path);
+
+/// Calls the visitor with each entry of the folder itself (not of those below), in the order in
+/// which the disk gives them, without hidden entries and without names that are not valid in the
+/// file system's encoding (no other part of the program could open them). The visitor answers false
+/// to stop. The error is that of opening or reading the folder; no error is the zero code.
+[[nodiscard]] std::error_code
+enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor);
+
+/// Makes the folder and those above it; true if it stands afterwards.
+[[nodiscard]] bool createDirectory(const QString& path);
+
+/// Whether a folder of this name or path is one document of another program's, such as a photo
+/// library or an application bundle on a drive that another system shares: its content is that
+/// program's own.
+[[nodiscard]] bool isPackageName(QStringView name);
+
+} // namespace FileManager
+} // namespace platform

@@ -1,0 +1,211 @@
+#include "platform/OperationQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <mutex>
+#include <random>
+#include <thread>
+#include <vector>
+
+using platform::Operation;
+using platform::OperationQueue;
+using platform::QueuePriority;
+
+namespace {
+
+class Lambda final : public Operation {
+public:
+    explicit Lambda(std::function<void(Lambda&)> body) : _body(std::move(body)) {}
+
+protected:
+    void main() override { _body(*this); }
+
+private:
+    std::function<void(Lambda&)> _body;
+};
+
+/// Collects names in the order in which operations ran.
+class Record {
+public:
+    std::shared_ptr<Operation> operation(int name) {
+        return std::make_shared<Lambda>([this, name](Lambda&) {
+            const std::lock_guard lock(_mutex);
+            _ran.push_back(name);
+        });
+    }
+    std::vector<int> ran() {
+        const std::lock_guard lock(_mutex);
+        return _ran;
+    }
+
+private:
+    std::mutex _mutex;
+    std::vector<int> _ran;
+};
+
+TEST(OperationQueueTest, serialQueueRunsInOrderOfPriorityThenArrival) {
+    Record record;
+    OperationQueue queue(QStringLiteral("test"));
+    queue.setSuspended(true);
+    auto first = record.operation(1);
+    auto second = record.operation(2);
+    auto third = record.operation(3);
+    auto fourth = record.operation(4);
+    first->setQueuePriority(QueuePriority::Low);
+    fourth->setQueuePriority(QueuePriority::VeryHigh);
+    for (const auto& operation : {first, second, third, fourth})
+        queue.addOperation(operation);
+    // While waiting: the second falls behind, the first comes back to where it was added.
+    second->setQueuePriority(QueuePriority::VeryLow);
+    first->setQueuePriority(QueuePriority::Normal);
+    EXPECT_EQ(queue.operations(), (std::vector{fourth, first, third, second}));
+    EXPECT_TRUE(record.ran().empty());
+    queue.setSuspended(false);
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(record.ran(), (std::vector{4, 1, 3, 2}));
+    EXPECT_TRUE(second->isFinished());
+}
+
+TEST(OperationQueueTest, cancelledOperationsThatWaitNeverRun) {
+    Record record;
+    OperationQueue queue(QStringLiteral("test"));
+    queue.setSuspended(true);
+    auto kept = record.operation(1);
+    auto alone = record.operation(2);
+    queue.addOperation(kept);
+    queue.addOperation(alone);
+    alone->cancel();
+    queue.setSuspended(false);
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(record.ran(), std::vector{1});
+    EXPECT_TRUE(alone->isFinished());
+
+    queue.setSuspended(true);
+    auto dropped = record.operation(3);
+    queue.addOperation(dropped);
+    queue.cancelAllOperations();
+    EXPECT_EQ(queue.operationCount(), 0U);
+    queue.waitUntilAllOperationsAreFinished(); // though suspended
+    EXPECT_TRUE(dropped->isCancelled());
+    EXPECT_EQ(record.ran(), std::vector{1});
+}
+
+TEST(OperationQueueTest, runningOperationSeesItsCancellation) {
+    OperationQueue queue(QStringLiteral("test"));
+    std::latch started(1);
+    std::atomic<bool> sawCallback = false;
+    auto operation = std::make_shared<Lambda>([&](Lambda& self) {
+        std::mutex mutex;
+        std::condition_variable_any wake;
+        std::stop_callback callback(self.stopToken(), [&] { sawCallback = true; });
+        started.count_down();
+        std::unique_lock lock(mutex);
+        wake.wait(lock, self.stopToken(), [] { return false; });
+    });
+    queue.addOperation(operation);
+    started.wait();
+    EXPECT_TRUE(operation->isExecuting());
+    queue.cancelAllOperations();
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_TRUE(sawCallback);
+    EXPECT_TRUE(operation->isFinished());
+}
+
+TEST(OperationQueueTest, neverMoreThanTheAllowedNumberRunAtOnce) {
+    for (const int limit : {1, 3}) {
+        OperationQueue queue(QStringLiteral("test"), limit);
+        std::atomic<int> running = 0;
+        std::atomic<int> most = 0;
+        std::atomic<int> total = 0;
+        for (int i = 0; i < 200; ++i) {
+            queue.addOperation([&] {
+                const int now = ++running;
+                int seen = most.load();
+                while (seen < now && !most.compare_exchange_weak(seen, now)) {
+                }
+                ++total;
+                std::this_thread::yield();
+                --running;
+            });
+        }
+        queue.waitUntilAllOperationsAreFinished();
+        EXPECT_EQ(total, 200);
+        EXPECT_LE(most, limit);
+    }
+}
+
+TEST(OperationQueueTest, whatAnOperationOwnsIsGoneWhenTheWaitEnds) {
+    for (int round = 0; round < 200; ++round) {
+        std::atomic<bool> destroyed = false;
+        OperationQueue queue(QStringLiteral("test"));
+        auto owned = std::shared_ptr<int>(new int(1), [&](int* number) {
+            std::this_thread::yield();
+            destroyed = true;
+            delete number;
+        });
+        queue.addOperation([owned = std::move(owned)] {});
+        queue.waitUntilAllOperationsAreFinished();
+        ASSERT_TRUE(destroyed);
+    }
+}
+
+TEST(OperationQueueTest, idleHandlerIsCalledAfterTheLastOperation) {
+    OperationQueue queue(QStringLiteral("test"));
+    std::atomic<int> idle = 0;
+    queue.setIdleHandler([&] { ++idle; });
+    queue.setSuspended(true);
+    queue.addOperation([] {});
+    queue.addOperation([] {});
+    queue.setSuspended(false);
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(idle, 1);
+    queue.setSuspended(true);
+    queue.addOperation([] {});
+    queue.cancelAllOperations();
+    EXPECT_EQ(idle, 2);
+}
+
+/// Adds, cancels, suspends and changes priorities from three threads at once; meant for the thread
+/// sanitizer, and for deadlocks.
+TEST(OperationQueueTest, survivesUseFromManyThreads) {
+    OperationQueue queue(QStringLiteral("storm"), 2);
+    std::atomic<int> ran = 0;
+    {
+        std::vector<std::jthread> threads;
+        for (unsigned seed = 1; seed <= 3; ++seed) {
+            threads.emplace_back([&, seed] {
+                std::mt19937 random(seed);
+                std::vector<std::shared_ptr<Operation>> mine;
+                for (int step = 0; step < 2000; ++step) {
+                    switch (random() % 8) {
+                    case 0:
+                        queue.setSuspended(random() % 2 == 0);
+                        break;
+                    case 1:
+                        if (!mine.empty()) mine[random() % mine.size()]->cancel();
+                        break;
+                    case 2:
+                        if (!mine.empty()) {
+                            mine[random() % mine.size()]->setQueuePriority(QueuePriority::High);
+                        }
+                        break;
+                    case 3:
+                        if (step % 100 == 0) queue.cancelAllOperations();
+                        break;
+                    default:
+                        mine.push_back(std::make_shared<Lambda>([&](Lambda&) { ++ran; }));
+                        queue.addOperation(mine.back());
+                    }
+                }
+            });
+        }
+    }
+    queue.setSuspended(false);
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(queue.operationCount(), 0U);
+    EXPECT_GT(ran, 0);
+}
+
+} // namespace
