@@ -1,0 +1,234 @@
+#include "FMDB/FMDatabase.h"
+
+#include "FMDB/BusyRetry.h"
+#include "platform/Places.h"
+
+#include <QFile>
+#include <QScopedValueRollback>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+/// Enough for the catalogue's fixed statements and the inserts for the key sets of many cameras.
+constexpr qsizetype cachedStatementLimit = 128;
+
+FMError errorOf(sqlite3* handle) {
+    FMError error;
+    error.code = sqlite3_errcode(handle);
+    error.message = QString::fromUtf8(sqlite3_errmsg(handle));
+    return error;
+}
+
+} // namespace
+
+FMDatabase::FMDatabase(const QString& path) : _databasePath(path) {
+    if (!sqlite3_threadsafe()) qFatal("SQLite was built without thread safety");
+}
+
+std::unique_ptr<FMDatabase> FMDatabase::databaseWithPath(const QString& path) {
+    return std::make_unique<FMDatabase>(path);
+}
+
+std::unique_ptr<FMDatabase> FMDatabase::databaseWithFileName(const QString& fileName) {
+    return databaseWithPath(databasePathWithFileName(fileName));
+}
+
+QString FMDatabase::databasePathWithFileName(const QString& fileName) {
+    return platform::Places::dataFolder() + u'/' + fileName;
+}
+
+bool FMDatabase::open() {
+    if (_db) return true;
+    const QByteArray path =
+        _databasePath.isEmpty() ? QByteArrayLiteral(":memory:") : QFile::encodeName(_databasePath);
+    const int result = sqlite3_open(path.constData(), &_db);
+    if (result == SQLITE_OK) {
+        _openError = FMError();
+        return true;
+    }
+    // SQLite hands out a connection that is of no use but to ask why.
+    _openError = errorOf(_db);
+    sqlite3_close(_db);
+    _db = nullptr;
+    return false;
+}
+
+bool FMDatabase::close() {
+    clearCachedStatements();
+    closeOpenResultSets();
+    if (!_db) return true;
+    bool remainingFinalized = false;
+    const int result = FMDB::retryWhileBusy(_busyRetryTimeout, [&] {
+        const int closed = sqlite3_close(_db);
+        if (FMDB::isBusyOrLocked(closed) && !std::exchange(remainingFinalized, true))
+            finalizeRemainingStatements();
+        return closed;
+    });
+    if (FMDB::isBusyOrLocked(result)) return false;
+    _db = nullptr;
+    _inTransaction = false;
+    return true;
+}
+
+void FMDatabase::closeOpenResultSets() {
+    const std::vector<FMResultSet*> openResultSets = std::exchange(_openResultSets, {});
+    for (FMResultSet* resultSet : openResultSets) {
+        resultSet->_parentDB = nullptr;
+        resultSet->close();
+    }
+}
+
+void FMDatabase::finalizeRemainingStatements() {
+    while (sqlite3_stmt* statement = sqlite3_next_stmt(_db, nullptr))
+        sqlite3_finalize(statement);
+}
+
+FMResultSet FMDatabase::executeQueryWithArgumentsInArray(
+    const QString& sql, std::span<const PBValue> arguments) {
+    if (!_db || _isExecutingStatement) return {};
+    const QScopedValueRollback executing(_isExecutingStatement, true);
+    auto statement = statementForQuery(sql);
+    if (!statement) return {};
+    FMBoundBytes boundBytes;
+    statement->bindArguments(arguments, boundBytes);
+    statement->countUse();
+    return FMResultSet(this, std::move(statement), sql, std::move(boundBytes));
+}
+
+bool FMDatabase::executeUpdateWithArgumentsInArray(
+    const QString& sql, std::span<const PBValue> arguments) {
+    if (!_db || _isExecutingStatement) return false;
+    const QScopedValueRollback executing(_isExecutingStatement, true);
+    const auto statement = statementForQuery(sql);
+    if (!statement) return false;
+    statement->bindArguments(arguments, _boundBytes);
+    statement->countUse();
+    const int result = FMDB::stepWhileBusy(_busyRetryTimeout, statement->statement());
+    statement->reset();
+    _boundBytes.clear();
+    return result == SQLITE_DONE || result == SQLITE_OK;
+}
+
+std::shared_ptr<FMStatement> FMDatabase::statementForQuery(const QString& sql) {
+    if (!_shouldCacheStatements) return prepare(sql);
+    const auto cached = _cachedStatements.constFind(sql);
+    if (cached == _cachedStatements.constEnd()) {
+        auto statement = prepare(sql);
+        if (statement) cacheStatement(statement, sql);
+        return statement;
+    }
+    return (*cached)->isInUse() ? prepare(sql) : *cached;
+}
+
+std::shared_ptr<FMStatement> FMDatabase::prepare(const QString& sql) {
+    const QByteArray text = sql.toUtf8();
+    sqlite3_stmt* handle = nullptr;
+    const int result = FMDB::retryWhileBusy(_busyRetryTimeout, [&] {
+        return sqlite3_prepare_v2(_db, text.constData(), -1, &handle, nullptr);
+    });
+    // A text without a statement, such as a mere comment, prepares well and gives no handle.
+    if (result != SQLITE_OK || !handle) return nullptr;
+    return std::make_shared<FMStatement>(handle);
+}
+
+void FMDatabase::cacheStatement(const std::shared_ptr<FMStatement>& statement, const QString& sql) {
+    if (_cachedStatements.size() >= cachedStatementLimit) {
+        // The least used one goes. One under a cursor lives on with its cursor.
+        auto rarest = _cachedStatements.begin();
+        for (auto entry = rarest; entry != _cachedStatements.end(); ++entry) {
+            if ((*entry)->useCount() < (*rarest)->useCount()) rarest = entry;
+        }
+        _cachedStatements.erase(rarest);
+    }
+    statement->setQuery(sql);
+    _cachedStatements.insert(sql, statement);
+}
+
+void FMDatabase::clearCachedStatements() {
+    _cachedStatements.clear();
+}
+
+void FMDatabase::setShouldCacheStatements(bool shouldCache) {
+    _shouldCacheStatements = shouldCache;
+    if (!shouldCache) clearCachedStatements();
+}
+
+bool FMDatabase::beginTransaction() {
+    const bool begun = executeUpdate(QStringLiteral("begin exclusive transaction"));
+    if (begun) _inTransaction = true;
+    return begun;
+}
+
+bool FMDatabase::commit() {
+    return endTransaction(QStringLiteral("commit transaction"));
+}
+
+bool FMDatabase::rollback() {
+    return endTransaction(QStringLiteral("rollback transaction"));
+}
+
+bool FMDatabase::endTransaction(const QString& sql) {
+    const bool ended = executeUpdate(sql);
+    // A full disk, say, makes SQLite roll back by itself; then there is nothing left to end.
+    if (ended || (_db && sqlite3_get_autocommit(_db))) _inTransaction = false;
+    return ended;
+}
+
+bool FMDatabase::executeSavePoint(const QString& format, const QString& name, FMError* error) {
+    QString quoted = name;
+    quoted.replace(u'\'', QStringLiteral("''"));
+    const bool done = executeUpdate(format.arg(quoted));
+    if (!done && error) *error = lastError();
+    return done;
+}
+
+bool FMDatabase::startSavePointWithName(const QString& name, FMError* error) {
+    return executeSavePoint(QStringLiteral("savepoint '%1';"), name, error);
+}
+
+bool FMDatabase::releaseSavePointWithName(const QString& name, FMError* error) {
+    return executeSavePoint(QStringLiteral("release savepoint '%1';"), name, error);
+}
+
+bool FMDatabase::rollbackToSavePointWithName(const QString& name, FMError* error) {
+    return executeSavePoint(QStringLiteral("rollback transaction to savepoint '%1';"), name, error);
+}
+
+qint64 FMDatabase::lastInsertRowId() const {
+    return _db && !_isExecutingStatement ? sqlite3_last_insert_rowid(_db) : 0;
+}
+
+int FMDatabase::changes() const {
+    return _db && !_isExecutingStatement ? sqlite3_changes(_db) : 0;
+}
+
+FMError FMDatabase::lastError() const {
+    return _db ? errorOf(_db) : _openError;
+}
+
+int FMDatabase::lastErrorCode() const {
+    return lastError().code;
+}
+
+QString FMDatabase::lastErrorMessage() const {
+    return lastError().message;
+}
+
+bool FMDatabase::hadError() const {
+    const int code = lastErrorCode();
+    return code > 0 && code < SQLITE_ROW;
+}
+
+void FMDatabase::resultSetDidOpen(FMResultSet* resultSet) {
+    _openResultSets.push_back(resultSet);
+}
+
+void FMDatabase::resultSetDidMove(FMResultSet* from, FMResultSet* to) noexcept {
+    std::ranges::replace(_openResultSets, from, to);
+}
+
+void FMDatabase::resultSetDidClose(FMResultSet* resultSet) noexcept {
+    std::erase(_openResultSets, resultSet);
+}

@@ -1,0 +1,140 @@
+#pragma once
+
+#include "FMDB/FMResultSet.h"
+#include "FMDB/FMStatement.h"
+#include "platform/PBValue.h"
+
+#include <QHash>
+#include <QString>
+
+#include <array>
+#include <concepts>
+#include <memory>
+#include <span>
+#include <type_traits>
+#include <vector>
+
+struct sqlite3;
+
+/// What SQLite said last.
+struct FMError {
+    QString domain = QStringLiteral("FMDatabase");
+    int code = 0;
+    QString message;
+};
+
+/// Anything a single value can be made from. A whole array of arguments is not one value: the
+/// operations `…WithArgumentsInArray` take it.
+template <typename T>
+concept FMArgument =
+    std::constructible_from<PBValue, T> && !std::same_as<std::remove_cvref_t<T>, PBArray>;
+
+/// One connection to an SQLite file. Made closed; `open` makes the file if it is missing.
+///
+/// Failure shows in the results only: nothing here logs or throws. A connection, with its cursors,
+/// belongs to one thread or serial queue; there is no lock inside. Another connection's lock on the
+/// file is waited for without limit, with a short pause between tries. While a call is running, a
+/// further call on the same connection (from within an SQL function, say) answers empty, false or
+/// 0; an open cursor is no running call.
+class FMDatabase {
+public:
+    /// An empty path is a database in memory.
+    explicit FMDatabase(const QString& path);
+    ~FMDatabase() { close(); }
+    FMDatabase(const FMDatabase&) = delete;
+    FMDatabase& operator=(const FMDatabase&) = delete;
+
+    [[nodiscard]] static std::unique_ptr<FMDatabase> databaseWithPath(const QString& path);
+    /// A connection to a file of this name in the program's data folder.
+    [[nodiscard]] static std::unique_ptr<FMDatabase> databaseWithFileName(const QString& fileName);
+    [[nodiscard]] static QString databasePathWithFileName(const QString& fileName);
+
+    /// True when the connection is open, or was so already. That the file is a database shows only
+    /// with the first statement.
+    bool open();
+    /// Closes the cursors that are still open, and the connection. False only when a limit of
+    /// retries is set and was reached.
+    bool close();
+    [[nodiscard]] bool databaseExists() const { return _db != nullptr; }
+    [[nodiscard]] sqlite3* sqliteHandle() const { return _db; }
+    [[nodiscard]] const QString& databasePath() const { return _databasePath; }
+
+    /// A cursor over the rows of the statement, an invalid one on failure. Nothing has been stepped
+    /// yet. Pass as many arguments as the statement has parameters.
+    template <FMArgument... Arguments>
+    [[nodiscard]] FMResultSet executeQuery(const QString& sql, Arguments&&... arguments) {
+        const std::array<PBValue, sizeof...(arguments)> values{
+            PBValue(std::forward<Arguments>(arguments))...};
+        return executeQueryWithArgumentsInArray(sql, values);
+    }
+    [[nodiscard]] FMResultSet
+    executeQueryWithArgumentsInArray(const QString& sql, std::span<const PBValue> arguments);
+
+    /// Runs a statement that returns no rows; false on failure, also if it does return a row.
+    template <FMArgument... Arguments>
+    bool executeUpdate(const QString& sql, Arguments&&... arguments) {
+        const std::array<PBValue, sizeof...(arguments)> values{
+            PBValue(std::forward<Arguments>(arguments))...};
+        return executeUpdateWithArgumentsInArray(sql, values);
+    }
+    bool executeUpdateWithArgumentsInArray(const QString& sql, std::span<const PBValue> arguments);
+
+    /// Transactions are exclusive: no other connection reads or writes the file meanwhile.
+    [[nodiscard]] bool beginTransaction();
+    [[nodiscard]] bool commit();
+    bool rollback();
+    [[nodiscard]] bool inTransaction() const { return _inTransaction; }
+
+    /// Named points within a transaction. `error`, if given, is filled on failure.
+    bool startSavePointWithName(const QString& name, FMError* error = nullptr);
+    bool releaseSavePointWithName(const QString& name, FMError* error = nullptr);
+    bool rollbackToSavePointWithName(const QString& name, FMError* error = nullptr);
+
+    [[nodiscard]] qint64 lastInsertRowId() const;
+    /// Rows changed by the last update.
+    [[nodiscard]] int changes() const;
+
+    /// SQLite's code and text for the last call. When the connection could not be opened, those of
+    /// the attempt.
+    [[nodiscard]] int lastErrorCode() const;
+    [[nodiscard]] QString lastErrorMessage() const;
+    [[nodiscard]] FMError lastError() const;
+    [[nodiscard]] bool hadError() const;
+
+    /// How often a busy or locked statement is tried again; 0, as from the start: without limit.
+    [[nodiscard]] int busyRetryTimeout() const { return _busyRetryTimeout; }
+    void setBusyRetryTimeout(int retries) { _busyRetryTimeout = retries; }
+
+    /// Keeps prepared statements for the next call with the same text. Off at first. Results are
+    /// the same; a statement under an open cursor is never shared. Switching it off drops them.
+    [[nodiscard]] bool shouldCacheStatements() const { return _shouldCacheStatements; }
+    void setShouldCacheStatements(bool shouldCache);
+
+private:
+    friend class FMResultSet;
+    void resultSetDidOpen(FMResultSet* resultSet);
+    void resultSetDidMove(FMResultSet* from, FMResultSet* to) noexcept;
+    void resultSetDidClose(FMResultSet* resultSet) noexcept;
+
+    [[nodiscard]] std::shared_ptr<FMStatement> statementForQuery(const QString& sql);
+    [[nodiscard]] std::shared_ptr<FMStatement> prepare(const QString& sql);
+    void cacheStatement(const std::shared_ptr<FMStatement>& statement, const QString& sql);
+    void clearCachedStatements();
+    void closeOpenResultSets();
+    void finalizeRemainingStatements();
+    bool endTransaction(const QString& sql);
+    bool executeSavePoint(const QString& format, const QString& name, FMError* error);
+
+    sqlite3* _db = nullptr;
+    QString _databasePath;
+    bool _shouldCacheStatements = false;
+    bool _isExecutingStatement = false;
+    bool _inTransaction = false;
+    int _busyRetryTimeout = 0;
+    QHash<QString, std::shared_ptr<FMStatement>> _cachedStatements;
+    std::vector<FMResultSet*> _openResultSets;
+    /// Bytes of the running update; a member, so that its room is used again.
+    FMBoundBytes _boundBytes;
+    /// Why the connection could not be opened.
+    FMError _openError;
+};

@@ -1,0 +1,200 @@
+#include "FMDB/FMResultSet.h"
+
+#include "FMDB/BusyRetry.h"
+#include "FMDB/FMDatabase.h"
+
+#include <utility>
+
+FMResultSet::FMResultSet(
+    FMDatabase* parentDB, std::shared_ptr<FMStatement> statement, const QString& query,
+    FMBoundBytes boundBytes)
+    : _parentDB(parentDB), _statement(std::move(statement)), _query(query),
+      _boundBytes(std::move(boundBytes)) {
+    _statement->setInUse(true);
+    _parentDB->resultSetDidOpen(this);
+}
+
+FMResultSet::FMResultSet(FMResultSet&& other) noexcept {
+    *this = std::move(other);
+}
+
+FMResultSet& FMResultSet::operator=(FMResultSet&& other) noexcept {
+    if (this == &other) return *this;
+    close();
+    _parentDB = std::exchange(other._parentDB, nullptr);
+    _statement = std::exchange(other._statement, nullptr);
+    _query = std::exchange(other._query, {});
+    _boundBytes = std::exchange(other._boundBytes, {});
+    _columnNameToIndexMap = std::exchange(other._columnNameToIndexMap, {});
+    _columnNamesSetup = std::exchange(other._columnNamesSetup, false);
+    if (_parentDB) _parentDB->resultSetDidMove(&other, this);
+    return *this;
+}
+
+bool FMResultSet::next() {
+    if (!_statement) return false;
+    const int limit = _parentDB->busyRetryTimeout();
+    if (FMDB::stepWhileBusy(limit, _statement->statement()) == SQLITE_ROW) return true;
+    close();
+    return false;
+}
+
+void FMResultSet::close() {
+    if (_statement) {
+        _statement->reset();
+        _statement->setInUse(false);
+        _statement = nullptr;
+    }
+    _boundBytes.clear();
+    if (_parentDB) std::exchange(_parentDB, nullptr)->resultSetDidClose(this);
+}
+
+int FMResultSet::columnCount() const {
+    return _statement ? sqlite3_column_count(_statement->statement()) : 0;
+}
+
+QString FMResultSet::columnName(int index) const {
+    return QString::fromUtf8(sqlite3_column_name(_statement->statement(), index));
+}
+
+int FMResultSet::columnIndexForName(const QString& name) const {
+    if (!_columnNamesSetup && _statement) {
+        for (int index = 0; index < columnCount(); ++index)
+            _columnNameToIndexMap.insert(columnName(index).toLower(), index);
+        _columnNamesSetup = true;
+    }
+    return _columnNameToIndexMap.value(name.toLower(), -1);
+}
+
+int FMResultSet::typeOfColumn(int index) const {
+    const bool readable = _statement && index >= 0;
+    return readable ? sqlite3_column_type(_statement->statement(), index) : SQLITE_NULL;
+}
+
+int FMResultSet::intForColumnIndex(int index) const {
+    if (!_statement || index < 0) return 0;
+    return sqlite3_column_int(_statement->statement(), index);
+}
+
+long FMResultSet::longForColumnIndex(int index) const {
+    return static_cast<long>(longLongIntForColumnIndex(index));
+}
+
+qint64 FMResultSet::longLongIntForColumnIndex(int index) const {
+    if (!_statement || index < 0) return 0;
+    return sqlite3_column_int64(_statement->statement(), index);
+}
+
+quint64 FMResultSet::unsignedLongLongIntForColumnIndex(int index) const {
+    return static_cast<quint64>(longLongIntForColumnIndex(index));
+}
+
+bool FMResultSet::boolForColumnIndex(int index) const {
+    return intForColumnIndex(index) != 0;
+}
+
+double FMResultSet::doubleForColumnIndex(int index) const {
+    if (!_statement || index < 0) return 0;
+    return sqlite3_column_double(_statement->statement(), index);
+}
+
+QString FMResultSet::stringForColumnIndex(int index) const {
+    if (columnIndexIsNull(index)) return {};
+    const auto* text =
+        reinterpret_cast<const char*>(sqlite3_column_text(_statement->statement(), index));
+    return QString::fromUtf8(text, sqlite3_column_bytes(_statement->statement(), index));
+}
+
+QByteArray FMResultSet::dataForColumnIndex(int index) const {
+    if (columnIndexIsNull(index)) return {};
+    const QByteArrayView bytes = dataNoCopyForColumnIndex(index);
+    // Bytes of length 0 are not NULL: they give an empty array that is not a null one.
+    return bytes.isEmpty() ? QByteArray("") : bytes.toByteArray();
+}
+
+QByteArrayView FMResultSet::dataNoCopyForColumnIndex(int index) const {
+    if (columnIndexIsNull(index)) return {};
+    const auto* bytes =
+        static_cast<const char*>(sqlite3_column_blob(_statement->statement(), index));
+    return {bytes, sqlite3_column_bytes(_statement->statement(), index)};
+}
+
+std::optional<PBDate> FMResultSet::dateForColumnIndex(int index) const {
+    if (columnIndexIsNull(index)) return std::nullopt;
+    return PBDate{doubleForColumnIndex(index)};
+}
+
+bool FMResultSet::columnIndexIsNull(int index) const {
+    return typeOfColumn(index) == SQLITE_NULL;
+}
+
+PBValue FMResultSet::objectForColumnIndex(int index) const {
+    switch (typeOfColumn(index)) {
+    case SQLITE_BLOB:
+        return dataForColumnIndex(index);
+    case SQLITE_FLOAT:
+        return doubleForColumnIndex(index);
+    case SQLITE_INTEGER:
+        return longLongIntForColumnIndex(index);
+    case SQLITE_TEXT:
+        return stringForColumnIndex(index);
+    default:
+        return PBNull();
+    }
+}
+
+int FMResultSet::intForColumn(const QString& name) const {
+    return intForColumnIndex(columnIndexForName(name));
+}
+
+long FMResultSet::longForColumn(const QString& name) const {
+    return longForColumnIndex(columnIndexForName(name));
+}
+
+qint64 FMResultSet::longLongIntForColumn(const QString& name) const {
+    return longLongIntForColumnIndex(columnIndexForName(name));
+}
+
+quint64 FMResultSet::unsignedLongLongIntForColumn(const QString& name) const {
+    return unsignedLongLongIntForColumnIndex(columnIndexForName(name));
+}
+
+bool FMResultSet::boolForColumn(const QString& name) const {
+    return boolForColumnIndex(columnIndexForName(name));
+}
+
+double FMResultSet::doubleForColumn(const QString& name) const {
+    return doubleForColumnIndex(columnIndexForName(name));
+}
+
+QString FMResultSet::stringForColumn(const QString& name) const {
+    return stringForColumnIndex(columnIndexForName(name));
+}
+
+QByteArray FMResultSet::dataForColumn(const QString& name) const {
+    return dataForColumnIndex(columnIndexForName(name));
+}
+
+QByteArrayView FMResultSet::dataNoCopyForColumn(const QString& name) const {
+    return dataNoCopyForColumnIndex(columnIndexForName(name));
+}
+
+std::optional<PBDate> FMResultSet::dateForColumn(const QString& name) const {
+    return dateForColumnIndex(columnIndexForName(name));
+}
+
+bool FMResultSet::columnIsNull(const QString& name) const {
+    return columnIndexIsNull(columnIndexForName(name));
+}
+
+PBValue FMResultSet::objectForColumnName(const QString& name) const {
+    return objectForColumnIndex(columnIndexForName(name));
+}
+
+PBDictionary FMResultSet::resultDictionary() const {
+    PBDictionary row;
+    if (!_statement || sqlite3_data_count(_statement->statement()) < 1) return row;
+    for (int index = 0; index < columnCount(); ++index)
+        row.insert_or_assign(columnName(index), objectForColumnIndex(index));
+    return row;
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "FMDB/FMStatement.h"
+#include "platform/PBValue.h"
+
+#include <QByteArrayView>
+#include <QHash>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+class FMDatabase;
+
+/// A forward cursor over the rows of one query. It starts before the first row.
+///
+/// An invalid cursor (made by default, moved from, of a statement that could not be prepared, or
+/// closed) answers false to `next`, and zero, empty or the null marker to everything else; its
+/// `close` does nothing. Columns out of range and unknown names answer in the same way. The cursor
+/// holds the values bound to its statement. It stays on the thread of its connection, which may be
+/// closed or destroyed before it.
+class FMResultSet {
+public:
+    FMResultSet() = default;
+    ~FMResultSet() { close(); }
+    FMResultSet(FMResultSet&& other) noexcept;
+    FMResultSet& operator=(FMResultSet&& other) noexcept;
+    FMResultSet(const FMResultSet&) = delete;
+    FMResultSet& operator=(const FMResultSet&) = delete;
+
+    /// Advances; true on a row. Waits for other connections' locks. At the end, or on an error, the
+    /// cursor closes itself; a caller that stops earlier closes it.
+    [[nodiscard]] bool next();
+    void close();
+    /// Whether the cursor is open.
+    [[nodiscard]] bool isValid() const { return _statement != nullptr; }
+
+    [[nodiscard]] const QString& query() const { return _query; }
+    [[nodiscard]] int columnCount() const;
+    /// The index of the column with this name, without regard to case; -1 if there is none. Of
+    /// columns with the same name the last counts.
+    [[nodiscard]] int columnIndexForName(const QString& name) const;
+
+    [[nodiscard]] int intForColumnIndex(int index) const;
+    [[nodiscard]] long longForColumnIndex(int index) const;
+    [[nodiscard]] qint64 longLongIntForColumnIndex(int index) const;
+    [[nodiscard]] quint64 unsignedLongLongIntForColumnIndex(int index) const;
+    [[nodiscard]] bool boolForColumnIndex(int index) const;
+    [[nodiscard]] double doubleForColumnIndex(int index) const;
+    /// A null string for NULL.
+    [[nodiscard]] QString stringForColumnIndex(int index) const;
+    /// A copy of the bytes; a null array for NULL.
+    [[nodiscard]] QByteArray dataForColumnIndex(int index) const;
+    /// The bytes themselves, until the cursor moves or closes.
+    [[nodiscard]] QByteArrayView dataNoCopyForColumnIndex(int index) const;
+    /// The value taken as seconds since 1970.
+    [[nodiscard]] std::optional<PBDate> dateForColumnIndex(int index) const;
+    [[nodiscard]] bool columnIndexIsNull(int index) const;
+    /// The value by the type that SQLite stores it with: bytes, a double, a 64-bit integer or a
+    /// text; the null marker for NULL. Never absent.
+    [[nodiscard]] PBValue objectForColumnIndex(int index) const;
+
+    [[nodiscard]] int intForColumn(const QString& name) const;
+    [[nodiscard]] long longForColumn(const QString& name) const;
+    [[nodiscard]] qint64 longLongIntForColumn(const QString& name) const;
+    [[nodiscard]] quint64 unsignedLongLongIntForColumn(const QString& name) const;
+    [[nodiscard]] bool boolForColumn(const QString& name) const;
+    [[nodiscard]] double doubleForColumn(const QString& name) const;
+    [[nodiscard]] QString stringForColumn(const QString& name) const;
+    [[nodiscard]] QByteArray dataForColumn(const QString& name) const;
+    [[nodiscard]] QByteArrayView dataNoCopyForColumn(const QString& name) const;
+    [[nodiscard]] std::optional<PBDate> dateForColumn(const QString& name) const;
+    [[nodiscard]] bool columnIsNull(const QString& name) const;
+    [[nodiscard]] PBValue objectForColumnName(const QString& name) const;
+
+    /// Every column's name, as SQLite gives it, with `objectForColumnIndex`; empty off a row.
+    [[nodiscard]] PBDictionary resultDictionary() const;
+
+private:
+    friend class FMDatabase;
+    FMResultSet(
+        FMDatabase* parentDB, std::shared_ptr<FMStatement> statement, const QString& query,
+        FMBoundBytes boundBytes);
+
+    [[nodiscard]] QString columnName(int index) const;
+    [[nodiscard]] int typeOfColumn(int index) const;
+
+    /// Cleared on close; the connection closes its cursors before it goes.
+    FMDatabase* _parentDB = nullptr;
+    /// Shared with the connection's cache, if that is on.
+    std::shared_ptr<FMStatement> _statement;
+    QString _query;
+    FMBoundBytes _boundBytes;
+    /// Filled on first use.
+    mutable QHash<QString, int> _columnNameToIndexMap;
+    mutable bool _columnNamesSetup = false;
+};
