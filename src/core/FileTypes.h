@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QStringView>
+
+/// What a path's extension says of the file. Extensions and type identifiers compare without regard
+/// to case. Any thread.
+namespace PBUtilities {
+
+/// The extension of the path's last part, without its dot; empty for a name without one, such as
+/// "README" or ".hidden".
+[[nodiscard]] QStringView pathExtension(QStringView path);
+
+/// The extension is one of the camera raw list.
+[[nodiscard]] bool isRawFile(QStringView path);
+/// The file can carry IPTC or EXIF metadata that the system shows.
+[[nodiscard]] bool supportIPTC(QStringView path);
+[[nodiscard]] bool supportExif(QStringView path);
+
+/// The type identifier conforms to at least one of the array; false for an empty array.
+[[nodiscard]] bool conformsToUTIArray(QStringView type, const QStringList& types);
+/// The preferred type identifier of a file extension (without its dot); empty when unknown.
+[[nodiscard]] QString extentionToUTI(QStringView extension);
+/// Metadata can be written to files of this type.
+[[nodiscard]] bool isUTISupportMetadata(QStringView type);
+
+/// A folder that another program shows as one document, such as a photo library or an application
+/// bundle on a drive that a Mac shares: its content is that program's own, and no scan enters it.
+[[nodiscard]] bool isPackageFile(const QString& path);
+
+} // namespace PBUtilities

@@ -1,0 +1,15 @@
+#include "core/PBAppDelegate.h"
+
+namespace {
+
+PBAppDelegate* installed = nullptr;
+
+} // namespace
+
+PBAppDelegate* PBAppDelegate::defaultAppDelegate() {
+    return installed;
+}
+
+void PBAppDelegate::setDefaultAppDelegate(PBAppDelegate* delegate) {
+    installed = delegate;
+}

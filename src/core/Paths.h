@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QStringView>
+#include <QUrl>
+
+#include <cstdint>
+#include <span>
+
+/// Paths compared by whole components and without regard to case, whatever the file system does.
+/// Pure functions, any thread.
+namespace PBUtilities {
+
+/// The parts of a path: "/" first for an absolute path, then the names. A path of at least two
+/// parts drops a trailing separator; the empty path has no parts.
+[[nodiscard]] QStringList pathComponents(QStringView path);
+/// The reverse: "/" and names joined with single separators.
+[[nodiscard]] QString pathWithComponents(const QStringList& components);
+
+/// 0: the same path, also when both are empty. 1: `path` lies above `otherPath`. -1: `path` lies
+/// below it. -2: unrelated, or only one of them is empty.
+[[nodiscard]] int comparePath(QStringView path, QStringView otherPath);
+/// `comparePath` of the two local paths; an empty URL has an empty path.
+[[nodiscard]] int compareURL(const QUrl& url, const QUrl& otherURL);
+
+/// The deepest common folder, in the first path's spelling; "/" when there is none.
+[[nodiscard]] QString ancestorOfPath(QStringView path, QStringView otherPath);
+
+/// The same paths in any order and case.
+[[nodiscard]] bool
+isEqualPathArray(const QStringList& pathArray, const QStringList& otherPathArray);
+[[nodiscard]] bool isEqualURLArray(const QList<QUrl>& urlArray, const QList<QUrl>& otherURLArray);
+/// The same numbers in the same order.
+[[nodiscard]] bool isEqualGroupTypeArray(
+    std::span<const int> groupTypeArray, std::span<const int> otherGroupTypeArray);
+
+/// Whether `path` has fewer parts than `otherPath` and they are its beginning. A path without parts
+/// is a parent of anything longer than nothing.
+[[nodiscard]] bool isParentOfPath(QStringView path, QStringView otherPath);
+/// The name under which the path is shown: its last part, "/" for the root, and line breaks as
+/// blanks. Never touches the disk.
+[[nodiscard]] QString displayNameOfPath(QStringView path);
+/// The path exists and is a directory.
+[[nodiscard]] bool isFolder(const QString& path);
+
+} // namespace PBUtilities

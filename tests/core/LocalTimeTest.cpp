@@ -1,0 +1,59 @@
+#include "core/LocalTime.h"
+
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+
+#include <ctime>
+#include <random>
+
+namespace {
+
+class TimeZone {
+public:
+    explicit TimeZone(const char* zone) : _before(qgetenv("TZ")) {
+        qputenv("TZ", zone);
+        tzset();
+    }
+    ~TimeZone() {
+        if (_before.isNull()) {
+            qunsetenv("TZ");
+        } else {
+            qputenv("TZ", _before);
+        }
+        tzset();
+    }
+
+private:
+    const QByteArray _before;
+};
+
+/// Zones with and without summer time, far off UTC on both sides, with changes at midnight and by
+/// half an hour.
+TEST(LocalTimeTest, agreesWithTheSystemInEveryZone) {
+    std::mt19937 random(3);
+    for (const char* name :
+         {"UTC", "Europe/Berlin", "America/St_Johns", "Pacific/Kiritimati", "Pacific/Pago_Pago",
+          "Asia/Kathmandu", "Australia/Lord_Howe", "America/Santiago", "Africa/Casablanca"}) {
+        const TimeZone zone(name);
+        for (int round = 0; round < 3000; ++round) {
+            // Half of them in one year, so that its days of change are met.
+            const qint64 seconds =
+                round % 2 == 0 ? 1'600'000'000 + static_cast<qint64>(random() % 31'557'600)
+                               : static_cast<qint64>(random() % 4'000'000'000U) - 1'000'000'000;
+            const QDateTime local = QDateTime::fromSecsSinceEpoch(seconds);
+            ASSERT_EQ(PBUtilities::localDateOf(seconds), local.date()) << name << ' ' << seconds;
+            const qint64 back = PBUtilities::secondsOfLocalTime(local.date(), local.time());
+            // Of an hour that comes twice either is right.
+            ASSERT_EQ(QDateTime::fromSecsSinceEpoch(back).time(), local.time()) << name;
+            ASSERT_LE(std::abs(back - seconds), 3600) << name << ' ' << seconds;
+        }
+    }
+}
+
+TEST(LocalTimeTest, yearsFarAwayDoNoHarm) {
+    for (const qint64 seconds : {qint64(-250'000'000'000), qint64(250'000'000'000), qint64(-1)})
+        EXPECT_TRUE(PBUtilities::localDateOf(seconds).isValid()) << seconds;
+}
+
+} // namespace

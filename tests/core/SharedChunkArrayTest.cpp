@@ -1,0 +1,97 @@
+#include "core/SharedChunkArray.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Array = SharedChunkArray<int, 4>;
+
+std::vector<int> contents(const Array& array) {
+    return {array.begin(), array.end()};
+}
+
+void expectEqual(const Array& array, const std::vector<int>& model) {
+    ASSERT_EQ(contents(array), model);
+    ASSERT_EQ(array.size(), model.size());
+    ASSERT_EQ(array.empty(), model.empty());
+    for (std::size_t index = 0; index < model.size(); ++index)
+        ASSERT_EQ(array[index], model[index]);
+    if (!model.empty()) {
+        ASSERT_EQ(array.back(), model.back());
+    }
+}
+
+TEST(SharedChunkArrayTest, randomChangesEqualThoseOfAVectorAndLeaveCopiesAlone) {
+    std::mt19937 random(11);
+    Array array;
+    std::vector<int> model;
+    std::vector<std::pair<Array, std::vector<int>>> copies;
+    for (int step = 0; step < 4000; ++step) {
+        const auto at = static_cast<std::ptrdiff_t>(random() % (model.size() + 1));
+        switch (random() % 8) {
+        case 0:
+        case 1:
+            if (at < static_cast<std::ptrdiff_t>(model.size())) {
+                array.erase(array.begin() + at);
+                model.erase(model.begin() + at);
+            }
+            break;
+        case 2: {
+            const int divisor = static_cast<int>(random() % 20) + 1;
+            const auto leaves = [&](int element) { return element % divisor == 3; };
+            EXPECT_EQ(array.eraseIf(leaves), std::erase_if(model, leaves));
+            break;
+        }
+        case 3:
+            if (copies.size() < 40) copies.emplace_back(array, model);
+            break;
+        default:
+            array.insert(array.begin() + at, step);
+            model.insert(model.begin() + at, step);
+        }
+        if (step % 50 == 0) expectEqual(array, model);
+    }
+    expectEqual(array, model);
+    for (const auto& [copy, copiedModel] : copies)
+        expectEqual(copy, copiedModel);
+}
+
+TEST(SharedChunkArrayTest, aChangeAfterACopyCostsOneChunk) {
+    Array array;
+    for (int element = 0; element < 400; ++element)
+        array.push_back(element);
+    const Array copy = array;
+    EXPECT_EQ(array.sharedChunks(copy), 100U);
+    array.erase(array.begin() + 17);
+    EXPECT_EQ(array.sharedChunks(copy), 99U);
+    array.push_back(400);
+    EXPECT_EQ(array.sharedChunks(copy), 99U);
+    EXPECT_EQ(array.eraseIf([](int element) { return element == 399; }), 1U);
+    EXPECT_EQ(array.sharedChunks(copy), 98U);
+    EXPECT_EQ(copy.size(), 400U);
+}
+
+TEST(SharedChunkArrayTest, oneThreadChangesWhileOthersReadTheirCopies) {
+    SharedChunkArray<std::shared_ptr<int>, 8> array;
+    std::vector<std::jthread> readers;
+    for (int round = 0; round < 20; ++round) {
+        for (int element = 0; element < 50; ++element)
+            array.insert(array.begin() + element, std::make_shared<int>(round));
+        readers.emplace_back([copy = array, expected = (round + 1) * 50]() mutable {
+            int count = 0;
+            for (const auto& element : copy)
+                count += *element >= 0 ? 1 : 0;
+            EXPECT_EQ(count, expected);
+            copy.erase(copy.begin());
+        });
+    }
+    readers.clear();
+    EXPECT_EQ(array.size(), 1000U);
+}
+
+} // namespace

@@ -1,0 +1,85 @@
+#include "core/SortedArray.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+namespace {
+
+struct Element {
+    int key;
+    int arrival;
+    std::int64_t sortCompare(const Element& other, int) const {
+        return key < other.key ? -1 : key > other.key ? 1 : 0;
+    }
+};
+
+using Array = std::vector<std::shared_ptr<Element>>;
+
+std::shared_ptr<Element> element(int key, int arrival = 0) {
+    return std::make_shared<Element>(Element{key, arrival});
+}
+
+TEST(SortedArrayTest, insertionEqualsAStableSortInBothOrders) {
+    std::mt19937 random(7);
+    for (const bool descending : {false, true}) {
+        for (int size = 0; size < 60; ++size) {
+            Array sorted;
+            Array model;
+            for (int arrival = 0; arrival < size; ++arrival) {
+                auto added = element(static_cast<int>(random() % 10), arrival);
+                model.push_back(added);
+                EXPECT_EQ(sortAddObject(sorted, added, 0, descending, true), added.get());
+            }
+            std::ranges::stable_sort(model, [&](const auto& left, const auto& right) {
+                return descending ? left->key > right->key : left->key < right->key;
+            });
+            ASSERT_EQ(sorted, model) << size;
+            for (const auto& held : sorted) {
+                const auto index = sortIndexOfObject(sorted, Element{held->key, -1}, 0, descending);
+                ASSERT_NE(index, NSNotFound);
+                EXPECT_EQ(sorted[static_cast<std::size_t>(index)]->key, held->key);
+            }
+            EXPECT_EQ(sortIndexOfObject(sorted, Element{10, -1}, 0, descending), NSNotFound);
+            EXPECT_EQ(sortIndexOfObject(sorted, Element{-1, -1}, 0, descending), NSNotFound);
+        }
+    }
+}
+
+TEST(SortedArrayTest, equalElementIsAnsweredInsteadOfInserted) {
+    Array array;
+    auto first = element(5, 1);
+    sortAddObject(array, first, 0, false, false);
+    sortAddObject(array, element(3), 0, false, false);
+    EXPECT_EQ(sortAddObject(array, element(5, 2), 0, false, false), first.get());
+    EXPECT_EQ(array.size(), 2U);
+    EXPECT_EQ(sortAddObject(array, first, 0, false, true), first.get());
+    EXPECT_EQ(array.size(), 2U);
+}
+
+TEST(SortedArrayTest, ownedElementsAreInsertedToo) {
+    std::vector<std::unique_ptr<Element>> array;
+    for (const int key : {3, 1, 2}) {
+        sortAddObject(array, std::make_unique<Element>(Element{key, 0}), 0, true, false);
+    }
+    ASSERT_EQ(array.size(), 3U);
+    EXPECT_EQ(array.front()->key, 3);
+    EXPECT_EQ(sortIndexOfObject(array, *array.back(), 0, true), 2);
+}
+
+/// Elements without a defined order: each compares as -2 with every other.
+TEST(SortedArrayTest, undefinedOrderCountsAsGreater) {
+    struct Unordered {
+        std::int64_t sortCompare(const Unordered&, int) const { return -2; }
+    };
+    std::vector<std::shared_ptr<Unordered>> array;
+    std::vector<Unordered*> arrived;
+    for (int i = 0; i < 5; ++i) {
+        arrived.push_back(sortAddObject(array, std::make_shared<Unordered>(), 0, true, true));
+    }
+    for (std::size_t i = 0; i < arrived.size(); ++i)
+        EXPECT_EQ(array[i].get(), arrived[i]);
+}
+
+} // namespace
