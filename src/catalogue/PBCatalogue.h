@@ -1,0 +1,169 @@
+#pragma once
+
+#include "catalogue/CatalogueSchema.h"
+#include "platform/PBValue.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <span>
+#include <utility>
+
+class FMDatabase;
+
+/// Where the folder roots are at this moment. Implemented by whoever knows the roots.
+class FolderRootPaths {
+public:
+    virtual ~FolderRootPaths() = default;
+    /// The absolute path of the root with this `FolderAlias.Id`; empty if there is no such root or
+    /// it is not mounted.
+    [[nodiscard]] virtual QString mountedPathOfAliasId(qint64 aliasId) const = 0;
+};
+
+/// The catalogue's operations on one connection, which must outlive this view; cheap to make. Use
+/// it on the connection's thread only. Operations on `Thumbnail` want a connection to
+/// `thumbnail.db`, all others one to `files.db`.
+///
+/// None of the operations opens a transaction, except the checks of tables; a caller that needs
+/// several changes as one opens it, and rolls back if the commit fails. Failure shows in the result
+/// only: false, the id 0, an empty text or array.
+class PBCatalogue {
+public:
+    explicit PBCatalogue(FMDatabase& db) : _db(db) {}
+    [[nodiscard]] FMDatabase& database() const { return _db; }
+
+    // Tables
+
+    /// Creates what is missing of the tables and indexes of `files.db`; whatever exists is left as
+    /// it is. Answers whether all tables are there now.
+    bool checkTables_FilesDb();
+    /// The same for `thumbnail.db`.
+    bool checkTables_Thumbnail();
+    /// Whether there is a table with exactly this name, case included.
+    [[nodiscard]] bool isTableExist(const QString& name);
+    /// Runs the update whose text is the format with "%1", "%2", … replaced by the names.
+    template <typename... Names>
+    bool executeUpdateWithFormatSql(const QString& format, Names&&... names) {
+        return executeUpdateWithSql(format.arg(std::forward<Names>(names)...));
+    }
+    /// Makes the file at the path known to this connection as "Thumbnail".
+    bool attachThumbnailDatabase(const QString& path);
+
+    // Inserts; those that make an id answer it, or 0
+
+    qint64 insertFolderAliasWithData(
+        const QByteArray& data, int type, const QString& reservePath, qint64 state);
+    /// An empty relative path, that of the root itself, is stored as NULL.
+    qint64 insertFolderWithAliasId(qint64 aliasId, const QString& relativeFolderPath);
+    /// The keys are column names; a null marker is stored as NULL. An empty dictionary fails.
+    qint64 insertImageFileWithDictionary(const PBDictionary& dictionary);
+    /// As above, with the file's id as key of the row; an empty dictionary makes a row too.
+    bool insertExifWithImageFileId(qint64 fileId, const PBDictionary& exifProperties);
+    bool insertExifAuxWithImageFileId(qint64 fileId, const PBDictionary& exifAuxProperties);
+    bool insertTiffWithImageFileId(qint64 fileId, const PBDictionary& tiffProperties);
+    bool insertIPTCWithImageFileId(qint64 fileId, const PBDictionary& iptcProperties);
+    bool insertGPSWithImageFileId(qint64 fileId, const PBDictionary& gpsProperties);
+    bool insertThumbnailWithFileId(qint64 fileId, const QByteArray& thumbnailData);
+    /// A new tag with the use count 1.
+    qint64 insertTag(const QString& tag);
+    qint64 insertGeoWithLongitudeData(
+        const QByteArray& longitudeData, const QByteArray& latitudeData,
+        const QByteArray& addressDict);
+
+    // Updates; an id that does not exist is no failure
+
+    bool updateFolderAliasWithIdState(qint64 aliasId, qint64 state);
+    bool updateFolderAliasWithIdReservePath(qint64 aliasId, const QString& reservePath);
+    /// An empty relative path is stored as NULL.
+    bool updateFolderWithId(qint64 folderId, qint64 aliasId, const QString& relativeFolderPath);
+    bool updateImageFileWithIdRotateAngle(qint64 fileId, double rotateAngle);
+    /// Stores the sum cut to a whole number, modulo 360 with the sign of the sum: 270 and 180 give
+    /// 90, 0 and -90 give -90.
+    bool updateImageFileWithIdAddRotateAngle(qint64 fileId, double addRotateAngle);
+    bool updateImageFileWithIdFlag(qint64 fileId, int flag);
+    bool updateImageFileWithIdStar(qint64 fileId, int star);
+    /// The ids of tags as decimal numbers joined with ",".
+    bool updateImageFileWithIdTag(qint64 fileId, const QString& tag);
+    bool updateImageFileWithIdFileName(qint64 fileId, const QString& fileName);
+    bool increaseTagCountWithTagId(qint64 tagId);
+    bool updateGeoWithGeoId(
+        qint64 geoId, const QByteArray& longitudeData, const QByteArray& latitudeData);
+
+    // Removals; an id that does not exist is no failure
+
+    bool removeFolderAliasWithAliasId(qint64 aliasId);
+    bool removeFolderWithFolderId(qint64 folderId);
+    bool removeImageFileWithFileId(qint64 fileId);
+    bool removeExifWithFileId(qint64 fileId);
+    bool removeExifAuxWithFileId(qint64 fileId);
+    bool removeTiffWithFileId(qint64 fileId);
+    bool removeIPTCWithFileId(qint64 fileId);
+    bool removeGPSWithFileId(qint64 fileId);
+    bool removeThumbnailWithFileId(qint64 fileId);
+    /// Removes the file's rows from `ImageFile` and all five metadata tables; call it within a
+    /// transaction. The thumbnail, in the other file, is removed apart.
+    bool removeImageFileAndMetadataWithFileId(qint64 fileId);
+
+    // Finds; a miss answers 0 or empty
+
+    /// Without a relative path, the folder of the root itself. The empty text finds nothing.
+    [[nodiscard]] qint64
+    findFolderIdByAliasId(qint64 aliasId, const std::optional<QString>& relativePath);
+    /// The name is matched exactly. The two places, if given, are filled on a hit only.
+    [[nodiscard]] qint64 findImageFileIdByFolderId(
+        qint64 folderId, const QString& fileName, qint64* outFileSize, double* outModificationDate);
+    [[nodiscard]] qint64 findImageFileIdByFolderId(
+        qint64 folderId, const QString& fileName, qint64 fileSize, double modificationDate);
+    /// Without regard to case, as far as SQLite lower-cases the stored tag: ASCII letters.
+    [[nodiscard]] qint64 findTagIdByTag(const QString& tag);
+    [[nodiscard]] QString tagWithTagId(qint64 tagId);
+    /// The joined ids of one file's tags; a null text for NULL.
+    [[nodiscard]] QString tagWithFileId(qint64 fileId);
+    /// Tags that contain the text, the most used first, at most `maxCount` if that is above 0. The
+    /// text is part of the statement as it stands: "%" and "_" are wildcards, and one with a single
+    /// quote finds nothing.
+    [[nodiscard]] QStringList completionArrayByTag(const QString& tag, int maxCount);
+
+    /// The row with this id as values in the order of the fields, or of all columns without fields;
+    /// the null marker for NULL. Empty when there is no row.
+    [[nodiscard]] PBArray
+    folderDataWithIdAndFields(qint64 folderId, const QStringList& fields = {});
+    [[nodiscard]] PBArray
+    imageFileDataWithIdAndFields(qint64 fileId, const QStringList& fields = {});
+    [[nodiscard]] PBArray
+    thumbnailDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
+    [[nodiscard]] PBArray
+    exifDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
+    [[nodiscard]] PBArray
+    exifAuxDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
+    [[nodiscard]] PBArray
+    tiffDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
+    [[nodiscard]] PBArray
+    iptcDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
+    [[nodiscard]] PBArray gpsDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
+
+    /// The absolute path of a folder; empty if it is unknown, or its root is unknown or not
+    /// mounted.
+    [[nodiscard]] QString pathOfFolderId(qint64 folderId, const FolderRootPaths& roots);
+
+private:
+    bool executeUpdateWithSql(const QString& sql);
+    bool
+    checkTables(std::span<const CatalogueTable> tables, std::span<const CatalogueIndex> indexes);
+    bool createTable(const CatalogueTable& table);
+
+    /// What is stored for a folder's relative path: NULL for the root's own, empty one.
+    [[nodiscard]] static PBValue relativePathValue(const QString& relativePath);
+    bool insertDictionary(
+        QStringView table, std::optional<qint64> fileId, const PBDictionary& dictionary);
+    [[nodiscard]] qint64 idAfterInsert(bool inserted) const;
+    bool updateColumn(QStringView table, QStringView column, const PBValue& value, qint64 id);
+    bool removeRow(QStringView table, QStringView key, qint64 id);
+    [[nodiscard]] qint64 findId(const QString& sql, std::span<const PBValue> arguments);
+    [[nodiscard]] PBArray
+    dataOfRow(QStringView table, QStringView key, qint64 id, const QStringList& fields);
+
+    FMDatabase& _db;
+};

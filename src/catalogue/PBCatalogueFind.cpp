@@ -1,0 +1,126 @@
+#include "catalogue/PBCatalogue.h"
+
+#include "FMDB/FMDatabase.h"
+
+#include <array>
+
+qint64 PBCatalogue::findId(const QString& sql, std::span<const PBValue> arguments) {
+    FMResultSet row = _db.executeQueryWithArgumentsInArray(sql, arguments);
+    return row.next() ? row.longLongIntForColumnIndex(0) : 0;
+}
+
+qint64
+PBCatalogue::findFolderIdByAliasId(qint64 aliasId, const std::optional<QString>& relativePath) {
+    if (!relativePath) {
+        return findId(
+            QStringLiteral("select Id from Folder where AliasId = ? and RelativePath is null"),
+            std::array{PBValue(aliasId)});
+    }
+    return findId(
+        QStringLiteral("select Id from Folder where AliasId = ? and RelativePath = ?"),
+        std::array{PBValue(aliasId), PBValue(*relativePath)});
+}
+
+qint64 PBCatalogue::findImageFileIdByFolderId(
+    qint64 folderId, const QString& fileName, qint64* outFileSize, double* outModificationDate) {
+    FMResultSet row = _db.executeQuery(
+        QStringLiteral("select Id,FileSize,ModificationDate from ImageFile where FolderId = ? and "
+                       "FileName = ?"),
+        folderId, fileName);
+    if (!row.next()) return 0;
+    if (outFileSize) *outFileSize = row.longLongIntForColumnIndex(1);
+    if (outModificationDate) *outModificationDate = row.doubleForColumnIndex(2);
+    return row.longLongIntForColumnIndex(0);
+}
+
+qint64 PBCatalogue::findImageFileIdByFolderId(
+    qint64 folderId, const QString& fileName, qint64 fileSize, double modificationDate) {
+    return findId(
+        QStringLiteral("select Id from ImageFile where FolderId = ? and FileName = ? and "
+                       "FileSize = ? and ModificationDate = ?"),
+        std::array{
+            PBValue(folderId), PBValue(fileName), PBValue(fileSize), PBValue(modificationDate)});
+}
+
+qint64 PBCatalogue::findTagIdByTag(const QString& tag) {
+    return findId(
+        QStringLiteral("select Id from Tags where LOWER(Tag) = ?"),
+        std::array{PBValue(tag.toLower())});
+}
+
+QString PBCatalogue::tagWithTagId(qint64 tagId) {
+    FMResultSet row = _db.executeQuery(QStringLiteral("select Tag from Tags where Id = ?"), tagId);
+    return row.next() ? row.stringForColumnIndex(0) : QString();
+}
+
+QString PBCatalogue::tagWithFileId(qint64 fileId) {
+    FMResultSet row =
+        _db.executeQuery(QStringLiteral("select Tag from ImageFile where Id = ?"), fileId);
+    return row.next() ? row.stringForColumnIndex(0) : QString();
+}
+
+QStringList PBCatalogue::completionArrayByTag(const QString& tag, int maxCount) {
+    FMResultSet rows = _db.executeQuery(
+        QStringLiteral("select Tag from Tags where LOWER(Tag) like '%") + tag.toLower() +
+        QStringLiteral("%' order by UseCount DESC"));
+    QStringList tags;
+    while ((maxCount <= 0 || tags.size() < maxCount) && rows.next())
+        tags.append(rows.stringForColumnIndex(0));
+    return tags;
+}
+
+PBArray
+PBCatalogue::dataOfRow(QStringView table, QStringView key, qint64 id, const QStringList& fields) {
+    const QString columns = fields.isEmpty() ? QStringLiteral("*") : fields.join(u',');
+    FMResultSet row = _db.executeQuery(
+        QStringLiteral("select %1 from %2 where %3 = ?").arg(columns, table, key), id);
+    PBArray data;
+    if (!row.next()) return data;
+    const int count = row.columnCount();
+    data.reserve(static_cast<std::size_t>(count));
+    for (int index = 0; index < count; ++index)
+        data.push_back(row.objectForColumnIndex(index));
+    return data;
+}
+
+PBArray PBCatalogue::folderDataWithIdAndFields(qint64 folderId, const QStringList& fields) {
+    return dataOfRow(u"Folder", u"Id", folderId, fields);
+}
+
+PBArray PBCatalogue::imageFileDataWithIdAndFields(qint64 fileId, const QStringList& fields) {
+    return dataOfRow(u"ImageFile", u"Id", fileId, fields);
+}
+
+PBArray PBCatalogue::thumbnailDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
+    return dataOfRow(u"Thumbnail", u"FileId", fileId, fields);
+}
+
+PBArray PBCatalogue::exifDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
+    return dataOfRow(u"Exif", u"FileId", fileId, fields);
+}
+
+PBArray PBCatalogue::exifAuxDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
+    return dataOfRow(u"ExifAux", u"FileId", fileId, fields);
+}
+
+PBArray PBCatalogue::tiffDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
+    return dataOfRow(u"Tiff", u"FileId", fileId, fields);
+}
+
+PBArray PBCatalogue::iptcDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
+    return dataOfRow(u"IPTC", u"FileId", fileId, fields);
+}
+
+PBArray PBCatalogue::gpsDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
+    return dataOfRow(u"GPS", u"FileId", fileId, fields);
+}
+
+QString PBCatalogue::pathOfFolderId(qint64 folderId, const FolderRootPaths& roots) {
+    const PBArray row = folderDataWithIdAndFields(
+        folderId, {QStringLiteral("AliasId"), QStringLiteral("RelativePath")});
+    if (row.size() != 2) return {};
+    QString path = roots.mountedPathOfAliasId(row[0].toInteger());
+    if (path.isEmpty() || row[1].isNull()) return path;
+    if (!path.endsWith(u'/')) path += u'/';
+    return path + row[1].toText();
+}

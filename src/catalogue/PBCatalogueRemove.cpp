@@ -1,0 +1,53 @@
+#include "catalogue/PBCatalogue.h"
+
+#include "FMDB/FMDatabase.h"
+
+bool PBCatalogue::removeRow(QStringView table, QStringView key, qint64 id) {
+    return _db.executeUpdate(QStringLiteral("delete from %1 where %2 = ?").arg(table, key), id);
+}
+
+bool PBCatalogue::removeFolderAliasWithAliasId(qint64 aliasId) {
+    return removeRow(u"FolderAlias", u"Id", aliasId);
+}
+
+bool PBCatalogue::removeFolderWithFolderId(qint64 folderId) {
+    return removeRow(u"Folder", u"Id", folderId);
+}
+
+bool PBCatalogue::removeImageFileWithFileId(qint64 fileId) {
+    return removeRow(u"ImageFile", u"Id", fileId);
+}
+
+bool PBCatalogue::removeExifWithFileId(qint64 fileId) {
+    return removeRow(u"Exif", u"FileId", fileId);
+}
+
+bool PBCatalogue::removeExifAuxWithFileId(qint64 fileId) {
+    return removeRow(u"ExifAux", u"FileId", fileId);
+}
+
+bool PBCatalogue::removeTiffWithFileId(qint64 fileId) {
+    return removeRow(u"Tiff", u"FileId", fileId);
+}
+
+bool PBCatalogue::removeIPTCWithFileId(qint64 fileId) {
+    return removeRow(u"IPTC", u"FileId", fileId);
+}
+
+bool PBCatalogue::removeGPSWithFileId(qint64 fileId) {
+    return removeRow(u"GPS", u"FileId", fileId);
+}
+
+bool PBCatalogue::removeThumbnailWithFileId(qint64 fileId) {
+    return removeRow(u"Thumbnail", u"FileId", fileId);
+}
+
+bool PBCatalogue::removeImageFileAndMetadataWithFileId(qint64 fileId) {
+    // Each is tried, whatever became of those before it.
+    bool removed = removeImageFileWithFileId(fileId);
+    removed = removeExifWithFileId(fileId) && removed;
+    removed = removeExifAuxWithFileId(fileId) && removed;
+    removed = removeTiffWithFileId(fileId) && removed;
+    removed = removeIPTCWithFileId(fileId) && removed;
+    return removeGPSWithFileId(fileId) && removed;
+}

@@ -1,0 +1,66 @@
+#include "catalogue/PBCatalogue.h"
+
+#include "FMDB/FMDatabase.h"
+
+PBValue PBCatalogue::relativePathValue(const QString& relativePath) {
+    return relativePath.isEmpty() ? PBValue(PBNull()) : PBValue(relativePath);
+}
+
+bool PBCatalogue::updateColumn(
+    QStringView table, QStringView column, const PBValue& value, qint64 id) {
+    return _db.executeUpdate(
+        QStringLiteral("update %1 set %2 = ? where Id = ?").arg(table, column), value, id);
+}
+
+bool PBCatalogue::updateFolderAliasWithIdState(qint64 aliasId, qint64 state) {
+    return updateColumn(u"FolderAlias", u"State", state, aliasId);
+}
+
+bool PBCatalogue::updateFolderAliasWithIdReservePath(qint64 aliasId, const QString& reservePath) {
+    return updateColumn(u"FolderAlias", u"ReservePath", reservePath, aliasId);
+}
+
+bool PBCatalogue::updateFolderWithId(
+    qint64 folderId, qint64 aliasId, const QString& relativeFolderPath) {
+    return _db.executeUpdate(
+        QStringLiteral("update Folder set AliasId = ?,RelativePath = ? where Id = ?"), aliasId,
+        relativePathValue(relativeFolderPath), folderId);
+}
+
+bool PBCatalogue::updateImageFileWithIdRotateAngle(qint64 fileId, double rotateAngle) {
+    return updateColumn(u"ImageFile", u"RotateAngle", rotateAngle, fileId);
+}
+
+bool PBCatalogue::updateImageFileWithIdAddRotateAngle(qint64 fileId, double addRotateAngle) {
+    return _db.executeUpdate(
+        QStringLiteral("update ImageFile set RotateAngle = (RotateAngle+?)%360 where Id = ?"),
+        addRotateAngle, fileId);
+}
+
+bool PBCatalogue::updateImageFileWithIdFlag(qint64 fileId, int flag) {
+    return updateColumn(u"ImageFile", u"FileFlag", flag, fileId);
+}
+
+bool PBCatalogue::updateImageFileWithIdStar(qint64 fileId, int star) {
+    return updateColumn(u"ImageFile", u"FileStars", star, fileId);
+}
+
+bool PBCatalogue::updateImageFileWithIdTag(qint64 fileId, const QString& tag) {
+    return updateColumn(u"ImageFile", u"Tag", tag, fileId);
+}
+
+bool PBCatalogue::updateImageFileWithIdFileName(qint64 fileId, const QString& fileName) {
+    return updateColumn(u"ImageFile", u"FileName", fileName, fileId);
+}
+
+bool PBCatalogue::increaseTagCountWithTagId(qint64 tagId) {
+    return _db.executeUpdate(
+        QStringLiteral("update Tags set UseCount = UseCount+1 where Id = ?"), tagId);
+}
+
+bool PBCatalogue::updateGeoWithGeoId(
+    qint64 geoId, const QByteArray& longitudeData, const QByteArray& latitudeData) {
+    return _db.executeUpdate(
+        QStringLiteral("update Geo set Longitude = ?,Latitude = ? where GeoId = ?"), longitudeData,
+        latitudeData, geoId);
+}
