@@ -1,0 +1,48 @@
+#pragma once
+
+#include "image/codec/Decoder.h"
+#include "platform/PBValue.h"
+
+#include <memory>
+#include <optional>
+
+namespace codec {
+
+/// What became of a request to decode.
+enum class ReadStatus {
+    Decoded,
+    /// The decoder looked at the picture and could not do it: another size may still work.
+    Refused,
+    /// Stopped, out of time or memory, or the helper process died: not worth another try.
+    Failed
+};
+
+struct ReadResult {
+    ReadStatus status = ReadStatus::Refused;
+    Frame frame;
+};
+
+/// Reads pictures from open files, wherever that happens: in this process, or in helper processes.
+/// Descriptors are borrowed for the call. Any thread; every call blocks.
+class FrameReader {
+public:
+    FrameReader() = default;
+    FrameReader(const FrameReader&) = delete;
+    FrameReader& operator=(const FrameReader&) = delete;
+    virtual ~FrameReader() = default;
+
+    [[nodiscard]] virtual ReadResult decode(
+        int descriptor, const QString& typeHint, const DecodeRequest& request,
+        std::stop_token stop) = 0;
+    /// 0 when the picture can't be opened.
+    [[nodiscard]] virtual std::size_t countFrames(int descriptor, const QString& typeHint) = 0;
+    [[nodiscard]] virtual std::optional<PBDictionary>
+    properties(int descriptor, const QString& typeHint, std::size_t frame) = 0;
+};
+
+/// The reader that all importers use: what was installed, else one that decodes in this process.
+[[nodiscard]] std::shared_ptr<FrameReader> frameReader();
+/// nullptr goes back to decoding in this process. Any thread; requests that run end as they began.
+void setFrameReader(std::shared_ptr<FrameReader> reader);
+
+} // namespace codec

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/PBValue.h"
+
+#include <QImage>
+#include <QString>
+#include <QStringList>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+
+/// Reads one image file. Used by one operation at a time; may be made on any thread. A missing
+/// result is the only sign of failure, and nothing throws.
+class PBImageImporterProtocol {
+public:
+    PBImageImporterProtocol() = default;
+    PBImageImporterProtocol(const PBImageImporterProtocol&) = delete;
+    PBImageImporterProtocol& operator=(const PBImageImporterProtocol&) = delete;
+    virtual ~PBImageImporterProtocol() = default;
+
+    /// The property dictionary of a frame (see `codec::readImageProperties`).
+    [[nodiscard]] virtual std::optional<PBDictionary> propertiesAtIndex(std::size_t index) = 0;
+    /// The frame with its longest side at most `maxSize` pixels (0 for the full size), its stored
+    /// orientation not applied; a null image when it can't be read or was stopped.
+    [[nodiscard]] virtual QImage
+    createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) = 0;
+    [[nodiscard]] virtual std::size_t imageCount() = 0;
+    /// The type identifier that the content says; empty when unknown.
+    [[nodiscard]] virtual QString utiType() = 0;
+};
+
+/// What the manager knows of an importer class.
+struct PBImageImporterClass {
+    /// The type identifiers that it handles; nothing when it can't say yet.
+    std::function<std::optional<QStringList>()> typeIdentifiers;
+    /// An importer for the file; nullptr when the file can't be opened.
+    std::function<std::unique_ptr<PBImageImporterProtocol>(const QString& path)> initWithImagePath;
+};

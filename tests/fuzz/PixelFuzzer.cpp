@@ -1,0 +1,55 @@
+// Any bytes as a picture file, through the decoders. The last byte says what is asked for, so that
+// files that were not made for this are good seeds as they are.
+
+#include "image/codec/Decoder.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+/// What the file's name may say where it decides; most inputs go by their content.
+constexpr std::array<QStringView, 8> typeHints{
+    u"",
+    u"public.jpeg",
+    u"com.truevision.tga-image",
+    u"com.adobe.raw-image",
+    u"com.nikon.raw-image",
+    u"com.canon.cr2-raw-image",
+    u"com.fuji.raw-image",
+    u"com.sony.arw-raw-image"};
+constexpr codec::Limits limits{std::uint64_t{1} << 18, std::uint64_t{32} << 20};
+
+/// Every pixel of a result has to be there to be read, and a reduced one has to be reduced.
+void checkFrame(const codec::Frame& frame, int maxSize) {
+    const QImage& image = frame.image;
+    if (image.isNull()) return;
+    const bool isReduced = maxSize == 0 || (image.width() <= maxSize && image.height() <= maxSize);
+    const bool isStandard = image.format() == QImage::Format_RGB32 ||
+                            image.format() == QImage::Format_ARGB32_Premultiplied;
+    if (!isReduced || !isStandard) std::abort();
+    unsigned sum = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        const auto* row = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        for (int x = 0; x < image.width(); ++x)
+            sum += row[x];
+    }
+    asm volatile("" : : "r"(sum));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size < 2) return 0;
+    const std::uint8_t wish = data[size - 1];
+    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size - 1));
+    codec::DecodeRequest request;
+    request.maxSize = (wish & 8U) != 0 ? 48 : 0;
+    request.frame = wish >> 5U;
+    request.limits = limits;
+    const auto source = codec::Source::fromBytes(bytes);
+    checkFrame(codec::decode(source, typeHints[wish & 7U], request), request.maxSize);
+    return 0;
+}

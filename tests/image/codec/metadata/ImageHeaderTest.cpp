@@ -1,0 +1,266 @@
+#include "image/codec/metadata/ImageHeader.h"
+
+#include "image/codec/metadata/Pictures.h"
+#include "image/codec/metadata/headers/Orientation.h"
+#include "support/Support.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "image/codec/metadata/ImageProperties.h"
+
+namespace {
+
+using codec::Bytes;
+using codec::Container;
+using codec::ImageHeader;
+using pictures::ByteWriter;
+using pictures::entry;
+using pictures::propertiesOf;
+
+Bytes viewOf(const QByteArray& bytes) {
+    return Bytes(
+        {reinterpret_cast<const std::uint8_t*>(bytes.data()),
+         static_cast<std::size_t>(bytes.size())});
+}
+
+std::optional<ImageHeader> headerOf(const QByteArray& bytes, std::size_t frame = 0) {
+    return codec::readImageHeader(viewOf(bytes), codec::sniffContainer(viewOf(bytes)), frame);
+}
+
+QByteArray saved(const QImage& image, const char* format) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    EXPECT_TRUE(image.save(&buffer, format)) << format;
+    return bytes;
+}
+
+TEST(ImageHeaderTest, picturesOfTheToolkitsWritersHaveTheirSizeResolutionAndProfile) {
+    QImage image(300, 7, QImage::Format_RGB32);
+    image.fill(Qt::blue);
+    image.setDotsPerMeterX(3937);
+    image.setDotsPerMeterY(11811);
+    image.setColorSpace(QColorSpace(QColorSpace::AdobeRgb));
+    for (const char* format : {"JPEG", "PNG", "BMP", "TIFF", "WEBP"}) {
+        SCOPED_TRACE(format);
+        const auto header = headerOf(saved(image, format));
+        ASSERT_TRUE(header);
+        EXPECT_EQ(header->width, 300U);
+        EXPECT_EQ(header->height, 7U);
+        EXPECT_EQ(header->depth, 8);
+        EXPECT_EQ(header->colorModel, QStringLiteral("RGB"));
+        const QByteArray name(format);
+        if (name != "WEBP") {
+            EXPECT_EQ(std::lround(header->dpiWidth), 100);
+            EXPECT_EQ(std::lround(header->dpiHeight), 300);
+        }
+        EXPECT_EQ(header->profileName.isEmpty(), name == "BMP");
+    }
+    const auto gray = headerOf(saved(image.convertToFormat(QImage::Format_Grayscale8), "JPEG"));
+    ASSERT_TRUE(gray);
+    EXPECT_EQ(gray->colorModel, QStringLiteral("Gray"));
+    for (const char* format : {"PBM", "PGM", "PPM"}) {
+        const auto header = headerOf(saved(image, format));
+        ASSERT_TRUE(header) << format;
+        EXPECT_EQ(header->width, 300U);
+        EXPECT_EQ(header->depth, QByteArray(format) == "PBM" ? 1 : 8);
+    }
+}
+
+TEST(ImageHeaderTest, headersMadeByHandAreRead) {
+    struct Row {
+        QByteArray bytes;
+        std::uint32_t width;
+        std::uint32_t height;
+        int depth;
+        const char16_t* model;
+    };
+    const QByteArray size48 = ByteWriter(false)
+                                  .u16(0xFF4F)
+                                  .u16(0xFF51)
+                                  .u16(47)
+                                  .u16(0)
+                                  .u32(110)
+                                  .u32(70)
+                                  .u32(10)
+                                  .u32(20)
+                                  .text(QByteArray(16, '\0'))
+                                  .u16(3)
+                                  .u8(15)
+                                  .u8(1)
+                                  .u8(1)
+                                  .bytes();
+    const Row rows[] = {
+        {ByteWriter(false)
+             .text("8BPS")
+             .u16(1)
+             .text(QByteArray(6, '\0'))
+             .u16(4)
+             .u32(20)
+             .u32(30)
+             .u16(16)
+             .u16(4)
+             .u32(0)
+             .u32(0)
+             .bytes(),
+         30, 20, 16, u"CMYK"},
+        {ByteWriter(false)
+             .text("8BPS")
+             .u16(1)
+             .text(QByteArray(6, '\0'))
+             .u16(3)
+             .u32(20)
+             .u32(30)
+             .u16(8)
+             .u16(9)
+             .u32(0)
+             .u32(0)
+             .bytes(),
+         30, 20, 8, u"Lab"},
+        {size48, 100, 50, 16, u"RGB"},
+        {pictures::box("jP  ", "\r\n\x87\n") + pictures::box("ftyp", "jp2 ") +
+             pictures::box(
+                 "jp2h", pictures::box("colr", ByteWriter(false).u8(1).u16(0).u32(17).bytes())) +
+             pictures::box("jp2c", size48),
+         100, 50, 16, u"Gray"},
+        {ByteWriter(true)
+             .u8(0)
+             .u8(0)
+             .u8(2)
+             .text(QByteArray(9, '\0'))
+             .u16(64)
+             .u16(48)
+             .u8(24)
+             .u8(0)
+             .bytes(),
+         64, 48, 8, u"RGB"},
+        {ByteWriter(true)
+             .u16(0)
+             .u16(1)
+             .u16(1)
+             .u8(0)
+             .u8(32)
+             .text(QByteArray(6, '\0'))
+             .u32(40)
+             .u32(22)
+             .text(QByteArray(40, '\0'))
+             .bytes(),
+         256, 32, 8, u"RGB"},
+        {"P7\n# a comment\nWIDTH 12\nHEIGHT 34\nDEPTH 1\nMAXVAL 65535\nENDHDR\n", 12, 34, 16,
+         u"Gray"},
+        {pictures::tiff(false, 400), 40, 30, 16, u"Gray"},
+        {pictures::tiff(true, 400), 40, 30, 16, u"Gray"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.bytes.left(12).toHex().toStdString());
+        const auto header = headerOf(row.bytes);
+        ASSERT_TRUE(header);
+        EXPECT_EQ(header->width, row.width);
+        EXPECT_EQ(header->height, row.height);
+        EXPECT_EQ(header->depth, row.depth);
+        EXPECT_EQ(header->colorModel, QString::fromUtf16(row.model));
+    }
+}
+
+TEST(ImageHeaderTest, bothTiffLayoutsGiveTheirMetadata) {
+    for (const bool big : {false, true}) {
+        SCOPED_TRACE(big);
+        const auto properties = propertiesOf(pictures::tiff(big, 400));
+        EXPECT_EQ(entry(properties, u"{Exif}", u"FocalLenIn35mmFilm"), QStringLiteral("35"));
+        EXPECT_EQ(entry(properties, u"{TIFF}", u"PhotometricInterpretation"), QStringLiteral("1"));
+        EXPECT_EQ(entry(properties, u"", u"DPIWidth"), QStringLiteral("300"));
+        EXPECT_FALSE(propertiesOf(pictures::tiff(big, 400), {}, 1));
+    }
+}
+
+TEST(ImageHeaderTest, rawFilesHaveTheSizeThatTheyAreDevelopedTo) {
+    const auto properties = propertiesOf(pictures::dng(), QStringLiteral("com.adobe.raw-image"));
+    EXPECT_EQ(entry(properties, u"", u"PixelWidth"), QStringLiteral("64"));
+    EXPECT_EQ(entry(properties, u"", u"PixelHeight"), QStringLiteral("48"));
+    EXPECT_EQ(entry(properties, u"", u"ColorModel"), QStringLiteral("RGB"));
+    EXPECT_EQ(entry(properties, u"{TIFF}", u"Orientation"), QStringLiteral("6"));
+    EXPECT_EQ(entry(properties, u"{Exif}", u"ISOSpeedRatings"), QStringLiteral("200"));
+    EXPECT_EQ(entry(properties, u"{Exif}", u"ExposureTime"), QStringLiteral("0.004"));
+    EXPECT_EQ(
+        entry(properties, u"{Exif}", u"DateTimeOriginal"), QStringLiteral("2010:07:01 12:00:00"));
+    // A JPEG under a raw file's name is still a picture.
+    const auto renamed = propertiesOf(pictures::jpeg(), QStringLiteral("com.nikon.raw-image"));
+    EXPECT_EQ(entry(renamed, u"", u"PixelWidth"), QStringLiteral("40"));
+}
+
+TEST(ImageHeaderTest, animationsTellTheDelayOfEachFrame) {
+    ByteWriter gif(true);
+    gif.text("GIF89a").u16(20).u16(10).u8(0x80).u8(0).u8(0).text(QByteArray(6, '\0'));
+    for (const unsigned delay : {7U, 250U}) {
+        gif.u8(0x21).u8(0xF9).u8(4).u8(0).u16(delay).u8(0).u8(0);
+        gif.u8(0x2C).u16(0).u16(0).u16(20).u16(10).u8(0).u8(2).u8(1).u8(0).u8(0);
+    }
+    gif.u8(0x3B);
+    EXPECT_EQ(entry(propertiesOf(gif.bytes()), u"{GIF}", u"DelayTime"), QStringLiteral("0.07"));
+    const auto second = propertiesOf(gif.bytes(), {}, 1);
+    EXPECT_EQ(entry(second, u"{GIF}", u"DelayTime"), QStringLiteral("2.5"));
+    EXPECT_EQ(entry(second, u"", u"PixelWidth"), QStringLiteral("20"));
+    EXPECT_FALSE(propertiesOf(gif.bytes(), {}, 2));
+}
+
+TEST(ImageHeaderTest, theContainersRotationStandsAboveTheMetadatas) {
+    const QByteArray quarter =
+        pictures::box("irot", QByteArray(1, 3)); // 270 degrees counter-clockwise
+    const auto turned = propertiesOf(pictures::heif({quarter}));
+    EXPECT_EQ(entry(turned, u"", u"PixelWidth"), QStringLiteral("4000"));
+    EXPECT_EQ(entry(turned, u"", u"Orientation"), QStringLiteral("6"));
+    // Where the catalogue looks for it.
+    EXPECT_EQ(entry(turned, u"{TIFF}", u"Orientation"), QStringLiteral("6"));
+    const auto mirrored =
+        headerOf(pictures::heif({quarter, pictures::box("imir", QByteArray(1, 1))}));
+    ASSERT_TRUE(mirrored);
+    EXPECT_EQ(mirrored->orientation, 5);
+    const QByteArray nclx = ByteWriter(false).text("nclx").u16(9).u16(16).u16(9).u8(0x80).bytes();
+    const auto wide = headerOf(pictures::heif({pictures::box("colr", nclx)}));
+    ASSERT_TRUE(wide);
+    EXPECT_EQ(wide->profileName, QStringLiteral("Rec. ITU-R BT.2100 PQ"));
+    EXPECT_EQ(wide->orientation, 1);
+}
+
+TEST(ImageHeaderTest, orientationsComposeAsTurnsOfTheSquareDo) {
+    using codec::headers::composeOrientations;
+    EXPECT_EQ(composeOrientations(6, 6), 3);
+    EXPECT_EQ(composeOrientations(6, 8), 1);
+    EXPECT_EQ(composeOrientations(6, 2), 5);
+    EXPECT_EQ(composeOrientations(2, 6), 7);
+    EXPECT_EQ(composeOrientations(0, 4), 4);
+    for (int first = 1; first <= 8; ++first) {
+        // Each is undone by exactly one other.
+        int undone = 0;
+        for (int second = 1; second <= 8; ++second)
+            undone += composeOrientations(first, second) == 1 ? 1 : 0;
+        EXPECT_EQ(undone, 1);
+    }
+}
+
+TEST(ImageHeaderTest, onlyTheHeaderOfALargeFileIsRead) {
+    constexpr off_t size = off_t(60) << 20;
+    for (const bool big : {false, true}) {
+        const int descriptor = memfd_create("large", MFD_CLOEXEC);
+        const QByteArray start = pictures::tiff(big, 1 << 20);
+        ASSERT_EQ(
+            write(descriptor, start.data(), static_cast<std::size_t>(start.size())), start.size());
+        ASSERT_EQ(ftruncate(descriptor, size), 0);
+        EXPECT_TRUE(codec::readImageProperties(descriptor, QStringLiteral("public.tiff"), 0));
+        // A page of this file comes to be when it is first looked at.
+        struct stat status = {};
+        ASSERT_EQ(fstat(descriptor, &status), 0);
+        EXPECT_LT(status.st_blocks * 512, 1 << 20);
+        close(descriptor);
+    }
+}
+
+} // namespace

@@ -1,0 +1,189 @@
+#include "image/codec/metadata/Pictures.h"
+
+#include "image/codec/metadata/ImageProperties.h"
+
+#include <QBuffer>
+#include <QImage>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <iterator>
+
+namespace pictures {
+
+QByteArray jpeg() {
+    QImage image(40, 30, QImage::Format_RGB32);
+    image.fill(Qt::darkGreen);
+    image.setDotsPerMeterX(0);
+    image.setDotsPerMeterY(0);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPEG");
+    return bytes;
+}
+
+QByteArray withMetadata(const QByteArray& picture, const Writer& writer) {
+    codec::prepareImageProperties();
+    const Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(
+        reinterpret_cast<const Exiv2::byte*>(picture.data()), picture.size());
+    image->readMetadata();
+    writer(image->exifData(), image->iptcData(), image->xmpData());
+    image->writeMetadata();
+    Exiv2::BasicIo& io = image->io();
+    io.open();
+    const Exiv2::DataBuf bytes = io.read(static_cast<long>(io.size()));
+    return {reinterpret_cast<const char*>(bytes.pData_), bytes.size_};
+}
+
+std::optional<PBDictionary>
+propertiesOf(const QByteArray& bytes, const QString& type, std::size_t frame) {
+    const int descriptor = memfd_create("picture", MFD_CLOEXEC);
+    if (write(descriptor, bytes.data(), static_cast<std::size_t>(bytes.size())) != bytes.size()) {
+        qFatal("a picture could not be written to memory");
+    }
+    auto properties = codec::readImageProperties(descriptor, type, frame);
+    close(descriptor);
+    return properties;
+}
+
+QString
+entry(const std::optional<PBDictionary>& properties, QStringView dictionary, QStringView key) {
+    if (!properties) return {};
+    const PBDictionary* entries = &*properties;
+    if (!dictionary.isEmpty()) {
+        const auto found = properties->find(dictionary.toString());
+        entries = found == properties->end() ? nullptr : found->second.dictionary();
+    }
+    if (!entries) return {};
+    const auto found = entries->find(key.toString());
+    return found == entries->end() ? QString() : found->second.toText();
+}
+
+QByteArray box(const char* name, const QByteArray& content) {
+    return ByteWriter(false).u32(static_cast<quint64>(content.size()) + 8).text(name).bytes() +
+           content;
+}
+
+QByteArray heif(const QList<QByteArray>& properties) {
+    QByteArray container = box("ispe", ByteWriter(false).u32(0).u32(4000).u32(3000).bytes());
+    ByteWriter association(false);
+    association.u32(0).u32(1).u16(7).u8(static_cast<unsigned>(properties.size()) + 1).u8(1);
+    for (qsizetype position = 0; position < properties.size(); ++position) {
+        container += properties[position];
+        association.u8(static_cast<unsigned>(position) + 2);
+    }
+    const QByteArray meta = ByteWriter(false).u32(0).bytes() +
+                            box("pitm", ByteWriter(false).u32(0).u16(7).bytes()) +
+                            box("iprp", box("ipco", container) + box("ipma", association.bytes()));
+    return box("ftyp", "heic" + QByteArray(4, '\0') + "mif1heic") + box("meta", meta);
+}
+
+QByteArray tiff(bool big, quint64 stripAt) {
+    ByteWriter file(!big);
+    const auto entry = [&](unsigned tag, unsigned type, quint64 value) {
+        file.u16(tag).u16(type);
+        if (big) {
+            file.u64(1);
+        } else {
+            file.u32(1);
+        }
+        // A short stands at the start of its field.
+        if (type == 3) {
+            file.u16(static_cast<unsigned>(value)).u16(0);
+            if (big) file.u32(0);
+        } else if (big && type == 4) {
+            file.u32(value).u32(0);
+        } else if (big) {
+            file.u64(value);
+        } else {
+            file.u32(value);
+        }
+    };
+    constexpr unsigned count = 9;
+    const quint64 valuesAt = big ? 16 + 8 + count * 20 + 8 : 8 + 2 + count * 12 + 4;
+    file.text(big ? "MM" : "II").u16(big ? 43 : 42);
+    if (big) {
+        file.u16(8).u16(0).u64(16).u64(count);
+    } else {
+        file.u32(8).u16(count);
+    }
+    entry(256, 4, 40);
+    entry(257, 4, 30);
+    entry(258, 3, 16);
+    entry(259, 3, 1);
+    entry(262, 3, 1);
+    entry(273, 4, stripAt);
+    entry(279, 4, 2400);
+    entry(282, 5, big ? (quint64(300) << 32 | 1) : valuesAt);
+    entry(0x8769, 4, valuesAt + 8);
+    if (big) {
+        file.u64(0).u64(0).u64(1);
+    } else {
+        file.u32(0).u32(300).u32(1).u16(1);
+    }
+    // The EXIF directory with one tag: a focal length of 35 mm in 35 mm film.
+    entry(0xA405, 3, 35);
+    if (big) {
+        file.u64(0);
+    } else {
+        file.u32(0);
+    }
+    return file.bytes();
+}
+
+QByteArray dng() {
+    struct Entry {
+        unsigned tag;
+        unsigned type;
+        unsigned count;
+        QByteArray value;
+    };
+    const auto number = [](quint64 value) { return ByteWriter(true).u32(value).bytes(); };
+    ByteWriter matrix(true);
+    for (int position = 0; position < 9; ++position)
+        matrix.u32(position % 4 == 0 ? 1 : 0).u32(1);
+    constexpr unsigned pixelsAt = 1024;
+    const Entry entries[] = {
+        {254, 4, 1, number(0)},
+        {256, 4, 1, number(64)},
+        {257, 4, 1, number(48)},
+        {258, 3, 1, number(16)},
+        {259, 3, 1, number(1)},
+        {262, 3, 1, number(32803)}, // a colour filter array
+        {271, 2, 6, QByteArray("Maker", 6)},
+        {272, 2, 4, QByteArray("Cam", 4)},
+        {273, 4, 1, number(pixelsAt)},
+        {274, 3, 1, number(6)},
+        {277, 3, 1, number(1)},
+        {278, 4, 1, number(48)},
+        {279, 4, 1, number(64 * 48 * 2)},
+        {33421, 3, 2, ByteWriter(true).u16(2).u16(2).bytes()},
+        {33422, 1, 4, QByteArray("\0\1\1\2", 4)},
+        {33434, 5, 1, ByteWriter(true).u32(1).u32(250).bytes()},
+        {34855, 3, 1, number(200)},
+        {36867, 2, 20, QByteArray("2010:07:01 12:00:00", 20)},
+        {50706, 1, 4, QByteArray("\1\4\0\0", 4)},
+        {50708, 2, 4, QByteArray("Cam", 4)},
+        {50721, 10, 9, matrix.bytes()},
+    };
+    ByteWriter file(true);
+    QByteArray values;
+    file.text("II").u16(42).u32(8).u16(static_cast<unsigned>(std::size(entries)));
+    const auto valuesAt = static_cast<qsizetype>(8 + 2 + std::size(entries) * 12 + 4);
+    for (const Entry& entry : entries) {
+        file.u16(entry.tag).u16(entry.type).u32(entry.count);
+        if (entry.value.size() <= 4) {
+            file.text(entry.value);
+        } else {
+            file.u32(static_cast<quint64>(valuesAt + values.size()));
+            values += entry.value;
+        }
+    }
+    file.u32(0).text(values);
+    const QByteArray head = file.bytes();
+    return head + QByteArray(pixelsAt - head.size() + 64 * 48 * 2, '\x20');
+}
+
+} // namespace pictures
