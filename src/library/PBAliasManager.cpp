@@ -1,0 +1,222 @@
+#include "library/PBAliasManager.h"
+
+#include "FMDB/FMDatabase.h"
+#include "core/Paths.h"
+
+#include <algorithm>
+#include <utility>
+
+using PBUtilities::pathComponents;
+using PBUtilities::pathWithComponents;
+
+namespace {
+
+bool isSamePart(const QString& part, const QString& other) {
+    return part.compare(other, Qt::CaseInsensitive) == 0;
+}
+
+bool startsWith(const QStringList& parts, const QStringList& start) {
+    return parts.size() >= start.size() &&
+           std::equal(start.begin(), start.end(), parts.begin(), isSamePart);
+}
+
+} // namespace
+
+PBAliasManager::PBAliasManager(Environment environment) : _environment(std::move(environment)) {}
+
+QString
+PBAliasManager::pathWithAliasObject(const PBAliasObject& aliasObject, const QString& relativePath) {
+    const QString path = aliasObject.path();
+    if (path.isEmpty() || relativePath.isEmpty()) return path;
+    return path.endsWith(u'/') ? path + relativePath : path + u'/' + relativePath;
+}
+
+PBAliasArraySnapshot PBAliasManager::aliasArray() const {
+    const std::lock_guard lock(_mutex);
+    return _aliasArray;
+}
+
+void PBAliasManager::setAliasArray(PBAliasArray aliasArray) {
+    PBAliasArraySnapshot snapshot(std::move(aliasArray));
+    const std::lock_guard lock(_mutex);
+    std::swap(_aliasArray, snapshot);
+}
+
+void PBAliasManager::loadAlias() {
+    PBAliasArray roots;
+    FMResultSet rows =
+        _environment.mainFileDb.executeQuery(QStringLiteral("select * from FolderAlias"));
+    while (rows.next()) {
+        roots.push_back(PBAliasObject::aliasObjectWithId(
+            rows.longLongIntForColumn(QStringLiteral("Id")),
+            rows.dataForColumn(QStringLiteral("Data")), QUrl(),
+            rows.stringForColumn(QStringLiteral("ReservePath")),
+            rows.unsignedLongLongIntForColumn(QStringLiteral("State")),
+            rows.unsignedLongLongIntForColumn(QStringLiteral("Type"))));
+    }
+    setAliasArray(std::move(roots));
+    resolveAllAliasWithMount(false, false, true);
+}
+
+void PBAliasManager::addAliasObject(std::shared_ptr<PBAliasObject> aliasObject) {
+    PBAliasArray roots = aliasArray().copy();
+    roots.push_back(std::move(aliasObject));
+    setAliasArray(std::move(roots));
+}
+
+bool PBAliasManager::resolveAlias(
+    PBAliasObject& aliasObject, bool mount, bool includeMounted, bool updateReserve,
+    QString* error) {
+    return aliasObject.resolveWithMount(
+        mount, includeMounted, updateReserve, _environment.services, error);
+}
+
+PBAliasArray PBAliasManager::volumDidMount(const QString&) {
+    PBAliasArray changed;
+    for (const auto& root : aliasArray()) {
+        if (root->isMounted()) continue;
+        if (resolveAlias(*root, false, false, true)) changed.push_back(root);
+    }
+    return changed;
+}
+
+PBAliasArray PBAliasManager::volumDidUnmount(const QString&) {
+    PBAliasArray changed;
+    for (const auto& root : aliasArray()) {
+        if (!root->isMounted()) continue;
+        // The reserve path keeps the last good place.
+        if (resolveAlias(*root, false, true, false)) changed.push_back(root);
+    }
+    return changed;
+}
+
+bool PBAliasManager::removeIfMissing(const PBAliasObject& aliasObject) {
+    if (aliasObject.isMounted() || aliasObject.type() != PBAliasObject::Local) return false;
+    if (!aliasObject.isMissing()) return false;
+    removeAlias(aliasObject.aliasId(), _environment.mainFileDb);
+    return true;
+}
+
+void PBAliasManager::storeIfRemoved(PBAliasArray& aliasArray, bool removed) {
+    if (removeZombieAlias(aliasArray) || removed) setAliasArray(std::move(aliasArray));
+}
+
+bool PBAliasManager::resolveAllAliasWithMount(bool mount, bool includeMounted, bool updateReserve) {
+    PBAliasArray roots = aliasArray().copy();
+    bool changed = false;
+    const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+        if (resolveAlias(*root, mount, includeMounted, updateReserve)) changed = true;
+        return removeIfMissing(*root);
+    });
+    storeIfRemoved(roots, removed > 0);
+    return changed;
+}
+
+PBAliasArray PBAliasManager::aliasPathChanged(const QString& path) {
+    PBAliasArray roots = aliasArray().copy();
+    PBAliasArray changed;
+    const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+        if (!root->isMounted() || root->path().compare(path, Qt::CaseInsensitive) != 0)
+            return false;
+        if (!resolveAlias(*root, false, true, true)) return false;
+        changed.push_back(root);
+        return removeIfMissing(*root);
+    });
+    storeIfRemoved(roots, removed > 0);
+    return changed;
+}
+
+PBAliasArray PBAliasManager::aliasDidAnswer(
+    const PBAliasObject& aliasObject, const platform::Resolution& resolution) {
+    PBAliasArray roots = aliasArray().copy();
+    PBAliasArray changed;
+    const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+        if (root.get() != &aliasObject) return false;
+        if (root->takeResolution(resolution, true, _environment.services)) changed.push_back(root);
+        if (!removeIfMissing(*root)) return false;
+        if (changed.empty()) changed.push_back(root);
+        return true;
+    });
+    storeIfRemoved(roots, removed > 0);
+    return changed;
+}
+
+std::shared_ptr<PBAliasObject> PBAliasManager::findAliasObjectByPath(const QString& path) const {
+    const PBAliasArraySnapshot roots = aliasArray();
+    const auto found = std::ranges::find_if(roots, [&](const auto& root) {
+        const QString place = root->path();
+        return !place.isEmpty() && place.compare(path, Qt::CaseInsensitive) == 0;
+    });
+    return found == roots.end() ? nullptr : *found;
+}
+
+std::shared_ptr<PBAliasObject> PBAliasManager::findAliasObjectById(std::int64_t aliasId) const {
+    const PBAliasArraySnapshot roots = aliasArray();
+    const auto found =
+        std::ranges::find_if(roots, [&](const auto& root) { return root->aliasId() == aliasId; });
+    return found == roots.end() ? nullptr : *found;
+}
+
+QString PBAliasManager::mountedPathOfAliasId(qint64 aliasId) const {
+    const auto root = findAliasObjectById(aliasId);
+    return root ? root->path() : QString();
+}
+
+std::shared_ptr<PBAliasObject> PBAliasManager::appropriateAliasObjectForPath(
+    const QString& path, QString* relativePath, bool ignoreTrash) const {
+    const QStringList parts = pathComponents(path);
+    std::shared_ptr<PBAliasObject> best;
+    qsizetype depth = 0;
+    for (const auto& root : aliasArray()) {
+        if (ignoreTrash && root->isZombie()) continue;
+        const QStringList rootParts = pathComponents(root->path());
+        if (rootParts.size() <= depth || !startsWith(parts, rootParts)) continue;
+        best = root;
+        depth = rootParts.size();
+    }
+    if (best && relativePath) *relativePath = pathWithComponents(parts.mid(depth));
+    return best;
+}
+
+PBAliasArray PBAliasManager::findSubAliasByAliasObject(
+    const PBAliasObject& aliasObject, const QString& relativePath) const {
+    PBAliasArray found;
+    const QString folder = pathWithAliasObject(aliasObject, relativePath);
+    if (folder.isEmpty()) return found;
+    for (const auto& root : aliasArray()) {
+        const QString path = root->path();
+        if (!path.isEmpty() && PBUtilities::isParentOfPath(folder, path)) found.push_back(root);
+    }
+    return found;
+}
+
+QStringList PBAliasManager::getMonitorPathArray() const {
+    QStringList paths;
+    for (const auto& root : aliasArray()) {
+        const QString path = root->path();
+        const bool isKnown = std::ranges::any_of(paths, [&](const QString& known) {
+            return PBUtilities::comparePath(known, path) == 0;
+        });
+        if (!path.isEmpty() && !isKnown) paths.append(path);
+    }
+    return paths;
+}
+
+QList<QUrl> PBAliasManager::getShouldStartAccessURLArray() const {
+    QStringList cover;
+    for (const auto& root : aliasArray()) {
+        const QString path = root->path();
+        if (path.isEmpty()) continue;
+        const bool isCovered = std::ranges::any_of(cover, [&](const QString& folder) {
+            return PBUtilities::comparePath(folder, path) >= 0;
+        });
+        if (isCovered) continue;
+        cover.removeIf(
+            [&](const QString& folder) { return PBUtilities::comparePath(folder, path) == -1; });
+        cover.append(path);
+    }
+    QList<QUrl> urls;
+    for (const QString& folder : cover)
+        urls.append(QUrl::fromLocalFile(folder));
+    return urls;
+}

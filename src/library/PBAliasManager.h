@@ -1,0 +1,120 @@
+#pragma once
+
+#include "catalogue/PBCatalogue.h"
+#include "library/PBAliasObject.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+class FMDatabase;
+
+using PBAliasArray = std::vector<std::shared_ptr<PBAliasObject>>;
+
+/// The folder roots at one moment. The array is replaced as a whole, so that a background reader
+/// always holds one that stays as it is. Loop over the snapshot itself: `for (root : aliasArray())`
+/// keeps it for the loop.
+class PBAliasArraySnapshot {
+public:
+    PBAliasArraySnapshot() : _array(std::make_shared<const PBAliasArray>()) {}
+    explicit PBAliasArraySnapshot(PBAliasArray array)
+        : _array(std::make_shared<const PBAliasArray>(std::move(array))) {}
+
+    [[nodiscard]] PBAliasArray::const_iterator begin() const { return _array->begin(); }
+    [[nodiscard]] PBAliasArray::const_iterator end() const { return _array->end(); }
+    [[nodiscard]] std::size_t size() const { return _array->size(); }
+    [[nodiscard]] std::shared_ptr<PBAliasObject> operator[](std::size_t index) const {
+        return (*_array)[index];
+    }
+    [[nodiscard]] PBAliasArray copy() const { return *_array; }
+
+private:
+    std::shared_ptr<const PBAliasArray> _array;
+};
+
+/// All folder roots, in step with the rows of `FolderAlias`, in the catalogue's order with new
+/// roots at the end. Roots are changed on the main thread; what answers paths may be called from
+/// any.
+class PBAliasManager final : public FolderRootPaths {
+public:
+    struct Environment {
+        FMDatabase& mainFileDb;
+        PBAliasServices& services;
+        /// Has the thumbnails of these files removed, in the background.
+        std::function<void(std::vector<std::int64_t> fileIds)> removeThumbnails;
+    };
+
+    explicit PBAliasManager(Environment environment);
+
+    /// The root's path with the relative path, if any, appended; empty for an unmounted root.
+    [[nodiscard]] static QString
+    pathWithAliasObject(const PBAliasObject& aliasObject, const QString& relativePath);
+
+    /// Reads all roots and resolves them without mounting. Local folders that are gone are removed
+    /// with all that the catalogue knows of them.
+    void loadAlias();
+    void addAliasObject(std::shared_ptr<PBAliasObject> aliasObject);
+    [[nodiscard]] PBAliasArraySnapshot aliasArray() const;
+
+    /// A volume came or went; the path is not used. Answer the roots that changed.
+    PBAliasArray volumDidMount(const QString& devicePath);
+    PBAliasArray volumDidUnmount(const QString& devicePath);
+    /// The disk reported a change of the root folder itself. Answers the roots that changed.
+    PBAliasArray aliasPathChanged(const QString& path);
+    /// An answer about a root came later than anyone could wait. Answers the roots that changed.
+    PBAliasArray
+    aliasDidAnswer(const PBAliasObject& aliasObject, const platform::Resolution& resolution);
+    /// Answers whether any root changed.
+    bool resolveAllAliasWithMount(bool mount, bool includeMounted, bool updateReserve);
+    /// Resolves one root as `PBAliasObject` does.
+    bool resolveAlias(
+        PBAliasObject& aliasObject, bool mount, bool includeMounted, bool updateReserve,
+        QString* error = nullptr);
+
+    /// The first root whose path is this one, without regard to case; zombies too.
+    [[nodiscard]] std::shared_ptr<PBAliasObject> findAliasObjectByPath(const QString& path) const;
+    [[nodiscard]] std::shared_ptr<PBAliasObject> findAliasObjectById(std::int64_t aliasId) const;
+    [[nodiscard]] QString mountedPathOfAliasId(qint64 aliasId) const override;
+
+    /// The deepest mounted root at or above the path, with what lies between them in `relativePath`
+    /// (which is left alone if there is none). `ignoreTrash` leaves zombies out.
+    [[nodiscard]] std::shared_ptr<PBAliasObject> appropriateAliasObjectForPath(
+        const QString& path, QString* relativePath, bool ignoreTrash) const;
+    /// The mounted roots strictly below the folder of the root.
+    [[nodiscard]] PBAliasArray
+    findSubAliasByAliasObject(const PBAliasObject& aliasObject, const QString& relativePath) const;
+
+    /// The paths of all mounted roots, each once.
+    [[nodiscard]] QStringList getMonitorPathArray() const;
+    /// The fewest folders that hold all mounted roots.
+    [[nodiscard]] QList<QUrl> getShouldStartAccessURLArray() const;
+
+    /// Sets or clears the state in the catalogue and, if that succeeded, in the object.
+    bool updateState(PBAliasObject& aliasObject, std::uint64_t state);
+    /// Moves to a new root, before it is added, the folder rows that other roots have for folders
+    /// in it: what is catalogued stays so.
+    void updateFolderByAliasObject(const PBAliasObject& aliasObject);
+    /// Removes mounted zombies that lie in no other mounted root. Answers whether there were any.
+    bool removeZombieAlias();
+    bool removeZombieAlias(PBAliasArray& aliasArray);
+    /// Removes a root and all rows that belong to it, and has its thumbnails removed.
+    void removeAlias(std::int64_t aliasId, FMDatabase& db);
+
+private:
+    void setAliasArray(PBAliasArray aliasArray);
+    /// Removes zombies that are free to go, and stores the array if anything was removed.
+    void storeIfRemoved(PBAliasArray& aliasArray, bool removed);
+    bool removeIfMissing(const PBAliasObject& aliasObject);
+    void takeOverRows(const PBAliasObject& from, const PBAliasObject& to);
+
+    const Environment _environment;
+    mutable std::mutex _mutex; // guards _aliasArray
+    PBAliasArraySnapshot _aliasArray;
+};

@@ -1,0 +1,93 @@
+#include "library/PBAliasObject.h"
+
+#include "core/Paths.h"
+
+#include <QFileInfo>
+
+#include <utility>
+
+std::shared_ptr<PBAliasObject> PBAliasObject::aliasObjectWithId(
+    std::int64_t aliasId, const QByteArray& data, const QUrl& url, const QString& reservePath,
+    std::uint64_t state, std::uint64_t type) {
+    // Not make_shared: the constructor is private.
+    return std::shared_ptr<PBAliasObject>(
+        new PBAliasObject(aliasId, data, url.toLocalFile(), reservePath, state, type));
+}
+
+PBAliasObject::PBAliasObject(
+    std::int64_t aliasId, QByteArray data, QString path, QString reservePath, std::uint64_t state,
+    std::uint64_t type)
+    : _aliasId(aliasId), _aliasData(std::move(data)), _type(type), _path(std::move(path)),
+      _reservePath(std::move(reservePath)), _state(state) {}
+
+QUrl PBAliasObject::aliasURL() const {
+    const QString place = path();
+    return place.isEmpty() ? QUrl() : QUrl::fromLocalFile(place);
+}
+
+QString PBAliasObject::path() const {
+    const std::lock_guard lock(_mutex);
+    return _path;
+}
+
+QString PBAliasObject::reservePath() const {
+    const std::lock_guard lock(_mutex);
+    return _reservePath;
+}
+
+std::uint64_t PBAliasObject::state() const {
+    const std::lock_guard lock(_mutex);
+    return _state;
+}
+
+void PBAliasObject::setState(std::uint64_t state) {
+    const std::lock_guard lock(_mutex);
+    _state = state;
+}
+
+bool PBAliasObject::isMissing() const {
+    const std::lock_guard lock(_mutex);
+    return _isMissing;
+}
+
+QString PBAliasObject::displayName() const {
+    const QString place = path();
+    return PBUtilities::displayNameOfPath(place.isEmpty() ? reservePath() : place);
+}
+
+bool PBAliasObject::updateReservePath(PBAliasServices& services) {
+    QString place = path();
+    if (place.isEmpty()) return false;
+    const QString reserve = reservePath();
+    if (!reserve.isEmpty() && reserve.compare(place, Qt::CaseInsensitive) == 0) return false;
+    services.storeReservePath(_aliasId, place);
+    const std::lock_guard lock(_mutex);
+    _reservePath.swap(place);
+    return true;
+}
+
+bool PBAliasObject::resolveWithMount(
+    bool mount, bool includeMounted, bool updateReserve, PBAliasServices& services,
+    QString* error) {
+    if (error) error->clear();
+    if (!includeMounted && isMounted()) return false;
+    return takeResolution(services.resolveAlias(*this, mount, error), updateReserve, services);
+}
+
+bool PBAliasObject::takeResolution(
+    const platform::Resolution& resolution, bool updateReserve, PBAliasServices& services) {
+    using Outcome = platform::Resolution::Outcome;
+    const QString root = QStringLiteral("/");
+    // What is left of a vanished volume may look like the root of the file system.
+    const bool isStray = resolution.path == root && reservePath() != root;
+    QString place = resolution.outcome == Outcome::Found && !isStray ? resolution.path : QString();
+    bool changed = false;
+    {
+        const std::lock_guard lock(_mutex);
+        _isMissing = resolution.outcome == Outcome::Missing;
+        changed = PBUtilities::comparePath(_path, place) != 0;
+        if (changed) _path.swap(place);
+    }
+    if (changed && updateReserve) updateReservePath(services);
+    return changed;
+}

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "platform/BookmarkResolver.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+class PBAliasObject;
+
+/// What a folder root needs from outside.
+class PBAliasServices {
+public:
+    virtual ~PBAliasServices() = default;
+    /// Where the root's folder is now. With `mount`, its volume may be mounted for it; then
+    /// `error`, if given, receives a sentence when that is known to be impossible. Bounded in time.
+    [[nodiscard]] virtual platform::Resolution
+    resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) = 0;
+    /// Writes the reserve path to the catalogue.
+    virtual bool storeReservePath(std::int64_t aliasId, const QString& reservePath) = 0;
+};
+
+/// A folder root: a folder that the user added to the sidebar, kept as a bookmark that survives
+/// renames, moves and absent volumes.
+///
+/// Everything that changes is changed on the main thread; the accessors may be called from any.
+class PBAliasObject {
+public:
+    enum Type : std::uint64_t { Local = 0, Network = 1, Removable = 2 };
+    /// Bit of `state`: the user removed the root from the sidebar. Such a root is called a zombie.
+    static constexpr std::uint64_t zombieState = 1;
+
+    /// `url` is empty for a root that is not (yet) resolved.
+    [[nodiscard]] static std::shared_ptr<PBAliasObject> aliasObjectWithId(
+        std::int64_t aliasId, const QByteArray& data, const QUrl& url, const QString& reservePath,
+        std::uint64_t state, std::uint64_t type);
+
+    [[nodiscard]] std::int64_t aliasId() const { return _aliasId; }
+    [[nodiscard]] const QByteArray& aliasData() const { return _aliasData; }
+    [[nodiscard]] std::uint64_t type() const { return _type; }
+
+    /// The folder's present place; empty while the root is unmounted.
+    [[nodiscard]] QUrl aliasURL() const;
+    [[nodiscard]] QString path() const;
+    [[nodiscard]] bool isMounted() const { return !path().isEmpty(); }
+    /// Where the root was last seen.
+    [[nodiscard]] QString reservePath() const;
+    [[nodiscard]] std::uint64_t state() const;
+    void setState(std::uint64_t state);
+    [[nodiscard]] bool isZombie() const { return (state() & zombieState) != 0; }
+
+    /// Name of the folder, from its place or its reserve path; empty if neither is known.
+    [[nodiscard]] QString displayName() const;
+
+    /// Takes the present place of a mounted root that exists as its reserve path, in the catalogue
+    /// too. False if it is that already, but for case.
+    bool updateReservePath(PBAliasServices& services);
+
+    /// Looks for the folder; answers whether its place changed (to another, from or to none). A
+    /// root that is mounted is looked at only with `includeMounted`.
+    bool resolveWithMount(
+        bool mount, bool includeMounted, bool updateReserve, PBAliasServices& services,
+        QString* error = nullptr);
+    /// Takes over an answer that came later than `resolveWithMount` could wait.
+    bool takeResolution(
+        const platform::Resolution& resolution, bool updateReserve, PBAliasServices& services);
+
+    /// The last look found that the folder is gone although its volume is there. Only then may an
+    /// unmounted root be taken for deleted.
+    [[nodiscard]] bool isMissing() const;
+
+private:
+    PBAliasObject(
+        std::int64_t aliasId, QByteArray data, QString path, QString reservePath,
+        std::uint64_t state, std::uint64_t type);
+
+    const std::int64_t _aliasId;
+    const QByteArray _aliasData;
+    const std::uint64_t _type;
+
+    mutable std::mutex _mutex; // guards all below
+    QString _path;             // the local path of `aliasURL`
+    QString _reservePath;
+    std::uint64_t _state;
+    bool _isMissing = false;
+};

@@ -1,0 +1,111 @@
+#include "library/PBAliasResolver.h"
+
+#include "core/Paths.h"
+#include "platform/LocalizedTexts.h"
+
+#include <utility>
+
+using platform::Bookmark;
+using platform::Resolution;
+using Outcome = platform::Resolution::Outcome;
+
+namespace {
+
+/// A search may take its whole time; the rest is for the threads.
+constexpr std::chrono::milliseconds resolveLimit =
+    platform::BookmarkResolver::timeLimit + std::chrono::milliseconds(50);
+/// The user has just chosen the folder and waits for it.
+constexpr std::chrono::milliseconds newAliasLimit{3000};
+
+} // namespace
+
+namespace PBUtilities {
+
+std::uint64_t aliasTypeOfVolume(const platform::VolumeProperties& properties) {
+    if (!properties.isLocal) return PBAliasObject::Network;
+    if (properties.isEjectable || properties.isRemovable) return PBAliasObject::Removable;
+    return properties.isInternal ? PBAliasObject::Local : PBAliasObject::Removable;
+}
+
+} // namespace PBUtilities
+
+PBAliasResolver::PBAliasResolver(
+    platform::BoundedCalls& calls, platform::VolumeMounter* mounter,
+    platform::VolumeSources sources)
+    : _calls(calls), _mounter(mounter),
+      _resolver(std::make_shared<const platform::BookmarkResolver>(sources)),
+      _commonFolders(platform::BookmarkResolver::commonFolders(sources)),
+      _self(std::make_shared<PBAliasResolver*>(this)) {}
+
+QString PBAliasResolver::lane(const PBAliasObject& aliasObject) {
+    const auto bookmark = Bookmark::fromData(aliasObject.aliasData());
+    if (!bookmark) return aliasObject.reservePath();
+    return QString::fromUtf8(bookmark->fileSystem.type + ' ' + bookmark->fileSystem.source);
+}
+
+Resolution PBAliasResolver::resolve(
+    const PBAliasObject& aliasObject, bool mount, const QStringList& otherRoots, QString* error) {
+    const auto work = [resolver = _resolver, data = aliasObject.aliasData(),
+                       places = platform::SearchPlaces{
+                           aliasObject.reservePath(), otherRoots, _commonFolders}]() -> Resolution {
+        if (const auto bookmark = Bookmark::fromData(data)) {
+            return resolver->resolve(*bookmark, places);
+        }
+        // Damaged bytes: all that is known is where the folder was seen.
+        if (PBUtilities::isFolder(places.lastSeenPath)) {
+            return {Outcome::Found, places.lastSeenPath};
+        }
+        return {};
+    };
+    const std::weak_ptr<PBAliasResolver*> self = _self;
+    const std::int64_t aliasId = aliasObject.aliasId();
+    const auto late = [self, aliasId](const Resolution& resolution) {
+        const auto alive = self.lock();
+        if (alive && (*alive)->_lateAnswer) (*alive)->_lateAnswer(aliasId, resolution);
+    };
+    const Resolution resolution =
+        _calls
+            .call<Resolution>(
+                lane(aliasObject), QStringLiteral("resolve %1").arg(aliasId), resolveLimit, work,
+                late)
+            .value_or(Resolution());
+    if (mount && resolution.outcome == Outcome::VolumeAbsent) mountVolume(aliasObject, error);
+    return resolution;
+}
+
+void PBAliasResolver::mountVolume(const PBAliasObject& aliasObject, QString* error) {
+    const auto bookmark = Bookmark::fromData(aliasObject.aliasData());
+    const bool canTry = _mounter && bookmark && _mounter->canMount(bookmark->fileSystem);
+    if (!canTry) {
+        if (error) *error = platform::localizedString(u"VolumeNotConnected");
+        return;
+    }
+    const std::weak_ptr<PBAliasResolver*> self = _self;
+    const std::int64_t aliasId = aliasObject.aliasId();
+    // Success is told by the mount table.
+    _mounter->mount(bookmark->fileSystem, [self, aliasId](const QString& problem) {
+        const auto alive = self.lock();
+        if (!alive || problem.isEmpty() || !(*alive)->_mountFailure) return;
+        (*alive)->_mountFailure(aliasId, problem);
+    });
+}
+
+bool PBAliasResolver::isFolder(const QString& path) {
+    return _calls
+        .call<bool>(
+            QStringLiteral("look ") + path, path, resolveLimit,
+            [path] { return PBUtilities::isFolder(path); }, {})
+        .value_or(false);
+}
+
+std::optional<PBAliasResolver::NewAlias> PBAliasResolver::newAlias(const QString& path) {
+    using Answer = std::optional<NewAlias>;
+    const auto work = [resolver = _resolver, path]() -> Answer {
+        const auto bookmark = Bookmark::bookmarkOfFolder(path, resolver->volumes());
+        if (!bookmark) return std::nullopt;
+        const auto properties = resolver->volumes().propertiesOfPath(path);
+        return NewAlias{bookmark->data(), PBUtilities::aliasTypeOfVolume(properties)};
+    };
+    return _calls.call<Answer>(QStringLiteral("new ") + path, path, newAliasLimit, work, {})
+        .value_or(std::nullopt);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+namespace platform {
+class BoundedCalls;
+}
+
+/// Lists folders for the sidebar.
+class PBFolderLister {
+public:
+    using LateAnswer = std::function<void(const QStringList& names)>;
+
+    virtual ~PBFolderLister() = default;
+
+    /// The names of the folders in the folder, hidden ones and packages left out, in the order in
+    /// which they are shown. Nothing if the disk takes long; `late` then brings them, on the main
+    /// thread. A folder that can't be read has none.
+    [[nodiscard]] virtual std::optional<QStringList>
+    list(const QString& lane, const QString& folder, LateAnswer late) = 0;
+};
+
+/// Lists off the main thread and waits only for as long as nobody notices. `lane` names the volume.
+class PBBoundedFolderLister final : public PBFolderLister {
+public:
+    static constexpr std::chrono::milliseconds timeLimit{60};
+
+    /// The calls outlive this object.
+    explicit PBBoundedFolderLister(
+        platform::BoundedCalls& calls, std::chrono::milliseconds limit = timeLimit)
+        : _calls(calls), _limit(limit) {}
+
+    [[nodiscard]] std::optional<QStringList>
+    list(const QString& lane, const QString& folder, LateAnswer late) override;
+
+private:
+    platform::BoundedCalls& _calls;
+    const std::chrono::milliseconds _limit;
+};
+
+/// The work itself, on the calling thread: names in the order of the user's language, numbers by
+/// their value.
+[[nodiscard]] QStringList subfolderNames(const QString& folder);

@@ -1,0 +1,25 @@
+#include "library/PBPathHistory.h"
+
+#include <utility>
+
+void PBPathHistory::pushAliasObject(
+    std::shared_ptr<PBAliasObject> aliasObject, const QString& relativePath) {
+    _pathArray.resize(static_cast<std::size_t>(_position + 1));
+    _pathArray.push_back({std::move(aliasObject), relativePath});
+    ++_position;
+}
+
+std::shared_ptr<PBAliasObject> PBPathHistory::back(QString* relativePath) {
+    return canBack() ? stepTo(_position - 1, relativePath) : nullptr;
+}
+
+std::shared_ptr<PBAliasObject> PBPathHistory::forward(QString* relativePath) {
+    return canForward() ? stepTo(_position + 1, relativePath) : nullptr;
+}
+
+std::shared_ptr<PBAliasObject> PBPathHistory::stepTo(std::int64_t position, QString* relativePath) {
+    _position = position;
+    const Entry& entry = _pathArray[static_cast<std::size_t>(position)];
+    if (relativePath) *relativePath = entry.relativePath;
+    return entry.aliasObject;
+}

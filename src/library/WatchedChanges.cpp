@@ -1,0 +1,99 @@
+#include "library/WatchedChanges.h"
+
+#include "core/FileTypes.h"
+#include "core/Paths.h"
+#include "platform/EventStream.h"
+
+#include <algorithm>
+
+using namespace platform;
+
+namespace {
+
+constexpr std::uint32_t comingOrGoing = EventItemCreated | EventItemRemoved | EventItemRenamed;
+
+QString parentOf(const QString& path) {
+    const qsizetype separator = path.lastIndexOf(u'/');
+    return separator > 0 ? path.left(separator) : QStringLiteral("/");
+}
+
+class Walk {
+public:
+    Walk(const QString& selectedPath, const WatchedChangesQuestions& questions)
+        : _selectedPath(selectedPath), _questions(questions) {}
+
+    void take(const SCEvent& event) {
+        const std::uint32_t flags = event.eventFlags();
+        if ((flags & EventRootChanged) != 0) {
+            askRoots(event.eventPath());
+        } else if ((flags & EventItemIsDir) != 0) {
+            takeFolder(event.eventPath(), flags);
+        } else if ((flags & EventItemIsFile) != 0) {
+            takeFile(event.eventPath(), flags);
+        }
+    }
+    [[nodiscard]] WatchedChanges changes() { return std::move(_changes); }
+
+private:
+    [[nodiscard]] int comparison(const QString& path) const {
+        return _selectedPath.isEmpty() ? -2 : PBUtilities::comparePath(_selectedPath, path);
+    }
+    [[nodiscard]] bool isCovered(const QString& path) const { return comparison(path) >= 0; }
+
+    void askRoots(const QString& path) {
+        if (!_questions.aliasPathChanged(path)) return;
+        _changes.rootsChanged = true;
+        _changes.sidebarChanged = true;
+    }
+
+    void takeFolder(const QString& path, std::uint32_t flags) {
+        if ((flags & comingOrGoing) == 0) return;
+        const bool mustScan = (flags & EventMustScanSubDirs) != 0;
+        askRoots(path);
+        if (_questions.refreshChilden(parentOf(path), mustScan)) _changes.sidebarChanged = true;
+        const int place = comparison(path);
+        const bool concerned = place >= 0 || (mustScan && place == -1);
+        if (!concerned) return;
+        _changes.checkExist =
+            _changes.checkExist || (flags & (EventItemRemoved | EventItemRenamed)) != 0;
+        if ((flags & EventItemRenamed) == 0) return;
+        // Where events were lost above the selected folder, its own files may be among them.
+        rescan(place >= 0 ? path : _selectedPath, true);
+    }
+
+    void takeFile(const QString& path, std::uint32_t flags) {
+        const QString type = PBUtilities::extentionToUTI(PBUtilities::pathExtension(path));
+        if (!_questions.isImageType(type)) return;
+        if ((flags & (EventItemRemoved | EventItemRenamed)) != 0 && isCovered(path))
+            _changes.checkExist = true;
+        const QString parent = parentOf(path);
+        if ((flags & (EventItemCreated | EventItemRenamed)) != 0 && isCovered(parent))
+            rescan(parent, false);
+    }
+
+    void rescan(const QString& path, bool recursive) {
+        const auto listed = std::ranges::find_if(_changes.rescans, [&](const FolderRescan& one) {
+            return one.path.compare(path, Qt::CaseInsensitive) == 0;
+        });
+        if (listed == _changes.rescans.end()) {
+            _changes.rescans.push_back({path, recursive});
+        } else if (recursive) {
+            listed->recursive = true;
+        }
+    }
+
+    const QString& _selectedPath;
+    const WatchedChangesQuestions& _questions;
+    WatchedChanges _changes;
+};
+
+} // namespace
+
+WatchedChanges watchedChangesOfEvents(
+    std::span<const SCEvent> events, const QString& selectedPath,
+    const WatchedChangesQuestions& questions) {
+    Walk walk(selectedPath, questions);
+    for (const SCEvent& event : events)
+        walk.take(event);
+    return walk.changes();
+}
