@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/PBValue.h"
+
+#include <QCollatorSortKey>
+
+#include <array>
+#include <memory>
+#include <optional>
+
+namespace group {
+
+/// An address in the form in which place groups are compared: as `compareAddressDictionary` orders
+/// the dictionaries, without putting their texts together each time. Immutable; any thread.
+class AddressOrder {
+public:
+    explicit AddressOrder(const PBValue& address);
+
+    /// -1, 0 or 1; 0 for the same place.
+    [[nodiscard]] int compare(const AddressOrder& other) const;
+
+    /// The order of an address, out of a memory of those that this thread met lately.
+    [[nodiscard]] static std::shared_ptr<const AddressOrder> recent(const PBValue& address);
+
+private:
+    /// Nothing for an address without that text.
+    using Key = std::optional<QCollatorSortKey>;
+
+    static int compareKeys(const Key& key, const Key& other);
+
+    Key _longText;
+    std::array<Key, 5> _parts; // from the country down to the name
+};
+
+} // namespace group

@@ -1,0 +1,71 @@
+#include "group/GroupOrderKey.h"
+
+#include "core/LocalizedCompare.h"
+#include "group/CalendarMonth.h"
+#include "group/GroupTypes.h"
+
+#include <cmath>
+
+namespace group {
+
+namespace {
+
+/// Not a number stands behind all numbers, equal to itself.
+int compareNumbers(double number, double other) {
+    if (number < other) return -1;
+    if (number > other) return 1;
+    return int(std::isnan(number)) - int(std::isnan(other));
+}
+
+bool isNumericType(int type) {
+    return (type >= FileSizeBucket && type <= Resolution) || type == Flag || type == StarRating ||
+           (type > 19 && type < FirstIPTC);
+}
+
+} // namespace
+
+GroupOrderKey::GroupOrderKey(int type, const PBValue& value) : _key(makeKey(type, value)) {}
+
+/// Some numeric columns hold their numbers as texts, the speeds of films among them.
+GroupOrderKey::Key GroupOrderKey::numberKey(const PBValue& value) {
+    if (value.isNumber()) return value.toDouble();
+    const QString text = value.toText();
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    if (isNumber) return number;
+    return text;
+}
+
+GroupOrderKey::Key GroupOrderKey::makeKey(int type, const PBValue& value) {
+    if (value.isAbsent()) return Absent{};
+    if (value.isNull()) return Null{};
+    if (type <= AllImages || type >= groupTypeCount) return Same{};
+    if (type <= CaptureMonth) {
+        const auto* date = value.getIf<PBDate>();
+        if (!date) return value.toText();
+        const CalendarMonth month = calendarMonthOf(*date);
+        const bool byYear = type == ModificationYear || type == CaptureYear;
+        return byYear ? double(month.year) : month.year * 12.0 + month.month;
+    }
+    if (type == Folder) return PBUtilities::recentSortKey(value.toText());
+    if (type == Place && value.isDictionary()) return AddressOrder::recent(value);
+    if (isNumericType(type)) return numberKey(value);
+    return value.toText();
+}
+
+int GroupOrderKey::compare(const GroupOrderKey& other) const {
+    if (_key.index() != other._key.index()) return _key.index() < other._key.index() ? -1 : 1;
+    if (const auto* number = std::get_if<double>(&_key))
+        return compareNumbers(*number, *std::get_if<double>(&other._key));
+    if (const auto* text = std::get_if<QString>(&_key)) {
+        const int order = text->compare(*std::get_if<QString>(&other._key), Qt::CaseInsensitive);
+        return order < 0 ? -1 : order > 0 ? 1 : 0;
+    }
+    if (const auto* path = std::get_if<QCollatorSortKey>(&_key))
+        return PBUtilities::compareSortKeys(*path, *std::get_if<QCollatorSortKey>(&other._key));
+    if (const auto* address = std::get_if<Address>(&_key))
+        return (*address)->compare(**std::get_if<Address>(&other._key));
+    return 0;
+}
+
+} // namespace group

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "group/AddressOrder.h"
+#include "platform/PBValue.h"
+
+#include <QCollatorSortKey>
+
+#include <memory>
+#include <variant>
+
+namespace group {
+
+/// What the groups of one level are ordered by: made once of a group's type and value, then
+/// compared many times. Two values of a type belong to the same group exactly when their keys
+/// compare as 0. A value that a type should not have, such as a text where a number belongs, still
+/// has its place: behind the proper ones. Immutable; any thread.
+class GroupOrderKey {
+public:
+    GroupOrderKey(int type, const PBValue& value);
+
+    /// -1, 0 or 1, for keys of the same type. The null marker stands behind all values, absent
+    /// behind the null marker. Types without values, and unknown ones, are all equal.
+    [[nodiscard]] int compare(const GroupOrderKey& other) const;
+
+private:
+    /// Values that are all equal.
+    struct Same {};
+    struct Null {};
+    struct Absent {};
+    using Address = std::shared_ptr<const AddressOrder>;
+    /// In the order in which different kinds stand.
+    using Key = std::variant<Same, double, QString, QCollatorSortKey, Address, Null, Absent>;
+
+    static Key makeKey(int type, const PBValue& value);
+    static Key numberKey(const PBValue& value);
+
+    Key _key;
+};
+
+} // namespace group

@@ -1,0 +1,106 @@
+#include "group/GroupPresets.h"
+
+#include "platform/LocalizedTexts.h"
+#include "platform/UserDefaults.h"
+
+#include <QStringList>
+
+#include <algorithm>
+
+namespace group {
+
+namespace {
+
+const QString& settingsKey() {
+    static const QString key = QStringLiteral("FavoriteGroupArrayArray");
+    return key;
+}
+
+using Type = GroupPresets::Action::Type;
+
+GroupPresets::Entry command(const QString& title, Type type, GroupChain chain = {}) {
+    return {title, {}, GroupPresets::Action{type, std::move(chain)}, {}};
+}
+
+GroupPresets::Entry command(QStringView key, Type type) {
+    return command(platform::localizedString(key), type);
+}
+
+GroupPresets::Entry submenu(QStringView key, std::vector<GroupPresets::Entry> entries) {
+    return {platform::localizedString(key), {}, std::nullopt, std::move(entries), true};
+}
+
+std::vector<GroupPresets::Entry> presetEntries(const std::vector<GroupChain>& chains, Type type) {
+    std::vector<GroupPresets::Entry> entries;
+    for (const GroupChain& chain : chains)
+        entries.push_back(command(titleOfChain(chain), type, chain));
+    return entries;
+}
+
+} // namespace
+
+QString titleOfChain(std::span<const int> chain) {
+    if (chain.empty()) return platform::localizedString(u"All");
+    QStringList descriptions;
+    for (const int type : chain)
+        descriptions.append(descriptionWithGroupType(type));
+    return descriptions.join(QStringLiteral(" > "));
+}
+
+void GroupPresets::seedIfAbsent(bool canUseGeocoder) {
+    if (_settings.hasKey(settingsKey())) return;
+    std::vector<GroupChain> chains{{CaptureYear, Folder}};
+    if (canUseGeocoder) chains.push_back({CaptureYear, Place});
+    for (const GroupChain& chain :
+         {GroupChain{3, 16}, GroupChain{3, 18}, GroupChain{3, 21}, GroupChain{3, 26},
+          GroupChain{16, 18}}) {
+        chains.push_back(chain);
+    }
+    store(chains);
+}
+
+std::vector<GroupChain> GroupPresets::chains() const {
+    return _settings.integerArraysForKey(settingsKey()).value_or(std::vector<GroupChain>());
+}
+
+void GroupPresets::store(const std::vector<GroupChain>& chains) {
+    _settings.setIntegerArrays(chains, settingsKey());
+}
+
+bool GroupPresets::save(const GroupChain& chain) {
+    std::vector<GroupChain> stored = chains();
+    if (std::ranges::find(stored, chain) != stored.end()) return false;
+    stored.push_back(chain);
+    store(stored);
+    return true;
+}
+
+bool GroupPresets::remove(const GroupChain& chain) {
+    std::vector<GroupChain> stored = chains();
+    const auto found = std::ranges::find(stored, chain);
+    if (found == stored.end()) return false;
+    stored.erase(found);
+    store(stored);
+    return true;
+}
+
+void GroupPresets::removeAll() {
+    store({});
+}
+
+std::vector<GroupPresets::Entry> GroupPresets::menu() const {
+    const std::vector<GroupChain> stored = chains();
+    std::vector<Entry> select = presetEntries(stored, Type::Select);
+    if (select.empty())
+        select.push_back({platform::localizedString(u"No Preset"), {}, std::nullopt, {}});
+    std::vector<Entry> removal = presetEntries(stored, Type::Remove);
+    if (!removal.empty()) removal.push_back({});
+    removal.push_back(command(u"Remove All", Type::RemoveAll));
+    return {
+        submenu(u"Presets", std::move(select)),        {}, command(u"Save as Preset", Type::Save),
+        submenu(u"Remove Preset", std::move(removal)), {}, command(u"GroupCopyto", Type::CopyTo),
+        command(u"GroupMoveto", Type::MoveTo),
+    };
+}
+
+} // namespace group

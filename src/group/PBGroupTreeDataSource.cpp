@@ -1,0 +1,147 @@
+#include "group/PBGroupTreeDataSource.h"
+
+#include "platform/MainLoop.h"
+
+#include <QScopedValueRollback>
+
+#include <chrono>
+#include <utility>
+
+using group::GroupPublication;
+using platform::MainLoop;
+
+namespace {
+
+constexpr std::string_view delayedName = "delayGroupItemArrayDidFinish";
+
+void expandRows(const PBGroupItem& item, group::GroupOutline& outline) {
+    if (!item.isLeafNode() && item.data()->collapsed() == PBGroupItemData::NeverTouched)
+        outline.expandItem(item.data());
+    for (const auto& child : item.children())
+        expandRows(*child, outline);
+}
+
+/// Groups that are not in the next tree have no node then.
+void forgetNodes(const PBGroupItemArray& items) {
+    for (const auto& item : items) {
+        item->data()->forgetGroupItem(item.get());
+        forgetNodes(item->children());
+    }
+}
+
+} // namespace
+
+PBGroupTreeDataSource::PBGroupTreeDataSource()
+    : _self(std::make_shared<PBGroupTreeDataSource*>(this)) {}
+
+PBGroupTreeDataSource::~PBGroupTreeDataSource() {
+    cancelDelayedPublications();
+}
+
+void PBGroupTreeDataSource::setGroupItemArray(PBGroupItemArray groupItemArray) {
+    auto former = std::make_shared<const PBGroupItemArray>(
+        std::exchange(_groupItemArray, std::move(groupItemArray)));
+    forgetNodes(*former);
+    discard(std::move(former));
+}
+
+void PBGroupTreeDataSource::setGroupItemArray_work(std::shared_ptr<PBGroupItemArray> work) {
+    discard(std::exchange(_groupItemArray_work, std::move(work)));
+}
+
+void PBGroupTreeDataSource::discard(std::shared_ptr<const void> trees) {
+    if (!trees) return;
+    _discarded.addOperation([trees = std::move(trees)]() mutable { trees.reset(); });
+}
+
+void PBGroupTreeDataSource::checkGroupItemArray() {
+    for (const auto& item : _groupItemArray)
+        item->updateDataGroupItem();
+}
+
+std::vector<PBGroupItem*> PBGroupTreeDataSource::leafGroupItemArray() const {
+    std::vector<PBGroupItem*> leaves;
+    for (const auto& item : _groupItemArray) {
+        if (item->isLeafNode()) {
+            leaves.push_back(item.get());
+        } else {
+            const auto below = item->leafGroupItemArray();
+            leaves.insert(leaves.end(), below.begin(), below.end());
+        }
+    }
+    return leaves;
+}
+
+void PBGroupTreeDataSource::groupItemArrayDidFinish(
+    const std::shared_ptr<GroupPublication>& publication) {
+    if (!publication->isOf(_groupItemArray_work)) {
+        discard(publication);
+    } else if (_display && _display->isScrollingOrDragging()) {
+        delayGroupItemArrayDidFinish(publication);
+    } else {
+        // A publication that still waits is older than this one.
+        cancelDelayedPublications();
+        swapIn(*publication);
+    }
+}
+
+void PBGroupTreeDataSource::delayGroupItemArrayDidFinish(
+    const std::shared_ptr<GroupPublication>& publication) {
+    MainLoop* loop = MainLoop::instance();
+    if (!loop) return;
+    const auto argument = std::make_shared<PBCancelDelayArg>(publication);
+    loop->cancelPreviousPerformRequestsWithTarget(this, delayedName, *argument);
+    loop->performAfterDelay(
+        this, delayedName, std::chrono::milliseconds(0),
+        [this, publication] { groupItemArrayDidFinish(publication); }, argument);
+}
+
+void PBGroupTreeDataSource::cancelDelayedPublications() {
+    if (MainLoop* loop = MainLoop::instance()) loop->cancelPreviousPerformRequestsWithTarget(this);
+}
+
+group::GroupPublisher PBGroupTreeDataSource::publisher() {
+    return [self = std::weak_ptr(_self)](std::shared_ptr<GroupPublication> publication) {
+        MainLoop* loop = MainLoop::instance();
+        if (!loop) return;
+        loop->post(MainLoop::Mode::Default, [self, publication = std::move(publication)] {
+            if (const auto source = self.lock()) (*source)->groupItemArrayDidFinish(publication);
+        });
+    };
+}
+
+void PBGroupTreeDataSource::swapIn(GroupPublication& publication) {
+    // The views hold nodes of the former tree until they are told of the new one.
+    auto former = std::make_shared<const PBGroupItemArray>(
+        std::exchange(_groupItemArray, std::move(publication.groupItemArray)));
+    forgetNodes(*former);
+    checkGroupItemArray();
+    refreshOutline();
+    if (_display) {
+        _display->updateImageBrowserViewData();
+        _display->updateLargeViewData();
+        _display->updateImageBrowserTipView();
+        if (publication.updateScrollCapture) _display->updateBrowserScrollCapture();
+    }
+    discard(std::move(former));
+}
+
+void PBGroupTreeDataSource::refreshOutline() {
+    if (!_outline) return;
+    std::optional<PBOutlineViewScrollCapture> capture;
+    if (_isOutlineViewScrolled) capture = _outline->captureOutlineViewScroll();
+    const auto selected = _outline->selectedItem();
+    _outline->reloadData();
+    expandItems();
+    if (selected && selected->groupItem()) {
+        const QScopedValueRollback ignoring(_ignoreSelectionChanged, true);
+        _outline->selectItem(selected);
+    }
+    if (capture) _outline->scrollToScrollCapture(*capture);
+}
+
+void PBGroupTreeDataSource::expandItems() {
+    if (!_outline) return;
+    for (const auto& item : _groupItemArray)
+        expandRows(*item, *_outline);
+}

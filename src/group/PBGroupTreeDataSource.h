@@ -1,0 +1,76 @@
+#pragma once
+
+#include "group/GroupPublication.h"
+#include "group/GroupTreeViews.h"
+#include "group/PBGroupItem.h"
+#include "platform/OperationQueue.h"
+
+#include <memory>
+#include <vector>
+
+/// Holds the two trees: the live tree, which the views show, and the identity of the work tree,
+/// which belongs to the scan thread and of which nothing else is looked at here. Takes the copies
+/// that scans publish and puts them in the live tree's place when the user is not in the middle of
+/// something. Main thread only, but for the publisher.
+class PBGroupTreeDataSource {
+public:
+    PBGroupTreeDataSource();
+    ~PBGroupTreeDataSource();
+    PBGroupTreeDataSource(const PBGroupTreeDataSource&) = delete;
+    PBGroupTreeDataSource& operator=(const PBGroupTreeDataSource&) = delete;
+
+    /// The views outlive this object or are taken away by nullptr. Without them trees are swapped
+    /// all the same.
+    void setOutline(group::GroupOutline* outline) { _outline = outline; }
+    void setDisplay(group::GroupTreeDisplay* display) { _display = display; }
+
+    [[nodiscard]] const PBGroupItemArray& groupItemArray() const { return _groupItemArray; }
+    /// The views must not look at nodes of the former tree any more: they go in the background.
+    void setGroupItemArray(PBGroupItemArray groupItemArray);
+    [[nodiscard]] const std::shared_ptr<PBGroupItemArray>& groupItemArray_work() const {
+        return _groupItemArray_work;
+    }
+    void setGroupItemArray_work(std::shared_ptr<PBGroupItemArray> work);
+
+    /// Makes the nodes of the live tree those that their data name.
+    void checkGroupItemArray();
+    /// All leaves of the live tree, in tree order; valid until the tree is replaced.
+    [[nodiscard]] std::vector<PBGroupItem*> leafGroupItemArray() const;
+
+    /// Takes a publication. One of a work tree that is no longer the current one is dropped. While
+    /// the user scrolls or drags, the latest one waits.
+    void groupItemArrayDidFinish(const std::shared_ptr<group::GroupPublication>& publication);
+    /// Drops what waits.
+    void cancelDelayedPublications();
+    /// For other threads: brings a publication to `groupItemArrayDidFinish` in default mode, in
+    /// order. May be called when this object is gone.
+    [[nodiscard]] group::GroupPublisher publisher();
+
+    /// Opens the rows of the live tree that the user never closed.
+    void expandItems();
+
+    /// Selections made by this object itself must not move the browser.
+    [[nodiscard]] bool ignoreSelectionChanged() const { return _ignoreSelectionChanged; }
+    void setIgnoreSelectionChanged(bool ignore) { _ignoreSelectionChanged = ignore; }
+    /// The user has scrolled the outline, so that its position is worth keeping.
+    [[nodiscard]] bool isOutlineViewScrolled() const { return _isOutlineViewScrolled; }
+    void setIsOutlineViewScrolled(bool isScrolled) { _isOutlineViewScrolled = isScrolled; }
+
+private:
+    void delayGroupItemArrayDidFinish(const std::shared_ptr<group::GroupPublication>& publication);
+    void swapIn(group::GroupPublication& publication);
+    void refreshOutline();
+    /// Lets go of something with trees in the background, without a look at it: a million images
+    /// take a while.
+    void discard(std::shared_ptr<const void> trees);
+
+    group::GroupOutline* _outline = nullptr;
+    group::GroupTreeDisplay* _display = nullptr;
+    PBGroupItemArray _groupItemArray;
+    std::shared_ptr<PBGroupItemArray> _groupItemArray_work;
+    bool _ignoreSelectionChanged = false;
+    bool _isOutlineViewScrolled = false;
+    /// Expires with this object; looked at on the main thread only.
+    std::shared_ptr<PBGroupTreeDataSource*> _self;
+    platform::OperationQueue _discarded{QStringLiteral("Discard")};
+};

@@ -1,0 +1,125 @@
+#include "group/ValueTexts.h"
+
+#include "group/CodedFields.h"
+#include "platform/LocalizedTexts.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace group {
+
+namespace {
+
+/// Beyond this, hundredths no longer fit into 64 bits, nor are there any in a double.
+constexpr double maximalRounded = 9.0e16;
+
+/// Two decimals, halves away from zero.
+double rounded(double value) {
+    if (!(std::abs(value) < maximalRounded)) return value;
+    if (value == 0) return value;
+    return std::trunc((value + (value > 0 ? 0.005 : -0.005)) * 100) / 100;
+}
+
+QString general(double value) {
+    return QString::number(value, 'g', 6);
+}
+
+QString exposureTime(double seconds) {
+    // A broken file's exposure of nothing, or of less, has no fraction to be shown as.
+    if (seconds > 0 && seconds < 1)
+        return QStringLiteral("1/%1 s").arg(general(std::round(1 / seconds)));
+    if (seconds < 60 || !std::isfinite(seconds))
+        return general(rounded(seconds)) + QStringLiteral(" s");
+    return general(rounded(seconds / 60)) + QStringLiteral(" m");
+}
+
+QString exposureBias(double value) {
+    const double hundredths = rounded(value);
+    const QString number = general(hundredths) + QStringLiteral("EV");
+    return hundredths < 0 ? number : (hundredths > 0 ? u'+' : u'±') + number;
+}
+
+using Format = QString (*)(double);
+struct NumberField {
+    QStringView key;
+    Format format;
+};
+
+QString plainNumber(double value) {
+    return general(rounded(value));
+}
+QString aperture(double value) {
+    return QStringLiteral("F/") + general(rounded(value));
+}
+QString millimetres(double value) {
+    return general(rounded(value)) + QStringLiteral(" mm");
+}
+QString metres(double value) {
+    return general(rounded(value)) + QStringLiteral(" m");
+}
+
+constexpr std::array numberFields{
+    NumberField{u"FNumber", aperture},
+    NumberField{u"ExposureTime", exposureTime},
+    NumberField{u"ExposureBiasValue", exposureBias},
+    NumberField{u"FocalLength", millimetres},
+    NumberField{u"SubjectDistance", metres},
+    NumberField{u"FocusDistance", metres},
+    NumberField{u"ShutterSpeedValue", plainNumber},
+    NumberField{u"ApertureValue", plainNumber},
+    NumberField{u"BrightnessValue", plainNumber},
+    NumberField{u"MaxApertureValue", plainNumber},
+    NumberField{u"FocalPlaneXResolution", plainNumber},
+    NumberField{u"FocalPlaneYResolution", plainNumber},
+    NumberField{u"DigitalZoomRatio", plainNumber},
+    NumberField{u"Gamma", plainNumber},
+    NumberField{u"DestDistance", plainNumber},
+    NumberField{u"ImgDirection", plainNumber},
+    NumberField{u"DestBearing", plainNumber},
+    NumberField{u"Track", plainNumber},
+};
+
+QString tagTexts(const QString& tagIds, const TagLookup& tagWithTagId) {
+    QStringList tags;
+    for (const QStringView id : QStringView(tagIds).tokenize(u',')) {
+        bool isNumber = false;
+        const qint64 tagId = id.trimmed().toLongLong(&isNumber);
+        const QString tag = isNumber && tagWithTagId ? tagWithTagId(tagId) : QString();
+        if (!tag.isEmpty()) tags.append(tag);
+    }
+    return tags.join(u',');
+}
+
+QString codedText(QStringView key, const PBValue& value) {
+    // These two count as codes even when the file gives them as texts.
+    const bool anyType = key == u"AltitudeRef" || key == u"Differential";
+    if (!anyType && !value.isNumber()) return value.toText();
+    return textOfCode(key, value.toInteger()).value_or(value.toText());
+}
+
+} // namespace
+
+QString stringWithDbKey(QStringView key, const PBValue& value, const TagLookup& tagWithTagId) {
+    if (!value.hasValue()) return {};
+    const QString text = value.toText();
+    const auto* field = std::ranges::find(numberFields, key, &NumberField::key);
+    if (field != numberFields.end())
+        return value.isNumber() ? field->format(value.toDouble()) : text;
+    if (isCodedField(key)) return codedText(key, value);
+    if (const auto letterText = textOfLetter(key, text)) return *letterText;
+    if (key == u"Tag") return tagTexts(text, tagWithTagId);
+    if (key == u"FocalLenIn35mmFilm") return text + QStringLiteral(" mm");
+    if (key == u"ISOSpeedRatings") return QStringLiteral("ISO-") + text;
+    if (key == u"ExifVersion" || key == u"FlashPixVersion")
+        return QString(text).replace(u',', u'.');
+    if (key == u"Altitude") {
+        return QStringLiteral("%1 %2").arg(
+            QString::number(value.toDouble(), 'f', 2), platform::localizedString(u"Meters"));
+    }
+    return text;
+}
+
+} // namespace group
