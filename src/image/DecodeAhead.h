@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/OperationQueue.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+/// Lets cores that have nothing to do decode the pictures that are next in line for the build
+/// queue, which itself stays serial. Who takes a place gives it back when the decoded picture is
+/// stored or dropped; so no more pictures wait than twice the number of cores. Any thread.
+class DecodeAhead {
+public:
+    /// Holds a place as long as it lives.
+    using Place = std::shared_ptr<const void>;
+
+    /// With one core nothing is decoded ahead.
+    explicit DecodeAhead(int cores);
+    /// Waits for what runs; the operations have been cancelled by then.
+    ~DecodeAhead() = default;
+    DecodeAhead(const DecodeAhead&) = delete;
+    DecodeAhead& operator=(const DecodeAhead&) = delete;
+
+    /// How many pictures may be decoded, or waiting to be stored, at a time.
+    [[nodiscard]] int capacity() const { return _capacity; }
+    /// nullptr when all places are taken.
+    [[nodiscard]] Place takePlace();
+    /// Runs the work on a core of its own, in the order of the calls.
+    void run(std::function<void()> work);
+
+private:
+    const int _capacity;
+    const std::shared_ptr<std::atomic<int>> _taken = std::make_shared<std::atomic<int>>(0);
+    platform::OperationQueue _queue;
+};

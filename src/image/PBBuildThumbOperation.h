@@ -1,0 +1,76 @@
+#pragma once
+
+#include "image/DecodeAhead.h"
+#include "image/ImageImporters.h"
+#include "platform/Operation.h"
+
+#include <QByteArray>
+#include <QSizeF>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+class FMDatabase;
+class PBBuildThumbOperation;
+
+/// What all thumbnail operations of the program share. Everything outlives the build queue.
+struct BuildThumbServices {
+    FMDatabase& db; ///< of the build queue, on thumbnail.db
+    platform::OperationQueue& queue;
+    /// nullptr: nothing is decoded ahead.
+    DecodeAhead* ahead = nullptr;
+    /// Told of each finished thumbnail, on the build queue's thread.
+    std::function<void(const std::shared_ptr<const PBBuildThumbOperation>&)> didBuild;
+
+    std::atomic<quint64> built{0};
+    std::atomic<quint64> failed{0};
+    std::atomic<bool> toldFailure{false}; ///< to the user, that thumbnails can't be stored
+};
+
+/// Decodes one image at thumbnail size and stores it. One at a time, on the build queue.
+class PBBuildThumbOperation final : public platform::Operation,
+                                    public std::enable_shared_from_this<PBBuildThumbOperation> {
+public:
+    struct Request {
+        qint64 fileId = 0;
+        std::unique_ptr<image::ImageImporter> imageImporter;
+        /// Do nothing if a thumbnail is stored already.
+        bool checkExist = false;
+        /// Longer side of the thumbnail in pixels.
+        int thumbSize = 256;
+        /// Pixels; not above 0 where it is not known.
+        QSizeF imageSize;
+    };
+
+    PBBuildThumbOperation(std::shared_ptr<BuildThumbServices> services, Request request)
+        : _services(std::move(services)), _request(std::move(request)),
+          _hasImporter(_request.imageImporter != nullptr) {}
+
+    [[nodiscard]] qint64 fileId() const { return _request.fileId; }
+
+protected:
+    void main() override;
+
+private:
+    enum class Decoding { NotStarted, Running, Done };
+
+    [[nodiscard]] bool isStored();
+    void decodeNextInLine();
+    /// False if another thread decodes, or has.
+    bool decodeIfNobodyDoes();
+    [[nodiscard]] QByteArray decodeAndEncode();
+    void store(const QByteArray& data);
+
+    const std::shared_ptr<BuildThumbServices> _services;
+    Request _request; // the importer belongs to the one who decodes
+    const bool _hasImporter;
+    // On the build queue's thread only:
+    bool _isKnownToBeMissing = false;
+    DecodeAhead::Place _place;
+
+    std::atomic<Decoding> _decoding{Decoding::NotStarted};
+    // Written by the one who decodes, read when `Done`.
+    QByteArray _data;
+    bool _hasImage = false;
+};

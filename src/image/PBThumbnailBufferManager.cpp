@@ -1,0 +1,116 @@
+#include "image/PBThumbnailBufferManager.h"
+
+#include "core/SortedArray.h"
+#include "group/PBImageFileItem.h"
+
+#include <algorithm>
+
+PBThumbnailBufferManager::PBThumbnailBufferManager(std::uint64_t bufferCount)
+    : _bufferCount(bufferCount == 0 ? 1 : bufferCount) {}
+
+PBImageBrowserIndex
+PBThumbnailBufferManager::imageFileItemIndex(const PBImageFileItem& item) const {
+    return _order ? _order->indexForImageFile(item) : PBImageBrowserIndex{};
+}
+
+void PBThumbnailBufferManager::pushImageFileItem(
+    std::shared_ptr<PBImageFileItem> item, std::optional<PBImageBrowserIndex> index) {
+    const PBImageBrowserIndex position = index ? *index : imageFileItemIndex(*item);
+    if (!position.isValid()) {
+        item->clearThumbnailRef();
+        return;
+    }
+    if (_imageFileItemCount >= _bufferCount && !_groupIndexObjectArray.empty())
+        makeRoom(*item, position);
+    GroupEntry* group = sortAddObject(
+        _groupIndexObjectArray, std::make_unique<GroupEntry>(position.group, ItemEntries()), 0,
+        false, false);
+    sortAddObject(
+        group->object(), std::make_unique<ItemEntry>(position.item, std::move(item)), 0, false,
+        true);
+    ++_imageFileItemCount;
+}
+
+bool PBThumbnailBufferManager::applyPreloadThumbnail(
+    const std::shared_ptr<PBImageFileItem>& item, const QImage& thumbnail,
+    std::optional<PBImageBrowserIndex> index) {
+    if (thumbnail.isNull() || !item->thumbnailRef().isNull()) return false;
+    item->setThumbnailRef(thumbnail);
+    pushImageFileItem(item, index);
+    return true;
+}
+
+void PBThumbnailBufferManager::clearThumbnailBuffer() {
+    for (const auto& group : _groupIndexObjectArray)
+        for (const auto& entry : group->object())
+            entry->object()->clearThumbnailRef();
+    _groupIndexObjectArray.clear();
+    _imageFileItemCount = 0;
+}
+
+void PBThumbnailBufferManager::makeRoom(
+    const PBImageFileItem& item, const PBImageBrowserIndex& index) {
+    if (shouldDropFront(index)) {
+        dropFront(item);
+    } else {
+        dropBack(item);
+    }
+    --_imageFileItemCount;
+}
+
+bool PBThumbnailBufferManager::shouldDropFront(const PBImageBrowserIndex& index) const {
+    const std::int64_t leaves = _order ? _order->leafCount() : 0;
+    if (leaves == 0) return false;
+    const GroupEntry& firstGroup = *_groupIndexObjectArray.front();
+    const GroupEntry& lastGroup = *_groupIndexObjectArray.back();
+    PBImageBrowserIndex first{firstGroup.index(), firstGroup.object().front()->index()};
+    PBImageBrowserIndex last{lastGroup.index(), lastGroup.object().back()->index()};
+    // Old positions may lie beyond the present tree: its last leaf stands for them, whole.
+    first.group = std::min(first.group, leaves - 1);
+    last.group = std::min(last.group, leaves - 1);
+    if (compareIndex(index, last) < 0) return true;
+    if (compareIndex(index, first) > 0) return false;
+    if (first.group != firstGroup.index()) first.item = 0;
+    if (last.group != lastGroup.index()) last.item = _order->imageFileCount(last.group);
+    return distance(first, index) >= distance(index, last);
+}
+
+std::int64_t PBThumbnailBufferManager::distance(
+    const PBImageBrowserIndex& from, const PBImageBrowserIndex& to) const {
+    std::int64_t images = 0;
+    for (std::int64_t group = from.group; group <= to.group; ++group) {
+        if (_order->isCollapsedForBrowser(group)) continue;
+        const std::int64_t start = group == from.group ? from.item : 0;
+        const std::int64_t end = group == to.group ? to.item : _order->imageFileCount(group);
+        images += end - start;
+    }
+    return images;
+}
+
+void PBThumbnailBufferManager::dropFront(const PBImageFileItem& keep) {
+    ItemEntries& entries = _groupIndexObjectArray.front()->object();
+    if (entries.front()->object().get() != &keep) entries.front()->object()->clearThumbnailRef();
+    entries.erase(entries.begin());
+    if (entries.empty()) _groupIndexObjectArray.erase(_groupIndexObjectArray.begin());
+}
+
+void PBThumbnailBufferManager::dropBack(const PBImageFileItem& keep) {
+    ItemEntries& entries = _groupIndexObjectArray.back()->object();
+    if (entries.back()->object().get() != &keep) entries.back()->object()->clearThumbnailRef();
+    entries.pop_back();
+    if (entries.empty()) _groupIndexObjectArray.pop_back();
+}
+
+void PBThumbnailBufferManager::notifyGroupItemInsert(std::int64_t group) {
+    for (const auto& entry : _groupIndexObjectArray)
+        if (entry->index() >= group) entry->setIndex(entry->index() + 1);
+}
+
+void PBThumbnailBufferManager::notifyImageFileInsert(
+    std::int64_t group, std::int64_t imageFileIndex) {
+    const auto found = std::ranges::find_if(
+        _groupIndexObjectArray, [group](const auto& entry) { return entry->index() == group; });
+    if (found == _groupIndexObjectArray.end()) return;
+    for (const auto& entry : (*found)->object())
+        if (entry->index() >= imageFileIndex) entry->setIndex(entry->index() + 1);
+}

@@ -1,0 +1,167 @@
+#include "image/PBThumbnailBufferManager.h"
+
+#include "group/PBImageFileItem.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace {
+
+using Items = std::vector<std::shared_ptr<PBImageFileItem>>;
+
+class FakeOrder final : public BrowserOrder {
+public:
+    PBImageBrowserIndex indexForImageFile(const PBImageFileItem& imageFile) const override {
+        for (std::size_t group = 0; group < leaves.size(); ++group)
+            for (std::size_t item = 0; item < leaves[group].size(); ++item)
+                if (leaves[group][item].get() == &imageFile)
+                    return {static_cast<int>(group), static_cast<int>(item)};
+        return {};
+    }
+    std::int64_t leafCount() const override { return std::ssize(leaves); }
+    std::int64_t imageFileCount(std::int64_t group) const override {
+        return std::ssize(leaves[static_cast<std::size_t>(group)]);
+    }
+    bool isCollapsedForBrowser(std::int64_t group) const override { return group == collapsed; }
+
+    std::vector<Items> leaves;
+    std::int64_t collapsed = -1;
+};
+
+class PBThumbnailBufferManagerTest : public ::testing::Test {
+protected:
+    void makeLeaves(std::initializer_list<int> counts) {
+        qint64 id = 0;
+        for (const int count : counts) {
+            Items items;
+            for (int item = 0; item < count; ++item)
+                items.push_back(
+                    PBImageFileItem::imageFileItemWithId(++id, 1, QStringLiteral("a"), 1, 1));
+            order.leaves.push_back(items);
+        }
+        manager.setBrowserOrder(&order);
+    }
+    PBImageFileItem& item(int group, int index) { return *shared(group, index); }
+    const std::shared_ptr<PBImageFileItem>& shared(int group, int index) {
+        return order.leaves.at(static_cast<std::size_t>(group)).at(static_cast<std::size_t>(index));
+    }
+    void push(int group, int index) {
+        shared(group, index)->setThumbnailRef(image);
+        manager.pushImageFileItem(shared(group, index), PBImageBrowserIndex{group, index});
+    }
+    /// Which items of a leaf hold a thumbnail, as digits.
+    QString held(int group) {
+        QString digits;
+        for (int index = 0; index < static_cast<int>(order.imageFileCount(group)); ++index)
+            if (item(group, index).hasThumbnail()) digits += QString::number(index);
+        return digits;
+    }
+
+    const QImage image{4, 4, QImage::Format_ARGB32_Premultiplied};
+    FakeOrder order;
+    PBThumbnailBufferManager manager{4};
+};
+
+TEST_F(PBThumbnailBufferManagerTest, aLimitOfNothingIsOne) {
+    EXPECT_EQ(PBThumbnailBufferManager(0).bufferCount(), 1U);
+    manager.setBufferCount(0);
+    EXPECT_EQ(manager.bufferCount(), 1U);
+}
+
+TEST_F(PBThumbnailBufferManagerTest, theRangeFollowsTheScrollingBothWays) {
+    makeLeaves({10});
+    for (int index = 0; index < 8; ++index)
+        push(0, index);
+    EXPECT_EQ(held(0), u"4567");
+    push(0, 3);
+    push(0, 2);
+    EXPECT_EQ(held(0), u"2345");
+    EXPECT_EQ(manager.imageFileItemCount(), 4U);
+}
+
+TEST_F(PBThumbnailBufferManagerTest, insideTheRangeTheFartherEndGoesAndTheFrontOnATie) {
+    makeLeaves({20});
+    for (const int index : {0, 4, 10, 12})
+        push(0, index);
+    push(0, 3); // 3 from the front, 9 from the back
+    EXPECT_EQ(held(0), u"03410");
+    push(0, 5); // 5 and 5
+    EXPECT_EQ(held(0), u"34510");
+}
+
+TEST_F(PBThumbnailBufferManagerTest, foldedLeavesCountForNothing) {
+    makeLeaves({10, 1000, 10});
+    push(0, 0);
+    push(0, 1);
+    push(2, 8);
+    push(2, 9);
+    order.collapsed = 1;
+    push(2, 1); // 11 from the front, 8 from the back
+    EXPECT_EQ(held(0), u"1");
+    order.collapsed = -1;
+    push(0, 9); // 8 from the front, far from the back
+    EXPECT_EQ(held(0), u"19");
+    EXPECT_EQ(held(2), u"18");
+}
+
+TEST_F(PBThumbnailBufferManagerTest, anItemPushedTwiceIsNotClearedByItsOwnPush) {
+    makeLeaves({10});
+    manager.setBufferCount(1);
+    push(0, 0);
+    push(0, 0);
+    EXPECT_EQ(held(0), u"0");
+    EXPECT_EQ(manager.imageFileItemCount(), 1U);
+}
+
+TEST_F(PBThumbnailBufferManagerTest, anItemThatIsNotShownLosesItsThumbnail) {
+    makeLeaves({2});
+    const auto stray = PBImageFileItem::imageFileItemWithId(99, 1, QStringLiteral("b"), 1, 1);
+    EXPECT_TRUE(manager.applyPreloadThumbnail(stray, image));
+    EXPECT_FALSE(stray->hasThumbnail());
+    EXPECT_EQ(manager.imageFileItemCount(), 0U);
+    EXPECT_TRUE(manager.applyPreloadThumbnail(shared(0, 1), image));
+    EXPECT_FALSE(manager.applyPreloadThumbnail(shared(0, 1), image)); // has one
+    EXPECT_FALSE(manager.applyPreloadThumbnail(shared(0, 0), QImage()));
+    EXPECT_EQ(manager.imageFileItemCount(), 1U);
+    manager.clearThumbnailBuffer();
+    EXPECT_EQ(held(0), u"");
+    EXPECT_EQ(manager.imageFileItemCount(), 0U);
+}
+
+TEST_F(PBThumbnailBufferManagerTest, insertionsShiftTheStoredPositions) {
+    makeLeaves({3, 10});
+    push(0, 2);
+    push(1, 4);
+    push(1, 6);
+    push(1, 8);
+    manager.notifyGroupItemInsert(1);
+    manager.notifyImageFileInsert(2, 5);
+    // Stored now: (0, 2), (2, 4), (2, 7), (2, 9). One behind the last drops the first.
+    order.leaves.insert(order.leaves.begin() + 1, Items());
+    manager.pushImageFileItem(shared(2, 9), PBImageBrowserIndex{2, 9});
+    EXPECT_EQ(held(0), u"");
+    manager.pushImageFileItem(shared(2, 3), PBImageBrowserIndex{2, 3});
+    EXPECT_EQ(manager.imageFileItemCount(), 4U);
+}
+
+TEST_F(PBThumbnailBufferManagerTest, theCountHoldsWhateverTheTreeDoes) {
+    makeLeaves({30, 40, 50});
+    manager.setBufferCount(20);
+    std::mt19937 random(3);
+    for (int round = 0; round < 3000; ++round) {
+        const auto group = static_cast<int>(random() % order.leaves.size());
+        auto& leaf = order.leaves[static_cast<std::size_t>(group)];
+        if (round % 500 == 499 && order.leaves.size() > 1) {
+            order.leaves.pop_back(); // what is stored lies beyond the tree now
+        } else {
+            push(group, static_cast<int>(random() % leaf.size()));
+        }
+        ASSERT_LE(manager.imageFileItemCount(), 20U);
+    }
+    manager.setBrowserOrder(nullptr);
+    push(0, 0);
+    EXPECT_EQ(manager.imageFileItemCount(), 20U);
+}
+
+} // namespace
