@@ -1,0 +1,115 @@
+#include "scan/AttachedOperations.h"
+
+#include "FMDB/FMDatabase.h"
+#include "group/FolderPaths.h"
+#include "group/GroupPublication.h"
+#include "scan/PBScanFolderTask.h"
+#include "scan/ScanServices.h"
+#include "scan/ScanSteps.h"
+
+namespace {
+
+/// Images found to be gone between two publications.
+constexpr std::size_t goneBetweenPublications = 100;
+
+void checkFileItemExist(
+    const PBScanDictionary& dictionary, platform::Operation& owner,
+    const std::function<void()>& beforeEach) {
+    PBGroupItemArray& tree = *dictionary.WorkGroupItemArray;
+    const group::CatalogueFolderPaths paths(
+        *dictionary.Database, dictionary.services->aliasManager);
+    std::vector<qint64> fileIds;
+    group::FolderExistence folders;
+    std::size_t published = 0;
+    for (std::size_t index = 0; index < tree.size() && !owner.isCancelled();) {
+        if (beforeEach) {
+            beforeEach(); // may change the tree
+            if (index >= tree.size()) break;
+        }
+        tree[index]->checkFileItemExist(fileIds, folders, paths);
+        if (tree[index]->isEmpty()) {
+            tree.erase(tree.begin() + static_cast<std::ptrdiff_t>(index));
+        } else {
+            ++index;
+        }
+        if (fileIds.size() - published > goneBetweenPublications) {
+            publishWorkTree(dictionary);
+            published = fileIds.size();
+        }
+    }
+    if (owner.isCancelled()) return;
+    if (fileIds.size() > published) publishWorkTree(dictionary);
+    removeFromCatalogue(dictionary, {folders.gone.begin(), folders.gone.end()}, fileIds, owner);
+}
+
+} // namespace
+
+void PBRemoveFileItemOperation::runWithOwnerNSOperation(platform::Operation& owner, bool isLast) {
+    group::removeFileItemInGroupArray(
+        *_dictionary->WorkGroupItemArray, _groupItemArray, [&] { return owner.isCancelled(); });
+    // Also after a cancellation: a stale tree is known by its identity.
+    if (isLast) publishWorkTree(*_dictionary);
+}
+
+std::vector<PBUpdateFileItemOperation::Record>
+PBUpdateFileItemOperation::makeRecords(bool withRows) const {
+    std::vector<Record> records;
+    for (const PBGroupItemChain& chain : _updateFileItemArray) {
+        if (chain.empty()) continue;
+        for (const auto& item : chain.back()->imageFiles()) {
+            Record record{item, {}};
+            if (withRows) {
+                FMResultSet row = _dictionary->Database->executeQuery(
+                    QStringLiteral("select UTIType,ImageDPI,ColorModel,Tag from ImageFile "
+                                   "where Id = ?"),
+                    item->fileId());
+                if (row.next()) {
+                    record.row.utiType = row.objectForColumnIndex(0);
+                    record.row.imageDPI = row.objectForColumnIndex(1);
+                    record.row.colorModel = row.objectForColumnIndex(2);
+                    record.row.tag = row.objectForColumnIndex(3);
+                }
+                row.close();
+            }
+            records.push_back(std::move(record));
+        }
+    }
+    return records;
+}
+
+void PBUpdateFileItemOperation::runWithOwnerNSOperation(platform::Operation& owner, bool isLast) {
+    group::removeFileItemInGroupArray(*_dictionary->WorkGroupItemArray, _updateFileItemArray, [&] {
+        return owner.isCancelled();
+    });
+    group::GroupingStep step(
+        _dictionary->groupingParameters(), *_dictionary->Database, _dictionary->services->places);
+    const group::CatalogueFolderPaths paths(
+        *_dictionary->Database, _dictionary->services->aliasManager);
+    group::FolderPathCache cache;
+    for (Record& record : makeRecords(step.needsRow())) {
+        if (owner.isCancelled()) break;
+        const QString folder = record.updateFileItem->folderPath(paths, cache);
+        step.reinsert(
+            record.updateFileItem, std::move(record.row),
+            folder.isEmpty() ? PBValue(PBNull{}) : PBValue(folder));
+    }
+    if (isLast) publishWorkTree(*_dictionary, _updateScrollCapture);
+}
+
+void PBScanFolderAttachOperation::runWithOwnerNSOperation(
+    platform::Operation& owner, bool /*isLast*/) {
+    const auto task = PBScanFolderTask::scanFolderTaskWithDictionary(_dictionary);
+    task->setIgnoreCheckAttachOperation(true);
+    task->runWithOperation(owner);
+}
+
+void PBCheckFileItemExistAttachOperation::runWithOwnerNSOperation(
+    platform::Operation& owner, bool /*isLast*/) {
+    checkFileItemExist(*_dictionary, owner, {});
+}
+
+void PBCheckFileItemExistOperation::main() {
+    checkFileItemExist(*_dictionary, *this, [this] {
+        checkAttachedOperation(_dictionary->AttachOperationArray.get(), *this);
+    });
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "group/PBGroupItem.h"
+#include "scan/PBScanAttachOperation.h"
+#include "scan/PBScanDictionary.h"
+
+#include <memory>
+#include <vector>
+
+/// The kinds of attached work. Each goes by the dictionary of the time when it was made: if another
+/// scan has begun since, it still changes the catalogue, and what it publishes is dropped.
+
+/// Takes images out of the work tree. The chains come from the live tree.
+class PBRemoveFileItemOperation final : public PBScanAttachOperation {
+public:
+    PBRemoveFileItemOperation(
+        PBScanDictionaryRef dictionary, std::vector<PBGroupItemChain> groupItemArray)
+        : _dictionary(std::move(dictionary)), _groupItemArray(std::move(groupItemArray)) {}
+    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+
+private:
+    const PBScanDictionaryRef _dictionary;
+    const std::vector<PBGroupItemChain> _groupItemArray;
+};
+
+/// Moves images whose stars, flag, tags or place were edited to their new place in the work tree,
+/// or out of it when they no longer match. The edit itself is in the catalogue and the items.
+class PBUpdateFileItemOperation final : public PBScanAttachOperation {
+public:
+    PBUpdateFileItemOperation(
+        PBScanDictionaryRef dictionary, std::vector<PBGroupItemChain> updateFileItemArray,
+        bool updateScrollCapture = false)
+        : _dictionary(std::move(dictionary)), _updateFileItemArray(std::move(updateFileItemArray)),
+          _updateScrollCapture(updateScrollCapture) {}
+    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+
+private:
+    struct Record {
+        std::shared_ptr<PBImageFileItem> updateFileItem;
+        group::ImageFileRow row;
+    };
+    [[nodiscard]] std::vector<Record> makeRecords(bool withRows) const;
+
+    const PBScanDictionaryRef _dictionary;
+    const std::vector<PBGroupItemChain> _updateFileItemArray;
+    const bool _updateScrollCapture;
+};
+
+/// Looks for new images in one folder, while a scan of it or of one above may be running.
+class PBScanFolderAttachOperation final : public PBScanAttachOperation {
+public:
+    explicit PBScanFolderAttachOperation(PBScanDictionaryRef dictionary)
+        : _dictionary(std::move(dictionary)) {}
+    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+
+private:
+    const PBScanDictionaryRef _dictionary;
+};
+
+/// Tests every image of the work tree against the disk; what is gone goes from tree and catalogue.
+class PBCheckFileItemExistAttachOperation final : public PBScanAttachOperation {
+public:
+    explicit PBCheckFileItemExistAttachOperation(PBScanDictionaryRef dictionary)
+        : _dictionary(std::move(dictionary)) {}
+    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+
+private:
+    const PBScanDictionaryRef _dictionary;
+};
+
+/// The same as an operation of its own, at whose checkpoints attached work runs.
+class PBCheckFileItemExistOperation final : public platform::Operation {
+public:
+    explicit PBCheckFileItemExistOperation(PBScanDictionaryRef dictionary)
+        : _dictionary(std::move(dictionary)) {}
+
+protected:
+    void main() override;
+
+private:
+    const PBScanDictionaryRef _dictionary;
+};

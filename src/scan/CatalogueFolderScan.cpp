@@ -1,0 +1,104 @@
+#include "scan/CatalogueFolderScan.h"
+
+#include "FMDB/FMDatabase.h"
+#include "platform/FileManager.h"
+#include "scan/ScanServices.h"
+#include "scan/ScanSteps.h"
+
+namespace {
+
+/// Rows between two checkpoints.
+constexpr int rowsBetweenDrains = 10;
+
+} // namespace
+
+CatalogueFolderScan::CatalogueFolderScan(
+    PBScanDictionaryRef dictionary, platform::Operation& operation)
+    : _dictionary(std::move(dictionary)), _operation(operation),
+      _step(
+          _dictionary->groupingParameters(), *_dictionary->Database, _dictionary->services->places),
+      _rhythm(_dictionary->PushImageFileItemTime, _dictionary->PushImageFileItemCount) {}
+
+bool CatalogueFolderScan::checkFolder(qint64 folderId, const QString& folderPath) {
+    ++_dictionary->services->figures.folders;
+    if (platform::FileManager::resourceValues(folderPath)) return true;
+    _removeFolderIds.push_back(folderId);
+    return false;
+}
+
+std::vector<group::ImageFileRow> CatalogueFolderScan::fetchRows(
+    qint64 folderId, const std::function<bool(const QString& fileName)>& isTaken,
+    std::vector<group::ImageFileRow>* deferred) {
+    std::vector<group::ImageFileRow> taken;
+    const QString sql = group::ImageFileRow::queryForFolder(
+        _dictionary->SortType, _dictionary->DescendingSort, _dictionary->Filter);
+    FMResultSet cursor = _dictionary->Database->executeQuery(sql, folderId);
+    while (!_operation.isCancelled() && cursor.next()) {
+        auto row = group::ImageFileRow::fromResultSet(cursor);
+        auto& list = !isTaken || isTaken(row.fileName) ? taken : *deferred;
+        list.push_back(std::move(row));
+    }
+    cursor.close();
+    return taken;
+}
+
+void CatalogueFolderScan::scanRows(
+    const QString& folderPath, bool folderExists, const std::vector<group::ImageFileRow>& rows,
+    bool publishAtOnce) {
+    int sinceDrain = 0;
+    _step.willInsert(rows);
+    for (const group::ImageFileRow& row : rows) {
+        if (_operation.isCancelled()) return;
+        if (sinceDrain < rowsBetweenDrains) {
+            ++sinceDrain;
+        } else {
+            drain();
+            sinceDrain = 0;
+        }
+        const QString filePath = folderPath + u'/' + row.fileName;
+        if (!folderExists || !isUnchanged(filePath, row)) {
+            _removeFileIds.push_back(row.id);
+            continue;
+        }
+        take(row, folderPath, filePath);
+        const double now = _dictionary->services->now();
+        if (_rhythm.isDue(group::catalogueScanLimits, publishAtOnce, now)) publish();
+    }
+}
+
+bool CatalogueFolderScan::isUnchanged(const QString& filePath, const group::ImageFileRow& row) {
+    const auto values = platform::FileManager::resourceValues(filePath);
+    return values && static_cast<quint64>(values->fileSize) == row.fileSize &&
+           values->modificationDate == row.modificationDate;
+}
+
+void CatalogueFolderScan::take(
+    const group::ImageFileRow& row, const QString& folderPath, const QString& filePath) {
+    const auto item = _step.insert(row, folderPath);
+    if (!item) return;
+    _rhythm.itemWasAdded();
+    ++_dictionary->services->figures.items;
+    buildThumbnail(
+        *_dictionary, *item,
+        _dictionary->services->imageImporters.imageImporterForImageURL(filePath), true);
+}
+
+void CatalogueFolderScan::publish() {
+    if (_operation.isCancelled()) return;
+    drain();
+    publishWorkTree(*_dictionary);
+    _rhythm.wasPushed(_dictionary->services->now());
+}
+
+void CatalogueFolderScan::publishRest() {
+    if (_dictionary->PushImageFileItemCount->number().toInteger() != 0) publish();
+}
+
+void CatalogueFolderScan::removeStale() {
+    if (_operation.isCancelled()) return;
+    removeFromCatalogue(*_dictionary, _removeFolderIds, _removeFileIds, _operation);
+}
+
+void CatalogueFolderScan::drain() {
+    checkAttachedOperation(_dictionary->AttachOperationArray.get(), _operation);
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "group/GroupPublication.h"
+#include "group/GroupingStep.h"
+#include "scan/PBScanDictionary.h"
+
+#include <functional>
+#include <vector>
+
+/// The catalogue's side of a scan: takes rows, tests each file against the disk, puts those that
+/// are unchanged into the work tree and collects the others for removal. Publishes now and then.
+/// Belongs to one operation, on the scan thread.
+class CatalogueFolderScan {
+public:
+    CatalogueFolderScan(PBScanDictionaryRef dictionary, platform::Operation& operation);
+
+    /// Notes a folder that is gone for removal; answers whether it stands.
+    bool checkFolder(qint64 folderId, const QString& folderPath);
+    /// The rows of a folder that the filter lets through, in the order of the sort type. Those for
+    /// which `isTaken` answers false go to `deferred`. Stops on cancellation.
+    [[nodiscard]] std::vector<group::ImageFileRow> fetchRows(
+        qint64 folderId, const std::function<bool(const QString& fileName)>& isTaken = {},
+        std::vector<group::ImageFileRow>* deferred = nullptr);
+    /// `publishAtOnce`: after every row, for a picture that the user waits for.
+    void scanRows(
+        const QString& folderPath, bool folderExists, const std::vector<group::ImageFileRow>& rows,
+        bool publishAtOnce);
+
+    /// Publishes what has come since the last publication.
+    void publishRest();
+    /// Removes from the catalogue what was collected.
+    void removeStale();
+    void drain();
+
+private:
+    [[nodiscard]] static bool isUnchanged(const QString& filePath, const group::ImageFileRow& row);
+    void take(const group::ImageFileRow& row, const QString& folderPath, const QString& filePath);
+    void publish();
+
+    const PBScanDictionaryRef _dictionary;
+    platform::Operation& _operation;
+    group::GroupingStep _step;
+    group::PushRhythm _rhythm;
+    std::vector<qint64> _removeFolderIds;
+    std::vector<qint64> _removeFileIds;
+};

@@ -1,0 +1,78 @@
+#include "scan/FileProperties.h"
+
+#include "catalogue/MetadataKeys.h"
+#include "core/FileTypes.h"
+#include "image/codec/Geometry.h"
+
+#include <algorithm>
+
+namespace {
+
+PBValue valueOf(const PBDictionary& dictionary, const QString& key) {
+    const auto found = dictionary.find(key);
+    return found == dictionary.end() ? PBValue() : found->second;
+}
+
+PBValue orNull(PBValue value) {
+    return value.isAbsent() ? PBValue(PBNull{}) : std::move(value);
+}
+
+std::optional<PBDictionary> columnsOf(
+    const PBDictionary& properties, const QString& key,
+    PBDictionary (*convert)(const PBDictionary&)) {
+    const auto found = properties.find(key);
+    const PBDictionary* part = found == properties.end() ? nullptr : found->second.dictionary();
+    if (!part) return std::nullopt;
+    return convert(*part);
+}
+
+double rotationOf(const PBDictionary& properties) {
+    const auto found = properties.find(QStringLiteral("{TIFF}"));
+    const PBDictionary* tiff = found == properties.end() ? nullptr : found->second.dictionary();
+    if (!tiff) return 0;
+    const qint64 orientation = valueOf(*tiff, QStringLiteral("Orientation")).toInteger();
+    return PBUtilities::orientationToAngle(static_cast<int>(orientation));
+}
+
+} // namespace
+
+FileProperty makeFileProperty(
+    const QString& folderPath, const QString& fileName, qint64 folderId,
+    const platform::ResourceValues& values, std::unique_ptr<image::ImageImporter> importer) {
+    const PBDictionary properties = importer->propertiesAtIndex(0).value_or(PBDictionary());
+    const QString type = PBUtilities::extentionToUTI(PBUtilities::pathExtension(fileName));
+    const auto size = [&](const QString& key) {
+        return static_cast<quint64>(std::max<qint64>(valueOf(properties, key).toInteger(), 0));
+    };
+    FileProperty property;
+    property.parentFolderPath = folderPath;
+    property.baseProperty = {
+        {QStringLiteral("FolderId"), static_cast<quint64>(folderId)},
+        {QStringLiteral("FileName"), fileName},
+        {QStringLiteral("FileSize"), values.fileSize},
+        {QStringLiteral("ModificationDate"), PBDate{values.modificationDate}},
+        {QStringLiteral("CreationDate"), PBDate{values.creationDate}},
+        {QStringLiteral("UTIType"), type.isEmpty() ? PBValue(PBNull{}) : PBValue(type)},
+        {QStringLiteral("ImageWidth"), size(QStringLiteral("PixelWidth"))},
+        {QStringLiteral("ImageHeight"), size(QStringLiteral("PixelHeight"))},
+        {QStringLiteral("ImageDPI"), orNull(valueOf(properties, QStringLiteral("DPIWidth")))},
+        {QStringLiteral("ColorModel"), orNull(valueOf(properties, QStringLiteral("ColorModel")))},
+        {QStringLiteral("ColorSyncProfile"),
+         orNull(valueOf(properties, QStringLiteral("ProfileName")))},
+        {QStringLiteral("RotateAngle"), rotationOf(properties)},
+        {QStringLiteral("FileStars"), 0},
+        {QStringLiteral("FileFlag"), false},
+    };
+    property.exifProperty =
+        columnsOf(properties, QStringLiteral("{Exif}"), &PBUtilities::databaseDictFromExifPropDict);
+    property.exifAuxProperty = columnsOf(
+        properties, QStringLiteral("{ExifAux}"), &PBUtilities::databaseDictFromExifAuxPropDict);
+    property.tiffProperty =
+        columnsOf(properties, QStringLiteral("{TIFF}"), &PBUtilities::databaseDictFromTiffPropDict);
+    property.iptcProperty =
+        columnsOf(properties, QStringLiteral("{IPTC}"), &PBUtilities::databaseDictFromIPTCPropDict);
+    property.gpsProperty =
+        columnsOf(properties, QStringLiteral("{GPS}"), &PBUtilities::databaseDictFromGPSPropDict);
+    property.imageImporter = std::move(importer);
+    return property;
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "image/ImageImporters.h"
+#include "scan/PBScanDictionary.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+/// One new file between its discovery and its place in the catalogue.
+struct FileProperty {
+    QString parentFolderPath;
+    /// The columns of `ImageFile`.
+    PBDictionary baseProperty;
+    /// The columns of the metadata tables, where the file has any.
+    std::optional<PBDictionary> exifProperty;
+    std::optional<PBDictionary> exifAuxProperty;
+    std::optional<PBDictionary> tiffProperty;
+    std::optional<PBDictionary> iptcProperty;
+    std::optional<PBDictionary> gpsProperty;
+    /// Handed on to the thumbnail's operation.
+    std::unique_ptr<image::ImageImporter> imageImporter;
+    /// 0 until the row is there, and when it could not be made.
+    qint64 fileId = 0;
+};
+
+/// The new files that wait to be stored together. All disk scans of one scan share the array. On
+/// the scan thread.
+class FilePropertyBatch {
+public:
+    FilePropertyBatch(PBScanDictionaryRef dictionary, platform::Operation& operation);
+
+    void add(FileProperty property);
+    [[nodiscard]] bool isEmpty() const { return size() == 0; }
+    [[nodiscard]] std::size_t size() const { return _dictionary->ImageFilePropertyArray->size(); }
+
+    /// Stores all in one transaction, puts them into the work tree, queues their thumbnails,
+    /// publishes, and empties the batch. `drain` runs attached operations: before each file, and
+    /// before the publication. What can't be stored is shown all the same. Answers whether it
+    /// published.
+    bool flush(const std::function<void()>& drain);
+    /// Tells the user, once, that the catalogue does not take what is new.
+    void tellFailure() const;
+
+private:
+    void insertRows();
+    void insertRow(FileProperty& property);
+    bool show(const group::ImageFileRow& row, FileProperty& property, group::GroupingStep& step);
+
+    const PBScanDictionaryRef _dictionary;
+    platform::Operation& _operation;
+};

@@ -1,0 +1,38 @@
+#include "scan/PBScanAttachOperation.h"
+
+#include "platform/OperationQueue.h"
+
+void PBAttachOperationArray::add(
+    std::shared_ptr<PBScanAttachOperation> operation, const std::function<void()>& whileLocked) {
+    const std::lock_guard lock(_monitor);
+    if (whileLocked) whileLocked();
+    _operations.push_back(std::move(operation));
+}
+
+std::vector<std::shared_ptr<PBScanAttachOperation>> PBAttachOperationArray::takeAll() {
+    const std::lock_guard lock(_monitor);
+    return std::exchange(_operations, {});
+}
+
+void checkAttachedOperation(PBAttachOperationArray* array, platform::Operation& owner) {
+    if (!array) return;
+    const auto operations = array->takeAll();
+    for (const auto& operation : operations) {
+        if (owner.isCancelled()) return;
+        operation->runWithOwnerNSOperation(owner, operation == operations.back());
+    }
+}
+
+std::shared_ptr<PBCheckScanAttachOperationOperation>
+PBCheckScanAttachOperationOperation::checkScanAttachOperation(
+    std::shared_ptr<PBAttachOperationArray> array) {
+    return std::make_shared<PBCheckScanAttachOperationOperation>(std::move(array));
+}
+
+void attachScanOperation(
+    const std::shared_ptr<PBAttachOperationArray>& array, platform::OperationQueue& scanQueue,
+    std::shared_ptr<PBScanAttachOperation> operation,
+    const std::function<void()>& cancelDelayedPublications) {
+    array->add(std::move(operation), cancelDelayedPublications);
+    scanQueue.addOperation(PBCheckScanAttachOperationOperation::checkScanAttachOperation(array));
+}

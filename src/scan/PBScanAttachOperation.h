@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/Operation.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace platform {
+class OperationQueue;
+}
+
+/// Work that joins a running scan: something that has to change the work tree, which belongs to the
+/// scan thread. Made on any thread; runs once, at the scan's next checkpoint, or by itself when no
+/// scan is running.
+class PBScanAttachOperation {
+public:
+    PBScanAttachOperation() = default;
+    PBScanAttachOperation(const PBScanAttachOperation&) = delete;
+    PBScanAttachOperation& operator=(const PBScanAttachOperation&) = delete;
+    virtual ~PBScanAttachOperation() = default;
+
+    /// On the scan thread, within the owner's `main`. `isLast`: nothing else of the same drain
+    /// comes after it.
+    virtual void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) = 0;
+};
+
+/// The mailbox of attached operations: one for the whole program.
+class PBAttachOperationArray {
+public:
+    /// The monitor is held while `whileLocked` runs and the operation is added.
+    void
+    add(std::shared_ptr<PBScanAttachOperation> operation,
+        const std::function<void()>& whileLocked = {});
+    [[nodiscard]] std::vector<std::shared_ptr<PBScanAttachOperation>> takeAll();
+
+private:
+    std::mutex _monitor; // guards the array
+    std::vector<std::shared_ptr<PBScanAttachOperation>> _operations;
+};
+
+/// Runs what is in the mailbox, as a part of the owner. What a cancelled owner has taken out and
+/// not run is lost. Nothing happens without a mailbox. On the scan thread.
+void checkAttachedOperation(PBAttachOperationArray* array, platform::Operation& owner);
+
+/// Runs the mailbox where no scan does.
+class PBCheckScanAttachOperationOperation final : public platform::Operation {
+public:
+    [[nodiscard]] static std::shared_ptr<PBCheckScanAttachOperationOperation>
+    checkScanAttachOperation(std::shared_ptr<PBAttachOperationArray> array);
+    explicit PBCheckScanAttachOperationOperation(std::shared_ptr<PBAttachOperationArray> array)
+        : _attachOperationArray(std::move(array)) {}
+
+protected:
+    void main() override { checkAttachedOperation(_attachOperationArray.get(), *this); }
+
+private:
+    const std::shared_ptr<PBAttachOperationArray> _attachOperationArray;
+};
+
+/// Has the operation run on the scan thread. `cancelDelayedPublications` drops publications that
+/// would overtake the change; it is called on this thread. Any thread.
+void attachScanOperation(
+    const std::shared_ptr<PBAttachOperationArray>& array, platform::OperationQueue& scanQueue,
+    std::shared_ptr<PBScanAttachOperation> operation,
+    const std::function<void()>& cancelDelayedPublications);

@@ -1,0 +1,193 @@
+#include "scan/PBScanFolderTask.h"
+
+#include "FMDB/FMDatabase.h"
+#include "catalogue/PBCatalogue.h"
+#include "platform/FileManager.h"
+#include "scan/FileProperties.h"
+#include "scan/ScanServices.h"
+
+using platform::DirectoryEntry;
+
+namespace {
+
+/// New files that are stored together at most, and for how long they are gathered.
+constexpr std::size_t batchLimit = 200;
+constexpr double batchSeconds = 1.0;
+
+} // namespace
+
+/// What one run of a task holds in hand.
+struct PBScanFolderTask::Run {
+    platform::Operation& operation;
+    QString folderPath;
+    std::shared_ptr<PBScanFinishedTrigger> trigger;
+    FilePropertyBatch batch;
+    qint64 folderId = 0;
+    /// The folder's row was made by this run: no file of it can be known.
+    bool isNewFolder = false;
+};
+
+std::unique_ptr<PBScanFolderTask>
+PBScanFolderTask::scanFolderTaskWithDictionary(PBScanDictionaryRef dictionary) {
+    return std::make_unique<PBScanFolderTask>(std::move(dictionary));
+}
+
+std::shared_ptr<PBScanFolderOperation>
+PBScanFolderOperation::scanFolderOperationWithDictionary(PBScanDictionaryRef dictionary) {
+    return std::make_shared<PBScanFolderOperation>(std::move(dictionary));
+}
+
+void PBScanFolderTask::runWithOperation(platform::Operation& operation) {
+    auto trigger = makeTrigger();
+    const auto finishAtOnce = [&] {
+        trigger->increaseStatusCount();
+        trigger->decreaseStatusCountWithOperation(operation);
+    };
+    if (!_dictionary->AliasObject || !_dictionary->OperationQueue) {
+        finishAtOnce();
+        return;
+    }
+    // The count of the folder above then stays as it is: nothing of it counts as finished.
+    if (!_dictionary->AliasObject->isMounted()) return;
+    Run run{
+        operation,
+        PBAliasManager::pathWithAliasObject(
+            *_dictionary->AliasObject, _dictionary->RelativePath.value_or(QString())),
+        std::move(trigger), FilePropertyBatch(_dictionary, operation)};
+    if (isScannedForOpenFiles(run.folderPath)) {
+        trigger = run.trigger;
+        finishAtOnce();
+        return;
+    }
+    checkAttachedOperation(operation);
+    ++_dictionary->services->figures.folders;
+    if (_dictionary->OpenFilesOpenFileObjArray.empty()) {
+        walkFolder(run);
+    } else {
+        walkListedFiles(run);
+    }
+}
+
+void PBScanFolderTask::checkAttachedOperation(platform::Operation& operation) const {
+    if (_ignoreCheckAttachOperation) return;
+    ::checkAttachedOperation(_dictionary->AttachOperationArray.get(), operation);
+}
+
+std::shared_ptr<PBScanFinishedTrigger> PBScanFolderTask::makeTrigger() const {
+    auto trigger = PBScanFinishedTrigger::scanFinishedTriggerWithParent(
+        _dictionary->ScanFinishedTrigger,
+        PBScanFinishedObject(_dictionary->AliasObject, _dictionary->RelativePath));
+    trigger->setManager(_dictionary->services->scanFinishedManager);
+    if (!_dictionary->ScanFinishedTrigger) trigger->setScanDictionary(_dictionary);
+    return trigger;
+}
+
+bool PBScanFolderTask::isScannedForOpenFiles(const QString& folderPath) const {
+    if (_dictionary->IsOpenFilesScanFolder || !_dictionary->OpenFiles) return false;
+    const qint64 folderId =
+        PBCatalogue(*_dictionary->Database)
+            .findFolderIdByAliasId(_dictionary->AliasObject->aliasId(), _dictionary->RelativePath);
+    const auto match = _dictionary->OpenFiles->matchFolder(folderId, folderPath);
+    return match.kind != PBOpenFiles::FolderMatch::Outside && match.fileArray.empty();
+}
+
+void PBScanFolderTask::walkFolder(Run& run) const {
+    platform::Operation& operation = run.operation;
+    run.trigger->increaseStatusCount();
+    std::vector<std::unique_ptr<PBScanFolderTask>> subTasks;
+    const auto visit = [&](const DirectoryEntry& entry) {
+        if (operation.isCancelled()) return false;
+        checkAttachedOperation(operation);
+        if (entry.isPackage) return true;
+        if (entry.isDirectory) {
+            // A link would be walked twice, or without end.
+            if (entry.isLink || !_dictionary->RecurseSubFolder) return true;
+            auto dictionary = subFolder(run, run.folderPath + u'/' + entry.name);
+            if (dictionary && !operation.isCancelled())
+                subTasks.push_back(scanFolderTaskWithDictionary(std::move(dictionary)));
+            return true;
+        }
+        takeFile(run, entry.name);
+        flushIfDue(run, false);
+        return true;
+    };
+    [[maybe_unused]] const std::error_code unreadable =
+        platform::FileManager::enumerate(run.folderPath, visit);
+    for (auto& task : subTasks) {
+        if (operation.isCancelled()) break;
+        task->runWithOperation(operation);
+        task.reset();
+    }
+    if (!operation.isCancelled()) run.trigger->decreaseStatusCountWithOperation(operation);
+}
+
+PBScanDictionaryRef PBScanFolderTask::subFolder(const Run& run, const QString& path) const {
+    QString relativePath;
+    const auto root = _dictionary->services->aliasManager.appropriateAliasObjectForPath(
+        path, &relativePath, false);
+    if (!root) return nullptr;
+    run.trigger->increaseStatusCount();
+    auto dictionary = std::make_shared<PBScanDictionary>(*_dictionary);
+    dictionary->AliasObject = root;
+    dictionary->ScanFinishedTrigger = run.trigger;
+    // With none, that of this folder stays: it matters for a nested root only.
+    if (!relativePath.isEmpty()) dictionary->RelativePath = relativePath;
+    return dictionary;
+}
+
+void PBScanFolderTask::walkListedFiles(Run& run) const {
+    const auto& files = _dictionary->OpenFilesOpenFileObjArray;
+    for (const PBOpenFileObject& file : files) {
+        if (run.operation.isCancelled()) return;
+        takeFile(run, file.fileName);
+        flushIfDue(run, &file == &files.back());
+    }
+}
+
+void PBScanFolderTask::takeFile(Run& run, const QString& name) const {
+    const ScanServices& services = *_dictionary->services;
+    const QString path = run.folderPath + u'/' + name;
+    auto importer = services.imageImporters.imageImporterForImageURL(path);
+    if (!importer || run.operation.isCancelled()) return;
+    if (run.folderId <= 0) {
+        run.folderId = PBCatalogue(*_dictionary->Database)
+                           .findFolderIdByAliasId(
+                               _dictionary->AliasObject->aliasId(), _dictionary->RelativePath);
+    }
+    if (isKnown(run, name) || (services.isBeingWritten && services.isBeingWritten(path))) return;
+    checkAttachedOperation(run.operation);
+    const auto values = platform::FileManager::resourceValues(path);
+    if (!values || !values->isRegularFile || !makeFolderRow(run)) return;
+    run.batch.add(
+        makeFileProperty(run.folderPath, name, run.folderId, *values, std::move(importer)));
+}
+
+bool PBScanFolderTask::isKnown(const Run& run, const QString& name) const {
+    return run.folderId > 0 && !run.isNewFolder &&
+           PBCatalogue(*_dictionary->Database)
+                   .findImageFileIdByFolderId(run.folderId, name, nullptr, nullptr) > 0;
+}
+
+bool PBScanFolderTask::makeFolderRow(Run& run) const {
+    if (run.folderId > 0) return true;
+    const std::lock_guard lock(_dictionary->services->insertFolderAliasLock);
+    if (run.operation.isCancelled()) return false;
+    run.folderId =
+        PBCatalogue(*_dictionary->Database)
+            .insertFolderWithAliasId(
+                _dictionary->AliasObject->aliasId(), _dictionary->RelativePath.value_or(QString()));
+    run.isNewFolder = run.folderId > 0;
+    if (!run.isNewFolder) FilePropertyBatch(_dictionary, run.operation).tellFailure();
+    return run.isNewFolder;
+}
+
+void PBScanFolderTask::flushIfDue(Run& run, bool isLast) const {
+    const std::size_t pending = run.batch.size();
+    if (pending == 0) return;
+    const double now = _dictionary->services->now();
+    const double since = now - _dictionary->PushImageFileItemTime->number().toDouble();
+    if (pending <= batchLimit && since <= batchSeconds && !isLast) return;
+    checkAttachedOperation(run.operation);
+    const auto drain = [&] { checkAttachedOperation(run.operation); };
+    if (run.batch.flush(drain)) _dictionary->PushImageFileItemTime->setNumber(now);
+}

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/Operation.h"
+#include "scan/FilePropertyBatch.h"
+#include "scan/PBScanDictionary.h"
+#include "scan/PBScanFinishedTrigger.h"
+
+#include <memory>
+#include <vector>
+
+/// The disk's side of a scan, for one folder and those below it: brings into the catalogue the
+/// images that it does not have yet. Compares no sizes and removes nothing. Runs within an
+/// operation of the scan queue.
+class PBScanFolderTask {
+public:
+    [[nodiscard]] static std::unique_ptr<PBScanFolderTask>
+    scanFolderTaskWithDictionary(PBScanDictionaryRef dictionary);
+    explicit PBScanFolderTask(PBScanDictionaryRef dictionary)
+        : _dictionary(std::move(dictionary)) {}
+
+    /// Set for a task that is attached work itself, which must not run the mailbox that it came
+    /// from. Tasks of sub-folders don't inherit it.
+    [[nodiscard]] bool ignoreCheckAttachOperation() const { return _ignoreCheckAttachOperation; }
+    void setIgnoreCheckAttachOperation(bool ignore) { _ignoreCheckAttachOperation = ignore; }
+
+    /// `operation` is the owner whose cancellation ends the task.
+    void runWithOperation(platform::Operation& operation);
+
+private:
+    struct Run;
+
+    void checkAttachedOperation(platform::Operation& operation) const;
+    [[nodiscard]] std::shared_ptr<PBScanFinishedTrigger> makeTrigger() const;
+    /// A preliminary scan has listed the whole folder already.
+    [[nodiscard]] bool isScannedForOpenFiles(const QString& folderPath) const;
+
+    void walkFolder(Run& run) const;
+    void walkListedFiles(Run& run) const;
+    /// nullptr for a folder that is left out.
+    [[nodiscard]] PBScanDictionaryRef subFolder(const Run& run, const QString& path) const;
+    void takeFile(Run& run, const QString& name) const;
+    [[nodiscard]] bool isKnown(const Run& run, const QString& name) const;
+    /// The folder's row is made for its first image; false if it can't be.
+    [[nodiscard]] bool makeFolderRow(Run& run) const;
+    void flushIfDue(Run& run, bool isLast) const;
+
+    const PBScanDictionaryRef _dictionary;
+    bool _ignoreCheckAttachOperation = false;
+};
+
+/// A disk scan as an operation of the scan queue.
+class PBScanFolderOperation final : public platform::Operation {
+public:
+    [[nodiscard]] static std::shared_ptr<PBScanFolderOperation>
+    scanFolderOperationWithDictionary(PBScanDictionaryRef dictionary);
+    explicit PBScanFolderOperation(PBScanDictionaryRef dictionary)
+        : _dictionary(std::move(dictionary)) {}
+
+protected:
+    void main() override {
+        PBScanFolderTask::scanFolderTaskWithDictionary(_dictionary)->runWithOperation(*this);
+    }
+
+private:
+    const PBScanDictionaryRef _dictionary;
+};

@@ -1,0 +1,75 @@
+#include "scan/ScanFactory.h"
+
+#include "platform/OperationQueue.h"
+#include "scan/AttachedOperations.h"
+#include "scan/FilePropertyBatch.h"
+#include "scan/PBScanDatabaseOperation.h"
+#include "scan/ScanServices.h"
+
+ScanFactory::ScanFactory(Environment environment) : _environment(std::move(environment)) {}
+
+std::shared_ptr<PBScanDictionary> ScanFactory::makeDictionary(
+    std::shared_ptr<PBAliasObject> root, const QString& relativePath,
+    std::shared_ptr<PBGroupItemArray> workTree, const ScanBrowsing& browsing) const {
+    const auto& services = _environment.services;
+    auto dictionary = std::make_shared<PBScanDictionary>();
+    dictionary->Database = &_environment.scanFileDb;
+    dictionary->OperationQueue = &_environment.scanQueue;
+    dictionary->AliasObject = std::move(root);
+    if (!relativePath.isEmpty()) dictionary->RelativePath = relativePath;
+    dictionary->RecurseSubFolder = browsing.recurseSubFolder;
+    dictionary->GroupTypeArray = browsing.groupTypeArray;
+    dictionary->WorkGroupItemArray = std::move(workTree);
+    dictionary->SortType = browsing.sortType;
+    dictionary->DescendingSort = browsing.descendingSort;
+    dictionary->Filter = browsing.filter;
+    dictionary->SearchString = browsing.searchString;
+    dictionary->PushImageFileItemTime = std::make_shared<PBMutableNumber>(services->now());
+    dictionary->PushImageFileItemCount = std::make_shared<PBMutableNumber>(0);
+    dictionary->ScanFinishedArray = std::make_shared<const std::vector<PBScanFinishedObject>>(
+        services->scanFinishedManager.scanFinishedArray());
+    dictionary->BuilidThumbDatabase = &services->buildThumb->db;
+    dictionary->BuilidThumbOperationQueue = &services->buildThumb->queue;
+    dictionary->BuildThumbSize = browsing.thumbnailSize;
+    dictionary->AttachOperationArray = _attachOperationArray;
+    dictionary->OpenFiles = browsing.openFiles;
+    dictionary->services = services;
+    return dictionary;
+}
+
+void ScanFactory::startScan(
+    std::shared_ptr<PBAliasObject> root, const QString& relativePath,
+    std::shared_ptr<PBGroupItemArray> workTree, const ScanBrowsing& browsing) const {
+    _environment.services->figures.scanBegins();
+    _environment.scanQueue.addOperation(
+        PBScanDatabaseOperation::scanDatabaseOperationWithDictionary(
+            makeDictionary(std::move(root), relativePath, std::move(workTree), browsing)));
+}
+
+void ScanFactory::attach(std::shared_ptr<PBScanAttachOperation> operation) const {
+    attachScanOperation(
+        _attachOperationArray, _environment.scanQueue, std::move(operation),
+        _environment.cancelDelayedPublications);
+}
+
+void ScanFactory::attachChanges(
+    const WatchedChanges& changes, const std::shared_ptr<PBGroupItemArray>& workTree,
+    const ScanBrowsing& browsing) const {
+    if (!workTree) return;
+    if (changes.checkExist) {
+        attach(std::make_shared<PBCheckFileItemExistAttachOperation>(
+            makeDictionary(nullptr, {}, workTree, browsing)));
+    }
+    for (const FolderRescan& rescan : changes.rescans) {
+        QString relativePath;
+        const auto root = _environment.services->aliasManager.appropriateAliasObjectForPath(
+            rescan.path, &relativePath, false);
+        if (!root || !root->isMounted()) continue;
+        ScanBrowsing inFolder = browsing;
+        inFolder.recurseSubFolder = rescan.recursive && browsing.recurseSubFolder;
+        inFolder.openFiles = nullptr;
+        const auto dictionary = makeDictionary(root, relativePath, workTree, inFolder);
+        dictionary->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
+        attach(std::make_shared<PBScanFolderAttachOperation>(dictionary));
+    }
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "group/GroupPublication.h"
+#include "group/PlaceAddresses.h"
+#include "image/ImageImporters.h"
+#include "image/PBBuildThumbOperation.h"
+#include "library/PBAliasManager.h"
+#include "scan/PBScanFinishedManager.h"
+#include "scan/ScanFigures.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+
+/// What scans need of the rest of the program. Everything outlives the scan queue.
+struct ScanServices {
+    const PBAliasManager& aliasManager;
+    PBScanFinishedManager& scanFinishedManager;
+    /// Taken around the insertion of a folder's row.
+    std::mutex& insertFolderAliasLock;
+    image::ImageImporters& imageImporters;
+    std::shared_ptr<BuildThumbServices> buildThumb;
+    /// nullptr: no address is ever known.
+    group::PlaceAddresses* places = nullptr;
+    /// Called on the scan thread; bring their matter to the main thread, in default mode and in
+    /// order, and don't wait.
+    group::GroupPublisher publish;
+    std::function<void()> scanFinished;
+    /// Whether a file is new and still being written; it is left alone then. May be empty.
+    std::function<bool(const QString& path)> isBeingWritten;
+    /// Seconds since 1970.
+    std::function<double()> now;
+    /// What this run of the program did.
+    ScanFigures& figures;
+};

@@ -1,0 +1,59 @@
+#include "scan/ScanSteps.h"
+
+#include "FMDB/FMDatabase.h"
+#include "catalogue/PBCatalogue.h"
+#include "catalogue/PBRemoveThumbOperation.h"
+#include "image/PBBuildThumbOperation.h"
+#include "platform/OperationQueue.h"
+#include "scan/ScanServices.h"
+
+void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCapture) {
+    ScanFigures& figures = dictionary.services->figures;
+    dictionary.services->publish(
+        group::makeGroupPublication(dictionary.WorkGroupItemArray, updateScrollCapture));
+    ++figures.publications;
+    figures.mark(figures.firstPublication);
+}
+
+void buildThumbnail(
+    const PBScanDictionary& dictionary, const PBImageFileItem& item,
+    std::unique_ptr<image::ImageImporter> importer, bool checkExist) {
+    if (!importer) return;
+    dictionary.BuilidThumbOperationQueue->addOperation(std::make_shared<PBBuildThumbOperation>(
+        dictionary.services->buildThumb, PBBuildThumbOperation::Request{
+                                             .fileId = item.fileId(),
+                                             .imageImporter = std::move(importer),
+                                             .checkExist = checkExist,
+                                             .thumbSize = dictionary.BuildThumbSize,
+                                             .imageSize = item.imageSize(),
+                                         }));
+}
+
+void removeFromCatalogue(
+    const PBScanDictionary& dictionary, const std::vector<qint64>& folderIds,
+    const std::vector<qint64>& fileIds, const platform::Operation& operation) {
+    if (folderIds.empty() && fileIds.empty()) return;
+    FMDatabase& db = *dictionary.Database;
+    if (db.beginTransaction()) {
+        PBCatalogue catalogue(db);
+        quint64 removed = 0;
+        // Folders last: what a cancellation leaves undone has its folder still.
+        for (const qint64 fileId : fileIds) {
+            if (operation.isCancelled()) break;
+            if (catalogue.removeImageFileAndMetadataWithFileId(fileId)) ++removed;
+        }
+        for (const qint64 folderId : folderIds) {
+            if (operation.isCancelled()) break;
+            catalogue.removeFolderWithFolderId(folderId);
+        }
+        if (db.commit()) {
+            dictionary.services->figures.rowsRemoved += removed;
+        } else {
+            db.rollback();
+        }
+    }
+    if (fileIds.empty() || operation.isCancelled()) return;
+    dictionary.BuilidThumbOperationQueue->addOperation(std::make_shared<PBRemoveThumbOperation>(
+        std::vector<std::int64_t>(fileIds.begin(), fileIds.end()),
+        *dictionary.BuilidThumbDatabase));
+}

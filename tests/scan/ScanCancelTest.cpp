@@ -1,0 +1,62 @@
+#include "scan/ScanSupport.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <random>
+#include <thread>
+
+/// Scans that are cut off at any moment, on files that come and go meanwhile.
+TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
+    constexpr int folders = 6;
+    constexpr int filesEach = 20;
+    std::mt19937 random(20);
+    for (int i = 0; i < folders * filesEach; ++i)
+        makePicture(QStringLiteral("%1/%2.jpg").arg(i % folders).arg(i), {2, 2});
+    int readsLeft = 0;
+    importers.properties[QStringLiteral("0.jpg")] = {
+        {QStringLiteral("{Exif}"), PBDictionary{{QStringLiteral("FNumber"), 2.8}}}};
+    importers.willRead = [&](const QString&) {
+        now = now + 0.2;
+        if (--readsLeft == 0) scanQueue.cancelAllOperations();
+    };
+    for (int round = 0; round < 60; ++round) {
+        for (int change = 0; change < 8; ++change) {
+            const unsigned pick = random() % (folders * filesEach);
+            const QString name = QStringLiteral("%1/%2.jpg").arg(pick % folders).arg(pick);
+            if (random() % 2 == 0) {
+                QFile::remove(path(name));
+            } else {
+                makePicture(name, {3, 2}, static_cast<int>(random()));
+            }
+        }
+        readsLeft = static_cast<int>(random() % 12);
+        startScan(random() % 3 == 0 ? QStringLiteral("1") : QString());
+        if (round % 4 == 1) {
+            // From another thread, at a moment of its own.
+            std::thread([&] {
+                while (figures.items < random() % 60 && scanQueue.operationCount() != 0)
+                    std::this_thread::yield();
+                scanQueue.cancelAllOperations();
+                buildQueue.cancelAllOperations();
+            }).join();
+        }
+        scanQueue.waitUntilAllOperationsAreFinished();
+        expectConsistentCatalogue();
+        if (HasFailure()) return;
+    }
+    importers.willRead = {};
+    scan();
+    QStringList onDisk;
+    for (int i = 0; i < folders; ++i) {
+        for (const QString& name : QDir(path(QString::number(i))).entryList(QDir::Files))
+            onDisk.append(name);
+    }
+    onDisk.sort();
+    EXPECT_EQ(rows(QStringLiteral("select FileName from ImageFile order by FileName")), onDisk);
+    EXPECT_EQ(shown().size(), onDisk.size());
+    EXPECT_EQ(
+        thumbnailRows(QStringLiteral("select count(*) from Thumbnail")).value(0).toInt() >=
+            onDisk.size(),
+        true);
+}
