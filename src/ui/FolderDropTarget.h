@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+
+#include <functional>
+
+class QMimeData;
+class QWidget;
+
+/// Makes a widget take folders that are dragged onto it. Main thread.
+class FolderDropTarget final : public QObject {
+    Q_OBJECT
+
+public:
+    /// Whether a path is a folder that can be taken; asked once for each path of a drag.
+    using Test = std::function<bool(const QString& path)>;
+
+    /// Belongs to the widget.
+    FolderDropTarget(QWidget& widget, Test isFolder);
+
+    /// The folders of the drag that is over the widget; empty if there is none.
+    [[nodiscard]] const QStringList& supportURLArray() const { return _supportURLArray; }
+
+Q_SIGNALS:
+    /// A drag with folders came over the widget, or it left or was dropped.
+    void draggingChanged(bool isOver);
+    void dropped(const QStringList& folders);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    [[nodiscard]] QStringList folders(const QMimeData& data) const;
+    void endDragging();
+
+    const Test _isFolder;
+    QStringList _supportURLArray;
+};

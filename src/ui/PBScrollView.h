@@ -1,0 +1,92 @@
+#pragma once
+
+#include "ui/ScrollMotion.h"
+
+#include <QAbstractScrollArea>
+#include <QBasicTimer>
+#include <QPointF>
+#include <QRectF>
+#include <QSizeF>
+
+class PBScroller;
+
+/// A scroll area with one eased axis. Its document may be taller than any widget: the document view
+/// fills the viewport and draws the part at `pbScrollPoint`. Positions are whole points. Main
+/// thread.
+class PBScrollView : public QAbstractScrollArea, protected ScrollTarget {
+    Q_OBJECT
+
+public:
+    explicit PBScrollView(Qt::Orientation axis = Qt::Vertical, QWidget* parent = nullptr);
+    ~PBScrollView() override;
+
+    /// What shows the document; becomes a child that fills the viewport. Wheel events that it
+    /// ignores come here.
+    void setDocumentView(QWidget* view);
+    [[nodiscard]] QWidget* documentView() const { return _documentView; }
+    /// Never smaller than the viewport along the axis.
+    void setDocumentSize(const QSizeF& size);
+    [[nodiscard]] QSizeF documentSize() const { return _documentSize; }
+    /// The part of the document on show.
+    [[nodiscard]] QRectF documentVisibleRect() const;
+
+    [[nodiscard]] QPointF pbScrollPoint() const { return _scrollPoint; }
+    /// Rounds to whole points and keeps within the document.
+    void setPbScrollPoint(const QPointF& point);
+    [[nodiscard]] QPointF maxScrollPoint() const;
+    void scrollToPoint(const QPointF& point, bool animation);
+    void scrollToPosition(double position, bool animation);
+    /// A relative move, eased.
+    void scrollBy(double delta);
+    void updateScrollAmtByOffset(double offset) { _motion.updateScrollAmtByOffset(offset); }
+    [[nodiscard]] bool isScrolling() const;
+
+    [[nodiscard]] bool horizontalScroll() const { return _axis == Qt::Horizontal; }
+    [[nodiscard]] PBScroller& scroller() const { return *_scroller; }
+    /// The width that the scroller takes, or would take if it were on show.
+    [[nodiscard]] int scrollerWidth() const;
+    [[nodiscard]] ScrollMotion& motion() { return _motion; }
+    /// For tests.
+    void setClock(const ScrollMotion::Clock& clock);
+
+    /// What one turn of a wheel moves by, in points.
+    [[nodiscard]] virtual double scrollLine() const { return 0; }
+    /// Gestures with phases move the document directly.
+    [[nodiscard]] virtual bool useMagicScroll() const { return true; }
+
+Q_SIGNALS:
+    /// The position changed.
+    void didScroll();
+    /// The viewport has another size.
+    void viewportResized();
+
+protected:
+    [[nodiscard]] double scrollPosition() const override;
+    void setScrollPosition(double position) override;
+    void scrollTimeWillBegin() override;
+    void scrollTimeDidEnd(std::int64_t direction) override;
+
+    void wheelEvent(QWheelEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
+
+private:
+    void scrollNatively(const QWheelEvent& event);
+    void reflectScrolledClipView();
+    void updateScrollers();
+    void slideScrollerDragged(double pull);
+
+    const Qt::Orientation _axis;
+    ScrollMotion _motion;
+    PhasedScrolling _phases;
+    ScrollMotion::Clock _clock;
+    QBasicTimer _scrollTimer;
+    QWidget* _documentView = nullptr;
+    PBScroller* _scroller; // owned by the base class
+    QSizeF _documentSize;
+    QPointF _scrollPoint;
+    double _dragScrollTime = 0;
+    bool _ignoreReflectScroller = false;
+};

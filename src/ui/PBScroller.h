@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QScrollBar>
+
+/// A scroller whose positions are doubles, so that documents of any length can be reached: the
+/// integer steps of the base class are spread over the document. In slide mode the knob is a
+/// joystick that rests in the middle; how far it is pulled is a speed. Main thread.
+class PBScroller final : public QScrollBar {
+    Q_OBJECT
+
+public:
+    explicit PBScroller(Qt::Orientation orientation, QWidget* parent = nullptr);
+
+    /// The farthest position, what is visible at once, and what an arrow moves by, in points.
+    void setDocument(double maximum, double page, double line);
+    /// How much stays in sight when the document is moved on by a page.
+    void setPageScroll(double overlap) { _pageOverlap = overlap; }
+    /// Moves the knob only.
+    void setPosition(double position);
+
+    void setSlideMode(bool isSlideMode);
+    [[nodiscard]] bool isSlideMode() const { return _isSlideMode; }
+
+Q_SIGNALS:
+    /// The user took the knob, and let it go.
+    void trackingStarted();
+    void trackingStopped();
+    /// The user wants that position; with the knob in slide mode -0.5 to 0.5 from the middle.
+    void positionRequested(double position);
+    void slideRequested(double pull);
+    /// The user wants to move on by so much.
+    void moveRequested(double delta);
+
+private:
+    void handleAction(int action);
+
+    double _scale = 1; // points a step
+    double _position = 0;
+    double _maximum = 0;
+    double _page = 0;
+    double _line = 0;
+    double _pageOverlap = 0;
+    bool _isSlideMode = false;
+};

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QCache>
+#include <QFont>
+#include <QFontMetricsF>
+#include <QHash>
+#include <QStaticText>
+#include <QString>
+
+class QPainter;
+class QRectF;
+
+/// Single lines of text in one font, shortened in the middle where they are too long, and kept laid
+/// out from one paint to the next. Main thread.
+class TextLines {
+public:
+    explicit TextLines(const QFont& font);
+
+    [[nodiscard]] const QFont& font() const { return _font; }
+    /// The width of the whole text, in points.
+    [[nodiscard]] double width(const QString& text) const;
+    /// Draws in the painter's pen and this font, centred in the rectangle or from its leading edge.
+    void drawCentred(QPainter& painter, const QRectF& rect, const QString& text) const;
+    /// Answers the width that was taken.
+    double drawLeading(QPainter& painter, const QRectF& rect, const QString& text) const;
+
+private:
+    struct Line {
+        QStaticText text;
+        double width = 0;
+    };
+    struct Key {
+        QString text;
+        int room;
+        friend bool operator==(const Key&, const Key&) = default;
+        friend size_t qHash(const Key& key, size_t seed) {
+            return qHashMulti(seed, key.text, key.room);
+        }
+    };
+    [[nodiscard]] const Line& line(const QString& text, double room) const;
+
+    QFont _font;
+    QFontMetricsF _metrics;
+    mutable QCache<Key, Line> _lines{4000};
+};
