@@ -1,0 +1,232 @@
+// Layout of a million images, and painting while a sheet of 100,000 is scrolled: against the plain
+// arithmetic of the same sizes, and against a bare copy of the same pixels.
+
+#include "browser/PBImageBrowserScrollView.h"
+#include "browser/PBImageBrowserView.h"
+#include "image/PBThumbnailBufferManager.h"
+#include "platform/MainLoop.h"
+#include "platform/OperationQueue.h"
+#include "support/Ratio.h"
+#include "ui/PBThemes.h"
+
+#include <QApplication>
+#include <QBackingStore>
+#include <QPaintEvent>
+#include <QPainter>
+
+#include <algorithm>
+#include <ctime>
+#include <random>
+#include <vector>
+
+namespace {
+
+constexpr int rounds = 5;
+
+/// Milliseconds that this thread has spent, whatever else the machine does.
+double threadTime() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) * 1e-6;
+}
+
+template <typename Work>
+double threadTimeOf(Work&& work) {
+    const double start = threadTime();
+    work();
+    return threadTime() - start;
+}
+
+PBGroupItemArray makeTree(int groups, int images) {
+    PBGroupItemArray tree;
+    std::mt19937 random(1);
+    qint64 id = 0;
+    for (int group = 0; group < groups; ++group) {
+        tree.push_back(PBGroupItem::groupItemWithParent(
+            nullptr, 5, PBValue(QStringLiteral("/photos/%1").arg(group))));
+        for (int image = 0; image < images / groups; ++image) {
+            ++id;
+            auto item = PBImageFileItem::imageFileItemWithId(
+                id, 1, QStringLiteral("DSC%1.jpg").arg(id), 1234567, 1);
+            item->setImageSize(random() % 4 == 0 ? QSizeF(2000, 3000) : QSizeF(3000, 2000));
+            tree.back()->sortAddImageFileItem(std::move(item), 0, false);
+        }
+    }
+    return tree;
+}
+
+std::vector<PBGroupItem*> leavesOf(const PBGroupItemArray& tree) {
+    std::vector<PBGroupItem*> leaves;
+    for (const auto& node : tree)
+        leaves.push_back(node.get());
+    return leaves;
+}
+
+void measureLayout(const char* name, int groups) {
+    constexpr int images = 1000000;
+    const PBGroupItemArray tree = makeTree(groups, images);
+    BrowserLeafList leaves;
+    leaves.setLeafGroupItemArray(leavesOf(tree));
+    BrowserLayout layout;
+    layout.setLeaves(&leaves);
+    layout.setWidth(1200, 0);
+    const auto plainFloor = [&] {
+        double sum = 0;
+        leaves.forEachImage(true, [&](const PBImageBrowserIndex&, const auto& item) {
+            sum += item->imageSize().height();
+        });
+        bench::keep(sum);
+    };
+    std::printf("%s\n", name);
+    bench::printRatio("  height of the sheet, to reading every size", rounds, plainFloor, [&] {
+        layout.invalidate();
+        bench::keep(layout.contentHeight());
+    });
+    layout.invalidate();
+    const double near = threadTimeOf([&] { bench::keep(layout.visibleRange(0, 1000).end.item); });
+    std::printf("  first visible range, nothing known: %.4f ms (limit 30)\n", near);
+    double first = 1e9;
+    for (int round = 0; round < rounds; ++round) {
+        layout.invalidate();
+        first = std::min(first, threadTimeOf([&] {
+                             bench::keep(layout.contentHeight());
+                             bench::keep(layout.visibleRange(0, 1000).end.item);
+                         }));
+    }
+    std::printf("  first visible range and the height of the sheet: %.3f ms\n", first);
+    const double height = layout.contentHeight();
+    std::mt19937 random(2);
+    double worst = 0;
+    double total = 0;
+    constexpr int looks = 2000;
+    for (int look = 0; look < looks; ++look) {
+        const double line = static_cast<double>(random()) / 4294967296.0 * height;
+        const double time =
+            threadTimeOf([&] { bench::keep(layout.visibleRange(line, line + 1000).end.item); });
+        worst = std::max(worst, time);
+        total += time;
+    }
+    std::printf(
+        "  later visible ranges: mean %.5f ms, worst %.5f ms (limit 0.1)\n", total / looks, worst);
+}
+
+class NoThumbnails final : public ThumbnailLoader {
+public:
+    QImage loadThumbnail(const PBImageFileItem&) override { return {}; }
+};
+
+class BenchServices final : public BrowserServices, public group::FolderPaths {
+public:
+    ThumbnailLoader& thumbnailLoader() override { return _none; }
+    ThumbnailLoader& preloadThumbnailLoader() override { return _none; }
+    platform::OperationQueue& preloadThumbnailOperationQueue() override { return _preload; }
+    platform::OperationQueue& buildThumbOperationQueue() override { return _build; }
+    std::optional<qint64> fileIdOfBuildThumb(const platform::Operation&) const override {
+        return std::nullopt;
+    }
+    PBThumbnailBufferManager& thumbnailBufferManager() override { return _buffer; }
+    const group::FolderPaths& folderPaths() const override { return *this; }
+    QString tagWithTagId(qint64) const override { return {}; }
+    bool isLargeView() const override { return false; }
+    QString pathOfFolderId(qint64) const override { return {}; }
+
+private:
+    NoThumbnails _none;
+    PBThumbnailBufferManager _buffer{200};
+    platform::OperationQueue _build{QStringLiteral("build")};
+    platform::OperationQueue _preload{QStringLiteral("preload")};
+};
+
+struct Frames {
+    double median = 0;
+    double worst = 0;
+};
+
+Frames summary(std::vector<double> times) {
+    std::ranges::sort(times);
+    return {times[times.size() / 2], times.back()};
+}
+
+void measureScrolling() {
+    constexpr int images = 100000;
+    constexpr int steps = 600;
+    constexpr double step = 40;
+    const PBGroupItemArray tree = makeTree(100, images);
+    // Those that the steps pass have pictures of their own, so that each is scaled anew.
+    constexpr std::size_t passed = 1600;
+    std::vector<QImage> pictures;
+    for (int index = 0; index < 64; ++index) {
+        QImage picture(
+            index % 4 == 0 ? QSize(171, 256) : QSize(256, 171),
+            QImage::Format_ARGB32_Premultiplied);
+        picture.fill(QColor::fromHsv(index * 5, 120, 200));
+        pictures.push_back(picture);
+    }
+    std::size_t next = 0;
+    for (const auto& node : tree)
+        for (const auto& item : node->imageFiles()) {
+            ++next;
+            const QImage& picture = pictures[next % pictures.size()];
+            item->setThumbnailRef(next < passed ? picture.copy() : picture);
+        }
+    BenchServices services;
+    PBImageBrowserScrollView scrollView(services);
+    PBImageBrowserView view(scrollView, services);
+    scrollView.resize(1920, 1080);
+    scrollView.show();
+    view.setLeafGroupItemArray(leavesOf(tree));
+    view.reloadData();
+    QApplication::processEvents();
+
+    std::vector<double> frames;
+    for (int index = 0; index < steps; ++index)
+        frames.push_back(threadTimeOf([&] {
+            scrollView.setPbScrollPoint({0, index * step});
+            QApplication::processEvents();
+        }));
+    const Frames scrolled = summary(frames);
+
+    // The pixels of a frame: those of the whole widget, copied from a picture.
+    QImage target(view.size(), QImage::Format_RGB32);
+    QImage source(view.size(), QImage::Format_RGB32);
+    source.fill(Qt::gray);
+    frames.clear();
+    for (int index = 0; index < steps; ++index)
+        frames.push_back(threadTimeOf([&] { QPainter(&target).drawImage(0, 0, source); }));
+    const Frames copied = summary(frames);
+    std::printf(
+        "scrolling %d images, %d steps: median %.3f ms (limit 4), worst %.3f ms (limit 12)\n",
+        images, steps, scrolled.median, scrolled.worst);
+    std::printf(
+        "  a bare copy of the window: median %.3f ms; ratio of medians %.2f (target 2.50)\n",
+        copied.median, scrolled.median / copied.median);
+
+    double swap = 1e9;
+    for (int round = 0; round < rounds; ++round) {
+        PBGroupItemArray copy;
+        for (const auto& node : tree)
+            copy.push_back(node->copyWithParent(nullptr));
+        swap = std::min(swap, bench::millisecondsOf([&] {
+                            for (const auto& node : copy)
+                                node->updateDataGroupItem();
+                            view.setLeafGroupItemArray(leavesOf(copy));
+                            view.reloadData();
+                        }));
+        for (const auto& node : tree)
+            node->updateDataGroupItem();
+        view.setLeafGroupItemArray(leavesOf(tree));
+    }
+    std::printf("swap of a tree of %d images: %.3f ms (limit 16)\n", images, swap);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    const platform::MainLoop loop;
+    PBThemes::apply(PBThemes::Scheme::Light);
+    measureLayout("1,000,000 images in 1,000 groups", 1000);
+    measureLayout("1,000,000 images in one group", 1);
+    measureScrolling();
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "group/FolderPaths.h"
+#include "image/PBPreloadThumbnailOperation.h"
+
+#include <QString>
+
+#include <optional>
+
+class PBThumbnailBufferManager;
+
+namespace platform {
+class OperationQueue;
+}
+
+/// What the browser needs of the program. Main thread.
+class BrowserServices {
+public:
+    virtual ~BrowserServices() = default;
+    /// Loads through the main thread's connection.
+    [[nodiscard]] virtual ThumbnailLoader& thumbnailLoader() = 0;
+    /// That of the preload queue, for its thread only.
+    [[nodiscard]] virtual ThumbnailLoader& preloadThumbnailLoader() = 0;
+    [[nodiscard]] virtual platform::OperationQueue& preloadThumbnailOperationQueue() = 0;
+    [[nodiscard]] virtual platform::OperationQueue& buildThumbOperationQueue() = 0;
+    /// The image for which an operation of the build queue makes a thumbnail; nothing for others.
+    [[nodiscard]] virtual std::optional<qint64>
+    fileIdOfBuildThumb(const platform::Operation& operation) const = 0;
+    [[nodiscard]] virtual PBThumbnailBufferManager& thumbnailBufferManager() = 0;
+    [[nodiscard]] virtual const group::FolderPaths& folderPaths() const = 0;
+    /// Empty for a tag without a text.
+    [[nodiscard]] virtual QString tagWithTagId(qint64 tagId) const = 0;
+    /// The large view is shown in the browser's place.
+    [[nodiscard]] virtual bool isLargeView() const = 0;
+};

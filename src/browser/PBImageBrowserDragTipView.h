@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QWidget>
+
+/// Covers the browser while folders are dragged over it, and says what a drop will do.
+class PBImageBrowserDragTipView final : public QWidget {
+public:
+    explicit PBImageBrowserDragTipView(QWidget* parent);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};

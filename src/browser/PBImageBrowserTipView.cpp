@@ -1,0 +1,124 @@
+#include "browser/PBImageBrowserTipView.h"
+
+#include "platform/LocalizedTexts.h"
+#include "platform/MainLoop.h"
+#include "ui/Icons.h"
+#include "ui/PBThemes.h"
+
+#include <QEvent>
+#include <QLabel>
+#include <QPointer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using platform::localizedString;
+
+namespace {
+
+constexpr QSize pictureSize(112, 112);
+
+QLabel* centredLabel(QWidget* parent) {
+    auto* label = new QLabel(parent);
+    label->setAlignment(Qt::AlignCenter);
+    label->setWordWrap(true);
+    return label;
+}
+
+} // namespace
+
+PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
+    : QWidget(parent), _picture(centredLabel(this)), _title(centredLabel(this)),
+      _or(centredLabel(this)), _hint(centredLabel(this)),
+      _button(new QPushButton(localizedString(u"AddFolder"), this)),
+      _indicator(new QProgressBar(this)) {
+    setAutoFillBackground(true);
+    QFont large = font();
+    large.setPointSizeF(large.pointSizeF() * 1.35);
+    _title->setFont(large);
+    _or->setText(localizedString(u"Or"));
+    _hint->setText(localizedString(u"DragDropFolder"));
+    _button->setMinimumWidth(140);
+    _indicator->setRange(0, 0);
+    _indicator->setTextVisible(false);
+    _indicator->setFixedSize(180, 6);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 24, 24, 24);
+    layout->setSpacing(10);
+    layout->addStretch(4);
+    layout->addWidget(_picture);
+    layout->addWidget(_title);
+    layout->addSpacing(4);
+    layout->addWidget(_button, 0, Qt::AlignHCenter);
+    layout->addWidget(_or);
+    layout->addWidget(_hint);
+    layout->addWidget(_indicator, 0, Qt::AlignHCenter);
+    layout->addStretch(5);
+
+    connect(_button, &QPushButton::clicked, this, &PBImageBrowserTipView::addFolderRequested);
+    updateColors();
+    setTipKind(0);
+}
+
+std::int64_t
+PBImageBrowserTipView::kindFor(bool hasGroups, bool hasRoots, bool hasSelection, bool isScanning) {
+    if (hasGroups) return 0;
+    if (!hasRoots) return 1;
+    if (!hasSelection) return 2;
+    return isScanning ? 4 : 3;
+}
+
+void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
+    if (tipKind == _tipKind) return;
+    _tipKind = tipKind;
+    setVisible(tipKind != 0);
+    static constexpr QStringView titles[] = {
+        u"", u"SelectAFolder", u"No Folder Selected", u"No Photo", u""};
+    const bool known = tipKind >= 0 && tipKind < std::ssize(titles);
+    const QString title = known ? localizedString(titles[tipKind]) : QString();
+    _title->setText(title);
+    _title->setVisible(!title.isEmpty());
+    _picture->setVisible(!title.isEmpty());
+    for (QWidget* widget :
+         {static_cast<QWidget*>(_button), static_cast<QWidget*>(_or),
+          static_cast<QWidget*>(_hint)}) {
+        widget->setVisible(tipKind == 1);
+    }
+    // The indicator changes after the present event, so that a scan that ends within it shows none.
+    if (auto* loop = platform::MainLoop::instance()) {
+        loop->cancelPreviousPerformRequestsWithTarget(this);
+        loop->performAfterDelay(
+            this, "updateIndicator", std::chrono::milliseconds(0), [self = QPointer(this)] {
+                if (self) self->updateIndicator();
+            });
+    } else {
+        updateIndicator();
+    }
+}
+
+void PBImageBrowserTipView::updateIndicator() {
+    _indicator->setVisible(_tipKind == 4);
+}
+
+void PBImageBrowserTipView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) updateColors();
+}
+
+void PBImageBrowserTipView::updateColors() {
+    const PBThemes::Colors& colors = PBThemes::colors();
+    QColor faint = colors.icon;
+    faint.setAlphaF(0.55F);
+    _picture->setPixmap(
+        Icons::pixmap(QStringLiteral("photographs"), pictureSize, devicePixelRatioF(), faint));
+    QPalette own = palette();
+    if (own.color(QPalette::Window) == colors.browser) return;
+    own.setColor(QPalette::Window, colors.browser);
+    setPalette(own);
+    for (QLabel* label : {_or, _hint}) {
+        QPalette quiet = label->palette();
+        quiet.setColor(QPalette::WindowText, colors.secondaryText);
+        label->setPalette(quiet);
+    }
+}

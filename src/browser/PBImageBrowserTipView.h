@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QWidget>
+
+#include <cstdint>
+
+class QLabel;
+class QProgressBar;
+class QPushButton;
+
+/// What covers the browser while it has nothing to show: how to begin, why it is empty, or that a
+/// scan is running. Main thread.
+class PBImageBrowserTipView final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit PBImageBrowserTipView(QWidget* parent = nullptr);
+
+    /// 0: hidden, the browser has photographs; 1: no folder root exists; 2: no folder is selected;
+    /// 3: the folder has no photograph; 4: a scan is running.
+    [[nodiscard]] std::int64_t tipKind() const { return _tipKind; }
+    void setTipKind(std::int64_t tipKind);
+
+    /// The kind that fits the state of the window.
+    [[nodiscard]] static std::int64_t
+    kindFor(bool hasGroups, bool hasRoots, bool hasSelection, bool isScanning);
+
+Q_SIGNALS:
+    /// The button of kind 1 was pressed.
+    void addFolderRequested();
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    void updateColors();
+    void updateIndicator();
+
+    std::int64_t _tipKind = -1;
+    QLabel* _picture;
+    QLabel* _title;
+    QLabel* _or;
+    QLabel* _hint;
+    QPushButton* _button;
+    QProgressBar* _indicator;
+};

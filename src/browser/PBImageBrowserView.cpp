@@ -1,0 +1,291 @@
+#include "browser/PBImageBrowserView.h"
+
+#include "browser/BrowserAccessible.h"
+#include "browser/PBImageBrowserScrollView.h"
+#include "browser/PBImageBrowserSelectView.h"
+#include "platform/MainLoop.h"
+#include "ui/PBModalTextField.h"
+
+#include <QPaintEvent>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+/// Sorting the waiting builds again costs their number: not at every step of a motion.
+constexpr int adjustDelay = 50; // milliseconds
+
+} // namespace
+
+PBImageBrowserView::PBImageBrowserView(
+    PBImageBrowserScrollView& scrollView, BrowserServices& services)
+    : QWidget(&scrollView), _scrollView(scrollView), _services(services),
+      _feed(
+          _layout, _leaves, services,
+          [this](const PBImageFileItem& item) { thumbnailArrived(item); }),
+      _painter(
+          _layout, _leaves, _feed,
+          [&services](qint64 tagId) { return services.tagWithTagId(tagId); }),
+      _selection(_leaves), _input(_layout, _leaves, *this),
+      _selectView(new PBImageBrowserSelectView(this)) {
+    BrowserAccessible::install();
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_AcceptTouchEvents, false);
+    _layout.setLeaves(&_leaves);
+    _scrollView.setThumbnailSize(thumbnailSize());
+    _scrollView.setDocumentView(this);
+    _scrollView.setFocusProxy(this);
+    connect(&_scrollView, &PBScrollView::didScroll, this, &PBImageBrowserView::didScroll);
+}
+
+PBImageBrowserView::~PBImageBrowserView() = default;
+
+void PBImageBrowserView::setLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves) {
+    ++_contentGeneration;
+    _leaves.setLeafGroupItemArray(leaves);
+    _layout.invalidate();
+}
+
+void PBImageBrowserView::reset() {
+    _input.reset();
+    _editingNameFileItem.reset();
+    delete _editFileNameTextField.data();
+    _scrollCapture.reset();
+    _scrollView.scrollToPosition(0, false);
+    _scrollCapture.reset(); // the way to the top is not to be kept
+}
+
+void PBImageBrowserView::setThumbnailSize(double size) {
+    size = std::clamp(size, BrowserMetrics::minThumbnailSize, BrowserMetrics::maxThumbnailSize);
+    BrowserMetrics metrics = _layout.metrics();
+    metrics.thumbnailSize = size;
+    _layout.setMetrics(metrics);
+    _scrollView.setThumbnailSize(size);
+}
+
+void PBImageBrowserView::setStyle(std::uint64_t style) {
+    BrowserMetrics metrics = _layout.metrics();
+    const std::uint64_t changed = metrics.style ^ style;
+    metrics.style = style;
+    _layout.setMetrics(metrics);
+    if ((changed & ~std::uint64_t{BrowserMetrics::Shadow}) != 0) {
+        reloadData();
+    } else {
+        update();
+    }
+}
+
+std::int64_t PBImageBrowserView::pageItemCount() const {
+    return _layout.pageItemCount(_scrollView.viewport()->height());
+}
+
+QRectF PBImageBrowserView::visibleRect() const {
+    return _scrollView.documentVisibleRect();
+}
+
+QPointF PBImageBrowserView::toSheet(const QPointF& point) const {
+    return point + visibleRect().topLeft();
+}
+
+QRect PBImageBrowserView::toWidget(const QRectF& sheetRect) const {
+    return sheetRect.translated(-visibleRect().topLeft())
+        .intersected(QRectF(rect()).adjusted(-1, -1, 1, 1))
+        .toAlignedRect();
+}
+
+QRect PBImageBrowserView::widgetRect(const PBImageBrowserIndex& index) {
+    return _layout.cellRectAtIndex(index).translated(-visibleRect().topLeft()).toAlignedRect();
+}
+
+PBImageBrowserIndex PBImageBrowserView::indexAt(const QPoint& point) {
+    return _layout.itemIndexByPoint(toSheet(point), _painter).index;
+}
+
+void PBImageBrowserView::updateSheetRect(const QRectF& sheetRect) {
+    const QRect part = toWidget(sheetRect);
+    if (!part.isEmpty()) update(part);
+}
+
+/// Gives the scroll view the size of the sheet. Its scroller may come or go with that, and change
+/// the width of the sheet in turn, but never its columns.
+void PBImageBrowserView::updateDocument() {
+    const auto applyWidth = [this] {
+        const bool hasScroller = _scrollView.viewport()->width() < _scrollView.width();
+        _layout.setWidth(
+            _scrollView.viewport()->width(), hasScroller ? 0 : _scrollView.scrollerWidth());
+    };
+    applyWidth();
+    const double height =
+        std::max<double>(_scrollView.viewport()->height(), _layout.contentHeight());
+    _scrollView.setDocumentSize({_layout.contentWidth(), height});
+    applyWidth();
+}
+
+void PBImageBrowserView::restoreCapture() {
+    if (!_scrollCapture) return;
+    const auto position = scrollPositionOfCapture(*_scrollCapture, _layout, _leaves, visibleRect());
+    if (position) _scrollView.setPbScrollPoint({0, *position});
+}
+
+void PBImageBrowserView::reloadData() {
+    ++_contentGeneration;
+    _leaves.refresh();
+    _layout.invalidate();
+    _painter.heads().forgetNames();
+    layoutSheet();
+    BrowserAccessible::contentDidChange(*this);
+    Q_EMIT itemCountDidChange(_selection.itemCount(true));
+}
+
+void PBImageBrowserView::layoutSheet() {
+    if (std::exchange(_isReloading, true)) return;
+    const bool ignored = std::exchange(_ignoreUpdateScrollCapture, true);
+    const double before = _scrollView.pbScrollPoint().y();
+    updateDocument();
+    restoreCapture();
+    _ignoreUpdateScrollCapture = ignored;
+    _isReloading = false;
+
+    const double after = _scrollView.pbScrollPoint().y();
+    if (after != before) _scrollView.updateScrollAmtByOffset(after - before);
+    noteVisible();
+    _feed.preloadThumbnailWithPosition(visibleRect(), _scrollDirection ? 1 : -1);
+    adjustBuildThumb();
+    const std::int64_t page = pageItemCount();
+    if (std::exchange(_lastPageItemCount, page) != page) Q_EMIT pageItemCountDidChange(page);
+    update();
+}
+
+void PBImageBrowserView::noteVisible() {
+    const QRectF visible = visibleRect();
+    _leaves.setVisible(_layout.visibleRange(visible.top(), visible.bottom()).begin);
+}
+
+void PBImageBrowserView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    const double ratio = devicePixelRatioF();
+    _painter.setWidgetPixels(
+        static_cast<qint64>(width() * ratio) * static_cast<qint64>(height() * ratio));
+    layoutSheet();
+}
+
+void PBImageBrowserView::didScroll() {
+    const QRectF visible = visibleRect();
+    const double distance = visible.y() - _oldScrollPosition;
+    _oldScrollPosition = visible.y();
+    if (_isReloading) return;
+    if (!_ignoreUpdateScrollCapture) captureScrollWithMode(ScrollCaptureMode::Nearest);
+    if (distance != 0) _scrollDirection = distance > 0;
+    noteVisible();
+    _feed.preloadThumbnailWithPosition(visible, _scrollDirection ? 1 : -1);
+    if (!_adjustTimer.isActive()) _adjustTimer.start(adjustDelay, this);
+    scrollPixels(distance);
+}
+
+/// Moves what is drawn already, so that only the strip that came into view is painted.
+void PBImageBrowserView::scrollPixels(double distance) {
+    constexpr auto head = static_cast<int>(BrowserMetrics::headHeight);
+    const double ratio = devicePixelRatioF();
+    const bool isBetweenPixels = ratio != std::floor(ratio);
+    const bool isCovered = _selectView->isVisible() || _editFileNameTextField;
+    if (std::abs(distance) >= height() - head || isBetweenPixels || isCovered) {
+        if (_editFileNameTextField)
+            _editFileNameTextField->move(
+                _editFileNameTextField->pos() - QPoint(0, static_cast<int>(distance)));
+        update();
+        return;
+    }
+    // Under the sticky head lies something else each time.
+    scroll(0, -static_cast<int>(distance), QRect(0, head, width(), height() - head));
+    update(0, 0, width(), head);
+}
+
+void PBImageBrowserView::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    const QRectF visible = visibleRect();
+    QRectF crude;
+    for (const QRect& part : event->region()) {
+        painter.setClipRect(part);
+        crude |= _painter.draw(
+            painter, {.visible = visible,
+                      .dirty = QRectF(part).translated(visible.topLeft()),
+                      .pixelRatio = devicePixelRatioF(),
+                      .hasFocus = hasFocus(),
+                      .budget = _paintBudget});
+    }
+    if (!crude.isEmpty()) {
+        // What was scaled in a hurry gets its turn when the events that wait are done.
+        QMetaObject::invokeMethod(
+            this, [this, crude] { updateSheetRect(crude); }, Qt::QueuedConnection);
+    }
+}
+
+void PBImageBrowserView::thumbnailArrived(const PBImageFileItem& item) {
+    const PBImageBrowserIndex index = _leaves.indexForImageFile(item);
+    if (index.isValid()) updateSheetRect(_painter.cellExtent(_layout.cellRectAtIndex(index)));
+}
+
+void PBImageBrowserView::buildThumbDidFinish(qint64 fileId) {
+    if (_services.isLargeView()) return;
+    const QRectF visible = visibleRect();
+    _layout.forEachVisible(visible.top(), visible.bottom(), [&](const PBImageBrowserIndex& index) {
+        const auto item = _leaves.imageFileAtIndex(index);
+        if (item && item->fileId() == fileId)
+            updateSheetRect(_painter.cellExtent(_layout.cellRectAtIndex(index)));
+    });
+}
+
+void PBImageBrowserView::adjustBuildThumb() {
+    _adjustTimer.stop();
+    _feed.adjustBuildThumb(visibleRect(), _scrollDirection);
+}
+
+void PBImageBrowserView::setNeedsDisplayGroupCell(std::int64_t group) {
+    const double top = _layout.groupItemPosition(group);
+    if (top < 0) return;
+    const double cells = _layout.isCollapsed(group) ? 0 : _layout.groupHeight(group);
+    updateSheetRect({0, top, _layout.contentWidth(), BrowserMetrics::headHeight + cells});
+}
+
+QString PBImageBrowserView::headText(std::int64_t group) const {
+    return _painter.heads().text(_leaves.leaf(group));
+}
+
+void PBImageBrowserView::captureScrollWithMode(ScrollCaptureMode mode) {
+    _scrollCapture =
+        ::captureScrollWithMode(mode, _layout, _leaves, visibleRect(), _editingNameFileItem);
+}
+
+void PBImageBrowserView::captureScrollIfNone() {
+    if (!_scrollCapture) captureScrollWithMode(ScrollCaptureMode::Nearest);
+}
+
+void PBImageBrowserView::scrollIndexToVisible(const PBImageBrowserIndex& index) {
+    const double distance = _layout.scrollDistanceToShow(index, visibleRect());
+    if (distance == 0) return;
+    _scrollView.scrollToPosition(visibleRect().top() + distance, _layout.shouldAnimate(distance));
+}
+
+void PBImageBrowserView::scrollToGroup(std::int64_t group) {
+    const double position = _layout.groupItemPosition(group);
+    const double distance = position - visibleRect().top();
+    if (position < 0 || distance == 0) return;
+    _scrollView.scrollToPosition(position, _layout.shouldAnimate(distance));
+}
+
+void PBImageBrowserView::selectDidChange() {
+    Q_EMIT selectionDidChange(_selection.selectCount(true));
+    BrowserAccessible::selectionDidChange(*this);
+    BrowserAccessible::currentDidChange(*this);
+    update();
+}
+
+void PBImageBrowserView::applyThumbnailSize(double size) {
+    captureScrollIfNone();
+    setThumbnailSize(size);
+    reloadData();
+    Q_EMIT thumbnailSizeDidChange(size);
+}

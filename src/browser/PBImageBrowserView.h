@@ -1,0 +1,191 @@
+#pragma once
+
+#include "browser/BrowserInput.h"
+#include "browser/BrowserLayout.h"
+#include "browser/BrowserLeafList.h"
+#include "browser/BrowserPainter.h"
+#include "browser/BrowserScrollCapture.h"
+#include "browser/BrowserSelection.h"
+#include "browser/BrowserServices.h"
+#include "browser/BrowserThumbnailFeed.h"
+
+#include <QBasicTimer>
+#include <QElapsedTimer>
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+class PBImageBrowserScrollView;
+class PBImageBrowserSelectView;
+class PBModalTextField;
+class PBScrollView;
+class QNativeGestureEvent;
+
+namespace platform {
+class TrackingScope;
+}
+
+/// The sheet of thumbnails: shows the leaves of the live tree one below the other, as far as they
+/// are in sight. Puts layout, painter, thumbnail feed, input and selection together and connects
+/// them with Qt's events. Main thread.
+class PBImageBrowserView final : public QWidget, private BrowserInputHost {
+    Q_OBJECT
+
+public:
+    /// Becomes the document view of the scroll view. Both outlive this widget.
+    PBImageBrowserView(PBImageBrowserScrollView& scrollView, BrowserServices& services);
+    ~PBImageBrowserView() override;
+
+    /// What is shown from the next `reloadData` on.
+    void setLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves);
+    /// Looks at the leaves again and keeps what is held in place where it is.
+    void reloadData();
+    /// Forgets images and position: other things will be shown.
+    void reset();
+
+    [[nodiscard]] double thumbnailSize() const { return _layout.metrics().thumbnailSize; }
+    /// Between 64 and 256 points. Takes effect with the next `reloadData`.
+    void setThumbnailSize(double size);
+    [[nodiscard]] std::uint64_t style() const { return _layout.metrics().style; }
+    /// Bits of `BrowserMetrics::StyleBit`; shown at once.
+    void setStyle(std::uint64_t style);
+
+    [[nodiscard]] std::int64_t pageItemCount() const;
+    [[nodiscard]] BrowserLayout& browserLayout() { return _layout; }
+    [[nodiscard]] const BrowserLeafList& leaves() const { return _leaves; }
+    [[nodiscard]] const BrowserSelection& selection() const { return _selection; }
+    [[nodiscard]] bool hasGroups() const { return _leaves.leafCount() > 0; }
+    /// For the window of decoded thumbnails.
+    [[nodiscard]] const BrowserOrder& browserOrder() const { return _leaves; }
+
+    /// The selection was changed from outside: tells of it and redraws.
+    void selectDidChange() override;
+    void GotoIndex(const PBImageBrowserIndex& index) { _input.gotoIndex(index); }
+    void goTo(BrowserStep step) { _input.gotoIndex(_input.stepIndex(step)); }
+    [[nodiscard]] PBImageBrowserIndex stepIndex(BrowserStep step) const {
+        return _input.stepIndex(step);
+    }
+    [[nodiscard]] PBImageBrowserIndex currentIndex() const { return _input.currentIndex(); }
+    void scrollIndexToVisible(const PBImageBrowserIndex& index) override;
+    /// Shows the head of a leaf at the top; animated unless it is far.
+    void scrollToGroup(std::int64_t group);
+
+    void captureScrollWithMode(ScrollCaptureMode mode);
+    void clearScrollCapture() { _scrollCapture.reset(); }
+    /// The mouse button is down: no tree may be swapped in.
+    [[nodiscard]] bool isDragging() const { return _input.isDragging(); }
+    /// Begins the rename of an image in place.
+    void renameIndex(const PBImageBrowserIndex& index);
+
+    /// A thumbnail was built for the image.
+    void buildThumbDidFinish(qint64 fileId);
+    void adjustBuildThumb();
+    /// The part of the sheet that shows one leaf is drawn anew.
+    void setNeedsDisplayGroupCell(std::int64_t group);
+    /// Seconds that one paint may spend on loading and scaling.
+    void setPaintBudget(double seconds) { _paintBudget = seconds; }
+    /// The path of a head in words.
+    [[nodiscard]] QString headText(std::int64_t group) const;
+    /// Where a cell lies in this widget.
+    [[nodiscard]] QRect widgetRect(const PBImageBrowserIndex& index);
+    /// Another number each time that other images may be shown.
+    [[nodiscard]] std::uint64_t contentGeneration() const { return _contentGeneration; }
+    /// The image at a point of this widget; invalid if there is none.
+    [[nodiscard]] PBImageBrowserIndex indexAt(const QPoint& point);
+
+Q_SIGNALS:
+    void selectionDidChange(qint64 selectCount);
+    void itemCountDidChange(qint64 itemCount);
+    void enterToLargeViewRequested(PBImageBrowserIndex index);
+    /// The user gave an image another name; `text` may be the old one.
+    void renameRequested(const std::shared_ptr<PBImageFileItem>& item, const QString& text);
+    void flagToggleRequested();
+    void rotateLeftRequested();
+    void rotateRightRequested();
+    /// By a gesture; in force already.
+    void thumbnailSizeDidChange(double size);
+    void contextMenuRequested(bool isOnItem, const QPoint& globalPosition);
+    /// The page has room for another number of thumbnails.
+    void pageItemCountDidChange(qint64 count);
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+
+private:
+    // What the input wants.
+    [[nodiscard]] QRectF visibleRect() const override;
+    [[nodiscard]] const BrowserTextWidths& textWidths() const override { return _painter; }
+    void captureScrollIfNone() override;
+    void enterToLargeView(const PBImageBrowserIndex& index) override;
+    void beginDragOut(const PBImageBrowserIndex& index) override;
+    void beginRename(const PBImageBrowserIndex& index, const QRectF& nameRect) override;
+    void showBand(const QRectF& band) override;
+    void setSelectTimerScrollStep(int step) override;
+    void setDragging(bool isDragging) override;
+    void flagClicked() override { Q_EMIT flagToggleRequested(); }
+    void rotateLeft() override { Q_EMIT rotateLeftRequested(); }
+    void rotateRight() override { Q_EMIT rotateRightRequested(); }
+    void applyThumbnailSize(double size) override;
+    void showContextMenu(bool isOnItem) override;
+
+    void didScroll();
+    void scrollPixels(double distance);
+    /// Fits the sheet into its width, keeping what is held in place where it is.
+    void layoutSheet();
+    void updateDocument();
+    void restoreCapture();
+    void noteVisible();
+    void pressAt(QMouseEvent* event, int clickCount);
+    [[nodiscard]] std::int64_t headAt(const QPointF& sheetPoint);
+    [[nodiscard]] QPointF toSheet(const QPointF& point) const;
+    [[nodiscard]] QRect toWidget(const QRectF& sheetRect) const;
+    void updateSheetRect(const QRectF& sheetRect);
+    void thumbnailArrived(const PBImageFileItem& item);
+    bool nativeGesture(QNativeGestureEvent* event);
+    void typed(const QString& text);
+
+    PBImageBrowserScrollView& _scrollView;
+    BrowserServices& _services;
+    BrowserLeafList _leaves;
+    BrowserLayout _layout;
+    BrowserThumbnailFeed _feed;
+    BrowserPainter _painter;
+    BrowserSelection _selection;
+    BrowserInput _input;
+
+    std::optional<PBImageBrowserViewScrollCapture> _scrollCapture;
+    std::shared_ptr<PBImageFileItem> _editingNameFileItem;
+    QPointer<PBModalTextField> _editFileNameTextField;
+    PBImageBrowserSelectView* _selectView;
+    std::unique_ptr<platform::TrackingScope> _tracking;
+    QBasicTimer _selectTimer;
+    QBasicTimer _adjustTimer;
+    int _selectTimerScrollStep = 0;
+    QPoint _lastMouse;
+    QPoint _menuPosition;
+    int _clickCount = 1;
+    double _oldScrollPosition = 0;
+    bool _scrollDirection = true; // down
+    bool _ignoreUpdateScrollCapture = false;
+    bool _isReloading = false;
+    double _paintBudget = 0.008;
+    std::uint64_t _contentGeneration = 0;
+    std::int64_t _lastPageItemCount = 0;
+    QString _typed;
+    QElapsedTimer _sinceTyped;
+};

@@ -1,0 +1,277 @@
+#include "browser/PBImageBrowserView.h"
+
+#include "browser/BrowserDragOut.h"
+#include "browser/PBImageBrowserScrollView.h"
+#include "browser/PBImageBrowserSelectView.h"
+#include "platform/MainLoop.h"
+#include "ui/PBModalTextField.h"
+
+#include <QApplication>
+#include <QDrag>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QPixmap>
+#include <QStyleHints>
+#include <QTimerEvent>
+
+#include <cmath>
+
+namespace {
+
+constexpr int selectTimerInterval = 16; // milliseconds: 60 a second
+constexpr int renameTag = 1;
+constexpr double nameFieldMargin = 3;
+
+BrowserModifiers modifiersOf(Qt::KeyboardModifiers modifiers) {
+    return {
+        .shift = modifiers.testFlag(Qt::ShiftModifier),
+        .command = modifiers.testFlag(Qt::ControlModifier),
+        .other = modifiers.testFlag(Qt::AltModifier) || modifiers.testFlag(Qt::MetaModifier)};
+}
+
+std::optional<BrowserKey> keyOf(int key) {
+    switch (key) {
+    case Qt::Key_Up:
+        return BrowserKey::Up;
+    case Qt::Key_Down:
+        return BrowserKey::Down;
+    case Qt::Key_Left:
+        return BrowserKey::Left;
+    case Qt::Key_Right:
+        return BrowserKey::Right;
+    case Qt::Key_PageUp:
+        return BrowserKey::PageUp;
+    case Qt::Key_PageDown:
+        return BrowserKey::PageDown;
+    case Qt::Key_Home:
+        return BrowserKey::Home;
+    case Qt::Key_End:
+        return BrowserKey::End;
+    case Qt::Key_Space:
+        return BrowserKey::Space;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return BrowserKey::Return;
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+bool PBImageBrowserView::event(QEvent* event) {
+    if (event->type() == QEvent::NativeGesture)
+        return nativeGesture(static_cast<QNativeGestureEvent*>(event));
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) update();
+    return QWidget::event(event);
+}
+
+bool PBImageBrowserView::nativeGesture(QNativeGestureEvent* event) {
+    switch (event->gestureType()) {
+    case Qt::BeginNativeGesture:
+        _input.beginGesture();
+        return true;
+    case Qt::EndNativeGesture:
+        _input.endGesture();
+        return true;
+    // Counter-clockwise is negative there.
+    case Qt::RotateNativeGesture:
+        _input.rotate(-event->value());
+        return true;
+    case Qt::ZoomNativeGesture:
+        _input.magnify(event->value());
+        return true;
+    default:
+        return QWidget::event(event);
+    }
+}
+
+std::int64_t PBImageBrowserView::headAt(const QPointF& sheetPoint) {
+    // The sticky head lies over the next one.
+    for (const BrowserHead& head : _layout.visibleHeads(visibleRect()))
+        if (head.rect.contains(sheetPoint)) return head.group;
+    return -1;
+}
+
+void PBImageBrowserView::mousePressEvent(QMouseEvent* event) {
+    pressAt(event, 1);
+}
+
+void PBImageBrowserView::mouseDoubleClickEvent(QMouseEvent* event) {
+    pressAt(event, 2);
+}
+
+void PBImageBrowserView::pressAt(QMouseEvent* event, int clickCount) {
+    _lastMouse = event->position().toPoint();
+    _clickCount = clickCount;
+    if (event->button() != Qt::LeftButton) return event->ignore();
+    const QPointF point = toSheet(event->position());
+    const std::int64_t head = headAt(point);
+    if (head >= 0) return scrollToGroup(head);
+    _input.mouseDown(point, modifiersOf(event->modifiers()));
+}
+
+void PBImageBrowserView::mouseMoveEvent(QMouseEvent* event) {
+    _lastMouse = event->position().toPoint();
+    if (!event->buttons().testFlag(Qt::LeftButton)) {
+        // The release went elsewhere.
+        _input.cancelDrag();
+        return;
+    }
+    _input.mouseDragged(toSheet(event->position()));
+}
+
+void PBImageBrowserView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) _input.mouseUp(_clickCount);
+}
+
+void PBImageBrowserView::contextMenuEvent(QContextMenuEvent* event) {
+    _menuPosition = event->globalPos();
+    if (event->reason() == QContextMenuEvent::Mouse) {
+        const QPointF point = toSheet(event->pos());
+        if (headAt(point) < 0) _input.rightMouseDown(point);
+        return;
+    }
+    // By a key: at the current image, if it shows.
+    const PBImageBrowserIndex current = currentIndex();
+    if (current.isValid() && widgetRect(current).intersects(rect()))
+        _menuPosition = mapToGlobal(widgetRect(current).center());
+    showContextMenu(_selection.hasSelect(false));
+}
+
+void PBImageBrowserView::showContextMenu(bool isOnItem) {
+    Q_EMIT contextMenuRequested(isOnItem, _menuPosition);
+}
+
+void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
+    const BrowserModifiers modifiers = modifiersOf(event->modifiers());
+    const auto key = keyOf(event->key());
+    if (key && !(*key == BrowserKey::Space && !_typed.isEmpty() &&
+                 _sinceTyped.elapsed() < QGuiApplication::styleHints()->keyboardInputInterval())) {
+        if (!_input.keyDown(*key, modifiers)) event->ignore();
+        return;
+    }
+    if (event->key() == Qt::Key_F2 && !modifiers.hasCommandOrOther())
+        return renameIndex(currentIndex());
+    const QString text = event->text();
+    if (modifiers.hasCommandOrOther() || text.isEmpty() || !text.at(0).isPrint())
+        return QWidget::keyPressEvent(event);
+    typed(text);
+}
+
+void PBImageBrowserView::typed(const QString& text) {
+    const int interval = QGuiApplication::styleHints()->keyboardInputInterval();
+    if (!_sinceTyped.isValid() || _sinceTyped.elapsed() >= interval) _typed.clear();
+    _sinceTyped.start();
+    // The same letter again goes on to the next name.
+    if (_typed != text) _typed += text;
+    _input.typeAhead(_typed);
+}
+
+void PBImageBrowserView::focusInEvent(QFocusEvent* event) {
+    QWidget::focusInEvent(event);
+    update();
+}
+
+void PBImageBrowserView::focusOutEvent(QFocusEvent* event) {
+    QWidget::focusOutEvent(event);
+    update();
+}
+
+void PBImageBrowserView::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    _input.cancelDrag();
+}
+
+void PBImageBrowserView::enterToLargeView(const PBImageBrowserIndex& index) {
+    Q_EMIT enterToLargeViewRequested(index);
+}
+
+void PBImageBrowserView::setDragging(bool isDragging) {
+    // Trees wait until the button is up.
+    if (!isDragging) {
+        _tracking.reset();
+    } else if (platform::MainLoop::instance()) {
+        _tracking = std::make_unique<platform::TrackingScope>();
+    }
+}
+
+void PBImageBrowserView::showBand(const QRectF& band) {
+    if (band.isNull()) return _selectView->hide();
+    const QRectF visible = visibleRect();
+    const QRectF shown = band.intersected(visible).translated(-visible.topLeft());
+    _selectView->setGeometry(
+        static_cast<int>(shown.x()), static_cast<int>(shown.y()),
+        std::max(1, static_cast<int>(shown.width())),
+        std::max(1, static_cast<int>(shown.height())));
+    _selectView->show();
+    _selectView->raise();
+}
+
+void PBImageBrowserView::setSelectTimerScrollStep(int step) {
+    _selectTimerScrollStep = step;
+    if (step == 0) {
+        _selectTimer.stop();
+    } else if (!_selectTimer.isActive()) {
+        _selectTimer.start(selectTimerInterval, Qt::PreciseTimer, this);
+    }
+}
+
+void PBImageBrowserView::timerEvent(QTimerEvent* event) {
+    if (event->timerId() == _adjustTimer.timerId()) return adjustBuildThumb();
+    if (event->timerId() != _selectTimer.timerId()) return QWidget::timerEvent(event);
+    _scrollView.scrollToPosition(visibleRect().top() + _selectTimerScrollStep, false);
+    // The band grows while the mouse stands still.
+    _input.mouseDragged(toSheet(_lastMouse));
+}
+
+void PBImageBrowserView::beginDragOut(const PBImageBrowserIndex& index) {
+    const QStringList paths = _selection.selectedFilePath(_services.folderPaths(), true);
+    const auto item = _leaves.imageFileAtIndex(index);
+    if (paths.isEmpty() || !item) return;
+    const QRectF target = _layout.hitTarget(_layout.cellRectAtIndex(index), index);
+    const QImage thumbnail = item->hasThumbnail()
+                                 ? item->thumbnailRef()
+                                 : _services.thumbnailLoader().loadThumbnail(*item);
+    auto* drag = new QDrag(this); // Qt deletes it when the drag is over
+    drag->setMimeData(BrowserDragOut::mimeData(paths).release());
+    drag->setPixmap(QPixmap::fromImage(BrowserDragOut::picture(
+        thumbnail, target.size().toSize(), item->rotateAngle(), paths.size(),
+        devicePixelRatioF())));
+    drag->setHotSpot((toSheet(_lastMouse) - target.topLeft()).toPoint());
+    // While the drag is on, the tree under it stays.
+    setDragging(true);
+    drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::CopyAction);
+    setDragging(false);
+}
+
+void PBImageBrowserView::renameIndex(const PBImageBrowserIndex& index) {
+    if (!_leaves.imageFileAtIndex(index)) return;
+    scrollIndexToVisible(index);
+    beginRename(index, _layout.fileNameRectWithCellRect(_layout.cellRectAtIndex(index)));
+    _input.clearDownImageFileItem();
+}
+
+void PBImageBrowserView::beginRename(const PBImageBrowserIndex& index, const QRectF& nameRect) {
+    const auto item = _leaves.imageFileAtIndex(index);
+    if (!item) return;
+    const QRectF cell = _layout.cellRectAtIndex(index);
+    const QRectF frame(
+        cell.x(), nameRect.y() - nameFieldMargin, cell.width(),
+        nameRect.height() + 2 * nameFieldMargin);
+    delete _editFileNameTextField.data();
+    _editingNameFileItem = item;
+    _editFileNameTextField = new PBModalTextField(renameTag, item->fileName(), this);
+    _editFileNameTextField->setGeometry(frame.translated(-visibleRect().topLeft()).toAlignedRect());
+    connect(_editFileNameTextField, &PBModalTextField::ended, this, [this] {
+        _editingNameFileItem.reset();
+        setFocus();
+    });
+    connect(
+        _editFileNameTextField, &PBModalTextField::textFieldDidFinished, this,
+        [this, item](int, const QString& text) { Q_EMIT renameRequested(item, text); });
+    _editFileNameTextField->show();
+    _editFileNameTextField->setFocus();
+    _editFileNameTextField->selectBaseName();
+}

@@ -1,0 +1,65 @@
+#include "BrowserTree.h"
+#include "FakeServices.h"
+
+#include "browser/PBImageBrowserScrollView.h"
+#include "browser/PBImageBrowserView.h"
+
+#include <QAccessible>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class BrowserAccessibleTest : public ::testing::Test {
+protected:
+    BrowserAccessibleTest() {
+        QAccessible::setActive(true);
+        scrollView.resize(600, 500);
+        scrollView.show();
+        view.setLeafGroupItemArray(tree.leaves());
+        view.reloadData();
+    }
+    ~BrowserAccessibleTest() override { QAccessible::setActive(false); }
+    QAccessibleInterface* list() { return QAccessible::queryAccessibleInterface(&view); }
+
+    FakeServices services;
+    BrowserTree tree{3, 4, 200};
+    PBImageBrowserScrollView scrollView{services};
+    PBImageBrowserView view{scrollView, services};
+};
+
+TEST_F(BrowserAccessibleTest, itemsHaveNamesPlacesAndStates) {
+    ASSERT_TRUE(list());
+    EXPECT_EQ(list()->role(), QAccessible::List);
+    EXPECT_EQ(list()->childCount(), 207);
+    tree.item(1, 1)->setStar(3);
+    tree.item(1, 1)->setFlagged(true);
+    view.GotoIndex({1, 1});
+    QAccessibleInterface* item = list()->child(4);
+    ASSERT_TRUE(item);
+    EXPECT_EQ(item, list()->child(4)); // the same one each time
+    EXPECT_EQ(list()->indexOfChild(item), 4);
+    EXPECT_EQ(item->parent(), list());
+    EXPECT_EQ(item->text(QAccessible::Name), u"b1, 3 stars, flagged");
+    EXPECT_EQ(item->text(QAccessible::Description), u"2 of 4, /photos/b, 3000 x 2000, 1.2 MB");
+    EXPECT_TRUE(item->state().selected);
+    EXPECT_FALSE(list()->child(0)->state().selected);
+    EXPECT_TRUE(list()->child(206)->state().offscreen);
+    EXPECT_EQ(list()->child(207), nullptr);
+    const QPoint middle = list()->child(0)->rect().center();
+    EXPECT_EQ(list()->childAt(middle.x(), middle.y() - 30), list()->child(0));
+}
+
+TEST_F(BrowserAccessibleTest, foldedLeavesHaveNoItemsAndASwapForgetsThem) {
+    EXPECT_EQ(list()->child(3)->text(QAccessible::Name), u"b0");
+    tree.data(1).setIsCollapsedForBrowser(true);
+    view.reloadData();
+    EXPECT_EQ(list()->childCount(), 203);
+    EXPECT_EQ(list()->child(3)->text(QAccessible::Name), u"c0");
+    view.setLeafGroupItemArray({});
+    view.reloadData();
+    EXPECT_EQ(list()->childCount(), 0);
+    EXPECT_EQ(list()->child(0), nullptr);
+}
+
+} // namespace

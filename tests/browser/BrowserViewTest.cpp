@@ -1,0 +1,402 @@
+#include "BrowserTree.h"
+#include "FakeServices.h"
+
+#include "browser/PBImageBrowserScrollView.h"
+#include "browser/PBImageBrowserView.h"
+#include "platform/MainLoop.h"
+#include "support/Support.h"
+#include "ui/PBModalTextField.h"
+#include "ui/PBThemes.h"
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QPainter>
+#include <QPointingDevice>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Index = PBImageBrowserIndex;
+
+QImage plain(QColor color, QSize size = {300, 200}) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(color);
+    return image;
+}
+
+class BrowserViewTest : public ::testing::Test {
+protected:
+    void show(std::initializer_list<int> counts) {
+        tree = std::make_unique<BrowserTree>(counts);
+        view = std::make_unique<PBImageBrowserView>(scrollView, services);
+        services.buffer.setBrowserOrder(&view->browserOrder());
+        view->setPaintBudget(60);
+        scrollView.setClock([this] { return now; });
+        scrollView.resize(600, 500);
+        scrollView.show();
+        view->setLeafGroupItemArray(tree->leaves());
+        view->reloadData();
+        QApplication::processEvents(); // the scroller appears
+    }
+    ~BrowserViewTest() override {
+        services.buffer.setBrowserOrder(nullptr);
+        view.reset();
+    }
+
+    QPoint at(Index index) { return view->widgetRect(index).center() - QPoint(0, 30); }
+    QPoint nameAt(Index index) {
+        const QRectF cell = view->widgetRect(index);
+        return view->browserLayout().fileNameRectWithCellRect(cell).center().toPoint();
+    }
+    void send(QEvent::Type type, QPoint point, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        const bool isMove = type == QEvent::MouseMove;
+        const bool isRelease = type == QEvent::MouseButtonRelease;
+        QMouseEvent event(
+            type, point, view->mapToGlobal(QPointF(point)), isMove ? Qt::NoButton : Qt::LeftButton,
+            isRelease ? Qt::NoButton : Qt::LeftButton, modifiers);
+        QApplication::sendEvent(view.get(), &event);
+    }
+    void click(QPoint point, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        send(QEvent::MouseButtonPress, point, modifiers);
+        send(QEvent::MouseButtonRelease, point, modifiers);
+    }
+    void press(QWidget& widget, int key, const QString& text = {}) {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QApplication::sendEvent(&widget, &event);
+    }
+    void finishMotion() {
+        now += 1;
+        scrollView.motion().tick();
+    }
+    void gesture(Qt::NativeGestureType type, double value) {
+        const QPointF point(9, 9);
+        QNativeGestureEvent event(
+            type, QPointingDevice::primaryPointingDevice(), 2, point, point, point, value, {});
+        QApplication::sendEvent(view.get(), &event);
+    }
+    QImage picture() {
+        QImage image(view->size(), QImage::Format_RGB32);
+        view->render(&image);
+        return image;
+    }
+    double position() const { return scrollView.pbScrollPoint().y(); }
+
+    double now = 10;
+    FakeServices services;
+    PBImageBrowserScrollView scrollView{services};
+    std::unique_ptr<BrowserTree> tree;
+    std::unique_ptr<PBImageBrowserView> view;
+};
+
+TEST_F(BrowserViewTest, realEventsSelectRenameAndEnter) {
+    show({9, 9});
+    qint64 count = -1;
+    Index entered;
+    QObject::connect(
+        view.get(), &PBImageBrowserView::selectionDidChange, view.get(),
+        [&](qint64 selected) { count = selected; });
+    QObject::connect(
+        view.get(), &PBImageBrowserView::enterToLargeViewRequested, view.get(),
+        [&](Index index) { entered = index; });
+    click(at({0, 1}));
+    click(at({0, 4}), Qt::ShiftModifier);
+    click(at({0, 2}), Qt::ControlModifier);
+    EXPECT_EQ(tree->selected(), u"a1 a3 a4");
+    EXPECT_EQ(count, 3);
+    send(QEvent::MouseButtonPress, at({0, 5}));
+    send(QEvent::MouseButtonRelease, at({0, 5}));
+    send(QEvent::MouseButtonDblClick, at({0, 5}));
+    EXPECT_EQ(entered, Index{});
+    send(QEvent::MouseButtonRelease, at({0, 5}));
+    EXPECT_EQ(entered, (Index{0, 5}));
+    press(*view, Qt::Key_B, QStringLiteral("b"));
+    EXPECT_EQ(tree->selected(), u"b0");
+    press(*view, Qt::Key_Right);
+    EXPECT_EQ(tree->selected(), u"b1");
+}
+
+TEST_F(BrowserViewTest, noTreeIsSwappedWhileTheButtonIsDown) {
+    show({9});
+    send(QEvent::MouseButtonPress, at({0, 1}));
+    EXPECT_TRUE(view->isDragging());
+    EXPECT_TRUE(platform::MainLoop::instance()->isTracking());
+    scrollView.hide(); // the release will never come
+    EXPECT_FALSE(view->isDragging());
+    EXPECT_FALSE(platform::MainLoop::instance()->isTracking());
+}
+
+TEST_F(BrowserViewTest, aBandShowsAndScrollsWhileTheMouseStandsBelowTheView) {
+    show({60});
+    send(QEvent::MouseButtonPress, {4, 60});
+    send(QEvent::MouseMove, {view->width() - 5, view->height() + 200});
+    EXPECT_TRUE(support::spinUntil([&] { return position() > 600; }));
+    send(QEvent::MouseMove, {view->width() - 5, 100});
+    const double stopped = position();
+    send(QEvent::MouseButtonRelease, {view->width() - 5, 100});
+    EXPECT_TRUE(tree->item(0, 0)->isSelected());
+    EXPECT_GT(view->selection().selectCount(true), 6);
+    EXPECT_EQ(position(), stopped);
+    EXPECT_FALSE(view->isDragging());
+}
+
+TEST_F(BrowserViewTest, returnAndClicksElsewhereTakeANewNameAndEscapeDoesNot) {
+    show({9});
+    QStringList names;
+    QObject::connect(
+        view.get(), &PBImageBrowserView::renameRequested, view.get(),
+        [&](const auto& item, const QString& text) { names += item->fileName() + u'>' + text; });
+    const auto begin = [&](int item) {
+        send(QEvent::MouseButtonPress, nameAt({0, item}));
+        QPointer<PBModalTextField> field;
+        for (auto* each : view->findChildren<PBModalTextField*>())
+            if (!each->isHidden()) field = each;
+        return field;
+    };
+    tree->item(0, 0)->setFileName(QStringLiteral("sea.shore.jpg"));
+    auto field = begin(0);
+    ASSERT_TRUE(field);
+    EXPECT_EQ(field->selectedText(), u"sea.shore");
+    field->setText(QStringLiteral("new.jpg"));
+    press(*field, Qt::Key_Return);
+    field = begin(1);
+    ASSERT_TRUE(field);
+    field->setText(QStringLiteral("lost.jpg"));
+    press(*field, Qt::Key_Escape);
+    EXPECT_EQ(names, QStringList{QStringLiteral("sea.shore.jpg>new.jpg")});
+    field = begin(2);
+    ASSERT_TRUE(field);
+    field->setText(QStringLiteral("kept.jpg"));
+    click(at({0, 4}));
+    EXPECT_EQ(names.last(), u"a2>kept.jpg");
+    EXPECT_EQ(tree->selected(), u"a4"); // the click counts as well
+    EXPECT_TRUE(support::spinUntil([&] { return !field; }));
+}
+
+TEST_F(BrowserViewTest, theImageInTheMiddleStaysWhenATreeIsSwappedInOrTheSizeChanges) {
+    show({40, 40});
+    scrollView.scrollToPosition(1500, false);
+    QPoint middle(view->width() / 2, view->height() / 2);
+    std::shared_ptr<PBImageFileItem> anchor;
+    for (int item = 0; item < 40; ++item)
+        if (view->widgetRect({0, item}).contains(middle)) anchor = tree->item(0, item);
+    ASSERT_TRUE(anchor);
+    const auto top = [&] {
+        return view->widgetRect(view->leaves().indexForImageFile(*anchor)).center().y();
+    };
+    const int before = top();
+    for (int more = 0; more < 12; ++more)
+        tree->add(1, QStringLiteral("new"));
+    std::swap(tree->tree[0], tree->tree[1]);
+    tree->swapForCopy();
+    view->setLeafGroupItemArray(tree->leaves());
+    view->reloadData();
+    EXPECT_EQ(top(), before);
+    EXPECT_NE(position(), 1500);
+    view->setThumbnailSize(100);
+    view->reloadData();
+    EXPECT_NEAR(top(), before, 1);
+    scrollView.resize(660, 500);
+    EXPECT_NEAR(top(), before, 1);
+    view->reset();
+    EXPECT_EQ(position(), 0);
+}
+
+TEST_F(BrowserViewTest, aTreeThatGoesAwayLeavesNothingDangling) {
+    show({20, 20});
+    click(at({0, 1}));
+    tree->tree.clear(); // the view has not heard of it yet
+    picture();
+    press(*view, Qt::Key_Down);
+    send(QEvent::MouseButtonPress, {30, 10}); // a head
+    view->reloadData();
+    picture();
+    view->setLeafGroupItemArray({});
+    view->reloadData();
+    picture();
+    press(*view, Qt::Key_Down);
+    EXPECT_EQ(position(), 0);
+}
+
+TEST_F(BrowserViewTest, aScrollStepPaintsOnlyWhatCameIntoView) {
+    show({600});
+    picture();
+    scrollView.scrollToPosition(1000, false);
+    picture();
+    int loads = services.thumbnails.loads;
+    EXPECT_GT(loads, 0);
+    QApplication::processEvents();
+    loads = services.thumbnails.loads; // none has a thumbnail: each painted cell asks
+    scrollView.scrollToPosition(1020, false);
+    QApplication::processEvents();
+    EXPECT_LE(services.thumbnails.loads - loads, 6); // two rows of three meet strip and head
+    loads = services.thumbnails.loads;
+    scrollView.scrollToPosition(5000, false);
+    QApplication::processEvents();
+    EXPECT_GE(services.thumbnails.loads - loads, 9);
+}
+
+TEST_F(BrowserViewTest, clicksOnHeadsScrollToThemAndSelectNothing) {
+    show({9, 9, 9});
+    const double second = view->browserLayout().groupItemPosition(1);
+    scrollView.scrollToPosition(second - 200, false);
+    click({300, 205});
+    finishMotion();
+    EXPECT_EQ(position(), second);
+    EXPECT_EQ(tree->selected(), QString());
+}
+
+TEST_F(BrowserViewTest, paintsThumbnailsTurnedOnWhiteWithFrames) {
+    show({4});
+    PBThemes::apply(PBThemes::Scheme::Light);
+    QImage halves = plain(Qt::red);
+    QPainter(&halves).fillRect(150, 0, 150, 200, Qt::blue);
+    services.thumbnails.insert(tree->item(0, 0)->fileId(), halves);
+    tree->item(0, 0)->setRotateAngle(90); // counter-clockwise: what was right is on top
+    services.thumbnails.insert(tree->item(0, 1)->fileId(), plain(QColor(0, 0, 0, 0)));
+    tree->item(0, 1)->setIsSelected(true);
+    tree->item(0, 2)->setIsSelected(true); // no thumbnail
+    view->setStyle(0);
+    QImage shown = picture();
+    const auto placed = [&](int item) {
+        const QRectF cell = view->widgetRect({0, item});
+        return view->browserLayout().hitTarget(cell, {0, item}).toRect();
+    };
+    EXPECT_EQ(shown.pixelColor(placed(0).center() - QPoint(0, 60)), QColor(Qt::blue));
+    EXPECT_EQ(shown.pixelColor(placed(0).center() + QPoint(0, 60)), QColor(Qt::red));
+    EXPECT_EQ(shown.pixelColor(placed(1).center()), QColor(Qt::white));
+    const QColor background = PBThemes::imageBrowserBackgroundColor();
+    EXPECT_EQ(shown.pixelColor(placed(2).center()), background);
+    const QColor frame = PBThemes::imageBrowserSelectColor(view->hasFocus());
+    for (const int item : {1, 2})
+        EXPECT_EQ(shown.pixelColor(placed(item).topLeft() + QPoint(-2, 20)), frame) << item;
+    // A shadow lies below the picture, and only with its bit.
+    const QPoint below = QPoint(placed(1).center().x(), placed(1).bottom() + 5);
+    tree->item(0, 1)->setIsSelected(false);
+    EXPECT_EQ(picture().pixelColor(below), background);
+    view->setStyle(BrowserMetrics::Shadow);
+    EXPECT_LT(picture().pixelColor(below).lightness(), background.lightness());
+}
+
+TEST_F(BrowserViewTest, withoutTimeThumbnailsComeFromThePreloadQueue) {
+    show({12});
+    view->setPaintBudget(0);
+    const int loads = services.thumbnails.loads;
+    for (const auto& item : tree->tree[0]->imageFiles())
+        services.preloaded.insert(item->fileId(), plain(Qt::green));
+    picture();
+    EXPECT_EQ(services.thumbnails.loads, loads);
+    EXPECT_TRUE(support::spinUntil([&] { return tree->item(0, 0)->hasThumbnail(); }));
+    EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::green));
+}
+
+TEST_F(BrowserViewTest, preloadsAheadFirstAndDropsEarlierWishes) {
+    show({300});
+    platform::OperationQueue& queue = services.preloadQueue;
+    queue.waitUntilAllOperationsAreFinished();
+    queue.setSuspended(true);
+    scrollView.scrollToPosition(3000, false);
+    EXPECT_EQ(queue.operationCount(), 2U);
+    scrollView.scrollToPosition(3100, false);
+    EXPECT_EQ(queue.operationCount(), 2U);
+    services.largeView = true;
+    scrollView.scrollToPosition(3200, false);
+    EXPECT_EQ(queue.operationCount(), 2U); // nothing new is wished for
+    queue.cancelAllOperations();
+}
+
+TEST_F(BrowserViewTest, buildsOfWhatIsOnShowComeFirstAndThenThePageAhead) {
+    show({300});
+    for (const auto& item : tree->tree[0]->imageFiles())
+        services.buildQueue.addOperation(std::make_shared<FakeBuild>(item->fileId()));
+    scrollView.scrollToPosition(3000, false);
+    view->adjustBuildThumb();
+    const auto priorityOf = [&](int item) {
+        for (const auto& operation : services.buildQueue.operations())
+            if (services.fileIdOfBuildThumb(*operation) == tree->item(0, item)->fileId())
+                return operation->queuePriority();
+        return platform::QueuePriority::VeryLow;
+    };
+    const BrowserRange shown = view->browserLayout().visibleRange(3000, 3500);
+    const auto middle = static_cast<int>(shown.begin.item + shown.end.item) / 2;
+    const auto page = static_cast<int>(shown.end.item - shown.begin.item) + 1;
+    EXPECT_EQ(priorityOf(middle), platform::QueuePriority::VeryHigh);
+    EXPECT_EQ(priorityOf(middle + page), platform::QueuePriority::High);
+    EXPECT_EQ(priorityOf(middle - page), platform::QueuePriority::Normal);
+    scrollView.scrollToPosition(2990, false); // upwards
+    view->adjustBuildThumb();
+    EXPECT_EQ(priorityOf(middle + page), platform::QueuePriority::Normal);
+    EXPECT_EQ(priorityOf(middle - page), platform::QueuePriority::High);
+    EXPECT_TRUE(services.buildQueue.isSuspended()); // as it was
+    services.buildQueue.cancelAllOperations();
+}
+
+TEST_F(BrowserViewTest, nothingIsBuiltDuringAMotion) {
+    show({300});
+    services.buildQueue.setSuspended(false);
+    scrollView.scrollToPosition(900, true);
+    EXPECT_TRUE(services.buildQueue.isSuspended());
+    finishMotion();
+    EXPECT_FALSE(services.buildQueue.isSuspended());
+}
+
+TEST_F(BrowserViewTest, aBuiltThumbnailOutOfSightCausesNoPaint) {
+    show({300});
+    QApplication::processEvents();
+    const int loads = services.thumbnails.loads;
+    view->buildThumbDidFinish(tree->item(0, 299)->fileId());
+    QApplication::processEvents();
+    EXPECT_EQ(services.thumbnails.loads, loads);
+    services.thumbnails.insert(tree->item(0, 1)->fileId(), plain(Qt::green));
+    view->buildThumbDidFinish(tree->item(0, 1)->fileId());
+    QApplication::processEvents();
+    EXPECT_TRUE(tree->item(0, 1)->hasThumbnail());
+}
+
+TEST_F(BrowserViewTest, theScrollerAppearsWithoutAnotherNumberOfColumns) {
+    show({6});
+    const std::int64_t columns = view->browserLayout().cellColumn();
+    const int wide = view->width();
+    for (int more = 0; more < 60; ++more)
+        tree->add(0, QStringLiteral("more"));
+    view->reloadData();
+    QApplication::processEvents();
+    EXPECT_LT(view->width(), wide);
+    EXPECT_EQ(view->browserLayout().contentWidth(), view->width());
+    EXPECT_EQ(view->browserLayout().cellColumn(), columns);
+}
+
+TEST_F(BrowserViewTest, gesturesAndMenusReachTheWindow) {
+    show({30});
+    double size = 0;
+    int lefts = 0;
+    std::vector<bool> menus;
+    PBImageBrowserView* sheet = view.get();
+    QObject::connect(sheet, &PBImageBrowserView::thumbnailSizeDidChange, sheet, [&](double wanted) {
+        size = wanted;
+    });
+    QObject::connect(sheet, &PBImageBrowserView::rotateLeftRequested, sheet, [&] { ++lefts; });
+    QObject::connect(
+        sheet, &PBImageBrowserView::contextMenuRequested, sheet,
+        [&](bool isOnItem, const QPoint&) { menus.push_back(isOnItem); });
+    gesture(Qt::BeginNativeGesture, 0);
+    gesture(Qt::ZoomNativeGesture, 0.25);
+    gesture(Qt::RotateNativeGesture, -4);
+    gesture(Qt::EndNativeGesture, 0);
+    EXPECT_EQ(size, 200);
+    EXPECT_EQ(view->thumbnailSize(), 200);
+    gesture(Qt::BeginNativeGesture, 0);
+    gesture(Qt::RotateNativeGesture, -4); // counter-clockwise
+    gesture(Qt::EndNativeGesture, 0);
+    EXPECT_EQ(lefts, 1);
+    for (const QPoint& point : {at({0, 1}), QPoint(3, 60)}) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, point, view->mapToGlobal(point));
+        QApplication::sendEvent(sheet, &event);
+    }
+    EXPECT_EQ(menus, (std::vector<bool>{true, false}));
+}
+
+} // namespace

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "browser/BrowserLayout.h"
+
+#include <vector>
+
+/// Leaves that are nothing but sizes.
+class FakeLeaves final : public BrowserLeaves {
+public:
+    struct Leaf {
+        std::vector<QSizeF> sizes;
+        bool isCollapsed = false;
+    };
+
+    FakeLeaves() = default;
+    explicit FakeLeaves(std::vector<Leaf> all) : leaves(std::move(all)) {}
+
+    std::int64_t leafCount() const override { return std::ssize(leaves); }
+    std::int64_t imageFileCount(std::int64_t group) const override {
+        return std::ssize(leaf(group).sizes);
+    }
+    bool isCollapsedForBrowser(std::int64_t group) const override {
+        return leaf(group).isCollapsed;
+    }
+    void
+    displaySizes(std::int64_t group, std::int64_t first, std::span<QSizeF> sizes) const override {
+        for (QSizeF& size : sizes)
+            size = leaf(group).sizes.at(static_cast<std::size_t>(first++));
+        measured += std::ssize(sizes);
+    }
+    const Leaf& leaf(std::int64_t group) const {
+        return leaves.at(static_cast<std::size_t>(group));
+    }
+
+    std::vector<Leaf> leaves;
+    mutable std::int64_t measured = 0; ///< how many sizes were asked for
+};
+
+class FakeTextWidths final : public BrowserTextWidths {
+public:
+    double fileNameWidth(const PBImageBrowserIndex&) const override { return 80; }
+    double fileSizeWidth(const PBImageBrowserIndex&) const override { return 40; }
+    double imageSizeWidth() const override { return 60; }
+};
