@@ -1,0 +1,122 @@
+#include "shell/BrowserPane.h"
+
+#include "browser/PBImageBrowserScrollView.h"
+#include "browser/PBImageBrowserView.h"
+#include "core/PBAppDelegate.h"
+#include "group/PBImageFileItem.h"
+#include "image/BuildThumbNotifier.h"
+#include "image/PBBuildThumbOperation.h"
+#include "image/ThumbnailStore.h"
+#include "library/PBAliasManager.h"
+#include "platform/UserDefaults.h"
+
+#include <QColorSpace>
+
+namespace {
+
+const QString styleKey = QStringLiteral("ImageBrowserViewStyle");
+const QString thumbnailSizeKey = QStringLiteral("ThumbnailSize");
+constexpr std::uint64_t firstStyle = 15;
+constexpr double firstThumbnailSize = 160;
+/// Thumbnails kept before the browser has told how many fill a page.
+constexpr std::uint64_t firstBufferCount = 200;
+constexpr std::uint64_t bufferedPages = 3;
+
+} // namespace
+
+class BrowserPane::StoredThumbnails final : public ThumbnailLoader {
+public:
+    explicit StoredThumbnails(FMDatabase& thumbnailDb) : _thumbnailDb(thumbnailDb) {}
+    [[nodiscard]] QImage loadThumbnail(const PBImageFileItem& item) override {
+        return ThumbnailStore::loadThumbnail(_thumbnailDb, item.fileId(), true, QColorSpace());
+    }
+
+private:
+    FMDatabase& _thumbnailDb;
+};
+
+BrowserPane::BrowserPane(PBAppDelegate& delegate, std::function<void()> updateTip)
+    : _delegate(delegate), _updateTip(std::move(updateTip)),
+      _loader(std::make_unique<StoredThumbnails>(delegate.mainThumbDb())),
+      _preloadLoader(std::make_unique<StoredThumbnails>(delegate.preloadThumbDb())),
+      _folderPaths(delegate.mainFileDb(), delegate.aliasManager()), _buffer(firstBufferCount),
+      _scrollView(new PBImageBrowserScrollView(*this)),
+      _view(new PBImageBrowserView(*_scrollView, *this)) {
+    platform::UserDefaults& defaults = delegate.userDefaults();
+    const qint64 style = defaults.integerForKey(styleKey).value_or(firstStyle);
+    _view->setStyle(static_cast<std::uint64_t>(std::max<qint64>(style, 0)));
+    const double size = defaults.doubleForKey(thumbnailSizeKey).value_or(0);
+    _view->setThumbnailSize(size == 0 ? firstThumbnailSize : size);
+    _buffer.setBrowserOrder(&_view->browserOrder());
+
+    connect(_view, &PBImageBrowserView::itemCountDidChange, this, &BrowserPane::itemCountDidChange);
+    connect(_view, &PBImageBrowserView::pageItemCountDidChange, this, [this](qint64 count) {
+        _buffer.setBufferCount(static_cast<std::uint64_t>(count) * bufferedPages);
+    });
+    connect(_view, &PBImageBrowserView::thumbnailSizeDidChange, this, [this](double newSize) {
+        _delegate.userDefaults().setDouble(newSize, thumbnailSizeKey);
+    });
+    connect(
+        &delegate.buildThumbNotifier(), &BuildThumbNotifier::PBNotiName_BuildThumb, _view,
+        [view = _view](const PBBuildThumbOperation& operation) {
+            view->buildThumbDidFinish(operation.fileId());
+        });
+    connect(_view, &QObject::destroyed, this, [this] { _buffer.setBrowserOrder(nullptr); });
+    delegate.groupTreeDataSource().setDisplay(this);
+}
+
+BrowserPane::~BrowserPane() {
+    _delegate.groupTreeDataSource().setDisplay(nullptr);
+}
+
+QWidget* BrowserPane::view() const {
+    return _scrollView;
+}
+
+void BrowserPane::clear() {
+    _buffer.clearThumbnailBuffer();
+    _view->reset();
+    updateImageBrowserViewData();
+}
+
+void BrowserPane::updateImageBrowserViewData() {
+    _view->setLeafGroupItemArray(_delegate.groupTreeDataSource().leafGroupItemArray());
+    _view->reloadData();
+}
+
+ThumbnailLoader& BrowserPane::thumbnailLoader() {
+    return *_loader;
+}
+
+ThumbnailLoader& BrowserPane::preloadThumbnailLoader() {
+    return *_preloadLoader;
+}
+
+platform::OperationQueue& BrowserPane::preloadThumbnailOperationQueue() {
+    return _delegate.preloadThumbnailOperationQueue();
+}
+
+platform::OperationQueue& BrowserPane::buildThumbOperationQueue() {
+    return _delegate.buildThumbOperationQueue();
+}
+
+std::optional<qint64> BrowserPane::fileIdOfBuildThumb(const platform::Operation& operation) const {
+    const auto* build = dynamic_cast<const PBBuildThumbOperation*>(&operation);
+    return build ? std::optional(build->fileId()) : std::nullopt;
+}
+
+QString BrowserPane::tagWithTagId(qint64 tagId) const {
+    return PBCatalogue(_delegate.mainFileDb()).tagWithTagId(tagId);
+}
+
+bool BrowserPane::isLargeView() const {
+    return _delegate.isLargeViewMode();
+}
+
+bool BrowserPane::isScrollingOrDragging() const {
+    return _scrollView->isScrolling() || _view->isDragging();
+}
+
+void BrowserPane::updateBrowserScrollCapture() {
+    _view->captureScrollWithMode(ScrollCaptureMode::Nearest);
+}

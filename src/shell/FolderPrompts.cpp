@@ -1,0 +1,49 @@
+#include "shell/FolderPrompts.h"
+
+#include "platform/LocalizedTexts.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+
+#include <utility>
+
+using platform::localizedFormat;
+using platform::localizedString;
+
+void FolderSheets::chooseFolder(
+    const QString& startPath, std::function<void(const QString& path)> chosen) {
+    auto* dialog = new QFileDialog(&_window, localizedString(u"ChooseFolder"), startPath);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOptions(QFileDialog::ShowDirsOnly | QFileDialog::ReadOnly);
+    dialog->setWindowModality(Qt::WindowModal);
+    QObject::connect(
+        dialog, &QFileDialog::finished, dialog, [dialog, chosen = std::move(chosen)](int result) {
+            const QStringList paths = dialog->selectedFiles();
+            const bool isChosen = result == QDialog::Accepted && !paths.isEmpty();
+            chosen(isChosen ? paths.constFirst() : QString());
+        });
+    dialog->open();
+}
+
+void FolderSheets::alertFolderAliasIsAlreadyExist(const QString& displayName) {
+    alert(localizedFormat(u"AlertFolderAlreadyExist", {displayName}), {});
+}
+
+void FolderSheets::alertCantMount(const QString& displayName, const QString& reason) {
+    alert(localizedFormat(u"CantMount", {displayName}), reason);
+}
+
+void FolderSheets::alertCantAddFolder(const QString& path) {
+    alert(localizedFormat(u"CantAddFolder", {path}), {});
+}
+
+void FolderSheets::alert(const QString& message, const QString& details) {
+    auto* box = new QMessageBox(
+        QMessageBox::Warning, localizedString(u"Velmora"), message, QMessageBox::Ok, &_window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
+    box->setInformativeText(details);
+    box->setWindowModality(Qt::WindowModal);
+    box->open();
+}

@@ -1,0 +1,212 @@
+#include "shell/PBMainWindowController.h"
+
+#include "browser/PBImageBrowserContainerView.h"
+#include "browser/PBImageBrowserTipView.h"
+#include "browser/PBImageBrowserView.h"
+#include "core/PBAppDelegate.h"
+#include "library/PBPathHistory.h"
+#include "platform/LocalizedTexts.h"
+#include "platform/UserDefaults.h"
+#include "shell/BrowserPane.h"
+#include "shell/FolderPrompts.h"
+#include "shell/MainMenu.h"
+#include "shell/MainToolbar.h"
+#include "shell/MessagePane.h"
+#include "shell/PaneLayout.h"
+#include "shell/SourceSidebar.h"
+#include "shell/StatusBarView.h"
+#include "ui/HeaderBar.h"
+#include "ui/PBThemes.h"
+
+#include <QMainWindow>
+#include <QVBoxLayout>
+
+using platform::localizedString;
+
+namespace {
+
+const QString geometryKey = QStringLiteral("WindowGeometry");
+const QString statusBarKey = QStringLiteral("ShowHideStatusBar");
+constexpr QSize firstWindowSize(1180, 760);
+constexpr QSize smallestWindowSize(560, 420);
+
+/// A pane under a bar with its name.
+QWidget* titledPane(const QString& title, QWidget* content) {
+    auto* pane = new QWidget;
+    auto* layout = new QVBoxLayout(pane);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(new HeaderBar(title));
+    layout->addWidget(content, 1);
+    return pane;
+}
+
+} // namespace
+
+/// Tells the controller of events that only the window itself hears.
+class PBMainWindowController::Window final : public QMainWindow {
+public:
+    explicit Window(PBMainWindowController& controller) : _controller(controller) {}
+
+protected:
+    void closeEvent(QCloseEvent* event) override {
+        _controller.saveGeometry();
+        QMainWindow::closeEvent(event);
+    }
+    void showEvent(QShowEvent* event) override {
+        QMainWindow::showEvent(event);
+        // Pane sizes mean something only once the window has its own.
+        if (!std::exchange(_wasShown, true)) _controller._panes->restorePositions();
+    }
+
+private:
+    PBMainWindowController& _controller;
+    bool _wasShown = false;
+};
+
+PBMainWindowController::PBMainWindowController(PBAppDelegate& delegate)
+    : _delegate(delegate), _window(std::make_unique<Window>(*this)) {
+    buildWindow();
+    updateStatusBarShowHide();
+    restoreGeometry();
+    updateImageBrowserTipView();
+}
+
+PBMainWindowController::~PBMainWindowController() = default;
+
+QMainWindow& PBMainWindowController::window() const {
+    return *_window;
+}
+
+void PBMainWindowController::buildWindow() {
+    _window->setWindowTitle(localizedString(u"Velmora"));
+    _window->setMinimumSize(smallestWindowSize);
+    _folderPrompts = std::make_unique<FolderSheets>(*_window);
+    _sourceSidebar = std::make_unique<SourceSidebar>(
+        _delegate, *_window, *_folderPrompts, [this] { updateImageBrowserTipView(); });
+    _panes = new PaneLayout(
+        {.source = titledPane(localizedString(u"Folders"), _sourceSidebar->view()),
+         .group =
+             titledPane(localizedString(u"Groups"), new MessagePane(localizedString(u"NoGroups"))),
+         .thumbnail = makeBrowserPane(),
+         .info = titledPane(
+             localizedString(u"Information"), new MessagePane(localizedString(u"NoInformation")))},
+        _delegate.userDefaults(), _window.get());
+    _statusBarView = new StatusBarView(*_panes);
+    QObject::connect(
+        _browserPane.get(), &BrowserPane::itemCountDidChange, _statusBarView,
+        &StatusBarView::setItemCount);
+
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(_panes->view(), 1);
+    layout->addWidget(_statusBarView);
+    _window->setCentralWidget(content);
+
+    _toolbar = new MainToolbar(_window.get());
+    _window->addToolBar(_toolbar);
+    _menu = new MainMenu(*_window, *_panes, *_toolbar, _window.get());
+    connectFolderCommands();
+    QObject::connect(_menu, &MainMenu::statusBarToggled, _window.get(), [this] {
+        setHideStatusBar(!hideStatusBar());
+    });
+}
+
+QWidget* PBMainWindowController::makeBrowserPane() {
+    auto* container = new PBImageBrowserContainerView(
+        [this](const QString& path) { return _sourceSidebar->isFolder(path); });
+    QObject::connect(
+        container, &PBImageBrowserContainerView::foldersDropped, container,
+        [this](const QStringList& folders) { _sourceSidebar->addFolders(folders); });
+    _browserPane =
+        std::make_unique<BrowserPane>(_delegate, [this] { updateImageBrowserTipView(); });
+    container->addLayer(_browserPane->view());
+    _imageBrowserTipView = new PBImageBrowserTipView;
+    container->addLayer(_imageBrowserTipView);
+    return container;
+}
+
+void PBMainWindowController::connectFolderCommands() {
+    FolderRootCommands& commands = folderRootCommands();
+    SourceSelection& selection = sourceSelection();
+    const auto add = [&commands] { commands.addFolderAlias(); };
+    QObject::connect(
+        _imageBrowserTipView, &PBImageBrowserTipView::addFolderRequested, &commands, add);
+    QObject::connect(_toolbar->addFolderAction(), &QAction::triggered, &commands, add);
+    QObject::connect(
+        _toolbar->backAction(), &QAction::triggered, &selection, &SourceSelection::back);
+    QObject::connect(
+        _toolbar->forwardAction(), &QAction::triggered, &selection, &SourceSelection::forward);
+    QObject::connect(
+        _menu, &MainMenu::removeFolderRequested, &commands, &FolderRootCommands::removeFolderAlias);
+    QObject::connect(_menu, &MainMenu::revealRequested, &commands, [this] {
+        if (const auto folder = _sourceSidebar->tree().selectedFolder()) {
+            folderRootCommands().revealInFinder(*folder);
+        }
+    });
+    QObject::connect(&selection, &SourceSelection::historyDidChange, _toolbar, [this] {
+        validateVisibleItems();
+    });
+    QObject::connect(
+        &_sourceSidebar->tree(), &SourceTreeController::selectionDidChange, _toolbar,
+        [this] { validateVisibleItems(); });
+    validateVisibleItems();
+}
+
+void PBMainWindowController::validateVisibleItems() {
+    const PBPathHistory& history = _delegate.pathHistory();
+    _toolbar->backAction()->setEnabled(history.canBack());
+    _toolbar->forwardAction()->setEnabled(history.canForward());
+    const auto folder = _sourceSidebar->tree().selectedFolder();
+    _menu->setFolderCommands(
+        folder && !folder->folderPath().isEmpty(), folderRootCommands().canRemoveFolderAlias());
+}
+
+SourceSelection& PBMainWindowController::sourceSelection() {
+    return _sourceSidebar->selection();
+}
+
+FolderRootCommands& PBMainWindowController::folderRootCommands() {
+    return _sourceSidebar->commands();
+}
+
+void PBMainWindowController::clearBrowser() {
+    _browserPane->clear();
+}
+
+void PBMainWindowController::showWindow() {
+    _window->show();
+}
+
+void PBMainWindowController::updateImageBrowserTipView() {
+    _imageBrowserTipView->setTipKind(PBImageBrowserTipView::kindFor(
+        _browserPane->browserView().hasGroups(), _sourceSidebar->tree().hasFolderAliasItem(),
+        _sourceSidebar->tree().selectedItem() != nullptr, _delegate.isScanning()));
+}
+
+bool PBMainWindowController::hideStatusBar() const {
+    return _delegate.userDefaults().boolForKey(statusBarKey).value_or(false);
+}
+
+void PBMainWindowController::setHideStatusBar(bool hide) {
+    _delegate.userDefaults().setBool(hide, statusBarKey);
+    updateStatusBarShowHide();
+}
+
+void PBMainWindowController::updateStatusBarShowHide() {
+    const bool shown = !hideStatusBar() && !_window->isFullScreen();
+    _statusBarView->setVisible(shown);
+    _menu->setStatusBarShown(shown);
+}
+
+void PBMainWindowController::restoreGeometry() {
+    const auto stored = _delegate.userDefaults().dataForKey(geometryKey);
+    if (!stored || !_window->restoreGeometry(*stored)) _window->resize(firstWindowSize);
+}
+
+void PBMainWindowController::saveGeometry() {
+    _delegate.userDefaults().setData(_window->saveGeometry(), geometryKey);
+    _panes->savePositions();
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <memory>
+
+class BrowserPane;
+class FolderPrompts;
+class FolderRootCommands;
+class MainMenu;
+class MainToolbar;
+class PaneLayout;
+class PBAppDelegate;
+class PBImageBrowserTipView;
+class QMainWindow;
+class QWidget;
+class SourceSelection;
+class SourceSidebar;
+class StatusBarView;
+
+/// The one window of the program: builds it from its parts and connects them. Main thread.
+class PBMainWindowController {
+public:
+    /// The delegate outlives this object.
+    explicit PBMainWindowController(PBAppDelegate& delegate);
+    ~PBMainWindowController();
+
+    [[nodiscard]] QMainWindow& window() const;
+    [[nodiscard]] PBImageBrowserTipView& imageBrowserTipView() const {
+        return *_imageBrowserTipView;
+    }
+
+    [[nodiscard]] SourceSidebar& sourceSidebar() { return *_sourceSidebar; }
+    [[nodiscard]] SourceSelection& sourceSelection();
+    [[nodiscard]] FolderRootCommands& folderRootCommands();
+
+    void showWindow();
+
+    /// Empties the browser: another folder will be shown.
+    void clearBrowser();
+
+    /// Shows why the browser is empty, or hides the tip.
+    void updateImageBrowserTipView();
+
+    [[nodiscard]] bool hideStatusBar() const;
+    /// Stored at once.
+    void setHideStatusBar(bool hide);
+
+private:
+    void buildWindow();
+    [[nodiscard]] QWidget* makeBrowserPane();
+    void connectFolderCommands();
+    void validateVisibleItems();
+    void updateStatusBarShowHide();
+    void restoreGeometry();
+    void saveGeometry();
+
+    class Window;
+
+    PBAppDelegate& _delegate;
+    std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
+    std::unique_ptr<Window> _window;
+    std::unique_ptr<FolderPrompts> _folderPrompts;
+    std::unique_ptr<SourceSidebar> _sourceSidebar; // goes before the window and its views
+    // Children of the window, which owns them.
+    PBImageBrowserTipView* _imageBrowserTipView = nullptr;
+    PaneLayout* _panes = nullptr;
+    StatusBarView* _statusBarView = nullptr;
+    MainMenu* _menu = nullptr;
+    MainToolbar* _toolbar = nullptr;
+};

@@ -1,0 +1,158 @@
+#include "shell/SourceSelection.h"
+
+#include "core/PBAppDelegate.h"
+#include "library/PBPathHistory.h"
+#include "library/PBSourceTreeDataSource.h"
+#include "platform/LocalizedTexts.h"
+#include "platform/UserDefaults.h"
+#include "shell/FolderPrompts.h"
+#include "shell/SourceTreeController.h"
+
+#include <QWidget>
+
+#include <algorithm>
+
+namespace {
+
+const QString lastFolderKey = QStringLiteral("LastSelectFolder");
+
+std::shared_ptr<PBFolderItem> topmost(std::shared_ptr<PBFolderItem> item) {
+    while (item && item->parent())
+        item = item->parent();
+    return item;
+}
+
+} // namespace
+
+SourceSelection::SourceSelection(const Parts& parts, QObject* parent)
+    : QObject(parent), _parts(parts) {
+    connect(&_parts.tree, &SourceTreeController::selectionDidChange, this, [this] {
+        selectionDidChange(true);
+    });
+    connect(&_parts.tree, &SourceTreeController::unmountedRootClicked, this, [this] {
+        selectionDidChange(true);
+    });
+    connect(&_parts.tree.dataSource(), &PBSourceTreeDataSource::childrenDidArrive, this, [this] {
+        _awaitsLastFolder = _awaitsLastFolder && !trySelectLastFolder();
+    });
+}
+
+void SourceSelection::selectionDidChange(bool resolves) {
+    _awaitsLastFolder = false;
+    const auto folder = _parts.tree.selectedFolder();
+    const auto root = std::dynamic_pointer_cast<PBFolderAliasItem>(folder);
+    if (root && resolves) resolveSelected(*root->aliasObject());
+    if (folder) pushHistory(*folder);
+    if (_parts.delegate.isAppDidFinishLaunch()) resetFilters();
+
+    const QString path = folder ? folder->folderPath() : QString();
+    _parts.window.setWindowTitle(
+        folder ? folder->displayName() : platform::localizedString(u"Velmora"));
+    _parts.window.setWindowFilePath(path);
+    if (!path.isEmpty()) _parts.delegate.userDefaults().setString(path, lastFolderKey);
+    _parts.delegate.scan();
+}
+
+void SourceSelection::resolveSelected(PBAliasObject& aliasObject) {
+    QString error;
+    const bool changed =
+        _parts.delegate.aliasManager().resolveAlias(aliasObject, true, false, true, &error);
+    if (!error.isEmpty()) _parts.prompts.alertCantMount(aliasObject.displayName(), error);
+    if (!changed) return;
+    _parts.delegate.updateStartAccessURLs();
+    _parts.delegate.updateWatchPathsInBackground();
+    _parts.tree.dataSource().reloadData();
+}
+
+void SourceSelection::pushHistory(const PBFolderItem& folder) {
+    PBPathHistory& history = _parts.delegate.pathHistory();
+    if (!history.needPush()) return;
+    QString relativePath;
+    const auto root = folder.aliasObjectAndRelativePath(&relativePath);
+    if (!root || !root->isMounted()) return;
+    history.pushAliasObject(root, relativePath);
+    Q_EMIT historyDidChange();
+}
+
+void SourceSelection::resetFilters() {
+    const bool isSet = _parts.delegate.filter() != 0 || !_parts.delegate.searchString().isEmpty();
+    if (!isSet) return;
+    _parts.delegate.setFilter(0);
+    _parts.delegate.setSearchString({});
+    Q_EMIT filtersDidReset();
+}
+
+void SourceSelection::doSelectLastFolder() {
+    _awaitsLastFolder = !trySelectLastFolder();
+}
+
+bool SourceSelection::trySelectLastFolder() {
+    const auto path = _parts.delegate.userDefaults().stringForKey(lastFolderKey);
+    if (!path || path->isEmpty()) return true;
+    QString relativePath;
+    const auto root =
+        _parts.delegate.aliasManager().appropriateAliasObjectForPath(*path, &relativePath, false);
+    if (!root) return false;
+    const auto item = _parts.tree.dataSource().folderItemWithAliasObject(*root, relativePath, true);
+    if (!item) return false;
+    _parts.tree.select(*item);
+    return true;
+}
+
+void SourceSelection::back() {
+    step(&PBPathHistory::back);
+}
+
+void SourceSelection::forward() {
+    step(&PBPathHistory::forward);
+}
+
+void SourceSelection::step(std::shared_ptr<PBAliasObject> (PBPathHistory::*move)(QString*)) {
+    PBPathHistory& history = _parts.delegate.pathHistory();
+    std::shared_ptr<PBFolderItem> item;
+    QString relativePath;
+    while (!item) {
+        const auto root = (history.*move)(&relativePath);
+        if (!root) break;
+        // Folders that are gone are passed over.
+        item = _parts.tree.dataSource().folderItemWithAliasObject(*root, relativePath, false);
+    }
+    if (item) {
+        history.setNeedPush(false);
+        _parts.tree.select(*item);
+        history.setNeedPush(true);
+    }
+    Q_EMIT historyDidChange();
+}
+
+std::shared_ptr<PBAliasObject> SourceSelection::refresh(const PBAliasArray& changed) {
+    _parts.delegate.updateStartAccessURLs();
+    _parts.delegate.updateWatchPathsInBackground();
+    PBSourceTreeDataSource& dataSource = _parts.tree.dataSource();
+    for (const auto& root : changed)
+        dataSource.refreshAliasObject(*root);
+    const auto before = _parts.tree.selectedItem();
+    // Roots may have been removed as well.
+    dataSource.reloadCategoryItem();
+    const auto after = _parts.tree.selectedFolder();
+    if (!after || after != before) return nullptr;
+    const auto root = std::dynamic_pointer_cast<PBFolderAliasItem>(topmost(after));
+    if (!root || std::ranges::find(changed, root->aliasObject()) == changed.end()) return nullptr;
+    return root->aliasObject();
+}
+
+void SourceSelection::volumesDidMount(const PBAliasArray& changed) {
+    if (changed.empty()) return;
+    if (refresh(changed)) selectionDidChange(false);
+    if (_awaitsLastFolder) _awaitsLastFolder = !trySelectLastFolder();
+}
+
+void SourceSelection::volumesDidUnmount(const PBAliasArray& changed) {
+    if (changed.empty()) return;
+    const auto root = refresh(changed);
+    if (root && !root->isMounted()) _parts.tree.clearSelection();
+}
+
+void SourceSelection::mountFailed(const PBAliasObject& aliasObject, const QString& error) {
+    _parts.prompts.alertCantMount(aliasObject.displayName(), error);
+}
