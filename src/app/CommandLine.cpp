@@ -1,0 +1,115 @@
+#include "app/CommandLine.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+#include <QRegularExpression>
+
+namespace {
+
+/// Exit code for a command line that can't be used.
+constexpr int usageError = 2;
+
+CommandLineExit wrong(const QString& sentence) {
+    return {QStringLiteral("velmora: %1 (see velmora --help)").arg(sentence), usageError};
+}
+
+std::optional<QSize> readSize(const QString& text) {
+    static const QRegularExpression form(QStringLiteral("^(\\d{1,5})x(\\d{1,5})$"));
+    const auto match = form.match(text);
+    if (!match.hasMatch()) return std::nullopt;
+    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
+    return size.isEmpty() ? std::nullopt : std::optional(size);
+}
+
+QStringList absolute(QStringList paths) {
+    for (QString& path : paths)
+        path = QDir::cleanPath(QDir::current().absoluteFilePath(path));
+    return paths;
+}
+
+struct Options {
+    QCommandLineOption help{
+        {QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help.")};
+    QCommandLineOption version{
+        {QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version.")};
+    QCommandLineOption profile{
+        QStringLiteral("profile"),
+        QStringLiteral("Keep catalogue and settings in DIR instead of your own places."),
+        QStringLiteral("DIR")};
+    QCommandLineOption add{
+        QStringLiteral("add"),
+        QStringLiteral("Add DIR to the sidebar, unless it is there already, and select it. May be "
+                       "given several times."),
+        QStringLiteral("DIR")};
+    QCommandLineOption untilIdle{
+        QStringLiteral("until-idle"),
+        QStringLiteral("Quit when no work is pending in the background.")};
+    QCommandLineOption screenshot{
+        QStringLiteral("screenshot"),
+        QStringLiteral("With --until-idle: save a picture of the window just before quitting."),
+        QStringLiteral("FILE.png")};
+    QCommandLineOption size{
+        QStringLiteral("size"), QStringLiteral("Size of the window, such as 1280x800."),
+        QStringLiteral("WxH")};
+    QCommandLineOption stats{
+        QStringLiteral("stats"),
+        QStringLiteral("At exit write counts and timings as JSON to FILE (\"-\": standard "
+                       "output)."),
+        QStringLiteral("FILE")};
+    QCommandLineOption theme{
+        QStringLiteral("theme"),
+        QStringLiteral("Use the \"light\" or \"dark\" colours instead of the desktop's choice."),
+        QStringLiteral("NAME")};
+};
+
+} // namespace
+
+std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QStringList& arguments) {
+    const Options known;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Velmora, a photo browser and organiser."));
+    parser.addOptions(
+        {known.help, known.version, known.profile, known.add, known.untilIdle, known.screenshot,
+         known.size, known.stats, known.theme});
+    parser.addPositionalArgument(
+        QStringLiteral("path"), QStringLiteral("Files and folders to open."),
+        QStringLiteral("[path…]"));
+
+    if (!parser.parse(arguments)) return wrong(parser.errorText());
+    if (parser.isSet(known.help)) return CommandLineExit{parser.helpText()};
+    if (parser.isSet(known.version)) {
+        return CommandLineExit{QStringLiteral("Velmora %1").arg(QStringLiteral(VELMORA_VERSION))};
+    }
+
+    CommandLineOptions options;
+    options.paths = absolute(parser.positionalArguments());
+    options.add = absolute(parser.values(known.add));
+    options.untilIdle = parser.isSet(known.untilIdle);
+    options.screenshot = parser.value(known.screenshot);
+    options.stats = parser.value(known.stats);
+    if (parser.isSet(known.profile)) {
+        options.profile = absolute({parser.value(known.profile)}).constFirst();
+        if (parser.value(known.profile).isEmpty()) {
+            return wrong(QStringLiteral("--profile needs a folder"));
+        }
+    }
+    if (parser.isSet(known.size)) {
+        const auto size = readSize(parser.value(known.size));
+        if (!size) {
+            return wrong(
+                QStringLiteral("\"%1\" is no size such as 1280x800").arg(parser.value(known.size)));
+        }
+        options.size = *size;
+    }
+    if (parser.isSet(known.screenshot) && !options.untilIdle) {
+        return wrong(QStringLiteral("--screenshot goes with --until-idle"));
+    }
+    if (parser.isSet(known.theme)) {
+        const QString name = parser.value(known.theme);
+        if (name != u"light" && name != u"dark") {
+            return wrong(QStringLiteral("\"%1\" is neither \"light\" nor \"dark\"").arg(name));
+        }
+        options.dark = name == u"dark";
+    }
+    return options;
+}

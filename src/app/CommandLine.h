@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <variant>
+
+/// What the program was asked for on its command line.
+struct CommandLineOptions {
+    QStringList paths; ///< files and folders to open, absolute
+    QString profile;   ///< folder for catalogue and settings; empty: the user's own places
+    QStringList add;   ///< folders to make folder roots, absolute
+    bool untilIdle = false;
+    QString screenshot;       ///< PNG to write before quitting
+    QSize size;               ///< of the window; invalid when not given
+    QString stats;            ///< file for the figures at exit, "-" for standard output
+    std::optional<bool> dark; ///< the theme, when it is not the desktop's
+};
+
+/// The program ends at once: this text on standard output, or on standard error as a failure.
+struct CommandLineExit {
+    QString text;
+    int code = 0;
+};
+
+/// Reads the command line. Needs no application object.
+[[nodiscard]] std::variant<CommandLineOptions, CommandLineExit>
+parseCommandLine(const QStringList& arguments);

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "library/PBAliasManager.h"
+#include "library/PBAliasResolver.h"
+#include "library/PBFolderLister.h"
+#include "library/PBPathHistory.h"
+#include "library/SCEvents.h"
+#include "platform/BoundedCalls.h"
+#include "platform/OperationQueue.h"
+#include "platform/VolumeMounter.h"
+#include "platform/VolumeWatcher.h"
+
+#include <QList>
+#include <QObject>
+#include <QStringList>
+#include <QUrl>
+
+class FMDatabase;
+
+/// The folder roots with all that finds, lists and watches over them. Main thread.
+class FolderRootServices final : public QObject, private PBAliasServices {
+    Q_OBJECT
+
+public:
+    struct Environment {
+        FMDatabase& mainFileDb;
+        FMDatabase& buildThumbDb;
+        platform::OperationQueue& buildThumbOperationQueue;
+    };
+
+    explicit FolderRootServices(const Environment& environment);
+    ~FolderRootServices() override;
+
+    /// Reads the roots from the catalogue and resolves them. They are not watched yet.
+    void loadAlias();
+
+    [[nodiscard]] PBAliasManager& aliasManager() { return _aliasManager; }
+    [[nodiscard]] PBAliasResolver& aliasResolver() { return _aliasResolver; }
+    [[nodiscard]] PBFolderLister& folderLister() { return _folderLister; }
+    [[nodiscard]] PBPathHistory& pathHistory() { return _pathHistory; }
+
+    void updateStartAccessURLs();
+    /// Compares in the background what should be watched with what is.
+    void updateWatchPathsInBackground();
+    /// The stream over all mounted roots; its delegate is set by whoever takes the events.
+    [[nodiscard]] SCEvents& scEvents() { return _scEvents; }
+    /// Ends the watching; nothing starts it again. Waits for the background.
+    void stopWatching();
+
+    /// A disk has not answered yet.
+    [[nodiscard]] bool isBusy() const { return _calls.hasWork(); }
+
+Q_SIGNALS:
+    void volumesDidMount(const PBAliasArray& changed);
+    void volumesDidUnmount(const PBAliasArray& changed);
+    void mountFailed(const PBAliasObject& aliasObject, const QString& error);
+
+private:
+    platform::Resolution
+    resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) override;
+    bool storeReservePath(std::int64_t aliasId, const QString& reservePath) override;
+    void aliasDidAnswer(std::int64_t aliasId, const platform::Resolution& resolution);
+    void removeThumbnails(std::vector<std::int64_t> fileIds);
+    void updateWatchPaths();
+
+    const Environment _environment;
+    platform::BoundedCalls _calls;
+    platform::DiskServiceMounter _mounter;
+    PBAliasResolver _aliasResolver;
+    PBBoundedFolderLister _folderLister;
+    PBAliasManager _aliasManager;
+    PBPathHistory _pathHistory;
+    platform::VolumeWatcher _volumeWatcher;
+
+    QList<QUrl> _startAccessURLArray;
+    SCEvents _scEvents;
+    /// Last: its work uses the members above.
+    platform::OperationQueue _watchQueue{QStringLiteral("watch paths")};
+};

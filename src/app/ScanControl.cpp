@@ -1,0 +1,42 @@
+#include "app/ScanControl.h"
+
+#include "app/ScanPipeline.h"
+#include "platform/OperationQueue.h"
+
+ScanControl::ScanControl(Environment environment) : _environment(std::move(environment)) {}
+
+void ScanControl::scan() {
+    cancelScan();
+    PBGroupTreeDataSource& trees = _environment.pipeline.groupTreeDataSource();
+    trees.setGroupItemArray({});
+    trees.setGroupItemArray_work(nullptr);
+    trees.setIsOutlineViewScrolled(false);
+    _environment.clearDisplay();
+    _environment.pipeline.forgetScanFinished();
+    _isScanning = false;
+
+    Selection selection = _environment.selection();
+    if (selection.root && selection.root->isMounted()) {
+        auto work = std::make_shared<PBGroupItemArray>();
+        trees.setGroupItemArray_work(work);
+        _isScanning = true;
+        _environment.pipeline.factory().startScan(
+            std::move(selection.root), selection.relativePath, std::move(work),
+            _environment.browsing());
+    }
+    _environment.stateChanged();
+}
+
+void ScanControl::cancelScan() {
+    for (platform::OperationQueue* queue :
+         {&_environment.preload, &_environment.scan, &_environment.build}) {
+        queue->setSuspended(false);
+        queue->cancelAllOperations();
+    }
+    _environment.pipeline.groupTreeDataSource().cancelDelayedPublications();
+}
+
+void ScanControl::scanFinished() {
+    _isScanning = false;
+    _environment.stateChanged();
+}

@@ -1,0 +1,60 @@
+#include "app/ScanPipeline.h"
+
+#include "platform/MainLoop.h"
+#include "platform/OperationQueue.h"
+
+#include <QDateTime>
+
+#include <thread>
+
+using platform::MainLoop;
+
+namespace {
+
+int idleCores() {
+    return static_cast<int>(std::thread::hardware_concurrency());
+}
+
+} // namespace
+
+ScanPipeline::ScanPipeline(Environment environment)
+    : _environment(std::move(environment)), _places(_environment.geoManager),
+      _decodeAhead(idleCores()), _buildThumb(new BuildThumbServices{
+                                     .db = _environment.buildThumbDb,
+                                     .queue = _environment.buildQueue,
+                                     .ahead = &_decodeAhead,
+                                     .didBuild = _notifier.poster()}) {
+    _environment.buildQueue.setIdleHandler(
+        [this] { _figures.thumbnailsDone = _figures.sinceBegin(); });
+    _factory = std::make_unique<ScanFactory>(ScanFactory::Environment{
+        _environment.scanFileDb, _environment.scanQueue, makeServices(),
+        [this] { _dataSource.cancelDelayedPublications(); }});
+}
+
+ScanPipeline::~ScanPipeline() = default;
+
+std::shared_ptr<const ScanServices> ScanPipeline::makeServices() {
+    return std::shared_ptr<const ScanServices>(new ScanServices{
+        .aliasManager = _environment.aliasManager,
+        .scanFinishedManager = _finishedManager,
+        .insertFolderAliasLock = _environment.insertFolderAliasLock,
+        .imageImporters = _importers,
+        .buildThumb = _buildThumb,
+        .places = &_places,
+        .publish = _dataSource.publisher(),
+        .scanFinished = [this] { postScanFinished(); },
+        .isBeingWritten = _environment.isBeingWritten,
+        .now = [] { return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) * 1e-3; },
+        .figures = _figures,
+    });
+}
+
+void ScanPipeline::postScanFinished() {
+    MainLoop* loop = MainLoop::instance();
+    if (!loop) return;
+    loop->post(
+        MainLoop::Mode::Default,
+        [this, alive = std::weak_ptr(_alive), generation = _generation.load()] {
+            if (!alive.expired() && generation == _generation) _environment.scanFinished();
+        });
+}

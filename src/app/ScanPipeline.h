@@ -1,0 +1,72 @@
+#pragma once
+
+#include "group/PBGroupTreeDataSource.h"
+#include "group/PlaceAddresses.h"
+#include "image/BuildThumbNotifier.h"
+#include "image/DecodeAhead.h"
+#include "image/FileImporters.h"
+#include "info/geo/PBGeoManager.h"
+#include "scan/PBScanFinishedManager.h"
+#include "scan/ScanFactory.h"
+#include "scan/ScanFigures.h"
+#include "scan/ScanServices.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+/// All that scans work with, put together: importers, thumbnails, the two trees. Made on
+/// the main thread before the queues run, and destroyed there when they have ended.
+class ScanPipeline {
+public:
+    struct Environment {
+        PBGeoManager& geoManager;
+        FMDatabase& scanFileDb;
+        FMDatabase& buildThumbDb;
+        platform::OperationQueue& scanQueue;
+        platform::OperationQueue& buildQueue;
+        const PBAliasManager& aliasManager;
+        std::mutex& insertFolderAliasLock;
+        /// Whether a new file is still being written. Called on the scan thread.
+        std::function<bool(const QString& path)> isBeingWritten;
+        /// The present scan has ended. Main thread.
+        std::function<void()> scanFinished;
+    };
+
+    explicit ScanPipeline(Environment environment);
+    ~ScanPipeline();
+    ScanPipeline(const ScanPipeline&) = delete;
+    ScanPipeline& operator=(const ScanPipeline&) = delete;
+
+    [[nodiscard]] PBGroupTreeDataSource& groupTreeDataSource() { return _dataSource; }
+    [[nodiscard]] ScanFactory& factory() { return *_factory; }
+    [[nodiscard]] BuildThumbNotifier& buildThumbNotifier() { return _notifier; }
+    [[nodiscard]] PBImageImporterManager& imageImporterManager() { return _importerManager; }
+    [[nodiscard]] const image::ImageImporters& imageImporters() const { return _importers; }
+    [[nodiscard]] const ScanFigures& figures() const { return _figures; }
+    [[nodiscard]] const BuildThumbServices& buildThumb() const { return *_buildThumb; }
+
+    /// Ends of scans that are on their way to the main thread no longer count.
+    void forgetScanFinished() { ++_generation; }
+
+private:
+    [[nodiscard]] std::shared_ptr<const ScanServices> makeServices();
+    void postScanFinished();
+
+    const Environment _environment;
+    PBImageImporterManager _importerManager;
+    image::FileImporters _importers{_importerManager};
+    PBScanFinishedManager _finishedManager;
+    ScanFigures _figures;
+    group::GeoManagerAddresses _places;
+    PBGroupTreeDataSource _dataSource;
+    BuildThumbNotifier _notifier;
+    DecodeAhead _decodeAhead;
+    const std::shared_ptr<BuildThumbServices> _buildThumb;
+    std::unique_ptr<ScanFactory> _factory;
+
+    std::atomic<quint64> _generation{0}; // of the present scan
+    /// Expires with this object; looked at on the main thread only.
+    const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
+};

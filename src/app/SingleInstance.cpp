@@ -1,0 +1,126 @@
+#include "app/SingleInstance.h"
+
+#include "platform/StandardError.h"
+
+#include <QCborArray>
+#include <QCborMap>
+#include <QCborValue>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QLocalServer>
+#include <QLocalSocket>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int longestWait = 5000; // milliseconds
+constexpr qsizetype largestRequest = 16 * 1024 * 1024;
+const QByteArray accepted("ok");
+
+/// A socket's path may have 107 bytes only, so it is named by a hash of the folder's real path.
+QString socketOf(const QString& folder) {
+    QString place = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (!QFileInfo(place).isWritable()) place = QDir::tempPath();
+    const QString real = QFileInfo(folder).canonicalFilePath();
+    const QByteArray hash =
+        QCryptographicHash::hash(real.toUtf8(), QCryptographicHash::Sha256).toHex().left(24);
+    return QStringLiteral("%1/velmora-%2-%3")
+        .arg(place)
+        .arg(::getuid())
+        .arg(QLatin1StringView(hash));
+}
+
+QByteArray encode(const SingleInstance::Request& request) {
+    QCborMap map;
+    map.insert(QStringLiteral("paths"), QCborArray::fromStringList(request.paths));
+    map.insert(QStringLiteral("add"), QCborArray::fromStringList(request.add));
+    return QCborValue(map).toCbor();
+}
+
+QStringList stringsOf(const QCborValue& value) {
+    QStringList strings;
+    for (const QCborValue& one : value.toArray()) {
+        if (one.isString()) strings.append(one.toString());
+    }
+    return strings;
+}
+
+/// The request, once it is there whole.
+std::optional<SingleInstance::Request> decode(const QByteArray& bytes) {
+    QCborParserError error;
+    const QCborValue value = QCborValue::fromCbor(bytes, &error);
+    if (error.error != QCborError::NoError || !value.isMap()) return std::nullopt;
+    return SingleInstance::Request{
+        stringsOf(value[QStringLiteral("paths")]), stringsOf(value[QStringLiteral("add")])};
+}
+
+} // namespace
+
+SingleInstance::SingleInstance(QObject* parent) : QObject(parent) {}
+
+SingleInstance::~SingleInstance() {
+    _server.reset();
+    if (_lock >= 0) ::close(_lock);
+}
+
+SingleInstance::Outcome SingleInstance::take(const QString& folder, const Request& request) {
+    const QString socket = socketOf(folder);
+    if (!lock(folder)) {
+        return handOver(socket, request) ? Outcome::HandedOver : Outcome::NoAnswer;
+    }
+    listen(socket);
+    return Outcome::First;
+}
+
+bool SingleInstance::lock(const QString& folder) {
+    const QByteArray file = QFile::encodeName(folder + QStringLiteral("/lock"));
+    _lock = ::open(file.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (_lock < 0) return true; // what can't be written here is told when it is needed
+    return ::flock(_lock, LOCK_EX | LOCK_NB) == 0;
+}
+
+bool SingleInstance::handOver(const QString& socketName, const Request& request) {
+    QLocalSocket socket;
+    socket.connectToServer(socketName);
+    if (!socket.waitForConnected(longestWait)) return false;
+    socket.write(encode(request));
+    while (socket.bytesAvailable() < accepted.size()) {
+        if (!socket.waitForReadyRead(longestWait)) return false;
+    }
+    return socket.readAll() == accepted;
+}
+
+void SingleInstance::listen(const QString& socket) {
+    // Whoever left a socket behind is gone: this process has the lock.
+    QLocalServer::removeServer(socket);
+    _server = std::make_unique<QLocalServer>();
+    _server->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!_server->listen(socket)) {
+        platform::complain(
+            QStringLiteral("later starts can't reach this one (%1)").arg(_server->errorString()));
+        return;
+    }
+    connect(_server.get(), &QLocalServer::newConnection, this, &SingleInstance::accept);
+}
+
+void SingleInstance::accept() {
+    while (QLocalSocket* socket = _server->nextPendingConnection()) {
+        connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+        connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
+            const QByteArray bytes = socket->peek(largestRequest);
+            const auto request = decode(bytes);
+            if (request) {
+                socket->readAll();
+                socket->write(accepted);
+                socket->flush();
+                Q_EMIT requested(*request);
+            } else if (bytes.size() >= largestRequest) {
+                socket->abort();
+            }
+        });
+    }
+}

@@ -1,0 +1,32 @@
+#include "app/WatchControl.h"
+
+#include "app/ScanPipeline.h"
+#include "library/PBSourceTreeDataSource.h"
+#include "library/WatchedChanges.h"
+
+void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> eventArrayOccurred) {
+    const WatchedChanges changes = watchedChangesOfEvents(
+        eventArrayOccurred, _environment.selectedPath(),
+        {
+            .aliasPathChanged =
+                [this](const QString& path) {
+                    return !_environment.aliasManager.aliasPathChanged(path).empty();
+                },
+            .refreshChilden =
+                [this](const QString& path, bool refreshChildren) {
+                    return _environment.sourceTree.refreshChilden(path, refreshChildren);
+                },
+            .isImageType =
+                [this](const QString& uti) {
+                    return _environment.pipeline.imageImporters().isImageType(uti);
+                },
+        });
+    if (changes.rootsChanged) {
+        _environment.rootsChanged();
+        _environment.sourceTree.reloadCategoryItem();
+    }
+    if (changes.sidebarChanged) _environment.sourceTree.reloadData();
+    _environment.pipeline.factory().attachChanges(
+        changes, _environment.pipeline.groupTreeDataSource().groupItemArray_work(),
+        _environment.browsing());
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "library/PBAliasManager.h"
+#include "library/SCEvents.h"
+#include "scan/ScanFactory.h"
+
+#include <functional>
+
+class PBSourceTreeDataSource;
+class ScanPipeline;
+
+/// Brings display and sidebar in step with what happens on disk while the program runs: takes the
+/// batches of the event stream and schedules the work that follows from them. Main thread.
+class WatchControl final : public SCEventListenerProtocol {
+public:
+    /// All outlive this object, as the event stream does not.
+    struct Environment {
+        PBAliasManager& aliasManager;
+        PBSourceTreeDataSource& sourceTree;
+        ScanPipeline& pipeline;
+        /// Empty when no folder is selected.
+        std::function<QString()> selectedPath;
+        std::function<ScanBrowsing()> browsing;
+        /// Folder roots moved, came or went.
+        std::function<void()> rootsChanged;
+    };
+
+    explicit WatchControl(Environment environment) : _environment(std::move(environment)) {}
+
+    void pathWatcher(SCEvents& watcher, std::span<const SCEvent> eventArrayOccurred) override;
+
+private:
+    const Environment _environment;
+};

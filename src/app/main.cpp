@@ -1,0 +1,174 @@
+#include "app/ApplicationController.h"
+#include "app/CommandLine.h"
+#include "app/IdleWatch.h"
+#include "app/ScanStatistics.h"
+#include "app/SingleInstance.h"
+#include "app/Statistics.h"
+#include "app/TerminationSignals.h"
+#include "image/codec/process/DecoderProcess.h"
+#include "platform/MainLoop.h"
+#include "platform/Places.h"
+#include "platform/StandardError.h"
+#include "shell/PBMainWindowController.h"
+#include "ui/ColorScheme.h"
+
+#include <QApplication>
+#include <QMainWindow>
+#include <QTimer>
+
+#include <cerrno>
+#include <cstdio>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int failure = 1;
+
+/// The command line without the few options that the toolkit takes for itself.
+QStringList ownArguments(std::span<char*> arguments) {
+    QStringList own;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const QByteArrayView argument(arguments[i]);
+        if (argument == "-platform" || argument == "-style") {
+            ++i;
+        } else {
+            own.append(QString::fromLocal8Bit(argument));
+        }
+    }
+    return own;
+}
+
+/// Without a display the toolkit would end the process with a core dump.
+bool hasDisplay(std::span<char*> arguments) {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(variable)) return true;
+    }
+    return std::ranges::any_of(
+        arguments, [](const char* argument) { return QByteArrayView(argument) == "-platform"; });
+}
+
+/// Outside of a session of the desktop there may be no runtime folder; the toolkit would make this
+/// one, and say so in a warning each time.
+void provideRuntimeFolder() {
+    if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) return;
+    const QByteArray folder = "/tmp/runtime-" + QByteArray::number(::getuid());
+    if (::mkdir(folder.constData(), 0700) == 0 || errno == EEXIST) {
+        qputenv("XDG_RUNTIME_DIR", folder);
+    }
+}
+
+int leave(const CommandLineExit& exit) {
+    const QByteArray text = exit.text.trimmed().toLocal8Bit() + '\n';
+    std::fputs(text.constData(), exit.code == 0 ? stdout : stderr);
+    return exit.code;
+}
+
+bool saveScreenshot(QWidget& window, const QString& file) {
+    if (window.grab().save(file, "PNG")) return true;
+    platform::complain(QStringLiteral("the picture %1 can't be written").arg(file));
+    return false;
+}
+
+void bringToFront(QWidget& window) {
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.raise();
+    window.activateWindow();
+}
+
+/// Shows the window, runs the loop and ends everything; answers the exit code.
+int runApplication(const CommandLineOptions& options, SingleInstance& instance) {
+    Statistics statistics;
+    ColorScheme colorScheme;
+    PBThemes::apply(
+        !options.dark   ? colorScheme.preferred()
+        : *options.dark ? PBThemes::Scheme::Dark
+                        : PBThemes::Scheme::Light);
+    if (!options.dark) {
+        QObject::connect(
+            &colorScheme, &ColorScheme::preferredChanged, qApp,
+            [](PBThemes::Scheme scheme) { PBThemes::apply(scheme); });
+    }
+
+    ApplicationController controller;
+    controller.awakeFromNib();
+    QMainWindow& window = controller.mainWindowController().window();
+    if (options.size.isValid()) window.resize(options.size);
+    controller.applicationDidFinishLaunching();
+    // The events of showing come first in line; when they are done, the window is painted.
+    QTimer::singleShot(0, &window, [&] { statistics.markOnce(QStringLiteral("first_window_ms")); });
+    QObject::connect(
+        &instance, &SingleInstance::requested, &window,
+        [&](const SingleInstance::Request& request) {
+            bringToFront(window);
+            controller.addFolders(request.add);
+        });
+
+    int code = controller.addFolders(options.add) ? 0 : failure;
+    IdleWatch idle([&] { return controller.isIdle(); });
+    QObject::connect(&idle, &IdleWatch::becameIdle, &window, [&] {
+        if (!options.screenshot.isEmpty() && !saveScreenshot(window, options.screenshot)) {
+            code = failure;
+        }
+        QCoreApplication::quit();
+    });
+    if (options.untilIdle) idle.start();
+
+    const int loopCode = QCoreApplication::exec();
+    addScanStatistics(statistics, controller.scanPipeline());
+    controller.applicationWillTerminate();
+    if (!options.stats.isEmpty() && !statistics.write(options.stats)) {
+        platform::complain(QStringLiteral("the figures can't be written to %1").arg(options.stats));
+        code = failure;
+    }
+    return loopCode != 0 ? loopCode : code;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    if (const auto code = codec::process::runIfDecoderProcess(arguments)) return *code;
+    QCoreApplication::setApplicationName(QStringLiteral("Velmora"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("velmora"));
+
+    const auto parsed = [&] {
+        // The help text asks for an application, but needs no display.
+        int none = 1;
+        const QCoreApplication early(none, argv);
+        return parseCommandLine(ownArguments(arguments));
+    }();
+    if (const auto* exit = std::get_if<CommandLineExit>(&parsed)) return leave(*exit);
+    const auto& options = std::get<CommandLineOptions>(parsed);
+    if (!hasDisplay(arguments)) {
+        platform::complain(
+            QStringLiteral("there is no display; for a picture of the window without one, run: "
+                           "QT_QPA_PLATFORM=offscreen velmora --until-idle --screenshot FILE.png"));
+        return failure;
+    }
+
+    provideRuntimeFolder();
+    TerminationSignals::block();
+    const QApplication application(argc, argv);
+    const TerminationSignals signals;
+    QObject::connect(
+        &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
+    platform::MainLoop loop;
+    platform::Places::setProfile(options.profile);
+
+    SingleInstance instance;
+    switch (instance.take(platform::Places::dataFolder(), {options.paths, options.add})) {
+    case SingleInstance::Outcome::HandedOver:
+        return 0;
+    case SingleInstance::Outcome::NoAnswer:
+        platform::complain(
+            QStringLiteral("another Velmora has the catalogue in %1 open and does not answer")
+                .arg(platform::Places::dataFolder()));
+        return failure;
+    case SingleInstance::Outcome::First:
+        break;
+    }
+    return runApplication(options, instance);
+}

@@ -1,0 +1,212 @@
+#include "FMDB/FMDatabase.h"
+#include "app/BrowsingSettings.h"
+#include "app/IdleWatch.h"
+#include "app/ScanControl.h"
+#include "app/ScanPipeline.h"
+#include "catalogue/PBCatalogue.h"
+#include "platform/MainLoop.h"
+#include "platform/OperationQueue.h"
+#include "platform/UserDefaults.h"
+
+#include "support/Support.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <latch>
+
+using platform::UserDefaults;
+
+namespace {
+
+class BrowsingSettingsTest : public testing::Test {
+protected:
+    QTemporaryDir folder;
+    UserDefaults defaults{folder.filePath(QStringLiteral("Velmora.conf"))};
+};
+
+TEST_F(BrowsingSettingsTest, firstStartHasTheDefaultsAndSeedsThePresetsOnce) {
+    BrowsingSettings browsing(defaults);
+    EXPECT_TRUE(browsing.recurseSubFolder());
+    EXPECT_EQ(*browsing.groupTypeArray(), (std::vector{3, 5}));
+    EXPECT_EQ(browsing.sortType(), 1);
+    EXPECT_FALSE(browsing.descendingSort());
+    EXPECT_EQ(browsing.filter(), 0U);
+
+    const QString key = QStringLiteral("FavoriteGroupArrayArray");
+    browsing.seedFavoriteChains(false);
+    EXPECT_EQ(defaults.integerArraysForKey(key)->size(), 6U);
+    defaults.setIntegerArrays({}, key);
+    browsing.seedFavoriteChains(true);
+    EXPECT_TRUE(defaults.integerArraysForKey(key)->empty());
+    defaults.removeKey(key);
+    browsing.seedFavoriteChains(true);
+    const std::vector<std::vector<int>> all{{3, 5},  {3, 14}, {3, 16}, {3, 18},
+                                            {3, 21}, {3, 26}, {16, 18}};
+    EXPECT_EQ(defaults.integerArraysForKey(key), all);
+}
+
+TEST_F(BrowsingSettingsTest, changesAreStoredAndReadBack) {
+    {
+        BrowsingSettings browsing(defaults);
+        browsing.setRecurseSubFolder(false);
+        browsing.setGroupTypeArray(std::make_shared<const std::vector<int>>());
+        browsing.setSortType(0);
+        browsing.setDescendingSort(true);
+        browsing.setFilter(3);
+        browsing.setSearchString(QStringLiteral("x"));
+    }
+    const BrowsingSettings browsing(defaults);
+    EXPECT_FALSE(browsing.recurseSubFolder());
+    EXPECT_TRUE(browsing.groupTypeArray()->empty());
+    EXPECT_EQ(browsing.sortType(), 0);
+    EXPECT_TRUE(browsing.descendingSort());
+    EXPECT_EQ(browsing.filter(), 3U);
+    EXPECT_TRUE(browsing.searchString().isEmpty());
+}
+
+TEST_F(BrowsingSettingsTest, unchangedValuesAreNotWritten) {
+    BrowsingSettings browsing(defaults);
+    browsing.setRecurseSubFolder(true);
+    browsing.setSortType(1);
+    browsing.setDescendingSort(false);
+    browsing.setFilter(0);
+    browsing.setGroupTypeArray(browsing.groupTypeArray());
+    for (const char* key :
+         {"RecurseSubFolder", "SortType", "DescendingSort", "Filter", "GroupTypeArray"}) {
+        EXPECT_FALSE(defaults.hasKey(QString::fromLatin1(key))) << key;
+    }
+}
+
+TEST_F(BrowsingSettingsTest, storedValuesOutOfRangeGiveTheDefaults) {
+    defaults.setIntegers({3, 64}, QStringLiteral("GroupTypeArray"));
+    defaults.setInteger(7, QStringLiteral("SortType"));
+    defaults.setInteger(-1, QStringLiteral("Filter"));
+    const BrowsingSettings browsing(defaults);
+    EXPECT_EQ(*browsing.groupTypeArray(), (std::vector{3, 5}));
+    EXPECT_EQ(browsing.sortType(), 1);
+    EXPECT_EQ(browsing.filter(), 0U);
+}
+
+/// A scan control without a window; the one root is at the path, if there is any.
+class ScanControlTest : public testing::Test {
+protected:
+    ScanControlTest() {
+        for (FMDatabase* db : {&files, &scanFiles, &buildThumbnails})
+            EXPECT_TRUE(db->open());
+        PBCatalogue(files).checkTables_FilesDb();
+        PBCatalogue(buildThumbnails).checkTables_Thumbnail();
+    }
+    ~ScanControlTest() override {
+        for (platform::OperationQueue* queue : {&preload, &scan, &build}) {
+            queue->cancelAllOperations();
+            queue->waitUntilAllOperationsAreFinished();
+        }
+    }
+    void select(const QString& path) {
+        root = path.isEmpty()
+                   ? nullptr
+                   : PBAliasObject::aliasObjectWithId(1, {}, QUrl::fromLocalFile(path), path, 0, 0);
+    }
+
+    class NoServices final : public PBAliasServices {
+        platform::Resolution resolveAlias(const PBAliasObject&, bool, QString*) override {
+            return {};
+        }
+        bool storeReservePath(std::int64_t, const QString&) override { return true; }
+    };
+
+    QTemporaryDir folder;
+    FMDatabase files{folder.filePath(QStringLiteral("files.db"))};
+    FMDatabase scanFiles{files.databasePath()};
+    FMDatabase buildThumbnails{folder.filePath(QStringLiteral("thumbnail.db"))};
+    NoServices aliasServices;
+    PBAliasManager aliases{{files, aliasServices, {}}};
+    PBGeoManager places{nullptr, [](const std::function<void()>&) {}};
+    std::mutex lock;
+    int changes = 0;
+    std::shared_ptr<PBAliasObject> root;
+    platform::OperationQueue preload{QStringLiteral("preload")};
+    platform::OperationQueue scan{QStringLiteral("scan")};
+    platform::OperationQueue build{QStringLiteral("build")};
+    ScanPipeline pipeline{{
+        .geoManager = places,
+        .scanFileDb = scanFiles,
+        .buildThumbDb = buildThumbnails,
+        .scanQueue = scan,
+        .buildQueue = build,
+        .aliasManager = aliases,
+        .insertFolderAliasLock = lock,
+        .isBeingWritten = {},
+        .scanFinished = [this] { control.scanFinished(); },
+    }};
+    ScanControl control{{
+        .preload = preload,
+        .scan = scan,
+        .build = build,
+        .pipeline = pipeline,
+        .selection =
+            [this] {
+                return ScanControl::Selection{root, {}};
+            },
+        .browsing = [] { return ScanBrowsing(); },
+        .clearDisplay = [] {},
+        .stateChanged = [this] { ++changes; },
+    }};
+};
+
+TEST_F(ScanControlTest, scanCancelsAndResumesEveryQueueWithoutWaiting) {
+    std::latch started(1);
+    std::latch release(1);
+    scan.addOperation([&] {
+        started.count_down();
+        release.wait();
+    });
+    build.setSuspended(true);
+    build.addOperation([] {});
+    started.wait();
+    control.scan(); // would never come back if it waited for the running operation
+    // What waited may just have begun between resuming and cancelling; nothing is left of it.
+    build.waitUntilAllOperationsAreFinished();
+    EXPECT_FALSE(build.isSuspended());
+    EXPECT_EQ(changes, 1);
+    EXPECT_FALSE(control.isScanning()) << "nothing is selected";
+    EXPECT_FALSE(pipeline.groupTreeDataSource().groupItemArray_work());
+    release.count_down();
+    scan.waitUntilAllOperationsAreFinished();
+}
+
+TEST_F(ScanControlTest, theEndOfAFormerScanIsNotThatOfThePresentOne) {
+    select(folder.path());
+    control.scan();
+    scan.waitUntilAllOperationsAreFinished(); // its end is on the way
+    const auto former = pipeline.groupTreeDataSource().groupItemArray_work();
+    std::latch release(1);
+    scan.addOperation([&] { release.wait(); });
+    control.scan();
+    EXPECT_NE(pipeline.groupTreeDataSource().groupItemArray_work(), former);
+    bool posted = false;
+    platform::MainLoop::instance()->post(platform::MainLoop::Mode::Default, [&] { posted = true; });
+    ASSERT_TRUE(support::spinUntil([&] { return posted; }));
+    EXPECT_TRUE(control.isScanning());
+    release.count_down();
+    EXPECT_TRUE(support::spinUntil([&] { return !control.isScanning(); }));
+    EXPECT_EQ(changes, 3);
+
+    select({});
+    control.scan();
+    EXPECT_FALSE(control.isScanning());
+}
+
+TEST(IdleWatchTest, oneIdleLookBetweenBusyOnesIsNoEnd) {
+    int look = 0;
+    bool became = false;
+    IdleWatch watch([&] { return ++look == 2 || look >= 5; });
+    QObject::connect(&watch, &IdleWatch::becameIdle, &watch, [&] { became = true; });
+    watch.start();
+    ASSERT_TRUE(support::spinUntil([&] { return became; }));
+    EXPECT_EQ(look, 6);
+}
+
+} // namespace

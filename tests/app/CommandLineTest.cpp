@@ -1,0 +1,59 @@
+#include "app/CommandLine.h"
+
+#include "support/Support.h"
+
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::variant<CommandLineOptions, CommandLineExit> parse(const char* line) {
+    return parseCommandLine(
+        (QStringLiteral("velmora ") + QString::fromUtf8(line)).split(u' ', Qt::SkipEmptyParts));
+}
+
+TEST(CommandLineTest, everyOptionIsRead) {
+    const auto parsed = parse("--profile /p/ --add a --add /b/../c --until-idle --screenshot s.png "
+                              "--size 800x600 --stats - --theme dark x.jpg /y");
+    ASSERT_TRUE(std::holds_alternative<CommandLineOptions>(parsed));
+    const auto& options = std::get<CommandLineOptions>(parsed);
+    const QString here = QDir::currentPath();
+    EXPECT_EQ(options.profile, QStringLiteral("/p"));
+    EXPECT_EQ(options.add, (QStringList{here + QStringLiteral("/a"), QStringLiteral("/c")}));
+    EXPECT_TRUE(options.untilIdle);
+    EXPECT_EQ(options.screenshot, QStringLiteral("s.png"));
+    EXPECT_EQ(options.size, QSize(800, 600));
+    EXPECT_EQ(options.stats, QStringLiteral("-"));
+    EXPECT_EQ(options.dark, true);
+    EXPECT_EQ(options.paths, (QStringList{here + QStringLiteral("/x.jpg"), QStringLiteral("/y")}));
+}
+
+TEST(CommandLineTest, mistakesAreOneSentenceAndCodeTwo) {
+    for (const char* line :
+         {"--no-such-option", "--size 800", "--size 0x10", "--size 800x600x1", "--profile",
+          "--screenshot s.png", "--theme blue", "--until-idle=yes"}) {
+        SCOPED_TRACE(line);
+        const auto parsed = parse(line);
+        ASSERT_TRUE(std::holds_alternative<CommandLineExit>(parsed));
+        const auto& exit = std::get<CommandLineExit>(parsed);
+        EXPECT_EQ(exit.code, 2);
+        EXPECT_TRUE(exit.text.startsWith(u"velmora: "));
+        EXPECT_FALSE(exit.text.contains(u'\n'));
+    }
+}
+
+TEST(CommandLineTest, helpAndVersionEndWell) {
+    const auto help = parse("--help");
+    ASSERT_TRUE(std::holds_alternative<CommandLineExit>(help));
+    EXPECT_EQ(std::get<CommandLineExit>(help).code, 0);
+    for (const char* option :
+         {"--profile", "--add", "--until-idle", "--screenshot", "--size", "--stats", "--theme",
+          "--version"}) {
+        EXPECT_TRUE(std::get<CommandLineExit>(help).text.contains(QLatin1StringView(option)))
+            << option;
+    }
+    EXPECT_EQ(std::get<CommandLineExit>(parse("-v")).code, 0);
+}
+
+} // namespace

@@ -1,0 +1,66 @@
+#include "app/SingleInstance.h"
+
+#include "support/Support.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+TEST(SingleInstanceTest, laterStartHandsItsRequestOver) {
+    const QTemporaryDir folder;
+    SingleInstance first;
+    ASSERT_EQ(first.take(folder.path(), {}), SingleInstance::Outcome::First);
+    QStringList paths;
+    QStringList added;
+    QObject::connect(
+        &first, &SingleInstance::requested, &first, [&](const SingleInstance::Request& request) {
+            paths = request.paths;
+            added = request.add;
+        });
+    const QStringList many(20'000, QString::fromUtf8("/ümlaut \n/😀"));
+    std::atomic<int> outcome = -1;
+    std::jthread later([&] {
+        SingleInstance second;
+        outcome = static_cast<int>(second.take(folder.path(), {many, {QStringLiteral("/a")}}));
+    });
+    ASSERT_TRUE(support::spinUntil([&] { return outcome >= 0; }));
+    EXPECT_EQ(outcome, static_cast<int>(SingleInstance::Outcome::HandedOver));
+    EXPECT_EQ(paths, many);
+    EXPECT_EQ(added, QStringList{QStringLiteral("/a")});
+}
+
+TEST(SingleInstanceTest, lockGoesWithTheProcessThatHeldIt) {
+    const QTemporaryDir folder;
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        SingleInstance held;
+        const auto outcome = held.take(folder.path(), {});
+        ::_exit(outcome == SingleInstance::Outcome::First ? 7 : 1); // leaves lock and socket behind
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_EQ(WEXITSTATUS(status), 7);
+    SingleInstance next;
+    EXPECT_EQ(next.take(folder.path(), {}), SingleInstance::Outcome::First);
+}
+
+TEST(SingleInstanceTest, foldersAreHeldApartAndOneThatCannotBeLockedIsTaken) {
+    const QTemporaryDir folder;
+    const QTemporaryDir other;
+    SingleInstance one;
+    SingleInstance two;
+    SingleInstance three;
+    EXPECT_EQ(one.take(folder.path(), {}), SingleInstance::Outcome::First);
+    EXPECT_EQ(two.take(other.path(), {}), SingleInstance::Outcome::First);
+    EXPECT_EQ(three.take(QStringLiteral("/proc/no/such"), {}), SingleInstance::Outcome::First);
+}
+
+} // namespace
