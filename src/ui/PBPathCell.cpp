@@ -97,7 +97,7 @@ PBPathComponentCell::Rects PBPathComponentCell::calcRectForCellRect(const QRectF
     QRectF rest = cellRect;
     if (hasImage()) {
         rects.image = QRectF(
-            rest.left() + std::ceil((imageStrip - imageSide) / 2),
+            rest.left() + std::floor((imageStrip - imageSide) / 2),
             rest.top() + centred(rest.height(), imageSide), imageSide, imageSide);
         rest.setLeft(rest.left() + imageStrip);
     }
@@ -108,8 +108,10 @@ PBPathComponentCell::Rects PBPathComponentCell::calcRectForCellRect(const QRectF
         rest.setRight(rest.right() - arrowStrip);
     }
     const double titleHeight = sizeOfTitle().height();
+    // The gap keeps the title from its symbol, or else from the end.
+    const double titleLeft = hasImage() ? rest.left() + titleGap : rest.left();
     rects.title = QRectF(
-        rest.left(), rest.top() + centred(rest.height(), titleHeight),
+        titleLeft, rest.top() + centred(rest.height(), titleHeight),
         std::max(0.0, rest.width() - titleGap), titleHeight);
     return rects;
 }
