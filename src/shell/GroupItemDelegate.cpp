@@ -1,12 +1,12 @@
 #include "shell/GroupItemDelegate.h"
 
 #include "shell/GroupTreeModel.h"
+#include "shell/PBOutlineView.h"
 #include "ui/GroupIcons.h"
 #include "ui/PBThemes.h"
 
 #include <QLocale>
 #include <QPainter>
-#include <QWidget>
 
 #include <algorithm>
 
@@ -74,9 +74,8 @@ QSize GroupItemDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex
 
 void GroupItemDelegate::paint(
     QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
-    // As the view that draws the row's background asks it, so that text and background agree.
-    const bool isOnAccent = isSelected && option.widget && option.widget->isActiveWindow();
+    const bool isOnAccent =
+        option.state.testFlag(QStyle::State_Selected) && PBOutlineView::hasKeyboard(option.widget);
     const bool isUnspecified = index.data(GroupTreeModel::UnspecifiedRole).toBool();
     QRect content = option.rect.adjusted(margin, 0, -endMargin, 0);
 

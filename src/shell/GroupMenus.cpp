@@ -34,11 +34,12 @@ void GroupMenus::setDoGroupCopyMoveTo(std::function<void(GroupTransfer)> doGroup
 
 void GroupMenus::showState(QAction& entry, const GroupPresets::Action& action) const {
     using Type = GroupPresets::Action::Type;
-    const PBGroupTypeArray current = _environment.groupTypeArray();
     switch (action.type) {
     case Type::Select:
+        if (!PBUtilities::isEqualGroupTypeArray(action.chain, *_environment.groupTypeArray()))
+            break;
         entry.setCheckable(true);
-        entry.setChecked(PBUtilities::isEqualGroupTypeArray(action.chain, *current));
+        entry.setChecked(true);
         break;
     case Type::CopyTo:
     case Type::MoveTo:

@@ -27,6 +27,10 @@ PBOutlineView::PBOutlineView(QWidget* parent) : QTreeView(parent) {
     updateColors();
 }
 
+bool PBOutlineView::hasKeyboard(const QWidget* view) {
+    return view && view->hasFocus() && view->isActiveWindow();
+}
+
 bool PBOutlineView::event(QEvent* event) {
     // A shortcut that a widget claims never reaches the window's menu.
     if (event->type() == QEvent::ShortcutOverride &&
@@ -87,9 +91,8 @@ void PBOutlineView::drawRow(
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(Qt::NoPen);
-        QColor fill = PBThemes::colors().accent;
-        if (!isActiveWindow()) fill = QColor::fromRgbF(0.5F, 0.5F, 0.5F, 0.28F);
-        painter->setBrush(fill);
+        painter->setBrush(
+            hasKeyboard(this) ? PBThemes::colors().accent : QColor(128, 128, 128, 72));
         painter->drawRoundedRect(selectionRect(option.rect), 5, 5);
         painter->restore();
     }
@@ -101,7 +104,7 @@ void PBOutlineView::drawBranches(
     if (!model()->hasChildren(index)) return;
     const PBThemes::Colors& colors = PBThemes::colors();
     const bool isOnAccent =
-        isActiveWindow() && selectionModel() && selectionModel()->isSelected(index);
+        hasKeyboard(this) && selectionModel() && selectionModel()->isSelected(index);
     const QPointF centre(rect.right() - indentation() / 2.0 + 2, rect.center().y() + 0.5);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);

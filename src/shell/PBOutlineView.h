@@ -12,6 +12,10 @@ class PBOutlineView : public QTreeView {
 public:
     explicit PBOutlineView(QWidget* parent = nullptr);
 
+    /// Whether a selection is shown strong: with two outlines one above the other it tells to which
+    /// of them the keyboard goes. Delegates ask it of the view that they draw for.
+    [[nodiscard]] static bool hasKeyboard(const QWidget* view);
+
 Q_SIGNALS:
     /// The mouse was pressed on a row that was selected already.
     void selectedRowPressed(const QModelIndex& index);

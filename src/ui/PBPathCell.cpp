@@ -108,10 +108,8 @@ PBPathComponentCell::Rects PBPathComponentCell::calcRectForCellRect(const QRectF
         rest.setRight(rest.right() - arrowStrip);
     }
     const double titleHeight = sizeOfTitle().height();
-    // The gap keeps the title from its symbol, or else from the end.
-    const double titleLeft = hasImage() ? rest.left() + titleGap : rest.left();
     rects.title = QRectF(
-        titleLeft, rest.top() + centred(rest.height(), titleHeight),
+        rest.left() + titleGap / 2, rest.top() + centred(rest.height(), titleHeight),
         std::max(0.0, rest.width() - titleGap), titleHeight);
     return rects;
 }

@@ -57,10 +57,10 @@ TEST_F(PBPathCellTest, partsOfACellByTable) {
         const auto first = cell(0).calcRectForCellRect({100, 50, 80, height});
         EXPECT_EQ(first.image, QRectF(101, 50 + place(16), 16, 16));
         EXPECT_EQ(first.arrow, QRectF(172, 50 + place(14), 8, 14));
-        EXPECT_EQ(first.title, QRectF(121, 50 + place(titleHeight), 80 - 19 - 8 - 2, titleHeight));
+        EXPECT_EQ(first.title, QRectF(120, 50 + place(titleHeight), 80 - 19 - 8 - 2, titleHeight));
         const auto last = cell(1).calcRectForCellRect({0, 0, 60, height});
         EXPECT_TRUE(last.image.isEmpty() && last.arrow.isEmpty());
-        EXPECT_EQ(last.title, QRectF(0, place(titleHeight), 58, titleHeight));
+        EXPECT_EQ(last.title, QRectF(1, place(titleHeight), 58, titleHeight));
     }
 }
 
