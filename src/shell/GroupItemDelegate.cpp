@@ -84,7 +84,7 @@ void GroupItemDelegate::paint(
     const auto icon = index.data(GroupTreeModel::IconRole).value<group::IconName>();
     const QRect place(
         content.left(), content.top() + (content.height() - iconSide) / 2, iconSide, iconSide);
-    Icons::forGroup(icon).paint(
+    Icons::ofGroup(icon).paint(
         painter, place, Qt::AlignCenter, isOnAccent ? QIcon::Selected : QIcon::Normal);
     content.setLeft(place.right() + 1 + iconGap);
     content.setRight(

@@ -20,7 +20,7 @@ void appendEntries(
         } else if (entry.isSubmenu) {
             appendEntries(*menu.addMenu(title), entry.entries, handler, adjust);
         } else {
-            QAction* added = menu.addAction(Icons::forGroup(entry.icon), title);
+            QAction* added = menu.addAction(Icons::ofGroup(entry.icon), title);
             added->setEnabled(entry.action.has_value());
             if (!entry.action) continue;
             QObject::connect(added, &QAction::triggered, &menu, [handler, action = *entry.action] {

@@ -25,7 +25,7 @@ QString symbolOf(const group::IconName& icon) {
 
 } // namespace
 
-const QIcon& forGroup(const group::IconName& icon) {
+const QIcon& ofGroup(const group::IconName& icon) {
     // Reading a symbol costs more than drawing the rest of a row.
     static QHash<QString, QIcon> icons;
     const QString symbol = symbolOf(icon);

@@ -6,8 +6,9 @@
 
 namespace Icons {
 
-/// The icon of a group or a criterion, in the program's own set: folders and files too, so that a
-/// row of them has one look. Kept once it was asked for; empty for no icon. Main thread.
-[[nodiscard]] const QIcon& forGroup(const group::IconName& icon);
+/// The symbol that stands for a criterion or a group: the program's own, and one for all folders
+/// and one for all files where the system would be asked. Empty where there is none. Kept once it
+/// was asked for. Main thread.
+[[nodiscard]] const QIcon& ofGroup(const group::IconName& icon);
 
 } // namespace Icons

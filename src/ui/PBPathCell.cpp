@@ -129,7 +129,7 @@ void PBPathComponentCell::draw(QPainter& painter, const QRectF& cellRect) const 
     const bool fitsImage = rects.image.right() <= cellRect.right();
     if (hasImage() && fitsImage) {
         const QPoint place(qRound(rects.image.left()), qRound(rects.image.top()));
-        Icons::forGroup(_image).paint(&painter, QRect(place, rects.image.size().toSize()));
+        Icons::ofGroup(_image).paint(&painter, QRect(place, rects.image.size().toSize()));
     }
     drawTitle(painter, rects.title);
     if (!isLastItem() && fitsImage) drawArrow(painter, rects.arrow.center());
