@@ -4,6 +4,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "platform/LocalizedTexts.h"
 #include "platform/StandardError.h"
+#include "ui/Icons.h"
 
 #include <QFile>
 #include <QMessageBox>
@@ -36,7 +37,8 @@ QString DamagedCatalogue::moveAside(const QString& file) {
 DamagedCatalogue::Choice DamagedCatalogue::ask(const QString& file, const QString& reason) {
     QMessageBox box;
     box.setWindowTitle(localizedString(u"Velmora"));
-    box.setIcon(QMessageBox::Warning);
+    constexpr int iconSide = 48;
+    box.setIconPixmap(Icons::named(QStringLiteral("warning")).pixmap(iconSide, iconSide));
     box.setTextFormat(Qt::PlainText);
     box.setText(localizedString(u"CatalogueDamaged"));
     box.setInformativeText(localizedFormat(u"CatalogueDamagedDetails", {file, reason}));
