@@ -6,6 +6,8 @@
 #include "scan/FileProperties.h"
 #include "scan/ScanServices.h"
 
+#include <QSet>
+
 using platform::DirectoryEntry;
 
 namespace {
@@ -23,8 +25,12 @@ struct PBScanFolderTask::Run {
     std::shared_ptr<PBScanFinishedTrigger> trigger;
     FilePropertyBatch batch;
     qint64 folderId = 0;
-    /// The folder's row was made by this run: no file of it can be known.
-    bool isNewFolder = false;
+    /// The catalogue had no row for the folder at that count of attached operations.
+    std::optional<std::uint64_t> noFolderAt = std::nullopt;
+    /// The names that the folder has rows for, as of that count of attached operations: asking the
+    /// catalogue for each file would cost more than all else.
+    QSet<QString> knownNames = {};
+    std::optional<std::uint64_t> knownAt = std::nullopt;
 };
 
 std::unique_ptr<PBScanFolderTask>
@@ -59,7 +65,7 @@ void PBScanFolderTask::runWithOperation(platform::Operation& operation) {
         finishAtOnce();
         return;
     }
-    checkAttachedOperation(operation);
+    checkAttachedOperation(run.operation);
     ++_dictionary->services->figures.folders;
     if (_dictionary->OpenFilesOpenFileObjArray.empty()) {
         walkFolder(run);
@@ -97,7 +103,7 @@ void PBScanFolderTask::walkFolder(Run& run) const {
     std::vector<std::unique_ptr<PBScanFolderTask>> subTasks;
     const auto visit = [&](const DirectoryEntry& entry) {
         if (operation.isCancelled()) return false;
-        checkAttachedOperation(operation);
+        checkAttachedOperation(run.operation);
         if (entry.isPackage) return true;
         if (entry.isDirectory) {
             // A link would be walked twice, or without end.
@@ -149,26 +155,44 @@ void PBScanFolderTask::takeFile(Run& run, const QString& name) const {
     const QString path = run.folderPath + u'/' + name;
     auto importer = services.imageImporters.imageImporterForImageURL(path);
     if (!importer || run.operation.isCancelled()) return;
-    if (run.folderId <= 0) {
-        run.folderId = PBCatalogue(*_dictionary->Database)
-                           .findFolderIdByAliasId(
-                               _dictionary->AliasObject->aliasId(), _dictionary->RelativePath);
-    }
+    findFolderRow(run);
     if (isKnown(run, name) || (services.isBeingWritten && services.isBeingWritten(path))) return;
+    const std::uint64_t unknownAt = _dictionary->attachedCount();
     checkAttachedOperation(run.operation);
     const auto values = platform::FileManager::resourceValues(path);
-    if (!values || !values->isRegularFile || !makeFolderRow(run)) return;
-    run.batch.add(
-        makeFileProperty(run.folderPath, name, run.folderId, *values, std::move(importer)));
+    if (!values || !values->isRegularFile || !platform::FileManager::isReadable(path)) return;
+    if (!makeFolderRow(run)) return;
+    FileProperty property =
+        makeFileProperty(run.folderPath, name, run.folderId, *values, std::move(importer));
+    property.unknownAt = unknownAt;
+    run.batch.add(std::move(property));
 }
 
-bool PBScanFolderTask::isKnown(const Run& run, const QString& name) const {
-    return run.folderId > 0 && !run.isNewFolder &&
-           PBCatalogue(*_dictionary->Database)
-                   .findImageFileIdByFolderId(run.folderId, name, nullptr, nullptr) > 0;
+bool PBScanFolderTask::isKnown(Run& run, const QString& name) const {
+    if (run.folderId <= 0) return false;
+    if (run.knownAt != _dictionary->attachedCount()) {
+        run.knownAt = _dictionary->attachedCount();
+        run.knownNames.clear();
+        FMResultSet row = _dictionary->Database->executeQuery(
+            QStringLiteral("select FileName from ImageFile where FolderId = ?"), run.folderId);
+        while (row.next())
+            run.knownNames.insert(row.stringForColumnIndex(0));
+    }
+    return run.knownNames.contains(name);
+}
+
+void PBScanFolderTask::findFolderRow(Run& run) const {
+    // Without a row there will be none until an image is found here, or attached work finds one.
+    const std::uint64_t attached = _dictionary->attachedCount();
+    if (run.folderId > 0 || run.noFolderAt == attached) return;
+    run.noFolderAt = attached;
+    run.folderId =
+        PBCatalogue(*_dictionary->Database)
+            .findFolderIdByAliasId(_dictionary->AliasObject->aliasId(), _dictionary->RelativePath);
 }
 
 bool PBScanFolderTask::makeFolderRow(Run& run) const {
+    findFolderRow(run);
     if (run.folderId > 0) return true;
     const std::lock_guard lock(_dictionary->services->insertFolderAliasLock);
     if (run.operation.isCancelled()) return false;
@@ -176,9 +200,8 @@ bool PBScanFolderTask::makeFolderRow(Run& run) const {
         PBCatalogue(*_dictionary->Database)
             .insertFolderWithAliasId(
                 _dictionary->AliasObject->aliasId(), _dictionary->RelativePath.value_or(QString()));
-    run.isNewFolder = run.folderId > 0;
-    if (!run.isNewFolder) FilePropertyBatch(_dictionary, run.operation).tellFailure();
-    return run.isNewFolder;
+    if (run.folderId <= 0) FilePropertyBatch(_dictionary, run.operation).tellFailure();
+    return run.folderId > 0;
 }
 
 void PBScanFolderTask::flushIfDue(Run& run, bool isLast) const {

@@ -39,7 +39,8 @@ private:
     /// nullptr for a folder that is left out.
     [[nodiscard]] PBScanDictionaryRef subFolder(const Run& run, const QString& path) const;
     void takeFile(Run& run, const QString& name) const;
-    [[nodiscard]] bool isKnown(const Run& run, const QString& name) const;
+    [[nodiscard]] bool isKnown(Run& run, const QString& name) const;
+    void findFolderRow(Run& run) const;
     /// The folder's row is made for its first image; false if it can't be.
     [[nodiscard]] bool makeFolderRow(Run& run) const;
     void flushIfDue(Run& run, bool isLast) const;
