@@ -55,7 +55,8 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
     : _files(profile + QStringLiteral("/files.db")), _scanFiles(_files.databasePath()),
       _buildThumbnails(profile + QStringLiteral("/thumbnail.db")),
       _aliasServices(std::make_unique<DiskRoots>()), _aliasManager({_files, *_aliasServices, {}}),
-      _decodeAhead(static_cast<int>(std::thread::hardware_concurrency())) {
+      _decodeAhead(static_cast<int>(std::thread::hardware_concurrency())),
+      _readAhead(static_cast<int>(std::thread::hardware_concurrency())) {
     QDir().mkpath(profile);
     for (FMDatabase* db : {&_files, &_scanFiles, &_buildThumbnails})
         open(*db);
@@ -80,6 +81,7 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
                 _shown = std::move(publication);
             },
         .scanFinished = [] {},
+        .readAhead = &_readAhead,
         .isBeingWritten = {},
         .now = [] { return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) * 1e-3; },
         .figures = _figures,

@@ -49,6 +49,7 @@ private:
     platform::OperationQueue _buildQueue{QStringLiteral("build")};
     platform::OperationQueue _scanQueue{QStringLiteral("scan")};
     DecodeAhead _decodeAhead;
+    ReadAhead _readAhead;
     std::shared_ptr<BuildThumbServices> _buildThumb;
     std::unique_ptr<ScanFactory> _factory;
     std::shared_ptr<PBAliasObject> _root;
