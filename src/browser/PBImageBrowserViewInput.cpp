@@ -109,7 +109,10 @@ void PBImageBrowserView::pressAt(QMouseEvent* event, int clickCount) {
     const QPointF point = toSheet(event->position());
     const std::int64_t head = headAt(point);
     if (head >= 0) return scrollToGroup(head);
+    const auto clickedBefore = _input.downImageFileItem();
     _input.mouseDown(point, modifiersOf(event->modifiers()));
+    // Another image may have come under the mouse since the first of two clicks.
+    if (_input.downImageFileItem() != clickedBefore) _clickCount = 1;
 }
 
 void PBImageBrowserView::mouseMoveEvent(QMouseEvent* event) {
