@@ -167,9 +167,7 @@ void PBImageBrowserView::noteVisible() {
 
 void PBImageBrowserView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    const double ratio = devicePixelRatioF();
-    _painter.setWidgetPixels(
-        static_cast<qint64>(width() * ratio) * static_cast<qint64>(height() * ratio));
+    _painter.setWidgetSize(size(), devicePixelRatioF());
     layoutSheet();
 }
 

@@ -17,6 +17,8 @@ public:
     explicit TextLines(const QFont& font);
 
     [[nodiscard]] const QFont& font() const { return _font; }
+    /// How many lines are kept; more than are on show at once.
+    void setCapacity(qsizetype lines) { _lines.setMaxCost(lines); }
     /// The width of the whole text, in points.
     [[nodiscard]] double width(const QString& text) const;
     /// Draws in the painter's pen and this font, centred in the rectangle or from its leading edge.
@@ -41,5 +43,5 @@ private:
 
     QFont _font;
     QFontMetricsF _metrics;
-    mutable QCache<Key, Line> _lines{4000};
+    mutable QCache<Key, Line> _lines{500};
 };
