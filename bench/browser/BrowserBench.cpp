@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <ctime>
 #include <random>
+#include <string>
 #include <vector>
 
 #include <malloc.h>
@@ -65,7 +66,8 @@ std::vector<PBGroupItem*> leavesOf(const PBGroupItemArray& tree) {
     return leaves;
 }
 
-void measureLayout(const char* name, int groups) {
+bool measureLayout(const std::string& groupsText, int groups) {
+    const auto nameOf = [&](const char* part) { return part + (", " + groupsText); };
     constexpr int images = 1000000;
     const PBGroupItemArray tree = makeTree(groups, images);
     BrowserLeafList leaves;
@@ -80,14 +82,13 @@ void measureLayout(const char* name, int groups) {
         });
         bench::keep(sum);
     };
-    std::printf("%s\n", name);
-    bench::printRatio("  height of the sheet, to reading every size", rounds, plainFloor, [&] {
+    bench::printRatio(nameOf("sheet's height / all sizes").c_str(), rounds, plainFloor, [&] {
         layout.invalidate();
         bench::keep(layout.contentHeight());
     });
     layout.invalidate();
     const double near = threadTimeOf([&] { bench::keep(layout.visibleRange(0, 1000).end.item); });
-    std::printf("  first visible range, nothing known: %.4f ms (limit 30)\n", near);
+    bool met = bench::printFigure(nameOf("first visible range").c_str(), near, "ms", 30);
     double first = 1e9;
     for (int round = 0; round < rounds; ++round) {
         layout.invalidate();
@@ -96,7 +97,7 @@ void measureLayout(const char* name, int groups) {
                              bench::keep(layout.visibleRange(0, 1000).end.item);
                          }));
     }
-    std::printf("  first visible range and the height of the sheet: %.3f ms\n", first);
+    met &= bench::printFigure(nameOf("first range and height").c_str(), first, "ms", 30);
     const double height = layout.contentHeight();
     std::mt19937 random(2);
     double worst = 0;
@@ -109,8 +110,9 @@ void measureLayout(const char* name, int groups) {
         worst = std::max(worst, time);
         total += time;
     }
-    std::printf(
-        "  later visible ranges: mean %.5f ms, worst %.5f ms (limit 0.1)\n", total / looks, worst);
+    bench::printFigure(nameOf("later ranges, mean").c_str(), total / looks, "ms", 0.1);
+    met &= bench::printFigure(nameOf("later ranges, worst").c_str(), worst, "ms", 0.1);
+    return met;
 }
 
 class NoThumbnails final : public ThumbnailLoader {
@@ -150,7 +152,7 @@ Frames summary(std::vector<double> times) {
     return {times[times.size() / 2], times.back()};
 }
 
-void measureScrolling() {
+bool measureScrolling() {
     constexpr int images = 100000;
     constexpr int steps = 600;
     constexpr double step = 40;
@@ -197,16 +199,16 @@ void measureScrolling() {
     for (int index = 0; index < steps; ++index)
         frames.push_back(threadTimeOf([&] { QPainter(&target).drawImage(0, 0, source); }));
     const Frames copied = summary(frames);
-    std::printf(
-        "scrolling %d images, %d steps: median %.3f ms (limit 4), worst %.3f ms (limit 12)\n",
-        images, steps, scrolled.median, scrolled.worst);
-    std::printf(
-        "  a bare copy of the window: median %.3f ms; ratio of medians %.2f (target 2.50)\n",
-        copied.median, scrolled.median / copied.median);
+    bool met = bench::printFigure("scrolling 100,000, median frame", scrolled.median, "ms", 4);
+    met &= bench::printFigure("scrolling 100,000, worst frame", scrolled.worst, "ms", 12);
+    met &= bench::printFigure(
+        "scrolling 100,000, median / copy of the window", scrolled.median / copied.median, "times",
+        2.5);
+    return met;
 }
 
 /// As the data source does it, up to the painted window. The tree that goes is destroyed elsewhere.
-void measureSwap() {
+bool measureSwap() {
     constexpr int images = 100000;
     const PBGroupItemArray tree = makeTree(100, images);
     BenchServices services;
@@ -225,20 +227,21 @@ void measureSwap() {
         PBGroupItemArray copy;
         for (const auto& node : tree)
             copy.push_back(node->copyWithParent(nullptr));
-        swap = std::min(swap, bench::millisecondsOf([&] {
+        swap = std::min(swap, threadTimeOf([&] {
                             for (const auto& node : copy)
                                 node->updateDataGroupItem();
                             view.setLeafGroupItemArray(leavesOf(copy));
                             view.reloadData();
                         }));
-        painted = std::min(painted, bench::millisecondsOf([] { QApplication::processEvents(); }));
+        painted = std::min(painted, threadTimeOf([] { QApplication::processEvents(); }));
         for (const auto& node : tree)
             node->updateDataGroupItem();
         view.setLeafGroupItemArray(leavesOf(tree));
     }
-    std::printf(
-        "swap of a tree of %d images: %.3f ms, the paint after it %.3f ms (limit 16 for both)\n",
-        images, swap, painted);
+    bool met = bench::printFigure("swap of a tree of 100,000", swap, "ms", 16);
+    met &=
+        bench::printFigure("swap of a tree of 100,000, with its paint", swap + painted, "ms", 16);
+    return met;
 }
 
 double allocatedBytes() {
@@ -248,7 +251,7 @@ double allocatedBytes() {
 
 /// What there is more once a view shows a tree that was there before, and once it was scrolled
 /// through. Columns are few, so that rows are many.
-void measureMemory(int images, int width) {
+bool measureMemory(int images, int width) {
     const PBGroupItemArray tree = makeTree(1000, images);
     BenchServices services;
     PBImageBrowserScrollView scrollView(services);
@@ -268,11 +271,11 @@ void measureMemory(int images, int width) {
         QApplication::processEvents();
     }
     const double scrolled = allocatedBytes() - before;
-    std::printf(
-        "memory of the view, %d images in %lld columns: shown %.2f, scrolled through %.2f bytes an "
-        "image (limit 32)\n",
-        images, static_cast<long long>(view.browserLayout().cellColumn()), shown / images,
-        scrolled / images);
+    const std::string name = "view's memory, " + std::to_string(images) + " images, columns: " +
+                             std::to_string(view.browserLayout().cellColumn());
+    bool met = bench::printFigure((name + ", shown").c_str(), shown / images, "bytes", 32);
+    met &= bench::printFigure((name + ", all seen").c_str(), scrolled / images, "bytes", 32);
+    return met;
 }
 
 } // namespace
@@ -284,15 +287,17 @@ int main(int argc, char** argv) {
     PBThemes::apply(PBThemes::Scheme::Light);
     const QByteArray part(argc > 1 ? argv[1] : "");
     const auto isWanted = [&](const char* name) { return part.isEmpty() || part == name; };
+    bool met = true;
     if (isWanted("layout")) {
-        measureLayout("1,000,000 images in 1,000 groups", 1000);
-        measureLayout("1,000,000 images in one group", 1);
+        met &= measureLayout("million in 1,000 groups", 1000);
+        met &= measureLayout("million in one group", 1);
     }
-    if (isWanted("scrolling")) measureScrolling();
-    if (isWanted("swap")) measureSwap();
+    if (isWanted("scrolling")) met &= measureScrolling();
+    if (isWanted("swap")) met &= measureSwap();
     if (isWanted("memory")) {
-        measureMemory(100000, 1920);
-        measureMemory(1000000, 1920);
-        measureMemory(1000000, 200);
+        met &= measureMemory(100000, 1920);
+        met &= measureMemory(1000000, 1920);
+        met &= measureMemory(1000000, 200);
     }
+    return met ? 0 : 1;
 }
