@@ -34,7 +34,7 @@ PBPathCell& GroupHeadPainter::path(const BrowserLeafList::Leaf& leaf) const {
         path->insertItemWithTitle(
                 node->fullDisplayName(_tagWithTagId), node->displayIcon(), 0,
                 node->type() == group::Folder)
-            .setIsUnspecified(node->isUnspecified());
+            .setIsUnspecified(node->isUnspecified() && node->type() != group::AllImages);
     }
     return *path;
 }

@@ -27,6 +27,7 @@ constexpr double leftMargin = 3;
 constexpr double pathTop = 3;
 constexpr int menuDistance = 6;
 constexpr double cornerRadius = 4;
+constexpr double hintGap = 4;
 
 QFont pathFont(QFont font) {
     font.setPixelSize(12);
@@ -106,6 +107,15 @@ void PBPathControl::paintEvent(QPaintEvent*) {
     }
     painter.setRenderHint(QPainter::Antialiasing, false);
     _pathCell.draw(painter, {leftMargin, pathTop});
+    if (_groupTypeArray && _groupTypeArray->empty()) {
+        // The cell that adds a link, all alone, says too little.
+        const double left = rectOfItem(0).right() + hintGap;
+        painter.setPen(colors.secondaryText);
+        painter.setFont(_style.plain.font());
+        _style.plain.drawLeading(
+            painter, QRectF(left, pathTop, width() - left, pathHeight),
+            localizedString(u"NotGrouped"));
+    }
 }
 
 QMenu* PBPathControl::menuOfItem(std::size_t index) {
