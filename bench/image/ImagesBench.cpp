@@ -8,7 +8,7 @@
 #include "image/codec/PBImageImporter.h"
 #include "image/codec/process/DecoderPool.h"
 #include "image/codec/process/DecoderProcess.h"
-#include "support/Figure.h"
+#include "support/ProcessStatus.h"
 #include "support/Ratio.h"
 
 #include <QCoreApplication>

@@ -11,7 +11,7 @@
 #include "scan/BareCatalogue.h"
 #include "scan/HeadlessScan.h"
 #include "scan/PictureSets.h"
-#include "support/Figure.h"
+#include "support/ProcessStatus.h"
 #include "support/Ratio.h"
 
 #include <QCoreApplication>

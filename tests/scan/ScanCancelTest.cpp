@@ -13,14 +13,21 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
     std::mt19937 random(20);
     for (int i = 0; i < folders * filesEach; ++i)
         makePicture(QStringLiteral("%1/%2.jpg").arg(i % folders).arg(i), {2, 2});
-    int readsLeft = 0;
+    // From tens to thousands of rounds, as the environment says.
+    const int rounds = std::max(120, qEnvironmentVariableIntValue("VELMORA_ROUNDS"));
+    ReadAhead ahead(2);
+    auto reading = std::make_shared<ScanServices>(*services);
+    reading->readAhead = &ahead;
+    factory = std::make_unique<ScanFactory>(
+        ScanFactory::Environment{scanFiles, scanQueue, reading, [] {}});
+    std::atomic<int> readsLeft = 0;
     importers.properties[QStringLiteral("0.jpg")] = {
         {QStringLiteral("{Exif}"), PBDictionary{{QStringLiteral("FNumber"), 2.8}}}};
     importers.willRead = [&](const QString&) {
-        now = now + 0.2;
+        now += 0.2;
         if (--readsLeft == 0) scanQueue.cancelAllOperations();
     };
-    for (int round = 0; round < 60; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         for (int change = 0; change < 8; ++change) {
             const unsigned pick = random() % (folders * filesEach);
             const QString name = QStringLiteral("%1/%2.jpg").arg(pick % folders).arg(pick);
@@ -32,6 +39,19 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
         }
         readsLeft = static_cast<int>(random() % 12);
         startScan(random() % 3 == 0 ? QStringLiteral("1") : QString());
+        if (round % 5 == 2) {
+            // What the watcher does, into the midst of it.
+            WatchedChanges changes;
+            changes.checkExist = random() % 2 == 0;
+            changes.rescans = {{path(QString::number(random() % folders)), random() % 2 == 0}};
+            factory->attachChanges(changes, workTree, browsing);
+        }
+        if (round % 4 == 3) {
+            // Another folder is selected, which waits for nothing.
+            while (figures.items < random() % 40 && scanQueue.operationCount() != 0)
+                std::this_thread::yield();
+            startScan(QString::number(random() % folders));
+        }
         if (round % 4 == 1) {
             // From another thread, at a moment of its own.
             std::thread([&] {
