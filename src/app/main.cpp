@@ -1,5 +1,6 @@
 #include "app/ApplicationController.h"
 #include "app/CommandLine.h"
+#include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
 #include "app/ProgramState.h"
 #include "app/ScanStatistics.h"
@@ -115,6 +116,11 @@ int runApplication(const CommandLineOptions& options, SingleInstance& instance) 
             &colorScheme, &ColorScheme::preferredChanged, qApp,
             [](PBThemes::Scheme scheme) { PBThemes::apply(scheme); });
     }
+
+    // Nobody is there to answer a run that ends by itself.
+    const QString catalogue = platform::Places::dataFolder() + QStringLiteral("/files.db");
+    if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
+        return failure;
 
     ApplicationController controller;
     controller.awakeFromNib();
