@@ -147,7 +147,12 @@ void BrowserPainter::drawCellRect(
     QRectF placed =
         size.isEmpty() ? _layout.hitTarget(cellRect, index) : _layout.placedRect(cellRect, size);
     placed.translate(-frame.visible.topLeft());
-    if (thumbnail.isNull()) {
+    if (thumbnail.isNull() && !_feed.hasTimeLeft()) {
+        // It may well be there in a moment: a quiet shape flickers less than a frame of dashes.
+        QColor quiet = PBThemes::colors().placeholder;
+        quiet.setAlphaF(quiet.alphaF() * 0.4F);
+        painter.fillRect(placed, quiet);
+    } else if (thumbnail.isNull()) {
         drawPlaceholder(painter, placed, frame);
     } else {
         drawThumbnail(painter, placed, thumbnail, item->rotateAngle(), frame);

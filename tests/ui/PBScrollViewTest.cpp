@@ -1,5 +1,6 @@
 #include "ui/PBScrollView.h"
 #include "ui/PBScroller.h"
+#include "ui/PBThemes.h"
 #include "ui/PBThumbnailScrollView.h"
 
 #include <QApplication>
@@ -110,6 +111,35 @@ TEST_F(PBScrollViewTest, pagesAndArrowsOfTheScrollerAreEasedAndAddUp) {
     view.scroller().triggerAction(QAbstractSlider::SliderPageStepSub);
     finishMotion();
     EXPECT_EQ(view.pbScrollPoint().y(), 100);
+}
+
+TEST_F(PBScrollViewTest, theKnobFollowsTheMouseAndWithTheOptionKeyAtAQuarter) {
+    PBThemes::apply(PBThemes::Scheme::Light);
+    view.setDocumentSize({280, 100000});
+    PBScroller& scroller = view.scroller();
+    scroller.resize(scroller.width(), 400);
+    const auto send = [&](QEvent::Type type, QPointF point, Qt::KeyboardModifiers modifiers) {
+        const bool isUp = type == QEvent::MouseButtonRelease;
+        QMouseEvent event(
+            type, point, scroller.mapToGlobal(point),
+            type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
+            isUp ? Qt::NoButton : Qt::LeftButton, modifiers);
+        QApplication::sendEvent(&scroller, &event);
+    };
+    const auto dragged = [&](Qt::KeyboardModifiers modifiers) {
+        view.scrollToPosition(0, false);
+        const QPointF knob(scroller.width() / 2.0, 10);
+        send(QEvent::MouseButtonPress, knob, modifiers);
+        for (int step = 1; step <= 8; ++step)
+            send(QEvent::MouseMove, knob + QPointF(0, 20 * step), modifiers);
+        send(QEvent::MouseButtonRelease, knob + QPointF(0, 160), modifiers);
+        finishMotion();
+        return view.pbScrollPoint().y();
+    };
+    // 160 of the way that the shortest knob, 36 high, has in 400.
+    const double whole = dragged(Qt::NoModifier);
+    EXPECT_NEAR(whole, 160.0 / 364 * (100000 - 400), 300);
+    EXPECT_NEAR(dragged(Qt::AltModifier), whole / 4, 300);
 }
 
 TEST_F(PBScrollViewTest, aKnobInSlideModeSetsTheSpeedAtMostOnceAFrame) {
