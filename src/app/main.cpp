@@ -1,6 +1,8 @@
 #include "app/ApplicationController.h"
 #include "app/CommandLine.h"
+#include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
+#include "app/ProgramState.h"
 #include "app/ScanStatistics.h"
 #include "app/SingleInstance.h"
 #include "app/Statistics.h"
@@ -66,6 +68,17 @@ int leave(const CommandLineExit& exit) {
     return exit.code;
 }
 
+int printState() {
+    const auto state = SingleInstance::stateOf(platform::Places::dataFolder());
+    if (!state) {
+        platform::complain(QStringLiteral("no Velmora that answers has the catalogue in %1 open")
+                               .arg(platform::Places::dataFolder()));
+        return failure;
+    }
+    std::fwrite(state->constData(), 1, static_cast<std::size_t>(state->size()), stdout);
+    return 0;
+}
+
 bool saveScreenshot(QWidget& window, const QString& file) {
     if (window.grab().save(file, "PNG")) return true;
     platform::complain(QStringLiteral("the picture %1 can't be written").arg(file));
@@ -104,6 +117,11 @@ int runApplication(const CommandLineOptions& options, SingleInstance& instance) 
             [](PBThemes::Scheme scheme) { PBThemes::apply(scheme); });
     }
 
+    // Nobody is there to answer a run that ends by itself.
+    const QString catalogue = platform::Places::dataFolder() + QStringLiteral("/files.db");
+    if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
+        return failure;
+
     ApplicationController controller;
     controller.awakeFromNib();
     QMainWindow& window = controller.mainWindowController().window();
@@ -118,6 +136,8 @@ int runApplication(const CommandLineOptions& options, SingleInstance& instance) 
             controller.addFolders(request.add);
         });
 
+    instance.setStateSource([&] { return programState(controller); });
+
     int code = controller.addFolders(options.add) ? 0 : failure;
     IdleWatch idle([&] { return controller.isIdle(); });
     QObject::connect(&idle, &IdleWatch::becameIdle, &window, [&] {
@@ -129,6 +149,7 @@ int runApplication(const CommandLineOptions& options, SingleInstance& instance) 
     if (options.untilIdle) idle.start();
 
     const int loopCode = QCoreApplication::exec();
+    instance.setStateSource({});
     addScanStatistics(statistics, controller.scanPipeline());
     controller.applicationWillTerminate();
     if (!options.stats.isEmpty() && !statistics.write(options.stats)) {
@@ -155,6 +176,9 @@ int main(int argc, char** argv) {
     }();
     if (const auto* exit = std::get_if<CommandLineExit>(&parsed)) return leave(*exit);
     const auto& options = std::get<CommandLineOptions>(parsed);
+    provideRuntimeFolder();
+    platform::Places::setProfile(options.profile);
+    if (options.state) return printState();
     if (!hasDisplay(arguments)) {
         platform::complain(
             QStringLiteral("there is no display; for a picture of the window without one, run: "
@@ -162,7 +186,6 @@ int main(int argc, char** argv) {
         return failure;
     }
 
-    provideRuntimeFolder();
     TerminationSignals::block();
     const QApplication application(argc, argv);
     QGuiApplication::setWindowIcon(applicationIcon());
@@ -170,7 +193,6 @@ int main(int argc, char** argv) {
     QObject::connect(
         &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
     platform::MainLoop loop;
-    platform::Places::setProfile(options.profile);
 
     SingleInstance instance;
     switch (instance.take(platform::Places::dataFolder(), {options.paths, options.add})) {

@@ -3,12 +3,16 @@
 #include "browser/PBImageBrowserContainerView.h"
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
+#include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
+#include "info/geo/PBGeoManager.h"
 #include "library/PBPathHistory.h"
 #include "platform/LocalizedTexts.h"
 #include "platform/UserDefaults.h"
 #include "shell/BrowserPane.h"
 #include "shell/FolderPrompts.h"
+#include "shell/GroupMenus.h"
+#include "shell/GroupPanel.h"
 #include "shell/MainMenu.h"
 #include "shell/MainToolbar.h"
 #include "shell/MessagePane.h"
@@ -16,6 +20,7 @@
 #include "shell/SourceSidebar.h"
 #include "shell/StatusBarView.h"
 #include "ui/HeaderBar.h"
+#include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
 
 #include <QMainWindow>
@@ -84,11 +89,11 @@ void PBMainWindowController::buildWindow() {
     _folderPrompts = std::make_unique<FolderSheets>(*_window);
     _sourceSidebar = std::make_unique<SourceSidebar>(
         _delegate, *_window, *_folderPrompts, [this] { updateImageBrowserTipView(); });
+    makeGroupViews();
     _panes = new PaneLayout(
         {.source = titledPane(localizedString(u"Folders"), _sourceSidebar->view()),
-         .group =
-             titledPane(localizedString(u"Groups"), new MessagePane(localizedString(u"NoGroups"))),
-         .thumbnail = makeBrowserPane(),
+         .group = titledPane(localizedString(u"Groups"), _groupPanel->view()),
+         .thumbnail = makeThumbnailView(),
          .info = titledPane(
              localizedString(u"Information"), new MessagePane(localizedString(u"NoInformation")))},
         _delegate.userDefaults(), _window.get());
@@ -108,6 +113,7 @@ void PBMainWindowController::buildWindow() {
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
     _menu = new MainMenu(*_window, *_panes, *_toolbar, _window.get());
+    _menu->setGroupMenu(*_groupMenus->groupMenu());
     connectFolderCommands();
     QObject::connect(_menu, &MainMenu::statusBarToggled, _window.get(), [this] {
         setHideStatusBar(!hideStatusBar());
@@ -126,6 +132,39 @@ QWidget* PBMainWindowController::makeBrowserPane() {
     _imageBrowserTipView = new PBImageBrowserTipView;
     container->addLayer(_imageBrowserTipView);
     return container;
+}
+
+QWidget* PBMainWindowController::makeThumbnailView() {
+    auto* view = new QWidget;
+    auto* layout = new QVBoxLayout(view);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(_groupPathControl);
+    layout->addWidget(makeBrowserPane(), 1);
+    return view;
+}
+
+void PBMainWindowController::makeGroupViews() {
+    _groupPanel = std::make_unique<GroupPanel>(
+        _delegate.groupTreeDataSource(),
+        [this](qint64 tagId) { return PBCatalogue(_delegate.mainFileDb()).tagWithTagId(tagId); },
+        [this](const PBGroupItemData& leaf) { _browserPane->scrollToLeaf(leaf); });
+    _groupPrompts = std::make_unique<GroupSheets>(*_window);
+    _groupMenus = std::make_unique<GroupMenus>(GroupMenus::Environment{
+        .groupTypeArray = [this] { return _delegate.groupTypeArray(); },
+        .setGroupTypeArray = [this](PBGroupTypeArray chain) { _delegate.setGroupTypeArray(chain); },
+        .scan = [this] { _delegate.scan(); },
+        .canUseGeocoder = [this] { return _delegate.geoManager().canUseGeocoder(); },
+        .settings = _delegate.userDefaults(),
+        .prompts = *_groupPrompts});
+    _groupPathControl = new PBPathControl;
+    _groupPathControl->setGroupTypeArray(_delegate.groupTypeArray());
+    QObject::connect(
+        _groupPathControl, &PBPathControl::groupMenuClicked, _groupMenus.get(),
+        &GroupMenus::groupMenuClicked);
+    QObject::connect(
+        _groupMenus.get(), &GroupMenus::groupTypeArrayDidChange, _groupPathControl,
+        &PBPathControl::setGroupTypeArray);
 }
 
 void PBMainWindowController::connectFolderCommands() {
@@ -173,6 +212,7 @@ FolderRootCommands& PBMainWindowController::folderRootCommands() {
 }
 
 void PBMainWindowController::clearBrowser() {
+    _groupPanel->clear();
     _browserPane->clear();
 }
 

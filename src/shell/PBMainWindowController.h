@@ -5,11 +5,15 @@
 class BrowserPane;
 class FolderPrompts;
 class FolderRootCommands;
+class GroupMenus;
+class GroupPanel;
+class GroupPrompts;
 class MainMenu;
 class MainToolbar;
 class PaneLayout;
 class PBAppDelegate;
 class PBImageBrowserTipView;
+class PBPathControl;
 class QMainWindow;
 class QWidget;
 class SourceSelection;
@@ -31,6 +35,7 @@ public:
     [[nodiscard]] SourceSidebar& sourceSidebar() { return *_sourceSidebar; }
     [[nodiscard]] SourceSelection& sourceSelection();
     [[nodiscard]] FolderRootCommands& folderRootCommands();
+    [[nodiscard]] GroupMenus& groupMenus() { return *_groupMenus; }
 
     void showWindow();
 
@@ -47,6 +52,8 @@ public:
 private:
     void buildWindow();
     [[nodiscard]] QWidget* makeBrowserPane();
+    [[nodiscard]] QWidget* makeThumbnailView();
+    void makeGroupViews();
     void connectFolderCommands();
     void validateVisibleItems();
     void updateStatusBarShowHide();
@@ -59,9 +66,14 @@ private:
     std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;
-    std::unique_ptr<SourceSidebar> _sourceSidebar; // goes before the window and its views
+    // These go before the window and its views.
+    std::unique_ptr<SourceSidebar> _sourceSidebar;
+    std::unique_ptr<GroupPrompts> _groupPrompts;
+    std::unique_ptr<GroupMenus> _groupMenus;
+    std::unique_ptr<GroupPanel> _groupPanel;
     // Children of the window, which owns them.
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
+    PBPathControl* _groupPathControl = nullptr;
     PaneLayout* _panes = nullptr;
     StatusBarView* _statusBarView = nullptr;
     MainMenu* _menu = nullptr;

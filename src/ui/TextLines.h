@@ -17,8 +17,11 @@ public:
     explicit TextLines(const QFont& font);
 
     [[nodiscard]] const QFont& font() const { return _font; }
+    /// How many lines are kept; more than are on show at once.
+    void setCapacity(qsizetype lines) { _lines.setMaxCost(lines); }
     /// The width of the whole text, in points.
     [[nodiscard]] double width(const QString& text) const;
+    [[nodiscard]] double height() const { return _metrics.height(); }
     /// Draws in the painter's pen and this font, centred in the rectangle or from its leading edge.
     void drawCentred(QPainter& painter, const QRectF& rect, const QString& text) const;
     /// Answers the width that was taken.
@@ -41,5 +44,5 @@ private:
 
     QFont _font;
     QFontMetricsF _metrics;
-    mutable QCache<Key, Line> _lines{4000};
+    mutable QCache<Key, Line> _lines{500};
 };
