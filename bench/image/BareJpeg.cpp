@@ -1,9 +1,6 @@
 #include "image/BareJpeg.h"
 
-#include <cstdio>
-#include <cstdlib>
-
-#include <jpeglib.h>
+#include "support/JpegWriter.h"
 
 namespace bench {
 
@@ -32,29 +29,10 @@ QImage decodeBare(const QByteArray& file, unsigned eighths) {
     return image;
 }
 
-unsigned long encodeBare(const QImage& image) {
-    jpeg_compress_struct info{};
-    jpeg_error_mgr error{};
-    info.err = jpeg_std_error(&error);
-    jpeg_create_compress(&info);
-    unsigned char* bytes = nullptr;
-    unsigned long length = 0;
-    jpeg_mem_dest(&info, &bytes, &length);
-    info.image_width = static_cast<JDIMENSION>(image.width());
-    info.image_height = static_cast<JDIMENSION>(image.height());
-    info.input_components = 4;
-    info.in_color_space = JCS_EXT_BGRX;
-    jpeg_set_defaults(&info);
-    jpeg_set_quality(&info, 50, TRUE);
-    jpeg_start_compress(&info, TRUE);
-    while (info.next_scanline < info.image_height) {
-        auto* row = const_cast<JSAMPROW>(image.constScanLine(static_cast<int>(info.next_scanline)));
-        jpeg_write_scanlines(&info, &row, 1);
-    }
-    jpeg_finish_compress(&info);
-    jpeg_destroy_compress(&info);
-    std::free(bytes);
-    return length;
+qsizetype encodeBare(const QImage& image) {
+    return support::writeJpeg(
+               {image.size(), JCS_EXT_BGRX, 50}, [&](int y) { return image.constScanLine(y); })
+        .size();
 }
 
 } // namespace bench

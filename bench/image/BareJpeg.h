@@ -10,6 +10,6 @@ namespace bench {
 [[nodiscard]] QImage decodeBare(const QByteArray& file, unsigned eighths);
 
 /// The library's encoder at quality 50. Answers the bytes written.
-[[nodiscard]] unsigned long encodeBare(const QImage& image);
+[[nodiscard]] qsizetype encodeBare(const QImage& image);
 
 } // namespace bench

@@ -99,6 +99,16 @@ FMResultSet FMDatabase::executeQueryWithArgumentsInArray(
 
 bool FMDatabase::executeUpdateWithArgumentsInArray(
     const QString& sql, std::span<const PBValue> arguments) {
+    return update(sql, arguments);
+}
+
+bool FMDatabase::executeUpdateWithArgumentPointers(
+    const QString& sql, std::span<const PBValue* const> arguments) {
+    return update(sql, arguments);
+}
+
+template <typename Arguments>
+bool FMDatabase::update(const QString& sql, Arguments arguments) {
     if (!_db || _isExecutingStatement) return false;
     const QScopedValueRollback executing(_isExecutingStatement, true);
     const auto statement = statementForQuery(sql);

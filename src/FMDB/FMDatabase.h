@@ -78,6 +78,9 @@ public:
         return executeUpdateWithArgumentsInArray(sql, values);
     }
     bool executeUpdateWithArgumentsInArray(const QString& sql, std::span<const PBValue> arguments);
+    /// The same with arguments that lie anywhere; none of them is a null pointer.
+    bool executeUpdateWithArgumentPointers(
+        const QString& sql, std::span<const PBValue* const> arguments);
 
     /// Transactions are exclusive: no other connection reads or writes the file meanwhile.
     [[nodiscard]] bool beginTransaction();
@@ -118,6 +121,8 @@ private:
     void resultSetDidMove(FMResultSet* from, FMResultSet* to) noexcept;
     void resultSetDidClose(FMResultSet* resultSet) noexcept;
 
+    template <typename Arguments>
+    bool update(const QString& sql, Arguments arguments);
     [[nodiscard]] std::shared_ptr<FMStatement> statementForQuery(const QString& sql);
     [[nodiscard]] std::shared_ptr<FMStatement> prepare(const QString& sql);
     void cacheStatement(const std::shared_ptr<FMStatement>& statement, const QString& sql);

@@ -61,6 +61,12 @@ void FMStatement::bindArguments(std::span<const PBValue> arguments, FMBoundBytes
         bindObject(arguments[index], static_cast<int>(index) + 1, kept);
 }
 
+void FMStatement::bindArguments(std::span<const PBValue* const> arguments, FMBoundBytes& kept) {
+    const auto count = static_cast<std::size_t>(sqlite3_bind_parameter_count(_statement));
+    for (std::size_t index = 0; index < std::min(count, arguments.size()); ++index)
+        bindObject(*arguments[index], static_cast<int>(index) + 1, kept);
+}
+
 void FMStatement::bindObject(const PBValue& value, int column, FMBoundBytes& kept) {
     const Binder bind{_statement, column, kept};
     if (value.isLocation() || value.isArray() || value.isDictionary()) {

@@ -31,6 +31,7 @@ public:
     /// Binds one argument after the other to the parameters 1, 2, …, by its exact stored type.
     /// Arguments beyond the last parameter are ignored; parameters without one are NULL.
     void bindArguments(std::span<const PBValue> arguments, FMBoundBytes& kept);
+    void bindArguments(std::span<const PBValue* const> arguments, FMBoundBytes& kept);
     /// Binds a value to the parameter with this number, counted from 1. Absent and the null marker
     /// give NULL, dates seconds since 1970, values without a type of their own their text.
     void bindObject(const PBValue& value, int column, FMBoundBytes& kept);

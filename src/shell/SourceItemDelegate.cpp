@@ -68,7 +68,7 @@ void SourceItemDelegate::paint(
     const QColor secondary = isOnAccent ? QColor(255, 255, 255, 200) : colors.secondaryText;
     if (isUnmounted && !isOnAccent) painter->setOpacity(unmountedOpacity);
 
-    const int side = description.isEmpty() ? 16 : 20;
+    const int side = description.isEmpty() ? 16 : 24;
     const QRect icon(content.left(), content.center().y() - side / 2 + 1, side, side);
     drawIcons(
         *painter, icon, index.data(SourceTreeModel::IconsRole).toStringList(),

@@ -3,6 +3,7 @@
 
 #include "image/codec/Bitmaps.h"
 #include "image/codec/metadata/Pictures.h"
+#include "support/JpegWriter.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -12,8 +13,6 @@
 
 #include <cstdio>
 #include <map>
-
-#include <jpeglib.h>
 
 namespace {
 
@@ -40,29 +39,9 @@ QByteArray written(const char* format, QImage::Format pixels, int compression = 
 }
 
 QByteArray cmykJpeg() {
-    jpeg_compress_struct info{};
-    jpeg_error_mgr error{};
-    info.err = jpeg_std_error(&error);
-    jpeg_create_compress(&info);
-    unsigned char* bytes = nullptr;
-    unsigned long length = 0;
-    jpeg_mem_dest(&info, &bytes, &length);
-    info.image_width = 48;
-    info.image_height = 32;
-    info.input_components = 4;
-    info.in_color_space = JCS_CMYK;
-    jpeg_set_defaults(&info);
-    jpeg_start_compress(&info, TRUE);
-    QImage image = gradient(QImage::Format_ARGB32);
-    while (info.next_scanline < info.image_height) {
-        JSAMPROW row = image.scanLine(static_cast<int>(info.next_scanline));
-        jpeg_write_scanlines(&info, &row, 1);
-    }
-    jpeg_finish_compress(&info);
-    jpeg_destroy_compress(&info);
-    const QByteArray result(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(length));
-    std::free(bytes);
-    return result;
+    const QImage image = gradient(QImage::Format_ARGB32);
+    return support::writeJpeg(
+        {image.size(), JCS_CMYK}, [&](int y) { return image.constScanLine(y); });
 }
 
 /// Two frames of 4 x 4 with two colours; the second one with a delay and a transparent colour.

@@ -1,11 +1,35 @@
 #include "image/codec/Source.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace codec {
+
+namespace {
+
+/// Of a file that can't be mapped.
+constexpr std::size_t largestCopy = std::size_t(256) << 20;
+
+QByteArray readAll(int descriptor, std::size_t length) {
+    QByteArray content(static_cast<qsizetype>(std::min(length, largestCopy)), Qt::Uninitialized);
+    qsizetype filled = 0;
+    while (filled < content.size()) {
+        const ssize_t count = ::pread(
+            descriptor, content.data() + filled, static_cast<std::size_t>(content.size() - filled),
+            filled);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        filled += count;
+    }
+    content.truncate(filled);
+    return content;
+}
+
+} // namespace
 
 std::optional<Source> Source::fromDescriptor(int descriptor) {
     struct stat status {};
@@ -14,7 +38,11 @@ std::optional<Source> Source::fromDescriptor(int descriptor) {
     }
     const auto length = static_cast<std::size_t>(status.st_size);
     void* address = ::mmap(nullptr, length, PROT_READ, MAP_PRIVATE, descriptor, 0);
-    if (address == MAP_FAILED) return std::nullopt;
+    if (address == MAP_FAILED) {
+        const QByteArray content = readAll(descriptor, length);
+        if (content.isEmpty()) return std::nullopt;
+        return fromBytes(content);
+    }
     std::shared_ptr<const void> owner(
         address, [length](const void* mapped) { ::munmap(const_cast<void*>(mapped), length); });
     return Source(std::move(owner), {static_cast<const std::uint8_t*>(address), length});

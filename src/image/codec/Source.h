@@ -17,7 +17,8 @@ namespace codec {
 class Source {
 public:
     /// The regular file behind an open descriptor, which is borrowed for this call only; nothing
-    /// for a folder, a pipe or a device, for an empty file, or if it can't be mapped.
+    /// for a folder, a pipe or a device, or for an empty file. Where the file system can't map
+    /// files, its first 256 MiB are read instead.
     [[nodiscard]] static std::optional<Source> fromDescriptor(int descriptor);
     /// Shares the byte array.
     [[nodiscard]] static Source fromBytes(const QByteArray& bytes);

@@ -235,19 +235,10 @@ QByteArray heif(const QImage& image, bool isAv1, int bits) {
         int stride = 0;
         std::uint8_t* plane = heif_image_get_plane(picture, heif_channel_interleaved, &stride);
         for (int y = 0; y < image.height(); ++y) {
-            ByteWriter row(true);
-            for (int x = 0; x < image.width(); ++x) {
-                const QRgb pixel = image.pixel(x, y);
-                for (const int value : {qRed(pixel), qGreen(pixel), qBlue(pixel)}) {
-                    if (bits == 8)
-                        row.u8(static_cast<unsigned>(value));
-                    else
-                        row.u16(static_cast<unsigned>(value * ((1 << bits) - 1) / 255));
-                }
-            }
+            const QByteArray row = rgbRow(image, y, bits, true);
             std::memcpy(
-                plane + static_cast<std::ptrdiff_t>(y) * stride, row.bytes().constData(),
-                static_cast<std::size_t>(row.bytes().size()));
+                plane + static_cast<std::ptrdiff_t>(y) * stride, row.constData(),
+                static_cast<std::size_t>(row.size()));
         }
         heif_image_handle* handle = nullptr;
         const heif_error encoded =

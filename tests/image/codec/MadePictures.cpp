@@ -2,14 +2,13 @@
 
 #include "image/codec/Bitmaps.h"
 #include "image/codec/metadata/Pictures.h"
+#include "support/JpegWriter.h"
 #include "support/Support.h"
 
 #include <QTemporaryDir>
 
 #include <array>
-#include <cstdio>
 
-#include <jpeglib.h>
 #include <lcms2.h>
 #include <png.h>
 #include <tiffio.h>
@@ -26,6 +25,20 @@ QImage gradient(QSize size) {
         }
     }
     return image;
+}
+
+QByteArray rgbRow(const QImage& image, int y, int bits, bool isLittleEndian) {
+    ByteWriter row(isLittleEndian);
+    for (int x = 0; x < image.width(); ++x) {
+        const QRgb pixel = image.pixel(x, y);
+        for (const int value : {qRed(pixel), qGreen(pixel), qBlue(pixel)}) {
+            if (bits == 8)
+                row.u8(static_cast<unsigned>(value));
+            else
+                row.u16(static_cast<unsigned>(value * ((1 << bits) - 1) / 255));
+        }
+    }
+    return row.bytes();
 }
 
 QByteArray icon(const std::vector<IconEntry>& entries) {
@@ -299,17 +312,7 @@ QByteArray png(const QImage& image, int bits, bool isInterlaced, const QByteArra
     std::vector<QByteArray> rows;
     std::vector<png_bytep> pointers;
     for (int y = 0; y < image.height(); ++y) {
-        ByteWriter row(false);
-        for (int x = 0; x < image.width(); ++x) {
-            const QRgb pixel = image.pixel(x, y);
-            for (const int value : {qRed(pixel), qGreen(pixel), qBlue(pixel)}) {
-                if (bits == 8)
-                    row.u8(static_cast<unsigned>(value));
-                else
-                    row.u16(static_cast<unsigned>(value) * 257);
-            }
-        }
-        rows.push_back(row.bytes());
+        rows.push_back(rgbRow(image, y, bits, false));
     }
     for (QByteArray& row : rows)
         pointers.push_back(reinterpret_cast<png_bytep>(row.data()));
@@ -336,37 +339,16 @@ QByteArray swappedProfile() {
 }
 
 QByteArray cmykJpeg(const QImage& image, bool isInverted) {
-    jpeg_compress_struct info{};
-    jpeg_error_mgr error{};
-    info.err = jpeg_std_error(&error);
-    jpeg_create_compress(&info);
-    unsigned char* output = nullptr;
-    unsigned long length = 0;
-    jpeg_mem_dest(&info, &output, &length);
-    info.image_width = static_cast<unsigned>(image.width());
-    info.image_height = static_cast<unsigned>(image.height());
-    info.input_components = 4;
-    info.in_color_space = JCS_CMYK;
-    jpeg_set_defaults(&info);
-    jpeg_set_quality(&info, 98, TRUE);
-    info.write_Adobe_marker = isInverted ? TRUE : FALSE;
-    jpeg_start_compress(&info, TRUE);
-    for (int y = 0; y < image.height(); ++y) {
-        ByteWriter row(false);
+    QByteArray inks;
+    return support::writeJpeg({image.size(), JCS_CMYK, 98, isInverted}, [&](int y) {
+        inks.clear();
         for (int x = 0; x < image.width(); ++x) {
             const QRgb pixel = image.pixel(x, y);
             for (const int value : {qRed(pixel), qGreen(pixel), qBlue(pixel), 255})
-                row.u8(static_cast<unsigned>(isInverted ? value : 255 - value));
+                inks += static_cast<char>(isInverted ? value : 255 - value);
         }
-        QByteArray bytes = row.bytes();
-        auto* data = reinterpret_cast<JSAMPROW>(bytes.data());
-        jpeg_write_scanlines(&info, &data, 1);
-    }
-    jpeg_finish_compress(&info);
-    jpeg_destroy_compress(&info);
-    QByteArray bytes(reinterpret_cast<const char*>(output), static_cast<qsizetype>(length));
-    std::free(output); // NOLINT(cppcoreguidelines-no-malloc): the library's
-    return bytes;
+        return reinterpret_cast<const std::uint8_t*>(inks.constData());
+    });
 }
 
 } // namespace made

@@ -12,6 +12,9 @@ namespace made {
 /// Red fades to the right, green downwards: wrong rows, sizes and channels all show.
 [[nodiscard]] QImage gradient(QSize size);
 
+/// The red, green and blue samples of a row, of 8 bits or of more in two bytes each.
+[[nodiscard]] QByteArray rgbRow(const QImage& image, int y, int bits, bool isLittleEndian);
+
 struct Picture {
     QString name;
     QByteArray bytes;

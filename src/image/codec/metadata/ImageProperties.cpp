@@ -1,8 +1,8 @@
 #include "image/codec/metadata/ImageProperties.h"
 
+#include "image/codec/Source.h"
 #include "image/codec/metadata/AuxProperties.h"
 #include "image/codec/metadata/ExifProperties.h"
-#include "image/codec/metadata/FileMapping.h"
 #include "image/codec/metadata/ImageHeader.h"
 #include "image/codec/metadata/IptcProperties.h"
 #include "image/codec/metadata/MetadataReader.h"
@@ -16,6 +16,9 @@
 namespace codec {
 
 namespace {
+
+/// Of files that are looked into; larger ones are hardly pictures.
+constexpr std::size_t largestFile = std::size_t(4) << 30;
 
 /// The five dictionaries while they are being put together.
 struct Dictionaries {
@@ -181,9 +184,9 @@ std::optional<PBDictionary> read(Bytes file, const QString& typeIdentifier, std:
 std::optional<PBDictionary>
 readImageProperties(int descriptor, const QString& typeIdentifier, std::size_t frame) {
     try {
-        const auto mapping = FileMapping::map(descriptor);
-        if (!mapping) return std::nullopt;
-        return read(mapping->bytes(), typeIdentifier, frame);
+        const auto source = Source::fromDescriptor(descriptor);
+        if (!source || source->size() > largestFile) return std::nullopt;
+        return read(Bytes(source->bytes()), typeIdentifier, frame);
     } catch (...) {
         return std::nullopt;
     }

@@ -2,7 +2,6 @@
 #include "image/codec/metadata/Pictures.h"
 #include "support/Support.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -32,16 +31,6 @@ struct Sample {
     QString type;
 };
 
-QByteArray saved(const char* format) {
-    QImage image(64, 48, QImage::Format_ARGB32);
-    image.fill(Qt::red);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, format);
-    return bytes;
-}
-
 void writeAll(Exiv2::ExifData& exif, Exiv2::IptcData& iptc, Exiv2::XmpData& xmp) {
     exif["Exif.Image.Make"] = "Canon";
     exif["Exif.Image.Model"] = "Canon EOS 40D";
@@ -58,12 +47,14 @@ void writeAll(Exiv2::ExifData& exif, Exiv2::IptcData& iptc, Exiv2::XmpData& xmp)
 }
 
 std::vector<Sample> samples() {
+    QImage image(64, 48, QImage::Format_ARGB32);
+    image.fill(Qt::red);
     std::vector<Sample> all;
     for (const char* format : {"JPEG", "PNG", "TIFF", "WEBP"})
-        all.push_back({pictures::withMetadata(saved(format), writeAll), {}});
+        all.push_back({pictures::withMetadata(pictures::saved(image, format), writeAll), {}});
     all.push_back({pictures::dng(), QStringLiteral("com.adobe.raw-image")});
     for (const char* format : {"BMP", "PPM", "ICO"})
-        all.push_back({saved(format), {}});
+        all.push_back({pictures::saved(image, format), {}});
     all.push_back({pictures::tiff(true, 400), {}});
     all.push_back({pictures::heif({pictures::box("irot", QByteArray(1, 1))}), {}});
     return all;

@@ -1,10 +1,10 @@
 #include "image/codec/metadata/ImageHeader.h"
 
+#include "image/codec/metadata/ImageProperties.h"
 #include "image/codec/metadata/Pictures.h"
 #include "image/codec/metadata/headers/Orientation.h"
 #include "support/Support.h"
 
-#include <QBuffer>
 #include <QColorSpace>
 #include <QImage>
 
@@ -14,8 +14,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "image/codec/metadata/ImageProperties.h"
-
 namespace {
 
 using codec::Bytes;
@@ -24,6 +22,7 @@ using codec::ImageHeader;
 using pictures::ByteWriter;
 using pictures::entry;
 using pictures::propertiesOf;
+using pictures::saved;
 
 Bytes viewOf(const QByteArray& bytes) {
     return Bytes(
@@ -35,12 +34,8 @@ std::optional<ImageHeader> headerOf(const QByteArray& bytes, std::size_t frame =
     return codec::readImageHeader(viewOf(bytes), codec::sniffContainer(viewOf(bytes)), frame);
 }
 
-QByteArray saved(const QImage& image, const char* format) {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    EXPECT_TRUE(image.save(&buffer, format)) << format;
-    return bytes;
+QByteArray hex(const char* digits) {
+    return QByteArray::fromHex(digits);
 }
 
 TEST(ImageHeaderTest, picturesOfTheToolkitsWritersHaveTheirSizeResolutionAndProfile) {
@@ -83,77 +78,21 @@ TEST(ImageHeaderTest, headersMadeByHandAreRead) {
         int depth;
         const char16_t* model;
     };
-    const QByteArray size48 = ByteWriter(false)
-                                  .u16(0xFF4F)
-                                  .u16(0xFF51)
-                                  .u16(47)
-                                  .u16(0)
-                                  .u32(110)
-                                  .u32(70)
-                                  .u32(10)
-                                  .u32(20)
-                                  .text(QByteArray(16, '\0'))
-                                  .u16(3)
-                                  .u8(15)
-                                  .u8(1)
-                                  .u8(1)
-                                  .bytes();
+    const QByteArray zeros(40, '\0');
+    const QByteArray size48 = hex("ff4f ff51 002f 0000 0000006e 00000046 0000000a 00000014") +
+                              zeros.left(16) + hex("0003 0f 01 01");
     const Row rows[] = {
-        {ByteWriter(false)
-             .text("8BPS")
-             .u16(1)
-             .text(QByteArray(6, '\0'))
-             .u16(4)
-             .u32(20)
-             .u32(30)
-             .u16(16)
-             .u16(4)
-             .u32(0)
-             .u32(0)
-             .bytes(),
-         30, 20, 16, u"CMYK"},
-        {ByteWriter(false)
-             .text("8BPS")
-             .u16(1)
-             .text(QByteArray(6, '\0'))
-             .u16(3)
-             .u32(20)
-             .u32(30)
-             .u16(8)
-             .u16(9)
-             .u32(0)
-             .u32(0)
-             .bytes(),
-         30, 20, 8, u"Lab"},
+        {"8BPS" + hex("0001 000000000000 0004 00000014 0000001e 0010 0004") + zeros.left(8), 30, 20,
+         16, u"CMYK"},
+        {"8BPS" + hex("0001 000000000000 0003 00000014 0000001e 0008 0009") + zeros.left(8), 30, 20,
+         8, u"Lab"},
         {size48, 100, 50, 16, u"RGB"},
         {pictures::box("jP  ", "\r\n\x87\n") + pictures::box("ftyp", "jp2 ") +
-             pictures::box(
-                 "jp2h", pictures::box("colr", ByteWriter(false).u8(1).u16(0).u32(17).bytes())) +
+             pictures::box("jp2h", pictures::box("colr", hex("01 0000 00000011"))) +
              pictures::box("jp2c", size48),
          100, 50, 16, u"Gray"},
-        {ByteWriter(true)
-             .u8(0)
-             .u8(0)
-             .u8(2)
-             .text(QByteArray(9, '\0'))
-             .u16(64)
-             .u16(48)
-             .u8(24)
-             .u8(0)
-             .bytes(),
-         64, 48, 8, u"RGB"},
-        {ByteWriter(true)
-             .u16(0)
-             .u16(1)
-             .u16(1)
-             .u8(0)
-             .u8(32)
-             .text(QByteArray(6, '\0'))
-             .u32(40)
-             .u32(22)
-             .text(QByteArray(40, '\0'))
-             .bytes(),
-         256, 32, 8, u"RGB"},
+        {hex("00 00 02 000000000000000000 4000 3000 18 00"), 64, 48, 8, u"RGB"},
+        {hex("0000 0100 0100 00 20 000000000000 28000000 16000000") + zeros, 256, 32, 8, u"RGB"},
         {"P7\n# a comment\nWIDTH 12\nHEIGHT 34\nDEPTH 1\nMAXVAL 65535\nENDHDR\n", 12, 34, 16,
          u"Gray"},
         {pictures::tiff(false, 400), 40, 30, 16, u"Gray"},

@@ -12,16 +12,20 @@
 
 namespace pictures {
 
+QByteArray saved(const QImage& image, const char* format) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    if (!image.save(&buffer, format)) qFatal("no writer for %s", format);
+    return bytes;
+}
+
 QByteArray jpeg() {
     QImage image(40, 30, QImage::Format_RGB32);
     image.fill(Qt::darkGreen);
     image.setDotsPerMeterX(0);
     image.setDotsPerMeterY(0);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPEG");
-    return bytes;
+    return saved(image, "JPEG");
 }
 
 QByteArray withMetadata(const QByteArray& picture, const Writer& writer) {

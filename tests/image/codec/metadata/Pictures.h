@@ -3,6 +3,7 @@
 #include "platform/PBValue.h"
 
 #include <QByteArray>
+#include <QImage>
 #include <QString>
 
 #include <exiv2/exiv2.hpp>
@@ -14,6 +15,8 @@ namespace pictures {
 
 using Writer = std::function<void(Exiv2::ExifData&, Exiv2::IptcData&, Exiv2::XmpData&)>;
 
+/// The image as the toolkit's writer of the format, such as "PNG", encodes it.
+[[nodiscard]] QByteArray saved(const QImage& image, const char* format);
 /// A JPEG file of 40 x 30 pixels without metadata.
 [[nodiscard]] QByteArray jpeg();
 /// A file with the metadata that the writer puts in.
