@@ -8,6 +8,7 @@
 #include "platform/LocalizedTexts.h"
 #include "platform/UserDefaults.h"
 #include "shell/BrowserPane.h"
+#include "shell/FilterCommands.h"
 #include "shell/FolderPrompts.h"
 #include "shell/MainMenu.h"
 #include "shell/MainToolbar.h"
@@ -84,6 +85,10 @@ void PBMainWindowController::buildWindow() {
     _folderPrompts = std::make_unique<FolderSheets>(*_window);
     _sourceSidebar = std::make_unique<SourceSidebar>(
         _delegate, *_window, *_folderPrompts, [this] { updateImageBrowserTipView(); });
+    _filterCommands = new FilterCommands(_delegate, _window.get());
+    QObject::connect(
+        &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
+        &FilterCommands::announce);
     _panes = new PaneLayout(
         {.source = titledPane(localizedString(u"Folders"), _sourceSidebar->view()),
          .group =

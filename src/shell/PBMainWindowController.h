@@ -3,6 +3,7 @@
 #include <memory>
 
 class BrowserPane;
+class FilterCommands;
 class FolderPrompts;
 class FolderRootCommands;
 class MainMenu;
@@ -31,6 +32,7 @@ public:
     [[nodiscard]] SourceSidebar& sourceSidebar() { return *_sourceSidebar; }
     [[nodiscard]] SourceSelection& sourceSelection();
     [[nodiscard]] FolderRootCommands& folderRootCommands();
+    [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
 
     void showWindow();
 
@@ -62,6 +64,7 @@ private:
     std::unique_ptr<SourceSidebar> _sourceSidebar; // goes before the window and its views
     // Children of the window, which owns them.
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
+    FilterCommands* _filterCommands = nullptr;
     PaneLayout* _panes = nullptr;
     StatusBarView* _statusBarView = nullptr;
     MainMenu* _menu = nullptr;
