@@ -7,6 +7,7 @@
 #include "platform/Places.h"
 #include "platform/StandardError.h"
 #include "shell/FolderRootCommands.h"
+#include "shell/OpenFilesCommands.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/SourceSelection.h"
 #include "shell/SourceSidebar.h"
@@ -65,7 +66,7 @@ void ApplicationController::createScans() {
         .selection = [this] { return selection(); },
         .browsing = [this] { return browsing(); },
         .clearDisplay = [this] { _mainWindowController->clearBrowser(); },
-        .stateChanged = [this] { _mainWindowController->updateImageBrowserTipView(); },
+        .stateChanged = [this] { _mainWindowController->scanStateDidChange(); },
     });
 }
 
@@ -157,7 +158,7 @@ void ApplicationController::noteScreen() {
 
 void ApplicationController::applicationDidFinishLaunching() {
     _mainWindowController->showWindow();
-    _mainWindowController->sourceSelection().doSelectLastFolder();
+    if (!_ignoreSelectLastFolder) _mainWindowController->sourceSelection().doSelectLastFolder();
     _mainWindowController->updateImageBrowserTipView();
     _isAppDidFinishLaunch = true;
     // Behind the window, which is painted first.
@@ -173,6 +174,10 @@ bool ApplicationController::addFolders(const QStringList& folders) {
         allAdded = false;
     }
     return allAdded;
+}
+
+void ApplicationController::applicationOpenFiles(const QStringList& paths) {
+    _mainWindowController->openFilesCommands().openFiles(paths);
 }
 
 void ApplicationController::applicationWillTerminate() {

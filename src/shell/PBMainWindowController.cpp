@@ -4,7 +4,6 @@
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
 #include "core/PBAppDelegate.h"
-#include "library/PBPathHistory.h"
 #include "platform/LocalizedTexts.h"
 #include "platform/UserDefaults.h"
 #include "shell/BrowserPane.h"
@@ -13,9 +12,12 @@
 #include "shell/MainMenu.h"
 #include "shell/MainToolbar.h"
 #include "shell/MessagePane.h"
+#include "shell/OpenFilesCommands.h"
+#include "shell/OpenFilesReveal.h"
 #include "shell/PaneLayout.h"
 #include "shell/SourceSidebar.h"
 #include "shell/StatusBarView.h"
+#include "shell/ToolbarController.h"
 #include "ui/HeaderBar.h"
 #include "ui/PBThemes.h"
 
@@ -31,13 +33,13 @@ const QString statusBarKey = QStringLiteral("ShowHideStatusBar");
 constexpr QSize firstWindowSize(1180, 760);
 constexpr QSize smallestWindowSize(560, 420);
 
-/// A pane under a bar with its name.
-QWidget* titledPane(const QString& title, QWidget* content) {
+/// A pane under its bar.
+QWidget* titledPane(HeaderBar* bar, QWidget* content) {
     auto* pane = new QWidget;
     auto* layout = new QVBoxLayout(pane);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(new HeaderBar(title));
+    layout->addWidget(bar);
     layout->addWidget(content, 1);
     return pane;
 }
@@ -89,13 +91,16 @@ void PBMainWindowController::buildWindow() {
     QObject::connect(
         &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
         &FilterCommands::announce);
+    auto* sourceBar = new HeaderBar(localizedString(u"Folders"));
     _panes = new PaneLayout(
-        {.source = titledPane(localizedString(u"Folders"), _sourceSidebar->view()),
-         .group =
-             titledPane(localizedString(u"Groups"), new MessagePane(localizedString(u"NoGroups"))),
+        {.source = titledPane(sourceBar, _sourceSidebar->view()),
+         .group = titledPane(
+             new HeaderBar(localizedString(u"Groups")),
+             new MessagePane(localizedString(u"NoGroups"))),
          .thumbnail = makeBrowserPane(),
          .info = titledPane(
-             localizedString(u"Information"), new MessagePane(localizedString(u"NoInformation")))},
+             new HeaderBar(localizedString(u"Information")),
+             new MessagePane(localizedString(u"NoInformation")))},
         _delegate.userDefaults(), _window.get());
     _statusBarView = new StatusBarView(*_panes);
     QObject::connect(
@@ -112,8 +117,18 @@ void PBMainWindowController::buildWindow() {
 
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
+    _toolbarController = new ToolbarController(
+        {.delegate = _delegate,
+         .toolbar = *_toolbar,
+         .sourceBar = *sourceBar,
+         .filters = *_filterCommands,
+         .selection = sourceSelection(),
+         .browserPane = *_browserPane,
+         .panes = *_panes},
+        _window.get());
     _menu = new MainMenu(*_window, *_panes, *_toolbar, _window.get());
     connectFolderCommands();
+    makeOpenFiles();
     QObject::connect(_menu, &MainMenu::statusBarToggled, _window.get(), [this] {
         setHideStatusBar(!hideStatusBar());
     });
@@ -135,15 +150,10 @@ QWidget* PBMainWindowController::makeBrowserPane() {
 
 void PBMainWindowController::connectFolderCommands() {
     FolderRootCommands& commands = folderRootCommands();
-    SourceSelection& selection = sourceSelection();
     const auto add = [&commands] { commands.addFolderAlias(); };
     QObject::connect(
         _imageBrowserTipView, &PBImageBrowserTipView::addFolderRequested, &commands, add);
     QObject::connect(_toolbar->addFolderAction(), &QAction::triggered, &commands, add);
-    QObject::connect(
-        _toolbar->backAction(), &QAction::triggered, &selection, &SourceSelection::back);
-    QObject::connect(
-        _toolbar->forwardAction(), &QAction::triggered, &selection, &SourceSelection::forward);
     QObject::connect(
         _menu, &MainMenu::removeFolderRequested, &commands, &FolderRootCommands::removeFolderAlias);
     QObject::connect(_menu, &MainMenu::revealRequested, &commands, [this] {
@@ -151,19 +161,37 @@ void PBMainWindowController::connectFolderCommands() {
             folderRootCommands().revealInFinder(*folder);
         }
     });
-    QObject::connect(&selection, &SourceSelection::historyDidChange, _toolbar, [this] {
-        validateVisibleItems();
-    });
     QObject::connect(
         &_sourceSidebar->tree(), &SourceTreeController::selectionDidChange, _toolbar,
         [this] { validateVisibleItems(); });
     validateVisibleItems();
 }
 
+void PBMainWindowController::makeOpenFiles() {
+    _openFilesReveal = new OpenFilesReveal(
+        {.browserPane = *_browserPane,
+         .tree = _sourceSidebar->tree(),
+         .isScanning = [this] { return _delegate.isScanning(); },
+         .dropRequest = [this] { _delegate.setOpenFiles(nullptr); }},
+        _window.get());
+    _openFilesCommands = new OpenFilesCommands(
+        {.delegate = _delegate,
+         .tree = _sourceSidebar->tree(),
+         .selection = sourceSelection(),
+         .commands = folderRootCommands(),
+         .filters = *_filterCommands,
+         .reveal = *_openFilesReveal,
+         .bringToFront = [this] { bringToFront(); }},
+        _window.get());
+}
+
+void PBMainWindowController::bringToFront() {
+    _window->setWindowState(_window->windowState() & ~Qt::WindowMinimized);
+    _window->raise();
+    _window->activateWindow();
+}
+
 void PBMainWindowController::validateVisibleItems() {
-    const PBPathHistory& history = _delegate.pathHistory();
-    _toolbar->backAction()->setEnabled(history.canBack());
-    _toolbar->forwardAction()->setEnabled(history.canForward());
     const auto folder = _sourceSidebar->tree().selectedFolder();
     _menu->setFolderCommands(
         folder && !folder->folderPath().isEmpty(), folderRootCommands().canRemoveFolderAlias());
@@ -183,6 +211,11 @@ void PBMainWindowController::clearBrowser() {
 
 void PBMainWindowController::showWindow() {
     _window->show();
+}
+
+void PBMainWindowController::scanStateDidChange() {
+    updateImageBrowserTipView();
+    _openFilesReveal->scanStateDidChange();
 }
 
 void PBMainWindowController::updateImageBrowserTipView() {

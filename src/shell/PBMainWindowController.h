@@ -8,6 +8,8 @@ class FolderPrompts;
 class FolderRootCommands;
 class MainMenu;
 class MainToolbar;
+class OpenFilesCommands;
+class OpenFilesReveal;
 class PaneLayout;
 class PBAppDelegate;
 class PBImageBrowserTipView;
@@ -16,6 +18,7 @@ class QWidget;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
+class ToolbarController;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
 class PBMainWindowController {
@@ -32,12 +35,18 @@ public:
     [[nodiscard]] SourceSidebar& sourceSidebar() { return *_sourceSidebar; }
     [[nodiscard]] SourceSelection& sourceSelection();
     [[nodiscard]] FolderRootCommands& folderRootCommands();
+    [[nodiscard]] OpenFilesCommands& openFilesCommands() { return *_openFilesCommands; }
+    [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
+    [[nodiscard]] ToolbarController& toolbarController() { return *_toolbarController; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
 
     void showWindow();
 
     /// Empties the browser: another folder will be shown.
     void clearBrowser();
+
+    /// A scan began or ended.
+    void scanStateDidChange();
 
     /// Shows why the browser is empty, or hides the tip.
     void updateImageBrowserTipView();
@@ -50,6 +59,8 @@ private:
     void buildWindow();
     [[nodiscard]] QWidget* makeBrowserPane();
     void connectFolderCommands();
+    void makeOpenFiles();
+    void bringToFront();
     void validateVisibleItems();
     void updateStatusBarShowHide();
     void restoreGeometry();
@@ -65,8 +76,11 @@ private:
     // Children of the window, which owns them.
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
     FilterCommands* _filterCommands = nullptr;
+    OpenFilesReveal* _openFilesReveal = nullptr;
+    OpenFilesCommands* _openFilesCommands = nullptr;
     PaneLayout* _panes = nullptr;
     StatusBarView* _statusBarView = nullptr;
     MainMenu* _menu = nullptr;
     MainToolbar* _toolbar = nullptr;
+    ToolbarController* _toolbarController = nullptr;
 };

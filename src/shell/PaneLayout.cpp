@@ -58,6 +58,10 @@ bool PaneLayout::isShown(Pane pane) const {
     return false;
 }
 
+int PaneLayout::sideBarWidth() const {
+    return isShown(Pane::SideBar) ? _groupSplitView->width() : 0;
+}
+
 void PaneLayout::toggle(Pane pane) {
     const bool show = !isShown(pane);
     if (!show) savePositions();

@@ -35,6 +35,9 @@ public:
     /// Shows a hidden pane at its last size, hides a shown one.
     void toggle(Pane pane);
 
+    /// Width of the sidebar in points; 0 while it is hidden.
+    [[nodiscard]] int sideBarWidth() const;
+
     /// Sizes from the settings; call once the window has its size.
     void restorePositions();
     void savePositions();
