@@ -6,6 +6,7 @@
 
 #include <QActionGroup>
 #include <QContextMenuEvent>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
@@ -52,14 +53,16 @@ MainToolbar::MainToolbar(QWidget* parent)
       _group(makeAction(QStringLiteral("group"), u"GroupBy")),
       _rotate(makeAction(QStringLiteral("rotateLeft"), u"Rotate")),
       _share(makeAction(QStringLiteral("share"), u"Share")),
-      _delete(makeAction(QStringLiteral("delete"), u"Delete")),
+      _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(new QWidget),
       _search(new SearchField(localizedString(u"Search"))),
       _autoSpace(new Space(QSizePolicy::Preferred)) {
     setObjectName(QStringLiteral("mainToolbar"));
     setMovable(false);
     setFloatable(false);
-    layout()->setContentsMargins(barMargins);
-    layout()->setSpacing(itemSpacing);
+    auto* row = new QHBoxLayout(_row);
+    row->setContentsMargins(barMargins);
+    row->setSpacing(itemSpacing);
+    _row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     _filterFlag->setCheckable(true);
     _filterStar->setCheckable(true);
     _group->setEnabled(false);
@@ -77,6 +80,7 @@ MainToolbar::MainToolbar(QWidget* parent)
     addItem(QStringLiteral("delete"), new ToolbarButton(_delete), u"Delete");
     _search->setToolTip(withShortcut(localizedString(u"SearchTip"), QKeySequence::Find));
     addItem(QStringLiteral("search"), _search, u"Search");
+    addWidget(_row);
     alignWithSidebar(0);
     updateColors();
 }
@@ -90,28 +94,29 @@ MainToolbar::makeAction(const QString& icon, QStringView text, const QKeySequenc
 }
 
 void MainToolbar::addItem(const QString& identifier, QWidget* view, QStringView caption) {
+    const bool isFixed = view->sizePolicy().horizontalPolicy() == QSizePolicy::Fixed;
     auto* item = new QWidget;
     auto* layout = new QVBoxLayout(item);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(2);
-    layout->addWidget(view);
+    layout->addWidget(view, 0, isFixed ? Qt::AlignHCenter : Qt::Alignment());
     auto* label = new QLabel(localizedString(caption));
     label->setAlignment(Qt::AlignHCenter);
     QFont small = label->font();
     small.setPointSizeF(small.pointSizeF() * 0.85);
     label->setFont(small);
     label->hide();
-    // A caption may be wider than its control, but not take the room of the next.
-    label->setMinimumWidth(1);
     layout->addWidget(label);
     item->setSizePolicy(view->sizePolicy().horizontalPolicy(), QSizePolicy::Fixed);
-    item->setMaximumWidth(view->maximumWidth());
+    if (!isFixed) item->setMaximumWidth(view->maximumWidth());
     _captions.push_back(label);
-    _items.push_back({identifier, view, addWidget(item)});
+    _row->layout()->addWidget(item);
+    _items.push_back({identifier, view});
 }
 
 void MainToolbar::addSpace(QWidget* space, const QString& identifier) {
-    _items.push_back({identifier, space, addWidget(space)});
+    _row->layout()->addWidget(space);
+    _items.push_back({identifier, space});
 }
 
 QWidget* MainToolbar::itemView(QStringView identifier) const {
@@ -158,6 +163,13 @@ void MainToolbar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), PBThemes::colors().bar);
     painter.fillRect(QRect(0, height() - 1, width(), 1), PBThemes::colors().separator);
+}
+
+bool MainToolbar::event(QEvent* event) {
+    const bool isHandled = QToolBar::event(event);
+    // The row brings its own margins; a style puts its own around it.
+    if (layout()->contentsMargins() != QMargins()) layout()->setContentsMargins({});
+    return isHandled;
 }
 
 void MainToolbar::changeEvent(QEvent* event) {

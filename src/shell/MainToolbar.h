@@ -19,8 +19,7 @@ public:
     /// A control with a caption below it, shown or not.
     struct Item {
         QString identifier;
-        QWidget* view = nullptr;   ///< without the caption
-        QAction* action = nullptr; ///< its place in the bar
+        QWidget* view = nullptr; ///< without the caption
     };
 
     explicit MainToolbar(QWidget* parent);
@@ -57,6 +56,7 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
@@ -75,6 +75,7 @@ private:
     QAction* _rotate;
     QAction* _share;
     QAction* _delete;
+    QWidget* _row; // fills the bar
     SearchField* _search;
     QWidget* _autoSpace;
     std::vector<Item> _items;

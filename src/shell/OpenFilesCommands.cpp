@@ -37,7 +37,6 @@ void OpenFilesCommands::openFiles(const QStringList& paths) {
     } else {
         open(*request);
     }
-    _parts.bringToFront();
 }
 
 void OpenFilesCommands::openEach(const OpenFilesRequest& request) {

@@ -4,8 +4,6 @@
 
 #include <QObject>
 
-#include <functional>
-
 class FilterCommands;
 class FolderRootCommands;
 class OpenFilesReveal;
@@ -27,7 +25,6 @@ public:
         FolderRootCommands& commands;
         FilterCommands& filters;
         OpenFilesReveal& reveal;
-        std::function<void()> bringToFront;
     };
 
     /// The parts outlive this object.

@@ -180,15 +180,8 @@ void PBMainWindowController::makeOpenFiles() {
          .selection = sourceSelection(),
          .commands = folderRootCommands(),
          .filters = *_filterCommands,
-         .reveal = *_openFilesReveal,
-         .bringToFront = [this] { bringToFront(); }},
+         .reveal = *_openFilesReveal},
         _window.get());
-}
-
-void PBMainWindowController::bringToFront() {
-    _window->setWindowState(_window->windowState() & ~Qt::WindowMinimized);
-    _window->raise();
-    _window->activateWindow();
 }
 
 void PBMainWindowController::validateVisibleItems() {

@@ -60,7 +60,6 @@ private:
     [[nodiscard]] QWidget* makeBrowserPane();
     void connectFolderCommands();
     void makeOpenFiles();
-    void bringToFront();
     void validateVisibleItems();
     void updateStatusBarShowHide();
     void restoreGeometry();
