@@ -208,6 +208,11 @@ FMError FMDatabase::lastError() const {
     return _db ? errorOf(_db) : _openError;
 }
 
+bool FMDatabase::isFileDamaged() const {
+    const int primary = lastErrorCode() & 0xff;
+    return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB;
+}
+
 int FMDatabase::lastErrorCode() const {
     return lastError().code;
 }
