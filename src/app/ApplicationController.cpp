@@ -40,6 +40,14 @@ void ApplicationController::awakeFromNib() {
     createScans();
     _browsing.seedFavoriteChains(_geoManager->canUseGeocoder());
     _mainWindowController = std::make_unique<PBMainWindowController>(*this);
+    _mainWindowController->setWorkFigures([this] {
+        const BuildThumbServices& thumbnails = _scanPipeline->buildThumb();
+        return WorkFigures{
+            .isScanning = isScanning(),
+            .scanned = _scanPipeline->figures().items,
+            .thumbnailsFinished = thumbnails.finished,
+            .thumbnailsPending = _buildThumbOperationQueue->operationCount()};
+    });
     connectFolderRoots();
     watchFolders();
     noteScreen();

@@ -4,6 +4,7 @@
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
 #include "core/PBAppDelegate.h"
+#include "image/BuildThumbNotifier.h"
 #include "platform/LocalizedTexts.h"
 #include "platform/UserDefaults.h"
 #include "shell/BrowserPane.h"
@@ -106,6 +107,9 @@ void PBMainWindowController::buildWindow() {
     QObject::connect(
         _browserPane.get(), &BrowserPane::itemCountDidChange, _statusBarView,
         &StatusBarView::setItemCount);
+    QObject::connect(
+        &_browserPane->browserView(), &PBImageBrowserView::selectionDidChange, _statusBarView,
+        &StatusBarView::setSelectCount);
 
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
@@ -206,7 +210,16 @@ void PBMainWindowController::showWindow() {
     _window->show();
 }
 
+void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures) {
+    _workProgress = new WorkProgress(std::move(figures), _window.get());
+    _statusBarView->setProgress(*_workProgress);
+    QObject::connect(
+        &_delegate.buildThumbNotifier(), &BuildThumbNotifier::PBNotiName_BuildThumb, _workProgress,
+        &WorkProgress::wake);
+}
+
 void PBMainWindowController::scanStateDidChange() {
+    if (_workProgress && _delegate.isScanning()) _workProgress->restart();
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
 }

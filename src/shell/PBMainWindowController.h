@@ -1,5 +1,8 @@
 #pragma once
 
+#include "shell/WorkProgress.h"
+
+#include <functional>
 #include <memory>
 
 class BrowserPane;
@@ -45,6 +48,8 @@ public:
     /// Empties the browser: another folder will be shown.
     void clearBrowser();
 
+    /// What the counters of the work in the background say; once, before the window is shown.
+    void setWorkFigures(std::function<WorkFigures()> figures);
     /// A scan began or ended.
     void scanStateDidChange();
 
@@ -79,6 +84,7 @@ private:
     OpenFilesCommands* _openFilesCommands = nullptr;
     PaneLayout* _panes = nullptr;
     StatusBarView* _statusBarView = nullptr;
+    WorkProgress* _workProgress = nullptr;
     MainMenu* _menu = nullptr;
     MainToolbar* _toolbar = nullptr;
     ToolbarController* _toolbarController = nullptr;

@@ -1,11 +1,13 @@
 #include "shell/StatusBarView.h"
 
 #include "platform/LocalizedTexts.h"
+#include "shell/WorkProgressView.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QPainter>
 #include <QToolButton>
 
@@ -31,7 +33,8 @@ constexpr ButtonRow buttonRows[] = {
 } // namespace
 
 StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
-    : QWidget(parent), _panes(panes), _itemCountLabel(new QLabel(this)) {
+    : QWidget(parent), _panes(panes), _itemCountLabel(new QLabel(this)),
+      _progressView(new WorkProgressView(this)) {
     setFixedHeight(26);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(6, 1, 6, 0);
@@ -48,6 +51,7 @@ StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
             layout->addStretch(1);
             layout->addWidget(_itemCountLabel);
             layout->addStretch(1);
+            layout->addWidget(_progressView);
         }
         layout->addWidget(button);
     }
@@ -57,10 +61,27 @@ StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
 }
 
 void StatusBarView::setItemCount(qint64 shown) {
+    _itemCount = shown;
+    updateItemCount();
+}
+
+void StatusBarView::setSelectCount(qint64 selected) {
+    _selectCount = selected;
+    updateItemCount();
+}
+
+void StatusBarView::setProgress(WorkProgress& progress) {
+    _progressView->setProgress(progress);
+}
+
+void StatusBarView::updateItemCount() {
+    const QString all = QLocale().toString(_itemCount);
     _itemCountLabel->setText(
-        shown == 0   ? localizedString(u"PhotographCount_0")
-        : shown == 1 ? localizedString(u"PhotographCount_1")
-                     : localizedFormat(u"PhotographCount", {shown}));
+        _itemCount == 0 ? localizedString(u"PhotographCount_0")
+        : _selectCount > 0
+            ? localizedFormat(u"PhotographCountSelected", {QLocale().toString(_selectCount), all})
+        : _itemCount == 1 ? localizedString(u"PhotographCount_1")
+                          : localizedFormat(u"PhotographCount", {all}));
 }
 
 void StatusBarView::updateStatusBarBtn() {

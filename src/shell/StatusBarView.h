@@ -6,6 +6,8 @@
 
 class QLabel;
 class QToolButton;
+class WorkProgress;
+class WorkProgressView;
 
 /// The bar below the panes: how many photographs are shown, and buttons that show and hide panes.
 class StatusBarView final : public QWidget {
@@ -17,14 +19,21 @@ public:
 
     /// `shown` is the number of photographs on display.
     void setItemCount(qint64 shown);
+    void setSelectCount(qint64 selected);
+    /// What is going on in the background; outlives this widget.
+    void setProgress(WorkProgress& progress);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void updateStatusBarBtn();
+    void updateItemCount();
 
     PaneLayout& _panes;
     QLabel* _itemCountLabel;
+    WorkProgressView* _progressView;
+    qint64 _itemCount = 0;
+    qint64 _selectCount = 0;
     std::vector<std::pair<QToolButton*, PaneLayout::Pane>> _buttons;
 };
