@@ -12,11 +12,13 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+using platform::localizedFormat;
 using platform::localizedString;
 
 namespace {
 
 constexpr QSize pictureSize(112, 112);
+constexpr QSize buttonSize(200, 32);
 
 QLabel* centredLabel(QWidget* parent) {
     auto* label = new QLabel(parent);
@@ -29,7 +31,7 @@ QLabel* centredLabel(QWidget* parent) {
 
 PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     : QWidget(parent), _picture(centredLabel(this)), _title(centredLabel(this)),
-      _or(centredLabel(this)), _hint(centredLabel(this)),
+      _or(centredLabel(this)), _hint(centredLabel(this)), _suggestion(new QPushButton(this)),
       _button(new QPushButton(localizedString(u"AddFolder"), this)),
       _indicator(new QProgressBar(this)) {
     setAutoFillBackground(true);
@@ -38,7 +40,9 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     _title->setFont(large);
     _or->setText(localizedString(u"Or"));
     _hint->setText(localizedString(u"DragDropFolder"));
-    _button->setMinimumWidth(140);
+    _suggestion->setIcon(Icons::named(QStringLiteral("folder-pictures")));
+    for (QPushButton* button : {_suggestion, _button})
+        button->setMinimumSize(buttonSize);
     _indicator->setRange(0, 0);
     _indicator->setTextVisible(false);
     _indicator->setFixedSize(180, 6);
@@ -50,6 +54,7 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     layout->addWidget(_picture);
     layout->addWidget(_title);
     layout->addSpacing(4);
+    layout->addWidget(_suggestion, 0, Qt::AlignHCenter);
     layout->addWidget(_button, 0, Qt::AlignHCenter);
     layout->addWidget(_or);
     layout->addWidget(_hint);
@@ -57,6 +62,9 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     layout->addStretch(5);
 
     connect(_button, &QPushButton::clicked, this, &PBImageBrowserTipView::addFolderRequested);
+    connect(_suggestion, &QPushButton::clicked, this, [this] {
+        Q_EMIT suggestedFolderRequested(_suggestedFolder);
+    });
     updateColors();
     setTipKind(0);
 }
@@ -80,11 +88,7 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     _title->setText(title);
     _title->setVisible(!title.isEmpty());
     _picture->setVisible(!title.isEmpty());
-    for (QWidget* widget :
-         {static_cast<QWidget*>(_button), static_cast<QWidget*>(_or),
-          static_cast<QWidget*>(_hint)}) {
-        widget->setVisible(tipKind == 1);
-    }
+    updateButtons();
     // The indicator changes after the present event, so that a scan that ends within it shows none.
     if (auto* loop = platform::MainLoop::instance()) {
         loop->cancelPreviousPerformRequestsWithTarget(this);
@@ -95,6 +99,26 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     } else {
         updateIndicator();
     }
+}
+
+void PBImageBrowserTipView::setSuggestedFolder(const QString& path) {
+    _suggestedFolder = path;
+    const qsizetype end = path.lastIndexOf(u'/');
+    _suggestion->setText(localizedFormat(u"AddSuggestedFolder", {path.sliced(end + 1)}));
+    _suggestion->setToolTip(path);
+    updateButtons();
+}
+
+void PBImageBrowserTipView::updateButtons() {
+    const bool isFirst = _tipKind == 1;
+    const bool hasSuggestion = isFirst && !_suggestedFolder.isEmpty();
+    _button->setVisible(isFirst);
+    _or->setVisible(isFirst);
+    _hint->setVisible(isFirst);
+    _suggestion->setVisible(hasSuggestion);
+    // Return presses what is most likely wanted.
+    QPushButton* likely = hasSuggestion ? _suggestion : _button;
+    if (isFirst && isVisible() && !likely->hasFocus()) likely->setFocus(Qt::OtherFocusReason);
 }
 
 void PBImageBrowserTipView::updateIndicator() {

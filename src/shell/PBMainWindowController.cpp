@@ -9,6 +9,7 @@
 #include "platform/UserDefaults.h"
 #include "shell/BrowserPane.h"
 #include "shell/FilterCommands.h"
+#include "shell/FirstRun.h"
 #include "shell/FolderPrompts.h"
 #include "shell/MainMenu.h"
 #include "shell/MainToolbar.h"
@@ -132,6 +133,7 @@ void PBMainWindowController::buildWindow() {
         _window.get());
     _menu = new MainMenu(*_window, *_panes, *_toolbar, _window.get());
     connectFolderCommands();
+    FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
     makeOpenFiles();
     QObject::connect(_menu, &MainMenu::statusBarToggled, _window.get(), [this] {
         setHideStatusBar(!hideStatusBar());
