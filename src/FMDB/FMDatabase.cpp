@@ -23,7 +23,7 @@ FMError errorOf(sqlite3* handle) {
 
 } // namespace
 
-FMDatabase::FMDatabase(const QString& path) : _databasePath(path) {
+FMDatabase::FMDatabase(QString path) : _databasePath(std::move(path)) {
     if (!sqlite3_threadsafe()) qFatal("SQLite was built without thread safety");
 }
 

@@ -39,7 +39,7 @@ concept FMArgument =
 class FMDatabase {
 public:
     /// An empty path is a database in memory.
-    explicit FMDatabase(const QString& path);
+    explicit FMDatabase(QString path);
     ~FMDatabase() { close(); }
     FMDatabase(const FMDatabase&) = delete;
     FMDatabase& operator=(const FMDatabase&) = delete;

@@ -65,7 +65,7 @@ TEST(IconsTest, everyNameInUseHasADrawing) {
 
     // What the sources ask for by name, and literals that look like a form of a symbol.
     static const QRegularExpression asked(QStringLiteral(
-        R"(Icons::(?:named|pixmap)\(\s*(?:QStringLiteral\()?u?"([\w-]+)"|"([A-Za-z]\w*_[ns])")"));
+        R"re(Icons::(?:named|pixmap)\(\s*(?:QStringLiteral\()?u?"([\w-]+)"|"([A-Za-z]\w*_[ns])")re"));
     QDirIterator sources(
         QStringLiteral(VELMORA_SOURCES), {QStringLiteral("*.cpp")}, QDir::Files,
         QDirIterator::Subdirectories);
