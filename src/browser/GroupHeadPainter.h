@@ -2,13 +2,11 @@
 
 #include "browser/BrowserLayout.h"
 #include "browser/BrowserLeafList.h"
-#include "ui/TextLines.h"
-
-#include <QHash>
-#include <QIcon>
-#include <QPair>
+#include "ui/PBPathCell.h"
 
 #include <functional>
+#include <memory>
+#include <unordered_map>
 
 class QPainter;
 
@@ -29,21 +27,9 @@ public:
     void forgetNames() { _paths.clear(); }
 
 private:
-    struct Step {
-        QString name;
-        group::IconName icon;
-        bool isNarrow = false; ///< a folder's path gets no more than its share
-        bool isUnspecified = false;
-    };
-    using Path = std::vector<Step>;
-
-    [[nodiscard]] const Path& path(const BrowserLeafList::Leaf& leaf) const;
-    [[nodiscard]] double
-    drawIcon(QPainter& painter, const QRectF& rect, const group::IconName& icon) const;
+    [[nodiscard]] PBPathCell& path(const BrowserLeafList::Leaf& leaf) const;
 
     const TagLookup _tagWithTagId;
-    TextLines _lines;
-    TextLines _innermost;
-    mutable QHash<const PBGroupItemData*, Path> _paths;
-    mutable QHash<QPair<int, QString>, QIcon> _icons;
+    const PathCellStyle _style;
+    mutable std::unordered_map<const PBGroupItemData*, std::unique_ptr<PBPathCell>> _paths;
 };

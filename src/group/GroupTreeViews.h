@@ -24,7 +24,8 @@ public:
     virtual void scrollToScrollCapture(const PBOutlineViewScrollCapture& capture) = 0;
     /// nullptr when no row is selected.
     [[nodiscard]] virtual std::shared_ptr<PBGroupItemData> selectedItem() const = 0;
-    /// Reads the live tree anew; all rows are closed and none is selected then.
+    /// Reads the live tree anew. Where its groups are others than before, only those rows are open
+    /// then that the user opened, and none is selected.
     virtual void reloadData() = 0;
     virtual void expandItem(const std::shared_ptr<PBGroupItemData>& item) = 0;
     virtual void selectItem(const std::shared_ptr<PBGroupItemData>& item) = 0;

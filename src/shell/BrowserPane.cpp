@@ -84,6 +84,10 @@ void BrowserPane::updateImageBrowserViewData() {
     _view->reloadData();
 }
 
+void BrowserPane::scrollToLeaf(const PBGroupItemData& leaf) {
+    _view->scrollToGroup(_view->leaves().groupOfData(leaf));
+}
+
 ThumbnailLoader& BrowserPane::thumbnailLoader() {
     return *_loader;
 }

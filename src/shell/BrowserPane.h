@@ -38,6 +38,8 @@ public:
     /// Drops images, thumbnails and position: another folder will be shown.
     void clear();
     void updateImageBrowserViewData() override;
+    /// Shows the head of the leaf with this data; animated unless it is far.
+    void scrollToLeaf(const PBGroupItemData& leaf);
 
 Q_SIGNALS:
     void itemCountDidChange(qint64 count);

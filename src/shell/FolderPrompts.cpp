@@ -1,9 +1,9 @@
 #include "shell/FolderPrompts.h"
 
 #include "platform/LocalizedTexts.h"
+#include "shell/WindowAlert.h"
 
 #include <QFileDialog>
-#include <QMessageBox>
 
 #include <utility>
 
@@ -27,23 +27,13 @@ void FolderSheets::chooseFolder(
 }
 
 void FolderSheets::alertFolderAliasIsAlreadyExist(const QString& displayName) {
-    alert(localizedFormat(u"AlertFolderAlreadyExist", {displayName}), {});
+    showWindowAlert(_window, localizedFormat(u"AlertFolderAlreadyExist", {displayName}));
 }
 
 void FolderSheets::alertCantMount(const QString& displayName, const QString& reason) {
-    alert(localizedFormat(u"CantMount", {displayName}), reason);
+    showWindowAlert(_window, localizedFormat(u"CantMount", {displayName}), reason);
 }
 
 void FolderSheets::alertCantAddFolder(const QString& path) {
-    alert(localizedFormat(u"CantAddFolder", {path}), {});
-}
-
-void FolderSheets::alert(const QString& message, const QString& details) {
-    auto* box = new QMessageBox(
-        QMessageBox::Warning, localizedString(u"Velmora"), message, QMessageBox::Ok, &_window);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(details);
-    box->setWindowModality(Qt::WindowModal);
-    box->open();
+    showWindowAlert(_window, localizedFormat(u"CantAddFolder", {path}));
 }

@@ -33,7 +33,5 @@ public:
     void alertCantAddFolder(const QString& path) override;
 
 private:
-    void alert(const QString& message, const QString& details);
-
     QWidget& _window;
 };

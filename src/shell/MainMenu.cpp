@@ -33,8 +33,8 @@ MainMenu::MainMenu(QMainWindow& window, PaneLayout& panes, MainToolbar& toolbar,
     _statusBar->setShortcut(key(5));
     setStatusBarShown(true);
 
-    QMenu* go = window.menuBar()->addMenu(localizedString(u"Go"));
-    go->addActions({toolbar.backAction(), toolbar.forwardAction()});
+    _goMenu = window.menuBar()->addMenu(localizedString(u"Go"));
+    _goMenu->addActions({toolbar.backAction(), toolbar.forwardAction()});
 
     QMenu* help = window.menuBar()->addMenu(localizedString(u"Help"));
     help->addAction(localizedString(u"About"), this, &MainMenu::showAbout);
@@ -51,6 +51,10 @@ void MainMenu::addFileMenu(MainToolbar& toolbar) {
     QAction* quit = file->addAction(localizedString(u"Quit"), &_window, &QWidget::close);
     quit->setShortcut(QKeySequence::Quit);
     quit->setMenuRole(QAction::QuitRole);
+}
+
+void MainMenu::setGroupMenu(QMenu& groupMenu) {
+    _window.menuBar()->insertMenu(_goMenu->menuAction(), &groupMenu);
 }
 
 void MainMenu::setFolderCommands(bool canReveal, bool canRemove) {

@@ -7,6 +7,7 @@
 class MainToolbar;
 class QAction;
 class QMainWindow;
+class QMenu;
 
 /// The menu bar of the main window and the state of its entries.
 class MainMenu final : public QObject {
@@ -24,6 +25,8 @@ Q_SIGNALS:
     void removeFolderRequested();
 
 public:
+    /// Gives the menu its place in the menu bar; it stays with its owner.
+    void setGroupMenu(QMenu& groupMenu);
     /// Title of the entry that shows or hides the status bar.
     void setStatusBarShown(bool shown);
     /// Which of the commands for the selected folder are possible.
@@ -38,6 +41,7 @@ private:
 
     QMainWindow& _window;
     PaneLayout& _panes;
+    QMenu* _goMenu = nullptr;
     QAction* _statusBar = nullptr;
     QAction* _reveal = nullptr;
     QAction* _removeFolder = nullptr;

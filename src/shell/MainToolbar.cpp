@@ -51,6 +51,7 @@ MainToolbar::MainToolbar(QWidget* parent)
       _filterFlag(makeAction(QStringLiteral("flag_16_n"), u"FilterFlagged")),
       _filterStar(makeAction(QStringLiteral("star_16_n"), u"FilterStarred")),
       _group(makeAction(QStringLiteral("group"), u"GroupBy")),
+      _groupButton(new ToolbarButton(_group)),
       _rotate(makeAction(QStringLiteral("rotateLeft"), u"Rotate")),
       _share(makeAction(QStringLiteral("share"), u"Share")),
       _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(new QWidget),
@@ -70,9 +71,8 @@ MainToolbar::MainToolbar(QWidget* parent)
 
     addItem(QStringLiteral("back"), new SegmentedControl({_back, _forward}), u"BackForward");
     addSpace(_autoSpace, QStringLiteral("PBAutoSpaceItem"));
-    auto* group = new ToolbarButton(_group);
-    group->setMenuButton();
-    addItem(QStringLiteral("group"), group, u"GroupBy");
+    _groupButton->setHasArrow();
+    addItem(QStringLiteral("group"), _groupButton, u"GroupBy");
     addItem(QStringLiteral("filter"), new SegmentedControl({_filterFlag, _filterStar}), u"Filter");
     addSpace(new Space(QSizePolicy::Expanding), QStringLiteral("space"));
     addItem(QStringLiteral("rotate"), new ToolbarButton(_rotate), u"Rotate");
@@ -124,9 +124,14 @@ QWidget* MainToolbar::itemView(QStringView identifier) const {
     return item == _items.end() ? nullptr : item->view;
 }
 
-void MainToolbar::setGroupMenu(QMenu* menu) {
-    _group->setMenu(menu);
-    _group->setEnabled(menu != nullptr);
+void MainToolbar::setGroupMenu(
+    QMenu& menu, const std::function<void(const QWidget& button)>& popUp) {
+    connect(_group, &QAction::triggered, &menu, [this, popUp] {
+        popUp(*_groupButton);
+        _groupButton->setDown(true);
+    });
+    connect(&menu, &QMenu::aboutToHide, _groupButton, [this] { _groupButton->setDown(false); });
+    _group->setEnabled(true);
 }
 
 void MainToolbar::alignWithSidebar(int sidebarWidth) {

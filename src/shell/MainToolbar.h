@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QToolBar>
 
+#include <functional>
 #include <vector>
 
 class QLabel;
@@ -34,8 +35,8 @@ public:
     [[nodiscard]] QAction* shareAction() const { return _share; }
     [[nodiscard]] QAction* deleteAction() const { return _delete; }
     [[nodiscard]] SearchField& searchField() const { return *_search; }
-    /// The menu that the group button pops up; without one the button is off.
-    void setGroupMenu(QMenu* menu);
+    /// The group button has `popUp` open the menu below it; it is off before that.
+    void setGroupMenu(QMenu& menu, const std::function<void(const QWidget& button)>& popUp);
 
     /// The items from left to right, as they are at the start.
     [[nodiscard]] const std::vector<Item>& mainToolbarItems() const { return _items; }
@@ -72,6 +73,7 @@ private:
     QAction* _filterFlag;
     QAction* _filterStar;
     QAction* _group;
+    ToolbarButton* _groupButton;
     QAction* _rotate;
     QAction* _share;
     QAction* _delete;

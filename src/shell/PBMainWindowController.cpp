@@ -3,14 +3,18 @@
 #include "browser/PBImageBrowserContainerView.h"
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
+#include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
 #include "image/BuildThumbNotifier.h"
+#include "info/geo/PBGeoManager.h"
 #include "platform/LocalizedTexts.h"
 #include "platform/UserDefaults.h"
 #include "shell/BrowserPane.h"
 #include "shell/FilterCommands.h"
 #include "shell/FirstRun.h"
 #include "shell/FolderPrompts.h"
+#include "shell/GroupMenus.h"
+#include "shell/GroupPanel.h"
 #include "shell/MainMenu.h"
 #include "shell/MainToolbar.h"
 #include "shell/MessagePane.h"
@@ -21,6 +25,7 @@
 #include "shell/StatusBarView.h"
 #include "shell/ToolbarController.h"
 #include "ui/HeaderBar.h"
+#include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
 
 #include <QMainWindow>
@@ -89,6 +94,7 @@ void PBMainWindowController::buildWindow() {
     _folderPrompts = std::make_unique<FolderSheets>(*_window);
     _sourceSidebar = std::make_unique<SourceSidebar>(
         _delegate, *_window, *_folderPrompts, [this] { updateImageBrowserTipView(); });
+    makeGroupViews();
     _filterCommands = new FilterCommands(_delegate, _window.get());
     QObject::connect(
         &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
@@ -96,10 +102,8 @@ void PBMainWindowController::buildWindow() {
     auto* sourceBar = new HeaderBar(localizedString(u"Folders"));
     _panes = new PaneLayout(
         {.source = titledPane(sourceBar, _sourceSidebar->view()),
-         .group = titledPane(
-             new HeaderBar(localizedString(u"Groups")),
-             new MessagePane(localizedString(u"NoGroups"))),
-         .thumbnail = makeBrowserPane(),
+         .group = titledPane(new HeaderBar(localizedString(u"Groups")), _groupPanel->view()),
+         .thumbnail = makeThumbnailView(),
          .info = titledPane(
              new HeaderBar(localizedString(u"Information")),
              new MessagePane(localizedString(u"NoInformation")))},
@@ -132,6 +136,10 @@ void PBMainWindowController::buildWindow() {
          .panes = *_panes},
         _window.get());
     _menu = new MainMenu(*_window, *_panes, *_toolbar, _window.get());
+    _menu->setGroupMenu(*_groupMenus->groupMenu());
+    _toolbar->setGroupMenu(*_groupMenus->groupMenu(), [this](const QWidget& button) {
+        _groupMenus->groupMenuBtnClicked(button);
+    });
     connectFolderCommands();
     FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
     makeOpenFiles();
@@ -152,6 +160,39 @@ QWidget* PBMainWindowController::makeBrowserPane() {
     _imageBrowserTipView = new PBImageBrowserTipView;
     container->addLayer(_imageBrowserTipView);
     return container;
+}
+
+QWidget* PBMainWindowController::makeThumbnailView() {
+    auto* view = new QWidget;
+    auto* layout = new QVBoxLayout(view);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(_groupPathControl);
+    layout->addWidget(makeBrowserPane(), 1);
+    return view;
+}
+
+void PBMainWindowController::makeGroupViews() {
+    _groupPanel = std::make_unique<GroupPanel>(
+        _delegate.groupTreeDataSource(),
+        [this](qint64 tagId) { return PBCatalogue(_delegate.mainFileDb()).tagWithTagId(tagId); },
+        [this](const PBGroupItemData& leaf) { _browserPane->scrollToLeaf(leaf); });
+    _groupPrompts = std::make_unique<GroupSheets>(*_window);
+    _groupMenus = std::make_unique<GroupMenus>(GroupMenus::Environment{
+        .groupTypeArray = [this] { return _delegate.groupTypeArray(); },
+        .setGroupTypeArray = [this](PBGroupTypeArray chain) { _delegate.setGroupTypeArray(chain); },
+        .scan = [this] { _delegate.scan(); },
+        .canUseGeocoder = [this] { return _delegate.geoManager().canUseGeocoder(); },
+        .settings = _delegate.userDefaults(),
+        .prompts = *_groupPrompts});
+    _groupPathControl = new PBPathControl;
+    _groupPathControl->setGroupTypeArray(_delegate.groupTypeArray());
+    QObject::connect(
+        _groupPathControl, &PBPathControl::groupMenuClicked, _groupMenus.get(),
+        &GroupMenus::groupMenuClicked);
+    QObject::connect(
+        _groupMenus.get(), &GroupMenus::groupTypeArrayDidChange, _groupPathControl,
+        &PBPathControl::setGroupTypeArray);
 }
 
 void PBMainWindowController::connectFolderCommands() {
@@ -205,6 +246,7 @@ FolderRootCommands& PBMainWindowController::folderRootCommands() {
 }
 
 void PBMainWindowController::clearBrowser() {
+    _groupPanel->clear();
     _browserPane->clear();
 }
 

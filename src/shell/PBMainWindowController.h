@@ -9,6 +9,9 @@ class BrowserPane;
 class FilterCommands;
 class FolderPrompts;
 class FolderRootCommands;
+class GroupMenus;
+class GroupPanel;
+class GroupPrompts;
 class MainMenu;
 class MainToolbar;
 class OpenFilesCommands;
@@ -16,6 +19,7 @@ class OpenFilesReveal;
 class PaneLayout;
 class PBAppDelegate;
 class PBImageBrowserTipView;
+class PBPathControl;
 class QMainWindow;
 class QWidget;
 class SourceSelection;
@@ -42,6 +46,7 @@ public:
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
     [[nodiscard]] ToolbarController& toolbarController() { return *_toolbarController; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
+    [[nodiscard]] GroupMenus& groupMenus() { return *_groupMenus; }
 
     void showWindow();
 
@@ -63,6 +68,8 @@ public:
 private:
     void buildWindow();
     [[nodiscard]] QWidget* makeBrowserPane();
+    [[nodiscard]] QWidget* makeThumbnailView();
+    void makeGroupViews();
     void connectFolderCommands();
     void makeOpenFiles();
     void validateVisibleItems();
@@ -76,12 +83,17 @@ private:
     std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;
-    std::unique_ptr<SourceSidebar> _sourceSidebar; // goes before the window and its views
+    // These go before the window and its views.
+    std::unique_ptr<SourceSidebar> _sourceSidebar;
+    std::unique_ptr<GroupPrompts> _groupPrompts;
+    std::unique_ptr<GroupMenus> _groupMenus;
+    std::unique_ptr<GroupPanel> _groupPanel;
     // Children of the window, which owns them.
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
     FilterCommands* _filterCommands = nullptr;
     OpenFilesReveal* _openFilesReveal = nullptr;
     OpenFilesCommands* _openFilesCommands = nullptr;
+    PBPathControl* _groupPathControl = nullptr;
     PaneLayout* _panes = nullptr;
     StatusBarView* _statusBarView = nullptr;
     WorkProgress* _workProgress = nullptr;

@@ -1,11 +1,11 @@
 #include "shell/SourceItemDelegate.h"
 
+#include "shell/PBOutlineView.h"
 #include "shell/SourceTreeModel.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 
 #include <QPainter>
-#include <QWidget>
 
 namespace {
 
@@ -50,8 +50,6 @@ void SourceItemDelegate::paint(
     QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
     const PBThemes::Colors& colors = PBThemes::colors();
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
-    // As the view that draws the row's background asks it, so that text and background agree.
-    const bool isActive = option.widget && option.widget->isActiveWindow();
     const bool isUnmounted = index.data(SourceTreeModel::UnmountedRole).toBool();
     const QString name = index.data(Qt::DisplayRole).toString();
     const QString description = index.data(SourceTreeModel::DescriptionRole).toString();
@@ -65,7 +63,7 @@ void SourceItemDelegate::paint(
         painter->restore();
         return;
     }
-    const bool isOnAccent = isSelected && isActive;
+    const bool isOnAccent = isSelected && PBOutlineView::hasKeyboard(option.widget);
     const QColor text = isOnAccent ? QColor(Qt::white) : colors.text;
     const QColor secondary = isOnAccent ? QColor(255, 255, 255, 200) : colors.secondaryText;
     if (isUnmounted && !isOnAccent) painter->setOpacity(unmountedOpacity);

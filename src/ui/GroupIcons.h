@@ -7,7 +7,8 @@
 namespace Icons {
 
 /// The symbol that stands for a criterion or a group: the program's own, and one for all folders
-/// and one for all files where the system would be asked. Empty where there is none. Main thread.
-[[nodiscard]] QIcon ofGroup(const group::IconName& icon);
+/// and one for all files where the system would be asked. Empty where there is none. Kept once it
+/// was asked for. Main thread.
+[[nodiscard]] const QIcon& ofGroup(const group::IconName& icon);
 
 } // namespace Icons

@@ -19,6 +19,7 @@ public:
     [[nodiscard]] const QFont& font() const { return _font; }
     /// The width of the whole text, in points.
     [[nodiscard]] double width(const QString& text) const;
+    [[nodiscard]] double height() const { return _metrics.height(); }
     /// Draws in the painter's pen and this font, centred in the rectangle or from its leading edge.
     void drawCentred(QPainter& painter, const QRectF& rect, const QString& text) const;
     /// Answers the width that was taken.

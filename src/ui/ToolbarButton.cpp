@@ -5,7 +5,6 @@
 
 #include <QAction>
 #include <QHBoxLayout>
-#include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -36,17 +35,13 @@ void ToolbarButton::setPlace(Place place) {
     update();
 }
 
-void ToolbarButton::setMenuButton() {
-    setPopupMode(QToolButton::InstantPopup);
+void ToolbarButton::setHasArrow() {
+    _hasArrow = true;
     updateGeometry();
 }
 
-bool ToolbarButton::hasArrow() const {
-    return popupMode() == QToolButton::InstantPopup;
-}
-
 QSize ToolbarButton::sizeHint() const {
-    return hasArrow() ? buttonSize + QSize(arrowWidth, 0) : buttonSize;
+    return _hasArrow ? buttonSize + QSize(arrowWidth, 0) : buttonSize;
 }
 
 QPainterPath ToolbarButton::outline() const {
@@ -64,8 +59,7 @@ QPainterPath ToolbarButton::outline() const {
 QColor ToolbarButton::fillColor() const {
     const PBThemes::Colors& colors = PBThemes::colors();
     if (!isEnabled()) return withAlpha(palette().color(QPalette::Button), 0.5);
-    const bool isOpen = menu() && menu()->isVisible();
-    if (isDown() || isOpen) return withAlpha(colors.icon, 0.28);
+    if (isDown()) return withAlpha(colors.icon, 0.28);
     if (isChecked()) return withAlpha(colors.accent, underMouse() ? 0.26 : 0.18);
     return underMouse() ? palette().color(QPalette::Midlight) : palette().color(QPalette::Button);
 }
@@ -89,13 +83,13 @@ void ToolbarButton::paintEvent(QPaintEvent*) {
     }
 
     QRect place = rect();
-    if (hasArrow()) place.setWidth(place.width() - arrowWidth);
+    if (_hasArrow) place.setWidth(place.width() - arrowWidth);
     const QRect iconRect(
         place.x() + (place.width() - iconSide) / 2, place.y() + (place.height() - iconSide) / 2,
         iconSide, iconSide);
     const QIcon::Mode mode = isEnabled() ? QIcon::Normal : QIcon::Disabled;
     painter.drawPixmap(iconRect, icon().pixmap(iconSize(), devicePixelRatioF(), mode));
-    if (!hasArrow()) return;
+    if (!_hasArrow) return;
     painter.setPen(QPen(
         withAlpha(colors.icon, isEnabled() ? 0.9 : 0.4), 1.2, Qt::SolidLine, Qt::RoundCap,
         Qt::RoundJoin));

@@ -5,7 +5,7 @@
 #include <vector>
 
 /// A button of the toolbar, flat on the bar with a hair line around it. It shows its action: icon,
-/// tool tip, state and menu. Main thread.
+/// tool tip and state. Main thread.
 class ToolbarButton final : public QToolButton {
 public:
     /// Which end of a row of joined buttons it is.
@@ -15,8 +15,8 @@ public:
     explicit ToolbarButton(QAction* action, QWidget* parent = nullptr);
 
     void setPlace(Place place);
-    /// Pressing it shows the action's menu.
-    void setMenuButton();
+    /// Has an arrow that says that a menu will open.
+    void setHasArrow();
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
@@ -25,11 +25,11 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    [[nodiscard]] bool hasArrow() const;
     [[nodiscard]] QPainterPath outline() const;
     [[nodiscard]] QColor fillColor() const;
 
     Place _place = Place::Only;
+    bool _hasArrow = false;
 };
 
 /// Buttons joined into one: each is a segment, from left to right.

@@ -1,0 +1,16 @@
+#include "shell/WindowAlert.h"
+
+#include "platform/LocalizedTexts.h"
+
+#include <QMessageBox>
+
+void showWindowAlert(QWidget& window, const QString& message, const QString& details) {
+    auto* box = new QMessageBox(
+        QMessageBox::Warning, platform::localizedString(u"Velmora"), message, QMessageBox::Ok,
+        &window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
+    box->setInformativeText(details);
+    box->setWindowModality(Qt::WindowModal);
+    box->open();
+}

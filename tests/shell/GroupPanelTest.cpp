@@ -1,0 +1,223 @@
+#include "shell/GroupPanel.h"
+
+#include "support/Support.h"
+
+#include <QScrollBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace {
+
+/// A tree of camera models with star ratings below, published as a scan does it.
+class GroupPanelTest : public testing::Test {
+protected:
+    GroupPanelTest() {
+        source.setGroupItemArray_work(work);
+        view->resize(220, 200);
+        view->show();
+    }
+    ~GroupPanelTest() override { delete view; }
+
+    void insert(const PBValue& model, int stars) {
+        PBGroupItem& first =
+            PBGroupItem::sortAddGroupItem(*work, nullptr, group::CameraModel, model);
+        PBGroupItem& leaf = PBGroupItem::sortAddGroupItem(
+            first.children(), &first, group::StarRating, PBValue(stars));
+        leaf.sortAddImageFileItem(
+            PBImageFileItem::imageFileItemWithId(++lastId, 1, QStringLiteral("a.jpg"), 1, 1), 0,
+            false);
+    }
+    void insert(const QString& model, int stars) { insert(PBValue(model), stars); }
+    void insertModels(int count) {
+        for (int i = 0; i < count; ++i)
+            insert(QStringLiteral("Model %1").arg(i, 3, 10, QChar(u'0')), 1);
+    }
+    void publish() {
+        source.groupItemArrayDidFinish(group::makeGroupPublication(work));
+        (void)view->visualRect(row(0)); // rows are laid out
+    }
+
+    /// The row of the first level, or one below it.
+    [[nodiscard]] QModelIndex row(int first, int second = -1) const {
+        const QModelIndex index = view->model()->index(first, 0, view->rootIndex());
+        return second < 0 ? index : view->model()->index(second, 0, index);
+    }
+    void click(const QModelIndex& index) {
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(index).center());
+    }
+    [[nodiscard]] QString selected() const {
+        return view->selectionModel()->selectedIndexes().value(0).data().toString();
+    }
+    [[nodiscard]] int scrolledTo() const { return view->verticalScrollBar()->value(); }
+
+    PBGroupTreeDataSource source;
+    std::shared_ptr<PBGroupItemArray> work = std::make_shared<PBGroupItemArray>();
+    std::vector<const PBGroupItemData*> scrolled;
+    GroupPanel panel{
+        source, [](qint64) { return QString(); },
+        [this](const PBGroupItemData& leaf) { scrolled.push_back(&leaf); }};
+    PBGroupOutlineView* view = panel.view();
+    qint64 lastId = 0;
+};
+
+TEST_F(GroupPanelTest, rowsAreTheGroupsBelowAHiddenRoot) {
+    insert(QStringLiteral("Beta"), 5);
+    insert(QStringLiteral("Alpha"), 0);
+    insert(QStringLiteral("Beta"), 5);
+    insert(QStringLiteral("Beta"), 1);
+    insert(PBNull{}, 0);
+    publish();
+    const QAbstractItemModel& model = *view->model();
+    ASSERT_EQ(model.rowCount(), 1);
+    const QModelIndex root = model.index(0, 0);
+    EXPECT_EQ(root.data().toString(), QStringLiteral("GroupItem"));
+    EXPECT_FALSE(root.flags().testFlag(Qt::ItemIsSelectable));
+    EXPECT_EQ(view->rootIndex(), root);
+    EXPECT_EQ(view->visualRect(root).height(), 0);
+
+    ASSERT_EQ(model.rowCount(root), 3);
+    EXPECT_EQ(row(0).data().toString(), QStringLiteral("Alpha"));
+    EXPECT_EQ(row(1).data().toString(), QStringLiteral("Beta"));
+    EXPECT_EQ(row(1).data(GroupTreeModel::CountRole).toInt(), 3);
+    EXPECT_EQ(row(1, 0).data(GroupTreeModel::CountRole).toInt(), 2);
+    EXPECT_EQ(row(1, 0).parent(), row(1));
+    EXPECT_FALSE(model.hasChildren(row(1, 0)));
+    EXPECT_EQ(
+        row(1, 0).data(Qt::AccessibleTextRole).toString(),
+        row(1, 0).data().toString() + QStringLiteral(", 2 photographs"));
+    EXPECT_FALSE(row(1).data(GroupTreeModel::UnspecifiedRole).toBool());
+    EXPECT_TRUE(row(2).data(GroupTreeModel::UnspecifiedRole).toBool());
+    EXPECT_EQ(view->visualRect(row(1)).height(), 20);
+    EXPECT_TRUE(view->isExpanded(row(1))) << "never touched";
+}
+
+TEST_F(GroupPanelTest, whatTheUserOpenedAndClosedOutlivesASwap) {
+    insert(QStringLiteral("Alpha"), 0);
+    insert(QStringLiteral("Beta"), 0);
+    insert(QStringLiteral("Gamma"), 0);
+    publish();
+    view->collapse(row(0));
+    view->collapse(row(1));
+    view->expand(row(1));
+    const auto state = [](int first, const PBGroupItemArray& tree) {
+        return tree[static_cast<std::size_t>(first)]->data()->collapsed();
+    };
+    for (const QString& model : {QStringLiteral("Alpha"), QStringLiteral("Delta")}) {
+        insert(model, 0); // the same groups, then another one
+        publish();
+        EXPECT_FALSE(view->isExpanded(row(0)));
+        EXPECT_TRUE(view->isExpanded(row(1)));
+        EXPECT_TRUE(view->isExpanded(row(2)));
+        EXPECT_EQ(state(0, source.groupItemArray()), PBGroupItemData::CollapsedByUser);
+        EXPECT_EQ(state(1, source.groupItemArray()), PBGroupItemData::ExpandedByUser);
+        EXPECT_EQ(state(2, source.groupItemArray()), PBGroupItemData::NeverTouched);
+    }
+    EXPECT_EQ(row(0).data(GroupTreeModel::CountRole).toInt(), 2);
+}
+
+TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {
+    insert(QStringLiteral("Alpha"), 0);
+    insert(QStringLiteral("Beta"), 5);
+    insert(QStringLiteral("Beta"), 1);
+    publish();
+    const auto leaf = [this](std::size_t first, std::size_t second) {
+        return source.groupItemArray()[first]->children()[second]->data().get();
+    };
+    click(row(1));
+    click(row(1, 1));
+    click(row(1, 1)); // again: the browser may have been moved since
+    const std::vector<const PBGroupItemData*> expected{leaf(1, 0), leaf(1, 1), leaf(1, 1)};
+    EXPECT_EQ(scrolled, expected);
+
+    // Neither the same groups nor others make the browser move, and the row stays selected.
+    for (const QString& model : {QStringLiteral("Alpha"), QStringLiteral("Aaa")}) {
+        insert(model, 0);
+        publish();
+        EXPECT_EQ(selected(), row(model == QStringLiteral("Aaa") ? 2 : 1, 1).data().toString());
+    }
+    EXPECT_EQ(scrolled, expected);
+    source.setIgnoreSelectionChanged(true);
+    click(row(0));
+    source.setIgnoreSelectionChanged(false);
+    EXPECT_EQ(scrolled, expected);
+
+    // A group that goes takes the selection along.
+    work = std::make_shared<PBGroupItemArray>();
+    source.setGroupItemArray_work(work);
+    insert(QStringLiteral("Other"), 0);
+    publish();
+    EXPECT_EQ(selected(), QString());
+}
+
+TEST_F(GroupPanelTest, onlyAPanelThatTheUserScrolledKeepsItsPlace) {
+    insertModels(100);
+    publish();
+    EXPECT_FALSE(source.isOutlineViewScrolled());
+    EXPECT_EQ(scrolledTo(), 0);
+    insert(QStringLiteral("Early"), 0); // a row above all others
+    publish();
+    EXPECT_EQ(scrolledTo(), 0);
+
+    view->verticalScrollBar()->setValue(1005);
+    EXPECT_TRUE(source.isOutlineViewScrolled());
+    const QModelIndex held = view->indexAt(view->viewport()->rect().center());
+    const QString name = held.data().toString();
+    const int top = view->visualRect(held).top();
+    insert(QStringLiteral("Earlier still"), 0);
+    insert(QStringLiteral("Ear"), 0);
+    publish();
+    const QModelIndex now = view->indexAt(view->viewport()->rect().center());
+    EXPECT_EQ(now.data().toString(), name);
+    EXPECT_EQ(view->visualRect(now).top(), top);
+    EXPECT_EQ(scrolledTo(), 1005 + 4 * 20);
+
+    // A scan begins: the tree goes, and the panel is untouched again.
+    source.setGroupItemArray({});
+    panel.clear();
+    EXPECT_FALSE(view->model()->hasChildren(view->rootIndex()));
+    insertModels(100);
+    publish();
+    EXPECT_EQ(scrolledTo(), 0);
+    EXPECT_FALSE(source.isOutlineViewScrolled());
+}
+
+TEST_F(GroupPanelTest, aSelectionOutOfSightDoesNotScrollThePanel) {
+    insertModels(100);
+    publish();
+    click(row(0));
+    view->collapse(row(50));
+    view->verticalScrollBar()->setValue(1000);
+    insert(QStringLiteral("Zulu"), 0);
+    publish();
+    EXPECT_EQ(scrolledTo(), 1000);
+    EXPECT_FALSE(view->isExpanded(row(50)));
+    EXPECT_EQ(selected(), row(0).data().toString());
+}
+
+TEST_F(GroupPanelTest, theKeyboardReachesEveryRow) {
+    insert(QStringLiteral("Alpha"), 2);
+    insert(QStringLiteral("Beta"), 1);
+    insert(QStringLiteral("Gamma"), 1);
+    publish();
+    click(row(0));
+    QTest::keyClick(view, Qt::Key_Left);
+    EXPECT_FALSE(view->isExpanded(row(0)));
+    QTest::keyClick(view, Qt::Key_Left);
+    EXPECT_EQ(selected(), QStringLiteral("Alpha")) << "there is nothing above";
+    QTest::keyClick(view, Qt::Key_Right);
+    EXPECT_TRUE(view->isExpanded(row(0)));
+    QTest::keyClick(view, Qt::Key_Right);
+    EXPECT_EQ(selected(), row(0, 0).data().toString());
+    QTest::keyClick(view, Qt::Key_Left);
+    QTest::keyClicks(view, QStringLiteral("ga"));
+    EXPECT_EQ(selected(), QStringLiteral("Gamma"));
+    QTest::keyClick(view, Qt::Key_Up);
+    QTest::keyClick(view, Qt::Key_Up);
+    EXPECT_EQ(selected(), QStringLiteral("Beta"));
+    EXPECT_FALSE(view->accessibleName().isEmpty());
+}
+
+} // namespace
