@@ -8,6 +8,7 @@
 #include "image/codec/PBImageImporter.h"
 #include "image/codec/process/DecoderPool.h"
 #include "image/codec/process/DecoderProcess.h"
+#include "support/Figure.h"
 #include "support/Ratio.h"
 
 #include <QCoreApplication>
@@ -100,20 +101,12 @@ bool compareProperties(const QString& path, codec::DecoderPool& pool) {
         3.0);
 }
 
-/// KiB in a line of /proc/self/status.
-long statusOf(const char* line) {
-    for (const QByteArray& entry : contents(QStringLiteral("/proc/self/status")).split('\n')) {
-        if (entry.startsWith(line)) return entry.simplified().split(' ').value(1).toLong();
-    }
-    return 0;
-}
-
 /// The life of the process that `measurePeak` starts: prints by how many KiB one thumbnail raised
 /// its peak above what it held before; the pages of the mapped file count.
 int printOwnPeak(const QString& path) {
-    const long idle = statusOf("VmRSS:");
+    const long idle = bench::statusOf("VmRSS:");
     makeThumbnail(path);
-    std::printf("%ld\n", statusOf("VmHWM:") - idle);
+    std::printf("%ld\n", bench::statusOf("VmHWM:") - idle);
     return 0;
 }
 

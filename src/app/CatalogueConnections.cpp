@@ -1,6 +1,7 @@
 #include "app/CatalogueConnections.h"
 
 #include "FMDB/FMDatabase.h"
+#include "app/DamagedCatalogue.h"
 #include "catalogue/PBCatalogue.h"
 #include "platform/StandardError.h"
 
@@ -44,14 +45,6 @@ void tellIfUnusable(FMDatabase& connection) {
             .arg(connection.databasePath(), connection.lastErrorMessage()));
 }
 
-/// Moves the file away, with what SQLite keeps beside it; replaces what was moved away before.
-bool moveAside(const QString& path, const QString& aside) {
-    for (const char* beside : {"-wal", "-shm", "-journal"})
-        QFile::remove(path + QLatin1StringView(beside));
-    QFile::remove(aside);
-    return QFile::rename(path, aside);
-}
-
 /// Thumbnails can all be made again: a damaged file of them makes room for a new one.
 std::unique_ptr<FMDatabase> openThumbnails() {
     auto connection = openFile(thumbnailName);
@@ -59,12 +52,13 @@ std::unique_ptr<FMDatabase> openThumbnails() {
     if (!isUsable(*connection) && connection->isFileDamaged()) {
         const QString path = connection->databasePath();
         const QString reason = connection->lastErrorMessage();
-        const QString aside = path + QStringLiteral(".damaged");
         connection->close();
-        const bool isMoved = moveAside(path, aside);
+        // One is enough to find out what happened.
+        QFile::remove(path + QStringLiteral(".damaged"));
+        const QString aside = DamagedCatalogue::moveAside(path);
         connection = openFile(thumbnailName);
         PBCatalogue(*connection).checkTables_Thumbnail();
-        if (isMoved && isUsable(*connection)) {
+        if (!aside.isEmpty() && isUsable(*connection)) {
             platform::complain(
                 QStringLiteral("the thumbnails in %1 can't be read (%2); the file is now %3, and "
                                "thumbnails are made again")

@@ -60,6 +60,9 @@ struct Options {
         QStringLiteral("At exit write counts and timings as JSON to FILE (\"-\": standard "
                        "output)."),
         QStringLiteral("FILE")};
+    QCommandLineOption state{
+        QStringLiteral("state"),
+        QStringLiteral("Print what the program that runs already shows, as JSON, and end.")};
     QCommandLineOption theme{
         QStringLiteral("theme"),
         QStringLiteral("Use the \"light\" or \"dark\" colours instead of the desktop's choice."),
@@ -74,7 +77,7 @@ std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QString
     parser.setApplicationDescription(QStringLiteral("Velmora, a photo browser and organiser."));
     parser.addOptions(
         {known.help, known.version, known.profile, known.add, known.untilIdle, known.screenshot,
-         known.size, known.stats, known.theme});
+         known.size, known.state, known.stats, known.theme});
     parser.addPositionalArgument(
         QStringLiteral("path"), QStringLiteral("Files and folders to open."),
         QStringLiteral("[path…]"));
@@ -91,6 +94,7 @@ std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QString
     options.untilIdle = parser.isSet(known.untilIdle);
     options.screenshot = parser.value(known.screenshot);
     options.stats = parser.value(known.stats);
+    options.state = parser.isSet(known.state);
     if (parser.isSet(known.profile)) {
         options.profile = absolute({parser.value(known.profile)}).constFirst();
         if (parser.value(known.profile).isEmpty()) {

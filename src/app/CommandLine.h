@@ -16,6 +16,7 @@ struct CommandLineOptions {
     QString screenshot;       ///< PNG to write before quitting
     QSize size;               ///< of the window; invalid when not given
     QString stats;            ///< file for the figures at exit, "-" for standard output
+    bool state = false;       ///< print what the running program shows
     std::optional<bool> dark; ///< the theme, when it is not the desktop's
 };
 

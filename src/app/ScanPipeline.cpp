@@ -4,6 +4,7 @@
 #include "platform/OperationQueue.h"
 
 #include <QDateTime>
+#include <QTimer>
 
 #include <thread>
 
@@ -19,11 +20,11 @@ int idleCores() {
 
 ScanPipeline::ScanPipeline(Environment environment)
     : _environment(std::move(environment)), _places(_environment.geoManager),
-      _decodeAhead(idleCores()), _buildThumb(new BuildThumbServices{
-                                     .db = _environment.buildThumbDb,
-                                     .queue = _environment.buildQueue,
-                                     .ahead = &_decodeAhead,
-                                     .didBuild = _notifier.poster()}) {
+      _decodeAhead(idleCores()), _readAhead(idleCores()), _buildThumb(new BuildThumbServices{
+                                                              .db = _environment.buildThumbDb,
+                                                              .queue = _environment.buildQueue,
+                                                              .ahead = &_decodeAhead,
+                                                              .didBuild = _notifier.poster()}) {
     _environment.buildQueue.setIdleHandler(
         [this] { _figures.thumbnailsDone = _figures.sinceBegin(); });
     _factory = std::make_unique<ScanFactory>(ScanFactory::Environment{
@@ -41,11 +42,30 @@ std::shared_ptr<const ScanServices> ScanPipeline::makeServices() {
         .imageImporters = _importers,
         .buildThumb = _buildThumb,
         .places = &_places,
-        .publish = _dataSource.publisher(),
+        .publish =
+            [this, publish = _dataSource.publisher()](
+                std::shared_ptr<group::GroupPublication> publication) {
+                publish(std::move(publication));
+                noteShown();
+            },
         .scanFinished = [this] { postScanFinished(); },
+        .readAhead = &_readAhead,
         .isBeingWritten = _environment.isBeingWritten,
         .now = [] { return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) * 1e-3; },
         .figures = _figures,
+    });
+}
+
+void ScanPipeline::noteShown() {
+    MainLoop* loop = MainLoop::instance();
+    if (!loop) return;
+    // Behind the publication, and then behind the painting that it asks for.
+    loop->post(MainLoop::Mode::Default, [this, alive = std::weak_ptr(_alive)] {
+        if (alive.expired()) return;
+        QTimer::singleShot(0, &_notifier, [this] {
+            _figures.mark(_figures.firstShown);
+            _figures.lastShown = _figures.sinceBegin();
+        });
     });
 }
 

@@ -52,6 +52,8 @@ public:
 
 private:
     [[nodiscard]] std::shared_ptr<const ScanServices> makeServices();
+    /// After each publication: notes when it can be seen. Scan thread.
+    void noteShown();
     void postScanFinished();
 
     const Environment _environment;
@@ -63,6 +65,7 @@ private:
     PBGroupTreeDataSource _dataSource;
     BuildThumbNotifier _notifier;
     DecodeAhead _decodeAhead;
+    ReadAhead _readAhead;
     const std::shared_ptr<BuildThumbServices> _buildThumb;
     std::unique_ptr<ScanFactory> _factory;
 

@@ -23,4 +23,8 @@ void addScanStatistics(Statistics& statistics, const ScanPipeline& pipeline) {
     time("catalogue_pass_ms", scan.cataloguePass);
     time("scan_finished_ms", scan.scanFinished);
     time("thumbnails_done_ms", scan.thumbnailsDone);
+    time("first_shown_ms", scan.firstShown);
+    time("last_shown_ms", scan.lastShown);
+    statistics.set(
+        QStringLiteral("scan_begin_ms"), Statistics::sinceProcessStart() - scan.sinceBegin());
 }

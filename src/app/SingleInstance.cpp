@@ -38,6 +38,7 @@ QByteArray encode(const SingleInstance::Request& request) {
     QCborMap map;
     map.insert(QStringLiteral("paths"), QCborArray::fromStringList(request.paths));
     map.insert(QStringLiteral("add"), QCborArray::fromStringList(request.add));
+    map.insert(QStringLiteral("state"), request.wantsState);
     return QCborValue(map).toCbor();
 }
 
@@ -55,7 +56,8 @@ std::optional<SingleInstance::Request> decode(const QByteArray& bytes) {
     const QCborValue value = QCborValue::fromCbor(bytes, &error);
     if (error.error != QCborError::NoError || !value.isMap()) return std::nullopt;
     return SingleInstance::Request{
-        stringsOf(value[QStringLiteral("paths")]), stringsOf(value[QStringLiteral("add")])};
+        stringsOf(value[QStringLiteral("paths")]), stringsOf(value[QStringLiteral("add")]),
+        value[QStringLiteral("state")].toBool()};
 }
 
 } // namespace
@@ -94,6 +96,33 @@ bool SingleInstance::handOver(const QString& socketName, const Request& request)
     return socket.readAll() == accepted;
 }
 
+std::optional<QByteArray> SingleInstance::stateOf(const QString& folder) {
+    QLocalSocket socket;
+    socket.connectToServer(socketOf(folder));
+    if (!socket.waitForConnected(longestWait)) return std::nullopt;
+    socket.write(encode({.paths = {}, .add = {}, .wantsState = true}));
+    // The answer ends with the connection.
+    while (socket.state() == QLocalSocket::ConnectedState) {
+        if (!socket.waitForReadyRead(longestWait) &&
+            socket.state() == QLocalSocket::ConnectedState) {
+            return std::nullopt;
+        }
+    }
+    const QByteArray state = socket.readAll();
+    return state.isEmpty() ? std::nullopt : std::optional(state);
+}
+
+void SingleInstance::answer(QLocalSocket& socket, const Request& request) {
+    if (request.wantsState) {
+        if (_stateSource) socket.write(_stateSource());
+        socket.disconnectFromServer();
+        return;
+    }
+    socket.write(accepted);
+    socket.flush();
+    Q_EMIT requested(request);
+}
+
 void SingleInstance::listen(const QString& socket) {
     // Whoever left a socket behind is gone: this process has the lock.
     QLocalServer::removeServer(socket);
@@ -115,9 +144,7 @@ void SingleInstance::accept() {
             const auto request = decode(bytes);
             if (request) {
                 socket->readAll();
-                socket->write(accepted);
-                socket->flush();
-                Q_EMIT requested(*request);
+                answer(*socket, *request);
             } else if (bytes.size() >= largestRequest) {
                 socket->abort();
             }

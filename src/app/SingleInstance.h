@@ -6,8 +6,10 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QLocalServer;
+class QLocalSocket;
 
 /// Sees to it that one catalogue is opened by one process. The first to come holds a lock of the
 /// kernel's on a file in the catalogue's folder, which goes with the process however it ends, and
@@ -26,6 +28,7 @@ public:
     struct Request {
         QStringList paths;
         QStringList add;
+        bool wantsState = false; ///< asks what the first shows; everything else is ignored
     };
 
     explicit SingleInstance(QObject* parent = nullptr);
@@ -35,6 +38,14 @@ public:
     /// seconds at most. A folder in which no lock can be made counts as taken by this process.
     [[nodiscard]] Outcome take(const QString& folder, const Request& request);
 
+    /// What answers those who ask for the state.
+    void setStateSource(std::function<QByteArray()> stateSource) {
+        _stateSource = std::move(stateSource);
+    }
+    /// Asks the program that has the folder what it shows; nothing if none has, or none answers
+    /// within five seconds. Any thread.
+    [[nodiscard]] static std::optional<QByteArray> stateOf(const QString& folder);
+
 Q_SIGNALS:
     void requested(const SingleInstance::Request& request);
 
@@ -43,7 +54,9 @@ private:
     [[nodiscard]] static bool handOver(const QString& socket, const Request& request);
     void listen(const QString& socket);
     void accept();
+    void answer(QLocalSocket& socket, const Request& request);
 
     int _lock = -1;
     std::unique_ptr<QLocalServer> _server;
+    std::function<QByteArray()> _stateSource;
 };

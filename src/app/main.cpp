@@ -1,7 +1,9 @@
 #include "app/ApplicationController.h"
 #include "app/CommandLine.h"
+#include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
 #include "app/OpenedPaths.h"
+#include "app/ProgramState.h"
 #include "app/ScanStatistics.h"
 #include "app/SingleInstance.h"
 #include "app/Statistics.h"
@@ -67,6 +69,17 @@ int leave(const CommandLineExit& exit) {
     return exit.code;
 }
 
+int printState() {
+    const auto state = SingleInstance::stateOf(platform::Places::dataFolder());
+    if (!state) {
+        platform::complain(QStringLiteral("no Velmora that answers has the catalogue in %1 open")
+                               .arg(platform::Places::dataFolder()));
+        return failure;
+    }
+    std::fwrite(state->constData(), 1, static_cast<std::size_t>(state->size()), stdout);
+    return 0;
+}
+
 bool saveScreenshot(QWidget& window, const QString& file) {
     if (window.grab().save(file, "PNG")) return true;
     platform::complain(QStringLiteral("the picture %1 can't be written").arg(file));
@@ -106,6 +119,11 @@ int runApplication(
             [](PBThemes::Scheme scheme) { PBThemes::apply(scheme); });
     }
 
+    // Nobody is there to answer a run that ends by itself.
+    const QString catalogue = platform::Places::dataFolder() + QStringLiteral("/files.db");
+    if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
+        return failure;
+
     ApplicationController controller;
     controller.awakeFromNib();
     QMainWindow& window = controller.mainWindowController().window();
@@ -122,6 +140,8 @@ int runApplication(
             controller.applicationOpenFiles(request.paths);
         });
 
+    instance.setStateSource([&] { return programState(controller); });
+
     int code = controller.addFolders(options.add) ? 0 : failure;
     if (paths.size() < options.paths.size()) code = failure;
     controller.applicationOpenFiles(paths);
@@ -135,6 +155,7 @@ int runApplication(
     if (options.untilIdle) idle.start();
 
     const int loopCode = QCoreApplication::exec();
+    instance.setStateSource({});
     addScanStatistics(statistics, controller.scanPipeline());
     controller.applicationWillTerminate();
     if (!options.stats.isEmpty() && !statistics.write(options.stats)) {
@@ -161,6 +182,9 @@ int main(int argc, char** argv) {
     }();
     if (const auto* exit = std::get_if<CommandLineExit>(&parsed)) return leave(*exit);
     const auto& options = std::get<CommandLineOptions>(parsed);
+    provideRuntimeFolder();
+    platform::Places::setProfile(options.profile);
+    if (options.state) return printState();
     if (!hasDisplay(arguments)) {
         platform::complain(
             QStringLiteral("there is no display; for a picture of the window without one, run: "
@@ -168,7 +192,6 @@ int main(int argc, char** argv) {
         return failure;
     }
 
-    provideRuntimeFolder();
     TerminationSignals::block();
     const QApplication application(argc, argv);
     QGuiApplication::setWindowIcon(applicationIcon());
@@ -176,7 +199,6 @@ int main(int argc, char** argv) {
     QObject::connect(
         &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
     platform::MainLoop loop;
-    platform::Places::setProfile(options.profile);
 
     const QStringList paths = openablePaths(options.paths, platform::complain);
     SingleInstance instance;

@@ -55,7 +55,7 @@ void BrowserInput::mouseDown(const QPointF& point, BrowserModifiers modifiers) {
     }
     if (hasChanged) _host.selectDidChange();
     if (isRename) {
-        _host.beginRename(hit.index, hit.partRect);
+        _host.beginRename(hit.index);
         _downImageFileItem.reset();
         return;
     }
@@ -165,7 +165,9 @@ bool BrowserInput::applyBand(const QRectF& band) {
     // Only where the band is, or was, can anything have changed.
     for (const BrowserRange& each : {_bandRange, range}) {
         if (!each.isComplete()) continue;
-        for (std::int64_t group = each.begin.group; group <= each.end.group; ++group) {
+        // There may be fewer leaves by now than there were.
+        const std::int64_t last = std::min(each.end.group, _leaves.leafCount() - 1);
+        for (std::int64_t group = each.begin.group; group <= last; ++group) {
             if (_layout.isCollapsed(group)) continue;
             const auto items = _layout.itemsInRange(group, each.begin, each.end);
             if (items) apply(group, items->first, items->last);

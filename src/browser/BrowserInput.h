@@ -43,10 +43,12 @@ public:
     /// A position to keep is taken, if none is held.
     virtual void captureScrollIfNone() = 0;
     virtual void scrollIndexToVisible(const PBImageBrowserIndex& index) = 0;
+    /// To the very start of the sheet, or its end.
+    virtual void scrollToEnd(bool isStart) = 0;
     virtual void enterToLargeView(const PBImageBrowserIndex& index) = 0;
     /// The selected images leave by a drag; `index` is the one under the mouse.
     virtual void beginDragOut(const PBImageBrowserIndex& index) = 0;
-    virtual void beginRename(const PBImageBrowserIndex& index, const QRectF& nameRect) = 0;
+    virtual void beginRename(const PBImageBrowserIndex& index) = 0;
     /// The rubber band, on the sheet; null hides it.
     virtual void showBand(const QRectF& band) = 0;
     /// Points a sixtieth of a second to scroll by while the mouse stays where it is; 0 stops.

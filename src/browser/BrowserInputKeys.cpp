@@ -25,7 +25,11 @@ bool BrowserInput::keyDown(BrowserKey key, BrowserModifiers modifiers) {
         _shiftFileItem = item;
         selectOnly(item);
     }
-    _host.scrollIndexToVisible(target);
+    if (key == BrowserKey::Home || key == BrowserKey::End) {
+        _host.scrollToEnd(key == BrowserKey::Home);
+    } else {
+        _host.scrollIndexToVisible(target);
+    }
     _host.selectDidChange();
     return true;
 }

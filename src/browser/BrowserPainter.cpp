@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -15,6 +16,9 @@ constexpr double shadowOffset = 2;
 constexpr double placeholderCorner = 8;
 /// Three pages of pictures at full size, 4 bytes a pixel; half of a page is covered by them.
 constexpr qint64 bytesPerWidgetPixel = 3 * 4 / 2;
+
+/// A page of the smallest cells, with three lines each, and half as much again.
+constexpr double linesPerPoint = 1.5 * 3 / (80 * 120);
 
 QFont fileInfoFont() {
     QFont font = QApplication::font();
@@ -58,8 +62,10 @@ BrowserPainter::BrowserPainter(
     : _layout(layout), _leaves(leaves), _feed(feed), _heads(std::move(tagWithTagId)),
       _fileInfo(fileInfoFont()) {}
 
-void BrowserPainter::setWidgetPixels(qint64 pixels) {
-    _prepared.setCapacity(pixels * bytesPerWidgetPixel);
+void BrowserPainter::setWidgetSize(QSize size, double ratio) {
+    const double points = static_cast<double>(size.width()) * size.height();
+    _prepared.setCapacity(static_cast<qsizetype>(points * ratio * ratio) * bytesPerWidgetPixel);
+    _fileInfo.setCapacity(std::max<qsizetype>(500, static_cast<qsizetype>(points * linesPerPoint)));
 }
 
 double BrowserPainter::fileNameWidth(const PBImageBrowserIndex& index) const {
@@ -87,12 +93,19 @@ QRectF BrowserPainter::draw(QPainter& painter, const Frame& frame) {
         static_cast<int>(std::lround(shadowRadius * frame.pixelRatio)),
         static_cast<int>(std::lround(shadowOffset * frame.pixelRatio)),
         PBThemes::imageBrowserShadowColor());
-    painter.fillRect(
-        frame.dirty.translated(-frame.visible.topLeft()), PBThemes::imageBrowserBackgroundColor());
-    _feed.beginPaint(frame.budget);
-    drawCells(painter, frame);
-    _feed.endPaint(frame.visible);
-    for (const BrowserHead& head : _layout.visibleHeads(frame.visible)) {
+    const std::vector<BrowserHead> heads = _layout.visibleHeads(frame.visible);
+    // Under the sticky head, which is drawn at every step of a motion, nothing can be seen.
+    const bool isCovered = std::ranges::any_of(
+        heads, [&](const BrowserHead& head) { return head.rect.contains(frame.dirty); });
+    if (!isCovered) {
+        painter.fillRect(
+            frame.dirty.translated(-frame.visible.topLeft()),
+            PBThemes::imageBrowserBackgroundColor());
+        _feed.beginPaint(frame.budget);
+        drawCells(painter, frame);
+        _feed.endPaint(frame.visible);
+    }
+    for (const BrowserHead& head : heads) {
         if (!head.rect.intersects(frame.dirty)) continue;
         _heads.draw(
             painter, head.rect.translated(-frame.visible.topLeft()), _leaves.leaf(head.group),

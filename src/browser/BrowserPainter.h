@@ -33,8 +33,8 @@ public:
     [[nodiscard]] QRectF cellExtent(const QRectF& cellRect) const;
     [[nodiscard]] GroupHeadPainter& heads() { return _heads; }
     [[nodiscard]] const GroupHeadPainter& heads() const { return _heads; }
-    /// Room for pictures of a widget of so many device pixels.
-    void setWidgetPixels(qint64 pixels);
+    /// Room for the pictures and texts of a widget of that size in points.
+    void setWidgetSize(QSize size, double ratio);
 
     [[nodiscard]] double fileNameWidth(const PBImageBrowserIndex& index) const override;
     [[nodiscard]] double fileSizeWidth(const PBImageBrowserIndex& index) const override;

@@ -152,6 +152,7 @@ void PBImageBrowserView::layoutSheet() {
     const double after = _scrollView.pbScrollPoint().y();
     if (after != before) _scrollView.updateScrollAmtByOffset(after - before);
     noteVisible();
+    placeNameField();
     _feed.preloadThumbnailWithPosition(visibleRect(), _scrollDirection ? 1 : -1);
     adjustBuildThumb();
     const std::int64_t page = pageItemCount();
@@ -166,9 +167,7 @@ void PBImageBrowserView::noteVisible() {
 
 void PBImageBrowserView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    const double ratio = devicePixelRatioF();
-    _painter.setWidgetPixels(
-        static_cast<qint64>(width() * ratio) * static_cast<qint64>(height() * ratio));
+    _painter.setWidgetSize(size(), devicePixelRatioF());
     layoutSheet();
 }
 
@@ -192,9 +191,7 @@ void PBImageBrowserView::scrollPixels(double distance) {
     const bool isBetweenPixels = ratio != std::floor(ratio);
     const bool isCovered = _selectView->isVisible() || _editFileNameTextField;
     if (std::abs(distance) >= height() - head || isBetweenPixels || isCovered) {
-        if (_editFileNameTextField)
-            _editFileNameTextField->move(
-                _editFileNameTextField->pos() - QPoint(0, static_cast<int>(distance)));
+        placeNameField();
         update();
         return;
     }
@@ -267,6 +264,12 @@ void PBImageBrowserView::scrollIndexToVisible(const PBImageBrowserIndex& index) 
     const double distance = _layout.scrollDistanceToShow(index, visibleRect());
     if (distance == 0) return;
     _scrollView.scrollToPosition(visibleRect().top() + distance, _layout.shouldAnimate(distance));
+}
+
+void PBImageBrowserView::scrollToEnd(bool isStart) {
+    const double position = isStart ? 0 : _scrollView.maxScrollPoint().y();
+    const double distance = position - visibleRect().top();
+    if (distance != 0) _scrollView.scrollToPosition(position, _layout.shouldAnimate(distance));
 }
 
 void PBImageBrowserView::scrollToGroup(std::int64_t group) {

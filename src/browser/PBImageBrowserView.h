@@ -131,9 +131,10 @@ private:
     [[nodiscard]] QRectF visibleRect() const override;
     [[nodiscard]] const BrowserTextWidths& textWidths() const override { return _painter; }
     void captureScrollIfNone() override;
+    void scrollToEnd(bool isStart) override;
     void enterToLargeView(const PBImageBrowserIndex& index) override;
     void beginDragOut(const PBImageBrowserIndex& index) override;
-    void beginRename(const PBImageBrowserIndex& index, const QRectF& nameRect) override;
+    void beginRename(const PBImageBrowserIndex& index) override;
     void showBand(const QRectF& band) override;
     void setSelectTimerScrollStep(int step) override;
     void setDragging(bool isDragging) override;
@@ -150,6 +151,7 @@ private:
     void updateDocument();
     void restoreCapture();
     void noteVisible();
+    void placeNameField();
     void pressAt(QMouseEvent* event, int clickCount);
     [[nodiscard]] std::int64_t headAt(const QPointF& sheetPoint);
     [[nodiscard]] QPointF toSheet(const QPointF& point) const;

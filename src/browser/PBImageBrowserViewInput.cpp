@@ -109,7 +109,10 @@ void PBImageBrowserView::pressAt(QMouseEvent* event, int clickCount) {
     const QPointF point = toSheet(event->position());
     const std::int64_t head = headAt(point);
     if (head >= 0) return scrollToGroup(head);
+    const auto clickedBefore = _input.downImageFileItem();
     _input.mouseDown(point, modifiersOf(event->modifiers()));
+    // Another image may have come under the mouse since the first of two clicks.
+    if (_input.downImageFileItem() != clickedBefore) _clickCount = 1;
 }
 
 void PBImageBrowserView::mouseMoveEvent(QMouseEvent* event) {
@@ -154,6 +157,10 @@ void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
     }
     if (event->key() == Qt::Key_F2 && !modifiers.hasCommandOrOther())
         return renameIndex(currentIndex());
+    if (event->matches(QKeySequence::SelectAll)) {
+        if (_selection.selectAll(true, false)) selectDidChange();
+        return;
+    }
     const QString text = event->text();
     if (modifiers.hasCommandOrOther() || text.isEmpty() || !text.at(0).isPrint())
         return QWidget::keyPressEvent(event);
@@ -249,21 +256,32 @@ void PBImageBrowserView::beginDragOut(const PBImageBrowserIndex& index) {
 void PBImageBrowserView::renameIndex(const PBImageBrowserIndex& index) {
     if (!_leaves.imageFileAtIndex(index)) return;
     scrollIndexToVisible(index);
-    beginRename(index, _layout.fileNameRectWithCellRect(_layout.cellRectAtIndex(index)));
+    beginRename(index);
     _input.clearDownImageFileItem();
 }
 
-void PBImageBrowserView::beginRename(const PBImageBrowserIndex& index, const QRectF& nameRect) {
+/// Puts the field over the name of its image, wherever that is by now.
+void PBImageBrowserView::placeNameField() {
+    if (!_editFileNameTextField || !_editingNameFileItem) return;
+    const PBImageBrowserIndex index = _leaves.indexForImageFile(_editingNameFileItem);
+    if (!index.isValid()) {
+        // The image has gone: there is nothing to be named any more.
+        return _editFileNameTextField->cancel();
+    }
+    const QRectF cell = _layout.cellRectAtIndex(index);
+    const QRectF name = _layout.fileNameRectWithCellRect(cell);
+    const QRectF frame(
+        cell.x(), name.y() - nameFieldMargin, cell.width(), name.height() + 2 * nameFieldMargin);
+    _editFileNameTextField->setGeometry(frame.translated(-visibleRect().topLeft()).toAlignedRect());
+}
+
+void PBImageBrowserView::beginRename(const PBImageBrowserIndex& index) {
     const auto item = _leaves.imageFileAtIndex(index);
     if (!item) return;
-    const QRectF cell = _layout.cellRectAtIndex(index);
-    const QRectF frame(
-        cell.x(), nameRect.y() - nameFieldMargin, cell.width(),
-        nameRect.height() + 2 * nameFieldMargin);
     delete _editFileNameTextField.data();
     _editingNameFileItem = item;
     _editFileNameTextField = new PBModalTextField(renameTag, item->fileName(), this);
-    _editFileNameTextField->setGeometry(frame.translated(-visibleRect().topLeft()).toAlignedRect());
+    placeNameField();
     connect(_editFileNameTextField, &PBModalTextField::ended, this, [this] {
         _editingNameFileItem.reset();
         setFocus();

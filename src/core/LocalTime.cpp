@@ -37,9 +37,28 @@ private:
     static constexpr std::time_t lifetime = 60;       // seconds
 
     static int findOffset(QDate day) {
+        if (const auto offset = steadyOffset(day)) return *offset;
         const int offset = QDateTime(day, QTime(0, 0)).offsetFromUtc();
         const int later = QDateTime(day.addDays(1), QTime(0, 0)).offsetFromUtc();
         return offset == later ? offset : changes;
+    }
+
+    /// Most days are far from any change: then what the rules in memory say just before and just
+    /// after the day, wherever on the Earth, is enough. The files are asked for the others.
+    static std::optional<int> steadyOffset(QDate day) {
+        if (day.year() <= 1970 || day.year() >= 2037) return std::nullopt;
+        constexpr qint64 hour = 3600;
+        const qint64 midnight = (day.toJulianDay() - epochDay) * secondsPerDay;
+        std::optional<int> common;
+        for (const qint64 hours : {-14, 11, 36}) {
+            const std::time_t instant = midnight + hours * hour;
+            std::tm local{};
+            if (!::localtime_r(&instant, &local)) return std::nullopt;
+            const int offset = static_cast<int>(local.tm_gmtoff);
+            if (common.value_or(offset) != offset) return std::nullopt;
+            common = offset;
+        }
+        return common;
     }
 
     void dropWhenStale() {
@@ -48,6 +67,7 @@ private:
         clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
         if (now.tv_sec < _end && (zone ? _zone == zone : _zone.isNull())) return;
         _offsets.clear();
+        ::tzset();
         _zone = QByteArray(zone);
         _end = now.tv_sec + lifetime;
     }

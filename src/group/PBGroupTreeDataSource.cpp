@@ -1,5 +1,6 @@
 #include "group/PBGroupTreeDataSource.h"
 
+#include "group/PublicationMailbox.h"
 #include "platform/MainLoop.h"
 
 #include <QScopedValueRollback>
@@ -101,11 +102,14 @@ void PBGroupTreeDataSource::cancelDelayedPublications() {
 }
 
 group::GroupPublisher PBGroupTreeDataSource::publisher() {
-    return [self = std::weak_ptr(_self)](std::shared_ptr<GroupPublication> publication) {
+    return [self = std::weak_ptr(_self), mailbox = std::make_shared<group::PublicationMailbox>()](
+               std::shared_ptr<GroupPublication> publication) {
         MainLoop* loop = MainLoop::instance();
-        if (!loop) return;
-        loop->post(MainLoop::Mode::Default, [self, publication = std::move(publication)] {
-            if (const auto source = self.lock()) (*source)->groupItemArrayDidFinish(publication);
+        if (!loop || !mailbox->put(std::move(publication))) return;
+        loop->post(MainLoop::Mode::Default, [self, mailbox] {
+            const auto next = mailbox->take();
+            if (const auto source = self.lock(); source && next)
+                (*source)->groupItemArrayDidFinish(next);
         });
     };
 }

@@ -34,9 +34,18 @@ bool FileImporters::isImageType(const QString& uti) const {
 }
 
 std::unique_ptr<ImageImporter> FileImporters::imageImporterForImageURL(const QString& path) {
-    const QString type = PBUtilities::extentionToUTI(PBUtilities::pathExtension(path));
-    const PBImageImporterClass* importerClass = _manager.imageImporterClassForImageUTI(type);
+    const PBImageImporterClass* importerClass = classForExtension(PBUtilities::pathExtension(path));
     return importerClass ? std::make_unique<FileImporter>(*importerClass, path) : nullptr;
+}
+
+const PBImageImporterClass* FileImporters::classForExtension(QStringView extension) {
+    const std::lock_guard lock(_mutex);
+    // Names of one folder end alike.
+    if (_last && _last->extension == extension) return _last->importerClass;
+    _last = {
+        extension.toString(),
+        _manager.imageImporterClassForImageUTI(PBUtilities::extentionToUTI(extension))};
+    return _last->importerClass;
 }
 
 } // namespace image

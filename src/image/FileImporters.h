@@ -3,6 +3,9 @@
 #include "image/ImageImporters.h"
 #include "image/codec/PBImageImporterManager.h"
 
+#include <mutex>
+#include <optional>
+
 namespace image {
 
 /// The importers of files on disk. Each opens its file anew when it is asked something, since scans
@@ -17,7 +20,15 @@ public:
     imageImporterForImageURL(const QString& path) override;
 
 private:
+    struct Answer {
+        QString extension;
+        const PBImageImporterClass* importerClass; // nullptr: no image
+    };
+    [[nodiscard]] const PBImageImporterClass* classForExtension(QStringView extension);
+
     PBImageImporterManager& _manager;
+    std::mutex _mutex; // guards the last answer
+    std::optional<Answer> _last;
 };
 
 } // namespace image

@@ -10,6 +10,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace platform::FileManager {
 
@@ -49,14 +50,11 @@ std::error_code lastError() {
     return {errno, std::generic_category()};
 }
 
-} // namespace
-
-std::optional<ResourceValues> resourceValues(const QString& path) {
+std::optional<ResourceValues> valuesAt(int folder, const QString& path) {
     struct statx status {};
     const QByteArray bytes = QFile::encodeName(path);
-    if (::statx(AT_FDCWD, bytes.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+    if (::statx(folder, bytes.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0)
         return std::nullopt;
-    }
     ResourceValues values;
     values.isDirectory = S_ISDIR(status.stx_mode);
     values.isRegularFile = S_ISREG(status.stx_mode);
@@ -65,6 +63,28 @@ std::optional<ResourceValues> resourceValues(const QString& path) {
     values.creationDate = (status.stx_mask & STATX_BTIME) != 0 ? secondsOf(status.stx_btime)
                                                                : values.modificationDate;
     return values;
+}
+
+} // namespace
+
+std::optional<ResourceValues> resourceValues(const QString& path) {
+    return valuesAt(AT_FDCWD, path);
+}
+
+bool isReadable(const QString& path) {
+    return ::faccessat(AT_FDCWD, QFile::encodeName(path).constData(), R_OK, AT_EACCESS) == 0;
+}
+
+OpenFolder::OpenFolder(const QString& path)
+    : _descriptor(::open(QFile::encodeName(path).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {}
+
+OpenFolder::~OpenFolder() {
+    if (_descriptor >= 0) ::close(_descriptor);
+}
+
+std::optional<ResourceValues> OpenFolder::resourceValues(const QString& name) const {
+    if (_descriptor < 0) return std::nullopt;
+    return valuesAt(_descriptor, name);
 }
 
 std::error_code

@@ -33,6 +33,26 @@ struct DirectoryEntry {
 namespace FileManager {
 
 [[nodiscard]] std::optional<ResourceValues> resourceValues(const QString& path);
+/// Whether this process may read the file.
+[[nodiscard]] bool isReadable(const QString& path);
+
+/// A folder kept open, for asking about many of its entries without walking its path each time. It
+/// stays the same folder when it is renamed meanwhile.
+class OpenFolder {
+public:
+    explicit OpenFolder(const QString& path);
+    ~OpenFolder();
+    OpenFolder(const OpenFolder&) = delete;
+    OpenFolder& operator=(const OpenFolder&) = delete;
+
+    /// False when there is no such folder, or it can't be entered.
+    [[nodiscard]] bool isOpen() const { return _descriptor >= 0; }
+    /// As of the path of folder and name.
+    [[nodiscard]] std::optional<ResourceValues> resourceValues(const QString& name) const;
+
+private:
+    const int _descriptor;
+};
 
 /// Calls the visitor with each entry of the folder itself (not of those below), in the order in
 /// which the disk gives them, without hidden entries and without names that are not valid in the

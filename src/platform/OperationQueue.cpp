@@ -46,11 +46,17 @@ OperationQueue::~OperationQueue() {
 }
 
 void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
+    addOperations({&operation, 1});
+}
+
+void OperationQueue::addOperations(std::span<const std::shared_ptr<Operation>> operations) {
     const std::lock_guard lock(_mutex);
-    operation->_sequence = _nextSequence++;
-    _waiting[slotOf(*operation)].push_back(std::move(operation));
-    startWorkerIfNeeded();
-    _wake.notify_one();
+    for (const auto& operation : operations) {
+        operation->_sequence = _nextSequence++;
+        _waiting[slotOf(*operation)].push_back(operation);
+        startWorkerIfNeeded();
+        if (_idleWorkers > 0) _wake.notify_one();
+    }
 }
 
 void OperationQueue::addOperation(std::function<void()> work) {

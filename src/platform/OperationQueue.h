@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <thread>
 #include <vector>
 
@@ -31,6 +32,8 @@ public:
 
     /// An operation may be added once, to one queue.
     void addOperation(std::shared_ptr<Operation> operation);
+    /// Many at once, which then stand in line one behind the other.
+    void addOperations(std::span<const std::shared_ptr<Operation>> operations);
     /// A piece of work that nobody needs to cancel on its own.
     void addOperation(std::function<void()> work);
 

@@ -1,9 +1,7 @@
 #include "scan/CatalogueFolderScan.h"
 
 #include "FMDB/FMDatabase.h"
-#include "platform/FileManager.h"
 #include "scan/ScanServices.h"
-#include "scan/ScanSteps.h"
 
 namespace {
 
@@ -17,7 +15,8 @@ CatalogueFolderScan::CatalogueFolderScan(
     : _dictionary(std::move(dictionary)), _operation(operation),
       _step(
           _dictionary->groupingParameters(), *_dictionary->Database, _dictionary->services->places),
-      _rhythm(_dictionary->PushImageFileItemTime, _dictionary->PushImageFileItemCount) {}
+      _rhythm(_dictionary->PushImageFileItemTime, _dictionary->PushImageFileItemCount),
+      _thumbnails(*_dictionary) {}
 
 bool CatalogueFolderScan::checkFolder(qint64 folderId, const QString& folderPath) {
     ++_dictionary->services->figures.folders;
@@ -47,6 +46,7 @@ void CatalogueFolderScan::scanRows(
     bool publishAtOnce) {
     int sinceDrain = 0;
     _step.willInsert(rows);
+    const platform::FileManager::OpenFolder folder(folderPath);
     for (const group::ImageFileRow& row : rows) {
         if (_operation.isCancelled()) return;
         if (sinceDrain < rowsBetweenDrains) {
@@ -55,36 +55,39 @@ void CatalogueFolderScan::scanRows(
             drain();
             sinceDrain = 0;
         }
-        const QString filePath = folderPath + u'/' + row.fileName;
-        if (!folderExists || !isUnchanged(filePath, row)) {
+        if (!folderExists || !isUnchanged(folder, row)) {
             _removeFileIds.push_back(row.id);
             continue;
         }
-        take(row, folderPath, filePath);
+        take(row, folderPath);
         const double now = _dictionary->services->now();
         if (_rhythm.isDue(group::catalogueScanLimits, publishAtOnce, now)) publish();
     }
+    _thumbnails.queueAll();
 }
 
-bool CatalogueFolderScan::isUnchanged(const QString& filePath, const group::ImageFileRow& row) {
-    const auto values = platform::FileManager::resourceValues(filePath);
+bool CatalogueFolderScan::isUnchanged(
+    const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row) {
+    const auto values = folder.resourceValues(row.fileName);
     return values && static_cast<quint64>(values->fileSize) == row.fileSize &&
            values->modificationDate == row.modificationDate;
 }
 
-void CatalogueFolderScan::take(
-    const group::ImageFileRow& row, const QString& folderPath, const QString& filePath) {
+void CatalogueFolderScan::take(const group::ImageFileRow& row, const QString& folderPath) {
     const auto item = _step.insert(row, folderPath);
     if (!item) return;
     _rhythm.itemWasAdded();
     ++_dictionary->services->figures.items;
-    buildThumbnail(
-        *_dictionary, *item,
-        _dictionary->services->imageImporters.imageImporterForImageURL(filePath), true);
+    _thumbnails.add(
+        *item,
+        _dictionary->services->imageImporters.imageImporterForImageURL(
+            folderPath + u'/' + row.fileName),
+        true);
 }
 
 void CatalogueFolderScan::publish() {
     if (_operation.isCancelled()) return;
+    _thumbnails.queueAll();
     drain();
     publishWorkTree(*_dictionary);
     _rhythm.wasPushed(_dictionary->services->now());

@@ -2,7 +2,9 @@
 
 #include "group/GroupPublication.h"
 #include "group/GroupingStep.h"
+#include "platform/FileManager.h"
 #include "scan/PBScanDictionary.h"
+#include "scan/ScanSteps.h"
 
 #include <functional>
 #include <vector>
@@ -33,14 +35,16 @@ public:
     void drain();
 
 private:
-    [[nodiscard]] static bool isUnchanged(const QString& filePath, const group::ImageFileRow& row);
-    void take(const group::ImageFileRow& row, const QString& folderPath, const QString& filePath);
+    [[nodiscard]] static bool
+    isUnchanged(const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row);
+    void take(const group::ImageFileRow& row, const QString& folderPath);
     void publish();
 
     const PBScanDictionaryRef _dictionary;
     platform::Operation& _operation;
     group::GroupingStep _step;
     group::PushRhythm _rhythm;
+    ThumbnailsToBuild _thumbnails;
     std::vector<qint64> _removeFolderIds;
     std::vector<qint64> _removeFileIds;
 };

@@ -37,9 +37,9 @@ double rotationOf(const PBDictionary& properties) {
 } // namespace
 
 FileProperty makeFileProperty(
-    const QString& folderPath, const QString& fileName, qint64 folderId,
-    const platform::ResourceValues& values, std::unique_ptr<image::ImageImporter> importer) {
-    const PBDictionary properties = importer->propertiesAtIndex(0).value_or(PBDictionary());
+    const QString& folderPath, const QString& fileName, qint64 folderId, NewFile file) {
+    const platform::ResourceValues& values = *file.values;
+    const PBDictionary& properties = file.properties;
     const QString type = PBUtilities::extentionToUTI(PBUtilities::pathExtension(fileName));
     const auto size = [&](const QString& key) {
         return static_cast<quint64>(std::max<qint64>(valueOf(properties, key).toInteger(), 0));
@@ -73,6 +73,6 @@ FileProperty makeFileProperty(
         columnsOf(properties, QStringLiteral("{IPTC}"), &PBUtilities::databaseDictFromIPTCPropDict);
     property.gpsProperty =
         columnsOf(properties, QStringLiteral("{GPS}"), &PBUtilities::databaseDictFromGPSPropDict);
-    property.imageImporter = std::move(importer);
+    property.imageImporter = std::move(file.importer);
     return property;
 }

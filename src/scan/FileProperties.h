@@ -1,12 +1,10 @@
 #pragma once
 
-#include "platform/FileManager.h"
 #include "scan/FilePropertyBatch.h"
+#include "scan/ReadAhead.h"
 
 #include <QString>
 
-/// The record of a new file: what the disk says of it and what its importer reads without decoding.
-/// A file whose properties can't be read gets a record with what is known.
-[[nodiscard]] FileProperty makeFileProperty(
-    const QString& folderPath, const QString& fileName, qint64 folderId,
-    const platform::ResourceValues& values, std::unique_ptr<image::ImageImporter> importer);
+/// The record of a new file that has values. Without properties it holds what is known.
+[[nodiscard]] FileProperty
+makeFileProperty(const QString& folderPath, const QString& fileName, qint64 folderId, NewFile file);

@@ -4,7 +4,6 @@
 #include "catalogue/PBCatalogue.h"
 #include "platform/StandardError.h"
 #include "scan/ScanServices.h"
-#include "scan/ScanSteps.h"
 
 namespace {
 
@@ -35,11 +34,13 @@ bool FilePropertyBatch::flush(const std::function<void()>& drain) {
         _dictionary->groupingParameters(), *_dictionary->Database, _dictionary->services->places);
     const std::vector<group::ImageFileRow> rows = rowsOf(properties);
     step.willInsert(rows);
+    ThumbnailsToBuild thumbnails(*_dictionary);
     std::size_t shown = 0;
     for (std::size_t index = 0; index < rows.size() && !_operation.isCancelled(); ++index) {
         drain();
-        if (show(rows[index], properties[index], step)) ++shown;
+        if (show(rows[index], properties[index], step, thumbnails)) ++shown;
     }
+    if (!_operation.isCancelled()) thumbnails.queueAll();
     if (shown == 0 || _operation.isCancelled()) return false;
     drain();
     publishWorkTree(*_dictionary);
@@ -53,6 +54,8 @@ void FilePropertyBatch::insertRows() {
         tellFailure();
         return;
     }
+    std::erase_if(
+        properties, [this](const FileProperty& property) { return isKnownByNow(property); });
     quint64 inserted = 0;
     for (FileProperty& property : properties) {
         if (_operation.isCancelled()) break;
@@ -70,6 +73,15 @@ void FilePropertyBatch::insertRows() {
     tellFailure();
     db.rollback();
     properties.clear();
+}
+
+bool FilePropertyBatch::isKnownByNow(const FileProperty& property) const {
+    if (property.unknownAt == _dictionary->attachedCount()) return false;
+    const auto column = [&](const QString& name) { return property.baseProperty.at(name); };
+    return PBCatalogue(*_dictionary->Database)
+               .findImageFileIdByFolderId(
+                   column(QStringLiteral("FolderId")).toInteger(),
+                   column(QStringLiteral("FileName")).toText(), nullptr, nullptr) > 0;
 }
 
 void FilePropertyBatch::insertRow(FileProperty& property) {
@@ -96,10 +108,11 @@ void FilePropertyBatch::tellFailure() const {
 }
 
 bool FilePropertyBatch::show(
-    const group::ImageFileRow& row, FileProperty& property, group::GroupingStep& step) {
+    const group::ImageFileRow& row, FileProperty& property, group::GroupingStep& step,
+    ThumbnailsToBuild& thumbnails) {
     const auto item = step.insert(row, property.parentFolderPath);
     if (!item) return false;
     ++_dictionary->services->figures.items;
-    buildThumbnail(*_dictionary, *item, std::move(property.imageImporter), false);
+    thumbnails.add(*item, std::move(property.imageImporter), false);
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include "image/ImageImporters.h"
 #include "scan/PBScanDictionary.h"
+#include "scan/ScanSteps.h"
 
 #include <functional>
 #include <memory>
@@ -22,6 +23,8 @@ struct FileProperty {
     std::unique_ptr<image::ImageImporter> imageImporter;
     /// 0 until the row is there, and when it could not be made.
     qint64 fileId = 0;
+    /// The dictionary's `attachedCount` when the catalogue did not know the file.
+    std::uint64_t unknownAt = 0;
 };
 
 /// The new files that wait to be stored together. All disk scans of one scan share the array. On
@@ -44,8 +47,12 @@ public:
 
 private:
     void insertRows();
+    /// An attached operation found the same file meanwhile, and stored and showed it.
+    [[nodiscard]] bool isKnownByNow(const FileProperty& property) const;
     void insertRow(FileProperty& property);
-    bool show(const group::ImageFileRow& row, FileProperty& property, group::GroupingStep& step);
+    [[nodiscard]] bool show(
+        const group::ImageFileRow& row, FileProperty& property, group::GroupingStep& step,
+        ThumbnailsToBuild& thumbnails);
 
     const PBScanDictionaryRef _dictionary;
     platform::Operation& _operation;

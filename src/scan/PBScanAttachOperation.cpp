@@ -11,6 +11,7 @@ void PBAttachOperationArray::add(
 
 std::vector<std::shared_ptr<PBScanAttachOperation>> PBAttachOperationArray::takeAll() {
     const std::lock_guard lock(_monitor);
+    _takenCount += _operations.size();
     return std::exchange(_operations, {});
 }
 

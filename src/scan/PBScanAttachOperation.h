@@ -2,6 +2,7 @@
 
 #include "platform/Operation.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -34,10 +35,14 @@ public:
     add(std::shared_ptr<PBScanAttachOperation> operation,
         const std::function<void()>& whileLocked = {});
     [[nodiscard]] std::vector<std::shared_ptr<PBScanAttachOperation>> takeAll();
+    /// How many operations were taken so far. Whoever has looked something up in the catalogue and
+    /// finds another number later has to look again. On the scan thread.
+    [[nodiscard]] std::uint64_t takenCount() const { return _takenCount; }
 
 private:
     std::mutex _monitor; // guards the array
     std::vector<std::shared_ptr<PBScanAttachOperation>> _operations;
+    std::uint64_t _takenCount = 0; // of the scan thread
 };
 
 /// Runs what is in the mailbox, as a part of the owner. What a cancelled owner has taken out and

@@ -80,6 +80,10 @@ struct PBScanDictionary {
 
     std::shared_ptr<const ScanServices> services;
 
+    /// Grows with every attached operation that has run.
+    [[nodiscard]] std::uint64_t attachedCount() const {
+        return AttachOperationArray ? AttachOperationArray->takenCount() : 0;
+    }
     [[nodiscard]] group::GroupingParameters groupingParameters() const {
         return {
             .workGroupItemArray = WorkGroupItemArray,

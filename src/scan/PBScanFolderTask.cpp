@@ -6,6 +6,10 @@
 #include "scan/FileProperties.h"
 #include "scan/ScanServices.h"
 
+#include <QSet>
+
+#include <deque>
+
 using platform::DirectoryEntry;
 
 namespace {
@@ -23,8 +27,19 @@ struct PBScanFolderTask::Run {
     std::shared_ptr<PBScanFinishedTrigger> trigger;
     FilePropertyBatch batch;
     qint64 folderId = 0;
-    /// The folder's row was made by this run: no file of it can be known.
-    bool isNewFolder = false;
+    /// The catalogue had no row for the folder at that count of attached operations.
+    std::optional<std::uint64_t> noFolderAt = std::nullopt;
+    /// The names that the folder has rows for, as of that count of attached operations: asking the
+    /// catalogue for each file would cost more than all else.
+    QSet<QString> knownNames = {};
+    std::optional<std::uint64_t> knownAt = std::nullopt;
+    std::vector<std::unique_ptr<PBScanFolderTask>> subTasks = {};
+};
+
+/// An entry of the folder that waits for its turn.
+struct PBScanFolderTask::Entry {
+    DirectoryEntry entry;
+    std::future<NewFile> file = {}; ///< valid for one that is read ahead
 };
 
 std::unique_ptr<PBScanFolderTask>
@@ -59,7 +74,7 @@ void PBScanFolderTask::runWithOperation(platform::Operation& operation) {
         finishAtOnce();
         return;
     }
-    checkAttachedOperation(operation);
+    checkAttachedOperation(run.operation);
     ++_dictionary->services->figures.folders;
     if (_dictionary->OpenFilesOpenFileObjArray.empty()) {
         walkFolder(run);
@@ -94,31 +109,56 @@ bool PBScanFolderTask::isScannedForOpenFiles(const QString& folderPath) const {
 void PBScanFolderTask::walkFolder(Run& run) const {
     platform::Operation& operation = run.operation;
     run.trigger->increaseStatusCount();
-    std::vector<std::unique_ptr<PBScanFolderTask>> subTasks;
+    const ReadAhead* ahead = _dictionary->services->readAhead;
+    const std::size_t inHand = ahead ? ahead->capacity() : 0;
+    std::deque<Entry> waiting;
+    const auto takeFirst = [&] {
+        Entry first = std::move(waiting.front());
+        waiting.pop_front();
+        takeEntry(run, std::move(first));
+    };
     const auto visit = [&](const DirectoryEntry& entry) {
         if (operation.isCancelled()) return false;
-        checkAttachedOperation(operation);
-        if (entry.isPackage) return true;
-        if (entry.isDirectory) {
-            // A link would be walked twice, or without end.
-            if (entry.isLink || !_dictionary->RecurseSubFolder) return true;
-            auto dictionary = subFolder(run, run.folderPath + u'/' + entry.name);
-            if (dictionary && !operation.isCancelled())
-                subTasks.push_back(scanFolderTaskWithDictionary(std::move(dictionary)));
-            return true;
-        }
-        takeFile(run, entry.name);
-        flushIfDue(run, false);
+        waiting.push_back(lookAhead(run, entry));
+        if (waiting.size() > inHand) takeFirst();
         return true;
     };
     [[maybe_unused]] const std::error_code unreadable =
         platform::FileManager::enumerate(run.folderPath, visit);
-    for (auto& task : subTasks) {
+    while (!waiting.empty() && !operation.isCancelled())
+        takeFirst();
+    for (auto& task : run.subTasks) {
         if (operation.isCancelled()) break;
         task->runWithOperation(operation);
         task.reset();
     }
     if (!operation.isCancelled()) run.trigger->decreaseStatusCountWithOperation(operation);
+}
+
+PBScanFolderTask::Entry PBScanFolderTask::lookAhead(Run& run, DirectoryEntry entry) const {
+    Entry waiting{std::move(entry)};
+    const ScanServices& services = *_dictionary->services;
+    if (!services.readAhead || waiting.entry.isDirectory) return waiting;
+    const QString& name = waiting.entry.name;
+    if (auto importer = importerOf(run, name); importer && !isLeftAlone(run, name))
+        waiting.file = services.readAhead->read(run.folderPath + u'/' + name, std::move(importer));
+    return waiting;
+}
+
+void PBScanFolderTask::takeEntry(Run& run, Entry waiting) const {
+    const DirectoryEntry& entry = waiting.entry;
+    checkAttachedOperation(run.operation);
+    if (entry.isPackage) return;
+    if (!entry.isDirectory) {
+        takeFile(run, waiting);
+        flushIfDue(run, false);
+        return;
+    }
+    // A link would be walked twice, or without end.
+    if (entry.isLink || !_dictionary->RecurseSubFolder) return;
+    auto dictionary = subFolder(run, run.folderPath + u'/' + entry.name);
+    if (dictionary && !run.operation.isCancelled())
+        run.subTasks.push_back(scanFolderTaskWithDictionary(std::move(dictionary)));
 }
 
 PBScanDictionaryRef PBScanFolderTask::subFolder(const Run& run, const QString& path) const {
@@ -139,36 +179,64 @@ void PBScanFolderTask::walkListedFiles(Run& run) const {
     const auto& files = _dictionary->OpenFilesOpenFileObjArray;
     for (const PBOpenFileObject& file : files) {
         if (run.operation.isCancelled()) return;
-        takeFile(run, file.fileName);
+        Entry listed{{.name = file.fileName}};
+        takeFile(run, listed);
         flushIfDue(run, &file == &files.back());
     }
 }
 
-void PBScanFolderTask::takeFile(Run& run, const QString& name) const {
-    const ScanServices& services = *_dictionary->services;
-    const QString path = run.folderPath + u'/' + name;
-    auto importer = services.imageImporters.imageImporterForImageURL(path);
-    if (!importer || run.operation.isCancelled()) return;
-    if (run.folderId <= 0) {
-        run.folderId = PBCatalogue(*_dictionary->Database)
-                           .findFolderIdByAliasId(
-                               _dictionary->AliasObject->aliasId(), _dictionary->RelativePath);
-    }
-    if (isKnown(run, name) || (services.isBeingWritten && services.isBeingWritten(path))) return;
-    checkAttachedOperation(run.operation);
-    const auto values = platform::FileManager::resourceValues(path);
-    if (!values || !values->isRegularFile || !makeFolderRow(run)) return;
-    run.batch.add(
-        makeFileProperty(run.folderPath, name, run.folderId, *values, std::move(importer)));
+std::unique_ptr<image::ImageImporter>
+PBScanFolderTask::importerOf(const Run& run, const QString& name) const {
+    return _dictionary->services->imageImporters.imageImporterForImageURL(
+        run.folderPath + u'/' + name);
 }
 
-bool PBScanFolderTask::isKnown(const Run& run, const QString& name) const {
-    return run.folderId > 0 && !run.isNewFolder &&
-           PBCatalogue(*_dictionary->Database)
-                   .findImageFileIdByFolderId(run.folderId, name, nullptr, nullptr) > 0;
+bool PBScanFolderTask::isLeftAlone(Run& run, const QString& name) const {
+    findFolderRow(run);
+    const auto& isBeingWritten = _dictionary->services->isBeingWritten;
+    return isKnown(run, name) || (isBeingWritten && isBeingWritten(run.folderPath + u'/' + name));
+}
+
+void PBScanFolderTask::takeFile(Run& run, Entry& waiting) const {
+    const QString& name = waiting.entry.name;
+    auto importer = importerOf(run, name);
+    if (!importer || run.operation.isCancelled() || isLeftAlone(run, name)) return;
+    const std::uint64_t unknownAt = _dictionary->attachedCount();
+    checkAttachedOperation(run.operation);
+    NewFile file = waiting.file.valid()
+                       ? waiting.file.get()
+                       : readNewFile(run.folderPath + u'/' + name, std::move(importer));
+    if (!file.values || !makeFolderRow(run)) return;
+    FileProperty property = makeFileProperty(run.folderPath, name, run.folderId, std::move(file));
+    property.unknownAt = unknownAt;
+    run.batch.add(std::move(property));
+}
+
+bool PBScanFolderTask::isKnown(Run& run, const QString& name) const {
+    if (run.folderId <= 0) return false;
+    if (run.knownAt != _dictionary->attachedCount()) {
+        run.knownAt = _dictionary->attachedCount();
+        run.knownNames.clear();
+        FMResultSet row = _dictionary->Database->executeQuery(
+            QStringLiteral("select FileName from ImageFile where FolderId = ?"), run.folderId);
+        while (row.next())
+            run.knownNames.insert(row.stringForColumnIndex(0));
+    }
+    return run.knownNames.contains(name);
+}
+
+void PBScanFolderTask::findFolderRow(Run& run) const {
+    // Without a row there will be none until an image is found here, or attached work finds one.
+    const std::uint64_t attached = _dictionary->attachedCount();
+    if (run.folderId > 0 || run.noFolderAt == attached) return;
+    run.noFolderAt = attached;
+    run.folderId =
+        PBCatalogue(*_dictionary->Database)
+            .findFolderIdByAliasId(_dictionary->AliasObject->aliasId(), _dictionary->RelativePath);
 }
 
 bool PBScanFolderTask::makeFolderRow(Run& run) const {
+    findFolderRow(run);
     if (run.folderId > 0) return true;
     const std::lock_guard lock(_dictionary->services->insertFolderAliasLock);
     if (run.operation.isCancelled()) return false;
@@ -176,9 +244,8 @@ bool PBScanFolderTask::makeFolderRow(Run& run) const {
         PBCatalogue(*_dictionary->Database)
             .insertFolderWithAliasId(
                 _dictionary->AliasObject->aliasId(), _dictionary->RelativePath.value_or(QString()));
-    run.isNewFolder = run.folderId > 0;
-    if (!run.isNewFolder) FilePropertyBatch(_dictionary, run.operation).tellFailure();
-    return run.isNewFolder;
+    if (run.folderId <= 0) FilePropertyBatch(_dictionary, run.operation).tellFailure();
+    return run.folderId > 0;
 }
 
 void PBScanFolderTask::flushIfDue(Run& run, bool isLast) const {

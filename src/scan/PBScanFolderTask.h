@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileManager.h"
 #include "platform/Operation.h"
 #include "scan/FilePropertyBatch.h"
 #include "scan/PBScanDictionary.h"
@@ -28,6 +29,7 @@ public:
 
 private:
     struct Run;
+    struct Entry;
 
     void checkAttachedOperation(platform::Operation& operation) const;
     [[nodiscard]] std::shared_ptr<PBScanFinishedTrigger> makeTrigger() const;
@@ -38,8 +40,16 @@ private:
     void walkListedFiles(Run& run) const;
     /// nullptr for a folder that is left out.
     [[nodiscard]] PBScanDictionaryRef subFolder(const Run& run, const QString& path) const;
-    void takeFile(Run& run, const QString& name) const;
-    [[nodiscard]] bool isKnown(const Run& run, const QString& name) const;
+    /// Looks at an entry before its turn: a file that seems to be new is read ahead.
+    [[nodiscard]] Entry lookAhead(Run& run, platform::DirectoryEntry entry) const;
+    void takeEntry(Run& run, Entry entry) const;
+    void takeFile(Run& run, Entry& file) const;
+    [[nodiscard]] std::unique_ptr<image::ImageImporter>
+    importerOf(const Run& run, const QString& name) const;
+    /// Whether there is nothing to do for the file, now at least.
+    [[nodiscard]] bool isLeftAlone(Run& run, const QString& name) const;
+    [[nodiscard]] bool isKnown(Run& run, const QString& name) const;
+    void findFolderRow(Run& run) const;
     /// The folder's row is made for its first image; false if it can't be.
     [[nodiscard]] bool makeFolderRow(Run& run) const;
     void flushIfDue(Run& run, bool isLast) const;

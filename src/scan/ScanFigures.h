@@ -19,6 +19,8 @@ struct ScanFigures {
     std::atomic<double> cataloguePass{-1};
     std::atomic<double> scanFinished{-1};
     std::atomic<double> thumbnailsDone{-1}; ///< when the build queue was last idle
+    std::atomic<double> firstShown{-1};     ///< when the first publication was on the screen
+    std::atomic<double> lastShown{-1};
     /// To the user, that the catalogue can't be written to.
     std::atomic<bool> toldFailure{false};
 
@@ -26,6 +28,7 @@ struct ScanFigures {
     void scanBegins() {
         items = folders = 0;
         firstPublication = cataloguePass = scanFinished = thumbnailsDone = -1;
+        firstShown = lastShown = -1;
         _begin = Clock::now().time_since_epoch().count();
     }
     /// Keeps the first time.

@@ -6,6 +6,7 @@
 #include "image/PBBuildThumbOperation.h"
 #include "library/PBAliasManager.h"
 #include "scan/PBScanFinishedManager.h"
+#include "scan/ReadAhead.h"
 #include "scan/ScanFigures.h"
 
 #include <functional>
@@ -26,6 +27,8 @@ struct ScanServices {
     /// order, and don't wait.
     group::GroupPublisher publish;
     std::function<void()> scanFinished;
+    /// nullptr: files are read one after the other.
+    ReadAhead* readAhead = nullptr;
     /// Whether a file is new and still being written; it is left alone then. May be empty.
     std::function<bool(const QString& path)> isBeingWritten;
     /// Seconds since 1970.

@@ -15,18 +15,30 @@ void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCaptur
     figures.mark(figures.firstPublication);
 }
 
-void buildThumbnail(
-    const PBScanDictionary& dictionary, const PBImageFileItem& item,
-    std::unique_ptr<image::ImageImporter> importer, bool checkExist) {
+namespace {
+
+constexpr std::size_t thumbnailsQueuedTogether = 64;
+
+} // namespace
+
+void ThumbnailsToBuild::add(
+    const PBImageFileItem& item, std::unique_ptr<image::ImageImporter> importer, bool checkExist) {
     if (!importer) return;
-    dictionary.BuilidThumbOperationQueue->addOperation(std::make_shared<PBBuildThumbOperation>(
-        dictionary.services->buildThumb, PBBuildThumbOperation::Request{
-                                             .fileId = item.fileId(),
-                                             .imageImporter = std::move(importer),
-                                             .checkExist = checkExist,
-                                             .thumbSize = dictionary.BuildThumbSize,
-                                             .imageSize = item.imageSize(),
-                                         }));
+    _operations.push_back(std::make_shared<PBBuildThumbOperation>(
+        _dictionary.services->buildThumb, PBBuildThumbOperation::Request{
+                                              .fileId = item.fileId(),
+                                              .imageImporter = std::move(importer),
+                                              .checkExist = checkExist,
+                                              .thumbSize = _dictionary.BuildThumbSize,
+                                              .imageSize = item.imageSize(),
+                                          }));
+    if (_operations.size() >= thumbnailsQueuedTogether) queueAll();
+}
+
+void ThumbnailsToBuild::queueAll() {
+    if (_operations.empty()) return;
+    _dictionary.BuilidThumbOperationQueue->addOperations(_operations);
+    _operations.clear();
 }
 
 void removeFromCatalogue(

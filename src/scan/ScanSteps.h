@@ -13,10 +13,21 @@
 /// Sends a copy of the work tree to the display.
 void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCapture = false);
 
-/// Queues the operation that builds the item's thumbnail.
-void buildThumbnail(
-    const PBScanDictionary& dictionary, const PBImageFileItem& item,
-    std::unique_ptr<image::ImageImporter> importer, bool checkExist);
+/// The operations that build the thumbnails of items, on their way to the build queue: a few go
+/// there together, since each arrival wakes the queue. What is left when this goes away is dropped.
+class ThumbnailsToBuild {
+public:
+    explicit ThumbnailsToBuild(const PBScanDictionary& dictionary) : _dictionary(dictionary) {}
+    /// Nothing happens without an importer.
+    void
+    add(const PBImageFileItem& item, std::unique_ptr<image::ImageImporter> importer,
+        bool checkExist);
+    void queueAll();
+
+private:
+    const PBScanDictionary& _dictionary;
+    std::vector<std::shared_ptr<platform::Operation>> _operations;
+};
 
 /// Removes folders and images with their metadata from the catalogue in one transaction, and queues
 /// the removal of their thumbnails. Nothing happens when there is nothing to remove.

@@ -16,6 +16,8 @@ public:
     [[nodiscard]] int modalTag() const { return _modalTag; }
     /// Selects the name without its extension.
     void selectBaseName();
+    /// As Escape does.
+    void cancel() { endModal(true); }
 
 Q_SIGNALS:
     /// The text was taken. Not sent after Escape.

@@ -1,5 +1,7 @@
 #include "ui/PBScroller.h"
 
+#include <QMouseEvent>
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,6 +10,8 @@ namespace {
 // Well within an int, and finer than any screen.
 constexpr double mostSteps = 1 << 30;
 constexpr int slideSteps = 1000;
+/// Of the mouse's, for the knob with the option key held.
+constexpr double fineSpeed = 0.25;
 
 } // namespace
 
@@ -48,6 +52,22 @@ void PBScroller::setSlideMode(bool isSlideMode) {
         setDocument(_maximum, _page, _line);
         setPosition(_position);
     }
+}
+
+void PBScroller::mousePressEvent(QMouseEvent* event) {
+    _lastMouse = event->position();
+    _knobOffset = {};
+    QScrollBar::mousePressEvent(event);
+}
+
+void PBScroller::mouseMoveEvent(QMouseEvent* event) {
+    const QPointF way = event->position() - std::exchange(_lastMouse, event->position());
+    if (event->modifiers().testFlag(Qt::AltModifier)) _knobOffset -= way * (1 - fineSpeed);
+    QMouseEvent knob(
+        event->type(), event->position() + _knobOffset, event->scenePosition(),
+        event->globalPosition(), event->button(), event->buttons(), event->modifiers());
+    QScrollBar::mouseMoveEvent(&knob);
+    event->setAccepted(knob.isAccepted());
 }
 
 void PBScroller::handleAction(int action) {

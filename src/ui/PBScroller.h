@@ -31,6 +31,11 @@ Q_SIGNALS:
     /// The user wants to move on by so much.
     void moveRequested(double delta);
 
+protected:
+    /// With the option key held the knob moves at a quarter of the mouse's speed.
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+
 private:
     void handleAction(int action);
 
@@ -41,4 +46,6 @@ private:
     double _line = 0;
     double _pageOverlap = 0;
     bool _isSlideMode = false;
+    QPointF _lastMouse;  // where it was
+    QPointF _knobOffset; // how far the knob has fallen behind it
 };

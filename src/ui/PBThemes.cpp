@@ -1,8 +1,11 @@
 #include "ui/PBThemes.h"
 
+#include "ui/ScrollerStyle.h"
+
 #include <QApplication>
 #include <QStyle>
-#include <QStyleFactory>
+
+#include <memory>
 
 namespace {
 
@@ -57,8 +60,8 @@ const PBThemes::Colors& PBThemes::colors() {
 void PBThemes::apply(Scheme scheme) {
     currentScheme = scheme;
     // One style on every desktop, so that the window looks as it was drawn.
-    if (QApplication::style()->objectName() != u"fusion") {
-        QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    if (!qobject_cast<ScrollerStyle*>(QApplication::style())) {
+        QApplication::setStyle(std::make_unique<ScrollerStyle>().release()); // Qt owns it
     }
     QApplication::setPalette(palette(scheme));
 }

@@ -17,6 +17,8 @@ public:
     explicit TextLines(const QFont& font);
 
     [[nodiscard]] const QFont& font() const { return _font; }
+    /// How many lines are kept; more than are on show at once.
+    void setCapacity(qsizetype lines) { _lines.setMaxCost(lines); }
     /// The width of the whole text, in points.
     [[nodiscard]] double width(const QString& text) const;
     [[nodiscard]] double height() const { return _metrics.height(); }
@@ -42,5 +44,5 @@ private:
 
     QFont _font;
     QFontMetricsF _metrics;
-    mutable QCache<Key, Line> _lines{4000};
+    mutable QCache<Key, Line> _lines{500};
 };

@@ -1,5 +1,6 @@
 #include "FMDB/FMDatabase.h"
 #include "app/BrowsingSettings.h"
+#include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
 #include "app/ScanControl.h"
 #include "app/ScanPipeline.h"
@@ -10,6 +11,7 @@
 
 #include "support/Support.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -197,6 +199,43 @@ TEST_F(ScanControlTest, theEndOfAFormerScanIsNotThatOfThePresentOne) {
     select({});
     control.scan();
     EXPECT_FALSE(control.isScanning());
+}
+
+TEST(DamagedCatalogueTest, nothingHappensToTheFileUnlessTheUserSaysSo) {
+    QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("files.db"));
+    DamagedCatalogue::Choice choice = DamagedCatalogue::Choice::Quit;
+    int asked = 0;
+    const auto settle = [&] {
+        return DamagedCatalogue::settle(file, [&](const QString&, const QString& reason) {
+            EXPECT_FALSE(reason.isEmpty());
+            ++asked;
+            return choice;
+        });
+    };
+    EXPECT_TRUE(settle()) << "no file yet";
+    {
+        FMDatabase sound(file);
+        ASSERT_TRUE(sound.open());
+        PBCatalogue(sound).checkTables_FilesDb();
+    }
+    EXPECT_TRUE(settle());
+    EXPECT_EQ(asked, 0);
+
+    const QByteArray damaged = support::readFile(file).left(5000);
+    support::writeFile(file, damaged);
+    EXPECT_FALSE(settle());
+    choice = DamagedCatalogue::Choice::GoWithout;
+    EXPECT_TRUE(settle());
+    EXPECT_EQ(support::readFile(file), damaged);
+    choice = DamagedCatalogue::Choice::StartAnew;
+    for (const char* name : {"/files.db.damaged", "/files.db.damaged-2"}) {
+        support::writeFile(file, damaged);
+        EXPECT_TRUE(settle());
+        EXPECT_FALSE(QFile::exists(file));
+        EXPECT_EQ(support::readFile(folder.path() + QLatin1StringView(name)), damaged);
+    }
+    EXPECT_EQ(asked, 4);
 }
 
 TEST(IdleWatchTest, oneIdleLookBetweenBusyOnesIsNoEnd) {

@@ -36,6 +36,26 @@ TEST(SingleInstanceTest, laterStartHandsItsRequestOver) {
     EXPECT_EQ(added, QStringList{QStringLiteral("/a")});
 }
 
+TEST(SingleInstanceTest, whoAsksGetsTheStateOfTheFirstAndNothingElseHappens) {
+    const QTemporaryDir folder;
+    EXPECT_EQ(SingleInstance::stateOf(folder.path()), std::nullopt);
+    SingleInstance first;
+    ASSERT_EQ(first.take(folder.path(), {}), SingleInstance::Outcome::First);
+    const QByteArray state(3'000'000, 's'); // more than a socket holds
+    first.setStateSource([&] { return state; });
+    int requests = 0;
+    QObject::connect(&first, &SingleInstance::requested, &first, [&] { ++requests; });
+    std::atomic<bool> hasAsked = false;
+    std::optional<QByteArray> answer;
+    std::jthread later([&] {
+        answer = SingleInstance::stateOf(folder.path());
+        hasAsked = true;
+    });
+    ASSERT_TRUE(support::spinUntil([&] { return hasAsked.load(); }));
+    EXPECT_EQ(answer, state);
+    EXPECT_EQ(requests, 0);
+}
+
 TEST(SingleInstanceTest, lockGoesWithTheProcessThatHeldIt) {
     const QTemporaryDir folder;
     const pid_t child = ::fork();

@@ -16,9 +16,10 @@ public:
     void selectDidChange() override { ++changes; }
     void captureScrollIfNone() override { ++captures; }
     void scrollIndexToVisible(const Index& index) override { shown = index; }
+    void scrollToEnd(bool isStart) override { ends += isStart ? 's' : 'e'; }
     void enterToLargeView(const Index& index) override { entered = index; }
     void beginDragOut(const Index& index) override { draggedOut = index; }
-    void beginRename(const Index& index, const QRectF&) override { renamed = index; }
+    void beginRename(const Index& index) override { renamed = index; }
     void showBand(const QRectF& rect) override { band = rect; }
     void setSelectTimerScrollStep(int wanted) override { step = wanted; }
     void setDragging(bool dragging) override { isDragging = dragging; }
@@ -32,7 +33,7 @@ public:
     QRectF visible{0, 0, 558, 600};
     QRectF band;
     Index shown, entered, draggedOut, renamed;
-    std::string turns;
+    std::string turns, ends;
     double size = 0;
     int changes = 0, captures = 0, step = 0, flags = 0;
     char menu = '-';
@@ -254,6 +255,7 @@ TEST_F(BrowserInputTest, arrowsMoveASoleSelectionAndShiftRebuildsARange) {
     EXPECT_EQ(host.changes, changes + 1);
     input.keyDown(BrowserKey::End, none);
     expectSelected(QStringLiteral("c4"));
+    EXPECT_EQ(host.ends, "se");
 }
 
 TEST_F(BrowserInputTest, shiftWithoutAnAnchorStartsAtTheNewImage) {

@@ -1,5 +1,7 @@
 #include "group/PBGroupTreeDataSource.h"
 
+#include "group/PublicationMailbox.h"
+
 #include "group/CatalogueFixture.h"
 #include "group/ItemOrder.h"
 #include "platform/MainLoop.h"
@@ -223,6 +225,23 @@ TEST_F(PBGroupTreeDataSourceTest, scanThreadPublishesWhileTheMainThreadEdits) {
     EXPECT_TRUE(spinUntil([&] { return total() == count - count / 10; }));
     scan.join();
     EXPECT_EQ(source.groupItemArray().size(), 5U);
+}
+
+TEST_F(PBGroupTreeDataSourceTest, ofPublicationsThatWaitTheNewestOfEachTreeIsShown) {
+    PublicationMailbox mailbox;
+    const auto other = std::make_shared<PBGroupItemArray>();
+    EXPECT_TRUE(mailbox.put(makeGroupPublication(work, true)));
+    const auto newest = makeGroupPublication(work);
+    EXPECT_FALSE(mailbox.put(newest));
+    // A late one of a former scan must not take the place of the present one's.
+    const auto late = makeGroupPublication(other);
+    EXPECT_TRUE(mailbox.put(late));
+    EXPECT_TRUE(mailbox.put(makeGroupPublication(work)));
+    EXPECT_EQ(mailbox.take(), newest);
+    EXPECT_TRUE(newest->updateScrollCapture) << "what the replaced one asked for still holds";
+    EXPECT_EQ(mailbox.take(), late);
+    EXPECT_NE(mailbox.take(), nullptr);
+    EXPECT_EQ(mailbox.take(), nullptr);
 }
 
 TEST_F(PBGroupTreeDataSourceTest, publisherMayOutliveTheDataSource) {

@@ -17,51 +17,6 @@ QStringList names(std::initializer_list<const char*> list) {
 
 } // namespace
 
-TEST_F(ScanTest, FilterSearchSortAndRecursionDecideWhatIsShown) {
-    makePicture(QStringLiteral("a2.jpg"), {40, 40});
-    makePicture(QStringLiteral("a10.png"), {10, 10});
-    makePicture(QStringLiteral("B.jpg"), {20, 20});
-    makePicture(QStringLiteral("sub/c.jpg"), {5, 5});
-    scan();
-    for (const char* sql :
-         {"update ImageFile set FileFlag = 1 where FileName in ('a2.jpg','c.jpg')",
-          "update ImageFile set FileStars = 3 where FileName in ('a2.jpg','B.jpg')"})
-        ASSERT_TRUE(files.executeUpdate(QString::fromLatin1(sql)));
-
-    struct Case {
-        quint64 filter;
-        const char* search;
-        int sortType;
-        bool descending;
-        bool recursive;
-        QStringList shown;
-        int finished; ///< by the catalogue's pass when there is a filter
-    };
-    for (const Case& one : std::vector<Case>{
-             {0, "", group::SortFileName, false, true,
-              names({"a2.jpg", "a10.png", "B.jpg", "c.jpg"}), 1},
-             {0, "", group::SortFileName, true, false, names({"B.jpg", "a10.png", "a2.jpg"}), 1},
-             {0, "", group::SortPixelArea, false, true,
-              names({"c.jpg", "a10.png", "B.jpg", "a2.jpg"}), 1},
-             {0, "A", group::SortFileName, false, true, names({"a2.jpg", "a10.png"}), 1},
-             {1, "", group::SortFileName, false, true, names({"a2.jpg", "c.jpg"}), 1},
-             {2, "", group::SortFileName, false, true, names({"a2.jpg", "B.jpg"}), 1},
-             {3, "", group::SortFileName, false, true, names({"a2.jpg"}), 1},
-             {3, "B", group::SortFileName, false, true, {}, 1},
-         }) {
-        browsing.filter = one.filter;
-        browsing.searchString = QString::fromLatin1(one.search);
-        browsing.sortType = one.sortType;
-        browsing.descendingSort = one.descending;
-        browsing.recurseSubFolder = one.recursive;
-        finished = 0;
-        scan();
-        EXPECT_EQ(shown(), one.shown) << one.filter << one.search << one.sortType;
-        EXPECT_EQ(finished, one.finished) << one.filter << one.search;
-    }
-    EXPECT_EQ(figures.rowsInserted, 4U);
-}
-
 TEST_F(ScanTest, UnderAFilterTheDiskIsNotAskedForNewFilesAndUnmatchedRowsStay) {
     makePicture(QStringLiteral("a.jpg"));
     makePicture(QStringLiteral("b.jpg"));

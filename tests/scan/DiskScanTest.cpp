@@ -164,12 +164,6 @@ TEST_F(ScanTest, NestedRootsTakeOverTheirOwnFolders) {
             QStringLiteral("%1|1").arg(root->aliasId()),
             QStringLiteral("%1|1").arg(zombie->aliasId()),
             QStringLiteral("%1|1").arg(nested->aliasId())}));
-    scan(); // from the catalogue this time
-    EXPECT_EQ(figures.rowsInserted, 3U);
-    EXPECT_EQ(shown(), names({"a.jpg", "b.jpg", "c.jpg"}));
-    browsing.recurseSubFolder = false;
-    scan();
-    EXPECT_EQ(shown(), names({"a.jpg"}));
 }
 
 TEST_F(ScanTest, AFullDiskLosesNothingThatIsStored) {

@@ -55,7 +55,8 @@ QImage adopt(Mapping mapping, QSize size, QImage::Format format) {
 /// A helper for the time of one operation.
 class DecoderPool::Lease {
 public:
-    Lease(DecoderPool& pool, const std::stop_token& stop) : _pool(pool), _helper(pool.take(stop)) {}
+    Lease(DecoderPool& pool, const std::stop_token& stop, bool isShort)
+        : _pool(pool), _helper(pool.take(stop, isShort)) {}
     ~Lease() {
         if (_helper) _pool.giveBack(std::move(*_helper));
     }
@@ -93,9 +94,15 @@ DecoderPool::Helper DecoderPool::startHelper() const {
     return DecoderHelper::start(_settings.executable, _settings.addressSpaceBytes);
 }
 
-std::optional<DecoderPool::Helper> DecoderPool::take(const std::stop_token& stop) {
+std::optional<DecoderPool::Helper> DecoderPool::take(const std::stop_token& stop, bool isShort) {
     std::unique_lock lock(_mutex);
-    if (!_returned.wait(lock, stop, [this] { return !_idle.empty(); })) return std::nullopt;
+    if (isShort) ++_waitingShort;
+    const bool isTaken = _returned.wait(
+        lock, stop, [&] { return !_idle.empty() && (isShort || _waitingShort == 0); });
+    if (isShort) --_waitingShort;
+    // Those that stood back for this one, where it is the last of its kind.
+    if (isShort && _waitingShort == 0) _returned.notify_all();
+    if (!isTaken) return std::nullopt;
     Helper helper = std::move(_idle.back());
     _idle.pop_back();
     return helper;
@@ -107,7 +114,7 @@ void DecoderPool::giveBack(Helper helper) {
     const std::lock_guard lock(_mutex);
     if (helper) tellRefusals(*helper);
     _idle.push_back(std::move(helper));
-    _returned.notify_one();
+    _returned.notify_all();
 }
 
 void DecoderPool::tellRefusals(const DecoderHelper& helper) {
@@ -170,7 +177,7 @@ ReadResult DecoderPool::decode(
         request.profileBytes = static_cast<std::uint32_t>(size);
     }
 
-    Lease lease(*this, stop);
+    Lease lease(*this, stop, false);
     Reply reply;
     const auto time = isThumbnail ? _settings.thumbnailTime : _settings.fullTime;
     const ReadStatus status = ask(lease, request, descriptors, time, stop, reply);
@@ -198,7 +205,7 @@ ReadResult DecoderPool::decode(
 }
 
 std::size_t DecoderPool::countFrames(int descriptor, const QString& typeHint) {
-    Lease lease(*this, {});
+    Lease lease(*this, {}, true);
     Reply reply;
     const Request request = makeRequest(Kind::CountFrames, typeHint, 0);
     const ReadStatus status =
@@ -207,7 +214,7 @@ std::size_t DecoderPool::countFrames(int descriptor, const QString& typeHint) {
 }
 
 int DecoderPool::frameDelay(int descriptor, const QString& typeHint, std::size_t frame) {
-    Lease lease(*this, {});
+    Lease lease(*this, {}, true);
     Reply reply;
     const Request request = makeRequest(Kind::FrameDelay, typeHint, frame);
     if (ask(lease, request, std::array{descriptor}, _settings.thumbnailTime, {}, reply) !=
@@ -219,7 +226,7 @@ int DecoderPool::frameDelay(int descriptor, const QString& typeHint, std::size_t
 
 std::optional<PBDictionary>
 DecoderPool::properties(int descriptor, const QString& typeHint, std::size_t frame) {
-    Lease lease(*this, {});
+    Lease lease(*this, {}, true);
     Reply reply;
     const Request request = makeRequest(Kind::Properties, typeHint, frame);
     if (ask(lease, request, std::array{descriptor}, _settings.thumbnailTime, {}, reply) !=

@@ -25,7 +25,8 @@ struct Reply;
 /// Decoder processes that read strangers' files in place of this one. A picture that crashes its
 /// process, or takes too long or too much memory, costs that picture: the answer is nothing, and a
 /// fresh process takes the next. Every operation blocks until it is answered, and may be called
-/// from any thread; as many run at once as there are processes.
+/// from any thread; as many run at once as there are processes. Properties, which are read in no
+/// time, come before pictures that wait to be decoded.
 class DecoderPool final : public FrameReader {
 public:
     struct Settings {
@@ -63,7 +64,7 @@ private:
     class Lease;
 
     [[nodiscard]] Helper startHelper() const;
-    [[nodiscard]] std::optional<Helper> take(const std::stop_token& stop);
+    [[nodiscard]] std::optional<Helper> take(const std::stop_token& stop, bool isShort);
     void giveBack(Helper helper);
     void tellRefusals(const process::DecoderHelper& helper);
     [[nodiscard]] ReadStatus
@@ -71,9 +72,10 @@ private:
         std::chrono::milliseconds time, const std::stop_token& stop, process::Reply& reply);
 
     const Settings _settings;
-    std::mutex _mutex; // guards the two below
+    std::mutex _mutex; // guards what is below
     std::condition_variable_any _returned;
     std::vector<Helper> _idle; // an empty entry is a process still to be started
+    int _waitingShort = 0;
     bool _toldRefusals = false;
 };
 

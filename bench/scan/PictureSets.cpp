@@ -1,0 +1,117 @@
+#include "scan/PictureSets.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QImage>
+
+#include <exiv2/exiv2.hpp>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+namespace bench {
+
+namespace {
+
+constexpr const char* placeholderDate = "2001:01:01 00:00:00";
+
+/// Soft gradients and a little of the noise of a sensor.
+QByteArray pictureBytes(QSize size, int quality) {
+    QImage image(size, QImage::Format_RGB32);
+    std::uint32_t random = 1;
+    for (int y = 0; y < size.height(); ++y) {
+        auto* pixels = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < size.width(); ++x) {
+            random = random * 1664525U + 1013904223U;
+            const int noise = static_cast<int>(random >> 29);
+            const int light = 40 + 150 * x / size.width() + (x / 200 + y / 150) % 2 * 30 + noise;
+            pixels[x] = qRgb(light, 200 * y / size.height() + noise, 255 - light);
+        }
+    }
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    if (!image.save(&buffer, "JPEG", quality)) std::abort();
+    return bytes;
+}
+
+QByteArray withMetadata(const QByteArray& jpeg) {
+    const auto image = Exiv2::ImageFactory::open(
+        reinterpret_cast<const Exiv2::byte*>(jpeg.constData()), static_cast<long>(jpeg.size()));
+    image->readMetadata();
+    Exiv2::ExifData& exif = image->exifData();
+    exif["Exif.Image.Make"] = "Canon";
+    exif["Exif.Image.Model"] = "Canon EOS 40D";
+    exif["Exif.Image.Orientation"] = std::uint16_t(1);
+    exif["Exif.Photo.DateTimeOriginal"] = placeholderDate;
+    exif["Exif.Photo.DateTimeDigitized"] = placeholderDate;
+    exif["Exif.Photo.ExposureTime"] = "1/250";
+    exif["Exif.Photo.FNumber"] = "28/10";
+    exif["Exif.Photo.FocalLength"] = "50/1";
+    exif["Exif.Photo.ISOSpeedRatings"] = std::uint16_t(100);
+    exif["Exif.Photo.Flash"] = std::uint16_t(0);
+    image->writeMetadata();
+    Exiv2::BasicIo& io = image->io();
+    io.open();
+    const Exiv2::DataBuf written = io.read(static_cast<long>(io.size()));
+    return {reinterpret_cast<const char*>(written.pData_), static_cast<int>(written.size_)};
+}
+
+/// A date for each number, over twelve years.
+QByteArray dateOf(int number) {
+    char text[32];
+    std::snprintf(
+        text, sizeof text, "%04d:%02d:%02d %02d:%02d:%02d", 2010 + number % 12,
+        1 + number / 12 % 12, 1 + number / 144 % 28, number % 24, number % 60, number / 60 % 60);
+    return text;
+}
+
+void make(const PictureSet& set, const QString& root) {
+    QByteArray bytes = withMetadata(pictureBytes(set.size, set.quality));
+    for (int folder = 0; folder < set.folders; ++folder) {
+        const QString path = QStringLiteral("%1/%2").arg(root).arg(folder, 4, 10, QChar(u'0'));
+        if (!QDir().mkpath(path)) std::abort();
+        for (int number = folder; number < set.pictures; number += set.folders) {
+            const QByteArray date = dateOf(number);
+            for (qsizetype at = 0; (at = bytes.indexOf(placeholderDate, at)) >= 0;)
+                bytes.replace(at, date.size(), date);
+            QFile file(QStringLiteral("%1/IMG_%2.jpg").arg(path).arg(number, 6, 10, QChar(u'0')));
+            if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) std::abort();
+            bytes.replace(date, placeholderDate);
+        }
+    }
+}
+
+} // namespace
+
+QString PictureSet::folder() const {
+    const QString root = QStringLiteral("%1/velmora-bench/%2x%3-%4-in-%5")
+                             .arg(QDir::tempPath())
+                             .arg(size.width())
+                             .arg(size.height())
+                             .arg(pictures)
+                             .arg(folders);
+    const QString complete = root + QStringLiteral(".complete");
+    if (QFile::exists(complete)) return root;
+    std::fprintf(
+        stderr, "making %d pictures in %s\n", pictures, QFile::encodeName(root).constData());
+    QDir(root).removeRecursively();
+    make(*this, root);
+    QFile mark(complete);
+    if (!mark.open(QIODevice::WriteOnly)) std::abort();
+    return root;
+}
+
+QStringList filesBelow(const QString& folder) {
+    QStringList files;
+    QDirIterator iterator(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (iterator.hasNext())
+        files.append(iterator.next());
+    return files;
+}
+
+} // namespace bench

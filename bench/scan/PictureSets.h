@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+namespace bench {
+
+/// Folders of JPEG files with EXIF, made once and kept below the system's temporary folder. Every
+/// file has bytes and an inode of its own; those of one set differ in the date on which they were
+/// taken.
+struct PictureSet {
+    int pictures = 0;
+    int folders = 1;
+    QSize size;
+    /// Of the encoder; small pictures that stand for many need few bytes.
+    int quality = 75;
+
+    /// The root of the set, which is made if it is not there yet. Takes a while then.
+    [[nodiscard]] QString folder() const;
+};
+
+inline constexpr QSize smallPicture{48, 32};
+inline constexpr QSize twoMegapixelPicture{1600, 1200};
+inline constexpr QSize twelveMegapixelPicture{4000, 3000};
+
+/// All files below a folder, in the order of the disk.
+[[nodiscard]] QStringList filesBelow(const QString& folder);
+
+} // namespace bench

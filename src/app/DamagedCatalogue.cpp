@@ -1,0 +1,75 @@
+#include "app/DamagedCatalogue.h"
+
+#include "FMDB/FMDatabase.h"
+#include "catalogue/PBCatalogue.h"
+#include "platform/LocalizedTexts.h"
+#include "platform/StandardError.h"
+#include "ui/Icons.h"
+
+#include <QFile>
+#include <QMessageBox>
+#include <QPushButton>
+
+using platform::localizedFormat;
+using platform::localizedString;
+
+QString DamagedCatalogue::reason(const QString& file) {
+    if (!QFile::exists(file)) return {};
+    FMDatabase database(file);
+    if (!database.open()) return {};
+    if (PBCatalogue(database).isTableExist(QStringLiteral("Version"))) return {};
+    return database.isFileDamaged() ? database.lastErrorMessage() : QString();
+}
+
+QString DamagedCatalogue::moveAside(const QString& file) {
+    QString aside = file + QStringLiteral(".damaged");
+    for (int number = 2; QFile::exists(aside); ++number)
+        aside = QStringLiteral("%1.damaged-%2").arg(file).arg(number);
+    if (!QFile::rename(file, aside)) return {};
+    // A new database must not take these for its own.
+    for (const char* beside : {"-journal", "-wal", "-shm"}) {
+        const QLatin1StringView suffix(beside);
+        if (QFile::exists(file + suffix)) QFile::rename(file + suffix, aside + suffix);
+    }
+    return aside;
+}
+
+DamagedCatalogue::Choice DamagedCatalogue::ask(const QString& file, const QString& reason) {
+    QMessageBox box;
+    box.setWindowTitle(localizedString(u"Velmora"));
+    constexpr int iconSide = 48;
+    box.setIconPixmap(Icons::named(QStringLiteral("warning")).pixmap(iconSide, iconSide));
+    box.setTextFormat(Qt::PlainText);
+    box.setText(localizedString(u"CatalogueDamaged"));
+    box.setInformativeText(localizedFormat(u"CatalogueDamagedDetails", {file, reason}));
+    const auto* anew =
+        box.addButton(localizedString(u"CatalogueStartAnew"), QMessageBox::AcceptRole);
+    const auto* without =
+        box.addButton(localizedString(u"CatalogueGoWithout"), QMessageBox::DestructiveRole);
+    box.setEscapeButton(box.addButton(localizedString(u"CatalogueQuit"), QMessageBox::RejectRole));
+    box.exec();
+    if (box.clickedButton() == anew) return Choice::StartAnew;
+    return box.clickedButton() == without ? Choice::GoWithout : Choice::Quit;
+}
+
+bool DamagedCatalogue::settle(
+    const QString& file,
+    const std::function<Choice(const QString& file, const QString& reason)>& ask) {
+    const QString why = reason(file);
+    if (why.isEmpty()) return true;
+    switch (ask(file, why)) {
+    case Choice::Quit:
+        return false;
+    case Choice::GoWithout:
+        break;
+    case Choice::StartAnew:
+        if (const QString aside = moveAside(file); !aside.isEmpty()) {
+            platform::complain(
+                QStringLiteral("the damaged catalogue file is kept as %1").arg(aside));
+        } else {
+            platform::complain(QStringLiteral("%1 can't be renamed").arg(file));
+        }
+        break;
+    }
+    return true;
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "group/GroupPublication.h"
+
+#include <deque>
+#include <memory>
+#include <mutex>
+
+namespace group {
+
+/// Publications on their way to the main thread. One that comes while another of the same tree is
+/// still waiting takes its place: a display that is slower than the scan shows the newest state,
+/// and is not kept busy with those in between. Any thread.
+class PublicationMailbox {
+public:
+    /// False when the publication took the place of a waiting one, so that nobody has to be woken.
+    [[nodiscard]] bool put(std::shared_ptr<GroupPublication> publication);
+    /// The one that has waited longest; nullptr when there is none.
+    [[nodiscard]] std::shared_ptr<GroupPublication> take();
+
+private:
+    std::mutex _mutex; // guards the line
+    std::deque<std::shared_ptr<GroupPublication>> _waiting;
+};
+
+} // namespace group

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QProxyStyle>
+
+/// The style of the whole program, with scrollers of its own: a slim rounded knob in a plain slot,
+/// without buttons at the ends. It is also far cheaper to paint, which happens at every step of a
+/// motion.
+class ScrollerStyle final : public QProxyStyle {
+    Q_OBJECT
+
+public:
+    ScrollerStyle();
+
+    void drawComplexControl(
+        ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+        const QWidget* widget) const override;
+    QRect subControlRect(
+        ComplexControl control, const QStyleOptionComplex* option, SubControl part,
+        const QWidget* widget) const override;
+    int pixelMetric(
+        PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
+};

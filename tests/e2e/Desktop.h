@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QPoint>
+#include <QProcess>
+#include <QRect>
+#include <QStringList>
+
+namespace e2e {
+
+/// A display of its own for one test, with a pointer and keys that are as real to programs as those
+/// of a user. There is no window manager: windows lie where they ask to, and get the keys only when
+/// they are given them.
+class Desktop {
+public:
+    static constexpr QRect screen{0, 0, 1600, 1000};
+
+    /// Starts the display server; `isRunning` says whether that worked.
+    Desktop();
+    ~Desktop();
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+
+    /// The display server and the program that moves the pointer are installed.
+    [[nodiscard]] static bool isInstalled();
+    [[nodiscard]] bool isRunning() const { return !_display.isEmpty(); }
+    /// For programs that are to show themselves here.
+    [[nodiscard]] QProcessEnvironment environment() const;
+
+    // The pointer. Points are those of the screen; `modifiers` are keys held down meanwhile, such
+    // as "ctrl".
+    void move(QPoint point);
+    void press(int button = 1);
+    void release(int button = 1);
+    void click(QPoint point, const QStringList& modifiers = {}, int button = 1);
+    void doubleClick(QPoint point);
+    void rightClick(QPoint point) { click(point, {}, 3); }
+    /// Presses at the one point and goes to the other in a few steps, without letting go.
+    void drag(QPoint from, QPoint to, const QStringList& modifiers = {});
+    /// Turns of the wheel; positive is down.
+    void wheel(int turns);
+
+    // The keys.
+    /// Such as "Return", "ctrl+a", "shift+Right".
+    void key(const QString& name);
+    void type(const QString& text);
+    /// Gives the keys to a window.
+    void focus(qint64 windowId);
+
+private:
+    void xdotool(const QStringList& arguments);
+
+    QProcess _server;
+    QString _display;
+};
+
+} // namespace e2e

@@ -1,0 +1,189 @@
+#include "e2e/Program.h"
+
+#include "app/SingleInstance.h"
+#include "support/Support.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QJsonDocument>
+
+#include <csignal>
+
+namespace e2e {
+
+namespace {
+
+constexpr std::chrono::seconds longestWait{60};
+
+} // namespace
+
+ProgramTest::ProgramTest() : _profile(_folder.filePath(QStringLiteral("profile"))) {
+    // Program and test find each other's socket there.
+    const QString runtime = _folder.filePath(QStringLiteral("run"));
+    QDir().mkpath(runtime);
+    QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
+    QDir().mkpath(photos());
+}
+
+ProgramTest::~ProgramTest() = default;
+
+void ProgramTest::SetUp() {
+    if (!Desktop::isInstalled()) GTEST_SKIP() << "Xvfb or xdotool is not installed";
+    ASSERT_TRUE(desktop.isRunning()) << "the display server did not start";
+}
+
+void ProgramTest::TearDown() {
+    if (_program.state() != QProcess::NotRunning) quit();
+}
+
+void ProgramTest::makePicture(const QString& folder, const QString& name, const QImage& picture) {
+    const QString place = photo(folder);
+    QDir().mkpath(place);
+    ASSERT_TRUE(picture.save(place + u'/' + name)) << name.toStdString();
+}
+
+void ProgramTest::makePictures(const QString& folder, const QStringList& names) {
+    int hue = 0;
+    for (const QString& name : names) {
+        QImage picture(300, 200, QImage::Format_RGB32);
+        picture.fill(QColor::fromHsv(hue, 150, 220));
+        hue = (hue + 47) % 360;
+        makePicture(folder, name, picture);
+    }
+}
+
+QStringList ProgramTest::numbered(const QString& prefix, int count) {
+    QStringList names;
+    for (int number = 0; number < count; ++number)
+        names += QStringLiteral("%1%2.png").arg(prefix).arg(number, 2, 10, QChar(u'0'));
+    return names;
+}
+
+QStringList ProgramTest::filesOnDisk() const {
+    QStringList files;
+    QDirIterator all(photos(), QDir::Files, QDirIterator::Subdirectories);
+    while (all.hasNext())
+        files += QDir(photos()).relativeFilePath(all.next());
+    files.sort();
+    return files;
+}
+
+void ProgramTest::start(const QStringList& arguments, bool hasFolder) {
+    QStringList all{QStringLiteral("--profile"), _profile,
+                    QStringLiteral("--size"),    QStringLiteral("1180x800"),
+                    QStringLiteral("--theme"),   QStringLiteral("light")};
+    if (hasFolder) all += {QStringLiteral("--add"), photos()};
+    _program.setProcessEnvironment(desktop.environment());
+    _program.start(QStringLiteral(VELMORA_PROGRAM), all + arguments);
+    ASSERT_TRUE(waitFor([&](const State& s) {
+        return !s.isEmpty() && s.isAtRest() && (!hasFolder || !s.items().isEmpty());
+    }));
+    takeFocus();
+    if (!hasFolder) return;
+    ASSERT_TRUE(waitFor([](const State& s) {
+        return std::ranges::all_of(s.items(), [](const Item& item) { return item.hasThumbnail; });
+    }));
+}
+
+void ProgramTest::quit() {
+    ::kill(static_cast<pid_t>(_program.processId()), SIGTERM);
+    const bool ended =
+        _program.waitForFinished(static_cast<int>(std::chrono::milliseconds(longestWait).count()));
+    EXPECT_TRUE(ended) << "the program doesn't end";
+    if (!ended) return _program.kill();
+    EXPECT_EQ(_program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(_program.exitCode(), 0);
+    EXPECT_EQ(_program.readAllStandardError(), QByteArray());
+}
+
+State ProgramTest::state() const {
+    const auto answer = SingleInstance::stateOf(_profile);
+    return answer ? State(QJsonDocument::fromJson(*answer).object()) : State();
+}
+
+testing::AssertionResult
+ProgramTest::waitFor(const Condition& condition, const std::function<void()>& meanwhile) const {
+    State last;
+    const bool holds = support::spinUntil(
+        [&] {
+            if (meanwhile) meanwhile();
+            last = state();
+            return condition(last) || _program.state() == QProcess::NotRunning;
+        },
+        longestWait);
+    if (holds && condition(last)) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << testing::PrintToString(last);
+}
+
+testing::AssertionResult ProgramTest::waitForSelection(const QString& names) const {
+    return waitFor([&](const State& s) { return s.selected() == names; });
+}
+
+Item ProgramTest::item(const QString& name) const {
+    Item found;
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        found = s.item(name);
+        return !s.browser(QStringLiteral("scrolling")).toBool() && !found.name.isEmpty();
+    })) << "no image "
+        << name.toStdString();
+    return found;
+}
+
+void ProgramTest::click(const QString& name, const QStringList& modifiers) {
+    desktop.click(item(name).picture.center(), modifiers);
+}
+
+void ProgramTest::clickPlace(const QString& text) {
+    QRect place;
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        place = s.place(text);
+        return !place.isEmpty();
+    })) << "no "
+        << text.toStdString();
+    desktop.click(place.center());
+}
+
+void ProgramTest::takeFocus() {
+    desktop.focus(state().topWindow());
+    EXPECT_TRUE(waitFor(
+        [](const State& s) { return !s.json()[QStringLiteral("focus")].toString().isEmpty(); }));
+}
+
+DragPartner::DragPartner(const Desktop& desktop, QRect place, const QString& offered)
+    : _place(place) {
+    _process.setProcessEnvironment(desktop.environment());
+    QStringList arguments;
+    for (const int number : {place.x(), place.y(), place.width(), place.height()})
+        arguments += QString::number(number);
+    if (!offered.isEmpty()) arguments += offered;
+    _process.start(QStringLiteral(VELMORA_DRAG_PARTNER), arguments);
+    EXPECT_TRUE(waitForEvent(QStringLiteral("shown")));
+}
+
+DragPartner::~DragPartner() {
+    _process.terminate();
+    if (!_process.waitForFinished(10'000)) _process.kill();
+}
+
+QStringList DragPartner::events() {
+    _process.waitForReadyRead(1);
+    while (_process.canReadLine())
+        _events += QString::fromUtf8(_process.readLine()).trimmed();
+    return _events;
+}
+
+testing::AssertionResult
+DragPartner::waitForEvent(const QString& event, const std::function<void()>& meanwhile) {
+    const bool holds = support::spinUntil(
+        [&] {
+            if (meanwhile) meanwhile();
+            return events().contains(event);
+        },
+        longestWait);
+    if (holds) return testing::AssertionSuccess();
+    return testing::AssertionFailure()
+           << "no \"" << event.toStdString() << "\" among " << _events.join(u", ").toStdString();
+}
+
+} // namespace e2e

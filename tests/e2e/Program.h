@@ -1,0 +1,97 @@
+#pragma once
+
+#include "e2e/Desktop.h"
+#include "e2e/State.h"
+
+#include <QImage>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace e2e {
+
+/// A test of the program itself, with a display, a profile and a folder of pictures of its own. It
+/// is driven through `desktop` and looked at through `state()`; conditions are waited for, never
+/// times:
+///
+///     makePictures(QStringLiteral("sea"), {QStringLiteral("a.png"), QStringLiteral("b.png")});
+///     start();
+///     click(QStringLiteral("a.png"));
+///     EXPECT_TRUE(waitFor([](const State& s) { return s.selected() == u"a.png"; }));
+class ProgramTest : public testing::Test {
+protected:
+    using Condition = std::function<bool(const State& state)>;
+
+    ProgramTest();
+    ~ProgramTest() override;
+    void SetUp() override;
+    void TearDown() override;
+
+    /// Pictures of 300 x 200 below `photos()`, each in a colour of its own.
+    void makePictures(const QString& folder, const QStringList& names);
+    void makePicture(const QString& folder, const QString& name, const QImage& picture);
+    /// "a00.png" and so on.
+    [[nodiscard]] static QStringList numbered(const QString& prefix, int count);
+    [[nodiscard]] QString photos() const { return _folder.filePath(QStringLiteral("photos")); }
+    [[nodiscard]] QString photo(const QString& below) const { return photos() + u'/' + below; }
+    /// The files below `photos()`, relative to it, sorted.
+    [[nodiscard]] QStringList filesOnDisk() const;
+
+    /// Starts the program with `photos()` in the sidebar, and waits until the browser shows all
+    /// thumbnails and has the keys. `hasFolder` false starts it with an empty sidebar instead.
+    void start(const QStringList& arguments = {}, bool hasFolder = true);
+    /// Ends the program as a desktop does and expects that it leaves in order, without a word on
+    /// standard error.
+    void quit();
+
+    /// What the program shows now; empty if it doesn't answer.
+    [[nodiscard]] State state() const;
+    /// Asks until the condition holds. `meanwhile` is called before each look, such as for a mouse
+    /// that trembles. A failure tells the last state.
+    [[nodiscard]] testing::AssertionResult
+    waitFor(const Condition& condition, const std::function<void()>& meanwhile = {}) const;
+    [[nodiscard]] testing::AssertionResult waitForSelection(const QString& names) const;
+    /// The image on show with that name, once it lies still.
+    [[nodiscard]] Item item(const QString& name) const;
+
+    /// Clicks the picture of an image on show.
+    void click(const QString& name, const QStringList& modifiers = {});
+    /// Clicks a control, menu entry or row by its text, once it is there.
+    void clickPlace(const QString& text);
+    /// Gives the keys to the topmost window.
+    void takeFocus();
+
+    Desktop desktop;
+
+private:
+    QTemporaryDir _folder;
+    QString _profile;
+    QProcess _program;
+};
+
+/// Another program on the same display, which takes what is dropped on it, or offers a file.
+class DragPartner {
+public:
+    /// Shows itself at that place of the screen. With a path it offers that to whoever drags it
+    /// off.
+    DragPartner(const Desktop& desktop, QRect place, const QString& offered = {});
+    ~DragPartner();
+    DragPartner(const DragPartner&) = delete;
+    DragPartner& operator=(const DragPartner&) = delete;
+
+    [[nodiscard]] QPoint centre() const { return _place.center(); }
+    /// What it has told so far, a line for each event: "shown", "entered", "dropped PATH",
+    /// "dragging", "taken ACTION".
+    [[nodiscard]] QStringList events();
+    [[nodiscard]] testing::AssertionResult
+    waitForEvent(const QString& event, const std::function<void()>& meanwhile = {});
+
+private:
+    const QRect _place;
+    QProcess _process;
+    QStringList _events;
+};
+
+} // namespace e2e
