@@ -18,6 +18,7 @@ using platform::localizedString;
 namespace {
 
 constexpr QSize pictureSize(112, 112);
+constexpr std::chrono::milliseconds indicatorDelay(250);
 constexpr QSize buttonSize(200, 32);
 
 QLabel* centredLabel(QWidget* parent) {
@@ -40,7 +41,6 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     _title->setFont(large);
     _or->setText(localizedString(u"Or"));
     _hint->setText(localizedString(u"DragDropFolder"));
-    _suggestion->setIcon(Icons::named(QStringLiteral("folder-pictures")));
     for (QPushButton* button : {_suggestion, _button})
         button->setMinimumSize(buttonSize);
     _indicator->setRange(0, 0);
@@ -65,8 +65,11 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     connect(_suggestion, &QPushButton::clicked, this, [this] {
         Q_EMIT suggestedFolderRequested(_suggestedFolder);
     });
-    updateColors();
+    _indicatorDelay.setSingleShot(true);
+    _indicatorDelay.setInterval(indicatorDelay);
+    connect(&_indicatorDelay, &QTimer::timeout, _indicator, &QWidget::show);
     setTipKind(0);
+    updateColors();
 }
 
 std::int64_t
@@ -89,6 +92,7 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     _title->setVisible(!title.isEmpty());
     _picture->setVisible(!title.isEmpty());
     updateButtons();
+    updateColors();
     // The indicator changes after the present event, so that a scan that ends within it shows none.
     if (auto* loop = platform::MainLoop::instance()) {
         loop->cancelPreviousPerformRequestsWithTarget(this);
@@ -122,7 +126,13 @@ void PBImageBrowserTipView::updateButtons() {
 }
 
 void PBImageBrowserTipView::updateIndicator() {
-    _indicator->setVisible(_tipKind == 4);
+    // A search scans anew at each key: what is there in a moment needs no indicator.
+    if (_tipKind == 4) {
+        _indicatorDelay.start();
+    } else {
+        _indicatorDelay.stop();
+        _indicator->hide();
+    }
 }
 
 void PBImageBrowserTipView::changeEvent(QEvent* event) {
@@ -137,9 +147,17 @@ void PBImageBrowserTipView::updateColors() {
     _picture->setPixmap(
         Icons::pixmap(QStringLiteral("photographs"), pictureSize, devicePixelRatioF(), faint));
     QPalette own = palette();
-    if (own.color(QPalette::Window) == colors.browser) return;
-    own.setColor(QPalette::Window, colors.browser);
+    // Over a folder it looks like the sheet that it stands in for.
+    const QColor ground = _tipKind == 1 ? colors.browser : colors.sheet;
+    if (own.color(QPalette::Window) == ground) return;
+    own.setColor(QPalette::Window, ground);
     setPalette(own);
+    QPalette likely = _suggestion->palette();
+    likely.setColor(QPalette::Button, colors.accent);
+    likely.setColor(QPalette::ButtonText, Qt::white);
+    _suggestion->setPalette(likely);
+    _suggestion->setIcon(QIcon(Icons::pixmap(
+        QStringLiteral("folder-pictures"), QSize(16, 16), devicePixelRatioF(), Qt::white)));
     for (QLabel* label : {_or, _hint}) {
         QPalette quiet = label->palette();
         quiet.setColor(QPalette::WindowText, colors.secondaryText);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 
 #include <cstdint>
@@ -51,4 +52,5 @@ private:
     QPushButton* _button;
     QString _suggestedFolder;
     QProgressBar* _indicator;
+    QTimer _indicatorDelay;
 };

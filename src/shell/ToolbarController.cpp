@@ -14,7 +14,6 @@
 #include "ui/HeaderBar.h"
 #include "ui/Icons.h"
 
-#include <QShortcut>
 #include <QToolButton>
 
 using platform::localizedFormat;
@@ -42,10 +41,12 @@ QString nameOf(const std::optional<PBPathHistory::Place>& place) {
                                          : PBUtilities::displayNameOfPath(place->relativePath);
 }
 
-void setTip(QAction* action, QStringView plain, QStringView to, const QString& name) {
+void setTip(
+    QAction* action, QStringView plain, QStringView to, const QString& name,
+    const QKeySequence& keys) {
     const QString text = name.isEmpty() ? localizedString(plain) : localizedFormat(to, {name});
-    const QString keys = action->shortcut().toString(QKeySequence::NativeText);
-    action->setToolTip(keys.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(text, keys));
+    action->setToolTip(
+        QStringLiteral("%1 (%2)").arg(text, keys.toString(QKeySequence::NativeText)));
 }
 
 } // namespace
@@ -55,8 +56,6 @@ ToolbarController::ToolbarController(const Parts& parts, QObject* parent)
     connectHistory();
     connectFilters();
     connectSourceBar();
-    auto* find = new QShortcut(QKeySequence::Find, _parts.toolbar.parentWidget());
-    connect(find, &QShortcut::activated, this, &ToolbarController::find);
     MainToolbar& toolbar = _parts.toolbar;
     toolbar.setCaptions(_parts.delegate.userDefaults().boolForKey(captionsKey).value_or(false));
     connect(&toolbar, &MainToolbar::captionsChosen, this, [this](bool shown) {
@@ -124,6 +123,7 @@ void ToolbarController::connectSourceBar() {
     add->setDefaultAction(_parts.toolbar.addFolderAction());
     add->setIcon(Icons::named(QStringLiteral("add")));
     _subFolder = barButton(bar);
+    _subFolder->setObjectName(QStringLiteral("subFolder"));
     connect(_subFolder, &QToolButton::clicked, &_parts.filters, &FilterCommands::recurseSubFolder);
     connect(&_parts.filters, &FilterCommands::recurseSubFolderDidChange, this, [this] {
         updateSourceBarBtn();
@@ -156,9 +156,12 @@ void ToolbarController::updateSourceBarBtn() {
 
 void ToolbarController::updateHistoryTips() {
     const PBPathHistory& history = _parts.delegate.pathHistory();
-    setTip(_parts.toolbar.backAction(), u"Back", u"BackTo", nameOf(history.backPlace()));
     setTip(
-        _parts.toolbar.forwardAction(), u"Forward", u"ForwardTo", nameOf(history.forwardPlace()));
+        _parts.toolbar.backAction(), u"Back", u"BackTo", nameOf(history.backPlace()),
+        Qt::ALT | Qt::Key_Left);
+    setTip(
+        _parts.toolbar.forwardAction(), u"Forward", u"ForwardTo", nameOf(history.forwardPlace()),
+        Qt::ALT | Qt::Key_Right);
 }
 
 void ToolbarController::validateVisibleItems() {
