@@ -26,7 +26,6 @@ MainToolbar::MainToolbar(QWidget* parent)
 QAction*
 MainToolbar::addCommand(const QString& icon, QStringView text, const QKeySequence& shortcut) {
     QAction* action = addAction(Icons::named(icon), localizedString(text));
-    action->setShortcut(shortcut);
     action->setToolTip(QStringLiteral("%1 (%2)").arg(
         localizedString(text), shortcut.toString(QKeySequence::NativeText)));
     return action;

@@ -10,12 +10,13 @@
 #include "shell/BrowserPane.h"
 #include "shell/FilterCommands.h"
 #include "shell/FolderPrompts.h"
-#include "shell/MainMenu.h"
+#include "shell/InfoPane.h"
 #include "shell/MainToolbar.h"
 #include "shell/MessagePane.h"
 #include "shell/PaneLayout.h"
 #include "shell/SourceSidebar.h"
 #include "shell/StatusBarView.h"
+#include "shell/WindowCommands.h"
 #include "ui/HeaderBar.h"
 #include "ui/PBThemes.h"
 
@@ -27,9 +28,9 @@ using platform::localizedString;
 namespace {
 
 const QString geometryKey = QStringLiteral("WindowGeometry");
-const QString statusBarKey = QStringLiteral("ShowHideStatusBar");
 constexpr QSize firstWindowSize(1180, 760);
-constexpr QSize smallestWindowSize(560, 420);
+/// Leaves each pane its least.
+constexpr QSize smallestWindowSize(720, 480);
 
 /// A pane under a bar with its name.
 QWidget* titledPane(const QString& title, QWidget* content) {
@@ -51,8 +52,14 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override {
+        // The next start begins with a window that has its bars.
+        _controller._commands->leaveFullScreen();
         _controller.saveGeometry();
         QMainWindow::closeEvent(event);
+    }
+    void changeEvent(QEvent* event) override {
+        QMainWindow::changeEvent(event);
+        if (event->type() == QEvent::ActivationChange) _controller.redrawBars();
     }
     void showEvent(QShowEvent* event) override {
         QMainWindow::showEvent(event);
@@ -68,7 +75,6 @@ private:
 PBMainWindowController::PBMainWindowController(PBAppDelegate& delegate)
     : _delegate(delegate), _window(std::make_unique<Window>(*this)) {
     buildWindow();
-    updateStatusBarShowHide();
     restoreGeometry();
     updateImageBrowserTipView();
 }
@@ -94,13 +100,9 @@ void PBMainWindowController::buildWindow() {
          .group =
              titledPane(localizedString(u"Groups"), new MessagePane(localizedString(u"NoGroups"))),
          .thumbnail = makeBrowserPane(),
-         .info = titledPane(
-             localizedString(u"Information"), new MessagePane(localizedString(u"NoInformation")))},
+         .info = new InfoPane(_delegate.userDefaults())},
         _delegate.userDefaults(), _window.get());
     _statusBarView = new StatusBarView(*_panes);
-    QObject::connect(
-        _browserPane.get(), &BrowserPane::itemCountDidChange, _statusBarView,
-        &StatusBarView::setItemCount);
 
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
@@ -112,11 +114,18 @@ void PBMainWindowController::buildWindow() {
 
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
-    _menu = new MainMenu(*_window, *_panes, *_toolbar, _window.get());
+    _commands = std::make_unique<WindowCommands>(
+        WindowCommands::Parts{
+            .delegate = _delegate,
+            .window = *_window,
+            .browserPane = *_browserPane,
+            .sourceSidebar = *_sourceSidebar,
+            .filterCommands = *_filterCommands,
+            .panes = *_panes,
+            .statusBarView = *_statusBarView,
+            .toolbar = *_toolbar},
+        nullptr);
     connectFolderCommands();
-    QObject::connect(_menu, &MainMenu::statusBarToggled, _window.get(), [this] {
-        setHideStatusBar(!hideStatusBar());
-    });
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -144,19 +153,9 @@ void PBMainWindowController::connectFolderCommands() {
         _toolbar->backAction(), &QAction::triggered, &selection, &SourceSelection::back);
     QObject::connect(
         _toolbar->forwardAction(), &QAction::triggered, &selection, &SourceSelection::forward);
-    QObject::connect(
-        _menu, &MainMenu::removeFolderRequested, &commands, &FolderRootCommands::removeFolderAlias);
-    QObject::connect(_menu, &MainMenu::revealRequested, &commands, [this] {
-        if (const auto folder = _sourceSidebar->tree().selectedFolder()) {
-            folderRootCommands().revealInFinder(*folder);
-        }
-    });
     QObject::connect(&selection, &SourceSelection::historyDidChange, _toolbar, [this] {
         validateVisibleItems();
     });
-    QObject::connect(
-        &_sourceSidebar->tree(), &SourceTreeController::selectionDidChange, _toolbar,
-        [this] { validateVisibleItems(); });
     validateVisibleItems();
 }
 
@@ -164,9 +163,6 @@ void PBMainWindowController::validateVisibleItems() {
     const PBPathHistory& history = _delegate.pathHistory();
     _toolbar->backAction()->setEnabled(history.canBack());
     _toolbar->forwardAction()->setEnabled(history.canForward());
-    const auto folder = _sourceSidebar->tree().selectedFolder();
-    _menu->setFolderCommands(
-        folder && !folder->folderPath().isEmpty(), folderRootCommands().canRemoveFolderAlias());
 }
 
 SourceSelection& PBMainWindowController::sourceSelection() {
@@ -191,19 +187,23 @@ void PBMainWindowController::updateImageBrowserTipView() {
         _sourceSidebar->tree().selectedItem() != nullptr, _delegate.isScanning()));
 }
 
+bool PBMainWindowController::isFullScreen() const {
+    return _commands->isFullScreen();
+}
+
 bool PBMainWindowController::hideStatusBar() const {
-    return _delegate.userDefaults().boolForKey(statusBarKey).value_or(false);
+    return _commands->hideStatusBar();
 }
 
 void PBMainWindowController::setHideStatusBar(bool hide) {
-    _delegate.userDefaults().setBool(hide, statusBarKey);
-    updateStatusBarShowHide();
+    _commands->setHideStatusBar(hide);
 }
 
-void PBMainWindowController::updateStatusBarShowHide() {
-    const bool shown = !hideStatusBar() && !_window->isFullScreen();
-    _statusBarView->setVisible(shown);
-    _menu->setStatusBarShown(shown);
+/// Bars and the heads of groups look different in a window that isn't the active one.
+void PBMainWindowController::redrawBars() {
+    for (QWidget* bar : _window->findChildren<HeaderBar*>())
+        bar->update();
+    if (_browserPane) _browserPane->browserView().update();
 }
 
 void PBMainWindowController::restoreGeometry() {

@@ -6,7 +6,6 @@ class BrowserPane;
 class FilterCommands;
 class FolderPrompts;
 class FolderRootCommands;
-class MainMenu;
 class MainToolbar;
 class PaneLayout;
 class PBAppDelegate;
@@ -16,6 +15,7 @@ class QWidget;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
+class WindowCommands;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
 class PBMainWindowController {
@@ -42,6 +42,7 @@ public:
     /// Shows why the browser is empty, or hides the tip.
     void updateImageBrowserTipView();
 
+    [[nodiscard]] bool isFullScreen() const;
     [[nodiscard]] bool hideStatusBar() const;
     /// Stored at once.
     void setHideStatusBar(bool hide);
@@ -51,7 +52,7 @@ private:
     [[nodiscard]] QWidget* makeBrowserPane();
     void connectFolderCommands();
     void validateVisibleItems();
-    void updateStatusBarShowHide();
+    void redrawBars();
     void restoreGeometry();
     void saveGeometry();
 
@@ -67,6 +68,6 @@ private:
     FilterCommands* _filterCommands = nullptr;
     PaneLayout* _panes = nullptr;
     StatusBarView* _statusBarView = nullptr;
-    MainMenu* _menu = nullptr;
     MainToolbar* _toolbar = nullptr;
+    std::unique_ptr<WindowCommands> _commands; // goes before all of them
 };
