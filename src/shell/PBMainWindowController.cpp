@@ -179,6 +179,7 @@ void PBMainWindowController::clearBrowser() {
 
 void PBMainWindowController::showWindow() {
     _window->show();
+    _browserPane->browserView().setFocus();
 }
 
 void PBMainWindowController::updateImageBrowserTipView() {

@@ -215,6 +215,7 @@ protected:
 };
 
 TEST_F(MenuBarTest, everyCommandStandsThereOnceWithATextAndNoKeyIsTakenTwice) {
+    menu.validate();
     std::multiset<QString> inMenus;
     forEachMenu(window.menuBar()->actions(), [&](const QMenu& each) {
         std::set<QString> letters;
