@@ -17,8 +17,10 @@ InfoPane::InfoPane(platform::UserDefaults& defaults, QWidget* parent)
       _generalInfoButton(addButton(localizedString(u"GeneralInformation"), 0)),
       _moreInfoButton(addButton(localizedString(u"MoreInformation"), 1)),
       _panels(new QStackedWidget) {
-    _panels->addWidget(new MessagePane(localizedString(u"NoGeneralInformation")));
-    _panels->addWidget(new MessagePane(localizedString(u"NoMoreInformation")));
+    _panels->addWidget(
+        new MessagePane(localizedString(u"NoGeneralInformation"), QStringLiteral("generalInfo")));
+    _panels->addWidget(
+        new MessagePane(localizedString(u"NoMoreInformation"), QStringLiteral("moreInfo")));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);

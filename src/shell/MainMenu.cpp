@@ -5,6 +5,7 @@
 #include "ui/Icons.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QMainWindow>
@@ -55,8 +56,20 @@ void MainMenu::makeActions() {
         // The window's own, or their shortcuts would be dead while the menu bar is hidden.
         _window.addAction(action);
     }
+    makeChoice(MenuCommand::arrange_FileName, MenuCommand::arrange_None);
+    makeChoice(MenuCommand::arrange_Ascending, MenuCommand::arrange_Dscending);
     action(MenuCommand::quit)->setMenuRole(QAction::QuitRole);
     action(MenuCommand::showAbout)->setMenuRole(QAction::AboutRole);
+}
+
+/// Of the commands from the one to the other, at most one has a mark, which is drawn as such.
+void MainMenu::makeChoice(MenuCommand first, MenuCommand last) {
+    auto* choice = new QActionGroup(this);
+    choice->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
+    for (std::size_t i = indexOf(first); i <= indexOf(last); ++i) {
+        _actions[i]->setCheckable(true);
+        choice->addAction(_actions[i]);
+    }
 }
 
 void MainMenu::fill(std::span<const MenuRow> rows, QMenu* first) {

@@ -44,6 +44,7 @@ protected:
 
 private:
     void makeActions();
+    void makeChoice(MenuCommand first, MenuCommand last);
     void fill(std::span<const MenuRow> rows, QMenu* first);
     void watchMenu(QMenu* menu);
     void perform(MenuCommand command);
