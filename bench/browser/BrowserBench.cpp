@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <ctime>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace {
@@ -62,7 +63,8 @@ std::vector<PBGroupItem*> leavesOf(const PBGroupItemArray& tree) {
     return leaves;
 }
 
-void measureLayout(const char* name, int groups) {
+bool measureLayout(const std::string& groupsText, int groups) {
+    const auto nameOf = [&](const char* part) { return part + (", " + groupsText); };
     constexpr int images = 1000000;
     const PBGroupItemArray tree = makeTree(groups, images);
     BrowserLeafList leaves;
@@ -77,14 +79,13 @@ void measureLayout(const char* name, int groups) {
         });
         bench::keep(sum);
     };
-    std::printf("%s\n", name);
-    bench::printRatio("  height of the sheet, to reading every size", rounds, plainFloor, [&] {
+    bench::printRatio(nameOf("sheet's height / all sizes").c_str(), rounds, plainFloor, [&] {
         layout.invalidate();
         bench::keep(layout.contentHeight());
     });
     layout.invalidate();
     const double near = threadTimeOf([&] { bench::keep(layout.visibleRange(0, 1000).end.item); });
-    std::printf("  first visible range, nothing known: %.4f ms (limit 30)\n", near);
+    bool met = bench::printFigure(nameOf("first visible range").c_str(), near, "ms", 30);
     double first = 1e9;
     for (int round = 0; round < rounds; ++round) {
         layout.invalidate();
@@ -93,7 +94,7 @@ void measureLayout(const char* name, int groups) {
                              bench::keep(layout.visibleRange(0, 1000).end.item);
                          }));
     }
-    std::printf("  first visible range and the height of the sheet: %.3f ms\n", first);
+    met &= bench::printFigure(nameOf("first range and height").c_str(), first, "ms", 30);
     const double height = layout.contentHeight();
     std::mt19937 random(2);
     double worst = 0;
@@ -106,8 +107,9 @@ void measureLayout(const char* name, int groups) {
         worst = std::max(worst, time);
         total += time;
     }
-    std::printf(
-        "  later visible ranges: mean %.5f ms, worst %.5f ms (limit 0.1)\n", total / looks, worst);
+    bench::printFigure(nameOf("later ranges, mean").c_str(), total / looks, "ms", 0.1);
+    met &= bench::printFigure(nameOf("later ranges, worst").c_str(), worst, "ms", 0.1);
+    return met;
 }
 
 class NoThumbnails final : public ThumbnailLoader {
@@ -147,7 +149,7 @@ Frames summary(std::vector<double> times) {
     return {times[times.size() / 2], times.back()};
 }
 
-void measureScrolling() {
+bool measureScrolling() {
     constexpr int images = 100000;
     constexpr int steps = 600;
     constexpr double step = 40;
@@ -194,12 +196,11 @@ void measureScrolling() {
     for (int index = 0; index < steps; ++index)
         frames.push_back(threadTimeOf([&] { QPainter(&target).drawImage(0, 0, source); }));
     const Frames copied = summary(frames);
-    std::printf(
-        "scrolling %d images, %d steps: median %.3f ms (limit 4), worst %.3f ms (limit 12)\n",
-        images, steps, scrolled.median, scrolled.worst);
-    std::printf(
-        "  a bare copy of the window: median %.3f ms; ratio of medians %.2f (target 2.50)\n",
-        copied.median, scrolled.median / copied.median);
+    bool met = bench::printFigure("scrolling 100,000, median frame", scrolled.median, "ms", 4);
+    met &= bench::printFigure("scrolling 100,000, worst frame", scrolled.worst, "ms", 12);
+    met &= bench::printFigure(
+        "scrolling 100,000, median / copy of the window", scrolled.median / copied.median, "times",
+        2.5);
 
     double swap = 1e9;
     for (int round = 0; round < rounds; ++round) {
@@ -216,7 +217,8 @@ void measureScrolling() {
             node->updateDataGroupItem();
         view.setLeafGroupItemArray(leavesOf(tree));
     }
-    std::printf("swap of a tree of %d images: %.3f ms (limit 16)\n", images, swap);
+    met &= bench::printFigure("swap of a tree of 100,000", swap, "ms", 16);
+    return met;
 }
 
 } // namespace
@@ -226,7 +228,8 @@ int main(int argc, char** argv) {
     const QApplication application(argc, argv);
     const platform::MainLoop loop;
     PBThemes::apply(PBThemes::Scheme::Light);
-    measureLayout("1,000,000 images in 1,000 groups", 1000);
-    measureLayout("1,000,000 images in one group", 1);
-    measureScrolling();
+    bool met = measureLayout("million in 1,000 groups", 1000);
+    met &= measureLayout("million in one group", 1);
+    met &= measureScrolling();
+    return met ? 0 : 1;
 }

@@ -299,7 +299,7 @@ bool measurePublication() {
 
 bool measureMemory() {
     constexpr std::size_t count = 100'000;
-    constexpr std::size_t target = 400;
+    constexpr double target = 400;
     const auto photos = makePhotos(count, false);
     const auto inUse = [] {
         const auto info = mallinfo2();
@@ -316,12 +316,9 @@ bool measureMemory() {
             {std::move(item), tree, chain, data, SortFileName, false});
     }
     const std::size_t perItem = (inUse() - before) / count;
-    const bool met = perItem <= target;
-    std::printf(
-        "%-52s %zu bytes (item itself %zu)  target %zu  %s\n",
-        "memory per item, with name, sort key and tree slots", perItem, sizeof(PBImageFileItem),
-        target, met ? "met" : "MISSED");
-    return met;
+    return bench::printFigure(
+        "memory per item, with name, sort key and tree slots", static_cast<double>(perItem),
+        "bytes", target);
 }
 
 } // namespace

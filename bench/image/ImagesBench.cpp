@@ -39,18 +39,6 @@ QByteArray contents(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// A figure in the machine's own units, where a ratio would say nothing.
-bool printFigure(
-    const char* name, double figure, const char* unit,
-    std::optional<double> target = std::nullopt) {
-    const bool met = !target || figure <= *target;
-    std::printf("%-52s %9.3f %s", name, figure, unit);
-    if (target) std::printf("  target %.2f  %s", *target, met ? "met" : "MISSED");
-    std::printf("\n");
-    std::fflush(stdout);
-    return met;
-}
-
 bool compareDecodes(const QString& path, const char* thumbnailName, const char* fullName) {
     const QByteArray file = contents(path);
     const QImage thumbnail = read(path, thumbnailSide);
@@ -134,7 +122,8 @@ bool measurePeak(const QString& path) {
     process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--peak"), path});
     if (!process.waitForFinished()) return false;
     const double peak = process.readAllStandardOutput().toDouble() / 1024;
-    return peak > 0 && printFigure("thumbnail of 24 megapixels: peak memory", peak, "MiB", 40);
+    return peak > 0 &&
+           bench::printFigure("thumbnail of 24 megapixels: peak memory", peak, "MiB", 40);
 }
 
 } // namespace
@@ -157,10 +146,10 @@ int main(int argc, char** argv) {
     // The way through a process costs the same for every picture, but shows above the noise of the
     // machine only where the decode itself is short.
     const QString small = bench::writePhotograph(folder, {800, 600});
-    met &= printFigure(
+    met &= bench::printFigure(
         "thumbnail of 0.5 megapixels: isolated - in process", isolationCost(small, pool, 400), "ms",
         1.0);
-    printFigure(
+    bench::printFigure(
         "thumbnail of 12 megapixels: isolated - in process", isolationCost(twelve, pool, 40), "ms");
     met &= compareProperties(twelve, *pool);
     return met ? 0 : 1;

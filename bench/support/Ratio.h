@@ -59,4 +59,23 @@ bool printRatio(
     return met;
 }
 
+enum class Bound { AtMost, AtLeast };
+
+/// Prints a figure in the machine's own units, where a ratio would say nothing, and answers whether
+/// it keeps to the target; without a target it is only recorded.
+inline bool printFigure(
+    const char* name, double figure, const char* unit, std::optional<double> target = std::nullopt,
+    Bound bound = Bound::AtMost) {
+    const bool met = !target || (bound == Bound::AtMost ? figure <= *target : figure >= *target);
+    std::printf("%-52s figure %9.*f %s", name, figure < 1 ? 5 : 3, figure, unit);
+    if (target) {
+        std::printf(
+            "  target %s%g  %s", bound == Bound::AtMost ? "" : ">= ", *target,
+            met ? "met" : "MISSED");
+    }
+    std::printf("\n");
+    std::fflush(stdout);
+    return met;
+}
+
 } // namespace bench

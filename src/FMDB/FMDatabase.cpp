@@ -23,7 +23,7 @@ FMError errorOf(sqlite3* handle) {
 
 } // namespace
 
-FMDatabase::FMDatabase(const QString& path) : _databasePath(path) {
+FMDatabase::FMDatabase(QString path) : _databasePath(std::move(path)) {
     if (!sqlite3_threadsafe()) qFatal("SQLite was built without thread safety");
 }
 
@@ -206,6 +206,11 @@ int FMDatabase::changes() const {
 
 FMError FMDatabase::lastError() const {
     return _db ? errorOf(_db) : _openError;
+}
+
+bool FMDatabase::isFileDamaged() const {
+    const int primary = lastErrorCode() & 0xff;
+    return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB;
 }
 
 int FMDatabase::lastErrorCode() const {

@@ -39,7 +39,7 @@ concept FMArgument =
 class FMDatabase {
 public:
     /// An empty path is a database in memory.
-    explicit FMDatabase(const QString& path);
+    explicit FMDatabase(QString path);
     ~FMDatabase() { close(); }
     FMDatabase(const FMDatabase&) = delete;
     FMDatabase& operator=(const FMDatabase&) = delete;
@@ -98,6 +98,8 @@ public:
     /// the attempt.
     [[nodiscard]] int lastErrorCode() const;
     [[nodiscard]] QString lastErrorMessage() const;
+    /// Whether the last error says that the file's content is no database, or a malformed one.
+    [[nodiscard]] bool isFileDamaged() const;
     [[nodiscard]] FMError lastError() const;
     [[nodiscard]] bool hadError() const;
 

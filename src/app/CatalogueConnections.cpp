@@ -4,6 +4,8 @@
 #include "catalogue/PBCatalogue.h"
 #include "platform/StandardError.h"
 
+#include <QFile>
+
 namespace {
 
 const QString filesName = QStringLiteral("files.db");
@@ -30,12 +32,48 @@ void storeWithoutWaiting(FMDatabase& connection) {
 }
 
 /// Opening says nothing of what is in the file; the first statement does.
+bool isUsable(FMDatabase& connection) {
+    return PBCatalogue(connection).isTableExist(QStringLiteral("Version"));
+}
+
 void tellIfUnusable(FMDatabase& connection) {
-    if (PBCatalogue(connection).isTableExist(QStringLiteral("Version"))) return;
+    if (isUsable(connection)) return;
     platform::complain(
         QStringLiteral("the catalogue file %1 can't be used (%2); it is left as it is, and nothing "
                        "is kept in it")
             .arg(connection.databasePath(), connection.lastErrorMessage()));
+}
+
+/// Moves the file away, with what SQLite keeps beside it; replaces what was moved away before.
+bool moveAside(const QString& path, const QString& aside) {
+    for (const char* beside : {"-wal", "-shm", "-journal"})
+        QFile::remove(path + QLatin1StringView(beside));
+    QFile::remove(aside);
+    return QFile::rename(path, aside);
+}
+
+/// Thumbnails can all be made again: a damaged file of them makes room for a new one.
+std::unique_ptr<FMDatabase> openThumbnails() {
+    auto connection = openFile(thumbnailName);
+    PBCatalogue(*connection).checkTables_Thumbnail();
+    if (!isUsable(*connection) && connection->isFileDamaged()) {
+        const QString path = connection->databasePath();
+        const QString reason = connection->lastErrorMessage();
+        const QString aside = path + QStringLiteral(".damaged");
+        connection->close();
+        const bool isMoved = moveAside(path, aside);
+        connection = openFile(thumbnailName);
+        PBCatalogue(*connection).checkTables_Thumbnail();
+        if (isMoved && isUsable(*connection)) {
+            platform::complain(
+                QStringLiteral("the thumbnails in %1 can't be read (%2); the file is now %3, and "
+                               "thumbnails are made again")
+                    .arg(path, reason, aside));
+            return connection;
+        }
+    }
+    tellIfUnusable(*connection);
+    return connection;
 }
 
 } // namespace
@@ -44,9 +82,7 @@ CatalogueConnections::CatalogueConnections() {
     _mainFileDb = openFile(filesName);
     PBCatalogue(*_mainFileDb).checkTables_FilesDb();
     tellIfUnusable(*_mainFileDb);
-    _mainThumbDb = openFile(thumbnailName);
-    PBCatalogue(*_mainThumbDb).checkTables_Thumbnail();
-    tellIfUnusable(*_mainThumbDb);
+    _mainThumbDb = openThumbnails();
     _scanFileDb = openFile(filesName);
     _preloadThumbDb = openFile(thumbnailName);
     _buildThumbDb = openFile(thumbnailName);

@@ -17,8 +17,8 @@
 
 namespace {
 
-constexpr int longestWait = 5000; // milliseconds
-constexpr qsizetype largestRequest = 16 * 1024 * 1024;
+constexpr int longestWait = 5000;                         // milliseconds
+constexpr qsizetype largestRequest = qsizetype(16) << 20; // bytes
 const QByteArray accepted("ok");
 
 /// A socket's path may have 107 bytes only, so it is named by a hash of the folder's real path.

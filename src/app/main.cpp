@@ -13,6 +13,7 @@
 #include "ui/ColorScheme.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QMainWindow>
 #include <QTimer>
 
@@ -69,6 +70,18 @@ bool saveScreenshot(QWidget& window, const QString& file) {
     if (window.grab().save(file, "PNG")) return true;
     platform::complain(QStringLiteral("the picture %1 can't be written").arg(file));
     return false;
+}
+
+/// From where desktops find it, too; some of them ask each window for its own.
+QIcon applicationIcon() {
+    QIcon icon;
+    for (const int side : {32, 48, 128}) {
+        icon.addFile(
+            platform::Places::sharedFile(
+                QStringLiteral("../icons/hicolor/%1x%1/apps/velmora.png").arg(side)),
+            {side, side});
+    }
+    return icon;
 }
 
 void bringToFront(QWidget& window) {
@@ -152,6 +165,7 @@ int main(int argc, char** argv) {
     provideRuntimeFolder();
     TerminationSignals::block();
     const QApplication application(argc, argv);
+    QGuiApplication::setWindowIcon(applicationIcon());
     const TerminationSignals signals;
     QObject::connect(
         &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);

@@ -1,6 +1,6 @@
 #include "browser/GroupHeadPainter.h"
 
-#include "ui/Icons.h"
+#include "ui/GroupIcons.h"
 #include "ui/PBThemes.h"
 
 #include <QApplication>
@@ -37,12 +37,6 @@ void drawSeparator(QPainter& painter, const QPointF& centre) {
     painter.restore();
 }
 
-QIcon systemIcon(const group::IconName& icon) {
-    const QStyle::StandardPixmap standard =
-        icon.kind == group::IconName::Kind::Folder ? QStyle::SP_DirIcon : QStyle::SP_FileIcon;
-    return QApplication::style()->standardIcon(standard);
-}
-
 } // namespace
 
 GroupHeadPainter::GroupHeadPainter(TagLookup tagWithTagId)
@@ -74,10 +68,7 @@ double GroupHeadPainter::drawIcon(
     // Reading a symbol costs more than drawing the rest of the head.
     const auto key = qMakePair(static_cast<int>(icon.kind), icon.name);
     auto known = _icons.constFind(key);
-    if (known == _icons.constEnd())
-        known = _icons.insert(
-            key,
-            icon.kind == group::IconName::Kind::Named ? Icons::named(icon.name) : systemIcon(icon));
+    if (known == _icons.constEnd()) known = _icons.insert(key, Icons::ofGroup(icon));
     if (known->isNull()) return 0;
     const double top = rect.top() + std::rint((rect.height() - iconSize) / 2);
     known->paint(&painter, QRectF(rect.left(), top, iconSize, iconSize).toRect());

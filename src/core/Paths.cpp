@@ -21,7 +21,7 @@ public:
     QStringView next() {
         if (_position == 0 && _path.startsWith(u'/')) {
             skipSeparators();
-            return QStringView(u"/");
+            return u"/";
         }
         skipSeparators();
         const qsizetype start = _position;

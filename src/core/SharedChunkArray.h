@@ -68,7 +68,7 @@ public:
 private:
     struct Slot {
         std::shared_ptr<Chunk> chunk; // never empty
-        std::size_t end;              // index behind the chunk's last element
+        std::size_t end = 0;          // index behind the chunk's last element
         /// Some copy may hold the chunk too. Counting its owners would not do: another thread's
         /// last look at it and its letting go are not ordered before our change.
         mutable bool isShared = false;

@@ -39,7 +39,7 @@ private:
     /// Where a table's values begin among those of an image.
     struct Place {
         Table table;
-        std::size_t first;
+        std::size_t first = 0;
     };
 
     [[nodiscard]] QString joinedQuery(std::size_t imageCount) const;

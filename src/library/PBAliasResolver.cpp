@@ -2,6 +2,7 @@
 
 #include "core/Paths.h"
 #include "platform/LocalizedTexts.h"
+#include "platform/MainLoop.h"
 
 #include <utility>
 
@@ -16,6 +17,8 @@ constexpr std::chrono::milliseconds resolveLimit =
     platform::BookmarkResolver::timeLimit + std::chrono::milliseconds(50);
 /// The user has just chosen the folder and waits for it.
 constexpr std::chrono::milliseconds newAliasLimit{3000};
+/// What a search in the background may take, when nobody waits.
+constexpr std::chrono::milliseconds searchLimit{10'000};
 
 } // namespace
 
@@ -31,11 +34,15 @@ std::uint64_t aliasTypeOfVolume(const platform::VolumeProperties& properties) {
 
 PBAliasResolver::PBAliasResolver(
     platform::BoundedCalls& calls, platform::VolumeMounter* mounter,
-    platform::VolumeSources sources)
+    platform::VolumeSources sources, platform::BookmarkResolver::Clock clock)
     : _calls(calls), _mounter(mounter),
-      _resolver(std::make_shared<const platform::BookmarkResolver>(sources)),
+      _resolver(std::make_shared<const platform::BookmarkResolver>(sources, std::move(clock))),
       _commonFolders(platform::BookmarkResolver::commonFolders(sources)),
       _self(std::make_shared<PBAliasResolver*>(this)) {}
+
+PBAliasResolver::~PBAliasResolver() {
+    _stop.request_stop();
+}
 
 QString PBAliasResolver::lane(const PBAliasObject& aliasObject) {
     const auto bookmark = Bookmark::fromData(aliasObject.aliasData());
@@ -45,11 +52,12 @@ QString PBAliasResolver::lane(const PBAliasObject& aliasObject) {
 
 Resolution PBAliasResolver::resolve(
     const PBAliasObject& aliasObject, bool mount, const QStringList& otherRoots, QString* error) {
-    const auto work = [resolver = _resolver, data = aliasObject.aliasData(),
-                       places = platform::SearchPlaces{
-                           aliasObject.reservePath(), otherRoots, _commonFolders}]() -> Resolution {
+    const Work work =
+        [resolver = _resolver, data = aliasObject.aliasData(),
+         places = platform::SearchPlaces{aliasObject.reservePath(), otherRoots, _commonFolders},
+         stop = _stop.get_token()](std::chrono::milliseconds limit) -> Resolution {
         if (const auto bookmark = Bookmark::fromData(data)) {
-            return resolver->resolve(*bookmark, places);
+            return resolver->resolve(*bookmark, places, limit, stop);
         }
         // Damaged bytes: all that is known is where the folder was seen.
         if (PBUtilities::isFolder(places.lastSeenPath)) {
@@ -59,18 +67,46 @@ Resolution PBAliasResolver::resolve(
     };
     const std::weak_ptr<PBAliasResolver*> self = _self;
     const std::int64_t aliasId = aliasObject.aliasId();
-    const auto late = [self, aliasId](const Resolution& resolution) {
-        const auto alive = self.lock();
-        if (alive && (*alive)->_lateAnswer) (*alive)->_lateAnswer(aliasId, resolution);
+    const auto late = [self, aliasId, work](const Resolution& resolution) {
+        if (const auto alive = self.lock()) (*alive)->tell(aliasId, resolution, work);
     };
     const Resolution resolution =
         _calls
             .call<Resolution>(
-                lane(aliasObject), QStringLiteral("resolve %1").arg(aliasId), resolveLimit, work,
-                late)
+                lane(aliasObject), QStringLiteral("resolve %1").arg(aliasId), resolveLimit,
+                [work] { return work(platform::BookmarkResolver::timeLimit); }, late)
             .value_or(Resolution());
+    if (resolution.outcome == Outcome::Unfinished) searchOn(aliasId, work);
     if (mount && resolution.outcome == Outcome::VolumeAbsent) mountVolume(aliasObject, error);
     return resolution;
+}
+
+void PBAliasResolver::tell(std::int64_t aliasId, const Resolution& resolution, const Work& work) {
+    if (resolution.outcome == Outcome::Unfinished) {
+        searchOn(aliasId, work);
+    } else if (_lateAnswer) {
+        _lateAnswer(aliasId, resolution);
+    }
+}
+
+/// In a lane of its own: the other roots of the volume need not wait for it.
+void PBAliasResolver::searchOn(std::int64_t aliasId, const Work& work) {
+    const std::weak_ptr<PBAliasResolver*> self = _self;
+    const auto finished = _calls.call<Resolution>(
+        QStringLiteral("search %1").arg(aliasId), QStringLiteral("search"),
+        std::chrono::milliseconds(0), [work] { return work(searchLimit); },
+        [self, aliasId](const Resolution& resolution) {
+            const auto alive = self.lock();
+            if (alive && (*alive)->_lateAnswer) (*alive)->_lateAnswer(aliasId, resolution);
+        });
+    if (finished && _lateAnswer) {
+        // Nobody expects the answer within the call.
+        platform::MainLoop::instance()->post(
+            platform::MainLoop::Mode::Common, [self, aliasId, resolution = *finished] {
+                const auto alive = self.lock();
+                if (alive && (*alive)->_lateAnswer) (*alive)->_lateAnswer(aliasId, resolution);
+            });
+    }
 }
 
 void PBAliasResolver::mountVolume(const PBAliasObject& aliasObject, QString* error) {

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace PBUtilities {
 
@@ -23,7 +24,9 @@ namespace PBUtilities {
 } // namespace PBUtilities
 
 /// Resolves folder roots by their bookmarks without ever waiting long: what a disk does not answer
-/// in time counts as unanswered, and is told when it comes. Main thread.
+/// in time counts as unanswered, and is told when it comes. A search that the waiting cut short
+/// goes on in the background, so that a folder is never taken for gone because the machine was
+/// slow. Main thread.
 class PBAliasResolver {
 public:
     /// A root's answer that came late, or after its volume was mounted for it.
@@ -40,7 +43,10 @@ public:
     /// `calls` and `mounter` outlive this object; `mounter` may be empty: nothing can be mounted.
     PBAliasResolver(
         platform::BoundedCalls& calls, platform::VolumeMounter* mounter,
-        platform::VolumeSources sources = {});
+        platform::VolumeSources sources = {}, platform::BookmarkResolver::Clock clock = {});
+    PBAliasResolver(const PBAliasResolver&) = delete;
+    PBAliasResolver& operator=(const PBAliasResolver&) = delete;
+    ~PBAliasResolver();
 
     void setLateAnswerHandler(LateAnswer handler) { _lateAnswer = std::move(handler); }
     void setMountFailureHandler(MountFailure handler) { _mountFailure = std::move(handler); }
@@ -62,6 +68,10 @@ public:
     [[nodiscard]] static QString lane(const PBAliasObject& aliasObject);
 
 private:
+    using Work = std::function<platform::Resolution(std::chrono::milliseconds limit)>;
+
+    void tell(std::int64_t aliasId, const platform::Resolution& resolution, const Work& work);
+    void searchOn(std::int64_t aliasId, const Work& work);
     void mountVolume(const PBAliasObject& aliasObject, QString* error);
 
     platform::BoundedCalls& _calls;
@@ -70,6 +80,7 @@ private:
     const QStringList _commonFolders;
     LateAnswer _lateAnswer;
     MountFailure _mountFailure;
+    std::stop_source _stop;
     /// Callbacks that come back when this object is gone find it empty.
     const std::shared_ptr<PBAliasResolver*> _self;
 };

@@ -142,9 +142,12 @@ QStringList BookmarkResolver::commonFolders(const VolumeSources& sources) {
     return folders;
 }
 
-Resolution BookmarkResolver::resolve(const Bookmark& bookmark, const SearchPlaces& places) const {
+Resolution BookmarkResolver::resolve(
+    const Bookmark& bookmark, const SearchPlaces& places, std::chrono::milliseconds limit,
+    const std::stop_token& stop) const {
     using Outcome = Resolution::Outcome;
-    const auto end = _clock() + timeLimit;
+    const auto end = _clock() + limit;
+    const auto clock = [&] { return stop.stop_requested() ? end : _clock(); };
     Attempt attempt(bookmark, _volumes);
     if (attempt.isThere(bookmark.path, true)) return {Outcome::Found, bookmark.path};
 
@@ -163,11 +166,12 @@ Resolution BookmarkResolver::resolve(const Bookmark& bookmark, const SearchPlace
         FolderSearch search(
             bookmark.folder.inode,
             [&](const QByteArray& path) { return attempt.isThere(QFile::decodeName(path), false); },
-            _clock, end);
+            clock, end);
         search.setAvoided(attempt.avoidedFolders());
         if (const auto found = search.run(searchOrder(bookmark, places, onVolume, attempt))) {
             return {Outcome::Found, QFile::decodeName(*found)};
         }
+        if (search.isUnfinished()) return {Outcome::Unfinished, {}};
     }
     return {attempt.isInconclusiveSoFar() ? Outcome::NoAnswer : Outcome::Missing, {}};
 }

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <functional>
+#include <stop_token>
 
 namespace platform {
 
@@ -17,7 +18,8 @@ struct Resolution {
         Found,        // at `path`
         Missing,      // its volume is there, the folder is not, nor where it could have gone
         VolumeAbsent, // the volume is not mounted
-        NoAnswer      // the disk gave an error, or no answer in time: nothing is known
+        NoAnswer,     // the disk gave an error, or no answer in time: nothing is known
+        Unfinished    // not found in the time that was given; a longer search may find it
     };
     Outcome outcome = Outcome::NoAnswer;
     QString path;
@@ -30,13 +32,13 @@ struct SearchPlaces {
     QStringList commonFolders; // the home folder, the media folders
 };
 
-/// Finds bookmarked folders again. Any thread; waits for disks, at most for the time limit as long
-/// as they answer.
+/// Finds bookmarked folders again. Any thread; waits for disks, at most for the limit as long as
+/// they answer.
 class BookmarkResolver {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-    /// For one folder, looking and searching together.
+    /// For one folder, looking and searching together, while somebody waits.
     static constexpr std::chrono::milliseconds timeLimit{200};
 
     explicit BookmarkResolver(VolumeSources sources = {}, Clock clock = {});
@@ -46,7 +48,9 @@ public:
     /// The same folder at its path; else on its volume wherever that is mounted now; else the same
     /// inode, near where it was, then in the other places, the most recently changed folders first.
     /// Hidden folders, such as the trash, are not searched, and links are not followed.
-    [[nodiscard]] Resolution resolve(const Bookmark& bookmark, const SearchPlaces& places) const;
+    [[nodiscard]] Resolution resolve(
+        const Bookmark& bookmark, const SearchPlaces& places,
+        std::chrono::milliseconds limit = timeLimit, const std::stop_token& stop = {}) const;
 
     /// The user's home folder and the media folders.
     [[nodiscard]] static QStringList commonFolders(const VolumeSources& sources);

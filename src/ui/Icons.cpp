@@ -17,20 +17,39 @@ namespace Icons {
 
 namespace {
 
-QByteArray source(const QString& name) {
+constexpr int smallGrid = 16;
+constexpr int largeGrid = 24;
+
+QString pathOf(const QString& name) {
     [[maybe_unused]] static const bool ready = (initializeIcons(), true);
-    QFile file(QStringLiteral(":/icons/%1.svg").arg(name));
+    return QStringLiteral(":/icons/%1.svg").arg(name);
+}
+
+/// The drawing for a name: its own, or that of the symbol whose selected or resting form it is.
+QString drawingOf(const QString& name) {
+    const bool isForm = name.endsWith(u"_s") || name.endsWith(u"_n");
+    return isForm && !QFile::exists(pathOf(name)) ? name.chopped(2) : name;
+}
+
+/// The drawing on the grid that fits the side, in points.
+QByteArray source(const QString& drawing, int side) {
+    const bool isLarge = side % smallGrid != 0 && (side % largeGrid == 0 || side > smallGrid + 4);
+    QFile large(pathOf(QStringLiteral("24/") + drawing));
+    if (isLarge && large.open(QIODevice::ReadOnly)) return large.readAll();
+    QFile file(pathOf(drawing));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QColor selectedColor(QStringView name) {
+    if (name.startsWith(u"flag_")) return PBThemes::colors().flag;
+    if (name.startsWith(u"star_")) return PBThemes::colors().star;
+    return PBThemes::colors().accent;
 }
 
 class ThemedEngine final : public QIconEngine {
 public:
-    explicit ThemedEngine(const QString& name) : _name(name) {
-        if (_name.endsWith(u"_s") || _name.endsWith(u"_n")) {
-            _accented = _name.endsWith(u"_s");
-            _name.chop(2);
-        }
-    }
+    explicit ThemedEngine(const QString& name)
+        : _drawing(drawingOf(name)), _isSelectedForm(name.endsWith(u"_s")) {}
 
     void
     paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
@@ -45,19 +64,19 @@ public:
     /// The size is in device pixels for a ratio of 1, in points otherwise.
     QPixmap
     scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state, qreal ratio) override {
-        const PBThemes::Colors& colors = PBThemes::colors();
-        QColor color = _accented || state == QIcon::On ? colors.accent : colors.icon;
+        QColor color = _isSelectedForm || state == QIcon::On ? selectedColor(_drawing)
+                                                             : PBThemes::colors().icon;
         if (mode == QIcon::Disabled) color.setAlphaF(0.4F);
         if (mode == QIcon::Selected) color = Qt::white;
-        return Icons::pixmap(_name, size, ratio, color);
+        return Icons::pixmap(_drawing, size, ratio, color);
     }
 
-    bool isNull() override { return source(_name).isEmpty(); }
+    bool isNull() override { return !QFile::exists(pathOf(_drawing)); }
     QIconEngine* clone() const override { return std::make_unique<ThemedEngine>(*this).release(); }
 
 private:
-    QString _name;
-    bool _accented = false;
+    QString _drawing;
+    bool _isSelectedForm;
 };
 
 } // namespace
@@ -76,7 +95,7 @@ pixmap(const QString& name, const QSize& size, qreal devicePixelRatio, const QCo
                             .arg(color.name(QColor::HexArgb));
     QPixmap drawn;
     if (QPixmapCache::find(key, &drawn)) return drawn;
-    QByteArray svg = source(name);
+    QByteArray svg = source(drawingOf(name), std::min(size.width(), size.height()));
     if (svg.isEmpty()) return {};
     svg.replace("currentColor", color.name(QColor::HexRgb).toLatin1());
     QSvgRenderer renderer(svg);

@@ -18,6 +18,8 @@ public:
         QColor secondaryText; ///< labels, counts, hints
         QColor icon;          ///< symbols at rest
         QColor accent;        ///< symbols that are on, selection
+        QColor flag;          ///< the flag of flagged photographs
+        QColor star;          ///< the stars of a rating
         QColor sheet;         ///< behind thumbnails, which lie on white
         QColor groupHead;     ///< heads of groups on the sheet
         QColor shadow;        ///< of thumbnails

@@ -81,6 +81,62 @@ TEST_F(ProgramTest, brokenCatalogueAndSettingsAreToldInALineEachAndLeftAlone) {
     EXPECT_EQ(support::readFile(profile + QStringLiteral("/Velmora.conf")), "\x01\x02 rubbish");
 }
 
+TEST_F(ProgramTest, aFileCutInTheMiddleOfAWriteCostsNoMoreThanItself) {
+    const QString photos = folder.filePath(QStringLiteral("photos"));
+    QDir().mkpath(photos);
+    for (const char* name : {"/a.png", "/b.png", "/c.png"}) {
+        QImage picture(40, 30, QImage::Format_RGB32);
+        picture.fill(Qt::darkCyan);
+        ASSERT_TRUE(picture.save(photos + QLatin1StringView(name)));
+    }
+    ASSERT_EQ(run(untilIdle({QStringLiteral("--add"), photos})).code, 0);
+    const QString files = profile + QStringLiteral("/files.db");
+    const QString thumbnails = profile + QStringLiteral("/thumbnail.db");
+    const QByteArray wholeFiles = support::readFile(files);
+    const QByteArray wholeThumbnails = support::readFile(thumbnails);
+    const QStringList stats{QStringLiteral("--stats"), QStringLiteral("-")};
+
+    for (const qsizetype length : {100, 4096, 8192}) {
+        ASSERT_LT(length, std::min(wholeFiles.size(), wholeThumbnails.size()));
+        support::writeFile(thumbnails, wholeThumbnails.left(length));
+        const Outcome anew = run(untilIdle(stats));
+        EXPECT_EQ(anew.code, 0);
+        EXPECT_EQ(anew.errors.count('\n'), 1) << anew.errors.toStdString();
+        EXPECT_EQ(
+            support::readFile(thumbnails + QStringLiteral(".damaged")),
+            wholeThumbnails.left(length));
+        const QJsonObject figures = QJsonDocument::fromJson(anew.output).object();
+        EXPECT_EQ(figures[QStringLiteral("thumbnails_built")].toInt(), 3) << length;
+
+        support::writeFile(files, wholeFiles.left(length));
+        const Outcome without = run(untilIdle());
+        EXPECT_EQ(without.code, 0);
+        EXPECT_TRUE(without.errors.contains("files.db")) << length;
+        EXPECT_EQ(support::readFile(files), wholeFiles.left(length)) << "left as it was";
+        support::writeFile(files, wholeFiles);
+    }
+}
+
+TEST_F(ProgramTest, settingsOfEveryKindMayBeWrong) {
+    const char* const values[] = {"@Invalid()",     "hello",    "-1", "1e300",
+                                  "@Variant(\0\0)", "a, b, \"", ""};
+    for (const char* value : values) {
+        QByteArray settings = "[General]\n";
+        for (const char* key :
+             {"RecurseSubFolder", "GroupTypeArray", "SortType", "DescendingSort", "Filter",
+              "FavoriteGroupArrayArray", "LastSelectFolder", "ShowHideStatusBar", "ShowHideToolbar",
+              "ImageBrowserViewStyle", "ThumbnailSize", "InfoTag", "SourceGroupSplitPos",
+              "GroupSplitPos", "InfoSplitPos", "MainWindowGeometry"})
+            settings += QByteArray(key) + '=' + value + '\n';
+        support::writeFile(profile + QStringLiteral("/Velmora.conf"), settings);
+        const Outcome outcome = run(untilIdle());
+        EXPECT_EQ(outcome.code, 0) << value << '\n' << outcome.errors.toStdString();
+        EXPECT_EQ(outcome.errors.count("velmora: the setting \""), outcome.errors.count('\n'))
+            << value << '\n'
+            << outcome.errors.toStdString();
+    }
+}
+
 TEST_F(ProgramTest, profileThatCannotBeWrittenStillGivesAWindow) {
     support::writeFile(folder.filePath(QStringLiteral("plain")), "x");
     const Outcome outcome = run(

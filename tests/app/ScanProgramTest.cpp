@@ -140,10 +140,12 @@ TEST_F(ScanProgramTest, TheCatalogueFollowsTheDiskWhileTheProgramRuns) {
     // The root itself: its pictures stay catalogued under its new name.
     const QStringList ids = rows(QStringLiteral("select Id from ImageFile"));
     ASSERT_TRUE(QDir().rename(pictures, temporary.filePath(QStringLiteral("elsewhere"))));
-    ASSERT_TRUE(support::spinUntil([&] {
-        return rows(QStringLiteral("select ReservePath from FolderAlias")).value(0) ==
-               temporary.filePath(QStringLiteral("elsewhere"));
-    }));
+    const QString reservePath = QStringLiteral("select ReservePath from FolderAlias");
+    const bool moved = support::spinUntil([&] {
+        return rows(reservePath) == QStringList{temporary.filePath(QStringLiteral("elsewhere"))};
+    });
+    ASSERT_TRUE(moved) << rows(reservePath).join(u' ').toStdString() << '\n'
+                       << program.readAllStandardError().toStdString();
     program.terminate();
     ASSERT_TRUE(program.waitForFinished());
     EXPECT_EQ(program.exitCode(), 0);

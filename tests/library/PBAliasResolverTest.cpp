@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <atomic>
+#include <optional>
 #include <semaphore>
 
 using platform::BoundedCalls;
@@ -39,6 +41,17 @@ protected:
             1, made ? made->data : QByteArray(), {}, path, 0, PBAliasObject::Local);
     }
 
+    /// The answer, be it late.
+    Resolution answer(PBAliasResolver& asked, const PBAliasObject& root, bool mount = false) {
+        std::optional<Resolution> late;
+        asked.setLateAnswerHandler(
+            [&](std::int64_t, const Resolution& resolution) { late = resolution; });
+        const Resolution soon = asked.resolve(root, mount, {}, nullptr);
+        if (soon.outcome != Outcome::Unfinished && soon.outcome != Outcome::NoAnswer) return soon;
+        EXPECT_TRUE(support::spinUntil([&] { return late.has_value(); }));
+        return late.value_or(Resolution());
+    }
+
     MainLoop loop;
     BoundedCalls calls{&PBAliasResolverTest::post};
     ToldMounter mounter;
@@ -61,12 +74,26 @@ TEST_F(PBAliasResolverTest, newRootIsFoundAgainAfterAMove) {
     const QString place = folder.filePath(QStringLiteral("A"));
     QDir().mkdir(place);
     const auto root = rootAt(place);
-    EXPECT_EQ(resolver.resolve(*root, false, {}, nullptr).path, place);
+    EXPECT_EQ(answer(resolver, *root).path, place);
     QFile::rename(place, place + u'2');
-    EXPECT_EQ(resolver.resolve(*root, false, {}, nullptr).path, QString(place + u'2'));
+    EXPECT_EQ(answer(resolver, *root).path, QString(place + u'2'));
     QDir().rmdir(place + u'2');
-    EXPECT_EQ(resolver.resolve(*root, true, {}, nullptr).outcome, Outcome::Missing);
+    EXPECT_EQ(answer(resolver, *root, true).outcome, Outcome::Missing);
     EXPECT_FALSE(mounter.pending);
+}
+
+TEST_F(PBAliasResolverTest, aSearchThatTookTooLongIsNoReasonToGiveUpAFolder) {
+    const QString place = folder.filePath(QStringLiteral("A"));
+    QDir().mkdir(place);
+    const auto root = rootAt(place);
+    QFile::rename(place, place + u'2');
+    // Each look at the clock finds that half a second has gone by.
+    auto now = std::make_shared<std::atomic<int>>(0);
+    PBAliasResolver slow(calls, nullptr, {}, [now] {
+        return std::chrono::steady_clock::time_point(std::chrono::milliseconds(*now += 500));
+    });
+    EXPECT_EQ(slow.resolve(*root, false, {}, nullptr).outcome, Outcome::Unfinished);
+    EXPECT_EQ(answer(slow, *root).path, QString(place + u'2'));
 }
 
 TEST_F(PBAliasResolverTest, damagedBookmarkFallsBackToTheReservePath) {

@@ -132,8 +132,15 @@ TEST_F(BookmarkTest, searchEndsWithItsTime) {
         ++looks;
         return now += std::chrono::milliseconds(60);
     });
-    EXPECT_EQ(impatient.resolve(bookmark, {}).outcome, Outcome::Missing);
+    EXPECT_EQ(impatient.resolve(bookmark, {}).outcome, Outcome::Unfinished)
+        << "what was not searched through is not known to be gone";
     EXPECT_LE(looks, 6);
+    EXPECT_EQ(impatient.resolve(bookmark, {}, std::chrono::minutes(1)).outcome, Outcome::Missing);
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_EQ(
+        impatient.resolve(bookmark, {}, std::chrono::minutes(1), stop.get_token()).outcome,
+        Outcome::Unfinished);
 }
 
 TEST_F(BookmarkTest, whereNumbersMeanNothingPathAndVolumeDecide) {

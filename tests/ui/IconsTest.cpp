@@ -1,9 +1,15 @@
 #include "ui/Icons.h"
+#include "library/FolderIcons.h"
+#include "library/PBAliasObject.h"
+#include "ui/GroupIcons.h"
 #include "ui/PBThemes.h"
 
 #include "support/Support.h"
 
 #include <QDirIterator>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QSvgRenderer>
 
 #include <gtest/gtest.h>
 
@@ -21,20 +27,60 @@ QColor strongestColor(const QPixmap& pixmap) {
     return QColor::fromRgb(strongest);
 }
 
-TEST(IconsTest, everySymbolIsDrawnInTheColourAskedFor) {
-    ASSERT_FALSE(Icons::named(QStringLiteral("split_left")).isNull());
-    int symbols = 0;
-    QDirIterator files(QStringLiteral(":/icons"));
+TEST(IconsTest, everyDrawingFillsItsGridInTheColourAskedFor) {
+    ASSERT_FALSE(Icons::named(QStringLiteral("folder")).isNull());
+    int drawings = 0;
+    QDirIterator files(QStringLiteral(":/icons"), QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         files.next();
         const QString name = files.fileInfo().completeBaseName();
-        SCOPED_TRACE(name.toStdString());
-        const QPixmap pixmap = Icons::pixmap(name, QSize(32, 32), 2.0, QColor(Qt::red));
-        EXPECT_EQ(pixmap.size(), QSize(64, 64));
+        SCOPED_TRACE(files.filePath().toStdString());
+        EXPECT_TRUE(QSvgRenderer(files.filePath()).isValid());
+        const int side = files.filePath().contains(u"/24/") ? 24 : 32;
+        const QPixmap pixmap = Icons::pixmap(name, QSize(side, side), 2.0, QColor(Qt::red));
+        EXPECT_EQ(pixmap.size(), QSize(2 * side, 2 * side));
         EXPECT_EQ(strongestColor(pixmap).rgb(), QColor(Qt::red).rgb());
-        ++symbols;
+        ++drawings;
     }
-    EXPECT_GE(symbols, 6);
+    EXPECT_GE(drawings, 140);
+}
+
+TEST(IconsTest, everyNameInUseHasADrawing) {
+    QSet<QString> names;
+    for (int type = 0; type <= 63; ++type) {
+        const group::IconName icon = group::imageWithGroupType(type);
+        EXPECT_FALSE(Icons::ofGroup(icon).isNull()) << type;
+    }
+    for (const auto location :
+         {QStandardPaths::PicturesLocation, QStandardPaths::DownloadLocation,
+          QStandardPaths::DocumentsLocation, QStandardPaths::MoviesLocation,
+          QStandardPaths::MusicLocation, QStandardPaths::DesktopLocation,
+          QStandardPaths::HomeLocation}) {
+        names.insert(FolderIcons::nameForPath(QStandardPaths::writableLocation(location)));
+    }
+    names.insert(FolderIcons::nameForPath(QStringLiteral("/")));
+    for (const std::uint64_t type : {PBAliasObject::Network, PBAliasObject::Removable})
+        names.insert(FolderIcons::nameForType(type));
+    names.insert(FolderIcons::aliasBadge());
+
+    // What the sources ask for by name, and literals that look like a form of a symbol.
+    static const QRegularExpression asked(QStringLiteral(
+        R"re(Icons::(?:named|pixmap)\(\s*(?:QStringLiteral\()?u?"([\w-]+)"|"([A-Za-z]\w*_[ns])")re"));
+    QDirIterator sources(
+        QStringLiteral(VELMORA_SOURCES), {QStringLiteral("*.cpp")}, QDir::Files,
+        QDirIterator::Subdirectories);
+    while (sources.hasNext()) {
+        QFile source(sources.next());
+        ASSERT_TRUE(source.open(QIODevice::ReadOnly));
+        auto matches = asked.globalMatch(QString::fromUtf8(source.readAll()));
+        while (matches.hasNext()) {
+            const QRegularExpressionMatch match = matches.next();
+            names.insert(match.captured(1) + match.captured(2));
+        }
+    }
+    EXPECT_GE(names.size(), 30);
+    for (const QString& name : names)
+        EXPECT_FALSE(Icons::named(name).isNull()) << name.toStdString();
 }
 
 TEST(IconsTest, selectedAndRestingFormsFollowTheTheme) {
@@ -46,6 +92,10 @@ TEST(IconsTest, selectedAndRestingFormsFollowTheTheme) {
         PBThemes::apply(scheme);
         EXPECT_EQ(colorOf(u"moreInfo_s"), PBThemes::colors().accent);
         EXPECT_EQ(colorOf(u"moreInfo_n"), PBThemes::colors().icon);
+        EXPECT_EQ(colorOf(u"camera_s"), PBThemes::colors().accent); // has no drawing of its own
+        EXPECT_EQ(colorOf(u"flag_16_s"), PBThemes::colors().flag);
+        EXPECT_EQ(colorOf(u"star_16_s"), PBThemes::colors().star);
+        EXPECT_EQ(colorOf(u"star_16_n"), PBThemes::colors().icon);
     }
     PBThemes::apply(PBThemes::Scheme::Light);
     EXPECT_TRUE(Icons::named(QStringLiteral("no such symbol")).isNull());

@@ -24,7 +24,7 @@ public:
 private:
     struct Position {
         PBLocation location;
-        std::size_t place;
+        std::size_t place = 0;
     };
     using Cube = std::array<std::int32_t, 3>;
     struct CubeHash {
