@@ -1,6 +1,7 @@
 #include "app/ApplicationController.h"
 #include "app/CommandLine.h"
 #include "app/IdleWatch.h"
+#include "app/OpenedPaths.h"
 #include "app/ScanStatistics.h"
 #include "app/SingleInstance.h"
 #include "app/Statistics.h"
@@ -90,8 +91,9 @@ void bringToFront(QWidget& window) {
     window.activateWindow();
 }
 
-/// Shows the window, runs the loop and ends everything; answers the exit code.
-int runApplication(const CommandLineOptions& options, SingleInstance& instance) {
+/// Shows the window with the paths, runs the loop and ends everything; answers the exit code.
+int runApplication(
+    const CommandLineOptions& options, const QStringList& paths, SingleInstance& instance) {
     Statistics statistics;
     ColorScheme colorScheme;
     PBThemes::apply(
@@ -108,6 +110,7 @@ int runApplication(const CommandLineOptions& options, SingleInstance& instance) 
     controller.awakeFromNib();
     QMainWindow& window = controller.mainWindowController().window();
     if (options.size.isValid()) window.resize(options.size);
+    if (!paths.isEmpty()) controller.setIgnoreSelectLastFolder();
     controller.applicationDidFinishLaunching();
     // The events of showing come first in line; when they are done, the window is painted.
     QTimer::singleShot(0, &window, [&] { statistics.markOnce(QStringLiteral("first_window_ms")); });
@@ -116,9 +119,12 @@ int runApplication(const CommandLineOptions& options, SingleInstance& instance) 
         [&](const SingleInstance::Request& request) {
             bringToFront(window);
             controller.addFolders(request.add);
+            controller.applicationOpenFiles(request.paths);
         });
 
     int code = controller.addFolders(options.add) ? 0 : failure;
+    if (paths.size() < options.paths.size()) code = failure;
+    controller.applicationOpenFiles(paths);
     IdleWatch idle([&] { return controller.isIdle(); });
     QObject::connect(&idle, &IdleWatch::becameIdle, &window, [&] {
         if (!options.screenshot.isEmpty() && !saveScreenshot(window, options.screenshot)) {
@@ -172,10 +178,11 @@ int main(int argc, char** argv) {
     platform::MainLoop loop;
     platform::Places::setProfile(options.profile);
 
+    const QStringList paths = openablePaths(options.paths, platform::complain);
     SingleInstance instance;
-    switch (instance.take(platform::Places::dataFolder(), {options.paths, options.add})) {
+    switch (instance.take(platform::Places::dataFolder(), {paths, options.add})) {
     case SingleInstance::Outcome::HandedOver:
-        return 0;
+        return paths.size() < options.paths.size() ? failure : 0;
     case SingleInstance::Outcome::NoAnswer:
         platform::complain(
             QStringLiteral("another Velmora has the catalogue in %1 open and does not answer")
@@ -184,5 +191,5 @@ int main(int argc, char** argv) {
     case SingleInstance::Outcome::First:
         break;
     }
-    return runApplication(options, instance);
+    return runApplication(options, paths, instance);
 }

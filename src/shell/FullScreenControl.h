@@ -28,6 +28,8 @@ public:
     [[nodiscard]] bool isFullScreen() const { return _isFullScreen; }
     void toggle();
     void leave();
+    /// Brings the bars back on the whole screen, for as long as they are used.
+    void showBars() { reveal(true); }
     /// Shows the bars as the state of the window and the user's choice want it.
     void updateBars();
 

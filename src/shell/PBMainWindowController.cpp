@@ -4,7 +4,7 @@
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
 #include "core/PBAppDelegate.h"
-#include "library/PBPathHistory.h"
+#include "image/BuildThumbNotifier.h"
 #include "platform/LocalizedTexts.h"
 #include "platform/UserDefaults.h"
 #include "shell/BrowserPane.h"
@@ -13,9 +13,12 @@
 #include "shell/InfoPane.h"
 #include "shell/MainToolbar.h"
 #include "shell/MessagePane.h"
+#include "shell/OpenFilesCommands.h"
+#include "shell/OpenFilesReveal.h"
 #include "shell/PaneLayout.h"
 #include "shell/SourceSidebar.h"
 #include "shell/StatusBarView.h"
+#include "shell/ToolbarController.h"
 #include "shell/WindowCommands.h"
 #include "ui/HeaderBar.h"
 #include "ui/PBThemes.h"
@@ -32,13 +35,13 @@ constexpr QSize firstWindowSize(1180, 760);
 /// Leaves each pane its least.
 constexpr QSize smallestWindowSize(720, 480);
 
-/// A pane under a bar with its name.
-QWidget* titledPane(const QString& title, QWidget* content) {
+/// A pane under its bar.
+QWidget* titledPane(HeaderBar* bar, QWidget* content) {
     auto* pane = new QWidget;
     auto* layout = new QVBoxLayout(pane);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(new HeaderBar(title));
+    layout->addWidget(bar);
     layout->addWidget(content, 1);
     return pane;
 }
@@ -56,10 +59,6 @@ protected:
         _controller._commands->leaveFullScreen();
         _controller.saveGeometry();
         QMainWindow::closeEvent(event);
-    }
-    void changeEvent(QEvent* event) override {
-        QMainWindow::changeEvent(event);
-        if (event->type() == QEvent::ActivationChange) _controller.redrawBars();
     }
     void showEvent(QShowEvent* event) override {
         QMainWindow::showEvent(event);
@@ -95,10 +94,12 @@ void PBMainWindowController::buildWindow() {
     QObject::connect(
         &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
         &FilterCommands::announce);
+    auto* sourceBar = new HeaderBar(localizedString(u"Folders"));
     _panes = new PaneLayout(
-        {.source = titledPane(localizedString(u"Folders"), _sourceSidebar->view()),
-         .group =
-             titledPane(localizedString(u"Groups"), new MessagePane(localizedString(u"NoGroups"))),
+        {.source = titledPane(sourceBar, _sourceSidebar->view()),
+         .group = titledPane(
+             new HeaderBar(localizedString(u"Groups")),
+             new MessagePane(localizedString(u"NoGroups"))),
          .thumbnail = makeBrowserPane(),
          .info = new InfoPane(_delegate.userDefaults())},
         _delegate.userDefaults(), _window.get());
@@ -114,6 +115,15 @@ void PBMainWindowController::buildWindow() {
 
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
+    _toolbarController = new ToolbarController(
+        {.delegate = _delegate,
+         .toolbar = *_toolbar,
+         .sourceBar = *sourceBar,
+         .filters = *_filterCommands,
+         .selection = sourceSelection(),
+         .browserPane = *_browserPane,
+         .panes = *_panes},
+        _window.get());
     _commands = std::make_unique<WindowCommands>(
         WindowCommands::Parts{
             .delegate = _delegate,
@@ -123,9 +133,11 @@ void PBMainWindowController::buildWindow() {
             .filterCommands = *_filterCommands,
             .panes = *_panes,
             .statusBarView = *_statusBarView,
-            .toolbar = *_toolbar},
+            .toolbar = *_toolbar,
+            .find = [this] { _toolbarController->find(); }},
         nullptr);
     connectFolderCommands();
+    makeOpenFiles();
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -144,25 +156,27 @@ QWidget* PBMainWindowController::makeBrowserPane() {
 
 void PBMainWindowController::connectFolderCommands() {
     FolderRootCommands& commands = folderRootCommands();
-    SourceSelection& selection = sourceSelection();
     const auto add = [&commands] { commands.addFolderAlias(); };
     QObject::connect(
         _imageBrowserTipView, &PBImageBrowserTipView::addFolderRequested, &commands, add);
     QObject::connect(_toolbar->addFolderAction(), &QAction::triggered, &commands, add);
-    QObject::connect(
-        _toolbar->backAction(), &QAction::triggered, &selection, &SourceSelection::back);
-    QObject::connect(
-        _toolbar->forwardAction(), &QAction::triggered, &selection, &SourceSelection::forward);
-    QObject::connect(&selection, &SourceSelection::historyDidChange, _toolbar, [this] {
-        validateVisibleItems();
-    });
-    validateVisibleItems();
 }
 
-void PBMainWindowController::validateVisibleItems() {
-    const PBPathHistory& history = _delegate.pathHistory();
-    _toolbar->backAction()->setEnabled(history.canBack());
-    _toolbar->forwardAction()->setEnabled(history.canForward());
+void PBMainWindowController::makeOpenFiles() {
+    _openFilesReveal = new OpenFilesReveal(
+        {.browserPane = *_browserPane,
+         .tree = _sourceSidebar->tree(),
+         .isScanning = [this] { return _delegate.isScanning(); },
+         .dropRequest = [this] { _delegate.setOpenFiles(nullptr); }},
+        _window.get());
+    _openFilesCommands = new OpenFilesCommands(
+        {.delegate = _delegate,
+         .tree = _sourceSidebar->tree(),
+         .selection = sourceSelection(),
+         .commands = folderRootCommands(),
+         .filters = *_filterCommands,
+         .reveal = *_openFilesReveal},
+        _window.get());
 }
 
 SourceSelection& PBMainWindowController::sourceSelection() {
@@ -182,6 +196,20 @@ void PBMainWindowController::showWindow() {
     _browserPane->browserView().setFocus();
 }
 
+void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures) {
+    _workProgress = new WorkProgress(std::move(figures), _window.get());
+    _statusBarView->setProgress(*_workProgress);
+    QObject::connect(
+        &_delegate.buildThumbNotifier(), &BuildThumbNotifier::PBNotiName_BuildThumb, _workProgress,
+        &WorkProgress::wake);
+}
+
+void PBMainWindowController::scanStateDidChange() {
+    if (_workProgress && _delegate.isScanning()) _workProgress->restart();
+    updateImageBrowserTipView();
+    _openFilesReveal->scanStateDidChange();
+}
+
 void PBMainWindowController::updateImageBrowserTipView() {
     _imageBrowserTipView->setTipKind(PBImageBrowserTipView::kindFor(
         _browserPane->browserView().hasGroups(), _sourceSidebar->tree().hasFolderAliasItem(),
@@ -198,13 +226,6 @@ bool PBMainWindowController::hideStatusBar() const {
 
 void PBMainWindowController::setHideStatusBar(bool hide) {
     _commands->setHideStatusBar(hide);
-}
-
-/// Bars and the heads of groups look different in a window that isn't the active one.
-void PBMainWindowController::redrawBars() {
-    for (QWidget* bar : _window->findChildren<HeaderBar*>())
-        bar->update();
-    if (_browserPane) _browserPane->browserView().update();
 }
 
 void PBMainWindowController::restoreGeometry() {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "shell/WorkProgress.h"
+
+#include <functional>
 #include <memory>
 
 class BrowserPane;
@@ -7,6 +10,8 @@ class FilterCommands;
 class FolderPrompts;
 class FolderRootCommands;
 class MainToolbar;
+class OpenFilesCommands;
+class OpenFilesReveal;
 class PaneLayout;
 class PBAppDelegate;
 class PBImageBrowserTipView;
@@ -15,6 +20,7 @@ class QWidget;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
+class ToolbarController;
 class WindowCommands;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
@@ -32,12 +38,20 @@ public:
     [[nodiscard]] SourceSidebar& sourceSidebar() { return *_sourceSidebar; }
     [[nodiscard]] SourceSelection& sourceSelection();
     [[nodiscard]] FolderRootCommands& folderRootCommands();
+    [[nodiscard]] OpenFilesCommands& openFilesCommands() { return *_openFilesCommands; }
+    [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
+    [[nodiscard]] ToolbarController& toolbarController() { return *_toolbarController; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
 
     void showWindow();
 
     /// Empties the browser: another folder will be shown.
     void clearBrowser();
+
+    /// What the counters of the work in the background say; once, before the window is shown.
+    void setWorkFigures(std::function<WorkFigures()> figures);
+    /// A scan began or ended.
+    void scanStateDidChange();
 
     /// Shows why the browser is empty, or hides the tip.
     void updateImageBrowserTipView();
@@ -51,8 +65,7 @@ private:
     void buildWindow();
     [[nodiscard]] QWidget* makeBrowserPane();
     void connectFolderCommands();
-    void validateVisibleItems();
-    void redrawBars();
+    void makeOpenFiles();
     void restoreGeometry();
     void saveGeometry();
 
@@ -66,8 +79,12 @@ private:
     // Children of the window, which owns them.
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
     FilterCommands* _filterCommands = nullptr;
+    OpenFilesReveal* _openFilesReveal = nullptr;
+    OpenFilesCommands* _openFilesCommands = nullptr;
     PaneLayout* _panes = nullptr;
     StatusBarView* _statusBarView = nullptr;
+    WorkProgress* _workProgress = nullptr;
     MainToolbar* _toolbar = nullptr;
+    ToolbarController* _toolbarController = nullptr;
     std::unique_ptr<WindowCommands> _commands; // goes before all of them
 };

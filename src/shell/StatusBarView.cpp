@@ -2,11 +2,13 @@
 
 #include "platform/LocalizedTexts.h"
 #include "shell/ThumbnailSizeSlider.h"
+#include "shell/WorkProgressView.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QPainter>
 #include <QStyle>
 #include <QToolButton>
@@ -36,6 +38,7 @@ constexpr ButtonRow buttonRows[] = {
 
 StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
     : QWidget(parent), _panes(panes), _itemCountLabel(new QLabel(this)),
+      _progressView(new WorkProgressView(this)),
       _thumbnailSizeSlider(new ThumbnailSizeSlider(this)) {
     setFixedHeight(barHeight);
     auto* layout = new QHBoxLayout(this);
@@ -46,6 +49,8 @@ StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
     layout->addStretch(1);
     layout->addWidget(_itemCountLabel);
     layout->addStretch(1);
+    layout->addWidget(_progressView);
+    layout->addSpacing(6);
     layout->addWidget(_thumbnailSizeSlider);
     layout->addSpacing(6);
     addPaneButton(*layout, std::size(buttonRows) - 1);
@@ -79,16 +84,18 @@ void StatusBarView::setSelectCount(qint64 selected) {
     updateCounts();
 }
 
+void StatusBarView::setProgress(WorkProgress& progress) {
+    _progressView->setProgress(progress);
+}
+
 void StatusBarView::updateCounts() {
-    if (_selectCount > 0) {
-        _itemCountLabel->setText(
-            localizedFormat(u"PhotographsSelected", {_selectCount, _itemCount}));
-    } else {
-        _itemCountLabel->setText(
-            _itemCount == 0   ? localizedString(u"PhotographCount_0")
-            : _itemCount == 1 ? localizedString(u"PhotographCount_1")
-                              : localizedFormat(u"PhotographCount", {_itemCount}));
-    }
+    const QString all = QLocale().toString(_itemCount);
+    _itemCountLabel->setText(
+        _itemCount == 0 ? localizedString(u"PhotographCount_0")
+        : _selectCount > 0
+            ? localizedFormat(u"PhotographCountSelected", {QLocale().toString(_selectCount), all})
+        : _itemCount == 1 ? localizedString(u"PhotographCount_1")
+                          : localizedFormat(u"PhotographCount", {all}));
 }
 
 void StatusBarView::setShown(bool shown, bool animated) {

@@ -11,6 +11,8 @@ class QHBoxLayout;
 class QLabel;
 class QToolButton;
 class ThumbnailSizeSlider;
+class WorkProgress;
+class WorkProgressView;
 
 /// The bar below the panes: how many photographs are shown and selected, buttons that show and hide
 /// panes, the size of the thumbnails. Main thread.
@@ -25,6 +27,8 @@ public:
     void setItemCount(qint64 shown);
     /// How many of them are selected.
     void setSelectCount(qint64 selected);
+    /// What is going on in the background; outlives this widget.
+    void setProgress(WorkProgress& progress);
     [[nodiscard]] ThumbnailSizeSlider& thumbnailSizeSlider() { return *_thumbnailSizeSlider; }
 
     /// Slides in or out, or at once. A later call takes over from where an earlier one has got to.
@@ -45,6 +49,7 @@ private:
 
     PaneLayout& _panes;
     QLabel* _itemCountLabel;
+    WorkProgressView* _progressView;
     ThumbnailSizeSlider* _thumbnailSizeSlider;
     std::vector<std::pair<QToolButton*, PaneLayout::Pane>> _buttons;
     QVariantAnimation _animation;

@@ -104,6 +104,10 @@ void WindowCommands::connectFolderCommands() {
 void WindowCommands::connectEditCommands() {
     _menu->connectCommand(Command::selectAll, [this] { selectAll(true); });
     _menu->connectCommand(Command::deselectAll, [this] { selectAll(false); });
+    _menu->connectCommand(Command::find, [this] {
+        _fullScreen.showBars();
+        _parts.find();
+    });
     _menu->connectCommand(Command::renameFile, [this] { _rename.begin(); });
 }
 

@@ -10,6 +10,8 @@
 
 #include <QObject>
 
+#include <functional>
+
 class BrowserPane;
 class FilterCommands;
 class MainMenu;
@@ -35,6 +37,8 @@ public:
         PaneLayout& panes;
         StatusBarView& statusBarView;
         QToolBar& toolbar;
+        /// Puts the keyboard into the search field.
+        std::function<void()> find;
     };
 
     /// Makes the menu bar. The parts outlive this object.
