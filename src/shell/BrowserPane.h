@@ -33,6 +33,8 @@ public:
     [[nodiscard]] QWidget* view() const;
     [[nodiscard]] PBImageBrowserView& browserView() const { return *_view; }
 
+    /// Absolute paths of the selected images, those in folded groups too.
+    [[nodiscard]] QStringList selectedFilePath() const;
     [[nodiscard]] const group::FolderPaths& folderPaths() const override { return _folderPaths; }
 
     /// Drops images, thumbnails and position: another folder will be shown.

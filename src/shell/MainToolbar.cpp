@@ -88,7 +88,8 @@ MainToolbar::MainToolbar(QWidget* parent)
 QAction*
 MainToolbar::makeAction(const QString& icon, QStringView text, const QKeySequence& shortcut) {
     auto* action = new QAction(Icons::named(icon), localizedString(text), this);
-    action->setShortcut(shortcut);
+    // The keys belong to the entry of the menu; here they are only told.
+    action->setData(shortcut);
     action->setToolTip(withShortcut(localizedString(text), shortcut));
     return action;
 }

@@ -15,15 +15,16 @@
 #include "shell/FolderPrompts.h"
 #include "shell/GroupMenus.h"
 #include "shell/GroupPanel.h"
+#include "shell/InfoPane.h"
 #include "shell/MainMenu.h"
 #include "shell/MainToolbar.h"
-#include "shell/MessagePane.h"
 #include "shell/OpenFilesCommands.h"
 #include "shell/OpenFilesReveal.h"
 #include "shell/PaneLayout.h"
 #include "shell/SourceSidebar.h"
 #include "shell/StatusBarView.h"
 #include "shell/ToolbarController.h"
+#include "shell/WindowCommands.h"
 #include "ui/HeaderBar.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
@@ -36,9 +37,9 @@ using platform::localizedString;
 namespace {
 
 const QString geometryKey = QStringLiteral("WindowGeometry");
-const QString statusBarKey = QStringLiteral("ShowHideStatusBar");
 constexpr QSize firstWindowSize(1180, 760);
-constexpr QSize smallestWindowSize(560, 420);
+/// Leaves each pane its least.
+constexpr QSize smallestWindowSize(720, 480);
 
 /// A pane under its bar.
 QWidget* titledPane(HeaderBar* bar, QWidget* content) {
@@ -60,6 +61,8 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override {
+        // The next start begins with a window that has its bars.
+        _controller._commands->leaveFullScreen();
         _controller.saveGeometry();
         QMainWindow::closeEvent(event);
     }
@@ -77,7 +80,6 @@ private:
 PBMainWindowController::PBMainWindowController(PBAppDelegate& delegate)
     : _delegate(delegate), _window(std::make_unique<Window>(*this)) {
     buildWindow();
-    updateStatusBarShowHide();
     restoreGeometry();
     updateImageBrowserTipView();
 }
@@ -104,17 +106,9 @@ void PBMainWindowController::buildWindow() {
         {.source = titledPane(sourceBar, _sourceSidebar->view()),
          .group = titledPane(new HeaderBar(localizedString(u"Groups")), _groupPanel->view()),
          .thumbnail = makeThumbnailView(),
-         .info = titledPane(
-             new HeaderBar(localizedString(u"Information")),
-             new MessagePane(localizedString(u"NoInformation")))},
+         .info = new InfoPane(_delegate.userDefaults())},
         _delegate.userDefaults(), _window.get());
     _statusBarView = new StatusBarView(*_panes);
-    QObject::connect(
-        _browserPane.get(), &BrowserPane::itemCountDidChange, _statusBarView,
-        &StatusBarView::setItemCount);
-    QObject::connect(
-        &_browserPane->browserView(), &PBImageBrowserView::selectionDidChange, _statusBarView,
-        &StatusBarView::setSelectCount);
 
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
@@ -135,17 +129,25 @@ void PBMainWindowController::buildWindow() {
          .browserPane = *_browserPane,
          .panes = *_panes},
         _window.get());
-    _menu = new MainMenu(*_window, *_panes, *_toolbar, _window.get());
-    _menu->setGroupMenu(*_groupMenus->groupMenu());
+    _commands = std::make_unique<WindowCommands>(
+        WindowCommands::Parts{
+            .delegate = _delegate,
+            .window = *_window,
+            .browserPane = *_browserPane,
+            .sourceSidebar = *_sourceSidebar,
+            .filterCommands = *_filterCommands,
+            .panes = *_panes,
+            .statusBarView = *_statusBarView,
+            .toolbar = *_toolbar,
+            .find = [this] { _toolbarController->find(); }},
+        nullptr);
+    _commands->menu().setGroupMenu(*_groupMenus->groupMenu());
     _toolbar->setGroupMenu(*_groupMenus->groupMenu(), [this](const QWidget& button) {
         _groupMenus->groupMenuBtnClicked(button);
     });
     connectFolderCommands();
     FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
     makeOpenFiles();
-    QObject::connect(_menu, &MainMenu::statusBarToggled, _window.get(), [this] {
-        setHideStatusBar(!hideStatusBar());
-    });
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -201,17 +203,6 @@ void PBMainWindowController::connectFolderCommands() {
     QObject::connect(
         _imageBrowserTipView, &PBImageBrowserTipView::addFolderRequested, &commands, add);
     QObject::connect(_toolbar->addFolderAction(), &QAction::triggered, &commands, add);
-    QObject::connect(
-        _menu, &MainMenu::removeFolderRequested, &commands, &FolderRootCommands::removeFolderAlias);
-    QObject::connect(_menu, &MainMenu::revealRequested, &commands, [this] {
-        if (const auto folder = _sourceSidebar->tree().selectedFolder()) {
-            folderRootCommands().revealInFinder(*folder);
-        }
-    });
-    QObject::connect(
-        &_sourceSidebar->tree(), &SourceTreeController::selectionDidChange, _toolbar,
-        [this] { validateVisibleItems(); });
-    validateVisibleItems();
 }
 
 void PBMainWindowController::makeOpenFiles() {
@@ -231,12 +222,6 @@ void PBMainWindowController::makeOpenFiles() {
         _window.get());
 }
 
-void PBMainWindowController::validateVisibleItems() {
-    const auto folder = _sourceSidebar->tree().selectedFolder();
-    _menu->setFolderCommands(
-        folder && !folder->folderPath().isEmpty(), folderRootCommands().canRemoveFolderAlias());
-}
-
 SourceSelection& PBMainWindowController::sourceSelection() {
     return _sourceSidebar->selection();
 }
@@ -252,6 +237,7 @@ void PBMainWindowController::clearBrowser() {
 
 void PBMainWindowController::showWindow() {
     _window->show();
+    _browserPane->browserView().setFocus();
 }
 
 void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures) {
@@ -274,19 +260,16 @@ void PBMainWindowController::updateImageBrowserTipView() {
         _sourceSidebar->tree().selectedItem() != nullptr, _delegate.isScanning()));
 }
 
+bool PBMainWindowController::isFullScreen() const {
+    return _commands->isFullScreen();
+}
+
 bool PBMainWindowController::hideStatusBar() const {
-    return _delegate.userDefaults().boolForKey(statusBarKey).value_or(false);
+    return _commands->hideStatusBar();
 }
 
 void PBMainWindowController::setHideStatusBar(bool hide) {
-    _delegate.userDefaults().setBool(hide, statusBarKey);
-    updateStatusBarShowHide();
-}
-
-void PBMainWindowController::updateStatusBarShowHide() {
-    const bool shown = !hideStatusBar() && !_window->isFullScreen();
-    _statusBarView->setVisible(shown);
-    _menu->setStatusBarShown(shown);
+    _commands->setHideStatusBar(hide);
 }
 
 void PBMainWindowController::restoreGeometry() {

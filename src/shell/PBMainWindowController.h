@@ -26,6 +26,7 @@ class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
 class ToolbarController;
+class WindowCommands;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
 class PBMainWindowController {
@@ -61,6 +62,7 @@ public:
     /// Shows why the browser is empty, or hides the tip.
     void updateImageBrowserTipView();
 
+    [[nodiscard]] bool isFullScreen() const;
     [[nodiscard]] bool hideStatusBar() const;
     /// Stored at once.
     void setHideStatusBar(bool hide);
@@ -72,8 +74,6 @@ private:
     void makeGroupViews();
     void connectFolderCommands();
     void makeOpenFiles();
-    void validateVisibleItems();
-    void updateStatusBarShowHide();
     void restoreGeometry();
     void saveGeometry();
 
@@ -97,7 +97,7 @@ private:
     PaneLayout* _panes = nullptr;
     StatusBarView* _statusBarView = nullptr;
     WorkProgress* _workProgress = nullptr;
-    MainMenu* _menu = nullptr;
     MainToolbar* _toolbar = nullptr;
     ToolbarController* _toolbarController = nullptr;
+    std::unique_ptr<WindowCommands> _commands; // goes before all of them
 };

@@ -41,12 +41,10 @@ QString nameOf(const std::optional<PBPathHistory::Place>& place) {
                                          : PBUtilities::displayNameOfPath(place->relativePath);
 }
 
-void setTip(
-    QAction* action, QStringView plain, QStringView to, const QString& name,
-    const QKeySequence& keys) {
+void setTip(QAction* action, QStringView plain, QStringView to, const QString& name) {
     const QString text = name.isEmpty() ? localizedString(plain) : localizedFormat(to, {name});
-    action->setToolTip(
-        QStringLiteral("%1 (%2)").arg(text, keys.toString(QKeySequence::NativeText)));
+    const QString keys = action->data().value<QKeySequence>().toString(QKeySequence::NativeText);
+    action->setToolTip(keys.isEmpty() ? text : QStringLiteral("%1 (%2)").arg(text, keys));
 }
 
 } // namespace
@@ -156,12 +154,9 @@ void ToolbarController::updateSourceBarBtn() {
 
 void ToolbarController::updateHistoryTips() {
     const PBPathHistory& history = _parts.delegate.pathHistory();
+    setTip(_parts.toolbar.backAction(), u"Back", u"BackTo", nameOf(history.backPlace()));
     setTip(
-        _parts.toolbar.backAction(), u"Back", u"BackTo", nameOf(history.backPlace()),
-        Qt::ALT | Qt::Key_Left);
-    setTip(
-        _parts.toolbar.forwardAction(), u"Forward", u"ForwardTo", nameOf(history.forwardPlace()),
-        Qt::ALT | Qt::Key_Right);
+        _parts.toolbar.forwardAction(), u"Forward", u"ForwardTo", nameOf(history.forwardPlace()));
 }
 
 void ToolbarController::validateVisibleItems() {
