@@ -7,6 +7,7 @@
 #include "platform/Places.h"
 #include "platform/StandardError.h"
 #include "shell/FolderRootCommands.h"
+#include "shell/OpenFilesCommands.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/SourceSelection.h"
 #include "shell/SourceSidebar.h"
@@ -39,6 +40,14 @@ void ApplicationController::awakeFromNib() {
     createScans();
     _browsing.seedFavoriteChains(_geoManager->canUseGeocoder());
     _mainWindowController = std::make_unique<PBMainWindowController>(*this);
+    _mainWindowController->setWorkFigures([this] {
+        const BuildThumbServices& thumbnails = _scanPipeline->buildThumb();
+        return WorkFigures{
+            .isScanning = isScanning(),
+            .scanned = _scanPipeline->figures().items,
+            .thumbnailsFinished = thumbnails.finished,
+            .thumbnailsPending = _buildThumbOperationQueue->operationCount()};
+    });
     connectFolderRoots();
     watchFolders();
     noteScreen();
@@ -65,7 +74,7 @@ void ApplicationController::createScans() {
         .selection = [this] { return selection(); },
         .browsing = [this] { return browsing(); },
         .clearDisplay = [this] { _mainWindowController->clearBrowser(); },
-        .stateChanged = [this] { _mainWindowController->updateImageBrowserTipView(); },
+        .stateChanged = [this] { _mainWindowController->scanStateDidChange(); },
     });
 }
 
@@ -157,7 +166,7 @@ void ApplicationController::noteScreen() {
 
 void ApplicationController::applicationDidFinishLaunching() {
     _mainWindowController->showWindow();
-    _mainWindowController->sourceSelection().doSelectLastFolder();
+    if (!_ignoreSelectLastFolder) _mainWindowController->sourceSelection().doSelectLastFolder();
     _mainWindowController->updateImageBrowserTipView();
     _isAppDidFinishLaunch = true;
     // Behind the window, which is painted first.
@@ -173,6 +182,10 @@ bool ApplicationController::addFolders(const QStringList& folders) {
         allAdded = false;
     }
     return allAdded;
+}
+
+void ApplicationController::applicationOpenFiles(const QStringList& paths) {
+    _mainWindowController->openFilesCommands().openFiles(paths);
 }
 
 void ApplicationController::applicationWillTerminate() {

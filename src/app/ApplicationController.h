@@ -34,6 +34,11 @@ public:
     /// Makes each a folder root, unless it is one, and selects it. What is no folder is told on
     /// standard error; false if there was such.
     bool addFolders(const QStringList& folders);
+    /// Opens files and folders from outside, by absolute paths: selects their folder, which becomes
+    /// a root if it lies in none, and the files in it.
+    void applicationOpenFiles(const QStringList& paths);
+    /// A request to open files is about to come: the folder of the last run is not selected.
+    void setIgnoreSelectLastFolder() { _ignoreSelectLastFolder = true; }
     /// Stops the queues, closes the connections and lets everything go, in this order. Once.
     void applicationWillTerminate();
 
@@ -143,5 +148,6 @@ private:
     QRectF _screenRect;
     double _backingScaleFactor = 1.0;
     bool _isAppDidFinishLaunch = false;
+    bool _ignoreSelectLastFolder = false;
     bool _isSlideShowMode = false;
 };

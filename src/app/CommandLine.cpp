@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QRegularExpression>
+#include <QUrl>
 
 namespace {
 
@@ -21,9 +22,12 @@ std::optional<QSize> readSize(const QString& text) {
     return size.isEmpty() ? std::nullopt : std::optional(size);
 }
 
+/// File managers hand over places as URLs.
 QStringList absolute(QStringList paths) {
-    for (QString& path : paths)
+    for (QString& path : paths) {
+        if (path.startsWith(u"file:")) path = QUrl(path).toLocalFile();
         path = QDir::cleanPath(QDir::current().absoluteFilePath(path));
+    }
     return paths;
 }
 

@@ -2,6 +2,7 @@
 #include "app/CommandLine.h"
 #include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
+#include "app/OpenedPaths.h"
 #include "app/ProgramState.h"
 #include "app/ScanStatistics.h"
 #include "app/SingleInstance.h"
@@ -103,8 +104,9 @@ void bringToFront(QWidget& window) {
     window.activateWindow();
 }
 
-/// Shows the window, runs the loop and ends everything; answers the exit code.
-int runApplication(const CommandLineOptions& options, SingleInstance& instance) {
+/// Shows the window with the paths, runs the loop and ends everything; answers the exit code.
+int runApplication(
+    const CommandLineOptions& options, const QStringList& paths, SingleInstance& instance) {
     Statistics statistics;
     ColorScheme colorScheme;
     PBThemes::apply(
@@ -126,6 +128,7 @@ int runApplication(const CommandLineOptions& options, SingleInstance& instance) 
     controller.awakeFromNib();
     QMainWindow& window = controller.mainWindowController().window();
     if (options.size.isValid()) window.resize(options.size);
+    if (!paths.isEmpty()) controller.setIgnoreSelectLastFolder();
     controller.applicationDidFinishLaunching();
     // The events of showing come first in line; when they are done, the window is painted.
     QTimer::singleShot(0, &window, [&] { statistics.markOnce(QStringLiteral("first_window_ms")); });
@@ -134,11 +137,14 @@ int runApplication(const CommandLineOptions& options, SingleInstance& instance) 
         [&](const SingleInstance::Request& request) {
             bringToFront(window);
             controller.addFolders(request.add);
+            controller.applicationOpenFiles(request.paths);
         });
 
     instance.setStateSource([&] { return programState(controller); });
 
     int code = controller.addFolders(options.add) ? 0 : failure;
+    if (paths.size() < options.paths.size()) code = failure;
+    controller.applicationOpenFiles(paths);
     IdleWatch idle([&] { return controller.isIdle(); });
     QObject::connect(&idle, &IdleWatch::becameIdle, &window, [&] {
         if (!options.screenshot.isEmpty() && !saveScreenshot(window, options.screenshot)) {
@@ -194,10 +200,11 @@ int main(int argc, char** argv) {
         &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
     platform::MainLoop loop;
 
+    const QStringList paths = openablePaths(options.paths, platform::complain);
     SingleInstance instance;
-    switch (instance.take(platform::Places::dataFolder(), {options.paths, options.add})) {
+    switch (instance.take(platform::Places::dataFolder(), {paths, options.add})) {
     case SingleInstance::Outcome::HandedOver:
-        return 0;
+        return paths.size() < options.paths.size() ? failure : 0;
     case SingleInstance::Outcome::NoAnswer:
         platform::complain(
             QStringLiteral("another Velmora has the catalogue in %1 open and does not answer")
@@ -206,5 +213,5 @@ int main(int argc, char** argv) {
     case SingleInstance::Outcome::First:
         break;
     }
-    return runApplication(options, instance);
+    return runApplication(options, paths, instance);
 }

@@ -12,11 +12,14 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+using platform::localizedFormat;
 using platform::localizedString;
 
 namespace {
 
 constexpr QSize pictureSize(112, 112);
+constexpr std::chrono::milliseconds indicatorDelay(250);
+constexpr QSize buttonSize(200, 32);
 
 QLabel* centredLabel(QWidget* parent) {
     auto* label = new QLabel(parent);
@@ -29,7 +32,7 @@ QLabel* centredLabel(QWidget* parent) {
 
 PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     : QWidget(parent), _picture(centredLabel(this)), _title(centredLabel(this)),
-      _or(centredLabel(this)), _hint(centredLabel(this)),
+      _or(centredLabel(this)), _hint(centredLabel(this)), _suggestion(new QPushButton(this)),
       _button(new QPushButton(localizedString(u"AddFolder"), this)),
       _indicator(new QProgressBar(this)) {
     setAutoFillBackground(true);
@@ -38,7 +41,8 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     _title->setFont(large);
     _or->setText(localizedString(u"Or"));
     _hint->setText(localizedString(u"DragDropFolder"));
-    _button->setMinimumWidth(140);
+    for (QPushButton* button : {_suggestion, _button})
+        button->setMinimumSize(buttonSize);
     _indicator->setRange(0, 0);
     _indicator->setTextVisible(false);
     _indicator->setFixedSize(180, 6);
@@ -50,6 +54,7 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     layout->addWidget(_picture);
     layout->addWidget(_title);
     layout->addSpacing(4);
+    layout->addWidget(_suggestion, 0, Qt::AlignHCenter);
     layout->addWidget(_button, 0, Qt::AlignHCenter);
     layout->addWidget(_or);
     layout->addWidget(_hint);
@@ -57,8 +62,14 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     layout->addStretch(5);
 
     connect(_button, &QPushButton::clicked, this, &PBImageBrowserTipView::addFolderRequested);
-    updateColors();
+    connect(_suggestion, &QPushButton::clicked, this, [this] {
+        Q_EMIT suggestedFolderRequested(_suggestedFolder);
+    });
+    _indicatorDelay.setSingleShot(true);
+    _indicatorDelay.setInterval(indicatorDelay);
+    connect(&_indicatorDelay, &QTimer::timeout, _indicator, &QWidget::show);
     setTipKind(0);
+    updateColors();
 }
 
 std::int64_t
@@ -80,11 +91,8 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     _title->setText(title);
     _title->setVisible(!title.isEmpty());
     _picture->setVisible(!title.isEmpty());
-    for (QWidget* widget :
-         {static_cast<QWidget*>(_button), static_cast<QWidget*>(_or),
-          static_cast<QWidget*>(_hint)}) {
-        widget->setVisible(tipKind == 1);
-    }
+    updateButtons();
+    updateColors();
     // The indicator changes after the present event, so that a scan that ends within it shows none.
     if (auto* loop = platform::MainLoop::instance()) {
         loop->cancelPreviousPerformRequestsWithTarget(this);
@@ -97,8 +105,34 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     }
 }
 
+void PBImageBrowserTipView::setSuggestedFolder(const QString& path) {
+    _suggestedFolder = path;
+    const qsizetype end = path.lastIndexOf(u'/');
+    _suggestion->setText(localizedFormat(u"AddSuggestedFolder", {path.sliced(end + 1)}));
+    _suggestion->setToolTip(path);
+    updateButtons();
+}
+
+void PBImageBrowserTipView::updateButtons() {
+    const bool isFirst = _tipKind == 1;
+    const bool hasSuggestion = isFirst && !_suggestedFolder.isEmpty();
+    _button->setVisible(isFirst);
+    _or->setVisible(isFirst);
+    _hint->setVisible(isFirst);
+    _suggestion->setVisible(hasSuggestion);
+    // Return presses what is most likely wanted.
+    QPushButton* likely = hasSuggestion ? _suggestion : _button;
+    if (isFirst && isVisible() && !likely->hasFocus()) likely->setFocus(Qt::OtherFocusReason);
+}
+
 void PBImageBrowserTipView::updateIndicator() {
-    _indicator->setVisible(_tipKind == 4);
+    // A search scans anew at each key: what is there in a moment needs no indicator.
+    if (_tipKind == 4) {
+        _indicatorDelay.start();
+    } else {
+        _indicatorDelay.stop();
+        _indicator->hide();
+    }
 }
 
 void PBImageBrowserTipView::changeEvent(QEvent* event) {
@@ -113,9 +147,17 @@ void PBImageBrowserTipView::updateColors() {
     _picture->setPixmap(
         Icons::pixmap(QStringLiteral("photographs"), pictureSize, devicePixelRatioF(), faint));
     QPalette own = palette();
-    if (own.color(QPalette::Window) == colors.browser) return;
-    own.setColor(QPalette::Window, colors.browser);
+    // Over a folder it looks like the sheet that it stands in for.
+    const QColor ground = _tipKind == 1 ? colors.browser : colors.sheet;
+    if (own.color(QPalette::Window) == ground) return;
+    own.setColor(QPalette::Window, ground);
     setPalette(own);
+    QPalette likely = _suggestion->palette();
+    likely.setColor(QPalette::Button, colors.accent);
+    likely.setColor(QPalette::ButtonText, Qt::white);
+    _suggestion->setPalette(likely);
+    _suggestion->setIcon(QIcon(Icons::pixmap(
+        QStringLiteral("folder-pictures"), QSize(16, 16), devicePixelRatioF(), Qt::white)));
     for (QLabel* label : {_or, _hint}) {
         QPalette quiet = label->palette();
         quiet.setColor(QPalette::WindowText, colors.secondaryText);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 
 #include <cstdint>
@@ -21,6 +22,9 @@ public:
     [[nodiscard]] std::int64_t tipKind() const { return _tipKind; }
     void setTipKind(std::int64_t tipKind);
 
+    /// A folder that kind 1 offers to add with one click; none if empty.
+    void setSuggestedFolder(const QString& path);
+
     /// The kind that fits the state of the window.
     [[nodiscard]] static std::int64_t
     kindFor(bool hasGroups, bool hasRoots, bool hasSelection, bool isScanning);
@@ -28,6 +32,8 @@ public:
 Q_SIGNALS:
     /// The button of kind 1 was pressed.
     void addFolderRequested();
+    /// The suggested folder was chosen.
+    void suggestedFolderRequested(const QString& path);
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -35,12 +41,16 @@ protected:
 private:
     void updateColors();
     void updateIndicator();
+    void updateButtons();
 
     std::int64_t _tipKind = -1;
     QLabel* _picture;
     QLabel* _title;
     QLabel* _or;
     QLabel* _hint;
+    QPushButton* _suggestion;
     QPushButton* _button;
+    QString _suggestedFolder;
     QProgressBar* _indicator;
+    QTimer _indicatorDelay;
 };

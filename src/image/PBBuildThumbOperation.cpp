@@ -9,6 +9,11 @@
 #include <sqlite3.h>
 
 void PBBuildThumbOperation::main() {
+    build();
+    ++_services->finished;
+}
+
+void PBBuildThumbOperation::build() {
     if (isCancelled() || !_hasImporter || isStored()) return;
     decodeNextInLine();
     if (!decodeIfNobodyDoes()) _decoding.wait(Decoding::Running);

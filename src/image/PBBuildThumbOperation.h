@@ -23,6 +23,8 @@ struct BuildThumbServices {
     /// Told of each finished thumbnail, on the build queue's thread.
     std::function<void(const std::shared_ptr<const PBBuildThumbOperation>&)> didBuild;
 
+    /// Operations that have ended, whatever they did.
+    std::atomic<quint64> finished{0};
     std::atomic<quint64> built{0};
     std::atomic<quint64> failed{0};
     std::atomic<bool> toldFailure{false}; ///< to the user, that thumbnails can't be stored
@@ -55,6 +57,7 @@ protected:
 private:
     enum class Decoding { NotStarted, Running, Done };
 
+    void build();
     [[nodiscard]] bool isStored();
     void decodeNextInLine();
     /// False if another thread decodes, or has.

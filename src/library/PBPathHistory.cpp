@@ -9,6 +9,16 @@ void PBPathHistory::pushAliasObject(
     ++_position;
 }
 
+std::optional<PBPathHistory::Place> PBPathHistory::backPlace() const {
+    if (!canBack()) return std::nullopt;
+    return _pathArray[static_cast<std::size_t>(_position - 1)];
+}
+
+std::optional<PBPathHistory::Place> PBPathHistory::forwardPlace() const {
+    if (!canForward()) return std::nullopt;
+    return _pathArray[static_cast<std::size_t>(_position + 1)];
+}
+
 std::shared_ptr<PBAliasObject> PBPathHistory::back(QString* relativePath) {
     return canBack() ? stepTo(_position - 1, relativePath) : nullptr;
 }
@@ -19,7 +29,7 @@ std::shared_ptr<PBAliasObject> PBPathHistory::forward(QString* relativePath) {
 
 std::shared_ptr<PBAliasObject> PBPathHistory::stepTo(std::int64_t position, QString* relativePath) {
     _position = position;
-    const Entry& entry = _pathArray[static_cast<std::size_t>(position)];
+    const Place& entry = _pathArray[static_cast<std::size_t>(position)];
     if (relativePath) *relativePath = entry.relativePath;
     return entry.aliasObject;
 }

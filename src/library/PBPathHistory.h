@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 /// Back and forward over the folders that were selected. Main thread.
@@ -19,6 +20,15 @@ public:
     [[nodiscard]] bool canForward() const {
         return _position + 1 < static_cast<std::int64_t>(_pathArray.size());
     }
+    /// A folder of the history.
+    struct Place {
+        std::shared_ptr<PBAliasObject> aliasObject;
+        QString relativePath;
+    };
+    /// Where the next step would lead; nothing if there is none.
+    [[nodiscard]] std::optional<Place> backPlace() const;
+    [[nodiscard]] std::optional<Place> forwardPlace() const;
+
     /// One step; the root of the entry reached, nullptr if there is none.
     std::shared_ptr<PBAliasObject> back(QString* relativePath);
     std::shared_ptr<PBAliasObject> forward(QString* relativePath);
@@ -28,13 +38,9 @@ public:
     void setNeedPush(bool needPush) { _needPush = needPush; }
 
 private:
-    struct Entry {
-        std::shared_ptr<PBAliasObject> aliasObject;
-        QString relativePath;
-    };
     std::shared_ptr<PBAliasObject> stepTo(std::int64_t position, QString* relativePath);
 
-    std::vector<Entry> _pathArray;
+    std::vector<Place> _pathArray;
     std::int64_t _position = -1;
     bool _needPush = true;
 };

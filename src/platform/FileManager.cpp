@@ -5,6 +5,7 @@
 #include <QFileInfo>
 
 #include <cerrno>
+#include <cstdio>
 #include <memory>
 
 #include <dirent.h>
@@ -48,6 +49,13 @@ bool isLinkAt(int folder, const dirent& entry) {
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
+}
+
+bool isSameFile(const char* path, const char* otherPath) {
+    struct stat status {};
+    struct stat other {};
+    return ::lstat(path, &status) == 0 && ::lstat(otherPath, &other) == 0 &&
+           status.st_dev == other.st_dev && status.st_ino == other.st_ino;
 }
 
 std::optional<ResourceValues> valuesAt(int folder, const QString& path) {
@@ -105,6 +113,23 @@ enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)
         entry.isLink = isLinkAt(::dirfd(directory.get()), *found);
         if (!visitor(entry)) return {};
     }
+}
+
+std::error_code moveItem(const QString& path, const QString& toPath) {
+    const QByteArray from = QFile::encodeName(path);
+    const QByteArray to = QFile::encodeName(toPath);
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+        return {};
+    // Two hard links of one file are two files here: only the case of a name may differ.
+    const bool isOtherCase = toPath.compare(path, Qt::CaseInsensitive) == 0;
+    const bool mayRenameOver =
+        errno == EEXIST && isOtherCase && isSameFile(from.constData(), to.constData());
+    const bool knowsNoFlags = errno == EINVAL || errno == ENOSYS;
+    if (!mayRenameOver && !knowsNoFlags) return lastError();
+    struct stat status {};
+    if (!mayRenameOver && ::lstat(to.constData(), &status) == 0)
+        return std::make_error_code(std::errc::file_exists);
+    return ::rename(from.constData(), to.constData()) == 0 ? std::error_code() : lastError();
 }
 
 bool createDirectory(const QString& path) {

@@ -61,6 +61,11 @@ private:
 [[nodiscard]] std::error_code
 enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor);
 
+/// Gives a file or folder another path on the same file system. What has that path already is left
+/// as it is, with the error `file_exists`, unless it is the very same file (a name that differs in
+/// case only, where the file system takes no note of case). No error is the zero code.
+[[nodiscard]] std::error_code moveItem(const QString& path, const QString& toPath);
+
 /// Makes the folder and those above it; true if it stands afterwards.
 [[nodiscard]] bool createDirectory(const QString& path);
 

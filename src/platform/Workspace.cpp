@@ -18,21 +18,25 @@ void openHolder(const QString& path) {
 
 } // namespace
 
-void revealInFileManager(const QString& path) {
+void revealInFileManager(const QStringList& paths) {
+    if (paths.isEmpty()) return;
+    const QString first = paths.constFirst();
     const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) return openHolder(path);
+    if (!bus.isConnected()) return openHolder(first);
     QDBusMessage call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
-    const QUrl url = QUrl::fromLocalFile(path);
-    call << QStringList{url.toString(QUrl::FullyEncoded)} << QString();
+    QStringList urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
+    call << urls << QString();
     // Goes by itself when the answer was seen, or with the connection's end.
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call));
     QObject::connect(
         watcher, &QDBusPendingCallWatcher::finished, watcher,
-        [path](QDBusPendingCallWatcher* finished) {
-            if (finished->isError()) openHolder(path);
+        [first](QDBusPendingCallWatcher* finished) {
+            if (finished->isError()) openHolder(first);
             finished->deleteLater();
         });
 }

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QString>
+#include <QStringList>
 
 /// What the desktop does for the program. Main thread; nothing here waits.
 namespace platform::Workspace {
 
-/// Shows the file or folder in the desktop's file manager, selected in the folder that holds it;
-/// where no file manager takes that, opens the folder that holds it.
-void revealInFileManager(const QString& path);
+/// Shows the files or folders in the desktop's file manager, selected in the folders that hold
+/// them; where no file manager takes that, opens the folder that holds the first.
+void revealInFileManager(const QStringList& paths);
 
 } // namespace platform::Workspace

@@ -8,16 +8,11 @@
 #include "image/PBBuildThumbOperation.h"
 #include "image/ThumbnailStore.h"
 #include "library/PBAliasManager.h"
-#include "platform/UserDefaults.h"
 
 #include <QColorSpace>
 
 namespace {
 
-const QString styleKey = QStringLiteral("ImageBrowserViewStyle");
-const QString thumbnailSizeKey = QStringLiteral("ThumbnailSize");
-constexpr std::uint64_t firstStyle = 15;
-constexpr double firstThumbnailSize = 160;
 /// Thumbnails kept before the browser has told how many fill a page.
 constexpr std::uint64_t firstBufferCount = 200;
 constexpr std::uint64_t bufferedPages = 3;
@@ -42,19 +37,11 @@ BrowserPane::BrowserPane(PBAppDelegate& delegate, std::function<void()> updateTi
       _folderPaths(delegate.mainFileDb(), delegate.aliasManager()), _buffer(firstBufferCount),
       _scrollView(new PBImageBrowserScrollView(*this)),
       _view(new PBImageBrowserView(*_scrollView, *this)) {
-    platform::UserDefaults& defaults = delegate.userDefaults();
-    const qint64 style = defaults.integerForKey(styleKey).value_or(firstStyle);
-    _view->setStyle(static_cast<std::uint64_t>(std::max<qint64>(style, 0)));
-    const double size = defaults.doubleForKey(thumbnailSizeKey).value_or(0);
-    _view->setThumbnailSize(size == 0 ? firstThumbnailSize : size);
     _buffer.setBrowserOrder(&_view->browserOrder());
 
     connect(_view, &PBImageBrowserView::itemCountDidChange, this, &BrowserPane::itemCountDidChange);
     connect(_view, &PBImageBrowserView::pageItemCountDidChange, this, [this](qint64 count) {
         _buffer.setBufferCount(static_cast<std::uint64_t>(count) * bufferedPages);
-    });
-    connect(_view, &PBImageBrowserView::thumbnailSizeDidChange, this, [this](double newSize) {
-        _delegate.userDefaults().setDouble(newSize, thumbnailSizeKey);
     });
     connect(
         &delegate.buildThumbNotifier(), &BuildThumbNotifier::PBNotiName_BuildThumb, _view,
@@ -71,6 +58,10 @@ BrowserPane::~BrowserPane() {
 
 QWidget* BrowserPane::view() const {
     return _scrollView;
+}
+
+QStringList BrowserPane::selectedFilePath() const {
+    return _view->selection().selectedFilePath(_folderPaths, true);
 }
 
 void BrowserPane::clear() {

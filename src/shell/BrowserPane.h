@@ -33,6 +33,10 @@ public:
     [[nodiscard]] QWidget* view() const;
     [[nodiscard]] PBImageBrowserView& browserView() const { return *_view; }
 
+    /// Absolute paths of the selected images, those in folded groups too.
+    [[nodiscard]] QStringList selectedFilePath() const;
+    [[nodiscard]] const group::FolderPaths& folderPaths() const override { return _folderPaths; }
+
     /// Drops images, thumbnails and position: another folder will be shown.
     void clear();
     void updateImageBrowserViewData() override;
@@ -53,7 +57,6 @@ private:
     [[nodiscard]] std::optional<qint64>
     fileIdOfBuildThumb(const platform::Operation& operation) const override;
     [[nodiscard]] PBThumbnailBufferManager& thumbnailBufferManager() override { return _buffer; }
-    [[nodiscard]] const group::FolderPaths& folderPaths() const override { return _folderPaths; }
     [[nodiscard]] QString tagWithTagId(qint64 tagId) const override;
     [[nodiscard]] bool isLargeView() const override;
 

@@ -137,5 +137,5 @@ void FolderRootCommands::doRemoveFolderAlias(const std::shared_ptr<PBFolderAlias
 
 void FolderRootCommands::revealInFinder(const PBFolderItem& item) {
     const QString path = item.folderPath();
-    if (!path.isEmpty()) platform::Workspace::revealInFileManager(path);
+    if (!path.isEmpty()) platform::Workspace::revealInFileManager({path});
 }

@@ -19,7 +19,7 @@ void GroupSheets::alertLocationRequireSystem() {
 
 GroupMenus::GroupMenus(Environment environment, QObject* parent)
     : QObject(parent), _environment(std::move(environment)), _presets(_environment.settings),
-      _groupMenu(std::make_unique<QMenu>(localizedString(u"GroupMenu"))) {
+      _groupMenu(std::make_unique<QMenu>()) {
     // Not at each change: an entry that is being chosen may not be taken away.
     connect(_groupMenu.get(), &QMenu::aboutToShow, this, &GroupMenus::rebuildGroupMenu);
     rebuildGroupMenu();

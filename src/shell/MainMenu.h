@@ -1,48 +1,59 @@
 #pragma once
 
-#include "shell/PaneLayout.h"
+#include "shell/MenuEntries.h"
+#include "shell/MenuValidation.h"
 
 #include <QObject>
 
-class MainToolbar;
+#include <array>
+#include <functional>
+#include <map>
+#include <span>
+
 class QAction;
 class QMainWindow;
 class QMenu;
+class QPoint;
+class QWidget;
 
-/// The menu bar of the main window and the state of its entries.
+/// The menu bar of the main window and the menus that right clicks open. An entry does nothing, and
+/// is disabled, until somebody connects its command; what else it depends on is asked whenever a
+/// menu opens and before a shortcut is looked for. Main thread.
 class MainMenu final : public QObject {
     Q_OBJECT
 
 public:
-    /// Fills the window's menu bar. All outlive this object; commands that the toolbar has too are
-    /// its own.
-    MainMenu(QMainWindow& window, PaneLayout& panes, MainToolbar& toolbar, QObject* parent);
+    /// Reads what the entries depend on; the pasteboard only when asked, since another program may
+    /// keep that waiting.
+    using ReadState = std::function<MenuState(bool includesPasteboard)>;
 
-Q_SIGNALS:
-    void statusBarToggled();
-    /// For the folder that is selected in the sidebar.
-    void revealRequested();
-    void removeFolderRequested();
+    /// Fills the window's menu bar. The window outlives this object.
+    MainMenu(QMainWindow& window, ReadState readState, QObject* parent);
 
-public:
-    /// Gives the menu its place in the menu bar; it stays with its owner.
+    [[nodiscard]] QAction* action(MenuCommand command) const;
+    [[nodiscard]] QMenu* menuWithTag(MenuTag tag) const;
+    /// Puts the menu, which stays with its owner, where the table has an empty one.
     void setGroupMenu(QMenu& groupMenu);
-    /// Title of the entry that shows or hides the status bar.
-    void setStatusBarShown(bool shown);
-    /// Which of the commands for the selected folder are possible.
-    void setFolderCommands(bool canReveal, bool canRemove);
+    void connectCommand(MenuCommand command, std::function<void()> perform);
+
+    /// Brings all entries in step with the window.
+    void validate(bool includesPasteboard = false);
+    /// Opens the menu of the browser at a place of the screen; the menu deletes itself.
+    void popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWidget* parent);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void addFileMenu(MainToolbar& toolbar);
-    void addPaneEntry(
-        QMenu* menu, PaneLayout::Pane pane, const QString& show, const QString& hide,
-        const QKeySequence& shortcut);
-    void showAbout();
+    void makeActions();
+    void makeChoice(MenuCommand first, MenuCommand last);
+    void fill(std::span<const MenuRow> rows, QMenu* first);
+    void watchMenu(QMenu* menu);
+    void perform(MenuCommand command);
 
     QMainWindow& _window;
-    PaneLayout& _panes;
-    QMenu* _goMenu = nullptr;
-    QAction* _statusBar = nullptr;
-    QAction* _reveal = nullptr;
-    QAction* _removeFolder = nullptr;
+    const ReadState _readState;
+    std::array<QAction*, menuCommandCount> _actions{};
+    std::array<std::function<void()>, menuCommandCount> _performers;
+    std::map<MenuTag, QMenu*> _menus;
 };

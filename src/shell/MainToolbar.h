@@ -1,27 +1,86 @@
 #pragma once
 
+#include "ui/SearchField.h"
+#include "ui/ToolbarButton.h"
+
+#include <QAction>
 #include <QToolBar>
 
-class QAction;
+#include <functional>
+#include <vector>
 
-/// The bar of commands at the top of the window.
+class QLabel;
+class QMenu;
+
+/// The bar of commands at the top of the window: what is in it and how it looks. Main thread.
 class MainToolbar final : public QToolBar {
     Q_OBJECT
 
 public:
+    /// A control with a caption below it, shown or not.
+    struct Item {
+        QString identifier;
+        QWidget* view = nullptr; ///< without the caption
+    };
+
     explicit MainToolbar(QWidget* parent);
 
     [[nodiscard]] QAction* backAction() const { return _back; }
     [[nodiscard]] QAction* forwardAction() const { return _forward; }
+    /// Not in the bar itself; the sidebar and the menus have it.
     [[nodiscard]] QAction* addFolderAction() const { return _addFolder; }
+    [[nodiscard]] QAction* filterFlagAction() const { return _filterFlag; }
+    [[nodiscard]] QAction* filterStarAction() const { return _filterStar; }
+    [[nodiscard]] QAction* rotateAction() const { return _rotate; }
+    [[nodiscard]] QAction* shareAction() const { return _share; }
+    [[nodiscard]] QAction* deleteAction() const { return _delete; }
+    [[nodiscard]] SearchField& searchField() const { return *_search; }
+    /// The group button has `popUp` open the menu below it; it is off before that.
+    void setGroupMenu(QMenu& menu, const std::function<void(const QWidget& button)>& popUp);
+
+    /// The items from left to right, as they are at the start.
+    [[nodiscard]] const std::vector<Item>& mainToolbarItems() const { return _items; }
+    /// nullptr for an unknown identifier.
+    [[nodiscard]] QWidget* itemView(QStringView identifier) const;
+
+    /// Has what follows the first item begin where the sidebar ends, as far as there is room.
+    void alignWithSidebar(int sidebarWidth);
+
+    /// Whether captions are shown below the controls.
+    [[nodiscard]] bool hasCaptions() const { return _hasCaptions; }
+    void setCaptions(bool shown);
+
+Q_SIGNALS:
+    /// The user chose so in the bar's own menu.
+    void captionsChosen(bool shown);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    bool event(QEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
-    QAction* addCommand(const QString& icon, QStringView text, const QKeySequence& shortcut);
+    [[nodiscard]] QAction*
+    makeAction(const QString& icon, QStringView text, const QKeySequence& shortcut = {});
+    void addItem(const QString& identifier, QWidget* view, QStringView caption);
+    void addSpace(QWidget* space, const QString& identifier);
+    void updateColors();
 
     QAction* _back;
     QAction* _forward;
     QAction* _addFolder;
+    QAction* _filterFlag;
+    QAction* _filterStar;
+    QAction* _group;
+    ToolbarButton* _groupButton;
+    QAction* _rotate;
+    QAction* _share;
+    QAction* _delete;
+    QWidget* _row; // fills the bar
+    SearchField* _search;
+    QWidget* _autoSpace;
+    std::vector<Item> _items;
+    std::vector<QLabel*> _captions;
+    bool _hasCaptions = false;
 };

@@ -1,5 +1,6 @@
 #include "shell/MessagePane.h"
 
+#include "ui/Icons.h"
 #include "ui/PBThemes.h"
 
 #include <QEvent>
@@ -7,12 +8,17 @@
 #include <QPainter>
 #include <QVBoxLayout>
 
-MessagePane::MessagePane(const QString& message, QWidget* parent)
-    : QWidget(parent), _message(new QLabel(message, this)) {
+MessagePane::MessagePane(const QString& message, const QString& icon, QWidget* parent)
+    : QWidget(parent), _icon(icon), _picture(new QLabel(this)),
+      _message(new QLabel(message, this)) {
+    _picture->setAlignment(Qt::AlignHCenter);
+    _picture->setVisible(!icon.isEmpty());
     _message->setWordWrap(true);
     _message->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(18, 22, 18, 12);
+    layout->setSpacing(12);
+    layout->addWidget(_picture);
     layout->addWidget(_message);
     layout->addStretch(1);
     updateColors();
@@ -32,5 +38,10 @@ void MessagePane::updateColors() {
     if (palette.color(QPalette::WindowText) == PBThemes::colors().secondaryText) return;
     palette.setColor(QPalette::WindowText, PBThemes::colors().secondaryText);
     _message->setPalette(palette);
+    if (!_icon.isEmpty()) {
+        QColor color = PBThemes::colors().secondaryText;
+        color.setAlphaF(0.45F);
+        _picture->setPixmap(Icons::pixmap(_icon, QSize(40, 40), devicePixelRatioF(), color));
+    }
     update();
 }

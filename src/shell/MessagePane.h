@@ -7,7 +7,9 @@ class QLabel;
 /// A pane that has nothing to list yet: one quiet sentence on the pane's background.
 class MessagePane final : public QWidget {
 public:
-    explicit MessagePane(const QString& message, QWidget* parent = nullptr);
+    /// `icon` names a symbol that stands above the sentence; empty for none.
+    explicit MessagePane(
+        const QString& message, const QString& icon = {}, QWidget* parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -16,5 +18,7 @@ protected:
 private:
     void updateColors();
 
+    const QString _icon;
+    QLabel* _picture;
     QLabel* _message;
 };

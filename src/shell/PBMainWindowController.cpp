@@ -5,20 +5,26 @@
 #include "browser/PBImageBrowserView.h"
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
+#include "image/BuildThumbNotifier.h"
 #include "info/geo/PBGeoManager.h"
-#include "library/PBPathHistory.h"
 #include "platform/LocalizedTexts.h"
 #include "platform/UserDefaults.h"
 #include "shell/BrowserPane.h"
+#include "shell/FilterCommands.h"
+#include "shell/FirstRun.h"
 #include "shell/FolderPrompts.h"
 #include "shell/GroupMenus.h"
 #include "shell/GroupPanel.h"
+#include "shell/InfoPane.h"
 #include "shell/MainMenu.h"
 #include "shell/MainToolbar.h"
-#include "shell/MessagePane.h"
+#include "shell/OpenFilesCommands.h"
+#include "shell/OpenFilesReveal.h"
 #include "shell/PaneLayout.h"
 #include "shell/SourceSidebar.h"
 #include "shell/StatusBarView.h"
+#include "shell/ToolbarController.h"
+#include "shell/WindowCommands.h"
 #include "ui/HeaderBar.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
@@ -31,17 +37,17 @@ using platform::localizedString;
 namespace {
 
 const QString geometryKey = QStringLiteral("WindowGeometry");
-const QString statusBarKey = QStringLiteral("ShowHideStatusBar");
 constexpr QSize firstWindowSize(1180, 760);
-constexpr QSize smallestWindowSize(560, 420);
+/// Leaves each pane its least.
+constexpr QSize smallestWindowSize(720, 480);
 
-/// A pane under a bar with its name.
-QWidget* titledPane(const QString& title, QWidget* content) {
+/// A pane under its bar.
+QWidget* titledPane(HeaderBar* bar, QWidget* content) {
     auto* pane = new QWidget;
     auto* layout = new QVBoxLayout(pane);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(new HeaderBar(title));
+    layout->addWidget(bar);
     layout->addWidget(content, 1);
     return pane;
 }
@@ -55,6 +61,8 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override {
+        // The next start begins with a window that has its bars.
+        _controller._commands->leaveFullScreen();
         _controller.saveGeometry();
         QMainWindow::closeEvent(event);
     }
@@ -72,7 +80,6 @@ private:
 PBMainWindowController::PBMainWindowController(PBAppDelegate& delegate)
     : _delegate(delegate), _window(std::make_unique<Window>(*this)) {
     buildWindow();
-    updateStatusBarShowHide();
     restoreGeometry();
     updateImageBrowserTipView();
 }
@@ -90,17 +97,18 @@ void PBMainWindowController::buildWindow() {
     _sourceSidebar = std::make_unique<SourceSidebar>(
         _delegate, *_window, *_folderPrompts, [this] { updateImageBrowserTipView(); });
     makeGroupViews();
+    _filterCommands = new FilterCommands(_delegate, _window.get());
+    QObject::connect(
+        &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
+        &FilterCommands::announce);
+    auto* sourceBar = new HeaderBar(localizedString(u"Folders"));
     _panes = new PaneLayout(
-        {.source = titledPane(localizedString(u"Folders"), _sourceSidebar->view()),
-         .group = titledPane(localizedString(u"Groups"), _groupPanel->view()),
+        {.source = titledPane(sourceBar, _sourceSidebar->view()),
+         .group = titledPane(new HeaderBar(localizedString(u"Groups")), _groupPanel->view()),
          .thumbnail = makeThumbnailView(),
-         .info = titledPane(
-             localizedString(u"Information"), new MessagePane(localizedString(u"NoInformation")))},
+         .info = new InfoPane(_delegate.userDefaults())},
         _delegate.userDefaults(), _window.get());
     _statusBarView = new StatusBarView(*_panes);
-    QObject::connect(
-        _browserPane.get(), &BrowserPane::itemCountDidChange, _statusBarView,
-        &StatusBarView::setItemCount);
 
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
@@ -112,12 +120,34 @@ void PBMainWindowController::buildWindow() {
 
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
-    _menu = new MainMenu(*_window, *_panes, *_toolbar, _window.get());
-    _menu->setGroupMenu(*_groupMenus->groupMenu());
-    connectFolderCommands();
-    QObject::connect(_menu, &MainMenu::statusBarToggled, _window.get(), [this] {
-        setHideStatusBar(!hideStatusBar());
+    _toolbarController = new ToolbarController(
+        {.delegate = _delegate,
+         .toolbar = *_toolbar,
+         .sourceBar = *sourceBar,
+         .filters = *_filterCommands,
+         .selection = sourceSelection(),
+         .browserPane = *_browserPane,
+         .panes = *_panes},
+        _window.get());
+    _commands = std::make_unique<WindowCommands>(
+        WindowCommands::Parts{
+            .delegate = _delegate,
+            .window = *_window,
+            .browserPane = *_browserPane,
+            .sourceSidebar = *_sourceSidebar,
+            .filterCommands = *_filterCommands,
+            .panes = *_panes,
+            .statusBarView = *_statusBarView,
+            .toolbar = *_toolbar,
+            .find = [this] { _toolbarController->find(); }},
+        nullptr);
+    _commands->menu().setGroupMenu(*_groupMenus->groupMenu());
+    _toolbar->setGroupMenu(*_groupMenus->groupMenu(), [this](const QWidget& button) {
+        _groupMenus->groupMenuBtnClicked(button);
     });
+    connectFolderCommands();
+    FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
+    makeOpenFiles();
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -169,38 +199,27 @@ void PBMainWindowController::makeGroupViews() {
 
 void PBMainWindowController::connectFolderCommands() {
     FolderRootCommands& commands = folderRootCommands();
-    SourceSelection& selection = sourceSelection();
     const auto add = [&commands] { commands.addFolderAlias(); };
     QObject::connect(
         _imageBrowserTipView, &PBImageBrowserTipView::addFolderRequested, &commands, add);
     QObject::connect(_toolbar->addFolderAction(), &QAction::triggered, &commands, add);
-    QObject::connect(
-        _toolbar->backAction(), &QAction::triggered, &selection, &SourceSelection::back);
-    QObject::connect(
-        _toolbar->forwardAction(), &QAction::triggered, &selection, &SourceSelection::forward);
-    QObject::connect(
-        _menu, &MainMenu::removeFolderRequested, &commands, &FolderRootCommands::removeFolderAlias);
-    QObject::connect(_menu, &MainMenu::revealRequested, &commands, [this] {
-        if (const auto folder = _sourceSidebar->tree().selectedFolder()) {
-            folderRootCommands().revealInFinder(*folder);
-        }
-    });
-    QObject::connect(&selection, &SourceSelection::historyDidChange, _toolbar, [this] {
-        validateVisibleItems();
-    });
-    QObject::connect(
-        &_sourceSidebar->tree(), &SourceTreeController::selectionDidChange, _toolbar,
-        [this] { validateVisibleItems(); });
-    validateVisibleItems();
 }
 
-void PBMainWindowController::validateVisibleItems() {
-    const PBPathHistory& history = _delegate.pathHistory();
-    _toolbar->backAction()->setEnabled(history.canBack());
-    _toolbar->forwardAction()->setEnabled(history.canForward());
-    const auto folder = _sourceSidebar->tree().selectedFolder();
-    _menu->setFolderCommands(
-        folder && !folder->folderPath().isEmpty(), folderRootCommands().canRemoveFolderAlias());
+void PBMainWindowController::makeOpenFiles() {
+    _openFilesReveal = new OpenFilesReveal(
+        {.browserPane = *_browserPane,
+         .tree = _sourceSidebar->tree(),
+         .isScanning = [this] { return _delegate.isScanning(); },
+         .dropRequest = [this] { _delegate.setOpenFiles(nullptr); }},
+        _window.get());
+    _openFilesCommands = new OpenFilesCommands(
+        {.delegate = _delegate,
+         .tree = _sourceSidebar->tree(),
+         .selection = sourceSelection(),
+         .commands = folderRootCommands(),
+         .filters = *_filterCommands,
+         .reveal = *_openFilesReveal},
+        _window.get());
 }
 
 SourceSelection& PBMainWindowController::sourceSelection() {
@@ -218,6 +237,21 @@ void PBMainWindowController::clearBrowser() {
 
 void PBMainWindowController::showWindow() {
     _window->show();
+    _browserPane->browserView().setFocus();
+}
+
+void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures) {
+    _workProgress = new WorkProgress(std::move(figures), _window.get());
+    _statusBarView->setProgress(*_workProgress);
+    QObject::connect(
+        &_delegate.buildThumbNotifier(), &BuildThumbNotifier::PBNotiName_BuildThumb, _workProgress,
+        &WorkProgress::wake);
+}
+
+void PBMainWindowController::scanStateDidChange() {
+    if (_workProgress && _delegate.isScanning()) _workProgress->restart();
+    updateImageBrowserTipView();
+    _openFilesReveal->scanStateDidChange();
 }
 
 void PBMainWindowController::updateImageBrowserTipView() {
@@ -226,19 +260,16 @@ void PBMainWindowController::updateImageBrowserTipView() {
         _sourceSidebar->tree().selectedItem() != nullptr, _delegate.isScanning()));
 }
 
+bool PBMainWindowController::isFullScreen() const {
+    return _commands->isFullScreen();
+}
+
 bool PBMainWindowController::hideStatusBar() const {
-    return _delegate.userDefaults().boolForKey(statusBarKey).value_or(false);
+    return _commands->hideStatusBar();
 }
 
 void PBMainWindowController::setHideStatusBar(bool hide) {
-    _delegate.userDefaults().setBool(hide, statusBarKey);
-    updateStatusBarShowHide();
-}
-
-void PBMainWindowController::updateStatusBarShowHide() {
-    const bool shown = !hideStatusBar() && !_window->isFullScreen();
-    _statusBarView->setVisible(shown);
-    _menu->setStatusBarShown(shown);
+    _commands->setHideStatusBar(hide);
 }
 
 void PBMainWindowController::restoreGeometry() {

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "shell/WorkProgress.h"
+
+#include <functional>
 #include <memory>
 
 class BrowserPane;
+class FilterCommands;
 class FolderPrompts;
 class FolderRootCommands;
 class GroupMenus;
@@ -10,6 +14,8 @@ class GroupPanel;
 class GroupPrompts;
 class MainMenu;
 class MainToolbar;
+class OpenFilesCommands;
+class OpenFilesReveal;
 class PaneLayout;
 class PBAppDelegate;
 class PBImageBrowserTipView;
@@ -19,6 +25,8 @@ class QWidget;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
+class ToolbarController;
+class WindowCommands;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
 class PBMainWindowController {
@@ -35,6 +43,10 @@ public:
     [[nodiscard]] SourceSidebar& sourceSidebar() { return *_sourceSidebar; }
     [[nodiscard]] SourceSelection& sourceSelection();
     [[nodiscard]] FolderRootCommands& folderRootCommands();
+    [[nodiscard]] OpenFilesCommands& openFilesCommands() { return *_openFilesCommands; }
+    [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
+    [[nodiscard]] ToolbarController& toolbarController() { return *_toolbarController; }
+    [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
     [[nodiscard]] GroupMenus& groupMenus() { return *_groupMenus; }
 
     void showWindow();
@@ -42,9 +54,15 @@ public:
     /// Empties the browser: another folder will be shown.
     void clearBrowser();
 
+    /// What the counters of the work in the background say; once, before the window is shown.
+    void setWorkFigures(std::function<WorkFigures()> figures);
+    /// A scan began or ended.
+    void scanStateDidChange();
+
     /// Shows why the browser is empty, or hides the tip.
     void updateImageBrowserTipView();
 
+    [[nodiscard]] bool isFullScreen() const;
     [[nodiscard]] bool hideStatusBar() const;
     /// Stored at once.
     void setHideStatusBar(bool hide);
@@ -55,8 +73,7 @@ private:
     [[nodiscard]] QWidget* makeThumbnailView();
     void makeGroupViews();
     void connectFolderCommands();
-    void validateVisibleItems();
-    void updateStatusBarShowHide();
+    void makeOpenFiles();
     void restoreGeometry();
     void saveGeometry();
 
@@ -73,9 +90,14 @@ private:
     std::unique_ptr<GroupPanel> _groupPanel;
     // Children of the window, which owns them.
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
+    FilterCommands* _filterCommands = nullptr;
+    OpenFilesReveal* _openFilesReveal = nullptr;
+    OpenFilesCommands* _openFilesCommands = nullptr;
     PBPathControl* _groupPathControl = nullptr;
     PaneLayout* _panes = nullptr;
     StatusBarView* _statusBarView = nullptr;
-    MainMenu* _menu = nullptr;
+    WorkProgress* _workProgress = nullptr;
     MainToolbar* _toolbar = nullptr;
+    ToolbarController* _toolbarController = nullptr;
+    std::unique_ptr<WindowCommands> _commands; // goes before all of them
 };

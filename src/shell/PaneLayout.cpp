@@ -11,10 +11,15 @@ namespace {
 constexpr PBSplitView::Limits sideBarLimits{200, 400};
 constexpr PBSplitView::Limits infoLimits{200, 400};
 constexpr int smallestLeftPane = 150;
+/// Room for the largest thumbnails with their frames.
+constexpr int smallestBrowser = 280;
 
 /// Sizes of a window that was never arranged.
 constexpr int firstSideBarWidth = 230;
 constexpr int firstInfoWidth = 260;
+
+/// Bit n is set while the pane with the number n is hidden.
+const QString hiddenPanesKey = QStringLiteral("HiddenPanes");
 
 } // namespace
 
@@ -26,17 +31,15 @@ PaneLayout::PaneLayout(const Contents& contents, platform::UserDefaults& default
     _groupSplitView->setObjectName(QStringLiteral("GroupSplitPos"));
     _thumbnailSplitView->setObjectName(QStringLiteral("InfoSplitPos"));
 
-    contents.group->setMinimumHeight(smallestLeftPane);
-    contents.thumbnail->setMinimumWidth(260);
-    _groupSplitView->setPanes(contents.source, contents.group, 0, {smallestLeftPane});
+    _groupSplitView->setPanes(
+        contents.source, contents.group, 0, {smallestLeftPane}, smallestLeftPane);
     _groupSplitView->setCollapsible(1, true);
-    _thumbnailSplitView->setPanes(contents.thumbnail, contents.info, 1, infoLimits);
-    _baseSplitView->setPanes(_groupSplitView, _thumbnailSplitView, 0, sideBarLimits);
+    _thumbnailSplitView->setPanes(
+        contents.thumbnail, contents.info, 1, infoLimits, smallestBrowser);
+    _baseSplitView->setPanes(_groupSplitView, _thumbnailSplitView, 0, sideBarLimits, 0);
     for (PBSplitView* splitView : {_baseSplitView, _groupSplitView, _thumbnailSplitView}) {
-        connect(splitView, &QSplitter::splitterMoved, this, [this] {
-            savePositions();
-            Q_EMIT changed();
-        });
+        connect(splitView, &PBSplitView::splitViewDidResizeSubviews, this, &PaneLayout::changed);
+        connect(splitView, &PBSplitView::dividerReleased, this, &PaneLayout::savePositions);
     }
 }
 
@@ -58,59 +61,124 @@ bool PaneLayout::isShown(Pane pane) const {
     return false;
 }
 
-void PaneLayout::toggle(Pane pane) {
-    const bool show = !isShown(pane);
-    if (!show) savePositions();
-    switch (pane) {
-    case Pane::SideBar:
-        _baseSplitView->setFixedPaneSize(show ? stored(_baseSplitView, firstSideBarWidth) : 0);
-        break;
-    case Pane::Info:
-        _thumbnailSplitView->setFixedPaneSize(
-            show ? stored(_thumbnailSplitView, firstInfoWidth) : 0);
-        break;
-    case Pane::Folder:
-        setLeftPanes(show, isShown(Pane::Group) || !show);
-        break;
-    case Pane::Group:
-        setLeftPanes(isShown(Pane::Folder) || !show, show);
-        break;
-    }
-    Q_EMIT changed();
+bool PaneLayout::isAnimationRunning() const {
+    return _baseSplitView->isAnimationRunning() || _groupSplitView->isAnimationRunning() ||
+           _thumbnailSplitView->isAnimationRunning();
 }
 
-/// At least one of the two stays, or the sidebar would be empty.
-void PaneLayout::setLeftPanes(bool showFolder, bool showGroup) {
-    if (!isShown(Pane::SideBar)) {
-        _baseSplitView->setFixedPaneSize(stored(_baseSplitView, firstSideBarWidth));
+int PaneLayout::sideBarWidth() const {
+    return _baseSplitView->splitPosition();
+}
+
+void PaneLayout::toggle(Pane pane) {
+    switch (pane) {
+    case Pane::SideBar:
+        return toggleSideBar();
+    case Pane::Folder:
+        return toggleLeftPane(0);
+    case Pane::Group:
+        return toggleLeftPane(1);
+    case Pane::Info:
+        return toggleInfo();
     }
-    const int height = _groupSplitView->height();
-    if (showFolder && showGroup) {
-        const int largest = std::max(smallestLeftPane, height - smallestLeftPane);
-        _groupSplitView->setFixedPaneSize(
-            std::clamp(stored(_groupSplitView, height / 2), smallestLeftPane, largest));
+}
+
+void PaneLayout::toggleSideBar() {
+    if (_baseSplitView->isAnimationRunning()) return;
+    int target = 0;
+    if (isShown(Pane::SideBar)) {
+        splitViewSavePosition(_baseSplitView);
     } else {
-        _groupSplitView->setSizes({showFolder ? height : 0, showFolder ? 0 : height});
+        target = stored(_baseSplitView, firstSideBarWidth);
     }
+    _baseSplitView->animateToPosition(
+        target == 0 ? 0 : std::clamp(target, sideBarLimits.minimum, sideBarLimits.maximum),
+        [this] { saveHiddenPanes(); });
+}
+
+void PaneLayout::toggleInfo() {
+    if (_thumbnailSplitView->isAnimationRunning()) return;
+    int width = 0;
+    if (isShown(Pane::Info)) {
+        splitViewSavePosition(_thumbnailSplitView);
+    } else {
+        width = std::clamp(
+            stored(_thumbnailSplitView, firstInfoWidth), infoLimits.minimum, infoLimits.maximum);
+    }
+    _thumbnailSplitView->animateToPosition(
+        _thumbnailSplitView->length() - width, [this] { saveHiddenPanes(); });
+}
+
+void PaneLayout::toggleLeftPane(int index) {
+    if (_groupSplitView->isAnimationRunning() || _baseSplitView->isAnimationRunning()) return;
+    const bool isCollapsed = _groupSplitView->isPaneCollapsed(index);
+    if (!isShown(Pane::SideBar)) {
+        // The pane comes into sight with the sidebar that holds it.
+        if (isCollapsed) _groupSplitView->setSplitPosition(leftPanesPosition());
+        return toggleSideBar();
+    }
+    int target = leftPanesPosition();
+    if (!isCollapsed) {
+        if (!_groupSplitView->isPaneCollapsed(1 - index)) splitViewSavePosition(_groupSplitView);
+        target = index == 0 ? 0 : _groupSplitView->length();
+    }
+    _groupSplitView->animateToPosition(target, [this] { saveHiddenPanes(); });
+}
+
+/// Where the divider of the left panes stands with both in sight, each at its smallest or above.
+int PaneLayout::leftPanesPosition() const {
+    const int height = _groupSplitView->length();
+    const int largest = std::max(smallestLeftPane, height - smallestLeftPane);
+    return std::clamp(stored(_groupSplitView, height / 2), smallestLeftPane, largest);
 }
 
 void PaneLayout::restorePositions() {
-    _baseSplitView->setFixedPaneSize(stored(_baseSplitView, firstSideBarWidth));
-    _thumbnailSplitView->setFixedPaneSize(stored(_thumbnailSplitView, firstInfoWidth));
-    setLeftPanes(true, true);
+    const qint64 hidden = _defaults.integerForKey(hiddenPanesKey).value_or(0);
+    const auto isHidden = [hidden](Pane pane) {
+        return ((hidden >> static_cast<int>(pane)) & 1) != 0;
+    };
+    _baseSplitView->setFixedPaneSize(
+        isHidden(Pane::SideBar) ? 0 : stored(_baseSplitView, firstSideBarWidth));
+    _thumbnailSplitView->setFixedPaneSize(
+        isHidden(Pane::Info) ? 0 : stored(_thumbnailSplitView, firstInfoWidth));
+    int position = leftPanesPosition();
+    if (isHidden(Pane::Group)) position = _groupSplitView->length();
+    if (isHidden(Pane::Folder)) position = 0;
+    _groupSplitView->setSplitPosition(position);
+    _wasRestored = true;
     Q_EMIT changed();
 }
 
 void PaneLayout::savePositions() {
-    if (isShown(Pane::SideBar)) save(_baseSplitView, _baseSplitView->fixedPaneSize());
-    if (isShown(Pane::Folder) && isShown(Pane::Group)) {
-        save(_groupSplitView, _groupSplitView->fixedPaneSize());
+    // A window that was never shown has no sizes worth keeping.
+    if (!_wasRestored) return;
+    if (isShown(Pane::SideBar)) splitViewSavePosition(_baseSplitView);
+    if (!_groupSplitView->isPaneCollapsed(0) && !_groupSplitView->isPaneCollapsed(1)) {
+        splitViewSavePosition(_groupSplitView);
     }
-    if (isShown(Pane::Info)) save(_thumbnailSplitView, _thumbnailSplitView->fixedPaneSize());
+    if (isShown(Pane::Info)) splitViewSavePosition(_thumbnailSplitView);
+    saveHiddenPanes();
 }
 
-void PaneLayout::save(PBSplitView* splitView, int size) {
-    if (size > 0) _defaults.setDouble(size, splitView->objectName());
+void PaneLayout::saveHiddenPanes() {
+    int hidden = 0;
+    const auto note = [&hidden](Pane pane, bool isHidden) {
+        if (isHidden) hidden |= 1 << static_cast<int>(pane);
+    };
+    note(Pane::SideBar, _baseSplitView->isPaneCollapsed(0));
+    note(Pane::Folder, _groupSplitView->isPaneCollapsed(0));
+    note(Pane::Group, _groupSplitView->isPaneCollapsed(1));
+    note(Pane::Info, _thumbnailSplitView->isPaneCollapsed(1));
+    if (hidden != _defaults.integerForKey(hiddenPanesKey).value_or(0)) {
+        _defaults.setInteger(hidden, hiddenPanesKey);
+    }
+    Q_EMIT changed();
+}
+
+void PaneLayout::splitViewSavePosition(PBSplitView* splitView) {
+    // While a divider moves by itself it stands nowhere.
+    if (splitView->isAnimationRunning()) return;
+    _defaults.setDouble(splitView->fixedPaneSize(), splitView->objectName());
 }
 
 int PaneLayout::stored(PBSplitView* splitView, int otherwise) const {

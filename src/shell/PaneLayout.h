@@ -11,7 +11,8 @@ class UserDefaults;
 }
 
 /// The panes of the main window: the sidebar (folders above groups) at the left, the browser in the
-/// middle, the information panel at the right. Keeps their sizes in the settings.
+/// middle, the information panel at the right. Keeps in the settings how large they are and which
+/// are hidden. Main thread.
 class PaneLayout final : public QObject {
     Q_OBJECT
 
@@ -32,8 +33,12 @@ public:
     [[nodiscard]] QWidget* view() const;
 
     [[nodiscard]] bool isShown(Pane pane) const;
-    /// Shows a hidden pane at its last size, hides a shown one.
+    /// Shows a hidden pane at its last size, hides a shown one; both take a moment, and while a
+    /// pane of the same split moves nothing happens.
     void toggle(Pane pane);
+    [[nodiscard]] bool isAnimationRunning() const;
+    /// Width of the sidebar in points; 0 while it is hidden.
+    [[nodiscard]] int sideBarWidth() const;
 
     /// Sizes from the settings; call once the window has its size.
     void restorePositions();
@@ -44,12 +49,18 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void save(PBSplitView* splitView, int size);
+    void toggleSideBar();
+    void toggleInfo();
+    /// Of the two panes of the sidebar, 0 the upper and 1 the lower one.
+    void toggleLeftPane(int index);
+    [[nodiscard]] int leftPanesPosition() const;
+    void splitViewSavePosition(PBSplitView* splitView);
+    void saveHiddenPanes();
     [[nodiscard]] int stored(PBSplitView* splitView, int otherwise) const;
-    void setLeftPanes(bool showFolder, bool showGroup);
 
     platform::UserDefaults& _defaults;
     PBSplitView* _baseSplitView;
     PBSplitView* _groupSplitView;
     PBSplitView* _thumbnailSplitView;
+    bool _wasRestored = false;
 };

@@ -33,12 +33,12 @@ SourceSelection::SourceSelection(const Parts& parts, QObject* parent)
         selectionDidChange(true);
     });
     connect(&_parts.tree.dataSource(), &PBSourceTreeDataSource::childrenDidArrive, this, [this] {
-        _awaitsLastFolder = _awaitsLastFolder && !trySelectLastFolder();
+        trySelectAwaited();
     });
 }
 
 void SourceSelection::selectionDidChange(bool resolves) {
-    _awaitsLastFolder = false;
+    _awaitedFolder.clear();
     const auto folder = _parts.tree.selectedFolder();
     const auto root = std::dynamic_pointer_cast<PBFolderAliasItem>(folder);
     if (root && resolves) resolveSelected(*root->aliasObject());
@@ -83,20 +83,24 @@ void SourceSelection::resetFilters() {
 }
 
 void SourceSelection::doSelectLastFolder() {
-    _awaitsLastFolder = !trySelectLastFolder();
+    selectFolder(_parts.delegate.userDefaults().stringForKey(lastFolderKey).value_or(QString()));
 }
 
-bool SourceSelection::trySelectLastFolder() {
-    const auto path = _parts.delegate.userDefaults().stringForKey(lastFolderKey);
-    if (!path || path->isEmpty()) return true;
+void SourceSelection::selectFolder(const QString& path) {
+    _awaitedFolder = path;
+    trySelectAwaited();
+}
+
+void SourceSelection::trySelectAwaited() {
+    if (_awaitedFolder.isEmpty()) return;
     QString relativePath;
-    const auto root =
-        _parts.delegate.aliasManager().appropriateAliasObjectForPath(*path, &relativePath, false);
-    if (!root) return false;
+    const auto root = _parts.delegate.aliasManager().appropriateAliasObjectForPath(
+        _awaitedFolder, &relativePath, false);
+    if (!root) return;
     const auto item = _parts.tree.dataSource().folderItemWithAliasObject(*root, relativePath, true);
-    if (!item) return false;
+    if (!item) return;
+    _awaitedFolder.clear();
     _parts.tree.select(*item);
-    return true;
 }
 
 void SourceSelection::back() {
@@ -144,7 +148,7 @@ std::shared_ptr<PBAliasObject> SourceSelection::refresh(const PBAliasArray& chan
 void SourceSelection::volumesDidMount(const PBAliasArray& changed) {
     if (changed.empty()) return;
     if (refresh(changed)) selectionDidChange(false);
-    if (_awaitsLastFolder) _awaitsLastFolder = !trySelectLastFolder();
+    trySelectAwaited();
 }
 
 void SourceSelection::volumesDidUnmount(const PBAliasArray& changed) {

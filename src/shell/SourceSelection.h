@@ -32,6 +32,10 @@ public:
     /// Selects the folder of the last run, or as soon as its disk has answered, unless the user
     /// selects another one first.
     void doSelectLastFolder();
+    /// Selects a folder that lies in a root, with the same patience.
+    void selectFolder(const QString& path);
+    /// Handles the present selection once more, as if it had just been made.
+    void notifySelectionChanged() { selectionDidChange(true); }
     void back();
     void forward();
 
@@ -53,10 +57,10 @@ private:
     void pushHistory(const PBFolderItem& folder);
     void resetFilters();
     void step(std::shared_ptr<PBAliasObject> (PBPathHistory::*move)(QString*));
-    [[nodiscard]] bool trySelectLastFolder();
+    void trySelectAwaited();
     /// The changed root that holds the selection, if it kept its row; else nullptr.
     [[nodiscard]] std::shared_ptr<PBAliasObject> refresh(const PBAliasArray& changed);
 
     const Parts _parts;
-    bool _awaitsLastFolder = false;
+    QString _awaitedFolder; // empty: none
 };

@@ -34,6 +34,7 @@ public:
     /// Expands what is above the item, selects it alone and scrolls to it.
     void select(const PBFolderItem& item);
     void clearSelection();
+    [[nodiscard]] bool hasFocus() const { return _view.hasFocus(); }
     [[nodiscard]] bool isExpanded(const PBFolderItem& item) const;
 
     /// The item becomes a row, and is selected.

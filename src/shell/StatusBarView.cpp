@@ -1,12 +1,16 @@
 #include "shell/StatusBarView.h"
 
 #include "platform/LocalizedTexts.h"
+#include "shell/ThumbnailSizeSlider.h"
+#include "shell/WorkProgressView.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QPainter>
+#include <QStyle>
 #include <QToolButton>
 
 using platform::localizedFormat;
@@ -21,6 +25,8 @@ struct ButtonRow {
     QStringView hide;
 };
 
+constexpr int barHeight = 26;
+
 constexpr ButtonRow buttonRows[] = {
     {PaneLayout::Pane::SideBar, u"split_left", u"ShowSidebar", u"HideSidebar"},
     {PaneLayout::Pane::Folder, u"split_top", u"ShowFolder", u"HideFolder"},
@@ -31,36 +37,91 @@ constexpr ButtonRow buttonRows[] = {
 } // namespace
 
 StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
-    : QWidget(parent), _panes(panes), _itemCountLabel(new QLabel(this)) {
-    setFixedHeight(26);
+    : QWidget(parent), _panes(panes), _itemCountLabel(new QLabel(this)),
+      _progressView(new WorkProgressView(this)),
+      _thumbnailSizeSlider(new ThumbnailSizeSlider(this)) {
+    setFixedHeight(barHeight);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(6, 1, 6, 0);
     layout->setSpacing(2);
-    for (const ButtonRow& row : buttonRows) {
-        auto* button = new QToolButton(this);
-        button->setAutoRaise(true);
-        button->setIconSize(QSize(16, 16));
-        button->setFocusPolicy(Qt::TabFocus);
-        connect(
-            button, &QToolButton::clicked, this, [this, pane = row.pane] { _panes.toggle(pane); });
-        _buttons.emplace_back(button, row.pane);
-        if (row.pane == PaneLayout::Pane::Info) {
-            layout->addStretch(1);
-            layout->addWidget(_itemCountLabel);
-            layout->addStretch(1);
-        }
-        layout->addWidget(button);
-    }
+    for (std::size_t row = 0; row < std::size(buttonRows) - 1; ++row)
+        addPaneButton(*layout, row);
+    layout->addStretch(1);
+    layout->addWidget(_itemCountLabel);
+    layout->addStretch(1);
+    layout->addWidget(_progressView);
+    layout->addSpacing(6);
+    layout->addWidget(_thumbnailSizeSlider);
+    layout->addSpacing(6);
+    addPaneButton(*layout, std::size(buttonRows) - 1);
     connect(&_panes, &PaneLayout::changed, this, &StatusBarView::updateStatusBarBtn);
+    connect(&_animation, &QVariantAnimation::valueChanged, this, [this](const QVariant& height) {
+        setFixedHeight(height.toInt());
+    });
+    connect(&_animation, &QAbstractAnimation::finished, this, &StatusBarView::finishAnimation);
     updateStatusBarBtn();
-    setItemCount(0);
+    updateCounts();
+}
+
+void StatusBarView::addPaneButton(QHBoxLayout& layout, std::size_t row) {
+    auto* button = new QToolButton(this);
+    button->setAutoRaise(true);
+    button->setIconSize(QSize(16, 16));
+    button->setFocusPolicy(Qt::TabFocus);
+    const PaneLayout::Pane pane = buttonRows[row].pane;
+    connect(button, &QToolButton::clicked, this, [this, pane] { Q_EMIT paneToggled(pane); });
+    _buttons.emplace_back(button, pane);
+    layout.addWidget(button);
 }
 
 void StatusBarView::setItemCount(qint64 shown) {
+    _itemCount = shown;
+    updateCounts();
+}
+
+void StatusBarView::setSelectCount(qint64 selected) {
+    _selectCount = selected;
+    updateCounts();
+}
+
+void StatusBarView::setProgress(WorkProgress& progress) {
+    _progressView->setProgress(progress);
+}
+
+void StatusBarView::updateCounts() {
+    const QString all = QLocale().toString(_itemCount);
     _itemCountLabel->setText(
-        shown == 0   ? localizedString(u"PhotographCount_0")
-        : shown == 1 ? localizedString(u"PhotographCount_1")
-                     : localizedFormat(u"PhotographCount", {shown}));
+        _itemCount == 0 ? localizedString(u"PhotographCount_0")
+        : _selectCount > 0
+            ? localizedFormat(u"PhotographCountSelected", {QLocale().toString(_selectCount), all})
+        : _itemCount == 1 ? localizedString(u"PhotographCount_1")
+                          : localizedFormat(u"PhotographCount", {all}));
+}
+
+void StatusBarView::setShown(bool shown, bool animated) {
+    if (_isShown == shown) {
+        if (!animated && _animation.state() == QAbstractAnimation::Running) {
+            _animation.stop();
+            finishAnimation();
+        }
+        return;
+    }
+    _isShown = shown;
+    _animation.stop();
+    const int duration =
+        animated ? style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) : 0;
+    if (duration <= 0 || !window()->isVisible()) return finishAnimation();
+    _animation.setStartValue(isVisible() ? height() : 0);
+    _animation.setEndValue(shown ? barHeight : 0);
+    _animation.setDuration(duration);
+    setFixedHeight(_animation.startValue().toInt());
+    setVisible(true);
+    _animation.start();
+}
+
+void StatusBarView::finishAnimation() {
+    setFixedHeight(barHeight);
+    setVisible(_isShown);
 }
 
 void StatusBarView::updateStatusBarBtn() {

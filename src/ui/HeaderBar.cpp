@@ -40,13 +40,18 @@ void HeaderBar::paintEvent(QPaintEvent*) {
 
 void HeaderBar::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) updateColors();
+    const bool concernsColors =
+        event->type() == QEvent::PaletteChange || event->type() == QEvent::ActivationChange;
+    if (concernsColors) updateColors();
 }
 
 void HeaderBar::updateColors() {
     QPalette palette = _title->palette();
-    if (palette.color(QPalette::WindowText) == PBThemes::colors().secondaryText) return;
-    palette.setColor(QPalette::WindowText, PBThemes::colors().secondaryText);
+    QColor color = PBThemes::colors().secondaryText;
+    // A window that isn't the active one steps back.
+    if (isVisible() && !isActiveWindow()) color.setAlphaF(0.65F);
+    if (palette.color(QPalette::WindowText) == color) return;
+    palette.setColor(QPalette::WindowText, color);
     _title->setPalette(palette);
     update();
 }

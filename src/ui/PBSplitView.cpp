@@ -3,17 +3,21 @@
 #include "ui/PBThemes.h"
 
 #include <QPainter>
+#include <QStyle>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 class HairLine final : public QSplitterHandle {
 public:
-    using QSplitterHandle::QSplitterHandle;
+    HairLine(PBSplitView& splitView) : QSplitterHandle(splitView.orientation(), &splitView) {}
 
 protected:
     void paintEvent(QPaintEvent*) override {
+        auto* view = static_cast<PBSplitView*>(splitter());
+        if (view->isPaneCollapsed(0) || view->isPaneCollapsed(1)) return;
         // The handle overlaps the panes so that it can be taken hold of; the line is in its middle.
         QPainter painter(this);
         QRect line = contentsRect();
@@ -24,6 +28,15 @@ protected:
         }
         painter.fillRect(line, PBThemes::colors().separator);
     }
+    void mousePressEvent(QMouseEvent* event) override {
+        // A divider that moves by itself can't be dragged as well.
+        if (!static_cast<PBSplitView*>(splitter())->isAnimationRunning())
+            QSplitterHandle::mousePressEvent(event);
+    }
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        QSplitterHandle::mouseReleaseEvent(event);
+        Q_EMIT static_cast<PBSplitView*>(splitter())->dividerReleased();
+    }
 };
 
 } // namespace
@@ -32,43 +45,99 @@ PBSplitView::PBSplitView(Qt::Orientation orientation, QWidget* parent)
     : QSplitter(orientation, parent) {
     setHandleWidth(1);
     setChildrenCollapsible(false);
+    _animation.setEasingCurve(QEasingCurve::InOutQuad);
+    connect(&_animation, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+        setSplitPosition(value.toInt());
+    });
+    connect(&_animation, &QAbstractAnimation::finished, this, &PBSplitView::finishAnimation);
+    connect(this, &QSplitter::splitterMoved, this, &PBSplitView::splitViewDidResizeSubviews);
 }
 
 QSplitterHandle* PBSplitView::createHandle() {
-    return new HairLine(orientation(), this);
+    return new HairLine(*this);
 }
 
-void PBSplitView::setPanes(QWidget* first, QWidget* second, int fixed, Limits limits) {
+void PBSplitView::setPanes(
+    QWidget* first, QWidget* second, int fixed, Limits limits, int otherMinimum) {
     _fixed = fixed;
     _limits = limits;
+    _otherMinimum = otherMinimum;
     addWidget(first);
     addWidget(second);
     QWidget* pane = fixed == 0 ? first : second;
     if (orientation() == Qt::Horizontal) {
-        pane->setMinimumWidth(limits.minimum);
         pane->setMaximumWidth(limits.maximum);
     } else {
-        pane->setMinimumHeight(limits.minimum);
         pane->setMaximumHeight(limits.maximum);
     }
+    finishAnimation();
     setCollapsible(fixed, true);
     setStretchFactor(fixed, 0);
     setStretchFactor(1 - fixed, 1);
+}
+
+void PBSplitView::setMinimums(int first, int second) {
+    const auto set = [this](QWidget* pane, int minimum) {
+        if (orientation() == Qt::Horizontal) {
+            pane->setMinimumWidth(minimum);
+        } else {
+            pane->setMinimumHeight(minimum);
+        }
+    };
+    set(widget(0), first);
+    set(widget(1), second);
 }
 
 int PBSplitView::fixedPaneSize() const {
     return sizes().value(_fixed);
 }
 
+int PBSplitView::length() const {
+    const QList<int> both = sizes();
+    return both.value(0) + both.value(1);
+}
+
 void PBSplitView::setFixedPaneSize(int size) {
-    QList<int> both = sizes();
-    const int total = both.value(0) + both.value(1);
     const int held = size == 0 ? 0 : std::clamp(size, _limits.minimum, _limits.maximum);
-    both[_fixed] = held;
-    both[1 - _fixed] = std::max(0, total - held);
-    setSizes(both);
+    setSplitPosition(_fixed == 0 ? held : std::max(0, length() - held));
+}
+
+void PBSplitView::setSplitPosition(int position) {
+    const int total = length();
+    position = std::clamp(position, 0, total);
+    setSizes({position, total - position});
+    Q_EMIT splitViewDidResizeSubviews();
+}
+
+void PBSplitView::animateToPosition(int position, std::function<void()> completion) {
+    _animation.stop();
+    _completion = std::move(completion);
+    // 1 is the smallest that counts: with 0 the content of a pane would set its minimum.
+    setMinimums(1, 1);
+    const int duration =
+        isVisible() ? style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) : 0;
+    if (duration <= 0) {
+        setSplitPosition(position);
+        return finishAnimation();
+    }
+    _animation.setDuration(duration);
+    _animation.setStartValue(splitPosition());
+    _animation.setEndValue(std::clamp(position, 0, length()));
+    _animation.start();
+}
+
+void PBSplitView::finishAnimation() {
+    setMinimums(
+        _fixed == 0 ? _limits.minimum : _otherMinimum,
+        _fixed == 0 ? _otherMinimum : _limits.minimum);
+    if (const auto completion = std::exchange(_completion, nullptr)) completion();
 }
 
 bool PBSplitView::isPaneCollapsed(int index) const {
     return sizes().value(index) == 0;
+}
+
+void PBSplitView::resizeEvent(QResizeEvent* event) {
+    QSplitter::resizeEvent(event);
+    Q_EMIT splitViewDidResizeSubviews();
 }

@@ -1,12 +1,18 @@
 #pragma once
 
 #include <QSplitter>
+#include <QVariantAnimation>
+
+#include <functional>
 
 /// A split view of two panes, one of which keeps its size while the other absorbs a change of the
-/// window's. The divider is a hair line that can be taken hold of a few points to either side.
+/// window's. The divider is a hair line that can be taken hold of a few points to either side; it
+/// isn't drawn while a pane is collapsed. Sizes and positions are points along the split; the
+/// position is where the divider stands, the size of the first pane. Main thread.
 class PBSplitView final : public QSplitter {
+    Q_OBJECT
+
 public:
-    /// Limits of the pane that keeps its size, in points.
     struct Limits {
         int minimum = 0;
         int maximum = QWIDGETSIZE_MAX;
@@ -14,19 +20,46 @@ public:
 
     explicit PBSplitView(Qt::Orientation orientation, QWidget* parent = nullptr);
 
-    /// Takes both panes in; `fixed` is 0 or 1, the index of the pane that keeps its size.
-    void setPanes(QWidget* first, QWidget* second, int fixed, Limits limits);
+    /// Takes both panes in. `fixed` is 0 or 1, the index of the pane that keeps its size, within
+    /// `limits`, and may collapse; the other one has at least `otherMinimum`, or with 0 what its
+    /// content needs.
+    void setPanes(QWidget* first, QWidget* second, int fixed, Limits limits, int otherMinimum);
 
-    /// Size of the pane that keeps its size, along the split; 0 when it is collapsed.
+    /// Size of the pane that keeps its size; 0 when it is collapsed.
     [[nodiscard]] int fixedPaneSize() const;
     /// Held within the limits; 0 collapses the pane.
     void setFixedPaneSize(int size);
     [[nodiscard]] bool isPaneCollapsed(int index) const;
 
+    [[nodiscard]] int splitPosition() const { return sizes().value(0); }
+    /// Both panes together, without the divider.
+    [[nodiscard]] int length() const;
+    /// At the ends the pane there collapses, which must be allowed.
+    void setSplitPosition(int position);
+    /// Moves the divider there, past all limits on the way, and calls back when it has arrived. In
+    /// a view that isn't visible, or where the desktop wants no motion, that is at once.
+    void animateToPosition(int position, std::function<void()> completion);
+    [[nodiscard]] bool isAnimationRunning() const {
+        return _animation.state() == QAbstractAnimation::Running;
+    }
+
+Q_SIGNALS:
+    /// The divider moved, or the view was resized.
+    void splitViewDidResizeSubviews();
+    /// The user let go of the divider.
+    void dividerReleased();
+
 protected:
     QSplitterHandle* createHandle() override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void setMinimums(int first, int second);
+    void finishAnimation();
+
     int _fixed = 0;
     Limits _limits;
+    int _otherMinimum = 0;
+    QVariantAnimation _animation;
+    std::function<void()> _completion;
 };

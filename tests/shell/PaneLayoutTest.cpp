@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 using Pane = PaneLayout::Pane;
 
 namespace {
@@ -28,6 +30,10 @@ protected:
             layout = std::make_unique<PaneLayout>(contents, defaults, nullptr);
             return layout.get();
         }
+        void toggle(Pane pane) const {
+            layout->toggle(pane);
+            EXPECT_TRUE(support::spinUntil([this] { return !layout->isAnimationRunning(); }));
+        }
         // Taken over by the split views.
         QWidget* source = new QWidget;
         QWidget* group = new QWidget;
@@ -43,38 +49,61 @@ protected:
 
 TEST_F(PaneLayoutTest, everyPaneHidesAndComesBackAtItsSize) {
     Window window(defaults);
+    const auto sizes = [&window] {
+        return std::array{
+            window.source->width(), window.source->height(), window.group->height(),
+            window.info->width()};
+    };
+    const auto before = sizes();
     for (const Pane pane : {Pane::SideBar, Pane::Folder, Pane::Group, Pane::Info}) {
         ASSERT_TRUE(window.layout->isShown(pane));
-    }
-    const int sideBar = window.source->width();
-    const int top = window.source->height();
-    const int info = window.info->width();
-    for (const Pane pane : {Pane::SideBar, Pane::Folder, Pane::Group, Pane::Info}) {
-        window.layout->toggle(pane);
+        window.toggle(pane);
         EXPECT_FALSE(window.layout->isShown(pane)) << static_cast<int>(pane);
-        window.layout->toggle(pane);
+        window.toggle(pane);
         EXPECT_TRUE(window.layout->isShown(pane)) << static_cast<int>(pane);
     }
-    EXPECT_EQ(window.source->width(), sideBar);
-    EXPECT_EQ(window.source->height(), top);
-    EXPECT_EQ(window.info->width(), info);
+    EXPECT_EQ(sizes(), before);
+    EXPECT_EQ(defaults.doubleForKey(QStringLiteral("InfoSplitPos")), window.info->width());
 }
 
-TEST_F(PaneLayoutTest, showingAPaneOfAHiddenSideBarShowsTheSideBar) {
+TEST_F(PaneLayoutTest, whileAPaneMovesItsSplitTakesNoOtherCommand) {
     Window window(defaults);
     window.layout->toggle(Pane::SideBar);
-    EXPECT_FALSE(window.layout->isShown(Pane::Group));
-    window.layout->toggle(Pane::Group);
-    EXPECT_TRUE(window.layout->isShown(Pane::SideBar));
-    EXPECT_TRUE(window.layout->isShown(Pane::Group));
+    ASSERT_TRUE(window.layout->isAnimationRunning());
+    window.layout->toggle(Pane::SideBar);
+    window.layout->toggle(Pane::Folder);
+    ASSERT_TRUE(support::spinUntil([&] { return !window.layout->isAnimationRunning(); }));
+    EXPECT_FALSE(window.layout->isShown(Pane::SideBar));
+    window.toggle(Pane::SideBar);
+    EXPECT_TRUE(window.layout->isShown(Pane::Folder));
 }
 
-TEST_F(PaneLayoutTest, theLastOfTheLeftPanesCannotLeaveTheSideBarEmpty) {
+TEST_F(PaneLayoutTest, theSideBarComesWithAPaneOfItAndIsNeverEmpty) {
     Window window(defaults);
-    window.layout->toggle(Pane::Folder);
-    window.layout->toggle(Pane::Group);
+    window.toggle(Pane::Group);
+    window.toggle(Pane::SideBar);
+    EXPECT_FALSE(window.layout->isShown(Pane::Folder));
+    window.toggle(Pane::Group);
+    EXPECT_TRUE(window.layout->isShown(Pane::Folder));
+    EXPECT_TRUE(window.layout->isShown(Pane::Group));
+    window.toggle(Pane::Folder);
+    window.toggle(Pane::Group);
     EXPECT_TRUE(window.layout->isShown(Pane::Folder));
     EXPECT_FALSE(window.layout->isShown(Pane::Group));
+}
+
+TEST_F(PaneLayoutTest, hiddenPanesStayHiddenAfterARestart) {
+    {
+        Window window(defaults);
+        window.toggle(Pane::Info);
+        window.toggle(Pane::Group);
+    }
+    Window window(defaults);
+    EXPECT_FALSE(window.layout->isShown(Pane::Info));
+    EXPECT_FALSE(window.layout->isShown(Pane::Group));
+    EXPECT_TRUE(window.layout->isShown(Pane::Folder));
+    window.toggle(Pane::Info);
+    EXPECT_TRUE(window.layout->isShown(Pane::Info));
 }
 
 TEST_F(PaneLayoutTest, sizesSurviveARestartAndStrangeOnesAreHeldWithinTheLimits) {

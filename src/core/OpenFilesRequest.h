@@ -1,0 +1,27 @@
+#pragma once
+
+#include "core/PBOpenFiles.h"
+
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+
+/// What a list of paths from outside comes to: some folders, each whole or for some of its files,
+/// and the one folder that holds them all. Pure functions, any thread.
+struct OpenFilesRequest {
+    /// In the order in which they were asked for; never empty.
+    PBOpenFolderArray folders;
+    /// The folder to select: the deepest that holds everything.
+    QString ancestor;
+    /// The user named no folder that is the ancestor: it only came out so.
+    bool isAncestorUnnamed = false;
+
+    enum class Kind { Missing, Folder, File };
+    using KindOf = std::function<Kind(const QString& path)>;
+
+    /// Paths are absolute and clean. What is missing is skipped; nothing if nothing is left. One
+    /// single file asks for its whole folder, with the file in focus.
+    [[nodiscard]] static std::optional<OpenFilesRequest>
+    reduce(const QStringList& paths, const KindOf& kindOf);
+};

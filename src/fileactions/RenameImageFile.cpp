@@ -1,0 +1,51 @@
+#include "fileactions/RenameImageFile.h"
+
+#include "catalogue/PBCatalogue.h"
+#include "group/FolderPaths.h"
+#include "group/PBImageFileItem.h"
+#include "platform/FileManager.h"
+#include "platform/LocalizedTexts.h"
+
+namespace fileactions {
+
+namespace {
+
+using platform::FileManager::moveItem;
+
+RenameOutcome failed(const QString& reason) {
+    return {.result = RenameResult::Failed, .reason = reason};
+}
+
+QString textOf(const std::error_code& error, const QString& fileName) {
+    if (error == std::errc::file_exists)
+        return platform::localizedFormat(u"RenameNameTaken", {fileName});
+    return QString::fromLocal8Bit(error.message().c_str());
+}
+
+} // namespace
+
+RenameOutcome renameImageFile(
+    PBImageFileItem& item, const QString& fileName, FMDatabase& mainFileDb,
+    const group::FolderPaths& folders) {
+    const QString oldName = item.fileName();
+    if (fileName.isEmpty() || fileName == oldName) return {};
+    const bool isFolderName = fileName == QStringView(u".") || fileName == QStringView(u"..");
+    if (isFolderName || fileName.contains(u'/') || fileName.contains(QChar::Null))
+        return failed(platform::localizedString(u"RenameBadName"));
+    const QString folder = folders.pathOfFolderId(item.folderId());
+    if (folder.isEmpty()) return failed(platform::localizedString(u"RenameFolderAbsent"));
+
+    const QString oldPath = folder + u'/' + oldName;
+    const QString newPath = folder + u'/' + fileName;
+    if (const std::error_code error = moveItem(oldPath, newPath))
+        return failed(textOf(error, fileName));
+    if (!PBCatalogue(mainFileDb).updateImageFileWithIdFileName(item.fileId(), fileName)) {
+        // A scan would take the file for another one, without the user's marks.
+        static_cast<void>(moveItem(newPath, oldPath));
+        return failed(platform::localizedString(u"RenameNotCatalogued"));
+    }
+    item.setFileName(fileName);
+    return {.result = RenameResult::Renamed, .reason = {}};
+}
+
+} // namespace fileactions

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <cstdint>
+
+class PBAppDelegate;
+
+/// What narrows the display down: the filter, the search, and whether folders below the selected
+/// one are shown too. Each command stores what it changes and scans. Toolbar and menus show the
+/// state and follow the signals. Main thread.
+class FilterCommands final : public QObject {
+    Q_OBJECT
+
+public:
+    /// Bits of the filter; with several, a photograph must satisfy each.
+    enum Bit : std::uint64_t { FlaggedBit = 1, StarredBit = 2 };
+
+    /// The delegate outlives this object.
+    FilterCommands(PBAppDelegate& delegate, QObject* parent);
+
+    [[nodiscard]] std::uint64_t currentFilter() const;
+    [[nodiscard]] QString searchString() const;
+    [[nodiscard]] bool isRecursive() const;
+
+    /// Flips the bit of a segment of the toolbar's control: 0 is flagged, 1 is starred.
+    void filter(int segment);
+    void filter_Flag();
+    void filter_Star();
+    /// The search field has another text; the same text again changes nothing.
+    void search(const QString& text);
+    void recurseSubFolder();
+
+    /// Takes filter and search away without a scan: another folder is about to be shown.
+    void reset();
+    /// Filter or search were changed by somebody else: has everyone show them anew.
+    void announce();
+
+Q_SIGNALS:
+    void filterDidChange();
+    void searchStringDidChange();
+    void recurseSubFolderDidChange();
+
+private:
+    void flip(Bit bit);
+
+    PBAppDelegate& _delegate;
+};

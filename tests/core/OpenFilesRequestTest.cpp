@@ -1,0 +1,61 @@
+#include "core/OpenFilesRequest.h"
+
+#include "support/Support.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// Paths that end in "/" are folders, those with an "x" in their name are missing. Folders come out
+/// with a "/" behind, or with their files in brackets; the file in focus has a star.
+QString reduced(const QStringList& paths) {
+    QStringList clean;
+    for (const QString& path : paths)
+        clean.append(path.endsWith(u'/') ? path.chopped(1) : path);
+    const auto request = OpenFilesRequest::reduce(clean, [&](const QString& path) {
+        using Kind = OpenFilesRequest::Kind;
+        if (path.contains(u'x')) return Kind::Missing;
+        return paths.contains(path + u'/') ? Kind::Folder : Kind::File;
+    });
+    if (!request) return QStringLiteral("none");
+    QStringList told;
+    for (const auto& folder : request->folders) {
+        QStringList names;
+        for (const auto& file : folder->fileArray)
+            names.append(file->fileName);
+        if (folder->focusOpenFileObj) names.append(u'*' + folder->focusOpenFileObj->fileName);
+        told.append(
+            folder->folderPath +
+            (names.isEmpty() ? QStringLiteral("/") : QStringLiteral("(%1)").arg(names.join(u' '))));
+    }
+    return QStringLiteral("%1 in %2%3")
+        .arg(told.join(u' '), request->ancestor)
+        .arg(request->isAncestorUnnamed ? QStringLiteral(" unnamed") : QString());
+}
+
+TEST(OpenFilesRequestTest, pathsComeDownToFoldersFilesAndOneAncestor) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"/p/a.jpg", "/p(*a.jpg) in /p unnamed"},
+        {"/p/a.jpg /P/b.jpg", "/p(a.jpg b.jpg) in /p unnamed"},
+        {"/p/", "/p/ in /p"},
+        // The folder wins over its files and over folders below it, in whichever order they come.
+        {"/p/a.jpg /p/", "/p/ in /p"},
+        {"/p/ /p/a.jpg /p/q/b.jpg", "/p/ in /p"},
+        {"/p/q/ /p/ /p/r/", "/p/ in /p"},
+        {"/p/q/a.jpg /p/", "/p/ in /p"},
+        // Files above a whole folder stay beside it.
+        {"/p/q/ /p/a.jpg", "/p/q/ /p(a.jpg) in /p"},
+        {"/p/q/ /p/r/", "/p/q/ /p/r/ in /p unnamed"},
+        {"/p/q/a.jpg /p/r/", "/p/q(a.jpg) /p/r/ in /p unnamed"},
+        {"/m/a/ /n/b/", "/m/a/ /n/b/ in / unnamed"},
+        {"/x/a.jpg /p/a.jpg", "/p(*a.jpg) in /p unnamed"},
+        {"/x /p/x.jpg", "none"},
+    };
+    for (const auto& [paths, expected] : rows) {
+        const QStringList asked = QString::fromLatin1(paths).split(u' ');
+        EXPECT_EQ(reduced(asked), QString::fromLatin1(expected)) << paths;
+    }
+    EXPECT_EQ(reduced({}), QStringLiteral("none"));
+}
+
+} // namespace
