@@ -127,7 +127,9 @@ TEST_F(ScanStormTest, AfterAStormOfFileOperationsTheCatalogueIsWhatTheDiskIs) {
     const int operations = std::max(2000, qEnvironmentVariableIntValue("VELMORA_STORM"));
     for (int done = 0; done < operations; ++done) {
         storm.operation();
-        if (done % 500 == 499) ASSERT_TRUE(follows()) << done;
+        if (done % 500 == 499) {
+            ASSERT_TRUE(follows()) << done;
+        }
     }
     ASSERT_TRUE(follows());
     program.terminate();
