@@ -43,6 +43,8 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     _hint->setText(localizedString(u"DragDropFolder"));
     for (QPushButton* button : {_suggestion, _button})
         button->setMinimumSize(buttonSize);
+    _suggestion->setObjectName(QStringLiteral("addSuggestedFolder"));
+    _button->setObjectName(QStringLiteral("addFolder"));
     _indicator->setRange(0, 0);
     _indicator->setTextVisible(false);
     _indicator->setFixedSize(180, 6);

@@ -142,6 +142,7 @@ TEST_F(HostileFolderTest, OnAFullDiskEachDatabaseKeepsWhatItHasAndThePicturesAre
     const QByteArray good = picture();
     visit(add());
     for (const QString& file : {QStringLiteral("files.db"), QStringLiteral("thumbnail.db")}) {
+        SCOPED_TRACE(file.toStdString());
         const QString place = temporary.filePath(QStringLiteral("disk-") + file);
         const SmallDisk disk(place);
         if (!disk.isMounted()) GTEST_SKIP() << "mounting a small disk takes root";

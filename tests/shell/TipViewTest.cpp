@@ -24,7 +24,7 @@ TEST(TipViewTest, kindFollowsTheStateOfTheWindow) {
 TEST(TipViewTest, eachKindShowsItsPartsAndOnlyTheFirstTheButton) {
     QWidget parent;
     auto* tip = new PBImageBrowserTipView(&parent);
-    auto* button = tip->findChild<QPushButton*>();
+    auto* button = tip->findChild<QPushButton*>(QStringLiteral("addFolder"));
     auto* indicator = tip->findChild<QProgressBar*>();
     parent.show();
     for (const std::int64_t kind : {1, 2, 3, 4, 0}) {
