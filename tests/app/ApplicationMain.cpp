@@ -1,0 +1,17 @@
+#include "image/codec/process/DecoderProcess.h"
+#include "platform/MainLoop.h"
+
+#include <QApplication>
+
+#include <gtest/gtest.h>
+
+/// For tests that run the program in their own process, which starts itself again to decode.
+int main(int argc, char** argv) {
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    if (const auto code = codec::process::runIfDecoderProcess(arguments)) return *code;
+    ::testing::InitGoogleTest(&argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    platform::MainLoop loop;
+    return RUN_ALL_TESTS();
+}
