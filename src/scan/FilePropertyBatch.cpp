@@ -102,8 +102,7 @@ void FilePropertyBatch::tellFailure() const {
     const QString reason = _dictionary->Database->lastErrorMessage();
     if (_dictionary->services->figures.toldFailure.exchange(true)) return;
     platform::complain(
-        QStringLiteral("new pictures can't be stored in %1 (%2); they are shown until the folder "
-                       "is left, and all that is stored already stays")
+        QStringLiteral("new pictures can't be stored in %1 (%2); all that is stored already stays")
             .arg(_dictionary->Database->databasePath(), reason));
 }
 
