@@ -169,6 +169,7 @@ QWidget* PBMainWindowController::makeThumbnailView() {
     layout->setSpacing(0);
     layout->addWidget(_groupPathControl);
     layout->addWidget(makeBrowserPane(), 1);
+    view->setFocusProxy(&_browserPane->browserView());
     return view;
 }
 

@@ -289,6 +289,13 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeft) {
         EXPECT_TRUE(waitForPane(split, pane, true)) << key.toStdString();
         EXPECT_EQ(state().panes(left), arranged);
     }
+    // What is hidden gives the keys to the browser.
+    clickPlace(QStringLiteral("2024"), groupPanel);
+    clickPlace(QStringLiteral("Hide Groups"));
+    EXPECT_TRUE(waitForPane(left, 1, false));
+    EXPECT_EQ(state().json()[QStringLiteral("focus")], QStringLiteral("PBImageBrowserView"));
+    clickPlace(QStringLiteral("Show Groups"));
+    EXPECT_TRUE(waitForPane(left, 1, true));
     clickPlace(QStringLiteral("Hide Information"));
     EXPECT_TRUE(waitForPane(right, 1, false));
 
