@@ -105,7 +105,7 @@ TEST_F(SessionRunTest, aFolderAddedInTheDialogIsGroupedByEveryMenu) {
     choose({group, QStringLiteral("Save as Preset")});
     choose({group, QStringLiteral("Presets"), QStringLiteral("Captured: Year > Folder")});
     EXPECT_TRUE(waitForChain({3, 5}));
-    clickPlace(QStringLiteral("Group by"));
+    clickPlace(QStringLiteral("group"));
     chooseInMenu({QStringLiteral("Presets"), preset});
     EXPECT_TRUE(waitForChain({12}));
     choose({group, QStringLiteral("Remove Preset"), preset});
