@@ -98,7 +98,7 @@ void GroupItemDelegate::paint(
     painter->setFont(font);
     painter->setPen(isOnAccent ? QColor(Qt::white) : PBThemes::colors().text);
     const QString name = QFontMetrics(font).elidedText(
-        index.data(Qt::DisplayRole).toString().simplified(), Qt::ElideMiddle, content.width());
+        index.data(Qt::DisplayRole).toString().simplified(), Qt::ElideRight, content.width());
     painter->drawText(content, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, name);
     painter->restore();
 }

@@ -52,6 +52,16 @@ void addShortcuts(QTreeWidgetItem& section, const QList<QAction*>& actions) {
     }
 }
 
+/// A heading with some room above it.
+QTreeWidgetItem* sectionItem(const QString& title, QFont font) {
+    font.setBold(true);
+    auto* section = new QTreeWidgetItem({title});
+    section->setFont(0, font);
+    section->setTextAlignment(0, Qt::AlignLeft | Qt::AlignBottom);
+    section->setSizeHint(0, {0, QFontMetrics(font).height() * 2});
+    return section;
+}
+
 QTreeWidget* shortcutList(const MainMenu& menu) {
     auto* list = new QTreeWidget;
     list->setColumnCount(2);
@@ -61,12 +71,9 @@ QTreeWidget* shortcutList(const MainMenu& menu) {
     list->setIndentation(12);
     list->setSelectionMode(QAbstractItemView::NoSelection);
     list->setFocusPolicy(Qt::StrongFocus);
-    QFont bold = list->font();
-    bold.setBold(true);
     for (const MenuRow& row : menuBarRows()) {
         if (row.kind != MenuRow::Kind::Menu) continue;
-        auto* section = new QTreeWidgetItem({withoutMnemonic(localizedString(row.text))});
-        section->setFont(0, bold);
+        auto* section = sectionItem(withoutMnemonic(localizedString(row.text)), list->font());
         addShortcuts(*section, menu.menuWithTag(row.tag)->actions());
         if (section->childCount() == 0) {
             delete section;
@@ -75,8 +82,7 @@ QTreeWidget* shortcutList(const MainMenu& menu) {
         list->addTopLevelItem(section);
         section->setFirstColumnSpanned(true);
     }
-    auto* browser = new QTreeWidgetItem({localizedString(u"ShortcutsInBrowser")});
-    browser->setFont(0, bold);
+    auto* browser = sectionItem(localizedString(u"ShortcutsInBrowser"), list->font());
     for (const QStringView key :
          {u"Shortcut_Arrows", u"Shortcut_ShiftArrows", u"Shortcut_Pages", u"Shortcut_Letters",
           u"Shortcut_Click", u"Shortcut_NameClick"}) {

@@ -95,6 +95,7 @@ MainToolbar::makeAction(const QString& icon, QStringView text, const QKeySequenc
 }
 
 void MainToolbar::addItem(const QString& identifier, QWidget* view, QStringView caption) {
+    view->setObjectName(identifier);
     const bool isFixed = view->sizePolicy().horizontalPolicy() == QSizePolicy::Fixed;
     auto* item = new QWidget;
     auto* layout = new QVBoxLayout(item);

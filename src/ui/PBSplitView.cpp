@@ -2,10 +2,12 @@
 
 #include "ui/PBThemes.h"
 
+#include <QMouseEvent>
 #include <QPainter>
 #include <QStyle>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -29,14 +31,31 @@ protected:
         painter.fillRect(line, PBThemes::colors().separator);
     }
     void mousePressEvent(QMouseEvent* event) override {
+        auto* view = static_cast<PBSplitView*>(splitter());
         // A divider that moves by itself can't be dragged as well.
-        if (!static_cast<PBSplitView*>(splitter())->isAnimationRunning())
-            QSplitterHandle::mousePressEvent(event);
+        if (view->isAnimationRunning()) return;
+        _grip = along(*event) - view->splitPosition();
+        QSplitterHandle::mousePressEvent(event);
+    }
+    void mouseMoveEvent(QMouseEvent* event) override {
+        // The toolkit takes the edge of this handle for the line, which would jump when it is taken
+        // hold of.
+        if (_grip) moveSplitter(along(*event) - *_grip);
     }
     void mouseReleaseEvent(QMouseEvent* event) override {
+        _grip.reset();
         QSplitterHandle::mouseReleaseEvent(event);
         Q_EMIT static_cast<PBSplitView*>(splitter())->dividerReleased();
     }
+
+private:
+    /// Where the mouse is, along the split.
+    int along(const QMouseEvent& event) const {
+        const QPoint point = splitter()->mapFromGlobal(event.globalPosition().toPoint());
+        return orientation() == Qt::Horizontal ? point.x() : point.y();
+    }
+
+    std::optional<int> _grip; ///< where the mouse holds the divider, from its line
 };
 
 } // namespace
