@@ -1,81 +1,52 @@
-#include "app/ApplicationController.h"
-#include "browser/PBImageBrowserView.h"
-#include "platform/Places.h"
+#include "app/RunningProgram.h"
 #include "platform/UserDefaults.h"
 #include "shell/FolderRootCommands.h"
-#include "shell/PBMainWindowController.h"
 #include "shell/StatusBarView.h"
 
-#include "support/Support.h"
-
 #include <QAction>
-#include <QDir>
-#include <QImage>
-#include <QMainWindow>
 #include <QMenuBar>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QToolBar>
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace {
 
 /// The whole program in this process, on a folder with three photographs.
-class WindowTest : public testing::Test {
-protected:
+struct WindowTest : testing::Test {
     WindowTest() {
-        platform::Places::setProfile(folder.filePath(QStringLiteral("profile")));
-        QDir().mkpath(pictures);
-        for (const char16_t* name : {u"a.png", u"b.png", u"c.png"}) {
-            QImage picture(40, 30, QImage::Format_RGB32);
-            picture.fill(Qt::darkCyan);
-            EXPECT_TRUE(picture.save(pictures + u'/' + QString::fromUtf16(name)));
-        }
-        controller.emplace();
-        controller->awakeFromNib();
-        controller->applicationDidFinishLaunching();
+        for (const QString& name : {u"/a.png"_s, u"/b.png"_s, u"/c.png"_s})
+            support::writePicture(pictures + name);
+        program.emplace(folder.filePath(u"profile"_s));
         EXPECT_TRUE(window().folderRootCommands().addOrSelectFolder(pictures));
         EXPECT_TRUE(waitForItems());
     }
-    ~WindowTest() override {
-        controller.reset();
-        platform::Places::setProfile({});
-    }
-
-    PBMainWindowController& window() { return controller->mainWindowController(); }
-    PBImageBrowserView& browser() { return *window().window().findChild<PBImageBrowserView*>(); }
+    PBMainWindowController& window() { return program->window(); }
+    PBImageBrowserView& browser() { return program->browser(); }
+    ApplicationController& controller() { return *program->controller; }
     [[nodiscard]] bool waitForItems() {
         return support::spinUntil([this] {
-            return !controller->isScanning() && browser().selection().itemCount(true) == 3;
+            return !controller().isScanning() && browser().selection().itemCount(true) == 3;
         });
     }
     QAction& action(const char* name) {
         const QList<QAction*> actions = window().window().actions();
-        const auto found =
-            std::ranges::find(actions, QString::fromLatin1(name), [](const QAction* each) {
-                return each->objectName();
-            });
-        return **found;
+        return **std::ranges::find(actions, QString::fromLatin1(name), &QAction::objectName);
     }
     void trigger(const char* name) { action(name).trigger(); }
-    platform::UserDefaults& defaults() { return controller->userDefaults(); }
+    platform::UserDefaults& defaults() { return controller().userDefaults(); }
 
     QTemporaryDir folder;
-    const QString pictures = folder.filePath(QStringLiteral("pictures"));
-    std::optional<ApplicationController> controller;
+    const QString pictures = folder.filePath(u"pictures"_s);
+    std::optional<RunningProgram> program;
 };
 
 TEST_F(WindowTest, arrangingAndStylesAreInForceAndStored) {
     trigger("arrange_DateTaken");
-    EXPECT_EQ(controller->sortType(), 4);
-    EXPECT_TRUE(controller->descendingSort());
+    EXPECT_EQ(controller().sortType(), 4);
+    EXPECT_TRUE(controller().descendingSort());
     trigger("arrange_Ascending");
-    EXPECT_EQ(controller->sortType(), 4);
-    EXPECT_FALSE(controller->descendingSort());
-    EXPECT_EQ(defaults().integerForKey(QStringLiteral("SortType")), 4);
+    EXPECT_EQ(controller().sortType(), 4);
+    EXPECT_FALSE(controller().descendingSort());
+    EXPECT_EQ(defaults().integerForKey(u"SortType"_s), 4);
     EXPECT_TRUE(action("arrange_Ascending").isChecked());
     EXPECT_TRUE(waitForItems());
 
@@ -83,10 +54,10 @@ TEST_F(WindowTest, arrangingAndStylesAreInForceAndStored) {
     trigger("view_FileSize");
     trigger("view_EnlargeSmallPhoto");
     EXPECT_EQ(browser().style(), 15U - 4 + 16);
-    EXPECT_EQ(defaults().integerForKey(QStringLiteral("ImageBrowserViewStyle")), 27);
+    EXPECT_EQ(defaults().integerForKey(u"ImageBrowserViewStyle"_s), 27);
     trigger("view_zoomIn");
     EXPECT_EQ(browser().thumbnailSize(), 176);
-    EXPECT_EQ(defaults().doubleForKey(QStringLiteral("ThumbnailSize")), 176);
+    EXPECT_EQ(defaults().doubleForKey(u"ThumbnailSize"_s), 176);
     for (int i = 0; i < 20; ++i)
         trigger("view_zoomIn");
     EXPECT_EQ(browser().thumbnailSize(), 256);
@@ -108,10 +79,10 @@ TEST_F(WindowTest, theWholeScreenHidesTheBarsAndEscapeBringsThemBack) {
     EXPECT_TRUE(statusBar->isVisible() && toolbar->isVisible() && view.menuBar()->isVisible());
     trigger("view_toolbar");
     EXPECT_FALSE(toolbar->isVisible());
-    EXPECT_EQ(defaults().boolForKey(QStringLiteral("ShowHideToolbar")), true);
+    EXPECT_EQ(defaults().boolForKey(u"ShowHideToolbar"_s), true);
     trigger("view_StatusBar");
     EXPECT_TRUE(support::spinUntil([&] { return !statusBar->isVisible(); }));
-    EXPECT_EQ(defaults().boolForKey(QStringLiteral("ShowHideStatusBar")), true);
+    EXPECT_EQ(defaults().boolForKey(u"ShowHideStatusBar"_s), true);
 }
 
 TEST_F(WindowTest, photographsAreSelectedWalkedAndRenamedByTheMenus) {
@@ -122,10 +93,10 @@ TEST_F(WindowTest, photographsAreSelectedWalkedAndRenamedByTheMenus) {
     trigger("go_LastItem");
     EXPECT_FALSE(action("go_NextItem").isEnabled());
     const auto item = browser().selection().selectedFileArray(true).at(0);
-    EXPECT_EQ(item->fileName(), QStringLiteral("c.png"));
-    Q_EMIT browser().renameRequested(item, QStringLiteral("z.png"));
-    EXPECT_EQ(item->fileName(), QStringLiteral("z.png"));
-    EXPECT_TRUE(QFile::exists(pictures + QStringLiteral("/z.png")));
+    EXPECT_EQ(item->fileName(), u"c.png"_s);
+    Q_EMIT browser().renameRequested(item, u"z.png"_s);
+    EXPECT_EQ(item->fileName(), u"z.png"_s);
+    EXPECT_TRUE(QFile::exists(pictures + u"/z.png"_s));
     trigger("deselectAll");
     EXPECT_FALSE(action("deselectAll").isEnabled());
 }
