@@ -1,5 +1,4 @@
 #include "FMDB/FMDatabase.h"
-#include "app/BrowsingSettings.h"
 #include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
 #include "app/ScanControl.h"
@@ -7,43 +6,12 @@
 #include "catalogue/PBCatalogue.h"
 #include "platform/MainLoop.h"
 #include "platform/OperationQueue.h"
-#include "platform/UserDefaults.h"
 
 #include "support/Support.h"
 
 #include <latch>
 
-using platform::UserDefaults;
-
 namespace {
-
-TEST(BrowsingSettingsTest, changesAreStoredAndWhatIsOutOfRangeGivesTheDefaults) {
-    const QTemporaryDir folder;
-    UserDefaults defaults{folder.filePath(u"Velmora.conf"_s)};
-    defaults.setIntegers({3, 64}, u"GroupTypeArray"_s);
-    defaults.setInteger(7, u"SortType"_s);
-    defaults.setInteger(-1, u"Filter"_s);
-    {
-        BrowsingSettings browsing(defaults);
-        EXPECT_TRUE(browsing.recurseSubFolder() && !browsing.descendingSort());
-        EXPECT_EQ(*browsing.groupTypeArray(), (std::vector{3, 5}));
-        EXPECT_EQ(browsing.sortType(), 1);
-        EXPECT_EQ(browsing.filter(), 0U);
-        browsing.setDescendingSort(false);
-        EXPECT_FALSE(defaults.hasKey(u"DescendingSort"_s)) << "nothing changed, nothing written";
-        browsing.setRecurseSubFolder(false);
-        browsing.setGroupTypeArray(std::make_shared<const std::vector<int>>());
-        browsing.setSortType(0);
-        browsing.setDescendingSort(true);
-        browsing.setFilter(3);
-        browsing.setSearchString(u"x"_s);
-    }
-    const BrowsingSettings browsing(defaults);
-    EXPECT_TRUE(browsing.descendingSort() && !browsing.recurseSubFolder());
-    EXPECT_TRUE(browsing.groupTypeArray()->empty() && browsing.searchString().isEmpty());
-    EXPECT_EQ(browsing.sortType(), 0);
-    EXPECT_EQ(browsing.filter(), 3U);
-}
 
 /// A scan control without a window; the one root is at the path, if there is any.
 struct ScanControlTest : testing::Test {

@@ -29,19 +29,11 @@ TEST_F(ScanProgramTest, AFolderIsCataloguedOnceAndThenOnlyItsChanges) {
     EXPECT_EQ(rows(u"select FileId from Thumbnail"_s, "thumbnail.db").size(), 11);
 }
 
-TEST_F(ScanProgramTest, TheCatalogueFollowsTheDiskWhileTheProgramRuns) {
+TEST_F(ScanProgramTest, TheCatalogueFollowsItsRootToAnotherPlaceWhileTheProgramRuns) {
     makePicture(u"first.jpg"_s);
     start({u"--add"_s, pictures});
     ASSERT_TRUE(follows());
     makePicture(u"second.jpg"_s);
-    makePicture(u"new/folders/third.jpg"_s);
-    ASSERT_TRUE(follows());
-    QDir disk(pictures);
-    disk.rename(u"second.jpg"_s, u"renamed.jpg"_s);
-    disk.rename(u"new"_s, u"newer"_s);
-    ASSERT_TRUE(follows());
-    QDir(pictures + u"/newer"_s).removeRecursively();
-    disk.remove(u"first.jpg"_s);
     ASSERT_TRUE(follows());
     // The root itself: its pictures stay catalogued under its new name.
     const QStringList ids = rows(u"select Id from ImageFile"_s);

@@ -109,6 +109,11 @@ TEST_F(PBAliasManagerTest, volumesComeAndGo) {
     EXPECT_EQ(root->reservePath(), u"/media/u/Disk1/p"_s);
     EXPECT_EQ(aliasRows().constFirst(), u"/media/u/Disk1/p"_s);
     EXPECT_TRUE(manager.volumDidMount({}).empty());
+
+    // Asked about because of some volume, a root turns out to have moved.
+    answer(*other, Outcome::Found, u"/elsewhere"_s);
+    EXPECT_EQ(manager.volumDidUnmount({}), (PBAliasArray{other}));
+    EXPECT_EQ(aliasRows().constLast(), u"/elsewhere"_s);
 }
 
 TEST_F(PBAliasManagerTest, rootOfTheFileSystemCountsOnlyAsItself) {

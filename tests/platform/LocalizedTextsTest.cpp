@@ -2,7 +2,11 @@
 
 #include "support/Support.h"
 
+#include <QDirIterator>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLocale>
+#include <QRegularExpression>
 
 TEST(LocalizedTextsTest, everyKindOfPlaceholderIsFilledIn) {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
@@ -14,4 +18,26 @@ TEST(LocalizedTextsTest, everyKindOfPlaceholderIsFilledIn) {
     QLocale::setDefault(QLocale(QLocale::German));
     EXPECT_EQ(formatText(u"%.2f", {1.5}), u"1,50"_s);
     QLocale::setDefault(QLocale::c());
+}
+
+TEST(LocalizedTextsTest, everyKeyThatTheSourcesNameHasItsText) {
+    static const QRegularExpression named(QStringLiteral(
+        R"re(localized(?:String|Format)\(\s*(?:QStringLiteral\()?u?"(\w[^"%]*)")re"));
+    QSet<QString> keys;
+    QDirIterator sources(
+        QStringLiteral(VELMORA_SOURCES), {u"*.cpp"_s}, QDir::Files, QDirIterator::Subdirectories);
+    while (sources.hasNext()) {
+        auto matches = named.globalMatch(QString::fromUtf8(support::readFile(sources.next())));
+        while (matches.hasNext())
+            keys.insert(matches.next().captured(1));
+    }
+    EXPECT_GT(keys.size(), 50);
+    (void)platform::localizedString(u"NoStar"); // loads the tables
+    QDirIterator tables(u":/texts/en"_s);
+    while (tables.hasNext()) {
+        for (const QString& key :
+             QJsonDocument::fromJson(support::readFile(tables.next())).object().keys())
+            keys.remove(key);
+    }
+    EXPECT_EQ(keys.values().join(u' ').toStdString(), "");
 }

@@ -84,30 +84,6 @@ TEST_F(GroupPanelTest, rowsAreTheGroupsBelowAHiddenRoot) {
     EXPECT_TRUE(view->isExpanded(row(1))) << "never touched";
 }
 
-TEST_F(GroupPanelTest, whatTheUserOpenedAndClosedOutlivesASwap) {
-    insert(u"Alpha"_s, 0);
-    insert(u"Beta"_s, 0);
-    insert(u"Gamma"_s, 0);
-    publish();
-    view->collapse(row(0));
-    view->collapse(row(1));
-    view->expand(row(1));
-    const auto state = [](int first, const PBGroupItemArray& tree) {
-        return tree[static_cast<std::size_t>(first)]->data()->collapsed();
-    };
-    for (const QString& model : {u"Alpha"_s, u"Delta"_s}) {
-        insert(model, 0); // the same groups, then another one
-        publish();
-        EXPECT_FALSE(view->isExpanded(row(0)));
-        EXPECT_TRUE(view->isExpanded(row(1)));
-        EXPECT_TRUE(view->isExpanded(row(2)));
-        EXPECT_EQ(state(0, source.groupItemArray()), PBGroupItemData::CollapsedByUser);
-        EXPECT_EQ(state(1, source.groupItemArray()), PBGroupItemData::ExpandedByUser);
-        EXPECT_EQ(state(2, source.groupItemArray()), PBGroupItemData::NeverTouched);
-    }
-    EXPECT_EQ(row(0).data(GroupTreeModel::CountRole).toInt(), 2);
-}
-
 TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {
     insert(u"Alpha"_s, 0);
     insert(u"Beta"_s, 5);

@@ -6,8 +6,6 @@
 #include "support/Support.h"
 
 #include <QMainWindow>
-#include <QSignalSpy>
-#include <QTest>
 
 namespace {
 
@@ -85,24 +83,6 @@ TEST_F(MainToolbarTest, whatFollowsTheFirstItemKeepsToTheSidebarAsLongAsThereIsR
             EXPECT_GE(toolbar->searchField().width(), 100);
         }
     }
-}
-
-TEST_F(MainToolbarTest, searchFieldTellsOnlyWhatTheUserChangesAndEscapeEmptiesIt) {
-    SearchField& field = toolbar->searchField();
-    QSignalSpy changes(&field, &SearchField::searchChanged);
-    QSignalSpy ends(&field, &SearchField::finished);
-    field.showText(u"old"_s);
-    EXPECT_EQ(changes.count(), 0);
-    field.focusSearch();
-    QTest::keyClicks(&field, u"ab"_s);
-    ASSERT_EQ(changes.count(), 2) << "what is typed replaces what was there";
-    EXPECT_EQ(changes.last().first().toString(), u"ab"_s);
-    QTest::keyClick(&field, Qt::Key_Return);
-    EXPECT_EQ(ends.count(), 1);
-    EXPECT_EQ(field.text(), u"ab"_s);
-    QTest::keyClick(&field, Qt::Key_Escape);
-    EXPECT_EQ(changes.last().first().toString(), QString());
-    EXPECT_EQ(ends.count(), 2);
 }
 
 TEST(WorkProgressTest, shortWorkIsQuietAndLongWorkIsCountedFromItsBegin) {

@@ -1,6 +1,5 @@
 #include "ui/PBPathControl.h"
 
-#include "group/GroupTypes.h"
 #include "support/Support.h"
 
 #include <QMenu>
@@ -8,7 +7,6 @@
 
 namespace {
 
-const group::IconName noImage;
 const group::IconName image{group::IconName::Kind::Named, u"date_n"_s};
 
 struct PBPathCellTest : testing::Test {
@@ -39,83 +37,25 @@ TEST_F(PBPathCellTest, onlyTheLimitedCellGivesWay) {
     EXPECT_GE(path.rectOfItem(2).width(), 0);
 }
 
-struct PBPathControlTest : testing::Test {
-    PBPathControlTest() {
-        control.resize(500, control.height());
-        control.show();
-        QObject::connect(
-            &control, &PBPathControl::groupMenuClicked, &control,
-            [this](const PBGroupMenuAction& action) { clicked.push_back(action); });
-    }
-    static PBGroupTypeArray chain(std::vector<int> types) {
-        return std::make_shared<const std::vector<int>>(std::move(types));
-    }
-    [[nodiscard]] QMenu* openMenu() const { return control.findChild<QMenu*>(); }
-    void closeMenu() {
-        openMenu()->close();
-        ASSERT_TRUE(support::spinUntil([this] { return !openMenu(); }));
-    }
-    [[nodiscard]] QPoint centreOf(std::size_t index) const {
-        return control.rectOfItem(index).center().toPoint();
-    }
-
+TEST(PBPathControlTest, theKeyboardGoesAlongTheCells) {
     PBPathControl control;
+    control.resize(500, control.height());
+    control.show();
     std::vector<PBGroupMenuAction> clicked;
-};
-
-TEST_F(PBPathControlTest, hasACellForEachLinkAndOneToAdd) {
-    EXPECT_EQ(control.pathCell().itemCount(), 0U);
-    const PBGroupTypeArray two = chain({3, 5});
-    control.setGroupTypeArray(two);
-    ASSERT_EQ(control.pathCell().itemCount(), 3U);
-    EXPECT_EQ(control.pathCell().itemAt(centreOf(1)), std::size_t{1});
-    EXPECT_EQ(control.pathCell().itemAt(QPointF(499, 10)), std::nullopt);
-    const auto* cells = &control.pathCell().pathComponentCells();
-    EXPECT_EQ((*cells)[1]->title(), group::descriptionWithGroupType(5));
-    EXPECT_TRUE((*cells)[2]->title().isEmpty());
-    const auto* first = cells->front().get();
-    control.setGroupTypeArray(two);
-    EXPECT_EQ(cells->front().get(), first) << "the very same array changes nothing";
-    control.setGroupTypeArray(chain({3, 5, 16}));
-    EXPECT_EQ(control.pathCell().itemCount(), 3U);
-    EXPECT_FALSE((*cells)[2]->title().isEmpty());
-    control.setGroupTypeArray(chain({}));
-    EXPECT_EQ(control.pathCell().itemCount(), 1U);
-}
-
-TEST_F(PBPathControlTest, aPressOpensTheMenuOfTheCell) {
-    QTest::mouseClick(&control, Qt::LeftButton, {}, QPoint(10, 10));
-    EXPECT_EQ(openMenu(), nullptr) << "without a chain";
-    control.setGroupTypeArray(chain({3, 5}));
-    QTest::mousePress(&control, Qt::RightButton, {}, centreOf(1));
-    QTest::mousePress(&control, Qt::LeftButton, {}, QPoint(499, 10));
-    EXPECT_EQ(openMenu(), nullptr) << "another button, or beside the cells";
-
-    QTest::mousePress(&control, Qt::LeftButton, {}, centreOf(1));
-    ASSERT_TRUE(openMenu() && openMenu()->isVisible());
-    const QRectF cell = control.rectOfItem(1);
-    EXPECT_EQ(
-        openMenu()->pos(),
-        control.mapToGlobal(QPoint(qRound(cell.left()), qRound(cell.bottom()) + 6)));
-    openMenu()->actions().constFirst()->trigger();
-    openMenu()->actions().constLast()->trigger();
-    const std::vector<PBGroupMenuAction> expected{
-        {PBGroupMenuAction::Replace, std::array{1, 1}}, {PBGroupMenuAction::Remove, 1}};
-    EXPECT_EQ(clicked, expected);
-    closeMenu();
-}
-
-TEST_F(PBPathControlTest, theKeyboardGoesAlongTheCells) {
-    control.setGroupTypeArray(chain({3, 5}));
+    QObject::connect(
+        &control, &PBPathControl::groupMenuClicked, &control,
+        [&](const PBGroupMenuAction& action) { clicked.push_back(action); });
+    control.setGroupTypeArray(std::make_shared<const std::vector<int>>(std::vector{3, 5}));
     QTest::keyClick(&control, Qt::Key_Left);
     for (int i = 0; i < 5; ++i)
         QTest::keyClick(&control, Qt::Key_Right);
     QTest::keyClick(&control, Qt::Key_Space);
-    ASSERT_TRUE(openMenu());
-    openMenu()->actions().constFirst()->trigger();
-    ASSERT_EQ(clicked.size(), 1U);
-    EXPECT_EQ(clicked[0], (PBGroupMenuAction{PBGroupMenuAction::Add, 1}));
-    closeMenu();
+    const auto menu = [&] { return control.findChild<QMenu*>(); };
+    ASSERT_TRUE(menu());
+    menu()->actions().constFirst()->trigger();
+    EXPECT_EQ(clicked, (std::vector<PBGroupMenuAction>{{PBGroupMenuAction::Add, 1}}));
+    menu()->close();
+    ASSERT_TRUE(support::spinUntil([&] { return !menu(); }));
 }
 
 } // namespace
