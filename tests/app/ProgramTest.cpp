@@ -60,6 +60,7 @@ TEST_F(ProgramTest, startsShowsItselfAndLeavesACatalogue) {
     EXPECT_EQ(QImage(picture).size(), QSize(900, 600));
     const QJsonObject stats = QJsonDocument::fromJson(outcome.output).object();
     EXPECT_GT(stats[QStringLiteral("first_window_ms")].toDouble(), 0);
+    EXPECT_GE(stats[QStringLiteral("longest_response_ms")].toDouble(-1), 0);
     EXPECT_GT(stats[QStringLiteral("peak_rss_kib")].toDouble(), 1000);
     for (const char* file : {"/files.db", "/thumbnail.db"}) {
         EXPECT_TRUE(
