@@ -8,6 +8,8 @@ namespace {
 
 /// As many as one request for properties holds.
 constexpr std::size_t readTogetherAtMost = 16;
+/// For each core: enough to keep it busy while the disk pass waits for a transaction to be written.
+constexpr std::size_t groupsInHand = 4;
 
 /// Nothing for what is no file that can be read.
 std::optional<platform::ResourceValues> valuesOfFile(const QString& path) {
@@ -34,7 +36,7 @@ struct ReadAhead::Job {
 
 ReadAhead::ReadAhead(int cores, image::ImageImporters& importers)
     : _importers(importers),
-      _capacity(static_cast<std::size_t>(std::max(1, cores)) * 2 * readTogetherAtMost),
+      _capacity(static_cast<std::size_t>(std::max(1, cores)) * groupsInHand * readTogetherAtMost),
       _queue(QStringLiteral("read"), std::max(1, cores)) {}
 
 ReadAhead::~ReadAhead() = default;
