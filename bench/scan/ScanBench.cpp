@@ -95,7 +95,7 @@ bool measureMemory(const bench::PictureSet& set, const QString& profile) {
 /// the library's strongest reduction and thumbnails are encoded, on as many threads as there are
 /// cores, with no scaling, no other process and no database. A few pictures stand for all.
 double bareThumbnails(const QStringList& files, int cores) {
-    const qsizetype sample = std::min<qsizetype>(files.size(), 48);
+    const qsizetype sample = std::min<qsizetype>(files.size(), 192);
     const auto importer = PBImageImporter::initWithImagePath(files.front());
     const QImage thumbnail =
         importer ? importer->createImageWithMaxSize(thumbnailSide, 0) : QImage();
