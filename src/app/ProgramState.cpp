@@ -7,6 +7,7 @@
 #include "shell/PBMainWindowController.h"
 #include "shell/SourceSidebar.h"
 #include "ui/PBModalTextField.h"
+#include "ui/PBPathControl.h"
 #include "ui/PBSplitView.h"
 
 #include <QAbstractButton>
@@ -185,22 +186,45 @@ QJsonArray rows(const QAbstractItemView& list) {
     return shown;
 }
 
+/// The steps of the breadcrumb; the one that adds a criterion has no text.
+QJsonArray steps(const PBPathControl& path) {
+    QJsonArray all;
+    for (std::size_t step = 0; step < path.pathCell().itemCount(); ++step) {
+        all.append(QJsonObject{
+            {QStringLiteral("text"), path.pathCell().pathComponentCells()[step]->title()},
+            {QStringLiteral("rect"), onScreen(path, path.rectOfItem(step).toAlignedRect())}});
+    }
+    return all;
+}
+
+/// Of a button with a symbol alone, what it is called.
+QString textOf(const QAbstractButton& button) {
+    const auto* tool = qobject_cast<const QToolButton*>(&button);
+    if (tool && tool->defaultAction()) return plainText(tool->defaultAction()->text());
+    return plainText(button.text().isEmpty() ? button.accessibleName() : button.text());
+}
+
+/// What lies in a closed pane counts as visible for the toolkit, beyond the edges of its parents.
+bool isInSight(const QWidget& widget) {
+    if (!widget.isVisible()) return false;
+    QRect part = widget.rect();
+    for (const QWidget* inner = &widget; !inner->isWindow(); inner = inner->parentWidget())
+        part = part.translated(inner->pos()) & inner->parentWidget()->rect();
+    return !part.isEmpty();
+}
+
 /// What can be clicked or typed into: a name, where it is, and its state.
 QJsonArray controls() {
     QJsonArray all;
     for (const QWidget* widget : QApplication::allWidgets()) {
-        if (!widget->isVisible()) continue;
+        if (!isInSight(*widget)) continue;
         QJsonObject control{
             {QStringLiteral("class"), className(*widget)},
             {QStringLiteral("name"), widget->objectName()},
             {QStringLiteral("rect"), onScreen(*widget)},
             {QStringLiteral("enabled"), widget->isEnabled()}};
         if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
-            const auto* tool = qobject_cast<const QToolButton*>(button);
-            const bool hasAction = tool && tool->defaultAction();
-            control.insert(
-                QStringLiteral("text"),
-                plainText(hasAction ? tool->defaultAction()->text() : button->text()));
+            control.insert(QStringLiteral("text"), textOf(*button));
             control.insert(QStringLiteral("checked"), button->isChecked());
         } else if (const auto* line = qobject_cast<const QLineEdit*>(widget)) {
             control.insert(QStringLiteral("text"), line->text());
@@ -217,6 +241,8 @@ QJsonArray controls() {
                 QStringLiteral("entries"), menuEntries(*bar, [bar](const QAction* action) {
                     return bar->actionGeometry(const_cast<QAction*>(action));
                 }));
+        } else if (const auto* path = qobject_cast<const PBPathControl*>(widget)) {
+            control.insert(QStringLiteral("entries"), steps(*path));
         } else if (
             widget->objectName().isEmpty() &&
             !QByteArrayView(widget->metaObject()->className()).startsWith("PB")) {
@@ -239,6 +265,12 @@ QJsonObject splitStates(const QWidget& window) {
         splits.insert(split->objectName(), panes);
     }
     return splits;
+}
+
+/// A pane opens or closes.
+bool isAnimating(const QWidget& window) {
+    return std::ranges::any_of(
+        window.findChildren<PBSplitView*>(), &PBSplitView::isAnimationRunning);
 }
 
 QJsonArray windows() {
@@ -274,6 +306,7 @@ QByteArray programState(ApplicationController& controller) {
     if (scrollView && view)
         state.insert(QStringLiteral("browser"), browserState(*view, *scrollView));
     state.insert(QStringLiteral("splits"), splitStates(window));
+    state.insert(QStringLiteral("animating"), isAnimating(window));
     state.insert(QStringLiteral("windows"), windows());
     state.insert(QStringLiteral("controls"), controls());
     return QJsonDocument(state).toJson(QJsonDocument::Compact) + '\n';

@@ -84,8 +84,11 @@ PBAliasArray PBAliasManager::volumDidUnmount(const QString&) {
     PBAliasArray changed;
     for (const auto& root : aliasArray()) {
         if (!root->isMounted()) continue;
-        // The reserve path keeps the last good place.
-        if (resolveAlias(*root, false, true, false)) changed.push_back(root);
+        // The reserve path keeps the last good place: that of a root that was found elsewhere is
+        // the new one, and nobody may ask again.
+        if (!resolveAlias(*root, false, true, false)) continue;
+        if (root->isMounted()) root->updateReservePath(_environment.services);
+        changed.push_back(root);
     }
     return changed;
 }

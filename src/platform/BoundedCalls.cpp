@@ -1,6 +1,7 @@
 #include "platform/BoundedCalls.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <map>
@@ -14,6 +15,8 @@ namespace {
 /// How long the end waits for work that is running. Work that hangs hangs for minutes; all other
 /// work is done by then.
 constexpr std::chrono::milliseconds farewell{500};
+
+std::atomic<int> patience = 1;
 
 } // namespace
 
@@ -40,6 +43,10 @@ struct BoundedCalls::State {
     int working = 0; // threads
     bool isEnding = false;
 };
+
+void BoundedCalls::setPatience(int factor) {
+    patience = factor;
+}
 
 BoundedCalls::BoundedCalls(Post post) : _state(std::make_shared<State>(std::move(post))) {}
 
@@ -98,7 +105,7 @@ bool BoundedCalls::run(
         // Not joined: see the destructor. The thread shares the state and touches nothing else.
         std::thread(&BoundedCalls::workLane, _state, lane).detach();
     }
-    _state->changed.wait_for(lock, limit, [&] { return job->isDone; });
+    _state->changed.wait_for(lock, limit * patience.load(), [&] { return job->isDone; });
     job->isAwaited = job->isDone;
     return job->isDone;
 }

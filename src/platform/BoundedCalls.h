@@ -49,6 +49,10 @@ public:
         return std::move(*result);
     }
 
+    /// A factor for all limits of this process, for where answers come late because the machine is
+    /// overloaded: the tests of what depends on the answers. Any thread.
+    static void setPatience(int factor);
+
     /// Whether anything waits or runs.
     [[nodiscard]] bool hasWork() const;
     /// Whether the lane has work that was not done in time.

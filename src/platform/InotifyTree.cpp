@@ -50,6 +50,18 @@ bool isRealFolder(int directory, const dirent& entry) {
            S_ISDIR(status.st_mode);
 }
 
+/// Names of the folders in it that are looked into.
+std::vector<QByteArray> foldersIn(const QByteArray& path) {
+    std::vector<QByteArray> names;
+    const std::unique_ptr<DIR, CloseDirectory> directory(::opendir(path.constData()));
+    while (const dirent* entry = directory ? ::readdir(directory.get()) : nullptr) {
+        const QByteArray name(entry->d_name);
+        if (isEntered(name) && isRealFolder(::dirfd(directory.get()), *entry))
+            names.push_back(name);
+    }
+    return names;
+}
+
 } // namespace
 
 InotifyTree::InotifyTree(Sink& sink, std::stop_token stop)
@@ -78,7 +90,7 @@ void InotifyTree::watchAncestors(const QByteArray& root) {
     }
 }
 
-InotifyTree::Node* InotifyTree::addNode(
+InotifyTree::AddedNode InotifyTree::addNode(
     Node* parent, const QByteArray& name, const QByteArray& path, const QByteArray& root) {
     const std::uint32_t mask = parent ? treeMask | IN_DONT_FOLLOW : treeMask;
     const int watch = ::inotify_add_watch(_descriptor, path.constData(), mask);
@@ -88,17 +100,20 @@ InotifyTree::Node* InotifyTree::addNode(
             _rootsAtLimit.push_back(root);
             _sink.limitReached(root);
         }
-        return nullptr;
+        return {};
     }
     std::unique_ptr<Node>& node = _nodes[watch];
-    if (node) return nullptr; // found a second time
+    if (node) {
+        const bool isSame = node->parent == parent && node->name == name;
+        return {isSame ? node.get() : nullptr, false};
+    }
     node = std::make_unique<Node>();
     node->watch = watch;
     node->parent = parent;
     node->name = name;
     node->root = root;
     if (parent) parent->children[name] = node.get();
-    return node.get();
+    return {node.get(), true};
 }
 
 void InotifyTree::addFolder(
@@ -112,8 +127,8 @@ void InotifyTree::addFolder(
     while (!found.empty() && !_stop.stop_requested()) {
         const Found folder = std::move(found.back());
         found.pop_back();
-        Node* node = addNode(folder.parent, folder.name, folder.path, root);
-        if (!node) continue;
+        const auto [node, isNew] = addNode(folder.parent, folder.name, folder.path, root);
+        if (!isNew) continue;
         const std::unique_ptr<DIR, CloseDirectory> directory(::opendir(folder.path.constData()));
         if (!directory) continue;
         const QByteArray prefix = folder.path == "/" ? folder.path : folder.path + '/';
@@ -126,6 +141,31 @@ void InotifyTree::addFolder(
             if (isFolder && isEntered(entryName))
                 found.push_back({node, entryName, prefix + entryName});
             if (!isFolder && announce) _sink.fileCreated(prefix + entryName);
+        }
+    }
+}
+
+/// A path from before a move leads nowhere, or to another folder: what was made in the folder just
+/// before it moved may not be watched, or a stranger may be in its place.
+void InotifyTree::watchMissed(Node& moved) {
+    std::vector<int> left{moved.watch};
+    while (!left.empty() && !_stop.stop_requested()) {
+        Node* folder = nodeOf(left.back());
+        left.pop_back();
+        if (!folder) continue;
+        const QByteArray path = pathOf(*folder);
+        for (const QByteArray& name : foldersIn(path)) {
+            const QByteArray below = path + '/' + name;
+            const int watch =
+                ::inotify_add_watch(_descriptor, below.constData(), treeMask | IN_DONT_FOLLOW);
+            const auto known = folder->children.find(name);
+            if (known != folder->children.end() && (watch < 0 || known->second->watch == watch)) {
+                left.push_back(known->second->watch);
+                continue;
+            }
+            if (known != folder->children.end()) removeNode(*known->second);
+            if (Node* stranger = nodeOf(watch)) removeNode(*stranger);
+            addFolder(folder, name, folder->root, true);
         }
     }
 }
@@ -254,6 +294,7 @@ void InotifyTree::renamedTo(Node& parent, const QByteArray& name, const inotify_
         from->node->parent = &parent;
         from->node->name = name;
         parent.children[name] = from->node;
+        watchMissed(*from->node);
     } else {
         if (from && from->node) removeNode(*from->node);
         if (isEntered(name)) addFolder(&parent, name, parent.root, false);

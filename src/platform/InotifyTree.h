@@ -91,8 +91,13 @@ private:
     void watchAncestors(const QByteArray& root);
     /// With `announce`, all that is found is told as created.
     void addFolder(Node* parent, const QByteArray& name, const QByteArray& root, bool announce);
-    Node*
+    struct AddedNode {
+        Node* node = nullptr; ///< nullptr if the folder can't be watched, or is known elsewhere
+        bool isNew = false;
+    };
+    AddedNode
     addNode(Node* parent, const QByteArray& name, const QByteArray& path, const QByteArray& root);
+    void watchMissed(Node& moved);
     void tellRootsBelow(const QByteArray& path);
     void detach(Node& node);
     void removeNode(Node& node);

@@ -3,16 +3,30 @@
 #include "platform/LocalizedTexts.h"
 #include "shell/WindowAlert.h"
 
+#include <QDir>
 #include <QFileDialog>
+#include <QStandardPaths>
 
 #include <utility>
 
 using platform::localizedFormat;
 using platform::localizedString;
 
+namespace {
+
+/// Where photographs are most likely, and never where the program happened to be started.
+QString firstFolder() {
+    const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    return QDir(pictures).exists() ? pictures : QDir::homePath();
+}
+
+} // namespace
+
 void FolderSheets::chooseFolder(
     const QString& startPath, std::function<void(const QString& path)> chosen) {
-    auto* dialog = new QFileDialog(&_window, localizedString(u"ChooseFolder"), startPath);
+    auto* dialog = new QFileDialog(
+        &_window, localizedString(u"ChooseFolder"),
+        startPath.isEmpty() ? firstFolder() : startPath);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOptions(QFileDialog::ShowDirsOnly | QFileDialog::ReadOnly);

@@ -11,7 +11,8 @@ class FolderPrompts {
 public:
     virtual ~FolderPrompts() = default;
 
-    /// Lets the user choose one folder, starting in the given one; calls back with its path, or
+    /// Lets the user choose one folder, starting in the given one, or where photographs are most
+    /// likely for an empty path; calls back with its path, or
     /// with an empty one when the user gave up.
     virtual void
     chooseFolder(const QString& startPath, std::function<void(const QString& path)> chosen) = 0;

@@ -50,7 +50,7 @@ MainToolbar::MainToolbar(QWidget* parent)
       _addFolder(makeAction(QStringLiteral("addFolder"), u"AddFolder", Qt::CTRL | Qt::Key_O)),
       _filterFlag(makeAction(QStringLiteral("flag_16_n"), u"FilterFlagged")),
       _filterStar(makeAction(QStringLiteral("star_16_n"), u"FilterStarred")),
-      _group(makeAction(QStringLiteral("group"), u"GroupBy")),
+      _group(makeAction(QStringLiteral("group"), u"ToolbarGroup")),
       _groupButton(new ToolbarButton(_group)),
       _rotate(makeAction(QStringLiteral("rotateLeft"), u"Rotate")),
       _share(makeAction(QStringLiteral("share"), u"Share")),
@@ -72,7 +72,7 @@ MainToolbar::MainToolbar(QWidget* parent)
     addItem(QStringLiteral("back"), new SegmentedControl({_back, _forward}), u"BackForward");
     addSpace(_autoSpace, QStringLiteral("PBAutoSpaceItem"));
     _groupButton->setHasArrow();
-    addItem(QStringLiteral("group"), _groupButton, u"GroupBy");
+    addItem(QStringLiteral("group"), _groupButton, u"ToolbarGroup");
     addItem(QStringLiteral("filter"), new SegmentedControl({_filterFlag, _filterStar}), u"Filter");
     addSpace(new Space(QSizePolicy::Expanding), QStringLiteral("space"));
     addItem(QStringLiteral("rotate"), new ToolbarButton(_rotate), u"Rotate");

@@ -61,8 +61,6 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override {
-        // The next start begins with a window that has its bars.
-        _controller._commands->leaveFullScreen();
         _controller.saveGeometry();
         QMainWindow::closeEvent(event);
     }
@@ -171,6 +169,7 @@ QWidget* PBMainWindowController::makeThumbnailView() {
     layout->setSpacing(0);
     layout->addWidget(_groupPathControl);
     layout->addWidget(makeBrowserPane(), 1);
+    view->setFocusProxy(&_browserPane->browserView());
     return view;
 }
 
@@ -275,6 +274,8 @@ void PBMainWindowController::setHideStatusBar(bool hide) {
 void PBMainWindowController::restoreGeometry() {
     const auto stored = _delegate.userDefaults().dataForKey(geometryKey);
     if (!stored || !_window->restoreGeometry(*stored)) _window->resize(firstWindowSize);
+    // A window that was left filling the screen comes back as it was before.
+    _window->setWindowState(_window->windowState() & ~Qt::WindowFullScreen);
 }
 
 void PBMainWindowController::saveGeometry() {

@@ -3,6 +3,8 @@
 #include "platform/UserDefaults.h"
 #include "ui/PBSplitView.h"
 
+#include <QApplication>
+
 #include <algorithm>
 
 namespace {
@@ -24,7 +26,8 @@ const QString hiddenPanesKey = QStringLiteral("HiddenPanes");
 } // namespace
 
 PaneLayout::PaneLayout(const Contents& contents, platform::UserDefaults& defaults, QObject* parent)
-    : QObject(parent), _defaults(defaults), _baseSplitView(new PBSplitView(Qt::Horizontal)),
+    : QObject(parent), _contents(contents), _defaults(defaults),
+      _baseSplitView(new PBSplitView(Qt::Horizontal)),
       _groupSplitView(new PBSplitView(Qt::Vertical)),
       _thumbnailSplitView(new PBSplitView(Qt::Horizontal)) {
     _baseSplitView->setObjectName(QStringLiteral("SourceGroupSplitPos"));
@@ -38,6 +41,8 @@ PaneLayout::PaneLayout(const Contents& contents, platform::UserDefaults& default
         contents.thumbnail, contents.info, 1, infoLimits, smallestBrowser);
     _baseSplitView->setPanes(_groupSplitView, _thumbnailSplitView, 0, sideBarLimits, 0);
     for (PBSplitView* splitView : {_baseSplitView, _groupSplitView, _thumbnailSplitView}) {
+        connect(
+            splitView, &PBSplitView::splitViewDidResizeSubviews, this, &PaneLayout::enablePanes);
         connect(splitView, &PBSplitView::splitViewDidResizeSubviews, this, &PaneLayout::changed);
         connect(splitView, &PBSplitView::dividerReleased, this, &PaneLayout::savePositions);
     }
@@ -146,7 +151,23 @@ void PaneLayout::restorePositions() {
     if (isHidden(Pane::Folder)) position = 0;
     _groupSplitView->setSplitPosition(position);
     _wasRestored = true;
+    enablePanes();
     Q_EMIT changed();
+}
+
+void PaneLayout::enablePanes() {
+    // Before the panes have sizes, none is known to be out of sight.
+    if (!_wasRestored) return;
+    const std::pair<QWidget*, Pane> panes[] = {
+        {_contents.source, Pane::Folder},
+        {_contents.group, Pane::Group},
+        {_contents.info, Pane::Info}};
+    for (const auto& [widget, pane] : panes) {
+        const QWidget* focus = QApplication::focusWidget();
+        if (!isShown(pane) && focus && widget->isAncestorOf(focus))
+            _contents.thumbnail->setFocus(Qt::OtherFocusReason);
+        widget->setEnabled(isShown(pane));
+    }
 }
 
 void PaneLayout::savePositions() {

@@ -22,7 +22,7 @@ public:
     struct Contents {
         QWidget* source; ///< the folders
         QWidget* group;
-        QWidget* thumbnail; ///< the browser and what belongs to it
+        QWidget* thumbnail; ///< the browser and what belongs to it; gets the keys of a hidden pane
         QWidget* info;
     };
 
@@ -56,8 +56,11 @@ private:
     [[nodiscard]] int leftPanesPosition() const;
     void splitViewSavePosition(PBSplitView* splitView);
     void saveHiddenPanes();
+    /// What is out of sight takes no keys.
+    void enablePanes();
     [[nodiscard]] int stored(PBSplitView* splitView, int otherwise) const;
 
+    const Contents _contents;
     platform::UserDefaults& _defaults;
     PBSplitView* _baseSplitView;
     PBSplitView* _groupSplitView;

@@ -34,6 +34,13 @@ constexpr ButtonRow buttonRows[] = {
     {PaneLayout::Pane::Info, u"split_right", u"ShowInfo", u"HideInfo"},
 };
 
+QHBoxLayout* addSide(QHBoxLayout& layout) {
+    auto* side = new QHBoxLayout;
+    side->setSpacing(2);
+    layout.addLayout(side, 1);
+    return side;
+}
+
 } // namespace
 
 StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
@@ -43,17 +50,19 @@ StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
     setFixedHeight(barHeight);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(6, 1, 6, 0);
-    layout->setSpacing(2);
-    for (std::size_t row = 0; row < std::size(buttonRows) - 1; ++row)
-        addPaneButton(*layout, row);
-    layout->addStretch(1);
+    // Equal sides keep the count in the middle of the window.
+    auto* left = addSide(*layout);
     layout->addWidget(_itemCountLabel);
-    layout->addStretch(1);
-    layout->addWidget(_progressView);
-    layout->addSpacing(6);
-    layout->addWidget(_thumbnailSizeSlider);
-    layout->addSpacing(6);
-    addPaneButton(*layout, std::size(buttonRows) - 1);
+    auto* right = addSide(*layout);
+    for (std::size_t row = 0; row < std::size(buttonRows) - 1; ++row)
+        addPaneButton(*left, row);
+    left->addStretch(1);
+    right->addStretch(1);
+    right->addWidget(_progressView);
+    right->addSpacing(6);
+    right->addWidget(_thumbnailSizeSlider);
+    right->addSpacing(6);
+    addPaneButton(*right, std::size(buttonRows) - 1);
     connect(&_panes, &PaneLayout::changed, this, &StatusBarView::updateStatusBarBtn);
     connect(&_animation, &QVariantAnimation::valueChanged, this, [this](const QVariant& height) {
         setFixedHeight(height.toInt());

@@ -22,6 +22,7 @@ ThumbnailSizeSlider::ThumbnailSizeSlider(QWidget* parent) : QSlider(Qt::Horizont
     setPageStep(3 * (catchRange + 1));
     setValue(middle);
     setFixedWidth(120);
+    setObjectName(QStringLiteral("thumbnailSize"));
     setFocusPolicy(Qt::TabFocus);
     const QString name = platform::localizedString(u"ThumbnailSize");
     setToolTip(name);

@@ -49,7 +49,6 @@ public:
     [[nodiscard]] bool hideStatusBar() const { return _settings.hideStatusBar(); }
     /// Stored at once.
     void setHideStatusBar(bool hide);
-    void leaveFullScreen() { _fullScreen.leave(); }
 
 private:
     void connectFolderCommands();

@@ -87,6 +87,8 @@ QIcon named(const QString& name) {
 
 QPixmap
 pixmap(const QString& name, const QSize& size, qreal devicePixelRatio, const QColor& color) {
+    // Such as in a pane that is closing.
+    if (size.isEmpty()) return {};
     const QString key = QStringLiteral("velmora:%1:%2x%3:%4:%5")
                             .arg(name)
                             .arg(size.width())

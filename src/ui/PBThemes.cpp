@@ -1,6 +1,6 @@
 #include "ui/PBThemes.h"
 
-#include "ui/ScrollerStyle.h"
+#include "ui/ProgramStyle.h"
 
 #include <QApplication>
 #include <QStyle>
@@ -60,8 +60,8 @@ const PBThemes::Colors& PBThemes::colors() {
 void PBThemes::apply(Scheme scheme) {
     currentScheme = scheme;
     // One style on every desktop, so that the window looks as it was drawn.
-    if (!qobject_cast<ScrollerStyle*>(QApplication::style())) {
-        QApplication::setStyle(std::make_unique<ScrollerStyle>().release()); // Qt owns it
+    if (!qobject_cast<ProgramStyle*>(QApplication::style())) {
+        QApplication::setStyle(std::make_unique<ProgramStyle>().release()); // Qt owns it
     }
     QApplication::setPalette(palette(scheme));
 }

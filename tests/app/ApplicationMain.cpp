@@ -1,4 +1,5 @@
 #include "image/codec/process/DecoderProcess.h"
+#include "platform/BoundedCalls.h"
 #include "platform/MainLoop.h"
 
 #include <QApplication>
@@ -9,6 +10,7 @@
 int main(int argc, char** argv) {
     const std::span arguments(argv, static_cast<std::size_t>(argc));
     if (const auto code = codec::process::runIfDecoderProcess(arguments)) return *code;
+    platform::BoundedCalls::setPatience(50);
     ::testing::InitGoogleTest(&argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);

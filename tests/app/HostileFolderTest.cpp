@@ -157,7 +157,8 @@ TEST_F(HostileFolderTest, OnAFullDiskEachDatabaseKeepsWhatItHasAndSaysSo) {
         }
         disk.fill(file == u"files.db" ? 24 * 1024 : 40 * 1024);
 
-        // What can't be taken into the catalogue waits for a visit with room; thumbnails are only shown.
+        // What can't be taken into the catalogue waits for a visit with room; thumbnails are only
+        // shown.
         const double shown = visit()[items].toDouble(-1);
         EXPECT_GE(shown, known);
         EXPECT_TRUE(file == u"files.db" || shown == known + 120) << shown;

@@ -81,9 +81,19 @@ protected:
             QStringLiteral("select ifnull(Folder.RelativePath||'/','')||FileName from ImageFile "
                            "join Folder on Folder.Id = FolderId"));
     }
-    bool follows() const {
-        return support::spinUntil(
-            [this] { return inCatalogue() == onDisk(); }, std::chrono::seconds(90));
+    testing::AssertionResult follows() const {
+        const auto isInStep = [this] { return inCatalogue() == onDisk(); };
+        if (support::spinUntil(isInStep, std::chrono::seconds(90)))
+            return testing::AssertionSuccess();
+        const QStringList known = inCatalogue();
+        const QStringList there = onDisk();
+        return testing::AssertionFailure()
+               << "only in the catalogue: " << without(known, there)
+               << "; only on disk: " << without(there, known);
+    }
+    static std::string without(QStringList names, const QStringList& others) {
+        names.removeIf([&others](const QString& name) { return others.contains(name); });
+        return names.join(u' ').toStdString();
     }
     /// Every metadata row has its image, every image its folder and is there once.
     void expectConsistentCatalogue() const {

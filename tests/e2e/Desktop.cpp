@@ -48,7 +48,24 @@ Desktop::Desktop() {
     _display = u':' + QString::fromLatin1(_server.readLine().trimmed());
 }
 
+bool Desktop::startWindowManager() {
+    const QString program = QStandardPaths::findExecutable(QStringLiteral("openbox"));
+    if (program.isEmpty()) return false;
+    _windowManager.setProcessEnvironment(environment());
+    _windowManager.setStandardErrorFile(QProcess::nullDevice());
+    _windowManager.start(program, {QStringLiteral("--startup"), QStringLiteral("true")});
+    const auto manages = [this] {
+        QProcess question;
+        question.setProcessEnvironment(environment());
+        question.start(QStringLiteral("xdotool"), {QStringLiteral("get_desktop")});
+        return question.waitForFinished(longestWait) && question.exitCode() == 0;
+    };
+    return support::spinUntil(manages, std::chrono::milliseconds(longestWait));
+}
+
 Desktop::~Desktop() {
+    _windowManager.kill();
+    _windowManager.waitForFinished(longestWait);
     _server.terminate();
     if (!_server.waitForFinished(longestWait)) _server.kill();
 }
@@ -123,6 +140,12 @@ void Desktop::type(const QString& text) {
 
 void Desktop::focus(qint64 windowId) {
     xdotool({QStringLiteral("windowfocus"), QString::number(windowId)});
+}
+
+void Desktop::resize(qint64 windowId, QSize size) {
+    xdotool(
+        {QStringLiteral("windowsize"), QString::number(windowId), QString::number(size.width()),
+         QString::number(size.height())});
 }
 
 } // namespace e2e

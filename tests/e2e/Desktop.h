@@ -8,7 +8,7 @@
 namespace e2e {
 
 /// A display of its own for one test, with a pointer and keys that are as real to programs as those
-/// of a user. There is no window manager: windows lie where they ask to, and get the keys only when
+/// of a user. Without a window manager windows lie where they ask to, and get the keys only when
 /// they are given them.
 class Desktop {
 public:
@@ -23,6 +23,12 @@ public:
     /// The display server and the program that moves the pointer are installed.
     [[nodiscard]] static bool isInstalled();
     [[nodiscard]] bool isRunning() const { return !_display.isEmpty(); }
+    /// Starts one that puts frames around windows, and makes them fill the screen. False if it
+    /// isn't installed.
+    [[nodiscard]] bool startWindowManager();
+    [[nodiscard]] bool hasWindowManager() const {
+        return _windowManager.state() == QProcess::Running;
+    }
     /// For programs that are to show themselves here.
     [[nodiscard]] QProcessEnvironment environment() const;
 
@@ -45,11 +51,13 @@ public:
     void type(const QString& text);
     /// Gives the keys to a window.
     void focus(qint64 windowId);
+    void resize(qint64 windowId, QSize size);
 
 private:
     void xdotool(const QStringList& arguments);
 
     QProcess _server;
+    QProcess _windowManager;
     QString _display;
 };
 

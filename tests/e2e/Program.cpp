@@ -23,6 +23,9 @@ ProgramTest::ProgramTest() : _profile(_folder.filePath(QStringLiteral("profile")
     QDir().mkpath(runtime);
     QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
+    // Dialogs of the toolkit keep settings of their own.
+    qputenv("HOME", QFile::encodeName(_folder.path()));
+    qunsetenv("XDG_CONFIG_HOME");
     QDir().mkpath(photos());
 }
 
@@ -53,6 +56,12 @@ void ProgramTest::makePictures(const QString& folder, const QStringList& names) 
     }
 }
 
+void ProgramTest::paintPhotographs() {
+    ASSERT_EQ(
+        QProcess::execute(QStringLiteral(VELMORA_PHOTOGRAPHS), {photos(), QStringLiteral("240")}),
+        0);
+}
+
 QStringList ProgramTest::numbered(const QString& prefix, int count) {
     QStringList names;
     for (int number = 0; number < count; ++number)
@@ -70,31 +79,43 @@ QStringList ProgramTest::filesOnDisk() const {
 }
 
 void ProgramTest::start(const QStringList& arguments, bool hasFolder) {
-    QStringList all{QStringLiteral("--profile"), _profile,
-                    QStringLiteral("--size"),    QStringLiteral("1180x800"),
-                    QStringLiteral("--theme"),   QStringLiteral("light")};
+    QStringList all{QStringLiteral("--size"), QStringLiteral("1180x800")};
     if (hasFolder) all += {QStringLiteral("--add"), photos()};
-    _program.setProcessEnvironment(desktop.environment());
-    _program.start(QStringLiteral(VELMORA_PROGRAM), all + arguments);
-    ASSERT_TRUE(waitFor([&](const State& s) {
-        return !s.isEmpty() && s.isAtRest() && (!hasFolder || !s.items().isEmpty());
-    }));
-    takeFocus();
+    startAgain(all + arguments);
     if (!hasFolder) return;
+    ASSERT_TRUE(waitFor([&](const State& s) { return s.isAtRest() && !s.items().isEmpty(); }));
     ASSERT_TRUE(waitFor([](const State& s) {
         return std::ranges::all_of(s.items(), [](const Item& item) { return item.hasThumbnail; });
     }));
 }
 
+void ProgramTest::startAgain(const QStringList& arguments) {
+    const QStringList always{
+        QStringLiteral("--profile"), _profile, QStringLiteral("--theme"), QStringLiteral("light")};
+    _program.setProcessEnvironment(desktop.environment());
+    _program.start(QStringLiteral(VELMORA_PROGRAM), always + arguments);
+    ASSERT_TRUE(waitFor([&](const State& s) { return !s.isEmpty() && s.isAtRest(); }));
+    takeFocus();
+}
+
 void ProgramTest::quit() {
     ::kill(static_cast<pid_t>(_program.processId()), SIGTERM);
+    expectEnd();
+}
+
+void ProgramTest::quitByKeys() {
+    desktop.key(QStringLiteral("ctrl+q"));
+    expectEnd();
+}
+
+void ProgramTest::expectEnd() {
     const bool ended =
         _program.waitForFinished(static_cast<int>(std::chrono::milliseconds(longestWait).count()));
     EXPECT_TRUE(ended) << "the program doesn't end";
     if (!ended) return _program.kill();
     EXPECT_EQ(_program.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(_program.exitCode(), 0);
-    EXPECT_EQ(_program.readAllStandardError(), QByteArray());
+    EXPECT_EQ(_program.readAllStandardError().toStdString(), std::string());
 }
 
 State ProgramTest::state() const {
@@ -120,6 +141,12 @@ testing::AssertionResult ProgramTest::waitForSelection(const QString& names) con
     return waitFor([&](const State& s) { return s.selected() == names; });
 }
 
+testing::AssertionResult ProgramTest::shows(qint64 count) const {
+    return waitFor([count](const State& s) {
+        return s.isAtRest() && s.browser(QStringLiteral("items")).toInteger() == count;
+    });
+}
+
 Item ProgramTest::item(const QString& name) const {
     Item found;
     EXPECT_TRUE(waitFor([&](const State& s) {
@@ -134,18 +161,28 @@ void ProgramTest::click(const QString& name, const QStringList& modifiers) {
     desktop.click(item(name).picture.center(), modifiers);
 }
 
-void ProgramTest::clickPlace(const QString& text) {
+void ProgramTest::clickPlace(const QString& text, const QString& within) {
     QRect place;
-    EXPECT_TRUE(waitFor([&](const State& s) {
-        place = s.place(text);
+    ASSERT_TRUE(waitFor([&](const State& s) {
+        place = s.place(text, within);
         return !place.isEmpty();
     })) << "no "
         << text.toStdString();
     desktop.click(place.center());
 }
 
+void ProgramTest::choose(QStringList entries) {
+    clickPlace(entries.takeFirst(), QStringLiteral("QMenuBar"));
+    chooseInMenu(entries);
+}
+
+void ProgramTest::chooseInMenu(const QStringList& entries) {
+    for (const QString& entry : entries)
+        clickPlace(entry, QStringLiteral("QMenu"));
+}
+
 void ProgramTest::takeFocus() {
-    desktop.focus(state().topWindow());
+    if (!desktop.hasWindowManager()) desktop.focus(state().topWindow());
     EXPECT_TRUE(waitFor(
         [](const State& s) { return !s.json()[QStringLiteral("focus")].toString().isEmpty(); }));
 }

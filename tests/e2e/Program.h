@@ -32,19 +32,28 @@ protected:
     /// Pictures of 300 x 200 below `photos()`, each in a colour of its own.
     void makePictures(const QString& folder, const QStringList& names);
     void makePicture(const QString& folder, const QString& name, const QImage& picture);
+    /// The 92 photographs that tools/photographs paints, in nine folders of five years.
+    void paintPhotographs();
     /// "a00.png" and so on.
     [[nodiscard]] static QStringList numbered(const QString& prefix, int count);
     [[nodiscard]] QString photos() const { return _folder.filePath(QStringLiteral("photos")); }
     [[nodiscard]] QString photo(const QString& below) const { return photos() + u'/' + below; }
+    /// Where the program keeps its catalogue and settings.
+    [[nodiscard]] const QString& profile() const { return _profile; }
     /// The files below `photos()`, relative to it, sorted.
     [[nodiscard]] QStringList filesOnDisk() const;
 
     /// Starts the program with `photos()` in the sidebar, and waits until the browser shows all
     /// thumbnails and has the keys. `hasFolder` false starts it with an empty sidebar instead.
     void start(const QStringList& arguments = {}, bool hasFolder = true);
+    /// Starts it with those arguments only, as it was left, and waits until it is at rest and has
+    /// the keys.
+    void startAgain(const QStringList& arguments = {});
     /// Ends the program as a desktop does and expects that it leaves in order, without a word on
     /// standard error.
     void quit();
+    /// The same by the user's keys.
+    void quitByKeys();
 
     /// What the program shows now; empty if it doesn't answer.
     [[nodiscard]] State state() const;
@@ -53,19 +62,28 @@ protected:
     [[nodiscard]] testing::AssertionResult
     waitFor(const Condition& condition, const std::function<void()>& meanwhile = {}) const;
     [[nodiscard]] testing::AssertionResult waitForSelection(const QString& names) const;
+    /// Waits until nothing moves and the browser has so many images.
+    [[nodiscard]] testing::AssertionResult shows(qint64 count) const;
     /// The image on show with that name, once it lies still.
     [[nodiscard]] Item item(const QString& name) const;
 
     /// Clicks the picture of an image on show.
     void click(const QString& name, const QStringList& modifiers = {});
-    /// Clicks a control, menu entry or row by its text, once it is there.
-    void clickPlace(const QString& text);
+    /// Clicks a control, menu entry or row by its text, once it is there. `within` is the class or
+    /// name of what it is in, where other places have the text, too.
+    void clickPlace(const QString& text, const QString& within = {});
+    /// Goes through the menu bar and submenus to an entry.
+    void choose(QStringList entries);
+    /// Goes through the menu that is open.
+    void chooseInMenu(const QStringList& entries);
     /// Gives the keys to the topmost window.
     void takeFocus();
 
     Desktop desktop;
 
 private:
+    void expectEnd();
+
     QTemporaryDir _folder;
     QString _profile;
     QProcess _program;

@@ -19,6 +19,17 @@ struct Item {
     bool hasThumbnail = false;
 };
 
+/// A row of a list, an entry of a menu, a step of the breadcrumb.
+struct Place {
+    QString text;
+    QRect rect;
+    bool isEnabled = false;
+    bool isChecked = false;
+};
+
+/// Where something of the state is on the screen.
+[[nodiscard]] QRect rectOf(const QJsonObject& object);
+
 /// What the program showed when it was asked; rectangles are those of the screen.
 class State {
 public:
@@ -44,8 +55,16 @@ public:
 
     /// What has that class or object name, or shows that text: a button, a field, a list, a menu.
     [[nodiscard]] std::optional<QJsonObject> control(const QString& name) const;
-    /// Where a control, an entry of a menu that is open, or a row of a list is; null without one.
-    [[nodiscard]] QRect place(const QString& text) const;
+    /// The entries of menus that are open, rows of lists and steps of the breadcrumb; those of
+    /// controls of that class or name only, such as "QMenu", if one is given.
+    [[nodiscard]] QList<Place> places(const QString& within = {}) const;
+    [[nodiscard]] QStringList texts(const QString& within) const;
+    /// Where such a place, or else a control, is; null without one.
+    [[nodiscard]] QRect place(const QString& text, const QString& within = {}) const;
+    /// The panes of a split view; one that is hidden has no size.
+    [[nodiscard]] QList<QRect> panes(const QString& splitView) const;
+    /// The inside of the main window.
+    [[nodiscard]] QRect window() const;
     /// The main window's number for `Desktop::focus`, or that of the dialog or menu above it.
     [[nodiscard]] qint64 topWindow() const;
 

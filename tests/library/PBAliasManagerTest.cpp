@@ -124,6 +124,11 @@ TEST_F(PBAliasManagerTest, volumesComeAndGo) {
     EXPECT_EQ(root->reservePath(), QStringLiteral("/media/u/Disk1/p"));
     EXPECT_EQ(aliasRows().constFirst(), QStringLiteral("/media/u/Disk1/p"));
     EXPECT_TRUE(manager.volumDidMount({}).empty());
+
+    // Asked about because of some volume, a root turns out to have moved.
+    answer(*other, Outcome::Found, QStringLiteral("/elsewhere"));
+    EXPECT_EQ(manager.volumDidUnmount({}), (PBAliasArray{other}));
+    EXPECT_EQ(aliasRows().constLast(), QStringLiteral("/elsewhere"));
 }
 
 TEST_F(PBAliasManagerTest, rootOfTheFileSystemCountsOnlyAsItself) {

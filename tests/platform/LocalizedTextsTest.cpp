@@ -2,7 +2,11 @@
 
 #include "support/Support.h"
 
+#include <QDirIterator>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLocale>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
@@ -25,6 +29,29 @@ TEST(LocalizedTextsTest, keysOfAllTablesAreFoundAndUnknownOnesStandForThemselves
     EXPECT_EQ(platform::localizedString(u"NoStar"), QStringLiteral("No stars"));
     EXPECT_EQ(platform::localizedFormat(u"month_3", {2024}), QStringLiteral("March 2024"));
     EXPECT_EQ(platform::localizedString(u"no such key"), QStringLiteral("no such key"));
+}
+
+TEST(LocalizedTextsTest, everyKeyThatTheSourcesNameHasItsText) {
+    static const QRegularExpression named(QStringLiteral(
+        R"re(localized(?:String|Format)\(\s*(?:QStringLiteral\()?u?"(\w[^"%]*)")re"));
+    QSet<QString> keys;
+    QDirIterator sources(
+        QStringLiteral(VELMORA_SOURCES), {QStringLiteral("*.cpp")}, QDir::Files,
+        QDirIterator::Subdirectories);
+    while (sources.hasNext()) {
+        auto matches = named.globalMatch(QString::fromUtf8(support::readFile(sources.next())));
+        while (matches.hasNext())
+            keys.insert(matches.next().captured(1));
+    }
+    EXPECT_GT(keys.size(), 50);
+    (void)platform::localizedString(u"NoStar"); // loads the tables
+    QDirIterator tables(QStringLiteral(":/texts/en"));
+    while (tables.hasNext()) {
+        for (const QString& key :
+             QJsonDocument::fromJson(support::readFile(tables.next())).object().keys())
+            keys.remove(key);
+    }
+    EXPECT_EQ(keys.values().join(u' ').toStdString(), "");
 }
 
 } // namespace

@@ -4,12 +4,12 @@
 
 /// The style of the whole program, with scrollers of its own: a slim rounded knob in a plain slot,
 /// without buttons at the ends. It is also far cheaper to paint, which happens at every step of a
-/// motion.
-class ScrollerStyle final : public QProxyStyle {
+/// motion. Disabled texts are plain, not engraved.
+class ProgramStyle final : public QProxyStyle {
     Q_OBJECT
 
 public:
-    ScrollerStyle();
+    ProgramStyle();
 
     void drawComplexControl(
         ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
@@ -19,4 +19,7 @@ public:
         const QWidget* widget) const override;
     int pixelMetric(
         PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
+    int styleHint(
+        StyleHint hint, const QStyleOption* option, const QWidget* widget,
+        QStyleHintReturn* returned) const override;
 };

@@ -1,4 +1,4 @@
-#include "ui/ScrollerStyle.h"
+#include "ui/ProgramStyle.h"
 
 #include "ui/PBThemes.h"
 
@@ -29,9 +29,9 @@ std::pair<int, int> knob(const QStyleOptionSlider& option, int slotLength) {
 
 } // namespace
 
-ScrollerStyle::ScrollerStyle() : QProxyStyle(QStringLiteral("fusion")) {}
+ProgramStyle::ProgramStyle() : QProxyStyle(QStringLiteral("fusion")) {}
 
-QRect ScrollerStyle::subControlRect(
+QRect ProgramStyle::subControlRect(
     ComplexControl control, const QStyleOptionComplex* option, SubControl part,
     const QWidget* widget) const {
     const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
@@ -61,7 +61,7 @@ QRect ScrollerStyle::subControlRect(
     }
 }
 
-void ScrollerStyle::drawComplexControl(
+void ProgramStyle::drawComplexControl(
     ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
     const QWidget* widget) const {
     const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
@@ -87,9 +87,16 @@ void ScrollerStyle::drawComplexControl(
     painter->restore();
 }
 
-int ScrollerStyle::pixelMetric(
+int ProgramStyle::pixelMetric(
     PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
     if (metric == PM_ScrollBarExtent) return slotWidth;
     if (metric == PM_ScrollBarSliderMin) return shortestKnob;
     return QProxyStyle::pixelMetric(metric, option, widget);
+}
+
+int ProgramStyle::styleHint(
+    StyleHint hint, const QStyleOption* option, const QWidget* widget,
+    QStyleHintReturn* returned) const {
+    if (hint == SH_EtchDisabledText) return 0;
+    return QProxyStyle::styleHint(hint, option, widget, returned);
 }
