@@ -56,7 +56,7 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
       _buildThumbnails(profile + QStringLiteral("/thumbnail.db")),
       _aliasServices(std::make_unique<DiskRoots>()), _aliasManager({_files, *_aliasServices, {}}),
       _decodeAhead(static_cast<int>(std::thread::hardware_concurrency())),
-      _readAhead(static_cast<int>(std::thread::hardware_concurrency())) {
+      _readAhead(static_cast<int>(std::thread::hardware_concurrency()), _importers) {
     QDir().mkpath(profile);
     for (FMDatabase* db : {&_files, &_scanFiles, &_buildThumbnails})
         open(*db);

@@ -20,11 +20,12 @@ int idleCores() {
 
 ScanPipeline::ScanPipeline(Environment environment)
     : _environment(std::move(environment)), _places(_environment.geoManager),
-      _decodeAhead(idleCores()), _readAhead(idleCores()), _buildThumb(new BuildThumbServices{
-                                                              .db = _environment.buildThumbDb,
-                                                              .queue = _environment.buildQueue,
-                                                              .ahead = &_decodeAhead,
-                                                              .didBuild = _notifier.poster()}) {
+      _decodeAhead(idleCores()), _readAhead(idleCores(), _importers),
+      _buildThumb(new BuildThumbServices{
+          .db = _environment.buildThumbDb,
+          .queue = _environment.buildQueue,
+          .ahead = &_decodeAhead,
+          .didBuild = _notifier.poster()}) {
     _environment.buildQueue.setIdleHandler(
         [this] { _figures.thumbnailsDone = _figures.sinceBegin(); });
     _factory = std::make_unique<ScanFactory>(ScanFactory::Environment{

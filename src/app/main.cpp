@@ -4,6 +4,7 @@
 #include "app/IdleWatch.h"
 #include "app/OpenedPaths.h"
 #include "app/ProgramState.h"
+#include "app/ResponseTime.h"
 #include "app/ScanStatistics.h"
 #include "app/SingleInstance.h"
 #include "app/Statistics.h"
@@ -130,8 +131,12 @@ int runApplication(
     if (options.size.isValid()) window.resize(options.size);
     if (!paths.isEmpty()) controller.setIgnoreSelectLastFolder();
     controller.applicationDidFinishLaunching();
+    ResponseTime responseTime;
     // The events of showing come first in line; when they are done, the window is painted.
-    QTimer::singleShot(0, &window, [&] { statistics.markOnce(QStringLiteral("first_window_ms")); });
+    QTimer::singleShot(0, &window, [&] {
+        statistics.markOnce(QStringLiteral("first_window_ms"));
+        if (!options.stats.isEmpty()) responseTime.start();
+    });
     QObject::connect(
         &instance, &SingleInstance::requested, &window,
         [&](const SingleInstance::Request& request) {
@@ -147,6 +152,7 @@ int runApplication(
     controller.applicationOpenFiles(paths);
     IdleWatch idle([&] { return controller.isIdle(); });
     QObject::connect(&idle, &IdleWatch::becameIdle, &window, [&] {
+        responseTime.stop(); // taking the picture is no part of the visit
         if (!options.screenshot.isEmpty() && !saveScreenshot(window, options.screenshot)) {
             code = failure;
         }
@@ -156,6 +162,8 @@ int runApplication(
 
     const int loopCode = QCoreApplication::exec();
     instance.setStateSource({});
+    responseTime.stop();
+    statistics.set(QStringLiteral("longest_response_ms"), responseTime.longest());
     addScanStatistics(statistics, controller.scanPipeline());
     controller.applicationWillTerminate();
     if (!options.stats.isEmpty() && !statistics.write(options.stats)) {

@@ -1,7 +1,7 @@
 #include "image/DecodeAhead.h"
 
 DecodeAhead::DecodeAhead(int cores)
-    : _capacity(cores > 1 ? 2 * cores : 0), _queue(QStringLiteral("decode"), cores - 1) {}
+    : _capacity(cores > 1 ? 2 * cores : 0), _queue(QStringLiteral("decode"), cores) {}
 
 DecodeAhead::Place DecodeAhead::takePlace() {
     if (_taken->fetch_add(1) >= _capacity) {

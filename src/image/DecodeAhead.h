@@ -7,8 +7,9 @@
 #include <memory>
 
 /// Lets cores that have nothing to do decode the pictures that are next in line for the build
-/// queue, which itself stays serial. Who takes a place gives it back when the decoded picture is
-/// stored or dropped; so no more pictures wait than twice the number of cores. Any thread.
+/// queue, which itself stays serial. Has a thread for each core: the build queue mostly waits for a
+/// picture that is decoded here already. Who takes a place gives it back when the decoded picture
+/// is stored or dropped; so no more pictures wait than twice the number of cores. Any thread.
 class DecodeAhead {
 public:
     /// Holds a place as long as it lives.

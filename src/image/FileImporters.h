@@ -18,6 +18,8 @@ public:
     [[nodiscard]] bool isImageType(const QString& uti) const override;
     [[nodiscard]] std::unique_ptr<ImageImporter>
     imageImporterForImageURL(const QString& path) override;
+    [[nodiscard]] std::vector<std::optional<PBDictionary>>
+    propertiesOfImporters(std::span<ImageImporter* const> importers) override;
 
 private:
     struct Answer {

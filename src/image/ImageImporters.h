@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <stop_token>
+#include <vector>
 
 namespace image {
 
@@ -35,6 +37,15 @@ public:
     /// nullptr for a file that is no image by its name. Does not touch the disk.
     [[nodiscard]] virtual std::unique_ptr<ImageImporter>
     imageImporterForImageURL(const QString& path) = 0;
+    /// `propertiesAtIndex` 0 of importers that were made here, in their order: for many small files
+    /// this may cost far less than asking for one after the other.
+    [[nodiscard]] virtual std::vector<std::optional<PBDictionary>>
+    propertiesOfImporters(std::span<ImageImporter* const> importers) {
+        std::vector<std::optional<PBDictionary>> all;
+        for (ImageImporter* importer : importers)
+            all.push_back(importer->propertiesAtIndex(0));
+        return all;
+    }
 };
 
 } // namespace image

@@ -39,7 +39,7 @@ struct PBScanFolderTask::Run {
 /// An entry of the folder that waits for its turn.
 struct PBScanFolderTask::Entry {
     DirectoryEntry entry;
-    std::future<NewFile> file = {}; ///< valid for one that is read ahead
+    ReadAhead::Reading file = {}; ///< valid for one that is read ahead
 };
 
 std::unique_ptr<PBScanFolderTask>
@@ -203,8 +203,8 @@ void PBScanFolderTask::takeFile(Run& run, Entry& waiting) const {
     if (!importer || run.operation.isCancelled() || isLeftAlone(run, name)) return;
     const std::uint64_t unknownAt = _dictionary->attachedCount();
     checkAttachedOperation(run.operation);
-    NewFile file = waiting.file.valid()
-                       ? waiting.file.get()
+    NewFile file = waiting.file.isValid()
+                       ? _dictionary->services->readAhead->wait(std::move(waiting.file))
                        : readNewFile(run.folderPath + u'/' + name, std::move(importer));
     if (!file.values || !makeFolderRow(run)) return;
     FileProperty property = makeFileProperty(run.folderPath, name, run.folderId, std::move(file));

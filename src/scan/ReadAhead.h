@@ -4,9 +4,10 @@
 #include "platform/FileManager.h"
 #include "platform/OperationQueue.h"
 
-#include <future>
 #include <memory>
 #include <optional>
+#include <span>
+#include <vector>
 
 /// What the disk says of a new file, and what its importer reads of it without decoding.
 struct NewFile {
@@ -22,17 +23,44 @@ struct NewFile {
 readNewFile(const QString& path, std::unique_ptr<image::ImageImporter> importer);
 
 /// Reads the files that are next in line for the disk pass on cores of their own, while the pass
-/// itself stays serial. Any thread.
+/// itself stays serial. A few are read together, since a small file takes less time than asking for
+/// it. On one thread.
 class ReadAhead {
+    struct Job;
+
 public:
-    explicit ReadAhead(int cores);
+    /// A file that is being read, or waits to be. One that nobody holds any more is not begun.
+    class Reading {
+    public:
+        Reading() = default;
+        [[nodiscard]] bool isValid() const { return _job != nullptr; }
+
+    private:
+        friend class ReadAhead;
+        explicit Reading(std::shared_ptr<Job> job) : _job(std::move(job)) {}
+        std::shared_ptr<Job> _job;
+    };
+
+    /// The importers are those that the files' importers were made by; they outlive this.
+    ReadAhead(int cores, image::ImageImporters& importers);
+    ~ReadAhead();
+    ReadAhead(const ReadAhead&) = delete;
+    ReadAhead& operator=(const ReadAhead&) = delete;
 
     /// How many files are worth having in hand.
     [[nodiscard]] std::size_t capacity() const { return _capacity; }
-    [[nodiscard]] std::future<NewFile>
-    read(QString path, std::unique_ptr<image::ImageImporter> importer);
+    [[nodiscard]] Reading read(QString path, std::unique_ptr<image::ImageImporter> importer);
+    /// Blocks until the file is read.
+    [[nodiscard]] NewFile wait(Reading reading);
 
 private:
+    using Jobs = std::vector<std::weak_ptr<Job>>;
+
+    void begin();
+    static void readTogether(const Jobs& jobs, image::ImageImporters& importers);
+
+    image::ImageImporters& _importers;
     const std::size_t _capacity;
+    Jobs _gathered; ///< not begun yet
     platform::OperationQueue _queue;
 };

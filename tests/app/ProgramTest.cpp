@@ -15,6 +15,7 @@ TEST_F(ProgramTest, startsShowsItselfAndLeavesACatalogue) {
     EXPECT_EQ(QImage(picture).size(), QSize(900, 600));
     const QJsonObject stats = outcome.figures();
     EXPECT_GT(stats[u"first_window_ms"_s].toDouble(), 0);
+    EXPECT_GE(stats[u"longest_response_ms"_s].toDouble(-1), 0);
     EXPECT_GT(stats[u"peak_rss_kib"_s].toDouble(), 1000);
     for (const char* file : {"/files.db", "/thumbnail.db"}) {
         EXPECT_TRUE(

@@ -9,7 +9,7 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
         makePicture(u"%1/%2.jpg"_s.arg(i % folders).arg(i), {2, 2});
     // From tens to thousands of rounds, as the environment says.
     const int rounds = std::max(120, qEnvironmentVariableIntValue("VELMORA_ROUNDS"));
-    ReadAhead ahead(2);
+    ReadAhead ahead(2, importers);
     auto reading = std::make_shared<ScanServices>(*services);
     reading->readAhead = &ahead;
     factory = std::make_unique<ScanFactory>(

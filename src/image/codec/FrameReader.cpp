@@ -47,6 +47,15 @@ Installed& installed() {
 
 } // namespace
 
+std::vector<std::optional<PBDictionary>>
+FrameReader::propertiesOfPictures(std::span<const OpenPicture> pictures) {
+    std::vector<std::optional<PBDictionary>> all;
+    all.reserve(pictures.size());
+    for (const OpenPicture& picture : pictures)
+        all.push_back(properties(picture.descriptor, picture.typeHint, 0));
+    return all;
+}
+
 std::shared_ptr<FrameReader> frameReader() {
     static const auto local = std::make_shared<LocalReader>();
     const std::scoped_lock lock(installed().mutex);

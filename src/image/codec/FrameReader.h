@@ -5,6 +5,8 @@
 
 #include <memory>
 #include <optional>
+#include <span>
+#include <vector>
 
 namespace codec {
 
@@ -20,6 +22,12 @@ enum class ReadStatus {
 struct ReadResult {
     ReadStatus status = ReadStatus::Refused;
     Frame frame;
+};
+
+/// An open file, borrowed, and the type that its name says.
+struct OpenPicture {
+    int descriptor = -1;
+    QString typeHint;
 };
 
 /// Reads pictures from open files, wherever that happens: in this process, or in helper processes.
@@ -38,6 +46,10 @@ public:
     [[nodiscard]] virtual std::size_t countFrames(int descriptor, const QString& typeHint) = 0;
     [[nodiscard]] virtual std::optional<PBDictionary>
     properties(int descriptor, const QString& typeHint, std::size_t frame) = 0;
+    /// Those of the first frame of each picture, in the order given: for many small files this may
+    /// cost far less than asking for one after the other.
+    [[nodiscard]] virtual std::vector<std::optional<PBDictionary>>
+    propertiesOfPictures(std::span<const OpenPicture> pictures);
 };
 
 /// The reader that all importers use: what was installed, else one that decodes in this process.

@@ -68,6 +68,29 @@ std::optional<PBDictionary> PBImageImporter::propertiesAtIndex(std::size_t index
     }
 }
 
+std::vector<std::optional<PBDictionary>>
+PBImageImporter::propertiesOfImporters(std::span<PBImageImporterProtocol* const> importers) {
+    std::vector<std::optional<PBDictionary>> all(importers.size());
+    std::vector<codec::OpenPicture> pictures;
+    std::vector<std::size_t> places;
+    for (std::size_t index = 0; index < importers.size(); ++index) {
+        if (const auto* own = dynamic_cast<PBImageImporter*>(importers[index])) {
+            pictures.push_back({own->_imageSourceRef, own->_typeHint});
+            places.push_back(index);
+        } else if (importers[index]) {
+            all[index] = importers[index]->propertiesAtIndex(0);
+        }
+    }
+    try {
+        auto read = codec::frameReader()->propertiesOfPictures(pictures);
+        for (std::size_t index = 0; index < read.size(); ++index)
+            all[places[index]] = std::move(read[index]);
+    } catch (const std::exception&) {
+        return all;
+    }
+    return all;
+}
+
 QImage
 PBImageImporter::createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop) {
     QImage full;

@@ -4,6 +4,9 @@
 
 #include <QRectF>
 
+#include <span>
+#include <vector>
+
 /// The importer for every format that the decoders read. Holds the open file; what it reads goes
 /// through `codec::frameReader`.
 class PBImageImporter final : public PBImageImporterProtocol {
@@ -18,6 +21,9 @@ public:
     ~PBImageImporter() override;
 
     [[nodiscard]] std::optional<PBDictionary> propertiesAtIndex(std::size_t index) override;
+    /// `propertiesAtIndex` 0 of several importers at once; nullptr is a file that can't be read.
+    [[nodiscard]] static std::vector<std::optional<PBDictionary>>
+    propertiesOfImporters(std::span<PBImageImporterProtocol* const> importers);
     [[nodiscard]] QImage
     createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) override;
     [[nodiscard]] std::size_t imageCount() override;

@@ -6,7 +6,9 @@
 #include "platform/StandardError.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <numeric>
 
 #include <sched.h>
 
@@ -226,18 +228,70 @@ int DecoderPool::frameDelay(int descriptor, const QString& typeHint, std::size_t
 
 std::optional<PBDictionary>
 DecoderPool::properties(int descriptor, const QString& typeHint, std::size_t frame) {
-    Lease lease(*this, {}, true);
-    Reply reply;
-    const Request request = makeRequest(Kind::Properties, typeHint, frame);
-    if (ask(lease, request, std::array{descriptor}, _settings.thumbnailTime, {}, reply) !=
-            ReadStatus::Decoded ||
-        reply.count > process::smallResultBytes) {
-        return std::nullopt;
+    return askForProperties(std::array{descriptor}, typeHint, frame).front().properties;
+}
+
+std::vector<std::optional<PBDictionary>>
+DecoderPool::propertiesOfPictures(std::span<const OpenPicture> pictures) {
+    std::vector<std::size_t> byType(pictures.size());
+    std::iota(byType.begin(), byType.end(), std::size_t{0});
+    std::ranges::stable_sort(
+        byType, {}, [&](std::size_t index) -> const QString& { return pictures[index].typeHint; });
+    std::vector<std::optional<PBDictionary>> all(pictures.size());
+    for (std::size_t begin = 0; begin < byType.size();) {
+        const QString& type = pictures[byType[begin]].typeHint;
+        std::vector<int> together;
+        while (begin + together.size() < byType.size() && together.size() < process::mostPictures) {
+            const OpenPicture& next = pictures[byType[begin + together.size()]];
+            if (next.typeHint != type) break;
+            together.push_back(next.descriptor);
+        }
+        auto answers = askForProperties(together, type, 0);
+        for (std::size_t index = 0; index < answers.size(); ++index) {
+            const bool isAlone = answers.size() == 1;
+            all[byType[begin + index]] = answers[index].isKnown || isAlone
+                                             ? std::move(answers[index].properties)
+                                             : properties(together[index], type, 0);
+        }
+        begin += together.size();
     }
-    const auto bytes = lease.helper().smallResult().first(reply.count);
-    // A copy, since the other side could still change the memory.
-    return process::decodeDictionary(
-        QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size())));
+    return all;
+}
+
+std::vector<DecoderPool::PropertyAnswer> DecoderPool::askForProperties(
+    std::span<const int> descriptors, const QString& typeHint, std::size_t frame) {
+    std::vector<PropertyAnswer> answers(descriptors.size());
+    Request request = makeRequest(Kind::Properties, typeHint, frame);
+    request.pictures = static_cast<std::uint32_t>(descriptors.size());
+    QByteArray result;
+    {
+        Lease lease(*this, {}, true);
+        Reply reply;
+        if (ask(lease, request, descriptors, _settings.thumbnailTime, {}, reply) !=
+                ReadStatus::Decoded ||
+            reply.count > process::smallResultBytes) {
+            return answers;
+        }
+        // A copy, since the other side could still change the memory.
+        const auto bytes = lease.helper().smallResult().first(reply.count);
+        result = QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    }
+    std::vector<std::uint64_t> lengths(descriptors.size());
+    const auto tableBytes = static_cast<qsizetype>(lengths.size() * sizeof(std::uint64_t));
+    if (result.size() < tableBytes) return answers;
+    std::memcpy(lengths.data(), result.constData(), static_cast<std::size_t>(tableBytes));
+    qsizetype begin = tableBytes;
+    for (std::size_t index = 0; index < answers.size(); ++index) {
+        if (lengths[index] == process::noRoom) continue;
+        answers[index].isKnown = true;
+        const auto left = static_cast<std::uint64_t>(result.size() - begin);
+        if (lengths[index] == process::noProperties || lengths[index] > left) continue;
+        const auto length = static_cast<qsizetype>(lengths[index]);
+        answers[index].properties =
+            process::decodeDictionary(QByteArray::fromRawData(result.constData() + begin, length));
+        begin += length;
+    }
+    return answers;
 }
 
 } // namespace codec

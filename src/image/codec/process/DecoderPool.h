@@ -58,6 +58,10 @@ public:
     [[nodiscard]] int frameDelay(int descriptor, const QString& typeHint, std::size_t frame);
     [[nodiscard]] std::optional<PBDictionary>
     properties(int descriptor, const QString& typeHint, std::size_t frame) override;
+    /// One process reads as many as go into one request. When it is lost, each is asked for alone,
+    /// so that a picture that crashes its process still costs only itself.
+    [[nodiscard]] std::vector<std::optional<PBDictionary>>
+    propertiesOfPictures(std::span<const OpenPicture> pictures) override;
 
 private:
     using Helper = std::unique_ptr<process::DecoderHelper>;
@@ -67,6 +71,13 @@ private:
     [[nodiscard]] std::optional<Helper> take(const std::stop_token& stop, bool isShort);
     void giveBack(Helper helper);
     void tellRefusals(const process::DecoderHelper& helper);
+    struct PropertyAnswer {
+        bool isKnown = false; ///< false: the process was lost, or had no room for the answer
+        std::optional<PBDictionary> properties;
+    };
+    /// One request for at most `process::mostPictures` of one type; as many answers.
+    [[nodiscard]] std::vector<PropertyAnswer>
+    askForProperties(std::span<const int> descriptors, const QString& typeHint, std::size_t frame);
     [[nodiscard]] ReadStatus
     ask(Lease& lease, const process::Request& request, std::span<const int> descriptors,
         std::chrono::milliseconds time, const std::stop_token& stop, process::Reply& reply);

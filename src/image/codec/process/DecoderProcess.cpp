@@ -7,6 +7,7 @@
 #include "image/codec/process/Protocol.h"
 #include "image/codec/process/SharedMemory.h"
 
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
@@ -45,9 +46,11 @@ public:
     [[nodiscard]] Reply answer(const Request& request, std::vector<Descriptor>& descriptors) {
         Reply reply;
         reply.number = request.number;
-        const bool expected = descriptors.size() == 1 + (request.hasLargeResult ? 1U : 0U) +
-                                                        (request.hasProfile ? 1U : 0U);
-        if (!expected) return reply;
+        const std::size_t expected =
+            request.kind == Kind::Properties
+                ? request.pictures
+                : 1 + (request.hasLargeResult ? 1U : 0U) + (request.hasProfile ? 1U : 0U);
+        if (descriptors.empty() || descriptors.size() != expected) return reply;
         const int picture = descriptors.front().get();
         switch (request.kind) {
         case Kind::Decode:
@@ -66,7 +69,7 @@ public:
             }
             break;
         case Kind::Properties:
-            readProperties(picture, request, reply);
+            readProperties(descriptors, request, reply);
             break;
         }
         return reply;
@@ -161,13 +164,27 @@ private:
         reply.isComplete = frame.isComplete ? 1 : 0;
     }
 
-    void readProperties(int picture, const Request& request, Reply& reply) {
-        const auto properties = readImageProperties(picture, typeHint(request), request.frame);
-        if (!properties) return;
-        const QByteArray bytes = encodeDictionary(*properties);
-        if (static_cast<std::size_t>(bytes.size()) > _results.size()) return;
-        std::memcpy(_results.data(), bytes.constData(), static_cast<std::size_t>(bytes.size()));
-        reply.count = static_cast<std::uint64_t>(bytes.size());
+    void
+    readProperties(const std::vector<Descriptor>& pictures, const Request& request, Reply& reply) {
+        std::array<std::uint64_t, mostPictures> lengths{};
+        const std::size_t tableBytes = pictures.size() * sizeof(std::uint64_t);
+        auto* result = static_cast<char*>(_results.data());
+        std::size_t filled = tableBytes;
+        const QString type = typeHint(request);
+        for (std::size_t index = 0; index < pictures.size(); ++index) {
+            lengths[index] = noProperties;
+            const auto properties = readImageProperties(pictures[index].get(), type, request.frame);
+            if (!properties) continue;
+            const QByteArray bytes = encodeDictionary(*properties);
+            const auto length = static_cast<std::size_t>(bytes.size());
+            lengths[index] = noRoom;
+            if (length > _results.size() - filled) continue;
+            std::memcpy(result + filled, bytes.constData(), length);
+            filled += length;
+            lengths[index] = length;
+        }
+        std::memcpy(result, lengths.data(), tableBytes);
+        reply.count = filled;
         reply.status = Status::Done;
     }
 

@@ -1,5 +1,7 @@
 #include "image/codec/process/PacketSocket.h"
 
+#include "image/codec/process/Protocol.h"
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -10,7 +12,7 @@ namespace codec::process {
 
 namespace {
 
-constexpr std::size_t mostDescriptors = 3;
+constexpr std::size_t mostDescriptors = mostPictures;
 
 /// Room for the descriptors of one packet, aligned as the kernel wants it.
 struct ControlRoom {

@@ -5,6 +5,7 @@
 
 #include <QElapsedTimer>
 
+#include <csignal>
 #include <latch>
 
 #include <dirent.h>
@@ -188,6 +189,43 @@ TEST_F(DecoderPoolTest, manyThreadsShareFewProcessesWhileSomePicturesCrash) {
         });
     threads.clear();
     EXPECT_EQ(painted, 4 * 22);
+}
+
+TEST_F(DecoderPoolTest, propertiesOfManyPicturesAreReadTogetherAndAloneAfterALoss) {
+    DecoderPool::Settings hasty = settings(1);
+    hasty.thumbnailTime = std::chrono::milliseconds(2000);
+    DecoderPool pool(hasty);
+    pool.start();
+    std::vector<Descriptor> opened;
+    std::vector<codec::OpenPicture> pictures;
+    for (int index = 0; index < 40; ++index) {
+        const QByteArray side = QByteArray::number(index + 1);
+        const bool isPicture = index % 7 != 0;
+        opened.push_back(orders(
+            isPicture ? "P5\n" + side + " 1\n255\n" + QByteArray(index + 1, 'x') : "no picture"));
+        pictures.push_back(
+            {opened.back().get(), QString::fromLatin1(index % 3 == 0 ? "a.type" : "another.type")});
+    }
+    const auto expectAll = [&] {
+        const auto all = pool.propertiesOfPictures(pictures);
+        ASSERT_EQ(all.size(), pictures.size());
+        for (int index = 0; index < 40; ++index) {
+            SCOPED_TRACE(index);
+            const auto& properties = all[static_cast<std::size_t>(index)];
+            ASSERT_EQ(properties.has_value(), index % 7 != 0);
+            if (!properties) continue;
+            EXPECT_EQ(properties->at(QStringLiteral("PixelWidth")).toInteger(), index + 1);
+        }
+    };
+    expectAll();
+    // The process answers no longer: its request is lost, and a fresh one is asked.
+    QFile children(QStringLiteral("/proc/thread-self/children"));
+    ASSERT_TRUE(children.open(QIODevice::ReadOnly));
+    const int child = children.readAll().simplified().split(' ').value(0).toInt();
+    ASSERT_GT(child, 0);
+    ASSERT_EQ(::kill(child, SIGSTOP), 0);
+    expectAll();
+    EXPECT_NE(::kill(child, 0), 0);
 }
 
 } // namespace
