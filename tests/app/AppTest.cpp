@@ -1,5 +1,4 @@
 #include "FMDB/FMDatabase.h"
-#include "app/BrowsingSettings.h"
 #include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
 #include "app/ScanControl.h"
@@ -7,93 +6,15 @@
 #include "catalogue/PBCatalogue.h"
 #include "platform/MainLoop.h"
 #include "platform/OperationQueue.h"
-#include "platform/UserDefaults.h"
 
 #include "support/Support.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
 #include <latch>
-
-using platform::UserDefaults;
 
 namespace {
 
-class BrowsingSettingsTest : public testing::Test {
-protected:
-    QTemporaryDir folder;
-    UserDefaults defaults{folder.filePath(QStringLiteral("Velmora.conf"))};
-};
-
-TEST_F(BrowsingSettingsTest, firstStartHasTheDefaultsAndSeedsThePresetsOnce) {
-    BrowsingSettings browsing(defaults);
-    EXPECT_TRUE(browsing.recurseSubFolder());
-    EXPECT_EQ(*browsing.groupTypeArray(), (std::vector{3, 5}));
-    EXPECT_EQ(browsing.sortType(), 1);
-    EXPECT_FALSE(browsing.descendingSort());
-    EXPECT_EQ(browsing.filter(), 0U);
-
-    const QString key = QStringLiteral("FavoriteGroupArrayArray");
-    browsing.seedFavoriteChains(false);
-    EXPECT_EQ(defaults.integerArraysForKey(key)->size(), 6U);
-    defaults.setIntegerArrays({}, key);
-    browsing.seedFavoriteChains(true);
-    EXPECT_TRUE(defaults.integerArraysForKey(key)->empty());
-    defaults.removeKey(key);
-    browsing.seedFavoriteChains(true);
-    const std::vector<std::vector<int>> all{{3, 5},  {3, 14}, {3, 16}, {3, 18},
-                                            {3, 21}, {3, 26}, {16, 18}};
-    EXPECT_EQ(defaults.integerArraysForKey(key), all);
-}
-
-TEST_F(BrowsingSettingsTest, changesAreStoredAndReadBack) {
-    {
-        BrowsingSettings browsing(defaults);
-        browsing.setRecurseSubFolder(false);
-        browsing.setGroupTypeArray(std::make_shared<const std::vector<int>>());
-        browsing.setSortType(0);
-        browsing.setDescendingSort(true);
-        browsing.setFilter(3);
-        browsing.setSearchString(QStringLiteral("x"));
-    }
-    const BrowsingSettings browsing(defaults);
-    EXPECT_FALSE(browsing.recurseSubFolder());
-    EXPECT_TRUE(browsing.groupTypeArray()->empty());
-    EXPECT_EQ(browsing.sortType(), 0);
-    EXPECT_TRUE(browsing.descendingSort());
-    EXPECT_EQ(browsing.filter(), 3U);
-    EXPECT_TRUE(browsing.searchString().isEmpty());
-}
-
-TEST_F(BrowsingSettingsTest, unchangedValuesAreNotWritten) {
-    BrowsingSettings browsing(defaults);
-    browsing.setRecurseSubFolder(true);
-    browsing.setSortType(1);
-    browsing.setDescendingSort(false);
-    browsing.setFilter(0);
-    browsing.setGroupTypeArray(browsing.groupTypeArray());
-    for (const char* key :
-         {"RecurseSubFolder", "SortType", "DescendingSort", "Filter", "GroupTypeArray"}) {
-        EXPECT_FALSE(defaults.hasKey(QString::fromLatin1(key))) << key;
-    }
-}
-
-TEST_F(BrowsingSettingsTest, storedValuesOutOfRangeGiveTheDefaults) {
-    defaults.setIntegers({3, 64}, QStringLiteral("GroupTypeArray"));
-    defaults.setInteger(7, QStringLiteral("SortType"));
-    defaults.setInteger(-1, QStringLiteral("Filter"));
-    const BrowsingSettings browsing(defaults);
-    EXPECT_EQ(*browsing.groupTypeArray(), (std::vector{3, 5}));
-    EXPECT_EQ(browsing.sortType(), 1);
-    EXPECT_EQ(browsing.filter(), 0U);
-}
-
 /// A scan control without a window; the one root is at the path, if there is any.
-class ScanControlTest : public testing::Test {
-protected:
+struct ScanControlTest : testing::Test {
     ScanControlTest() {
         for (FMDatabase* db : {&files, &scanFiles, &buildThumbnails})
             EXPECT_TRUE(db->open());
@@ -120,42 +41,40 @@ protected:
     };
 
     QTemporaryDir folder;
-    FMDatabase files{folder.filePath(QStringLiteral("files.db"))};
+    FMDatabase files{folder.filePath(u"files.db"_s)};
     FMDatabase scanFiles{files.databasePath()};
-    FMDatabase buildThumbnails{folder.filePath(QStringLiteral("thumbnail.db"))};
+    FMDatabase buildThumbnails{folder.filePath(u"thumbnail.db"_s)};
     NoServices aliasServices;
     PBAliasManager aliases{{files, aliasServices, {}}};
     PBGeoManager places{nullptr, [](const std::function<void()>&) {}};
     std::mutex lock;
     int changes = 0;
     std::shared_ptr<PBAliasObject> root;
-    platform::OperationQueue preload{QStringLiteral("preload")};
-    platform::OperationQueue scan{QStringLiteral("scan")};
-    platform::OperationQueue build{QStringLiteral("build")};
-    ScanPipeline pipeline{{
-        .geoManager = places,
-        .scanFileDb = scanFiles,
-        .buildThumbDb = buildThumbnails,
-        .scanQueue = scan,
-        .buildQueue = build,
-        .aliasManager = aliases,
-        .insertFolderAliasLock = lock,
-        .isBeingWritten = {},
-        .scanFinished = [this] { control.scanFinished(); },
-    }};
-    ScanControl control{{
-        .preload = preload,
-        .scan = scan,
-        .build = build,
-        .pipeline = pipeline,
-        .selection =
-            [this] {
-                return ScanControl::Selection{root, {}};
-            },
-        .browsing = [] { return ScanBrowsing(); },
-        .clearDisplay = [] {},
-        .stateChanged = [this] { ++changes; },
-    }};
+    platform::OperationQueue preload{u"preload"_s};
+    platform::OperationQueue scan{u"scan"_s};
+    platform::OperationQueue build{u"build"_s};
+    ScanPipeline pipeline{
+        {.geoManager = places,
+         .scanFileDb = scanFiles,
+         .buildThumbDb = buildThumbnails,
+         .scanQueue = scan,
+         .buildQueue = build,
+         .aliasManager = aliases,
+         .insertFolderAliasLock = lock,
+         .isBeingWritten = {},
+         .scanFinished = [this] { control.scanFinished(); }}};
+    ScanControl control{
+        {.preload = preload,
+         .scan = scan,
+         .build = build,
+         .pipeline = pipeline,
+         .selection =
+             [this] {
+                 return ScanControl::Selection{root, {}};
+             },
+         .browsing = [] { return ScanBrowsing(); },
+         .clearDisplay = [] {},
+         .stateChanged = [this] { ++changes; }}};
 };
 
 TEST_F(ScanControlTest, scanCancelsAndResumesEveryQueueWithoutWaiting) {
@@ -203,7 +122,7 @@ TEST_F(ScanControlTest, theEndOfAFormerScanIsNotThatOfThePresentOne) {
 
 TEST(DamagedCatalogueTest, nothingHappensToTheFileUnlessTheUserSaysSo) {
     QTemporaryDir folder;
-    const QString file = folder.filePath(QStringLiteral("files.db"));
+    const QString file = folder.filePath(u"files.db"_s);
     DamagedCatalogue::Choice choice = DamagedCatalogue::Choice::Quit;
     int asked = 0;
     const auto settle = [&] {

@@ -1,66 +1,27 @@
-#include "app/ApplicationController.h"
 #include "app/OpenedPaths.h"
-#include "browser/PBImageBrowserView.h"
-#include "platform/Places.h"
+#include "app/RunningProgram.h"
 #include "shell/FilterCommands.h"
-#include "shell/PBMainWindowController.h"
-#include "shell/SourceSidebar.h"
-
-#include "support/Support.h"
-
-#include <QDir>
-#include <QFile>
-#include <QImage>
-#include <QMainWindow>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-class OpenFilesTest : public testing::Test {
-protected:
-    OpenFilesTest() {
-        platform::Places::setProfile(folder.filePath(QStringLiteral("profile")));
-        controller.emplace();
-        controller->awakeFromNib();
-        controller->applicationDidFinishLaunching();
-    }
-    ~OpenFilesTest() override {
-        controller.reset();
-        platform::Places::setProfile({});
-    }
-
+struct OpenFilesTest : testing::Test {
     QString makePicture(const QString& name) const {
-        const QString path = folder.filePath(name);
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        QImage image(30, 20, QImage::Format_RGB32);
-        image.fill(Qt::darkCyan);
-        EXPECT_TRUE(image.save(path));
-        return path;
+        support::writePicture(folder.filePath(name));
+        return folder.filePath(name);
     }
-    PBImageBrowserView& browser() {
-        return *controller->mainWindowController().window().findChild<PBImageBrowserView*>();
-    }
-    QString selectedFolder() {
-        const auto selected =
-            controller->mainWindowController().sourceSidebar().tree().selectedFolder();
-        return selected ? selected->folderPath() : QString();
-    }
+    PBImageBrowserView& browser() { return program.browser(); }
+    QString selectedFolder() { return program.selectedFolder(program.window().sourceSidebar()); }
     QStringList selectedFiles() {
-        QStringList names;
-        for (const auto& item : browser().selection().selectedFileArray(true))
-            names.append(item->fileName());
-        return names;
+        return support::listed(browser().selection().selectedFileArray(true), [](const auto& item) {
+            return item->fileName();
+        });
     }
     QStringList roots() {
-        QStringList paths;
-        for (const auto& root : controller->aliasManager().aliasArray())
-            paths.append(root->path());
-        return paths;
+        return support::listed(
+            controller->aliasManager().aliasArray(), [](const auto& root) { return root->path(); });
     }
     [[nodiscard]] bool showsAndSelects(qint64 count, const QStringList& names) {
         return support::spinUntil([&] {
@@ -70,61 +31,62 @@ protected:
     }
 
     QTemporaryDir folder;
-    std::optional<ApplicationController> controller;
+    RunningProgram program{folder.filePath(u"profile"_s)};
+    std::optional<ApplicationController>& controller = program.controller;
 };
 
 TEST_F(OpenFilesTest, filesAreShownAmongTheirNeighboursInAFolderThatBecomesARoot) {
-    const QString a = makePicture(QStringLiteral("p/a.png"));
-    const QString b = makePicture(QStringLiteral("p/b.png"));
-    makePicture(QStringLiteral("p/c.png"));
-    const QString below = makePicture(QStringLiteral("p/q/d.png"));
-    const QString p = folder.filePath(QStringLiteral("p"));
+    const QString a = makePicture(u"p/a.png"_s);
+    const QString b = makePicture(u"p/b.png"_s);
+    makePicture(u"p/c.png"_s);
+    const QString below = makePicture(u"p/q/d.png"_s);
+    const QString p = folder.filePath(u"p"_s);
     controller->applicationOpenFiles({b});
     EXPECT_EQ(selectedFolder(), p);
-    EXPECT_TRUE(showsAndSelects(4, {QStringLiteral("b.png")}));
+    EXPECT_TRUE(showsAndSelects(4, {u"b.png"_s}));
     EXPECT_EQ(roots(), QStringList{p});
 
     // A filter would hide what is asked for.
-    controller->mainWindowController().filterCommands().filter_Flag();
-    controller->mainWindowController().filterCommands().search(QStringLiteral("nothing"));
+    program.window().filterCommands().filter_Flag();
+    program.window().filterCommands().search(u"nothing"_s);
     controller->applicationOpenFiles({a, b});
     EXPECT_EQ(controller->filter(), 0U);
     EXPECT_EQ(controller->searchString(), QString());
-    EXPECT_TRUE(showsAndSelects(4, {QStringLiteral("a.png"), QStringLiteral("b.png")}));
+    EXPECT_TRUE(showsAndSelects(4, {u"a.png"_s, u"b.png"_s}));
 
     controller->applicationOpenFiles({below});
-    EXPECT_TRUE(showsAndSelects(1, {QStringLiteral("d.png")}));
-    EXPECT_EQ(selectedFolder(), p + QStringLiteral("/q"));
+    EXPECT_TRUE(showsAndSelects(1, {u"d.png"_s}));
+    EXPECT_EQ(selectedFolder(), p + u"/q"_s);
     EXPECT_EQ(roots(), QStringList{p});
     controller->applicationOpenFiles({p});
     EXPECT_TRUE(support::spinUntil([&] { return selectedFolder() == p; }));
 }
 
 TEST_F(OpenFilesTest, foldersFarApartBecomeRootsEachAndHiddenOnesTheirOwn) {
-    makePicture(QStringLiteral("m/one/a.png"));
-    makePicture(QStringLiteral("n/two/b.png"));
-    const QString one = folder.filePath(QStringLiteral("m/one"));
-    const QString two = folder.filePath(QStringLiteral("n/two"));
+    makePicture(u"m/one/a.png"_s);
+    makePicture(u"n/two/b.png"_s);
+    const QString one = folder.filePath(u"m/one"_s);
+    const QString two = folder.filePath(u"n/two"_s);
     controller->applicationOpenFiles({one, two});
     EXPECT_EQ(selectedFolder(), one);
     QStringList known = roots();
     known.sort();
     EXPECT_EQ(known, (QStringList{one, two}));
 
-    const QString hidden = makePicture(QStringLiteral("m/one/.kept/h.png"));
+    const QString hidden = makePicture(u"m/one/.kept/h.png"_s);
     controller->applicationOpenFiles({hidden});
-    EXPECT_EQ(selectedFolder(), one + QStringLiteral("/.kept"));
-    EXPECT_TRUE(showsAndSelects(1, {QStringLiteral("h.png")}));
+    EXPECT_EQ(selectedFolder(), one + u"/.kept"_s);
+    EXPECT_TRUE(showsAndSelects(1, {u"h.png"_s}));
 
-    controller->applicationOpenFiles({folder.filePath(QStringLiteral("gone.png"))});
-    EXPECT_EQ(selectedFolder(), one + QStringLiteral("/.kept"));
+    controller->applicationOpenFiles({folder.filePath(u"gone.png"_s)});
+    EXPECT_EQ(selectedFolder(), one + u"/.kept"_s);
 }
 
 TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {
-    const QString picture = makePicture(QStringLiteral("p/a.png"));
-    const QString text = folder.filePath(QStringLiteral("p/notes.txt"));
-    const QString locked = folder.filePath(QStringLiteral("p/locked.png"));
-    const QString pipe = folder.filePath(QStringLiteral("p/pipe.png"));
+    const QString picture = makePicture(u"p/a.png"_s);
+    const QString text = folder.filePath(u"p/notes.txt"_s);
+    const QString locked = folder.filePath(u"p/locked.png"_s);
+    const QString pipe = folder.filePath(u"p/pipe.png"_s);
     support::writeFile(text, "x");
     support::writeFile(locked, "x");
     ASSERT_TRUE(QFile::setPermissions(locked, {}));
@@ -133,13 +95,11 @@ TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {
     const auto openable = openablePaths(
         {picture + u'x', picture, text, locked, pipe, folder.path()},
         [&](const QString& sentence) { told.append(sentence); });
-    if (::geteuid() == 0) {
-        EXPECT_EQ(openable, (QStringList{picture, locked, folder.path()}));
-        EXPECT_EQ(told.size(), 3);
-    } else {
-        EXPECT_EQ(openable, (QStringList{picture, folder.path()}));
-        EXPECT_EQ(told.size(), 4);
-    }
+    const bool isRoot = ::geteuid() == 0; // who may read the locked one, too
+    EXPECT_EQ(
+        openable, isRoot ? (QStringList{picture, locked, folder.path()})
+                         : (QStringList{picture, folder.path()}));
+    EXPECT_EQ(told.size(), isRoot ? 3 : 4);
     EXPECT_TRUE(told.first().contains(picture + u'x'));
 }
 

@@ -1,66 +1,21 @@
-#include "support/Support.h"
+#include "app/ScanProgram.h"
 
-#include <QDir>
 #include <QImage>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <csignal>
 
 namespace {
 
-struct Outcome {
-    int code = -1;
-    QByteArray output;
-    QByteArray errors;
-};
-
-/// Runs the program itself, without a display.
-class ProgramTest : public testing::Test {
-protected:
-    void start(QProcess& process, const QStringList& arguments) const {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
-        process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(VELMORA_PROGRAM), arguments);
-    }
-
-    Outcome run(const QStringList& arguments) const {
-        QProcess process;
-        start(process, arguments);
-        Outcome outcome;
-        if (!process.waitForFinished(60'000)) return outcome;
-        outcome.code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-        outcome.output = process.readAllStandardOutput();
-        outcome.errors = process.readAllStandardError();
-        return outcome;
-    }
-
-    QStringList untilIdle(const QStringList& more = {}) const {
-        return QStringList{QStringLiteral("--profile"), profile, QStringLiteral("--until-idle")} +
-               more;
-    }
-
-    QTemporaryDir folder;
-    const QString profile = folder.filePath(QStringLiteral("profile"));
-};
+class ProgramTest : public ScanProgramTest {};
 
 TEST_F(ProgramTest, startsShowsItselfAndLeavesACatalogue) {
-    const QString picture = folder.filePath(QStringLiteral("window.png"));
-    const Outcome outcome = run(untilIdle(
-        {QStringLiteral("--screenshot"), picture, QStringLiteral("--size"),
-         QStringLiteral("900x600"), QStringLiteral("--stats"), QStringLiteral("-")}));
+    const QString picture = temporary.filePath(u"window.png"_s);
+    const Outcome outcome =
+        runUntilIdle({u"--screenshot"_s, picture, u"--size"_s, u"900x600"_s, u"--stats"_s, u"-"_s});
     EXPECT_EQ(outcome.code, 0) << outcome.errors.toStdString();
     EXPECT_EQ(outcome.errors, QByteArray());
     EXPECT_EQ(QImage(picture).size(), QSize(900, 600));
-    const QJsonObject stats = QJsonDocument::fromJson(outcome.output).object();
-    EXPECT_GT(stats[QStringLiteral("first_window_ms")].toDouble(), 0);
-    EXPECT_GT(stats[QStringLiteral("peak_rss_kib")].toDouble(), 1000);
+    const QJsonObject stats = outcome.figures();
+    EXPECT_GT(stats[u"first_window_ms"_s].toDouble(), 0);
+    EXPECT_GT(stats[u"peak_rss_kib"_s].toDouble(), 1000);
     for (const char* file : {"/files.db", "/thumbnail.db"}) {
         EXPECT_TRUE(
             support::readFile(profile + QLatin1StringView(file)).startsWith("SQLite format 3"))
@@ -70,46 +25,38 @@ TEST_F(ProgramTest, startsShowsItselfAndLeavesACatalogue) {
 
 TEST_F(ProgramTest, brokenCatalogueAndSettingsAreToldInALineEachAndLeftAlone) {
     const QByteArray rubbish(5000, 'x');
-    support::writeFile(profile + QStringLiteral("/files.db"), rubbish);
-    support::writeFile(profile + QStringLiteral("/Velmora.conf"), "\x01\x02 rubbish");
-    const Outcome outcome = run(untilIdle());
+    support::writeFile(profile + u"/files.db"_s, rubbish);
+    support::writeFile(profile + u"/Velmora.conf"_s, "\x01\x02 rubbish");
+    const Outcome outcome = runUntilIdle();
     EXPECT_EQ(outcome.code, 0);
     EXPECT_EQ(outcome.errors.count('\n'), 2) << outcome.errors.toStdString();
     EXPECT_TRUE(outcome.errors.contains("files.db"));
     EXPECT_TRUE(outcome.errors.contains("Velmora.conf"));
-    EXPECT_EQ(support::readFile(profile + QStringLiteral("/files.db")), rubbish);
-    EXPECT_EQ(support::readFile(profile + QStringLiteral("/Velmora.conf")), "\x01\x02 rubbish");
+    EXPECT_EQ(support::readFile(profile + u"/files.db"_s), rubbish);
+    EXPECT_EQ(support::readFile(profile + u"/Velmora.conf"_s), "\x01\x02 rubbish");
 }
 
 TEST_F(ProgramTest, aFileCutInTheMiddleOfAWriteCostsNoMoreThanItself) {
-    const QString photos = folder.filePath(QStringLiteral("photos"));
-    QDir().mkpath(photos);
-    for (const char* name : {"/a.png", "/b.png", "/c.png"}) {
-        QImage picture(40, 30, QImage::Format_RGB32);
-        picture.fill(Qt::darkCyan);
-        ASSERT_TRUE(picture.save(photos + QLatin1StringView(name)));
-    }
-    ASSERT_EQ(run(untilIdle({QStringLiteral("--add"), photos})).code, 0);
-    const QString files = profile + QStringLiteral("/files.db");
-    const QString thumbnails = profile + QStringLiteral("/thumbnail.db");
+    for (const auto& name : {u"a.png"_s, u"b.png"_s, u"c.png"_s})
+        makePicture(name);
+    visit({u"--add"_s, pictures});
+    const QString files = profile + u"/files.db"_s;
+    const QString thumbnails = profile + u"/thumbnail.db"_s;
     const QByteArray wholeFiles = support::readFile(files);
     const QByteArray wholeThumbnails = support::readFile(thumbnails);
-    const QStringList stats{QStringLiteral("--stats"), QStringLiteral("-")};
+    const QStringList stats{u"--stats"_s, u"-"_s};
 
     for (const qsizetype length : {100, 4096, 8192}) {
         ASSERT_LT(length, std::min(wholeFiles.size(), wholeThumbnails.size()));
         support::writeFile(thumbnails, wholeThumbnails.left(length));
-        const Outcome anew = run(untilIdle(stats));
+        const Outcome anew = runUntilIdle(stats);
         EXPECT_EQ(anew.code, 0);
         EXPECT_EQ(anew.errors.count('\n'), 1) << anew.errors.toStdString();
-        EXPECT_EQ(
-            support::readFile(thumbnails + QStringLiteral(".damaged")),
-            wholeThumbnails.left(length));
-        const QJsonObject figures = QJsonDocument::fromJson(anew.output).object();
-        EXPECT_EQ(figures[QStringLiteral("thumbnails_built")].toInt(), 3) << length;
+        EXPECT_EQ(support::readFile(thumbnails + u".damaged"_s), wholeThumbnails.left(length));
+        EXPECT_EQ(anew.figures()[u"thumbnails_built"_s].toInt(), 3) << length;
 
         support::writeFile(files, wholeFiles.left(length));
-        const Outcome without = run(untilIdle());
+        const Outcome without = runUntilIdle();
         EXPECT_EQ(without.code, 0);
         EXPECT_TRUE(without.errors.contains("files.db")) << length;
         EXPECT_EQ(support::readFile(files), wholeFiles.left(length)) << "left as it was";
@@ -128,59 +75,41 @@ TEST_F(ProgramTest, settingsOfEveryKindMayBeWrong) {
               "ImageBrowserViewStyle", "ThumbnailSize", "InfoTag", "SourceGroupSplitPos",
               "GroupSplitPos", "InfoSplitPos", "MainWindowGeometry"})
             settings += QByteArray(key) + '=' + value + '\n';
-        support::writeFile(profile + QStringLiteral("/Velmora.conf"), settings);
-        const Outcome outcome = run(untilIdle());
+        support::writeFile(profile + u"/Velmora.conf"_s, settings);
+        const Outcome outcome = runUntilIdle();
         EXPECT_EQ(outcome.code, 0) << value << '\n' << outcome.errors.toStdString();
         EXPECT_EQ(outcome.errors.count("velmora: the setting \""), outcome.errors.count('\n'))
-            << value << '\n'
-            << outcome.errors.toStdString();
+            << value << outcome.errors.toStdString();
     }
 }
 
-TEST_F(ProgramTest, profileThatCannotBeWrittenStillGivesAWindow) {
-    support::writeFile(folder.filePath(QStringLiteral("plain")), "x");
-    const Outcome outcome = run(
-        {QStringLiteral("--profile"), folder.filePath(QStringLiteral("plain/below")),
-         QStringLiteral("--until-idle")});
-    EXPECT_EQ(outcome.code, 0);
-    EXPECT_TRUE(outcome.errors.contains("files.db")) << outcome.errors.toStdString();
-}
-
-TEST_F(ProgramTest, mistakesEndWithTheirCodes) {
-    EXPECT_EQ(run({QStringLiteral("--nonsense")}).code, 2);
-    EXPECT_EQ(run({QStringLiteral("--version")}).code, 0);
-    const Outcome unwritable = run(untilIdle(
-        {QStringLiteral("--screenshot"), QStringLiteral("/proc/no.png"), QStringLiteral("--stats"),
-         QStringLiteral("/proc/no.json")}));
+TEST_F(ProgramTest, mistakesEndWithTheirCodesAndAProfileThatCannotBeWrittenStillGivesAWindow) {
+    support::writeFile(temporary.filePath(u"plain"_s), "x");
+    const Outcome unwritten =
+        run({u"--profile"_s, temporary.filePath(u"plain/below"_s), u"--until-idle"_s});
+    EXPECT_EQ(unwritten.code, 0);
+    EXPECT_TRUE(unwritten.errors.contains("files.db")) << unwritten.errors.toStdString();
+    EXPECT_EQ(run({u"--nonsense"_s}).code, 2);
+    EXPECT_EQ(run({u"--version"_s}).code, 0);
+    const Outcome none = runUntilIdle({u"--add"_s, temporary.filePath(u"none"_s)});
+    EXPECT_EQ(none.code, 1);
+    EXPECT_EQ(none.errors.count('\n'), 1) << none.errors.toStdString();
+    const Outcome unwritable =
+        runUntilIdle({u"--screenshot"_s, u"/proc/no.png"_s, u"--stats"_s, u"/proc/no.json"_s});
     EXPECT_EQ(unwritable.code, 1);
     EXPECT_EQ(unwritable.errors.count('\n'), 2) << unwritable.errors.toStdString();
 }
 
-TEST_F(ProgramTest, addedFoldersAreKeptAndWhatIsNoneIsTold) {
-    const QString photos = folder.filePath(QStringLiteral("photos"));
-    QDir().mkpath(photos);
-    const QStringList add{QStringLiteral("--add"), photos};
-    EXPECT_EQ(run(untilIdle(add)).code, 0);
-    EXPECT_EQ(run(untilIdle(add)).code, 0) << "a folder that is there already is selected";
-    const Outcome none = run(untilIdle(add + QStringList{QStringLiteral("--add"), photos + u'x'}));
-    EXPECT_EQ(none.code, 1);
-    EXPECT_EQ(none.errors.count('\n'), 1) << none.errors.toStdString();
-    EXPECT_EQ(
-        support::readFile(profile + QStringLiteral("/Velmora.conf"))
-            .count("LastSelectFolder=" + photos.toUtf8() + '\n'),
-        1);
-}
-
 TEST_F(ProgramTest, secondStartHandsOverAndSignalEndsTheFirstCleanly) {
     QProcess first;
-    start(first, {QStringLiteral("--profile"), profile});
-    const QString lock = profile + QStringLiteral("/thumbnail.db");
+    start(first, {u"--profile"_s, profile});
+    const QString lock = profile + u"/thumbnail.db"_s;
     ASSERT_TRUE(support::spinUntil([&] { return QFile::exists(lock); }));
-    const Outcome second = run({QStringLiteral("--profile"), profile, QStringLiteral("/tmp")});
+    const Outcome second = run({u"--profile"_s, profile, u"/tmp"_s});
     EXPECT_EQ(second.code, 0);
     EXPECT_EQ(second.errors, QByteArray());
     ASSERT_EQ(first.state(), QProcess::Running);
-    ::kill(static_cast<pid_t>(first.processId()), SIGTERM);
+    first.terminate();
     ASSERT_TRUE(first.waitForFinished(60'000));
     EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(first.exitCode(), 0);

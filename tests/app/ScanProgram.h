@@ -1,49 +1,59 @@
 #pragma once
 
-#include "FMDB/FMDatabase.h"
-#include "support/Support.h"
+#include "support/Rows.h"
 
-#include <QDir>
 #include <QDirIterator>
-#include <QImage>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <map>
 
 using Figures = std::map<QString, double>;
 
 /// The program itself, on folders of pictures that the test makes.
-class ScanProgramTest : public testing::Test {
-protected:
+struct ScanProgramTest : testing::Test {
     ~ScanProgramTest() override {
         if (program.state() == QProcess::NotRunning) return;
         program.kill();
         program.waitForFinished();
     }
 
+    struct Outcome {
+        int code = -1;
+        QByteArray output;
+        QByteArray errors;
+        [[nodiscard]] QJsonObject figures() const {
+            return QJsonDocument::fromJson(output).object();
+        }
+    };
+
+    /// Begins a run on the profile, without a display.
     void start(const QStringList& more) {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
-        program.setProcessEnvironment(environment);
-        program.start(
-            QStringLiteral(VELMORA_PROGRAM),
-            QStringList{QStringLiteral("--profile"), profile} + more);
+        start(program, QStringList{u"--profile"_s, profile} + more);
     }
-    /// Runs until nothing is left to do; answers the figures.
+    static void start(QProcess& process, const QStringList& arguments) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        environment.remove(u"DBUS_SESSION_BUS_ADDRESS"_s);
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(VELMORA_PROGRAM), arguments);
+    }
+    static Outcome run(const QStringList& arguments) {
+        QProcess process;
+        start(process, arguments);
+        if (!process.waitForFinished(240'000)) return {};
+        return {
+            process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2,
+            process.readAllStandardOutput(), process.readAllStandardError()};
+    }
+    [[nodiscard]] Outcome runUntilIdle(const QStringList& more = {}) const {
+        return run(QStringList{u"--profile"_s, profile, u"--until-idle"_s} + more);
+    }
+    /// Runs until nothing is left to do; answers the figures and keeps what was said.
     QJsonObject visit(const QStringList& more = {}) {
-        start(
-            QStringList{
-                QStringLiteral("--until-idle"), QStringLiteral("--stats"), QStringLiteral("-")} +
-            more);
-        EXPECT_TRUE(program.waitForFinished(240'000));
-        EXPECT_EQ(program.exitCode(), 0) << program.readAllStandardError().toStdString();
-        return QJsonDocument::fromJson(program.readAllStandardOutput()).object();
+        const Outcome outcome = runUntilIdle(QStringList{u"--stats"_s, u"-"_s} + more);
+        said = outcome.errors;
+        EXPECT_EQ(outcome.code, 0) << said.toStdString();
+        return outcome.figures();
     }
     static void expectFigures(const QJsonObject& stats, const Figures& expected) {
         for (const auto& [name, value] : expected)
@@ -51,15 +61,11 @@ protected:
     }
 
     void makePicture(const QString& name, int width = 40) const {
-        const QString file = pictures + u'/' + name;
-        QDir().mkpath(QFileInfo(file).absolutePath());
-        QImage image(width, 30, QImage::Format_RGB32);
-        image.fill(Qt::darkGreen);
-        ASSERT_TRUE(image.save(file));
+        support::writePicture(pictures + u'/' + name, {width, 30});
     }
     QStringList onDisk() const {
         QStringList names;
-        const QStringList filter{QStringLiteral("*.jpg")};
+        const QStringList filter{u"*.jpg"_s};
         QDirIterator iterator(pictures, filter, QDir::Files, QDirIterator::Subdirectories);
         while (iterator.hasNext())
             names.append(iterator.next().mid(pictures.size() + 1));
@@ -68,18 +74,14 @@ protected:
     }
     QStringList rows(const QString& sql, const char* file = "files.db") const {
         FMDatabase db(profile + u'/' + QLatin1StringView(file));
-        QStringList found;
-        if (!db.open()) return found;
-        FMResultSet cursor = db.executeQuery(sql);
-        while (cursor.next())
-            found.append(cursor.stringForColumnIndex(0));
+        if (!db.open()) return {};
+        QStringList found = support::rowsOf(db, sql);
         found.sort();
         return found;
     }
     QStringList inCatalogue() const {
-        return rows(
-            QStringLiteral("select ifnull(Folder.RelativePath||'/','')||FileName from ImageFile "
-                           "join Folder on Folder.Id = FolderId"));
+        return rows(u"select ifnull(Folder.RelativePath||'/','')||FileName from ImageFile "
+                    "join Folder on Folder.Id = FolderId"_s);
     }
     testing::AssertionResult follows() const {
         const auto isInStep = [this] { return inCatalogue() == onDisk(); };
@@ -87,32 +89,21 @@ protected:
             return testing::AssertionSuccess();
         const QStringList known = inCatalogue();
         const QStringList there = onDisk();
-        return testing::AssertionFailure()
-               << "only in the catalogue: " << without(known, there)
-               << "; only on disk: " << without(there, known);
+        return testing::AssertionFailure() << "only in the catalogue: " << without(known, there)
+                                           << "; only on disk: " << without(there, known);
     }
     static std::string without(QStringList names, const QStringList& others) {
         names.removeIf([&others](const QString& name) { return others.contains(name); });
         return names.join(u' ').toStdString();
     }
-    /// Every metadata row has its image, every image its folder and is there once.
     void expectConsistentCatalogue() const {
-        for (const char* table : {"Exif", "Tiff", "GPS", "IPTC", "ExifAux"}) {
-            EXPECT_TRUE(rows(QStringLiteral("select FileId from %1 where FileId not in "
-                                            "(select Id from ImageFile)")
-                                 .arg(QLatin1StringView(table)))
-                            .isEmpty());
-        }
-        EXPECT_TRUE(rows(QStringLiteral("select Id from ImageFile where FolderId not in "
-                                        "(select Id from Folder)"))
-                        .isEmpty());
-        EXPECT_TRUE(rows(QStringLiteral("select FileName from ImageFile group by FolderId,FileName "
-                                        "having count(*) > 1"))
-                        .isEmpty());
+        FMDatabase db(profile + u"/files.db"_s);
+        if (db.open()) support::expectConsistentCatalogue(db);
     }
 
     QTemporaryDir temporary;
-    const QString profile = temporary.filePath(QStringLiteral("profile"));
-    const QString pictures = temporary.filePath(QStringLiteral("pictures"));
+    const QString profile = temporary.filePath(u"profile"_s);
+    const QString pictures = temporary.filePath(u"pictures"_s);
     QProcess program;
+    QByteArray said;
 };

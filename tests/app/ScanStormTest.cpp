@@ -1,49 +1,34 @@
 #include "app/ScanProgram.h"
 
-#include <algorithm>
-#include <random>
-
 namespace {
 
 /// Changes a folder tree at random, as fast as the disk takes it.
-class Storm {
-public:
+struct Storm {
     Storm(QString root, QString elsewhere, QByteArray picture)
         : _root(std::move(root)), _elsewhere(std::move(elsewhere)), _picture(std::move(picture)) {
         QDir().mkpath(_elsewhere);
     }
 
     void operation() {
-        switch (below(20)) {
-        case 0:
-            _folders.append(someFolder() + QStringLiteral("/folder%1").arg(_next++));
-            QDir().mkpath(_root + _folders.back());
-            break;
-        case 1:
-            renameFolder();
-            break;
-        case 2:
-            if (below(4) == 0) removeFolder();
-            break;
-        case 3:
-        case 4:
-        case 5:
-            if (!_files.isEmpty()) QFile::remove(_root + takeFile());
-            break;
-        case 6:
-        case 7:
-        case 8:
-            if (!_files.isEmpty()) moveFile(takeFile());
-            break;
-        case 9:
-            if (!_files.isEmpty()) moveOutAndIn(takeFile());
-            break;
-        case 10:
-            replaceFile();
-            break;
-        default:
+        const unsigned what = below(20);
+        if (what > 10 || (_files.isEmpty() && what > 2))
             create(newName());
-        }
+        else if (what == 0)
+            QDir().mkpath(
+                _root +
+                *_folders.insert(_folders.end(), someFolder() + u"/folder%1"_s.arg(_next++)));
+        else if (what == 1)
+            renameFolder();
+        else if (what == 2)
+            removeFolder();
+        else if (what < 6)
+            QFile::remove(_root + takeFile());
+        else if (what < 9)
+            moveFile(takeFile());
+        else if (what == 9)
+            moveOutAndIn(takeFile());
+        else
+            replaceFile();
     }
 
 private:
@@ -51,7 +36,7 @@ private:
     QString someFolder() {
         return _folders[static_cast<qsizetype>(below(unsigned(_folders.size())))];
     }
-    QString newName() { return someFolder() + QStringLiteral("/%1.jpg").arg(_next++); }
+    QString newName() { return someFolder() + u"/%1.jpg"_s.arg(_next++); }
     QString takeFile() {
         return _files.takeAt(static_cast<qsizetype>(below(unsigned(_files.size()))));
     }
@@ -65,36 +50,32 @@ private:
         if (QFile::rename(_root + name, _root + target)) _files.append(target);
     }
     void moveOutAndIn(const QString& name) {
-        const QString outside = _elsewhere + QStringLiteral("/%1.jpg").arg(_next++);
+        const QString outside = _elsewhere + u"/%1.jpg"_s.arg(_next++);
         if (!QFile::rename(_root + name, outside) || below(2) == 0) return;
         const QString target = newName();
         if (QFile::rename(outside, _root + target)) _files.append(target);
     }
     void replaceFile() {
-        if (_files.isEmpty()) return;
-        const QString outside = _elsewhere + QStringLiteral("/%1.jpg").arg(_next++);
+        const QString outside = _elsewhere + u"/%1.jpg"_s.arg(_next++);
         support::writeFile(outside, _picture + QByteArray(static_cast<int>(below(900)), 'y'));
-        std::rename(
-            QFile::encodeName(outside).constData(),
-            QFile::encodeName(_root + _files.front()).constData());
+        std::rename(qPrintable(outside), qPrintable(_root + _files.front()));
     }
     static void moveBelow(QStringList& paths, const QString& from, const QString& to) {
-        for (QString& path : paths) {
+        for (QString& path : paths)
             if (path == from || path.startsWith(from + u'/')) path = to + path.mid(from.size());
-        }
     }
     void renameFolder() {
         const QString from = someFolder();
         if (from.isEmpty()) return;
         const QString parent = below(2) == 0 ? from.section(u'/', 0, -2) : QString();
-        const QString to = parent + QStringLiteral("/moved%1").arg(_next++);
+        const QString to = parent + u"/moved%1"_s.arg(_next++);
         if (!QFile::rename(_root + from, _root + to)) return;
         moveBelow(_files, from, to);
         moveBelow(_folders, from, to);
     }
     void removeFolder() {
         const QString gone = someFolder();
-        if (gone.isEmpty()) return;
+        if (gone.isEmpty() || below(4) != 0) return;
         QDir(_root + gone).removeRecursively();
         const auto isBelow = [&](const QString& path) {
             return path == gone || path.startsWith(gone + u'/');
@@ -112,18 +93,18 @@ private:
     int _next = 0;
 };
 
-class ScanStormTest : public ScanProgramTest {};
+struct ScanStormTest : ScanProgramTest {};
 
 } // namespace
 
 /// While the program runs: nothing that happens on disk is missed, nothing is taken up twice.
 TEST_F(ScanStormTest, AfterAStormOfFileOperationsTheCatalogueIsWhatTheDiskIs) {
-    makePicture(QStringLiteral("first.jpg"));
-    start({QStringLiteral("--add"), pictures});
+    makePicture(u"first.jpg"_s);
+    start({u"--add"_s, pictures});
     ASSERT_TRUE(follows());
     Storm storm(
-        pictures, temporary.filePath(QStringLiteral("elsewhere")),
-        support::readFile(pictures + QStringLiteral("/first.jpg")));
+        pictures, temporary.filePath(u"elsewhere"_s),
+        support::readFile(pictures + u"/first.jpg"_s));
     const int operations = std::max(2000, qEnvironmentVariableIntValue("VELMORA_STORM"));
     for (int done = 0; done < operations; ++done) {
         storm.operation();
@@ -141,18 +122,15 @@ TEST_F(ScanStormTest, AfterAStormOfFileOperationsTheCatalogueIsWhatTheDiskIs) {
     // What was replaced under its own name shows at the next visit, and then nothing is left to do.
     visit();
     EXPECT_EQ(inCatalogue(), onDisk());
-    QStringList sizes;
-    for (const QString& name : onDisk())
-        sizes.append(
-            QStringLiteral("%1 %2").arg(name).arg(QFileInfo(pictures + u'/' + name).size()));
+    QStringList sizes = support::listed(onDisk(), [&](const auto& name) {
+        return u"%1 %2"_s.arg(name).arg(QFileInfo(pictures + u'/' + name).size());
+    });
     sizes.sort();
     EXPECT_EQ(
-        rows(QStringLiteral("select ifnull(Folder.RelativePath||'/','')||FileName||' '||FileSize "
-                            "from ImageFile join Folder on Folder.Id = FolderId")),
+        rows(u"select ifnull(Folder.RelativePath||'/','')||FileName||' '||FileSize "
+             "from ImageFile join Folder on Folder.Id = FolderId"_s),
         sizes);
     expectConsistentCatalogue();
     expectFigures(
-        visit(), {{QStringLiteral("rows_inserted"), 0},
-                  {QStringLiteral("rows_removed"), 0},
-                  {QStringLiteral("thumbnails_built"), 0}});
+        visit(), {{u"rows_inserted"_s, 0}, {u"rows_removed"_s, 0}, {u"thumbnails_built"_s, 0}});
 }

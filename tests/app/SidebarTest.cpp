@@ -1,18 +1,6 @@
-#include "app/ApplicationController.h"
+#include "app/RunningProgram.h"
 #include "library/PBPathHistory.h"
-#include "platform/Places.h"
 #include "shell/FolderPrompts.h"
-#include "shell/PBMainWindowController.h"
-#include "shell/SourceSidebar.h"
-
-#include "support/Support.h"
-
-#include <QDir>
-#include <QFile>
-#include <QMainWindow>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -21,8 +9,7 @@
 namespace {
 
 /// Notes what the user would be told, and chooses what the test says.
-class NotedPrompts final : public FolderPrompts {
-public:
+struct NotedPrompts final : FolderPrompts {
     void chooseFolder(const QString&, std::function<void(const QString&)> chosen) override {
         chosen(choice);
     }
@@ -35,31 +22,16 @@ public:
 };
 
 /// One run of the program on a profile, with a sidebar of the test's own.
-class Session {
-public:
-    explicit Session(const QString& profile) {
-        platform::Places::setProfile(profile);
-        controller.emplace();
-        controller->awakeFromNib();
-        controller->applicationDidFinishLaunching();
-        sidebar.emplace(*controller, window, prompts, [] {});
-    }
-    ~Session() {
-        sidebar.reset();
-        controller.reset();
-        platform::Places::setProfile({});
-    }
+struct Session : RunningProgram {
+    using RunningProgram::RunningProgram;
+    ~Session() { sidebar.reset(); }
 
-    [[nodiscard]] QString selected() {
-        const auto folder = sidebar->tree().selectedFolder();
-        return folder ? folder->folderPath() : QString();
-    }
+    [[nodiscard]] QString selected() { return selectedFolder(*sidebar); }
     [[nodiscard]] QStringList roots() {
         QStringList shown;
-        for (const auto& category : sidebar->tree().dataSource().shownCategories()) {
+        for (const auto& category : sidebar->tree().dataSource().shownCategories())
             for (const auto& item : category->folderAliasItems())
                 shown.append(item->folderPath());
-        }
         return shown;
     }
     void select(const QString& root, const QString& relativePath = {}) {
@@ -70,10 +42,9 @@ public:
         sidebar->tree().select(*item);
     }
 
-    std::optional<ApplicationController> controller;
     QMainWindow window;
     NotedPrompts prompts;
-    std::optional<SourceSidebar> sidebar;
+    std::optional<SourceSidebar> sidebar{std::in_place, *controller, window, prompts, [] {}};
 };
 
 /// Also while a list of its folders is being read.
@@ -81,28 +52,27 @@ void unplug(const QByteArray& disk) {
     ASSERT_EQ(::umount2(disk.constData(), MNT_DETACH), 0);
 }
 
-class SidebarTest : public testing::Test {
-protected:
+struct SidebarTest : testing::Test {
     QString make(const QString& below) const {
         QDir().mkpath(folder.filePath(below));
         return folder.filePath(below);
     }
     QTemporaryDir folder;
-    const QString profile = folder.filePath(QStringLiteral("profile"));
-    const QString a = make(QStringLiteral("photos/A"));
-    const QString b = make(QStringLiteral("photos/B"));
+    const QString profile = folder.filePath(u"profile"_s);
+    const QString a = make(u"photos/A"_s);
+    const QString b = make(u"photos/B"_s);
 };
 
 TEST_F(SidebarTest, rootsAndSelectionSurviveRestartsRenamesAndDeletion) {
-    make(QStringLiteral("photos/A/x/y"));
+    make(u"photos/A/x/y"_s);
     std::int64_t id = 0;
     {
         Session session(profile);
         EXPECT_TRUE(session.sidebar->commands().addOrSelectFolder(b));
         EXPECT_TRUE(session.sidebar->commands().addOrSelectFolder(a + u'/'));
         EXPECT_EQ(session.selected(), a);
-        session.select(a, QStringLiteral("x/y"));
-        EXPECT_EQ(session.window.windowTitle(), QStringLiteral("y"));
+        session.select(a, u"x/y"_s);
+        EXPECT_EQ(session.window.windowTitle(), u"y"_s);
         id = session.controller->aliasManager().findAliasObjectByPath(a)->aliasId();
     }
     {
@@ -110,7 +80,7 @@ TEST_F(SidebarTest, rootsAndSelectionSurviveRestartsRenamesAndDeletion) {
         EXPECT_EQ(session.roots(), (QStringList{b, a}));
         session.sidebar->selection().doSelectLastFolder();
         // A busy disk brings the folders later.
-        const QString last = a + QStringLiteral("/x/y");
+        const QString last = a + u"/x/y"_s;
         EXPECT_TRUE(support::spinUntil([&] { return session.selected() == last; }));
     }
     ASSERT_TRUE(QFile::rename(a, a + u'2'));
@@ -132,11 +102,9 @@ TEST_F(SidebarTest, addingTwiceIsToldAndAFolderThatIsNoneToo) {
     session.prompts.choice = a;
     session.sidebar->commands().addFolderAlias();
     ASSERT_TRUE(support::spinUntil([&] { return session.selected() == a; }));
-    session.sidebar->addFolders({a, folder.filePath(QStringLiteral("none"))});
+    session.sidebar->addFolders({a, folder.filePath(u"none"_s)});
     ASSERT_TRUE(support::spinUntil([&] { return session.prompts.told.size() == 2; }));
-    EXPECT_EQ(
-        session.prompts.told,
-        (QStringList{u'-' + folder.filePath(QStringLiteral("none")), QStringLiteral("=A")}));
+    EXPECT_EQ(session.prompts.told, (QStringList{u'-' + folder.filePath(u"none"_s), u"=A"_s}));
     EXPECT_EQ(session.roots(), QStringList{a});
     session.prompts.choice.clear();
     session.sidebar->commands().addFolderAlias();
@@ -147,7 +115,7 @@ TEST_F(SidebarTest, addingTwiceIsToldAndAFolderThatIsNoneToo) {
 
 TEST_F(SidebarTest, removedRootInsideAnotherComesBackAsItWas) {
     Session session(profile);
-    const QString inner = make(QStringLiteral("photos/A/inner"));
+    const QString inner = make(u"photos/A/inner"_s);
     for (const QString& root : {a, inner, b})
         session.sidebar->commands().addOrSelectFolder(root);
     PBAliasManager& manager = session.controller->aliasManager();
@@ -168,18 +136,22 @@ TEST_F(SidebarTest, removedRootInsideAnotherComesBackAsItWas) {
 
 TEST_F(SidebarTest, backPassesOverFoldersThatAreGone) {
     Session session(profile);
-    make(QStringLiteral("photos/A/x"));
+    make(u"photos/A/x"_s);
+    session.controller->setFilter(3);
+    session.controller->setSearchString(u"x"_s);
     session.sidebar->commands().addOrSelectFolder(a);
+    EXPECT_EQ(session.controller->filter(), 0U) << "it lasts until the next selection";
+    EXPECT_EQ(session.controller->searchString(), QString());
     session.sidebar->commands().addOrSelectFolder(b);
     PBPathHistory& history = session.controller->pathHistory();
-    session.select(a, QStringLiteral("x"));
+    session.select(a, u"x"_s);
     session.select(b);
     session.sidebar->selection().back();
-    EXPECT_EQ(session.selected(), QString(a + QStringLiteral("/x")));
+    EXPECT_EQ(session.selected(), QString(a + u"/x"_s));
     EXPECT_TRUE(history.canForward());
     session.sidebar->selection().forward();
     EXPECT_EQ(session.selected(), b);
-    QDir().rmdir(a + QStringLiteral("/x"));
+    QDir().rmdir(a + u"/x"_s);
     session.sidebar->tree().dataSource().refreshChilden({}, true);
     session.sidebar->tree().dataSource().reloadData();
     session.sidebar->selection().back();
@@ -188,28 +160,18 @@ TEST_F(SidebarTest, backPassesOverFoldersThatAreGone) {
     EXPECT_EQ(session.selected(), a);
     EXPECT_FALSE(history.canBack());
     session.select(b);
-    EXPECT_FALSE(history.canForward());
-}
-
-TEST_F(SidebarTest, filterLastsUntilTheNextSelection) {
-    Session session(profile);
-    session.controller->setFilter(3);
-    session.controller->setSearchString(QStringLiteral("x"));
-    session.sidebar->commands().addOrSelectFolder(a);
-    EXPECT_EQ(session.controller->filter(), 0U);
-    EXPECT_EQ(session.controller->searchString(), QString());
+    EXPECT_FALSE(history.canForward()) << "what lay ahead is forgotten";
 }
 
 TEST_F(SidebarTest, unpluggedDiskGreysItsRootAndComesBackWithIt) {
-    const QByteArray disk = QFile::encodeName(make(QStringLiteral("disk")));
-    if (::mount("none", disk.constData(), "tmpfs", 0, nullptr) != 0) {
+    const QByteArray disk = QFile::encodeName(make(u"disk"_s));
+    if (::mount("none", disk.constData(), "tmpfs", 0, nullptr) != 0)
         GTEST_SKIP() << "not allowed to mount";
-    }
     // Keeps the file system alive while it is mounted nowhere, as a disk in a drawer is.
     const int drawer = ::open_tree(AT_FDCWD, disk.constData(), OPEN_TREE_CLONE | O_CLOEXEC);
     ASSERT_GE(drawer, 0);
-    const QString root = make(QStringLiteral("disk/photos"));
-    make(QStringLiteral("disk/photos/sub/deep"));
+    const QString root = make(u"disk/photos"_s);
+    make(u"disk/photos/sub/deep"_s);
     {
         Session session(profile);
         // The program's own sidebar is the one that hears of volumes.
@@ -218,12 +180,10 @@ TEST_F(SidebarTest, unpluggedDiskGreysItsRootAndComesBackWithIt) {
         EXPECT_TRUE(sidebar.commands().addOrSelectFolder(root));
         const auto item = std::dynamic_pointer_cast<PBFolderAliasItem>(tree.selectedItem());
         ASSERT_TRUE(item);
-        const auto sub = [&] {
-            return item->childFolderWithFolderName(QStringLiteral("sub"), true);
-        };
+        const auto sub = [&] { return item->childFolderWithFolderName(u"sub"_s, true); };
         ASSERT_TRUE(support::spinUntil([&] { return sub() != nullptr; }));
         const auto deep = [&] {
-            return sub() ? sub()->childFolderWithFolderName(QStringLiteral("deep"), true) : nullptr;
+            return sub() ? sub()->childFolderWithFolderName(u"deep"_s, true) : nullptr;
         };
         ASSERT_TRUE(support::spinUntil([&] { return deep() != nullptr; }));
         tree.select(*deep());
@@ -232,7 +192,7 @@ TEST_F(SidebarTest, unpluggedDiskGreysItsRootAndComesBackWithIt) {
         unplug(disk);
         EXPECT_TRUE(support::spinUntil([&] { return !item->aliasObject()->isMounted(); }));
         EXPECT_FALSE(tree.selectedItem());
-        EXPECT_EQ(item->displayName(), QStringLiteral("photos"));
+        EXPECT_EQ(item->displayName(), u"photos"_s);
         EXPECT_TRUE(item->children().empty());
 
         ASSERT_EQ(::move_mount(drawer, "", AT_FDCWD, disk.constData(), MOVE_MOUNT_F_EMPTY_PATH), 0);

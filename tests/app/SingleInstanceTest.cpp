@@ -2,16 +2,8 @@
 
 #include "support/Support.h"
 
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <thread>
-
 #include <sys/wait.h>
 #include <unistd.h>
-
-namespace {
 
 TEST(SingleInstanceTest, laterStartHandsItsRequestOver) {
     const QTemporaryDir folder;
@@ -28,12 +20,12 @@ TEST(SingleInstanceTest, laterStartHandsItsRequestOver) {
     std::atomic<int> outcome = -1;
     std::jthread later([&] {
         SingleInstance second;
-        outcome = static_cast<int>(second.take(folder.path(), {many, {QStringLiteral("/a")}}));
+        outcome = static_cast<int>(second.take(folder.path(), {many, {u"/a"_s}}));
     });
     ASSERT_TRUE(support::spinUntil([&] { return outcome >= 0; }));
     EXPECT_EQ(outcome, static_cast<int>(SingleInstance::Outcome::HandedOver));
     EXPECT_EQ(paths, many);
-    EXPECT_EQ(added, QStringList{QStringLiteral("/a")});
+    EXPECT_EQ(added, QStringList{u"/a"_s});
 }
 
 TEST(SingleInstanceTest, whoAsksGetsTheStateOfTheFirstAndNothingElseHappens) {
@@ -71,16 +63,3 @@ TEST(SingleInstanceTest, lockGoesWithTheProcessThatHeldIt) {
     SingleInstance next;
     EXPECT_EQ(next.take(folder.path(), {}), SingleInstance::Outcome::First);
 }
-
-TEST(SingleInstanceTest, foldersAreHeldApartAndOneThatCannotBeLockedIsTaken) {
-    const QTemporaryDir folder;
-    const QTemporaryDir other;
-    SingleInstance one;
-    SingleInstance two;
-    SingleInstance three;
-    EXPECT_EQ(one.take(folder.path(), {}), SingleInstance::Outcome::First);
-    EXPECT_EQ(two.take(other.path(), {}), SingleInstance::Outcome::First);
-    EXPECT_EQ(three.take(QStringLiteral("/proc/no/such"), {}), SingleInstance::Outcome::First);
-}
-
-} // namespace

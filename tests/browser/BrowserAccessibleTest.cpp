@@ -1,40 +1,25 @@
-#include "BrowserTree.h"
-#include "FakeServices.h"
-
-#include "browser/PBImageBrowserScrollView.h"
-#include "browser/PBImageBrowserView.h"
+#include "BrowserViewFixture.h"
 
 #include <QAccessible>
 
-#include <gtest/gtest.h>
-
 namespace {
 
-class BrowserAccessibleTest : public ::testing::Test {
-protected:
+struct BrowserAccessibleTest : BrowserViewTest {
     BrowserAccessibleTest() {
         QAccessible::setActive(true);
-        scrollView.resize(600, 500);
-        scrollView.show();
-        view.setLeafGroupItemArray(tree.leaves());
-        view.reloadData();
+        show({3, 4, 200});
     }
     ~BrowserAccessibleTest() override { QAccessible::setActive(false); }
-    QAccessibleInterface* list() { return QAccessible::queryAccessibleInterface(&view); }
-
-    FakeServices services;
-    BrowserTree tree{3, 4, 200};
-    PBImageBrowserScrollView scrollView{services};
-    PBImageBrowserView view{scrollView, services};
+    QAccessibleInterface* list() { return QAccessible::queryAccessibleInterface(view.get()); }
 };
 
 TEST_F(BrowserAccessibleTest, itemsHaveNamesPlacesAndStates) {
     ASSERT_TRUE(list());
     EXPECT_EQ(list()->role(), QAccessible::List);
     EXPECT_EQ(list()->childCount(), 207);
-    tree.item(1, 1)->setStar(3);
-    tree.item(1, 1)->setFlagged(true);
-    view.GotoIndex({1, 1});
+    tree->item(1, 1)->setStar(3);
+    tree->item(1, 1)->setFlagged(true);
+    view->GotoIndex({1, 1});
     QAccessibleInterface* item = list()->child(4);
     ASSERT_TRUE(item);
     EXPECT_EQ(item, list()->child(4)); // the same one each time
@@ -52,12 +37,12 @@ TEST_F(BrowserAccessibleTest, itemsHaveNamesPlacesAndStates) {
 
 TEST_F(BrowserAccessibleTest, foldedLeavesHaveNoItemsAndASwapForgetsThem) {
     EXPECT_EQ(list()->child(3)->text(QAccessible::Name), u"b0");
-    tree.data(1).setIsCollapsedForBrowser(true);
-    view.reloadData();
+    tree->data(1).setIsCollapsedForBrowser(true);
+    view->reloadData();
     EXPECT_EQ(list()->childCount(), 203);
     EXPECT_EQ(list()->child(3)->text(QAccessible::Name), u"c0");
-    view.setLeafGroupItemArray({});
-    view.reloadData();
+    view->setLeafGroupItemArray({});
+    view->reloadData();
     EXPECT_EQ(list()->childCount(), 0);
     EXPECT_EQ(list()->child(0), nullptr);
 }

@@ -1,17 +1,12 @@
 #include "FakeLeaves.h"
 
 #include "image/codec/Geometry.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
+#include "support/Support.h"
 
 namespace {
 
 /// The same geometry without anything kept, walked from the top each time.
-class PlainModel {
-public:
+struct PlainModel {
     PlainModel(const FakeLeaves& leaves, const BrowserLayout& layout)
         : _leaves(leaves), _metrics(layout.metrics()), _columns(layout.cellColumn()) {}
 
@@ -46,66 +41,37 @@ public:
     }
     BrowserRange range(double topLine, double bottomLine) const {
         BrowserRange range;
+        const auto beginHere = [&](double limit, PBImageBrowserIndex index) {
+            if (range.begin.group < 0 && limit > topLine) range.begin = index;
+        };
+        const auto endHere = [&](bool isReached, PBImageBrowserIndex index) {
+            if (range.end.group < 0 && isReached) range.end = index;
+        };
         double y = 0;
-        bool hasBegin = false;
-        bool hasEnd = false;
         for (std::int64_t group = 0; group < _leaves.leafCount(); ++group) {
-            if (!hasBegin) range.groupPos = y;
+            if (range.begin.group < 0) range.groupPos = y;
             y += 23;
-            if (!hasBegin && y > topLine) {
-                range.begin = {group, -1};
-                hasBegin = true;
+            beginHere(y, {group, -1});
+            endHere(y >= bottomLine, {group, -1});
+            const std::int64_t count = _leaves.imageFileCount(group);
+            if (_leaves.leaf(group).isCollapsed || count == 0) continue;
+            endHere(y + space() > bottomLine, {group, -2});
+            for (std::int64_t first = 0; first < count; first += _columns) {
+                y += rowHeight(group, first / _columns) + space();
+                beginHere(y, {group, first});
+                endHere(y + space() > bottomLine, {group, std::min(first + _columns, count) - 1});
             }
-            if (!hasEnd && y >= bottomLine) {
-                range.end = {group, -1};
-                hasEnd = true;
-            }
-            if (hasBegin && hasEnd) return range;
-            if (_leaves.leaf(group).isCollapsed) continue;
-            const double end = y + groupHeight(group);
-            if (!hasBegin && end > topLine) {
-                const std::int64_t row = beginRow(group, topLine - y);
-                range.begin = {group, row < 0 ? -2 : row * _columns};
-                hasBegin = true;
-            }
-            if (!hasEnd && end >= bottomLine) {
-                const std::int64_t row = endRow(group, bottomLine - y);
-                const std::int64_t last = _leaves.imageFileCount(group) - 1;
-                range.end = {group, row < 0 ? -2 : std::min((row + 1) * _columns - 1, last)};
-                hasEnd = true;
-            }
-            y = end;
-            if (hasBegin && hasEnd) return range;
+            y += space();
+            beginHere(y, {group, -2});
+            endHere(y >= bottomLine, {group, count - 1});
         }
         const std::int64_t last = _leaves.leafCount() - 1;
-        if (hasBegin) range.end = {last, _leaves.imageFileCount(last) - 1};
+        if (range.begin.group >= 0) endHere(true, {last, _leaves.imageFileCount(last) - 1});
         return range;
     }
 
 private:
     double space() const { return _metrics.cellSpace(); }
-    std::int64_t rows(std::int64_t group) const {
-        return (_leaves.imageFileCount(group) + _columns - 1) / _columns;
-    }
-    std::int64_t beginRow(std::int64_t group, double line) const {
-        if (line < 0) return 0;
-        double sum = 0;
-        for (std::int64_t row = 0; row < rows(group); ++row) {
-            sum += rowHeight(group, row) + space();
-            if (sum > line) return row;
-        }
-        return -1;
-    }
-    std::int64_t endRow(std::int64_t group, double line) const {
-        line -= space();
-        if (line < 0) return -1;
-        double sum = 0;
-        for (std::int64_t row = 0; row < rows(group); ++row) {
-            sum += rowHeight(group, row) + space();
-            if (sum > line) return row;
-        }
-        return rows(group) - 1;
-    }
 
     const FakeLeaves& _leaves;
     BrowserMetrics _metrics;

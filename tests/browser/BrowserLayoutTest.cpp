@@ -1,14 +1,12 @@
 #include "FakeLeaves.h"
-
-#include <gtest/gtest.h>
+#include "support/Support.h"
 
 namespace {
 
 constexpr QSizeF landscape(3000, 2000);
 constexpr QSizeF portrait(2000, 3000);
 
-class BrowserLayoutTest : public ::testing::Test {
-protected:
+struct BrowserLayoutTest : ::testing::Test {
     /// Three columns of the default size.
     void show(std::vector<FakeLeaves::Leaf> all, double width = 3 * 166 + 4 * 15) {
         leaves.leaves = std::move(all);
@@ -25,28 +23,13 @@ protected:
     BrowserLayout layout;
 };
 
-TEST_F(BrowserLayoutTest, theNumbersFollowTheThumbnailSize) {
-    struct Case {
-        double size, space, dash, width;
-    };
-    for (const Case& each : {Case{64, 10, 2, 70}, Case{160, 15, 3, 166}, Case{256, 20, 4, 262}}) {
-        const BrowserMetrics metrics{.thumbnailSize = each.size};
-        EXPECT_EQ(metrics.cellSpace(), each.space);
-        EXPECT_EQ(metrics.dashWidth(), each.dash);
-        EXPECT_EQ(metrics.cellWidth(), each.width);
-    }
-}
-
 TEST_F(BrowserLayoutTest, theSizeSliderHasAFlatMiddleAndReachesBothEnds) {
-    struct Case {
-        double slider, size;
-    };
-    for (const Case& each :
-         {Case{0, 64}, Case{44, 158}, Case{45, 160}, Case{55, 160}, Case{56, 162}, Case{100, 256}})
-        EXPECT_EQ(sliderToThumbSize(each.slider), each.size) << each.slider;
-    for (const Case& each :
-         {Case{0, 64}, Case{50, 160}, Case{100, 256}, Case{44, 158}, Case{56, 162}})
-        EXPECT_EQ(thumbSizeToSlider(each.size), each.slider) << each.size;
+    const std::pair<double, double> cases[] = {{0, 64},   {44, 158}, {45, 160},
+                                               {55, 160}, {56, 162}, {100, 256}};
+    for (const auto& [slider, size] : cases) {
+        EXPECT_EQ(sliderToThumbSize(slider), size) << slider;
+        EXPECT_EQ(thumbSizeToSlider(size), size == 160 ? 50 : slider) << size;
+    }
 }
 
 TEST_F(BrowserLayoutTest, columnsStayWhenTheScrollerAppears) {
@@ -59,37 +42,6 @@ TEST_F(BrowserLayoutTest, columnsStayWhenTheScrollerAppears) {
     layout.setWidth(100, 14);
     EXPECT_EQ(layout.cellColumn(), 1);
     EXPECT_LT(layout.cellHSpace(), 0);
-}
-
-TEST_F(BrowserLayoutTest, aRowIsAsTallAsItsTallestImageNeeds) {
-    show({{{landscape, portrait, landscape, landscape, {}, {20, 20}, {0, 100}}, false}});
-    EXPECT_EQ(layout.heightAtRow(0, 0), 160 + 6 + 45);
-    EXPECT_EQ(layout.heightAtRow(0, 1), 107 + 6 + 45);
-    EXPECT_EQ(layout.heightAtRow(0, 2), 30 + 6 + 45); // no size at all
-    EXPECT_EQ(layout.contentHeight(), 23 + 15 + (211 + 15) + (158 + 15) + (81 + 15));
-    layout.setMetrics({.style = BrowserMetrics::EnlargeSmallPhoto});
-    EXPECT_EQ(layout.heightAtRow(0, 1), 160 + 6); // the small square fills its place
-}
-
-TEST_F(BrowserLayoutTest, emptyLeavesAndFoldedOnesAreNothingButTheirHeads) {
-    show({leafOf(0), leafOf(7, landscape, true), leafOf(1)});
-    EXPECT_EQ(layout.groupHeight(0), 0);
-    EXPECT_EQ(layout.groupItemPosition(2), 46);
-    EXPECT_EQ(layout.groupItemPosition(3), -1);
-    show({});
-    EXPECT_EQ(layout.contentHeight(), 0);
-    EXPECT_FALSE(layout.visibleRange(0, 100).isComplete());
-}
-
-TEST_F(BrowserLayoutTest, partsOfACellStackUpFromItsBottom) {
-    show({leafOf(1)});
-    const QRectF cell(100, 200, 166, 158);
-    EXPECT_EQ(layout.thumbnailRectWithCellRect(cell), QRectF(103, 203, 160, 107));
-    EXPECT_EQ(layout.fileSizeRectWithCellRect(cell), QRectF(100, 344, 166, 14));
-    EXPECT_EQ(layout.imageSizeRectWithCellRect(cell), QRectF(100, 329, 166, 14));
-    EXPECT_EQ(layout.fileNameRectWithCellRect(cell), QRectF(100, 314, 166, 14));
-    layout.setMetrics({.style = BrowserMetrics::FileName});
-    EXPECT_EQ(layout.fileNameRectWithCellRect(cell), QRectF(100, 344, 166, 14));
 }
 
 TEST_F(BrowserLayoutTest, aPointHitsAPartOfACellOrNothing) {
@@ -128,22 +80,22 @@ TEST_F(BrowserLayoutTest, smallImagesHaveATargetThatCanBeHit) {
 TEST_F(BrowserLayoutTest, stepsSkipFoldedAndEmptyLeaves) {
     show({leafOf(0), leafOf(5), leafOf(4, landscape, true), leafOf(2)});
     using Index = PBImageBrowserIndex;
-    EXPECT_EQ(layout.nextIndex({}), (Index{1, 0}));
-    EXPECT_EQ(layout.nextIndex({1, 4}), (Index{3, 0}));
-    EXPECT_EQ(layout.nextIndex({3, 1}), Index{});
-    EXPECT_EQ(layout.nextIndex({2, 1}), (Index{3, 0})); // from within a folded one
-    EXPECT_EQ(layout.nextIndex({9, 0}), Index{});
-    EXPECT_EQ(layout.prevIndex({}), (Index{3, 1}));
-    EXPECT_EQ(layout.prevIndex({3, 0}), (Index{1, 4}));
-    EXPECT_EQ(layout.prevIndex({1, 0}), Index{});
-    EXPECT_EQ(layout.colNextIndex({1, 2}), (Index{1, 4})); // the last row is shorter
-    EXPECT_EQ(layout.colNextIndex({1, 3}), (Index{3, 0}));
-    EXPECT_EQ(layout.colNextIndex({1, 4}), (Index{3, 1}));
-    EXPECT_EQ(layout.colNextIndex({3, 0}), Index{});
-    EXPECT_EQ(layout.colPrevIndex({3, 1}), (Index{1, 4}));
-    EXPECT_EQ(layout.colPrevIndex({3, 0}), (Index{1, 3}));
-    EXPECT_EQ(layout.colPrevIndex({1, 4}), (Index{1, 1}));
-    EXPECT_EQ(layout.colPrevIndex({1, 2}), Index{});
+    using Step = Index (BrowserLayout::*)(const Index&) const;
+    const auto check = [&](Step step, std::initializer_list<std::pair<Index, Index>> cases) {
+        for (const auto& [from, to] : cases)
+            EXPECT_EQ((layout.*step)(from), to) << from.group << ' ' << from.item;
+    };
+    check(
+        &BrowserLayout::nextIndex,
+        {{{}, {1, 0}}, {{1, 4}, {3, 0}}, {{3, 1}, {}}, {{2, 1}, {3, 0}}, {{9, 0}, {}}});
+    check(&BrowserLayout::prevIndex, {{{}, {3, 1}}, {{3, 0}, {1, 4}}, {{1, 0}, {}}});
+    // The last row is shorter.
+    check(
+        &BrowserLayout::colNextIndex,
+        {{{1, 2}, {1, 4}}, {{1, 3}, {3, 0}}, {{1, 4}, {3, 1}}, {{3, 0}, {}}});
+    check(
+        &BrowserLayout::colPrevIndex,
+        {{{3, 1}, {1, 4}}, {{3, 0}, {1, 3}}, {{1, 4}, {1, 1}}, {{1, 2}, {}}});
     show({leafOf(3, landscape, true)});
     EXPECT_EQ(layout.nextIndex({}), Index{});
     EXPECT_EQ(layout.prevIndex({}), Index{});
@@ -201,12 +153,6 @@ TEST_F(BrowserLayoutTest, sheetsMayBeTallerThanAnInt) {
     EXPECT_GT(last.top(), 2147483648.0);
     const BrowserRange range = layout.visibleRange(last.top() + 1, last.top() + 2);
     EXPECT_EQ(range.begin, (PBImageBrowserIndex{0, 2999}));
-}
-
-TEST_F(BrowserLayoutTest, comparesIndexesWithTheUnusualSign) {
-    EXPECT_EQ(compareIndex({0, 1}, {0, 2}), 1);
-    EXPECT_EQ(compareIndex({1, 0}, {0, 2}), -1);
-    EXPECT_EQ(compareIndex({1, 0}, {1, 0}), 0);
 }
 
 } // namespace

@@ -1,19 +1,16 @@
 #pragma once
 
 #include "browser/BrowserLeafList.h"
-
-#include <memory>
-#include <vector>
+#include "support/Support.h"
 
 /// A tree of folders with images of 3000 x 2000, named after their folder and number: "a0", "a1" …
-class BrowserTree {
-public:
+struct BrowserTree {
     explicit BrowserTree(std::initializer_list<int> counts) {
         char letter = 'a';
         for (const int count : counts) {
             const QString name = QString(QChar::fromLatin1(letter++));
-            tree.push_back(PBGroupItem::groupItemWithParent(
-                nullptr, 5, PBValue(QStringLiteral("/photos/") + name)));
+            tree.push_back(
+                PBGroupItem::groupItemWithParent(nullptr, 5, PBValue(u"/photos/"_s + name)));
             for (int index = 0; index < count; ++index)
                 add(static_cast<int>(tree.size()) - 1, name + QString::number(index));
             // A leaf stays one when it is empty.

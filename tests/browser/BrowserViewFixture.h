@@ -5,6 +5,7 @@
 
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserView.h"
+#include "support/Support.h"
 #include "ui/PBModalTextField.h"
 
 #include <QApplication>
@@ -12,8 +13,6 @@
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPointingDevice>
-
-#include <gtest/gtest.h>
 
 inline QImage plain(QColor color, QSize size = {300, 200}) {
     QImage image(size, QImage::Format_ARGB32_Premultiplied);
@@ -23,8 +22,7 @@ inline QImage plain(QColor color, QSize size = {300, 200}) {
 
 /// The real view, without a display, over a tree of a test's own; driven by events like those of
 /// Qt.
-class BrowserViewTest : public ::testing::Test {
-protected:
+struct BrowserViewTest : ::testing::Test {
     void show(std::initializer_list<int> counts) {
         tree = std::make_unique<BrowserTree>(counts);
         view = std::make_unique<PBImageBrowserView>(scrollView, services);

@@ -1,12 +1,10 @@
 #pragma once
 
 #include "browser/BrowserLayout.h"
-
-#include <vector>
+#include "support/Support.h"
 
 /// Leaves that are nothing but sizes.
-class FakeLeaves final : public BrowserLeaves {
-public:
+struct FakeLeaves final : BrowserLeaves {
     struct Leaf {
         std::vector<QSizeF> sizes;
         bool isCollapsed = false;
@@ -36,8 +34,7 @@ public:
     mutable std::int64_t measured = 0; ///< how many sizes were asked for
 };
 
-class FakeTextWidths final : public BrowserTextWidths {
-public:
+struct FakeTextWidths final : BrowserTextWidths {
     double fileNameWidth(const PBImageBrowserIndex&) const override { return 80; }
     double fileSizeWidth(const PBImageBrowserIndex&) const override { return 40; }
     double imageSizeWidth() const override { return 60; }

@@ -4,17 +4,15 @@
 #include "group/PBImageFileItem.h"
 #include "image/PBThumbnailBufferManager.h"
 #include "platform/OperationQueue.h"
+#include "support/Support.h"
 
 #include <QColor>
 #include <QHash>
 
-#include <atomic>
 #include <mutex>
-#include <set>
 
 /// Thumbnails by file id; counts who asked for them.
-class FakeThumbnails final : public ThumbnailLoader {
-public:
+struct FakeThumbnails final : ThumbnailLoader {
     QImage loadThumbnail(const PBImageFileItem& item) override {
         const std::scoped_lock lock(mutex);
         ++loads;
@@ -30,8 +28,7 @@ public:
 };
 
 /// A build of the build queue, as far as the browser can see.
-class FakeBuild final : public platform::Operation {
-public:
+struct FakeBuild final : platform::Operation {
     explicit FakeBuild(qint64 id) : fileId(id) {}
     const qint64 fileId;
 
@@ -39,8 +36,7 @@ protected:
     void main() override {}
 };
 
-class FakeServices final : public BrowserServices, public group::FolderPaths {
-public:
+struct FakeServices final : BrowserServices, group::FolderPaths {
     FakeServices() { buildQueue.setSuspended(true); }
     ThumbnailLoader& thumbnailLoader() override { return thumbnails; }
     ThumbnailLoader& preloadThumbnailLoader() override { return preloaded; }
@@ -54,12 +50,12 @@ public:
     const group::FolderPaths& folderPaths() const override { return *this; }
     QString tagWithTagId(qint64) const override { return {}; }
     bool isLargeView() const override { return largeView; }
-    QString pathOfFolderId(qint64) const override { return QStringLiteral("/photos"); }
+    QString pathOfFolderId(qint64) const override { return u"/photos"_s; }
 
     FakeThumbnails thumbnails;
     FakeThumbnails preloaded;
     PBThumbnailBufferManager buffer{200};
     bool largeView = false;
-    platform::OperationQueue buildQueue{QStringLiteral("build")};
-    platform::OperationQueue preloadQueue{QStringLiteral("preload")}; // ends before the loaders
+    platform::OperationQueue buildQueue{u"build"_s};
+    platform::OperationQueue preloadQueue{u"preload"_s}; // ends before the loaders
 };

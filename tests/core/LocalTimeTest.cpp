@@ -1,32 +1,7 @@
 #include "core/LocalTime.h"
-
-#include <gtest/gtest.h>
+#include "support/Support.h"
 
 #include <QDateTime>
-
-#include <ctime>
-#include <random>
-
-namespace {
-
-class TimeZone {
-public:
-    explicit TimeZone(const char* zone) : _before(qgetenv("TZ")) {
-        qputenv("TZ", zone);
-        tzset();
-    }
-    ~TimeZone() {
-        if (_before.isNull()) {
-            qunsetenv("TZ");
-        } else {
-            qputenv("TZ", _before);
-        }
-        tzset();
-    }
-
-private:
-    const QByteArray _before;
-};
 
 /// Zones with and without summer time, far off UTC on both sides, with changes at midnight and by
 /// half an hour.
@@ -35,7 +10,7 @@ TEST(LocalTimeTest, agreesWithTheSystemInEveryZone) {
     for (const char* name :
          {"UTC", "Europe/Berlin", "America/St_Johns", "Pacific/Kiritimati", "Pacific/Pago_Pago",
           "Asia/Kathmandu", "Australia/Lord_Howe", "America/Santiago", "Africa/Casablanca"}) {
-        const TimeZone zone(name);
+        const support::TimeZone zone(name);
         for (int round = 0; round < 3000; ++round) {
             // Half of them in one year, so that its days of change are met.
             const qint64 seconds =
@@ -55,5 +30,3 @@ TEST(LocalTimeTest, yearsFarAwayDoNoHarm) {
     for (const qint64 seconds : {qint64(-250'000'000'000), qint64(250'000'000'000), qint64(-1)})
         EXPECT_TRUE(PBUtilities::localDateOf(seconds).isValid()) << seconds;
 }
-
-} // namespace

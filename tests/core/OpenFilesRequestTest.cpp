@@ -2,35 +2,29 @@
 
 #include "support/Support.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 /// Paths that end in "/" are folders, those with an "x" in their name are missing. Folders come out
 /// with a "/" behind, or with their files in brackets; the file in focus has a star.
 QString reduced(const QStringList& paths) {
-    QStringList clean;
-    for (const QString& path : paths)
-        clean.append(path.endsWith(u'/') ? path.chopped(1) : path);
+    QStringList clean = support::listed(
+        paths, [](const auto& path) { return path.endsWith(u'/') ? path.chopped(1) : path; });
     const auto request = OpenFilesRequest::reduce(clean, [&](const QString& path) {
         using Kind = OpenFilesRequest::Kind;
         if (path.contains(u'x')) return Kind::Missing;
         return paths.contains(path + u'/') ? Kind::Folder : Kind::File;
     });
-    if (!request) return QStringLiteral("none");
+    if (!request) return u"none"_s;
     QStringList told;
     for (const auto& folder : request->folders) {
-        QStringList names;
-        for (const auto& file : folder->fileArray)
-            names.append(file->fileName);
+        QStringList names =
+            support::listed(folder->fileArray, [](const auto& file) { return file->fileName; });
         if (folder->focusOpenFileObj) names.append(u'*' + folder->focusOpenFileObj->fileName);
         told.append(
-            folder->folderPath +
-            (names.isEmpty() ? QStringLiteral("/") : QStringLiteral("(%1)").arg(names.join(u' '))));
+            folder->folderPath + (names.isEmpty() ? u"/"_s : u"(%1)"_s.arg(names.join(u' '))));
     }
-    return QStringLiteral("%1 in %2%3")
-        .arg(told.join(u' '), request->ancestor)
-        .arg(request->isAncestorUnnamed ? QStringLiteral(" unnamed") : QString());
+    return u"%1 in %2%3"_s.arg(told.join(u' '), request->ancestor)
+        .arg(request->isAncestorUnnamed ? u" unnamed"_s : QString());
 }
 
 TEST(OpenFilesRequestTest, pathsComeDownToFoldersFilesAndOneAncestor) {
@@ -49,13 +43,12 @@ TEST(OpenFilesRequestTest, pathsComeDownToFoldersFilesAndOneAncestor) {
         {"/p/q/a.jpg /p/r/", "/p/q(a.jpg) /p/r/ in /p unnamed"},
         {"/m/a/ /n/b/", "/m/a/ /n/b/ in / unnamed"},
         {"/x/a.jpg /p/a.jpg", "/p(*a.jpg) in /p unnamed"},
-        {"/x /p/x.jpg", "none"},
-    };
+        {"/x /p/x.jpg", "none"}};
     for (const auto& [paths, expected] : rows) {
         const QStringList asked = QString::fromLatin1(paths).split(u' ');
         EXPECT_EQ(reduced(asked), QString::fromLatin1(expected)) << paths;
     }
-    EXPECT_EQ(reduced({}), QStringLiteral("none"));
+    EXPECT_EQ(reduced({}), u"none"_s);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "core/PBOpenFiles.h"
-
-#include <gtest/gtest.h>
+#include "support/Support.h"
 
 namespace {
 
@@ -25,20 +24,18 @@ bool fileMatches(
 } // namespace
 
 TEST(PBOpenFilesTest, FoldersMatchByPathOnceAndThenByTheirIds) {
-    PBOpenFiles files({folderOf("/a", {}), folderOf("/b/c", {QStringLiteral("x.jpg")})});
+    PBOpenFiles files({folderOf("/a", {}), folderOf("/b/c", {u"x.jpg"_s})});
     struct Case {
         std::int64_t id;
         const char* path;
         int kind;
     };
     // The second round answers by id: the paths no longer say anything.
-    for (const bool byId : {false, true}) {
+    for (const bool byId : {false, true})
         for (const auto& [id, path, kind] :
              {Case{30, "/A", 0}, Case{7, "/a/deep/er", 1}, Case{9, "/b/C", 0},
-              Case{3, "/b/c/d", -1}, Case{5, "/b", -1}, Case{1, "/ab", -1}}) {
+              Case{3, "/b/c/d", -1}, Case{5, "/b", -1}, Case{1, "/ab", -1}})
             EXPECT_EQ(kindOf(files, id, byId ? "/nowhere" : path), kind) << path << byId;
-        }
-    }
     EXPECT_EQ(kindOf(files, 0, "/a"), 0);
     EXPECT_EQ(kindOf(files, 0, "/nowhere"), -1);
     const auto match = files.matchFolder(9, {});
@@ -51,8 +48,7 @@ TEST(PBOpenFilesTest, FoldersMatchByPathOnceAndThenByTheirIds) {
 }
 
 TEST(PBOpenFilesTest, AFileBelongsByItsNameUntilItsIdIsKnown) {
-    PBOpenFiles files(
-        {folderOf("/a", {QStringLiteral("x.jpg"), QStringLiteral("y.jpg")}), folderOf("/w", {})});
+    PBOpenFiles files({folderOf("/a", {u"x.jpg"_s, u"y.jpg"_s}), folderOf("/w", {})});
     EXPECT_TRUE(fileMatches(files, 4, "/a", 12, "X.JPG"));
     EXPECT_FALSE(fileMatches(files, 4, "/a", 13, "z.jpg"));
     EXPECT_TRUE(fileMatches(files, 4, "/a", 11, "y.jpg"));

@@ -2,19 +2,8 @@
 
 #include "support/Support.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-
-namespace {
-
 TEST(PathsTest, pathsCompareByWholeComponentsWithoutCase) {
-    struct Row {
-        const char16_t* path;
-        const char16_t* other;
-        int expected;
-    };
-    const Row rows[] = {
+    const std::tuple<const char16_t*, const char16_t*, int> rows[] = {
         {u"/Photos/", u"/photos", 0},
         {u"", u"", 0},
         {u"/", u"/", 0},
@@ -28,44 +17,31 @@ TEST(PathsTest, pathsCompareByWholeComponentsWithoutCase) {
         {u"/a/b/c/", u"/a/b", -1},
         {u"a/b", u"/a/b", -2},
         {u"/Ärger", u"/ärger/x", 1},
-        {u"//a///b", u"/a/b", 0},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(QString::fromUtf16(row.path).toStdString());
-        EXPECT_EQ(PBUtilities::comparePath(row.path, row.other), row.expected);
-    }
+        {u"//a///b", u"/a/b", 0}};
+    for (const auto& [path, other, expected] : rows)
+        EXPECT_EQ(PBUtilities::comparePath(path, other), expected)
+            << qPrintable(QStringView(path).toString());
     EXPECT_EQ(PBUtilities::compareURL(QUrl(), QUrl()), 0);
-    EXPECT_EQ(PBUtilities::compareURL(QUrl(), QUrl::fromLocalFile(QStringLiteral("/a"))), -2);
-}
-
-TEST(PathsTest, componentsAreTakenApartAndJoined) {
-    using PBUtilities::pathComponents;
-    using PBUtilities::pathWithComponents;
-    EXPECT_EQ(pathComponents(u"/"), QStringList{QStringLiteral("/")});
-    EXPECT_EQ(pathComponents(u""), QStringList());
-    const QStringList parts{QStringLiteral("/"), QStringLiteral("a"), QStringLiteral("b c")};
-    EXPECT_EQ(pathComponents(u"/a//b c/"), parts);
-    EXPECT_EQ(pathWithComponents(parts), QStringLiteral("/a/b c"));
-    EXPECT_EQ(pathWithComponents(parts.mid(1)), QStringLiteral("a/b c"));
+    EXPECT_EQ(PBUtilities::compareURL(QUrl(), QUrl::fromLocalFile(u"/a"_s)), -2);
 }
 
 TEST(PathsTest, ancestorIsTheDeepestCommonFolder) {
     using PBUtilities::ancestorOfPath;
-    EXPECT_EQ(ancestorOfPath(u"/A/b/c", u"/a/B/d"), QStringLiteral("/A/b"));
-    EXPECT_EQ(ancestorOfPath(u"/a", u"/b"), QStringLiteral("/"));
-    EXPECT_EQ(ancestorOfPath(u"", u"/b"), QStringLiteral("/"));
-    EXPECT_EQ(ancestorOfPath(u"x/y", u"z"), QStringLiteral("/"));
-    EXPECT_EQ(ancestorOfPath(u"/a/b/", u"/a/b"), QStringLiteral("/a/b"));
+    EXPECT_EQ(ancestorOfPath(u"/A/b/c", u"/a/B/d"), u"/A/b"_s);
+    EXPECT_EQ(ancestorOfPath(u"/a", u"/b"), u"/"_s);
+    EXPECT_EQ(ancestorOfPath(u"", u"/b"), u"/"_s);
+    EXPECT_EQ(ancestorOfPath(u"x/y", u"z"), u"/"_s);
+    EXPECT_EQ(ancestorOfPath(u"/a/b/", u"/a/b"), u"/a/b"_s);
 }
 
 TEST(PathsTest, listsOfPathsAreEqualInAnyOrderAndCase) {
     using PBUtilities::isEqualPathArray;
-    const QStringList one{QStringLiteral("/b"), QStringLiteral("/A")};
-    EXPECT_TRUE(isEqualPathArray(one, {QStringLiteral("/a"), QStringLiteral("/B")}));
+    const QStringList one{u"/b"_s, u"/A"_s};
+    EXPECT_TRUE(isEqualPathArray(one, {u"/a"_s, u"/B"_s}));
     EXPECT_TRUE(isEqualPathArray({}, {}));
-    EXPECT_FALSE(isEqualPathArray(one, {QStringLiteral("/a")}));
-    EXPECT_FALSE(isEqualPathArray(one, {QStringLiteral("/a"), QStringLiteral("/c")}));
-    EXPECT_FALSE(isEqualPathArray(one, {QStringLiteral("/a"), QStringLiteral("/a")}));
+    EXPECT_FALSE(isEqualPathArray(one, {u"/a"_s}));
+    EXPECT_FALSE(isEqualPathArray(one, {u"/a"_s, u"/c"_s}));
+    EXPECT_FALSE(isEqualPathArray(one, {u"/a"_s, u"/a"_s}));
     const std::array chain{3, 5};
     const std::array turned{5, 3};
     EXPECT_TRUE(PBUtilities::isEqualGroupTypeArray(chain, std::array{3, 5}));
@@ -81,5 +57,3 @@ TEST(PathsTest, parentHasFewerAndTheSameComponents) {
     EXPECT_FALSE(isParentOfPath(u"/a/b", u"/a"));
     EXPECT_FALSE(isParentOfPath(u"/a", u"/ab/c"));
 }
-
-} // namespace

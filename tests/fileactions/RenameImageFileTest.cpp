@@ -1,18 +1,13 @@
 #include "fileactions/RenameImageFile.h"
 
 #include "group/CatalogueFixture.h"
-#include "support/Support.h"
-
-#include <QDir>
-#include <QTemporaryDir>
 
 using fileactions::RenameOutcome;
 using fileactions::RenameResult;
 
 namespace {
 
-class RenameImageFileTest : public support::CatalogueFixture {
-protected:
+struct RenameImageFileTest : support::CatalogueFixture {
     RenameImageFileTest() { support::writeFile(path(u"IMG_1.jpg"), "picture"); }
 
     QString path(QStringView name) const { return folder.filePath(name.toString()); }
@@ -21,7 +16,7 @@ protected:
     }
     QStringList onDisk() const { return QDir(folder.path()).entryList(QDir::Files, QDir::Name); }
     QString inCatalogue() {
-        FMResultSet row = database.executeQuery(QStringLiteral("select FileName from ImageFile"));
+        FMResultSet row = database.executeQuery(u"select FileName from ImageFile"_s);
         return row.next() ? row.stringForColumnIndex(0) : QString();
     }
 
@@ -31,9 +26,7 @@ protected:
 };
 
 TEST_F(RenameImageFileTest, fileRowAndItemGetTheNameAlsoOneOfOtherCaseOrExtension) {
-    for (const QString& name :
-         {QStringLiteral("Ümläut 100%.jpg"), QStringLiteral("ümläut 100%.jpg"),
-          QStringLiteral("plain")}) {
+    for (const QString& name : {u"Ümläut 100%.jpg"_s, u"ümläut 100%.jpg"_s, u"plain"_s}) {
         EXPECT_EQ(rename(name).result, RenameResult::Renamed);
         EXPECT_EQ(onDisk(), QStringList{name});
         EXPECT_EQ(inCatalogue(), name);
@@ -46,22 +39,21 @@ TEST_F(RenameImageFileTest, fileRowAndItemGetTheNameAlsoOneOfOtherCaseOrExtensio
 TEST_F(RenameImageFileTest, whatCannotBeDoneIsToldAndChangesNothing) {
     support::writeFile(path(u"taken.jpg"), "another");
     for (const QString& name :
-         {QStringLiteral("taken.jpg"), QStringLiteral("a/b.jpg"), QStringLiteral("../b.jpg"),
-          QStringLiteral(".."), QString(300, u'x')}) {
+         {u"taken.jpg"_s, u"a/b.jpg"_s, u"../b.jpg"_s, u".."_s, QString(300, u'x')}) {
         const RenameOutcome outcome = rename(name);
         EXPECT_EQ(outcome.result, RenameResult::Failed);
         EXPECT_FALSE(outcome.reason.isEmpty());
     }
-    EXPECT_EQ(onDisk(), (QStringList{QStringLiteral("IMG_1.jpg"), QStringLiteral("taken.jpg")}));
+    EXPECT_EQ(onDisk(), (QStringList{u"IMG_1.jpg"_s, u"taken.jpg"_s}));
     EXPECT_EQ(support::readFile(path(u"taken.jpg")), "another");
-    EXPECT_EQ(inCatalogue(), QStringLiteral("IMG_1.jpg"));
-    EXPECT_EQ(item->fileName(), QStringLiteral("IMG_1.jpg"));
+    EXPECT_EQ(inCatalogue(), u"IMG_1.jpg"_s);
+    EXPECT_EQ(item->fileName(), u"IMG_1.jpg"_s);
 }
 
 TEST_F(RenameImageFileTest, aCatalogueThatTakesNoNameGivesTheFileItsOldOne) {
-    ASSERT_TRUE(database.executeUpdate(QStringLiteral("drop table ImageFile")));
+    ASSERT_TRUE(database.executeUpdate(u"drop table ImageFile"_s));
     EXPECT_EQ(rename(u"new.jpg").result, RenameResult::Failed);
-    EXPECT_EQ(onDisk(), QStringList{QStringLiteral("IMG_1.jpg")});
+    EXPECT_EQ(onDisk(), QStringList{u"IMG_1.jpg"_s});
 }
 
 } // namespace

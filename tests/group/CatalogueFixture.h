@@ -5,20 +5,12 @@
 #include "group/FolderPaths.h"
 #include "group/GroupingStep.h"
 #include "group/PBGroupItem.h"
-
-#include <gtest/gtest.h>
-
-#include <QString>
-
-#include <map>
-#include <memory>
-#include <vector>
+#include "support/Support.h"
 
 namespace support {
 
 /// A catalogue in memory.
-class CatalogueFixture : public testing::Test {
-protected:
+struct CatalogueFixture : testing::Test {
     CatalogueFixture() {
         EXPECT_TRUE(database.open());
         EXPECT_TRUE(catalogue.checkTables_FilesDb());
@@ -26,11 +18,11 @@ protected:
 
     /// Adds a row and answers an item for it, with a modification date of noon on 2 June 2021.
     std::shared_ptr<PBImageFileItem> addImage(PBDictionary columns = {}) {
-        columns.try_emplace(QStringLiteral("FileName"), QStringLiteral("IMG_1.jpg"));
+        columns.try_emplace(u"FileName"_s, u"IMG_1.jpg"_s);
         const qint64 id = catalogue.insertImageFileWithDictionary(columns);
         EXPECT_GT(id, 0);
         return PBImageFileItem::imageFileItemWithId(
-            id, 1, columns[QStringLiteral("FileName")].toText(), 1000, modified.secondsSince1970);
+            id, 1, columns[u"FileName"_s].toText(), 1000, modified.secondsSince1970);
     }
 
     FMDatabase database{QString()};
@@ -39,8 +31,7 @@ protected:
 };
 
 /// Folder paths that a test tells.
-class KnownFolders final : public group::FolderPaths {
-public:
+struct KnownFolders final : group::FolderPaths {
     explicit KnownFolders(std::map<qint64, QString> paths) : _paths(std::move(paths)) {}
     [[nodiscard]] QString pathOfFolderId(qint64 folderId) const override {
         ++asked;
@@ -65,21 +56,18 @@ inline QString text(const char16_t* content) {
 
 /// The tree as text: nodes by their values, images by their names.
 inline QString describe(const PBGroupItem& node) {
-    QStringList parts;
-    for (const auto& item : node.imageFiles())
-        parts.append(item->fileName());
+    QStringList parts =
+        support::listed(node.imageFiles(), [](const auto& item) { return item->fileName(); });
     for (const auto& child : node.children())
         parts.append(describe(*child));
-    const QString value = node.value().isAbsent() ? text(u"absent")
-                          : node.value().isNull() ? text(u"null")
+    const QString value = node.value().isAbsent() ? u"absent"_s
+                          : node.value().isNull() ? u"null"_s
                                                   : node.value().toText();
     return value + u'(' + parts.join(u' ') + u')';
 }
 
 inline QString describe(const PBGroupItemArray& tree) {
-    QStringList parts;
-    for (const auto& node : tree)
-        parts.append(describe(*node));
+    QStringList parts = support::listed(tree, [](const auto& node) { return describe(*node); });
     return parts.join(u' ');
 }
 

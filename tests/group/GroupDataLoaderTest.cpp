@@ -3,19 +3,13 @@
 #include "core/Texts.h"
 #include "group/CatalogueFixture.h"
 #include "group/ItemOrder.h"
-#include "support/Support.h"
-
-#include <algorithm>
-#include <cmath>
-#include <random>
 
 using namespace group;
 using support::text;
 
 namespace {
 
-class GroupDataLoaderTest : public support::CatalogueFixture {
-protected:
+struct GroupDataLoaderTest : support::CatalogueFixture {
     PBArray load(const PBImageFileItem& item, const std::vector<int>& chain) {
         PBArray data(chain.size(), PBNull{});
         EXPECT_TRUE(GroupDataLoader(chain, SortFileName)
@@ -35,15 +29,12 @@ protected:
     const PBValue digitized = *PBUtilities::exifDate(u"2020:01:02 03:04:05");
 };
 
-TEST_F(GroupDataLoaderTest, groupsByOriginalDateAndSortsByDigitizedDate) {
-    const auto item = imageWithExif(
-        {{text(u"DateTimeOriginal"), text(u"2019:07:14 10:00:00")},
-         {text(u"DateTimeDigitized"), text(u"2020:01:02 03:04:05")}});
-    EXPECT_EQ(load(*item, {CaptureYear, CaptureMonth}), (PBArray{taken, taken}));
-    EXPECT_EQ(sortDate(*item), digitized);
-}
-
-TEST_F(GroupDataLoaderTest, datesFallBackToModification) {
+TEST_F(GroupDataLoaderTest, groupsByOriginalSortsByDigitizedDateAndFallsBackToModification) {
+    const auto dated = imageWithExif(
+        {{u"DateTimeOriginal"_s, u"2019:07:14 10:00:00"_s},
+         {u"DateTimeDigitized"_s, u"2020:01:02 03:04:05"_s}});
+    EXPECT_EQ(load(*dated, {CaptureYear, CaptureMonth}), (PBArray{taken, taken}));
+    EXPECT_EQ(sortDate(*dated), digitized);
     const PBValue fallback = modified;
     const auto bare = addImage();
     EXPECT_EQ(load(*bare, {CaptureYear}), PBArray{fallback});
@@ -52,10 +43,10 @@ TEST_F(GroupDataLoaderTest, datesFallBackToModification) {
     EXPECT_EQ(load(*empty, {CaptureMonth}), PBArray{fallback});
     EXPECT_EQ(sortDate(*empty), fallback);
     for (const auto& broken :
-         {PBValue(text(u"0000:00:00 00:00:00")), PBValue(text(u"yesterday")), PBValue(QString()),
+         {PBValue(u"0000:00:00 00:00:00"_s), PBValue(u"yesterday"_s), PBValue(QString()),
           PBValue(QByteArray("\xff\x00", 2)), PBValue(20190714)}) {
-        const auto item = imageWithExif(
-            {{text(u"DateTimeOriginal"), broken}, {text(u"DateTimeDigitized"), broken}});
+        const auto item =
+            imageWithExif({{u"DateTimeOriginal"_s, broken}, {u"DateTimeDigitized"_s, broken}});
         EXPECT_EQ(load(*item, {CaptureYear}), PBArray{fallback}) << broken.toText().toStdString();
         EXPECT_TRUE(sortDate(*item).isAbsent()) << broken.toText().toStdString();
     }
@@ -64,23 +55,21 @@ TEST_F(GroupDataLoaderTest, datesFallBackToModification) {
 TEST_F(GroupDataLoaderTest, textsAreCleanedAndBlankOnesCountAsNothing) {
     const auto item = addImage();
     catalogue.insertTiffWithImageFileId(
-        item->fileId(), {{text(u"Make"), text(u"n/a")}, {text(u"Model"), text(u"\n")}});
+        item->fileId(), {{u"Make"_s, u"n/a"_s}, {u"Model"_s, u"\n"_s}});
     catalogue.insertIPTCWithImageFileId(
-        item->fileId(),
-        {{text(u"Headline"), text(u"two\nlines")}, {text(u"Credit"), text(u"N/A")}});
+        item->fileId(), {{u"Headline"_s, u"two\nlines"_s}, {u"Credit"_s, u"N/A"_s}});
     EXPECT_EQ(
         load(*item, {15, 16, 36, 63, 35}),
-        (PBArray{PBNull{}, PBNull{}, text(u"two lines"), text(u"N/A"), PBNull{}}));
+        (PBArray{PBNull{}, PBNull{}, u"two lines"_s, u"N/A"_s, PBNull{}}));
 }
 
 TEST_F(GroupDataLoaderTest, focusDistanceHasTheLastWordOverSubjectDistance) {
-    const auto subjectOnly = imageWithExif({{text(u"SubjectDistance"), 2.5}});
+    const auto subjectOnly = imageWithExif({{u"SubjectDistance"_s, 2.5}});
     EXPECT_EQ(load(*subjectOnly, {FocusDistance}), PBArray{2.5});
-    catalogue.insertExifAuxWithImageFileId(
-        subjectOnly->fileId(), {{text(u"FocusDistance"), PBNull{}}});
+    catalogue.insertExifAuxWithImageFileId(subjectOnly->fileId(), {{u"FocusDistance"_s, PBNull{}}});
     EXPECT_EQ(load(*subjectOnly, {FocusDistance}), PBArray{2.5});
-    const auto both = imageWithExif({{text(u"SubjectDistance"), 2.5}});
-    catalogue.insertExifAuxWithImageFileId(both->fileId(), {{text(u"FocusDistance"), 3.5}});
+    const auto both = imageWithExif({{u"SubjectDistance"_s, 2.5}});
+    catalogue.insertExifAuxWithImageFileId(both->fileId(), {{u"FocusDistance"_s, 3.5}});
     EXPECT_EQ(load(*both, {CaptureYear, FocusDistance})[1], PBValue(3.5));
 }
 
@@ -91,27 +80,19 @@ TEST_F(GroupDataLoaderTest, positionsNeedTwoNumbersOnEarth) {
         return load(*item, {Folder, Place})[1];
     };
     const PBDictionary good{
-        {text(u"LatitudeRef"), text(u"S")},
-        {text(u"Latitude"), 33.5},
-        {text(u"LongitudeRef"), text(u"e")},
-        {text(u"Longitude"), 151},
-    };
+        {u"LatitudeRef"_s, u"S"_s},
+        {u"Latitude"_s, 33.5},
+        {u"LongitudeRef"_s, u"e"_s},
+        {u"Longitude"_s, 151}};
     EXPECT_EQ(positionOf(good), PBValue(PBLocation{-33.5, 151}));
     for (const PBValue& latitude :
          {PBValue(PBNull{}), PBValue(91), PBValue(INFINITY), PBValue(std::nan("")),
-          PBValue(text(u"north")), PBValue(QByteArray("x"))}) {
+          PBValue(u"north"_s), PBValue(QByteArray("x"))}) {
         PBDictionary broken = good;
-        broken[text(u"Latitude")] = latitude;
+        broken[u"Latitude"_s] = latitude;
         EXPECT_TRUE(positionOf(broken).isNull()) << latitude.toText().toStdString();
     }
     EXPECT_TRUE(positionOf({}).isNull());
-}
-
-TEST_F(GroupDataLoaderTest, valuesOfAnyTypeInAnyColumnAreTaken) {
-    const auto item = imageWithExif(
-        {{text(u"FNumber"), text(u"wide open")}, {text(u"Flash"), QByteArray("\x01\xff")}});
-    EXPECT_EQ(
-        load(*item, {21, 29, 26}), (PBArray{text(u"wide open"), QByteArray("\x01\xff"), PBNull{}}));
 }
 
 TEST_F(GroupDataLoaderTest, readingAheadGivesTheSameAsOneImageAtATime) {
@@ -124,12 +105,11 @@ TEST_F(GroupDataLoaderTest, readingAheadGivesTheSameAsOneImageAtATime) {
         fileIds.push_back(id);
         if (random() % 3)
             catalogue.insertExifWithImageFileId(
-                id, {{text(u"DateTimeOriginal"), text(u"20%1:01:02 03:04:05").arg(10 + id % 9)}});
-        if (random() % 3)
-            catalogue.insertTiffWithImageFileId(id, {{text(u"Model"), text(u"M%1").arg(id)}});
+                id, {{u"DateTimeOriginal"_s, u"20%1:01:02 03:04:05"_s.arg(10 + id % 9)}});
+        if (random() % 3) catalogue.insertTiffWithImageFileId(id, {{u"Model"_s, u"M%1"_s.arg(id)}});
         if (random() % 3)
             catalogue.insertGPSWithImageFileId(
-                id, {{text(u"Latitude"), double(id % 80)}, {text(u"Longitude"), PBNull{}}});
+                id, {{u"Latitude"_s, double(id % 80)}, {u"Longitude"_s, PBNull{}}});
     }
     const std::vector<int> chain{CameraModel, CaptureYear, 63, Place};
     GroupDataLoader ahead(chain, SortDateTaken);
@@ -138,7 +118,7 @@ TEST_F(GroupDataLoaderTest, readingAheadGivesTheSameAsOneImageAtATime) {
     fileIds.erase(fileIds.begin() + 200, fileIds.begin() + 210);
     items.erase(items.begin() + 50, items.begin() + 60);
     items.push_back(items.front());
-    items.push_back(support::makeItem(text(u"x"), 9999));
+    items.push_back(support::makeItem(u"x"_s, 9999));
     for (const bool inOrder : {false, true}) {
         if (inOrder) std::ranges::sort(items, {}, &PBImageFileItem::fileId);
         ahead.willLoad(fileIds);
@@ -154,12 +134,15 @@ TEST_F(GroupDataLoaderTest, readingAheadGivesTheSameAsOneImageAtATime) {
     }
 }
 
-TEST_F(GroupDataLoaderTest, aFailingQueryCountsAsAMissingRow) {
-    const auto item = imageWithExif({{text(u"FNumber"), 8}});
-    catalogue.insertTiffWithImageFileId(item->fileId(), {{text(u"Model"), text(u"X100V")}});
-    ASSERT_TRUE(database.executeUpdate(text(u"drop table Exif")));
+TEST_F(GroupDataLoaderTest, valuesOfAnyTypeAreTakenAndAFailingQueryCountsAsAMissingRow) {
+    const auto item =
+        imageWithExif({{u"FNumber"_s, u"wide open"_s}, {u"Flash"_s, QByteArray("\x01\xff")}});
     EXPECT_EQ(
-        load(*item, {21, CaptureYear, CameraModel}), (PBArray{PBNull{}, modified, text(u"X100V")}));
+        load(*item, {21, 29, 26}), (PBArray{u"wide open"_s, QByteArray("\x01\xff"), PBNull{}}));
+    catalogue.insertTiffWithImageFileId(item->fileId(), {{u"Model"_s, u"X100V"_s}});
+    ASSERT_TRUE(database.executeUpdate(u"drop table Exif"_s));
+    EXPECT_EQ(
+        load(*item, {21, CaptureYear, CameraModel}), (PBArray{PBNull{}, modified, u"X100V"_s}));
 }
 
 } // namespace

@@ -5,15 +5,11 @@
 #include "platform/OperationQueue.h"
 #include "support/Support.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <latch>
 
 namespace {
 
-class FakeLoader final : public ThumbnailLoader {
-public:
+struct FakeLoader final : ThumbnailLoader {
     QImage loadThumbnail(const PBImageFileItem& item) override {
         loaded.push_back(item.fileId());
         if (onLoad) onLoad(item);
@@ -25,13 +21,11 @@ public:
     qint64 withoutThumbnail = -1;
 };
 
-class PBPreloadThumbnailOperationTest : public ::testing::Test {
-protected:
+struct PBPreloadThumbnailOperationTest : ::testing::Test {
     std::shared_ptr<PBPreloadThumbnailOperation> operation(int count) {
         std::vector<PBPreloadThumbnailObject> objects;
         for (int id = 1; id <= count; ++id)
-            objects.push_back(
-                {PBImageFileItem::imageFileItemWithId(id, 1, QStringLiteral("a"), 1, 1), {}});
+            objects.push_back({PBImageFileItem::imageFileItemWithId(id, 1, u"a"_s, 1, 1), {}});
         items.clear();
         for (const auto& object : objects)
             items.push_back(object.imageFileItem);
@@ -47,7 +41,7 @@ protected:
     FakeLoader loader;
     std::vector<std::shared_ptr<PBImageFileItem>> items;
     std::vector<qint64> finished;
-    platform::OperationQueue queue{QStringLiteral("preload")};
+    platform::OperationQueue queue{u"preload"_s};
 };
 
 TEST_F(PBPreloadThumbnailOperationTest, deliversInOrderLeavingOutWhatIsThereOrMissing) {

@@ -2,17 +2,13 @@
 
 #include "catalogue/PBCatalogue.h"
 
-#include <QDir>
-
 using platform::Resolution;
 
 Resolution ToldAliasServices::resolveAlias(const PBAliasObject& aliasObject, bool, QString* error) {
     ++resolved;
     const auto told = answers.find(aliasObject.aliasData());
     if (told == answers.end()) return {};
-    if (error && told->second.outcome == Resolution::Outcome::VolumeAbsent) {
-        *error = QStringLiteral("no disk");
-    }
+    if (error && told->second.outcome == Resolution::Outcome::VolumeAbsent) *error = u"no disk"_s;
     return told->second;
 }
 
@@ -62,25 +58,9 @@ std::int64_t LibraryTest::addFolder(const PBAliasObject& root, const QString& re
 std::int64_t LibraryTest::addImage(std::int64_t folderId, const QString& name) {
     PBCatalogue catalogue(db);
     const auto fileId = catalogue.insertImageFileWithDictionary(
-        {{QStringLiteral("FolderId"), PBValue(static_cast<qint64>(folderId))},
-         {QStringLiteral("FileName"), name}});
+        {{u"FolderId"_s, PBValue(static_cast<qint64>(folderId))}, {u"FileName"_s, name}});
     catalogue.insertExifWithImageFileId(fileId, {});
     return fileId;
-}
-
-QStringList LibraryTest::rows(const QString& sql) {
-    QStringList found;
-    FMResultSet cursor = db.executeQuery(sql);
-    while (cursor.next()) {
-        QStringList columns;
-        for (int i = 0; i < cursor.columnCount(); ++i) {
-            columns.append(
-                cursor.columnIndexIsNull(i) ? QStringLiteral("NULL")
-                                            : cursor.stringForColumnIndex(i));
-        }
-        found.append(columns.join(u'|'));
-    }
-    return found;
 }
 
 void LibraryTest::answer(const PBAliasObject& root, Resolution::Outcome outcome, QString path) {

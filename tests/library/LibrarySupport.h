@@ -3,18 +3,10 @@
 #include "FMDB/FMDatabase.h"
 #include "library/PBAliasManager.h"
 #include "library/PBFolderLister.h"
-
-#include <QStringList>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <map>
-#include <memory>
+#include "support/Rows.h"
 
 /// Tells where roots are as a test says, instead of by the disk.
-class ToldAliasServices final : public PBAliasServices {
-public:
+struct ToldAliasServices final : PBAliasServices {
     explicit ToldAliasServices(FMDatabase& db) : _db(db) {}
 
     [[nodiscard]] platform::Resolution
@@ -30,8 +22,7 @@ private:
 };
 
 /// Lists folders on disk at once, or keeps the answers back until the test lets them go.
-class StoppableLister final : public PBFolderLister {
-public:
+struct StoppableLister final : PBFolderLister {
     [[nodiscard]] std::optional<QStringList>
     list(const QString& lane, const QString& folder, LateAnswer late) override;
     void letGo();
@@ -44,8 +35,7 @@ private:
 };
 
 /// A catalogue in memory with an alias manager over it.
-class LibraryTest : public testing::Test {
-protected:
+struct LibraryTest : testing::Test {
     LibraryTest();
     ~LibraryTest() override;
 
@@ -55,7 +45,7 @@ protected:
     std::int64_t addFolder(const PBAliasObject& root, const QString& relativePath);
     std::int64_t addImage(std::int64_t folderId, const QString& name);
     /// The rows of the statement, columns joined with "|".
-    QStringList rows(const QString& sql);
+    QStringList rows(const QString& sql) { return support::rowsOf(db, sql); }
     void
     answer(const PBAliasObject& root, platform::Resolution::Outcome outcome, QString path = {});
 

@@ -1,53 +1,45 @@
 #include "library/PBAliasManager.h"
 
 #include "library/LibrarySupport.h"
-#include "support/Support.h"
-
-#include <atomic>
-#include <thread>
 
 using Outcome = platform::Resolution::Outcome;
 
 namespace {
 
-class PBAliasManagerTest : public LibraryTest {
-protected:
+struct PBAliasManagerTest : LibraryTest {
     QString ownerOf(const QString& file, bool ignoreTrash = false) {
-        QString relativePath = QStringLiteral("untouched");
+        QString relativePath = u"untouched"_s;
         const auto root = manager.appropriateAliasObjectForPath(file, &relativePath, ignoreTrash);
-        return (root ? root->path() : QStringLiteral("none")) + u'|' + relativePath;
+        return (root ? root->path() : u"none"_s) + u'|' + relativePath;
     }
     QStringList paths() {
-        QStringList found;
-        for (const auto& root : manager.aliasArray())
-            found.append(root->path());
-        return found;
+        return support::listed(manager.aliasArray(), [](const auto& root) { return root->path(); });
     }
-    QStringList aliasRows() { return rows(QStringLiteral("select ReservePath from FolderAlias")); }
+    QStringList aliasRows() { return rows(u"select ReservePath from FolderAlias"_s); }
 };
 
-const QString a = QStringLiteral("/A");
-const QString ab = QStringLiteral("/A/B");
-const QString abc = QStringLiteral("/A/B/C");
+const QString a = u"/A"_s;
+const QString ab = u"/A/B"_s;
+const QString abc = u"/A/B/C"_s;
 
 TEST_F(PBAliasManagerTest, deepestRootOwnsAPath) {
     addRoot(a);
     addRoot(ab, PBAliasObject::Local, PBAliasObject::zombieState);
-    EXPECT_EQ(ownerOf(QStringLiteral("/a/x/y")), QStringLiteral("/A|x/y"));
-    EXPECT_EQ(ownerOf(QStringLiteral("/A/b/x")), QStringLiteral("/A/B|x"));
-    EXPECT_EQ(ownerOf(QStringLiteral("/A/b/x"), true), QStringLiteral("/A|b/x"));
-    EXPECT_EQ(ownerOf(a), QStringLiteral("/A|"));
-    EXPECT_EQ(ownerOf(QStringLiteral("/AB")), QStringLiteral("none|untouched"));
-    EXPECT_EQ(ownerOf({}), QStringLiteral("none|untouched"));
-    EXPECT_EQ(manager.findAliasObjectByPath(QStringLiteral("/a/b"))->path(), ab);
+    EXPECT_EQ(ownerOf(u"/a/x/y"_s), u"/A|x/y"_s);
+    EXPECT_EQ(ownerOf(u"/A/b/x"_s), u"/A/B|x"_s);
+    EXPECT_EQ(ownerOf(u"/A/b/x"_s, true), u"/A|b/x"_s);
+    EXPECT_EQ(ownerOf(a), u"/A|"_s);
+    EXPECT_EQ(ownerOf(u"/AB"_s), u"none|untouched"_s);
+    EXPECT_EQ(ownerOf({}), u"none|untouched"_s);
+    EXPECT_EQ(manager.findAliasObjectByPath(u"/a/b"_s)->path(), ab);
     EXPECT_FALSE(manager.findAliasObjectByPath({}));
 }
 
 TEST_F(PBAliasManagerTest, watchedAndAccessedFoldersCoverMountedRoots) {
     const auto inner = addRoot(ab);
     addRoot(a);
-    addRoot(QStringLiteral("/a"));
-    const auto away = addRoot(QStringLiteral("/Z"), PBAliasObject::Removable);
+    addRoot(u"/a"_s);
+    const auto away = addRoot(u"/Z"_s, PBAliasObject::Removable);
     answer(*away, Outcome::VolumeAbsent);
     manager.volumDidUnmount({});
     EXPECT_EQ(manager.getMonitorPathArray(), (QStringList{ab, a}));
@@ -60,48 +52,41 @@ TEST_F(PBAliasManagerTest, watchedAndAccessedFoldersCoverMountedRoots) {
 }
 
 TEST_F(PBAliasManagerTest, loadingResolvesAndDropsOnlyLocalFoldersThatAreGone) {
-    const auto gone = addRoot(QStringLiteral("/gone"));
-    const auto moved = addRoot(QStringLiteral("/old"));
-    const auto unplugged = addRoot(QStringLiteral("/stick"), PBAliasObject::Removable);
-    const auto silent = addRoot(QStringLiteral("/slow"));
-    const auto otherDisk = addRoot(QStringLiteral("/data/x"));
-    const auto lostShare = addRoot(QStringLiteral("/share"), PBAliasObject::Network);
-    const auto image = addImage(addFolder(*gone, QStringLiteral("sub")), QStringLiteral("a.jpg"));
-    addImage(addFolder(*moved, {}), QStringLiteral("b.jpg"));
+    const auto gone = addRoot(u"/gone"_s);
+    const auto moved = addRoot(u"/old"_s);
+    const auto unplugged = addRoot(u"/stick"_s, PBAliasObject::Removable);
+    const auto silent = addRoot(u"/slow"_s);
+    const auto otherDisk = addRoot(u"/data/x"_s);
+    const auto lostShare = addRoot(u"/share"_s, PBAliasObject::Network);
+    const auto image = addImage(addFolder(*gone, u"sub"_s), u"a.jpg"_s);
+    addImage(addFolder(*moved, {}), u"b.jpg"_s);
     answer(*gone, Outcome::Missing);
-    answer(*moved, Outcome::Found, QStringLiteral("/new"));
+    answer(*moved, Outcome::Found, u"/new"_s);
     answer(*unplugged, Outcome::VolumeAbsent);
     answer(*silent, Outcome::NoAnswer);
     answer(*otherDisk, Outcome::VolumeAbsent);
     answer(*lostShare, Outcome::Missing);
 
     manager.loadAlias();
-    EXPECT_EQ(paths(), (QStringList{QStringLiteral("/new"), {}, {}, {}, {}}));
+    EXPECT_EQ(paths(), (QStringList{u"/new"_s, {}, {}, {}, {}}));
     EXPECT_EQ(
-        aliasRows(), (QStringList{
-                         QStringLiteral("/new"), QStringLiteral("/stick"), QStringLiteral("/slow"),
-                         QStringLiteral("/data/x"), QStringLiteral("/share")}));
-    EXPECT_EQ(
-        rows(QStringLiteral("select FileName from ImageFile")),
-        QStringList{QStringLiteral("b.jpg")});
-    EXPECT_EQ(rows(QStringLiteral("select count(*) from Exif")), QStringList{QStringLiteral("1")});
-    EXPECT_EQ(
-        rows(QStringLiteral("select RelativePath from Folder")),
-        QStringList{QStringLiteral("NULL")});
+        aliasRows(), (QStringList{u"/new"_s, u"/stick"_s, u"/slow"_s, u"/data/x"_s, u"/share"_s}));
+    EXPECT_EQ(rows(u"select FileName from ImageFile"_s), QStringList{u"b.jpg"_s});
+    EXPECT_EQ(rows(u"select count(*) from Exif"_s), QStringList{u"1"_s});
+    EXPECT_EQ(rows(u"select RelativePath from Folder"_s), QStringList{u"NULL"_s});
     EXPECT_EQ(removedThumbnails, (std::vector{image}));
-    EXPECT_EQ(manager.aliasArray()[1]->displayName(), QStringLiteral("stick"));
+    EXPECT_EQ(manager.aliasArray()[1]->displayName(), u"stick"_s);
 }
 
 TEST_F(PBAliasManagerTest, lateAnswerIsTakenLikeOneInTime) {
-    const auto silent = addRoot(QStringLiteral("/slow"));
-    const auto gone = addRoot(QStringLiteral("/gone"));
+    const auto silent = addRoot(u"/slow"_s);
+    const auto gone = addRoot(u"/gone"_s);
     answer(*silent, Outcome::NoAnswer);
     answer(*gone, Outcome::NoAnswer);
     manager.loadAlias();
     const PBAliasArray roots = manager.aliasArray().copy();
     ASSERT_EQ(roots.size(), 2u);
-    const auto changed =
-        manager.aliasDidAnswer(*roots[0], {Outcome::Found, QStringLiteral("/slow")});
+    const auto changed = manager.aliasDidAnswer(*roots[0], {Outcome::Found, u"/slow"_s});
     EXPECT_EQ(changed, (PBAliasArray{roots[0]}));
     EXPECT_TRUE(roots[0]->isMounted());
     EXPECT_EQ(manager.aliasDidAnswer(*roots[1], {Outcome::Missing, {}}).size(), 1u);
@@ -111,56 +96,50 @@ TEST_F(PBAliasManagerTest, lateAnswerIsTakenLikeOneInTime) {
 }
 
 TEST_F(PBAliasManagerTest, volumesComeAndGo) {
-    const auto root = addRoot(QStringLiteral("/media/u/Disk/p"), PBAliasObject::Removable);
+    const auto root = addRoot(u"/media/u/Disk/p"_s, PBAliasObject::Removable);
     const auto other = addRoot(a);
     answer(*root, Outcome::VolumeAbsent);
     EXPECT_EQ(manager.volumDidUnmount({}), (PBAliasArray{root}));
     EXPECT_FALSE(root->isMounted());
-    EXPECT_EQ(root->reservePath(), QStringLiteral("/media/u/Disk/p"));
-    answer(*root, Outcome::Found, QStringLiteral("/media/u/Disk1/p"));
+    EXPECT_EQ(root->reservePath(), u"/media/u/Disk/p"_s);
+    answer(*root, Outcome::Found, u"/media/u/Disk1/p"_s);
     services.resolved = 0;
     EXPECT_EQ(manager.volumDidMount({}), (PBAliasArray{root}));
     EXPECT_EQ(services.resolved, 1) << "mounted roots are left alone";
-    EXPECT_EQ(root->reservePath(), QStringLiteral("/media/u/Disk1/p"));
-    EXPECT_EQ(aliasRows().constFirst(), QStringLiteral("/media/u/Disk1/p"));
+    EXPECT_EQ(root->reservePath(), u"/media/u/Disk1/p"_s);
+    EXPECT_EQ(aliasRows().constFirst(), u"/media/u/Disk1/p"_s);
     EXPECT_TRUE(manager.volumDidMount({}).empty());
 
     // Asked about because of some volume, a root turns out to have moved.
-    answer(*other, Outcome::Found, QStringLiteral("/elsewhere"));
+    answer(*other, Outcome::Found, u"/elsewhere"_s);
     EXPECT_EQ(manager.volumDidUnmount({}), (PBAliasArray{other}));
-    EXPECT_EQ(aliasRows().constLast(), QStringLiteral("/elsewhere"));
+    EXPECT_EQ(aliasRows().constLast(), u"/elsewhere"_s);
 }
 
 TEST_F(PBAliasManagerTest, rootOfTheFileSystemCountsOnlyAsItself) {
-    const auto root = addRoot(QStringLiteral("/media/gone"), PBAliasObject::Removable);
-    const auto whole = addRoot(QStringLiteral("/"));
-    answer(*root, Outcome::Found, QStringLiteral("/"));
+    const auto root = addRoot(u"/media/gone"_s, PBAliasObject::Removable);
+    const auto whole = addRoot(u"/"_s);
+    answer(*root, Outcome::Found, u"/"_s);
     manager.volumDidUnmount({});
     EXPECT_FALSE(root->isMounted());
     EXPECT_TRUE(whole->isMounted());
-    EXPECT_EQ(
-        PBAliasManager::pathWithAliasObject(*whole, QStringLiteral("x/y")), QStringLiteral("/x/y"));
-    EXPECT_EQ(ownerOf(QStringLiteral("/x/y")), QStringLiteral("/|x/y"));
-    EXPECT_EQ(whole->displayName(), QStringLiteral("/"));
-}
-
-TEST_F(PBAliasManagerTest, changeOfCaseIsNoChange) {
-    const auto root = addRoot(a);
-    answer(*root, Outcome::Found, QStringLiteral("/a"));
-    EXPECT_TRUE(manager.aliasPathChanged(a).empty());
-    EXPECT_EQ(root->path(), a);
+    EXPECT_EQ(PBAliasManager::pathWithAliasObject(*whole, u"x/y"_s), u"/x/y"_s);
+    EXPECT_EQ(ownerOf(u"/x/y"_s), u"/|x/y"_s);
+    EXPECT_EQ(whole->displayName(), u"/"_s);
 }
 
 TEST_F(PBAliasManagerTest, changedRootFolderIsLookedAtAgain) {
     const auto root = addRoot(a);
-    const auto stick = addRoot(QStringLiteral("/stick"), PBAliasObject::Removable);
-    addRoot(QStringLiteral("/other"));
-    EXPECT_TRUE(manager.aliasPathChanged(QStringLiteral("/nowhere")).empty());
+    const auto stick = addRoot(u"/stick"_s, PBAliasObject::Removable);
+    addRoot(u"/other"_s);
+    EXPECT_TRUE(manager.aliasPathChanged(u"/nowhere"_s).empty());
+    answer(*root, Outcome::Found, u"/a"_s);
+    EXPECT_TRUE(manager.aliasPathChanged(a).empty()) << "case is no change";
     answer(*root, Outcome::Missing);
     answer(*stick, Outcome::Missing);
-    EXPECT_EQ(manager.aliasPathChanged(QStringLiteral("/a")), (PBAliasArray{root}));
-    EXPECT_EQ(manager.aliasPathChanged(QStringLiteral("/stick")), (PBAliasArray{stick}));
-    EXPECT_EQ(aliasRows(), (QStringList{QStringLiteral("/stick"), QStringLiteral("/other")}));
+    EXPECT_EQ(manager.aliasPathChanged(u"/a"_s), (PBAliasArray{root}));
+    EXPECT_EQ(manager.aliasPathChanged(u"/stick"_s), (PBAliasArray{stick}));
+    EXPECT_EQ(aliasRows(), (QStringList{u"/stick"_s, u"/other"_s}));
 }
 
 TEST_F(PBAliasManagerTest, zombiesGoWhenNoRootNeedsThem) {
@@ -173,7 +152,7 @@ TEST_F(PBAliasManagerTest, zombiesGoWhenNoRootNeedsThem) {
     }
     addRoot(ab, PBAliasObject::Local, zombie);
     const auto outer = addRoot(a);
-    const auto away = addRoot(QStringLiteral("/Z"), PBAliasObject::Removable, zombie);
+    const auto away = addRoot(u"/Z"_s, PBAliasObject::Removable, zombie);
     answer(*away, Outcome::VolumeAbsent);
     manager.volumDidUnmount({});
     EXPECT_FALSE(manager.removeZombieAlias());
@@ -181,34 +160,32 @@ TEST_F(PBAliasManagerTest, zombiesGoWhenNoRootNeedsThem) {
     EXPECT_TRUE(manager.removeZombieAlias());
     EXPECT_EQ(manager.aliasArray().copy(), (PBAliasArray{away}))
         << "an unmounted zombie can't be judged";
-    EXPECT_EQ(aliasRows(), QStringList{QStringLiteral("/Z")});
+    EXPECT_EQ(aliasRows(), QStringList{u"/Z"_s});
 }
 
 TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {
     const auto outer = addRoot(a);
-    const auto beside = addRoot(QStringLiteral("/A/Bx"));
+    const auto beside = addRoot(u"/A/Bx"_s);
     addFolder(*outer, {});
-    addFolder(*outer, QStringLiteral("b"));
-    addFolder(*outer, QStringLiteral("B/C"));
-    addFolder(*outer, QStringLiteral("Bx"));
+    addFolder(*outer, u"b"_s);
+    addFolder(*outer, u"B/C"_s);
+    addFolder(*outer, u"Bx"_s);
     addFolder(*beside, {});
-    const auto image = addImage(addFolder(*outer, QStringLiteral("B/C/D")), QStringLiteral("i"));
+    const auto image = addImage(addFolder(*outer, u"B/C/D"_s), u"i"_s);
     const auto inner = PBAliasObject::aliasObjectWithId(77, "n", QUrl::fromLocalFile(ab), ab, 0, 0);
     manager.updateFolderByAliasObject(*inner);
     const QString o = QString::number(outer->aliasId());
     EXPECT_EQ(
-        rows(QStringLiteral("select AliasId,RelativePath from Folder order by Id")),
+        rows(u"select AliasId,RelativePath from Folder order by Id"_s),
         (QStringList{
-            o + QStringLiteral("|NULL"), QStringLiteral("77|NULL"), QStringLiteral("77|C"),
-            o + QStringLiteral("|Bx"), QString::number(beside->aliasId()) + QStringLiteral("|NULL"),
-            QStringLiteral("77|C/D")}));
-    EXPECT_EQ(
-        rows(QStringLiteral("select Id from ImageFile")), QStringList{QString::number(image)});
+            o + u"|NULL"_s, u"77|NULL"_s, u"77|C"_s, o + u"|Bx"_s,
+            QString::number(beside->aliasId()) + u"|NULL"_s, u"77|C/D"_s}));
+    EXPECT_EQ(rows(u"select Id from ImageFile"_s), QStringList{QString::number(image)});
 }
 
 TEST_F(PBAliasManagerTest, readersOnOtherThreadsSeeWholeArrays) {
     std::atomic<bool> end = false;
-    const auto moving = addRoot(QStringLiteral("/move"), PBAliasObject::Removable);
+    const auto moving = addRoot(u"/move"_s, PBAliasObject::Removable);
     std::jthread reader([&] {
         while (!end) {
             for (const QString& path : manager.getMonitorPathArray())
@@ -217,9 +194,9 @@ TEST_F(PBAliasManagerTest, readersOnOtherThreadsSeeWholeArrays) {
         }
     });
     for (int i = 0; i < 200; ++i) {
-        answer(*moving, Outcome::Found, QStringLiteral("/move%1").arg(i));
+        answer(*moving, Outcome::Found, u"/move%1"_s.arg(i));
         manager.volumDidUnmount({});
-        if (i % 20 == 0) addRoot(QStringLiteral("/r%1").arg(i));
+        if (i % 20 == 0) addRoot(u"/r%1"_s.arg(i));
     }
     end = true;
 }

@@ -2,13 +2,7 @@
 
 #include "library/LibrarySupport.h"
 #include "platform/MainLoop.h"
-#include "support/Support.h"
 
-#include <QDir>
-#include <QFile>
-
-#include <atomic>
-#include <optional>
 #include <semaphore>
 
 using platform::BoundedCalls;
@@ -19,8 +13,7 @@ using Outcome = platform::Resolution::Outcome;
 namespace {
 
 /// A desktop that can mount, or not, when the test says so.
-class ToldMounter final : public platform::VolumeMounter {
-public:
+struct ToldMounter final : platform::VolumeMounter {
     [[nodiscard]] bool canMount(const platform::FileSystemIdentity&) const override { return can; }
     void mount(const platform::FileSystemIdentity&, Completion completion) override {
         pending = std::move(completion);
@@ -29,8 +22,7 @@ public:
     Completion pending;
 };
 
-class PBAliasResolverTest : public testing::Test {
-protected:
+struct PBAliasResolverTest : testing::Test {
     static void post(std::function<void()> function) {
         MainLoop::instance()->post(MainLoop::Mode::Common, std::move(function));
     }
@@ -59,31 +51,8 @@ protected:
     QTemporaryDir folder;
 };
 
-TEST_F(PBAliasResolverTest, typeFollowsTheVolume) {
-    using PBUtilities::aliasTypeOfVolume;
-    EXPECT_EQ(aliasTypeOfVolume({.isLocal = false, .isInternal = false}), 1u);
-    EXPECT_EQ(aliasTypeOfVolume({.isLocal = false, .isEjectable = true}), 1u);
-    EXPECT_EQ(aliasTypeOfVolume({.isEjectable = true}), 2u);
-    EXPECT_EQ(aliasTypeOfVolume({.isRemovable = true}), 2u);
-    EXPECT_EQ(aliasTypeOfVolume({.isInternal = false}), 2u);
-    EXPECT_EQ(aliasTypeOfVolume({}), 0u);
-}
-
-TEST_F(PBAliasResolverTest, newRootIsFoundAgainAfterAMove) {
-    EXPECT_FALSE(resolver.newAlias(folder.filePath(QStringLiteral("none"))));
-    const QString place = folder.filePath(QStringLiteral("A"));
-    QDir().mkdir(place);
-    const auto root = rootAt(place);
-    EXPECT_EQ(answer(resolver, *root).path, place);
-    QFile::rename(place, place + u'2');
-    EXPECT_EQ(answer(resolver, *root).path, QString(place + u'2'));
-    QDir().rmdir(place + u'2');
-    EXPECT_EQ(answer(resolver, *root, true).outcome, Outcome::Missing);
-    EXPECT_FALSE(mounter.pending);
-}
-
 TEST_F(PBAliasResolverTest, aSearchThatTookTooLongIsNoReasonToGiveUpAFolder) {
-    const QString place = folder.filePath(QStringLiteral("A"));
+    const QString place = folder.filePath(u"A"_s);
     QDir().mkdir(place);
     const auto root = rootAt(place);
     QFile::rename(place, place + u'2');
@@ -101,7 +70,7 @@ TEST_F(PBAliasResolverTest, damagedBookmarkFallsBackToTheReservePath) {
         PBAliasObject::aliasObjectWithId(1, "junk", {}, folder.path(), 0, PBAliasObject::Local);
     EXPECT_EQ(resolver.resolve(*there, false, {}, nullptr).path, folder.path());
     const auto gone = PBAliasObject::aliasObjectWithId(
-        2, "", {}, folder.filePath(QStringLiteral("none")), 0, PBAliasObject::Local);
+        2, "", {}, folder.filePath(u"none"_s), 0, PBAliasObject::Local);
     EXPECT_EQ(resolver.resolve(*gone, false, {}, nullptr).outcome, Outcome::NoAnswer);
 }
 
@@ -109,7 +78,7 @@ TEST_F(PBAliasResolverTest, diskThatHangsAnswersLater) {
     const auto root = rootAt(folder.path());
     auto gate = std::make_shared<std::binary_semaphore>(0);
     const auto blocked = calls.call<int>(
-        PBAliasResolver::lane(*root), QStringLiteral("hang"), std::chrono::milliseconds(0),
+        PBAliasResolver::lane(*root), u"hang"_s, std::chrono::milliseconds(0),
         [gate] {
             gate->acquire();
             return 0;
@@ -131,7 +100,7 @@ TEST_F(PBAliasResolverTest, diskThatHangsAnswersLater) {
 
 TEST_F(PBAliasResolverTest, absentVolumeIsMountedWhenAsked) {
     platform::Bookmark bookmark;
-    bookmark.path = QStringLiteral("/media/nobody/Stick/photos");
+    bookmark.path = u"/media/nobody/Stick/photos"_s;
     bookmark.fileSystem = {"ext4", "0123456789abcdef", "/dev/nothing", 9};
     const auto root = PBAliasObject::aliasObjectWithId(
         5, bookmark.data(), {}, bookmark.path, 0, PBAliasObject::Removable);
@@ -146,7 +115,7 @@ TEST_F(PBAliasResolverTest, absentVolumeIsMountedWhenAsked) {
     ASSERT_TRUE(mounter.pending);
     mounter.pending(QString());
     EXPECT_TRUE(failures.empty());
-    mounter.pending(QStringLiteral("wrong password"));
+    mounter.pending(u"wrong password"_s);
     EXPECT_EQ(failures.size(), 1u);
     mounter.can = false;
     static_cast<void>(resolver.resolve(*root, true, {}, &error));

@@ -1,13 +1,8 @@
 #include "library/LibrarySupport.h"
-#include "library/PBPathHistory.h"
 #include "library/PBSourceTreeDataSource.h"
 #include "platform/BoundedCalls.h"
 #include "platform/LocalizedTexts.h"
 #include "platform/MainLoop.h"
-#include "support/Support.h"
-
-#include <QDir>
-#include <QFile>
 
 #include <unistd.h>
 
@@ -15,13 +10,9 @@ using Outcome = platform::Resolution::Outcome;
 
 namespace {
 
-class PBSourceTreeTest : public LibraryTest {
-protected:
+struct PBSourceTreeTest : LibraryTest {
     static QStringList names(const PBOutlineItems& items) {
-        QStringList found;
-        for (const auto& item : items)
-            found.append(item->displayName());
-        return found;
+        return support::listed(items, [](const auto& item) { return item->displayName(); });
     }
     std::shared_ptr<PBFolderAliasItem> itemOf(const QString& folder) {
         const auto root = addRoot(folder);
@@ -29,10 +20,9 @@ protected:
         return tree.folderAliasItemWithAliasObject(*root);
     }
     QStringList shown() {
-        QStringList rows;
-        for (const auto& category : tree.shownCategories())
-            rows.append(category->displayName() + u':' + names(category->children()).join(u','));
-        return rows;
+        return support::listed(tree.shownCategories(), [this](const auto& category) {
+            return category->displayName() + u':' + names(category->children()).join(u',');
+        });
     }
 
     StoppableLister lister;
@@ -51,20 +41,18 @@ TEST_F(PBSourceTreeTest, childrenAreFoldersOnlyInNaturalOrder) {
     EXPECT_FALSE(item->isLoaded());
     EXPECT_EQ(
         names(item->children()),
-        (QStringList{
-            QStringLiteral("\U0001F33B line break"), QStringLiteral("Img2"),
-            QStringLiteral("img10"), QStringLiteral("loop")}));
+        (QStringList{u"\U0001F33B line break"_s, u"Img2"_s, u"img10"_s, u"loop"_s}));
     EXPECT_EQ(lister.listed, 1);
     static_cast<void>(item->children());
     EXPECT_EQ(lister.listed, 1) << "loaded once";
-    const auto loop = item->childFolderWithFolderName(QStringLiteral("LOOP"), false);
+    const auto loop = item->childFolderWithFolderName(u"LOOP"_s, false);
     ASSERT_TRUE(loop);
-    EXPECT_FALSE(loop->childFolderWithFolderName(QStringLiteral("loop"), false));
-    const auto deeper = loop->childFolderWithFolderName(QStringLiteral("loop"), true);
+    EXPECT_FALSE(loop->childFolderWithFolderName(u"loop"_s, false));
+    const auto deeper = loop->childFolderWithFolderName(u"loop"_s, true);
     ASSERT_TRUE(deeper);
     QString relativePath;
     EXPECT_EQ(deeper->aliasObjectAndRelativePath(&relativePath), item->aliasObject());
-    EXPECT_EQ(relativePath, QStringLiteral("loop/loop"));
+    EXPECT_EQ(relativePath, u"loop/loop"_s);
     EXPECT_EQ(deeper->folderPath(), path(u"A/loop/loop"));
 }
 
@@ -74,22 +62,21 @@ TEST_F(PBSourceTreeTest, refreshKeepsTheItemsThatAreStillThere) {
     const auto item = itemOf(path(u"A"));
     EXPECT_FALSE(item->refreshSelfChilden()) << "never loaded, nothing to refresh";
     static_cast<void>(item->children());
-    const auto one = item->childFolderWithFolderName(QStringLiteral("one"), false);
+    const auto one = item->childFolderWithFolderName(u"one"_s, false);
     static_cast<void>(one->children());
     EXPECT_FALSE(item->refreshSelfChilden());
 
     QFile::rename(path(u"A/two"), path(u"A/three"));
     EXPECT_TRUE(item->refreshSelfChilden());
-    EXPECT_EQ(
-        names(item->children()), (QStringList{QStringLiteral("one"), QStringLiteral("three")}));
-    EXPECT_EQ(item->childFolderWithFolderName(QStringLiteral("one"), false), one);
+    EXPECT_EQ(names(item->children()), (QStringList{u"one"_s, u"three"_s}));
+    EXPECT_EQ(item->childFolderWithFolderName(u"one"_s, false), one);
     EXPECT_TRUE(one->isLoaded());
-    EXPECT_FALSE(item->childFolderWithFolderName(QStringLiteral("three"), false)->isLoaded());
+    EXPECT_FALSE(item->childFolderWithFolderName(u"three"_s, false)->isLoaded());
 
     // Only what is at or below the path is listed again.
     make(u"A/one/deep/deeper");
     make(u"A/four");
-    static_cast<void>(one->childFolderWithFolderName(QStringLiteral("deep"), false)->children());
+    static_cast<void>(one->childFolderWithFolderName(u"deep"_s, false)->children());
     QDir().rmdir(path(u"A/one/deep/deeper"));
     EXPECT_FALSE(tree.refreshChilden(path(u"elsewhere"), true));
     EXPECT_TRUE(tree.refreshChilden(path(u"A/one/deep"), false));
@@ -104,12 +91,12 @@ TEST_F(PBSourceTreeTest, spellingsThatDifferInCaseAreFoldersOfTheirOwn) {
     make(u"A/trip");
     const auto item = itemOf(path(u"A"));
     static_cast<void>(item->children());
-    const auto upper = item->childFolderWithFolderName(QStringLiteral("Trip"), false);
-    const auto lower = item->childFolderWithFolderName(QStringLiteral("trip"), false);
+    const auto upper = item->childFolderWithFolderName(u"Trip"_s, false);
+    const auto lower = item->childFolderWithFolderName(u"trip"_s, false);
     ASSERT_NE(upper, lower);
-    EXPECT_TRUE(item->childFolderWithFolderName(QStringLiteral("TRIP"), false));
+    EXPECT_TRUE(item->childFolderWithFolderName(u"TRIP"_s, false));
     EXPECT_FALSE(item->refreshSelfChilden());
-    EXPECT_EQ(item->childFolderWithFolderName(QStringLiteral("Trip"), false), upper);
+    EXPECT_EQ(item->childFolderWithFolderName(u"Trip"_s, false), upper);
     // Renamed in case only: the item stays, and its path is the new one.
     QDir().rmdir(path(u"A/trip"));
     QFile::rename(path(u"A/Trip"), path(u"A/TRIP"));
@@ -131,7 +118,7 @@ TEST_F(PBSourceTreeTest, slowDiskBringsChildrenLater) {
     EXPECT_TRUE(item->isLoaded());
     lister.letGo();
     EXPECT_EQ(arrived, QStringList{path(u"A")});
-    EXPECT_EQ(names(item->children()), (QStringList{QStringLiteral("one"), QStringLiteral("two")}));
+    EXPECT_EQ(names(item->children()), (QStringList{u"one"_s, u"two"_s}));
 
     // An answer about a folder whose volume is gone by now is of no use.
     EXPECT_FALSE(item->refreshSelfChilden());
@@ -145,7 +132,7 @@ TEST_F(PBSourceTreeTest, slowDiskBringsChildrenLater) {
 
 TEST_F(PBSourceTreeTest, manySubfoldersAreListedInOneGo) {
     for (int i = 0; i < 300; ++i)
-        make(QStringLiteral("A/n%1").arg(i));
+        make(u"A/n%1"_s.arg(i));
     platform::MainLoop loop;
     platform::BoundedCalls calls([&](std::function<void()> function) {
         loop.post(platform::MainLoop::Mode::Common, std::move(function));
@@ -157,21 +144,19 @@ TEST_F(PBSourceTreeTest, manySubfoldersAreListedInOneGo) {
     const auto item = slowTree.folderAliasItemWithAliasObject(*root);
     EXPECT_TRUE(item->children().size() == 0 || item->children().size() == 300);
     EXPECT_TRUE(support::spinUntil([&] { return item->loadedChildren().size() == 300; }));
-    EXPECT_EQ(item->loadedChildren().back()->folderName(), QStringLiteral("n299"));
+    EXPECT_EQ(item->loadedChildren().back()->folderName(), u"n299"_s);
 }
 
 TEST_F(PBSourceTreeTest, categoriesShowTheRootsThatAreNoZombies) {
     const auto one = addRoot(make(u"one"));
     addRoot(make(u"dead"), PBAliasObject::Local, PBAliasObject::zombieState);
     const auto stick = addRoot(make(u"stick"), PBAliasObject::Removable);
-    addRoot(QStringLiteral("/odd"), 9);
+    addRoot(u"/odd"_s, 9);
     EXPECT_FALSE(tree.hasFolderAliasItem());
     tree.reloadCategoryItem();
     const QString local = platform::localizedString(u"LocalDisks");
     const QString removable = platform::localizedString(u"RemovableDisks");
-    EXPECT_EQ(
-        shown(),
-        (QStringList{local + QStringLiteral(":one"), removable + QStringLiteral(":stick")}));
+    EXPECT_EQ(shown(), (QStringList{local + u":one"_s, removable + u":stick"_s}));
     const auto item = tree.folderAliasItemWithAliasObject(*one);
     static_cast<void>(item->children());
     tree.reloadCategoryItem();
@@ -181,33 +166,9 @@ TEST_F(PBSourceTreeTest, categoriesShowTheRootsThatAreNoZombies) {
     tree.insertFolderAlias(tree.makeFolderAliasItem(share));
     tree.removeFolderAlias(*item);
     EXPECT_EQ(
-        shown(), (QStringList{
-                     platform::localizedString(u"NetworkDisks") + QStringLiteral(":share"),
-                     removable + QStringLiteral(":stick")}));
-}
-
-TEST_F(PBSourceTreeTest, rowsTellWhatTheyAre) {
-    make(u"A/sub");
-    const auto root = addRoot(path(u"A"), PBAliasObject::Removable);
-    tree.reloadCategoryItem();
-    const auto category = tree.shownCategories().front();
-    const auto item = tree.folderAliasItemWithAliasObject(*root);
-    const auto child = item->childFolderWithFolderName(QStringLiteral("sub"), true);
-    EXPECT_TRUE(PBSourceTreeDataSource::isGroupItem(*category));
-    EXPECT_FALSE(PBSourceTreeDataSource::isSelectable(*category));
-    EXPECT_EQ(PBSourceTreeDataSource::heightOfRow(*category), 20);
-    EXPECT_TRUE(PBSourceTreeDataSource::isSelectable(*item));
-    EXPECT_EQ(PBSourceTreeDataSource::heightOfRow(*item), 32);
-    EXPECT_EQ(PBSourceTreeDataSource::heightOfRow(*child), 20);
-    EXPECT_EQ(item->description(), path(u"A"));
-    EXPECT_EQ(child->tip(), path(u"A/sub"));
-    EXPECT_EQ(item->displayIcons().size(), 1);
-    answer(*root, Outcome::VolumeAbsent);
-    manager.volumDidUnmount({});
-    EXPECT_EQ(item->displayIcons().size(), 2);
-    EXPECT_EQ(item->description(), platform::localizedString(u"TryMounted"));
-    EXPECT_EQ(item->displayName(), QStringLiteral("A"));
-    EXPECT_EQ(child->folderPath(), QString());
+        shown(),
+        (QStringList{
+            platform::localizedString(u"NetworkDisks") + u":share"_s, removable + u":stick"_s}));
 }
 
 TEST_F(PBSourceTreeTest, foldersOfZombiesAreFoundInTheRootAround) {
@@ -215,7 +176,7 @@ TEST_F(PBSourceTreeTest, foldersOfZombiesAreFoundInTheRootAround) {
     const auto outer = addRoot(path(u"A"));
     const auto zombie = addRoot(path(u"A/B"), PBAliasObject::Local, PBAliasObject::zombieState);
     tree.reloadCategoryItem();
-    const QString c = QStringLiteral("C");
+    const QString c = u"C"_s;
     EXPECT_FALSE(tree.folderItemWithAliasObject(*zombie, c, false)) << "nothing is loaded yet";
     const auto found = tree.folderItemWithAliasObject(*zombie, c, true);
     ASSERT_TRUE(found);
@@ -224,42 +185,7 @@ TEST_F(PBSourceTreeTest, foldersOfZombiesAreFoundInTheRootAround) {
     EXPECT_EQ(
         tree.folderItemWithAliasObject(*outer, {}, false),
         tree.folderAliasItemWithAliasObject(*outer));
-    EXPECT_FALSE(tree.folderItemWithAliasObject(*outer, QStringLiteral("B/none"), true));
-}
-
-TEST_F(PBSourceTreeTest, unreadableFolderHasNoChildren) {
-    const auto item = itemOf(path(u"nothing"));
-    EXPECT_TRUE(item->children().empty());
-    const auto whole = itemOf(QStringLiteral("/"));
-    const auto children = whole->children();
-    EXPECT_TRUE(names(children).contains(QStringLiteral("usr")));
-    EXPECT_EQ(
-        whole->childFolderWithFolderName(QStringLiteral("usr"), false)->folderPath(),
-        QStringLiteral("/usr"));
-}
-
-TEST_F(PBSourceTreeTest, historyGoesBackAndForwardAndForgetsWhatLiesAhead) {
-    const auto root = addRoot(QStringLiteral("/A"));
-    PBPathHistory history;
-    QString relativePath = QStringLiteral("-");
-    EXPECT_FALSE(history.canBack());
-    EXPECT_FALSE(history.canForward());
-    EXPECT_FALSE(history.back(&relativePath));
-    history.pushAliasObject(root, {});
-    EXPECT_FALSE(history.canBack());
-    history.pushAliasObject(root, QStringLiteral("x"));
-    history.pushAliasObject(root, QStringLiteral("y"));
-    EXPECT_EQ(history.back(&relativePath), root);
-    EXPECT_EQ(relativePath, QStringLiteral("x"));
-    EXPECT_EQ(history.back(&relativePath), root);
-    EXPECT_EQ(relativePath, QString());
-    EXPECT_FALSE(history.back(&relativePath));
-    EXPECT_EQ(history.forward(&relativePath), root);
-    EXPECT_EQ(relativePath, QStringLiteral("x"));
-    history.pushAliasObject(root, QStringLiteral("z"));
-    EXPECT_FALSE(history.canForward());
-    static_cast<void>(history.back(&relativePath));
-    EXPECT_EQ(relativePath, QStringLiteral("x"));
+    EXPECT_FALSE(tree.folderItemWithAliasObject(*outer, u"B/none"_s, true));
 }
 
 } // namespace

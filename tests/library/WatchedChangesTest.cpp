@@ -5,115 +5,54 @@
 #include "platform/MainLoop.h"
 #include "support/Support.h"
 
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
 using namespace platform;
 
 namespace {
 
-struct Told {
-    const char* path;
-    std::uint32_t flags;
-};
-
-constexpr std::uint32_t file = EventItemIsFile;
-constexpr std::uint32_t folder = EventItemIsDir;
-constexpr std::uint32_t created = EventItemCreated;
-constexpr std::uint32_t removed = EventItemRemoved;
-constexpr std::uint32_t renamed = EventItemRenamed;
-constexpr std::uint32_t mustScan = EventMustScanSubDirs;
-
-struct Case {
-    const char* name;
-    const char* selected;
-    std::vector<Told> events;
-    std::vector<FolderRescan> rescans;
-    bool checkExist = false;
-    QStringList refreshed = {}; // with "+" for those with their children
-};
-
-FolderRescan flat(const char* path) {
-    return {QString::fromLatin1(path), false};
-}
-FolderRescan deep(const char* path) {
-    return {QString::fromLatin1(path), true};
-}
-
-std::vector<SCEvent> eventsOf(const std::vector<Told>& told) {
+/// Events told as texts, one a word: letters for what it is and what befell it, and the path.
+std::vector<SCEvent> eventsOf(const char* told) {
+    static const std::map<QChar, std::uint32_t> flagOf{
+        {u'f', EventItemIsFile},  {u'd', EventItemIsDir},   {u'c', EventItemCreated},
+        {u'x', EventItemRemoved}, {u'n', EventItemRenamed}, {u'l', EventMustScanSubDirs},
+        {u'r', EventRootChanged}};
     std::vector<SCEvent> events;
-    for (const auto& [path, flags] : told)
-        events.push_back(SCEvent::eventWithEventId(1, {}, QString::fromLatin1(path), flags));
+    for (const QString& event : QString::fromLatin1(told).split(u' ', Qt::SkipEmptyParts)) {
+        const qsizetype path = event.indexOf(u'/');
+        std::uint32_t flags = 0;
+        for (const QChar letter : event.left(path))
+            flags |= flagOf.at(letter);
+        events.push_back(SCEvent::eventWithEventId(1, {}, event.mid(path), flags));
+    }
     return events;
 }
 
 } // namespace
 
 TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
-    const QString sidebar = QStringLiteral("/r");
-    const std::vector<Case> cases{
-        {"new image elsewhere", "/r/a", {{"/r/b/x.jpg", file | created}}, {}},
-        {"new image beside", "/r/a", {{"/r/ab/x.jpg", file | created}}, {}},
-        {"new image above", "/r/a", {{"/r/x.jpg", file | created}}, {}},
-        {"new images in one folder",
-         "/r/a",
-         {{"/r/a/x.jpg", file | created}, {"/r/A/y.JPG", file | created}},
-         {flat("/r/a")}},
-        {"new image below", "/r/a", {{"/r/a/b/c/x.jpg", file | created}}, {flat("/r/a/b/c")}},
-        {"no image",
-         "/r/a",
-         {{"/r/a/x.txt", file | created},
-          {"/r/a/x", file | removed},
-          {"/r/a/y.doc", file | renamed}},
-         {}},
-        {"removed image", "/r/a", {{"/r/a/b/x.jpg", file | removed}}, {}, true},
-        {"removed image elsewhere", "/r/a", {{"/r/x.jpg", file | removed}}, {}},
-        {"renamed image", "/r/a", {{"/r/a/x.jpg", file | renamed}}, {flat("/r/a")}, true},
-        {"written in place", "/r/a", {{"/r/a/x.jpg", file}}, {}},
-        {"neither file nor folder", "/r/a", {{"/r/a/x.jpg", created}}, {}},
-        {"new folder", "/r/a", {{"/r/a/b", folder | created}}, {}, false, {QStringLiteral("/r/a")}},
-        {"removed folder",
-         "/r/a",
-         {{"/r/a/b", folder | removed}},
-         {},
-         true,
-         {QStringLiteral("/r/a")}},
-        {"removed selected folder", "/r/a", {{"/r/a", folder | removed}}, {}, true, {sidebar}},
-        {"removed folder above",
-         "/r/a",
-         {{"/r", folder | removed}},
-         {},
-         false,
-         {QStringLiteral("/")}},
-        {"renamed folder after its file",
-         "/r/a",
-         {{"/r/a/b/x.jpg", file | created}, {"/r/a/b", folder | renamed}},
-         {deep("/r/a/b")},
-         true,
-         {QStringLiteral("/r/a")}},
-        {"renamed folder elsewhere", "/r/a", {{"/r/b", folder | renamed}}, {}, false, {sidebar}},
-        {"folder touched", "/r/a", {{"/r/a", folder}}, {}},
-        {"lost above",
-         "/r/a/b",
-         {{"/r/a", folder | renamed | mustScan}},
-         {deep("/r/a/b")},
-         true,
-         {QStringLiteral("/r+")}},
-        {"lost at the selection",
-         "/r/a",
-         {{"/r/a/", folder | renamed | mustScan}},
-         {deep("/r/a")},
-         true,
-         {QStringLiteral("/r+")}},
-        {"nothing selected",
-         "",
-         {{"/r/x.jpg", file | renamed}, {"/r/a", folder | renamed | mustScan}},
-         {},
-         false,
-         {QStringLiteral("/r+")}},
-    };
-    for (const Case& one : cases) {
+    // Events, folders to scan again and folders of the sidebar to refresh, those with what is below
+    // them with "+"; and whether files may be gone. Selected is "/r/a".
+    const std::tuple<const char*, const char*, bool, const char*> cases[] = {
+        // Images elsewhere, beside, above; in the folder and below.
+        {"fc/r/b/x.jpg fc/r/ab/x.jpg fc/r/x.jpg fx/r/x.jpg", "", false, ""},
+        {"fc/r/a/x.jpg fc/r/A/y.JPG", "/r/a", false, ""},
+        {"fc/r/a/b/c/x.jpg", "/r/a/b/c", false, ""},
+        {"fx/r/a/b/x.jpg", "", true, ""},
+        {"fn/r/a/x.jpg", "/r/a", true, ""},
+        // No images; written in place; neither file nor folder.
+        {"fc/r/a/x.txt fx/r/a/x fn/r/a/y.doc f/r/a/x.jpg c/r/a/x.jpg", "", false, ""},
+        // Folders: new, removed, the selected one, one above, one elsewhere, touched only.
+        {"dc/r/a/b", "", false, "/r/a"},
+        {"dx/r/a/b", "", true, "/r/a"},
+        {"dx/r/a", "", true, "/r"},
+        {"dx/r", "", false, "/"},
+        {"fc/r/a/b/x.jpg dn/r/a/b", "/r/a/b+", true, "/r/a"},
+        {"dn/r/b", "", false, "/r"},
+        {"d/r/a", "", false, ""},
+        // Events were lost above and at the selection.
+        {"dnl/r", "/r/a+", true, "/+"},
+        {"dnl/r/a/", "/r/a+", true, "/r+"}};
+    for (const auto& [events, rescans, checkExist, refreshes] : cases) {
+        SCOPED_TRACE(events);
         QStringList refreshed;
         const WatchedChangesQuestions questions{
             [](const QString&) { return false; },
@@ -122,13 +61,21 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
                 return true;
             },
             [](const QString& uti) { return uti == u"public.jpeg"; }};
-        const WatchedChanges changes = watchedChangesOfEvents(
-            eventsOf(one.events), QString::fromLatin1(one.selected), questions);
-        EXPECT_EQ(changes.rescans, one.rescans) << one.name;
-        EXPECT_EQ(changes.checkExist, one.checkExist) << one.name;
-        EXPECT_EQ(refreshed, one.refreshed) << one.name;
-        EXPECT_EQ(changes.sidebarChanged, !one.refreshed.isEmpty()) << one.name;
-        EXPECT_FALSE(changes.rootsChanged) << one.name;
+        const WatchedChanges changes =
+            watchedChangesOfEvents(eventsOf(events), u"/r/a"_s, questions);
+        QStringList scanned;
+        for (const FolderRescan& rescan : changes.rescans)
+            scanned.append(
+                rescan == FolderRescan{rescan.path, true} ? rescan.path + u'+' : rescan.path);
+        EXPECT_EQ(scanned.join(u' '), QString::fromLatin1(rescans));
+        EXPECT_EQ(changes.checkExist, checkExist);
+        EXPECT_EQ(refreshed.join(u' '), QString::fromLatin1(refreshes));
+        EXPECT_EQ(changes.sidebarChanged, !refreshed.isEmpty());
+        EXPECT_FALSE(changes.rootsChanged);
+        refreshed.clear();
+        // With nothing selected only the sidebar is of interest.
+        const WatchedChanges none = watchedChangesOfEvents(eventsOf(events), {}, questions);
+        EXPECT_TRUE(none.rescans.empty() && !none.checkExist);
     }
 }
 
@@ -140,23 +87,19 @@ TEST(WatchedChangesTest, RootsAreAskedOfRootEventsAndOfFoldersOnly) {
             return path == u"/r";
         },
         [](const QString&, bool) { return false; }, [](const QString&) { return true; }};
-    WatchedChanges changes = watchedChangesOfEvents(
-        eventsOf(
-            {{"/q", EventRootChanged}, {"/s", folder | renamed}, {"/r/x.jpg", file | removed}}),
-        QStringLiteral("/elsewhere"), questions);
-    EXPECT_EQ(asked, (QStringList{QStringLiteral("/q"), QStringLiteral("/s")}));
+    WatchedChanges changes =
+        watchedChangesOfEvents(eventsOf("r/q dn/s fx/r/x.jpg"), u"/elsewhere"_s, questions);
+    EXPECT_EQ(asked, (QStringList{u"/q"_s, u"/s"_s}));
     EXPECT_FALSE(changes.rootsChanged || changes.sidebarChanged);
     // A root event is nothing else besides.
-    changes = watchedChangesOfEvents(
-        eventsOf({{"/r", EventRootChanged | folder | renamed}}), QStringLiteral("/r"), questions);
+    changes = watchedChangesOfEvents(eventsOf("rdn/r"), u"/r"_s, questions);
     EXPECT_TRUE(changes.rootsChanged && changes.sidebarChanged);
     EXPECT_TRUE(changes.rescans.empty() && !changes.checkExist);
 }
 
 namespace {
 
-class Listener final : public SCEventListenerProtocol {
-public:
+struct Listener final : SCEventListenerProtocol {
     void pathWatcher(SCEvents&, std::span<const SCEvent> events) override {
         for (const SCEvent& event : events)
             paths.append(event.eventPath());
@@ -176,22 +119,19 @@ TEST(SCEventsTest, OneStreamAtATimeAndItsDelegateHearsWhatIsNotExcluded) {
     SCEvents events(options);
     events.setDelegate(&listener);
     events.setIgnoreEventsFromSubDirs(false);
-    events.setExcludedPaths({root + QStringLiteral("/b.jpg")});
+    events.setExcludedPaths({root + u"/b.jpg"_s});
 
-    EXPECT_FALSE(events.startWatchingPaths({}));
-    EXPECT_FALSE(events.flushEventStreamSync());
+    EXPECT_FALSE(events.startWatchingPaths({}) || events.flushEventStreamSync());
     EXPECT_TRUE(events.startWatchingPaths({root}));
-    EXPECT_FALSE(events.startWatchingPaths({QStringLiteral("/")}));
+    EXPECT_FALSE(events.startWatchingPaths({u"/"_s}));
     EXPECT_EQ(events.watchedPaths(), QStringList{root});
     events.flushEventStreamSync();
 
-    support::writeFile(root + QStringLiteral("/a.jpg"), "a");
-    support::writeFile(root + QStringLiteral("/b.jpg"), "b");
+    support::writeFile(root + u"/a.jpg"_s, "a");
+    support::writeFile(root + u"/b.jpg"_s, "b");
     EXPECT_TRUE(events.flushEventStreamSync());
     ASSERT_TRUE(support::spinUntil([&] { return !listener.paths.isEmpty(); }));
-    EXPECT_EQ(listener.paths, QStringList{root + QStringLiteral("/a.jpg")});
-
+    EXPECT_EQ(listener.paths, QStringList{root + u"/a.jpg"_s});
     EXPECT_TRUE(events.stopWatchingPaths());
     EXPECT_FALSE(events.stopWatchingPaths());
-    EXPECT_EQ(events.watchedPaths(), QStringList{root});
 }

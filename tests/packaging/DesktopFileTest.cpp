@@ -3,14 +3,8 @@
 
 #include "support/Support.h"
 
-#include <QFile>
-
-#include <gtest/gtest.h>
-
-namespace {
-
 TEST(DesktopFileTest, offersTheProgramForFoldersAndEveryReadableFormat) {
-    QStringList expected{QStringLiteral("inode/directory")};
+    QStringList expected{u"inode/directory"_s};
     PBImageImporterManager importers;
     for (const QString& type : importers.supportImageTypes())
         expected.append(platform::TypeIdentifiers::mimeType(type));
@@ -24,5 +18,3 @@ TEST(DesktopFileTest, offersTheProgramForFoldersAndEveryReadableFormat) {
             offered = line.section(u'=', 1).split(u';', Qt::SkipEmptyParts);
     EXPECT_EQ(offered, expected) << "MimeType=" << expected.join(u';').toStdString() << ';';
 }
-
-} // namespace

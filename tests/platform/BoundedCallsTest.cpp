@@ -3,8 +3,6 @@
 
 #include "support/Support.h"
 
-#include <gtest/gtest.h>
-
 #include <semaphore>
 
 using namespace platform;
@@ -12,8 +10,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class BoundedCallsTest : public testing::Test {
-protected:
+struct BoundedCallsTest : testing::Test {
     static BoundedCalls::Post post() {
         return [](std::function<void()> function) {
             MainLoop::instance()->post(MainLoop::Mode::Common, std::move(function));
@@ -42,15 +39,14 @@ private:
         std::make_shared<std::counting_semaphore<>>(0);
 };
 
-const QString disk = QStringLiteral("disk");
-const QString server = QStringLiteral("server");
-const QString job = QStringLiteral("job");
+const QString disk = u"disk"_s;
+const QString server = u"server"_s;
+const QString job = u"job"_s;
 
 TEST_F(BoundedCallsTest, quickWorkAnswersAtOnceAndNeverTwice) {
     BoundedCalls calls(post());
-    for (int round = 0; round < 100; ++round) {
+    for (int round = 0; round < 100; ++round)
         EXPECT_EQ(calls.call<int>(disk, job, 20s, quick(round), note()), round);
-    }
     EXPECT_FALSE(calls.isLate(disk));
     QCoreApplication::processEvents();
     EXPECT_TRUE(late.empty());
@@ -61,9 +57,9 @@ TEST_F(BoundedCallsTest, hangingLaneCostsOneWaitAndOthersGoOn) {
     EXPECT_FALSE(calls.call<int>(server, job, 1ms, hanging(1), note()));
     EXPECT_TRUE(calls.isLate(server));
     // With an hour's limit this would never end if it waited.
-    EXPECT_FALSE(calls.call<int>(server, QStringLiteral("second"), 1h, quick(2), note()));
-    EXPECT_FALSE(calls.call<int>(server, QStringLiteral("third"), 1h, quick(3), note()));
-    EXPECT_FALSE(calls.call<int>(server, QStringLiteral("second"), 1h, quick(4), note()));
+    EXPECT_FALSE(calls.call<int>(server, u"second"_s, 1h, quick(2), note()));
+    EXPECT_FALSE(calls.call<int>(server, u"third"_s, 1h, quick(3), note()));
+    EXPECT_FALSE(calls.call<int>(server, u"second"_s, 1h, quick(4), note()));
     EXPECT_EQ(calls.call<int>(disk, job, 20s, quick(5), note()), 5);
     letGo();
     EXPECT_TRUE(support::spinUntil([&] { return late.size() == 3; }));
@@ -76,7 +72,7 @@ TEST_F(BoundedCallsTest, endDropsLateAnswers) {
     {
         BoundedCalls calls(post());
         EXPECT_FALSE(calls.call<int>(server, job, 1ms, hanging(1), note()));
-        EXPECT_FALSE(calls.call<int>(server, QStringLiteral("b"), 1ms, quick(2), note()));
+        EXPECT_FALSE(calls.call<int>(server, u"b"_s, 1ms, quick(2), note()));
         letGo();
     }
     QCoreApplication::processEvents();

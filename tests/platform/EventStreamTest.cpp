@@ -4,18 +4,6 @@
 #include "platform/MainLoop.h"
 #include "support/Support.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <map>
-#include <random>
-#include <set>
-#include <thread>
-
 #include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -30,8 +18,7 @@ constexpr std::uint32_t createdFolder = EventItemCreated | EventItemIsDir;
 constexpr std::uint32_t renamedFile = EventItemRenamed | EventItemIsFile;
 constexpr std::uint32_t renamedFolder = EventItemRenamed | EventItemIsDir;
 
-class EventStreamTest : public testing::Test {
-protected:
+struct EventStreamTest : testing::Test {
     void watch(const QStringList& roots) {
         EventStream::Options options;
         options.latency = 24h; // batches come by flushing only
@@ -66,10 +53,13 @@ protected:
     void write(const QString& name) const { support::writeFile(path(name), "bytes"); }
     void makeFolder(const QString& name) const { ASSERT_TRUE(QDir().mkpath(path(name))); }
     void rename(const QString& from, const QString& to) const {
-        ASSERT_EQ(
-            ::rename(
-                QFile::encodeName(path(from)).constData(), QFile::encodeName(path(to)).constData()),
-            0);
+        ASSERT_EQ(::rename(qPrintable(path(from)), qPrintable(path(to))), 0);
+    }
+    using Events = std::map<QString, std::uint32_t>;
+    /// What is told is this and nothing else.
+    void expect(const Events& expected, int line = __builtin_LINE()) {
+        SCOPED_TRACE(line);
+        EXPECT_EQ(events(), expected);
     }
 
     MainLoop _loop;
@@ -81,108 +71,85 @@ protected:
     int _batches = 0;
 };
 
-using Events = std::map<QString, std::uint32_t>;
-
 } // namespace
 
 TEST_F(EventStreamTest, FilesThatComeGoAndAreRenamedAreToldOnceEach) {
-    write(QStringLiteral("old.jpg"));
-    write(QStringLiteral("a.jpg"));
+    write(u"old.jpg"_s);
+    write(u"a.jpg"_s);
     watch({_folder.path()});
-    EXPECT_EQ(events(), Events());
+    expect({});
 
-    write(QStringLiteral("new.jpg"));
-    write(QStringLiteral(".hidden.jpg"));
-    QFile::remove(path(QStringLiteral("old.jpg")));
-    rename(QStringLiteral("a.jpg"), QStringLiteral("b.jpg"));
-    EXPECT_EQ(
-        events(), (Events{
-                      {QStringLiteral("new.jpg"), createdFile},
-                      {QStringLiteral("old.jpg"), EventItemRemoved | EventItemIsFile},
-                      {QStringLiteral("a.jpg"), renamedFile},
-                      {QStringLiteral("b.jpg"), renamedFile},
-                  }));
+    write(u"new.jpg"_s);
+    write(u".hidden.jpg"_s);
+    QFile::remove(path(u"old.jpg"_s));
+    rename(u"a.jpg"_s, u"b.jpg"_s);
+    expect(
+        {{u"new.jpg"_s, createdFile},
+         {u"old.jpg"_s, EventItemRemoved | EventItemIsFile},
+         {u"a.jpg"_s, renamedFile},
+         {u"b.jpg"_s, renamedFile}});
     EXPECT_EQ(_batches, 1);
 
-    write(QStringLiteral("b.jpg")); // rewritten in place
-    EXPECT_EQ(events(), Events());
+    write(u"b.jpg"_s); // rewritten in place
+    expect({});
     // A writer's usual way to replace a file.
-    write(QStringLiteral(".b.jpg.tmp"));
-    rename(QStringLiteral(".b.jpg.tmp"), QStringLiteral("b.jpg"));
-    EXPECT_EQ(events(), (Events{{QStringLiteral("b.jpg"), renamedFile}}));
+    write(u".b.jpg.tmp"_s);
+    rename(u".b.jpg.tmp"_s, u"b.jpg"_s);
+    expect({{u"b.jpg"_s, renamedFile}});
 }
 
 TEST_F(EventStreamTest, FoldersAreFollowedUnderTheirNewNames) {
-    makeFolder(QStringLiteral("root/one/deep"));
-    makeFolder(QStringLiteral("root/two"));
-    makeFolder(QStringLiteral("outside/in"));
-    watch({path(QStringLiteral("root"))});
+    makeFolder(u"root/one/deep"_s);
+    makeFolder(u"root/two"_s);
+    makeFolder(u"outside/in"_s);
+    watch({path(u"root"_s)});
 
-    rename(QStringLiteral("root/one"), QStringLiteral("root/two/three"));
-    EXPECT_EQ(
-        events(), (Events{
-                      {QStringLiteral("root/one"), renamedFolder},
-                      {QStringLiteral("root/two/three"), renamedFolder},
-                  }));
-    write(QStringLiteral("root/two/three/deep/x.jpg"));
-    EXPECT_EQ(events(), (Events{{QStringLiteral("root/two/three/deep/x.jpg"), createdFile}}));
+    rename(u"root/one"_s, u"root/two/three"_s);
+    expect({{u"root/one"_s, renamedFolder}, {u"root/two/three"_s, renamedFolder}});
+    write(u"root/two/three/deep/x.jpg"_s);
+    expect({{u"root/two/three/deep/x.jpg"_s, createdFile}});
 
     // From and to places that are not watched.
-    rename(QStringLiteral("outside/in"), QStringLiteral("root/in"));
-    rename(QStringLiteral("root/two/three"), QStringLiteral("outside/three"));
-    EXPECT_EQ(
-        events(), (Events{
-                      {QStringLiteral("root/in"), renamedFolder},
-                      {QStringLiteral("root/two/three"), renamedFolder},
-                  }));
-    write(QStringLiteral("root/in/y.jpg"));
-    write(QStringLiteral("outside/three/deep/z.jpg"));
-    EXPECT_EQ(events(), (Events{{QStringLiteral("root/in/y.jpg"), createdFile}}));
+    rename(u"outside/in"_s, u"root/in"_s);
+    rename(u"root/two/three"_s, u"outside/three"_s);
+    expect({{u"root/in"_s, renamedFolder}, {u"root/two/three"_s, renamedFolder}});
+    write(u"root/in/y.jpg"_s);
+    write(u"outside/three/deep/z.jpg"_s);
+    expect({{u"root/in/y.jpg"_s, createdFile}});
 
     // Hiding a folder is moving it away, and showing it is moving it in.
-    rename(QStringLiteral("root/in"), QStringLiteral("root/.in"));
-    write(QStringLiteral("root/.in/unseen.jpg"));
-    EXPECT_EQ(events(), (Events{{QStringLiteral("root/in"), renamedFolder}}));
-    rename(QStringLiteral("root/.in"), QStringLiteral("root/again"));
-    EXPECT_EQ(events(), (Events{{QStringLiteral("root/again"), renamedFolder}}));
-    write(QStringLiteral("root/again/seen.jpg"));
-    EXPECT_EQ(events(), (Events{{QStringLiteral("root/again/seen.jpg"), createdFile}}));
+    rename(u"root/in"_s, u"root/.in"_s);
+    write(u"root/.in/unseen.jpg"_s);
+    expect({{u"root/in"_s, renamedFolder}});
+    rename(u"root/.in"_s, u"root/again"_s);
+    expect({{u"root/again"_s, renamedFolder}});
+    write(u"root/again/seen.jpg"_s);
+    expect({{u"root/again/seen.jpg"_s, createdFile}});
 
-    ASSERT_TRUE(QDir(path(QStringLiteral("root/again"))).removeRecursively());
+    ASSERT_TRUE(QDir(path(u"root/again"_s)).removeRecursively());
     const Events gone = events();
-    EXPECT_EQ(gone.at(QStringLiteral("root/again")), EventItemRemoved | EventItemIsDir);
-    makeFolder(QStringLiteral("root/again"));
-    write(QStringLiteral("root/again/z.jpg"));
+    EXPECT_EQ(gone.at(u"root/again"_s), EventItemRemoved | EventItemIsDir);
+    makeFolder(u"root/again"_s);
+    write(u"root/again/z.jpg"_s);
     _stream->flushSync();
     tick(1s); // if the file stood there when the folder was listed
-    EXPECT_EQ(events().at(QStringLiteral("root/again/z.jpg")), createdFile);
+    EXPECT_EQ(events().at(u"root/again/z.jpg"_s), createdFile);
 }
 
 TEST_F(EventStreamTest, ARootThatMovesOrVanishesIsReported) {
-    struct Case {
-        QString from;
-        QString to; // empty: removed
-        QStringList changed;
-    };
-    makeFolder(QStringLiteral("a/root/inner/deep"));
-    watch({path(QStringLiteral("a/root")), path(QStringLiteral("a/root/inner/deep"))});
-    for (const auto& [from, to, changed] : {
-             Case{
-                 QStringLiteral("a/root/inner"),
-                 QStringLiteral("a/root/moved"),
-                 {QStringLiteral("a/root/inner/deep")}},
-             Case{
-                 QStringLiteral("a"),
-                 QStringLiteral("b"),
-                 {QStringLiteral("a/root"), QStringLiteral("a/root/inner/deep")}},
-             Case{QStringLiteral("b/root"), QStringLiteral("root"), {QStringLiteral("a/root")}},
-             Case{QStringLiteral("root"), {}, {QStringLiteral("a/root")}},
-         }) {
-        if (to.isEmpty()) {
+    makeFolder(u"a/root/inner/deep"_s);
+    watch({path(u"a/root"_s), path(u"a/root/inner/deep"_s)});
+    // A place that nothing is moved to stands for removal.
+    const std::tuple<QString, QString, QStringList> cases[] = {
+        {u"a/root/inner"_s, u"a/root/moved"_s, {u"a/root/inner/deep"_s}},
+        {u"a"_s, u"b"_s, {u"a/root"_s, u"a/root/inner/deep"_s}},
+        {u"b/root"_s, u"root"_s, {u"a/root"_s}},
+        {u"root"_s, {}, {u"a/root"_s}}};
+    for (const auto& [from, to, changed] : cases) {
+        if (to.isEmpty())
             QDir(path(from)).removeRecursively();
-        } else {
+        else
             rename(from, to);
-        }
         const Events told = events();
         for (const QString& root : changed) {
             ASSERT_TRUE(told.contains(root)) << root.toStdString() << " by " << from.toStdString();
@@ -193,40 +160,36 @@ TEST_F(EventStreamTest, ARootThatMovesOrVanishesIsReported) {
 
 TEST_F(EventStreamTest, AFileIsToldOnceWhenItsWriterHasFinished) {
     watch({_folder.path()});
-    QFile file(path(QStringLiteral("slow.jpg")));
+    QFile file(path(u"slow.jpg"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     for (int i = 0; i < 3; ++i) {
         ASSERT_EQ(file.write("more"), 4);
         ASSERT_TRUE(file.flush());
         tick(1s);
-        EXPECT_EQ(events(), Events());
+        expect({});
         EXPECT_TRUE(_stream->isBeingWritten(file.fileName()));
     }
     file.close();
-    EXPECT_EQ(events(), (Events{{QStringLiteral("slow.jpg"), createdFile}}));
+    expect({{u"slow.jpg"_s, createdFile}});
     EXPECT_FALSE(_stream->isBeingWritten(file.fileName()));
     tick(1min);
-    EXPECT_EQ(events(), Events());
+    expect({});
 
     // The folder is renamed while the file in it grows.
-    makeFolder(QStringLiteral("f"));
-    QFile inside(path(QStringLiteral("f/x.jpg")));
+    makeFolder(u"f"_s);
+    QFile inside(path(u"f/x.jpg"_s));
     ASSERT_TRUE(inside.open(QIODevice::WriteOnly));
-    EXPECT_EQ(events(), (Events{{QStringLiteral("f"), createdFolder}}));
-    rename(QStringLiteral("f"), QStringLiteral("g"));
+    expect({{u"f"_s, createdFolder}});
+    rename(u"f"_s, u"g"_s);
     inside.write("all");
     inside.close();
-    EXPECT_EQ(events().at(QStringLiteral("g/x.jpg")), createdFile);
+    EXPECT_EQ(events().at(u"g/x.jpg"_s), createdFile);
 
     // Linked here, so that nobody closes it.
-    ASSERT_EQ(
-        ::link(
-            QFile::encodeName(path(QStringLiteral("slow.jpg"))).constData(),
-            QFile::encodeName(path(QStringLiteral("linked.jpg"))).constData()),
-        0);
-    EXPECT_EQ(events(), Events());
+    ASSERT_TRUE(::link(qPrintable(path(u"slow.jpg"_s)), qPrintable(path(u"linked.jpg"_s))) == 0);
+    expect({});
     tick(GrowingFiles::quietTime);
-    EXPECT_EQ(events(), (Events{{QStringLiteral("linked.jpg"), createdFile}}));
+    expect({{u"linked.jpg"_s, createdFile}});
 }
 
 TEST(GrowingFilesTest, AWriterThatPausesIsWaitedForLongerThanAFileThatNeverGrew) {
@@ -245,19 +208,14 @@ TEST(GrowingFilesTest, AWriterThatPausesIsWaitedForLongerThanAFileThatNeverGrew)
 TEST_F(EventStreamTest, NothingSlipsThroughInFoldersThatAreBeingFilled) {
     watch({_folder.path()});
     std::set<QString> made;
-    std::thread writer([&] {
+    std::thread([&] {
         std::mt19937 random(7);
         for (int i = 0; i < 300; ++i) {
-            const QString folder = QStringLiteral("%1/%2/%3").arg(i).arg(random() % 3).arg(i % 2);
-            QDir().mkpath(path(folder));
-            for (int file = 0; file < 6; ++file) {
-                const QString name = QStringLiteral("%1/%2.jpg").arg(folder).arg(file);
-                write(name);
-                made.insert(name);
-            }
+            const QString folder = u"%1/%2/%3"_s.arg(i).arg(random() % 3).arg(i % 2);
+            for (int file = 0; file < 6; ++file)
+                write(*made.insert(u"%1/%2.jpg"_s.arg(folder).arg(file)).first);
         }
-    });
-    writer.join();
+    }).join();
     _stream->flushSync();
     tick(1s); // those that were complete when their folder was listed
     const Events told = events();
@@ -267,7 +225,7 @@ TEST_F(EventStreamTest, NothingSlipsThroughInFoldersThatAreBeingFilled) {
 
 TEST_F(EventStreamTest, NoBatchComesAfterTheStreamIsGone) {
     watch({_folder.path()});
-    write(QStringLiteral("a.jpg"));
+    write(u"a.jpg"_s);
     _stream->flushSync();
     _stream.reset();
     bool posted = false;
@@ -279,17 +237,15 @@ TEST_F(EventStreamTest, NoBatchComesAfterTheStreamIsGone) {
 TEST(EventStreamLimitTest, AnExhaustedLimitIsToldAndTheRootIsToBeScanned) {
     QTemporaryDir folder;
     for (int i = 0; i < 30; ++i)
-        ASSERT_TRUE(QDir().mkpath(QStringLiteral("%1/%2").arg(folder.path()).arg(i)));
+        ASSERT_TRUE(QDir().mkpath(u"%1/%2"_s.arg(folder.path()).arg(i)));
     // The limit can be set in a name space of the child's own.
-    const QByteArray script =
-        "ulimit -c 0; echo 20 > /proc/sys/user/max_inotify_watches && exec " +
-        QFile::encodeName(QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget()) +
-        " --gtest_also_run_disabled_tests "
-        "--gtest_filter=EventStreamLimitTest.DISABLED_WithTheLimit 2>&1";
+    const QByteArray script = "ulimit -c 0; echo 20 > /proc/sys/user/max_inotify_watches && exec " +
+                              QFile::encodeName(QFileInfo(u"/proc/self/exe"_s).symLinkTarget()) +
+                              " --gtest_also_run_disabled_tests "
+                              "--gtest_filter=EventStreamLimitTest.DISABLED_WithTheLimit 2>&1";
     if (std::system("unshare -Ur sh -c 'echo 20 > /proc/sys/user/max_inotify_watches' "
-                    "2>/dev/null") != 0) {
+                    "2>/dev/null") != 0)
         GTEST_SKIP() << "name spaces of users are not permitted here";
-    }
     qputenv("WATCHED_FOLDER", QFile::encodeName(folder.path()));
     std::unique_ptr<FILE, int (*)(FILE*)> child(
         ::popen(("unshare -Ur sh -c '" + script + "'").constData(), "r"), &::pclose);

@@ -2,23 +2,18 @@
 #include "platform/Places.h"
 #include "support/Support.h"
 
-#include <QTemporaryDir>
 #include <QtEndian>
 
-#include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <cmath>
-#include <limits>
 #include <numbers>
-#include <random>
 
 namespace {
 
 using platform::Gazetteer;
 
 QString installedPath() {
-    return platform::Places::sharedFile(QStringLiteral("gazetteer.bin"));
+    return platform::Places::sharedFile(u"gazetteer.bin"_s);
 }
 
 std::shared_ptr<const Gazetteer> installed() {
@@ -40,23 +35,20 @@ double haversine(PBLocation left, PBLocation right) {
 TEST(GazetteerTest, treeSearchFindsWhatALinearSearchFinds) {
     const auto gazetteer = installed();
     std::vector<PBLocation> places;
-    for (std::uint32_t index = 0; index < gazetteer->placeCount(); ++index) {
+    for (std::uint32_t index = 0; index < gazetteer->placeCount(); ++index)
         places.push_back(gazetteer->location(index));
-    }
     std::vector<PBLocation> targets{{90, 0},       {-90, 0},      {0, 0},
                                     {-16.8, 180},  {-16.8, -180}, {66, 179.9999},
                                     {66, -179.99}, {89.9, 12},    {-48.87, -123.4}};
     std::mt19937 random(7);
     std::uniform_real_distribution<double> latitude(-60, 75);
     std::uniform_real_distribution<double> longitude(-180, 180);
-    while (targets.size() < 40) {
+    while (targets.size() < 40)
         targets.push_back({latitude(random), longitude(random)});
-    }
     for (const PBLocation& target : targets) {
         double best = std::numeric_limits<double>::max();
-        for (const PBLocation& place : places) {
+        for (const PBLocation& place : places)
             best = std::min(best, haversine(target, place));
-        }
         const auto found = gazetteer->nearest(target, 2.1e7);
         ASSERT_TRUE(found) << target.latitude << " " << target.longitude;
         // Coordinates are stored to about half a metre.
@@ -72,9 +64,8 @@ TEST(GazetteerTest, positionsThatAreNoneHaveNoNearestPlace) {
     for (const PBLocation location :
          {PBLocation{91, 0}, PBLocation{-90.001, 0}, PBLocation{0, 180.1},
           PBLocation{notANumber, 0}, PBLocation{0, notANumber}, PBLocation{infinite, 0},
-          PBLocation{0, -infinite}}) {
+          PBLocation{0, -infinite}})
         EXPECT_FALSE(installed()->nearest(location, 1e9));
-    }
 }
 
 // The file with one 32-bit word replaced and, if told to, its checksum made right again.
@@ -127,21 +118,19 @@ TEST(GazetteerTest, damagedFilesAreRefusedWithAReason) {
         EXPECT_FALSE(reason.isEmpty()) << what;
     }
     QString reason;
-    EXPECT_EQ(Gazetteer::open(folder.filePath(QStringLiteral("missing")), &reason), nullptr);
+    EXPECT_EQ(Gazetteer::open(folder.filePath(u"missing"_s), &reason), nullptr);
     EXPECT_FALSE(reason.isEmpty());
     EXPECT_EQ(Gazetteer::open(folder.path(), &reason), nullptr);
 }
 
 TEST(GazetteerTest, emptyGazetteerAnswersNothing) {
     QByteArray bytes = support::readFile(installedPath()).left(36) + QByteArray(1, '\0');
-    for (const qsizetype count : {16, 20, 24}) {
+    for (const qsizetype count : {16, 20, 24})
         qToLittleEndian<quint32>(0, bytes.data() + count);
-    }
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("empty.bin"));
-    support::writeFile(path, withWord(bytes, 28, 1, true));
+    support::writeFile(folder.filePath(u"empty.bin"_s), withWord(bytes, 28, 1, true));
     QString reason;
-    const auto gazetteer = Gazetteer::open(path, &reason);
+    const auto gazetteer = Gazetteer::open(folder.filePath(u"empty.bin"_s), &reason);
     ASSERT_NE(gazetteer, nullptr) << qPrintable(reason);
     EXPECT_FALSE(gazetteer->nearest({0, 0}, 1e9));
 }

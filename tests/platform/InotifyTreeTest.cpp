@@ -2,9 +2,6 @@
 
 #include "support/Support.h"
 
-#include <QDir>
-#include <QTemporaryDir>
-
 #include <gmock/gmock.h>
 
 #include <sys/stat.h>

@@ -2,10 +2,6 @@
 
 #include "support/Support.h"
 
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
 #include <csignal>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,11 +10,10 @@ using platform::UserDefaults;
 
 namespace {
 
-class UserDefaultsTest : public testing::Test {
-protected:
+struct UserDefaultsTest : testing::Test {
     QTemporaryDir folder;
-    const QString file = folder.filePath(QStringLiteral("Velmora.conf"));
-    const QString key = QStringLiteral("Key");
+    const QString file = folder.filePath(u"Velmora.conf"_s);
+    const QString key = u"Key"_s;
 
     /// What is written on standard error while the function runs.
     static std::string complaints(const std::function<void()>& function) {
@@ -34,39 +29,30 @@ TEST_F(UserDefaultsTest, everyTypeSurvivesARestart) {
     const std::vector<UserDefaults::IntegerArray> chains{{3, 5}, {16}, {}};
     {
         UserDefaults defaults(file);
-        defaults.setBool(false, QStringLiteral("Bool"));
-        defaults.setInteger(-9007199254740993, QStringLiteral("Integer"));
-        defaults.setDouble(0.1, QStringLiteral("Double"));
-        defaults.setString(text, QStringLiteral("String"));
-        defaults.setString(QString(), QStringLiteral("Empty"));
-        defaults.setData(bytes, QStringLiteral("Data"));
-        defaults.setIntegers({3}, QStringLiteral("One"));
-        defaults.setIntegers({}, QStringLiteral("None"));
-        defaults.setIntegerArrays(chains, QStringLiteral("Chains"));
-        defaults.setInteger(1, QStringLiteral("Gone"));
-        defaults.removeKey(QStringLiteral("Gone"));
+        defaults.setBool(false, u"Bool"_s);
+        defaults.setInteger(-9007199254740993, u"Integer"_s);
+        defaults.setDouble(0.1, u"Double"_s);
+        defaults.setString(text, u"String"_s);
+        defaults.setString(QString(), u"Empty"_s);
+        defaults.setData(bytes, u"Data"_s);
+        defaults.setIntegers({3}, u"One"_s);
+        defaults.setIntegers({}, u"None"_s);
+        defaults.setIntegerArrays(chains, u"Chains"_s);
+        defaults.setInteger(1, u"Gone"_s);
+        defaults.removeKey(u"Gone"_s);
     }
     const UserDefaults defaults(file);
-    EXPECT_EQ(defaults.boolForKey(QStringLiteral("Bool")), false);
-    EXPECT_EQ(defaults.integerForKey(QStringLiteral("Integer")), -9007199254740993);
-    EXPECT_EQ(defaults.doubleForKey(QStringLiteral("Double")), 0.1);
-    EXPECT_EQ(defaults.stringForKey(QStringLiteral("String")), text);
-    EXPECT_EQ(defaults.stringForKey(QStringLiteral("Empty")), QString());
-    EXPECT_EQ(defaults.dataForKey(QStringLiteral("Data")), bytes);
-    EXPECT_EQ(defaults.integersForKey(QStringLiteral("One")), UserDefaults::IntegerArray{3});
-    EXPECT_EQ(defaults.integersForKey(QStringLiteral("None")), UserDefaults::IntegerArray{});
-    EXPECT_EQ(defaults.integerArraysForKey(QStringLiteral("Chains")), chains);
-    EXPECT_FALSE(defaults.hasKey(QStringLiteral("Gone")));
-    EXPECT_EQ(defaults.integerForKey(QStringLiteral("Gone")), std::nullopt);
-}
-
-TEST_F(UserDefaultsTest, handWrittenListsAndTruthValuesAreRead) {
-    support::writeFile(file, "GroupTypeArray=3, 5\nRecurseSubFolder=1\n");
-    const UserDefaults defaults(file);
-    EXPECT_EQ(
-        defaults.integersForKey(QStringLiteral("GroupTypeArray")),
-        (UserDefaults::IntegerArray{3, 5}));
-    EXPECT_EQ(defaults.boolForKey(QStringLiteral("RecurseSubFolder")), true);
+    EXPECT_EQ(defaults.boolForKey(u"Bool"_s), false);
+    EXPECT_EQ(defaults.integerForKey(u"Integer"_s), -9007199254740993);
+    EXPECT_EQ(defaults.doubleForKey(u"Double"_s), 0.1);
+    EXPECT_EQ(defaults.stringForKey(u"String"_s), text);
+    EXPECT_EQ(defaults.stringForKey(u"Empty"_s), QString());
+    EXPECT_EQ(defaults.dataForKey(u"Data"_s), bytes);
+    EXPECT_EQ(defaults.integersForKey(u"One"_s), UserDefaults::IntegerArray{3});
+    EXPECT_EQ(defaults.integersForKey(u"None"_s), UserDefaults::IntegerArray{});
+    EXPECT_EQ(defaults.integerArraysForKey(u"Chains"_s), chains);
+    EXPECT_FALSE(defaults.hasKey(u"Gone"_s));
+    EXPECT_EQ(defaults.integerForKey(u"Gone"_s), std::nullopt);
 }
 
 TEST_F(UserDefaultsTest, valueIsOnDiskWhenTheProcessIsKilledRightAfterTheSet) {
@@ -102,32 +88,35 @@ TEST_F(UserDefaultsTest, damagedFileIsLeftAloneAndChangesStayInMemory) {
 }
 
 TEST_F(UserDefaultsTest, settingOfTheWrongTypeCountsAsAbsentIsToldOnceAndStays) {
-    const QByteArray bytes("SortType=soon\nFilter=1.5\nGroupTypeArray=3,x\nSplit=nan\nData=%%\n");
+    const QByteArray bytes(
+        "Hand=3, 5\nSortType=soon\nFilter=1.5\nGroupTypeArray=3,x\nSplit=nan\nData=%%\n");
     support::writeFile(file, bytes);
     const std::string told = complaints([&] {
         UserDefaults defaults(file);
+        EXPECT_EQ(defaults.integersForKey(u"Hand"_s), (UserDefaults::IntegerArray{3, 5}))
+            << "by hand";
         for (int i = 0; i < 2; ++i) {
-            EXPECT_EQ(defaults.integerForKey(QStringLiteral("SortType")), std::nullopt);
-            EXPECT_EQ(defaults.integerForKey(QStringLiteral("Filter")), std::nullopt);
-            EXPECT_EQ(defaults.integersForKey(QStringLiteral("GroupTypeArray")), std::nullopt);
-            EXPECT_EQ(defaults.doubleForKey(QStringLiteral("Split")), std::nullopt);
-            EXPECT_EQ(defaults.boolForKey(QStringLiteral("SortType")), std::nullopt);
-            EXPECT_EQ(defaults.dataForKey(QStringLiteral("Data")), std::nullopt);
+            EXPECT_EQ(defaults.integerForKey(u"SortType"_s), std::nullopt);
+            EXPECT_EQ(defaults.integerForKey(u"Filter"_s), std::nullopt);
+            EXPECT_EQ(defaults.integersForKey(u"GroupTypeArray"_s), std::nullopt);
+            EXPECT_EQ(defaults.doubleForKey(u"Split"_s), std::nullopt);
+            EXPECT_EQ(defaults.boolForKey(u"SortType"_s), std::nullopt);
+            EXPECT_EQ(defaults.dataForKey(u"Data"_s), std::nullopt);
         }
         EXPECT_TRUE(defaults.isPersistent());
         defaults.setInteger(2, key);
     });
     EXPECT_EQ(std::ranges::count(told, '\n'), 5) << told;
     const UserDefaults again(file);
-    EXPECT_EQ(again.stringForKey(QStringLiteral("SortType")), QStringLiteral("soon"));
+    EXPECT_EQ(again.stringForKey(u"SortType"_s), u"soon"_s);
     EXPECT_EQ(again.integerForKey(key), 2);
 }
 
 TEST_F(UserDefaultsTest, unwritableFolderIsToldOnceAndChangesStayInMemory) {
     // A file where a folder should be keeps even the superuser out.
-    support::writeFile(folder.filePath(QStringLiteral("plain")), "x");
+    support::writeFile(folder.filePath(u"plain"_s), "x");
     const std::string told = complaints([&] {
-        UserDefaults defaults(folder.filePath(QStringLiteral("plain/Velmora.conf")));
+        UserDefaults defaults(folder.filePath(u"plain/Velmora.conf"_s));
         defaults.setInteger(1, key);
         defaults.setInteger(2, key);
         EXPECT_EQ(defaults.integerForKey(key), 2);

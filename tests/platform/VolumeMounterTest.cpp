@@ -10,8 +10,6 @@
 #include <QDBusVirtualObject>
 #include <QMap>
 
-#include <gtest/gtest.h>
-
 using platform::DiskServiceMounter;
 using platform::FileSystemIdentity;
 using Interfaces = QMap<QString, QVariantMap>;
@@ -20,8 +18,7 @@ using Objects = QMap<QDBusObjectPath, Interfaces>;
 namespace {
 
 /// The desktop's disk service, with two disks, on a private connection.
-class ToldDisks final : public QDBusVirtualObject {
-public:
+struct ToldDisks final : QDBusVirtualObject {
     ToldDisks() {
         qDBusRegisterMetaType<Interfaces>();
         qDBusRegisterMetaType<Objects>();
@@ -30,12 +27,12 @@ public:
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
         calls.append(message.member() + u' ' + message.path());
-        if (message.member() == QStringLiteral("GetManagedObjects")) {
+        if (message.member() == u"GetManagedObjects"_s) {
             connection.send(
-                isBroken ? message.createReply(QStringLiteral("nonsense"))
+                isBroken ? message.createReply(u"nonsense"_s)
                          : message.createReply(QVariant::fromValue(disks())));
         } else if (refusal.isEmpty()) {
-            connection.send(message.createReply(QStringLiteral("/media/user/Disk")));
+            connection.send(message.createReply(u"/media/user/Disk"_s));
         } else {
             connection.send(message.createErrorReply(QDBusError::AccessDenied, refusal));
         }
@@ -48,38 +45,33 @@ public:
 
 private:
     static Objects disks() {
-        const QString block = QStringLiteral("org.freedesktop.UDisks2.Block");
+        const QString block = u"org.freedesktop.UDisks2.Block"_s;
         const auto withUuid = [&](const char* uuid) {
-            return QVariantMap{{QStringLiteral("IdUUID"), QString::fromLatin1(uuid)}};
+            return QVariantMap{{u"IdUUID"_s, QString::fromLatin1(uuid)}};
         };
-        const QString fileSystem = QStringLiteral("org.freedesktop.UDisks2.Filesystem");
+        const QString fileSystem = u"org.freedesktop.UDisks2.Filesystem"_s;
         return {
             // A whole disk can carry the same mark as its partition, but can't be mounted.
-            {QDBusObjectPath(QStringLiteral("/disks/a")), {{block, withUuid("ABCD-12ef")}}},
-            {QDBusObjectPath(QStringLiteral("/disks/a1")),
-             {{block, withUuid("ABCD-12ef")}, {fileSystem, {}}}},
-            {QDBusObjectPath(QStringLiteral("/disks/b")),
-             {{block, withUuid("")}, {fileSystem, {}}}},
-        };
+            {QDBusObjectPath(u"/disks/a"_s), {{block, withUuid("ABCD-12ef")}}},
+            {QDBusObjectPath(u"/disks/a1"_s), {{block, withUuid("ABCD-12ef")}, {fileSystem, {}}}},
+            {QDBusObjectPath(u"/disks/b"_s), {{block, withUuid("")}, {fileSystem, {}}}}};
     }
 };
 
-class VolumeMounterTest : public testing::Test {
-protected:
+struct VolumeMounterTest : testing::Test {
     VolumeMounterTest() {
         QObject::connect(
             &server, &QDBusServer::newConnection, &service, [this](QDBusConnection connection) {
-                connection.registerVirtualObject(
-                    QStringLiteral("/"), &service, QDBusConnection::SubPath);
+                connection.registerVirtualObject(u"/"_s, &service, QDBusConnection::SubPath);
             });
     }
-    ~VolumeMounterTest() override { QDBusConnection::disconnectFromPeer(QStringLiteral("disks")); }
+    ~VolumeMounterTest() override { QDBusConnection::disconnectFromPeer(u"disks"_s); }
 
     /// What the user would be told; "mounted" for success.
     QString mount(const QByteArray& uuid) {
         QString outcome;
         mounter.mount({"vfat", uuid, "/dev/x", 0}, [&](const QString& error) {
-            outcome = error.isEmpty() ? QStringLiteral("mounted") : error;
+            outcome = error.isEmpty() ? u"mounted"_s : error;
         });
         EXPECT_TRUE(outcome.isEmpty()) << "nothing waits";
         EXPECT_TRUE(support::spinUntil([&] { return !outcome.isEmpty(); }));
@@ -89,7 +81,7 @@ protected:
     ToldDisks service;
     QDBusServer server;
     std::function<QDBusConnection()> connect = [this] {
-        return QDBusConnection::connectToPeer(server.address(), QStringLiteral("disks"));
+        return QDBusConnection::connectToPeer(server.address(), u"disks"_s);
     };
     DiskServiceMounter mounter{connect};
 };
@@ -97,24 +89,24 @@ protected:
 TEST_F(VolumeMounterTest, diskIsFoundByItsUuidAndMounted) {
     EXPECT_TRUE(mounter.canMount({"vfat", "abcd12ef", "/dev/x", 0}));
     EXPECT_FALSE(mounter.canMount({"nfs", "", "server:/x", 0}));
-    EXPECT_EQ(mount("abcd12ef"), QStringLiteral("mounted"));
-    EXPECT_EQ(service.calls.constLast(), QStringLiteral("Mount /disks/a1"));
+    EXPECT_EQ(mount("abcd12ef"), u"mounted"_s);
+    EXPECT_EQ(service.calls.constLast(), u"Mount /disks/a1"_s);
 }
 
 TEST_F(VolumeMounterTest, failuresAreToldOnce) {
-    EXPECT_NE(mount("0000"), QStringLiteral("mounted"));
+    EXPECT_NE(mount("0000"), u"mounted"_s);
     EXPECT_EQ(service.calls.size(), 1);
-    service.refusal = QStringLiteral("not authorised");
+    service.refusal = u"not authorised"_s;
     EXPECT_EQ(mount("abcd12ef"), service.refusal);
     service.isBroken = true;
-    EXPECT_NE(mount("abcd12ef"), QStringLiteral("mounted"));
+    EXPECT_NE(mount("abcd12ef"), u"mounted"_s);
 }
 
 TEST_F(VolumeMounterTest, answerAfterTheEndIsDropped) {
     auto passing = std::make_unique<DiskServiceMounter>(connect);
     passing->mount({"vfat", "abcd12ef", "/dev/x", 0}, [](const QString&) { FAIL(); });
     passing.reset();
-    EXPECT_EQ(mount("abcd12ef"), QStringLiteral("mounted"));
+    EXPECT_EQ(mount("abcd12ef"), u"mounted"_s);
 }
 
 } // namespace

@@ -3,12 +3,6 @@
 
 #include "support/Support.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
 #include <sys/mount.h>
 
 using namespace platform;
@@ -16,8 +10,7 @@ using namespace platform;
 namespace {
 
 /// A mount table and a sysfs made of files.
-class VolumesTest : public testing::Test {
-protected:
+struct VolumesTest : testing::Test {
     VolumesTest() {
         sources.mountInfo = path(u"mountinfo");
         sources.sysfs = path(u"sys");
@@ -33,8 +26,8 @@ protected:
     void addDisk(QStringView number, QStringView device, bool isPartition = false) {
         const QString folder = path(u"sys/devices/") + device.toString();
         QDir().mkpath(folder);
-        support::writeFile(folder + QStringLiteral("/dev"), number.toUtf8() + '\n');
-        if (isPartition) support::writeFile(folder + QStringLiteral("/partition"), "1\n");
+        support::writeFile(folder + u"/dev"_s, number.toUtf8() + '\n');
+        if (isPartition) support::writeFile(folder + u"/partition"_s, "1\n");
         QFile::link(folder, path(u"sys/dev/block/") + number.toString());
     }
     void addAttribute(QStringView device, QStringView name, const QByteArray& value) {
@@ -69,20 +62,18 @@ TEST_F(VolumesTest, mountTableIsReadWithItsEscapesAndJunk) {
         "22 20 0:40 / /mnt/x rw - nfs4 host:/a\\040b rw,addr=1.2.3.4\n"
         "23 22 8:18 / /mnt/x rw - ext4 /dev/sdb2 rw");
     ASSERT_EQ(table.mounts().size(), 4u);
-    const Mount* disk = table.mountOfPath(QStringLiteral("/mnt/my disk\\x/a/b"));
+    const Mount* disk = table.mountOfPath(u"/mnt/my disk\\x/a/b"_s);
     ASSERT_TRUE(disk);
     EXPECT_EQ(disk->id, 21u);
     EXPECT_EQ(disk->minor, 17u);
-    EXPECT_EQ(
-        pathInFileSystem(*disk, QStringLiteral("/mnt/my disk\\x/a")), QStringLiteral("/sub/a"));
-    EXPECT_EQ(
-        pathBelowMount(*disk, QStringLiteral("/sub/a/b")), QStringLiteral("/mnt/my disk\\x/a/b"));
-    EXPECT_TRUE(pathBelowMount(*disk, QStringLiteral("/subway")).isEmpty());
+    EXPECT_EQ(pathInFileSystem(*disk, u"/mnt/my disk\\x/a"_s), u"/sub/a"_s);
+    EXPECT_EQ(pathBelowMount(*disk, u"/sub/a/b"_s), u"/mnt/my disk\\x/a/b"_s);
+    EXPECT_TRUE(pathBelowMount(*disk, u"/subway"_s).isEmpty());
     EXPECT_EQ(table.mounts()[2].source, "host:/a b");
     // Mounted over the server's folder, so that is what the path shows.
-    EXPECT_EQ(table.mountOfPath(QStringLiteral("/mnt/x/y"))->id, 23u);
-    EXPECT_EQ(table.mountOfPath(QStringLiteral("/mnt/xy"))->id, 20u);
-    EXPECT_FALSE(table.mountOfPath(QStringLiteral("relative")));
+    EXPECT_EQ(table.mountOfPath(u"/mnt/x/y"_s)->id, 23u);
+    EXPECT_EQ(table.mountOfPath(u"/mnt/xy"_s)->id, 20u);
+    EXPECT_FALSE(table.mountOfPath(u"relative"_s));
 }
 
 TEST_F(VolumesTest, kindOfVolumeFollowsBusMediumAndFileSystem) {
@@ -117,10 +108,10 @@ TEST_F(VolumesTest, kindOfVolumeFollowsBusMediumAndFileSystem) {
     addMount("41 20 0:54 / /data/memory rw - tmpfs tmpfs rw");
     addMount("42 20 0:55 / /media/share rw - cifs //host/share rw");
 
-    EXPECT_EQ(propertiesAt(u"/home"), local);
-    EXPECT_EQ(propertiesAt(u"/data/disk"), local);
-    EXPECT_EQ(propertiesAt(u"/data/soldered"), local);
-    EXPECT_EQ(propertiesAt(u"/data/memory"), local);
+    for (const auto* place : {u"/home", u"/data/disk", u"/data/soldered", u"/data/memory"})
+        EXPECT_EQ(propertiesAt(place), local) << qPrintable(QStringView(place).toString());
+    for (const auto* place : {u"/data/nfs", u"/data/ssh", u"/data/dav", u"/media/share"})
+        EXPECT_EQ(propertiesAt(place), network) << qPrintable(QStringView(place).toString());
     EXPECT_FALSE(propertiesAt(u"/data/stick").isInternal);
     EXPECT_FALSE(propertiesAt(u"/data/secret").isInternal);
     EXPECT_TRUE(propertiesAt(u"/media/user/Disk").isEjectable);
@@ -128,13 +119,7 @@ TEST_F(VolumesTest, kindOfVolumeFollowsBusMediumAndFileSystem) {
     EXPECT_TRUE(propertiesAt(u"/data/disc").isEjectable);
     EXPECT_TRUE(propertiesAt(u"/media/user/phone").isRemovable);
     EXPECT_TRUE(propertiesAt(u"/media/user/phone").isLocal);
-    EXPECT_EQ(propertiesAt(u"/data/nfs"), network);
-    EXPECT_EQ(propertiesAt(u"/data/ssh"), network);
-    EXPECT_EQ(propertiesAt(u"/data/dav"), network);
-    EXPECT_EQ(propertiesAt(u"/media/share"), network);
-}
-
-TEST_F(VolumesTest, systemRunningFromAStickIsAtHome) {
+    // A system that runs from a stick is at home there.
     addDisk(u"8:49", u"pci0/usb1/1-1/block/sdd/sdd1", true);
     addMount("50 1 8:49 / / rw - ext4 /dev/sdd1 rw");
     addMount("51 50 8:49 /home /home rw - ext4 /dev/sdd1 rw");
@@ -150,7 +135,7 @@ TEST_F(VolumesTest, uuidComesFromUdevOrTheDiskLinks) {
     QFile::remove(path(u"udev/b8:1"));
     QDir().mkpath(path(u"by-uuid"));
     support::writeFile(path(u"dev/sda1"), "");
-    QFile::link(QStringLiteral("../dev/sda1"), path(u"by-uuid/0011-2233"));
+    QFile::link(u"../dev/sda1"_s, path(u"by-uuid/0011-2233"));
     EXPECT_EQ(volumes.identity(table.mounts()[0], nowhere).uuid, "00112233");
 }
 
@@ -166,47 +151,41 @@ TEST_F(VolumesTest, fileSystemsAgreeByTheBestMarkBothKnow) {
     EXPECT_FALSE(subvolume.agreesWith({"btrfs", "aa", "/dev/sda1", 8}));
 }
 
+/// What a watcher tells, in order.
+std::unique_ptr<VolumeWatcher> watcherOf(const QString& mountInfo, QStringList& told) {
+    auto watcher = std::make_unique<VolumeWatcher>(mountInfo);
+    const auto note = [&told](QChar sign) {
+        return [&told, sign](const QString& place) { told.append(sign + place); };
+    };
+    QObject::connect(watcher.get(), &VolumeWatcher::volumeDidMount, watcher.get(), note(u'+'));
+    QObject::connect(watcher.get(), &VolumeWatcher::volumeDidUnmount, watcher.get(), note(u'-'));
+    return watcher;
+}
+
 TEST_F(VolumesTest, differencesOfTheMountTableAreToldOnce) {
-    VolumeWatcher watcher(sources.mountInfo);
     QStringList told;
-    QObject::connect(&watcher, &VolumeWatcher::volumeDidMount, &watcher, [&](const QString& place) {
-        told.append(u'+' + place);
-    });
-    QObject::connect(
-        &watcher, &VolumeWatcher::volumeDidUnmount, &watcher,
-        [&](const QString& place) { told.append(u'-' + place); });
+    const auto watcher = watcherOf(sources.mountInfo, told);
     addMount("60 20 0:60 / /mnt/a rw - tmpfs a rw");
     addMount("61 20 0:61 / /proc rw - proc proc rw");
-    watcher.check();
-    watcher.check();
+    watcher->check();
+    watcher->check();
     support::writeFile(
         sources.mountInfo, "20 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
                            "60 20 0:62 / /mnt/b rw - tmpfs a rw\n");
-    watcher.check();
-    EXPECT_EQ(
-        told,
-        (QStringList{
-            QStringLiteral("+/mnt/a"), QStringLiteral("-/mnt/a"), QStringLiteral("+/mnt/b")}));
+    watcher->check();
+    EXPECT_EQ(told, (QStringList{u"+/mnt/a"_s, u"-/mnt/a"_s, u"+/mnt/b"_s}));
 }
 
 TEST(VolumeWatcherTest, kernelWakesTheWatcher) {
     const QTemporaryDir folder;
     const QByteArray place = QFile::encodeName(folder.path());
-    VolumeWatcher watcher(VolumeSources().mountInfo);
-    QStringList mounted;
-    QStringList unmounted;
-    QObject::connect(&watcher, &VolumeWatcher::volumeDidMount, &watcher, [&](const QString& path) {
-        mounted.append(path);
-    });
-    QObject::connect(
-        &watcher, &VolumeWatcher::volumeDidUnmount, &watcher,
-        [&](const QString& path) { unmounted.append(path); });
-    if (::mount("none", place.constData(), "tmpfs", 0, nullptr) != 0) {
+    QStringList told;
+    const auto watcher = watcherOf(VolumeSources().mountInfo, told);
+    if (::mount("none", place.constData(), "tmpfs", 0, nullptr) != 0)
         GTEST_SKIP() << "not allowed to mount";
-    }
-    EXPECT_TRUE(support::spinUntil([&] { return mounted.contains(folder.path()); }));
+    EXPECT_TRUE(support::spinUntil([&] { return told.contains(u'+' + folder.path()); }));
     ::umount(place.constData());
-    EXPECT_TRUE(support::spinUntil([&] { return unmounted.contains(folder.path()); }));
+    EXPECT_TRUE(support::spinUntil([&] { return told.contains(u'-' + folder.path()); }));
 }
 
 } // namespace

@@ -2,15 +2,12 @@
 
 #include "group/ItemOrder.h"
 
-#include <QFile>
-
 namespace {
 
-class Note final : public PBScanAttachOperation {
-public:
+struct Note final : PBScanAttachOperation {
     Note(QStringList& notes, QString name) : _notes(notes), _name(std::move(name)) {}
     void runWithOwnerNSOperation(platform::Operation&, bool isLast) override {
-        _notes.append(isLast ? _name + QStringLiteral(" last") : _name);
+        _notes.append(isLast ? _name + u" last"_s : _name);
     }
 
 private:
@@ -18,24 +15,15 @@ private:
     const QString _name;
 };
 
-QStringList names(std::initializer_list<const char*> list) {
-    QStringList result;
-    for (const char* name : list)
-        result.append(QString::fromLatin1(name));
-    return result;
-}
-
 using Chains = std::vector<PBGroupItemChain>;
 
-class AttachTest : public ScanTest {
-protected:
+struct AttachTest : ScanTest {
     /// A chain for some items of the work tree, which has one leaf at the top.
     PBGroupItemChain chainOf(const QStringList& wanted) const {
         const PBGroupItem& leaf = *workTree->front();
         std::shared_ptr<PBGroupItem> node = PBGroupItem::groupItemWithParent(nullptr, leaf.data());
-        for (const auto& item : leaf.imageFiles()) {
+        for (const auto& item : leaf.imageFiles())
             if (wanted.contains(item->fileName())) node->sortAddImageFileItem(item, 0, false);
-        }
         return {node};
     }
     PBScanDictionaryRef dictionary() const {
@@ -47,12 +35,12 @@ protected:
 
 TEST_F(AttachTest, AttachedWorkRunsWithoutAScanAndInOrderWithin) {
     QStringList notes;
-    factory->attach(std::make_shared<Note>(notes, QStringLiteral("alone")));
+    factory->attach(std::make_shared<Note>(notes, u"alone"_s));
     scanQueue.waitUntilAllOperationsAreFinished();
     EXPECT_EQ(notes, names({"alone last"}));
 
     notes.clear();
-    makePicture(QStringLiteral("a.jpg"));
+    makePicture(u"a.jpg"_s);
     importers.willRead = [&](const QString&) {
         for (const char* name : {"1", "2", "3"})
             factory->attach(std::make_shared<Note>(notes, QString::fromLatin1(name)));
@@ -69,10 +57,10 @@ TEST_F(AttachTest, WhatACancelledOwnerTookOutIsLostAndTheRestStays) {
     };
     const auto array = std::make_shared<PBAttachOperationArray>();
     array->add(std::make_shared<Cancel>());
-    array->add(std::make_shared<Note>(notes, QStringLiteral("lost")));
+    array->add(std::make_shared<Note>(notes, u"lost"_s));
     scanQueue.addOperation(PBCheckScanAttachOperationOperation::checkScanAttachOperation(array));
     scanQueue.waitUntilAllOperationsAreFinished();
-    array->add(std::make_shared<Note>(notes, QStringLiteral("next")));
+    array->add(std::make_shared<Note>(notes, u"next"_s));
     scanQueue.addOperation(PBCheckScanAttachOperationOperation::checkScanAttachOperation(array));
     scanQueue.waitUntilAllOperationsAreFinished();
     EXPECT_EQ(notes, names({"next last"}));
@@ -82,15 +70,14 @@ TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
     for (const char* name : {"a.jpg", "b.jpg", "c.jpg"})
         makePicture(QString::fromLatin1(name));
     scan();
-    ASSERT_TRUE(files.executeUpdate(QStringLiteral("update ImageFile set FileFlag = 1")));
+    ASSERT_TRUE(files.executeUpdate(u"update ImageFile set FileFlag = 1"_s));
     browsing.filter = group::FilterFlagged;
     scan();
     ASSERT_EQ(shown().size(), 3);
     const std::size_t before = publications();
     scanQueue.setSuspended(true);
-    for (const auto& item : items()) {
+    for (const auto& item : items())
         if (item->fileName() != u"b.jpg") item->setFlagged(false);
-    }
     factory->attach(std::make_shared<PBUpdateFileItemOperation>(
         dictionary(), Chains{chainOf(names({"a.jpg"}))}));
     factory->attach(std::make_shared<PBUpdateFileItemOperation>(
@@ -111,14 +98,14 @@ TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
 
 TEST_F(AttachTest, ChangesOnDiskReachTheTreeAndTheCatalogue) {
     for (int i = 0; i < 250; ++i)
-        makePicture(QStringLiteral("%1/%2.jpg").arg(i % 3).arg(i), {2, 2});
+        makePicture(u"%1/%2.jpg"_s.arg(i % 3).arg(i), {2, 2});
     browsing.groupTypeArray = std::make_shared<const std::vector<int>>(std::vector<int>{5});
     scan();
     for (int i = 0; i < 250; ++i)
-        QFile::remove(path(QStringLiteral("%1/%2.jpg").arg(i % 3).arg(i)));
-    makePicture(QStringLiteral("0/new.jpg"));
-    makePicture(QStringLiteral("1/below/deep.jpg"));
-    makePicture(QStringLiteral("2/unseen.jpg"));
+        QFile::remove(path(u"%1/%2.jpg"_s.arg(i % 3).arg(i)));
+    makePicture(u"0/new.jpg"_s);
+    makePicture(u"1/below/deep.jpg"_s);
+    makePicture(u"2/unseen.jpg"_s);
 
     const std::size_t before = publications();
     WatchedChanges changes;
@@ -128,22 +115,19 @@ TEST_F(AttachTest, ChangesOnDiskReachTheTreeAndTheCatalogue) {
     // 84, 83 and 83 in their groups: above 100 after the second, the rest at the end.
     EXPECT_EQ(publications(), before + 2);
     EXPECT_EQ(shown(), QStringList());
-    EXPECT_EQ(rows(QStringLiteral("select count(*) from ImageFile")), names({"0"}));
-    EXPECT_EQ(thumbnailRows(QStringLiteral("select count(*) from Thumbnail")), names({"0"}));
-    EXPECT_EQ(rows(QStringLiteral("select count(*) from Folder")), names({"3"}));
+    EXPECT_EQ(rows(u"select count(*) from ImageFile"_s), names({"0"}));
+    EXPECT_EQ(thumbnailRows(u"select count(*) from Thumbnail"_s), names({"0"}));
+    EXPECT_EQ(rows(u"select count(*) from Folder"_s), names({"3"}));
 
     finished = 0;
-    changes.rescans = {
-        {path(QStringLiteral("0")), false},
-        {path(QStringLiteral("1")), true},
-        {QStringLiteral("/nowhere"), true}};
+    changes.rescans = {{path(u"0"_s), false}, {path(u"1"_s), true}, {u"/nowhere"_s, true}};
     factory->attachChanges(changes, workTree, browsing);
     waitForQueues();
     EXPECT_EQ(shown(), names({"new.jpg", "deep.jpg"}));
     EXPECT_EQ(finished, 2) << "each look into a folder ends by itself";
 
-    QFile::remove(path(QStringLiteral("0/new.jpg")));
-    changes.rescans = {{path(QStringLiteral("2")), false}};
+    QFile::remove(path(u"0/new.jpg"_s));
+    changes.rescans = {{path(u"2"_s), false}};
     factory->attachChanges(changes, workTree, browsing);
     waitForQueues();
     EXPECT_EQ(shown(), names({"deep.jpg", "unseen.jpg"}));
@@ -151,7 +135,7 @@ TEST_F(AttachTest, ChangesOnDiskReachTheTreeAndTheCatalogue) {
 }
 
 TEST_F(AttachTest, NothingIsPublishedForATreeWithoutItems) {
-    makePicture(QStringLiteral("note.jpg"));
+    makePicture(u"note.jpg"_s);
     workTree = std::make_shared<PBGroupItemArray>();
     WatchedChanges changes;
     changes.checkExist = true;

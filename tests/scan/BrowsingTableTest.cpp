@@ -3,10 +3,6 @@
 #include "group/ItemOrder.h"
 
 #include <QDateTime>
-#include <QFile>
-
-#include <algorithm>
-#include <array>
 
 namespace {
 
@@ -72,13 +68,12 @@ TEST_F(ScanTest, WhatIsShownFollowsFromFilterSearchSortRecursionAndSelection) {
         picture.fileSize = file.size();
         if (picture.taken == 0) continue;
         importers.properties[picture.name()] = {
-            {QStringLiteral("{Exif}"),
-             PBDictionary{
-                 {QStringLiteral("DateTimeDigitized"),
-                  moment(picture.taken).toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"))}}}};
+            {u"{Exif}"_s, PBDictionary{
+                              {u"DateTimeDigitized"_s,
+                               moment(picture.taken).toString(u"yyyy:MM:dd HH:mm:ss"_s)}}}};
     }
-    addRoot(QStringLiteral("zombie"), PBAliasObject::zombieState);
-    const auto nested = addRoot(QStringLiteral("zombie/nested"));
+    addRoot(u"zombie"_s, PBAliasObject::zombieState);
+    const auto nested = addRoot(u"zombie/nested"_s);
     const auto outer = root;
 
     const auto model = [&](const QString& selected) {
@@ -102,10 +97,7 @@ TEST_F(ScanTest, WhatIsShownFollowsFromFilterSearchSortRecursionAndSelection) {
             };
             return place(one) < place(other);
         });
-        QStringList names;
-        for (const Picture* picture : shown)
-            names.append(picture->name());
-        return names;
+        return support::listed(shown, [](const auto* picture) { return picture->name(); });
     };
     const auto expectModel = [&](const QString& selected, const char* when) {
         QStringList expected = model(selected);
@@ -131,22 +123,20 @@ TEST_F(ScanTest, WhatIsShownFollowsFromFilterSearchSortRecursionAndSelection) {
 
     for (int sortType = group::SortNone; sortType <= group::SortPixelArea; ++sortType) {
         for (const char* table : {"ImageFile", "Exif"})
-            ASSERT_TRUE(
-                files.executeUpdate(QStringLiteral("delete from ") + QLatin1StringView(table)));
+            ASSERT_TRUE(files.executeUpdate(u"delete from "_s + QLatin1StringView(table)));
         browsing.sortType = sortType;
         scan();
         expectModel({}, "from the disk");
     }
     for (const Picture& picture : pictures) {
         ASSERT_TRUE(files.executeUpdate(
-            QStringLiteral("update ImageFile set FileFlag = ?, FileStars = ? where FileName = ?"),
+            u"update ImageFile set FileFlag = ?, FileStars = ? where FileName = ?"_s,
             picture.isFlagged, picture.stars, picture.name()));
     }
     const quint64 inserted = figures.rowsInserted;
     for (unsigned way = 0; way < 4 * 3 * 7 * 2 * 2 && !HasFailure(); ++way) {
         browsing.filter = way % 4;
-        browsing.searchString =
-            QStringList{{}, QStringLiteral("A"), QStringLiteral("zz")}[way / 4 % 3];
+        browsing.searchString = QStringList{{}, u"A"_s, u"zz"_s}[way / 4 % 3];
         browsing.sortType = static_cast<int>(way / 12 % 7);
         browsing.descendingSort = way / 84 % 2 != 0;
         browsing.recurseSubFolder = way / 168 != 0;

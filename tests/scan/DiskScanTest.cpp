@@ -2,10 +2,7 @@
 
 #include "catalogue/PBCatalogue.h"
 #include "platform/FileManager.h"
-#include "support/Support.h"
 
-#include <QDir>
-#include <QFile>
 #include <QImage>
 
 #include <sys/stat.h>
@@ -13,15 +10,8 @@
 
 namespace {
 
-const QString imageNames = QStringLiteral("select FileName from ImageFile order by FileName");
-const QString imageCount = QStringLiteral("select count(*) from ImageFile");
-
-QStringList names(std::initializer_list<const char*> list) {
-    QStringList result;
-    for (const char* name : list)
-        result.append(QString::fromLatin1(name));
-    return result;
-}
+const QString imageNames = u"select FileName from ImageFile order by FileName"_s;
+const QString imageCount = u"select count(*) from ImageFile"_s;
 
 } // namespace
 
@@ -30,26 +20,26 @@ TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
          {"a.jpg", "b.PNG", "sub/c.jpg", "sub/deep/d.jpg", ".hidden.jpg", ".hid/e.jpg",
           "Lib.photoslibrary/f.jpg", "none/g/.h.jpg"})
         makePicture(QString::fromLatin1(name));
-    support::writeFile(path(QStringLiteral("none/notes.txt")), "no picture");
-    support::writeFile(path(QStringLiteral("sub/damaged.jpg")), "no picture either");
-    const QByteArray pipe = QFile::encodeName(path(QStringLiteral("none/pipe.jpg")));
+    support::writeFile(path(u"none/notes.txt"_s), "no picture");
+    support::writeFile(path(u"sub/damaged.jpg"_s), "no picture either");
+    const QByteArray pipe = QFile::encodeName(path(u"none/pipe.jpg"_s));
     ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
-    ASSERT_TRUE(QFile::link(path({}), path(QStringLiteral("sub/around"))));
+    ASSERT_TRUE(QFile::link(path({}), path(u"sub/around"_s)));
     scan();
 
     EXPECT_EQ(rows(imageNames), names({"a.jpg", "b.PNG", "c.jpg", "d.jpg", "damaged.jpg"}));
     EXPECT_EQ(shown(), names({"a.jpg", "b.PNG", "c.jpg", "d.jpg", "damaged.jpg"}));
     EXPECT_EQ(
-        rows(QStringLiteral("select ifnull(RelativePath,'-') from Folder order by 1")),
+        rows(u"select ifnull(RelativePath,'-') from Folder order by 1"_s),
         names({"-", "sub", "sub/deep"}));
-    EXPECT_EQ(thumbnailRows(QStringLiteral("select count(*) from Thumbnail")), names({"4"}));
+    EXPECT_EQ(thumbnailRows(u"select count(*) from Thumbnail"_s), names({"4"}));
     EXPECT_EQ(figures.rowsInserted, 5U);
     EXPECT_EQ(finished, 1);
 
-    const auto onDisk = platform::FileManager::resourceValues(path(QStringLiteral("a.jpg")));
-    FMResultSet row = files.executeQuery(QStringLiteral(
-        "select FileSize,ModificationDate,CreationDate,ImageWidth,ImageHeight,UTIType,FileStars,"
-        "FileFlag from ImageFile where FileName = 'a.jpg'"));
+    const auto onDisk = platform::FileManager::resourceValues(path(u"a.jpg"_s));
+    FMResultSet row = files.executeQuery(
+        u"select FileSize,ModificationDate,CreationDate,ImageWidth,ImageHeight,UTIType,FileStars,"
+        "FileFlag from ImageFile where FileName = 'a.jpg'"_s);
     ASSERT_TRUE(row.next());
     EXPECT_EQ(row.longLongIntForColumnIndex(0), onDisk->fileSize);
     EXPECT_EQ(row.doubleForColumnIndex(1), onDisk->modificationDate);
@@ -68,8 +58,8 @@ TEST_F(ScanTest, ASecondVisitTakesExactlyWhatChanged) {
         makePicture(QString::fromLatin1(name));
     scan();
     const auto idOf = [&](const char* name) {
-        return rows(QStringLiteral("select Id from ImageFile where FileName = '%1'")
-                        .arg(QLatin1StringView(name)))
+        return rows(
+                   u"select Id from ImageFile where FileName = '%1'"_s.arg(QLatin1StringView(name)))
             .value(0);
     };
     const QString kept = idOf("kept.jpg");
@@ -81,16 +71,16 @@ TEST_F(ScanTest, ASecondVisitTakesExactlyWhatChanged) {
     EXPECT_EQ(importers.decoded, decoded);
     EXPECT_EQ(shown().size(), 7);
 
-    QFile file(path(QStringLiteral("touched.jpg")));
+    QFile file(path(u"touched.jpg"_s));
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));
     ASSERT_TRUE(file.setFileTime(
         QDateTime::fromMSecsSinceEpoch(1'600'000'000'001), QFileDevice::FileModificationTime));
     file.close();
-    makePicture(QStringLiteral("replaced.jpg"), {300, 20}, 5);
-    QFile::rename(path(QStringLiteral("renamed.jpg")), path(QStringLiteral("new name.jpg")));
-    QFile::remove(path(QStringLiteral("gone.jpg")));
-    QDir(path(QStringLiteral("removed"))).removeRecursively();
-    makePicture(QStringLiteral("sub/added.jpg"));
+    makePicture(u"replaced.jpg"_s, {300, 20}, 5);
+    QFile::rename(path(u"renamed.jpg"_s), path(u"new name.jpg"_s));
+    QFile::remove(path(u"gone.jpg"_s));
+    QDir(path(u"removed"_s)).removeRecursively();
+    makePicture(u"sub/added.jpg"_s);
     scan();
     EXPECT_EQ(
         rows(imageNames),
@@ -99,49 +89,45 @@ TEST_F(ScanTest, ASecondVisitTakesExactlyWhatChanged) {
     EXPECT_EQ(figures.rowsRemoved, 5U);
     EXPECT_EQ(idOf("kept.jpg"), kept);
     EXPECT_NE(idOf("touched.jpg"), touched);
-    EXPECT_EQ(rows(QStringLiteral("select count(*) from Folder")), names({"2"}));
+    EXPECT_EQ(rows(u"select count(*) from Folder"_s), names({"2"}));
     // The thumbnails of rows that went are gone, and those of the new rows there.
-    EXPECT_EQ(thumbnailRows(QStringLiteral("select count(*) from Thumbnail")), names({"6"}));
+    EXPECT_EQ(thumbnailRows(u"select count(*) from Thumbnail"_s), names({"6"}));
     expectConsistentCatalogue();
 }
 
 TEST_F(ScanTest, MetadataGoToTheirTablesAndOrientationToTheRotation) {
-    makePicture(QStringLiteral("a.jpg"));
-    importers.properties[QStringLiteral("a.jpg")] = {
-        {QStringLiteral("DPIWidth"), 300},
-        {QStringLiteral("ColorModel"), QStringLiteral("RGB")},
-        {QStringLiteral("{TIFF}"),
-         PBDictionary{
-             {QStringLiteral("Orientation"), 6}, {QStringLiteral("Make"), QStringLiteral("M")}}},
-        {QStringLiteral("{GPS}"),
-         PBDictionary{{QStringLiteral("Latitude"), 1.5}, {QStringLiteral("Longitude"), 2.5}}},
-    };
+    makePicture(u"a.jpg"_s);
+    importers.properties[u"a.jpg"_s] = {
+        {u"DPIWidth"_s, 300},
+        {u"ColorModel"_s, u"RGB"_s},
+        {u"{TIFF}"_s, PBDictionary{{u"Orientation"_s, 6}, {u"Make"_s, u"M"_s}}},
+        {u"{GPS}"_s, PBDictionary{{u"Latitude"_s, 1.5}, {u"Longitude"_s, 2.5}}}};
     scan();
     EXPECT_EQ(
-        rows(QStringLiteral("select RotateAngle,ImageDPI,ColorModel,ColorSyncProfile is null "
-                            "from ImageFile")),
+        rows(u"select RotateAngle,ImageDPI,ColorModel,ColorSyncProfile is null "
+             "from ImageFile"_s),
         names({"-90.0|300|RGB|1"}));
-    EXPECT_EQ(rows(QStringLiteral("select Make from Tiff")), names({"M"}));
-    EXPECT_EQ(rows(QStringLiteral("select Latitude,Longitude from GPS")), names({"1.5|2.5"}));
-    EXPECT_EQ(rows(QStringLiteral("select count(*) from Exif")), names({"0"}));
+    EXPECT_EQ(rows(u"select Make from Tiff"_s), names({"M"}));
+    EXPECT_EQ(rows(u"select Latitude,Longitude from GPS"_s), names({"1.5|2.5"}));
+    EXPECT_EQ(rows(u"select count(*) from Exif"_s), names({"0"}));
 }
 
 TEST_F(ScanTest, NewFilesAreStoredInBatchesOfMoreThan200OrASecond) {
     for (int i = 0; i < 201; ++i)
-        makePicture(QStringLiteral("%1.jpg").arg(i), {2, 2});
+        makePicture(u"%1.jpg"_s.arg(i), {2, 2});
     scan();
     EXPECT_EQ(publications(), 1U) << "the 201st makes the batch full, and the end finds none";
     for (int i = 0; i < 3; ++i)
-        makePicture(QStringLiteral("later/%1.jpg").arg(i), {2, 2});
+        makePicture(u"later/%1.jpg"_s.arg(i), {2, 2});
     importers.willRead = [this](const QString&) { now = now + 1.1; };
-    scan(QStringLiteral("later"));
+    scan(u"later"_s);
     EXPECT_EQ(publications(), 3U) << "each takes longer than a second";
     EXPECT_EQ(rows(imageCount), names({"204"}));
 }
 
 TEST_F(ScanTest, AFileThatIsStillWrittenIsLeftForLater) {
-    makePicture(QStringLiteral("a.jpg"));
-    makePicture(QStringLiteral("b.jpg"));
+    makePicture(u"a.jpg"_s);
+    makePicture(u"b.jpg"_s);
     auto cautious = std::make_shared<ScanServices>(*services);
     cautious->isBeingWritten = [](const QString& file) { return file.endsWith(u"/b.jpg"); };
     factory = std::make_unique<ScanFactory>(
@@ -151,42 +137,39 @@ TEST_F(ScanTest, AFileThatIsStillWrittenIsLeftForLater) {
 }
 
 TEST_F(ScanTest, NestedRootsTakeOverTheirOwnFolders) {
-    makePicture(QStringLiteral("a.jpg"));
-    makePicture(QStringLiteral("zombie/b.jpg"));
-    makePicture(QStringLiteral("zombie/nested/c.jpg"));
-    const auto zombie = addRoot(QStringLiteral("zombie"), PBAliasObject::zombieState);
-    const auto nested = addRoot(QStringLiteral("zombie/nested"));
+    makePicture(u"a.jpg"_s);
+    makePicture(u"zombie/b.jpg"_s);
+    makePicture(u"zombie/nested/c.jpg"_s);
+    const auto zombie = addRoot(u"zombie"_s, PBAliasObject::zombieState);
+    const auto nested = addRoot(u"zombie/nested"_s);
     scan();
     EXPECT_EQ(shown(), names({"a.jpg", "b.jpg", "c.jpg"}));
     EXPECT_EQ(
-        rows(QStringLiteral("select AliasId,RelativePath is null from Folder order by 1")),
+        rows(u"select AliasId,RelativePath is null from Folder order by 1"_s),
         (QStringList{
-            QStringLiteral("%1|1").arg(root->aliasId()),
-            QStringLiteral("%1|1").arg(zombie->aliasId()),
-            QStringLiteral("%1|1").arg(nested->aliasId())}));
+            u"%1|1"_s.arg(root->aliasId()), u"%1|1"_s.arg(zombie->aliasId()),
+            u"%1|1"_s.arg(nested->aliasId())}));
 }
 
 TEST_F(ScanTest, AFullDiskLosesNothingThatIsStored) {
-    makePicture(QStringLiteral("old.jpg"));
+    makePicture(u"old.jpg"_s);
     scan();
     const QStringList before = rows(imageNames);
-    FMResultSet pages = scanFiles.executeQuery(QStringLiteral("pragma page_count"));
+    FMResultSet pages = scanFiles.executeQuery(u"pragma page_count"_s);
     ASSERT_TRUE(pages.next());
-    const QString limit =
-        QStringLiteral("pragma max_page_count = %1").arg(pages.intForColumnIndex(0));
+    const QString limit = u"pragma max_page_count = %1"_s.arg(pages.intForColumnIndex(0));
     pages.close();
     FMResultSet set = scanFiles.executeQuery(limit);
     ASSERT_TRUE(set.next());
     set.close();
     for (int i = 0; i < 150; ++i)
-        makePicture(QStringLiteral("%1-%2.jpg").arg(QString(200, u'n')).arg(i), {2, 2});
+        makePicture(u"%1-%2.jpg"_s.arg(QString(200, u'n')).arg(i), {2, 2});
     testing::internal::CaptureStderr();
     scan();
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_NE(said.find("files.db"), std::string::npos) << said;
     EXPECT_EQ(std::ranges::count(said, '\n'), 1) << said;
-    EXPECT_EQ(
-        rows(QStringLiteral("select FileName from ImageFile where FileName = 'old.jpg'")), before);
+    EXPECT_EQ(rows(u"select FileName from ImageFile where FileName = 'old.jpg'"_s), before);
     EXPECT_EQ(finished, 2);
     expectConsistentCatalogue();
 }

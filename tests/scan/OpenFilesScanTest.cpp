@@ -1,15 +1,6 @@
 #include "scan/ScanSupport.h"
 
-#include <QFile>
-
 namespace {
-
-QStringList names(std::initializer_list<const char*> list) {
-    QStringList result;
-    for (const char* name : list)
-        result.append(QString::fromLatin1(name));
-    return result;
-}
 
 std::shared_ptr<PBOpenFolderObject> opened(const QString& path, const QStringList& files) {
     auto folder = std::make_shared<PBOpenFolderObject>();
@@ -19,8 +10,7 @@ std::shared_ptr<PBOpenFolderObject> opened(const QString& path, const QStringLis
     return folder;
 }
 
-class OpenFilesScanTest : public ScanTest {
-protected:
+struct OpenFilesScanTest : ScanTest {
     OpenFilesScanTest() {
         for (const char* name : {"a.jpg", "b.jpg", "c.jpg", "sub/d.jpg", "other/e.jpg"})
             makePicture(QString::fromLatin1(name));
@@ -30,9 +20,8 @@ protected:
         QStringList order;
         auto watching = std::make_shared<ScanServices>(*services);
         watching->publish = [&](const std::shared_ptr<group::GroupPublication>& publication) {
-            for (const QString& name : namesIn(*publication)) {
+            for (const QString& name : namesIn(*publication))
                 if (!order.contains(name)) order.append(name);
-            }
         };
         factory = std::make_unique<ScanFactory>(
             ScanFactory::Environment{scanFiles, scanQueue, watching, [] {}});
@@ -46,24 +35,20 @@ protected:
 } // namespace
 
 TEST_F(OpenFilesScanTest, OneOpenedPictureComesFirstThenItsFolderThenTheRest) {
-    const auto open = [&] {
+    const auto open = [&](const QString& name) {
         auto folder = opened(path({}), {});
-        folder->focusOpenFileObj =
-            std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, QStringLiteral("C.jpg")});
+        folder->focusOpenFileObj = std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, name});
         browsing.openFiles = std::make_shared<PBOpenFiles>(PBOpenFolderArray{folder});
     };
     scan();
-    open();
+    open(u"C.jpg"_s);
     EXPECT_EQ(scanInOrder().first(), u"c.jpg") << "known: by its row, in any case";
     EXPECT_EQ(scanInOrder().size(), 5);
     EXPECT_EQ(figures.rowsInserted, 5U);
 
     // New on disk: before the catalogue's other rows.
-    makePicture(QStringLiteral("0.jpg"));
-    auto folder = opened(path({}), {});
-    folder->focusOpenFileObj =
-        std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, QStringLiteral("0.jpg")});
-    browsing.openFiles = std::make_shared<PBOpenFiles>(PBOpenFolderArray{folder});
+    makePicture(u"0.jpg"_s);
+    open(u"0.jpg"_s);
     const QStringList order = scanInOrder();
     EXPECT_EQ(order.first(), u"0.jpg");
     EXPECT_EQ(order.size(), 6);
@@ -72,8 +57,8 @@ TEST_F(OpenFilesScanTest, OneOpenedPictureComesFirstThenItsFolderThenTheRest) {
 
 TEST_F(OpenFilesScanTest, OpenedFilesAndFoldersComeBeforeTheOthers) {
     scan();
-    browsing.openFiles = std::make_shared<PBOpenFiles>(PBOpenFolderArray{
-        opened(path({}), {QStringLiteral("b.jpg")}), opened(path(QStringLiteral("other")), {})});
+    browsing.openFiles = std::make_shared<PBOpenFiles>(
+        PBOpenFolderArray{opened(path({}), {u"b.jpg"_s}), opened(path(u"other"_s), {})});
     QStringList order = scanInOrder();
     ASSERT_EQ(order.size(), 5);
     EXPECT_EQ(order.first(2), names({"b.jpg", "e.jpg"}));
@@ -81,8 +66,8 @@ TEST_F(OpenFilesScanTest, OpenedFilesAndFoldersComeBeforeTheOthers) {
 }
 
 TEST_F(OpenFilesScanTest, FilesOfAFolderThatTheCatalogueDoesNotKnow) {
-    browsing.openFiles = std::make_shared<PBOpenFiles>(PBOpenFolderArray{
-        opened(path({}), {QStringLiteral("b.jpg"), QStringLiteral("missing.jpg")})});
+    browsing.openFiles = std::make_shared<PBOpenFiles>(
+        PBOpenFolderArray{opened(path({}), {u"b.jpg"_s, u"missing.jpg"_s})});
     const QStringList order = scanInOrder();
     EXPECT_EQ(order.size(), 5);
     EXPECT_EQ(order.first(), u"b.jpg");

@@ -5,9 +5,9 @@
 namespace {
 
 QStringList paths(const PBScanFinishedManager& manager) {
-    QStringList result;
-    for (const auto& entry : manager.scanFinishedArray())
-        result.append(entry.relativePath().value_or(QStringLiteral("-")));
+    QStringList result = support::listed(manager.scanFinishedArray(), [](const auto& entry) {
+        return entry.relativePath().value_or(u"-"_s);
+    });
     result.sort();
     return result;
 }
@@ -15,7 +15,7 @@ QStringList paths(const PBScanFinishedManager& manager) {
 } // namespace
 
 TEST_F(ScanTest, TheRegistryKeepsTheUppermostFinishedFolders) {
-    const auto other = addRoot(QStringLiteral("other"));
+    const auto other = addRoot(u"other"_s);
     PBScanFinishedManager manager;
     const auto finish = [&](const std::shared_ptr<PBAliasObject>& alias, const char* relative) {
         manager.scanFinished(PBScanFinishedObject(
@@ -24,16 +24,14 @@ TEST_F(ScanTest, TheRegistryKeepsTheUppermostFinishedFolders) {
     finish(root, "a/b");
     finish(root, "a/c");
     finish(root, "ab");
-    EXPECT_EQ(
-        paths(manager),
-        (QStringList{QStringLiteral("a/b"), QStringLiteral("a/c"), QStringLiteral("ab")}));
+    EXPECT_EQ(paths(manager), (QStringList{u"a/b"_s, u"a/c"_s, u"ab"_s}));
     finish(root, "a");
     finish(root, "A/B");
-    EXPECT_EQ(paths(manager), (QStringList{QStringLiteral("a"), QStringLiteral("ab")}));
+    EXPECT_EQ(paths(manager), (QStringList{u"a"_s, u"ab"_s}));
     finish(other, nullptr);
     finish(root, nullptr);
     finish(root, "a");
-    EXPECT_EQ(paths(manager), (QStringList{QStringLiteral("-"), QStringLiteral("-")}));
+    EXPECT_EQ(paths(manager), (QStringList{u"-"_s, u"-"_s}));
 }
 
 TEST_F(ScanTest, ACancelledScanRegistersOnlyTheFoldersThatItFinished) {
@@ -49,6 +47,6 @@ TEST_F(ScanTest, ACancelledScanRegistersOnlyTheFoldersThatItFinished) {
     importers.willRead = {};
     scan();
     EXPECT_EQ(finished, 1);
-    EXPECT_EQ(paths(finishedManager), QStringList{QStringLiteral("-")});
+    EXPECT_EQ(paths(finishedManager), QStringList{u"-"_s});
     EXPECT_EQ(shown().size(), 3);
 }

@@ -1,18 +1,12 @@
 #include "scan/ScanSupport.h"
 
-#include <QDir>
-#include <QFile>
-
-#include <random>
-#include <thread>
-
 /// Scans that are cut off at any moment, on files that come and go meanwhile.
 TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
     constexpr int folders = 6;
     constexpr int filesEach = 20;
     std::mt19937 random(20);
     for (int i = 0; i < folders * filesEach; ++i)
-        makePicture(QStringLiteral("%1/%2.jpg").arg(i % folders).arg(i), {2, 2});
+        makePicture(u"%1/%2.jpg"_s.arg(i % folders).arg(i), {2, 2});
     // From tens to thousands of rounds, as the environment says.
     const int rounds = std::max(120, qEnvironmentVariableIntValue("VELMORA_ROUNDS"));
     ReadAhead ahead(2);
@@ -21,8 +15,7 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
     factory = std::make_unique<ScanFactory>(
         ScanFactory::Environment{scanFiles, scanQueue, reading, [] {}});
     std::atomic<int> readsLeft = 0;
-    importers.properties[QStringLiteral("0.jpg")] = {
-        {QStringLiteral("{Exif}"), PBDictionary{{QStringLiteral("FNumber"), 2.8}}}};
+    importers.properties[u"0.jpg"_s] = {{u"{Exif}"_s, PBDictionary{{u"FNumber"_s, 2.8}}}};
     importers.willRead = [&](const QString&) {
         now += 0.2;
         if (--readsLeft == 0) scanQueue.cancelAllOperations();
@@ -30,15 +23,14 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
     for (int round = 0; round < rounds; ++round) {
         for (int change = 0; change < 8; ++change) {
             const unsigned pick = random() % (folders * filesEach);
-            const QString name = QStringLiteral("%1/%2.jpg").arg(pick % folders).arg(pick);
-            if (random() % 2 == 0) {
+            const QString name = u"%1/%2.jpg"_s.arg(pick % folders).arg(pick);
+            if (random() % 2 == 0)
                 QFile::remove(path(name));
-            } else {
+            else
                 makePicture(name, {3, 2}, static_cast<int>(random()));
-            }
         }
         readsLeft = static_cast<int>(random() % 12);
-        startScan(random() % 3 == 0 ? QStringLiteral("1") : QString());
+        startScan(random() % 3 == 0 ? u"1"_s : QString());
         if (round % 5 == 2) {
             // What the watcher does, into the midst of it.
             WatchedChanges changes;
@@ -68,15 +60,12 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
     importers.willRead = {};
     scan();
     QStringList onDisk;
-    for (int i = 0; i < folders; ++i) {
+    for (int i = 0; i < folders; ++i)
         for (const QString& name : QDir(path(QString::number(i))).entryList(QDir::Files))
             onDisk.append(name);
-    }
     onDisk.sort();
-    EXPECT_EQ(rows(QStringLiteral("select FileName from ImageFile order by FileName")), onDisk);
+    EXPECT_EQ(rows(u"select FileName from ImageFile order by FileName"_s), onDisk);
     EXPECT_EQ(shown().size(), onDisk.size());
     EXPECT_EQ(
-        thumbnailRows(QStringLiteral("select count(*) from Thumbnail")).value(0).toInt() >=
-            onDisk.size(),
-        true);
+        thumbnailRows(u"select count(*) from Thumbnail"_s).value(0).toInt() >= onDisk.size(), true);
 }

@@ -3,16 +3,13 @@
 #include "catalogue/PBCatalogue.h"
 #include "core/FileTypes.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QImageReader>
 
 namespace {
 
-class ToolkitImporter final : public image::ImageImporter {
-public:
+struct ToolkitImporter final : image::ImageImporter {
     ToolkitImporter(ToolkitImporters& owner, QString path)
         : _owner(owner), _path(std::move(path)) {}
 
@@ -20,9 +17,7 @@ public:
         if (_owner.willRead) _owner.willRead(_path);
         const QSize size = QImageReader(_path).size();
         if (!size.isValid()) return std::nullopt;
-        PBDictionary properties{
-            {QStringLiteral("PixelWidth"), size.width()},
-            {QStringLiteral("PixelHeight"), size.height()}};
+        PBDictionary properties{{u"PixelWidth"_s, size.width()}, {u"PixelHeight"_s, size.height()}};
         const auto further = _owner.properties.find(QFileInfo(_path).fileName());
         if (further != _owner.properties.end())
             properties.insert(further->second.begin(), further->second.end());
@@ -53,14 +48,13 @@ ToolkitImporters::imageImporterForImageURL(const QString& path) {
 }
 
 ScanTest::ScanTest()
-    : files(temporary.filePath(QStringLiteral("files.db"))),
-      thumbnails(temporary.filePath(QStringLiteral("thumbnail.db"))),
+    : files(temporary.filePath(u"files.db"_s)), thumbnails(temporary.filePath(u"thumbnail.db"_s)),
       scanFiles(files.databasePath()), buildThumbnails(thumbnails.databasePath()),
       aliasServices(files), aliasManager({files, aliasServices, {}}) {
     for (FMDatabase* db : {&files, &thumbnails, &scanFiles, &buildThumbnails}) {
         EXPECT_TRUE(db->open());
         // No test takes the power away.
-        EXPECT_TRUE(db->executeUpdate(QStringLiteral("pragma synchronous = off")));
+        EXPECT_TRUE(db->executeUpdate(u"pragma synchronous = off"_s));
     }
     EXPECT_TRUE(PBCatalogue(files).checkTables_FilesDb());
     EXPECT_TRUE(PBCatalogue(thumbnails).checkTables_Thumbnail());
@@ -80,8 +74,7 @@ ScanTest::ScanTest()
         .scanFinished = [this] { ++finished; },
         .isBeingWritten = {},
         .now = [this] { return now.load(); },
-        .figures = figures,
-    });
+        .figures = figures});
     factory = std::make_unique<ScanFactory>(
         ScanFactory::Environment{scanFiles, scanQueue, services, [] {}});
     browsing.groupTypeArray = std::make_shared<const std::vector<int>>(std::vector<int>());
@@ -96,7 +89,7 @@ ScanTest::~ScanTest() {
 }
 
 QString ScanTest::path(const QString& name) const {
-    const QString pictures = temporary.filePath(QStringLiteral("pictures"));
+    const QString pictures = temporary.filePath(u"pictures"_s);
     return name.isEmpty() ? pictures : pictures + u'/' + name;
 }
 
@@ -149,10 +142,9 @@ QStringList ScanTest::namesIn(const group::GroupPublication& publication) {
     for (const auto& top : publication.groupItemArray) {
         auto leaves = top->leafGroupItemArray();
         if (top->isLeafNode()) leaves.push_back(top.get());
-        for (const PBGroupItem* leaf : leaves) {
+        for (const PBGroupItem* leaf : leaves)
             for (const auto& item : leaf->imageFiles())
                 names.append(item->fileName());
-        }
     }
     return names;
 }
@@ -164,52 +156,8 @@ QStringList ScanTest::shown() const {
 
 std::vector<std::shared_ptr<PBImageFileItem>> ScanTest::items() const {
     std::vector<std::shared_ptr<PBImageFileItem>> all;
-    for (const auto& top : *workTree) {
+    for (const auto& top : *workTree)
         for (const auto& item : top->imageFiles())
             all.push_back(item);
-    }
     return all;
-}
-
-namespace {
-
-QStringList rowsOf(FMDatabase& db, const QString& sql) {
-    QStringList found;
-    FMResultSet cursor = db.executeQuery(sql);
-    while (cursor.next()) {
-        QStringList columns;
-        for (int i = 0; i < cursor.columnCount(); ++i)
-            columns.append(cursor.stringForColumnIndex(i));
-        found.append(columns.join(u'|'));
-    }
-    return found;
-}
-
-} // namespace
-
-QStringList ScanTest::rows(const QString& sql) {
-    return rowsOf(files, sql);
-}
-
-QStringList ScanTest::thumbnailRows(const QString& sql) {
-    return rowsOf(thumbnails, sql);
-}
-
-void ScanTest::expectConsistentCatalogue() {
-    for (const char* table : {"Exif", "ExifAux", "Tiff", "IPTC", "GPS"}) {
-        EXPECT_EQ(
-            rows(QStringLiteral("select count(*) from %1 where FileId not in "
-                                "(select Id from ImageFile)")
-                     .arg(QLatin1StringView(table))),
-            QStringList{QStringLiteral("0")})
-            << table;
-    }
-    EXPECT_EQ(
-        rows(QStringLiteral("select count(*) from ImageFile where FolderId not in "
-                            "(select Id from Folder)")),
-        QStringList{QStringLiteral("0")});
-    EXPECT_EQ(
-        rows(QStringLiteral("select FolderId,FileName from ImageFile group by FolderId,FileName "
-                            "having count(*) > 1")),
-        QStringList());
 }

@@ -6,20 +6,12 @@
 #include "scan/AttachedOperations.h"
 #include "scan/ScanFactory.h"
 #include "scan/ScanServices.h"
+#include "support/Rows.h"
 
-#include <QStringList>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <map>
-#include <memory>
 #include <mutex>
 
 /// Reads pictures through the toolkit: what a scan needs of importers, without their formats.
-class ToolkitImporters final : public image::ImageImporters {
-public:
+struct ToolkitImporters final : image::ImageImporters {
     [[nodiscard]] bool isImageType(const QString& uti) const override;
     [[nodiscard]] std::unique_ptr<image::ImageImporter>
     imageImporterForImageURL(const QString& path) override;
@@ -33,8 +25,7 @@ public:
 
 /// A folder of pictures, a catalogue on disk, and all that scans need, without a window. The clock
 /// stands still unless the test moves it.
-class ScanTest : public testing::Test {
-protected:
+struct ScanTest : testing::Test {
     ScanTest();
     ~ScanTest() override;
 
@@ -54,10 +45,14 @@ protected:
     [[nodiscard]] std::vector<std::shared_ptr<PBImageFileItem>> items() const;
 
     /// The rows of a statement on files.db, columns joined with "|".
-    [[nodiscard]] QStringList rows(const QString& sql);
-    [[nodiscard]] QStringList thumbnailRows(const QString& sql);
-    /// Every metadata row has its image, every image its folder.
-    void expectConsistentCatalogue();
+    [[nodiscard]] QStringList rows(const QString& sql) { return support::rowsOf(files, sql); }
+    [[nodiscard]] QStringList thumbnailRows(const QString& sql) {
+        return support::rowsOf(thumbnails, sql);
+    }
+    [[nodiscard]] static QStringList names(std::initializer_list<const char*> list) {
+        return support::listed(list, [](const auto* name) { return QString::fromLatin1(name); });
+    }
+    void expectConsistentCatalogue() { support::expectConsistentCatalogue(files); }
 
     QTemporaryDir temporary;
     FMDatabase files;
@@ -71,8 +66,8 @@ protected:
     ScanFigures figures;
     std::mutex insertFolderAliasLock;
     std::atomic<double> now{1000};
-    platform::OperationQueue buildQueue{QStringLiteral("build")};
-    platform::OperationQueue scanQueue{QStringLiteral("scan")};
+    platform::OperationQueue buildQueue{u"build"_s};
+    platform::OperationQueue scanQueue{u"scan"_s};
     std::shared_ptr<BuildThumbServices> buildThumb;
     std::shared_ptr<const ScanServices> services;
     std::unique_ptr<ScanFactory> factory;

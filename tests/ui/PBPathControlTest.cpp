@@ -1,22 +1,15 @@
 #include "ui/PBPathControl.h"
 
-#include "group/GroupTypes.h"
 #include "support/Support.h"
 
 #include <QMenu>
 #include <QTest>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 namespace {
 
-const group::IconName noImage;
-const group::IconName image{group::IconName::Kind::Named, QStringLiteral("date_n")};
+const group::IconName image{group::IconName::Kind::Named, u"date_n"_s};
 
-class PBPathCellTest : public testing::Test {
-protected:
+struct PBPathCellTest : testing::Test {
     PBPathCellTest() { path.setSize({400, 20}); }
     [[nodiscard]] const PBPathComponentCell& cell(std::size_t index) const {
         return *path.pathComponentCells()[index];
@@ -26,48 +19,10 @@ protected:
     PBPathCell path{style};
 };
 
-TEST_F(PBPathCellTest, roomIsThatOfTitleSymbolAndArrow) {
-    path.addItemWithTitle(QStringLiteral("2019"), image, false);
-    path.addItemWithTitle(QStringLiteral("Plain"), noImage, false);
-    path.addItemWithTitle(QString(), image, false);
-    EXPECT_TRUE(cell(0).isFirstItem() && !cell(0).isLastItem());
-    EXPECT_TRUE(!cell(2).isFirstItem() && cell(2).isLastItem());
-    const double first = cell(0).sizeOfTitle().width();
-    const double second = cell(1).sizeOfTitle().width();
-    EXPECT_GT(first, 0);
-    EXPECT_EQ(cell(2).sizeOfTitle().width(), 0);
-    EXPECT_EQ(cell(0).cellSize(), QSizeF(first + 2 + 19 + 8, 20));
-    EXPECT_EQ(cell(1).cellSize(), QSizeF(second + 2 + 8, 20));
-    EXPECT_EQ(cell(2).cellSize(), QSizeF(2 + 19, 20));
-    EXPECT_EQ(cell(2).widthOfOtherCell(), static_cast<int>(first + second) + 39);
-
-    const QRectF rect = path.rectOfItem(1);
-    EXPECT_EQ(rect, QRectF(first + 29, 0, second + 10, 20));
-    EXPECT_EQ(path.itemAt(rect.center()), std::size_t{1});
-    EXPECT_EQ(path.itemAt(QPointF(399, 10)), std::nullopt);
-}
-
-TEST_F(PBPathCellTest, partsOfACellByTable) {
-    path.addItemWithTitle(QStringLiteral("2019"), image, false);
-    path.addItemWithTitle(QStringLiteral("Plain"), noImage, false);
-    const double titleHeight = cell(0).sizeOfTitle().height();
-    for (const double height : {20.0, 23.0, 28.0}) {
-        SCOPED_TRACE(height);
-        const auto place = [&](double part) { return std::ceil((height - part) / 2); };
-        const auto first = cell(0).calcRectForCellRect({100, 50, 80, height});
-        EXPECT_EQ(first.image, QRectF(101, 50 + place(16), 16, 16));
-        EXPECT_EQ(first.arrow, QRectF(172, 50 + place(14), 8, 14));
-        EXPECT_EQ(first.title, QRectF(120, 50 + place(titleHeight), 80 - 19 - 8 - 2, titleHeight));
-        const auto last = cell(1).calcRectForCellRect({0, 0, 60, height});
-        EXPECT_TRUE(last.image.isEmpty() && last.arrow.isEmpty());
-        EXPECT_EQ(last.title, QRectF(1, place(titleHeight), 58, titleHeight));
-    }
-}
-
 TEST_F(PBPathCellTest, onlyTheLimitedCellGivesWay) {
-    path.addItemWithTitle(QStringLiteral("2019"), image, false);
+    path.addItemWithTitle(u"2019"_s, image, false);
     path.addItemWithTitle(QString(200, u'x'), image, true);
-    path.addItemWithTitle(QStringLiteral("Camera"), image, false);
+    path.addItemWithTitle(u"Camera"_s, image, false);
     const double whole = cell(0).cellSize().width();
     EXPECT_EQ(cell(1).cellSize().width(), 400 - 2 - cell(1).widthOfOtherCell());
     EXPECT_EQ(cell(0).cellSize().width(), whole);
@@ -82,92 +37,25 @@ TEST_F(PBPathCellTest, onlyTheLimitedCellGivesWay) {
     EXPECT_GE(path.rectOfItem(2).width(), 0);
 }
 
-TEST_F(PBPathCellTest, aPathIsBuiltFromItsEnd) {
-    path.insertItemWithTitle(QStringLiteral("inner"), noImage, 0, true);
-    path.insertItemWithTitle(QStringLiteral("outer"), noImage, 0, true);
-    EXPECT_EQ(cell(0).title(), QStringLiteral("outer"));
-    EXPECT_EQ(cell(1).position(), 1U);
-    // Two that give way don't ask each other for ever.
-    path.setSize({20, 20});
-    EXPECT_GE(cell(0).cellSize().width(), 0);
-}
-
-class PBPathControlTest : public testing::Test {
-protected:
-    PBPathControlTest() {
-        control.resize(500, control.height());
-        control.show();
-        QObject::connect(
-            &control, &PBPathControl::groupMenuClicked, &control,
-            [this](const PBGroupMenuAction& action) { clicked.push_back(action); });
-    }
-    static PBGroupTypeArray chain(std::vector<int> types) {
-        return std::make_shared<const std::vector<int>>(std::move(types));
-    }
-    [[nodiscard]] QMenu* openMenu() const { return control.findChild<QMenu*>(); }
-    void closeMenu() {
-        openMenu()->close();
-        ASSERT_TRUE(support::spinUntil([this] { return !openMenu(); }));
-    }
-    [[nodiscard]] QPoint centreOf(std::size_t index) const {
-        return control.rectOfItem(index).center().toPoint();
-    }
-
+TEST(PBPathControlTest, theKeyboardGoesAlongTheCells) {
     PBPathControl control;
+    control.resize(500, control.height());
+    control.show();
     std::vector<PBGroupMenuAction> clicked;
-};
-
-TEST_F(PBPathControlTest, hasACellForEachLinkAndOneToAdd) {
-    EXPECT_EQ(control.pathCell().itemCount(), 0U);
-    const PBGroupTypeArray two = chain({3, 5});
-    control.setGroupTypeArray(two);
-    ASSERT_EQ(control.pathCell().itemCount(), 3U);
-    const auto* cells = &control.pathCell().pathComponentCells();
-    EXPECT_EQ((*cells)[1]->title(), group::descriptionWithGroupType(5));
-    EXPECT_TRUE((*cells)[2]->title().isEmpty());
-    const auto* first = cells->front().get();
-    control.setGroupTypeArray(two);
-    EXPECT_EQ(cells->front().get(), first) << "the very same array changes nothing";
-    control.setGroupTypeArray(chain({3, 5, 16}));
-    EXPECT_EQ(control.pathCell().itemCount(), 3U);
-    EXPECT_FALSE((*cells)[2]->title().isEmpty());
-    control.setGroupTypeArray(chain({}));
-    EXPECT_EQ(control.pathCell().itemCount(), 1U);
-}
-
-TEST_F(PBPathControlTest, aPressOpensTheMenuOfTheCell) {
-    QTest::mouseClick(&control, Qt::LeftButton, {}, QPoint(10, 10));
-    EXPECT_EQ(openMenu(), nullptr) << "without a chain";
-    control.setGroupTypeArray(chain({3, 5}));
-    QTest::mousePress(&control, Qt::RightButton, {}, centreOf(1));
-    QTest::mousePress(&control, Qt::LeftButton, {}, QPoint(499, 10));
-    EXPECT_EQ(openMenu(), nullptr) << "another button, or beside the cells";
-
-    QTest::mousePress(&control, Qt::LeftButton, {}, centreOf(1));
-    ASSERT_TRUE(openMenu() && openMenu()->isVisible());
-    const QRectF cell = control.rectOfItem(1);
-    EXPECT_EQ(
-        openMenu()->pos(),
-        control.mapToGlobal(QPoint(qRound(cell.left()), qRound(cell.bottom()) + 6)));
-    openMenu()->actions().constFirst()->trigger();
-    openMenu()->actions().constLast()->trigger();
-    const std::vector<PBGroupMenuAction> expected{
-        {PBGroupMenuAction::Replace, std::array{1, 1}}, {PBGroupMenuAction::Remove, 1}};
-    EXPECT_EQ(clicked, expected);
-    closeMenu();
-}
-
-TEST_F(PBPathControlTest, theKeyboardGoesAlongTheCells) {
-    control.setGroupTypeArray(chain({3, 5}));
+    QObject::connect(
+        &control, &PBPathControl::groupMenuClicked, &control,
+        [&](const PBGroupMenuAction& action) { clicked.push_back(action); });
+    control.setGroupTypeArray(std::make_shared<const std::vector<int>>(std::vector{3, 5}));
     QTest::keyClick(&control, Qt::Key_Left);
     for (int i = 0; i < 5; ++i)
         QTest::keyClick(&control, Qt::Key_Right);
     QTest::keyClick(&control, Qt::Key_Space);
-    ASSERT_TRUE(openMenu());
-    openMenu()->actions().constFirst()->trigger();
-    ASSERT_EQ(clicked.size(), 1U);
-    EXPECT_EQ(clicked[0], (PBGroupMenuAction{PBGroupMenuAction::Add, 1}));
-    closeMenu();
+    const auto menu = [&] { return control.findChild<QMenu*>(); };
+    ASSERT_TRUE(menu());
+    menu()->actions().constFirst()->trigger();
+    EXPECT_EQ(clicked, (std::vector<PBGroupMenuAction>{{PBGroupMenuAction::Add, 1}}));
+    menu()->close();
+    ASSERT_TRUE(support::spinUntil([&] { return !menu(); }));
 }
 
 } // namespace

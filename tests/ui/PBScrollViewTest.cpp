@@ -1,4 +1,5 @@
 #include "ui/PBScrollView.h"
+#include "support/Support.h"
 #include "ui/PBScroller.h"
 #include "ui/PBThemes.h"
 #include "ui/PBThumbnailScrollView.h"
@@ -6,12 +7,9 @@
 #include <QApplication>
 #include <QWheelEvent>
 
-#include <gtest/gtest.h>
-
 namespace {
 
-class LineScrollView final : public PBScrollView {
-public:
+struct LineScrollView final : PBScrollView {
     using PBScrollView::PBScrollView;
     double scrollLine() const override { return 50; }
 };
@@ -30,8 +28,7 @@ void sendWheel(PBScrollView& view, const Wheel& wheel) {
     QApplication::sendEvent(view.viewport(), &event);
 }
 
-class PBScrollViewTest : public ::testing::Test {
-protected:
+struct PBScrollViewTest : ::testing::Test {
     PBScrollViewTest() {
         view.setClock([this] { return now; });
         view.resize(300, 400);
@@ -158,8 +155,7 @@ TEST_F(PBScrollViewTest, aKnobInSlideModeSetsTheSpeedAtMostOnceAFrame) {
     EXPECT_EQ(view.motion().scrollStopPos(), 45);
 }
 
-class FakeStrip final : public ThumbnailStrip {
-public:
+struct FakeStrip final : ThumbnailStrip {
     double itemSize() const override { return 80; }
     double roundPosition(double position) const override {
         return std::rint(position / itemSize()) * itemSize();

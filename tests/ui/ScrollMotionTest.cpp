@@ -1,14 +1,9 @@
 #include "ui/ScrollMotion.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
+#include "support/Support.h"
 
 namespace {
 
-class FakeTarget final : public ScrollTarget {
-public:
+struct FakeTarget final : ScrollTarget {
     double scrollPosition() const override { return position; }
     void setScrollPosition(double wanted) override { position = wanted; }
     double roundPosition(double wanted) const override { return std::rint(wanted / step) * step; }
@@ -21,8 +16,7 @@ public:
     std::vector<std::int64_t> ended;
 };
 
-class ScrollMotionTest : public ::testing::Test {
-protected:
+struct ScrollMotionTest : ::testing::Test {
     void tickAt(double time) {
         now = time;
         motion.tick();
@@ -48,15 +42,6 @@ TEST_F(ScrollMotionTest, theCurveStartsAtTheStartAndEndsExactlyAtTheEnd) {
     EXPECT_FALSE(motion.isRunning());
     EXPECT_EQ(target.begun, 1);
     EXPECT_EQ(target.ended.size(), 1U);
-}
-
-TEST_F(ScrollMotionTest, ownNumbersReplaceTheDefaults) {
-    motion.setScrollAnimationDuration(2);
-    motion.setScrollCurveDuration(1);
-    motion.setScrollCurveFactor(2);
-    motion.scrollToPosition(200, true);
-    tickAt(1);
-    EXPECT_NEAR(target.position, 100 + 100 * (1 - std::pow(2, -0.5)) / 0.5, 1e-9);
 }
 
 TEST_F(ScrollMotionTest, turnsOfTheWheelAddUpAndTheFirstTwoAgainstThemAreSwallowed) {
@@ -105,16 +90,6 @@ TEST_F(ScrollMotionTest, aNewTargetStartsFromWhereTheMotionIs) {
     EXPECT_EQ(target.position, 0);
 }
 
-TEST_F(ScrollMotionTest, ajumpEndsTheMotionAndIsRounded) {
-    target.step = 50;
-    motion.scrollToPosition(480, true);
-    EXPECT_EQ(motion.scrollStopPos(), 500);
-    motion.scrollToPosition(930, false);
-    EXPECT_EQ(target.position, 950);
-    EXPECT_FALSE(motion.isRunning());
-    EXPECT_EQ(target.ended.size(), 1U);
-}
-
 TEST_F(ScrollMotionTest, contentThatMovesTakesTheMotionAlong) {
     motion.scrollToPosition(200, true);
     tickAt(0.3);
@@ -126,26 +101,6 @@ TEST_F(ScrollMotionTest, contentThatMovesTakesTheMotionAlong) {
     EXPECT_EQ(target.position, 1200);
     motion.updateScrollAmtByOffset(1000); // at rest: nothing
     EXPECT_EQ(target.position, 1200);
-}
-
-TEST(PhasedScrollingTest, bridgesTheGapBetweenFingersAndMomentum) {
-    double now = 0;
-    PhasedScrolling phases([&] { return now; });
-    EXPECT_FALSE(phases.isMagicScrolling());
-    phases.ended(); // without a beginning
-    EXPECT_FALSE(phases.isMagicScrolling());
-    phases.began();
-    now = 10;
-    EXPECT_TRUE(phases.isMagicScrolling());
-    phases.ended();
-    now = 10.05;
-    EXPECT_TRUE(phases.isMagicScrolling());
-    phases.began(); // momentum
-    now = 11;
-    EXPECT_TRUE(phases.isMagicScrolling());
-    phases.ended();
-    now = 11.2;
-    EXPECT_FALSE(phases.isMagicScrolling());
 }
 
 } // namespace

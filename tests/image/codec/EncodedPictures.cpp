@@ -1,9 +1,9 @@
 #include "image/codec/MadePictures.h"
+
+#include "image/codec/Bitmaps.h"
 #include "image/codec/metadata/Pictures.h"
 
-#include <array>
 #include <cstring>
-#include <memory>
 
 #include <gif_lib.h>
 #include <jxl/encode.h>
@@ -16,8 +16,6 @@
 namespace made {
 
 namespace {
-
-using pictures::ByteWriter;
 
 void appendTo(void* bytes, const void* data, std::size_t length) {
     static_cast<QByteArray*>(bytes)->append(
@@ -51,12 +49,10 @@ void putGifPart(GifFileType* file, const GifPart& part, bool isInterlaced) {
     };
     static constexpr int starts[] = {0, 4, 2, 1};
     static constexpr int steps[] = {8, 8, 4, 2};
-    for (int pass = 0; pass < (isInterlaced ? 4 : 1); ++pass) {
+    for (int pass = 0; pass < (isInterlaced ? 4 : 1); ++pass)
         for (int y = isInterlaced ? starts[pass] : 0; y < height;
-             y += isInterlaced ? steps[pass] : 1) {
+             y += isInterlaced ? steps[pass] : 1)
             putRow(y);
-        }
-    }
 }
 
 } // namespace
@@ -81,6 +77,20 @@ QByteArray gif(int disposal, bool isInterlaced) {
     GifFreeMapObject(map);
     return bytes;
 }
+
+namespace {
+
+QByteArray webp(const QImage& image) {
+    std::uint8_t* output = nullptr;
+    const std::size_t length = WebPEncodeLosslessBGRA(
+        image.constBits(), image.width(), image.height(), static_cast<int>(image.bytesPerLine()),
+        &output);
+    QByteArray bytes(reinterpret_cast<const char*>(output), static_cast<qsizetype>(length));
+    WebPFree(output);
+    return bytes;
+}
+
+} // namespace
 
 QByteArray animatedWebp() {
     WebPAnimEncoderOptions options;
@@ -136,38 +146,19 @@ QByteArray jpeg2000(const QImage& image, bool isBare) {
             planes->comps[2].data[index] = qBlue(pixel);
         }
     }
-    struct Output {
-        QByteArray bytes;
-        qsizetype position = 0;
-    } output;
-    opj_stream_t* stream = opj_stream_default_create(OPJ_FALSE);
-    opj_stream_set_user_data(stream, &output, nullptr);
-    opj_stream_set_write_function(
-        stream, [](void* data, OPJ_SIZE_T length, void* user) -> OPJ_SIZE_T {
-            auto* target = static_cast<Output*>(user);
-            const auto count = static_cast<qsizetype>(length);
-            target->bytes.resize(std::max(target->bytes.size(), target->position + count));
-            std::memcpy(target->bytes.data() + target->position, data, length);
-            target->position += count;
-            return length;
-        });
-    opj_stream_set_skip_function(stream, [](OPJ_OFF_T count, void* user) -> OPJ_OFF_T {
-        static_cast<Output*>(user)->position += count;
-        return count;
-    });
-    opj_stream_set_seek_function(stream, [](OPJ_OFF_T position, void* user) -> OPJ_BOOL {
-        static_cast<Output*>(user)->position = position;
-        return OPJ_TRUE;
-    });
-    opj_codec_t* codec = opj_create_compress(isBare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2);
-    opj_setup_encoder(codec, &parameters, planes);
-    opj_start_compress(codec, planes, stream);
-    opj_encode(codec, stream);
-    opj_end_compress(codec, stream);
-    opj_stream_destroy(stream);
-    opj_destroy_codec(codec);
+    const auto encode = [&](const char* path) {
+        opj_stream_t* stream = opj_stream_create_default_file_stream(path, OPJ_FALSE);
+        opj_codec_t* codec = opj_create_compress(isBare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2);
+        opj_setup_encoder(codec, &parameters, planes);
+        opj_start_compress(codec, planes, stream);
+        opj_encode(codec, stream);
+        opj_end_compress(codec, stream);
+        opj_stream_destroy(stream);
+        opj_destroy_codec(codec);
+    };
+    const QByteArray bytes = throughFile(encode);
     opj_image_destroy(planes);
-    return output.bytes;
+    return bytes;
 }
 
 QByteArray jpegXl(const QImage& image, int bits, bool isLossless) {
@@ -189,25 +180,13 @@ QByteArray jpegXl(const QImage& image, int bits, bool isLossless) {
     JxlEncoderSetColorEncoding(encoder, &colours);
     JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder, nullptr);
     if (isLossless) JxlEncoderSetFrameLossless(settings, JXL_TRUE);
-    ByteWriter samples(true);
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const QColor pixel = image.pixelColor(x, y);
-            const std::array<int, 4> rgba{pixel.red(), pixel.green(), pixel.blue(), pixel.alpha()};
-            for (std::size_t channel = 0; channel < (hasAlpha ? 4U : 3U); ++channel) {
-                const auto value = static_cast<unsigned>(rgba[channel]);
-                if (bits == 8)
-                    samples.u8(value);
-                else
-                    samples.u16(value * 257);
-            }
-        }
-    }
+    QByteArray samples;
+    for (int y = 0; y < image.height(); ++y)
+        samples += rowOf(image, y, bits, true);
     const JxlPixelFormat format{
         hasAlpha ? 4U : 3U, bits == 8 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16, JXL_LITTLE_ENDIAN, 0};
     JxlEncoderAddImageFrame(
-        settings, &format, samples.bytes().constData(),
-        static_cast<std::size_t>(samples.bytes().size()));
+        settings, &format, samples.constData(), static_cast<std::size_t>(samples.size()));
     JxlEncoderCloseInput(encoder);
     QByteArray bytes(1 << 20, '\0');
     auto* next = reinterpret_cast<std::uint8_t*>(bytes.data());
@@ -235,7 +214,7 @@ QByteArray heif(const QImage& image, bool isAv1, int bits) {
         int stride = 0;
         std::uint8_t* plane = heif_image_get_plane(picture, heif_channel_interleaved, &stride);
         for (int y = 0; y < image.height(); ++y) {
-            const QByteArray row = rgbRow(image, y, bits, true);
+            const QByteArray row = rowOf(image, y, bits, true);
             std::memcpy(
                 plane + static_cast<std::ptrdiff_t>(y) * stride, row.constData(),
                 static_cast<std::size_t>(row.size()));
@@ -243,12 +222,9 @@ QByteArray heif(const QImage& image, bool isAv1, int bits) {
         heif_image_handle* handle = nullptr;
         const heif_error encoded =
             heif_context_encode_image(context, picture, encoder, nullptr, &handle);
-        heif_writer writer{
-            1, [](heif_context*, const void* data, std::size_t size, void* user) {
-                appendTo(user, data, size);
-                return heif_error{heif_error_Ok, heif_suberror_Unspecified, "Success"};
-            }};
-        if (encoded.code == heif_error_Ok) heif_context_write(context, &writer, &bytes);
+        if (encoded.code == heif_error_Ok)
+            bytes =
+                throughFile([&](const char* path) { heif_context_write_to_file(context, path); });
         if (handle) heif_image_handle_release(handle);
         heif_image_release(picture);
         heif_encoder_release(encoder);
@@ -259,51 +235,52 @@ QByteArray heif(const QImage& image, bool isAv1, int bits) {
 
 std::vector<Picture> gradients() {
     const QImage image = gradient({160, 96});
-    const auto name = [](const char* text) { return QString::fromLatin1(text); };
-    const QString targa = name("com.truevision.tga-image");
+    const QString targa = u"com.truevision.tga-image"_s;
     std::vector<Picture> all{
-        {name("ico 32"), icon({{image, 32}})},
-        {name("ico png"), icon({{image, 0}})},
-        {name("tga 24"), tga(image, 24, false, false), targa},
-        {name("tga 24 top"), tga(image, 24, false, true), targa},
-        {name("tga 32 runs"), tga(image, 32, true, false), targa},
-        {name("tga 24 runs top, from the right"), tga(image, 24, true, true, true), targa},
-        {name("psd gray"), psd(image, PsdMode::Gray, 8, true), {}, 3, true},
-        {name("psd gray 16"), psd(image, PsdMode::Gray, 16, false), {}, 3, true},
-        {name("psd rgb"), psd(image, PsdMode::Rgb, 8, false)},
-        {name("psd rgb 16 runs"), psd(image, PsdMode::Rgb, 16, true)},
-        {name("psd cmyk"), psd(image, PsdMode::Cmyk, 8, true)},
-        {name("psd cmyk 16"), psd(image, PsdMode::Cmyk, 16, false)},
+        {"ico 32", icon({{image, 32}})},
+        {"ico png", icon({{image, 0}})},
+        {"tga 24", tga(image, 24, false, false), targa},
+        {"tga 24 top", tga(image, 24, false, true), targa},
+        {"tga 32 runs", tga(image, 32, true, false), targa},
+        {"tga 24 runs top, from the right", tga(image, 24, true, true, true), targa},
+        {"psd gray", psd(image, PsdMode::Gray, 8, true), {}, 3, true},
+        {"psd gray 16", psd(image, PsdMode::Gray, 16, false), {}, 3, true},
+        {"psd rgb", psd(image, PsdMode::Rgb, 8, false)},
+        {"psd rgb 16 runs", psd(image, PsdMode::Rgb, 16, true)},
+        {"psd cmyk", psd(image, PsdMode::Cmyk, 8, true)},
+        {"psd cmyk 16", psd(image, PsdMode::Cmyk, 16, false)},
         // Small differences of Lab are large ones of the darkest colours.
-        {name("psd lab"), psd(image, PsdMode::Lab, 8, false), {}, 18},
-        {name("psd lab 16"), psd(image, PsdMode::Lab, 16, true), {}, 18},
-        {name("jp2"), jpeg2000(image, false)},
-        {name("j2k"), jpeg2000(image, true)},
-        {name("jxl 8"), jpegXl(image, 8, true)},
-        {name("jxl 16"), jpegXl(image, 16, true)},
-        {name("jxl lossy"), jpegXl(image, 8, false), {}, 16},
-        {name("bigtiff"), tiff(image, {.isBig = true})},
-        {name("tiff tiles, planar, 16"),
-         tiff(image, {.isTiled = true, .isPlanar = true, .bits = 16})},
-        {name("tiff strips, planar"), tiff(image, {.isPlanar = true})},
-        {name("tiff tiles, cmyk, deflate"),
+        {"psd lab", psd(image, PsdMode::Lab, 8, false), {}, 18},
+        {"psd lab 16", psd(image, PsdMode::Lab, 16, true), {}, 18},
+        {"jp2", jpeg2000(image, false)},
+        {"j2k", jpeg2000(image, true)},
+        {"jxl 8", jpegXl(image, 8, true)},
+        {"jxl 16", jpegXl(image, 16, true)},
+        {"jxl lossy", jpegXl(image, 8, false), {}, 16},
+        {"bigtiff", tiff(image, {.isBig = true})},
+        {"tiff tiles, planar, 16", tiff(image, {.isTiled = true, .isPlanar = true, .bits = 16})},
+        {"tiff strips, planar", tiff(image, {.isPlanar = true})},
+        {"tiff tiles, cmyk, deflate",
          tiff(image, {.isTiled = true, .compression = COMPRESSION_ADOBE_DEFLATE, .isCmyk = true})},
-        {name("tiff lzw, cmyk 16"),
+        {"tiff lzw, cmyk 16",
          tiff(image, {.bits = 16, .compression = COMPRESSION_LZW, .isCmyk = true})},
-        {name("png 16"), png(image, 16, false)},
-        {name("png interlaced"), png(image, 8, true)},
-        {name("png 16 interlaced"), png(image, 16, true)},
-        {name("jpeg cmyk"), cmykJpeg(image, false), {}, 12},
-        {name("jpeg cmyk, inverted"), cmykJpeg(image, true), {}, 12},
-    };
+        {"tiff tiles, lab", tiff(image, {.isTiled = true, .isLab = true}), {}, 18},
+        {"tiff strips, lab 16", tiff(image, {.bits = 16, .isLab = true}), {}, 18},
+        {"jpeg", PBUtilities::cgImageRefToJpegData(image), {}, 16},
+        {"png", PBUtilities::cgImageRefToPngData(image)},
+        {"bmp", pictures::saved(image, "BMP")},
+        {"ppm", pictures::saved(image, "PPM")},
+        {"webp", webp(image)},
+        {"png 16", png(image, 16, false)},
+        {"png interlaced", png(image, 8, true)},
+        {"png 16 interlaced", png(image, 16, true)},
+        {"jpeg cmyk", cmykJpeg(image, false), {}, 12},
+        {"jpeg cmyk, inverted", cmykJpeg(image, true), {}, 12}};
     // The library's own AV1 encoder gives up on deep RGB.
-    const std::array<Picture, 3> encoded{
-        Picture{name("heic"), heif(image, false), {}, 16},
-        Picture{name("heic 10"), heif(image, false, 10), {}, 16},
-        Picture{name("avif"), heif(image, true), {}, 16}};
-    for (const Picture& picture : encoded) {
-        if (!picture.bytes.isEmpty()) all.push_back(picture);
-    }
+    all.push_back({"heic", heif(image, false), {}, 16});
+    all.push_back({"heic 10", heif(image, false, 10), {}, 16});
+    all.push_back({"avif", heif(image, true), {}, 16});
+    std::erase_if(all, [](const Picture& picture) { return picture.bytes.isEmpty(); });
     return all;
 }
 

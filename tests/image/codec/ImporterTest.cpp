@@ -1,21 +1,14 @@
-#include "core/FileTypes.h"
 #include "image/codec/FrameReader.h"
 #include "image/codec/MadePictures.h"
 #include "image/codec/PBImageImporter.h"
 #include "image/codec/PBImageImporterManager.h"
-#include "platform/TypeIdentifiers.h"
-#include "support/Support.h"
 
-#include <QTemporaryDir>
 #include <QUrl>
-
-#include <gtest/gtest.h>
 
 namespace {
 
 /// Gives what the test says instead of decoding.
-class ScriptedReader final : public codec::FrameReader {
-public:
+struct ScriptedReader final : codec::FrameReader {
     codec::ReadStatus thumbnails = codec::ReadStatus::Refused;
     QImage full;
     bool throwsForFull = false;
@@ -34,10 +27,9 @@ public:
     }
 };
 
-class ImporterFallback : public ::testing::Test {
-protected:
+struct ImporterFallback : ::testing::Test {
     void SetUp() override {
-        const QString path = folder.filePath(QStringLiteral("a.jpg"));
+        const QString path = folder.filePath(u"a.jpg"_s);
         support::writeFile(path, "anything");
         importer = PBImageImporter::initWithImagePath(path);
         ASSERT_TRUE(importer);
@@ -74,38 +66,4 @@ TEST_F(ImporterFallback, FailuresGiveNothingAndAreNotAskedAgain) {
     EXPECT_TRUE(importer->createImageWithMaxSize(50, 0).isNull());
     EXPECT_TRUE(importer->createImageWithMaxSize(0, 0).isNull());
     EXPECT_FALSE(importer->propertiesAtIndex(0));
-}
-
-TEST(ImporterManager, ClassesAreChosenByConformanceAndTheMultiPictureTypeIsLeftOut) {
-    const QStringList types = PBImageImporter::typeIdentifiers();
-    EXPECT_TRUE(types.contains(QStringLiteral("public.jpeg")));
-    EXPECT_FALSE(types.contains(QStringLiteral("public.mpo-image")));
-    PBImageImporterManager manager;
-    EXPECT_EQ(manager.supportImageTypes(), types);
-    EXPECT_TRUE(manager.imageImporterClassForImageUTI(QStringLiteral("public.jpeg")));
-    EXPECT_FALSE(manager.imageImporterClassForImageUTI(QStringLiteral("public.mpo-image")));
-    EXPECT_FALSE(manager.imageImporterClassForImageUTI(QStringLiteral("public.plain-text")));
-
-    // Rows without a list yield, and later rows serve what the first leaves out.
-    PBImageImporterManager other;
-    int made = 0;
-    other.addImageImporterClass(
-        {[] { return std::optional<QStringList>(); }, [](const QString&) { return nullptr; }});
-    other.addImageImporterClass(
-        {[] { return std::optional(QStringList{QStringLiteral("public.mpo-image")}); },
-         [&made](const QString&) {
-             ++made;
-             return nullptr;
-         }});
-    const PBImageImporterClass* found =
-        other.imageImporterClassForImageUTI(QStringLiteral("public.mpo-image"));
-    ASSERT_TRUE(found);
-    (void)found->initWithImagePath({});
-    EXPECT_EQ(made, 1);
-    // A camera's own type conforms to the general one without being in the list.
-    const QString camera = QStringLiteral("com.nikon.raw-image");
-    EXPECT_TRUE(PBUtilities::conformsToUTIArray(
-        camera, {platform::TypeIdentifiers::cameraRawImage.toString()}));
-    EXPECT_FALSE(PBUtilities::conformsToUTIArray(camera, {QStringLiteral("public.jpeg")}));
-    EXPECT_FALSE(PBUtilities::conformsToUTIArray(camera, {}));
 }

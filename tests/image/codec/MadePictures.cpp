@@ -3,11 +3,8 @@
 #include "image/codec/Bitmaps.h"
 #include "image/codec/metadata/Pictures.h"
 #include "support/JpegWriter.h"
-#include "support/Support.h"
 
-#include <QTemporaryDir>
-
-#include <array>
+#include <QColorSpace>
 
 #include <lcms2.h>
 #include <png.h>
@@ -17,28 +14,38 @@ namespace made {
 
 using pictures::ByteWriter;
 
+namespace {
+
+void put(ByteWriter& writer, unsigned sample, int bits) {
+    bits == 8 ? writer.u8(sample) : writer.u16(sample);
+}
+
+} // namespace
+
 QImage gradient(QSize size) {
     QImage image(size, QImage::Format_RGB32);
-    for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0; x < size.width(); ++x) {
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
             image.setPixel(x, y, qRgb(x * 255 / size.width(), y * 255 / size.height(), 60));
-        }
-    }
     return image;
 }
 
-QByteArray rgbRow(const QImage& image, int y, int bits, bool isLittleEndian) {
+QByteArray rowOf(const QImage& image, int y, int bits, bool isLittleEndian) {
     ByteWriter row(isLittleEndian);
     for (int x = 0; x < image.width(); ++x) {
         const QRgb pixel = image.pixel(x, y);
-        for (const int value : {qRed(pixel), qGreen(pixel), qBlue(pixel)}) {
-            if (bits == 8)
-                row.u8(static_cast<unsigned>(value));
-            else
-                row.u16(static_cast<unsigned>(value * ((1 << bits) - 1) / 255));
-        }
+        const std::array samples{qRed(pixel), qGreen(pixel), qBlue(pixel), qAlpha(pixel)};
+        for (const int value : std::span(samples).first(image.hasAlphaChannel() ? 4 : 3))
+            put(row, static_cast<unsigned>(value * ((1 << bits) - 1) / 255), bits);
     }
     return row.bytes();
+}
+
+QByteArray throughFile(const std::function<void(const char*)>& encoder) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"made"_s);
+    encoder(QFile::encodeName(path).constData());
+    return support::readFile(path);
 }
 
 QByteArray icon(const std::vector<IconEntry>& entries) {
@@ -53,22 +60,15 @@ QByteArray icon(const std::vector<IconEntry>& entries) {
             content.text(PBUtilities::cgImageRefToPngData(image));
         } else {
             content.u32(40)
-                .u32(static_cast<unsigned>(width))
-                .u32(static_cast<unsigned>(height * 2));
-            content.u16(1)
-                .u16(static_cast<unsigned>(bits))
-                .u32(0)
-                .u32(0)
-                .u32(0)
-                .u32(0)
-                .u32(0)
-                .u32(0);
+                .u32(unsigned(width))
+                .u32(unsigned(height * 2))
+                .u16(1)
+                .u16(unsigned(bits));
+            content.text(QByteArray(24, '\0'));
             // The palette of 8 bits: three of red and green, two of blue.
             for (unsigned index = 0; bits == 8 && index < 256; ++index) {
-                content.u8((index & 3) * 85)
-                    .u8((index >> 2 & 7) * 255 / 7)
-                    .u8((index >> 5) * 255 / 7);
-                content.u8(0);
+                content.u8((index & 3) * 85).u8((index >> 2 & 7) * 255 / 7);
+                content.u8((index >> 5) * 255 / 7).u8(0);
             }
             for (int y = height - 1; y >= 0; --y) {
                 for (int x = 0; x < width; ++x) {
@@ -83,10 +83,9 @@ QByteArray icon(const std::vector<IconEntry>& entries) {
                     content.u8(0);
             }
             // The mask hides the leftmost eight columns of 8-bit entries.
-            for (int y = 0; y < height; ++y) {
+            for (int y = 0; y < height; ++y)
                 for (int byte = 0; byte < (width + 31) / 32 * 4; ++byte)
                     content.u8(bits == 8 && byte == 0 ? 0xFF : 0);
-            }
         }
         head.u8(static_cast<unsigned>(width % 256)).u8(static_cast<unsigned>(height % 256));
         head.u16(0).u16(1).u16(static_cast<unsigned>(bits == 0 ? 32 : bits));
@@ -211,13 +210,8 @@ QByteArray psd(const QImage& image, PsdMode mode, int depth, bool hasRuns) {
     for (unsigned channel = 0; channel < channels; ++channel) {
         for (int y = 0; y < image.height(); ++y) {
             ByteWriter row(false);
-            for (int x = 0; x < image.width(); ++x) {
-                const unsigned value = psdSamples(image.pixel(x, y), mode, depth)[channel];
-                if (depth == 8)
-                    row.u8(value);
-                else
-                    row.u16(value);
-            }
+            for (int x = 0; x < image.width(); ++x)
+                put(row, psdSamples(image.pixel(x, y), mode, depth)[channel], depth);
             const QByteArray bytes = hasRuns ? packed(row.bytes()) : row.bytes();
             if (hasRuns) file.u16(static_cast<unsigned>(bytes.size()));
             pixels += bytes;
@@ -226,20 +220,21 @@ QByteArray psd(const QImage& image, PsdMode mode, int depth, bool hasRuns) {
     return file.text(pixels).bytes();
 }
 
-QByteArray tiff(const QImage& image, const TiffShape& shape) {
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("made.tif"));
+static void writeTiff(const char* path, const QImage& image, const TiffShape& shape) {
     const auto width = static_cast<std::uint32_t>(image.width());
     const auto height = static_cast<std::uint32_t>(image.height());
     const unsigned samples = shape.isCmyk ? 4 : 3;
     const unsigned planes = shape.isPlanar ? samples : 1;
     const unsigned together = shape.isPlanar ? 1 : samples;
-    TIFF* file = TIFFOpen(path.toLocal8Bit().constData(), shape.isBig ? "w8" : "w");
+    TIFF* file = TIFFOpen(path, shape.isBig ? "w8" : "w");
     TIFFSetField(file, TIFFTAG_IMAGEWIDTH, width);
     TIFFSetField(file, TIFFTAG_IMAGELENGTH, height);
     TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, shape.bits);
     TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, samples);
-    TIFFSetField(file, TIFFTAG_PHOTOMETRIC, shape.isCmyk ? PHOTOMETRIC_SEPARATED : PHOTOMETRIC_RGB);
+    const int photometric = shape.isLab    ? PHOTOMETRIC_CIELAB
+                            : shape.isCmyk ? PHOTOMETRIC_SEPARATED
+                                           : PHOTOMETRIC_RGB;
+    TIFFSetField(file, TIFFTAG_PHOTOMETRIC, photometric);
     TIFFSetField(
         file, TIFFTAG_PLANARCONFIG, shape.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
     TIFFSetField(file, TIFFTAG_COMPRESSION, shape.compression);
@@ -266,13 +261,12 @@ QByteArray tiff(const QImage& image, const TiffShape& shape) {
                     const QRgb pixel = x < width && y < height
                                            ? image.pixel(static_cast<int>(x), static_cast<int>(y))
                                            : 0;
-                    const std::array<int, 4> rgb{qRed(pixel), qGreen(pixel), qBlue(pixel), 255};
-                    auto value = static_cast<unsigned>(rgb[channel]);
-                    if (shape.isCmyk) value = 255 - value;
-                    if (shape.bits == 8)
-                        bytes.u8(value);
-                    else
-                        bytes.u16(value * 257);
+                    const PsdMode mode = shape.isLab ? PsdMode::Lab : PsdMode::Cmyk;
+                    unsigned value = psdSamples(pixel, mode, shape.bits)[channel];
+                    const unsigned most = (1U << shape.bits) - 1;
+                    if (shape.isCmyk) value = most - value;
+                    if (shape.isLab && channel > 0) value ^= most / 2 + 1; // signed here
+                    put(bytes, value, shape.bits);
                 }
                 QByteArray data = bytes.bytes();
                 if (shape.isTiled)
@@ -283,20 +277,21 @@ QByteArray tiff(const QImage& image, const TiffShape& shape) {
         }
     }
     TIFFClose(file);
-    return support::readFile(path);
+}
+
+QByteArray tiff(const QImage& image, const TiffShape& shape) {
+    return throughFile([&](const char* path) { writeTiff(path, image, shape); });
 }
 
 QByteArray png(const QImage& image, int bits, bool isInterlaced, const QByteArray& profile) {
     QByteArray bytes;
     png_structp file = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(file);
-    png_set_write_fn(
-        file, &bytes,
-        [](png_structp png_, png_bytep data, std::size_t length) {
-            static_cast<QByteArray*>(png_get_io_ptr(png_))
-                ->append(reinterpret_cast<const char*>(data), static_cast<qsizetype>(length));
-        },
-        [](png_structp) {});
+    const auto append = [](png_structp to, png_bytep data, std::size_t length) {
+        static_cast<QByteArray*>(png_get_io_ptr(to))
+            ->append(reinterpret_cast<const char*>(data), qsizetype(length));
+    };
+    png_set_write_fn(file, &bytes, append, nullptr);
     const auto width = static_cast<std::uint32_t>(image.width());
     png_set_IHDR(
         file, info, width, static_cast<std::uint32_t>(image.height()), bits, PNG_COLOR_TYPE_RGB,
@@ -311,9 +306,8 @@ QByteArray png(const QImage& image, int bits, bool isInterlaced, const QByteArra
     png_write_info(file, info);
     std::vector<QByteArray> rows;
     std::vector<png_bytep> pointers;
-    for (int y = 0; y < image.height(); ++y) {
-        rows.push_back(rgbRow(image, y, bits, false));
-    }
+    for (int y = 0; y < image.height(); ++y)
+        rows.push_back(rowOf(image, y, bits, false));
     for (QByteArray& row : rows)
         pointers.push_back(reinterpret_cast<png_bytep>(row.data()));
     png_write_image(file, pointers.data());
@@ -323,19 +317,10 @@ QByteArray png(const QImage& image, int bits, bool isInterlaced, const QByteArra
 }
 
 QByteArray swappedProfile() {
-    const cmsCIExyY white{0.3127, 0.3290, 1};
-    const cmsCIExyYTRIPLE primaries{{0.15, 0.06, 1}, {0.30, 0.60, 1}, {0.64, 0.33, 1}};
-    const double parameters[] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
-    cmsToneCurve* curve = cmsBuildParametricToneCurve(nullptr, 4, parameters);
-    cmsToneCurve* curves[] = {curve, curve, curve};
-    const cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
-    cmsUInt32Number length = 0;
-    cmsSaveProfileToMem(profile, nullptr, &length);
-    QByteArray bytes(static_cast<qsizetype>(length), '\0');
-    cmsSaveProfileToMem(profile, bytes.data(), &length);
-    cmsCloseProfile(profile);
-    cmsFreeToneCurve(curve);
-    return bytes;
+    return QColorSpace(
+               {0.3127, 0.3290}, {0.15, 0.06}, {0.30, 0.60}, {0.64, 0.33},
+               QColorSpace::TransferFunction::SRgb)
+        .iccProfile();
 }
 
 QByteArray cmykJpeg(const QImage& image, bool isInverted) {

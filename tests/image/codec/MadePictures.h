@@ -1,10 +1,8 @@
 #pragma once
 
-#include <QByteArray>
-#include <QImage>
-#include <QString>
+#include "support/Support.h"
 
-#include <vector>
+#include <QImage>
 
 /// Encoded pictures of every format, made here: by the formats' own encoders, or byte by byte.
 namespace made {
@@ -12,11 +10,15 @@ namespace made {
 /// Red fades to the right, green downwards: wrong rows, sizes and channels all show.
 [[nodiscard]] QImage gradient(QSize size);
 
-/// The red, green and blue samples of a row, of 8 bits or of more in two bytes each.
-[[nodiscard]] QByteArray rgbRow(const QImage& image, int y, int bits, bool isLittleEndian);
+/// The red, green and blue samples of a row, with alpha if the picture has it, of 8 bits or of more
+/// in two bytes each.
+[[nodiscard]] QByteArray rowOf(const QImage& image, int y, int bits, bool isLittleEndian);
+
+/// What an encoder writes that wants a path.
+[[nodiscard]] QByteArray throughFile(const std::function<void(const char* path)>& encoder);
 
 struct Picture {
-    QString name;
+    const char* name;
     QByteArray bytes;
     /// The type that the file's name would say, where the bytes do not.
     QString typeHint = {};
@@ -59,6 +61,7 @@ struct TiffShape {
     int bits = 8;
     int compression = 1;
     bool isCmyk = false;
+    bool isLab = false;
 };
 [[nodiscard]] QByteArray tiff(const QImage& image, const TiffShape& shape);
 

@@ -2,10 +2,6 @@
 
 #include "support/Support.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 namespace {
 
 using namespace PBUtilities;
@@ -14,9 +10,8 @@ using Entries = std::vector<std::pair<const char*, PBValue>>;
 
 PBValue address(const Entries& entries) {
     PBDictionary dictionary;
-    for (const auto& [key, value] : entries) {
+    for (const auto& [key, value] : entries)
         dictionary.emplace(QString::fromLatin1(key), value);
-    }
     return dictionary;
 }
 
@@ -25,101 +20,85 @@ PBArray lines(const QStringList& texts) {
 }
 
 TEST(AddressesTest, textsNameThePlaceFromSmallToLarge) {
-    const PBValue name = u"Pier 3"_qs;
-    const PBValue quarter = u"Mitte"_qs;
-    const PBValue city = u"Berlin"_qs;
-    const PBValue sameState = u"BERLIN"_qs;
-    const PBValue otherState = u"Land Berlin"_qs;
-    const PBValue country = u"Germany"_qs;
-    struct Row {
-        PBValue address;
-        QString shortText;
-        QString longText;
-    };
-    const std::vector<Row> table{
+    const PBValue name = u"Pier 3"_s;
+    const PBValue quarter = u"Mitte"_s;
+    const PBValue city = u"Berlin"_s;
+    const PBValue sameState = u"BERLIN"_s;
+    const PBValue otherState = u"Land Berlin"_s;
+    const PBValue country = u"Germany"_s;
+    const std::tuple<PBValue, QString, QString> table[] = {
         {address({}), {}, {}},
         {{}, {}, {}},
         {PBNull{}, {}, {}},
-        {u"Berlin"_qs, {}, {}},
-        {address({{"Name", name}, {"Country", country}}), u"Pier 3, Germany"_qs,
-         u"Pier 3, Germany"_qs},
+        {u"Berlin"_s, {}, {}},
+        {address({{"Name", name}, {"Country", country}}), u"Pier 3, Germany"_s,
+         u"Pier 3, Germany"_s},
         {address({{"City", city}, {"State", sameState}, {"Country", country}, {"Name", name}}),
-         u"Berlin, Germany"_qs, u"Berlin, Germany"_qs},
+         u"Berlin, Germany"_s, u"Berlin, Germany"_s},
         {address(
              {{"SubLocality", quarter},
               {"City", city},
               {"State", otherState},
               {"Country", country}}),
-         u"Mitte, Berlin, Land Berlin"_qs, u"Mitte, Berlin, Land Berlin"_qs},
-        {address({{"City", city}, {"FormattedAddressLines", lines({u"Pier 3"_qs, u"Berlin"_qs})}}),
-         u"Berlin"_qs, u"Pier 3, Berlin"_qs},
+         u"Mitte, Berlin, Land Berlin"_s, u"Mitte, Berlin, Land Berlin"_s},
+        {address({{"City", city}, {"FormattedAddressLines", lines({u"Pier 3"_s, u"Berlin"_s})}}),
+         u"Berlin"_s, u"Pier 3, Berlin"_s},
         // Entries of the wrong type, or with nothing in them.
         {address(
              {{"City", 7},
               {"State", PBNull{}},
-              {"SubLocality", QString(u""_qs)},
+              {"SubLocality", QString(u""_s)},
               {"Country", country}}),
-         u"Germany"_qs, u"Germany"_qs},
-        {address({{"City", city}, {"FormattedAddressLines", PBArray{}}}), u"Berlin"_qs,
-         u"Berlin"_qs},
-        {address({{"City", city}, {"FormattedAddressLines", PBArray{PBNull{}, 3}}}), u"Berlin"_qs,
-         u"Berlin"_qs},
-        {address({{"City", city}, {"FormattedAddressLines", u"text"_qs}}), u"Berlin"_qs,
-         u"Berlin"_qs}};
-    for (const Row& row : table) {
-        EXPECT_EQ(shortLocationStringForAddressDictionary(row.address), row.shortText);
-        EXPECT_EQ(longLocationStringForAddressDictionary(row.address), row.longText);
-        EXPECT_EQ(
-            shortLocationStringForAddressDictionary(row.address).isNull(), row.shortText.isEmpty());
+         u"Germany"_s, u"Germany"_s},
+        {address({{"City", city}, {"FormattedAddressLines", PBArray{}}}), u"Berlin"_s, u"Berlin"_s},
+        {address({{"City", city}, {"FormattedAddressLines", PBArray{PBNull{}, 3}}}), u"Berlin"_s,
+         u"Berlin"_s},
+        {address({{"City", city}, {"FormattedAddressLines", u"text"_s}}), u"Berlin"_s,
+         u"Berlin"_s}};
+    for (const auto& [address, shortText, longText] : table) {
+        EXPECT_EQ(shortLocationStringForAddressDictionary(address), shortText);
+        EXPECT_EQ(longLocationStringForAddressDictionary(address), longText);
+        EXPECT_EQ(shortLocationStringForAddressDictionary(address).isNull(), shortText.isEmpty());
     }
 }
 
 TEST(AddressesTest, comparisonPutsWhatHasLessContentLater) {
-    const QString key = u"LongLocation"_qs;
-    const PBValue full = address({{"City", u"Berlin"_qs}});
+    const QString key = u"LongLocation"_s;
+    const PBValue full = address({{"City", u"Berlin"_s}});
     const PBValue textless = address({{"Latitude", 1.0}});
     const PBValue null = PBNull{};
     const PBValue absent;
     const std::vector<PBValue> ascending{full, textless, null, absent};
-    for (std::size_t left = 0; left < ascending.size(); ++left) {
-        for (std::size_t right = 0; right < ascending.size(); ++right) {
-            const int expected = left < right ? -1 : left > right ? 1 : 0;
-            EXPECT_EQ(compareAddressDictionary(ascending[left], ascending[right], key), expected);
-            EXPECT_EQ(compareAddressDictionary(ascending[left], ascending[right]), expected);
-            EXPECT_EQ(isEqualAddressDictionary(ascending[left], ascending[right]), left == right);
-        }
-    }
+    support::expectAscending(ascending, [&](const PBValue& left, const PBValue& right) {
+        const auto order = compareAddressDictionary(left, right);
+        EXPECT_EQ(compareAddressDictionary(left, right, key), order);
+        EXPECT_EQ(isEqualAddressDictionary(left, right), order == 0);
+        return order;
+    });
 }
 
 TEST(AddressesTest, placeGroupsOrderByTheLargestPartThatDiffers) {
     const auto place = [](const QString& country, const QString& state, const QString& city) {
-        PBValue value = address({{"Country", country}, {"City", city}});
-        if (state.isNull()) return value;
-        return address({{"Country", country}, {"State", state}, {"City", city}});
+        return state.isNull() ? address({{"Country", country}, {"City", city}})
+                              : address({{"Country", country}, {"State", state}, {"City", city}});
     };
     const std::vector<PBValue> ascending{
-        place(u"Austria"_qs, u"Wien"_qs, u"Zell"_qs),
-        place(u"germany"_qs, u"Bavaria"_qs, u"Zorneding"_qs),
-        place(u"Germany"_qs, u"Hesse"_qs, u"Kassel 2"_qs),
-        place(u"Germany"_qs, u"Hesse"_qs, u"Kassel 10"_qs), place(u"Germany"_qs, {}, u"Aachen"_qs)};
-    for (std::size_t left = 0; left < ascending.size(); ++left) {
-        for (std::size_t right = 0; right < ascending.size(); ++right) {
-            EXPECT_EQ(
-                compareAddressDictionary(ascending[left], ascending[right]), left < right   ? -1
-                                                                             : left > right ? 1
-                                                                                            : 0)
-                << left << " " << right;
-        }
-    }
+        place(u"Austria"_s, u"Wien"_s, u"Zell"_s),
+        place(u"germany"_s, u"Bavaria"_s, u"Zorneding"_s),
+        place(u"Germany"_s, u"Hesse"_s, u"Kassel 2"_s),
+        place(u"Germany"_s, u"Hesse"_s, u"Kassel 10"_s), place(u"Germany"_s, {}, u"Aachen"_s)};
+    support::expectAscending(ascending, [](const PBValue& left, const PBValue& right) {
+        return compareAddressDictionary(left, right);
+    });
     // The same long text is the same place, whatever else differs.
-    const PBArray sameLines = lines({u"A"_qs, u"B"_qs});
+    const PBArray sameLines = lines({u"A"_s, u"B"_s});
     EXPECT_EQ(
         compareAddressDictionary(
-            address({{"Country", u"X"_qs}, {"FormattedAddressLines", sameLines}}),
-            address({{"Country", u"Y"_qs}, {"FormattedAddressLines", lines({u"a"_qs, u"b"_qs})}})),
+            address({{"Country", u"X"_s}, {"FormattedAddressLines", sameLines}}),
+            address({{"Country", u"Y"_s}, {"FormattedAddressLines", lines({u"a"_s, u"b"_s})}})),
         0);
-    EXPECT_EQ(compareAddressDictionary(ascending[1], ascending[2], u"Country"_qs), 0);
-    EXPECT_EQ(compareAddressDictionary(ascending[1], ascending[2], u"ShortLocation"_qs), 1);
+    EXPECT_EQ(compareAddressDictionary(ascending[1], ascending[2], u"Country"_s), 0);
+    EXPECT_EQ(compareAddressDictionary(ascending[1], ascending[2], u"ShortLocation"_s), 1);
 }
 
 } // namespace

@@ -2,14 +2,6 @@
 
 #include "support/Support.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
-
-namespace {
-
 TEST(GeoBlobsTest, coordinatesAndAddressesComeBackUnchanged) {
     const std::vector<double> coordinates{
         0, -0.1, 13.40338, 180, -179.99999999999997, std::numeric_limits<double>::denorm_min()};
@@ -17,11 +9,11 @@ TEST(GeoBlobsTest, coordinatesAndAddressesComeBackUnchanged) {
     EXPECT_EQ(GeoBlobs::decodeCoordinates(GeoBlobs::encodeCoordinates({})), std::vector<double>());
 
     const PBDictionary address{
-        {u"City"_qs, u"Århus 東京 \U0001F600"_qs},
-        {u"FormattedAddressLines"_qs, PBArray{u"a"_qs, PBNull{}, 7ll, 1.5, true}},
-        {u"Bytes"_qs, QByteArray("\0\xff", 2)},
-        {u"Inner"_qs, PBDictionary{{u"Key"_qs, PBNull{}}}},
-        {QString(), u""_qs}};
+        {u"City"_s, u"Århus 東京 \U0001F600"_s},
+        {u"FormattedAddressLines"_s, PBArray{u"a"_s, PBNull{}, 7ll, 1.5, true}},
+        {u"Bytes"_s, QByteArray("\0\xff", 2)},
+        {u"Inner"_s, PBDictionary{{u"Key"_s, PBNull{}}}},
+        {QString(), u""_s}};
     EXPECT_EQ(GeoBlobs::decodeAddress(GeoBlobs::encodeAddress(address)), address);
 }
 
@@ -33,9 +25,8 @@ TEST(GeoBlobsTest, singleValuesThatCannotBeReadAreSkipped) {
     ASSERT_EQ(coordinates->size(), 5u);
     EXPECT_EQ((*coordinates)[0], 1);
     EXPECT_EQ((*coordinates)[2], -2.5);
-    for (const std::size_t index : {1u, 3u, 4u}) {
+    for (const std::size_t index : {1u, 3u, 4u})
         EXPECT_TRUE(std::isnan((*coordinates)[index]));
-    }
     // {"a": undefined, 1: "b", "c": "d", "e": [undefined, 2], "f": a date}
     const auto address = GeoBlobs::decodeAddress(
         QByteArray::fromHex("a5"
@@ -44,23 +35,16 @@ TEST(GeoBlobsTest, singleValuesThatCannotBeReadAreSkipped) {
                             "61636164"
                             "616582f702"
                             "6166c074323031332d30332d32315432303a30343a30305a"));
-    EXPECT_EQ(address, (PBDictionary{{u"c"_qs, u"d"_qs}, {u"e"_qs, PBArray{qint64{2}}}}));
+    EXPECT_EQ(address, (PBDictionary{{u"c"_s, u"d"_s}, {u"e"_s, PBArray{qint64{2}}}}));
     const PBDictionary unstorable{
-        {u"Absent"_qs, PBValue()}, {u"Date"_qs, PBDate{3}}, {u"Place"_qs, PBLocation{1, 2}}};
+        {u"Absent"_s, PBValue()}, {u"Date"_s, PBDate{3}}, {u"Place"_s, PBLocation{1, 2}}};
     EXPECT_EQ(GeoBlobs::decodeAddress(GeoBlobs::encodeAddress(unstorable)), PBDictionary());
 }
 
 TEST(GeoBlobsTest, bytesThatAreNoBlobAreRefused) {
-    const std::vector<QByteArray> junk{
+    std::vector<QByteArray> junk{
         {},
         "bplist00",
-        QByteArray::fromHex("ff"),
-        QByteArray::fromHex("82fb40"),
-        QByteArray::fromHex("a1"),
-        QByteArray::fromHex("01"),
-        QByteArray::fromHex("6161"),
-        QByteArray::fromHex("9f"),
-        QByteArray::fromHex("61ff"),
         // Lengths beyond all memory.
         QByteArray::fromHex("9bffffffffffffffff"),
         QByteArray::fromHex("9b0fffffffffffffff"),
@@ -69,6 +53,8 @@ TEST(GeoBlobsTest, bytesThatAreNoBlobAreRefused) {
         // Arrays within arrays, without end.
         QByteArray(200'000, '\x81'),
         QByteArray(200'000, '\x9f')};
+    for (const char* hex : {"ff", "82fb40", "a1", "01", "6161", "9f", "61ff"})
+        junk.push_back(QByteArray::fromHex(hex));
     for (const QByteArray& bytes : junk) {
         EXPECT_FALSE(GeoBlobs::decodeCoordinates(bytes)) << bytes.left(12).toHex().constData();
         EXPECT_FALSE(GeoBlobs::decodeAddress(bytes)) << bytes.left(12).toHex().constData();
@@ -79,21 +65,16 @@ TEST(GeoBlobsTest, bytesThatAreNoBlobAreRefused) {
 
 TEST(GeoBlobsTest, damagedBlobsNeverCrashTheDecoder) {
     const QByteArray good = GeoBlobs::encodeAddress(
-        {{u"City"_qs, u"Berlin"_qs},
-         {u"FormattedAddressLines"_qs, PBArray{u"Mitte"_qs, u"Berlin"_qs, u"Germany"_qs}}});
+        {{u"City"_s, u"Berlin"_s},
+         {u"FormattedAddressLines"_s, PBArray{u"Mitte"_s, u"Berlin"_s, u"Germany"_s}}});
     std::mt19937 random(11);
     int readable = 0;
     for (int round = 0; round < 20'000; ++round) {
         QByteArray bytes =
             good.left(static_cast<qsizetype>(1 + random() % static_cast<unsigned>(good.size())));
-        for (unsigned change = 0; change <= random() % 4; ++change) {
-            bytes[static_cast<qsizetype>(random() % static_cast<unsigned>(bytes.size()))] =
-                static_cast<char>(random());
-        }
+        support::damage(bytes, random, 1 + random() % 3);
         readable += GeoBlobs::decodeAddress(bytes).has_value();
         readable += GeoBlobs::decodeCoordinates(bytes).has_value();
     }
     EXPECT_GT(readable, 0);
 }
-
-} // namespace

@@ -2,16 +2,13 @@
 
 #include "info/geo/PBGeoManager.h"
 #include "platform/Geocoder.h"
+#include "support/Support.h"
 
-#include <algorithm>
 #include <deque>
-#include <functional>
 #include <mutex>
-#include <vector>
 
 /// A geocoder whose requests wait for the test to answer them, on whatever thread it likes.
-class FakeGeocoder final : public platform::Geocoder {
-public:
+struct FakeGeocoder final : platform::Geocoder {
     void reverseGeocodeLocation(PBLocation location, Completion completion) override {
         const std::lock_guard lock(_mutex);
         _asked.push_back(location);
@@ -54,8 +51,7 @@ private:
 };
 
 /// Stands for the main loop: the test runs what was posted.
-class PostedCalls {
-public:
+struct PostedCalls {
     [[nodiscard]] PBGeoManager::MainThreadPoster poster() {
         return [this](std::function<void()> call) {
             const std::lock_guard lock(_mutex);
@@ -68,9 +64,8 @@ public:
             const std::lock_guard lock(_mutex);
             calls.swap(_calls);
         }
-        for (const auto& call : calls) {
+        for (const auto& call : calls)
             call();
-        }
     }
 
 private:
@@ -79,7 +74,7 @@ private:
 };
 
 inline PBDictionary cityAddress(const QString& city) {
-    return {{QStringLiteral("City"), city}};
+    return {{u"City"_s, city}};
 }
 
 inline platform::GeocodeAnswer cityAnswer(const QString& city) {

@@ -5,14 +5,6 @@
 #include "info/geo/GeoFakes.h"
 #include "platform/OfflineGeocoder.h"
 #include "platform/Places.h"
-#include "support/Support.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <thread>
-
-namespace {
 
 TEST(PBGeoManagerThreadsTest, positionsFromManyThreadsAllFindTheirPlace) {
     FMDatabase db{QString()};
@@ -21,8 +13,7 @@ TEST(PBGeoManagerThreadsTest, positionsFromManyThreadsAllFindTheirPlace) {
     PostedCalls main;
     PBGeoManager manager(
         std::make_unique<platform::OfflineGeocoder>(
-            platform::Places::sharedFile(QStringLiteral("gazetteer.bin")),
-            QStringList{QStringLiteral("en")}),
+            platform::Places::sharedFile(u"gazetteer.bin"_s), QStringList{u"en"_s}),
         main.poster());
     manager.loadAddressFromDb(db);
     int notices = 0;
@@ -34,9 +25,8 @@ TEST(PBGeoManagerThreadsTest, positionsFromManyThreadsAllFindTheirPlace) {
         std::mt19937 random(seed);
         std::uniform_real_distribution<double> offset(-0.2, 0.2);
         std::vector<PBLocation> positions;
-        for (int index = 0; index < perThread; ++index) {
+        for (int index = 0; index < perThread; ++index)
             positions.push_back({48.8 + offset(random), 2.3 + offset(random)});
-        }
         positions.push_back({-40.0 - seed, -120.0}); // mid-ocean
         return positions;
     };
@@ -44,54 +34,28 @@ TEST(PBGeoManagerThreadsTest, positionsFromManyThreadsAllFindTheirPlace) {
         std::vector<std::jthread> threads;
         for (unsigned seed = 0; seed < 4; ++seed) {
             threads.emplace_back([&, seed] {
-                for (const PBLocation& location : positionsOf(seed)) {
-                    if (manager.addressDictionaryWithLocation(location).isAbsent()) {
+                for (const PBLocation& location : positionsOf(seed))
+                    if (manager.addressDictionaryWithLocation(location).isAbsent())
                         manager.addLocationToReverseGeocoding(location);
-                    }
-                }
             });
         }
         // Meanwhile, answers are written here.
-        for (int round = 0; round < 1000; ++round) {
+        for (int round = 0; round < 1000; ++round)
             main.run();
-        }
     }
     const auto isKnown = [&](PBLocation location) {
         return !manager.addressDictionaryWithLocation(location).isAbsent();
     };
     EXPECT_TRUE(support::spinUntil([&] {
         main.run();
-        for (unsigned seed = 0; seed < 4; ++seed) {
-            for (const PBLocation& location : positionsOf(seed)) {
-                if (!isKnown(location)) return false;
-            }
-        }
+        for (unsigned seed = 0; seed < 4; ++seed)
+            if (!std::ranges::all_of(positionsOf(seed), isKnown)) return false;
         return true;
     }));
     EXPECT_TRUE(manager.addressDictionaryWithLocation({-40.0, -120.0}).isNull());
     EXPECT_TRUE(manager.addressDictionaryWithLocation({48.8, 2.3}).isDictionary());
     EXPECT_GT(notices, 10);
-    FMResultSet row =
-        db.executeQuery(QStringLiteral("select count(*), count(distinct AddressDict) from Geo"));
+    FMResultSet row = db.executeQuery(u"select count(*), count(distinct AddressDict) from Geo"_s);
     ASSERT_TRUE(row.next());
     EXPECT_EQ(row.intForColumnIndex(0), row.intForColumnIndex(1));
 }
-
-TEST(PBGeoManagerThreadsTest, endingWhileRequestsRunIsQuiet) {
-    for (int round = 0; round < 20; ++round) {
-        PostedCalls main;
-        {
-            PBGeoManager manager(
-                std::make_unique<platform::OfflineGeocoder>(
-                    platform::Places::sharedFile(QStringLiteral("gazetteer.bin")), QStringList()),
-                main.poster());
-            for (int index = 0; index < 50; ++index) {
-                manager.addLocationToReverseGeocoding({40.0 + index, 10});
-                main.run();
-            }
-        }
-        main.run();
-    }
-}
-
-} // namespace

@@ -44,9 +44,8 @@ QByteArray withMetadata(const QByteArray& picture, const Writer& writer) {
 std::optional<PBDictionary>
 propertiesOf(const QByteArray& bytes, const QString& type, std::size_t frame) {
     const int descriptor = memfd_create("picture", MFD_CLOEXEC);
-    if (write(descriptor, bytes.data(), static_cast<std::size_t>(bytes.size())) != bytes.size()) {
+    if (write(descriptor, bytes.data(), static_cast<std::size_t>(bytes.size())) != bytes.size())
         qFatal("a picture could not be written to memory");
-    }
     auto properties = codec::readImageProperties(descriptor, type, frame);
     close(descriptor);
     return properties;
@@ -88,31 +87,17 @@ QByteArray tiff(bool big, quint64 stripAt) {
     ByteWriter file(!big);
     const auto entry = [&](unsigned tag, unsigned type, quint64 value) {
         file.u16(tag).u16(type);
-        if (big) {
-            file.u64(1);
-        } else {
-            file.u32(1);
-        }
+        big ? file.u64(1) : file.u32(1);
         // A short stands at the start of its field.
-        if (type == 3) {
-            file.u16(static_cast<unsigned>(value)).u16(0);
-            if (big) file.u32(0);
-        } else if (big && type == 4) {
-            file.u32(value).u32(0);
-        } else if (big) {
-            file.u64(value);
-        } else {
-            file.u32(value);
-        }
+        type == 3           ? file.u16(unsigned(value)).u16(0)
+        : type == 4 || !big ? file.u32(value)
+                            : file.u64(value);
+        if (big && type != 5) file.u32(0);
     };
     constexpr unsigned count = 9;
     const quint64 valuesAt = big ? 16 + 8 + count * 20 + 8 : 8 + 2 + count * 12 + 4;
     file.text(big ? "MM" : "II").u16(big ? 43 : 42);
-    if (big) {
-        file.u16(8).u16(0).u64(16).u64(count);
-    } else {
-        file.u32(8).u16(count);
-    }
+    big ? file.u16(8).u16(0).u64(16).u64(count) : file.u32(8).u16(count);
     entry(256, 4, 40);
     entry(257, 4, 30);
     entry(258, 3, 16);
@@ -122,28 +107,14 @@ QByteArray tiff(bool big, quint64 stripAt) {
     entry(279, 4, 2400);
     entry(282, 5, big ? (quint64(300) << 32 | 1) : valuesAt);
     entry(0x8769, 4, valuesAt + 8);
-    if (big) {
-        file.u64(0).u64(0).u64(1);
-    } else {
-        file.u32(0).u32(300).u32(1).u16(1);
-    }
+    big ? file.u64(0).u64(0).u64(1) : file.u32(0).u32(300).u32(1).u16(1);
     // The EXIF directory with one tag: a focal length of 35 mm in 35 mm film.
     entry(0xA405, 3, 35);
-    if (big) {
-        file.u64(0);
-    } else {
-        file.u32(0);
-    }
-    return file.bytes();
+    return (big ? file.u64(0) : file.u32(0)).bytes();
 }
 
 QByteArray dng() {
-    struct Entry {
-        unsigned tag;
-        unsigned type;
-        unsigned count;
-        QByteArray value;
-    };
+    using Entry = std::tuple<unsigned, unsigned, unsigned, QByteArray>; // tag, type, count, value
     const auto number = [](quint64 value) { return ByteWriter(true).u32(value).bytes(); };
     ByteWriter matrix(true);
     for (int position = 0; position < 9; ++position)
@@ -170,19 +141,18 @@ QByteArray dng() {
         {36867, 2, 20, QByteArray("2010:07:01 12:00:00", 20)},
         {50706, 1, 4, QByteArray("\1\4\0\0", 4)},
         {50708, 2, 4, QByteArray("Cam", 4)},
-        {50721, 10, 9, matrix.bytes()},
-    };
+        {50721, 10, 9, matrix.bytes()}};
     ByteWriter file(true);
     QByteArray values;
     file.text("II").u16(42).u32(8).u16(static_cast<unsigned>(std::size(entries)));
     const auto valuesAt = static_cast<qsizetype>(8 + 2 + std::size(entries) * 12 + 4);
-    for (const Entry& entry : entries) {
-        file.u16(entry.tag).u16(entry.type).u32(entry.count);
-        if (entry.value.size() <= 4) {
-            file.text(entry.value);
+    for (const auto& [tag, type, count, value] : entries) {
+        file.u16(tag).u16(type).u32(count);
+        if (value.size() <= 4) {
+            file.text(value);
         } else {
             file.u32(static_cast<quint64>(valuesAt + values.size()));
-            values += entry.value;
+            values += value;
         }
     }
     file.u32(0).text(values);

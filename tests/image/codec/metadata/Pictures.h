@@ -1,15 +1,11 @@
 #pragma once
 
 #include "platform/PBValue.h"
+#include "support/Support.h"
 
-#include <QByteArray>
 #include <QImage>
-#include <QString>
 
 #include <exiv2/exiv2.hpp>
-
-#include <functional>
-#include <optional>
 
 namespace pictures {
 
@@ -32,8 +28,7 @@ propertiesOf(const QByteArray& bytes, const QString& type = {}, std::size_t fram
 entry(const std::optional<PBDictionary>& properties, QStringView dictionary, QStringView key);
 
 /// Numbers in the given byte order, for files made by hand.
-class ByteWriter {
-public:
+struct ByteWriter {
     explicit ByteWriter(bool littleEndian) : _littleEndian(littleEndian) {}
     ByteWriter& u8(unsigned number) { return put(number, 1); }
     ByteWriter& u16(unsigned number) { return put(number, 2); }

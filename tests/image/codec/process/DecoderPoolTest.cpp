@@ -4,13 +4,8 @@
 #include "support/Support.h"
 
 #include <QElapsedTimer>
-#include <QTemporaryDir>
 
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <latch>
-#include <thread>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -22,8 +17,7 @@ using codec::process::Descriptor;
 
 namespace {
 
-class DecoderPoolTest : public testing::Test {
-protected:
+struct DecoderPoolTest : testing::Test {
     DecoderPool::Settings settings(int processes) const {
         return {.executable = MISBEHAVING_DECODER, .processes = processes};
     }
@@ -40,14 +34,13 @@ protected:
         const Descriptor file = orders(text);
         DecodeRequest request;
         request.maxSize = maxSize;
-        return pool.decode(file.get(), QStringLiteral("test.orders"), request, stop).frame;
+        return pool.decode(file.get(), u"test.orders"_s, request, stop).frame;
     }
 
     static bool isPainted(const QImage& image) {
         for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
+            for (int x = 0; x < image.width(); ++x)
                 if (image.pixel(x, y) != qRgb(x % 256, y % 256, 0)) return false;
-            }
         }
         return !image.isNull();
     }
@@ -82,24 +75,18 @@ TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
     EXPECT_EQ(decode(pool, "paint 10 10", 256).image.size(), QSize(10, 10));
     EXPECT_TRUE(isPainted(first));
     EXPECT_TRUE(isPainted(decode(pool, "paint 3000 2000").image));
-}
 
-TEST_F(DecoderPoolTest, targetProfileArrivesInFull) {
-    DecoderPool pool(settings(1));
-    const Descriptor file = orders("paint 1 1");
+    const Descriptor file = orders("paint 1 1 7");
+    EXPECT_EQ(pool.countFrames(file.get(), {}), 7U);
+    EXPECT_EQ(pool.frameDelay(file.get(), {}, 6), 60);
+    EXPECT_EQ(pool.countFrames(-1, {}), 0U);
     DecodeRequest request;
     request.targetProfile = QByteArray(500'077, 'p'); // more than a packet holds
     const QImage image = pool.decode(file.get(), {}, request, {}).frame.image;
     ASSERT_FALSE(image.isNull());
     EXPECT_EQ(qBlue(image.pixel(0, 0)), 500'077 % 256);
-}
-
-TEST_F(DecoderPoolTest, framesAndDelaysAreAnswered) {
-    DecoderPool pool(settings(1));
-    const Descriptor file = orders("paint 5 5 7");
-    EXPECT_EQ(pool.countFrames(file.get(), {}), 7U);
-    EXPECT_EQ(pool.frameDelay(file.get(), {}, 6), 60);
-    EXPECT_EQ(pool.countFrames(-1, {}), 0U);
+    DecoderPool missing({.executable = "/no/such/program", .processes = 1});
+    EXPECT_TRUE(decode(missing, "paint 5 5").image.isNull());
 }
 
 TEST_F(DecoderPoolTest, pictureThatMisbehavesCostsOnlyItself) {
@@ -136,7 +123,7 @@ TEST_F(DecoderPoolTest, processCanNeitherOpenFilesNorReachAnybody) {
     DecoderPool pool(settings(1));
     // The width tells what succeeded: 1 is nothing.
     EXPECT_EQ(decode(pool, "escape").image.size(), QSize(1, 1));
-    EXPECT_FALSE(QFile::exists(QStringLiteral("/tmp/velmora-escaped")));
+    EXPECT_FALSE(QFile::exists(u"/tmp/velmora-escaped"_s));
     EXPECT_EQ(decode(pool, "threads").image.size(), QSize(2, 1));
 }
 #endif
@@ -186,30 +173,21 @@ TEST_F(DecoderPoolTest, manyThreadsShareFewProcessesWhileSomePicturesCrash) {
     DecoderPool pool(settings(2));
     pool.start();
     std::atomic<int> painted = 0;
-    {
-        std::vector<std::jthread> threads;
-        for (int thread = 0; thread < 4; ++thread) {
-            threads.emplace_back([&, thread] {
-                for (int i = 0; i < 25; ++i) {
-                    const int side = 10 + (thread * 25 + i) % 50;
-                    const QByteArray number = QByteArray::number(side);
-                    if (i % 8 == 7) {
-                        EXPECT_TRUE(decode(pool, "crash", 256).image.isNull());
-                    } else {
-                        const QImage image =
-                            decode(pool, "paint " + number + ' ' + number, 256).image;
-                        if (image.size() == QSize(side, side) && isPainted(image)) ++painted;
-                    }
-                }
-            });
-        }
-    }
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < 4; ++thread)
+        threads.emplace_back([&, thread] {
+            for (int i = 0; i < 25; ++i) {
+                const int side = 10 + (thread * 25 + i) % 50;
+                const QByteArray number = QByteArray::number(side);
+                const bool crashes = i % 8 == 7;
+                const QImage image =
+                    decode(pool, crashes ? "crash" : "paint " + number + ' ' + number, 256).image;
+                EXPECT_EQ(image.isNull(), crashes);
+                if (image.size() == QSize(side, side) && isPainted(image)) ++painted;
+            }
+        });
+    threads.clear();
     EXPECT_EQ(painted, 4 * 22);
-}
-
-TEST_F(DecoderPoolTest, missingProgramGivesNothing) {
-    DecoderPool pool({.executable = "/no/such/program", .processes = 1});
-    EXPECT_TRUE(decode(pool, "paint 5 5").image.isNull());
 }
 
 } // namespace

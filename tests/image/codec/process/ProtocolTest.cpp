@@ -6,17 +6,10 @@
 #include <QCborMap>
 #include <QCborValue>
 
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <random>
-
 using namespace codec::process;
 
-namespace {
-
 TEST(ProtocolTest, everyKindOfValueComesBack) {
-    const QString key = QStringLiteral("k");
+    const QString key = u"k"_s;
     const PBValue values[] = {
         PBValue(),
         PBNull(),
@@ -29,9 +22,8 @@ TEST(ProtocolTest, everyKindOfValueComesBack) {
         QByteArray("\0\xff", 2),
         PBDate{-1.5},
         PBLocation{-90, 180},
-        PBArray{1, QStringLiteral("two"), PBNull(), PBArray{}},
-        PBDictionary{{QStringLiteral("inner"), PBDictionary{{key, 2.5}}}},
-    };
+        PBArray{1, u"two"_s, PBNull(), PBArray{}},
+        PBDictionary{{u"inner"_s, PBDictionary{{key, 2.5}}}}};
     for (const PBValue& value : values) {
         SCOPED_TRACE(value.toText().toStdString());
         const auto decoded = decodeDictionary(encodeDictionary({{key, value}}));
@@ -47,26 +39,20 @@ TEST(ProtocolTest, foreignBytesAreRefused) {
     for (int i = 0; i < 100; ++i)
         deep = QCborArray{deep};
     const QCborValue foreign[] = {
-        QCborValue(1), QCborMap{{1, 2}}, QCborMap{{QStringLiteral("k"), deep}},
-        QCborMap{{QStringLiteral("k"), QCborValue(QCborTag(1), 5)}}};
+        QCborValue(1), QCborMap{{1, 2}}, QCborMap{{u"k"_s, deep}},
+        QCborMap{{u"k"_s, QCborValue(QCborTag(1), 5)}}};
     for (const QCborValue& value : foreign)
         EXPECT_FALSE(decodeDictionary(value.toCbor()));
 
     // Whatever a process that was taken over sends, it ends in a dictionary or in nothing.
-    const QByteArray good = encodeDictionary(
-        {{QStringLiteral("a"), PBArray{1, 2.5, QStringLiteral("x")}},
-         {QStringLiteral("b"), PBNull()}});
+    const QByteArray good =
+        encodeDictionary({{u"a"_s, PBArray{1, 2.5, u"x"_s}}, {u"b"_s, PBNull()}});
     std::mt19937 random(3);
     int refused = 0;
     for (int round = 0; round < 5000; ++round) {
         QByteArray bytes = good;
-        for (int change = 0; change < 3; ++change) {
-            bytes[static_cast<qsizetype>(random() % static_cast<unsigned>(bytes.size()))] =
-                static_cast<char>(random());
-        }
+        support::damage(bytes, random, 3);
         if (!decodeDictionary(bytes.left(static_cast<qsizetype>(random() % 40)))) ++refused;
     }
     EXPECT_GT(refused, 1000);
 }
-
-} // namespace
