@@ -34,7 +34,7 @@ protected:
         auto* view = static_cast<PBSplitView*>(splitter());
         // A divider that moves by itself can't be dragged as well.
         if (view->isAnimationRunning()) return;
-        _grip = along(*event) - view->splitPosition();
+        if (event->button() == Qt::LeftButton) _grip = along(*event) - view->splitPosition();
         QSplitterHandle::mousePressEvent(event);
     }
     void mouseMoveEvent(QMouseEvent* event) override {

@@ -38,6 +38,12 @@ protected:
         desktop.click(steps[step].rect.center());
         chooseInMenu(entries);
     }
+    /// Clicks a row and waits until its list has the keys.
+    void clickRow(const QString& text, const QString& list) {
+        clickPlace(text, list);
+        EXPECT_TRUE(
+            waitFor([=](const State& s) { return s.json()[QStringLiteral("focus")] == list; }));
+    }
     auto waitForRows(const QString& list, const QStringList& present, const QStringList& absent) {
         return waitFor([=](const State& s) {
             const QStringList rows = s.texts(list);
@@ -113,7 +119,7 @@ TEST_F(SessionRunTest, aFolderAddedInTheDialogIsGroupedByEveryMenu) {
     EXPECT_TRUE(waitForChain({3, 5}));
 
     const QString folder = QStringLiteral("Dolomites");
-    clickPlace(QStringLiteral("2024"), groupPanel);
+    clickRow(QStringLiteral("2024"), groupPanel);
     EXPECT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() > 0; }));
     desktop.key(QStringLiteral("Left"));
     EXPECT_TRUE(waitForRows(groupPanel, {}, {folder}));
@@ -193,16 +199,16 @@ TEST_F(SessionRunTest, filterSearchOrderAndFolderDecideWhatIsShown) {
     desktop.key(QStringLiteral("Escape"));
     EXPECT_TRUE(shows(92));
 
-    clickPlace(QStringLiteral("photos"), sidebar);
+    clickRow(QStringLiteral("photos"), sidebar);
     desktop.key(QStringLiteral("Right"));
-    clickPlace(QStringLiteral("2022"), sidebar);
+    clickRow(QStringLiteral("2022"), sidebar);
     EXPECT_TRUE(waitForFolder(QStringLiteral("2022"), 18));
     clickPlace(QStringLiteral("subFolder"));
     EXPECT_TRUE(shows(0));
     desktop.key(QStringLiteral("ctrl+shift+s"));
     EXPECT_TRUE(shows(18));
     desktop.key(QStringLiteral("Right"));
-    clickPlace(QStringLiteral("Lisbon"), sidebar);
+    clickRow(QStringLiteral("Lisbon"), sidebar);
     EXPECT_TRUE(waitForFolder(QStringLiteral("2022/Lisbon"), 10));
     clickPlace(QStringLiteral("Back"));
     EXPECT_TRUE(waitForFolder(QStringLiteral("2022"), 18));
@@ -270,11 +276,13 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeft) {
     const QRect folders = state().panes(left).value(0);
     const QPoint corner = folders.bottomRight() + QPoint(1, 1);
     const QSize goal = folders.size() + QSize(70, -60);
+    const auto folderPane = [&](const State& s) { return s.panes(left).value(0).size(); };
     desktop.drag({corner.x(), folders.center().y()}, {corner.x() + 70, folders.center().y()});
+    EXPECT_TRUE(waitFor([&](const State& s) { return folderPane(s).width() == goal.width(); }));
     desktop.release();
     desktop.drag({folders.center().x(), corner.y()}, {folders.center().x(), corner.y() - 60});
+    EXPECT_TRUE(waitFor([&](const State& s) { return folderPane(s) == goal; }));
     desktop.release();
-    EXPECT_TRUE(waitFor([&](const State& s) { return s.panes(left).value(0).size() == goal; }));
     const QList<QRect> arranged = state().panes(left);
 
     const std::tuple<QString, QString, int> panes[] = {
@@ -290,7 +298,7 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeft) {
         EXPECT_EQ(state().panes(left), arranged);
     }
     // What is hidden gives the keys to the browser.
-    clickPlace(QStringLiteral("2024"), groupPanel);
+    clickRow(QStringLiteral("2024"), groupPanel);
     clickPlace(QStringLiteral("Hide Groups"));
     EXPECT_TRUE(waitForPane(left, 1, false));
     EXPECT_EQ(state().json()[QStringLiteral("focus")], QStringLiteral("PBImageBrowserView"));
@@ -319,9 +327,9 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeft) {
     choose({QStringLiteral("View"), QStringLiteral("Arrange By"), QStringLiteral("Date Taken")});
     clickStep(2, {QStringLiteral("EXIF"), QStringLiteral("Aperture")});
     EXPECT_TRUE(waitForChain({3, 5, 21}));
-    clickPlace(QStringLiteral("photos"), sidebar);
+    clickRow(QStringLiteral("photos"), sidebar);
     desktop.key(QStringLiteral("Right"));
-    clickPlace(QStringLiteral("2023"), sidebar);
+    clickRow(QStringLiteral("2023"), sidebar);
     EXPECT_TRUE(waitForFolder(QStringLiteral("2023"), 24));
     const State before = state();
     // The next start begins with the window of before it filled the screen.
