@@ -22,114 +22,105 @@ protected:
 };
 
 TEST_F(BrowserRunTest, clicksAndKeysSelect) {
-    makePictures(QStringLiteral("sea"), numbered(QStringLiteral("a"), 40));
-    makePictures(QStringLiteral("woods"), {QStringLiteral("birch.png"), QStringLiteral("oak.png")});
+    makePictures(u"sea"_s, numbered(u"a"_s, 40));
+    makePictures(u"woods"_s, {u"birch.png"_s, u"oak.png"_s});
     start();
-    const auto columns = static_cast<int>(state().browser(QStringLiteral("columns")).toInt());
+    const auto columns = static_cast<int>(state().browser(u"columns"_s).toInt());
     ASSERT_GE(columns, 3);
 
-    click(QStringLiteral("a01.png"));
-    EXPECT_TRUE(waitForSelection(QStringLiteral("a01.png")));
-    click(QStringLiteral("a03.png"), {QStringLiteral("shift")});
-    EXPECT_TRUE(waitForSelection(QStringLiteral("a01.png a02.png a03.png")));
-    click(QStringLiteral("a02.png"), {QStringLiteral("ctrl")});
-    EXPECT_TRUE(waitForSelection(QStringLiteral("a01.png a03.png")));
-    desktop.click(besidesItem(QStringLiteral("a01.png")));
+    click(u"a01.png"_s);
+    EXPECT_TRUE(waitForSelection(u"a01.png"_s));
+    click(u"a03.png"_s, {u"shift"_s});
+    EXPECT_TRUE(waitForSelection(u"a01.png a02.png a03.png"_s));
+    click(u"a02.png"_s, {u"ctrl"_s});
+    EXPECT_TRUE(waitForSelection(u"a01.png a03.png"_s));
+    desktop.click(besidesItem(u"a01.png"_s));
     EXPECT_TRUE(waitForSelection(QString()));
 
-    click(QStringLiteral("a00.png"));
-    desktop.key(QStringLiteral("Right"));
-    desktop.key(QStringLiteral("Down"));
-    const QStringList sea = numbered(QStringLiteral("a"), 40);
+    click(u"a00.png"_s);
+    desktop.key(u"Right"_s);
+    desktop.key(u"Down"_s);
+    const QStringList sea = numbered(u"a"_s, 40);
     EXPECT_TRUE(waitForSelection(sea[1 + columns]));
-    desktop.key(QStringLiteral("shift+Left"));
+    desktop.key(u"shift+Left"_s);
     EXPECT_TRUE(waitForSelection(sea[columns] + u' ' + sea[1 + columns]));
-    desktop.key(QStringLiteral("Up"));
-    desktop.key(QStringLiteral("End"));
-    EXPECT_TRUE(waitForSelection(QStringLiteral("oak.png")));
+    desktop.key(u"Up"_s);
+    desktop.key(u"End"_s);
+    EXPECT_TRUE(waitForSelection(u"oak.png"_s));
     EXPECT_TRUE(waitFor([](const State& s) {
-        return s.isAtRest() && s.scroll() > 0 && !s.item(QStringLiteral("oak.png")).name.isEmpty();
+        return s.isAtRest() && s.scroll() > 0 && !s.item(u"oak.png"_s).name.isEmpty();
     }));
-    desktop.key(QStringLiteral("Home"));
+    desktop.key(u"Home"_s);
     EXPECT_TRUE(waitForSelection(sea.first()));
     EXPECT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() == 0; }));
-    desktop.key(QStringLiteral("Next"));
+    desktop.key(u"Next"_s);
     EXPECT_TRUE(waitFor([&](const State& s) {
         const auto row = sea.indexOf(s.selected()) / columns;
         return s.isAtRest() && row >= 2 && s.scroll() > 0;
     }));
-    desktop.key(QStringLiteral("Prior"));
+    desktop.key(u"Prior"_s);
     EXPECT_TRUE(waitForSelection(sea.first()));
-    desktop.type(QStringLiteral("oa"));
-    EXPECT_TRUE(waitForSelection(QStringLiteral("oak.png")));
-    desktop.key(QStringLiteral("ctrl+a"));
-    EXPECT_TRUE(waitFor(
-        [](const State& s) { return s.browser(QStringLiteral("selectCount")).toInt() == 42; }));
+    desktop.type(u"oa"_s);
+    EXPECT_TRUE(waitForSelection(u"oak.png"_s));
+    desktop.key(u"ctrl+a"_s);
+    EXPECT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 42; }));
 }
 
 TEST_F(BrowserRunTest, aBandSelectsAndScrollsAndTheWheelMovesOn) {
-    const QStringList names = numbered(QStringLiteral("a"), 60);
-    makePictures(QStringLiteral("sea"), names);
+    const QStringList names = numbered(u"a"_s, 60);
+    makePictures(u"sea"_s, names);
     start();
     const QRect browser = state().browserRect();
-    desktop.drag(
-        besidesItem(QStringLiteral("a00.png")), item(QStringLiteral("a01.png")).picture.center());
-    EXPECT_TRUE(waitForSelection(QStringLiteral("a00.png a01.png")));
+    desktop.drag(besidesItem(u"a00.png"_s), item(u"a01.png"_s).picture.center());
+    EXPECT_TRUE(waitForSelection(u"a00.png a01.png"_s));
     // Below the view the sheet comes up while the mouse lies still.
     desktop.move({browser.right() - 30, browser.bottom() + 60});
     EXPECT_TRUE(waitFor([](const State& s) {
-        return s.scroll() > 900 && s.browser(QStringLiteral("selectCount")).toInt() > 30;
+        return s.scroll() > 900 && s.browser(u"selectCount"_s).toInt() > 30;
     }));
     desktop.move({browser.right() - 30, browser.center().y()});
     desktop.release();
-    EXPECT_TRUE(waitFor([](const State& s) {
-        return s.isAtRest() && !s.browser(QStringLiteral("dragging")).toBool();
-    }));
+    EXPECT_TRUE(
+        waitFor([](const State& s) { return s.isAtRest() && !s.browser(u"dragging"_s).toBool(); }));
     const State after = state();
-    const qsizetype selected = after.browser(QStringLiteral("selectCount")).toInt();
+    const qsizetype selected = after.browser(u"selectCount"_s).toInt();
     EXPECT_LT(selected, 60);
     EXPECT_TRUE(after.selected().startsWith(names.first(10).join(u' ')));
 
     const double before = after.scroll();
     desktop.wheel(-3);
     EXPECT_TRUE(waitFor([&](const State& s) { return s.isAtRest() && s.scroll() < before - 100; }));
-    EXPECT_EQ(state().browser(QStringLiteral("selectCount")).toInt(), selected);
+    EXPECT_EQ(state().browser(u"selectCount"_s).toInt(), selected);
 }
 
 TEST_F(BrowserRunTest, aNameIsEditedInPlace) {
-    makePictures(
-        QStringLiteral("sea"), {QStringLiteral("first.png"), QStringLiteral("second.png")});
+    makePictures(u"sea"_s, {u"first.png"_s, u"second.png"_s});
     start();
     const auto isRenaming = [](const QString& text) {
-        return [text](const State& s) {
-            return s.browser(QStringLiteral("renaming")).toString() == text;
-        };
+        return [text](const State& s) { return s.browser(u"renaming"_s).toString() == text; };
     };
-    desktop.click(item(QStringLiteral("first.png")).label.center());
-    ASSERT_TRUE(waitFor(isRenaming(QStringLiteral("first.png"))));
-    desktop.type(QStringLiteral("third")); // in place of the name without its extension
-    ASSERT_TRUE(waitFor(isRenaming(QStringLiteral("third.png"))));
-    desktop.key(QStringLiteral("Escape"));
-    EXPECT_TRUE(
-        waitFor([](const State& s) { return s.browser(QStringLiteral("renaming")).isNull(); }));
-    EXPECT_EQ(
-        filesOnDisk(),
-        (QStringList{QStringLiteral("sea/first.png"), QStringLiteral("sea/second.png")}));
+    desktop.click(item(u"first.png"_s).label.center());
+    ASSERT_TRUE(waitFor(isRenaming(u"first.png"_s)));
+    desktop.type(u"third"_s); // in place of the name without its extension
+    ASSERT_TRUE(waitFor(isRenaming(u"third.png"_s)));
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(waitFor([](const State& s) { return s.browser(u"renaming"_s).isNull(); }));
+    EXPECT_EQ(filesOnDisk(), (QStringList{u"sea/first.png"_s, u"sea/second.png"_s}));
     // The keys are back with the browser.
-    desktop.key(QStringLiteral("End"));
-    EXPECT_TRUE(waitForSelection(QStringLiteral("second.png")));
-    desktop.key(QStringLiteral("F2"));
-    EXPECT_TRUE(waitFor(isRenaming(QStringLiteral("second.png"))));
-    desktop.key(QStringLiteral("Escape"));
+    desktop.key(u"End"_s);
+    EXPECT_TRUE(waitForSelection(u"second.png"_s));
+    desktop.key(u"F2"_s);
+    EXPECT_TRUE(waitFor(isRenaming(u"second.png"_s)));
+    desktop.key(u"Escape"_s);
 }
 
 TEST_F(BrowserRunTest, picturesAreDraggedOutAndFoldersIn) {
-    makePictures(QStringLiteral("sea"), numbered(QStringLiteral("a"), 4));
+    makePictures(u"sea"_s, numbered(u"a"_s, 4));
     start();
     const QStringList before = filesOnDisk();
-    click(QStringLiteral("a01.png"));
-    click(QStringLiteral("a02.png"), {QStringLiteral("ctrl")});
-    ASSERT_TRUE(waitForSelection(QStringLiteral("a01.png a02.png")));
+    click(u"a01.png"_s);
+    click(u"a02.png"_s, {u"ctrl"_s});
+    ASSERT_TRUE(waitForSelection(u"a01.png a02.png"_s));
     // A pointer that is on its way to the middle of its goal.
     int steps = 0;
     const auto trembleAt = [&](QPoint point) {
@@ -137,40 +128,36 @@ TEST_F(BrowserRunTest, picturesAreDraggedOutAndFoldersIn) {
     };
     {
         DragPartner target(desktop, besides);
-        const QPoint start = item(QStringLiteral("a02.png")).picture.center();
+        const QPoint start = item(u"a02.png"_s).picture.center();
         desktop.drag(start, start + QPoint(30, 20));
-        ASSERT_TRUE(
-            waitFor([](const State& s) { return s.browser(QStringLiteral("dragOut")).toBool(); }));
-        ASSERT_TRUE(target.waitForEvent(QStringLiteral("entered"), trembleAt(target.centre())));
+        ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"dragOut"_s).toBool(); }));
+        ASSERT_TRUE(target.waitForEvent(u"entered"_s, trembleAt(target.centre())));
         desktop.release();
-        ASSERT_TRUE(target.waitForEvent(QStringLiteral("done")));
-        EXPECT_TRUE(target.events().contains(
-            QStringLiteral("dropped ") + photo(QStringLiteral("sea/a01.png"))));
-        EXPECT_TRUE(target.events().contains(
-            QStringLiteral("dropped ") + photo(QStringLiteral("sea/a02.png"))));
-        EXPECT_EQ(target.events().filter(QStringLiteral("dropped")).size(), 2);
+        ASSERT_TRUE(target.waitForEvent(u"done"_s));
+        EXPECT_TRUE(target.events().contains(u"dropped "_s + photo(u"sea/a01.png"_s)));
+        EXPECT_TRUE(target.events().contains(u"dropped "_s + photo(u"sea/a02.png"_s)));
+        EXPECT_EQ(target.events().filter(u"dropped"_s).size(), 2);
     }
-    EXPECT_TRUE(
-        waitFor([](const State& s) { return !s.browser(QStringLiteral("dragging")).toBool(); }));
+    EXPECT_TRUE(waitFor([](const State& s) { return !s.browser(u"dragging"_s).toBool(); }));
     EXPECT_EQ(filesOnDisk(), before);
 
-    makePictures(QStringLiteral("../more"), {QStringLiteral("added.png")});
-    const QString more = QDir::cleanPath(photo(QStringLiteral("../more")));
+    makePictures(u"../more"_s, {u"added.png"_s});
+    const QString more = QDir::cleanPath(photo(u"../more"_s));
     DragPartner source(desktop, besides, more);
     const QPoint goal = state().browserRect().center();
     desktop.drag(source.centre(), source.centre() - QPoint(40, 0));
-    ASSERT_TRUE(source.waitForEvent(QStringLiteral("dragging"), trembleAt(source.centre())));
+    ASSERT_TRUE(source.waitForEvent(u"dragging"_s, trembleAt(source.centre())));
     const auto isOver = [](const State& s) {
-        return s.control(QStringLiteral("PBImageBrowserDragTipView")).has_value();
+        return s.control(u"PBImageBrowserDragTipView"_s).has_value();
     };
     EXPECT_TRUE(waitFor(isOver, trembleAt(goal)));
     desktop.release();
-    EXPECT_TRUE(source.waitForEvent(QStringLiteral("taken 1")));
+    EXPECT_TRUE(source.waitForEvent(u"taken 1"_s));
     EXPECT_TRUE(waitFor([&](const State& s) {
-        return !isOver(s) && s.json()[QStringLiteral("folder")].toString() == more &&
-               !s.item(QStringLiteral("added.png")).name.isEmpty();
+        return !isOver(s) && s.json()[u"folder"_s].toString() == more &&
+               !s.item(u"added.png"_s).name.isEmpty();
     }));
-    EXPECT_TRUE(QFile::exists(more + QStringLiteral("/added.png")));
+    EXPECT_TRUE(QFile::exists(more + u"/added.png"_s));
 }
 
 } // namespace

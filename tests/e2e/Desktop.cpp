@@ -13,7 +13,7 @@ namespace {
 constexpr int longestWait = 60'000; // milliseconds: the machine may be busy
 
 QStringList at(QPoint point) {
-    return {QStringLiteral("mousemove"), QString::number(point.x()), QString::number(point.y())};
+    return {u"mousemove"_s, QString::number(point.x()), QString::number(point.y())};
 }
 
 QStringList held(const QString& action, const QStringList& modifiers) {
@@ -30,18 +30,17 @@ QStringList button(const QString& action, int number) {
 } // namespace
 
 bool Desktop::isInstalled() {
-    return !QStandardPaths::findExecutable(QStringLiteral("Xvfb")).isEmpty() &&
-           !QStandardPaths::findExecutable(QStringLiteral("xdotool")).isEmpty();
+    return !QStandardPaths::findExecutable(u"Xvfb"_s).isEmpty() &&
+           !QStandardPaths::findExecutable(u"xdotool"_s).isEmpty();
 }
 
 Desktop::Desktop() {
     // The server takes the first display that is free and tells its number once it answers.
     _server.setStandardErrorFile(QProcess::nullDevice());
     _server.start(
-        QStringLiteral("Xvfb"),
-        {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-         QStringLiteral("0"), QStringLiteral("%1x%2x24").arg(screen.width()).arg(screen.height()),
-         QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")});
+        u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
+                    u"%1x%2x24"_s.arg(screen.width()).arg(screen.height()), u"-nolisten"_s,
+                    u"tcp"_s, u"-noreset"_s});
     while (!_server.canReadLine()) {
         if (!_server.waitForReadyRead(longestWait)) return;
     }
@@ -49,15 +48,15 @@ Desktop::Desktop() {
 }
 
 bool Desktop::startWindowManager() {
-    const QString program = QStandardPaths::findExecutable(QStringLiteral("openbox"));
+    const QString program = QStandardPaths::findExecutable(u"openbox"_s);
     if (program.isEmpty()) return false;
     _windowManager.setProcessEnvironment(environment());
     _windowManager.setStandardErrorFile(QProcess::nullDevice());
-    _windowManager.start(program, {QStringLiteral("--startup"), QStringLiteral("true")});
+    _windowManager.start(program, {u"--startup"_s, u"true"_s});
     const auto manages = [this] {
         QProcess question;
         question.setProcessEnvironment(environment());
-        question.start(QStringLiteral("xdotool"), {QStringLiteral("get_desktop")});
+        question.start(u"xdotool"_s, {u"get_desktop"_s});
         return question.waitForFinished(longestWait) && question.exitCode() == 0;
     };
     return support::spinUntil(manages, std::chrono::milliseconds(longestWait));
@@ -72,9 +71,9 @@ Desktop::~Desktop() {
 
 QProcessEnvironment Desktop::environment() const {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("DISPLAY"), _display);
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QStringLiteral("1"));
+    environment.insert(u"DISPLAY"_s, _display);
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+    environment.insert(u"QT_SCALE_FACTOR"_s, u"1"_s);
     for (const char* foreign :
          {"WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS", "QT_STYLE_OVERRIDE"})
         environment.remove(QString::fromLatin1(foreign));
@@ -85,7 +84,7 @@ void Desktop::xdotool(const QStringList& arguments) {
     QProcess process;
     process.setProcessEnvironment(environment());
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("xdotool"), arguments);
+    process.start(u"xdotool"_s, arguments);
     const bool done = process.waitForFinished(longestWait) && process.exitCode() == 0;
     EXPECT_TRUE(done) << arguments.join(u' ').toStdString() << ": "
                       << process.readAll().toStdString();
@@ -96,55 +95,52 @@ void Desktop::move(QPoint point) {
 }
 
 void Desktop::press(int number) {
-    xdotool(button(QStringLiteral("mousedown"), number));
+    xdotool(button(u"mousedown"_s, number));
 }
 
 void Desktop::release(int number) {
-    xdotool(button(QStringLiteral("mouseup"), number));
+    xdotool(button(u"mouseup"_s, number));
 }
 
 void Desktop::click(QPoint point, const QStringList& modifiers, int number) {
     xdotool(
-        at(point) + held(QStringLiteral("keydown"), modifiers) +
-        button(QStringLiteral("click"), number) + held(QStringLiteral("keyup"), modifiers));
+        at(point) + held(u"keydown"_s, modifiers) + button(u"click"_s, number) +
+        held(u"keyup"_s, modifiers));
 }
 
 void Desktop::doubleClick(QPoint point) {
     xdotool(
-        at(point) + QStringList{
-                        QStringLiteral("click"), QStringLiteral("--repeat"), QStringLiteral("2"),
-                        QStringLiteral("--delay"), QStringLiteral("20"), QStringLiteral("1")});
+        at(point) + QStringList{u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"20"_s, u"1"_s});
 }
 
 void Desktop::drag(QPoint from, QPoint to, const QStringList& modifiers) {
     constexpr int steps = 8;
-    QStringList way = at(from) + held(QStringLiteral("keydown"), modifiers) +
-                      button(QStringLiteral("mousedown"), 1);
+    QStringList way = at(from) + held(u"keydown"_s, modifiers) + button(u"mousedown"_s, 1);
     for (int step = 1; step <= steps; ++step)
         way += at(from + (to - from) * step / steps);
-    xdotool(way + held(QStringLiteral("keyup"), modifiers));
+    xdotool(way + held(u"keyup"_s, modifiers));
 }
 
 void Desktop::wheel(int turns) {
     for (int turn = 0; turn < std::abs(turns); ++turn)
-        xdotool(button(QStringLiteral("click"), turns > 0 ? 5 : 4));
+        xdotool(button(u"click"_s, turns > 0 ? 5 : 4));
 }
 
 void Desktop::key(const QString& name) {
-    xdotool({QStringLiteral("key"), name});
+    xdotool({u"key"_s, name});
 }
 
 void Desktop::type(const QString& text) {
-    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("5"), text});
+    xdotool({u"type"_s, u"--delay"_s, u"5"_s, text});
 }
 
 void Desktop::focus(qint64 windowId) {
-    xdotool({QStringLiteral("windowfocus"), QString::number(windowId)});
+    xdotool({u"windowfocus"_s, QString::number(windowId)});
 }
 
 void Desktop::resize(qint64 windowId, QSize size) {
     xdotool(
-        {QStringLiteral("windowsize"), QString::number(windowId), QString::number(size.width()),
+        {u"windowsize"_s, QString::number(windowId), QString::number(size.width()),
          QString::number(size.height())});
 }
 

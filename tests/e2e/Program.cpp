@@ -1,7 +1,6 @@
 #include "e2e/Program.h"
 
 #include "app/SingleInstance.h"
-#include "support/Support.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -17,9 +16,9 @@ constexpr std::chrono::seconds longestWait{60};
 
 } // namespace
 
-ProgramTest::ProgramTest() : _profile(_folder.filePath(QStringLiteral("profile"))) {
+ProgramTest::ProgramTest() : _profile(_folder.filePath(u"profile"_s)) {
     // Program and test find each other's socket there.
-    const QString runtime = _folder.filePath(QStringLiteral("run"));
+    const QString runtime = _folder.filePath(u"run"_s);
     QDir().mkpath(runtime);
     QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
@@ -57,15 +56,13 @@ void ProgramTest::makePictures(const QString& folder, const QStringList& names) 
 }
 
 void ProgramTest::paintPhotographs() {
-    ASSERT_EQ(
-        QProcess::execute(QStringLiteral(VELMORA_PHOTOGRAPHS), {photos(), QStringLiteral("240")}),
-        0);
+    ASSERT_EQ(QProcess::execute(QStringLiteral(VELMORA_PHOTOGRAPHS), {photos(), u"240"_s}), 0);
 }
 
 QStringList ProgramTest::numbered(const QString& prefix, int count) {
     QStringList names;
     for (int number = 0; number < count; ++number)
-        names += QStringLiteral("%1%2.png").arg(prefix).arg(number, 2, 10, QChar(u'0'));
+        names += u"%1%2.png"_s.arg(prefix).arg(number, 2, 10, QChar(u'0'));
     return names;
 }
 
@@ -79,8 +76,8 @@ QStringList ProgramTest::filesOnDisk() const {
 }
 
 void ProgramTest::start(const QStringList& arguments, bool hasFolder) {
-    QStringList all{QStringLiteral("--size"), QStringLiteral("1180x800")};
-    if (hasFolder) all += {QStringLiteral("--add"), photos()};
+    QStringList all{u"--size"_s, u"1180x800"_s};
+    if (hasFolder) all += {u"--add"_s, photos()};
     startAgain(all + arguments);
     if (!hasFolder) return;
     ASSERT_TRUE(waitFor([&](const State& s) { return s.isAtRest() && !s.items().isEmpty(); }));
@@ -90,8 +87,7 @@ void ProgramTest::start(const QStringList& arguments, bool hasFolder) {
 }
 
 void ProgramTest::startAgain(const QStringList& arguments) {
-    const QStringList always{
-        QStringLiteral("--profile"), _profile, QStringLiteral("--theme"), QStringLiteral("light")};
+    const QStringList always{u"--profile"_s, _profile, u"--theme"_s, u"light"_s};
     _program.setProcessEnvironment(desktop.environment());
     _program.start(QStringLiteral(VELMORA_PROGRAM), always + arguments);
     ASSERT_TRUE(waitFor([&](const State& s) { return !s.isEmpty() && s.isAtRest(); }));
@@ -104,7 +100,7 @@ void ProgramTest::quit() {
 }
 
 void ProgramTest::quitByKeys() {
-    desktop.key(QStringLiteral("ctrl+q"));
+    desktop.key(u"ctrl+q"_s);
     expectEnd();
 }
 
@@ -143,7 +139,7 @@ testing::AssertionResult ProgramTest::waitForSelection(const QString& names) con
 
 testing::AssertionResult ProgramTest::shows(qint64 count) const {
     return waitFor([count](const State& s) {
-        return s.isAtRest() && s.browser(QStringLiteral("items")).toInteger() == count;
+        return s.isAtRest() && s.browser(u"items"_s).toInteger() == count;
     });
 }
 
@@ -151,7 +147,7 @@ Item ProgramTest::item(const QString& name) const {
     Item found;
     EXPECT_TRUE(waitFor([&](const State& s) {
         found = s.item(name);
-        return !s.browser(QStringLiteral("scrolling")).toBool() && !found.name.isEmpty();
+        return !s.browser(u"scrolling"_s).toBool() && !found.name.isEmpty();
     })) << "no image "
         << name.toStdString();
     return found;
@@ -172,19 +168,18 @@ void ProgramTest::clickPlace(const QString& text, const QString& within) {
 }
 
 void ProgramTest::choose(QStringList entries) {
-    clickPlace(entries.takeFirst(), QStringLiteral("QMenuBar"));
+    clickPlace(entries.takeFirst(), u"QMenuBar"_s);
     chooseInMenu(entries);
 }
 
 void ProgramTest::chooseInMenu(const QStringList& entries) {
     for (const QString& entry : entries)
-        clickPlace(entry, QStringLiteral("QMenu"));
+        clickPlace(entry, u"QMenu"_s);
 }
 
 void ProgramTest::takeFocus() {
     if (!desktop.hasWindowManager()) desktop.focus(state().topWindow());
-    EXPECT_TRUE(waitFor(
-        [](const State& s) { return !s.json()[QStringLiteral("focus")].toString().isEmpty(); }));
+    EXPECT_TRUE(waitFor([](const State& s) { return !s.json()[u"focus"_s].toString().isEmpty(); }));
 }
 
 DragPartner::DragPartner(const Desktop& desktop, QRect place, const QString& offered)
@@ -195,7 +190,7 @@ DragPartner::DragPartner(const Desktop& desktop, QRect place, const QString& off
         arguments += QString::number(number);
     if (!offered.isEmpty()) arguments += offered;
     _process.start(QStringLiteral(VELMORA_DRAG_PARTNER), arguments);
-    EXPECT_TRUE(waitForEvent(QStringLiteral("shown")));
+    EXPECT_TRUE(waitForEvent(u"shown"_s));
 }
 
 DragPartner::~DragPartner() {

@@ -2,11 +2,10 @@
 
 #include "e2e/Desktop.h"
 #include "e2e/State.h"
+#include "support/Support.h"
 
 #include <QImage>
 #include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <functional>
 
@@ -16,9 +15,9 @@ namespace e2e {
 /// is driven through `desktop` and looked at through `state()`; conditions are waited for, never
 /// times:
 ///
-///     makePictures(QStringLiteral("sea"), {QStringLiteral("a.png"), QStringLiteral("b.png")});
+///     makePictures(u"sea"_s, {u"a.png"_s, u"b.png"_s});
 ///     start();
-///     click(QStringLiteral("a.png"));
+///     click(u"a.png"_s);
 ///     EXPECT_TRUE(waitFor([](const State& s) { return s.selected() == u"a.png"; }));
 class ProgramTest : public testing::Test {
 protected:
@@ -36,7 +35,7 @@ protected:
     void paintPhotographs();
     /// "a00.png" and so on.
     [[nodiscard]] static QStringList numbered(const QString& prefix, int count);
-    [[nodiscard]] QString photos() const { return _folder.filePath(QStringLiteral("photos")); }
+    [[nodiscard]] QString photos() const { return _folder.filePath(u"photos"_s); }
     [[nodiscard]] QString photo(const QString& below) const { return photos() + u'/' + below; }
     /// Where the program keeps its catalogue and settings.
     [[nodiscard]] const QString& profile() const { return _profile; }

@@ -1,6 +1,5 @@
 #include "FMDB/FMDatabase.h"
 #include "e2e/Program.h"
-#include "support/Support.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -12,14 +11,13 @@ namespace {
 using e2e::Item;
 using e2e::State;
 
-const QString groupPanel = QStringLiteral("PBGroupOutlineView");
-const QString sidebar = QStringLiteral("PBSourceOutlineView");
-const QString breadcrumb = QStringLiteral("PBPathControl");
+const QString groupPanel = u"PBGroupOutlineView"_s;
+const QString sidebar = u"PBSourceOutlineView"_s;
+const QString breadcrumb = u"PBPathControl"_s;
 
 /// What the program is left with and must come back with.
-const QStringList lasting{QStringLiteral("chain"),      QStringLiteral("sort"),
-                          QStringLiteral("descending"), QStringLiteral("filter"),
-                          QStringLiteral("subfolders"), QStringLiteral("folder")};
+const QStringList lasting{u"chain"_s,  u"sort"_s,       u"descending"_s,
+                          u"filter"_s, u"subfolders"_s, u"folder"_s};
 
 class SessionRunTest : public e2e::ProgramTest {
 protected:
@@ -27,9 +25,8 @@ protected:
         QJsonArray wanted;
         for (const int type : chain)
             wanted += type;
-        return waitFor([=](const State& s) {
-            return s.isAtRest() && s.json()[QStringLiteral("chain")] == wanted;
-        });
+        return waitFor(
+            [=](const State& s) { return s.isAtRest() && s.json()[u"chain"_s] == wanted; });
     }
     /// Opens the menu of a step of the breadcrumb and goes through its entries.
     void clickStep(qsizetype step, const QStringList& entries) {
@@ -41,8 +38,7 @@ protected:
     /// Clicks a row and waits until its list has the keys.
     void clickRow(const QString& text, const QString& list) {
         clickPlace(text, list);
-        EXPECT_TRUE(
-            waitFor([=](const State& s) { return s.json()[QStringLiteral("focus")] == list; }));
+        EXPECT_TRUE(waitFor([=](const State& s) { return s.json()[u"focus"_s] == list; }));
     }
     auto waitForRows(const QString& list, const QStringList& present, const QStringList& absent) {
         return waitFor([=](const State& s) {
@@ -55,8 +51,7 @@ protected:
     auto waitForFolder(const QString& below, int count) {
         const QString path = QDir::cleanPath(photo(below));
         return waitFor([=](const State& s) {
-            return s.isAtRest() && s.json()[QStringLiteral("folder")] == path &&
-                   s.browser(QStringLiteral("items")) == count;
+            return s.isAtRest() && s.json()[u"folder"_s] == path && s.browser(u"items"_s) == count;
         });
     }
 };
@@ -64,69 +59,66 @@ protected:
 TEST_F(SessionRunTest, aFolderAddedInTheDialogIsGroupedByEveryMenu) {
     paintPhotographs();
     start({}, false);
-    EXPECT_EQ(state().json()[QStringLiteral("tip")], 1);
-    clickPlace(QStringLiteral("addFolder"));
-    const auto isAsking = [](const State& s) {
-        return s.control(QStringLiteral("fileNameEdit")).has_value();
-    };
+    EXPECT_EQ(state().json()[u"tip"_s], 1);
+    clickPlace(u"addFolder"_s);
+    const auto isAsking = [](const State& s) { return s.control(u"fileNameEdit"_s).has_value(); };
     ASSERT_TRUE(waitFor(isAsking));
     takeFocus();
     desktop.type(photos());
     // The first Return may go to the list of completions, which comes when it likes.
     EXPECT_TRUE(waitFor(std::not_fn(isAsking), [&] {
-        if (isAsking(state())) desktop.key(QStringLiteral("Return"));
+        if (isAsking(state())) desktop.key(u"Return"_s);
     }));
     takeFocus();
     ASSERT_TRUE(waitForFolder({}, 92));
-    EXPECT_TRUE(waitForRows(groupPanel, {QStringLiteral("2025"), QStringLiteral("Dolomites")}, {}));
-    EXPECT_EQ(state().json()[QStringLiteral("tip")], 0);
+    EXPECT_TRUE(waitForRows(groupPanel, {u"2025"_s, u"Dolomites"_s}, {}));
+    EXPECT_EQ(state().json()[u"tip"_s], 0);
 
-    clickStep(0, {QStringLiteral("EXIF")});
+    clickStep(0, {u"EXIF"_s});
     // Ten general ones, EXIF, IPTC, a swap, Remove; and what EXIF has besides the year.
-    EXPECT_TRUE(waitFor(
-        [](const State& s) { return s.places(QStringLiteral("QMenu")).size() == 14 + 18; }));
-    chooseInMenu({QStringLiteral("Camera Model")});
+    EXPECT_TRUE(waitFor([](const State& s) { return s.places(u"QMenu"_s).size() == 14 + 18; }));
+    chooseInMenu({u"Camera Model"_s});
     EXPECT_TRUE(waitForChain({16, 5}));
-    EXPECT_TRUE(waitForRows(groupPanel, {QStringLiteral("NIKON Z 6")}, {}));
-    clickStep(2, {QStringLiteral("IPTC"), QStringLiteral("Keywords")});
+    EXPECT_TRUE(waitForRows(groupPanel, {u"NIKON Z 6"_s}, {}));
+    clickStep(2, {u"IPTC"_s, u"Keywords"_s});
     EXPECT_TRUE(waitForChain({16, 5, 39}));
     EXPECT_EQ(state().places(breadcrumb).size(), 3);
-    clickStep(1, {QStringLiteral("File Kind")});
+    clickStep(1, {u"File Kind"_s});
     EXPECT_TRUE(waitForChain({16, 6, 39}));
-    clickStep(0, {QStringLiteral("Camera Model <--> Keywords")});
+    clickStep(0, {u"Camera Model <--> Keywords"_s});
     EXPECT_TRUE(waitForChain({39, 6, 16}));
-    clickStep(1, {QStringLiteral("Remove")});
+    clickStep(1, {u"Remove"_s});
     EXPECT_TRUE(waitForChain({39, 16}));
-    clickStep(0, {QStringLiteral("Remove")});
+    clickStep(0, {u"Remove"_s});
     EXPECT_TRUE(waitForChain({16}));
-    EXPECT_TRUE(waitFor([](const State& s) { return s.browser(QStringLiteral("leaves")) == 4; }));
-    clickStep(0, {QStringLiteral("Remove")});
+    EXPECT_TRUE(waitFor([](const State& s) { return s.browser(u"leaves"_s) == 4; }));
+    clickStep(0, {u"Remove"_s});
     EXPECT_TRUE(waitForChain({}));
-    EXPECT_TRUE(waitForRows(groupPanel, {QStringLiteral("All")}, {QStringLiteral("NIKON Z 6")}));
-    clickStep(0, {QStringLiteral("Star Rating")});
+    EXPECT_TRUE(waitForRows(groupPanel, {u"All"_s}, {u"NIKON Z 6"_s}));
+    clickStep(0, {u"Star Rating"_s});
     EXPECT_TRUE(waitForChain({12}));
 
-    const QString group = QStringLiteral("Group");
-    const QString preset = QStringLiteral("Star Rating");
-    choose({group, QStringLiteral("Save as Preset")});
-    choose({group, QStringLiteral("Presets"), QStringLiteral("Captured: Year > Folder")});
+    const QString group = u"Group"_s;
+    const QString preset = u"Star Rating"_s;
+    choose({group, u"Save as Preset"_s});
+    choose({group, u"Presets"_s, u"Captured: Year > Folder"_s});
     EXPECT_TRUE(waitForChain({3, 5}));
-    clickPlace(QStringLiteral("group"));
-    chooseInMenu({QStringLiteral("Presets"), preset});
+    clickPlace(u"group"_s);
+    chooseInMenu({u"Presets"_s, preset});
     EXPECT_TRUE(waitForChain({12}));
-    choose({group, QStringLiteral("Remove Preset"), preset});
-    choose({group, QStringLiteral("Presets"), QStringLiteral("Captured: Year > Folder")});
+    choose({group, u"Remove Preset"_s, preset});
+    choose({group, u"Presets"_s, u"Captured: Year > Folder"_s});
     EXPECT_TRUE(waitForChain({3, 5}));
 
-    const QString folder = QStringLiteral("Dolomites");
-    clickRow(QStringLiteral("2024"), groupPanel);
+    const QString folder = u"Dolomites"_s;
+    clickRow(u"2024"_s, groupPanel);
     EXPECT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() > 0; }));
-    desktop.key(QStringLiteral("Left"));
+    desktop.key(u"Left"_s);
     EXPECT_TRUE(waitForRows(groupPanel, {}, {folder}));
-    makePictures(QStringLiteral("2025/Added"), {QStringLiteral("added.png")});
-    EXPECT_TRUE(waitForRows(groupPanel, {QStringLiteral("2024")}, {folder}));
+    makePictures(u"2025/Added"_s, {u"added.png"_s});
+    EXPECT_TRUE(waitForRows(groupPanel, {u"2024"_s}, {folder}));
     EXPECT_TRUE(shows(93));
-    EXPECT_TRUE(waitForRows(groupPanel, {QStringLiteral("2024")}, {folder}));
+    EXPECT_TRUE(waitForRows(groupPanel, {u"2024"_s}, {folder}));
     quitByKeys();
 }
 
@@ -136,31 +128,31 @@ TEST_F(SessionRunTest, filterSearchOrderAndFolderDecideWhatIsShown) {
     ASSERT_TRUE(shows(92));
     quitByKeys();
     {
-        FMDatabase catalogue(profile() + QStringLiteral("/files.db"));
+        FMDatabase catalogue(profile() + u"/files.db"_s);
         ASSERT_TRUE(catalogue.open());
         ASSERT_TRUE(
             catalogue.executeUpdate(QStringLiteral("UPDATE ImageFile SET FileFlag = 1 WHERE "
                                                    "FileName LIKE 'DSCF%' OR FileName LIKE 'P%'")));
         ASSERT_TRUE(catalogue.executeUpdate(
-            QStringLiteral("UPDATE ImageFile SET FileStars = 3 WHERE FileName LIKE 'P%'")));
+            u"UPDATE ImageFile SET FileStars = 3 WHERE FileName LIKE 'P%'"_s));
     }
     start();
     ASSERT_TRUE(waitForFolder({}, 92));
-    choose({QStringLiteral("View"), QStringLiteral("Filter"), QStringLiteral("Flagged Only")});
+    choose({u"View"_s, u"Filter"_s, u"Flagged Only"_s});
     EXPECT_TRUE(shows(41));
-    clickPlace(QStringLiteral("Show only photographs with stars"));
+    clickPlace(u"Show only photographs with stars"_s);
     EXPECT_TRUE(shows(10));
-    clickPlace(QStringLiteral("Show only photographs with stars"));
-    desktop.key(QStringLiteral("ctrl+f"));
-    desktop.type(QStringLiteral("dscf"));
+    clickPlace(u"Show only photographs with stars"_s);
+    desktop.key(u"ctrl+f"_s);
+    desktop.type(u"dscf"_s);
     EXPECT_TRUE(shows(31));
-    clickPlace(QStringLiteral("Show only flagged photographs"));
+    clickPlace(u"Show only flagged photographs"_s);
     EXPECT_TRUE(shows(31));
 
-    const QString view = QStringLiteral("View");
-    const QString arrange = QStringLiteral("Arrange By");
+    const QString view = u"View"_s;
+    const QString arrange = u"Arrange By"_s;
     for (int step = 0; step < 2; ++step)
-        clickStep(0, {QStringLiteral("Remove")});
+        clickStep(0, {u"Remove"_s});
     ASSERT_TRUE(waitForChain({}));
     using Key = std::function<qint64(const QFileInfo&)>;
     const auto date = [](const QFileInfo& file) { return file.lastModified().toSecsSinceEpoch(); };
@@ -175,69 +167,68 @@ TEST_F(SessionRunTest, filterSearchOrderAndFolderDecideWhatIsShown) {
             for (const Item& item : s.items())
                 keys.push_back(key(files[item.name]));
             if (descending) std::ranges::reverse(keys);
-            return s.isAtRest() && s.json()[QStringLiteral("sort")] == type &&
-                   s.json()[QStringLiteral("descending")] == descending && keys.size() > 9 &&
+            return s.isAtRest() && s.json()[u"sort"_s] == type &&
+                   s.json()[u"descending"_s] == descending && keys.size() > 9 &&
                    std::ranges::is_sorted(keys);
         });
     };
     const std::tuple<QString, int, bool, Key> orders[] = {
-        {QStringLiteral("Name"), 1, false, name},
-        {QStringLiteral("Date Taken"), 4, true, date},
-        {QStringLiteral("Date Modified"), 3, true, date},
-        {QStringLiteral("File Size"), 2, false, [](const QFileInfo& file) { return file.size(); }},
-        {QStringLiteral("Image Size"), 6, false, kind},
-        {QStringLiteral("File Kind"), 5, false, kind}};
+        {u"Name"_s, 1, false, name},
+        {u"Date Taken"_s, 4, true, date},
+        {u"Date Modified"_s, 3, true, date},
+        {u"File Size"_s, 2, false, [](const QFileInfo& file) { return file.size(); }},
+        {u"Image Size"_s, 6, false, kind},
+        {u"File Kind"_s, 5, false, kind}};
     for (const auto& [entry, type, descending, key] : orders) {
         choose({view, arrange, entry});
         EXPECT_TRUE(waitForOrder(type, descending, key)) << entry.toStdString();
         choose({view, arrange, QString::fromLatin1(descending ? "Ascending" : "Descending")});
         EXPECT_TRUE(waitForOrder(type, !descending, key)) << entry.toStdString();
     }
-    choose({view, arrange, QStringLiteral("Unsorted")});
+    choose({view, arrange, u"Unsorted"_s});
     EXPECT_TRUE(waitForOrder(0, false, kind));
-    desktop.key(QStringLiteral("ctrl+f"));
-    desktop.key(QStringLiteral("Escape"));
+    desktop.key(u"ctrl+f"_s);
+    desktop.key(u"Escape"_s);
     EXPECT_TRUE(shows(92));
 
-    clickRow(QStringLiteral("photos"), sidebar);
-    desktop.key(QStringLiteral("Right"));
-    clickRow(QStringLiteral("2022"), sidebar);
-    EXPECT_TRUE(waitForFolder(QStringLiteral("2022"), 18));
-    clickPlace(QStringLiteral("subFolder"));
+    clickRow(u"photos"_s, sidebar);
+    desktop.key(u"Right"_s);
+    clickRow(u"2022"_s, sidebar);
+    EXPECT_TRUE(waitForFolder(u"2022"_s, 18));
+    clickPlace(u"subFolder"_s);
     EXPECT_TRUE(shows(0));
-    desktop.key(QStringLiteral("ctrl+shift+s"));
+    desktop.key(u"ctrl+shift+s"_s);
     EXPECT_TRUE(shows(18));
-    desktop.key(QStringLiteral("Right"));
-    clickRow(QStringLiteral("Lisbon"), sidebar);
-    EXPECT_TRUE(waitForFolder(QStringLiteral("2022/Lisbon"), 10));
-    clickPlace(QStringLiteral("Back"));
-    EXPECT_TRUE(waitForFolder(QStringLiteral("2022"), 18));
-    desktop.key(QStringLiteral("alt+Left"));
+    desktop.key(u"Right"_s);
+    clickRow(u"Lisbon"_s, sidebar);
+    EXPECT_TRUE(waitForFolder(u"2022/Lisbon"_s, 10));
+    clickPlace(u"Back"_s);
+    EXPECT_TRUE(waitForFolder(u"2022"_s, 18));
+    desktop.key(u"alt+Left"_s);
     EXPECT_TRUE(waitForFolder({}, 92));
-    clickPlace(QStringLiteral("Forward"));
-    EXPECT_TRUE(waitForFolder(QStringLiteral("2022"), 18));
-    desktop.key(QStringLiteral("alt+Right"));
-    EXPECT_TRUE(waitForFolder(QStringLiteral("2022/Lisbon"), 10));
+    clickPlace(u"Forward"_s);
+    EXPECT_TRUE(waitForFolder(u"2022"_s, 18));
+    desktop.key(u"alt+Right"_s);
+    EXPECT_TRUE(waitForFolder(u"2022/Lisbon"_s, 10));
     quitByKeys();
 }
 
 /// Controls that lie partly over another, or beyond the window.
 QStringList misplaced(const State& state) {
     QList<QPair<QString, QRect>> all;
-    for (const QJsonValue& value : state.json()[QStringLiteral("controls")].toArray()) {
-        const QString name = value[QStringLiteral("class")].toString() + u' ' +
-                             value[QStringLiteral("name")].toString() +
-                             value[QStringLiteral("text")].toString();
+    for (const QJsonValue& value : state.json()[u"controls"_s].toArray()) {
+        const QString name = value[u"class"_s].toString() + u' ' + value[u"name"_s].toString() +
+                             value[u"text"_s].toString();
         // What takes hold of a divider lies over both panes.
         if (!name.contains(u"Handle")) all.append({name, e2e::rectOf(value.toObject())});
     }
     QStringList bad;
     for (const auto& [name, rect] : all) {
-        if (!state.window().contains(rect)) bad += name + QStringLiteral(" is cut");
+        if (!state.window().contains(rect)) bad += name + u" is cut"_s;
         for (const auto& [other, otherRect] : all) {
             if (rect.intersects(otherRect) && !rect.contains(otherRect) &&
                 !otherRect.contains(rect))
-                bad += name + QStringLiteral(" over ") + other;
+                bad += name + u" over "_s + other;
         }
     }
     return bad;
@@ -257,19 +248,18 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeft) {
         return waitFor([=](const State& s) { return s.isAtRest() && s.window().size() == size; });
     };
     const auto waitForThumbnails = [&](int size) {
-        return waitFor([=](const State& s) {
-            return s.isAtRest() && s.browser(QStringLiteral("thumbnailSize")) == size;
-        });
+        return waitFor(
+            [=](const State& s) { return s.isAtRest() && s.browser(u"thumbnailSize"_s) == size; });
     };
-    const QString base = QStringLiteral("SourceGroupSplitPos");
-    const QString left = QStringLiteral("GroupSplitPos");
-    const QString right = QStringLiteral("InfoSplitPos");
+    const QString base = u"SourceGroupSplitPos"_s;
+    const QString left = u"GroupSplitPos"_s;
+    const QString right = u"InfoSplitPos"_s;
 
-    const QRect slider = state().place(QStringLiteral("thumbnailSize"));
+    const QRect slider = state().place(u"thumbnailSize"_s);
     desktop.drag(slider.center(), {slider.right() + 20, slider.center().y()});
     desktop.release();
     EXPECT_TRUE(waitForThumbnails(256));
-    desktop.key(QStringLiteral("ctrl+minus"));
+    desktop.key(u"ctrl+minus"_s);
     EXPECT_TRUE(waitForThumbnails(240));
 
     // The divider beside the sidebar, then the one between its panes.
@@ -286,10 +276,10 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeft) {
     const QList<QRect> arranged = state().panes(left);
 
     const std::tuple<QString, QString, int> panes[] = {
-        {QStringLiteral("F9"), base, 0},
-        {QStringLiteral("ctrl+alt+1"), left, 0},
-        {QStringLiteral("ctrl+alt+2"), left, 1},
-        {QStringLiteral("ctrl+i"), right, 1}};
+        {u"F9"_s, base, 0},
+        {u"ctrl+alt+1"_s, left, 0},
+        {u"ctrl+alt+2"_s, left, 1},
+        {u"ctrl+i"_s, right, 1}};
     for (const auto& [key, split, pane] : panes) {
         desktop.key(key);
         EXPECT_TRUE(waitForPane(split, pane, false)) << key.toStdString();
@@ -298,13 +288,13 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeft) {
         EXPECT_EQ(state().panes(left), arranged);
     }
     // What is hidden gives the keys to the browser.
-    clickRow(QStringLiteral("2024"), groupPanel);
-    clickPlace(QStringLiteral("Hide Groups"));
+    clickRow(u"2024"_s, groupPanel);
+    clickPlace(u"Hide Groups"_s);
     EXPECT_TRUE(waitForPane(left, 1, false));
-    EXPECT_EQ(state().json()[QStringLiteral("focus")], QStringLiteral("PBImageBrowserView"));
-    clickPlace(QStringLiteral("Show Groups"));
+    EXPECT_EQ(state().json()[u"focus"_s], u"PBImageBrowserView"_s);
+    clickPlace(u"Show Groups"_s);
     EXPECT_TRUE(waitForPane(left, 1, true));
-    clickPlace(QStringLiteral("Hide Information"));
+    clickPlace(u"Hide Information"_s);
     EXPECT_TRUE(waitForPane(right, 1, false));
 
     const qint64 window = state().topWindow();
@@ -316,33 +306,33 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeft) {
         EXPECT_GT(state().browserRect().width(), 280);
     }
     const QRect normal = state().window();
-    desktop.key(QStringLiteral("F11"));
+    desktop.key(u"F11"_s);
     EXPECT_TRUE(waitForWindow(desktop.screen.size()));
-    EXPECT_FALSE(state().control(QStringLiteral("QMenuBar")));
+    EXPECT_FALSE(state().control(u"QMenuBar"_s));
     EXPECT_TRUE(waitFor([](const State& s) { return misplaced(s).isEmpty(); }))
         << misplaced(state()).join(u'\n').toStdString();
-    desktop.key(QStringLiteral("Escape"));
+    desktop.key(u"Escape"_s);
     EXPECT_TRUE(waitFor([&](const State& s) { return s.window() == normal; }));
 
-    choose({QStringLiteral("View"), QStringLiteral("Arrange By"), QStringLiteral("Date Taken")});
-    clickStep(2, {QStringLiteral("EXIF"), QStringLiteral("Aperture")});
+    choose({u"View"_s, u"Arrange By"_s, u"Date Taken"_s});
+    clickStep(2, {u"EXIF"_s, u"Aperture"_s});
     EXPECT_TRUE(waitForChain({3, 5, 21}));
-    clickRow(QStringLiteral("photos"), sidebar);
-    desktop.key(QStringLiteral("Right"));
-    clickRow(QStringLiteral("2023"), sidebar);
-    EXPECT_TRUE(waitForFolder(QStringLiteral("2023"), 24));
+    clickRow(u"photos"_s, sidebar);
+    desktop.key(u"Right"_s);
+    clickRow(u"2023"_s, sidebar);
+    EXPECT_TRUE(waitForFolder(u"2023"_s, 24));
     const State before = state();
     // The next start begins with the window of before it filled the screen.
-    desktop.key(QStringLiteral("F11"));
+    desktop.key(u"F11"_s);
     EXPECT_TRUE(waitForWindow(desktop.screen.size()));
     quitByKeys();
 
     startAgain();
-    ASSERT_TRUE(waitForFolder(QStringLiteral("2023"), 24));
+    ASSERT_TRUE(waitForFolder(u"2023"_s, 24));
     const State after = state();
     for (const QString& name : lasting)
         EXPECT_EQ(after.json()[name], before.json()[name]) << name.toStdString();
-    const QString splits = QStringLiteral("splits");
+    const QString splits = u"splits"_s;
     EXPECT_TRUE(waitFor([&](const State& s) {
         return s.window() == before.window() && s.json()[splits] == before.json()[splits];
     }));
@@ -358,31 +348,28 @@ TEST_F(SessionRunTest, photographsThatComeAndGoOnDiskComeAndGoInTheWindow) {
     const QString source = disk.filePath(filesOnDisk().first());
     // The window answers while a storm goes on below it.
     for (int copy = 0; copy < 40; ++copy)
-        ASSERT_TRUE(QFile::copy(
-            source, disk.filePath(QStringLiteral("2025/West coast/copy%1.jpg").arg(copy))));
-    desktop.key(QStringLiteral("End"));
+        ASSERT_TRUE(QFile::copy(source, disk.filePath(u"2025/West coast/copy%1.jpg"_s.arg(copy))));
+    desktop.key(u"End"_s);
     EXPECT_TRUE(waitFor([](const State& s) { return !s.selected().isEmpty(); }));
     EXPECT_TRUE(shows(132));
 
-    const QString renamed = QStringLiteral("Lake in winter");
+    const QString renamed = u"Lake in winter"_s;
     ASSERT_TRUE(QDir().rename(
-        disk.filePath(QStringLiteral("2021/Lake in autumn")),
-        disk.filePath(QStringLiteral("2021/") + renamed)));
-    EXPECT_TRUE(waitForRows(groupPanel, {renamed}, {QStringLiteral("Lake in autumn")}));
+        disk.filePath(u"2021/Lake in autumn"_s), disk.filePath(u"2021/"_s + renamed)));
+    EXPECT_TRUE(waitForRows(groupPanel, {renamed}, {u"Lake in autumn"_s}));
     for (int copy = 0; copy < 40; ++copy)
-        ASSERT_TRUE(
-            QFile::remove(disk.filePath(QStringLiteral("2025/West coast/copy%1.jpg").arg(copy))));
+        ASSERT_TRUE(QFile::remove(disk.filePath(u"2025/West coast/copy%1.jpg"_s.arg(copy))));
     EXPECT_TRUE(shows(92));
-    ASSERT_TRUE(QDir(disk.filePath(QStringLiteral("2022"))).removeRecursively());
+    ASSERT_TRUE(QDir(disk.filePath(u"2022"_s)).removeRecursively());
     EXPECT_TRUE(shows(74));
-    EXPECT_TRUE(waitForRows(groupPanel, {QStringLiteral("2021")}, {QStringLiteral("2022")}));
-    desktop.key(QStringLiteral("Home"));
+    EXPECT_TRUE(waitForRows(groupPanel, {u"2021"_s}, {u"2022"_s}));
+    desktop.key(u"Home"_s);
     ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() == 0; }));
     const QString first = state().items().first().name;
     const QString path = filesOnDisk().filter(first).first();
-    ASSERT_TRUE(QFile::rename(photo(path), photo(path).replace(first, QStringLiteral("aaa.jpg"))));
+    ASSERT_TRUE(QFile::rename(photo(path), photo(path).replace(first, u"aaa.jpg"_s)));
     EXPECT_TRUE(waitFor([&](const State& s) {
-        return !s.item(QStringLiteral("aaa.jpg")).name.isEmpty() && s.item(first).name.isEmpty();
+        return !s.item(u"aaa.jpg"_s).name.isEmpty() && s.item(first).name.isEmpty();
     }));
     quitByKeys();
 }

@@ -1,5 +1,7 @@
 #include "e2e/State.h"
 
+#include "support/Support.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -14,54 +16,52 @@ QRect rectOf(const QJsonValue& value) {
 }
 
 bool hasText(const QJsonObject& object, const QString& text) {
-    return object[QStringLiteral("text")].toString() == text;
+    return object[u"text"_s].toString() == text;
 }
 
 bool isCalled(const QJsonObject& object, const QString& name) {
-    return object[QStringLiteral("class")].toString() == name ||
-           object[QStringLiteral("name")].toString() == name;
+    return object[u"class"_s].toString() == name || object[u"name"_s].toString() == name;
 }
 
 bool isMain(const QJsonValue& window) {
-    return window[QStringLiteral("class")].toString().contains(u"Window");
+    return window[u"class"_s].toString().contains(u"Window");
 }
 
 } // namespace
 
 QRect rectOf(const QJsonObject& object) {
-    return rectOf(object[QStringLiteral("rect")]);
+    return rectOf(object[u"rect"_s]);
 }
 
 QJsonValue State::browser(const QString& name) const {
-    return _json[QStringLiteral("browser")].toObject()[name];
+    return _json[u"browser"_s].toObject()[name];
 }
 
 QRect State::browserRect() const {
-    return rectOf(browser(QStringLiteral("rect")));
+    return rectOf(browser(u"rect"_s));
 }
 
 double State::scroll() const {
-    return browser(QStringLiteral("scroll")).toDouble();
+    return browser(u"scroll"_s).toDouble();
 }
 
 bool State::isAtRest() const {
-    return _json[QStringLiteral("idle")].toBool() && !_json[QStringLiteral("animating")].toBool() &&
-           !browser(QStringLiteral("scrolling")).toBool();
+    return _json[u"idle"_s].toBool() && !_json[u"animating"_s].toBool() &&
+           !browser(u"scrolling"_s).toBool();
 }
 
 QString State::selected() const {
-    return browser(QStringLiteral("selected")).toVariant().toStringList().join(u' ');
+    return browser(u"selected"_s).toVariant().toStringList().join(u' ');
 }
 
 QList<Item> State::items() const {
     QList<Item> all;
-    for (const QJsonValue& group : browser(QStringLiteral("groups")).toArray()) {
-        for (const QJsonValue& value : group[QStringLiteral("items")].toArray()) {
+    for (const QJsonValue& group : browser(u"groups"_s).toArray()) {
+        for (const QJsonValue& value : group[u"items"_s].toArray()) {
             all.append(
-                {value[QStringLiteral("name")].toString(), rectOf(value[QStringLiteral("rect")]),
-                 rectOf(value[QStringLiteral("picture")]), rectOf(value[QStringLiteral("label")]),
-                 value[QStringLiteral("selected")].toBool(),
-                 value[QStringLiteral("thumbnail")].toBool()});
+                {value[u"name"_s].toString(), rectOf(value[u"rect"_s]), rectOf(value[u"picture"_s]),
+                 rectOf(value[u"label"_s]), value[u"selected"_s].toBool(),
+                 value[u"thumbnail"_s].toBool()});
         }
     }
     return all;
@@ -74,7 +74,7 @@ Item State::item(const QString& name) const {
 }
 
 std::optional<QJsonObject> State::control(const QString& name) const {
-    for (const QJsonValue& value : _json[QStringLiteral("controls")].toArray()) {
+    for (const QJsonValue& value : _json[u"controls"_s].toArray()) {
         const QJsonObject control = value.toObject();
         if (isCalled(control, name) || hasText(control, name)) return control;
     }
@@ -83,14 +83,13 @@ std::optional<QJsonObject> State::control(const QString& name) const {
 
 QList<Place> State::places(const QString& within) const {
     QList<Place> all;
-    for (const QJsonValue& control : _json[QStringLiteral("controls")].toArray()) {
+    for (const QJsonValue& control : _json[u"controls"_s].toArray()) {
         if (!within.isEmpty() && !isCalled(control.toObject(), within)) continue;
-        for (const QString& part : {QStringLiteral("entries"), QStringLiteral("rows")}) {
+        for (const QString& part : {u"entries"_s, u"rows"_s}) {
             for (const QJsonValue& value : control[part].toArray()) {
                 all.append(
-                    {value[QStringLiteral("text")].toString(), rectOf(value.toObject()),
-                     value[QStringLiteral("enabled")].toBool(),
-                     value[QStringLiteral("checked")].toBool()});
+                    {value[u"text"_s].toString(), rectOf(value.toObject()),
+                     value[u"enabled"_s].toBool(), value[u"checked"_s].toBool()});
             }
         }
     }
@@ -113,22 +112,22 @@ QRect State::place(const QString& text, const QString& within) const {
 
 QList<QRect> State::panes(const QString& splitView) const {
     QList<QRect> all;
-    for (const QJsonValue& pane : _json[QStringLiteral("splits")][splitView].toArray())
+    for (const QJsonValue& pane : _json[u"splits"_s][splitView].toArray())
         all += rectOf(pane);
     return all;
 }
 
 QRect State::window() const {
-    for (const QJsonValue& window : _json[QStringLiteral("windows")].toArray())
+    for (const QJsonValue& window : _json[u"windows"_s].toArray())
         if (isMain(window)) return rectOf(window.toObject());
     return {};
 }
 
 qint64 State::topWindow() const {
     qint64 top = 0;
-    for (const QJsonValue& window : _json[QStringLiteral("windows")].toArray()) {
-        const bool isAbove = window[QStringLiteral("modal")].toBool();
-        if (isAbove || (isMain(window) && top == 0)) top = window[QStringLiteral("id")].toInteger();
+    for (const QJsonValue& window : _json[u"windows"_s].toArray()) {
+        const bool isAbove = window[u"modal"_s].toBool();
+        if (isAbove || (isMain(window) && top == 0)) top = window[u"id"_s].toInteger();
     }
     return top;
 }
