@@ -8,7 +8,6 @@
 
 using namespace platform;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

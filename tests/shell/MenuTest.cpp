@@ -16,7 +16,6 @@
 
 using Command = MenuCommand;
 using enum MenuCommand;
-using enum BrowserStep;
 
 namespace {
 
@@ -82,20 +81,14 @@ TEST(MenuValidationTest, eachConditionOfTheBrowserEnablesWhatDependsOnIt) {
         state.isLargeView = true;
         EXPECT_FALSE(isEnabled(command, state));
     }
-    const std::pair<Command, BrowserStep> steps[] = {
-        {go_PreviousItem, PrevIndex},
-        {go_NextItem, NextIndex},
-        {go_FirstItem, FirstIndex},
-        {go_LastItem, LastIndex},
-        {go_PreviousGroup, PreviousGroup},
-        {go_NextGroup, NextGroup},
-        {go_FirstGroupItem, FirstIndexInGroup},
-        {go_LastGroupItem, LastIndexInGroup}};
-    for (const auto& [enabled, step] : steps) {
+    // In the order of the steps.
+    const Command steps[] = {go_PreviousItem,  go_NextItem,  go_FirstItem,      go_LastItem,
+                             go_PreviousGroup, go_NextGroup, go_FirstGroupItem, go_LastGroupItem};
+    for (std::size_t step = 0; step < std::size(steps); ++step) {
         MenuState state = browserWith(1);
-        state.canStep[static_cast<std::size_t>(step)] = true;
-        for (const auto& [command, other] : steps)
-            EXPECT_EQ(isEnabled(command, state), command == enabled);
+        state.canStep[step] = true;
+        for (const Command command : steps)
+            EXPECT_EQ(isEnabled(command, state), command == steps[step]);
     }
     MenuState state = browserWith(0);
     state.thumbnailSize = 256;
