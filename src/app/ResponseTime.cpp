@@ -1,26 +1,47 @@
 #include "app/ResponseTime.h"
 
-#include <QCoreApplication>
-#include <QEvent>
+#include "platform/MainLoop.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
 namespace {
 
-constexpr auto betweenBeats = std::chrono::milliseconds(4);
+using Clock = std::chrono::steady_clock;
 
-QEvent::Type beatType() {
-    static const auto type = static_cast<QEvent::Type>(QEvent::registerEventType());
-    return type;
-}
+constexpr auto betweenBeats = std::chrono::milliseconds(4);
 
 } // namespace
 
+struct ResponseTime::Beats {
+    std::atomic<bool> isAnswered{true};
+    Clock::duration longest{0}; // of the main thread
+
+    static void run(const std::stop_token& stop, const std::shared_ptr<Beats>& beats) {
+        std::mutex mutex;
+        std::condition_variable_any never;
+        std::unique_lock lock(mutex);
+        while (!never.wait_for(lock, stop, betweenBeats, [&] { return stop.stop_requested(); })) {
+            if (!beats->isAnswered) continue;
+            beats->isAnswered = false;
+            platform::MainLoop::instance()->post(
+                platform::MainLoop::Mode::Common, [beats, posted = Clock::now()] {
+                    beats->longest = std::max(beats->longest, Clock::now() - posted);
+                    beats->isAnswered = true;
+                });
+        }
+    }
+};
+
+ResponseTime::ResponseTime() : _beats(std::make_shared<Beats>()) {}
+
+ResponseTime::~ResponseTime() = default;
+
 void ResponseTime::start() {
-    beatType();
-    _thread = std::jthread([this](const std::stop_token& stop) { beat(stop); });
+    _thread = std::jthread(&Beats::run, _beats);
 }
 
 void ResponseTime::stop() {
@@ -28,24 +49,5 @@ void ResponseTime::stop() {
 }
 
 double ResponseTime::longest() const {
-    return std::chrono::duration<double, std::milli>(_longest).count();
-}
-
-void ResponseTime::beat(const std::stop_token& stop) {
-    std::mutex mutex;
-    std::condition_variable_any never;
-    std::unique_lock lock(mutex);
-    while (!never.wait_for(lock, stop, betweenBeats, [&] { return stop.stop_requested(); })) {
-        if (!_isAnswered) continue;
-        _isAnswered = false;
-        _posted = Clock::now();
-        QCoreApplication::postEvent(this, new QEvent(beatType()));
-    }
-}
-
-bool ResponseTime::event(QEvent* event) {
-    if (event->type() != beatType()) return QObject::event(event);
-    _longest = std::max(_longest, Clock::now() - _posted);
-    _isAnswered = true;
-    return true;
+    return std::chrono::duration<double, std::milli>(_beats->longest).count();
 }

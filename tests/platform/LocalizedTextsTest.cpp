@@ -6,7 +6,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocale>
-#include <QRegularExpression>
 
 TEST(LocalizedTextsTest, everyKindOfPlaceholderIsFilledIn) {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
@@ -21,16 +20,9 @@ TEST(LocalizedTextsTest, everyKindOfPlaceholderIsFilledIn) {
 }
 
 TEST(LocalizedTextsTest, everyKeyThatTheSourcesNameHasItsText) {
-    static const QRegularExpression named(QStringLiteral(
-        R"re(localized(?:String|Format)\(\s*(?:QStringLiteral\()?u?"(\w[^"%]*)")re"));
-    QSet<QString> keys;
-    QDirIterator sources(
-        QStringLiteral(VELMORA_SOURCES), {u"*.cpp"_s}, QDir::Files, QDirIterator::Subdirectories);
-    while (sources.hasNext()) {
-        auto matches = named.globalMatch(QString::fromUtf8(support::readFile(sources.next())));
-        while (matches.hasNext())
-            keys.insert(matches.next().captured(1));
-    }
+    auto keys = support::namesInSources(
+        QStringLiteral(VELMORA_SOURCES),
+        uR"re(localized(?:String|Format)\(\s*(?:QStringLiteral\()?u?"(\w[^"%]*)")re"_s);
     EXPECT_GT(keys.size(), 50);
     (void)platform::localizedString(u"NoStar"); // loads the tables
     QDirIterator tables(u":/texts/en"_s);

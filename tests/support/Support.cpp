@@ -3,10 +3,11 @@
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
+#include <QRegularExpression>
 #include <QTimer>
 
 #include <ctime>
@@ -82,6 +83,16 @@ QByteArray mutated(QByteArray bytes, std::mt19937& random) {
         bytes[at] = random() % 2 == 0 ? extremes[random() % 4] : static_cast<char>(random());
     }
     return bytes;
+}
+
+QSet<QString> namesInSources(const QString& folder, const QString& pattern) {
+    const QRegularExpression expression(pattern);
+    QSet<QString> names;
+    QDirIterator files(folder, {u"*.cpp"_s}, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext())
+        for (const auto& match : expression.globalMatch(QString::fromUtf8(readFile(files.next()))))
+            names.insert(match.capturedTexts().mid(1).join(QString()));
+    return names;
 }
 
 } // namespace support

@@ -88,4 +88,7 @@ void damage(QByteArray& bytes, std::mt19937& random, int places);
 /// start, where headers are. Never empty.
 [[nodiscard]] QByteArray mutated(QByteArray bytes, std::mt19937& random);
 
+/// What the groups of the pattern match in the program's own sources.
+[[nodiscard]] QSet<QString> namesInSources(const QString& folder, const QString& pattern);
+
 } // namespace support

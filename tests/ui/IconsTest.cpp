@@ -7,7 +7,6 @@
 #include "support/Support.h"
 
 #include <QDirIterator>
-#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QSvgRenderer>
 
@@ -59,19 +58,9 @@ TEST(IconsTest, everyNameInUseHasADrawing) {
     names.insert(FolderIcons::aliasBadge());
 
     // What the sources ask for by name, and literals that look like a form of a symbol.
-    static const QRegularExpression asked(QStringLiteral(
-        R"re(Icons::(?:named|pixmap)\(\s*(?:QStringLiteral\()?u?"([\w-]+)"|"([A-Za-z]\w*_[ns])")re"));
-    QDirIterator sources(
-        QStringLiteral(VELMORA_SOURCES), {u"*.cpp"_s}, QDir::Files, QDirIterator::Subdirectories);
-    while (sources.hasNext()) {
-        QFile source(sources.next());
-        ASSERT_TRUE(source.open(QIODevice::ReadOnly));
-        auto matches = asked.globalMatch(QString::fromUtf8(source.readAll()));
-        while (matches.hasNext()) {
-            const QRegularExpressionMatch match = matches.next();
-            names.insert(match.captured(1) + match.captured(2));
-        }
-    }
+    names += support::namesInSources(
+        QStringLiteral(VELMORA_SOURCES),
+        uR"re(Icons::(?:named|pixmap)\(\s*(?:QStringLiteral\()?u?"([\w-]+)"|"([A-Za-z]\w*_[ns])")re"_s);
     EXPECT_GE(names.size(), 30);
     for (const QString& name : names)
         EXPECT_FALSE(Icons::named(name).isNull()) << name.toStdString();
