@@ -39,7 +39,6 @@ BrowserPane::BrowserPane(PBAppDelegate& delegate, std::function<void()> updateTi
       _view(new PBImageBrowserView(*_scrollView, *this)) {
     _buffer.setBrowserOrder(&_view->browserOrder());
 
-    connect(_view, &PBImageBrowserView::itemCountDidChange, this, &BrowserPane::itemCountDidChange);
     connect(_view, &PBImageBrowserView::pageItemCountDidChange, this, [this](qint64 count) {
         _buffer.setBufferCount(static_cast<std::uint64_t>(count) * bufferedPages);
     });

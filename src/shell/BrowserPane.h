@@ -43,9 +43,6 @@ public:
     /// Shows the head of the leaf with this data; animated unless it is far.
     void scrollToLeaf(const PBGroupItemData& leaf);
 
-Q_SIGNALS:
-    void itemCountDidChange(qint64 count);
-
 private:
     /// Thumbnails over one connection.
     class StoredThumbnails;

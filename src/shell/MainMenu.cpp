@@ -119,7 +119,6 @@ void MainMenu::setGroupMenu(QMenu& groupMenu) {
 
 void MainMenu::connectCommand(MenuCommand command, std::function<void()> perform) {
     _performers[indexOf(command)] = std::move(perform);
-    validate();
 }
 
 void MainMenu::perform(MenuCommand command) {

@@ -34,6 +34,7 @@ public:
     [[nodiscard]] QMenu* menuWithTag(MenuTag tag) const;
     /// Puts the menu, which stays with its owner, where the table has an empty one.
     void setGroupMenu(QMenu& groupMenu);
+    /// Takes effect with the next validation.
     void connectCommand(MenuCommand command, std::function<void()> perform);
 
     /// Brings all entries in step with the window.

@@ -47,7 +47,6 @@ public:
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
     [[nodiscard]] ToolbarController& toolbarController() { return *_toolbarController; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
-    [[nodiscard]] GroupMenus& groupMenus() { return *_groupMenus; }
 
     void showWindow();
 

@@ -89,6 +89,7 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
         Command::showShortcuts, [this] { HelpDialogs::showShortcuts(*_menu, _parts.window); });
     _menu->connectCommand(Command::showAbout, [this] { HelpDialogs::showAbout(_parts.window); });
     updateStatusBarShowHide(false);
+    _menu->validate();
 }
 
 void WindowCommands::connectFolderCommands() {
