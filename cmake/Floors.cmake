@@ -1,5 +1,6 @@
 # Targets by floor: velmora_floor(<folder> SOURCES … DEPENDS <folders…> LINK <libraries…>) makes the
-# static library velmora_<folder> and refuses a dependency that does not point down the table.
+# static library velmora_<folder> and refuses a dependency that does not point down the table. The
+# folder may be a room of a floor, such as codec/pixels; rooms depend on rooms declared before them.
 
 set(VELMORA_FLOORS_TABLE ${CMAKE_SOURCE_DIR}/src/floors.txt)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${VELMORA_FLOORS_TABLE})
@@ -28,19 +29,31 @@ function(velmora_settings target qt)
     endif()
 endfunction()
 
+# The floor of a folder: its own row of the table, or for a room its floor's.
+function(velmora_floor_of folder result)
+    string(REGEX REPLACE "/.*" "" _floor "${folder}")
+    if(NOT DEFINED VELMORA_FLOOR_OF_${_floor})
+        message(FATAL_ERROR "${_floor} is not in ${VELMORA_FLOORS_TABLE}")
+    endif()
+    set(${result} ${_floor} PARENT_SCOPE)
+endfunction()
+
 function(velmora_floor folder)
     cmake_parse_arguments(FLOOR "" "" "SOURCES;DEPENDS;LINK" ${ARGN})
-    if(NOT DEFINED VELMORA_FLOOR_OF_${folder})
-        message(FATAL_ERROR "${folder} is not in ${VELMORA_FLOORS_TABLE}")
-    endif()
+    velmora_floor_of(${folder} _floor)
     velmora_target_name(${folder} _target)
     add_library(${_target} STATIC ${FLOOR_SOURCES})
-    velmora_settings(${_target} ${VELMORA_QT_OF_${folder}})
+    velmora_settings(${_target} ${VELMORA_QT_OF_${_floor}})
     foreach(_below IN LISTS FLOOR_DEPENDS)
-        if(NOT VELMORA_FLOOR_OF_${_below} LESS VELMORA_FLOOR_OF_${folder})
+        velmora_floor_of(${_below} _below_floor)
+        velmora_target_name(${_below} _below_target)
+        if(_below_floor STREQUAL _floor)
+            if(NOT TARGET ${_below_target})
+                message(FATAL_ERROR "${folder} must not depend on ${_below}: it is not below it")
+            endif()
+        elseif(NOT VELMORA_FLOOR_OF_${_below_floor} LESS VELMORA_FLOOR_OF_${_floor})
             message(FATAL_ERROR "${folder} must not depend on ${_below}: it is not on a lower floor")
         endif()
-        velmora_target_name(${_below} _below_target)
         target_link_libraries(${_target} PUBLIC ${_below_target})
     endforeach()
     target_link_libraries(${_target} PUBLIC ${FLOOR_LINK})

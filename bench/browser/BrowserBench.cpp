@@ -5,8 +5,8 @@
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserView.h"
 #include "image/PBThumbnailBufferManager.h"
-#include "platform/MainLoop.h"
-#include "platform/OperationQueue.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/OperationQueue.h"
 #include "support/Ratio.h"
 #include "ui/PBThemes.h"
 
@@ -77,9 +77,10 @@ bool measureLayout(const std::string& groupsText, int groups) {
     layout.setWidth(1200, 0);
     const auto plainFloor = [&] {
         double sum = 0;
-        leaves.forEachImage(true, [&](const PBImageBrowserIndex&, const auto& item) {
-            sum += item->imageSize().height();
-        });
+        leaves.forEachImage(
+            FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
+                sum += item->imageSize().height();
+            });
         bench::keep(sum);
     };
     bench::printRatio(nameOf("sheet's height / all sizes").c_str(), rounds, plainFloor, [&] {

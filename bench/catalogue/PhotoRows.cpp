@@ -26,26 +26,30 @@ PBDictionary imageFile(int number, std::mt19937& random) {
     };
 }
 
+double below(std::mt19937& random, std::uint_fast32_t limit) {
+    return static_cast<double>(random() % limit);
+}
+
 PBDictionary exif(int number, int camera, std::mt19937& random) {
     const QString date = QStringLiteral("2023:05:%1 12:%2:07")
                              .arg(number % 28 + 1, 2, 10, QChar(u'0'))
                              .arg(number % 60, 2, 10, QChar(u'0'));
     PBDictionary row{
-        {QStringLiteral("ExposureTime"), 1.0 / (50 + random() % 1000)},
-        {QStringLiteral("FNumber"), 1.8 + random() % 10},
+        {QStringLiteral("ExposureTime"), 1.0 / (50 + below(random, 1000))},
+        {QStringLiteral("FNumber"), 1.8 + below(random, 10)},
         {QStringLiteral("ExposureProgram"), qint64(2)},
         {QStringLiteral("ISOSpeedRatings"), QString::number(100 << random() % 6)},
         {QStringLiteral("ExifVersion"), QStringLiteral("2,3,1")},
         {QStringLiteral("DateTimeOriginal"), date},
         {QStringLiteral("DateTimeDigitized"), date},
         {QStringLiteral("ComponentsConfiguration"), QStringLiteral("1,2,3,0")},
-        {QStringLiteral("ShutterSpeedValue"), 5.0 + random() % 5},
+        {QStringLiteral("ShutterSpeedValue"), 5.0 + below(random, 5)},
         {QStringLiteral("ApertureValue"), 1.7},
         {QStringLiteral("ExposureBiasValue"), 0.0},
         {QStringLiteral("MaxApertureValue"), 1.6},
         {QStringLiteral("MeteringMode"), qint64(5)},
         {QStringLiteral("Flash"), qint64(16)},
-        {QStringLiteral("FocalLength"), 24.0 + random() % 80},
+        {QStringLiteral("FocalLength"), 24.0 + below(random, 80)},
         {QStringLiteral("SubsecTimeOriginal"), QString::number(number % 1000)},
         {QStringLiteral("FlashPixVersion"), QStringLiteral("1,0")},
         {QStringLiteral("ColorSpace"), qint64(1)},
@@ -85,9 +89,9 @@ PBDictionary tiff(int number) {
 PBDictionary gps(std::mt19937& random) {
     return {
         {QStringLiteral("LatitudeRef"), QStringLiteral("N")},
-        {QStringLiteral("Latitude"), 38.0 + random() % 1000 / 1000.0},
+        {QStringLiteral("Latitude"), 38.0 + below(random, 1000) / 1000.0},
         {QStringLiteral("LongitudeRef"), QStringLiteral("W")},
-        {QStringLiteral("Longitude"), 9.0 + random() % 1000 / 1000.0},
+        {QStringLiteral("Longitude"), 9.0 + below(random, 1000) / 1000.0},
         {QStringLiteral("AltitudeRef"), QStringLiteral("0")},
         {QStringLiteral("Altitude"), 12.5},
         {QStringLiteral("TimeStamp"), QStringLiteral("11:00:07")},

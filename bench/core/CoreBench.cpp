@@ -43,7 +43,7 @@ void measureInsertion(const char* name, const Elements& elements) {
         [&] {
             Elements sorted;
             for (const auto& element : elements)
-                sortAddObject(sorted, element, 0, false, true);
+                sortAddObject(sorted, element, 0, false, EqualElements::AddedBehind);
             bench::keep(sorted.data());
         });
 }
@@ -56,7 +56,7 @@ std::vector<QString> somePaths(std::size_t count) {
     std::vector<QString> paths;
     for (std::size_t index = 0; index < count; ++index) {
         QString path = QStringLiteral("/home/someone/Pictures");
-        for (std::uint32_t depth = random() % 5; depth > 0; --depth)
+        for (auto depth = random() % 5; depth > 0; --depth)
             path += u'/' + folders[random() % std::size(folders)];
         paths.push_back(path);
     }

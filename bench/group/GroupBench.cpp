@@ -261,7 +261,7 @@ bool measurePublication() {
         }
     }
     const auto copyFlat = [&] {
-        const auto copy = flat;
+        const auto copy = flat; // NOLINT(performance-unnecessary-copy-initialization): measured
         bench::keep(copy);
     };
     bool met = bench::printRatio(

@@ -1,13 +1,13 @@
 // What the importer costs above the bare library: thumbnails, full pictures and properties of JPEG
 // files, in this process and through decoder processes, and the memory that a thumbnail takes.
 
+#include "codec/Bitmaps.h"
+#include "codec/PBImageImporter.h"
+#include "codec/process/DecoderPool.h"
+#include "codec/process/DecoderProcess.h"
+#include "codec/process/FrameReader.h"
 #include "image/BareJpeg.h"
 #include "image/Photographs.h"
-#include "image/codec/Bitmaps.h"
-#include "image/codec/FrameReader.h"
-#include "image/codec/PBImageImporter.h"
-#include "image/codec/process/DecoderPool.h"
-#include "image/codec/process/DecoderProcess.h"
 #include "support/ProcessStatus.h"
 #include "support/Ratio.h"
 
@@ -27,8 +27,7 @@ constexpr int thumbnailSide = 256;
 constexpr unsigned thumbnailEighths = 1;
 
 QImage read(const QString& path, unsigned maxSize) {
-    const auto importer = PBImageImporter::initWithImagePath(path);
-    return importer ? importer->createImageWithMaxSize(maxSize, 0) : QImage();
+    return PBImageImporter::initWithImagePath(path)->createImageWithMaxSize(maxSize, 0);
 }
 
 void makeThumbnail(const QString& path) {

@@ -1,6 +1,6 @@
 #include "image/Photographs.h"
 
-#include "image/codec/metadata/ImageProperties.h"
+#include "codec/metadata/ImageProperties.h"
 
 #include <QImage>
 

@@ -1,8 +1,8 @@
 // The properties of a JPEG file as the importer answers them, in this process, against the bare
 // read of its metadata by the library.
 
+#include "codec/metadata/ImageProperties.h"
 #include "image/Photographs.h"
-#include "image/codec/metadata/ImageProperties.h"
 #include "support/Ratio.h"
 
 #include <QCoreApplication>

@@ -2,7 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
-#include "image/codec/metadata/ImageProperties.h"
+#include "codec/metadata/ImageProperties.h"
 #include "support/Ratio.h"
 
 #include <QFile>
@@ -138,6 +138,7 @@ double readAndInsert(const QString& source, const QStringList& files) {
     const Database from = openBare(source);
     const Database to = openBare(path);
     std::vector<TableCopy> copies;
+    copies.reserve(std::size(tables));
     for (const char* table : tables)
         copies.emplace_back(from.get(), to.get(), table);
     double inserting = 0;

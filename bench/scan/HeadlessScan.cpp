@@ -18,7 +18,7 @@ public:
     resolveAlias(const PBAliasObject&, bool /*mount*/, QString* /*error*/) override {
         return {};
     }
-    bool storeReservePath(std::int64_t, const QString&) override { return true; }
+    bool storeReservePath(qint64, const QString&) override { return true; }
 };
 
 namespace {
@@ -56,7 +56,7 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
       _buildThumbnails(profile + QStringLiteral("/thumbnail.db")),
       _aliasServices(std::make_unique<DiskRoots>()), _aliasManager({_files, *_aliasServices, {}}),
       _decodeAhead(static_cast<int>(std::thread::hardware_concurrency())),
-      _readAhead(static_cast<int>(std::thread::hardware_concurrency()), _importers) {
+      _readAhead(static_cast<int>(std::thread::hardware_concurrency()), _importerManager) {
     QDir().mkpath(profile);
     for (FMDatabase* db : {&_files, &_scanFiles, &_buildThumbnails})
         open(*db);
@@ -73,7 +73,7 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
         .aliasManager = _aliasManager,
         .scanFinishedManager = _finishedManager,
         .insertFolderAliasLock = _insertFolderAliasLock,
-        .imageImporters = _importers,
+        .imageImporterManager = _importerManager,
         .buildThumb = _buildThumb,
         .publish =
             [this](std::shared_ptr<group::GroupPublication> publication) {

@@ -1,17 +1,16 @@
 #pragma once
 
 #include "FMDB/FMDatabase.h"
+#include "codec/PBImageImporterManager.h"
 #include "image/DecodeAhead.h"
-#include "image/FileImporters.h"
 #include "library/PBAliasManager.h"
-#include "platform/OperationQueue.h"
+#include "platform/work/OperationQueue.h"
 #include "scan/ScanFactory.h"
 #include "scan/ScanServices.h"
 
 #include <QString>
 
 #include <memory>
-#include <mutex>
 
 namespace bench {
 
@@ -42,10 +41,9 @@ private:
     const std::unique_ptr<PBAliasServices> _aliasServices;
     PBAliasManager _aliasManager;
     PBImageImporterManager _importerManager;
-    image::FileImporters _importers{_importerManager};
     PBScanFinishedManager _finishedManager;
     ScanFigures _figures;
-    std::mutex _insertFolderAliasLock;
+    platform::Mutex _insertFolderAliasLock;
     platform::OperationQueue _buildQueue{QStringLiteral("build")};
     platform::OperationQueue _scanQueue{QStringLiteral("scan")};
     DecodeAhead _decodeAhead;

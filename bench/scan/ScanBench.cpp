@@ -3,11 +3,11 @@
 // bare decode; the time to the first publication, and memory. An argument scales the sets of
 // pictures: 0.01 is quick.
 
+#include "codec/PBImageImporter.h"
+#include "codec/process/DecoderPool.h"
+#include "codec/process/DecoderProcess.h"
+#include "codec/process/FrameReader.h"
 #include "image/BareJpeg.h"
-#include "image/codec/FrameReader.h"
-#include "image/codec/PBImageImporter.h"
-#include "image/codec/process/DecoderPool.h"
-#include "image/codec/process/DecoderProcess.h"
 #include "scan/BareCatalogue.h"
 #include "scan/HeadlessScan.h"
 #include "scan/PictureSets.h"
@@ -97,8 +97,7 @@ bool measureMemory(const bench::PictureSet& set, const QString& profile) {
 double bareThumbnails(const QStringList& files, int cores) {
     const qsizetype sample = std::min<qsizetype>(files.size(), 192);
     const auto importer = PBImageImporter::initWithImagePath(files.front());
-    const QImage thumbnail =
-        importer ? importer->createImageWithMaxSize(thumbnailSide, 0) : QImage();
+    const QImage thumbnail = importer->createImageWithMaxSize(thumbnailSide, 0);
     std::vector<QByteArray> pictures;
     for (qsizetype index = 0; index < sample; ++index)
         pictures.push_back(contents(files[index]));

@@ -2,8 +2,8 @@
 // rows: 100,000 photographs in 2,500 groups of 50 years, as they are published while a scan is
 // running.
 
-#include "platform/MainLoop.h"
-#include "shell/GroupPanel.h"
+#include "platform/work/MainLoop.h"
+#include "shell/groups/GroupPanel.h"
 #include "support/Ratio.h"
 
 #include <QApplication>

@@ -14,14 +14,14 @@ inline constexpr useconds_t busyRetryPauseMicroseconds = 20;
 }
 
 /// Repeats the attempt as long as it answers busy or locked, and answers its last result. A limit
-/// other than 0 gives up after more than that many retries.
-template <typename Attempt>
-int retryWhileBusy(int limit, Attempt attempt) {
+/// other than 0 gives up after more than that many retries. `pause` takes microseconds.
+template <typename Attempt, typename Pause = int (*)(useconds_t)>
+int retryWhileBusy(int limit, Attempt attempt, Pause pause = ::usleep) {
     int retries = 0;
     while (true) {
         const int result = attempt();
         if (!isBusyOrLocked(result) || (limit != 0 && retries++ > limit)) return result;
-        usleep(busyRetryPauseMicroseconds);
+        pause(busyRetryPauseMicroseconds);
     }
 }
 

@@ -1,13 +1,16 @@
 #include "FMDB/FMDatabase.h"
 
 #include "FMDB/BusyRetry.h"
-#include "platform/Places.h"
+#include "platform/files/PathNames.h"
+#include "platform/program/StandardFolders.h"
 
 #include <QFile>
 #include <QScopedValueRollback>
 
 #include <algorithm>
 #include <utility>
+
+#include <unistd.h>
 
 namespace {
 
@@ -23,6 +26,18 @@ FMError errorOf(sqlite3* handle) {
 
 } // namespace
 
+/// A call on the connection by the thread that it is made on.
+class FMDatabase::Use {
+public:
+    explicit Use(FMDatabase& db) : _db(db) { _db.beginUse(); }
+    ~Use() { _db.endUse(); }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+
+private:
+    FMDatabase& _db;
+};
+
 FMDatabase::FMDatabase(QString path) : _databasePath(std::move(path)) {
     if (!sqlite3_threadsafe()) qFatal("SQLite was built without thread safety");
 }
@@ -36,10 +51,11 @@ std::unique_ptr<FMDatabase> FMDatabase::databaseWithFileName(const QString& file
 }
 
 QString FMDatabase::databasePathWithFileName(const QString& fileName) {
-    return platform::Places::dataFolder() + u'/' + fileName;
+    return platform::pathInFolder(platform::StandardFolders::dataFolder(), fileName);
 }
 
 bool FMDatabase::open() {
+    const Use use(*this);
     if (_db) return true;
     const QByteArray path =
         _databasePath.isEmpty() ? QByteArrayLiteral(":memory:") : QFile::encodeName(_databasePath);
@@ -56,6 +72,7 @@ bool FMDatabase::open() {
 }
 
 bool FMDatabase::close() {
+    const Use use(*this);
     clearCachedStatements();
     closeOpenResultSets();
     if (!_db) return true;
@@ -87,6 +104,7 @@ void FMDatabase::finalizeRemainingStatements() {
 
 FMResultSet FMDatabase::executeQueryWithArgumentsInArray(
     const QString& sql, std::span<const PBValue> arguments) {
+    const Use use(*this);
     if (!_db || _isExecutingStatement) return {};
     const QScopedValueRollback executing(_isExecutingStatement, true);
     auto statement = statementForQuery(sql);
@@ -94,7 +112,7 @@ FMResultSet FMDatabase::executeQueryWithArgumentsInArray(
     FMBoundBytes boundBytes;
     statement->bindArguments(arguments, boundBytes);
     statement->countUse();
-    return FMResultSet(this, std::move(statement), sql, std::move(boundBytes));
+    return FMResultSet(this, std::move(statement), std::move(boundBytes));
 }
 
 bool FMDatabase::executeUpdateWithArgumentsInArray(
@@ -109,6 +127,7 @@ bool FMDatabase::executeUpdateWithArgumentPointers(
 
 template <typename Arguments>
 bool FMDatabase::update(const QString& sql, Arguments arguments) {
+    const Use use(*this);
     if (!_db || _isExecutingStatement) return false;
     const QScopedValueRollback executing(_isExecutingStatement, true);
     const auto statement = statementForQuery(sql);
@@ -152,7 +171,6 @@ void FMDatabase::cacheStatement(const std::shared_ptr<FMStatement>& statement, c
         }
         _cachedStatements.erase(rarest);
     }
-    statement->setQuery(sql);
     _cachedStatements.insert(sql, statement);
 }
 
@@ -161,6 +179,7 @@ void FMDatabase::clearCachedStatements() {
 }
 
 void FMDatabase::setShouldCacheStatements(bool shouldCache) {
+    const Use use(*this);
     _shouldCacheStatements = shouldCache;
     if (!shouldCache) clearCachedStatements();
 }
@@ -184,26 +203,6 @@ bool FMDatabase::endTransaction(const QString& sql) {
     // A full disk, say, makes SQLite roll back by itself; then there is nothing left to end.
     if (ended || (_db && sqlite3_get_autocommit(_db))) _inTransaction = false;
     return ended;
-}
-
-bool FMDatabase::executeSavePoint(const QString& format, const QString& name, FMError* error) {
-    QString quoted = name;
-    quoted.replace(u'\'', QStringLiteral("''"));
-    const bool done = executeUpdate(format.arg(quoted));
-    if (!done && error) *error = lastError();
-    return done;
-}
-
-bool FMDatabase::startSavePointWithName(const QString& name, FMError* error) {
-    return executeSavePoint(QStringLiteral("savepoint '%1';"), name, error);
-}
-
-bool FMDatabase::releaseSavePointWithName(const QString& name, FMError* error) {
-    return executeSavePoint(QStringLiteral("release savepoint '%1';"), name, error);
-}
-
-bool FMDatabase::rollbackToSavePointWithName(const QString& name, FMError* error) {
-    return executeSavePoint(QStringLiteral("rollback transaction to savepoint '%1';"), name, error);
 }
 
 qint64 FMDatabase::lastInsertRowId() const {
@@ -241,9 +240,27 @@ void FMDatabase::resultSetDidOpen(FMResultSet* resultSet) {
 }
 
 void FMDatabase::resultSetDidMove(FMResultSet* from, FMResultSet* to) noexcept {
+    const Use use(*this);
     std::ranges::replace(_openResultSets, from, to);
 }
 
 void FMDatabase::resultSetDidClose(FMResultSet* resultSet) noexcept {
+    const Use use(*this);
     std::erase(_openResultSets, resultSet);
+}
+
+void FMDatabase::beginUse() {
+#ifndef QT_NO_DEBUG
+    const int thread = ::gettid();
+    int user = 0;
+    if (!_user.compare_exchange_strong(user, thread) && user != thread)
+        qFatal("two threads use the connection to %s", qPrintable(_databasePath));
+#endif
+}
+
+void FMDatabase::endUse() {
+#ifndef QT_NO_DEBUG
+    const bool isInTransaction = _db && !sqlite3_get_autocommit(_db);
+    if (!_isExecutingStatement && _openResultSets.empty() && !isInTransaction) _user = 0;
+#endif
 }

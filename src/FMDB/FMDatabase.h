@@ -2,12 +2,13 @@
 
 #include "FMDB/FMResultSet.h"
 #include "FMDB/FMStatement.h"
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
 
 #include <QHash>
 #include <QString>
 
 #include <array>
+#include <atomic>
 #include <concepts>
 #include <memory>
 #include <span>
@@ -32,7 +33,9 @@ concept FMArgument =
 /// One connection to an SQLite file. Made closed; `open` makes the file if it is missing.
 ///
 /// Failure shows in the results only: nothing here logs or throws. A connection, with its cursors,
-/// belongs to one thread or serial queue; there is no lock inside. Another connection's lock on the
+/// belongs to one thread or serial queue; there is no lock inside. It may be handed to another
+/// thread while no cursor and no transaction is open; a debug build ends the program where two
+/// threads use it at once. Another connection's lock on the
 /// file is waited for without limit, with a short pause between tries. While a call is running, a
 /// further call on the same connection (from within an SQL function, say) answers empty, false or
 /// 0; an open cursor is no running call.
@@ -55,7 +58,6 @@ public:
     /// Closes the cursors that are still open, and the connection. False only when a limit of
     /// retries is set and was reached.
     bool close();
-    [[nodiscard]] bool databaseExists() const { return _db != nullptr; }
     [[nodiscard]] sqlite3* sqliteHandle() const { return _db; }
     [[nodiscard]] const QString& databasePath() const { return _databasePath; }
 
@@ -88,11 +90,6 @@ public:
     bool rollback();
     [[nodiscard]] bool inTransaction() const { return _inTransaction; }
 
-    /// Named points within a transaction. `error`, if given, is filled on failure.
-    bool startSavePointWithName(const QString& name, FMError* error = nullptr);
-    bool releaseSavePointWithName(const QString& name, FMError* error = nullptr);
-    bool rollbackToSavePointWithName(const QString& name, FMError* error = nullptr);
-
     [[nodiscard]] qint64 lastInsertRowId() const;
     /// Rows changed by the last update.
     [[nodiscard]] int changes() const;
@@ -103,20 +100,20 @@ public:
     [[nodiscard]] QString lastErrorMessage() const;
     /// Whether the last error says that the file's content is no database, or a malformed one.
     [[nodiscard]] bool isFileDamaged() const;
-    [[nodiscard]] FMError lastError() const;
     [[nodiscard]] bool hadError() const;
 
     /// How often a busy or locked statement is tried again; 0, as from the start: without limit.
-    [[nodiscard]] int busyRetryTimeout() const { return _busyRetryTimeout; }
     void setBusyRetryTimeout(int retries) { _busyRetryTimeout = retries; }
 
     /// Keeps prepared statements for the next call with the same text. Off at first. Results are
     /// the same; a statement under an open cursor is never shared. Switching it off drops them.
-    [[nodiscard]] bool shouldCacheStatements() const { return _shouldCacheStatements; }
     void setShouldCacheStatements(bool shouldCache);
 
 private:
     friend class FMResultSet;
+    class Use;
+    void beginUse();
+    void endUse();
     void resultSetDidOpen(FMResultSet* resultSet);
     void resultSetDidMove(FMResultSet* from, FMResultSet* to) noexcept;
     void resultSetDidClose(FMResultSet* resultSet) noexcept;
@@ -130,7 +127,7 @@ private:
     void closeOpenResultSets();
     void finalizeRemainingStatements();
     bool endTransaction(const QString& sql);
-    bool executeSavePoint(const QString& format, const QString& name, FMError* error);
+    [[nodiscard]] FMError lastError() const;
 
     sqlite3* _db = nullptr;
     QString _databasePath;
@@ -144,4 +141,6 @@ private:
     FMBoundBytes _boundBytes;
     /// Why the connection could not be opened.
     FMError _openError;
+    /// The thread that runs a call, or has a cursor or transaction open; 0 for none.
+    std::atomic<int> _user = 0;
 };

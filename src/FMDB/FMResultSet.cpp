@@ -6,10 +6,8 @@
 #include <utility>
 
 FMResultSet::FMResultSet(
-    FMDatabase* parentDB, std::shared_ptr<FMStatement> statement, const QString& query,
-    FMBoundBytes boundBytes)
-    : _parentDB(parentDB), _statement(std::move(statement)), _query(query),
-      _boundBytes(std::move(boundBytes)) {
+    FMDatabase* parentDB, std::shared_ptr<FMStatement> statement, FMBoundBytes boundBytes)
+    : _parentDB(parentDB), _statement(std::move(statement)), _boundBytes(std::move(boundBytes)) {
     _statement->setInUse(true);
     _parentDB->resultSetDidOpen(this);
 }
@@ -23,7 +21,6 @@ FMResultSet& FMResultSet::operator=(FMResultSet&& other) noexcept {
     close();
     _parentDB = std::exchange(other._parentDB, nullptr);
     _statement = std::exchange(other._statement, nullptr);
-    _query = std::exchange(other._query, {});
     _boundBytes = std::exchange(other._boundBytes, {});
     _columnNameToIndexMap = std::exchange(other._columnNameToIndexMap, {});
     _columnNamesSetup = std::exchange(other._columnNamesSetup, false);
@@ -33,7 +30,8 @@ FMResultSet& FMResultSet::operator=(FMResultSet&& other) noexcept {
 
 bool FMResultSet::next() {
     if (!_statement) return false;
-    const int limit = _parentDB->busyRetryTimeout();
+    _parentDB->beginUse(); // until the cursor closes
+    const int limit = _parentDB->_busyRetryTimeout;
     if (FMDB::stepWhileBusy(limit, _statement->statement()) == SQLITE_ROW) return true;
     close();
     return false;
@@ -76,21 +74,9 @@ int FMResultSet::intForColumnIndex(int index) const {
     return sqlite3_column_int(_statement->statement(), index);
 }
 
-long FMResultSet::longForColumnIndex(int index) const {
-    return static_cast<long>(longLongIntForColumnIndex(index));
-}
-
 qint64 FMResultSet::longLongIntForColumnIndex(int index) const {
     if (!_statement || index < 0) return 0;
     return sqlite3_column_int64(_statement->statement(), index);
-}
-
-quint64 FMResultSet::unsignedLongLongIntForColumnIndex(int index) const {
-    return static_cast<quint64>(longLongIntForColumnIndex(index));
-}
-
-bool FMResultSet::boolForColumnIndex(int index) const {
-    return intForColumnIndex(index) != 0;
 }
 
 double FMResultSet::doubleForColumnIndex(int index) const {
@@ -107,21 +93,11 @@ QString FMResultSet::stringForColumnIndex(int index) const {
 
 QByteArray FMResultSet::dataForColumnIndex(int index) const {
     if (columnIndexIsNull(index)) return {};
-    const QByteArrayView bytes = dataNoCopyForColumnIndex(index);
-    // Bytes of length 0 are not NULL: they give an empty array that is not a null one.
-    return bytes.isEmpty() ? QByteArray("") : bytes.toByteArray();
-}
-
-QByteArrayView FMResultSet::dataNoCopyForColumnIndex(int index) const {
-    if (columnIndexIsNull(index)) return {};
     const auto* bytes =
         static_cast<const char*>(sqlite3_column_blob(_statement->statement(), index));
-    return {bytes, sqlite3_column_bytes(_statement->statement(), index)};
-}
-
-std::optional<PBDate> FMResultSet::dateForColumnIndex(int index) const {
-    if (columnIndexIsNull(index)) return std::nullopt;
-    return PBDate{doubleForColumnIndex(index)};
+    // Bytes of length 0 are not NULL: they give an empty array that is not a null one.
+    return bytes ? QByteArray(bytes, sqlite3_column_bytes(_statement->statement(), index))
+                 : QByteArray("");
 }
 
 bool FMResultSet::columnIndexIsNull(int index) const {
@@ -147,24 +123,12 @@ int FMResultSet::intForColumn(const QString& name) const {
     return intForColumnIndex(columnIndexForName(name));
 }
 
-long FMResultSet::longForColumn(const QString& name) const {
-    return longForColumnIndex(columnIndexForName(name));
-}
-
 qint64 FMResultSet::longLongIntForColumn(const QString& name) const {
     return longLongIntForColumnIndex(columnIndexForName(name));
 }
 
 quint64 FMResultSet::unsignedLongLongIntForColumn(const QString& name) const {
-    return unsignedLongLongIntForColumnIndex(columnIndexForName(name));
-}
-
-bool FMResultSet::boolForColumn(const QString& name) const {
-    return boolForColumnIndex(columnIndexForName(name));
-}
-
-double FMResultSet::doubleForColumn(const QString& name) const {
-    return doubleForColumnIndex(columnIndexForName(name));
+    return static_cast<quint64>(longLongIntForColumn(name));
 }
 
 QString FMResultSet::stringForColumn(const QString& name) const {
@@ -175,26 +139,6 @@ QByteArray FMResultSet::dataForColumn(const QString& name) const {
     return dataForColumnIndex(columnIndexForName(name));
 }
 
-QByteArrayView FMResultSet::dataNoCopyForColumn(const QString& name) const {
-    return dataNoCopyForColumnIndex(columnIndexForName(name));
-}
-
-std::optional<PBDate> FMResultSet::dateForColumn(const QString& name) const {
-    return dateForColumnIndex(columnIndexForName(name));
-}
-
 bool FMResultSet::columnIsNull(const QString& name) const {
     return columnIndexIsNull(columnIndexForName(name));
-}
-
-PBValue FMResultSet::objectForColumnName(const QString& name) const {
-    return objectForColumnIndex(columnIndexForName(name));
-}
-
-PBDictionary FMResultSet::resultDictionary() const {
-    PBDictionary row;
-    if (!_statement || sqlite3_data_count(_statement->statement()) < 1) return row;
-    for (int index = 0; index < columnCount(); ++index)
-        row.insert_or_assign(columnName(index), objectForColumnIndex(index));
-    return row;
 }

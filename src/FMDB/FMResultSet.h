@@ -1,14 +1,13 @@
 #pragma once
 
 #include "FMDB/FMStatement.h"
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
 
-#include <QByteArrayView>
+#include <QByteArray>
 #include <QHash>
 #include <QString>
 
 #include <memory>
-#include <optional>
 
 class FMDatabase;
 
@@ -35,52 +34,34 @@ public:
     /// Whether the cursor is open.
     [[nodiscard]] bool isValid() const { return _statement != nullptr; }
 
-    [[nodiscard]] const QString& query() const { return _query; }
     [[nodiscard]] int columnCount() const;
     /// The index of the column with this name, without regard to case; -1 if there is none. Of
     /// columns with the same name the last counts.
     [[nodiscard]] int columnIndexForName(const QString& name) const;
 
     [[nodiscard]] int intForColumnIndex(int index) const;
-    [[nodiscard]] long longForColumnIndex(int index) const;
     [[nodiscard]] qint64 longLongIntForColumnIndex(int index) const;
-    [[nodiscard]] quint64 unsignedLongLongIntForColumnIndex(int index) const;
-    [[nodiscard]] bool boolForColumnIndex(int index) const;
     [[nodiscard]] double doubleForColumnIndex(int index) const;
     /// A null string for NULL.
     [[nodiscard]] QString stringForColumnIndex(int index) const;
     /// A copy of the bytes; a null array for NULL.
     [[nodiscard]] QByteArray dataForColumnIndex(int index) const;
-    /// The bytes themselves, until the cursor moves or closes.
-    [[nodiscard]] QByteArrayView dataNoCopyForColumnIndex(int index) const;
-    /// The value taken as seconds since 1970.
-    [[nodiscard]] std::optional<PBDate> dateForColumnIndex(int index) const;
     [[nodiscard]] bool columnIndexIsNull(int index) const;
     /// The value by the type that SQLite stores it with: bytes, a double, a 64-bit integer or a
     /// text; the null marker for NULL. Never absent.
     [[nodiscard]] PBValue objectForColumnIndex(int index) const;
 
     [[nodiscard]] int intForColumn(const QString& name) const;
-    [[nodiscard]] long longForColumn(const QString& name) const;
     [[nodiscard]] qint64 longLongIntForColumn(const QString& name) const;
     [[nodiscard]] quint64 unsignedLongLongIntForColumn(const QString& name) const;
-    [[nodiscard]] bool boolForColumn(const QString& name) const;
-    [[nodiscard]] double doubleForColumn(const QString& name) const;
     [[nodiscard]] QString stringForColumn(const QString& name) const;
     [[nodiscard]] QByteArray dataForColumn(const QString& name) const;
-    [[nodiscard]] QByteArrayView dataNoCopyForColumn(const QString& name) const;
-    [[nodiscard]] std::optional<PBDate> dateForColumn(const QString& name) const;
     [[nodiscard]] bool columnIsNull(const QString& name) const;
-    [[nodiscard]] PBValue objectForColumnName(const QString& name) const;
-
-    /// Every column's name, as SQLite gives it, with `objectForColumnIndex`; empty off a row.
-    [[nodiscard]] PBDictionary resultDictionary() const;
 
 private:
     friend class FMDatabase;
     FMResultSet(
-        FMDatabase* parentDB, std::shared_ptr<FMStatement> statement, const QString& query,
-        FMBoundBytes boundBytes);
+        FMDatabase* parentDB, std::shared_ptr<FMStatement> statement, FMBoundBytes boundBytes);
 
     [[nodiscard]] QString columnName(int index) const;
     [[nodiscard]] int typeOfColumn(int index) const;
@@ -89,7 +70,6 @@ private:
     FMDatabase* _parentDB = nullptr;
     /// Shared with the connection's cache, if that is on.
     std::shared_ptr<FMStatement> _statement;
-    QString _query;
     FMBoundBytes _boundBytes;
     /// Filled on first use.
     mutable QHash<QString, int> _columnNameToIndexMap;

@@ -79,7 +79,3 @@ void FMStatement::bindObject(const PBValue& value, int column, FMBoundBytes& kep
         },
         value.storage());
 }
-
-QString FMStatement::description() const {
-    return QStringLiteral("FMStatement %1 hit(s) for query %2").arg(_useCount).arg(_query);
-}

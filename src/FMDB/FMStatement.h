@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
 
 #include <QByteArray>
-#include <QString>
 
 #include <span>
 #include <vector>
@@ -38,10 +37,6 @@ public:
 
     [[nodiscard]] sqlite3_stmt* statement() const { return _statement; }
 
-    /// The text of a statement that the connection keeps; empty for others.
-    [[nodiscard]] const QString& query() const { return _query; }
-    void setQuery(const QString& query) { _query = query; }
-
     /// How many times the statement was run.
     [[nodiscard]] qint64 useCount() const { return _useCount; }
     void countUse() { ++_useCount; }
@@ -50,12 +45,8 @@ public:
     [[nodiscard]] bool isInUse() const { return _inUse; }
     void setInUse(bool inUse) { _inUse = inUse; }
 
-    /// Text for a debugger.
-    [[nodiscard]] QString description() const;
-
 private:
     sqlite3_stmt* _statement;
-    QString _query;
     qint64 _useCount = 0;
     bool _inUse = false;
 };

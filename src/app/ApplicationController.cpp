@@ -1,16 +1,18 @@
 #include "app/ApplicationController.h"
 
-#include "image/codec/process/DecoderPool.h"
-#include "info/geo/PBGeoManager.h"
-#include "platform/MainLoop.h"
-#include "platform/OfflineGeocoder.h"
-#include "platform/Places.h"
-#include "platform/StandardError.h"
-#include "shell/FolderRootCommands.h"
-#include "shell/OpenFilesCommands.h"
+#include "codec/process/DecoderPool.h"
+#include "group/GroupPresets.h"
+#include "places/OfflineGeocoder.h"
+#include "places/PBGeoManager.h"
+#include "platform/program/StandardError.h"
+#include "platform/program/StandardFolders.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
 #include "shell/PBMainWindowController.h"
-#include "shell/SourceSelection.h"
-#include "shell/SourceSidebar.h"
+#include "shell/commands/OpenFilesCommands.h"
+#include "shell/sidebar/FolderRootCommands.h"
+#include "shell/sidebar/SourceSelection.h"
+#include "shell/sidebar/SourceSidebar.h"
 
 #include <QGuiApplication>
 #include <QMainWindow>
@@ -19,27 +21,27 @@
 using platform::OperationQueue;
 
 ApplicationController::ApplicationController()
-    : _userDefaults(platform::Places::settingsFile()), _browsing(_userDefaults) {
-    setDefaultAppDelegate(this);
+    : _userDefaults(platform::StandardFolders::settingsFile()), _browsing(_userDefaults) {
+    platform::assertMainThread();
 }
 
 ApplicationController::~ApplicationController() {
     applicationWillTerminate();
-    setDefaultAppDelegate(nullptr);
 }
 
 void ApplicationController::awakeFromNib() {
+    platform::assertMainThread();
     createQueues();
     _connections.emplace();
-    _folderRoots.emplace(
-        FolderRootServices::Environment{mainFileDb(), buildThumbDb(), *_buildThumbOperationQueue});
+    _folderRoots.emplace(FolderRootServices::Environment{
+        _connections->mainFileDb(), _connections->buildThumbDb(), *_buildThumbOperationQueue});
     _folderRoots->loadAlias();
     _decoderPool = std::make_shared<codec::DecoderPool>(codec::DecoderPool::Settings());
     codec::setFrameReader(_decoderPool);
     createGeoManager();
     createScans();
-    _browsing.seedFavoriteChains(_geoManager->canUseGeocoder());
-    _mainWindowController = std::make_unique<PBMainWindowController>(*this);
+    group::GroupPresets(_userDefaults).seedIfAbsent(_geoManager->canUseGeocoder());
+    _mainWindowController = std::make_unique<PBMainWindowController>(shellServices());
     _mainWindowController->setWorkFigures([this] {
         const BuildThumbServices& thumbnails = _scanPipeline->buildThumb();
         return WorkFigures{
@@ -56,15 +58,15 @@ void ApplicationController::awakeFromNib() {
 void ApplicationController::createScans() {
     _scanPipeline.emplace(ScanPipeline::Environment{
         .geoManager = *_geoManager,
-        .scanFileDb = scanFileDb(),
-        .buildThumbDb = buildThumbDb(),
+        .scanFileDb = _connections->scanFileDb(),
+        .buildThumbDb = _connections->buildThumbDb(),
         .scanQueue = *_scanOperationQueue,
         .buildQueue = *_buildThumbOperationQueue,
         .aliasManager = _folderRoots->aliasManager(),
         .insertFolderAliasLock = _insertFolderAliasLock,
         .isBeingWritten =
             [this](const QString& path) { return _folderRoots->scEvents().isBeingWritten(path); },
-        .scanFinished = [this] { scanFinished(); },
+        .scanFinished = [this] { _scanControl->scanFinished(); },
     });
     _scanControl.emplace(ScanControl::Environment{
         .preload = *_preloadThumbnailOperationQueue,
@@ -72,7 +74,7 @@ void ApplicationController::createScans() {
         .build = *_buildThumbOperationQueue,
         .pipeline = *_scanPipeline,
         .selection = [this] { return selection(); },
-        .browsing = [this] { return browsing(); },
+        .browsing = [this] { return scanBrowsing(); },
         .clearDisplay = [this] { _mainWindowController->clearBrowser(); },
         .stateChanged = [this] { _mainWindowController->scanStateDidChange(); },
     });
@@ -89,16 +91,35 @@ void ApplicationController::watchFolders() {
                 const auto folder = tree.selectedFolder();
                 return folder ? folder->folderPath() : QString();
             },
-        .browsing = [this] { return browsing(); },
-        .rootsChanged =
-            [this] {
-                updateStartAccessURLs();
-                updateWatchPathsInBackground();
-            },
+        .browsing = [this] { return scanBrowsing(); },
+        .rootsChanged = [this] { updateWatchPathsInBackground(); },
     });
     _folderRoots->scEvents().setDelegate(&*_watchControl);
     // Only now: the delegate is set before the first start.
     _folderRoots->updateWatchPathsInBackground();
+}
+
+ShellServices ApplicationController::shellServices() {
+    return {
+        .delegate = *this,
+        .browsing = _browsing,
+        .userDefaults = _userDefaults,
+        .mainFileDb = _connections->mainFileDb(),
+        .mainThumbDb = _connections->mainThumbDb(),
+        .preloadThumbDb = _connections->preloadThumbDb(),
+        .scanOperationQueue = *_scanOperationQueue,
+        .preloadThumbnailOperationQueue = *_preloadThumbnailOperationQueue,
+        .buildThumbOperationQueue = *_buildThumbOperationQueue,
+        .aliasManager = _folderRoots->aliasManager(),
+        .aliasResolver = _folderRoots->aliasResolver(),
+        .folderLister = _folderRoots->folderLister(),
+        .pathHistory = _folderRoots->pathHistory(),
+        .insertFolderAliasLock = _insertFolderAliasLock,
+        .groupTreeDataSource = _scanPipeline->groupTreeDataSource(),
+        .buildThumbNotifier = _scanPipeline->buildThumbNotifier(),
+        .geoManager = *_geoManager,
+        .imageImporterManager = _scanPipeline->imageImporterManager(),
+    };
 }
 
 ScanControl::Selection ApplicationController::selection() {
@@ -114,14 +135,14 @@ ScanControl::Selection ApplicationController::selection() {
     return selected;
 }
 
-ScanBrowsing ApplicationController::browsing() const {
+ScanBrowsing ApplicationController::scanBrowsing() const {
     return {
-        .groupTypeArray = groupTypeArray(),
-        .sortType = sortType(),
-        .descendingSort = descendingSort(),
-        .filter = filter(),
-        .searchString = searchString(),
-        .recurseSubFolder = recurseSubFolder(),
+        .groupTypeArray = _browsing.groupTypeArray(),
+        .sortType = _browsing.sortType(),
+        .descendingSort = _browsing.descendingSort(),
+        .filter = _browsing.filter(),
+        .searchString = _browsing.searchString(),
+        .recurseSubFolder = _browsing.recurseSubFolder(),
         .thumbnailSize = thumbnailSize(),
         .openFiles = _openFiles,
     };
@@ -151,17 +172,18 @@ void ApplicationController::createQueues() {
 
 void ApplicationController::createGeoManager() {
     _geoManager = std::make_unique<PBGeoManager>(
-        platform::OfflineGeocoder::installed(), [](std::function<void()> function) {
+        places::OfflineGeocoder::installed(), [](std::function<void()> function) {
             platform::MainLoop::instance()->post(
                 platform::MainLoop::Mode::Common, std::move(function));
         });
-    _geoManager->loadAddressFromDb(mainFileDb());
+    _geoManager->loadAddressFromDb(_connections->mainFileDb());
 }
 
 void ApplicationController::noteScreen() {
     _backingScaleFactor = std::min(2.0, _mainWindowController->window().devicePixelRatioF());
     const QScreen* screen = QGuiApplication::primaryScreen();
-    _screenRect = screen ? QRectF(screen->geometry()) : QRectF();
+    const QSize size = screen ? screen->size() : QSize(0, 0);
+    _maxScreenSize = std::max(size.width(), size.height());
 }
 
 void ApplicationController::applicationDidFinishLaunching() {
@@ -175,6 +197,7 @@ void ApplicationController::applicationDidFinishLaunching() {
 }
 
 bool ApplicationController::addFolders(const QStringList& folders) {
+    platform::assertMainThread();
     bool allAdded = true;
     for (const QString& folder : folders) {
         if (_mainWindowController->folderRootCommands().addOrSelectFolder(folder)) continue;
@@ -185,10 +208,12 @@ bool ApplicationController::addFolders(const QStringList& folders) {
 }
 
 void ApplicationController::applicationOpenFiles(const QStringList& paths) {
+    platform::assertMainThread();
     _mainWindowController->openFilesCommands().openFiles(paths);
 }
 
 void ApplicationController::applicationWillTerminate() {
+    platform::assertMainThread();
     // The queues stop before any connection closes: that keeps a running operation from a closed
     // one.
     for (auto* queue :
@@ -231,8 +256,4 @@ int ApplicationController::thumbnailSize() const {
     const bool dense =
         _mainWindowController && _mainWindowController->window().devicePixelRatioF() > 1.0;
     return dense ? 512 : 256;
-}
-
-double ApplicationController::maxScreenSize() const {
-    return std::max(_screenRect.width(), _screenRect.height());
 }

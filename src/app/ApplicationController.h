@@ -1,14 +1,16 @@
 #pragma once
 
-#include "app/BrowsingSettings.h"
 #include "app/CatalogueConnections.h"
 #include "app/FolderRootServices.h"
 #include "app/ScanControl.h"
 #include "app/ScanPipeline.h"
 #include "app/WatchControl.h"
 #include "core/PBAppDelegate.h"
-#include "platform/OperationQueue.h"
-#include "platform/UserDefaults.h"
+#include "platform/program/UserDefaults.h"
+#include "platform/work/Mutex.h"
+#include "platform/work/OperationQueue.h"
+#include "shell/services/BrowsingSettings.h"
+#include "shell/services/ShellServices.h"
 
 #include <memory>
 #include <optional>
@@ -21,7 +23,7 @@ class DecoderPool;
 }
 
 /// The one root object of the process: builds everything at start, and ends it in a fixed order.
-/// What it answers, its parts do.
+/// What it answers, its parts do. Main thread.
 class ApplicationController final : public PBAppDelegate {
 public:
     ApplicationController();
@@ -48,77 +50,35 @@ public:
     /// No operation waits or runs on any queue.
     [[nodiscard]] bool isIdle() const;
 
-    FMDatabase& mainFileDb() override { return _connections->mainFileDb(); }
-    FMDatabase& mainThumbDb() override { return _connections->mainThumbDb(); }
-    FMDatabase& scanFileDb() override { return _connections->scanFileDb(); }
-    FMDatabase& preloadThumbDb() override { return _connections->preloadThumbDb(); }
-    FMDatabase& buildThumbDb() override { return _connections->buildThumbDb(); }
+    /// What the main window is built on; until quitting.
+    [[nodiscard]] ShellServices shellServices();
 
-    platform::OperationQueue& scanOperationQueue() override { return *_scanOperationQueue; }
-    platform::OperationQueue& preloadThumbnailOperationQueue() override {
-        return *_preloadThumbnailOperationQueue;
-    }
-    platform::OperationQueue& buildThumbOperationQueue() override {
-        return *_buildThumbOperationQueue;
-    }
-
-    PBAliasManager& aliasManager() override { return _folderRoots->aliasManager(); }
-    PBAliasResolver& aliasResolver() override { return _folderRoots->aliasResolver(); }
-    PBFolderLister& folderLister() override { return _folderRoots->folderLister(); }
-    PBPathHistory& pathHistory() override { return _folderRoots->pathHistory(); }
-    void updateStartAccessURLs() override { _folderRoots->updateStartAccessURLs(); }
-    void updateWatchPathsInBackground() override { _folderRoots->updateWatchPathsInBackground(); }
-
-    PBGroupTreeDataSource& groupTreeDataSource() override {
-        return _scanPipeline->groupTreeDataSource();
-    }
-    ScanFactory& scanFactory() override { return _scanPipeline->factory(); }
-    BuildThumbNotifier& buildThumbNotifier() override {
-        return _scanPipeline->buildThumbNotifier();
-    }
-    PBGeoManager& geoManager() override { return *_geoManager; }
-    PBImageImporterManager& imageImporterManager() override {
-        return _scanPipeline->imageImporterManager();
-    }
-    std::shared_ptr<PBOpenFiles> openFiles() const override { return _openFiles; }
-    void setOpenFiles(std::shared_ptr<PBOpenFiles> openFiles) override {
-        _openFiles = std::move(openFiles);
-    }
-
-    platform::UserDefaults& userDefaults() override { return _userDefaults; }
-    std::mutex& insertFolderAliasLock() override { return _insertFolderAliasLock; }
-
-    bool recurseSubFolder() const override { return _browsing.recurseSubFolder(); }
-    void setRecurseSubFolder(bool recurse) override { _browsing.setRecurseSubFolder(recurse); }
-    PBGroupTypeArray groupTypeArray() const override { return _browsing.groupTypeArray(); }
-    void setGroupTypeArray(PBGroupTypeArray chain) override {
-        _browsing.setGroupTypeArray(std::move(chain));
-    }
-    int sortType() const override { return _browsing.sortType(); }
-    void setSortType(int sortType) override { _browsing.setSortType(sortType); }
-    bool descendingSort() const override { return _browsing.descendingSort(); }
-    void setDescendingSort(bool descending) override { _browsing.setDescendingSort(descending); }
-    std::uint64_t filter() const override { return _browsing.filter(); }
-    void setFilter(std::uint64_t filter) override { _browsing.setFilter(filter); }
-    QString searchString() const override { return _browsing.searchString(); }
-    void setSearchString(const QString& searchString) override {
-        _browsing.setSearchString(searchString);
-    }
+    [[nodiscard]] BrowsingSettings& browsing() { return _browsing; }
+    [[nodiscard]] PBAliasManager& aliasManager() { return _folderRoots->aliasManager(); }
+    /// The pending request to open files; may be empty.
+    [[nodiscard]] std::shared_ptr<PBOpenFiles> openFiles() const { return _openFiles; }
 
     void scan() override { _scanControl->scan(); }
     void cancelScan() override { _scanControl->cancelScan(); }
-    void scanFinished() override { _scanControl->scanFinished(); }
-    bool isScanning() const override { return _scanControl && _scanControl->isScanning(); }
+    [[nodiscard]] bool isScanning() const override {
+        return _scanControl && _scanControl->isScanning();
+    }
+    void updateWatchPathsInBackground() override { _folderRoots->updateWatchPathsInBackground(); }
+    void setOpenFiles(std::shared_ptr<PBOpenFiles> openFiles) override {
+        _openFiles = std::move(openFiles);
+    }
+    [[nodiscard]] bool isAppDidFinishLaunch() const override { return _isAppDidFinishLaunch; }
+    [[nodiscard]] bool isLargeViewMode() const override { return false; }
+    [[nodiscard]] bool isSlideShowMode() const { return _isSlideShowMode; }
+    void setIsSlideShowMode(bool isSlideShowMode) { _isSlideShowMode = isSlideShowMode; }
 
-    bool isAppDidFinishLaunch() const override { return _isAppDidFinishLaunch; }
-    bool isSlideShowMode() const override { return _isSlideShowMode; }
-    void setIsSlideShowMode(bool isSlideShowMode) override { _isSlideShowMode = isSlideShowMode; }
-    bool isLargeViewMode() const override { return false; }
-
-    int thumbnailSize() const override;
-    double backingScaleFactor() const override { return _backingScaleFactor; }
-    QRectF screenRect() const override { return _screenRect; }
-    double maxScreenSize() const override;
+    /// Pixels of the longer side of a stored thumbnail: 512 on a window of more than one device
+    /// pixel a point, else 256.
+    [[nodiscard]] int thumbnailSize() const;
+    /// Device pixels a point of the main window at start, at most 2.
+    [[nodiscard]] double backingScaleFactor() const { return _backingScaleFactor; }
+    /// The longer side of the main screen at start, in points; 0 without one.
+    [[nodiscard]] double maxScreenSize() const { return _maxScreenSize; }
 
 private:
     void createQueues();
@@ -127,12 +87,12 @@ private:
     void createScans();
     void watchFolders();
     [[nodiscard]] ScanControl::Selection selection();
-    [[nodiscard]] ScanBrowsing browsing() const;
+    [[nodiscard]] ScanBrowsing scanBrowsing() const;
     void noteScreen();
 
     platform::UserDefaults _userDefaults;
     BrowsingSettings _browsing;
-    std::mutex _insertFolderAliasLock;
+    platform::Mutex _insertFolderAliasLock;
     std::unique_ptr<platform::OperationQueue> _scanOperationQueue;
     std::unique_ptr<platform::OperationQueue> _preloadThumbnailOperationQueue;
     std::unique_ptr<platform::OperationQueue> _buildThumbOperationQueue;
@@ -145,7 +105,7 @@ private:
     std::unique_ptr<PBMainWindowController> _mainWindowController;
     std::optional<WatchControl> _watchControl;
     std::shared_ptr<PBOpenFiles> _openFiles;
-    QRectF _screenRect;
+    double _maxScreenSize = 0.0;
     double _backingScaleFactor = 1.0;
     bool _isAppDidFinishLaunch = false;
     bool _ignoreSelectLastFolder = false;

@@ -3,7 +3,7 @@
 #include "FMDB/FMDatabase.h"
 #include "app/DamagedCatalogue.h"
 #include "catalogue/PBCatalogue.h"
-#include "platform/StandardError.h"
+#include "platform/program/StandardError.h"
 
 #include <QFile>
 

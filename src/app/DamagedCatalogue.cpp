@@ -2,8 +2,8 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
-#include "platform/LocalizedTexts.h"
-#include "platform/StandardError.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/program/StandardError.h"
 #include "ui/Icons.h"
 
 #include <QFile>

@@ -3,7 +3,8 @@
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveThumbOperation.h"
 #include "core/Paths.h"
-#include "platform/MainLoop.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
 
 #include <QDBusConnection>
 
@@ -21,9 +22,8 @@ FolderRootServices::FolderRootServices(const Environment& environment)
       _folderLister(_calls),
       _aliasManager(
           {environment.mainFileDb, *this,
-           [this](std::vector<std::int64_t> fileIds) { removeThumbnails(std::move(fileIds)); }}),
+           [this](std::vector<qint64> fileIds) { removeThumbnails(std::move(fileIds)); }}),
       _volumeWatcher(platform::VolumeSources().mountInfo) {
-    _scEvents.setIgnoreEventsFromSubDirs(false);
     using platform::VolumeWatcher;
     connect(&_volumeWatcher, &VolumeWatcher::volumeDidMount, this, [this](const QString& path) {
         if (const auto changed = _aliasManager.volumDidMount(path); !changed.empty()) {
@@ -36,10 +36,10 @@ FolderRootServices::FolderRootServices(const Environment& environment)
         }
     });
     _aliasResolver.setLateAnswerHandler(
-        [this](std::int64_t aliasId, const platform::Resolution& resolution) {
+        [this](qint64 aliasId, const platform::Resolution& resolution) {
             aliasDidAnswer(aliasId, resolution);
         });
-    _aliasResolver.setMountFailureHandler([this](std::int64_t aliasId, const QString& error) {
+    _aliasResolver.setMountFailureHandler([this](qint64 aliasId, const QString& error) {
         if (const auto root = _aliasManager.findAliasObjectById(aliasId)) {
             Q_EMIT mountFailed(*root, error);
         }
@@ -49,8 +49,8 @@ FolderRootServices::FolderRootServices(const Environment& environment)
 FolderRootServices::~FolderRootServices() = default;
 
 void FolderRootServices::loadAlias() {
+    platform::assertMainThread();
     _aliasManager.loadAlias();
-    updateStartAccessURLs();
 }
 
 platform::Resolution
@@ -63,13 +63,13 @@ FolderRootServices::resolveAlias(const PBAliasObject& aliasObject, bool mount, Q
     return _aliasResolver.resolve(aliasObject, mount, otherRoots, error);
 }
 
-bool FolderRootServices::storeReservePath(std::int64_t aliasId, const QString& reservePath) {
+bool FolderRootServices::storeReservePath(qint64 aliasId, const QString& reservePath) {
     return PBCatalogue(_environment.mainFileDb)
         .updateFolderAliasWithIdReservePath(aliasId, reservePath);
 }
 
-void FolderRootServices::aliasDidAnswer(
-    std::int64_t aliasId, const platform::Resolution& resolution) {
+void FolderRootServices::aliasDidAnswer(qint64 aliasId, const platform::Resolution& resolution) {
+    platform::assertMainThread();
     const auto root = _aliasManager.findAliasObjectById(aliasId);
     if (!root) return;
     const PBAliasArray changed = _aliasManager.aliasDidAnswer(*root, resolution);
@@ -81,19 +81,13 @@ void FolderRootServices::aliasDidAnswer(
     }
 }
 
-void FolderRootServices::removeThumbnails(std::vector<std::int64_t> fileIds) {
+void FolderRootServices::removeThumbnails(std::vector<qint64> fileIds) {
     _environment.buildThumbOperationQueue.addOperation(
         std::make_shared<PBRemoveThumbOperation>(std::move(fileIds), _environment.buildThumbDb));
 }
 
-void FolderRootServices::updateStartAccessURLs() {
-    // This system gives no access that would have to be asked for; the list is kept for whoever
-    // wants to know what is held.
-    const QList<QUrl> wanted = _aliasManager.getShouldStartAccessURLArray();
-    if (!PBUtilities::isEqualURLArray(wanted, _startAccessURLArray)) _startAccessURLArray = wanted;
-}
-
 void FolderRootServices::updateWatchPathsInBackground() {
+    platform::assertMainThread();
     _watchQueue.addOperation([this] { updateWatchPaths(); });
 }
 
@@ -105,6 +99,7 @@ void FolderRootServices::updateWatchPaths() {
 }
 
 void FolderRootServices::stopWatching() {
+    platform::assertMainThread();
     _watchQueue.cancelAllOperations();
     _watchQueue.waitUntilAllOperationsAreFinished();
     _scEvents.setDelegate(nullptr);

@@ -5,15 +5,13 @@
 #include "library/PBFolderLister.h"
 #include "library/PBPathHistory.h"
 #include "library/SCEvents.h"
-#include "platform/BoundedCalls.h"
-#include "platform/OperationQueue.h"
-#include "platform/VolumeMounter.h"
-#include "platform/VolumeWatcher.h"
+#include "platform/volumes/VolumeMounter.h"
+#include "platform/volumes/VolumeWatcher.h"
+#include "platform/work/BoundedCalls.h"
+#include "platform/work/OperationQueue.h"
 
-#include <QList>
 #include <QObject>
 #include <QStringList>
-#include <QUrl>
 
 class FMDatabase;
 
@@ -39,7 +37,6 @@ public:
     [[nodiscard]] PBFolderLister& folderLister() { return _folderLister; }
     [[nodiscard]] PBPathHistory& pathHistory() { return _pathHistory; }
 
-    void updateStartAccessURLs();
     /// Compares in the background what should be watched with what is.
     void updateWatchPathsInBackground();
     /// The stream over all mounted roots; its delegate is set by whoever takes the events.
@@ -58,9 +55,9 @@ Q_SIGNALS:
 private:
     platform::Resolution
     resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) override;
-    bool storeReservePath(std::int64_t aliasId, const QString& reservePath) override;
-    void aliasDidAnswer(std::int64_t aliasId, const platform::Resolution& resolution);
-    void removeThumbnails(std::vector<std::int64_t> fileIds);
+    bool storeReservePath(qint64 aliasId, const QString& reservePath) override;
+    void aliasDidAnswer(qint64 aliasId, const platform::Resolution& resolution);
+    void removeThumbnails(std::vector<qint64> fileIds);
     void updateWatchPaths();
 
     const Environment _environment;
@@ -72,7 +69,6 @@ private:
     PBPathHistory _pathHistory;
     platform::VolumeWatcher _volumeWatcher;
 
-    QList<QUrl> _startAccessURLArray;
     SCEvents _scEvents;
     /// Last: its work uses the members above.
     platform::OperationQueue _watchQueue{QStringLiteral("watch paths")};

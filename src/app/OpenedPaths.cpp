@@ -1,7 +1,7 @@
 #include "app/OpenedPaths.h"
 
+#include "codec/PBImageImporterManager.h"
 #include "core/FileTypes.h"
-#include "image/FileImporters.h"
 
 #include <QFile>
 

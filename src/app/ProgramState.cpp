@@ -5,7 +5,7 @@
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
 #include "shell/PBMainWindowController.h"
-#include "shell/SourceSidebar.h"
+#include "shell/sidebar/SourceSidebar.h"
 #include "ui/PBModalTextField.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBSplitView.h"
@@ -98,9 +98,10 @@ QJsonArray groupStates(PBImageBrowserView& view, const QRectF& visible) {
 
 QJsonArray selectedNames(const PBImageBrowserView& view) {
     QJsonArray names;
-    view.leaves().forEachImage(true, [&](const PBImageBrowserIndex&, const auto& item) {
-        if (item->isSelected() && names.size() < mostNames) names.append(item->fileName());
-    });
+    view.leaves().forEachImage(
+        FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
+            if (item->isSelected() && names.size() < mostNames) names.append(item->fileName());
+        });
     return names;
 }
 
@@ -126,9 +127,10 @@ QJsonObject browserState(PBImageBrowserView& view, const PBImageBrowserScrollVie
         {QStringLiteral("thumbnailSize"), view.thumbnailSize()},
         {QStringLiteral("style"), static_cast<qint64>(view.style())},
         {QStringLiteral("columns"), number(view.browserLayout().cellColumn())},
-        {QStringLiteral("items"), number(view.selection().itemCount(true))},
+        {QStringLiteral("items"), number(view.selection().itemCount(FoldedLeaves::Included))},
         {QStringLiteral("leaves"), number(view.leaves().leafCount())},
-        {QStringLiteral("selectCount"), number(view.selection().selectCount(true))},
+        {QStringLiteral("selectCount"),
+         number(view.selection().selectCount(FoldedLeaves::Included))},
         {QStringLiteral("selected"), selectedNames(view)},
         {QStringLiteral("current"), current ? current->fileName() : QString()},
         {QStringLiteral("renaming"), renaming(view)},
@@ -137,17 +139,18 @@ QJsonObject browserState(PBImageBrowserView& view, const PBImageBrowserScrollVie
 
 // The window around it.
 
-QJsonObject browsingState(const ApplicationController& controller) {
+QJsonObject browsingState(ApplicationController& controller) {
+    const BrowsingSettings& browsing = controller.browsing();
     QJsonArray chain;
-    for (const int type : *controller.groupTypeArray())
+    for (const int type : *browsing.groupTypeArray())
         chain.append(type);
     return {
         {QStringLiteral("chain"), chain},
-        {QStringLiteral("sort"), controller.sortType()},
-        {QStringLiteral("descending"), controller.descendingSort()},
-        {QStringLiteral("filter"), static_cast<qint64>(controller.filter())},
-        {QStringLiteral("search"), controller.searchString()},
-        {QStringLiteral("subfolders"), controller.recurseSubFolder()},
+        {QStringLiteral("sort"), browsing.sortType()},
+        {QStringLiteral("descending"), browsing.descendingSort()},
+        {QStringLiteral("filter"), static_cast<qint64>(browsing.filter())},
+        {QStringLiteral("search"), browsing.searchString()},
+        {QStringLiteral("subfolders"), browsing.recurseSubFolder()},
         {QStringLiteral("largeView"), controller.isLargeViewMode()},
         {QStringLiteral("scanning"), controller.isScanning()}};
 }

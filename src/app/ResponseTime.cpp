@@ -1,12 +1,11 @@
 #include "app/ResponseTime.h"
 
-#include "platform/MainLoop.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/Mutex.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 
 namespace {
 
@@ -21,10 +20,11 @@ struct ResponseTime::Beats {
     Clock::duration longest{0}; // of the main thread
 
     static void run(const std::stop_token& stop, const std::shared_ptr<Beats>& beats) {
-        std::mutex mutex;
-        std::condition_variable_any never;
-        std::unique_lock lock(mutex);
-        while (!never.wait_for(lock, stop, betweenBeats, [&] { return stop.stop_requested(); })) {
+        platform::Mutex mutex;
+        platform::Condition never;
+        platform::Lock lock(mutex);
+        const auto isOver = [&] { return stop.stop_requested(); };
+        while (!never.waitFor(lock, betweenBeats, isOver)) {
             if (!beats->isAnswered) continue;
             beats->isAnswered = false;
             platform::MainLoop::instance()->post(

@@ -1,11 +1,13 @@
 #include "app/ScanControl.h"
 
 #include "app/ScanPipeline.h"
-#include "platform/OperationQueue.h"
+#include "platform/work/MainThread.h"
+#include "platform/work/OperationQueue.h"
 
 ScanControl::ScanControl(Environment environment) : _environment(std::move(environment)) {}
 
 void ScanControl::scan() {
+    platform::assertMainThread();
     cancelScan();
     PBGroupTreeDataSource& trees = _environment.pipeline.groupTreeDataSource();
     trees.setGroupItemArray({});
@@ -28,6 +30,7 @@ void ScanControl::scan() {
 }
 
 void ScanControl::cancelScan() {
+    platform::assertMainThread();
     for (platform::OperationQueue* queue :
          {&_environment.preload, &_environment.scan, &_environment.build}) {
         queue->setSuspended(false);
@@ -37,6 +40,7 @@ void ScanControl::cancelScan() {
 }
 
 void ScanControl::scanFinished() {
+    platform::assertMainThread();
     _isScanning = false;
     _environment.stateChanged();
 }

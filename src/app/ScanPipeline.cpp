@@ -1,7 +1,7 @@
 #include "app/ScanPipeline.h"
 
-#include "platform/MainLoop.h"
-#include "platform/OperationQueue.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/OperationQueue.h"
 
 #include <QDateTime>
 #include <QTimer>
@@ -20,7 +20,7 @@ int idleCores() {
 
 ScanPipeline::ScanPipeline(Environment environment)
     : _environment(std::move(environment)), _places(_environment.geoManager),
-      _decodeAhead(idleCores()), _readAhead(idleCores(), _importers),
+      _decodeAhead(idleCores()), _readAhead(idleCores(), _importerManager),
       _buildThumb(new BuildThumbServices{
           .db = _environment.buildThumbDb,
           .queue = _environment.buildQueue,
@@ -40,7 +40,7 @@ std::shared_ptr<const ScanServices> ScanPipeline::makeServices() {
         .aliasManager = _environment.aliasManager,
         .scanFinishedManager = _finishedManager,
         .insertFolderAliasLock = _environment.insertFolderAliasLock,
-        .imageImporters = _importers,
+        .imageImporterManager = _importerManager,
         .buildThumb = _buildThumb,
         .places = &_places,
         .publish =

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "codec/PBImageImporterManager.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "group/PlaceAddresses.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/DecodeAhead.h"
-#include "image/FileImporters.h"
-#include "info/geo/PBGeoManager.h"
+#include "places/PBGeoManager.h"
+#include "platform/work/Mutex.h"
 #include "scan/PBScanFinishedManager.h"
 #include "scan/ScanFactory.h"
 #include "scan/ScanFigures.h"
@@ -14,7 +15,6 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 /// All that scans work with, put together: importers, thumbnails, the two trees. Made on
 /// the main thread before the queues run, and destroyed there when they have ended.
@@ -27,7 +27,7 @@ public:
         platform::OperationQueue& scanQueue;
         platform::OperationQueue& buildQueue;
         const PBAliasManager& aliasManager;
-        std::mutex& insertFolderAliasLock;
+        platform::Mutex& insertFolderAliasLock;
         /// Whether a new file is still being written. Called on the scan thread.
         std::function<bool(const QString& path)> isBeingWritten;
         /// The present scan has ended. Main thread.
@@ -43,7 +43,6 @@ public:
     [[nodiscard]] ScanFactory& factory() { return *_factory; }
     [[nodiscard]] BuildThumbNotifier& buildThumbNotifier() { return _notifier; }
     [[nodiscard]] PBImageImporterManager& imageImporterManager() { return _importerManager; }
-    [[nodiscard]] const image::ImageImporters& imageImporters() const { return _importers; }
     [[nodiscard]] const ScanFigures& figures() const { return _figures; }
     [[nodiscard]] const BuildThumbServices& buildThumb() const { return *_buildThumb; }
 
@@ -58,7 +57,6 @@ private:
 
     const Environment _environment;
     PBImageImporterManager _importerManager;
-    image::FileImporters _importers{_importerManager};
     PBScanFinishedManager _finishedManager;
     ScanFigures _figures;
     group::GeoManagerAddresses _places;

@@ -1,6 +1,7 @@
 #include "app/SingleInstance.h"
 
-#include "platform/StandardError.h"
+#include "platform/program/StandardError.h"
+#include "platform/work/MainThread.h"
 
 #include <QCborArray>
 #include <QCborMap>
@@ -113,6 +114,7 @@ std::optional<QByteArray> SingleInstance::stateOf(const QString& folder) {
 }
 
 void SingleInstance::answer(QLocalSocket& socket, const Request& request) {
+    platform::assertMainThread();
     if (request.wantsState) {
         if (_stateSource) socket.write(_stateSource());
         socket.disconnectFromServer();
@@ -124,6 +126,7 @@ void SingleInstance::answer(QLocalSocket& socket, const Request& request) {
 }
 
 void SingleInstance::listen(const QString& socket) {
+    platform::assertMainThread();
     // Whoever left a socket behind is gone: this process has the lock.
     QLocalServer::removeServer(socket);
     _server = std::make_unique<QLocalServer>();

@@ -18,7 +18,8 @@ void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> e
                 },
             .isImageType =
                 [this](const QString& uti) {
-                    return _environment.pipeline.imageImporters().isImageType(uti);
+                    auto& importers = _environment.pipeline.imageImporterManager();
+                    return importers.imageImporterClassForImageUTI(uti) != nullptr;
                 },
         });
     if (changes.rootsChanged) {

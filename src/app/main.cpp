@@ -9,10 +9,10 @@
 #include "app/SingleInstance.h"
 #include "app/Statistics.h"
 #include "app/TerminationSignals.h"
-#include "image/codec/process/DecoderProcess.h"
-#include "platform/MainLoop.h"
-#include "platform/Places.h"
-#include "platform/StandardError.h"
+#include "codec/process/DecoderProcess.h"
+#include "platform/program/StandardError.h"
+#include "platform/program/StandardFolders.h"
+#include "platform/work/MainLoop.h"
 #include "shell/PBMainWindowController.h"
 #include "ui/ColorScheme.h"
 
@@ -71,10 +71,10 @@ int leave(const CommandLineExit& exit) {
 }
 
 int printState() {
-    const auto state = SingleInstance::stateOf(platform::Places::dataFolder());
+    const auto state = SingleInstance::stateOf(platform::StandardFolders::dataFolder());
     if (!state) {
         platform::complain(QStringLiteral("no Velmora that answers has the catalogue in %1 open")
-                               .arg(platform::Places::dataFolder()));
+                               .arg(platform::StandardFolders::dataFolder()));
         return failure;
     }
     std::fwrite(state->constData(), 1, static_cast<std::size_t>(state->size()), stdout);
@@ -92,7 +92,7 @@ QIcon applicationIcon() {
     QIcon icon;
     for (const int side : {32, 48, 128}) {
         icon.addFile(
-            platform::Places::sharedFile(
+            platform::StandardFolders::sharedFile(
                 QStringLiteral("../icons/hicolor/%1x%1/apps/velmora.png").arg(side)),
             {side, side});
     }
@@ -121,7 +121,7 @@ int runApplication(
     }
 
     // Nobody is there to answer a run that ends by itself.
-    const QString catalogue = platform::Places::dataFolder() + QStringLiteral("/files.db");
+    const QString catalogue = platform::StandardFolders::dataFolder() + QStringLiteral("/files.db");
     if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
         return failure;
 
@@ -191,7 +191,7 @@ int main(int argc, char** argv) {
     if (const auto* exit = std::get_if<CommandLineExit>(&parsed)) return leave(*exit);
     const auto& options = std::get<CommandLineOptions>(parsed);
     provideRuntimeFolder();
-    platform::Places::setProfile(options.profile);
+    platform::StandardFolders::setProfile(options.profile);
     if (options.state) return printState();
     if (!hasDisplay(arguments)) {
         platform::complain(
@@ -210,13 +210,13 @@ int main(int argc, char** argv) {
 
     const QStringList paths = openablePaths(options.paths, platform::complain);
     SingleInstance instance;
-    switch (instance.take(platform::Places::dataFolder(), {paths, options.add})) {
+    switch (instance.take(platform::StandardFolders::dataFolder(), {paths, options.add})) {
     case SingleInstance::Outcome::HandedOver:
         return paths.size() < options.paths.size() ? failure : 0;
     case SingleInstance::Outcome::NoAnswer:
         platform::complain(
             QStringLiteral("another Velmora has the catalogue in %1 open and does not answer")
-                .arg(platform::Places::dataFolder()));
+                .arg(platform::StandardFolders::dataFolder()));
         return failure;
     case SingleInstance::Outcome::First:
         break;

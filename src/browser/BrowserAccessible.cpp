@@ -2,12 +2,14 @@
 
 #include "browser/PBImageBrowserView.h"
 #include "core/Texts.h"
-#include "platform/LocalizedTexts.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/MainThread.h"
 
 #include <QPointer>
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 using platform::localizedFormat;
 using platform::localizedString;
@@ -58,12 +60,10 @@ public:
         if (!isValid()) return {};
         if (kind == QAccessible::Name) return name();
         if (kind != QAccessible::Description) return {};
-        const QSizeF size = item()->imageSize();
         const auto count = _view->leaves().imageFileCount(_index.group);
         return QStringList{
             localizedFormat(u"Accessible_Position", {_index.item + 1, count}),
-            _view->headText(_index.group),
-            QStringLiteral("%1 x %2").arg(size.width()).arg(size.height()),
+            _view->headText(_index.group), imageSizeText(item()->imageSize()),
             PBUtilities::stringWithFileSize(item()->fileSize())}
             .join(QStringLiteral(", "));
     }
@@ -104,6 +104,7 @@ BrowserAccessible::~BrowserAccessible() {
 }
 
 void BrowserAccessible::install() {
+    platform::assertMainThread();
     [[maybe_unused]] static const bool done = (QAccessible::installFactory(makeAccessible), true);
 }
 
@@ -115,7 +116,7 @@ void BrowserAccessible::forgetItems() const {
 
 int BrowserAccessible::childCount() const {
     return static_cast<int>(std::min<std::int64_t>(
-        _view.selection().itemCount(false), std::numeric_limits<int>::max()));
+        _view.selection().itemCount(FoldedLeaves::Excluded), std::numeric_limits<int>::max()));
 }
 
 int BrowserAccessible::childIndexOf(const PBImageBrowserIndex& index) const {
@@ -174,6 +175,7 @@ QString BrowserAccessible::text(QAccessible::Text kind) const {
 }
 
 void BrowserAccessible::currentDidChange(PBImageBrowserView& view) {
+    platform::assertMainThread();
     if (!QAccessible::isActive()) return;
     auto* self = dynamic_cast<BrowserAccessible*>(QAccessible::queryAccessibleInterface(&view));
     const int child = self ? self->childIndexOf(view.currentIndex()) : -1;

@@ -1,6 +1,7 @@
 #include "browser/PBImageBrowserContainerView.h"
 
 #include "browser/PBImageBrowserDragTipView.h"
+#include "platform/work/MainThread.h"
 #include "ui/FolderDropTarget.h"
 
 #include <utility>
@@ -19,6 +20,7 @@ PBImageBrowserContainerView::PBImageBrowserContainerView(
 }
 
 void PBImageBrowserContainerView::addLayer(QWidget* widget) {
+    platform::assertMainThread();
     widget->setParent(this);
     widget->setGeometry(rect());
     _layers.push_back(widget);

@@ -1,6 +1,6 @@
 #include "browser/PBImageBrowserDragTipView.h"
 
-#include "platform/LocalizedTexts.h"
+#include "platform/program/LocalizedTexts.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 

@@ -1,18 +1,21 @@
 #include "browser/PBImageBrowserScrollView.h"
 
-#include "browser/BrowserServices.h"
-#include "platform/OperationQueue.h"
+#include "browser/feed/BrowserServices.h"
+#include "platform/work/MainThread.h"
+#include "platform/work/OperationQueue.h"
 #include "ui/PBScroller.h"
 
 PBImageBrowserScrollView::PBImageBrowserScrollView(BrowserServices& services, QWidget* parent)
     : PBScrollView(Qt::Vertical, parent), _services(services) {}
 
 void PBImageBrowserScrollView::scrollTimeWillBegin() {
+    platform::assertMainThread();
     PBScrollView::scrollTimeWillBegin();
     _services.buildThumbOperationQueue().setSuspended(true);
 }
 
 void PBImageBrowserScrollView::scrollTimeDidEnd(std::int64_t direction) {
+    platform::assertMainThread();
     PBScrollView::scrollTimeDidEnd(direction);
     _services.buildThumbOperationQueue().setSuspended(false);
 }

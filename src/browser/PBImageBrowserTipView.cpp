@@ -1,7 +1,8 @@
 #include "browser/PBImageBrowserTipView.h"
 
-#include "platform/LocalizedTexts.h"
-#include "platform/MainLoop.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 
@@ -74,15 +75,15 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     updateColors();
 }
 
-std::int64_t
-PBImageBrowserTipView::kindFor(bool hasGroups, bool hasRoots, bool hasSelection, bool isScanning) {
-    if (hasGroups) return 0;
-    if (!hasRoots) return 1;
-    if (!hasSelection) return 2;
-    return isScanning ? 4 : 3;
+std::int64_t PBImageBrowserTipView::kindFor(const State& state) {
+    if (state.hasGroups) return 0;
+    if (!state.hasRoots) return 1;
+    if (!state.hasSelection) return 2;
+    return state.isScanning ? 4 : 3;
 }
 
 void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
+    platform::assertMainThread();
     if (tipKind == _tipKind) return;
     _tipKind = tipKind;
     setVisible(tipKind != 0);
@@ -108,6 +109,7 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
 }
 
 void PBImageBrowserTipView::setSuggestedFolder(const QString& path) {
+    platform::assertMainThread();
     _suggestedFolder = path;
     const qsizetype end = path.lastIndexOf(u'/');
     _suggestion->setText(localizedFormat(u"AddSuggestedFolder", {path.sliced(end + 1)}));

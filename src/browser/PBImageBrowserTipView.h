@@ -25,9 +25,15 @@ public:
     /// A folder that kind 1 offers to add with one click; none if empty.
     void setSuggestedFolder(const QString& path);
 
-    /// The kind that fits the state of the window.
-    [[nodiscard]] static std::int64_t
-    kindFor(bool hasGroups, bool hasRoots, bool hasSelection, bool isScanning);
+    /// What the window has to show.
+    struct State {
+        bool hasGroups = false;
+        bool hasRoots = false;
+        bool hasSelection = false; ///< of a folder
+        bool isScanning = false;
+    };
+    /// The kind that fits it.
+    [[nodiscard]] static std::int64_t kindFor(const State& state);
 
 Q_SIGNALS:
     /// The button of kind 1 was pressed.

@@ -3,7 +3,8 @@
 #include "browser/BrowserAccessible.h"
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
-#include "platform/MainLoop.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
 #include "ui/PBModalTextField.h"
 
 #include <QPaintEvent>
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -24,15 +26,18 @@ PBImageBrowserView::PBImageBrowserView(
     : QWidget(&scrollView), _scrollView(scrollView), _services(services),
       _feed(
           _layout, _leaves, services,
-          [this](const PBImageFileItem& item) { thumbnailArrived(item); }),
+          [this](const PBImageFileItem& item) { thumbnailArrived(item); },
+          [&scrollView] { return scrollView.now(); }),
       _painter(
           _layout, _leaves, _feed,
           [&services](qint64 tagId) { return services.tagWithTagId(tagId); }),
-      _selection(_leaves), _input(_layout, _leaves, *this),
+      _selection(_leaves), _input(_layout, _leaves, _painter, *this),
       _selectView(new PBImageBrowserSelectView(this)) {
     BrowserAccessible::install();
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
+    // A mouse that moves without a button tells of a release that was never heard.
+    setMouseTracking(true);
     setAttribute(Qt::WA_AcceptTouchEvents, false);
     _layout.setLeaves(&_leaves);
     _scrollView.setThumbnailSize(thumbnailSize());
@@ -44,12 +49,14 @@ PBImageBrowserView::PBImageBrowserView(
 PBImageBrowserView::~PBImageBrowserView() = default;
 
 void PBImageBrowserView::setLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves) {
+    platform::assertMainThread();
     ++_contentGeneration;
     _leaves.setLeafGroupItemArray(leaves);
     _layout.invalidate();
 }
 
 void PBImageBrowserView::reset() {
+    platform::assertMainThread();
     _input.reset();
     _editingNameFileItem.reset();
     delete _editFileNameTextField.data();
@@ -59,6 +66,7 @@ void PBImageBrowserView::reset() {
 }
 
 void PBImageBrowserView::setThumbnailSize(double size) {
+    platform::assertMainThread();
     size = std::clamp(size, BrowserMetrics::minThumbnailSize, BrowserMetrics::maxThumbnailSize);
     BrowserMetrics metrics = _layout.metrics();
     metrics.thumbnailSize = size;
@@ -67,6 +75,7 @@ void PBImageBrowserView::setThumbnailSize(double size) {
 }
 
 void PBImageBrowserView::setStyle(std::uint64_t style) {
+    platform::assertMainThread();
     BrowserMetrics metrics = _layout.metrics();
     const std::uint64_t changed = metrics.style ^ style;
     metrics.style = style;
@@ -131,13 +140,14 @@ void PBImageBrowserView::restoreCapture() {
 }
 
 void PBImageBrowserView::reloadData() {
+    platform::assertMainThread();
     ++_contentGeneration;
     _leaves.refresh();
     _layout.invalidate();
     _painter.heads().forgetNames();
     layoutSheet();
     BrowserAccessible::contentDidChange(*this);
-    Q_EMIT itemCountDidChange(_selection.itemCount(true));
+    Q_EMIT itemCountDidChange(_selection.itemCount(FoldedLeaves::Included));
 }
 
 void PBImageBrowserView::layoutSheet() {
@@ -210,8 +220,7 @@ void PBImageBrowserView::paintEvent(QPaintEvent* event) {
             painter, {.visible = visible,
                       .dirty = QRectF(part).translated(visible.topLeft()),
                       .pixelRatio = devicePixelRatioF(),
-                      .hasFocus = hasFocus(),
-                      .budget = _paintBudget});
+                      .hasFocus = hasFocus()});
     }
     if (!crude.isEmpty()) {
         // What was scaled in a hurry gets its turn when the events that wait are done.
@@ -226,6 +235,7 @@ void PBImageBrowserView::thumbnailArrived(const PBImageFileItem& item) {
 }
 
 void PBImageBrowserView::buildThumbDidFinish(qint64 fileId) {
+    platform::assertMainThread();
     if (_services.isLargeView()) return;
     const QRectF visible = visibleRect();
     _layout.forEachVisible(visible.top(), visible.bottom(), [&](const PBImageBrowserIndex& index) {
@@ -240,18 +250,12 @@ void PBImageBrowserView::adjustBuildThumb() {
     _feed.adjustBuildThumb(visibleRect(), _scrollDirection);
 }
 
-void PBImageBrowserView::setNeedsDisplayGroupCell(std::int64_t group) {
-    const double top = _layout.groupItemPosition(group);
-    if (top < 0) return;
-    const double cells = _layout.isCollapsed(group) ? 0 : _layout.groupHeight(group);
-    updateSheetRect({0, top, _layout.contentWidth(), BrowserMetrics::headHeight + cells});
-}
-
 QString PBImageBrowserView::headText(std::int64_t group) const {
     return _painter.heads().text(_leaves.leaf(group));
 }
 
 void PBImageBrowserView::captureScrollWithMode(ScrollCaptureMode mode) {
+    platform::assertMainThread();
     _scrollCapture =
         ::captureScrollWithMode(mode, _layout, _leaves, visibleRect(), _editingNameFileItem);
 }
@@ -273,6 +277,7 @@ void PBImageBrowserView::scrollToEnd(bool isStart) {
 }
 
 void PBImageBrowserView::scrollToGroup(std::int64_t group) {
+    platform::assertMainThread();
     const double position = _layout.groupItemPosition(group);
     const double distance = position - visibleRect().top();
     if (position < 0 || distance == 0) return;
@@ -280,7 +285,8 @@ void PBImageBrowserView::scrollToGroup(std::int64_t group) {
 }
 
 void PBImageBrowserView::selectDidChange() {
-    Q_EMIT selectionDidChange(_selection.selectCount(true));
+    platform::assertMainThread();
+    Q_EMIT selectionDidChange(_selection.selectCount(FoldedLeaves::Included));
     BrowserAccessible::selectionDidChange(*this);
     BrowserAccessible::currentDidChange(*this);
     update();

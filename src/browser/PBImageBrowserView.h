@@ -1,16 +1,15 @@
 #pragma once
 
-#include "browser/BrowserInput.h"
-#include "browser/BrowserLayout.h"
-#include "browser/BrowserLeafList.h"
-#include "browser/BrowserPainter.h"
-#include "browser/BrowserScrollCapture.h"
-#include "browser/BrowserSelection.h"
-#include "browser/BrowserServices.h"
-#include "browser/BrowserThumbnailFeed.h"
+#include "browser/feed/BrowserServices.h"
+#include "browser/feed/BrowserThumbnailFeed.h"
+#include "browser/input/BrowserInput.h"
+#include "browser/layout/BrowserLayout.h"
+#include "browser/painting/BrowserPainter.h"
+#include "browser/state/BrowserLeafList.h"
+#include "browser/state/BrowserScrollCapture.h"
+#include "browser/state/BrowserSelection.h"
 
 #include <QBasicTimer>
-#include <QElapsedTimer>
 #include <QPointer>
 #include <QWidget>
 
@@ -74,7 +73,6 @@ public:
     void scrollToGroup(std::int64_t group);
 
     void captureScrollWithMode(ScrollCaptureMode mode);
-    void clearScrollCapture() { _scrollCapture.reset(); }
     /// The mouse button is down: no tree may be swapped in.
     [[nodiscard]] bool isDragging() const { return _input.isDragging(); }
     /// Begins the rename of an image in place.
@@ -83,10 +81,6 @@ public:
     /// A thumbnail was built for the image.
     void buildThumbDidFinish(qint64 fileId);
     void adjustBuildThumb();
-    /// The part of the sheet that shows one leaf is drawn anew.
-    void setNeedsDisplayGroupCell(std::int64_t group);
-    /// Seconds that one paint may spend on loading and scaling.
-    void setPaintBudget(double seconds) { _paintBudget = seconds; }
     /// The path of a head in words.
     [[nodiscard]] QString headText(std::int64_t group) const;
     /// Where a cell lies in this widget.
@@ -129,8 +123,6 @@ protected:
 private:
     // What the input wants.
     [[nodiscard]] QRectF visibleRect() const override;
-    [[nodiscard]] const BrowserTextWidths& textWidths() const override { return _painter; }
-    void captureScrollIfNone() override;
     void scrollToEnd(bool isStart) override;
     void enterToLargeView(const PBImageBrowserIndex& index) override;
     void beginDragOut(const PBImageBrowserIndex& index) override;
@@ -138,17 +130,16 @@ private:
     void showBand(const QRectF& band) override;
     void setSelectTimerScrollStep(int step) override;
     void setDragging(bool isDragging) override;
-    void flagClicked() override { Q_EMIT flagToggleRequested(); }
-    void rotateLeft() override { Q_EMIT rotateLeftRequested(); }
-    void rotateRight() override { Q_EMIT rotateRightRequested(); }
+    void perform(BrowserCommand command) override;
     void applyThumbnailSize(double size) override;
-    void showContextMenu(bool isOnItem) override;
 
     void didScroll();
     void scrollPixels(double distance);
     /// Fits the sheet into its width, keeping what is held in place where it is.
     void layoutSheet();
     void updateDocument();
+    /// Takes a position to keep, if none is held.
+    void captureScrollIfNone();
     void restoreCapture();
     void noteVisible();
     void placeNameField();
@@ -159,6 +150,7 @@ private:
     void updateSheetRect(const QRectF& sheetRect);
     void thumbnailArrived(const PBImageFileItem& item);
     bool nativeGesture(QNativeGestureEvent* event);
+    [[nodiscard]] bool isTyping() const;
     void typed(const QString& text);
 
     PBImageBrowserScrollView& _scrollView;
@@ -179,15 +171,13 @@ private:
     QBasicTimer _adjustTimer;
     int _selectTimerScrollStep = 0;
     QPoint _lastMouse;
-    QPoint _menuPosition;
     int _clickCount = 1;
     double _oldScrollPosition = 0;
     bool _scrollDirection = true; // down
     bool _ignoreUpdateScrollCapture = false;
     bool _isReloading = false;
-    double _paintBudget = 0.008;
     std::uint64_t _contentGeneration = 0;
     std::int64_t _lastPageItemCount = 0;
     QString _typed;
-    QElapsedTimer _sinceTyped;
+    double _lastTyped = 0;
 };

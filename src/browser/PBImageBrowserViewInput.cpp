@@ -1,9 +1,10 @@
 #include "browser/PBImageBrowserView.h"
 
-#include "browser/BrowserDragOut.h"
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
-#include "platform/MainLoop.h"
+#include "browser/input/BrowserDragOut.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
 #include "ui/PBModalTextField.h"
 
 #include <QApplication>
@@ -19,7 +20,6 @@
 
 namespace {
 
-constexpr int selectTimerInterval = 16; // milliseconds: 60 a second
 constexpr int renameTag = 1;
 constexpr double nameFieldMargin = 3;
 
@@ -110,6 +110,7 @@ void PBImageBrowserView::pressAt(QMouseEvent* event, int clickCount) {
     const std::int64_t head = headAt(point);
     if (head >= 0) return scrollToGroup(head);
     const auto clickedBefore = _input.downImageFileItem();
+    captureScrollIfNone();
     _input.mouseDown(point, modifiersOf(event->modifiers()));
     // Another image may have come under the mouse since the first of two clicks.
     if (_input.downImageFileItem() != clickedBefore) _clickCount = 1;
@@ -130,35 +131,45 @@ void PBImageBrowserView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void PBImageBrowserView::contextMenuEvent(QContextMenuEvent* event) {
-    _menuPosition = event->globalPos();
     if (event->reason() == QContextMenuEvent::Mouse) {
         const QPointF point = toSheet(event->pos());
-        if (headAt(point) < 0) _input.rightMouseDown(point);
+        if (headAt(point) < 0)
+            Q_EMIT contextMenuRequested(_input.rightMouseDown(point), event->globalPos());
         return;
     }
     // By a key: at the current image, if it shows.
+    QPoint position = event->globalPos();
     const PBImageBrowserIndex current = currentIndex();
     if (current.isValid() && widgetRect(current).intersects(rect()))
-        _menuPosition = mapToGlobal(widgetRect(current).center());
-    showContextMenu(_selection.hasSelect(false));
+        position = mapToGlobal(widgetRect(current).center());
+    Q_EMIT contextMenuRequested(_selection.hasSelect(FoldedLeaves::Excluded), position);
 }
 
-void PBImageBrowserView::showContextMenu(bool isOnItem) {
-    Q_EMIT contextMenuRequested(isOnItem, _menuPosition);
+void PBImageBrowserView::perform(BrowserCommand command) {
+    switch (command) {
+    case BrowserCommand::ToggleFlag:
+        Q_EMIT flagToggleRequested();
+        break;
+    case BrowserCommand::RotateLeft:
+        Q_EMIT rotateLeftRequested();
+        break;
+    case BrowserCommand::RotateRight:
+        Q_EMIT rotateRightRequested();
+        break;
+    }
 }
 
 void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
     const BrowserModifiers modifiers = modifiersOf(event->modifiers());
     const auto key = keyOf(event->key());
-    if (key && !(*key == BrowserKey::Space && !_typed.isEmpty() &&
-                 _sinceTyped.elapsed() < QGuiApplication::styleHints()->keyboardInputInterval())) {
+    if (key && !(*key == BrowserKey::Space && isTyping())) {
         if (!_input.keyDown(*key, modifiers)) event->ignore();
         return;
     }
     if (event->key() == Qt::Key_F2 && !modifiers.hasCommandOrOther())
         return renameIndex(currentIndex());
     if (event->matches(QKeySequence::SelectAll)) {
-        if (_selection.selectAll(true, false)) selectDidChange();
+        if (_selection.selectAll(FoldedLeaves::Excluded)) selectDidChange();
         return;
     }
     const QString text = event->text();
@@ -167,10 +178,15 @@ void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
     typed(text);
 }
 
+/// Letters that come soon after one another make one beginning of a name.
+bool PBImageBrowserView::isTyping() const {
+    const int interval = QGuiApplication::styleHints()->keyboardInputInterval(); // milliseconds
+    return !_typed.isEmpty() && _scrollView.now() - _lastTyped < interval / 1000.0;
+}
+
 void PBImageBrowserView::typed(const QString& text) {
-    const int interval = QGuiApplication::styleHints()->keyboardInputInterval();
-    if (!_sinceTyped.isValid() || _sinceTyped.elapsed() >= interval) _typed.clear();
-    _sinceTyped.start();
+    if (!isTyping()) _typed.clear();
+    _lastTyped = _scrollView.now();
     // The same letter again goes on to the next name.
     if (_typed != text) _typed += text;
     _input.typeAhead(_typed);
@@ -221,7 +237,7 @@ void PBImageBrowserView::setSelectTimerScrollStep(int step) {
     if (step == 0) {
         _selectTimer.stop();
     } else if (!_selectTimer.isActive()) {
-        _selectTimer.start(selectTimerInterval, Qt::PreciseTimer, this);
+        _selectTimer.start(scrollFrameInterval, Qt::PreciseTimer, this);
     }
 }
 
@@ -234,7 +250,8 @@ void PBImageBrowserView::timerEvent(QTimerEvent* event) {
 }
 
 void PBImageBrowserView::beginDragOut(const PBImageBrowserIndex& index) {
-    const QStringList paths = _selection.selectedFilePath(_services.folderPaths(), true);
+    const QStringList paths =
+        _selection.selectedFilePath(_services.folderPaths(), FoldedLeaves::Included);
     const auto item = _leaves.imageFileAtIndex(index);
     if (paths.isEmpty() || !item) return;
     const QRectF target = _layout.hitTarget(_layout.cellRectAtIndex(index), index);
@@ -254,6 +271,7 @@ void PBImageBrowserView::beginDragOut(const PBImageBrowserIndex& index) {
 }
 
 void PBImageBrowserView::renameIndex(const PBImageBrowserIndex& index) {
+    platform::assertMainThread();
     if (!_leaves.imageFileAtIndex(index)) return;
     scrollIndexToVisible(index);
     beginRename(index);

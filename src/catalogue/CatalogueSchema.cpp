@@ -311,15 +311,6 @@ std::span<const CatalogueIndex> CatalogueSchema::filesIndexes() {
     return filesIndexList;
 }
 
-const CatalogueTable* CatalogueSchema::tableNamed(QStringView name) {
-    for (const auto tables : {filesTables(), thumbnailTables()}) {
-        for (const CatalogueTable& table : tables) {
-            if (table.name == name) return &table;
-        }
-    }
-    return nullptr;
-}
-
 const QStringList& CatalogueSchema::columnsOfTable(QStringView name) {
     return listNamed(columnLists(), name);
 }

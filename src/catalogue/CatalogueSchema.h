@@ -39,8 +39,6 @@ inline constexpr QStringView schemaVersion = u"1.0.1";
 /// The indexes of `files.db`.
 [[nodiscard]] std::span<const CatalogueIndex> filesIndexes();
 
-/// The table with exactly this name in either file; nullptr if there is none.
-[[nodiscard]] const CatalogueTable* tableNamed(QStringView name);
 /// All columns of a table in order; empty for an unknown table.
 [[nodiscard]] const QStringList& columnsOfTable(QStringView name);
 /// The columns of a metadata table (`Exif`, `ExifAux`, `Tiff`, `IPTC`, `GPS`) in order, without its

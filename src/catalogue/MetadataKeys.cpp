@@ -10,6 +10,8 @@ namespace PBUtilities {
 namespace {
 
 using KeyMapping = QString (*)(QStringView);
+/// What becomes of a dictionary within a property dictionary.
+enum class Nested { Dropped, BroughtToTheTop };
 
 constexpr QStringView exifTable = u"Exif";
 constexpr QStringView exifAuxTable = u"ExifAux";
@@ -30,11 +32,11 @@ PBValue columnValue(const PBValue& value) {
 }
 
 void convert(
-    const PBDictionary& properties, QStringView table, KeyMapping mapping, bool flatten,
+    const PBDictionary& properties, QStringView table, KeyMapping mapping, Nested nested,
     PBDictionary& result) {
     for (const auto& [key, value] : properties) {
-        if (const PBDictionary* nested = value.dictionary()) {
-            if (flatten) convert(*nested, table, mapping, flatten, result);
+        if (const PBDictionary* inner = value.dictionary()) {
+            if (nested == Nested::BroughtToTheTop) convert(*inner, table, mapping, nested, result);
             continue;
         }
         const QString column = mapping(key);
@@ -45,9 +47,9 @@ void convert(
 }
 
 PBDictionary
-converted(const PBDictionary& properties, QStringView table, KeyMapping mapping, bool flatten) {
+converted(const PBDictionary& properties, QStringView table, KeyMapping mapping, Nested nested) {
     PBDictionary result;
-    convert(properties, table, mapping, flatten, result);
+    convert(properties, table, mapping, nested, result);
     return result;
 }
 
@@ -98,23 +100,23 @@ QString databaseKeyFromIPTCKey(QStringView key) {
 }
 
 PBDictionary databaseDictFromExifPropDict(const PBDictionary& properties) {
-    return converted(properties, exifTable, databaseKeyFromExifKey, false);
+    return converted(properties, exifTable, databaseKeyFromExifKey, Nested::Dropped);
 }
 
 PBDictionary databaseDictFromExifAuxPropDict(const PBDictionary& properties) {
-    return converted(properties, exifAuxTable, databaseKeyFromExifAuxKey, false);
+    return converted(properties, exifAuxTable, databaseKeyFromExifAuxKey, Nested::Dropped);
 }
 
 PBDictionary databaseDictFromTiffPropDict(const PBDictionary& properties) {
-    return converted(properties, tiffTable, databaseKeyFromTiffKey, false);
+    return converted(properties, tiffTable, databaseKeyFromTiffKey, Nested::Dropped);
 }
 
 PBDictionary databaseDictFromIPTCPropDict(const PBDictionary& properties) {
-    return converted(properties, iptcTable, databaseKeyFromIPTCKey, true);
+    return converted(properties, iptcTable, databaseKeyFromIPTCKey, Nested::BroughtToTheTop);
 }
 
 PBDictionary databaseDictFromGPSPropDict(const PBDictionary& properties) {
-    return converted(properties, gpsTable, databaseKeyFromGPSKey, true);
+    return converted(properties, gpsTable, databaseKeyFromGPSKey, Nested::BroughtToTheTop);
 }
 
 PBDictionary propertyDictionaryFromArray(std::span<const PBValue> array, QStringView propertyType) {

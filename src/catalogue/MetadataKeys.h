@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
 
 #include <QString>
 #include <QStringView>

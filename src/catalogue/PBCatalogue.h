@@ -1,7 +1,7 @@
 #pragma once
 
 #include "catalogue/CatalogueSchema.h"
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,6 +1,7 @@
 #include "catalogue/PBCatalogue.h"
 
 #include "FMDB/FMDatabase.h"
+#include "platform/files/PathNames.h"
 
 #include <array>
 
@@ -119,8 +120,6 @@ QString PBCatalogue::pathOfFolderId(qint64 folderId, const FolderRootPaths& root
     const PBArray row = folderDataWithIdAndFields(
         folderId, {QStringLiteral("AliasId"), QStringLiteral("RelativePath")});
     if (row.size() != 2) return {};
-    QString path = roots.mountedPathOfAliasId(row[0].toInteger());
-    if (path.isEmpty() || row[1].isNull()) return path;
-    if (!path.endsWith(u'/')) path += u'/';
-    return path + row[1].toText();
+    const QString root = roots.mountedPathOfAliasId(row[0].toInteger());
+    return root.isEmpty() || row[1].isNull() ? root : platform::pathInFolder(root, row[1].toText());
 }

@@ -5,13 +5,13 @@
 
 #include <utility>
 
-PBRemoveThumbOperation::PBRemoveThumbOperation(std::vector<std::int64_t> fileArray, FMDatabase& db)
+PBRemoveThumbOperation::PBRemoveThumbOperation(std::vector<qint64> fileArray, FMDatabase& db)
     : _fileArray(std::move(fileArray)), _db(db) {}
 
 void PBRemoveThumbOperation::main() {
     if (!_db.beginTransaction()) return;
     PBCatalogue catalogue(_db);
-    for (const std::int64_t fileId : _fileArray) {
+    for (const qint64 fileId : _fileArray) {
         if (isCancelled()) break;
         catalogue.removeThumbnailWithFileId(fileId);
     }

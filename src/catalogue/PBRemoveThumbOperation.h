@@ -1,8 +1,9 @@
 #pragma once
 
-#include "platform/Operation.h"
+#include "platform/work/Operation.h"
 
-#include <cstdint>
+#include <QtGlobal>
+
 #include <vector>
 
 class FMDatabase;
@@ -12,12 +13,12 @@ class PBRemoveThumbOperation final : public platform::Operation {
 public:
     /// `db` is the connection to `thumbnail.db` that belongs to the queue; it outlives the
     /// operation.
-    PBRemoveThumbOperation(std::vector<std::int64_t> fileArray, FMDatabase& db);
+    PBRemoveThumbOperation(std::vector<qint64> fileArray, FMDatabase& db);
 
 protected:
     void main() override;
 
 private:
-    const std::vector<std::int64_t> _fileArray; // ids
+    const std::vector<qint64> _fileArray; // ids
     FMDatabase& _db;
 };

@@ -6,10 +6,4 @@ QString appName() {
     return QStringLiteral("velmora");
 }
 
-bool startAccessingSecurityScopedResource(const QUrl&) {
-    return true;
-}
-
-void stopAccessingSecurityScopedResource(const QUrl&) {}
-
 } // namespace PBUtilities

@@ -1,8 +1,8 @@
 #include "core/FileTypes.h"
 
 #include "core/Paths.h"
-#include "platform/FileManager.h"
-#include "platform/TypeIdentifiers.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/TypeIdentifiers.h"
 
 #include <algorithm>
 #include <span>
@@ -15,9 +15,6 @@ constexpr QStringView rawExtensions[] = {u"cr2", u"erf", u"fff", u"dcr", u"kdc",
                                          u"mef", u"raw", u"nef", u"orf", u"pef", u"arw",  u"sr2",
                                          u"srf", u"sti", u"3fr", u"rwl", u"crw", u"sraw", u"mrw",
                                          u"nrw", u"rw2", u"c3f", u"dng"};
-
-constexpr QStringView metadataExtensions[] = {u"jpeg", u"jpg", u"tiff", u"tif",
-                                              u"png",  u"gif", u"psd"};
 
 constexpr QStringView writableTypes[] = {
     u"public.jpeg", u"public.tiff", u"public.png", u"com.adobe.photoshop-image"};
@@ -39,14 +36,6 @@ QStringView pathExtension(QStringView path) {
 
 bool isRawFile(QStringView path) {
     return contains(rawExtensions, pathExtension(path));
-}
-
-bool supportIPTC(QStringView path) {
-    return contains(metadataExtensions, pathExtension(path)) || isRawFile(path);
-}
-
-bool supportExif(QStringView path) {
-    return supportIPTC(path);
 }
 
 bool conformsToUTIArray(QStringView type, const QStringList& types) {

@@ -14,9 +14,6 @@ namespace PBUtilities {
 
 /// The extension is one of the camera raw list.
 [[nodiscard]] bool isRawFile(QStringView path);
-/// The file can carry IPTC or EXIF metadata that the system shows.
-[[nodiscard]] bool supportIPTC(QStringView path);
-[[nodiscard]] bool supportExif(QStringView path);
 
 /// The type identifier conforms to at least one of the array; false for an empty array.
 [[nodiscard]] bool conformsToUTIArray(QStringView type, const QStringList& types);
@@ -26,7 +23,8 @@ namespace PBUtilities {
 [[nodiscard]] bool isUTISupportMetadata(QStringView type);
 
 /// A folder that another program shows as one document, such as a photo library or an application
-/// bundle on a drive that a Mac shares: its content is that program's own, and no scan enters it.
+/// bundle on a drive that another system shares: its content is that program's own, and no scan
+/// enters it.
 [[nodiscard]] bool isPackageFile(const QString& path);
 
 } // namespace PBUtilities

@@ -78,6 +78,7 @@ private:
 };
 
 std::optional<int> offsetOfDay(qint64 julianDay) {
+    // Of each thread its own: this is asked for every image of every operation.
     thread_local DayOffsets offsets;
     return offsets.ofDay(julianDay);
 }

@@ -34,6 +34,7 @@ QCollatorSortKey localizedSortKey(const QString& text) {
 }
 
 QCollatorSortKey recentSortKey(const QString& text) {
+    // Of each thread its own, like the collator that made them: no comparison takes a lock.
     thread_local QHash<QString, QCollatorSortKey> recentKeys;
     if (const auto known = recentKeys.constFind(text); known != recentKeys.cend()) return *known;
     if (recentKeys.size() >= maximalRecentKeys) recentKeys.clear();

@@ -45,7 +45,7 @@ PBOpenFiles::PBOpenFiles(PBOpenFolderArray openFileArray)
 }
 
 std::vector<PBOpenFiles::OpenFolder> PBOpenFiles::openFileArray() const {
-    const std::lock_guard lock(_monitor);
+    const platform::Lock lock(_monitor);
     std::vector<OpenFolder> folders;
     for (const auto& folder : _openFileArray) {
         folders.push_back(
@@ -54,24 +54,17 @@ std::vector<PBOpenFiles::OpenFolder> PBOpenFiles::openFileArray() const {
     return folders;
 }
 
-void PBOpenFiles::setOpenFileArray(PBOpenFolderArray openFileArray) {
-    const std::lock_guard lock(_monitor);
-    _openFileArray = std::move(openFileArray);
-    sortById(_openFileArray, &PBOpenFolderObject::folderId);
-    _openSubFolderArray.clear();
-    _notOpenFileArray.clear();
+PBOpenFiles::FolderMatch PBOpenFiles::matchFolder(qint64 folderId, const QString& folderPath) {
+    const platform::Lock lock(_monitor);
+    const auto [kind, folder] = findFolder(folderId, folderPath);
+    if (!folder) return {kind, {}, {}};
+    return {kind, copyOf(folder->fileArray), copyOf(folder->focusOpenFileObj)};
 }
 
-PBOpenFiles::FolderMatch
-PBOpenFiles::matchFolder(std::int64_t folderId, const QString& folderPath) {
-    const std::lock_guard lock(_monitor);
-    const auto asked = [](const PBOpenFolderObject& folder) {
-        return FolderMatch{
-            FolderMatch::Asked, copyOf(folder.fileArray), copyOf(folder.focusOpenFileObj)};
-    };
+PBOpenFiles::Found PBOpenFiles::findFolder(qint64 folderId, const QString& folderPath) {
     if (folderId > 0) {
-        if (const auto* folder = openFolder(folderId)) return asked(*folder);
-        if (find(_openSubFolderArray, folderId)) return {FolderMatch::BelowAsked, {}, {}};
+        if (auto* folder = find(_openFileArray, folderId)) return {FolderMatch::Asked, folder};
+        if (find(_openSubFolderArray, folderId)) return {FolderMatch::BelowAsked, nullptr};
         if (find(_notOpenFileArray, folderId)) return {};
     }
     // A copy, since a new id moves the entry.
@@ -79,11 +72,11 @@ PBOpenFiles::matchFolder(std::int64_t folderId, const QString& folderPath) {
         const int place = PBUtilities::comparePath(folder->folderPath, folderPath);
         if (place == 0) {
             setFolderId(*folder, folderId);
-            return asked(*folder);
+            return {FolderMatch::Asked, folder.get()};
         }
         if (place == 1 && folder->fileArray.empty()) {
             remember(_openSubFolderArray, folderId);
-            return {FolderMatch::BelowAsked, {}, {}};
+            return {FolderMatch::BelowAsked, nullptr};
         }
     }
     remember(_notOpenFileArray, folderId);
@@ -91,31 +84,13 @@ PBOpenFiles::matchFolder(std::int64_t folderId, const QString& folderPath) {
 }
 
 bool PBOpenFiles::matchFileInFolder(
-    std::int64_t folderId, const QString& folderPath, std::int64_t fileId,
-    const QString& fileName) {
-    const std::lock_guard lock(_monitor);
-    if (folderId > 0) {
-        if (auto* folder = openFolder(folderId)) return matchFile(*folder, fileId, fileName);
-        if (find(_openSubFolderArray, folderId)) return true;
-        if (find(_notOpenFileArray, folderId)) return false;
-    }
-    for (const auto& folder : PBOpenFolderArray(_openFileArray)) {
-        const int place = PBUtilities::comparePath(folder->folderPath, folderPath);
-        if (place == 0) {
-            setFolderId(*folder, folderId);
-            return matchFile(*folder, fileId, fileName);
-        }
-        if (place == 1 && folder->fileArray.empty()) {
-            remember(_openSubFolderArray, folderId);
-            return true;
-        }
-    }
-    remember(_notOpenFileArray, folderId);
-    return false;
+    qint64 folderId, const QString& folderPath, qint64 fileId, const QString& fileName) {
+    const platform::Lock lock(_monitor);
+    const auto [kind, folder] = findFolder(folderId, folderPath);
+    return folder ? matchFile(*folder, fileId, fileName) : kind == FolderMatch::BelowAsked;
 }
 
-bool PBOpenFiles::matchFile(
-    PBOpenFolderObject& folder, std::int64_t fileId, const QString& fileName) {
+bool PBOpenFiles::matchFile(PBOpenFolderObject& folder, qint64 fileId, const QString& fileName) {
     if (folder.fileArray.empty()) return true;
     const PBOpenFileObject wanted{fileId, {}};
     if (fileId > 0) {
@@ -132,31 +107,28 @@ bool PBOpenFiles::matchFile(
     }
     if (fileId > 0) {
         sortAddObject(
-            folder.notFileArray, std::make_shared<PBOpenFileObject>(wanted), 0, false, false);
+            folder.notFileArray, std::make_shared<PBOpenFileObject>(wanted), 0, false,
+            EqualElements::Refused);
     }
     return false;
 }
 
-PBOpenFolderObject* PBOpenFiles::openFolder(std::int64_t folderId) const {
-    return find(_openFileArray, folderId);
-}
-
-void PBOpenFiles::setFolderId(PBOpenFolderObject& folder, std::int64_t folderId) {
+void PBOpenFiles::setFolderId(PBOpenFolderObject& folder, qint64 folderId) {
     if (folderId <= 0) return;
     folder.folderId = folderId;
     sortById(_openFileArray, &PBOpenFolderObject::folderId);
 }
 
-PBOpenFolderObject* PBOpenFiles::find(const PBOpenFolderArray& array, std::int64_t folderId) {
+PBOpenFolderObject* PBOpenFiles::find(const PBOpenFolderArray& array, qint64 folderId) {
     PBOpenFolderObject wanted;
     wanted.folderId = folderId;
     const std::int64_t index = sortIndexOfObject(array, wanted, 0, false);
     return index == NSNotFound ? nullptr : array[static_cast<std::size_t>(index)].get();
 }
 
-void PBOpenFiles::remember(PBOpenFolderArray& array, std::int64_t folderId) {
+void PBOpenFiles::remember(PBOpenFolderArray& array, qint64 folderId) {
     if (folderId <= 0) return;
     auto folder = std::make_shared<PBOpenFolderObject>();
     folder->folderId = folderId;
-    sortAddObject(array, std::move(folder), 0, false, false);
+    sortAddObject(array, std::move(folder), 0, false, EqualElements::Refused);
 }

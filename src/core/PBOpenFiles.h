@@ -1,17 +1,17 @@
 #pragma once
 
 #include "core/SortedArray.h"
+#include "platform/work/Mutex.h"
 
 #include <QString>
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 /// A file that the user asked to open. Ids are 0 until they are known.
 struct PBOpenFileObject {
-    std::int64_t fileId = 0;
+    qint64 fileId = 0;
     QString fileName;
 
     [[nodiscard]] std::int64_t sortCompare(const PBOpenFileObject& other, int context) const;
@@ -20,7 +20,7 @@ using PBOpenFileArray = std::vector<std::shared_ptr<PBOpenFileObject>>;
 
 /// A folder that the user asked to open, whole or for some of its files.
 struct PBOpenFolderObject {
-    std::int64_t folderId = 0;
+    qint64 folderId = 0;
     QString folderPath;
     /// The file to show first; may be empty.
     std::shared_ptr<PBOpenFileObject> focusOpenFileObj;
@@ -58,28 +58,31 @@ public:
 
     /// What was asked for, as it stands now.
     [[nodiscard]] std::vector<OpenFolder> openFileArray() const;
-    /// Also forgets what was found out.
-    void setOpenFileArray(PBOpenFolderArray openFileArray);
 
     /// Whether the folder is one of those asked for, or lies below one that was asked for whole. An
     /// id of 0 is none.
-    [[nodiscard]] FolderMatch matchFolder(std::int64_t folderId, const QString& folderPath);
+    [[nodiscard]] FolderMatch matchFolder(qint64 folderId, const QString& folderPath);
     /// Whether the file belongs to the request.
     [[nodiscard]] bool matchFileInFolder(
-        std::int64_t folderId, const QString& folderPath, std::int64_t fileId,
-        const QString& fileName);
+        qint64 folderId, const QString& folderPath, qint64 fileId, const QString& fileName);
 
 private:
+    struct Found {
+        FolderMatch::Kind kind = FolderMatch::Outside;
+        PBOpenFolderObject* folder = nullptr; // only for `Asked`
+    };
+    [[nodiscard]] Found findFolder(qint64 folderId, const QString& folderPath)
+        VELMORA_REQUIRES(_monitor);
     [[nodiscard]] static bool
-    matchFile(PBOpenFolderObject& folder, std::int64_t fileId, const QString& fileName);
-    [[nodiscard]] PBOpenFolderObject* openFolder(std::int64_t folderId) const;
-    void setFolderId(PBOpenFolderObject& folder, std::int64_t folderId);
-    [[nodiscard]] static PBOpenFolderObject*
-    find(const PBOpenFolderArray& array, std::int64_t folderId);
-    static void remember(PBOpenFolderArray& array, std::int64_t folderId);
+    matchFile(PBOpenFolderObject& folder, qint64 fileId, const QString& fileName);
+    void setFolderId(PBOpenFolderObject& folder, qint64 folderId) VELMORA_REQUIRES(_monitor);
+    [[nodiscard]] static PBOpenFolderObject* find(const PBOpenFolderArray& array, qint64 folderId);
+    static void remember(PBOpenFolderArray& array, qint64 folderId);
 
-    mutable std::mutex _monitor;      // guards all below, with what it points to
-    PBOpenFolderArray _openFileArray; // sorted by id, like the others
-    PBOpenFolderArray _openSubFolderArray;
-    PBOpenFolderArray _notOpenFileArray;
+    /// Guards also what the arrays point to, and what that points to.
+    mutable platform::Mutex _monitor;
+    /// Sorted by id, like the others.
+    PBOpenFolderArray _openFileArray VELMORA_GUARDED_BY(_monitor);
+    PBOpenFolderArray _openSubFolderArray VELMORA_GUARDED_BY(_monitor);
+    PBOpenFolderArray _notOpenFileArray VELMORA_GUARDED_BY(_monitor);
 };

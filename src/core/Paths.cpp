@@ -40,13 +40,6 @@ private:
     qsizetype _position = 0;
 };
 
-QStringList localPaths(const QList<QUrl>& urls) {
-    QStringList paths;
-    for (const QUrl& url : urls)
-        paths.append(url.path());
-    return paths;
-}
-
 } // namespace
 
 QStringList pathComponents(QStringView path) {
@@ -82,10 +75,6 @@ int comparePath(QStringView path, QStringView otherPath) {
     }
 }
 
-int compareURL(const QUrl& url, const QUrl& otherURL) {
-    return comparePath(url.path(), otherURL.path());
-}
-
 QString ancestorOfPath(QStringView path, QStringView otherPath) {
     QStringList common;
     Components left(path);
@@ -109,10 +98,6 @@ bool isEqualPathArray(const QStringList& pathArray, const QStringList& otherPath
     return std::ranges::equal(left, right, [](const QString& path, const QString& other) {
         return sameName(path, other);
     });
-}
-
-bool isEqualURLArray(const QList<QUrl>& urlArray, const QList<QUrl>& otherURLArray) {
-    return isEqualPathArray(localPaths(urlArray), localPaths(otherURLArray));
 }
 
 bool isEqualGroupTypeArray(

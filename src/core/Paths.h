@@ -3,7 +3,6 @@
 #include <QString>
 #include <QStringList>
 #include <QStringView>
-#include <QUrl>
 
 #include <cstdint>
 #include <span>
@@ -21,8 +20,6 @@ namespace PBUtilities {
 /// 0: the same path, also when both are empty. 1: `path` lies above `otherPath`. -1: `path` lies
 /// below it. -2: unrelated, or only one of them is empty.
 [[nodiscard]] int comparePath(QStringView path, QStringView otherPath);
-/// `comparePath` of the two local paths; an empty URL has an empty path.
-[[nodiscard]] int compareURL(const QUrl& url, const QUrl& otherURL);
 
 /// The deepest common folder, in the first path's spelling; "/" when there is none.
 [[nodiscard]] QString ancestorOfPath(QStringView path, QStringView otherPath);
@@ -30,7 +27,6 @@ namespace PBUtilities {
 /// The same paths in any order and case.
 [[nodiscard]] bool
 isEqualPathArray(const QStringList& pathArray, const QStringList& otherPathArray);
-[[nodiscard]] bool isEqualURLArray(const QList<QUrl>& urlArray, const QList<QUrl>& otherURLArray);
 /// The same numbers in the same order.
 [[nodiscard]] bool isEqualGroupTypeArray(
     std::span<const int> groupTypeArray, std::span<const int> otherGroupTypeArray);

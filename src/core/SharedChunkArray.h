@@ -49,10 +49,10 @@ public:
 
     void push_back(T element) { insertAt(size(), std::move(element)); }
     /// Inserts before the position.
-    void insert(const_iterator position, T element) {
+    void insert(const const_iterator& position, T element) {
         insertAt(position.index(), std::move(element));
     }
-    void erase(const_iterator position);
+    void erase(const const_iterator& position);
     /// Removes every element for which the predicate answers true; it is asked once for each, in
     /// order. Answers how many went.
     template <typename Predicate>
@@ -138,7 +138,7 @@ void SharedChunkArray<T, chunkCapacity>::split(std::size_t slot) {
 }
 
 template <typename T, std::size_t chunkCapacity>
-void SharedChunkArray<T, chunkCapacity>::erase(const_iterator position) {
+void SharedChunkArray<T, chunkCapacity>::erase(const const_iterator& position) {
     const std::size_t slot = slotOf(position.index());
     Chunk& chunk = ownChunk(slot);
     chunk.erase(chunk.begin() + static_cast<std::ptrdiff_t>(position.index() - beginOf(slot)));

@@ -56,14 +56,17 @@ private:
 
 } // namespace core
 
+/// What becomes of an element that is equal to one in the array.
+enum class EqualElements { Refused, AddedBehind };
+
 /// Inserts `object` keeping the order, by binary search. Answers the object inserted, or the equal
-/// element that is there already, in which case `object` is dropped; with `addOrderedSame` equal
-/// elements go behind those already there. The array is a vector of pointers or anything that is
+/// element that is there already, in which case `object` is dropped; unless equal elements are to
+/// go behind those already there. The array is a vector of pointers or anything that is
 /// indexed and inserted into like one.
 template <typename Array, typename Context>
 typename std::pointer_traits<typename Array::value_type>::element_type* sortAddObject(
     Array& array, typename Array::value_type object, const Context& context, bool order,
-    bool addOrderedSame) {
+    EqualElements equalElements) {
     core::BinaryProbe probe(array.size());
     while (probe.isOpen()) {
         auto* element = std::to_address(array[probe.middle()]);
@@ -71,7 +74,7 @@ typename std::pointer_traits<typename Array::value_type>::element_type* sortAddO
         const std::int64_t result = element->sortCompare(*object, context);
         if (result != 0) {
             probe.move(result, order);
-        } else if (addOrderedSame) {
+        } else if (equalElements == EqualElements::AddedBehind) {
             probe.moveRight();
         } else {
             return element;

@@ -1,7 +1,7 @@
 #include "core/Texts.h"
 
 #include "core/LocalTime.h"
-#include "platform/LocalizedTexts.h"
+#include "platform/program/LocalizedTexts.h"
 
 #include <QDateTime>
 

@@ -3,8 +3,10 @@
 #include "catalogue/PBCatalogue.h"
 #include "group/FolderPaths.h"
 #include "group/PBImageFileItem.h"
-#include "platform/FileManager.h"
-#include "platform/LocalizedTexts.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/PathNames.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/MainThread.h"
 
 namespace fileactions {
 
@@ -27,6 +29,7 @@ QString textOf(const std::error_code& error, const QString& fileName) {
 RenameOutcome renameImageFile(
     PBImageFileItem& item, const QString& fileName, FMDatabase& mainFileDb,
     const group::FolderPaths& folders) {
+    platform::assertMainThread();
     const QString oldName = item.fileName();
     if (fileName.isEmpty() || fileName == oldName) return {};
     const bool isFolderName = fileName == QStringView(u".") || fileName == QStringView(u"..");
@@ -35,8 +38,8 @@ RenameOutcome renameImageFile(
     const QString folder = folders.pathOfFolderId(item.folderId());
     if (folder.isEmpty()) return failed(platform::localizedString(u"RenameFolderAbsent"));
 
-    const QString oldPath = folder + u'/' + oldName;
-    const QString newPath = folder + u'/' + fileName;
+    const QString oldPath = platform::pathInFolder(folder, oldName);
+    const QString newPath = platform::pathInFolder(folder, fileName);
     if (const std::error_code error = moveItem(oldPath, newPath))
         return failed(textOf(error, fileName));
     if (!PBCatalogue(mainFileDb).updateImageFileWithIdFileName(item.fileId(), fileName)) {

@@ -1,8 +1,8 @@
 #include "group/AddressOrder.h"
 
 #include "core/LocalizedCompare.h"
-#include "info/geo/Addresses.h"
-#include "platform/Geocoder.h"
+#include "places/Addresses.h"
+#include "places/Geocoder.h"
 
 #include <QHash>
 
@@ -12,7 +12,7 @@ namespace group {
 
 namespace {
 
-namespace AddressKeys = platform::AddressKeys;
+namespace AddressKeys = places::AddressKeys;
 
 std::optional<QCollatorSortKey> keyOf(const QString& text) {
     if (text.isEmpty()) return std::nullopt;
@@ -21,9 +21,7 @@ std::optional<QCollatorSortKey> keyOf(const QString& text) {
 
 QString partOf(const PBValue& address, const QString& key) {
     const PBDictionary* dictionary = address.dictionary();
-    if (!dictionary) return {};
-    const auto entry = dictionary->find(key);
-    const QString* text = entry == dictionary->end() ? nullptr : entry->second.getIf<QString>();
+    const QString* text = dictionary ? valueForKey(*dictionary, key).getIf<QString>() : nullptr;
     return text ? *text : QString();
 }
 
@@ -38,7 +36,8 @@ AddressOrder::AddressOrder(const PBValue& address)
           keyOf(partOf(address, AddressKeys::name))} {}
 
 int AddressOrder::compareKeys(const Key& key, const Key& other) {
-    if (!key || !other) return int(other.has_value()) - int(key.has_value());
+    if (!key || !other)
+        return static_cast<int>(other.has_value()) - static_cast<int>(key.has_value());
     return PBUtilities::compareSortKeys(*key, *other);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
 
 #include <QCollatorSortKey>
 
@@ -10,8 +10,9 @@
 
 namespace group {
 
-/// An address in the form in which place groups are compared: as `compareAddressDictionary` orders
-/// the dictionaries, without putting their texts together each time. Immutable; any thread.
+/// An address in the form in which place groups are compared: 0 for the same long
+/// text, else by country and on downwards to the name, and in the end by the long text. What has no
+/// text comes after what has. Immutable; any thread.
 class AddressOrder {
 public:
     explicit AddressOrder(const PBValue& address);

@@ -1,6 +1,6 @@
 #include "group/CodedFields.h"
 
-#include "platform/LocalizedTexts.h"
+#include "platform/program/LocalizedTexts.h"
 
 #include <algorithm>
 #include <iterator>

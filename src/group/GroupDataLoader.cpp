@@ -60,13 +60,6 @@ QStringList columnsOf(const ColumnDescriptors& descriptors) {
     return columns;
 }
 
-const QStringList& positionColumns() {
-    static const QStringList columns{
-        QStringLiteral("LatitudeRef"), QStringLiteral("Latitude"), QStringLiteral("LongitudeRef"),
-        QStringLiteral("Longitude")};
-    return columns;
-}
-
 } // namespace
 
 PBValue locationFromColumns(std::span<const PBValue> columns, bool acceptMissing) {

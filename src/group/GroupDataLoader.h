@@ -3,7 +3,7 @@
 #include "group/GroupTypes.h"
 #include "group/MetadataRows.h"
 #include "group/PBImageFileItem.h"
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
 
 #include <optional>
 #include <span>

@@ -14,12 +14,12 @@ namespace {
 int compareNumbers(double number, double other) {
     if (number < other) return -1;
     if (number > other) return 1;
-    return int(std::isnan(number)) - int(std::isnan(other));
+    return static_cast<int>(std::isnan(number)) - static_cast<int>(std::isnan(other));
 }
 
 bool isNumericType(int type) {
     return (type >= FileSizeBucket && type <= Resolution) || type == Flag || type == StarRating ||
-           (type > 19 && type < FirstIPTC);
+           (type >= FocalLength && type < FirstIPTC);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "group/AddressOrder.h"
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
 
 #include <QCollatorSortKey>
 

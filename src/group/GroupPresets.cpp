@@ -1,7 +1,8 @@
 #include "group/GroupPresets.h"
 
-#include "platform/LocalizedTexts.h"
-#include "platform/UserDefaults.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/program/UserDefaults.h"
+#include "platform/work/MainThread.h"
 
 #include <QStringList>
 
@@ -64,6 +65,7 @@ std::vector<GroupChain> GroupPresets::chains() const {
 }
 
 void GroupPresets::store(const std::vector<GroupChain>& chains) {
+    platform::assertMainThread();
     _settings.setIntegerArrays(chains, settingsKey());
 }
 

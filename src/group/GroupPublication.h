@@ -18,7 +18,7 @@ struct GroupPublication {
     bool updateScrollCapture = false;
 
     /// Whether the tree that was copied is this one.
-    [[nodiscard]] bool isOf(const std::shared_ptr<const PBGroupItemArray>& workTree) const {
+    [[nodiscard]] bool isOf(const std::weak_ptr<const PBGroupItemArray>& workTree) const {
         return !workGroupItemArray.owner_before(workTree) &&
                !workTree.owner_before(workGroupItemArray);
     }

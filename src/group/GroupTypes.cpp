@@ -1,6 +1,6 @@
 #include "group/GroupTypes.h"
 
-#include "platform/LocalizedTexts.h"
+#include "platform/program/LocalizedTexts.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +12,6 @@ namespace {
 
 using K = IconName::Kind;
 using S = GroupSource;
-using M = GroupMenuHeading;
 
 struct Row {
     QStringView dbKey;
@@ -21,76 +20,75 @@ struct Row {
     QStringView icon;
     bool ascending;
     GroupSource source;
-    GroupMenuHeading menu;
 };
 
 /// The one table of the types; a row's index is its number.
 // clang-format off
 constexpr std::array<Row, groupTypeCount> table{{
-    {u"", u"", K::Named, u"total_n", true, S::None, M::None}, // 0
-    {u"ModificationDate", u"GroupType_ModifiedDate_Year", K::Named, u"date_n", false, S::Item, M::General}, // 1
-    {u"ModificationDate", u"GroupType_ModifiedDate_Month", K::Named, u"date_n", false, S::Item, M::General}, // 2
-    {u"DateTimeOriginal", u"GroupType_CaptureDate_Year", K::Named, u"date_n", false, S::Exif, M::EXIF}, // 3
-    {u"DateTimeOriginal", u"GroupType_CaptureDate_Month", K::Named, u"date_n", false, S::Exif, M::EXIF}, // 4
-    {u"", u"GroupType_Folder", K::Folder, u"", true, S::Task, M::General}, // 5
-    {u"UTIType", u"UTIType", K::TypeIdentifier, u"public.image", true, S::Row, M::General}, // 6
-    {u"FileSize", u"FileSize", K::Named, u"fileSize_n", true, S::Item, M::General}, // 7
-    {u"", u"ImageSize", K::Named, u"fileSize_n", true, S::Item, M::General}, // 8
-    {u"ImageDPI", u"ImageDPI", K::Named, u"dpi_n", true, S::Row, M::General}, // 9
-    {u"ColorModel", u"ColorModel", K::Named, u"colorModel_n", true, S::Row, M::None}, // 10
-    {u"FileFlag", u"FileFlag", K::Named, u"flag_16_s", false, S::Row, M::General}, // 11
-    {u"FileStars", u"FileStars", K::Named, u"star_16_s", false, S::Row, M::General}, // 12
-    {u"Tag", u"Tag", K::Named, u"tag_n", true, S::Row, M::General}, // 13
-    {u"", u"Location", K::Named, u"location_n", true, S::GPS, M::General}, // 14
-    {u"Make", u"Make", K::Named, u"camera_n", true, S::Tiff, M::EXIF}, // 15
-    {u"Model", u"Model", K::Named, u"camera_n", true, S::Tiff, M::EXIF}, // 16
-    {u"LensMake", u"LensMake", K::Named, u"lens_n", true, S::Exif, M::None}, // 17
-    {u"LensModel", u"LensModel", K::Named, u"lens_n", true, S::ExifAux, M::EXIF}, // 18
-    {u"LensInfo", u"LensInfo", K::Named, u"lens_n", true, S::ExifAux, M::None}, // 19
-    {u"FocalLength", u"FocalLength", K::Named, u"focal_n", true, S::Exif, M::EXIF}, // 20
-    {u"FNumber", u"FNumber", K::Named, u"aperture_n", true, S::Exif, M::EXIF}, // 21
-    {u"ExposureTime", u"ExposureTime", K::Named, u"exposure_n", true, S::Exif, M::EXIF}, // 22
-    {u"ExposureBiasValue", u"ExposureBiasValue", K::Named, u"exposure_n", true, S::Exif, M::EXIF}, // 23
-    {u"ExposureMode", u"ExposureMode", K::Named, u"exposure_n", true, S::Exif, M::EXIF}, // 24
-    {u"ExposureProgram", u"ExposureProgram", K::Named, u"exposure_n", true, S::Exif, M::EXIF}, // 25
-    {u"ISOSpeedRatings", u"ISOSpeedRatings", K::Named, u"iso_n", true, S::Exif, M::EXIF}, // 26
-    {u"FocusDistance", u"FocusDistance", K::Named, u"focal_n", true, S::ExifAux, M::EXIF}, // 27
-    {u"SubjectDistance", u"SubjectDistance", K::FileExtension, u"jpeg", true, S::None, M::None}, // 28
-    {u"Flash", u"Flash", K::Named, u"flash_n", true, S::Exif, M::EXIF}, // 29
-    {u"MeteringMode", u"MeteringMode", K::FileExtension, u"jpeg", true, S::Exif, M::EXIF}, // 30
-    {u"WhiteBalance", u"WhiteBalance", K::Named, u"whitebalance_n", true, S::Exif, M::EXIF}, // 31
-    {u"Contrast", u"Contrast", K::Named, u"contrast_n", true, S::Exif, M::EXIF}, // 32
-    {u"Saturation", u"Saturation", K::Named, u"saturation_n", true, S::Exif, M::EXIF}, // 33
-    {u"Sharpness", u"Sharpness", K::Named, u"sharpness_n", true, S::Exif, M::EXIF}, // 34
-    {u"ObjectName", u"ObjectName", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 35
-    {u"Headline", u"Headline", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 36
-    {u"Caption_Abstract", u"Caption_Abstract", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 37
-    {u"Writer_Editor", u"Writer_Editor", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 38
-    {u"Keywords", u"Keywords", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 39
-    {u"SubjectReference", u"SubjectReference", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 40
-    {u"Byline", u"Byline", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 41
-    {u"BylineTitle", u"BylineTitle", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 42
-    {u"CiAdrExtadr", u"CiAdrExtadr", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 43
-    {u"CiAdrCity", u"CiAdrCity", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 44
-    {u"CiAdrRegion", u"CiAdrRegion", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 45
-    {u"CiAdrPcode", u"CiAdrPcode", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 46
-    {u"CiAdrCtry", u"CiAdrCtry", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 47
-    {u"CiTelWork", u"CiTelWork", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 48
-    {u"CiEmailWork", u"CiEmailWork", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 49
-    {u"CiUrlWork", u"CiUrlWork", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 50
-    {u"CopyrightNotice", u"CopyrightNotice", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 51
-    {u"UsageTerms", u"UsageTerms", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 52
-    {u"ObjectAttributeReference", u"ObjectAttributeReference", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 53
-    {u"Scene", u"Scene", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 54
-    {u"SubLocation", u"SubLocation", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 55
-    {u"City", u"City", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 56
-    {u"Province_State", u"Province_State", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 57
-    {u"Country_PrimaryLocationName", u"Country_PrimaryLocationName", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 58
-    {u"Country_PrimaryLocationCode", u"Country_PrimaryLocationCode", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 59
-    {u"OriginalTransmissionReference", u"OriginalTransmissionReference", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 60
-    {u"SpecialInstructions", u"SpecialInstructions", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 61
-    {u"Source", u"Source", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 62
-    {u"Credit", u"Credit", K::Named, u"iptc_n", true, S::IPTC, M::IPTC}, // 63
+    {u"", u"", K::Named, u"total_n", true, S::None}, // 0
+    {u"ModificationDate", u"GroupType_ModifiedDate_Year", K::Named, u"date_n", false, S::Item}, // 1
+    {u"ModificationDate", u"GroupType_ModifiedDate_Month", K::Named, u"date_n", false, S::Item}, // 2
+    {u"DateTimeOriginal", u"GroupType_CaptureDate_Year", K::Named, u"date_n", false, S::Exif}, // 3
+    {u"DateTimeOriginal", u"GroupType_CaptureDate_Month", K::Named, u"date_n", false, S::Exif}, // 4
+    {u"", u"GroupType_Folder", K::Folder, u"", true, S::Task}, // 5
+    {u"UTIType", u"UTIType", K::TypeIdentifier, u"public.image", true, S::Row}, // 6
+    {u"FileSize", u"FileSize", K::Named, u"fileSize_n", true, S::Item}, // 7
+    {u"", u"ImageSize", K::Named, u"fileSize_n", true, S::Item}, // 8
+    {u"ImageDPI", u"ImageDPI", K::Named, u"dpi_n", true, S::Row}, // 9
+    {u"ColorModel", u"ColorModel", K::Named, u"colorModel_n", true, S::Row}, // 10
+    {u"FileFlag", u"FileFlag", K::Named, u"flag_16_s", false, S::Row}, // 11
+    {u"FileStars", u"FileStars", K::Named, u"star_16_s", false, S::Row}, // 12
+    {u"Tag", u"Tag", K::Named, u"tag_n", true, S::Row}, // 13
+    {u"", u"Location", K::Named, u"location_n", true, S::GPS}, // 14
+    {u"Make", u"Make", K::Named, u"camera_n", true, S::Tiff}, // 15
+    {u"Model", u"Model", K::Named, u"camera_n", true, S::Tiff}, // 16
+    {u"LensMake", u"LensMake", K::Named, u"lens_n", true, S::Exif}, // 17
+    {u"LensModel", u"LensModel", K::Named, u"lens_n", true, S::ExifAux}, // 18
+    {u"LensInfo", u"LensInfo", K::Named, u"lens_n", true, S::ExifAux}, // 19
+    {u"FocalLength", u"FocalLength", K::Named, u"focal_n", true, S::Exif}, // 20
+    {u"FNumber", u"FNumber", K::Named, u"aperture_n", true, S::Exif}, // 21
+    {u"ExposureTime", u"ExposureTime", K::Named, u"exposure_n", true, S::Exif}, // 22
+    {u"ExposureBiasValue", u"ExposureBiasValue", K::Named, u"exposure_n", true, S::Exif}, // 23
+    {u"ExposureMode", u"ExposureMode", K::Named, u"exposure_n", true, S::Exif}, // 24
+    {u"ExposureProgram", u"ExposureProgram", K::Named, u"exposure_n", true, S::Exif}, // 25
+    {u"ISOSpeedRatings", u"ISOSpeedRatings", K::Named, u"iso_n", true, S::Exif}, // 26
+    {u"FocusDistance", u"FocusDistance", K::Named, u"focal_n", true, S::ExifAux}, // 27
+    {u"SubjectDistance", u"SubjectDistance", K::FileExtension, u"jpeg", true, S::None}, // 28
+    {u"Flash", u"Flash", K::Named, u"flash_n", true, S::Exif}, // 29
+    {u"MeteringMode", u"MeteringMode", K::FileExtension, u"jpeg", true, S::Exif}, // 30
+    {u"WhiteBalance", u"WhiteBalance", K::Named, u"whitebalance_n", true, S::Exif}, // 31
+    {u"Contrast", u"Contrast", K::Named, u"contrast_n", true, S::Exif}, // 32
+    {u"Saturation", u"Saturation", K::Named, u"saturation_n", true, S::Exif}, // 33
+    {u"Sharpness", u"Sharpness", K::Named, u"sharpness_n", true, S::Exif}, // 34
+    {u"ObjectName", u"ObjectName", K::Named, u"iptc_n", true, S::IPTC}, // 35
+    {u"Headline", u"Headline", K::Named, u"iptc_n", true, S::IPTC}, // 36
+    {u"Caption_Abstract", u"Caption_Abstract", K::Named, u"iptc_n", true, S::IPTC}, // 37
+    {u"Writer_Editor", u"Writer_Editor", K::Named, u"iptc_n", true, S::IPTC}, // 38
+    {u"Keywords", u"Keywords", K::Named, u"iptc_n", true, S::IPTC}, // 39
+    {u"SubjectReference", u"SubjectReference", K::Named, u"iptc_n", true, S::IPTC}, // 40
+    {u"Byline", u"Byline", K::Named, u"iptc_n", true, S::IPTC}, // 41
+    {u"BylineTitle", u"BylineTitle", K::Named, u"iptc_n", true, S::IPTC}, // 42
+    {u"CiAdrExtadr", u"CiAdrExtadr", K::Named, u"iptc_n", true, S::IPTC}, // 43
+    {u"CiAdrCity", u"CiAdrCity", K::Named, u"iptc_n", true, S::IPTC}, // 44
+    {u"CiAdrRegion", u"CiAdrRegion", K::Named, u"iptc_n", true, S::IPTC}, // 45
+    {u"CiAdrPcode", u"CiAdrPcode", K::Named, u"iptc_n", true, S::IPTC}, // 46
+    {u"CiAdrCtry", u"CiAdrCtry", K::Named, u"iptc_n", true, S::IPTC}, // 47
+    {u"CiTelWork", u"CiTelWork", K::Named, u"iptc_n", true, S::IPTC}, // 48
+    {u"CiEmailWork", u"CiEmailWork", K::Named, u"iptc_n", true, S::IPTC}, // 49
+    {u"CiUrlWork", u"CiUrlWork", K::Named, u"iptc_n", true, S::IPTC}, // 50
+    {u"CopyrightNotice", u"CopyrightNotice", K::Named, u"iptc_n", true, S::IPTC}, // 51
+    {u"UsageTerms", u"UsageTerms", K::Named, u"iptc_n", true, S::IPTC}, // 52
+    {u"ObjectAttributeReference", u"ObjectAttributeReference", K::Named, u"iptc_n", true, S::IPTC}, // 53
+    {u"Scene", u"Scene", K::Named, u"iptc_n", true, S::IPTC}, // 54
+    {u"SubLocation", u"SubLocation", K::Named, u"iptc_n", true, S::IPTC}, // 55
+    {u"City", u"City", K::Named, u"iptc_n", true, S::IPTC}, // 56
+    {u"Province_State", u"Province_State", K::Named, u"iptc_n", true, S::IPTC}, // 57
+    {u"Country_PrimaryLocationName", u"Country_PrimaryLocationName", K::Named, u"iptc_n", true, S::IPTC}, // 58
+    {u"Country_PrimaryLocationCode", u"Country_PrimaryLocationCode", K::Named, u"iptc_n", true, S::IPTC}, // 59
+    {u"OriginalTransmissionReference", u"OriginalTransmissionReference", K::Named, u"iptc_n", true, S::IPTC}, // 60
+    {u"SpecialInstructions", u"SpecialInstructions", K::Named, u"iptc_n", true, S::IPTC}, // 61
+    {u"Source", u"Source", K::Named, u"iptc_n", true, S::IPTC}, // 62
+    {u"Credit", u"Credit", K::Named, u"iptc_n", true, S::IPTC}, // 63
 }};
 // clang-format on
 
@@ -165,11 +163,6 @@ GroupSource sourceOfGroupType(int type) {
     return row ? row->source : GroupSource::None;
 }
 
-GroupMenuHeading menuHeadingOfGroupType(int type) {
-    const Row* row = rowOf(type);
-    return row ? row->menu : GroupMenuHeading::None;
-}
-
 ColumnDescriptors exifTypeForGroupType(std::span<const int> chain) {
     return columnsOfSource(chain, GroupSource::Exif);
 }
@@ -186,13 +179,17 @@ ColumnDescriptors iptcTypeForGroupType(std::span<const int> chain) {
     return columnsOfSource(chain, GroupSource::IPTC);
 }
 
+const QStringList& positionColumns() {
+    static const QStringList columns{
+        QStringLiteral("LatitudeRef"), QStringLiteral("Latitude"), QStringLiteral("LongitudeRef"),
+        QStringLiteral("Longitude")};
+    return columns;
+}
+
 ColumnDescriptors gpsTypeForGroupType(std::span<const int> chain) {
     ColumnDescriptors descriptors = columnsOfSource(chain, GroupSource::GPS);
-    for (ColumnDescriptor& descriptor : descriptors) {
-        descriptor.columns = {
-            QStringLiteral("LatitudeRef"), QStringLiteral("Latitude"),
-            QStringLiteral("LongitudeRef"), QStringLiteral("Longitude")};
-    }
+    for (ColumnDescriptor& descriptor : descriptors)
+        descriptor.columns = positionColumns();
     return descriptors;
 }
 

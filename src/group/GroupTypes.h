@@ -34,6 +34,7 @@ enum GroupType : int {
     Place = 14,
     CameraMake = 15,
     CameraModel = 16,
+    FocalLength = 20,
     FocusDistance = 27,
     FirstIPTC = 35,
 };
@@ -50,9 +51,6 @@ enum class GroupSource {
     IPTC,
     GPS
 };
-
-/// Under which heading the user finds the criterion.
-enum class GroupMenuHeading { None, General, EXIF, IPTC };
 
 /// An icon that an upper floor draws: one of the program's own by name, or the system's for a
 /// folder, for files with an extension, or for a type identifier.
@@ -81,13 +79,15 @@ using ColumnDescriptors = std::vector<ColumnDescriptor>;
 [[nodiscard]] QString descriptionWithDbKey(QStringView key);
 [[nodiscard]] IconName imageWithGroupType(int type);
 [[nodiscard]] GroupSource sourceOfGroupType(int type);
-[[nodiscard]] GroupMenuHeading menuHeadingOfGroupType(int type);
 
 /// The columns of one table that a chain needs, in chain order; none if the chain needs none.
 [[nodiscard]] ColumnDescriptors exifTypeForGroupType(std::span<const int> chain);
 [[nodiscard]] ColumnDescriptors exifAuxiliaryTypeForGroupType(std::span<const int> chain);
 [[nodiscard]] ColumnDescriptors tiffTypeForGroupType(std::span<const int> chain);
 [[nodiscard]] ColumnDescriptors iptcTypeForGroupType(std::span<const int> chain);
+/// The four columns of the table GPS that make a position, in the order in which
+/// `locationFromColumns` takes their values.
+[[nodiscard]] const QStringList& positionColumns();
 [[nodiscard]] ColumnDescriptors gpsTypeForGroupType(std::span<const int> chain);
 
 /// 0 to 11: the bucket of a file size in bytes, or of a count of pixels. A negative number is in

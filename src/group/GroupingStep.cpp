@@ -3,7 +3,7 @@
 #include "FMDB/FMDatabase.h"
 #include "group/ItemOrder.h"
 #include "group/PixelCount.h"
-#include "platform/TypeIdentifiers.h"
+#include "platform/files/TypeIdentifiers.h"
 
 #include <algorithm>
 #include <limits>

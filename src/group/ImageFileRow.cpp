@@ -57,10 +57,7 @@ ImageFileRow ImageFileRow::fromResultSet(const FMResultSet& row) {
 }
 
 ImageFileRow ImageFileRow::fromColumns(const PBDictionary& columns) {
-    const auto column = [&](const QString& name) {
-        const auto found = columns.find(name);
-        return found == columns.end() ? PBValue() : found->second;
-    };
+    const auto column = [&](const QString& name) { return valueForKey(columns, name); };
     return {
         .id = column(QStringLiteral("Id")).toInteger(),
         .folderId = column(QStringLiteral("FolderId")).toInteger(),

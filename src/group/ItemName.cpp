@@ -1,8 +1,8 @@
 #include "group/ItemName.h"
 
 #include "core/LocalizedCompare.h"
+#include "platform/work/Mutex.h"
 
-#include <mutex>
 #include <utility>
 
 namespace group {
@@ -18,9 +18,9 @@ void ItemName::setText(QString text) {
 
 const QCollatorSortKey& ItemName::Record::sortKey() const {
     // One lock for all names: a key is made once, and hardly ever by two threads at a time.
-    static std::mutex making;
+    static platform::Mutex making;
     if (!_hasKey.load(std::memory_order_acquire)) {
-        const std::lock_guard lock(making);
+        const platform::Lock lock(making);
         if (!_key) {
             _key = PBUtilities::localizedSortKey(text);
             _hasKey.store(true, std::memory_order_release);

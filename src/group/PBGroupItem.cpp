@@ -38,17 +38,28 @@ std::size_t PBGroupItem::imageFileCount() const {
     return count;
 }
 
-std::vector<PBGroupItem*> PBGroupItem::leafGroupItemArray() const {
-    std::vector<PBGroupItem*> leaves;
-    for (const auto& child : _children) {
-        if (child->isLeafNode()) {
-            leaves.push_back(child.get());
+namespace {
+
+void appendLeaves(const PBGroupItemArray& level, std::vector<PBGroupItem*>& leaves) {
+    for (const auto& node : level) {
+        if (node->isLeafNode()) {
+            leaves.push_back(node.get());
         } else {
-            const auto below = child->leafGroupItemArray();
-            leaves.insert(leaves.end(), below.begin(), below.end());
+            appendLeaves(node->children(), leaves);
         }
     }
+}
+
+} // namespace
+
+std::vector<PBGroupItem*> group::leavesOf(const PBGroupItemArray& level) {
+    std::vector<PBGroupItem*> leaves;
+    appendLeaves(level, leaves);
     return leaves;
+}
+
+std::vector<PBGroupItem*> PBGroupItem::leafGroupItemArray() const {
+    return group::leavesOf(_children);
 }
 
 PBGroupItem* PBGroupItem::firstLeafGroupItem() {
@@ -83,7 +94,8 @@ void PBGroupItem::sortAddImageFileItem(
     if (sortType == group::SortNone) {
         _imageFiles->push_back(std::move(item));
     } else {
-        sortAddObject(*_imageFiles, std::move(item), sortType, isDescending, true);
+        sortAddObject(
+            *_imageFiles, std::move(item), sortType, isDescending, EqualElements::AddedBehind);
     }
 }
 

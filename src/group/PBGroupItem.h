@@ -39,6 +39,9 @@ struct FolderExistence {
 using CopyMoveBlock =
     std::function<bool(const QString& path, const std::shared_ptr<PBImageFileItem>& item)>;
 
+/// The leaves of a level and below it, in tree order.
+[[nodiscard]] std::vector<PBGroupItem*> leavesOf(const PBGroupItemArray& level);
+
 } // namespace group
 
 /// One node of a group tree: one value of one criterion. Nodes of the chain's last link are leaves

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "group/GroupOrderKey.h"
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
+#include "platform/work/MainThread.h"
 
 #include <atomic>
 #include <cstdint>
@@ -10,8 +11,8 @@
 class PBGroupItem;
 
 /// What stays the same in all copies of a group: shared by them, it is the group's lasting identity
-/// while trees come and go. Type, value and order are fixed once the group stands in a tree, and
-/// may be read on any thread; the two states of the display belong to the main thread.
+/// while trees come and go. Type, value and order never change, and may be read on any thread; the
+/// two states of the display belong to the main thread.
 class PBGroupItemData {
 public:
     /// State of the group's row in the group panel.
@@ -24,22 +25,19 @@ public:
 
     [[nodiscard]] int type() const { return _type; }
     [[nodiscard]] const PBValue& value() const { return _value; }
-    /// Neither once the group stands in a tree.
-    void setType(int type) {
-        _type = type;
-        _orderKey = group::GroupOrderKey(_type, _value);
-    }
-    void setValue(PBValue value) {
-        _value = std::move(value);
-        _orderKey = group::GroupOrderKey(_type, _value);
-    }
     [[nodiscard]] const group::GroupOrderKey& orderKey() const { return _orderKey; }
 
     [[nodiscard]] Collapsed collapsed() const { return _collapsed; }
-    void setCollapsed(Collapsed collapsed) { _collapsed = collapsed; }
+    void setCollapsed(Collapsed collapsed) {
+        platform::assertMainThread();
+        _collapsed = collapsed;
+    }
     /// The group is folded in the thumbnail browser.
     [[nodiscard]] bool isCollapsedForBrowser() const { return _isCollapsedForBrowser; }
-    void setIsCollapsedForBrowser(bool isCollapsed) { _isCollapsedForBrowser = isCollapsed; }
+    void setIsCollapsedForBrowser(bool isCollapsed) {
+        platform::assertMainThread();
+        _isCollapsedForBrowser = isCollapsed;
+    }
 
     /// The node in the tree on display to which this belongs; nullptr when that node is gone.
     [[nodiscard]] PBGroupItem* groupItem() const { return _groupItem.load(); }
@@ -50,9 +48,9 @@ public:
     }
 
 private:
-    int _type;
-    PBValue _value;
-    group::GroupOrderKey _orderKey;
+    const int _type;
+    const PBValue _value;
+    const group::GroupOrderKey _orderKey;
     Collapsed _collapsed = NeverTouched;
     bool _isCollapsedForBrowser = false;
     std::atomic<PBGroupItem*> _groupItem{nullptr};

@@ -1,6 +1,7 @@
 #include "group/FolderPaths.h"
 #include "group/PBGroupItem.h"
-#include "platform/FileManager.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/PathNames.h"
 
 #include <algorithm>
 
@@ -22,7 +23,8 @@ QString existingFolder(
 }
 
 bool fileExists(const QString& folder, const QString& fileName) {
-    return platform::FileManager::resourceValues(folder + u'/' + fileName).has_value();
+    return platform::FileManager::resourceValues(platform::pathInFolder(folder, fileName))
+        .has_value();
 }
 
 } // namespace

@@ -1,8 +1,9 @@
 #include "core/Paths.h"
 #include "group/CalendarMonth.h"
 #include "group/PBGroupItem.h"
-#include "info/geo/Addresses.h"
-#include "platform/LocalizedTexts.h"
+#include "places/Addresses.h"
+#include "platform/files/PathNames.h"
+#include "platform/program/LocalizedTexts.h"
 
 using platform::localizedFormat;
 using platform::localizedString;
@@ -137,7 +138,7 @@ bool PBGroupItem::copyMoveToWithBlock(
     const group::CopyMoveBlock& block, const group::TagLookup& tagWithTagId,
     const QString& parentPath) const {
     const QString name = groupCopyPathName(tagWithTagId);
-    const QString path = parentPath.isEmpty() ? name : parentPath + u'/' + name;
+    const QString path = parentPath.isEmpty() ? name : platform::pathInFolder(parentPath, name);
     if (!block(path, nullptr)) return false;
     for (const auto& item : imageFiles())
         if (!block(path, item)) return false;

@@ -1,7 +1,8 @@
 #include "group/PBGroupTreeDataSource.h"
 
 #include "group/PublicationMailbox.h"
-#include "platform/MainLoop.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
 
 #include <QScopedValueRollback>
 
@@ -40,6 +41,7 @@ PBGroupTreeDataSource::~PBGroupTreeDataSource() {
 }
 
 void PBGroupTreeDataSource::setGroupItemArray(PBGroupItemArray groupItemArray) {
+    platform::assertMainThread();
     auto former = std::make_shared<const PBGroupItemArray>(
         std::exchange(_groupItemArray, std::move(groupItemArray)));
     forgetNodes(*former);
@@ -47,6 +49,7 @@ void PBGroupTreeDataSource::setGroupItemArray(PBGroupItemArray groupItemArray) {
 }
 
 void PBGroupTreeDataSource::setGroupItemArray_work(std::shared_ptr<PBGroupItemArray> work) {
+    platform::assertMainThread();
     discard(std::exchange(_groupItemArray_work, std::move(work)));
 }
 
@@ -56,25 +59,18 @@ void PBGroupTreeDataSource::discard(std::shared_ptr<const void> trees) {
 }
 
 void PBGroupTreeDataSource::checkGroupItemArray() {
+    platform::assertMainThread();
     for (const auto& item : _groupItemArray)
         item->updateDataGroupItem();
 }
 
 std::vector<PBGroupItem*> PBGroupTreeDataSource::leafGroupItemArray() const {
-    std::vector<PBGroupItem*> leaves;
-    for (const auto& item : _groupItemArray) {
-        if (item->isLeafNode()) {
-            leaves.push_back(item.get());
-        } else {
-            const auto below = item->leafGroupItemArray();
-            leaves.insert(leaves.end(), below.begin(), below.end());
-        }
-    }
-    return leaves;
+    return group::leavesOf(_groupItemArray);
 }
 
 void PBGroupTreeDataSource::groupItemArrayDidFinish(
     const std::shared_ptr<GroupPublication>& publication) {
+    platform::assertMainThread();
     if (!publication->isOf(_groupItemArray_work)) {
         discard(publication);
     } else if (_display && _display->isScrollingOrDragging()) {
@@ -98,6 +94,7 @@ void PBGroupTreeDataSource::delayGroupItemArrayDidFinish(
 }
 
 void PBGroupTreeDataSource::cancelDelayedPublications() {
+    platform::assertMainThread();
     if (MainLoop* loop = MainLoop::instance()) loop->cancelPreviousPerformRequestsWithTarget(this);
 }
 
@@ -145,6 +142,7 @@ void PBGroupTreeDataSource::refreshOutline() {
 }
 
 void PBGroupTreeDataSource::expandItems() {
+    platform::assertMainThread();
     if (!_outline) return;
     for (const auto& item : _groupItemArray)
         expandRows(*item, *_outline);

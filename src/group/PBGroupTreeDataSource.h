@@ -3,7 +3,7 @@
 #include "group/GroupPublication.h"
 #include "group/GroupTreeViews.h"
 #include "group/PBGroupItem.h"
-#include "platform/OperationQueue.h"
+#include "platform/work/OperationQueue.h"
 
 #include <memory>
 #include <vector>

@@ -3,6 +3,7 @@
 #include "core/LocalizedCompare.h"
 #include "group/ItemOrder.h"
 #include "group/PixelCount.h"
+#include "platform/work/MainThread.h"
 
 #include <algorithm>
 #include <cmath>
@@ -73,6 +74,7 @@ QImage PBImageFileItem::thumbnailRef() const {
 }
 
 void PBImageFileItem::setThumbnailRef(const QImage& thumbnail) {
+    platform::assertMainThread();
     _hasThumbnail.store(!thumbnail.isNull(), std::memory_order_relaxed);
     if (thumbnail.isNull() && !imageArray()) {
         _pictures.reset();
@@ -86,6 +88,7 @@ group::ItemImages* PBImageFileItem::imageArray() const {
 }
 
 void PBImageFileItem::setImageArray(std::unique_ptr<group::ItemImages> imageArray) {
+    platform::assertMainThread();
     if (!imageArray && thumbnailRef().isNull()) {
         _pictures.reset();
     } else {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "group/ItemName.h"
-#include "platform/PBValue.h"
+#include "platform/values/PBValue.h"
 
 #include <QImage>
 #include <QSizeF>

@@ -2,12 +2,13 @@
 #include "group/FolderPaths.h"
 #include "group/GroupDataLoader.h"
 #include "group/PBImageFileItem.h"
+#include "platform/files/PathNames.h"
 
 namespace {
 
 QString appendComponent(const QString& folder, const QString& fileName) {
     if (folder.isEmpty()) return {};
-    return folder.endsWith(u'/') ? folder + fileName : folder + u'/' + fileName;
+    return platform::pathInFolder(folder, fileName);
 }
 
 } // namespace
@@ -70,8 +71,7 @@ QString PBImageFileItem::tagsWithDatabase(FMDatabase& database) const {
 }
 
 PBValue PBImageFileItem::locationWithDatabase(FMDatabase& database) const {
-    const PBArray columns = PBCatalogue(database).gpsDataWithFileIdAndFields(
-        _fileId, {QStringLiteral("LatitudeRef"), QStringLiteral("Latitude"),
-                  QStringLiteral("LongitudeRef"), QStringLiteral("Longitude")});
+    const PBArray columns =
+        PBCatalogue(database).gpsDataWithFileIdAndFields(_fileId, group::positionColumns());
     return group::locationFromColumns(columns, true);
 }

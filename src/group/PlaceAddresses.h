@@ -1,7 +1,7 @@
 #pragma once
 
-#include "info/geo/PBGeoManager.h"
-#include "platform/PBValue.h"
+#include "places/PBGeoManager.h"
+#include "platform/values/PBValue.h"
 
 namespace group {
 

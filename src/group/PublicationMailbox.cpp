@@ -4,18 +4,9 @@
 
 namespace group {
 
-namespace {
-
-bool areOfOneTree(const GroupPublication& one, const GroupPublication& other) {
-    return !one.workGroupItemArray.owner_before(other.workGroupItemArray) &&
-           !other.workGroupItemArray.owner_before(one.workGroupItemArray);
-}
-
-} // namespace
-
 bool PublicationMailbox::put(std::shared_ptr<GroupPublication> publication) {
-    std::unique_lock lock(_mutex);
-    if (_waiting.empty() || !areOfOneTree(*_waiting.back(), *publication)) {
+    platform::Lock lock(_mutex);
+    if (_waiting.empty() || !_waiting.back()->isOf(publication->workGroupItemArray)) {
         _waiting.push_back(std::move(publication));
         return true;
     }
@@ -27,7 +18,7 @@ bool PublicationMailbox::put(std::shared_ptr<GroupPublication> publication) {
 }
 
 std::shared_ptr<GroupPublication> PublicationMailbox::take() {
-    const std::lock_guard lock(_mutex);
+    const platform::Lock lock(_mutex);
     if (_waiting.empty()) return nullptr;
     auto first = std::move(_waiting.front());
     _waiting.pop_front();

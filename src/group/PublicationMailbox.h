@@ -1,10 +1,10 @@
 #pragma once
 
 #include "group/GroupPublication.h"
+#include "platform/work/Mutex.h"
 
 #include <deque>
 #include <memory>
-#include <mutex>
 
 namespace group {
 
@@ -19,8 +19,8 @@ public:
     [[nodiscard]] std::shared_ptr<GroupPublication> take();
 
 private:
-    std::mutex _mutex; // guards the line
-    std::deque<std::shared_ptr<GroupPublication>> _waiting;
+    platform::Mutex _mutex;
+    std::deque<std::shared_ptr<GroupPublication>> _waiting VELMORA_GUARDED_BY(_mutex);
 };
 
 } // namespace group

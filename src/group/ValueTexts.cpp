@@ -1,7 +1,7 @@
 #include "group/ValueTexts.h"
 
 #include "group/CodedFields.h"
-#include "platform/LocalizedTexts.h"
+#include "platform/program/LocalizedTexts.h"
 
 #include <QStringList>
 

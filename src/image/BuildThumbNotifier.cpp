@@ -1,9 +1,11 @@
 #include "image/BuildThumbNotifier.h"
 
-#include "platform/MainLoop.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
 
 std::function<void(const std::shared_ptr<const PBBuildThumbOperation>&)>
 BuildThumbNotifier::poster() {
+    platform::assertMainThread();
     return
         [weak = std::weak_ptr(_self)](const std::shared_ptr<const PBBuildThumbOperation>& built) {
             using platform::MainLoop;

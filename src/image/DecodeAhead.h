@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/OperationQueue.h"
+#include "platform/work/OperationQueue.h"
 
 #include <atomic>
 #include <functional>

@@ -3,8 +3,8 @@
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
 #include "image/ThumbnailStore.h"
-#include "platform/OperationQueue.h"
-#include "platform/StandardError.h"
+#include "platform/program/StandardError.h"
+#include "platform/work/OperationQueue.h"
 
 #include <sqlite3.h>
 
@@ -63,9 +63,10 @@ QByteArray PBBuildThumbOperation::decodeAndEncode() {
     const bool isKnown = size.width() > 0 && size.height() > 0;
     const bool isSmall =
         isKnown && _request.thumbSize >= size.width() && _request.thumbSize >= size.height();
-    const QImage image = _request.imageImporter->createImageWithMaxSize(
-        isSmall ? 0 : _request.thumbSize, 0, stopToken());
-    _request.imageImporter.reset(); // whoever waits needs the file no longer
+    const int side = isSmall ? 0 : _request.thumbSize;
+    const QImage image =
+        _request.imageImporter->createImageWithMaxSize(static_cast<unsigned>(side), 0, stopToken());
+    _request.imageImporter.reset();
     _hasImage = !image.isNull();
     return _hasImage ? ThumbnailStore::encode(image) : QByteArray();
 }

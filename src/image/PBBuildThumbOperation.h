@@ -1,8 +1,8 @@
 #pragma once
 
+#include "codec/PBImageImporterProtocol.h"
 #include "image/DecodeAhead.h"
-#include "image/ImageImporters.h"
-#include "platform/Operation.h"
+#include "platform/work/Operation.h"
 
 #include <QByteArray>
 #include <QSizeF>
@@ -36,7 +36,7 @@ class PBBuildThumbOperation final : public platform::Operation,
 public:
     struct Request {
         qint64 fileId = 0;
-        std::unique_ptr<image::ImageImporter> imageImporter;
+        std::unique_ptr<PBImageImporterProtocol> imageImporter;
         /// Do nothing if a thumbnail is stored already.
         bool checkExist = false;
         /// Longer side of the thumbnail in pixels.

@@ -13,7 +13,6 @@ public:
     void setIndex(std::int64_t index) { _index = index; }
     [[nodiscard]] const Object& object() const { return _object; }
     [[nodiscard]] Object& object() { return _object; }
-    void setObject(Object object) { _object = std::move(object); }
 
     /// -1, 0 or 1 by the positions; the context says nothing.
     [[nodiscard]] std::int64_t sortCompare(const PBIndexObject& other, int /*context*/) const {

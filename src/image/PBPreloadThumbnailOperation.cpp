@@ -1,7 +1,7 @@
 #include "image/PBPreloadThumbnailOperation.h"
 
 #include "group/PBImageFileItem.h"
-#include "platform/MainLoop.h"
+#include "platform/work/MainLoop.h"
 
 PBPreloadThumbnailOperation::PBPreloadThumbnailOperation(
     std::vector<PBPreloadThumbnailObject> objects, ThumbnailLoader& loader, Finished finished)

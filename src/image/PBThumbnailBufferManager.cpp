@@ -2,6 +2,7 @@
 
 #include "core/SortedArray.h"
 #include "group/PBImageFileItem.h"
+#include "platform/work/MainThread.h"
 
 #include <algorithm>
 
@@ -15,6 +16,7 @@ PBThumbnailBufferManager::imageFileItemIndex(const PBImageFileItem& item) const 
 
 void PBThumbnailBufferManager::pushImageFileItem(
     std::shared_ptr<PBImageFileItem> item, std::optional<PBImageBrowserIndex> index) {
+    platform::assertMainThread();
     const PBImageBrowserIndex position = index ? *index : imageFileItemIndex(*item);
     if (!position.isValid()) {
         item->clearThumbnailRef();
@@ -24,16 +26,17 @@ void PBThumbnailBufferManager::pushImageFileItem(
         makeRoom(*item, position);
     GroupEntry* group = sortAddObject(
         _groupIndexObjectArray, std::make_unique<GroupEntry>(position.group, ItemEntries()), 0,
-        false, false);
+        false, EqualElements::Refused);
     sortAddObject(
         group->object(), std::make_unique<ItemEntry>(position.item, std::move(item)), 0, false,
-        true);
+        EqualElements::AddedBehind);
     ++_imageFileItemCount;
 }
 
 bool PBThumbnailBufferManager::applyPreloadThumbnail(
     const std::shared_ptr<PBImageFileItem>& item, const QImage& thumbnail,
     std::optional<PBImageBrowserIndex> index) {
+    platform::assertMainThread();
     if (thumbnail.isNull() || !item->thumbnailRef().isNull()) return false;
     item->setThumbnailRef(thumbnail);
     pushImageFileItem(item, index);
@@ -41,6 +44,7 @@ bool PBThumbnailBufferManager::applyPreloadThumbnail(
 }
 
 void PBThumbnailBufferManager::clearThumbnailBuffer() {
+    platform::assertMainThread();
     for (const auto& group : _groupIndexObjectArray)
         for (const auto& entry : group->object())
             entry->object()->clearThumbnailRef();
@@ -102,12 +106,14 @@ void PBThumbnailBufferManager::dropBack(const PBImageFileItem& keep) {
 }
 
 void PBThumbnailBufferManager::notifyGroupItemInsert(std::int64_t group) {
+    platform::assertMainThread();
     for (const auto& entry : _groupIndexObjectArray)
         if (entry->index() >= group) entry->setIndex(entry->index() + 1);
 }
 
 void PBThumbnailBufferManager::notifyImageFileInsert(
     std::int64_t group, std::int64_t imageFileIndex) {
+    platform::assertMainThread();
     const auto found = std::ranges::find_if(
         _groupIndexObjectArray, [group](const auto& entry) { return entry->index() == group; });
     if (found == _groupIndexObjectArray.end()) return;

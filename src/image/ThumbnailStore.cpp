@@ -2,7 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
-#include "image/codec/Bitmaps.h"
+#include "codec/Bitmaps.h"
 
 namespace ThumbnailStore {
 

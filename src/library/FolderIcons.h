@@ -5,7 +5,8 @@
 #include <cstdint>
 
 /// Which icon stands for a folder. Names are those of the freedesktop icon naming; whoever draws
-/// them has a drawing of its own for each. Never touches the disk. Main thread.
+/// them has a drawing of its own for each. Never touches the disk. Any
+/// thread.
 namespace FolderIcons {
 
 /// By what the folder is to the user: home, pictures, desktop and so on; else a plain folder.

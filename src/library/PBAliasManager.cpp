@@ -2,6 +2,8 @@
 
 #include "FMDB/FMDatabase.h"
 #include "core/Paths.h"
+#include "platform/files/PathNames.h"
+#include "platform/work/MainThread.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,18 +11,13 @@
 using PBUtilities::pathComponents;
 using PBUtilities::pathWithComponents;
 
-namespace {
-
-bool isSamePart(const QString& part, const QString& other) {
-    return part.compare(other, Qt::CaseInsensitive) == 0;
-}
-
-bool startsWith(const QStringList& parts, const QStringList& start) {
+bool PBAliasManager::startsWith(const QStringList& parts, const QStringList& start) {
     return parts.size() >= start.size() &&
-           std::equal(start.begin(), start.end(), parts.begin(), isSamePart);
+           std::equal(
+               start.begin(), start.end(), parts.begin(), [](const auto& part, const auto& other) {
+                   return part.compare(other, Qt::CaseInsensitive) == 0;
+               });
 }
-
-} // namespace
 
 PBAliasManager::PBAliasManager(Environment environment) : _environment(std::move(environment)) {}
 
@@ -28,21 +25,23 @@ QString
 PBAliasManager::pathWithAliasObject(const PBAliasObject& aliasObject, const QString& relativePath) {
     const QString path = aliasObject.path();
     if (path.isEmpty() || relativePath.isEmpty()) return path;
-    return path.endsWith(u'/') ? path + relativePath : path + u'/' + relativePath;
+    return platform::pathInFolder(path, relativePath);
 }
 
 PBAliasArraySnapshot PBAliasManager::aliasArray() const {
-    const std::lock_guard lock(_mutex);
+    const platform::Lock lock(_mutex);
     return _aliasArray;
 }
 
 void PBAliasManager::setAliasArray(PBAliasArray aliasArray) {
+    platform::assertMainThread();
     PBAliasArraySnapshot snapshot(std::move(aliasArray));
-    const std::lock_guard lock(_mutex);
+    const platform::Lock lock(_mutex);
     std::swap(_aliasArray, snapshot);
 }
 
 void PBAliasManager::loadAlias() {
+    platform::assertMainThread();
     PBAliasArray roots;
     FMResultSet rows =
         _environment.mainFileDb.executeQuery(QStringLiteral("select * from FolderAlias"));
@@ -55,7 +54,7 @@ void PBAliasManager::loadAlias() {
             rows.unsignedLongLongIntForColumn(QStringLiteral("Type"))));
     }
     setAliasArray(std::move(roots));
-    resolveAllAliasWithMount(false, false, true);
+    resolveAllAliasWithMount({.updateReserve = true});
 }
 
 void PBAliasManager::addAliasObject(std::shared_ptr<PBAliasObject> aliasObject) {
@@ -65,17 +64,15 @@ void PBAliasManager::addAliasObject(std::shared_ptr<PBAliasObject> aliasObject) 
 }
 
 bool PBAliasManager::resolveAlias(
-    PBAliasObject& aliasObject, bool mount, bool includeMounted, bool updateReserve,
-    QString* error) {
-    return aliasObject.resolveWithMount(
-        mount, includeMounted, updateReserve, _environment.services, error);
+    PBAliasObject& aliasObject, const PBAliasObject::Look& look, QString* error) {
+    return aliasObject.resolveWithMount(look, _environment.services, error);
 }
 
 PBAliasArray PBAliasManager::volumDidMount(const QString&) {
     PBAliasArray changed;
     for (const auto& root : aliasArray()) {
         if (root->isMounted()) continue;
-        if (resolveAlias(*root, false, false, true)) changed.push_back(root);
+        if (resolveAlias(*root, {.updateReserve = true})) changed.push_back(root);
     }
     return changed;
 }
@@ -86,7 +83,7 @@ PBAliasArray PBAliasManager::volumDidUnmount(const QString&) {
         if (!root->isMounted()) continue;
         // The reserve path keeps the last good place: that of a root that was found elsewhere is
         // the new one, and nobody may ask again.
-        if (!resolveAlias(*root, false, true, false)) continue;
+        if (!resolveAlias(*root, {.includeMounted = true})) continue;
         if (root->isMounted()) root->updateReservePath(_environment.services);
         changed.push_back(root);
     }
@@ -104,11 +101,11 @@ void PBAliasManager::storeIfRemoved(PBAliasArray& aliasArray, bool removed) {
     if (removeZombieAlias(aliasArray) || removed) setAliasArray(std::move(aliasArray));
 }
 
-bool PBAliasManager::resolveAllAliasWithMount(bool mount, bool includeMounted, bool updateReserve) {
+bool PBAliasManager::resolveAllAliasWithMount(const PBAliasObject::Look& look) {
     PBAliasArray roots = aliasArray().copy();
     bool changed = false;
     const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
-        if (resolveAlias(*root, mount, includeMounted, updateReserve)) changed = true;
+        if (resolveAlias(*root, look)) changed = true;
         return removeIfMissing(*root);
     });
     storeIfRemoved(roots, removed > 0);
@@ -121,7 +118,7 @@ PBAliasArray PBAliasManager::aliasPathChanged(const QString& path) {
     const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (!root->isMounted() || root->path().compare(path, Qt::CaseInsensitive) != 0)
             return false;
-        if (!resolveAlias(*root, false, true, true)) return false;
+        if (!resolveAlias(*root, {.includeMounted = true, .updateReserve = true})) return false;
         changed.push_back(root);
         return removeIfMissing(*root);
     });
@@ -153,7 +150,7 @@ std::shared_ptr<PBAliasObject> PBAliasManager::findAliasObjectByPath(const QStri
     return found == roots.end() ? nullptr : *found;
 }
 
-std::shared_ptr<PBAliasObject> PBAliasManager::findAliasObjectById(std::int64_t aliasId) const {
+std::shared_ptr<PBAliasObject> PBAliasManager::findAliasObjectById(qint64 aliasId) const {
     const PBAliasArraySnapshot roots = aliasArray();
     const auto found =
         std::ranges::find_if(roots, [&](const auto& root) { return root->aliasId() == aliasId; });
@@ -203,23 +200,4 @@ QStringList PBAliasManager::getMonitorPathArray() const {
         if (!path.isEmpty() && !isKnown) paths.append(path);
     }
     return paths;
-}
-
-QList<QUrl> PBAliasManager::getShouldStartAccessURLArray() const {
-    QStringList cover;
-    for (const auto& root : aliasArray()) {
-        const QString path = root->path();
-        if (path.isEmpty()) continue;
-        const bool isCovered = std::ranges::any_of(cover, [&](const QString& folder) {
-            return PBUtilities::comparePath(folder, path) >= 0;
-        });
-        if (isCovered) continue;
-        cover.removeIf(
-            [&](const QString& folder) { return PBUtilities::comparePath(folder, path) == -1; });
-        cover.append(path);
-    }
-    QList<QUrl> urls;
-    for (const QString& folder : cover)
-        urls.append(QUrl::fromLocalFile(folder));
-    return urls;
 }

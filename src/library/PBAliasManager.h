@@ -2,6 +2,7 @@
 
 #include "catalogue/PBCatalogue.h"
 #include "library/PBAliasObject.h"
+#include "platform/work/Mutex.h"
 
 #include <QList>
 #include <QString>
@@ -11,7 +12,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 class FMDatabase;
@@ -48,7 +48,7 @@ public:
         FMDatabase& mainFileDb;
         PBAliasServices& services;
         /// Has the thumbnails of these files removed, in the background.
-        std::function<void(std::vector<std::int64_t> fileIds)> removeThumbnails;
+        std::function<void(std::vector<qint64> fileIds)> removeThumbnails;
     };
 
     explicit PBAliasManager(Environment environment);
@@ -72,15 +72,14 @@ public:
     PBAliasArray
     aliasDidAnswer(const PBAliasObject& aliasObject, const platform::Resolution& resolution);
     /// Answers whether any root changed.
-    bool resolveAllAliasWithMount(bool mount, bool includeMounted, bool updateReserve);
+    bool resolveAllAliasWithMount(const PBAliasObject::Look& look);
     /// Resolves one root as `PBAliasObject` does.
     bool resolveAlias(
-        PBAliasObject& aliasObject, bool mount, bool includeMounted, bool updateReserve,
-        QString* error = nullptr);
+        PBAliasObject& aliasObject, const PBAliasObject::Look& look, QString* error = nullptr);
 
     /// The first root whose path is this one, without regard to case; zombies too.
     [[nodiscard]] std::shared_ptr<PBAliasObject> findAliasObjectByPath(const QString& path) const;
-    [[nodiscard]] std::shared_ptr<PBAliasObject> findAliasObjectById(std::int64_t aliasId) const;
+    [[nodiscard]] std::shared_ptr<PBAliasObject> findAliasObjectById(qint64 aliasId) const;
     [[nodiscard]] QString mountedPathOfAliasId(qint64 aliasId) const override;
 
     /// The deepest mounted root at or above the path, with what lies between them in `relativePath`
@@ -93,8 +92,6 @@ public:
 
     /// The paths of all mounted roots, each once.
     [[nodiscard]] QStringList getMonitorPathArray() const;
-    /// The fewest folders that hold all mounted roots.
-    [[nodiscard]] QList<QUrl> getShouldStartAccessURLArray() const;
 
     /// Sets or clears the state in the catalogue and, if that succeeded, in the object.
     bool updateState(PBAliasObject& aliasObject, std::uint64_t state);
@@ -105,7 +102,7 @@ public:
     bool removeZombieAlias();
     bool removeZombieAlias(PBAliasArray& aliasArray);
     /// Removes a root and all rows that belong to it, and has its thumbnails removed.
-    void removeAlias(std::int64_t aliasId, FMDatabase& db);
+    void removeAlias(qint64 aliasId, FMDatabase& db);
 
 private:
     void setAliasArray(PBAliasArray aliasArray);
@@ -113,8 +110,10 @@ private:
     void storeIfRemoved(PBAliasArray& aliasArray, bool removed);
     bool removeIfMissing(const PBAliasObject& aliasObject);
     void takeOverRows(const PBAliasObject& from, const PBAliasObject& to);
+    /// Whether the components of a path begin with those of another, without regard to case.
+    [[nodiscard]] static bool startsWith(const QStringList& parts, const QStringList& start);
 
     const Environment _environment;
-    mutable std::mutex _mutex; // guards _aliasArray
-    PBAliasArraySnapshot _aliasArray;
+    mutable platform::Mutex _mutex;
+    PBAliasArraySnapshot _aliasArray VELMORA_GUARDED_BY(_mutex);
 };

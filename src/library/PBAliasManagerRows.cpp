@@ -3,6 +3,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "core/Paths.h"
+#include "platform/work/MainThread.h"
 
 #include <algorithm>
 
@@ -11,20 +12,12 @@ using PBUtilities::pathWithComponents;
 
 namespace {
 
-std::vector<std::int64_t> ids(FMDatabase& db, const QString& sql, std::int64_t aliasId) {
-    std::vector<std::int64_t> found;
-    FMResultSet rows = db.executeQuery(sql, static_cast<qint64>(aliasId));
+std::vector<qint64> ids(FMDatabase& db, const QString& sql, qint64 aliasId) {
+    std::vector<qint64> found;
+    FMResultSet rows = db.executeQuery(sql, aliasId);
     while (rows.next())
         found.push_back(rows.longLongIntForColumnIndex(0));
     return found;
-}
-
-bool matches(const QStringList& parts, const QStringList& way) {
-    return parts.size() >= way.size() &&
-           std::equal(
-               way.begin(), way.end(), parts.begin(), [](const auto& one, const auto& other) {
-                   return one.compare(other, Qt::CaseInsensitive) == 0;
-               });
 }
 
 } // namespace
@@ -66,27 +59,29 @@ bool PBAliasManager::removeZombieAlias(PBAliasArray& aliasArray) {
     }
 }
 
-void PBAliasManager::removeAlias(std::int64_t aliasId, FMDatabase& db) {
-    const std::vector<std::int64_t> fileIds =
+void PBAliasManager::removeAlias(qint64 aliasId, FMDatabase& db) {
+    platform::assertMainThread();
+    const std::vector<qint64> fileIds =
         ids(db,
             QStringLiteral("select a.Id from ImageFile as a,Folder as b where b.AliasId = ? and "
                            "a.FolderId = b.Id"),
             aliasId);
-    const std::vector<std::int64_t> folderIds =
+    const std::vector<qint64> folderIds =
         ids(db, QStringLiteral("select Id from Folder where AliasId = ?"), aliasId);
     if (!fileIds.empty() && _environment.removeThumbnails) _environment.removeThumbnails(fileIds);
 
     if (!db.beginTransaction()) return;
     PBCatalogue catalogue(db);
-    for (const std::int64_t fileId : fileIds)
+    for (const qint64 fileId : fileIds)
         catalogue.removeImageFileAndMetadataWithFileId(fileId);
-    for (const std::int64_t folderId : folderIds)
+    for (const qint64 folderId : folderIds)
         catalogue.removeFolderWithFolderId(folderId);
     catalogue.removeFolderAliasWithAliasId(aliasId);
     if (!db.commit()) db.rollback();
 }
 
 void PBAliasManager::updateFolderByAliasObject(const PBAliasObject& aliasObject) {
+    platform::assertMainThread();
     if (!aliasObject.isMounted()) return;
     for (const auto& root : aliasArray()) {
         if (root->isMounted() && PBUtilities::isParentOfPath(root->path(), aliasObject.path())) {
@@ -98,17 +93,16 @@ void PBAliasManager::updateFolderByAliasObject(const PBAliasObject& aliasObject)
 void PBAliasManager::takeOverRows(const PBAliasObject& from, const PBAliasObject& to) {
     const QStringList way = pathComponents(to.path()).mid(pathComponents(from.path()).size());
     PBCatalogue catalogue(_environment.mainFileDb);
-    std::vector<std::pair<std::int64_t, QString>> rows;
+    std::vector<std::pair<qint64, QString>> rows;
     FMResultSet cursor = _environment.mainFileDb.executeQuery(
-        QStringLiteral("select Id,RelativePath from Folder where AliasId = ?"),
-        static_cast<qint64>(from.aliasId()));
+        QStringLiteral("select Id,RelativePath from Folder where AliasId = ?"), from.aliasId());
     while (cursor.next())
         rows.emplace_back(cursor.longLongIntForColumnIndex(0), cursor.stringForColumnIndex(1));
     // One change for all rows; where that can't be had, row by row is as good.
     const bool isTransaction = _environment.mainFileDb.beginTransaction();
     for (const auto& [folderId, relativePath] : rows) {
         const QStringList parts = pathComponents(relativePath);
-        if (!matches(parts, way)) continue;
+        if (!startsWith(parts, way)) continue;
         catalogue.updateFolderWithId(
             folderId, to.aliasId(), pathWithComponents(parts.mid(way.size())));
     }

@@ -1,13 +1,14 @@
 #include "library/PBAliasObject.h"
 
 #include "core/Paths.h"
+#include "platform/work/MainThread.h"
 
 #include <QFileInfo>
 
 #include <utility>
 
 std::shared_ptr<PBAliasObject> PBAliasObject::aliasObjectWithId(
-    std::int64_t aliasId, const QByteArray& data, const QUrl& url, const QString& reservePath,
+    qint64 aliasId, const QByteArray& data, const QUrl& url, const QString& reservePath,
     std::uint64_t state, std::uint64_t type) {
     // Not make_shared: the constructor is private.
     return std::shared_ptr<PBAliasObject>(
@@ -15,7 +16,7 @@ std::shared_ptr<PBAliasObject> PBAliasObject::aliasObjectWithId(
 }
 
 PBAliasObject::PBAliasObject(
-    std::int64_t aliasId, QByteArray data, QString path, QString reservePath, std::uint64_t state,
+    qint64 aliasId, QByteArray data, QString path, QString reservePath, std::uint64_t state,
     std::uint64_t type)
     : _aliasId(aliasId), _aliasData(std::move(data)), _type(type), _path(std::move(path)),
       _reservePath(std::move(reservePath)), _state(state) {}
@@ -26,27 +27,28 @@ QUrl PBAliasObject::aliasURL() const {
 }
 
 QString PBAliasObject::path() const {
-    const std::lock_guard lock(_mutex);
+    const platform::Lock lock(_mutex);
     return _path;
 }
 
 QString PBAliasObject::reservePath() const {
-    const std::lock_guard lock(_mutex);
+    const platform::Lock lock(_mutex);
     return _reservePath;
 }
 
 std::uint64_t PBAliasObject::state() const {
-    const std::lock_guard lock(_mutex);
+    const platform::Lock lock(_mutex);
     return _state;
 }
 
 void PBAliasObject::setState(std::uint64_t state) {
-    const std::lock_guard lock(_mutex);
+    platform::assertMainThread();
+    const platform::Lock lock(_mutex);
     _state = state;
 }
 
 bool PBAliasObject::isMissing() const {
-    const std::lock_guard lock(_mutex);
+    const platform::Lock lock(_mutex);
     return _isMissing;
 }
 
@@ -56,26 +58,27 @@ QString PBAliasObject::displayName() const {
 }
 
 bool PBAliasObject::updateReservePath(PBAliasServices& services) {
+    platform::assertMainThread();
     QString place = path();
     if (place.isEmpty()) return false;
     const QString reserve = reservePath();
     if (!reserve.isEmpty() && reserve.compare(place, Qt::CaseInsensitive) == 0) return false;
     services.storeReservePath(_aliasId, place);
-    const std::lock_guard lock(_mutex);
+    const platform::Lock lock(_mutex);
     _reservePath.swap(place);
     return true;
 }
 
-bool PBAliasObject::resolveWithMount(
-    bool mount, bool includeMounted, bool updateReserve, PBAliasServices& services,
-    QString* error) {
+bool PBAliasObject::resolveWithMount(const Look& look, PBAliasServices& services, QString* error) {
     if (error) error->clear();
-    if (!includeMounted && isMounted()) return false;
-    return takeResolution(services.resolveAlias(*this, mount, error), updateReserve, services);
+    if (!look.includeMounted && isMounted()) return false;
+    return takeResolution(
+        services.resolveAlias(*this, look.mount, error), look.updateReserve, services);
 }
 
 bool PBAliasObject::takeResolution(
     const platform::Resolution& resolution, bool updateReserve, PBAliasServices& services) {
+    platform::assertMainThread();
     using Outcome = platform::Resolution::Outcome;
     const QString root = QStringLiteral("/");
     // What is left of a vanished volume may look like the root of the file system.
@@ -83,7 +86,7 @@ bool PBAliasObject::takeResolution(
     QString place = resolution.outcome == Outcome::Found && !isStray ? resolution.path : QString();
     bool changed = false;
     {
-        const std::lock_guard lock(_mutex);
+        const platform::Lock lock(_mutex);
         _isMissing = resolution.outcome == Outcome::Missing;
         changed = PBUtilities::comparePath(_path, place) != 0;
         if (changed) _path.swap(place);

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "platform/BookmarkResolver.h"
+#include "platform/volumes/BookmarkResolver.h"
+#include "platform/work/Mutex.h"
 
 #include <QByteArray>
 #include <QString>
@@ -8,7 +9,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 class PBAliasObject;
 
@@ -21,7 +21,7 @@ public:
     [[nodiscard]] virtual platform::Resolution
     resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) = 0;
     /// Writes the reserve path to the catalogue.
-    virtual bool storeReservePath(std::int64_t aliasId, const QString& reservePath) = 0;
+    virtual bool storeReservePath(qint64 aliasId, const QString& reservePath) = 0;
 };
 
 /// A folder root: a folder that the user added to the sidebar, kept as a bookmark that survives
@@ -36,10 +36,10 @@ public:
 
     /// `url` is empty for a root that is not (yet) resolved.
     [[nodiscard]] static std::shared_ptr<PBAliasObject> aliasObjectWithId(
-        std::int64_t aliasId, const QByteArray& data, const QUrl& url, const QString& reservePath,
+        qint64 aliasId, const QByteArray& data, const QUrl& url, const QString& reservePath,
         std::uint64_t state, std::uint64_t type);
 
-    [[nodiscard]] std::int64_t aliasId() const { return _aliasId; }
+    [[nodiscard]] qint64 aliasId() const { return _aliasId; }
     [[nodiscard]] const QByteArray& aliasData() const { return _aliasData; }
     [[nodiscard]] std::uint64_t type() const { return _type; }
 
@@ -60,11 +60,14 @@ public:
     /// too. False if it is that already, but for case.
     bool updateReservePath(PBAliasServices& services);
 
-    /// Looks for the folder; answers whether its place changed (to another, from or to none). A
-    /// root that is mounted is looked at only with `includeMounted`.
-    bool resolveWithMount(
-        bool mount, bool includeMounted, bool updateReserve, PBAliasServices& services,
-        QString* error = nullptr);
+    /// How a root is looked for.
+    struct Look {
+        bool mount = false;          ///< its volume may be mounted for it
+        bool includeMounted = false; ///< also a root that is mounted
+        bool updateReserve = false;  ///< a new place becomes the reserve path
+    };
+    /// Looks for the folder; answers whether its place changed (to another, from or to none).
+    bool resolveWithMount(const Look& look, PBAliasServices& services, QString* error = nullptr);
     /// Takes over an answer that came later than `resolveWithMount` could wait.
     bool takeResolution(
         const platform::Resolution& resolution, bool updateReserve, PBAliasServices& services);
@@ -75,16 +78,16 @@ public:
 
 private:
     PBAliasObject(
-        std::int64_t aliasId, QByteArray data, QString path, QString reservePath,
-        std::uint64_t state, std::uint64_t type);
+        qint64 aliasId, QByteArray data, QString path, QString reservePath, std::uint64_t state,
+        std::uint64_t type);
 
-    const std::int64_t _aliasId;
+    const qint64 _aliasId;
     const QByteArray _aliasData;
     const std::uint64_t _type;
 
-    mutable std::mutex _mutex; // guards all below
-    QString _path;             // the local path of `aliasURL`
-    QString _reservePath;
-    std::uint64_t _state;
-    bool _isMissing = false;
+    mutable platform::Mutex _mutex;
+    QString _path VELMORA_GUARDED_BY(_mutex); // the local path of `aliasURL`
+    QString _reservePath VELMORA_GUARDED_BY(_mutex);
+    std::uint64_t _state VELMORA_GUARDED_BY(_mutex);
+    bool _isMissing VELMORA_GUARDED_BY(_mutex) = false;
 };

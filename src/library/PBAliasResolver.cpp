@@ -1,8 +1,9 @@
 #include "library/PBAliasResolver.h"
 
 #include "core/Paths.h"
-#include "platform/LocalizedTexts.h"
-#include "platform/MainLoop.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
 
 #include <utility>
 
@@ -52,6 +53,7 @@ QString PBAliasResolver::lane(const PBAliasObject& aliasObject) {
 
 Resolution PBAliasResolver::resolve(
     const PBAliasObject& aliasObject, bool mount, const QStringList& otherRoots, QString* error) {
+    platform::assertMainThread();
     const Work work =
         [resolver = _resolver, data = aliasObject.aliasData(),
          places = platform::SearchPlaces{aliasObject.reservePath(), otherRoots, _commonFolders},
@@ -66,7 +68,7 @@ Resolution PBAliasResolver::resolve(
         return {};
     };
     const std::weak_ptr<PBAliasResolver*> self = _self;
-    const std::int64_t aliasId = aliasObject.aliasId();
+    const qint64 aliasId = aliasObject.aliasId();
     const auto late = [self, aliasId, work](const Resolution& resolution) {
         if (const auto alive = self.lock()) (*alive)->tell(aliasId, resolution, work);
     };
@@ -81,7 +83,7 @@ Resolution PBAliasResolver::resolve(
     return resolution;
 }
 
-void PBAliasResolver::tell(std::int64_t aliasId, const Resolution& resolution, const Work& work) {
+void PBAliasResolver::tell(qint64 aliasId, const Resolution& resolution, const Work& work) {
     if (resolution.outcome == Outcome::Unfinished) {
         searchOn(aliasId, work);
     } else if (_lateAnswer) {
@@ -90,7 +92,7 @@ void PBAliasResolver::tell(std::int64_t aliasId, const Resolution& resolution, c
 }
 
 /// In a lane of its own: the other roots of the volume need not wait for it.
-void PBAliasResolver::searchOn(std::int64_t aliasId, const Work& work) {
+void PBAliasResolver::searchOn(qint64 aliasId, const Work& work) {
     const std::weak_ptr<PBAliasResolver*> self = _self;
     const auto finished = _calls.call<Resolution>(
         QStringLiteral("search %1").arg(aliasId), QStringLiteral("search"),
@@ -117,7 +119,7 @@ void PBAliasResolver::mountVolume(const PBAliasObject& aliasObject, QString* err
         return;
     }
     const std::weak_ptr<PBAliasResolver*> self = _self;
-    const std::int64_t aliasId = aliasObject.aliasId();
+    const qint64 aliasId = aliasObject.aliasId();
     // Success is told by the mount table.
     _mounter->mount(bookmark->fileSystem, [self, aliasId](const QString& problem) {
         const auto alive = self.lock();
@@ -127,6 +129,7 @@ void PBAliasResolver::mountVolume(const PBAliasObject& aliasObject, QString* err
 }
 
 bool PBAliasResolver::isFolder(const QString& path) {
+    platform::assertMainThread();
     return _calls
         .call<bool>(
             QStringLiteral("look ") + path, path, resolveLimit,
@@ -135,6 +138,7 @@ bool PBAliasResolver::isFolder(const QString& path) {
 }
 
 std::optional<PBAliasResolver::NewAlias> PBAliasResolver::newAlias(const QString& path) {
+    platform::assertMainThread();
     using Answer = std::optional<NewAlias>;
     const auto work = [resolver = _resolver, path]() -> Answer {
         const auto bookmark = Bookmark::bookmarkOfFolder(path, resolver->volumes());

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "library/PBAliasObject.h"
-#include "platform/BookmarkResolver.h"
-#include "platform/BoundedCalls.h"
-#include "platform/VolumeMounter.h"
+#include "platform/volumes/BookmarkResolver.h"
+#include "platform/volumes/VolumeMounter.h"
+#include "platform/work/BoundedCalls.h"
 
 #include <QByteArray>
 #include <QString>
@@ -30,9 +30,8 @@ namespace PBUtilities {
 class PBAliasResolver {
 public:
     /// A root's answer that came late, or after its volume was mounted for it.
-    using LateAnswer =
-        std::function<void(std::int64_t aliasId, const platform::Resolution& resolution)>;
-    using MountFailure = std::function<void(std::int64_t aliasId, const QString& error)>;
+    using LateAnswer = std::function<void(qint64 aliasId, const platform::Resolution& resolution)>;
+    using MountFailure = std::function<void(qint64 aliasId, const QString& error)>;
 
     /// What the catalogue keeps of a new root.
     struct NewAlias {
@@ -70,8 +69,8 @@ public:
 private:
     using Work = std::function<platform::Resolution(std::chrono::milliseconds limit)>;
 
-    void tell(std::int64_t aliasId, const platform::Resolution& resolution, const Work& work);
-    void searchOn(std::int64_t aliasId, const Work& work);
+    void tell(qint64 aliasId, const platform::Resolution& resolution, const Work& work);
+    void searchOn(qint64 aliasId, const Work& work);
     void mountVolume(const PBAliasObject& aliasObject, QString* error);
 
     platform::BoundedCalls& _calls;

@@ -4,7 +4,9 @@
 #include "library/FolderIcons.h"
 #include "library/PBAliasResolver.h"
 #include "library/PBFolderLister.h"
-#include "platform/LocalizedTexts.h"
+#include "platform/files/PathNames.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/MainThread.h"
 
 #include <QHash>
 
@@ -26,7 +28,7 @@ QString PBFolderItem::folderPath() const {
     const auto above = parent();
     const QString folder = above ? above->folderPath() : QString();
     if (folder.isEmpty()) return {};
-    return folder.endsWith(u'/') ? folder + _folderName : folder + u'/' + _folderName;
+    return platform::pathInFolder(folder, _folderName);
 }
 
 QString PBFolderItem::displayName() const {
@@ -53,8 +55,9 @@ PBFolderItem::aliasObjectAndRelativePath(QString* relativePath) const {
     if (!above) return nullptr;
     auto root = above->aliasObjectAndRelativePath(relativePath);
     if (relativePath) {
-        if (!relativePath->isEmpty()) *relativePath += u'/';
-        *relativePath += _folderName;
+        *relativePath = relativePath->isEmpty()
+                            ? _folderName
+                            : platform::pathInFolder(*relativePath, _folderName);
     }
     return root;
 }
@@ -84,6 +87,7 @@ std::optional<QStringList> PBFolderItem::listedNames(const QString& folder) {
 }
 
 void PBFolderItem::loadChildren() {
+    platform::assertMainThread();
     _isLoaded = true;
     _children.clear();
     const QString folder = folderPath();
@@ -92,6 +96,7 @@ void PBFolderItem::loadChildren() {
 }
 
 bool PBFolderItem::takeNames(const QStringList& names) {
+    platform::assertMainThread();
     QHash<QString, std::shared_ptr<PBFolderItem>> old;
     for (const auto& child : _children)
         old.insert(child->_folderName, child);

@@ -1,7 +1,7 @@
 #include "library/PBFolderLister.h"
 
-#include "platform/BoundedCalls.h"
-#include "platform/FileManager.h"
+#include "platform/files/FileManager.h"
+#include "platform/work/BoundedCalls.h"
 
 #include <QCollator>
 #include <QLocale>

@@ -1,9 +1,12 @@
 #include "library/PBPathHistory.h"
 
+#include "platform/work/MainThread.h"
+
 #include <utility>
 
 void PBPathHistory::pushAliasObject(
     std::shared_ptr<PBAliasObject> aliasObject, const QString& relativePath) {
+    platform::assertMainThread();
     _pathArray.resize(static_cast<std::size_t>(_position + 1));
     _pathArray.push_back({std::move(aliasObject), relativePath});
     ++_position;
@@ -28,6 +31,7 @@ std::shared_ptr<PBAliasObject> PBPathHistory::forward(QString* relativePath) {
 }
 
 std::shared_ptr<PBAliasObject> PBPathHistory::stepTo(std::int64_t position, QString* relativePath) {
+    platform::assertMainThread();
     _position = position;
     const Place& entry = _pathArray[static_cast<std::size_t>(position)];
     if (relativePath) *relativePath = entry.relativePath;

@@ -2,7 +2,8 @@
 
 #include "core/Paths.h"
 #include "library/PBAliasManager.h"
-#include "platform/LocalizedTexts.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/MainThread.h"
 
 #include <algorithm>
 #include <utility>
@@ -34,6 +35,7 @@ PBSourceTreeDataSource::makeFolderAliasItem(std::shared_ptr<PBAliasObject> alias
 }
 
 void PBSourceTreeDataSource::reloadCategoryItem() {
+    platform::assertMainThread();
     std::array<PBSourceCategoryItem::Children, 3> children;
     for (const auto& root : _aliasManager.aliasArray()) {
         const PBSourceCategoryItem* category = categoryForType(root->type());
@@ -47,6 +49,7 @@ void PBSourceTreeDataSource::reloadCategoryItem() {
 }
 
 void PBSourceTreeDataSource::insertFolderAlias(std::shared_ptr<PBFolderAliasItem> item) {
+    platform::assertMainThread();
     PBSourceCategoryItem* category = categoryForType(item->aliasObject()->type());
     if (!category) return;
     PBSourceCategoryItem::Children children = category->folderAliasItems();
@@ -56,6 +59,7 @@ void PBSourceTreeDataSource::insertFolderAlias(std::shared_ptr<PBFolderAliasItem
 }
 
 void PBSourceTreeDataSource::removeFolderAlias(const PBFolderAliasItem& item) {
+    platform::assertMainThread();
     PBSourceCategoryItem* category = categoryForType(item.aliasObject()->type());
     if (!category) return;
     PBSourceCategoryItem::Children children = category->folderAliasItems();
@@ -65,12 +69,14 @@ void PBSourceTreeDataSource::removeFolderAlias(const PBFolderAliasItem& item) {
 }
 
 bool PBSourceTreeDataSource::refreshAliasObject(const PBAliasObject& aliasObject) {
+    platform::assertMainThread();
     PBSourceCategoryItem* category = categoryForType(aliasObject.type());
     if (aliasObject.isZombie() || !category) return false;
     return category->refreshAliasObject(aliasObject);
 }
 
 bool PBSourceTreeDataSource::refreshChilden(const QString& path, bool refreshChildren) {
+    platform::assertMainThread();
     bool changed = false;
     for (const auto& category : _categories) {
         if (category->refreshChilden(path, refreshChildren)) changed = true;
@@ -135,6 +141,7 @@ int PBSourceTreeDataSource::heightOfRow(const PBOutlineItem& item) {
 }
 
 void PBSourceTreeDataSource::setContextMenuItem(std::shared_ptr<PBOutlineItem> item) {
+    platform::assertMainThread();
     _contextMenuItem = std::move(item);
     Q_EMIT itemsDidChange();
 }

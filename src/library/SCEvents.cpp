@@ -1,105 +1,62 @@
 #include "library/SCEvents.h"
 
-#include <algorithm>
+#include "platform/work/MainThread.h"
 
-SCEvent SCEvent::eventWithEventId(
-    std::uint64_t eventId, const QDateTime& eventDate, const QString& eventPath,
-    std::uint32_t eventFlags) {
-    SCEvent event;
-    event._eventId = eventId;
-    event._eventDate = eventDate;
-    event._eventPath = eventPath;
-    if (eventPath.size() >= 2 && eventPath.endsWith(u'/')) event._eventPath.chop(1);
-    event._eventFlags = eventFlags;
-    return event;
+SCEvents::SCEvents(platform::EventStream::Options options) : _options(std::move(options)) {
+    platform::assertMainThread();
 }
-
-QString SCEvent::description() const {
-    return QStringLiteral("<SCEvent { eventId = %1, eventPath = %2, eventFlags = %3 } >")
-        .arg(QString::number(_eventId), _eventPath, QString::number(_eventFlags));
-}
-
-SCEvents::SCEvents(platform::EventStream::Options options) : _options(std::move(options)) {}
 
 SCEvents::~SCEvents() {
+    platform::assertMainThread();
     _delegate = nullptr;
     stopWatchingPaths();
 }
 
 bool SCEvents::startWatchingPaths(const QStringList& paths) {
-    const std::lock_guard lock(_eventsLock);
+    const platform::Lock lock(_eventsLock);
     if (paths.isEmpty() || _eventStream) return false;
-    auto stream = std::make_unique<platform::EventStream>(
+    auto stream = std::make_shared<platform::EventStream>(
         paths, [this](const std::vector<platform::FileSystemEvent>& events) { take(events); },
         _options);
     if (!stream->isValid()) return false;
     _eventStream = std::move(stream);
-    const std::lock_guard stateLock(_stateLock);
     _watchedPaths = paths;
     return true;
 }
 
 bool SCEvents::stopWatchingPaths() {
-    const std::lock_guard lock(_eventsLock);
-    const bool wasWatching = _eventStream != nullptr;
-    _eventStream.reset();
-    return wasWatching;
-}
-
-bool SCEvents::isWatchingPaths() const {
-    const std::lock_guard lock(_eventsLock);
-    return _eventStream != nullptr;
+    std::shared_ptr<platform::EventStream> stream;
+    const platform::Lock lock(_eventsLock);
+    stream.swap(_eventStream);
+    return stream != nullptr;
 }
 
 QStringList SCEvents::watchedPaths() const {
-    const std::lock_guard lock(_stateLock);
+    const platform::Lock lock(_eventsLock);
     return _watchedPaths;
 }
 
-std::optional<SCEvent> SCEvents::lastEvent() const {
-    const std::lock_guard lock(_stateLock);
-    return _lastEvent;
+std::shared_ptr<platform::EventStream> SCEvents::eventStream() const {
+    const platform::Lock lock(_eventsLock);
+    return _eventStream;
 }
 
 bool SCEvents::flushEventStreamSync() {
-    const std::lock_guard lock(_eventsLock);
-    if (!_eventStream) return false;
-    _eventStream->flushSync();
-    return true;
-}
-
-bool SCEvents::flushEventStreamAsync() {
-    const std::lock_guard lock(_eventsLock);
-    if (!_eventStream) return false;
-    _eventStream->flushAsync();
-    return true;
+    const auto stream = eventStream();
+    if (stream) stream->flushSync();
+    return stream != nullptr;
 }
 
 bool SCEvents::isBeingWritten(const QString& path) const {
-    const std::lock_guard lock(_eventsLock);
-    return _eventStream && _eventStream->isBeingWritten(path);
-}
-
-QString SCEvents::description() const {
-    return QStringLiteral("<SCEvents { watchedPaths = (%1), excludedPaths = (%2) } >")
-        .arg(watchedPaths().join(u", "), _excludedPaths.join(u", "));
-}
-
-bool SCEvents::isExcluded(const QString& path) const {
-    return std::ranges::any_of(_excludedPaths, [&](const QString& excluded) {
-        return path == excluded || (_ignoreEventsFromSubDirs && path.startsWith(excluded));
-    });
+    const auto stream = eventStream();
+    return stream && stream->isBeingWritten(path);
 }
 
 void SCEvents::take(const std::vector<platform::FileSystemEvent>& events) {
-    const QDateTime now = QDateTime::currentDateTimeUtc();
+    platform::assertMainThread();
     std::vector<SCEvent> taken;
-    for (const auto& event : events) {
-        if (isExcluded(event.path)) continue;
-        taken.push_back(SCEvent::eventWithEventId(event.eventId, now, event.path, event.flags));
-        if (&event != &events.back()) continue;
-        const std::lock_guard lock(_stateLock);
-        _lastEvent = taken.back();
-    }
+    taken.reserve(events.size());
+    for (const auto& event : events)
+        taken.emplace_back(event.path, event.flags);
     if (!taken.empty() && _delegate) _delegate->pathWatcher(*this, taken);
 }

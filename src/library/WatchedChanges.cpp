@@ -2,7 +2,7 @@
 
 #include "core/FileTypes.h"
 #include "core/Paths.h"
-#include "platform/EventStream.h"
+#include "platform/files/EventStream.h"
 
 #include <algorithm>
 

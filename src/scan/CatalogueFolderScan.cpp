@@ -1,6 +1,7 @@
 #include "scan/CatalogueFolderScan.h"
 
 #include "FMDB/FMDatabase.h"
+#include "platform/files/PathNames.h"
 #include "scan/ScanServices.h"
 
 namespace {
@@ -80,8 +81,8 @@ void CatalogueFolderScan::take(const group::ImageFileRow& row, const QString& fo
     ++_dictionary->services->figures.items;
     _thumbnails.add(
         *item,
-        _dictionary->services->imageImporters.imageImporterForImageURL(
-            folderPath + u'/' + row.fileName),
+        _dictionary->services->imageImporterManager.imageImporterForImageURL(
+            platform::pathInFolder(folderPath, row.fileName)),
         true);
 }
 

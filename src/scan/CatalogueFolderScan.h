@@ -2,7 +2,7 @@
 
 #include "group/GroupPublication.h"
 #include "group/GroupingStep.h"
-#include "platform/FileManager.h"
+#include "platform/files/FileManager.h"
 #include "scan/PBScanDictionary.h"
 #include "scan/ScanSteps.h"
 

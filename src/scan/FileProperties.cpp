@@ -1,36 +1,29 @@
 #include "scan/FileProperties.h"
 
 #include "catalogue/MetadataKeys.h"
+#include "codec/pixels/Geometry.h"
 #include "core/FileTypes.h"
-#include "image/codec/Geometry.h"
 
 #include <algorithm>
 
 namespace {
 
-PBValue valueOf(const PBDictionary& dictionary, const QString& key) {
-    const auto found = dictionary.find(key);
-    return found == dictionary.end() ? PBValue() : found->second;
-}
-
-PBValue orNull(PBValue value) {
-    return value.isAbsent() ? PBValue(PBNull{}) : std::move(value);
+PBValue orNull(const PBValue& value) {
+    return value.isAbsent() ? PBValue(PBNull{}) : value;
 }
 
 std::optional<PBDictionary> columnsOf(
     const PBDictionary& properties, const QString& key,
     PBDictionary (*convert)(const PBDictionary&)) {
-    const auto found = properties.find(key);
-    const PBDictionary* part = found == properties.end() ? nullptr : found->second.dictionary();
+    const PBDictionary* part = valueForKey(properties, key).dictionary();
     if (!part) return std::nullopt;
     return convert(*part);
 }
 
 double rotationOf(const PBDictionary& properties) {
-    const auto found = properties.find(QStringLiteral("{TIFF}"));
-    const PBDictionary* tiff = found == properties.end() ? nullptr : found->second.dictionary();
+    const PBDictionary* tiff = valueForKey(properties, QStringLiteral("{TIFF}")).dictionary();
     if (!tiff) return 0;
-    const qint64 orientation = valueOf(*tiff, QStringLiteral("Orientation")).toInteger();
+    const qint64 orientation = valueForKey(*tiff, QStringLiteral("Orientation")).toInteger();
     return PBUtilities::orientationToAngle(static_cast<int>(orientation));
 }
 
@@ -42,7 +35,7 @@ FileProperty makeFileProperty(
     const PBDictionary& properties = file.properties;
     const QString type = PBUtilities::extentionToUTI(PBUtilities::pathExtension(fileName));
     const auto size = [&](const QString& key) {
-        return static_cast<quint64>(std::max<qint64>(valueOf(properties, key).toInteger(), 0));
+        return static_cast<quint64>(std::max<qint64>(valueForKey(properties, key).toInteger(), 0));
     };
     FileProperty property;
     property.parentFolderPath = folderPath;
@@ -55,10 +48,11 @@ FileProperty makeFileProperty(
         {QStringLiteral("UTIType"), type.isEmpty() ? PBValue(PBNull{}) : PBValue(type)},
         {QStringLiteral("ImageWidth"), size(QStringLiteral("PixelWidth"))},
         {QStringLiteral("ImageHeight"), size(QStringLiteral("PixelHeight"))},
-        {QStringLiteral("ImageDPI"), orNull(valueOf(properties, QStringLiteral("DPIWidth")))},
-        {QStringLiteral("ColorModel"), orNull(valueOf(properties, QStringLiteral("ColorModel")))},
+        {QStringLiteral("ImageDPI"), orNull(valueForKey(properties, QStringLiteral("DPIWidth")))},
+        {QStringLiteral("ColorModel"),
+         orNull(valueForKey(properties, QStringLiteral("ColorModel")))},
         {QStringLiteral("ColorSyncProfile"),
-         orNull(valueOf(properties, QStringLiteral("ProfileName")))},
+         orNull(valueForKey(properties, QStringLiteral("ProfileName")))},
         {QStringLiteral("RotateAngle"), rotationOf(properties)},
         {QStringLiteral("FileStars"), 0},
         {QStringLiteral("FileFlag"), false},

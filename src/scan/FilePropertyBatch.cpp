@@ -2,7 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
-#include "platform/StandardError.h"
+#include "platform/program/StandardError.h"
 #include "scan/ScanServices.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "image/ImageImporters.h"
+#include "codec/PBImageImporterProtocol.h"
 #include "scan/PBScanDictionary.h"
 #include "scan/ScanSteps.h"
 
@@ -20,7 +20,7 @@ struct FileProperty {
     std::optional<PBDictionary> iptcProperty;
     std::optional<PBDictionary> gpsProperty;
     /// Handed on to the thumbnail's operation.
-    std::unique_ptr<image::ImageImporter> imageImporter;
+    std::unique_ptr<PBImageImporterProtocol> imageImporter;
     /// 0 until the row is there, and when it could not be made.
     qint64 fileId = 0;
     /// The dictionary's `attachedCount` when the catalogue did not know the file.

@@ -1,16 +1,16 @@
 #include "scan/PBScanAttachOperation.h"
 
-#include "platform/OperationQueue.h"
+#include "platform/work/OperationQueue.h"
 
 void PBAttachOperationArray::add(
     std::shared_ptr<PBScanAttachOperation> operation, const std::function<void()>& whileLocked) {
-    const std::lock_guard lock(_monitor);
+    const platform::Lock lock(_monitor);
     if (whileLocked) whileLocked();
     _operations.push_back(std::move(operation));
 }
 
 std::vector<std::shared_ptr<PBScanAttachOperation>> PBAttachOperationArray::takeAll() {
-    const std::lock_guard lock(_monitor);
+    const platform::Lock lock(_monitor);
     _takenCount += _operations.size();
     return std::exchange(_operations, {});
 }

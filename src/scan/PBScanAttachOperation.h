@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/Operation.h"
+#include "platform/work/Mutex.h"
+#include "platform/work/Operation.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace platform {
@@ -40,8 +40,8 @@ public:
     [[nodiscard]] std::uint64_t takenCount() const { return _takenCount; }
 
 private:
-    std::mutex _monitor; // guards the array
-    std::vector<std::shared_ptr<PBScanAttachOperation>> _operations;
+    platform::Mutex _monitor;
+    std::vector<std::shared_ptr<PBScanAttachOperation>> _operations VELMORA_GUARDED_BY(_monitor);
     std::uint64_t _takenCount = 0; // of the scan thread
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Operation.h"
+#include "platform/work/Operation.h"
 #include "scan/PBScanDictionary.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/PBAppDelegate.h"
+#include "core/PBGroupTypeArray.h"
 #include "core/PBMutableNumber.h"
 #include "core/PBOpenFiles.h"
 #include "group/GroupingStep.h"

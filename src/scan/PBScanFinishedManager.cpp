@@ -13,12 +13,12 @@ int PBScanFinishedObject::compare(const PBScanFinishedObject& other) const {
 }
 
 std::vector<PBScanFinishedObject> PBScanFinishedManager::scanFinishedArray() const {
-    const std::lock_guard lock(_lock);
+    const platform::Lock lock(_lock);
     return _scanFinishedArray;
 }
 
 void PBScanFinishedManager::scanFinished(const PBScanFinishedObject& folder) {
-    const std::lock_guard lock(_lock);
+    const platform::Lock lock(_lock);
     const bool isCovered = std::ranges::any_of(_scanFinishedArray, [&](const auto& entry) {
         const int place = folder.compare(entry);
         return place == 0 || place == -1;

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "library/PBAliasObject.h"
+#include "platform/work/Mutex.h"
 
 #include <QString>
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -39,6 +39,6 @@ public:
     void scanFinished(const PBScanFinishedObject& folder);
 
 private:
-    mutable std::mutex _lock; // guards the array
-    std::vector<PBScanFinishedObject> _scanFinishedArray;
+    mutable platform::Mutex _lock;
+    std::vector<PBScanFinishedObject> _scanFinishedArray VELMORA_GUARDED_BY(_lock);
 };

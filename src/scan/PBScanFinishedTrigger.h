@@ -17,7 +17,6 @@ public:
         std::shared_ptr<PBScanFinishedTrigger> parent, PBScanFinishedObject scanFinishedObject);
 
     /// Of the root only.
-    [[nodiscard]] const PBScanDictionaryRef& scanDictionary() const { return _scanDictionary; }
     void setScanDictionary(PBScanDictionaryRef dictionary) {
         _scanDictionary = std::move(dictionary);
     }

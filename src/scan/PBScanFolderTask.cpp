@@ -2,7 +2,9 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
-#include "platform/FileManager.h"
+#include "group/GroupPublication.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/PathNames.h"
 #include "scan/FileProperties.h"
 #include "scan/ScanServices.h"
 
@@ -11,14 +13,6 @@
 #include <deque>
 
 using platform::DirectoryEntry;
-
-namespace {
-
-/// New files that are stored together at most, and for how long they are gathered.
-constexpr std::size_t batchLimit = 200;
-constexpr double batchSeconds = 1.0;
-
-} // namespace
 
 /// What one run of a task holds in hand.
 struct PBScanFolderTask::Run {
@@ -141,7 +135,8 @@ PBScanFolderTask::Entry PBScanFolderTask::lookAhead(Run& run, DirectoryEntry ent
     if (!services.readAhead || waiting.entry.isDirectory) return waiting;
     const QString& name = waiting.entry.name;
     if (auto importer = importerOf(run, name); importer && !isLeftAlone(run, name))
-        waiting.file = services.readAhead->read(run.folderPath + u'/' + name, std::move(importer));
+        waiting.file = services.readAhead->read(
+            platform::pathInFolder(run.folderPath, name), std::move(importer));
     return waiting;
 }
 
@@ -156,7 +151,7 @@ void PBScanFolderTask::takeEntry(Run& run, Entry waiting) const {
     }
     // A link would be walked twice, or without end.
     if (entry.isLink || !_dictionary->RecurseSubFolder) return;
-    auto dictionary = subFolder(run, run.folderPath + u'/' + entry.name);
+    auto dictionary = subFolder(run, platform::pathInFolder(run.folderPath, entry.name));
     if (dictionary && !run.operation.isCancelled())
         run.subTasks.push_back(scanFolderTaskWithDictionary(std::move(dictionary)));
 }
@@ -185,16 +180,17 @@ void PBScanFolderTask::walkListedFiles(Run& run) const {
     }
 }
 
-std::unique_ptr<image::ImageImporter>
+std::unique_ptr<PBImageImporterProtocol>
 PBScanFolderTask::importerOf(const Run& run, const QString& name) const {
-    return _dictionary->services->imageImporters.imageImporterForImageURL(
-        run.folderPath + u'/' + name);
+    return _dictionary->services->imageImporterManager.imageImporterForImageURL(
+        platform::pathInFolder(run.folderPath, name));
 }
 
 bool PBScanFolderTask::isLeftAlone(Run& run, const QString& name) const {
     findFolderRow(run);
     const auto& isBeingWritten = _dictionary->services->isBeingWritten;
-    return isKnown(run, name) || (isBeingWritten && isBeingWritten(run.folderPath + u'/' + name));
+    return isKnown(run, name) ||
+           (isBeingWritten && isBeingWritten(platform::pathInFolder(run.folderPath, name)));
 }
 
 void PBScanFolderTask::takeFile(Run& run, Entry& waiting) const {
@@ -203,9 +199,10 @@ void PBScanFolderTask::takeFile(Run& run, Entry& waiting) const {
     if (!importer || run.operation.isCancelled() || isLeftAlone(run, name)) return;
     const std::uint64_t unknownAt = _dictionary->attachedCount();
     checkAttachedOperation(run.operation);
-    NewFile file = waiting.file.isValid()
-                       ? _dictionary->services->readAhead->wait(std::move(waiting.file))
-                       : readNewFile(run.folderPath + u'/' + name, std::move(importer));
+    NewFile file =
+        waiting.file.isValid()
+            ? _dictionary->services->readAhead->wait(std::move(waiting.file))
+            : readNewFile(platform::pathInFolder(run.folderPath, name), std::move(importer));
     if (!file.values || !makeFolderRow(run)) return;
     FileProperty property = makeFileProperty(run.folderPath, name, run.folderId, std::move(file));
     property.unknownAt = unknownAt;
@@ -238,7 +235,7 @@ void PBScanFolderTask::findFolderRow(Run& run) const {
 bool PBScanFolderTask::makeFolderRow(Run& run) const {
     findFolderRow(run);
     if (run.folderId > 0) return true;
-    const std::lock_guard lock(_dictionary->services->insertFolderAliasLock);
+    const platform::Lock lock(_dictionary->services->insertFolderAliasLock);
     if (run.operation.isCancelled()) return false;
     run.folderId =
         PBCatalogue(*_dictionary->Database)
@@ -253,7 +250,8 @@ void PBScanFolderTask::flushIfDue(Run& run, bool isLast) const {
     if (pending == 0) return;
     const double now = _dictionary->services->now();
     const double since = now - _dictionary->PushImageFileItemTime->number().toDouble();
-    if (pending <= batchLimit && since <= batchSeconds && !isLast) return;
+    const auto& limits = group::folderScanLimits;
+    if (pending <= limits.count && since <= limits.seconds && !isLast) return;
     checkAttachedOperation(run.operation);
     const auto drain = [&] { checkAttachedOperation(run.operation); };
     if (run.batch.flush(drain)) _dictionary->PushImageFileItemTime->setNumber(now);

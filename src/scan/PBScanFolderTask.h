@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/FileManager.h"
-#include "platform/Operation.h"
+#include "platform/files/FileManager.h"
+#include "platform/work/Operation.h"
 #include "scan/FilePropertyBatch.h"
 #include "scan/PBScanDictionary.h"
 #include "scan/PBScanFinishedTrigger.h"
@@ -21,7 +21,6 @@ public:
 
     /// Set for a task that is attached work itself, which must not run the mailbox that it came
     /// from. Tasks of sub-folders don't inherit it.
-    [[nodiscard]] bool ignoreCheckAttachOperation() const { return _ignoreCheckAttachOperation; }
     void setIgnoreCheckAttachOperation(bool ignore) { _ignoreCheckAttachOperation = ignore; }
 
     /// `operation` is the owner whose cancellation ends the task.
@@ -44,7 +43,7 @@ private:
     [[nodiscard]] Entry lookAhead(Run& run, platform::DirectoryEntry entry) const;
     void takeEntry(Run& run, Entry entry) const;
     void takeFile(Run& run, Entry& file) const;
-    [[nodiscard]] std::unique_ptr<image::ImageImporter>
+    [[nodiscard]] std::unique_ptr<PBImageImporterProtocol>
     importerOf(const Run& run, const QString& name) const;
     /// Whether there is nothing to do for the file, now at least.
     [[nodiscard]] bool isLeftAlone(Run& run, const QString& name) const;

@@ -21,7 +21,7 @@ std::optional<platform::ResourceValues> valuesOfFile(const QString& path) {
 
 } // namespace
 
-NewFile readNewFile(const QString& path, std::unique_ptr<image::ImageImporter> importer) {
+NewFile readNewFile(const QString& path, std::unique_ptr<PBImageImporterProtocol> importer) {
     NewFile file{valuesOfFile(path), {}, std::move(importer)};
     if (file.values) file.properties = file.importer->propertiesAtIndex(0).value_or(PBDictionary());
     return file;
@@ -34,14 +34,15 @@ struct ReadAhead::Job {
     std::atomic<bool> isRead = false;
 };
 
-ReadAhead::ReadAhead(int cores, image::ImageImporters& importers)
+ReadAhead::ReadAhead(int cores, PBImageImporterManager& importers)
     : _importers(importers),
       _capacity(static_cast<std::size_t>(std::max(1, cores)) * groupsInHand * readTogetherAtMost),
       _queue(QStringLiteral("read"), std::max(1, cores)) {}
 
 ReadAhead::~ReadAhead() = default;
 
-ReadAhead::Reading ReadAhead::read(QString path, std::unique_ptr<image::ImageImporter> importer) {
+ReadAhead::Reading
+ReadAhead::read(QString path, std::unique_ptr<PBImageImporterProtocol> importer) {
     auto job = std::make_shared<Job>();
     job->path = std::move(path);
     job->file.importer = std::move(importer);
@@ -66,9 +67,9 @@ void ReadAhead::begin() {
     });
 }
 
-void ReadAhead::readTogether(const Jobs& jobs, image::ImageImporters& importers) {
+void ReadAhead::readTogether(const Jobs& jobs, PBImageImporterManager& importers) {
     std::vector<std::shared_ptr<Job>> wanted;
-    std::vector<image::ImageImporter*> readable;
+    std::vector<QString> readable;
     std::vector<NewFile*> files;
     for (const auto& waiting : jobs) {
         auto job = waiting.lock();
@@ -76,12 +77,12 @@ void ReadAhead::readTogether(const Jobs& jobs, image::ImageImporters& importers)
         NewFile& file = job->file;
         file.values = valuesOfFile(job->path);
         if (file.values) {
-            readable.push_back(file.importer.get());
+            readable.push_back(job->path);
             files.push_back(&file);
         }
         wanted.push_back(std::move(job));
     }
-    auto properties = importers.propertiesOfImporters(readable);
+    auto properties = importers.propertiesOfImages(readable);
     for (std::size_t index = 0; index < files.size(); ++index)
         files[index]->properties = std::move(properties[index]).value_or(PBDictionary());
     for (const auto& job : wanted) {

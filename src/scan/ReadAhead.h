@@ -1,8 +1,8 @@
 #pragma once
 
-#include "image/ImageImporters.h"
-#include "platform/FileManager.h"
-#include "platform/OperationQueue.h"
+#include "codec/PBImageImporterManager.h"
+#include "platform/files/FileManager.h"
+#include "platform/work/OperationQueue.h"
 
 #include <memory>
 #include <optional>
@@ -15,12 +15,12 @@ struct NewFile {
     /// changes in between is noticed by the next scan.
     std::optional<platform::ResourceValues> values;
     PBDictionary properties; ///< empty if they can't be read
-    std::unique_ptr<image::ImageImporter> importer;
+    std::unique_ptr<PBImageImporterProtocol> importer;
 };
 
 /// Blocks as long as the disk and the importer do.
 [[nodiscard]] NewFile
-readNewFile(const QString& path, std::unique_ptr<image::ImageImporter> importer);
+readNewFile(const QString& path, std::unique_ptr<PBImageImporterProtocol> importer);
 
 /// Reads the files that are next in line for the disk pass on cores of their own, while the pass
 /// itself stays serial. A few are read together, since a small file takes less time than asking for
@@ -41,15 +41,15 @@ public:
         std::shared_ptr<Job> _job;
     };
 
-    /// The importers are those that the files' importers were made by; they outlive this.
-    ReadAhead(int cores, image::ImageImporters& importers);
+    /// The manager that the files' importers were made by; it outlives this.
+    ReadAhead(int cores, PBImageImporterManager& importers);
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
 
     /// How many files are worth having in hand.
     [[nodiscard]] std::size_t capacity() const { return _capacity; }
-    [[nodiscard]] Reading read(QString path, std::unique_ptr<image::ImageImporter> importer);
+    [[nodiscard]] Reading read(QString path, std::unique_ptr<PBImageImporterProtocol> importer);
     /// Blocks until the file is read.
     [[nodiscard]] NewFile wait(Reading reading);
 
@@ -57,9 +57,9 @@ private:
     using Jobs = std::vector<std::weak_ptr<Job>>;
 
     void begin();
-    static void readTogether(const Jobs& jobs, image::ImageImporters& importers);
+    static void readTogether(const Jobs& jobs, PBImageImporterManager& importers);
 
-    image::ImageImporters& _importers;
+    PBImageImporterManager& _importers;
     const std::size_t _capacity;
     Jobs _gathered; ///< not begun yet
     platform::OperationQueue _queue;

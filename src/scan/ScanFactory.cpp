@@ -1,6 +1,7 @@
 #include "scan/ScanFactory.h"
 
-#include "platform/OperationQueue.h"
+#include "platform/work/MainThread.h"
+#include "platform/work/OperationQueue.h"
 #include "scan/AttachedOperations.h"
 #include "scan/FilePropertyBatch.h"
 #include "scan/PBScanDatabaseOperation.h"
@@ -11,6 +12,7 @@ ScanFactory::ScanFactory(Environment environment) : _environment(std::move(envir
 std::shared_ptr<PBScanDictionary> ScanFactory::makeDictionary(
     std::shared_ptr<PBAliasObject> root, const QString& relativePath,
     std::shared_ptr<PBGroupItemArray> workTree, const ScanBrowsing& browsing) const {
+    platform::assertMainThread();
     const auto& services = _environment.services;
     auto dictionary = std::make_shared<PBScanDictionary>();
     dictionary->Database = &_environment.scanFileDb;
@@ -47,6 +49,7 @@ void ScanFactory::startScan(
 }
 
 void ScanFactory::attach(std::shared_ptr<PBScanAttachOperation> operation) const {
+    platform::assertMainThread();
     attachScanOperation(
         _attachOperationArray, _environment.scanQueue, std::move(operation),
         _environment.cancelDelayedPublications);

@@ -1,25 +1,25 @@
 #pragma once
 
+#include "codec/PBImageImporterManager.h"
 #include "group/GroupPublication.h"
 #include "group/PlaceAddresses.h"
-#include "image/ImageImporters.h"
 #include "image/PBBuildThumbOperation.h"
 #include "library/PBAliasManager.h"
+#include "platform/work/Mutex.h"
 #include "scan/PBScanFinishedManager.h"
 #include "scan/ReadAhead.h"
 #include "scan/ScanFigures.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 
 /// What scans need of the rest of the program. Everything outlives the scan queue.
 struct ScanServices {
     const PBAliasManager& aliasManager;
     PBScanFinishedManager& scanFinishedManager;
     /// Taken around the insertion of a folder's row.
-    std::mutex& insertFolderAliasLock;
-    image::ImageImporters& imageImporters;
+    platform::Mutex& insertFolderAliasLock;
+    PBImageImporterManager& imageImporterManager;
     std::shared_ptr<BuildThumbServices> buildThumb;
     /// nullptr: no address is ever known.
     group::PlaceAddresses* places = nullptr;

@@ -4,7 +4,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveThumbOperation.h"
 #include "image/PBBuildThumbOperation.h"
-#include "platform/OperationQueue.h"
+#include "platform/work/OperationQueue.h"
 #include "scan/ScanServices.h"
 
 void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCapture) {
@@ -22,7 +22,8 @@ constexpr std::size_t thumbnailsQueuedTogether = 64;
 } // namespace
 
 void ThumbnailsToBuild::add(
-    const PBImageFileItem& item, std::unique_ptr<image::ImageImporter> importer, bool checkExist) {
+    const PBImageFileItem& item, std::unique_ptr<PBImageImporterProtocol> importer,
+    bool checkExist) {
     if (!importer) return;
     _operations.push_back(std::make_shared<PBBuildThumbOperation>(
         _dictionary.services->buildThumb, PBBuildThumbOperation::Request{
@@ -66,6 +67,5 @@ void removeFromCatalogue(
     }
     if (fileIds.empty() || operation.isCancelled()) return;
     dictionary.BuilidThumbOperationQueue->addOperation(std::make_shared<PBRemoveThumbOperation>(
-        std::vector<std::int64_t>(fileIds.begin(), fileIds.end()),
-        *dictionary.BuilidThumbDatabase));
+        std::vector<qint64>(fileIds.begin(), fileIds.end()), *dictionary.BuilidThumbDatabase));
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "codec/PBImageImporterProtocol.h"
 #include "group/PBImageFileItem.h"
-#include "image/ImageImporters.h"
 #include "scan/PBScanDictionary.h"
 
 #include <functional>
@@ -20,7 +20,7 @@ public:
     explicit ThumbnailsToBuild(const PBScanDictionary& dictionary) : _dictionary(dictionary) {}
     /// Nothing happens without an importer.
     void
-    add(const PBImageFileItem& item, std::unique_ptr<image::ImageImporter> importer,
+    add(const PBImageFileItem& item, std::unique_ptr<PBImageImporterProtocol> importer,
         bool checkExist);
     void queueAll();
 

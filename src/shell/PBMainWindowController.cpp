@@ -6,25 +6,27 @@
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
 #include "image/BuildThumbNotifier.h"
-#include "info/geo/PBGeoManager.h"
-#include "platform/LocalizedTexts.h"
-#include "platform/UserDefaults.h"
-#include "shell/BrowserPane.h"
-#include "shell/FilterCommands.h"
-#include "shell/FirstRun.h"
-#include "shell/FolderPrompts.h"
-#include "shell/GroupMenus.h"
-#include "shell/GroupPanel.h"
-#include "shell/InfoPane.h"
-#include "shell/MainMenu.h"
-#include "shell/MainToolbar.h"
-#include "shell/OpenFilesCommands.h"
-#include "shell/OpenFilesReveal.h"
-#include "shell/PaneLayout.h"
-#include "shell/SourceSidebar.h"
-#include "shell/StatusBarView.h"
-#include "shell/ToolbarController.h"
-#include "shell/WindowCommands.h"
+#include "places/PBGeoManager.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/program/UserDefaults.h"
+#include "platform/work/MainThread.h"
+#include "shell/commands/FilterCommands.h"
+#include "shell/commands/OpenFilesCommands.h"
+#include "shell/commands/OpenFilesReveal.h"
+#include "shell/commands/WindowCommands.h"
+#include "shell/groups/GroupMenus.h"
+#include "shell/groups/GroupPanel.h"
+#include "shell/menus/MainMenu.h"
+#include "shell/panes/BrowserPane.h"
+#include "shell/panes/InfoPane.h"
+#include "shell/panes/PaneLayout.h"
+#include "shell/panes/StatusBarView.h"
+#include "shell/services/BrowsingSettings.h"
+#include "shell/sidebar/FirstRun.h"
+#include "shell/sidebar/FolderPrompts.h"
+#include "shell/sidebar/SourceSidebar.h"
+#include "shell/toolbar/MainToolbar.h"
+#include "shell/toolbar/ToolbarController.h"
 #include "ui/HeaderBar.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
@@ -75,8 +77,8 @@ private:
     bool _wasShown = false;
 };
 
-PBMainWindowController::PBMainWindowController(PBAppDelegate& delegate)
-    : _delegate(delegate), _window(std::make_unique<Window>(*this)) {
+PBMainWindowController::PBMainWindowController(const ShellServices& services)
+    : _services(services), _window(std::make_unique<Window>(*this)) {
     buildWindow();
     restoreGeometry();
     updateImageBrowserTipView();
@@ -93,9 +95,9 @@ void PBMainWindowController::buildWindow() {
     _window->setMinimumSize(smallestWindowSize);
     _folderPrompts = std::make_unique<FolderSheets>(*_window);
     _sourceSidebar = std::make_unique<SourceSidebar>(
-        _delegate, *_window, *_folderPrompts, [this] { updateImageBrowserTipView(); });
+        _services, *_window, *_folderPrompts, [this] { updateImageBrowserTipView(); });
     makeGroupViews();
-    _filterCommands = new FilterCommands(_delegate, _window.get());
+    _filterCommands = new FilterCommands(_services.browsing, _services.delegate, _window.get());
     QObject::connect(
         &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
         &FilterCommands::announce);
@@ -104,8 +106,8 @@ void PBMainWindowController::buildWindow() {
         {.source = titledPane(sourceBar, _sourceSidebar->view()),
          .group = titledPane(new HeaderBar(localizedString(u"Groups")), _groupPanel->view()),
          .thumbnail = makeThumbnailView(),
-         .info = new InfoPane(_delegate.userDefaults())},
-        _delegate.userDefaults(), _window.get());
+         .info = new InfoPane(_services.userDefaults)},
+        _services.userDefaults, _window.get());
     _statusBarView = new StatusBarView(*_panes);
 
     auto* content = new QWidget;
@@ -119,7 +121,8 @@ void PBMainWindowController::buildWindow() {
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
     _toolbarController = new ToolbarController(
-        {.delegate = _delegate,
+        {.userDefaults = _services.userDefaults,
+         .pathHistory = _services.pathHistory,
          .toolbar = *_toolbar,
          .sourceBar = *sourceBar,
          .filters = *_filterCommands,
@@ -129,7 +132,7 @@ void PBMainWindowController::buildWindow() {
         _window.get());
     _commands = std::make_unique<WindowCommands>(
         WindowCommands::Parts{
-            .delegate = _delegate,
+            .services = _services,
             .window = *_window,
             .browserPane = *_browserPane,
             .sourceSidebar = *_sourceSidebar,
@@ -155,7 +158,7 @@ QWidget* PBMainWindowController::makeBrowserPane() {
         container, &PBImageBrowserContainerView::foldersDropped, container,
         [this](const QStringList& folders) { _sourceSidebar->addFolders(folders); });
     _browserPane =
-        std::make_unique<BrowserPane>(_delegate, [this] { updateImageBrowserTipView(); });
+        std::make_unique<BrowserPane>(_services, [this] { updateImageBrowserTipView(); });
     container->addLayer(_browserPane->view());
     _imageBrowserTipView = new PBImageBrowserTipView;
     container->addLayer(_imageBrowserTipView);
@@ -175,19 +178,20 @@ QWidget* PBMainWindowController::makeThumbnailView() {
 
 void PBMainWindowController::makeGroupViews() {
     _groupPanel = std::make_unique<GroupPanel>(
-        _delegate.groupTreeDataSource(),
-        [this](qint64 tagId) { return PBCatalogue(_delegate.mainFileDb()).tagWithTagId(tagId); },
+        _services.groupTreeDataSource,
+        [this](qint64 tagId) { return PBCatalogue(_services.mainFileDb).tagWithTagId(tagId); },
         [this](const PBGroupItemData& leaf) { _browserPane->scrollToLeaf(leaf); });
     _groupPrompts = std::make_unique<GroupSheets>(*_window);
     _groupMenus = std::make_unique<GroupMenus>(GroupMenus::Environment{
-        .groupTypeArray = [this] { return _delegate.groupTypeArray(); },
-        .setGroupTypeArray = [this](PBGroupTypeArray chain) { _delegate.setGroupTypeArray(chain); },
-        .scan = [this] { _delegate.scan(); },
-        .canUseGeocoder = [this] { return _delegate.geoManager().canUseGeocoder(); },
-        .settings = _delegate.userDefaults(),
+        .groupTypeArray = [this] { return _services.browsing.groupTypeArray(); },
+        .setGroupTypeArray =
+            [this](PBGroupTypeArray chain) { _services.browsing.setGroupTypeArray(chain); },
+        .scan = [this] { _services.delegate.scan(); },
+        .canUseGeocoder = [this] { return _services.geoManager.canUseGeocoder(); },
+        .settings = _services.userDefaults,
         .prompts = *_groupPrompts});
     _groupPathControl = new PBPathControl;
-    _groupPathControl->setGroupTypeArray(_delegate.groupTypeArray());
+    _groupPathControl->setGroupTypeArray(_services.browsing.groupTypeArray());
     QObject::connect(
         _groupPathControl, &PBPathControl::groupMenuClicked, _groupMenus.get(),
         &GroupMenus::groupMenuClicked);
@@ -208,11 +212,12 @@ void PBMainWindowController::makeOpenFiles() {
     _openFilesReveal = new OpenFilesReveal(
         {.browserPane = *_browserPane,
          .tree = _sourceSidebar->tree(),
-         .isScanning = [this] { return _delegate.isScanning(); },
-         .dropRequest = [this] { _delegate.setOpenFiles(nullptr); }},
+         .isScanning = [this] { return _services.delegate.isScanning(); },
+         .dropRequest = [this] { _services.delegate.setOpenFiles(nullptr); }},
         _window.get());
     _openFilesCommands = new OpenFilesCommands(
-        {.delegate = _delegate,
+        {.delegate = _services.delegate,
+         .aliasManager = _services.aliasManager,
          .tree = _sourceSidebar->tree(),
          .selection = sourceSelection(),
          .commands = folderRootCommands(),
@@ -230,6 +235,7 @@ FolderRootCommands& PBMainWindowController::folderRootCommands() {
 }
 
 void PBMainWindowController::clearBrowser() {
+    platform::assertMainThread();
     _groupPanel->clear();
     _browserPane->clear();
 }
@@ -243,42 +249,34 @@ void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures
     _workProgress = new WorkProgress(std::move(figures), _window.get());
     _statusBarView->setProgress(*_workProgress);
     QObject::connect(
-        &_delegate.buildThumbNotifier(), &BuildThumbNotifier::PBNotiName_BuildThumb, _workProgress,
+        &_services.buildThumbNotifier, &BuildThumbNotifier::PBNotiName_BuildThumb, _workProgress,
         &WorkProgress::wake);
 }
 
 void PBMainWindowController::scanStateDidChange() {
-    if (_workProgress && _delegate.isScanning()) _workProgress->restart();
+    platform::assertMainThread();
+    if (_workProgress && _services.delegate.isScanning()) _workProgress->restart();
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
 }
 
 void PBMainWindowController::updateImageBrowserTipView() {
+    platform::assertMainThread();
     _imageBrowserTipView->setTipKind(PBImageBrowserTipView::kindFor(
-        _browserPane->browserView().hasGroups(), _sourceSidebar->tree().hasFolderAliasItem(),
-        _sourceSidebar->tree().selectedItem() != nullptr, _delegate.isScanning()));
-}
-
-bool PBMainWindowController::isFullScreen() const {
-    return _commands->isFullScreen();
-}
-
-bool PBMainWindowController::hideStatusBar() const {
-    return _commands->hideStatusBar();
-}
-
-void PBMainWindowController::setHideStatusBar(bool hide) {
-    _commands->setHideStatusBar(hide);
+        {.hasGroups = _browserPane->browserView().hasGroups(),
+         .hasRoots = _sourceSidebar->tree().hasFolderAliasItem(),
+         .hasSelection = _sourceSidebar->tree().selectedItem() != nullptr,
+         .isScanning = _services.delegate.isScanning()}));
 }
 
 void PBMainWindowController::restoreGeometry() {
-    const auto stored = _delegate.userDefaults().dataForKey(geometryKey);
+    const auto stored = _services.userDefaults.dataForKey(geometryKey);
     if (!stored || !_window->restoreGeometry(*stored)) _window->resize(firstWindowSize);
     // A window that was left filling the screen comes back as it was before.
     _window->setWindowState(_window->windowState() & ~Qt::WindowFullScreen);
 }
 
 void PBMainWindowController::saveGeometry() {
-    _delegate.userDefaults().setData(_window->saveGeometry(), geometryKey);
+    _services.userDefaults.setData(_window->saveGeometry(), geometryKey);
     _panes->savePositions();
 }

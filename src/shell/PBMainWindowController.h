@@ -1,6 +1,7 @@
 #pragma once
 
-#include "shell/WorkProgress.h"
+#include "shell/panes/WorkProgress.h"
+#include "shell/services/ShellServices.h"
 
 #include <functional>
 #include <memory>
@@ -17,7 +18,6 @@ class MainToolbar;
 class OpenFilesCommands;
 class OpenFilesReveal;
 class PaneLayout;
-class PBAppDelegate;
 class PBImageBrowserTipView;
 class PBPathControl;
 class QMainWindow;
@@ -31,8 +31,7 @@ class WindowCommands;
 /// The one window of the program: builds it from its parts and connects them. Main thread.
 class PBMainWindowController {
 public:
-    /// The delegate outlives this object.
-    explicit PBMainWindowController(PBAppDelegate& delegate);
+    explicit PBMainWindowController(const ShellServices& services);
     ~PBMainWindowController();
 
     [[nodiscard]] QMainWindow& window() const;
@@ -45,7 +44,6 @@ public:
     [[nodiscard]] FolderRootCommands& folderRootCommands();
     [[nodiscard]] OpenFilesCommands& openFilesCommands() { return *_openFilesCommands; }
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
-    [[nodiscard]] ToolbarController& toolbarController() { return *_toolbarController; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
 
     void showWindow();
@@ -61,11 +59,6 @@ public:
     /// Shows why the browser is empty, or hides the tip.
     void updateImageBrowserTipView();
 
-    [[nodiscard]] bool isFullScreen() const;
-    [[nodiscard]] bool hideStatusBar() const;
-    /// Stored at once.
-    void setHideStatusBar(bool hide);
-
 private:
     void buildWindow();
     [[nodiscard]] QWidget* makeBrowserPane();
@@ -78,7 +71,7 @@ private:
 
     class Window;
 
-    PBAppDelegate& _delegate;
+    const ShellServices _services;
     std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;

@@ -1,5 +1,7 @@
 #include "ui/ColorScheme.h"
 
+#include "platform/work/MainThread.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
@@ -38,6 +40,7 @@ ColorScheme::ColorScheme(QObject* parent) : QObject(parent) {
 
 void ColorScheme::settingChanged(
     const QString& changedGroup, const QString& changedKey, const QDBusVariant& value) {
+    platform::assertMainThread();
     if (changedGroup != group || changedKey != key) return;
     _preferred = schemeOf(value.variant());
     Q_EMIT preferredChanged(_preferred);

@@ -19,9 +19,6 @@ public:
     /// Belongs to the widget.
     FolderDropTarget(QWidget& widget, Test isFolder);
 
-    /// The folders of the drag that is over the widget; empty if there is none.
-    [[nodiscard]] const QStringList& supportURLArray() const { return _supportURLArray; }
-
 Q_SIGNALS:
     /// A drag with folders came over the widget, or it left or was dropped.
     void draggingChanged(bool isOver);
@@ -35,5 +32,5 @@ private:
     void endDragging();
 
     const Test _isFolder;
-    QStringList _supportURLArray;
+    QStringList _supportURLArray; ///< of the drag that is over the widget
 };

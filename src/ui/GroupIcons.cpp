@@ -1,5 +1,6 @@
 #include "ui/GroupIcons.h"
 
+#include "platform/work/MainThread.h"
 #include "ui/Icons.h"
 
 #include <QHash>
@@ -26,6 +27,7 @@ QString symbolOf(const group::IconName& icon) {
 } // namespace
 
 const QIcon& ofGroup(const group::IconName& icon) {
+    platform::assertMainThread();
     // Reading a symbol costs more than drawing the rest of a row.
     static QHash<QString, QIcon> icons;
     const QString symbol = symbolOf(icon);

@@ -23,10 +23,6 @@ HeaderBar::HeaderBar(const QString& title, Line line, QWidget* parent)
     updateColors();
 }
 
-void HeaderBar::setTitle(const QString& title) {
-    _title->setText(title);
-}
-
 void HeaderBar::addWidget(QWidget* widget) {
     _layout->addWidget(widget);
 }

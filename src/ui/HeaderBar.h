@@ -13,7 +13,6 @@ public:
 
     explicit HeaderBar(const QString& title, Line line = Line::Below, QWidget* parent = nullptr);
 
-    void setTitle(const QString& title);
     /// Adds a widget at the right end; the bar becomes its parent.
     void addWidget(QWidget* widget);
 

@@ -1,5 +1,6 @@
 #include "ui/Icons.h"
 
+#include "platform/work/MainThread.h"
 #include "ui/PBThemes.h"
 
 #include <QFile>
@@ -87,6 +88,7 @@ QIcon named(const QString& name) {
 
 QPixmap
 pixmap(const QString& name, const QSize& size, qreal devicePixelRatio, const QColor& color) {
+    platform::assertMainThread();
     // Such as in a pane that is closing.
     if (size.isEmpty()) return {};
     const QString key = QStringLiteral("velmora:%1:%2x%3:%4:%5")

@@ -4,6 +4,8 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 
+#include <utility>
+
 PBModalTextField::PBModalTextField(int modalTag, const QString& text, QWidget* parent)
     : QLineEdit(text, parent), _modalTag(modalTag) {
     setAlignment(Qt::AlignCenter);

@@ -13,7 +13,6 @@ public:
     PBModalTextField(int modalTag, const QString& text, QWidget* parent);
     ~PBModalTextField() override;
 
-    [[nodiscard]] int modalTag() const { return _modalTag; }
     /// Selects the name without its extension.
     void selectBaseName();
     /// As Escape does.

@@ -1,5 +1,6 @@
 #include "ui/PBPathCell.h"
 
+#include "platform/work/MainThread.h"
 #include "ui/GroupIcons.h"
 #include "ui/PBThemes.h"
 
@@ -43,10 +44,6 @@ void drawArrow(QPainter& painter, const QPointF& centre) {
 
 PathCellStyle::PathCellStyle(const QFont& font, bool emphasizesLast)
     : emphasizesLastItem(emphasizesLast), plain(font), strong(strongFont(font)) {}
-
-bool PBPathComponentCell::isFirstItem() const {
-    return _path.pathComponentCells().front().get() == this;
-}
 
 bool PBPathComponentCell::isLastItem() const {
     return _path.pathComponentCells().back().get() == this;
@@ -137,6 +134,7 @@ void PBPathComponentCell::draw(QPainter& painter, const QRectF& cellRect) const 
 
 PBPathComponentCell& PBPathCell::insertItemWithTitle(
     const QString& title, const group::IconName& image, std::size_t index, bool limitWidth) {
+    platform::assertMainThread();
     const auto place = _cells.begin() + static_cast<std::ptrdiff_t>(std::min(index, itemCount()));
     return **_cells.insert(
         place, std::make_unique<PBPathComponentCell>(*this, title, image, limitWidth));

@@ -40,7 +40,6 @@ public:
     /// A step that names no value is written dim.
     void setIsUnspecified(bool isUnspecified) { _isUnspecified = isUnspecified; }
 
-    [[nodiscard]] bool isFirstItem() const;
     [[nodiscard]] bool isLastItem() const;
     /// Position in the path.
     [[nodiscard]] std::size_t position() const;
@@ -83,6 +82,10 @@ private:
 /// Main thread.
 class PBPathCell {
 public:
+    /// In points; the breadcrumb and the heads of groups have the same, and so stand in one line.
+    static constexpr double leftMargin = 3;
+    static constexpr double usualHeight = 20;
+
     /// The style outlives this object.
     explicit PBPathCell(const PathCellStyle& style) : _style(style) {}
     PBPathCell(const PBPathCell&) = delete;

@@ -1,7 +1,8 @@
 #include "ui/PBPathControl.h"
 
 #include "group/GroupPresets.h"
-#include "platform/LocalizedTexts.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/MainThread.h"
 #include "ui/EntryMenu.h"
 #include "ui/PBThemes.h"
 
@@ -21,9 +22,8 @@ namespace {
 
 // All in points.
 constexpr int barHeight = 28;
-constexpr double pathHeight = 20;
-/// As the heads of groups have it, so that the two stand in one line.
-constexpr double leftMargin = 3;
+constexpr double pathHeight = PBPathCell::usualHeight;
+constexpr double leftMargin = PBPathCell::leftMargin;
 constexpr double pathTop = 3;
 constexpr int menuDistance = 6;
 constexpr double cornerRadius = 4;
@@ -47,6 +47,7 @@ PBPathControl::PBPathControl(QWidget* parent)
 }
 
 void PBPathControl::setGroupTypeArray(PBGroupTypeArray groupTypeArray) {
+    platform::assertMainThread();
     if (groupTypeArray == _groupTypeArray) return;
     _groupTypeArray = std::move(groupTypeArray);
     _pathCell.removeAllItem();
@@ -119,6 +120,7 @@ void PBPathControl::paintEvent(QPaintEvent*) {
 }
 
 QMenu* PBPathControl::menuOfItem(std::size_t index) {
+    platform::assertMainThread();
     const PBPathComponentCell& cell = *_pathCell.pathComponentCells()[index];
     auto* menu = new QMenu(localizedString(u"Group"), this);
     menu->setAttribute(Qt::WA_DeleteOnClose);

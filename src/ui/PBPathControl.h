@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/PBAppDelegate.h"
+#include "core/PBGroupTypeArray.h"
 #include "ui/PBPathCell.h"
 
 #include <QWidget>

@@ -1,5 +1,6 @@
 #include "ui/PBScrollView.h"
 
+#include "platform/work/MainThread.h"
 #include "ui/PBScroller.h"
 
 #include <QKeyEvent>
@@ -11,9 +12,6 @@
 
 namespace {
 
-constexpr int frameInterval = 16; // milliseconds: 60 frames a second
-constexpr double frameSeconds = 1.0 / 60;
-constexpr double slideSpeed = 60; // points a frame at the full pull of 1
 constexpr double anglePerTurn = 120;
 
 } // namespace
@@ -40,12 +38,12 @@ PBScrollView::PBScrollView(Qt::Orientation axis, QWidget* parent)
         scrollToPosition(position, true);
     });
     connect(_scroller, &PBScroller::moveRequested, this, &PBScrollView::scrollBy);
-    connect(_scroller, &PBScroller::slideRequested, this, &PBScrollView::slideScrollerDragged);
 }
 
 PBScrollView::~PBScrollView() = default;
 
 void PBScrollView::setDocumentView(QWidget* view) {
+    platform::assertMainThread();
     _documentView = view;
     view->setParent(viewport());
     view->setGeometry(viewport()->rect());
@@ -53,6 +51,7 @@ void PBScrollView::setDocumentView(QWidget* view) {
 }
 
 void PBScrollView::setDocumentSize(const QSizeF& size) {
+    platform::assertMainThread();
     _documentSize = size;
     updateScrollers();
     setPbScrollPoint(_scrollPoint);
@@ -69,6 +68,7 @@ QPointF PBScrollView::maxScrollPoint() const {
 }
 
 void PBScrollView::setPbScrollPoint(const QPointF& point) {
+    platform::assertMainThread();
     const QPointF farthest = maxScrollPoint();
     const QPointF rounded(
         std::clamp(std::rint(point.x()), 0.0, farthest.x()),
@@ -117,7 +117,7 @@ void PBScrollView::setClock(const ScrollMotion::Clock& clock) {
 }
 
 void PBScrollView::scrollTimeWillBegin() {
-    _scrollTimer.start(frameInterval, Qt::PreciseTimer, this);
+    _scrollTimer.start(scrollFrameInterval, Qt::PreciseTimer, this);
 }
 
 void PBScrollView::scrollTimeDidEnd(std::int64_t direction) {
@@ -156,19 +156,11 @@ void PBScrollView::scrollNatively(const QWheelEvent& event) {
     setPbScrollPoint(_scrollPoint - delta);
 }
 
-void PBScrollView::slideScrollerDragged(double pull) {
-    const double now = _clock();
-    if (now - _dragScrollTime < frameSeconds) return;
-    _dragScrollTime = now;
-    scrollBy(pull * slideSpeed);
-}
-
 void PBScrollView::resizeEvent(QResizeEvent* event) {
     QAbstractScrollArea::resizeEvent(event);
     if (_documentView) _documentView->setGeometry(viewport()->rect());
     updateScrollers();
     setPbScrollPoint(_scrollPoint);
-    Q_EMIT viewportResized();
 }
 
 bool PBScrollView::viewportEvent(QEvent* event) {

@@ -23,7 +23,6 @@ public:
     /// What shows the document; becomes a child that fills the viewport. Wheel events that it
     /// ignores come here.
     void setDocumentView(QWidget* view);
-    [[nodiscard]] QWidget* documentView() const { return _documentView; }
     /// Never smaller than the viewport along the axis.
     void setDocumentSize(const QSizeF& size);
     [[nodiscard]] QSizeF documentSize() const { return _documentSize; }
@@ -46,6 +45,8 @@ public:
     /// The width that the scroller takes, or would take if it were on show.
     [[nodiscard]] int scrollerWidth() const;
     [[nodiscard]] ScrollMotion& motion() { return _motion; }
+    /// Seconds by the clock that its motions go by.
+    [[nodiscard]] double now() const { return _clock(); }
     /// For tests.
     void setClock(const ScrollMotion::Clock& clock);
 
@@ -57,8 +58,6 @@ public:
 Q_SIGNALS:
     /// The position changed.
     void didScroll();
-    /// The viewport has another size.
-    void viewportResized();
 
 protected:
     [[nodiscard]] double scrollPosition() const override;
@@ -76,7 +75,6 @@ private:
     void scrollNatively(const QWheelEvent& event);
     void reflectScrolledClipView();
     void updateScrollers();
-    void slideScrollerDragged(double pull);
 
     const Qt::Orientation _axis;
     ScrollMotion _motion;
@@ -87,6 +85,5 @@ private:
     PBScroller* _scroller; // owned by the base class
     QSizeF _documentSize;
     QPointF _scrollPoint;
-    double _dragScrollTime = 0;
     bool _ignoreReflectScroller = false;
 };

@@ -1,15 +1,17 @@
 #include "ui/PBScroller.h"
 
+#include "platform/work/MainThread.h"
+
 #include <QMouseEvent>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
 // Well within an int, and finer than any screen.
 constexpr double mostSteps = 1 << 30;
-constexpr int slideSteps = 1000;
 /// Of the mouse's, for the knob with the option key held.
 constexpr double fineSpeed = 0.25;
 
@@ -18,18 +20,14 @@ constexpr double fineSpeed = 0.25;
 PBScroller::PBScroller(Qt::Orientation orientation, QWidget* parent)
     : QScrollBar(orientation, parent) {
     connect(this, &QAbstractSlider::sliderPressed, this, &PBScroller::trackingStarted);
-    connect(this, &QAbstractSlider::sliderReleased, this, [this] {
-        if (_isSlideMode) setValue(slideSteps / 2);
-        Q_EMIT trackingStopped();
-    });
+    connect(this, &QAbstractSlider::sliderReleased, this, &PBScroller::trackingStopped);
     connect(this, &QAbstractSlider::actionTriggered, this, &PBScroller::handleAction);
 }
 
 void PBScroller::setDocument(double maximum, double page, double line) {
+    platform::assertMainThread();
     _maximum = std::max(maximum, 0.0);
     _page = page;
-    _line = line;
-    if (_isSlideMode) return;
     _scale = std::max(1.0, _maximum / mostSteps);
     setRange(0, static_cast<int>(std::ceil(_maximum / _scale)));
     setPageStep(std::max(1, static_cast<int>(page / _scale)));
@@ -37,21 +35,8 @@ void PBScroller::setDocument(double maximum, double page, double line) {
 }
 
 void PBScroller::setPosition(double position) {
-    _position = position;
-    if (!_isSlideMode) setValue(static_cast<int>(std::rint(position / _scale)));
-}
-
-void PBScroller::setSlideMode(bool isSlideMode) {
-    if (_isSlideMode == isSlideMode) return;
-    _isSlideMode = isSlideMode;
-    if (isSlideMode) {
-        setRange(0, slideSteps);
-        setPageStep(slideSteps / 5);
-        setValue(slideSteps / 2);
-    } else {
-        setDocument(_maximum, _page, _line);
-        setPosition(_position);
-    }
+    platform::assertMainThread();
+    setValue(static_cast<int>(std::rint(position / _scale)));
 }
 
 void PBScroller::mousePressEvent(QMouseEvent* event) {
@@ -71,11 +56,6 @@ void PBScroller::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void PBScroller::handleAction(int action) {
-    if (_isSlideMode) {
-        if (action == SliderMove)
-            Q_EMIT slideRequested(static_cast<double>(sliderPosition()) / slideSteps - 0.5);
-        return;
-    }
     const double wanted = sliderPosition() * _scale;
     if (action == SliderMove || action == SliderToMinimum || action == SliderToMaximum) {
         if (!isSliderDown()) setSliderPosition(value());

@@ -3,8 +3,7 @@
 #include <QScrollBar>
 
 /// A scroller whose positions are doubles, so that documents of any length can be reached: the
-/// integer steps of the base class are spread over the document. In slide mode the knob is a
-/// joystick that rests in the middle; how far it is pulled is a speed. Main thread.
+/// integer steps of the base class are spread over the document. Main thread.
 class PBScroller final : public QScrollBar {
     Q_OBJECT
 
@@ -18,16 +17,12 @@ public:
     /// Moves the knob only.
     void setPosition(double position);
 
-    void setSlideMode(bool isSlideMode);
-    [[nodiscard]] bool isSlideMode() const { return _isSlideMode; }
-
 Q_SIGNALS:
     /// The user took the knob, and let it go.
     void trackingStarted();
     void trackingStopped();
-    /// The user wants that position; with the knob in slide mode -0.5 to 0.5 from the middle.
+    /// The user wants that position.
     void positionRequested(double position);
-    void slideRequested(double pull);
     /// The user wants to move on by so much.
     void moveRequested(double delta);
 
@@ -40,12 +35,9 @@ private:
     void handleAction(int action);
 
     double _scale = 1; // points a step
-    double _position = 0;
     double _maximum = 0;
     double _page = 0;
-    double _line = 0;
     double _pageOverlap = 0;
-    bool _isSlideMode = false;
     QPointF _lastMouse;  // where it was
     QPointF _knobOffset; // how far the knob has fallen behind it
 };

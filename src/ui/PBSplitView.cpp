@@ -1,5 +1,6 @@
 #include "ui/PBSplitView.h"
 
+#include "platform/work/MainThread.h"
 #include "ui/PBThemes.h"
 
 #include <QMouseEvent>
@@ -122,6 +123,7 @@ void PBSplitView::setFixedPaneSize(int size) {
 }
 
 void PBSplitView::setSplitPosition(int position) {
+    platform::assertMainThread();
     const int total = length();
     position = std::clamp(position, 0, total);
     setSizes({position, total - position});
@@ -129,6 +131,7 @@ void PBSplitView::setSplitPosition(int position) {
 }
 
 void PBSplitView::animateToPosition(int position, std::function<void()> completion) {
+    platform::assertMainThread();
     _animation.stop();
     _completion = std::move(completion);
     // 1 is the smallest that counts: with 0 the content of a pane would set its minimum.

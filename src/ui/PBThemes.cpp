@@ -1,5 +1,6 @@
 #include "ui/PBThemes.h"
 
+#include "platform/work/MainThread.h"
 #include "ui/ProgramStyle.h"
 
 #include <QApplication>
@@ -50,6 +51,7 @@ const PBThemes::Colors& colorsOf(PBThemes::Scheme scheme) {
 } // namespace
 
 PBThemes::Scheme PBThemes::scheme() {
+    platform::assertMainThread();
     return currentScheme;
 }
 
@@ -58,6 +60,7 @@ const PBThemes::Colors& PBThemes::colors() {
 }
 
 void PBThemes::apply(Scheme scheme) {
+    platform::assertMainThread();
     currentScheme = scheme;
     // One style on every desktop, so that the window looks as it was drawn.
     if (!qobject_cast<ProgramStyle*>(QApplication::style())) {

@@ -1,5 +1,7 @@
 #include "ui/PBThumbnailScrollView.h"
 
+#include "platform/work/MainThread.h"
+
 namespace {
 
 constexpr int margin = 2;
@@ -14,6 +16,7 @@ double PBThumbnailScrollView::scrollLine() const {
 }
 
 void PBThumbnailScrollView::layoutThumbnailView() {
+    platform::assertMainThread();
     if (_ignoreLayoutSubView || !parentWidget()) return;
     setGeometry(parentWidget()->rect().adjusted(margin, margin, -margin, -margin));
 }

@@ -1,13 +1,22 @@
 #include "ui/ScrollMotion.h"
 
+#include "platform/work/MainThread.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 namespace {
 
-double orDefault(double value, double standard) {
-    return value == 0 ? standard : value;
+// The motion follows a falling exponential of that base, as far as that power.
+constexpr double scrollCurveDuration = 2.0;
+constexpr double scrollCurveFactor = 3.0;
+
+/// How much of the way is done when so much of the time is: quick at first and softly landing.
+double fraction(double time) {
+    return (1.0 - std::pow(scrollCurveFactor, -time * scrollCurveDuration)) /
+           (1.0 - std::pow(scrollCurveFactor, -scrollCurveDuration));
 }
 
 std::int64_t signOf(double value) {
@@ -26,14 +35,8 @@ ScrollMotion::Clock ScrollMotion::monotonicClock() {
     };
 }
 
-double
-ScrollMotion::fraction(double time, double duration, double curveDuration, double curveFactor) {
-    if (time >= duration) return 1.0;
-    return (1.0 - std::pow(curveFactor, -(time / duration) * curveDuration)) /
-           (1.0 - std::pow(curveFactor, -curveDuration));
-}
-
 void ScrollMotion::scrollToPosition(double position, bool animation) {
+    platform::assertMainThread();
     if (!animation) {
         _target.setScrollPosition(_target.roundPosition(position));
         stop();
@@ -54,12 +57,14 @@ double ScrollMotion::animationScrollDestinationPositionWithDelta(double delta) {
 }
 
 void ScrollMotion::scrollBy(double delta) {
+    platform::assertMainThread();
     // A motion that is over by now must not end, and forget its direction, within the next one.
     if (_isRunning) tick();
     scrollToPosition(animationScrollDestinationPositionWithDelta(delta), true);
 }
 
 void ScrollMotion::wheel(double delta) {
+    platform::assertMainThread();
     if (delta == 0) return;
     if (_isRunning) tick();
     const bool against = (_amtScrollFlag > 0 && delta < 0) || (_amtScrollFlag < 0 && delta > 0);
@@ -68,23 +73,22 @@ void ScrollMotion::wheel(double delta) {
 }
 
 void ScrollMotion::updateScrollAmtByOffset(double offset) {
+    platform::assertMainThread();
     if (!_isRunning) return;
     _scrollStartPos += offset;
     _scrollStopPos += offset;
 }
 
 void ScrollMotion::tick() {
+    platform::assertMainThread();
     if (!_isRunning) return;
-    const double duration = orDefault(_scrollAnimationDuration, defaultAnimationDuration);
     const double time = _clock() - _scrollStartTime;
-    if (time >= duration) {
+    if (time >= scrollAnimationDuration) {
         _target.setScrollPosition(_scrollStopPos);
         stop();
         return;
     }
-    const double done = fraction(
-        time, duration, orDefault(_scrollCurveDuration, defaultCurveDuration),
-        orDefault(_scrollCurveFactor, defaultCurveFactor));
+    const double done = fraction(time / scrollAnimationDuration);
     _target.setScrollPosition(_scrollStartPos + (_scrollStopPos - _scrollStartPos) * done);
 }
 
@@ -94,12 +98,14 @@ void ScrollMotion::start() {
 }
 
 void ScrollMotion::stop() {
+    platform::assertMainThread();
     const std::int64_t direction = std::exchange(_scrollPosFlag, 0);
     _amtScrollFlag = 0;
     if (std::exchange(_isRunning, false)) _target.scrollTimeDidEnd(direction);
 }
 
 void PhasedScrolling::ended() {
+    platform::assertMainThread();
     if (_state != State::Moving) return;
     _state = State::Ending;
     _endTime = _clock();

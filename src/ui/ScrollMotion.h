@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <functional>
 
+/// Milliseconds between two frames of something that scrolls: 60 a second.
+constexpr int scrollFrameInterval = 16;
+
 /// What a motion moves: one coordinate of something that scrolls.
 class ScrollTarget {
 public:
@@ -31,18 +34,8 @@ public:
     [[nodiscard]] static Clock monotonicClock();
     void setClock(Clock clock) { _clock = std::move(clock); }
 
-    /// Each takes its default at 0.
-    void setScrollCurveDuration(double length) { _scrollCurveDuration = length; }
-    void setScrollCurveFactor(double base) { _scrollCurveFactor = base; }
-    void setScrollAnimationDuration(double seconds) { _scrollAnimationDuration = seconds; }
-    static constexpr double defaultCurveDuration = 2.0;
-    static constexpr double defaultCurveFactor = 3.0;
-    static constexpr double defaultAnimationDuration = 0.6;
-
-    /// How much of the way is done after `time` of `duration` seconds: 0 to 1, quick at first and
-    /// softly landing.
-    [[nodiscard]] static double
-    fraction(double time, double duration, double curveDuration, double curveFactor);
+    /// The length of a motion, in seconds.
+    static constexpr double scrollAnimationDuration = 0.6;
 
     [[nodiscard]] bool isRunning() const { return _isRunning; }
     /// -1, 0 or 1; 0 outside a motion.
@@ -75,9 +68,6 @@ private:
     double _scrollStartTime = 0;
     double _scrollStartPos = 0;
     double _scrollStopPos = 0;
-    double _scrollCurveDuration = 0;
-    double _scrollCurveFactor = 0;
-    double _scrollAnimationDuration = 0;
     std::int64_t _amtScrollFlag = 0; // -2 to 2: recent turns of the wheel
     std::int64_t _scrollPosFlag = 0;
     bool _isRunning = false;

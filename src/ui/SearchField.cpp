@@ -1,5 +1,6 @@
 #include "ui/SearchField.h"
 
+#include "platform/work/MainThread.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 
@@ -51,6 +52,7 @@ void SearchField::focusSearch() {
 }
 
 void SearchField::showText(const QString& text) {
+    platform::assertMainThread();
     if (text == this->text()) return;
     const QSignalBlocker blocker(this);
     setText(text);

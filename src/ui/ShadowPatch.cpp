@@ -1,5 +1,7 @@
 #include "ui/ShadowPatch.h"
 
+#include "platform/work/MainThread.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -20,6 +22,7 @@ std::vector<double> edgeProfile(int radius) {
 } // namespace
 
 void ShadowPatch::prepare(int radius, int offset, const QColor& color) {
+    platform::assertMainThread();
     _offset = offset;
     if (radius == _radius && color == _color) return;
     _radius = radius;

@@ -1,13 +1,16 @@
 #include "ui/TextLines.h"
 
 #include "core/Texts.h"
+#include "platform/work/MainThread.h"
 
 #include <QPainter>
 
 #include <cmath>
 #include <memory>
 
-TextLines::TextLines(const QFont& font) : _font(font), _metrics(font) {}
+TextLines::TextLines(const QFont& font) : _font(font), _metrics(font) {
+    platform::assertMainThread();
+}
 
 double TextLines::width(const QString& text) const {
     return _metrics.horizontalAdvance(PBUtilities::removeNewline(text));

@@ -1,75 +1,68 @@
-#include "FMDB/FMDatabase.h"
+#include "FMDB/BusyRetry.h"
 
-#include "support/Support.h"
+#include "support/Rows.h"
 
 #include <sqlite3.h>
-
-namespace {
-
-/// Ends the holder's transaction once the waiting connection was refused this often.
-struct Patience {
-    FMDatabase& holder;
-    int refusals = 0;
-};
-
-int refuse(void* context, int) {
-    auto* patience = static_cast<Patience*>(context);
-    if (++patience->refusals == 50) {
-        EXPECT_TRUE(patience->holder.commit());
-    }
-    return 0;
-}
-
-bool selectRow(FMDatabase& db) {
-    FMResultSet row = db.executeQuery(u"select V from T"_s);
-    return row.next() && row.intForColumnIndex(0) == 1;
-}
-
-bool insertRow(FMDatabase& db) {
-    return db.executeUpdate(u"insert into T values (2)"_s);
-}
 
 TEST(LockWaitTest, anExclusiveTransactionElsewhereIsWaitedForNotFailedOn) {
     // A connection that has not read the tables yet meets the lock when it prepares a statement,
     // otherwise when it steps.
-    const std::pair<bool, bool (*)(FMDatabase&)> calls[] = {
-        {false, selectRow}, {true, selectRow}, {true, insertRow}, {true, [](FMDatabase& db) {
-                                                                       return db.beginTransaction();
-                                                                   }}};
-    for (const auto& [knowsTables, call] : calls) {
+    using Call = bool (*)(FMDatabase&);
+    const Call select = [](auto& db) { return db.executeQuery(u"select V from T"_s).next(); };
+    const Call insert = [](auto& db) { return db.executeUpdate(u"insert into T values (2)"_s); };
+    const Call begin = [](auto& db) { return db.beginTransaction(); };
+    for (const auto& [knowsTables, call] :
+         {std::pair(false, select), {true, select}, {true, insert}, {true, begin}}) {
         const QTemporaryDir folder;
         FMDatabase holder(folder.filePath(u"files.db"_s));
         FMDatabase db(holder.databasePath());
         ASSERT_TRUE(holder.open() && db.open());
         ASSERT_TRUE((knowsTables ? db : holder).executeUpdate(u"create table T (V)"_s));
-        ASSERT_TRUE(
-            holder.beginTransaction() && holder.executeUpdate(u"insert into T values (1)"_s));
-        Patience patience{holder};
+        ASSERT_TRUE(holder.beginTransaction());
+        ASSERT_TRUE(holder.executeUpdate(u"insert into T values (1)"_s));
+        int refusals = 0;
+        std::function<void()> refused = [&] { EXPECT_TRUE(++refusals != 50 || holder.commit()); };
+        const auto refuse = [](void* context, int) {
+            (*static_cast<std::function<void()>*>(context))();
+            return 0;
+        };
         // SQLite asks this handler each time it meets the lock; it never makes SQLite itself wait.
-        sqlite3_busy_handler(db.sqliteHandle(), refuse, &patience);
+        sqlite3_busy_handler(db.sqliteHandle(), refuse, &refused);
         EXPECT_TRUE(call(db));
-        EXPECT_GE(patience.refusals, 50);
+        EXPECT_GE(refusals, 50);
         // The holder's row was committed before this connection went on.
-        FMResultSet row = db.executeQuery(u"select count(*) from T where V = 1"_s);
-        ASSERT_TRUE(row.next());
-        EXPECT_EQ(row.intForColumnIndex(0), 1);
+        EXPECT_EQ(support::rowsOf(db, u"select V from T"_s).value(0), u"1"_s);
+    }
+}
+
+TEST(LockLimitTest, retriesEndAtTheLimitOrWithTheLock) {
+    using Case = std::array<int, 4>;
+    for (const auto& [limit, result, lockedTimes, expected] :
+         {Case{3, SQLITE_BUSY, 99, 5}, Case{3, SQLITE_LOCKED, 4, 5}, Case{3, SQLITE_BUSY, 0, 1},
+          Case{0, SQLITE_LOCKED, 50, 51}}) {
+        int tries = 0;
+        std::vector<useconds_t> pauses;
+        const int last = FMDB::retryWhileBusy(
+            limit,
+            [&, result = result, times = lockedTimes] {
+                return ++tries > times ? SQLITE_FULL : result;
+            },
+            [&](useconds_t pause) { pauses.push_back(pause); });
+        EXPECT_EQ(tries, expected) << lockedTimes;
+        EXPECT_EQ(last, lockedTimes == 99 ? SQLITE_BUSY : SQLITE_FULL);
+        EXPECT_EQ(pauses, std::vector<useconds_t>(static_cast<unsigned>(expected) - 1, 20));
     }
 }
 
 TEST(LockLimitTest, limitOfRetriesGivesUpInsteadOfWaiting) {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(u"files.db"_s);
-    FMDatabase holder(path);
-    FMDatabase waiter(path);
-    ASSERT_TRUE(holder.open() && waiter.open());
-    ASSERT_TRUE(holder.executeUpdate(u"create table T (V)"_s));
-    ASSERT_TRUE(holder.beginTransaction());
+    FMDatabase holder(folder.filePath(u"files.db"_s));
+    FMDatabase waiter(holder.databasePath());
+    ASSERT_TRUE(holder.open() && waiter.open() && holder.beginTransaction());
     waiter.setBusyRetryTimeout(3);
     EXPECT_FALSE(waiter.beginTransaction());
     EXPECT_EQ(waiter.lastErrorCode(), SQLITE_BUSY);
-    EXPECT_FALSE(waiter.executeQuery(u"select V from T"_s).next());
+    EXPECT_FALSE(waiter.executeQuery(u"select * from sqlite_master"_s).isValid());
     ASSERT_TRUE(holder.commit());
     EXPECT_TRUE(waiter.beginTransaction());
 }
-
-} // namespace

@@ -1,80 +1,19 @@
 #include "FMDB/FMDatabase.h"
 #include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
-#include "app/ScanControl.h"
-#include "app/ScanPipeline.h"
+#include "app/RunningProgram.h"
+#include "browser/PBImageBrowserTipView.h"
 #include "catalogue/PBCatalogue.h"
-#include "platform/MainLoop.h"
-#include "platform/OperationQueue.h"
-
-#include "support/Support.h"
+#include "platform/work/MainLoop.h"
 
 #include <latch>
 
 namespace {
 
-/// A scan control without a window; the one root is at the path, if there is any.
-struct ScanControlTest : testing::Test {
-    ScanControlTest() {
-        for (FMDatabase* db : {&files, &scanFiles, &buildThumbnails})
-            EXPECT_TRUE(db->open());
-        PBCatalogue(files).checkTables_FilesDb();
-        PBCatalogue(buildThumbnails).checkTables_Thumbnail();
-    }
-    ~ScanControlTest() override {
-        for (platform::OperationQueue* queue : {&preload, &scan, &build}) {
-            queue->cancelAllOperations();
-            queue->waitUntilAllOperationsAreFinished();
-        }
-    }
-    void select(const QString& path) {
-        root = path.isEmpty()
-                   ? nullptr
-                   : PBAliasObject::aliasObjectWithId(1, {}, QUrl::fromLocalFile(path), path, 0, 0);
-    }
-
-    class NoServices final : public PBAliasServices {
-        platform::Resolution resolveAlias(const PBAliasObject&, bool, QString*) override {
-            return {};
-        }
-        bool storeReservePath(std::int64_t, const QString&) override { return true; }
-    };
-
-    QTemporaryDir folder;
-    FMDatabase files{folder.filePath(u"files.db"_s)};
-    FMDatabase scanFiles{files.databasePath()};
-    FMDatabase buildThumbnails{folder.filePath(u"thumbnail.db"_s)};
-    NoServices aliasServices;
-    PBAliasManager aliases{{files, aliasServices, {}}};
-    PBGeoManager places{nullptr, [](const std::function<void()>&) {}};
-    std::mutex lock;
-    int changes = 0;
-    std::shared_ptr<PBAliasObject> root;
-    platform::OperationQueue preload{u"preload"_s};
-    platform::OperationQueue scan{u"scan"_s};
-    platform::OperationQueue build{u"build"_s};
-    ScanPipeline pipeline{
-        {.geoManager = places,
-         .scanFileDb = scanFiles,
-         .buildThumbDb = buildThumbnails,
-         .scanQueue = scan,
-         .buildQueue = build,
-         .aliasManager = aliases,
-         .insertFolderAliasLock = lock,
-         .isBeingWritten = {},
-         .scanFinished = [this] { control.scanFinished(); }}};
-    ScanControl control{
-        {.preload = preload,
-         .scan = scan,
-         .build = build,
-         .pipeline = pipeline,
-         .selection =
-             [this] {
-                 return ScanControl::Selection{root, {}};
-             },
-         .browsing = [] { return ScanBrowsing(); },
-         .clearDisplay = [] {},
-         .stateChanged = [this] { ++changes; }}};
+struct ScanControlTest : RunningProgramTest {
+    platform::OperationQueue& scan = controller->shellServices().scanOperationQueue;
+    platform::OperationQueue& build = controller->shellServices().buildThumbOperationQueue;
+    PBGroupTreeDataSource& trees = controller->shellServices().groupTreeDataSource;
 };
 
 TEST_F(ScanControlTest, scanCancelsAndResumesEveryQueueWithoutWaiting) {
@@ -87,72 +26,78 @@ TEST_F(ScanControlTest, scanCancelsAndResumesEveryQueueWithoutWaiting) {
     build.setSuspended(true);
     build.addOperation([] {});
     started.wait();
-    control.scan(); // would never come back if it waited for the running operation
+    trees.setIsOutlineViewScrolled(true);
+    controller->scan(); // would never come back if it waited for the running operation
     // What waited may just have begun between resuming and cancelling; nothing is left of it.
     build.waitUntilAllOperationsAreFinished();
     EXPECT_FALSE(build.isSuspended());
-    EXPECT_EQ(changes, 1);
-    EXPECT_FALSE(control.isScanning()) << "nothing is selected";
-    EXPECT_FALSE(pipeline.groupTreeDataSource().groupItemArray_work());
+    EXPECT_FALSE(trees.isOutlineViewScrolled());
+    EXPECT_FALSE(controller->isScanning()) << "nothing is selected";
+    EXPECT_FALSE(trees.groupItemArray_work());
     release.count_down();
     scan.waitUntilAllOperationsAreFinished();
 }
 
 TEST_F(ScanControlTest, theEndOfAFormerScanIsNotThatOfThePresentOne) {
-    select(folder.path());
-    control.scan();
+    makePicture(u"p/a.png"_s);
+    const auto isOver = [this] { return !controller->isScanning(); };
+    const auto shown = [this] { return selection().itemCount(FoldedLeaves::Included); };
+    ASSERT_TRUE(controller->addFolders({path(u"p"_s)}));
+    ASSERT_TRUE(support::spinUntil([&] { return isOver() && shown() == 1; }));
+    controller->scan();
     scan.waitUntilAllOperationsAreFinished(); // its end is on the way
-    const auto former = pipeline.groupTreeDataSource().groupItemArray_work();
+    EXPECT_EQ(shown(), 0);
+    const auto former = trees.groupItemArray_work();
+    std::latch began(1);
     std::latch release(1);
-    scan.addOperation([&] { release.wait(); });
-    control.scan();
-    EXPECT_NE(pipeline.groupTreeDataSource().groupItemArray_work(), former);
+    scan.addOperation([&] {
+        began.count_down();
+        release.wait();
+    });
+    began.wait(); // one that waits is taken out of the queue
+    controller->scan();
+    EXPECT_NE(trees.groupItemArray_work(), former);
+    EXPECT_EQ(window().imageBrowserTipView().tipKind(), 4);
     bool posted = false;
     platform::MainLoop::instance()->post(platform::MainLoop::Mode::Default, [&] { posted = true; });
     ASSERT_TRUE(support::spinUntil([&] { return posted; }));
-    EXPECT_TRUE(control.isScanning());
+    EXPECT_TRUE(controller->isScanning());
     release.count_down();
-    EXPECT_TRUE(support::spinUntil([&] { return !control.isScanning(); }));
-    EXPECT_EQ(changes, 3);
-
-    select({});
-    control.scan();
-    EXPECT_FALSE(control.isScanning());
+    scan.waitUntilAllOperationsAreFinished();
+    EXPECT_TRUE(support::spinUntil(isOver));
 }
 
 TEST(DamagedCatalogueTest, nothingHappensToTheFileUnlessTheUserSaysSo) {
     QTemporaryDir folder;
     const QString file = folder.filePath(u"files.db"_s);
-    DamagedCatalogue::Choice choice = DamagedCatalogue::Choice::Quit;
+    using Choice = DamagedCatalogue::Choice;
     int asked = 0;
-    const auto settle = [&] {
+    const auto settle = [&](Choice choice) {
         return DamagedCatalogue::settle(file, [&](const QString&, const QString& reason) {
             EXPECT_FALSE(reason.isEmpty());
             ++asked;
             return choice;
         });
     };
-    EXPECT_TRUE(settle()) << "no file yet";
+    EXPECT_TRUE(settle(Choice::Quit)) << "no file yet";
     {
         FMDatabase sound(file);
         ASSERT_TRUE(sound.open());
         PBCatalogue(sound).checkTables_FilesDb();
     }
-    EXPECT_TRUE(settle());
+    EXPECT_TRUE(settle(Choice::Quit));
     EXPECT_EQ(asked, 0);
 
     const QByteArray damaged = support::readFile(file).left(5000);
     support::writeFile(file, damaged);
-    EXPECT_FALSE(settle());
-    choice = DamagedCatalogue::Choice::GoWithout;
-    EXPECT_TRUE(settle());
+    EXPECT_FALSE(settle(Choice::Quit));
+    EXPECT_TRUE(settle(Choice::GoWithout));
     EXPECT_EQ(support::readFile(file), damaged);
-    choice = DamagedCatalogue::Choice::StartAnew;
-    for (const char* name : {"/files.db.damaged", "/files.db.damaged-2"}) {
+    for (const QString& name : {u".damaged"_s, u".damaged-2"_s}) {
         support::writeFile(file, damaged);
-        EXPECT_TRUE(settle());
+        EXPECT_TRUE(settle(Choice::StartAnew));
         EXPECT_FALSE(QFile::exists(file));
-        EXPECT_EQ(support::readFile(folder.path() + QLatin1StringView(name)), damaged);
+        EXPECT_EQ(support::readFile(file + name), damaged);
     }
     EXPECT_EQ(asked, 4);
 }

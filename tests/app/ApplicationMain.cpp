@@ -1,6 +1,6 @@
-#include "image/codec/process/DecoderProcess.h"
-#include "platform/BoundedCalls.h"
-#include "platform/MainLoop.h"
+#include "codec/process/DecoderProcess.h"
+#include "platform/work/BoundedCalls.h"
+#include "platform/work/MainLoop.h"
 
 #include <QApplication>
 

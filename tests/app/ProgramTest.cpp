@@ -4,7 +4,7 @@
 
 namespace {
 
-class ProgramTest : public ScanProgramTest {};
+using ProgramTest = ScanProgramTest;
 
 TEST_F(ProgramTest, startsShowsItselfAndLeavesACatalogue) {
     const QString picture = temporary.filePath(u"window.png"_s);
@@ -17,70 +17,40 @@ TEST_F(ProgramTest, startsShowsItselfAndLeavesACatalogue) {
     EXPECT_GT(stats[u"first_window_ms"_s].toDouble(), 0);
     EXPECT_GE(stats[u"longest_response_ms"_s].toDouble(-1), 0);
     EXPECT_GT(stats[u"peak_rss_kib"_s].toDouble(), 1000);
-    for (const char* file : {"/files.db", "/thumbnail.db"}) {
-        EXPECT_TRUE(
-            support::readFile(profile + QLatin1StringView(file)).startsWith("SQLite format 3"))
-            << file;
-    }
+    for (const QString& file : {profile + u"/files.db"_s, profile + u"/thumbnail.db"_s})
+        EXPECT_TRUE(support::readFile(file).startsWith("SQLite format 3")) << file.toStdString();
 }
 
-TEST_F(ProgramTest, brokenCatalogueAndSettingsAreToldInALineEachAndLeftAlone) {
-    const QByteArray rubbish(5000, 'x');
-    support::writeFile(profile + u"/files.db"_s, rubbish);
-    support::writeFile(profile + u"/Velmora.conf"_s, "\x01\x02 rubbish");
-    const Outcome outcome = runUntilIdle();
-    EXPECT_EQ(outcome.code, 0);
-    EXPECT_EQ(outcome.errors.count('\n'), 2) << outcome.errors.toStdString();
-    EXPECT_TRUE(outcome.errors.contains("files.db"));
-    EXPECT_TRUE(outcome.errors.contains("Velmora.conf"));
-    EXPECT_EQ(support::readFile(profile + u"/files.db"_s), rubbish);
-    EXPECT_EQ(support::readFile(profile + u"/Velmora.conf"_s), "\x01\x02 rubbish");
-}
-
-TEST_F(ProgramTest, aFileCutInTheMiddleOfAWriteCostsNoMoreThanItself) {
+TEST_F(ProgramTest, whatIsDamagedOrCutInAWriteIsToldAndCostsNoMoreThanItself) {
     for (const auto& name : {u"a.png"_s, u"b.png"_s, u"c.png"_s})
         makePicture(name);
-    visit({u"--add"_s, pictures});
+    support::writeFile(pictures + u"/damaged.png"_s, "no picture");
+    const QJsonObject first = visit({u"--add"_s, pictures});
+    for (const char* time :
+         {"first_publication_ms", "catalogue_pass_ms", "scan_finished_ms", "thumbnails_done_ms"})
+        EXPECT_GE(first[QLatin1StringView(time)].toDouble(-1), 0) << time;
     const QString files = profile + u"/files.db"_s;
     const QString thumbnails = profile + u"/thumbnail.db"_s;
+    const QString settings = profile + u"/Velmora.conf"_s;
     const QByteArray wholeFiles = support::readFile(files);
     const QByteArray wholeThumbnails = support::readFile(thumbnails);
-    const QStringList stats{u"--stats"_s, u"-"_s};
-
     for (const qsizetype length : {100, 4096, 8192}) {
         ASSERT_LT(length, std::min(wholeFiles.size(), wholeThumbnails.size()));
         support::writeFile(thumbnails, wholeThumbnails.left(length));
-        const Outcome anew = runUntilIdle(stats);
-        EXPECT_EQ(anew.code, 0);
-        EXPECT_EQ(anew.errors.count('\n'), 1) << anew.errors.toStdString();
+        expectFigures(visit(), {{"thumbnails_built", 3}, {"thumbnails_failed", 1}});
+        EXPECT_EQ(said.count('\n'), 1) << said.toStdString();
         EXPECT_EQ(support::readFile(thumbnails + u".damaged"_s), wholeThumbnails.left(length));
-        EXPECT_EQ(anew.figures()[u"thumbnails_built"_s].toInt(), 3) << length;
-
-        support::writeFile(files, wholeFiles.left(length));
-        const Outcome without = runUntilIdle();
-        EXPECT_EQ(without.code, 0);
-        EXPECT_TRUE(without.errors.contains("files.db")) << length;
-        EXPECT_EQ(support::readFile(files), wholeFiles.left(length)) << "left as it was";
-        support::writeFile(files, wholeFiles);
     }
-}
-
-TEST_F(ProgramTest, settingsOfEveryKindMayBeWrong) {
-    const char* const values[] = {"@Invalid()",     "hello",    "-1", "1e300",
-                                  "@Variant(\0\0)", "a, b, \"", ""};
-    for (const char* value : values) {
-        QByteArray settings = "[General]\n";
-        for (const char* key :
-             {"RecurseSubFolder", "GroupTypeArray", "SortType", "DescendingSort", "Filter",
-              "FavoriteGroupArrayArray", "LastSelectFolder", "ShowHideStatusBar", "ShowHideToolbar",
-              "ImageBrowserViewStyle", "ThumbnailSize", "InfoTag", "SourceGroupSplitPos",
-              "GroupSplitPos", "InfoSplitPos", "MainWindowGeometry"})
-            settings += QByteArray(key) + '=' + value + '\n';
-        support::writeFile(profile + u"/Velmora.conf"_s, settings);
-        const Outcome outcome = runUntilIdle();
-        EXPECT_EQ(outcome.code, 0) << value << '\n' << outcome.errors.toStdString();
-        EXPECT_EQ(outcome.errors.count("velmora: the setting \""), outcome.errors.count('\n'))
-            << value << outcome.errors.toStdString();
+    const QByteArray rubbish(5000, 'x');
+    support::writeFile(settings, rubbish);
+    for (const QByteArray& damaged :
+         {rubbish, wholeFiles.left(100), wholeFiles.left(4096), wholeFiles.left(8192)}) {
+        support::writeFile(files, damaged);
+        visit();
+        EXPECT_EQ(said.count('\n'), 2) << said.toStdString();
+        EXPECT_TRUE(said.contains("files.db") && said.contains("Velmora.conf"));
+        EXPECT_EQ(support::readFile(files), damaged);
+        EXPECT_EQ(support::readFile(settings), rubbish);
     }
 }
 
@@ -99,21 +69,6 @@ TEST_F(ProgramTest, mistakesEndWithTheirCodesAndAProfileThatCannotBeWrittenStill
         runUntilIdle({u"--screenshot"_s, u"/proc/no.png"_s, u"--stats"_s, u"/proc/no.json"_s});
     EXPECT_EQ(unwritable.code, 1);
     EXPECT_EQ(unwritable.errors.count('\n'), 2) << unwritable.errors.toStdString();
-}
-
-TEST_F(ProgramTest, secondStartHandsOverAndSignalEndsTheFirstCleanly) {
-    QProcess first;
-    start(first, {u"--profile"_s, profile});
-    const QString lock = profile + u"/thumbnail.db"_s;
-    ASSERT_TRUE(support::spinUntil([&] { return QFile::exists(lock); }));
-    const Outcome second = run({u"--profile"_s, profile, u"/tmp"_s});
-    EXPECT_EQ(second.code, 0);
-    EXPECT_EQ(second.errors, QByteArray());
-    ASSERT_EQ(first.state(), QProcess::Running);
-    first.terminate();
-    ASSERT_TRUE(first.waitForFinished(60'000));
-    EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(first.exitCode(), 0);
 }
 
 } // namespace

@@ -2,37 +2,53 @@
 
 #include "app/ApplicationController.h"
 #include "browser/PBImageBrowserView.h"
-#include "platform/Places.h"
+#include "platform/program/StandardFolders.h"
 #include "shell/PBMainWindowController.h"
-#include "shell/SourceSidebar.h"
+#include "shell/sidebar/SourceSidebar.h"
 #include "support/Support.h"
 
-#include <QMainWindow>
-
 /// The whole program in this process, with a profile of its own.
-struct RunningProgram {
-    explicit RunningProgram(const QString& profile) {
-        platform::Places::setProfile(profile);
+struct RunningProgramTest : testing::Test {
+    RunningProgramTest() { start(); }
+    ~RunningProgramTest() override {
+        controller.reset();
+        platform::StandardFolders::setProfile({});
+    }
+    /// Anew, if it runs already.
+    void start() {
+        controller.reset();
+        platform::StandardFolders::setProfile(path(u"profile"_s));
         controller.emplace();
         controller->awakeFromNib();
         controller->applicationDidFinishLaunching();
     }
-    ~RunningProgram() {
-        controller.reset();
-        platform::Places::setProfile({});
+    QString path(const QString& below) const { return folder.filePath(below); }
+    QString make(const QString& below) const {
+        QDir().mkpath(path(below));
+        return path(below);
     }
-    RunningProgram(const RunningProgram&) = delete;
-    RunningProgram& operator=(const RunningProgram&) = delete;
-
-    [[nodiscard]] PBMainWindowController& window() { return controller->mainWindowController(); }
-    [[nodiscard]] PBImageBrowserView& browser() {
-        return *window().window().findChild<PBImageBrowserView*>();
-    }
-    /// The path of the folder that a sidebar has selected; empty for none.
-    [[nodiscard]] static QString selectedFolder(SourceSidebar& sidebar) {
-        const auto folder = sidebar.tree().selectedFolder();
-        return folder ? folder->folderPath() : QString();
+    QString makePicture(const QString& below) const {
+        support::writePicture(path(below));
+        return path(below);
     }
 
+    PBMainWindowController& window() { return controller->mainWindowController(); }
+    SourceTreeController& tree() { return window().sourceSidebar().tree(); }
+    const BrowserSelection& selection() {
+        return window().window().findChild<PBImageBrowserView*>()->selection();
+    }
+    QString selectedFolder() {
+        const auto selected = tree().selectedFolder();
+        return selected ? selected->folderPath() : QString();
+    }
+    [[nodiscard]] bool selects(const QString& wanted) {
+        return support::spinUntil([&] { return selectedFolder() == wanted; });
+    }
+    QStringList roots() {
+        return support::listed(
+            controller->aliasManager().aliasArray(), [](const auto& root) { return root->path(); });
+    }
+
+    QTemporaryDir folder;
     std::optional<ApplicationController> controller;
 };

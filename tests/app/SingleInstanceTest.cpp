@@ -5,47 +5,33 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-TEST(SingleInstanceTest, laterStartHandsItsRequestOver) {
-    const QTemporaryDir folder;
-    SingleInstance first;
-    ASSERT_EQ(first.take(folder.path(), {}), SingleInstance::Outcome::First);
-    QStringList paths;
-    QStringList added;
-    QObject::connect(
-        &first, &SingleInstance::requested, &first, [&](const SingleInstance::Request& request) {
-            paths = request.paths;
-            added = request.add;
-        });
-    const QStringList many(20'000, QString::fromUtf8("/ümlaut \n/😀"));
-    std::atomic<int> outcome = -1;
-    std::jthread later([&] {
-        SingleInstance second;
-        outcome = static_cast<int>(second.take(folder.path(), {many, {u"/a"_s}}));
-    });
-    ASSERT_TRUE(support::spinUntil([&] { return outcome >= 0; }));
-    EXPECT_EQ(outcome, static_cast<int>(SingleInstance::Outcome::HandedOver));
-    EXPECT_EQ(paths, many);
-    EXPECT_EQ(added, QStringList{u"/a"_s});
-}
-
-TEST(SingleInstanceTest, whoAsksGetsTheStateOfTheFirstAndNothingElseHappens) {
+TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
     const QTemporaryDir folder;
     EXPECT_EQ(SingleInstance::stateOf(folder.path()), std::nullopt);
     SingleInstance first;
     ASSERT_EQ(first.take(folder.path(), {}), SingleInstance::Outcome::First);
     const QByteArray state(3'000'000, 's'); // more than a socket holds
     first.setStateSource([&] { return state; });
-    int requests = 0;
-    QObject::connect(&first, &SingleInstance::requested, &first, [&] { ++requests; });
-    std::atomic<bool> hasAsked = false;
+    std::vector<SingleInstance::Request> requests;
+    QObject::connect(
+        &first, &SingleInstance::requested, &first,
+        [&](const SingleInstance::Request& request) { requests.push_back(request); });
+    const QStringList many(20'000, QString::fromUtf8("/ümlaut \n/😀"));
+    std::atomic<bool> isOver = false;
     std::optional<QByteArray> answer;
+    SingleInstance::Outcome outcome = SingleInstance::Outcome::First;
     std::jthread later([&] {
         answer = SingleInstance::stateOf(folder.path());
-        hasAsked = true;
+        SingleInstance second;
+        outcome = second.take(folder.path(), {many, {u"/a"_s}});
+        isOver = true;
     });
-    ASSERT_TRUE(support::spinUntil([&] { return hasAsked.load(); }));
+    ASSERT_TRUE(support::spinUntil([&] { return isOver.load(); }));
     EXPECT_EQ(answer, state);
-    EXPECT_EQ(requests, 0);
+    EXPECT_EQ(outcome, SingleInstance::Outcome::HandedOver);
+    ASSERT_EQ(requests.size(), 1U) << "to ask is no request";
+    EXPECT_EQ(requests[0].paths, many);
+    EXPECT_EQ(requests[0].add, QStringList{u"/a"_s});
 }
 
 TEST(SingleInstanceTest, lockGoesWithTheProcessThatHeldIt) {

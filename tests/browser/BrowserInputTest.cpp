@@ -1,8 +1,7 @@
 #include "BrowserTree.h"
 #include "FakeLeaves.h"
 
-#include "browser/BrowserInput.h"
-#include "support/Support.h"
+#include "browser/input/BrowserInput.h"
 
 namespace {
 
@@ -10,9 +9,7 @@ using Index = PBImageBrowserIndex;
 
 struct FakeHost final : BrowserInputHost {
     QRectF visibleRect() const override { return visible; }
-    const BrowserTextWidths& textWidths() const override { return widths; }
     void selectDidChange() override { ++changes; }
-    void captureScrollIfNone() override { ++captures; }
     void scrollIndexToVisible(const Index& index) override { shown = index; }
     void scrollToEnd(bool isStart) override { ends += isStart ? 's' : 'e'; }
     void enterToLargeView(const Index& index) override { entered = index; }
@@ -20,22 +17,17 @@ struct FakeHost final : BrowserInputHost {
     void beginRename(const Index& index) override { renamed = index; }
     void showBand(const QRectF& rect) override { band = rect; }
     void setSelectTimerScrollStep(int wanted) override { step = wanted; }
-    void setDragging(bool dragging) override { isDragging = dragging; }
-    void flagClicked() override { ++flags; }
-    void rotateLeft() override { turns += 'l'; }
-    void rotateRight() override { turns += 'r'; }
+    void setDragging(bool dragging) override { drags += dragging ? '+' : '-'; }
+    void perform(BrowserCommand command) override { commands.push_back(command); }
     void applyThumbnailSize(double wanted) override { size = wanted; }
-    void showContextMenu(bool isOnItem) override { menu = isOnItem ? 'i' : 'n'; }
 
-    FakeTextWidths widths;
     QRectF visible{0, 0, 558, 600};
     QRectF band;
     Index shown, entered, draggedOut, renamed;
-    std::string turns, ends;
+    std::vector<BrowserCommand> commands;
+    std::string ends, drags;
     double size = 0;
-    int changes = 0, captures = 0, step = 0, flags = 0;
-    char menu = '-';
-    bool isDragging = false;
+    int changes = 0, step = 0;
 };
 
 constexpr BrowserModifiers none;
@@ -60,244 +52,272 @@ struct BrowserInputTest : ::testing::Test {
     QPointF gapBefore(Index index) {
         return layout.cellRectAtIndex(index).topLeft() + QPointF(-8, 40);
     }
-    void click(Index index, BrowserModifiers modifiers = none) {
-        input.mouseDown(at(index), modifiers);
-        input.mouseUp(1);
+    // Each answers what is selected then.
+    QString down(QPointF point, BrowserModifiers modifiers = none) {
+        input.mouseDown(point, modifiers);
+        return tree.selected();
     }
-    void expectSelected(const QString& names) { EXPECT_EQ(tree.selected(), names); }
+    QString drag(QPointF point) {
+        input.mouseDragged(point);
+        return tree.selected();
+    }
+    QString up() {
+        input.mouseUp(1);
+        return tree.selected();
+    }
+    QString click(Index index, BrowserModifiers modifiers = none) {
+        down(at(index), modifiers);
+        return up();
+    }
+    QString key(BrowserKey key, BrowserModifiers modifiers = none) {
+        EXPECT_TRUE(input.keyDown(key, modifiers));
+        return tree.selected();
+    }
 
     BrowserTree tree{7, 4, 5};
     BrowserLeafList leaves;
     BrowserLayout layout;
+    FakeTextWidths widths;
     FakeHost host;
-    BrowserInput input{layout, leaves, host};
+    BrowserInput input{layout, leaves, widths, host};
 };
 
 TEST_F(BrowserInputTest, aClickSelectsOneAndTellsOfIt) {
     click({0, 1});
-    click({1, 2});
-    expectSelected(u"b2"_s);
+    EXPECT_EQ(click({1, 2}), u"b2");
     EXPECT_EQ(host.changes, 2);
-    EXPECT_EQ(host.captures, 2);
-    EXPECT_FALSE(host.isDragging);
+    EXPECT_EQ(host.drags, "+-+-");
     for (const BrowserModifiers& modifiers : {shift, command}) {
-        input.mouseDown(gapBefore({0, 1}), modifiers);
-        input.mouseUp(1);
-        expectSelected(u"b2"_s);
+        down(gapBefore({0, 1}), modifiers);
+        EXPECT_EQ(up(), u"b2");
     }
-    input.mouseDown(gapBefore({0, 1}), none);
-    EXPECT_TRUE(host.isDragging);
-    expectSelected({});
-    input.mouseUp(1);
-    EXPECT_FALSE(host.isDragging);
+    EXPECT_EQ(down(gapBefore({0, 1})), u"");
+    host.drags.clear();
+    up();
+    input.cancelDrag();
+    EXPECT_EQ(host.drags, "-");
 }
 
 TEST_F(BrowserInputTest, shiftGrowsTheSelectionFromTheAnchorOrTheStart) {
-    click({0, 2}, shift);
-    expectSelected(u"a0 a1 a2"_s);
+    EXPECT_EQ(click({0, 2}, shift), u"a0 a1 a2");
     click({1, 0});
-    click({0, 5}, shift);
-    expectSelected(u"a5 a6 b0"_s);
-    click({1, 1}, shift);
-    expectSelected(u"a5 a6 b0 b1"_s); // nothing is taken away
+    EXPECT_EQ(click({0, 5}, shift), u"a5 a6 b0");
+    EXPECT_EQ(click({1, 1}, shift), u"a5 a6 b0 b1"); // nothing is taken away
+    EXPECT_EQ(click({1, 1}, {.shift = true, .command = true}), u"a5 a6 b0 b1");
     tree.data(1).setIsCollapsedForBrowser(true);
     layout.invalidate();
     click({0, 0});
     click({0, 6});
-    click({2, 0}, shift);
-    expectSelected(u"a6 c0"_s); // nothing of a folded leaf
+    EXPECT_EQ(click({2, 0}, shift), u"a6 c0"); // nothing of a folded leaf
+    tree.remove(0, {tree.item(0, 6)});
+    leaves.refresh();
+    layout.invalidate();
+    EXPECT_EQ(click({0, 1}, shift), u"a0 a1 c0"); // what left the tree is no anchor
 }
 
-TEST_F(BrowserInputTest, commandTogglesWhenTheButtonGoesUp) {
+TEST_F(BrowserInputTest, commandTogglesWhenTheButtonGoesUpAndWhatABandTouches) {
     click({0, 0});
-    input.mouseDown(at({0, 2}), command);
-    expectSelected(u"a0"_s);
-    input.mouseUp(1);
-    expectSelected(u"a0 a2"_s);
-    EXPECT_EQ(input.shiftFileItem(), tree.item(0, 2));
-    click({0, 2}, command);
-    expectSelected(u"a0"_s);
-    EXPECT_EQ(input.shiftFileItem(), tree.item(0, 2)); // one that went stays the anchor
+    EXPECT_EQ(down(at({0, 2}), command), u"a0");
+    EXPECT_EQ(up(), u"a0 a2");
+    EXPECT_EQ(click({0, 2}, command), u"a0");
+    EXPECT_EQ(click({0, 3}, shift), u"a0 a2 a3"); // one that went stays the anchor
+    // A band toggles against its start.
+    click({0, 1});
+    down(gapBefore({0, 1}), command);
+    EXPECT_EQ(drag(at({0, 2})), u"a2");
+    EXPECT_EQ(drag(gapBefore({0, 1}) + QPointF(1, 1)), u"a1");
+    EXPECT_EQ(up(), u"a1"); // no toggle of a single image at the end
 }
 
 TEST_F(BrowserInputTest, aDragCarriesTheWholeSelectionAndBeginsBeyondThreePoints) {
     click({0, 0});
     click({0, 1}, command);
-    input.mouseDown(at({0, 0}), none);
-    input.mouseDragged(at({0, 0}) + QPointF(3, -3));
-    EXPECT_EQ(host.draggedOut, Index{});
-    input.mouseDragged(at({0, 0}) + QPointF(0, 4));
-    EXPECT_EQ(host.draggedOut, (Index{0, 0}));
+    EXPECT_EQ(down(nameAt({0, 1})), u"a0 a1"); // only renames
+    EXPECT_EQ(std::exchange(host.renamed, {}), (Index{0, 1}));
     EXPECT_FALSE(input.isDragging());
-    expectSelected(u"a0 a1"_s);
-    host.draggedOut = {};
-    input.mouseDragged(at({1, 0}));
-    EXPECT_EQ(host.draggedOut, Index{});  // over
-    input.mouseDown(at({0, 3}), command); // selects what it drags
-    input.mouseDragged(at({0, 3}) + QPointF(9, 0));
-    EXPECT_EQ(host.draggedOut, (Index{0, 3}));
-    expectSelected(u"a0 a1 a3"_s);
-}
-
-TEST_F(BrowserInputTest, aClickOnTheNameRenamesWithoutLosingASelection) {
-    click({0, 0});
-    click({0, 1}, command);
-    input.mouseDown(nameAt({0, 1}), none);
-    EXPECT_EQ(host.renamed, (Index{0, 1}));
-    EXPECT_FALSE(host.isDragging);
     EXPECT_EQ(input.downImageFileItem(), nullptr);
-    expectSelected(u"a0 a1"_s);
-    host.renamed = {};
-    input.mouseDown(nameAt({1, 0}), command);
-    input.mouseUp(1);
+    down(nameAt({1, 0}), command);
     EXPECT_EQ(host.renamed, Index{});
+    down(at({0, 0}));
+    drag(at({0, 0}) + QPointF(3, -3));
+    EXPECT_EQ(host.draggedOut, Index{});
+    EXPECT_EQ(drag(at({0, 0}) + QPointF(0, 3.1)), u"a0 a1");
+    EXPECT_EQ(std::exchange(host.draggedOut, {}), (Index{0, 0}));
+    EXPECT_FALSE(input.isDragging());
+    drag(at({1, 0}));
+    EXPECT_EQ(host.draggedOut, Index{}); // over
+    down(at({0, 3}), command);           // selects what it drags
+    const int changes = host.changes;
+    EXPECT_EQ(drag(at({0, 3}) + QPointF(-3.1, 0)), u"a0 a1 a3");
+    EXPECT_EQ(std::exchange(host.draggedOut, {}), (Index{0, 3}));
+    EXPECT_EQ(host.changes, changes + 1);
+    EXPECT_EQ(click({0, 4}, shift), u"a0 a1 a3 a4"); // from the one that was dragged
+    // What is not selected, or gone by then, is not dragged.
+    click({1, 0});
+    down(at({1, 0}));
+    tree.item(1, 0)->setIsSelected(false);
+    drag(at({2, 0}));
+    tree.item(1, 0)->setIsSelected(true);
+    leaves.setLeafGroupItemArray({});
+    drag({900, 900});
+    EXPECT_EQ(host.draggedOut, Index{});
+    EXPECT_TRUE(input.isDragging());
 }
 
 TEST_F(BrowserInputTest, aBandSelectsWhatItTouchesAndGivesBackWhatItLeaves) {
     click({1, 3});
-    input.mouseDown(gapBefore({0, 1}), none);
-    EXPECT_EQ(tree.selected(), QString());
-    input.mouseDragged(at({0, 5}));
-    expectSelected(u"a1 a2 a4 a5"_s);
+    EXPECT_EQ(down(gapBefore({0, 1})), u"");
+    EXPECT_EQ(drag(at({0, 5})), u"a1 a2 a4 a5");
     EXPECT_EQ(host.band.bottomRight(), at({0, 5}));
-    input.mouseDragged(at({0, 1}));
-    expectSelected(u"a1"_s);
-    input.mouseDragged(at({1, 3})); // over the heads, to the left of where it began
-    expectSelected(u"a0 a3 a6 b0 b3"_s);
-    input.mouseUp(1);
+    EXPECT_EQ(drag(at({0, 1})), u"a1");
+    EXPECT_EQ(drag(at({1, 3})), u"a0 a3 a6 b0 b3"); // over the heads, to the left of its start
+    const int changes = host.changes;
+    drag(at({1, 3}) + QPointF(1, 0));
+    EXPECT_EQ(host.changes, changes); // as before
+    tree.data(1).setIsCollapsedForBrowser(true);
+    layout.invalidate();
+    drag(layout.cellRectAtIndex({2, 1}).center());
+    EXPECT_TRUE(tree.item(2, 1)->isSelected());
+    EXPECT_FALSE(tree.item(1, 1)->isSelected()); // folded meanwhile
+    up();
     EXPECT_TRUE(host.band.isNull());
-    EXPECT_FALSE(input.hasBand());
-}
-
-TEST_F(BrowserInputTest, aBandWithCommandTogglesAgainstTheStart) {
-    click({0, 1});
-    input.mouseDown(gapBefore({0, 1}), command);
-    input.mouseDragged(at({0, 2}));
-    expectSelected(u"a2"_s);
-    input.mouseDragged(gapBefore({0, 1}) + QPointF(1, 1));
-    expectSelected(u"a1"_s);
-    input.mouseUp(1); // no toggle of a single image at the end
-    expectSelected(u"a1"_s);
-}
-
-TEST_F(BrowserInputTest, aBandThatGrowsByScrollingEqualsOneDrawnAtOnce) {
-    input.mouseDown(gapBefore({0, 0}), none);
-    for (double y = 60; y < 1000; y += 37)
-        input.mouseDragged({350, y});
-    const QString grown = tree.selected();
-    input.mouseDragged({350, 60});
-    input.mouseDragged({350, 987 + 25});
-    EXPECT_EQ(tree.selected(), grown);
-    EXPECT_FALSE(grown.isEmpty());
+    const QPointF betweenRows = layout.cellRectAtIndex({0, 0}).bottomLeft() + QPointF(0, 3);
+    down(betweenRows);
+    EXPECT_EQ(drag(betweenRows + QPointF(300, 9)), u"");
 }
 
 TEST_F(BrowserInputTest, outsideTheViewTheBandScrollsTheFasterTheFarther) {
     host.visible = {0, 200, 558, 300};
-    input.mouseDown({8, 250}, none);
-    const auto stepAt = [&](double y) {
-        input.mouseDragged({100, y});
-        return host.step;
-    };
-    const std::pair<double, int> steps[] = {{300, 0}, {510, 15}, {190, -15}, {499, 0}};
-    for (const auto& [y, step] : steps)
-        EXPECT_EQ(stepAt(y), step) << y;
-    stepAt(800);
-    input.mouseUp(1);
-    EXPECT_EQ(host.step, 0);
+    down({8, 250});
+    const std::pair<double, int> steps[] = {{300, 0},  {510, 15}, {190, -15},
+                                            {199, -1}, {200, 0},  {501, 1}};
+    for (const auto& [y, step] : steps) {
+        drag({100, y});
+        EXPECT_EQ(host.step, step) << y;
+    }
+    const std::function<void()> ends[] = {
+        [&] { up(); }, [&] { input.cancelDrag(); }, [&] { input.reset(); },
+        [&] {
+            down({8, 250});
+        }};
+    for (const auto& end : ends) {
+        down({8, 250});
+        drag({100, 800});
+        end();
+        EXPECT_EQ(host.step, 0);
+        EXPECT_TRUE(host.band.isNull());
+    }
 }
 
 TEST_F(BrowserInputTest, arrowsMoveASoleSelectionAndShiftRebuildsARange) {
-    input.keyDown(BrowserKey::Right, shift);
-    expectSelected(u"a0"_s); // without an anchor it starts at the new image
-    input.keyDown(BrowserKey::Right, none);
-    input.keyDown(BrowserKey::Down, none);
-    expectSelected(u"a4"_s);
-    EXPECT_EQ(host.shown, (Index{0, 4}));
-    input.keyDown(BrowserKey::Right, shift);
-    input.keyDown(BrowserKey::Right, shift);
-    expectSelected(u"a4 a5 a6"_s);
-    input.keyDown(BrowserKey::Left, shift);
-    input.keyDown(BrowserKey::Left, shift);
-    expectSelected(u"a4"_s);
-    input.keyDown(BrowserKey::Left, shift);
-    expectSelected(u"a3 a4"_s);
-    EXPECT_FALSE(input.keyDown(BrowserKey::Left, command));
+    using enum BrowserKey;
+    host.entered = {9, 9};
+    key(Return);
+    EXPECT_EQ(host.entered, (Index{9, 9})); // nothing to enter
+    const std::tuple<BrowserKey, BrowserModifiers, QString> keys[] = {
+        {Right, shift, u"a0"_s}, // without an anchor it starts at the new image
+        {Right, shift, u"a0 a1"_s},    {Down, none, u"a4"_s},     {Right, shift, u"a4 a5"_s},
+        {Right, shift, u"a4 a5 a6"_s}, {Left, shift, u"a4 a5"_s}, {Left, shift, u"a4"_s},
+        {Left, shift, u"a3 a4"_s}};
+    for (const auto& [arrow, modifiers, names] : keys)
+        EXPECT_EQ(key(arrow, modifiers), names);
+    EXPECT_EQ(host.shown, (Index{0, 3}));
+    for (const BrowserModifiers& other : {command, BrowserModifiers{.other = true}})
+        EXPECT_FALSE(input.keyDown(Left, other));
+    key(Space);
+    EXPECT_EQ(host.commands, std::vector{BrowserCommand::ToggleFlag});
+    key(Return);
+    EXPECT_EQ(host.entered, (Index{0, 3}));
     const int changes = host.changes;
-    input.keyDown(BrowserKey::Home, none);
-    input.keyDown(BrowserKey::Up, none); // past the start: nothing
-    expectSelected(u"a0"_s);
+    key(Home);
+    EXPECT_EQ(key(Up), u"a0"); // past the start: nothing
     EXPECT_EQ(host.changes, changes + 1);
-    input.keyDown(BrowserKey::End, none);
-    expectSelected(u"c4"_s);
+    EXPECT_EQ(key(End), u"c4");
     EXPECT_EQ(host.ends, "se");
 }
 
 TEST_F(BrowserInputTest, pagesMoveByWhatIsVisible) {
-    host.visible = {0, 0, 558, 2 * (158 + 15) + 23};
-    click({0, 1});
-    input.keyDown(BrowserKey::PageDown, none);
-    expectSelected(u"a6"_s); // two rows lower, where the row is shorter
-    input.keyDown(BrowserKey::PageDown, none);
-    input.keyDown(BrowserKey::PageDown, none);
-    input.keyDown(BrowserKey::PageUp, none);
-    EXPECT_EQ(input.currentIndex().group, 1);
-    host.visible.setHeight(10); // lower than a row: still a step
-    click({0, 1});
-    input.keyDown(BrowserKey::PageDown, none);
-    expectSelected(u"a4"_s);
-}
-
-TEST_F(BrowserInputTest, lettersGoToTheNextNameThatBeginsSo) {
-    const std::pair<QString, Index> cases[] = {{u"B"_s, {1, 0}},  {u"b"_s, {1, 1}},
-                                               {u"b1"_s, {1, 1}}, {u"b3"_s, {1, 3}},
-                                               {u"b"_s, {1, 0}},  {u"x"_s, {1, 0}}};
-    for (const auto& [letters, index] : cases) {
-        input.typeAhead(letters);
-        EXPECT_EQ(input.currentIndex(), index) << qPrintable(letters);
+    using enum BrowserKey;
+    // Two rows lower, where the row is shorter; the fourth row lies 557 lower, and the head takes
+    // its part; lower than a row it is still a step.
+    const std::pair<int, QString> pages[] = {
+        {10, u"a4"_s}, {579, u"a6"_s}, {580, u"b0"_s}, {2 * 173 + 23, u"a6"_s}};
+    for (const auto& [height, name] : pages) {
+        host.visible.setHeight(height);
+        click({0, 1});
+        EXPECT_EQ(key(PageDown), name) << height;
     }
+    key(PageDown);
+    key(PageDown);
+    key(PageUp);
+    EXPECT_EQ(input.currentIndex().group, 1);
 }
 
 TEST_F(BrowserInputTest, theContextMenuTakesWhatIsUnderIt) {
     click({0, 0});
     click({0, 1}, command);
-    input.rightMouseDown(at({0, 1}));
-    expectSelected(u"a0 a1"_s);
-    EXPECT_EQ(host.menu, 'i');
-    input.rightMouseDown(at({2, 0}));
-    expectSelected(u"c0"_s);
-    input.rightMouseDown(gapBefore({0, 0}));
-    expectSelected({});
-    EXPECT_EQ(host.menu, 'n');
-}
-
-TEST_F(BrowserInputTest, imagesThatLeftTheTreeAreNoAnchors) {
-    click({0, 1});
-    PBImageFileList list{tree.item(0, 1)};
-    tree.tree[0]->removeImageFiles(list);
-    leaves.refresh();
-    layout.invalidate();
-    click({0, 2}, shift);
-    expectSelected(u"a0 a2 a3"_s);
+    EXPECT_TRUE(input.rightMouseDown(at({0, 1})));
+    EXPECT_EQ(tree.selected(), u"a0 a1");
+    EXPECT_TRUE(input.rightMouseDown(at({2, 0})));
+    EXPECT_EQ(input.currentIndex(), (Index{2, 0}));
+    EXPECT_EQ(tree.selected(), u"c0");
+    EXPECT_EQ(click({2, 2}, shift), u"c0 c1 c2"); // from what the menu was for
+    const int changes = host.changes;
+    for (int times = 0; times < 2; ++times) {
+        EXPECT_FALSE(input.rightMouseDown(gapBefore({0, 0})));
+        EXPECT_EQ(host.changes, changes + 1);
+        EXPECT_EQ(tree.selected(), u"");
+    }
 }
 
 TEST_F(BrowserInputTest, stepsOfTheMenu) {
-    EXPECT_EQ(input.stepIndex(BrowserStep::PreviousGroup), (Index{0, 0}));
-    EXPECT_EQ(input.stepIndex(BrowserStep::LastIndexInGroup), Index{});
+    using enum BrowserStep;
+    const auto check = [&](std::initializer_list<std::pair<BrowserStep, Index>> steps) {
+        for (const auto& [step, index] : steps)
+            EXPECT_EQ(input.stepIndex(step), index) << static_cast<int>(step);
+    };
+    check({{PreviousGroup, {0, 0}}, {LastIndexInGroup, {}}});
     input.gotoIndex({1, 1});
-    expectSelected(u"b1"_s);
-    const std::pair<BrowserStep, Index> steps[] = {
-        {BrowserStep::PrevIndex, {1, 0}},         {BrowserStep::NextIndex, {1, 2}},
-        {BrowserStep::FirstIndex, {0, 0}},        {BrowserStep::LastIndex, {2, 4}},
-        {BrowserStep::PreviousGroup, {0, 0}},     {BrowserStep::NextGroup, {2, 0}},
-        {BrowserStep::FirstIndexInGroup, {1, 0}}, {BrowserStep::LastIndexInGroup, {1, 3}}};
-    for (const auto& [step, index] : steps)
-        EXPECT_EQ(input.stepIndex(step), index) << static_cast<int>(step);
+    EXPECT_EQ(tree.selected(), u"b1");
+    check(
+        {{PrevIndex, {1, 0}},
+         {NextIndex, {1, 2}},
+         {FirstIndex, {0, 0}},
+         {LastIndex, {2, 4}},
+         {PreviousGroup, {0, 0}},
+         {NextGroup, {2, 0}},
+         {FirstIndexInGroup, {1, 0}},
+         {LastIndexInGroup, {1, 3}}});
+    EXPECT_EQ(host.shown, (Index{1, 1}));
+    EXPECT_EQ(host.changes, 1);
+    EXPECT_EQ(click({1, 3}, shift), u"b1 b2 b3");
+    input.gotoIndex({0, 0});
+    check({{FirstIndex, {}}, {PreviousGroup, {}}});
     input.gotoIndex({2, 4});
-    EXPECT_EQ(input.stepIndex(BrowserStep::LastIndex), Index{});
-    EXPECT_EQ(input.stepIndex(BrowserStep::NextGroup), Index{});
-    EXPECT_EQ(input.stepIndex(BrowserStep::LastIndexInGroup), Index{});
+    check({{LastIndex, {}}, {NextGroup, {}}, {LastIndexInGroup, {}}});
     input.gotoIndex({7, 0}); // no such image
-    expectSelected(u"c4"_s);
+    EXPECT_EQ(tree.selected(), u"c4");
+    input.reset();
+    EXPECT_EQ(input.currentIndex(), Index{});
+}
+
+TEST_F(BrowserInputTest, aGestureIsOneTurnOrAZoomWithinTheSizes) {
+    input.rotate(9);
+    input.beginGesture();
+    for (const double turn : {0.0, 2.0, -5.0}) // the first that is one decides
+        input.rotate(turn);
+    input.magnify(0.5);
+    EXPECT_EQ(host.commands, std::vector{BrowserCommand::RotateLeft});
+    EXPECT_EQ(host.size, 0);
+    input.endGesture();
+    input.beginGesture();
+    const std::pair<double, double> zooms[] = {{0, 0}, {0.1, 176}, {9, 256}, {-0.9, 64}};
+    for (const auto& [zoom, size] : zooms) {
+        input.magnify(zoom);
+        EXPECT_EQ(host.size, size);
+    }
+    input.rotate(3);
+    EXPECT_EQ(host.commands.size(), 1U);
 }
 
 } // namespace

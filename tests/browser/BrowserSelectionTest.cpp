@@ -1,12 +1,13 @@
 #include "BrowserTree.h"
 
-#include "browser/BrowserScrollCapture.h"
-#include "browser/BrowserSelection.h"
-#include "support/Support.h"
+#include "browser/state/BrowserScrollCapture.h"
+#include "browser/state/BrowserSelection.h"
+#include "group/FolderPaths.h"
 
 namespace {
 
 using Index = PBImageBrowserIndex;
+using enum FoldedLeaves;
 
 struct BrowserSelectionTest : ::testing::Test {
     BrowserSelectionTest() {
@@ -18,7 +19,7 @@ struct BrowserSelectionTest : ::testing::Test {
         leaves.setLeafGroupItemArray(tree.leaves());
         layout.invalidate();
     }
-    auto capture(ScrollCaptureMode mode) {
+    auto capture(ScrollCaptureMode mode = ScrollCaptureMode::Nearest) {
         return captureScrollWithMode(mode, layout, leaves, visible, editing);
     }
     double restored(const std::optional<PBImageBrowserViewScrollCapture>& captured) {
@@ -34,33 +35,28 @@ struct BrowserSelectionTest : ::testing::Test {
 };
 
 TEST_F(BrowserSelectionTest, answersAboutTheSelectionAcrossLeaves) {
-    EXPECT_FALSE(selection.hasSelect(true));
-    EXPECT_EQ(selection.firstSelectItem(true), Index{});
-    EXPECT_TRUE(selection.selectFrom({2, 1}, {0, 68}, true, true)); // in either order
-    EXPECT_FALSE(selection.selectFrom({2, 1}, {0, 68}, true, true));
-    EXPECT_FALSE(selection.selectFrom({2, 1}, {}, true, true));
+    EXPECT_EQ(selection.firstSelectItem(Included), Index{});
+    EXPECT_TRUE(selection.selectFrom({2, 1}, {0, 68})); // in either order
+    EXPECT_FALSE(selection.selectFrom({2, 1}, {0, 68}));
+    EXPECT_FALSE(selection.selectFrom({2, 1}, {}));
     EXPECT_EQ(tree.selected(), u"a68 a69 c0 c1");
-    EXPECT_EQ(selection.selectCount(true), 4);
-    EXPECT_EQ(selection.firstSelectItem(true), (Index{0, 68}));
-    EXPECT_EQ(selection.lastSelectItem(true), (Index{2, 1}));
+    EXPECT_EQ(selection.firstSelectItem(Included), (Index{0, 68}));
     tree.data(2).setIsCollapsedForBrowser(true);
-    EXPECT_EQ(selection.selectCount(false), 2);
-    EXPECT_EQ(selection.itemCount(false), 70);
-    EXPECT_EQ(selection.itemCount(true), 110);
-    EXPECT_EQ(selection.lastSelectItem(false), (Index{0, 69}));
-    EXPECT_EQ(selection.selectedFileArray(false).size(), 2U);
-    selection.storeCommandSelect(true);
+    EXPECT_EQ(selection.selectCount(Excluded), 2);
+    EXPECT_EQ(selection.itemCount(Excluded), 70);
+    EXPECT_EQ(selection.itemCount(Included), 110);
+    EXPECT_EQ(selection.selectedFileArray(Excluded).size(), 2U);
+    selection.storeCommandSelect();
     EXPECT_TRUE(tree.item(0, 69)->storedSelect());
-    EXPECT_TRUE(selection.selectAll(false, true));
-    EXPECT_FALSE(selection.selectAll(false, true));
+    EXPECT_TRUE(selection.deselectAll());
+    EXPECT_FALSE(selection.deselectAll());
     EXPECT_TRUE(tree.item(0, 69)->storedSelect());
 }
 
-TEST_F(BrowserSelectionTest, aHeadInTheMiddleIsTheAnchorToo) {
+TEST_F(BrowserSelectionTest, aHeadOrARowNextToTheMiddleIsTheAnchor) {
     visible.moveTop(layout.groupItemPosition(2) + 11.5 - 200);
-    const auto captured = capture(ScrollCaptureMode::Nearest);
-    ASSERT_TRUE(captured);
-    EXPECT_EQ(captured->imageFileItem, nullptr);
+    const auto captured = capture();
+    EXPECT_EQ(captured.value().imageFileItem, nullptr);
     EXPECT_EQ(captured->groupItem.get(), &tree.data(2));
     tree.swapForCopy();
     look();
@@ -68,36 +64,69 @@ TEST_F(BrowserSelectionTest, aHeadInTheMiddleIsTheAnchorToo) {
     tree.tree.pop_back();
     look();
     EXPECT_EQ(restored(captured), -1);
-}
-
-TEST_F(BrowserSelectionTest, theGapBetweenRowsHasTheRowsAroundItForAnchors) {
+    // In the gap between rows those around it are.
     visible.moveTop(layout.cellRectAtIndex({0, 30}).top() - 7 - 200);
-    const auto captured = capture(ScrollCaptureMode::Nearest);
-    ASSERT_TRUE(captured && captured->imageFileItem);
-    EXPECT_LE(std::abs(leaves.indexForImageFile(captured->imageFileItem).item - 30), 3);
-    PBImageFileList gone{captured->imageFileItem};
-    tree.tree[0]->removeImageFiles(gone);
+    const auto inGap = capture();
+    ASSERT_TRUE(inGap && inGap->imageFileItem);
+    EXPECT_LE(std::abs(leaves.indexForImageFile(inGap->imageFileItem).item - 30), 3);
+    tree.remove(0, {inGap->imageFileItem});
     leaves.refresh();
-    EXPECT_EQ(restored(captured), -1);
+    EXPECT_EQ(restored(inGap), -1);
 }
 
 TEST_F(BrowserSelectionTest, theSelectionOrARenamedImageMayBeTheAnchor) {
-    EXPECT_FALSE(capture(ScrollCaptureMode::FirstSelection));
-    const auto end = capture(ScrollCaptureMode::VisibleSelection);
+    using enum ScrollCaptureMode;
+    EXPECT_FALSE(capture(FirstSelection));
+    tree.item(0, 1)->setIsSelected(true); // above
+    const auto end = capture(VisibleSelection);
     EXPECT_EQ(end->type, PBImageBrowserViewScrollCapture::EndOfSheet);
     EXPECT_EQ(restored(end), layout.contentHeight());
-    tree.item(0, 1)->setIsSelected(true); // above
-    EXPECT_EQ(
-        capture(ScrollCaptureMode::VisibleSelection)->type,
-        PBImageBrowserViewScrollCapture::EndOfSheet);
     tree.item(0, 29)->setIsSelected(true);
-    EXPECT_EQ(capture(ScrollCaptureMode::VisibleSelection)->imageFileItem, tree.item(0, 29));
-    const auto first = capture(ScrollCaptureMode::FirstSelection);
+    EXPECT_EQ(capture(VisibleSelection)->imageFileItem, tree.item(0, 29));
+    const auto first = capture(FirstSelection);
     EXPECT_EQ(first->imageFileItem, tree.item(0, 1));
     EXPECT_EQ(restored(first), layout.cellRectAtIndex({0, 1}).center().y());
     editing = tree.item(0, 25);
-    for (const auto mode : {ScrollCaptureMode::Nearest, ScrollCaptureMode::FirstSelection})
+    for (const auto mode : {Nearest, FirstSelection})
         EXPECT_EQ(capture(mode)->imageFileItem, editing);
+}
+
+TEST_F(BrowserSelectionTest, foldedLeavesStayOutOfARangeAndPathsOfMissingFoldersOutOfAll) {
+    tree.data(0).setIsCollapsedForBrowser(true);
+    EXPECT_TRUE(selection.selectFrom({0, 68}, {2, 1}));
+    EXPECT_FALSE(selection.selectFrom({0, 0}, {1, 0}));
+    EXPECT_EQ(tree.selected(), u"c0 c1");
+    EXPECT_TRUE(selection.selectAll(Excluded));
+    EXPECT_EQ(selection.selectCount(Included), 40);
+    struct Folders final : group::FolderPaths {
+        QString pathOfFolderId(qint64 id) const override { return id == 1 ? u"/p"_s : QString(); }
+    } folders;
+    selection.deselectAll();
+    tree.add(2, u"z"_s, 2);
+    leaves.refresh();
+    selection.selectFrom({2, 39}, {9, 0});
+    EXPECT_EQ(selection.selectCount(Included), 2);
+    EXPECT_EQ(selection.selectedFilePath(folders, Included), QStringList{u"/p/c39"_s});
+}
+
+TEST_F(BrowserSelectionTest, chainsLeadFromTheTopToTheSelectedImagesOnly) {
+    auto top = PBGroupItem::groupItemWithParent(nullptr, 5, PBValue(u"/top"_s));
+    auto middle = PBGroupItem::groupItemWithParent(top.get(), 5, PBValue(u"/middle"_s));
+    tree.tree.push_back(PBGroupItem::groupItemWithParent(middle.get(), 5, PBValue(u"/leaf"_s)));
+    for (const QString& name : {u"d0"_s, u"d1"_s, u"d2"_s})
+        tree.add(3, name);
+    look();
+    tree.item(3, 1)->setIsSelected(true);
+    const auto chains = selection.selectedFileGroupTreeArray(Included);
+    ASSERT_EQ(chains.size(), 1U);
+    ASSERT_EQ(chains[0].size(), 3U);
+    EXPECT_EQ(chains[0][0]->data(), top->data());
+    EXPECT_EQ(chains[0][1]->data(), middle->data());
+    EXPECT_EQ(chains[0][2]->data(), tree.node(3).data());
+    const PBImageFileArray& images = chains[0][2]->imageFiles();
+    EXPECT_TRUE(images.size() == 1 && images[0] == tree.item(3, 1));
+    tree.data(3).setIsCollapsedForBrowser(true);
+    EXPECT_TRUE(selection.selectedFileGroupTreeArray(Excluded).empty());
 }
 
 TEST_F(BrowserSelectionTest, searchesFindImagesNearAndFar) {

@@ -1,32 +1,29 @@
 #pragma once
 
-#include "browser/BrowserLeafList.h"
+#include "browser/state/BrowserLeafList.h"
 #include "support/Support.h"
 
 /// A tree of folders with images of 3000 x 2000, named after their folder and number: "a0", "a1" …
 struct BrowserTree {
     explicit BrowserTree(std::initializer_list<int> counts) {
-        char letter = 'a';
         for (const int count : counts) {
-            const QString name = QString(QChar::fromLatin1(letter++));
+            const int group = static_cast<int>(tree.size());
+            const QString name(QChar(u'a' + group));
             tree.push_back(
                 PBGroupItem::groupItemWithParent(nullptr, 5, PBValue(u"/photos/"_s + name)));
-            for (int index = 0; index < count; ++index)
-                add(static_cast<int>(tree.size()) - 1, name + QString::number(index));
-            // A leaf stays one when it is empty.
-            if (count == 0) {
-                PBImageFileList gone{add(static_cast<int>(tree.size()) - 1, name)};
-                tree.back()->removeImageFiles(gone);
-            }
+            for (int index = 0; index < std::max(count, 1); ++index)
+                add(group, name + QString::number(index));
+            if (count == 0) remove(group, {item(group, 0)}); // a leaf stays one
         }
     }
 
-    std::shared_ptr<PBImageFileItem> add(int group, const QString& name) {
-        auto item = PBImageFileItem::imageFileItemWithId(++nextId, 1, name, 1234567, 1);
+    std::shared_ptr<PBImageFileItem> add(int group, const QString& name, qint64 folder = 1) {
+        auto item = PBImageFileItem::imageFileItemWithId(++nextId, folder, name, 1234567, 1);
         item->setImageSize({3000, 2000});
-        tree[static_cast<std::size_t>(group)]->sortAddImageFileItem(item, 0, false);
+        node(group).sortAddImageFileItem(item, 0, false);
         return item;
     }
+    void remove(int group, PBImageFileList gone) { node(group).removeImageFiles(gone); }
     std::vector<PBGroupItem*> leaves() const {
         std::vector<PBGroupItem*> all;
         for (const auto& node : tree)
@@ -35,19 +32,15 @@ struct BrowserTree {
     }
     /// As a scan publishes it: other nodes, the same data and items.
     void swapForCopy() {
-        PBGroupItemArray copy;
-        for (const auto& node : tree)
-            copy.push_back(node->copyWithParent(nullptr));
-        tree = std::move(copy);
+        for (auto& node : tree)
+            node = node->copyWithParent(nullptr);
         for (const auto& node : tree)
             node->updateDataGroupItem();
     }
+    PBGroupItem& node(int group) const { return *tree.at(static_cast<std::size_t>(group)); }
+    PBGroupItemData& data(int group) const { return *node(group).data(); }
     const std::shared_ptr<PBImageFileItem>& item(int group, int index) const {
-        return tree.at(static_cast<std::size_t>(group))
-            ->imageFiles()[static_cast<std::size_t>(index)];
-    }
-    PBGroupItemData& data(int group) const {
-        return *tree.at(static_cast<std::size_t>(group))->data();
+        return node(group).imageFiles()[static_cast<std::size_t>(index)];
     }
     /// The names of the selected images, with a blank between them.
     QString selected() const {

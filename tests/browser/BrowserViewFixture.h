@@ -5,14 +5,12 @@
 
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserView.h"
-#include "support/Support.h"
+#include "support/Mouse.h"
 #include "ui/PBModalTextField.h"
+#include "ui/PBScroller.h"
 
-#include <QApplication>
-#include <QKeyEvent>
-#include <QMouseEvent>
-#include <QNativeGestureEvent>
-#include <QPointingDevice>
+#include <QContextMenuEvent>
+#include <QPaintEvent>
 
 inline QImage plain(QColor color, QSize size = {300, 200}) {
     QImage image(size, QImage::Format_ARGB32_Premultiplied);
@@ -20,58 +18,76 @@ inline QImage plain(QColor color, QSize size = {300, 200}) {
     return image;
 }
 
+/// What of a widget was painted.
+struct Paints final : QObject {
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint) region += static_cast<QPaintEvent*>(event)->region();
+        return false;
+    }
+    /// Since the last time, with what waits.
+    QRegion take() {
+        for (int step = 0; step < 3; ++step) // what is asked for within one comes in the next
+            QApplication::processEvents();
+        return std::exchange(region, {});
+    }
+    QRegion region;
+};
+
 /// The real view, without a display, over a tree of a test's own; driven by events like those of
 /// Qt.
 struct BrowserViewTest : ::testing::Test {
+    using View = PBImageBrowserView;
+    using Index = PBImageBrowserIndex;
+
     void show(std::initializer_list<int> counts) {
         tree = std::make_unique<BrowserTree>(counts);
-        view = std::make_unique<PBImageBrowserView>(scrollView, services);
+        view = std::make_unique<View>(scrollView, services);
         services.buffer.setBrowserOrder(&view->browserOrder());
-        view->setPaintBudget(60);
-        scrollView.setClock([this] { return now; });
+        scrollView.setClock([this] { return now += tick; });
+        view->installEventFilter(&paints);
         scrollView.resize(600, 500);
         scrollView.show();
-        view->setLeafGroupItemArray(tree->leaves());
-        view->reloadData();
+        showLeaves(tree->leaves());
         QApplication::processEvents(); // the scroller appears
+    }
+    void showLeaves(const std::vector<PBGroupItem*>& leaves) {
+        view->setLeafGroupItemArray(leaves);
+        view->reloadData();
     }
     ~BrowserViewTest() override {
         services.buffer.setBrowserOrder(nullptr);
         view.reset();
     }
-
-    QPoint at(PBImageBrowserIndex index) {
-        return view->widgetRect(index).center() - QPoint(0, 30);
+    void on(auto signal, auto function) {
+        QObject::connect(view.get(), signal, view.get(), function);
     }
-    QPoint nameAt(PBImageBrowserIndex index) {
+
+    QPoint at(Index index) { return view->widgetRect(index).center() - QPoint(0, 30); }
+    QPoint nameAt(Index index) {
         const QRectF cell = view->widgetRect(index);
         return view->browserLayout().fileNameRectWithCellRect(cell).center().toPoint();
     }
-    void send(QEvent::Type type, QPoint point, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        const bool isMove = type == QEvent::MouseMove;
-        const bool isRelease = type == QEvent::MouseButtonRelease;
-        QMouseEvent event(
-            type, point, view->mapToGlobal(QPointF(point)), isMove ? Qt::NoButton : Qt::LeftButton,
-            isRelease ? Qt::NoButton : Qt::LeftButton, modifiers);
-        QApplication::sendEvent(view.get(), &event);
+    void send(QEvent::Type type, QPoint point, Qt::KeyboardModifiers modifiers = {}) {
+        support::sendMouse(*view, type, point, modifiers);
     }
-    void click(QPoint point, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    void click(QPoint point, Qt::KeyboardModifiers modifiers = {}) {
         send(QEvent::MouseButtonPress, point, modifiers);
         send(QEvent::MouseButtonRelease, point, modifiers);
     }
-    void press(QWidget& widget, int key, const QString& text = {}) {
-        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
+    void askForMenu(QContextMenuEvent::Reason reason, QPoint point) {
+        QContextMenuEvent event(reason, point, view->mapToGlobal(point));
+        QApplication::sendEvent(view.get(), &event);
+    }
+    /// Whether the widget took it.
+    bool press(
+        QWidget& widget, int key, const QString& text = {}, Qt::KeyboardModifiers modifiers = {}) {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers, text);
         QApplication::sendEvent(&widget, &event);
+        return event.isAccepted();
     }
     void finishMotion() {
         now += 1;
         scrollView.motion().tick();
-    }
-    void gesture(Qt::NativeGestureType type, double value) {
-        const QPointF point(9, 9);
-        QNativeGestureEvent event(
-            type, QPointingDevice::primaryPointingDevice(), 2, point, point, point, value, {});
-        QApplication::sendEvent(view.get(), &event);
     }
     QImage picture() {
         QImage image(view->size(), QImage::Format_RGB32);
@@ -87,8 +103,11 @@ struct BrowserViewTest : ::testing::Test {
     double position() const { return scrollView.pbScrollPoint().y(); }
 
     double now = 10;
+    double tick = 0; ///< what each look at the clock takes
+    QStringList told;
+    Paints paints;
     FakeServices services;
     PBImageBrowserScrollView scrollView{services};
     std::unique_ptr<BrowserTree> tree;
-    std::unique_ptr<PBImageBrowserView> view;
+    std::unique_ptr<View> view;
 };

@@ -1,78 +1,56 @@
 #include "BrowserViewFixture.h"
 
-#include "platform/MainLoop.h"
-#include "support/Support.h"
+#include "browser/PBImageBrowserSelectView.h"
+#include "platform/work/MainLoop.h"
 #include "ui/PBThemes.h"
 
-#include <QContextMenuEvent>
+#include <QNativeGestureEvent>
 #include <QPainter>
+#include <QPointingDevice>
+#include <QStyleHints>
 
-using Index = PBImageBrowserIndex;
-
-TEST_F(BrowserViewTest, aDoubleClickEntersTheLargeViewWhenTheButtonGoesUp) {
-    show({9});
-    Index entered;
-    QObject::connect(
-        view.get(), &PBImageBrowserView::enterToLargeViewRequested, view.get(),
-        [&](Index index) { entered = index; });
-    click(at({0, 5}));
-    send(QEvent::MouseButtonDblClick, at({0, 5}));
-    EXPECT_EQ(entered, Index{});
-    send(QEvent::MouseButtonRelease, at({0, 5}));
-    EXPECT_EQ(entered, (Index{0, 5}));
-}
-
-TEST_F(BrowserViewTest, noTreeIsSwappedWhileTheButtonIsDown) {
-    show({9});
-    send(QEvent::MouseButtonPress, at({0, 1}));
-    EXPECT_TRUE(view->isDragging());
-    EXPECT_TRUE(platform::MainLoop::instance()->isTracking());
-    scrollView.hide(); // the release will never come
-    EXPECT_FALSE(view->isDragging());
-    EXPECT_FALSE(platform::MainLoop::instance()->isTracking());
-}
+#include <future>
 
 TEST_F(BrowserViewTest, returnAndClicksElsewhereTakeANewNameAndEscapeDoesNot) {
     show({9});
-    QStringList names;
-    QObject::connect(
-        view.get(), &PBImageBrowserView::renameRequested, view.get(),
-        [&](const auto& item, const QString& text) { names += item->fileName() + u'>' + text; });
+    on(&View::renameRequested,
+       [&](const auto& item, const QString& text) { told += item->fileName() + u'>' + text; });
     const auto begin = [&](int item) {
         send(QEvent::MouseButtonPress, nameAt({0, item}));
         return QPointer(nameField());
     };
     tree->item(0, 0)->setFileName(u"sea.shore.jpg"_s);
     auto field = begin(0);
-    ASSERT_TRUE(field);
     EXPECT_EQ(field->selectedText(), u"sea.shore");
     field->setText(u"new.jpg"_s);
     press(*field, Qt::Key_Return);
     tree->item(0, 3)->setFileName(u"two\nlines\u2028.jpg"_s);
-    press(*begin(3), Qt::Key_Return);
-    EXPECT_EQ(names.takeLast(), u"two\nlines\u2028.jpg>two\nlines\u2028.jpg") << "as it was";
+    press(*begin(3), Qt::Key_Enter);
+    EXPECT_EQ(told.takeLast(), u"two\nlines\u2028.jpg>two\nlines\u2028.jpg") << "as it was";
     field = begin(1);
-    ASSERT_TRUE(field);
     field->setText(u"lost.jpg"_s);
     press(*field, Qt::Key_Escape);
-    EXPECT_EQ(names, QStringList{u"sea.shore.jpg>new.jpg"_s});
+    EXPECT_EQ(told, QStringList{u"sea.shore.jpg>new.jpg"_s});
     field = begin(2);
-    ASSERT_TRUE(field);
     field->setText(u"kept.jpg"_s);
     click(at({0, 4}));
-    EXPECT_EQ(names.last(), u"a2>kept.jpg");
+    EXPECT_EQ(told.last(), u"a2>kept.jpg");
     EXPECT_EQ(tree->selected(), u"a4"); // the click counts as well
-    EXPECT_TRUE(support::spinUntil([&] { return !field; }));
+    press(*view, Qt::Key_F2);           // of the current one
+    EXPECT_EQ(nameField()->text(), u"a4");
+    press(*nameField(), Qt::Key_Escape);
+    EXPECT_EQ(view->window()->focusWidget(), view.get());
+    view->renameIndex({0, 8}); // out of sight
+    finishMotion();
+    EXPECT_TRUE(view->rect().contains(nameField()->geometry()));
+    EXPECT_EQ(view->currentIndex(), view->leaves().indexForImageFile(*tree->item(0, 4)));
 }
 
 TEST_F(BrowserViewTest, theImageInTheMiddleStaysWhenATreeIsSwappedInOrTheSizeChanges) {
     show({40, 40});
     scrollView.scrollToPosition(1500, false);
-    QPoint middle(view->width() / 2, view->height() / 2);
-    std::shared_ptr<PBImageFileItem> anchor;
-    for (int item = 0; item < 40; ++item)
-        if (view->widgetRect({0, item}).contains(middle)) anchor = tree->item(0, item);
-    ASSERT_TRUE(anchor);
+    const auto anchor = tree->item(0, 28);
+    ASSERT_TRUE(view->widgetRect({0, 28}).contains(view->rect().center()));
     const auto top = [&] {
         return view->widgetRect(view->leaves().indexForImageFile(*anchor)).center().y();
     };
@@ -81,61 +59,119 @@ TEST_F(BrowserViewTest, theImageInTheMiddleStaysWhenATreeIsSwappedInOrTheSizeCha
         tree->add(1, u"new"_s);
     std::swap(tree->tree[0], tree->tree[1]);
     tree->swapForCopy();
-    view->setLeafGroupItemArray(tree->leaves());
-    view->reloadData();
+    showLeaves(tree->leaves());
     EXPECT_EQ(top(), before);
     EXPECT_NE(position(), 1500);
     view->setThumbnailSize(100);
     view->reloadData();
     EXPECT_NEAR(top(), before, 1);
+    EXPECT_EQ(scrollView.scrollLine(), 100.0 / 3);
     scrollView.resize(660, 500);
     EXPECT_NEAR(top(), before, 1);
+    view->renameIndex({0, 20});
     view->reset();
     EXPECT_EQ(position(), 0);
+    EXPECT_FALSE(nameField());
+    EXPECT_EQ(view->currentIndex(), Index{});
+    std::swap(tree->tree[0], tree->tree[1]);
+    showLeaves(tree->leaves());
+    EXPECT_EQ(position(), 0); // the way to the top is not to be kept
 }
 
-TEST_F(BrowserViewTest, aTreeThatGoesAwayLeavesNothingDangling) {
-    show({20, 20});
-    click(at({0, 1}));
-    tree->tree.clear(); // the view has not heard of it yet
-    picture();
-    press(*view, Qt::Key_Down);
-    send(QEvent::MouseButtonPress, {30, 10}); // a head
-    view->reloadData();
-    picture();
-    view->setLeafGroupItemArray({});
-    view->reloadData();
-    picture();
-    press(*view, Qt::Key_Down);
-    EXPECT_EQ(position(), 0);
-}
-
-TEST_F(BrowserViewTest, aScrollStepPaintsOnlyWhatCameIntoView) {
-    show({600});
-    picture();
-    scrollView.scrollToPosition(1000, false);
-    picture();
-    int loads = services.thumbnails.loads;
-    EXPECT_GT(loads, 0);
-    QApplication::processEvents();
-    loads = services.thumbnails.loads; // none has a thumbnail: each painted cell asks
-    scrollView.scrollToPosition(1020, false);
-    QApplication::processEvents();
-    EXPECT_LE(services.thumbnails.loads - loads, 6); // two rows of three meet strip and head
-    loads = services.thumbnails.loads;
-    scrollView.scrollToPosition(5000, false);
-    QApplication::processEvents();
-    EXPECT_GE(services.thumbnails.loads - loads, 9);
-}
-
-TEST_F(BrowserViewTest, clicksOnHeadsScrollToThemAndSelectNothing) {
-    show({9, 9, 9});
-    const double second = view->browserLayout().groupItemPosition(1);
-    scrollView.scrollToPosition(second - 200, false);
-    click({300, 205});
+TEST_F(BrowserViewTest, aClickTakesHoldOfThePlaceAndAMotionGoesOnFromWhereItIsMovedTo) {
+    show({40, 40});
+    click(at({0, 4}));
+    const int held = view->widgetRect({0, 4}).top();
+    std::swap(tree->tree[0], tree->tree[1]);
+    showLeaves(tree->leaves());
+    EXPECT_EQ(view->widgetRect({1, 4}).top(), held);
+    scrollView.scrollBy(300);
+    const double end = scrollView.motion().scrollStopPos();
+    now += 0.3;
+    scrollView.motion().tick();
+    const double before = position();
+    std::swap(tree->tree[0], tree->tree[1]);
+    showLeaves(tree->leaves());
+    const double moved = position() - before;
+    EXPECT_LT(moved, -1000);
+    scrollView.motion().tick();
+    EXPECT_EQ(position(), before + moved);
     finishMotion();
-    EXPECT_EQ(position(), second);
-    EXPECT_EQ(tree->selected(), QString());
+    EXPECT_EQ(position(), end + moved);
+}
+
+TEST_F(BrowserViewTest, whatChangesIsToldOnce) {
+    show({30});
+    const auto counts = [&](auto signal, const QString& name) {
+        on(signal, [this, name](qint64 count) { told += name + QString::number(count); });
+    };
+    counts(&View::selectionDidChange, u"selected "_s);
+    counts(&View::itemCountDidChange, u"items "_s);
+    counts(&View::pageItemCountDidChange, u"page "_s);
+    on(&View::flagToggleRequested, [&] { told += u"flag"_s; });
+    const auto expectTold = [&](const QString& texts) {
+        EXPECT_EQ(told.join(u", "), texts);
+        told.clear();
+    };
+    press(*view, Qt::Key_A, {}, Qt::ControlModifier);
+    expectTold(u"selected 30"_s);
+    paints.take();
+    press(*view, Qt::Key_A, {}, Qt::ControlModifier);
+    EXPECT_TRUE(paints.take().isEmpty());
+    view->GotoIndex({0, 1});
+    EXPECT_EQ(paints.take(), view->rect());
+    press(*view, Qt::Key_Space);
+    expectTold(u"selected 1, flag"_s);
+    view->setThumbnailSize(250); // two columns of two rows
+    view->reloadData();
+    expectTold(u"page 4, items 30"_s);
+    const double tall = scrollView.documentSize().height();
+    view->setStyle(0);
+    expectTold(u"items 30"_s);
+    EXPECT_EQ(scrollView.documentSize().height(), tall - 15 * 45);
+    view->setStyle(BrowserMetrics::Shadow);
+    expectTold({});
+    press(*view, Qt::Key_Space, {}, Qt::AltModifier);
+    EXPECT_FALSE(press(*view, Qt::Key_Left, {}, Qt::MetaModifier));
+    expectTold({});
+}
+
+TEST_F(BrowserViewTest, lettersMakeOneBeginningUntilTheKeyboardsPause) {
+    show({12});
+    tree->item(0, 5)->setFileName(u"a b"_s);
+    const double pause = QGuiApplication::styleHints()->keyboardInputInterval() / 1000.0;
+    const std::tuple<double, char, QString> keys[] = {
+        {0, 'A', u"a0"_s},      {pause - 0.001, '1', u"a1"_s}, {pause - 0.001, '1', u"a11"_s},
+        {pause, '1', u"a11"_s}, {pause, 'a', u"a0"_s},         {0.1, 'a', u"a1"_s},
+        {0.1, '1', u"a1"_s},    {pause, 'a', u"a2"_s},         {pause - 0.001, ' ', u"a b"_s}};
+    for (const auto& [wait, letter, name] : keys) {
+        now += wait;
+        press(*view, letter == ' ' ? Qt::Key_Space : 0, QString(QLatin1Char(letter)));
+        EXPECT_EQ(tree->selected(), name) << wait << letter;
+    }
+}
+
+TEST_F(BrowserViewTest, aBandShowsWhereItIsAndScrollsWhileTheMouseStandsStill) {
+    show({60});
+    const auto* band = view->findChild<PBImageBrowserSelectView*>();
+    const platform::MainLoop& loop = *platform::MainLoop::instance(); // swaps no tree then
+    const auto isHeld = [&] { return std::pair(view->isDragging(), loop.isTracking()); };
+    send(QEvent::MouseButtonPress, {4, 60});
+    EXPECT_EQ(isHeld(), std::pair(true, true));
+    send(QEvent::MouseMove, {100, 200});
+    EXPECT_EQ(band->geometry(), QRect(4, 60, 96, 140));
+    send(QEvent::MouseMove, {100, view->height() + 10}); // 15 points a frame
+    EXPECT_TRUE(support::spinUntil([&] { return position() >= 300; }));
+    EXPECT_EQ(position(), std::rint(position() / 15) * 15);
+    EXPECT_EQ(band->geometry(), QRect(4, 0, 96, view->height()));
+    EXPECT_TRUE(tree->item(0, 9)->isSelected());
+    // The button was let go where nobody could hear it.
+    support::sendMouse(*view, QEvent::MouseMove, {9, 9}, {}, Qt::NoButton);
+    EXPECT_EQ(isHeld(), std::pair(false, false));
+    EXPECT_TRUE(band->isHidden());
+    send(QEvent::MouseButtonPress, {4, 60});
+    scrollView.hide(); // the release will never come
+    EXPECT_EQ(isHeld(), std::pair(false, false));
 }
 
 TEST_F(BrowserViewTest, paintsThumbnailsTurnedOnWhiteWithFrames) {
@@ -151,50 +187,124 @@ TEST_F(BrowserViewTest, paintsThumbnailsTurnedOnWhiteWithFrames) {
     view->setStyle(0);
     QImage shown = picture();
     const auto placed = [&](int item) {
-        const QRectF cell = view->widgetRect({0, item});
+        const QRect cell = view->widgetRect({0, item});
         return view->browserLayout().hitTarget(cell, {0, item}).toRect();
     };
-    EXPECT_EQ(shown.pixelColor(placed(0).center() - QPoint(0, 60)), QColor(Qt::blue));
-    EXPECT_EQ(shown.pixelColor(placed(0).center() + QPoint(0, 60)), QColor(Qt::red));
-    EXPECT_EQ(shown.pixelColor(placed(1).center()), QColor(Qt::white));
     const QColor background = PBThemes::imageBrowserBackgroundColor();
-    EXPECT_EQ(shown.pixelColor(placed(2).center()), background);
     const QColor frame = PBThemes::imageBrowserSelectColor(view->hasFocus());
-    for (const int item : {1, 2})
-        EXPECT_EQ(shown.pixelColor(placed(item).topLeft() + QPoint(-2, 20)), frame) << item;
+    const QRect white = placed(1);
+    const std::tuple<const char*, QPoint, QColor> pixels[] = {
+        {"what was right", placed(0).center() - QPoint(0, 60), Qt::blue},
+        {"what was left", placed(0).center() + QPoint(0, 60), Qt::red},
+        {"behind the clear picture", white.center(), Qt::white},
+        {"its edge", white.topLeft(), Qt::white},
+        {"the gap beside it", white.topLeft() + QPoint(-1, 20), background},
+        {"the frame's inside", white.topLeft() + QPoint(-2, 20), frame},
+        {"the frame's outside", white.topLeft() + QPoint(-3, 20), frame},
+        {"beyond the frame", white.topLeft() + QPoint(-4, 20), background},
+        {"no frame", placed(0).topLeft() + QPoint(-2, 20), background},
+        {"the placeholder's frame", {placed(2).left() - 2, placed(2).center().y()}, frame},
+        {"inside the placeholder", placed(2).center(), background}};
+    for (const auto& [name, point, color] : pixels)
+        EXPECT_EQ(shown.pixelColor(point), color) << name;
+    // Dashes of 10 points and gaps of 5.
+    int dashes = 0;
+    for (int x = placed(2).left() + 10; x < placed(2).left() + 130; ++x)
+        dashes += shown.pixelColor(x, placed(2).top() + 1) != background ? 1 : 0;
+    EXPECT_NEAR(dashes, 80, 12);
+    // Without time there is a quiet shape instead.
+    tick = 0.009;
+    EXPECT_NE(picture().pixelColor(placed(2).center()), background);
+    tick = 0;
     // A shadow lies below the picture, and only with its bit.
-    const QPoint below = QPoint(placed(1).center().x(), placed(1).bottom() + 5);
+    const QPoint below = QPoint(white.center().x(), white.bottom() + 5);
     tree->item(0, 1)->setIsSelected(false);
     EXPECT_EQ(picture().pixelColor(below), background);
     view->setStyle(BrowserMetrics::Shadow);
     EXPECT_LT(picture().pixelColor(below).lightness(), background.lightness());
+    // Each text in its row, and only with its bit.
+    BrowserLayout& layout = view->browserLayout();
+    const auto inked = [&](const QRectF& row) {
+        const QImage line = picture().copy(row.toRect());
+        for (int x = 0; x < line.width(); ++x)
+            if (line.pixelColor(x, line.height() / 2) != background) return true;
+        return false;
+    };
+    for (const std::uint64_t style : {2, 4, 8, 14}) {
+        view->setStyle(style);
+        const QRectF cell = view->widgetRect({0, 3});
+        EXPECT_EQ(cell.height(), 113 + (style == 14 ? 45 : 15)) << style;
+        EXPECT_TRUE(inked(layout.fileNameRectWithCellRect(cell))) << style;
+        EXPECT_TRUE(inked(layout.fileSizeRectWithCellRect(cell))) << style;
+        EXPECT_FALSE(inked(layout.fileSizeRectWithCellRect(cell).translated(0, 15))) << style;
+    }
 }
 
-TEST_F(BrowserViewTest, withoutTimeThumbnailsComeFromThePreloadQueue) {
+TEST_F(BrowserViewTest, aPaintLoadsForEightMillisecondsAndTheQueueTheRest) {
     show({12});
-    view->setPaintBudget(0);
-    const int loads = services.thumbnails.loads;
+    // The clock is looked at when a paint begins and twice for each cell without a thumbnail.
+    for (const auto& [look, most] : {std::pair(0.00114, 4), {0.00115, 3}, {0.009, 0}}) {
+        const int before = services.thumbnails.loads;
+        tick = look;
+        picture();
+        EXPECT_EQ(services.thumbnails.loads - before, most) << look;
+    }
+    // What it misses is drawn when it comes from the preload queue.
+    tick = 0.009;
     for (const auto& item : tree->tree[0]->imageFiles())
         services.preloaded.insert(item->fileId(), plain(Qt::green));
     picture();
-    EXPECT_EQ(services.thumbnails.loads, loads);
+    paints.region = {};
     EXPECT_TRUE(support::spinUntil([&] { return tree->item(0, 0)->hasThumbnail(); }));
+    EXPECT_TRUE(paints.take().contains(at({0, 0})));
     EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::green));
 }
 
-TEST_F(BrowserViewTest, preloadsAheadFirstAndDropsEarlierWishes) {
+TEST_F(BrowserViewTest, whatIsInTheWayOfTravelIsPreloadedFirstAndWhatAPaintMissedBeforeIt) {
     show({300});
     platform::OperationQueue& queue = services.preloadQueue;
     queue.waitUntilAllOperationsAreFinished();
     queue.setSuspended(true);
-    scrollView.scrollToPosition(3000, false);
-    EXPECT_EQ(queue.operationCount(), 2U);
-    scrollView.scrollToPosition(3100, false);
-    EXPECT_EQ(queue.operationCount(), 2U);
+    const auto asked = [&] {
+        services.preloaded.takeAsked();
+        queue.setSuspended(false);
+        queue.waitUntilAllOperationsAreFinished();
+        queue.setSuspended(true);
+        return services.preloaded.takeAsked();
+    };
+    const auto idsBetween = [&](double top, double bottom) {
+        QList<qint64> ids;
+        view->browserLayout().forEachVisible(top, bottom, [&](Index index) {
+            ids += view->leaves().imageFileAtIndex(index)->fileId();
+        });
+        return ids;
+    };
+    const double half = scrollView.viewport()->height() / 2.0;
+    for (const double top : {3000.0, 2500.0}) { // down, then up
+        scrollView.scrollToPosition(top + 7, false);
+        scrollView.scrollToPosition(top, false); // drops the earlier wishes
+        scrollView.scrollToPosition(top + (top == 3000 ? 9 : -9), false);
+        const double y = position();
+        const auto above = idsBetween(y - half, y);
+        const auto below = idsBetween(y + 2 * half, y + 3 * half);
+        const bool isDown = top == 3000;
+        EXPECT_EQ(asked(), isDown ? below + above : above + below);
+        scrollView.scrollToPosition(y, false);
+        picture();
+        EXPECT_EQ(queue.operationCount(), 0U); // nothing was missed
+        tick = 0.009;
+        picture();
+        tick = 0;
+        EXPECT_EQ(asked(), idsBetween(y, y + 2 * half) + (isDown ? below : above));
+    }
     services.largeView = true;
     scrollView.scrollToPosition(3200, false);
-    EXPECT_EQ(queue.operationCount(), 2U); // nothing new is wished for
-    queue.cancelAllOperations();
+    EXPECT_EQ(queue.operationCount(), 0U); // nothing new is wished for
+    services.largeView = false;
+    for (const auto& item : tree->tree[0]->imageFiles())
+        item->setThumbnailRef(plain(Qt::green));
+    scrollView.scrollToPosition(3300, false);
+    EXPECT_EQ(queue.operationCount(), 0U);
 }
 
 TEST_F(BrowserViewTest, buildsOfWhatIsOnShowComeFirstAndThenThePageAhead) {
@@ -202,7 +312,6 @@ TEST_F(BrowserViewTest, buildsOfWhatIsOnShowComeFirstAndThenThePageAhead) {
     for (const auto& item : tree->tree[0]->imageFiles())
         services.buildQueue.addOperation(std::make_shared<FakeBuild>(item->fileId()));
     scrollView.scrollToPosition(3000, false);
-    view->adjustBuildThumb();
     const auto priorityOf = [&](int item) {
         for (const auto& operation : services.buildQueue.operations())
             if (services.fileIdOfBuildThumb(*operation) == tree->item(0, item)->fileId())
@@ -212,58 +321,88 @@ TEST_F(BrowserViewTest, buildsOfWhatIsOnShowComeFirstAndThenThePageAhead) {
     const BrowserRange shown = view->browserLayout().visibleRange(3000, 3500);
     const auto middle = static_cast<int>(shown.begin.item + shown.end.item) / 2;
     const auto page = static_cast<int>(shown.end.item - shown.begin.item) + 1;
-    EXPECT_EQ(priorityOf(middle), platform::QueuePriority::VeryHigh);
+    // Soon after the step, not within it.
+    EXPECT_EQ(priorityOf(middle), platform::QueuePriority::Normal);
+    EXPECT_TRUE(support::spinUntil(
+        [&] { return priorityOf(middle) == platform::QueuePriority::VeryHigh; }));
     EXPECT_EQ(priorityOf(middle + page), platform::QueuePriority::High);
     EXPECT_EQ(priorityOf(middle - page), platform::QueuePriority::Normal);
     scrollView.scrollToPosition(2990, false); // upwards
     view->adjustBuildThumb();
     EXPECT_EQ(priorityOf(middle + page), platform::QueuePriority::Normal);
     EXPECT_EQ(priorityOf(middle - page), platform::QueuePriority::High);
+    services.largeView = true;
+    scrollView.scrollToPosition(3000, false);
+    view->adjustBuildThumb();
+    EXPECT_EQ(priorityOf(middle + page), platform::QueuePriority::Normal);
+    services.largeView = false;
     EXPECT_TRUE(services.buildQueue.isSuspended()); // as it was
     services.buildQueue.cancelAllOperations();
-}
-
-TEST_F(BrowserViewTest, nothingIsBuiltDuringAMotion) {
-    show({300});
+    auto build = std::make_shared<FakeBuild>(0);
+    std::promise<void> end;
+    build->work = [&] { end.get_future().wait(); };
+    services.buildQueue.addOperation(build);
     services.buildQueue.setSuspended(false);
+    view->adjustBuildThumb();
+    EXPECT_FALSE(services.buildQueue.isSuspended());
     scrollView.scrollToPosition(900, true);
-    EXPECT_TRUE(services.buildQueue.isSuspended());
+    EXPECT_TRUE(services.buildQueue.isSuspended()); // during a motion
     finishMotion();
     EXPECT_FALSE(services.buildQueue.isSuspended());
+    end.set_value();
+    services.buildQueue.waitUntilAllOperationsAreFinished();
 }
 
-TEST_F(BrowserViewTest, aBuiltThumbnailOutOfSightCausesNoPaint) {
+TEST_F(BrowserViewTest, onlyWhatIsNewIsPainted) {
     show({300});
-    QApplication::processEvents();
-    const int loads = services.thumbnails.loads;
+    paints.take();
     view->buildThumbDidFinish(tree->item(0, 299)->fileId());
-    QApplication::processEvents();
-    EXPECT_EQ(services.thumbnails.loads, loads);
+    services.largeView = true;
+    view->buildThumbDidFinish(tree->item(0, 1)->fileId());
+    EXPECT_TRUE(paints.take().isEmpty());
+    services.largeView = false;
     services.thumbnails.insert(tree->item(0, 1)->fileId(), plain(Qt::green));
     view->buildThumbDidFinish(tree->item(0, 1)->fileId());
-    QApplication::processEvents();
+    EXPECT_EQ(paints.take(), view->widgetRect({0, 1}).adjusted(-7, -7, 7, 7)); // with its shadow
     EXPECT_TRUE(tree->item(0, 1)->hasThumbnail());
+    // Scaled in a hurry, it is painted once more as soon as there is time.
+    tree->item(0, 1)->setThumbnailRef(plain(Qt::red));
+    tick = 0.009;
+    picture();
+    tick = 0;
+    paints.region = {};
+    EXPECT_TRUE(paints.take().contains(at({0, 1})));
+    picture();
+    paints.region = {};
+    EXPECT_TRUE(paints.take().isEmpty());
+    // A step of the scroller paints what comes into view, and the head.
+    scrollView.scrollToPosition(20, false);
+    const QRect all = view->rect();
+    const QRegion head(0, 0, all.width(), 23), strip(0, all.height() - 20, all.width(), 20);
+    EXPECT_EQ(paints.take(), head + strip);
+    scrollView.scrollToPosition(5000, false);
+    EXPECT_EQ(paints.take(), all);
 }
 
-TEST_F(BrowserViewTest, gesturesAndMenusReachTheWindow) {
+TEST_F(BrowserViewTest, gesturesReachTheWindow) {
     show({30});
-    QStringList told;
-    PBImageBrowserView* sheet = view.get();
-    QObject::connect(
-        sheet, &PBImageBrowserView::rotateLeftRequested, sheet, [&] { told += u"left"_s; });
-    QObject::connect(
-        sheet, &PBImageBrowserView::contextMenuRequested, sheet,
-        [&](bool isOnItem, const QPoint&) { told += isOnItem ? u"item"_s : u"none"_s; });
+    on(&View::rotateLeftRequested, [&] { told += u"left"_s; });
+    on(&View::thumbnailSizeDidChange, [&](double size) { told += QString::number(size); });
+    const QPoint anchor = view->widgetRect({0, 4}).center();
+    const auto gesture = [&](Qt::NativeGestureType type, double value = 0) {
+        const QPointF point(9, 9);
+        QNativeGestureEvent event(
+            type, QPointingDevice::primaryPointingDevice(), 2, point, point, point, value, {});
+        QApplication::sendEvent(view.get(), &event);
+    };
     for (const double zoom : {0.25, 0.0}) {
-        gesture(Qt::BeginNativeGesture, 0);
+        gesture(Qt::BeginNativeGesture);
         if (zoom > 0) gesture(Qt::ZoomNativeGesture, zoom);
         gesture(Qt::RotateNativeGesture, -4); // counter-clockwise; not in a zoom
-        gesture(Qt::EndNativeGesture, 0);
+        gesture(Qt::EndNativeGesture);
         EXPECT_EQ(view->thumbnailSize(), 200);
     }
-    for (const QPoint& point : {at({0, 1}), QPoint(3, 60)}) {
-        QContextMenuEvent event(QContextMenuEvent::Mouse, point, view->mapToGlobal(point));
-        QApplication::sendEvent(sheet, &event);
-    }
-    EXPECT_EQ(told.join(u' '), u"left item none"_s);
+    gesture(Qt::RotateNativeGesture, -4); // outside of a gesture
+    EXPECT_NEAR(view->widgetRect({0, 4}).center().y(), anchor.y(), 1);
+    EXPECT_EQ(told.join(u' '), u"200 left");
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "browser/BrowserLayout.h"
+#include "browser/layout/BrowserLayout.h"
 #include "support/Support.h"
 
 /// Leaves that are nothing but sizes.
@@ -35,7 +35,8 @@ struct FakeLeaves final : BrowserLeaves {
 };
 
 struct FakeTextWidths final : BrowserTextWidths {
-    double fileNameWidth(const PBImageBrowserIndex&) const override { return 80; }
+    double fileNameWidth(const PBImageBrowserIndex&) const override { return name; }
     double fileSizeWidth(const PBImageBrowserIndex&) const override { return 40; }
     double imageSizeWidth() const override { return 60; }
+    double name = 80;
 };

@@ -1,29 +1,34 @@
 #pragma once
 
-#include "browser/BrowserServices.h"
+#include "browser/feed/BrowserServices.h"
 #include "group/PBImageFileItem.h"
 #include "image/PBThumbnailBufferManager.h"
-#include "platform/OperationQueue.h"
+#include "platform/work/Mutex.h"
+#include "platform/work/OperationQueue.h"
 #include "support/Support.h"
 
 #include <QColor>
 #include <QHash>
 
-#include <mutex>
-
 /// Thumbnails by file id; counts who asked for them.
 struct FakeThumbnails final : ThumbnailLoader {
     QImage loadThumbnail(const PBImageFileItem& item) override {
-        const std::scoped_lock lock(mutex);
+        const platform::Lock lock(mutex);
         ++loads;
+        asked.push_back(item.fileId());
         return pictures.value(item.fileId());
     }
+    QList<qint64> takeAsked() {
+        const platform::Lock lock(mutex);
+        return std::exchange(asked, {});
+    }
     void insert(qint64 fileId, const QImage& picture) {
-        const std::scoped_lock lock(mutex);
+        const platform::Lock lock(mutex);
         pictures.insert(fileId, picture);
     }
-    std::mutex mutex;
-    QHash<qint64, QImage> pictures; // guarded by the mutex
+    platform::Mutex mutex;
+    QList<qint64> asked VELMORA_GUARDED_BY(mutex);
+    QHash<qint64, QImage> pictures VELMORA_GUARDED_BY(mutex);
     std::atomic<int> loads = 0;
 };
 
@@ -31,9 +36,10 @@ struct FakeThumbnails final : ThumbnailLoader {
 struct FakeBuild final : platform::Operation {
     explicit FakeBuild(qint64 id) : fileId(id) {}
     const qint64 fileId;
+    std::function<void()> work = [] {};
 
 protected:
-    void main() override {}
+    void main() override { work(); }
 };
 
 struct FakeServices final : BrowserServices, group::FolderPaths {

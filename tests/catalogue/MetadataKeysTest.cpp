@@ -18,29 +18,37 @@ PBArray rowOf(QStringView type, const PBDictionary& values) {
 }
 
 TEST(MetadataKeysTest, keysOfNewerDecodersAndOfOtherTablesAreDropped) {
-    const PBDictionary exif{
-        {u"ISOSpeedRatings"_s, PBArray{100, 200}},
-        {u"LensSpecification"_s, PBArray{24.0, 70.5, 2.8, 0}},
-        {u"OffsetTimeOriginal"_s, u"+02:00"_s},
-        {u"FNumber"_s, 2.8},
-        {u"SubjectArea"_s, PBArray{}},
-        {u"FileId"_s, 5},
-        {u"OECF"_s, PBDictionary{{u"Flash"_s, 1}}}};
-    const PBDictionary expected{
-        {u"ISOSpeedRatings"_s, u"100,200"_s},
-        {u"LensSpecification"_s, u"24,70.5,2.8,0"_s},
-        {u"FNumber"_s, 2.8}};
+    using Row = std::tuple<QString, PBValue, PBValue>;
+    PBDictionary exif, expected;
+    for (const auto& [key, value, column] :
+         {Row(u"ISOSpeedRatings"_s, PBArray{100, 200}, u"100,200"_s), Row(u"FNumber"_s, 2.8, 2.8),
+          Row(u"LensSpecification"_s, PBArray{24.0, 70.5, 2.8, 0}, u"24,70.5,2.8,0"_s),
+          Row(u"OffsetTimeOriginal"_s, u"+02:00"_s, {}), Row(u"SubjectArea"_s, PBArray{}, {}),
+          Row(u"FileId"_s, 5, {}), Row(u"OECF"_s, PBDictionary{{u"Flash"_s, 1}}, {})}) {
+        exif.emplace(key, value);
+        if (!column.isAbsent()) expected.emplace(key, column);
+    }
     EXPECT_EQ(databaseDictFromExifPropDict(exif), expected);
-    const PBDictionary iptc{
-        {u"Province/State"_s, u"p"_s},
-        {u"CreatorContactInfo"_s,
-         PBDictionary{{u"Unknown"_s, 1}, {u"Deeper"_s, PBDictionary{{u"CiUrlWork"_s, u"u"_s}}}}}};
-    EXPECT_EQ(
-        databaseDictFromIPTCPropDict(iptc),
-        (PBDictionary{{u"Province_State"_s, u"p"_s}, {u"CiUrlWork"_s, u"u"_s}}));
-    EXPECT_EQ(
-        databaseDictFromTiffPropDict({{u"Make"_s, u"a"_s}, {u"TileWidth"_s, 16}}),
-        (PBDictionary{{u"Make"_s, u"a"_s}}));
+    for (const QString& key :
+         u"Caption/Abstract Writer/Editor Province/State City "
+         "Country/PrimaryLocationCode Country/PrimaryLocationName"_s.split(u' '))
+        EXPECT_EQ(
+            databaseDictFromIPTCPropDict({{key, 1}}),
+            (PBDictionary{{QString(key).replace(u'/', u'_'), 1}}));
+    for (const char16_t* key :
+         {u"ISOSpeed", u"ISOSpeedLatitudeyyy", u"ISOSpeedLatitudezzz", u"RecommendedExposureIndex",
+          u"SensitivityType", u"StandardOutputSensitivity"})
+        EXPECT_TRUE(databaseKeyFromExifKey(key).isEmpty());
+    const PBDictionary mixed{
+        {u"LensID"_s, 2},
+        {u"Make"_s, u"a"_s},
+        {u"TileWidth"_s, 16},
+        {u"Nested"_s,
+         PBDictionary{{u"LensID"_s, 3}, {u"In"_s, PBDictionary{{u"City"_s, 4}, {u"DOP"_s, 5}}}}}};
+    EXPECT_EQ(databaseDictFromExifAuxPropDict(mixed), (PBDictionary{{u"LensID"_s, 2}}));
+    EXPECT_EQ(databaseDictFromTiffPropDict(mixed), (PBDictionary{{u"Make"_s, u"a"_s}}));
+    EXPECT_EQ(databaseDictFromIPTCPropDict(mixed), (PBDictionary{{u"City"_s, 4}}));
+    EXPECT_EQ(databaseDictFromGPSPropDict(mixed), (PBDictionary{{u"DOP"_s, 5}}));
 }
 
 TEST(MetadataKeysTest, rowsComeBackUnderTheirColumnsWithoutNulls) {
@@ -48,7 +56,8 @@ TEST(MetadataKeysTest, rowsComeBackUnderTheirColumnsWithoutNulls) {
     EXPECT_EQ(propertyDictionaryFromArray(rowOf(u"GPS", values), u"GPS"), values);
     EXPECT_EQ(rowOf(u"GPS", values).size(), 31U);
     EXPECT_TRUE(propertyDictionaryFromArray({}, u"GPS").empty());
-    EXPECT_TRUE(propertyDictionaryFromArray(rowOf(u"GPS", values), u"ImageFile").empty());
+    for (const QStringView table : {u"ImageFile", u"Geo", u"Thumbnail"})
+        EXPECT_TRUE(propertyDictionaryFromArray(rowOf(u"GPS", values), table).empty());
     // A shorter row, as an older file may have it.
     EXPECT_EQ(
         propertyDictionaryFromArray(PBArray{u"1"_s}, u"GPS"),
@@ -56,21 +65,16 @@ TEST(MetadataKeysTest, rowsComeBackUnderTheirColumnsWithoutNulls) {
 }
 
 TEST(MetadataKeysTest, onlyValuesThatEveryImageHasSurviveAMerge) {
-    const PBDictionary first{
-        {u"Make"_s, u"Nikon"_s},
-        {u"Model"_s, u"D70"_s},
-        {u"Orientation"_s, 1},
-        {u"Software"_s, u"x"_s},
-        {u"XResolution"_s, 300}};
-    const PBDictionary second{
-        {u"Make"_s, u"NIKON"_s},
-        {u"Model"_s, u"D80"_s},
-        {u"Orientation"_s, 1.0},
-        {u"Artist"_s, u"only here"_s},
-        {u"XResolution"_s, u"300"_s}};
-    const PBDictionary expected{{u"Make"_s, u"Nikon"_s},      {u"Model"_s, PBNull()},
-                                {u"Orientation"_s, 1},        {u"Software"_s, PBNull()},
-                                {u"XResolution"_s, PBNull()}, {u"Artist"_s, PBNull()}};
+    PBDictionary first, second, expected;
+    using Row = std::tuple<QString, PBValue, PBValue, PBValue>;
+    for (const auto& [key, value, other, both] :
+         {Row(u"Make"_s, u"Nikon"_s, u"NIKON"_s, u"Nikon"_s), Row(u"Orientation"_s, 1, 1.0, 1),
+          Row(u"Model"_s, u"D70"_s, u"D80"_s, PBNull()), Row(u"Software"_s, u"x"_s, {}, PBNull()),
+          Row(u"XResolution"_s, 300, u"300"_s, PBNull()), Row(u"Artist"_s, {}, u"y"_s, PBNull())}) {
+        if (!value.isAbsent()) first.emplace(key, value);
+        if (!other.isAbsent()) second.emplace(key, other);
+        expected.emplace(key, both);
+    }
     PBDictionary merged = first;
     mergePropertyDictionary(merged, rowOf(u"Tiff", first), u"Tiff");
     EXPECT_EQ(merged, first);

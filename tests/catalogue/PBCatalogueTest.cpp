@@ -1,23 +1,25 @@
 #include "catalogue/PBCatalogue.h"
+#include "catalogue/PBRemoveThumbOperation.h"
 
+#include "platform/work/OperationQueue.h"
 #include "support/Rows.h"
+
+#include <sqlite3.h>
 
 namespace {
 
-/// Both kinds of connection: with and without kept statements.
+/// Both kinds of connection: without and with kept statements.
 struct PBCatalogueTest : ::testing::TestWithParam<bool> {
     void SetUp() override {
         for (FMDatabase* db : {&_filesDb, &_thumbDb}) {
             db->setShouldCacheStatements(GetParam());
             ASSERT_TRUE(db->open());
         }
-        ASSERT_TRUE(_files.checkTables_FilesDb());
-        ASSERT_TRUE(_thumbs.checkTables_Thumbnail());
+        ASSERT_TRUE(_files.checkTables_FilesDb() && _thumbs.checkTables_Thumbnail());
     }
 
     qint64 countOf(const QString& table) {
-        FMResultSet row = _filesDb.executeQuery(u"select count(*) from "_s + table);
-        return row.next() ? row.longLongIntForColumnIndex(0) : -1;
+        return support::rowsOf(_filesDb, u"select 1 from "_s + table).size();
     }
 
     FMDatabase _filesDb{QString()};
@@ -26,31 +28,50 @@ struct PBCatalogueTest : ::testing::TestWithParam<bool> {
     PBCatalogue _thumbs{_thumbDb};
 };
 
-INSTANTIATE_TEST_SUITE_P(Cache, PBCatalogueTest, ::testing::Bool(), [](const auto& param) {
-    return std::string(param.param ? "on" : "off");
-});
+INSTANTIATE_TEST_SUITE_P(Cache, PBCatalogueTest, ::testing::Bool());
 
-TEST_P(PBCatalogueTest, rootFolderIsStoredAsNullAndFoundWithoutAPathOnly) {
+struct OneRoot : FolderRootPaths {
+    QString path;
+    QString mountedPathOfAliasId(qint64 aliasId) const override {
+        return aliasId == 7 ? path : QString();
+    }
+};
+
+TEST_P(PBCatalogueTest, rootFolderIsStoredAsNullAndPathsGoOnFromThePlaceOfTheRoot) {
     const qint64 root = _files.insertFolderWithAliasId(7, QString());
     const qint64 below = _files.insertFolderWithAliasId(7, u"2024/May"_s);
-    ASSERT_GT(root, 0);
-    ASSERT_GT(below, root);
+    const qint64 orphan = _files.insertFolderWithAliasId(9, u"a"_s);
+    ASSERT_TRUE(root > 0 && below > root && orphan > below);
     EXPECT_EQ(_files.findFolderIdByAliasId(7, std::nullopt), root);
     EXPECT_EQ(_files.findFolderIdByAliasId(7, QString()), 0);
     EXPECT_EQ(_files.findFolderIdByAliasId(7, u"2024/May"_s), below);
     EXPECT_EQ(_files.findFolderIdByAliasId(7, u"2024/may"_s), 0);
     EXPECT_EQ(_files.findFolderIdByAliasId(8, std::nullopt), 0);
+
+    OneRoot roots;
+    const auto paths = [&] {
+        return support::listed(std::array{root, below, orphan, qint64(99)}, [&](qint64 folder) {
+            return _files.pathOfFolderId(folder, roots);
+        });
+    };
+    EXPECT_EQ(paths(), QStringList(4, QString()));
+    roots.path = u"/photos"_s;
+    EXPECT_EQ(paths(), QStringList({roots.path, u"/photos/2024/May"_s, {}, {}}));
+    roots.path = u"/"_s;
+    EXPECT_EQ(paths(), QStringList({roots.path, u"/2024/May"_s, {}, {}}));
+
     EXPECT_TRUE(_files.updateFolderWithId(below, 8, QString()));
     EXPECT_EQ(_files.findFolderIdByAliasId(8, std::nullopt), below);
+    EXPECT_TRUE(_files.removeFolderWithFolderId(root));
+    EXPECT_EQ(paths(), QStringList(4, QString()));
 }
 
 TEST_P(PBCatalogueTest, imageFilesAreFoundByExactNameAndIdsAreNeverUsedAgain) {
+    using Entry = PBDictionary::value_type;
     const PBDictionary row{
-        {u"FolderId"_s, 3},
-        {u"FileName"_s, u"A.jpg"_s},
-        {u"FileSize"_s, qint64(5'000'000'000)},
-        {u"ModificationDate"_s, 1234567890.123456},
-        {u"Tag"_s, PBNull()}};
+        Entry(u"FolderId"_s, 3), Entry(u"FileName"_s, u"A.jpg"_s), Entry(u"Tag"_s, PBNull()),
+        Entry(u"FileSize"_s, qint64(5'000'000'000)),
+        Entry(u"ModificationDate"_s, 1234567890.123456)};
     const qint64 id = _files.insertImageFileWithDictionary(row);
     ASSERT_EQ(id, 1);
     qint64 size = -1;
@@ -64,8 +85,7 @@ TEST_P(PBCatalogueTest, imageFilesAreFoundByExactNameAndIdsAreNeverUsedAgain) {
     EXPECT_EQ(_files.findImageFileIdByFolderId(3, u"A.jpg"_s, size, date + 1), 0);
 
     EXPECT_TRUE(_files.updateImageFileWithIdFileName(id, u"B.jpg"_s));
-    EXPECT_TRUE(_files.updateImageFileWithIdFlag(id, 1));
-    EXPECT_TRUE(_files.updateImageFileWithIdStar(id, 5));
+    EXPECT_TRUE(_files.updateImageFileWithIdFlag(id, 1) && _files.updateImageFileWithIdStar(id, 5));
     const PBArray values = _files.imageFileDataWithIdAndFields(
         id, {u"FileName"_s, u"FileFlag"_s, u"FileStars"_s, u"Tag"_s});
     EXPECT_EQ(values, (PBArray{u"B.jpg"_s, 1, 5, PBNull()}));
@@ -91,27 +111,66 @@ TEST_P(PBCatalogueTest, dictionariesWithoutKeysOrWithUnknownOnesFailWhereTheyMus
     EXPECT_TRUE(_files.exifDataWithFileIdAndFields(1, {u"NoColumn"_s}).empty());
 }
 
-TEST_P(PBCatalogueTest, imageIsRemovedFromEveryTableAndOthersStay) {
-    for (qint64 id = 1; id <= 2; ++id) {
-        ASSERT_EQ(
-            _files.insertImageFileWithDictionary(
-                {{u"FolderId"_s, _files.insertFolderWithAliasId(1, QString())}}),
-            id);
+TEST_P(PBCatalogueTest, imageIsRemovedFromEveryTableThatLetsItAndOthersStay) {
+    const auto insert = [this] {
+        const qint64 id = _files.insertImageFileWithDictionary({{u"FolderId"_s, 1}});
         EXPECT_TRUE(_files.insertExifWithImageFileId(id, {{u"FNumber"_s, 2.8}}));
         EXPECT_TRUE(_files.insertExifAuxWithImageFileId(id, {{u"LensID"_s, u"1"_s}}));
         EXPECT_TRUE(_files.insertTiffWithImageFileId(id, {{u"Make"_s, u"M"_s}}));
         EXPECT_TRUE(_files.insertIPTCWithImageFileId(id, {{u"City"_s, u"Bern"_s}}));
         EXPECT_TRUE(_files.insertGPSWithImageFileId(id, {{u"Latitude"_s, 46.9}}));
+        return id;
+    };
+    const qint64 other = insert();
+    const QStringList tables = u"ImageFile Exif ExifAux Tiff IPTC GPS"_s.split(u' ');
+    for (const QString& refusing : tables) {
+        const qint64 id = insert();
+        ASSERT_TRUE(_filesDb.executeUpdate(
+            u"create trigger Refuse before delete on %1 begin select raise(fail, ''); end"_s.arg(
+                refusing)));
+        EXPECT_FALSE(_files.removeImageFileAndMetadataWithFileId(id));
+        for (const QString& table : tables)
+            EXPECT_EQ(countOf(table), table == refusing ? 2 : 1) << table.toStdString();
+        ASSERT_TRUE(_filesDb.executeUpdate(u"drop trigger Refuse"_s));
+        EXPECT_TRUE(_files.removeImageFileAndMetadataWithFileId(id));
     }
-    EXPECT_TRUE(_files.removeImageFileAndMetadataWithFileId(1));
-    support::expectConsistentCatalogue(_filesDb);
-    EXPECT_TRUE(_files.imageFileDataWithIdAndFields(1).empty());
-    EXPECT_EQ(_files.imageFileDataWithIdAndFields(2).size(), 16U);
-    EXPECT_EQ(_files.exifAuxDataWithFileIdAndFields(2, {u"LensID"_s}), PBArray{u"1"_s});
-    EXPECT_EQ(_files.iptcDataWithFileIdAndFields(2, {u"City"_s}), PBArray{u"Bern"_s});
-    EXPECT_EQ(_files.tiffDataWithFileIdAndFields(2, {u"Make"_s}), PBArray{u"M"_s});
-    EXPECT_EQ(_files.gpsDataWithFileIdAndFields(2, {u"Latitude"_s}), PBArray{46.9});
-    EXPECT_EQ(_files.exifDataWithFileIdAndFields(2, {u"FNumber"_s}), PBArray{2.8});
+    EXPECT_EQ(_files.imageFileDataWithIdAndFields(other).size(), 16U);
+    EXPECT_EQ(_files.exifAuxDataWithFileIdAndFields(other, {u"LensID"_s}), PBArray{u"1"_s});
+    EXPECT_EQ(_files.iptcDataWithFileIdAndFields(other, {u"City"_s}), PBArray{u"Bern"_s});
+    EXPECT_EQ(_files.tiffDataWithFileIdAndFields(other, {u"Make"_s}), PBArray{u"M"_s});
+    EXPECT_EQ(_files.gpsDataWithFileIdAndFields(other, {u"Latitude"_s}), PBArray{46.9});
+    EXPECT_EQ(_files.exifDataWithFileIdAndFields(other, {u"FNumber"_s}), PBArray{2.8});
+}
+
+void cancelOperation(sqlite3_context* context, int, sqlite3_value**) {
+    static_cast<platform::Operation*>(sqlite3_user_data(context))->cancel();
+}
+
+TEST_P(PBCatalogueTest, thumbnailsAreRemovedInOneTransactionThatEnds) {
+    const auto leftAfter = [this](std::vector<qint64> ids) {
+        const auto removal = std::make_shared<PBRemoveThumbOperation>(std::move(ids), _thumbDb);
+        sqlite3_create_function(
+            _thumbDb.sqliteHandle(), "cancelIt", 0, SQLITE_UTF8, removal.get(), cancelOperation,
+            nullptr, nullptr);
+        platform::OperationQueue queue(u"test"_s);
+        queue.addOperation(removal);
+        queue.waitUntilAllOperationsAreFinished();
+        EXPECT_FALSE(_thumbDb.inTransaction());
+        return support::rowsOf(_thumbDb, u"select FileId from Thumbnail"_s).join(u' ');
+    };
+    for (const qint64 id : {1, 2, 3, 4, 5})
+        ASSERT_TRUE(_thumbs.insertThumbnailWithFileId(id, "x"));
+    for (const char16_t* sql :
+         {u"pragma foreign_keys = on",
+          u"create table User (Id INTEGER references Thumbnail(FileId) deferrable initially "
+          u"deferred)",
+          u"insert into User values (2)",
+          u"create trigger Cancel after delete on Thumbnail when old.FileId = 4 "
+          u"begin select cancelIt(); end"})
+        ASSERT_TRUE(_thumbDb.executeUpdate(QString::fromUtf16(sql)));
+    EXPECT_EQ(leftAfter({1, 2}), u"1 2 3 4 5"_s) << "the commit fails: 2 is referred to";
+    EXPECT_EQ(leftAfter({1, 7, 3}), u"2 4 5"_s);
+    EXPECT_EQ(leftAfter({4, 5}), u"2 5"_s) << "cancelled in between";
 }
 
 TEST_P(PBCatalogueTest, anglesAreAddedAsWholeNumbersWithTheSignOfTheSum) {
@@ -139,14 +198,12 @@ TEST_P(PBCatalogueTest, tagsAreUniqueWithoutCaseAndCompletedByUse) {
     EXPECT_EQ(_files.tagWithTagId(city), u"CITY at night"_s);
     EXPECT_TRUE(_files.tagWithTagId(99).isEmpty());
 
-    EXPECT_TRUE(_files.increaseTagCountWithTagId(sea));
-    EXPECT_TRUE(_files.increaseTagCountWithTagId(sea));
-    EXPECT_TRUE(_files.increaseTagCountWithTagId(city));
+    for (const qint64 used : {sea, sea, city})
+        EXPECT_TRUE(_files.increaseTagCountWithTagId(used));
     const QStringList all{u"Sea"_s, u"CITY at night"_s, u"beach"_s};
     EXPECT_EQ(_files.completionArrayByTag(u"A"_s, 2), all.mid(0, 2));
-    EXPECT_EQ(_files.completionArrayByTag(u"a"_s, 0), all);
-    EXPECT_EQ(_files.completionArrayByTag(u"a"_s, -1), all);
-    EXPECT_EQ(_files.completionArrayByTag(QString(), 5), all);
+    for (const int most : {-1, 0, 5})
+        EXPECT_EQ(_files.completionArrayByTag(most > 0 ? QString() : u"a"_s, most), all);
     EXPECT_TRUE(_files.completionArrayByTag(u"t_a"_s, 0).isEmpty());
     EXPECT_EQ(_files.completionArrayByTag(u"y_a"_s, 0), QStringList(u"CITY at night"_s));
     EXPECT_TRUE(_files.completionArrayByTag(u"a'"_s, 0).isEmpty());
@@ -176,31 +233,6 @@ TEST_P(PBCatalogueTest, rootsPlacesAndThumbnailsKeepTheirBytes) {
     EXPECT_TRUE(_thumbs.removeThumbnailWithFileId(5));
     EXPECT_TRUE(_thumbs.thumbnailDataWithFileIdAndFields(5).empty());
     EXPECT_FALSE(_files.insertThumbnailWithFileId(5, bytes));
-}
-
-struct OneRoot : FolderRootPaths {
-    QString path;
-    QString mountedPathOfAliasId(qint64 aliasId) const override {
-        return aliasId == 4 ? path : QString();
-    }
-};
-
-TEST_P(PBCatalogueTest, folderPathIsTheRootsPlaceAndTheRelativePath) {
-    OneRoot roots;
-    const qint64 root = _files.insertFolderWithAliasId(4, QString());
-    const qint64 below = _files.insertFolderWithAliasId(4, u"a/b"_s);
-    const qint64 orphan = _files.insertFolderWithAliasId(9, u"a"_s);
-    EXPECT_TRUE(_files.pathOfFolderId(root, roots).isEmpty());
-    EXPECT_TRUE(_files.pathOfFolderId(below, roots).isEmpty());
-    roots.path = u"/photos"_s;
-    EXPECT_EQ(_files.pathOfFolderId(root, roots), u"/photos"_s);
-    EXPECT_EQ(_files.pathOfFolderId(below, roots), u"/photos/a/b"_s);
-    EXPECT_TRUE(_files.pathOfFolderId(orphan, roots).isEmpty());
-    EXPECT_TRUE(_files.pathOfFolderId(99, roots).isEmpty());
-    roots.path = u"/"_s;
-    EXPECT_EQ(_files.pathOfFolderId(below, roots), u"/a/b"_s);
-    EXPECT_TRUE(_files.removeFolderWithFolderId(below));
-    EXPECT_TRUE(_files.pathOfFolderId(below, roots).isEmpty());
 }
 
 } // namespace

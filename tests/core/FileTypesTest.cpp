@@ -1,6 +1,6 @@
 #include "core/FileTypes.h"
 
-#include "platform/TypeIdentifiers.h"
+#include "platform/files/TypeIdentifiers.h"
 #include "support/Support.h"
 
 TEST(FileTypesTest, rawFilesAreToldByTheirExtensionInAnyCase) {
@@ -11,20 +11,13 @@ TEST(FileTypesTest, rawFilesAreToldByTheirExtensionInAnyCase) {
         EXPECT_FALSE(PBUtilities::isRawFile(path)) << QString::fromUtf16(path).toStdString();
 }
 
-TEST(FileTypesTest, everyRawExtensionHasARawTypeOfItsOwn) {
-    const QStringList extensions =
-        u"cr2 erf fff dcr kdc mos mfw mef raw nef orf pef arw sr2 srf sti 3fr rwl crw "
-        "sraw mrw nrw rw2 c3f dng"_s.split(u' ');
-    QStringList types;
-    for (const QString& extension : extensions) {
-        SCOPED_TRACE(extension.toStdString());
-        const QString type = PBUtilities::extentionToUTI(extension);
-        EXPECT_TRUE(PBUtilities::isRawFile(u"x."_s + extension));
-        EXPECT_TRUE(PBUtilities::conformsToUTIArray(
-            type, {platform::TypeIdentifiers::cameraRawImage.toString()}));
-        EXPECT_FALSE(types.contains(type));
-        types.append(type);
-    }
+TEST(FileTypesTest, metadataAreWrittenToFourFormats) {
+    for (const char16_t* type :
+         {u"public.jpeg", u"public.TIFF", u"public.png", u"com.adobe.photoshop-image"})
+        EXPECT_TRUE(PBUtilities::isUTISupportMetadata(type));
+    for (const char16_t* type : {u"", u"public.image", u"public.heic", u"com.compuserve.gif"})
+        EXPECT_FALSE(PBUtilities::isUTISupportMetadata(type));
+    EXPECT_FALSE(PBUtilities::conformsToUTIArray(u"public.jpeg", {}));
 }
 
 TEST(FileTypesTest, onlyFoldersAreBundles) {

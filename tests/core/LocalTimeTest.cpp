@@ -26,7 +26,15 @@ TEST(LocalTimeTest, agreesWithTheSystemInEveryZone) {
     }
 }
 
-TEST(LocalTimeTest, yearsFarAwayDoNoHarm) {
-    for (const qint64 seconds : {qint64(-250'000'000'000), qint64(250'000'000'000), qint64(-1)})
-        EXPECT_TRUE(PBUtilities::localDateOf(seconds).isValid()) << seconds;
+TEST(LocalTimeTest, daysBeginAtMidnightBefore1970Too) {
+    for (const auto& [name, ahead] : {std::pair("UTC", 0), {"IST-5:30", 19'800}}) {
+        const support::TimeZone zone(name);
+        for (const qint64 day : {-36'500, -366, -1, 0, 1, 20'000}) {
+            const QDate date = QDate(1970, 1, 1).addDays(day);
+            const qint64 midnight = day * 86'400 - ahead;
+            EXPECT_EQ(PBUtilities::localDateOf(midnight), date) << name;
+            EXPECT_EQ(PBUtilities::localDateOf(midnight - 1), date.addDays(-1)) << name;
+            EXPECT_EQ(PBUtilities::secondsOfLocalTime(date, QTime(0, 0)), midnight) << name;
+        }
+    }
 }

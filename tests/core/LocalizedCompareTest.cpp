@@ -27,11 +27,4 @@ TEST(LocalizedCompareTest, numbersByValueAndCaseIgnoredInEveryLocale) {
     QLocale::setDefault(before);
 }
 
-TEST(LocalizedCompareTest, orderOutlivesAFullMemoryOfKeys) {
-    const auto name = [](int number) { return u"folder %1"_s.arg(number); };
-    for (int number = 0; number < 10000; ++number)
-        ASSERT_EQ(localizedStandardCompare(name(number), name(number + 1)), -1);
-    EXPECT_EQ(localizedStandardCompare(name(3), name(3).toUpper()), 0);
-}
-
 } // namespace

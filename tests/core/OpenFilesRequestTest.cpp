@@ -7,7 +7,7 @@ namespace {
 /// Paths that end in "/" are folders, those with an "x" in their name are missing. Folders come out
 /// with a "/" behind, or with their files in brackets; the file in focus has a star.
 QString reduced(const QStringList& paths) {
-    QStringList clean = support::listed(
+    const QStringList clean = support::listed(
         paths, [](const auto& path) { return path.endsWith(u'/') ? path.chopped(1) : path; });
     const auto request = OpenFilesRequest::reduce(clean, [&](const QString& path) {
         using Kind = OpenFilesRequest::Kind;
@@ -28,15 +28,13 @@ QString reduced(const QStringList& paths) {
 }
 
 TEST(OpenFilesRequestTest, pathsComeDownToFoldersFilesAndOneAncestor) {
+    // The folder wins over its files and over folders below it, in whichever order they come.
+    for (const char* paths :
+         {"/p/", "/p/a.jpg /p/", "/p/ /p/a.jpg /p/q/b.jpg", "/p/q/ /p/ /p/r/", "/p/q/a.jpg /p/"})
+        EXPECT_EQ(reduced(QString::fromLatin1(paths).split(u' ')), u"/p/ in /p"_s) << paths;
     const std::pair<const char*, const char*> rows[] = {
         {"/p/a.jpg", "/p(*a.jpg) in /p unnamed"},
         {"/p/a.jpg /P/b.jpg", "/p(a.jpg b.jpg) in /p unnamed"},
-        {"/p/", "/p/ in /p"},
-        // The folder wins over its files and over folders below it, in whichever order they come.
-        {"/p/a.jpg /p/", "/p/ in /p"},
-        {"/p/ /p/a.jpg /p/q/b.jpg", "/p/ in /p"},
-        {"/p/q/ /p/ /p/r/", "/p/ in /p"},
-        {"/p/q/a.jpg /p/", "/p/ in /p"},
         // Files above a whole folder stay beside it.
         {"/p/q/ /p/a.jpg", "/p/q/ /p(a.jpg) in /p"},
         {"/p/q/ /p/r/", "/p/q/ /p/r/ in /p unnamed"},
@@ -44,10 +42,8 @@ TEST(OpenFilesRequestTest, pathsComeDownToFoldersFilesAndOneAncestor) {
         {"/m/a/ /n/b/", "/m/a/ /n/b/ in / unnamed"},
         {"/x/a.jpg /p/a.jpg", "/p(*a.jpg) in /p unnamed"},
         {"/x /p/x.jpg", "none"}};
-    for (const auto& [paths, expected] : rows) {
-        const QStringList asked = QString::fromLatin1(paths).split(u' ');
-        EXPECT_EQ(reduced(asked), QString::fromLatin1(expected)) << paths;
-    }
+    for (const auto& [paths, expected] : rows)
+        EXPECT_EQ(reduced(QString::fromLatin1(paths).split(u' ')), QString::fromLatin1(expected));
     EXPECT_EQ(reduced({}), u"none"_s);
 }
 

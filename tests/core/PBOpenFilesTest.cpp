@@ -11,25 +11,17 @@ std::shared_ptr<PBOpenFolderObject> folderOf(const char* path, const QStringList
     return folder;
 }
 
-int kindOf(PBOpenFiles& files, std::int64_t id, const char* path) {
+int kindOf(PBOpenFiles& files, qint64 id, const char* path) {
     return files.matchFolder(id, QString::fromLatin1(path)).kind;
-}
-
-bool fileMatches(
-    PBOpenFiles& files, std::int64_t folder, const char* path, std::int64_t id, const char* name) {
-    return files.matchFileInFolder(
-        folder, QString::fromLatin1(path), id, QString::fromLatin1(name));
 }
 
 } // namespace
 
 TEST(PBOpenFilesTest, FoldersMatchByPathOnceAndThenByTheirIds) {
-    PBOpenFiles files({folderOf("/a", {}), folderOf("/b/c", {u"x.jpg"_s})});
-    struct Case {
-        std::int64_t id;
-        const char* path;
-        int kind;
-    };
+    const auto focused = folderOf("/a", {});
+    focused->focusOpenFileObj = std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, u"f"_s});
+    PBOpenFiles files({focused, folderOf("/b/c", {u"x.jpg"_s})});
+    using Case = std::tuple<qint64, const char*, int>;
     // The second round answers by id: the paths no longer say anything.
     for (const bool byId : {false, true})
         for (const auto& [id, path, kind] :
@@ -41,24 +33,21 @@ TEST(PBOpenFilesTest, FoldersMatchByPathOnceAndThenByTheirIds) {
     const auto match = files.matchFolder(9, {});
     ASSERT_EQ(match.fileArray.size(), 1U);
     EXPECT_EQ(match.fileArray[0].fileName, u"x.jpg");
-
-    files.setOpenFileArray({folderOf("/nowhere", {})});
-    EXPECT_EQ(kindOf(files, 30, "/a"), -1);
-    EXPECT_EQ(kindOf(files, 5, "/nowhere"), 0);
+    EXPECT_EQ(match.focusOpenFileObj, nullptr);
+    EXPECT_EQ(files.matchFolder(30, {}).focusOpenFileObj->fileName, u"f");
+    EXPECT_EQ(files.openFileArray().size(), 2U);
 }
 
 TEST(PBOpenFilesTest, AFileBelongsByItsNameUntilItsIdIsKnown) {
     PBOpenFiles files({folderOf("/a", {u"x.jpg"_s, u"y.jpg"_s}), folderOf("/w", {})});
-    EXPECT_TRUE(fileMatches(files, 4, "/a", 12, "X.JPG"));
-    EXPECT_FALSE(fileMatches(files, 4, "/a", 13, "z.jpg"));
-    EXPECT_TRUE(fileMatches(files, 4, "/a", 11, "y.jpg"));
-    // By id: renamed since. A second file of the same name is another one.
-    EXPECT_TRUE(fileMatches(files, 4, "/a", 12, "renamed.jpg"));
-    EXPECT_TRUE(fileMatches(files, 4, "/a", 11, "renamed.jpg"));
-    EXPECT_FALSE(fileMatches(files, 4, "/a", 13, "x.jpg"));
-    EXPECT_FALSE(fileMatches(files, 4, "/a", 14, "x.jpg"));
-    EXPECT_TRUE(fileMatches(files, 5, "/w", 20, "any.jpg"));
-    EXPECT_TRUE(fileMatches(files, 6, "/w/below", 21, "any.jpg"));
-    EXPECT_TRUE(fileMatches(files, 6, "/elsewhere", 22, "any.jpg"));
-    EXPECT_FALSE(fileMatches(files, 7, "/a/below", 23, "x.jpg"));
+    // Later by id: renamed since. A second file of the same name is another one.
+    using Case = std::tuple<qint64, QString, qint64, QString, bool>;
+    for (const auto& [folder, path, id, name, matches] :
+         {Case{4, u"/a"_s, 12, u"X.JPG"_s, true}, Case{4, u"/a"_s, 13, u"z.jpg"_s, false},
+          Case{4, u"/a"_s, 11, u"y.jpg"_s, true}, Case{4, u"/a"_s, 12, u"renamed.jpg"_s, true},
+          Case{4, u"/a"_s, 11, u"renamed.jpg"_s, true}, Case{4, u"/a"_s, 13, u"x.jpg"_s, false},
+          Case{4, u"/a"_s, 14, u"x.jpg"_s, false}, Case{5, u"/w"_s, 20, u"any.jpg"_s, true},
+          Case{6, u"/w/below"_s, 21, u"any.jpg"_s, true}, Case{6, u"/no"_s, 22, u"any.jpg"_s, true},
+          Case{7, u"/a/below"_s, 23, u"x.jpg"_s, false}})
+        EXPECT_EQ(files.matchFileInFolder(folder, path, id, name), matches) << id;
 }

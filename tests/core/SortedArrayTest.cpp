@@ -11,6 +11,8 @@ struct Element {
     }
 };
 
+constexpr auto AddedBehind = EqualElements::AddedBehind;
+constexpr auto Refused = EqualElements::Refused;
 using Array = std::vector<std::shared_ptr<Element>>;
 
 std::shared_ptr<Element> element(int key, int arrival = 0) {
@@ -24,9 +26,9 @@ TEST(SortedArrayTest, insertionEqualsAStableSortInBothOrders) {
             Array sorted;
             Array model;
             for (int arrival = 0; arrival < size; ++arrival) {
-                auto added = element(static_cast<int>(random() % 10), arrival);
+                const auto added = element(static_cast<int>(random() % 10), arrival);
                 model.push_back(added);
-                EXPECT_EQ(sortAddObject(sorted, added, 0, descending, true), added.get());
+                EXPECT_EQ(sortAddObject(sorted, added, 0, descending, AddedBehind), added.get());
             }
             std::ranges::stable_sort(model, [&](const auto& left, const auto& right) {
                 return descending ? left->key > right->key : left->key < right->key;
@@ -37,8 +39,8 @@ TEST(SortedArrayTest, insertionEqualsAStableSortInBothOrders) {
                 ASSERT_NE(index, NSNotFound);
                 EXPECT_EQ(sorted[static_cast<std::size_t>(index)]->key, held->key);
             }
-            EXPECT_EQ(sortIndexOfObject(sorted, Element{10, -1}, 0, descending), NSNotFound);
-            EXPECT_EQ(sortIndexOfObject(sorted, Element{-1, -1}, 0, descending), NSNotFound);
+            for (const int key : {-1, 10})
+                EXPECT_EQ(sortIndexOfObject(sorted, Element{key, -1}, 0, descending), NSNotFound);
         }
     }
 }
@@ -46,11 +48,10 @@ TEST(SortedArrayTest, insertionEqualsAStableSortInBothOrders) {
 TEST(SortedArrayTest, equalElementIsAnsweredInsteadOfInserted) {
     Array array;
     auto first = element(5, 1);
-    sortAddObject(array, first, 0, false, false);
-    sortAddObject(array, element(3), 0, false, false);
-    EXPECT_EQ(sortAddObject(array, element(5, 2), 0, false, false), first.get());
-    EXPECT_EQ(array.size(), 2U);
-    EXPECT_EQ(sortAddObject(array, first, 0, false, true), first.get());
+    sortAddObject(array, first, 0, false, Refused);
+    sortAddObject(array, element(3), 0, false, Refused);
+    EXPECT_EQ(sortAddObject(array, element(5, 2), 0, false, Refused), first.get());
+    EXPECT_EQ(sortAddObject(array, first, 0, false, AddedBehind), first.get());
     EXPECT_EQ(array.size(), 2U);
 }
 
@@ -60,11 +61,11 @@ TEST(SortedArrayTest, undefinedOrderCountsAsGreater) {
         std::int64_t sortCompare(const Unordered&, int) const { return -2; }
     };
     std::vector<std::shared_ptr<Unordered>> array;
-    std::vector<Unordered*> arrived;
-    for (int i = 0; i < 5; ++i)
-        arrived.push_back(sortAddObject(array, std::make_shared<Unordered>(), 0, true, true));
-    for (std::size_t i = 0; i < arrived.size(); ++i)
-        EXPECT_EQ(array[i].get(), arrived[i]);
+    for (int i = 0; i < 5; ++i) {
+        const auto* added =
+            sortAddObject(array, std::make_shared<Unordered>(), 0, true, AddedBehind);
+        EXPECT_EQ(array.back().get(), added);
+    }
 }
 
 } // namespace

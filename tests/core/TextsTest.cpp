@@ -7,26 +7,21 @@
 TEST(TextsTest, fileSizesTakeTheUnitOfTheirBound) {
     using PBUtilities::stringWithFileSize;
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    const std::pair<std::uint64_t, const char*> cases[] = {
-        {0, "0 bytes"},
-        {1023, "1,023 bytes"},
-        {1024, "1.0 KB"},
-        {0xFFFFF, "1,024.0 KB"},
-        {0x100000, "1.0 MB"},
-        {0x3FFFFFFF, "1,024.0 MB"},
-        {0x40000000, "1.00 GB"},
-        // 2^40 + 0.005 GB is 5.4 MB above a power of two, which a float of 24 bits still tells.
-        {(1ULL << 40) + 5400000, "1,024.01 GB"}};
-    for (const auto& [size, text] : cases)
+    using Row = std::pair<std::uint64_t, const char*>;
+    // The last is 5.4 MB above a power of two, which a float of 24 bits still tells.
+    for (const auto& [size, text] :
+         {Row{0, "0 bytes"}, Row{1023, "1,023 bytes"}, Row{1024, "1.0 KB"},
+          Row{0xFFFFF, "1,024.0 KB"}, Row{0x100000, "1.0 MB"}, Row{0x3FFFFFFF, "1,024.0 MB"},
+          Row{0x40000000, "1.00 GB"}, Row{(1ULL << 40) + 5400000, "1,024.01 GB"}})
         EXPECT_EQ(stringWithFileSize(size), QString::fromLatin1(text));
     QLocale::setDefault(QLocale::c());
 }
 
 TEST(TextsTest, everyNewlineCharacterBecomesABlank) {
     EXPECT_EQ(PBUtilities::removeNewline(u"a\r\nb\u2028c\td\u0085"_s), u"a  b c\td "_s);
-    EXPECT_TRUE(PBUtilities::isEmptyOrWhitespace(u" \t\r\n\u3000\u2029"));
-    EXPECT_TRUE(PBUtilities::isEmptyOrWhitespace(u""));
-    EXPECT_FALSE(PBUtilities::isEmptyOrWhitespace(u" . "));
+    using PBUtilities::isEmptyOrWhitespace;
+    EXPECT_TRUE(isEmptyOrWhitespace(u" \t\r\n\u3000\u2029") && isEmptyOrWhitespace(u""));
+    EXPECT_FALSE(isEmptyOrWhitespace(u" . "));
 }
 
 TEST(TextsTest, cameraDatesParseStrictlyInTheSystemsZone) {

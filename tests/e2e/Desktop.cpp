@@ -23,10 +23,6 @@ QStringList held(const QString& action, const QStringList& modifiers) {
     return arguments;
 }
 
-QStringList button(const QString& action, int number) {
-    return {action, QString::number(number)};
-}
-
 } // namespace
 
 bool Desktop::isInstalled() {
@@ -53,12 +49,7 @@ bool Desktop::startWindowManager() {
     _windowManager.setProcessEnvironment(environment());
     _windowManager.setStandardErrorFile(QProcess::nullDevice());
     _windowManager.start(program, {u"--startup"_s, u"true"_s});
-    const auto manages = [this] {
-        QProcess question;
-        question.setProcessEnvironment(environment());
-        question.start(u"xdotool"_s, {u"get_desktop"_s});
-        return question.waitForFinished(longestWait) && question.exitCode() == 0;
-    };
+    const auto manages = [this] { return failureOf({u"get_desktop"_s}).isNull(); };
     return support::spinUntil(manages, std::chrono::milliseconds(longestWait));
 }
 
@@ -80,50 +71,44 @@ QProcessEnvironment Desktop::environment() const {
     return environment;
 }
 
-void Desktop::xdotool(const QStringList& arguments) {
+QString Desktop::failureOf(const QStringList& arguments) const {
     QProcess process;
     process.setProcessEnvironment(environment());
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(u"xdotool"_s, arguments);
     const bool done = process.waitForFinished(longestWait) && process.exitCode() == 0;
-    EXPECT_TRUE(done) << arguments.join(u' ').toStdString() << ": "
-                      << process.readAll().toStdString();
+    return done ? QString() : arguments.join(u' ') + u": "_s + QString::fromUtf8(process.readAll());
+}
+
+void Desktop::xdotool(const QStringList& arguments) {
+    EXPECT_EQ(failureOf(arguments), QString());
 }
 
 void Desktop::move(QPoint point) {
     xdotool(at(point));
 }
 
-void Desktop::press(int number) {
-    xdotool(button(u"mousedown"_s, number));
+void Desktop::release() {
+    xdotool({u"mouseup"_s, u"1"_s});
 }
 
-void Desktop::release(int number) {
-    xdotool(button(u"mouseup"_s, number));
-}
-
-void Desktop::click(QPoint point, const QStringList& modifiers, int number) {
+void Desktop::click(QPoint point, const QStringList& modifiers) {
     xdotool(
-        at(point) + held(u"keydown"_s, modifiers) + button(u"click"_s, number) +
+        at(point) + held(u"keydown"_s, modifiers) + QStringList{u"click"_s, u"1"_s} +
         held(u"keyup"_s, modifiers));
 }
 
-void Desktop::doubleClick(QPoint point) {
-    xdotool(
-        at(point) + QStringList{u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"20"_s, u"1"_s});
-}
-
-void Desktop::drag(QPoint from, QPoint to, const QStringList& modifiers) {
+void Desktop::drag(QPoint from, QPoint to) {
     constexpr int steps = 8;
-    QStringList way = at(from) + held(u"keydown"_s, modifiers) + button(u"mousedown"_s, 1);
+    QStringList way = at(from) + QStringList{u"mousedown"_s, u"1"_s};
     for (int step = 1; step <= steps; ++step)
         way += at(from + (to - from) * step / steps);
-    xdotool(way + held(u"keyup"_s, modifiers));
+    xdotool(way);
 }
 
 void Desktop::wheel(int turns) {
     for (int turn = 0; turn < std::abs(turns); ++turn)
-        xdotool(button(u"click"_s, turns > 0 ? 5 : 4));
+        xdotool({u"click"_s, turns > 0 ? u"5"_s : u"4"_s});
 }
 
 void Desktop::key(const QString& name) {
@@ -134,8 +119,8 @@ void Desktop::type(const QString& text) {
     xdotool({u"type"_s, u"--delay"_s, u"5"_s, text});
 }
 
-void Desktop::focus(qint64 windowId) {
-    xdotool({u"windowfocus"_s, QString::number(windowId)});
+bool Desktop::focus(qint64 windowId) {
+    return failureOf({u"windowfocus"_s, QString::number(windowId)}).isNull();
 }
 
 void Desktop::resize(qint64 windowId, QSize size) {

@@ -35,13 +35,10 @@ public:
     // The pointer. Points are those of the screen; `modifiers` are keys held down meanwhile, such
     // as "ctrl".
     void move(QPoint point);
-    void press(int button = 1);
-    void release(int button = 1);
-    void click(QPoint point, const QStringList& modifiers = {}, int button = 1);
-    void doubleClick(QPoint point);
-    void rightClick(QPoint point) { click(point, {}, 3); }
+    void release();
+    void click(QPoint point, const QStringList& modifiers = {});
     /// Presses at the one point and goes to the other in a few steps, without letting go.
-    void drag(QPoint from, QPoint to, const QStringList& modifiers = {});
+    void drag(QPoint from, QPoint to);
     /// Turns of the wheel; positive is down.
     void wheel(int turns);
 
@@ -49,11 +46,13 @@ public:
     /// Such as "Return", "ctrl+a", "shift+Right".
     void key(const QString& name);
     void type(const QString& text);
-    /// Gives the keys to a window.
-    void focus(qint64 windowId);
+    /// Gives the keys to a window; false while it isn't on the screen yet.
+    [[nodiscard]] bool focus(qint64 windowId);
     void resize(qint64 windowId, QSize size);
 
 private:
+    /// Answers what went wrong, or nothing.
+    [[nodiscard]] QString failureOf(const QStringList& arguments) const;
     void xdotool(const QStringList& arguments);
 
     QProcess _server;

@@ -1,9 +1,11 @@
 #include "e2e/Program.h"
 
 #include "app/SingleInstance.h"
+#include "platform/files/PathNames.h"
 
 #include <QDir>
 #include <QDirIterator>
+#include <QImage>
 #include <QJsonDocument>
 
 #include <csignal>
@@ -36,22 +38,19 @@ void ProgramTest::SetUp() {
 }
 
 void ProgramTest::TearDown() {
-    if (_program.state() != QProcess::NotRunning) quit();
-}
-
-void ProgramTest::makePicture(const QString& folder, const QString& name, const QImage& picture) {
-    const QString place = photo(folder);
-    QDir().mkpath(place);
-    ASSERT_TRUE(picture.save(place + u'/' + name)) << name.toStdString();
+    if (_program.state() == QProcess::NotRunning) return;
+    ::kill(static_cast<pid_t>(_program.processId()), SIGTERM);
+    expectEnd();
 }
 
 void ProgramTest::makePictures(const QString& folder, const QStringList& names) {
+    QDir().mkpath(photo(folder));
     int hue = 0;
     for (const QString& name : names) {
         QImage picture(300, 200, QImage::Format_RGB32);
         picture.fill(QColor::fromHsv(hue, 150, 220));
         hue = (hue + 47) % 360;
-        makePicture(folder, name, picture);
+        ASSERT_TRUE(picture.save(platform::pathInFolder(photo(folder), name)));
     }
 }
 
@@ -66,6 +65,10 @@ QStringList ProgramTest::numbered(const QString& prefix, int count) {
     return names;
 }
 
+QString ProgramTest::photo(const QString& below) const {
+    return platform::pathInFolder(photos(), below);
+}
+
 QStringList ProgramTest::filesOnDisk() const {
     QStringList files;
     QDirIterator all(photos(), QDir::Files, QDirIterator::Subdirectories);
@@ -75,14 +78,11 @@ QStringList ProgramTest::filesOnDisk() const {
     return files;
 }
 
-void ProgramTest::start(const QStringList& arguments, bool hasFolder) {
-    QStringList all{u"--size"_s, u"1180x800"_s};
-    if (hasFolder) all += {u"--add"_s, photos()};
-    startAgain(all + arguments);
-    if (!hasFolder) return;
-    ASSERT_TRUE(waitFor([&](const State& s) { return s.isAtRest() && !s.items().isEmpty(); }));
+void ProgramTest::start() {
+    startAgain({u"--size"_s, u"1180x800"_s, u"--add"_s, photos()});
     ASSERT_TRUE(waitFor([](const State& s) {
-        return std::ranges::all_of(s.items(), [](const Item& item) { return item.hasThumbnail; });
+        return s.isAtRest() && !s.items().isEmpty() &&
+               std::ranges::all_of(s.items(), &Item::hasThumbnail);
     }));
 }
 
@@ -95,11 +95,6 @@ void ProgramTest::startAgain(const QStringList& arguments) {
 }
 
 void ProgramTest::quit() {
-    ::kill(static_cast<pid_t>(_program.processId()), SIGTERM);
-    expectEnd();
-}
-
-void ProgramTest::quitByKeys() {
     desktop.key(u"ctrl+q"_s);
     expectEnd();
 }
@@ -177,9 +172,12 @@ void ProgramTest::chooseInMenu(const QStringList& entries) {
         clickPlace(entry, u"QMenu"_s);
 }
 
-void ProgramTest::takeFocus() {
-    if (!desktop.hasWindowManager()) desktop.focus(state().topWindow());
-    EXPECT_TRUE(waitFor([](const State& s) { return !s.json()[u"focus"_s].toString().isEmpty(); }));
+void ProgramTest::takeFocus(const QString& widget) {
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        const QString focus = s.json()[u"focus"_s].toString();
+        return (desktop.hasWindowManager() || desktop.focus(s.topWindow())) && !focus.isEmpty() &&
+               (widget.isEmpty() || focus == widget);
+    }));
 }
 
 DragPartner::DragPartner(const Desktop& desktop, QRect place, const QString& offered)

@@ -4,7 +4,6 @@
 #include "e2e/State.h"
 #include "support/Support.h"
 
-#include <QImage>
 #include <QTemporaryDir>
 
 #include <functional>
@@ -30,29 +29,26 @@ protected:
 
     /// Pictures of 300 x 200 below `photos()`, each in a colour of its own.
     void makePictures(const QString& folder, const QStringList& names);
-    void makePicture(const QString& folder, const QString& name, const QImage& picture);
     /// The 92 photographs that tools/photographs paints, in nine folders of five years.
     void paintPhotographs();
     /// "a00.png" and so on.
     [[nodiscard]] static QStringList numbered(const QString& prefix, int count);
     [[nodiscard]] QString photos() const { return _folder.filePath(u"photos"_s); }
-    [[nodiscard]] QString photo(const QString& below) const { return photos() + u'/' + below; }
+    [[nodiscard]] QString photo(const QString& below) const;
     /// Where the program keeps its catalogue and settings.
     [[nodiscard]] const QString& profile() const { return _profile; }
     /// The files below `photos()`, relative to it, sorted.
     [[nodiscard]] QStringList filesOnDisk() const;
 
     /// Starts the program with `photos()` in the sidebar, and waits until the browser shows all
-    /// thumbnails and has the keys. `hasFolder` false starts it with an empty sidebar instead.
-    void start(const QStringList& arguments = {}, bool hasFolder = true);
+    /// thumbnails and has the keys.
+    void start();
     /// Starts it with those arguments only, as it was left, and waits until it is at rest and has
     /// the keys.
     void startAgain(const QStringList& arguments = {});
-    /// Ends the program as a desktop does and expects that it leaves in order, without a word on
-    /// standard error.
+    /// Ends the program by the user's keys and expects that it leaves in order, without a word on
+    /// standard error. A test that doesn't, ends it as a desktop does, with the same expectation.
     void quit();
-    /// The same by the user's keys.
-    void quitByKeys();
 
     /// What the program shows now; empty if it doesn't answer.
     [[nodiscard]] State state() const;
@@ -75,8 +71,9 @@ protected:
     void choose(QStringList entries);
     /// Goes through the menu that is open.
     void chooseInMenu(const QStringList& entries);
-    /// Gives the keys to the topmost window.
-    void takeFocus();
+    /// Gives the keys to the topmost window, and waits until a widget of that class has them, or
+    /// any without one.
+    void takeFocus(const QString& widget = {});
 
     Desktop desktop;
 

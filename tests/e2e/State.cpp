@@ -60,8 +60,7 @@ QList<Item> State::items() const {
         for (const QJsonValue& value : group[u"items"_s].toArray()) {
             all.append(
                 {value[u"name"_s].toString(), rectOf(value[u"rect"_s]), rectOf(value[u"picture"_s]),
-                 rectOf(value[u"label"_s]), value[u"selected"_s].toBool(),
-                 value[u"thumbnail"_s].toBool()});
+                 rectOf(value[u"label"_s]), value[u"thumbnail"_s].toBool()});
         }
     }
     return all;
@@ -86,11 +85,8 @@ QList<Place> State::places(const QString& within) const {
     for (const QJsonValue& control : _json[u"controls"_s].toArray()) {
         if (!within.isEmpty() && !isCalled(control.toObject(), within)) continue;
         for (const QString& part : {u"entries"_s, u"rows"_s}) {
-            for (const QJsonValue& value : control[part].toArray()) {
-                all.append(
-                    {value[u"text"_s].toString(), rectOf(value.toObject()),
-                     value[u"enabled"_s].toBool(), value[u"checked"_s].toBool()});
-            }
+            for (const QJsonValue& value : control[part].toArray())
+                all.append({value[u"text"_s].toString(), rectOf(value[u"rect"_s])});
         }
     }
     return all;

@@ -15,7 +15,6 @@ struct Item {
     QRect cell;    ///< all of it
     QRect picture; ///< what a click takes hold of
     QRect label;   ///< the row of the file name
-    bool isSelected = false;
     bool hasThumbnail = false;
 };
 
@@ -23,8 +22,6 @@ struct Item {
 struct Place {
     QString text;
     QRect rect;
-    bool isEnabled = false;
-    bool isChecked = false;
 };
 
 /// Where something of the state is on the screen.

@@ -38,11 +38,13 @@ TEST_F(RenameImageFileTest, fileRowAndItemGetTheNameAlsoOneOfOtherCaseOrExtensio
 
 TEST_F(RenameImageFileTest, whatCannotBeDoneIsToldAndChangesNothing) {
     support::writeFile(path(u"taken.jpg"), "another");
-    for (const QString& name :
-         {u"taken.jpg"_s, u"a/b.jpg"_s, u"../b.jpg"_s, u".."_s, QString(300, u'x')}) {
+    for (const auto& [name, part] :
+         {std::pair(u"taken.jpg"_s, u"“taken.jpg”"_s), std::pair(u"a/b.jpg"_s, u"/"_s),
+          std::pair(u".."_s, u"/"_s), std::pair(u"."_s, u"/"_s), std::pair(u"a\0b"_s, u"/"_s),
+          std::pair(QString(300, u'x'), u"too long"_s)}) {
         const RenameOutcome outcome = rename(name);
         EXPECT_EQ(outcome.result, RenameResult::Failed);
-        EXPECT_FALSE(outcome.reason.isEmpty());
+        EXPECT_TRUE(outcome.reason.contains(part)) << outcome.reason.toStdString();
     }
     EXPECT_EQ(onDisk(), (QStringList{u"IMG_1.jpg"_s, u"taken.jpg"_s}));
     EXPECT_EQ(support::readFile(path(u"taken.jpg")), "another");
@@ -54,6 +56,9 @@ TEST_F(RenameImageFileTest, aCatalogueThatTakesNoNameGivesTheFileItsOldOne) {
     ASSERT_TRUE(database.executeUpdate(u"drop table ImageFile"_s));
     EXPECT_EQ(rename(u"new.jpg").result, RenameResult::Failed);
     EXPECT_EQ(onDisk(), QStringList{u"IMG_1.jpg"_s});
+    EXPECT_EQ(item->fileName(), u"IMG_1.jpg"_s);
+    folders = support::KnownFolders({});
+    EXPECT_FALSE(rename(u"new.jpg").reason.isEmpty()) << "its folder is away";
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // Any bytes as a picture file, through the reading of its properties and the mapping to columns.
 
 #include "catalogue/MetadataKeys.h"
-#include "image/codec/metadata/ImageProperties.h"
+#include "codec/metadata/ImageProperties.h"
 
 #include <QString>
 
@@ -25,9 +25,7 @@ void checkColumns(const PBDictionary& columns) {
 }
 
 PBDictionary nested(const PBDictionary& properties, QStringView key) {
-    const auto found = properties.find(key.toString());
-    const PBDictionary* dictionary =
-        found == properties.end() ? nullptr : found->second.dictionary();
+    const PBDictionary* dictionary = valueForKey(properties, key.toString()).dictionary();
     return dictionary ? *dictionary : PBDictionary();
 }
 

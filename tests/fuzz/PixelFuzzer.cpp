@@ -1,7 +1,7 @@
 // Any bytes as a picture file, through the decoders. The last byte says what is asked for, so that
 // files that were not made for this are good seeds as they are.
 
-#include "image/codec/Decoder.h"
+#include "codec/formats/Codecs.h"
 
 #include <array>
 #include <cstddef>

@@ -50,10 +50,6 @@ inline std::shared_ptr<PBImageFileItem> makeItem(
     return PBImageFileItem::imageFileItemWithId(id, folderId, name, size, modifiedDate);
 }
 
-inline QString text(const char16_t* content) {
-    return QString::fromUtf16(content);
-}
-
 /// The tree as text: nodes by their values, images by their names.
 inline QString describe(const PBGroupItem& node) {
     QStringList parts =
@@ -67,8 +63,7 @@ inline QString describe(const PBGroupItem& node) {
 }
 
 inline QString describe(const PBGroupItemArray& tree) {
-    QStringList parts = support::listed(tree, [](const auto& node) { return describe(*node); });
-    return parts.join(u' ');
+    return support::listed(tree, [](const auto& node) { return describe(*node); }).join(u' ');
 }
 
 } // namespace support

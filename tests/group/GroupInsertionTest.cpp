@@ -1,181 +1,65 @@
 #include "group/GroupingStep.h"
 
-#include "core/LocalizedCompare.h"
+#include "core/Texts.h"
 #include "group/CatalogueFixture.h"
+#include "group/GroupDataLoader.h"
 #include "group/ItemOrder.h"
 
 #include <QDateTime>
 
 using namespace group;
 using support::describe;
-using support::text;
 
 namespace {
 
-/// An image with the values that decide its group, by group type. Its id tells its arrival.
-struct Photo {
-    std::shared_ptr<PBImageFileItem> item;
-    std::map<int, PBValue> values;
-};
-
-int sign(auto number, auto other) {
-    return number < other ? -1 : number > other ? 1 : 0;
-}
-
-/// The order of groups as the user expects it, told without order keys.
-int compareGroups(int type, const Photo& photo, const Photo& other) {
-    const PBValue& one = photo.values.at(type);
-    const PBValue& two = other.values.at(type);
-    const auto month = [](const PBValue& taken) {
-        const QDate date =
-            QDateTime::fromSecsSinceEpoch(static_cast<qint64>(taken.toDouble())).date();
-        return date.year() * 100 + date.month();
-    };
-    switch (type) {
-    case CaptureYear:
-        return sign(month(two) / 100, month(one) / 100);
-    case CaptureMonth:
-        return sign(month(two), month(one));
-    case Folder:
-        return PBUtilities::localizedStandardCompare(one.toText(), two.toText());
-    case StarRating:
-        return sign(two.toInteger(), one.toInteger());
-    case CameraModel:
-        if (one.isNull() || two.isNull()) return sign(one.isNull(), two.isNull());
-        return sign(one.toText().toLower(), two.toText().toLower());
-    default:
-        return sign(one.toDouble(), two.toDouble());
-    }
-}
-
-std::vector<Photo> randomPhotos(std::mt19937& random, int count) {
-    const PBValue models[] = {u"X100V"_s, u"x100v"_s, u"EOS R5"_s, u"Z 9"_s, PBNull{}};
-    std::vector<Photo> photos;
-    for (int number = 0; number < count; ++number) {
-        const auto seconds = 1.0e9 + static_cast<double>(random() % 250'000'000);
-        const auto item = PBImageFileItem::imageFileItemWithId(
-            number, 1, u"IMG_%1.jpg"_s.arg(random() % 2000), random() % 300, seconds);
-        item->setImageSize({double(random() % 30), double(random() % 30)});
-        item->setSortData(random() % 3 ? PBValue(PBDate{seconds / 2}) : PBValue(PBNull{}));
-        const PBDate taken{1.0e9 + static_cast<double>(random() % 100'000'000)};
-        photos.push_back(
-            {item,
-             {{CaptureYear, taken},
-              {CaptureMonth, taken},
-              {Folder, u"/Photos/Trip %1"_s.arg(random() % 15)},
-              {StarRating, static_cast<int>(random() % 6)},
-              {CameraModel, models[random() % 5]},
-              {21, static_cast<double>(random() % 8) / 2}}});
-    }
-    return photos;
-}
-
-PBGroupItemArray insertAll(
-    const std::vector<Photo>& photos, const std::vector<int>& chain, int sortType,
-    bool descending) {
-    PBGroupItemArray tree;
-    for (const Photo& photo : photos) {
-        PBArray data;
-        for (const int type : chain)
-            data.push_back(photo.values.at(type));
-        pushImageFileItemToWorkGroupItemArray(
-            {photo.item, tree, chain, data, sortType, descending});
-    }
-    return tree;
-}
-
-/// Sorted photographs in groups by the links of the chain, described like a tree.
-QString describeGroups(std::span<const Photo> photos, std::span<const int> chain) {
-    QStringList parts;
-    while (!photos.empty()) {
-        if (chain.empty()) {
-            parts.append(photos.front().item->fileName());
-            photos = photos.subspan(1);
-            continue;
+TEST(GroupInsertionTest, groupsAndImagesStandInOrderAndEqualOnesAsTheyCame) {
+    for (const bool descending : {false, true}) {
+        PBGroupItemArray tree;
+        // Year, model, name and size.
+        for (const QString& told :
+             support::words("2019,Z9,a,5 2021,,b,5 2021,X100V,c,7 2020,Z9,d,5 "
+                            "2021,x100v,e,5 2021,X100V,f,7 2021,EOS,g,5 "
+                            "2021,X100V,h,6")) {
+            const QStringList image = told.split(u',');
+            const QDateTime taken(QDate(image[0].toInt(), 6, 1), QTime(12, 0));
+            const PBValue model = image[1].isEmpty() ? PBValue(PBNull{}) : PBValue(image[1]);
+            const PBArray data{PBDate{static_cast<double>(taken.toSecsSinceEpoch())}, model};
+            pushImageFileItemToWorkGroupItemArray(
+                {support::makeItem(image[2], 1, image[3].toULongLong()), tree,
+                 std::array<int, 2>{CaptureYear, CameraModel}, data, SortFileSize, descending});
         }
-        const auto end = std::ranges::find_if(photos, [&](const Photo& photo) {
-            return compareGroups(chain.front(), photos.front(), photo) != 0;
-        });
-        const auto group = photos.first(static_cast<std::size_t>(end - photos.begin()));
-        // A group shows the value that came first.
-        const auto first = std::ranges::min_element(
-            group, {}, [](const Photo& photo) { return photo.item->fileId(); });
-        const PBValue& value = first->values.at(chain.front());
-        parts.append(
-            (value.isNull() ? u"null"_s : value.toText()) + u'(' +
-            describeGroups(group, chain.subspan(1)) + u')');
-        photos = photos.subspan(group.size());
-    }
-    return parts.join(u' ');
-}
-
-/// The tree that a stable sort gives.
-QString
-modelOf(std::vector<Photo> photos, const std::vector<int>& chain, int sortType, bool descending) {
-    const auto isBefore = [&](const Photo& photo, const Photo& other) {
-        for (const int type : chain)
-            if (const int order = compareGroups(type, photo, other)) return order < 0;
-        if (sortType == SortNone) return false;
-        const auto order = photo.item->sortCompare(*other.item, sortType);
-        return descending ? order > 0 : order < 0;
-    };
-    std::ranges::stable_sort(photos, isBefore);
-    const QString groups = describeGroups(photos, chain);
-    return chain.empty() ? u"absent(%1)"_s.arg(groups) : groups;
-}
-
-TEST(GroupInsertionTest, treesEqualAStableSortGroupedInOnePass) {
-    std::mt19937 random(2024);
-    const std::vector<std::vector<int>> chains{
-        {},
-        {CaptureYear},
-        {StarRating, CameraModel},
-        {CaptureYear, Folder},
-        {21, Folder},
-        {CaptureMonth, CameraModel, StarRating},
-        {CameraModel, CaptureYear, 21, Folder}};
-    for (const auto& chain : chains) {
-        for (int sortType = SortNone; sortType <= SortPixelArea; ++sortType) {
-            if (sortType == SortKind) continue; // has no total order
-            const bool descending = random() % 2 != 0;
-            const auto photos = randomPhotos(random, 130);
-            ASSERT_EQ(
-                describe(insertAll(photos, chain, sortType, descending)),
-                modelOf(photos, chain, sortType, descending))
-                << "chain of " << chain.size() << ", sort type " << sortType;
-        }
+        const QStringList leaves = support::listed(
+            leavesOf(tree), [](const PBGroupItem* leaf) { return describe(*leaf); });
+        EXPECT_EQ(
+            leaves.join(u' '), descending ? u"EOS(g) X100V(c f h e) null(b) Z9(d) Z9(a)"_s
+                                          : u"EOS(g) X100V(e h c f) null(b) Z9(d) Z9(a)"_s);
+        EXPECT_EQ(tree.size(), 3U);
     }
 }
 
 /// Addresses of two places; notes what is to be looked up.
 struct TwoPlaces final : PlaceAddresses {
     PBValue addressDictionaryWithLocation(const PBLocation& location) override {
-        if (location.latitude > 60) return _north;
-        if (location.latitude < -60) return PBNull{};
-        return {};
+        if (location.latitude > 60) return PBDictionary{{u"City"_s, u"Alta"_s}};
+        return location.latitude < -60 ? PBValue(PBNull{}) : PBValue();
     }
     void addLocationToReverseGeocoding(const PBLocation& location) override {
         wanted.push_back(location);
     }
     std::vector<PBLocation> wanted;
-
-private:
-    const PBValue _north = PBDictionary{{u"City"_s, u"Alta"_s}};
 };
 
 struct GroupingStepTest : support::CatalogueFixture {
     GroupingStep stepFor(std::vector<int> chain, int sortType = SortFileName) {
         tree = std::make_shared<PBGroupItemArray>();
-        return GroupingStep(
-            {tree, std::move(chain), sortType, false, searchString, filter}, database, &places);
+        return GroupingStep({tree, std::move(chain), sortType, false, {}, 0}, database, &places);
     }
     /// Puts the images of the catalogue through the step, as a scan does.
     void insertRows(GroupingStep& step) {
         const auto& parameters = step.parameters();
-        FMResultSet rows = database.executeQuery(
-            ImageFileRow::queryForFolder(
-                parameters.sortType, parameters.descendingSort, parameters.filter),
-            1);
+        const QString query = ImageFileRow::queryForFolder(
+            parameters.sortType, parameters.descendingSort, parameters.filter);
+        FMResultSet rows = database.executeQuery(query, 1);
         std::vector<ImageFileRow> read;
         while (rows.next())
             read.push_back(ImageFileRow::fromResultSet(rows));
@@ -193,8 +77,6 @@ struct GroupingStepTest : support::CatalogueFixture {
         insertRows(step);
         return describe(*tree);
     }
-    QString searchString;
-    quint64 filter = 0;
     TwoPlaces places;
     std::shared_ptr<PBGroupItemArray> tree;
 };
@@ -205,6 +87,7 @@ TEST_F(GroupingStepTest, slotsOfTheRow) {
                  {u"FileSize"_s, 10241},
                  {u"ImageWidth"_s, 400},
                  {u"ImageHeight"_s, 300},
+                 {u"RotateAngle"_s, -90},
                  {u"ColorModel"_s, u"RGB"_s},
                  {u"FileFlag"_s, 1},
                  {u"FileStars"_s, 4},
@@ -227,6 +110,14 @@ TEST_F(GroupingStepTest, slotsOfTheRow) {
     for (const auto& [chain, expected] : cases)
         EXPECT_EQ(grouped(chain), expected);
     EXPECT_EQ(grouped({FileKind}, SortKind), u"jpg(a) null(b)"_s);
+    EXPECT_TRUE(stepFor({}, SortKind).needsRow() && !stepFor({StarRating}).needsRow());
+    grouped({StarRating});
+    const PBImageFileItem& item = *tree->front()->imageFiles()[0];
+    EXPECT_EQ(item.imageSize(), QSizeF(400, 300));
+    EXPECT_EQ(item.rotateAngle(), -90);
+    EXPECT_TRUE(item.star() == 4 && item.flagged() && item.fileSize() == 10241);
+    EXPECT_EQ(item.folderId(), 1);
+    EXPECT_EQ(item.modifiedDate(), modified.secondsSince1970);
 }
 
 TEST_F(GroupingStepTest, columnsOfTheWrongTypeDoNoHarm) {
@@ -234,10 +125,10 @@ TEST_F(GroupingStepTest, columnsOfTheWrongTypeDoNoHarm) {
     int number = 0;
     for (const PBValue& value : odd) {
         PBDictionary columns;
-        for (const auto* name :
-             {u"FileSize", u"ModificationDate", u"UTIType", u"ImageWidth", u"ImageHeight",
-              u"ImageDPI", u"ColorModel", u"RotateAngle", u"Tag", u"FileStars", u"FileFlag"})
-            columns[text(name)] = value;
+        for (const QString& name :
+             support::words("FileSize ModificationDate UTIType ImageWidth ImageHeight ImageDPI "
+                            "ColorModel RotateAngle Tag FileStars FileFlag"))
+            columns[name] = value;
         addRow(u"%1"_s.arg(++number), columns);
     }
     for (int sortType = SortNone; sortType <= SortPixelArea; ++sortType) {
@@ -251,23 +142,6 @@ TEST_F(GroupingStepTest, columnsOfTheWrongTypeDoNoHarm) {
             }
             EXPECT_EQ(count, 5U) << "group type " << type << ", sort type " << sortType;
         }
-    }
-}
-
-TEST_F(GroupingStepTest, searchAndFilterLeaveRowsOut) {
-    addRow(u"Sea.jpg"_s, {{u"FileStars"_s, 2}, {u"FileFlag"_s, 1}});
-    addRow(u"sea 2.jpg"_s, {{u"FileStars"_s, 5}});
-    addRow(u"hill.jpg"_s, {{u"FileFlag"_s, 1}});
-    const std::tuple<QString, quint64, QString> cases[] = {
-        {u"SEA"_s, 0, u"absent(sea 2.jpg Sea.jpg)"_s},
-        {u"SEA"_s, FilterFlagged, u"absent(Sea.jpg)"_s},
-        {{}, FilterRated, u"absent(sea 2.jpg Sea.jpg)"_s},
-        {{}, FilterRated | FilterFlagged, u"absent(Sea.jpg)"_s},
-        {u"hill"_s, FilterRated | FilterFlagged, {}}};
-    for (const auto& [search, bits, expected] : cases) {
-        searchString = search;
-        filter = bits;
-        EXPECT_EQ(grouped({}), expected) << qPrintable(search) << bits;
     }
 }
 
@@ -287,31 +161,148 @@ TEST_F(GroupingStepTest, placesKnownUnknownAndNone) {
     places.wanted.clear();
     EXPECT_EQ(grouped({Folder}), u"/Photos(broken ice no row north unknown)"_s);
     EXPECT_EQ(places.wanted.size(), 3U);
+    // Without anyone who knows places, a position is one whose address is not known.
+    PBGroupItemArray unnamed;
+    pushImageFileItemToWorkGroupItemArray(
+        {support::makeItem(u"a"_s), unnamed, std::array<int, 1>{Place},
+         PBArray{PBLocation{70, 20}}});
+    EXPECT_EQ(describe(unnamed), u"null(a)"_s);
 }
 
-TEST_F(GroupingStepTest, editedItemsComeBackAtTheirNewPlace) {
-    addRow(u"a"_s, {{u"ImageDPI"_s, 300}});
-    addRow(u"b"_s, {{u"ImageDPI"_s, 300}});
-    filter = 0;
-    GroupingStep step = stepFor({StarRating, Resolution});
-    EXPECT_TRUE(step.needsRow());
-    EXPECT_FALSE(stepFor({StarRating, CaptureYear}).needsRow());
-    EXPECT_TRUE(stepFor({StarRating}, SortKind).needsRow());
-    GroupingStep again = stepFor({StarRating, Resolution});
-    insertRows(again);
-    EXPECT_EQ(describe(*tree), u"0(300(a b))"_s);
-    const auto item = tree->front()->children()[0]->imageFiles()[0];
-    PBImageFileList list{item};
-    tree->front()->removeImageFiles(list);
-    item->setStar(5);
-    ImageFileRow row;
-    row.imageDPI = 300;
-    EXPECT_TRUE(again.reinsert(item, row, u"/Photos"_s));
-    EXPECT_EQ(describe(*tree), u"5(300(a)) 0(300(b))"_s);
+struct GroupDataLoaderTest : support::CatalogueFixture {
+    PBArray load(const PBImageFileItem& item, const std::vector<int>& chain) {
+        PBArray data(chain.size(), PBNull{});
+        GroupDataLoader loader(chain, SortFileName);
+        EXPECT_TRUE(loader.loadGroupAndSortData(item, data, database).isAbsent());
+        return data;
+    }
+    std::shared_ptr<PBImageFileItem> imageWithExif(const PBDictionary& exif) {
+        auto item = addImage();
+        EXPECT_TRUE(catalogue.insertExifWithImageFileId(item->fileId(), exif));
+        return item;
+    }
+    void expectDates(const PBImageFileItem& item, const PBValue& group, const PBValue& sort) {
+        EXPECT_EQ(load(item, {CaptureYear, CaptureMonth}), (PBArray{group, group}));
+        EXPECT_EQ(
+            GroupDataLoader({}, SortDateTaken).loadGroupAndSortData(item, {}, database), sort);
+    }
+};
 
-    filter = FilterFlagged;
-    EXPECT_FALSE(stepFor({StarRating}).reinsert(item, {}, PBNull{}));
-    EXPECT_TRUE(tree->empty());
+TEST_F(GroupDataLoaderTest, groupsByOriginalSortsByDigitizedDateAndFallsBackToModification) {
+    const auto dated = [&](const PBValue& original, const PBValue& digitized) {
+        return imageWithExif(
+            {{u"DateTimeOriginal"_s, original}, {u"DateTimeDigitized"_s, digitized}});
+    };
+    const QString original = u"2019:07:14 10:00:00"_s;
+    const QString digitized = u"2020:01:02 03:04:05"_s;
+    expectDates(
+        *dated(original, digitized), *PBUtilities::exifDate(original),
+        *PBUtilities::exifDate(digitized));
+    expectDates(*addImage(), modified, modified);
+    expectDates(*imageWithExif({}), modified, modified);
+    for (const auto& broken :
+         {PBValue(u"0000:00:00 00:00:00"_s), PBValue(u"yesterday"_s), PBValue(QString()),
+          PBValue(QByteArray("\xff\x00", 2)), PBValue(20190714)})
+        expectDates(*dated(broken, broken), modified, {});
+}
+
+TEST_F(GroupDataLoaderTest, textsAreCleanedAndBlankOnesCountAsNothing) {
+    const auto item = addImage();
+    catalogue.insertTiffWithImageFileId(
+        item->fileId(), {{u"Make"_s, u"n/a"_s}, {u"Model"_s, u"\n"_s}});
+    catalogue.insertIPTCWithImageFileId(
+        item->fileId(), {{u"Headline"_s, u"two\nlines"_s}, {u"Credit"_s, u"N/A"_s}});
+    EXPECT_EQ(
+        load(*item, {15, 16, 36, 63, 35}),
+        (PBArray{PBNull{}, PBNull{}, u"two lines"_s, u"N/A"_s, PBNull{}}));
+}
+
+TEST_F(GroupDataLoaderTest, focusDistanceHasTheLastWordOverSubjectDistance) {
+    const auto item = imageWithExif({{u"SubjectDistance"_s, 2.5}});
+    EXPECT_EQ(load(*item, {FocusDistance}), PBArray{2.5});
+    catalogue.insertExifAuxWithImageFileId(item->fileId(), {{u"FocusDistance"_s, PBNull{}}});
+    EXPECT_EQ(load(*item, {FocusDistance}), PBArray{2.5});
+    ASSERT_TRUE(database.executeUpdate(u"update ExifAux set FocusDistance = 3.5"_s));
+    EXPECT_EQ(load(*item, {CaptureYear, FocusDistance})[1], PBValue(3.5));
+}
+
+TEST_F(GroupDataLoaderTest, positionsNeedTwoNumbersOnEarth) {
+    const PBValue none;
+    // Columns; the position if both numbers have to be there, and if not.
+    const std::tuple<PBArray, PBValue, PBValue> cases[] = {
+        {{u"s"_s, 90, u"W"_s, 180}, PBLocation{-90, -180}, PBLocation{-90, -180}},
+        {{u"S"_s, 90.001, u"W"_s, 180}, none, none},
+        {{u"S"_s, 90, u"W"_s, 180.001}, none, none},
+        {{none, 33.5, none, PBNull{}}, none, PBLocation{33.5, 0}},
+        {{none, u"north"_s, none, 1}, none, PBLocation{0, 1}},
+        {{none, QByteArray("x"), none, 1}, none, PBLocation{0, 1}},
+        {{none, INFINITY, none, 1}, none, none},
+        {{none, std::nan(""), none, 1}, none, none},
+        {{none, 1, none}, none, none}};
+    for (const auto& [columns, strict, lenient] : cases) {
+        EXPECT_EQ(locationFromColumns(columns, false), strict) << columns[1].toText().toStdString();
+        EXPECT_EQ(locationFromColumns(columns, true), lenient) << columns[1].toText().toStdString();
+    }
+    const auto item = addImage();
+    EXPECT_TRUE(item->locationWithDatabase(database).isAbsent());
+    catalogue.insertGPSWithImageFileId(
+        item->fileId(), {{u"LatitudeRef"_s, u"S"_s},
+                         {u"Latitude"_s, 33.5},
+                         {u"LongitudeRef"_s, u"e"_s},
+                         {u"Longitude"_s, 151}});
+    EXPECT_EQ(load(*item, {Folder, Place})[1], PBValue(PBLocation{-33.5, 151}));
+    ASSERT_TRUE(database.executeUpdate(u"update GPS set Longitude = null"_s));
+    EXPECT_TRUE(load(*item, {Folder, Place})[1].isNull());
+    EXPECT_EQ(item->locationWithDatabase(database), PBValue(PBLocation{-33.5, 0}));
+}
+
+TEST_F(GroupDataLoaderTest, readingAheadGivesTheSameAsOneImageAtATime) {
+    std::mt19937 random(13);
+    std::vector<std::shared_ptr<PBImageFileItem>> items;
+    std::vector<qint64> fileIds;
+    for (int number = 0; number < 300; ++number) {
+        items.push_back(addImage());
+        const qint64 id = items.back()->fileId();
+        fileIds.push_back(id);
+        if (random() % 3)
+            catalogue.insertExifWithImageFileId(
+                id, {{u"DateTimeOriginal"_s, u"20%1:01:02 03:04:05"_s.arg(10 + id % 9)}});
+        if (random() % 3) catalogue.insertTiffWithImageFileId(id, {{u"Model"_s, u"M%1"_s.arg(id)}});
+        if (random() % 3)
+            catalogue.insertGPSWithImageFileId(
+                id, {{u"Latitude"_s, double(id % 80)}, {u"Longitude"_s, PBNull{}}});
+    }
+    const std::vector<int> chain{CameraModel, CaptureYear, 63, Place};
+    GroupDataLoader ahead(chain, SortDateTaken);
+    std::ranges::shuffle(items, random);
+    // Others come in between, some are left out, one comes twice and one is not in the catalogue.
+    fileIds.erase(fileIds.begin() + 200, fileIds.begin() + 210);
+    items.erase(items.begin() + 50, items.begin() + 60);
+    items.push_back(items.front());
+    items.push_back(support::makeItem(u"x"_s, 9999));
+    for (const bool inOrder : {false, true}) {
+        if (inOrder) std::ranges::sort(items, {}, &PBImageFileItem::fileId);
+        ahead.willLoad(fileIds);
+        for (const auto& item : items) {
+            PBArray data(chain.size(), PBNull{});
+            PBArray expected = data;
+            GroupDataLoader single(chain, SortDateTaken);
+            const PBValue date = ahead.loadGroupAndSortData(*item, data, database);
+            ASSERT_EQ(single.loadGroupAndSortData(*item, expected, database), date);
+            ASSERT_EQ(data, expected) << item->fileId();
+            ASSERT_EQ(ahead.lastLocation(), item->locationWithDatabase(database));
+        }
+    }
+}
+
+TEST_F(GroupDataLoaderTest, valuesOfAnyTypeAreTakenAndAFailingQueryCountsAsAMissingRow) {
+    const PBValue bytes = QByteArray("\x01\xff");
+    const auto item = imageWithExif({{u"FNumber"_s, u"wide open"_s}, {u"Flash"_s, bytes}});
+    EXPECT_EQ(load(*item, {21, 29, 26}), (PBArray{u"wide open"_s, bytes, PBNull{}}));
+    catalogue.insertTiffWithImageFileId(item->fileId(), {{u"Model"_s, u"X100V"_s}});
+    ASSERT_TRUE(database.executeUpdate(u"drop table Exif"_s));
+    EXPECT_EQ(
+        load(*item, {21, CaptureYear, CameraModel}), (PBArray{PBNull{}, modified, u"X100V"_s}));
 }
 
 } // namespace

@@ -3,14 +3,14 @@
 #include "group/CatalogueFixture.h"
 #include "group/GroupPublication.h"
 #include "group/ItemOrder.h"
-#include "info/geo/Addresses.h"
+#include "group/PBImageFileItem.h"
+#include "places/Addresses.h"
 
 #include <QDateTime>
 
 using namespace group;
 using support::describe;
 using support::makeItem;
-using support::text;
 
 namespace {
 
@@ -27,23 +27,23 @@ QString tagName(qint64 id) {
     return id == 3 ? u"sea"_s : QString();
 }
 
-QString nameOf(int type, PBValue value) {
-    return PBGroupItem::groupItemWithParent(nullptr, type, std::move(value))->displayName(tagName);
+std::unique_ptr<PBGroupItem> nodeOf(int type, PBValue value) {
+    return PBGroupItem::groupItemWithParent(nullptr, type, std::move(value));
 }
 
-/// A tree by two links: for each pair of values the names of its images.
+/// A tree by two links, of images told as model, stars, name and folder.
 struct Tree {
-    PBGroupItemArray top;
-    std::vector<std::shared_ptr<PBImageFileItem>> items;
-
-    std::shared_ptr<PBImageFileItem>
-    add(const QString& model, int stars, const QString& name, qint64 folderId = 1) {
-        auto item = makeItem(name, static_cast<qint64>(items.size()) + 1, 0, 0, folderId);
-        const std::vector<int> chain{CameraModel, StarRating};
-        const PBArray data{model, stars};
-        pushImageFileItemToWorkGroupItemArray({item, top, chain, data, SortFileName, false});
-        items.push_back(item);
-        return item;
+    explicit Tree(const char* told) {
+        for (const QString& image : support::words(told))
+            add(image);
+    }
+    void add(const QString& told) {
+        const QStringList parts = told.split(u',');
+        const qint64 folderId = parts.size() > 3 ? parts[3].toInt() : 1;
+        items.push_back(makeItem(parts[2], std::ssize(items) + 1, 0, 0, folderId));
+        const PBArray data{parts[0], parts[1].toInt()};
+        pushImageFileItemToWorkGroupItemArray(
+            {items.back(), top, std::array<int, 2>{CameraModel, StarRating}, data, SortFileName});
     }
     [[nodiscard]] PBGroupItemArray copy() const {
         PBGroupItemArray array;
@@ -51,6 +51,8 @@ struct Tree {
             array.push_back(node->copyWithParent(nullptr));
         return array;
     }
+    PBGroupItemArray top;
+    PBImageFileList items;
 };
 
 TEST(PBGroupItemTest, namesByType) {
@@ -70,6 +72,9 @@ TEST(PBGroupItemTest, namesByType) {
         {PixelCountBucket, 12, u"Unknow Group Type"},
         {Flag, 1, u"Flagged"},
         {StarRating, 0, u"No stars"},
+        {StarRating, 1, u"Stars: 1"},
+        {StarRating, 5, u"Stars: 5"},
+        {Flag, 0, u"Unflagged"},
         {StarRating, 6, u"Unknow Group Type"},
         {Tags, u"3,4"_s, u"sea"},
         {Tags, u"4"_s, u"No Tags"},
@@ -83,38 +88,52 @@ TEST(PBGroupItemTest, namesByType) {
         {64, 1, u"Unknow Group Type"},
         {-3, 1, u"Unknow Group Type"}};
     for (const auto& [type, value, name] : cases)
-        EXPECT_EQ(nameOf(type, value), QStringView(name)) << type;
+        EXPECT_EQ(nodeOf(type, value)->displayName(tagName), QStringView(name)) << type;
     for (int month = 1; month <= 12; ++month)
-        EXPECT_TRUE(nameOf(CaptureMonth, localDate(2004, month, 15)).endsWith(u" 2004"_s));
+        EXPECT_EQ(
+            nodeOf(CaptureMonth, localDate(2004, month, 15))->displayName(tagName),
+            QLocale(QLocale::English).toString(QDate(2004, month, 15), u"MMMM yyyy"));
+    using Kind = IconName::Kind;
+    const std::tuple<int, PBValue, IconName> icons[] = {
+        {StarRating, 1, {Kind::Named, u"star_16_s"_s}},
+        {StarRating, 0, {Kind::Named, u"star_16_n"_s}},
+        {Flag, 1, {Kind::Named, u"flag_16_s"_s}},
+        {Flag, 0, {Kind::Named, u"flag_16_n"_s}},
+        {FileKind, u"png"_s, {Kind::FileExtension, u"png"_s}},
+        {FileKind, PBNull{}, {Kind::TypeIdentifier, u"public.image"_s}},
+        {Folder, u"/a"_s, {Kind::Folder, {}}}};
+    for (const auto& [type, value, icon] : icons)
+        EXPECT_EQ(nodeOf(type, value)->displayIcon(), icon);
 }
 
 TEST(PBGroupItemTest, longNamesAndFolderNames) {
-    const auto place = PBGroupItem::groupItemWithParent(
-        nullptr, Place,
-        address(
-            {{u"City"_s, u"Bern"_s},
-             {u"FormattedAddressLines"_s, PBArray{u"Kramgasse 1/2"_s, u"3011 Bern"_s}}}));
+    const PBArray lines{u"Kramgasse 1/2"_s, u"3011 Bern"_s};
+    const auto place =
+        nodeOf(Place, address({{u"City"_s, u"Bern"_s}, {u"FormattedAddressLines"_s, lines}}));
     EXPECT_EQ(place->displayName(tagName), u"Bern"_s);
     EXPECT_EQ(place->fullDisplayName(tagName), u"Kramgasse 1/2, 3011 Bern"_s);
     EXPECT_EQ(place->groupCopyPathName(tagName), u"Kramgasse 1:2, 3011 Bern"_s);
-    const auto folder = PBGroupItem::groupItemWithParent(nullptr, Folder, u"/Photos/Sea side"_s);
+    const auto folder = nodeOf(Folder, u"/Photos/Sea side"_s);
     EXPECT_EQ(folder->fullDisplayName(tagName), u"/Photos/Sea side"_s);
     EXPECT_EQ(folder->groupCopyPathName(tagName), u"Sea side"_s);
 
-    const auto folderName = [](const QString& title) {
-        return PBGroupItem::groupItemWithParent(nullptr, 35, title)->groupCopyPathName(tagName);
-    };
-    EXPECT_EQ(folderName(u".."_s), u"_.."_s);
-    EXPECT_EQ(folderName(u"../../etc"_s), u"..:..:etc"_s);
-    EXPECT_EQ(folderName(QString()), u"_"_s);
-    EXPECT_LE(folderName(QString(1000, QChar(u'\u00e9'))).toUtf8().size(), 255);
-    EXPECT_TRUE(folderName(u"\U0001F4F7"_s.repeated(100)).isValidUtf16());
+    const QString camera = u"\U0001F4F7"_s;
+    const std::pair<QString, QString> titles[] = {
+        {u".."_s, u"_.."_s},
+        {u"../../etc"_s, u"..:..:etc"_s},
+        {{}, u"_"_s},
+        {u"."_s, u"_."_s},
+        {u"a\0b"_s, u"ab"_s},
+        {u"é"_s.repeated(1000), u"é"_s.repeated(120)},
+        {u'x' + camera.repeated(100), u'x' + camera.repeated(59)}};
+    for (const auto& [title, folderName] : titles)
+        EXPECT_EQ(nodeOf(35, title)->groupCopyPathName(tagName), folderName);
 }
 
 TEST(PBGroupItemTest, valuesOfOneGroupCompareEqual) {
-    const auto compare = [](int type, PBValue value, PBValue other) {
-        const auto node = PBGroupItem::groupItemWithParent(nullptr, type, std::move(value));
-        const auto second = PBGroupItem::groupItemWithParent(nullptr, type, std::move(other));
+    const auto compare = [](int type, const PBValue& value, const PBValue& other) {
+        const auto node = nodeOf(type, value);
+        const auto second = nodeOf(type, other);
         const auto order = node->sortCompare(*second);
         EXPECT_EQ(second->sortCompare(*node), -order) << type;
         return order;
@@ -122,6 +141,10 @@ TEST(PBGroupItemTest, valuesOfOneGroupCompareEqual) {
     const double nan = std::nan("");
     const std::tuple<int, PBValue, PBValue, int> cases[] = {
         {CaptureYear, PBDate{-INFINITY}, PBDate{INFINITY}, -1},
+        {CaptureMonth, PBDate{0}, u"text"_s, -1},
+        {Folder, u"/a10"_s, u"/a9"_s, 1},
+        {63, u"b"_s, u"A"_s, 1},
+        {64, 1, 2, 0},
         {26, u"400"_s, u"1600"_s, -1},
         {26, u"400"_s, 400, 0},
         {21, 2.8, u"wide open"_s, -1},
@@ -135,35 +158,43 @@ TEST(PBGroupItemTest, valuesOfOneGroupCompareEqual) {
     for (const auto& [type, value, other, order] : cases)
         EXPECT_EQ(compare(type, value, other), order)
             << type << ' ' << value.toText().toStdString();
+    // Which types are ordered by number: 50 before 100, as text the other way round.
+    std::set<int> numeric;
+    for (int type = Folder + 1; type < groupTypeCount; ++type)
+        if (compare(type, 50, 100) == -1) numeric.insert(type);
+    std::set<int> expected{FileSizeBucket, PixelCountBucket, Resolution, Flag, StarRating};
+    for (int type = FocalLength; type < FirstIPTC; ++type)
+        expected.insert(type);
+    EXPECT_EQ(numeric, expected);
 }
 
-TEST(PBGroupItemTest, placesOrderAsTheirDictionariesCompare) {
-    std::mt19937 random(17);
-    const QString keys[] = {u"Country"_s, u"State"_s, u"City"_s, u"SubLocality"_s, u"Name"_s};
-    const PBValue values[] = {u"a"_s, u"B"_s, u"b"_s, u"10"_s, u"9"_s, QString(), 7};
-    std::vector<PBValue> places{PBValue(), PBNull{}};
-    for (int number = 0; number < 60; ++number) {
+TEST(PBGroupItemTest, placesOrderByTheLargestPartThatDiffers) {
+    const auto compare = [](const PBValue& left, const PBValue& right) {
+        return GroupOrderKey(Place, left).compare(GroupOrderKey(Place, right));
+    };
+    // What has less content comes later.
+    std::vector<PBValue> ascending;
+    for (const QString& told : support::words(
+             "Country=Austria,State=Wien,City=Zell Country=germany,State=Bavaria,City=Zorneding "
+             "Country=Germany,State=Hesse,City=K2 Country=Germany,State=Hesse,City=K10 "
+             "Country=Germany,City=Aachen City=Ulm,SubLocality=b City=Ulm,SubLocality=c "
+             "Name=a Name=b Latitude=1")) {
         PBDictionary entries;
-        for (const QString& key : keys)
-            if (random() % 2) entries[key] = values[random() % std::size(values)];
-        if (random() % 3 == 0)
-            entries[u"FormattedAddressLines"_s] = PBArray{values[random() % 4], u"x"_s};
-        places.push_back(entries);
+        for (const QString& entry : told.split(u','))
+            entries[entry.section(u'=', 0, 0)] = entry.section(u'=', 1);
+        ascending.push_back(address(entries));
     }
-    for (const PBValue& place : places) {
-        for (const PBValue& other : places) {
-            ASSERT_EQ(
-                GroupOrderKey(Place, place).compare(GroupOrderKey(Place, other)),
-                PBUtilities::compareAddressDictionary(place, other))
-                << place.toText().toStdString() << " and " << other.toText().toStdString();
-        }
-    }
+    ascending.insert(ascending.end(), {PBNull{}, {}});
+    support::expectAscending(ascending, compare);
+    // The same long text is the same place, whatever else differs.
+    const auto lined = [](const QString& country, const PBArray& lines) {
+        return address({{u"Country"_s, country}, {u"FormattedAddressLines"_s, lines}});
+    };
+    EXPECT_EQ(compare(lined(u"X"_s, {u"A"_s, u"B"_s}), lined(u"Y"_s, {u"a"_s, u"b"_s})), 0);
 }
 
 TEST(PBGroupItemTest, copiesShareDataAndItemsAndNothingElse) {
-    Tree tree;
-    for (int number = 0; number < 50; ++number)
-        tree.add(u"M%1"_s.arg(number % 3), number % 2, u"%1"_s.arg(number));
+    Tree tree("M0,0,a M1,1,b M2,0,c M0,1,d M0,0,e M1,0,f M0,1,g");
     const PBGroupItemArray copy = tree.copy();
     const QString before = describe(tree.top);
     EXPECT_EQ(describe(copy), before);
@@ -173,93 +204,77 @@ TEST(PBGroupItemTest, copiesShareDataAndItemsAndNothingElse) {
     copy[0]->updateDataGroupItem();
     EXPECT_EQ(tree.top[0]->children()[0]->data()->groupItem(), copy[0]->children()[0].get());
 
-    tree.add(u"M0"_s, 0, u"new"_s);
+    tree.add(u"M0,0,new"_s);
     PBImageFileList some{tree.items[0], tree.items[1]};
     tree.top[0]->removeImageFiles(some);
     EXPECT_EQ(describe(copy), before);
-    EXPECT_NE(describe(tree.top), before);
-}
+    EXPECT_EQ(describe(tree.top), u"M0(1(d g) 0(e new)) M1(1(b) 0(f)) M2(0(c))"_s);
 
-TEST(PBGroupItemTest, aNodeThatGoesIsForgottenByItsData) {
     auto node = PBGroupItem::groupItemWithParent(nullptr, 5, u"/a"_s);
     const auto data = node->data();
-    auto copy = node->copyWithParent(nullptr);
-    copy->updateDataGroupItem();
+    auto twin = node->copyWithParent(nullptr);
+    twin->updateDataGroupItem();
     node.reset();
-    EXPECT_EQ(data->groupItem(), copy.get());
-    copy.reset();
-    EXPECT_EQ(data->groupItem(), nullptr);
+    EXPECT_EQ(data->groupItem(), twin.get());
+    twin.reset();
+    EXPECT_EQ(data->groupItem(), nullptr) << "a node that goes is forgotten by its data";
 }
 
 TEST(PBGroupItemTest, removalConsumesTheListAndEmptiedGroups) {
-    Tree tree;
-    const auto first = tree.add(u"R5"_s, 1, u"a"_s);
-    const auto second = tree.add(u"R5"_s, 2, u"b"_s);
-    const auto third = tree.add(u"R5"_s, 2, u"c"_s);
+    Tree tree("R5,1,a R5,2,b R5,2,c");
     const auto stranger = makeItem(u"x"_s);
-    PBImageFileList list{stranger, second, first, second};
+    PBImageFileList list{stranger, tree.items[1], tree.items[0], tree.items[1]};
     tree.top[0]->removeImageFiles(list);
-    EXPECT_EQ(list, (PBImageFileList{stranger, second}));
+    EXPECT_EQ(list, (PBImageFileList{stranger, tree.items[1]}));
     EXPECT_EQ(describe(tree.top), u"R5(2(c))"_s);
-    list = {third};
+    list = {tree.items[2]};
     PBGroupItem& leaf = *tree.top[0]->children()[0];
     leaf.removeImageFiles(list);
-    EXPECT_TRUE(leaf.isLeafNode()) << "an emptied leaf stays one until its parent removes it";
-    EXPECT_TRUE(leaf.isEmpty());
+    EXPECT_TRUE(leaf.isLeafNode() && leaf.isEmpty()) << "one until its parent removes it";
 }
 
-/// The chain of one leaf of a tree with only the given images in it.
+/// The chain of one leaf of a tree with only the given image in it.
 PBGroupItemChain chainTo(const PBGroupItem& leaf, const PBImageFileList& images) {
     auto last = std::make_shared<PBGroupItem>(nullptr, leaf.data());
     for (const auto& item : images)
         last->sortAddImageFileItem(item, SortNone, false);
-    PBGroupItemChain chain{last};
-    for (const PBGroupItem* node = leaf.parent(); node; node = node->parent())
-        chain.insert(chain.begin(), std::make_shared<PBGroupItem>(nullptr, node->data()));
-    return chain;
+    return {std::make_shared<PBGroupItem>(nullptr, leaf.parent()->data()), last};
 }
 
 TEST(PBGroupItemTest, chainsOfACopyRemoveFromTheOriginal) {
-    Tree tree;
-    const auto first = tree.add(u"R5"_s, 1, u"a"_s);
-    const auto second = tree.add(u"R5"_s, 2, u"b"_s);
-    const auto third = tree.add(u"R5"_s, 2, u"c"_s);
-    const auto fourth = tree.add(u"Z9"_s, 2, u"d"_s);
+    Tree tree("R5,1,a R5,2,b R5,2,c Z9,2,d");
+    const auto& items = tree.items;
     const PBGroupItemArray live = tree.copy();
+    const auto& leaves = leavesOf(live);
     removeFileItemInGroupArray(
-        tree.top, {chainTo(*live[0]->children()[0], {second}),
-                   chainTo(*live[1]->children()[0], {fourth, first})});
+        tree.top, {chainTo(*leaves[0], {items[1]}), chainTo(*leaves[2], {items[3], items[0]})});
     EXPECT_EQ(describe(tree.top), u"R5(2(c) 1(a))"_s);
     EXPECT_EQ(describe(live), u"R5(2(b c) 1(a)) Z9(2(d))"_s);
-    // The same chains again, an empty one, and one of another tree: nothing is found.
-    Tree other;
-    other.add(u"R5"_s, 1, u"a"_s);
+    // The same chain again, an empty one, and one of another tree: nothing is found.
+    const Tree other("R5,1,a");
     removeFileItemInGroupArray(
-        tree.top, {chainTo(*live[1]->children()[0], {fourth}),
-                   {},
-                   chainTo(*other.top[0]->children()[0], {first})});
+        tree.top,
+        {chainTo(*leaves[2], {items[3]}), {}, chainTo(*other.top[0]->children()[0], {items[0]})});
     EXPECT_EQ(describe(tree.top), u"R5(2(c) 1(a))"_s);
-    removeFileItemInGroupArray(
-        tree.top, {chainTo(*live[0]->children()[0], {third})}, [] { return true; });
+    const std::vector chains{chainTo(*leaves[0], {items[2]}), chainTo(*leaves[1], {items[0]})};
+    removeFileItemInGroupArray(tree.top, chains, [] { return true; });
     EXPECT_EQ(describe(tree.top), u"R5(2(c) 1(a))"_s);
+    int asked = 0; // before the chain and its one top-level group, then before the next chain
+    removeFileItemInGroupArray(tree.top, chains, [&] { return ++asked > 2; });
+    EXPECT_EQ(describe(tree.top), u"R5(1(a))"_s);
 }
 
 TEST(PBGroupItemTest, vanishedFilesLeaveAndFoldersAreLookedUpOnce) {
     const QTemporaryDir folder;
-    support::writeFile(folder.filePath(u"kept.jpg"_s), "x");
+    support::writeFile(folder.filePath(u"kept"_s), "x");
     const support::KnownFolders folders({{1, folder.path()}, {2, folder.filePath(u"gone"_s)}});
-    Tree tree;
-    tree.add(u"A"_s, 1, u"kept.jpg"_s);
-    tree.add(u"A"_s, 1, u"lost.jpg"_s);
-    tree.add(u"A"_s, 2, u"lost2.jpg"_s);
-    tree.add(u"B"_s, 1, u"in gone folder"_s, 2);
-    tree.add(u"B"_s, 1, u"in gone folder too"_s, 2);
-    tree.add(u"B"_s, 1, u"in unknown folder"_s, 3);
+    // The fourth and fifth in a folder that is gone, the last in an unknown one.
+    Tree tree("A,1,kept A,1,lost A,2,lost2 B,1,x,2 B,1,y,2 B,1,z,3");
     std::vector<qint64> fileIds;
     FolderExistence existence;
     for (const auto& node : tree.top)
         node->checkFileItemExist(fileIds, existence, folders);
-    EXPECT_EQ(describe(tree.top), u"A(1(kept.jpg)) B()"_s);
+    EXPECT_EQ(describe(tree.top), u"A(1(kept)) B()"_s);
     std::ranges::sort(fileIds);
     EXPECT_EQ(fileIds, (std::vector<qint64>{2, 3, 4, 5, 6}));
     EXPECT_EQ(existence.gone, (std::unordered_set<qint64>{2, 3}));
@@ -267,25 +282,162 @@ TEST(PBGroupItemTest, vanishedFilesLeaveAndFoldersAreLookedUpOnce) {
 }
 
 TEST(PBGroupItemTest, copyWalkAnnouncesFoldersAndStopsWhenTold) {
-    Tree tree;
-    tree.add(u"R5/II"_s, 1, u"a"_s);
-    tree.add(u"R5/II"_s, 2, u"b"_s);
+    const Tree tree("R5/II,1,a R5/II,2,b");
     QStringList seen;
-    std::size_t limit = 100;
+    int limit = 100;
     const CopyMoveBlock block = [&](const QString& path, const auto& item) {
         seen.append(item ? path + u'=' + item->fileName() : path);
-        return static_cast<std::size_t>(seen.size()) < limit;
+        return seen.size() < limit;
     };
     EXPECT_TRUE(tree.top[0]->copyMoveToWithBlock(block, tagName));
     EXPECT_EQ(
-        seen, (QStringList{
-                  u"R5:II"_s, u"R5:II/Stars: 2"_s, u"R5:II/Stars: 2=b"_s, u"R5:II/Stars: 1"_s,
-                  u"R5:II/Stars: 1=a"_s}));
+        seen.join(u' '),
+        u"R5:II R5:II/Stars: 2 R5:II/Stars: 2=b R5:II/Stars: 1 R5:II/Stars: 1=a"_s);
     seen.clear();
     limit = 3;
     EXPECT_FALSE(tree.top[0]->copyMoveToWithBlock(block, tagName, u"/to"_s));
     EXPECT_EQ(seen.size(), 3);
     EXPECT_EQ(seen.front(), u"/to/R5:II"_s);
+}
+
+struct PBImageFileItemTest : support::CatalogueFixture {};
+
+TEST_F(PBImageFileItemTest, searchLooksAtTheNameAndFilterBitsCombineAsAnd) {
+    const auto item = makeItem(u"Étretat_Plage.jpg"_s);
+    for (const auto& search : {QString(), u"ÉTRETAT"_s, u"e.JPG"_s})
+        EXPECT_TRUE(item->isMatchedForSearchString(search, 0)) << qPrintable(search);
+    EXPECT_FALSE(item->isMatchedForSearchString(u"sea"_s, 0));
+    for (const bool flagged : {false, true}) {
+        for (const unsigned stars : {0U, 4U}) {
+            item->setFlagged(flagged);
+            item->setStar(stars);
+            EXPECT_EQ(item->isMatchedForSearchString({}, FilterFlagged), flagged);
+            EXPECT_EQ(item->isMatchedForSearchString({}, FilterRated), stars > 0);
+            EXPECT_EQ(
+                item->isMatchedForSearchString(u"plage"_s, FilterFlagged | FilterRated),
+                flagged && stars > 0);
+        }
+    }
+}
+
+TEST_F(PBImageFileItemTest, ordersByEachSortType) {
+    const auto small = makeItem(u"IMG_9.jpg"_s, 1, 10, 100.25);
+    const auto large = makeItem(u"img_10.jpg"_s, 2, 0x8000000000000000U, 100.5);
+    small->setImageSize({100, 50});
+    large->setImageSize({50, 100});
+    for (const int type : {SortFileName, SortFileSize, SortModificationDate, SortDateTaken}) {
+        EXPECT_EQ(small->sortCompare(*large, type), -1) << type;
+        EXPECT_EQ(large->sortCompare(*small, type), 1) << type;
+        EXPECT_EQ(small->sortCompare(*small, type), 0) << type;
+    }
+    EXPECT_EQ(small->sortCompare(*large, SortPixelArea), 0);
+    large->setImageSize({1e12, 1e12});
+    EXPECT_EQ(small->sortCompare(*large, SortPixelArea), -1);
+    large->setImageSize({std::nan(""), 5});
+    EXPECT_EQ(small->sortCompare(*large, SortPixelArea), 1);
+    for (const int type : {-1, 0, 7}) {
+        EXPECT_EQ(small->sortCompare(*large, type), -2) << type;
+        EXPECT_EQ(small->sortCompare(*small, type), 0) << type;
+    }
+}
+
+TEST_F(PBImageFileItemTest, missingDatesAndKinds) {
+    const std::tuple<int, PBValue, PBValue, int> cases[] = {
+        // The date of modification stands in, on each side alone.
+        {SortDateTaken, PBDate{3000}, PBNull{}, 1},
+        {SortDateTaken, PBDate{3000}, PBDate{3000}, 0},
+        {SortDateTaken, {}, PBDate{3000}, -1},
+        // Kinds without an extension have no order.
+        {SortKind, {}, {}, -2},
+        {SortKind, u"jpg"_s, {}, -2},
+        {SortKind, u"jpg"_s, PBNull{}, -2},
+        {SortKind, u"jpg"_s, u"JPG"_s, 0},
+        {SortKind, u"jpg"_s, u"png"_s, -1}};
+    for (const auto& [type, data, otherData, order] : cases) {
+        const auto item = makeItem(u"a"_s, 1, 0, 1000);
+        const auto other = makeItem(u"b"_s, 2, 0, 2000);
+        item->setSortData(data);
+        other->setSortData(otherData);
+        EXPECT_EQ(item->sortCompare(*other, type), order) << type << data.toText().toStdString();
+    }
+}
+
+TEST_F(PBImageFileItemTest, quarterTurnsExchangeWidthAndHeight) {
+    const auto item = makeItem(u"a"_s);
+    item->setImageSize({300, 200});
+    for (const double angle : {0., 90., 180., 270., 450., -90., 45., 89.9, std::nan("")}) {
+        item->setRotateAngle(angle);
+        const bool isTurned = angle == 90 || angle == 270 || angle == 450 || angle == -90;
+        EXPECT_EQ(item->displaySize(), isTurned ? QSizeF(200, 300) : QSizeF(300, 200)) << angle;
+    }
+}
+
+TEST_F(PBImageFileItemTest, eachReaderAsksForItsOwnColumn) {
+    const auto item = addImage(
+        {{u"UTIType"_s, u"public.png"_s},
+         {u"CreationDate"_s, 12.5},
+         {u"ImageDPI"_s, 300},
+         {u"ColorModel"_s, u"RGB"_s},
+         {u"ColorSyncProfile"_s, u"sRGB"_s},
+         {u"FileFlag"_s, 1},
+         {u"FileStars"_s, 4},
+         {u"Tag"_s, u"3,7"_s}});
+    const auto read = [&db = database](const PBImageFileItem& from) {
+        return PBArray{
+            from.utiTypeWithDatabase(db),
+            from.creationDateWithDatabase(db),
+            from.dpiWithDatabase(db),
+            from.colorModelWithDatabase(db),
+            from.colorSyncProfileWithDatabase(db),
+            from.flaggedWithDatabase(db),
+            from.starRatingWithDatabase(db),
+            from.tagsWithDatabase(db)};
+    };
+    const PBArray all{u"public.png"_s, 12.5, 300, u"RGB"_s, u"sRGB"_s, true, quint64{4}, u"3,7"_s};
+    EXPECT_EQ(read(*item), all);
+    const PBArray nothing{QString(), 0.0, {}, QString(), QString(), false, quint64{0}, QString()};
+    EXPECT_EQ(read(*makeItem(u"x"_s, 999)), nothing);
+    EXPECT_EQ(read(*addImage({{u"FileStars"_s, -1}})), nothing);
+}
+
+TEST_F(PBImageFileItemTest, foldersWithAPathAreAskedForOnce) {
+    const support::KnownFolders folders({{1, u"/p"_s}, {3, u"/"_s}});
+    FolderPathCache cache;
+    const auto item = makeItem(u"a.jpg"_s);
+    EXPECT_EQ(item->filePath(folders), u"/p/a.jpg"_s);
+    EXPECT_EQ(item->filePath(folders, cache), u"/p/a.jpg"_s);
+    EXPECT_EQ(item->filePath(folders, cache), u"/p/a.jpg"_s);
+    EXPECT_EQ(folders.asked, 2);
+    EXPECT_EQ(makeItem(u"b"_s, 2, 0, 0, 3)->filePath(folders, cache), u"/b"_s);
+    const auto lost = makeItem(u"c"_s, 3, 0, 0, 4);
+    EXPECT_EQ(lost->filePath(folders, cache) + lost->filePath(folders, cache), QString());
+    EXPECT_EQ(folders.asked, 5) << "an unmounted root may come back";
+}
+
+TEST_F(PBImageFileItemTest, picturesComeAndGoWithoutOneAnother) {
+    const auto item = makeItem(u"a"_s);
+    item->clearThumbnailRef();
+    item->setThumbnailRef(QImage(2, 1, QImage::Format_RGB32));
+    EXPECT_TRUE(item->hasThumbnail());
+    item->setImageArray(nullptr);
+    EXPECT_EQ(item->thumbnailRef().size(), QSize(2, 1));
+    item->setImageArray(std::make_unique<ItemImages>());
+    item->clearThumbnailRef();
+    EXPECT_TRUE(item->imageArray() && !item->hasThumbnail() && item->thumbnailRef().isNull());
+    item->setImageArray(nullptr);
+    EXPECT_FALSE(item->imageArray());
+}
+
+TEST_F(PBImageFileItemTest, aRenamedItemSortsByItsNewNameAndFormerNamesStayValid) {
+    const auto item = makeItem(u"IMG_2"_s);
+    const auto other = makeItem(u"IMG_10"_s);
+    const QString& former = item->fileName();
+    EXPECT_EQ(item->sortCompare(*other, SortFileName), -1);
+    item->setFileName(u"IMG_11"_s);
+    EXPECT_EQ(item->sortCompare(*other, SortFileName), 1);
+    EXPECT_EQ(former + item->fileName(), u"IMG_2IMG_11"_s);
+    item->setStar(std::numeric_limits<quint64>::max());
+    EXPECT_EQ(item->star(), 4294967295U);
 }
 
 } // namespace

@@ -1,17 +1,15 @@
 #include "group/PBGroupTreeDataSource.h"
 
-#include "group/PublicationMailbox.h"
-
 #include "group/CatalogueFixture.h"
 #include "group/ItemOrder.h"
-#include "platform/MainLoop.h"
+#include "group/PublicationMailbox.h"
+#include "platform/work/MainLoop.h"
 
 using namespace group;
 using platform::MainLoop;
 using support::describe;
 using support::makeItem;
 using support::spinUntil;
-using support::text;
 
 namespace {
 
@@ -24,9 +22,7 @@ struct FakeOutline final : GroupOutline {
     void scrollToScrollCapture(const PBOutlineViewScrollCapture& capture) override {
         calls.append(u"scroll to %1"_s.arg(capture.offset));
     }
-    [[nodiscard]] std::shared_ptr<PBGroupItemData> selectedItem() const override {
-        return selected;
-    }
+    std::shared_ptr<PBGroupItemData> selectedItem() const override { return selected; }
     void reloadData() override {
         selected = nullptr;
         calls.append(u"reload "_s + describe(_source.groupItemArray()));
@@ -47,7 +43,7 @@ private:
 };
 
 struct FakeDisplay final : GroupTreeDisplay {
-    [[nodiscard]] bool isScrollingOrDragging() const override {
+    bool isScrollingOrDragging() const override {
         ++asked;
         return isBusy;
     }
@@ -66,18 +62,25 @@ struct PBGroupTreeDataSourceTest : testing::Test {
         source.setOutline(&outline);
         source.setDisplay(&display);
     }
-    void insert(const QString& model, int stars, const QString& name) {
-        const std::vector<int> chain{CameraModel, StarRating};
-        const PBArray data{model, stars};
+    static void insertInto(
+        PBGroupItemArray& tree, const QString& model, int stars,
+        const std::shared_ptr<PBImageFileItem>& item) {
         pushImageFileItemToWorkGroupItemArray(
-            {makeItem(name), *work, chain, data, SortFileName, false});
+            {item, tree, std::array<int, 2>{CameraModel, StarRating}, PBArray{model, stars},
+             SortFileName});
+    }
+    /// Publishes the tree with one more image.
+    void publishWith(const QString& model, const QString& name, bool updateScroll = false) {
+        insertInto(*work, model, 1, makeItem(name));
+        source.groupItemArrayDidFinish(makeGroupPublication(work, updateScroll));
     }
     void publish() { source.groupItemArrayDidFinish(makeGroupPublication(work)); }
     static void runLoop() {
         for (int round = 0; round < 20; ++round)
             QCoreApplication::processEvents();
     }
-    [[nodiscard]] QString shown() const { return describe(source.groupItemArray()); }
+    QString shown() const { return describe(source.groupItemArray()); }
+    QString takeCalls() { return std::exchange(outline.calls, {}).join(u", "_s); }
 
     MainLoop loop;
     std::shared_ptr<PBGroupItemArray> work = std::make_shared<PBGroupItemArray>();
@@ -87,47 +90,49 @@ struct PBGroupTreeDataSourceTest : testing::Test {
 };
 
 TEST_F(PBGroupTreeDataSourceTest, swapTellsTheViewsInOrderAndKeepsTheSelection) {
-    insert(u"R5"_s, 1, u"a"_s);
-    publish();
-    EXPECT_EQ(outline.calls, (QStringList{u"reload R5(1(a))"_s, u"expand R5"_s}));
+    publishWith(u"R5"_s, u"a"_s);
+    EXPECT_EQ(takeCalls(), u"reload R5(1(a)), expand R5"_s);
     EXPECT_EQ(display.calls, (QStringList{u"browser"_s, u"large view"_s, u"tip"_s}));
     ASSERT_EQ(source.leafGroupItemArray().size(), 1U);
     EXPECT_EQ(source.groupItemArray()[0]->data()->groupItem(), source.groupItemArray()[0].get());
 
     outline.selected = source.groupItemArray()[0]->data();
     outline.selected->setCollapsed(PBGroupItemData::CollapsedByUser);
-    outline.calls.clear();
-    display.calls.clear();
     source.setIsOutlineViewScrolled(true);
-    insert(u"Z9"_s, 1, u"b"_s);
-    source.groupItemArrayDidFinish(makeGroupPublication(work, true));
+    publishWith(u"Z9"_s, u"b"_s, true);
     EXPECT_EQ(
-        outline.calls, (QStringList{
-                           u"capture"_s, u"reload R5(1(a)) Z9(1(b))"_s, u"expand Z9"_s,
-                           u"select R5"_s, u"scroll to 4.5"_s}));
+        takeCalls(), u"capture, reload R5(1(a)) Z9(1(b)), expand Z9, select R5, scroll to 4.5"_s);
     EXPECT_EQ(display.calls.back(), u"capture"_s);
     EXPECT_FALSE(source.ignoreSelectionChanged());
+
+    // A group that is gone is not selected, and has no node; views that are gone are not told.
+    const auto gone = outline.selected;
+    work->erase(work->begin());
+    publish();
+    EXPECT_EQ(gone->groupItem(), nullptr);
+    EXPECT_FALSE(takeCalls().contains(u"select R5"_s));
+    source.setOutline(nullptr);
+    source.setDisplay(nullptr);
+    display.calls.clear();
+    publishWith(u"Z9"_s, u"c"_s);
+    EXPECT_EQ(shown(), u"Z9(1(b c))"_s);
+    EXPECT_TRUE(display.calls.isEmpty());
 }
 
 TEST_F(PBGroupTreeDataSourceTest, publicationsOfAReplacedScanAreDropped) {
-    insert(u"R5"_s, 1, u"a"_s);
+    insertInto(*work, u"R5"_s, 1, makeItem(u"a"_s));
     const auto stale = makeGroupPublication(work);
-    work = std::make_shared<PBGroupItemArray>();
-    source.setGroupItemArray_work(work);
-    source.groupItemArrayDidFinish(stale);
-    EXPECT_TRUE(source.groupItemArray().empty());
-    EXPECT_TRUE(outline.calls.isEmpty());
-    source.setGroupItemArray_work(nullptr);
-    source.groupItemArrayDidFinish(stale);
-    EXPECT_TRUE(outline.calls.isEmpty());
+    for (const auto& next : {std::make_shared<PBGroupItemArray>(), {}}) {
+        source.setGroupItemArray_work(next);
+        source.groupItemArrayDidFinish(stale);
+        EXPECT_TRUE(source.groupItemArray().empty() && outline.calls.isEmpty());
+    }
 }
 
 TEST_F(PBGroupTreeDataSourceTest, whileTheUserScrollsTheLatestPublicationWaits) {
     display.isBusy = true;
-    insert(u"R5"_s, 1, u"a"_s);
-    publish();
-    insert(u"R5"_s, 1, u"b"_s);
-    publish();
+    publishWith(u"R5"_s, u"a"_s);
+    publishWith(u"R5"_s, u"b"_s);
     ASSERT_TRUE(spinUntil([&] { return display.asked > 10; }));
     EXPECT_TRUE(source.groupItemArray().empty());
     display.isBusy = false;
@@ -139,8 +144,7 @@ TEST_F(PBGroupTreeDataSourceTest, whileTheUserScrollsTheLatestPublicationWaits) 
     display.isBusy = true;
     publish();
     display.isBusy = false;
-    insert(u"R5"_s, 1, u"c"_s);
-    publish();
+    publishWith(u"R5"_s, u"c"_s);
     outline.calls.clear();
     runLoop();
     EXPECT_TRUE(outline.calls.isEmpty());
@@ -159,25 +163,17 @@ TEST_F(PBGroupTreeDataSourceTest, whileTheUserScrollsTheLatestPublicationWaits) 
 TEST_F(PBGroupTreeDataSourceTest, scanThreadPublishesWhileTheMainThreadEdits) {
     constexpr int count = 600;
     std::jthread scan([work = work, publisher = source.publisher()] {
-        const std::vector<int> chain{CameraModel, StarRating};
-        PushRhythm rhythm(
-            std::make_shared<PBMutableNumber>(0.0), std::make_shared<PBMutableNumber>(0));
         PBImageFileList added;
         for (int number = 0; number < count; ++number) {
             added.push_back(makeItem(u"P%1"_s.arg(number * 7919 % count), number));
-            const PBArray data{u"M%1"_s.arg(number % 5), number % 3};
-            pushImageFileItemToWorkGroupItemArray(
-                {added.back(), *work, chain, data, SortFileName, false});
+            insertInto(*work, u"M%1"_s.arg(number % 5), number % 3, added.back());
             if (number % 10 == 9) {
                 PBImageFileList unwanted{added.front()};
                 added.erase(added.begin());
                 for (const auto& node : *work)
                     node->removeImageFiles(unwanted);
             }
-            rhythm.itemWasAdded();
-            if (!rhythm.isDue({20, 1e9}, false, 0)) continue;
-            publisher(makeGroupPublication(work));
-            rhythm.wasPushed(0);
+            if (number % 20 == 19) publisher(makeGroupPublication(work));
         }
         publisher(makeGroupPublication(work));
     });
@@ -222,30 +218,26 @@ TEST_F(PBGroupTreeDataSourceTest, publisherMayOutliveTheDataSource) {
     const auto publisher = other->publisher();
     publisher(makeGroupPublication(work));
     other.reset();
-    bool done = false;
-    loop.post(MainLoop::Mode::Default, [&] { done = true; });
-    EXPECT_TRUE(spinUntil([&] { return done; }));
+    runLoop();
 }
 
-TEST(PushRhythmTest, countTimeAndFocusMakeAPushDue) {
+TEST(PushRhythmTest, timeAndFocusMakeAPushDueForAllOperationsOfAScan) {
     const auto time = std::make_shared<PBMutableNumber>(100.0);
     const auto count = std::make_shared<PBMutableNumber>(0);
     PushRhythm rhythm(time, count);
     EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 200));
     EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, true, 100));
-    rhythm.itemWasAdded();
-    EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 101));
-    EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, false, 101.1));
-    // Another operation of the same scan goes on with the same counters.
-    PushRhythm later(time, count);
-    for (int item = 1; item < 100; ++item)
-        later.itemWasAdded();
-    EXPECT_FALSE(later.isDue(catalogueScanLimits, false, 100.5));
-    later.itemWasAdded();
-    EXPECT_TRUE(later.isDue(catalogueScanLimits, false, 100.5));
-    EXPECT_FALSE(later.isDue(folderScanLimits, false, 100.5));
-    later.wasPushed(100.5);
+    for (int items = 0; items <= 100; ++items) {
+        EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 101));
+        rhythm.itemWasAdded();
+        EXPECT_EQ(rhythm.isDue(catalogueScanLimits, false, 101), items == 100);
+        EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, false, 101.1));
+    }
+    PushRhythm(time, count).wasPushed(100.5);
     EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 1000));
+    rhythm.itemWasAdded();
+    EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 101.5));
+    EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, false, 101.6));
 }
 
 } // namespace

@@ -1,8 +1,9 @@
 #include "image/PBPreloadThumbnailOperation.h"
 
 #include "group/PBImageFileItem.h"
-#include "platform/MainLoop.h"
-#include "platform/OperationQueue.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
+#include "platform/work/OperationQueue.h"
 #include "support/Support.h"
 
 #include <latch>
@@ -31,7 +32,7 @@ struct PBPreloadThumbnailOperationTest : ::testing::Test {
             items.push_back(object.imageFileItem);
         return std::make_shared<PBPreloadThumbnailOperation>(
             std::move(objects), loader, [this](const PBPreloadThumbnailObject& object) {
-                EXPECT_TRUE(platform::MainLoop::isMainThread());
+                EXPECT_TRUE(platform::isMainThread());
                 EXPECT_EQ(object.thumbnailRef.width(), object.imageFileItem->fileId());
                 finished.push_back(object.imageFileItem->fileId());
             });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FMDB/FMDatabase.h"
+#include "catalogue/PBCatalogue.h"
 #include "library/PBAliasManager.h"
 #include "library/PBFolderLister.h"
 #include "support/Rows.h"
@@ -9,13 +10,24 @@
 struct ToldAliasServices final : PBAliasServices {
     explicit ToldAliasServices(FMDatabase& db) : _db(db) {}
 
-    [[nodiscard]] platform::Resolution
-    resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) override;
-    bool storeReservePath(std::int64_t aliasId, const QString& reservePath) override;
+    platform::Resolution
+    resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) override {
+        ++resolved;
+        mayMount = mount;
+        const auto told = answers.find(aliasObject.aliasData());
+        if (told == answers.end()) return {};
+        if (error && told->second.outcome == platform::Resolution::Outcome::VolumeAbsent)
+            *error = u"no disk"_s;
+        return told->second;
+    }
+    bool storeReservePath(qint64 aliasId, const QString& reservePath) override {
+        return PBCatalogue(_db).updateFolderAliasWithIdReservePath(aliasId, reservePath);
+    }
 
     /// By the bytes that the tests take as bookmarks: a name for the folder.
     std::map<QByteArray, platform::Resolution> answers;
     int resolved = 0;
+    bool mayMount = false; ///< of the last question
 
 private:
     FMDatabase& _db;
@@ -23,12 +35,22 @@ private:
 
 /// Lists folders on disk at once, or keeps the answers back until the test lets them go.
 struct StoppableLister final : PBFolderLister {
-    [[nodiscard]] std::optional<QStringList>
-    list(const QString& lane, const QString& folder, LateAnswer late) override;
-    void letGo();
+    std::optional<QStringList>
+    list(const QString& lane, const QString& folder, LateAnswer late) override {
+        ++listed;
+        lastLane = lane;
+        if (!isSlow) return subfolderNames(folder);
+        _waiting.emplace_back([folder, late = std::move(late)] { late(subfolderNames(folder)); });
+        return std::nullopt;
+    }
+    void letGo() {
+        for (const auto& answer : std::exchange(_waiting, {}))
+            answer();
+    }
 
     bool isSlow = false;
     int listed = 0;
+    QString lastLane;
 
 private:
     std::vector<std::function<void()>> _waiting;
@@ -36,27 +58,48 @@ private:
 
 /// A catalogue in memory with an alias manager over it.
 struct LibraryTest : testing::Test {
-    LibraryTest();
-    ~LibraryTest() override;
+    LibraryTest() {
+        EXPECT_TRUE(db.open());
+        EXPECT_TRUE(catalogue.checkTables_FilesDb());
+    }
 
     /// A mounted root at the path, added as the user would add it.
     std::shared_ptr<PBAliasObject> addRoot(
-        const QString& path, std::uint64_t type = PBAliasObject::Local, std::uint64_t state = 0);
-    std::int64_t addFolder(const PBAliasObject& root, const QString& relativePath);
-    std::int64_t addImage(std::int64_t folderId, const QString& name);
-    /// The rows of the statement, columns joined with "|".
-    QStringList rows(const QString& sql) { return support::rowsOf(db, sql); }
+        const QString& path, std::uint64_t type = PBAliasObject::Local, std::uint64_t state = 0) {
+        const QByteArray data = path.toUtf8();
+        services.answers[data] = {platform::Resolution::Outcome::Found, path};
+        const auto aliasId = catalogue.insertFolderAliasWithData(
+            data, static_cast<int>(type), path, static_cast<qint64>(state));
+        const auto root = PBAliasObject::aliasObjectWithId(
+            aliasId, data, QUrl::fromLocalFile(path), path, state, type);
+        manager.addAliasObject(root);
+        return root;
+    }
+    std::shared_ptr<PBAliasObject> addZombie(const QString& path) {
+        return addRoot(path, PBAliasObject::Local, PBAliasObject::zombieState);
+    }
     void
-    answer(const PBAliasObject& root, platform::Resolution::Outcome outcome, QString path = {});
+    answer(const PBAliasObject& root, platform::Resolution::Outcome outcome, QString path = {}) {
+        services.answers[root.aliasData()] = {outcome, std::move(path)};
+    }
+    void makeAbsent(const PBAliasObject& root) {
+        answer(root, platform::Resolution::Outcome::VolumeAbsent);
+        manager.volumDidUnmount({});
+    }
 
     /// A folder on disk below a temporary one; made when asked for.
-    QString make(QStringView below);
-    QString path(QStringView below) const;
+    QString make(QStringView below) {
+        QDir().mkpath(path(below));
+        return path(below);
+    }
+    QString path(QStringView below) const { return _folder.path() + u'/' + below.toString(); }
 
-    FMDatabase db;
+    FMDatabase db{QString()};
+    PBCatalogue catalogue{db};
     ToldAliasServices services{db};
-    std::vector<std::int64_t> removedThumbnails;
-    PBAliasManager manager;
+    std::vector<qint64> removedThumbnails;
+    PBAliasManager manager{
+        {db, services, [this](std::vector<qint64> fileIds) { removedThumbnails = fileIds; }}};
 
 private:
     QTemporaryDir _folder;

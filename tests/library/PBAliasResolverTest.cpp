@@ -1,7 +1,7 @@
 #include "library/PBAliasResolver.h"
 
 #include "library/LibrarySupport.h"
-#include "platform/MainLoop.h"
+#include "platform/work/MainLoop.h"
 
 #include <semaphore>
 
@@ -26,28 +26,19 @@ struct PBAliasResolverTest : testing::Test {
     static void post(std::function<void()> function) {
         MainLoop::instance()->post(MainLoop::Mode::Common, std::move(function));
     }
-    std::shared_ptr<PBAliasObject> rootAt(const QString& path) {
-        const auto made = resolver.newAlias(path);
-        EXPECT_TRUE(made);
-        return PBAliasObject::aliasObjectWithId(
-            1, made ? made->data : QByteArray(), {}, path, 0, PBAliasObject::Local);
+    static auto rootOf(const QByteArray& data, const QString& path) {
+        return PBAliasObject::aliasObjectWithId(1, data, {}, path, 0, PBAliasObject::Local);
     }
-
-    /// The answer, be it late.
-    Resolution answer(PBAliasResolver& asked, const PBAliasObject& root, bool mount = false) {
-        std::optional<Resolution> late;
-        asked.setLateAnswerHandler(
-            [&](std::int64_t, const Resolution& resolution) { late = resolution; });
-        const Resolution soon = asked.resolve(root, mount, {}, nullptr);
-        if (soon.outcome != Outcome::Unfinished && soon.outcome != Outcome::NoAnswer) return soon;
-        EXPECT_TRUE(support::spinUntil([&] { return late.has_value(); }));
-        return late.value_or(Resolution());
+    auto rootAt(const QString& path) { return rootOf(resolver.newAlias(path).value().data, path); }
+    Outcome outcome(const PBAliasObject& root, bool mount = false) {
+        return resolver.resolve(root, mount, {}, &error).outcome;
     }
 
     MainLoop loop;
     BoundedCalls calls{&PBAliasResolverTest::post};
     ToldMounter mounter;
     PBAliasResolver resolver{calls, &mounter};
+    QString error;
     QTemporaryDir folder;
 };
 
@@ -61,36 +52,33 @@ TEST_F(PBAliasResolverTest, aSearchThatTookTooLongIsNoReasonToGiveUpAFolder) {
     PBAliasResolver slow(calls, nullptr, {}, [now] {
         return std::chrono::steady_clock::time_point(std::chrono::milliseconds(*now += 500));
     });
+    QString found;
+    slow.setLateAnswerHandler([&](qint64, const Resolution& late) { found = late.path; });
     EXPECT_EQ(slow.resolve(*root, false, {}, nullptr).outcome, Outcome::Unfinished);
-    EXPECT_EQ(answer(slow, *root).path, QString(place + u'2'));
+    EXPECT_TRUE(support::spinUntil([&] { return found == place + u'2'; }));
 }
 
 TEST_F(PBAliasResolverTest, damagedBookmarkFallsBackToTheReservePath) {
-    const auto there =
-        PBAliasObject::aliasObjectWithId(1, "junk", {}, folder.path(), 0, PBAliasObject::Local);
+    const auto there = rootOf("junk", folder.path());
     EXPECT_EQ(resolver.resolve(*there, false, {}, nullptr).path, folder.path());
-    const auto gone = PBAliasObject::aliasObjectWithId(
-        2, "", {}, folder.filePath(u"none"_s), 0, PBAliasObject::Local);
-    EXPECT_EQ(resolver.resolve(*gone, false, {}, nullptr).outcome, Outcome::NoAnswer);
+    EXPECT_EQ(outcome(*rootOf("", folder.filePath(u"none"_s))), Outcome::NoAnswer);
 }
 
 TEST_F(PBAliasResolverTest, diskThatHangsAnswersLater) {
     const auto root = rootAt(folder.path());
     auto gate = std::make_shared<std::binary_semaphore>(0);
-    const auto blocked = calls.call<int>(
-        PBAliasResolver::lane(*root), u"hang"_s, std::chrono::milliseconds(0),
-        [gate] {
-            gate->acquire();
-            return 0;
-        },
-        {});
-    ASSERT_FALSE(blocked);
-    std::vector<std::pair<std::int64_t, Resolution>> late;
-    resolver.setLateAnswerHandler([&](std::int64_t aliasId, const Resolution& resolution) {
+    const auto hang = [gate] {
+        gate->acquire();
+        return 0;
+    };
+    ASSERT_FALSE(calls.call<int>(
+        PBAliasResolver::lane(*root), u"hang"_s, std::chrono::milliseconds(0), hang, {}));
+    std::vector<std::pair<qint64, Resolution>> late;
+    resolver.setLateAnswerHandler([&](qint64 aliasId, const Resolution& resolution) {
         late.emplace_back(aliasId, resolution);
     });
-    EXPECT_EQ(resolver.resolve(*root, false, {}, nullptr).outcome, Outcome::NoAnswer);
-    EXPECT_EQ(resolver.resolve(*root, false, {}, nullptr).outcome, Outcome::NoAnswer);
+    EXPECT_EQ(outcome(*root), Outcome::NoAnswer);
+    EXPECT_EQ(outcome(*root), Outcome::NoAnswer);
     gate->release();
     ASSERT_TRUE(support::spinUntil([&] { return !late.empty(); }));
     EXPECT_EQ(late.size(), 1u) << "the second question took the place of the first";
@@ -102,24 +90,37 @@ TEST_F(PBAliasResolverTest, absentVolumeIsMountedWhenAsked) {
     platform::Bookmark bookmark;
     bookmark.path = u"/media/nobody/Stick/photos"_s;
     bookmark.fileSystem = {"ext4", "0123456789abcdef", "/dev/nothing", 9};
-    const auto root = PBAliasObject::aliasObjectWithId(
-        5, bookmark.data(), {}, bookmark.path, 0, PBAliasObject::Removable);
-    std::vector<std::pair<std::int64_t, QString>> failures;
-    resolver.setMountFailureHandler(
-        [&](std::int64_t aliasId, const QString& error) { failures.emplace_back(aliasId, error); });
-    QString error;
-    EXPECT_EQ(resolver.resolve(*root, false, {}, &error).outcome, Outcome::VolumeAbsent);
+    const auto root = rootOf(bookmark.data(), bookmark.path);
+    QStringList failures;
+    resolver.setMountFailureHandler([&](qint64 aliasId, const QString& reason) {
+        failures.append(u"%1 %2"_s.arg(aliasId).arg(reason));
+    });
+    EXPECT_EQ(outcome(*root), Outcome::VolumeAbsent);
     EXPECT_FALSE(mounter.pending);
-    EXPECT_EQ(resolver.resolve(*root, true, {}, &error).outcome, Outcome::VolumeAbsent);
+    EXPECT_EQ(outcome(*root, true), Outcome::VolumeAbsent);
     EXPECT_TRUE(error.isEmpty());
     ASSERT_TRUE(mounter.pending);
     mounter.pending(QString());
-    EXPECT_TRUE(failures.empty());
     mounter.pending(u"wrong password"_s);
-    EXPECT_EQ(failures.size(), 1u);
+    EXPECT_EQ(failures.size(), 1);
     mounter.can = false;
-    static_cast<void>(resolver.resolve(*root, true, {}, &error));
+    EXPECT_EQ(outcome(*root, true), Outcome::VolumeAbsent);
     EXPECT_FALSE(error.isEmpty());
+}
+
+TEST_F(PBAliasResolverTest, typeFollowsFromTheVolume) {
+    const std::pair<platform::VolumeProperties, PBAliasObject::Type> cases[] = {
+        {{}, PBAliasObject::Local},
+        {{.isLocal = false, .isEjectable = true}, PBAliasObject::Network},
+        {{.isEjectable = true}, PBAliasObject::Removable},
+        {{.isRemovable = true}, PBAliasObject::Removable},
+        {{.isInternal = false}, PBAliasObject::Removable}};
+    for (const auto& [volume, type] : cases)
+        EXPECT_EQ(PBUtilities::aliasTypeOfVolume(volume), type);
+    support::writeFile(folder.filePath(u"f"_s), "x");
+    EXPECT_TRUE(resolver.isFolder(folder.path()));
+    EXPECT_FALSE(resolver.isFolder(folder.filePath(u"f"_s)));
+    EXPECT_FALSE(resolver.newAlias(folder.filePath(u"none"_s)));
 }
 
 } // namespace

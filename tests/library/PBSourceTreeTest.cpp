@@ -1,18 +1,20 @@
+#include "library/FolderIcons.h"
 #include "library/LibrarySupport.h"
+#include "library/PBAliasResolver.h"
+#include "library/PBPathHistory.h"
 #include "library/PBSourceTreeDataSource.h"
-#include "platform/BoundedCalls.h"
-#include "platform/LocalizedTexts.h"
-#include "platform/MainLoop.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/BoundedCalls.h"
+#include "platform/work/MainLoop.h"
 
 #include <unistd.h>
-
-using Outcome = platform::Resolution::Outcome;
 
 namespace {
 
 struct PBSourceTreeTest : LibraryTest {
-    static QStringList names(const PBOutlineItems& items) {
-        return support::listed(items, [](const auto& item) { return item->displayName(); });
+    static QString names(const PBOutlineItems& items) {
+        return support::listed(items, [](const auto& item) { return item->displayName(); })
+            .join(u',');
     }
     std::shared_ptr<PBFolderAliasItem> itemOf(const QString& folder) {
         const auto root = addRoot(folder);
@@ -21,7 +23,7 @@ struct PBSourceTreeTest : LibraryTest {
     }
     QStringList shown() {
         return support::listed(tree.shownCategories(), [this](const auto& category) {
-            return category->displayName() + u':' + names(category->children()).join(u',');
+            return category->displayName() + u':' + names(category->children());
         });
     }
 
@@ -30,30 +32,24 @@ struct PBSourceTreeTest : LibraryTest {
 };
 
 TEST_F(PBSourceTreeTest, childrenAreFoldersOnlyInNaturalOrder) {
-    make(u"A/img10");
-    make(u"A/Img2");
-    make(u"A/.hidden");
-    make(u"A/Photos.app/x");
-    make(u"A/\U0001F33B line\nbreak");
+    for (const char16_t* folder :
+         {u"A/img10", u"A/Img2", u"A/.hidden", u"A/Photos.app/x", u"A/\U0001F33B line\nbreak"})
+        make(folder);
     support::writeFile(path(u"A/file.jpg"), "x");
     QFile::link(path(u"A"), path(u"A/loop"));
     const auto item = itemOf(path(u"A"));
     EXPECT_FALSE(item->isLoaded());
-    EXPECT_EQ(
-        names(item->children()),
-        (QStringList{u"\U0001F33B line break"_s, u"Img2"_s, u"img10"_s, u"loop"_s}));
-    EXPECT_EQ(lister.listed, 1);
-    static_cast<void>(item->children());
+    for (int times = 0; times < 2; ++times)
+        EXPECT_EQ(names(item->children()), u"\U0001F33B line break,Img2,img10,loop"_s);
     EXPECT_EQ(lister.listed, 1) << "loaded once";
     const auto loop = item->childFolderWithFolderName(u"LOOP"_s, false);
-    ASSERT_TRUE(loop);
     EXPECT_FALSE(loop->childFolderWithFolderName(u"loop"_s, false));
     const auto deeper = loop->childFolderWithFolderName(u"loop"_s, true);
-    ASSERT_TRUE(deeper);
     QString relativePath;
     EXPECT_EQ(deeper->aliasObjectAndRelativePath(&relativePath), item->aliasObject());
     EXPECT_EQ(relativePath, u"loop/loop"_s);
     EXPECT_EQ(deeper->folderPath(), path(u"A/loop/loop"));
+    EXPECT_EQ(lister.lastLane, PBAliasResolver::lane(*item->aliasObject())) << "the root's volume";
 }
 
 TEST_F(PBSourceTreeTest, refreshKeepsTheItemsThatAreStillThere) {
@@ -68,7 +64,7 @@ TEST_F(PBSourceTreeTest, refreshKeepsTheItemsThatAreStillThere) {
 
     QFile::rename(path(u"A/two"), path(u"A/three"));
     EXPECT_TRUE(item->refreshSelfChilden());
-    EXPECT_EQ(names(item->children()), (QStringList{u"one"_s, u"three"_s}));
+    EXPECT_EQ(names(item->children()), u"one,three"_s);
     EXPECT_EQ(item->childFolderWithFolderName(u"one"_s, false), one);
     EXPECT_TRUE(one->isLoaded());
     EXPECT_FALSE(item->childFolderWithFolderName(u"three"_s, false)->isLoaded());
@@ -92,8 +88,7 @@ TEST_F(PBSourceTreeTest, spellingsThatDifferInCaseAreFoldersOfTheirOwn) {
     const auto item = itemOf(path(u"A"));
     static_cast<void>(item->children());
     const auto upper = item->childFolderWithFolderName(u"Trip"_s, false);
-    const auto lower = item->childFolderWithFolderName(u"trip"_s, false);
-    ASSERT_NE(upper, lower);
+    ASSERT_NE(upper, item->childFolderWithFolderName(u"trip"_s, false));
     EXPECT_TRUE(item->childFolderWithFolderName(u"TRIP"_s, false));
     EXPECT_FALSE(item->refreshSelfChilden());
     EXPECT_EQ(item->childFolderWithFolderName(u"Trip"_s, false), upper);
@@ -114,16 +109,14 @@ TEST_F(PBSourceTreeTest, slowDiskBringsChildrenLater) {
         &tree, &PBSourceTreeDataSource::childrenDidArrive, &tree,
         [&](PBFolderItem* who) { arrived.append(who->folderPath()); });
     lister.isSlow = true;
-    EXPECT_TRUE(item->children().empty());
-    EXPECT_TRUE(item->isLoaded());
+    EXPECT_TRUE(item->children().empty() && item->isLoaded());
     lister.letGo();
     EXPECT_EQ(arrived, QStringList{path(u"A")});
-    EXPECT_EQ(names(item->children()), (QStringList{u"one"_s, u"two"_s}));
+    EXPECT_EQ(names(item->children()), u"one,two"_s);
 
     // An answer about a folder whose volume is gone by now is of no use.
     EXPECT_FALSE(item->refreshSelfChilden());
-    answer(*item->aliasObject(), Outcome::VolumeAbsent);
-    manager.volumDidUnmount({});
+    makeAbsent(*item->aliasObject());
     EXPECT_TRUE(tree.refreshAliasObject(*item->aliasObject()));
     lister.letGo();
     EXPECT_EQ(arrived.size(), 1);
@@ -142,18 +135,21 @@ TEST_F(PBSourceTreeTest, manySubfoldersAreListedInOneGo) {
     const auto root = addRoot(path(u"A"));
     slowTree.reloadCategoryItem();
     const auto item = slowTree.folderAliasItemWithAliasObject(*root);
-    EXPECT_TRUE(item->children().size() == 0 || item->children().size() == 300);
+    static_cast<void>(item->children());
     EXPECT_TRUE(support::spinUntil([&] { return item->loadedChildren().size() == 300; }));
     EXPECT_EQ(item->loadedChildren().back()->folderName(), u"n299"_s);
 }
 
 TEST_F(PBSourceTreeTest, categoriesShowTheRootsThatAreNoZombies) {
     const auto one = addRoot(make(u"one"));
-    addRoot(make(u"dead"), PBAliasObject::Local, PBAliasObject::zombieState);
+    addZombie(make(u"dead"));
     const auto stick = addRoot(make(u"stick"), PBAliasObject::Removable);
-    addRoot(u"/odd"_s, 9);
+    addRoot(u"/odd"_s, 3);
     EXPECT_FALSE(tree.hasFolderAliasItem());
+    int changes = 0;
+    QObject::connect(&tree, &PBSourceTreeDataSource::itemsDidChange, &tree, [&] { ++changes; });
     tree.reloadCategoryItem();
+    EXPECT_TRUE(tree.hasFolderAliasItem());
     const QString local = platform::localizedString(u"LocalDisks");
     const QString removable = platform::localizedString(u"RemovableDisks");
     EXPECT_EQ(shown(), (QStringList{local + u":one"_s, removable + u":stick"_s}));
@@ -165,27 +161,75 @@ TEST_F(PBSourceTreeTest, categoriesShowTheRootsThatAreNoZombies) {
     const auto share = addRoot(make(u"share"), PBAliasObject::Network);
     tree.insertFolderAlias(tree.makeFolderAliasItem(share));
     tree.removeFolderAlias(*item);
-    EXPECT_EQ(
-        shown(),
-        (QStringList{
-            platform::localizedString(u"NetworkDisks") + u":share"_s, removable + u":stick"_s}));
+    EXPECT_EQ(changes, 4);
+    tree.setContextMenuItem(item);
+    EXPECT_EQ(tree.contextMenuItem(), item);
+    EXPECT_EQ(changes, 5);
+    const QString network = platform::localizedString(u"NetworkDisks");
+    EXPECT_EQ(shown(), (QStringList{network + u":share"_s, removable + u":stick"_s}));
 }
 
 TEST_F(PBSourceTreeTest, foldersOfZombiesAreFoundInTheRootAround) {
     make(u"A/B/C");
     const auto outer = addRoot(path(u"A"));
-    const auto zombie = addRoot(path(u"A/B"), PBAliasObject::Local, PBAliasObject::zombieState);
+    const auto zombie = addZombie(path(u"A/B"));
     tree.reloadCategoryItem();
     const QString c = u"C"_s;
     EXPECT_FALSE(tree.folderItemWithAliasObject(*zombie, c, false)) << "nothing is loaded yet";
     const auto found = tree.folderItemWithAliasObject(*zombie, c, true);
-    ASSERT_TRUE(found);
     EXPECT_EQ(found->folderPath(), path(u"A/B/C"));
-    EXPECT_TRUE(tree.folderItemWithAliasObject(*zombie, c, false));
+    EXPECT_EQ(tree.folderItemWithAliasObject(*zombie, c, false), found);
     EXPECT_EQ(
         tree.folderItemWithAliasObject(*outer, {}, false),
         tree.folderAliasItemWithAliasObject(*outer));
     EXPECT_FALSE(tree.folderItemWithAliasObject(*outer, u"B/none"_s, true));
+}
+
+TEST_F(PBSourceTreeTest, rowsTellWhetherTheirRootIsThere) {
+    const auto home = itemOf(QDir::homePath());
+    const QString iconOfHome = FolderIcons::nameForPath(QDir::homePath());
+    EXPECT_EQ(home->description(), QDir::homePath());
+    EXPECT_EQ(home->displayIcons(), QStringList{iconOfHome});
+    EXPECT_NE(iconOfHome, FolderIcons::nameForPath(path(u"A")));
+    EXPECT_EQ(FolderIcons::nameForPath(u"/"_s), u"drive-harddisk"_s);
+    EXPECT_EQ(tree.heightOfRow(*home), 32);
+    EXPECT_TRUE(tree.isSelectable(*home));
+    const auto category = tree.shownCategories().front();
+    EXPECT_EQ(tree.heightOfRow(*category), 20);
+    EXPECT_FALSE(tree.isSelectable(*category));
+    for (const auto& [type, icon] :
+         {std::pair(PBAliasObject::Local, u"folder"_s),
+          {PBAliasObject::Network, u"network-server"_s},
+          {PBAliasObject::Removable, u"drive-removable-media"_s}}) {
+        const auto root = addRoot(u"/away"_s, type);
+        makeAbsent(*root);
+        EXPECT_FALSE(tree.folderAliasItemWithAliasObject(*root)) << "no place is nobody's place";
+        tree.reloadCategoryItem();
+        const auto item = tree.folderAliasItemWithAliasObject(*root);
+        EXPECT_EQ(item->description(), platform::localizedString(u"TryMounted"));
+        EXPECT_EQ(item->displayIcons(), (QStringList{icon, u"emblem-symbolic-link"_s}));
+    }
+}
+
+TEST_F(PBSourceTreeTest, historyGoesBackAndForwardAndForgetsWhatLayAhead) {
+    PBPathHistory history;
+    EXPECT_TRUE(!history.canBack() && !history.canForward() && !history.back(nullptr));
+    const auto root = addRoot(u"/A"_s);
+    for (const QString& way : support::words("1 2 3"))
+        history.pushAliasObject(root, way);
+    QString way;
+    EXPECT_FALSE(history.canForward() || history.forwardPlace() || history.forward(&way));
+    EXPECT_EQ(history.backPlace()->relativePath, u"2"_s);
+    EXPECT_EQ(history.back(&way), root);
+    EXPECT_EQ(history.back(&way), root);
+    EXPECT_EQ(way, u"1"_s);
+    EXPECT_FALSE(history.canBack() || history.backPlace() || history.back(&way));
+    EXPECT_EQ(history.forwardPlace()->relativePath, u"2"_s);
+    EXPECT_EQ(history.forward(&way), root);
+    EXPECT_EQ(way, u"2"_s);
+    history.pushAliasObject(root, u"4"_s);
+    EXPECT_FALSE(history.canForward()) << "3 is forgotten";
+    EXPECT_EQ(history.backPlace()->relativePath, u"2"_s);
 }
 
 } // namespace

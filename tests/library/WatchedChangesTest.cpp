@@ -1,8 +1,8 @@
 #include "library/WatchedChanges.h"
 
 #include "library/SCEvents.h"
-#include "platform/EventStream.h"
-#include "platform/MainLoop.h"
+#include "platform/files/EventStream.h"
+#include "platform/work/MainLoop.h"
 #include "support/Support.h"
 
 using namespace platform;
@@ -16,17 +16,15 @@ std::vector<SCEvent> eventsOf(const char* told) {
         {u'x', EventItemRemoved}, {u'n', EventItemRenamed}, {u'l', EventMustScanSubDirs},
         {u'r', EventRootChanged}};
     std::vector<SCEvent> events;
-    for (const QString& event : QString::fromLatin1(told).split(u' ', Qt::SkipEmptyParts)) {
+    for (const QString& event : support::words(told)) {
         const qsizetype path = event.indexOf(u'/');
         std::uint32_t flags = 0;
         for (const QChar letter : event.left(path))
             flags |= flagOf.at(letter);
-        events.push_back(SCEvent::eventWithEventId(1, {}, event.mid(path), flags));
+        events.emplace_back(event.mid(path), flags);
     }
     return events;
 }
-
-} // namespace
 
 TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
     // Events, folders to scan again and folders of the sidebar to refresh, those with what is below
@@ -46,6 +44,7 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
         {"dx/r/a", "", true, "/r"},
         {"dx/r", "", false, "/"},
         {"fc/r/a/b/x.jpg dn/r/a/b", "/r/a/b+", true, "/r/a"},
+        {"dn/r/a/b fc/r/a/b/x.jpg", "/r/a/b+", true, "/r/a"},
         {"dn/r/b", "", false, "/r"},
         {"d/r/a", "", false, ""},
         // Events were lost above and at the selection.
@@ -61,20 +60,17 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
                 return true;
             },
             [](const QString& uti) { return uti == u"public.jpeg"; }};
-        const WatchedChanges changes =
-            watchedChangesOfEvents(eventsOf(events), u"/r/a"_s, questions);
-        QStringList scanned;
-        for (const FolderRescan& rescan : changes.rescans)
-            scanned.append(
-                rescan == FolderRescan{rescan.path, true} ? rescan.path + u'+' : rescan.path);
-        EXPECT_EQ(scanned.join(u' '), QString::fromLatin1(rescans));
+        const auto changes = watchedChangesOfEvents(eventsOf(events), u"/r/a"_s, questions);
+        const QStringList scanned = support::listed(changes.rescans, [](const auto& rescan) {
+            return rescan == FolderRescan{rescan.path, true} ? rescan.path + u'+' : rescan.path;
+        });
+        EXPECT_EQ(scanned, support::words(rescans));
         EXPECT_EQ(changes.checkExist, checkExist);
-        EXPECT_EQ(refreshed.join(u' '), QString::fromLatin1(refreshes));
+        EXPECT_EQ(refreshed, support::words(refreshes));
         EXPECT_EQ(changes.sidebarChanged, !refreshed.isEmpty());
         EXPECT_FALSE(changes.rootsChanged);
-        refreshed.clear();
         // With nothing selected only the sidebar is of interest.
-        const WatchedChanges none = watchedChangesOfEvents(eventsOf(events), {}, questions);
+        const auto none = watchedChangesOfEvents(eventsOf(events), {}, questions);
         EXPECT_TRUE(none.rescans.empty() && !none.checkExist);
     }
 }
@@ -97,8 +93,6 @@ TEST(WatchedChangesTest, RootsAreAskedOfRootEventsAndOfFoldersOnly) {
     EXPECT_TRUE(changes.rescans.empty() && !changes.checkExist);
 }
 
-namespace {
-
 struct Listener final : SCEventListenerProtocol {
     void pathWatcher(SCEvents&, std::span<const SCEvent> events) override {
         for (const SCEvent& event : events)
@@ -107,9 +101,7 @@ struct Listener final : SCEventListenerProtocol {
     QStringList paths;
 };
 
-} // namespace
-
-TEST(SCEventsTest, OneStreamAtATimeAndItsDelegateHearsWhatIsNotExcluded) {
+TEST(SCEventsTest, OneStreamAtATimeTellsItsDelegate) {
     MainLoop loop;
     const QTemporaryDir temporary;
     const QString root = temporary.path();
@@ -118,8 +110,6 @@ TEST(SCEventsTest, OneStreamAtATimeAndItsDelegateHearsWhatIsNotExcluded) {
     options.latency = std::chrono::hours(1);
     SCEvents events(options);
     events.setDelegate(&listener);
-    events.setIgnoreEventsFromSubDirs(false);
-    events.setExcludedPaths({root + u"/b.jpg"_s});
 
     EXPECT_FALSE(events.startWatchingPaths({}) || events.flushEventStreamSync());
     EXPECT_TRUE(events.startWatchingPaths({root}));
@@ -128,10 +118,12 @@ TEST(SCEventsTest, OneStreamAtATimeAndItsDelegateHearsWhatIsNotExcluded) {
     events.flushEventStreamSync();
 
     support::writeFile(root + u"/a.jpg"_s, "a");
-    support::writeFile(root + u"/b.jpg"_s, "b");
     EXPECT_TRUE(events.flushEventStreamSync());
     ASSERT_TRUE(support::spinUntil([&] { return !listener.paths.isEmpty(); }));
     EXPECT_EQ(listener.paths, QStringList{root + u"/a.jpg"_s});
     EXPECT_TRUE(events.stopWatchingPaths());
-    EXPECT_FALSE(events.stopWatchingPaths());
+    EXPECT_FALSE(events.stopWatchingPaths() || events.flushEventStreamSync());
+    EXPECT_TRUE(events.startWatchingPaths({root})) << "again, after the end of the former";
 }
+
+} // namespace

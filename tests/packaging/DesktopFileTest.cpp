@@ -1,5 +1,5 @@
-#include "image/codec/PBImageImporterManager.h"
-#include "platform/TypeIdentifiers.h"
+#include "codec/PBImageImporterManager.h"
+#include "platform/files/TypeIdentifiers.h"
 
 #include "support/Support.h"
 

@@ -1,15 +1,20 @@
-#include "platform/BookmarkResolver.h"
+#include "platform/files/FolderSearch.h"
+#include "platform/volumes/BookmarkResolver.h"
 
 #include "support/Support.h"
 
+#include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace platform;
 using Outcome = Resolution::Outcome;
+using Answer = std::pair<Outcome, QString>;
 
 namespace {
+
+const Answer missing{Outcome::Missing, {}};
 
 struct BookmarkTest : testing::Test {
     QString path(QStringView below) const { return _folder.path() + u'/' + below.toString(); }
@@ -18,191 +23,196 @@ struct BookmarkTest : testing::Test {
         return path(below);
     }
     Bookmark bookmarkOf(const QString& folder) const {
-        auto bookmark = Bookmark::bookmarkOfFolder(folder, Volumes());
-        if (!bookmark) {
-            ADD_FAILURE() << "no bookmark";
-            return {};
-        }
+        const auto bookmark = Bookmark::bookmarkOfFolder(folder, Volumes());
+        EXPECT_TRUE(bookmark);
         // Through the byte form, as roots are kept.
-        return Bookmark::fromData(bookmark->data()).value_or(Bookmark());
+        return Bookmark::fromData(bookmark.value_or(Bookmark()).data()).value_or(Bookmark());
     }
-    static void move(const QString& from, const QString& to) {
-        ASSERT_EQ(::rename(QFile::encodeName(from), QFile::encodeName(to)), 0);
+    void move(QStringView from, QStringView to) const {
+        ASSERT_EQ(::rename(QFile::encodeName(path(from)), QFile::encodeName(path(to))), 0);
     }
     /// Without the user's own folders, which would let a test depend on them.
-    Resolution resolve(const Bookmark& bookmark, const SearchPlaces& places = {}) const {
-        return BookmarkResolver().resolve(bookmark, places);
+    Answer resolve(const Bookmark& bookmark, const SearchPlaces& places = {}) const {
+        const auto [outcome, at] = BookmarkResolver().resolve(bookmark, places);
+        return {outcome, at};
     }
-    void expectFound(const Bookmark& bookmark, const QString& at, const SearchPlaces& places = {}) {
-        const Resolution resolution = resolve(bookmark, places);
-        EXPECT_EQ(resolution.outcome, Outcome::Found);
-        EXPECT_EQ(resolution.path, at);
-    }
+    Answer found(QStringView below) const { return {Outcome::Found, path(below)}; }
 
 private:
     QTemporaryDir _folder;
 };
 
 TEST_F(BookmarkTest, folderIsFoundAtItsPathAndAfterRenamesAndMoves) {
-    const QString original = make(u"home/Photos/A");
-    const Bookmark bookmark = bookmarkOf(original);
+    QStringView now = u"home/Photos/A";
+    const Bookmark bookmark = bookmarkOf(make(now));
     make(u"home/Photos/Archive/2024");
     make(u"home/Other/Deep");
-    expectFound(bookmark, original);
-
-    QString now = original;
-    const char16_t* const places[] = {
+    const QStringView places[] = {
+        now,
         u"home/Photos/A2",              // renamed
         u"home/Photos/Archive/A",       // into a neighbour
         u"home/A",                      // one level up
         u"home/Other/A",                // into the parent's neighbour
         u"home/Photos/A",               // and back
         u"home/Photos/\U0001F33B\n x"}; // names are bytes
-    for (const char16_t* place : places) {
-        move(now, path(place));
-        now = path(place);
-        expectFound(bookmark, now);
+    for (const QStringView place : places) {
+        move(now, place);
+        EXPECT_EQ(resolve(bookmark), found(place));
+        now = place;
     }
 }
 
 TEST_F(BookmarkTest, otherRootsAndTheLastSeenPathAreSearchedToo) {
-    const QString original = make(u"one/two/three/A");
+    const Bookmark bookmark = bookmarkOf(make(u"one/two/three/A"));
     make(u"one/two/three/.Trash");
     QFile::link(path(u"one"), path(u"one/two/loop"));
-    const QString root = make(u"far/away/Root");
-    const QString seen = make(u"x/y/z/hidden") + u"/A"_s;
-    const Bookmark bookmark = bookmarkOf(original);
-    move(original, path(u"one/two/three/.Trash/A"));
-    EXPECT_EQ(resolve(bookmark).outcome, Outcome::Missing)
-        << "the trash is not searched, nor links";
-    move(path(u"one/two/three/.Trash/A"), path(u"far/away/Root/A"));
-    EXPECT_EQ(resolve(bookmark).outcome, Outcome::Missing);
-    SearchPlaces places;
-    places.otherRoots = {root};
-    expectFound(bookmark, path(u"far/away/Root/A"), places);
-    move(path(u"far/away/Root/A"), seen);
-    EXPECT_EQ(resolve(bookmark, places).outcome, Outcome::Missing);
-    places.lastSeenPath = seen;
-    expectFound(bookmark, seen, places);
+    make(u"x/y/z/hidden");
+    SearchPlaces places{{}, {make(u"far/away/Root")}, {}};
+    move(u"one/two/three/A", u"one/two/three/.Trash/A");
+    EXPECT_EQ(resolve(bookmark), missing) << "the trash is not searched, nor links";
+    move(u"one/two/three/.Trash/A", u"far/away/Root/A");
+    EXPECT_EQ(resolve(bookmark), missing);
+    EXPECT_EQ(resolve(bookmark, places), found(u"far/away/Root/A"));
+    move(u"far/away/Root/A", u"x/y/z/hidden/A");
+    EXPECT_EQ(resolve(bookmark, places), missing);
+    places.lastSeenPath = path(u"x/y/z/hidden/A");
+    EXPECT_EQ(resolve(bookmark, places), found(u"x/y/z/hidden/A"));
 }
 
 TEST_F(BookmarkTest, anotherFolderAtTheOldPathIsNotTheOldRoot) {
-    const QString original = make(u"p/A");
-    const Bookmark bookmark = bookmarkOf(original);
+    const Bookmark bookmark = bookmarkOf(make(u"p/A"));
     // The inode number is given out again at once on some file systems.
-    QDir().rmdir(original);
+    QDir().rmdir(path(u"p/A"));
     make(u"p/A");
-    EXPECT_EQ(resolve(bookmark).outcome, Outcome::Missing);
+    EXPECT_EQ(resolve(bookmark), missing);
+    support::writeFile(path(u"p/file"), "x");
+    EXPECT_FALSE(Bookmark::bookmarkOfFolder(path(u"p/file"), Volumes()));
 
-    const QString second = make(u"p/B");
-    const Bookmark moved = bookmarkOf(second);
-    move(second, path(u"p/C"));
+    const Bookmark moved = bookmarkOf(make(u"p/B"));
+    move(u"p/B", u"p/C");
     make(u"p/B");
-    expectFound(moved, path(u"p/C"));
-
-    const QString third = make(u"p/D");
-    const Bookmark gone = bookmarkOf(third);
-    QDir().rmdir(third);
-    support::writeFile(third, "a file now");
-    EXPECT_EQ(resolve(gone).outcome, Outcome::Missing);
+    EXPECT_EQ(resolve(moved), found(u"p/C"));
 }
 
 TEST_F(BookmarkTest, searchEndsWithItsTime) {
-    const QString original = make(u"p/q/A");
-    const Bookmark bookmark = bookmarkOf(original);
-    move(original, path(u"A"));
+    const Bookmark bookmark = bookmarkOf(make(u"p/q/A"));
+    move(u"p/q/A", u"A");
     for (int i = 0; i < 50; ++i)
         make(u"p/q/n%1"_s.arg(i));
-    std::chrono::steady_clock::time_point now;
-    int looks = 0;
-    const BookmarkResolver impatient({}, [&] {
-        ++looks;
-        return now += std::chrono::milliseconds(60);
-    });
-    EXPECT_EQ(impatient.resolve(bookmark, {}).outcome, Outcome::Unfinished)
-        << "what was not searched through is not known to be gone";
-    EXPECT_LE(looks, 6);
-    EXPECT_EQ(impatient.resolve(bookmark, {}, std::chrono::minutes(1)).outcome, Outcome::Missing);
+    // What was not searched through is not known to be gone.
+    const auto outcomeAfter = [&](int milliseconds, const std::stop_token& stop) {
+        std::chrono::steady_clock::time_point now;
+        const BookmarkResolver resolver({}, [&, looks = 0]() mutable {
+            return now + std::chrono::milliseconds(looks++ == 0 ? 0 : milliseconds);
+        });
+        return resolver.resolve(bookmark, {}, BookmarkResolver::timeLimit, stop).outcome;
+    };
+    EXPECT_EQ(outcomeAfter(199, {}), Outcome::Missing);
+    EXPECT_EQ(outcomeAfter(200, {}), Outcome::Unfinished);
     std::stop_source stop;
     stop.request_stop();
-    EXPECT_EQ(
-        impatient.resolve(bookmark, {}, std::chrono::minutes(1), stop.get_token()).outcome,
-        Outcome::Unfinished);
+    EXPECT_EQ(outcomeAfter(0, stop.get_token()), Outcome::Unfinished);
 }
 
-TEST_F(BookmarkTest, whereNumbersMeanNothingPathAndVolumeDecide) {
-    const QString original = make(u"p/A");
-    Bookmark bookmark = bookmarkOf(original);
-    // As an SD card would have it, whose folders get numbers by chance.
-    bookmark.fileSystem = {"vfat", "", bookmark.fileSystem.source, 0};
-    bookmark.folder = {.inode = 1, .creationTime = 2, .handleType = 0, .handle = {}};
-    Bookmark other = bookmark;
-    other.folder.inode = 99;
-    EXPECT_TRUE(bookmark.isSameFolder(other, true));
-    EXPECT_FALSE(bookmark.isSameFolder(bookmark, false));
-    other.fileSystem.source = "/dev/other";
-    EXPECT_FALSE(bookmark.isSameFolder(other, true));
+TEST_F(BookmarkTest, searchGoesDownFromTheNewestFoldersAndLeavesOutWhatItMust) {
+    const std::uint64_t inode = bookmarkOf(make(u"p/old/A")).folder.inode;
+    const QByteArray top = QFile::encodeName(make(u"p"));
+    for (int i = 0; i < 5; ++i)
+        make(u"p/%1"_s.arg(i));
+    using Places = std::vector<FolderSearch::Place>;
+    const auto found = [&](const Places& places, int looks, const QSet<QByteArray>& avoided = {}) {
+        const std::chrono::steady_clock::time_point start;
+        FolderSearch search(
+            inode, [](const QByteArray&) { return true; },
+            [&] { return start + std::chrono::seconds(looks-- > 0 ? 0 : 1); },
+            start + std::chrono::seconds(1));
+        search.setAvoided(avoided);
+        const auto path = search.run(places);
+        return path.value_or(search.isUnfinished() ? "unfinished" : "none");
+    };
+    const auto touch = [](const QByteArray& folder, std::int64_t time) {
+        const timespec times[2] = {{time, 0}, {time, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, folder.constData(), times, 0), 0);
+    };
+    const QByteArray wanted = top + "/old/A";
+    touch(top + "/old", 4'000'000'000);
+    EXPECT_EQ(found({{top, 2}}, 2), wanted) << "the folder changed last comes first";
+    touch(top + "/old", 1);
+    EXPECT_EQ(found({{top, 2}}, 2), "unfinished");
+    EXPECT_EQ(found({{top, 2}}, 99), wanted);
+    EXPECT_EQ(found({{top, 1}}, 99), "none");
+    EXPECT_EQ(found({{top, 1}, {top, 2}}, 99), wanted) << "deeper than before";
+    EXPECT_EQ(found({{top, 2}, {top + "/old", 1}}, 7), wanted);
+    EXPECT_EQ(found({{top, 2}}, 99, {top + "/old"}), "none");
+    EXPECT_EQ(found({{top, 2}}, 99, {wanted}), "none");
+    EXPECT_EQ(found({{top, 2}}, 99, {top}), "none");
 }
 
-TEST_F(BookmarkTest, absentVolumeIsNotAMissingFolder) {
+TEST_F(BookmarkTest, bytesCarryEveryMarkAndEachMarkDecides) {
+    Bookmark one;
+    one.path = u"/a/b"_s;
+    one.pathInFileSystem = u"/b"_s;
+    one.fileSystem = {"ext4", "aa", "/dev/x", ~std::uint64_t(4)};
+    one.folder = {~std::uint64_t(7), -5, -6, "handle"};
+    const auto read = Bookmark::fromData(one.data());
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->path + read->pathInFileSystem, u"/a/b/b"_s);
+    EXPECT_EQ(read->fileSystem, one.fileSystem);
+    const auto marks = [](const FolderMark& mark) {
+        return std::tuple(mark.inode, mark.creationTime, mark.handleType, mark.handle);
+    };
+    EXPECT_EQ(marks(read->folder), marks(one.folder));
+    for (qsizetype length = 0; length < one.data().size(); ++length)
+        EXPECT_FALSE(Bookmark::fromData(one.data().left(length))) << length;
+    EXPECT_FALSE(Bookmark::fromData(one.data() + QByteArray(1 << 20, ' '))) << "too large";
+
+    const auto isSame = [&](const FolderMark& mark) {
+        Bookmark other = one;
+        other.folder = mark;
+        return one.isSameFolder(other, true);
+    };
+    EXPECT_TRUE(isSame(one.folder) && isSame({one.folder.inode, 0, 9, {}}));
+    EXPECT_FALSE(isSame({1, -5, -6, "handle"}) || isSame({one.folder.inode, 1, -6, "handle"}));
+    EXPECT_FALSE(isSame({one.folder.inode, -5, 1, "handle"}));
+    EXPECT_FALSE(isSame({one.folder.inode, -5, -6, "other"}));
+    one.fileSystem = {"vfat", "", "/dev/x", 0};
+    EXPECT_TRUE(isSame({1, 1, 1, {}})) << "numbers mean nothing";
+    EXPECT_FALSE(one.isSameFolder(one, false));
+    Bookmark elsewhere = one;
+    elsewhere.fileSystem.source = "/dev/y";
+    EXPECT_FALSE(one.isSameFolder(elsewhere, true));
+    one.fileSystem.type = "overlay";
+    EXPECT_TRUE(isSame({1, 1, 1, {}})) << "at the same path";
+    one.fileSystem = {"nfs", "", "host:/x", 0};
+    EXPECT_TRUE(isSame({one.folder.inode, -5, 1, "other"})) << "servers make new handles";
+}
+
+TEST_F(BookmarkTest, absentVolumeOrUnreadableParentIsNoMissingFolder) {
     Bookmark bookmark = bookmarkOf(make(u"p/A"));
-    bookmark.fileSystem = {"ext4", "00000000000000000000000000000000", "/dev/stick", 0};
-    bookmark.fileSystem.fsid = 42;
-    EXPECT_EQ(resolve(bookmark).outcome, Outcome::VolumeAbsent);
-}
-
-TEST_F(BookmarkTest, unreadableParentSaysNothing) {
-    if (::geteuid() == 0) GTEST_SKIP() << "root reads everything";
-    const QString original = make(u"p/A");
-    const Bookmark bookmark = bookmarkOf(original);
-    ::chmod(QFile::encodeName(path(u"p")).constData(), 0);
-    EXPECT_EQ(resolve(bookmark).outcome, Outcome::NoAnswer);
-    ::chmod(QFile::encodeName(path(u"p")).constData(), 0755);
+    const uid_t user = ::geteuid();
+    ::chmod(QFile::encodeName(path(u".")), 0755);
+    ::chmod(QFile::encodeName(path(u"p")), 0);
+    ASSERT_EQ(::seteuid(user == 0 ? 65534 : user), 0); // the superuser reads everything
+    EXPECT_EQ(resolve(bookmark), Answer(Outcome::NoAnswer, {}));
+    ASSERT_EQ(::seteuid(user), 0);
+    ::chmod(QFile::encodeName(path(u"p")), 0755);
+    bookmark.fileSystem = {"ext4", QByteArray(32, '0'), "/dev/stick", 42};
+    EXPECT_EQ(resolve(bookmark), Answer(Outcome::VolumeAbsent, {}));
 }
 
 TEST_F(BookmarkTest, volumeMountedElsewhereBringsTheFolderBack) {
     const QByteArray store = QFile::encodeName(make(u"store"));
     const QByteArray first = QFile::encodeName(make(u"first"));
     const QByteArray second = QFile::encodeName(make(u"second"));
-    if (::mount("none", store.constData(), "tmpfs", 0, nullptr) != 0)
-        GTEST_SKIP() << "not allowed to mount";
-    ::mount(store.constData(), first.constData(), nullptr, MS_BIND, nullptr);
+    if (::mount("none", store, "tmpfs", 0, nullptr) != 0) GTEST_SKIP() << "not allowed to mount";
+    ::mount(store, first, nullptr, MS_BIND, nullptr);
     const Bookmark bookmark = bookmarkOf(make(u"first/photos/A"));
-    ::umount(first.constData());
-    ::mount(store.constData(), second.constData(), nullptr, MS_BIND, nullptr);
-    ::umount(store.constData());
-    const Resolution elsewhere = resolve(bookmark);
-    ::umount(second.constData());
-    const Resolution unplugged = resolve(bookmark);
-    EXPECT_EQ(elsewhere.outcome, Outcome::Found);
-    EXPECT_EQ(elsewhere.path, path(u"second/photos/A"));
-    EXPECT_EQ(unplugged.outcome, Outcome::VolumeAbsent);
-}
-
-TEST_F(BookmarkTest, pathsNoFolderCanHaveGiveNoBookmark) {
-    const Volumes volumes;
-    QFile::link(path(u"loop2"), path(u"loop1"));
-    QFile::link(path(u"loop1"), path(u"loop2"));
-    support::writeFile(path(u"file"), "x");
-    for (const QString& none :
-         {path(u"nothing"), QString(), u'/' + QString(5000, u'x'), path(u"loop1"), path(u"file")})
-        EXPECT_FALSE(Bookmark::bookmarkOfFolder(none, volumes)) << qPrintable(none);
-    EXPECT_EQ(bookmarkOf(u"/"_s).path, u"/"_s);
-}
-
-TEST_F(BookmarkTest, junkBytesAreNoBookmark) {
-    EXPECT_FALSE(Bookmark::fromData({}));
-    EXPECT_FALSE(Bookmark::fromData(QByteArray(1 << 20, '\xa1')));
-    const QByteArray good = bookmarkOf(make(u"p/A")).data();
-    for (qsizetype length = 0; length < good.size(); ++length)
-        EXPECT_FALSE(Bookmark::fromData(good.left(length))) << length;
-    std::mt19937 random(7);
-    for (int round = 0; round < 2000; ++round) {
-        QByteArray bad = good;
-        support::damage(bad, random, 3);
-        const auto bookmark = Bookmark::fromData(bad);
-        EXPECT_TRUE(!bookmark || bookmark->path.startsWith(u'/'));
-    }
+    ::umount(first);
+    ::mount(store, second, nullptr, MS_BIND, nullptr);
+    ::umount(store);
+    EXPECT_EQ(resolve(bookmark), found(u"second/photos/A"));
+    ::umount(second);
+    EXPECT_EQ(resolve(bookmark), Answer(Outcome::VolumeAbsent, {}));
 }
 
 } // namespace

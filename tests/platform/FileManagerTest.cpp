@@ -1,13 +1,12 @@
-#include "platform/FileManager.h"
+#include "platform/files/FileManager.h"
+#include "platform/program/StandardFolders.h"
 
 #include "support/Support.h"
-
-#include <QDateTime>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace FileManager = platform::FileManager;
+using namespace platform::FileManager;
 
 TEST(FileManagerTest, enumerationSkipsHiddenAndUndecodableEntriesAndMarksPackages) {
     const QTemporaryDir folder;
@@ -18,26 +17,22 @@ TEST(FileManagerTest, enumerationSkipsHiddenAndUndecodableEntriesAndMarksPackage
     const QByteArray undecodable = QFile::encodeName(folder.path()) + "/\xff.jpg";
     ::close(::open(undecodable.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
 
-    std::map<QString, std::pair<bool, bool>> found;
-    EXPECT_FALSE(FileManager::enumerate(folder.path(), [&](const platform::DirectoryEntry& entry) {
-        found[entry.name] = {entry.isDirectory, entry.isPackage};
+    using Kinds = std::tuple<bool, bool, bool>; // folder, package, link
+    std::map<QString, Kinds> found;
+    const auto note = [&](const platform::DirectoryEntry& entry) {
+        found[entry.name] = {entry.isDirectory, entry.isPackage, entry.isLink};
         return true;
-    }));
-    const std::map<QString, std::pair<bool, bool>> expected{
-        {u"a.jpg"_s, {false, false}},
-        {u"sub"_s, {true, false}},
-        {u"link"_s, {true, false}},
-        {u"dangling"_s, {false, false}},
-        {u"Trip.photoslibrary"_s, {true, true}},
-        {u"b\nc"_s, {false, false}}};
+    };
+    EXPECT_FALSE(enumerate(folder.path(), note));
+    const std::map<QString, Kinds> expected{
+        {u"a.jpg"_s, {false, false, false}}, {u"sub"_s, {true, false, false}},
+        {u"link"_s, {true, false, true}},    {u"dangling"_s, {false, false, true}},
+        {u"b\nc"_s, {false, false, false}},  {u"Trip.photoslibrary"_s, {true, true, false}}};
     EXPECT_EQ(found, expected);
-
+    EXPECT_EQ(enumerate(folder.filePath(u"no"_s), note), std::errc::no_such_file_or_directory);
     int visits = 0;
-    EXPECT_FALSE(FileManager::enumerate(folder.path(), [&](const auto&) { return ++visits < 2; }));
+    EXPECT_FALSE(enumerate(folder.path(), [&](const auto&) { return ++visits < 2; }));
     EXPECT_EQ(visits, 2);
-    EXPECT_EQ(
-        FileManager::enumerate(folder.filePath(u"no"_s), [](const auto&) { return true; }),
-        std::errc::no_such_file_or_directory);
 }
 
 TEST(FileManagerTest, resourceValuesKeepNanosecondsAndFollowLinks) {
@@ -48,11 +43,34 @@ TEST(FileManagerTest, resourceValuesKeepNanosecondsAndFollowLinks) {
     QFile::link(file, link);
     const timespec times[2] = {{1'700'000'000, 0}, {1'600'000'000, 123'456'789}};
     ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(file).constData(), times, 0), 0);
-    const auto values = FileManager::resourceValues(link);
+    const auto values = resourceValues(link);
     ASSERT_TRUE(values);
     EXPECT_EQ(values->fileSize, 5);
-    EXPECT_TRUE(values->isRegularFile);
+    EXPECT_TRUE(values->isRegularFile && !values->isDirectory);
     EXPECT_EQ(values->modificationDate, 1'600'000'000 + 123'456'789 * 1e-9);
     EXPECT_GT(values->creationDate, 1'600'000'001.0);
-    EXPECT_FALSE(FileManager::resourceValues(folder.filePath(u"none"_s)));
+    EXPECT_FALSE(resourceValues(folder.filePath(u"none"_s)));
+    EXPECT_TRUE(isReadable(file) && !isReadable(folder.filePath(u"none"_s)));
+}
+
+TEST(FileManagerTest, packagesAreToldByTheEndingOfTheirName) {
+    for (const char16_t* name : {u"/x/Mine.APP/", u"a.rtfd", u"/x.y/z.kext"})
+        EXPECT_TRUE(isPackageName(name));
+    for (const char16_t* name : {u".app", u"/x/.app", u"app", u"/a.app/b", u"a.appx", u"", u"/"})
+        EXPECT_FALSE(isPackageName(name));
+}
+
+TEST(StandardFoldersTest, profileHoldsEverythingUntilItIsTakenBack) {
+    namespace Folders = platform::StandardFolders;
+    const QTemporaryDir folder;
+    const QString own = Folders::settingsFile();
+    EXPECT_TRUE(own.endsWith(u"/Velmora/Velmora.conf"));
+    const QString profile = folder.filePath(u"p"_s);
+    Folders::setProfile(QDir::current().relativeFilePath(profile));
+    EXPECT_EQ(Folders::dataFolder(), profile);
+    EXPECT_EQ(Folders::settingsFile(), profile + u"/Velmora.conf"_s);
+    EXPECT_TRUE(QFileInfo(profile).isDir());
+    Folders::setProfile({});
+    EXPECT_EQ(Folders::settingsFile(), own);
+    EXPECT_TRUE(Folders::dataFolder().endsWith(u"/Velmora"));
 }

@@ -1,42 +1,42 @@
-#include "platform/InotifyTree.h"
+#include "platform/files/InotifyTree.h"
+#include "platform/files/EventStream.h"
 
 #include "support/Support.h"
-
-#include <gmock/gmock.h>
 
 #include <sys/stat.h>
 
 using namespace platform;
-using testing::ElementsAre;
+using Names = std::vector<QByteArray>;
 
 namespace {
 
 /// Events are read only when the test says so: by then their paths may be out of date.
-class InotifyTreeTest : public testing::Test, private InotifyTree::Sink {
-protected:
+struct InotifyTreeTest : testing::Test, InotifyTree::Sink {
     InotifyTreeTest() { _tree.addRoots({_root}); }
 
-    void make(const QByteArray& name) {
-        ASSERT_EQ(::mkdir((_root + '/' + name).constData(), 0700), 0);
+    void make(const Names& names) {
+        for (const QByteArray& name : names)
+            ASSERT_EQ(::mkdir((_root + '/' + name).constData(), 0700), 0);
     }
     void move(const QByteArray& from, const QByteArray& to) {
         ASSERT_EQ(std::rename((_root + '/' + from).constData(), (_root + '/' + to).constData()), 0);
     }
-    void remove(const QByteArray& name) { ASSERT_EQ(::rmdir((_root + '/' + name).constData()), 0); }
     void read() { _tree.readEvents({}); }
-    std::vector<std::string> filesToldFor(const std::vector<QByteArray>& names) {
+    /// Files of these names are told of when they are made, and no others.
+    void expectToldOf(const Names& names) {
         _files.clear();
         for (const QByteArray& name : names)
             support::writeFile(QFile::decodeName(_root + '/' + name), "x");
         read();
-        return std::exchange(_files, {});
+        EXPECT_EQ(_files, names);
     }
 
-private:
-    void folderEvent(const QByteArray&, std::uint32_t) override {}
+    void folderEvent(const QByteArray& path, std::uint32_t flags) override {
+        if ((flags & EventItemRenamed) != 0) _renamed.push_back(path.mid(_root.size() + 1));
+    }
     void folderMoved(const QByteArray&, const QByteArray&) override {}
     void fileCreated(const QByteArray& path) override {
-        _files.push_back(path.mid(_root.size() + 1).toStdString());
+        _files.push_back(path.mid(_root.size() + 1));
     }
     void fileClosed(const QByteArray&) override {}
     void fileRemoved(const QByteArray&) override {}
@@ -47,50 +47,64 @@ private:
 
     const QTemporaryDir _folder;
     const QByteArray _root = QFile::encodeName(_folder.path());
+    Names _files;
     InotifyTree _tree{*this, {}};
-    std::vector<std::string> _files;
+    Names _renamed;
 };
 
 TEST_F(InotifyTreeTest, aFolderMadeJustBeforeItsParentIsRenamedIsWatched) {
-    make("a");
-    make("a/known");
+    make({"a", "a/known"});
     read();
-    make("a/new");
-    make("a/known/new");
-    make("a/known/new/below");
+    make({"a/new", "a/known/new", "a/known/new/below"});
     move("a", "b");
     read();
-    EXPECT_THAT(
-        filesToldFor({"b/1", "b/known/2", "b/new/3", "b/known/new/4", "b/known/new/below/5"}),
-        ElementsAre("b/1", "b/known/2", "b/new/3", "b/known/new/4", "b/known/new/below/5"));
+    expectToldOf({"b/1", "b/known/2", "b/new/3", "b/known/new/4", "b/known/new/below/5"});
 }
 
 TEST_F(InotifyTreeTest, anotherFolderAtTheOldPlaceIsNotTakenForTheOneThatMoved) {
-    make("a");
+    make({"a"});
     read();
-    make("a/new");
+    make({"a/new"});
     move("a", "b");
-    make("a");
-    make("a/new");
+    make({"a", "a/new"});
     read();
-    EXPECT_THAT(filesToldFor({"b/new/1", "a/new/2"}), ElementsAre("b/new/1", "a/new/2"));
+    expectToldOf({"b/new/1", "a/new/2"});
     // Two that change places.
-    make("a/later");
-    make("b/later");
+    make({"a/later", "b/later"});
     move("a", "c");
     move("b", "a");
     move("c", "b");
     read();
-    const std::vector<QByteArray> files{"a/new/3", "b/new/4", "a/later/5", "b/later/6"};
-    EXPECT_THAT(filesToldFor(files), ElementsAre("a/new/3", "b/new/4", "a/later/5", "b/later/6"));
+    expectToldOf({"a/new/3", "b/new/4", "a/later/5", "b/later/6"});
+}
+
+TEST_F(InotifyTreeTest, theOtherHalfOfARenameIsWaitedForTwentyMilliseconds) {
+    using namespace std::chrono_literals;
+    const InotifyTree::Clock::time_point start(1h);
+    make({"a", "b"});
+    read();
+    EXPECT_EQ(_tree.nextExpiry(), std::nullopt);
+    move("b", ".b");
+    move("a", "../" + QByteArray(QFileInfo(_folder.path()).fileName().toLatin1()) + "-outside");
+    _tree.readEvents(start);
+    EXPECT_EQ(_renamed, Names{"b"}) << "hidden is away at once";
+    EXPECT_EQ(_tree.nextExpiry(), start + 20ms);
+    _tree.expireRenames(start + 19ms);
+    EXPECT_EQ(_renamed.size(), 1U);
+    _tree.expireRenames(start + 20ms);
+    EXPECT_EQ(_renamed, (Names{"b", "a"}));
+    EXPECT_EQ(_tree.nextExpiry(), std::nullopt);
+    ASSERT_EQ(::rmdir((_root + "-outside").constData()), 0);
 }
 
 TEST_F(InotifyTreeTest, aFolderThatIsMadeAnewBeforeAnybodyLookedTellsWhatIsInIt) {
-    make("a");
-    remove("a");
-    make("a");
-    EXPECT_THAT(filesToldFor({"a/1"}), testing::Contains("a/1"));
-    EXPECT_THAT(filesToldFor({"a/2"}), ElementsAre("a/2"));
+    make({"a"});
+    ASSERT_EQ(::rmdir((_root + "/a").constData()), 0);
+    make({"a"});
+    support::writeFile(_folder.filePath(u"a/1"_s), "x");
+    read();
+    EXPECT_TRUE(std::ranges::count(_files, QByteArray("a/1"))) << "perhaps twice";
+    expectToldOf({"a/2"});
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "platform/LocalizedTexts.h"
+#include "platform/program/LocalizedTexts.h"
 
 #include "support/Support.h"
 
@@ -12,7 +12,7 @@ TEST(LocalizedTextsTest, everyKindOfPlaceholderIsFilledIn) {
     using platform::formatText;
     EXPECT_EQ(formatText(u"%@ of %d", {u"a"_s, 1234}), u"a of 1,234"_s);
     EXPECT_EQ(formatText(u"%2$@-%1$@", {1, 2}), u"2-1"_s);
-    EXPECT_EQ(formatText(u"%.1f %% %ld", {2.25, 7}), u"2.3 % 7"_s);
+    EXPECT_EQ(formatText(u"%.1f %% %ld %f", {2.25, 7, 0.5}), u"2.3 % 7 0.500000"_s);
     EXPECT_EQ(formatText(u"100% %q %@ %@", {u"%@"_s}), u"100% %q %@ %@"_s);
     QLocale::setDefault(QLocale(QLocale::German));
     EXPECT_EQ(formatText(u"%.2f", {1.5}), u"1,50"_s);
@@ -26,10 +26,9 @@ TEST(LocalizedTextsTest, everyKeyThatTheSourcesNameHasItsText) {
     EXPECT_GT(keys.size(), 50);
     (void)platform::localizedString(u"NoStar"); // loads the tables
     QDirIterator tables(u":/texts/en"_s);
-    while (tables.hasNext()) {
+    while (tables.hasNext())
         for (const QString& key :
              QJsonDocument::fromJson(support::readFile(tables.next())).object().keys())
             keys.remove(key);
-    }
     EXPECT_EQ(keys.values().join(u' ').toStdString(), "");
 }

@@ -1,12 +1,9 @@
-#include "platform/UserDefaults.h"
+#include "platform/program/UserDefaults.h"
 
 #include "support/Support.h"
 
-#include <csignal>
-#include <sys/wait.h>
-#include <unistd.h>
-
 using platform::UserDefaults;
+using Arrays = std::vector<UserDefaults::IntegerArray>;
 
 namespace {
 
@@ -21,12 +18,23 @@ struct UserDefaultsTest : testing::Test {
         function();
         return testing::internal::GetCapturedStderr();
     }
+    /// Changes last until the end only, and one line tells why.
+    void expectKeptInMemory(const QString& at) const {
+        const std::string told = complaints([&] {
+            UserDefaults defaults(at);
+            EXPECT_EQ(defaults.integerForKey(key), std::nullopt);
+            for (const int value : {1, 7})
+                defaults.setInteger(value, key);
+            EXPECT_EQ(defaults.integerForKey(key), 7);
+        });
+        EXPECT_EQ(std::ranges::count(told, '\n'), 1) << told;
+    }
 };
 
 TEST_F(UserDefaultsTest, everyTypeSurvivesARestart) {
     const QString text = QString::fromUtf8("=; [x] \"quoted\", \\n \n ümlaut 😀 @Invalid()");
     const QByteArray bytes("\0\xff\n", 3);
-    const std::vector<UserDefaults::IntegerArray> chains{{3, 5}, {16}, {}};
+    const Arrays chains{{3, 5}, {16}, {}};
     {
         UserDefaults defaults(file);
         defaults.setBool(false, u"Bool"_s);
@@ -48,81 +56,56 @@ TEST_F(UserDefaultsTest, everyTypeSurvivesARestart) {
     EXPECT_EQ(defaults.stringForKey(u"String"_s), text);
     EXPECT_EQ(defaults.stringForKey(u"Empty"_s), QString());
     EXPECT_EQ(defaults.dataForKey(u"Data"_s), bytes);
-    EXPECT_EQ(defaults.integersForKey(u"One"_s), UserDefaults::IntegerArray{3});
-    EXPECT_EQ(defaults.integersForKey(u"None"_s), UserDefaults::IntegerArray{});
+    EXPECT_EQ(defaults.integersForKey(u"One"_s), std::vector{3});
+    EXPECT_EQ(defaults.integersForKey(u"None"_s), std::vector<int>());
     EXPECT_EQ(defaults.integerArraysForKey(u"Chains"_s), chains);
     EXPECT_FALSE(defaults.hasKey(u"Gone"_s));
-    EXPECT_EQ(defaults.integerForKey(u"Gone"_s), std::nullopt);
 }
 
-TEST_F(UserDefaultsTest, valueIsOnDiskWhenTheProcessIsKilledRightAfterTheSet) {
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        UserDefaults defaults(file);
-        defaults.setInteger(42, key);
-        ::kill(::getpid(), SIGKILL);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status));
-    EXPECT_EQ(UserDefaults(file).integerForKey(key), 42);
-}
-
-TEST_F(UserDefaultsTest, damagedFileIsLeftAloneAndChangesStayInMemory) {
-    const QByteArray rubbish[] = {
-        QByteArray("\x89PNG\r\n\x1a\n\0\0=", 11), QByteArray("[General]\nSortType 3\n"),
-        QByteArray("Key=\xff\xfe\n"), QByteArray(5'000'000, '=')};
-    for (const QByteArray& bytes : rubbish) {
+TEST_F(UserDefaultsTest, fileThatIsDamagedOrCantBeMadeIsLeftAloneAndChangesStayInMemory) {
+    for (const QByteArray& bytes :
+         {QByteArray("\x89PNG\r\n\x1a\n\0\0=", 11), QByteArray("[General]\nSortType 3\n"),
+          QByteArray("Key=\xff\xfe\n"), QByteArray("[General\nKey=1\n"), QByteArray("Key=a\x01\n"),
+          QByteArray(4 * 1024 * 1024 + 1, '=')}) {
         support::writeFile(file, bytes);
-        const std::string told = complaints([&] {
-            UserDefaults defaults(file);
-            EXPECT_FALSE(defaults.isPersistent());
-            EXPECT_EQ(defaults.integerForKey(key), std::nullopt);
-            defaults.setInteger(7, key);
-            EXPECT_EQ(defaults.integerForKey(key), 7);
-        });
-        EXPECT_EQ(std::ranges::count(told, '\n'), 1) << told;
+        expectKeptInMemory(file);
         EXPECT_EQ(support::readFile(file), bytes);
+    }
+    // A file where a folder should be keeps even the superuser out.
+    expectKeptInMemory(file + u"/Velmora.conf"_s);
+}
+
+TEST_F(UserDefaultsTest, handWrittenFileIsReadUpToItsLargestSize) {
+    const QByteArray head = "; mine\n# too\n\n[General]\nOn=1\nOff=0\nChains=\"3,5;-; 3\"\nKey=";
+    support::writeFile(file, head + QByteArray(4 * 1024 * 1024 - head.size(), 'x'));
+    UserDefaults defaults(file);
+    EXPECT_EQ(defaults.boolForKey(u"On"_s), true);
+    EXPECT_EQ(defaults.boolForKey(u"Off"_s), false);
+    EXPECT_EQ(defaults.integerArraysForKey(u"Chains"_s), (Arrays{{3, 5}, {}, {3}}));
+    EXPECT_TRUE(defaults.hasKey(key));
+    // What stands already is not written again.
+    EXPECT_TRUE(QFile::remove(file));
+    for (const int value : {1, 2}) {
+        defaults.setInteger(value, u"On"_s);
+        EXPECT_EQ(QFile::exists(file), value == 2);
     }
 }
 
 TEST_F(UserDefaultsTest, settingOfTheWrongTypeCountsAsAbsentIsToldOnceAndStays) {
-    const QByteArray bytes(
-        "Hand=3, 5\nSortType=soon\nFilter=1.5\nGroupTypeArray=3,x\nSplit=nan\nData=%%\n");
-    support::writeFile(file, bytes);
+    support::writeFile(file, "Hand=3, 5\nSort=soon\nHalf=1.5\nList=3,x\nNaN=nan\nData=%%\n");
     const std::string told = complaints([&] {
         UserDefaults defaults(file);
-        EXPECT_EQ(defaults.integersForKey(u"Hand"_s), (UserDefaults::IntegerArray{3, 5}))
-            << "by hand";
+        EXPECT_EQ(defaults.integersForKey(u"Hand"_s), (Arrays::value_type{3, 5}));
         for (int i = 0; i < 2; ++i) {
-            EXPECT_EQ(defaults.integerForKey(u"SortType"_s), std::nullopt);
-            EXPECT_EQ(defaults.integerForKey(u"Filter"_s), std::nullopt);
-            EXPECT_EQ(defaults.integersForKey(u"GroupTypeArray"_s), std::nullopt);
-            EXPECT_EQ(defaults.doubleForKey(u"Split"_s), std::nullopt);
-            EXPECT_EQ(defaults.boolForKey(u"SortType"_s), std::nullopt);
-            EXPECT_EQ(defaults.dataForKey(u"Data"_s), std::nullopt);
+            EXPECT_FALSE(defaults.integerForKey(u"Sort"_s) || defaults.boolForKey(u"Sort"_s));
+            EXPECT_FALSE(defaults.integerForKey(u"Half"_s) || defaults.doubleForKey(u"NaN"_s));
+            EXPECT_FALSE(defaults.integersForKey(u"List"_s) || defaults.dataForKey(u"Data"_s));
         }
-        EXPECT_TRUE(defaults.isPersistent());
         defaults.setInteger(2, key);
     });
     EXPECT_EQ(std::ranges::count(told, '\n'), 5) << told;
-    const UserDefaults again(file);
-    EXPECT_EQ(again.stringForKey(u"SortType"_s), u"soon"_s);
-    EXPECT_EQ(again.integerForKey(key), 2);
-}
-
-TEST_F(UserDefaultsTest, unwritableFolderIsToldOnceAndChangesStayInMemory) {
-    // A file where a folder should be keeps even the superuser out.
-    support::writeFile(folder.filePath(u"plain"_s), "x");
-    const std::string told = complaints([&] {
-        UserDefaults defaults(folder.filePath(u"plain/Velmora.conf"_s));
-        defaults.setInteger(1, key);
-        defaults.setInteger(2, key);
-        EXPECT_EQ(defaults.integerForKey(key), 2);
-        EXPECT_FALSE(defaults.isPersistent());
-    });
-    EXPECT_EQ(std::ranges::count(told, '\n'), 1) << told;
+    EXPECT_EQ(UserDefaults(file).stringForKey(u"Sort"_s), u"soon"_s);
+    EXPECT_EQ(UserDefaults(file).integerForKey(key), 2);
 }
 
 } // namespace

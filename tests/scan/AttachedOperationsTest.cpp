@@ -1,8 +1,9 @@
+#include "scan/FilePropertyBatch.h"
 #include "scan/ScanSupport.h"
 
-#include "group/ItemOrder.h"
-
 namespace {
+
+using support::words;
 
 struct Note final : PBScanAttachOperation {
     Note(QStringList& notes, QString name) : _notes(notes), _name(std::move(name)) {}
@@ -15,19 +16,26 @@ private:
     const QString _name;
 };
 
-using Chains = std::vector<PBGroupItemChain>;
-
 struct AttachTest : ScanTest {
-    /// A chain for some items of the work tree, which has one leaf at the top.
-    PBGroupItemChain chainOf(const QStringList& wanted) const {
+    /// Attaches work for an item of the work tree, which has one leaf at the top.
+    template <typename Operation>
+    void attach(const char16_t* name, auto... more) const {
         const PBGroupItem& leaf = *workTree->front();
         std::shared_ptr<PBGroupItem> node = PBGroupItem::groupItemWithParent(nullptr, leaf.data());
         for (const auto& item : leaf.imageFiles())
-            if (wanted.contains(item->fileName())) node->sortAddImageFileItem(item, 0, false);
-        return {node};
+            if (item->fileName() == name) node->sortAddImageFileItem(item, 0, false);
+        const std::vector<PBGroupItemChain> chains{{node}};
+        factory->attach(std::make_shared<Operation>(dictionary(), chains, more...));
     }
     PBScanDictionaryRef dictionary() const {
         return factory->makeDictionary(root, {}, workTree, browsing);
+    }
+    void attachChanges(const WatchedChanges& changes) {
+        factory->attachChanges(changes, workTree, browsing);
+        waitForQueues();
+    }
+    void groupBy(int type) {
+        browsing.groupTypeArray = std::make_shared<const std::vector<int>>(1, type);
     }
 };
 
@@ -37,17 +45,18 @@ TEST_F(AttachTest, AttachedWorkRunsWithoutAScanAndInOrderWithin) {
     QStringList notes;
     factory->attach(std::make_shared<Note>(notes, u"alone"_s));
     scanQueue.waitUntilAllOperationsAreFinished();
-    EXPECT_EQ(notes, names({"alone last"}));
+    EXPECT_EQ(notes, QStringList{u"alone last"_s});
 
     notes.clear();
     makePicture(u"a.jpg"_s);
-    importers.willRead = [&](const QString&) {
-        for (const char* name : {"1", "2", "3"})
-            factory->attach(std::make_shared<Note>(notes, QString::fromLatin1(name)));
+    const auto mailbox = dictionary()->AttachOperationArray;
+    importers.willRead = [&, mailbox](const QString&) {
+        for (const QString& name : words("1 2 3"))
+            mailbox->add(std::make_shared<Note>(notes, name));
     };
     scan();
-    EXPECT_EQ(notes, names({"1", "2", "3 last"}));
-    EXPECT_EQ(shown(), names({"a.jpg"}));
+    EXPECT_EQ(notes.join(u' '), u"1 2 3 last"_s);
+    EXPECT_EQ(shown(), words("a.jpg"));
 }
 
 TEST_F(AttachTest, WhatACancelledOwnerTookOutIsLostAndTheRestStays) {
@@ -57,90 +66,121 @@ TEST_F(AttachTest, WhatACancelledOwnerTookOutIsLostAndTheRestStays) {
     };
     const auto array = std::make_shared<PBAttachOperationArray>();
     array->add(std::make_shared<Cancel>());
-    array->add(std::make_shared<Note>(notes, u"lost"_s));
-    scanQueue.addOperation(PBCheckScanAttachOperationOperation::checkScanAttachOperation(array));
-    scanQueue.waitUntilAllOperationsAreFinished();
-    array->add(std::make_shared<Note>(notes, u"next"_s));
-    scanQueue.addOperation(PBCheckScanAttachOperationOperation::checkScanAttachOperation(array));
-    scanQueue.waitUntilAllOperationsAreFinished();
-    EXPECT_EQ(notes, names({"next last"}));
+    for (const QString& name : words("lost next")) {
+        array->add(std::make_shared<Note>(notes, name));
+        scanQueue.addOperation(
+            PBCheckScanAttachOperationOperation::checkScanAttachOperation(array));
+        waitForQueues();
+    }
+    EXPECT_EQ(notes, QStringList{u"next last"_s});
 }
 
 TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
-    for (const char* name : {"a.jpg", "b.jpg", "c.jpg"})
-        makePicture(QString::fromLatin1(name));
+    makePictures("a.jpg b.jpg c.jpg");
     scan();
     ASSERT_TRUE(files.executeUpdate(u"update ImageFile set FileFlag = 1"_s));
     browsing.filter = group::FilterFlagged;
     scan();
     ASSERT_EQ(shown().size(), 3);
-    const std::size_t before = publications();
+    const std::size_t before = publishedCounts().size();
     scanQueue.setSuspended(true);
     for (const auto& item : items())
         if (item->fileName() != u"b.jpg") item->setFlagged(false);
-    factory->attach(std::make_shared<PBUpdateFileItemOperation>(
-        dictionary(), Chains{chainOf(names({"a.jpg"}))}));
-    factory->attach(std::make_shared<PBUpdateFileItemOperation>(
-        dictionary(), Chains{chainOf(names({"b.jpg"}))}));
-    factory->attach(std::make_shared<PBUpdateFileItemOperation>(
-        dictionary(), Chains{chainOf(names({"c.jpg"}))}, true));
+    attach<PBUpdateFileItemOperation>(u"a.jpg");
+    attach<PBUpdateFileItemOperation>(u"b.jpg");
+    attach<PBUpdateFileItemOperation>(u"c.jpg", true);
     scanQueue.setSuspended(false);
     waitForQueues();
-    EXPECT_EQ(shown(), names({"b.jpg"}));
-    EXPECT_EQ(publications(), before + 1);
+    EXPECT_EQ(shown(), words("b.jpg"));
+    EXPECT_EQ(publishedCounts().size(), before + 1);
+    EXPECT_TRUE(lastPublication()->updateScrollCapture) << "as the last one asks";
 
-    factory->attach(std::make_shared<PBRemoveFileItemOperation>(
-        dictionary(), Chains{chainOf(names({"b.jpg"}))}));
+    attach<PBRemoveFileItemOperation>(u"b.jpg");
     waitForQueues();
     EXPECT_TRUE(workTree->empty()) << "an emptied group goes";
     EXPECT_EQ(shown(), QStringList());
 }
 
-TEST_F(AttachTest, ChangesOnDiskReachTheTreeAndTheCatalogue) {
-    for (int i = 0; i < 250; ++i)
-        makePicture(u"%1/%2.jpg"_s.arg(i % 3).arg(i), {2, 2});
-    browsing.groupTypeArray = std::make_shared<const std::vector<int>>(std::vector<int>{5});
+TEST_F(AttachTest, EditedItemsKeepTheGroupsThatTheirRowsTell) {
+    makePicture(u"a.jpg"_s);
     scan();
-    for (int i = 0; i < 250; ++i)
-        QFile::remove(path(u"%1/%2.jpg"_s.arg(i % 3).arg(i)));
-    makePicture(u"0/new.jpg"_s);
-    makePicture(u"1/below/deep.jpg"_s);
-    makePicture(u"2/unseen.jpg"_s);
+    ASSERT_TRUE(files.executeUpdate(
+        u"update ImageFile set ImageDPI = 300, ColorModel = 'RGB', Tag = '3'"_s));
+    using namespace group;
+    for (const auto& [type, value] :
+         {std::pair(Resolution, PBValue(300)),
+          {ColorModel, u"RGB"_s},
+          {Tags, u"3"_s},
+          {FileKind, u"jpg"_s},
+          {Folder, path({})},
+          {Flag, 1},
+          {StarRating, 4}}) {
+        groupBy(type);
+        scan();
+        items()[0]->setStar(4);
+        items()[0]->setFlagged(true);
+        attach<PBUpdateFileItemOperation>(u"a.jpg");
+        waitForQueues();
+        ASSERT_EQ(workTree->size(), 1U) << type;
+        EXPECT_EQ(workTree->front()->value(), value) << type;
+        EXPECT_EQ(workTree->front()->imageFileCount(), 1U) << type;
+    }
+}
 
-    const std::size_t before = publications();
+/// The watcher tells of a file while the scan has it in hand.
+TEST_F(AttachTest, AFileThatAttachedWorkStoresMeanwhileIsStoredOnce) {
+    makePictures("a.jpg b.jpg c.jpg");
+    scanQueue.setSuspended(true);
+    startScan();
+    const auto rescan = factory->makeDictionary(root, {}, workTree, browsing);
+    rescan->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
+    bool isAttached = false;
+    importers.willRead = [&](const QString&) {
+        if (std::exchange(isAttached, true)) return;
+        rescan->AttachOperationArray->add(std::make_shared<PBScanFolderAttachOperation>(rescan));
+    };
+    scanQueue.setSuspended(false);
+    waitForQueues();
+    EXPECT_EQ(images(), words("a.jpg b.jpg c.jpg"));
+    EXPECT_EQ(shown(), images());
+    EXPECT_EQ(figures.rowsInserted, 3U);
+}
+
+TEST_F(AttachTest, ChangesOnDiskReachTheTreeAndTheCatalogue) {
+    // Groups of 100, 1 and 5.
+    const auto nameOf = [](int i) {
+        return u"%1/%2.jpg"_s.arg(i < 100 ? 0 : i == 100 ? 1 : 2).arg(i);
+    };
+    for (int i = 0; i < 106; ++i)
+        makePicture(nameOf(i), {2, 2});
+    groupBy(group::Folder);
+    scan();
+    for (int i = 0; i < 106; ++i)
+        QFile::remove(path(nameOf(i)));
+    makePictures("0/new.jpg 1/below/deep.jpg 2/unseen.jpg");
+
+    std::vector<std::size_t> counts = publishedCounts();
     WatchedChanges changes;
     changes.checkExist = true;
-    factory->attachChanges(changes, workTree, browsing);
+    attachChanges(changes);
+    counts.insert(counts.end(), {5, 0}); // above 100, and at the end
+    EXPECT_EQ(publishedCounts(), counts);
+    attachChanges(changes);
+    scanQueue.addOperation(std::make_shared<PBCheckFileItemExistOperation>(dictionary()));
     waitForQueues();
-    // 84, 83 and 83 in their groups: above 100 after the second, the rest at the end.
-    EXPECT_EQ(publications(), before + 2);
-    EXPECT_EQ(shown(), QStringList());
-    EXPECT_EQ(rows(u"select count(*) from ImageFile"_s), names({"0"}));
-    EXPECT_EQ(thumbnailRows(u"select count(*) from Thumbnail"_s), names({"0"}));
-    EXPECT_EQ(rows(u"select count(*) from Folder"_s), names({"3"}));
+    EXPECT_EQ(publishedCounts(), counts) << "nothing for a tree without items";
+    EXPECT_EQ(count(files, "ImageFile") + count(thumbnails, "Thumbnail"), 0);
+    EXPECT_EQ(count(files, "Folder"), 3);
 
     finished = 0;
     changes.rescans = {{path(u"0"_s), false}, {path(u"1"_s), true}, {u"/nowhere"_s, true}};
-    factory->attachChanges(changes, workTree, browsing);
-    waitForQueues();
-    EXPECT_EQ(shown(), names({"new.jpg", "deep.jpg"}));
+    attachChanges(changes);
+    EXPECT_EQ(shown(), words("new.jpg deep.jpg"));
     EXPECT_EQ(finished, 2) << "each look into a folder ends by itself";
 
     QFile::remove(path(u"0/new.jpg"_s));
     changes.rescans = {{path(u"2"_s), false}};
-    factory->attachChanges(changes, workTree, browsing);
-    waitForQueues();
-    EXPECT_EQ(shown(), names({"deep.jpg", "unseen.jpg"}));
+    attachChanges(changes);
+    EXPECT_EQ(shown(), words("deep.jpg unseen.jpg"));
     expectConsistentCatalogue();
-}
-
-TEST_F(AttachTest, NothingIsPublishedForATreeWithoutItems) {
-    makePicture(u"note.jpg"_s);
-    workTree = std::make_shared<PBGroupItemArray>();
-    WatchedChanges changes;
-    changes.checkExist = true;
-    factory->attachChanges(changes, workTree, browsing);
-    scanQueue.addOperation(std::make_shared<PBCheckFileItemExistOperation>(dictionary()));
-    waitForQueues();
-    EXPECT_EQ(publications(), 0U);
 }

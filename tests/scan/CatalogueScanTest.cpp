@@ -1,11 +1,10 @@
+#include "scan/PBScanFinishedManager.h"
 #include "scan/ScanSupport.h"
 
-#include "catalogue/PBCatalogue.h"
-#include "group/ItemOrder.h"
+using support::words;
 
 TEST_F(ScanTest, UnderAFilterTheDiskIsNotAskedForNewFilesAndUnmatchedRowsStay) {
-    makePicture(u"a.jpg"_s);
-    makePicture(u"b.jpg"_s);
+    makePictures("a.jpg b.jpg");
     scan();
     ASSERT_TRUE(
         files.executeUpdate(u"update ImageFile set FileFlag = 1 where FileName = 'a.jpg'"_s));
@@ -13,47 +12,141 @@ TEST_F(ScanTest, UnderAFilterTheDiskIsNotAskedForNewFilesAndUnmatchedRowsStay) {
     QFile::remove(path(u"b.jpg"_s));
     browsing.filter = group::FilterFlagged;
     scan();
-    EXPECT_EQ(shown(), names({"a.jpg"}));
-    EXPECT_EQ(rows(u"select FileName from ImageFile order by 1"_s), names({"a.jpg", "b.jpg"}));
+    EXPECT_EQ(shown(), words("a.jpg"));
+    EXPECT_EQ(images(), words("a.jpg b.jpg"));
     // A search, on the other hand, looks at every row and every file.
     browsing.filter = 0;
     browsing.searchString = u"zzz"_s;
     scan();
     EXPECT_EQ(shown(), QStringList());
-    EXPECT_EQ(rows(u"select FileName from ImageFile order by 1"_s), names({"a.jpg", "new.jpg"}));
+    EXPECT_EQ(images(), words("a.jpg new.jpg"));
 }
 
-TEST_F(ScanTest, TheFirstPublicationComesWithTheHundredAndFirstRowOrAfterASecond) {
-    for (int i = 0; i < 101; ++i)
+TEST_F(ScanTest, RowsArePublishedAbove100AndNewFilesAbove200OrAfterASecond) {
+    using Counts = std::vector<std::size_t>;
+    for (int i = 0; i < 202; ++i)
         makePicture(u"%1.jpg"_s.arg(i), {2, 2});
     scan();
+    EXPECT_EQ(publishedCounts(), (Counts{201, 202})) << "from the disk";
     scan();
-    EXPECT_EQ(publications(), 1U);
-    EXPECT_EQ(shown().size(), 101);
-
-    QFile::remove(path(u"7.jpg"_s));
-    scan();
-    EXPECT_EQ(publications(), 1U) << "at the end of the catalogue's pass";
-    EXPECT_EQ(shown().size(), 100);
+    EXPECT_EQ(publishedCounts(), (Counts{101, 202})) << "from the catalogue";
     EXPECT_GE(figures.firstPublication, 0.0);
+
+    // Each look at the clock finds it a quarter of a second later.
+    changeServices(
+        [this](ScanServices& changed) { changed.now = [this] { return now = now + 0.25; }; });
+    for (int i = 0; i < 12; ++i)
+        makePicture(u"slow/%1.jpg"_s.arg(i), {2, 2});
+    for (const char* when : {"from the disk", "from the catalogue"}) {
+        scan(u"slow"_s);
+        EXPECT_EQ(publishedCounts(), (Counts{5, 10, 12})) << when;
+    }
 }
 
-TEST_F(ScanTest, AVanishedFolderTakesItsRowsAndThumbnailsAlong) {
-    for (int i = 0; i < 5; ++i)
-        makePicture(u"gone/%1.jpg"_s.arg(i), {2, 2});
-    makePicture(u"stays.jpg"_s);
-    scan();
-    QDir(path(u"gone"_s)).removeRecursively();
-    scan();
-    EXPECT_EQ(rows(u"select count(*) from ImageFile"_s), names({"1"}));
-    EXPECT_EQ(rows(u"select count(*) from Folder"_s), names({"1"}));
-    EXPECT_EQ(thumbnailRows(u"select count(*) from Thumbnail"_s), names({"1"}));
-    expectConsistentCatalogue();
+static QString placesIn(const PBScanFinishedManager& manager) {
+    QStringList places = support::listed(manager.scanFinishedArray(), [](const auto& entry) {
+        return entry.relativePath().value_or(u"-"_s);
+    });
+    places.sort();
+    return places.join(u' ');
+}
 
-    // The whole root: the catalogue is emptied, and the scan ends.
-    QDir(path({})).removeRecursively();
-    finished = 0;
+TEST_F(ScanTest, TheRegistryKeepsTheUppermostFinishedFolders) {
+    const auto other = addRoot(u"other"_s);
+    PBScanFinishedManager manager;
+    const auto finish = [&](const auto& alias, const std::optional<QString>& relativePath) {
+        manager.scanFinished(PBScanFinishedObject(alias, relativePath));
+        return placesIn(manager);
+    };
+    finish(root, u"a/b"_s);
+    finish(root, u"a/c"_s);
+    EXPECT_EQ(finish(root, u"ab"_s), u"a/b a/c ab"_s);
+    EXPECT_EQ(finish(root, u"a"_s), u"a ab"_s);
+    EXPECT_EQ(finish(root, u"A/B"_s), u"a ab"_s);
+    EXPECT_EQ(finish(other, {}), u"- a ab"_s);
+    EXPECT_EQ(finish(root, {}), u"- -"_s);
+    EXPECT_EQ(finish(root, u"a"_s), u"- -"_s);
+}
+
+TEST_F(ScanTest, ACancelledScanRegistersOnlyTheFoldersThatItFinished) {
+    makePictures("x/1.jpg y/2.jpg z/3.jpg");
+    int read = 0;
+    importers.willRead = [&](const QString&) {
+        if (++read == 2) scanQueue.cancelAllOperations();
+    };
     scan();
-    EXPECT_EQ(rows(u"select count(*) from ImageFile"_s), names({"0"}));
+    EXPECT_EQ(finished, 0);
+    EXPECT_EQ(finishedManager.scanFinishedArray().size(), 1u);
+    importers.willRead = {};
+    scan();
     EXPECT_EQ(finished, 1);
+    EXPECT_EQ(placesIn(finishedManager), u"-"_s);
+    EXPECT_EQ(shown().size(), 3);
+}
+
+/// Scans that are cut off at any moment, on files that come and go meanwhile.
+TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
+    constexpr std::size_t folders = 6;
+    constexpr std::size_t all = folders * 20;
+    std::mt19937 random(20);
+    const auto nameOf = [](std::size_t i) { return u"%1/%2.jpg"_s.arg(i % folders).arg(i); };
+    for (std::size_t i = 0; i < all; ++i)
+        makePicture(nameOf(i), {2, 2});
+    // From tens to thousands of rounds, as the environment says.
+    const int rounds = std::max(120, qEnvironmentVariableIntValue("VELMORA_ROUNDS"));
+    ReadAhead ahead(2, importers);
+    changeServices([&](ScanServices& changed) { changed.readAhead = &ahead; });
+    std::atomic<int> readsLeft = 0;
+    importers.properties[u"0.jpg"_s] = {{u"{Exif}"_s, PBDictionary{{u"FNumber"_s, 2.8}}}};
+    importers.willRead = [&](const QString&) {
+        now += 0.2;
+        if (--readsLeft == 0) scanQueue.cancelAllOperations();
+    };
+    const auto waitForItems = [&](std::size_t most) {
+        while (figures.items < random() % most && scanQueue.operationCount() != 0)
+            std::this_thread::yield();
+    };
+    for (int round = 0; round < rounds; ++round) {
+        for (int change = 0; change < 8; ++change) {
+            const QString name = nameOf(random() % all);
+            if (random() % 2 == 0)
+                QFile::remove(path(name));
+            else
+                makePicture(name, {3, 2}, static_cast<int>(random()));
+        }
+        readsLeft = static_cast<int>(random() % 12);
+        startScan(random() % 3 == 0 ? u"1"_s : QString());
+        if (round % 5 == 2) {
+            // What the watcher does, into the midst of it.
+            WatchedChanges changes;
+            changes.checkExist = random() % 2 == 0;
+            changes.rescans = {{path(QString::number(random() % folders)), random() % 2 == 0}};
+            factory->attachChanges(changes, workTree, browsing);
+        }
+        if (round % 4 == 3) {
+            // Another folder is selected, which waits for nothing.
+            waitForItems(40);
+            startScan(QString::number(random() % folders));
+        }
+        if (round % 4 == 1) {
+            // From another thread, at a moment of its own.
+            std::thread([&] {
+                waitForItems(60);
+                scanQueue.cancelAllOperations();
+                buildQueue.cancelAllOperations();
+            }).join();
+        }
+        scanQueue.waitUntilAllOperationsAreFinished();
+        expectConsistentCatalogue();
+        if (HasFailure()) return;
+    }
+    importers.willRead = {};
+    scan();
+    QStringList onDisk;
+    for (std::size_t i = 0; i < all; ++i)
+        if (QFile::exists(path(nameOf(i)))) onDisk.append(u"%1.jpg"_s.arg(i));
+    onDisk.sort();
+    EXPECT_EQ(images(), onDisk);
+    EXPECT_EQ(shown().size(), onDisk.size());
+    EXPECT_GE(count(thumbnails, "Thumbnail"), onDisk.size());
 }

@@ -1,98 +1,90 @@
+#include "platform/files/FileManager.h"
 #include "scan/ScanSupport.h"
 
-#include "catalogue/PBCatalogue.h"
-#include "platform/FileManager.h"
-
-#include <QImage>
-
 #include <sys/stat.h>
-#include <unistd.h>
 
-namespace {
-
-const QString imageNames = u"select FileName from ImageFile order by FileName"_s;
-const QString imageCount = u"select count(*) from ImageFile"_s;
-
-} // namespace
+using support::words;
 
 TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
-    for (const char* name :
-         {"a.jpg", "b.PNG", "sub/c.jpg", "sub/deep/d.jpg", ".hidden.jpg", ".hid/e.jpg",
-          "Lib.photoslibrary/f.jpg", "none/g/.h.jpg"})
-        makePicture(QString::fromLatin1(name));
+    makePictures("a.jpg b.PNG sub/c.jpg sub/deep/d.jpg .hidden.jpg .hid/e.jpg "
+                 "Lib.photoslibrary/f.jpg none/g/.h.jpg sub/half.jpg");
+    changeServices([](ScanServices& cautious) {
+        cautious.isBeingWritten = [](const QString& file) { return file.endsWith(u"/half.jpg"); };
+    });
     support::writeFile(path(u"none/notes.txt"_s), "no picture");
     support::writeFile(path(u"sub/damaged.jpg"_s), "no picture either");
-    const QByteArray pipe = QFile::encodeName(path(u"none/pipe.jpg"_s));
-    ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
+    ASSERT_EQ(::mkfifo(qPrintable(path(u"none/pipe.jpg"_s)), 0600), 0);
     ASSERT_TRUE(QFile::link(path({}), path(u"sub/around"_s)));
     scan();
 
-    EXPECT_EQ(rows(imageNames), names({"a.jpg", "b.PNG", "c.jpg", "d.jpg", "damaged.jpg"}));
-    EXPECT_EQ(shown(), names({"a.jpg", "b.PNG", "c.jpg", "d.jpg", "damaged.jpg"}));
-    EXPECT_EQ(
-        rows(u"select ifnull(RelativePath,'-') from Folder order by 1"_s),
-        names({"-", "sub", "sub/deep"}));
-    EXPECT_EQ(thumbnailRows(u"select count(*) from Thumbnail"_s), names({"4"}));
+    EXPECT_EQ(images(), words("a.jpg b.PNG c.jpg d.jpg damaged.jpg"));
+    EXPECT_EQ(shown(), images());
+    EXPECT_EQ(rows(u"select RelativePath from Folder order by 1"_s), words("NULL sub sub/deep"));
+    EXPECT_EQ(count(thumbnails, "Thumbnail"), 4);
     EXPECT_EQ(figures.rowsInserted, 5U);
     EXPECT_EQ(finished, 1);
 
     const auto onDisk = platform::FileManager::resourceValues(path(u"a.jpg"_s));
-    FMResultSet row = files.executeQuery(
-        u"select FileSize,ModificationDate,CreationDate,ImageWidth,ImageHeight,UTIType,FileStars,"
-        "FileFlag from ImageFile where FileName = 'a.jpg'"_s);
-    ASSERT_TRUE(row.next());
-    EXPECT_EQ(row.longLongIntForColumnIndex(0), onDisk->fileSize);
-    EXPECT_EQ(row.doubleForColumnIndex(1), onDisk->modificationDate);
-    EXPECT_EQ(row.doubleForColumnIndex(2), onDisk->creationDate);
-    EXPECT_EQ(row.intForColumnIndex(3), 8);
-    EXPECT_EQ(row.intForColumnIndex(4), 6);
-    EXPECT_EQ(row.stringForColumnIndex(5), u"public.jpeg");
-    EXPECT_EQ(row.objectForColumnIndex(6), PBValue(0));
-    EXPECT_EQ(row.objectForColumnIndex(7), PBValue(0));
+    const auto valueOf = [&](const char* column) {
+        const QString sql = u"select %1 from ImageFile where FileName = 'a.jpg'"_s;
+        FMResultSet row = files.executeQuery(sql.arg(QLatin1StringView(column)));
+        return row.next() ? row.objectForColumnIndex(0) : PBValue();
+    };
+    EXPECT_EQ(valueOf("FileSize"), PBValue(onDisk->fileSize));
+    EXPECT_EQ(valueOf("ModificationDate"), PBValue(onDisk->modificationDate));
+    EXPECT_EQ(valueOf("CreationDate"), PBValue(onDisk->creationDate));
+    EXPECT_EQ(
+        valueOf("ImageWidth || 'x' || ImageHeight || UTIType || FileStars || FileFlag"),
+        PBValue(u"8x6public.jpeg00"_s));
 }
 
 TEST_F(ScanTest, ASecondVisitTakesExactlyWhatChanged) {
-    for (const char* name :
-         {"kept.jpg", "touched.jpg", "replaced.jpg", "renamed.jpg", "gone.jpg", "sub/x.jpg",
-          "removed/y.jpg"})
-        makePicture(QString::fromLatin1(name));
+    makePictures("kept.jpg touched.jpg grown.jpg renamed.jpg gone.jpg sub/x.jpg removed/y.jpg");
     scan();
-    const auto idOf = [&](const char* name) {
-        return rows(
-                   u"select Id from ImageFile where FileName = '%1'"_s.arg(QLatin1StringView(name)))
-            .value(0);
-    };
-    const QString kept = idOf("kept.jpg");
-    const QString touched = idOf("touched.jpg");
+    const QString idOf = u"select Id from ImageFile where FileName = '%1'"_s;
+    const QStringList kept = rows(idOf.arg(u"kept.jpg"));
+    const QStringList touched = rows(idOf.arg(u"touched.jpg"));
     const int decoded = importers.decoded;
     scan();
     EXPECT_EQ(figures.rowsInserted, 7U);
     EXPECT_EQ(figures.rowsRemoved, 0U);
     EXPECT_EQ(importers.decoded, decoded);
     EXPECT_EQ(shown().size(), 7);
+    EXPECT_EQ(figures.items, 7U) << "of the present scan";
+    EXPECT_EQ(figures.folders, 6U) << "three in the catalogue, three on disk";
 
-    QFile file(path(u"touched.jpg"_s));
-    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(file.setFileTime(
-        QDateTime::fromMSecsSinceEpoch(1'600'000'000'001), QFileDevice::FileModificationTime));
-    file.close();
-    makePicture(u"replaced.jpg"_s, {300, 20}, 5);
-    QFile::rename(path(u"renamed.jpg"_s), path(u"new name.jpg"_s));
+    constexpr auto modification = QFileDevice::FileModificationTime;
+    {
+        QFile file(path(u"touched.jpg"_s));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(
+            file.setFileTime(QDateTime::fromMSecsSinceEpoch(1'600'000'000'001), modification));
+        // Longer by a byte, of the same date.
+        QFile grown(path(u"grown.jpg"_s));
+        ASSERT_TRUE(grown.open(QIODevice::Append));
+        const QDateTime date = grown.fileTime(modification);
+        ASSERT_TRUE(grown.putChar(0) && grown.flush() && grown.setFileTime(date, modification));
+    }
+    QFile::rename(path(u"renamed.jpg"_s), path(u"new.jpg"_s));
     QFile::remove(path(u"gone.jpg"_s));
     QDir(path(u"removed"_s)).removeRecursively();
     makePicture(u"sub/added.jpg"_s);
     scan();
-    EXPECT_EQ(
-        rows(imageNames),
-        names({"added.jpg", "kept.jpg", "new name.jpg", "replaced.jpg", "touched.jpg", "x.jpg"}));
+    EXPECT_EQ(images(), words("added.jpg grown.jpg kept.jpg new.jpg touched.jpg x.jpg"));
     EXPECT_EQ(figures.rowsInserted - 7, 4U);
     EXPECT_EQ(figures.rowsRemoved, 5U);
-    EXPECT_EQ(idOf("kept.jpg"), kept);
-    EXPECT_NE(idOf("touched.jpg"), touched);
-    EXPECT_EQ(rows(u"select count(*) from Folder"_s), names({"2"}));
+    EXPECT_EQ(rows(idOf.arg(u"kept.jpg")), kept);
+    EXPECT_NE(rows(idOf.arg(u"touched.jpg")), touched);
+    EXPECT_EQ(count(files, "Folder"), 2);
     // The thumbnails of rows that went are gone, and those of the new rows there.
-    EXPECT_EQ(thumbnailRows(u"select count(*) from Thumbnail"_s), names({"6"}));
+    EXPECT_EQ(count(thumbnails, "Thumbnail"), 6);
     expectConsistentCatalogue();
+
+    // The whole root goes: the catalogue is emptied, and the scan ends.
+    QDir(path({})).removeRecursively();
+    scan();
+    EXPECT_EQ(images(), QStringList());
+    EXPECT_EQ(finished, 4);
 }
 
 TEST_F(ScanTest, MetadataGoToTheirTablesAndOrientationToTheRotation) {
@@ -100,68 +92,91 @@ TEST_F(ScanTest, MetadataGoToTheirTablesAndOrientationToTheRotation) {
     importers.properties[u"a.jpg"_s] = {
         {u"DPIWidth"_s, 300},
         {u"ColorModel"_s, u"RGB"_s},
+        {u"ProfileName"_s, u"P3"_s},
+        {u"{Exif}"_s, PBDictionary{{u"FNumber"_s, 2.8}}},
+        {u"{ExifAux}"_s, PBDictionary{{u"LensModel"_s, u"L"_s}}},
+        {u"{IPTC}"_s, PBDictionary{{u"Headline"_s, u"H"_s}}},
         {u"{TIFF}"_s, PBDictionary{{u"Orientation"_s, 6}, {u"Make"_s, u"M"_s}}},
         {u"{GPS}"_s, PBDictionary{{u"Latitude"_s, 1.5}, {u"Longitude"_s, 2.5}}}};
     scan();
     EXPECT_EQ(
-        rows(u"select RotateAngle,ImageDPI,ColorModel,ColorSyncProfile is null "
-             "from ImageFile"_s),
-        names({"-90.0|300|RGB|1"}));
-    EXPECT_EQ(rows(u"select Make from Tiff"_s), names({"M"}));
-    EXPECT_EQ(rows(u"select Latitude,Longitude from GPS"_s), names({"1.5|2.5"}));
-    EXPECT_EQ(rows(u"select count(*) from Exif"_s), names({"0"}));
+        rows(u"select RotateAngle,ImageDPI,ColorModel,ColorSyncProfile,FNumber,ExifAux.LensModel,"
+             "Headline,Make,Latitude,Longitude from ImageFile,Exif,ExifAux,IPTC,Tiff,GPS"_s),
+        words("-90.0|300|RGB|P3|2.8|L|H|M|1.5|2.5"));
+    for (const char* when : {"from the disk", "from the catalogue"}) {
+        ASSERT_EQ(items().size(), 1U) << when;
+        const auto item = items()[0];
+        EXPECT_EQ(item->imageSize(), QSizeF(8, 6)) << when;
+        EXPECT_EQ(item->rotateAngle(), -90) << when;
+        const QString ids = u"%1|%2"_s.arg(item->fileId()).arg(item->folderId());
+        EXPECT_EQ(rows(u"select Id,FolderId from ImageFile"_s), QStringList{ids}) << when;
+        scan();
+    }
 }
 
-TEST_F(ScanTest, NewFilesAreStoredInBatchesOfMoreThan200OrASecond) {
-    for (int i = 0; i < 201; ++i)
-        makePicture(u"%1.jpg"_s.arg(i), {2, 2});
+/// Rows that were written and not committed are none: nothing of them may be shown.
+TEST_F(ScanTest, WhatIsNotCommittedIsNeitherShownNorCountedAsRemoved) {
+    makePicture(u"old.jpg"_s);
     scan();
-    EXPECT_EQ(publications(), 1U) << "the 201st makes the batch full, and the end finds none";
-    for (int i = 0; i < 3; ++i)
-        makePicture(u"later/%1.jpg"_s.arg(i), {2, 2});
-    importers.willRead = [this](const QString&) { now = now + 1.1; };
-    scan(u"later"_s);
-    EXPECT_EQ(publications(), 3U) << "each takes longer than a second";
-    EXPECT_EQ(rows(imageCount), names({"204"}));
+    for (
+        const char* sql :
+        {"pragma foreign_keys = on", "create table Parent(Id integer primary key)",
+         "create table Child(Id references Parent(Id) deferrable initially deferred)",
+         "create trigger Insertion after insert on ImageFile begin insert into Child values(9);end",
+         "create trigger Deletion after delete on ImageFile begin insert into Child values(9);end"})
+        ASSERT_TRUE(scanFiles.executeUpdate(QString::fromLatin1(sql))) << sql;
+    makePicture(u"new.jpg"_s);
+    testing::internal::CaptureStderr();
+    scan();
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(shown(), words("old.jpg"));
+    QFile::remove(path(u"old.jpg"_s));
+    scan();
+    EXPECT_EQ(items().size(), 0U);
+    EXPECT_EQ(images(), words("old.jpg"));
+    EXPECT_EQ(figures.rowsInserted, 1U);
+    EXPECT_EQ(figures.rowsRemoved, 0U);
+    // The transactions have ended: once the obstacle is gone, all is as it should be.
+    ASSERT_TRUE(scanFiles.executeUpdate(u"drop trigger Insertion"_s));
+    ASSERT_TRUE(scanFiles.executeUpdate(u"drop trigger Deletion"_s));
+    scan();
+    EXPECT_EQ(shown(), words("new.jpg"));
+    EXPECT_EQ(images(), words("new.jpg"));
+    EXPECT_EQ(figures.rowsRemoved, 1U);
 }
 
-TEST_F(ScanTest, AFileThatIsStillWrittenIsLeftForLater) {
-    makePicture(u"a.jpg"_s);
-    makePicture(u"b.jpg"_s);
-    auto cautious = std::make_shared<ScanServices>(*services);
-    cautious->isBeingWritten = [](const QString& file) { return file.endsWith(u"/b.jpg"); };
-    factory = std::make_unique<ScanFactory>(
-        ScanFactory::Environment{scanFiles, scanQueue, cautious, [] {}});
-    scan();
-    EXPECT_EQ(rows(imageNames), names({"a.jpg"}));
-}
-
-TEST_F(ScanTest, NestedRootsTakeOverTheirOwnFolders) {
-    makePicture(u"a.jpg"_s);
-    makePicture(u"zombie/b.jpg"_s);
-    makePicture(u"zombie/nested/c.jpg"_s);
-    const auto zombie = addRoot(u"zombie"_s, PBAliasObject::zombieState);
-    const auto nested = addRoot(u"zombie/nested"_s);
-    scan();
-    EXPECT_EQ(shown(), names({"a.jpg", "b.jpg", "c.jpg"}));
-    EXPECT_EQ(
-        rows(u"select AliasId,RelativePath is null from Folder order by 1"_s),
-        (QStringList{
-            u"%1|1"_s.arg(root->aliasId()), u"%1|1"_s.arg(zombie->aliasId()),
-            u"%1|1"_s.arg(nested->aliasId())}));
+TEST_F(ScanTest, FilesAreReadAheadSixteenAtATime) {
+    std::atomic<int> read = 0;
+    importers.willRead = [&](const QString&) { ++read; };
+    ReadAhead ahead(1, importers);
+    EXPECT_EQ(ahead.capacity(), 64U);
+    EXPECT_EQ(ReadAhead(2, importers).capacity(), 128U);
+    EXPECT_EQ(ReadAhead(0, importers).capacity(), 64U);
+    std::vector<ReadAhead::Reading> readings;
+    const auto begin = [&](int number) {
+        const QString file = path(u"%1.jpg"_s.arg(number));
+        if (number != 3) makePicture(u"%1.jpg"_s.arg(number), {number + 1, 1});
+        readings.push_back(ahead.read(file, importers.imageImporterForImageURL(file)));
+    };
+    for (int number = 0; number < 15; ++number)
+        begin(number);
+    EXPECT_EQ(read, 0);
+    begin(15);
+    EXPECT_TRUE(support::spinUntil([&] { return read == 15; })) << "all but the missing one";
+    begin(16);
+    for (int number = 0; number < 17; ++number) {
+        const auto file = ahead.wait(std::move(readings[static_cast<std::size_t>(number)]));
+        EXPECT_EQ(file.values.has_value(), number != 3);
+        if (number == 3) continue;
+        EXPECT_EQ(file.properties.at(u"PixelWidth"_s), PBValue(number + 1)) << "not another's";
+    }
 }
 
 TEST_F(ScanTest, AFullDiskLosesNothingThatIsStored) {
     makePicture(u"old.jpg"_s);
     scan();
-    const QStringList before = rows(imageNames);
-    FMResultSet pages = scanFiles.executeQuery(u"pragma page_count"_s);
-    ASSERT_TRUE(pages.next());
-    const QString limit = u"pragma max_page_count = %1"_s.arg(pages.intForColumnIndex(0));
-    pages.close();
-    FMResultSet set = scanFiles.executeQuery(limit);
-    ASSERT_TRUE(set.next());
-    set.close();
+    const QString pages = support::rowsOf(scanFiles, u"pragma page_count"_s).constFirst();
+    support::rowsOf(scanFiles, u"pragma max_page_count = "_s + pages);
     for (int i = 0; i < 150; ++i)
         makePicture(u"%1-%2.jpg"_s.arg(QString(200, u'n')).arg(i), {2, 2});
     testing::internal::CaptureStderr();
@@ -169,7 +184,7 @@ TEST_F(ScanTest, AFullDiskLosesNothingThatIsStored) {
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_NE(said.find("files.db"), std::string::npos) << said;
     EXPECT_EQ(std::ranges::count(said, '\n'), 1) << said;
-    EXPECT_EQ(rows(u"select FileName from ImageFile where FileName = 'old.jpg'"_s), before);
+    EXPECT_EQ(images().count(u"old.jpg"_s), 1);
     EXPECT_EQ(finished, 2);
     expectConsistentCatalogue();
 }

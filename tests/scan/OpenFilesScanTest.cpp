@@ -2,32 +2,36 @@
 
 namespace {
 
-std::shared_ptr<PBOpenFolderObject> opened(const QString& path, const QStringList& files) {
+std::shared_ptr<PBOpenFileObject> file(const QString& name) {
+    return std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, name});
+}
+
+std::shared_ptr<PBOpenFolderObject> opened(const QString& path, const char* files = "") {
     auto folder = std::make_shared<PBOpenFolderObject>();
     folder->folderPath = path;
-    for (const QString& name : files)
-        folder->fileArray.push_back(std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, name}));
+    for (const QString& name : support::words(files))
+        folder->fileArray.push_back(file(name));
     return folder;
 }
 
 struct OpenFilesScanTest : ScanTest {
-    OpenFilesScanTest() {
-        for (const char* name : {"a.jpg", "b.jpg", "c.jpg", "sub/d.jpg", "other/e.jpg"})
-            makePicture(QString::fromLatin1(name));
+    OpenFilesScanTest() { makePictures("a.jpg b.jpg c.jpg sub/d.jpg other/e.jpg"); }
+    void open(const PBOpenFolderArray& folders) {
+        browsing.openFiles = std::make_shared<PBOpenFiles>(folders);
     }
     /// Every publication's new names, in the order of their coming.
     QStringList scanInOrder() {
         QStringList order;
-        auto watching = std::make_shared<ScanServices>(*services);
-        watching->publish = [&](const std::shared_ptr<group::GroupPublication>& publication) {
-            for (const QString& name : namesIn(*publication))
-                if (!order.contains(name)) order.append(name);
-        };
-        factory = std::make_unique<ScanFactory>(
-            ScanFactory::Environment{scanFiles, scanQueue, watching, [] {}});
+        changeServices([&](ScanServices& watching) {
+            watching.publish = [&](const std::shared_ptr<group::GroupPublication>& publication) {
+                for (const QString& name : namesIn(publication->groupItemArray))
+                    if (!order.contains(name)) order.append(name);
+            };
+        });
         finished = 0;
         scan();
         EXPECT_EQ(finished, 1);
+        expectConsistentCatalogue();
         return order;
     }
 };
@@ -35,20 +39,18 @@ struct OpenFilesScanTest : ScanTest {
 } // namespace
 
 TEST_F(OpenFilesScanTest, OneOpenedPictureComesFirstThenItsFolderThenTheRest) {
-    const auto open = [&](const QString& name) {
-        auto folder = opened(path({}), {});
-        folder->focusOpenFileObj = std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, name});
-        browsing.openFiles = std::make_shared<PBOpenFiles>(PBOpenFolderArray{folder});
-    };
+    const auto folder = opened(path({}));
     scan();
-    open(u"C.jpg"_s);
+    folder->focusOpenFileObj = file(u"C.jpg"_s);
+    open({folder});
     EXPECT_EQ(scanInOrder().first(), u"c.jpg") << "known: by its row, in any case";
     EXPECT_EQ(scanInOrder().size(), 5);
     EXPECT_EQ(figures.rowsInserted, 5U);
 
     // New on disk: before the catalogue's other rows.
     makePicture(u"0.jpg"_s);
-    open(u"0.jpg"_s);
+    folder->focusOpenFileObj = file(u"0.jpg"_s);
+    open({folder});
     const QStringList order = scanInOrder();
     EXPECT_EQ(order.first(), u"0.jpg");
     EXPECT_EQ(order.size(), 6);
@@ -56,20 +58,12 @@ TEST_F(OpenFilesScanTest, OneOpenedPictureComesFirstThenItsFolderThenTheRest) {
 }
 
 TEST_F(OpenFilesScanTest, OpenedFilesAndFoldersComeBeforeTheOthers) {
-    scan();
-    browsing.openFiles = std::make_shared<PBOpenFiles>(
-        PBOpenFolderArray{opened(path({}), {u"b.jpg"_s}), opened(path(u"other"_s), {})});
-    QStringList order = scanInOrder();
-    ASSERT_EQ(order.size(), 5);
-    EXPECT_EQ(order.first(2), names({"b.jpg", "e.jpg"}));
-    expectConsistentCatalogue();
-}
-
-TEST_F(OpenFilesScanTest, FilesOfAFolderThatTheCatalogueDoesNotKnow) {
-    browsing.openFiles = std::make_shared<PBOpenFiles>(
-        PBOpenFolderArray{opened(path({}), {u"b.jpg"_s, u"missing.jpg"_s})});
-    const QStringList order = scanInOrder();
-    EXPECT_EQ(order.size(), 5);
-    EXPECT_EQ(order.first(), u"b.jpg");
-    expectConsistentCatalogue();
+    open({opened(path({}), "b.jpg missing.jpg")});
+    const QStringList unknown = scanInOrder();
+    EXPECT_EQ(unknown.size(), 5);
+    EXPECT_EQ(unknown.first(), u"b.jpg");
+    open({opened(path({}), "b.jpg"), opened(path(u"other"_s))});
+    const QStringList known = scanInOrder();
+    EXPECT_EQ(known.size(), 5);
+    EXPECT_EQ(known.mid(0, 2), support::words("b.jpg e.jpg"));
 }

@@ -1,20 +1,53 @@
 #pragma once
 
-#include "FMDB/FMDatabase.h"
+#include "group/ItemOrder.h"
 #include "library/LibrarySupport.h"
-#include "platform/OperationQueue.h"
+#include "platform/work/Mutex.h"
+#include "platform/work/OperationQueue.h"
 #include "scan/AttachedOperations.h"
 #include "scan/ScanFactory.h"
 #include "scan/ScanServices.h"
-#include "support/Rows.h"
 
-#include <mutex>
+#include <QFileInfo>
+#include <QImage>
+#include <QImageReader>
 
 /// Reads pictures through the toolkit: what a scan needs of importers, without their formats.
-struct ToolkitImporters final : image::ImageImporters {
-    [[nodiscard]] bool isImageType(const QString& uti) const override;
-    [[nodiscard]] std::unique_ptr<image::ImageImporter>
-    imageImporterForImageURL(const QString& path) override;
+struct ToolkitImporters final : PBImageImporterManager {
+    struct Importer final : PBImageImporterProtocol {
+        Importer(ToolkitImporters& owner, QString path) : _owner(owner), _path(std::move(path)) {}
+
+        std::optional<PBDictionary> propertiesAtIndex(std::size_t) override {
+            if (_owner.willRead) _owner.willRead(_path);
+            const QSize size = QImageReader(_path).size();
+            if (!size.isValid()) return std::nullopt;
+            PBDictionary all{{u"PixelWidth"_s, size.width()}, {u"PixelHeight"_s, size.height()}};
+            const auto further = _owner.properties.find(QFileInfo(_path).fileName());
+            if (further != _owner.properties.end())
+                all.insert(further->second.begin(), further->second.end());
+            return all;
+        }
+        QImage createImageWithMaxSize(unsigned maxSize, std::size_t, std::stop_token) override {
+            ++_owner.decoded;
+            const QImage image(_path);
+            if (image.isNull() || maxSize == 0) return image;
+            const int side = static_cast<int>(maxSize);
+            return image.scaled(side, side, Qt::KeepAspectRatio);
+        }
+        std::size_t imageCount() override { return 1; }
+        QString utiType() override { return {}; }
+
+    private:
+        ToolkitImporters& _owner;
+        const QString _path;
+    };
+
+    ToolkitImporters()
+        : PBImageImporterManager({PBImageImporterClass{
+              .typeIdentifiers = [] { return support::words("public.jpeg public.png"); },
+              .initWithImagePath =
+                  [this](const QString& path) { return std::make_unique<Importer>(*this, path); },
+              .propertiesOfImages = {}}}) {}
 
     /// Called on the reading thread, before properties are read.
     std::function<void(const QString& path)> willRead;
@@ -26,57 +59,156 @@ struct ToolkitImporters final : image::ImageImporters {
 /// A folder of pictures, a catalogue on disk, and all that scans need, without a window. The clock
 /// stands still unless the test moves it.
 struct ScanTest : testing::Test {
-    ScanTest();
-    ~ScanTest() override;
+    ScanTest() {
+        for (FMDatabase* db : {&files, &thumbnails, &scanFiles, &buildThumbnails}) {
+            EXPECT_TRUE(db->open());
+            // No test takes the power away.
+            EXPECT_TRUE(db->executeUpdate(u"pragma synchronous = off"_s));
+        }
+        EXPECT_TRUE(PBCatalogue(files).checkTables_FilesDb());
+        EXPECT_TRUE(PBCatalogue(thumbnails).checkTables_Thumbnail());
+        browsing.groupTypeArray = std::make_shared<const std::vector<int>>();
+        root = addRoot({});
+    }
+    ~ScanTest() override {
+        scanQueue.cancelAllOperations();
+        scanQueue.waitUntilAllOperationsAreFinished();
+        buildQueue.cancelAllOperations();
+        buildQueue.waitUntilAllOperationsAreFinished();
+    }
 
     /// Paths below the folder of pictures. A picture's content follows from the seed.
-    void makePicture(const QString& name, QSize size = {8, 6}, int seed = 0) const;
-    [[nodiscard]] QString path(const QString& name) const;
-    std::shared_ptr<PBAliasObject> addRoot(const QString& name, std::uint64_t state = 0);
+    void makePicture(const QString& name, QSize size = {8, 6}, int seed = 0) const {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(QColor::fromRgb(static_cast<QRgb>(seed) * 2654435U));
+        QDir().mkpath(QFileInfo(path(name)).absolutePath());
+        EXPECT_TRUE(image.save(path(name))) << name.toStdString();
+    }
+    void makePictures(const char* names) const {
+        for (const QString& name : support::words(names))
+            makePicture(name);
+    }
+    QString path(const QString& name) const {
+        const QString pictures = temporary.filePath(u"pictures"_s);
+        return name.isEmpty() ? pictures : pictures + u'/' + name;
+    }
+    std::shared_ptr<PBAliasObject> addRoot(const QString& name, std::uint64_t state = 0) {
+        const QString place = path(name);
+        QDir().mkpath(place);
+        const auto aliasId = PBCatalogue(files).insertFolderAliasWithData(
+            place.toUtf8(), 0, place, static_cast<qint64>(state));
+        auto alias = PBAliasObject::aliasObjectWithId(
+            aliasId, place.toUtf8(), QUrl::fromLocalFile(place), place, state, 0);
+        aliasManager.addAliasObject(alias);
+        return alias;
+    }
 
     /// Scans and waits for the end of all background work.
-    void scan(const QString& relativePath = {});
-    void startScan(const QString& relativePath = {});
-    void waitForQueues();
+    void scan(const QString& relativePath = {}) {
+        startScan(relativePath);
+        waitForQueues();
+    }
+    void startScan(const QString& relativePath = {}) {
+        buildQueue.cancelAllOperations();
+        scanQueue.cancelAllOperations();
+        workTree = std::make_shared<PBGroupItemArray>();
+        {
+            const platform::Lock lock(_mutex);
+            _publications.clear();
+        }
+        factory->startScan(root, relativePath, workTree, browsing);
+    }
+    void waitForQueues() {
+        scanQueue.waitUntilAllOperationsAreFinished();
+        buildQueue.waitUntilAllOperationsAreFinished();
+    }
     /// The names of the images in the last publication, in the order of the tree.
-    [[nodiscard]] QStringList shown() const;
-    [[nodiscard]] static QStringList namesIn(const group::GroupPublication& publication);
-    [[nodiscard]] std::size_t publications() const;
-    [[nodiscard]] std::vector<std::shared_ptr<PBImageFileItem>> items() const;
+    QStringList shown() const {
+        const auto last = lastPublication();
+        return last ? namesIn(last->groupItemArray) : QStringList();
+    }
+    static std::vector<std::shared_ptr<PBImageFileItem>> itemsIn(const PBGroupItemArray& tree) {
+        std::vector<std::shared_ptr<PBImageFileItem>> all;
+        for (const PBGroupItem* leaf : group::leavesOf(tree))
+            all.insert(all.end(), leaf->imageFiles().begin(), leaf->imageFiles().end());
+        return all;
+    }
+    static QStringList namesIn(const PBGroupItemArray& tree) {
+        return support::listed(itemsIn(tree), [](const auto& item) { return item->fileName(); });
+    }
+    auto items() const { return itemsIn(*workTree); }
+    /// How many images each publication had, in their order.
+    std::vector<std::size_t> publishedCounts() const {
+        const platform::Lock lock(_mutex);
+        std::vector<std::size_t> counts;
+        for (const auto& publication : _publications)
+            counts.push_back(itemsIn(publication->groupItemArray).size());
+        return counts;
+    }
+    std::shared_ptr<group::GroupPublication> lastPublication() const {
+        const platform::Lock lock(_mutex);
+        return _publications.empty() ? nullptr : _publications.back();
+    }
+    /// The same services but for what the function changes.
+    void changeServices(const std::function<void(ScanServices&)>& change) {
+        auto changed = std::make_shared<ScanServices>(*services);
+        change(*changed);
+        services = changed;
+        factory = makeFactory();
+    }
 
     /// The rows of a statement on files.db, columns joined with "|".
-    [[nodiscard]] QStringList rows(const QString& sql) { return support::rowsOf(files, sql); }
-    [[nodiscard]] QStringList thumbnailRows(const QString& sql) {
-        return support::rowsOf(thumbnails, sql);
-    }
-    [[nodiscard]] static QStringList names(std::initializer_list<const char*> list) {
-        return support::listed(list, [](const auto* name) { return QString::fromLatin1(name); });
+    QStringList rows(const QString& sql) { return support::rowsOf(files, sql); }
+    QStringList images() { return rows(u"select FileName from ImageFile order by 1"_s); }
+    static int count(FMDatabase& db, const char* table) {
+        const QString sql = u"select count(*) from "_s + QLatin1StringView(table);
+        return support::rowsOf(db, sql).constFirst().toInt();
     }
     void expectConsistentCatalogue() { support::expectConsistentCatalogue(files); }
 
     QTemporaryDir temporary;
-    FMDatabase files;
-    FMDatabase thumbnails;
-    FMDatabase scanFiles;
-    FMDatabase buildThumbnails;
-    ToldAliasServices aliasServices;
-    PBAliasManager aliasManager;
+    FMDatabase files{temporary.filePath(u"files.db"_s)};
+    FMDatabase thumbnails{temporary.filePath(u"thumbnail.db"_s)};
+    FMDatabase scanFiles{files.databasePath()};
+    FMDatabase buildThumbnails{thumbnails.databasePath()};
+    ToldAliasServices aliasServices{files};
+    PBAliasManager aliasManager{{files, aliasServices, {}}};
     PBScanFinishedManager finishedManager;
     ToolkitImporters importers;
     ScanFigures figures;
-    std::mutex insertFolderAliasLock;
+    platform::Mutex insertFolderAliasLock;
     std::atomic<double> now{1000};
     platform::OperationQueue buildQueue{u"build"_s};
     platform::OperationQueue scanQueue{u"scan"_s};
-    std::shared_ptr<BuildThumbServices> buildThumb;
-    std::shared_ptr<const ScanServices> services;
-    std::unique_ptr<ScanFactory> factory;
+    std::shared_ptr<BuildThumbServices> buildThumb{
+        new BuildThumbServices{.db = buildThumbnails, .queue = buildQueue, .didBuild = {}}};
+    std::shared_ptr<const ScanServices> services{new ScanServices{
+        .aliasManager = aliasManager,
+        .scanFinishedManager = finishedManager,
+        .insertFolderAliasLock = insertFolderAliasLock,
+        .imageImporterManager = importers,
+        .buildThumb = buildThumb,
+        .publish =
+            [this](std::shared_ptr<group::GroupPublication> publication) {
+                const platform::Lock lock(_mutex);
+                _publications.push_back(std::move(publication));
+            },
+        .scanFinished = [this] { ++finished; },
+        .isBeingWritten = {},
+        .now = [this] { return now.load(); },
+        .figures = figures}};
+    std::unique_ptr<ScanFactory> factory = makeFactory();
     std::shared_ptr<PBAliasObject> root;
     std::shared_ptr<PBGroupItemArray> workTree;
     ScanBrowsing browsing;
     std::atomic<int> finished{0};
 
 private:
-    mutable std::mutex _mutex; // guards the publications
-    std::vector<std::shared_ptr<group::GroupPublication>> _publications;
+    std::unique_ptr<ScanFactory> makeFactory() {
+        return std::make_unique<ScanFactory>(
+            ScanFactory::Environment{scanFiles, scanQueue, services, [] {}});
+    }
+
+    mutable platform::Mutex _mutex;
+    std::vector<std::shared_ptr<group::GroupPublication>> _publications VELMORA_GUARDED_BY(_mutex);
 };

@@ -1,4 +1,4 @@
-#include "shell/GroupPanel.h"
+#include "shell/groups/GroupPanel.h"
 
 #include "support/Support.h"
 
@@ -16,7 +16,7 @@ struct GroupPanelTest : testing::Test {
     }
     ~GroupPanelTest() override { delete view; }
 
-    void insert(const PBValue& model, int stars) {
+    void insert(const PBValue& model, int stars = 0) {
         PBGroupItem& first =
             PBGroupItem::sortAddGroupItem(*work, nullptr, group::CameraModel, model);
         PBGroupItem& leaf = PBGroupItem::sortAddGroupItem(
@@ -24,10 +24,10 @@ struct GroupPanelTest : testing::Test {
         leaf.sortAddImageFileItem(
             PBImageFileItem::imageFileItemWithId(++lastId, 1, u"a.jpg"_s, 1, 1), 0, false);
     }
-    void insert(const QString& model, int stars) { insert(PBValue(model), stars); }
-    void insertModels(int count) {
+    void publishModels(int count) {
         for (int i = 0; i < count; ++i)
-            insert(u"Model %1"_s.arg(i, 3, 10, QChar(u'0')), 1);
+            insert(u"Model %1"_s.arg(i, 3, 10, QChar(u'0')));
+        publish();
     }
     void publish() {
         source.groupItemArrayDidFinish(group::makeGroupPublication(work));
@@ -62,7 +62,7 @@ TEST_F(GroupPanelTest, rowsAreTheGroupsBelowAHiddenRoot) {
     insert(u"Alpha"_s, 0);
     insert(u"Beta"_s, 5);
     insert(u"Beta"_s, 1);
-    insert(PBNull{}, 0);
+    insert(PBNull{});
     publish();
     const QAbstractItemModel& model = *view->model();
     ASSERT_EQ(model.rowCount(), 1);
@@ -119,11 +119,10 @@ TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {
 }
 
 TEST_F(GroupPanelTest, onlyAPanelThatTheUserScrolledKeepsItsPlace) {
-    insertModels(100);
-    publish();
+    publishModels(100);
     EXPECT_FALSE(source.isOutlineViewScrolled());
     EXPECT_EQ(scrolledTo(), 0);
-    insert(u"Early"_s, 0); // a row above all others
+    insert(u"Early"_s); // a row above all others
     publish();
     EXPECT_EQ(scrolledTo(), 0);
 
@@ -133,8 +132,8 @@ TEST_F(GroupPanelTest, onlyAPanelThatTheUserScrolledKeepsItsPlace) {
     const QModelIndex held = view->indexAt(view->viewport()->rect().center());
     const QString name = held.data().toString();
     const int top = view->visualRect(held).top();
-    insert(u"Earlier still"_s, 0);
-    insert(u"Ear"_s, 0);
+    insert(u"Earlier still"_s);
+    insert(u"Ear"_s);
     publish();
     const QModelIndex now = view->indexAt(view->viewport()->rect().center());
     EXPECT_EQ(now.data().toString(), name);
@@ -146,8 +145,7 @@ TEST_F(GroupPanelTest, onlyAPanelThatTheUserScrolledKeepsItsPlace) {
     source.setGroupItemArray({});
     panel.clear();
     EXPECT_FALSE(view->model()->hasChildren(view->rootIndex()));
-    insertModels(100);
-    publish();
+    publishModels(100);
     EXPECT_EQ(scrolledTo(), 0);
     EXPECT_FALSE(source.isOutlineViewScrolled());
 }

@@ -1,80 +1,117 @@
-#include "shell/PaneLayout.h"
+#include "shell/panes/PaneLayout.h"
 
-#include "platform/UserDefaults.h"
+#include "platform/program/UserDefaults.h"
 #include "support/Support.h"
 
 #include <QWidget>
 
-using Pane = PaneLayout::Pane;
+using enum PaneLayout::Pane;
 
 namespace {
 
-/// A window's worth of panes with settings of its own.
-struct PaneLayoutTest : testing::Test {
-    struct Window {
-        explicit Window(platform::UserDefaults& defaults) {
-            view.reset(panes(defaults)->view());
-            view->resize(1200, 700);
-            view->show();
-            layout->restorePositions();
+/// A window's worth of panes.
+struct Panes {
+    explicit Panes(platform::UserDefaults& defaults)
+        : layout({source, group, thumbnail, info}, defaults, nullptr) {
+        view->resize(1200, 700);
+        view->show();
+        layout.restorePositions();
+    }
+    bool comesToRest() {
+        return support::spinUntil([this] { return !layout.isAnimationRunning(); });
+    }
+    /// Those that are shown then, by their initials; what is out of sight takes no keys.
+    QString toggle(PaneLayout::Pane pane) {
+        layout.toggle(pane);
+        EXPECT_TRUE(comesToRest());
+        return shown();
+    }
+    QString shown() const {
+        QString names;
+        for (const auto& [widget, pane, name] :
+             {std::tuple{source, Folder, u'F'}, {group, Group, u'G'}, {info, Info, u'I'}}) {
+            EXPECT_EQ(widget->isEnabled(), layout.isShown(pane));
+            if (layout.isShown(pane)) names += QChar(name);
         }
-        PaneLayout* panes(platform::UserDefaults& defaults) {
-            const PaneLayout::Contents contents{
-                .source = source, .group = group, .thumbnail = thumbnail, .info = info};
-            layout = std::make_unique<PaneLayout>(contents, defaults, nullptr);
-            return layout.get();
-        }
-        void toggle(Pane pane) const {
-            layout->toggle(pane);
-            EXPECT_TRUE(support::spinUntil([this] { return !layout->isAnimationRunning(); }));
-        }
-        // Taken over by the split views.
-        QWidget* source = new QWidget;
-        QWidget* group = new QWidget;
-        QWidget* thumbnail = new QWidget;
-        QWidget* info = new QWidget;
-        std::unique_ptr<PaneLayout> layout;
-        std::unique_ptr<QWidget> view;
-    };
+        EXPECT_EQ(layout.isShown(SideBar), layout.sideBarWidth() > 0);
+        return names;
+    }
+    // Taken over by the split views.
+    QWidget* source = new QWidget;
+    QWidget* group = new QWidget;
+    QWidget* thumbnail = new QWidget;
+    QWidget* info = new QWidget;
+    PaneLayout layout;
+    std::unique_ptr<QWidget> view{layout.view()};
+};
 
+struct PaneLayoutTest : testing::Test {
     QTemporaryDir folder;
     platform::UserDefaults defaults{folder.filePath(u"Velmora.conf"_s)};
 };
 
-TEST_F(PaneLayoutTest, whileAPaneMovesItsSplitTakesNoOtherCommand) {
-    Window window(defaults);
-    window.layout->toggle(Pane::SideBar);
-    ASSERT_TRUE(window.layout->isAnimationRunning());
-    window.layout->toggle(Pane::SideBar);
-    window.layout->toggle(Pane::Folder);
-    ASSERT_TRUE(support::spinUntil([&] { return !window.layout->isAnimationRunning(); }));
-    EXPECT_FALSE(window.layout->isShown(Pane::SideBar));
-    window.toggle(Pane::SideBar);
-    EXPECT_TRUE(window.layout->isShown(Pane::Folder));
-}
-
 TEST_F(PaneLayoutTest, theSideBarComesWithAPaneOfItAndIsNeverEmpty) {
-    Window window(defaults);
-    window.toggle(Pane::Group);
-    window.toggle(Pane::SideBar);
-    EXPECT_FALSE(window.layout->isShown(Pane::Folder));
-    window.toggle(Pane::Group);
-    EXPECT_TRUE(window.layout->isShown(Pane::Folder));
-    EXPECT_TRUE(window.layout->isShown(Pane::Group));
-    window.toggle(Pane::Folder);
-    window.toggle(Pane::Group);
-    EXPECT_TRUE(window.layout->isShown(Pane::Folder));
-    EXPECT_FALSE(window.layout->isShown(Pane::Group));
+    Panes panes(defaults);
+    EXPECT_EQ(panes.toggle(Group), u"FI"_s);
+    EXPECT_EQ(panes.toggle(SideBar), u"I"_s);
+    EXPECT_EQ(panes.toggle(Group), u"FGI"_s);
+    EXPECT_EQ(panes.toggle(Folder), u"GI"_s);
+    EXPECT_EQ(panes.toggle(Group), u"FI"_s);
+
+    // While a pane moves, its split takes no other command.
+    for (const auto pane : {SideBar, SideBar, Group})
+        panes.layout.toggle(pane);
+    ASSERT_TRUE(panes.comesToRest());
+    EXPECT_EQ(panes.shown(), u"I"_s);
+    EXPECT_EQ(panes.toggle(SideBar), u"FI"_s);
 }
 
 TEST_F(PaneLayoutTest, strangeSizesAreHeldWithinTheLimits) {
     defaults.setDouble(5000, u"SourceGroupSplitPos"_s);
     defaults.setDouble(-3, u"InfoSplitPos"_s);
     defaults.setDouble(9999, u"GroupSplitPos"_s);
-    const Window window(defaults);
-    EXPECT_EQ(window.source->width(), 400);
-    EXPECT_GE(window.info->width(), 200);
-    EXPECT_GE(window.group->height(), 150);
+    const Panes panes(defaults);
+    EXPECT_EQ(panes.source->width(), 400);
+    EXPECT_EQ(panes.info->width(), 260) << "no size at all";
+    EXPECT_EQ(panes.group->height(), 150);
+}
+
+TEST_F(PaneLayoutTest, sizesAndHiddenPanesComeBackInTheNextWindow) {
+    {
+        Panes panes(defaults);
+        EXPECT_EQ(panes.layout.sideBarWidth(), 230);
+        EXPECT_EQ(panes.info->width(), 260);
+        panes.layout.savePositions();
+        EXPECT_EQ(defaults.integerForKey(u"HiddenPanes"_s), std::nullopt) << "as by default";
+        defaults.setDouble(300, u"SourceGroupSplitPos"_s);
+        panes.toggle(Info);
+        panes.toggle(Folder);
+    }
+    EXPECT_EQ(defaults.integerForKey(u"HiddenPanes"_s), 0b1010);
+    Panes panes(defaults);
+    EXPECT_EQ(panes.layout.sideBarWidth(), 300);
+    EXPECT_EQ(panes.shown(), u"G"_s);
+    EXPECT_EQ(panes.toggle(Info), u"GI"_s);
+    EXPECT_EQ(panes.info->width(), 260);
+    EXPECT_EQ(panes.toggle(SideBar), u"I"_s);
+    EXPECT_EQ(defaults.integerForKey(u"HiddenPanes"_s), 0b0011);
+    panes.layout.savePositions();
+    EXPECT_EQ(defaults.doubleForKey(u"SourceGroupSplitPos"_s), 300) << "of a hidden one, its last";
+}
+
+TEST_F(PaneLayoutTest, theKeyboardLeavesAPaneThatGoesOutOfSight) {
+    Panes panes(defaults);
+    panes.thumbnail->setFocusPolicy(Qt::StrongFocus);
+    auto* field = new QWidget(panes.source);
+    field->setFocusPolicy(Qt::StrongFocus);
+    field->show();
+    panes.view->activateWindow();
+    field->setFocus();
+    ASSERT_TRUE(support::spinUntil([&] { return field->hasFocus(); }));
+    panes.toggle(Info);
+    EXPECT_TRUE(field->hasFocus());
+    panes.toggle(Folder);
+    EXPECT_TRUE(panes.thumbnail->hasFocus());
 }
 
 } // namespace

@@ -1,11 +1,12 @@
 #include "group/PBImageFileItem.h"
-#include "shell/MainToolbar.h"
-#include "shell/ToolbarValidation.h"
-#include "shell/WorkProgress.h"
+#include "shell/panes/WorkProgress.h"
+#include "shell/toolbar/MainToolbar.h"
+#include "shell/toolbar/ToolbarValidation.h"
 
 #include "support/Support.h"
 
 #include <QMainWindow>
+#include <QSignalSpy>
 
 namespace {
 
@@ -24,18 +25,14 @@ TEST(ToolbarValidationTest, aCommandTakesAsMuchOfTheSelectionAsItNeeds) {
     EXPECT_TRUE(validation.isEnabled(Command::back));
     EXPECT_FALSE(validation.isEnabled(Command::forward));
     EXPECT_EQ(asked, 0) << "the history has nothing to do with the selection";
-    for (const Command command : {Command::rotate, Command::shareClicked, Command::deleteClicked}) {
-        selected = nullptr;
-        EXPECT_FALSE(validation.isEnabled(command));
-        selected = item;
-        EXPECT_TRUE(validation.isEnabled(command));
-        isServed = false;
-        EXPECT_FALSE(validation.isEnabled(command));
-        isServed = true;
-    }
-    validation.beginValidateToolbarItem(ToolbarValidation::SelectionStatus::First);
-    EXPECT_TRUE(validation.validateToolbarItem(Command::rotate));
-    validation.endValidateToolbarItem();
+    for (const bool served : {false, true})
+        for (const auto& first : {decltype(item)(), item})
+            for (const Command command :
+                 {Command::rotate, Command::shareClicked, Command::deleteClicked}) {
+                isServed = served;
+                selected = first;
+                EXPECT_EQ(validation.isEnabled(command), served && first);
+            }
     EXPECT_FALSE(validation.validateToolbarItem(Command::rotate)) << "the selection is let go";
 }
 
@@ -52,21 +49,20 @@ struct MainToolbarTest : testing::Test {
         QCoreApplication::sendPostedEvents();
         QCoreApplication::processEvents();
     }
+    int groupBeside(int sidebarWidth) {
+        toolbar->alignWithSidebar(sidebarWidth);
+        layOut();
+        return leftOf(u"group");
+    }
     QMainWindow window;
     MainToolbar* toolbar = new MainToolbar(&window);
 };
 
 TEST_F(MainToolbarTest, whatFollowsTheFirstItemKeepsToTheSidebarAsLongAsThereIsRoom) {
-    toolbar->alignWithSidebar(300);
-    layOut();
-    const int at300 = leftOf(u"group");
+    const int at300 = groupBeside(300);
     EXPECT_NEAR(at300, 300, 12);
-    toolbar->alignWithSidebar(380);
-    layOut();
-    EXPECT_EQ(leftOf(u"group") - at300, 80);
-    toolbar->alignWithSidebar(0);
-    layOut();
-    EXPECT_EQ(at300 - leftOf(u"group"), 100) << "a hidden sidebar counts as one of 200";
+    EXPECT_EQ(groupBeside(380) - at300, 80);
+    EXPECT_EQ(at300 - groupBeside(0), 100) << "a hidden sidebar counts as one of 200";
 
     toolbar->alignWithSidebar(400);
     for (const bool captions : {false, true}) {
@@ -93,23 +89,31 @@ TEST(WorkProgressTest, shortWorkIsQuietAndLongWorkIsCountedFromItsBegin) {
             progress.update();
         return progress.state();
     };
+    const auto* timer = progress.findChild<QTimer*>();
+    EXPECT_EQ(timer->interval(), 150);
     using Kind = WorkProgress::Kind;
     using State = WorkProgress::State;
+    QSignalSpy changes(&progress, &WorkProgress::changed);
+    EXPECT_FALSE(timer->isActive());
     progress.restart();
+    EXPECT_TRUE(timer->isActive());
     figures.isScanning = true;
-    EXPECT_EQ(look(1), State()) << "what ends at once is not worth a word";
     figures.scanned = 70;
-    EXPECT_EQ(look(10), (State{Kind::Scanning, 70, 0}));
+    EXPECT_EQ(look(4), State()) << "what ends within half a second is not worth a word";
+    EXPECT_EQ(look(1), (State{Kind::Scanning, 70, 0}));
     figures.thumbnailsFinished = 530;
     figures.thumbnailsPending = 90;
     EXPECT_EQ(look(1), (State{Kind::Thumbnails, 30, 120}));
     progress.restart();
-    EXPECT_EQ(look(1), State()) << "another folder";
-    EXPECT_EQ(look(10), (State{Kind::Thumbnails, 0, 90}));
+    EXPECT_EQ(look(4), State()) << "another folder";
+    EXPECT_EQ(look(1), (State{Kind::Thumbnails, 0, 90}));
     figures = {.thumbnailsFinished = 620};
     EXPECT_EQ(look(1), State());
+    EXPECT_FALSE(timer->isActive()) << "nothing is left to look after";
     figures.thumbnailsPending = 4;
-    EXPECT_EQ(look(10), (State{Kind::Thumbnails, 0, 4})) << "work of its own";
+    EXPECT_EQ(look(5), (State{Kind::Thumbnails, 0, 4})) << "work of its own";
+    look(1);
+    EXPECT_EQ(changes.size(), 6) << "told only when it is another";
 }
 
 } // namespace

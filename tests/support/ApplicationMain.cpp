@@ -1,4 +1,4 @@
-#include "platform/MainLoop.h"
+#include "platform/work/MainLoop.h"
 
 #include <QApplication>
 

@@ -70,6 +70,11 @@ QStringList listed(const auto& range, const auto& function) {
     return texts;
 }
 
+/// The words of a text.
+inline QStringList words(const char* text) {
+    return QString::fromUtf8(text).split(u' ', Qt::SkipEmptyParts);
+}
+
 /// Runs the rest of the scope in another time zone.
 struct TimeZone {
     explicit TimeZone(const char* zone);

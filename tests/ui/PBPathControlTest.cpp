@@ -1,31 +1,25 @@
 #include "ui/PBPathControl.h"
 
-#include "support/Support.h"
+#include "support/Mouse.h"
 
 #include <QMenu>
 #include <QTest>
 
 namespace {
 
-const group::IconName image{group::IconName::Kind::Named, u"date_n"_s};
-
-struct PBPathCellTest : testing::Test {
-    PBPathCellTest() { path.setSize({400, 20}); }
-    [[nodiscard]] const PBPathComponentCell& cell(std::size_t index) const {
-        return *path.pathComponentCells()[index];
-    }
-
+TEST(PBPathCellTest, onlyTheLimitedCellGivesWay) {
     const PathCellStyle style{QFont(), false};
     PBPathCell path{style};
-};
-
-TEST_F(PBPathCellTest, onlyTheLimitedCellGivesWay) {
+    const auto cell = [&](std::size_t index) -> auto& {
+        return *path.pathComponentCells()[index];
+    };
+    const group::IconName image{group::IconName::Kind::Named, u"date_n"_s};
+    path.setSize({400, 20});
     path.addItemWithTitle(u"2019"_s, image, false);
     path.addItemWithTitle(QString(200, u'x'), image, true);
     path.addItemWithTitle(u"Camera"_s, image, false);
     const double whole = cell(0).cellSize().width();
     EXPECT_EQ(cell(1).cellSize().width(), 400 - 2 - cell(1).widthOfOtherCell());
-    EXPECT_EQ(cell(0).cellSize().width(), whole);
     EXPECT_EQ(path.rectOfItem(2).right(), 398);
     // Wide enough: no more than it needs.
     path.setSize({10000, 20});
@@ -35,27 +29,83 @@ TEST_F(PBPathCellTest, onlyTheLimitedCellGivesWay) {
     EXPECT_EQ(cell(1).cellSize().width(), 29);
     EXPECT_LE(path.rectOfItem(2).right(), 60 + whole);
     EXPECT_GE(path.rectOfItem(2).width(), 0);
+    // What is drawn: symbol, title, arrow; the last has no arrow.
+    path.setSize({400, 20});
+    EXPECT_EQ(cell(0).cellSize().width() - cell(0).sizeOfTitle().width(), 2 + 19 + 8);
+    EXPECT_EQ(cell(2).cellSize().width() - cell(2).sizeOfTitle().width(), 2 + 19);
+    EXPECT_EQ(path.insertItemWithTitle(u"x"_s, {}, 1, false).position(), 1U);
+    EXPECT_EQ(cell(1).cellSize().width() - cell(1).sizeOfTitle().width(), 2 + 8);
 }
 
-TEST(PBPathControlTest, theKeyboardGoesAlongTheCells) {
+struct PBPathControlTest : testing::Test {
+    PBPathControlTest() {
+        control.resize(500, control.height());
+        control.show();
+        show({3, 5});
+    }
+    void show(std::vector<int> types) {
+        control.setGroupTypeArray(std::make_shared<const std::vector<int>>(std::move(types)));
+    }
+    QMenu* menu() const { return control.findChild<QMenu*>(); }
     PBPathControl control;
-    control.resize(500, control.height());
-    control.show();
+};
+
+TEST_F(PBPathControlTest, keysAndTheLeftButtonOpenTheMenuOfACell) {
     std::vector<PBGroupMenuAction> clicked;
     QObject::connect(
         &control, &PBPathControl::groupMenuClicked, &control,
         [&](const PBGroupMenuAction& action) { clicked.push_back(action); });
-    control.setGroupTypeArray(std::make_shared<const std::vector<int>>(std::vector{3, 5}));
     QTest::keyClick(&control, Qt::Key_Left);
     for (int i = 0; i < 5; ++i)
         QTest::keyClick(&control, Qt::Key_Right);
+    control.setGroupTypeArray(control.groupTypeArray()); // the same: the keyboard stays
     QTest::keyClick(&control, Qt::Key_Space);
-    const auto menu = [&] { return control.findChild<QMenu*>(); };
     ASSERT_TRUE(menu());
     menu()->actions().constFirst()->trigger();
     EXPECT_EQ(clicked, (std::vector<PBGroupMenuAction>{{PBGroupMenuAction::Add, 1}}));
     menu()->close();
     ASSERT_TRUE(support::spinUntil([&] { return !menu(); }));
+    show({4, 5}); // of another chain the first cell is next
+    QTest::keyClick(&control, Qt::Key_Left);
+    QTest::keyClick(&control, Qt::Key_Space);
+    ASSERT_TRUE(menu());
+    menu()->close();
+    // Of cells with the left button only.
+    const auto pressed = [&](QPointF point, Qt::MouseButton button = Qt::LeftButton) {
+        const QMouseEvent event =
+            support::mouseEvent(control, QEvent::MouseButtonPress, point, {}, button);
+        return std::unique_ptr<QMenu>(control.menuForEvent(event)) != nullptr;
+    };
+    const QPointF second = control.rectOfItem(1).center();
+    EXPECT_TRUE(pressed(second));
+    EXPECT_FALSE(pressed(second, Qt::RightButton));
+    EXPECT_FALSE(pressed({second.x(), 2}));
+    EXPECT_FALSE(pressed({control.rectOfItem(0).left() - 1, 10}));
+    control.setGroupTypeArray(nullptr);
+    EXPECT_FALSE(pressed(second));
+}
+
+TEST_F(PBPathControlTest, theStepUnderTheMouseIsLitUntilItLeaves) {
+    const QPointF place = control.rectOfItem(0).topLeft() + QPointF(1, 2);
+    const auto color = [&] { return control.grab().toImage().pixelColor(place.toPoint()); };
+    const QColor rest = color();
+    const auto move = [&](QPointF point) {
+        support::sendMouse(control, QEvent::MouseMove, point, {}, Qt::NoButton);
+        return color();
+    };
+    const QColor hot = move(place);
+    EXPECT_NE(hot, rest);
+    EXPECT_EQ(move({490, 10}), rest);
+    control.popUpMenuOfItem(0);
+    EXPECT_NE(color(), rest);
+    EXPECT_NE(color(), hot); // open is stronger
+    ASSERT_TRUE(menu());
+    menu()->close();
+    EXPECT_EQ(color(), rest);
+    move(place);
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&control, &leave);
+    EXPECT_EQ(color(), rest);
 }
 
 } // namespace

@@ -1,10 +1,9 @@
 #include "ui/PBScrollView.h"
-#include "support/Support.h"
+#include "support/Mouse.h"
 #include "ui/PBScroller.h"
 #include "ui/PBThemes.h"
 #include "ui/PBThumbnailScrollView.h"
 
-#include <QApplication>
 #include <QWheelEvent>
 
 namespace {
@@ -14,17 +13,12 @@ struct LineScrollView final : PBScrollView {
     double scrollLine() const override { return 50; }
 };
 
-struct Wheel {
-    QPoint pixels;
-    QPoint angle;
-    Qt::ScrollPhase phase = Qt::NoScrollPhase;
-};
-
-void sendWheel(PBScrollView& view, const Wheel& wheel) {
+void sendWheel(
+    PBScrollView& view, QPoint pixels, QPoint angle, Qt::ScrollPhase phase = Qt::NoScrollPhase) {
     const QPointF middle = QRectF(view.viewport()->rect()).center();
     QWheelEvent event(
-        middle, view.viewport()->mapToGlobal(middle), wheel.pixels, wheel.angle, Qt::NoButton,
-        Qt::NoModifier, wheel.phase, false);
+        middle, view.viewport()->mapToGlobal(middle), pixels, angle, Qt::NoButton, {}, phase,
+        false);
     QApplication::sendEvent(view.viewport(), &event);
 }
 
@@ -35,9 +29,12 @@ struct PBScrollViewTest : ::testing::Test {
         view.show();
         view.setDocumentSize({280, 10000});
     }
-    void finishMotion() {
+    double y() const { return view.pbScrollPoint().y(); }
+    /// Where the motion ends.
+    double finished() {
         now += 1;
         view.motion().tick();
+        return y();
     }
 
     double now = 100;
@@ -50,64 +47,93 @@ TEST_F(PBScrollViewTest, keepsWholePositionsWithinTheDocument) {
     view.setPbScrollPoint({-5, 1.6});
     EXPECT_EQ(view.pbScrollPoint(), QPointF(0, 2));
     view.setPbScrollPoint({0, 1e9});
-    EXPECT_EQ(view.pbScrollPoint(), QPointF(0, 9600));
+    EXPECT_EQ(y(), 9600);
     EXPECT_EQ(scrolls, 2);
     view.setDocumentSize({280, 1000});
-    EXPECT_EQ(view.pbScrollPoint(), QPointF(0, 600));
+    EXPECT_EQ(y(), 600);
+    view.setDocumentSize({280, 1000.2});
+    view.setPbScrollPoint({0, 1e9});
+    EXPECT_EQ(y(), 601);
+    auto* document = new QWidget;
+    view.setDocumentView(document);
+    view.resize(320, 450);
+    EXPECT_EQ(view.pbScrollPoint(), QPointF(0, 551));
+    EXPECT_EQ(document->geometry(), view.viewport()->rect());
     view.setDocumentSize({280, 10});
-    EXPECT_EQ(view.pbScrollPoint(), QPointF(0, 0));
+    EXPECT_EQ(y(), 0);
+    constexpr double tall = 1e11; // more than an int holds
+    view.setDocumentSize({280, tall});
+    PBScroller& scroller = view.scroller();
+    scroller.setSliderPosition(scroller.maximum());
+    scroller.triggerAction(QAbstractSlider::SliderToMaximum);
+    EXPECT_EQ(finished(), tall - 450);
+    EXPECT_EQ(scroller.value(), scroller.maximum());
+    view.scrollToPosition(tall / 2, false);
+    EXPECT_NEAR(scroller.value(), scroller.maximum() / 2.0, 4);
 }
 
-TEST_F(PBScrollViewTest, theWheelMovesByLinesAndPreciseDevicesByPixels) {
-    sendWheel(view, {.pixels = {}, .angle = {0, -120}});
-    EXPECT_TRUE(view.isScrolling());
-    finishMotion();
-    EXPECT_EQ(view.pbScrollPoint().y(), 50);
+TEST_F(PBScrollViewTest, theKnobRestsWhileItIsHeldAndShowsThePositionAfterwards) {
+    PBScroller& scroller = view.scroller();
+    Q_EMIT scroller.sliderPressed();
+    view.setPbScrollPoint({0, 500});
+    EXPECT_EQ(scroller.value(), 0);
+    Q_EMIT scroller.sliderReleased();
+    EXPECT_EQ(scroller.value(), 500);
+    view.setClock([this] { return now += 0.05; });
+    view.scrollToPosition(700, true);
+    // Frames come by themselves.
+    EXPECT_TRUE(support::spinUntil([&] { return !view.isScrolling(); }));
+    EXPECT_EQ(y(), 700);
+    EXPECT_EQ(scroller.value(), 700);
+}
+
+TEST_F(PBScrollViewTest, linesAndPagesAreEasedAndAddUpAndPreciseDevicesMoveByPixels) {
+    const std::tuple<QPoint, QPoint, double> turns[] = {
+        {{}, {0, -120}, 50},
+        {{0, -7}, {0, -60}, 57},
+        {{}, {-120, 60}, 107}}; // the larger of the two counts
+    for (const auto& [pixels, angle, end] : turns) {
+        sendWheel(view, pixels, angle);
+        EXPECT_TRUE(view.isScrolling());
+        EXPECT_EQ(finished(), end);
+    }
     EXPECT_FALSE(view.isScrolling());
-    sendWheel(view, {.pixels = {0, -7}, .angle = {0, -60}});
-    finishMotion();
-    EXPECT_EQ(view.pbScrollPoint().y(), 57);
+    sendWheel(view, {0, -9}, {}, Qt::ScrollMomentum);
+    EXPECT_EQ(y(), 116);
+    PBScroller& scroller = view.scroller();
+    scroller.setPageScroll(100);
+    scroller.triggerAction(QAbstractSlider::SliderPageStepAdd);
+    EXPECT_EQ(y(), 116);
+    scroller.triggerAction(QAbstractSlider::SliderSingleStepAdd);
+    scroller.triggerAction(QAbstractSlider::SliderSingleStepAdd);
+    EXPECT_EQ(finished(), 116 + 300 + 50 + 50);
+    scroller.triggerAction(QAbstractSlider::SliderPageStepSub);
+    EXPECT_EQ(finished(), 216);
 }
 
 TEST_F(PBScrollViewTest, aGestureWithPhasesMovesAtOnceAndCountsAsScrollingUntilItsMomentumEnds) {
-    sendWheel(view, {{0, 0}, {0, 0}, Qt::ScrollBegin});
-    sendWheel(view, {{0, -30}, {0, -30}, Qt::ScrollUpdate});
-    EXPECT_EQ(view.pbScrollPoint().y(), 30);
-    sendWheel(view, {{0, 0}, {0, 0}, Qt::ScrollEnd});
+    sendWheel(view, {}, {}, Qt::ScrollEnd); // of nothing
+    EXPECT_FALSE(view.isScrolling());
+    view.scrollToPosition(900, true);
+    sendWheel(view, {}, {}, Qt::ScrollBegin); // a finger that rests stops no motion
+    EXPECT_TRUE(view.motion().isRunning());
+    sendWheel(view, {0, -30}, {0, -30}, Qt::ScrollUpdate);
+    EXPECT_EQ(y(), 30);
+    EXPECT_FALSE(view.motion().isRunning());
+    sendWheel(view, {}, {}, Qt::ScrollEnd);
     now += 0.05;
     EXPECT_TRUE(view.isScrolling());
-    sendWheel(view, {{0, -20}, {0, -20}, Qt::ScrollMomentum});
+    sendWheel(view, {0, -20}, {0, -20}, Qt::ScrollMomentum);
     now += 1;
     EXPECT_TRUE(view.isScrolling());
-    sendWheel(view, {{0, 0}, {0, 0}, Qt::ScrollEnd});
-    now += 0.11;
+    now = 0;
+    sendWheel(view, {}, {}, Qt::ScrollEnd);
+    now = 0.099;
+    sendWheel(view, {}, {}, Qt::ScrollEnd); // told twice
+    EXPECT_TRUE(view.isScrolling());
+    now = 0.1;
     EXPECT_FALSE(view.isScrolling());
-    EXPECT_EQ(view.pbScrollPoint().y(), 50);
-}
-
-TEST_F(PBScrollViewTest, theScrollerReachesEveryPartOfADocumentTallerThanAnInt) {
-    constexpr double height = 1e11;
-    view.setDocumentSize({280, height});
-    view.scroller().setSliderPosition(view.scroller().maximum());
-    view.scroller().triggerAction(QAbstractSlider::SliderToMaximum);
-    finishMotion();
-    EXPECT_EQ(view.pbScrollPoint().y(), height - 400);
-    EXPECT_EQ(view.scroller().value(), view.scroller().maximum());
-    view.scrollToPosition(height / 2, false);
-    EXPECT_NEAR(view.scroller().value(), view.scroller().maximum() / 2.0, 4);
-}
-
-TEST_F(PBScrollViewTest, pagesAndArrowsOfTheScrollerAreEasedAndAddUp) {
-    view.scroller().setPageScroll(100);
-    view.scroller().triggerAction(QAbstractSlider::SliderPageStepAdd);
-    EXPECT_EQ(view.pbScrollPoint().y(), 0);
-    view.scroller().triggerAction(QAbstractSlider::SliderSingleStepAdd);
-    view.scroller().triggerAction(QAbstractSlider::SliderSingleStepAdd);
-    finishMotion();
-    EXPECT_EQ(view.pbScrollPoint().y(), 300 + 50 + 50);
-    view.scroller().triggerAction(QAbstractSlider::SliderPageStepSub);
-    finishMotion();
-    EXPECT_EQ(view.pbScrollPoint().y(), 100);
+    EXPECT_EQ(y(), 50);
 }
 
 TEST_F(PBScrollViewTest, theKnobFollowsTheMouseAndWithTheOptionKeyAtAQuarter) {
@@ -115,44 +141,20 @@ TEST_F(PBScrollViewTest, theKnobFollowsTheMouseAndWithTheOptionKeyAtAQuarter) {
     view.setDocumentSize({280, 100000});
     PBScroller& scroller = view.scroller();
     scroller.resize(scroller.width(), 400);
-    const auto send = [&](QEvent::Type type, QPointF point, Qt::KeyboardModifiers modifiers) {
-        const bool isUp = type == QEvent::MouseButtonRelease;
-        QMouseEvent event(
-            type, point, scroller.mapToGlobal(point),
-            type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-            isUp ? Qt::NoButton : Qt::LeftButton, modifiers);
-        QApplication::sendEvent(&scroller, &event);
-    };
     const auto dragged = [&](Qt::KeyboardModifiers modifiers) {
         view.scrollToPosition(0, false);
         const QPointF knob(scroller.width() / 2.0, 10);
-        send(QEvent::MouseButtonPress, knob, modifiers);
+        support::sendMouse(scroller, QEvent::MouseButtonPress, knob, modifiers);
         for (int step = 1; step <= 8; ++step)
-            send(QEvent::MouseMove, knob + QPointF(0, 20 * step), modifiers);
-        send(QEvent::MouseButtonRelease, knob + QPointF(0, 160), modifiers);
-        finishMotion();
-        return view.pbScrollPoint().y();
+            support::sendMouse(
+                scroller, QEvent::MouseMove, knob + QPointF(0, 20 * step), modifiers);
+        support::sendMouse(scroller, QEvent::MouseButtonRelease, knob + QPointF(0, 160), modifiers);
+        return finished();
     };
     // 160 of the way that the shortest knob, 36 high, has in 400.
     const double whole = dragged(Qt::NoModifier);
     EXPECT_NEAR(whole, 160.0 / 364 * (100000 - 400), 300);
     EXPECT_NEAR(dragged(Qt::AltModifier), whole / 4, 300);
-}
-
-TEST_F(PBScrollViewTest, aKnobInSlideModeSetsTheSpeedAtMostOnceAFrame) {
-    PBScroller& scroller = view.scroller();
-    scroller.setSlideMode(true);
-    const auto pull = [&](int to) {
-        scroller.setSliderPosition(to);
-        scroller.triggerAction(QAbstractSlider::SliderMove);
-    };
-    pull(1000);
-    EXPECT_EQ(view.motion().scrollStopPos(), 30);
-    pull(1000); // within the same frame
-    EXPECT_EQ(view.motion().scrollStopPos(), 30);
-    now += 0.02;
-    pull(750);
-    EXPECT_EQ(view.motion().scrollStopPos(), 45);
 }
 
 struct FakeStrip final : ThumbnailStrip {
@@ -176,14 +178,19 @@ TEST(PBThumbnailScrollViewTest, stopsAtThumbnailsAndIgnoresMomentum) {
     EXPECT_EQ(view.geometry(), QRect(2, 2, 400, 100));
     parent.show();
     view.setDocumentSize({4000, 80});
-    sendWheel(view, {.pixels = {0, -100}, .angle = {0, -120}, .phase = Qt::ScrollUpdate});
-    sendWheel(view, {.pixels = {0, -900}, .angle = {0, -120}, .phase = Qt::ScrollMomentum});
+    sendWheel(view, {0, -100}, {0, -120}, Qt::ScrollUpdate);
+    sendWheel(view, {0, -900}, {0, -120}, Qt::ScrollMomentum);
     EXPECT_EQ(view.pbScrollPoint().x(), 0);
     now = 1;
     view.motion().tick();
     EXPECT_EQ(view.pbScrollPoint().x(), 80);
     EXPECT_EQ(strip.ended, std::vector<std::int64_t>{1});
-    sendWheel(view, {.pixels = {}, .angle = {0, -120}});
+    sendWheel(view, {}, {0, -120});
+    EXPECT_EQ(view.scrollLine(), 40);
+    view.setIgnoreLayoutSubView(true);
+    parent.resize(604, 104);
+    view.layoutThumbnailView();
+    EXPECT_EQ(view.width(), 400);
     EXPECT_EQ(view.motion().scrollStopPos(), 80 + 80); // 40 more, to the nearest thumbnail
 }
 

@@ -22,6 +22,12 @@ struct ScrollMotionTest : ::testing::Test {
         motion.tick();
     }
 
+    double turned(double time, double delta) {
+        now = time;
+        motion.wheel(delta);
+        return motion.scrollStopPos();
+    }
+
     double now = 0;
     FakeTarget target;
     ScrollMotion motion{target, [this] { return now; }};
@@ -35,8 +41,7 @@ TEST_F(ScrollMotionTest, theCurveStartsAtTheStartAndEndsExactlyAtTheEnd) {
     tickAt(0.3);
     EXPECT_NEAR(target.position, 100 + 1000 * (1 - 1.0 / 3) / (1 - 1.0 / 9), 1e-9);
     tickAt(0.5999);
-    EXPECT_LT(target.position, 1100);
-    EXPECT_TRUE(target.ended.empty());
+    EXPECT_TRUE(motion.isRunning());
     tickAt(0.6);
     EXPECT_EQ(target.position, 1100);
     EXPECT_FALSE(motion.isRunning());
@@ -45,62 +50,42 @@ TEST_F(ScrollMotionTest, theCurveStartsAtTheStartAndEndsExactlyAtTheEnd) {
 }
 
 TEST_F(ScrollMotionTest, turnsOfTheWheelAddUpAndTheFirstTwoAgainstThemAreSwallowed) {
-    motion.wheel(-10);
-    now = 0.1;
-    motion.wheel(-10);
-    EXPECT_EQ(motion.scrollStopPos(), 120);
-    for (int turn = 0; turn < 2; ++turn) {
-        motion.wheel(10);
-        EXPECT_EQ(motion.scrollStopPos(), 120) << turn;
-    }
-    motion.wheel(10);
+    for (int turn = 0; turn < 4; ++turn)
+        motion.wheel(-10);
+    EXPECT_EQ(turned(0.1, -10), 150);
+    EXPECT_EQ(turned(0.1, 10), 150);
+    EXPECT_EQ(turned(0.1, 10), 150);
     // Against a motion the way counts from where it is now.
-    EXPECT_NEAR(motion.scrollStopPos(), std::rint(target.position - 10), 1e-9);
+    const double stop = turned(0.1, 10);
+    EXPECT_NEAR(stop, std::rint(target.position - 10), 1e-9);
     EXPECT_EQ(motion.scrollPosFlag(), -1);
     tickAt(5);
     EXPECT_EQ(target.ended, std::vector<std::int64_t>{-1});
 }
 
-TEST_F(ScrollMotionTest, aWheelTurnedAfterTheMotionIsOverButBeforeItsLastTickKeepsAddingUp) {
-    motion.wheel(-10);
-    now = 0.7; // no tick came since: the loop was busy
-    motion.wheel(-10);
-    now = 0.8;
-    motion.wheel(-10);
-    EXPECT_EQ(motion.scrollStopPos(), 130);
+TEST_F(ScrollMotionTest, turnsAddUpUntilTheLastTickAndARestForgetsTheirDirection) {
+    turned(0, -10);
+    EXPECT_EQ(turned(0.7, -10), 120); // the motion is over, but no tick came: the loop was busy
+    EXPECT_EQ(turned(0.8, -10), 130);
+    tickAt(2);
+    EXPECT_EQ(turned(2, 10), 120);
+    EXPECT_EQ(turned(2, 0), 120);
 }
 
-TEST_F(ScrollMotionTest, aRestPeriodForgetsTheDirectionOfTheWheel) {
-    motion.wheel(-10);
-    motion.wheel(-10);
-    tickAt(1);
-    motion.wheel(10);
-    EXPECT_EQ(motion.scrollStopPos(), 110);
-    motion.wheel(0);
-    EXPECT_EQ(motion.scrollStopPos(), 110);
-}
-
-TEST_F(ScrollMotionTest, aNewTargetStartsFromWhereTheMotionIs) {
+TEST_F(ScrollMotionTest, aNewTargetStartsFromWhereTheMotionIsAndEndsWhereItMayRest) {
     motion.scrollToPosition(1100, true);
     now = 0.3; // not ticked yet
-    motion.scrollToPosition(0, true);
+    target.step = 80;
+    motion.scrollToPosition(110, true);
     EXPECT_NEAR(target.position, 850, 1e-9);
     EXPECT_EQ(target.begun, 1);
-    tickAt(0.3 + 0.6);
-    EXPECT_EQ(target.position, 0);
-}
-
-TEST_F(ScrollMotionTest, contentThatMovesTakesTheMotionAlong) {
-    motion.scrollToPosition(200, true);
-    tickAt(0.3);
-    const double before = target.position;
-    motion.updateScrollAmtByOffset(1000);
-    tickAt(0.3);
-    EXPECT_NEAR(target.position, before + 1000, 1e-9);
-    tickAt(0.6);
-    EXPECT_EQ(target.position, 1200);
-    motion.updateScrollAmtByOffset(1000); // at rest: nothing
-    EXPECT_EQ(target.position, 1200);
+    tickAt(1);
+    EXPECT_EQ(target.position, 80);
+    motion.scrollToPosition(400, true);
+    motion.scrollToPosition(210, false);
+    EXPECT_EQ(target.position, 240);
+    EXPECT_FALSE(motion.isRunning());
+    EXPECT_EQ(target.ended, (std::vector<std::int64_t>{0, 0}));
 }
 
 } // namespace

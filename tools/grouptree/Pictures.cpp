@@ -2,9 +2,9 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/MetadataKeys.h"
+#include "codec/metadata/ImageProperties.h"
 #include "core/FileTypes.h"
-#include "image/codec/metadata/ImageProperties.h"
-#include "platform/FileManager.h"
+#include "platform/files/FileManager.h"
 
 #include <QDirIterator>
 #include <QFile>

@@ -3,7 +3,7 @@
 #include "group/GroupPresets.h"
 #include "group/GroupingStep.h"
 #include "grouptree/Pictures.h"
-#include "info/geo/PBGeoManager.h"
+#include "places/PBGeoManager.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -4,6 +4,7 @@
 #include "ui/PBThemes.h"
 
 #include <QApplication>
+#include <QCommandLineParser>
 #include <QDirIterator>
 #include <QPainter>
 
@@ -43,17 +44,7 @@ int drawSizes(QPainter& painter, QPoint at, const QString& name) {
     return at.x() - left;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    const QStringList arguments = QApplication::arguments();
-    if (arguments.size() < 2) {
-        std::fputs("usage: iconsheet FILE.png [RATIO]\n", stderr);
-        return 2;
-    }
-    const double ratio = arguments.size() > 2 ? std::max(1.0, arguments[2].toDouble()) : 1.0;
+QImage drawSheet(double ratio) {
     const QStringList names = allNames();
     const qsizetype rows = (names.size() + sheetColumns - 1) / sheetColumns;
     const int formsWidth = 2 * (16 + 24 + 32 + 3 * 6) + 6;
@@ -79,7 +70,27 @@ int main(int argc, char** argv) {
         }
     }
     painter.end();
-    if (sheet.save(arguments[1])) return 0;
-    std::fprintf(stderr, "iconsheet: %s can't be written\n", qPrintable(arguments[1]));
+    return sheet;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Draws every symbol of the program."));
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("FILE.png"), QStringLiteral("The sheet."));
+    parser.addPositionalArgument(
+        QStringLiteral("RATIO"), QStringLiteral("Pixels a point, at least 1; 1 without it."),
+        QStringLiteral("[RATIO]"));
+    parser.process(application);
+    const QStringList words = parser.positionalArguments();
+    const double ratio = words.size() > 1 ? words[1].toDouble() : 1.0;
+    if (words.isEmpty() || words.size() > 2 || ratio < 1) parser.showHelp(2);
+    const QImage sheet = drawSheet(ratio);
+    if (sheet.save(words[0])) return 0;
+    std::fprintf(stderr, "iconsheet: %s can't be written\n", qPrintable(words[0]));
     return 1;
 }

@@ -1,13 +1,13 @@
 #include "catalogue/MetadataKeys.h"
+#include "codec/Bitmaps.h"
+#include "codec/PBImageImporter.h"
 #include "core/FileTypes.h"
-#include "image/codec/Bitmaps.h"
-#include "image/codec/PBImageImporter.h"
-#include "platform/TypeIdentifiers.h"
+#include "platform/files/TypeIdentifiers.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
+#include <QFileInfo>
 #include <QTextStream>
 
 namespace {
@@ -20,9 +20,7 @@ void printDictionary(QTextStream& out, const QString& title, const PBDictionary&
 }
 
 PBDictionary nested(const PBDictionary& properties, QStringView key) {
-    const auto found = properties.find(key.toString());
-    const PBDictionary* dictionary =
-        found == properties.end() ? nullptr : found->second.dictionary();
+    const PBDictionary* dictionary = valueForKey(properties, key.toString()).dictionary();
     return dictionary ? *dictionary : PBDictionary();
 }
 
@@ -89,11 +87,11 @@ bool writeThumbnail(QTextStream& out, const QImage& image, const QString& path) 
 
 bool describe(QTextStream& out, const QString& path, const Options& options) {
     out << path << '\n';
-    const auto importer = PBImageImporter::initWithImagePath(path);
-    if (!importer) {
+    if (!QFileInfo(path).isFile() || !QFileInfo(path).isReadable()) {
         out << "  is no file that can be opened\n";
         return false;
     }
+    const auto importer = PBImageImporter::initWithImagePath(path);
     const QString type = PBUtilities::extentionToUTI(PBUtilities::pathExtension(path));
     out << "  Type = " << (type.isEmpty() ? QStringLiteral("unknown") : type) << ", by content "
         << importer->utiType() << '\n';

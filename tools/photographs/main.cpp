@@ -3,6 +3,7 @@
 // pictures on every run.
 #include "photographs/Scenes.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
@@ -165,16 +166,8 @@ void writeMetadata(
     file->writeMetadata();
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
-    if (argc < 2) {
-        std::fputs("usage: photographs FOLDER [WIDTH]\n", stderr);
-        return 2;
-    }
-    const QDir root(QString::fromLocal8Bit(argv[1]));
-    const int width = argc > 2 ? std::max(60, std::atoi(argv[2])) : 960;
+/// Answers the exit code.
+int paintAll(const QDir& root, int width) {
     std::uint32_t number = 0;
     for (const Series& series : allSeries) {
         const QDir folder(root.filePath(QString::fromLatin1(series.folder)));
@@ -204,6 +197,25 @@ int main(int argc, char** argv) {
                 file.setFileTime(taken, QFileDevice::FileModificationTime);
         }
     }
-    std::printf("%u photographs in %s\n", number, argv[1]);
+    std::printf("%u photographs in %s\n", number, qPrintable(root.path()));
     return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Paints some ninety photographs."));
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("Where they go."));
+    parser.addPositionalArgument(
+        QStringLiteral("WIDTH"), QStringLiteral("In pixels, at least 60; 960 without it."),
+        QStringLiteral("[WIDTH]"));
+    parser.process(application);
+    const QStringList words = parser.positionalArguments();
+    bool isWidth = true;
+    const int width = words.size() > 1 ? words[1].toInt(&isWidth) : 960;
+    if (words.isEmpty() || words.size() > 2 || !isWidth || width < 60) parser.showHelp(2);
+    return paintAll(words[0], width);
 }

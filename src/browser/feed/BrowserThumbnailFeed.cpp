@@ -1,0 +1,122 @@
+#include "browser/feed/BrowserThumbnailFeed.h"
+
+#include "image/PBThumbnailBufferManager.h"
+#include "platform/work/MainThread.h"
+#include "platform/work/OperationQueue.h"
+
+#include <unordered_set>
+#include <utility>
+
+BrowserThumbnailFeed::BrowserThumbnailFeed(
+    BrowserLayout& layout, const BrowserLeafList& leaves, BrowserServices& services,
+    std::function<void(const PBImageFileItem&)> arrived, std::function<double()> clock)
+    : _layout(layout), _leaves(leaves), _services(services), _arrived(std::move(arrived)),
+      _clock(std::move(clock)), _self(std::make_shared<BrowserThumbnailFeed*>(this)) {}
+
+BrowserThumbnailFeed::~BrowserThumbnailFeed() = default;
+
+void BrowserThumbnailFeed::beginPaint(double budget) {
+    platform::assertMainThread();
+    _paintEnd = _clock() + budget;
+    _hasMissed = false;
+}
+
+void BrowserThumbnailFeed::endPaint(const QRectF& visible) {
+    if (!std::exchange(_hasMissed, false)) return;
+    const double half = visible.height() / 2;
+    const auto ahead = _direction < 0
+                           ? preloadThumbnailOperation(visible.top() - half, visible.top())
+                           : preloadThumbnailOperation(visible.bottom(), visible.bottom() + half);
+    replacePreloads({preloadThumbnailOperation(visible.top(), visible.bottom()), ahead});
+}
+
+bool BrowserThumbnailFeed::hasTimeLeft() const {
+    return _clock() < _paintEnd;
+}
+
+QImage BrowserThumbnailFeed::thumbnail(
+    const PBImageBrowserIndex& index, const std::shared_ptr<PBImageFileItem>& item) {
+    if (item->hasThumbnail()) return item->thumbnailRef();
+    if (!hasTimeLeft()) {
+        _hasMissed = true;
+        return {};
+    }
+    const QImage loaded = _services.thumbnailLoader().loadThumbnail(*item);
+    if (!loaded.isNull())
+        _services.thumbnailBufferManager().applyPreloadThumbnail(item, loaded, index);
+    return loaded;
+}
+
+void BrowserThumbnailFeed::preloadThumbnailWithPosition(const QRectF& visible, int flag) {
+    platform::assertMainThread();
+    _direction = flag;
+    const double half = visible.height() / 2;
+    const auto above = preloadThumbnailOperation(visible.top() - half, visible.top());
+    const auto below = preloadThumbnailOperation(visible.bottom(), visible.bottom() + half);
+    if (flag < 0) {
+        replacePreloads({above, below});
+    } else {
+        replacePreloads({below, above});
+    }
+}
+
+void BrowserThumbnailFeed::replacePreloads(
+    std::initializer_list<std::shared_ptr<platform::Operation>> wanted) {
+    auto& queue = _services.preloadThumbnailOperationQueue();
+    bool isFirst = true;
+    for (const auto& operation : wanted) {
+        if (!operation) continue;
+        if (std::exchange(isFirst, false)) queue.cancelAllOperations();
+        queue.addOperation(operation);
+    }
+}
+
+std::shared_ptr<platform::Operation>
+BrowserThumbnailFeed::preloadThumbnailOperation(double topLine, double bottomLine) {
+    if (_services.isLargeView()) return nullptr;
+    std::vector<PBPreloadThumbnailObject> objects;
+    _layout.forEachVisible(topLine, bottomLine, [&](const PBImageBrowserIndex& index) {
+        auto item = _leaves.imageFileAtIndex(index);
+        if (item && !item->hasThumbnail()) objects.push_back({std::move(item), {}});
+    });
+    if (objects.empty()) return nullptr;
+    return std::make_shared<PBPreloadThumbnailOperation>(
+        std::move(objects), _services.preloadThumbnailLoader(),
+        [self = std::weak_ptr(_self)](const PBPreloadThumbnailObject& object) {
+            if (const auto alive = self.lock()) (*alive)->preloadThumbnailFinished(object);
+        });
+}
+
+void BrowserThumbnailFeed::preloadThumbnailFinished(const PBPreloadThumbnailObject& object) {
+    platform::assertMainThread();
+    const bool isTaken = _services.thumbnailBufferManager().applyPreloadThumbnail(
+        object.imageFileItem, object.thumbnailRef);
+    if (isTaken) _arrived(*object.imageFileItem);
+}
+
+void BrowserThumbnailFeed::adjustBuildThumb(const QRectF& visible, bool isScrollingDown) {
+    platform::assertMainThread();
+    auto& queue = _services.buildThumbOperationQueue();
+    if (_services.isLargeView() || queue.operationCount() == 0) return;
+    const bool wasSuspended = queue.isSuspended();
+    // No operation may start between two changes of priority.
+    queue.setSuspended(true);
+    std::unordered_set<qint64> shown;
+    std::unordered_set<qint64> ahead;
+    const auto collect = [&](std::unordered_set<qint64>& ids, const QRectF& part) {
+        _layout.forEachVisible(part.top(), part.bottom(), [&](const PBImageBrowserIndex& index) {
+            ids.insert(_leaves.imageFileAtIndex(index)->fileId());
+        });
+    };
+    collect(shown, visible);
+    collect(ahead, visible.translated(0, isScrollingDown ? visible.height() : -visible.height()));
+    for (const auto& operation : queue.operations()) {
+        const auto fileId = _services.fileIdOfBuildThumb(*operation);
+        if (!fileId) continue;
+        auto priority = platform::QueuePriority::Normal;
+        if (ahead.contains(*fileId)) priority = platform::QueuePriority::High;
+        if (shown.contains(*fileId)) priority = platform::QueuePriority::VeryHigh;
+        if (operation->queuePriority() != priority) operation->setQueuePriority(priority);
+    }
+    if (!wasSuspended) queue.setSuspended(false);
+}

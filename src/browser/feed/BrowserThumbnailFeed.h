@@ -1,0 +1,56 @@
+#pragma once
+
+#include "browser/feed/BrowserServices.h"
+#include "browser/layout/BrowserLayout.h"
+#include "browser/state/BrowserLeafList.h"
+
+#include <QImage>
+
+#include <functional>
+#include <memory>
+
+/// Tells the machinery of thumbnails which images matter now, and gives out what is there. Main
+/// thread.
+class BrowserThumbnailFeed {
+public:
+    /// All outlive this object. `arrived` is called with an image whose thumbnail has come from the
+    /// preload queue. The clock tells seconds.
+    BrowserThumbnailFeed(
+        BrowserLayout& layout, const BrowserLeafList& leaves, BrowserServices& services,
+        std::function<void(const PBImageFileItem&)> arrived, std::function<double()> clock);
+    ~BrowserThumbnailFeed();
+    BrowserThumbnailFeed(const BrowserThumbnailFeed&) = delete;
+    BrowserThumbnailFeed& operator=(const BrowserThumbnailFeed&) = delete;
+
+    /// Around a paint: thumbnails that are not in memory are loaded on the spot until `budget`
+    /// seconds are spent; what is left over is loaded in the background.
+    void beginPaint(double budget);
+    void endPaint(const QRectF& visible);
+    [[nodiscard]] bool hasTimeLeft() const;
+    /// From memory or from the catalogue; null if there is none, or no time for it.
+    [[nodiscard]] QImage
+    thumbnail(const PBImageBrowserIndex& index, const std::shared_ptr<PBImageFileItem>& item);
+
+    /// Loads half a page ahead and behind, the one in the direction of travel first; -1 is up.
+    /// Earlier wishes are dropped.
+    void preloadThumbnailWithPosition(const QRectF& visible, int flag);
+    /// Builds what is on show first, then the page ahead.
+    void adjustBuildThumb(const QRectF& visible, bool isScrollingDown);
+
+private:
+    [[nodiscard]] std::shared_ptr<platform::Operation>
+    preloadThumbnailOperation(double topLine, double bottomLine);
+    void replacePreloads(std::initializer_list<std::shared_ptr<platform::Operation>> wanted);
+    void preloadThumbnailFinished(const PBPreloadThumbnailObject& object);
+
+    BrowserLayout& _layout;
+    const BrowserLeafList& _leaves;
+    BrowserServices& _services;
+    const std::function<void(const PBImageFileItem&)> _arrived;
+    const std::function<double()> _clock;
+    /// Expires with this object: a thumbnail may arrive later.
+    std::shared_ptr<BrowserThumbnailFeed*> _self;
+    double _paintEnd = 0;
+    bool _hasMissed = false;
+    int _direction = 1;
+};

@@ -1,0 +1,248 @@
+#include "browser/painting/BrowserPainter.h"
+
+#include "core/Texts.h"
+#include "platform/work/MainThread.h"
+#include "ui/PBThemes.h"
+
+#include <QApplication>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double shadowRadius = 5; // points
+constexpr double shadowOffset = 2;
+constexpr double placeholderCorner = 8;
+/// Three pages of pictures at full size, 4 bytes a pixel; half of a page is covered by them.
+constexpr qint64 bytesPerWidgetPixel = 3 * 4 / 2;
+
+/// A page of the smallest cells, with three lines each, and half as much again.
+constexpr double linesPerPoint = 1.5 * 3 / (80 * 120);
+
+QFont fileInfoFont() {
+    QFont font = QApplication::font();
+    font.setPixelSize(11);
+    return font;
+}
+
+/// The device pixels that a rectangle of points covers.
+QRect toPixels(const QRectF& rect, double ratio) {
+    const int left = static_cast<int>(std::lround(rect.left() * ratio));
+    const int top = static_cast<int>(std::lround(rect.top() * ratio));
+    return {
+        left, top, static_cast<int>(std::lround(rect.right() * ratio)) - left,
+        static_cast<int>(std::lround(rect.bottom() * ratio)) - top};
+}
+
+/// Makes the painter map device pixels one to one, so that pictures of their final size are copied.
+class PixelScope {
+public:
+    PixelScope(QPainter& painter, double ratio) : _painter(painter) {
+        painter.save();
+        painter.setTransform(QTransform::fromScale(1 / ratio, 1 / ratio));
+    }
+    PixelScope(const PixelScope&) = delete;
+    PixelScope& operator=(const PixelScope&) = delete;
+    ~PixelScope() { _painter.restore(); }
+
+private:
+    QPainter& _painter;
+};
+
+} // namespace
+
+QString imageSizeText(QSizeF size) {
+    return QStringLiteral("%1 x %2").arg(size.width(), 0, 'f', 0).arg(size.height(), 0, 'f', 0);
+}
+
+BrowserPainter::BrowserPainter(
+    BrowserLayout& layout, const BrowserLeafList& leaves, BrowserThumbnailFeed& feed,
+    GroupHeadPainter::TagLookup tagWithTagId)
+    : _layout(layout), _leaves(leaves), _feed(feed), _heads(std::move(tagWithTagId)),
+      _fileInfo(fileInfoFont()) {}
+
+void BrowserPainter::setWidgetSize(QSize size, double ratio) {
+    platform::assertMainThread();
+    const double points = static_cast<double>(size.width()) * size.height();
+    _prepared.setCapacity(static_cast<qsizetype>(points * ratio * ratio) * bytesPerWidgetPixel);
+    _fileInfo.setCapacity(std::max<qsizetype>(500, static_cast<qsizetype>(points * linesPerPoint)));
+}
+
+double BrowserPainter::fileNameWidth(const PBImageBrowserIndex& index) const {
+    const auto item = _leaves.imageFileAtIndex(index);
+    return item ? _fileInfo.width(item->fileName()) : 0;
+}
+
+double BrowserPainter::fileSizeWidth(const PBImageBrowserIndex& index) const {
+    const auto item = _leaves.imageFileAtIndex(index);
+    return item ? _fileInfo.width(PBUtilities::stringWithFileSize(item->fileSize())) : 0;
+}
+
+double BrowserPainter::imageSizeWidth() const {
+    return _fileInfo.width(imageSizeText({1000, 1000}));
+}
+
+QRectF BrowserPainter::cellExtent(const QRectF& cellRect) const {
+    constexpr double around = shadowRadius + shadowOffset;
+    return cellRect.adjusted(-around, -around, around, around);
+}
+
+QRectF BrowserPainter::draw(QPainter& painter, const Frame& frame) {
+    platform::assertMainThread();
+    _crude = {};
+    _shadow.prepare(
+        static_cast<int>(std::lround(shadowRadius * frame.pixelRatio)),
+        static_cast<int>(std::lround(shadowOffset * frame.pixelRatio)),
+        PBThemes::imageBrowserShadowColor());
+    const std::vector<BrowserHead> heads = _layout.visibleHeads(frame.visible);
+    // Under the sticky head, which is drawn at every step of a motion, nothing can be seen.
+    const bool isCovered = std::ranges::any_of(
+        heads, [&](const BrowserHead& head) { return head.rect.contains(frame.dirty); });
+    if (!isCovered) {
+        painter.fillRect(
+            frame.dirty.translated(-frame.visible.topLeft()),
+            PBThemes::imageBrowserBackgroundColor());
+        _feed.beginPaint(paintBudget);
+        drawCells(painter, frame);
+        _feed.endPaint(frame.visible);
+    }
+    for (const BrowserHead& head : heads) {
+        if (!head.rect.intersects(frame.dirty)) continue;
+        _heads.draw(
+            painter, head.rect.translated(-frame.visible.topLeft()), _leaves.leaf(head.group),
+            head.hasTopLine);
+    }
+    return _crude;
+}
+
+void BrowserPainter::drawCells(QPainter& painter, const Frame& frame) {
+    // Shadows reach out of their cells.
+    constexpr double around = shadowRadius + shadowOffset;
+    const BrowserRange range =
+        _layout.visibleRange(frame.dirty.top() - around, frame.dirty.bottom() + around);
+    if (!range.isComplete()) return;
+    for (std::int64_t group = range.begin.group; group <= range.end.group; ++group) {
+        if (_layout.isCollapsed(group)) continue;
+        const auto items = _layout.itemsInRange(group, range.begin, range.end);
+        if (!items) continue;
+        for (std::int64_t item = items->first; item <= items->last; ++item) {
+            const PBImageBrowserIndex index{group, item};
+            const QRectF cell = _layout.cellRectAtIndex(index);
+            if (!cellExtent(cell).intersects(frame.dirty)) continue;
+            drawCellRect(painter, cell, index, frame);
+        }
+    }
+}
+
+void BrowserPainter::drawCellRect(
+    QPainter& painter, const QRectF& cellRect, const PBImageBrowserIndex& index,
+    const Frame& frame) {
+    const auto item = _leaves.imageFileAtIndex(index);
+    if (!item) return;
+    const QImage thumbnail = _feed.thumbnail(index, item);
+    QSizeF size = item->displaySize();
+    if (!thumbnail.isNull() && (size.isEmpty() || !size.isValid())) {
+        size = thumbnail.size();
+        if (quarterTurns(item->rotateAngle()) % 2 != 0) size.transpose();
+    }
+    QRectF placed =
+        size.isEmpty() ? _layout.hitTarget(cellRect, index) : _layout.placedRect(cellRect, size);
+    placed.translate(-frame.visible.topLeft());
+    if (thumbnail.isNull() && !_feed.hasTimeLeft()) {
+        // It may well be there in a moment: a quiet shape flickers less than a frame of dashes.
+        QColor quiet = PBThemes::colors().placeholder;
+        quiet.setAlphaF(quiet.alphaF() * 0.4F);
+        painter.fillRect(placed, quiet);
+    } else if (thumbnail.isNull()) {
+        drawPlaceholder(painter, placed, frame);
+    } else {
+        drawThumbnail(painter, placed, thumbnail, item->rotateAngle(), frame);
+    }
+    if (item->isSelected()) {
+        const double frameWidth = _layout.metrics().selectSize();
+        const double line = frameWidth - 1;
+        // The line lies within the frame's outer edge, a point off the picture.
+        const QRectF outline = placed.adjusted(-frameWidth, -frameWidth, frameWidth, frameWidth)
+                                   .adjusted(line / 2, line / 2, -line / 2, -line / 2);
+        QPen pen(PBThemes::imageBrowserSelectColor(frame.hasFocus), line);
+        pen.setJoinStyle(Qt::MiterJoin);
+        painter.setPen(pen);
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(outline);
+    }
+    drawTexts(painter, cellRect, *item, frame);
+}
+
+void BrowserPainter::drawThumbnail(
+    QPainter& painter, const QRectF& placed, const QImage& thumbnail, double rotateAngle,
+    const Frame& frame) {
+    const QRect pixels = toPixels(placed, frame.pixelRatio);
+    const QImage picture =
+        _prepared.picture(thumbnail, pixels.size(), rotateAngle, _feed.hasTimeLeft());
+    const PixelScope scope(painter, frame.pixelRatio);
+    if (_layout.metrics().has(BrowserMetrics::Shadow)) _shadow.draw(painter, pixels);
+    const double odd = std::fmod(rotateAngle, 90);
+    if (!picture.isNull() && odd == 0) {
+        painter.drawImage(pixels.topLeft(), picture);
+        return;
+    }
+    // No time for the good way, or an angle that has none: the painter turns and scales.
+    painter.fillRect(pixels, Qt::white);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.setClipRect(pixels, Qt::IntersectClip);
+    const QPointF centre = QRectF(pixels).center();
+    painter.translate(centre);
+    painter.rotate(-rotateAngle);
+    QSizeF size = pixels.size();
+    if (quarterTurns(rotateAngle) % 2 != 0) size.transpose();
+    painter.drawImage(
+        QRectF(QPointF(-size.width() / 2, -size.height() / 2), size), thumbnail,
+        QRectF(thumbnail.rect()));
+    if (odd == 0) _crude |= placed.translated(frame.visible.topLeft());
+}
+
+void BrowserPainter::drawPlaceholder(
+    QPainter& painter, const QRectF& placed, const Frame& frame) const {
+    const double width = _layout.metrics().dashWidth();
+    const double inset = std::rint(width / 2);
+    const QRectF outline = placed.adjusted(inset, inset, -inset, -inset);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setClipRect(frame.dirty.translated(-frame.visible.topLeft()));
+    painter.setBrush(Qt::NoBrush);
+    // Dash lengths are told in points, a pen counts in its own widths.
+    QPen pen(PBThemes::imageBrowserShadowColor(), width, Qt::CustomDashLine, Qt::FlatCap);
+    pen.setDashPattern({10 / width, 5 / width});
+    if (_layout.metrics().has(BrowserMetrics::Shadow)) {
+        QColor soft = PBThemes::imageBrowserShadowColor();
+        soft.setAlphaF(soft.alphaF() * 0.35F);
+        pen.setColor(soft);
+        painter.setPen(pen);
+        painter.drawRoundedRect(outline.translated(0, 1), placeholderCorner, placeholderCorner);
+    }
+    pen.setColor(PBThemes::colors().placeholder);
+    painter.setPen(pen);
+    painter.drawRoundedRect(outline, placeholderCorner, placeholderCorner);
+    painter.restore();
+}
+
+void BrowserPainter::drawTexts(
+    QPainter& painter, const QRectF& cellRect, const PBImageFileItem& item,
+    const Frame& frame) const {
+    const BrowserMetrics& metrics = _layout.metrics();
+    const auto row = [&](BrowserMetrics::StyleBit bit, const QRectF& rect, auto&& text) {
+        if (!metrics.has(bit) || !rect.intersects(frame.dirty)) return;
+        _fileInfo.drawCentred(painter, rect.translated(-frame.visible.topLeft()), text());
+    };
+    painter.setFont(_fileInfo.font());
+    painter.setPen(PBThemes::colors().text);
+    row(BrowserMetrics::FileName, _layout.fileNameRectWithCellRect(cellRect),
+        [&] { return item.fileName(); });
+    painter.setPen(PBThemes::colors().secondaryText);
+    row(BrowserMetrics::ImageSize, _layout.imageSizeRectWithCellRect(cellRect),
+        [&] { return item.imageSize().isEmpty() ? QString() : imageSizeText(item.imageSize()); });
+    row(BrowserMetrics::FileSize, _layout.fileSizeRectWithCellRect(cellRect),
+        [&] { return PBUtilities::stringWithFileSize(item.fileSize()); });
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "browser/feed/BrowserThumbnailFeed.h"
+#include "browser/feed/PreparedThumbnails.h"
+#include "browser/layout/BrowserLayout.h"
+#include "browser/painting/GroupHeadPainter.h"
+#include "browser/state/BrowserLeafList.h"
+#include "ui/ShadowPatch.h"
+#include "ui/TextLines.h"
+
+class QPainter;
+
+/// "3000 x 2000".
+[[nodiscard]] QString imageSizeText(QSizeF size);
+
+/// Draws the part of the sheet that has to be drawn anew, and nothing else. Main thread.
+class BrowserPainter final : public BrowserTextWidths {
+public:
+    /// All outlive this object.
+    BrowserPainter(
+        BrowserLayout& layout, const BrowserLeafList& leaves, BrowserThumbnailFeed& feed,
+        GroupHeadPainter::TagLookup tagWithTagId);
+
+    struct Frame {
+        QRectF visible; ///< the part of the sheet on show
+        QRectF dirty;   ///< the part of that to draw, on the sheet
+        double pixelRatio = 1;
+        bool hasFocus = false;
+    };
+    /// Seconds for loading and scaling, before cruder ways are taken.
+    static constexpr double paintBudget = 0.008;
+    /// The painter maps the widget's points. Answers the cells that deserve another, finer paint,
+    /// on the sheet; empty as a rule.
+    [[nodiscard]] QRectF draw(QPainter& painter, const Frame& frame);
+
+    /// What a cell may draw on, shadow and frame included.
+    [[nodiscard]] QRectF cellExtent(const QRectF& cellRect) const;
+    [[nodiscard]] GroupHeadPainter& heads() { return _heads; }
+    [[nodiscard]] const GroupHeadPainter& heads() const { return _heads; }
+    /// Room for the pictures and texts of a widget of that size in points.
+    void setWidgetSize(QSize size, double ratio);
+
+    [[nodiscard]] double fileNameWidth(const PBImageBrowserIndex& index) const override;
+    [[nodiscard]] double fileSizeWidth(const PBImageBrowserIndex& index) const override;
+    [[nodiscard]] double imageSizeWidth() const override;
+
+private:
+    void drawCells(QPainter& painter, const Frame& frame);
+    void drawCellRect(
+        QPainter& painter, const QRectF& cellRect, const PBImageBrowserIndex& index,
+        const Frame& frame);
+    void drawThumbnail(
+        QPainter& painter, const QRectF& placed, const QImage& thumbnail, double rotateAngle,
+        const Frame& frame);
+    void drawPlaceholder(QPainter& painter, const QRectF& placed, const Frame& frame) const;
+    void drawTexts(
+        QPainter& painter, const QRectF& cellRect, const PBImageFileItem& item,
+        const Frame& frame) const;
+
+    BrowserLayout& _layout;
+    const BrowserLeafList& _leaves;
+    BrowserThumbnailFeed& _feed;
+    PreparedThumbnails _prepared;
+    GroupHeadPainter _heads;
+    ShadowPatch _shadow;
+    TextLines _fileInfo;
+    QRectF _crude;
+};

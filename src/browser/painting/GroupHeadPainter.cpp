@@ -1,0 +1,58 @@
+#include "browser/painting/GroupHeadPainter.h"
+
+#include "group/GroupTypes.h"
+#include "platform/work/MainThread.h"
+#include "ui/PBThemes.h"
+
+#include <QApplication>
+#include <QPainter>
+#include <QStringList>
+
+#include <cmath>
+
+namespace {
+
+QFont headFont() {
+    QFont font = QApplication::font();
+    font.setPixelSize(12);
+    return font;
+}
+
+} // namespace
+
+GroupHeadPainter::GroupHeadPainter(TagLookup tagWithTagId)
+    : _tagWithTagId(std::move(tagWithTagId)), _style(headFont(), true) {}
+
+PBPathCell& GroupHeadPainter::path(const BrowserLeafList::Leaf& leaf) const {
+    std::unique_ptr<PBPathCell>& path = _paths[leaf.data.get()];
+    if (path) return *path;
+    path = std::make_unique<PBPathCell>(_style);
+    for (const PBGroupItem* node = leaf.data->groupItem(); node; node = node->parent()) {
+        path->insertItemWithTitle(
+                node->fullDisplayName(_tagWithTagId), node->displayIcon(), 0,
+                node->type() == group::Folder)
+            .setIsUnspecified(node->isUnspecified() && node->type() != group::AllImages);
+    }
+    return *path;
+}
+
+QString GroupHeadPainter::text(const BrowserLeafList::Leaf& leaf) const {
+    QStringList names;
+    for (const auto& step : path(leaf).pathComponentCells())
+        names.append(step->title());
+    return names.join(QStringLiteral(", "));
+}
+
+void GroupHeadPainter::draw(
+    QPainter& painter, const QRectF& rect, const BrowserLeafList::Leaf& leaf, bool hasTopLine) {
+    platform::assertMainThread();
+    const PBThemes::Colors& colors = PBThemes::colors();
+    painter.fillRect(rect, colors.groupHead);
+    painter.fillRect(QRectF(rect.left(), rect.bottom() - 1, rect.width(), 1), colors.separator);
+    if (hasTopLine)
+        painter.fillRect(QRectF(rect.left(), rect.top(), rect.width(), 1), colors.separator);
+    PBPathCell& shown = path(leaf);
+    shown.setSize({rect.width() - PBPathCell::leftMargin, PBPathCell::usualHeight});
+    const double top = rect.top() + std::rint((rect.height() - PBPathCell::usualHeight) / 2);
+    shown.draw(painter, {rect.left() + PBPathCell::leftMargin, top});
+}

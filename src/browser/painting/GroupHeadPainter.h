@@ -1,0 +1,35 @@
+#pragma once
+
+#include "browser/layout/BrowserLayout.h"
+#include "browser/state/BrowserLeafList.h"
+#include "ui/PBPathCell.h"
+
+#include <functional>
+#include <memory>
+#include <unordered_map>
+
+class QPainter;
+
+/// Draws the heads of groups: the chain of the group as a path from the outermost criterion to the
+/// innermost, with its symbols. Main thread.
+class GroupHeadPainter {
+public:
+    using TagLookup = std::function<QString(qint64 tagId)>;
+
+    explicit GroupHeadPainter(TagLookup tagWithTagId);
+
+    /// The path in words, as for a screen reader.
+    [[nodiscard]] QString text(const BrowserLeafList::Leaf& leaf) const;
+    /// Draws at the rectangle, whose points the painter maps onto the widget.
+    void
+    draw(QPainter& painter, const QRectF& rect, const BrowserLeafList::Leaf& leaf, bool hasTopLine);
+    /// Names may have changed.
+    void forgetNames() { _paths.clear(); }
+
+private:
+    [[nodiscard]] PBPathCell& path(const BrowserLeafList::Leaf& leaf) const;
+
+    const TagLookup _tagWithTagId;
+    const PathCellStyle _style;
+    mutable std::unordered_map<const PBGroupItemData*, std::unique_ptr<PBPathCell>> _paths;
+};

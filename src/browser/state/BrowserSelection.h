@@ -1,0 +1,43 @@
+#pragma once
+
+#include "browser/state/BrowserLeafList.h"
+
+#include <QStringList>
+
+#include <cstdint>
+#include <vector>
+
+/// The selection of the browser. It lives in the items themselves, so that it survives every swap
+/// of trees; every question walks the leaves. Main thread.
+class BrowserSelection {
+public:
+    /// The leaves outlive this object.
+    explicit BrowserSelection(const BrowserLeafList& leaves) : _leaves(leaves) {}
+
+    /// These answer whether any image has changed.
+    bool selectAll(FoldedLeaves folded) const;
+    bool deselectAll() const;
+    /// From one index to the other, in whichever order they stand, without folded leaves; false for
+    /// an invalid one.
+    bool selectFrom(const PBImageBrowserIndex& from, const PBImageBrowserIndex& to) const;
+    /// Keeps the present state as the one that a drag starts from.
+    void storeCommandSelect() const;
+
+    [[nodiscard]] std::int64_t itemCount(FoldedLeaves folded) const;
+    [[nodiscard]] std::int64_t selectCount(FoldedLeaves folded) const;
+    [[nodiscard]] bool hasSelect(FoldedLeaves folded) const;
+    /// Invalid without a selection.
+    [[nodiscard]] PBImageBrowserIndex firstSelectItem(FoldedLeaves folded) const;
+    /// In the order of the sheet.
+    [[nodiscard]] PBImageFileList selectedFileArray(FoldedLeaves folded) const;
+    /// Images whose folder is not there are left out.
+    [[nodiscard]] QStringList
+    selectedFilePath(const group::FolderPaths& folders, FoldedLeaves folded) const;
+    /// For each leaf with selected images the nodes that lead to them, for removing them from
+    /// another copy of the tree.
+    [[nodiscard]] std::vector<PBGroupItemChain>
+    selectedFileGroupTreeArray(FoldedLeaves folded) const;
+
+private:
+    const BrowserLeafList& _leaves;
+};

@@ -1,0 +1,133 @@
+#include "codec/PBImageImporter.h"
+
+#include "codec/Bitmaps.h"
+#include "codec/formats/Codecs.h"
+#include "codec/process/Descriptor.h"
+#include "codec/process/FrameReader.h"
+#include "core/FileTypes.h"
+#include "platform/files/TypeIdentifiers.h"
+
+#include <QFile>
+
+#include <array>
+#include <climits>
+#include <exception>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Types = platform::TypeIdentifiers;
+
+namespace {
+
+/// A file for the time of one question.
+struct OpenFile {
+    codec::process::Descriptor descriptor; // not open for what is no regular file
+    QString typeHint;
+
+    explicit OpenFile(const QString& path)
+        : descriptor(openRegular(path)),
+          typeHint(Types::forExtension(PBUtilities::pathExtension(path))) {}
+
+    static codec::process::Descriptor openRegular(const QString& path) {
+        // A named pipe must not hold the caller up.
+        codec::process::Descriptor opened(::open(
+            QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+        struct stat status {};
+        if (!opened.isOpen() || ::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode))
+            return {};
+        return opened;
+    }
+};
+
+} // namespace
+
+QStringList PBImageImporter::typeIdentifiers() {
+    QStringList identifiers = Types::all();
+    identifiers.removeIf([](const QString& identifier) {
+        return !Types::conformsTo(identifier, Types::image) ||
+               Types::equal(identifier, Types::multiPicture);
+    });
+    return identifiers;
+}
+
+std::unique_ptr<PBImageImporter> PBImageImporter::initWithImagePath(const QString& path) {
+    return std::unique_ptr<PBImageImporter>(new PBImageImporter(path));
+}
+
+QString PBImageImporter::utiType() {
+    const OpenFile file(_path);
+    std::array<std::uint8_t, codec::sniffLength> head{};
+    const ssize_t length = ::pread(file.descriptor.get(), head.data(), head.size(), 0);
+    if (length <= 0) return {};
+    return codec::sniffType(std::span(head).first(static_cast<std::size_t>(length)), file.typeHint);
+}
+
+std::size_t PBImageImporter::imageCount() {
+    const OpenFile file(_path);
+    if (!file.descriptor.isOpen()) return 0;
+    return codec::frameReader()->countFrames(file.descriptor.get(), file.typeHint);
+}
+
+std::optional<PBDictionary> PBImageImporter::propertiesAtIndex(std::size_t index) {
+    const OpenFile file(_path);
+    if (!file.descriptor.isOpen()) return std::nullopt;
+    try {
+        return codec::frameReader()->properties(file.descriptor.get(), file.typeHint, index);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+std::vector<std::optional<PBDictionary>>
+PBImageImporter::propertiesOfImages(std::span<const QString> paths) {
+    std::vector<std::optional<PBDictionary>> all(paths.size());
+    std::vector<OpenFile> files;
+    std::vector<codec::OpenPicture> pictures;
+    std::vector<std::size_t> places;
+    for (std::size_t index = 0; index < paths.size(); ++index) {
+        OpenFile file(paths[index]);
+        if (!file.descriptor.isOpen()) continue;
+        pictures.push_back({file.descriptor.get(), file.typeHint});
+        places.push_back(index);
+        files.push_back(std::move(file));
+    }
+    try {
+        auto read = codec::frameReader()->propertiesOfPictures(pictures);
+        for (std::size_t index = 0; index < read.size(); ++index)
+            all[places[index]] = std::move(read[index]);
+    } catch (const std::exception&) {
+        return all;
+    }
+    return all;
+}
+
+QImage
+PBImageImporter::createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop) {
+    const OpenFile file(_path);
+    if (!file.descriptor.isOpen()) return {};
+    QImage full;
+    try {
+        const auto reader = codec::frameReader();
+        const auto decode = [&](unsigned side) {
+            codec::DecodeRequest request;
+            request.frame = index;
+            request.maxSize = static_cast<int>(std::min(side, static_cast<unsigned>(INT_MAX)));
+            return reader->decode(file.descriptor.get(), file.typeHint, request, stop);
+        };
+        codec::ReadResult result = decode(maxSize);
+        if (maxSize == 0 || result.status != codec::ReadStatus::Refused) return result.frame.image;
+        // A decoder that can't make the small picture may still make the large one.
+        full = decode(0).frame.image;
+        if (full.isNull()) return {};
+        const auto side = static_cast<unsigned>(std::max(full.width(), full.height()));
+        return side <= maxSize ? full : scaleCGImageRef(full, maxSize);
+    } catch (const std::exception&) {
+        return full;
+    }
+}
+
+QImage PBImageImporter::scaleCGImageRef(const QImage& image, double size) {
+    return PBUtilities::scaleCGImageRef(image, size, PBUtilities::SideRounding::NearestAtLeastOne);
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "codec/PBImageImporterProtocol.h"
+
+/// The importer for every format that the decoders read. What it reads goes through
+/// `codec::frameReader`; what is no regular file that can be opened has no answers.
+class PBImageImporter final : public PBImageImporterProtocol {
+public:
+    /// Every identifier that the system can decode and that conforms to "public.image", but for
+    /// exactly "public.mpo-image".
+    [[nodiscard]] static QStringList typeIdentifiers();
+    /// `propertiesAtIndex` 0 of several files at once, in their order.
+    [[nodiscard]] static std::vector<std::optional<PBDictionary>>
+    propertiesOfImages(std::span<const QString> paths);
+
+    /// Does not touch the disk.
+    [[nodiscard]] static std::unique_ptr<PBImageImporter> initWithImagePath(const QString& path);
+
+    [[nodiscard]] std::optional<PBDictionary> propertiesAtIndex(std::size_t index) override;
+    [[nodiscard]] QImage
+    createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) override;
+    [[nodiscard]] std::size_t imageCount() override;
+    [[nodiscard]] QString utiType() override;
+
+    /// Reduced so that neither side is above `size` pixels, each side rounded and at least 1.
+    [[nodiscard]] static QImage scaleCGImageRef(const QImage& image, double size);
+
+private:
+    explicit PBImageImporter(QString path) : _path(std::move(path)) {}
+
+    const QString _path;
+};

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/values/PBValue.h"
+
+#include <QImage>
+#include <QString>
+#include <QStringList>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stop_token>
+#include <vector>
+
+/// Reads one image file. Opens it when it is asked something and lets go of it with the answer:
+/// what waits in a queue holds no open file. Used by one thread at a time; may be made on any. A
+/// missing result is the only sign of failure, and nothing throws.
+class PBImageImporterProtocol {
+public:
+    PBImageImporterProtocol() = default;
+    PBImageImporterProtocol(const PBImageImporterProtocol&) = delete;
+    PBImageImporterProtocol& operator=(const PBImageImporterProtocol&) = delete;
+    virtual ~PBImageImporterProtocol() = default;
+
+    /// The property dictionary of a frame (see `codec::readImageProperties`), read without decoding
+    /// it.
+    [[nodiscard]] virtual std::optional<PBDictionary> propertiesAtIndex(std::size_t index) = 0;
+    /// The frame with its longest side at most `maxSize` pixels (0 for the full size), its stored
+    /// orientation not applied; a null image when it can't be read or was stopped.
+    [[nodiscard]] virtual QImage
+    createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) = 0;
+    /// 0 when the file can't be read.
+    [[nodiscard]] virtual std::size_t imageCount() = 0;
+    /// The type identifier that the content says; empty when unknown.
+    [[nodiscard]] virtual QString utiType() = 0;
+};
+
+/// What the manager knows of an importer class. Called on any thread.
+struct PBImageImporterClass {
+    /// The type identifiers that it handles; nothing when it can't say yet.
+    std::function<std::optional<QStringList>()> typeIdentifiers;
+    /// An importer for the file, made without touching the disk.
+    std::function<std::unique_ptr<PBImageImporterProtocol>(const QString& path)> initWithImagePath;
+    /// `propertiesAtIndex` 0 of the files, in their order, where that costs less than asking for
+    /// one after the other; may be empty.
+    std::function<std::vector<std::optional<PBDictionary>>(std::span<const QString> paths)>
+        propertiesOfImages;
+};

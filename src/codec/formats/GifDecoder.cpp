@@ -1,0 +1,230 @@
+#include "codec/formats/Formats.h"
+#include "codec/pixels/FrameWriter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <gif_lib.h>
+
+namespace codec::formats {
+
+namespace {
+
+/// What stands before one picture of an animation.
+struct Control {
+    int disposal = DISPOSAL_UNSPECIFIED;
+    int transparent = NO_TRANSPARENT_COLOR;
+    int delay = 0; // hundredths of a second
+};
+
+struct CloseGif {
+    void operator()(GifFileType* file) const { DGifCloseFile(file, nullptr); }
+};
+
+/// Walks through the records of the file.
+class Walker {
+public:
+    explicit Walker(const Source& source) : _reader(source.bytes()) {
+        _file.reset(DGifOpen(&_reader, read, nullptr));
+    }
+
+    /// The header of the next picture is read; its pixels wait.
+    bool next() {
+        if (!_file) return false;
+        _control = {};
+        GifRecordType type = UNDEFINED_RECORD_TYPE;
+        while (DGifGetRecordType(_file.get(), &type) == GIF_OK && type != TERMINATE_RECORD_TYPE) {
+            if (type == IMAGE_DESC_RECORD_TYPE) return DGifGetImageDesc(_file.get()) == GIF_OK;
+            if (type == EXTENSION_RECORD_TYPE && !readExtension()) return false;
+        }
+        return false;
+    }
+
+    bool skipPixels() {
+        int size = 0;
+        GifByteType* block = nullptr;
+        if (DGifGetCode(_file.get(), &size, &block) != GIF_OK) return false;
+        while (block) {
+            if (DGifGetCodeNext(_file.get(), &block) != GIF_OK) return false;
+        }
+        return true;
+    }
+
+    [[nodiscard]] GifFileType* file() const { return _file.get(); }
+    [[nodiscard]] const Control& control() const { return _control; }
+
+private:
+    static int read(GifFileType* file, GifByteType* destination, int length) {
+        auto* reader = static_cast<ByteReader*>(file->UserData);
+        const auto bytes = reader->take(static_cast<std::uint64_t>(length));
+        std::memcpy(destination, bytes.data(), bytes.size());
+        return static_cast<int>(bytes.size());
+    }
+
+    bool readExtension() {
+        int code = 0;
+        GifByteType* block = nullptr;
+        if (DGifGetExtension(_file.get(), &code, &block) != GIF_OK) return false;
+        while (block) {
+            GraphicsControlBlock graphics;
+            if (code == GRAPHICS_EXT_FUNC_CODE &&
+                DGifExtensionToGCB(block[0], block + 1, &graphics) == GIF_OK) {
+                _control = {graphics.DisposalMode, graphics.TransparentColor, graphics.DelayTime};
+            }
+            if (DGifGetExtensionNext(_file.get(), &block) != GIF_OK) return false;
+        }
+        return true;
+    }
+
+    ByteReader _reader;
+    std::unique_ptr<GifFileType, CloseGif> _file;
+    Control _control;
+};
+
+/// The picture as it stands after each frame.
+class Canvas {
+public:
+    explicit Canvas(QSize size) : _size(size), _pixels(area(size), 0) {}
+
+    /// Draws one picture; false when the file ended within it.
+    bool draw(GifFileType* file, const Control& control, const StopFlag& stop) {
+        dispose();
+        const GifImageDesc& image = file->Image;
+        const QRect frame(image.Left, image.Top, image.Width, image.Height);
+        _previousRect = frame.intersected(QRect(QPoint(0, 0), _size));
+        _previousDisposal = control.disposal;
+        if (control.disposal == DISPOSE_PREVIOUS) _saved = _pixels;
+        const ColorMapObject* colours = image.ColorMap ? image.ColorMap : file->SColorMap;
+        if (image.Width < 1 || !colours) return false;
+        std::vector<GifPixelType> row(static_cast<std::size_t>(image.Width), 0);
+        static constexpr int starts[] = {0, 4, 2, 1};
+        static constexpr int steps[] = {8, 8, 4, 2};
+        for (int pass = 0; pass < (image.Interlace ? 4 : 1); ++pass) {
+            const int step = image.Interlace ? steps[pass] : 1;
+            for (int y = image.Interlace ? starts[pass] : 0; y < image.Height; y += step) {
+                if (stop.isSet() || DGifGetLine(file, row.data(), image.Width) != GIF_OK)
+                    return false;
+                drawRow(row, frame.left(), frame.top() + y, *colours, control.transparent);
+            }
+        }
+        return true;
+    }
+
+    [[nodiscard]] const QRgb* row(int y) const {
+        return _pixels.data() +
+               static_cast<std::size_t>(y) * static_cast<std::size_t>(_size.width());
+    }
+
+private:
+    static std::size_t area(QSize size) {
+        return static_cast<std::size_t>(size.width()) * static_cast<std::size_t>(size.height());
+    }
+
+    void drawRow(
+        const std::vector<GifPixelType>& row, int left, int y, const ColorMapObject& colours,
+        int transparent) {
+        if (y < 0 || y >= _size.height()) return;
+        QRgb* target =
+            _pixels.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(_size.width());
+        const int width = static_cast<int>(row.size());
+        for (int x = std::max(0, -left); x < width && left + x < _size.width(); ++x) {
+            const int index = row[static_cast<std::size_t>(x)];
+            if (index == transparent || index >= colours.ColorCount) continue;
+            const GifColorType& colour = colours.Colors[index];
+            target[left + x] = qRgb(colour.Red, colour.Green, colour.Blue);
+        }
+    }
+
+    void dispose() {
+        if (_previousDisposal == DISPOSE_PREVIOUS && !_saved.empty()) {
+            _pixels = std::move(_saved);
+            _saved.clear();
+        } else if (_previousDisposal == DISPOSE_BACKGROUND) {
+            for (int y = _previousRect.top(); y <= _previousRect.bottom(); ++y) {
+                const auto begin =
+                    static_cast<std::size_t>(y) * static_cast<std::size_t>(_size.width()) +
+                    static_cast<std::size_t>(_previousRect.left());
+                std::fill_n(
+                    _pixels.begin() + static_cast<std::ptrdiff_t>(begin), _previousRect.width(),
+                    0U);
+            }
+        }
+    }
+
+    QSize _size;
+    std::vector<QRgb> _pixels;
+    std::vector<QRgb> _saved;
+    QRect _previousRect;
+    int _previousDisposal = DISPOSAL_UNSPECIFIED;
+};
+
+class GifDecoder final : public Decoder {
+public:
+    explicit GifDecoder(Source source) : _source(std::move(source)) {}
+
+    std::size_t frameCount() override {
+        scan();
+        return _delays.size();
+    }
+
+    int frameDelay(std::size_t index) override {
+        scan();
+        return index < _delays.size() && _delays.size() > 1 ? _delays[index] * 10 : 0;
+    }
+
+    Frame frame(const DecodeRequest& request) override {
+        Walker walker(_source);
+        if (!walker.next()) return {};
+        const GifFileType* file = walker.file();
+        QSize size(file->SWidth, file->SHeight);
+        if (size.isEmpty()) size = QSize(file->Image.Width, file->Image.Height);
+        if (!withinLimits(size, request.limits, 8)) return {};
+        Canvas canvas(size);
+        bool isComplete = true;
+        for (std::size_t index = 0; isComplete; ++index) {
+            isComplete = canvas.draw(walker.file(), walker.control(), request.stop);
+            if (index == request.frame) break;
+            if (!isComplete || !walker.next()) return {};
+        }
+        PixelLayout layout;
+        layout.isQRgb = true;
+        layout.alpha = AlphaType::Premultiplied;
+        FrameWriter writer(request, size, size, layout, {});
+        if (!writer.isUsable()) return {};
+        for (int y = 0; y < size.height(); ++y) {
+            std::memcpy(
+                writer.row(), canvas.row(y), static_cast<std::size_t>(size.width()) * sizeof(QRgb));
+            writer.rowDone();
+        }
+        Frame frame = writer.finish();
+        frame.isComplete = isComplete;
+        return frame;
+    }
+
+private:
+    void scan() {
+        if (!_delays.empty()) return;
+        Walker walker(_source);
+        while (walker.next()) {
+            _delays.push_back(walker.control().delay);
+            if (!walker.skipPixels()) break;
+        }
+        if (_delays.empty()) _delays.push_back(0);
+    }
+
+    Source _source;
+    std::vector<int> _delays; // empty: not looked yet
+};
+
+} // namespace
+
+const Codec gif = {
+    [](std::span<const std::uint8_t> head, QStringView) -> QStringView {
+        return hasSignature(head, "GIF87a") || hasSignature(head, "GIF89a") ? u"com.compuserve.gif"
+                                                                            : QStringView();
+    },
+    [](const Source& source) -> std::unique_ptr<Decoder> {
+        return std::make_unique<GifDecoder>(source);
+    }};
+
+} // namespace codec::formats

@@ -1,0 +1,218 @@
+#include "codec/formats/Formats.h"
+#include "codec/pixels/FrameWriter.h"
+#include "codec/pixels/Geometry.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <jxl/decode.h>
+
+namespace codec::formats {
+
+namespace {
+
+struct DestroyDecoder {
+    void operator()(JxlDecoder* decoder) const { JxlDecoderDestroy(decoder); }
+};
+using Handle = std::unique_ptr<JxlDecoder, DestroyDecoder>;
+
+Handle start(const Source& source, int events) {
+    Handle handle(JxlDecoderCreate(nullptr));
+    if (!handle || JxlDecoderSubscribeEvents(handle.get(), events) != JXL_DEC_SUCCESS) return {};
+    JxlDecoderSetKeepOrientation(handle.get(), JXL_TRUE);
+    if (JxlDecoderSetInput(handle.get(), source.bytes().data(), source.size()) != JXL_DEC_SUCCESS) {
+        return {};
+    }
+    JxlDecoderCloseInput(handle.get());
+    return handle;
+}
+
+ColourDescription coloursOf(const JxlDecoder* handle, const JxlPixelFormat& format) {
+    ColourDescription colours;
+    JxlColorEncoding encoding{};
+    if (JxlDecoderGetColorAsEncodedProfile(
+            handle, &format, JXL_COLOR_PROFILE_TARGET_DATA, &encoding) == JXL_DEC_SUCCESS &&
+        (encoding.transfer_function == JXL_TRANSFER_FUNCTION_PQ ||
+         encoding.transfer_function == JXL_TRANSFER_FUNCTION_HLG)) {
+        // The numbers of these enumerations are the code points of H.273, but for P3.
+        colours.transfer = static_cast<int>(encoding.transfer_function);
+        colours.primaries =
+            encoding.primaries == JXL_PRIMARIES_P3 ? 12 : static_cast<int>(encoding.primaries);
+        return colours;
+    }
+    std::size_t length = 0;
+    if (JxlDecoderGetICCProfileSize(handle, &format, JXL_COLOR_PROFILE_TARGET_DATA, &length) ==
+            JXL_DEC_SUCCESS &&
+        length > 0 && length < (64U << 20)) {
+        colours.iccProfile.resize(static_cast<qsizetype>(length));
+        if (JxlDecoderGetColorAsICCProfile(
+                handle, &format, JXL_COLOR_PROFILE_TARGET_DATA,
+                reinterpret_cast<std::uint8_t*>(colours.iccProfile.data()),
+                length) != JXL_DEC_SUCCESS) {
+            colours.iccProfile.clear();
+        }
+    }
+    return colours;
+}
+
+class JpegXlDecoder final : public Decoder {
+public:
+    explicit JpegXlDecoder(Source source) : _source(std::move(source)) {}
+
+    std::size_t frameCount() override {
+        scan();
+        return _delays.size();
+    }
+
+    int frameDelay(std::size_t index) override {
+        scan();
+        return index < _delays.size() ? _delays[index] : 0;
+    }
+
+    Frame frame(const DecodeRequest& request) override {
+        const Handle handle = start(
+            _source, JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE |
+                         JXL_DEC_FRAME_PROGRESSION);
+        if (!handle) return {};
+        JxlDecoderSetProgressiveDetail(handle.get(), kDC);
+        JxlDecoderSkipFrames(handle.get(), request.frame);
+        State state;
+        while (!request.stop.isSet()) {
+            switch (JxlDecoderProcessInput(handle.get())) {
+            case JXL_DEC_BASIC_INFO:
+                if (!begin(handle.get(), request, state)) return {};
+                break;
+            case JXL_DEC_COLOR_ENCODING:
+                state.colours = coloursOf(handle.get(), state.format);
+                break;
+            case JXL_DEC_NEED_IMAGE_OUT_BUFFER:
+                if (!giveBuffer(handle.get(), state)) return {};
+                break;
+            case JXL_DEC_FRAME_PROGRESSION:
+                // One pixel in eight by eight is known: enough for a result that small.
+                if (isReducedEnough(state, request.maxSize) &&
+                    JxlDecoderFlushImage(handle.get()) == JXL_DEC_SUCCESS) {
+                    return write(request, state, true);
+                }
+                break;
+            case JXL_DEC_FULL_IMAGE:
+                return write(request, state, true);
+            default:
+                // Damaged or cut off: what came so far, if anything did.
+                if (state.pixels.empty() || JxlDecoderFlushImage(handle.get()) != JXL_DEC_SUCCESS) {
+                    return {};
+                }
+                return write(request, state, false);
+            }
+        }
+        return {};
+    }
+
+private:
+    struct State {
+        QSize size;
+        PixelLayout layout;
+        JxlPixelFormat format{};
+        ColourDescription colours;
+        std::vector<std::uint64_t> pixels;
+    };
+
+    static bool begin(const JxlDecoder* handle, const DecodeRequest& request, State& state) {
+        JxlBasicInfo info;
+        if (JxlDecoderGetBasicInfo(handle, &info) != JXL_DEC_SUCCESS || info.xsize > 0x3FFFFFFF ||
+            info.ysize > 0x3FFFFFFF) {
+            return false;
+        }
+        state.size = QSize(static_cast<int>(info.xsize), static_cast<int>(info.ysize));
+        // The library works in floating point, three channels and more.
+        if (!withinLimits(state.size, request.limits, 24)) return false;
+        state.layout.model = info.num_color_channels == 1 ? ColourModel::Gray : ColourModel::Rgb;
+        state.layout.sample = info.bits_per_sample > 8 ? SampleType::U16 : SampleType::U8;
+        if (info.alpha_bits > 0) {
+            state.layout.alpha =
+                info.alpha_premultiplied ? AlphaType::Premultiplied : AlphaType::Straight;
+        }
+        state.format = {
+            static_cast<std::uint32_t>(state.layout.channels()),
+            info.bits_per_sample > 8 ? JXL_TYPE_UINT16 : JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0};
+        return true;
+    }
+
+    static bool giveBuffer(JxlDecoder* handle, State& state) {
+        std::size_t length = 0;
+        if (JxlDecoderImageOutBufferSize(handle, &state.format, &length) != JXL_DEC_SUCCESS) {
+            return false;
+        }
+        state.pixels.assign(length / 8 + 1, 0);
+        return JxlDecoderSetImageOutBuffer(handle, &state.format, state.pixels.data(), length) ==
+               JXL_DEC_SUCCESS;
+    }
+
+    static bool isReducedEnough(const State& state, int maxSize) {
+        if (maxSize <= 0 || state.pixels.empty()) return false;
+        const QSize wanted = reducedSize(state.size, maxSize);
+        return wanted.width() * 8 <= state.size.width() &&
+               wanted.height() * 8 <= state.size.height();
+    }
+
+    static Frame write(const DecodeRequest& request, const State& state, bool isComplete) {
+        if (state.pixels.empty()) return {};
+        FrameWriter writer(request, state.size, state.size, state.layout, state.colours);
+        if (!writer.isUsable()) return {};
+        const std::size_t stride =
+            state.layout.bytesPerPixel() * static_cast<std::size_t>(state.size.width());
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(state.pixels.data());
+        for (int y = 0; y < state.size.height(); ++y, bytes += stride) {
+            std::memcpy(writer.row(), bytes, stride);
+            writer.rowDone();
+        }
+        Frame frame = writer.finish();
+        frame.isComplete = isComplete;
+        return frame;
+    }
+
+    void scan() {
+        if (!_delays.empty()) return;
+        const Handle handle = start(_source, JXL_DEC_BASIC_INFO | JXL_DEC_FRAME);
+        double ticks = 0; // a second
+        for (bool goesOn = handle != nullptr; goesOn;) {
+            const JxlDecoderStatus status = JxlDecoderProcessInput(handle.get());
+            JxlBasicInfo info;
+            JxlFrameHeader header;
+            if (status == JXL_DEC_BASIC_INFO &&
+                JxlDecoderGetBasicInfo(handle.get(), &info) == JXL_DEC_SUCCESS) {
+                if (info.have_animation && info.animation.tps_denominator > 0) {
+                    ticks = static_cast<double>(info.animation.tps_numerator) /
+                            info.animation.tps_denominator;
+                }
+            } else if (
+                status == JXL_DEC_FRAME &&
+                JxlDecoderGetFrameHeader(handle.get(), &header) == JXL_DEC_SUCCESS) {
+                const double delay = ticks > 0 ? header.duration * 1000.0 / ticks : 0;
+                _delays.push_back(static_cast<int>(std::min(delay, 1e9)));
+                if (header.is_last) break;
+            } else {
+                goesOn = false;
+            }
+        }
+        if (_delays.empty()) _delays.push_back(0);
+    }
+
+    Source _source;
+    std::vector<int> _delays; // milliseconds; empty: not looked yet
+};
+
+} // namespace
+
+const Codec jpegXl = {
+    [](std::span<const std::uint8_t> head, QStringView) -> QStringView {
+        using namespace std::string_view_literals;
+        return hasSignature(head, "\xFF\x0A"sv) || hasSignature(head, "\0\0\0\x0CJXL \r\n\x87\n"sv)
+                   ? u"public.jpeg-xl"
+                   : QStringView();
+    },
+    [](const Source& source) -> std::unique_ptr<Decoder> {
+        return std::make_unique<JpegXlDecoder>(source);
+    }};
+
+} // namespace codec::formats

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "codec/pixels/Source.h"
+
+#include <QByteArray>
+#include <QImage>
+#include <QSize>
+#include <QString>
+#include <QStringView>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stop_token>
+
+/// Decoders: one small class per library behind sniff, open and frame. They run in helper processes
+/// when a pool is installed (see codec/process/DecoderPool.h), in this process otherwise.
+namespace codec {
+
+/// What a decode may cost at most; beyond it the answer is nothing.
+struct Limits {
+    /// Pixels that the file declares for the frame.
+    std::uint64_t pixels = std::uint64_t{1} << 30;
+    /// Bytes that the decode may hold at once, the result included.
+    std::uint64_t bytes = std::uint64_t{3} << 30;
+};
+
+/// Asks a running decode to end: by a token, or by a number in shared memory that another process
+/// sets to the number of the request.
+class StopFlag {
+public:
+    StopFlag() = default;
+    StopFlag(std::stop_token token) : _token(std::move(token)) {}
+    StopFlag(const std::atomic<std::uint32_t>* shared, std::uint32_t request)
+        : _shared(shared), _request(request) {}
+
+    [[nodiscard]] bool isSet() const {
+        return _token.stop_requested() ||
+               (_shared && _shared->load(std::memory_order_relaxed) == _request);
+    }
+
+private:
+    std::stop_token _token;
+    const std::atomic<std::uint32_t>* _shared = nullptr;
+    std::uint32_t _request = 0;
+};
+
+/// Makes the bitmap of a result, so that it can lie in shared memory; a null image is a refusal.
+using BitmapAllocator = std::function<QImage(QSize size, QImage::Format format)>;
+
+struct DecodeRequest {
+    std::size_t frame = 0;
+    /// Longest side of the result in pixels; 0 for the full size. Pictures are never enlarged.
+    int maxSize = 0;
+    /// ICC profile of the result's colours; empty for sRGB.
+    QByteArray targetProfile;
+    StopFlag stop;
+    Limits limits;
+    /// Empty for the heap.
+    BitmapAllocator allocate;
+};
+
+struct Frame {
+    /// `Format_ARGB32_Premultiplied`, or `Format_RGB32` when every pixel is opaque. As stored: the
+    /// orientation is not applied. Null: nothing could be decoded.
+    QImage image;
+    /// False when the file was damaged and the rest of the picture is filler.
+    bool isComplete = true;
+};
+
+/// One opened picture. Used by one thread at a time.
+class Decoder {
+public:
+    Decoder() = default;
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
+    virtual ~Decoder() = default;
+
+    /// At least 1 for a picture that can be read.
+    [[nodiscard]] virtual std::size_t frameCount() { return 1; }
+    /// Decodes in the cheapest way that the format has for the wanted size. Answers a null image on
+    /// refusal, damage or stop.
+    [[nodiscard]] virtual Frame frame(const DecodeRequest& request) = 0;
+    /// Time that the frame of an animation stays, in milliseconds; 0 for a still picture.
+    [[nodiscard]] virtual int frameDelay(std::size_t /*index*/) { return 0; }
+};
+
+/// One row of the table of decoders.
+struct Codec {
+    /// The type identifier that the first bytes say, or an empty view when it is another format.
+    /// Gets the first `sniffLength` bytes, or all of a shorter file, and the type that the file's
+    /// name says (may be empty).
+    QStringView (*sniff)(std::span<const std::uint8_t> head, QStringView typeHint);
+    /// Nothing when the header is unusable.
+    std::unique_ptr<Decoder> (*open)(const Source& source);
+};
+using CodecTable = std::span<const Codec>;
+inline constexpr std::size_t sniffLength = 64;
+
+} // namespace codec

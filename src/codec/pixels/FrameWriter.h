@@ -1,0 +1,60 @@
+#pragma once
+
+#include "codec/pixels/AreaScaler.h"
+#include "codec/pixels/Colour.h"
+#include "codec/pixels/Decoder.h"
+#include "codec/pixels/SampleReducer.h"
+
+#include <optional>
+#include <vector>
+
+namespace codec {
+
+/// Takes the rows of one frame from its decoder, from top to bottom, and makes the result of them:
+/// converts, reduces and stores row by row, so that a thumbnail of a picture of any size needs one
+/// row and the result.
+class FrameWriter {
+public:
+    /// `decoded` is the size of the rows that will come; `full` that of the picture, from which the
+    /// result's size follows. They differ where the format itself reduces.
+    FrameWriter(
+        const DecodeRequest& request, QSize full, QSize decoded, const PixelLayout& layout,
+        const ColourDescription& colours);
+
+    /// False when the picture is larger than the limits, or memory for it was refused.
+    [[nodiscard]] bool isUsable() const { return !_image.isNull(); }
+    /// Where the decoder puts the next row in its layout. Valid until `rowDone`.
+    [[nodiscard]] std::uint8_t* row() { return _row; }
+    void rowDone();
+    [[nodiscard]] int rowsDone() const { return _rowsDone; }
+    [[nodiscard]] bool isStopped() const { return _request.stop.isSet(); }
+
+    /// The result; null if not one row was written. Missing rows are filled, gray where the picture
+    /// has no alpha, and make it incomplete.
+    [[nodiscard]] Frame finish();
+
+private:
+    void placeRow();
+    /// Converts a row and hands it to the scaler.
+    void scaleRow(const void* row, int width);
+    void fillMissingRows();
+
+    const DecodeRequest& _request;
+    QSize _decoded;
+    PixelLayout _layout;
+    std::optional<ColourConverter> _converter;
+    QImage _image;
+    std::optional<SampleReducer> _reducer; // before the scaler
+    std::optional<AreaScaler> _scaler;
+    int _scaledRows = 0;
+    std::vector<std::uint64_t> _rowBuffer; // 64 bits wide for the sake of alignment
+    std::vector<QRgb> _convertedRow;
+    std::uint8_t* _row = nullptr;
+    int _rowsDone = 0;
+};
+
+/// Whether a frame of this size, and a decoder that needs so many bytes for each of its pixels
+/// besides the result, stay within the limits.
+[[nodiscard]] bool withinLimits(QSize size, const Limits& limits, std::uint64_t bytesPerPixel = 0);
+
+} // namespace codec

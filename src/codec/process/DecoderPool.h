@@ -1,0 +1,95 @@
+#pragma once
+
+#include "codec/process/FrameReader.h"
+#include "platform/values/PBValue.h"
+#include "platform/work/Mutex.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace codec {
+
+namespace process {
+class DecoderHelper;
+struct Request;
+struct Reply;
+} // namespace process
+
+/// Decoder processes that read strangers' files in place of this one. A picture that crashes its
+/// process, or takes too long or too much memory, costs that picture: the answer is nothing, and a
+/// fresh process takes the next. Every operation blocks until it is answered, and may be called
+/// from any thread; as many run at once as there are processes. Properties, which are read in no
+/// time, come before pictures that wait to be decoded.
+class DecoderPool final : public FrameReader {
+public:
+    struct Settings {
+        /// The program whose main() calls `process::runIfDecoderProcess`.
+        QByteArray executable = "/proc/self/exe";
+        /// 0: one for each core that this process may use.
+        int processes = 0;
+        std::chrono::milliseconds thumbnailTime{10'000};
+        std::chrono::milliseconds fullTime{60'000};
+        /// Enough for the largest picture within the limits and a decoder's own copies of it; the
+        /// program's libraries take part of it without using memory.
+        std::uint64_t addressSpaceBytes = std::uint64_t{6} << 30;
+    };
+
+    /// Starts nothing yet: each process is started when it is first needed, or by `start`.
+    explicit DecoderPool(Settings settings);
+    /// Ends the processes. No operation may be running.
+    ~DecoderPool() override;
+
+    /// Starts all processes that are not running, and does not wait for them to come up.
+    void start();
+
+    /// The request's own stop flag and allocator are not used; a stop takes effect within 20 ms.
+    [[nodiscard]] ReadResult decode(
+        int descriptor, const QString& typeHint, const DecodeRequest& request,
+        std::stop_token stop) override;
+    [[nodiscard]] std::size_t countFrames(int descriptor, const QString& typeHint) override;
+    /// Milliseconds; 0 for a still picture.
+    [[nodiscard]] int frameDelay(int descriptor, const QString& typeHint, std::size_t frame);
+    [[nodiscard]] std::optional<PBDictionary>
+    properties(int descriptor, const QString& typeHint, std::size_t frame) override;
+    /// One process reads as many as go into one request. When it is lost, each is asked for alone,
+    /// so that a picture that crashes its process still costs only itself.
+    [[nodiscard]] std::vector<std::optional<PBDictionary>>
+    propertiesOfPictures(std::span<const OpenPicture> pictures) override;
+
+private:
+    using Helper = std::unique_ptr<process::DecoderHelper>;
+    class Lease;
+
+    [[nodiscard]] Helper startHelper() const;
+    /// Decodes wait while anything short does.
+    enum class Length { Short, Long };
+    [[nodiscard]] std::optional<Helper> take(const std::stop_token& stop, Length length);
+    void giveBack(Helper helper);
+    void tellRefusals(const process::DecoderHelper& helper) VELMORA_REQUIRES(_mutex);
+    struct PropertyAnswer {
+        bool isKnown = false; ///< false: the process was lost, or had no room for the answer
+        std::optional<PBDictionary> properties;
+    };
+    /// One request for at most `process::mostPictures` of one type; as many answers.
+    [[nodiscard]] std::vector<PropertyAnswer>
+    askForProperties(std::span<const int> descriptors, const QString& typeHint, std::size_t frame);
+    [[nodiscard]] ReadStatus
+    ask(Lease& lease, const process::Request& request, std::span<const int> descriptors,
+        std::chrono::milliseconds time, const std::stop_token& stop, process::Reply& reply);
+
+    const Settings _settings;
+    platform::Mutex _mutex;
+    platform::Condition _returned;
+    /// An empty entry is a process still to be started.
+    std::vector<Helper> _idle VELMORA_GUARDED_BY(_mutex);
+    int _waitingShort VELMORA_GUARDED_BY(_mutex) = 0;
+    bool _toldRefusals VELMORA_GUARDED_BY(_mutex) = false;
+};
+
+} // namespace codec

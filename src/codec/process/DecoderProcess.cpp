@@ -1,0 +1,253 @@
+#include "codec/process/DecoderProcess.h"
+
+#include "codec/metadata/ImageProperties.h"
+#include "codec/pixels/Source.h"
+#include "codec/process/Confinement.h"
+#include "codec/process/PacketSocket.h"
+#include "codec/process/Protocol.h"
+#include "codec/process/SharedMemory.h"
+#include "platform/values/CborValues.h"
+
+#include <array>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include <sys/stat.h>
+
+namespace codec::process {
+
+namespace {
+
+/// A file as the kernel tells it apart from others.
+struct FileIdentity {
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = 0;
+    timespec modified{};
+
+    static FileIdentity of(int descriptor) {
+        struct stat status {};
+        if (::fstat(descriptor, &status) != 0) return {};
+        return {status.st_dev, status.st_ino, status.st_size, status.st_mtim};
+    }
+    bool operator==(const FileIdentity& other) const {
+        return inode != 0 && device == other.device && inode == other.inode && size == other.size &&
+               modified.tv_sec == other.modified.tv_sec &&
+               modified.tv_nsec == other.modified.tv_nsec;
+    }
+};
+
+class Worker {
+public:
+    Worker(CodecTable codecs, Mapping control, Mapping results)
+        : _codecs(codecs), _control(std::move(control)), _results(std::move(results)) {}
+
+    [[nodiscard]] Reply answer(const Request& request, std::vector<Descriptor>& descriptors) {
+        Reply reply;
+        reply.number = request.number;
+        const std::size_t expected =
+            request.kind == Kind::Properties
+                ? request.pictures
+                : 1 + (request.hasLargeResult ? 1U : 0U) + (request.hasProfile ? 1U : 0U);
+        if (descriptors.empty() || descriptors.size() != expected) return reply;
+        const int picture = descriptors.front().get();
+        switch (request.kind) {
+        case Kind::Decode:
+            decode(request, descriptors, reply);
+            break;
+        case Kind::CountFrames:
+            if (Decoder* decoder = open(picture, request)) {
+                reply.count = decoder->frameCount();
+                reply.status = reply.count > 0 ? Status::Done : Status::Failed;
+            }
+            break;
+        case Kind::FrameDelay:
+            if (Decoder* decoder = open(picture, request)) {
+                reply.count = static_cast<std::uint64_t>(decoder->frameDelay(request.frame));
+                reply.status = Status::Done;
+            }
+            break;
+        case Kind::Properties:
+            readProperties(descriptors, request, reply);
+            break;
+        }
+        return reply;
+    }
+
+    /// Lets go of a picture of one frame; one of several may be asked for the next.
+    void forgetStill() {
+        if (_decoder && _decoder->frameCount() < 2) close();
+    }
+    void close() {
+        _decoder.reset();
+        _source.reset();
+        _opened = {};
+    }
+
+private:
+    [[nodiscard]] static QString typeHint(const Request& request) {
+        return QString::fromLatin1(
+            request.typeHint.data(),
+            static_cast<qsizetype>(::strnlen(request.typeHint.data(), request.typeHint.size())));
+    }
+
+    /// Frames of an animation build on each other, so the decoder of the last picture is kept.
+    [[nodiscard]] Decoder* open(int picture, const Request& request) {
+        const FileIdentity identity = FileIdentity::of(picture);
+        if (_decoder && identity == _opened) return _decoder.get();
+        close();
+        _source = Source::fromDescriptor(picture);
+        if (!_source) return nullptr;
+        _decoder = openDecoder(*_source, typeHint(request), _codecs);
+        _opened = identity;
+        return _decoder.get();
+    }
+
+    void decode(const Request& request, const std::vector<Descriptor>& descriptors, Reply& reply) {
+        Decoder* decoder = open(descriptors.front().get(), request);
+        if (!decoder) return;
+        DecodeRequest wanted;
+        wanted.frame = request.frame;
+        wanted.maxSize = request.maxSize;
+        wanted.limits = {request.pixelLimit, request.byteLimit};
+        wanted.stop = StopFlag(
+            static_cast<const std::atomic<std::uint32_t>*>(_control.data()), request.number);
+        if (request.hasProfile) {
+            const auto profile =
+                Mapping::of(descriptors.back().get(), request.profileBytes, Mapping::Access::Read);
+            if (!profile) return;
+            wanted.targetProfile = QByteArray(
+                static_cast<const char*>(profile->data()), static_cast<qsizetype>(profile->size()));
+        }
+        std::optional<Mapping> large;
+        const auto room = [&](std::size_t bytes) -> void* {
+            if (!request.hasLargeResult) {
+                return bytes <= _results.size() ? _results.data() : nullptr;
+            }
+            large = Mapping::of(descriptors[1].get(), bytes, Mapping::Access::ReadWrite);
+            return large ? large->data() : nullptr;
+        };
+        wanted.allocate = [&](QSize size, QImage::Format format) {
+            const std::size_t lineBytes = static_cast<std::size_t>(size.width()) * 4;
+            void* pixels = room(lineBytes * static_cast<std::size_t>(size.height()));
+            if (!pixels) return QImage();
+            return QImage(
+                static_cast<uchar*>(pixels), size.width(), size.height(),
+                static_cast<qsizetype>(lineBytes), format);
+        };
+        const Frame frame = decoder->frame(wanted);
+        if (!frame.image.isNull()) deliver(frame, room, large, reply);
+    }
+
+    template <typename Room>
+    void deliver(
+        const Frame& frame, const Room& room, const std::optional<Mapping>& large, Reply& reply) {
+        const QImage& image = frame.image;
+        const std::size_t lineBytes = static_cast<std::size_t>(image.width()) * 4;
+        const void* shared = large ? large->data() : _results.data();
+        if (image.constBits() != shared ||
+            static_cast<std::size_t>(image.bytesPerLine()) != lineBytes) {
+            auto* pixels =
+                static_cast<uchar*>(room(lineBytes * static_cast<std::size_t>(image.height())));
+            if (!pixels) return;
+            for (int y = 0; y < image.height(); ++y) {
+                std::memmove(
+                    pixels + static_cast<std::size_t>(y) * lineBytes, image.constScanLine(y),
+                    lineBytes);
+            }
+        }
+        reply.status = Status::Done;
+        reply.width = image.width();
+        reply.height = image.height();
+        reply.isOpaque = image.format() == QImage::Format_RGB32 ? 1 : 0;
+        reply.isComplete = frame.isComplete ? 1 : 0;
+    }
+
+    void
+    readProperties(const std::vector<Descriptor>& pictures, const Request& request, Reply& reply) {
+        std::array<std::uint64_t, mostPictures> lengths{};
+        const std::size_t tableBytes = pictures.size() * sizeof(std::uint64_t);
+        auto* result = static_cast<char*>(_results.data());
+        std::size_t filled = tableBytes;
+        const QString type = typeHint(request);
+        for (std::size_t index = 0; index < pictures.size(); ++index) {
+            lengths[index] = noProperties;
+            const auto properties = readImageProperties(pictures[index].get(), type, request.frame);
+            if (!properties) continue;
+            const QByteArray bytes = platform::encodeDictionary(*properties);
+            const auto length = static_cast<std::size_t>(bytes.size());
+            lengths[index] = noRoom;
+            if (length > _results.size() - filled) continue;
+            std::memcpy(result + filled, bytes.constData(), length);
+            filled += length;
+            lengths[index] = length;
+        }
+        std::memcpy(result, lengths.data(), tableBytes);
+        reply.count = filled;
+        reply.status = Status::Done;
+    }
+
+    CodecTable _codecs;
+    Mapping _control;
+    Mapping _results;
+    std::optional<Source> _source;
+    std::unique_ptr<Decoder> _decoder;
+    FileIdentity _opened;
+};
+
+/// Out of memory is an answer like any other; nothing else should come here.
+[[nodiscard]] Reply
+answerSafely(Worker& worker, const Request& request, std::vector<Descriptor>& descriptors) {
+    try {
+        return worker.answer(request, descriptors);
+    } catch (const std::exception&) {
+        worker.close();
+        Reply reply;
+        reply.number = request.number;
+        return reply;
+    }
+}
+
+[[nodiscard]] bool send(const Reply& reply) {
+    return sendPacket(socketDescriptor, std::as_bytes(std::span(&reply, 1)));
+}
+
+} // namespace
+
+namespace {
+
+int runDecoderProcess(std::uint64_t addressSpaceBytes, CodecTable codecs) {
+    auto control = Mapping::of(controlDescriptor, sizeof(std::uint32_t), Mapping::Access::Read);
+    auto results = Mapping::of(resultDescriptor, smallResultBytes, Mapping::Access::ReadWrite);
+    if (!control || !results) return 1;
+    prepareImageProperties();
+    Reply greeting;
+    greeting.status = Status::Done;
+    greeting.count = confine(addressSpaceBytes);
+    if (!send(greeting)) return 0;
+
+    Worker worker(codecs, std::move(*control), std::move(*results));
+    while (true) {
+        Request request;
+        std::vector<Descriptor> descriptors;
+        if (!receivePacket(
+                socketDescriptor, std::as_writable_bytes(std::span(&request, 1)), descriptors)) {
+            return 0;
+        }
+        if (!send(answerSafely(worker, request, descriptors))) return 0;
+        worker.forgetStill();
+    }
+}
+
+} // namespace
+
+std::optional<int> runIfDecoderProcess(std::span<char*> arguments, CodecTable codecs) {
+    if (arguments.size() != 3 || std::strcmp(arguments[1], decoderArgument) != 0) {
+        return std::nullopt;
+    }
+    return runDecoderProcess(std::strtoull(arguments[2], nullptr, 10), codecs);
+}
+
+} // namespace codec::process

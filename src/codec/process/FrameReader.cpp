@@ -1,0 +1,83 @@
+#include "codec/process/FrameReader.h"
+
+#include "codec/formats/Codecs.h"
+#include "codec/metadata/ImageProperties.h"
+#include "platform/work/Mutex.h"
+
+#include <utility>
+
+namespace codec {
+
+namespace {
+
+class LocalReader final : public FrameReader {
+public:
+    ReadResult decode(
+        int descriptor, const QString& typeHint, const DecodeRequest& request,
+        std::stop_token stop) override {
+        const auto source = Source::fromDescriptor(descriptor);
+        if (!source) return {};
+        DecodeRequest local = request;
+        local.stop = StopFlag(stop);
+        ReadResult result{ReadStatus::Decoded, codec::decode(*source, typeHint, local)};
+        if (result.frame.image.isNull()) {
+            result.status = stop.stop_requested() ? ReadStatus::Failed : ReadStatus::Refused;
+        }
+        return result;
+    }
+
+    std::size_t countFrames(int descriptor, const QString& typeHint) override {
+        const auto source = Source::fromDescriptor(descriptor);
+        return source ? codec::countFrames(*source, typeHint) : 0;
+    }
+
+    std::optional<PBDictionary>
+    properties(int descriptor, const QString& typeHint, std::size_t frame) override {
+        return readImageProperties(descriptor, typeHint, frame);
+    }
+};
+
+/// What importers that nobody hands a reader go through: there is one for the whole process.
+class InstalledReader {
+public:
+    [[nodiscard]] std::shared_ptr<FrameReader> get() {
+        const platform::Lock lock(_mutex);
+        return _reader ? _reader : _local;
+    }
+    /// Gives back the one before, which goes away outside of the lock.
+    std::shared_ptr<FrameReader> exchange(std::shared_ptr<FrameReader> reader) {
+        const platform::Lock lock(_mutex);
+        return std::exchange(_reader, std::move(reader));
+    }
+
+private:
+    const std::shared_ptr<FrameReader> _local = std::make_shared<LocalReader>();
+    platform::Mutex _mutex;
+    std::shared_ptr<FrameReader> _reader VELMORA_GUARDED_BY(_mutex); // nullptr: local
+};
+
+InstalledReader& installed() {
+    static InstalledReader one;
+    return one;
+}
+
+} // namespace
+
+std::vector<std::optional<PBDictionary>>
+FrameReader::propertiesOfPictures(std::span<const OpenPicture> pictures) {
+    std::vector<std::optional<PBDictionary>> all;
+    all.reserve(pictures.size());
+    for (const OpenPicture& picture : pictures)
+        all.push_back(properties(picture.descriptor, picture.typeHint, 0));
+    return all;
+}
+
+std::shared_ptr<FrameReader> frameReader() {
+    return installed().get();
+}
+
+void setFrameReader(std::shared_ptr<FrameReader> reader) {
+    installed().exchange(std::move(reader));
+}
+
+} // namespace codec

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+/// What the program and its decoder processes say to each other: one message a packet, of fixed
+/// size, in the byte order of the machine. Results lie in shared memory, not in the packets.
+namespace codec::process {
+
+/// The program's executable takes this word as first argument for a decoder process, and the bytes
+/// of address space that it may take as second.
+inline constexpr const char* decoderArgument = "--decoder";
+
+/// Descriptors of a decoder process at its start.
+inline constexpr int socketDescriptor = 3;
+inline constexpr int controlDescriptor = 4; ///< one page that tells which request to stop
+inline constexpr int resultDescriptor = 5;  ///< for results of at most `smallResultBytes`
+
+/// Room for a thumbnail of 1024 pixels a side, or for the properties of a picture.
+inline constexpr std::uint64_t smallResultBytes = std::uint64_t{4} << 20;
+/// Longest side for which the small room is large enough.
+inline constexpr int smallResultSide = 1024;
+
+/// Pictures whose properties are asked for together, at most.
+inline constexpr std::size_t mostPictures = 16;
+
+enum class Kind : std::uint32_t { Decode, CountFrames, FrameDelay, Properties };
+
+/// To the decoder process. The picture's descriptor comes with it, then one for a large result and
+/// one for the bytes of the target profile, where the two flags say so. For properties there may be
+/// several pictures of one type, and there is no other descriptor.
+struct Request {
+    Kind kind = Kind::Decode;
+    std::uint32_t number = 0;
+    std::uint64_t frame = 0;
+    std::uint64_t pixelLimit = 0;
+    std::uint64_t byteLimit = 0;
+    std::int32_t maxSize = 0;
+    std::uint32_t profileBytes = 0;
+    std::uint32_t hasLargeResult = 0;
+    std::uint32_t hasProfile = 0;
+    std::uint32_t pictures = 1;
+    /// Type identifier by the file's name, in ASCII, ended by a zero.
+    std::array<char, 72> typeHint{};
+};
+
+enum class Status : std::uint32_t { Failed, Done };
+
+/// From the decoder process.
+struct Reply {
+    std::uint32_t number = 0; ///< of the request; 0 for the greeting
+    Status status = Status::Failed;
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    std::uint32_t isOpaque = 0;
+    std::uint32_t isComplete = 0;
+    /// Frames or milliseconds; for properties, the bytes of the result, which begins with one
+    /// number for each picture: the bytes of its dictionary, which stand behind all the numbers, or
+    /// `noProperties` or `noRoom`; in the greeting, the confinements that the kernel refused.
+    std::uint64_t count = 0;
+};
+
+/// The picture has no properties.
+inline constexpr std::uint64_t noProperties = UINT64_MAX;
+/// Its properties did not fit behind those of the others; it may be asked for alone.
+inline constexpr std::uint64_t noRoom = UINT64_MAX - 1;
+
+/// Bits of the greeting.
+enum Refused : std::uint64_t { RefusedPrivileges = 1, RefusedFilter = 2, RefusedMemoryLimit = 4 };
+
+} // namespace codec::process

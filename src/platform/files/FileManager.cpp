@@ -1,0 +1,146 @@
+#include "platform/files/FileManager.h"
+
+#include "platform/files/DirectoryHandle.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform::FileManager {
+
+namespace {
+
+/// Libraries and bundles that other systems and photo programs keep as folders.
+constexpr QStringView packageExtensions[] = {
+    u"app",          u"appex",         u"bundle",       u"framework",   u"plugin",
+    u"kext",         u"photoslibrary", u"photolibrary", u"aplibrary",   u"migratedphotolibrary",
+    u"lrlibrary",    u"lrdata",        u"lrcat-data",   u"cosessiondb", u"tvlibrary",
+    u"musiclibrary", u"imovielibrary", u"fcpbundle",    u"rtfd",        u"xcodeproj",
+    u"playground",   u"pkg",           u"mpkg",         u"sparsebundle"};
+
+double secondsOf(const struct statx_timestamp& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+bool isDirectoryAt(int folder, const dirent& entry) {
+    if (entry.d_type == DT_DIR) return true;
+    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return false;
+    struct stat status {};
+    return ::fstatat(folder, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool isLinkAt(int folder, const dirent& entry) {
+    if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_LNK;
+    struct stat status {};
+    return ::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           S_ISLNK(status.st_mode);
+}
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+bool isSameFile(const char* path, const char* otherPath) {
+    struct stat status {};
+    struct stat other {};
+    return ::lstat(path, &status) == 0 && ::lstat(otherPath, &other) == 0 &&
+           status.st_dev == other.st_dev && status.st_ino == other.st_ino;
+}
+
+std::optional<ResourceValues> valuesAt(int folder, const QString& path) {
+    struct statx status {};
+    const QByteArray bytes = QFile::encodeName(path);
+    if (::statx(folder, bytes.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0)
+        return std::nullopt;
+    ResourceValues values;
+    values.isDirectory = S_ISDIR(status.stx_mode);
+    values.isRegularFile = S_ISREG(status.stx_mode);
+    values.fileSize = static_cast<qint64>(status.stx_size);
+    values.modificationDate = secondsOf(status.stx_mtime);
+    values.creationDate = (status.stx_mask & STATX_BTIME) != 0 ? secondsOf(status.stx_btime)
+                                                               : values.modificationDate;
+    return values;
+}
+
+} // namespace
+
+std::optional<ResourceValues> resourceValues(const QString& path) {
+    return valuesAt(AT_FDCWD, path);
+}
+
+bool isReadable(const QString& path) {
+    return ::faccessat(AT_FDCWD, QFile::encodeName(path).constData(), R_OK, AT_EACCESS) == 0;
+}
+
+OpenFolder::OpenFolder(const QString& path)
+    : _descriptor(::open(QFile::encodeName(path).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {}
+
+OpenFolder::~OpenFolder() {
+    if (_descriptor >= 0) ::close(_descriptor);
+}
+
+std::optional<ResourceValues> OpenFolder::resourceValues(const QString& name) const {
+    if (_descriptor < 0) return std::nullopt;
+    return valuesAt(_descriptor, name);
+}
+
+std::error_code
+enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor) {
+    const QByteArray bytes = QFile::encodeName(folder);
+    const DirectoryHandle directory = openDirectory(bytes);
+    if (!directory) return lastError();
+    while (true) {
+        errno = 0;
+        const dirent* found = ::readdir(directory.get());
+        if (!found) return errno == 0 ? std::error_code() : lastError();
+        if (found->d_name[0] == '.') continue;
+        DirectoryEntry entry;
+        entry.name = QFile::decodeName(found->d_name);
+        if (QFile::encodeName(entry.name) != found->d_name) continue;
+        entry.isDirectory = isDirectoryAt(::dirfd(directory.get()), *found);
+        entry.isPackage = entry.isDirectory && isPackageName(entry.name);
+        entry.isLink = isLinkAt(::dirfd(directory.get()), *found);
+        if (!visitor(entry)) return {};
+    }
+}
+
+std::error_code moveItem(const QString& path, const QString& toPath) {
+    const QByteArray from = QFile::encodeName(path);
+    const QByteArray to = QFile::encodeName(toPath);
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+        return {};
+    // Two hard links of one file are two files here: only the case of a name may differ.
+    const bool isOtherCase = toPath.compare(path, Qt::CaseInsensitive) == 0;
+    const bool mayRenameOver =
+        errno == EEXIST && isOtherCase && isSameFile(from.constData(), to.constData());
+    const bool knowsNoFlags = errno == EINVAL || errno == ENOSYS;
+    if (!mayRenameOver && !knowsNoFlags) return lastError();
+    struct stat status {};
+    if (!mayRenameOver && ::lstat(to.constData(), &status) == 0)
+        return std::make_error_code(std::errc::file_exists);
+    return ::rename(from.constData(), to.constData()) == 0 ? std::error_code() : lastError();
+}
+
+bool createDirectory(const QString& path) {
+    return QDir().mkpath(path) && QFileInfo(path).isDir();
+}
+
+bool isPackageName(QStringView name) {
+    while (name.size() > 1 && name.endsWith(u'/'))
+        name.chop(1);
+    const qsizetype dot = name.lastIndexOf(u'.');
+    if (dot <= name.lastIndexOf(u'/') + 1) return false;
+    const QStringView extension = name.mid(dot + 1);
+    return std::ranges::any_of(packageExtensions, [&](QStringView known) {
+        return extension.compare(known, Qt::CaseInsensitive) == 0;
+    });
+}
+
+} // namespace platform::FileManager

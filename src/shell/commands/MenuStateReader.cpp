@@ -1,0 +1,90 @@
+#include "shell/commands/MenuStateReader.h"
+
+#include "browser/PBImageBrowserView.h"
+#include "codec/PBImageImporterManager.h"
+#include "core/FileTypes.h"
+#include "core/PBAppDelegate.h"
+#include "group/PBImageFileItem.h"
+#include "library/PBPathHistory.h"
+#include "platform/program/UserDefaults.h"
+#include "platform/work/MainThread.h"
+#include "shell/panes/BrowserPane.h"
+#include "shell/panes/PaneLayout.h"
+#include "shell/panes/WindowSettings.h"
+#include "shell/services/BrowsingSettings.h"
+#include "shell/sidebar/SourceTreeController.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMainWindow>
+#include <QMimeData>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace {
+
+bool pasteboardHasImages(const QStringList& types) {
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+    if (!data || !data->hasUrls()) return false;
+    return std::ranges::any_of(data->urls(), [&types](const QUrl& url) {
+        if (!url.isLocalFile()) return false;
+        const QString extension = PBUtilities::pathExtension(url.path()).toString();
+        return PBUtilities::conformsToUTIArray(PBUtilities::extentionToUTI(extension), types);
+    });
+}
+
+} // namespace
+
+MenuState MenuStateReader::read(bool includesPasteboard) const {
+    platform::assertMainThread();
+    MenuState state;
+    state.isLargeView = _parts.delegate.isLargeViewMode();
+    readBrowser(state);
+    readSideBar(state);
+    readWindow(state);
+    if (includesPasteboard) {
+        state.pasteboardHasImages =
+            pasteboardHasImages(_parts.imageImporterManager.supportImageTypes());
+    }
+    return state;
+}
+
+void MenuStateReader::readBrowser(MenuState& state) const {
+    const PBImageBrowserView& view = _parts.browserPane.browserView();
+    const PBImageFileList selected = view.selection().selectedFileArray(FoldedLeaves::Included);
+    state.selectCount = std::ssize(selected);
+    state.areAllSelectedFlagged =
+        !selected.empty() &&
+        std::ranges::all_of(selected, [](const auto& item) { return item->flagged(); });
+    if (view.hasFocus()) state.canRevealFocused = !selected.empty();
+    state.style = view.style();
+    state.thumbnailSize = view.thumbnailSize();
+    for (std::size_t step = 0; step < state.canStep.size(); ++step)
+        state.canStep[step] = view.stepIndex(static_cast<BrowserStep>(step)).isValid();
+    state.sortType = _parts.browsing.sortType();
+    state.descendingSort = _parts.browsing.descendingSort();
+    state.filter = _parts.browsing.filter();
+}
+
+void MenuStateReader::readSideBar(MenuState& state) const {
+    const auto folder = _parts.tree.selectedFolder();
+    state.isRootSelected = std::dynamic_pointer_cast<PBFolderAliasItem>(folder) != nullptr;
+    state.isFolderSelected = folder && !folder->folderPath().isEmpty();
+    if (_parts.tree.hasFocus()) state.canRevealFocused = state.isFolderSelected;
+    state.canBack = _parts.pathHistory.canBack();
+    state.canForward = _parts.pathHistory.canForward();
+    state.recurseSubFolder = _parts.browsing.recurseSubFolder();
+}
+
+void MenuStateReader::readWindow(MenuState& state) const {
+    using Pane = PaneLayout::Pane;
+    state.isSideBarShown = _parts.panes.isShown(Pane::SideBar);
+    state.isFolderShown = _parts.panes.isShown(Pane::Folder);
+    state.isGroupShown = _parts.panes.isShown(Pane::Group);
+    state.isInfoShown = _parts.panes.isShown(Pane::Info);
+    const WindowSettings settings(_parts.userDefaults);
+    state.isToolbarShown = !settings.hideToolbar();
+    state.isStatusBarShown = !settings.hideStatusBar();
+    state.isFullScreen = _parts.window.isFullScreen();
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "shell/menus/MenuValidation.h"
+
+class BrowserPane;
+class BrowsingSettings;
+class PaneLayout;
+class PBAppDelegate;
+class PBImageImporterManager;
+class PBPathHistory;
+class QMainWindow;
+class SourceTreeController;
+
+namespace platform {
+class UserDefaults;
+}
+
+/// Reads off the window and the program what the menus depend on. Main thread.
+class MenuStateReader {
+public:
+    struct Parts {
+        const PBAppDelegate& delegate;
+        const BrowsingSettings& browsing;
+        platform::UserDefaults& userDefaults;
+        const PBPathHistory& pathHistory;
+        PBImageImporterManager& imageImporterManager;
+        QMainWindow& window;
+        BrowserPane& browserPane;
+        SourceTreeController& tree;
+        PaneLayout& panes;
+    };
+
+    /// The parts outlive this object.
+    explicit MenuStateReader(const Parts& parts) : _parts(parts) {}
+
+    [[nodiscard]] MenuState read(bool includesPasteboard) const;
+
+private:
+    void readBrowser(MenuState& state) const;
+    void readSideBar(MenuState& state) const;
+    void readWindow(MenuState& state) const;
+
+    const Parts _parts;
+};

@@ -1,0 +1,234 @@
+#include "shell/commands/WindowCommands.h"
+
+#include "browser/PBImageBrowserView.h"
+#include "platform/desktop/Workspace.h"
+#include "platform/program/LocalizedTexts.h"
+#include "shell/commands/FilterCommands.h"
+#include "shell/menus/HelpDialogs.h"
+#include "shell/menus/MainMenu.h"
+#include "shell/panes/BrowserPane.h"
+#include "shell/panes/StatusBarView.h"
+#include "shell/panes/ThumbnailSizeSlider.h"
+#include "shell/services/ShellServices.h"
+#include "shell/sidebar/SourceSidebar.h"
+
+#include <QMainWindow>
+#include <QMessageBox>
+#include <QToolBar>
+
+using Command = MenuCommand;
+using platform::localizedFormat;
+using platform::localizedString;
+
+namespace {
+
+struct PaneRow {
+    MenuCommand command;
+    PaneLayout::Pane pane;
+};
+
+constexpr PaneRow paneRows[] = {
+    {Command::view_SideBar, PaneLayout::Pane::SideBar},
+    {Command::view_Folder, PaneLayout::Pane::Folder},
+    {Command::view_Group, PaneLayout::Pane::Group},
+    {Command::view_Info, PaneLayout::Pane::Info},
+};
+
+struct StepRow {
+    MenuCommand command;
+    BrowserStep step;
+};
+
+constexpr StepRow stepRows[] = {
+    {Command::go_PreviousItem, BrowserStep::PrevIndex},
+    {Command::go_NextItem, BrowserStep::NextIndex},
+    {Command::go_FirstItem, BrowserStep::FirstIndex},
+    {Command::go_LastItem, BrowserStep::LastIndex},
+    {Command::go_PreviousGroup, BrowserStep::PreviousGroup},
+    {Command::go_NextGroup, BrowserStep::NextGroup},
+    {Command::go_FirstGroupItem, BrowserStep::FirstIndexInGroup},
+    {Command::go_LastGroupItem, BrowserStep::LastIndexInGroup},
+};
+
+} // namespace
+
+WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
+    : QObject(parent), _parts(parts), _settings(parts.services.userDefaults),
+      _stateReader(
+          {.delegate = parts.services.delegate,
+           .browsing = parts.services.browsing,
+           .userDefaults = parts.services.userDefaults,
+           .pathHistory = parts.services.pathHistory,
+           .imageImporterManager = parts.services.imageImporterManager,
+           .window = parts.window,
+           .browserPane = parts.browserPane,
+           .tree = parts.sourceSidebar.tree(),
+           .panes = parts.panes}),
+      _arrange(parts.services.browsing, parts.services.delegate),
+      _browserView(parts.browserPane.browserView(), parts.services.userDefaults, nullptr),
+      _rename(
+          {.mainFileDb = parts.services.mainFileDb,
+           .browserPane = parts.browserPane,
+           .alert =
+               [this](const QString& fileName, const QString& reason) {
+                   alertCantRename(fileName, reason);
+               }}),
+      _fullScreen(
+          {.window = parts.window,
+           .toolbar = parts.toolbar,
+           .hideToolbar = [this] { return _settings.hideToolbar(); }},
+          nullptr),
+      _menu(new MainMenu(
+          parts.window,
+          [this](bool includesPasteboard) { return _stateReader.read(includesPasteboard); },
+          this)) {
+    connectFolderCommands();
+    connectEditCommands();
+    connectBrowserCommands();
+    connectPaneCommands();
+    connectGoCommands();
+    connectBrowserSignals();
+    _menu->connectCommand(Command::quit, [this] { _parts.window.close(); });
+    _menu->connectCommand(
+        Command::showShortcuts, [this] { HelpDialogs::showShortcuts(*_menu, _parts.window); });
+    _menu->connectCommand(Command::showAbout, [this] { HelpDialogs::showAbout(_parts.window); });
+    updateStatusBarShowHide(false);
+    _menu->validate();
+}
+
+void WindowCommands::connectFolderCommands() {
+    FolderRootCommands& folders = _parts.sourceSidebar.commands();
+    SourceSelection& selection = _parts.sourceSidebar.selection();
+    _menu->connectCommand(Command::addFolderAlias, [&folders] { folders.addFolderAlias(); });
+    _menu->connectCommand(Command::removeFolderAlias, [&folders] { folders.removeFolderAlias(); });
+    _menu->connectCommand(Command::revealInFinder, [this] { revealInFinder(); });
+    _menu->connectCommand(Command::back, [&selection] { selection.back(); });
+    _menu->connectCommand(Command::forward, [&selection] { selection.forward(); });
+}
+
+void WindowCommands::connectEditCommands() {
+    _menu->connectCommand(Command::selectAll, [this] { selectAll(true); });
+    _menu->connectCommand(Command::deselectAll, [this] { selectAll(false); });
+    _menu->connectCommand(Command::find, [this] {
+        _fullScreen.showBars();
+        _parts.find();
+    });
+    _menu->connectCommand(Command::renameFile, [this] { _rename.begin(); });
+}
+
+void WindowCommands::connectBrowserCommands() {
+    for (const ArrangeCommands::Row& row : ArrangeCommands::rows()) {
+        _menu->connectCommand(
+            row.command, [this, argument = row.argument] { _arrange.doArrangeMenu(argument); });
+    }
+    for (const BrowserViewCommands::StyleRow& row : BrowserViewCommands::styleRows()) {
+        _menu->connectCommand(row.command, [this, argument = row.argument] {
+            _browserView.doThumbnailAndInfoMenu(argument);
+        });
+    }
+    _menu->connectCommand(Command::view_zoomIn, [this] { _browserView.zoomIn(); });
+    _menu->connectCommand(Command::view_zoomOut, [this] { _browserView.zoomOut(); });
+    FilterCommands& filters = _parts.filterCommands;
+    _menu->connectCommand(Command::filter_Flag, [&filters] { filters.filter_Flag(); });
+    _menu->connectCommand(Command::filter_Star, [&filters] { filters.filter_Star(); });
+    _menu->connectCommand(Command::recurseSubFolder, [&filters] { filters.recurseSubFolder(); });
+
+    ThumbnailSizeSlider& slider = _parts.statusBarView.thumbnailSizeSlider();
+    slider.setThumbnailSize(_settings.thumbnailSize());
+    connect(
+        &slider, &ThumbnailSizeSlider::thumbnailSizeSlide, &_browserView,
+        &BrowserViewCommands::thumbnailSizeSlide);
+    connect(
+        &_browserView, &BrowserViewCommands::thumbnailSizeDidChange, &slider,
+        &ThumbnailSizeSlider::setThumbnailSize);
+}
+
+void WindowCommands::connectPaneCommands() {
+    for (const PaneRow& row : paneRows)
+        _menu->connectCommand(row.command, [this, pane = row.pane] { togglePane(pane); });
+    connect(&_parts.statusBarView, &StatusBarView::paneToggled, this, &WindowCommands::togglePane);
+    _menu->connectCommand(Command::view_toolbar, [this] { toggleToolbar(); });
+    _menu->connectCommand(
+        Command::view_StatusBar, [this] { setHideStatusBar(!_settings.hideStatusBar()); });
+    _menu->connectCommand(Command::view_FullScreen, [this] { _fullScreen.toggle(); });
+    connect(&_fullScreen, &FullScreenControl::fullScreenDidChange, this, [this] {
+        updateStatusBarShowHide(false);
+    });
+}
+
+void WindowCommands::connectGoCommands() {
+    for (const StepRow& row : stepRows) {
+        _menu->connectCommand(
+            row.command, [this, step = row.step] { _parts.browserPane.browserView().goTo(step); });
+    }
+}
+
+void WindowCommands::connectBrowserSignals() {
+    PBImageBrowserView& view = _parts.browserPane.browserView();
+    connect(
+        &view, &PBImageBrowserView::contextMenuRequested, this,
+        [this, &view](bool isOnItem, const QPoint& globalPosition) {
+            _menu->popUpBrowserMenu(isOnItem, globalPosition, &view);
+        });
+    connect(
+        &view, &PBImageBrowserView::renameRequested, this,
+        [this](const std::shared_ptr<PBImageFileItem>& item, const QString& text) {
+            _rename.finish(item, text);
+        });
+    connect(
+        &view, &PBImageBrowserView::selectionDidChange, &_parts.statusBarView,
+        &StatusBarView::setSelectCount);
+    connect(
+        &view, &PBImageBrowserView::itemCountDidChange, &_parts.statusBarView,
+        [this, &view](qint64 count) {
+            _parts.statusBarView.setItemCount(count);
+            _parts.statusBarView.setSelectCount(
+                view.selection().selectCount(FoldedLeaves::Included));
+        });
+}
+
+void WindowCommands::revealInFinder() {
+    if (_parts.browserPane.browserView().hasFocus()) {
+        platform::Workspace::revealInFileManager(_parts.browserPane.selectedFilePath());
+    } else if (const auto folder = _parts.sourceSidebar.tree().selectedFolder()) {
+        _parts.sourceSidebar.commands().revealInFinder(*folder);
+    }
+}
+
+void WindowCommands::selectAll(bool select) {
+    PBImageBrowserView& view = _parts.browserPane.browserView();
+    const BrowserSelection& selection = view.selection();
+    const bool hasChanged =
+        select ? selection.selectAll(FoldedLeaves::Included) : selection.deselectAll();
+    if (hasChanged) view.selectDidChange();
+}
+
+void WindowCommands::togglePane(PaneLayout::Pane pane) {
+    _parts.panes.toggle(pane);
+}
+
+void WindowCommands::toggleToolbar() {
+    _settings.setHideToolbar(!_settings.hideToolbar());
+    _fullScreen.updateBars();
+}
+
+void WindowCommands::setHideStatusBar(bool hide) {
+    _settings.setHideStatusBar(hide);
+    updateStatusBarShowHide(true);
+}
+
+void WindowCommands::updateStatusBarShowHide(bool animated) {
+    _parts.statusBarView.setShown(
+        !_settings.hideStatusBar() && !_fullScreen.isFullScreen(), animated);
+}
+
+void WindowCommands::alertCantRename(const QString& fileName, const QString& reason) {
+    auto* box = new QMessageBox(
+        QMessageBox::Warning, localizedString(u"Velmora"),
+        localizedFormat(u"CantRename", {fileName}), QMessageBox::Ok, &_parts.window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
+    box->setInformativeText(reason);
+    box->setWindowModality(Qt::WindowModal);
+    box->open();
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "shell/commands/ArrangeCommands.h"
+#include "shell/commands/BrowserViewCommands.h"
+#include "shell/commands/FullScreenControl.h"
+#include "shell/commands/MenuStateReader.h"
+#include "shell/commands/RenameCommand.h"
+#include "shell/panes/PaneLayout.h"
+#include "shell/panes/WindowSettings.h"
+
+#include <QObject>
+
+#include <functional>
+
+class BrowserPane;
+class FilterCommands;
+class MainMenu;
+class QMainWindow;
+class QToolBar;
+class SourceSidebar;
+class StatusBarView;
+struct ShellServices;
+
+/// Connects the entries of the menus, and the signals of the views, with what carries them out.
+/// Main thread.
+class WindowCommands final : public QObject {
+    Q_OBJECT
+
+public:
+    struct Parts {
+        const ShellServices& services;
+        QMainWindow& window;
+        BrowserPane& browserPane;
+        SourceSidebar& sourceSidebar;
+        FilterCommands& filterCommands;
+        PaneLayout& panes;
+        StatusBarView& statusBarView;
+        QToolBar& toolbar;
+        /// Puts the keyboard into the search field.
+        std::function<void()> find;
+    };
+
+    /// Makes the menu bar. The parts outlive this object.
+    WindowCommands(const Parts& parts, QObject* parent);
+
+    [[nodiscard]] MainMenu& menu() { return *_menu; }
+
+private:
+    void connectFolderCommands();
+    void connectEditCommands();
+    void connectBrowserCommands();
+    void connectPaneCommands();
+    void connectGoCommands();
+    void connectBrowserSignals();
+    void revealInFinder();
+    void selectAll(bool select);
+    void togglePane(PaneLayout::Pane pane);
+    void toggleToolbar();
+    void setHideStatusBar(bool hide);
+    void updateStatusBarShowHide(bool animated);
+    void alertCantRename(const QString& fileName, const QString& reason);
+
+    const Parts _parts;
+    WindowSettings _settings;
+    const MenuStateReader _stateReader;
+    ArrangeCommands _arrange;
+    BrowserViewCommands _browserView;
+    RenameCommand _rename;
+    FullScreenControl _fullScreen;
+    MainMenu* _menu; // a child of this
+};

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "core/PBGroupTypeArray.h"
+#include "group/GroupPresets.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+class QAction;
+class QMenu;
+class QWidget;
+
+/// What the user is told about groups. Nothing here waits for the user.
+class GroupPrompts {
+public:
+    virtual ~GroupPrompts() = default;
+    /// Grouping by place has been asked for where places can't be looked up.
+    virtual void alertLocationRequireSystem() = 0;
+};
+
+/// As a dialog of the window.
+class GroupSheets final : public GroupPrompts {
+public:
+    /// The window outlives this object.
+    explicit GroupSheets(QWidget& window) : _window(window) {}
+    void alertLocationRequireSystem() override;
+
+private:
+    QWidget& _window;
+};
+
+/// The commands that change the chain of group types: those of the path control's menus, and the
+/// group submenu with the presets. Main thread.
+class GroupMenus final : public QObject {
+    Q_OBJECT
+
+public:
+    /// All that is named outlives this object.
+    struct Environment {
+        std::function<PBGroupTypeArray()> groupTypeArray;
+        /// Stores the chain.
+        std::function<void(PBGroupTypeArray)> setGroupTypeArray;
+        /// Starts the display anew.
+        std::function<void()> scan;
+        std::function<bool()> canUseGeocoder;
+        platform::UserDefaults& settings;
+        GroupPrompts& prompts;
+    };
+
+    /// Copies or moves the groups into folders of their own.
+    enum class GroupTransfer { Copy = 0, Move = 1 };
+
+    explicit GroupMenus(Environment environment, QObject* parent = nullptr);
+    ~GroupMenus() override;
+
+    /// The group submenu of the main menu, in step with presets and chain whenever it opens. The
+    /// caller may give it to a menu bar; it goes with this object.
+    [[nodiscard]] QMenu* groupMenu() const { return _groupMenu.get(); }
+    /// Without this the entries that copy and move groups stand disabled.
+    void setDoGroupCopyMoveTo(std::function<void(GroupTransfer)> doGroupCopyMoveTo);
+
+    /// Opens the group submenu below the button.
+    void groupMenuBtnClicked(const QWidget& button);
+    /// An entry of a step's menu in the path control.
+    void groupMenuClicked(const PBGroupMenuAction& action);
+    /// An entry of the group submenu.
+    void groupContextMenuClicked(const group::GroupPresets::Action& action);
+
+Q_SIGNALS:
+    /// Another chain is in force; before the display starts anew.
+    void groupTypeArrayDidChange(const PBGroupTypeArray& groupTypeArray);
+
+private:
+    void rebuildGroupMenu();
+    void showState(QAction& entry, const group::GroupPresets::Action& action) const;
+    void changeChain(group::GroupChain chain);
+
+    const Environment _environment;
+    group::GroupPresets _presets;
+    const std::unique_ptr<QMenu> _groupMenu;
+    std::function<void(GroupTransfer)> _doGroupCopyMoveTo;
+};

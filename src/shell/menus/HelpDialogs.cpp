@@ -1,0 +1,136 @@
+#include "shell/menus/HelpDialogs.h"
+
+#include "platform/program/LocalizedTexts.h"
+#include "shell/menus/MainMenu.h"
+#include "ui/Icons.h"
+#include "ui/PBThemes.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenu>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <sqlite3.h>
+
+using platform::localizedFormat;
+using platform::localizedString;
+
+namespace {
+
+QString withoutMnemonic(QString text) {
+    return text.remove(u'&');
+}
+
+QDialog* makeDialog(const QString& title, QWidget& window) {
+    auto* dialog = new QDialog(&window);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(title);
+    return dialog;
+}
+
+QDialogButtonBox* closeButton(QDialog& dialog) {
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    return buttons;
+}
+
+void addShortcuts(QTreeWidgetItem& section, const QList<QAction*>& actions) {
+    for (const QAction* action : actions) {
+        if (action->menu()) {
+            addShortcuts(section, action->menu()->actions());
+        } else if (!action->shortcut().isEmpty()) {
+            new QTreeWidgetItem(
+                &section,
+                {withoutMnemonic(action->text()),
+                 QKeySequence::listToString(action->shortcuts(), QKeySequence::NativeText)});
+        }
+    }
+}
+
+/// A heading with some room above it.
+QTreeWidgetItem* sectionItem(const QString& title, QFont font) {
+    font.setBold(true);
+    auto* section = new QTreeWidgetItem({title});
+    section->setFont(0, font);
+    section->setTextAlignment(0, Qt::AlignLeft | Qt::AlignBottom);
+    section->setSizeHint(0, {0, QFontMetrics(font).height() * 2});
+    return section;
+}
+
+QTreeWidget* shortcutList(const MainMenu& menu) {
+    auto* list = new QTreeWidget;
+    list->setColumnCount(2);
+    list->setHeaderHidden(true);
+    list->setRootIsDecorated(false);
+    list->setItemsExpandable(false);
+    list->setIndentation(12);
+    list->setSelectionMode(QAbstractItemView::NoSelection);
+    list->setFocusPolicy(Qt::StrongFocus);
+    for (const MenuRow& row : menuBarRows()) {
+        if (row.kind != MenuRow::Kind::Menu) continue;
+        auto* section = sectionItem(withoutMnemonic(localizedString(row.text)), list->font());
+        addShortcuts(*section, menu.menuWithTag(row.tag)->actions());
+        if (section->childCount() == 0) {
+            delete section;
+            continue;
+        }
+        list->addTopLevelItem(section);
+        section->setFirstColumnSpanned(true);
+    }
+    auto* browser = sectionItem(localizedString(u"ShortcutsInBrowser"), list->font());
+    for (const QStringView key :
+         {u"Shortcut_Arrows", u"Shortcut_ShiftArrows", u"Shortcut_Pages", u"Shortcut_Letters",
+          u"Shortcut_Click", u"Shortcut_NameClick"}) {
+        // "what; keys"
+        const QStringList parts = localizedString(key).split(QStringLiteral("; "));
+        new QTreeWidgetItem(browser, {parts.value(0), parts.value(1)});
+    }
+    list->addTopLevelItem(browser);
+    browser->setFirstColumnSpanned(true);
+    list->expandAll();
+    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    list->header()->setStretchLastSection(false);
+    return list;
+}
+
+} // namespace
+
+void HelpDialogs::showShortcuts(const MainMenu& menu, QWidget& window) {
+    QDialog* dialog = makeDialog(localizedString(u"ShortcutsTitle"), window);
+    auto* layout = new QVBoxLayout(dialog);
+    layout->addWidget(shortcutList(menu));
+    layout->addWidget(closeButton(*dialog));
+    dialog->resize(460, 560);
+    dialog->show();
+}
+
+void HelpDialogs::showAbout(QWidget& window) {
+    QDialog* dialog = makeDialog(withoutMnemonic(localizedString(u"Menu_About")), window);
+    auto* picture = new QLabel;
+    picture->setPixmap(Icons::pixmap(
+        QStringLiteral("photographs"), QSize(72, 72), window.devicePixelRatioF(),
+        PBThemes::colors().accent));
+    picture->setAlignment(Qt::AlignHCenter);
+    auto* text = new QLabel(localizedFormat(
+        u"AboutText", {QCoreApplication::applicationVersion(), QString::fromLatin1(qVersion()),
+                       QString::fromLatin1(sqlite3_libversion())}));
+    text->setWordWrap(true);
+    text->setAlignment(Qt::AlignHCenter);
+    text->setTextInteractionFlags(Qt::TextBrowserInteraction);
+    text->setOpenExternalLinks(true);
+    auto* layout = new QVBoxLayout(dialog);
+    layout->setContentsMargins(28, 24, 28, 18);
+    layout->setSpacing(12);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    text->setFixedWidth(360);
+    layout->addWidget(picture);
+    layout->addWidget(text);
+    layout->addWidget(closeButton(*dialog));
+    dialog->show();
+}

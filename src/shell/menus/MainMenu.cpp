@@ -1,0 +1,167 @@
+#include "shell/menus/MainMenu.h"
+
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
+#include "ui/Icons.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <utility>
+
+using platform::localizedString;
+
+namespace {
+
+std::size_t indexOf(MenuCommand command) {
+    return static_cast<std::size_t>(command);
+}
+
+/// Keys that no shortcut of ours begins with are typed text, and need no look at the window.
+bool mayBeShortcut(const QKeyEvent& event) {
+    const bool isFunctionKey = event.key() >= Qt::Key_F1 && event.key() <= Qt::Key_F35;
+    return isFunctionKey || event.key() == Qt::Key_Delete ||
+           (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0;
+}
+
+} // namespace
+
+MainMenu::MainMenu(QMainWindow& window, ReadState readState, QObject* parent)
+    : QObject(parent), _window(window), _readState(std::move(readState)) {
+    makeActions();
+    fill(menuBarRows(), nullptr);
+    menuWithTag(MenuTag::Group)->menuAction()->setVisible(false);
+    qApp->installEventFilter(this);
+}
+
+void MainMenu::makeActions() {
+    for (const MenuEntry& entry : menuEntries()) {
+        auto* action = new QAction(this);
+        action->setObjectName(entry.name.toString());
+        if (!entry.text.isEmpty()) action->setText(localizedString(entry.text));
+        if (!entry.shortcuts.isEmpty())
+            action->setShortcuts(QKeySequence::listFromString(entry.shortcuts.toString()));
+        if (!entry.icon.isEmpty()) action->setIcon(Icons::named(entry.icon.toString()));
+        action->setMenuRole(QAction::NoRole);
+        action->setEnabled(false);
+        connect(action, &QAction::triggered, this, [this, command = entry.command] {
+            perform(command);
+        });
+        _actions[indexOf(entry.command)] = action;
+        // The window's own, or their shortcuts would be dead while the menu bar is hidden.
+        _window.addAction(action);
+    }
+    makeChoice(MenuCommand::arrange_FileName, MenuCommand::arrange_None);
+    makeChoice(MenuCommand::arrange_Ascending, MenuCommand::arrange_Dscending);
+    action(MenuCommand::quit)->setMenuRole(QAction::QuitRole);
+    action(MenuCommand::showAbout)->setMenuRole(QAction::AboutRole);
+}
+
+/// Of the commands from the one to the other, at most one has a mark, which is drawn as such.
+void MainMenu::makeChoice(MenuCommand first, MenuCommand last) {
+    auto* choice = new QActionGroup(this);
+    choice->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
+    for (std::size_t i = indexOf(first); i <= indexOf(last); ++i) {
+        _actions[i]->setCheckable(true);
+        choice->addAction(_actions[i]);
+    }
+}
+
+void MainMenu::fill(std::span<const MenuRow> rows, QMenu* first) {
+    QMenu* menu = first;
+    QMenu* above = nullptr;
+    for (const MenuRow& row : rows) {
+        switch (row.kind) {
+        case MenuRow::Kind::Menu:
+            menu = _window.menuBar()->addMenu(localizedString(row.text));
+            _menus[row.tag] = menu;
+            watchMenu(menu);
+            break;
+        case MenuRow::Kind::Submenu:
+            above = std::exchange(menu, menu->addMenu(localizedString(row.text)));
+            break;
+        case MenuRow::Kind::EndOfSubmenu:
+            menu = above;
+            break;
+        case MenuRow::Kind::Separator:
+            menu->addSeparator();
+            break;
+        case MenuRow::Kind::Entry:
+            menu->addAction(action(row.entry.command));
+            break;
+        }
+    }
+}
+
+void MainMenu::watchMenu(QMenu* menu) {
+    connect(menu, &QMenu::aboutToShow, this, [this] { validate(true); });
+}
+
+QAction* MainMenu::action(MenuCommand command) const {
+    return _actions[indexOf(command)];
+}
+
+QMenu* MainMenu::menuWithTag(MenuTag tag) const {
+    return _menus.at(tag);
+}
+
+void MainMenu::setGroupMenu(QMenu& groupMenu) {
+    QMenu*& placeholder = _menus[MenuTag::Group];
+    groupMenu.setTitle(placeholder->title());
+    _window.menuBar()->insertMenu(placeholder->menuAction(), &groupMenu);
+    delete std::exchange(placeholder, &groupMenu);
+}
+
+void MainMenu::connectCommand(MenuCommand command, std::function<void()> perform) {
+    platform::assertMainThread();
+    _performers[indexOf(command)] = std::move(perform);
+}
+
+void MainMenu::perform(MenuCommand command) {
+    if (const auto& performer = _performers[indexOf(command)]) performer();
+    // A check mark that flipped by itself may be wrong.
+    validate();
+}
+
+void MainMenu::validate(bool includesPasteboard) {
+    platform::assertMainThread();
+    const MenuState state = _readState(includesPasteboard);
+    for (const MenuEntry& entry : menuEntries()) {
+        const MenuItemState item = validateMenuItem(entry.command, state);
+        QAction* action = this->action(entry.command);
+        action->setEnabled(item.isEnabled && _performers[indexOf(entry.command)] != nullptr);
+        action->setCheckable(item.isChecked.has_value());
+        action->setChecked(item.isChecked.value_or(false));
+        if (!item.title.isEmpty()) action->setText(localizedString(item.title));
+    }
+}
+
+void MainMenu::popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWidget* parent) {
+    auto* menu = new QMenu(parent);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (isOnItem) {
+        fill(photographMenuRows(), menu);
+    } else {
+        menu->addActions(menuWithTag(MenuTag::View)->actions());
+    }
+    validate(true);
+    // What lies under the menu stays until it is closed.
+    const auto scope = std::make_shared<platform::TrackingScope>();
+    connect(menu, &QObject::destroyed, this, [scope] {});
+    menu->popup(globalPosition);
+}
+
+bool MainMenu::eventFilter(QObject* watched, QEvent* event) {
+    // Comes before the shortcuts are looked through, of which only enabled ones count.
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        if (mayBeShortcut(key)) validate(key.matches(QKeySequence::Paste));
+    }
+    return QObject::eventFilter(watched, event);
+}

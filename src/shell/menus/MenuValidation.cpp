@@ -1,0 +1,11 @@
+#include "shell/menus/MenuValidation.h"
+
+#include "shell/menus/MenuEntries.h"
+
+MenuItemState validateMenuItem(MenuCommand command, const MenuState& state) {
+    const MenuRule& rule = menuEntry(command).rule;
+    MenuItemState item{.isEnabled = rule.isEnabled(state), .isChecked = {}, .title = {}};
+    if (rule.isChecked) item.isChecked = rule.isChecked(state);
+    if (rule.isShown) item.title = rule.isShown(state) ? rule.hide : rule.show;
+    return item;
+}

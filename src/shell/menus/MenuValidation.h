@@ -1,0 +1,73 @@
+#pragma once
+
+#include "shell/menus/MenuCommand.h"
+
+#include <QStringView>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+/// What the entries of the menus depend on, as it is at one moment.
+struct MenuState {
+    /// Of the large view; meaningful while it is in force.
+    struct LargeView {
+        bool hasItems = false;
+        bool canZoomIn = false;
+        bool canZoomOut = false;
+        bool canPrev = false;
+        bool canNext = false;
+        bool canFirst = false;
+        bool canLast = false;
+        bool shouldShowNavigation = false;
+        bool isPhotoBinShown = false;
+        bool isNavigationShown = false;
+    };
+
+    bool isLargeView = false;
+    LargeView largeView;
+
+    // The sidebar
+    bool isRootSelected = false;
+    bool isFolderSelected = false; ///< and its path is known
+    bool canBack = false;
+    bool canForward = false;
+    bool recurseSubFolder = false;
+
+    // The browser
+    qint64 selectCount = 0;             ///< those in folded groups too
+    bool areAllSelectedFlagged = false; ///< false with no selection
+    /// The view that has the keyboard holds something that can be shown in the file manager.
+    bool canRevealFocused = false;
+    bool pasteboardHasImages = false;
+    std::uint64_t style = 0; ///< `BrowserMetrics::StyleBit`
+    double thumbnailSize = 0;
+    int sortType = 0;
+    bool descendingSort = false;
+    std::uint64_t filter = 0; ///< `group::FilterBit`
+    /// Whether each of the steps leads to a photograph, by the number of the `BrowserStep`.
+    std::array<bool, 8> canStep{};
+
+    // The window
+    bool isSideBarShown = true;
+    bool isFolderShown = true;
+    bool isGroupShown = true;
+    bool isInfoShown = true;
+    bool isToolbarShown = true;
+    bool isStatusBarShown = true;
+    bool isFullScreen = false;
+};
+
+/// How an entry stands in its menu.
+struct MenuItemState {
+    bool isEnabled = false;
+    /// Set for entries that can carry a check mark.
+    std::optional<bool> isChecked;
+    /// Key of the title where it changes with the state; empty for entries with one title.
+    QStringView title;
+
+    friend bool operator==(const MenuItemState&, const MenuItemState&) = default;
+};
+
+/// By the rule in the command's row of the table of entries.
+[[nodiscard]] MenuItemState validateMenuItem(MenuCommand command, const MenuState& state);

@@ -1,0 +1,120 @@
+#include "shell/panes/BrowserPane.h"
+
+#include "browser/PBImageBrowserScrollView.h"
+#include "browser/PBImageBrowserView.h"
+#include "core/PBAppDelegate.h"
+#include "group/PBImageFileItem.h"
+#include "image/BuildThumbNotifier.h"
+#include "image/PBBuildThumbOperation.h"
+#include "image/ThumbnailStore.h"
+#include "library/PBAliasManager.h"
+#include "platform/work/MainThread.h"
+#include "shell/services/ShellServices.h"
+
+#include <QColorSpace>
+
+namespace {
+
+/// Thumbnails kept before the browser has told how many fill a page.
+constexpr std::uint64_t firstBufferCount = 200;
+constexpr std::uint64_t bufferedPages = 3;
+
+} // namespace
+
+class BrowserPane::StoredThumbnails final : public ThumbnailLoader {
+public:
+    explicit StoredThumbnails(FMDatabase& thumbnailDb) : _thumbnailDb(thumbnailDb) {}
+    [[nodiscard]] QImage loadThumbnail(const PBImageFileItem& item) override {
+        return ThumbnailStore::loadThumbnail(_thumbnailDb, item.fileId(), true, QColorSpace());
+    }
+
+private:
+    FMDatabase& _thumbnailDb;
+};
+
+BrowserPane::BrowserPane(const ShellServices& services, std::function<void()> updateTip)
+    : _services(services), _updateTip(std::move(updateTip)),
+      _loader(std::make_unique<StoredThumbnails>(services.mainThumbDb)),
+      _preloadLoader(std::make_unique<StoredThumbnails>(services.preloadThumbDb)),
+      _folderPaths(services.mainFileDb, services.aliasManager), _buffer(firstBufferCount),
+      _scrollView(new PBImageBrowserScrollView(*this)),
+      _view(new PBImageBrowserView(*_scrollView, *this)) {
+    _buffer.setBrowserOrder(&_view->browserOrder());
+
+    connect(_view, &PBImageBrowserView::pageItemCountDidChange, this, [this](qint64 count) {
+        _buffer.setBufferCount(static_cast<std::uint64_t>(count) * bufferedPages);
+    });
+    connect(
+        &services.buildThumbNotifier, &BuildThumbNotifier::PBNotiName_BuildThumb, _view,
+        [view = _view](const PBBuildThumbOperation& operation) {
+            view->buildThumbDidFinish(operation.fileId());
+        });
+    connect(_view, &QObject::destroyed, this, [this] { _buffer.setBrowserOrder(nullptr); });
+    services.groupTreeDataSource.setDisplay(this);
+}
+
+BrowserPane::~BrowserPane() {
+    _services.groupTreeDataSource.setDisplay(nullptr);
+}
+
+QWidget* BrowserPane::view() const {
+    return _scrollView;
+}
+
+QStringList BrowserPane::selectedFilePath() const {
+    return _view->selection().selectedFilePath(_folderPaths, FoldedLeaves::Included);
+}
+
+void BrowserPane::clear() {
+    platform::assertMainThread();
+    _buffer.clearThumbnailBuffer();
+    _view->reset();
+    updateImageBrowserViewData();
+}
+
+void BrowserPane::updateImageBrowserViewData() {
+    platform::assertMainThread();
+    _view->setLeafGroupItemArray(_services.groupTreeDataSource.leafGroupItemArray());
+    _view->reloadData();
+}
+
+void BrowserPane::scrollToLeaf(const PBGroupItemData& leaf) {
+    _view->scrollToGroup(_view->leaves().groupOfData(leaf));
+}
+
+ThumbnailLoader& BrowserPane::thumbnailLoader() {
+    return *_loader;
+}
+
+ThumbnailLoader& BrowserPane::preloadThumbnailLoader() {
+    return *_preloadLoader;
+}
+
+platform::OperationQueue& BrowserPane::preloadThumbnailOperationQueue() {
+    return _services.preloadThumbnailOperationQueue;
+}
+
+platform::OperationQueue& BrowserPane::buildThumbOperationQueue() {
+    return _services.buildThumbOperationQueue;
+}
+
+std::optional<qint64> BrowserPane::fileIdOfBuildThumb(const platform::Operation& operation) const {
+    const auto* build = dynamic_cast<const PBBuildThumbOperation*>(&operation);
+    return build ? std::optional(build->fileId()) : std::nullopt;
+}
+
+QString BrowserPane::tagWithTagId(qint64 tagId) const {
+    return PBCatalogue(_services.mainFileDb).tagWithTagId(tagId);
+}
+
+bool BrowserPane::isLargeView() const {
+    return _services.delegate.isLargeViewMode();
+}
+
+bool BrowserPane::isScrollingOrDragging() const {
+    return _scrollView->isScrolling() || _view->isDragging();
+}
+
+void BrowserPane::updateBrowserScrollCapture() {
+    _view->captureScrollWithMode(ScrollCaptureMode::Nearest);
+}

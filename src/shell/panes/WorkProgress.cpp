@@ -1,0 +1,55 @@
+#include "shell/panes/WorkProgress.h"
+
+#include "platform/work/MainThread.h"
+
+#include <chrono>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto lookInterval = 150ms;
+/// Work that has ended by then is not worth a word: a warm start stays quiet.
+constexpr int quietLooks = 4;
+
+} // namespace
+
+WorkProgress::WorkProgress(std::function<WorkFigures()> figures, QObject* parent)
+    : QObject(parent), _figures(std::move(figures)) {
+    _timer.setInterval(lookInterval);
+    connect(&_timer, &QTimer::timeout, this, &WorkProgress::update);
+}
+
+void WorkProgress::restart() {
+    platform::assertMainThread();
+    _finishedBefore = _figures().thumbnailsFinished;
+    _busyLooks = 0;
+    wake();
+}
+
+void WorkProgress::wake() {
+    platform::assertMainThread();
+    if (!_timer.isActive()) _timer.start();
+}
+
+void WorkProgress::update() {
+    platform::assertMainThread();
+    const WorkFigures figures = _figures();
+    const bool isBusy = figures.isScanning || figures.thumbnailsPending > 0;
+    if (!isBusy) {
+        _finishedBefore = figures.thumbnailsFinished;
+        _busyLooks = 0;
+        _timer.stop();
+    } else {
+        ++_busyLooks;
+    }
+    State state = _busyLooks > quietLooks ? stateOf(figures) : State();
+    if (std::exchange(_state, state) != state) Q_EMIT changed();
+}
+
+WorkProgress::State WorkProgress::stateOf(const WorkFigures& figures) const {
+    if (figures.thumbnailsPending == 0) return {Kind::Scanning, figures.scanned, 0};
+    const quint64 done = figures.thumbnailsFinished - _finishedBefore;
+    return {Kind::Thumbnails, done, done + figures.thumbnailsPending};
+}

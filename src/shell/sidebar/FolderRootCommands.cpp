@@ -1,0 +1,144 @@
+#include "shell/sidebar/FolderRootCommands.h"
+
+#include "catalogue/PBCatalogue.h"
+#include "core/PBAppDelegate.h"
+#include "core/Paths.h"
+#include "library/PBAliasManager.h"
+#include "library/PBAliasResolver.h"
+#include "library/PBSourceTreeDataSource.h"
+#include "platform/desktop/Workspace.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
+#include "platform/work/Mutex.h"
+#include "platform/work/OperationQueue.h"
+#include "shell/sidebar/FolderPrompts.h"
+#include "shell/sidebar/SourceTreeController.h"
+
+#include <utility>
+
+using platform::MainLoop;
+using namespace std::chrono_literals;
+
+namespace {
+
+QString cleaned(const QString& path) {
+    return PBUtilities::pathWithComponents(PBUtilities::pathComponents(path));
+}
+
+} // namespace
+
+FolderRootCommands::FolderRootCommands(Parts parts, QObject* parent)
+    : QObject(parent), _parts(std::move(parts)) {
+    connect(&_parts.tree, &SourceTreeController::revealRequested, this, [this](const auto& item) {
+        revealInFinder(*item);
+    });
+    connect(
+        &_parts.tree, &SourceTreeController::removeRequested, this,
+        &FolderRootCommands::doRemoveFolderAlias);
+}
+
+FolderRootCommands::~FolderRootCommands() {
+    if (auto* loop = MainLoop::instance()) loop->cancelPreviousPerformRequestsWithTarget(this);
+}
+
+void FolderRootCommands::addFolderAlias() {
+    doAddFolder({}, [this](bool) { _parts.updateImageBrowserTipView(); });
+}
+
+void FolderRootCommands::doAddFolder(
+    const QString& startPath, const std::function<void(bool isChosen)>& completion) {
+    _parts.prompts.chooseFolder(startPath, [this, completion](const QString& path) {
+        if (!path.isEmpty()) {
+            MainLoop::instance()->performAfterDelay(
+                this, "doAddFolder", 0ms, [this, path] { doAddFolder(path); });
+        }
+        if (completion) completion(!path.isEmpty());
+    });
+}
+
+void FolderRootCommands::doAddFolder(const QString& path) {
+    const QString folder = cleaned(path);
+    const auto known = _parts.aliasManager.findAliasObjectByPath(folder);
+    if (known && !known->isZombie()) {
+        MainLoop::instance()->performAfterDelay(
+            this, "alertFolderAliasIsAlreadyExist", 0ms, [this, name = known->displayName()] {
+                _parts.prompts.alertFolderAliasIsAlreadyExist(name);
+            });
+        return;
+    }
+    if (!makeRoot(folder)) _parts.prompts.alertCantAddFolder(folder);
+}
+
+bool FolderRootCommands::addOrSelectFolder(const QString& path) {
+    platform::assertMainThread();
+    const QString folder = cleaned(path);
+    const auto known = _parts.aliasManager.findAliasObjectByPath(folder);
+    if (!known || known->isZombie()) return makeRoot(folder);
+    const auto item = _parts.tree.dataSource().folderAliasItemWithAliasObject(*known);
+    if (item) _parts.tree.select(*item);
+    return item != nullptr;
+}
+
+bool FolderRootCommands::makeRoot(const QString& path) {
+    platform::assertMainThread();
+    PBAliasManager& manager = _parts.aliasManager;
+    auto root = manager.findAliasObjectByPath(path);
+    if (root) {
+        // Removed earlier, but kept for the sake of the root around it.
+        if (!manager.updateState(*root, root->state() & ~PBAliasObject::zombieState)) return false;
+    } else {
+        root = insertRoot(path);
+    }
+    if (!root) return false;
+    MainLoop::instance()->performAfterDelay(
+        this, "updateWatchPaths", 0ms, [this] { _parts.delegate.updateWatchPathsInBackground(); });
+    _parts.tree.insertFolderAlias(_parts.tree.dataSource().makeFolderAliasItem(root));
+    return true;
+}
+
+std::shared_ptr<PBAliasObject> FolderRootCommands::insertRoot(const QString& path) {
+    PBAliasManager& manager = _parts.aliasManager;
+    const auto made = _parts.aliasResolver.newAlias(path);
+    if (!made) return nullptr;
+    const qint64 aliasId =
+        PBCatalogue(_parts.mainFileDb)
+            .insertFolderAliasWithData(made->data, static_cast<int>(made->type), path, 0);
+    if (aliasId < 1) return nullptr;
+    const auto root =
+        PBAliasObject::aliasObjectWithId(aliasId, made->data, {}, path, 0, made->type);
+    manager.resolveAlias(*root, {});
+    {
+        const platform::Lock lock(_parts.insertFolderAliasLock);
+        _parts.scanOperationQueue.cancelAllOperations();
+        manager.updateFolderByAliasObject(*root);
+    }
+    manager.addAliasObject(root);
+    return root;
+}
+
+bool FolderRootCommands::canRemoveFolderAlias() const {
+    return std::dynamic_pointer_cast<PBFolderAliasItem>(_parts.tree.selectedItem()) != nullptr;
+}
+
+void FolderRootCommands::removeFolderAlias() {
+    const auto item = std::dynamic_pointer_cast<PBFolderAliasItem>(_parts.tree.selectedItem());
+    if (item) doRemoveFolderAlias(item);
+}
+
+void FolderRootCommands::doRemoveFolderAlias(const std::shared_ptr<PBFolderAliasItem>& item) {
+    platform::assertMainThread();
+    PBAliasManager& manager = _parts.aliasManager;
+    if (_parts.tree.selectedItem() == item) _parts.delegate.cancelScan();
+    PBAliasObject& root = *item->aliasObject();
+    if (manager.updateState(root, root.state() | PBAliasObject::zombieState)) {
+        manager.removeZombieAlias();
+    }
+    _parts.tree.removeFolderAlias(*item);
+    _parts.delegate.updateWatchPathsInBackground();
+    _parts.updateImageBrowserTipView();
+}
+
+void FolderRootCommands::revealInFinder(const PBFolderItem& item) {
+    const QString path = item.folderPath();
+    if (!path.isEmpty()) platform::Workspace::revealInFileManager({path});
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "library/PBFolderItem.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+class FMDatabase;
+class FolderPrompts;
+class PBAliasManager;
+class PBAliasResolver;
+class PBAppDelegate;
+class SourceTreeController;
+
+namespace platform {
+class Mutex;
+class OperationQueue;
+} // namespace platform
+
+/// Adding and removing folder roots, and showing them in the file manager. Main thread.
+class FolderRootCommands final : public QObject {
+    Q_OBJECT
+
+public:
+    struct Parts {
+        PBAppDelegate& delegate;
+        PBAliasManager& aliasManager;
+        PBAliasResolver& aliasResolver;
+        FMDatabase& mainFileDb;
+        platform::OperationQueue& scanOperationQueue;
+        /// Held while the rows of folders are rewritten.
+        platform::Mutex& insertFolderAliasLock;
+        SourceTreeController& tree;
+        FolderPrompts& prompts;
+        std::function<void()> updateImageBrowserTipView;
+    };
+
+    /// The parts outlive this object.
+    FolderRootCommands(Parts parts, QObject* parent);
+    ~FolderRootCommands() override;
+
+    /// Lets the user choose a folder and adds it.
+    void addFolderAlias();
+    void
+    doAddFolder(const QString& startPath, const std::function<void(bool isChosen)>& completion);
+    /// Makes the folder a root and selects it. One that is a root already is told to the user, one
+    /// that can't be added too.
+    void doAddFolder(const QString& path);
+    /// As `doAddFolder`, but selects a folder that is a root already. False if there is no folder.
+    bool addOrSelectFolder(const QString& path);
+
+    /// Removes the selected root.
+    void removeFolderAlias();
+    [[nodiscard]] bool canRemoveFolderAlias() const;
+    void doRemoveFolderAlias(const std::shared_ptr<PBFolderAliasItem>& item);
+
+    void revealInFinder(const PBFolderItem& item);
+
+private:
+    [[nodiscard]] std::shared_ptr<PBAliasObject> insertRoot(const QString& path);
+    bool makeRoot(const QString& path);
+
+    const Parts _parts;
+};

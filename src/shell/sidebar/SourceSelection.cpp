@@ -1,0 +1,162 @@
+#include "shell/sidebar/SourceSelection.h"
+
+#include "core/PBAppDelegate.h"
+#include "library/PBPathHistory.h"
+#include "library/PBSourceTreeDataSource.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/program/UserDefaults.h"
+#include "platform/work/MainThread.h"
+#include "shell/services/BrowsingSettings.h"
+#include "shell/sidebar/FolderPrompts.h"
+#include "shell/sidebar/SourceTreeController.h"
+
+#include <QWidget>
+
+#include <algorithm>
+
+namespace {
+
+const QString lastFolderKey = QStringLiteral("LastSelectFolder");
+
+std::shared_ptr<PBFolderItem> topmost(std::shared_ptr<PBFolderItem> item) {
+    while (item && item->parent())
+        item = item->parent();
+    return item;
+}
+
+} // namespace
+
+SourceSelection::SourceSelection(const Parts& parts, QObject* parent)
+    : QObject(parent), _parts(parts) {
+    connect(&_parts.tree, &SourceTreeController::selectionDidChange, this, [this] {
+        selectionDidChange(true);
+    });
+    connect(&_parts.tree, &SourceTreeController::unmountedRootClicked, this, [this] {
+        selectionDidChange(true);
+    });
+    connect(&_parts.tree.dataSource(), &PBSourceTreeDataSource::childrenDidArrive, this, [this] {
+        trySelectAwaited();
+    });
+}
+
+void SourceSelection::selectionDidChange(bool resolves) {
+    platform::assertMainThread();
+    _awaitedFolder.clear();
+    const auto folder = _parts.tree.selectedFolder();
+    const auto root = std::dynamic_pointer_cast<PBFolderAliasItem>(folder);
+    if (root && resolves) resolveSelected(*root->aliasObject());
+    if (folder) pushHistory(*folder);
+    if (_parts.delegate.isAppDidFinishLaunch()) resetFilters();
+
+    const QString path = folder ? folder->folderPath() : QString();
+    _parts.window.setWindowTitle(
+        folder ? folder->displayName() : platform::localizedString(u"Velmora"));
+    _parts.window.setWindowFilePath(path);
+    if (!path.isEmpty()) _parts.userDefaults.setString(path, lastFolderKey);
+    _parts.delegate.scan();
+}
+
+void SourceSelection::resolveSelected(PBAliasObject& aliasObject) {
+    QString error;
+    const bool changed = _parts.aliasManager.resolveAlias(
+        aliasObject, {.mount = true, .updateReserve = true}, &error);
+    if (!error.isEmpty()) _parts.prompts.alertCantMount(aliasObject.displayName(), error);
+    if (!changed) return;
+    _parts.delegate.updateWatchPathsInBackground();
+    _parts.tree.dataSource().reloadData();
+}
+
+void SourceSelection::pushHistory(const PBFolderItem& folder) {
+    PBPathHistory& history = _parts.pathHistory;
+    if (!history.needPush()) return;
+    QString relativePath;
+    const auto root = folder.aliasObjectAndRelativePath(&relativePath);
+    if (!root || !root->isMounted()) return;
+    history.pushAliasObject(root, relativePath);
+    Q_EMIT historyDidChange();
+}
+
+void SourceSelection::resetFilters() {
+    if (_parts.browsing.clearFilterAndSearch()) Q_EMIT filtersDidReset();
+}
+
+void SourceSelection::doSelectLastFolder() {
+    selectFolder(_parts.userDefaults.stringForKey(lastFolderKey).value_or(QString()));
+}
+
+void SourceSelection::selectFolder(const QString& path) {
+    platform::assertMainThread();
+    _awaitedFolder = path;
+    trySelectAwaited();
+}
+
+void SourceSelection::trySelectAwaited() {
+    if (_awaitedFolder.isEmpty()) return;
+    QString relativePath;
+    const auto root =
+        _parts.aliasManager.appropriateAliasObjectForPath(_awaitedFolder, &relativePath, false);
+    if (!root) return;
+    const auto item = _parts.tree.dataSource().folderItemWithAliasObject(*root, relativePath, true);
+    if (!item) return;
+    _awaitedFolder.clear();
+    _parts.tree.select(*item);
+}
+
+void SourceSelection::back() {
+    step(&PBPathHistory::back);
+}
+
+void SourceSelection::forward() {
+    step(&PBPathHistory::forward);
+}
+
+void SourceSelection::step(std::shared_ptr<PBAliasObject> (PBPathHistory::*move)(QString*)) {
+    platform::assertMainThread();
+    PBPathHistory& history = _parts.pathHistory;
+    std::shared_ptr<PBFolderItem> item;
+    QString relativePath;
+    while (!item) {
+        const auto root = (history.*move)(&relativePath);
+        if (!root) break;
+        // Folders that are gone are passed over.
+        item = _parts.tree.dataSource().folderItemWithAliasObject(*root, relativePath, false);
+    }
+    if (item) {
+        history.setNeedPush(false);
+        _parts.tree.select(*item);
+        history.setNeedPush(true);
+    }
+    Q_EMIT historyDidChange();
+}
+
+std::shared_ptr<PBAliasObject> SourceSelection::refresh(const PBAliasArray& changed) {
+    platform::assertMainThread();
+    _parts.delegate.updateWatchPathsInBackground();
+    PBSourceTreeDataSource& dataSource = _parts.tree.dataSource();
+    for (const auto& root : changed)
+        dataSource.refreshAliasObject(*root);
+    const auto before = _parts.tree.selectedItem();
+    // Roots may have been removed as well.
+    dataSource.reloadCategoryItem();
+    const auto after = _parts.tree.selectedFolder();
+    if (!after || after != before) return nullptr;
+    const auto root = std::dynamic_pointer_cast<PBFolderAliasItem>(topmost(after));
+    if (!root || std::ranges::find(changed, root->aliasObject()) == changed.end()) return nullptr;
+    return root->aliasObject();
+}
+
+void SourceSelection::volumesDidMount(const PBAliasArray& changed) {
+    if (changed.empty()) return;
+    if (refresh(changed)) selectionDidChange(false);
+    trySelectAwaited();
+}
+
+void SourceSelection::volumesDidUnmount(const PBAliasArray& changed) {
+    if (changed.empty()) return;
+    const auto root = refresh(changed);
+    if (root && !root->isMounted()) _parts.tree.clearSelection();
+}
+
+void SourceSelection::mountFailed(const PBAliasObject& aliasObject, const QString& error) {
+    _parts.prompts.alertCantMount(aliasObject.displayName(), error);
+}

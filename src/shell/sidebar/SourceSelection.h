@@ -1,0 +1,75 @@
+#pragma once
+
+#include "library/PBAliasManager.h"
+
+#include <QObject>
+#include <QString>
+
+class BrowsingSettings;
+class FolderPrompts;
+class PBAppDelegate;
+class PBFolderItem;
+class PBPathHistory;
+class QWidget;
+class SourceTreeController;
+
+namespace platform {
+class UserDefaults;
+}
+
+/// What follows from the selection in the sidebar: the root is resolved, the history grows, the
+/// folder is stored and scanned. Also takes the selection back, forward, and to where it was at the
+/// end of the last run. Main thread.
+class SourceSelection final : public QObject {
+    Q_OBJECT
+
+public:
+    struct Parts {
+        PBAppDelegate& delegate;
+        BrowsingSettings& browsing;
+        platform::UserDefaults& userDefaults;
+        PBAliasManager& aliasManager;
+        PBPathHistory& pathHistory;
+        SourceTreeController& tree;
+        FolderPrompts& prompts;
+        QWidget& window;
+    };
+
+    /// The parts outlive this object.
+    SourceSelection(const Parts& parts, QObject* parent);
+
+    /// Selects the folder of the last run, or as soon as its disk has answered, unless the user
+    /// selects another one first.
+    void doSelectLastFolder();
+    /// Selects a folder that lies in a root, with the same patience.
+    void selectFolder(const QString& path);
+    /// Handles the present selection once more, as if it had just been made.
+    void notifySelectionChanged() { selectionDidChange(true); }
+    void back();
+    void forward();
+
+    /// Roots changed because volumes came or went, or a slow disk has answered.
+    void volumesDidMount(const PBAliasArray& changed);
+    void volumesDidUnmount(const PBAliasArray& changed);
+    void mountFailed(const PBAliasObject& aliasObject, const QString& error);
+
+Q_SIGNALS:
+    /// Whether back and forward are possible may have changed.
+    void historyDidChange();
+    /// Filter and search were reset.
+    void filtersDidReset();
+
+private:
+    /// Handles the present selection; with `resolves` its root is looked for, and mounted.
+    void selectionDidChange(bool resolves);
+    void resolveSelected(PBAliasObject& aliasObject);
+    void pushHistory(const PBFolderItem& folder);
+    void resetFilters();
+    void step(std::shared_ptr<PBAliasObject> (PBPathHistory::*move)(QString*));
+    void trySelectAwaited();
+    /// The changed root that holds the selection, if it kept its row; else nullptr.
+    [[nodiscard]] std::shared_ptr<PBAliasObject> refresh(const PBAliasArray& changed);
+
+    const Parts _parts;
+    QString _awaitedFolder; // empty: none
+};

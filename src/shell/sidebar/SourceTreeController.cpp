@@ -1,0 +1,156 @@
+#include "shell/sidebar/SourceTreeController.h"
+
+#include "library/PBSourceTreeDataSource.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
+
+#include <QMenu>
+
+#include <vector>
+
+using platform::localizedString;
+
+SourceTreeController::SourceTreeController(
+    PBSourceTreeDataSource& dataSource, PBSourceOutlineView& view, QObject* parent)
+    : QObject(parent), _dataSource(dataSource), _view(view), _model(dataSource) {
+    _view.setModel(&_model);
+    connect(_view.selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        if (!_dataSource.ignoreSelectionChanged()) Q_EMIT selectionDidChange();
+    });
+    connect(&_view, &PBSourceOutlineView::menuRequested, this, &SourceTreeController::showMenu);
+    connect(
+        &_view, &PBSourceOutlineView::selectedRowPressed, this, [this](const QModelIndex& index) {
+            if (index.data(SourceTreeModel::UnmountedRole).toBool()) Q_EMIT unmountedRootClicked();
+        });
+    connect(&_view, &QTreeView::expanded, this, [this](const QModelIndex& index) {
+        noteExpansion(index, true);
+    });
+    connect(&_view, &QTreeView::collapsed, this, [this](const QModelIndex& index) {
+        noteExpansion(index, false);
+    });
+    connect(
+        &_model, &QAbstractItemModel::rowsInserted, this, &SourceTreeController::restoreExpansion);
+}
+
+SourceTreeController::~SourceTreeController() {
+    // The view outlives the model, and tells of rows that go with it.
+    _view.selectionModel()->disconnect(this);
+    _view.disconnect(this);
+    _view.setModel(nullptr);
+}
+
+std::shared_ptr<PBOutlineItem> SourceTreeController::selectedItem() const {
+    const QModelIndexList rows = _view.selectionModel()->selectedIndexes();
+    return rows.isEmpty() ? nullptr : _model.itemForIndex(rows.constFirst());
+}
+
+std::shared_ptr<PBFolderItem> SourceTreeController::selectedFolder() const {
+    return std::dynamic_pointer_cast<PBFolderItem>(selectedItem());
+}
+
+bool SourceTreeController::hasFolderAliasItem() const {
+    return _dataSource.hasFolderAliasItem();
+}
+
+void SourceTreeController::expandCategoryItem() {
+    for (const auto& category : _dataSource.shownCategories())
+        _view.expand(_model.indexForItem(*category));
+}
+
+void SourceTreeController::select(const PBFolderItem& item) {
+    platform::assertMainThread();
+    std::vector<std::shared_ptr<PBFolderItem>> ancestors;
+    for (auto above = item.parent(); above; above = above->parent())
+        ancestors.push_back(above);
+    expandCategoryItem();
+    for (auto above = ancestors.rbegin(); above != ancestors.rend(); ++above) {
+        const QModelIndex row = _model.indexForItem(**above);
+        // A view that waits for its layout takes note of the expansion, but fetches nothing yet.
+        if (row.isValid() && _model.canFetchMore(row)) _model.fetchMore(row);
+        _view.expand(row);
+    }
+    const QModelIndex index = _model.indexForItem(item);
+    if (!index.isValid()) return;
+    _view.setCurrentIndex(index);
+    _view.scrollTo(index);
+}
+
+void SourceTreeController::clearSelection() {
+    platform::assertMainThread();
+    _view.setCurrentIndex({});
+    _view.clearSelection();
+}
+
+bool SourceTreeController::isExpanded(const PBFolderItem& item) const {
+    return _view.isExpanded(_model.indexForItem(item));
+}
+
+void SourceTreeController::insertFolderAlias(const std::shared_ptr<PBFolderAliasItem>& item) {
+    platform::assertMainThread();
+    _dataSource.insertFolderAlias(item);
+    select(*item);
+}
+
+void SourceTreeController::removeFolderAlias(const PBFolderAliasItem& item) {
+    platform::assertMainThread();
+    _dataSource.removeFolderAlias(item);
+}
+
+void SourceTreeController::showMenu(const QModelIndex& index, const QPoint& position) {
+    const auto item = std::dynamic_pointer_cast<PBFolderItem>(_model.itemForIndex(index));
+    if (!item) return;
+    auto* menu = new QMenu(&_view);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    QAction* reveal = menu->addAction(
+        localizedString(u"RevealInFinder"), this, [this, item] { Q_EMIT revealRequested(item); });
+    reveal->setEnabled(!item->folderPath().isEmpty());
+    if (const auto root = std::dynamic_pointer_cast<PBFolderAliasItem>(item)) {
+        menu->addAction(localizedString(u"RemoveFromSidebar"), this, [this, root] {
+            Q_EMIT removeRequested(root);
+        });
+    }
+    _dataSource.setContextMenuItem(item);
+    const auto scope = std::make_shared<platform::TrackingScope>();
+    connect(menu, &QObject::destroyed, this, [this, item, scope] {
+        if (_dataSource.contextMenuItem() == item) _dataSource.setContextMenuItem(nullptr);
+    });
+    menu->popup(position);
+}
+
+QString SourceTreeController::expansionKey(const PBOutlineItem& item) {
+    const auto* folder = dynamic_cast<const PBFolderItem*>(&item);
+    if (!folder) return item.displayName();
+    QString relativePath;
+    const auto root = folder->aliasObjectAndRelativePath(&relativePath);
+    return root ? QStringLiteral("%1/%2").arg(root->aliasId()).arg(relativePath) : QString();
+}
+
+void SourceTreeController::noteExpansion(const QModelIndex& index, bool isExpanded) {
+    const auto item = _model.itemForIndex(index);
+    if (!item) return;
+    if (isExpanded) {
+        _expanded.insert(expansionKey(*item));
+    } else {
+        _expanded.remove(expansionKey(*item));
+    }
+}
+
+void SourceTreeController::restoreExpansion(const QModelIndex& parent, int first, int last) {
+    QList<QPersistentModelIndex> rows;
+    for (int row = first; row <= last; ++row) {
+        const QModelIndex index = _model.index(row, 0, parent);
+        const auto item = _model.itemForIndex(index);
+        if (item && _expanded.contains(expansionKey(*item))) rows.append(index);
+    }
+    if (rows.isEmpty()) return;
+    // Expanding inserts further rows, which this insertion has to be over for.
+    QMetaObject::invokeMethod(
+        this,
+        [this, rows] {
+            for (const QPersistentModelIndex& row : rows) {
+                if (row.isValid()) _view.expand(row);
+            }
+        },
+        Qt::QueuedConnection);
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "library/PBFolderItem.h"
+#include "shell/sidebar/PBSourceOutlineView.h"
+#include "shell/sidebar/SourceTreeModel.h"
+
+#include <QObject>
+#include <QSet>
+
+#include <memory>
+
+class PBAliasManager;
+class PBSourceTreeDataSource;
+
+/// The rows of the sidebar: which are there, selected, expanded and marked. Main thread.
+class SourceTreeController final : public QObject {
+    Q_OBJECT
+
+public:
+    /// Both outlive this object.
+    SourceTreeController(
+        PBSourceTreeDataSource& dataSource, PBSourceOutlineView& view, QObject* parent);
+    ~SourceTreeController() override;
+
+    [[nodiscard]] PBSourceTreeDataSource& dataSource() const { return _dataSource; }
+
+    /// nullptr with no selection.
+    [[nodiscard]] std::shared_ptr<PBOutlineItem> selectedItem() const;
+    /// The selected folder, if it is one.
+    [[nodiscard]] std::shared_ptr<PBFolderItem> selectedFolder() const;
+    [[nodiscard]] bool hasFolderAliasItem() const;
+
+    void expandCategoryItem();
+    /// Expands what is above the item, selects it alone and scrolls to it.
+    void select(const PBFolderItem& item);
+    void clearSelection();
+    [[nodiscard]] bool hasFocus() const { return _view.hasFocus(); }
+    [[nodiscard]] bool isExpanded(const PBFolderItem& item) const;
+
+    /// The item becomes a row, and is selected.
+    void insertFolderAlias(const std::shared_ptr<PBFolderAliasItem>& item);
+    void removeFolderAlias(const PBFolderAliasItem& item);
+
+Q_SIGNALS:
+    void selectionDidChange();
+    /// The selected row was clicked again although its root can't be reached.
+    void unmountedRootClicked();
+    void revealRequested(const std::shared_ptr<PBFolderItem>& item);
+    void removeRequested(const std::shared_ptr<PBFolderAliasItem>& item);
+
+private:
+    void showMenu(const QModelIndex& index, const QPoint& position);
+    [[nodiscard]] static QString expansionKey(const PBOutlineItem& item);
+    void noteExpansion(const QModelIndex& index, bool isExpanded);
+    void restoreExpansion(const QModelIndex& parent, int first, int last);
+
+    PBSourceTreeDataSource& _dataSource;
+    PBSourceOutlineView& _view;
+    SourceTreeModel _model;
+    /// Folders that the user opened, also those whose rows are gone for now with their volume.
+    QSet<QString> _expanded;
+};

@@ -1,0 +1,194 @@
+#include "shell/toolbar/MainToolbar.h"
+
+#include "platform/program/LocalizedTexts.h"
+#include "ui/Icons.h"
+#include "ui/PBThemes.h"
+
+#include <QActionGroup>
+#include <QContextMenuEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QPainter>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using platform::localizedString;
+
+namespace {
+
+constexpr int itemSpacing = 10;
+constexpr QMargins barMargins(14, 5, 14, 6);
+constexpr int smallestAutoSpace = 20;
+constexpr int smallestSidebar = 200;
+/// What stands left of the space and right of it, besides the first item.
+constexpr int aroundAutoSpace = 29;
+
+QString withShortcut(const QString& text, const QKeySequence& shortcut) {
+    return shortcut.isEmpty()
+               ? text
+               : QStringLiteral("%1 (%2)").arg(text, shortcut.toString(QKeySequence::NativeText));
+}
+
+/// A space of the width that it is given.
+class Space final : public QWidget {
+public:
+    explicit Space(QSizePolicy::Policy policy) { setSizePolicy(policy, QSizePolicy::Fixed); }
+    [[nodiscard]] QSize sizeHint() const override {
+        const bool isBounded = maximumWidth() < QWIDGETSIZE_MAX;
+        return {isBounded ? maximumWidth() : minimumWidth(), 1};
+    }
+};
+
+} // namespace
+
+MainToolbar::MainToolbar(QWidget* parent)
+    : QToolBar(localizedString(u"Toolbar"), parent),
+      _back(makeAction(QStringLiteral("back"), u"Back", Qt::ALT | Qt::Key_Left)),
+      _forward(makeAction(QStringLiteral("forward"), u"Forward", Qt::ALT | Qt::Key_Right)),
+      _addFolder(makeAction(QStringLiteral("addFolder"), u"AddFolder", Qt::CTRL | Qt::Key_O)),
+      _filterFlag(makeAction(QStringLiteral("flag_16_n"), u"FilterFlagged")),
+      _filterStar(makeAction(QStringLiteral("star_16_n"), u"FilterStarred")),
+      _group(makeAction(QStringLiteral("group"), u"ToolbarGroup")),
+      _groupButton(new ToolbarButton(_group)),
+      _rotate(makeAction(QStringLiteral("rotateLeft"), u"Rotate")),
+      _share(makeAction(QStringLiteral("share"), u"Share")),
+      _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(new QWidget),
+      _search(new SearchField(localizedString(u"Search"))),
+      _autoSpace(new Space(QSizePolicy::Preferred)) {
+    setObjectName(QStringLiteral("mainToolbar"));
+    setMovable(false);
+    setFloatable(false);
+    auto* row = new QHBoxLayout(_row);
+    row->setContentsMargins(barMargins);
+    row->setSpacing(itemSpacing);
+    _row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    _filterFlag->setCheckable(true);
+    _filterStar->setCheckable(true);
+    _group->setEnabled(false);
+    _autoSpace->setMinimumWidth(smallestAutoSpace);
+
+    addItem(QStringLiteral("back"), new SegmentedControl({_back, _forward}), u"BackForward");
+    addSpace(_autoSpace, QStringLiteral("PBAutoSpaceItem"));
+    _groupButton->setHasArrow();
+    addItem(QStringLiteral("group"), _groupButton, u"ToolbarGroup");
+    addItem(QStringLiteral("filter"), new SegmentedControl({_filterFlag, _filterStar}), u"Filter");
+    addSpace(new Space(QSizePolicy::Expanding), QStringLiteral("space"));
+    addItem(QStringLiteral("rotate"), new ToolbarButton(_rotate), u"Rotate");
+    addItem(QStringLiteral("share"), new ToolbarButton(_share), u"Share");
+    addItem(QStringLiteral("delete"), new ToolbarButton(_delete), u"Delete");
+    _search->setToolTip(withShortcut(localizedString(u"SearchTip"), QKeySequence::Find));
+    addItem(QStringLiteral("search"), _search, u"Search");
+    addWidget(_row);
+    alignWithSidebar(0);
+    updateColors();
+}
+
+QAction*
+MainToolbar::makeAction(const QString& icon, QStringView text, const QKeySequence& shortcut) {
+    auto* action = new QAction(Icons::named(icon), localizedString(text), this);
+    // The keys belong to the entry of the menu; here they are only told.
+    action->setData(shortcut);
+    action->setToolTip(withShortcut(localizedString(text), shortcut));
+    return action;
+}
+
+void MainToolbar::addItem(const QString& identifier, QWidget* view, QStringView caption) {
+    view->setObjectName(identifier);
+    const bool isFixed = view->sizePolicy().horizontalPolicy() == QSizePolicy::Fixed;
+    auto* item = new QWidget;
+    auto* layout = new QVBoxLayout(item);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(2);
+    layout->addWidget(view, 0, isFixed ? Qt::AlignHCenter : Qt::Alignment());
+    auto* label = new QLabel(localizedString(caption));
+    label->setAlignment(Qt::AlignHCenter);
+    QFont small = label->font();
+    small.setPointSizeF(small.pointSizeF() * 0.85);
+    label->setFont(small);
+    label->hide();
+    layout->addWidget(label);
+    item->setSizePolicy(view->sizePolicy().horizontalPolicy(), QSizePolicy::Fixed);
+    if (!isFixed) item->setMaximumWidth(view->maximumWidth());
+    _captions.push_back(label);
+    _row->layout()->addWidget(item);
+    _items.push_back({identifier, view});
+}
+
+void MainToolbar::addSpace(QWidget* space, const QString& identifier) {
+    _row->layout()->addWidget(space);
+    _items.push_back({identifier, space});
+}
+
+QWidget* MainToolbar::itemView(QStringView identifier) const {
+    const auto item = std::ranges::find(_items, identifier, &Item::identifier);
+    return item == _items.end() ? nullptr : item->view;
+}
+
+void MainToolbar::setGroupMenu(
+    QMenu& menu, const std::function<void(const QWidget& button)>& popUp) {
+    connect(_group, &QAction::triggered, &menu, [this, popUp] {
+        popUp(*_groupButton);
+        _groupButton->setDown(true);
+    });
+    connect(&menu, &QMenu::aboutToHide, _groupButton, [this] { _groupButton->setDown(false); });
+    _group->setEnabled(true);
+}
+
+void MainToolbar::alignWithSidebar(int sidebarWidth) {
+    const int first = itemView(u"back")->sizeHint().width();
+    const int width = std::max(sidebarWidth, smallestSidebar) - aroundAutoSpace - first;
+    if (width == _autoSpace->maximumWidth()) return;
+    _autoSpace->setMaximumWidth(std::max(width, smallestAutoSpace));
+    _autoSpace->updateGeometry();
+}
+
+void MainToolbar::setCaptions(bool shown) {
+    _hasCaptions = shown;
+    for (QLabel* caption : _captions)
+        caption->setVisible(shown);
+}
+
+void MainToolbar::contextMenuEvent(QContextMenuEvent* event) {
+    QMenu menu(this);
+    QActionGroup group(&menu);
+    for (const bool captions : {true, false}) {
+        QAction* entry = menu.addAction(localizedString(captions ? u"IconAndText" : u"IconOnly"));
+        entry->setCheckable(true);
+        entry->setChecked(captions == _hasCaptions);
+        group.addAction(entry);
+        connect(entry, &QAction::triggered, this, [this, captions] {
+            setCaptions(captions);
+            Q_EMIT captionsChosen(captions);
+        });
+    }
+    menu.exec(event->globalPos());
+}
+
+void MainToolbar::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), PBThemes::colors().bar);
+    painter.fillRect(QRect(0, height() - 1, width(), 1), PBThemes::colors().separator);
+}
+
+bool MainToolbar::event(QEvent* event) {
+    const bool isHandled = QToolBar::event(event);
+    // The row brings its own margins; a style puts its own around it.
+    if (layout()->contentsMargins() != QMargins()) layout()->setContentsMargins({});
+    return isHandled;
+}
+
+void MainToolbar::changeEvent(QEvent* event) {
+    QToolBar::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) updateColors();
+}
+
+void MainToolbar::updateColors() {
+    for (QLabel* caption : _captions) {
+        QPalette palette = caption->palette();
+        if (palette.color(QPalette::WindowText) == PBThemes::colors().secondaryText) continue;
+        palette.setColor(QPalette::WindowText, PBThemes::colors().secondaryText);
+        caption->setPalette(palette);
+    }
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "shell/toolbar/ToolbarValidation.h"
+
+#include <QObject>
+
+class BrowserPane;
+class FilterCommands;
+class HeaderBar;
+class MainToolbar;
+class PaneLayout;
+class PBPathHistory;
+class QToolButton;
+class SourceSelection;
+
+namespace platform {
+class UserDefaults;
+}
+
+/// Connects the toolbar, and the buttons in the bar over the folders, with what they command and
+/// show: which items are possible, filter and search, where back leads, the line of the sidebar's
+/// edge. Main thread.
+class ToolbarController final : public QObject {
+    Q_OBJECT
+
+public:
+    struct Parts {
+        platform::UserDefaults& userDefaults;
+        const PBPathHistory& pathHistory;
+        MainToolbar& toolbar;
+        HeaderBar& sourceBar;
+        FilterCommands& filters;
+        SourceSelection& selection;
+        BrowserPane& browserPane;
+        PaneLayout& panes;
+    };
+
+    /// The parts outlive this object.
+    ToolbarController(const Parts& parts, QObject* parent);
+
+    /// Puts the keyboard into the search field; a hidden toolbar is shown for that.
+    void find();
+    /// Enables each item by what is possible now.
+    void validateVisibleItems();
+
+private:
+    void connectHistory();
+    void connectFilters();
+    void connectSourceBar();
+    void updateFilterSegmentControl();
+    void updateSearchField();
+    void updateSourceBarBtn();
+    void updateHistoryTips();
+    void leaveSearchField();
+    [[nodiscard]] ToolbarValidation::Environment makeValidation();
+
+    const Parts _parts;
+    ToolbarValidation _validation;
+    QToolButton* _subFolder;
+};

@@ -1,0 +1,49 @@
+#include "shell/toolbar/ToolbarValidation.h"
+
+ToolbarValidation::ToolbarValidation(Environment environment)
+    : _environment(std::move(environment)) {}
+
+ToolbarValidation::SelectionStatus ToolbarValidation::toolbarItemSelectStatus(Command command) {
+    switch (command) {
+    case Command::rotate:
+    case Command::shareClicked:
+    case Command::deleteClicked:
+        return SelectionStatus::First;
+    case Command::back:
+    case Command::forward:
+        break;
+    }
+    return SelectionStatus::None;
+}
+
+void ToolbarValidation::beginValidateToolbarItem(SelectionStatus selectionStatus) {
+    _selectedFileArray.clear();
+    if (selectionStatus == SelectionStatus::All) _selectedFileArray = _environment.allSelected();
+    if (selectionStatus != SelectionStatus::First) return;
+    if (auto first = _environment.firstSelected()) _selectedFileArray.push_back(std::move(first));
+}
+
+bool ToolbarValidation::validateToolbarItem(Command command) const {
+    switch (command) {
+    case Command::back:
+        return _environment.canBack();
+    case Command::forward:
+        return _environment.canForward();
+    case Command::rotate:
+    case Command::shareClicked:
+    case Command::deleteClicked:
+        return !_selectedFileArray.empty() && _environment.isServed(command);
+    }
+    return true;
+}
+
+void ToolbarValidation::endValidateToolbarItem() {
+    _selectedFileArray.clear();
+}
+
+bool ToolbarValidation::isEnabled(Command command) {
+    beginValidateToolbarItem(toolbarItemSelectStatus(command));
+    const bool enabled = validateToolbarItem(command);
+    endValidateToolbarItem();
+    return enabled;
+}

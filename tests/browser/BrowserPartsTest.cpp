@@ -1,0 +1,168 @@
+#include "BrowserViewFixture.h"
+
+#include "browser/PBImageBrowserContainerView.h"
+#include "browser/PBImageBrowserDragTipView.h"
+#include "browser/PBImageBrowserTipView.h"
+#include "browser/feed/PreparedThumbnails.h"
+#include "browser/input/BrowserDragOut.h"
+#include "ui/FolderDropTarget.h"
+
+#include <QElapsedTimer>
+#include <QMimeData>
+#include <QPainter>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QUrl>
+
+namespace {
+
+QImage redAndBlue() {
+    QImage image = plain(Qt::red, {40, 20});
+    QPainter(&image).fillRect(20, 0, 20, 20, Qt::blue);
+    return image;
+}
+
+TEST(TipViewTest, whatCoversTheBrowserFitsTheWindowAndOffersWhatHelps) {
+    using View = PBImageBrowserTipView;
+    EXPECT_EQ(View::kindFor({.hasGroups = true}), 0);
+    EXPECT_EQ(View::kindFor({.hasSelection = true, .isScanning = true}), 1);
+    EXPECT_EQ(View::kindFor({.hasRoots = true, .isScanning = true}), 2);
+    EXPECT_EQ(View::kindFor({.hasRoots = true, .hasSelection = true}), 3);
+    EXPECT_EQ(View::kindFor({.hasRoots = true, .hasSelection = true, .isScanning = true}), 4);
+    View view;
+    EXPECT_TRUE(view.isHidden());
+    QStringList asked;
+    QObject::connect(
+        &view, &View::suggestedFolderRequested, &view, [&](const QString& path) { asked += path; });
+    auto* add = view.findChild<QPushButton*>(u"addFolder"_s);
+    auto* suggestion = view.findChild<QPushButton*>(u"addSuggestedFolder"_s);
+    const auto shown = [&] { return std::pair(add->isVisible(), suggestion->isVisible()); };
+    view.setTipKind(1);
+    EXPECT_EQ(shown(), std::pair(true, false));
+    view.setSuggestedFolder(u"/home/me/Pictures"_s);
+    EXPECT_EQ(shown(), std::pair(true, true));
+    EXPECT_EQ(view.focusWidget(), suggestion);
+    EXPECT_TRUE(suggestion->text().contains(u"Pictures"));
+    EXPECT_FALSE(suggestion->text().contains(u'/'));
+    EXPECT_EQ(suggestion->toolTip(), u"/home/me/Pictures");
+    suggestion->click();
+    EXPECT_EQ(asked, QStringList{u"/home/me/Pictures"_s});
+    const auto* indicator = view.findChild<QProgressBar*>();
+    EXPECT_TRUE(support::spinUntil([&] { return indicator->isHidden(); }));
+    QElapsedTimer elapsed;
+    elapsed.start();
+    view.setTipKind(4);
+    EXPECT_EQ(shown(), std::pair(false, false));
+    EXPECT_TRUE(support::spinUntil([&] { return indicator->isVisible(); }));
+    EXPECT_GE(elapsed.elapsed(), 235); // a quarter of a second, less what timers may be early
+    view.setTipKind(3);
+    EXPECT_TRUE(support::spinUntil([&] { return indicator->isHidden(); }));
+}
+
+TEST(ContainerViewTest, layersFillThePaneAndTheTipOfADragLiesAboveThem) {
+    PBImageBrowserContainerView pane([](const QString&) { return true; });
+    pane.resize(300, 200);
+    pane.show();
+    auto* tip = pane.findChild<PBImageBrowserDragTipView*>();
+    auto* layer = new QWidget;
+    pane.addLayer(layer);
+    EXPECT_EQ(layer->geometry(), pane.rect());
+    EXPECT_EQ(pane.children().constLast(), tip);
+    pane.resize(320, 240);
+    EXPECT_EQ(layer->geometry(), pane.rect());
+    EXPECT_EQ(tip->geometry(), pane.rect());
+    auto* target = pane.findChild<FolderDropTarget*>();
+    for (const bool isOver : {true, false}) {
+        Q_EMIT target->draggingChanged(isOver);
+        EXPECT_EQ(tip->isVisible(), isOver);
+    }
+}
+
+TEST(BrowserDragOutTest, carriesFilesAndTextUnderATurnedPictureWithTheCountOfMany) {
+    const auto data = BrowserDragOut::mimeData({u"/a b"_s, u"/c"_s});
+    EXPECT_EQ(data->text(), u"/a b\n/c");
+    EXPECT_EQ(data->urls().constFirst(), QUrl(u"file:///a%20b"_s));
+    const QImage turned = BrowserDragOut::picture(redAndBlue(), {60, 120}, 90, 1, 1);
+    EXPECT_GT(turned.pixelColor(30, 4).blue(), 200); // counter-clockwise: the right is on top
+    EXPECT_GT(turned.pixelColor(4, 115).red(), 200);
+    const auto badge = [](qsizetype count) {
+        return BrowserDragOut::picture(plain(Qt::green), {60, 60}, 0, count, 1).pixelColor(40, 8);
+    };
+    EXPECT_GT(badge(1).green(), 200);
+    EXPECT_LT(badge(2).green(), 120);
+}
+
+TEST(PreparedThumbnailsTest, keepsOnePictureForEachSizeAndTurn) {
+    PreparedThumbnails prepared;
+    const QImage thumbnail = redAndBlue();
+    const auto kept = [&](QSize size, double angle) {
+        return !prepared.picture(thumbnail, size, angle, false).isNull();
+    };
+    EXPECT_TRUE(prepared.picture(thumbnail, {0, 5}, 0, true).isNull());
+    const QImage first = prepared.picture(thumbnail, {20, 10}, 0, true);
+    EXPECT_EQ(prepared.picture(thumbnail, {20, 10}, 360, true).cacheKey(), first.cacheKey());
+    EXPECT_FALSE(kept({20, 10}, 180));
+    EXPECT_FALSE(kept({10, 20}, 90));
+    const QImage turned = prepared.picture(thumbnail, {10, 20}, -270, true);
+    EXPECT_EQ(turned.size(), QSize(10, 20));
+    EXPECT_EQ(turned.pixelColor(5, 2), QColor(Qt::blue));
+    EXPECT_TRUE(kept({10, 20}, 90));
+    // Other angles are the painter's.
+    EXPECT_EQ(quarterTurns(135), 0);
+    prepared.setCapacity(8 << 20);
+    static_cast<void>(prepared.picture(thumbnail, {1000, 1000}, 0, true));
+    EXPECT_TRUE(kept({20, 10}, 0) && kept({1000, 1000}, 0));
+    prepared.setCapacity(0); // one mebibyte is left in any case
+    EXPECT_FALSE(kept({1000, 1000}, 0));
+}
+
+} // namespace
+
+TEST_F(BrowserViewTest, keysAndButtonsMeanNoMoreThanTheirOwn) {
+    show({9, 9, 90});
+    on(&View::contextMenuRequested, [&](bool isOnItem, const QPoint& point) {
+        const QPoint place = view->mapFromGlobal(point);
+        told += u"%1 %2 %3"_s.arg(isOnItem).arg(place.x()).arg(place.y());
+    });
+    askForMenu(QContextMenuEvent::Keyboard, {7, 8});
+    EXPECT_EQ(told.takeLast(), u"0 7 8");
+    click(at({0, 1}));
+    click(at({0, 2}), Qt::ShiftModifier);
+    EXPECT_EQ(tree->selected(), u"a1 a2");
+    const QPoint centre = view->widgetRect({0, 2}).center();
+    askForMenu(QContextMenuEvent::Keyboard, {7, 8});
+    EXPECT_EQ(told.takeLast(), u"1 %1 %2"_s.arg(centre.x()).arg(centre.y()));
+    askForMenu(QContextMenuEvent::Mouse, {200, 10});
+    EXPECT_TRUE(told.isEmpty()); // a head has none
+    support::sendMouse(*view, QEvent::MouseButtonPress, at({0, 4}), {}, Qt::RightButton);
+    EXPECT_EQ(tree->selected(), u"a1 a2");
+    press(*view, Qt::Key_F2, {}, Qt::ControlModifier);
+    press(*view, Qt::Key_B, u"b"_s, Qt::ControlModifier);
+    EXPECT_FALSE(nameField());
+    EXPECT_EQ(tree->selected(), u"a1 a2");
+    askForMenu(QContextMenuEvent::Mouse, at({0, 4}));
+    askForMenu(QContextMenuEvent::Mouse, {3, 60});
+    EXPECT_EQ(told.takeFirst().front(), u'1');
+    EXPECT_EQ(told, QStringList{u"0 3 60"_s});
+    press(*view, Qt::Key_End);
+    finishMotion();
+    EXPECT_EQ(position(), scrollView.maxScrollPoint().y());
+    press(*view, Qt::Key_Home);
+    EXPECT_TRUE(scrollView.isScrolling()); // near enough
+    finishMotion();
+    EXPECT_EQ(position(), 0);
+    view->scrollToGroup(-1);
+    view->scrollToGroup(9);
+    EXPECT_FALSE(scrollView.isScrolling());
+    const double second = view->browserLayout().groupItemPosition(1);
+    scrollView.scrollToPosition(second - 200, false);
+    click({300, 205}); // the head
+    EXPECT_TRUE(scrollView.isScrolling());
+    finishMotion();
+    EXPECT_EQ(position(), second);
+    EXPECT_EQ(tree->selected(), u"a0");
+    scrollView.scroller().triggerAction(QAbstractSlider::SliderPageStepAdd);
+    const double page = scrollView.viewport()->height();
+    EXPECT_EQ(scrollView.motion().scrollStopPos(), position() + std::rint(page * 0.75));
+    EXPECT_EQ(scrollView.focusProxy(), view.get());
+}

@@ -1,0 +1,186 @@
+#include "codec/Bitmaps.h"
+#include "codec/MadePictures.h"
+#include "codec/PBImageImporter.h"
+#include "codec/PBImageImporterManager.h"
+#include "codec/formats/Codecs.h"
+#include "codec/pixels/Colour.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using made::gradient;
+
+TEST(Decoder, TruncatedPicturesKeepTheirRows) {
+    const QImage image = gradient({600, 400});
+    const QByteArray jpeg = PBUtilities::cgImageRefToJpegData(image);
+    const auto source = codec::Source::fromBytes(jpeg.left(jpeg.size() / 2));
+    const codec::Frame half = codec::decode(source, {}, {});
+    ASSERT_EQ(half.image.size(), image.size());
+    EXPECT_FALSE(half.isComplete);
+    EXPECT_NEAR(qRed(half.image.pixel(300, 40)), qRed(image.pixel(300, 40)), 16);
+}
+
+TEST(Colours, SamplesOfEveryKindBecomeWhatAScreenShows) {
+    using enum codec::ColourModel;
+    using enum codec::SampleType;
+    using enum codec::AlphaType;
+    using codec::ColourDescription;
+    struct Case {
+        codec::PixelLayout layout;
+        ColourDescription colours;
+        std::vector<double> samples; // as fractions of the most
+        std::array<int, 4> shown;    // red, green, blue, alpha
+    };
+    const auto told = [](int primaries, int transfer, double gamma = 0) {
+        ColourDescription colours;
+        colours.primaries = primaries;
+        colours.transfer = transfer;
+        colours.gamma = gamma;
+        return colours;
+    };
+    const ColourDescription quantiser = told(1, 16);
+    const Case cases[] = {
+        {{.model = Gray}, {}, {0.5}, {128, 128, 128, 255}},
+        {{.model = Gray, .sample = U16, .alpha = Straight}, {}, {1, 0.5}, {255, 255, 255, 128}},
+        {{.sample = U16, .alpha = Premultiplied}, {}, {0.5, 0, 0.2, 0.5}, {255, 0, 102, 128}},
+        {{.model = Cmyk}, {}, {1, 0, 0, 0.5}, {0, 128, 128, 255}},
+        {{.model = Cmyk, .isInverted = true}, {}, {1, 0, 0.5, 1}, {255, 0, 128, 255}},
+        {{.sample = Float}, {}, {0.2159, 2, -1}, {128, 255, 0, 255}},
+        {{.model = Gray, .sample = Float, .alpha = Straight}, {}, {0.5, 0.5}, {188, 188, 188, 128}},
+        {{}, told(0, 0, 1), {0.2159, 1, 0}, {128, 255, 0, 255}},
+        // 203, 100 and 10,000 nits, and a hue that stays when it is far too bright.
+        {{.sample = U16}, quantiser, {0.58069, 0.58069, 0.58069}, {237, 237, 237, 255}},
+        {{.sample = U16}, quantiser, {0.50808, 0.50808, 0.50808}, {186, 186, 186, 255}},
+        {{.sample = U16}, quantiser, {1, 1, 1}, {254, 254, 254, 255}},
+        {{.sample = U16, .alpha = Straight}, quantiser, {1, 0, 0, 0.5}, {254, 0, 0, 128}},
+        {{.sample = U16}, told(9, 16), {0.50808, 0, 0}, {229, 0, 0, 255}},
+        {{.sample = U16}, told(9, 18), {.75, .75, .75}, {237, 237, 237, 255}},
+    };
+    for (const Case& one : cases) {
+        std::vector<std::uint8_t> bytes;
+        std::vector<std::uint16_t> words;
+        std::vector<float> floats;
+        for (const double sample : one.samples) {
+            bytes.push_back(static_cast<std::uint8_t>(std::lround(sample * 255) & 255));
+            words.push_back(static_cast<std::uint16_t>(std::lround(sample * 65535) & 65535));
+            floats.push_back(static_cast<float>(sample));
+        }
+        const std::array<const void*, 3> rows{bytes.data(), words.data(), floats.data()};
+        QImage image(1, 1, QImage::Format_ARGB32_Premultiplied);
+        codec::ColourConverter converter(one.layout, one.colours, {});
+        converter.convertRow(
+            rows[static_cast<std::size_t>(one.layout.sample)],
+            reinterpret_cast<QRgb*>(image.scanLine(0)), 1);
+        converter.finish(image);
+        const QColor pixel = image.pixelColor(0, 0);
+        const std::array shown{pixel.red(), pixel.green(), pixel.blue(), pixel.alpha()};
+        for (std::size_t channel = 0; channel < 4; ++channel)
+            EXPECT_NEAR(shown[channel], one.shown[channel], 1)
+                << &one - cases << " channel " << channel;
+    }
+}
+
+TEST(Importer, TypesFollowTheNameAndOddFilesAnswerNothing) {
+    const QTemporaryDir folder;
+    PBImageImporterManager manager;
+    const auto importer = [&](const QString& name) {
+        return manager.imageImporterForImageURL(folder.filePath(name));
+    };
+    const QByteArray jpeg = PBUtilities::cgImageRefToJpegData(gradient({40, 20}));
+    const auto good = importer(u"a.JPG"_s);
+    ASSERT_TRUE(good);
+    EXPECT_FALSE(good->propertiesAtIndex(0)) << "not there yet";
+    for (const auto* name : {u"a.JPG", u"a.mpo", u"a.txt"})
+        support::writeFile(folder.filePath(QString::fromUtf16(name)), jpeg);
+    EXPECT_EQ(good->imageCount(), 1U);
+    EXPECT_EQ(good->utiType(), u"public.jpeg"_s);
+    EXPECT_EQ(good->createImageWithMaxSize(10, 0).size(), QSize(10, 5));
+    EXPECT_TRUE(good->createImageWithMaxSize(10, 7).isNull());
+    EXPECT_FALSE(importer(u"a.mpo"_s));
+    EXPECT_FALSE(importer(u"a.txt"_s));
+    QDir(folder.path()).mkdir(u"x.jpg"_s);
+    ASSERT_EQ(::mkfifo(folder.filePath(u"pipe.jpg"_s).toLocal8Bit().constData(), 0600), 0);
+    std::vector<QString> paths;
+    for (const auto* name : {u"x.jpg", u"a.JPG", u"a.txt", u"pipe.jpg", u"missing.jpg", u"a.JPG"}) {
+        paths.push_back(folder.filePath(QString::fromUtf16(name)));
+        const auto odd = manager.imageImporterForImageURL(paths.back());
+        if (paths.size() == 2 || paths.size() == 3 || paths.size() == 6) continue;
+        EXPECT_EQ(odd->imageCount(), 0U) << paths.back().toStdString();
+        EXPECT_TRUE(odd->utiType().isEmpty());
+        EXPECT_TRUE(odd->createImageWithMaxSize(10, 0).isNull());
+    }
+    std::vector<qint64> widths;
+    for (const auto& properties : manager.propertiesOfImages(paths))
+        widths.push_back(properties ? properties->at(u"PixelWidth"_s).toInteger() : 0);
+    EXPECT_EQ(widths, (std::vector<qint64>{0, 40, 0, 0, 0, 40}));
+}
+
+TEST(Importer, RowsAreAskedInTheirOrderUntilTheyCanSayTheirTypes) {
+    struct Named final : PBImageImporterProtocol {
+        explicit Named(QString text) : name(std::move(text)) {}
+        std::optional<PBDictionary> propertiesAtIndex(std::size_t index) override {
+            return PBDictionary{{name, PBValue(static_cast<qint64>(index))}};
+        }
+        QImage createImageWithMaxSize(unsigned, std::size_t, std::stop_token) override {
+            return {};
+        }
+        std::size_t imageCount() override { return 1; }
+        QString utiType() override { return name; }
+        QString name;
+    };
+    int asked = 0;
+    const auto named = [](const QString& name) {
+        return [name](const QString&) { return std::make_unique<Named>(name); };
+    };
+    PBImageImporterManager manager(
+        {{.typeIdentifiers = [&]() -> std::optional<QStringList> {
+              return ++asked < 3 ? std::nullopt : std::optional(QStringList{u"public.png"_s});
+          },
+          .initWithImagePath = named(u"late"_s),
+          .propertiesOfImages = {}},
+         {.typeIdentifiers = [] { return QStringList{u"public.image"_s}; },
+          .initWithImagePath = named(u"any"_s),
+          .propertiesOfImages = {}}});
+    const auto typeOf = [&](const QString& path) {
+        const auto importer = manager.imageImporterForImageURL(path);
+        return importer ? importer->utiType() : u"none"_s;
+    };
+    EXPECT_EQ(typeOf(u"/a.png"_s), u"any"_s);
+    EXPECT_EQ(manager.supportImageTypes(), QStringList(u"public.image"_s));
+    EXPECT_EQ(typeOf(u"/a.png"_s), u"late"_s) << "an answer before all can say theirs is not kept";
+    for (const auto& [path, type] :
+         {std::pair(u"/a.txt"_s, u"none"_s), {u"/a.png"_s, u"late"_s}, {u"/a.gif"_s, u"any"_s}})
+        EXPECT_EQ(typeOf(path), type);
+    EXPECT_EQ(asked, 3);
+    EXPECT_EQ(manager.supportImageTypes(), (QStringList{u"public.png"_s, u"public.image"_s}));
+    const std::vector<QString> paths{u"/b.gif"_s, u"/b.png"_s, u"/b.txt"_s, u"/c.gif"_s};
+    QStringList names;
+    for (const auto& properties : manager.propertiesOfImages(paths))
+        names.append(properties ? properties->begin()->first : u"none"_s);
+    EXPECT_EQ(names, (QStringList{u"any"_s, u"late"_s, u"none"_s, u"any"_s}));
+}
+
+TEST(Bitmaps, ScalesTurnsAndPlacesAsTold) {
+    const QImage thin = gradient({4000, 1});
+    EXPECT_EQ(PBImageImporter::scaleCGImageRef(thin, 256).size(), QSize(256, 1));
+    EXPECT_TRUE(PBUtilities::scaleCGImageRef(thin, 256).isNull());
+    QImage pair(2, 1, QImage::Format_RGB32);
+    pair.setPixel(0, 0, qRgb(1, 0, 200));
+    pair.setPixel(1, 0, qRgb(2, 0, 100));
+    EXPECT_EQ(PBImageImporter::scaleCGImageRef(pair, 1).pixel(0, 0), qRgb(2, 0, 150)) << "rounded";
+    const QImage image = gradient({40, 20});
+    EXPECT_EQ(PBUtilities::rotateImageRef(image, 720).cacheKey(), image.cacheKey());
+    const QImage turned = PBUtilities::rotateImageRef(image, 90);
+    ASSERT_EQ(turned.size(), QSize(20, 40));
+    EXPECT_EQ(turned.pixel(0, 39), image.pixel(0, 0)) << "counter-clockwise";
+    EXPECT_EQ(PBUtilities::rotateImageRef(image, -90), PBUtilities::rotateImageRef(image, 270));
+    QRectF rect(0, 0, 100, 50);
+    EXPECT_EQ(PBUtilities::fitInRect(rect, 0, 10, true), 1.0);
+    EXPECT_EQ(rect, QRectF(0, 0, 100, 50));
+    EXPECT_EQ(PBUtilities::fitInRect(rect, 10, 10, false), 1.0);
+    EXPECT_EQ(rect, QRectF(45, 20, 10, 10));
+    EXPECT_EQ(PBUtilities::rotateRect({10, 10, 20, 10}, -90), QRectF(15, 5, 10, 20));
+    const double angles[] = {0, 0, 0, 180, 0, 0, -90, 0, 90, 0};
+    for (int orientation = 0; orientation < 10; ++orientation)
+        EXPECT_EQ(PBUtilities::orientationToAngle(orientation), angles[orientation]);
+}

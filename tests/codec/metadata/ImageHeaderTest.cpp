@@ -1,0 +1,279 @@
+#include "codec/metadata/headers/ImageHeader.h"
+
+#include "codec/metadata/ImageProperties.h"
+#include "codec/metadata/Pictures.h"
+
+#include <QColorSpace>
+#include <QImage>
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using codec::Bytes;
+using codec::ImageHeader;
+using pictures::ByteWriter;
+using pictures::entry;
+using pictures::propertiesOf;
+using pictures::saved;
+
+Bytes viewOf(const QByteArray& bytes) {
+    return Bytes(
+        {reinterpret_cast<const std::uint8_t*>(bytes.data()),
+         static_cast<std::size_t>(bytes.size())});
+}
+
+std::optional<ImageHeader> headerOf(const QByteArray& bytes, std::size_t frame = 0) {
+    return codec::readImageHeader(viewOf(bytes), codec::sniffContainer(viewOf(bytes)), frame);
+}
+
+QByteArray hex(const char* digits) {
+    return QByteArray::fromHex(digits);
+}
+
+/// As "40x30 8 RGB", and what else the header says: dots an inch, profile, orientation, delay.
+QString described(const QByteArray& bytes, std::size_t frame = 0) {
+    const auto header = headerOf(bytes, frame);
+    if (!header) return u"none"_s;
+    QStringList parts{
+        u"%1x%2"_s.arg(header->width).arg(header->height), QString::number(header->depth),
+        header->colorModel};
+    if (header->dpiWidth > 0 || header->dpiHeight > 0)
+        parts += u"%1:%2"_s.arg(std::lround(header->dpiWidth)).arg(std::lround(header->dpiHeight));
+    if (!header->profileName.isEmpty()) parts += header->profileName;
+    if (header->orientation != 0) parts += u"o%1"_s.arg(header->orientation);
+    if (header->delay >= 0) parts += u"%1 s"_s.arg(header->delay);
+    return parts.join(u' ');
+}
+
+QByteArray chunk(const char* name, const QByteArray& content) {
+    return ByteWriter(false).u32(static_cast<quint64>(content.size())).text(name).bytes() +
+           content + QByteArray(4, '\0'); // of the sum, which nobody looks at
+}
+
+QByteArray png(const char* bitsAndKind, const QByteArray& chunks) {
+    return "\x89PNG\r\n\x1A\n" + chunk("IHDR", hex("0000001e 00000014") + hex(bitsAndKind)) +
+           chunks + chunk("IDAT", {}) + chunk("IEND", {});
+}
+
+QByteArray webp(const QByteArray& chunks) {
+    return QByteArray("RIFF\xFF\xFF\0\0WEBP", 12) + chunks;
+}
+
+/// Two pages; the second one is turned and counts its dots by the centimetre.
+QByteArray twoPages(bool big) {
+    ByteWriter file(true);
+    const auto number = [&](quint64 value) { big ? file.u64(value) : file.u32(value); };
+    const auto entry = [&](unsigned tag, unsigned type, quint64 value) {
+        file.u16(tag).u16(type);
+        number(1);
+        number(value);
+    };
+    const auto count = [&](unsigned entries) { big ? file.u64(entries) : file.u16(entries); };
+    file.text("II").u16(big ? 43 : 42);
+    big ? file.u16(8).u16(0).u64(16) : file.u32(8);
+    count(2);
+    entry(256, 4, 40);
+    entry(257, 4, 30);
+    number(big ? 72 : 38);
+    count(6);
+    for (const auto& [tag, value] : {std::pair(256U, 20U), {257, 10}, {262, 5}, {274, 8}, {296, 3}})
+        entry(tag, 3, value);
+    entry(282, 5, big ? quint64(1) << 32 | 118 : 116);
+    number(0);
+    return file.u32(118).u32(1).bytes();
+}
+
+TEST(ImageHeaderTest, everyFormatTellsItsSizeDepthModelResolutionAndProfile) {
+    const QByteArray zeros(40, '\0');
+    const QByteArray size = hex("ff4f ff51 002f 0000 0000006e 00000046 0000000a 00000014") +
+                            zeros.left(16) + hex("0003 0f 01 01");
+    const auto jpeg2000 = [&](const QByteArray& boxes) {
+        return pictures::box("jP  ", "\r\n\x87\n") + pictures::box("ftyp", "jp2 ") +
+               pictures::box("jp2h", boxes) + pictures::box("jp2c", size);
+    };
+    const auto colours = [&](const char* number) {
+        return jpeg2000(pictures::box("colr", hex("01 0000 000000") + hex(number)));
+    };
+    const auto jfif = [](const char* unit, const char* frame) {
+        return hex("ffd8 ffe0 0010 4a46494600 0102") + hex(unit) + hex("0076 0064 0000") +
+               hex(frame);
+    };
+    const auto photoshop = [&](const char* rest) {
+        return "8BPS" + hex("0001 000000000000 0004 00000014 0000001e") + hex(rest) + zeros;
+    };
+    const auto property = [](const char* name, const char* content) {
+        return pictures::heif({pictures::box(name, hex(content))});
+    };
+    const QByteArray bitmap = "BM" + zeros.left(12);
+    const QByteArray targa = hex("0000 03 000000000000000000 4000 3000 08 00");
+    const QByteArray icon = hex("0000 0100 0200 00 20 000000000000 28000000 26000000") +
+                            hex("08 08 000000000000 40000000 26000000");
+    const QByteArray ppq = chunk("cICP", hex("0910 0001"));
+    const QString hdr = u"Rec. ITU-R BT.2100 PQ"_s;
+    const QString srgb = u"sRGB IEC61966-2.1"_s;
+    const std::pair<QByteArray, QString> rows[] = {
+        {photoshop("0010 0004"), u"30x20 16 CMYK"_s},
+        {photoshop("0008 0009"), u"30x20 8 Lab"_s},
+        {photoshop("0008 0001 00000000 0000002a 3842494d 0400 0000 00000001 ff00 3842494d 03ed "
+                   "0000 00000010"
+                   "0048 0000 0001 0001 012c 0000 0001 0001"),
+         u"30x20 8 Gray 72:300"_s},
+        {size, u"100x50 16 RGB"_s},
+        {colours("10"), u"100x50 16 RGB "_s + srgb},
+        {colours("11"), u"100x50 16 Gray"_s},
+        {colours("0c"), u"100x50 16 CMYK"_s},
+        {colours("0e"), u"100x50 16 Lab"_s},
+        {jpeg2000(pictures::box(
+             "res ", pictures::box("resc", hex("2e23 0064 0f61 0001 02 00")) +
+                         pictures::box("resd", hex("0001 0001 0001 0001 04 04")))),
+         u"100x50 16 RGB 100:300"_s},
+        {targa, u"64x48 8 Gray"_s},
+        {QByteArray(targa).replace(2, 1, "\x0A"), u"64x48 8 RGB"_s},
+        {icon + zeros, u"256x32 8 RGB"_s},
+        {icon + png("08 00", {}), u"30x20 8 Gray"_s},
+        {bitmap + hex("0c000000 1e00 1400 0100 1800") + zeros, u"30x20 8 RGB"_s},
+        {bitmap + hex("28000000 1e000000 ecffffff") + zeros.left(12) + hex("610f0000 232e0000") +
+             zeros,
+         u"30x20 8 RGB 100:300"_s},
+        {"P7\n# a comment\nWIDTH 12\nHEIGHT 34\nDEPTH 2\nMAXVAL 65535\nENDHDR\n",
+         u"12x34 16 Gray"_s},
+        {"P7 WIDTH 12 HEIGHT 34 DEPTH 3 MAXVAL 255 ENDHDR\n", u"12x34 8 RGB"_s},
+        {"P1\n# 9 9\n12 34\n", u"12x34 1 Gray"_s},
+        {"P4 12 34 999", u"12x34 1 Gray"_s},
+        {"P2 12 34 2 ", u"12x34 8 Gray"_s},
+        {"P5 12 34 1 ", u"12x34 1 Gray"_s},
+        {"P3 12 34 255 ", u"12x34 8 RGB"_s},
+        {"P6 12 34 256 ", u"12x34 16 RGB"_s},
+        {"P6 12 1234567890 256 ", u"none"_s},
+        {jfif("00", "ffc0 0008 08 0014 001e 03"), u"30x20 8 RGB"_s},
+        {jfif("01", "ffc1 0008 08 0014 001e 01"), u"30x20 8 Gray 118:100"_s},
+        {jfif("02", "ffcf 0008 0c 0014 001e 04"), u"30x20 12 CMYK 300:254"_s},
+        // What else begins like a frame's header, filler, and segments of no length.
+        {jfif(
+             "00", "ff01 ffd0 1234 ffff ffc4 0008 08000100 0103 ffc8 0008 08000100 0103"
+                   "ffcc 0008 08000100 0103 ffc2 0008 08 0014 001e 03"),
+         u"30x20 8 RGB"_s},
+        {jfif("00", "ffda 0008 08000100 0103 ffc0 0008 08 0014 001e 03"), u"none"_s},
+        {jfif("00", "ffc4 0001 ffc0 0008 08 0014 001e 03"), u"none"_s},
+        {png("10 02", chunk("pHYs", hex("00000f61 00002e23 01"))), u"30x20 16 RGB 100:300"_s},
+        {png("08 06", chunk("pHYs", hex("00000001 00000002 00"))), u"30x20 8 RGB"_s},
+        {png("08 04", chunk("sRGB", "\1")), u"30x20 8 Gray "_s + srgb},
+        {png("02 03", ppq + chunk("sRGB", "\1")), u"30x20 8 RGB "_s + hdr},
+        {webp(
+             "VP8X" + hex("0a000000 00000000 1d0000 130000") + "ANMF" + hex("10000000") +
+             zeros.left(12) + hex("780001 00")),
+         u"30x20 8 RGB 65.656 s"_s},
+        {webp("odd " + hex("01000000 ff00") + "VP8 " + hex("0a000000 000000 9d012a 1ec0 1480")),
+         u"30x20 8 RGB"_s},
+        {webp("VP8L" + hex("05000000 2f 1dc00400")), u"30x20 8 RGB"_s},
+        {pictures::tiff(false, 400), u"40x30 16 Gray 300:0 o1"_s},
+        {pictures::tiff(true, 400), u"40x30 16 Gray 300:0 o1"_s},
+        {property("irot", "00"), u"4000x3000 8 RGB o1"_s},
+        {property("irot", "01"), u"4000x3000 8 RGB o8"_s},
+        {property("irot", "02"), u"4000x3000 8 RGB o3"_s},
+        {property("imir", "00"), u"4000x3000 8 RGB o4"_s},
+        {property("imir", "01"), u"4000x3000 8 RGB o2"_s},
+        {property("pixi", "00000000 01 0a"), u"4000x3000 10 Gray o1"_s},
+        {property("pixi", "00000000 03 0c0c0c"), u"4000x3000 12 RGB o1"_s},
+        {property("av1C", "81 00 00"), u"4000x3000 8 RGB o1"_s},
+        {property("av1C", "81 00 40"), u"4000x3000 10 RGB o1"_s},
+        {property("av1C", "81 00 60"), u"4000x3000 12 RGB o1"_s},
+        {pictures::heif({pictures::box("hvcC", zeros.left(17) + '\xFA')}),
+         u"4000x3000 10 RGB o1"_s},
+        {property("colr", "6e636c78 0009 0010 0009 80"), u"4000x3000 8 RGB "_s + hdr + u" o1"_s}};
+    for (const auto& [bytes, header] : rows)
+        EXPECT_EQ(described(bytes), header) << bytes.left(60).toHex().toStdString();
+    for (const bool big : {false, true}) {
+        EXPECT_EQ(described(twoPages(big)), u"40x30 1  o1"_s);
+        EXPECT_EQ(described(twoPages(big), 1), u"20x10 1 CMYK 300:0 o8"_s);
+        EXPECT_EQ(described(twoPages(big), 2), u"none"_s);
+    }
+    EXPECT_EQ(described(icon + zeros, 1), u"8x8 8 RGB"_s);
+    EXPECT_EQ(described(icon + zeros, 2), u"none"_s);
+    const auto control = [](const char* delay) {
+        return chunk("fcTL", QByteArray(20, '\0') + hex(delay));
+    };
+    const QByteArray moving =
+        png("08 02",
+            control("0005 0000") + chunk("IDAT", "x") + control("0001 0004") + chunk("fdAT", "x"));
+    EXPECT_EQ(described(moving), u"30x20 8 RGB 0.05 s"_s);
+    EXPECT_EQ(described(moving, 1), u"30x20 8 RGB 0.25 s"_s);
+    QImage image(30, 7, QImage::Format_RGB32);
+    image.setColorSpace(QColorSpace(QColorSpace::AdobeRgb));
+    for (const char* format : {"JPEG", "PNG", "TIFF", "WEBP"})
+        EXPECT_TRUE(described(saved(image, format)).contains(image.colorSpace().description()))
+            << format;
+}
+
+TEST(ImageHeaderTest, bothTiffLayoutsGiveTheirMetadata) {
+    for (const bool big : {false, true}) {
+        SCOPED_TRACE(big);
+        const auto properties = propertiesOf(pictures::tiff(big, 400));
+        EXPECT_EQ(entry(properties, u"{Exif}", u"FocalLenIn35mmFilm"), u"35"_s);
+        EXPECT_EQ(entry(properties, u"{TIFF}", u"PhotometricInterpretation"), u"1"_s);
+    }
+}
+
+TEST(ImageHeaderTest, rawFilesHaveTheSizeThatTheyAreDevelopedTo) {
+    const auto properties = propertiesOf(pictures::dng(), u"com.adobe.raw-image"_s);
+    const std::tuple<QStringView, QStringView, QString> entries[] = {
+        {u"", u"PixelWidth", u"64"_s},
+        {u"", u"PixelHeight", u"48"_s},
+        {u"", u"ColorModel", u"RGB"_s},
+        {u"{TIFF}", u"Orientation", u"6"_s},
+        {u"{Exif}", u"ISOSpeedRatings", u"200"_s},
+        {u"{Exif}", u"ExposureTime", u"0.004"_s},
+        {u"{Exif}", u"DateTimeOriginal", u"2010:07:01 12:00:00"_s}};
+    for (const auto& [dictionary, key, text] : entries)
+        EXPECT_EQ(entry(properties, dictionary, key), text);
+    // A JPEG under a raw file's name is still a picture.
+    const auto renamed = propertiesOf(pictures::jpeg(), u"com.nikon.raw-image"_s);
+    EXPECT_EQ(entry(renamed, u"", u"PixelWidth"), u"40"_s);
+}
+
+TEST(ImageHeaderTest, animationsTellTheDelayOfEachFrame) {
+    ByteWriter gif(true);
+    gif.text("GIF89a").u16(20).u16(10).u8(0x80).u8(0).u8(0).text(QByteArray(6, '\0'));
+    for (const unsigned delay : {7U, 250U}) {
+        gif.u8(0x21).u8(0xF9).u8(4).u8(0).u16(delay).u8(0).u8(0);
+        gif.u8(0x2C).u16(0).u16(0).u16(20).u16(10).u8(0).u8(2).u8(1).u8(0).u8(0);
+    }
+    gif.u8(0x3B);
+    EXPECT_EQ(entry(propertiesOf(gif.bytes()), u"{GIF}", u"DelayTime"), u"0.07"_s);
+    EXPECT_EQ(described(gif.bytes(), 1), u"20x10 8 RGB 2.5 s"_s);
+    EXPECT_EQ(described(gif.bytes(), 2), u"none"_s);
+}
+
+TEST(ImageHeaderTest, theContainersRotationStandsAboveTheMetadatas) {
+    const QByteArray quarter =
+        pictures::box("irot", QByteArray(1, 3)); // 270 degrees counter-clockwise
+    const auto turned = propertiesOf(pictures::heif({quarter}));
+    EXPECT_EQ(entry(turned, u"", u"PixelWidth"), u"4000"_s);
+    EXPECT_EQ(entry(turned, u"", u"Orientation"), u"6"_s);
+    // Where the catalogue looks for it.
+    EXPECT_EQ(entry(turned, u"{TIFF}", u"Orientation"), u"6"_s);
+    const QByteArray mirror = pictures::box("imir", QByteArray(1, 1));
+    EXPECT_EQ(described(pictures::heif({quarter, mirror})), u"4000x3000 8 RGB o5"_s);
+}
+
+TEST(ImageHeaderTest, onlyTheHeaderOfALargeFileIsRead) {
+    constexpr off_t size = off_t(60) << 20;
+    for (const bool big : {false, true}) {
+        const int descriptor = memfd_create("large", MFD_CLOEXEC);
+        const QByteArray start = pictures::tiff(big, 1 << 20);
+        ASSERT_EQ(
+            write(descriptor, start.data(), static_cast<std::size_t>(start.size())), start.size());
+        ASSERT_EQ(ftruncate(descriptor, size), 0);
+        EXPECT_TRUE(codec::readImageProperties(descriptor, u"public.tiff"_s, 0));
+        // A page of this file comes to be when it is first looked at.
+        struct stat status = {};
+        ASSERT_EQ(fstat(descriptor, &status), 0);
+        EXPECT_LT(status.st_blocks * 512, 1 << 20);
+        close(descriptor);
+    }
+}
+
+} // namespace

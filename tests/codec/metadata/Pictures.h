@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/values/PBValue.h"
+#include "support/Support.h"
+
+#include <QImage>
+
+#include <exiv2/exiv2.hpp>
+
+namespace pictures {
+
+using Writer = std::function<void(Exiv2::ExifData&, Exiv2::IptcData&, Exiv2::XmpData&)>;
+
+/// The image as the toolkit's writer of the format, such as "PNG", encodes it.
+[[nodiscard]] QByteArray saved(const QImage& image, const char* format);
+/// A JPEG file of 40 x 30 pixels without metadata.
+[[nodiscard]] QByteArray jpeg();
+/// A file with the metadata that the writer puts in.
+[[nodiscard]] QByteArray withMetadata(const QByteArray& picture, const Writer& writer);
+
+/// What `readImageProperties` answers for the bytes as a file.
+[[nodiscard]] std::optional<PBDictionary>
+propertiesOf(const QByteArray& bytes, const QString& type = {}, std::size_t frame = 0);
+
+/// The text form of an entry of one of the dictionaries; of the top level if its name is empty.
+/// Empty where there is none.
+[[nodiscard]] QString
+entry(const std::optional<PBDictionary>& properties, QStringView dictionary, QStringView key);
+
+/// Numbers in the given byte order, for files made by hand.
+struct ByteWriter {
+    explicit ByteWriter(bool littleEndian) : _littleEndian(littleEndian) {}
+    ByteWriter& u8(unsigned number) { return put(number, 1); }
+    ByteWriter& u16(unsigned number) { return put(number, 2); }
+    ByteWriter& u32(quint64 number) { return put(number, 4); }
+    ByteWriter& u64(quint64 number) { return put(number, 8); }
+    ByteWriter& text(const QByteArray& bytes) {
+        _bytes += bytes;
+        return *this;
+    }
+    [[nodiscard]] const QByteArray& bytes() const { return _bytes; }
+
+private:
+    ByteWriter& put(quint64 number, int size) {
+        for (int position = 0; position < size; ++position) {
+            const int shift = 8 * (_littleEndian ? position : size - 1 - position);
+            _bytes += static_cast<char>(number >> shift & 0xFF);
+        }
+        return *this;
+    }
+
+    bool _littleEndian;
+    QByteArray _bytes;
+};
+
+/// A box of the ISO base media format.
+[[nodiscard]] QByteArray box(const char* name, const QByteArray& content);
+
+/// The boxes of a HEIF file with one item of 4000 x 3000 pixels and these further properties, but
+/// without a picture.
+[[nodiscard]] QByteArray heif(const QList<QByteArray>& properties);
+
+/// A TIFF file of one page of 40 x 30 gray pixels at 300 dots an inch, with the strip at `stripAt`.
+[[nodiscard]] QByteArray tiff(bool big, quint64 stripAt);
+
+/// A digital negative of 64 x 48 pixels, to be turned by a quarter (6), ISO 200, 1/250 s, with the
+/// photographic tags where TIFF/EP has them.
+[[nodiscard]] QByteArray dng();
+
+} // namespace pictures

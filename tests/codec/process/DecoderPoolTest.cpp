@@ -1,0 +1,256 @@
+#include "codec/process/DecoderPool.h"
+
+#include "codec/process/Descriptor.h"
+#include "support/Support.h"
+
+#include <QElapsedTimer>
+
+#include <csignal>
+#include <latch>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/wait.h>
+
+using codec::DecodeRequest;
+using codec::DecoderPool;
+using codec::process::Descriptor;
+
+namespace {
+
+struct DecoderPoolTest : testing::Test {
+    DecoderPool::Settings settings(int processes) const {
+        return {.executable = MISBEHAVING_DECODER, .processes = processes};
+    }
+
+    /// An open file of orders.
+    Descriptor orders(const QByteArray& text) {
+        const QString path = folder.filePath(QString::number(++files));
+        support::writeFile(path, text);
+        return Descriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    }
+
+    codec::Frame
+    decode(DecoderPool& pool, const QByteArray& text, int maxSize = 0, std::stop_token stop = {}) {
+        const Descriptor file = orders(text);
+        DecodeRequest request;
+        request.maxSize = maxSize;
+        return pool.decode(file.get(), u"test.orders"_s, request, stop).frame;
+    }
+
+    static bool isPainted(const QImage& image) {
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                if (image.pixel(x, y) != qRgb(x % 256, y % 256, 0)) return false;
+        }
+        return !image.isNull();
+    }
+
+    static int openDescriptors() {
+        int count = 0;
+        if (DIR* directory = ::opendir("/proc/self/fd")) {
+            while (::readdir(directory))
+                ++count;
+            ::closedir(directory);
+        }
+        return count;
+    }
+
+    QTemporaryDir folder;
+    std::atomic<int> files = 0;
+};
+
+TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
+    DecoderPool pool(settings(1));
+    for (const int maxSize : {0, 256, 1024, 4096}) {
+        SCOPED_TRACE(maxSize);
+        for (const char* order : {"paint 200 99", "heap 200 99"}) {
+            const codec::Frame frame = decode(pool, order, maxSize);
+            EXPECT_EQ(frame.image.size(), QSize(200, 99));
+            EXPECT_TRUE(isPainted(frame.image));
+            EXPECT_EQ(frame.isComplete, order[0] == 'p');
+        }
+    }
+    // The small memory is used again; a picture that was handed out must not change with it.
+    const QImage first = decode(pool, "paint 64 64", 256).image;
+    EXPECT_EQ(decode(pool, "paint 10 10", 256).image.size(), QSize(10, 10));
+    EXPECT_TRUE(isPainted(first));
+    EXPECT_TRUE(isPainted(decode(pool, "paint 3000 2000").image));
+
+    const Descriptor file = orders("paint 1 1 7");
+    EXPECT_EQ(pool.countFrames(file.get(), {}), 7U);
+    EXPECT_EQ(pool.frameDelay(file.get(), {}, 6), 60);
+    EXPECT_EQ(pool.countFrames(-1, {}), 0U);
+    DecodeRequest request;
+    request.targetProfile = QByteArray(500'077, 'p'); // more than a packet holds
+    const QImage image = pool.decode(file.get(), {}, request, {}).frame.image;
+    ASSERT_FALSE(image.isNull());
+    EXPECT_EQ(qBlue(image.pixel(0, 0)), 500'077 % 256);
+    DecoderPool missing({.executable = "/no/such/program", .processes = 1});
+    EXPECT_TRUE(decode(missing, "paint 5 5").image.isNull());
+}
+
+TEST_F(DecoderPoolTest, pictureThatMisbehavesCostsOnlyItself) {
+    DecoderPool::Settings hasty = settings(1);
+    hasty.thumbnailTime = std::chrono::milliseconds(2000);
+    hasty.fullTime = std::chrono::milliseconds(2000);
+    const int before = openDescriptors();
+    {
+        DecoderPool pool(hasty);
+        // Wide and high enough to be a lie for a thumbnail, or for the memory that was given.
+        for (const char* order :
+             {"crash", "spin", "lie 257 20", "lie 20 257", "lie 5000 5000", "nonsense"}) {
+            SCOPED_TRACE(order);
+            EXPECT_TRUE(decode(pool, order, 256).image.isNull());
+            EXPECT_TRUE(isPainted(decode(pool, "paint 20 20", 256).image));
+        }
+    }
+    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a process was left behind";
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(DecoderPoolTest, memoryIsLimited) {
+    DecoderPool::Settings small = settings(1);
+    small.addressSpaceBytes = std::uint64_t{1} << 30;
+    DecoderPool pool(small);
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(decode(pool, "memory").image.isNull());
+    EXPECT_LT(clock.elapsed(), small.fullTime.count()) << "it was time that ended it";
+    EXPECT_TRUE(isPainted(decode(pool, "paint 20 20", 256).image));
+}
+
+TEST_F(DecoderPoolTest, processCanNeitherOpenFilesNorReachAnybody) {
+    DecoderPool pool(settings(1));
+    // The width tells what succeeded: 1 is nothing.
+    EXPECT_EQ(decode(pool, "escape").image.size(), QSize(1, 1));
+    EXPECT_FALSE(QFile::exists(u"/tmp/velmora-escaped"_s));
+    EXPECT_EQ(decode(pool, "threads").image.size(), QSize(2, 1));
+}
+#endif
+
+TEST_F(DecoderPoolTest, eachKindOfRequestHasItsOwnTime) {
+    using namespace std::chrono_literals;
+    const DecoderPool::Settings usual;
+    EXPECT_EQ(usual.thumbnailTime, 10s);
+    EXPECT_EQ(usual.fullTime, 60s);
+    EXPECT_EQ(usual.addressSpaceBytes, 6ULL << 30);
+    for (const int maxSize : {0, 256}) {
+        DecoderPool::Settings hasty = settings(1);
+        hasty.fullTime = maxSize == 0 ? 300ms : 1h;
+        hasty.thumbnailTime = maxSize == 0 ? 1h : 300ms;
+        DecoderPool pool(hasty);
+        const Descriptor file = orders("spin");
+        DecodeRequest request;
+        request.maxSize = maxSize;
+        QElapsedTimer clock;
+        clock.start();
+        EXPECT_EQ(pool.decode(file.get(), {}, request, {}).status, codec::ReadStatus::Failed);
+        EXPECT_GE(clock.elapsed(), 300);
+    }
+    DecoderPool pool(settings(1));
+    const Descriptor file = orders("nonsense");
+    EXPECT_EQ(pool.decode(file.get(), {}, {}, {}).status, codec::ReadStatus::Refused);
+}
+
+TEST_F(DecoderPoolTest, stopEndsAWillingAndAnUnwillingDecoderSoon) {
+    DecoderPool pool(settings(1));
+    for (const char* order : {"wait", "spin"}) {
+        SCOPED_TRACE(order);
+        EXPECT_TRUE(isPainted(decode(pool, "paint 9 9").image)); // the process is up
+        std::stop_source stop;
+        std::atomic<qint64> ended = 0;
+        QElapsedTimer clock;
+        clock.start();
+        std::latch started(1);
+        std::jthread decoding([&] {
+            started.count_down();
+            EXPECT_TRUE(decode(pool, order, 0, stop.get_token()).image.isNull());
+            ended = clock.elapsed();
+        });
+        started.wait();
+        const qint64 asked = clock.elapsed();
+        stop.request_stop();
+        decoding.join();
+        // 20 ms are promised; a loaded machine, or a sanitizer, may take longer to get to it.
+        EXPECT_LT(ended - asked, 2000);
+    }
+    std::stop_source stopped;
+    stopped.request_stop();
+    EXPECT_TRUE(decode(pool, "spin", 0, stopped.get_token()).image.isNull());
+    EXPECT_TRUE(isPainted(decode(pool, "paint 9 9").image));
+}
+
+TEST_F(DecoderPoolTest, waitingForAProcessCanBeStopped) {
+    DecoderPool pool(settings(1));
+    std::stop_source first;
+    std::stop_source second;
+    std::jthread occupying([&] { static_cast<void>(decode(pool, "wait", 0, first.get_token())); });
+    std::jthread waiting([&] { static_cast<void>(decode(pool, "wait", 0, second.get_token())); });
+    second.request_stop();
+    waiting.join();
+    first.request_stop();
+    occupying.join();
+    EXPECT_TRUE(isPainted(decode(pool, "paint 9 9").image));
+}
+
+TEST_F(DecoderPoolTest, manyThreadsShareFewProcessesWhileSomePicturesCrash) {
+    DecoderPool pool(settings(2));
+    pool.start();
+    std::atomic<int> painted = 0;
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < 4; ++thread)
+        threads.emplace_back([&, thread] {
+            for (int i = 0; i < 25; ++i) {
+                const int side = 10 + (thread * 25 + i) % 50;
+                const QByteArray number = QByteArray::number(side);
+                const bool crashes = i % 8 == 7;
+                const QImage image =
+                    decode(pool, crashes ? "crash" : "paint " + number + ' ' + number, 256).image;
+                EXPECT_EQ(image.isNull(), crashes);
+                if (image.size() == QSize(side, side) && isPainted(image)) ++painted;
+            }
+        });
+    threads.clear();
+    EXPECT_EQ(painted, 4 * 22);
+}
+
+TEST_F(DecoderPoolTest, propertiesOfManyPicturesAreReadTogetherAndAloneAfterALoss) {
+    DecoderPool::Settings hasty = settings(1);
+    hasty.thumbnailTime = std::chrono::milliseconds(2000);
+    DecoderPool pool(hasty);
+    pool.start();
+    std::vector<Descriptor> opened;
+    std::vector<codec::OpenPicture> pictures;
+    for (int index = 0; index < 40; ++index) {
+        const QByteArray side = QByteArray::number(index + 1);
+        const bool isPicture = index % 7 != 0;
+        opened.push_back(orders(
+            isPicture ? "P5\n" + side + " 1\n255\n" + QByteArray(index + 1, 'x') : "no picture"));
+        pictures.push_back(
+            {opened.back().get(), QString::fromLatin1(index % 3 == 0 ? "a.type" : "another.type")});
+    }
+    const auto expectAll = [&] {
+        const auto all = pool.propertiesOfPictures(pictures);
+        ASSERT_EQ(all.size(), pictures.size());
+        for (int index = 0; index < 40; ++index) {
+            SCOPED_TRACE(index);
+            const auto& properties = all[static_cast<std::size_t>(index)];
+            ASSERT_EQ(properties.has_value(), index % 7 != 0);
+            if (!properties) continue;
+            EXPECT_EQ(properties->at(QStringLiteral("PixelWidth")).toInteger(), index + 1);
+        }
+    };
+    expectAll();
+    // The process answers no longer: its request is lost, and a fresh one is asked.
+    QFile children(QStringLiteral("/proc/thread-self/children"));
+    ASSERT_TRUE(children.open(QIODevice::ReadOnly));
+    const int child = children.readAll().simplified().split(' ').value(0).toInt();
+    ASSERT_GT(child, 0);
+    ASSERT_EQ(::kill(child, SIGSTOP), 0);
+    expectAll();
+    EXPECT_NE(::kill(child, 0), 0);
+}
+
+} // namespace

@@ -1,0 +1,220 @@
+#include "places/PBGeoManager.h"
+
+#include "FMDB/FMDatabase.h"
+#include "catalogue/PBCatalogue.h"
+#include "places/GeoBlobs.h"
+#include "places/GeoFakes.h"
+#include "platform/values/CborValues.h"
+
+namespace {
+
+using places::GeocodeError;
+
+struct PBGeoManagerTest : ::testing::Test {
+    PBGeoManagerTest() {
+        EXPECT_TRUE(_db.open());
+        EXPECT_TRUE(PBCatalogue(_db).checkTables_FilesDb());
+        makeManager();
+    }
+
+    void makeManager() {
+        auto geocoder = std::make_unique<FakeGeocoder>();
+        _geocoder = geocoder.get();
+        _manager = std::make_unique<PBGeoManager>(std::move(geocoder), _main.poster());
+        _manager->loadAddressFromDb(_db);
+        _notices = 0;
+        QObject::connect(_manager.get(), &PBGeoManager::reverseGeoFinished, _manager.get(), [this] {
+            ++_notices;
+        });
+    }
+    void ask(double latitude, double longitude = 9) {
+        _manager->addLocationToReverseGeocoding({latitude, longitude});
+    }
+
+    /// Answers the request in flight and waits until the next one has gone out, if there is any.
+    void answer(const places::GeocodeAnswer& answer, std::size_t askedAfterwards) {
+        ASSERT_TRUE(_geocoder->answer(answer));
+        _main.run();
+        const auto isAsked = [&] { return _geocoder->asked().size() >= askedAfterwards; };
+        ASSERT_TRUE(support::spinUntil(isAsked));
+    }
+    void answer(const QString& city, std::size_t askedAfterwards = 1) {
+        answer(cityAnswer(city), askedAfterwards);
+    }
+
+    QString addressAt(double latitude, double longitude = 9) {
+        const auto address = _manager->addressDictionaryWithLocation({latitude, longitude});
+        if (address.isAbsent()) return u"absent"_s;
+        if (address.isNull()) return u"null"_s;
+        return address.dictionary()->at(u"City"_s).toText();
+    }
+
+    /// Each row as its address and its pairs of longitude and latitude.
+    QStringList rows() {
+        QStringList texts;
+        FMResultSet row =
+            _db.executeQuery(u"select AddressDict,Longitude,Latitude from Geo order by GeoId"_s);
+        while (row.next()) {
+            const auto longitudes = GeoBlobs::decodeCoordinates(row.dataForColumnIndex(1)).value();
+            const auto latitudes = GeoBlobs::decodeCoordinates(row.dataForColumnIndex(2)).value();
+            QString text =
+                platform::decodeDictionary(row.dataForColumnIndex(0))->at(u"City"_s).toText();
+            for (std::size_t index = 0; index < longitudes.size(); ++index)
+                text += u" %1/%2"_s.arg(longitudes[index]).arg(latitudes.at(index));
+            texts.append(text);
+        }
+        return texts;
+    }
+
+    FMDatabase _db{QString()};
+    PostedCalls _main;
+    FakeGeocoder* _geocoder = nullptr;
+    std::unique_ptr<PBGeoManager> _manager;
+    int _notices = 0;
+};
+
+TEST_F(PBGeoManagerTest, neighbourOfAWaitingPositionIsNotAskedFor) {
+    EXPECT_FALSE(_manager->hasPendingRequests());
+    ask(48, 181); // none
+    ask(48);
+    EXPECT_TRUE(_manager->hasPendingRequests());
+    ask(48.0009); // 100 m
+    ask(50);
+    _manager->tryDoReverseGeocoding();
+    EXPECT_EQ(_geocoder->asked(), (std::vector<PBLocation>{{48, 9}}));
+    answer(u"Ulm"_s, 2);
+    EXPECT_EQ(_geocoder->asked().back(), (PBLocation{50, 9}));
+    EXPECT_EQ(addressAt(48.001), u"Ulm"_s);
+    EXPECT_EQ(rows(), QStringList{u"Ulm 9/48"_s});
+    answer(u"Fulda"_s, 2);
+    EXPECT_EQ(_notices, 2);
+    EXPECT_FALSE(_manager->hasPendingRequests());
+    // Nothing is left: the next one goes out at once.
+    ask(48);
+    ask(52);
+    EXPECT_EQ(_geocoder->asked().size(), 3u);
+    EXPECT_EQ(_geocoder->mostWaiting(), 1u);
+}
+
+TEST_F(PBGeoManagerTest, equalAddressGrowsThePlaceAndSurvivesARestart) {
+    ask(48);
+    answer(u"Ulm"_s);
+    ask(48.5, 9.5);
+    answer(u"ULM"_s, 2);
+    EXPECT_EQ(rows(), QStringList{u"Ulm 9/48 9.5/48.5"_s});
+    EXPECT_EQ(_notices, 2);
+    makeManager();
+    EXPECT_EQ(addressAt(48), u"Ulm"_s);
+    EXPECT_EQ(addressAt(48.501, 9.5), u"Ulm"_s);
+    EXPECT_EQ(addressAt(48.25, 9.25), u"absent"_s);
+    ask(48.501, 9.5);
+    EXPECT_TRUE(_geocoder->asked().empty());
+    // Grown after a restart, beside others: the row of that place, and no other.
+    ask(50);
+    answer(u"Fulda"_s);
+    ask(49);
+    answer(u"Ulm"_s, 2);
+    EXPECT_EQ(rows(), (QStringList{u"Ulm 9/48 9.5/48.5 9/49"_s, u"Fulda 9/50"_s}));
+}
+
+TEST_F(PBGeoManagerTest, positionsWithoutAnAddressAreRememberedInMemoryOnly) {
+    for (const GeocodeError error : {GeocodeError::NoResult, GeocodeError::PartialResult}) {
+        const int latitude = static_cast<int>(error);
+        ask(latitude);
+        answer(places::GeocodeAnswer{{}, error}, 1);
+        EXPECT_EQ(addressAt(latitude + 0.01), u"null"_s);
+        EXPECT_EQ(addressAt(latitude + 0.1), u"absent"_s);
+        ask(latitude + 0.01);
+    }
+    EXPECT_EQ(_geocoder->asked().size(), 2u);
+    EXPECT_EQ(rows(), QStringList());
+    EXPECT_EQ(_notices, 0);
+    makeManager();
+    EXPECT_EQ(addressAt(static_cast<int>(GeocodeError::NoResult)), u"absent"_s);
+}
+
+TEST_F(PBGeoManagerTest, answersThatTellNothingDropThePositionAndGoOn) {
+    const std::vector<places::GeocodeAnswer> answers{
+        {{}, GeocodeError::Network},
+        {{}, GeocodeError::None},
+        {{{}}, GeocodeError::None},
+        {{{PBNull{}}}, GeocodeError::None},
+        {{{u"text"_s}}, GeocodeError::None}};
+    for (unsigned index = 0; index <= answers.size(); ++index)
+        ask(10 + index);
+    for (unsigned index = 0; index < answers.size(); ++index) {
+        answer(answers[index], index + 2);
+        EXPECT_EQ(addressAt(10 + index), u"absent"_s);
+    }
+    EXPECT_EQ(_notices, 0);
+    answer(u"Last"_s, answers.size() + 1);
+    // Dropped, not forgotten: the next scan asks again.
+    ask(10);
+    EXPECT_EQ(_geocoder->asked().size(), answers.size() + 2);
+}
+
+TEST_F(PBGeoManagerTest, rowsThatCannotBeReadAreSkippedOnLoading) {
+    const PBValue blob = GeoBlobs::encodeCoordinates(std::vector{10.0, 20.0, 200.0});
+    const PBValue shorter = GeoBlobs::encodeCoordinates(std::vector{11.0});
+    const PBValue good = platform::encodeDictionary({{u"City"_s, u"Good"_s}});
+    const PBValue bad = platform::encodeDictionary({{u"City"_s, u"Bad"_s}});
+    const std::array<PBValue, 3> rows[] = {
+        {PBNull{}, blob, bad},
+        {blob, PBNull{}, bad},
+        {blob, blob, PBNull{}},
+        {QByteArray("junk"), blob, bad},
+        {blob, QByteArray::fromHex("9bffffffffffffffff"), bad},
+        {blob, blob, blob},
+        {u"text"_s, 7, bad},
+        {blob, blob, good},
+        {blob, shorter, platform::encodeDictionary({{u"City"_s, u"Short"_s}})}};
+    for (const auto& [longitude, latitude, dictionary] : rows)
+        ASSERT_TRUE(_db.executeUpdate(
+            u"insert into Geo (Longitude,Latitude,AddressDict) values (?,?,?)"_s, longitude,
+            latitude, dictionary));
+    makeManager();
+    EXPECT_EQ(addressAt(10, 10), u"Good"_s);
+    EXPECT_EQ(addressAt(20, 20), u"Good"_s);
+    EXPECT_EQ(addressAt(11, 10), u"Short"_s);
+    EXPECT_EQ(addressAt(11, 20), u"absent"_s);
+}
+
+TEST_F(PBGeoManagerTest, catalogueThatRefusesANewPlaceLeavesItUnknown) {
+    ASSERT_TRUE(_db.executeUpdate(u"drop table Geo"_s));
+    ask(48);
+    answer(u"Ulm"_s);
+    EXPECT_EQ(addressAt(48), u"absent"_s);
+    // A notice would have the scan ask again, without end.
+    EXPECT_EQ(_notices, 0);
+}
+
+TEST_F(PBGeoManagerTest, cancellingDropsWhatWaitsAndLaterRequestsGoOut) {
+    ask(48);
+    ask(50);
+    _manager->cancelReverseGeocoding();
+    _main.run();
+    EXPECT_FALSE(_manager->hasPendingRequests());
+    EXPECT_EQ(addressAt(48), u"absent"_s);
+    ask(51);
+    EXPECT_EQ(_geocoder->asked(), (std::vector<PBLocation>{{48, 9}, {51, 9}}));
+    // An answer that comes after the end is dropped.
+    ASSERT_TRUE(_geocoder->answer(cityAnswer(u"Ulm"_s)));
+    _manager.reset();
+    _main.run();
+    EXPECT_EQ(rows(), QStringList());
+}
+
+TEST_F(PBGeoManagerTest, withoutAGeocoderKnownPlacesAreKnownAndNothingIsQueued) {
+    ask(48);
+    answer(u"Ulm"_s);
+    PBGeoManager manager(nullptr, _main.poster());
+    EXPECT_FALSE(manager.canUseGeocoder());
+    EXPECT_TRUE(manager.addressDictionaryWithLocation({48, 9}).isAbsent());
+    manager.loadAddressFromDb(_db);
+    EXPECT_TRUE(manager.addressDictionaryWithLocation({48, 9}).isDictionary());
+    manager.addLocationToReverseGeocoding({10, 9});
+    manager.tryDoReverseGeocoding();
+    manager.cancelReverseGeocoding();
+}
+
+} // namespace

@@ -1,0 +1,89 @@
+#include "shell/commands/FullScreenControl.h"
+
+#include "support/Support.h"
+
+#include <QCursor>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QSignalSpy>
+#include <QTest>
+#include <QToolBar>
+
+namespace {
+
+struct FullScreenControlTest : testing::Test {
+    FullScreenControlTest() {
+        window.menuBar()->addMenu(u"File"_s);
+        window.addToolBar(&toolbar);
+        toolbar.addWidget(&field);
+        window.setCentralWidget(new QWidget);
+        window.centralWidget()->setFocusPolicy(Qt::StrongFocus);
+        window.centralWidget()->setFocus();
+        window.show();
+    }
+    QString shown() {
+        return (window.menuBar()->isVisible() ? u"menus "_s : QString()) +
+               (toolbar.isVisible() ? u"tools"_s : QString());
+    }
+    void moveMouseTo(const QPoint& point) { QCursor::setPos(window.mapToGlobal(point)); }
+    [[nodiscard]] bool staysShown() {
+        // Looks at the mouse, which it does a few times a second.
+        QSignalSpy looks(control.findChild<QTimer*>(), &QTimer::timeout);
+        return support::spinUntil([&] { return looks.size() >= 2; }) && shown() != QString();
+    }
+
+    bool hideToolbar = false;
+    QMainWindow window;
+    QToolBar toolbar;
+    QLineEdit field;
+    FullScreenControl control{
+        {.window = window, .toolbar = toolbar, .hideToolbar = [this] { return hideToolbar; }},
+        nullptr};
+};
+
+TEST_F(FullScreenControlTest, theBarsGoWithTheWholeScreenAndLeaveWithTheEscapeKey) {
+    QSignalSpy changes(&control, &FullScreenControl::fullScreenDidChange);
+    EXPECT_EQ(shown(), u"menus tools"_s);
+    control.showBars(); // of no effect in a window
+    hideToolbar = true;
+    control.updateBars();
+    EXPECT_EQ(shown(), u"menus "_s);
+    control.toggle();
+    EXPECT_TRUE(control.isFullScreen());
+    EXPECT_EQ(shown(), QString());
+    control.showBars();
+    EXPECT_EQ(shown(), u"menus "_s);
+    hideToolbar = false;
+    QTest::keyClick(&window, Qt::Key_A);
+    EXPECT_TRUE(control.isFullScreen());
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_FALSE(control.isFullScreen());
+    EXPECT_EQ(shown(), u"menus tools"_s);
+    QTest::keyClick(&window, Qt::Key_Escape); // nobody's in a window
+    EXPECT_EQ(changes, (QList<QList<QVariant>>{{true}, {false}}));
+}
+
+TEST_F(FullScreenControlTest, onTheWholeScreenTheEdgeBringsTheBarsAndLeavingThemHidesThem) {
+    control.toggle();
+    moveMouseTo({300, 400});
+    QWidget* edge = window.childAt(5, 1);
+    ASSERT_TRUE(edge);
+    EXPECT_EQ(edge->geometry(), QRect(0, 0, window.width(), 2));
+    QEnterEvent enter({5, 1}, {5, 1}, {5, 1});
+    QCoreApplication::sendEvent(edge, &enter);
+    EXPECT_EQ(shown(), u"menus tools"_s);
+    EXPECT_TRUE(edge->isHidden());
+    moveMouseTo({300, toolbar.geometry().bottom()});
+    EXPECT_TRUE(staysShown());
+    moveMouseTo({300, 400});
+    EXPECT_TRUE(support::spinUntil([&] { return shown() == QString(); }));
+
+    control.showBars();
+    window.activateWindow();
+    field.setFocus();
+    ASSERT_TRUE(support::spinUntil([&] { return field.hasFocus(); }));
+    EXPECT_TRUE(staysShown()) << "somebody types";
+}
+
+} // namespace

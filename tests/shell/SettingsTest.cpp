@@ -1,0 +1,78 @@
+#include "group/GroupTypes.h"
+#include "group/ItemOrder.h"
+#include "platform/program/UserDefaults.h"
+#include "shell/panes/WindowSettings.h"
+#include "shell/services/BrowsingSettings.h"
+
+#include "support/Support.h"
+
+namespace {
+
+struct SettingsTest : testing::Test {
+    QTemporaryDir folder;
+    platform::UserDefaults defaults{folder.filePath(u"Velmora.conf"_s)};
+};
+
+TEST_F(SettingsTest, whatIsChosenIsThereAgainAtTheNextStart) {
+    BrowsingSettings browsing(defaults);
+    browsing.setRecurseSubFolder(false);
+    browsing.setGroupTypeArray(std::make_shared<const std::vector<int>>(std::vector{63, 0}));
+    browsing.setGroupTypeArray(nullptr); // no chain at all
+    browsing.setSortType(group::SortPixelArea);
+    browsing.setDescendingSort(true);
+    browsing.setFilter(group::FilterFlagged | group::FilterRated);
+    browsing.setSearchString(u"sea"_s);
+    WindowSettings(defaults).setInfoTag(1);
+    platform::UserDefaults stored(folder.filePath(u"Velmora.conf"_s));
+    BrowsingSettings next(stored);
+    EXPECT_FALSE(next.recurseSubFolder());
+    EXPECT_EQ(*next.groupTypeArray(), (std::vector{63, 0}));
+    EXPECT_EQ(next.sortType(), group::SortPixelArea);
+    EXPECT_TRUE(next.descendingSort());
+    EXPECT_EQ(next.filter(), 3U);
+    EXPECT_EQ(next.searchString(), QString()) << "never stored";
+    EXPECT_EQ(WindowSettings(stored).infoTag(), 1);
+
+    EXPECT_TRUE(next.clearFilterAndSearch());
+    EXPECT_EQ(next.filter(), 0U);
+    EXPECT_FALSE(next.clearFilterAndSearch());
+    next.setSearchString(u"sea"_s);
+    EXPECT_TRUE(next.clearFilterAndSearch());
+}
+
+TEST_F(SettingsTest, numbersOutsideOfTheirRangesCountAsNotChosen) {
+    const auto expectDefaults = [this] {
+        const BrowsingSettings browsing(defaults);
+        EXPECT_TRUE(browsing.recurseSubFolder());
+        EXPECT_EQ(
+            *browsing.groupTypeArray(), (std::vector<int>{group::CaptureYear, group::Folder}));
+        EXPECT_EQ(browsing.sortType(), group::SortFileName);
+        EXPECT_FALSE(browsing.descendingSort());
+        EXPECT_EQ(browsing.filter(), 0U);
+        const WindowSettings window(defaults);
+        EXPECT_FALSE(window.hideStatusBar() || window.hideToolbar());
+        EXPECT_EQ(window.infoTag(), 0);
+    };
+    expectDefaults();
+    EXPECT_EQ(WindowSettings(defaults).imageBrowserViewStyle(), 15U);
+    EXPECT_EQ(WindowSettings(defaults).thumbnailSize(), 160);
+    defaults.setInteger(-1, u"Filter"_s);
+    defaults.setInteger(-1, u"ImageBrowserViewStyle"_s);
+    EXPECT_EQ(WindowSettings(defaults).imageBrowserViewStyle(), 0U);
+    for (const auto& [groupType, sortType, tag] : {std::tuple(-1, -1, -1), {64, 7, 2}}) {
+        defaults.setIntegers({3, groupType}, u"GroupTypeArray"_s);
+        defaults.setInteger(sortType, u"SortType"_s);
+        defaults.setInteger(tag, u"InfoTag"_s);
+        expectDefaults();
+    }
+    defaults.setIntegers({}, u"GroupTypeArray"_s);
+    EXPECT_TRUE(BrowsingSettings(defaults).groupTypeArray()->empty());
+    defaults.setInteger(0, u"SortType"_s);
+    EXPECT_EQ(BrowsingSettings(defaults).sortType(), group::SortNone);
+    for (const double stored : {63.0, 65.0, 257.0}) {
+        defaults.setDouble(stored, u"ThumbnailSize"_s);
+        EXPECT_EQ(WindowSettings(defaults).thumbnailSize(), std::clamp(stored, 64.0, 256.0));
+    }
+}
+
+} // namespace

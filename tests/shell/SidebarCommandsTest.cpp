@@ -1,0 +1,247 @@
+#include "shell/ShellFixture.h"
+#include "shell/groups/GroupMenus.h"
+#include "shell/sidebar/FolderPrompts.h"
+#include "shell/sidebar/SourceSidebar.h"
+
+#include <QMainWindow>
+#include <QSignalSpy>
+
+namespace {
+
+/// Notes what the user would be told, and chooses what the test says.
+struct NotedPrompts final : FolderPrompts {
+    void chooseFolder(const QString&, std::function<void(const QString&)> chosen) override {
+        chosen(choice);
+    }
+    void alertFolderAliasIsAlreadyExist(const QString& name) override { told.append(u'=' + name); }
+    void alertCantMount(const QString& name, const QString&) override { told.append(u'!' + name); }
+    void alertCantAddFolder(const QString& path) override { told.append(u'-' + path); }
+
+    QString choice;
+    QStringList told;
+};
+
+struct SidebarCommandsTest : ShellFixture {
+    std::shared_ptr<PBAliasObject> root(QStringView name) {
+        const auto added = addRoot(make(name));
+        tree.dataSource().reloadCategoryItem();
+        return added;
+    }
+    void select(const PBAliasObject& alias, const QString& relativePath = {}) {
+        const auto item = tree.dataSource().folderItemWithAliasObject(alias, relativePath, true);
+        ASSERT_TRUE(item);
+        tree.select(*item);
+    }
+    QString selected() {
+        const auto item = tree.selectedFolder();
+        return item ? item->folderPath() : QString();
+    }
+    QString lastFolder() const { return *defaults.stringForKey(u"LastSelectFolder"_s); }
+
+    QMainWindow window;
+    NotedPrompts prompts;
+    int tips = 0;
+    SourceSidebar sidebar{shell(), window, prompts, [this] { ++tips; }};
+    SourceTreeController& tree = sidebar.tree();
+    SourceSelection& selection = sidebar.selection();
+    FolderRootCommands& commands = sidebar.commands();
+    const QString x = make(u"A/x");
+    const std::shared_ptr<PBAliasObject> a = root(u"A");
+    const std::shared_ptr<PBAliasObject> b = root(u"B");
+};
+
+TEST_F(SidebarCommandsTest, selectingAFolderIsShownRememberedScannedAndHasNoFilterOfTheLast) {
+    const QString deep = make(u"A/x/deep");
+    QSignalSpy reset(&selection, &SourceSelection::filtersDidReset);
+    QSignalSpy stepped(&selection, &SourceSelection::historyDidChange);
+    for (const bool launched : {false, true}) {
+        delegate.launched = launched;
+        browsing.setFilter(group::FilterRated);
+        browsing.setSearchString(u"sea"_s);
+        select(*a, launched ? u"x/deep"_s : QString());
+        EXPECT_EQ(browsing.filter(), launched ? 0U : 2U) << "the start keeps that of the last run";
+        EXPECT_EQ(browsing.searchString(), launched ? QString() : u"sea"_s);
+        EXPECT_EQ(reset.size(), launched);
+        EXPECT_EQ(stepped.size(), 1 + launched);
+        EXPECT_EQ(delegate.scans, 1 + launched);
+        EXPECT_EQ(window.windowTitle(), launched ? u"deep"_s : u"A"_s);
+        EXPECT_EQ(window.windowFilePath(), launched ? deep : path(u"A"));
+        EXPECT_EQ(lastFolder(), window.windowFilePath());
+    }
+    QDir(x).removeRecursively();
+    tree.dataSource().refreshChilden({}, true);
+    tree.dataSource().reloadData();
+    EXPECT_EQ(window.windowTitle(), u"Velmora"_s);
+    EXPECT_EQ(window.windowFilePath(), QString());
+    EXPECT_EQ(lastFolder(), deep) << "kept for the next start";
+    EXPECT_EQ(delegate.scans, 3);
+}
+
+TEST_F(SidebarCommandsTest, aRootThatIsSelectedIsLookedForAndWhatHinderedItIsTold) {
+    setAway(*a, true);
+    select(*a);
+    EXPECT_EQ(prompts.told, QStringList{u"!A"_s});
+    EXPECT_EQ(delegate.watchUpdates, 0);
+    EXPECT_FALSE(history.canBack());
+    disks.away.clear();
+    Q_EMIT sidebar.view()->selectedRowPressed(sidebar.view()->currentIndex());
+    EXPECT_TRUE(a->isMounted());
+    EXPECT_EQ(delegate.watchUpdates, 1);
+    EXPECT_EQ(prompts.told.size(), 1);
+    selection.mountFailed(*a, u"why"_s);
+    EXPECT_EQ(prompts.told.size(), 2);
+}
+
+TEST_F(SidebarCommandsTest, theLastFolderIsAwaitedUntilItsDiskComesOrTheUserSelectsAnother) {
+    for (const bool otherwise : {false, true}) {
+        tree.clearSelection();
+        setAway(*a, true);
+        defaults.setString(x, u"LastSelectFolder"_s);
+        selection.doSelectLastFolder();
+        EXPECT_EQ(selected(), QString());
+        if (otherwise) select(*b);
+        setAway(*a, false);
+        selection.volumesDidMount({a});
+        EXPECT_EQ(selected(), path(otherwise ? u"B" : u"A/x"));
+    }
+}
+
+TEST_F(SidebarCommandsTest, aVolumeThatGoesTakesTheSelectionAndOneThatMovedKeepsIt) {
+    select(*a);
+    const int scans = delegate.scans;
+    selection.volumesDidMount({});
+    selection.volumesDidUnmount({});
+    EXPECT_EQ(delegate.watchUpdates, 0) << "nothing changed";
+    selection.volumesDidMount({b});
+    EXPECT_EQ(delegate.scans, scans) << "another root";
+    selection.volumesDidMount({a});
+    EXPECT_EQ(delegate.scans, scans + 1);
+    EXPECT_EQ(delegate.watchUpdates, 2);
+    selection.volumesDidUnmount({a}); // found elsewhere in the meantime
+    EXPECT_EQ(selected(), path(u"A"));
+    setAway(*a, true);
+    selection.volumesDidUnmount({b});
+    EXPECT_TRUE(tree.selectedItem());
+    selection.volumesDidUnmount({a});
+    EXPECT_FALSE(tree.selectedItem());
+    EXPECT_EQ(delegate.watchUpdates, 5);
+}
+
+TEST_F(SidebarCommandsTest, stepsOfTheHistoryAreNoEntriesOfItAndPassOverWhatIsGone) {
+    select(*a);
+    select(*a, u"x"_s);
+    select(*b);
+    QSignalSpy stepped(&selection, &SourceSelection::historyDidChange);
+    selection.back();
+    EXPECT_EQ(selected(), x);
+    EXPECT_TRUE(history.canForward()) << "what lies ahead is not forgotten";
+    selection.forward();
+    EXPECT_EQ(selected(), path(u"B"));
+    EXPECT_TRUE(history.needPush());
+    QDir().rmdir(x);
+    tree.dataSource().refreshChilden({}, true);
+    tree.dataSource().reloadData();
+    selection.back();
+    EXPECT_EQ(selected(), path(u"A"));
+    EXPECT_EQ(stepped.size(), 3);
+    selection.back();
+    EXPECT_EQ(stepped.size(), 4) << "also where no step is left";
+}
+
+TEST_F(SidebarCommandsTest, aNewRootIsStoredWatchedShownAndSelectedAfterTheScanLetGo) {
+    bool hasScanned = false;
+    scanQueue.addOperation([&] { hasScanned = true; });
+    prompts.choice = make(u"new folder");
+    commands.addFolderAlias();
+    EXPECT_EQ(tips, 1);
+    EXPECT_EQ(selected(), QString()) << "not within the dialog";
+    runPosted();
+    EXPECT_EQ(selected(), path(u"new folder"));
+    EXPECT_EQ(
+        support::rowsOf(db, u"select Type,State from FolderAlias"_s), QStringList(3, u"0|0"_s));
+    runPosted();
+    EXPECT_EQ(delegate.watchUpdates, 1);
+    scanQueue.setSuspended(false);
+    scanQueue.waitUntilAllOperationsAreFinished();
+    EXPECT_FALSE(hasScanned) << "its rows of folders are old";
+
+    commands.doAddFolder(prompts.choice + u'/');
+    runPosted();
+    commands.doAddFolder(path(u"none"));
+    EXPECT_EQ(prompts.told, (QStringList{u"=new folder"_s, u'-' + path(u"none")}));
+    tree.clearSelection();
+    EXPECT_TRUE(commands.addOrSelectFolder(prompts.choice));
+    EXPECT_EQ(selected(), prompts.choice);
+    EXPECT_EQ(manager.aliasArray().size(), 3U);
+    prompts.choice.clear();
+    commands.addFolderAlias();
+    runPosted();
+    EXPECT_EQ(tips, 2);
+    EXPECT_EQ(prompts.told.size(), 2);
+}
+
+TEST_F(SidebarCommandsTest, aRemovedRootEndsItsScanAndComesBackAsItWas) {
+    const auto inner = root(u"A/inner");
+    select(*a);
+    commands.doRemoveFolderAlias(tree.dataSource().folderAliasItemWithAliasObject(*inner));
+    EXPECT_EQ(delegate.cancels, 0) << "another one is shown";
+    EXPECT_EQ(selected(), path(u"A"));
+    EXPECT_EQ(delegate.watchUpdates, 1);
+    EXPECT_EQ(tips, 1);
+    ASSERT_TRUE(inner->isZombie());
+    commands.doAddFolder(path(u"A/inner"));
+    runPosted();
+    EXPECT_EQ(prompts.told, QStringList());
+    EXPECT_FALSE(inner->isZombie());
+    EXPECT_EQ(selected(), path(u"A/inner"));
+
+    EXPECT_TRUE(commands.canRemoveFolderAlias());
+    commands.removeFolderAlias();
+    EXPECT_EQ(delegate.cancels, 1);
+    EXPECT_TRUE(inner->isZombie());
+    EXPECT_FALSE(commands.canRemoveFolderAlias());
+    commands.removeFolderAlias();
+    EXPECT_EQ(tips, 2) << "nothing is selected";
+
+    // Nothing that the catalogue refuses is shown.
+    refuse(u"insert"_s);
+    refuse(u"update"_s);
+    EXPECT_FALSE(commands.addOrSelectFolder(path(u"A/inner")));
+    commands.doAddFolder(make(u"new"));
+    EXPECT_EQ(prompts.told, QStringList{u'-' + path(u"new")});
+    EXPECT_FALSE(tree.dataSource().folderAliasItemWithAliasObject(*inner));
+    EXPECT_EQ(manager.aliasArray().size(), 3U);
+}
+
+TEST_F(ShellFixture, presetsAreSavedChosenAndRemoved) {
+    struct NoPrompts final : GroupPrompts {
+        void alertLocationRequireSystem() override {}
+    } none;
+    GroupMenus menus(
+        {.groupTypeArray = [this] { return browsing.groupTypeArray(); },
+         .setGroupTypeArray = [this](PBGroupTypeArray chain) { browsing.setGroupTypeArray(chain); },
+         .scan = [this] { delegate.scan(); },
+         .canUseGeocoder = [] { return false; },
+         .settings = defaults,
+         .prompts = none});
+    using Type = group::GroupPresets::Action::Type;
+    const group::GroupChain first = *browsing.groupTypeArray();
+    const group::GroupChain second{group::StarRating};
+    struct {
+        Type type;
+        group::GroupChain chain;
+        std::vector<group::GroupChain> saved;
+        int scans;
+    } const steps[] = {
+        {Type::Save, {}, {first}, 0},       {Type::Select, first, {first}, 0}, // the chain in force
+        {Type::Select, second, {first}, 1}, {Type::Save, {}, {first, second}, 1},
+        {Type::Remove, first, {second}, 1}, {Type::RemoveAll, {}, {}, 1}};
+    for (const auto& [type, chain, saved, scans] : steps) {
+        menus.groupContextMenuClicked({type, chain});
+        EXPECT_EQ(group::GroupPresets(defaults).chains(), saved);
+        EXPECT_EQ(delegate.scans, scans);
+    }
+    EXPECT_EQ(*browsing.groupTypeArray(), second);
+}
+
+} // namespace

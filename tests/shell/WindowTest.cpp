@@ -1,0 +1,443 @@
+#include "browser/PBImageBrowserContainerView.h"
+#include "browser/PBImageBrowserTipView.h"
+#include "browser/PBImageBrowserView.h"
+#include "group/PBImageFileItem.h"
+#include "platform/program/LocalizedTexts.h"
+#include "shell/PBMainWindowController.h"
+#include "shell/ShellFixture.h"
+#include "shell/commands/FilterCommands.h"
+#include "shell/commands/OpenFilesCommands.h"
+#include "shell/panes/StatusBarView.h"
+#include "shell/panes/ThumbnailSizeSlider.h"
+#include "shell/panes/WorkProgressView.h"
+#include "shell/sidebar/SourceSidebar.h"
+#include "shell/toolbar/MainToolbar.h"
+#include "ui/FolderDropTarget.h"
+#include "ui/PBModalTextField.h"
+#include "ui/PBPathControl.h"
+#include "ui/PBSplitView.h"
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QTest>
+#include <QToolButton>
+
+namespace {
+
+/// The real window on made photographs, of which a is selected in the sidebar's only root.
+struct WindowTest : ShellFixture {
+    WindowTest() {
+        folderId = PBCatalogue(db).insertFolderWithAliasId(root->aliasId(), {});
+        for (const QString& name : {u"a.jpg"_s, u"b.jpg"_s, u"c.jpg"_s}) {
+            support::writeFile(path(u"photos") + u'/' + name, "x");
+            const qint64 id = PBCatalogue(db).insertImageFileWithDictionary(
+                {{u"FolderId"_s, PBValue(folderId)}, {u"FileName"_s, name}});
+            items.push_back(PBImageFileItem::imageFileItemWithId(id, folderId, name, 1, 1));
+        }
+        controller.emplace(shell());
+        window().resize(1300, 800);
+        controller->showWindow();
+        tree().select(*tree().dataSource().folderAliasItemWithAliasObject(*root));
+        publish(items);
+        delegate.scans = delegate.watchUpdates = 0;
+    }
+    ~WindowTest() override { controller.reset(); }
+
+    QMainWindow& window() { return controller->window(); }
+    template <typename Widget>
+    Widget& part(const QString& name = {}) {
+        return *window().findChild<Widget*>(name);
+    }
+    MainToolbar& toolbar() { return controller->mainToolbar(); }
+    SourceTreeController& tree() { return controller->sourceSidebar().tree(); }
+    PBImageBrowserView& browser() { return part<PBImageBrowserView>(); }
+    QAction* action(QStringView name) {
+        const QList<QAction*> actions = window().actions();
+        return *std::ranges::find(actions, name, &QAction::objectName);
+    }
+    void openMenus() { Q_EMIT window().menuBar()->actions().front()->menu()->aboutToShow(); }
+    bool isEnabled(QStringView name) {
+        openMenus();
+        return action(name)->isEnabled();
+    }
+    void choose(QStringView name) {
+        openMenus();
+        action(name)->trigger();
+    }
+    QString selected() {
+        QString names;
+        for (const auto& item : browser().selection().selectedFileArray(FoldedLeaves::Included))
+            names += item->fileName().first(1);
+        return names;
+    }
+    void selectItems(const QString& names) {
+        for (const auto& item : items)
+            item->setIsSelected(names.contains(item->fileName().first(1)));
+        browser().selectDidChange();
+    }
+    template <typename Dialog>
+    [[nodiscard]] bool closesDialog() {
+        const std::unique_ptr<Dialog> dialog(window().findChild<Dialog*>());
+        return dialog != nullptr;
+    }
+    void click(QStringView toolTip) {
+        for (QToolButton* button : window().findChildren<QToolButton*>())
+            if (button->toolTip() == toolTip) return button->click();
+        ADD_FAILURE() << toolTip.toString().toStdString();
+    }
+    /// Its title, when nothing moves any more.
+    QString titleOf(QStringView name) {
+        EXPECT_TRUE(support::spinUntil([this] {
+            return std::ranges::none_of(
+                window().findChildren<PBSplitView*>(), &PBSplitView::isAnimationRunning);
+        }));
+        openMenus();
+        return action(name)->text();
+    }
+
+    std::shared_ptr<PBAliasObject> root = addRoot(make(u"photos"));
+    qint64 folderId = 0;
+    PBImageFileList items;
+    std::optional<PBMainWindowController> controller;
+};
+
+TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelection) {
+    const QString always = u"addFolderAlias filter_Flag filter_Star find go_FirstItem go_LastItem "
+                           "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem quit "
+                           "recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
+                           "view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
+                           "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
+                           "view_SideBar view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
+    const auto enabledBesides = [this](const QString& known) {
+        openMenus();
+        QStringList names;
+        for (const QAction* each : window().actions())
+            if (each->isEnabled() && !each->objectName().startsWith(u"arrange_") &&
+                !known.split(u' ').contains(each->objectName()))
+                names.append(each->objectName());
+        names.sort();
+        return names.join(u' ');
+    };
+    EXPECT_EQ(enabledBesides({}), always);
+    window().activateWindow();
+    browser().setFocus();
+    ASSERT_TRUE(support::spinUntil([this] { return browser().hasFocus(); }));
+    browser().GotoIndex({0, 1});
+    EXPECT_EQ(
+        enabledBesides(always),
+        u"deselectAll go_FirstGroupItem go_LastGroupItem renameFile revealInFinder"_s);
+    make(u"photos/sub");
+    controller->sourceSidebar().view()->setFocus();
+    ASSERT_TRUE(support::spinUntil([&] { return tree().hasFocus(); }));
+    selectItems({});
+    EXPECT_TRUE(isEnabled(u"revealInFinder")) << "the folder";
+    const QAction* flag = action(u"flagClicked");
+    EXPECT_FALSE(flag->isChecked()) << "nothing is selected";
+    tree().dataSource().refreshChilden(path(u"photos"), true);
+    controller->sourceSelection().selectFolder(path(u"photos/sub"));
+    items[1]->setFlagged(true);
+    selectItems(u"b"_s);
+    EXPECT_FALSE(isEnabled(u"removeFolderAlias")) << "no root";
+    EXPECT_TRUE(flag->isChecked());
+    selectItems(u"ab"_s);
+    Q_EMIT browser().contextMenuRequested(true, QPoint(10, 10));
+    auto* menu = browser().findChild<QMenu*>();
+    ASSERT_TRUE(menu);
+    EXPECT_FALSE(flag->isChecked()) << "one of two";
+    EXPECT_EQ(menu->actions().front(), action(u"view_BrowserView"));
+    menu->close();
+    tree().clearSelection();
+    EXPECT_FALSE(isEnabled(u"revealInFinder"));
+    delegate.largeView = true;
+    EXPECT_FALSE(isEnabled(u"selectAll"));
+}
+
+TEST_F(WindowTest, eachEntryDoesWhatItSaysAndTheDisplayStartsAnewWhereItHasTo) {
+    const std::map<QString, std::function<qint64()>> figures{
+        {u"sort"_s, [this] { return browsing.sortType() + (browsing.descendingSort() ? 10 : 0); }},
+        {u"style"_s, [this] { return browser().style(); }},
+        {u"size"_s, [this] { return qRound64(browser().thumbnailSize()); }},
+        {u"filter"_s, [this] { return browsing.filter(); }},
+        {u"recurses"_s, [this] { return browsing.recurseSubFolder(); }},
+        {u"selection"_s, [this] { return selected().size(); }},
+        {u"current"_s, [this] { return browser().currentIndex().item; }}};
+    // An entry, what it changes, to what, and how often the display starts anew for it.
+    const QString rows =
+        u"arrange_DateModified sort 13 1; arrange_DateTaken sort 14 1; arrange_Ascending sort 4 1; "
+        "arrange_Dscending sort 14 1; arrange_FileSize sort 2 1; arrange_Kind sort 5 1; "
+        "arrange_ImageSize sort 6 1; arrange_None sort 0 1; arrange_FileName sort 1 1; "
+        "view_Shadow style 14 0; view_FileName style 12 0; view_FileSize style 8 0; "
+        "view_ImageSize style 0 0; view_EnlargeSmallPhoto style 16 0; view_zoomIn size 176 0; "
+        "view_zoomOut size 160 0; view_zoomOut size 144 0; filter_Flag filter 1 1; "
+        "filter_Star filter 3 1; filter_Flag filter 2 1; recurseSubFolder recurses 0 1; "
+        "recurseSubFolder recurses 1 1; selectAll selection 3 0; deselectAll selection 0 0; "
+        "go_FirstItem current 0 0; go_NextItem current 1 0; go_LastItem current 2 0; "
+        "go_PreviousItem current 1 0; go_LastGroupItem current 2 0; go_FirstGroupItem current 0 0"_s;
+    for (const QString& row : rows.split(u"; "_s)) {
+        const QStringList fields = row.split(u' ');
+        delegate.scans = 0;
+        choose(fields[0]);
+        EXPECT_EQ(figures.at(fields[1])(), fields[2].toInt()) << row.toStdString();
+        EXPECT_EQ(delegate.scans, fields[3].toInt()) << row.toStdString();
+    }
+    EXPECT_EQ(BrowsingSettings(defaults).filter(), 2U);
+    EXPECT_EQ(defaults.integerForKey(u"ImageBrowserViewStyle"_s), 16);
+    EXPECT_EQ(defaults.doubleForKey(u"ThumbnailSize"_s), 144);
+}
+
+TEST_F(WindowTest, panesBarsAndDialogsComeAndGo) {
+    for (const QString& name :
+         {u"Info"_s, u"Group"_s, u"Folder"_s, u"SideBar"_s, u"StatusBar"_s, u"toolbar"_s}) {
+        const QString command = u"view_"_s + name;
+        EXPECT_TRUE(titleOf(command).startsWith(u"Hide "));
+        choose(command);
+        EXPECT_TRUE(titleOf(command).startsWith(u"Show "));
+        if (name != u"Group") continue;
+        choose(command); // a sidebar is never empty
+        EXPECT_TRUE(titleOf(command).startsWith(u"Hide "));
+    }
+    EXPECT_TRUE(toolbar().isHidden());
+    StatusBarView& status = part<StatusBarView>();
+    EXPECT_TRUE(support::spinUntil([&] { return status.isHidden(); }));
+    EXPECT_TRUE(defaults.boolForKey(u"ShowHideToolbar"_s).value_or(false));
+    choose(u"find");
+    EXPECT_FALSE(toolbar().isHidden());
+    EXPECT_EQ(window().focusWidget(), &toolbar().searchField());
+    Q_EMIT toolbar().searchField().finished();
+    EXPECT_EQ(window().focusWidget(), &browser());
+
+    choose(u"view_StatusBar");
+    choose(u"view_FullScreen");
+    EXPECT_TRUE(window().isFullScreen());
+    EXPECT_TRUE(support::spinUntil([&] { return status.isHidden(); })) << "on the whole screen";
+    choose(u"view_FullScreen");
+    EXPECT_TRUE(support::spinUntil([&] { return !status.isHidden(); }));
+
+    for (const char16_t* command : {u"addFolderAlias", u"showShortcuts", u"showAbout"}) {
+        EXPECT_FALSE(closesDialog<QDialog>());
+        choose(command);
+        EXPECT_TRUE(closesDialog<QDialog>());
+    }
+    choose(u"quit");
+    EXPECT_FALSE(window().isVisible());
+    EXPECT_TRUE(defaults.dataForKey(u"WindowGeometry"_s));
+}
+
+TEST_F(WindowTest, whatLiesBesideTheBrowserIsConnectedToo) {
+    const QWidget* space = toolbar().itemView(u"PBAutoSpaceItem");
+    const int width = space->maximumWidth();
+    choose(u"view_SideBar");
+    (void)titleOf(u"view_SideBar");
+    EXPECT_LT(space->maximumWidth(), width) << "the toolbar keeps to the sidebar's edge";
+    click(platform::localizedString(u"MoreInformation"));
+    EXPECT_EQ(defaults.integerForKey(u"InfoTag"_s), 1);
+    const QWidget& rows = *controller->sourceSidebar().view()->viewport();
+    Q_EMIT rows.findChild<FolderDropTarget*>()->dropped({make(u"dropped")});
+    EXPECT_TRUE(manager.findAliasObjectByPath(path(u"dropped")));
+    Q_EMIT part<PBImageBrowserContainerView>().foldersDropped({make(u"another")});
+    EXPECT_TRUE(manager.findAliasObjectByPath(path(u"another")));
+    Q_EMIT browser().thumbnailSizeDidChange(200); // by a gesture
+    EXPECT_EQ(defaults.doubleForKey(u"ThumbnailSize"_s), 200);
+}
+
+TEST_F(WindowTest, theStatusBarCountsAndItsControlsWork) {
+    const auto counts = [this] { return part<StatusBarView>().findChild<QLabel*>()->text(); };
+    EXPECT_EQ(counts(), u"3 photographs"_s);
+    selectItems(u"abc"_s);
+    EXPECT_EQ(counts(), u"3 of 3 selected"_s);
+    publish({items[1]});
+    EXPECT_EQ(counts(), u"1 of 1 selected"_s);
+    selectItems({});
+    EXPECT_EQ(counts(), u"1 photograph"_s);
+    publish({});
+    EXPECT_EQ(counts(), u"No photographs"_s);
+
+    auto& slider = part<ThumbnailSizeSlider>();
+    slider.setValue(100);
+    EXPECT_EQ(browser().thumbnailSize(), 256);
+    choose(u"view_zoomOut");
+    EXPECT_LT(slider.value(), 100);
+    click(u"Hide Information");
+    EXPECT_EQ(titleOf(u"view_Info"), u"Show Information"_s);
+}
+
+TEST_F(WindowTest, aTypedNameIsTakenOrItIsToldWhyNot) {
+    selectItems(u"bc"_s);
+    EXPECT_FALSE(isEnabled(u"renameFile"));
+    selectItems(u"b"_s);
+    choose(u"renameFile");
+    auto* field = window().findChild<PBModalTextField*>();
+    EXPECT_TRUE(field && field->isVisible());
+    Q_EMIT browser().renameRequested(items[1], u"new.jpg"_s);
+    EXPECT_EQ(items[1]->fileName(), u"new.jpg"_s);
+    EXPECT_TRUE(QFile::exists(path(u"photos/new.jpg")));
+    EXPECT_FALSE(closesDialog<QMessageBox>());
+    Q_EMIT browser().renameRequested(items[1], u"a.jpg"_s);
+    const auto* box = window().findChild<QMessageBox*>();
+    ASSERT_TRUE(box);
+    EXPECT_TRUE(box->text().contains(u"new.jpg"));
+    EXPECT_TRUE(box->informativeText().contains(u"a.jpg"));
+}
+
+TEST_F(WindowTest, toolbarAndMenusShowOneFilterAndOneSearch) {
+    toolbar().filterStarAction()->trigger();
+    EXPECT_EQ(browsing.filter(), 2U);
+    toolbar().filterFlagAction()->trigger();
+    EXPECT_EQ(browsing.filter(), 3U);
+    choose(u"filter_Star");
+    EXPECT_TRUE(toolbar().filterFlagAction()->isChecked());
+    EXPECT_FALSE(toolbar().filterStarAction()->isChecked());
+    SearchField& field = toolbar().searchField();
+    Q_EMIT field.searchChanged(u"sea"_s);
+    Q_EMIT field.searchChanged(u"sea"_s);
+    EXPECT_EQ(browsing.searchString(), u"sea"_s);
+    EXPECT_EQ(delegate.scans, 4) << "the same text again is no other search";
+    EXPECT_EQ(field.text(), u"sea"_s);
+    controller->sourceSelection().notifySelectionChanged();
+    EXPECT_EQ(field.text(), QString());
+    EXPECT_FALSE(toolbar().filterFlagAction()->isChecked());
+
+    auto& subFolder = part<QToolButton>(u"subFolder"_s);
+    const QString tip = subFolder.toolTip();
+    subFolder.click();
+    EXPECT_FALSE(browsing.recurseSubFolder());
+    EXPECT_NE(subFolder.toolTip(), tip);
+    choose(u"recurseSubFolder");
+    EXPECT_EQ(subFolder.toolTip(), tip);
+    toolbar().addFolderAction()->trigger();
+    EXPECT_TRUE(closesDialog<QDialog>());
+    Q_EMIT toolbar().captionsChosen(true);
+    controller.reset();
+    controller.emplace(shell());
+    EXPECT_TRUE(toolbar().hasCaptions());
+}
+
+TEST_F(WindowTest, backAndForwardLeadWhereTheirTipsSay) {
+    const auto title = [this] { return window().windowTitle(); };
+    EXPECT_FALSE(toolbar().backAction()->isEnabled());
+    const auto other = addRoot(make(u"other"));
+    tree().dataSource().reloadCategoryItem();
+    controller->sourceSelection().selectFolder(other->path());
+    EXPECT_TRUE(toolbar().backAction()->toolTip().contains(u"photos"));
+    toolbar().backAction()->trigger();
+    EXPECT_EQ(title(), u"photos"_s);
+    EXPECT_TRUE(toolbar().forwardAction()->toolTip().contains(u"other"));
+    choose(u"forward");
+    EXPECT_EQ(title(), u"other"_s);
+    choose(u"back");
+    EXPECT_EQ(title(), u"photos"_s);
+    toolbar().forwardAction()->trigger();
+    EXPECT_EQ(title(), u"other"_s);
+    choose(u"removeFolderAlias");
+    EXPECT_FALSE(manager.findAliasObjectByPath(other->path()));
+}
+
+TEST_F(WindowTest, anotherChainIsShownStoredAndScanned) {
+    auto& breadcrumb = part<PBPathControl>();
+    EXPECT_EQ(*breadcrumb.groupTypeArray(), *browsing.groupTypeArray());
+    const auto add = [&](group::GroupType type) {
+        Q_EMIT breadcrumb.groupMenuClicked({PBGroupMenuAction::Add, static_cast<int>(type)});
+    };
+    add(group::StarRating);
+    EXPECT_EQ(browsing.groupTypeArray()->back(), group::StarRating);
+    EXPECT_EQ(breadcrumb.groupTypeArray(), browsing.groupTypeArray());
+    EXPECT_EQ(delegate.scans, 1);
+    EXPECT_EQ(*BrowsingSettings(defaults).groupTypeArray(), *browsing.groupTypeArray());
+    add(group::Place);
+    EXPECT_TRUE(closesDialog<QMessageBox>()) << "there are no places to look up";
+    EXPECT_EQ(delegate.scans, 1);
+}
+
+TEST_F(WindowTest, theTipTellsWhyNothingIsShownAndOffersABeginning) {
+    auto& tip = controller->imageBrowserTipView();
+    const auto kindAfterScan = [&](bool isScanning) {
+        delegate.scanning = isScanning;
+        controller->scanStateDidChange();
+        return tip.tipKind();
+    };
+    EXPECT_EQ(tip.tipKind(), 0);
+    publish({});
+    source.setGroupItemArray({});
+    controller->clearBrowser();
+    EXPECT_EQ(kindAfterScan(false), 3);
+    EXPECT_EQ(kindAfterScan(true), 4);
+    tree().clearSelection();
+    EXPECT_EQ(kindAfterScan(false), 2);
+    controller->folderRootCommands().doRemoveFolderAlias(
+        tree().dataSource().folderAliasItemWithAliasObject(*root));
+    EXPECT_EQ(tip.tipKind(), 1);
+    Q_EMIT tip.addFolderRequested();
+    EXPECT_TRUE(closesDialog<QDialog>());
+}
+
+TEST_F(WindowTest, longWorkIsToldWithoutBeingAskedFor) {
+    WorkFigures figures{.thumbnailsFinished = 10, .thumbnailsPending = 2};
+    controller->setWorkFigures([&] { return figures; });
+    const auto tells = [this](const QString& text) {
+        return support::spinUntil([&] {
+            return std::ranges::any_of(
+                part<StatusBarView>().findChildren<QWidget*>(), [&](const QWidget* each) {
+                    const auto* progress = dynamic_cast<const WorkProgressView*>(each);
+                    return progress && progress->text() == text;
+                });
+        });
+    };
+    delegate.scanning = true;
+    controller->scanStateDidChange();
+    figures.thumbnailsFinished = 11;
+    EXPECT_TRUE(tells(u"Thumbnails: 1 of 3"_s));
+    figures.thumbnailsPending = 0;
+    EXPECT_TRUE(tells({}));
+    figures.thumbnailsPending = 5;
+    Q_EMIT notifier.PBNotiName_BuildThumb(PBBuildThumbOperation(nullptr, {}));
+    EXPECT_TRUE(tells(u"Thumbnails: 0 of 5"_s));
+}
+
+TEST_F(WindowTest, openedFilesAreSelectedWhenTheyShowAndTheRequestEnds) {
+    const auto open = [this](const QStringList& names) {
+        selectItems({});
+        delegate.scanning = true;
+        QStringList paths;
+        for (const QString& name : names)
+            paths.append(path(u"photos") + u'/' + name);
+        controller->openFilesCommands().openFiles(paths);
+    };
+    publish({});
+    open({u"a.jpg"_s, u"c.jpg"_s});
+    EXPECT_TRUE(delegate.openFiles);
+    EXPECT_EQ(delegate.scans, 1) << "the folder that is selected already is scanned anew";
+    publish({items[0]});
+    EXPECT_EQ(selected(), QString()) << "the scan may bring the other";
+    publish(items);
+    EXPECT_EQ(selected(), u"ac"_s);
+    EXPECT_FALSE(delegate.openFiles);
+
+    open({u"b.jpg"_s, u"c.jpg"_s});
+    publish({items[1]});
+    delegate.scanning = false;
+    controller->scanStateDidChange();
+    EXPECT_EQ(selected(), u"b"_s) << "the other doesn't come";
+    EXPECT_FALSE(delegate.openFiles);
+
+    open({u"c.jpg"_s});
+    publish(items);
+    EXPECT_EQ(selected(), u"c"_s) << "one alone";
+    open({u"c.jpg"_s});
+    selectItems(u"b"_s);
+    EXPECT_FALSE(delegate.openFiles) << "the user does something else";
+    open({u"c.jpg"_s});
+    tree().clearSelection();
+    EXPECT_FALSE(delegate.openFiles);
+
+    // A folder that can't be added.
+    refuse(u"insert"_s);
+    support::writeFile(path(u"far/z.jpg"), "x");
+    browsing.setFilter(1);
+    open({u"../far/z.jpg"_s});
+    EXPECT_FALSE(delegate.openFiles);
+    EXPECT_EQ(browsing.filter(), 0U);
+}
+
+} // namespace

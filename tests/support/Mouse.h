@@ -1,0 +1,31 @@
+#pragma once
+
+#include "support/Support.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QWidget>
+
+namespace support {
+
+/// What a mouse does at a point of the widget; with Qt::NoButton it only passes over it.
+[[nodiscard]] inline QMouseEvent mouseEvent(
+    const QWidget& widget, QEvent::Type type, QPointF point, Qt::KeyboardModifiers modifiers = {},
+    Qt::MouseButton button = Qt::LeftButton) {
+    return {
+        type,
+        point,
+        widget.mapToGlobal(point),
+        type == QEvent::MouseMove ? Qt::NoButton : button,
+        type == QEvent::MouseButtonRelease ? Qt::NoButton : button,
+        modifiers};
+}
+
+inline void sendMouse(
+    QWidget& widget, QEvent::Type type, QPointF point, Qt::KeyboardModifiers modifiers = {},
+    Qt::MouseButton button = Qt::LeftButton) {
+    QMouseEvent event = mouseEvent(widget, type, point, modifiers, button);
+    QApplication::sendEvent(&widget, &event);
+}
+
+} // namespace support

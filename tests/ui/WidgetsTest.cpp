@@ -1,0 +1,205 @@
+#include "support/Mouse.h"
+#include "ui/PBModalTextField.h"
+#include "ui/PBOutlineView.h"
+#include "ui/PBSplitView.h"
+#include "ui/SearchField.h"
+
+#include <QStandardItemModel>
+#include <QTest>
+#include <QWheelEvent>
+
+namespace {
+
+using support::sendMouse;
+
+struct PBSplitViewTest : testing::TestWithParam<int> {
+    PBSplitViewTest() {
+        view.setPanes(new QWidget, new QWidget, fixed, {100, 200}, 150);
+        view.resize(600 + view.handleWidth(), 300);
+        view.show();
+        view.setFixedPaneSize(120);
+    }
+    const int fixed = GetParam();
+    PBSplitView view{Qt::Horizontal};
+};
+INSTANTIATE_TEST_SUITE_P(Fixed, PBSplitViewTest, testing::Values(0, 1));
+
+TEST_P(PBSplitViewTest, onePaneKeepsItsSizeUntilTheDividerIsDragged) {
+    EXPECT_EQ(view.widget(fixed)->minimumWidth(), 100);
+    EXPECT_EQ(view.widget(1 - fixed)->minimumWidth(), 150);
+    const std::pair<int, int> sizes[] = {{5000, 200}, {1, 100}, {0, 0}, {120, 120}};
+    for (const auto& [wanted, held] : sizes) {
+        view.setFixedPaneSize(wanted);
+        EXPECT_EQ(view.fixedPaneSize(), held) << wanted;
+        EXPECT_EQ(view.length(), 600) << wanted;
+        EXPECT_EQ(view.isPaneCollapsed(fixed), held == 0);
+    }
+    int resizes = 0;
+    QObject::connect(&view, &PBSplitView::splitViewDidResizeSubviews, &view, [&] { ++resizes; });
+    view.resize(view.width() + 90, 300);
+    EXPECT_EQ(view.fixedPaneSize(), 120);
+    EXPECT_EQ(view.length(), 690);
+    EXPECT_GE(resizes, 1);
+    // The divider follows the mouse from where it is held, until it is let go.
+    int releases = 0;
+    QObject::connect(&view, &PBSplitView::dividerReleased, &view, [&] { ++releases; });
+    const int before = view.splitPosition();
+    const auto send = [&](QEvent::Type type, int distance) {
+        QWidget& divider = *view.handle(1);
+        sendMouse(divider, type, divider.mapFrom(&view, QPointF(before + distance + 2, 50)));
+        return view.splitPosition() - before;
+    };
+    send(QEvent::MouseButtonPress, 0);
+    EXPECT_EQ(send(QEvent::MouseMove, 0), 0);
+    EXPECT_EQ(send(QEvent::MouseMove, 10), 10);
+    send(QEvent::MouseButtonRelease, 10);
+    EXPECT_EQ(releases, 1);
+    EXPECT_EQ(send(QEvent::MouseMove, -10), 10);
+}
+
+TEST_P(PBSplitViewTest, aMovePassesTheLimitsTakesNoMouseAndTellsOfItsEndOnce) {
+    int ends = 0;
+    const int end = fixed == 0 ? 0 : 600;
+    view.animateToPosition(end, [&] { ++ends; });
+    ASSERT_TRUE(view.isAnimationRunning());
+    QWidget& divider = *view.handle(1);
+    sendMouse(divider, QEvent::MouseButtonPress, {0, 50});
+    const int before = view.splitPosition();
+    sendMouse(divider, QEvent::MouseMove, {fixed == 0 ? 30.0 : -30.0, 50});
+    EXPECT_EQ(view.splitPosition(), before);
+    ASSERT_TRUE(support::spinUntil([&] { return ends > 0; }));
+    EXPECT_EQ(view.splitPosition(), end);
+    view.hide();
+    view.animateToPosition(300, [&] { ends += 10; });
+    EXPECT_EQ(ends, 11); // at once
+    EXPECT_EQ(view.widget(1 - fixed)->minimumWidth(), 150);
+}
+
+struct PBModalTextFieldTest : testing::Test {
+    PBModalTextFieldTest() {
+        window.resize(300, 200);
+        window.show();
+        field->setGeometry(100, 100, 80, 20);
+        field->show();
+        QObject::connect(field, &PBModalTextField::ended, &window, [this] { told += u"end"_s; });
+        QObject::connect(
+            field, &PBModalTextField::textFieldDidFinished, &window,
+            [this](int tag, const QString& text) { told += QString::number(tag) + text; });
+    }
+    const QPointF place{5, 5};
+    QWidget window;
+    QPointer<PBModalTextField> field = new PBModalTextField(7, u".hidden"_s, &window);
+    QStringList told;
+};
+
+TEST_F(PBModalTextFieldTest, whatIsMeantForOthersEndsNothingAndTheFirstAnswerAll) {
+    field->selectBaseName();
+    EXPECT_EQ(field->selectedText(), u".hidden"); // no extension
+    QWidget other;
+    other.show();
+    sendMouse(other, QEvent::MouseButtonPress, other.mapFromGlobal(window.mapToGlobal(place)));
+    sendMouse(*field, QEvent::MouseButtonPress, place);
+    for (const auto reason : {Qt::PopupFocusReason, Qt::ActiveWindowFocusReason}) {
+        QFocusEvent event(QEvent::FocusOut, reason);
+        QApplication::sendEvent(field, &event);
+    }
+    QKeyEvent shortcut(QEvent::ShortcutOverride, Qt::Key_F2, Qt::NoModifier);
+    shortcut.ignore();
+    QApplication::sendEvent(field, &shortcut);
+    EXPECT_TRUE(shortcut.isAccepted());
+    EXPECT_TRUE(told.isEmpty());
+    QFocusEvent away(QEvent::FocusOut, Qt::TabFocusReason);
+    QApplication::sendEvent(field, &away);
+    EXPECT_EQ(told, (QStringList{u"end"_s, u"7.hidden"_s}));
+    sendMouse(window, QEvent::MouseButtonPress, place);
+    field->cancel();
+    EXPECT_EQ(told.size(), 2); // the first answer is the only one
+    EXPECT_TRUE(support::spinUntil([&] { return !field; }));
+    sendMouse(window, QEvent::MouseButtonPress, place);
+}
+
+struct PBOutlineViewTest : testing::Test {
+    PBOutlineViewTest() {
+        for (const bool isTitle : {true, false, true, false, false, true}) {
+            auto* row = new QStandardItem(u"row"_s);
+            if (isTitle) row->setFlags(Qt::ItemIsEnabled);
+            model.appendRow(row);
+        }
+        view.setModel(&model);
+        view.resize(200, 300);
+        view.show();
+        view.setCurrentIndex(model.index(1, 0));
+        QObject::connect(
+            &view, &PBOutlineView::selectedRowPressed, &view,
+            [this](const QModelIndex& index) { pressed += index.row(); });
+    }
+    void press(int row) {
+        const QPointF point = view.visualRect(model.index(row, 0)).center();
+        sendMouse(*view.viewport(), QEvent::MouseButtonPress, point);
+    }
+    int current() const { return view.currentIndex().row(); }
+
+    QStandardItemModel model;
+    PBOutlineView view;
+    QList<int> pressed;
+};
+
+TEST_F(PBOutlineViewTest, titlesAreSteppedOverAndNeverSelected) {
+    const std::pair<Qt::Key, int> keys[] = {
+        {Qt::Key_Up, 1}, {Qt::Key_Down, 3}, {Qt::Key_Down, 4}, {Qt::Key_Down, 4}, {Qt::Key_Up, 3}};
+    for (const auto& [key, row] : keys) {
+        QTest::keyClick(&view, key);
+        EXPECT_EQ(current(), row);
+    }
+    press(2);
+    EXPECT_TRUE(view.selectionModel()->isSelected(model.index(3, 0)));
+    press(4);
+    EXPECT_TRUE(pressed.isEmpty());
+    press(4);
+    EXPECT_EQ(pressed, QList<int>{4});
+    // A row that goes takes its selection along.
+    view.setCurrentIndex(model.index(3, 0));
+    model.removeRow(4);
+    model.removeRow(0);
+    EXPECT_EQ(current(), 2);
+    model.removeRows(2, 2);
+    EXPECT_FALSE(view.currentIndex().isValid());
+    EXPECT_FALSE(view.selectionModel()->hasSelection());
+}
+
+TEST_F(PBOutlineViewTest, copyPasteAndSelectAllAreLeftToTheWindow) {
+    for (const int key : {Qt::Key_C, Qt::Key_V, Qt::Key_A})
+        for (const auto type : {QEvent::ShortcutOverride, QEvent::KeyPress}) {
+            QKeyEvent event(type, key, Qt::ControlModifier);
+            event.accept();
+            QApplication::sendEvent(&view, &event);
+            EXPECT_FALSE(event.isAccepted()) << key;
+        }
+}
+
+TEST(SearchFieldTest, tellsOfWhatIsTypedOnlyAndEscapeEmptiesIt) {
+    SearchField field(u"Search"_s);
+    QStringList told;
+    QObject::connect(&field, &SearchField::searchChanged, &field, [&](const QString& text) {
+        told += u'>' + text;
+    });
+    QObject::connect(&field, &SearchField::finished, &field, [&] { told += u"done"_s; });
+    field.show();
+    field.showText(u"shown"_s);
+    field.focusSearch();
+    EXPECT_EQ(field.selectedText(), u"shown");
+    const QAction* clear = field.actions().constFirst();
+    EXPECT_TRUE(clear->isVisible());
+    EXPECT_TRUE(told.isEmpty());
+    QTest::keyClick(&field, Qt::Key_X);
+    QTest::keyClick(&field, Qt::Key_Down);
+    QKeyEvent shortcut(QEvent::ShortcutOverride, Qt::Key_Escape, Qt::NoModifier);
+    shortcut.ignore();
+    QApplication::sendEvent(&field, &shortcut);
+    EXPECT_TRUE(shortcut.isAccepted());
+    QTest::keyClick(&field, Qt::Key_Escape);
+    EXPECT_EQ(told.join(u' '), u">x done > done");
+    EXPECT_FALSE(clear->isVisible());
+}
+
+} // namespace
