@@ -1,6 +1,6 @@
 #include "image/BareJpeg.h"
 
-#include "support/JpegWriter.h"
+#include "formatpictures/JpegWriter.h"
 
 namespace bench {
 
@@ -30,7 +30,7 @@ QImage decodeBare(const QByteArray& file, unsigned eighths) {
 }
 
 qsizetype encodeBare(const QImage& image) {
-    return support::writeJpeg(
+    return formatpictures::writeJpeg(
                {image.size(), JCS_EXT_BGRX, 50}, [&](int y) { return image.constScanLine(y); })
         .size();
 }

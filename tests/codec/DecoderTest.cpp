@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-using made::gradient;
+using formatpictures::gradient;
 
 TEST(Decoder, TruncatedPicturesKeepTheirRows) {
     const QImage image = gradient({600, 400});

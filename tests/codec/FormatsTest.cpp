@@ -4,6 +4,7 @@
 #include "codec/metadata/Pictures.h"
 #include "codec/pixels/FrameWriter.h"
 #include "codec/pixels/Geometry.h"
+#include "formatpictures/Encoders.h"
 
 #include <gif_lib.h>
 
@@ -44,7 +45,7 @@ QString colourAt(const QImage& image, int x, int y) {
 } // namespace
 
 TEST(Formats, PicturesComeOutWholeAndKeepToTheLimits) {
-    const QImage image = made::picture();
+    const QImage image = formatpictures::picture();
     const QImage small = decoded(PBUtilities::cgImageRefToPngData(image), 64).image;
     ASSERT_EQ(small.size(), QSize(64, 38));
     const auto isRefused = [](const made::Picture& picture, codec::Limits limits) {
@@ -175,7 +176,7 @@ TEST(Formats, PicturesMadeByHandShowEveryPixel) {
 
 TEST(Formats, OnlyANegativeNumberOfLayersMakesAChannelTransparency) {
     // A red of (200, 0, 100), half of it, on white.
-    QByteArray bytes = made::file("layers.psd");
+    QByteArray bytes = formatpictures::file("layers.psd");
     const QColor shown = decoded(bytes).image.pixelColor(7, 3);
     EXPECT_EQ(shown.alpha(), 128);
     EXPECT_NEAR(shown.red(), 200, 2);
@@ -185,10 +186,10 @@ TEST(Formats, OnlyANegativeNumberOfLayersMakesAChannelTransparency) {
 }
 
 TEST(Formats, EmbeddedProfilesAreApplied) {
-    const QImage image = made::picture();
+    const QImage image = formatpictures::picture();
     for (const char* name :
          {"swapped8.png", "swapped8-interlaced.png", "swapped16.png", "swapped16-interlaced.png"}) {
-        const QImage shown = decoded(made::file(name)).image;
+        const QImage shown = decoded(formatpictures::file(name)).image;
         ASSERT_EQ(shown.size(), image.size());
         EXPECT_LE(largestDifference(shown, image.rgbSwapped(), false), 3) << name;
     }
@@ -201,7 +202,7 @@ TEST(Formats, GifFramesAreComposed) {
     for (const bool isInterlaced : {false, true}) {
         for (const int disposal : {DISPOSE_DO_NOT, DISPOSE_BACKGROUND, DISPOSE_PREVIOUS}) {
             SCOPED_TRACE(::testing::Message() << disposal << ", interlaced " << isInterlaced);
-            const QByteArray bytes = made::gif(disposal, isInterlaced);
+            const QByteArray bytes = formatpictures::gif(disposal, isInterlaced);
             const auto decoder = opened(bytes);
             ASSERT_EQ(decoder->frameCount(), 3U);
             for (const auto& [frame, delay] : {std::pair(0U, 50), {1U, 120}, {2U, 10}})
@@ -229,7 +230,7 @@ TEST(Formats, GifFramesAreComposed) {
 }
 
 TEST(Formats, WebpAnimationsHaveFramesDelaysAndAlpha) {
-    const QByteArray bytes = made::file("frames.webp");
+    const QByteArray bytes = formatpictures::file("frames.webp");
     const auto decoder = opened(bytes);
     ASSERT_TRUE(decoder);
     ASSERT_EQ(decoder->frameCount(), 2U);
@@ -242,7 +243,7 @@ TEST(Formats, WebpAnimationsHaveFramesDelaysAndAlpha) {
 
 TEST(Formats, IconsGiveTheLargestEntryFirst) {
     // Red with a mask, half-transparent green, and hardly any yellow.
-    const QByteArray bytes = made::file("sizes.ico.z");
+    const QByteArray bytes = formatpictures::file("sizes.ico");
     EXPECT_EQ(opened(bytes)->frameCount(), 3U);
     EXPECT_EQ(decoded(bytes).image.size(), QSize(64, 64));
     EXPECT_EQ(decoded(bytes).image.pixelColor(9, 9).alpha(), 50);
@@ -258,7 +259,7 @@ TEST(Formats, IconsGiveTheLargestEntryFirst) {
 
 TEST(Formats, AlphaOfDeepPicturesIsStraightened) {
     for (const char* name : {"glass.jxl", "deep-glass.jxl"}) {
-        const QImage shown = decoded(made::file(name)).image;
+        const QImage shown = decoded(formatpictures::file(name)).image;
         ASSERT_EQ(shown.format(), QImage::Format_ARGB32_Premultiplied);
         const QColor pixel = shown.pixelColor(20, 20);
         EXPECT_EQ(pixel.alpha(), 128);
@@ -270,17 +271,17 @@ TEST(Formats, AlphaOfDeepPicturesIsStraightened) {
 
 TEST(Formats, NegativesAreDeveloped) {
     const QString type = u"com.adobe.raw-image"_s;
-    const QImage full = decoded(pictures::dng(), 0, type).image;
+    const QImage full = decoded(formatpictures::file("sensor.dng"), 0, type).image;
     EXPECT_EQ(full.size(), QSize(64, 48)) << "as stored, not turned";
-    const QImage small = decoded(pictures::dng(), 32, type).image;
+    const QImage small = decoded(formatpictures::file("sensor.dng"), 32, type).image;
     ASSERT_EQ(small.size(), QSize(32, 24));
     EXPECT_LE(qRed(small.pixel(4, 4)) - qRed(small.pixel(28, 20)), 4) << "evenly lit";
-    EXPECT_TRUE(decoded(pictures::dng(), 0, type, 1).image.isNull());
+    EXPECT_TRUE(decoded(formatpictures::file("sensor.dng"), 0, type, 1).image.isNull());
 }
 
 TEST(Formats, CutOffInterlacedPicturesAreIncomplete) {
     // The library takes the pixels in pieces of 8 KiB, of which one has to be whole.
-    const QByteArray bytes = made::file("large-interlaced.png.z");
+    const QByteArray bytes = formatpictures::file("large-interlaced.png");
     const codec::Frame cut = decoded(bytes.chopped(500));
     ASSERT_FALSE(cut.image.isNull());
     EXPECT_FALSE(cut.isComplete);
@@ -290,8 +291,8 @@ TEST(Formats, CutOffInterlacedPicturesAreIncomplete) {
 
 TEST(Formats, StrongReductionsOfDeepPicturesStayInPlace) {
     // Neither side divides evenly, and the last rows and columns count as well.
-    const QImage image = made::gradient({701, 403});
-    const QImage deep = decoded(made::file("odd16.png"), 30).image;
+    const QImage image = formatpictures::gradient({701, 403});
+    const QImage deep = decoded(formatpictures::file("odd16.png"), 30).image;
     const QImage plain = decoded(PBUtilities::cgImageRefToPngData(image), 30).image;
     ASSERT_EQ(deep.size(), QSize(30, 17));
     EXPECT_LE(largestDifference(deep, plain, false), 5);

@@ -21,10 +21,10 @@ std::vector<made::Picture> samples() {
     for (const char* format : {"JPEG", "PNG", "TIFF", "WEBP"})
         all.push_back({format, pictures::withMetadata(pictures::saved(glass, format), writeAll)});
     for (const char* name :
-         {"frames.gif", "interlaced.gif", "frames.webp", "deep-glass.jxl", "sizes.ico.z",
+         {"frames.gif", "interlaced.gif", "frames.webp", "deep-glass.jxl", "sizes.ico",
           "swapped16-interlaced.png"})
-        all.push_back({name, made::file(name)});
-    all.push_back({"dng", pictures::dng(), u"com.adobe.raw-image"_s});
+        all.push_back({name, formatpictures::file(name)});
+    all.push_back({"dng", formatpictures::file("sensor.dng"), u"com.adobe.raw-image"_s});
     all.push_back({"big tiff", pictures::tiff(true, 400)});
     all.push_back({"turned heif", pictures::heif({pictures::box("irot", QByteArray(1, 1))})});
     return all;

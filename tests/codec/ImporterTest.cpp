@@ -42,19 +42,19 @@ struct ImporterFallback : ::testing::Test {
 } // namespace
 
 TEST_F(ImporterFallback, SmallFramesComeUnscaledAndLargeOnesScaled) {
-    reader->full = made::gradient({100, 50});
+    reader->full = formatpictures::gradient({100, 50});
     const QImage same = importer->createImageWithMaxSize(100, 0);
     EXPECT_EQ(same.cacheKey(), reader->full.cacheKey());
     EXPECT_EQ(reader->asked, (std::vector{100, 0}));
     const QImage scaled = importer->createImageWithMaxSize(50, 0);
     EXPECT_EQ(scaled.size(), QSize(50, 25));
     EXPECT_NEAR(qRed(scaled.pixel(25, 12)), 128, 4);
-    reader->full = made::gradient({4000, 1});
+    reader->full = formatpictures::gradient({4000, 1});
     EXPECT_EQ(importer->createImageWithMaxSize(256, 0).size(), QSize(256, 1));
 }
 
 TEST_F(ImporterFallback, FailuresGiveNothingAndAreNotAskedAgain) {
-    reader->full = made::gradient({100, 50});
+    reader->full = formatpictures::gradient({100, 50});
     reader->thumbnails = codec::ReadStatus::Failed;
     EXPECT_TRUE(importer->createImageWithMaxSize(50, 0).isNull());
     EXPECT_EQ(reader->asked, std::vector{50});

@@ -1,20 +1,12 @@
 #pragma once
 
+#include "formatpictures/FormatPictures.h"
 #include "support/Support.h"
 
 #include <QImage>
 
-/// Encoded pictures of every format: by libraries at hand, or from the files in pictures/, which
-/// the formats' own encoders once made of `picture`.
+/// `formatpictures::picture` in every format.
 namespace made {
-
-/// Red fades to the right, green downwards: wrong rows, sizes and channels all show.
-[[nodiscard]] QImage gradient(QSize size);
-/// Such a gradient of 160 x 96; in its upper half each three pixels side by side are the same.
-[[nodiscard]] QImage picture();
-/// What a file in pictures/ holds: frames.gif, gradient.jxl and so on; unpacked, if it ends in
-/// ".z".
-[[nodiscard]] QByteArray file(const char* name);
 
 struct Picture {
     const char* name;
@@ -25,11 +17,6 @@ struct Picture {
     int tolerance = 3;
     bool isGray = false;
 };
-
-/// Three frames of 40 x 30: all red for 50 ms; then a blue square of 10 x 10 at (5, 5) for 120 ms,
-/// whose first row is transparent, and which `disposal` removes before a third one, green, at
-/// (25, 15) for 10 ms.
-[[nodiscard]] QByteArray gif(int disposal, bool isInterlaced);
 
 /// The same picture in every format and variation.
 [[nodiscard]] std::vector<Picture> gradients();

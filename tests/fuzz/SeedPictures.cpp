@@ -15,14 +15,14 @@ std::map<QString, QByteArray> seeds() {
         {u"text.ppm"_s, "P3 2 2 255 1 2 3 4 5 6 7 8 9 10 11 12\n"},
         {u"bits.pbm"_s, "P4 8 2 \x55\xAA"},
         {u"big.tif"_s, pictures::tiff(true, 256) + QByteArray(1200, '\x55')},
-        {u"sensor.dng"_s, pictures::dng()},
+        {u"sensor.dng"_s, formatpictures::file("sensor.dng")},
         {u"empty.heic"_s, pictures::heif({})}};
-    const QImage image = made::picture().convertToFormat(QImage::Format_Indexed8);
+    const QImage image = formatpictures::picture().convertToFormat(QImage::Format_Indexed8);
     for (const char* format : {"BMP", "PNG", "TIFF"})
         all.emplace(u"indexed."_s + QString::fromLatin1(format), pictures::saved(image, format));
     for (const char* name :
-         {"frames.gif", "interlaced.gif", "frames.webp", "glass.jxl", "layers.psd", "sizes.ico.z"})
-        all.emplace(QString::fromLatin1(name), made::file(name));
+         {"frames.gif", "interlaced.gif", "frames.webp", "glass.jxl", "layers.psd", "sizes.ico"})
+        all.emplace(QString::fromLatin1(name), formatpictures::file(name));
     for (const made::Picture& picture : made::gradients())
         all.emplace(QString::fromLatin1(picture.name), picture.bytes);
     return all;

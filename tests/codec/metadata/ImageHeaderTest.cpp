@@ -2,6 +2,7 @@
 
 #include "codec/metadata/ImageProperties.h"
 #include "codec/metadata/Pictures.h"
+#include "formatpictures/FormatPictures.h"
 
 #include <QColorSpace>
 #include <QImage>
@@ -218,7 +219,8 @@ TEST(ImageHeaderTest, bothTiffLayoutsGiveTheirMetadata) {
 }
 
 TEST(ImageHeaderTest, rawFilesHaveTheSizeThatTheyAreDevelopedTo) {
-    const auto properties = propertiesOf(pictures::dng(), u"com.adobe.raw-image"_s);
+    const auto properties =
+        propertiesOf(formatpictures::file("sensor.dng"), u"com.adobe.raw-image"_s);
     const std::tuple<QStringView, QStringView, QString> entries[] = {
         {u"", u"PixelWidth", u"64"_s},
         {u"", u"PixelHeight", u"48"_s},

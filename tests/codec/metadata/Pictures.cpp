@@ -107,8 +107,4 @@ QByteArray tiff(bool big, quint64 stripAt) {
     return (big ? file.u64(0) : file.u32(0)).bytes();
 }
 
-QByteArray dng() {
-    return qUncompress(support::readFile(QStringLiteral(MADE_PICTURES "sensor.dng.z")));
-}
-
 } // namespace pictures

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "formatpictures/ByteWriter.h"
 #include "platform/values/PBValue.h"
 #include "support/Support.h"
 
@@ -8,6 +9,8 @@
 #include <exiv2/exiv2.hpp>
 
 namespace pictures {
+
+using formatpictures::ByteWriter;
 
 using Writer = std::function<void(Exiv2::ExifData&, Exiv2::IptcData&, Exiv2::XmpData&)>;
 
@@ -27,32 +30,6 @@ propertiesOf(const QByteArray& bytes, const QString& type = {}, std::size_t fram
 [[nodiscard]] QString
 entry(const std::optional<PBDictionary>& properties, QStringView dictionary, QStringView key);
 
-/// Numbers in the given byte order, for files made by hand.
-struct ByteWriter {
-    explicit ByteWriter(bool littleEndian) : _littleEndian(littleEndian) {}
-    ByteWriter& u8(unsigned number) { return put(number, 1); }
-    ByteWriter& u16(unsigned number) { return put(number, 2); }
-    ByteWriter& u32(quint64 number) { return put(number, 4); }
-    ByteWriter& u64(quint64 number) { return put(number, 8); }
-    ByteWriter& text(const QByteArray& bytes) {
-        _bytes += bytes;
-        return *this;
-    }
-    [[nodiscard]] const QByteArray& bytes() const { return _bytes; }
-
-private:
-    ByteWriter& put(quint64 number, int size) {
-        for (int position = 0; position < size; ++position) {
-            const int shift = 8 * (_littleEndian ? position : size - 1 - position);
-            _bytes += static_cast<char>(number >> shift & 0xFF);
-        }
-        return *this;
-    }
-
-    bool _littleEndian;
-    QByteArray _bytes;
-};
-
 /// A box of the ISO base media format.
 [[nodiscard]] QByteArray box(const char* name, const QByteArray& content);
 
@@ -62,9 +39,5 @@ private:
 
 /// A TIFF file of one page of 40 x 30 gray pixels at 300 dots an inch, with the strip at `stripAt`.
 [[nodiscard]] QByteArray tiff(bool big, quint64 stripAt);
-
-/// A digital negative of 64 x 48 pixels, to be turned by a quarter (6), ISO 200, 1/250 s, with the
-/// photographic tags where TIFF/EP has them.
-[[nodiscard]] QByteArray dng();
 
 } // namespace pictures

@@ -9,7 +9,7 @@
 
 #include <jpeglib.h>
 
-namespace support {
+namespace formatpictures {
 
 struct JpegShape {
     QSize size;
@@ -23,4 +23,4 @@ struct JpegShape {
 [[nodiscard]] QByteArray
 writeJpeg(const JpegShape& shape, const std::function<const std::uint8_t*(int)>& row);
 
-} // namespace support
+} // namespace formatpictures

@@ -1,8 +1,8 @@
-#include "support/JpegWriter.h"
+#include "formatpictures/JpegWriter.h"
 
 #include <cstdlib>
 
-namespace support {
+namespace formatpictures {
 
 QByteArray writeJpeg(const JpegShape& shape, const std::function<const std::uint8_t*(int)>& row) {
     jpeg_compress_struct info{};
@@ -31,4 +31,4 @@ QByteArray writeJpeg(const JpegShape& shape, const std::function<const std::uint
     return file;
 }
 
-} // namespace support
+} // namespace formatpictures

@@ -1,0 +1,105 @@
+#include "formatpictures/Encoders.h"
+
+#include <algorithm>
+#include <array>
+
+#include <gif_lib.h>
+#include <webp/encode.h>
+#include <webp/mux.h>
+
+namespace formatpictures {
+
+namespace {
+
+void appendTo(void* bytes, const void* data, std::size_t length) {
+    static_cast<QByteArray*>(bytes)->append(
+        static_cast<const char*>(data), static_cast<qsizetype>(length));
+}
+
+struct GifPart {
+    QRect area;
+    int colour;
+    int delay; // hundredths of a second
+    int disposal;
+};
+
+void putGifPart(GifFileType* file, const GifPart& part, bool isInterlaced) {
+    GraphicsControlBlock control{};
+    control.DisposalMode = part.disposal;
+    control.DelayTime = part.delay;
+    control.TransparentColor = 3;
+    std::array<GifByteType, 4> extension{};
+    EGifGCBToExtension(&control, extension.data());
+    EGifPutExtension(file, GRAPHICS_EXT_FUNC_CODE, 4, extension.data());
+    const int width = part.area.width();
+    const int height = part.area.height();
+    EGifPutImageDesc(file, part.area.left(), part.area.top(), width, height, isInterlaced, nullptr);
+    const auto putRow = [&](int y) {
+        // Only the small parts have a transparent row, their first.
+        const int index = y == 0 && height < 20 ? 3 : part.colour;
+        std::vector<GifPixelType> row(
+            static_cast<std::size_t>(width), static_cast<GifPixelType>(index));
+        EGifPutLine(file, row.data(), width);
+    };
+    static constexpr int starts[] = {0, 4, 2, 1};
+    static constexpr int steps[] = {8, 8, 4, 2};
+    for (int pass = 0; pass < (isInterlaced ? 4 : 1); ++pass)
+        for (int y = isInterlaced ? starts[pass] : 0; y < height;
+             y += isInterlaced ? steps[pass] : 1)
+            putRow(y);
+}
+
+} // namespace
+
+QByteArray gif(int disposal, bool isInterlaced) {
+    QByteArray bytes;
+    GifFileType* file = EGifOpen(
+        &bytes,
+        [](GifFileType* gif_, const GifByteType* data, int length) {
+            appendTo(gif_->UserData, data, static_cast<std::size_t>(length));
+            return length;
+        },
+        nullptr);
+    const std::array<GifColorType, 4> colours{{{255, 0, 0}, {0, 0, 255}, {0, 255, 0}, {9, 9, 9}}};
+    ColorMapObject* map = GifMakeMapObject(4, colours.data());
+    EGifSetGifVersion(file, true);
+    EGifPutScreenDesc(file, 40, 30, 8, 0, map);
+    putGifPart(file, {{0, 0, 40, 30}, 0, 5, DISPOSE_DO_NOT}, isInterlaced);
+    putGifPart(file, {{5, 5, 10, 10}, 1, 12, disposal}, isInterlaced);
+    putGifPart(file, {{25, 15, 10, 10}, 2, 1, DISPOSE_DO_NOT}, isInterlaced);
+    EGifCloseFile(file, nullptr);
+    GifFreeMapObject(map);
+    return bytes;
+}
+
+QByteArray animatedWebp() {
+    WebPAnimEncoderOptions options;
+    WebPAnimEncoderOptionsInit(&options);
+    WebPAnimEncoder* encoder = WebPAnimEncoderNew(40, 30, &options);
+    WebPConfig config;
+    WebPConfigInit(&config);
+    config.lossless = 1;
+    int time = 0;
+    for (const auto& [colour, delay] : {std::pair(0xFFFF0000U, 50), std::pair(0x800000FFU, 120)}) {
+        WebPPicture picture;
+        WebPPictureInit(&picture);
+        picture.use_argb = 1;
+        picture.width = 40;
+        picture.height = 30;
+        WebPPictureAlloc(&picture);
+        std::fill_n(picture.argb, picture.argb_stride * 30, colour);
+        WebPAnimEncoderAdd(encoder, &picture, time, &config);
+        WebPPictureFree(&picture);
+        time += delay;
+    }
+    WebPAnimEncoderAdd(encoder, nullptr, time, nullptr);
+    WebPData data;
+    WebPDataInit(&data);
+    WebPAnimEncoderAssemble(encoder, &data);
+    QByteArray bytes(reinterpret_cast<const char*>(data.bytes), static_cast<qsizetype>(data.size));
+    WebPDataClear(&data);
+    WebPAnimEncoderDelete(encoder);
+    return bytes;
+}
+
+} // namespace formatpictures
