@@ -1,7 +1,7 @@
 #include "app/CatalogueConnections.h"
 
 #include "FMDB/FMDatabase.h"
-#include "app/DamagedCatalogue.h"
+#include "catalogue/DatabaseFile.h"
 #include "catalogue/PBCatalogue.h"
 #include "platform/program/StandardError.h"
 
@@ -55,7 +55,7 @@ std::unique_ptr<FMDatabase> openThumbnails() {
         connection->close();
         // One is enough to find out what happened.
         QFile::remove(path + QStringLiteral(".damaged"));
-        const QString aside = DamagedCatalogue::moveAside(path);
+        const QString aside = DatabaseFile::moveAside(path);
         connection = openFile(thumbnailName);
         PBCatalogue(*connection).checkTables_Thumbnail();
         if (!aside.isEmpty() && isUsable(*connection)) {

@@ -1,6 +1,7 @@
 #include "app/DamagedCatalogue.h"
 
 #include "FMDB/FMDatabase.h"
+#include "catalogue/DatabaseFile.h"
 #include "catalogue/PBCatalogue.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/StandardError.h"
@@ -19,19 +20,6 @@ QString DamagedCatalogue::reason(const QString& file) {
     if (!database.open()) return {};
     if (PBCatalogue(database).isTableExist(QStringLiteral("Version"))) return {};
     return database.isFileDamaged() ? database.lastErrorMessage() : QString();
-}
-
-QString DamagedCatalogue::moveAside(const QString& file) {
-    QString aside = file + QStringLiteral(".damaged");
-    for (int number = 2; QFile::exists(aside); ++number)
-        aside = QStringLiteral("%1.damaged-%2").arg(file).arg(number);
-    if (!QFile::rename(file, aside)) return {};
-    // A new database must not take these for its own.
-    for (const char* beside : {"-journal", "-wal", "-shm"}) {
-        const QLatin1StringView suffix(beside);
-        if (QFile::exists(file + suffix)) QFile::rename(file + suffix, aside + suffix);
-    }
-    return aside;
 }
 
 DamagedCatalogue::Choice DamagedCatalogue::ask(const QString& file, const QString& reason) {
@@ -63,7 +51,7 @@ bool DamagedCatalogue::settle(
     case Choice::GoWithout:
         break;
     case Choice::StartAnew:
-        if (const QString aside = moveAside(file); !aside.isEmpty()) {
+        if (const QString aside = DatabaseFile::moveAside(file); !aside.isEmpty()) {
             platform::complain(
                 QStringLiteral("the damaged catalogue file is kept as %1").arg(aside));
         } else {

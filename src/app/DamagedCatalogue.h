@@ -18,10 +18,6 @@ enum class Choice {
 /// Why the file can't be used; empty if it can, or isn't there.
 [[nodiscard]] QString reason(const QString& file);
 
-/// Moves a database away, with what belongs to it, to a name beside it that is free, and answers
-/// that name; empty if it could not be moved.
-[[nodiscard]] QString moveAside(const QString& file);
-
 /// Asks in a dialog of its own.
 [[nodiscard]] Choice ask(const QString& file, const QString& reason);
 

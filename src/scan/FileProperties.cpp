@@ -1,7 +1,7 @@
 #include "scan/FileProperties.h"
 
 #include "catalogue/MetadataKeys.h"
-#include "codec/pixels/Geometry.h"
+#include "core/Angles.h"
 #include "core/FileTypes.h"
 
 #include <algorithm>

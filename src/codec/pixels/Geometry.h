@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Angles.h"
+
 #include <QRectF>
 #include <QSize>
 #include <QSizeF>
@@ -13,17 +15,10 @@ namespace PBUtilities {
 /// changes nothing and gives 1.
 double fitInRect(QRectF& rect, double width, double height, bool fitIn);
 
-/// The angle in degrees, counter-clockwise positive, at which a picture of this EXIF orientation
-/// (1 to 8) is shown; mirrored orientations and all else give 0.
-[[nodiscard]] double orientationToAngle(int orientation);
-
 /// Width and height swapped for quarter turns (90 or 270 degrees once brought into [0, 360)).
 [[nodiscard]] QSizeF rotateSize(QSizeF size, double rotateAngle);
 /// The rectangle that turns about the same centre: changed by quarter turns only.
 [[nodiscard]] QRectF rotateRect(const QRectF& rect, double rotateAngle);
-
-/// The angle brought into [0, 360).
-[[nodiscard]] double positiveAngle(double angle);
 
 } // namespace PBUtilities
 

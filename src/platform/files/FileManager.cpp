@@ -29,6 +29,14 @@ double secondsOf(const struct statx_timestamp& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
+FileIdentity identityOf(const struct statx& status) {
+    constexpr qint64 nanoseconds = 1'000'000'000;
+    FileIdentity identity{.inode = status.stx_ino};
+    if ((status.stx_mask & STATX_BTIME) != 0)
+        identity.creationTime = status.stx_btime.tv_sec * nanoseconds + status.stx_btime.tv_nsec;
+    return identity;
+}
+
 bool isDirectoryAt(int folder, const dirent& entry) {
     if (entry.d_type == DT_DIR) return true;
     if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return false;
@@ -66,6 +74,7 @@ std::optional<ResourceValues> valuesAt(int folder, const QString& path) {
     values.modificationDate = secondsOf(status.stx_mtime);
     values.creationDate = (status.stx_mask & STATX_BTIME) != 0 ? secondsOf(status.stx_btime)
                                                                : values.modificationDate;
+    values.identity = identityOf(status);
     return values;
 }
 

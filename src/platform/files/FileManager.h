@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/files/FileIdentity.h"
+
 #include <QString>
 
 #include <functional>
@@ -18,6 +20,7 @@ struct ResourceValues {
     double modificationDate = 0;
     /// The birth time where the file system keeps one, else the modification date.
     double creationDate = 0;
+    FileIdentity identity;
 };
 
 /// One entry of a folder.

@@ -1,0 +1,211 @@
+#include "catalogue/marks/MarksFile.h"
+
+#include "FMDB/FMDatabase.h"
+#include "catalogue/DatabaseFile.h"
+#include "platform/files/PathNames.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <utility>
+
+namespace marks {
+
+namespace {
+
+/// About a second.
+constexpr int busyRetries = 10'000;
+constexpr qsizetype snapshotsKept = 10;
+
+const QString snapshotNames = QStringLiteral("marks-*.db");
+const QString timeInName = QStringLiteral("yyyy-MM-dd-HHmmss");
+
+struct Count {
+    qint64 catalogueId = 0;
+    qint64 edits = 0;
+    bool operator==(const Count&) const = default;
+};
+
+std::optional<Count> countOf(FMDatabase& marks) {
+    FMResultSet row =
+        marks.executeQuery(QStringLiteral("select CatalogueId,EditCount from Ledger"));
+    if (!row.next()) return std::nullopt;
+    return Count{row.longLongIntForColumnIndex(0), row.longLongIntForColumnIndex(1)};
+}
+
+std::optional<qint64> number(FMDatabase& db, const QString& sql) {
+    FMResultSet row = db.executeQuery(sql);
+    if (!row.next()) return std::nullopt;
+    return row.longLongIntForColumnIndex(0);
+}
+
+FileState failureOf(const FMDatabase& db) {
+    return db.isFileDamaged() ? FileState::Damaged : FileState::Unknown;
+}
+
+/// The newest first.
+QStringList snapshotsIn(const QString& folder) {
+    return QDir(folder).entryList({snapshotNames}, QDir::Files, QDir::Name | QDir::Reversed);
+}
+
+/// Makes the copy whole before it gets its name.
+bool copyWhole(const QString& from, const QString& to) {
+    const QString unfinished = to + QStringLiteral(".new");
+    QFile::remove(unfinished);
+    return QFile::copy(from, unfinished) && DatabaseFile::synchronize(unfinished) &&
+           QFile::rename(unfinished, to) && DatabaseFile::synchronize(QFileInfo(to).absolutePath());
+}
+
+/// The time of the snapshot that is in place now; empty when there is no good one.
+QString restoreNewest(const QString& path, const QString& snapshotFolder) {
+    for (const QString& name : snapshotsIn(snapshotFolder)) {
+        const QString snapshot = platform::pathInFolder(snapshotFolder, name);
+        if (stateOfLedger(snapshot) == FileState::Good && copyWhole(snapshot, path))
+            return name.section(u'.', 0, 0).section(u'-', 1);
+    }
+    return {};
+}
+
+bool makeLedger(const QString& path) {
+    FMDatabase marks(path);
+    marks.setBusyRetryTimeout(busyRetries);
+    return marks.open() && MarksLedger::checkTables(marks);
+}
+
+} // namespace
+
+FileState stateOfLedger(const QString& path) {
+    const QFileInfo info(path);
+    if (!info.exists() && !info.isSymLink()) return FileState::Missing;
+    FMDatabase marks(path);
+    marks.setBusyRetryTimeout(busyRetries);
+    if (!marks.open()) return FileState::Unknown;
+    // All rows before the first one counts: an error may end them early.
+    bool isWhole = true;
+    FMResultSet row = marks.executeQuery(QStringLiteral("pragma quick_check"));
+    while (row.next())
+        isWhole = isWhole && row.stringForColumnIndex(0) == u"ok";
+    if (row.hadError()) return failureOf(marks);
+    if (!isWhole) return FileState::Damaged;
+    const auto tables = number(
+        marks, QStringLiteral("select count(*) from sqlite_master where name in "
+                              "('Ledger','Marks')"));
+    if (!tables) return failureOf(marks);
+    if (*tables == 0) return FileState::Missing;
+    return *tables == 2 && countOf(marks) ? FileState::Good : FileState::Damaged;
+}
+
+QString settleLedger(const QString& path, const QString& snapshotFolder) {
+    const FileState state = stateOfLedger(path);
+    if (state == FileState::Good) return {};
+    const QString cannotBeUsed =
+        QStringLiteral("the ledger of marks %1 can't be used; stars, flags and tags can't be "
+                       "changed, and none is lost")
+            .arg(path);
+    if (state == FileState::Unknown) return cannotBeUsed;
+    QString aside;
+    if (state == FileState::Damaged) {
+        aside = DatabaseFile::moveAside(path);
+        if (aside.isEmpty()) return cannotBeUsed;
+    } else if (QFile::exists(path)) {
+        QFile::remove(path); // there is nothing in it
+    }
+    const QString time = restoreNewest(path, snapshotFolder);
+    if (time.isEmpty() && !makeLedger(path)) return cannotBeUsed;
+    if (aside.isEmpty() && time.isEmpty()) return {}; // the first one
+    const QString replacement =
+        time.isEmpty() ? QStringLiteral("what the catalogue knows")
+                       : QStringLiteral("the copy of %1 and what the catalogue knows").arg(time);
+    return aside.isEmpty()
+               ? QStringLiteral("the ledger of marks %1 was missing; it is made again from %2")
+                     .arg(path, replacement)
+               : QStringLiteral("the ledger of marks was damaged; it is made again from %1, and "
+                                "the damaged file is kept as %2")
+                     .arg(replacement, aside);
+}
+
+bool bindLedger(FMDatabase& both, const RootPaths& roots) {
+    const auto ledger = countOf(both);
+    const auto id = number(both, QStringLiteral("pragma main.application_id"));
+    const auto edits = number(both, QStringLiteral("pragma main.user_version"));
+    if (!ledger || !id || !edits) return false;
+    const Count catalogue{*id, *edits};
+    if (catalogue == *ledger && catalogue.catalogueId != 0) return true;
+
+    MarksLedger rows(both);
+    const auto marked = rows.markedFileIds();
+    if (!marked) return false;
+    Count bound{catalogue.catalogueId, std::max(catalogue.edits, ledger->edits)};
+    if (catalogue.catalogueId == 0 || catalogue.catalogueId != ledger->catalogueId) {
+        if (bound.catalogueId == 0)
+            bound.catalogueId = QRandomGenerator::system()->bounded(1, 0x7fffffff);
+        if (!both.executeUpdate(QStringLiteral("update Marks set FileId = null")) ||
+            !rows.takeFromCatalogue(*marked, roots))
+            return false;
+    } else if (catalogue.edits < ledger->edits) {
+        if (!rows.giveToCatalogue(*marked)) return false;
+    } else if (!rows.takeFromCatalogue(*marked, roots)) {
+        return false;
+    }
+    return both.executeUpdate(
+               QStringLiteral("update Ledger set CatalogueId = ?,EditCount = ?"), bound.catalogueId,
+               bound.edits) &&
+           both.executeUpdate(
+               QStringLiteral("pragma main.application_id = %1").arg(bound.catalogueId)) &&
+           both.executeUpdate(QStringLiteral("pragma main.user_version = %1").arg(bound.edits));
+}
+
+bool takeSnapshot(FMDatabase& marks, const QString& snapshotFolder, const QDateTime& now) {
+    const auto count = countOf(marks);
+    if (!count) return false;
+    const QStringList before = snapshotsIn(snapshotFolder);
+    if (!before.isEmpty()) {
+        FMDatabase newest(platform::pathInFolder(snapshotFolder, before.constFirst()));
+        newest.setBusyRetryTimeout(busyRetries);
+        if (newest.open() && countOf(newest) == count) return true;
+    } else if (count->edits == 0) {
+        return true; // nobody has marked anything yet
+    }
+    if (!QDir().mkpath(snapshotFolder)) return false;
+    const QString name = QStringLiteral("marks-%1.db").arg(now.toUTC().toString(timeInName));
+    const QString path = platform::pathInFolder(snapshotFolder, name);
+    const QString unfinished = path + QStringLiteral(".new");
+    QFile::remove(unfinished);
+    const auto photographs = number(marks, QStringLiteral("select count(*) from Marks"));
+    bool isTaken = marks.executeUpdate(QStringLiteral("vacuum into ?"), unfinished) &&
+                   stateOfLedger(unfinished) == FileState::Good &&
+                   DatabaseFile::synchronize(unfinished);
+    if (isTaken) {
+        FMDatabase copy(unfinished);
+        isTaken = copy.open() &&
+                  number(copy, QStringLiteral("select count(*) from Marks")) >= photographs;
+    }
+    if (!isTaken) {
+        QFile::remove(unfinished);
+        return false;
+    }
+    QFile::remove(path); // of the same second
+    if (!QFile::rename(unfinished, path) || !DatabaseFile::synchronize(snapshotFolder))
+        return false;
+    for (const QString& old : dispensableSnapshots(snapshotsIn(snapshotFolder)))
+        QFile::remove(platform::pathInFolder(snapshotFolder, old));
+    return true;
+}
+
+QStringList dispensableSnapshots(QStringList names) {
+    std::ranges::sort(names, std::greater());
+    QStringList dispensable;
+    QString keptMonth;
+    constexpr qsizetype throughMonth = sizeof "marks-2026-11" - 1;
+    for (const QString& name : names.mid(snapshotsKept)) {
+        const QString month = name.left(throughMonth);
+        if (month == keptMonth) dispensable.append(name);
+        keptMonth = month;
+    }
+    return dispensable;
+}
+
+} // namespace marks

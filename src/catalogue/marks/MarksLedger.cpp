@@ -1,0 +1,369 @@
+#include "catalogue/marks/MarksLedger.h"
+
+#include "FMDB/FMDatabase.h"
+#include "core/Angles.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cmath>
+
+namespace marks {
+
+namespace {
+
+/// Some five seconds: the pause between two tries is 20 microseconds, and the kernel adds to it.
+constexpr int busyRetries = 50'000;
+
+QString idsText(std::span<const qint64> ids) {
+    QString text(u'[');
+    for (const qint64 id : ids) {
+        if (text.size() > 1) text += u',';
+        text += QString::number(id);
+    }
+    return text + u']';
+}
+
+QString rootsText(const RootPaths& roots) {
+    QJsonObject object;
+    for (auto root = roots.begin(); root != roots.end(); ++root)
+        object.insert(QString::number(root.key()), root.value());
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+}
+
+QString tagsText(const QStringList& tags) {
+    return QString::fromUtf8(
+        QJsonDocument(QJsonArray::fromStringList(tags)).toJson(QJsonDocument::Compact));
+}
+
+QStringList tagsOf(const QString& text) {
+    QStringList tags;
+    for (const QJsonValue& tag : QJsonDocument::fromJson(text.toUtf8()).array())
+        tags.append(tag.toString());
+    return tags;
+}
+
+PBValue orNull(std::optional<int> value) {
+    return value ? PBValue(*value) : PBValue(PBNull{});
+}
+
+PBValue orNull(qint64 id) {
+    return id != 0 ? PBValue(id) : PBValue(PBNull{});
+}
+
+/// The angle at which `Tiff` as `t` says that the picture is shown.
+const QString& fileAngle() {
+    static const QString text = [] {
+        constexpr int orientations = 8;
+        QString cases = QStringLiteral("(case t.Orientation");
+        for (int orientation = 1; orientation <= orientations; ++orientation) {
+            const double angle = PBUtilities::orientationToAngle(orientation);
+            if (angle != 0)
+                cases +=
+                    QStringLiteral(" when %1 then %2").arg(orientation).arg(std::lround(angle));
+        }
+        return cases + QStringLiteral(" else 0 end)");
+    }();
+    return text;
+}
+
+QString positive(const QString& angle) {
+    return QStringLiteral("((cast(%1 as integer) % 360 + 360) % 360)").arg(angle);
+}
+
+/// The catalogue's marks in the ledger's form: `ImageFile` as `f`, `Tiff` as `t`.
+QString catalogueMarks() {
+    const QString angle = positive(QStringLiteral("ifnull(f.RotateAngle,0)"));
+    return QStringLiteral(
+               "min(max(ifnull(f.FileStars,0),0),5) as Stars,ifnull(f.FileFlag,0) <> 0 as Flag,"
+               "(select json_group_array(g.Tag) from (select a.Tag from json_each("
+               "case when json_valid('['||f.Tag||']') then '['||f.Tag||']' else '[]' end) j "
+               "join Tags a on a.Id = j.value order by j.key) g) as Tags,"
+               "case when %1 <> %2 then %1 end as Rotation")
+        .arg(angle, positive(fileAngle()));
+}
+
+/// What the catalogue knows of a photograph: as above, and `Folder` as `d`, `Exif` as `e`, the
+/// roots as `r`.
+const QString catalogueTrace = QStringLiteral(
+    "cast(ifnull(r.value,'') as blob) as RootPath,"
+    "cast(ifnull(d.RelativePath||'/','')||f.FileName as blob) as RelativePath,"
+    "f.FileSize as Size,f.ModificationDate as ModificationDate,t.Orientation as Orientation,"
+    "f.ImageWidth as Width,f.ImageHeight as Height,"
+    "trim(ifnull(t.Make,'')||' '||ifnull(t.Model,'')) as Camera,"
+    "e.DateTimeOriginal as TimeOfCapture");
+const QString catalogueTables = QStringLiteral(
+    "json_each(?) i join ImageFile f on f.Id = i.value left join Folder d on d.Id = f.FolderId "
+    "left join json_each(?) r on r.key = cast(d.AliasId as text) "
+    "left join Tiff t on t.FileId = f.Id left join Exif e on e.FileId = f.Id");
+
+LedgerRow rowOf(const FMResultSet& row) {
+    LedgerRow found;
+    found.id = row.longLongIntForColumnIndex(0);
+    found.fileId = row.longLongIntForColumnIndex(1);
+    found.inheritedFrom = row.longLongIntForColumnIndex(2);
+    found.isAway = row.intForColumnIndex(3) != 0;
+    found.marks.stars = row.intForColumnIndex(4);
+    found.marks.flag = row.intForColumnIndex(5) != 0;
+    found.marks.tags = tagsOf(row.stringForColumnIndex(6));
+    if (!row.columnIndexIsNull(7)) found.marks.rotation = row.intForColumnIndex(7);
+    found.trace = {
+        .rootPath = row.dataForColumnIndex(8),
+        .relativePath = row.dataForColumnIndex(9),
+        .size = row.columnIndexIsNull(10) ? -1 : row.longLongIntForColumnIndex(10),
+        .modificationDate = row.doubleForColumnIndex(11),
+        .identity =
+            {static_cast<quint64>(row.longLongIntForColumnIndex(12)),
+             row.longLongIntForColumnIndex(13)},
+        .digest = row.dataForColumnIndex(14),
+        .orientation = row.intForColumnIndex(15),
+        .width = row.intForColumnIndex(16),
+        .height = row.intForColumnIndex(17),
+        .camera = row.stringForColumnIndex(18),
+        .timeOfCapture = row.stringForColumnIndex(19)};
+    return found;
+}
+
+} // namespace
+
+std::unique_ptr<FMDatabase>
+MarksLedger::connect(const QString& filesPath, const QString& marksPath) {
+    auto both = std::make_unique<FMDatabase>(filesPath);
+    both->setShouldCacheStatements(true);
+    both->setBusyRetryTimeout(busyRetries);
+    const bool isOpen =
+        both->open() &&
+        both->executeUpdate(QStringLiteral("attach database ? as marks"), marksPath);
+    return isOpen ? std::move(both) : nullptr;
+}
+
+bool MarksLedger::checkTables(FMDatabase& marks) {
+    return marks.executeUpdate(
+               QStringLiteral("create table if not exists Ledger (Version INTEGER NOT NULL,"
+                              "CatalogueId INTEGER NOT NULL,EditCount INTEGER NOT NULL)")) &&
+           marks.executeUpdate(QStringLiteral(
+               "create table if not exists Marks (Id INTEGER PRIMARY KEY AUTOINCREMENT,"
+               "FileId INTEGER,InheritedFrom INTEGER,Stars INTEGER NOT NULL,Flag INTEGER NOT NULL,"
+               "Tags TEXT NOT NULL,Rotation INTEGER,RootPath BLOB,RelativePath BLOB,Size INTEGER,"
+               "ModificationDate DOUBLE,Inode INTEGER,CreationTime INTEGER,Digest BLOB,"
+               "Orientation INTEGER,Width INTEGER,Height INTEGER,Camera TEXT,"
+               "TimeOfCapture TEXT)")) &&
+           marks.executeUpdate(
+               QStringLiteral("create unique index if not exists MarksOfFile on Marks (FileId)")) &&
+           marks.executeUpdate(QStringLiteral(
+               "insert into Ledger select 1,0,0 where not exists (select * from Ledger)"));
+}
+
+bool MarksLedger::changeCatalogue(std::span<const qint64> fileIds, const MarksChange& change) {
+    const QString ids = idsText(fileIds);
+    const auto set = [&](const char* column, const PBValue& value) {
+        return _db.executeUpdate(
+            QStringLiteral("update ImageFile set %1 = ? where Id in (select value from "
+                           "json_each(?)) and %1 is not ?")
+                .arg(QLatin1StringView(column)),
+            value, ids, value);
+    };
+    bool isDone = true;
+    if (change.stars) isDone = set("FileStars", *change.stars);
+    if (change.flag) isDone = isDone && set("FileFlag", *change.flag ? 1 : 0);
+    if (change.tags) {
+        // Each that is named counts as chosen once more, or is new.
+        QStringList numbers;
+        for (const QString& tag : *change.tags) {
+            FMResultSet found = _db.executeQuery(
+                QStringLiteral("select min(Id) from Tags where lower(Tag) = lower(?)"), tag);
+            qint64 id = found.next() ? found.longLongIntForColumnIndex(0) : 0;
+            found.close();
+            if (id > 0) {
+                isDone = isDone && _db.executeUpdate(
+                                       QStringLiteral("update Tags set UseCount = UseCount+1 "
+                                                      "where Id = ?"),
+                                       id);
+            } else {
+                isDone = isDone &&
+                         _db.executeUpdate(
+                             QStringLiteral("insert into Tags (Tag,UseCount) values (?,1)"), tag);
+                id = _db.lastInsertRowId();
+            }
+            if (!numbers.contains(QString::number(id))) numbers.append(QString::number(id));
+        }
+        isDone = isDone && set("Tag", numbers.join(u','));
+    }
+    if (change.rotation) {
+        isDone =
+            isDone && _db.executeUpdate(
+                          QStringLiteral("update ImageFile set RotateAngle = ifnull(?,%1) from "
+                                         "json_each(?) i left join Tiff t on t.FileId = i.value "
+                                         "where ImageFile.Id = i.value")
+                              .arg(fileAngle()),
+                          orNull(*change.rotation), ids);
+    }
+    return isDone;
+}
+
+bool MarksLedger::takeFromCatalogue(std::span<const qint64> fileIds, const RootPaths& roots) {
+    const QString ids = idsText(fileIds);
+    return _db.executeUpdate(
+               QStringLiteral(
+                   "insert into Marks (FileId,Stars,Flag,Tags,RootPath,RelativePath,Size,"
+                   "ModificationDate,Orientation,Width,Height,Camera,TimeOfCapture) "
+                   "select f.Id,0,0,'[]',%1 from %2 "
+                   "where not exists (select * from Marks m where m.FileId = f.Id)")
+                   .arg(catalogueTrace, catalogueTables),
+               ids, rootsText(roots)) &&
+           _db.executeUpdate(
+               QStringLiteral(
+                   "update Marks set Stars = s.Stars,Flag = s.Flag,Tags = s.Tags,"
+                   "Rotation = s.Rotation,InheritedFrom = null from "
+                   "(select f.Id as FileId,%1 from json_each(?) i "
+                   "join ImageFile f on f.Id = i.value "
+                   "left join Tiff t on t.FileId = f.Id) s where Marks.FileId = s.FileId")
+                   .arg(catalogueMarks()),
+               ids);
+}
+
+bool MarksLedger::giveToCatalogue(std::span<const qint64> fileIds) {
+    const QString ids = idsText(fileIds);
+    return _db.executeUpdate(
+               QStringLiteral(
+                   "insert into Tags (Tag,UseCount) select min(j.value),1 from json_each(?) i "
+                   "join Marks m on m.FileId = i.value join json_each(m.Tags) j where not exists "
+                   "(select * from Tags a where lower(a.Tag) = lower(j.value)) "
+                   "group by lower(j.value)"),
+               ids) &&
+           _db.executeUpdate(
+               QStringLiteral(
+                   "update ImageFile set FileStars = m.Stars,FileFlag = m.Flag,"
+                   "Tag = (select group_concat(n.Id) from (select (select min(a.Id) from Tags a "
+                   "where lower(a.Tag) = lower(j.value)) as Id from json_each(m.Tags) j "
+                   "order by j.key) n),"
+                   "RotateAngle = ifnull(m.Rotation,%1) from json_each(?) i "
+                   "join Marks m on m.FileId = i.value left join Tiff t on t.FileId = i.value "
+                   "where ImageFile.Id = i.value")
+                   .arg(fileAngle()),
+               ids);
+}
+
+bool MarksLedger::retrace(std::span<const qint64> fileIds, const RootPaths& roots) {
+    const QString isSame =
+        QStringLiteral("Marks.Size is s.Size and Marks.ModificationDate is s.ModificationDate");
+    return _db.executeUpdate(
+        QStringLiteral(
+            "update Marks set RootPath = case when s.RootPath = x'' then Marks.RootPath "
+            "else s.RootPath end,RelativePath = s.RelativePath,Size = s.Size,"
+            "ModificationDate = s.ModificationDate,Orientation = s.Orientation,Width = s.Width,"
+            "Height = s.Height,Camera = s.Camera,TimeOfCapture = s.TimeOfCapture,"
+            "Digest = case when %1 then Marks.Digest end,"
+            "Inode = case when %1 then Marks.Inode end,"
+            "CreationTime = case when %1 then Marks.CreationTime end from "
+            "(select f.Id as FileId,%2 from %3) s where Marks.FileId = s.FileId")
+            .arg(isSame, catalogueTrace, catalogueTables),
+        idsText(fileIds), rootsText(roots));
+}
+
+std::optional<std::vector<MarksLedger::Held>> MarksLedger::held(std::span<const qint64> fileIds) {
+    std::vector<Held> found;
+    found.reserve(fileIds.size());
+    FMResultSet row = _db.executeQuery(
+        QStringLiteral("select f.Id,%1 from json_each(?) i join ImageFile f on f.Id = i.value "
+                       "left join Tiff t on t.FileId = f.Id order by i.key")
+            .arg(catalogueMarks()),
+        idsText(fileIds));
+    while (row.next()) {
+        Held& held = found.emplace_back();
+        held.fileId = row.longLongIntForColumnIndex(0);
+        held.marks.stars = row.intForColumnIndex(1);
+        held.marks.flag = row.intForColumnIndex(2) != 0;
+        held.marks.tags = tagsOf(row.stringForColumnIndex(3));
+        if (!row.columnIndexIsNull(4)) held.marks.rotation = row.intForColumnIndex(4);
+    }
+    if (row.hadError()) return std::nullopt;
+    return found;
+}
+
+std::optional<std::vector<qint64>> MarksLedger::markedFileIds() {
+    std::vector<qint64> found;
+    FMResultSet row = _db.executeQuery(
+        QStringLiteral("select f.Id from ImageFile f left join Tiff t on t.FileId = f.Id "
+                       "where f.FileStars > 0 or f.FileFlag <> 0 or ifnull(f.Tag,'') <> '' or "
+                       "%1 <> %2 or exists (select * from Marks m where m.FileId = f.Id)")
+            .arg(positive(QStringLiteral("ifnull(f.RotateAngle,0)")), positive(fileAngle())));
+    while (row.next())
+        found.push_back(row.longLongIntForColumnIndex(0));
+    if (row.hadError()) return std::nullopt;
+    return found;
+}
+
+std::optional<std::vector<LedgerRow>> MarksLedger::rows(const RootPaths& roots) {
+    std::vector<LedgerRow> found;
+    FMResultSet row = _db.executeQuery(
+        QStringLiteral(
+            "select m.Id,f.Id,m.InheritedFrom,f.Id is not null and r.key is null,m.Stars,m.Flag,"
+            "m.Tags,m.Rotation,"
+            "case when f.Id is null or r.key is null then m.RootPath else cast(r.value as blob) "
+            "end,case when f.Id is null then m.RelativePath else "
+            "cast(ifnull(d.RelativePath||'/','')||f.FileName as blob) end,"
+            "m.Size,m.ModificationDate,m.Inode,m.CreationTime,m.Digest,m.Orientation,m.Width,"
+            "m.Height,m.Camera,m.TimeOfCapture from Marks m left join ImageFile f on "
+            "f.Id = m.FileId left join Folder d on d.Id = f.FolderId "
+            "left join json_each(?) r on r.key = cast(d.AliasId as text) order by m.Id"),
+        rootsText(roots));
+    while (row.next())
+        found.push_back(rowOf(row));
+    if (row.hadError()) return std::nullopt;
+    return found;
+}
+
+qint64 MarksLedger::insert(const Trace& trace, const Marks& marks) {
+    const bool isInserted = _db.executeUpdate(
+        QStringLiteral("insert into Marks (Stars,Flag,Tags,Rotation,RootPath,RelativePath,Size,"
+                       "ModificationDate,Digest) values (?,?,?,?,?,?,?,?,?)"),
+        marks.stars, marks.flag ? 1 : 0, tagsText(marks.tags), orNull(marks.rotation),
+        trace.rootPath, trace.relativePath,
+        trace.size < 0 ? PBValue(PBNull{}) : PBValue(trace.size), trace.modificationDate,
+        trace.digest.isEmpty() ? PBValue(PBNull{}) : PBValue(trace.digest));
+    return isInserted ? _db.lastInsertRowId() : 0;
+}
+
+bool MarksLedger::setMarks(qint64 id, const Marks& marks) {
+    return _db.executeUpdate(
+        QStringLiteral("update Marks set Stars = ?,Flag = ?,Tags = ?,Rotation = ? where Id = ?"),
+        marks.stars, marks.flag ? 1 : 0, tagsText(marks.tags), orNull(marks.rotation), id);
+}
+
+bool MarksLedger::remove(qint64 id) {
+    return _db.executeUpdate(QStringLiteral("delete from Marks where Id = ?"), id);
+}
+
+bool MarksLedger::setFileId(qint64 id, qint64 fileId) {
+    return _db.executeUpdate(
+        QStringLiteral("update Marks set FileId = ? where Id = ?"), orNull(fileId), id);
+}
+
+bool MarksLedger::setInheritedFrom(qint64 id, qint64 inheritedFrom) {
+    return _db.executeUpdate(
+        QStringLiteral("update Marks set InheritedFrom = ? where Id = ?"), orNull(inheritedFrom),
+        id);
+}
+
+bool MarksLedger::setContent(
+    qint64 id, const platform::FileIdentity& identity, const QByteArray& digest) {
+    return _db.executeUpdate(
+        QStringLiteral("update Marks set Inode = ?,CreationTime = ?,Digest = ifnull(?,Digest) "
+                       "where Id = ?"),
+        static_cast<qint64>(identity.inode), identity.creationTime,
+        digest.isEmpty() ? PBValue(PBNull{}) : PBValue(digest), id);
+}
+
+bool MarksLedger::countEdit() {
+    FMResultSet row = _db.executeQuery(QStringLiteral("select EditCount from Ledger"));
+    if (!row.next()) return false;
+    // SQLite keeps 32 bits of it in the head of the other file.
+    const qint64 count = (row.longLongIntForColumnIndex(0) + 1) & 0x7fffffff;
+    row.close();
+    return _db.executeUpdate(QStringLiteral("update Ledger set EditCount = ?"), count) &&
+           _db.executeUpdate(QStringLiteral("pragma main.user_version = %1").arg(count));
+}
+
+} // namespace marks

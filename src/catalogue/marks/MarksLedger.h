@@ -1,0 +1,86 @@
+#pragma once
+
+#include "catalogue/marks/Marks.h"
+
+#include <QHash>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+class FMDatabase;
+
+namespace marks {
+
+/// The absolute paths of mounted folder roots by their `FolderAlias.Id`.
+using RootPaths = QHash<qint64, QString>;
+
+/// The ledger of all photographs that were ever marked, in a file of its own beside `files.db`:
+/// `marks.db`. It needs no other table, so it outlives whatever happens to the catalogue's rows.
+///
+/// The operations run on a connection to `files.db` with the ledger attached (`connect`), on the
+/// thread of the connection. They work on sets: ten thousand photographs are a few statements.
+/// Whoever changes something opens an `FMTransaction` around it, which is then one over both files:
+/// both have rollback journals, for SQLite commits several files at once only with those. Failure
+/// shows in the result only.
+class MarksLedger {
+public:
+    explicit MarksLedger(FMDatabase& both) : _db(both) {}
+
+    /// A connection to both files, open; its statements are kept. Nothing when one of them can't be
+    /// opened. Waits for other connections' locks for a bounded time: with a ledger that somebody
+    /// else has locked, an edit fails, and the program goes on.
+    [[nodiscard]] static std::unique_ptr<FMDatabase>
+    connect(const QString& filesPath, const QString& marksPath);
+
+    /// Makes what is missing of the ledger's tables. `marks` is a connection to the ledger alone.
+    static bool checkTables(FMDatabase& marks);
+
+    // Of the catalogue's rows with these ids
+
+    /// Writes the marks into the catalogue's rows; what the change leaves out stays.
+    bool changeCatalogue(std::span<const qint64> fileIds, const MarksChange& change);
+    /// Gives those that have none a row of the ledger, and makes the marks in the ledger what the
+    /// catalogue has: the end of an edit.
+    bool takeFromCatalogue(std::span<const qint64> fileIds, const RootPaths& roots);
+    /// The reverse: makes the catalogue's marks what the ledger has.
+    bool giveToCatalogue(std::span<const qint64> fileIds);
+    /// Brings what the ledger knows of the photographs into step with the catalogue. Identity and
+    /// digest go where size or date changed.
+    bool retrace(std::span<const qint64> fileIds, const RootPaths& roots);
+    /// The marks that the catalogue has, in the order of the ids; those without a row are left out.
+    struct Held {
+        qint64 fileId = 0;
+        Marks marks;
+    };
+    [[nodiscard]] std::optional<std::vector<Held>> held(std::span<const qint64> fileIds);
+    /// The rows that have marks, or a row in the ledger.
+    [[nodiscard]] std::optional<std::vector<qint64>> markedFileIds();
+
+    // Of the ledger's own rows
+
+    /// All of them. Where the catalogue has a photograph, its path is the catalogue's.
+    [[nodiscard]] std::optional<std::vector<LedgerRow>> rows(const RootPaths& roots);
+    /// A row without a photograph in the catalogue; answers its id, or 0.
+    qint64 insert(const Trace& trace, const Marks& marks);
+    bool setMarks(qint64 id, const Marks& marks);
+    bool remove(qint64 id);
+    /// Says which row of the catalogue has the photograph now; 0 for none.
+    bool setFileId(qint64 id, qint64 fileId);
+    bool setInheritedFrom(qint64 id, qint64 inheritedFrom);
+    /// What was learnt of the file itself. An empty digest leaves the ledger's as it is.
+    bool setContent(qint64 id, const platform::FileIdentity& identity, const QByteArray& digest);
+
+    // Of both files
+
+    /// Counts a change, in both files and within its transaction: two files that don't have the
+    /// same count are not of one time.
+    bool countEdit();
+
+private:
+    FMDatabase& _db;
+};
+
+} // namespace marks

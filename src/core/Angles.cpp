@@ -1,0 +1,25 @@
+#include "core/Angles.h"
+
+#include <cmath>
+
+namespace PBUtilities {
+
+double orientationToAngle(int orientation) {
+    switch (orientation) {
+    case 3:
+        return 180;
+    case 6:
+        return -90;
+    case 8:
+        return 90;
+    default:
+        return 0; // Nothing here ever mirrors a picture.
+    }
+}
+
+double positiveAngle(double angle) {
+    const double remainder = std::fmod(angle, 360.0);
+    return remainder < 0 ? remainder + 360.0 : remainder;
+}
+
+} // namespace PBUtilities

@@ -1,0 +1,13 @@
+#pragma once
+
+/// Angles of display in degrees, counter-clockwise positive. Pure functions, any thread.
+namespace PBUtilities {
+
+/// The angle in degrees, counter-clockwise positive, at which a picture of this EXIF orientation
+/// (1 to 8) is shown; mirrored orientations and all else give 0.
+[[nodiscard]] double orientationToAngle(int orientation);
+
+/// The angle brought into [0, 360).
+[[nodiscard]] double positiveAngle(double angle);
+
+} // namespace PBUtilities

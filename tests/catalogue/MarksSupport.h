@@ -1,0 +1,77 @@
+#pragma once
+
+#include "FMDB/FMDatabase.h"
+#include "FMDB/FMTransaction.h"
+#include "catalogue/PBCatalogue.h"
+#include "catalogue/marks/MarksFile.h"
+#include "catalogue/marks/MarksLedger.h"
+#include "support/Rows.h"
+
+/// A catalogue and a ledger in a folder, and a connection to both.
+struct MarksTest : testing::Test {
+    MarksTest() { open(); }
+
+    /// Anew, after something happened to the files.
+    void open() {
+        both.reset();
+        EXPECT_EQ(marks::settleLedger(marksPath, snapshots), QString());
+        {
+            FMDatabase files(filesPath);
+            EXPECT_TRUE(files.open() && PBCatalogue(files).checkTables_FilesDb());
+        }
+        both = marks::MarksLedger::connect(filesPath, marksPath);
+        ASSERT_NE(both, nullptr);
+        EXPECT_TRUE(both->executeUpdate(u"pragma synchronous = off"_s));
+    }
+    /// A photograph in the root "/pictures"; answers its id.
+    qint64 addPhotograph(const QString& name, int orientation = 0) {
+        PBCatalogue catalogue(*both);
+        if (folderId == 0) {
+            const qint64 root =
+                catalogue.insertFolderAliasWithData("bookmark", 0, u"/pictures"_s, qint64(0));
+            folderId = catalogue.insertFolderWithAliasId(root, u"trip"_s);
+            roots.insert(root, u"/pictures"_s);
+        }
+        const qint64 id = catalogue.insertImageFileWithDictionary(
+            {{u"FolderId"_s, folderId},
+             {u"FileName"_s, name},
+             {u"FileSize"_s, 1000 + name.size()},
+             {u"ModificationDate"_s, PBDate{12345.678}},
+             {u"ImageWidth"_s, 40},
+             {u"ImageHeight"_s, 30},
+             {u"RotateAngle"_s, orientation == 6 ? -90.0 : 0.0}});
+        catalogue.insertTiffWithImageFileId(
+            id, {{u"Orientation"_s, orientation}, {u"Make"_s, u"Maker"_s}});
+        return id;
+    }
+    void change(const std::vector<qint64>& ids, const marks::MarksChange& change) {
+        FMTransaction transaction(*both);
+        marks::MarksLedger ledger(*both);
+        EXPECT_TRUE(marks::bindLedger(*both, roots));
+        EXPECT_TRUE(ledger.changeCatalogue(ids, change));
+        EXPECT_TRUE(ledger.takeFromCatalogue(ids, roots) && ledger.countEdit());
+        EXPECT_TRUE(transaction.commit());
+    }
+    bool bind() {
+        FMTransaction transaction(*both);
+        return marks::bindLedger(*both, roots) && transaction.commit();
+    }
+    QStringList inLedger() {
+        return support::rowsOf(
+            *both, u"select ifnull(FileId,'-'),cast(RelativePath as text),Stars,Flag,Tags,"
+                   "ifnull(Rotation,'-') from Marks order by Id"_s);
+    }
+    QStringList inCatalogue() {
+        return support::rowsOf(
+            *both, u"select ifnull(FileStars,0),ifnull(FileFlag,0),ifnull(Tag,''),"
+                   "cast(RotateAngle as integer) from ImageFile order by Id"_s);
+    }
+
+    QTemporaryDir temporary;
+    const QString filesPath = temporary.filePath(u"files.db"_s);
+    const QString marksPath = temporary.filePath(u"marks.db"_s);
+    const QString snapshots = temporary.filePath(u"snapshots"_s);
+    std::unique_ptr<FMDatabase> both;
+    marks::RootPaths roots;
+    qint64 folderId = 0;
+};
