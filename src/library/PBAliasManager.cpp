@@ -3,6 +3,7 @@
 #include "FMDB/FMDatabase.h"
 #include "core/Paths.h"
 #include "platform/files/PathNames.h"
+#include "platform/program/StandardError.h"
 #include "platform/work/MainThread.h"
 
 #include <algorithm>
@@ -53,6 +54,13 @@ void PBAliasManager::loadAlias() {
             rows.unsignedLongLongIntForColumn(QStringLiteral("State")),
             rows.unsignedLongLongIntForColumn(QStringLiteral("Type"))));
     }
+    _couldReadAll = !rows.hadError();
+    if (!_couldReadAll) {
+        platform::complain(QStringLiteral("the folders in %1 can't all be read (%2)")
+                               .arg(
+                                   _environment.mainFileDb.databasePath(),
+                                   _environment.mainFileDb.lastErrorMessage()));
+    }
     setAliasArray(std::move(roots));
     resolveAllAliasWithMount({.updateReserve = true});
 }
@@ -93,8 +101,7 @@ PBAliasArray PBAliasManager::volumDidUnmount(const QString&) {
 bool PBAliasManager::removeIfMissing(const PBAliasObject& aliasObject) {
     if (aliasObject.isMounted() || aliasObject.type() != PBAliasObject::Local) return false;
     if (!aliasObject.isMissing()) return false;
-    removeAlias(aliasObject.aliasId(), _environment.mainFileDb);
-    return true;
+    return removeAlias(aliasObject.aliasId(), _environment.mainFileDb);
 }
 
 void PBAliasManager::storeIfRemoved(PBAliasArray& aliasArray, bool removed) {

@@ -4,6 +4,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "places/Gazetteer.h"
 #include "places/GeoBlobs.h"
+#include "platform/program/StandardError.h"
 #include "platform/values/CborValues.h"
 #include "platform/work/MainThread.h"
 
@@ -59,6 +60,11 @@ void PBGeoManager::loadAddressFromDb(FMDatabase& db) {
     FMResultSet row = db.executeQuery(QStringLiteral("select * from Geo"));
     while (row.next()) {
         if (auto entry = entryOfRow(row)) entries.push_back(*std::move(entry));
+    }
+    if (row.hadError()) {
+        platform::complain(QStringLiteral("the addresses in %1 can't all be read (%2); the others "
+                                          "are looked up again")
+                               .arg(db.databasePath(), db.lastErrorMessage()));
     }
     const platform::Lock lock(_addressInfoArrayLock);
     for (PlaceEntry& entry : entries) {
