@@ -69,6 +69,8 @@ struct LedgerRow {
     qint64 inheritedFrom = 0;
     /// The catalogue's row stays where it is, but its root is not mounted: nobody can look.
     bool isAway = false;
+    /// The ledger's own path is not the catalogue's any more, which the trace has.
+    bool hasMoved = false;
     Trace trace;
     Marks marks;
 };

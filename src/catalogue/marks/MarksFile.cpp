@@ -1,6 +1,7 @@
 #include "catalogue/marks/MarksFile.h"
 
 #include "FMDB/FMDatabase.h"
+#include "FMDB/FMTransaction.h"
 #include "catalogue/DatabaseFile.h"
 #include "platform/files/PathNames.h"
 
@@ -40,6 +41,22 @@ std::optional<qint64> number(FMDatabase& db, const QString& sql) {
     FMResultSet row = db.executeQuery(sql);
     if (!row.next()) return std::nullopt;
     return row.longLongIntForColumnIndex(0);
+}
+
+struct Counts {
+    Count ledger;
+    Count catalogue;
+    [[nodiscard]] bool areOfOneTime() const {
+        return ledger == catalogue && ledger.catalogueId != 0;
+    }
+};
+
+std::optional<Counts> countsOf(FMDatabase& both) {
+    const auto ledger = countOf(both);
+    const auto id = number(both, QStringLiteral("pragma main.application_id"));
+    const auto edits = number(both, QStringLiteral("pragma main.user_version"));
+    if (!ledger || !id || !edits) return std::nullopt;
+    return Counts{*ledger, {*id, *edits}};
 }
 
 FileState failureOf(const FMDatabase& db) {
@@ -127,25 +144,28 @@ QString settleLedger(const QString& path, const QString& snapshotFolder) {
                      .arg(replacement, aside);
 }
 
-bool bindLedger(FMDatabase& both, const RootPaths& roots) {
-    const auto ledger = countOf(both);
-    const auto id = number(both, QStringLiteral("pragma main.application_id"));
-    const auto edits = number(both, QStringLiteral("pragma main.user_version"));
-    if (!ledger || !id || !edits) return false;
-    const Count catalogue{*id, *edits};
-    if (catalogue == *ledger && catalogue.catalogueId != 0) return true;
+bool ensureLedgerIsBound(FMDatabase& both, const RootPaths& roots) {
+    const auto counts = countsOf(both);
+    if (!counts || counts->areOfOneTime()) return counts.has_value();
+    FMTransaction transaction(both);
+    return bindLedger(both, roots) && transaction.commit();
+}
 
+bool bindLedger(FMDatabase& both, const RootPaths& roots) {
+    const auto counts = countsOf(both);
+    if (!counts || counts->areOfOneTime()) return counts.has_value();
+    const auto& [ledger, catalogue] = *counts;
     MarksLedger rows(both);
     const auto marked = rows.markedFileIds();
     if (!marked) return false;
-    Count bound{catalogue.catalogueId, std::max(catalogue.edits, ledger->edits)};
-    if (catalogue.catalogueId == 0 || catalogue.catalogueId != ledger->catalogueId) {
+    Count bound{catalogue.catalogueId, std::max(catalogue.edits, ledger.edits)};
+    if (catalogue.catalogueId == 0 || catalogue.catalogueId != ledger.catalogueId) {
         if (bound.catalogueId == 0)
             bound.catalogueId = QRandomGenerator::system()->bounded(1, 0x7fffffff);
         if (!both.executeUpdate(QStringLiteral("update Marks set FileId = null")) ||
             !rows.takeFromCatalogue(*marked, roots))
             return false;
-    } else if (catalogue.edits < ledger->edits) {
+    } else if (catalogue.edits < ledger.edits) {
         if (!rows.giveToCatalogue(*marked)) return false;
     } else if (!rows.takeFromCatalogue(*marked, roots)) {
         return false;

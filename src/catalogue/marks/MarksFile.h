@@ -30,6 +30,8 @@ enum class FileState {
 /// catalogue that was begun anew has none of the ledger's photographs; of two files of one
 /// catalogue the one with fewer edits is an older copy, and takes the marks of the other.
 [[nodiscard]] bool bindLedger(FMDatabase& both, const RootPaths& roots);
+/// The same for whoever only reads, with a transaction of its own where there is something to do.
+[[nodiscard]] bool ensureLedgerIsBound(FMDatabase& both, const RootPaths& roots);
 
 /// Writes a copy of the ledger into the folder, unless the newest one there has all edits: whole,
 /// under a temporary name, looked at, and then renamed. Removes those that are too many. `marks` is

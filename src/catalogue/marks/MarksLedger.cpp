@@ -122,6 +122,8 @@ LedgerRow rowOf(const FMResultSet& row) {
         .height = row.intForColumnIndex(17),
         .camera = row.stringForColumnIndex(18),
         .timeOfCapture = row.stringForColumnIndex(19)};
+    found.hasMoved = found.fileId != 0 && (row.dataForColumnIndex(20) != found.trace.rootPath ||
+                                           row.dataForColumnIndex(21) != found.trace.relativePath);
     return found;
 }
 
@@ -305,7 +307,7 @@ std::optional<std::vector<LedgerRow>> MarksLedger::rows(const RootPaths& roots) 
             "end,case when f.Id is null then m.RelativePath else "
             "cast(ifnull(d.RelativePath||'/','')||f.FileName as blob) end,"
             "m.Size,m.ModificationDate,m.Inode,m.CreationTime,m.Digest,m.Orientation,m.Width,"
-            "m.Height,m.Camera,m.TimeOfCapture from Marks m left join ImageFile f on "
+            "m.Height,m.Camera,m.TimeOfCapture,m.RootPath,m.RelativePath from Marks m left join ImageFile f on "
             "f.Id = m.FileId left join Folder d on d.Id = f.FolderId "
             "left join json_each(?) r on r.key = cast(d.AliasId as text) order by m.Id"),
         rootsText(roots));
@@ -348,12 +350,82 @@ bool MarksLedger::setInheritedFrom(qint64 id, qint64 inheritedFrom) {
 }
 
 bool MarksLedger::setContent(
-    qint64 id, const platform::FileIdentity& identity, const QByteArray& digest) {
+    const LedgerRow& row, const platform::FileIdentity& identity, const QByteArray& digest) {
     return _db.executeUpdate(
         QStringLiteral("update Marks set Inode = ?,CreationTime = ?,Digest = ifnull(?,Digest) "
-                       "where Id = ?"),
+                       "where Id = ? and Size is ? and ModificationDate is ?"),
         static_cast<qint64>(identity.inode), identity.creationTime,
-        digest.isEmpty() ? PBValue(PBNull{}) : PBValue(digest), id);
+        digest.isEmpty() ? PBValue(PBNull{}) : PBValue(digest), row.id, row.trace.size,
+        row.trace.modificationDate);
+}
+
+std::optional<std::vector<qint64>> MarksLedger::disinheritHeirs(qint64 id) {
+    std::vector<qint64> fileIds;
+    FMResultSet row = _db.executeQuery(
+        QStringLiteral("select FileId from Marks where InheritedFrom = ? and FileId is not null"),
+        id);
+    while (row.next())
+        fileIds.push_back(row.longLongIntForColumnIndex(0));
+    if (row.hadError()) return std::nullopt;
+    const bool isDone = _db.executeUpdate(
+        QStringLiteral("update Marks set Stars = 0,Flag = 0,Tags = '[]',Rotation = null,"
+                       "InheritedFrom = null where InheritedFrom = ?"),
+        id);
+    return isDone ? std::optional(std::move(fileIds)) : std::nullopt;
+}
+
+bool MarksLedger::isWithoutMarks(qint64 fileId) {
+    FMResultSet row = _db.executeQuery(
+        QStringLiteral("select Id from ImageFile where Id = ?1 and not exists "
+                       "(select * from Marks where FileId = ?1)"),
+        fileId);
+    return row.next();
+}
+
+std::optional<std::vector<std::pair<qint64, Trace>>>
+MarksLedger::traces(std::span<const qint64> fileIds, const RootPaths& roots) {
+    std::vector<std::pair<qint64, Trace>> found;
+    FMResultSet row = _db.executeQuery(
+        QStringLiteral("select f.Id,%1 from %2 order by i.key")
+            .arg(catalogueTrace, catalogueTables),
+        idsText(fileIds), rootsText(roots));
+    while (row.next()) {
+        found.emplace_back(
+            row.longLongIntForColumnIndex(0), Trace{
+                                                  .rootPath = row.dataForColumnIndex(1),
+                                                  .relativePath = row.dataForColumnIndex(2),
+                                                  .size = row.longLongIntForColumnIndex(3),
+                                                  .modificationDate = row.doubleForColumnIndex(4),
+                                                  .identity = {},
+                                                  .digest = {},
+                                                  .orientation = row.intForColumnIndex(5),
+                                                  .width = row.intForColumnIndex(6),
+                                                  .height = row.intForColumnIndex(7),
+                                                  .camera = row.stringForColumnIndex(8),
+                                                  .timeOfCapture = row.stringForColumnIndex(9)});
+    }
+    if (row.hadError()) return std::nullopt;
+    return found;
+}
+
+std::optional<std::vector<LedgerRow>>
+MarksLedger::rowsWithoutContent(FMDatabase& marks, qint64 afterId, int most) {
+    std::vector<LedgerRow> found;
+    FMResultSet row = marks.executeQuery(
+        QStringLiteral("select Id,RootPath,RelativePath,Size,ModificationDate from Marks where "
+                       "Id > ? and FileId is not null and Size is not null and "
+                       "(Digest is null or Inode is null) order by Id limit ?"),
+        afterId, most);
+    while (row.next()) {
+        LedgerRow& one = found.emplace_back();
+        one.id = row.longLongIntForColumnIndex(0);
+        one.trace.rootPath = row.dataForColumnIndex(1);
+        one.trace.relativePath = row.dataForColumnIndex(2);
+        one.trace.size = row.longLongIntForColumnIndex(3);
+        one.trace.modificationDate = row.doubleForColumnIndex(4);
+    }
+    if (row.hadError()) return std::nullopt;
+    return found;
 }
 
 bool MarksLedger::countEdit() {

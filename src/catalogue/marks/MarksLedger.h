@@ -59,6 +59,10 @@ public:
     /// The rows that have marks, or a row in the ledger.
     [[nodiscard]] std::optional<std::vector<qint64>> markedFileIds();
 
+    /// What the catalogue knows of them, in the order of the ids; those without a row are left out.
+    [[nodiscard]] std::optional<std::vector<std::pair<qint64, Trace>>>
+    traces(std::span<const qint64> fileIds, const RootPaths& roots);
+
     // Of the ledger's own rows
 
     /// All of them. Where the catalogue has a photograph, its path is the catalogue's.
@@ -70,8 +74,19 @@ public:
     /// Says which row of the catalogue has the photograph now; 0 for none.
     bool setFileId(qint64 id, qint64 fileId);
     bool setInheritedFrom(qint64 id, qint64 inheritedFrom);
-    /// What was learnt of the file itself. An empty digest leaves the ledger's as it is.
-    bool setContent(qint64 id, const platform::FileIdentity& identity, const QByteArray& digest);
+    /// Takes back what rows inherited from this one, as far as nobody edited it since; answers the
+    /// photographs of the catalogue that had it.
+    [[nodiscard]] std::optional<std::vector<qint64>> disinheritHeirs(qint64 id);
+    /// Whether the photograph has a row in the catalogue and none in the ledger.
+    [[nodiscard]] bool isWithoutMarks(qint64 fileId);
+    /// What was learnt of the row's file, unless the row is that of another size or date by now. An
+    /// empty digest leaves the ledger's as it is. Works on a connection to the ledger alone too.
+    bool setContent(
+        const LedgerRow& row, const platform::FileIdentity& identity, const QByteArray& digest);
+    /// Photographs that the catalogue has and whose files nobody has read yet, from above an id on;
+    /// with path, size and date only. `marks` is a connection to the ledger alone.
+    [[nodiscard]] static std::optional<std::vector<LedgerRow>>
+    rowsWithoutContent(FMDatabase& marks, qint64 afterId, int most);
 
     // Of both files
 

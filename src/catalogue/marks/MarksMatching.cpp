@@ -36,6 +36,7 @@ public:
     std::vector<Match> run() {
         take(samePlaces(), Trust::SamePlace);
         takeUnambiguous(sameIdentities(), Trust::SameIdentity);
+        if (!_question.isAllSeen) return std::move(_matches);
         takeUnambiguous(sameContents(), Trust::SameContent);
         if (_question.isEndOfScan) take(samePaths(), Trust::SamePathOnly);
         return std::move(_matches);

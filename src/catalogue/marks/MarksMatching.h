@@ -47,6 +47,9 @@ struct MatchingQuestion {
     /// Of the sighting's file, empty where it can't be had. Without this function nothing is
     /// decided that needs one.
     std::function<QByteArray(const Sighting&)> digest;
+    /// Rows and sightings are all that there are, not those of a few new files: contents can be
+    /// compared.
+    bool isAllSeen = true;
     /// All that can be seen was seen: what has turned up nowhere is nowhere.
     bool isEndOfScan = false;
 };

@@ -1,0 +1,13 @@
+#include "group/ItemLookup.h"
+
+PBImageFileList
+group::takeItemsWithIds(const PBGroupItemArray& tree, std::unordered_set<qint64>& fileIds) {
+    PBImageFileList found;
+    for (const PBGroupItem* leaf : leavesOf(tree)) {
+        if (fileIds.empty()) break;
+        for (const auto& item : leaf->imageFiles()) {
+            if (fileIds.erase(item->fileId()) != 0) found.push_back(item);
+        }
+    }
+    return found;
+}

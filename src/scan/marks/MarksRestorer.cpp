@@ -1,0 +1,253 @@
+#include "scan/marks/MarksRestorer.h"
+
+#include "FMDB/FMDatabase.h"
+#include "catalogue/marks/MarksFile.h"
+#include "catalogue/marks/PhotographFile.h"
+#include "group/ItemLookup.h"
+#include "scan/FilePropertyBatch.h"
+#include "scan/marks/MarksStoring.h"
+
+#include <QFile>
+
+using marks::LedgerRow;
+using marks::Match;
+using marks::Sighting;
+
+namespace {
+
+/// Marks come back so many at a time, so that a scan that is stopped has not worked for nothing.
+constexpr std::size_t storedTogether = 256;
+
+Sighting sightingOf(
+    qint64 fileId, const QString& folderPath, const QString& fileName, qint64 size,
+    double modificationDate, const platform::FileIdentity& identity) {
+    Sighting seen;
+    seen.fileId = fileId;
+    seen.trace.rootPath = QFile::encodeName(folderPath);
+    seen.trace.relativePath = QFile::encodeName(fileName);
+    seen.trace.size = size;
+    seen.trace.modificationDate = modificationDate;
+    seen.trace.identity = identity;
+    return seen;
+}
+
+} // namespace
+
+MarksRestorer::MarksRestorer(Environment environment) : _environment(std::move(environment)) {}
+
+MarksRestorer::~MarksRestorer() = default;
+
+bool MarksRestorer::isOpen() {
+    if (!_both) _both = _environment.connect();
+    return _both != nullptr;
+}
+
+void MarksRestorer::scanBegins() {
+    refresh();
+}
+
+void MarksRestorer::refresh() {
+    if (!isOpen()) return;
+    FMResultSet row = _both->executeQuery(QStringLiteral("pragma marks.data_version"));
+    const qint64 version = row.next() ? row.longLongIntForColumnIndex(0) : -1;
+    row.close();
+    if (version < 0 || version == _dataVersion) return;
+    if (readLedger()) _dataVersion = version;
+}
+
+bool MarksRestorer::readLedger() {
+    _roots = _environment.mountedRoots();
+    if (!marks::ensureLedgerIsBound(*_both, _roots)) return false;
+    marks::MarksLedger ledger(*_both);
+    auto rows = ledger.rows(_roots);
+    if (!rows) return false;
+    std::vector<qint64> moved;
+    for (const LedgerRow& row : *rows) {
+        if (row.hasMoved && !row.isAway) moved.push_back(row.fileId);
+    }
+    if (!moved.empty() && ledger.retrace(moved, _roots)) _environment.ledgerDidChange();
+    _index = marks::LedgerIndex(*std::move(rows));
+    return true;
+}
+
+void MarksRestorer::sawPhotograph(
+    qint64 fileId, const QString& folderPath, const QString& fileName,
+    const platform::ResourceValues& values) {
+    if (_index.isEmpty() || _index.rowOfFile(fileId)) return;
+    note(sightingOf(
+        fileId, folderPath, fileName, values.fileSize, values.modificationDate, values.identity));
+}
+
+void MarksRestorer::note(Sighting sighting) {
+    if (!_index.mayKnow(sighting.trace)) return;
+    const qint64 fileId = sighting.fileId;
+    if (_sightings.insert_or_assign(fileId, std::move(sighting)).second) _isSomethingNew = true;
+}
+
+bool MarksRestorer::isExchanged(qint64 fileId, const platform::FileIdentity& identity) const {
+    const LedgerRow* row = _index.rowOfFile(fileId);
+    return row && _index.isOfAnother(*row, identity);
+}
+
+bool MarksRestorer::isReplaced(qint64 fileId, const platform::ResourceValues& values) const {
+    const LedgerRow* row = _index.rowOfFile(fileId);
+    if (!row || !row->trace.identity.isKnown() || !values.identity.isKnown()) return false;
+    return row->trace.identity != values.identity &&
+           (row->trace.size != values.fileSize ||
+            row->trace.modificationDate != values.modificationDate ||
+            _index.isOfAnother(*row, values.identity));
+}
+
+void MarksRestorer::rowsWereRemoved(const std::vector<qint64>& fileIds) {
+    for (const qint64 fileId : fileIds) {
+        if (_index.rowOfFile(fileId)) {
+            _index.fileWasRemoved(fileId);
+            _isSomethingNew = true;
+        }
+        _sightings.erase(fileId);
+    }
+}
+
+void MarksRestorer::restoreInserted(std::vector<FileProperty>& properties) {
+    refresh();
+    if (_index.isEmpty() || properties.empty()) return;
+    std::vector<Sighting> seen;
+    std::vector<LedgerRow> rows;
+    for (const FileProperty& property : properties) {
+        const auto column = [&](const QString& name) {
+            return valueForKey(property.baseProperty, name);
+        };
+        Sighting one = sightingOf(
+            property.fileId, property.parentFolderPath, column(QStringLiteral("FileName")).toText(),
+            column(QStringLiteral("FileSize")).toInteger(),
+            column(QStringLiteral("ModificationDate")).toDouble(), property.identity);
+        note(one);
+        auto alike = _index.rowsLike(one.trace);
+        if (alike.empty()) continue;
+        seen.push_back(std::move(one));
+        rows.insert(rows.end(), alike.begin(), alike.end());
+    }
+    if (rows.empty()) return;
+    std::ranges::sort(rows, {}, &LedgerRow::id);
+    const auto twice = std::ranges::unique(rows, {}, &LedgerRow::id);
+    rows.erase(twice.begin(), twice.end());
+    const auto matches = marks::matchPhotographs(
+        {.rows = rows,
+         .sightings = seen,
+         .place = [](const LedgerRow& row) { return marks::placeOf(row, false); },
+         .digest = {},
+         .isAllSeen = false});
+    std::unordered_map<qint64, FileProperty*> byId;
+    for (FileProperty& property : properties)
+        byId.emplace(property.fileId, &property);
+    for (const qint64 fileId : store(rows, seen, matches)) {
+        const auto found = byId.find(fileId);
+        if (found == byId.end()) continue;
+        FMResultSet row = _both->executeQuery(
+            QStringLiteral("select FileStars,FileFlag,Tag,RotateAngle from ImageFile where Id = ?"),
+            fileId);
+        if (!row.next()) continue;
+        PBDictionary& columns = found->second->baseProperty;
+        columns[QStringLiteral("FileStars")] = row.objectForColumnIndex(0);
+        columns[QStringLiteral("FileFlag")] = row.objectForColumnIndex(1);
+        columns[QStringLiteral("Tag")] = row.objectForColumnIndex(2);
+        columns[QStringLiteral("RotateAngle")] = row.objectForColumnIndex(3);
+    }
+}
+
+std::vector<Sighting> MarksRestorer::openSightings() {
+    std::vector<qint64> fileIds;
+    for (const auto& [fileId, seen] : _sightings)
+        fileIds.push_back(fileId);
+    std::vector<Sighting> open;
+    const auto traces = marks::MarksLedger(*_both).traces(fileIds, _roots);
+    if (!traces) return open;
+    std::unordered_map<qint64, Sighting> still;
+    for (const auto& [fileId, trace] : *traces) {
+        if (_index.rowOfFile(fileId)) continue; // has marks by now
+        Sighting& seen = _sightings.at(fileId);
+        const bool isSame = seen.trace.size == trace.size &&
+                            seen.trace.modificationDate == trace.modificationDate;
+        marks::Trace known = trace;
+        if (isSame) {
+            known.identity = seen.trace.identity;
+            known.digest = seen.trace.digest;
+        }
+        seen.trace = known;
+        seen.isOnRemovableVolume = _environment.isRemovable(known.rootPath);
+        open.push_back(seen);
+        still.emplace(fileId, seen);
+    }
+    _sightings = std::move(still);
+    return open;
+}
+
+void MarksRestorer::restoreRest(
+    const PBGroupItemArray& workTree, const platform::Operation& operation, bool isEndOfScan,
+    const std::function<void()>& checkpoint) {
+    if (_sightings.empty() || !_isSomethingNew || !isOpen() || !readLedger()) return;
+    std::vector<Sighting> open = openSightings();
+    if (open.empty()) return;
+    const auto isCancelled = [&] { return operation.isCancelled(); };
+    const auto digest = [&](const Sighting& seen) {
+        Sighting& kept = open[static_cast<std::size_t>(&seen - open.data())];
+        if (!kept.trace.digest.isEmpty() || isCancelled()) return kept.trace.digest;
+        checkpoint();
+        kept.trace.digest = marks::digestOfFile(kept.trace.path(), isCancelled);
+        if (const auto found = _sightings.find(kept.fileId); found != _sightings.end())
+            found->second.trace.digest = kept.trace.digest;
+        return kept.trace.digest;
+    };
+    const std::vector<LedgerRow> rows = _index.rows();
+    const auto matches = marks::matchPhotographs(
+        {.rows = rows,
+         .sightings = open,
+         .place =
+             [&](const LedgerRow& row) {
+                 return isCancelled() ? marks::Place::Unknown : marks::placeOf(row, true);
+             },
+         .digest = digest,
+         .isEndOfScan = isEndOfScan});
+    // What a cancelled scan did not see may be anywhere.
+    if (isCancelled()) return;
+    if (isEndOfScan) _isSomethingNew = false;
+    std::unordered_set<qint64> given;
+    for (std::size_t begin = 0; begin < matches.size(); begin += storedTogether) {
+        const auto end = std::min(matches.size(), begin + storedTogether);
+        const auto stored = store(
+            rows, open,
+            {matches.begin() + static_cast<std::ptrdiff_t>(begin),
+             matches.begin() + static_cast<std::ptrdiff_t>(end)});
+        given.insert(stored.begin(), stored.end());
+    }
+    if (given.empty()) return;
+    PBImageFileList items = group::takeItemsWithIds(workTree, given);
+    if (!items.empty()) _environment.marksCameBack(std::move(items));
+}
+
+std::vector<qint64> MarksRestorer::store(
+    const std::vector<LedgerRow>& rows, const std::vector<Sighting>& sightings,
+    const std::vector<Match>& matches) {
+    if (matches.empty()) return {};
+    // Those that were just inserted are known by path, size and date only.
+    std::vector<Sighting> full = sightings;
+    std::vector<qint64> fileIds;
+    for (const Match& match : matches)
+        fileIds.push_back(sightings[match.sighting].fileId);
+    const auto traces = marks::MarksLedger(*_both).traces(fileIds, _roots);
+    if (!traces || traces->size() != matches.size()) return {};
+    for (std::size_t index = 0; index < matches.size(); ++index) {
+        marks::Trace& trace = full[matches[index].sighting].trace;
+        marks::Trace known = (*traces)[index].second;
+        known.identity = trace.identity;
+        known.digest = trace.digest;
+        trace = std::move(known);
+    }
+    const auto given = storeMatches(*_both, _roots, rows, full, matches);
+    if (!given) return {};
+    for (const Match& match : matches)
+        _sightings.erase(sightings[match.sighting].fileId);
+    _dataVersion = -1; // this connection's own changes are not counted
+    _environment.ledgerDidChange();
+    return *given;
+}

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "catalogue/marks/LedgerIndex.h"
+#include "catalogue/marks/MarksMatching.h"
+#include "catalogue/marks/MarksLedger.h"
+#include "group/PBGroupItem.h"
+#include "platform/files/FileManager.h"
+#include "platform/work/Operation.h"
+
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+class FMDatabase;
+struct FileProperty;
+
+/// Gives photographs that lost their row in the catalogue, or got a new one, the marks that the
+/// ledger has of them. A scan tells of what it sees; what is known by its file alone gets its marks
+/// before it is shown, all else at the end of the scan. On the scan thread; lives as long as the
+/// program, since what is looked for may turn up in a later scan.
+class MarksRestorer {
+public:
+    struct Environment {
+        /// To both files; nullptr where it can't be had. Called when it is first needed.
+        std::function<std::unique_ptr<FMDatabase>()> connect;
+        std::function<marks::RootPaths()> mountedRoots;
+        /// Whether the folder root with this path is on a removable volume.
+        std::function<bool(const QByteArray& rootPath)> isRemovable;
+        /// Photographs of the work tree have got marks. Brings them to the main thread.
+        std::function<void(PBImageFileList items)> marksCameBack;
+        std::function<void()> ledgerDidChange;
+    };
+    explicit MarksRestorer(Environment environment);
+    ~MarksRestorer();
+    MarksRestorer(const MarksRestorer&) = delete;
+    MarksRestorer& operator=(const MarksRestorer&) = delete;
+
+    /// Reads the ledger, if it changed since.
+    void scanBegins();
+
+    /// The file that a row of the catalogue names is there, with its size and date.
+    void sawPhotograph(
+        qint64 fileId, const QString& folderPath, const QString& fileName,
+        const platform::ResourceValues& values);
+    /// Whether the file in the row's place is another photograph of the ledger, with which it has
+    /// size and date in common.
+    [[nodiscard]] bool
+    isExchanged(qint64 fileId, const platform::FileIdentity& identity) const;
+    /// Whether the row is a marked one and the file in its place is another one by now, rather than
+    /// one that was written anew.
+    [[nodiscard]] bool
+    isReplaced(qint64 fileId, const platform::ResourceValues& values) const;
+    void rowsWereRemoved(const std::vector<qint64>& fileIds);
+
+    /// Rows were just made of these files. What is known by its file gets its marks now, in the
+    /// catalogue and in the columns that it will be shown by.
+    void restoreInserted(std::vector<FileProperty>& properties);
+    /// Decides about all else that was seen, and about what was not found before. `isEndOfScan`:
+    /// all of the folder was looked at. `checkpoint` runs between files that are read.
+    void restoreRest(
+        const PBGroupItemArray& workTree, const platform::Operation& operation, bool isEndOfScan,
+        const std::function<void()>& checkpoint);
+    /// Rows may have lost their files without a scan's having seen it.
+    void lookAgain() { _isSomethingNew = true; }
+
+private:
+    [[nodiscard]] bool isOpen();
+    void refresh();
+    [[nodiscard]] bool readLedger();
+    void note(marks::Sighting sighting);
+    [[nodiscard]] std::vector<marks::Sighting> openSightings();
+    [[nodiscard]] std::vector<qint64> store(
+        const std::vector<marks::LedgerRow>& rows, const std::vector<marks::Sighting>& sightings,
+        const std::vector<marks::Match>& matches);
+
+    const Environment _environment;
+    std::unique_ptr<FMDatabase> _both;
+    marks::RootPaths _roots;
+    marks::LedgerIndex _index;
+    qint64 _dataVersion = -1; // of the ledger when it was read
+    /// Photographs without marks that may be some of the ledger's, by their ids.
+    std::unordered_map<qint64, marks::Sighting> _sightings;
+    bool _isSomethingNew = false;
+};
