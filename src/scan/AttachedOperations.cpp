@@ -14,10 +14,10 @@ namespace {
 constexpr std::size_t goneBetweenPublications = 100;
 
 void checkFileItemExist(
-    const PBScanDictionary& dictionary, platform::Operation& owner,
-    const std::function<void()>& beforeEach) {
+    const PBScanDictionary& dictionary, const QStringList& rewrittenFiles,
+    platform::Operation& owner, const std::function<void()>& beforeEach) {
     PBGroupItemArray& tree = *dictionary.WorkGroupItemArray;
-    FileItemCheck check(dictionary);
+    FileItemCheck check(dictionary, rewrittenFiles);
     std::size_t published = 0;
     for (std::size_t index = 0; index < tree.size() && !owner.isCancelled();) {
         if (beforeEach) {
@@ -103,11 +103,11 @@ void PBScanFolderAttachOperation::runWithOwnerNSOperation(
 
 void PBCheckFileItemExistAttachOperation::runWithOwnerNSOperation(
     platform::Operation& owner, bool /*isLast*/) {
-    checkFileItemExist(*_dictionary, owner, {});
+    checkFileItemExist(*_dictionary, _rewrittenFiles, owner, {});
 }
 
 void PBCheckFileItemExistOperation::main() {
-    checkFileItemExist(*_dictionary, *this, [this] {
+    checkFileItemExist(*_dictionary, {}, *this, [this] {
         checkAttachedOperation(_dictionary->AttachOperationArray.get(), *this);
     });
 }

@@ -6,8 +6,9 @@
 
 using platform::Presence;
 
-FileItemCheck::FileItemCheck(const PBScanDictionary& dictionary)
-    : _paths(*dictionary.Database, dictionary.services->aliasManager), _roots(dictionary) {}
+FileItemCheck::FileItemCheck(const PBScanDictionary& dictionary, const QStringList& rewrittenFiles)
+    : _paths(*dictionary.Database, dictionary.services->aliasManager),
+      _rewrittenFiles(rewrittenFiles.begin(), rewrittenFiles.end()), _roots(dictionary) {}
 
 bool FileItemCheck::isGone(PBImageFileItem& item) {
     const Presence presence = presenceOf(item);
@@ -28,8 +29,14 @@ Presence FileItemCheck::presenceOf(const PBImageFileItem& item) {
     const Folder& folder = folderOf(item.folderId());
     Presence presence = folder.presence;
     if (presence == Presence::There) {
-        presence = platform::FileManager::look(platform::pathInFolder(folder.path, item.fileName()))
-                       .presence;
+        const QString path = platform::pathInFolder(folder.path, item.fileName());
+        const auto look = platform::FileManager::look(path);
+        presence = look.presence;
+        if (presence == Presence::There && _rewrittenFiles.contains(path) &&
+            (static_cast<quint64>(look.values.fileSize) != item.fileSize() ||
+             look.values.modificationDate != item.modifiedDate())) {
+            presence = Presence::Gone;
+        }
     }
     // Asked after the look: what a disk leaves behind when it goes is an empty folder.
     const bool isKnown = presence != Presence::Gone || _roots.isRootThere(item.folderId());

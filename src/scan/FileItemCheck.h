@@ -5,12 +5,17 @@
 #include "platform/files/Presence.h"
 #include "scan/StaleRows.h"
 
+#include <QSet>
+#include <QStringList>
+
 #include <unordered_map>
 
 /// Tests images on display against the disk, each folder once. On the scan thread.
 class FileItemCheck {
 public:
-    explicit FileItemCheck(const PBScanDictionary& dictionary);
+    /// Of the rewritten files, which are given by their paths, those that differ from their items
+    /// in size or date are gone, too: as what the catalogue has of them.
+    FileItemCheck(const PBScanDictionary& dictionary, const QStringList& rewrittenFiles);
 
     /// Whether the file is gone; its row is stale then. An image that can't be looked at, or whose
     /// root is not there, stays and is marked as away.
@@ -32,6 +37,7 @@ private:
     [[nodiscard]] const Folder& folderOf(qint64 folderId);
 
     const group::CatalogueFolderPaths _paths;
+    const QSet<QString> _rewrittenFiles;
     RootCheck _roots;
     std::unordered_map<qint64, Folder> _folders;
     StaleRows _staleRows;
