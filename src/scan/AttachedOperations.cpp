@@ -3,9 +3,12 @@
 #include "FMDB/FMDatabase.h"
 #include "group/FolderPaths.h"
 #include "group/GroupPublication.h"
+#include "group/ItemLookup.h"
+#include "scan/FileItemCheck.h"
 #include "scan/PBScanFolderTask.h"
 #include "scan/ScanServices.h"
 #include "scan/ScanSteps.h"
+#include "scan/marks/MarksRestorer.h"
 
 namespace {
 
@@ -13,33 +16,30 @@ namespace {
 constexpr std::size_t goneBetweenPublications = 100;
 
 void checkFileItemExist(
-    const PBScanDictionary& dictionary, platform::Operation& owner,
-    const std::function<void()>& beforeEach) {
+    const PBScanDictionary& dictionary, const QStringList& rewrittenFiles,
+    platform::Operation& owner, const std::function<void()>& beforeEach) {
     PBGroupItemArray& tree = *dictionary.WorkGroupItemArray;
-    const group::CatalogueFolderPaths paths(
-        *dictionary.Database, dictionary.services->aliasManager);
-    std::vector<qint64> fileIds;
-    group::FolderExistence folders;
+    FileItemCheck check(dictionary, rewrittenFiles);
     std::size_t published = 0;
     for (std::size_t index = 0; index < tree.size() && !owner.isCancelled();) {
         if (beforeEach) {
             beforeEach(); // may change the tree
             if (index >= tree.size()) break;
         }
-        tree[index]->checkFileItemExist(fileIds, folders, paths);
+        tree[index]->checkFileItemExist([&](auto& item) { return check.isGone(item); });
         if (tree[index]->isEmpty()) {
             tree.erase(tree.begin() + static_cast<std::ptrdiff_t>(index));
         } else {
             ++index;
         }
-        if (fileIds.size() - published > goneBetweenPublications) {
+        if (check.goneCount() - published > goneBetweenPublications) {
             publishWorkTree(dictionary);
-            published = fileIds.size();
+            published = check.goneCount();
         }
     }
     if (owner.isCancelled()) return;
-    if (fileIds.size() > published) publishWorkTree(dictionary);
-    removeFromCatalogue(dictionary, {folders.gone.begin(), folders.gone.end()}, fileIds, owner);
+    if (check.goneCount() > published || check.markedCount() > 0) publishWorkTree(dictionary);
+    check.staleRows().remove(dictionary, owner);
 }
 
 } // namespace
@@ -51,43 +51,60 @@ void PBRemoveFileItemOperation::runWithOwnerNSOperation(platform::Operation& own
     if (isLast) publishWorkTree(*_dictionary);
 }
 
-std::vector<PBUpdateFileItemOperation::Record>
-PBUpdateFileItemOperation::makeRecords(bool withRows) const {
-    std::vector<Record> records;
+PBImageFileList PBUpdateFileItemOperation::takeOut(const platform::Operation& owner) const {
+    PBGroupItemArray& tree = *_dictionary->WorkGroupItemArray;
+    group::removeFileItemInGroupArray(
+        tree, _updateFileItemArray, [&] { return owner.isCancelled(); });
+    PBImageFileList taken;
     for (const PBGroupItemChain& chain : _updateFileItemArray) {
         if (chain.empty()) continue;
-        for (const auto& item : chain.back()->imageFiles()) {
-            Record record{item, {}};
-            if (withRows) {
-                FMResultSet row = _dictionary->Database->executeQuery(
-                    QStringLiteral("select UTIType,ImageDPI,ColorModel,Tag from ImageFile "
-                                   "where Id = ?"),
-                    item->fileId());
-                if (row.next()) {
-                    record.row.utiType = row.objectForColumnIndex(0);
-                    record.row.imageDPI = row.objectForColumnIndex(1);
-                    record.row.colorModel = row.objectForColumnIndex(2);
-                    record.row.tag = row.objectForColumnIndex(3);
-                }
-                // Without a row, or where it can't be read, the image goes to those without values.
-                row.close();
+        const PBImageFileArray& items = chain.back()->imageFiles();
+        taken.insert(taken.end(), items.begin(), items.end());
+    }
+    if (_items.empty()) return taken;
+    PBImageFileList missing = _items;
+    for (const auto& node : tree)
+        node->removeImageFiles(missing);
+    std::erase_if(tree, [](const auto& node) { return node->isEmpty(); });
+    const std::unordered_set<std::shared_ptr<PBImageFileItem>> left(missing.begin(), missing.end());
+    for (const auto& item : _items) {
+        if (!left.contains(item)) taken.push_back(item);
+    }
+    return taken;
+}
+
+std::vector<PBUpdateFileItemOperation::Record>
+PBUpdateFileItemOperation::makeRecords(const PBImageFileList& items, bool withRows) const {
+    std::vector<Record> records;
+    for (const auto& item : items) {
+        Record record{item, {}};
+        if (withRows) {
+            FMResultSet row = _dictionary->Database->executeQuery(
+                QStringLiteral("select UTIType,ImageDPI,ColorModel,Tag from ImageFile "
+                               "where Id = ?"),
+                item->fileId());
+            if (row.next()) {
+                record.row.utiType = row.objectForColumnIndex(0);
+                record.row.imageDPI = row.objectForColumnIndex(1);
+                record.row.colorModel = row.objectForColumnIndex(2);
+                record.row.tag = row.objectForColumnIndex(3);
             }
-            records.push_back(std::move(record));
+            // Without a row, or where it can't be read, the image goes to those without values.
+            row.close();
         }
+        records.push_back(std::move(record));
     }
     return records;
 }
 
 void PBUpdateFileItemOperation::runWithOwnerNSOperation(platform::Operation& owner, bool isLast) {
-    group::removeFileItemInGroupArray(*_dictionary->WorkGroupItemArray, _updateFileItemArray, [&] {
-        return owner.isCancelled();
-    });
+    const PBImageFileList items = takeOut(owner);
     group::GroupingStep step(
         _dictionary->groupingParameters(), *_dictionary->Database, _dictionary->services->places);
     const group::CatalogueFolderPaths paths(
         *_dictionary->Database, _dictionary->services->aliasManager);
     group::FolderPathCache cache;
-    for (Record& record : makeRecords(step.needsRow())) {
+    for (Record& record : makeRecords(items, step.needsRow())) {
         if (owner.isCancelled()) break;
         const QString folder = record.updateFileItem->folderPath(paths, cache);
         step.reinsert(
@@ -95,6 +112,26 @@ void PBUpdateFileItemOperation::runWithOwnerNSOperation(platform::Operation& own
             folder.isEmpty() ? PBValue(PBNull{}) : PBValue(folder));
     }
     if (isLast) publishWorkTree(*_dictionary, _updateScrollCapture);
+}
+
+void PBRestoreMarksOperation::runWithOwnerNSOperation(platform::Operation& owner, bool isLast) {
+    MarksRestorer* marks = _dictionary->services->marks;
+    // A scan that is running has not seen all yet, and decides at its own end.
+    const bool isAlone = dynamic_cast<PBCheckScanAttachOperationOperation*>(&owner) != nullptr;
+    if (marks) {
+        marks->lookAgain();
+        marks->restoreRest(*_dictionary->WorkGroupItemArray, owner, isAlone, {});
+    }
+    // Those of the same drain that came before leave it to the last.
+    if (isLast) publishWorkTree(*_dictionary);
+}
+
+void PBFindFileItemsOperation::runWithOwnerNSOperation(
+    platform::Operation& /*owner*/, bool isLast) {
+    std::unordered_set<qint64> wanted(_fileIds.begin(), _fileIds.end());
+    PBImageFileList items = group::takeItemsWithIds(*_dictionary->WorkGroupItemArray, wanted);
+    if (!items.empty()) _found(std::move(items));
+    if (isLast) publishWorkTree(*_dictionary);
 }
 
 void PBScanFolderAttachOperation::runWithOwnerNSOperation(
@@ -106,11 +143,11 @@ void PBScanFolderAttachOperation::runWithOwnerNSOperation(
 
 void PBCheckFileItemExistAttachOperation::runWithOwnerNSOperation(
     platform::Operation& owner, bool /*isLast*/) {
-    checkFileItemExist(*_dictionary, owner, {});
+    checkFileItemExist(*_dictionary, _rewrittenFiles, owner, {});
 }
 
 void PBCheckFileItemExistOperation::main() {
-    checkFileItemExist(*_dictionary, *this, [this] {
+    checkFileItemExist(*_dictionary, {}, *this, [this] {
         checkAttachedOperation(_dictionary->AttachOperationArray.get(), *this);
     });
 }

@@ -32,6 +32,10 @@ public:
         bool updateScrollCapture = false)
         : _dictionary(std::move(dictionary)), _updateFileItemArray(std::move(updateFileItemArray)),
           _updateScrollCapture(updateScrollCapture) {}
+    /// The same for images wherever they are in the work tree. What is not there stays out.
+    PBUpdateFileItemOperation(PBScanDictionaryRef dictionary, PBImageFileList items)
+        : _dictionary(std::move(dictionary)), _items(std::move(items)),
+          _updateScrollCapture(true) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
 
 private:
@@ -39,10 +43,14 @@ private:
         std::shared_ptr<PBImageFileItem> updateFileItem;
         group::ImageFileRow row;
     };
-    [[nodiscard]] std::vector<Record> makeRecords(bool withRows) const;
+    /// Takes the images out of the work tree; answers those that are to come back.
+    [[nodiscard]] PBImageFileList takeOut(const platform::Operation& owner) const;
+    [[nodiscard]] std::vector<Record>
+    makeRecords(const PBImageFileList& items, bool withRows) const;
 
     const PBScanDictionaryRef _dictionary;
     const std::vector<PBGroupItemChain> _updateFileItemArray;
+    const PBImageFileList _items;
     const bool _updateScrollCapture;
 };
 
@@ -58,14 +66,45 @@ private:
 };
 
 /// Tests every image of the work tree against the disk; what is gone goes from tree and catalogue.
+/// Of the rewritten files, by their paths, size and date are compared, too.
 class PBCheckFileItemExistAttachOperation final : public PBScanAttachOperation {
 public:
-    explicit PBCheckFileItemExistAttachOperation(PBScanDictionaryRef dictionary)
+    explicit PBCheckFileItemExistAttachOperation(
+        PBScanDictionaryRef dictionary, QStringList rewrittenFiles = {})
+        : _dictionary(std::move(dictionary)), _rewrittenFiles(std::move(rewrittenFiles)) {}
+    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+
+private:
+    const PBScanDictionaryRef _dictionary;
+    const QStringList _rewrittenFiles;
+};
+
+/// When all that was watched is looked at: gives marks back to what turned up elsewhere, or was
+/// written anew.
+class PBRestoreMarksOperation final : public PBScanAttachOperation {
+public:
+    explicit PBRestoreMarksOperation(PBScanDictionaryRef dictionary)
         : _dictionary(std::move(dictionary)) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
 
 private:
     const PBScanDictionaryRef _dictionary;
+};
+
+/// Looks in the work tree for photographs whose marks were edited before the display knew them.
+class PBFindFileItemsOperation final : public PBScanAttachOperation {
+public:
+    PBFindFileItemsOperation(
+        PBScanDictionaryRef dictionary, std::vector<qint64> fileIds,
+        std::function<void(PBImageFileList items)> found)
+        : _dictionary(std::move(dictionary)), _fileIds(std::move(fileIds)),
+          _found(std::move(found)) {}
+    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+
+private:
+    const PBScanDictionaryRef _dictionary;
+    const std::vector<qint64> _fileIds;
+    const std::function<void(PBImageFileList items)> _found;
 };
 
 /// The same as an operation of its own, at whose checkpoints attached work runs.

@@ -39,6 +39,7 @@ FileProperty makeFileProperty(
     };
     FileProperty property;
     property.parentFolderPath = folderPath;
+    property.identity = values.identity;
     property.baseProperty = {
         {QStringLiteral("FolderId"), static_cast<quint64>(folderId)},
         {QStringLiteral("FileName"), fileName},

@@ -5,6 +5,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "platform/program/StandardError.h"
 #include "scan/ScanServices.h"
+#include "scan/marks/MarksRestorer.h"
 
 #include <sqlite3.h>
 
@@ -67,6 +68,7 @@ void FilePropertyBatch::insertRows() {
         return;
     }
     std::erase_if(properties, [](const FileProperty& property) { return property.fileId <= 0; });
+    if (MarksRestorer* marks = _dictionary->services->marks) marks->restoreInserted(properties);
     _dictionary->services->figures.rowsInserted += properties.size();
 }
 

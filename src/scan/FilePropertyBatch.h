@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codec/PBImageImporterProtocol.h"
+#include "platform/files/FileIdentity.h"
 #include "scan/PBScanDictionary.h"
 #include "scan/ScanSteps.h"
 
@@ -23,6 +24,7 @@ struct FileProperty {
     std::unique_ptr<PBImageImporterProtocol> imageImporter;
     /// 0 until the row is there.
     qint64 fileId = 0;
+    platform::FileIdentity identity;
     /// The dictionary's `attachedCount` when the catalogue did not know the file.
     std::uint64_t unknownAt = 0;
 };

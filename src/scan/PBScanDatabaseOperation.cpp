@@ -8,6 +8,7 @@
 #include "scan/PBScanDatabaseFolderIdOperation.h"
 #include "scan/PBScanFolderTask.h"
 #include "scan/ScanServices.h"
+#include "scan/marks/MarksRestorer.h"
 
 #include <algorithm>
 
@@ -49,6 +50,7 @@ PBScanDatabaseOperation::scanDatabaseOperationWithDictionary(PBScanDictionaryRef
 }
 
 void PBScanDatabaseOperation::main() {
+    if (MarksRestorer* marks = _dictionary->services->marks) marks->scanBegins();
     CatalogueFolderScan scan(_dictionary, *this);
     visitFolders(scan);
     if (isCancelled()) return;
@@ -121,7 +123,7 @@ void PBScanDatabaseOperation::visit(
 std::vector<group::ImageFileRow> PBScanDatabaseOperation::scanWithFolderId(
     CatalogueFolderScan& scan, qint64 folderId, const QString& folderPath,
     const std::vector<PBOpenFileObject>& fileArray, const PBOpenFileObject* focusOpenFileObject) {
-    const bool exists = scan.checkFolder(folderId, folderPath);
+    const auto presence = scan.checkFolder(folderId, folderPath);
     scan.drain();
     const auto isTaken = [&](const QString& name) {
         if (fileArray.empty())
@@ -132,7 +134,7 @@ std::vector<group::ImageFileRow> PBScanDatabaseOperation::scanWithFolderId(
     std::vector<group::ImageFileRow> deferred;
     const auto rows = scan.fetchRows(folderId, isTaken, &deferred);
     scan.drain();
-    scan.scanRows(folderPath, exists, rows, focusOpenFileObject != nullptr);
+    scan.scanRows(folderPath, presence, rows, focusOpenFileObject != nullptr);
     return deferred;
 }
 

@@ -72,6 +72,8 @@ struct PBScanDictionary {
     std::shared_ptr<std::vector<FileProperty>> ImageFilePropertyArray;
     /// The disk scan is one before the main one, and its end is not that of the scan.
     bool IsOpenFilesScanFolder = false;
+    /// The disk scan is one of changes that were watched, and others may come behind it.
+    bool IsAttached = false;
     /// Not empty: only these files of the folder.
     std::vector<PBOpenFileObject> OpenFilesOpenFileObjArray;
     std::vector<ScanDatabaseFolder> ScanDatabaseFolderIdArray;

@@ -2,6 +2,7 @@
 
 #include "scan/FilePropertyBatch.h"
 #include "scan/ScanServices.h"
+#include "scan/marks/MarksRestorer.h"
 
 std::shared_ptr<PBScanFinishedTrigger> PBScanFinishedTrigger::scanFinishedTriggerWithParent(
     std::shared_ptr<PBScanFinishedTrigger> parent, PBScanFinishedObject scanFinishedObject) {
@@ -38,6 +39,13 @@ void PBScanFinishedTrigger::fireAllFinishedWithOperation(platform::Operation& op
     if (!batch.isEmpty()) {
         batch.flush(
             [&] { checkAttachedOperation(dictionary.AttachOperationArray.get(), operation); });
+    }
+    if (dictionary.services->marks && !dictionary.IsOpenFilesScanFolder &&
+        !dictionary.IsAttached) {
+        dictionary.services->marks->restoreRest(
+            *dictionary.WorkGroupItemArray, operation, !_isIncomplete, [&] {
+                checkAttachedOperation(dictionary.AttachOperationArray.get(), operation);
+            });
     }
     if (!dictionary.IsOpenFilesScanFolder && !operation.isCancelled()) {
         ScanFigures& figures = dictionary.services->figures;

@@ -61,7 +61,7 @@ void ScanFactory::attachChanges(
     if (!workTree) return;
     if (changes.checkExist) {
         attach(std::make_shared<PBCheckFileItemExistAttachOperation>(
-            makeDictionary(nullptr, {}, workTree, browsing)));
+            makeDictionary(nullptr, {}, workTree, browsing), changes.rewrittenFiles));
     }
     for (const FolderRescan& rescan : changes.rescans) {
         QString relativePath;
@@ -73,6 +73,11 @@ void ScanFactory::attachChanges(
         inFolder.openFiles = nullptr;
         const auto dictionary = makeDictionary(root, relativePath, workTree, inFolder);
         dictionary->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
+        dictionary->IsAttached = true;
         attach(std::make_shared<PBScanFolderAttachOperation>(dictionary));
+    }
+    if (_environment.services->marks && (changes.checkExist || !changes.rescans.empty())) {
+        attach(std::make_shared<PBRestoreMarksOperation>(
+            makeDictionary(nullptr, {}, workTree, browsing)));
     }
 }

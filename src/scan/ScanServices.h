@@ -13,6 +13,8 @@
 #include <functional>
 #include <memory>
 
+class MarksRestorer;
+
 /// What scans need of the rest of the program. Everything outlives the scan queue.
 struct ScanServices {
     const PBAliasManager& aliasManager;
@@ -27,6 +29,8 @@ struct ScanServices {
     /// order, and don't wait.
     group::GroupPublisher publish;
     std::function<void()> scanFinished;
+    /// nullptr: marks don't come back.
+    MarksRestorer* marks = nullptr;
     /// nullptr: files are read one after the other.
     ReadAhead* readAhead = nullptr;
     /// Whether a file is new and still being written; it is left alone then. May be empty.

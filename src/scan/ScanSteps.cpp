@@ -8,6 +8,7 @@
 #include "platform/program/StandardError.h"
 #include "platform/work/OperationQueue.h"
 #include "scan/ScanServices.h"
+#include "scan/marks/MarksRestorer.h"
 
 void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCapture) {
     ScanFigures& figures = dictionary.services->figures;
@@ -78,6 +79,7 @@ void removeFromCatalogue(
     // Rows that stay are found again by the next scan, and keep their thumbnails until then.
     if (!removed) return;
     dictionary.services->figures.rowsRemoved += *removed;
+    if (MarksRestorer* marks = dictionary.services->marks) marks->rowsWereRemoved(fileIds);
     if (fileIds.empty() || operation.isCancelled()) return;
     dictionary.BuilidThumbOperationQueue->addOperation(
         std::make_shared<PBRemoveThumbOperation>(fileIds, *dictionary.BuilidThumbDatabase));

@@ -1,23 +1,48 @@
 #include "catalogue/marks/LedgerIndex.h"
 
+#include <QFile>
+
 #include <algorithm>
 
 namespace marks {
 
 LedgerIndex::LedgerIndex(std::vector<LedgerRow> rows) : _rows(std::move(rows)) {
-    for (Position position = 0; position < _rows.size(); ++position) {
-        const LedgerRow& row = _rows[position];
-        const Trace& trace = row.trace;
-        _byPath.insert(trace.path(), position);
-        if (trace.identity.isKnown()) _byInode.insert(trace.identity.inode, position);
-        if (row.fileId == 0) {
-            _sizesLookedFor.insert(trace.size);
-        } else {
-            _byFile.insert(row.fileId, position);
-            _sizesAndNames.insert({trace.size, trace.fileName()});
-            if (row.isAway) _sizesLookedFor.insert(trace.size);
-        }
-    }
+    for (Position position = 0; position < _rows.size(); ++position)
+        enter(position);
+}
+
+void LedgerIndex::enter(Position position) {
+    const LedgerRow& row = _rows[position];
+    const Trace& trace = row.trace;
+    _byId.insert(row.id, position);
+    _byPath.insert(trace.path(), position);
+    _names.insert(QFile::decodeName(trace.fileName()));
+    if (trace.identity.isKnown()) _byInode.insert(trace.identity.inode, position);
+    if (trace.size >= 0) _sizes.insert(trace.size);
+    if (row.fileId == 0 || row.isAway) _sizesLookedFor.insert(trace.size);
+    if (row.fileId == 0) return;
+    _byFile.insert(row.fileId, position);
+    _sizesAndNames.insert({trace.size, trace.fileName()});
+}
+
+void LedgerIndex::fileCame(qint64 rowId, qint64 fileId, const Trace& trace) {
+    const auto found = _byId.constFind(rowId);
+    if (found == _byId.constEnd()) return;
+    const Position position = *found;
+    LedgerRow& row = _rows[position];
+    _byFile.remove(row.fileId);
+    _byPath.remove(row.trace.path(), position);
+    _byInode.remove(row.trace.identity.inode, position);
+    row.fileId = fileId;
+    row.isAway = false;
+    row.trace = trace;
+    enter(position);
+}
+
+bool LedgerIndex::mayKnowFile(
+    const QString& fileName, qint64 size, const platform::FileIdentity& identity) const {
+    return (identity.isKnown() && _byInode.contains(identity.inode)) || _sizes.contains(size) ||
+           _names.contains(fileName);
 }
 
 const LedgerRow* LedgerIndex::rowOfFile(qint64 fileId) const {

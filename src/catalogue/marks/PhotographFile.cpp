@@ -9,17 +9,11 @@
 #include <cerrno>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace marks {
 
 namespace {
-
-bool isGone(const QByteArray& path) {
-    struct stat status {};
-    return ::stat(path.constData(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
-}
 
 bool isSameDate(const Trace& trace, const platform::ResourceValues& values) {
     return values.fileSize == trace.size && values.modificationDate == trace.modificationDate;
@@ -47,14 +41,17 @@ QByteArray digestOfFile(const QByteArray& path, const std::function<bool()>& isC
 Place placeOf(const LedgerRow& row, bool canReadFiles) {
     const Trace& trace = row.trace;
     const QByteArray path = trace.path();
-    const auto values = platform::FileManager::resourceValues(QFile::decodeName(path));
-    if (!values) return isGone(path) ? Place::Gone : Place::Unknown;
+    const QString name = QFile::decodeName(path);
+    if (QFile::encodeName(name) != path) return Place::Unknown;
+    const auto [presence, values] = platform::FileManager::look(name);
+    if (presence == platform::Presence::Gone) return Place::Gone;
+    if (presence == platform::Presence::Unknown) return Place::Unknown;
     if (trace.size < 0) return Place::HoldsIt;
-    if (!values->isRegularFile) return Place::HoldsOther;
-    const bool knowsBoth = trace.identity.isKnown() && values->identity.isKnown();
-    if (knowsBoth && trace.identity == values->identity) return Place::HoldsIt;
-    if (values->fileSize != trace.size) return Place::HoldsOther;
-    if (trace.digest.isEmpty()) return isSameDate(trace, *values) ? Place::HoldsIt : Place::Unknown;
+    if (!values.isRegularFile) return Place::HoldsOther;
+    if (trace.identity.isKnown() && trace.identity == values.identity) return Place::HoldsIt;
+    if (values.fileSize != trace.size) return Place::HoldsOther;
+    if (trace.digest.isEmpty())
+        return isSameDate(trace, values) ? Place::HoldsIt : Place::Unknown;
     if (!canReadFiles) return Place::Unknown;
     const QByteArray digest = digestOfFile(path);
     if (digest.isEmpty()) return Place::Unknown;

@@ -1,6 +1,7 @@
 #include "scan/marks/MarksRestorer.h"
 
 #include "FMDB/FMDatabase.h"
+#include "FMDB/FMTransaction.h"
 #include "catalogue/marks/MarksFile.h"
 #include "catalogue/marks/PhotographFile.h"
 #include "group/ItemLookup.h"
@@ -71,11 +72,19 @@ bool MarksRestorer::readLedger() {
 }
 
 void MarksRestorer::sawPhotograph(
-    qint64 fileId, const QString& folderPath, const QString& fileName,
+    const group::ImageFileRow& row, const QString& folderPath,
     const platform::ResourceValues& values) {
-    if (_index.isEmpty() || _index.rowOfFile(fileId)) return;
-    note(sightingOf(
-        fileId, folderPath, fileName, values.fileSize, values.modificationDate, values.identity));
+    if (_index.rowOfFile(row.id)) return;
+    if (row.fileStars.toInteger() > 0 || row.fileFlag.toInteger() != 0 ||
+        !row.tag.toText().isEmpty()) {
+        _unrecorded.push_back(row.id);
+        return;
+    }
+    if (_index.mayKnowFile(row.fileName, values.fileSize, values.identity)) {
+        note(sightingOf(
+            row.id, folderPath, row.fileName, values.fileSize, values.modificationDate,
+            values.identity));
+    }
 }
 
 void MarksRestorer::note(Sighting sighting) {
@@ -185,6 +194,7 @@ std::vector<Sighting> MarksRestorer::openSightings() {
 void MarksRestorer::restoreRest(
     const PBGroupItemArray& workTree, const platform::Operation& operation, bool isEndOfScan,
     const std::function<void()>& checkpoint) {
+    recordMarked();
     if (_sightings.empty() || !_isSomethingNew || !isOpen() || !readLedger()) return;
     std::vector<Sighting> open = openSightings();
     if (open.empty()) return;
@@ -192,7 +202,7 @@ void MarksRestorer::restoreRest(
     const auto digest = [&](const Sighting& seen) {
         Sighting& kept = open[static_cast<std::size_t>(&seen - open.data())];
         if (!kept.trace.digest.isEmpty() || isCancelled()) return kept.trace.digest;
-        checkpoint();
+        if (checkpoint) checkpoint();
         kept.trace.digest = marks::digestOfFile(kept.trace.path(), isCancelled);
         if (const auto found = _sightings.find(kept.fileId); found != _sightings.end())
             found->second.trace.digest = kept.trace.digest;
@@ -247,7 +257,28 @@ std::vector<qint64> MarksRestorer::store(
     if (!given) return {};
     for (const Match& match : matches)
         _sightings.erase(sightings[match.sighting].fileId);
-    _dataVersion = -1; // this connection's own changes are not counted
+    // This connection's own changes are not counted; most are simple enough to follow.
+    for (const Match& match : matches) {
+        if (rows[match.row].isAway || match.trust == marks::Trust::SamePathOnly) {
+            _dataVersion = -1;
+        } else {
+            _index.fileCame(rows[match.row].id, full[match.sighting].fileId,
+                            full[match.sighting].trace);
+        }
+    }
     _environment.ledgerDidChange();
     return *given;
+}
+
+void MarksRestorer::recordMarked() {
+    const std::vector<qint64> fileIds = std::exchange(_unrecorded, {});
+    if (fileIds.empty() || !isOpen()) return;
+    FMTransaction transaction(*_both);
+    marks::MarksLedger ledger(*_both);
+    const bool isRecorded = marks::bindLedger(*_both, _roots) &&
+                            ledger.takeFromCatalogue(fileIds, _roots) && ledger.countEdit() &&
+                            transaction.commit();
+    if (!isRecorded) return;
+    _dataVersion = -1;
+    _environment.ledgerDidChange();
 }

@@ -3,6 +3,7 @@
 #include "catalogue/marks/LedgerIndex.h"
 #include "catalogue/marks/MarksMatching.h"
 #include "catalogue/marks/MarksLedger.h"
+#include "group/ImageFileRow.h"
 #include "group/PBGroupItem.h"
 #include "platform/files/FileManager.h"
 #include "platform/work/Operation.h"
@@ -39,18 +40,16 @@ public:
     /// Reads the ledger, if it changed since.
     void scanBegins();
 
-    /// The file that a row of the catalogue names is there, with its size and date.
+    /// The file that a row of the catalogue names is there, with the row's size and date.
     void sawPhotograph(
-        qint64 fileId, const QString& folderPath, const QString& fileName,
+        const group::ImageFileRow& row, const QString& folderPath,
         const platform::ResourceValues& values);
     /// Whether the file in the row's place is another photograph of the ledger, with which it has
     /// size and date in common.
-    [[nodiscard]] bool
-    isExchanged(qint64 fileId, const platform::FileIdentity& identity) const;
-    /// Whether the row is a marked one and the file in its place is another one by now, rather than
-    /// one that was written anew.
-    [[nodiscard]] bool
-    isReplaced(qint64 fileId, const platform::ResourceValues& values) const;
+    [[nodiscard]] bool isExchanged(qint64 fileId, const platform::FileIdentity& identity) const;
+    /// Whether the row is a marked one, and the file in its place is another one rather than one
+    /// that was written anew.
+    [[nodiscard]] bool isReplaced(qint64 fileId, const platform::ResourceValues& values) const;
     void rowsWereRemoved(const std::vector<qint64>& fileIds);
 
     /// Rows were just made of these files. What is known by its file gets its marks now, in the
@@ -70,6 +69,7 @@ private:
     [[nodiscard]] bool readLedger();
     void note(marks::Sighting sighting);
     [[nodiscard]] std::vector<marks::Sighting> openSightings();
+    void recordMarked();
     [[nodiscard]] std::vector<qint64> store(
         const std::vector<marks::LedgerRow>& rows, const std::vector<marks::Sighting>& sightings,
         const std::vector<marks::Match>& matches);
@@ -81,5 +81,8 @@ private:
     qint64 _dataVersion = -1; // of the ledger when it was read
     /// Photographs without marks that may be some of the ledger's, by their ids.
     std::unordered_map<qint64, marks::Sighting> _sightings;
+    /// Photographs with marks that the ledger does not have: those of a root that was away when the
+    /// same photograph came to another place, say.
+    std::vector<qint64> _unrecorded;
     bool _isSomethingNew = false;
 };
