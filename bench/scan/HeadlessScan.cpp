@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QUrl>
 
 #include <cstdlib>
@@ -56,7 +57,17 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
       _buildThumbnails(profile + QStringLiteral("/thumbnail.db")),
       _aliasServices(std::make_unique<DiskRoots>()), _aliasManager({_files, *_aliasServices, {}}),
       _decodeAhead(static_cast<int>(std::thread::hardware_concurrency())),
-      _readAhead(static_cast<int>(std::thread::hardware_concurrency()), _importerManager) {
+      _readAhead(static_cast<int>(std::thread::hardware_concurrency()), _importerManager),
+      _marks(
+          {.connect = [profile]() -> std::unique_ptr<FMDatabase> {
+               const QString ledger = profile + QStringLiteral("/marks.db");
+               if (!QFile::exists(ledger)) return nullptr;
+               return marks::MarksLedger::connect(profile + QStringLiteral("/files.db"), ledger);
+           },
+           .mountedRoots = [] { return marks::RootPaths(); },
+           .isRemovable = [](const QByteArray&) { return false; },
+           .marksCameBack = [](const PBImageFileList&) {},
+           .ledgerDidChange = [] {}}) {
     QDir().mkpath(profile);
     for (FMDatabase* db : {&_files, &_scanFiles, &_buildThumbnails})
         open(*db);
@@ -81,6 +92,7 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
                 _shown = std::move(publication);
             },
         .scanFinished = [] {},
+        .marks = &_marks,
         .readAhead = &_readAhead,
         .isBeingWritten = {},
         .now = [] { return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) * 1e-3; },

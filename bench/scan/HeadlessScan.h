@@ -7,6 +7,7 @@
 #include "platform/work/OperationQueue.h"
 #include "scan/ScanFactory.h"
 #include "scan/ScanServices.h"
+#include "scan/marks/MarksRestorer.h"
 
 #include <QString>
 
@@ -17,7 +18,8 @@ namespace bench {
 /// The program's scan of one root without its window: the same queues, importers and connections.
 class HeadlessScan {
 public:
-    /// The catalogue's files are made in `profile` unless they are there. `pictures` is the root.
+    /// The catalogue's files are made in `profile` unless they are there; a ledger of marks is used
+    /// if there is one. `pictures` is the root.
     HeadlessScan(const QString& profile, const QString& pictures);
     ~HeadlessScan();
     HeadlessScan(const HeadlessScan&) = delete;
@@ -48,6 +50,7 @@ private:
     platform::OperationQueue _scanQueue{QStringLiteral("scan")};
     DecodeAhead _decodeAhead;
     ReadAhead _readAhead;
+    MarksRestorer _marks;
     std::shared_ptr<BuildThumbServices> _buildThumb;
     std::unique_ptr<ScanFactory> _factory;
     std::shared_ptr<PBAliasObject> _root;

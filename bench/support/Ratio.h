@@ -6,6 +6,7 @@
 #include <limits>
 #include <optional>
 #include <type_traits>
+#include <vector>
 
 /// Timings as ratios: what is measured runs alternately with a floor, the least work that any
 /// program would have to do for the same result, so that the machine and its load drop out.
@@ -55,6 +56,31 @@ bool printRatio(
         "%-52s floor %9.3f ms  subject %9.3f ms  ratio %7.3f", name, floorTime, subjectTime, ratio);
     if (target) std::printf("  target %.2f  %s", *target, met ? "met" : "MISSED");
     std::printf("\n");
+    std::fflush(stdout);
+    return met;
+}
+
+/// The same for differences that are smaller than what the machine adds at random: the ratio is
+/// that of the medians of so many pairs, taken alternately.
+template <typename Floor, typename Subject>
+bool printMedianRatio(
+    const char* name, int pairs, Floor&& floor, Subject&& subject, double target) {
+    std::vector<double> floorTimes;
+    std::vector<double> subjectTimes;
+    for (int pair = 0; pair < pairs; ++pair) {
+        floorTimes.push_back(timeRound(floor));
+        subjectTimes.push_back(timeRound(subject));
+    }
+    const auto median = [](std::vector<double>& times) {
+        std::ranges::sort(times);
+        return times[times.size() / 2];
+    };
+    const double floorTime = median(floorTimes);
+    const double subjectTime = median(subjectTimes);
+    const bool met = subjectTime <= target * floorTime;
+    std::printf(
+        "%-52s floor %9.3f ms  subject %9.3f ms  ratio %7.3f  target %.2f  %s\n", name, floorTime,
+        subjectTime, subjectTime / floorTime, target, met ? "met" : "MISSED");
     std::fflush(stdout);
     return met;
 }

@@ -1,5 +1,6 @@
 #include "app/ApplicationController.h"
 
+#include "FMDB/FMDatabase.h"
 #include "codec/process/DecoderPool.h"
 #include "group/GroupPresets.h"
 #include "places/OfflineGeocoder.h"
@@ -56,6 +57,10 @@ void ApplicationController::awakeFromNib() {
 }
 
 void ApplicationController::createScans() {
+    _marks.emplace(MarksServices::Environment{
+        .filesPath = _connections->mainFileDb().databasePath(),
+        .aliasManager = _folderRoots->aliasManager(),
+        .tell = platform::complain});
     _scanPipeline.emplace(ScanPipeline::Environment{
         .geoManager = *_geoManager,
         .scanFileDb = _connections->scanFileDb(),
@@ -64,10 +69,12 @@ void ApplicationController::createScans() {
         .buildQueue = *_buildThumbOperationQueue,
         .aliasManager = _folderRoots->aliasManager(),
         .insertFolderAliasLock = _insertFolderAliasLock,
+        .marks = &_marks->restorer(),
         .isBeingWritten =
             [this](const QString& path) { return _folderRoots->scEvents().isBeingWritten(path); },
         .scanFinished = [this] { _scanControl->scanFinished(); },
     });
+    _marks->setPipeline(*_scanPipeline, [this] { return scanBrowsing(); });
     _scanControl.emplace(ScanControl::Environment{
         .preload = *_preloadThumbnailOperationQueue,
         .scan = *_scanOperationQueue,
@@ -231,6 +238,7 @@ void ApplicationController::applicationWillTerminate() {
         (*queue)->waitUntilAllOperationsAreFinished();
     }
     if (_folderRoots) _folderRoots->stopWatching();
+    if (_marks) _marks->finish();
     if (_geoManager) _geoManager->cancelReverseGeocoding();
     if (_connections) _connections->close();
     if (auto* loop = platform::MainLoop::instance()) {
@@ -240,6 +248,7 @@ void ApplicationController::applicationWillTerminate() {
     _mainWindowController.reset();
     _scanControl.reset();
     _scanPipeline.reset();
+    _marks.reset();
     _folderRoots.reset();
     _geoManager.reset();
     codec::setFrameReader(nullptr);
@@ -254,7 +263,8 @@ bool ApplicationController::isIdle() const {
     const auto isEmpty = [](const auto& queue) { return !queue || queue->operationCount() == 0; };
     const bool isWaitingForDisks = _folderRoots && _folderRoots->isBusy();
     const bool isLookingUpPlaces = _geoManager && _geoManager->hasPendingRequests();
-    return !isScanning() && !isWaitingForDisks && !isLookingUpPlaces &&
+    const bool isReadingMarked = _marks && !_marks->isIdle();
+    return !isScanning() && !isReadingMarked && !isWaitingForDisks && !isLookingUpPlaces &&
            isEmpty(_preloadThumbnailOperationQueue) && isEmpty(_scanOperationQueue) &&
            isEmpty(_buildThumbOperationQueue);
 }

@@ -2,6 +2,7 @@
 
 #include "app/CatalogueConnections.h"
 #include "app/FolderRootServices.h"
+#include "app/MarksServices.h"
 #include "app/ScanControl.h"
 #include "app/ScanPipeline.h"
 #include "app/WatchControl.h"
@@ -53,6 +54,8 @@ public:
     /// What the main window is built on; until quitting.
     [[nodiscard]] ShellServices shellServices();
 
+    /// The marks of photographs; until quitting.
+    [[nodiscard]] MarksServices& marks() { return *_marks; }
     [[nodiscard]] BrowsingSettings& browsing() { return _browsing; }
     [[nodiscard]] PBAliasManager& aliasManager() { return _folderRoots->aliasManager(); }
     /// The pending request to open files; may be empty.
@@ -100,6 +103,7 @@ private:
     std::optional<FolderRootServices> _folderRoots;
     std::shared_ptr<codec::DecoderPool> _decoderPool;
     std::unique_ptr<PBGeoManager> _geoManager;
+    std::optional<MarksServices> _marks;
     std::optional<ScanPipeline> _scanPipeline;
     std::optional<ScanControl> _scanControl;
     std::unique_ptr<PBMainWindowController> _mainWindowController;

@@ -63,6 +63,16 @@ struct Options {
     QCommandLineOption state{
         QStringLiteral("state"),
         QStringLiteral("Print what the program that runs already shows, as JSON, and end.")};
+    QCommandLineOption exportMarks{
+        QStringLiteral("export-marks"),
+        QStringLiteral("Write stars, flags, tags and rotations of all photographs to FILE (\"-\": "
+                       "standard output), a JSON object in each line, and end."),
+        QStringLiteral("FILE")};
+    QCommandLineOption importMarks{
+        QStringLiteral("import-marks"),
+        QStringLiteral("Read such lines from FILE (\"-\": standard input), set what they say, and "
+                       "end. What a line leaves out stays; 0, false and an empty list clear."),
+        QStringLiteral("FILE")};
     QCommandLineOption theme{
         QStringLiteral("theme"),
         QStringLiteral("Use the \"light\" or \"dark\" colours instead of the desktop's choice."),
@@ -77,7 +87,7 @@ std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QString
     parser.setApplicationDescription(QStringLiteral("Velmora, a photo browser and organiser."));
     parser.addOptions(
         {known.help, known.version, known.profile, known.add, known.untilIdle, known.screenshot,
-         known.size, known.state, known.stats, known.theme});
+         known.size, known.state, known.stats, known.exportMarks, known.importMarks, known.theme});
     parser.addPositionalArgument(
         QStringLiteral("path"), QStringLiteral("Files and folders to open."),
         QStringLiteral("[path…]"));
@@ -95,6 +105,14 @@ std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QString
     options.screenshot = parser.value(known.screenshot);
     options.stats = parser.value(known.stats);
     options.state = parser.isSet(known.state);
+    options.exportMarks = parser.value(known.exportMarks);
+    options.importMarks = parser.value(known.importMarks);
+    for (const QCommandLineOption* option : {&known.exportMarks, &known.importMarks}) {
+        if (parser.isSet(*option) && parser.value(*option).isEmpty())
+            return wrong(QStringLiteral("--%1 needs a file").arg(option->names().constFirst()));
+    }
+    if (!options.exportMarks.isEmpty() && !options.importMarks.isEmpty())
+        return wrong(QStringLiteral("--export-marks and --import-marks don't go together"));
     if (parser.isSet(known.profile)) {
         options.profile = absolute({parser.value(known.profile)}).constFirst();
         if (parser.value(known.profile).isEmpty()) {

@@ -17,6 +17,8 @@ struct CommandLineOptions {
     QSize size;               ///< of the window; invalid when not given
     QString stats;            ///< file for the figures at exit, "-" for standard output
     bool state = false;       ///< print what the running program shows
+    QString exportMarks;      ///< file to write all marks to, "-" for standard output
+    QString importMarks;      ///< file to read marks from, "-" for standard input
     std::optional<bool> dark; ///< the theme, when it is not the desktop's
 };
 

@@ -50,6 +50,7 @@ std::shared_ptr<const ScanServices> ScanPipeline::makeServices() {
                 noteShown();
             },
         .scanFinished = [this] { postScanFinished(); },
+        .marks = _environment.marks,
         .readAhead = &_readAhead,
         .isBeingWritten = _environment.isBeingWritten,
         .now = [] { return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) * 1e-3; },

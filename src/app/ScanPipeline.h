@@ -28,6 +28,8 @@ public:
         platform::OperationQueue& buildQueue;
         const PBAliasManager& aliasManager;
         platform::Mutex& insertFolderAliasLock;
+        /// nullptr: marks don't come back.
+        MarksRestorer* marks = nullptr;
         /// Whether a new file is still being written. Called on the scan thread.
         std::function<bool(const QString& path)> isBeingWritten;
         /// The present scan has ended. Main thread.

@@ -19,8 +19,9 @@
 
 namespace {
 
-constexpr int longestWait = 5000;                         // milliseconds
-constexpr qsizetype largestRequest = qsizetype(16) << 20; // bytes
+constexpr int longestWait = 5000;                        // milliseconds
+constexpr int longestWork = 600'000;                     // milliseconds
+constexpr qsizetype largestRequest = qsizetype(1) << 30; // bytes
 const QByteArray accepted("ok");
 
 /// A socket's path may have 107 bytes only, so it is named by a hash of the folder's real path.
@@ -40,6 +41,8 @@ QByteArray encode(const SingleInstance::Request& request) {
     map.insert(QStringLiteral("paths"), QCborArray::fromStringList(request.paths));
     map.insert(QStringLiteral("add"), QCborArray::fromStringList(request.add));
     map.insert(QStringLiteral("state"), request.wantsState);
+    map.insert(QStringLiteral("marks"), request.wantsMarks);
+    if (request.importMarks) map.insert(QStringLiteral("import"), *request.importMarks);
     return QCborValue(map).toCbor();
 }
 
@@ -56,9 +59,12 @@ std::optional<SingleInstance::Request> decode(const QByteArray& bytes) {
     QCborParserError error;
     const QCborValue value = QCborValue::fromCbor(bytes, &error);
     if (error.error != QCborError::NoError || !value.isMap()) return std::nullopt;
-    return SingleInstance::Request{
+    SingleInstance::Request request{
         stringsOf(value[QStringLiteral("paths")]), stringsOf(value[QStringLiteral("add")]),
-        value[QStringLiteral("state")].toBool()};
+        value[QStringLiteral("state")].toBool(), value[QStringLiteral("marks")].toBool()};
+    const QCborValue lines = value[QStringLiteral("import")];
+    if (lines.isByteArray()) request.importMarks = lines.toByteArray();
+    return request;
 }
 
 } // namespace
@@ -98,25 +104,43 @@ bool SingleInstance::handOver(const QString& socketName, const Request& request)
 }
 
 std::optional<QByteArray> SingleInstance::stateOf(const QString& folder) {
+    Request request;
+    request.wantsState = true;
+    return answerTo(folder, request, longestWait);
+}
+
+std::optional<QByteArray> SingleInstance::ask(const QString& folder, const Request& request) {
+    return answerTo(folder, request, longestWork);
+}
+
+std::optional<QByteArray>
+SingleInstance::answerTo(const QString& folder, const Request& request, int wait) {
     QLocalSocket socket;
     socket.connectToServer(socketOf(folder));
     if (!socket.waitForConnected(longestWait)) return std::nullopt;
-    socket.write(encode({.paths = {}, .add = {}, .wantsState = true}));
+    socket.write(encode(request));
+    while (socket.bytesToWrite() > 0) {
+        if (!socket.waitForBytesWritten(wait)) return std::nullopt;
+    }
     // The answer ends with the connection.
     while (socket.state() == QLocalSocket::ConnectedState) {
-        if (!socket.waitForReadyRead(longestWait) &&
-            socket.state() == QLocalSocket::ConnectedState) {
+        if (!socket.waitForReadyRead(wait) && socket.state() == QLocalSocket::ConnectedState) {
             return std::nullopt;
         }
     }
-    const QByteArray state = socket.readAll();
-    return state.isEmpty() ? std::nullopt : std::optional(state);
+    const QByteArray said = socket.readAll();
+    return said.isEmpty() ? std::nullopt : std::optional(said);
 }
 
 void SingleInstance::answer(QLocalSocket& socket, const Request& request) {
     platform::assertMainThread();
-    if (request.wantsState) {
-        if (_stateSource) socket.write(_stateSource());
+    std::optional<QByteArray> said;
+    if (request.wantsState) said = _stateSource ? _stateSource() : QByteArray();
+    if (request.wantsMarks) said = _exportMarks ? _exportMarks() : QByteArray();
+    if (request.importMarks)
+        said = _importMarks ? _importMarks(*request.importMarks) : QByteArray();
+    if (said) {
+        socket.write(*said);
         socket.disconnectFromServer();
         return;
     }
@@ -143,7 +167,8 @@ void SingleInstance::accept() {
     while (QLocalSocket* socket = _server->nextPendingConnection()) {
         connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
         connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
-            const QByteArray bytes = socket->peek(largestRequest);
+            const QByteArray bytes =
+                socket->peek(std::min(largestRequest, socket->bytesAvailable()));
             const auto request = decode(bytes);
             if (request) {
                 socket->readAll();

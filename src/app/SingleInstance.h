@@ -29,6 +29,8 @@ public:
         QStringList paths;
         QStringList add;
         bool wantsState = false; ///< asks what the first shows; everything else is ignored
+        bool wantsMarks = false; ///< asks for all marks as text; likewise
+        std::optional<QByteArray> importMarks = std::nullopt; ///< text with marks; likewise
     };
 
     explicit SingleInstance(QObject* parent = nullptr);
@@ -46,12 +48,29 @@ public:
     /// within five seconds. Any thread.
     [[nodiscard]] static std::optional<QByteArray> stateOf(const QString& folder);
 
+    /// What answers those who ask for marks or bring some. Both may take a while.
+    void setMarksSource(
+        std::function<QByteArray()> exportMarks,
+        std::function<QByteArray(const QByteArray& lines)> importMarks) {
+        _exportMarks = std::move(exportMarks);
+        _importMarks = std::move(importMarks);
+    }
+    /// Takes the folder without listening to later starts: for a run that is over soon. False when
+    /// another process has it.
+    [[nodiscard]] bool takeForAMoment(const QString& folder) { return lock(folder); }
+    /// Has the program that has the folder do what the request asks, and answers what it says;
+    /// nothing if none has, or none answers within minutes. Any thread.
+    [[nodiscard]] static std::optional<QByteArray>
+    ask(const QString& folder, const Request& request);
+
 Q_SIGNALS:
     void requested(const SingleInstance::Request& request);
 
 private:
     [[nodiscard]] bool lock(const QString& folder);
     [[nodiscard]] static bool handOver(const QString& socket, const Request& request);
+    [[nodiscard]] static std::optional<QByteArray>
+    answerTo(const QString& folder, const Request& request, int wait);
     void listen(const QString& socket);
     void accept();
     void answer(QLocalSocket& socket, const Request& request);
@@ -59,4 +78,6 @@ private:
     int _lock = -1;
     std::unique_ptr<QLocalServer> _server;
     std::function<QByteArray()> _stateSource;
+    std::function<QByteArray()> _exportMarks;
+    std::function<QByteArray(const QByteArray& lines)> _importMarks;
 };

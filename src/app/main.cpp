@@ -2,6 +2,7 @@
 #include "app/CommandLine.h"
 #include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
+#include "app/MarksCommand.h"
 #include "app/OpenedPaths.h"
 #include "app/ProgramState.h"
 #include "app/ResponseTime.h"
@@ -141,6 +142,7 @@ int runApplication(
         });
 
     instance.setStateSource([&] { return programState(controller); });
+    MarksCommand::answerLaterStarts(instance, controller.marks());
 
     int code = controller.addFolders(options.add) ? 0 : failure;
     if (paths.size() < options.paths.size()) code = failure;
@@ -157,6 +159,7 @@ int runApplication(
 
     const int loopCode = QCoreApplication::exec();
     instance.setStateSource({});
+    instance.setMarksSource({}, {});
     responseTime.stop();
     statistics.set(QStringLiteral("longest_response_ms"), responseTime.longest());
     addScanStatistics(statistics, controller.scanPipeline());
@@ -188,6 +191,11 @@ int main(int argc, char** argv) {
     provideRuntimeFolder();
     platform::StandardFolders::setProfile(options.profile);
     if (options.state) return printState();
+    if (!options.exportMarks.isEmpty() || !options.importMarks.isEmpty()) {
+        const QCoreApplication application(argc, argv);
+        const platform::MainLoop loop;
+        return MarksCommand::run(options);
+    }
     if (!hasDisplay(arguments)) {
         platform::complain(
             QStringLiteral("there is no display; for a picture of the window without one, run: "

@@ -34,8 +34,8 @@ public:
           _updateScrollCapture(updateScrollCapture) {}
     /// The same for images wherever they are in the work tree. What is not there stays out.
     PBUpdateFileItemOperation(PBScanDictionaryRef dictionary, PBImageFileList items)
-        : _dictionary(std::move(dictionary)), _items(std::move(items)),
-          _updateScrollCapture(true) {}
+        : _dictionary(std::move(dictionary)), _items(std::move(items)), _updateScrollCapture(true) {
+    }
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
 
 private:

@@ -63,10 +63,9 @@ void CatalogueFolderScan::scanRows(
             drain();
             sinceDrain = 0;
         }
-        const Presence presence =
-            folderPresence == Presence::There 
-                ? presenceOf(folder, row, folderPath)
-                : folderPresence;
+        const Presence presence = folderPresence == Presence::There
+                                      ? presenceOf(folder, row, folderPath)
+                                      : folderPresence;
         if (presence == Presence::Gone) {
             _staleRows.addFile(row.id, row.folderId);
             continue;

@@ -3,12 +3,14 @@
 #include "platform/files/FileManager.h"
 #include "platform/files/PathNames.h"
 #include "scan/ScanServices.h"
+#include "scan/marks/MarksRestorer.h"
 
 using platform::Presence;
 
 FileItemCheck::FileItemCheck(const PBScanDictionary& dictionary, const QStringList& rewrittenFiles)
     : _paths(*dictionary.Database, dictionary.services->aliasManager),
-      _rewrittenFiles(rewrittenFiles.begin(), rewrittenFiles.end()), _roots(dictionary) {}
+      _rewrittenFiles(rewrittenFiles.begin(), rewrittenFiles.end()),
+      _marks(dictionary.services->marks), _roots(dictionary) {}
 
 bool FileItemCheck::isGone(PBImageFileItem& item) {
     const Presence presence = presenceOf(item);
@@ -35,6 +37,11 @@ Presence FileItemCheck::presenceOf(const PBImageFileItem& item) {
         if (presence == Presence::There && _rewrittenFiles.contains(path) &&
             (static_cast<quint64>(look.values.fileSize) != item.fileSize() ||
              look.values.modificationDate != item.modifiedDate())) {
+            presence = Presence::Gone;
+        }
+        // Whose marks it has is to be found out.
+        if (presence == Presence::There && _marks &&
+            _marks->isReplaced(item.fileId(), look.values)) {
             presence = Presence::Gone;
         }
     }

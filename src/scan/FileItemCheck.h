@@ -10,6 +10,8 @@
 
 #include <unordered_map>
 
+class MarksRestorer;
+
 /// Tests images on display against the disk, each folder once. On the scan thread.
 class FileItemCheck {
 public:
@@ -38,6 +40,7 @@ private:
 
     const group::CatalogueFolderPaths _paths;
     const QSet<QString> _rewrittenFiles;
+    const MarksRestorer* _marks; ///< nullptr: marks don't come back
     RootCheck _roots;
     std::unordered_map<qint64, Folder> _folders;
     StaleRows _staleRows;

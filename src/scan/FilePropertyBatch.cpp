@@ -68,8 +68,20 @@ void FilePropertyBatch::insertRows() {
         return;
     }
     std::erase_if(properties, [](const FileProperty& property) { return property.fileId <= 0; });
-    if (MarksRestorer* marks = _dictionary->services->marks) marks->restoreInserted(properties);
+    restoreMarks();
     _dictionary->services->figures.rowsInserted += properties.size();
+}
+
+void FilePropertyBatch::restoreMarks() {
+    MarksRestorer* marks = _dictionary->services->marks;
+    if (!marks) return;
+    std::vector<InsertedPhotograph> photographs;
+    for (FileProperty& property : *_dictionary->ImageFilePropertyArray) {
+        photographs.push_back(
+            {property.fileId, property.parentFolderPath, property.identity,
+             &property.baseProperty});
+    }
+    marks->restoreInserted(photographs);
 }
 
 bool FilePropertyBatch::insertAll() {

@@ -56,6 +56,8 @@ private:
 
     /// Leaves in the array what is stored.
     void insertRows();
+    /// Of photographs that the ledger of marks knows.
+    void restoreMarks();
     /// False when the batch can't be stored. A cancellation ends it between two files.
     [[nodiscard]] bool insertAll();
     /// An attached operation found the same file meanwhile, and stored and showed it. Nothing when

@@ -40,12 +40,10 @@ void PBScanFinishedTrigger::fireAllFinishedWithOperation(platform::Operation& op
         batch.flush(
             [&] { checkAttachedOperation(dictionary.AttachOperationArray.get(), operation); });
     }
-    if (dictionary.services->marks && !dictionary.IsOpenFilesScanFolder &&
-        !dictionary.IsAttached) {
+    if (dictionary.services->marks && !dictionary.IsOpenFilesScanFolder && !dictionary.IsAttached) {
         dictionary.services->marks->restoreRest(
-            *dictionary.WorkGroupItemArray, operation, !_isIncomplete, [&] {
-                checkAttachedOperation(dictionary.AttachOperationArray.get(), operation);
-            });
+            *dictionary.WorkGroupItemArray, operation, !_isIncomplete,
+            [&] { checkAttachedOperation(dictionary.AttachOperationArray.get(), operation); });
     }
     if (!dictionary.IsOpenFilesScanFolder && !operation.isCancelled()) {
         ScanFigures& figures = dictionary.services->figures;

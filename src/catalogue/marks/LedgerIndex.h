@@ -29,8 +29,10 @@ public:
     /// have come here. The trace needs path, size and identity.
     [[nodiscard]] bool mayKnow(const Trace& trace) const;
     /// The same at less cost, and sometimes true where the other is not.
-    [[nodiscard]] bool mayKnowFile(
-        const QString& fileName, qint64 size, const platform::FileIdentity& identity) const;
+    [[nodiscard]] bool
+    mayKnowFile(const QString& fileName, qint64 size, const platform::FileIdentity& identity) const;
+    /// Whether a photograph of the ledger has this size, wherever it is.
+    [[nodiscard]] bool knowsSize(qint64 size) const { return _sizes.contains(size); }
     /// Whether the file with this identity is another one's of the ledger.
     [[nodiscard]] bool isOfAnother(const LedgerRow& row, const platform::FileIdentity& file) const;
     /// The rows with the path or the identity of the trace.

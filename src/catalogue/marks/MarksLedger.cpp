@@ -307,7 +307,8 @@ std::optional<std::vector<LedgerRow>> MarksLedger::rows(const RootPaths& roots) 
             "end,case when f.Id is null then m.RelativePath else "
             "cast(ifnull(d.RelativePath||'/','')||f.FileName as blob) end,"
             "m.Size,m.ModificationDate,m.Inode,m.CreationTime,m.Digest,m.Orientation,m.Width,"
-            "m.Height,m.Camera,m.TimeOfCapture,m.RootPath,m.RelativePath from Marks m left join ImageFile f on "
+            "m.Height,m.Camera,m.TimeOfCapture,m.RootPath,m.RelativePath from Marks m left join "
+            "ImageFile f on "
             "f.Id = m.FileId left join Folder d on d.Id = f.FolderId "
             "left join json_each(?) r on r.key = cast(d.AliasId as text) order by m.Id"),
         rootsText(roots));

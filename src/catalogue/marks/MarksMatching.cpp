@@ -48,12 +48,14 @@ private:
 
     /// The newest rows first: of two that were at one path, the later one was there last.
     template <typename Key>
-    Pairs
-    pairs(const QMultiHash<Key, std::size_t>& sightings, const auto& keyOf, const auto& isPair) {
+    Pairs pairs(
+        const QMultiHash<Key, std::size_t>& sightings, const auto& keyOf, const auto& isLookedFor,
+        const auto& isPair) {
         Pairs found;
         for (std::size_t index = _question.rows.size(); index-- > 0;) {
             if (_isRowTaken[index]) continue;
             const auto [begin, end] = sightings.equal_range(keyOf(row(index).trace));
+            if (begin == end || !isLookedFor(row(index))) continue;
             for (auto other = begin; other != end; ++other) {
                 if (!_isSightingTaken[*other] && row(index).fileId != sighting(*other).fileId &&
                     isPair(row(index), sighting(*other)))
@@ -66,6 +68,7 @@ private:
     Pairs samePlaces() {
         return pairs(
             _byPath, [](const Trace& trace) { return trace.path(); },
+            [](const LedgerRow&) { return true; },
             [this](const LedgerRow& row, const Sighting& seen) {
                 if (row.trace.size < 0) return true; // marked by its path
                 if (isSameFile(row, seen)) return true;
@@ -77,17 +80,17 @@ private:
     Pairs sameIdentities() {
         return pairs(
             _byInode, [](const Trace& trace) { return trace.identity.inode; },
-            [this](const LedgerRow& row, const Sighting& seen) {
-                return isSameFile(row, seen) && hasLeftItsPlace(row);
-            });
+            [this](const LedgerRow& row) { return hasLeftItsPlace(row); },
+            [](const LedgerRow& row, const Sighting& seen) { return isSameFile(row, seen); });
     }
 
     Pairs sameContents() {
         return pairs(
             _bySize, [](const Trace& trace) { return trace.size; },
+            [this](const LedgerRow& row) {
+                return row.trace.size >= 0 && hasLeftItsPlace(row) && !isHeldElsewhere(row);
+            },
             [this](const LedgerRow& row, const Sighting& seen) {
-                if (row.trace.size < 0 || isHeldElsewhere(row) || !hasLeftItsPlace(row))
-                    return false;
                 if (!row.trace.digest.isEmpty()) return isSameContent(row, seen);
                 return isSameDate(row.trace, seen.trace) &&
                        row.trace.fileName() == seen.trace.fileName();
@@ -97,10 +100,13 @@ private:
     Pairs samePaths() {
         return pairs(
             _byPath, [](const Trace& trace) { return trace.path(); },
-            [this](const LedgerRow& row, const Sighting& seen) {
+            [this](const LedgerRow& row) {
                 const auto index = static_cast<std::size_t>(&row - _question.rows.data());
                 return !_hasTurnedUp[index] && !_isSucceeded.contains(row.id) &&
-                       !isHeldElsewhere(row) && !isAnotherPhotograph(row, seen);
+                       !isHeldElsewhere(row);
+            },
+            [](const LedgerRow& row, const Sighting& seen) {
+                return !isAnotherPhotograph(row, seen);
             });
     }
 

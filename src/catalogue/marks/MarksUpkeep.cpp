@@ -74,9 +74,9 @@ void MarksUpkeep::wake() {
 void MarksUpkeep::takeSnapshot() {
     _lastSnapshot = Clock::now().time_since_epoch().count();
     const auto ledger = openLedger(_environment.marksPath);
-    const bool isTaken = ledger && marks::takeSnapshot(
-                                       *ledger, _environment.snapshotFolder,
-                                       QDateTime::currentDateTimeUtc());
+    const bool isTaken =
+        ledger &&
+        marks::takeSnapshot(*ledger, _environment.snapshotFolder, QDateTime::currentDateTimeUtc());
     if (!isTaken && _environment.tell)
         _environment.tell(QStringLiteral("no copy of the ledger of marks could be made in %1")
                               .arg(_environment.snapshotFolder));

@@ -50,8 +50,7 @@ Place placeOf(const LedgerRow& row, bool canReadFiles) {
     if (!values.isRegularFile) return Place::HoldsOther;
     if (trace.identity.isKnown() && trace.identity == values.identity) return Place::HoldsIt;
     if (values.fileSize != trace.size) return Place::HoldsOther;
-    if (trace.digest.isEmpty())
-        return isSameDate(trace, values) ? Place::HoldsIt : Place::Unknown;
+    if (trace.digest.isEmpty()) return isSameDate(trace, values) ? Place::HoldsIt : Place::Unknown;
     if (!canReadFiles) return Place::Unknown;
     const QByteArray digest = digestOfFile(path);
     if (digest.isEmpty()) return Place::Unknown;

@@ -85,8 +85,7 @@ private:
 
 } // namespace
 
-MarksEdit
-MarksEdit::ofPhotographs(std::vector<qint64> fileIds, const marks::MarksChange& change) {
+MarksEdit MarksEdit::ofPhotographs(std::vector<qint64> fileIds, const marks::MarksChange& change) {
     return {.photographs = {{std::move(fileIds), change}}, .paths = {}};
 }
 

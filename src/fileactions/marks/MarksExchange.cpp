@@ -144,8 +144,8 @@ std::optional<QByteArray> exportMarks(FMDatabase& both, const marks::RootPaths& 
     return lines;
 }
 
-ImportPlan planImport(
-    const QByteArray& lines, const std::function<qint64(const QByteArray& path)>& fileIdOf) {
+ImportPlan
+planImport(const QByteArray& lines, const std::function<qint64(const QByteArray& path)>& fileIdOf) {
     ImportPlan plan;
     std::map<QByteArray, marks::MarksChange> changes;
     int number = 0;
@@ -170,8 +170,8 @@ ImportPlan planImport(
                 same->fileIds.push_back(fileId);
             }
         } else {
-            plan.told.append(
-                QStringLiteral("%1 is not in the catalogue; its marks wait for it").arg(shown(path)));
+            plan.told.append(QStringLiteral("%1 is not in the catalogue; its marks wait for it")
+                                 .arg(shown(path)));
             plan.edit.paths.push_back({path, change});
         }
     }

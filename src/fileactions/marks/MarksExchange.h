@@ -30,8 +30,8 @@ struct ImportPlan {
 };
 /// What the lines say, for whoever finds photographs in the catalogue: `fileIdOf` answers 0 for one
 /// that is not there. Of two lines for one photograph the later counts.
-[[nodiscard]] ImportPlan planImport(
-    const QByteArray& lines, const std::function<qint64(const QByteArray& path)>& fileIdOf);
+[[nodiscard]] ImportPlan
+planImport(const QByteArray& lines, const std::function<qint64(const QByteArray& path)>& fileIdOf);
 
 /// The row of the catalogue for an absolute path; 0 for none. `roots` are all that may have it,
 /// mounted or not.

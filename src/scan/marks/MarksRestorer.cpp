@@ -5,7 +5,6 @@
 #include "catalogue/marks/MarksFile.h"
 #include "catalogue/marks/PhotographFile.h"
 #include "group/ItemLookup.h"
-#include "scan/FilePropertyBatch.h"
 #include "scan/marks/MarksStoring.h"
 
 #include <QFile>
@@ -81,16 +80,20 @@ void MarksRestorer::sawPhotograph(
         return;
     }
     if (_index.mayKnowFile(row.fileName, values.fileSize, values.identity)) {
-        note(sightingOf(
-            row.id, folderPath, row.fileName, values.fileSize, values.modificationDate,
-            values.identity));
+        note(
+            sightingOf(
+                row.id, folderPath, row.fileName, values.fileSize, values.modificationDate,
+                values.identity),
+            false);
     }
 }
 
-void MarksRestorer::note(Sighting sighting) {
-    if (!_index.mayKnow(sighting.trace)) return;
+void MarksRestorer::note(Sighting sighting, bool isInserted) {
+    const bool mayBe = _index.mayKnow(sighting.trace);
+    if (!mayBe && !_index.knowsSize(sighting.trace.size)) return;
+    if (mayBe || isInserted) _isSomethingNew = true;
     const qint64 fileId = sighting.fileId;
-    if (_sightings.insert_or_assign(fileId, std::move(sighting)).second) _isSomethingNew = true;
+    _seen.insert_or_assign(fileId, Seen{std::move(sighting), isInserted});
 }
 
 bool MarksRestorer::isExchanged(qint64 fileId, const platform::FileIdentity& identity) const {
@@ -113,24 +116,26 @@ void MarksRestorer::rowsWereRemoved(const std::vector<qint64>& fileIds) {
             _index.fileWasRemoved(fileId);
             _isSomethingNew = true;
         }
-        _sightings.erase(fileId);
+        _seen.erase(fileId);
     }
 }
 
-void MarksRestorer::restoreInserted(std::vector<FileProperty>& properties) {
+void MarksRestorer::restoreInserted(const std::vector<InsertedPhotograph>& photographs) {
     refresh();
-    if (_index.isEmpty() || properties.empty()) return;
+    if (_index.isEmpty()) return;
     std::vector<Sighting> seen;
     std::vector<LedgerRow> rows;
-    for (const FileProperty& property : properties) {
+    for (const InsertedPhotograph& photograph : photographs) {
         const auto column = [&](const QString& name) {
-            return valueForKey(property.baseProperty, name);
+            return valueForKey(*photograph.columns, name);
         };
+        const QString name = column(QStringLiteral("FileName")).toText();
+        const qint64 size = column(QStringLiteral("FileSize")).toInteger();
+        if (!_index.mayKnowFile(name, size, photograph.identity)) continue;
         Sighting one = sightingOf(
-            property.fileId, property.parentFolderPath, column(QStringLiteral("FileName")).toText(),
-            column(QStringLiteral("FileSize")).toInteger(),
-            column(QStringLiteral("ModificationDate")).toDouble(), property.identity);
-        note(one);
+            photograph.fileId, photograph.folderPath, name, size,
+            column(QStringLiteral("ModificationDate")).toDouble(), photograph.identity);
+        note(one, true);
         auto alike = _index.rowsLike(one.trace);
         if (alike.empty()) continue;
         seen.push_back(std::move(one));
@@ -146,48 +151,45 @@ void MarksRestorer::restoreInserted(std::vector<FileProperty>& properties) {
          .place = [](const LedgerRow& row) { return marks::placeOf(row, false); },
          .digest = {},
          .isAllSeen = false});
-    std::unordered_map<qint64, FileProperty*> byId;
-    for (FileProperty& property : properties)
-        byId.emplace(property.fileId, &property);
+    std::unordered_map<qint64, PBDictionary*> columnsOf;
+    for (const InsertedPhotograph& photograph : photographs)
+        columnsOf.emplace(photograph.fileId, photograph.columns);
     for (const qint64 fileId : store(rows, seen, matches)) {
-        const auto found = byId.find(fileId);
-        if (found == byId.end()) continue;
-        FMResultSet row = _both->executeQuery(
-            QStringLiteral("select FileStars,FileFlag,Tag,RotateAngle from ImageFile where Id = ?"),
-            fileId);
-        if (!row.next()) continue;
-        PBDictionary& columns = found->second->baseProperty;
-        columns[QStringLiteral("FileStars")] = row.objectForColumnIndex(0);
-        columns[QStringLiteral("FileFlag")] = row.objectForColumnIndex(1);
-        columns[QStringLiteral("Tag")] = row.objectForColumnIndex(2);
-        columns[QStringLiteral("RotateAngle")] = row.objectForColumnIndex(3);
+        const auto found = columnsOf.find(fileId);
+        if (found != columnsOf.end()) readMarks(fileId, *found->second);
     }
 }
 
+void MarksRestorer::readMarks(qint64 fileId, PBDictionary& columns) {
+    FMResultSet row = _both->executeQuery(
+        QStringLiteral("select FileStars,FileFlag,Tag,RotateAngle from ImageFile where Id = ?"),
+        fileId);
+    if (!row.next()) return;
+    columns[QStringLiteral("FileStars")] = row.objectForColumnIndex(0);
+    columns[QStringLiteral("FileFlag")] = row.objectForColumnIndex(1);
+    columns[QStringLiteral("Tag")] = row.objectForColumnIndex(2);
+    columns[QStringLiteral("RotateAngle")] = row.objectForColumnIndex(3);
+}
+
 std::vector<Sighting> MarksRestorer::openSightings() {
+    // Which have something in common with a photograph that is looked for shows only now.
     std::vector<qint64> fileIds;
-    for (const auto& [fileId, seen] : _sightings)
-        fileIds.push_back(fileId);
+    std::erase_if(_seen, [this](const auto& one) { return _index.rowOfFile(one.first); });
+    for (const auto& [fileId, seen] : _seen) {
+        if (seen.isInserted || _index.mayKnow(seen.sighting.trace)) fileIds.push_back(fileId);
+    }
     std::vector<Sighting> open;
     const auto traces = marks::MarksLedger(*_both).traces(fileIds, _roots);
     if (!traces) return open;
-    std::unordered_map<qint64, Sighting> still;
     for (const auto& [fileId, trace] : *traces) {
-        if (_index.rowOfFile(fileId)) continue; // has marks by now
-        Sighting& seen = _sightings.at(fileId);
-        const bool isSame = seen.trace.size == trace.size &&
-                            seen.trace.modificationDate == trace.modificationDate;
-        marks::Trace known = trace;
-        if (isSame) {
-            known.identity = seen.trace.identity;
-            known.digest = seen.trace.digest;
-        }
-        seen.trace = known;
-        seen.isOnRemovableVolume = _environment.isRemovable(known.rootPath);
+        Sighting& seen = _seen.at(fileId).sighting;
+        marks::Trace now = trace;
+        now.identity = seen.trace.identity;
+        now.digest = seen.trace.digest;
+        seen.trace = std::move(now);
+        seen.isOnRemovableVolume = _environment.isRemovable(trace.rootPath);
         open.push_back(seen);
-        still.emplace(fileId, seen);
     }
-    _sightings = std::move(still);
     return open;
 }
 
@@ -195,7 +197,7 @@ void MarksRestorer::restoreRest(
     const PBGroupItemArray& workTree, const platform::Operation& operation, bool isEndOfScan,
     const std::function<void()>& checkpoint) {
     recordMarked();
-    if (_sightings.empty() || !_isSomethingNew || !isOpen() || !readLedger()) return;
+    if (_seen.empty() || !_isSomethingNew || !isOpen() || !readLedger()) return;
     std::vector<Sighting> open = openSightings();
     if (open.empty()) return;
     const auto isCancelled = [&] { return operation.isCancelled(); };
@@ -204,8 +206,8 @@ void MarksRestorer::restoreRest(
         if (!kept.trace.digest.isEmpty() || isCancelled()) return kept.trace.digest;
         if (checkpoint) checkpoint();
         kept.trace.digest = marks::digestOfFile(kept.trace.path(), isCancelled);
-        if (const auto found = _sightings.find(kept.fileId); found != _sightings.end())
-            found->second.trace.digest = kept.trace.digest;
+        if (const auto found = _seen.find(kept.fileId); found != _seen.end())
+            found->second.sighting.trace.digest = kept.trace.digest;
         return kept.trace.digest;
     };
     const std::vector<LedgerRow> rows = _index.rows();
@@ -256,14 +258,14 @@ std::vector<qint64> MarksRestorer::store(
     const auto given = storeMatches(*_both, _roots, rows, full, matches);
     if (!given) return {};
     for (const Match& match : matches)
-        _sightings.erase(sightings[match.sighting].fileId);
+        _seen.erase(sightings[match.sighting].fileId);
     // This connection's own changes are not counted; most are simple enough to follow.
     for (const Match& match : matches) {
         if (rows[match.row].isAway || match.trust == marks::Trust::SamePathOnly) {
             _dataVersion = -1;
         } else {
-            _index.fileCame(rows[match.row].id, full[match.sighting].fileId,
-                            full[match.sighting].trace);
+            _index.fileCame(
+                rows[match.row].id, full[match.sighting].fileId, full[match.sighting].trace);
         }
     }
     _environment.ledgerDidChange();

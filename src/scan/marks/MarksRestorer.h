@@ -1,11 +1,12 @@
 #pragma once
 
 #include "catalogue/marks/LedgerIndex.h"
-#include "catalogue/marks/MarksMatching.h"
 #include "catalogue/marks/MarksLedger.h"
+#include "catalogue/marks/MarksMatching.h"
 #include "group/ImageFileRow.h"
 #include "group/PBGroupItem.h"
 #include "platform/files/FileManager.h"
+#include "platform/values/PBValue.h"
 #include "platform/work/Operation.h"
 
 #include <functional>
@@ -14,7 +15,15 @@
 #include <vector>
 
 class FMDatabase;
-struct FileProperty;
+
+/// A photograph whose row was just made.
+struct InsertedPhotograph {
+    qint64 fileId = 0;
+    QString folderPath;
+    platform::FileIdentity identity;
+    /// Those of the row; its marks are written into them. Outlives this.
+    PBDictionary* columns = nullptr;
+};
 
 /// Gives photographs that lost their row in the catalogue, or got a new one, the marks that the
 /// ledger has of them. A scan tells of what it sees; what is known by its file alone gets its marks
@@ -54,7 +63,7 @@ public:
 
     /// Rows were just made of these files. What is known by its file gets its marks now, in the
     /// catalogue and in the columns that it will be shown by.
-    void restoreInserted(std::vector<FileProperty>& properties);
+    void restoreInserted(const std::vector<InsertedPhotograph>& photographs);
     /// Decides about all else that was seen, and about what was not found before. `isEndOfScan`:
     /// all of the folder was looked at. `checkpoint` runs between files that are read.
     void restoreRest(
@@ -67,9 +76,10 @@ private:
     [[nodiscard]] bool isOpen();
     void refresh();
     [[nodiscard]] bool readLedger();
-    void note(marks::Sighting sighting);
+    void note(marks::Sighting sighting, bool isInserted);
     [[nodiscard]] std::vector<marks::Sighting> openSightings();
     void recordMarked();
+    void readMarks(qint64 fileId, PBDictionary& columns);
     [[nodiscard]] std::vector<qint64> store(
         const std::vector<marks::LedgerRow>& rows, const std::vector<marks::Sighting>& sightings,
         const std::vector<marks::Match>& matches);
@@ -79,8 +89,13 @@ private:
     marks::RootPaths _roots;
     marks::LedgerIndex _index;
     qint64 _dataVersion = -1; // of the ledger when it was read
+    struct Seen {
+        marks::Sighting sighting;
+        /// Its row is of this run: its old place may be left only now.
+        bool isInserted = false;
+    };
     /// Photographs without marks that may be some of the ledger's, by their ids.
-    std::unordered_map<qint64, marks::Sighting> _sightings;
+    std::unordered_map<qint64, Seen> _seen;
     /// Photographs with marks that the ledger does not have: those of a root that was away when the
     /// same photograph came to another place, say.
     std::vector<qint64> _unrecorded;

@@ -68,8 +68,8 @@ private:
                              (marks == row.marks || _ledger.setMarks(row.id, marks));
         if (!isMoved) return 0;
         // The very photograph turned up: what took its place was another one.
-        const bool isVeryFile = row.trace.identity.isKnown() &&
-                                row.trace.identity == seen.trace.identity;
+        const bool isVeryFile =
+            row.trace.identity.isKnown() && row.trace.identity == seen.trace.identity;
         if (!isVeryFile) return row.id;
         const auto heirs = _ledger.disinheritHeirs(row.id);
         if (!heirs) return 0;

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "catalogue/marks/MarksUpkeep.h"
+#include "fileactions/marks/MarksEditor.h"
+#include "scan/ScanFactory.h"
+#include "scan/marks/MarksRestorer.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class PBAliasManager;
+class ScanPipeline;
+
+/// All that the marks of photographs need: their ledger and its upkeep, the edits, and what gives
+/// them back. Main thread.
+class MarksServices {
+public:
+    struct Environment {
+        QString filesPath; ///< `files.db`; the ledger lies beside it
+        const PBAliasManager& aliasManager;
+        /// Tells the user in a sentence what happened to the ledger. Any thread.
+        std::function<void(const QString& sentence)> tell;
+    };
+    /// Sees to it that there is a good ledger before anything else opens it.
+    explicit MarksServices(Environment environment);
+    ~MarksServices();
+    MarksServices(const MarksServices&) = delete;
+    MarksServices& operator=(const MarksServices&) = delete;
+
+    /// For the scans; of their thread.
+    [[nodiscard]] MarksRestorer& restorer() { return _restorer; }
+    /// Edits show in the trees of the pipeline, which is made with the restorer. `browsing` is how
+    /// the user browses now. Both are let go of by `finish`.
+    void setPipeline(ScanPipeline& pipeline, std::function<ScanBrowsing()> browsing);
+    /// After `setPipeline`.
+    [[nodiscard]] fileactions::MarksEditor& editor() { return *_editor; }
+
+    /// All marks as text; nothing where the ledger can't be read.
+    [[nodiscard]] std::optional<QByteArray> exportMarks();
+    struct ImportResult {
+        bool isWhole = false; ///< all lines were good, and are stored
+        QStringList told;
+    };
+    [[nodiscard]] ImportResult importMarks(const QByteArray& lines);
+
+    [[nodiscard]] bool isIdle() const { return _upkeep.isIdle(); }
+    /// The queues of scans have ended: stops the upkeep and keeps a copy of the ledger.
+    void finish();
+
+private:
+    [[nodiscard]] FMDatabase* connection();
+    [[nodiscard]] std::unique_ptr<FMDatabase> connect() const;
+    /// Of mounted ones; with `withAway` of all, as far as a place is known.
+    [[nodiscard]] marks::RootPaths roots(bool withAway = false) const;
+    void regroup(PBImageFileList items);
+    void findInWorkTree(std::vector<qint64> fileIds);
+
+    const Environment _environment;
+    const QString _marksPath;
+    const QString _snapshotFolder;
+    marks::MarksUpkeep _upkeep;
+    MarksRestorer _restorer;
+    std::unique_ptr<FMDatabase> _both;
+    ScanPipeline* _pipeline = nullptr;
+    std::function<ScanBrowsing()> _browsing;
+    std::optional<fileactions::MarksEditor> _editor;
+    /// Expires with this object; looked at on the main thread only.
+    std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
+};

@@ -1,0 +1,130 @@
+#include "app/ScanProgram.h"
+
+#include <condition_variable>
+#include <csignal>
+#include <mutex>
+
+/// The program itself with marks: they are set and read as text.
+struct MarksProgramTest : ScanProgramTest {
+    QString in(const QString& name) const { return pictures + u'/' + name; }
+    static QByteArray line(const QString& path, const char* marks) {
+        return "{\"path\":\"" + path.toUtf8() + "\"," + marks + "}\n";
+    }
+    Outcome import(const QByteArray& lines) const {
+        const QString file = temporary.filePath(u"marks.jsonl"_s);
+        support::writeFile(file, lines);
+        return run({u"--profile"_s, profile, u"--import-marks"_s, file});
+    }
+    QByteArray exported() const {
+        const Outcome outcome = run({u"--profile"_s, profile, u"--export-marks"_s, u"-"_s});
+        EXPECT_EQ(outcome.code, 0) << outcome.errors.toStdString();
+        return outcome.output;
+    }
+    static QByteArray sortedLines(const QByteArray& text) {
+        QByteArrayList lines = text.trimmed().split('\n');
+        std::ranges::sort(
+            lines, {}, [](const QByteArray& one) { return one.mid(one.indexOf("\"path\"")); });
+        return lines.join('\n') + '\n';
+    }
+    /// Of all catalogued photographs.
+    QStringList stars() const {
+        return rows(u"select FileName||'='||FileStars from ImageFile where FileStars > 0"_s);
+    }
+};
+
+TEST_F(MarksProgramTest, MarksAreImportedKeptAndExportedWithAndWithoutARunningProgram) {
+    makePicture(u"a.jpg"_s, 40);
+    makePicture(u"b.jpg"_s, 50);
+    visit({u"--add"_s, pictures});
+    const Outcome outcome = import(
+        line(in(u"a.jpg"_s), "\"stars\":4,\"tags\":[\"sea\"]") + "no line\n" +
+        line(in(u"later.jpg"_s), "\"flag\":true"));
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_EQ(
+        outcome.errors, "velmora: line 2 is no photograph with marks; it is left out\nvelmora: " +
+                            in(u"later.jpg"_s).toUtf8() +
+                            " is not in the catalogue; its marks wait for it\n");
+    EXPECT_EQ(stars(), QStringList{u"a.jpg=4"_s});
+    makePicture(u"later.jpg"_s, 60);
+    visit();
+    EXPECT_EQ(
+        rows(u"select FileName from ImageFile where FileFlag"_s), QStringList{u"later.jpg"_s});
+    EXPECT_EQ(
+        rows(u"select count(*) from Marks where Digest is null"_s, "marks.db"), QStringList{u"0"_s})
+        << "--until-idle waits for the digests";
+    EXPECT_EQ(QDir(profile + u"/marks-snapshots"_s).entryList(QDir::Files).isEmpty(), false);
+
+    start({});
+    ASSERT_TRUE(support::spinUntil(
+        [&] { return import(line(in(u"b.jpg"_s), "\"stars\":2,\"rotation\":90")).code == 0; }));
+    const QByteArray all = exported();
+    EXPECT_EQ(
+        all, "{\"path\":\"" + in(u"a.jpg"_s).toUtf8() + "\",\"stars\":4,\"tags\":[\"sea\"]}\n" +
+                 "{\"path\":\"" + in(u"b.jpg"_s).toUtf8() + "\",\"rotation\":90,\"stars\":2}\n" +
+                 "{\"flag\":true,\"path\":\"" + in(u"later.jpg"_s).toUtf8() + "\"}\n");
+    program.terminate();
+    ASSERT_TRUE(program.waitForFinished(60'000));
+    EXPECT_EQ(exported(), all);
+
+    // The catalogue is lost, and files have other names.
+    ASSERT_TRUE(QFile::remove(profile + u"/files.db"_s));
+    ASSERT_TRUE(QFile::rename(in(u"a.jpg"_s), in(u"c.jpg"_s)));
+    visit({u"--add"_s, pictures});
+    EXPECT_EQ(exported(), sortedLines(QByteArray(all).replace("a.jpg", "c.jpg")));
+    // And so is the ledger.
+    support::writeFile(
+        profile + u"/marks.db"_s, support::readFile(profile + u"/marks.db"_s).left(5000));
+    const Outcome damaged = runUntilIdle();
+    EXPECT_TRUE(damaged.errors.contains("the ledger of marks was damaged"))
+        << damaged.errors.toStdString();
+    EXPECT_EQ(exported().count('\n'), 3);
+}
+
+/// What was acknowledged is in both files, whenever the program is killed.
+TEST_F(MarksProgramTest, AKilledProgramHasEveryEditThatItAcknowledgedInBothFiles) {
+    constexpr int photographs = 40;
+    for (int number = 0; number < photographs; ++number)
+        makePicture(QString::number(number) + u".jpg"_s, 40 + number);
+    visit({u"--add"_s, pictures});
+    const int kills = std::max(8, qEnvironmentVariableIntValue("VELMORA_KILLS"));
+    std::mt19937 random(5);
+    for (int kill = 0; kill < kills; ++kill) {
+        start({});
+        int acknowledged = 0;
+        int tried = 0;
+        std::atomic<bool> isOver = false;
+        ASSERT_TRUE(program.waitForStarted());
+        const auto process = static_cast<pid_t>(program.processId());
+        const std::chrono::milliseconds moment(300 + random() % 1500);
+        std::jthread killer([&, process](const std::stop_token& stop) {
+            std::mutex mutex;
+            std::unique_lock lock(mutex);
+            std::condition_variable_any never;
+            never.wait_for(lock, stop, moment, [] { return false; });
+            ::kill(process, SIGKILL);
+            isOver = true;
+        });
+        while (!isOver) {
+            QByteArray lines;
+            for (int number = 0; number < photographs; ++number)
+                lines += line(
+                    in(QString::number(number) + u".jpg"_s),
+                    ("\"stars\":" + std::to_string(1 + tried % 5) + ",\"tags\":[\"" +
+                     std::to_string(kill * 1000 + tried) + "\"]")
+                        .c_str());
+            const Outcome outcome = import(lines);
+            if (outcome.code == 0) acknowledged = tried;
+            ++tried;
+        }
+        killer.join();
+        program.waitForFinished(10'000);
+        const QString tags = u"select distinct Tag from Tags where Id in "
+                             "(select Tag from ImageFile)"_s;
+        const QStringList inFiles = rows(tags);
+        const QStringList inLedger = rows(u"select distinct Tags from Marks"_s, "marks.db");
+        ASSERT_EQ(inFiles.size(), 1) << "an edit is stored whole";
+        ASSERT_EQ(inLedger, QStringList{u"[\"%1\"]"_s.arg(inFiles.constFirst())});
+        EXPECT_GE(inFiles.constFirst().toInt(), kill * 1000 + acknowledged);
+        EXPECT_EQ(rows(u"pragma integrity_check"_s), QStringList{u"ok"_s});
+    }
+}

@@ -1,0 +1,258 @@
+#include "app/ScanProgram.h"
+
+#include <QRegularExpression>
+
+namespace {
+
+/// Photographs in two roots to which something happens from outside. Each has a number, which is
+/// its tag, too, where it has marks; its bytes tell it.
+class Photographs {
+public:
+    Photographs(QString roots, QString elsewhere, QByteArray picture)
+        : _roots(std::move(roots)), _elsewhere(std::move(elsewhere)), _picture(std::move(picture)) {
+        QDir().mkpath(_elsewhere);
+    }
+
+    void make(int count) {
+        for (int number = 0; number < count; ++number)
+            writeNew(number % 2 == 0 ? u"A"_s : u"B/sub%1"_s.arg(number % 5));
+    }
+    /// Every third has no marks.
+    static bool isMarked(int number) { return number % 3 != 0; }
+    const std::map<QString, int>& byPath() const { return _byPath; }
+    QString absolute(const QString& path) const { return _roots + u'/' + path; }
+
+    /// A program looks at one of the roots meanwhile: what takes a photograph's path is known to be
+    /// another one only where it sees both.
+    void setWatched(bool isWatched) { _isWatched = isWatched; }
+    /// Nothing happens twice to one photograph until then.
+    void becomeQuiet() { _touched.clear(); }
+    void operation() {
+        const QString path = someUntouched();
+        if (path.isEmpty()) return;
+        const int number = _byPath.at(path);
+        switch (below(10)) {
+        case 0:
+        case 1:
+            return move(path, fresh());
+        case 2: // in place, as other programs save
+            return write(path, number);
+        case 3:
+            write(u"unfinished"_s, number);
+            _byPath.erase(u"unfinished"_s);
+            std::rename(qPrintable(absolute(u"unfinished"_s)), qPrintable(absolute(path)));
+            return;
+        case 4:
+            return swap(path);
+        case 5: { // another over the path of a moved one
+            move(path, _isWatched ? fresh(path.section(u'/', 0, 0)) : fresh());
+            const int other = newUnmarked();
+            write(path, other);
+            return;
+        }
+        case 6: // across disks
+            return copyAndRemove(path, fresh());
+        case 7: // a copy beside the original
+            support::writeFile(absolute(copyOf(path)), support::readFile(absolute(path)));
+            _byPath[copyOf(path)] = newUnmarked();
+            _copies.insert(_next);
+            return touch(copyOf(path));
+        case 8:
+            return removeForAWhile(path);
+        default:
+            return moveFolder(path);
+        }
+    }
+    /// What was removed comes back, from a backup. Copies go: each would be as good as an original
+    /// that is removed.
+    void restore() {
+        std::erase_if(_byPath, [&](const auto& one) {
+            return _copies.contains(one.second) && QFile::remove(absolute(one.first));
+        });
+        for (const auto& [path, number] : std::exchange(_removed, {})) {
+            const QString to = _byPath.contains(path) ? fresh() : path;
+            QDir().mkpath(QFileInfo(absolute(to)).absolutePath());
+            support::writeFile(absolute(to), support::readFile(backup(number)));
+            _byPath[to] = number;
+            touch(to);
+        }
+    }
+
+private:
+    unsigned below(std::size_t limit) { return static_cast<unsigned>(_random() % limit); }
+    void touch(const QString& path) { _touched.insert(path); }
+    QString someUntouched() {
+        std::vector<QString> paths;
+        for (const auto& [path, number] : _byPath)
+            if (!_touched.contains(path)) paths.push_back(path);
+        if (paths.empty()) return {};
+        const QString path = paths[below(paths.size())];
+        touch(path);
+        return path;
+    }
+    QString fresh() { return fresh(below(2) == 0 ? u"A"_s : u"B"_s); }
+    QString fresh(const QString& root) {
+        const QString path = u"%1/to%2/%3.jpg"_s.arg(root).arg(below(6)).arg(++_names);
+        touch(path);
+        return path;
+    }
+    QString backup(int number) const { return _elsewhere + u'/' + QString::number(number); }
+    static QString copyOf(const QString& path) { return path.chopped(4) + u" copy.jpg"_s; }
+    /// A number without marks.
+    int newUnmarked() { return _next += 3 - _next % 3; }
+    void writeNew(const QString& folder) {
+        const int number = ++_next;
+        write(folder + u'/' + QString::number(++_names) + u".jpg"_s, number);
+    }
+    /// Each time other bytes, and another size.
+    void write(const QString& path, int number) {
+        const QString all = absolute(path);
+        QDir().mkpath(QFileInfo(all).absolutePath());
+        const QByteArray bytes = _picture + QByteArray::number(number) + ' ' +
+                                 QByteArray::number(++_versions) +
+                                 QByteArray(static_cast<int>(below(700)), 'x');
+        QFile file(all); // keeps the inode of a file that is there
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        _byPath[path] = number;
+        touch(path);
+    }
+    void move(const QString& from, const QString& to) {
+        QDir().mkpath(QFileInfo(absolute(to)).absolutePath());
+        ASSERT_EQ(std::rename(qPrintable(absolute(from)), qPrintable(absolute(to))), 0);
+        _byPath[to] = _byPath.at(from);
+        _byPath.erase(from);
+    }
+    void copyAndRemove(const QString& from, const QString& to) {
+        QDir().mkpath(QFileInfo(absolute(to)).absolutePath());
+        support::writeFile(absolute(to), support::readFile(absolute(from)));
+        QFile::remove(absolute(from));
+        _byPath[to] = _byPath.at(from);
+        _byPath.erase(from);
+    }
+    void swap(const QString& path) {
+        const QString other = someUntouched();
+        if (other.isEmpty()) return;
+        const QString between = fresh();
+        move(path, between);
+        move(other, path);
+        move(between, other);
+    }
+    void removeForAWhile(const QString& path) {
+        const int number = _byPath.at(path);
+        support::writeFile(backup(number), support::readFile(absolute(path)));
+        QFile::remove(absolute(path));
+        _removed[path] = number;
+        _byPath.erase(path);
+    }
+    void moveFolder(const QString& path) {
+        const QString folder = path.section(u'/', 0, -2);
+        if (!folder.contains(u'/')) return;
+        for (const auto& [other, number] : _byPath)
+            if (other.startsWith(folder + u'/') && other != path && _touched.contains(other))
+                return;
+        const QString to = u"%1/folder%2"_s.arg(folder.section(u'/', 0, 0)).arg(++_names);
+        std::rename(qPrintable(absolute(folder)), qPrintable(absolute(to)));
+        std::map<QString, int> moved;
+        for (const auto& [other, number] : _byPath) {
+            const bool isIn = other.startsWith(folder + u'/');
+            const QString now = isIn ? to + other.mid(folder.size()) : other;
+            moved[now] = number;
+            if (isIn) touch(now);
+        }
+        _byPath = std::move(moved);
+    }
+
+    const QString _roots;
+    const QString _elsewhere;
+    const QByteArray _picture;
+    std::mt19937 _random{29};
+    std::map<QString, int> _byPath;
+    std::map<QString, int> _removed;
+    std::set<QString> _touched;
+    std::set<int> _copies;
+    bool _isWatched = false;
+    int _next = 0;
+    int _names = 0;
+    int _versions = 0;
+};
+
+} // namespace
+
+/// Whatever happens outside, with the program running, killed and started again: each photograph
+/// that is there has its marks, and none has another's.
+TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers) {
+    makePicture(u"picture.jpg"_s);
+    const QByteArray picture = support::readFile(pictures + u"/picture.jpg"_s);
+    const bool isFull = qEnvironmentVariableIsSet("VELMORA_STORM");
+    const int count = isFull ? 500 : 60;
+    const int rounds = isFull ? 40 : 5;
+    const int operations = isFull ? 50 : 16;
+    const QString roots = temporary.filePath(u"roots"_s);
+    Photographs photographs(roots, temporary.filePath(u"elsewhere"_s), picture);
+    photographs.make(count);
+    const auto visitBoth = [&] {
+        // What came from the other root is known when that was looked at.
+        for (const char* root : {"A", "B", "A"})
+            visit({u"--add"_s, roots + u'/' + QLatin1StringView(root)});
+    };
+    const auto expected = [&](const QString& root = {}) {
+        QStringList all;
+        for (const auto& [path, number] : photographs.byPath()) {
+            if (path.startsWith(root))
+                all.append(
+                    path + (Photographs::isMarked(number) ? u" p%1"_s.arg(number) : u" -"_s));
+        }
+        return all.join(u'\n');
+    };
+    const auto inCatalogue = [&](const QString& root = {}) {
+        QStringList all = rows(
+            u"select substr(ReservePath,%1)||'/'||ifnull(RelativePath||'/','')||FileName||' '||"
+            "ifnull((select Tag from Tags where Tags.Id = ImageFile.Tag),'-') from ImageFile "
+            "join Folder on Folder.Id = FolderId join FolderAlias on FolderAlias.Id = AliasId"_s
+                .arg(roots.size() + 2));
+        all = all.filter(QRegularExpression(u'^' + root));
+        all.sort();
+        return all.join(u'\n');
+    };
+
+    visitBoth();
+    QByteArray lines;
+    for (const auto& [path, number] : photographs.byPath()) {
+        if (Photographs::isMarked(number))
+            lines += "{\"path\":\"" + photographs.absolute(path).toUtf8() + "\",\"tags\":[\"p" +
+                     QByteArray::number(number) + "\"]}\n";
+    }
+    const QString file = temporary.filePath(u"marks.jsonl"_s);
+    support::writeFile(file, lines);
+    ASSERT_EQ(run({u"--profile"_s, profile, u"--import-marks"_s, file}).code, 0);
+    visit(); // reads the files
+    ASSERT_EQ(inCatalogue(), expected());
+
+    for (int round = 0; round < rounds; ++round) {
+        const bool isRunning = round % 2 == 1;
+        if (isRunning) start({});
+        photographs.setWatched(isRunning);
+        for (int done = 0; done < operations; ++done)
+            photographs.operation();
+        if (isRunning) {
+            // Killed wherever it is, or when it has seen what it shows.
+            if (round % 4 == 1) {
+                EXPECT_TRUE(support::spinUntil([&] {
+                    return inCatalogue(u"A"_s) == expected(u"A"_s);
+                })) << inCatalogue(u"A"_s).toStdString()
+                    << "\ninstead of\n"
+                    << expected(u"A"_s).toStdString();
+            }
+            program.kill();
+            program.waitForFinished();
+        }
+        visitBoth();
+        ASSERT_EQ(inCatalogue(), expected()) << "round " << round;
+        photographs.becomeQuiet();
+        photographs.restore();
+        visitBoth();
+        ASSERT_EQ(inCatalogue(), expected()) << "round " << round << ", put back";
+        photographs.becomeQuiet();
+    }
+    expectConsistentCatalogue();
+}

@@ -1,0 +1,136 @@
+#include "fileactions/marks/MarksExchange.h"
+#include "catalogue/MarksSupport.h"
+#include "fileactions/marks/MarksEditor.h"
+
+using fileactions::MarksEdit;
+
+namespace {
+
+/// What a line says, in words; "-" for one that is none.
+QString read(const QByteArray& line) {
+    const auto plan = fileactions::planImport(line, [](const QByteArray&) { return 0; });
+    if (plan.hasBadLines) return u"-"_s;
+    if (plan.edit.paths.empty()) return {};
+    const auto& [path, change] = plan.edit.paths.front();
+    QStringList said{QString::fromLatin1(path.toPercentEncoding("/"))};
+    if (change.stars) said.append(u"stars "_s + QString::number(*change.stars));
+    if (change.flag) said.append(*change.flag ? u"flag"_s : u"no flag"_s);
+    if (change.tags) said.append(u"tags "_s + change.tags->join(u'+'));
+    if (change.rotation)
+        said.append(
+            *change.rotation ? u"turned "_s + QString::number(**change.rotation) : u"not turned"_s);
+    return said.join(u", "_s);
+}
+
+} // namespace
+
+TEST(MarksExchangeTest, eachLineIsOnePhotographOrNone) {
+    for (
+        const auto& [line, said] : std::map<QByteArray, QString>{
+            {R"({"path": "/a/b.jpg", "stars": 4, "flag": true, "tags": ["x", " y "], "rotation": 90})",
+             u"/a/b.jpg, stars 4, flag, tags x+y, turned 90"_s},
+            {R"({"path": "/a//b.jpg", "stars": 0, "flag": false, "tags": [], "rotation": 0})",
+             u"/a/b.jpg, stars 0, no flag, tags , not turned"_s},
+            {R"({"path": "/a", "rotation": 360})", u"/a, turned 0"_s},
+            {R"({"path": "/a", "rotation": -90})", u"/a, turned 270"_s},
+            {R"({"path": "/a"})", u"/a"_s},
+            {R"({"pathBytes": "L2H/"})", u"/a%FF"_s},
+            {"  \r", {}},
+            {R"({"path": "a.jpg", "stars": 4})", u"-"_s},
+            {R"({"stars": 4})", u"-"_s},
+            {R"({"path": "/a", "stars": 6})", u"-"_s},
+            {R"({"path": "/a", "stars": 2.5})", u"-"_s},
+            {R"({"path": "/a", "stars": "4"})", u"-"_s},
+            {R"({"path": "/a", "flag": 1})", u"-"_s},
+            {R"({"path": "/a", "tags": "x"})", u"-"_s},
+            {R"({"path": "/a", "tags": [1]})", u"-"_s},
+            {R"({"path": "/a", "rotation": 45})", u"-"_s},
+            {R"({"path": "/a", "star": 4})", u"-"_s},
+            {R"({"path": "/a", "pathBytes": "L2E="})", u"-"_s},
+            {R"({"pathBytes": "L2H/*"})", u"-"_s},
+            {R"(["/a"])", u"-"_s},
+            {R"({"path": "/a", "stars": 4)", u"-"_s}})
+        EXPECT_EQ(read(line), said) << line.toStdString();
+    const auto plan = fileactions::planImport(
+        "{\"path\":\"/a\",\"stars\":1,\"flag\":true}\nno\n{\"path\":\"/a\",\"stars\":2}\n\n[]",
+        [](const QByteArray&) { return 7; });
+    EXPECT_EQ(
+        plan.told, (QStringList{
+                       u"line 2 is no photograph with marks; it is left out"_s,
+                       u"line 5 is no photograph with marks; it is left out"_s}));
+    ASSERT_EQ(plan.edit.photographs.size(), 1U);
+    EXPECT_EQ(plan.edit.photographs[0].change.stars, 2) << "the later line counts";
+    EXPECT_EQ(plan.edit.photographs[0].change.flag, true);
+}
+
+TEST_F(MarksTest, WhatWasExportedComesBackWholeInAnotherCatalogue) {
+    const QString umlaut = QString::fromUtf8("ümläut \"1\".jpg");
+    addPhotograph(u"a.jpg"_s, 6);
+    addPhotograph(umlaut);
+    const QByteArray lines =
+        "{\"path\":\"/pictures/trip/a.jpg\",\"rotation\":360,\"stars\":5,\"tags\":[\"x\"]}\n"
+        "{\"flag\":true,\"path\":\"/pictures/trip/" +
+        umlaut.toUtf8().replace('"', "\\\"") +
+        "\",\"rotation\":180}\n"
+        "{\"path\":\"/pictures/trip/unknown.jpg\",\"stars\":1}\n"
+        "{\"pathBytes\":\"L3gv/w==\",\"stars\":2}\n";
+    const auto import = [&](const QByteArray& text) {
+        const auto plan = fileactions::planImport(text, [&](const QByteArray& path) {
+            return fileactions::fileIdOfPath(*both, roots, path);
+        });
+        EXPECT_EQ(plan.told.size(), 2) << plan.told.join(u'\n').toStdString();
+        const auto stored = fileactions::storeEdit(*both, roots, plan.edit);
+        return std::get<fileactions::PerformedEdit>(stored);
+    };
+    const QString untouched = inCatalogue().join(u' ');
+    const auto performed = import(lines);
+    const auto sorted = [](const QByteArray& text) {
+        QByteArrayList list = text.split('\n');
+        std::ranges::sort(list);
+        return list.join('\n');
+    };
+    EXPECT_EQ(sorted(fileactions::exportMarks(*both, roots).value()), sorted(lines));
+    EXPECT_TRUE(import(lines).fileIds.empty()) << "nothing is left to do";
+    const auto back = fileactions::storeEdit(*both, roots, performed.inverse);
+    EXPECT_EQ(std::get<fileactions::PerformedEdit>(back).fileIds.size(), 2U);
+    EXPECT_EQ(fileactions::exportMarks(*both, roots).value(), QByteArray());
+    EXPECT_EQ(inCatalogue().join(u' '), untouched);
+}
+
+/// In memory, in both files, and the way back.
+TEST_F(MarksTest, AnEditChangesItemsThatAreShownAndHasThemRegrouped) {
+    const qint64 one = addPhotograph(u"a.jpg"_s, 6);
+    const qint64 hidden = addPhotograph(u"b.jpg"_s);
+    const auto item = PBImageFileItem::imageFileItemWithId(one, folderId, u"a.jpg"_s, 1, 1);
+    PBGroupItemArray tree;
+    PBGroupItem::sortAddGroupItem(tree, nullptr, 0, {}).sortAddImageFileItem(item, 0, false);
+    PBImageFileList regrouped;
+    std::vector<qint64> lookedFor;
+    fileactions::MarksEditor editor(
+        {.connection = [&] { return both.get(); },
+         .mountedRoots = [&] { return roots; },
+         .liveTree = [&]() -> const PBGroupItemArray& { return tree; },
+         .regroup = [&](PBImageFileList items) { regrouped = std::move(items); },
+         .findInWorkTree = [&](std::vector<qint64> ids) { lookedFor = std::move(ids); },
+         .ledgerDidChange = [] {}});
+    const auto shown = [&] {
+        return std::tuple(item->star(), item->flagged(), item->rotateAngle());
+    };
+    const auto outcome = editor.perform(MarksEdit::ofPhotographs(
+        {one, hidden}, {.stars = 3, .flag = true, .tags = {}, .rotation = 180}));
+    ASSERT_TRUE(outcome.isStored) << outcome.reason.toStdString();
+    EXPECT_EQ(shown(), std::tuple(3U, true, 180.0));
+    EXPECT_EQ(regrouped, PBImageFileList{item});
+    EXPECT_EQ(lookedFor, std::vector{hidden});
+    ASSERT_TRUE(editor.perform(outcome.performed.inverse).isStored);
+    EXPECT_EQ(shown(), std::tuple(0U, false, -90.0));
+
+    FMDatabase other(marksPath);
+    ASSERT_TRUE(other.open() && other.beginTransaction());
+    both->setBusyRetryTimeout(50);
+    const auto failed = editor.perform(
+        MarksEdit::ofPhotographs({one}, {.stars = 5, .flag = {}, .tags = {}, .rotation = {}}));
+    EXPECT_FALSE(failed.isStored);
+    EXPECT_EQ(failed.reason, u"database is locked"_s);
+    EXPECT_EQ(shown(), std::tuple(0U, false, -90.0)) << "memory follows the files";
+}
