@@ -1,9 +1,10 @@
 #include "FMDB/FMResultSet.h"
 
-#include "FMDB/BusyRetry.h"
 #include "FMDB/FMDatabase.h"
 
 #include <utility>
+
+#include <sqlite3.h>
 
 FMResultSet::FMResultSet(
     FMDatabase* parentDB, std::shared_ptr<FMStatement> statement, FMBoundBytes boundBytes)
@@ -31,8 +32,7 @@ FMResultSet& FMResultSet::operator=(FMResultSet&& other) noexcept {
 bool FMResultSet::next() {
     if (!_statement) return false;
     _parentDB->beginUse(); // until the cursor closes
-    const int limit = _parentDB->_busyRetryTimeout;
-    if (FMDB::stepWhileBusy(limit, _statement->statement()) == SQLITE_ROW) return true;
+    if (_parentDB->step(_statement->statement()) == SQLITE_ROW) return true;
     close();
     return false;
 }

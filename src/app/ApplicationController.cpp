@@ -10,6 +10,7 @@
 #include "platform/work/MainThread.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/commands/OpenFilesCommands.h"
+#include "shell/panes/NoticeBar.h"
 #include "shell/sidebar/FolderRootCommands.h"
 #include "shell/sidebar/SourceSelection.h"
 #include "shell/sidebar/SourceSidebar.h"
@@ -19,6 +20,13 @@
 #include <QScreen>
 
 using platform::OperationQueue;
+
+namespace {
+
+/// The first photographs and their thumbnails come before the look through the catalogue.
+constexpr std::chrono::milliseconds quietAfterStart{1500};
+
+} // namespace
 
 ApplicationController::ApplicationController()
     : _userDefaults(platform::StandardFolders::settingsFile()), _browsing(_userDefaults) {
@@ -32,9 +40,12 @@ ApplicationController::~ApplicationController() {
 void ApplicationController::awakeFromNib() {
     platform::assertMainThread();
     createQueues();
-    _connections.emplace();
+    openCatalogue();
     _folderRoots.emplace(FolderRootServices::Environment{
-        _connections->mainFileDb(), _connections->buildThumbDb(), *_buildThumbOperationQueue});
+        .mainFileDb = _connections->mainFileDb(),
+        .buildThumbDb = _connections->buildThumbDb(),
+        .buildThumbOperationQueue = *_buildThumbOperationQueue,
+        .watchLimitReached = [this](const QString& limit) { _health->watchLimitReached(limit); }});
     _folderRoots->loadAlias();
     _decoderPool = std::make_shared<codec::DecoderPool>(codec::DecoderPool::Settings());
     codec::setFrameReader(_decoderPool);
@@ -53,6 +64,21 @@ void ApplicationController::awakeFromNib() {
     connectFolderRoots();
     watchFolders();
     noteScreen();
+}
+
+void ApplicationController::openCatalogue() {
+    // What is told is told when the loop runs: then there is a window.
+    _health.emplace(CatalogueHealth::Environment{
+        .folder = platform::StandardFolders::dataFolder(),
+        .tell = [this](const Notice& notice) { _mainWindowController->noticeBar().tell(notice); },
+        .withdraw =
+            [this](const QString& key) { _mainWindowController->noticeBar().withdraw(key); },
+        .tryAgain = [this] { scan(); },
+        .restart =
+            [this] {
+                if (_restart) _restart();
+            }});
+    _connections.emplace([this](FMDatabase& connection) { _health->observe(connection); });
 }
 
 void ApplicationController::createScans() {
@@ -194,6 +220,8 @@ void ApplicationController::applicationDidFinishLaunching() {
     // Behind the window, which is painted first.
     platform::MainLoop::instance()->performAfterDelay(
         this, "startDecoders", std::chrono::milliseconds(0), [this] { _decoderPool->start(); });
+    platform::MainLoop::instance()->performAfterDelay(
+        this, "lookThroughCatalogue", quietAfterStart, [this] { _health->startLooking(); });
 }
 
 bool ApplicationController::addFolders(const QStringList& folders) {
@@ -225,7 +253,9 @@ void ApplicationController::applicationWillTerminate() {
     }
     if (_folderRoots) _folderRoots->stopWatching();
     if (_geoManager) _geoManager->cancelReverseGeocoding();
+    if (_health) _health->stopLooking();
     if (_connections) _connections->close();
+    if (_health) _health->endedWell();
     if (auto* loop = platform::MainLoop::instance()) {
         loop->cancelPreviousPerformRequestsWithTarget(this);
     }
@@ -238,6 +268,7 @@ void ApplicationController::applicationWillTerminate() {
     codec::setFrameReader(nullptr);
     _decoderPool.reset();
     _connections.reset();
+    _health.reset();
     _preloadThumbnailOperationQueue.reset();
     _scanOperationQueue.reset();
     _buildThumbOperationQueue.reset();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/CatalogueConnections.h"
+#include "app/CatalogueHealth.h"
 #include "app/FolderRootServices.h"
 #include "app/ScanControl.h"
 #include "app/ScanPipeline.h"
@@ -41,6 +42,8 @@ public:
     void applicationOpenFiles(const QStringList& paths);
     /// A request to open files is about to come: the folder of the last run is not selected.
     void setIgnoreSelectLastFolder() { _ignoreSelectLastFolder = true; }
+    /// What ends the program and starts it again; before the start.
+    void setRestart(std::function<void()> restart) { _restart = std::move(restart); }
     /// Stops the queues, closes the connections and lets everything go, in this order. Once.
     void applicationWillTerminate();
 
@@ -82,6 +85,7 @@ public:
 
 private:
     void createQueues();
+    void openCatalogue();
     void createGeoManager();
     void connectFolderRoots();
     void createScans();
@@ -96,6 +100,7 @@ private:
     std::unique_ptr<platform::OperationQueue> _scanOperationQueue;
     std::unique_ptr<platform::OperationQueue> _preloadThumbnailOperationQueue;
     std::unique_ptr<platform::OperationQueue> _buildThumbOperationQueue;
+    std::optional<CatalogueHealth> _health;
     std::optional<CatalogueConnections> _connections;
     std::optional<FolderRootServices> _folderRoots;
     std::shared_ptr<codec::DecoderPool> _decoderPool;
@@ -107,6 +112,7 @@ private:
     std::shared_ptr<PBOpenFiles> _openFiles;
     double _maxScreenSize = 0.0;
     double _backingScaleFactor = 1.0;
+    std::function<void()> _restart;
     bool _isAppDidFinishLaunch = false;
     bool _ignoreSelectLastFolder = false;
     bool _isSlideShowMode = false;

@@ -12,8 +12,11 @@ namespace {
 const QString filesName = QStringLiteral("files.db");
 const QString thumbnailName = QStringLiteral("thumbnail.db");
 
-std::unique_ptr<FMDatabase> openFile(const QString& name) {
+using Prepare = CatalogueConnections::Prepare;
+
+std::unique_ptr<FMDatabase> openFile(const QString& name, const Prepare& prepare) {
     auto connection = FMDatabase::databaseWithFileName(name);
+    if (prepare) prepare(*connection);
     // The catalogue's statements come again and again: kept, they cost a third.
     connection->setShouldCacheStatements(true);
     connection->open();
@@ -46,8 +49,8 @@ void tellIfUnusable(FMDatabase& connection) {
 }
 
 /// Thumbnails can all be made again: a damaged file of them makes room for a new one.
-std::unique_ptr<FMDatabase> openThumbnails() {
-    auto connection = openFile(thumbnailName);
+std::unique_ptr<FMDatabase> openThumbnails(const Prepare& prepare) {
+    auto connection = openFile(thumbnailName, prepare);
     PBCatalogue(*connection).checkTables_Thumbnail();
     if (!isUsable(*connection) && connection->isFileDamaged()) {
         const QString path = connection->databasePath();
@@ -56,7 +59,7 @@ std::unique_ptr<FMDatabase> openThumbnails() {
         // One is enough to find out what happened.
         QFile::remove(path + QStringLiteral(".damaged"));
         const QString aside = DamagedCatalogue::moveAside(path);
-        connection = openFile(thumbnailName);
+        connection = openFile(thumbnailName, prepare);
         PBCatalogue(*connection).checkTables_Thumbnail();
         if (!aside.isEmpty() && isUsable(*connection)) {
             platform::complain(
@@ -72,14 +75,14 @@ std::unique_ptr<FMDatabase> openThumbnails() {
 
 } // namespace
 
-CatalogueConnections::CatalogueConnections() {
-    _mainFileDb = openFile(filesName);
+CatalogueConnections::CatalogueConnections(const Prepare& prepare) {
+    _mainFileDb = openFile(filesName, prepare);
     PBCatalogue(*_mainFileDb).checkTables_FilesDb();
     tellIfUnusable(*_mainFileDb);
-    _mainThumbDb = openThumbnails();
-    _scanFileDb = openFile(filesName);
-    _preloadThumbDb = openFile(thumbnailName);
-    _buildThumbDb = openFile(thumbnailName);
+    _mainThumbDb = openThumbnails(prepare);
+    _scanFileDb = openFile(filesName, prepare);
+    _preloadThumbDb = openFile(thumbnailName, prepare);
+    _buildThumbDb = openFile(thumbnailName, prepare);
     storeWithoutWaiting(*_buildThumbDb);
 }
 

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class FMDatabase;
@@ -13,7 +14,10 @@ public:
     /// that can't be used is told on standard error, in one line, and left as it is: its
     /// connections then answer nothing. Only a damaged file of thumbnails is moved aside for a new
     /// one.
-    CatalogueConnections();
+    ///
+    /// `prepare` is called with each connection before its first use.
+    using Prepare = std::function<void(FMDatabase& connection)>;
+    explicit CatalogueConnections(const Prepare& prepare = {});
     ~CatalogueConnections();
 
     /// Closes them in their fixed order. No queue may be running any more.
