@@ -120,6 +120,13 @@ void ApplicationController::watchFolders() {
         .browsing = [this] { return scanBrowsing(); },
         .rootsChanged = [this] { updateWatchPathsInBackground(); },
     });
+    const auto volumesChanged = [this] {
+        if (_watchControl) _watchControl->volumesChanged();
+    };
+    QMainWindow* window = &_mainWindowController->window();
+    QObject::connect(&*_folderRoots, &FolderRootServices::volumesDidMount, window, volumesChanged);
+    QObject::connect(
+        &*_folderRoots, &FolderRootServices::volumesDidUnmount, window, volumesChanged);
     _folderRoots->scEvents().setDelegate(&*_watchControl);
     // Only now: the delegate is set before the first start.
     _folderRoots->updateWatchPathsInBackground();

@@ -1,5 +1,6 @@
 #include "app/SingleInstance.h"
 
+#include "platform/program/RuntimeFolder.h"
 #include "platform/program/StandardError.h"
 #include "platform/work/MainThread.h"
 
@@ -7,8 +8,8 @@
 #include <QCborMap>
 #include <QCborValue>
 #include <QCryptographicHash>
-#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
 
@@ -24,8 +25,7 @@ const QByteArray accepted("ok");
 
 /// A socket's path may have 107 bytes only, so it is named by a hash of the folder's real path.
 QString socketOf(const QString& folder) {
-    QString place = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    if (!QFileInfo(place).isWritable()) place = QDir::tempPath();
+    const QString place = QFile::decodeName(platform::RuntimeFolder::path());
     const QString real = QFileInfo(folder).canonicalFilePath();
     const QByteArray hash =
         QCryptographicHash::hash(real.toUtf8(), QCryptographicHash::Sha256).toHex().left(24);

@@ -2,7 +2,6 @@
 
 #include "app/ScanPipeline.h"
 #include "library/PBSourceTreeDataSource.h"
-#include "library/WatchedChanges.h"
 
 void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> eventArrayOccurred) {
     const WatchedChanges changes = watchedChangesOfEvents(
@@ -27,6 +26,16 @@ void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> e
         _environment.sourceTree.reloadCategoryItem();
     }
     if (changes.sidebarChanged) _environment.sourceTree.reloadData();
+    attach(changes);
+}
+
+void WatchControl::volumesChanged() {
+    WatchedChanges changes;
+    changes.checkExist = true;
+    attach(changes);
+}
+
+void WatchControl::attach(const WatchedChanges& changes) {
     _environment.pipeline.factory().attachChanges(
         changes, _environment.pipeline.groupTreeDataSource().groupItemArray_work(),
         _environment.browsing());

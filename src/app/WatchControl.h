@@ -2,6 +2,7 @@
 
 #include "library/PBAliasManager.h"
 #include "library/SCEvents.h"
+#include "library/WatchedChanges.h"
 #include "scan/ScanFactory.h"
 
 #include <functional>
@@ -28,7 +29,11 @@ public:
     explicit WatchControl(Environment environment) : _environment(std::move(environment)) {}
 
     void pathWatcher(SCEvents& watcher, std::span<const SCEvent> eventArrayOccurred) override;
+    /// Disks came or went: photographs on display may have become available, or not.
+    void volumesChanged();
 
 private:
+    void attach(const WatchedChanges& changes);
+
     const Environment _environment;
 };

@@ -11,6 +11,7 @@
 #include "app/Statistics.h"
 #include "app/TerminationSignals.h"
 #include "codec/process/DecoderProcess.h"
+#include "platform/program/RuntimeFolder.h"
 #include "platform/program/StandardError.h"
 #include "platform/program/StandardFolders.h"
 #include "platform/work/MainLoop.h"
@@ -23,11 +24,7 @@
 #include <QProcess>
 #include <QTimer>
 
-#include <cerrno>
 #include <cstdio>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -56,14 +53,12 @@ bool hasDisplay(std::span<char*> arguments) {
         arguments, [](const char* argument) { return QByteArrayView(argument) == "-platform"; });
 }
 
-/// Outside of a session of the desktop there may be no runtime folder; the toolkit would make this
-/// one, and say so in a warning each time.
+/// Outside of a session of the desktop there may be no runtime folder; the toolkit would make one,
+/// and say so in a warning each time.
 void provideRuntimeFolder() {
     if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) return;
-    const QByteArray folder = "/tmp/runtime-" + QByteArray::number(::getuid());
-    if (::mkdir(folder.constData(), 0700) == 0 || errno == EEXIST) {
-        qputenv("XDG_RUNTIME_DIR", folder);
-    }
+    const QByteArray folder = platform::RuntimeFolder::path();
+    if (!folder.isEmpty()) qputenv("XDG_RUNTIME_DIR", folder);
 }
 
 int leave(const CommandLineExit& exit) {

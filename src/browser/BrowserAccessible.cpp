@@ -79,6 +79,7 @@ private:
         if (stars == 1) parts += localizedString(u"Accessible_Star");
         if (stars > 1) parts += localizedFormat(u"Accessible_Stars", {stars});
         if (item()->flagged()) parts += localizedString(u"Accessible_Flagged");
+        if (item()->isAway()) parts += localizedString(u"Accessible_Away");
         return parts.join(QStringLiteral(", "));
     }
 

@@ -93,11 +93,9 @@ bool isEqualPathArray(const QStringList& pathArray, const QStringList& otherPath
     if (pathArray.size() != otherPathArray.size()) return false;
     QStringList left = pathArray;
     QStringList right = otherPathArray;
-    left.sort(Qt::CaseInsensitive);
-    right.sort(Qt::CaseInsensitive);
-    return std::ranges::equal(left, right, [](const QString& path, const QString& other) {
-        return sameName(path, other);
-    });
+    left.sort();
+    right.sort();
+    return left == right;
 }
 
 bool isEqualGroupTypeArray(

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <span>
 
-/// Paths compared by whole components and without regard to case, whatever the file system does.
-/// Pure functions, any thread.
+/// Paths compared by whole components and, where nothing else is said, without regard to case,
+/// whatever the file system does. Pure functions, any thread.
 namespace PBUtilities {
 
 /// The parts of a path: "/" first for an absolute path, then the names. A path of at least two
@@ -24,7 +24,7 @@ namespace PBUtilities {
 /// The deepest common folder, in the first path's spelling; "/" when there is none.
 [[nodiscard]] QString ancestorOfPath(QStringView path, QStringView otherPath);
 
-/// The same paths in any order and case.
+/// The same paths in any order. Case counts: a folder renamed in case only is at another place.
 [[nodiscard]] bool
 isEqualPathArray(const QStringList& pathArray, const QStringList& otherPathArray);
 /// The same numbers in the same order.

@@ -12,7 +12,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -27,12 +26,6 @@ using PBImageFileList = std::vector<std::shared_ptr<PBImageFileItem>>;
 using PBGroupItemChain = std::vector<std::shared_ptr<const PBGroupItem>>;
 
 namespace group {
-
-/// Folders that a pass over many files has already looked at.
-struct FolderExistence {
-    std::unordered_set<qint64> gone;
-    std::unordered_map<qint64, QString> existing; ///< with their paths
-};
 
 /// Called for each folder (without an item) and then for each of its images, with the folder's path
 /// below the destination; false stops the walk.
@@ -113,11 +106,8 @@ public:
     /// its first node is to be found on the level below this one, or is this very node's twin when
     /// it is a leaf.
     void removeImageFilesWithRemoveGroupItemChain(PBGroupItemChain& chain);
-    /// Removes the images whose files are no longer there and adds their ids to `fileIds`. Looks
-    /// each folder up once. Blocks for the disk.
-    void checkFileItemExist(
-        std::vector<qint64>& fileIds, group::FolderExistence& folders,
-        const group::FolderPaths& folderPaths);
+    /// Removes the images whose files are gone, of which each is asked.
+    void checkFileItemExist(const std::function<bool(PBImageFileItem& item)>& isGone);
 
     /// Walks the groups as folders and images; false if the block stopped it.
     bool copyMoveToWithBlock(

@@ -1,33 +1,6 @@
-#include "group/FolderPaths.h"
 #include "group/PBGroupItem.h"
-#include "platform/files/FileManager.h"
-#include "platform/files/PathNames.h"
 
 #include <algorithm>
-
-namespace {
-
-/// The path of the item's folder if that is on the disk; empty otherwise.
-QString existingFolder(
-    qint64 folderId, group::FolderExistence& folders, const group::FolderPaths& folderPaths) {
-    if (folders.gone.contains(folderId)) return {};
-    if (const auto known = folders.existing.find(folderId); known != folders.existing.end())
-        return known->second;
-    const QString path = folderPaths.pathOfFolderId(folderId);
-    if (path.isEmpty() || !platform::FileManager::resourceValues(path)) {
-        folders.gone.insert(folderId);
-        return {};
-    }
-    folders.existing.emplace(folderId, path);
-    return path;
-}
-
-bool fileExists(const QString& folder, const QString& fileName) {
-    return platform::FileManager::resourceValues(platform::pathInFolder(folder, fileName))
-        .has_value();
-}
-
-} // namespace
 
 void PBGroupItem::removeChild(const PBGroupItem& child) {
     std::erase_if(_children, [&](const auto& held) { return held.get() == &child; });
@@ -76,18 +49,11 @@ void PBGroupItem::removeImageFilesWithRemoveGroupItemChain(PBGroupItemChain& cha
     if (child.isEmpty()) removeChild(child);
 }
 
-void PBGroupItem::checkFileItemExist(
-    std::vector<qint64>& fileIds, group::FolderExistence& folders,
-    const group::FolderPaths& folderPaths) {
+void PBGroupItem::checkFileItemExist(const std::function<bool(PBImageFileItem& item)>& isGone) {
     if (_imageFiles) {
-        _imageFiles->eraseIf([&](const auto& item) {
-            const QString folder = existingFolder(item->folderId(), folders, folderPaths);
-            if (!folder.isEmpty() && fileExists(folder, item->fileName())) return false;
-            fileIds.push_back(item->fileId());
-            return true;
-        });
+        _imageFiles->eraseIf([&](const auto& item) { return isGone(*item); });
     }
     for (const auto& child : _children)
-        child->checkFileItemExist(fileIds, folders, folderPaths);
+        child->checkFileItemExist(isGone);
     std::erase_if(_children, [](const auto& child) { return child->isEmpty(); });
 }

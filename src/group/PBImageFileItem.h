@@ -34,7 +34,8 @@ public:
 /// change shows in all of them at once. Ids, size and date never change. The scan thread fills an
 /// item before anybody else sees it, and `sortData` belongs to that thread afterwards too; name,
 /// stars, flag, rotation, pixel size and the two selection states may be read on any thread and are
-/// written by the main thread; the pictures belong to the main thread alone.
+/// written by the main thread; being away is written by the scan thread; the pictures belong to the
+/// main thread alone.
 class PBImageFileItem {
 public:
     [[nodiscard]] static std::shared_ptr<PBImageFileItem> imageFileItemWithId(
@@ -76,6 +77,10 @@ public:
     /// The selection as it was at the start of a drag or command click.
     [[nodiscard]] bool storedSelect() const { return _storedSelect.load(); }
     void setStoredSelect(bool storedSelect) { _storedSelect.store(storedSelect); }
+
+    /// The file, or its disk, could not be looked at: whether it is there is not known.
+    [[nodiscard]] bool isAway() const { return _isAway.load(); }
+    void setIsAway(bool isAway) { _isAway.store(isAway); }
 
     /// The sort key that the fields above don't give: the date taken for sort type 4, the extension
     /// for 5. Absent otherwise; may be the null marker.
@@ -147,5 +152,6 @@ private:
     std::atomic<bool> _flagged{false};
     std::atomic<bool> _isSelected{false};
     std::atomic<bool> _storedSelect{false};
+    std::atomic<bool> _isAway{false};
     std::atomic<bool> _hasThumbnail{false};
 };

@@ -62,7 +62,7 @@ bool PBAliasObject::updateReservePath(PBAliasServices& services) {
     QString place = path();
     if (place.isEmpty()) return false;
     const QString reserve = reservePath();
-    if (!reserve.isEmpty() && reserve.compare(place, Qt::CaseInsensitive) == 0) return false;
+    if (reserve == place) return false;
     services.storeReservePath(_aliasId, place);
     const platform::Lock lock(_mutex);
     _reservePath.swap(place);
@@ -88,7 +88,8 @@ bool PBAliasObject::takeResolution(
     {
         const platform::Lock lock(_mutex);
         _isMissing = resolution.outcome == Outcome::Missing;
-        changed = PBUtilities::comparePath(_path, place) != 0;
+        // In case only, too: where that makes a difference, nothing is at the former path any more.
+        changed = _path != place;
         if (changed) _path.swap(place);
     }
     if (changed && updateReserve) updateReservePath(services);

@@ -57,7 +57,7 @@ public:
     [[nodiscard]] QString displayName() const;
 
     /// Takes the present place of a mounted root that exists as its reserve path, in the catalogue
-    /// too. False if it is that already, but for case.
+    /// too. False if it is that already.
     bool updateReservePath(PBAliasServices& services);
 
     /// How a root is looked for.

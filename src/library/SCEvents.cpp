@@ -1,9 +1,12 @@
 #include "library/SCEvents.h"
 
+#include "platform/files/GrowingFiles.h"
 #include "platform/work/MainThread.h"
 
 SCEvents::SCEvents(platform::EventStream::Options options) : _options(std::move(options)) {
     platform::assertMainThread();
+    // A change of the roots must not cost a file that is being written its event.
+    if (!_options.growing) _options.growing = std::make_shared<platform::GrowingFiles>();
 }
 
 SCEvents::~SCEvents() {

@@ -50,7 +50,7 @@ private:
     [[nodiscard]] std::shared_ptr<platform::EventStream> eventStream() const;
 
     SCEventListenerProtocol* _delegate = nullptr;
-    const platform::EventStream::Options _options;
+    platform::EventStream::Options _options; // unchanged from the start on
 
     /// Held while a stream is made, so that there is one at a time; never while one is asked or
     /// ended, which waits for its thread.

@@ -66,8 +66,13 @@ private:
         if (!_questions.isImageType(type)) return;
         if ((flags & (EventItemRemoved | EventItemRenamed)) != 0 && isCovered(path))
             _changes.checkExist = true;
+        if ((flags & EventItemModified) != 0 && isCovered(path)) {
+            _changes.checkExist = true;
+            _changes.rewrittenFiles.append(path);
+        }
         const QString parent = parentOf(path);
-        if ((flags & (EventItemCreated | EventItemRenamed)) != 0 && isCovered(parent))
+        if ((flags & (EventItemCreated | EventItemRenamed | EventItemModified)) != 0 &&
+            isCovered(parent))
             rescan(parent, false);
     }
 

@@ -3,6 +3,7 @@
 #include "library/SCEvent.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <span>
@@ -19,6 +20,8 @@ struct FolderRescan {
 /// at again; other folders are brought up to date when they are next selected.
 struct WatchedChanges {
     std::vector<FolderRescan> rescans;
+    /// Images that may be in the catalogue as they were when they were half written.
+    QStringList rewrittenFiles;
     bool rootsChanged = false;   ///< folder roots moved, came or went
     bool sidebarChanged = false; ///< rows of the sidebar have to be drawn anew
     bool checkExist = false;     ///< images on display may be gone

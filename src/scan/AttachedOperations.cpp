@@ -3,6 +3,7 @@
 #include "FMDB/FMDatabase.h"
 #include "group/FolderPaths.h"
 #include "group/GroupPublication.h"
+#include "scan/FileItemCheck.h"
 #include "scan/PBScanFolderTask.h"
 #include "scan/ScanServices.h"
 #include "scan/ScanSteps.h"
@@ -13,33 +14,30 @@ namespace {
 constexpr std::size_t goneBetweenPublications = 100;
 
 void checkFileItemExist(
-    const PBScanDictionary& dictionary, platform::Operation& owner,
-    const std::function<void()>& beforeEach) {
+    const PBScanDictionary& dictionary, const QStringList& rewrittenFiles,
+    platform::Operation& owner, const std::function<void()>& beforeEach) {
     PBGroupItemArray& tree = *dictionary.WorkGroupItemArray;
-    const group::CatalogueFolderPaths paths(
-        *dictionary.Database, dictionary.services->aliasManager);
-    std::vector<qint64> fileIds;
-    group::FolderExistence folders;
+    FileItemCheck check(dictionary, rewrittenFiles);
     std::size_t published = 0;
     for (std::size_t index = 0; index < tree.size() && !owner.isCancelled();) {
         if (beforeEach) {
             beforeEach(); // may change the tree
             if (index >= tree.size()) break;
         }
-        tree[index]->checkFileItemExist(fileIds, folders, paths);
+        tree[index]->checkFileItemExist([&](auto& item) { return check.isGone(item); });
         if (tree[index]->isEmpty()) {
             tree.erase(tree.begin() + static_cast<std::ptrdiff_t>(index));
         } else {
             ++index;
         }
-        if (fileIds.size() - published > goneBetweenPublications) {
+        if (check.goneCount() - published > goneBetweenPublications) {
             publishWorkTree(dictionary);
-            published = fileIds.size();
+            published = check.goneCount();
         }
     }
     if (owner.isCancelled()) return;
-    if (fileIds.size() > published) publishWorkTree(dictionary);
-    removeFromCatalogue(dictionary, {folders.gone.begin(), folders.gone.end()}, fileIds, owner);
+    if (check.goneCount() > published || check.markedCount() > 0) publishWorkTree(dictionary);
+    check.staleRows().remove(dictionary, owner);
 }
 
 } // namespace
@@ -105,11 +103,11 @@ void PBScanFolderAttachOperation::runWithOwnerNSOperation(
 
 void PBCheckFileItemExistAttachOperation::runWithOwnerNSOperation(
     platform::Operation& owner, bool /*isLast*/) {
-    checkFileItemExist(*_dictionary, owner, {});
+    checkFileItemExist(*_dictionary, _rewrittenFiles, owner, {});
 }
 
 void PBCheckFileItemExistOperation::main() {
-    checkFileItemExist(*_dictionary, *this, [this] {
+    checkFileItemExist(*_dictionary, {}, *this, [this] {
         checkAttachedOperation(_dictionary->AttachOperationArray.get(), *this);
     });
 }

@@ -58,14 +58,17 @@ private:
 };
 
 /// Tests every image of the work tree against the disk; what is gone goes from tree and catalogue.
+/// Of the rewritten files, by their paths, size and date are compared, too.
 class PBCheckFileItemExistAttachOperation final : public PBScanAttachOperation {
 public:
-    explicit PBCheckFileItemExistAttachOperation(PBScanDictionaryRef dictionary)
-        : _dictionary(std::move(dictionary)) {}
+    explicit PBCheckFileItemExistAttachOperation(
+        PBScanDictionaryRef dictionary, QStringList rewrittenFiles = {})
+        : _dictionary(std::move(dictionary)), _rewrittenFiles(std::move(rewrittenFiles)) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
 
 private:
     const PBScanDictionaryRef _dictionary;
+    const QStringList _rewrittenFiles;
 };
 
 /// The same as an operation of its own, at whose checkpoints attached work runs.

@@ -4,6 +4,8 @@
 #include "platform/files/PathNames.h"
 #include "scan/ScanServices.h"
 
+using platform::Presence;
+
 namespace {
 
 /// Rows between two checkpoints.
@@ -19,11 +21,11 @@ CatalogueFolderScan::CatalogueFolderScan(
       _rhythm(_dictionary->PushImageFileItemTime, _dictionary->PushImageFileItemCount),
       _thumbnails(*_dictionary) {}
 
-bool CatalogueFolderScan::checkFolder(qint64 folderId, const QString& folderPath) {
+Presence CatalogueFolderScan::checkFolder(qint64 folderId, const QString& folderPath) {
     ++_dictionary->services->figures.folders;
-    if (platform::FileManager::resourceValues(folderPath)) return true;
-    _removeFolderIds.push_back(folderId);
-    return false;
+    const Presence presence = platform::FileManager::look(folderPath).presence;
+    if (presence == Presence::Gone) _staleRows.addFolder(folderId);
+    return presence;
 }
 
 std::vector<group::ImageFileRow> CatalogueFolderScan::fetchRows(
@@ -43,8 +45,8 @@ std::vector<group::ImageFileRow> CatalogueFolderScan::fetchRows(
 }
 
 void CatalogueFolderScan::scanRows(
-    const QString& folderPath, bool folderExists, const std::vector<group::ImageFileRow>& rows,
-    bool publishAtOnce) {
+    const QString& folderPath, Presence folderPresence,
+    const std::vector<group::ImageFileRow>& rows, bool publishAtOnce) {
     int sinceDrain = 0;
     _step.willInsert(rows);
     const platform::FileManager::OpenFolder folder(folderPath);
@@ -56,29 +58,36 @@ void CatalogueFolderScan::scanRows(
             drain();
             sinceDrain = 0;
         }
-        if (!folderExists || !isUnchanged(folder, row)) {
-            _removeFileIds.push_back(row.id);
+        const Presence presence =
+            folderPresence == Presence::There ? presenceOf(folder, row) : folderPresence;
+        if (presence == Presence::Gone) {
+            _staleRows.addFile(row.id, row.folderId);
             continue;
         }
-        take(row, folderPath);
+        take(row, folderPath, presence == Presence::Unknown);
         const double now = _dictionary->services->now();
         if (_rhythm.isDue(group::catalogueScanLimits, publishAtOnce, now)) publish();
     }
     _thumbnails.queueAll();
 }
 
-bool CatalogueFolderScan::isUnchanged(
+Presence CatalogueFolderScan::presenceOf(
     const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row) {
-    const auto values = folder.resourceValues(row.fileName);
-    return values && static_cast<quint64>(values->fileSize) == row.fileSize &&
-           values->modificationDate == row.modificationDate;
+    const auto [presence, values] = folder.look(row.fileName);
+    if (presence != Presence::There) return presence;
+    const bool isUnchanged = static_cast<quint64>(values.fileSize) == row.fileSize &&
+                             values.modificationDate == row.modificationDate;
+    return isUnchanged ? Presence::There : Presence::Gone;
 }
 
-void CatalogueFolderScan::take(const group::ImageFileRow& row, const QString& folderPath) {
+void CatalogueFolderScan::take(
+    const group::ImageFileRow& row, const QString& folderPath, bool isAway) {
     const auto item = _step.insert(row, folderPath);
     if (!item) return;
     _rhythm.itemWasAdded();
     ++_dictionary->services->figures.items;
+    item->setIsAway(isAway);
+    if (isAway) return;
     _thumbnails.add(
         *item,
         _dictionary->services->imageImporterManager.imageImporterForImageURL(
@@ -100,7 +109,7 @@ void CatalogueFolderScan::publishRest() {
 
 void CatalogueFolderScan::removeStale() {
     if (_operation.isCancelled()) return;
-    removeFromCatalogue(*_dictionary, _removeFolderIds, _removeFileIds, _operation);
+    _staleRows.remove(*_dictionary, _operation);
 }
 
 void CatalogueFolderScan::drain() {

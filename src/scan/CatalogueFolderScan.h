@@ -5,6 +5,7 @@
 #include "platform/files/FileManager.h"
 #include "scan/PBScanDictionary.h"
 #include "scan/ScanSteps.h"
+#include "scan/StaleRows.h"
 
 #include <functional>
 #include <vector>
@@ -16,17 +17,18 @@ class CatalogueFolderScan {
 public:
     CatalogueFolderScan(PBScanDictionaryRef dictionary, platform::Operation& operation);
 
-    /// Notes a folder that is gone for removal; answers whether it stands.
-    bool checkFolder(qint64 folderId, const QString& folderPath);
+    /// Notes a folder that is gone for removal.
+    [[nodiscard]] platform::Presence checkFolder(qint64 folderId, const QString& folderPath);
     /// The rows of a folder that the filter lets through, in the order of the sort type. Those for
     /// which `isTaken` answers false go to `deferred`. Stops on cancellation.
     [[nodiscard]] std::vector<group::ImageFileRow> fetchRows(
         qint64 folderId, const std::function<bool(const QString& fileName)>& isTaken = {},
         std::vector<group::ImageFileRow>* deferred = nullptr);
-    /// `publishAtOnce`: after every row, for a picture that the user waits for.
+    /// Files that can't be looked at are shown as away. `publishAtOnce`: after every row, for a
+    /// picture that the user waits for.
     void scanRows(
-        const QString& folderPath, bool folderExists, const std::vector<group::ImageFileRow>& rows,
-        bool publishAtOnce);
+        const QString& folderPath, platform::Presence folderPresence,
+        const std::vector<group::ImageFileRow>& rows, bool publishAtOnce);
 
     /// Publishes what has come since the last publication.
     void publishRest();
@@ -35,9 +37,10 @@ public:
     void drain();
 
 private:
-    [[nodiscard]] static bool
-    isUnchanged(const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row);
-    void take(const group::ImageFileRow& row, const QString& folderPath);
+    /// A file that has changed is gone as the one that the row tells of.
+    [[nodiscard]] static platform::Presence
+    presenceOf(const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row);
+    void take(const group::ImageFileRow& row, const QString& folderPath, bool isAway);
     void publish();
 
     const PBScanDictionaryRef _dictionary;
@@ -45,6 +48,5 @@ private:
     group::GroupingStep _step;
     group::PushRhythm _rhythm;
     ThumbnailsToBuild _thumbnails;
-    std::vector<qint64> _removeFolderIds;
-    std::vector<qint64> _removeFileIds;
+    StaleRows _staleRows;
 };

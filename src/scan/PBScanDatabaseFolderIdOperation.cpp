@@ -13,11 +13,11 @@ void PBScanDatabaseFolderIdOperation::main() {
     for (const ScanDatabaseFolder& folder : _dictionary->ScanDatabaseFolderIdArray) {
         if (isCancelled()) return;
         scan.drain();
-        const bool exists = scan.checkFolder(folder.folderId, folder.folderPath);
+        const auto presence = scan.checkFolder(folder.folderId, folder.folderPath);
         scan.drain();
         const auto rows = folder.rows ? *folder.rows : scan.fetchRows(folder.folderId);
         scan.drain();
-        scan.scanRows(folder.folderPath, exists, rows, false);
+        scan.scanRows(folder.folderPath, presence, rows, false);
     }
     if (isCancelled()) return;
     scan.publishRest();

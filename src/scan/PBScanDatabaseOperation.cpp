@@ -119,7 +119,7 @@ void PBScanDatabaseOperation::visit(
 std::vector<group::ImageFileRow> PBScanDatabaseOperation::scanWithFolderId(
     CatalogueFolderScan& scan, qint64 folderId, const QString& folderPath,
     const std::vector<PBOpenFileObject>& fileArray, const PBOpenFileObject* focusOpenFileObject) {
-    const bool exists = scan.checkFolder(folderId, folderPath);
+    const auto presence = scan.checkFolder(folderId, folderPath);
     scan.drain();
     const auto isTaken = [&](const QString& name) {
         if (fileArray.empty())
@@ -130,7 +130,7 @@ std::vector<group::ImageFileRow> PBScanDatabaseOperation::scanWithFolderId(
     std::vector<group::ImageFileRow> deferred;
     const auto rows = scan.fetchRows(folderId, isTaken, &deferred);
     scan.drain();
-    scan.scanRows(folderPath, exists, rows, focusOpenFileObject != nullptr);
+    scan.scanRows(folderPath, presence, rows, focusOpenFileObject != nullptr);
     return deferred;
 }
 

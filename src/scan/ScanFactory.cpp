@@ -61,7 +61,7 @@ void ScanFactory::attachChanges(
     if (!workTree) return;
     if (changes.checkExist) {
         attach(std::make_shared<PBCheckFileItemExistAttachOperation>(
-            makeDictionary(nullptr, {}, workTree, browsing)));
+            makeDictionary(nullptr, {}, workTree, browsing), changes.rewrittenFiles));
     }
     for (const FolderRescan& rescan : changes.rescans) {
         QString relativePath;

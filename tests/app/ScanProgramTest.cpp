@@ -23,6 +23,30 @@ TEST_F(ScanProgramTest, ALaterStartHandsOverAndTheCatalogueFollowsItsRootToAnoth
     EXPECT_EQ(rows(u"select Id from ImageFile"_s), ids);
 }
 
+TEST_F(ScanProgramTest, ARootThatIsRenamedInCaseOnlyKeepsItsRowsWhenSomethingInItIsDeleted) {
+    makePicture(u"kept.jpg"_s);
+    makePicture(u"deleted.jpg"_s);
+    start({u"--add"_s, pictures});
+    ASSERT_TRUE(follows());
+    const QString statement = u"select Id from ImageFile where FileName = 'kept.jpg'"_s;
+    const QStringList id = rows(statement);
+    const QString other = temporary.filePath(u"Pictures"_s);
+    ASSERT_TRUE(QDir().rename(pictures, other));
+    ASSERT_TRUE(support::spinUntil(
+        [&] { return rows(u"select ReservePath from FolderAlias"_s) == QStringList{other}; }));
+    // It is watched under its new name from some moment on.
+    const auto isSeen = [&](int number) {
+        const QString name = u"new%1.jpg"_s.arg(number);
+        support::writePicture(other + u'/' + name);
+        return support::spinUntil(
+            [&] { return inCatalogue().contains(name); }, std::chrono::seconds(4));
+    };
+    EXPECT_TRUE(isSeen(1) || isSeen(2) || isSeen(3) || isSeen(4));
+    QFile::remove(other + u"/deleted.jpg"_s);
+    EXPECT_TRUE(support::spinUntil([&] { return !inCatalogue().contains(u"deleted.jpg"); }));
+    EXPECT_EQ(rows(statement), id);
+}
+
 TEST_F(ScanProgramTest, KilledAtAnyMomentItStartsAgainOnAConsistentCatalogue) {
     std::mt19937 random(3);
     for (int i = 0; i < 150; ++i)

@@ -12,12 +12,13 @@ TEST_F(BrowserViewTest, itemsHaveAccessibleNamesPlacesAndStatesUntilTheyGo) {
     EXPECT_EQ(list()->childCount(), 207);
     tree->item(1, 1)->setStar(3);
     tree->item(1, 1)->setFlagged(true);
+    tree->item(1, 1)->setIsAway(true);
     view->GotoIndex({1, 1});
     QAccessibleInterface* item = list()->child(4);
     EXPECT_EQ(item, list()->child(4)); // the same one each time
     EXPECT_EQ(list()->indexOfChild(item), 4);
     EXPECT_EQ(item->parent(), list());
-    EXPECT_EQ(item->text(QAccessible::Name), u"b1, 3 stars, flagged");
+    EXPECT_EQ(item->text(QAccessible::Name), u"b1, 3 stars, flagged, not available");
     EXPECT_EQ(item->text(QAccessible::Description), u"2 of 4, /photos/b, 3000 x 2000, 1.2 MB");
     EXPECT_TRUE(item->state().selected);
     EXPECT_FALSE(list()->child(0)->state().selected);

@@ -207,6 +207,9 @@ TEST_F(BrowserViewTest, paintsThumbnailsTurnedOnWhiteWithFrames) {
         {"inside the placeholder", placed(2).center(), background}};
     for (const auto& [name, point, color] : pixels)
         EXPECT_EQ(shown.pixelColor(point), color) << name;
+    tree->item(0, 0)->setIsAway(true);
+    EXPECT_LT(picture().pixelColor(std::get<1>(pixels[0])).saturation(), 128) << "grey";
+    tree->item(0, 0)->setIsAway(false);
     // Dashes of 10 points and gaps of 5.
     int dashes = 0;
     for (int x = placed(2).left() + 10; x < placed(2).left() + 130; ++x)

@@ -14,7 +14,7 @@ std::vector<SCEvent> eventsOf(const char* told) {
     static const std::map<QChar, std::uint32_t> flagOf{
         {u'f', EventItemIsFile},  {u'd', EventItemIsDir},   {u'c', EventItemCreated},
         {u'x', EventItemRemoved}, {u'n', EventItemRenamed}, {u'l', EventMustScanSubDirs},
-        {u'r', EventRootChanged}};
+        {u'r', EventRootChanged}, {u'm', EventItemModified}};
     std::vector<SCEvent> events;
     for (const QString& event : support::words(told)) {
         const qsizetype path = event.indexOf(u'/');
@@ -36,6 +36,7 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
         {"fc/r/a/b/c/x.jpg", "/r/a/b/c", false, ""},
         {"fx/r/a/b/x.jpg", "", true, ""},
         {"fn/r/a/x.jpg", "/r/a", true, ""},
+        {"fm/r/a/x.jpg fm/r/b/x.jpg fm/r/a/x.txt", "/r/a", true, ""},
         // No images; written in place; neither file nor folder.
         {"fc/r/a/x.txt fx/r/a/x fn/r/a/y.doc f/r/a/x.jpg c/r/a/x.jpg", "", false, ""},
         // Folders: new, removed, the selected one, one above, one elsewhere, touched only.
@@ -66,6 +67,8 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
         });
         EXPECT_EQ(scanned, support::words(rescans));
         EXPECT_EQ(changes.checkExist, checkExist);
+        const bool isRewritten = events[1] == 'm';
+        EXPECT_EQ(changes.rewrittenFiles, support::words(isRewritten ? "/r/a/x.jpg" : ""));
         EXPECT_EQ(refreshed, support::words(refreshes));
         EXPECT_EQ(changes.sidebarChanged, !refreshed.isEmpty());
         EXPECT_FALSE(changes.rootsChanged);

@@ -184,40 +184,114 @@ TEST_F(EventStreamTest, AFileIsToldOnceWhenItsWriterHasFinished) {
     expect({{u"linked.jpg"_s, createdFile}});
 }
 
-TEST(GrowingFilesTest, AWriterThatPausesIsWaitedForLongerThanAFileThatNeverGrew) {
-    std::map<QByteArray, std::optional<GrowingFiles::State>> disk{
-        {"a", {{1, 1}}}, {"b", {{1, 1}}}, {"c", {{1, 1}}}, {"d", {{1, 1}}}, {"gone", {}}};
-    GrowingFiles files([&](const QByteArray& path) { return disk[path]; });
-    const GrowingFiles::Clock::time_point start;
-    for (const auto& [path, state] : disk)
-        files.add(path, createdFile, start);
-    disk["b"]->size = 2;
-    disk["c"]->modified = 2;
-    files.wasClosed("d");
-    const std::pair<std::chrono::milliseconds, std::set<QByteArray>> looks[] = {
-        {499ms, {"d"}}, {500ms, {"a"}}, {10'498ms, {}}, {10'499ms, {"b", "c"}}};
-    for (const auto& [time, expected] : looks) {
-        std::set<QByteArray> complete; // in no order
-        for (const auto& file : files.takeComplete(start + time))
-            complete.insert(file.path);
-        EXPECT_EQ(complete, expected);
+TEST_F(EventStreamTest, AWriterThatPausesIsWaitedForAndItsCloseIsNeverMissed) {
+    // One was at it before anyone watched; the other's first bytes come before the first look.
+    QFile before(path(u"before.jpg"_s));
+    ASSERT_TRUE(before.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    watch({_folder.path()});
+    QFile late(path(u"late.jpg"_s));
+    ASSERT_TRUE(late.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    before.write("half");
+    late.write("half");
+    expect({});
+    EXPECT_TRUE(_stream->isBeingWritten(before.fileName())) << "as the disk pass asks";
+    for (int second = 0; second < 9; ++second) {
+        tick(1s);
+        expect({});
     }
-    EXPECT_TRUE(files.isEmpty());
+    EXPECT_TRUE(_stream->isBeingWritten(late.fileName()));
+    // Not for ever: they are shown as they are.
+    tick(2s);
+    expect({{u"before.jpg"_s, createdFile}, {u"late.jpg"_s, createdFile}});
+    EXPECT_FALSE(_stream->isBeingWritten(late.fileName()));
+    rename(u"late.jpg"_s, u"later.jpg"_s);
+    expect({{u"late.jpg"_s, renamedFile}, {u"later.jpg"_s, renamedFile}});
+    before.close();
+    late.write("more");
+    late.close();
+    expect({{u"later.jpg"_s, EventItemModified | EventItemIsFile}});
+    write(u"later.jpg"_s);
+    expect({});
+}
+
+namespace {
+
+/// Files as a test says they are.
+struct ToldFiles {
+    std::map<QByteArray, GrowingFiles::Sight> sights;
+    std::map<QByteArray, Writers> writers;
+    GrowingFiles files{
+        {[this](const QByteArray& path) { return sights[path]; },
+         [this](const QByteArray& path) { return writers[path]; }}};
+
+    std::set<QByteArray> complete(std::chrono::milliseconds time) {
+        std::set<QByteArray> paths; // in no order
+        for (const auto& file : files.takeComplete(GrowingFiles::Clock::time_point(time)))
+            paths.insert(file.path);
+        return paths;
+    }
+};
+
+} // namespace
+
+TEST(GrowingFilesTest, QuietIsCompleteWhereNobodyWritesAndLongQuietWhereNobodyKnows) {
+    ToldFiles told;
+    told.sights["gone"].presence = Presence::Gone;
+    for (const char* path : {"free", "written", "unknown", "closed", "changed"})
+        told.sights[path] = {Presence::There, {1, 1}};
+    told.sights["hidden"]; // can't be looked at
+    told.writers = {
+        {"written", Writers::Some}, {"unknown", Writers::Unknown}, {"hidden", Writers::Unknown}};
+    for (const auto& [path, sight] : told.sights)
+        told.files.add(path, createdFile, {});
+    told.files.wasClosed("closed", 0);
+    told.sights["changed"].state.size = 2;
+    using Paths = std::set<QByteArray>;
+    const std::pair<std::chrono::milliseconds, Paths> looks[] = {
+        {499ms, {"closed"}},  {500ms, {"free"}}, {998ms, {}},
+        {999ms, {"changed"}}, {9999ms, {}},      {10s, {"written", "unknown", "hidden"}}};
+    for (const auto& [time, expected] : looks)
+        EXPECT_EQ(told.complete(time), expected) << time.count();
+    EXPECT_TRUE(told.files.isEmpty());
+
+    // What was told early is told again when it is closed, if it has changed by then, and once.
+    told.sights["written"].state.size = 2;
+    for (const char* path : {"written", "unknown", "free"})
+        told.files.wasClosed(path, EventItemModified);
+    EXPECT_EQ(told.complete(10s), Paths{"written"});
+    told.files.wasClosed("written", EventItemModified);
+    EXPECT_TRUE(told.files.isEmpty());
+}
+
+TEST(GrowingFilesTest, AFileThatSomebodyWritesToIsHeldUnlessItIsOld) {
+    ToldFiles told;
+    const std::chrono::nanoseconds now = std::chrono::system_clock::now().time_since_epoch();
+    for (const auto& [path, age] : {std::pair("new", 1min), {"old", 61min}, {"free", 0min}})
+        told.sights[path] = {Presence::There, {1, (now - age).count()}};
+    told.writers = {{"new", Writers::Some}, {"old", Writers::Some}};
+    for (const char* path : {"new", "old", "free", "none"})
+        EXPECT_EQ(told.files.holdIfWritten(path, createdFile, {}), path == QByteArray("new"))
+            << path;
+    EXPECT_EQ(told.complete(10s), std::set<QByteArray>{"new"});
+    EXPECT_FALSE(told.files.holdIfWritten("new", createdFile, {})) << "told as it is";
 }
 
 TEST(GrowingFilesTest, RenamedFilesKeepTheirTimeAndTakeThePlaceOfOthers) {
-    GrowingFiles files([](const QByteArray&) { return GrowingFiles::State(); });
+    ToldFiles told;
+    GrowingFiles& files = told.files;
+    for (const char* path : {"f/a", "f/b", "fg/c", "g/b", "e"})
+        told.sights[path] = {Presence::There, {1, 1}};
     const GrowingFiles::Clock::time_point start;
-    for (const char* path : {"f/a", "f/b", "fg/c"})
+    for (const char* path : {"f/a", "f/b", "fg/c", "e"})
         files.add(path, createdFile, start);
     EXPECT_TRUE(files.rename("f/a", "f/b", EventItemRenamed));
-    EXPECT_FALSE(files.rename("f/a", "f/c", EventItemRenamed));
+    EXPECT_FALSE(files.rename("f/a", "e", EventItemRenamed)) << "what was there is gone";
     files.renameFolder("f", "g");
-    EXPECT_TRUE(files.contains("g/b") && files.contains("fg/c") && !files.contains("f/b"));
     files.renameFolder("fg", {});
     files.add("g/b", EventItemRemoved, start + 400ms); // known already
     const auto complete = files.takeComplete(start + 500ms);
     ASSERT_EQ(complete.size(), 1U);
+    EXPECT_EQ(complete[0].path, "g/b");
     EXPECT_EQ(complete[0].flags, createdFile | EventItemRenamed | EventItemRemoved);
 }
 

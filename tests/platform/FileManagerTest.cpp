@@ -53,6 +53,34 @@ TEST(FileManagerTest, resourceValuesKeepNanosecondsAndFollowLinks) {
     EXPECT_TRUE(isReadable(file) && !isReadable(folder.filePath(u"none"_s)));
 }
 
+TEST(FileManagerTest, whatCannotBeLookedAtIsNotTakenForGone) {
+    using platform::Presence;
+    for (const int error : {EACCES, EIO, ENOTCONN, ESTALE, ETIMEDOUT, EMFILE, ENFILE, ENOMEM})
+        EXPECT_EQ(platform::presenceAfter(error), Presence::Unknown) << error;
+    const QTemporaryDir folder;
+    const auto path = [&](const QString& name) { return folder.filePath(name); };
+    support::writeFile(path(u"closed/a"_s), "x");
+    ASSERT_TRUE(QFile::link(u"loop"_s, path(u"loop"_s)));
+    ::chmod(QFile::encodeName(folder.path()), 0755);
+    ::chmod(QFile::encodeName(path(u"closed"_s)), 0);
+    const uid_t user = ::geteuid();
+    ASSERT_EQ(::seteuid(user == 0 ? 65534 : user), 0); // the superuser sees everything
+    const std::pair<QString, Presence> cases[] = {
+        {u"closed"_s, Presence::There},        {u"closed/a"_s, Presence::Unknown},
+        {u"closed/none"_s, Presence::Unknown}, {u"loop"_s, Presence::Unknown},
+        {u"none"_s, Presence::Gone},           {u"none/a"_s, Presence::Gone}};
+    for (const auto& [name, presence] : cases) {
+        EXPECT_EQ(look(path(name)).presence, presence) << name.toStdString();
+        EXPECT_EQ(OpenFolder(folder.path()).look(name).presence, presence);
+        const Presence below = presence == Presence::There ? Presence::Unknown : presence;
+        EXPECT_EQ(OpenFolder(path(name)).look(u"x"_s).presence, below);
+    }
+    ASSERT_EQ(::seteuid(user), 0);
+    EXPECT_EQ(look(path(u"closed/a"_s)).presence, user == 0 ? Presence::There : Presence::Unknown);
+    ::chmod(QFile::encodeName(path(u"closed"_s)), 0755);
+    EXPECT_EQ(look(path(u"closed/a/b"_s)).presence, Presence::Gone);
+}
+
 TEST(FileManagerTest, packagesAreToldByTheEndingOfTheirName) {
     for (const char16_t* name : {u"/x/Mine.APP/", u"a.rtfd", u"/x.y/z.kext"})
         EXPECT_TRUE(isPackageName(name));

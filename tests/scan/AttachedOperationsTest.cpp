@@ -146,6 +146,32 @@ TEST_F(AttachTest, AFileThatAttachedWorkStoresMeanwhileIsStoredOnce) {
     EXPECT_EQ(figures.rowsInserted, 3U);
 }
 
+TEST_F(AttachTest, AFileThatWasStoredHalfIsStoredAnewWhenItsWriterHasFinished) {
+    makePictures("half.jpg other.jpg");
+    scan();
+    const auto row = [&](const char* name) {
+        return rows(u"select Id,ImageWidth from ImageFile where FileName = '%1'"_s.arg(
+                        QLatin1StringView(name)))
+            .join(u' ');
+    };
+    const QString half = row("half.jpg");
+    const QString other = row("other.jpg");
+    makePicture(u"half.jpg"_s, {80, 60});
+    makePicture(u"other.jpg"_s, {80, 60});
+    WatchedChanges changes;
+    changes.checkExist = true;
+    changes.rewrittenFiles = {path(u"half.jpg"_s)};
+    changes.rescans = {{path({}), false}};
+    attachChanges(changes);
+    EXPECT_NE(row("half.jpg"), half);
+    EXPECT_TRUE(row("half.jpg").endsWith(u"|80")) << row("half.jpg").toStdString();
+    EXPECT_EQ(row("other.jpg"), other) << "rewritten in place: the next visit sees it";
+    const QString stored = row("half.jpg");
+    attachChanges(changes); // told, and as it is stored
+    EXPECT_EQ(row("half.jpg"), stored);
+    EXPECT_EQ(shown(), words("half.jpg other.jpg"));
+}
+
 TEST_F(AttachTest, ChangesOnDiskReachTheTreeAndTheCatalogue) {
     // Groups of 100, 1 and 5.
     const auto nameOf = [](int i) {

@@ -80,10 +80,10 @@ TEST_F(ScanTest, ASecondVisitTakesExactlyWhatChanged) {
     EXPECT_EQ(count(thumbnails, "Thumbnail"), 6);
     expectConsistentCatalogue();
 
-    // The whole root goes: the catalogue is emptied, and the scan ends.
+    // The whole root goes: the scan ends, and what that means is not a scan's to say.
     QDir(path({})).removeRecursively();
     scan();
-    EXPECT_EQ(images(), QStringList());
+    EXPECT_EQ(images().size(), 6);
     EXPECT_EQ(finished, 4);
 }
 

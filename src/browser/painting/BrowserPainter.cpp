@@ -15,6 +15,8 @@ namespace {
 constexpr double shadowRadius = 5; // points
 constexpr double shadowOffset = 2;
 constexpr double placeholderCorner = 8;
+/// Of an image whose file can't be looked at now.
+constexpr double awayOpacity = 0.4;
 /// Three pages of pictures at full size, 4 bytes a pixel; half of a page is covered by them.
 constexpr qint64 bytesPerWidgetPixel = 3 * 4 / 2;
 
@@ -150,6 +152,8 @@ void BrowserPainter::drawCellRect(
     QRectF placed =
         size.isEmpty() ? _layout.hitTarget(cellRect, index) : _layout.placedRect(cellRect, size);
     placed.translate(-frame.visible.topLeft());
+    const double opacity = item->isAway() ? awayOpacity : 1;
+    painter.setOpacity(opacity);
     if (thumbnail.isNull() && !_feed.hasTimeLeft()) {
         // It may well be there in a moment: a quiet shape flickers less than a frame of dashes.
         QColor quiet = PBThemes::colors().placeholder;
@@ -160,6 +164,7 @@ void BrowserPainter::drawCellRect(
     } else {
         drawThumbnail(painter, placed, thumbnail, item->rotateAngle(), frame);
     }
+    painter.setOpacity(1);
     if (item->isSelected()) {
         const double frameWidth = _layout.metrics().selectSize();
         const double line = frameWidth - 1;
@@ -172,7 +177,9 @@ void BrowserPainter::drawCellRect(
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(outline);
     }
+    painter.setOpacity(opacity);
     drawTexts(painter, cellRect, *item, frame);
+    painter.setOpacity(1);
 }
 
 void BrowserPainter::drawThumbnail(

@@ -85,7 +85,8 @@ class EventStream::Worker final : private InotifyTree::Sink {
 public:
     Worker(const QStringList& paths, Handler handler, Options options)
         : _roots(rootsOf(paths)), _options(std::move(options)),
-          _wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+          _wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+          _growing(_options.growing ? _options.growing : std::make_shared<GrowingFiles>()) {
         _receiver->handler = std::move(handler);
         makeTree();
         _isValid = _wake >= 0 && _tree->descriptor() >= 0;
@@ -115,7 +116,12 @@ public:
     }
 
     [[nodiscard]] bool isValid() const { return _isValid; }
-    [[nodiscard]] const GrowingFiles& growing() const { return _growing; }
+    [[nodiscard]] bool isBeingWritten(const QByteArray& path) {
+        if (!_growing->holdIfWritten(path, EventItemCreated | EventItemIsFile, _options.now()))
+            return false;
+        wake();
+        return true;
+    }
 
     std::uint64_t requestFlush() {
         const Lock lock(_mutex);
@@ -146,6 +152,7 @@ private:
 
     void run() {
         _tree->addRoots(_roots);
+        startBatch(_options.now());
         while (!_stop.stop_requested()) {
             waitForWork();
             const std::uint64_t flush = flushRequest();
@@ -180,12 +187,12 @@ private:
 
     /// A batch is on its way from its first event, or from the first look at a growing file, on.
     void startBatch(Time now) {
-        if (!_deadline && (!_batch.isEmpty() || !_growing.isEmpty()))
+        if (!_deadline && (!_batch.isEmpty() || !_growing->isEmpty()))
             _deadline = now + _options.latency;
     }
 
     void deliver(Time now) {
-        for (const auto& file : _growing.takeComplete(now))
+        for (const auto& file : _growing->takeComplete(now))
             _batch.add(file.path, file.flags);
         std::vector<FileSystemEvent> events = _batch.take();
         _deadline.reset();
@@ -231,24 +238,25 @@ private:
         _batch.add(path, flags);
     }
     void folderMoved(const QByteArray& from, const QByteArray& to) override {
-        _growing.renameFolder(from, to);
+        _growing->renameFolder(from, to);
     }
     void fileCreated(const QByteArray& path) override {
-        _growing.add(path, EventItemCreated | EventItemIsFile, _options.now());
+        _growing->add(path, EventItemCreated | EventItemIsFile, _options.now());
     }
-    void fileClosed(const QByteArray& path) override { _growing.wasClosed(path); }
+    void fileClosed(const QByteArray& path) override {
+        _growing->wasClosed(path, EventItemModified | EventItemIsFile);
+    }
     void fileRemoved(const QByteArray& path) override {
-        _growing.remove(path);
+        _growing->remove(path);
         _batch.add(path, EventItemRemoved | EventItemIsFile);
     }
     void fileRenamed(const QByteArray& from, const QByteArray& to) override {
         constexpr std::uint32_t flags = EventItemRenamed | EventItemIsFile;
         if (!from.isEmpty()) _batch.add(from, flags);
-        if (!from.isEmpty() && !to.isEmpty() && _growing.rename(from, to, flags)) return;
-        _growing.remove(from);
-        if (to.isEmpty()) return;
-        _growing.remove(to);
-        if (GrowingFiles::lookAtDisk(to)) _batch.add(to, flags);
+        if (!from.isEmpty() && !to.isEmpty() && _growing->rename(from, to, flags)) return;
+        if (to.isEmpty()) return _growing->remove(from);
+        if (from.isEmpty()) _growing->remove(to);
+        if (GrowingFiles::lookAtDisk(to).presence != Presence::Gone) _batch.add(to, flags);
     }
     void rootChanged(const QByteArray& path) override { _batch.add(path, EventRootChanged); }
     void limitReached(const QByteArray& root) override {
@@ -274,7 +282,7 @@ private:
     std::uint64_t _flushDone VELMORA_GUARDED_BY(_mutex) = 0;
     bool _ended VELMORA_GUARDED_BY(_mutex) = false;
 
-    GrowingFiles _growing;
+    const std::shared_ptr<GrowingFiles> _growing;
     // The rest belongs to the thread.
     std::unique_ptr<InotifyTree> _tree;
     EventBatch _batch;
@@ -303,8 +311,8 @@ void EventStream::flushSync() {
     if (isValid()) _worker->waitForFlush(_worker->requestFlush());
 }
 
-bool EventStream::isBeingWritten(const QString& path) const {
-    return _worker->growing().contains(QFile::encodeName(path));
+bool EventStream::isBeingWritten(const QString& path) {
+    return _worker->isBeingWritten(QFile::encodeName(path));
 }
 
 } // namespace platform

@@ -11,13 +11,16 @@
 
 namespace platform {
 
+class GrowingFiles;
+
 /// What an event says of its path; several may be set.
 enum EventFlag : std::uint32_t {
     EventMustScanSubDirs = 0x00000001, ///< changes below the path were lost: look for yourself
     EventRootChanged = 0x00000020,     ///< the path of a watched root moved, or is gone
     EventItemCreated = 0x00000100,
     EventItemRemoved = 0x00000200,
-    EventItemRenamed = 0x00000800, ///< the path is the former or the new name
+    EventItemRenamed = 0x00000800,  ///< the path is the former or the new name
+    EventItemModified = 0x00001000, ///< the file was told before it was complete, and has changed
     EventItemIsFile = 0x00010000,
     EventItemIsDir = 0x00020000,
 };
@@ -31,8 +34,8 @@ struct FileSystemEvent {
 /// Watches folders with all that is below them, and tells what came, went and was renamed there.
 ///
 /// Hidden entries, the content of packages, and what lies behind links are left out. What is
-/// written to a file that stands already is not told. A new file is told once it is complete: when
-/// its writer closes it, or when it has stopped growing. Events of one path within a batch are
+/// written to a file that stands already is not told. A new file is told once it is complete
+/// (`GrowingFiles`). Events of one path within a batch are
 /// joined. When the kernel lost events, or watches no more folders, that is said once on standard
 /// error, and the roots concerned get an event that is a renamed folder which must be scanned.
 ///
@@ -49,6 +52,9 @@ public:
         /// Told once when no more folders can be watched, with the limit of the system, such as
         /// "fs.inotify.max_user_watches = 8192". On the stream's thread; may be empty.
         std::function<void(const QString& limit)> limitReached = {};
+        /// Of an earlier stream, which has ended: what it waited for is waited for on. May be
+        /// empty.
+        std::shared_ptr<GrowingFiles> growing = nullptr;
     };
 
     /// The handler is called with each batch on the main thread, in the main loop's default mode,
@@ -70,9 +76,8 @@ public:
     void flushAsync();
     void flushSync();
 
-    /// The file was made lately and its writer has not finished: its event is still to come. Any
-    /// thread.
-    [[nodiscard]] bool isBeingWritten(const QString& path) const;
+    /// The file is new and its writer has not finished: its event is still to come. Any thread.
+    [[nodiscard]] bool isBeingWritten(const QString& path);
 
 private:
     class Worker;

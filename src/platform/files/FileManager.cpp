@@ -54,25 +54,31 @@ bool isSameFile(const char* path, const char* otherPath) {
            status.st_dev == other.st_dev && status.st_ino == other.st_ino;
 }
 
-std::optional<ResourceValues> valuesAt(int folder, const QString& path) {
+EntryLook lookAt(int folder, const QString& path) {
     struct statx status {};
     const QByteArray bytes = QFile::encodeName(path);
     if (::statx(folder, bytes.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0)
-        return std::nullopt;
-    ResourceValues values;
+        return {presenceAfter(errno), {}};
+    EntryLook look{Presence::There, {}};
+    ResourceValues& values = look.values;
     values.isDirectory = S_ISDIR(status.stx_mode);
     values.isRegularFile = S_ISREG(status.stx_mode);
     values.fileSize = static_cast<qint64>(status.stx_size);
     values.modificationDate = secondsOf(status.stx_mtime);
     values.creationDate = (status.stx_mask & STATX_BTIME) != 0 ? secondsOf(status.stx_btime)
                                                                : values.modificationDate;
-    return values;
+    return look;
 }
 
 } // namespace
 
+EntryLook look(const QString& path) {
+    return lookAt(AT_FDCWD, path);
+}
+
 std::optional<ResourceValues> resourceValues(const QString& path) {
-    return valuesAt(AT_FDCWD, path);
+    const EntryLook found = look(path);
+    return found.presence == Presence::There ? std::optional(found.values) : std::nullopt;
 }
 
 bool isReadable(const QString& path) {
@@ -80,15 +86,16 @@ bool isReadable(const QString& path) {
 }
 
 OpenFolder::OpenFolder(const QString& path)
-    : _descriptor(::open(QFile::encodeName(path).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {}
+    : _descriptor(::open(QFile::encodeName(path).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
+      _presence(presenceAfter(_descriptor >= 0 ? 0 : errno)) {}
 
 OpenFolder::~OpenFolder() {
     if (_descriptor >= 0) ::close(_descriptor);
 }
 
-std::optional<ResourceValues> OpenFolder::resourceValues(const QString& name) const {
-    if (_descriptor < 0) return std::nullopt;
-    return valuesAt(_descriptor, name);
+EntryLook OpenFolder::look(const QString& name) const {
+    if (_presence != Presence::There) return {_presence, {}};
+    return lookAt(_descriptor, name);
 }
 
 std::error_code

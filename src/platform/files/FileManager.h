@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/files/Presence.h"
+
 #include <QString>
 
 #include <functional>
@@ -20,6 +22,12 @@ struct ResourceValues {
     double creationDate = 0;
 };
 
+/// A look at one entry.
+struct EntryLook {
+    Presence presence = Presence::Unknown;
+    ResourceValues values; ///< of what is there
+};
+
 /// One entry of a folder.
 struct DirectoryEntry {
     QString name;
@@ -32,6 +40,8 @@ struct DirectoryEntry {
 /// thread.
 namespace FileManager {
 
+[[nodiscard]] EntryLook look(const QString& path);
+/// Nothing for what is not there, or can't be looked at.
 [[nodiscard]] std::optional<ResourceValues> resourceValues(const QString& path);
 /// Whether this process may read the file.
 [[nodiscard]] bool isReadable(const QString& path);
@@ -45,13 +55,13 @@ public:
     OpenFolder(const OpenFolder&) = delete;
     OpenFolder& operator=(const OpenFolder&) = delete;
 
-    /// False when there is no such folder, or it can't be entered.
-    [[nodiscard]] bool isOpen() const { return _descriptor >= 0; }
-    /// As of the path of folder and name.
-    [[nodiscard]] std::optional<ResourceValues> resourceValues(const QString& name) const;
+    /// As of the path of folder and name. What lies in a folder that could not be opened is as
+    /// unknown as the folder.
+    [[nodiscard]] EntryLook look(const QString& name) const;
 
 private:
     const int _descriptor;
+    const Presence _presence; ///< of the folder
 };
 
 /// Calls the visitor with each entry of the folder itself (not of those below), in the order in

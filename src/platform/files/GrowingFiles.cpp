@@ -1,61 +1,91 @@
 #include "platform/files/GrowingFiles.h"
 
+#include <cerrno>
+
 #include <sys/stat.h>
 
 namespace platform {
 
-std::optional<GrowingFiles::State> GrowingFiles::lookAtDisk(const QByteArray& path) {
+namespace {
+
+/// What is known of the path goes to the other one, in the place of what was known of that; with an
+/// empty one it goes away.
+template <typename Map>
+bool moveEntry(Map& map, const QByteArray& from, const QByteArray& to) {
+    map.erase(to);
+    auto entry = map.extract(from);
+    if (entry.empty()) return false;
+    if (to.isEmpty()) return true;
+    entry.key() = to;
+    map.insert(std::move(entry));
+    return true;
+}
+
+template <typename Map>
+void moveEntriesBelow(Map& map, const QByteArray& from, const QByteArray& to) {
+    const QByteArray prefix = from + '/';
+    std::vector<QByteArray> below;
+    for (const auto& [path, value] : map) {
+        if (path.startsWith(prefix)) below.push_back(path);
+    }
+    for (const QByteArray& path : below)
+        moveEntry(map, path, to.isEmpty() ? to : to + path.mid(from.size()));
+}
+
+} // namespace
+
+GrowingFiles::Sight GrowingFiles::lookAtDisk(const QByteArray& path) {
     struct stat status {};
-    if (::stat(path.constData(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    if (::stat(path.constData(), &status) != 0) return {presenceAfter(errno), {}};
+    if (!S_ISREG(status.st_mode)) return {Presence::Gone, {}};
     constexpr std::int64_t second = 1'000'000'000;
-    return State{status.st_size, status.st_mtim.tv_sec * second + status.st_mtim.tv_nsec};
+    return {
+        Presence::There, {status.st_size, status.st_mtim.tv_sec * second + status.st_mtim.tv_nsec}};
 }
 
 void GrowingFiles::add(const QByteArray& path, std::uint32_t flags, Clock::time_point now) {
-    const auto state = _look(path);
+    const State state = _questions.look(path).state;
     const Lock lock(_mutex);
+    _toldEarly.erase(path);
     File& file = _files[path];
     if (file.flags == 0) {
-        file.state = state.value_or(State());
+        file.state = state;
         file.since = now;
     }
     file.flags |= flags;
 }
 
-void GrowingFiles::wasClosed(const QByteArray& path) {
+void GrowingFiles::wasClosed(const QByteArray& path, std::uint32_t flags) {
     const Lock lock(_mutex);
-    if (const auto found = _files.find(path); found != _files.end()) found->second.isClosed = true;
+    if (const auto found = _files.find(path); found != _files.end()) {
+        found->second.isClosed = true;
+        return;
+    }
+    const auto told = _toldEarly.extract(path);
+    if (told.empty()) return;
+    const Sight sight = _questions.look(path);
+    if (sight.presence == Presence::There && sight.state == told.mapped()) return;
+    _files[path] = {.state = sight.state, .since = {}, .flags = flags, .isClosed = true};
 }
 
 void GrowingFiles::remove(const QByteArray& path) {
     const Lock lock(_mutex);
     _files.erase(path);
+    _toldEarly.erase(path);
 }
 
 bool GrowingFiles::rename(const QByteArray& from, const QByteArray& to, std::uint32_t flags) {
     const Lock lock(_mutex);
-    auto file = _files.extract(from);
-    if (file.empty()) return false;
-    file.key() = to;
-    file.mapped().flags |= flags;
-    _files.erase(to);
-    _files.insert(std::move(file));
+    moveEntry(_toldEarly, from, to);
+    if (!moveEntry(_files, from, to)) return false;
+    _files[to].flags |= flags;
     return true;
 }
 
 void GrowingFiles::renameFolder(const QByteArray& from, const QByteArray& to) {
     const Lock lock(_mutex);
-    const QByteArray prefix = from + '/';
-    std::vector<QByteArray> below;
-    for (const auto& [path, file] : _files) {
-        if (path.startsWith(prefix)) below.push_back(path);
-    }
-    for (const QByteArray& path : below) {
-        auto file = _files.extract(path);
-        if (to.isEmpty()) continue;
-        file.key() = to + path.mid(from.size());
-        _files.insert(std::move(file));
-    }
+    moveEntriesBelow(_files, from, to);
+    moveEntriesBelow(_toldEarly, from, to);
 }
 
 bool GrowingFiles::isEmpty() const {
@@ -67,20 +97,22 @@ std::vector<GrowingFiles::Complete> GrowingFiles::takeComplete(Clock::time_point
     const Lock lock(_mutex);
     std::vector<Complete> complete;
     for (auto entry = _files.begin(); entry != _files.end();) {
-        File& file = entry->second;
-        const auto state = _look(entry->first);
-        if (!state) {
+        auto& [path, file] = *entry;
+        const Sight sight = _questions.look(path);
+        if (sight.presence == Presence::Gone) {
             entry = _files.erase(entry);
             continue;
         }
-        if (*state != file.state) {
-            file.state = *state;
+        if (sight.presence == Presence::There && sight.state != file.state) {
+            file.state = sight.state;
             file.since = now;
-            file.hasGrown = true;
         }
-        const std::chrono::milliseconds needed = file.hasGrown ? quietTimeOfWriter : quietTime;
-        if (file.isClosed || now - file.since >= needed) {
-            complete.push_back({entry->first, file.flags});
+        const auto quiet = now - file.since;
+        const bool isComplete =
+            file.isClosed || (quiet >= quietTime && _questions.writers(path) == Writers::None);
+        if (isComplete || quiet >= quietTimeOfWriter) {
+            if (!isComplete) _toldEarly[path] = file.state;
+            complete.push_back({path, file.flags});
             entry = _files.erase(entry);
         } else {
             ++entry;
@@ -89,9 +121,26 @@ std::vector<GrowingFiles::Complete> GrowingFiles::takeComplete(Clock::time_point
     return complete;
 }
 
-bool GrowingFiles::contains(const QByteArray& path) const {
-    const Lock lock(_mutex);
-    return _files.contains(path);
+bool GrowingFiles::isOld(const State& state) const {
+    using namespace std::chrono;
+    const auto now = system_clock::now().time_since_epoch();
+    return nanoseconds(state.modified) < now - oldTime;
+}
+
+bool GrowingFiles::holdIfWritten(
+    const QByteArray& path, std::uint32_t flags, Clock::time_point now) {
+    {
+        const Lock lock(_mutex);
+        if (_files.contains(path)) return true;
+        if (_toldEarly.contains(path)) return false;
+    }
+    const Sight sight = _questions.look(path);
+    if (sight.presence != Presence::There || isOld(sight.state) ||
+        _questions.writers(path) != Writers::Some) {
+        return false;
+    }
+    add(path, flags, now);
+    return true;
 }
 
 } // namespace platform

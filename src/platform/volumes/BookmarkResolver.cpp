@@ -1,6 +1,7 @@
 #include "platform/volumes/BookmarkResolver.h"
 
 #include "platform/files/FolderSearch.h"
+#include "platform/files/Presence.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,21 +22,6 @@ constexpr int grandparentDepth = 2;
 constexpr int otherRootDepth = 2;
 constexpr int commonFolderDepth = 4;
 
-/// Errors that say that nothing can be said: the folder may well be there.
-bool isInconclusive(int error) {
-    switch (error) {
-    case 0:
-    case ENOENT:
-    case ENOTDIR:
-    case ELOOP:
-    case ENAMETOOLONG:
-    case EINVAL:
-        return false;
-    default:
-        return true;
-    }
-}
-
 /// One resolving: what was asked, and what was met on the way.
 class Attempt {
 public:
@@ -46,7 +32,7 @@ public:
         if (path.isEmpty()) return false;
         errno = 0;
         const auto found = Bookmark::bookmarkOfFolder(path, _volumes);
-        if (!found) _isInconclusive = _isInconclusive || isInconclusive(errno);
+        if (!found) _isInconclusive = _isInconclusive || presenceAfter(errno) == Presence::Unknown;
         return found && _bookmark.isSameFolder(*found, atSamePath);
     }
 

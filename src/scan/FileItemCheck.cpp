@@ -1,0 +1,54 @@
+#include "scan/FileItemCheck.h"
+
+#include "platform/files/FileManager.h"
+#include "platform/files/PathNames.h"
+#include "scan/ScanServices.h"
+
+using platform::Presence;
+
+FileItemCheck::FileItemCheck(const PBScanDictionary& dictionary, const QStringList& rewrittenFiles)
+    : _paths(*dictionary.Database, dictionary.services->aliasManager),
+      _rewrittenFiles(rewrittenFiles.begin(), rewrittenFiles.end()), _roots(dictionary) {}
+
+bool FileItemCheck::isGone(PBImageFileItem& item) {
+    const Presence presence = presenceOf(item);
+    if (presence == Presence::Gone) {
+        _staleRows.addFile(item.fileId(), item.folderId());
+        ++_goneCount;
+        return true;
+    }
+    const bool isAway = presence == Presence::Unknown;
+    if (isAway != item.isAway()) {
+        item.setIsAway(isAway);
+        ++_markedCount;
+    }
+    return false;
+}
+
+Presence FileItemCheck::presenceOf(const PBImageFileItem& item) {
+    const Folder& folder = folderOf(item.folderId());
+    Presence presence = folder.presence;
+    if (presence == Presence::There) {
+        const QString path = platform::pathInFolder(folder.path, item.fileName());
+        const auto look = platform::FileManager::look(path);
+        presence = look.presence;
+        if (presence == Presence::There && _rewrittenFiles.contains(path) &&
+            (static_cast<quint64>(look.values.fileSize) != item.fileSize() ||
+             look.values.modificationDate != item.modifiedDate())) {
+            presence = Presence::Gone;
+        }
+    }
+    // Asked after the look: what a disk leaves behind when it goes is an empty folder.
+    const bool isKnown = presence != Presence::Gone || _roots.isRootThere(item.folderId());
+    return isKnown ? presence : Presence::Unknown;
+}
+
+const FileItemCheck::Folder& FileItemCheck::folderOf(qint64 folderId) {
+    const auto known = _folders.find(folderId);
+    if (known != _folders.end()) return known->second;
+    Folder folder{_paths.pathOfFolderId(folderId)};
+    // Without a path, as long as its root is away, nothing is known of a folder.
+    if (!folder.path.isEmpty()) folder.presence = platform::FileManager::look(folder.path).presence;
+    if (folder.presence == Presence::Gone) _staleRows.addFolder(folderId);
+    return _folders.emplace(folderId, std::move(folder)).first->second;
+}

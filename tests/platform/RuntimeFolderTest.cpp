@@ -1,0 +1,47 @@
+#include "platform/program/RuntimeFolder.h"
+
+#include "support/Support.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace platform;
+
+TEST(RuntimeFolderTest, AFolderThatOthersMayHaveTouchedIsNotTaken) {
+    const QTemporaryDir temporary;
+    const QByteArray parent = QFile::encodeName(temporary.path());
+    const QByteArray first = parent + "/runtime-" + QByteArray::number(::geteuid());
+    const auto mode = [](const QByteArray& path) {
+        struct stat status {};
+        return ::lstat(path.constData(), &status) == 0 ? status.st_mode & 07777 : 0;
+    };
+    const auto expect = [&](const char* suffix, const char* why) {
+        EXPECT_EQ(RuntimeFolder::ownFolderIn(parent), first + suffix) << why;
+        EXPECT_EQ(mode(first + suffix), 0700U) << why;
+    };
+    const mode_t usual = ::umask(0);
+    expect("", "made");
+    ::chmod(first, 0755);
+    expect("", "ours, though others could look into it");
+    ::chmod(first, 0770);
+    expect("-2", "others could write");
+    expect("-2", "the same each time");
+    ::rmdir(first + "-2");
+    ASSERT_EQ(::symlink("/", first + "-2"), 0);
+    support::writeFile(QFile::decodeName(first + "-3"), "x");
+    expect("-4", "a link and a file");
+    if (::chown(first + "-4", 65534, 65534) == 0) expect("-5", "a stranger's");
+    ::umask(usual);
+    EXPECT_EQ(RuntimeFolder::ownFolderIn(parent + "/none"), QByteArray());
+}
+
+TEST(RuntimeFolderTest, TheSessionsFolderIsTakenIfItIsTheUsersOwn) {
+    const QTemporaryDir temporary;
+    const QByteArray given = QFile::encodeName(temporary.path());
+    const QByteArray before = qgetenv("XDG_RUNTIME_DIR");
+    qputenv("XDG_RUNTIME_DIR", given);
+    EXPECT_EQ(RuntimeFolder::path(), given);
+    ::chmod(given, 0777);
+    EXPECT_NE(RuntimeFolder::path(), given);
+    before.isNull() ? qunsetenv("XDG_RUNTIME_DIR") : qputenv("XDG_RUNTIME_DIR", before);
+}

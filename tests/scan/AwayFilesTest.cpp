@@ -1,0 +1,117 @@
+#include "platform/volumes/Bookmark.h"
+#include "scan/ScanSupport.h"
+#include "support/MemoryDisk.h"
+
+namespace {
+
+using support::words;
+
+struct AwayFilesTest : ScanTest {
+    /// The two ways in which files are compared with the catalogue.
+    void lookByScan() { scan(); }
+    void lookByCheck() {
+        WatchedChanges changes;
+        changes.checkExist = true;
+        factory->attachChanges(changes, workTree, browsing);
+        waitForQueues();
+    }
+    /// Names of the images on display that are away.
+    QStringList away() const {
+        QStringList names;
+        for (const auto& item : items())
+            if (item->isAway()) names.append(item->fileName());
+        names.sort();
+        return names;
+    }
+    /// Ids and stars of all images: what would be lost with the rows.
+    QStringList marks() {
+        return rows(u"select FileName,Id,FileStars from ImageFile order by 1"_s);
+    }
+    void scanAndMark() {
+        scan();
+        ASSERT_TRUE(files.executeUpdate(u"update ImageFile set FileStars = 4"_s));
+    }
+    void rename(const QString& from, const QString& to) {
+        ASSERT_TRUE(QFile::rename(path(from), path(to)));
+    }
+    /// Something that no look gets past, as at a failing disk.
+    void breakLooksAt(const QString& name) {
+        rename(name, u".saved-"_s + name);
+        ASSERT_TRUE(QFile::link(name, path(name))); // leads to itself
+    }
+    void repair(const QString& name) {
+        QFile::remove(path(name));
+        rename(u".saved-"_s + name, name);
+    }
+};
+
+} // namespace
+
+TEST_F(AwayFilesTest, FilesThatCannotBeLookedAtKeepTheirRowsAndAreGrey) {
+    makePictures("f/a.jpg f/b.jpg c.jpg d.jpg e.jpg");
+    scanAndMark();
+    scan();
+    const QStringList before = marks();
+    for (const auto look : {&AwayFilesTest::lookByCheck, &AwayFilesTest::lookByScan}) {
+        breakLooksAt(u"f"_s);
+        breakLooksAt(u"c.jpg"_s);
+        (this->*look)();
+        EXPECT_EQ(marks(), before);
+        EXPECT_EQ(away(), words("a.jpg b.jpg c.jpg"));
+        EXPECT_EQ(shown().size(), 5);
+        repair(u"f"_s);
+        repair(u"c.jpg"_s);
+        (this->*look)();
+        EXPECT_EQ(marks(), before);
+        EXPECT_EQ(away(), QStringList());
+    }
+    EXPECT_EQ(count(files, "Folder"), 2);
+    // What is gone goes, as ever.
+    QFile::remove(path(u"d.jpg"_s));
+    lookByCheck();
+    QFile::remove(path(u"e.jpg"_s));
+    QDir(path(u"f"_s)).removeRecursively();
+    lookByScan();
+    EXPECT_EQ(marks(), before.mid(2, 1));
+    EXPECT_EQ(count(files, "Folder"), 1);
+}
+
+TEST_F(AwayFilesTest, WhenTheDiskOfARootWithinHasLeftItsRowsStayAndItsImagesAreGrey) {
+    support::MemoryDisk disk(path(u"disk"_s));
+    if (!disk.isMounted()) return support::rerunWhereDisksCanBeMounted();
+    makePictures("disk/in/x.jpg disk/y.jpg 1.jpg 2.jpg 3.jpg 4.jpg");
+    const auto bookmark =
+        platform::Bookmark::bookmarkOfFolder(path(u"disk"_s), platform::Volumes());
+    ASSERT_TRUE(bookmark);
+    const auto inner = PBAliasObject::aliasObjectWithId(
+        PBCatalogue(files).insertFolderAliasWithData(bookmark->data(), 2, path(u"disk"_s), 0),
+        bookmark->data(), QUrl::fromLocalFile(path(u"disk"_s)), path(u"disk"_s), 0, 2);
+    aliasManager.addAliasObject(inner);
+    scanAndMark();
+    scan();
+    const QStringList before = marks();
+    ASSERT_EQ(before.size(), 6);
+    using Outcome = platform::Resolution::Outcome;
+    aliasServices.answers[root->aliasData()] = {Outcome::Found, path({})};
+    aliasServices.answers[inner->aliasData()] = {Outcome::VolumeAbsent, {}};
+
+    // Nobody has heard of it yet: where the disk was is an empty folder.
+    disk.leave();
+    QFile::remove(path(u"1.jpg"_s));
+    lookByCheck();
+    EXPECT_EQ(marks(), before.mid(1));
+    EXPECT_EQ(away(), words("x.jpg y.jpg"));
+    const auto displayed = workTree;
+    QFile::remove(path(u"2.jpg"_s));
+    lookByScan();
+    EXPECT_EQ(marks(), before.mid(2));
+    // The root has no place any more.
+    workTree = displayed;
+    aliasManager.volumDidUnmount({});
+    ASSERT_FALSE(inner->isMounted());
+    QFile::remove(path(u"3.jpg"_s));
+    lookByCheck();
+    EXPECT_EQ(marks(), before.mid(3));
+    EXPECT_EQ(away(), words("x.jpg y.jpg"));
+    EXPECT_EQ(count(files, "Folder"), 3);
+}

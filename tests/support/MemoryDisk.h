@@ -1,0 +1,44 @@
+#pragma once
+
+#include "support/Support.h"
+
+#include <sys/mount.h>
+
+namespace support {
+
+/// A file system of its own in memory, mounted at a place.
+struct MemoryDisk {
+    explicit MemoryDisk(const QString& place) : _place(QFile::encodeName(place)) {
+        QDir().mkpath(place);
+        _isMounted = ::mount("tmpfs", _place.constData(), "tmpfs", 0, "size=8m") == 0;
+    }
+    ~MemoryDisk() { leave(); }
+    MemoryDisk(const MemoryDisk&) = delete;
+    MemoryDisk& operator=(const MemoryDisk&) = delete;
+
+    [[nodiscard]] bool isMounted() const { return _isMounted; }
+    /// As a disk does that is pulled out.
+    void leave() {
+        if (std::exchange(_isMounted, false)) ::umount2(_place.constData(), MNT_DETACH);
+    }
+
+private:
+    const QByteArray _place;
+    bool _isMounted = false;
+};
+
+/// Runs the present test in a process that may mount: in name spaces of its own. Skips it where
+/// that is not permitted either.
+inline void rerunWhereDisksCanBeMounted() {
+    const auto& test = *testing::UnitTest::GetInstance()->current_test_info();
+    if (qEnvironmentVariableIsSet("VELMORA_MAY_MOUNT") || std::system("unshare -Urm true") != 0)
+        GTEST_SKIP() << "mounting a disk is not permitted here";
+    const QString self = QFileInfo(u"/proc/self/exe"_s).symLinkTarget();
+    const QString filter =
+        QString::fromLatin1(test.test_suite_name()) + u'.' + QString::fromLatin1(test.name());
+    const QString command =
+        u"VELMORA_MAY_MOUNT=1 unshare -Urm '%1' --gtest_filter='%2' >&2"_s.arg(self, filter);
+    EXPECT_EQ(std::system(QFile::encodeName(command).constData()), 0);
+}
+
+} // namespace support
