@@ -2,6 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "app/DamagedCatalogue.h"
+#include "catalogue/CatalogueIdentity.h"
 #include "catalogue/PBCatalogue.h"
 #include "platform/program/StandardError.h"
 
@@ -26,6 +27,7 @@ void storeWithoutWaiting(FMDatabase& connection) {
     for (const QString& pragma :
          {QStringLiteral("pragma journal_mode = wal"),
           QStringLiteral("pragma synchronous = normal")}) {
+        // Where it can't be had, storing is slower, and that is all.
         FMResultSet result = connection.executeQuery(pragma);
         while (result.next()) {
         }
@@ -46,7 +48,7 @@ void tellIfUnusable(FMDatabase& connection) {
 }
 
 /// Thumbnails can all be made again: a damaged file of them makes room for a new one.
-std::unique_ptr<FMDatabase> openThumbnails() {
+std::unique_ptr<FMDatabase> openReadableThumbnails() {
     auto connection = openFile(thumbnailName);
     PBCatalogue(*connection).checkTables_Thumbnail();
     if (!isUsable(*connection) && connection->isFileDamaged()) {
@@ -70,16 +72,44 @@ std::unique_ptr<FMDatabase> openThumbnails() {
     return connection;
 }
 
+bool removeDatabase(const QString& path) {
+    for (const char* beside : {"-journal", "-wal", "-shm"})
+        QFile::remove(path + QLatin1StringView(beside));
+    return QFile::remove(path);
+}
+
+/// Thumbnails of another catalogue make room for new ones. A closed connection where they can't.
+std::unique_ptr<FMDatabase> openThumbnails(FMDatabase& files) {
+    using CatalogueIdentity::Match;
+    auto connection = openReadableThumbnails();
+    if (CatalogueIdentity::match(files, *connection) != Match::Differ) return connection;
+    connection->close();
+    const QString path = connection->databasePath();
+    if (removeDatabase(path)) {
+        connection = openReadableThumbnails();
+        if (CatalogueIdentity::match(files, *connection) != Match::Differ) return connection;
+        connection->close();
+    }
+    platform::complain(
+        QStringLiteral("the thumbnails in %1 are those of another catalogue, and can't be removed; "
+                       "none are shown or kept")
+            .arg(path));
+    return connection;
+}
+
 } // namespace
 
 CatalogueConnections::CatalogueConnections() {
     _mainFileDb = openFile(filesName);
     PBCatalogue(*_mainFileDb).checkTables_FilesDb();
     tellIfUnusable(*_mainFileDb);
-    _mainThumbDb = openThumbnails();
+    _mainThumbDb = openThumbnails(*_mainFileDb);
     _scanFileDb = openFile(filesName);
-    _preloadThumbDb = openFile(thumbnailName);
-    _buildThumbDb = openFile(thumbnailName);
+    const bool hasThumbnails = _mainThumbDb->sqliteHandle() != nullptr;
+    for (auto* connection : {&_preloadThumbDb, &_buildThumbDb}) {
+        *connection = hasThumbnails ? openFile(thumbnailName)
+                                    : FMDatabase::databaseWithFileName(thumbnailName);
+    }
     storeWithoutWaiting(*_buildThumbDb);
 }
 
