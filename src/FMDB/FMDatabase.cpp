@@ -9,6 +9,7 @@
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include <unistd.h>
@@ -23,6 +24,16 @@ FMError errorOf(sqlite3* handle) {
     error.code = sqlite3_errcode(handle);
     error.message = QString::fromUtf8(sqlite3_errmsg(handle));
     return error;
+}
+
+/// Whether a statement failed for what it was run on, not for what it says: after it the same
+/// change may work only in part.
+bool isOfTheDisk(int errorCode) {
+    static constexpr std::array codes{SQLITE_FULL,      SQLITE_IOERR,   SQLITE_CANTOPEN,
+                                      SQLITE_NOMEM,     SQLITE_CORRUPT, SQLITE_NOTADB,
+                                      SQLITE_READONLY,  SQLITE_PERM,    SQLITE_PROTOCOL,
+                                      SQLITE_INTERRUPT, SQLITE_NOLFS};
+    return std::ranges::find(codes, errorCode & 0xff) != codes.end();
 }
 
 } // namespace
@@ -138,7 +149,7 @@ bool FMDatabase::close() {
     });
     if (FMDB::isBusyOrLocked(result)) return false;
     _db = nullptr;
-    _inTransaction = false;
+    _transaction = Transaction::None;
     return true;
 }
 
@@ -146,7 +157,7 @@ void FMDatabase::closeOpenResultSets() {
     const std::vector<FMResultSet*> openResultSets = std::exchange(_openResultSets, {});
     for (FMResultSet* resultSet : openResultSets) {
         resultSet->_parentDB = nullptr;
-        resultSet->close();
+        resultSet->fail();
     }
 }
 
@@ -158,10 +169,10 @@ void FMDatabase::finalizeRemainingStatements() {
 FMResultSet FMDatabase::executeQueryWithArgumentsInArray(
     const QString& sql, std::span<const PBValue> arguments) {
     const Use use(*this);
-    if (!_db || _isExecutingStatement) return {};
+    if (!_db || _isExecutingStatement) return FMResultSet::failed();
     const QScopedValueRollback executing(_isExecutingStatement, true);
     auto statement = statementForQuery(sql);
-    if (!statement) return {};
+    if (!statement) return FMResultSet::failed();
     FMBoundBytes boundBytes;
     statement->bindArguments(arguments, boundBytes);
     statement->countUse();
@@ -181,7 +192,7 @@ bool FMDatabase::executeUpdateWithArgumentPointers(
 template <typename Arguments>
 bool FMDatabase::update(const QString& sql, Arguments arguments) {
     const Use use(*this);
-    if (!_db || _isExecutingStatement) return false;
+    if (!_db || _isExecutingStatement || _transaction == Transaction::Lost) return false;
     const QScopedValueRollback executing(_isExecutingStatement, true);
     const auto statement = statementForQuery(sql);
     if (!statement) return false;
@@ -190,7 +201,16 @@ bool FMDatabase::update(const QString& sql, Arguments arguments) {
     const int result = step(statement->statement());
     statement->reset();
     _boundBytes.clear();
-    return result == SQLITE_DONE || result == SQLITE_OK;
+    if (result == SQLITE_DONE || result == SQLITE_OK) return true;
+    statementDidFail();
+    return false;
+}
+
+void FMDatabase::statementDidFail() {
+    if (_transaction != Transaction::Open) return;
+    _transactionErrorMessage = lastErrorMessage();
+    if (sqlite3_get_autocommit(_db) || isOfTheDisk(lastErrorCode()))
+        _transaction = Transaction::Lost;
 }
 
 std::shared_ptr<FMStatement> FMDatabase::statementForQuery(const QString& sql) {
@@ -214,8 +234,9 @@ std::shared_ptr<FMStatement> FMDatabase::prepare(const QString& sql) {
     const int result = FMDB::retryWhileBusy(_busyRetryTimeout, attempt, wait.pause());
     observe(result);
     // A text without a statement, such as a mere comment, prepares well and gives no handle.
-    if (result != SQLITE_OK || !handle) return nullptr;
-    return std::make_shared<FMStatement>(handle);
+    if (result == SQLITE_OK && handle) return std::make_shared<FMStatement>(handle);
+    statementDidFail();
+    return nullptr;
 }
 
 void FMDatabase::cacheStatement(const std::shared_ptr<FMStatement>& statement, const QString& sql) {
@@ -241,8 +262,10 @@ void FMDatabase::setShouldCacheStatements(bool shouldCache) {
 }
 
 bool FMDatabase::beginTransaction() {
+    if (_transaction == Transaction::Lost) return false;
     const bool begun = executeUpdate(QStringLiteral("begin exclusive transaction"));
-    if (begun) _inTransaction = true;
+    if (begun) _transaction = Transaction::Open;
+    _transactionErrorMessage = begun ? QString() : lastErrorMessage();
     return begun;
 }
 
@@ -255,9 +278,15 @@ bool FMDatabase::rollback() {
 }
 
 bool FMDatabase::endTransaction(const QString& sql) {
+    if (_transaction == Transaction::Lost) {
+        _transaction = Transaction::None;
+        if (_db && !sqlite3_get_autocommit(_db))
+            executeUpdate(QStringLiteral("rollback transaction"));
+        return false;
+    }
     const bool ended = executeUpdate(sql);
     // A full disk, say, makes SQLite roll back by itself; then there is nothing left to end.
-    if (ended || (_db && sqlite3_get_autocommit(_db))) _inTransaction = false;
+    if (ended || (_db && sqlite3_get_autocommit(_db))) _transaction = Transaction::None;
     return ended;
 }
 

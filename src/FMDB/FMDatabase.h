@@ -87,11 +87,18 @@ public:
     bool executeUpdateWithArgumentPointers(
         const QString& sql, std::span<const PBValue* const> arguments);
 
-    /// Transactions are exclusive: no other connection reads or writes the file meanwhile.
+    /// Transactions are exclusive: no other connection reads or writes the file meanwhile. Use
+    /// `FMTransaction`, which never leaves one open. When the disk failed a statement, or SQLite
+    /// ended the transaction by itself, the further updates fail, and so does `commit`.
     [[nodiscard]] bool beginTransaction();
     [[nodiscard]] bool commit();
     bool rollback();
-    [[nodiscard]] bool inTransaction() const { return _inTransaction; }
+    [[nodiscard]] bool inTransaction() const { return _transaction == Transaction::Open; }
+    /// What SQLite said to the statement that failed last within the present or last transaction,
+    /// or to its beginning or commit; empty for none.
+    [[nodiscard]] const QString& transactionErrorMessage() const {
+        return _transactionErrorMessage;
+    }
 
     [[nodiscard]] qint64 lastInsertRowId() const;
     /// Rows changed by the last update.
@@ -127,7 +134,13 @@ public:
 
 private:
     friend class FMResultSet;
+    friend class FMTransaction;
     class Use;
+    enum class Transaction {
+        None,
+        Open,
+        Lost, // takes nothing and can only end; whoever began it has not been told yet
+    };
     void beginUse();
     void endUse();
     void resultSetDidOpen(FMResultSet* resultSet);
@@ -148,13 +161,18 @@ private:
     void closeOpenResultSets();
     void finalizeRemainingStatements();
     bool endTransaction(const QString& sql);
+    [[nodiscard]] bool isTransactionPending() const { return _transaction != Transaction::None; }
+    void setTransactionLost() { _transaction = Transaction::Lost; }
+    /// Called after a statement that failed, before any other.
+    void statementDidFail();
     [[nodiscard]] FMError lastError() const;
 
     sqlite3* _db = nullptr;
     QString _databasePath;
     bool _shouldCacheStatements = false;
     bool _isExecutingStatement = false;
-    bool _inTransaction = false;
+    Transaction _transaction = Transaction::None;
+    QString _transactionErrorMessage;
     int _busyRetryTimeout = 0;
     Observer _observer;
     std::chrono::milliseconds _longWait{};

@@ -23,18 +23,36 @@ FMResultSet& FMResultSet::operator=(FMResultSet&& other) noexcept {
     _parentDB = std::exchange(other._parentDB, nullptr);
     _statement = std::exchange(other._statement, nullptr);
     _boundBytes = std::exchange(other._boundBytes, {});
+    _hadError = std::exchange(other._hadError, false);
     _columnNameToIndexMap = std::exchange(other._columnNameToIndexMap, {});
     _columnNamesSetup = std::exchange(other._columnNamesSetup, false);
     if (_parentDB) _parentDB->resultSetDidMove(&other, this);
     return *this;
 }
 
+FMResultSet FMResultSet::failed() {
+    FMResultSet none;
+    none._hadError = true;
+    return none;
+}
+
 bool FMResultSet::next() {
     if (!_statement) return false;
     _parentDB->beginUse(); // until the cursor closes
-    if (_parentDB->step(_statement->statement()) == SQLITE_ROW) return true;
-    close();
+    const int result = _parentDB->step(_statement->statement());
+    if (result == SQLITE_ROW) return true;
+    if (result == SQLITE_DONE) {
+        close();
+    } else {
+        _parentDB->statementDidFail();
+        fail();
+    }
     return false;
+}
+
+void FMResultSet::fail() {
+    _hadError = true;
+    close();
 }
 
 void FMResultSet::close() {

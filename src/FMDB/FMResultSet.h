@@ -30,6 +30,10 @@ public:
     /// Advances; true on a row. Waits for other connections' locks. At the end, or on an error, the
     /// cursor closes itself; a caller that stops earlier closes it.
     [[nodiscard]] bool next();
+    /// Whether there may be rows that `next` did not come to: the statement could not be prepared,
+    /// or an error ended the cursor. Ask it after the last row, before taking what was read for
+    /// all that there is.
+    [[nodiscard]] bool hadError() const { return _hadError; }
     void close();
     /// Whether the cursor is open.
     [[nodiscard]] bool isValid() const { return _statement != nullptr; }
@@ -63,6 +67,9 @@ private:
     FMResultSet(
         FMDatabase* parentDB, std::shared_ptr<FMStatement> statement, FMBoundBytes boundBytes);
 
+    /// A cursor that never opened, for want of a statement.
+    [[nodiscard]] static FMResultSet failed();
+    void fail();
     [[nodiscard]] QString columnName(int index) const;
     [[nodiscard]] int typeOfColumn(int index) const;
 
@@ -71,6 +78,7 @@ private:
     /// Shared with the connection's cache, if that is on.
     std::shared_ptr<FMStatement> _statement;
     FMBoundBytes _boundBytes;
+    bool _hadError = false;
     /// Filled on first use.
     mutable QHash<QString, int> _columnNameToIndexMap;
     mutable bool _columnNamesSetup = false;

@@ -2,6 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "app/DamagedCatalogue.h"
+#include "catalogue/CatalogueIdentity.h"
 #include "catalogue/PBCatalogue.h"
 #include "platform/program/StandardError.h"
 
@@ -29,6 +30,7 @@ void storeWithoutWaiting(FMDatabase& connection) {
     for (const QString& pragma :
          {QStringLiteral("pragma journal_mode = wal"),
           QStringLiteral("pragma synchronous = normal")}) {
+        // Where it can't be had, storing is slower, and that is all.
         FMResultSet result = connection.executeQuery(pragma);
         while (result.next()) {
         }
@@ -49,7 +51,7 @@ void tellIfUnusable(FMDatabase& connection) {
 }
 
 /// Thumbnails can all be made again: a damaged file of them makes room for a new one.
-std::unique_ptr<FMDatabase> openThumbnails(const Prepare& prepare) {
+std::unique_ptr<FMDatabase> openReadableThumbnails(const Prepare& prepare) {
     auto connection = openFile(thumbnailName, prepare);
     PBCatalogue(*connection).checkTables_Thumbnail();
     if (!isUsable(*connection) && connection->isFileDamaged()) {
@@ -73,16 +75,44 @@ std::unique_ptr<FMDatabase> openThumbnails(const Prepare& prepare) {
     return connection;
 }
 
+bool removeDatabase(const QString& path) {
+    for (const char* beside : {"-journal", "-wal", "-shm"})
+        QFile::remove(path + QLatin1StringView(beside));
+    return QFile::remove(path);
+}
+
+/// Thumbnails of another catalogue make room for new ones. A closed connection where they can't.
+std::unique_ptr<FMDatabase> openThumbnails(FMDatabase& files, const Prepare& prepare) {
+    using CatalogueIdentity::Match;
+    auto connection = openReadableThumbnails(prepare);
+    if (CatalogueIdentity::match(files, *connection) != Match::Differ) return connection;
+    connection->close();
+    const QString path = connection->databasePath();
+    if (removeDatabase(path)) {
+        connection = openReadableThumbnails(prepare);
+        if (CatalogueIdentity::match(files, *connection) != Match::Differ) return connection;
+        connection->close();
+    }
+    platform::complain(
+        QStringLiteral("the thumbnails in %1 are those of another catalogue, and can't be removed; "
+                       "none are shown or kept")
+            .arg(path));
+    return connection;
+}
+
 } // namespace
 
 CatalogueConnections::CatalogueConnections(const Prepare& prepare) {
     _mainFileDb = openFile(filesName, prepare);
     PBCatalogue(*_mainFileDb).checkTables_FilesDb();
     tellIfUnusable(*_mainFileDb);
-    _mainThumbDb = openThumbnails(prepare);
+    _mainThumbDb = openThumbnails(*_mainFileDb, prepare);
     _scanFileDb = openFile(filesName, prepare);
-    _preloadThumbDb = openFile(thumbnailName, prepare);
-    _buildThumbDb = openFile(thumbnailName, prepare);
+    const bool hasThumbnails = _mainThumbDb->sqliteHandle() != nullptr;
+    for (auto* connection : {&_preloadThumbDb, &_buildThumbDb}) {
+        *connection = hasThumbnails ? openFile(thumbnailName, prepare)
+                                    : FMDatabase::databaseWithFileName(thumbnailName);
+    }
     storeWithoutWaiting(*_buildThumbDb);
 }
 

@@ -116,11 +116,19 @@ bool removeStrays(FMDatabase& db) {
         statements, [&db](const QString& statement) { return db.executeUpdate(statement); });
 }
 
+/// The thumbnails stay those of this catalogue.
+bool copyIdentity(FMDatabase& from, FMDatabase& to) {
+    FMResultSet identity = from.executeQuery(QStringLiteral("pragma user_version"));
+    return identity.next() &&
+           to.executeUpdate(QStringLiteral("pragma user_version = %1")
+                                .arg(identity.longLongIntForColumnIndex(0)));
+}
+
 std::optional<qint64> copyAll(FMDatabase& from, FMDatabase& to) {
     if (!PBCatalogue(to).checkTables_FilesDb() || !to.beginTransaction()) return {};
     for (const CatalogueTable& table : CatalogueSchema::filesTables())
         if (!TableCopy(from, to, table).run()) return {};
-    if (!copyCounters(from, to) || !removeStrays(to)) return {};
+    if (!copyCounters(from, to) || !copyIdentity(from, to) || !removeStrays(to)) return {};
     FMResultSet count = to.executeQuery(QStringLiteral("select count(*) from ImageFile"));
     if (!count.next()) return {};
     const qint64 photographs = count.longLongIntForColumnIndex(0);

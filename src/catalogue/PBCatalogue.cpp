@@ -1,6 +1,7 @@
 #include "catalogue/PBCatalogue.h"
 
 #include "FMDB/FMDatabase.h"
+#include "FMDB/FMTransaction.h"
 
 #include <algorithm>
 
@@ -18,12 +19,12 @@ bool PBCatalogue::checkTables(
         return isTableExist(table.name.toString());
     };
     if (!std::ranges::all_of(tables, isThere)) {
-        // One transaction, so that a new file is written to disk once and never half made.
-        const bool begun = _db.beginTransaction();
+        // So a new file is written to disk once and never half made.
+        FMTransaction transaction(_db);
         for (const CatalogueTable& table : tables) {
-            if (!isThere(table)) createTable(table);
+            if (!isThere(table) && transaction.isOpen()) createTable(table);
         }
-        if (begun && !_db.commit()) _db.rollback();
+        static_cast<void>(transaction.commit());
     }
     for (const CatalogueIndex& index : indexes)
         executeUpdateWithSql(CatalogueSchema::createStatement(index));

@@ -27,8 +27,9 @@ public:
 /// `thumbnail.db`, all others one to `files.db`.
 ///
 /// None of the operations opens a transaction, except the checks of tables; a caller that needs
-/// several changes as one opens it, and rolls back if the commit fails. Failure shows in the result
-/// only: false, the id 0, an empty text or array.
+/// several changes as one makes an `FMTransaction`. Failure shows in the result only: false, the
+/// id 0, an empty text or array. Whoever goes on to insert what was not found needs to know whether
+/// it could be looked for: the finds of ids answer nothing where it could not.
 class PBCatalogue {
 public:
     explicit PBCatalogue(FMDatabase& db) : _db(db) {}
@@ -106,18 +107,18 @@ public:
     /// transaction. The thumbnail, in the other file, is removed apart.
     bool removeImageFileAndMetadataWithFileId(qint64 fileId);
 
-    // Finds; a miss answers 0 or empty
+    // Finds; a miss answers 0 or empty, a failure the same or, for an id, nothing
 
     /// Without a relative path, the folder of the root itself. The empty text finds nothing.
-    [[nodiscard]] qint64
+    [[nodiscard]] std::optional<qint64>
     findFolderIdByAliasId(qint64 aliasId, const std::optional<QString>& relativePath);
     /// The name is matched exactly. The two places, if given, are filled on a hit only.
-    [[nodiscard]] qint64 findImageFileIdByFolderId(
+    [[nodiscard]] std::optional<qint64> findImageFileIdByFolderId(
         qint64 folderId, const QString& fileName, qint64* outFileSize, double* outModificationDate);
-    [[nodiscard]] qint64 findImageFileIdByFolderId(
+    [[nodiscard]] std::optional<qint64> findImageFileIdByFolderId(
         qint64 folderId, const QString& fileName, qint64 fileSize, double modificationDate);
     /// Without regard to case, as far as SQLite lower-cases the stored tag: ASCII letters.
-    [[nodiscard]] qint64 findTagIdByTag(const QString& tag);
+    [[nodiscard]] std::optional<qint64> findTagIdByTag(const QString& tag);
     [[nodiscard]] QString tagWithTagId(qint64 tagId);
     /// The joined ids of one file's tags; a null text for NULL.
     [[nodiscard]] QString tagWithFileId(qint64 fileId);
@@ -161,7 +162,8 @@ private:
     [[nodiscard]] qint64 idAfterInsert(bool inserted) const;
     bool updateColumn(QStringView table, QStringView column, const PBValue& value, qint64 id);
     bool removeRow(QStringView table, QStringView key, qint64 id);
-    [[nodiscard]] qint64 findId(const QString& sql, std::span<const PBValue> arguments);
+    [[nodiscard]] std::optional<qint64>
+    findId(const QString& sql, std::span<const PBValue> arguments);
     [[nodiscard]] PBArray
     dataOfRow(QStringView table, QStringView key, qint64 id, const QStringList& fields);
 

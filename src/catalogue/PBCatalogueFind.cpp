@@ -5,12 +5,23 @@
 
 #include <array>
 
-qint64 PBCatalogue::findId(const QString& sql, std::span<const PBValue> arguments) {
-    FMResultSet row = _db.executeQueryWithArgumentsInArray(sql, arguments);
-    return row.next() ? row.longLongIntForColumnIndex(0) : 0;
+namespace {
+
+/// What a find answers whose cursor came to no row.
+std::optional<qint64> missOrFailure(const FMResultSet& row) {
+    if (row.hadError()) return std::nullopt;
+    return 0;
 }
 
-qint64
+} // namespace
+
+std::optional<qint64> PBCatalogue::findId(const QString& sql, std::span<const PBValue> arguments) {
+    FMResultSet row = _db.executeQueryWithArgumentsInArray(sql, arguments);
+    if (!row.next()) return missOrFailure(row);
+    return row.longLongIntForColumnIndex(0);
+}
+
+std::optional<qint64>
 PBCatalogue::findFolderIdByAliasId(qint64 aliasId, const std::optional<QString>& relativePath) {
     if (!relativePath) {
         return findId(
@@ -22,19 +33,19 @@ PBCatalogue::findFolderIdByAliasId(qint64 aliasId, const std::optional<QString>&
         std::array{PBValue(aliasId), PBValue(*relativePath)});
 }
 
-qint64 PBCatalogue::findImageFileIdByFolderId(
+std::optional<qint64> PBCatalogue::findImageFileIdByFolderId(
     qint64 folderId, const QString& fileName, qint64* outFileSize, double* outModificationDate) {
     FMResultSet row = _db.executeQuery(
         QStringLiteral("select Id,FileSize,ModificationDate from ImageFile where FolderId = ? and "
                        "FileName = ?"),
         folderId, fileName);
-    if (!row.next()) return 0;
+    if (!row.next()) return missOrFailure(row);
     if (outFileSize) *outFileSize = row.longLongIntForColumnIndex(1);
     if (outModificationDate) *outModificationDate = row.doubleForColumnIndex(2);
     return row.longLongIntForColumnIndex(0);
 }
 
-qint64 PBCatalogue::findImageFileIdByFolderId(
+std::optional<qint64> PBCatalogue::findImageFileIdByFolderId(
     qint64 folderId, const QString& fileName, qint64 fileSize, double modificationDate) {
     return findId(
         QStringLiteral("select Id from ImageFile where FolderId = ? and FileName = ? and "
@@ -43,7 +54,7 @@ qint64 PBCatalogue::findImageFileIdByFolderId(
             PBValue(folderId), PBValue(fileName), PBValue(fileSize), PBValue(modificationDate)});
 }
 
-qint64 PBCatalogue::findTagIdByTag(const QString& tag) {
+std::optional<qint64> PBCatalogue::findTagIdByTag(const QString& tag) {
     return findId(
         QStringLiteral("select Id from Tags where LOWER(Tag) = ?"),
         std::array{PBValue(tag.toLower())});

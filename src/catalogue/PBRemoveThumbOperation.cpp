@@ -1,6 +1,6 @@
 #include "catalogue/PBRemoveThumbOperation.h"
 
-#include "FMDB/FMDatabase.h"
+#include "FMDB/FMTransaction.h"
 #include "catalogue/PBCatalogue.h"
 
 #include <utility>
@@ -9,11 +9,12 @@ PBRemoveThumbOperation::PBRemoveThumbOperation(std::vector<qint64> fileArray, FM
     : _fileArray(std::move(fileArray)), _db(db) {}
 
 void PBRemoveThumbOperation::main() {
-    if (!_db.beginTransaction()) return;
+    FMTransaction transaction(_db);
     PBCatalogue catalogue(_db);
     for (const qint64 fileId : _fileArray) {
         if (isCancelled()) break;
-        catalogue.removeThumbnailWithFileId(fileId);
+        if (!transaction.isOpen() || !catalogue.removeThumbnailWithFileId(fileId)) return;
     }
-    if (!_db.commit()) _db.rollback();
+    // What stays for want of a commit has no row in the catalogue, and nobody asks for it.
+    static_cast<void>(transaction.commit());
 }

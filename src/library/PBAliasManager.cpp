@@ -3,6 +3,7 @@
 #include "FMDB/FMDatabase.h"
 #include "core/Paths.h"
 #include "platform/files/PathNames.h"
+#include "platform/program/StandardError.h"
 #include "platform/work/MainThread.h"
 
 #include <algorithm>
@@ -18,6 +19,18 @@ bool PBAliasManager::startsWith(const QStringList& parts, const QStringList& sta
                    return part.compare(other, Qt::CaseInsensitive) == 0;
                });
 }
+
+namespace {
+
+void tellUnreadRoots(FMDatabase& db) {
+    const QString reason = db.lastErrorMessage();
+    // A file that can't be used at all was told of when it was opened.
+    if (!PBCatalogue(db).isTableExist(QStringLiteral("FolderAlias"))) return;
+    platform::complain(QStringLiteral("the folders in %1 can't all be read (%2); none is removed")
+                           .arg(db.databasePath(), reason));
+}
+
+} // namespace
 
 PBAliasManager::PBAliasManager(Environment environment) : _environment(std::move(environment)) {}
 
@@ -53,6 +66,8 @@ void PBAliasManager::loadAlias() {
             rows.unsignedLongLongIntForColumn(QStringLiteral("State")),
             rows.unsignedLongLongIntForColumn(QStringLiteral("Type"))));
     }
+    _couldReadAll = !rows.hadError();
+    if (!_couldReadAll) tellUnreadRoots(_environment.mainFileDb);
     setAliasArray(std::move(roots));
     resolveAllAliasWithMount({.updateReserve = true});
 }
@@ -93,8 +108,7 @@ PBAliasArray PBAliasManager::volumDidUnmount(const QString&) {
 bool PBAliasManager::removeIfMissing(const PBAliasObject& aliasObject) {
     if (aliasObject.isMounted() || aliasObject.type() != PBAliasObject::Local) return false;
     if (!aliasObject.isMissing()) return false;
-    removeAlias(aliasObject.aliasId(), _environment.mainFileDb);
-    return true;
+    return removeAlias(aliasObject.aliasId(), _environment.mainFileDb);
 }
 
 void PBAliasManager::storeIfRemoved(PBAliasArray& aliasArray, bool removed) {

@@ -96,24 +96,28 @@ public:
     /// Sets or clears the state in the catalogue and, if that succeeded, in the object.
     bool updateState(PBAliasObject& aliasObject, std::uint64_t state);
     /// Moves to a new root, before it is added, the folder rows that other roots have for folders
-    /// in it: what is catalogued stays so.
-    void updateFolderByAliasObject(const PBAliasObject& aliasObject);
-    /// Removes mounted zombies that lie in no other mounted root. Answers whether there were any.
+    /// in it: what is catalogued stays so. False when that could not be stored, and nothing moved.
+    [[nodiscard]] bool updateFolderByAliasObject(const PBAliasObject& aliasObject);
+    /// Removes mounted zombies that lie in no other mounted root. Those that the catalogue doesn't
+    /// let go of stay. Answers whether any went.
     bool removeZombieAlias();
     bool removeZombieAlias(PBAliasArray& aliasArray);
-    /// Removes a root and all rows that belong to it, and has its thumbnails removed.
-    void removeAlias(qint64 aliasId, FMDatabase& db);
+    /// Removes a root and all rows that belong to it, and has its thumbnails removed; false when
+    /// that could not be stored, and all stays. Where the roots could not all be read, none goes:
+    /// another may lie in it.
+    [[nodiscard]] bool removeAlias(qint64 aliasId, FMDatabase& db);
 
 private:
     void setAliasArray(PBAliasArray aliasArray);
     /// Removes zombies that are free to go, and stores the array if anything was removed.
     void storeIfRemoved(PBAliasArray& aliasArray, bool removed);
     bool removeIfMissing(const PBAliasObject& aliasObject);
-    void takeOverRows(const PBAliasObject& from, const PBAliasObject& to);
+    [[nodiscard]] bool takeOverRows(const PBAliasObject& from, const PBAliasObject& to);
     /// Whether the components of a path begin with those of another, without regard to case.
     [[nodiscard]] static bool startsWith(const QStringList& parts, const QStringList& start);
 
     const Environment _environment;
+    bool _couldReadAll = true;
     mutable platform::Mutex _mutex;
     PBAliasArraySnapshot _aliasArray VELMORA_GUARDED_BY(_mutex);
 };

@@ -2,6 +2,7 @@
 #include "library/PBAliasManager.h"
 
 #include "FMDB/FMDatabase.h"
+#include "FMDB/FMTransaction.h"
 #include "core/Paths.h"
 #include "platform/work/MainThread.h"
 
@@ -12,11 +13,13 @@ using PBUtilities::pathWithComponents;
 
 namespace {
 
-std::vector<qint64> ids(FMDatabase& db, const QString& sql, qint64 aliasId) {
+/// Nothing where they can't all be read.
+std::optional<std::vector<qint64>> ids(FMDatabase& db, const QString& sql, qint64 aliasId) {
     std::vector<qint64> found;
     FMResultSet rows = db.executeQuery(sql, aliasId);
     while (rows.next())
         found.push_back(rows.longLongIntForColumnIndex(0));
+    if (rows.hadError()) return std::nullopt;
     return found;
 }
 
@@ -46,51 +49,66 @@ bool PBAliasManager::removeZombieAlias(PBAliasArray& aliasArray) {
         });
     };
     bool removedAny = false;
+    std::vector<std::shared_ptr<PBAliasObject>> kept;
     // One that goes may have been all that another one lay in.
     while (true) {
         const auto zombie =
             std::ranges::find_if(aliasArray, [&](const std::shared_ptr<PBAliasObject>& root) {
-                return root->isZombie() && root->isMounted() && !isNeeded(*root);
+                return root->isZombie() && root->isMounted() && !isNeeded(*root) &&
+                       std::ranges::find(kept, root) == kept.end();
             });
         if (zombie == aliasArray.end()) return removedAny;
-        removeAlias((*zombie)->aliasId(), _environment.mainFileDb);
-        aliasArray.erase(zombie);
-        removedAny = true;
-    }
-}
-
-void PBAliasManager::removeAlias(qint64 aliasId, FMDatabase& db) {
-    platform::assertMainThread();
-    const std::vector<qint64> fileIds =
-        ids(db,
-            QStringLiteral("select a.Id from ImageFile as a,Folder as b where b.AliasId = ? and "
-                           "a.FolderId = b.Id"),
-            aliasId);
-    const std::vector<qint64> folderIds =
-        ids(db, QStringLiteral("select Id from Folder where AliasId = ?"), aliasId);
-    if (!fileIds.empty() && _environment.removeThumbnails) _environment.removeThumbnails(fileIds);
-
-    if (!db.beginTransaction()) return;
-    PBCatalogue catalogue(db);
-    for (const qint64 fileId : fileIds)
-        catalogue.removeImageFileAndMetadataWithFileId(fileId);
-    for (const qint64 folderId : folderIds)
-        catalogue.removeFolderWithFolderId(folderId);
-    catalogue.removeFolderAliasWithAliasId(aliasId);
-    if (!db.commit()) db.rollback();
-}
-
-void PBAliasManager::updateFolderByAliasObject(const PBAliasObject& aliasObject) {
-    platform::assertMainThread();
-    if (!aliasObject.isMounted()) return;
-    for (const auto& root : aliasArray()) {
-        if (root->isMounted() && PBUtilities::isParentOfPath(root->path(), aliasObject.path())) {
-            takeOverRows(*root, aliasObject);
+        if (removeAlias((*zombie)->aliasId(), _environment.mainFileDb)) {
+            aliasArray.erase(zombie);
+            removedAny = true;
+        } else {
+            kept.push_back(*zombie);
         }
     }
 }
 
-void PBAliasManager::takeOverRows(const PBAliasObject& from, const PBAliasObject& to) {
+bool PBAliasManager::removeAlias(qint64 aliasId, FMDatabase& db) {
+    platform::assertMainThread();
+    if (!_couldReadAll) return false;
+    FMTransaction transaction(db);
+    if (!transaction.isOpen()) return false;
+    const auto fileIds =
+        ids(db,
+            QStringLiteral("select a.Id from ImageFile as a,Folder as b where b.AliasId = ? and "
+                           "a.FolderId = b.Id"),
+            aliasId);
+    const auto folderIds =
+        ids(db, QStringLiteral("select Id from Folder where AliasId = ?"), aliasId);
+    if (!fileIds || !folderIds) return false;
+    PBCatalogue catalogue(db);
+    const bool removed =
+        std::ranges::all_of(
+            *fileIds,
+            [&](qint64 fileId) {
+                return catalogue.removeImageFileAndMetadataWithFileId(fileId);
+            }) &&
+        std::ranges::all_of(
+            *folderIds,
+            [&](qint64 folderId) { return catalogue.removeFolderWithFolderId(folderId); }) &&
+        catalogue.removeFolderAliasWithAliasId(aliasId);
+    if (!removed || !transaction.commit()) return false;
+    if (!fileIds->empty() && _environment.removeThumbnails) _environment.removeThumbnails(*fileIds);
+    return true;
+}
+
+bool PBAliasManager::updateFolderByAliasObject(const PBAliasObject& aliasObject) {
+    platform::assertMainThread();
+    if (!aliasObject.isMounted()) return true;
+    FMTransaction transaction(_environment.mainFileDb);
+    for (const auto& root : aliasArray()) {
+        if (!root->isMounted() || !PBUtilities::isParentOfPath(root->path(), aliasObject.path()))
+            continue;
+        if (!transaction.isOpen() || !takeOverRows(*root, aliasObject)) return false;
+    }
+    return transaction.commit();
+}
+
+bool PBAliasManager::takeOverRows(const PBAliasObject& from, const PBAliasObject& to) {
     const QStringList way = pathComponents(to.path()).mid(pathComponents(from.path()).size());
     PBCatalogue catalogue(_environment.mainFileDb);
     std::vector<std::pair<qint64, QString>> rows;
@@ -98,13 +116,12 @@ void PBAliasManager::takeOverRows(const PBAliasObject& from, const PBAliasObject
         QStringLiteral("select Id,RelativePath from Folder where AliasId = ?"), from.aliasId());
     while (cursor.next())
         rows.emplace_back(cursor.longLongIntForColumnIndex(0), cursor.stringForColumnIndex(1));
-    // One change for all rows; where that can't be had, row by row is as good.
-    const bool isTransaction = _environment.mainFileDb.beginTransaction();
-    for (const auto& [folderId, relativePath] : rows) {
+    if (cursor.hadError()) return false;
+    return std::ranges::all_of(rows, [&](const auto& row) {
+        const auto& [folderId, relativePath] = row;
         const QStringList parts = pathComponents(relativePath);
-        if (!startsWith(parts, way)) continue;
-        catalogue.updateFolderWithId(
-            folderId, to.aliasId(), pathWithComponents(parts.mid(way.size())));
-    }
-    if (isTransaction && !_environment.mainFileDb.commit()) _environment.mainFileDb.rollback();
+        return !startsWith(parts, way) ||
+               catalogue.updateFolderWithId(
+                   folderId, to.aliasId(), pathWithComponents(parts.mid(way.size())));
+    });
 }

@@ -67,6 +67,7 @@ PBUpdateFileItemOperation::makeRecords(bool withRows) const {
                     record.row.colorModel = row.objectForColumnIndex(2);
                     record.row.tag = row.objectForColumnIndex(3);
                 }
+                // Without a row, or where it can't be read, the image goes to those without values.
                 row.close();
             }
             records.push_back(std::move(record));

@@ -40,7 +40,11 @@ std::vector<group::ImageFileRow> CatalogueFolderScan::fetchRows(
         auto& list = !isTaken || isTaken(row.fileName) ? taken : *deferred;
         list.push_back(std::move(row));
     }
-    cursor.close();
+    if (cursor.hadError()) {
+        tellUnreadCatalogue(*_dictionary);
+        // Rows that were not read still need it.
+        std::erase(_removeFolderIds, folderId);
+    }
     return taken;
 }
 

@@ -20,7 +20,8 @@ public:
     /// Notes a folder that is gone for removal.
     [[nodiscard]] platform::Presence checkFolder(qint64 folderId, const QString& folderPath);
     /// The rows of a folder that the filter lets through, in the order of the sort type. Those for
-    /// which `isTaken` answers false go to `deferred`. Stops on cancellation.
+    /// which `isTaken` answers false go to `deferred`. Stops on cancellation. Where the catalogue
+    /// can't be read to the end, those before are answered, and the folder's own row stays.
     [[nodiscard]] std::vector<group::ImageFileRow> fetchRows(
         qint64 folderId, const std::function<bool(const QString& fileName)>& isTaken = {},
         std::vector<group::ImageFileRow>* deferred = nullptr);

@@ -1,11 +1,22 @@
 #include "scan/FilePropertyBatch.h"
 
 #include "FMDB/FMDatabase.h"
+#include "FMDB/FMTransaction.h"
 #include "catalogue/PBCatalogue.h"
 #include "platform/program/StandardError.h"
 #include "scan/ScanServices.h"
 
+#include <sqlite3.h>
+
+#include <algorithm>
+
 namespace {
+
+/// Whether a statement failed for the values of its own row: those of others may be taken.
+bool isRefusalOfValues(int errorCode) {
+    const int primary = errorCode & 0xff;
+    return primary == SQLITE_CONSTRAINT || primary == SQLITE_MISMATCH || primary == SQLITE_TOOBIG;
+}
 
 std::vector<group::ImageFileRow> rowsOf(const std::vector<FileProperty>& properties) {
     std::vector<group::ImageFileRow> rows;
@@ -49,57 +60,68 @@ bool FilePropertyBatch::flush(const std::function<void()>& drain) {
 
 void FilePropertyBatch::insertRows() {
     auto& properties = *_dictionary->ImageFilePropertyArray;
-    FMDatabase& db = *_dictionary->Database;
-    if (!db.beginTransaction()) {
-        tellFailure();
+    FMTransaction transaction(*_dictionary->Database);
+    if (!transaction.isOpen() || !insertAll() || !transaction.commit()) {
+        tellFailure(transaction.errorMessage());
+        properties.clear();
         return;
     }
-    std::erase_if(
-        properties, [this](const FileProperty& property) { return isKnownByNow(property); });
-    quint64 inserted = 0;
-    for (FileProperty& property : properties) {
-        if (_operation.isCancelled()) break;
-        insertRow(property);
-        if (property.fileId > 0) {
-            ++inserted;
-        } else {
-            tellFailure();
-        }
-    }
-    if (db.commit()) {
-        _dictionary->services->figures.rowsInserted += inserted;
-        return;
-    }
-    tellFailure();
-    db.rollback();
-    properties.clear();
+    std::erase_if(properties, [](const FileProperty& property) { return property.fileId <= 0; });
+    _dictionary->services->figures.rowsInserted += properties.size();
 }
 
-bool FilePropertyBatch::isKnownByNow(const FileProperty& property) const {
+bool FilePropertyBatch::insertAll() {
+    return std::ranges::all_of(
+        *_dictionary->ImageFilePropertyArray, [this](FileProperty& property) {
+            return _operation.isCancelled() || insert(property) != Insertion::Failed;
+        });
+}
+
+std::optional<bool> FilePropertyBatch::isKnownByNow(const FileProperty& property) const {
     if (property.unknownAt == _dictionary->attachedCount()) return false;
     const auto column = [&](const QString& name) { return property.baseProperty.at(name); };
-    return PBCatalogue(*_dictionary->Database)
-               .findImageFileIdByFolderId(
-                   column(QStringLiteral("FolderId")).toInteger(),
-                   column(QStringLiteral("FileName")).toText(), nullptr, nullptr) > 0;
+    const auto known = PBCatalogue(*_dictionary->Database)
+                           .findImageFileIdByFolderId(
+                               column(QStringLiteral("FolderId")).toInteger(),
+                               column(QStringLiteral("FileName")).toText(), nullptr, nullptr);
+    if (!known) return std::nullopt;
+    return *known > 0;
 }
 
-void FilePropertyBatch::insertRow(FileProperty& property) {
-    PBCatalogue catalogue(*_dictionary->Database);
+FilePropertyBatch::Insertion FilePropertyBatch::insert(FileProperty& property) {
+    const auto isKnown = isKnownByNow(property);
+    if (!isKnown) return Insertion::Failed;
+    if (*isKnown) return Insertion::LeftOut;
+    if (insertRow(property)) return Insertion::Stored;
+    FMDatabase& db = *_dictionary->Database;
+    if (!isRefusalOfValues(db.lastErrorCode())) return Insertion::Failed;
+    // A file whose values are not taken must not keep all others out for good.
+    tellFailure(db.lastErrorMessage());
+    const qint64 id = std::exchange(property.fileId, 0);
+    const bool isOut = id <= 0 || PBCatalogue(db).removeImageFileAndMetadataWithFileId(id);
+    return isOut ? Insertion::LeftOut : Insertion::Failed;
+}
+
+bool FilePropertyBatch::insertRow(FileProperty& property) {
+    FMDatabase& db = *_dictionary->Database;
+    PBCatalogue catalogue(db);
     const qint64 id = catalogue.insertImageFileWithDictionary(property.baseProperty);
-    if (id <= 0) return;
-    if (property.exifProperty) catalogue.insertExifWithImageFileId(id, *property.exifProperty);
-    if (property.exifAuxProperty)
-        catalogue.insertExifAuxWithImageFileId(id, *property.exifAuxProperty);
-    if (property.tiffProperty) catalogue.insertTiffWithImageFileId(id, *property.tiffProperty);
-    if (property.iptcProperty) catalogue.insertIPTCWithImageFileId(id, *property.iptcProperty);
-    if (property.gpsProperty) catalogue.insertGPSWithImageFileId(id, *property.gpsProperty);
     property.fileId = id;
+    if (id <= 0) return false;
+    using Insert = bool (PBCatalogue::*)(qint64 fileId, const PBDictionary& properties);
+    const auto takes = [&](const std::optional<PBDictionary>& columns, Insert insertColumns) {
+        if (!columns || (catalogue.*insertColumns)(id, *columns)) return true;
+        // The table is missing, or another version made it: the picture does without.
+        return (db.lastErrorCode() & 0xff) == SQLITE_ERROR;
+    };
+    return takes(property.exifProperty, &PBCatalogue::insertExifWithImageFileId) &&
+           takes(property.exifAuxProperty, &PBCatalogue::insertExifAuxWithImageFileId) &&
+           takes(property.tiffProperty, &PBCatalogue::insertTiffWithImageFileId) &&
+           takes(property.iptcProperty, &PBCatalogue::insertIPTCWithImageFileId) &&
+           takes(property.gpsProperty, &PBCatalogue::insertGPSWithImageFileId);
 }
 
-void FilePropertyBatch::tellFailure() const {
-    // Read at once: the next statement writes over it.
-    const QString reason = _dictionary->Database->lastErrorMessage();
+void FilePropertyBatch::tellFailure(const QString& reason) const {
     if (_dictionary->services->figures.toldFailure.exchange(true)) return;
     platform::complain(
         QStringLiteral("new pictures can't be stored in %1 (%2); all that is stored already stays")

@@ -21,7 +21,7 @@ struct FileProperty {
     std::optional<PBDictionary> gpsProperty;
     /// Handed on to the thumbnail's operation.
     std::unique_ptr<PBImageImporterProtocol> imageImporter;
-    /// 0 until the row is there, and when it could not be made.
+    /// 0 until the row is there.
     qint64 fileId = 0;
     /// The dictionary's `attachedCount` when the catalogue did not know the file.
     std::uint64_t unknownAt = 0;
@@ -39,17 +39,29 @@ public:
 
     /// Stores all in one transaction, puts them into the work tree, queues their thumbnails,
     /// publishes, and empties the batch. `drain` runs attached operations: before each file, and
-    /// before the publication. What can't be stored is shown all the same. Answers whether it
-    /// published.
+    /// before the publication. A batch that can't be stored is not shown either: it waits for
+    /// another scan. Answers whether it published.
     bool flush(const std::function<void()>& drain);
     /// Tells the user, once, that the catalogue does not take what is new.
-    void tellFailure() const;
+    void tellFailure(const QString& reason) const;
 
 private:
+    enum class Insertion {
+        Stored,
+        LeftOut, // known by now, or not taken; the others are none the worse
+        Failed,  // the batch can't be stored
+    };
+
+    /// Leaves in the array what is stored.
     void insertRows();
-    /// An attached operation found the same file meanwhile, and stored and showed it.
-    [[nodiscard]] bool isKnownByNow(const FileProperty& property) const;
-    void insertRow(FileProperty& property);
+    /// False when the batch can't be stored. A cancellation ends it between two files.
+    [[nodiscard]] bool insertAll();
+    /// An attached operation found the same file meanwhile, and stored and showed it. Nothing when
+    /// the catalogue can't tell.
+    [[nodiscard]] std::optional<bool> isKnownByNow(const FileProperty& property) const;
+    [[nodiscard]] Insertion insert(FileProperty& property);
+    /// Answers whether all rows of the file are there.
+    [[nodiscard]] bool insertRow(FileProperty& property);
     [[nodiscard]] bool show(
         const group::ImageFileRow& row, FileProperty& property, group::GroupingStep& step,
         ThumbnailsToBuild& thumbnails);

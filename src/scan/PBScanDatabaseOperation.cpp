@@ -19,15 +19,16 @@ struct FolderRow {
 };
 
 /// Read whole, so that no cursor stays open while others run.
-std::vector<FolderRow> foldersOfAlias(FMDatabase& db, qint64 aliasId) {
+std::vector<FolderRow> foldersOfAlias(const PBScanDictionary& dictionary, qint64 aliasId) {
     std::vector<FolderRow> rows;
-    FMResultSet cursor = db.executeQuery(
+    FMResultSet cursor = dictionary.Database->executeQuery(
         QStringLiteral("select Id,RelativePath from Folder where AliasId = ?"), aliasId);
     while (cursor.next()) {
         FolderRow row{cursor.longLongIntForColumnIndex(0), std::nullopt};
         if (!cursor.columnIndexIsNull(1)) row.relativePath = cursor.stringForColumnIndex(1);
         rows.push_back(std::move(row));
     }
+    if (cursor.hadError()) tellUnreadCatalogue(dictionary);
     return rows;
 }
 
@@ -74,17 +75,18 @@ void PBScanDatabaseOperation::visitFolders(CatalogueFolderScan& scan) {
 
 void PBScanDatabaseOperation::visitSelectedFolder(CatalogueFolderScan& scan) {
     const PBAliasObject& root = *_dictionary->AliasObject;
-    const qint64 folderId = PBCatalogue(*_dictionary->Database)
-                                .findFolderIdByAliasId(root.aliasId(), _dictionary->RelativePath);
+    const auto folderId = PBCatalogue(*_dictionary->Database)
+                              .findFolderIdByAliasId(root.aliasId(), _dictionary->RelativePath);
+    if (!folderId) tellUnreadCatalogue(*_dictionary);
     const QString path =
         PBAliasManager::pathWithAliasObject(root, _dictionary->RelativePath.value_or(QString()));
-    if (folderId > 0 && !path.isEmpty()) visit(scan, folderId, path);
+    if (folderId > 0 && !path.isEmpty()) visit(scan, *folderId, path);
 }
 
 void PBScanDatabaseOperation::visitFoldersOfRoot(
     CatalogueFolderScan& scan, const PBAliasObject& root, bool isSelected) {
     const auto& selected = _dictionary->RelativePath;
-    for (const FolderRow& row : foldersOfAlias(*_dictionary->Database, root.aliasId())) {
+    for (const FolderRow& row : foldersOfAlias(*_dictionary, root.aliasId())) {
         if (isCancelled()) return;
         const bool isWanted =
             !isSelected || !selected ||

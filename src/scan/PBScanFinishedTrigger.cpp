@@ -24,7 +24,11 @@ void PBScanFinishedTrigger::decreaseStatusCountWithOperation(platform::Operation
 }
 
 void PBScanFinishedTrigger::fireTrigger() {
-    if (_manager) _manager->scanFinished(_scanFinishedObject);
+    if (_isIncomplete) {
+        if (_parent) _parent->setIncomplete();
+    } else if (_manager) {
+        _manager->scanFinished(_scanFinishedObject);
+    }
 }
 
 void PBScanFinishedTrigger::fireAllFinishedWithOperation(platform::Operation& operation) {

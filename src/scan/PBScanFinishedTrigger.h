@@ -22,6 +22,10 @@ public:
     }
     void setManager(PBScanFinishedManager& manager) { _manager = &manager; }
 
+    /// The folder could not be looked at as a whole: neither it nor those above it count as
+    /// finished. The scan ends all the same.
+    void setIncomplete() { _isIncomplete = true; }
+
     void increaseStatusCount() { ++_statusCount; }
     void decreaseStatusCountWithOperation(platform::Operation& operation);
 
@@ -35,4 +39,5 @@ private:
     PBScanFinishedManager* _manager = nullptr;
     PBScanDictionaryRef _scanDictionary;
     std::uint64_t _statusCount = 0;
+    bool _isIncomplete = false;
 };

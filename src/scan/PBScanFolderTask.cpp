@@ -27,6 +27,9 @@ struct PBScanFolderTask::Run {
     /// catalogue for each file would cost more than all else.
     QSet<QString> knownNames = {};
     std::optional<std::uint64_t> knownAt = std::nullopt;
+    /// The catalogue could not say what it has of the folder: a file that is taken for new might be
+    /// stored a second time.
+    bool isUnread = false;
     std::vector<std::unique_ptr<PBScanFolderTask>> subTasks = {};
 };
 
@@ -95,7 +98,8 @@ bool PBScanFolderTask::isScannedForOpenFiles(const QString& folderPath) const {
     if (_dictionary->IsOpenFilesScanFolder || !_dictionary->OpenFiles) return false;
     const qint64 folderId =
         PBCatalogue(*_dictionary->Database)
-            .findFolderIdByAliasId(_dictionary->AliasObject->aliasId(), _dictionary->RelativePath);
+            .findFolderIdByAliasId(_dictionary->AliasObject->aliasId(), _dictionary->RelativePath)
+            .value_or(0);
     const auto match = _dictionary->OpenFiles->matchFolder(folderId, folderPath);
     return match.kind != PBOpenFiles::FolderMatch::Outside && match.fileArray.empty();
 }
@@ -117,8 +121,7 @@ void PBScanFolderTask::walkFolder(Run& run) const {
         if (waiting.size() > inHand) takeFirst();
         return true;
     };
-    [[maybe_unused]] const std::error_code unreadable =
-        platform::FileManager::enumerate(run.folderPath, visit);
+    if (platform::FileManager::enumerate(run.folderPath, visit)) run.trigger->setIncomplete();
     while (!waiting.empty() && !operation.isCancelled())
         takeFirst();
     for (auto& task : run.subTasks) {
@@ -189,7 +192,7 @@ PBScanFolderTask::importerOf(const Run& run, const QString& name) const {
 bool PBScanFolderTask::isLeftAlone(Run& run, const QString& name) const {
     findFolderRow(run);
     const auto& isBeingWritten = _dictionary->services->isBeingWritten;
-    return isKnown(run, name) ||
+    return isKnown(run, name) || run.isUnread ||
            (isBeingWritten && isBeingWritten(platform::pathInFolder(run.folderPath, name)));
 }
 
@@ -218,6 +221,7 @@ bool PBScanFolderTask::isKnown(Run& run, const QString& name) const {
             QStringLiteral("select FileName from ImageFile where FolderId = ?"), run.folderId);
         while (row.next())
             run.knownNames.insert(row.stringForColumnIndex(0));
+        if (row.hadError()) setUnread(run);
     }
     return run.knownNames.contains(name);
 }
@@ -227,21 +231,33 @@ void PBScanFolderTask::findFolderRow(Run& run) const {
     const std::uint64_t attached = _dictionary->attachedCount();
     if (run.folderId > 0 || run.noFolderAt == attached) return;
     run.noFolderAt = attached;
-    run.folderId =
+    const auto found =
         PBCatalogue(*_dictionary->Database)
             .findFolderIdByAliasId(_dictionary->AliasObject->aliasId(), _dictionary->RelativePath);
+    if (!found) setUnread(run);
+    run.folderId = found.value_or(0);
+}
+
+void PBScanFolderTask::setUnread(Run& run) const {
+    tellUnreadCatalogue(*_dictionary);
+    run.isUnread = true;
+    run.trigger->setIncomplete();
 }
 
 bool PBScanFolderTask::makeFolderRow(Run& run) const {
     findFolderRow(run);
     if (run.folderId > 0) return true;
+    if (run.isUnread) return false;
     const platform::Lock lock(_dictionary->services->insertFolderAliasLock);
     if (run.operation.isCancelled()) return false;
     run.folderId =
         PBCatalogue(*_dictionary->Database)
             .insertFolderWithAliasId(
                 _dictionary->AliasObject->aliasId(), _dictionary->RelativePath.value_or(QString()));
-    if (run.folderId <= 0) FilePropertyBatch(_dictionary, run.operation).tellFailure();
+    if (run.folderId <= 0) {
+        FilePropertyBatch(_dictionary, run.operation)
+            .tellFailure(_dictionary->Database->lastErrorMessage());
+    }
     return run.folderId > 0;
 }
 

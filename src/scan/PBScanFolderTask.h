@@ -49,6 +49,8 @@ private:
     [[nodiscard]] bool isLeftAlone(Run& run, const QString& name) const;
     [[nodiscard]] bool isKnown(Run& run, const QString& name) const;
     void findFolderRow(Run& run) const;
+    /// Leaves the files of the folder alone for this run.
+    void setUnread(Run& run) const;
     /// The folder's row is made for its first image; false if it can't be.
     [[nodiscard]] bool makeFolderRow(Run& run) const;
     void flushIfDue(Run& run, bool isLast) const;

@@ -23,6 +23,8 @@ struct ScanFigures {
     std::atomic<double> lastShown{-1};
     /// To the user, that the catalogue can't be written to.
     std::atomic<bool> toldFailure{false};
+    /// And that it can't be read.
+    std::atomic<bool> toldUnreadCatalogue{false};
 
     /// Main thread, before the scan's operation is queued.
     void scanBegins() {

@@ -1,9 +1,11 @@
 #include "scan/ScanSteps.h"
 
 #include "FMDB/FMDatabase.h"
+#include "FMDB/FMTransaction.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveThumbOperation.h"
 #include "image/PBBuildThumbOperation.h"
+#include "platform/program/StandardError.h"
 #include "platform/work/OperationQueue.h"
 #include "scan/ScanServices.h"
 
@@ -42,30 +44,51 @@ void ThumbnailsToBuild::queueAll() {
     _operations.clear();
 }
 
+namespace {
+
+/// Removes rows until a cancellation; answers how many, or nothing when none could be. Folders come
+/// last: what a cancellation leaves undone has its folder still.
+std::optional<std::size_t> removeRows(
+    FMDatabase& db, const std::vector<qint64>& folderIds, const std::vector<qint64>& fileIds,
+    const platform::Operation& operation) {
+    FMTransaction transaction(db);
+    if (!transaction.isOpen()) return std::nullopt;
+    PBCatalogue catalogue(db);
+    std::size_t removed = 0;
+    for (const qint64 fileId : fileIds) {
+        if (operation.isCancelled()) break;
+        if (!catalogue.removeImageFileAndMetadataWithFileId(fileId)) return std::nullopt;
+        ++removed;
+    }
+    for (const qint64 folderId : folderIds) {
+        if (operation.isCancelled()) break;
+        if (!catalogue.removeFolderWithFolderId(folderId)) return std::nullopt;
+    }
+    if (!transaction.commit()) return std::nullopt;
+    return removed;
+}
+
+} // namespace
+
 void removeFromCatalogue(
     const PBScanDictionary& dictionary, const std::vector<qint64>& folderIds,
     const std::vector<qint64>& fileIds, const platform::Operation& operation) {
     if (folderIds.empty() && fileIds.empty()) return;
-    FMDatabase& db = *dictionary.Database;
-    if (db.beginTransaction()) {
-        PBCatalogue catalogue(db);
-        quint64 removed = 0;
-        // Folders last: what a cancellation leaves undone has its folder still.
-        for (const qint64 fileId : fileIds) {
-            if (operation.isCancelled()) break;
-            if (catalogue.removeImageFileAndMetadataWithFileId(fileId)) ++removed;
-        }
-        for (const qint64 folderId : folderIds) {
-            if (operation.isCancelled()) break;
-            catalogue.removeFolderWithFolderId(folderId);
-        }
-        if (db.commit()) {
-            dictionary.services->figures.rowsRemoved += removed;
-        } else {
-            db.rollback();
-        }
-    }
+    const auto removed = removeRows(*dictionary.Database, folderIds, fileIds, operation);
+    // Rows that stay are found again by the next scan, and keep their thumbnails until then.
+    if (!removed) return;
+    dictionary.services->figures.rowsRemoved += *removed;
     if (fileIds.empty() || operation.isCancelled()) return;
-    dictionary.BuilidThumbOperationQueue->addOperation(std::make_shared<PBRemoveThumbOperation>(
-        std::vector<qint64>(fileIds.begin(), fileIds.end()), *dictionary.BuilidThumbDatabase));
+    dictionary.BuilidThumbOperationQueue->addOperation(
+        std::make_shared<PBRemoveThumbOperation>(fileIds, *dictionary.BuilidThumbDatabase));
+}
+
+void tellUnreadCatalogue(const PBScanDictionary& dictionary) {
+    // Read at once: the next statement writes over it.
+    const QString reason = dictionary.Database->lastErrorMessage();
+    if (dictionary.services->figures.toldUnreadCatalogue.exchange(true)) return;
+    platform::complain(
+        QStringLiteral("%1 can't be read in parts (%2); photographs may be missing from what is "
+                       "shown, and nothing is removed for that")
+            .arg(dictionary.Database->databasePath(), reason));
 }

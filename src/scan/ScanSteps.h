@@ -29,8 +29,12 @@ private:
     std::vector<std::shared_ptr<platform::Operation>> _operations;
 };
 
-/// Removes folders and images with their metadata from the catalogue in one transaction, and queues
-/// the removal of their thumbnails. Nothing happens when there is nothing to remove.
+/// Removes folders and images with their metadata from the catalogue in one transaction, and, once
+/// that is stored, queues the removal of their thumbnails. Nothing happens when there is nothing to
+/// remove.
 void removeFromCatalogue(
     const PBScanDictionary& dictionary, const std::vector<qint64>& folderIds,
     const std::vector<qint64>& fileIds, const platform::Operation& operation);
+
+/// Tells the user, once, that a statement, the last one, could not read the catalogue to its end.
+void tellUnreadCatalogue(const PBScanDictionary& dictionary);

@@ -177,6 +177,31 @@ TEST_F(PBAliasManagerTest, zombiesGoWhenNoRootNeedsThem) {
     EXPECT_EQ(aliasRows(), QStringList{u"/Z"_s});
 }
 
+TEST_F(PBAliasManagerTest, aRootThatTheCatalogueDoesNotLetGoOfStaysWithAllThatIsItsOwn) {
+    const auto gone = addRoot(u"/gone"_s);
+    const auto zombie = addZombie(u"/zombie"_s);
+    for (const auto& root : {gone, zombie})
+        addImage(addFolder(*root, {}), u"a.jpg"_s);
+    answer(*gone, Outcome::Missing);
+    for (const char* when : {"delete on Exif", "delete on FolderAlias"}) {
+        // As on a full disk: SQLite ends the transaction by itself.
+        ASSERT_TRUE(db.executeUpdate(
+            u"create trigger T before %1 begin select raise(rollback, 'full'); end"_s.arg(
+                QLatin1StringView(when))));
+        manager.loadAlias();
+        EXPECT_EQ(manager.aliasArray().size(), 2U);
+        EXPECT_EQ(aliasRows(), support::words("/gone /zombie"));
+        EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"2"_s});
+        EXPECT_EQ(rows("select count(*) from ImageFile"), QStringList{u"2"_s});
+        EXPECT_TRUE(removedThumbnails.empty());
+        ASSERT_TRUE(db.executeUpdate(u"drop trigger T"_s));
+    }
+    manager.loadAlias();
+    EXPECT_EQ(aliasRows(), QStringList());
+    EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"0"_s});
+    EXPECT_FALSE(removedThumbnails.empty());
+}
+
 TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {
     const auto outer = addRoot(a);
     const auto beside = addRoot(u"/A/Bx"_s);
@@ -189,11 +214,17 @@ TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {
     const QStringList before = rows(sql);
     const QStringList moved = support::words("1|NULL 77|NULL 77|C 1|Bx 2|NULL 77|C/D");
     ASSERT_TRUE(db.beginTransaction());
-    manager.updateFolderByAliasObject(*inner);
+    EXPECT_TRUE(manager.updateFolderByAliasObject(*inner));
     EXPECT_EQ(rows(sql), moved) << "within the change that is under way";
     ASSERT_TRUE(db.rollback()) << "not committed by the part";
     EXPECT_EQ(rows(sql), before);
-    manager.updateFolderByAliasObject(*inner);
+    ASSERT_TRUE(db.executeUpdate(
+        u"create trigger T before update on Folder when new.RelativePath = 'C' begin select "
+        "raise(abort, 'no'); end"_s));
+    EXPECT_FALSE(manager.updateFolderByAliasObject(*inner));
+    EXPECT_EQ(rows(sql), before) << "all or none";
+    ASSERT_TRUE(db.executeUpdate(u"drop trigger T"_s));
+    EXPECT_TRUE(manager.updateFolderByAliasObject(*inner));
     EXPECT_TRUE(db.beginTransaction()) << "committed by itself";
     EXPECT_EQ(rows(sql), moved);
     EXPECT_EQ(rows("select Id from ImageFile"), QStringList{QString::number(image)});

@@ -179,25 +179,3 @@ TEST_F(ScanTest, FilesAreReadAheadSixteenAtATime) {
         EXPECT_EQ(file.properties.at(u"PixelWidth"_s), PBValue(number + 1)) << "not another's";
     }
 }
-
-TEST_F(ScanTest, AFullDiskLosesNothingThatIsStored) {
-    makePicture(u"old.jpg"_s);
-    scan();
-    const QString pages = support::rowsOf(scanFiles, u"pragma page_count"_s).constFirst();
-    support::rowsOf(scanFiles, u"pragma max_page_count = "_s + pages);
-    for (int i = 0; i < 150; ++i)
-        makePicture(u"%1-%2.jpg"_s.arg(QString(200, u'n')).arg(i), {2, 2});
-    testing::internal::CaptureStderr();
-    scan();
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_NE(said.find("files.db"), std::string::npos) << said;
-    EXPECT_EQ(std::ranges::count(said, '\n'), 1) << said;
-    EXPECT_EQ(images().count(u"old.jpg"_s), 1);
-    EXPECT_EQ(finished, 2);
-    expectConsistentCatalogue();
-    // With room again the next visit makes up for it.
-    support::rowsOf(scanFiles, u"pragma max_page_count = 100000"_s);
-    scan();
-    EXPECT_EQ(images().size(), 151);
-    EXPECT_EQ(count(thumbnails, "Thumbnail"), 151);
-}

@@ -15,6 +15,7 @@ struct NotedPrompts final : FolderPrompts {
     void alertFolderAliasIsAlreadyExist(const QString& name) override { told.append(u'=' + name); }
     void alertCantMount(const QString& name, const QString&) override { told.append(u'!' + name); }
     void alertCantAddFolder(const QString& path) override { told.append(u'-' + path); }
+    void alertCantRemoveFolder(const QString& name) override { told.append(u'#' + name); }
 
     QString choice;
     QStringList told;
@@ -214,6 +215,13 @@ TEST_F(SidebarCommandsTest, aRemovedRootEndsItsScanAndComesBackAsItWas) {
     EXPECT_EQ(prompts.told, QStringList{u'-' + path(u"new")});
     EXPECT_FALSE(tree.dataSource().folderAliasItemWithAliasObject(*inner));
     EXPECT_EQ(manager.aliasArray().size(), 3U);
+    // And nothing that it keeps goes from the sidebar.
+    select(*a);
+    const int scans = delegate.scans;
+    commands.removeFolderAlias();
+    EXPECT_EQ(prompts.told.last(), u"#A"_s);
+    EXPECT_EQ(selected(), path(u"A"));
+    EXPECT_EQ(delegate.scans, scans + 1) << "what was ended begins anew";
 }
 
 } // namespace

@@ -51,3 +51,9 @@ void FolderSheets::alertCantMount(const QString& displayName, const QString& rea
 void FolderSheets::alertCantAddFolder(const QString& path) {
     showWindowAlert(_window, localizedFormat(u"CantAddFolder", {path}));
 }
+
+void FolderSheets::alertCantRemoveFolder(const QString& displayName) {
+    showWindowAlert(
+        _window, localizedFormat(u"CantRemoveFolder", {displayName}),
+        localizedString(u"CantRemoveFolderDetails"));
+}

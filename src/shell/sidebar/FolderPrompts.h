@@ -19,6 +19,7 @@ public:
     virtual void alertFolderAliasIsAlreadyExist(const QString& displayName) = 0;
     virtual void alertCantMount(const QString& displayName, const QString& reason) = 0;
     virtual void alertCantAddFolder(const QString& path) = 0;
+    virtual void alertCantRemoveFolder(const QString& displayName) = 0;
 };
 
 /// As dialogs of the window that block this window only.
@@ -32,6 +33,7 @@ public:
     void alertFolderAliasIsAlreadyExist(const QString& displayName) override;
     void alertCantMount(const QString& displayName, const QString& reason) override;
     void alertCantAddFolder(const QString& path) override;
+    void alertCantRemoveFolder(const QString& displayName) override;
 
 private:
     QWidget& _window;

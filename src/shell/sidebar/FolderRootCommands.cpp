@@ -1,5 +1,6 @@
 #include "shell/sidebar/FolderRootCommands.h"
 
+#include "FMDB/FMTransaction.h"
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
 #include "core/Paths.h"
@@ -100,6 +101,12 @@ std::shared_ptr<PBAliasObject> FolderRootCommands::insertRoot(const QString& pat
     PBAliasManager& manager = _parts.aliasManager;
     const auto made = _parts.aliasResolver.newAlias(path);
     if (!made) return nullptr;
+    // The lock first: whoever holds it waits for the catalogue.
+    const platform::Lock lock(_parts.insertFolderAliasLock);
+    _parts.scanOperationQueue.cancelAllOperations();
+    // The root and what is catalogued of its folders are stored as one.
+    FMTransaction transaction(_parts.mainFileDb);
+    if (!transaction.isOpen()) return nullptr;
     const qint64 aliasId =
         PBCatalogue(_parts.mainFileDb)
             .insertFolderAliasWithData(made->data, static_cast<int>(made->type), path, 0);
@@ -107,11 +114,7 @@ std::shared_ptr<PBAliasObject> FolderRootCommands::insertRoot(const QString& pat
     const auto root =
         PBAliasObject::aliasObjectWithId(aliasId, made->data, {}, path, 0, made->type);
     manager.resolveAlias(*root, {});
-    {
-        const platform::Lock lock(_parts.insertFolderAliasLock);
-        _parts.scanOperationQueue.cancelAllOperations();
-        manager.updateFolderByAliasObject(*root);
-    }
+    if (!manager.updateFolderByAliasObject(*root) || !transaction.commit()) return nullptr;
     manager.addAliasObject(root);
     return root;
 }
@@ -128,11 +131,17 @@ void FolderRootCommands::removeFolderAlias() {
 void FolderRootCommands::doRemoveFolderAlias(const std::shared_ptr<PBFolderAliasItem>& item) {
     platform::assertMainThread();
     PBAliasManager& manager = _parts.aliasManager;
-    if (_parts.tree.selectedItem() == item) _parts.delegate.cancelScan();
+    const bool isSelected = _parts.tree.selectedItem() == item;
+    if (isSelected) _parts.delegate.cancelScan();
     PBAliasObject& root = *item->aliasObject();
-    if (manager.updateState(root, root.state() | PBAliasObject::zombieState)) {
-        manager.removeZombieAlias();
+    if (!manager.updateState(root, root.state() | PBAliasObject::zombieState)) {
+        // It would be back at the next start.
+        if (isSelected) _parts.delegate.scan();
+        _parts.prompts.alertCantRemoveFolder(root.displayName());
+        return;
     }
+    // Rows that can't be removed now are when roots are read again.
+    manager.removeZombieAlias();
     _parts.tree.removeFolderAlias(*item);
     _parts.delegate.updateWatchPathsInBackground();
     _parts.updateImageBrowserTipView();

@@ -1,0 +1,82 @@
+#include "app/ScanProgram.h"
+
+#include <sys/mount.h>
+
+namespace {
+
+/// A small file system of its own for one file of the profile.
+struct SmallDisk {
+    explicit SmallDisk(const QString& place) : _place(QFile::encodeName(place)) {
+        QDir().mkpath(place);
+        _isMounted = ::mount("tmpfs", _place.constData(), "tmpfs", 0, "size=2m") == 0;
+    }
+    ~SmallDisk() {
+        if (_isMounted) ::umount2(_place.constData(), MNT_DETACH);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    [[nodiscard]] bool isMounted() const { return _isMounted; }
+    /// All but so many bytes are taken.
+    void fill(int left) const {
+        QFile filler(QFile::decodeName(_place) + u"/filler"_s);
+        ASSERT_TRUE(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        while (filler.write(QByteArray(4096, 'f')) == 4096) {
+        }
+        ASSERT_TRUE(filler.resize(std::max<qint64>(filler.size() - left, 0)));
+    }
+    void free() const { QFile::remove(QFile::decodeName(_place) + u"/filler"_s); }
+
+private:
+    const QByteArray _place;
+    bool _isMounted = false;
+};
+
+} // namespace
+
+TEST_F(ScanProgramTest, OnAFullDiskEachDatabaseKeepsWhatItHasAndSaysSo) {
+    makePicture(u"good.jpg"_s, 120);
+    const QByteArray good = support::readFile(pictures + u"/good.jpg"_s);
+    visit({u"--add"_s, pictures});
+    for (const QString& file : {u"files.db"_s, u"thumbnail.db"_s}) {
+        SCOPED_TRACE(file.toStdString());
+        const QString place = temporary.filePath(u"disk-"_s + file);
+        const SmallDisk disk(place);
+        if (!disk.isMounted()) GTEST_SKIP() << "mounting a small disk takes root";
+        const QString stored = profile + u'/' + file;
+        ASSERT_TRUE(QFile::copy(stored, place + u'/' + file) && QFile::remove(stored));
+        ASSERT_TRUE(QFile::link(place + u'/' + file, stored));
+        const QStringList before = inCatalogue();
+        const auto known = static_cast<int>(before.size());
+        for (int i = 0; i < 120; ++i) {
+            const QString name = file.left(2) + QString::number(i) + QString(200, u'n');
+            support::writeFile(pictures + u'/' + name + u".jpg"_s, good);
+        }
+        disk.fill(file == u"files.db" ? 24 * 1024 : 40 * 1024);
+
+        // What can't be taken into the catalogue waits for a visit with room, and is not shown
+        // before; thumbnails are only shown.
+        const double shown = visit()[u"items"_s].toDouble(-1);
+        EXPECT_EQ(shown, static_cast<double>(inCatalogue().size()));
+        EXPECT_TRUE(file == u"files.db" ? shown < known + 120 : shown == known + 120) << shown;
+        EXPECT_EQ(
+            rows(u"select FileId from Thumbnail where FileId < 1"_s, "thumbnail.db"),
+            QStringList());
+        EXPECT_EQ(said.count('\n'), 1) << said.toStdString();
+        EXPECT_TRUE(said.contains(QFile::encodeName(file))) << said.toStdString();
+        const QStringList after = inCatalogue();
+        EXPECT_TRUE(
+            std::ranges::all_of(before, [&](const auto& name) { return after.contains(name); }));
+        expectConsistentCatalogue();
+
+        // With room again the next visit makes up for it, in silence.
+        disk.free();
+        visit();
+        EXPECT_EQ(said.toStdString(), "");
+        EXPECT_EQ(inCatalogue(), onDisk());
+        EXPECT_EQ(rows(u"select FileId from Thumbnail"_s, "thumbnail.db").size(), onDisk().size());
+        const QString back = temporary.filePath(file);
+        ASSERT_TRUE(QFile::copy(place + u'/' + file, back));
+        ASSERT_TRUE(QFile::remove(stored) && QFile::rename(back, stored));
+    }
+}

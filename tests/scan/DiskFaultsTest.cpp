@@ -1,0 +1,109 @@
+#include "scan/ScanSupport.h"
+#include "support/FaultyDisk.h"
+
+using support::words;
+
+namespace {
+
+struct Faults {
+    support::FaultyDisk disk{u"/files.db"_s};
+};
+
+/// Scans over a disk that fails under the catalogue. Every picture's metadata name the picture.
+struct DiskFaultsTest : Faults, ScanTest {
+    void makeMarked(const QStringList& names) {
+        for (const QString& name : names) {
+            makePicture(name, {2, 2});
+            importers.properties[name] = {
+                {u"{Exif}"_s, PBDictionary{{u"UserComment"_s, name}}},
+                {u"{TIFF}"_s, PBDictionary{{u"Make"_s, name}}}};
+        }
+    }
+    std::string faultyScan() {
+        testing::internal::CaptureStderr();
+        scan();
+        return testing::internal::GetCapturedStderr();
+    }
+    /// Nothing is stored in part, and no thumbnail is another's or nobody's.
+    void expectWhole(const QStringList& stored) {
+        EXPECT_EQ(images(), stored);
+        QStringList onDisk = stored;
+        onDisk.removeIf([this](const QString& name) { return !QFile::exists(path(name)); });
+        EXPECT_EQ(shown(), onDisk);
+        expectConsistentCatalogue();
+        const QString inPart =
+            u"select FileName from ImageFile left join Exif on Exif.FileId = Id left join Tiff on "
+            "Tiff.FileId = Id where UserComment is not FileName or Make is not FileName"_s;
+        EXPECT_EQ(rows(inPart), QStringList());
+        const QStringList ids = support::rowsOf(thumbnails, u"select FileId from Thumbnail"_s);
+        EXPECT_FALSE(ids.contains(u"0"_s));
+        for (const QString& id : rows(u"select Id from ImageFile"_s))
+            EXPECT_TRUE(ids.contains(id)) << id.toStdString();
+    }
+};
+
+TEST_F(DiskFaultsTest, WhateverCallFailsPicturesComeAndGoWhole) {
+    const QStringList sets[] = {words("a0.jpg a1.jpg a2.jpg"), words("b0.jpg b1.jpg b2.jpg")};
+    makeMarked(sets[0]);
+    scan();
+    ASSERT_TRUE(scanFiles.executeUpdate(u"pragma cache_size = 2"_s));
+    bool hasFailed = true;
+    for (int call = 1; hasFailed && !HasFailure(); ++call) {
+        SCOPED_TRACE(call);
+        const QStringList& old = sets[(call + 1) % 2];
+        const QStringList& added = sets[call % 2];
+        for (const QString& name : old)
+            QFile::remove(path(name));
+        makeMarked(added);
+        ASSERT_TRUE(scanFiles.executeUpdate(u"pragma shrink_memory"_s));
+        disk.failAt(call);
+        faultyScan();
+        hasFailed = disk.hasFailed();
+        disk.failAt(0);
+        EXPECT_TRUE(hasFailed || call > 50) << "too few calls to say anything";
+        QStringList stored = images();
+        const bool isOldKept = stored.contains(old[0]);
+        expectWhole(stored);
+        for (const QString& name : old)
+            EXPECT_EQ(stored.removeAll(name), isOldKept);
+        EXPECT_TRUE(stored.isEmpty() || stored == added) << stored.join(u' ').toStdString();
+        scan();
+        expectWhole(added);
+    }
+}
+
+TEST_F(DiskFaultsTest, WhatIsNotTakenComesLaterAndOnePictureKeepsNoOtherOut) {
+    const QStringList all = words("a.jpg b.jpg c.jpg");
+    makeMarked(all);
+    const QString pages = support::rowsOf(scanFiles, u"pragma page_count"_s).constFirst();
+    support::rowsOf(scanFiles, u"pragma max_page_count = "_s + pages);
+    importers.properties[u"c.jpg"_s][u"{IPTC}"_s] =
+        PBDictionary{{u"Headline"_s, QString(20'000, u'h')}};
+    const std::string said = faultyScan();
+    EXPECT_NE(said.find("files.db"), std::string::npos) << said;
+    EXPECT_NE(said.find("full"), std::string::npos) << said;
+    EXPECT_EQ(std::ranges::count(said, '\n'), 1) << said;
+    expectWhole({});
+    support::rowsOf(scanFiles, u"pragma max_page_count = 10000"_s);
+    ASSERT_TRUE(files.executeUpdate(
+        u"create trigger T before insert on Tiff when new.Make = 'b.jpg' begin select "
+        "raise(abort, 'no'); end"_s));
+    scan();
+    expectWhole(words("a.jpg c.jpg"));
+    EXPECT_EQ(figures.rowsInserted, 2U);
+    ASSERT_TRUE(files.executeUpdate(u"drop trigger T"_s));
+    scan();
+    expectWhole(all);
+}
+
+TEST_F(DiskFaultsTest, AFolderThatCouldNotBeListedDoesNotCountAsScanned) {
+    makePictures("1.jpg x/2.jpg y/3.jpg");
+    importers.willRead = [this](const QString&) { QDir(path(u"x"_s)).removeRecursively(); };
+    scan();
+    EXPECT_EQ(finished, 1) << "the scan ends all the same";
+    const auto places = finishedManager.scanFinishedArray();
+    ASSERT_EQ(places.size(), 1U);
+    EXPECT_EQ(places[0].relativePath(), u"y"_s);
+}
+
+} // namespace
