@@ -1,6 +1,6 @@
 #include "image/BareJpeg.h"
 
-#include "support/JpegWriter.h"
+#include "image/JpegWriter.h"
 
 namespace bench {
 

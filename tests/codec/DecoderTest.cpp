@@ -101,18 +101,18 @@ TEST(Importer, TypesFollowTheNameAndOddFilesAnswerNothing) {
     QDir(folder.path()).mkdir(u"x.jpg"_s);
     ASSERT_EQ(::mkfifo(folder.filePath(u"pipe.jpg"_s).toLocal8Bit().constData(), 0600), 0);
     std::vector<QString> paths;
-    for (const auto* name : {u"x.jpg", u"a.JPG", u"a.txt", u"pipe.jpg", u"missing.jpg", u"a.JPG"}) {
-        paths.push_back(folder.filePath(QString::fromUtf16(name)));
-        const auto odd = manager.imageImporterForImageURL(paths.back());
-        if (paths.size() == 2 || paths.size() == 3 || paths.size() == 6) continue;
-        EXPECT_EQ(odd->imageCount(), 0U) << paths.back().toStdString();
+    QString widths;
+    for (const QString& name : support::words("x.jpg a.JPG a.txt pipe.jpg missing.jpg a.JPG")) {
+        paths.push_back(folder.filePath(name));
+        const auto odd = importer(name);
+        if (!odd || name == u"a.JPG") continue;
+        EXPECT_EQ(odd->imageCount(), 0U) << name.toStdString();
         EXPECT_TRUE(odd->utiType().isEmpty());
         EXPECT_TRUE(odd->createImageWithMaxSize(10, 0).isNull());
     }
-    std::vector<qint64> widths;
     for (const auto& properties : manager.propertiesOfImages(paths))
-        widths.push_back(properties ? properties->at(u"PixelWidth"_s).toInteger() : 0);
-    EXPECT_EQ(widths, (std::vector<qint64>{0, 40, 0, 0, 0, 40}));
+        widths += properties ? properties->at(u"PixelWidth"_s).toText() + u' ' : u"none "_s;
+    EXPECT_EQ(widths, u"none 40 none none none 40 ");
 }
 
 TEST(Importer, RowsAreAskedInTheirOrderUntilTheyCanSayTheirTypes) {

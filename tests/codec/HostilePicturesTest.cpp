@@ -4,32 +4,6 @@
 
 namespace {
 
-void writeAll(Exiv2::ExifData& exif, Exiv2::IptcData& iptc, Exiv2::XmpData& xmp) {
-    exif["Exif.Image.Make"] = "Canon";
-    exif["Exif.Photo.UserComment"] = "charset=Unicode hello";
-    exif["Exif.CanonCs.LensType"] = uint16_t(26);
-    exif["Exif.GPSInfo.GPSLatitude"] = "52/1 30/1 36/1";
-    exif["Exif.GPSInfo.GPSTimeStamp"] = "9/1 5/1 7/1";
-    iptc["Iptc.Application2.DateCreated"] = "2010-07-01";
-    xmp["Xmp.dc.description"] = "lang=x-default La mer";
-}
-
-std::vector<made::Picture> samples() {
-    std::vector<made::Picture> all = made::gradients();
-    QImage glass(40, 30, QImage::Format_ARGB32);
-    glass.fill(qRgba(200, 100, 50, 128));
-    for (const char* format : {"JPEG", "PNG", "TIFF", "WEBP"})
-        all.push_back({format, pictures::withMetadata(pictures::saved(glass, format), writeAll)});
-    for (const char* name :
-         {"frames.gif", "interlaced.gif", "frames.webp", "deep-glass.jxl", "sizes.ico.z",
-          "swapped16-interlaced.png"})
-        all.push_back({name, made::file(name)});
-    all.push_back({"dng", pictures::dng(), u"com.adobe.raw-image"_s});
-    all.push_back({"big tiff", pictures::tiff(true, 400)});
-    all.push_back({"turned heif", pictures::heif({pictures::box("irot", QByteArray(1, 1))})});
-    return all;
-}
-
 /// Every text is valid and every number is one: what the catalogue takes without a check.
 void expectSound(const PBDictionary& dictionary) {
     for (const auto& [key, value] : dictionary) {
@@ -48,7 +22,7 @@ void expectSound(const PBDictionary& dictionary) {
 
 TEST(HostilePictures, DamageOfEveryFormatDoesNoHarm) {
     unsigned seed = 0;
-    for (const made::Picture& picture : samples()) {
+    for (const made::Picture& picture : made::samples()) {
         SCOPED_TRACE(picture.name);
         ASSERT_FALSE(picture.bytes.isEmpty());
         std::mt19937 random(++seed);

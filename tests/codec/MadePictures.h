@@ -33,5 +33,7 @@ struct Picture {
 
 /// The same picture in every format and variation.
 [[nodiscard]] std::vector<Picture> gradients();
+/// These, and pictures with metadata, frames and transparency: what damage and fuzzing begin with.
+[[nodiscard]] std::vector<Picture> samples();
 
 } // namespace made

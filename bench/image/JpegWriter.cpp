@@ -1,4 +1,4 @@
-#include "support/JpegWriter.h"
+#include "image/JpegWriter.h"
 
 #include <cstdlib>
 
