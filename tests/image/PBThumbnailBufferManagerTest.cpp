@@ -86,13 +86,13 @@ TEST_F(PBThumbnailBufferManagerTest, whatIsFarthestFromTheLatestGoesAndTheFrontO
 TEST_F(PBThumbnailBufferManagerTest, foldedLeavesCountForNothing) {
     makeLeaves({10, 1000, 10});
     push(0, {0, 1});
-    push(2, {8, 9});
+    push(2, {6, 7});
     order.collapsed = 1;
-    push(2, {1}); // 11 from the front, 8 from the back
-    EXPECT_EQ(held(), u"1||189");
+    push(0, {9}); // 9 from the front, 8 from the back
+    EXPECT_EQ(held(), u"19||67");
     order.collapsed = -1;
-    push(0, {9}); // 8 from the front, far from the back
-    EXPECT_EQ(held(), u"19||18");
+    push(0, {8}); // 7 from the front, far from the back
+    EXPECT_EQ(held(), u"189||6");
 }
 
 TEST_F(PBThumbnailBufferManagerTest, anItemThatIsNotShownLosesItsThumbnail) {
@@ -110,17 +110,15 @@ TEST_F(PBThumbnailBufferManagerTest, anItemThatIsNotShownLosesItsThumbnail) {
 }
 
 TEST_F(PBThumbnailBufferManagerTest, insertionsShiftTheStoredPositions) {
-    makeLeaves({3, 10});
+    makeLeaves({4, 10});
     push(0, {2});
     push(1, {4, 6, 8});
     manager.notifyGroupItemInsert(1);
     manager.notifyImageFileInsert(2, 5);
-    // Stored now: (0, 2), (2, 4), (2, 7), (2, 9). One behind the last drops the first.
     order.leaves.insert(order.leaves.begin() + 1, Items());
-    manager.pushImageFileItem(shared(2, 9), PBImageBrowserIndex{2, 9});
-    EXPECT_FALSE(shared(0, 2)->hasThumbnail());
-    manager.pushImageFileItem(shared(2, 3), PBImageBrowserIndex{2, 3});
-    EXPECT_EQ(manager.imageFileItemCount(), 4U);
+    // Stored now: (0, 2), (2, 4), (2, 7), (2, 9).
+    push(2, {3}); // 5 from the front, 6 from the back
+    EXPECT_EQ(held(), u"2||346");
 }
 
 TEST_F(PBThumbnailBufferManagerTest, theCountHoldsWhateverTheTreeDoes) {
