@@ -105,4 +105,9 @@ std::vector<Picture> samples() {
     return all;
 }
 
+int fuzzerHint(const Picture& picture) {
+    if (picture.typeHint.isEmpty()) return 0;
+    return picture.typeHint == u"com.truevision.tga-image" ? 2 : 3;
+}
+
 } // namespace made

@@ -18,10 +18,9 @@ int main(int argc, char** argv) {
     for (const made::Picture& picture : made::samples()) {
         // What the fuzzer of pixels asks for stands in the last byte: in full or reduced, and the
         // type that the name says where the content alone does not decide.
-        const QString& type = picture.typeHint;
-        const int hint = type.isEmpty() ? 0 : type == u"com.truevision.tga-image" ? 2 : 3;
         for (const int size : {0, 8}) {
-            const QByteArray seed = picture.bytes + static_cast<char>(hint | size);
+            const QByteArray seed =
+                picture.bytes + static_cast<char>(made::fuzzerHint(picture) | size);
             support::writeFile(folder.filePath(QString::number(++number)), seed);
         }
     }
