@@ -119,9 +119,8 @@ bool removeStrays(FMDatabase& db) {
 /// The thumbnails stay those of this catalogue.
 bool copyIdentity(FMDatabase& from, FMDatabase& to) {
     FMResultSet identity = from.executeQuery(QStringLiteral("pragma user_version"));
-    return identity.next() &&
-           to.executeUpdate(QStringLiteral("pragma user_version = %1")
-                                .arg(identity.longLongIntForColumnIndex(0)));
+    return identity.next() && to.executeUpdate(QStringLiteral("pragma user_version = %1")
+                                                   .arg(identity.longLongIntForColumnIndex(0)));
 }
 
 std::optional<qint64> copyAll(FMDatabase& from, FMDatabase& to) {
