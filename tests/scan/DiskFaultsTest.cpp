@@ -19,17 +19,24 @@ struct DiskFaultsTest : Faults, ScanTest {
                 {u"{TIFF}"_s, PBDictionary{{u"Make"_s, name}}}};
         }
     }
-    std::string faultyScan() {
+    void faultyScan() {
+        figures.toldFailure = figures.toldUnreadCatalogue = false;
         testing::internal::CaptureStderr();
         scan();
-        return testing::internal::GetCapturedStderr();
+        said = QString::fromStdString(testing::internal::GetCapturedStderr());
+    }
+    void soundScan() {
+        said.clear();
+        scan();
     }
     /// Nothing is stored in part, and no thumbnail is another's or nobody's.
     void expectWhole(const QStringList& stored) {
         EXPECT_EQ(images(), stored);
         QStringList onDisk = stored;
         onDisk.removeIf([this](const QString& name) { return !QFile::exists(path(name)); });
-        EXPECT_EQ(shown(), onDisk);
+        EXPECT_TRUE(shown() == onDisk || said.contains(u"can't be read")) << said.toStdString();
+        for (const QString& name : shown())
+            EXPECT_TRUE(onDisk.contains(name)) << name.toStdString();
         expectConsistentCatalogue();
         const QString inPart =
             u"select FileName from ImageFile left join Exif on Exif.FileId = Id left join Tiff on "
@@ -40,11 +47,16 @@ struct DiskFaultsTest : Faults, ScanTest {
         for (const QString& id : rows(u"select Id from ImageFile"_s))
             EXPECT_TRUE(ids.contains(id)) << id.toStdString();
     }
+    QString said;
 };
 
 TEST_F(DiskFaultsTest, WhateverCallFailsPicturesComeAndGoWhole) {
     const QStringList sets[] = {words("a0.jpg a1.jpg a2.jpg"), words("b0.jpg b1.jpg b2.jpg")};
-    makeMarked(sets[0]);
+    // So many that their rows do not stay in memory.
+    QStringList kept;
+    for (int i = 10; i < 50; ++i)
+        kept.append(u"z%1%2.jpg"_s.arg(i).arg(QString(100, u'z')));
+    makeMarked(sets[0] + kept);
     scan();
     ASSERT_TRUE(scanFiles.executeUpdate(u"pragma cache_size = 2"_s));
     bool hasFailed = true;
@@ -66,9 +78,9 @@ TEST_F(DiskFaultsTest, WhateverCallFailsPicturesComeAndGoWhole) {
         expectWhole(stored);
         for (const QString& name : old)
             EXPECT_EQ(stored.removeAll(name), isOldKept);
-        EXPECT_TRUE(stored.isEmpty() || stored == added) << stored.join(u' ').toStdString();
-        scan();
-        expectWhole(added);
+        EXPECT_TRUE(stored == kept || stored == added + kept) << stored.join(u' ').toStdString();
+        soundScan();
+        expectWhole(added + kept);
     }
 }
 
@@ -79,10 +91,9 @@ TEST_F(DiskFaultsTest, WhatIsNotTakenComesLaterAndOnePictureKeepsNoOtherOut) {
     support::rowsOf(scanFiles, u"pragma max_page_count = "_s + pages);
     importers.properties[u"c.jpg"_s][u"{IPTC}"_s] =
         PBDictionary{{u"Headline"_s, QString(20'000, u'h')}};
-    const std::string said = faultyScan();
-    EXPECT_NE(said.find("files.db"), std::string::npos) << said;
-    EXPECT_NE(said.find("full"), std::string::npos) << said;
-    EXPECT_EQ(std::ranges::count(said, '\n'), 1) << said;
+    faultyScan();
+    EXPECT_TRUE(said.contains(u"files.db") && said.contains(u"full")) << said.toStdString();
+    EXPECT_EQ(said.count(u'\n'), 1);
     expectWhole({});
     support::rowsOf(scanFiles, u"pragma max_page_count = 10000"_s);
     ASSERT_TRUE(files.executeUpdate(
