@@ -192,15 +192,11 @@ TEST_F(BrowserInputTest, outsideTheViewTheBandScrollsTheFasterTheFarther) {
         drag({100, y});
         EXPECT_EQ(host.step, step) << y;
     }
-    const std::function<void()> ends[] = {
-        [&] { input.mouseUp(1); }, [&] { input.cancelDrag(); },
-        [&] {
-            input.mouseDown({8, 250}, none);
-        }};
-    for (const auto& end : ends) {
-        down({8, 250});
+    for (const bool isCancelled : {false, true}) {
+        down({8, 250}); // ends the one before
+        EXPECT_EQ(host.step, 0);
         drag({100, 800});
-        end();
+        isCancelled ? input.cancelDrag() : input.mouseUp(1);
         EXPECT_EQ(host.step, 0);
         EXPECT_TRUE(host.band.isNull());
     }

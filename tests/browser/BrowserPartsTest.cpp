@@ -64,6 +64,7 @@ TEST(ContainerViewTest, layersFillThePaneAndTheTipOfADragLiesAboveThem) {
     auto* tip = pane.findChild<PBImageBrowserDragTipView*>();
     auto* layer = new QWidget;
     pane.addLayer(layer);
+    EXPECT_EQ(layer->geometry(), pane.rect());
     EXPECT_EQ(pane.children().constLast(), tip);
     pane.resize(320, 240);
     EXPECT_EQ(layer->geometry(), pane.rect());

@@ -2,23 +2,12 @@
 #include "codec/MadePictures.h"
 #include "codec/PBImageImporter.h"
 #include "codec/PBImageImporterManager.h"
-#include "codec/formats/Codecs.h"
 #include "codec/pixels/Colour.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 using formatpictures::gradient;
-
-TEST(Decoder, TruncatedPicturesKeepTheirRows) {
-    const QImage image = gradient({600, 400});
-    const QByteArray jpeg = PBUtilities::cgImageRefToJpegData(image);
-    const auto source = codec::Source::fromBytes(jpeg.left(jpeg.size() / 2));
-    const codec::Frame half = codec::decode(source, {}, {});
-    ASSERT_EQ(half.image.size(), image.size());
-    EXPECT_FALSE(half.isComplete);
-    EXPECT_NEAR(qRed(half.image.pixel(300, 40)), qRed(image.pixel(300, 40)), 16);
-}
 
 TEST(Colours, SamplesOfEveryKindBecomeWhatAScreenShows) {
     using enum codec::ColourModel;

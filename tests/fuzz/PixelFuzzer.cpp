@@ -29,7 +29,8 @@ void checkFrame(const codec::Frame& frame, int maxSize) {
     const bool isReduced = maxSize == 0 || (image.width() <= maxSize && image.height() <= maxSize);
     const bool isStandard = image.format() == QImage::Format_RGB32 ||
                             image.format() == QImage::Format_ARGB32_Premultiplied;
-    if (!isReduced || !isStandard) std::abort();
+    const auto pixels = static_cast<std::uint64_t>(image.width()) * unsigned(image.height());
+    if (!isReduced || !isStandard || pixels > limits.pixels) std::abort();
     unsigned sum = 0;
     for (int y = 0; y < image.height(); ++y) {
         const auto* row = reinterpret_cast<const QRgb*>(image.constScanLine(y));

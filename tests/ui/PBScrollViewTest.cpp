@@ -1,7 +1,6 @@
 #include "ui/PBScrollView.h"
 #include "support/Mouse.h"
 #include "ui/PBScroller.h"
-#include "ui/PBThemes.h"
 #include "ui/PBThumbnailScrollView.h"
 
 #include <QWheelEvent>

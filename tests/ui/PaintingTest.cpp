@@ -1,4 +1,5 @@
 #include "support/Support.h"
+#include "ui/HeaderBar.h"
 #include "ui/PBThemes.h"
 #include "ui/ShadowPatch.h"
 #include "ui/TextLines.h"
@@ -70,6 +71,16 @@ TEST(TextLinesTest, linesAreCentredOrLeadingAndLoseTheirMiddle) {
     const double taken = lines.drawLeading(painter, {0, 0, 60, 40}, QString(40, u'.') + text);
     EXPECT_LE(taken, 60); // the end is kept
     EXPECT_GT(firstInked(image.copy(static_cast<int>(taken) - 12, 10, 12, 20)), -1);
+}
+
+TEST(HeaderBarTest, theLineLiesTowardsThePane) {
+    PBThemes::apply(PBThemes::Scheme::Light);
+    using enum HeaderBar::Line;
+    for (const auto& [side, y] : {std::pair(Below, 27), {Above, 0}}) {
+        HeaderBar bar(u"Title"_s, side);
+        bar.resize(200, bar.height());
+        EXPECT_EQ(bar.grab().toImage().pixelColor(150, y), PBThemes::colors().separator);
+    }
 }
 
 TEST(ToolbarButtonTest, showsItsStateAndItsPlaceInARow) {
