@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include <sqlite3.h>
 #include <unistd.h>
 
@@ -26,12 +28,14 @@ int retryWhileBusy(int limit, Attempt attempt, Pause pause = ::usleep) {
 }
 
 /// `sqlite3_step` that waits for locks. A locked table needs a reset before the next try.
-inline int stepWhileBusy(int limit, sqlite3_stmt* statement) {
-    return retryWhileBusy(limit, [statement] {
+template <typename Pause>
+int stepWhileBusy(int limit, sqlite3_stmt* statement, Pause pause) {
+    const auto step = [statement] {
         const int result = sqlite3_step(statement);
         if (result == SQLITE_LOCKED) sqlite3_reset(statement);
         return result;
-    });
+    };
+    return retryWhileBusy(limit, step, std::move(pause));
 }
 
 } // namespace FMDB

@@ -4,6 +4,7 @@
 #include "platform/files/PathNames.h"
 #include "platform/program/StandardFolders.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QScopedValueRollback>
 
@@ -48,6 +49,58 @@ public:
 private:
     FMDatabase& _db;
 };
+
+/// The pause between two tries; tells when the wait gets long, and when it is over.
+class FMDatabase::LockWait {
+public:
+    explicit LockWait(FMDatabase& db) : _db(db) {}
+    ~LockWait() {
+        if (_isTold) _db._observer(SQLITE_OK, {});
+    }
+    LockWait(const LockWait&) = delete;
+    LockWait& operator=(const LockWait&) = delete;
+
+    [[nodiscard]] auto pause() {
+        return [this](useconds_t microseconds) {
+            if (!_clock.isValid()) _clock.start();
+            if (!_isTold && _db._observer &&
+                std::chrono::milliseconds(_clock.elapsed()) >= _db._longWait) {
+                _isTold = true;
+                _db._observer(SQLITE_BUSY, _db.lastErrorMessage());
+            }
+            return ::usleep(microseconds);
+        };
+    }
+
+private:
+    FMDatabase& _db;
+    QElapsedTimer _clock;
+    bool _isTold = false;
+};
+
+int FMDatabase::step(sqlite3_stmt* statement) {
+    LockWait wait(*this);
+    const int result = FMDB::stepWhileBusy(_busyRetryTimeout, statement, wait.pause());
+    observe(result);
+    return result;
+}
+
+void FMDatabase::observe(int result) {
+    if (!_observer) return;
+    const int primary = result & 0xff;
+    switch (primary) {
+    case SQLITE_FULL:
+    case SQLITE_READONLY:
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_IOERR:
+    case SQLITE_CANTOPEN:
+        _observer(primary, lastErrorMessage());
+        break;
+    default:
+        break;
+    }
+}
 
 FMDatabase::FMDatabase(QString path) : _databasePath(std::move(path)) {
     if (!sqlite3_threadsafe()) qFatal("SQLite was built without thread safety");
@@ -145,7 +198,7 @@ bool FMDatabase::update(const QString& sql, Arguments arguments) {
     if (!statement) return false;
     statement->bindArguments(arguments, _boundBytes);
     statement->countUse();
-    const int result = FMDB::stepWhileBusy(_busyRetryTimeout, statement->statement());
+    const int result = step(statement->statement());
     statement->reset();
     _boundBytes.clear();
     if (result == SQLITE_DONE || result == SQLITE_OK) return true;
@@ -174,9 +227,12 @@ std::shared_ptr<FMStatement> FMDatabase::statementForQuery(const QString& sql) {
 std::shared_ptr<FMStatement> FMDatabase::prepare(const QString& sql) {
     const QByteArray text = sql.toUtf8();
     sqlite3_stmt* handle = nullptr;
-    const int result = FMDB::retryWhileBusy(_busyRetryTimeout, [&] {
+    LockWait wait(*this);
+    const auto attempt = [&] {
         return sqlite3_prepare_v2(_db, text.constData(), -1, &handle, nullptr);
-    });
+    };
+    const int result = FMDB::retryWhileBusy(_busyRetryTimeout, attempt, wait.pause());
+    observe(result);
     // A text without a statement, such as a mere comment, prepares well and gives no handle.
     if (result == SQLITE_OK && handle) return std::make_shared<FMStatement>(handle);
     statementDidFail();

@@ -9,13 +9,16 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <concepts>
+#include <functional>
 #include <memory>
 #include <span>
 #include <type_traits>
 #include <vector>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 /// What SQLite said last.
 struct FMError {
@@ -109,6 +112,19 @@ public:
     [[nodiscard]] bool isFileDamaged() const;
     [[nodiscard]] bool hadError() const;
 
+    /// Told of calls that failed because of the file or its disk: SQLite's primary code (full,
+    /// read-only, corrupt, no database, an error of input and output, can't open) and its text.
+    /// Also that a call has waited for another connection's lock for `longWait` (busy), and that
+    /// this wait is over (OK). Called on the thread of the call, within it: it must not use the
+    /// connection.
+    using Observer = std::function<void(int code, const QString& message)>;
+    /// Before the connection is used by another thread.
+    void
+    setObserver(Observer observer, std::chrono::milliseconds longWait = std::chrono::seconds(2)) {
+        _observer = std::move(observer);
+        _longWait = longWait;
+    }
+
     /// How often a busy or locked statement is tried again; 0, as from the start: without limit.
     void setBusyRetryTimeout(int retries) { _busyRetryTimeout = retries; }
 
@@ -130,6 +146,11 @@ private:
     void resultSetDidOpen(FMResultSet* resultSet);
     void resultSetDidMove(FMResultSet* from, FMResultSet* to) noexcept;
     void resultSetDidClose(FMResultSet* resultSet) noexcept;
+
+    class LockWait;
+    /// Steps, waiting for locks; answers SQLite's result. The observer hears of it.
+    int step(sqlite3_stmt* statement);
+    void observe(int result);
 
     template <typename Arguments>
     bool update(const QString& sql, Arguments arguments);
@@ -153,6 +174,8 @@ private:
     Transaction _transaction = Transaction::None;
     QString _transactionErrorMessage;
     int _busyRetryTimeout = 0;
+    Observer _observer;
+    std::chrono::milliseconds _longWait{};
     QHash<QString, std::shared_ptr<FMStatement>> _cachedStatements;
     std::vector<FMResultSet*> _openResultSets;
     /// Bytes of the running update; a member, so that its room is used again.

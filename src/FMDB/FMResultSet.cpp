@@ -1,9 +1,10 @@
 #include "FMDB/FMResultSet.h"
 
-#include "FMDB/BusyRetry.h"
 #include "FMDB/FMDatabase.h"
 
 #include <utility>
+
+#include <sqlite3.h>
 
 FMResultSet::FMResultSet(
     FMDatabase* parentDB, std::shared_ptr<FMStatement> statement, FMBoundBytes boundBytes)
@@ -38,8 +39,7 @@ FMResultSet FMResultSet::failed() {
 bool FMResultSet::next() {
     if (!_statement) return false;
     _parentDB->beginUse(); // until the cursor closes
-    const int limit = _parentDB->_busyRetryTimeout;
-    const int result = FMDB::stepWhileBusy(limit, _statement->statement());
+    const int result = _parentDB->step(_statement->statement());
     if (result == SQLITE_ROW) return true;
     if (result == SQLITE_DONE) {
         close();

@@ -5,12 +5,14 @@
 #include "group/GroupPresets.h"
 #include "places/OfflineGeocoder.h"
 #include "places/PBGeoManager.h"
+#include "platform/program/LocalizedTexts.h"
 #include "platform/program/StandardError.h"
 #include "platform/program/StandardFolders.h"
 #include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/commands/OpenFilesCommands.h"
+#include "shell/panes/NoticeBar.h"
 #include "shell/sidebar/FolderRootCommands.h"
 #include "shell/sidebar/SourceSelection.h"
 #include "shell/sidebar/SourceSidebar.h"
@@ -20,6 +22,13 @@
 #include <QScreen>
 
 using platform::OperationQueue;
+
+namespace {
+
+/// The first photographs and their thumbnails come before the look through the catalogue.
+constexpr std::chrono::milliseconds quietAfterStart{1500};
+
+} // namespace
 
 ApplicationController::ApplicationController()
     : _userDefaults(platform::StandardFolders::settingsFile()), _browsing(_userDefaults) {
@@ -33,9 +42,12 @@ ApplicationController::~ApplicationController() {
 void ApplicationController::awakeFromNib() {
     platform::assertMainThread();
     createQueues();
-    _connections.emplace();
+    openCatalogue();
     _folderRoots.emplace(FolderRootServices::Environment{
-        _connections->mainFileDb(), _connections->buildThumbDb(), *_buildThumbOperationQueue});
+        .mainFileDb = _connections->mainFileDb(),
+        .buildThumbDb = _connections->buildThumbDb(),
+        .buildThumbOperationQueue = *_buildThumbOperationQueue,
+        .watchLimitReached = [this](const QString& limit) { _health->watchLimitReached(limit); }});
     _folderRoots->loadAlias();
     _decoderPool = std::make_shared<codec::DecoderPool>(codec::DecoderPool::Settings());
     codec::setFrameReader(_decoderPool);
@@ -56,11 +68,44 @@ void ApplicationController::awakeFromNib() {
     noteScreen();
 }
 
+void ApplicationController::openCatalogue() {
+    // What is told is told when the loop runs: then there is a window.
+    _health.emplace(CatalogueHealth::Environment{
+        .folder = platform::StandardFolders::dataFolder(),
+        .tell = [this](const Notice& notice) { _mainWindowController->noticeBar().tell(notice); },
+        .withdraw =
+            [this](const QString& key) { _mainWindowController->noticeBar().withdraw(key); },
+        .tryAgain = [this] { scan(); },
+        .restart =
+            [this] {
+                if (_restart) _restart();
+            }});
+    _connections.emplace([this](FMDatabase& connection) { _health->observe(connection); });
+}
+
+void ApplicationController::tellOfMarks(const QString& sentence) {
+    platform::complain(sentence);
+    // Shown when the loop runs: then there is a window.
+    platform::MainLoop* loop = platform::MainLoop::instance();
+    if (!loop) return;
+    loop->post(
+        platform::MainLoop::Mode::Common,
+        [this, alive = std::weak_ptr(_alive), details = sentence + u'.'] {
+            if (alive.expired() || !_mainWindowController) return;
+            _mainWindowController->noticeBar().tell(
+                {.key = QStringLiteral("marks"),
+                 .text = platform::localizedString(u"NoticeLedger"),
+                 .details = details.left(1).toUpper() + details.mid(1),
+                 .action = {},
+                 .perform = {}});
+        });
+}
+
 void ApplicationController::createScans() {
     _marks.emplace(MarksServices::Environment{
         .filesPath = _connections->mainFileDb().databasePath(),
         .aliasManager = _folderRoots->aliasManager(),
-        .tell = platform::complain});
+        .tell = [this](const QString& sentence) { tellOfMarks(sentence); }});
     _scanPipeline.emplace(ScanPipeline::Environment{
         .geoManager = *_geoManager,
         .scanFileDb = _connections->scanFileDb(),
@@ -208,6 +253,8 @@ void ApplicationController::applicationDidFinishLaunching() {
     // Behind the window, which is painted first.
     platform::MainLoop::instance()->performAfterDelay(
         this, "startDecoders", std::chrono::milliseconds(0), [this] { _decoderPool->start(); });
+    platform::MainLoop::instance()->performAfterDelay(
+        this, "lookThroughCatalogue", quietAfterStart, [this] { _health->startLooking(); });
 }
 
 bool ApplicationController::addFolders(const QStringList& folders) {
@@ -240,7 +287,9 @@ void ApplicationController::applicationWillTerminate() {
     if (_folderRoots) _folderRoots->stopWatching();
     if (_marks) _marks->finish();
     if (_geoManager) _geoManager->cancelReverseGeocoding();
+    if (_health) _health->stopLooking();
     if (_connections) _connections->close();
+    if (_health) _health->endedWell();
     if (auto* loop = platform::MainLoop::instance()) {
         loop->cancelPreviousPerformRequestsWithTarget(this);
     }
@@ -254,6 +303,7 @@ void ApplicationController::applicationWillTerminate() {
     codec::setFrameReader(nullptr);
     _decoderPool.reset();
     _connections.reset();
+    _health.reset();
     _preloadThumbnailOperationQueue.reset();
     _scanOperationQueue.reset();
     _buildThumbOperationQueue.reset();

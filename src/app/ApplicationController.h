@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/CatalogueConnections.h"
+#include "app/CatalogueHealth.h"
 #include "app/FolderRootServices.h"
 #include "app/MarksServices.h"
 #include "app/ScanControl.h"
@@ -42,6 +43,8 @@ public:
     void applicationOpenFiles(const QStringList& paths);
     /// A request to open files is about to come: the folder of the last run is not selected.
     void setIgnoreSelectLastFolder() { _ignoreSelectLastFolder = true; }
+    /// What ends the program and starts it again; before the start.
+    void setRestart(std::function<void()> restart) { _restart = std::move(restart); }
     /// Stops the queues, closes the connections and lets everything go, in this order. Once.
     void applicationWillTerminate();
 
@@ -85,9 +88,12 @@ public:
 
 private:
     void createQueues();
+    void openCatalogue();
     void createGeoManager();
     void connectFolderRoots();
     void createScans();
+    /// On standard error and in the window. Any thread.
+    void tellOfMarks(const QString& sentence);
     void watchFolders();
     [[nodiscard]] ScanControl::Selection selection();
     [[nodiscard]] ScanBrowsing scanBrowsing() const;
@@ -99,6 +105,7 @@ private:
     std::unique_ptr<platform::OperationQueue> _scanOperationQueue;
     std::unique_ptr<platform::OperationQueue> _preloadThumbnailOperationQueue;
     std::unique_ptr<platform::OperationQueue> _buildThumbOperationQueue;
+    std::optional<CatalogueHealth> _health;
     std::optional<CatalogueConnections> _connections;
     std::optional<FolderRootServices> _folderRoots;
     std::shared_ptr<codec::DecoderPool> _decoderPool;
@@ -111,7 +118,10 @@ private:
     std::shared_ptr<PBOpenFiles> _openFiles;
     double _maxScreenSize = 0.0;
     double _backingScaleFactor = 1.0;
+    std::function<void()> _restart;
     bool _isAppDidFinishLaunch = false;
     bool _ignoreSelectLastFolder = false;
+    /// Expires with this object; looked at on the main thread only.
+    const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
     bool _isSlideShowMode = false;
 };

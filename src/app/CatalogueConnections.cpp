@@ -1,6 +1,7 @@
 #include "app/CatalogueConnections.h"
 
 #include "FMDB/FMDatabase.h"
+#include "catalogue/CatalogueIdentity.h"
 #include "catalogue/DatabaseFile.h"
 #include "catalogue/PBCatalogue.h"
 #include "platform/program/StandardError.h"
@@ -12,8 +13,11 @@ namespace {
 const QString filesName = QStringLiteral("files.db");
 const QString thumbnailName = QStringLiteral("thumbnail.db");
 
-std::unique_ptr<FMDatabase> openFile(const QString& name) {
+using Prepare = CatalogueConnections::Prepare;
+
+std::unique_ptr<FMDatabase> openFile(const QString& name, const Prepare& prepare) {
     auto connection = FMDatabase::databaseWithFileName(name);
+    if (prepare) prepare(*connection);
     // The catalogue's statements come again and again: kept, they cost a third.
     connection->setShouldCacheStatements(true);
     connection->open();
@@ -26,6 +30,7 @@ void storeWithoutWaiting(FMDatabase& connection) {
     for (const QString& pragma :
          {QStringLiteral("pragma journal_mode = wal"),
           QStringLiteral("pragma synchronous = normal")}) {
+        // Where it can't be had, storing is slower, and that is all.
         FMResultSet result = connection.executeQuery(pragma);
         while (result.next()) {
         }
@@ -46,8 +51,8 @@ void tellIfUnusable(FMDatabase& connection) {
 }
 
 /// Thumbnails can all be made again: a damaged file of them makes room for a new one.
-std::unique_ptr<FMDatabase> openThumbnails() {
-    auto connection = openFile(thumbnailName);
+std::unique_ptr<FMDatabase> openReadableThumbnails(const Prepare& prepare) {
+    auto connection = openFile(thumbnailName, prepare);
     PBCatalogue(*connection).checkTables_Thumbnail();
     if (!isUsable(*connection) && connection->isFileDamaged()) {
         const QString path = connection->databasePath();
@@ -56,7 +61,7 @@ std::unique_ptr<FMDatabase> openThumbnails() {
         // One is enough to find out what happened.
         QFile::remove(path + QStringLiteral(".damaged"));
         const QString aside = DatabaseFile::moveAside(path);
-        connection = openFile(thumbnailName);
+        connection = openFile(thumbnailName, prepare);
         PBCatalogue(*connection).checkTables_Thumbnail();
         if (!aside.isEmpty() && isUsable(*connection)) {
             platform::complain(
@@ -70,16 +75,44 @@ std::unique_ptr<FMDatabase> openThumbnails() {
     return connection;
 }
 
+bool removeDatabase(const QString& path) {
+    for (const char* beside : {"-journal", "-wal", "-shm"})
+        QFile::remove(path + QLatin1StringView(beside));
+    return QFile::remove(path);
+}
+
+/// Thumbnails of another catalogue make room for new ones. A closed connection where they can't.
+std::unique_ptr<FMDatabase> openThumbnails(FMDatabase& files, const Prepare& prepare) {
+    using CatalogueIdentity::Match;
+    auto connection = openReadableThumbnails(prepare);
+    if (CatalogueIdentity::match(files, *connection) != Match::Differ) return connection;
+    connection->close();
+    const QString path = connection->databasePath();
+    if (removeDatabase(path)) {
+        connection = openReadableThumbnails(prepare);
+        if (CatalogueIdentity::match(files, *connection) != Match::Differ) return connection;
+        connection->close();
+    }
+    platform::complain(
+        QStringLiteral("the thumbnails in %1 are those of another catalogue, and can't be removed; "
+                       "none are shown or kept")
+            .arg(path));
+    return connection;
+}
+
 } // namespace
 
-CatalogueConnections::CatalogueConnections() {
-    _mainFileDb = openFile(filesName);
+CatalogueConnections::CatalogueConnections(const Prepare& prepare) {
+    _mainFileDb = openFile(filesName, prepare);
     PBCatalogue(*_mainFileDb).checkTables_FilesDb();
     tellIfUnusable(*_mainFileDb);
-    _mainThumbDb = openThumbnails();
-    _scanFileDb = openFile(filesName);
-    _preloadThumbDb = openFile(thumbnailName);
-    _buildThumbDb = openFile(thumbnailName);
+    _mainThumbDb = openThumbnails(*_mainFileDb, prepare);
+    _scanFileDb = openFile(filesName, prepare);
+    const bool hasThumbnails = _mainThumbDb->sqliteHandle() != nullptr;
+    for (auto* connection : {&_preloadThumbDb, &_buildThumbDb}) {
+        *connection = hasThumbnails ? openFile(thumbnailName, prepare)
+                                    : FMDatabase::databaseWithFileName(thumbnailName);
+    }
     storeWithoutWaiting(*_buildThumbDb);
 }
 

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class FMDatabase;
@@ -12,8 +13,11 @@ public:
     /// Opens them in their fixed order; the first on each file makes what is missing in it. A file
     /// that can't be used is told on standard error, in one line, and left as it is: its
     /// connections then answer nothing. Only a damaged file of thumbnails is moved aside for a new
-    /// one.
-    CatalogueConnections();
+    /// one, and one of another catalogue is removed.
+    ///
+    /// `prepare` is called with each connection before its first use.
+    using Prepare = std::function<void(FMDatabase& connection)>;
+    explicit CatalogueConnections(const Prepare& prepare = {});
     ~CatalogueConnections();
 
     /// Closes them in their fixed order. No queue may be running any more.

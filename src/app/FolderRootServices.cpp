@@ -23,7 +23,8 @@ FolderRootServices::FolderRootServices(const Environment& environment)
       _aliasManager(
           {environment.mainFileDb, *this,
            [this](std::vector<qint64> fileIds) { removeThumbnails(std::move(fileIds)); }}),
-      _volumeWatcher(platform::VolumeSources().mountInfo) {
+      _volumeWatcher(platform::VolumeSources().mountInfo),
+      _scEvents({.limitReached = environment.watchLimitReached}) {
     using platform::VolumeWatcher;
     connect(&_volumeWatcher, &VolumeWatcher::volumeDidMount, this, [this](const QString& path) {
         if (const auto changed = _aliasManager.volumDidMount(path); !changed.empty()) {

@@ -13,6 +13,8 @@
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
+
 class FMDatabase;
 
 /// The folder roots with all that finds, lists and watches over them. Main thread.
@@ -24,6 +26,8 @@ public:
         FMDatabase& mainFileDb;
         FMDatabase& buildThumbDb;
         platform::OperationQueue& buildThumbOperationQueue;
+        /// Told of a limit that keeps folders from being watched; any thread.
+        std::function<void(const QString& limit)> watchLimitReached = {};
     };
 
     explicit FolderRootServices(const Environment& environment);

@@ -5,6 +5,7 @@
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
 #include "shell/PBMainWindowController.h"
+#include "shell/panes/NoticeBar.h"
 #include "shell/sidebar/SourceSidebar.h"
 #include "ui/PBModalTextField.h"
 #include "ui/PBPathControl.h"
@@ -308,6 +309,7 @@ QByteArray programState(ApplicationController& controller) {
     auto* view = window.findChild<PBImageBrowserView*>();
     if (scrollView && view)
         state.insert(QStringLiteral("browser"), browserState(*view, *scrollView));
+    state.insert(QStringLiteral("notice"), windowController.noticeBar().text());
     state.insert(QStringLiteral("splits"), splitStates(window));
     state.insert(QStringLiteral("animating"), isAnimating(window));
     state.insert(QStringLiteral("windows"), windows());

@@ -1,4 +1,5 @@
 #include "app/ApplicationController.h"
+#include "app/CatalogueHealth.h"
 #include "app/CommandLine.h"
 #include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
@@ -21,6 +22,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QMainWindow>
+#include <QProcess>
 #include <QTimer>
 
 #include <cstdio>
@@ -103,7 +105,8 @@ void bringToFront(QWidget& window) {
 
 /// Shows the window with the paths, runs the loop and ends everything; answers the exit code.
 int runApplication(
-    const CommandLineOptions& options, const QStringList& paths, SingleInstance& instance) {
+    const CommandLineOptions& options, const QStringList& paths, SingleInstance& instance,
+    bool* wantsRestart) {
     Statistics statistics;
     ColorScheme colorScheme;
     PBThemes::apply(
@@ -117,11 +120,18 @@ int runApplication(
     }
 
     // Nobody is there to answer a run that ends by itself.
-    const QString catalogue = platform::StandardFolders::dataFolder() + QStringLiteral("/files.db");
+    const QString folder = platform::StandardFolders::dataFolder();
+    const QString catalogue = folder + QStringLiteral("/files.db");
+    CatalogueHealth::repairIfWanted(catalogue);
+    CatalogueHealth::repairIfWanted(folder + QStringLiteral("/thumbnail.db"));
     if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
         return failure;
 
     ApplicationController controller;
+    controller.setRestart([wantsRestart] {
+        *wantsRestart = true;
+        QCoreApplication::quit();
+    });
     controller.awakeFromNib();
     QMainWindow& window = controller.mainWindowController().window();
     if (options.size.isValid()) window.resize(options.size);
@@ -212,8 +222,8 @@ int main(int argc, char** argv) {
     platform::MainLoop loop;
 
     const QStringList paths = openablePaths(options.paths, platform::complain);
-    SingleInstance instance;
-    switch (instance.take(platform::StandardFolders::dataFolder(), {paths, options.add})) {
+    auto instance = std::make_unique<SingleInstance>();
+    switch (instance->take(platform::StandardFolders::dataFolder(), {paths, options.add})) {
     case SingleInstance::Outcome::HandedOver:
         return paths.size() < options.paths.size() ? failure : 0;
     case SingleInstance::Outcome::NoAnswer:
@@ -224,5 +234,12 @@ int main(int argc, char** argv) {
     case SingleInstance::Outcome::First:
         break;
     }
-    return runApplication(options, paths, instance);
+    bool wantsRestart = false;
+    const int code = runApplication(options, paths, *instance, &wantsRestart);
+    instance.reset(); // the next one takes the catalogue
+    if (wantsRestart) {
+        QProcess::startDetached(
+            QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
+    }
+    return code;
 }

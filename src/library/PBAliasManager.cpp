@@ -20,6 +20,18 @@ bool PBAliasManager::startsWith(const QStringList& parts, const QStringList& sta
                });
 }
 
+namespace {
+
+void tellUnreadRoots(FMDatabase& db) {
+    const QString reason = db.lastErrorMessage();
+    // A file that can't be used at all was told of when it was opened.
+    if (!PBCatalogue(db).isTableExist(QStringLiteral("FolderAlias"))) return;
+    platform::complain(QStringLiteral("the folders in %1 can't all be read (%2); none is removed")
+                           .arg(db.databasePath(), reason));
+}
+
+} // namespace
+
 PBAliasManager::PBAliasManager(Environment environment) : _environment(std::move(environment)) {}
 
 QString
@@ -55,12 +67,7 @@ void PBAliasManager::loadAlias() {
             rows.unsignedLongLongIntForColumn(QStringLiteral("Type"))));
     }
     _couldReadAll = !rows.hadError();
-    if (!_couldReadAll) {
-        platform::complain(QStringLiteral("the folders in %1 can't all be read (%2)")
-                               .arg(
-                                   _environment.mainFileDb.databasePath(),
-                                   _environment.mainFileDb.lastErrorMessage()));
-    }
+    if (!_couldReadAll) tellUnreadRoots(_environment.mainFileDb);
     setAliasArray(std::move(roots));
     resolveAllAliasWithMount({.updateReserve = true});
 }

@@ -57,6 +57,7 @@ void PBGeoManager::loadAddressFromDb(FMDatabase& db) {
     platform::assertMainThread();
     _mainDb = &db;
     std::vector<PlaceEntry> entries;
+    // Where not all can be read, the others are looked up again: that is all there is to an error.
     FMResultSet row = db.executeQuery(QStringLiteral("select * from Geo"));
     while (row.next()) {
         if (auto entry = entryOfRow(row)) entries.push_back(*std::move(entry));

@@ -19,6 +19,7 @@
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/InfoPane.h"
+#include "shell/panes/NoticeBar.h"
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/StatusBarView.h"
 #include "shell/services/BrowsingSettings.h"
@@ -114,6 +115,8 @@ void PBMainWindowController::buildWindow() {
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    _noticeBar = new NoticeBar;
+    layout->addWidget(_noticeBar);
     layout->addWidget(_panes->view(), 1);
     layout->addWidget(_statusBarView);
     _window->setCentralWidget(content);

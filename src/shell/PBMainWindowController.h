@@ -15,6 +15,7 @@ class GroupPanel;
 class GroupPrompts;
 class MainMenu;
 class MainToolbar;
+class NoticeBar;
 class OpenFilesCommands;
 class OpenFilesReveal;
 class PaneLayout;
@@ -45,6 +46,9 @@ public:
     [[nodiscard]] OpenFilesCommands& openFilesCommands() { return *_openFilesCommands; }
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
+
+    /// Where troubles are told.
+    [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
 
     void showWindow();
 
@@ -87,6 +91,7 @@ private:
     OpenFilesCommands* _openFilesCommands = nullptr;
     PBPathControl* _groupPathControl = nullptr;
     PaneLayout* _panes = nullptr;
+    NoticeBar* _noticeBar = nullptr;
     StatusBarView* _statusBarView = nullptr;
     WorkProgress* _workProgress = nullptr;
     MainToolbar* _toolbar = nullptr;

@@ -66,3 +66,36 @@ TEST(LockLimitTest, limitOfRetriesGivesUpInsteadOfWaiting) {
     ASSERT_TRUE(holder.commit());
     EXPECT_TRUE(waiter.beginTransaction());
 }
+
+TEST(ObserverTest, hearsOfTheFilesTroublesAndOfALongWaitWithItsEnd) {
+    const QTemporaryDir folder;
+    FMDatabase holder(folder.filePath(u"files.db"_s));
+    FMDatabase db(holder.databasePath());
+    std::vector<int> codes;
+    const auto observer = [&](int code, const QString&) {
+        codes.push_back(code);
+        EXPECT_TRUE(code != SQLITE_BUSY || holder.commit());
+    };
+    db.setObserver(observer, std::chrono::milliseconds(0));
+    ASSERT_TRUE(holder.open() && db.open());
+    ASSERT_TRUE(holder.executeUpdate(u"create table T (V unique)"_s) && holder.beginTransaction());
+    EXPECT_TRUE(db.executeUpdate(u"insert into T values (1)"_s));
+    EXPECT_EQ(codes, (std::vector{SQLITE_BUSY, SQLITE_OK})) << "told once in a wait";
+
+    // What is wrong with a statement is no news of the file.
+    EXPECT_FALSE(db.executeUpdate(u"insert into T values (1)"_s));
+    EXPECT_FALSE(db.executeQuery(u"select X from T"_s).isValid());
+    codes.clear();
+    EXPECT_TRUE(db.executeQuery(u"pragma max_page_count = 4"_s).next());
+    EXPECT_FALSE(db.executeUpdate(u"insert into T values (?)"_s, QByteArray(20'000, 'x')));
+    EXPECT_TRUE(db.executeUpdate(u"pragma query_only = on"_s));
+    EXPECT_FALSE(db.executeUpdate(u"insert into T values (2)"_s));
+    ASSERT_TRUE(db.close() && holder.close());
+    QFile file(db.databasePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(4096));
+    ASSERT_EQ(file.write(QByteArray(4096, '\x7f')), 4096);
+    file.close();
+    ASSERT_TRUE(db.open());
+    EXPECT_FALSE(db.executeQuery(u"select V from T"_s).next());
+    EXPECT_EQ(codes, (std::vector{SQLITE_FULL, SQLITE_READONLY, SQLITE_CORRUPT}));
+}

@@ -1,11 +1,5 @@
 #include "app/OpenedPaths.h"
-#include "app/ProgramState.h"
 #include "app/RunningProgram.h"
-#include "shell/commands/FilterCommands.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -48,38 +42,6 @@ TEST_F(OpenFilesTest, filesAreShownAmongTheirNeighboursInAFolderThatBecomesARoot
     EXPECT_TRUE(showsAndSelects(1, u"h.png"_s));
     controller->applicationOpenFiles({path(u"gone.png"_s)});
     EXPECT_EQ(selectedFolder(), p + u"/.kept"_s);
-}
-
-TEST_F(OpenFilesTest, whatTheUserChoosesReachesTheScanAndTheStateTellsWhatIsShown) {
-    for (const QString& name : {u"p/a.png"_s, u"p/b.png"_s, u"p/q/c.png"_s})
-        makePicture(name);
-    const auto state = [&] { return QJsonDocument::fromJson(programState(*controller)).object(); };
-    const auto shows = [&](const QString& expected) {
-        return support::spinUntil([&] {
-            QString names;
-            for (const auto& group : state()[u"browser"_s][u"groups"_s].toArray())
-                for (const auto& item : group[u"items"_s].toArray())
-                    names += item[u"name"_s].toString().first(1);
-            return !controller->isScanning() && names == expected;
-        });
-    };
-    FilterCommands& filters = window().filterCommands();
-    ASSERT_TRUE(controller->addFolders({path(u"p"_s)}));
-    EXPECT_TRUE(shows(u"abc"_s));
-    filters.recurseSubFolder();
-    EXPECT_TRUE(shows(u"ab"_s));
-    controller->browsing().setDescendingSort(true);
-    controller->scan();
-    EXPECT_TRUE(shows(u"ba"_s));
-    filters.search(u"b"_s);
-    EXPECT_TRUE(shows(u"b"_s));
-    filters.filter_Flag();
-    EXPECT_TRUE(shows(QString()));
-    const QJsonObject expected{
-        {u"folder"_s, path(u"p"_s)}, {u"filter"_s, 1},         {u"search"_s, u"b"_s}, {u"tip"_s, 3},
-        {u"descending"_s, true},     {u"subfolders"_s, false}, {u"scanning"_s, false}};
-    for (const QString& name : expected.keys())
-        EXPECT_EQ(state()[name], expected[name]) << name.toStdString();
 }
 
 TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {

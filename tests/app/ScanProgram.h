@@ -21,9 +21,6 @@ struct ScanProgramTest : testing::Test {
         int code = -1;
         QByteArray output;
         QByteArray errors;
-        [[nodiscard]] QJsonObject figures() const {
-            return QJsonDocument::fromJson(output).object();
-        }
     };
 
     /// Begins a run on the profile, without a display.
@@ -53,7 +50,7 @@ struct ScanProgramTest : testing::Test {
         const Outcome outcome = runUntilIdle(QStringList{u"--stats"_s, u"-"_s} + more);
         said = outcome.errors;
         EXPECT_EQ(outcome.code, 0) << said.toStdString();
-        return outcome.figures();
+        return QJsonDocument::fromJson(outcome.output).object();
     }
     static void expectFigures(const QJsonObject& stats, const Figures& expected) {
         for (const auto& [name, value] : expected)

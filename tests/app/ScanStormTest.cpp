@@ -2,7 +2,8 @@
 
 namespace {
 
-/// Changes a folder tree at random, as fast as the disk takes it.
+/// Changes a folder tree at random, as fast as the disk takes it, under so few names that what went
+/// comes again.
 struct Storm {
     Storm(QString root, QString elsewhere, QByteArray picture)
         : _root(std::move(root)), _elsewhere(std::move(elsewhere)), _picture(std::move(picture)) {
@@ -11,73 +12,44 @@ struct Storm {
 
     void operation() {
         const unsigned what = below(20);
-        const QString number = QString::number(_next++);
-        const QString name = someOf(_folders) + u'/' + number + u".jpg"_s;
-        const QString outside = _elsewhere + u'/' + number;
-        if (what > 10 || (_files.isEmpty() && what > 2)) {
-            write(_root + name);
-            _files.append(name);
-        } else if (what == 10) {
-            write(outside);
-            std::rename(qPrintable(outside), qPrintable(_root + _files.front()));
-        } else if (what == 0) {
-            _folders.append(someOf(_folders) + u"/folder"_s + number);
-            QDir().mkpath(_root + _folders.back());
-        } else if (what < 3) {
-            changeFolder(what == 1, u"/moved"_s + number);
-        } else {
-            const QString file = someOf(_files);
-            _files.removeOne(file);
-            if (what < 6)
-                QFile::remove(_root + file);
-            else if (what < 9)
-                moveIn(_root + file, name);
-            else if (QFile::rename(_root + file, outside) && below(2) == 1)
-                moveIn(outside, name);
-        }
+        if (what == 0)
+            QDir().mkpath(folder());
+        else if (what == 1)
+            move(folder(), folder());
+        else if (what == 2 && below(4) == 0)
+            QDir(folder()).removeRecursively();
+        else if (what < 6)
+            QFile::remove(file());
+        else if (what < 9)
+            move(file(), file());
+        else if (what == 9)
+            move(file(), outside());
+        else if (what == 10)
+            move(outside(), file());
+        else // some bytes behind the picture give it a size of its own
+            support::writeFile(file(), _picture + QByteArray(static_cast<int>(below(900)), 'x'));
     }
 
 private:
-    unsigned below(qsizetype limit) { return static_cast<unsigned>(_random() % unsigned(limit)); }
-    QString someOf(const QStringList& names) { return names[below(names.size())]; }
-    void write(const QString& path) {
-        // Some bytes behind the picture give it a size of its own.
-        support::writeFile(path, _picture + QByteArray(static_cast<int>(below(900)), 'x'));
+    unsigned below(unsigned limit) { return static_cast<unsigned>(_random() % limit); }
+    /// One of 84, at most three below the root.
+    QString folder() {
+        QString path = _root;
+        for (unsigned depth = below(3); depth < 3; ++depth)
+            path += u"/folder%1"_s.arg(below(4));
+        return path;
     }
-    void moveIn(const QString& from, const QString& name) {
-        if (QFile::rename(from, _root + name)) _files.append(name);
-    }
-    void changeFolder(bool isMoved, const QString& name) {
-        const QString folder = someOf(_folders);
-        if (folder.isEmpty() || (!isMoved && below(4) != 0)) return;
-        const QString parent = below(2) == 0 ? folder.section(u'/', 0, -2) : QString();
-        if (isMoved)
-            QFile::rename(_root + folder, _root + parent + name);
-        else
-            QDir(_root + folder).removeRecursively();
-        lookAgain();
-    }
-    /// After a folder moved or went.
-    void lookAgain() {
-        _folders = {QString()};
-        _files.clear();
-        QDirIterator iterator(
-            _root, QDir::AllEntries | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-        while (iterator.hasNext()) {
-            const QString name = iterator.next().mid(_root.size());
-            (iterator.fileInfo().isDir() ? _folders : _files).append(name);
-        }
-        _folders.sort();
-        _files.sort();
+    QString file() { return u"%1/%2.jpg"_s.arg(below(3) == 0 ? _root : folder()).arg(below(12)); }
+    QString outside() { return _elsewhere + u"/%1"_s.arg(below(10)); }
+    /// In place of a file that is there.
+    static void move(const QString& from, const QString& to) {
+        std::rename(qPrintable(from), qPrintable(to));
     }
 
     const QString _root;
     const QString _elsewhere;
     const QByteArray _picture;
     std::mt19937 _random{11};
-    QStringList _folders{QString()}; // below the root, "" being the root itself
-    QStringList _files;
-    int _next = 0;
 };
 
 } // namespace

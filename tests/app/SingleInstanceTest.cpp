@@ -2,9 +2,6 @@
 
 #include "support/Support.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
     const QTemporaryDir folder;
     EXPECT_EQ(SingleInstance::stateOf(folder.path()), std::nullopt);
@@ -32,20 +29,4 @@ TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
     ASSERT_EQ(requests.size(), 1U) << "to ask is no request";
     EXPECT_EQ(requests[0].paths, many);
     EXPECT_EQ(requests[0].add, QStringList{u"/a"_s});
-}
-
-TEST(SingleInstanceTest, lockGoesWithTheProcessThatHeldIt) {
-    const QTemporaryDir folder;
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        SingleInstance held;
-        const auto outcome = held.take(folder.path(), {});
-        ::_exit(outcome == SingleInstance::Outcome::First ? 7 : 1); // leaves lock and socket behind
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    ASSERT_EQ(WEXITSTATUS(status), 7);
-    SingleInstance next;
-    EXPECT_EQ(next.take(folder.path(), {}), SingleInstance::Outcome::First);
 }

@@ -20,9 +20,8 @@ TEST_F(BrowserViewTest, itemsHaveAccessibleNamesPlacesAndStatesUntilTheyGo) {
     EXPECT_EQ(item->parent(), list());
     EXPECT_EQ(item->text(QAccessible::Name), u"b1, 3 stars, flagged, not available");
     EXPECT_EQ(item->text(QAccessible::Description), u"2 of 4, /photos/b, 3000 x 2000, 1.2 MB");
-    EXPECT_TRUE(item->state().selected);
-    EXPECT_FALSE(list()->child(0)->state().selected);
-    EXPECT_TRUE(list()->child(206)->state().offscreen);
+    EXPECT_TRUE(item->state().selected && !list()->child(0)->state().selected);
+    EXPECT_TRUE(list()->child(206)->state().offscreen && !item->state().offscreen);
     EXPECT_EQ(list()->child(207), nullptr);
     const QPoint middle = list()->child(0)->rect().center();
     EXPECT_EQ(list()->childAt(middle.x(), middle.y() - 30), list()->child(0));
@@ -32,5 +31,4 @@ TEST_F(BrowserViewTest, itemsHaveAccessibleNamesPlacesAndStatesUntilTheyGo) {
     EXPECT_EQ(list()->child(3)->text(QAccessible::Name), u"c0");
     showLeaves({});
     EXPECT_EQ(list()->childCount(), 0);
-    EXPECT_EQ(list()->child(0), nullptr);
 }

@@ -10,9 +10,6 @@ struct FakeLeaves final : BrowserLeaves {
         bool isCollapsed = false;
     };
 
-    FakeLeaves() = default;
-    explicit FakeLeaves(std::vector<Leaf> all) : leaves(std::move(all)) {}
-
     std::int64_t leafCount() const override { return std::ssize(leaves); }
     std::int64_t imageFileCount(std::int64_t group) const override {
         return std::ssize(leaf(group).sizes);

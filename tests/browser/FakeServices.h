@@ -10,11 +10,10 @@
 #include <QColor>
 #include <QHash>
 
-/// Thumbnails by file id; counts who asked for them.
+/// Thumbnails by file id; notes which were asked for.
 struct FakeThumbnails final : ThumbnailLoader {
     QImage loadThumbnail(const PBImageFileItem& item) override {
         const platform::Lock lock(mutex);
-        ++loads;
         asked.push_back(item.fileId());
         return pictures.value(item.fileId());
     }
@@ -29,7 +28,6 @@ struct FakeThumbnails final : ThumbnailLoader {
     platform::Mutex mutex;
     QList<qint64> asked VELMORA_GUARDED_BY(mutex);
     QHash<qint64, QImage> pictures VELMORA_GUARDED_BY(mutex);
-    std::atomic<int> loads = 0;
 };
 
 /// A build of the build queue, as far as the browser can see.

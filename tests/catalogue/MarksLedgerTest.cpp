@@ -101,6 +101,7 @@ TEST_F(MarksTest, ACatalogueBegunAnewHasNoneOfThePhotographsThatItsIdsName) {
     open();
     addPhotograph(u"other.jpg"_s); // has the id of a.jpg
     ASSERT_TRUE(both->executeUpdate(u"update ImageFile set FileFlag = 1"_s));
+    addPhotograph(u"plain.jpg"_s); // and this one that of b.jpg
     ASSERT_TRUE(bind());
     EXPECT_EQ(
         inLedger(), (QStringList{

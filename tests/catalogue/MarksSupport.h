@@ -9,7 +9,10 @@
 
 /// A catalogue and a ledger in a folder, and a connection to both.
 struct MarksTest : testing::Test {
-    MarksTest() { open(); }
+    MarksTest() {
+        open();
+        EXPECT_TRUE(both->executeUpdate(u"pragma main.user_version = 77"_s));
+    }
 
     /// Anew, after something happened to the files.
     void open() {

@@ -46,4 +46,39 @@ std::vector<Picture> gradients() {
     return all;
 }
 
+std::vector<Picture> samples() {
+    std::vector<Picture> all = gradients();
+    const auto writeAll = [](Exiv2::ExifData& exif, Exiv2::IptcData& iptc, Exiv2::XmpData& xmp) {
+        exif["Exif.Image.Make"] = "Canon";
+        exif["Exif.Photo.UserComment"] = "charset=Unicode hello";
+        exif["Exif.CanonCs.LensType"] = uint16_t(26);
+        exif["Exif.GPSInfo.GPSLatitude"] = "52/1 30/1 36/1";
+        exif["Exif.GPSInfo.GPSTimeStamp"] = "9/1 5/1 7/1";
+        iptc["Iptc.Application2.DateCreated"] = "2010-07-01";
+        xmp["Xmp.dc.description"] = "lang=x-default La mer";
+    };
+    QImage glass(40, 30, QImage::Format_ARGB32);
+    glass.fill(qRgba(200, 100, 50, 128));
+    for (const char* format : {"JPEG", "PNG", "TIFF", "WEBP"})
+        all.push_back({format, pictures::withMetadata(pictures::saved(glass, format), writeAll)});
+    const QImage indexed = formatpictures::picture().convertToFormat(QImage::Format_Indexed8);
+    for (const char* format : {"BMP", "PNG", "TIFF"})
+        all.push_back({format, pictures::saved(indexed, format)});
+    for (const char* name :
+         {"frames.gif", "interlaced.gif", "frames.webp", "glass.jxl", "deep-glass.jxl",
+          "layers.psd", "sizes.ico", "swapped16-interlaced.png"})
+        all.push_back({name, formatpictures::file(name)});
+    all.push_back({"text", "P3 2 2 255 1 2 3 4 5 6 7 8 9 10 11 12\n"});
+    all.push_back({"bits", "P4 8 2 \x55\xAA"});
+    all.push_back({"dng", formatpictures::file("sensor.dng"), u"com.adobe.raw-image"_s});
+    all.push_back({"big tiff", pictures::tiff(true, 256) + QByteArray(1200, '\x55')});
+    all.push_back({"turned heif", pictures::heif({pictures::box("irot", QByteArray(1, 1))})});
+    return all;
+}
+
+int fuzzerHint(const Picture& picture) {
+    if (picture.typeHint.isEmpty()) return 0;
+    return picture.typeHint == u"com.truevision.tga-image" ? 2 : 3;
+}
+
 } // namespace made

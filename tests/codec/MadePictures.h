@@ -20,5 +20,9 @@ struct Picture {
 
 /// The same picture in every format and variation.
 [[nodiscard]] std::vector<Picture> gradients();
+/// These, and pictures with metadata, frames and transparency: what damage and fuzzing begin with.
+[[nodiscard]] std::vector<Picture> samples();
+/// Which of the types that the fuzzer of pixels knows the picture's name would say.
+[[nodiscard]] int fuzzerHint(const Picture& picture);
 
 } // namespace made

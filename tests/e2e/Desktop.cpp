@@ -2,8 +2,6 @@
 
 #include "support/Support.h"
 
-#include <QStandardPaths>
-
 #include <gtest/gtest.h>
 
 namespace e2e {
@@ -25,11 +23,6 @@ QStringList held(const QString& action, const QStringList& modifiers) {
 
 } // namespace
 
-bool Desktop::isInstalled() {
-    return !QStandardPaths::findExecutable(u"Xvfb"_s).isEmpty() &&
-           !QStandardPaths::findExecutable(u"xdotool"_s).isEmpty();
-}
-
 Desktop::Desktop() {
     // The server takes the first display that is free and tells its number once it answers.
     _server.setStandardErrorFile(QProcess::nullDevice());
@@ -41,16 +34,12 @@ Desktop::Desktop() {
         if (!_server.waitForReadyRead(longestWait)) return;
     }
     _display = u':' + QString::fromLatin1(_server.readLine().trimmed());
-}
-
-bool Desktop::startWindowManager() {
-    const QString program = QStandardPaths::findExecutable(u"openbox"_s);
-    if (program.isEmpty()) return false;
     _windowManager.setProcessEnvironment(environment());
     _windowManager.setStandardErrorFile(QProcess::nullDevice());
-    _windowManager.start(program, {u"--startup"_s, u"true"_s});
-    const auto manages = [this] { return failureOf({u"get_desktop"_s}).isNull(); };
-    return support::spinUntil(manages, std::chrono::milliseconds(longestWait));
+    _windowManager.start(u"openbox"_s, {u"--startup"_s, u"true"_s});
+    _isManaged = support::spinUntil(
+        [this] { return failureOf({u"get_desktop"_s}).isNull(); },
+        std::chrono::milliseconds(longestWait));
 }
 
 Desktop::~Desktop() {
@@ -84,10 +73,6 @@ void Desktop::xdotool(const QStringList& arguments) {
     EXPECT_EQ(failureOf(arguments), QString());
 }
 
-void Desktop::move(QPoint point) {
-    xdotool(at(point));
-}
-
 void Desktop::release() {
     xdotool({u"mouseup"_s, u"1"_s});
 }
@@ -106,21 +91,12 @@ void Desktop::drag(QPoint from, QPoint to) {
     xdotool(way);
 }
 
-void Desktop::wheel(int turns) {
-    for (int turn = 0; turn < std::abs(turns); ++turn)
-        xdotool({u"click"_s, turns > 0 ? u"5"_s : u"4"_s});
-}
-
 void Desktop::key(const QString& name) {
     xdotool({u"key"_s, name});
 }
 
 void Desktop::type(const QString& text) {
     xdotool({u"type"_s, u"--delay"_s, u"5"_s, text});
-}
-
-bool Desktop::focus(qint64 windowId) {
-    return failureOf({u"windowfocus"_s, QString::number(windowId)}).isNull();
 }
 
 void Desktop::resize(qint64 windowId, QSize size) {

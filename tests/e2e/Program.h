@@ -14,10 +14,10 @@ namespace e2e {
 /// is driven through `desktop` and looked at through `state()`; conditions are waited for, never
 /// times:
 ///
-///     makePictures(u"sea"_s, {u"a.png"_s, u"b.png"_s});
+///     paintPhotographs();
 ///     start();
-///     click(u"a.png"_s);
-///     EXPECT_TRUE(waitFor([](const State& s) { return s.selected() == u"a.png"; }));
+///     click(u"IMG_0001.jpg"_s);
+///     EXPECT_TRUE(waitFor([](const State& s) { return s.selected() == u"IMG_0001.jpg"; }));
 class ProgramTest : public testing::Test {
 protected:
     using Condition = std::function<bool(const State& state)>;
@@ -27,18 +27,11 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    /// Pictures of 300 x 200 below `photos()`, each in a colour of its own.
-    void makePictures(const QString& folder, const QStringList& names);
-    /// The 92 photographs that tools/photographs paints, in nine folders of five years.
+    /// The 92 photographs that tools/photographs paints, below `photos()`, in nine folders of five
+    /// years.
     void paintPhotographs();
-    /// "a00.png" and so on.
-    [[nodiscard]] static QStringList numbered(const QString& prefix, int count);
     [[nodiscard]] QString photos() const { return _folder.filePath(u"photos"_s); }
     [[nodiscard]] QString photo(const QString& below) const;
-    /// Where the program keeps its catalogue and settings.
-    [[nodiscard]] const QString& profile() const { return _profile; }
-    /// The files below `photos()`, relative to it, sorted.
-    [[nodiscard]] QStringList filesOnDisk() const;
 
     /// Starts the program with `photos()` in the sidebar, and waits until the browser shows all
     /// thumbnails and has the keys.
@@ -52,8 +45,8 @@ protected:
 
     /// What the program shows now; empty if it doesn't answer.
     [[nodiscard]] State state() const;
-    /// Asks until the condition holds. `meanwhile` is called before each look, such as for a mouse
-    /// that trembles. A failure tells the last state.
+    /// Asks until the condition holds. `meanwhile` is called before each look. A failure tells the
+    /// last state.
     [[nodiscard]] testing::AssertionResult
     waitFor(const Condition& condition, const std::function<void()>& meanwhile = {}) const;
     [[nodiscard]] testing::AssertionResult waitForSelection(const QString& names) const;
@@ -71,9 +64,8 @@ protected:
     void choose(QStringList entries);
     /// Goes through the menu that is open.
     void chooseInMenu(const QStringList& entries);
-    /// Gives the keys to the topmost window, and waits until a widget of that class has them, or
-    /// any without one.
-    void takeFocus(const QString& widget = {});
+    /// Waits until a widget of that class has the keys, or any without one.
+    void waitForFocus(const QString& widget = {});
 
     Desktop desktop;
 
@@ -83,29 +75,6 @@ private:
     QTemporaryDir _folder;
     QString _profile;
     QProcess _program;
-};
-
-/// Another program on the same display, which takes what is dropped on it, or offers a file.
-class DragPartner {
-public:
-    /// Shows itself at that place of the screen. With a path it offers that to whoever drags it
-    /// off.
-    DragPartner(const Desktop& desktop, QRect place, const QString& offered = {});
-    ~DragPartner();
-    DragPartner(const DragPartner&) = delete;
-    DragPartner& operator=(const DragPartner&) = delete;
-
-    [[nodiscard]] QPoint centre() const { return _place.center(); }
-    /// What it has told so far, a line for each event: "shown", "entered", "dropped PATH",
-    /// "dragging", "taken ACTION".
-    [[nodiscard]] QStringList events();
-    [[nodiscard]] testing::AssertionResult
-    waitForEvent(const QString& event, const std::function<void()>& meanwhile = {});
-
-private:
-    const QRect _place;
-    QProcess _process;
-    QStringList _events;
 };
 
 } // namespace e2e

@@ -9,36 +9,20 @@ namespace e2e {
 
 namespace {
 
+bool isCalled(const QJsonObject& object, const QString& name) {
+    return object[u"class"_s].toString() == name || object[u"name"_s].toString() == name;
+}
+
+} // namespace
+
 QRect rectOf(const QJsonValue& value) {
     const QJsonArray numbers = value.toArray();
     return {
         numbers.at(0).toInt(), numbers.at(1).toInt(), numbers.at(2).toInt(), numbers.at(3).toInt()};
 }
 
-bool hasText(const QJsonObject& object, const QString& text) {
-    return object[u"text"_s].toString() == text;
-}
-
-bool isCalled(const QJsonObject& object, const QString& name) {
-    return object[u"class"_s].toString() == name || object[u"name"_s].toString() == name;
-}
-
-bool isMain(const QJsonValue& window) {
-    return window[u"class"_s].toString().contains(u"Window");
-}
-
-} // namespace
-
-QRect rectOf(const QJsonObject& object) {
-    return rectOf(object[u"rect"_s]);
-}
-
 QJsonValue State::browser(const QString& name) const {
     return _json[u"browser"_s].toObject()[name];
-}
-
-QRect State::browserRect() const {
-    return rectOf(browser(u"rect"_s));
 }
 
 double State::scroll() const {
@@ -59,7 +43,7 @@ QList<Item> State::items() const {
     for (const QJsonValue& group : browser(u"groups"_s).toArray()) {
         for (const QJsonValue& value : group[u"items"_s].toArray()) {
             all.append(
-                {value[u"name"_s].toString(), rectOf(value[u"rect"_s]), rectOf(value[u"picture"_s]),
+                {value[u"name"_s].toString(), rectOf(value[u"picture"_s]),
                  rectOf(value[u"label"_s]), value[u"thumbnail"_s].toBool()});
         }
     }
@@ -75,7 +59,7 @@ Item State::item(const QString& name) const {
 std::optional<QJsonObject> State::control(const QString& name) const {
     for (const QJsonValue& value : _json[u"controls"_s].toArray()) {
         const QJsonObject control = value.toObject();
-        if (isCalled(control, name) || hasText(control, name)) return control;
+        if (isCalled(control, name) || control[u"text"_s].toString() == name) return control;
     }
     return std::nullopt;
 }
@@ -103,7 +87,7 @@ QRect State::place(const QString& text, const QString& within) const {
     for (const Place& place : places(within))
         if (place.text == text) return place.rect;
     const auto found = within.isEmpty() ? control(text) : std::nullopt;
-    return found ? rectOf(*found) : QRect();
+    return found ? rectOf((*found)[u"rect"_s]) : QRect();
 }
 
 QList<QRect> State::panes(const QString& splitView) const {
@@ -113,19 +97,10 @@ QList<QRect> State::panes(const QString& splitView) const {
     return all;
 }
 
-QRect State::window() const {
+QJsonValue State::mainWindow() const {
     for (const QJsonValue& window : _json[u"windows"_s].toArray())
-        if (isMain(window)) return rectOf(window.toObject());
+        if (window[u"class"_s].toString().contains(u"Window")) return window;
     return {};
-}
-
-qint64 State::topWindow() const {
-    qint64 top = 0;
-    for (const QJsonValue& window : _json[u"windows"_s].toArray()) {
-        const bool isAbove = window[u"modal"_s].toBool();
-        if (isAbove || (isMain(window) && top == 0)) top = window[u"id"_s].toInteger();
-    }
-    return top;
 }
 
 void PrintTo(const State& state, std::ostream* stream) {

@@ -12,7 +12,6 @@ namespace e2e {
 /// An image on show in the browser.
 struct Item {
     QString name;
-    QRect cell;    ///< all of it
     QRect picture; ///< what a click takes hold of
     QRect label;   ///< the row of the file name
     bool hasThumbnail = false;
@@ -24,8 +23,8 @@ struct Place {
     QRect rect;
 };
 
-/// Where something of the state is on the screen.
-[[nodiscard]] QRect rectOf(const QJsonObject& object);
+/// A place on the screen, as the state tells it.
+[[nodiscard]] QRect rectOf(const QJsonValue& value);
 
 /// What the program showed when it was asked; rectangles are those of the screen.
 class State {
@@ -38,7 +37,6 @@ public:
     [[nodiscard]] bool isEmpty() const { return _json.isEmpty(); }
     /// A value of the browser, such as "scroll" or "columns".
     [[nodiscard]] QJsonValue browser(const QString& name) const;
-    [[nodiscard]] QRect browserRect() const;
     [[nodiscard]] double scroll() const;
     /// Nothing moves and nothing is worked on.
     [[nodiscard]] bool isAtRest() const;
@@ -61,9 +59,9 @@ public:
     /// The panes of a split view; one that is hidden has no size.
     [[nodiscard]] QList<QRect> panes(const QString& splitView) const;
     /// The inside of the main window.
-    [[nodiscard]] QRect window() const;
-    /// The main window's number for `Desktop::focus`, or that of the dialog or menu above it.
-    [[nodiscard]] qint64 topWindow() const;
+    [[nodiscard]] QRect window() const { return rectOf(mainWindow()[QStringLiteral("rect")]); }
+    /// Its number, for `Desktop::resize`, among others.
+    [[nodiscard]] QJsonValue mainWindow() const;
 
     friend void PrintTo(const State& state, std::ostream* stream);
 

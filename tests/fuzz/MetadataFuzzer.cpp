@@ -18,7 +18,8 @@ namespace {
 /// What the catalogue takes without a check has to be sound.
 void checkColumns(const PBDictionary& columns) {
     for (const auto& [column, value] : columns) {
-        const bool text = value.isText() && value.toText().isValidUtf16();
+        const bool text = value.isText() && value.toText().isValidUtf16() &&
+                          !value.toText().contains(QChar(u'\0'));
         const bool number = value.isNumber() && std::isfinite(value.toDouble());
         if (!text && !number) std::abort();
     }

@@ -29,7 +29,8 @@ void checkFrame(const codec::Frame& frame, int maxSize) {
     const bool isReduced = maxSize == 0 || (image.width() <= maxSize && image.height() <= maxSize);
     const bool isStandard = image.format() == QImage::Format_RGB32 ||
                             image.format() == QImage::Format_ARGB32_Premultiplied;
-    if (!isReduced || !isStandard) std::abort();
+    const auto pixels = static_cast<std::uint64_t>(image.width()) * unsigned(image.height());
+    if (!isReduced || !isStandard || pixels > limits.pixels) std::abort();
     unsigned sum = 0;
     for (int y = 0; y < image.height(); ++y) {
         const auto* row = reinterpret_cast<const QRgb*>(image.constScanLine(y));
@@ -51,5 +52,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     request.limits = limits;
     const auto source = codec::Source::fromBytes(bytes);
     checkFrame(codec::decode(source, typeHints[wish & 7U], request), request.maxSize);
+    if (codec::countFrames(source, typeHints[wish & 7U]) > 100'000) std::abort();
     return 0;
 }

@@ -10,9 +10,7 @@
 #include "platform/work/OperationQueue.h"
 #include "support/Support.h"
 
-#include <gtest/gtest.h>
-
-#include <set>
+#include <numeric>
 
 using platform::OperationQueue;
 using platform::QueuePriority;
@@ -22,21 +20,16 @@ namespace {
 /// What the importers of a test did, and a gate that holds them up.
 class Decodings {
 public:
-    QImage decode(const QImage& image, int maxSize, const std::stop_token& stop) {
-        {
-            platform::Lock lock(_mutex);
-            _most = std::max(_most, ++_running);
-            _sizes.push_back(maxSize);
-            _changed.notifyAll();
-            _changed.waitUnlessStopped(lock, stop, [this] {
-                _mutex.assertHeld();
-                return _isOpen;
-            });
-            --_running;
-        }
-        if (stop.stop_requested()) return {};
-        if (image.isNull() || maxSize == 0) return image;
-        return image.scaled(maxSize, maxSize, Qt::KeepAspectRatio);
+    void begin(int maxSize, const std::stop_token& stop) {
+        platform::Lock lock(_mutex);
+        _most = std::max(_most, ++_running);
+        _sizes.push_back(maxSize);
+        _changed.notifyAll();
+        _changed.waitUnlessStopped(lock, stop, [this] {
+            _mutex.assertHeld();
+            return _isOpen;
+        });
+        --_running;
     }
     void setOpen(bool isOpen) {
         const platform::Lock lock(_mutex);
@@ -50,15 +43,10 @@ public:
             return _sizes.size() >= count;
         });
     }
-    /// Asked for, in the order of the decodings.
-    [[nodiscard]] std::vector<int> sizes() {
+    /// What was asked for, in the order of the decodings; and the most of them at a time.
+    [[nodiscard]] std::pair<std::vector<int>, int> all() {
         const platform::Lock lock(_mutex);
-        return _sizes;
-    }
-    /// At a time.
-    [[nodiscard]] int most() {
-        const platform::Lock lock(_mutex);
-        return _most;
+        return {_sizes, _most};
     }
 
 private:
@@ -70,24 +58,29 @@ private:
     std::vector<int> _sizes VELMORA_GUARDED_BY(_mutex);
 };
 
-class ToldImporter final : public PBImageImporterProtocol {
-public:
-    ToldImporter(Decodings& decodings, QImage image)
-        : _decodings(decodings), _image(std::move(image)) {}
+struct ToldImporter final : PBImageImporterProtocol {
+    ToldImporter(Decodings& all, QImage told) : decodings(all), image(std::move(told)) {}
     std::optional<PBDictionary> propertiesAtIndex(std::size_t) override { return std::nullopt; }
     QImage createImageWithMaxSize(unsigned maxSize, std::size_t, std::stop_token stop) override {
-        return _decodings.decode(_image, static_cast<int>(maxSize), stop);
+        const int side = static_cast<int>(maxSize);
+        decodings.begin(side, stop);
+        if (stop.stop_requested()) return {};
+        return side == 0 || image.isNull() ? image : image.scaled(side, side, Qt::KeepAspectRatio);
     }
     std::size_t imageCount() override { return 1; }
     QString utiType() override { return {}; }
 
-private:
-    Decodings& _decodings;
-    const QImage _image;
+    Decodings& decodings;
+    const QImage image;
 };
 
-class BuildThumbTest : public testing::Test {
-protected:
+QImage picture(QSize size, QImage::Format format = QImage::Format_RGB32) {
+    QImage image(size, format);
+    image.fill(Qt::transparent);
+    return image;
+}
+
+struct BuildThumbTest : testing::Test {
     BuildThumbTest() {
         EXPECT_TRUE(db.open());
         EXPECT_TRUE(PBCatalogue(db).checkTables_Thumbnail());
@@ -98,7 +91,8 @@ protected:
     }
 
     std::shared_ptr<PBBuildThumbOperation>
-    add(qint64 fileId, const QImage& image, QSizeF known, bool checkExist = false) {
+    add(qint64 fileId, const QImage& image = picture({9, 9}), QSizeF known = {},
+        bool checkExist = false) {
         auto operation = std::make_shared<PBBuildThumbOperation>(
             services, PBBuildThumbOperation::Request{
                           .fileId = fileId,
@@ -109,12 +103,10 @@ protected:
         queue.addOperation(operation);
         return operation;
     }
-    static QImage picture(int width, int height, QImage::Format format = QImage::Format_RGB32) {
-        QImage image(width, height, format);
-        image.fill(Qt::transparent);
-        return image;
+    void build(auto... request) {
+        add(request...);
+        queue.waitUntilAllOperationsAreFinished();
     }
-    QImage stored(qint64 fileId) { return ThumbnailStore::loadThumbnail(db, fileId, true, {}); }
 
     FMDatabase db{QString()};
     Decodings decodings;
@@ -126,51 +118,33 @@ protected:
 } // namespace
 
 TEST_F(BuildThumbTest, SizeAndEncodingFollowFromThePicture) {
-    struct Case {
-        const char* name;
-        QSize size;
-        QSizeF known;
-        QImage::Format format;
-        int asked;
-        QSize thumbnail;
-        bool isPng;
-    };
-    qint64 fileId = 0;
-    const auto rgb = QImage::Format_RGB32;
-    const auto alpha = QImage::Format_ARGB32_Premultiplied;
-    for (const Case& one : {
-             Case{"small", {200, 100}, {200, 100}, rgb, 0, {200, 100}, false},
-             Case{"just", {256, 256}, {256, 256}, rgb, 0, {256, 256}, false},
-             Case{"wide", {300, 100}, {300, 100}, rgb, 256, {256, 85}, false},
-             Case{"tall", {100, 300}, {100, 300}, rgb, 256, {85, 256}, false},
-             Case{"broad by one", {257, 9}, {257, 9}, rgb, 256, {256, 8}, false},
-             Case{"unknown", {512, 512}, {}, rgb, 256, {256, 256}, false},
-             Case{"alpha", {20, 10}, {20, 10}, alpha, 0, {20, 10}, true},
-         }) {
-        add(++fileId, picture(one.size.width(), one.size.height(), one.format), one.known);
-        queue.waitUntilAllOperationsAreFinished();
-        EXPECT_EQ(decodings.sizes().back(), one.asked) << one.name;
-        const QImage thumbnail = stored(fileId);
-        EXPECT_EQ(thumbnail.size(), one.thumbnail) << one.name;
-        EXPECT_EQ(thumbnail.hasAlphaChannel(), one.isPng) << one.name;
-        EXPECT_EQ(ThumbnailStore::thumbnailData(db, fileId).startsWith("\x89PNG"), one.isPng)
-            << one.name;
+    // The picture; its size as far as it is known; what is asked for; the thumbnail.
+    const std::tuple<QSize, QSizeF, int, QSize> cases[] = {
+        {{200, 100}, {200, 100}, 0, {200, 100}},  {{256, 256}, {256, 256}, 0, {256, 256}},
+        {{300, 100}, {300, 100}, 256, {256, 85}}, {{100, 300}, {100, 300}, 256, {85, 256}},
+        {{257, 9}, {257, 9}, 256, {256, 8}},      {{512, 512}, {}, 256, {256, 256}}};
+    qint64 id = 0;
+    for (const auto& [size, known, asked, thumbnail] : cases) {
+        for (const auto format : {QImage::Format_RGB32, QImage::Format_ARGB32_Premultiplied}) {
+            build(++id, picture(size, format), known);
+            EXPECT_EQ(decodings.all().first.back(), asked) << size.width();
+            const QImage stored = ThumbnailStore::loadThumbnail(db, id, true, {});
+            EXPECT_EQ(stored.size(), thumbnail) << size.width();
+            const bool isPng = ThumbnailStore::thumbnailData(db, id).startsWith("\x89PNG");
+            EXPECT_EQ(isPng, format != QImage::Format_RGB32);
+            EXPECT_EQ(stored.hasAlphaChannel(), isPng);
+        }
     }
-    EXPECT_EQ(services->built, 7U);
-    EXPECT_EQ(services->finished, 7U);
-    EXPECT_EQ(order.size(), 7U);
+    EXPECT_EQ(services->built, 12U);
 }
 
 TEST_F(BuildThumbTest, AThumbnailThatIsThereStays) {
-    add(1, picture(10, 10), {});
-    queue.waitUntilAllOperationsAreFinished();
+    build(1);
     const QByteArray first = ThumbnailStore::thumbnailData(db, 1);
-    add(1, picture(20, 20), {}, true);
-    queue.waitUntilAllOperationsAreFinished();
-    EXPECT_EQ(decodings.sizes().size(), 1U) << "not even decoded";
+    build(1, picture({20, 20}), QSizeF(), true);
+    EXPECT_EQ(decodings.all().first.size(), 1U) << "not even decoded";
     EXPECT_EQ(order.size(), 1U);
-    add(1, picture(20, 20), {});
-    queue.waitUntilAllOperationsAreFinished();
+    build(1, picture({20, 20}));
     EXPECT_EQ(order.size(), 2U) << "told all the same";
     EXPECT_EQ(ThumbnailStore::thumbnailData(db, 1), first);
     EXPECT_EQ(services->failed, 0U);
@@ -183,11 +157,10 @@ TEST_F(BuildThumbTest, AThumbnailThatIsThereStays) {
 }
 
 TEST_F(BuildThumbTest, WhatCannotBeDecodedOrWasCancelledLeavesNothing) {
-    add(1, {}, {});
-    queue.waitUntilAllOperationsAreFinished();
+    build(1, QImage());
     decodings.setOpen(false);
-    const auto running = add(2, picture(9, 9), {});
-    add(3, picture(9, 9), {});
+    add(2);
+    add(3);
     decodings.waitForStarted(2);
     queue.cancelAllOperations(); // ends the decoding, though its gate is shut
     queue.waitUntilAllOperationsAreFinished();
@@ -199,12 +172,10 @@ TEST_F(BuildThumbTest, WhatCannotBeDecodedOrWasCancelledLeavesNothing) {
 
 TEST_F(BuildThumbTest, ThumbnailsThatCannotBeStoredHaveFailedAndAreToldOnce) {
     testing::internal::CaptureStderr();
-    add(1, picture(9, 9), {});
-    queue.waitUntilAllOperationsAreFinished();
+    build(1);
     ASSERT_TRUE(db.executeUpdate(u"pragma query_only = on"_s));
-    add(2, picture(9, 9), {});
-    add(3, picture(9, 9), {});
-    queue.waitUntilAllOperationsAreFinished();
+    build(2);
+    build(3);
     const std::string told = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::ranges::count(told, '\n'), 1) << told;
     EXPECT_EQ(services->built, 1U);
@@ -213,72 +184,60 @@ TEST_F(BuildThumbTest, ThumbnailsThatCannotBeStoredHaveFailedAndAreToldOnce) {
 }
 
 TEST_F(BuildThumbTest, StoredThumbnailsComeInTheColoursOfTheScreen) {
-    QImage image(8, 8, QImage::Format_RGB32);
+    QImage image = picture({8, 8});
     image.fill(qRgb(200, 60, 60));
-    add(1, image, {});
-    queue.waitUntilAllOperationsAreFinished();
+    build(1, image);
     const QColorSpace wide(QColorSpace::AdobeRgb);
-    const auto colour = [&](bool preload, const QColorSpace& space) {
-        return ThumbnailStore::loadThumbnail(db, 1, preload, space).pixelColor(4, 4);
+    const auto red = [&](bool preload, const QColorSpace& space) {
+        return ThumbnailStore::loadThumbnail(db, 1, preload, space).pixelColor(4, 4).red();
     };
-    const QColor plain = colour(false, wide);
-    EXPECT_NEAR(plain.red(), 200, 3);
-    EXPECT_EQ(colour(true, {}), plain);
-    EXPECT_LT(colour(true, wide).red(), 185) << "the same red in a wider space";
+    EXPECT_NEAR(red(false, wide), 200, 3);
+    EXPECT_NEAR(red(true, {}), 200, 3);
+    EXPECT_LT(red(true, wide), 185) << "the same red in a wider space";
     ASSERT_TRUE(db.executeUpdate(u"update Thumbnail set Data = 'damaged'"_s));
     EXPECT_TRUE(ThumbnailStore::loadThumbnail(db, 1, true, wide).isNull());
 }
 
-TEST_F(BuildThumbTest, IdleCoresDecodeAheadAndTheOrderStays) {
+TEST_F(BuildThumbTest, IdleCoresDecodeAheadTheOrderStaysAndCancellingGivesTheirPlacesBack) {
     constexpr int cores = 3;
+    EXPECT_EQ(DecodeAhead(1).capacity(), 0);
     DecodeAhead ahead(cores);
     services->ahead = &ahead;
     queue.setSuspended(true);
-    std::vector<std::shared_ptr<PBBuildThumbOperation>> operations;
     for (qint64 id = 1; id <= 30; ++id)
-        operations.push_back(add(id, picture(400, 300), {}, id % 2 == 0));
-    ASSERT_TRUE(PBCatalogue(db).insertThumbnailWithFileId(4, "there already"));
-    operations[20]->setQueuePriority(QueuePriority::VeryHigh);
+        add(id, picture({400, 300}), {}, id % 2 == 0);
+    ASSERT_TRUE(PBCatalogue(db).insertThumbnailWithFileId(20, "there already"));
+    add(0)->setQueuePriority(QueuePriority::VeryHigh);
     decodings.setOpen(false);
     queue.setSuspended(false);
     // The build queue's own and one for each core, since it will wait for others most of the time.
     decodings.waitForStarted(cores + 1);
+    EXPECT_FALSE(ahead.takePlace());
     decodings.setOpen(true);
     queue.waitUntilAllOperationsAreFinished();
-    std::vector<qint64> expected{21};
-    for (qint64 id = 1; id <= 30; ++id) {
-        if (id != 4 && id != 21) expected.push_back(id);
-    }
+    std::vector<qint64> expected(31);
+    std::iota(expected.begin(), expected.end(), 0);
+    std::erase(expected, 20);
     EXPECT_EQ(order, expected);
-    EXPECT_EQ(decodings.most(), cores + 1);
-    EXPECT_EQ(decodings.sizes().size(), 29U);
-    EXPECT_EQ(services->built, 29U);
-    services->ahead = nullptr;
-}
+    EXPECT_EQ(decodings.all().second, cores + 1);
+    EXPECT_EQ(decodings.all().first.size(), 30U);
 
-TEST_F(BuildThumbTest, NoMoreThanTwiceTheCoresAreDecodedAheadAndCancellingDropsThem) {
-    DecodeAhead ahead(2);
-    EXPECT_EQ(DecodeAhead(1).capacity(), 0);
-    services->ahead = &ahead;
     decodings.setOpen(false);
     queue.setSuspended(true);
-    for (qint64 id = 1; id <= 20; ++id)
-        add(id, picture(10, 10), {});
+    for (qint64 id = 31; id <= 50; ++id)
+        add(id);
     queue.setSuspended(false);
-    decodings.waitForStarted(3);
-    std::vector<DecodeAhead::Place> left;
-    while (auto place = ahead.takePlace())
-        left.push_back(std::move(place));
-    EXPECT_EQ(left.size(), 0U);
+    decodings.waitForStarted(30 + cores + 1);
     queue.cancelAllOperations();
     queue.waitUntilAllOperationsAreFinished();
     // All places come back, when the decodings that were cut off have ended.
-    ASSERT_TRUE(support::spinUntil([&] {
+    std::vector<DecodeAhead::Place> left;
+    EXPECT_TRUE(support::spinUntil([&] {
         while (auto place = ahead.takePlace())
             left.push_back(std::move(place));
-        return left.size() == 4;
+        return left.size() == 2 * cores;
     }));
-    EXPECT_TRUE(order.empty());
+    EXPECT_EQ(order, expected);
     services->ahead = nullptr;
 }
 
@@ -292,12 +251,11 @@ TEST_F(BuildThumbTest, EndedThumbnailsAreToldOnTheMainThread) {
         [&](const PBBuildThumbOperation& operation) { told.insert(operation.fileId()); });
     {
         const platform::TrackingScope dragging; // holds up what can wait
-        add(1, picture(9, 9), {});
-        add(2, picture(9, 9), {});
+        add(1);
+        add(2);
         ASSERT_TRUE(support::spinUntil([&] { return told.size() == 2; }));
     }
-    add(3, picture(9, 9), {});
-    queue.waitUntilAllOperationsAreFinished();
+    build(3);
     notifier.reset();
     bool posted = false;
     loop.post(platform::MainLoop::Mode::Common, [&] { posted = true; });

@@ -36,20 +36,26 @@ struct PBThumbnailBufferManagerTest : ::testing::Test {
         }
         manager.setBrowserOrder(&order);
     }
-    PBImageFileItem& item(int group, int index) { return *shared(group, index); }
     const std::shared_ptr<PBImageFileItem>& shared(int group, int index) {
         return order.leaves.at(static_cast<std::size_t>(group)).at(static_cast<std::size_t>(index));
     }
-    void push(int group, int index) {
-        shared(group, index)->setThumbnailRef(image);
-        manager.pushImageFileItem(shared(group, index), PBImageBrowserIndex{group, index});
+    void push(int group, std::initializer_list<int> indexes) {
+        for (const int index : indexes) {
+            shared(group, index)->setThumbnailRef(image);
+            manager.pushImageFileItem(shared(group, index), PBImageBrowserIndex{group, index});
+        }
     }
-    /// Which items of a leaf hold a thumbnail, as digits.
-    QString held(int group) {
-        QString digits;
-        for (int index = 0; index < static_cast<int>(order.imageFileCount(group)); ++index)
-            if (item(group, index).hasThumbnail()) digits += QString::number(index);
-        return digits;
+    /// Which items hold a thumbnail, as digits, with "|" between the leaves.
+    QString held() {
+        return support::listed(
+                   order.leaves,
+                   [](const Items& leaf) {
+                       QString digits;
+                       for (std::size_t index = 0; index < leaf.size(); ++index)
+                           if (leaf[index]->hasThumbnail()) digits += QString::number(index);
+                       return digits;
+                   })
+            .join(u'|');
     }
 
     const QImage image{4, 4, QImage::Format_ARGB32_Premultiplied};
@@ -57,46 +63,36 @@ struct PBThumbnailBufferManagerTest : ::testing::Test {
     PBThumbnailBufferManager manager{4};
 };
 
-TEST_F(PBThumbnailBufferManagerTest, theRangeFollowsTheScrollingBothWays) {
-    makeLeaves({10});
+TEST_F(PBThumbnailBufferManagerTest, whatIsFarthestFromTheLatestGoesAndTheFrontOnATie) {
+    makeLeaves({20});
     manager.setBufferCount(0);
     EXPECT_EQ(manager.bufferCount(), 1U);
-    push(0, 0);
-    push(0, 0);
-    EXPECT_EQ(held(0), u"0") << "not cleared by its own push";
+    push(0, {0, 0});
+    EXPECT_EQ(held(), u"0") << "not cleared by its own push";
     manager.setBufferCount(4);
-    for (int index = 0; index < 8; ++index)
-        push(0, index);
-    EXPECT_EQ(held(0), u"4567");
-    push(0, 3);
-    push(0, 2);
-    EXPECT_EQ(held(0), u"2345");
+    push(0, {0, 1, 2, 3, 4, 5, 6, 7});
+    EXPECT_EQ(held(), u"4567");
+    push(0, {3, 2});
+    EXPECT_EQ(held(), u"2345");
+    manager.clearThumbnailBuffer();
+    push(0, {0, 4, 10, 12});
+    push(0, {3}); // 3 from the front, 9 from the back
+    EXPECT_EQ(held(), u"03410");
+    push(0, {5}); // 5 and 5
+    EXPECT_EQ(held(), u"34510");
     EXPECT_EQ(manager.imageFileItemCount(), 4U);
-}
-
-TEST_F(PBThumbnailBufferManagerTest, insideTheRangeTheFartherEndGoesAndTheFrontOnATie) {
-    makeLeaves({20});
-    for (const int index : {0, 4, 10, 12})
-        push(0, index);
-    push(0, 3); // 3 from the front, 9 from the back
-    EXPECT_EQ(held(0), u"03410");
-    push(0, 5); // 5 and 5
-    EXPECT_EQ(held(0), u"34510");
 }
 
 TEST_F(PBThumbnailBufferManagerTest, foldedLeavesCountForNothing) {
     makeLeaves({10, 1000, 10});
-    push(0, 0);
-    push(0, 1);
-    push(2, 8);
-    push(2, 9);
+    push(0, {0, 1});
+    push(2, {6, 7});
     order.collapsed = 1;
-    push(2, 1); // 11 from the front, 8 from the back
-    EXPECT_EQ(held(0), u"1");
+    push(0, {9}); // 9 from the front, 8 from the back
+    EXPECT_EQ(held(), u"19||67");
     order.collapsed = -1;
-    push(0, 9); // 8 from the front, far from the back
-    EXPECT_EQ(held(0), u"19");
-    EXPECT_EQ(held(2), u"18");
+    push(0, {8}); // 7 from the front, far from the back
+    EXPECT_EQ(held(), u"189||6");
 }
 
 TEST_F(PBThumbnailBufferManagerTest, anItemThatIsNotShownLosesItsThumbnail) {
@@ -108,26 +104,21 @@ TEST_F(PBThumbnailBufferManagerTest, anItemThatIsNotShownLosesItsThumbnail) {
     EXPECT_TRUE(manager.applyPreloadThumbnail(shared(0, 1), image));
     EXPECT_FALSE(manager.applyPreloadThumbnail(shared(0, 1), image)); // has one
     EXPECT_FALSE(manager.applyPreloadThumbnail(shared(0, 0), QImage()));
-    EXPECT_EQ(manager.imageFileItemCount(), 1U);
     manager.clearThumbnailBuffer();
-    EXPECT_EQ(held(0), u"");
+    EXPECT_EQ(held(), u"");
     EXPECT_EQ(manager.imageFileItemCount(), 0U);
 }
 
 TEST_F(PBThumbnailBufferManagerTest, insertionsShiftTheStoredPositions) {
-    makeLeaves({3, 10});
-    push(0, 2);
-    push(1, 4);
-    push(1, 6);
-    push(1, 8);
+    makeLeaves({4, 10});
+    push(0, {2});
+    push(1, {4, 6, 8});
     manager.notifyGroupItemInsert(1);
     manager.notifyImageFileInsert(2, 5);
-    // Stored now: (0, 2), (2, 4), (2, 7), (2, 9). One behind the last drops the first.
     order.leaves.insert(order.leaves.begin() + 1, Items());
-    manager.pushImageFileItem(shared(2, 9), PBImageBrowserIndex{2, 9});
-    EXPECT_EQ(held(0), u"");
-    manager.pushImageFileItem(shared(2, 3), PBImageBrowserIndex{2, 3});
-    EXPECT_EQ(manager.imageFileItemCount(), 4U);
+    // Stored now: (0, 2), (2, 4), (2, 7), (2, 9).
+    push(2, {3}); // 5 from the front, 6 from the back
+    EXPECT_EQ(held(), u"2||346");
 }
 
 TEST_F(PBThumbnailBufferManagerTest, theCountHoldsWhateverTheTreeDoes) {
@@ -140,11 +131,11 @@ TEST_F(PBThumbnailBufferManagerTest, theCountHoldsWhateverTheTreeDoes) {
         if (round % 500 == 499 && order.leaves.size() > 1)
             order.leaves.pop_back(); // what is stored lies beyond the tree now
         else
-            push(group, static_cast<int>(random() % leaf.size()));
+            push(group, {static_cast<int>(random() % leaf.size())});
         ASSERT_LE(manager.imageFileItemCount(), 20U);
     }
     manager.setBrowserOrder(nullptr);
-    push(0, 0);
+    push(0, {0});
     EXPECT_EQ(manager.imageFileItemCount(), 20U);
 }
 

@@ -15,7 +15,8 @@ struct ToldAliasServices final : PBAliasServices {
         ++resolved;
         mayMount = mount;
         const auto told = answers.find(aliasObject.aliasData());
-        if (told == answers.end()) return {};
+        if (told == answers.end())
+            return {platform::Resolution::Outcome::Found, aliasObject.reservePath()};
         if (error && told->second.outcome == platform::Resolution::Outcome::VolumeAbsent)
             *error = u"no disk"_s;
         return told->second;
@@ -24,7 +25,8 @@ struct ToldAliasServices final : PBAliasServices {
         return PBCatalogue(_db).updateFolderAliasWithIdReservePath(aliasId, reservePath);
     }
 
-    /// By the bytes that the tests take as bookmarks: a name for the folder.
+    /// By the bytes that the tests take as bookmarks: a name for the folder. Others are where they
+    /// were.
     std::map<QByteArray, platform::Resolution> answers;
     int resolved = 0;
     bool mayMount = false; ///< of the last question

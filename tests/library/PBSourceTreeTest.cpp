@@ -1,13 +1,8 @@
 #include "library/FolderIcons.h"
 #include "library/LibrarySupport.h"
 #include "library/PBAliasResolver.h"
-#include "library/PBPathHistory.h"
 #include "library/PBSourceTreeDataSource.h"
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/BoundedCalls.h"
-#include "platform/work/MainLoop.h"
-
-#include <unistd.h>
 
 namespace {
 
@@ -123,23 +118,6 @@ TEST_F(PBSourceTreeTest, slowDiskBringsChildrenLater) {
     EXPECT_TRUE(item->children().empty());
 }
 
-TEST_F(PBSourceTreeTest, manySubfoldersAreListedInOneGo) {
-    for (int i = 0; i < 300; ++i)
-        make(u"A/n%1"_s.arg(i));
-    platform::MainLoop loop;
-    platform::BoundedCalls calls([&](std::function<void()> function) {
-        loop.post(platform::MainLoop::Mode::Common, std::move(function));
-    });
-    PBBoundedFolderLister bounded(calls, std::chrono::milliseconds(0));
-    PBSourceTreeDataSource slowTree(manager, bounded);
-    const auto root = addRoot(path(u"A"));
-    slowTree.reloadCategoryItem();
-    const auto item = slowTree.folderAliasItemWithAliasObject(*root);
-    static_cast<void>(item->children());
-    EXPECT_TRUE(support::spinUntil([&] { return item->loadedChildren().size() == 300; }));
-    EXPECT_EQ(item->loadedChildren().back()->folderName(), u"n299"_s);
-}
-
 TEST_F(PBSourceTreeTest, categoriesShowTheRootsThatAreNoZombies) {
     const auto one = addRoot(make(u"one"));
     addZombie(make(u"dead"));
@@ -193,10 +171,8 @@ TEST_F(PBSourceTreeTest, rowsTellWhetherTheirRootIsThere) {
     EXPECT_NE(iconOfHome, FolderIcons::nameForPath(path(u"A")));
     EXPECT_EQ(FolderIcons::nameForPath(u"/"_s), u"drive-harddisk"_s);
     EXPECT_EQ(tree.heightOfRow(*home), 32);
-    EXPECT_TRUE(tree.isSelectable(*home));
     const auto category = tree.shownCategories().front();
     EXPECT_EQ(tree.heightOfRow(*category), 20);
-    EXPECT_FALSE(tree.isSelectable(*category));
     for (const auto& [type, icon] :
          {std::pair(PBAliasObject::Local, u"folder"_s),
           {PBAliasObject::Network, u"network-server"_s},
@@ -209,27 +185,6 @@ TEST_F(PBSourceTreeTest, rowsTellWhetherTheirRootIsThere) {
         EXPECT_EQ(item->description(), platform::localizedString(u"TryMounted"));
         EXPECT_EQ(item->displayIcons(), (QStringList{icon, u"emblem-symbolic-link"_s}));
     }
-}
-
-TEST_F(PBSourceTreeTest, historyGoesBackAndForwardAndForgetsWhatLayAhead) {
-    PBPathHistory history;
-    EXPECT_TRUE(!history.canBack() && !history.canForward() && !history.back(nullptr));
-    const auto root = addRoot(u"/A"_s);
-    for (const QString& way : support::words("1 2 3"))
-        history.pushAliasObject(root, way);
-    QString way;
-    EXPECT_FALSE(history.canForward() || history.forwardPlace() || history.forward(&way));
-    EXPECT_EQ(history.backPlace()->relativePath, u"2"_s);
-    EXPECT_EQ(history.back(&way), root);
-    EXPECT_EQ(history.back(&way), root);
-    EXPECT_EQ(way, u"1"_s);
-    EXPECT_FALSE(history.canBack() || history.backPlace() || history.back(&way));
-    EXPECT_EQ(history.forwardPlace()->relativePath, u"2"_s);
-    EXPECT_EQ(history.forward(&way), root);
-    EXPECT_EQ(way, u"2"_s);
-    history.pushAliasObject(root, u"4"_s);
-    EXPECT_FALSE(history.canForward()) << "3 is forgotten";
-    EXPECT_EQ(history.backPlace()->relativePath, u"2"_s);
 }
 
 } // namespace

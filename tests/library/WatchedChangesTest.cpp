@@ -115,11 +115,8 @@ TEST(SCEventsTest, OneStreamAtATimeTellsItsDelegate) {
     events.setDelegate(&listener);
 
     EXPECT_FALSE(events.startWatchingPaths({}) || events.flushEventStreamSync());
-    EXPECT_TRUE(events.startWatchingPaths({root}));
+    EXPECT_TRUE(events.startWatchingPaths({root}) && events.flushEventStreamSync());
     EXPECT_FALSE(events.startWatchingPaths({u"/"_s}));
-    EXPECT_EQ(events.watchedPaths(), QStringList{root});
-    events.flushEventStreamSync();
-
     support::writeFile(root + u"/a.jpg"_s, "a");
     EXPECT_TRUE(events.flushEventStreamSync());
     ASSERT_TRUE(support::spinUntil([&] { return !listener.paths.isEmpty(); }));

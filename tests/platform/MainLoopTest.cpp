@@ -1,4 +1,5 @@
 #include "platform/work/MainLoop.h"
+#include "platform/work/MainThread.h"
 
 #include "support/Support.h"
 
@@ -100,5 +101,14 @@ TEST_F(MainLoopTest, delayedCallsRunByDeadlineThenByArrivalAndLeaveTimeForOthers
     EXPECT_TRUE(spinUntil([&] { return done; }));
     loop.cancelPreviousPerformRequestsWithTarget(&target);
 }
+
+#ifndef QT_NO_DEBUG
+TEST(MainThreadTest, callsOnOtherThreadsEndTheProgram) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    platform::assertMainThread();
+    EXPECT_DEATH(
+        std::thread([] { platform::assertMainThread(); }).join(), "for the main thread only");
+}
+#endif
 
 } // namespace

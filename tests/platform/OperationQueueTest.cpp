@@ -2,7 +2,6 @@
 #include "support/Support.h"
 
 #include <latch>
-#include <semaphore>
 
 #include <pthread.h>
 
@@ -85,25 +84,6 @@ TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {
         queue.reset();
         EXPECT_TRUE(operation->isFinished() && behind->isCancelled() && behind->isFinished());
         EXPECT_STREQ(name.c_str(), "a name longer t");
-    }
-}
-
-TEST(OperationQueueTest, theAllowedNumberRunsAtOnceAndNoMore) {
-    for (const int limit : {1, 3}) {
-        OperationQueue queue(u"test"_s, limit);
-        std::counting_semaphore<> started(0);
-        std::counting_semaphore<> gate(0);
-        for (int i = 0; i < 10; ++i)
-            queue.addOperation([&] {
-                started.release();
-                gate.acquire();
-            });
-        for (int i = 0; i < limit; ++i)
-            EXPECT_TRUE(started.try_acquire_for(std::chrono::seconds(20)));
-        EXPECT_EQ(queue.nextOperations(99).size(), 10U - static_cast<unsigned>(limit));
-        EXPECT_FALSE(started.try_acquire());
-        gate.release(10);
-        queue.waitUntilAllOperationsAreFinished();
     }
 }
 

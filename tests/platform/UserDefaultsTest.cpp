@@ -46,8 +46,8 @@ TEST_F(UserDefaultsTest, everyTypeSurvivesARestart) {
         defaults.setIntegers({3}, u"One"_s);
         defaults.setIntegers({}, u"None"_s);
         defaults.setIntegerArrays(chains, u"Chains"_s);
-        defaults.setInteger(1, u"Gone"_s);
-        defaults.removeKey(u"Gone"_s);
+        defaults.setInteger(1, key);
+        defaults.removeKey(key);
     }
     const UserDefaults defaults(file);
     EXPECT_EQ(defaults.boolForKey(u"Bool"_s), false);
@@ -59,7 +59,7 @@ TEST_F(UserDefaultsTest, everyTypeSurvivesARestart) {
     EXPECT_EQ(defaults.integersForKey(u"One"_s), std::vector{3});
     EXPECT_EQ(defaults.integersForKey(u"None"_s), std::vector<int>());
     EXPECT_EQ(defaults.integerArraysForKey(u"Chains"_s), chains);
-    EXPECT_FALSE(defaults.hasKey(u"Gone"_s));
+    EXPECT_FALSE(defaults.hasKey(key));
 }
 
 TEST_F(UserDefaultsTest, fileThatIsDamagedOrCantBeMadeIsLeftAloneAndChangesStayInMemory) {

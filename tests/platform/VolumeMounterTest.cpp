@@ -75,18 +75,15 @@ struct VolumeMounterTest : testing::Test {
         [this] { return QDBusConnection::connectToPeer(server.address(), u"disks"_s); }};
 };
 
-TEST_F(VolumeMounterTest, diskIsFoundByItsUuidAndMounted) {
+TEST_F(VolumeMounterTest, diskIsFoundByItsUuidAndMountedOrItIsToldWhyNot) {
     EXPECT_TRUE(mounter.canMount({"vfat", "abcd12ef", "/dev/x", 0}));
     EXPECT_FALSE(mounter.canMount({"nfs", "", "server:/x", 0}));
     const DiskServiceMounter lonely([] { return QDBusConnection(u"none"_s); });
     EXPECT_FALSE(lonely.canMount({"vfat", "abcd12ef", "/dev/x", 0}));
     EXPECT_EQ(mount("abcd12ef"), u"mounted"_s);
-    EXPECT_EQ(service.calls.constLast(), u"Mount /disks/a1"_s);
-}
-
-TEST_F(VolumeMounterTest, failuresAreToldOnce) {
+    EXPECT_EQ(service.calls.takeLast(), u"Mount /disks/a1"_s);
     EXPECT_EQ(mount("0000"), platform::localizedString(u"VolumeNotConnected"));
-    EXPECT_EQ(service.calls.size(), 1);
+    EXPECT_EQ(service.calls.filter(u"Mount"_s), QStringList());
     service.refusal = u"not authorised"_s;
     EXPECT_EQ(mount("abcd12ef"), service.refusal);
     service.refusal.clear();

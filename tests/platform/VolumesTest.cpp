@@ -3,8 +3,6 @@
 
 #include "support/Support.h"
 
-#include <sys/mount.h>
-
 using namespace platform;
 
 namespace {
@@ -151,39 +149,22 @@ TEST_F(VolumesTest, fileSystemsAgreeByTheBestMarkBothKnow) {
         EXPECT_EQ((FileSystemIdentity{type, "", "", 0}).inodeStability(), stability) << type;
 }
 
-/// What a watcher tells, in order.
-std::unique_ptr<VolumeWatcher> watcherOf(const QString& mountInfo, QStringList& told) {
-    auto watcher = std::make_unique<VolumeWatcher>(mountInfo);
-    const auto note = [&told](QChar sign) {
-        return [&told, sign](const QString& place) { told.append(sign + place); };
-    };
-    QObject::connect(watcher.get(), &VolumeWatcher::volumeDidMount, watcher.get(), note(u'+'));
-    QObject::connect(watcher.get(), &VolumeWatcher::volumeDidUnmount, watcher.get(), note(u'-'));
-    return watcher;
-}
-
 TEST_F(VolumesTest, differencesOfTheMountTableAreToldOnce) {
     QStringList told;
     const QByteArray before = support::readFile(sources.mountInfo);
-    const auto watcher = watcherOf(sources.mountInfo, told);
+    VolumeWatcher watcher(sources.mountInfo);
+    const auto note = [&told](QChar sign) {
+        return [&told, sign](const QString& place) { told.append(sign + place); };
+    };
+    QObject::connect(&watcher, &VolumeWatcher::volumeDidMount, &watcher, note(u'+'));
+    QObject::connect(&watcher, &VolumeWatcher::volumeDidUnmount, &watcher, note(u'-'));
     addMount("60 20 0:60 / /mnt/a rw - tmpfs a rw");
     addMount("61 20 0:61 / /proc rw - proc proc rw");
-    watcher->check();
-    watcher->check();
+    watcher.check();
+    watcher.check();
     support::writeFile(sources.mountInfo, before + "60 20 0:62 / /mnt/b rw - tmpfs a rw\n");
-    watcher->check();
+    watcher.check();
     EXPECT_EQ(told, (QStringList{u"+/mnt/a"_s, u"-/mnt/a"_s, u"+/mnt/b"_s}));
-}
-
-TEST(VolumeWatcherTest, kernelWakesTheWatcher) {
-    const QTemporaryDir folder;
-    const QByteArray place = QFile::encodeName(folder.path());
-    QStringList told;
-    const auto watcher = watcherOf(VolumeSources().mountInfo, told);
-    if (::mount("none", place, "tmpfs", 0, nullptr) != 0) GTEST_SKIP() << "not allowed to mount";
-    EXPECT_TRUE(support::spinUntil([&] { return told.contains(u'+' + folder.path()); }));
-    ::umount(place.constData());
-    EXPECT_TRUE(support::spinUntil([&] { return told.contains(u'-' + folder.path()); }));
 }
 
 } // namespace

@@ -14,14 +14,22 @@ TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
     support::writeFile(path(u"none/notes.txt"_s), "no picture");
     support::writeFile(path(u"sub/damaged.jpg"_s), "no picture either");
     ASSERT_EQ(::mkfifo(qPrintable(path(u"none/pipe.jpg"_s)), 0600), 0);
-    ASSERT_TRUE(QFile::link(path({}), path(u"sub/around"_s)));
+    QDir().mkpath(path(u"none/folder.jpg"_s));
+    const std::pair<QString, QString> links[] = {
+        {path({}), u"sub/around"_s},
+        {u"itself.jpg"_s, u"none/itself.jpg"_s},
+        {u"nowhere"_s, u"none/dangling.jpg"_s}};
+    for (const auto& [to, link] : links)
+        ASSERT_TRUE(QFile::link(to, path(link)));
+    const QString longest = QString(251, u'n') + u".jpg"_s;
+    makePicture(longest);
     scan();
 
-    EXPECT_EQ(images(), words("a.jpg b.PNG c.jpg d.jpg damaged.jpg"));
+    EXPECT_EQ(images(), words("a.jpg b.PNG c.jpg d.jpg damaged.jpg") + QStringList{longest});
     EXPECT_EQ(shown(), images());
     EXPECT_EQ(rows(u"select RelativePath from Folder order by 1"_s), words("NULL sub sub/deep"));
-    EXPECT_EQ(count(thumbnails, "Thumbnail"), 4);
-    EXPECT_EQ(figures.rowsInserted, 5U);
+    EXPECT_EQ(count(thumbnails, "Thumbnail"), 5);
+    EXPECT_EQ(figures.rowsInserted, 6U);
     EXPECT_EQ(finished, 1);
 
     const auto onDisk = platform::FileManager::resourceValues(path(u"a.jpg"_s));

@@ -99,19 +99,4 @@ TEST_F(PaneLayoutTest, sizesAndHiddenPanesComeBackInTheNextWindow) {
     EXPECT_EQ(defaults.doubleForKey(u"SourceGroupSplitPos"_s), 300) << "of a hidden one, its last";
 }
 
-TEST_F(PaneLayoutTest, theKeyboardLeavesAPaneThatGoesOutOfSight) {
-    Panes panes(defaults);
-    panes.thumbnail->setFocusPolicy(Qt::StrongFocus);
-    auto* field = new QWidget(panes.source);
-    field->setFocusPolicy(Qt::StrongFocus);
-    field->show();
-    panes.view->activateWindow();
-    field->setFocus();
-    ASSERT_TRUE(support::spinUntil([&] { return field->hasFocus(); }));
-    panes.toggle(Info);
-    EXPECT_TRUE(field->hasFocus());
-    panes.toggle(Folder);
-    EXPECT_TRUE(panes.thumbnail->hasFocus());
-}
-
 } // namespace

@@ -25,10 +25,9 @@ TEST_F(SettingsTest, whatIsChosenIsThereAgainAtTheNextStart) {
     WindowSettings(defaults).setInfoTag(1);
     platform::UserDefaults stored(folder.filePath(u"Velmora.conf"_s));
     BrowsingSettings next(stored);
-    EXPECT_FALSE(next.recurseSubFolder());
+    EXPECT_TRUE(next.descendingSort() && !next.recurseSubFolder());
     EXPECT_EQ(*next.groupTypeArray(), (std::vector{63, 0}));
     EXPECT_EQ(next.sortType(), group::SortPixelArea);
-    EXPECT_TRUE(next.descendingSort());
     EXPECT_EQ(next.filter(), 3U);
     EXPECT_EQ(next.searchString(), QString()) << "never stored";
     EXPECT_EQ(WindowSettings(stored).infoTag(), 1);

@@ -36,25 +36,10 @@ struct NotedDelegate final : PBAppDelegate {
     std::shared_ptr<PBOpenFiles> openFiles;
 };
 
-/// Finds roots where they were, unless the test says that their disks are away.
-struct DisksOfTheTest final : PBAliasServices {
-    platform::Resolution resolveAlias(const PBAliasObject& root, bool, QString* error) override {
-        using Outcome = platform::Resolution::Outcome;
-        if (!away.contains(root.reservePath())) return {Outcome::Found, root.reservePath()};
-        if (error) *error = u"no disk"_s;
-        return {Outcome::VolumeAbsent, {}};
-    }
-    bool storeReservePath(qint64, const QString&) override { return true; }
-
-    QStringList away;
-};
-
 /// What the window stands on, without threads that scan or decode: catalogues in memory, queues
 /// that do nothing, and a tree that the test publishes.
-struct ShellFixture : testing::Test {
+struct ShellFixture : LibraryTest {
     ShellFixture() {
-        EXPECT_TRUE(db.open());
-        EXPECT_TRUE(PBCatalogue(db).checkTables_FilesDb());
         EXPECT_TRUE(thumbnails.open());
         EXPECT_TRUE(PBCatalogue(thumbnails).checkTables_Thumbnail());
         for (platform::OperationQueue* queue : {&scanQueue, &preloadQueue, &buildQueue})
@@ -82,24 +67,11 @@ struct ShellFixture : testing::Test {
             .geoManager = places,
             .imageImporterManager = importers};
     }
-    QString make(QStringView below) {
-        QDir().mkpath(path(below));
-        return path(below);
-    }
-    QString path(QStringView below) const { return folder.filePath(below.toString()); }
-    /// A root in catalogue and manager, mounted.
-    std::shared_ptr<PBAliasObject> addRoot(const QString& path) {
-        const auto id = PBCatalogue(db).insertFolderAliasWithData(path.toUtf8(), 0, path, 0);
-        const auto root = PBAliasObject::aliasObjectWithId(
-            id, path.toUtf8(), QUrl::fromLocalFile(path), path, 0, PBAliasObject::Local);
-        manager.addAliasObject(root);
-        return root;
-    }
     /// The root's disk is pulled out or plugged in; nobody is told.
     void setAway(PBAliasObject& root, bool isAway) {
-        disks.away.removeAll(root.reservePath());
-        if (isAway) disks.away.append(root.reservePath());
-        root.resolveWithMount({.includeMounted = true}, disks);
+        using enum platform::Resolution::Outcome;
+        answer(root, isAway ? VolumeAbsent : Found, root.reservePath());
+        root.resolveWithMount({.includeMounted = true}, services);
         ASSERT_EQ(root.isMounted(), !isAway);
     }
     /// The catalogue takes no more of these for roots.
@@ -126,11 +98,7 @@ struct ShellFixture : testing::Test {
         source.groupItemArrayDidFinish(group::makeGroupPublication(work));
     }
 
-    QTemporaryDir folder;
-    FMDatabase db{QString()};
-    DisksOfTheTest disks;
-    PBAliasManager manager{{db, disks, {}}};
-    platform::UserDefaults defaults{folder.filePath(u"Velmora.conf"_s)};
+    platform::UserDefaults defaults{path(u"Velmora.conf")};
     BrowsingSettings browsing{defaults};
     NotedDelegate delegate;
     FMDatabase thumbnails{QString()};

@@ -1,5 +1,4 @@
 #include "shell/ShellFixture.h"
-#include "shell/groups/GroupMenus.h"
 #include "shell/sidebar/FolderPrompts.h"
 #include "shell/sidebar/SourceSidebar.h"
 
@@ -84,7 +83,7 @@ TEST_F(SidebarCommandsTest, aRootThatIsSelectedIsLookedForAndWhatHinderedItIsTol
     EXPECT_EQ(prompts.told, QStringList{u"!A"_s});
     EXPECT_EQ(delegate.watchUpdates, 0);
     EXPECT_FALSE(history.canBack());
-    disks.away.clear();
+    answer(*a, platform::Resolution::Outcome::Found, path(u"A"));
     Q_EMIT sidebar.view()->selectedRowPressed(sidebar.view()->currentIndex());
     EXPECT_TRUE(a->isMounted());
     EXPECT_EQ(delegate.watchUpdates, 1);
@@ -147,6 +146,10 @@ TEST_F(SidebarCommandsTest, stepsOfTheHistoryAreNoEntriesOfItAndPassOverWhatIsGo
     EXPECT_EQ(stepped.size(), 3);
     selection.back();
     EXPECT_EQ(stepped.size(), 4) << "also where no step is left";
+    EXPECT_TRUE(history.canForward());
+    select(*b);
+    EXPECT_FALSE(history.canForward()) << "what lay ahead is forgotten";
+    EXPECT_EQ(history.backPlace()->aliasObject, a);
 }
 
 TEST_F(SidebarCommandsTest, aNewRootIsStoredWatchedShownAndSelectedAfterTheScanLetGo) {
@@ -219,37 +222,6 @@ TEST_F(SidebarCommandsTest, aRemovedRootEndsItsScanAndComesBackAsItWas) {
     EXPECT_EQ(prompts.told.last(), u"#A"_s);
     EXPECT_EQ(selected(), path(u"A"));
     EXPECT_EQ(delegate.scans, scans + 1) << "what was ended begins anew";
-}
-
-TEST_F(ShellFixture, presetsAreSavedChosenAndRemoved) {
-    struct NoPrompts final : GroupPrompts {
-        void alertLocationRequireSystem() override {}
-    } none;
-    GroupMenus menus(
-        {.groupTypeArray = [this] { return browsing.groupTypeArray(); },
-         .setGroupTypeArray = [this](PBGroupTypeArray chain) { browsing.setGroupTypeArray(chain); },
-         .scan = [this] { delegate.scan(); },
-         .canUseGeocoder = [] { return false; },
-         .settings = defaults,
-         .prompts = none});
-    using Type = group::GroupPresets::Action::Type;
-    const group::GroupChain first = *browsing.groupTypeArray();
-    const group::GroupChain second{group::StarRating};
-    struct {
-        Type type;
-        group::GroupChain chain;
-        std::vector<group::GroupChain> saved;
-        int scans;
-    } const steps[] = {
-        {Type::Save, {}, {first}, 0},       {Type::Select, first, {first}, 0}, // the chain in force
-        {Type::Select, second, {first}, 1}, {Type::Save, {}, {first, second}, 1},
-        {Type::Remove, first, {second}, 1}, {Type::RemoveAll, {}, {}, 1}};
-    for (const auto& [type, chain, saved, scans] : steps) {
-        menus.groupContextMenuClicked({type, chain});
-        EXPECT_EQ(group::GroupPresets(defaults).chains(), saved);
-        EXPECT_EQ(delegate.scans, scans);
-    }
-    EXPECT_EQ(*browsing.groupTypeArray(), second);
 }
 
 } // namespace

@@ -20,10 +20,7 @@ struct SourceTreeModelTest : LibraryTest {
         }
         return rows.join(u' ');
     }
-    void open(const PBFolderItem& item) {
-        const QModelIndex index = model.indexForItem(item);
-        if (model.canFetchMore(index)) model.fetchMore(index);
-    }
+    void open(const PBFolderItem& item) { model.fetchMore(model.indexForItem(item)); }
 
     StoppableLister lister;
     PBSourceTreeDataSource tree{manager, lister};

@@ -1,7 +1,5 @@
-#include "group/PBImageFileItem.h"
 #include "shell/panes/WorkProgress.h"
 #include "shell/toolbar/MainToolbar.h"
-#include "shell/toolbar/ToolbarValidation.h"
 
 #include "support/Support.h"
 
@@ -9,32 +7,6 @@
 #include <QSignalSpy>
 
 namespace {
-
-TEST(ToolbarValidationTest, aCommandTakesAsMuchOfTheSelectionAsItNeeds) {
-    using Command = ToolbarValidation::Command;
-    const auto item = PBImageFileItem::imageFileItemWithId(1, 1, u"a.jpg"_s, 1, 1);
-    std::shared_ptr<PBImageFileItem> selected;
-    int asked = 0;
-    bool isServed = true;
-    ToolbarValidation validation(
-        {.canBack = [] { return true; },
-         .canForward = [] { return false; },
-         .firstSelected = [&] { return ++asked, selected; },
-         .allSelected = [] { return PBImageFileList(); },
-         .isServed = [&](Command) { return isServed; }});
-    EXPECT_TRUE(validation.isEnabled(Command::back));
-    EXPECT_FALSE(validation.isEnabled(Command::forward));
-    EXPECT_EQ(asked, 0) << "the history has nothing to do with the selection";
-    for (const bool served : {false, true})
-        for (const auto& first : {decltype(item)(), item})
-            for (const Command command :
-                 {Command::rotate, Command::shareClicked, Command::deleteClicked}) {
-                isServed = served;
-                selected = first;
-                EXPECT_EQ(validation.isEnabled(command), served && first);
-            }
-    EXPECT_FALSE(validation.validateToolbarItem(Command::rotate)) << "the selection is let go";
-}
 
 struct MainToolbarTest : testing::Test {
     MainToolbarTest() {

@@ -6,22 +6,26 @@
 
 namespace support {
 
-/// The disk under SQLite for as long as it lives: every call for a file whose path has the
-/// part in it is counted, and those that a test says fail, as a full or broken disk makes them.
-/// Connections are opened while it stands and closed before it goes. One at a time.
+/// The disk under SQLite while it lives: calls for files with the part in their path are counted,
+/// and those that a test says fail. Connections are opened and closed within its life.
 class FaultyDisk {
 public:
     explicit FaultyDisk(const QString& part) : _part(QFile::encodeName(part)) {
-        _under = sqlite3_vfs_find(nullptr);
-        _vfs = *_under;
+        _now = this;
         _vfs.zName = "faulty";
-        _vfs.pAppData = this;
-        _vfs.szOsFile = static_cast<int>(sizeof(File)) + _under->szOsFile;
-        _vfs.xOpen = [](sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags,
-                        int* out) { return of(vfs)->open(name, file, flags, out); };
-        _vfs.xDelete = [](sqlite3_vfs* vfs, const char* name, int sync) {
-            if (of(vfs)->fails(name)) return SQLITE_IOERR_DELETE;
-            return of(vfs)->_under->xDelete(of(vfs)->_under, name, sync);
+        _vfs.xOpen = [](sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* out) {
+            file->pMethods = nullptr;
+            const bool isCounted = name && QByteArray(name).contains(_now->_part);
+            if (isCounted && _now->fails()) return SQLITE_CANTOPEN;
+            const int result = _now->_under->xOpen(_now->_under, name, file, flags, out);
+            if (isCounted && file->pMethods)
+                file->pMethods = _now->counted(*file->pMethods, flags & SQLITE_OPEN_MAIN_DB);
+            return result;
+        };
+        _vfs.xDelete = [](sqlite3_vfs*, const char* name, int sync) {
+            const bool isCounted = QByteArray(name).contains(_now->_part);
+            if (isCounted && _now->fails()) return SQLITE_IOERR_DELETE;
+            return _now->_under->xDelete(_now->_under, name, sync);
         };
         sqlite3_vfs_register(&_vfs, 1);
     }
@@ -32,77 +36,49 @@ public:
     FaultyDisk(const FaultyDisk&) = delete;
     FaultyDisk& operator=(const FaultyDisk&) = delete;
 
-    /// The call with this number, counted from now and from 1, fails, and so many behind it; 0:
-    /// none.
+    /// The call of this number, from now and from 1, fails, and so many from it on; 0: none.
     void failAt(int call, int count = 1) {
         _calls = 0;
         _from = call;
         _to = call + count;
     }
-    /// Whether the call that `failAt` named came.
     [[nodiscard]] bool hasFailed() const { return _from > 0 && _calls >= _from; }
 
 private:
-    struct File {
-        sqlite3_file base;
-        FaultyDisk* disk;
-        bool isCounted;
-        sqlite3_file* real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
-    };
+    using Methods = sqlite3_io_methods;
 
-    static FaultyDisk* of(sqlite3_vfs* vfs) { return static_cast<FaultyDisk*>(vfs->pAppData); }
-    [[nodiscard]] bool isMine(const char* name) const {
-        return name && QByteArray(name).contains(_part);
-    }
-    [[nodiscard]] bool fails(const char* name) { return isMine(name) && countCall(); }
-    [[nodiscard]] bool countCall() {
+    [[nodiscard]] bool fails() {
         const int call = ++_calls;
         return call >= _from && call < _to;
     }
-
-    int open(const char* name, sqlite3_file* file, int flags, int* out) {
-        auto* opened = reinterpret_cast<File*>(file);
-        *opened = {{nullptr}, this, isMine(name)};
-        if (fails(name)) return SQLITE_CANTOPEN;
-        const int result = _under->xOpen(_under, name, opened->real(), flags, out);
-        if (opened->real()->pMethods) file->pMethods = &methods;
-        return result;
+    /// Only the locks of a database and of what lies beside it are of different kinds.
+    [[nodiscard]] const Methods* counted(const Methods& real, bool isDatabase) {
+        Methods& methods = isDatabase ? _ofDatabase : _ofOthers;
+        methods = real;
+        methods.iVersion = 1;
+        methods.xRead = &pass<SQLITE_IOERR_READ, &Methods::xRead, void*, int, sqlite3_int64>;
+        methods.xWrite = &pass<SQLITE_FULL, &Methods::xWrite, const void*, int, sqlite3_int64>;
+        methods.xTruncate = &pass<SQLITE_IOERR_TRUNCATE, &Methods::xTruncate, sqlite3_int64>;
+        methods.xSync = &pass<SQLITE_IOERR_FSYNC, &Methods::xSync, int>;
+        methods.xFileSize = &pass<SQLITE_IOERR_FSTAT, &Methods::xFileSize, sqlite3_int64*>;
+        if (isDatabase) {
+            methods.xLock = &pass<SQLITE_IOERR_LOCK, &Methods::xLock, int>;
+            _real = real;
+        }
+        return &methods;
     }
-    /// Hands a call on, or fails with the code.
     template <int Code, auto Method, typename... Arguments>
     static int pass(sqlite3_file* file, Arguments... arguments) {
-        auto* opened = reinterpret_cast<File*>(file);
-        if (Code != SQLITE_OK && opened->isCounted && opened->disk->countCall()) return Code;
-        sqlite3_file* real = opened->real();
-        return (real->pMethods->*Method)(real, arguments...);
+        return _now->fails() ? Code : (_now->_real.*Method)(file, arguments...);
     }
 
-    using M = sqlite3_io_methods;
-    static constexpr M methods{
-        .iVersion = 1,
-        .xClose = &pass<SQLITE_OK, &M::xClose>,
-        .xRead = &pass<SQLITE_IOERR_READ, &M::xRead, void*, int, sqlite3_int64>,
-        .xWrite = &pass<SQLITE_FULL, &M::xWrite, const void*, int, sqlite3_int64>,
-        .xTruncate = &pass<SQLITE_IOERR_TRUNCATE, &M::xTruncate, sqlite3_int64>,
-        .xSync = &pass<SQLITE_IOERR_FSYNC, &M::xSync, int>,
-        .xFileSize = &pass<SQLITE_IOERR_FSTAT, &M::xFileSize, sqlite3_int64*>,
-        .xLock = &pass<SQLITE_IOERR_LOCK, &M::xLock, int>,
-        .xUnlock = &pass<SQLITE_OK, &M::xUnlock, int>,
-        .xCheckReservedLock = &pass<SQLITE_OK, &M::xCheckReservedLock, int*>,
-        .xFileControl = &pass<SQLITE_OK, &M::xFileControl, int, void*>,
-        .xSectorSize = &pass<SQLITE_OK, &M::xSectorSize>,
-        .xDeviceCharacteristics = &pass<SQLITE_OK, &M::xDeviceCharacteristics>,
-        .xShmMap = nullptr,
-        .xShmLock = nullptr,
-        .xShmBarrier = nullptr,
-        .xShmUnmap = nullptr,
-        .xFetch = nullptr,
-        .xUnfetch = nullptr,
-    };
-
+    static inline FaultyDisk* _now = nullptr;
     const QByteArray _part;
-    sqlite3_vfs* _under = nullptr;
-    sqlite3_vfs _vfs{};
+    sqlite3_vfs* const _under = sqlite3_vfs_find(nullptr);
+    sqlite3_vfs _vfs = *_under;
+    Methods _real{};
+    Methods _ofDatabase{};
+    Methods _ofOthers{};
     std::atomic<int> _calls = 0;
     std::atomic<int> _from = 0;
     std::atomic<int> _to = 0;

@@ -189,7 +189,9 @@ void BrowserPainter::drawThumbnail(
     const QImage picture =
         _prepared.picture(thumbnail, pixels.size(), rotateAngle, _feed.hasTimeLeft());
     const PixelScope scope(painter, frame.pixelRatio);
-    if (_layout.metrics().has(BrowserMetrics::Shadow)) _shadow.draw(painter, pixels);
+    // It would shine through a pale picture.
+    const bool hasShadow = _layout.metrics().has(BrowserMetrics::Shadow) && painter.opacity() == 1;
+    if (hasShadow) _shadow.draw(painter, pixels);
     const double odd = std::fmod(rotateAngle, 90);
     if (!picture.isNull() && odd == 0) {
         painter.drawImage(pixels.topLeft(), picture);

@@ -8,7 +8,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRandomGenerator>
 
 #include <algorithm>
 #include <utility>
@@ -46,15 +45,20 @@ std::optional<qint64> number(FMDatabase& db, const QString& sql) {
 struct Counts {
     Count ledger;
     Count catalogue;
-    [[nodiscard]] bool areOfOneTime() const {
-        return ledger == catalogue && ledger.catalogueId != 0;
+    [[nodiscard]] bool areOfOneTime() const { return ledger == catalogue && ledger.edits != 0; }
+    /// A catalogue that was never bound is a new one; one that got its identity since it was bound
+    /// is known by its count.
+    [[nodiscard]] bool areOfOneCatalogue() const {
+        if (ledger.edits == 0) return false;
+        if (ledger.catalogueId == 0) return ledger.edits == catalogue.edits;
+        return ledger.catalogueId == catalogue.catalogueId;
     }
 };
 
 std::optional<Counts> countsOf(FMDatabase& both) {
     const auto ledger = countOf(both);
-    const auto id = number(both, QStringLiteral("pragma main.application_id"));
-    const auto edits = number(both, QStringLiteral("pragma main.user_version"));
+    const auto id = number(both, QStringLiteral("pragma main.user_version"));
+    const auto edits = number(both, QStringLiteral("pragma main.application_id"));
     if (!ledger || !id || !edits) return std::nullopt;
     return Counts{*ledger, {*id, *edits}};
 }
@@ -156,26 +160,21 @@ bool bindLedger(FMDatabase& both, const RootPaths& roots) {
     if (!counts || counts->areOfOneTime()) return counts.has_value();
     const auto& [ledger, catalogue] = *counts;
     MarksLedger rows(both);
+    const bool isSame = counts->areOfOneCatalogue();
+    // Ids of another catalogue say nothing in this one.
+    if (!isSame && !both.executeUpdate(QStringLiteral("update Marks set FileId = null")))
+        return false;
     const auto marked = rows.markedFileIds();
     if (!marked) return false;
-    Count bound{catalogue.catalogueId, std::max(catalogue.edits, ledger.edits)};
-    if (catalogue.catalogueId == 0 || catalogue.catalogueId != ledger.catalogueId) {
-        if (bound.catalogueId == 0)
-            bound.catalogueId = QRandomGenerator::system()->bounded(1, 0x7fffffff);
-        if (!both.executeUpdate(QStringLiteral("update Marks set FileId = null")) ||
-            !rows.takeFromCatalogue(*marked, roots))
-            return false;
-    } else if (catalogue.edits < ledger.edits) {
-        if (!rows.giveToCatalogue(*marked)) return false;
-    } else if (!rows.takeFromCatalogue(*marked, roots)) {
-        return false;
-    }
+    const bool isLedgerNewer = isSame && catalogue.edits < ledger.edits;
+    const bool isInStep =
+        isLedgerNewer ? rows.giveToCatalogue(*marked) : rows.takeFromCatalogue(*marked, roots);
+    if (!isInStep) return false;
+    const qint64 edits = std::max({catalogue.edits, ledger.edits, qint64(1)});
     return both.executeUpdate(
-               QStringLiteral("update Ledger set CatalogueId = ?,EditCount = ?"), bound.catalogueId,
-               bound.edits) &&
-           both.executeUpdate(
-               QStringLiteral("pragma main.application_id = %1").arg(bound.catalogueId)) &&
-           both.executeUpdate(QStringLiteral("pragma main.user_version = %1").arg(bound.edits));
+               QStringLiteral("update Ledger set CatalogueId = ?,EditCount = ?"),
+               catalogue.catalogueId, edits) &&
+           both.executeUpdate(QStringLiteral("pragma main.application_id = %1").arg(edits));
 }
 
 bool takeSnapshot(FMDatabase& marks, const QString& snapshotFolder, const QDateTime& now) {

@@ -436,7 +436,7 @@ bool MarksLedger::countEdit() {
     const qint64 count = (row.longLongIntForColumnIndex(0) + 1) & 0x7fffffff;
     row.close();
     return _db.executeUpdate(QStringLiteral("update Ledger set EditCount = ?"), count) &&
-           _db.executeUpdate(QStringLiteral("pragma main.user_version = %1").arg(count));
+           _db.executeUpdate(QStringLiteral("pragma main.application_id = %1").arg(count));
 }
 
 } // namespace marks

@@ -95,6 +95,10 @@ public:
                 QStringLiteral("changes of the watched folders can't be noticed: the limit "
                                "fs.inotify.max_user_instances = %1 is reached")
                     .arg(QLatin1StringView(numberIn("/proc/sys/fs/inotify/max_user_instances"))));
+            if (_options.limitReached)
+                _options.limitReached(QStringLiteral("fs.inotify.max_user_instances = %1")
+                                          .arg(QLatin1StringView(numberIn(
+                                              "/proc/sys/fs/inotify/max_user_instances"))));
             return;
         }
         _thread = std::thread([this] {
@@ -258,6 +262,7 @@ private:
     void limitReached(const QByteArray& root) override {
         mustScan(root);
         if (std::exchange(_limitTold, true)) return;
+        if (_options.limitReached) _options.limitReached(watchLimit());
         complain(QStringLiteral("no more folders can be watched: the limit %1 is reached; changes "
                                 "in some folders below %2 will be seen when they are next selected")
                      .arg(watchLimit(), QFile::decodeName(root)));

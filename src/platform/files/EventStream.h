@@ -49,6 +49,9 @@ public:
         /// From the first event of a batch to its delivery.
         std::chrono::milliseconds latency{1000};
         std::function<Clock::time_point()> now = &Clock::now;
+        /// Told once when no more folders can be watched, with the limit of the system, such as
+        /// "fs.inotify.max_user_watches = 8192". On the stream's thread; may be empty.
+        std::function<void(const QString& limit)> limitReached = {};
         /// Of an earlier stream, which has ended: what it waited for is waited for on. May be
         /// empty.
         std::shared_ptr<GrowingFiles> growing = nullptr;

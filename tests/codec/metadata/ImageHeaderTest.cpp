@@ -1,22 +1,16 @@
 #include "codec/metadata/headers/ImageHeader.h"
 
-#include "codec/metadata/ImageProperties.h"
 #include "codec/metadata/Pictures.h"
 #include "formatpictures/FormatPictures.h"
 
 #include <QColorSpace>
 #include <QImage>
 
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 namespace {
 
 using codec::Bytes;
 using codec::ImageHeader;
 using pictures::ByteWriter;
-using pictures::entry;
 using pictures::propertiesOf;
 using pictures::saved;
 
@@ -209,73 +203,47 @@ TEST(ImageHeaderTest, everyFormatTellsItsSizeDepthModelResolutionAndProfile) {
             << format;
 }
 
-TEST(ImageHeaderTest, bothTiffLayoutsGiveTheirMetadata) {
-    for (const bool big : {false, true}) {
-        SCOPED_TRACE(big);
-        const auto properties = propertiesOf(pictures::tiff(big, 400));
-        EXPECT_EQ(entry(properties, u"{Exif}", u"FocalLenIn35mmFilm"), u"35"_s);
-        EXPECT_EQ(entry(properties, u"{TIFF}", u"PhotometricInterpretation"), u"1"_s);
-    }
-}
-
-TEST(ImageHeaderTest, rawFilesHaveTheSizeThatTheyAreDevelopedTo) {
-    const auto properties =
-        propertiesOf(formatpictures::file("sensor.dng"), u"com.adobe.raw-image"_s);
-    const std::tuple<QStringView, QStringView, QString> entries[] = {
-        {u"", u"PixelWidth", u"64"_s},
-        {u"", u"PixelHeight", u"48"_s},
-        {u"", u"ColorModel", u"RGB"_s},
-        {u"{TIFF}", u"Orientation", u"6"_s},
-        {u"{Exif}", u"ISOSpeedRatings", u"200"_s},
-        {u"{Exif}", u"ExposureTime", u"0.004"_s},
-        {u"{Exif}", u"DateTimeOriginal", u"2010:07:01 12:00:00"_s}};
-    for (const auto& [dictionary, key, text] : entries)
-        EXPECT_EQ(entry(properties, dictionary, key), text);
-    // A JPEG under a raw file's name is still a picture.
-    const auto renamed = propertiesOf(pictures::jpeg(), u"com.nikon.raw-image"_s);
-    EXPECT_EQ(entry(renamed, u"", u"PixelWidth"), u"40"_s);
-}
-
-TEST(ImageHeaderTest, animationsTellTheDelayOfEachFrame) {
+/// Two frames, for 0.07 and 2.5 seconds.
+QByteArray movingGif() {
     ByteWriter gif(true);
     gif.text("GIF89a").u16(20).u16(10).u8(0x80).u8(0).u8(0).text(QByteArray(6, '\0'));
     for (const unsigned delay : {7U, 250U}) {
         gif.u8(0x21).u8(0xF9).u8(4).u8(0).u16(delay).u8(0).u8(0);
         gif.u8(0x2C).u16(0).u16(0).u16(20).u16(10).u8(0).u8(2).u8(1).u8(0).u8(0);
     }
-    gif.u8(0x3B);
-    EXPECT_EQ(entry(propertiesOf(gif.bytes()), u"{GIF}", u"DelayTime"), u"0.07"_s);
-    EXPECT_EQ(described(gif.bytes(), 1), u"20x10 8 RGB 2.5 s"_s);
-    EXPECT_EQ(described(gif.bytes(), 2), u"none"_s);
+    return gif.u8(0x3B).bytes();
 }
 
-TEST(ImageHeaderTest, theContainersRotationStandsAboveTheMetadatas) {
+TEST(ImageHeaderTest, propertiesSayWhatHeadersDoAndRawFilesTheSizeOfTheirPicture) {
     const QByteArray quarter =
         pictures::box("irot", QByteArray(1, 3)); // 270 degrees counter-clockwise
-    const auto turned = propertiesOf(pictures::heif({quarter}));
-    EXPECT_EQ(entry(turned, u"", u"PixelWidth"), u"4000"_s);
-    EXPECT_EQ(entry(turned, u"", u"Orientation"), u"6"_s);
-    // Where the catalogue looks for it.
-    EXPECT_EQ(entry(turned, u"{TIFF}", u"Orientation"), u"6"_s);
+    const QString tiffEntries = u"Exif.FocalLenIn35mmFilm TIFF.PhotometricInterpretation"_s;
+    const std::tuple<QByteArray, QString, QString, QString> rows[] = {
+        {pictures::tiff(false, 400), {}, tiffEntries, u"35 1"_s},
+        {pictures::tiff(true, 400), {}, tiffEntries, u"35 1"_s},
+        {formatpictures::file("sensor.dng"), u"com.adobe.raw-image"_s,
+         u".PixelWidth .PixelHeight .ColorModel TIFF.Orientation Exif.ISOSpeedRatings "
+         "Exif.ExposureTime Exif.DateTimeOriginal"_s,
+         u"64 48 RGB 6 200 0.004 2010:07:01 12:00:00"_s},
+        // A JPEG under a raw file's name is still a picture.
+        {pictures::jpeg(), u"com.nikon.raw-image"_s, u".PixelWidth"_s, u"40"_s},
+        {movingGif(), {}, u"GIF.DelayTime"_s, u"0.07"_s},
+        // The container's rotation, which the catalogue looks for among the metadata.
+        {pictures::heif({quarter}),
+         {},
+         u".PixelWidth .Orientation TIFF.Orientation"_s,
+         u"4000 6 6"_s}};
+    for (const auto& [bytes, type, paths, texts] : rows) {
+        const auto properties = propertiesOf(bytes, type);
+        QStringList read;
+        for (const QString& path : paths.split(u' '))
+            read += pictures::entry(properties, path);
+        EXPECT_EQ(read.join(u' '), texts);
+    }
+    EXPECT_EQ(described(movingGif(), 1), u"20x10 8 RGB 2.5 s"_s);
+    EXPECT_EQ(described(movingGif(), 2), u"none"_s);
     const QByteArray mirror = pictures::box("imir", QByteArray(1, 1));
     EXPECT_EQ(described(pictures::heif({quarter, mirror})), u"4000x3000 8 RGB o5"_s);
-}
-
-TEST(ImageHeaderTest, onlyTheHeaderOfALargeFileIsRead) {
-    constexpr off_t size = off_t(60) << 20;
-    for (const bool big : {false, true}) {
-        const int descriptor = memfd_create("large", MFD_CLOEXEC);
-        const QByteArray start = pictures::tiff(big, 1 << 20);
-        ASSERT_EQ(
-            write(descriptor, start.data(), static_cast<std::size_t>(start.size())), start.size());
-        ASSERT_EQ(ftruncate(descriptor, size), 0);
-        EXPECT_TRUE(codec::readImageProperties(descriptor, u"public.tiff"_s, 0));
-        // A page of this file comes to be when it is first looked at.
-        struct stat status = {};
-        ASSERT_EQ(fstat(descriptor, &status), 0);
-        EXPECT_LT(status.st_blocks * 512, 1 << 20);
-        close(descriptor);
-    }
 }
 
 } // namespace

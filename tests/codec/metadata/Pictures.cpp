@@ -39,23 +39,25 @@ QByteArray withMetadata(const QByteArray& picture, const Writer& writer) {
     return {reinterpret_cast<const char*>(bytes.pData_), bytes.size_};
 }
 
-std::optional<PBDictionary>
-propertiesOf(const QByteArray& bytes, const QString& type, std::size_t frame) {
-    const int descriptor = memfd_create("picture", MFD_CLOEXEC);
-    if (write(descriptor, bytes.data(), static_cast<std::size_t>(bytes.size())) != bytes.size())
+codec::process::Descriptor fileOf(const QByteArray& bytes, qint64 size) {
+    codec::process::Descriptor file(memfd_create("picture", MFD_CLOEXEC));
+    if (write(file.get(), bytes.data(), static_cast<std::size_t>(bytes.size())) != bytes.size() ||
+        ftruncate(file.get(), std::max<qint64>(size, bytes.size())) != 0)
         qFatal("a picture could not be written to memory");
-    auto properties = codec::readImageProperties(descriptor, type, frame);
-    close(descriptor);
-    return properties;
+    return file;
 }
 
-QString
-entry(const std::optional<PBDictionary>& properties, QStringView dictionary, QStringView key) {
+std::optional<PBDictionary>
+propertiesOf(const QByteArray& bytes, const QString& type, std::size_t frame) {
+    return codec::readImageProperties(fileOf(bytes).get(), type, frame);
+}
+
+QString entry(const std::optional<PBDictionary>& properties, const QString& path) {
     if (!properties) return {};
+    const QString name = u'{' + path.section(u'.', 0, 0) + u'}';
     const PBDictionary* entries =
-        dictionary.isEmpty() ? &*properties
-                             : valueForKey(*properties, dictionary.toString()).dictionary();
-    return entries ? valueForKey(*entries, key.toString()).toText() : QString();
+        name == u"{}" ? &*properties : valueForKey(*properties, name).dictionary();
+    return entries ? valueForKey(*entries, path.section(u'.', 1)).toText() : QString();
 }
 
 QByteArray box(const char* name, const QByteArray& content) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/process/Descriptor.h"
 #include "formatpictures/ByteWriter.h"
 #include "platform/values/PBValue.h"
 #include "support/Support.h"
@@ -21,14 +22,15 @@ using Writer = std::function<void(Exiv2::ExifData&, Exiv2::IptcData&, Exiv2::Xmp
 /// A file with the metadata that the writer puts in.
 [[nodiscard]] QByteArray withMetadata(const QByteArray& picture, const Writer& writer);
 
+/// A file in memory of the bytes, with zeros behind them up to that size.
+[[nodiscard]] codec::process::Descriptor fileOf(const QByteArray& bytes, qint64 size = 0);
 /// What `readImageProperties` answers for the bytes as a file.
 [[nodiscard]] std::optional<PBDictionary>
 propertiesOf(const QByteArray& bytes, const QString& type = {}, std::size_t frame = 0);
 
-/// The text form of an entry of one of the dictionaries; of the top level if its name is empty.
-/// Empty where there is none.
-[[nodiscard]] QString
-entry(const std::optional<PBDictionary>& properties, QStringView dictionary, QStringView key);
+/// The text form of an entry, such as "Exif.FNumber"; ".Depth" is one of the top level. Empty where
+/// there is none.
+[[nodiscard]] QString entry(const std::optional<PBDictionary>& properties, const QString& path);
 
 /// A box of the ISO base media format.
 [[nodiscard]] QByteArray box(const char* name, const QByteArray& content);

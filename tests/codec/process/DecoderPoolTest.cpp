@@ -6,9 +6,9 @@
 #include <QElapsedTimer>
 
 #include <csignal>
+#include <filesystem>
 #include <latch>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/wait.h>
 
@@ -19,8 +19,13 @@ using codec::process::Descriptor;
 namespace {
 
 struct DecoderPoolTest : testing::Test {
-    DecoderPool::Settings settings(int processes) const {
-        return {.executable = MISBEHAVING_DECODER, .processes = processes};
+    static DecoderPool::Settings
+    settings(int processes, std::chrono::milliseconds time = std::chrono::minutes(1)) {
+        return {
+            .executable = MISBEHAVING_DECODER,
+            .processes = processes,
+            .thumbnailTime = time,
+            .fullTime = time};
     }
 
     /// An open file of orders.
@@ -46,14 +51,8 @@ struct DecoderPoolTest : testing::Test {
         return !image.isNull();
     }
 
-    static int openDescriptors() {
-        int count = 0;
-        if (DIR* directory = ::opendir("/proc/self/fd")) {
-            while (::readdir(directory))
-                ++count;
-            ::closedir(directory);
-        }
-        return count;
+    static auto openDescriptors() {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
     }
 
     QTemporaryDir folder;
@@ -91,12 +90,9 @@ TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
 }
 
 TEST_F(DecoderPoolTest, pictureThatMisbehavesCostsOnlyItself) {
-    DecoderPool::Settings hasty = settings(1);
-    hasty.thumbnailTime = std::chrono::milliseconds(2000);
-    hasty.fullTime = std::chrono::milliseconds(2000);
-    const int before = openDescriptors();
+    const auto before = openDescriptors();
     {
-        DecoderPool pool(hasty);
+        DecoderPool pool(settings(1, std::chrono::seconds(2)));
         // Wide and high enough to be a lie for a thumbnail, or for the memory that was given.
         for (const char* order :
              {"crash", "spin", "lie 257 20", "lie 20 257", "lie 5000 5000", "nonsense"}) {
@@ -137,9 +133,8 @@ TEST_F(DecoderPoolTest, eachKindOfRequestHasItsOwnTime) {
     EXPECT_EQ(usual.fullTime, 60s);
     EXPECT_EQ(usual.addressSpaceBytes, 6ULL << 30);
     for (const int maxSize : {0, 256}) {
-        DecoderPool::Settings hasty = settings(1);
-        hasty.fullTime = maxSize == 0 ? 300ms : 1h;
-        hasty.thumbnailTime = maxSize == 0 ? 1h : 300ms;
+        DecoderPool::Settings hasty = settings(1, 1h);
+        (maxSize == 0 ? hasty.fullTime : hasty.thumbnailTime) = 300ms;
         DecoderPool pool(hasty);
         const Descriptor file = orders("spin");
         DecodeRequest request;
@@ -217,9 +212,7 @@ TEST_F(DecoderPoolTest, manyThreadsShareFewProcessesWhileSomePicturesCrash) {
 }
 
 TEST_F(DecoderPoolTest, propertiesOfManyPicturesAreReadTogetherAndAloneAfterALoss) {
-    DecoderPool::Settings hasty = settings(1);
-    hasty.thumbnailTime = std::chrono::milliseconds(2000);
-    DecoderPool pool(hasty);
+    DecoderPool pool(settings(1, std::chrono::seconds(2)));
     pool.start();
     std::vector<Descriptor> opened;
     std::vector<codec::OpenPicture> pictures;

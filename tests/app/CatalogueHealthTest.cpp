@@ -1,0 +1,49 @@
+#include "app/ScanProgram.h"
+
+namespace {
+
+struct CatalogueHealthTest : ScanProgramTest {
+    /// Overwrites the page on which most of the photographs' rows of a small catalogue stand.
+    void damageRows() const {
+        QFile file(profile + u"/files.db"_s);
+        const QByteArray bytes = support::readFile(file.fileName());
+        const qsizetype at = bytes.indexOf("p1.jpg") / 4096 * 4096;
+        ASSERT_GT(at, 0);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(at));
+        ASSERT_EQ(file.write(QByteArray(1000, '\x7f')), 1000);
+    }
+    /// What the running program tells in its window.
+    [[nodiscard]] QString notice() const {
+        QString text;
+        const auto isTold = [&] {
+            text = run({u"--profile"_s, profile, u"--state"_s}).figures()[u"notice"].toString();
+            return !text.isEmpty();
+        };
+        EXPECT_TRUE(support::spinUntil(isTold, std::chrono::seconds(60)));
+        return text;
+    }
+};
+
+} // namespace
+
+TEST_F(CatalogueHealthTest, aDamagedPageIsToldInTheWindowAndARepairSavesTheRest) {
+    for (int i = 0; i < 40; ++i)
+        makePicture(u"p%1.jpg"_s.arg(i));
+    visit({u"--add"_s, pictures});
+    EXPECT_FALSE(QFile::exists(profile + u"/running"_s)) << "ended well";
+    damageRows();
+    start({});
+    EXPECT_TRUE(notice().contains(u"damaged"_s));
+    EXPECT_TRUE(QFile::exists(profile + u"/running"_s));
+    program.terminate();
+    ASSERT_TRUE(program.waitForFinished());
+
+    support::writeFile(profile + u"/files.db.repair"_s, {});
+    visit();
+    EXPECT_TRUE(said.contains("saved from the damaged catalogue")) << said.toStdString();
+    EXPECT_TRUE(QFile::exists(profile + u"/files.db.damaged"_s));
+    EXPECT_EQ(inCatalogue(), onDisk()) << "what could not be saved is found again";
+    expectConsistentCatalogue();
+    visit();
+    EXPECT_EQ(said.toStdString(), "");
+}
