@@ -43,7 +43,7 @@ std::vector<group::ImageFileRow> CatalogueFolderScan::fetchRows(
     if (cursor.hadError()) {
         tellUnreadCatalogue(*_dictionary);
         // Rows that were not read still need it.
-        std::erase(_removeFolderIds, folderId);
+        _staleRows.keepFolder(folderId);
     }
     return taken;
 }

@@ -28,6 +28,8 @@ private:
 class StaleRows {
 public:
     void addFolder(qint64 folderId) { _folderIds.push_back(folderId); }
+    /// Takes a folder back that is still needed.
+    void keepFolder(qint64 folderId) { std::erase(_folderIds, folderId); }
     void addFile(qint64 fileId, qint64 folderId) { _files.push_back({fileId, folderId}); }
 
     /// Removes them from the catalogue, with their thumbnails. The roots are asked once more before
