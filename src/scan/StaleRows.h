@@ -28,7 +28,7 @@ private:
 class StaleRows {
 public:
     void addFolder(qint64 folderId) { _folderIds.push_back(folderId); }
-    /// Takes it back: what is in it could not be read.
+    /// Takes a folder back that is still needed.
     void keepFolder(qint64 folderId) { std::erase(_folderIds, folderId); }
     void addFile(qint64 fileId, qint64 folderId) { _files.push_back({fileId, folderId}); }
 

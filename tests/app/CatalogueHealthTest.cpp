@@ -16,7 +16,8 @@ struct CatalogueHealthTest : ScanProgramTest {
     [[nodiscard]] QString notice() const {
         QString text;
         const auto isTold = [&] {
-            text = run({u"--profile"_s, profile, u"--state"_s}).figures()[u"notice"].toString();
+            const Outcome state = run({u"--profile"_s, profile, u"--state"_s});
+            text = QJsonDocument::fromJson(state.output)[u"notice"].toString();
             return !text.isEmpty();
         };
         EXPECT_TRUE(support::spinUntil(isTold, std::chrono::seconds(60)));

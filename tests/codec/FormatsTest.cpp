@@ -307,3 +307,7 @@ TEST(Formats, StrongReductionsOfDeepPicturesStayInPlace) {
     EXPECT_LE(largestDifference(cut.image.copy(0, 0, 30, 3), plain.copy(0, 0, 30, 3), false), 5);
     EXPECT_EQ(cut.image.pixel(15, 16), 0xFF808080U);
 }
+
+TEST(Formats, DamageOfEveryKindDoesNoHarm) {
+    made::forDamagedSamples(LLVMFuzzerTestOneInput);
+}

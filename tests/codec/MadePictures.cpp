@@ -81,4 +81,19 @@ int fuzzerHint(const Picture& picture) {
     return picture.typeHint == u"com.truevision.tga-image" ? 2 : 3;
 }
 
+void forDamagedSamples(int (*fuzzer)(const std::uint8_t* data, std::size_t size)) {
+    unsigned seed = 0;
+    for (const Picture& picture : samples()) {
+        SCOPED_TRACE(picture.name);
+        std::mt19937 random(++seed);
+        for (int round = 0; round < 30; ++round) {
+            const int reducedOrNext = round % 2 * 8 + (round % 7 == 0 ? 32 : 0);
+            const QByteArray bytes = support::mutated(picture.bytes, random) +
+                                     static_cast<char>(fuzzerHint(picture) | reducedOrNext);
+            const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+            EXPECT_EQ(fuzzer(data, static_cast<std::size_t>(bytes.size())), 0);
+        }
+    }
+}
+
 } // namespace made

@@ -5,6 +5,9 @@
 
 #include <QImage>
 
+/// What a fuzzer does with an input: 0, or the end of the program if the input does harm.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
 /// `formatpictures::picture` in every format.
 namespace made {
 
@@ -24,5 +27,7 @@ struct Picture {
 [[nodiscard]] std::vector<Picture> samples();
 /// Which of the types that the fuzzer of pixels knows the picture's name would say.
 [[nodiscard]] int fuzzerHint(const Picture& picture);
+/// Calls with damaged pictures of every kind, as a fuzzer's entry takes them.
+void forDamagedSamples(int (*fuzzer)(const std::uint8_t* data, std::size_t size));
 
 } // namespace made

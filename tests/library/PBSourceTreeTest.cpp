@@ -17,7 +17,7 @@ struct PBSourceTreeTest : LibraryTest {
         return tree.folderAliasItemWithAliasObject(*root);
     }
     QStringList shown() {
-        return support::listed(tree.shownCategories(), [this](const auto& category) {
+        return support::listed(tree.shownCategories(), [](const auto& category) {
             return category->displayName() + u':' + names(category->children());
         });
     }

@@ -1,6 +1,7 @@
 #include "ui/PBScrollView.h"
 #include "support/Mouse.h"
 #include "ui/PBScroller.h"
+#include "ui/PBThemes.h"
 #include "ui/PBThumbnailScrollView.h"
 
 #include <QWheelEvent>
@@ -134,6 +135,7 @@ TEST_F(PBScrollViewTest, aGestureWithPhasesMovesAtOnceAndCountsAsScrollingUntilI
 }
 
 TEST_F(PBScrollViewTest, theKnobFollowsTheMouseAndWithTheOptionKeyAtAQuarter) {
+    PBThemes::apply(PBThemes::Scheme::Light); // the style with it
     view.setDocumentSize({280, 100000});
     PBScroller& scroller = view.scroller();
     scroller.resize(scroller.width(), 400);

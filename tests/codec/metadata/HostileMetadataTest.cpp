@@ -1,3 +1,4 @@
+#include "codec/MadePictures.h"
 #include "codec/metadata/ImageProperties.h"
 #include "codec/metadata/Pictures.h"
 
@@ -70,6 +71,10 @@ TEST(HostileMetadataTest, ofALargeFileOnlyTheStartIsRead) {
         ASSERT_EQ(fstat(file.get(), &status), 0);
         EXPECT_LT(status.st_blocks * 512, most << 20);
     }
+}
+
+TEST(HostileMetadataTest, damageOfEveryKindDoesNoHarm) {
+    made::forDamagedSamples(LLVMFuzzerTestOneInput);
 }
 
 TEST(HostileMetadataTest, manyThreadsReadAtOnce) {
