@@ -81,7 +81,7 @@ void FilePropertyBatch::restoreMarks() {
             {property.fileId, property.parentFolderPath, property.identity,
              &property.baseProperty});
     }
-    marks->restoreInserted(photographs);
+    marks->restoreInserted(photographs, *_dictionary->WorkGroupItemArray);
 }
 
 bool FilePropertyBatch::insertAll() {

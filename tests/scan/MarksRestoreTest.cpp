@@ -291,3 +291,16 @@ TEST_F(MarksRestoreTest, AnOriginalThatGoesAfterItsCopyWasCataloguedHandsItsMark
     EXPECT_EQ(marked(), u"b.png=2F in/c.png=4sea"_s);
     EXPECT_EQ(cameBack, 1);
 }
+
+/// The photograph turns up before anybody has seen that another one is in its place.
+TEST_F(MarksRestoreTest, APlaceThatAPhotographHasLeftDoesNotKeepItsMarks) {
+    beginAnew();
+    rename("a.png", "in/c.png");
+    makePicture(u"a.png"_s, {12, 9}, 7);
+    WatchedChanges changes;
+    changes.rescans.push_back({path(u"in"_s), true});
+    factory->attachChanges(changes, workTree, browsing);
+    waitForQueues();
+    EXPECT_EQ(marked(), u"b.png=2F in/c.png=4sea"_s);
+    EXPECT_EQ(cameBack, 1) << "and shows none";
+}

@@ -120,7 +120,8 @@ void MarksRestorer::rowsWereRemoved(const std::vector<qint64>& fileIds) {
     }
 }
 
-void MarksRestorer::restoreInserted(const std::vector<InsertedPhotograph>& photographs) {
+void MarksRestorer::restoreInserted(
+    const std::vector<InsertedPhotograph>& photographs, const PBGroupItemArray& workTree) {
     refresh();
     if (_index.isEmpty()) return;
     std::vector<Sighting> seen;
@@ -154,10 +155,23 @@ void MarksRestorer::restoreInserted(const std::vector<InsertedPhotograph>& photo
     std::unordered_map<qint64, PBDictionary*> columnsOf;
     for (const InsertedPhotograph& photograph : photographs)
         columnsOf.emplace(photograph.fileId, photograph.columns);
+    std::unordered_set<qint64> shown;
     for (const qint64 fileId : store(rows, seen, matches)) {
         const auto found = columnsOf.find(fileId);
-        if (found != columnsOf.end()) readMarks(fileId, *found->second);
+        if (found != columnsOf.end()) {
+            readMarks(fileId, *found->second);
+        } else {
+            shown.insert(fileId);
+        }
     }
+    tellOfItems(workTree, std::move(shown));
+}
+
+void MarksRestorer::tellOfItems(
+    const PBGroupItemArray& workTree, std::unordered_set<qint64> fileIds) {
+    if (fileIds.empty()) return;
+    PBImageFileList items = group::takeItemsWithIds(workTree, fileIds);
+    if (!items.empty()) _environment.marksCameBack(std::move(items));
 }
 
 void MarksRestorer::readMarks(qint64 fileId, PBDictionary& columns) {
@@ -232,9 +246,7 @@ void MarksRestorer::restoreRest(
              matches.begin() + static_cast<std::ptrdiff_t>(end)});
         given.insert(stored.begin(), stored.end());
     }
-    if (given.empty()) return;
-    PBImageFileList items = group::takeItemsWithIds(workTree, given);
-    if (!items.empty()) _environment.marksCameBack(std::move(items));
+    tellOfItems(workTree, std::move(given));
 }
 
 std::vector<qint64> MarksRestorer::store(

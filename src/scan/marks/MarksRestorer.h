@@ -63,7 +63,8 @@ public:
 
     /// Rows were just made of these files. What is known by its file gets its marks now, in the
     /// catalogue and in the columns that it will be shown by.
-    void restoreInserted(const std::vector<InsertedPhotograph>& photographs);
+    void restoreInserted(
+        const std::vector<InsertedPhotograph>& photographs, const PBGroupItemArray& workTree);
     /// Decides about all else that was seen, and about what was not found before. `isEndOfScan`:
     /// all of the folder was looked at. `checkpoint` runs between files that are read.
     void restoreRest(
@@ -79,6 +80,8 @@ private:
     void note(marks::Sighting sighting, bool isInserted);
     [[nodiscard]] std::vector<marks::Sighting> openSightings();
     void recordMarked();
+    /// Has the items with these ids shown with the marks that they have now.
+    void tellOfItems(const PBGroupItemArray& workTree, std::unordered_set<qint64> fileIds);
     void readMarks(qint64 fileId, PBDictionary& columns);
     [[nodiscard]] std::vector<qint64> store(
         const std::vector<marks::LedgerRow>& rows, const std::vector<marks::Sighting>& sightings,

@@ -4,6 +4,9 @@
 #include "FMDB/FMTransaction.h"
 #include "catalogue/marks/MarksFile.h"
 
+#include <array>
+#include <utility>
+
 using marks::LedgerRow;
 using marks::Marks;
 using marks::Sighting;
@@ -66,7 +69,7 @@ private:
         const Marks marks = marksFor(row, seen.trace);
         const bool isMoved = _ledger.setFileId(row.id, seen.fileId) &&
                              (marks == row.marks || _ledger.setMarks(row.id, marks));
-        if (!isMoved) return 0;
+        if (!isMoved || !clearFormer(row)) return 0;
         // The very photograph turned up: what took its place was another one.
         const bool isVeryFile =
             row.trace.identity.isKnown() && row.trace.identity == seen.trace.identity;
@@ -75,6 +78,18 @@ private:
         if (!heirs) return 0;
         _given.insert(_given.end(), heirs->begin(), heirs->end());
         return row.id;
+    }
+
+    /// A row of the catalogue that the photograph has left, and that no scan has come to yet.
+    bool clearFormer(const LedgerRow& row) {
+        if (row.fileId == 0) return true;
+        _given.push_back(row.fileId);
+        const marks::MarksChange none{
+            .stars = 0,
+            .flag = false,
+            .tags = QStringList(),
+            .rotation = std::optional<std::optional<int>>(std::in_place)};
+        return _ledger.changeCatalogue(std::array{row.fileId}, none);
     }
 
     /// The row stays, since its photograph may turn up yet; one generation is kept.
