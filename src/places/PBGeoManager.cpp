@@ -4,7 +4,6 @@
 #include "catalogue/PBCatalogue.h"
 #include "places/Gazetteer.h"
 #include "places/GeoBlobs.h"
-#include "platform/program/StandardError.h"
 #include "platform/values/CborValues.h"
 #include "platform/work/MainThread.h"
 
@@ -59,13 +58,9 @@ void PBGeoManager::loadAddressFromDb(FMDatabase& db) {
     std::vector<PlaceEntry> entries;
     // Where not all can be read, the others are looked up again: that is all there is to an error.
     FMResultSet row = db.executeQuery(QStringLiteral("select * from Geo"));
+    // Those that can't be read are looked up again.
     while (row.next()) {
         if (auto entry = entryOfRow(row)) entries.push_back(*std::move(entry));
-    }
-    if (row.hadError()) {
-        platform::complain(QStringLiteral("the addresses in %1 can't all be read (%2); the others "
-                                          "are looked up again")
-                               .arg(db.databasePath(), db.lastErrorMessage()));
     }
     const platform::Lock lock(_addressInfoArrayLock);
     for (PlaceEntry& entry : entries) {

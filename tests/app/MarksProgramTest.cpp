@@ -1,9 +1,5 @@
 #include "app/ScanProgram.h"
 
-#include <condition_variable>
-#include <csignal>
-#include <mutex>
-
 /// The program itself with marks: they are set and read as text.
 struct MarksProgramTest : ScanProgramTest {
     QString in(const QString& name) const { return pictures + u'/' + name; }
@@ -92,19 +88,14 @@ TEST_F(MarksProgramTest, AKilledProgramHasEveryEditThatItAcknowledgedInBothFiles
     for (int kill = 0; kill < kills; ++kill) {
         start({});
         int tried = 0;
-        std::atomic<bool> isOver = false;
         ASSERT_TRUE(program.waitForStarted());
-        const auto process = static_cast<pid_t>(program.processId());
-        const std::chrono::milliseconds moment(300 + random() % 1500);
-        std::jthread killer([&, process](const std::stop_token& stop) {
-            std::mutex mutex;
-            std::unique_lock lock(mutex);
-            std::condition_variable_any never;
-            never.wait_for(lock, stop, moment, [] { return false; });
-            ::kill(process, SIGKILL);
-            isOver = true;
-        });
-        while (!isOver) {
+        // A process rather than a thread: the test makes many processes meanwhile.
+        QProcess killer;
+        killer.start(
+            u"sh"_s, {u"-c"_s, u"sleep $0; kill -9 $1"_s,
+                      QString::number(0.3 + static_cast<double>(random() % 1500) / 1000),
+                      QString::number(program.processId())});
+        while (!killer.waitForFinished(0) && killer.state() != QProcess::NotRunning) {
             QByteArray lines;
             for (int number = 0; number < photographs; ++number)
                 lines += line(
@@ -116,7 +107,6 @@ TEST_F(MarksProgramTest, AKilledProgramHasEveryEditThatItAcknowledgedInBothFiles
             if (outcome.code == 0) acknowledged = kill * 1000 + tried;
             ++tried;
         }
-        killer.join();
         program.waitForFinished(10'000);
         const QString tags = u"select distinct Tag from Tags where Id in "
                              "(select Tag from ImageFile)"_s;

@@ -101,8 +101,14 @@ InotifyTree::AddedNode InotifyTree::addNode(
     }
     std::unique_ptr<Node>& node = _nodes[watch];
     if (node) {
-        const bool isSame = node->parent == parent && node->name == name;
-        return {isSame ? node.get() : nullptr, false};
+        if (node->parent == parent && node->name == name) return {node.get(), false};
+        // Two paths lead to it, or the one that it was found by has been another folder's since.
+        const QByteArray known = pathOf(*node);
+        const bool isStillThere =
+            ::inotify_add_watch(_descriptor, known.constData(), mask) == watch;
+        if (isStillThere || isAtOrAbove(*node, parent)) return {};
+        removeNode(*node);
+        return addNode(parent, name, path, root);
     }
     node = std::make_unique<Node>();
     node->watch = watch;
@@ -116,16 +122,22 @@ InotifyTree::AddedNode InotifyTree::addNode(
 void InotifyTree::addFolder(
     Node* parent, const QByteArray& name, const QByteArray& root, bool announce) {
     struct Found {
-        Node* parent;
+        int parentWatch; // a node may go while others are added
         QByteArray name;
         QByteArray path;
     };
-    std::vector<Found> found{{parent, name, parent ? pathIn(*parent, name) : name}};
+    constexpr int none = -1;
+    std::vector<Found> found{
+        {parent ? parent->watch : none, name, parent ? pathIn(*parent, name) : name}};
     while (!found.empty() && !_stop.stop_requested()) {
         const Found folder = std::move(found.back());
         found.pop_back();
-        const auto [node, isNew] = addNode(folder.parent, folder.name, folder.path, root);
-        if (!isNew) continue;
+        Node* above = folder.parentWatch == none ? nullptr : nodeOf(folder.parentWatch);
+        if (!above && folder.parentWatch != none) continue;
+        const auto [node, isNew] = addNode(above, folder.name, folder.path, root);
+        // One that is made may be known: by the event of a former folder of its path, whose end has
+        // then taken along what was found in this one.
+        if (!node || (!isNew && !announce)) continue;
         const DirectoryHandle directory = openDirectory(folder.path);
         if (!directory) continue;
         while (const dirent* entry = ::readdir(directory.get())) {
@@ -134,7 +146,7 @@ void InotifyTree::addFolder(
             const bool isFolder = isRealFolder(::dirfd(directory.get()), *entry);
             const QByteArray path = pathInFolder(folder.path, entryName);
             if (isFolder && announce) _sink.folderEvent(path, EventItemCreated | EventItemIsDir);
-            if (isFolder && isEntered(entryName)) found.push_back({node, entryName, path});
+            if (isFolder && isEntered(entryName)) found.push_back({node->watch, entryName, path});
             if (!isFolder && announce) _sink.fileCreated(path);
         }
     }
@@ -289,7 +301,16 @@ void InotifyTree::renamedTo(Node& parent, const QByteArray& name, const inotify_
         from->node->parent = &parent;
         from->node->name = name;
         parent.children[name] = from->node;
-        watchMissed(*from->node);
+        const int watch =
+            ::inotify_add_watch(_descriptor, path.constData(), treeMask | IN_DONT_FOLLOW);
+        const bool isAnother = watch >= 0 && watch != from->node->watch;
+        if (isAnother && !isAtOrAbove(*from->node, &parent)) {
+            // The path was that of a later folder when it was added.
+            removeNode(*from->node);
+            addFolder(&parent, name, parent.root, true);
+        } else {
+            watchMissed(*from->node);
+        }
     } else {
         if (from && from->node) removeNode(*from->node);
         if (isEntered(name)) addFolder(&parent, name, parent.root, false);
@@ -355,6 +376,12 @@ void InotifyTree::forgetInRenames(const Node& node) {
     for (Rename& rename : _renames) {
         if (rename.node == &node) rename.node = nullptr;
     }
+}
+
+bool InotifyTree::isAtOrAbove(const Node& node, const Node* other) {
+    while (other && other != &node)
+        other = other->parent;
+    return other != nullptr;
 }
 
 InotifyTree::Node* InotifyTree::nodeOf(int watch) const {

@@ -103,6 +103,8 @@ private:
     void removeNode(Node& node);
     void forgetInRenames(const Node& node);
     [[nodiscard]] Node* nodeOf(int watch) const;
+    /// Whether `other`, which may be nothing, is the node or below it.
+    [[nodiscard]] static bool isAtOrAbove(const Node& node, const Node* other);
     [[nodiscard]] static QByteArray pathOf(const Node& node);
     [[nodiscard]] static QByteArray pathIn(const Node& folder, const QByteArray& name);
 
