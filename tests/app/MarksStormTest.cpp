@@ -131,7 +131,7 @@ private:
     }
     void swap(const QString& path) {
         const QString other = someUntouched();
-        if (other.isEmpty()) return;
+        if (other.isEmpty() || (_isWatched && other[0] != path[0])) return;
         const QString between = fresh();
         move(path, between);
         move(other, path);
