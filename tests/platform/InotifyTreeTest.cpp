@@ -34,7 +34,11 @@ struct InotifyTreeTest : testing::Test, InotifyTree::Sink {
     void folderEvent(const QByteArray& path, std::uint32_t flags) override {
         if ((flags & EventItemRenamed) != 0) _renamed.push_back(path.mid(_root.size() + 1));
     }
-    void folderMoved(const QByteArray&, const QByteArray&) override {}
+    void folderMoved(const QByteArray& from, const QByteArray&) override {
+        std::erase_if(_files, [below = from.mid(_root.size() + 1) + '/'](const auto& file) {
+            return file.startsWith(below);
+        });
+    }
     void fileCreated(const QByteArray& path) override {
         _files.push_back(path.mid(_root.size() + 1));
     }
@@ -76,6 +80,19 @@ TEST_F(InotifyTreeTest, anotherFolderAtTheOldPlaceIsNotTakenForTheOneThatMoved) 
     move("c", "b");
     read();
     expectToldOf({"a/new/3", "b/new/4", "a/later/5", "b/later/6"});
+}
+
+TEST_F(InotifyTreeTest, aFolderThatComesAgainUnderItsNameIsLookedThrough) {
+    make({"a", "b"});
+    ASSERT_EQ(::rmdir((_root + "/a").constData()), 0);
+    move("b", "c");
+    make({"a", "b"});
+    for (const char* name : {"/a/1", "/b/2"})
+        support::writeFile(QFile::decodeName(_root + name), "x");
+    read();
+    for (const char* name : {"a/1", "b/2"})
+        EXPECT_TRUE(std::ranges::count(_files, QByteArray(name))) << name;
+    expectToldOf({"a/3", "b/4", "c/5"});
 }
 
 TEST_F(InotifyTreeTest, theOtherHalfOfARenameIsWaitedForTwentyMilliseconds) {
