@@ -144,8 +144,8 @@ void MarksRestorer::restoreInserted(
     }
     if (rows.empty()) return;
     std::ranges::sort(rows, {}, &LedgerRow::id);
-    const auto twice = std::ranges::unique(rows, {}, &LedgerRow::id);
-    rows.erase(twice.begin(), twice.end());
+    const auto isSame = [](const auto& one, const auto& other) { return one.id == other.id; };
+    rows.erase(std::unique(rows.begin(), rows.end(), isSame), rows.end());
     const auto matches = marks::matchPhotographs(
         {.rows = rows,
          .sightings = seen,
