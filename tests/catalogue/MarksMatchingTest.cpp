@@ -5,7 +5,6 @@
 using marks::LedgerRow;
 using marks::Place;
 using marks::Sighting;
-using marks::Trust;
 
 namespace {
 

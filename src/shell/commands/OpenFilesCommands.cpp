@@ -28,7 +28,7 @@ OpenFilesRequest::Kind kindOf(const QString& path) {
 } // namespace
 
 OpenFilesCommands::OpenFilesCommands(Parts parts, QObject* parent)
-    : QObject(parent), _parts(std::move(parts)) {}
+    : QObject(parent), _parts(parts) {}
 
 void OpenFilesCommands::openFiles(const QStringList& paths) {
     platform::assertMainThread();
