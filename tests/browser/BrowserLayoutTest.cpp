@@ -219,7 +219,7 @@ TEST_F(BrowserLayoutTest, looksOnlyAsFarDownAsItIsAsked) {
 FakeLeaves randomLeaves(std::mt19937& random) {
     FakeLeaves result;
     const auto below = [&](int limit) { return static_cast<int>(random() % limit); };
-    result.leaves.resize(static_cast<std::size_t>(1 + below(9)));
+    result.leaves.resize(1 + static_cast<std::size_t>(below(9)));
     for (auto& leaf : result.leaves) {
         leaf.isCollapsed = below(5) == 0;
         const int count = below(4) == 0 ? 0 : below(3) == 0 ? 300 + below(900) : below(40);

@@ -182,7 +182,7 @@ QByteArray dng() {
     ByteWriter file(true);
     QByteArray values;
     file.text("II").u16(42).u32(8).u16(static_cast<unsigned>(std::size(entries)));
-    const auto valuesAt = static_cast<qsizetype>(8 + 2 + std::size(entries) * 12 + 4);
+    const qsizetype valuesAt = 8 + 2 + std::ssize(entries) * 12 + 4;
     for (const auto& [tag, type, count, value] : entries) {
         file.u16(tag).u16(type).u32(count);
         if (value.size() <= 4) {

@@ -1,5 +1,7 @@
 #include "formatpictures/Samples.h"
 
+#include "codec/pixels/Rounding.h"
+
 #include <span>
 
 #include <lcms2.h>
@@ -54,9 +56,9 @@ std::array<unsigned, 4> modeSamples(QRgb pixel, PsdMode mode, int depth) {
     cmsDoTransform(transform.handle, &pixel, &lab, 1);
     const double unit = depth == 8 ? 1 : 256;
     return {
-        static_cast<unsigned>(lab.L / 100 * 255 * scale + 0.5),
-        static_cast<unsigned>((lab.a + 128) * unit + 0.5),
-        static_cast<unsigned>((lab.b + 128) * unit + 0.5), 0};
+        codec::rounded<unsigned>(lab.L / 100 * 255 * scale),
+        codec::rounded<unsigned>((lab.a + 128) * unit),
+        codec::rounded<unsigned>((lab.b + 128) * unit), 0};
 }
 
 } // namespace formatpictures

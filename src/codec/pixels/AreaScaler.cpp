@@ -1,5 +1,7 @@
 #include "codec/pixels/AreaScaler.h"
 
+#include "codec/pixels/Rounding.h"
+
 #include <algorithm>
 
 namespace codec {
@@ -61,8 +63,7 @@ void AreaScaler::emitRow() {
         const double scale = 1.0 / (static_cast<double>(end - begin) * static_cast<double>(height));
         auto* pixel = reinterpret_cast<std::uint8_t*>(target + x);
         for (int channel = 0; channel < 4; ++channel) {
-            pixel[channel] =
-                static_cast<std::uint8_t>(static_cast<double>(channels[channel]) * scale + 0.5);
+            pixel[channel] = rounded<std::uint8_t>(static_cast<double>(channels[channel]) * scale);
         }
         begin = end;
     }

@@ -1,5 +1,6 @@
 #include "codec/pixels/Colour.h"
 
+#include "codec/pixels/Rounding.h"
 #include "codec/pixels/ToneMapping.h"
 
 #include <lcms2.h>
@@ -167,7 +168,7 @@ constexpr std::uint8_t to8(std::uint16_t sample) {
 }
 
 std::uint16_t to16(float sample) {
-    return sample > 0 ? static_cast<std::uint16_t>(std::min(sample, 1.0F) * 65535.0F + 0.5F) : 0;
+    return sample > 0 ? rounded<std::uint16_t>(std::min(sample, 1.0F) * 65535.0F) : 0;
 }
 
 void premultiplyRow(QRgb* row, int width) {

@@ -1,5 +1,7 @@
 #include "codec/pixels/ToneMapping.h"
 
+#include "codec/pixels/Rounding.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -92,7 +94,7 @@ std::uint8_t encodeSrgb(float linear) {
         return codes;
     }();
     if (!(linear > 0)) return 0; // not a number is black as well
-    return table[static_cast<std::size_t>(std::min(linear, 1.0F) * encodeSteps + 0.5F)];
+    return table[rounded<std::size_t>(std::min(linear, 1.0F) * encodeSteps)];
 }
 
 Chromaticities chromaticitiesOf(int primaries) {

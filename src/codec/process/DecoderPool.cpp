@@ -281,10 +281,10 @@ std::vector<DecoderPool::PropertyAnswer> DecoderPool::askForProperties(
         result = QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size()));
     }
     std::vector<std::uint64_t> lengths(descriptors.size());
-    const auto tableBytes = static_cast<qsizetype>(lengths.size() * sizeof(std::uint64_t));
-    if (result.size() < tableBytes) return answers;
-    std::memcpy(lengths.data(), result.constData(), static_cast<std::size_t>(tableBytes));
-    qsizetype begin = tableBytes;
+    const std::size_t tableBytes = lengths.size() * sizeof(std::uint64_t);
+    auto begin = static_cast<qsizetype>(tableBytes);
+    if (result.size() < begin) return answers;
+    std::memcpy(lengths.data(), result.constData(), tableBytes);
     for (std::size_t index = 0; index < answers.size(); ++index) {
         if (lengths[index] == process::noRoom) continue;
         answers[index].isKnown = true;
