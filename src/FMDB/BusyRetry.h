@@ -16,14 +16,15 @@ inline constexpr useconds_t busyRetryPauseMicroseconds = 20;
 }
 
 /// Repeats the attempt as long as it answers busy or locked, and answers its last result. A limit
-/// other than 0 gives up after more than that many retries. `pause` takes microseconds.
-template <typename Attempt, typename Pause = int (*)(useconds_t)>
-int retryWhileBusy(int limit, Attempt attempt, Pause pause = ::usleep) {
+/// other than 0 gives up after more than that many retries. `pause` takes microseconds, and answers
+/// whether to try again.
+template <typename Attempt, typename Pause>
+int retryWhileBusy(int limit, Attempt attempt, Pause pause) {
     int retries = 0;
     while (true) {
         const int result = attempt();
         if (!isBusyOrLocked(result) || (limit != 0 && retries++ > limit)) return result;
-        pause(busyRetryPauseMicroseconds);
+        if (!pause(busyRetryPauseMicroseconds)) return result;
     }
 }
 

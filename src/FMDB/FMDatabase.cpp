@@ -6,10 +6,12 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QScopedValueRollback>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <utility>
 
 #include <unistd.h>
@@ -36,6 +38,13 @@ bool isOfTheDisk(int errorCode) {
     return std::ranges::find(codes, errorCode & 0xff) != codes.end();
 }
 
+/// A file that nothing can change, since it lies on a disk that may only be read. SQLite does not
+/// find that out by itself, and can't open one with a write-ahead log then.
+bool isUnchanging(const QByteArray& path) {
+    return ::access(path.constData(), F_OK) == 0 && ::access(path.constData(), W_OK) != 0 &&
+           errno == EROFS && QFileInfo(QFile::decodeName(path + "-wal")).size() == 0;
+}
+
 } // namespace
 
 /// A call on the connection by the thread that it is made on.
@@ -54,40 +63,45 @@ private:
 class FMDatabase::LockWait {
 public:
     explicit LockWait(FMDatabase& db) : _db(db) {}
-    ~LockWait() {
-        if (_isTold) _db._observer(SQLITE_OK, {});
-    }
-    LockWait(const LockWait&) = delete;
-    LockWait& operator=(const LockWait&) = delete;
 
     [[nodiscard]] auto pause() {
         return [this](useconds_t microseconds) {
             if (!_clock.isValid()) _clock.start();
-            if (!_isTold && _db._observer &&
-                std::chrono::milliseconds(_clock.elapsed()) >= _db._longWait) {
-                _isTold = true;
+            const std::chrono::milliseconds waited(_clock.elapsed());
+            if (!_db._isLongWaitTold && _db._observer && waited >= _db._longWait) {
+                _db._isLongWaitTold = true;
                 _db._observer(SQLITE_BUSY, _db.lastErrorMessage());
             }
-            return ::usleep(microseconds);
+            ::usleep(microseconds);
+            return _db._longestWait.count() == 0 || waited < _db._longestWait;
         };
     }
 
 private:
     FMDatabase& _db;
     QElapsedTimer _clock;
-    bool _isTold = false;
 };
 
 int FMDatabase::step(sqlite3_stmt* statement) {
     LockWait wait(*this);
     const int result = FMDB::stepWhileBusy(_busyRetryTimeout, statement, wait.pause());
+    if (_isLongWaitTold && !FMDB::isBusyOrLocked(result)) {
+        _isLongWaitTold = false;
+        _observer(SQLITE_OK, {});
+    }
     observe(result);
     return result;
 }
 
 void FMDatabase::observe(int result) {
     if (!_observer) return;
-    const int primary = result & 0xff;
+    int primary = result & 0xff;
+    if (primary == SQLITE_IOERR || primary == SQLITE_CANTOPEN) {
+        // Such as a journal that can't be made beside the file.
+        const int systemError = sqlite3_system_errno(_db);
+        if (systemError == ENOSPC || systemError == EDQUOT) primary = SQLITE_FULL;
+        if (systemError == EROFS) primary = SQLITE_READONLY;
+    }
     switch (primary) {
     case SQLITE_FULL:
     case SQLITE_READONLY:
@@ -123,7 +137,12 @@ bool FMDatabase::open() {
     if (_db) return true;
     const QByteArray path =
         _databasePath.isEmpty() ? QByteArrayLiteral(":memory:") : QFile::encodeName(_databasePath);
-    const int result = sqlite3_open(path.constData(), &_db);
+    const int result =
+        isUnchanging(path)
+            ? sqlite3_open_v2(
+                  ("file:" + path.toPercentEncoding("/") + "?immutable=1").constData(), &_db,
+                  SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr)
+            : sqlite3_open(path.constData(), &_db);
     if (result == SQLITE_OK) {
         _openError = FMError();
         return true;
@@ -141,12 +160,14 @@ bool FMDatabase::close() {
     closeOpenResultSets();
     if (!_db) return true;
     bool remainingFinalized = false;
-    const int result = FMDB::retryWhileBusy(_busyRetryTimeout, [&] {
+    LockWait wait(*this);
+    const auto attempt = [&] {
         const int closed = sqlite3_close(_db);
         if (FMDB::isBusyOrLocked(closed) && !std::exchange(remainingFinalized, true))
             finalizeRemainingStatements();
         return closed;
-    });
+    };
+    const int result = FMDB::retryWhileBusy(_busyRetryTimeout, attempt, wait.pause());
     if (FMDB::isBusyOrLocked(result)) return false;
     _db = nullptr;
     _transaction = Transaction::None;

@@ -114,9 +114,9 @@ public:
 
     /// Told of calls that failed because of the file or its disk: SQLite's primary code (full,
     /// read-only, corrupt, no database, an error of input and output, can't open) and its text.
-    /// Also that a call has waited for another connection's lock for `longWait` (busy), and that
-    /// this wait is over (OK). Called on the thread of the call, within it: it must not use the
-    /// connection.
+    /// Also that a call has waited for another connection's lock for `longWait` (busy), and that a
+    /// call has got through since (OK). Called on the thread of the call, within it: it must not
+    /// use the connection.
     using Observer = std::function<void(int code, const QString& message)>;
     /// Before the connection is used by another thread.
     void
@@ -127,6 +127,9 @@ public:
 
     /// How often a busy or locked statement is tried again; 0, as from the start: without limit.
     void setBusyRetryTimeout(int retries) { _busyRetryTimeout = retries; }
+    /// How long a call waits for another connection's lock, however often it tries; 0, as from the
+    /// start: without limit.
+    void setLongestWait(std::chrono::milliseconds limit) { _longestWait = limit; }
 
     /// Keeps prepared statements for the next call with the same text. Off at first. Results are
     /// the same; a statement under an open cursor is never shared. Switching it off drops them.
@@ -176,6 +179,8 @@ private:
     int _busyRetryTimeout = 0;
     Observer _observer;
     std::chrono::milliseconds _longWait{};
+    std::chrono::milliseconds _longestWait{};
+    bool _isLongWaitTold = false;
     QHash<QString, std::shared_ptr<FMStatement>> _cachedStatements;
     std::vector<FMResultSet*> _openResultSets;
     /// Bytes of the running update; a member, so that its room is used again.

@@ -105,7 +105,8 @@ void ApplicationController::createScans() {
     _marks.emplace(MarksServices::Environment{
         .filesPath = _connections->mainFileDb().databasePath(),
         .aliasManager = _folderRoots->aliasManager(),
-        .tell = [this](const QString& sentence) { tellOfMarks(sentence); }});
+        .tell = [this](const QString& sentence) { tellOfMarks(sentence); },
+        .observe = [this](FMDatabase& connection) { _health->observeMarks(connection); }});
     _scanPipeline.emplace(ScanPipeline::Environment{
         .geoManager = *_geoManager,
         .scanFileDb = _connections->scanFileDb(),

@@ -3,6 +3,7 @@
 #include "FMDB/FMDatabase.h"
 #include "catalogue/CatalogueRepair.h"
 #include "catalogue/DatabaseFile.h"
+#include "catalogue/marks/MarksFile.h"
 #include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/StandardError.h"
@@ -23,6 +24,7 @@ namespace {
 
 const QString filesName = QStringLiteral("files.db");
 const QString thumbnailName = QStringLiteral("thumbnail.db");
+const QString marksName = QStringLiteral("marks.db");
 const QString repairSuffix = QStringLiteral(".repair");
 
 bool touch(const QString& path) {
@@ -57,6 +59,22 @@ void CatalogueHealth::observe(FMDatabase& connection) {
         });
 }
 
+void CatalogueHealth::observeMarks(FMDatabase& connection) {
+    connection.setObserver(
+        [this, file = connection.databasePath()](int code, const QString& message) {
+            if (code != SQLITE_CORRUPT && code != SQLITE_NOTADB) {
+                noteFailure(file, code, message);
+                return;
+            }
+            // SQLite does not say which of two files it is, and this one may still be locked here.
+            postToMain([this, file, code, message] {
+                const QString ledger = platform::pathInFolder(_environment.folder, marksName);
+                const bool isIt = marks::stateOfLedger(ledger) == marks::FileState::Damaged;
+                noteFailure(isIt ? ledger : file, code, message);
+            });
+        });
+}
+
 void CatalogueHealth::noteFailure(const QString& file, int code, const QString& message) {
     if (code == SQLITE_OK) {
         {
@@ -70,12 +88,13 @@ void CatalogueHealth::noteFailure(const QString& file, int code, const QString& 
         const platform::Lock lock(_mutex);
         if (!_told.try_emplace({file, code}, true).second) return;
     }
-    const bool isThumbnails = file.endsWith(thumbnailName);
     Trouble trouble = Trouble::Unusable;
     switch (code) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-        trouble = isThumbnails ? Trouble::ThumbnailsDamaged : Trouble::Damaged;
+        trouble = file.endsWith(thumbnailName) ? Trouble::ThumbnailsDamaged
+                  : file.endsWith(marksName)   ? Trouble::MarksDamaged
+                                               : Trouble::Damaged;
         break;
     case SQLITE_FULL:
         trouble = Trouble::Full;
@@ -119,6 +138,13 @@ void CatalogueHealth::tell(Trouble trouble, const QString& file, const QString& 
             {QStringLiteral("ThumbnailsDamaged"), localizedString(u"NoticeThumbnailsDamaged"),
              localizedFormat(u"NoticeThumbnailsDamagedDetails", {file, message}),
              localizedString(u"NoticeMakeThumbnails"), repair});
+        break;
+    case Trouble::MarksDamaged:
+        // A start replaces it.
+        _environment.tell(
+            {QStringLiteral("MarksDamaged"), localizedString(u"NoticeMarksDamaged"),
+             localizedFormat(u"NoticeMarksDamagedDetails", {file, message}),
+             localizedString(u"NoticeRestoreMarks"), _environment.restart});
         break;
     case Trouble::Full:
         _environment.tell(

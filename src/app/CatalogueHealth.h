@@ -35,6 +35,8 @@ public:
 
     /// Listens to a connection; before any other thread uses it.
     void observe(FMDatabase& connection);
+    /// The same for one to the ledger of marks, or to both files. Any thread.
+    void observeMarks(FMDatabase& connection);
     /// Begins to look through the files; once.
     void startLooking();
     /// Ends the looking. Needed before the connections close.
@@ -50,7 +52,15 @@ public:
     static void repairIfWanted(const QString& file);
 
 private:
-    enum class Trouble { Damaged, ThumbnailsDamaged, Full, ReadOnly, Locked, Unusable };
+    enum class Trouble {
+        Damaged,
+        ThumbnailsDamaged,
+        MarksDamaged,
+        Full,
+        ReadOnly,
+        Locked,
+        Unusable
+    };
 
     void noteFailure(const QString& file, int code, const QString& message);
     void tell(Trouble trouble, const QString& file, const QString& message);

@@ -70,7 +70,11 @@ public:
                 static_cast<std::uint64_t>(row.longLongIntForColumnIndex(4))));
         }
         row.close();
-        _marks.emplace(MarksServices::Environment{path(), _roots, platform::complain});
+        _marks.emplace(MarksServices::Environment{
+            .filesPath = path(),
+            .aliasManager = _roots,
+            .tell = platform::complain,
+            .observe = {}});
     }
     ~BareCatalogue() {
         if (_marks) _marks->finish();

@@ -26,7 +26,7 @@ MarksServices::MarksServices(Environment environment)
     : _environment(std::move(environment)),
       _marksPath(beside(_environment.filesPath, QStringLiteral("marks.db"))),
       _snapshotFolder(beside(_environment.filesPath, QStringLiteral("marks-snapshots"))),
-      _upkeep({_marksPath, _snapshotFolder, _environment.tell}),
+      _upkeep({_marksPath, _snapshotFolder, _environment.tell, _environment.observe}),
       _restorer(
           {.connect = [this] { return connect(); },
            .mountedRoots = [this] { return roots(); },
@@ -57,7 +57,9 @@ MarksServices::~MarksServices() = default;
 std::unique_ptr<FMDatabase> MarksServices::connect() const {
     // A ledger that was not there at the start is not made by looking for it.
     if (!QFile::exists(_marksPath)) return nullptr;
-    return marks::MarksLedger::connect(_environment.filesPath, _marksPath);
+    auto both = marks::MarksLedger::connect(_environment.filesPath, _marksPath);
+    if (both && _environment.observe) _environment.observe(*both);
+    return both;
 }
 
 FMDatabase* MarksServices::connection() {
@@ -120,7 +122,10 @@ std::optional<QByteArray> MarksServices::exportMarks() {
 
 MarksServices::ImportResult MarksServices::importMarks(const QByteArray& lines) {
     FMDatabase* both = connection();
-    if (!both) return {false, {QStringLiteral("the ledger of marks can't be opened")}};
+    if (!both)
+        return {
+            false,
+            {QStringLiteral("nothing is imported, for the ledger of marks can't be opened")}};
     const marks::RootPaths known = roots(true);
     fileactions::ImportPlan plan = fileactions::planImport(lines, [&](const QByteArray& path) {
         return fileactions::fileIdOfPath(*both, known, path);

@@ -21,6 +21,9 @@ public:
         const PBAliasManager& aliasManager;
         /// Tells the user in a sentence what happened to the ledger. Any thread.
         std::function<void(const QString& sentence)> tell;
+        /// Called with each connection to the ledger before its first use, on any thread. May be
+        /// empty.
+        std::function<void(FMDatabase& connection)> observe;
     };
     /// Sees to it that there is a good ledger before anything else opens it.
     explicit MarksServices(Environment environment);

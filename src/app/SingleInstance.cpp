@@ -88,6 +88,7 @@ SingleInstance::Outcome SingleInstance::take(const QString& folder, const Reques
 bool SingleInstance::lock(const QString& folder) {
     const QByteArray file = QFile::encodeName(folder + QStringLiteral("/lock"));
     _lock = ::open(file.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (_lock < 0) _lock = ::open(file.constData(), O_RDONLY | O_CLOEXEC); // a read-only disk
     if (_lock < 0) return true; // what can't be written here is told when it is needed
     return ::flock(_lock, LOCK_EX | LOCK_NB) == 0;
 }

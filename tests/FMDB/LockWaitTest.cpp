@@ -47,7 +47,10 @@ TEST(LockLimitTest, retriesEndAtTheLimitOrWithTheLock) {
             [&, result = result, times = lockedTimes] {
                 return ++tries > times ? SQLITE_FULL : result;
             },
-            [&](useconds_t pause) { pauses.push_back(pause); });
+            [&](useconds_t pause) {
+                pauses.push_back(pause);
+                return true;
+            });
         EXPECT_EQ(tries, expected) << lockedTimes;
         EXPECT_EQ(last, lockedTimes == 99 ? SQLITE_BUSY : SQLITE_FULL);
         EXPECT_EQ(pauses, std::vector<useconds_t>(static_cast<unsigned>(expected) - 1, 20));
@@ -72,15 +75,24 @@ TEST(ObserverTest, hearsOfTheFilesTroublesAndOfALongWaitWithItsEnd) {
     FMDatabase holder(folder.filePath(u"files.db"_s));
     FMDatabase db(holder.databasePath());
     std::vector<int> codes;
+    bool letsGo = true;
     const auto observer = [&](int code, const QString&) {
         codes.push_back(code);
-        EXPECT_TRUE(code != SQLITE_BUSY || holder.commit());
+        EXPECT_TRUE(code != SQLITE_BUSY || !letsGo || holder.commit());
     };
     db.setObserver(observer, std::chrono::milliseconds(0));
     ASSERT_TRUE(holder.open() && db.open());
     ASSERT_TRUE(holder.executeUpdate(u"create table T (V unique)"_s) && holder.beginTransaction());
     EXPECT_TRUE(db.executeUpdate(u"insert into T values (1)"_s));
     EXPECT_EQ(codes, (std::vector{SQLITE_BUSY, SQLITE_OK})) << "told once in a wait";
+    codes.clear();
+    db.setLongestWait(std::chrono::milliseconds(1));
+    letsGo = false;
+    ASSERT_TRUE(holder.beginTransaction());
+    EXPECT_FALSE(db.executeUpdate(u"insert into T values (2)"_s));
+    EXPECT_EQ(codes, std::vector{SQLITE_BUSY}) << "giving up is no end of it";
+    ASSERT_TRUE(holder.commit() && db.executeQuery(u"select * from T"_s).next());
+    EXPECT_EQ(codes, (std::vector{SQLITE_BUSY, SQLITE_OK}));
 
     // What is wrong with a statement is no news of the file.
     EXPECT_FALSE(db.executeUpdate(u"insert into T values (1)"_s));

@@ -12,17 +12,6 @@ struct CatalogueHealthTest : ScanProgramTest {
         ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(at));
         ASSERT_EQ(file.write(QByteArray(1000, '\x7f')), 1000);
     }
-    /// What the running program tells in its window.
-    [[nodiscard]] QString notice() const {
-        QString text;
-        const auto isTold = [&] {
-            const Outcome state = run({u"--profile"_s, profile, u"--state"_s});
-            text = QJsonDocument::fromJson(state.output)[u"notice"].toString();
-            return !text.isEmpty();
-        };
-        EXPECT_TRUE(support::spinUntil(isTold, std::chrono::seconds(60)));
-        return text;
-    }
 };
 
 } // namespace

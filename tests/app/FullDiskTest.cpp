@@ -1,38 +1,5 @@
 #include "app/ScanProgram.h"
-
-#include <sys/mount.h>
-
-namespace {
-
-/// A small file system of its own for one file of the profile.
-struct SmallDisk {
-    explicit SmallDisk(const QString& place) : _place(QFile::encodeName(place)) {
-        QDir().mkpath(place);
-        _isMounted = ::mount("tmpfs", _place.constData(), "tmpfs", 0, "size=2m") == 0;
-    }
-    ~SmallDisk() {
-        if (_isMounted) ::umount2(_place.constData(), MNT_DETACH);
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-
-    [[nodiscard]] bool isMounted() const { return _isMounted; }
-    /// All but so many bytes are taken.
-    void fill(int left) const {
-        QFile filler(QFile::decodeName(_place) + u"/filler"_s);
-        ASSERT_TRUE(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-        while (filler.write(QByteArray(4096, 'f')) == 4096) {
-        }
-        ASSERT_TRUE(filler.resize(std::max<qint64>(filler.size() - left, 0)));
-    }
-    void free() const { QFile::remove(QFile::decodeName(_place) + u"/filler"_s); }
-
-private:
-    const QByteArray _place;
-    bool _isMounted = false;
-};
-
-} // namespace
+#include "support/MemoryDisk.h"
 
 TEST_F(ScanProgramTest, OnAFullDiskEachDatabaseKeepsWhatItHasAndSaysSo) {
     makePicture(u"good.jpg"_s, 120);
@@ -41,7 +8,7 @@ TEST_F(ScanProgramTest, OnAFullDiskEachDatabaseKeepsWhatItHasAndSaysSo) {
     for (const QString& file : {u"files.db"_s, u"thumbnail.db"_s}) {
         SCOPED_TRACE(file.toStdString());
         const QString place = temporary.filePath(u"disk-"_s + file);
-        const SmallDisk disk(place);
+        const support::MemoryDisk disk(place, "size=2m");
         if (!disk.isMounted()) GTEST_SKIP() << "mounting a small disk takes root";
         const QString stored = profile + u'/' + file;
         ASSERT_TRUE(QFile::copy(stored, place + u'/' + file) && QFile::remove(stored));

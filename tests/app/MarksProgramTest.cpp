@@ -1,4 +1,5 @@
 #include "app/ScanProgram.h"
+#include "support/MemoryDisk.h"
 
 /// The program itself with marks: they are set and read as text.
 struct MarksProgramTest : ScanProgramTest {
@@ -74,6 +75,53 @@ TEST_F(MarksProgramTest, MarksAreImportedKeptAndExportedWithAndWithoutARunningPr
     EXPECT_TRUE(damaged.errors.contains("the ledger of marks was damaged"))
         << damaged.errors.toStdString();
     EXPECT_EQ(exported().count('\n'), 3);
+}
+
+TEST_F(MarksProgramTest, AnEditThatCannotBeStoredSaysSoInTheWindowAndLosesNothing) {
+    const support::MemoryDisk disk(profile);
+    if (!disk.isMounted()) GTEST_SKIP() << "mounting a disk takes root";
+    makePicture(u"a.jpg"_s, 40);
+    makePicture(u"b.jpg"_s, 50);
+    visit({u"--add"_s, pictures});
+    ASSERT_EQ(import(line(in(u"a.jpg"_s), "\"stars\":4,\"tags\":[\"sea\"]")).code, 0);
+    const QByteArray before = exported();
+    const QByteArray edit = line(in(u"b.jpg"_s), "\"stars\":2");
+    std::optional<FMDatabase> other;
+    struct Obstacle {
+        QString told;
+        std::function<void()> begin;
+        std::function<void()> end;
+    };
+    for (const auto& [told, begin, end] : std::vector<Obstacle>{
+             {u"no room"_s, [&] { disk.fill(0); }, [&] { disk.free(); }},
+             {u"can’t be written"_s, [&] { disk.setReadOnly(true); },
+              [&] { disk.setReadOnly(false); }},
+             {u"in trouble"_s,
+              [&] {
+                  other.emplace(profile + u"/marks.db"_s);
+                  ASSERT_TRUE(other->open() && other->beginTransaction());
+              },
+              [&] { other.reset(); }}}) {
+        SCOPED_TRACE(told.toStdString());
+        begin();
+        for (const bool isRunning : {false, true}) {
+            if (isRunning) {
+                start({});
+                ASSERT_TRUE(support::spinUntil([&] { return !state().isEmpty(); }));
+            }
+            const Outcome outcome = import(edit);
+            EXPECT_EQ(outcome.code, 1);
+            EXPECT_TRUE(outcome.errors.contains("nothing is imported"))
+                << outcome.errors.toStdString();
+        }
+        EXPECT_TRUE(notice().contains(told)) << notice().toStdString();
+        program.terminate();
+        ASSERT_TRUE(program.waitForFinished(60'000));
+        end();
+        EXPECT_EQ(exported(), before);
+    }
+    EXPECT_EQ(import(edit).code, 0);
+    EXPECT_EQ(exported().count('\n'), 2);
 }
 
 /// What was acknowledged is in both files, whenever the program is killed.

@@ -88,6 +88,21 @@ struct ScanProgramTest : testing::Test {
                               << onDisk().join(u' ').toStdString();
         return followed;
     }
+    /// Of the running program; empty until it answers.
+    [[nodiscard]] QJsonObject state() const {
+        return QJsonDocument::fromJson(run({u"--profile"_s, profile, u"--state"_s}).output)
+            .object();
+    }
+    /// What the running program tells in its window.
+    [[nodiscard]] QString notice() const {
+        QString text;
+        const auto isTold = [&] {
+            text = state()[u"notice"_s].toString();
+            return !text.isEmpty();
+        };
+        EXPECT_TRUE(support::spinUntil(isTold, std::chrono::seconds(60)));
+        return text;
+    }
     void expectConsistentCatalogue() const {
         FMDatabase db(profile + u"/files.db"_s);
         if (db.open()) support::expectConsistentCatalogue(db);

@@ -132,7 +132,6 @@ TEST_F(MarksTest, AnEditChangesItemsThatAreShownAndHasThemRegrouped) {
 
     FMDatabase other(marksPath);
     ASSERT_TRUE(other.open() && other.beginTransaction());
-    both->setBusyRetryTimeout(50);
     const auto failed = editor.perform(
         MarksEdit::ofPhotographs({one}, {.stars = 5, .flag = {}, .tags = {}, .rotation = {}}));
     EXPECT_FALSE(failed.isStored);

@@ -67,7 +67,7 @@ struct MarksRestoreTest : ScanTest {
     }
     /// As the program does it behind the user's back.
     void readFiles() const {
-        marks::MarksUpkeep upkeep({marksPath, temporary.filePath(u"snapshots"_s), {}});
+        marks::MarksUpkeep upkeep({marksPath, temporary.filePath(u"snapshots"_s), {}, {}});
         upkeep.wake();
         EXPECT_TRUE(support::spinUntil([&] { return upkeep.isIdle(); }));
     }

@@ -10,14 +10,14 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace marks {
 
 namespace {
 
-/// About a second.
-constexpr int busyRetries = 10'000;
+constexpr std::chrono::seconds longestWait(1);
 constexpr qsizetype snapshotsKept = 10;
 
 const QString snapshotNames = QStringLiteral("marks-*.db");
@@ -76,6 +76,7 @@ QStringList snapshotsIn(const QString& folder) {
 bool copyWhole(const QString& from, const QString& to) {
     const QString unfinished = to + QStringLiteral(".new");
     QFile::remove(unfinished);
+    QFile::remove(to + QStringLiteral("-journal")); // what a lost file left is not for this one
     return QFile::copy(from, unfinished) && DatabaseFile::synchronize(unfinished) &&
            QFile::rename(unfinished, to) && DatabaseFile::synchronize(QFileInfo(to).absolutePath());
 }
@@ -92,7 +93,7 @@ QString restoreNewest(const QString& path, const QString& snapshotFolder) {
 
 bool makeLedger(const QString& path) {
     FMDatabase marks(path);
-    marks.setBusyRetryTimeout(busyRetries);
+    marks.setLongestWait(longestWait);
     return marks.open() && MarksLedger::checkTables(marks);
 }
 
@@ -102,7 +103,7 @@ FileState stateOfLedger(const QString& path) {
     const QFileInfo info(path);
     if (!info.exists() && !info.isSymLink()) return FileState::Missing;
     FMDatabase marks(path);
-    marks.setBusyRetryTimeout(busyRetries);
+    marks.setLongestWait(longestWait);
     if (!marks.open()) return FileState::Unknown;
     // All rows before the first one counts: an error may end them early.
     bool isWhole = true;
@@ -161,8 +162,11 @@ bool bindLedger(FMDatabase& both, const RootPaths& roots) {
     const auto& [ledger, catalogue] = *counts;
     MarksLedger rows(both);
     const bool isSame = counts->areOfOneCatalogue();
-    // Ids of another catalogue say nothing in this one.
-    if (!isSame && !both.executeUpdate(QStringLiteral("update Marks set FileId = null")))
+    // Ids of another catalogue say nothing in this one, and those that an older copy does not know
+    // are given once more.
+    const QString unknown =
+        isSame ? QStringLiteral(" where FileId not in (select Id from ImageFile)") : QString();
+    if (!both.executeUpdate(QStringLiteral("update Marks set FileId = null") + unknown))
         return false;
     const auto marked = rows.markedFileIds();
     if (!marked) return false;
@@ -183,7 +187,7 @@ bool takeSnapshot(FMDatabase& marks, const QString& snapshotFolder, const QDateT
     const QStringList before = snapshotsIn(snapshotFolder);
     if (!before.isEmpty()) {
         FMDatabase newest(platform::pathInFolder(snapshotFolder, before.constFirst()));
-        newest.setBusyRetryTimeout(busyRetries);
+        newest.setLongestWait(longestWait);
         if (newest.open() && countOf(newest) == count) return true;
     } else if (count->edits == 0) {
         return true; // nobody has marked anything yet

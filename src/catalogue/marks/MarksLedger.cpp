@@ -7,14 +7,14 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <chrono>
 #include <cmath>
 
 namespace marks {
 
 namespace {
 
-/// Some five seconds: the pause between two tries is 20 microseconds, and the kernel adds to it.
-constexpr int busyRetries = 50'000;
+constexpr std::chrono::seconds longestWait(2);
 
 QString idsText(std::span<const qint64> ids) {
     QString text(u'[');
@@ -133,7 +133,7 @@ std::unique_ptr<FMDatabase>
 MarksLedger::connect(const QString& filesPath, const QString& marksPath) {
     auto both = std::make_unique<FMDatabase>(filesPath);
     both->setShouldCacheStatements(true);
-    both->setBusyRetryTimeout(busyRetries);
+    both->setLongestWait(longestWait);
     const bool isOpen =
         both->open() &&
         both->executeUpdate(QStringLiteral("attach database ? as marks"), marksPath);

@@ -13,13 +13,7 @@ namespace marks {
 namespace {
 
 constexpr int storedTogether = 64;
-constexpr int busyRetries = 50'000; // some five seconds
-
-std::unique_ptr<FMDatabase> openLedger(const QString& path) {
-    auto ledger = std::make_unique<FMDatabase>(path);
-    ledger->setBusyRetryTimeout(busyRetries);
-    return ledger->open() ? std::move(ledger) : nullptr;
-}
+constexpr std::chrono::seconds longestWait(2);
 
 } // namespace
 
@@ -38,7 +32,7 @@ protected:
 
 private:
     void readFiles() {
-        const auto ledger = openLedger(_owner._environment.marksPath);
+        const auto ledger = _owner.openLedger();
         qint64 last = 0;
         while (ledger && !isCancelled()) {
             const auto rows = MarksLedger::rowsWithoutContent(*ledger, last, storedTogether);
@@ -71,9 +65,16 @@ void MarksUpkeep::wake() {
     if (!_isWorkWaiting.exchange(true)) _queue.addOperation(std::make_shared<Work>(*this));
 }
 
+std::unique_ptr<FMDatabase> MarksUpkeep::openLedger() const {
+    auto ledger = std::make_unique<FMDatabase>(_environment.marksPath);
+    if (_environment.observe) _environment.observe(*ledger);
+    ledger->setLongestWait(longestWait);
+    return ledger->open() ? std::move(ledger) : nullptr;
+}
+
 void MarksUpkeep::takeSnapshot() {
     _lastSnapshot = Clock::now().time_since_epoch().count();
-    const auto ledger = openLedger(_environment.marksPath);
+    const auto ledger = openLedger();
     const bool isTaken =
         ledger &&
         marks::takeSnapshot(*ledger, _environment.snapshotFolder, QDateTime::currentDateTimeUtc());

@@ -7,6 +7,9 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
+
+class FMDatabase;
 
 namespace marks {
 
@@ -20,6 +23,8 @@ public:
         QString snapshotFolder;
         /// What the user should know; on any thread. May be empty.
         std::function<void(const QString& sentence)> tell;
+        /// Called with each connection before its first use, on any thread. May be empty.
+        std::function<void(FMDatabase& connection)> observe;
     };
     explicit MarksUpkeep(Environment environment);
     ~MarksUpkeep();
@@ -38,6 +43,7 @@ private:
     class Work;
     using Clock = std::chrono::steady_clock;
 
+    [[nodiscard]] std::unique_ptr<FMDatabase> openLedger() const;
     void takeSnapshot();
 
     const Environment _environment;
