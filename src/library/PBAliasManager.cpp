@@ -13,11 +13,7 @@ using PBUtilities::pathComponents;
 using PBUtilities::pathWithComponents;
 
 bool PBAliasManager::startsWith(const QStringList& parts, const QStringList& start) {
-    return parts.size() >= start.size() &&
-           std::equal(
-               start.begin(), start.end(), parts.begin(), [](const auto& part, const auto& other) {
-                   return part.compare(other, Qt::CaseInsensitive) == 0;
-               });
+    return parts.size() >= start.size() && std::equal(start.begin(), start.end(), parts.begin());
 }
 
 namespace {
@@ -130,8 +126,7 @@ PBAliasArray PBAliasManager::aliasPathChanged(const QString& path) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray changed;
     const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
-        if (!root->isMounted() || root->path().compare(path, Qt::CaseInsensitive) != 0)
-            return false;
+        if (!root->isMounted() || root->path() != path) return false;
         if (!resolveAlias(*root, {.includeMounted = true, .updateReserve = true})) return false;
         changed.push_back(root);
         return removeIfMissing(*root);
@@ -157,10 +152,8 @@ PBAliasArray PBAliasManager::aliasDidAnswer(
 
 std::shared_ptr<PBAliasObject> PBAliasManager::findAliasObjectByPath(const QString& path) const {
     const PBAliasArraySnapshot roots = aliasArray();
-    const auto found = std::ranges::find_if(roots, [&](const auto& root) {
-        const QString place = root->path();
-        return !place.isEmpty() && place.compare(path, Qt::CaseInsensitive) == 0;
-    });
+    const auto found = std::ranges::find_if(
+        roots, [&](const auto& root) { return root->isMounted() && root->path() == path; });
     return found == roots.end() ? nullptr : *found;
 }
 

@@ -77,7 +77,7 @@ public:
     bool resolveAlias(
         PBAliasObject& aliasObject, const PBAliasObject::Look& look, QString* error = nullptr);
 
-    /// The first root whose path is this one, without regard to case; zombies too.
+    /// The first root whose path is this one; zombies too.
     [[nodiscard]] std::shared_ptr<PBAliasObject> findAliasObjectByPath(const QString& path) const;
     [[nodiscard]] std::shared_ptr<PBAliasObject> findAliasObjectById(qint64 aliasId) const;
     [[nodiscard]] QString mountedPathOfAliasId(qint64 aliasId) const override;
@@ -113,7 +113,7 @@ private:
     void storeIfRemoved(PBAliasArray& aliasArray, bool removed);
     bool removeIfMissing(const PBAliasObject& aliasObject);
     [[nodiscard]] bool takeOverRows(const PBAliasObject& from, const PBAliasObject& to);
-    /// Whether the components of a path begin with those of another, without regard to case.
+    /// Whether the components of a path begin with those of another.
     [[nodiscard]] static bool startsWith(const QStringList& parts, const QStringList& start);
 
     const Environment _environment;

@@ -37,12 +37,12 @@ private:
 
 /// Lists folders on disk at once, or keeps the answers back until the test lets them go.
 struct StoppableLister final : PBFolderLister {
-    std::optional<QStringList>
+    std::optional<Subfolders>
     list(const QString& lane, const QString& folder, LateAnswer late) override {
         ++listed;
         lastLane = lane;
-        if (!isSlow) return subfolderNames(folder);
-        _waiting.emplace_back([folder, late = std::move(late)] { late(subfolderNames(folder)); });
+        if (!isSlow) return subfoldersOf(folder);
+        _waiting.emplace_back([folder, late = std::move(late)] { late(subfoldersOf(folder)); });
         return std::nullopt;
     }
     void letGo() {

@@ -35,29 +35,33 @@ const QString abc = u"/A/B/C"_s;
 TEST_F(PBAliasManagerTest, deepestRootOwnsAPath) {
     addRoot(a);
     addZombie(ab);
-    EXPECT_EQ(ownerOf(u"/a/x/y"_s), u"/A|x/y"_s);
-    EXPECT_EQ(ownerOf(u"/A/b/x"_s), u"/A/B|x"_s);
-    EXPECT_EQ(ownerOf(u"/A/b/x"_s, true), u"/A|b/x"_s);
+    EXPECT_EQ(ownerOf(u"/A/x/y"_s), u"/A|x/y"_s);
+    EXPECT_EQ(ownerOf(u"/A/B/x"_s), u"/A/B|x"_s);
+    EXPECT_EQ(ownerOf(u"/A/B/x"_s, true), u"/A|B/x"_s);
+    EXPECT_EQ(ownerOf(u"/A/b/x"_s), u"/A|b/x"_s) << "a folder beside that of the inner root";
+    EXPECT_EQ(ownerOf(u"/a/x"_s), u"none|untouched"_s);
     EXPECT_EQ(ownerOf(a), u"/A|"_s);
     EXPECT_EQ(ownerOf(u"/AB"_s), u"none|untouched"_s);
     EXPECT_EQ(ownerOf({}), u"none|untouched"_s);
-    EXPECT_EQ(manager.findAliasObjectByPath(u"/a/b"_s)->path(), ab);
+    EXPECT_EQ(manager.findAliasObjectByPath(ab)->path(), ab);
+    EXPECT_FALSE(manager.findAliasObjectByPath(u"/A/b"_s));
     EXPECT_FALSE(manager.findAliasObjectByPath({}));
 }
 
 TEST_F(PBAliasManagerTest, watchedAndAccessedFoldersCoverMountedRoots) {
     const auto inner = addRoot(ab);
     addRoot(a);
-    addRoot(u"/a"_s);
+    const auto lower = addRoot(u"/a"_s);
     const auto away = addRoot(u"/Z"_s, PBAliasObject::Removable);
     makeAbsent(*away);
-    EXPECT_EQ(manager.getMonitorPathArray(), (QStringList{ab, a}));
+    EXPECT_EQ(manager.getMonitorPathArray(), (QStringList{ab, a, u"/a"_s}));
+    EXPECT_TRUE(manager.findSubAliasByAliasObject(*lower, {}).empty());
     const auto outer = manager.findAliasObjectByPath(a);
     EXPECT_EQ(manager.findSubAliasByAliasObject(*outer, {}), (PBAliasArray{inner}));
     EXPECT_TRUE(manager.findSubAliasByAliasObject(*inner, {}).empty());
-    EXPECT_TRUE(manager.findSubAliasByAliasObject(*outer, u"b"_s).empty()) << "strictly below";
+    EXPECT_TRUE(manager.findSubAliasByAliasObject(*outer, u"B"_s).empty()) << "strictly below";
     const auto innermost = addRoot(abc);
-    EXPECT_EQ(manager.findSubAliasByAliasObject(*outer, u"b"_s), (PBAliasArray{innermost}));
+    EXPECT_EQ(manager.findSubAliasByAliasObject(*outer, u"B"_s), (PBAliasArray{innermost}));
     EXPECT_TRUE(manager.findSubAliasByAliasObject(*away, {}).empty());
     EXPECT_EQ(manager.mountedPathOfAliasId(away->aliasId()), QString());
 }
@@ -205,14 +209,14 @@ TEST_F(PBAliasManagerTest, aRootThatTheCatalogueDoesNotLetGoOfStaysWithAllThatIs
 TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {
     const auto outer = addRoot(a);
     const auto beside = addRoot(u"/A/Bx"_s);
-    for (const QString& relativePath : {QString(), u"b"_s, u"B/C"_s, u"Bx"_s})
+    for (const QString& relativePath : {QString(), u"B"_s, u"B/C"_s, u"Bx"_s, u"b"_s})
         addFolder(*outer, relativePath);
     addFolder(*beside, {});
     const auto image = addImage(addFolder(*outer, u"B/C/D"_s), u"i"_s);
     const auto inner = PBAliasObject::aliasObjectWithId(77, "n", QUrl::fromLocalFile(ab), ab, 0, 0);
     const char* sql = "select AliasId,RelativePath from Folder order by Id";
     const QStringList before = rows(sql);
-    const QStringList moved = support::words("1|NULL 77|NULL 77|C 1|Bx 2|NULL 77|C/D");
+    const QStringList moved = support::words("1|NULL 77|NULL 77|C 1|Bx 1|b 2|NULL 77|C/D");
     ASSERT_TRUE(db.beginTransaction());
     EXPECT_TRUE(manager.updateFolderByAliasObject(*inner));
     EXPECT_EQ(rows(sql), moved) << "within the change that is under way";

@@ -20,14 +20,6 @@
 using platform::MainLoop;
 using namespace std::chrono_literals;
 
-namespace {
-
-QString cleaned(const QString& path) {
-    return PBUtilities::pathWithComponents(PBUtilities::pathComponents(path));
-}
-
-} // namespace
-
 FolderRootCommands::FolderRootCommands(Parts parts, QObject* parent)
     : QObject(parent), _parts(std::move(parts)) {
     connect(&_parts.tree, &SourceTreeController::revealRequested, this, [this](const auto& item) {
@@ -36,6 +28,11 @@ FolderRootCommands::FolderRootCommands(Parts parts, QObject* parent)
     connect(
         &_parts.tree, &SourceTreeController::removeRequested, this,
         &FolderRootCommands::doRemoveFolderAlias);
+}
+
+QString FolderRootCommands::cleaned(const QString& path) const {
+    return _parts.aliasResolver.spelledAsOnDisk(
+        PBUtilities::pathWithComponents(PBUtilities::pathComponents(path)));
 }
 
 FolderRootCommands::~FolderRootCommands() {

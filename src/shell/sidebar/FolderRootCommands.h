@@ -60,6 +60,8 @@ public:
     void revealInFinder(const PBFolderItem& item);
 
 private:
+    /// One spelling for each folder.
+    [[nodiscard]] QString cleaned(const QString& path) const;
     [[nodiscard]] std::shared_ptr<PBAliasObject> insertRoot(const QString& path);
     bool makeRoot(const QString& path);
 
