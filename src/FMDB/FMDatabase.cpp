@@ -261,9 +261,11 @@ void FMDatabase::setShouldCacheStatements(bool shouldCache) {
     if (!shouldCache) clearCachedStatements();
 }
 
-bool FMDatabase::beginTransaction() {
+bool FMDatabase::beginTransaction(Others others) {
     if (_transaction == Transaction::Lost) return false;
-    const bool begun = executeUpdate(QStringLiteral("begin exclusive transaction"));
+    const bool begun = executeUpdate(
+        others == Others::Read ? QStringLiteral("begin immediate transaction")
+                               : QStringLiteral("begin exclusive transaction"));
     if (begun) _transaction = Transaction::Open;
     _transactionErrorMessage = begun ? QString() : lastErrorMessage();
     return begun;
