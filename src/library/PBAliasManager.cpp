@@ -101,37 +101,36 @@ PBAliasArray PBAliasManager::volumDidUnmount(const QString&) {
     return changed;
 }
 
-bool PBAliasManager::removeIfMissing(const PBAliasObject& aliasObject) {
+bool PBAliasManager::isToGo(const PBAliasObject& aliasObject) const {
     if (aliasObject.isMounted() || aliasObject.type() != PBAliasObject::Local) return false;
-    if (!aliasObject.isMissing()) return false;
-    return removeAlias(aliasObject.aliasId(), _environment.mainFileDb);
-}
-
-void PBAliasManager::storeIfRemoved(PBAliasArray& aliasArray, bool removed) {
-    if (removeZombieAlias(aliasArray) || removed) setAliasArray(std::move(aliasArray));
+    return _couldReadAll && aliasObject.isMissing();
 }
 
 bool PBAliasManager::resolveAllAliasWithMount(const PBAliasObject::Look& look) {
     PBAliasArray roots = aliasArray().copy();
+    PBAliasArray removed;
     bool changed = false;
-    const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+    std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (resolveAlias(*root, look)) changed = true;
-        return removeIfMissing(*root);
+        if (isToGo(*root)) removed.push_back(root);
+        return isToGo(*root);
     });
-    storeIfRemoved(roots, removed > 0);
+    removeZombieAlias(std::move(roots), std::move(removed));
     return changed;
 }
 
 PBAliasArray PBAliasManager::aliasPathChanged(const QString& path) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray changed;
-    const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+    PBAliasArray removed;
+    std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (!root->isMounted() || root->path() != path) return false;
         if (!resolveAlias(*root, {.includeMounted = true, .updateReserve = true})) return false;
         changed.push_back(root);
-        return removeIfMissing(*root);
+        if (isToGo(*root)) removed.push_back(root);
+        return isToGo(*root);
     });
-    storeIfRemoved(roots, removed > 0);
+    removeZombieAlias(std::move(roots), std::move(removed));
     return changed;
 }
 
@@ -139,14 +138,16 @@ PBAliasArray PBAliasManager::aliasDidAnswer(
     const PBAliasObject& aliasObject, const platform::Resolution& resolution) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray changed;
-    const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+    PBAliasArray removed;
+    std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (root.get() != &aliasObject) return false;
         if (root->takeResolution(resolution, true, _environment.services)) changed.push_back(root);
-        if (!removeIfMissing(*root)) return false;
+        if (!isToGo(*root)) return false;
         if (changed.empty()) changed.push_back(root);
+        removed.push_back(root);
         return true;
     });
-    storeIfRemoved(roots, removed > 0);
+    removeZombieAlias(std::move(roots), std::move(removed));
     return changed;
 }
 

@@ -74,7 +74,7 @@ TEST_F(PBAliasManagerTest, loadingResolvesAndDropsOnlyLocalFoldersThatAreGone) {
     const auto silent = addRoot(u"/slow"_s);
     const auto otherDisk = addRoot(u"/data/x"_s);
     const auto lostShare = addRoot(u"/share"_s, PBAliasObject::Network);
-    const auto image = addImage(addFolder(*gone, u"sub"_s), u"a.jpg"_s);
+    addImage(addFolder(*gone, u"sub"_s), u"a.jpg"_s);
     addImage(addFolder(*moved, {}), u"b.jpg"_s);
     answer(*gone, Outcome::Missing);
     answer(*moved, Outcome::Found, u"/new"_s);
@@ -85,11 +85,12 @@ TEST_F(PBAliasManagerTest, loadingResolvesAndDropsOnlyLocalFoldersThatAreGone) {
 
     manager.loadAlias();
     EXPECT_EQ(paths(), (QStringList{u"/new"_s, {}, {}, {}, {}}));
+    EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"2"_s}) << "nobody waits for rows";
+    EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), support::words("/new /stick /slow /data/x /share"));
     EXPECT_EQ(rows("select FileName from ImageFile"), QStringList{u"b.jpg"_s});
     EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"1"_s});
     EXPECT_EQ(rows("select RelativePath from Folder"), QStringList{u"NULL"_s});
-    EXPECT_EQ(removedThumbnails, (std::vector{image}));
     const auto loaded = manager.findAliasObjectById(unplugged->aliasId());
     ASSERT_EQ(loaded, manager.aliasArray()[1]);
     EXPECT_EQ(loaded->displayName(), u"stick"_s);
@@ -160,6 +161,7 @@ TEST_F(PBAliasManagerTest, changedRootFolderIsLookedAtAgain) {
     answer(*stick, Outcome::Missing);
     EXPECT_EQ(manager.aliasPathChanged(u"/a"_s), (PBAliasArray{root}));
     EXPECT_EQ(manager.aliasPathChanged(u"/stick"_s), (PBAliasArray{stick}));
+    EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), support::words("/stick /other"));
 }
 
@@ -178,6 +180,7 @@ TEST_F(PBAliasManagerTest, zombiesGoWhenNoRootNeedsThem) {
     EXPECT_TRUE(manager.updateState(*outer, PBAliasObject::zombieState));
     EXPECT_TRUE(manager.removeZombieAlias());
     EXPECT_EQ(manager.aliasArray().copy(), (PBAliasArray{away})) << "unmounted: can't be judged";
+    EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), QStringList{u"/Z"_s});
 }
 
@@ -193,17 +196,46 @@ TEST_F(PBAliasManagerTest, aRootThatTheCatalogueDoesNotLetGoOfStaysWithAllThatIs
             u"create trigger T before %1 begin select raise(rollback, 'full'); end"_s.arg(
                 QLatin1StringView(when))));
         manager.loadAlias();
+        EXPECT_EQ(manager.aliasArray().size(), 0U);
+        EXPECT_EQ(finishRemovals().size(), 1U);
         EXPECT_EQ(manager.aliasArray().size(), 2U);
+        EXPECT_TRUE(manager.aliasArray()[1]->isZombie()) << "removed in an earlier run";
         EXPECT_EQ(aliasRows(), support::words("/gone /zombie"));
         EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"2"_s});
         EXPECT_EQ(rows("select count(*) from ImageFile"), QStringList{u"2"_s});
-        EXPECT_TRUE(removedThumbnails.empty());
         ASSERT_TRUE(db.executeUpdate(u"drop trigger T"_s));
     }
     manager.loadAlias();
+    EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), QStringList());
     EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"0"_s});
-    EXPECT_FALSE(removedThumbnails.empty());
+}
+
+TEST_F(PBAliasManagerTest, aRootRemovedByHandIsBackAsItWasWhereTheCatalogueKeepsIt) {
+    const char* states = "select State from FolderAlias order by Id";
+    const auto outer = addRoot(a);
+    const auto inner = addRoot(ab);
+    const auto last = addRoot(u"/Z"_s);
+    EXPECT_TRUE(manager.removeAliasObject(inner));
+    EXPECT_EQ(rows(states), support::words("0 1 0")) << "kept for the sake of the root around it";
+    ASSERT_TRUE(db.executeUpdate(
+        u"create trigger T before delete on FolderAlias begin select raise(abort, 'no'); end"_s));
+    for (const bool isAddedAgain : {false, true}) {
+        EXPECT_TRUE(manager.removeAliasObject(outer));
+        EXPECT_EQ(manager.aliasArray().copy(), (PBAliasArray{last}))
+            << "at once, with what is in it";
+        EXPECT_EQ(manager.findAliasObjectByPath(a), nullptr);
+        const auto again = isAddedAgain ? addRoot(a) : nullptr;
+        EXPECT_EQ(finishRemovals(), (PBAliasArray{outer}));
+        PBAliasArray expected{outer, inner, last};
+        if (again) expected.push_back(again);
+        EXPECT_EQ(manager.aliasArray().copy(), expected) << "in the order of the catalogue";
+        EXPECT_EQ(outer->isZombie(), isAddedAgain) << "one folder is one root";
+        EXPECT_EQ(rows(states), support::words(isAddedAgain ? "1 1 0 0" : "0 1 0"));
+    }
+    ASSERT_TRUE(db.executeUpdate(u"drop trigger T"_s));
+    EXPECT_TRUE(manager.removeAliasObject(last) && finishRemovals().empty());
+    EXPECT_EQ(aliasRows(), support::words("/A/B /A")) << "and what was kept of the other two";
 }
 
 TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {

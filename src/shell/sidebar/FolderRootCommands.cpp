@@ -130,18 +130,25 @@ void FolderRootCommands::doRemoveFolderAlias(const std::shared_ptr<PBFolderAlias
     PBAliasManager& manager = _parts.aliasManager;
     const bool isSelected = _parts.tree.selectedItem() == item;
     if (isSelected) _parts.delegate.cancelScan();
-    PBAliasObject& root = *item->aliasObject();
-    if (!manager.updateState(root, root.state() | PBAliasObject::zombieState)) {
+    const auto root = item->aliasObject();
+    if (!manager.removeAliasObject(root)) {
         // It would be back at the next start.
         if (isSelected) _parts.delegate.scan();
-        _parts.prompts.alertCantRemoveFolder(root.displayName());
+        _parts.prompts.alertCantRemoveFolder(root->displayName());
         return;
     }
-    // Rows that can't be removed now are when roots are read again.
-    manager.removeZombieAlias();
     _parts.tree.removeFolderAlias(*item);
     _parts.delegate.updateWatchPathsInBackground();
     _parts.updateImageBrowserTipView();
+}
+
+void FolderRootCommands::rootsCameBack(const PBAliasObject* askedFor) {
+    platform::assertMainThread();
+    _parts.tree.dataSource().reloadCategoryItem();
+    _parts.delegate.updateWatchPathsInBackground();
+    _parts.updateImageBrowserTipView();
+    if (askedFor && !askedFor->isZombie())
+        _parts.prompts.alertCantRemoveFolder(askedFor->displayName());
 }
 
 void FolderRootCommands::revealInFinder(const PBFolderItem& item) {
