@@ -1,9 +1,11 @@
 // Catalogue rows inserted through PBCatalogue against the same rows through SQLite's own interface
-// with prepared statements that are kept and texts that are UTF-8 already.
+// with prepared statements that are kept and texts that are UTF-8 already; and the removal of a
+// folder root.
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PhotoRows.h"
+#include "catalogue/RootRemoval.h"
 #include "support/Ratio.h"
 
 #include <QTemporaryDir>
@@ -156,5 +158,6 @@ int main() {
     bool met = measure("4,000 photographs into a file, kept statements", photos, false, true, 2.0);
     met = measure("4,000 photographs into memory, kept statements", photos, true, true, 2.0) && met;
     measure("4,000 photographs into a file, prepared anew", photos, false, false, std::nullopt);
+    met = bench::measureRootRemoval() && met;
     return met ? 0 : 1;
 }

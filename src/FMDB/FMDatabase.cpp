@@ -10,8 +10,8 @@
 #include <QScopedValueRollback>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
+#include <iterator>
 #include <utility>
 
 #include <unistd.h>
@@ -28,14 +28,23 @@ FMError errorOf(sqlite3* handle) {
     return error;
 }
 
-/// Whether a statement failed for what it was run on, not for what it says: after it the same
-/// change may work only in part.
-bool isOfTheDisk(int errorCode) {
-    static constexpr std::array codes{SQLITE_FULL,      SQLITE_IOERR,   SQLITE_CANTOPEN,
-                                      SQLITE_NOMEM,     SQLITE_CORRUPT, SQLITE_NOTADB,
-                                      SQLITE_READONLY,  SQLITE_PERM,    SQLITE_PROTOCOL,
-                                      SQLITE_INTERRUPT, SQLITE_NOLFS};
-    return std::ranges::find(codes, errorCode & 0xff) != codes.end();
+/// What a statement may fail for that lies in what it was run on, not in what it says. The observer
+/// is told of those that the user can do something about.
+struct FailureOfTheDisk {
+    int code;
+    bool isTold;
+};
+constexpr FailureOfTheDisk failuresOfTheDisk[] = {
+    {SQLITE_FULL, true},   {SQLITE_READONLY, true},  {SQLITE_CORRUPT, true},
+    {SQLITE_NOTADB, true}, {SQLITE_IOERR, true},     {SQLITE_CANTOPEN, true},
+    {SQLITE_NOMEM, false}, {SQLITE_PERM, false},     {SQLITE_PROTOCOL, false},
+    {SQLITE_NOLFS, false}, {SQLITE_INTERRUPT, false}};
+
+/// nullptr for any other result.
+const FailureOfTheDisk* failureOfTheDisk(int result) {
+    const auto* const found =
+        std::ranges::find(failuresOfTheDisk, result & 0xff, &FailureOfTheDisk::code);
+    return found == std::end(failuresOfTheDisk) ? nullptr : found;
 }
 
 /// A file that nothing can change, since it lies on a disk that may only be read. SQLite does not
@@ -95,25 +104,16 @@ int FMDatabase::step(sqlite3_stmt* statement) {
 
 void FMDatabase::observe(int result) {
     if (!_observer) return;
-    int primary = result & 0xff;
-    if (primary == SQLITE_IOERR || primary == SQLITE_CANTOPEN) {
+    const FailureOfTheDisk* failure = failureOfTheDisk(result);
+    if (!failure || !failure->isTold) return;
+    int code = failure->code;
+    if (code == SQLITE_IOERR || code == SQLITE_CANTOPEN) {
         // Such as a journal that can't be made beside the file.
         const int systemError = sqlite3_system_errno(_db);
-        if (systemError == ENOSPC || systemError == EDQUOT) primary = SQLITE_FULL;
-        if (systemError == EROFS) primary = SQLITE_READONLY;
+        if (systemError == ENOSPC || systemError == EDQUOT) code = SQLITE_FULL;
+        if (systemError == EROFS) code = SQLITE_READONLY;
     }
-    switch (primary) {
-    case SQLITE_FULL:
-    case SQLITE_READONLY:
-    case SQLITE_CORRUPT:
-    case SQLITE_NOTADB:
-    case SQLITE_IOERR:
-    case SQLITE_CANTOPEN:
-        _observer(primary, lastErrorMessage());
-        break;
-    default:
-        break;
-    }
+    _observer(code, lastErrorMessage());
 }
 
 FMDatabase::FMDatabase(QString path) : _databasePath(std::move(path)) {
@@ -230,7 +230,8 @@ bool FMDatabase::update(const QString& sql, Arguments arguments) {
 void FMDatabase::statementDidFail() {
     if (_transaction != Transaction::Open) return;
     _transactionErrorMessage = lastErrorMessage();
-    if (sqlite3_get_autocommit(_db) || isOfTheDisk(lastErrorCode()))
+    // After such a failure the same change may work only in part.
+    if (sqlite3_get_autocommit(_db) || failureOfTheDisk(lastErrorCode()))
         _transaction = Transaction::Lost;
 }
 
@@ -282,9 +283,11 @@ void FMDatabase::setShouldCacheStatements(bool shouldCache) {
     if (!shouldCache) clearCachedStatements();
 }
 
-bool FMDatabase::beginTransaction() {
+bool FMDatabase::beginTransaction(Others others) {
     if (_transaction == Transaction::Lost) return false;
-    const bool begun = executeUpdate(QStringLiteral("begin exclusive transaction"));
+    const bool begun = executeUpdate(
+        others == Others::Read ? QStringLiteral("begin immediate transaction")
+                               : QStringLiteral("begin exclusive transaction"));
     if (begun) _transaction = Transaction::Open;
     _transactionErrorMessage = begun ? QString() : lastErrorMessage();
     return begun;

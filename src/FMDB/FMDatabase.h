@@ -87,10 +87,14 @@ public:
     bool executeUpdateWithArgumentPointers(
         const QString& sql, std::span<const PBValue* const> arguments);
 
-    /// Transactions are exclusive: no other connection reads or writes the file meanwhile. Use
-    /// `FMTransaction`, which never leaves one open. When the disk failed a statement, or SQLite
-    /// ended the transaction by itself, the further updates fail, and so does `commit`.
-    [[nodiscard]] bool beginTransaction();
+    /// What other connections may do with the file during a transaction.
+    enum class Others {
+        Wait, ///< neither read nor write it
+        Read, ///< read what it was before; until the commit, or until the cache overflows
+    };
+    /// Use `FMTransaction`, which never leaves one open. When the disk failed a statement, or
+    /// SQLite ended the transaction by itself, the further updates fail, and so does `commit`.
+    [[nodiscard]] bool beginTransaction(Others others = Others::Wait);
     [[nodiscard]] bool commit();
     bool rollback();
     [[nodiscard]] bool inTransaction() const { return _transaction == Transaction::Open; }

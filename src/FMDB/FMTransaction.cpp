@@ -1,12 +1,11 @@
 #include "FMDB/FMTransaction.h"
 
-#include "FMDB/FMDatabase.h"
-
 #include <utility>
 
-FMTransaction::FMTransaction(FMDatabase& db) : _db(db), _isPart(db.isTransactionPending()) {
+FMTransaction::FMTransaction(FMDatabase& db, FMDatabase::Others others)
+    : _db(db), _isPart(db.isTransactionPending()) {
     // What is meant to be stored whole is not stored row by row where it can't begin.
-    if (!_isPart && !_db.beginTransaction()) _db.setTransactionLost();
+    if (!_isPart && !_db.beginTransaction(others)) _db.setTransactionLost();
 }
 
 FMTransaction::~FMTransaction() {

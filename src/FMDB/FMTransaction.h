@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "FMDB/FMDatabase.h"
 
-class FMDatabase;
+#include <QString>
 
 /// A change of several rows that is stored whole or not at all. It begins when it is made and is
 /// rolled back when it goes without having been committed. Until then the connection refuses every
@@ -18,7 +18,7 @@ class FMDatabase;
 /// Belongs to the thread of its connection, which outlives it.
 class FMTransaction {
 public:
-    explicit FMTransaction(FMDatabase& db);
+    explicit FMTransaction(FMDatabase& db, FMDatabase::Others others = FMDatabase::Others::Wait);
     ~FMTransaction();
     FMTransaction(const FMTransaction&) = delete;
     FMTransaction& operator=(const FMTransaction&) = delete;

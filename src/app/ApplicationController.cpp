@@ -45,8 +45,8 @@ void ApplicationController::awakeFromNib() {
     openCatalogue();
     _folderRoots.emplace(FolderRootServices::Environment{
         .mainFileDb = _connections->mainFileDb(),
-        .buildThumbDb = _connections->buildThumbDb(),
-        .buildThumbOperationQueue = *_buildThumbOperationQueue,
+        .scanFileDb = _connections->scanFileDb(),
+        .scanOperationQueue = *_scanOperationQueue,
         .watchLimitReached = [this](const QString& limit) { _health->watchLimitReached(limit); }});
     _folderRoots->loadAlias();
     _decoderPool = std::make_shared<codec::DecoderPool>(codec::DecoderPool::Settings());
@@ -121,6 +121,11 @@ void ApplicationController::createScans() {
         .scanFinished = [this] { _scanControl->scanFinished(); },
     });
     _marks->setPipeline(*_scanPipeline, [this] { return scanBrowsing(); });
+    _thumbnailCleaner.emplace(ThumbnailCleaner::Environment{
+        .filesPath = _connections->mainFileDb().databasePath(),
+        .buildThumbDb = _connections->buildThumbDb(),
+        .buildQueue = *_buildThumbOperationQueue,
+        .isIdle = [this] { return isIdle(); }});
     _scanControl.emplace(ScanControl::Environment{
         .preload = *_preloadThumbnailOperationQueue,
         .scan = *_scanOperationQueue,
@@ -222,6 +227,14 @@ void ApplicationController::connectFolderRoots() {
         [&selection](const PBAliasObject& root, const QString& error) {
             selection.mountFailed(root, error);
         });
+    FolderRootCommands& commands = _mainWindowController->folderRootCommands();
+    QObject::connect(
+        &*_folderRoots, &FolderRootServices::rootsCameBack, window,
+        [&commands](const PBAliasObject* askedFor) { commands.rootsCameBack(askedFor); });
+    QObject::connect(&*_folderRoots, &FolderRootServices::rootsWereRemoved, window, [this] {
+        _marks->restorer().rootsWereRemoved();
+        _thumbnailCleaner->wake();
+    });
 }
 
 void ApplicationController::createQueues() {
@@ -255,7 +268,10 @@ void ApplicationController::applicationDidFinishLaunching() {
     platform::MainLoop::instance()->performAfterDelay(
         this, "startDecoders", std::chrono::milliseconds(0), [this] { _decoderPool->start(); });
     platform::MainLoop::instance()->performAfterDelay(
-        this, "lookThroughCatalogue", quietAfterStart, [this] { _health->startLooking(); });
+        this, "lookThroughCatalogue", quietAfterStart, [this] {
+            _health->startLooking();
+            _thumbnailCleaner->wake();
+        });
 }
 
 bool ApplicationController::addFolders(const QStringList& folders) {
@@ -276,6 +292,7 @@ void ApplicationController::applicationOpenFiles(const QStringList& paths) {
 
 void ApplicationController::applicationWillTerminate() {
     platform::assertMainThread();
+    _thumbnailCleaner.reset();
     // The queues stop before any connection closes: that keeps a running operation from a closed
     // one.
     for (auto* queue :

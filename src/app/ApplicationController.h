@@ -6,6 +6,7 @@
 #include "app/MarksServices.h"
 #include "app/ScanControl.h"
 #include "app/ScanPipeline.h"
+#include "app/ThumbnailCleaner.h"
 #include "app/WatchControl.h"
 #include "core/PBAppDelegate.h"
 #include "platform/program/UserDefaults.h"
@@ -111,6 +112,7 @@ private:
     std::shared_ptr<codec::DecoderPool> _decoderPool;
     std::unique_ptr<PBGeoManager> _geoManager;
     std::optional<MarksServices> _marks;
+    std::optional<ThumbnailCleaner> _thumbnailCleaner;
     std::optional<ScanPipeline> _scanPipeline;
     std::optional<ScanControl> _scanControl;
     std::unique_ptr<PBMainWindowController> _mainWindowController;

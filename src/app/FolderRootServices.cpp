@@ -1,7 +1,7 @@
 #include "app/FolderRootServices.h"
 
 #include "catalogue/PBCatalogue.h"
-#include "catalogue/PBRemoveThumbOperation.h"
+#include "catalogue/PBRemoveAliasOperation.h"
 #include "core/Paths.h"
 #include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
@@ -22,7 +22,9 @@ FolderRootServices::FolderRootServices(const Environment& environment)
       _folderLister(_calls),
       _aliasManager(
           {environment.mainFileDb, *this,
-           [this](std::vector<qint64> fileIds) { removeThumbnails(std::move(fileIds)); }}),
+           [this](PBAliasArray roots, std::shared_ptr<PBAliasObject> askedFor) {
+               removeRows(std::move(roots), std::move(askedFor));
+           }}),
       _volumeWatcher(platform::VolumeSources().mountInfo),
       _scEvents({.limitReached = environment.watchLimitReached}) {
     using platform::VolumeWatcher;
@@ -82,9 +84,36 @@ void FolderRootServices::aliasDidAnswer(qint64 aliasId, const platform::Resoluti
     }
 }
 
-void FolderRootServices::removeThumbnails(std::vector<qint64> fileIds) {
-    _environment.buildThumbOperationQueue.addOperation(
-        std::make_shared<PBRemoveThumbOperation>(std::move(fileIds), _environment.buildThumbDb));
+void FolderRootServices::removeRows(PBAliasArray roots, std::shared_ptr<PBAliasObject> askedFor) {
+    PBRemoveAliasOperation::Roots removed;
+    for (const auto& root : roots)
+        removed.aliasIds.push_back(root->aliasId());
+    if (askedFor) removed.askedFor = askedFor->aliasId();
+    const auto ended = [this, alive = std::weak_ptr(_alive), roots = std::move(roots),
+                        askedFor = std::move(askedFor)](bool isRemoved) {
+        MainLoop* loop = MainLoop::instance();
+        if (!loop) return;
+        loop->post(MainLoop::Mode::Common, [this, alive, roots, askedFor, isRemoved] {
+            if (!alive.expired()) removalDidEnd(roots, askedFor.get(), isRemoved);
+        });
+    };
+    // On the scan queue: no scan that knows the roots comes behind it. Behind those that wait: what
+    // the user looks at next comes first.
+    const auto operation = std::make_shared<PBRemoveAliasOperation>(
+        std::move(removed), _environment.scanFileDb, ended);
+    operation->setQueuePriority(platform::QueuePriority::VeryLow);
+    _environment.scanOperationQueue.addOperation(operation);
+}
+
+void FolderRootServices::removalDidEnd(
+    const PBAliasArray& roots, PBAliasObject* askedFor, bool isRemoved) {
+    platform::assertMainThread();
+    if (isRemoved) {
+        Q_EMIT rootsWereRemoved();
+        return;
+    }
+    _aliasManager.rootsWereNotRemoved(roots, askedFor);
+    Q_EMIT rootsCameBack(askedFor);
 }
 
 void FolderRootServices::updateWatchPathsInBackground() {

@@ -24,8 +24,8 @@ class FolderRootServices final : public QObject, private PBAliasServices {
 public:
     struct Environment {
         FMDatabase& mainFileDb;
-        FMDatabase& buildThumbDb;
-        platform::OperationQueue& buildThumbOperationQueue;
+        FMDatabase& scanFileDb;
+        platform::OperationQueue& scanOperationQueue;
         /// Told of a limit that keeps folders from being watched; any thread.
         std::function<void(const QString& limit)> watchLimitReached = {};
     };
@@ -52,6 +52,11 @@ public:
     [[nodiscard]] bool isBusy() const { return _calls.hasWork(); }
 
 Q_SIGNALS:
+    /// Roots have left the catalogue with all their rows.
+    void rootsWereRemoved();
+    /// The catalogue did not let go of roots: they are back. `askedFor` is the one that the user
+    /// had removed; nullptr for none.
+    void rootsCameBack(PBAliasObject* askedFor);
     void volumesDidMount(const PBAliasArray& changed);
     void volumesDidUnmount(const PBAliasArray& changed);
     void mountFailed(const PBAliasObject& aliasObject, const QString& error);
@@ -61,7 +66,8 @@ private:
     resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) override;
     bool storeReservePath(qint64 aliasId, const QString& reservePath) override;
     void aliasDidAnswer(qint64 aliasId, const platform::Resolution& resolution);
-    void removeThumbnails(std::vector<qint64> fileIds);
+    void removeRows(PBAliasArray roots, std::shared_ptr<PBAliasObject> askedFor);
+    void removalDidEnd(const PBAliasArray& roots, PBAliasObject* askedFor, bool isRemoved);
     void updateWatchPaths();
 
     const Environment _environment;
@@ -73,6 +79,8 @@ private:
     PBPathHistory _pathHistory;
     platform::VolumeWatcher _volumeWatcher;
 
+    /// Expires with this object; looked at on the main thread only.
+    const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
     SCEvents _scEvents;
     /// Last: its work uses the members above.
     platform::OperationQueue _watchQueue{QStringLiteral("watch paths")};

@@ -2,6 +2,7 @@
 
 #include "codec/PBImageImporterManager.h"
 #include "core/FileTypes.h"
+#include "platform/files/Spelling.h"
 
 #include <QFile>
 
@@ -50,7 +51,7 @@ QStringList openablePaths(
         if (const auto fault = faultOf(path)) {
             complain(*fault);
         } else {
-            openable.append(path);
+            openable.append(platform::spelledAsOnDisk(path));
         }
     }
     return openable;

@@ -74,4 +74,9 @@ Match match(FMDatabase& files, FMDatabase& thumbnails) {
     return removeUngiven(thumbnails, *lastGiven) ? Match::Agree : Match::Differ;
 }
 
+bool agree(FMDatabase& files, FMDatabase& thumbnails) {
+    const auto wanted = identityOf(files);
+    return wanted && *wanted != 0 && wanted == identityOf(thumbnails);
+}
+
 } // namespace CatalogueIdentity

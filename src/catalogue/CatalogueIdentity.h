@@ -17,4 +17,7 @@ enum class Match {
 /// that the catalogue has not given yet, as where it was put back from an older copy, are removed.
 [[nodiscard]] Match match(FMDatabase& files, FMDatabase& thumbnails);
 
+/// Whether the files are bound to one another at this moment. False also where one can't be read.
+[[nodiscard]] bool agree(FMDatabase& files, FMDatabase& thumbnails);
+
 } // namespace CatalogueIdentity

@@ -103,6 +103,9 @@ public:
     bool removeIPTCWithFileId(qint64 fileId);
     bool removeGPSWithFileId(qint64 fileId);
     bool removeThumbnailWithFileId(qint64 fileId);
+    /// Removes the root's row with all rows of its folders and their files, in one statement for
+    /// each table; call it within a transaction.
+    bool removeFolderAliasWithAllRows(qint64 aliasId);
     /// Removes the file's rows from `ImageFile` and all five metadata tables; call it within a
     /// transaction. The thumbnail, in the other file, is removed apart.
     bool removeImageFileAndMetadataWithFileId(qint64 fileId);

@@ -2,6 +2,16 @@
 
 #include "FMDB/FMDatabase.h"
 
+#include <algorithm>
+#include <array>
+
+namespace {
+
+/// Each has rows under the ids of files.
+constexpr std::array<QStringView, 5> metadataTables{u"Exif", u"ExifAux", u"Tiff", u"IPTC", u"GPS"};
+
+} // namespace
+
 bool PBCatalogue::removeRow(QStringView table, QStringView key, qint64 id) {
     return _db.executeUpdate(QStringLiteral("delete from %1 where %2 = ?").arg(table, key), id);
 }
@@ -40,6 +50,21 @@ bool PBCatalogue::removeGPSWithFileId(qint64 fileId) {
 
 bool PBCatalogue::removeThumbnailWithFileId(qint64 fileId) {
     return removeRow(u"Thumbnail", u"FileId", fileId);
+}
+
+bool PBCatalogue::removeFolderAliasWithAllRows(qint64 aliasId) {
+    const QString ofFolders =
+        QStringLiteral("FolderId in (select Id from Folder where AliasId = ?)");
+    const QString ofFiles = QStringLiteral("FileId in (select Id from ImageFile where %1)");
+    const auto remove = [&](QStringView table, const QString& rows) {
+        return _db.executeUpdate(
+            QStringLiteral("delete from %1 where ").arg(table) + rows, aliasId);
+    };
+    return std::ranges::all_of(
+               metadataTables,
+               [&](QStringView table) { return remove(table, ofFiles.arg(ofFolders)); }) &&
+           remove(u"ImageFile", ofFolders) && remove(u"Folder", QStringLiteral("AliasId = ?")) &&
+           removeFolderAliasWithAliasId(aliasId);
 }
 
 bool PBCatalogue::removeImageFileAndMetadataWithFileId(qint64 fileId) {

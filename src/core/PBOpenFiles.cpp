@@ -98,7 +98,7 @@ bool PBOpenFiles::matchFile(PBOpenFolderObject& folder, qint64 fileId, const QSt
         if (sortIndexOfObject(folder.notFileArray, wanted, 0, false) != NSNotFound) return false;
     }
     const auto named = std::ranges::find_if(folder.fileArray, [&](const auto& file) {
-        return file->fileId == 0 && file->fileName.compare(fileName, Qt::CaseInsensitive) == 0;
+        return file->fileId == 0 && file->fileName == fileName;
     });
     if (named != folder.fileArray.end()) {
         (*named)->fileId = fileId;

@@ -8,10 +8,6 @@ namespace PBUtilities {
 
 namespace {
 
-bool sameName(QStringView name, QStringView other) {
-    return name.compare(other, Qt::CaseInsensitive) == 0;
-}
-
 /// Walks the parts of a path without making strings of them.
 class Components {
 public:
@@ -71,7 +67,7 @@ int comparePath(QStringView path, QStringView otherPath) {
         if (part.isNull() && other.isNull()) return 0;
         if (part.isNull()) return 1;
         if (other.isNull()) return -1;
-        if (!sameName(part, other)) return -2;
+        if (part != other) return -2;
     }
 }
 
@@ -82,7 +78,7 @@ QString ancestorOfPath(QStringView path, QStringView otherPath) {
     while (true) {
         const QStringView part = left.next();
         const QStringView other = right.next();
-        if (part.isNull() || other.isNull() || !sameName(part, other)) break;
+        if (part.isNull() || other.isNull() || part != other) break;
         common.append(part.toString());
     }
     return common.isEmpty() ? QStringLiteral("/") : pathWithComponents(common);
@@ -110,7 +106,7 @@ bool isParentOfPath(QStringView path, QStringView otherPath) {
         const QStringView part = left.next();
         const QStringView other = right.next();
         if (part.isNull()) return !other.isNull();
-        if (other.isNull() || !sameName(part, other)) return false;
+        if (other.isNull() || part != other) return false;
     }
 }
 

@@ -7,8 +7,10 @@
 #include <cstdint>
 #include <span>
 
-/// Paths compared by whole components and, where nothing else is said, without regard to case,
-/// whatever the file system does. Pure functions, any thread.
+/// Paths compared by whole components. Case counts: "trip" and "Trip" are two folders. On a disk
+/// that takes no note of case they are one, but then one of them is how the disk spells it: paths
+/// that come from outside are brought to that spelling where they enter
+/// (`platform::spelledAsOnDisk`), and none of these functions asks a disk. Any thread.
 namespace PBUtilities {
 
 /// The parts of a path: "/" first for an absolute path, then the names. A path of at least two
@@ -21,10 +23,10 @@ namespace PBUtilities {
 /// below it. -2: unrelated, or only one of them is empty.
 [[nodiscard]] int comparePath(QStringView path, QStringView otherPath);
 
-/// The deepest common folder, in the first path's spelling; "/" when there is none.
+/// The deepest common folder; "/" when there is none.
 [[nodiscard]] QString ancestorOfPath(QStringView path, QStringView otherPath);
 
-/// The same paths in any order. Case counts: a folder renamed in case only is at another place.
+/// The same paths in any order.
 [[nodiscard]] bool
 isEqualPathArray(const QStringList& pathArray, const QStringList& otherPathArray);
 /// The same numbers in the same order.

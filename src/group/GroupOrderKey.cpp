@@ -5,6 +5,7 @@
 #include "group/GroupTypes.h"
 
 #include <cmath>
+#include <utility>
 
 namespace group {
 
@@ -47,10 +48,19 @@ GroupOrderKey::Key GroupOrderKey::makeKey(int type, const PBValue& value) {
         const bool byYear = type == ModificationYear || type == CaptureYear;
         return byYear ? double(month.year) : month.year * 12.0 + month.month;
     }
-    if (type == Folder) return PBUtilities::recentSortKey(value.toText());
+    if (type == Folder) {
+        QString path = value.toText();
+        return FolderPath{PBUtilities::recentSortKey(path), std::move(path)};
+    }
     if (type == Place && value.isDictionary()) return AddressOrder::recent(value);
     if (isNumericType(type)) return numberKey(value);
     return value.toText();
+}
+
+int GroupOrderKey::FolderPath::compare(const FolderPath& other) const {
+    if (const int order = PBUtilities::compareSortKeys(sortKey, other.sortKey)) return order;
+    const int order = path.compare(other.path);
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
 int GroupOrderKey::compare(const GroupOrderKey& other) const {
@@ -61,8 +71,8 @@ int GroupOrderKey::compare(const GroupOrderKey& other) const {
         const int order = text->compare(*std::get_if<QString>(&other._key), Qt::CaseInsensitive);
         return order < 0 ? -1 : order > 0 ? 1 : 0;
     }
-    if (const auto* path = std::get_if<QCollatorSortKey>(&_key))
-        return PBUtilities::compareSortKeys(*path, *std::get_if<QCollatorSortKey>(&other._key));
+    if (const auto* folder = std::get_if<FolderPath>(&_key))
+        return folder->compare(*std::get_if<FolderPath>(&other._key));
     if (const auto* address = std::get_if<Address>(&_key))
         return (*address)->compare(**std::get_if<Address>(&other._key));
     return 0;

@@ -27,9 +27,16 @@ private:
     struct Same {};
     struct Null {};
     struct Absent {};
+    /// In the order of the user's language, in which "trip" and "Trip", or "Day 1" and "Day 01",
+    /// are alike: the exact path keeps them apart.
+    struct FolderPath {
+        QCollatorSortKey sortKey;
+        QString path;
+        [[nodiscard]] int compare(const FolderPath& other) const;
+    };
     using Address = std::shared_ptr<const AddressOrder>;
     /// In the order in which different kinds stand.
-    using Key = std::variant<Same, double, QString, QCollatorSortKey, Address, Null, Absent>;
+    using Key = std::variant<Same, double, QString, FolderPath, Address, Null, Absent>;
 
     static Key makeKey(int type, const PBValue& value);
     static Key numberKey(const PBValue& value);

@@ -33,7 +33,10 @@ int ItemName::compare(const ItemName& other) const {
     const Record& mine = current();
     const Record& others = other.current();
     if (&mine == &others) return 0;
-    return PBUtilities::compareSortKeys(mine.sortKey(), others.sortKey());
+    if (const int order = PBUtilities::compareSortKeys(mine.sortKey(), others.sortKey()))
+        return order;
+    const int order = mine.text.compare(others.text);
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
 } // namespace group

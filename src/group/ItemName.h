@@ -23,8 +23,9 @@ public:
     [[nodiscard]] const QString& text() const { return current().text; }
     /// One thread at a time.
     void setText(QString text);
-    /// -1, 0 or 1 by `localizedStandardCompare`. Each name's sort key is made once, when it is
-    /// first needed. Any thread.
+    /// -1, 0 or 1 by `localizedStandardCompare`; names that are alike to it, such as "a.jpg" and
+    /// "A.jpg", by their characters. Each name's sort key is made once, when it is first needed.
+    /// Any thread.
     [[nodiscard]] int compare(const ItemName& other) const;
 
 private:

@@ -13,11 +13,7 @@ using PBUtilities::pathComponents;
 using PBUtilities::pathWithComponents;
 
 bool PBAliasManager::startsWith(const QStringList& parts, const QStringList& start) {
-    return parts.size() >= start.size() &&
-           std::equal(
-               start.begin(), start.end(), parts.begin(), [](const auto& part, const auto& other) {
-                   return part.compare(other, Qt::CaseInsensitive) == 0;
-               });
+    return parts.size() >= start.size() && std::equal(start.begin(), start.end(), parts.begin());
 }
 
 namespace {
@@ -105,38 +101,36 @@ PBAliasArray PBAliasManager::volumDidUnmount(const QString&) {
     return changed;
 }
 
-bool PBAliasManager::removeIfMissing(const PBAliasObject& aliasObject) {
+bool PBAliasManager::isToGo(const PBAliasObject& aliasObject) const {
     if (aliasObject.isMounted() || aliasObject.type() != PBAliasObject::Local) return false;
-    if (!aliasObject.isMissing()) return false;
-    return removeAlias(aliasObject.aliasId(), _environment.mainFileDb);
-}
-
-void PBAliasManager::storeIfRemoved(PBAliasArray& aliasArray, bool removed) {
-    if (removeZombieAlias(aliasArray) || removed) setAliasArray(std::move(aliasArray));
+    return _couldReadAll && aliasObject.isMissing();
 }
 
 bool PBAliasManager::resolveAllAliasWithMount(const PBAliasObject::Look& look) {
     PBAliasArray roots = aliasArray().copy();
+    PBAliasArray removed;
     bool changed = false;
-    const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+    std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (resolveAlias(*root, look)) changed = true;
-        return removeIfMissing(*root);
+        if (isToGo(*root)) removed.push_back(root);
+        return isToGo(*root);
     });
-    storeIfRemoved(roots, removed > 0);
+    removeZombieAlias(std::move(roots), std::move(removed));
     return changed;
 }
 
 PBAliasArray PBAliasManager::aliasPathChanged(const QString& path) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray changed;
-    const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
-        if (!root->isMounted() || root->path().compare(path, Qt::CaseInsensitive) != 0)
-            return false;
+    PBAliasArray removed;
+    std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+        if (!root->isMounted() || root->path() != path) return false;
         if (!resolveAlias(*root, {.includeMounted = true, .updateReserve = true})) return false;
         changed.push_back(root);
-        return removeIfMissing(*root);
+        if (isToGo(*root)) removed.push_back(root);
+        return isToGo(*root);
     });
-    storeIfRemoved(roots, removed > 0);
+    removeZombieAlias(std::move(roots), std::move(removed));
     return changed;
 }
 
@@ -144,23 +138,23 @@ PBAliasArray PBAliasManager::aliasDidAnswer(
     const PBAliasObject& aliasObject, const platform::Resolution& resolution) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray changed;
-    const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+    PBAliasArray removed;
+    std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (root.get() != &aliasObject) return false;
         if (root->takeResolution(resolution, true, _environment.services)) changed.push_back(root);
-        if (!removeIfMissing(*root)) return false;
+        if (!isToGo(*root)) return false;
         if (changed.empty()) changed.push_back(root);
+        removed.push_back(root);
         return true;
     });
-    storeIfRemoved(roots, removed > 0);
+    removeZombieAlias(std::move(roots), std::move(removed));
     return changed;
 }
 
 std::shared_ptr<PBAliasObject> PBAliasManager::findAliasObjectByPath(const QString& path) const {
     const PBAliasArraySnapshot roots = aliasArray();
-    const auto found = std::ranges::find_if(roots, [&](const auto& root) {
-        const QString place = root->path();
-        return !place.isEmpty() && place.compare(path, Qt::CaseInsensitive) == 0;
-    });
+    const auto found = std::ranges::find_if(
+        roots, [&](const auto& root) { return root->isMounted() && root->path() == path; });
     return found == roots.end() ? nullptr : *found;
 }
 

@@ -47,8 +47,10 @@ public:
     struct Environment {
         FMDatabase& mainFileDb;
         PBAliasServices& services;
-        /// Has the thumbnails of these files removed, in the background.
-        std::function<void(std::vector<qint64> fileIds)> removeThumbnails;
+        /// Has all rows of these roots, which are no longer in the array, removed in the
+        /// background: whole or not at all. Where that fails, `rootsWereNotRemoved` is to be
+        /// called. `askedFor` is the one of them that the user has just removed, if any.
+        std::function<void(PBAliasArray roots, std::shared_ptr<PBAliasObject> askedFor)> removeRows;
     };
 
     explicit PBAliasManager(Environment environment);
@@ -77,7 +79,7 @@ public:
     bool resolveAlias(
         PBAliasObject& aliasObject, const PBAliasObject::Look& look, QString* error = nullptr);
 
-    /// The first root whose path is this one, without regard to case; zombies too.
+    /// The first root whose path is this one; zombies too.
     [[nodiscard]] std::shared_ptr<PBAliasObject> findAliasObjectByPath(const QString& path) const;
     [[nodiscard]] std::shared_ptr<PBAliasObject> findAliasObjectById(qint64 aliasId) const;
     [[nodiscard]] QString mountedPathOfAliasId(qint64 aliasId) const override;
@@ -98,22 +100,30 @@ public:
     /// Moves to a new root, before it is added, the folder rows that other roots have for folders
     /// in it: what is catalogued stays so. False when that could not be stored, and nothing moved.
     [[nodiscard]] bool updateFolderByAliasObject(const PBAliasObject& aliasObject);
-    /// Removes mounted zombies that lie in no other mounted root. Those that the catalogue doesn't
-    /// let go of stay. Answers whether any went.
+    /// Removes mounted zombies that lie in no other mounted root from the array, and their rows
+    /// behind that. Where the roots could not all be read, none goes: another may lie in it.
+    /// Answers whether any went.
     bool removeZombieAlias();
-    bool removeZombieAlias(PBAliasArray& aliasArray);
-    /// Removes a root and all rows that belong to it, and has its thumbnails removed; false when
-    /// that could not be stored, and all stays. Where the roots could not all be read, none goes:
-    /// another may lie in it.
-    [[nodiscard]] bool removeAlias(qint64 aliasId, FMDatabase& db);
+    /// The user removes a root from the sidebar. One that lies in another root stays as a zombie,
+    /// so that its folders keep their rows; so does one whose disk is away. Any other leaves the
+    /// array at once, with the zombies in it, and the catalogue behind that. False where the
+    /// catalogue doesn't take it.
+    [[nodiscard]] bool removeAliasObject(const std::shared_ptr<PBAliasObject>& aliasObject);
+    /// The catalogue did not let go of roots: they are back in the array. `askedFor` is no zombie
+    /// any more, unless its folder is another root's by now.
+    void rootsWereNotRemoved(const PBAliasArray& roots, PBAliasObject* askedFor);
 
 private:
     void setAliasArray(PBAliasArray aliasArray);
-    /// Removes zombies that are free to go, and stores the array if anything was removed.
-    void storeIfRemoved(PBAliasArray& aliasArray, bool removed);
-    bool removeIfMissing(const PBAliasObject& aliasObject);
+    /// The same, together with roots that have just been taken out of the array.
+    bool removeZombieAlias(
+        PBAliasArray aliasArray, PBAliasArray removed,
+        const std::shared_ptr<PBAliasObject>& askedFor = nullptr);
+    /// Whether a root is to go, since its folder is gone for good.
+    [[nodiscard]] bool isToGo(const PBAliasObject& aliasObject) const;
+    [[nodiscard]] static bool isInAnother(const PBAliasObject& root, const PBAliasArray& roots);
     [[nodiscard]] bool takeOverRows(const PBAliasObject& from, const PBAliasObject& to);
-    /// Whether the components of a path begin with those of another, without regard to case.
+    /// Whether the components of a path begin with those of another.
     [[nodiscard]] static bool startsWith(const QStringList& parts, const QStringList& start);
 
     const Environment _environment;

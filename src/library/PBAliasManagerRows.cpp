@@ -11,20 +11,6 @@
 using PBUtilities::pathComponents;
 using PBUtilities::pathWithComponents;
 
-namespace {
-
-/// Nothing where they can't all be read.
-std::optional<std::vector<qint64>> ids(FMDatabase& db, const QString& sql, qint64 aliasId) {
-    std::vector<qint64> found;
-    FMResultSet rows = db.executeQuery(sql, aliasId);
-    while (rows.next())
-        found.push_back(rows.longLongIntForColumnIndex(0));
-    if (rows.hadError()) return std::nullopt;
-    return found;
-}
-
-} // namespace
-
 bool PBAliasManager::updateState(PBAliasObject& aliasObject, std::uint64_t state) {
     PBCatalogue catalogue(_environment.mainFileDb);
     if (!catalogue.updateFolderAliasWithIdState(
@@ -35,65 +21,61 @@ bool PBAliasManager::updateState(PBAliasObject& aliasObject, std::uint64_t state
     return true;
 }
 
+bool PBAliasManager::isInAnother(const PBAliasObject& root, const PBAliasArray& roots) {
+    return std::ranges::any_of(roots, [&](const std::shared_ptr<PBAliasObject>& other) {
+        return other->isMounted() && PBUtilities::comparePath(root.path(), other->path()) == -1;
+    });
+}
+
 bool PBAliasManager::removeZombieAlias() {
-    PBAliasArray roots = aliasArray().copy();
-    if (!removeZombieAlias(roots)) return false;
-    setAliasArray(std::move(roots));
+    return removeZombieAlias(aliasArray().copy(), {});
+}
+
+bool PBAliasManager::removeZombieAlias(
+    PBAliasArray aliasArray, PBAliasArray removed, const std::shared_ptr<PBAliasObject>& askedFor) {
+    const auto isFree = [&](const std::shared_ptr<PBAliasObject>& root) {
+        return _couldReadAll && root->isZombie() && root->isMounted() &&
+               !isInAnother(*root, aliasArray);
+    };
+    // One that goes may have been all that another one lay in.
+    for (auto zombie = std::ranges::find_if(aliasArray, isFree); zombie != aliasArray.end();
+         zombie = std::ranges::find_if(aliasArray, isFree)) {
+        removed.push_back(*zombie);
+        aliasArray.erase(zombie);
+    }
+    if (removed.empty()) return false;
+    setAliasArray(std::move(aliasArray));
+    if (_environment.removeRows) _environment.removeRows(std::move(removed), askedFor);
     return true;
 }
 
-bool PBAliasManager::removeZombieAlias(PBAliasArray& aliasArray) {
-    const auto isNeeded = [&](const PBAliasObject& zombie) {
-        return std::ranges::any_of(aliasArray, [&](const std::shared_ptr<PBAliasObject>& root) {
-            return root->isMounted() && PBUtilities::comparePath(zombie.path(), root->path()) == -1;
-        });
-    };
-    bool removedAny = false;
-    std::vector<std::shared_ptr<PBAliasObject>> kept;
-    // One that goes may have been all that another one lay in.
-    while (true) {
-        const auto zombie =
-            std::ranges::find_if(aliasArray, [&](const std::shared_ptr<PBAliasObject>& root) {
-                return root->isZombie() && root->isMounted() && !isNeeded(*root) &&
-                       std::ranges::find(kept, root) == kept.end();
-            });
-        if (zombie == aliasArray.end()) return removedAny;
-        if (removeAlias((*zombie)->aliasId(), _environment.mainFileDb)) {
-            aliasArray.erase(zombie);
-            removedAny = true;
+bool PBAliasManager::removeAliasObject(const std::shared_ptr<PBAliasObject>& aliasObject) {
+    platform::assertMainThread();
+    const std::uint64_t state = aliasObject->state() | PBAliasObject::zombieState;
+    PBAliasArray roots = aliasArray().copy();
+    if (!_couldReadAll || !aliasObject->isMounted() || isInAnother(*aliasObject, roots))
+        return updateState(*aliasObject, state);
+    aliasObject->setState(state);
+    return removeZombieAlias(std::move(roots), {}, aliasObject);
+}
+
+void PBAliasManager::rootsWereNotRemoved(const PBAliasArray& roots, PBAliasObject* askedFor) {
+    platform::assertMainThread();
+    if (askedFor) {
+        if (!findAliasObjectByPath(askedFor->path())) {
+            askedFor->setState(askedFor->state() & ~PBAliasObject::zombieState);
         } else {
-            kept.push_back(*zombie);
+            // The user has added the folder again meanwhile.
+            static_cast<void>(updateState(*askedFor, askedFor->state()));
         }
     }
-}
-
-bool PBAliasManager::removeAlias(qint64 aliasId, FMDatabase& db) {
-    platform::assertMainThread();
-    if (!_couldReadAll) return false;
-    FMTransaction transaction(db);
-    if (!transaction.isOpen()) return false;
-    const auto fileIds =
-        ids(db,
-            QStringLiteral("select a.Id from ImageFile as a,Folder as b where b.AliasId = ? and "
-                           "a.FolderId = b.Id"),
-            aliasId);
-    const auto folderIds =
-        ids(db, QStringLiteral("select Id from Folder where AliasId = ?"), aliasId);
-    if (!fileIds || !folderIds) return false;
-    PBCatalogue catalogue(db);
-    const bool removed =
-        std::ranges::all_of(
-            *fileIds,
-            [&](qint64 fileId) {
-                return catalogue.removeImageFileAndMetadataWithFileId(fileId);
-            }) &&
-        std::ranges::all_of(
-            *folderIds,
-            [&](qint64 folderId) { return catalogue.removeFolderWithFolderId(folderId); }) &&
-        catalogue.removeFolderAliasWithAliasId(aliasId);
-    if (!removed || !transaction.commit()) return false;
-    if (!fileIds->empty() && _environment.removeThumbnails) _environment.removeThumbnails(*fileIds);
-    return true;
+    PBAliasArray all = aliasArray().copy();
+    for (const auto& root : roots) {
+        const auto place = std::ranges::upper_bound(
+            all, root->aliasId(), {}, [](const auto& other) { return other->aliasId(); });
+        all.insert(place, root);
+    }
+    setAliasArray(std::move(all));
 }
 
 bool PBAliasManager::updateFolderByAliasObject(const PBAliasObject& aliasObject) {

@@ -1,6 +1,7 @@
 #include "library/PBAliasResolver.h"
 
 #include "core/Paths.h"
+#include "platform/files/Spelling.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
@@ -59,7 +60,9 @@ Resolution PBAliasResolver::resolve(
          places = platform::SearchPlaces{aliasObject.reservePath(), otherRoots, _commonFolders},
          stop = _stop.get_token()](std::chrono::milliseconds limit) -> Resolution {
         if (const auto bookmark = Bookmark::fromData(data)) {
-            return resolver->resolve(*bookmark, places, limit, stop);
+            Resolution found = resolver->resolve(*bookmark, places, limit, stop);
+            found.path = platform::spelledAsOnDisk(found.path);
+            return found;
         }
         // Damaged bytes: all that is known is where the folder was seen.
         if (PBUtilities::isFolder(places.lastSeenPath)) {
@@ -135,6 +138,15 @@ bool PBAliasResolver::isFolder(const QString& path) {
             QStringLiteral("look ") + path, path, resolveLimit,
             [path] { return PBUtilities::isFolder(path); }, {})
         .value_or(false);
+}
+
+QString PBAliasResolver::spelledAsOnDisk(const QString& path) {
+    platform::assertMainThread();
+    return _calls
+        .call<QString>(
+            QStringLiteral("spell ") + path, path, resolveLimit,
+            [path] { return platform::spelledAsOnDisk(path); }, {})
+        .value_or(path);
 }
 
 std::optional<PBAliasResolver::NewAlias> PBAliasResolver::newAlias(const QString& path) {

@@ -63,6 +63,9 @@ public:
     /// Whether there is a folder; also false if it doesn't answer.
     [[nodiscard]] bool isFolder(const QString& path);
 
+    /// The path as its disk spells it; as given if the disk doesn't answer.
+    [[nodiscard]] QString spelledAsOnDisk(const QString& path);
+
     /// The lane of bounded calls that stands for the root's volume.
     [[nodiscard]] static QString lane(const PBAliasObject& aliasObject);
 

@@ -3,13 +3,13 @@
 #include "core/Paths.h"
 #include "library/FolderIcons.h"
 #include "library/PBAliasResolver.h"
-#include "library/PBFolderLister.h"
 #include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/work/MainThread.h"
 
 #include <QHash>
 
+#include <algorithm>
 #include <utility>
 
 std::shared_ptr<PBFolderItem> PBFolderItem::folderItemWithParent(
@@ -65,21 +65,16 @@ PBFolderItem::aliasObjectAndRelativePath(QString* relativePath) const {
 std::shared_ptr<PBFolderItem>
 PBFolderItem::childFolderWithFolderName(const QString& folderName, bool tryLoad) {
     if (!_isLoaded && tryLoad) loadChildren();
-    std::shared_ptr<PBFolderItem> respelled;
-    for (const auto& child : _children) {
-        if (child->_folderName == folderName) return child;
-        const bool isSame = child->_folderName.compare(folderName, Qt::CaseInsensitive) == 0;
-        if (isSame && !respelled) respelled = child;
-    }
-    return respelled;
+    const auto found = std::ranges::find(_children, folderName, &PBFolderItem::_folderName);
+    return found == _children.end() ? nullptr : *found;
 }
 
-std::optional<QStringList> PBFolderItem::listedNames(const QString& folder) {
-    const auto late = [weak = weak_from_this(), folder](const QStringList& names) {
+std::optional<Subfolders> PBFolderItem::listed(const QString& folder) {
+    const auto late = [weak = weak_from_this(), folder](const Subfolders& folders) {
         const auto item = std::static_pointer_cast<PBFolderItem>(weak.lock());
         // The folder may have moved, or its volume may be gone, in the meantime.
         if (!item || !item->_isLoaded || item->folderPath() != folder) return;
-        if (item->takeNames(names) && item->_context->childrenDidChange) {
+        if (item->takeSubfolders(folders) && item->_context->childrenDidChange) {
             item->_context->childrenDidChange(*item);
         }
     };
@@ -92,34 +87,39 @@ void PBFolderItem::loadChildren() {
     _children.clear();
     const QString folder = folderPath();
     if (folder.isEmpty()) return;
-    if (const auto names = listedNames(folder)) takeNames(*names);
+    if (const auto folders = listed(folder)) takeSubfolders(*folders);
 }
 
-bool PBFolderItem::takeNames(const QStringList& names) {
+bool PBFolderItem::takeSubfolders(const Subfolders& folders) {
     platform::assertMainThread();
     QHash<QString, std::shared_ptr<PBFolderItem>> old;
     for (const auto& child : _children)
         old.insert(child->_folderName, child);
     bool changed = false;
-    Children updated(static_cast<std::size_t>(names.size()));
-    for (qsizetype i = 0; i < names.size(); ++i)
-        updated[static_cast<std::size_t>(i)] = old.take(names[i]);
-    // What is left may have changed its case only. Both spellings can exist side by side, so the
-    // exact ones are served first.
-    QHash<QString, std::shared_ptr<PBFolderItem>> respelled;
-    for (const auto& child : old)
-        respelled.insert(child->_folderName.toCaseFolded(), child);
+    Children updated(folders.size());
+    for (std::size_t i = 0; i < folders.size(); ++i)
+        updated[i] = old.take(folders[i].name);
+    // One that was renamed in case only is the same folder to the user, and stays open and
+    // selected. The name alone does not tell: both spellings can exist side by side.
+    QHash<std::uint64_t, std::shared_ptr<PBFolderItem>> missing;
+    for (const auto& child : old) {
+        if (child->_inode != 0) missing.insert(child->_inode, child);
+    }
     const auto self = std::static_pointer_cast<PBFolderItem>(shared_from_this());
-    for (qsizetype i = 0; i < names.size(); ++i) {
-        auto& child = updated[static_cast<std::size_t>(i)];
-        if (child) continue;
-        child = respelled.take(names[i].toCaseFolded());
-        if (child) {
-            child->_folderName = names[i];
-        } else {
-            child = folderItemWithParent(self, names[i]);
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+        auto& child = updated[i];
+        const auto& [name, inode] = folders[i];
+        if (!child) {
+            changed = true;
+            const auto former = missing.value(inode);
+            if (former && former->_folderName.compare(name, Qt::CaseInsensitive) == 0) {
+                child = missing.take(inode);
+                child->_folderName = name;
+            } else {
+                child = folderItemWithParent(self, name);
+            }
         }
-        changed = true;
+        child->_inode = inode;
     }
     changed = changed || updated.size() != _children.size();
     _children = std::move(updated);
@@ -133,8 +133,8 @@ bool PBFolderItem::refreshSelfChilden(const QString& path) {
         _children.clear();
         return true;
     }
-    const auto names = listedNames(folder);
-    return names && takeNames(*names);
+    const auto folders = listed(folder);
+    return folders && takeSubfolders(*folders);
 }
 
 bool PBFolderItem::refreshChilden(const QString& path, bool refreshChildren) {

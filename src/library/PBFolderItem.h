@@ -1,18 +1,19 @@
 #pragma once
 
 #include "library/PBAliasObject.h"
+#include "library/PBFolderLister.h"
 #include "library/PBOutlineItem.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
 class PBFolderItem;
-class PBFolderLister;
 
 /// What the folder items of one tree share.
 struct PBFolderItemContext {
@@ -48,8 +49,8 @@ public:
     [[nodiscard]] virtual std::shared_ptr<PBAliasObject>
     aliasObjectAndRelativePath(QString* relativePath) const;
 
-    /// The child of that name, or else of that name without regard to case; nullptr if there is
-    /// none, or if children are not loaded and `tryLoad` is false.
+    /// The child of that name; nullptr if there is none, or if children are not loaded and
+    /// `tryLoad` is false.
     [[nodiscard]] std::shared_ptr<PBFolderItem>
     childFolderWithFolderName(const QString& folderName, bool tryLoad);
 
@@ -71,11 +72,12 @@ protected:
 
 private:
     void loadChildren();
-    [[nodiscard]] std::optional<QStringList> listedNames(const QString& folder);
-    bool takeNames(const QStringList& names);
+    [[nodiscard]] std::optional<Subfolders> listed(const QString& folder);
+    bool takeSubfolders(const Subfolders& folders);
 
     const std::weak_ptr<PBFolderItem> _parent;
     QString _folderName;
+    std::uint64_t _inode = 0; // as `Subfolder` has it
     const std::shared_ptr<const PBFolderItemContext> _context;
     Children _children;
     bool _isLoaded = false;

@@ -10,35 +10,35 @@
 #include <utility>
 #include <vector>
 
-QStringList subfolderNames(const QString& folder) {
+Subfolders subfoldersOf(const QString& folder) {
     // The collator of the C locale doesn't know numbers.
     const bool isPlain = QLocale().language() == QLocale::C;
     QCollator collator(isPlain ? QLocale(QLocale::English) : QLocale());
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
-    std::vector<std::pair<QCollatorSortKey, QString>> found;
+    std::vector<std::pair<QCollatorSortKey, Subfolder>> found;
     // A folder that can't be read is one without subfolders.
-    static_cast<void>(
-        platform::FileManager::enumerate(folder, [&](const platform::DirectoryEntry& entry) {
-            if (entry.isDirectory && !entry.isPackage) {
-                found.emplace_back(collator.sortKey(entry.name), entry.name);
-            }
-            return true;
-        }));
+    static_cast<
+        void>(platform::FileManager::enumerate(folder, [&](const platform::DirectoryEntry& entry) {
+        if (entry.isDirectory && !entry.isPackage) {
+            found.emplace_back(collator.sortKey(entry.name), Subfolder{entry.name, entry.inode});
+        }
+        return true;
+    }));
     std::ranges::sort(found, [](const auto& one, const auto& other) {
         const int order = one.first.compare(other.first);
-        return order != 0 ? order < 0 : one.second < other.second;
+        return order != 0 ? order < 0 : one.second.name < other.second.name;
     });
-    QStringList names;
-    names.reserve(static_cast<qsizetype>(found.size()));
-    for (auto& [key, name] : found)
-        names.append(std::move(name));
-    return names;
+    Subfolders folders;
+    folders.reserve(found.size());
+    for (auto& [key, subfolder] : found)
+        folders.push_back(std::move(subfolder));
+    return folders;
 }
 
-std::optional<QStringList>
+std::optional<Subfolders>
 PBBoundedFolderLister::list(const QString& lane, const QString& folder, LateAnswer late) {
-    return _calls.call<QStringList>(
-        lane, QStringLiteral("list ") + folder, _limit, [folder] { return subfolderNames(folder); },
+    return _calls.call<Subfolders>(
+        lane, QStringLiteral("list ") + folder, _limit, [folder] { return subfoldersOf(folder); },
         std::move(late));
 }

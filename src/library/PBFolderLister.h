@@ -1,27 +1,36 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace platform {
 class BoundedCalls;
 }
 
+/// A folder within another one.
+struct Subfolder {
+    QString name;
+    /// Tells it apart from its neighbours, also when it was renamed; 0 where that is not known.
+    std::uint64_t inode = 0;
+};
+using Subfolders = std::vector<Subfolder>;
+
 /// Lists folders for the sidebar.
 class PBFolderLister {
 public:
-    using LateAnswer = std::function<void(const QStringList& names)>;
+    using LateAnswer = std::function<void(const Subfolders& folders)>;
 
     virtual ~PBFolderLister() = default;
 
-    /// The names of the folders in the folder, hidden ones and packages left out, in the order in
-    /// which they are shown. Nothing if the disk takes long; `late` then brings them, on the main
+    /// The folders in the folder, hidden ones and packages left out, in the order in which they are
+    /// shown. Nothing if the disk takes long; `late` then brings them, on the main
     /// thread. A folder that can't be read has none.
-    [[nodiscard]] virtual std::optional<QStringList>
+    [[nodiscard]] virtual std::optional<Subfolders>
     list(const QString& lane, const QString& folder, LateAnswer late) = 0;
 };
 
@@ -35,7 +44,7 @@ public:
         platform::BoundedCalls& calls, std::chrono::milliseconds limit = timeLimit)
         : _calls(calls), _limit(limit) {}
 
-    [[nodiscard]] std::optional<QStringList>
+    [[nodiscard]] std::optional<Subfolders>
     list(const QString& lane, const QString& folder, LateAnswer late) override;
 
 private:
@@ -45,4 +54,4 @@ private:
 
 /// The work itself, on the calling thread: names in the order of the user's language, numbers by
 /// their value.
-[[nodiscard]] QStringList subfolderNames(const QString& folder);
+[[nodiscard]] Subfolders subfoldersOf(const QString& folder);

@@ -77,9 +77,7 @@ private:
     }
 
     void rescan(const QString& path, bool recursive) {
-        const auto listed = std::ranges::find_if(_changes.rescans, [&](const FolderRescan& one) {
-            return one.path.compare(path, Qt::CaseInsensitive) == 0;
-        });
+        const auto listed = std::ranges::find(_changes.rescans, path, &FolderRescan::path);
         if (listed == _changes.rescans.end()) {
             _changes.rescans.push_back({path, recursive});
         } else if (recursive) {

@@ -20,11 +20,12 @@ CatalogueFolderScan::CatalogueFolderScan(
       _step(
           _dictionary->groupingParameters(), *_dictionary->Database, _dictionary->services->places),
       _rhythm(_dictionary->PushImageFileItemTime, _dictionary->PushImageFileItemCount),
-      _thumbnails(*_dictionary) {}
+      _thumbnails(*_dictionary), _spelling(*_dictionary->services) {}
 
 Presence CatalogueFolderScan::checkFolder(qint64 folderId, const QString& folderPath) {
     ++_dictionary->services->figures.folders;
-    const Presence presence = platform::FileManager::look(folderPath).presence;
+    const Presence presence =
+        _spelling.presenceOfFolder(folderPath, platform::FileManager::look(folderPath).presence);
     if (presence == Presence::Gone) _staleRows.addFolder(folderId);
     return presence;
 }
@@ -79,8 +80,9 @@ void CatalogueFolderScan::scanRows(
 
 Presence CatalogueFolderScan::presenceOf(
     const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row,
-    const QString& folderPath) const {
-    const auto [presence, values] = folder.look(row.fileName);
+    const QString& folderPath) {
+    const auto [looked, values] = folder.look(row.fileName);
+    const Presence presence = _spelling.presenceOfFile(folderPath, row.fileName, looked);
     if (presence != Presence::There) return presence;
     const bool isUnchanged = static_cast<quint64>(values.fileSize) == row.fileSize &&
                              values.modificationDate == row.modificationDate;

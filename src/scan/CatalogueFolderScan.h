@@ -4,6 +4,7 @@
 #include "group/GroupingStep.h"
 #include "platform/files/FileManager.h"
 #include "scan/PBScanDictionary.h"
+#include "scan/RowSpelling.h"
 #include "scan/ScanSteps.h"
 #include "scan/StaleRows.h"
 
@@ -41,7 +42,7 @@ private:
     /// A file that has changed is gone as the one that the row tells of.
     [[nodiscard]] platform::Presence presenceOf(
         const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row,
-        const QString& folderPath) const;
+        const QString& folderPath);
     void take(const group::ImageFileRow& row, const QString& folderPath, bool isAway);
     void publish();
 
@@ -50,5 +51,6 @@ private:
     group::GroupingStep _step;
     group::PushRhythm _rhythm;
     ThumbnailsToBuild _thumbnails;
+    RowSpelling _spelling;
     StaleRows _staleRows;
 };

@@ -10,7 +10,7 @@ using platform::Presence;
 FileItemCheck::FileItemCheck(const PBScanDictionary& dictionary, const QStringList& rewrittenFiles)
     : _paths(*dictionary.Database, dictionary.services->aliasManager),
       _rewrittenFiles(rewrittenFiles.begin(), rewrittenFiles.end()),
-      _marks(dictionary.services->marks), _roots(dictionary) {}
+      _marks(dictionary.services->marks), _roots(dictionary), _spelling(*dictionary.services) {}
 
 bool FileItemCheck::isGone(PBImageFileItem& item) {
     const Presence presence = presenceOf(item);
@@ -33,7 +33,7 @@ Presence FileItemCheck::presenceOf(const PBImageFileItem& item) {
     if (presence == Presence::There) {
         const QString path = platform::pathInFolder(folder.path, item.fileName());
         const auto look = platform::FileManager::look(path);
-        presence = look.presence;
+        presence = _spelling.presenceOfFile(folder.path, item.fileName(), look.presence);
         if (presence == Presence::There && _rewrittenFiles.contains(path) &&
             (static_cast<quint64>(look.values.fileSize) != item.fileSize() ||
              look.values.modificationDate != item.modifiedDate())) {
@@ -55,7 +55,10 @@ const FileItemCheck::Folder& FileItemCheck::folderOf(qint64 folderId) {
     if (known != _folders.end()) return known->second;
     Folder folder{_paths.pathOfFolderId(folderId)};
     // Without a path, as long as its root is away, nothing is known of a folder.
-    if (!folder.path.isEmpty()) folder.presence = platform::FileManager::look(folder.path).presence;
+    if (!folder.path.isEmpty()) {
+        folder.presence = _spelling.presenceOfFolder(
+            folder.path, platform::FileManager::look(folder.path).presence);
+    }
     if (folder.presence == Presence::Gone) _staleRows.addFolder(folderId);
     return _folders.emplace(folderId, std::move(folder)).first->second;
 }

@@ -3,6 +3,7 @@
 #include "group/FolderPaths.h"
 #include "group/PBImageFileItem.h"
 #include "platform/files/Presence.h"
+#include "scan/RowSpelling.h"
 #include "scan/StaleRows.h"
 
 #include <QSet>
@@ -42,6 +43,7 @@ private:
     const QSet<QString> _rewrittenFiles;
     const MarksRestorer* _marks; ///< nullptr: marks don't come back
     RootCheck _roots;
+    RowSpelling _spelling;
     std::unordered_map<qint64, Folder> _folders;
     StaleRows _staleRows;
     std::size_t _goneCount = 0;

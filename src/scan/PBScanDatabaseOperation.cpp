@@ -33,10 +33,6 @@ std::vector<FolderRow> foldersOfAlias(const PBScanDictionary& dictionary, qint64
     return rows;
 }
 
-bool isSameName(const QString& name, const QString& other) {
-    return name.compare(other, Qt::CaseInsensitive) == 0;
-}
-
 /// The one picture that the user opened, if it was one.
 const PBOpenFileObject* onlyFocus(const std::vector<PBOpenFiles::OpenFolder>& opened) {
     return opened.size() == 1 ? opened.front().focusOpenFileObj.get() : nullptr;
@@ -126,10 +122,8 @@ std::vector<group::ImageFileRow> PBScanDatabaseOperation::scanWithFolderId(
     const auto presence = scan.checkFolder(folderId, folderPath);
     scan.drain();
     const auto isTaken = [&](const QString& name) {
-        if (fileArray.empty())
-            return !focusOpenFileObject || isSameName(name, focusOpenFileObject->fileName);
-        return std::ranges::any_of(
-            fileArray, [&](const auto& file) { return isSameName(name, file.fileName); });
+        if (fileArray.empty()) return !focusOpenFileObject || name == focusOpenFileObject->fileName;
+        return std::ranges::find(fileArray, name, &PBOpenFileObject::fileName) != fileArray.end();
     };
     std::vector<group::ImageFileRow> deferred;
     const auto rows = scan.fetchRows(folderId, isTaken, &deferred);

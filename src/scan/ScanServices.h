@@ -5,6 +5,7 @@
 #include "group/PlaceAddresses.h"
 #include "image/PBBuildThumbOperation.h"
 #include "library/PBAliasManager.h"
+#include "platform/files/Spelling.h"
 #include "platform/work/Mutex.h"
 #include "scan/PBScanFinishedManager.h"
 #include "scan/ReadAhead.h"
@@ -35,6 +36,8 @@ struct ScanServices {
     ReadAhead* readAhead = nullptr;
     /// Whether a file is new and still being written; it is left alone then. May be empty.
     std::function<bool(const QString& path)> isBeingWritten;
+    /// How disks spell what is on them.
+    const platform::NamesOnDisk* namesOnDisk = &platform::NamesOnDisk::real();
     /// Seconds since 1970.
     std::function<double()> now;
     /// What this run of the program did.

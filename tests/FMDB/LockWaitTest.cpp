@@ -1,4 +1,5 @@
 #include "FMDB/BusyRetry.h"
+#include "FMDB/FMTransaction.h"
 
 #include "support/Rows.h"
 
@@ -32,6 +33,24 @@ TEST(LockWaitTest, anExclusiveTransactionElsewhereIsWaitedForNotFailedOn) {
         EXPECT_GE(refusals, 50);
         // The holder's row was committed before this connection went on.
         EXPECT_EQ(support::rowsOf(db, u"select V from T"_s).value(0), u"1"_s);
+    }
+}
+
+TEST(LockWaitTest, othersReadWhatWasBeforeATransactionThatLetsThem) {
+    const QTemporaryDir folder;
+    FMDatabase holder(folder.filePath(u"files.db"_s));
+    FMDatabase reader(holder.databasePath());
+    ASSERT_TRUE(holder.open() && reader.open());
+    ASSERT_TRUE(holder.executeUpdate(u"create table T (V)"_s));
+    reader.setBusyRetryTimeout(1);
+    for (const auto others : {FMDatabase::Others::Read, FMDatabase::Others::Wait}) {
+        FMTransaction transaction(holder, others);
+        ASSERT_TRUE(holder.executeUpdate(u"insert into T values (1)"_s));
+        const bool mayRead = others == FMDatabase::Others::Read;
+        EXPECT_EQ(
+            support::rowsOf(reader, u"select count(*) from T"_s),
+            mayRead ? QStringList{u"0"_s} : QStringList());
+        EXPECT_FALSE(reader.executeUpdate(u"insert into T values (2)"_s));
     }
 }
 

@@ -1,4 +1,6 @@
 #include "app/RunningProgram.h"
+#include "shell/sidebar/FolderRootCommands.h"
+#include "support/Rows.h"
 
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -67,6 +69,41 @@ TEST_F(SidebarTest, unpluggedDiskGreysItsRootAndComesBackWithIt) {
     ::close(drawer);
     start();
     EXPECT_EQ(roots(), QStringList{QString()}) << "kept, though out of reach";
+}
+
+TEST_F(SidebarTest, aRemovedRootTakesAllItsRowsAndThumbnailsAlongAlsoWhereTheProgramEnds) {
+    for (const QString& name : {u"a"_s, u"b"_s, u"x/c"_s})
+        makePicture(u"photos/%1.jpg"_s.arg(name));
+    const auto count = [&](const QString& file, const QString& table) {
+        FMDatabase db(path(u"profile/"_s + file));
+        EXPECT_TRUE(db.open());
+        return support::rowsOf(db, u"select count(*) from "_s + table).value(0).toInt();
+    };
+    const auto holds = [&](int photographs) {
+        return support::spinUntil([&] {
+            return count(u"files.db"_s, u"ImageFile"_s) == photographs &&
+                   count(u"thumbnail.db"_s, u"Thumbnail"_s) == photographs;
+        });
+    };
+    const auto removeSelected = [&] {
+        EXPECT_EQ(selectedFolder(), path(u"photos"_s));
+        window().folderRootCommands().removeFolderAlias();
+        EXPECT_EQ(roots(), QStringList());
+        EXPECT_FALSE(tree().selectedItem());
+    };
+    ASSERT_TRUE(controller->addFolders({path(u"photos"_s)}));
+    ASSERT_TRUE(holds(3));
+    removeSelected();
+    EXPECT_TRUE(holds(0)) << "thumbnails, too";
+
+    ASSERT_TRUE(controller->addFolders({path(u"photos"_s)}));
+    ASSERT_TRUE(holds(3));
+    removeSelected();
+    controller.reset();
+    for (const QString& table : {u"FolderAlias"_s, u"Folder"_s, u"ImageFile"_s, u"Exif"_s})
+        EXPECT_EQ(count(u"files.db"_s, table), 0) << "the end of the program waits for it";
+    start();
+    EXPECT_TRUE(holds(0)) << "what the last run did not come to";
 }
 
 } // namespace

@@ -25,7 +25,7 @@ TEST(PBOpenFilesTest, FoldersMatchByPathOnceAndThenByTheirIds) {
     // The second round answers by id: the paths no longer say anything.
     for (const bool byId : {false, true})
         for (const auto& [id, path, kind] :
-             {Case{30, "/A", 0}, Case{7, "/a/deep/er", 1}, Case{9, "/b/C", 0},
+             {Case{30, "/a", 0}, Case{7, "/a/deep/er", 1}, Case{9, "/b/c", 0}, Case{31, "/A", -1},
               Case{3, "/b/c/d", -1}, Case{5, "/b", -1}, Case{1, "/ab", -1}})
             EXPECT_EQ(kindOf(files, id, byId ? "/nowhere" : path), kind) << path << byId;
     EXPECT_EQ(kindOf(files, 0, "/a"), 0);
@@ -43,8 +43,9 @@ TEST(PBOpenFilesTest, AFileBelongsByItsNameUntilItsIdIsKnown) {
     // Later by id: renamed since. A second file of the same name is another one.
     using Case = std::tuple<qint64, QString, qint64, QString, bool>;
     for (const auto& [folder, path, id, name, matches] :
-         {Case{4, u"/a"_s, 12, u"X.JPG"_s, true}, Case{4, u"/a"_s, 13, u"z.jpg"_s, false},
-          Case{4, u"/a"_s, 11, u"y.jpg"_s, true}, Case{4, u"/a"_s, 12, u"renamed.jpg"_s, true},
+         {Case{4, u"/a"_s, 10, u"X.JPG"_s, false}, Case{4, u"/a"_s, 12, u"x.jpg"_s, true},
+          Case{4, u"/a"_s, 13, u"z.jpg"_s, false}, Case{4, u"/a"_s, 11, u"y.jpg"_s, true},
+          Case{4, u"/a"_s, 12, u"renamed.jpg"_s, true},
           Case{4, u"/a"_s, 11, u"renamed.jpg"_s, true}, Case{4, u"/a"_s, 13, u"x.jpg"_s, false},
           Case{4, u"/a"_s, 14, u"x.jpg"_s, false}, Case{5, u"/w"_s, 20, u"any.jpg"_s, true},
           Case{6, u"/w/below"_s, 21, u"any.jpg"_s, true}, Case{6, u"/no"_s, 22, u"any.jpg"_s, true},

@@ -4,14 +4,15 @@
 
 using namespace PBUtilities;
 
-TEST(PathsTest, pathsCompareByWholeComponentsWithoutCaseAndParentsHaveFewer) {
+TEST(PathsTest, pathsCompareByWholeComponentsAndParentsHaveFewer) {
     using Row = std::tuple<const char16_t*, const char16_t*, int>;
     for (const auto& [path, other, expected] :
-         {Row{u"/Photos/", u"/photos", 0}, Row{u"", u"", 0}, Row{u"/", u"/", 0}, Row{u"", u"/", -2},
-          Row{u"/a", u"", -2}, Row{u"/a/b", u"/a/bc", -2}, Row{u"/a/bc", u"/a/b", -2},
-          Row{u"/", u"/a", 1}, Row{u"/a", u"/", -1}, Row{u"/a/B", u"/A/b/c", 1},
-          Row{u"/a/b/c/", u"/a/b", -1}, Row{u"a/b", u"/a/b", -2}, Row{u"/Ärger", u"/ärger/x", 1},
-          Row{u"//a///b", u"/a/b", 0}}) {
+         {Row{u"/Photos/", u"/Photos", 0}, Row{u"/Photos", u"/photos", -2},
+          Row{u"/trip", u"/Trip/x", -2}, Row{u"/Trip/x", u"/trip", -2}, Row{u"", u"", 0},
+          Row{u"/", u"/", 0}, Row{u"", u"/", -2}, Row{u"/a", u"", -2}, Row{u"/a/b", u"/a/bc", -2},
+          Row{u"/a/bc", u"/a/b", -2}, Row{u"/", u"/a", 1}, Row{u"/a", u"/", -1},
+          Row{u"/a/B", u"/a/B/c", 1}, Row{u"/a/b/c/", u"/a/b", -1}, Row{u"a/b", u"/a/b", -2},
+          Row{u"/Ärger", u"/Ärger/x", 1}, Row{u"//a///b", u"/a/b", 0}}) {
         SCOPED_TRACE(QString::fromUtf16(path).toStdString());
         EXPECT_EQ(comparePath(path, other), expected);
         // The empty path is above all others.
@@ -20,7 +21,8 @@ TEST(PathsTest, pathsCompareByWholeComponentsWithoutCaseAndParentsHaveFewer) {
 }
 
 TEST(PathsTest, ancestorIsTheDeepestCommonFolder) {
-    EXPECT_EQ(ancestorOfPath(u"/A/b/c", u"/a/B/d"), u"/A/b"_s);
+    EXPECT_EQ(ancestorOfPath(u"/A/b/c", u"/A/b/d"), u"/A/b"_s);
+    EXPECT_EQ(ancestorOfPath(u"/A/b/c", u"/A/B/c"), u"/A"_s);
     EXPECT_EQ(ancestorOfPath(u"/a", u"/b"), u"/"_s);
     EXPECT_EQ(ancestorOfPath(u"", u"/b"), u"/"_s);
     EXPECT_EQ(ancestorOfPath(u"x/y", u"z"), u"/"_s);

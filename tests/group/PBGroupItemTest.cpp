@@ -135,6 +135,9 @@ TEST(PBGroupItemTest, valuesOfOneGroupCompareEqual) {
         {CaptureYear, PBDate{-INFINITY}, PBDate{INFINITY}, -1},
         {CaptureMonth, PBDate{0}, u"text"_s, -1},
         {Folder, u"/a10"_s, u"/a9"_s, 1},
+        {Folder, u"/Trip"_s, u"/trip"_s, -1},
+        {Folder, u"/Day 1"_s, u"/Day 01"_s, 1},
+        {Folder, u"/Day 1"_s, u"/Day 1"_s, 0},
         {63, u"b"_s, u"A"_s, 1},
         {64, 1, 2, 0},
         {26, u"400"_s, u"1600"_s, -1},
@@ -407,6 +410,14 @@ TEST_F(PBImageFileItemTest, aRenamedItemSortsByItsNewNameAndFormerNamesStayValid
     item->setFileName(u"IMG_11"_s);
     EXPECT_EQ(item->sortCompare(*other, SortFileName), 1);
     EXPECT_EQ(former + item->fileName(), u"IMG_2IMG_11"_s);
+    // Names that only look alike have their places, too.
+    for (const auto& [name, order] : {std::pair(u"img_10"_s, 1), {u"IMG_010"_s, -1}}) {
+        item->setFileName(name);
+        EXPECT_EQ(item->sortCompare(*other, SortFileName), order) << name.toStdString();
+        EXPECT_EQ(other->sortCompare(*item, SortFileName), -order);
+    }
+    item->setFileName(other->fileName());
+    EXPECT_EQ(item->sortCompare(*other, SortFileName), 0) << "in another folder";
     item->setStar(std::numeric_limits<quint64>::max());
     EXPECT_EQ(item->star(), 4294967295U);
 }

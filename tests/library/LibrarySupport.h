@@ -2,6 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
+#include "catalogue/PBRemoveAliasOperation.h"
 #include "library/PBAliasManager.h"
 #include "library/PBFolderLister.h"
 #include "support/Rows.h"
@@ -37,12 +38,12 @@ private:
 
 /// Lists folders on disk at once, or keeps the answers back until the test lets them go.
 struct StoppableLister final : PBFolderLister {
-    std::optional<QStringList>
+    std::optional<Subfolders>
     list(const QString& lane, const QString& folder, LateAnswer late) override {
         ++listed;
         lastLane = lane;
-        if (!isSlow) return subfolderNames(folder);
-        _waiting.emplace_back([folder, late = std::move(late)] { late(subfolderNames(folder)); });
+        if (!isSlow) return subfoldersOf(folder);
+        _waiting.emplace_back([folder, late = std::move(late)] { late(subfoldersOf(folder)); });
         return std::nullopt;
     }
     void letGo() {
@@ -99,10 +100,25 @@ struct LibraryTest : testing::Test {
     FMDatabase db{QString()};
     PBCatalogue catalogue{db};
     ToldAliasServices services{db};
-    std::vector<qint64> removedThumbnails;
+    /// Does what was to be done in the background; answers what came back with `askedFor`.
+    std::vector<std::shared_ptr<PBAliasObject>> finishRemovals() {
+        std::vector<std::shared_ptr<PBAliasObject>> cameBack;
+        for (const auto& [roots, askedFor] : std::exchange(_removals, {})) {
+            PBRemoveAliasOperation::Roots removed{{}, askedFor ? askedFor->aliasId() : 0};
+            for (const auto& root : roots)
+                removed.aliasIds.push_back(root->aliasId());
+            if (PBRemoveAliasOperation::remove(removed, db)) continue;
+            manager.rootsWereNotRemoved(roots, askedFor.get());
+            cameBack.push_back(askedFor);
+        }
+        return cameBack;
+    }
     PBAliasManager manager{
-        {db, services, [this](std::vector<qint64> fileIds) { removedThumbnails = fileIds; }}};
+        {db, services, [this](PBAliasArray roots, std::shared_ptr<PBAliasObject> askedFor) {
+             _removals.emplace_back(std::move(roots), std::move(askedFor));
+         }}};
 
 private:
     QTemporaryDir _folder;
+    std::vector<std::pair<PBAliasArray, std::shared_ptr<PBAliasObject>>> _removals;
 };

@@ -35,29 +35,33 @@ const QString abc = u"/A/B/C"_s;
 TEST_F(PBAliasManagerTest, deepestRootOwnsAPath) {
     addRoot(a);
     addZombie(ab);
-    EXPECT_EQ(ownerOf(u"/a/x/y"_s), u"/A|x/y"_s);
-    EXPECT_EQ(ownerOf(u"/A/b/x"_s), u"/A/B|x"_s);
-    EXPECT_EQ(ownerOf(u"/A/b/x"_s, true), u"/A|b/x"_s);
+    EXPECT_EQ(ownerOf(u"/A/x/y"_s), u"/A|x/y"_s);
+    EXPECT_EQ(ownerOf(u"/A/B/x"_s), u"/A/B|x"_s);
+    EXPECT_EQ(ownerOf(u"/A/B/x"_s, true), u"/A|B/x"_s);
+    EXPECT_EQ(ownerOf(u"/A/b/x"_s), u"/A|b/x"_s) << "a folder beside that of the inner root";
+    EXPECT_EQ(ownerOf(u"/a/x"_s), u"none|untouched"_s);
     EXPECT_EQ(ownerOf(a), u"/A|"_s);
     EXPECT_EQ(ownerOf(u"/AB"_s), u"none|untouched"_s);
     EXPECT_EQ(ownerOf({}), u"none|untouched"_s);
-    EXPECT_EQ(manager.findAliasObjectByPath(u"/a/b"_s)->path(), ab);
+    EXPECT_EQ(manager.findAliasObjectByPath(ab)->path(), ab);
+    EXPECT_FALSE(manager.findAliasObjectByPath(u"/A/b"_s));
     EXPECT_FALSE(manager.findAliasObjectByPath({}));
 }
 
 TEST_F(PBAliasManagerTest, watchedAndAccessedFoldersCoverMountedRoots) {
     const auto inner = addRoot(ab);
     addRoot(a);
-    addRoot(u"/a"_s);
+    const auto lower = addRoot(u"/a"_s);
     const auto away = addRoot(u"/Z"_s, PBAliasObject::Removable);
     makeAbsent(*away);
-    EXPECT_EQ(manager.getMonitorPathArray(), (QStringList{ab, a}));
+    EXPECT_EQ(manager.getMonitorPathArray(), (QStringList{ab, a, u"/a"_s}));
+    EXPECT_TRUE(manager.findSubAliasByAliasObject(*lower, {}).empty());
     const auto outer = manager.findAliasObjectByPath(a);
     EXPECT_EQ(manager.findSubAliasByAliasObject(*outer, {}), (PBAliasArray{inner}));
     EXPECT_TRUE(manager.findSubAliasByAliasObject(*inner, {}).empty());
-    EXPECT_TRUE(manager.findSubAliasByAliasObject(*outer, u"b"_s).empty()) << "strictly below";
+    EXPECT_TRUE(manager.findSubAliasByAliasObject(*outer, u"B"_s).empty()) << "strictly below";
     const auto innermost = addRoot(abc);
-    EXPECT_EQ(manager.findSubAliasByAliasObject(*outer, u"b"_s), (PBAliasArray{innermost}));
+    EXPECT_EQ(manager.findSubAliasByAliasObject(*outer, u"B"_s), (PBAliasArray{innermost}));
     EXPECT_TRUE(manager.findSubAliasByAliasObject(*away, {}).empty());
     EXPECT_EQ(manager.mountedPathOfAliasId(away->aliasId()), QString());
 }
@@ -70,7 +74,7 @@ TEST_F(PBAliasManagerTest, loadingResolvesAndDropsOnlyLocalFoldersThatAreGone) {
     const auto silent = addRoot(u"/slow"_s);
     const auto otherDisk = addRoot(u"/data/x"_s);
     const auto lostShare = addRoot(u"/share"_s, PBAliasObject::Network);
-    const auto image = addImage(addFolder(*gone, u"sub"_s), u"a.jpg"_s);
+    addImage(addFolder(*gone, u"sub"_s), u"a.jpg"_s);
     addImage(addFolder(*moved, {}), u"b.jpg"_s);
     answer(*gone, Outcome::Missing);
     answer(*moved, Outcome::Found, u"/new"_s);
@@ -81,11 +85,12 @@ TEST_F(PBAliasManagerTest, loadingResolvesAndDropsOnlyLocalFoldersThatAreGone) {
 
     manager.loadAlias();
     EXPECT_EQ(paths(), (QStringList{u"/new"_s, {}, {}, {}, {}}));
+    EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"2"_s}) << "nobody waits for rows";
+    EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), support::words("/new /stick /slow /data/x /share"));
     EXPECT_EQ(rows("select FileName from ImageFile"), QStringList{u"b.jpg"_s});
     EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"1"_s});
     EXPECT_EQ(rows("select RelativePath from Folder"), QStringList{u"NULL"_s});
-    EXPECT_EQ(removedThumbnails, (std::vector{image}));
     const auto loaded = manager.findAliasObjectById(unplugged->aliasId());
     ASSERT_EQ(loaded, manager.aliasArray()[1]);
     EXPECT_EQ(loaded->displayName(), u"stick"_s);
@@ -156,6 +161,7 @@ TEST_F(PBAliasManagerTest, changedRootFolderIsLookedAtAgain) {
     answer(*stick, Outcome::Missing);
     EXPECT_EQ(manager.aliasPathChanged(u"/a"_s), (PBAliasArray{root}));
     EXPECT_EQ(manager.aliasPathChanged(u"/stick"_s), (PBAliasArray{stick}));
+    EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), support::words("/stick /other"));
 }
 
@@ -174,6 +180,7 @@ TEST_F(PBAliasManagerTest, zombiesGoWhenNoRootNeedsThem) {
     EXPECT_TRUE(manager.updateState(*outer, PBAliasObject::zombieState));
     EXPECT_TRUE(manager.removeZombieAlias());
     EXPECT_EQ(manager.aliasArray().copy(), (PBAliasArray{away})) << "unmounted: can't be judged";
+    EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), QStringList{u"/Z"_s});
 }
 
@@ -189,30 +196,59 @@ TEST_F(PBAliasManagerTest, aRootThatTheCatalogueDoesNotLetGoOfStaysWithAllThatIs
             u"create trigger T before %1 begin select raise(rollback, 'full'); end"_s.arg(
                 QLatin1StringView(when))));
         manager.loadAlias();
+        EXPECT_EQ(manager.aliasArray().size(), 0U);
+        EXPECT_EQ(finishRemovals().size(), 1U);
         EXPECT_EQ(manager.aliasArray().size(), 2U);
+        EXPECT_TRUE(manager.aliasArray()[1]->isZombie()) << "removed in an earlier run";
         EXPECT_EQ(aliasRows(), support::words("/gone /zombie"));
         EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"2"_s});
         EXPECT_EQ(rows("select count(*) from ImageFile"), QStringList{u"2"_s});
-        EXPECT_TRUE(removedThumbnails.empty());
         ASSERT_TRUE(db.executeUpdate(u"drop trigger T"_s));
     }
     manager.loadAlias();
+    EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), QStringList());
     EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"0"_s});
-    EXPECT_FALSE(removedThumbnails.empty());
+}
+
+TEST_F(PBAliasManagerTest, aRootRemovedByHandIsBackAsItWasWhereTheCatalogueKeepsIt) {
+    const char* states = "select State from FolderAlias order by Id";
+    const auto outer = addRoot(a);
+    const auto inner = addRoot(ab);
+    const auto last = addRoot(u"/Z"_s);
+    EXPECT_TRUE(manager.removeAliasObject(inner));
+    EXPECT_EQ(rows(states), support::words("0 1 0")) << "kept for the sake of the root around it";
+    ASSERT_TRUE(db.executeUpdate(
+        u"create trigger T before delete on FolderAlias begin select raise(abort, 'no'); end"_s));
+    for (const bool isAddedAgain : {false, true}) {
+        EXPECT_TRUE(manager.removeAliasObject(outer));
+        EXPECT_EQ(manager.aliasArray().copy(), (PBAliasArray{last}))
+            << "at once, with what is in it";
+        EXPECT_EQ(manager.findAliasObjectByPath(a), nullptr);
+        const auto again = isAddedAgain ? addRoot(a) : nullptr;
+        EXPECT_EQ(finishRemovals(), (PBAliasArray{outer}));
+        PBAliasArray expected{outer, inner, last};
+        if (again) expected.push_back(again);
+        EXPECT_EQ(manager.aliasArray().copy(), expected) << "in the order of the catalogue";
+        EXPECT_EQ(outer->isZombie(), isAddedAgain) << "one folder is one root";
+        EXPECT_EQ(rows(states), support::words(isAddedAgain ? "1 1 0 0" : "0 1 0"));
+    }
+    ASSERT_TRUE(db.executeUpdate(u"drop trigger T"_s));
+    EXPECT_TRUE(manager.removeAliasObject(last) && finishRemovals().empty());
+    EXPECT_EQ(aliasRows(), support::words("/A/B /A")) << "and what was kept of the other two";
 }
 
 TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {
     const auto outer = addRoot(a);
     const auto beside = addRoot(u"/A/Bx"_s);
-    for (const QString& relativePath : {QString(), u"b"_s, u"B/C"_s, u"Bx"_s})
+    for (const QString& relativePath : {QString(), u"B"_s, u"B/C"_s, u"Bx"_s, u"b"_s})
         addFolder(*outer, relativePath);
     addFolder(*beside, {});
     const auto image = addImage(addFolder(*outer, u"B/C/D"_s), u"i"_s);
     const auto inner = PBAliasObject::aliasObjectWithId(77, "n", QUrl::fromLocalFile(ab), ab, 0, 0);
     const char* sql = "select AliasId,RelativePath from Folder order by Id";
     const QStringList before = rows(sql);
-    const QStringList moved = support::words("1|NULL 77|NULL 77|C 1|Bx 2|NULL 77|C/D");
+    const QStringList moved = support::words("1|NULL 77|NULL 77|C 1|Bx 1|b 2|NULL 77|C/D");
     ASSERT_TRUE(db.beginTransaction());
     EXPECT_TRUE(manager.updateFolderByAliasObject(*inner));
     EXPECT_EQ(rows(sql), moved) << "within the change that is under way";

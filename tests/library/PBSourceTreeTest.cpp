@@ -37,7 +37,7 @@ TEST_F(PBSourceTreeTest, childrenAreFoldersOnlyInNaturalOrder) {
     for (int times = 0; times < 2; ++times)
         EXPECT_EQ(names(item->children()), u"\U0001F33B line break,Img2,img10,loop"_s);
     EXPECT_EQ(lister.listed, 1) << "loaded once";
-    const auto loop = item->childFolderWithFolderName(u"LOOP"_s, false);
+    const auto loop = item->childFolderWithFolderName(u"loop"_s, false);
     EXPECT_FALSE(loop->childFolderWithFolderName(u"loop"_s, false));
     const auto deeper = loop->childFolderWithFolderName(u"loop"_s, true);
     QString relativePath;
@@ -84,15 +84,20 @@ TEST_F(PBSourceTreeTest, spellingsThatDifferInCaseAreFoldersOfTheirOwn) {
     static_cast<void>(item->children());
     const auto upper = item->childFolderWithFolderName(u"Trip"_s, false);
     ASSERT_NE(upper, item->childFolderWithFolderName(u"trip"_s, false));
-    EXPECT_TRUE(item->childFolderWithFolderName(u"TRIP"_s, false));
+    EXPECT_FALSE(item->childFolderWithFolderName(u"TRIP"_s, false));
     EXPECT_FALSE(item->refreshSelfChilden());
     EXPECT_EQ(item->childFolderWithFolderName(u"Trip"_s, false), upper);
     // Renamed in case only: the item stays, and its path is the new one.
-    QDir().rmdir(path(u"A/trip"));
     QFile::rename(path(u"A/Trip"), path(u"A/TRIP"));
+    QFile::rename(path(u"A/trip"), path(u"A/gone"));
     EXPECT_TRUE(item->refreshSelfChilden());
-    ASSERT_EQ(item->loadedChildren().size(), 1u);
-    EXPECT_EQ(item->loadedChildren().front()->folderPath(), path(u"A/TRIP"));
+    EXPECT_EQ(item->childFolderWithFolderName(u"TRIP"_s, false), upper);
+    EXPECT_EQ(upper->folderPath(), path(u"A/TRIP"));
+    // Another folder under the other spelling is none of it.
+    QFile::rename(path(u"A/TRIP"), path(u"away"));
+    make(u"A/trip");
+    EXPECT_TRUE(item->refreshSelfChilden());
+    EXPECT_NE(item->childFolderWithFolderName(u"trip"_s, false), upper);
 }
 
 TEST_F(PBSourceTreeTest, slowDiskBringsChildrenLater) {

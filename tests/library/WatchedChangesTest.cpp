@@ -32,7 +32,8 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
     const std::tuple<const char*, const char*, bool, const char*> cases[] = {
         // Images elsewhere, beside, above; in the folder and below.
         {"fc/r/b/x.jpg fc/r/ab/x.jpg fc/r/x.jpg fx/r/x.jpg", "", false, ""},
-        {"fc/r/a/x.jpg fc/r/A/y.JPG", "/r/a", false, ""},
+        {"fc/r/a/x.jpg fc/r/a/y.JPG fc/r/A/z.jpg fx/r/A/x.jpg", "/r/a", false, ""},
+        {"fc/r/a/t/x.jpg fc/r/a/T/x.jpg", "/r/a/t /r/a/T", false, ""},
         {"fc/r/a/b/c/x.jpg", "/r/a/b/c", false, ""},
         {"fx/r/a/b/x.jpg", "", true, ""},
         {"fn/r/a/x.jpg", "/r/a", true, ""},

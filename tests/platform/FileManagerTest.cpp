@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace platform::FileManager;
 
@@ -79,6 +80,25 @@ TEST(FileManagerTest, whatCannotBeLookedAtIsNotTakenForGone) {
     EXPECT_EQ(look(path(u"closed/a"_s)).presence, user == 0 ? Presence::There : Presence::Unknown);
     ::chmod(QFile::encodeName(path(u"closed"_s)), 0755);
     EXPECT_EQ(look(path(u"closed/a/b"_s)).presence, Presence::Gone);
+}
+
+TEST(FileManagerTest, aNameThatIsTakenStaysAlsoByTheSameFileInOtherCase) {
+    const QTemporaryDir folder;
+    const auto path = [&](const char* name) { return folder.filePath(QString::fromUtf8(name)); };
+    for (const char* name : {"a.jpg", "b.jpg", "B.JPG"})
+        support::writeFile(path(name), name);
+    ASSERT_EQ(
+        ::link(
+            QFile::encodeName(path("a.jpg")).constData(),
+            QFile::encodeName(path("A.jpg")).constData()),
+        0);
+    EXPECT_EQ(moveItem(path("a.jpg"), path("A.jpg")), std::errc::file_exists) << "two hard links";
+    EXPECT_EQ(moveItem(path("b.jpg"), path("B.JPG")), std::errc::file_exists);
+    EXPECT_EQ(moveItem(path("b.jpg"), path("b.jpg")), std::errc::file_exists);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files, QDir::NoSort).size(), 4);
+    EXPECT_FALSE(moveItem(path("b.jpg"), path("B.jpg")));
+    EXPECT_TRUE(QFile::exists(path("B.jpg")) && !QFile::exists(path("b.jpg")));
+    EXPECT_EQ(moveItem(path("none"), path("c")), std::errc::no_such_file_or_directory);
 }
 
 TEST(FileManagerTest, packagesAreToldByTheEndingOfTheirName) {

@@ -87,6 +87,37 @@ TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {
     }
 }
 
+TEST(OperationQueueTest, whatMustRunOutlastsACancellationWaitingOrRunningButNotTheQueue) {
+    struct Needed final : Operation {
+        explicit Needed(std::function<void(Needed&)> body) : _body(std::move(body)) {}
+        bool mustRun() const override { return true; }
+        void main() override { _body(*this); }
+        const std::function<void(Needed&)> _body;
+    };
+    std::atomic<int> ran = 0;
+    {
+        OperationQueue queue(u"test"_s);
+        std::latch started(1);
+        std::latch cancelled(1);
+        queue.addOperation(std::make_shared<Needed>([&](Needed& self) {
+            started.count_down();
+            cancelled.wait();
+            ran += self.isCancelled() ? 100 : 1;
+        }));
+        queue.addOperation([&] { ran += 1000; });
+        queue.addOperation(std::make_shared<Needed>([&](Needed&) { ran += 10; }));
+        started.wait();
+        queue.cancelAllOperations();
+        EXPECT_EQ(queue.operationCount(), 2U);
+        cancelled.count_down();
+        queue.waitUntilAllOperationsAreFinished();
+        EXPECT_EQ(ran, 11);
+        queue.setSuspended(true);
+        queue.addOperation(std::make_shared<Needed>([&](Needed&) { ran = 0; }));
+    }
+    EXPECT_EQ(ran, 11);
+}
+
 TEST(OperationQueueTest, whatAnOperationOwnsIsGoneWhenTheWaitEnds) {
     for (int round = 0; round < 200; ++round) {
         std::atomic<bool> destroyed = false;

@@ -1,6 +1,8 @@
 #include "scan/PBScanFinishedManager.h"
 #include "scan/ScanSupport.h"
 
+#include <unistd.h>
+
 using support::words;
 
 TEST_F(ScanTest, UnderAFilterTheDiskIsNotAskedForNewFilesAndUnmatchedRowsStay) {
@@ -62,10 +64,65 @@ TEST_F(ScanTest, TheRegistryKeepsTheUppermostFinishedFolders) {
     finish(root, u"a/c"_s);
     EXPECT_EQ(finish(root, u"ab"_s), u"a/b a/c ab"_s);
     EXPECT_EQ(finish(root, u"a"_s), u"a ab"_s);
-    EXPECT_EQ(finish(root, u"A/B"_s), u"a ab"_s);
-    EXPECT_EQ(finish(other, {}), u"- a ab"_s);
+    EXPECT_EQ(finish(root, u"a/b"_s), u"a ab"_s);
+    EXPECT_EQ(finish(root, u"A"_s), u"A a ab"_s) << "another folder";
+    EXPECT_EQ(finish(other, {}), u"- A a ab"_s);
     EXPECT_EQ(finish(root, {}), u"- -"_s);
     EXPECT_EQ(finish(root, u"a"_s), u"- -"_s);
+}
+
+TEST_F(ScanTest, FoldersAndFilesThatDifferInCaseOnlyAreKeptApart) {
+    browsing.groupTypeArray = std::make_shared<const std::vector<int>>(1, group::Folder);
+    makePictures("trip/a.jpg trip/A.jpg Trip/a.jpg Trip/x/b.jpg");
+    for (int times = 0; times < 2; ++times) {
+        scan();
+        const QStringList groups = support::listed(*workTree, [](const auto& node) {
+            return QFileInfo(node->data()->value().toText()).fileName() +
+                   QString::number(node->imageFileCount());
+        });
+        EXPECT_EQ(groups, support::words("Trip1 trip2 x1")) << times;
+    }
+    EXPECT_EQ(figures.rowsInserted, 4U);
+    scan(u"trip"_s);
+    EXPECT_EQ(workTree->size(), 1U);
+    scan(u"Trip"_s);
+    EXPECT_EQ(workTree->size(), 2U);
+}
+
+/// A disk that takes no note of case finds rows also by spellings that it has no more.
+TEST_F(ScanTest, RowsUnderAFormerSpellingMakeRoomForThePresentOne) {
+    makePictures("Trip/B.jpg Trip/x/d.jpg");
+    scan();
+    const auto respell = [&](const char* sql) {
+        ASSERT_TRUE(files.executeUpdate(QString::fromUtf8(sql)));
+    };
+    respell("update Folder set RelativePath = 'trip/x' where RelativePath = 'Trip/x'");
+    respell("update ImageFile set FileName = 'b.jpg' where FileName = 'B.jpg'");
+    ASSERT_TRUE(QFile::link(path(u"Trip"_s), path(u"trip"_s)));
+    ASSERT_EQ(
+        ::link(
+            QFile::encodeName(path(u"Trip/B.jpg"_s)).constData(),
+            QFile::encodeName(path(u"Trip/b.jpg"_s)).constData()),
+        0);
+    const platform::NamesOnDisk disk{
+        platform::NamesOnDisk::real().identity, [](const QString& folder) {
+            return platform::NamesOnDisk::real().names(folder)->subtract({u"trip"_s, u"b.jpg"_s});
+        }};
+    changeServices([&](ScanServices& changed) {
+        changed.namesOnDisk = &disk;
+        changed.isBeingWritten = [](const QString& file) { return file.endsWith(u"/b.jpg"); };
+    });
+    scan();
+    EXPECT_EQ(shown(), words("B.jpg d.jpg"));
+    EXPECT_EQ(figures.rowsRemoved, 2U);
+    EXPECT_EQ(rows(u"select RelativePath from Folder order by 1"_s), words("Trip Trip/x"));
+    // While it is shown, too.
+    items()[0]->setFileName(u"b.jpg"_s);
+    WatchedChanges changes;
+    changes.checkExist = true;
+    factory->attachChanges(changes, workTree, browsing);
+    waitForQueues();
+    EXPECT_EQ(shown(), words("d.jpg"));
 }
 
 TEST_F(ScanTest, ACancelledScanRegistersOnlyTheFoldersThatItFinished) {

@@ -215,13 +215,35 @@ TEST_F(SidebarCommandsTest, aRemovedRootEndsItsScanAndComesBackAsItWas) {
     EXPECT_EQ(prompts.told, QStringList{u'-' + path(u"new")});
     EXPECT_FALSE(tree.dataSource().folderAliasItemWithAliasObject(*inner));
     EXPECT_EQ(manager.aliasArray().size(), 3U);
-    // And nothing that it keeps goes from the sidebar.
-    select(*a);
+}
+
+TEST_F(SidebarCommandsTest, aRootThatTheCatalogueKeepsIsShownAgainAndTold) {
+    const auto inner = root(u"A/inner");
+    const auto isShown = [&](const PBAliasObject& alias) {
+        return tree.dataSource().folderAliasItemWithAliasObject(alias) != nullptr;
+    };
+    refuse(u"update"_s);
+    select(*inner);
     const int scans = delegate.scans;
     commands.removeFolderAlias();
-    EXPECT_EQ(prompts.told.last(), u"#A"_s);
-    EXPECT_EQ(selected(), path(u"A"));
+    EXPECT_EQ(prompts.told, QStringList{u"#inner"_s});
+    EXPECT_EQ(selected(), path(u"A/inner"));
     EXPECT_EQ(delegate.scans, scans + 1) << "what was ended begins anew";
+    // One that goes with all its rows is gone from the sidebar before they are.
+    select(*a);
+    commands.removeFolderAlias();
+    EXPECT_FALSE(isShown(*a) || tree.selectedItem());
+    EXPECT_EQ(delegate.watchUpdates, 1);
+    EXPECT_EQ(prompts.told.size(), 1);
+    const auto cameBack = finishRemovals();
+    ASSERT_EQ(cameBack, (PBAliasArray{a}));
+    commands.rootsCameBack(cameBack.front().get());
+    EXPECT_TRUE(isShown(*a));
+    EXPECT_EQ(delegate.watchUpdates, 2);
+    EXPECT_EQ(prompts.told.last(), u"#A"_s);
+    // Roots that nobody removed by hand come back in silence.
+    commands.rootsCameBack(nullptr);
+    EXPECT_EQ(prompts.told.size(), 2);
 }
 
 } // namespace

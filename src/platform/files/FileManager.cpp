@@ -1,6 +1,7 @@
 #include "platform/files/FileManager.h"
 
 #include "platform/files/DirectoryHandle.h"
+#include "platform/files/Spelling.h"
 
 #include <QDir>
 #include <QFile>
@@ -24,6 +25,10 @@ constexpr QStringView packageExtensions[] = {
     u"lrlibrary",    u"lrdata",        u"lrcat-data",   u"cosessiondb", u"tvlibrary",
     u"musiclibrary", u"imovielibrary", u"fcpbundle",    u"rtfd",        u"xcodeproj",
     u"playground",   u"pkg",           u"mpkg",         u"sparsebundle"};
+
+/// Names for a moment, when a file's name changes in case only. More than one is taken only where
+/// an earlier such change was cut short.
+constexpr int namesToTry = 20;
 
 double secondsOf(const struct statx_timestamp& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
@@ -55,11 +60,40 @@ std::error_code lastError() {
     return {errno, std::generic_category()};
 }
 
-bool isSameFile(const char* path, const char* otherPath) {
+/// Renames to a name that is free.
+std::error_code moveToFreeName(const QString& path, const QString& toPath) {
+    const QByteArray from = QFile::encodeName(path);
+    const QByteArray to = QFile::encodeName(toPath);
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+        return {};
+    const bool knowsNoFlags = errno == EINVAL || errno == ENOSYS;
+    if (!knowsNoFlags) return lastError();
     struct stat status {};
-    struct stat other {};
-    return ::lstat(path, &status) == 0 && ::lstat(otherPath, &other) == 0 &&
-           status.st_dev == other.st_dev && status.st_ino == other.st_ino;
+    if (::lstat(to.constData(), &status) == 0) return std::make_error_code(std::errc::file_exists);
+    return ::rename(from.constData(), to.constData()) == 0 ? std::error_code() : lastError();
+}
+
+/// Whether the second path is free but for the file itself, which the disk finds under it, too.
+bool isOtherSpelling(const QString& path, const QString& toPath) {
+    // Two hard links of one file are two files here: only the case of a name may differ.
+    return toPath != path && toPath.compare(path, Qt::CaseInsensitive) == 0 &&
+           spelledAsOnDisk(toPath) == spelledAsOnDisk(path);
+}
+
+/// By way of a third name: on most disks that take no note of case the kernel leaves a file alone
+/// that has the new name already, and says that it was renamed.
+std::error_code respell(const QString& path, const QString& toPath) {
+    const qsizetype nameStart = toPath.lastIndexOf(u'/') + 1;
+    QString between = toPath;
+    std::error_code error = std::make_error_code(std::errc::file_exists);
+    for (int attempt = 0; attempt < namesToTry && error == std::errc::file_exists; ++attempt) {
+        between.insert(nameStart, u'~');
+        error = moveToFreeName(path, between);
+    }
+    if (error) return error;
+    error = moveToFreeName(between, toPath);
+    if (error) static_cast<void>(moveToFreeName(between, path));
+    return error;
 }
 
 EntryLook lookAt(int folder, const QString& path) {
@@ -123,25 +157,15 @@ enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)
         entry.isDirectory = isDirectoryAt(::dirfd(directory.get()), *found);
         entry.isPackage = entry.isDirectory && isPackageName(entry.name);
         entry.isLink = isLinkAt(::dirfd(directory.get()), *found);
+        entry.inode = found->d_ino;
         if (!visitor(entry)) return {};
     }
 }
 
 std::error_code moveItem(const QString& path, const QString& toPath) {
-    const QByteArray from = QFile::encodeName(path);
-    const QByteArray to = QFile::encodeName(toPath);
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
-        return {};
-    // Two hard links of one file are two files here: only the case of a name may differ.
-    const bool isOtherCase = toPath.compare(path, Qt::CaseInsensitive) == 0;
-    const bool mayRenameOver =
-        errno == EEXIST && isOtherCase && isSameFile(from.constData(), to.constData());
-    const bool knowsNoFlags = errno == EINVAL || errno == ENOSYS;
-    if (!mayRenameOver && !knowsNoFlags) return lastError();
-    struct stat status {};
-    if (!mayRenameOver && ::lstat(to.constData(), &status) == 0)
-        return std::make_error_code(std::errc::file_exists);
-    return ::rename(from.constData(), to.constData()) == 0 ? std::error_code() : lastError();
+    const std::error_code error = moveToFreeName(path, toPath);
+    if (error != std::errc::file_exists || !isOtherSpelling(path, toPath)) return error;
+    return respell(path, toPath);
 }
 
 bool createDirectory(const QString& path) {

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <system_error>
@@ -36,6 +37,9 @@ struct DirectoryEntry {
     bool isDirectory = false; // a link to a folder counts as a folder
     bool isPackage = false;   // a folder that is shown as a file
     bool isLink = false;
+    /// The number of the entry itself, for a link that of the link; it tells entries of one folder
+    /// apart, also over renames. On some disks it is made up at each look.
+    std::uint64_t inode = 0;
 };
 
 /// The file system. Paths are absolute; every operation blocks as long as the disk does. Any

@@ -35,6 +35,10 @@ public:
     /// Takes effect at once, also while the operation waits in a queue.
     void setQueuePriority(QueuePriority priority);
 
+    /// Whether the operation runs in any case: a cancellation of its whole queue passes it over,
+    /// and whoever waits for the queue waits for it.
+    [[nodiscard]] virtual bool mustRun() const { return false; }
+
 protected:
     /// The work, on a thread of the queue. Must not throw.
     virtual void main() = 0;

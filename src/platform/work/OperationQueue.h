@@ -36,7 +36,8 @@ public:
     /// A piece of work that nobody needs to cancel on its own.
     void addOperation(std::function<void()> work);
 
-    /// Cancels every operation. Those that wait are dropped at once, on the calling thread.
+    /// Cancels every operation but those that must run. Those that wait are dropped at once, on the
+    /// calling thread.
     void cancelAllOperations();
     /// While suspended, no waiting operation is started; running ones go on.
     void setSuspended(bool suspended);
@@ -62,6 +63,7 @@ private:
     using Waiting = std::deque<std::shared_ptr<Operation>>;
 
     static void prioritiesChanged();
+    void cancel(bool alsoWhatMustRun);
     void startWorkerIfNeeded() VELMORA_REQUIRES(_mutex);
     void work();
     void refreshOrder() const VELMORA_REQUIRES(_mutex);

@@ -51,8 +51,13 @@ void MarksRestorer::refresh() {
     FMResultSet row = _both->executeQuery(QStringLiteral("pragma marks.data_version"));
     const qint64 version = row.next() ? row.longLongIntForColumnIndex(0) : -1;
     row.close();
-    if (version < 0 || version == _dataVersion) return;
-    if (readLedger()) _dataVersion = version;
+    if (version < 0 || (version == _dataVersion && !_mustRead)) return;
+    _mustRead = false;
+    if (readLedger()) {
+        _dataVersion = version;
+    } else {
+        _mustRead = true;
+    }
 }
 
 bool MarksRestorer::readLedger() {

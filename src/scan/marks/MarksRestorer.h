@@ -9,6 +9,7 @@
 #include "platform/values/PBValue.h"
 #include "platform/work/Operation.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <unordered_map>
@@ -60,6 +61,8 @@ public:
     /// that was written anew.
     [[nodiscard]] bool isReplaced(qint64 fileId, const platform::ResourceValues& values) const;
     void rowsWereRemoved(const std::vector<qint64>& fileIds);
+    /// A folder root went with all its rows: the next scan reads the ledger again. Any thread.
+    void rootsWereRemoved() { _mustRead = true; }
 
     /// Rows were just made of these files. What is known by its file gets its marks now, in the
     /// catalogue and in the columns that it will be shown by.
@@ -92,6 +95,7 @@ private:
     marks::RootPaths _roots;
     marks::LedgerIndex _index;
     qint64 _dataVersion = -1; // of the ledger when it was read
+    std::atomic<bool> _mustRead = false;
     struct Seen {
         marks::Sighting sighting;
         /// Its row is of this run: its old place may be left only now.

@@ -60,7 +60,7 @@ std::vector<PBImageBrowserIndex> OpenFilesReveal::found() const {
     group::FolderPathCache folders;
     _parts.browserPane.browserView().leaves().forEachImage(
         FoldedLeaves::Included, [&](const PBImageBrowserIndex& index, const auto& item) {
-            if (!_wantedNames.contains(item->fileName(), Qt::CaseInsensitive)) return;
+            if (!_wantedNames.contains(item->fileName())) return;
             const QString folder = item->folderPath(_parts.browserPane.folderPaths(), folders);
             const bool isAsked = std::ranges::any_of(
                 _openFiles->openFileArray(), [&](const PBOpenFiles::OpenFolder& asked) {

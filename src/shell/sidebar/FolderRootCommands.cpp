@@ -20,14 +20,6 @@
 using platform::MainLoop;
 using namespace std::chrono_literals;
 
-namespace {
-
-QString cleaned(const QString& path) {
-    return PBUtilities::pathWithComponents(PBUtilities::pathComponents(path));
-}
-
-} // namespace
-
 FolderRootCommands::FolderRootCommands(Parts parts, QObject* parent)
     : QObject(parent), _parts(std::move(parts)) {
     connect(&_parts.tree, &SourceTreeController::revealRequested, this, [this](const auto& item) {
@@ -36,6 +28,11 @@ FolderRootCommands::FolderRootCommands(Parts parts, QObject* parent)
     connect(
         &_parts.tree, &SourceTreeController::removeRequested, this,
         &FolderRootCommands::doRemoveFolderAlias);
+}
+
+QString FolderRootCommands::cleaned(const QString& path) const {
+    return _parts.aliasResolver.spelledAsOnDisk(
+        PBUtilities::pathWithComponents(PBUtilities::pathComponents(path)));
 }
 
 FolderRootCommands::~FolderRootCommands() {
@@ -133,18 +130,25 @@ void FolderRootCommands::doRemoveFolderAlias(const std::shared_ptr<PBFolderAlias
     PBAliasManager& manager = _parts.aliasManager;
     const bool isSelected = _parts.tree.selectedItem() == item;
     if (isSelected) _parts.delegate.cancelScan();
-    PBAliasObject& root = *item->aliasObject();
-    if (!manager.updateState(root, root.state() | PBAliasObject::zombieState)) {
+    const auto root = item->aliasObject();
+    if (!manager.removeAliasObject(root)) {
         // It would be back at the next start.
         if (isSelected) _parts.delegate.scan();
-        _parts.prompts.alertCantRemoveFolder(root.displayName());
+        _parts.prompts.alertCantRemoveFolder(root->displayName());
         return;
     }
-    // Rows that can't be removed now are when roots are read again.
-    manager.removeZombieAlias();
     _parts.tree.removeFolderAlias(*item);
     _parts.delegate.updateWatchPathsInBackground();
     _parts.updateImageBrowserTipView();
+}
+
+void FolderRootCommands::rootsCameBack(const PBAliasObject* askedFor) {
+    platform::assertMainThread();
+    _parts.tree.dataSource().reloadCategoryItem();
+    _parts.delegate.updateWatchPathsInBackground();
+    _parts.updateImageBrowserTipView();
+    if (askedFor && !askedFor->isZombie())
+        _parts.prompts.alertCantRemoveFolder(askedFor->displayName());
 }
 
 void FolderRootCommands::revealInFinder(const PBFolderItem& item) {

@@ -56,10 +56,15 @@ public:
     void removeFolderAlias();
     [[nodiscard]] bool canRemoveFolderAlias() const;
     void doRemoveFolderAlias(const std::shared_ptr<PBFolderAliasItem>& item);
+    /// The catalogue did not let go of roots: shows them again. The user is told of `askedFor`, the
+    /// one that was removed by hand; nullptr for none.
+    void rootsCameBack(const PBAliasObject* askedFor);
 
     void revealInFinder(const PBFolderItem& item);
 
 private:
+    /// One spelling for each folder.
+    [[nodiscard]] QString cleaned(const QString& path) const;
     [[nodiscard]] std::shared_ptr<PBAliasObject> insertRoot(const QString& path);
     bool makeRoot(const QString& path);
 
