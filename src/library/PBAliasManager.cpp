@@ -105,9 +105,9 @@ PBAliasArray PBAliasManager::volumDidUnmount(const QString&) {
     return changed;
 }
 
-bool PBAliasManager::removeIfMissing(const PBAliasObject& aliasObject) {
+bool PBAliasManager::removeIfGone(const PBAliasObject& aliasObject) {
     if (aliasObject.isMounted() || aliasObject.type() != PBAliasObject::Local) return false;
-    if (!aliasObject.isMissing()) return false;
+    if (!aliasObject.isGone()) return false;
     return removeAlias(aliasObject.aliasId(), _environment.mainFileDb);
 }
 
@@ -120,34 +120,35 @@ bool PBAliasManager::resolveAllAliasWithMount(const PBAliasObject::Look& look) {
     bool changed = false;
     const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (resolveAlias(*root, look)) changed = true;
-        return removeIfMissing(*root);
+        return removeIfGone(*root);
     });
     storeIfRemoved(roots, removed > 0);
     return changed;
 }
 
-PBAliasArray PBAliasManager::aliasPathChanged(const QString& path) {
+PBAliasArray PBAliasManager::aliasPathChanged(const QString& path, const QString& movedTo) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray changed;
     const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (!root->isMounted() || root->path().compare(path, Qt::CaseInsensitive) != 0)
             return false;
-        if (!resolveAlias(*root, {.includeMounted = true, .updateReserve = true})) return false;
+        const PBAliasLook look{.includeMounted = true, .updateReserve = true, .movedTo = movedTo};
+        if (!resolveAlias(*root, look)) return false;
         changed.push_back(root);
-        return removeIfMissing(*root);
+        return removeIfGone(*root);
     });
     storeIfRemoved(roots, removed > 0);
     return changed;
 }
 
 PBAliasArray PBAliasManager::aliasDidAnswer(
-    const PBAliasObject& aliasObject, const platform::Resolution& resolution) {
+    const PBAliasObject& aliasObject, const PBAliasResolution& resolution) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray changed;
     const auto removed = std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (root.get() != &aliasObject) return false;
         if (root->takeResolution(resolution, true, _environment.services)) changed.push_back(root);
-        if (!removeIfMissing(*root)) return false;
+        if (!removeIfGone(*root)) return false;
         if (changed.empty()) changed.push_back(root);
         return true;
     });
@@ -212,6 +213,16 @@ QStringList PBAliasManager::getMonitorPathArray() const {
             return PBUtilities::comparePath(known, path) == 0;
         });
         if (!path.isEmpty() && !isKnown) paths.append(path);
+    }
+    return paths;
+}
+
+QStringList PBAliasManager::awaitedPaths() const {
+    QStringList paths;
+    for (const auto& root : aliasArray()) {
+        const QString path = root->reservePath();
+        if (root->isMounted() || root->type() != PBAliasObject::Local || path.isEmpty()) continue;
+        if (!paths.contains(path)) paths.append(path);
     }
     return paths;
 }
