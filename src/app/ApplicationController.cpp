@@ -151,6 +151,7 @@ void ApplicationController::watchFolders() {
             },
         .browsing = [this] { return scanBrowsing(); },
         .rootsChanged = [this] { updateWatchPathsInBackground(); },
+        .lookForRoots = [this](const QStringList& paths) { _folderRoots->lookForRootsAt(paths); },
     });
     const auto volumesChanged = [this] {
         if (_watchControl) _watchControl->volumesChanged();

@@ -1,5 +1,6 @@
 #include "app/FolderRootServices.h"
 
+#include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveAliasOperation.h"
 #include "core/Paths.h"
@@ -8,9 +9,17 @@
 
 #include <QDBusConnection>
 
+#include <algorithm>
 #include <utility>
 
 using platform::MainLoop;
+
+namespace {
+
+/// Some seconds, for those who look at the catalogue where nobody waits.
+constexpr int busyRetries = 20'000;
+
+} // namespace
 
 FolderRootServices::FolderRootServices(const Environment& environment)
     : _environment(environment), _calls([](std::function<void()> function) {
@@ -39,8 +48,15 @@ FolderRootServices::FolderRootServices(const Environment& environment)
         }
     });
     _aliasResolver.setLateAnswerHandler(
-        [this](qint64 aliasId, const platform::Resolution& resolution) {
+        [this](qint64 aliasId, const PBAliasResolution& resolution) {
             aliasDidAnswer(aliasId, resolution);
+        });
+    _aliasResolver.setNamesSource(
+        [file = environment.mainFileDb.databasePath()](
+            qint64 aliasId) -> std::optional<std::vector<CataloguedName>> {
+            FMDatabase db(file);
+            db.setBusyRetryTimeout(busyRetries);
+            return db.open() ? cataloguedNames(db, aliasId) : std::nullopt;
         });
     _aliasResolver.setMountFailureHandler([this](qint64 aliasId, const QString& error) {
         if (const auto root = _aliasManager.findAliasObjectById(aliasId)) {
@@ -56,14 +72,35 @@ void FolderRootServices::loadAlias() {
     _aliasManager.loadAlias();
 }
 
-platform::Resolution
-FolderRootServices::resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) {
-    QStringList otherRoots;
+PBAliasResolver::OtherRoots FolderRootServices::otherRoots(const PBAliasObject& aliasObject) const {
+    PBAliasResolver::OtherRoots roots;
     for (const auto& root : _aliasManager.aliasArray()) {
-        const QString path = root->isMounted() ? root->path() : root->reservePath();
-        if (root.get() != &aliasObject && !path.isEmpty()) otherRoots.append(path);
+        if (root.get() == &aliasObject) continue;
+        const QString path = root->path();
+        if (!path.isEmpty()) {
+            roots.mounted.append(path);
+        } else if (const QString reservePath = root->reservePath(); !reservePath.isEmpty()) {
+            roots.away.append(reservePath);
+        }
     }
-    return _aliasResolver.resolve(aliasObject, mount, otherRoots, error);
+    return roots;
+}
+
+PBAliasResolution FolderRootServices::resolveAlias(
+    const PBAliasObject& aliasObject, const PBAliasLook& look, QString* error) {
+    return _aliasResolver.resolve(aliasObject, look, otherRoots(aliasObject), error);
+}
+
+void FolderRootServices::lookForRootsAt(const QStringList& paths) {
+    platform::assertMainThread();
+    for (const auto& root : _aliasManager.aliasArray()) {
+        const QString place = root->reservePath();
+        if (root->isMounted() || place.isEmpty()) continue;
+        const bool isConcerned = std::ranges::any_of(paths, [&](const QString& path) {
+            return path == place || PBUtilities::isParentOfPath(place, path);
+        });
+        if (isConcerned) _aliasResolver.resolveLater(*root, otherRoots(*root));
+    }
 }
 
 bool FolderRootServices::storeReservePath(qint64 aliasId, const QString& reservePath) {
@@ -71,7 +108,12 @@ bool FolderRootServices::storeReservePath(qint64 aliasId, const QString& reserve
         .updateFolderAliasWithIdReservePath(aliasId, reservePath);
 }
 
-void FolderRootServices::aliasDidAnswer(qint64 aliasId, const platform::Resolution& resolution) {
+bool FolderRootServices::storeBookmark(qint64 aliasId, const PBAliasBookmark& bookmark) {
+    return PBCatalogue(_environment.mainFileDb)
+        .updateFolderAliasWithIdData(aliasId, bookmark.data, static_cast<int>(bookmark.type));
+}
+
+void FolderRootServices::aliasDidAnswer(qint64 aliasId, const PBAliasResolution& resolution) {
     platform::assertMainThread();
     const auto root = _aliasManager.findAliasObjectById(aliasId);
     if (!root) return;
@@ -123,9 +165,12 @@ void FolderRootServices::updateWatchPathsInBackground() {
 
 void FolderRootServices::updateWatchPaths() {
     const QStringList wanted = _aliasManager.getMonitorPathArray();
-    if (PBUtilities::isEqualPathArray(wanted, _scEvents.watchedPaths())) return;
+    const QStringList awaited = _aliasManager.awaitedPaths();
+    if (PBUtilities::isEqualPathArray(wanted, _scEvents.watchedPaths()) &&
+        PBUtilities::isEqualPathArray(awaited, _scEvents.awaitedPaths()))
+        return;
     _scEvents.stopWatchingPaths();
-    _scEvents.startWatchingPaths(wanted);
+    _scEvents.startWatchingPaths(wanted, awaited);
 }
 
 void FolderRootServices::stopWatching() {

@@ -41,6 +41,10 @@ public:
     [[nodiscard]] PBFolderLister& folderLister() { return _folderLister; }
     [[nodiscard]] PBPathHistory& pathHistory() { return _pathHistory; }
 
+    /// Looks without waiting for the unmounted roots that were last seen at one of these paths or
+    /// above it.
+    void lookForRootsAt(const QStringList& paths);
+
     /// Compares in the background what should be watched with what is.
     void updateWatchPathsInBackground();
     /// The stream over all mounted roots; its delegate is set by whoever takes the events.
@@ -62,10 +66,12 @@ Q_SIGNALS:
     void mountFailed(const PBAliasObject& aliasObject, const QString& error);
 
 private:
-    platform::Resolution
-    resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) override;
+    PBAliasResolution resolveAlias(
+        const PBAliasObject& aliasObject, const PBAliasLook& look, QString* error) override;
     bool storeReservePath(qint64 aliasId, const QString& reservePath) override;
-    void aliasDidAnswer(qint64 aliasId, const platform::Resolution& resolution);
+    bool storeBookmark(qint64 aliasId, const PBAliasBookmark& bookmark) override;
+    [[nodiscard]] PBAliasResolver::OtherRoots otherRoots(const PBAliasObject& aliasObject) const;
+    void aliasDidAnswer(qint64 aliasId, const PBAliasResolution& resolution);
     void removeRows(PBAliasArray roots, std::shared_ptr<PBAliasObject> askedFor);
     void removalDidEnd(const PBAliasArray& roots, PBAliasObject* askedFor, bool isRemoved);
     void updateWatchPaths();

@@ -43,11 +43,14 @@ ImportResult resultOf(const QByteArray& text) {
 /// Folders are where they were last seen.
 class LastPlaces final : public PBAliasServices {
 public:
-    platform::Resolution
-    resolveAlias(const PBAliasObject& /*root*/, bool /*mount*/, QString* /*error*/) override {
+    PBAliasResolution resolveAlias(
+        const PBAliasObject& /*root*/, const PBAliasLook& /*look*/, QString* /*error*/) override {
         return {};
     }
     bool storeReservePath(qint64 /*aliasId*/, const QString& /*path*/) override { return true; }
+    bool storeBookmark(qint64 /*aliasId*/, const PBAliasBookmark& /*bookmark*/) override {
+        return false;
+    }
 };
 
 /// The catalogue without the program around it.

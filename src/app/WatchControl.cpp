@@ -3,13 +3,30 @@
 #include "app/ScanPipeline.h"
 #include "library/PBSourceTreeDataSource.h"
 
+#include <algorithm>
+
+namespace {
+
+bool isMounted(const std::shared_ptr<PBAliasObject>& root) {
+    return root->isMounted();
+}
+
+} // namespace
+
 void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> eventArrayOccurred) {
-    const WatchedChanges changes = watchedChangesOfEvents(
+    QStringList places;
+    for (const SCEvent& event : eventArrayOccurred)
+        places.append(event.eventPath());
+    bool isRootLost = false;
+    WatchedChanges changes = watchedChangesOfEvents(
         eventArrayOccurred, _environment.selectedPath(),
         {
             .aliasPathChanged =
-                [this](const QString& path) {
-                    return !_environment.aliasManager.aliasPathChanged(path).empty();
+                [this, &isRootLost](const QString& path, const QString& movedTo) {
+                    const PBAliasArray roots =
+                        _environment.aliasManager.aliasPathChanged(path, movedTo);
+                    isRootLost = isRootLost || !std::ranges::all_of(roots, isMounted);
+                    return !roots.empty();
                 },
             .refreshChilden =
                 [this](const QString& path, bool refreshChildren) {
@@ -21,12 +38,15 @@ void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> e
                     return importers.imageImporterClassForImageUTI(uti) != nullptr;
                 },
         });
+    // Its images on display become grey.
+    changes.checkExist = changes.checkExist || isRootLost;
     if (changes.rootsChanged) {
         _environment.rootsChanged();
         _environment.sourceTree.reloadCategoryItem();
     }
     if (changes.sidebarChanged) _environment.sourceTree.reloadData();
     attach(changes);
+    _environment.lookForRoots(places);
 }
 
 void WatchControl::volumesChanged() {

@@ -24,6 +24,8 @@ public:
         std::function<ScanBrowsing()> browsing;
         /// Folder roots moved, came or went.
         std::function<void()> rootsChanged;
+        /// Something happened at these places: roots that are away may have come there.
+        std::function<void(const QStringList& paths)> lookForRoots;
     };
 
     explicit WatchControl(Environment environment) : _environment(std::move(environment)) {}

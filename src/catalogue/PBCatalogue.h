@@ -76,6 +76,8 @@ public:
     // Updates; an id that does not exist is no failure
 
     bool updateFolderAliasWithIdState(qint64 aliasId, qint64 state);
+    /// Both or none.
+    bool updateFolderAliasWithIdData(qint64 aliasId, const QByteArray& data, int type);
     bool updateFolderAliasWithIdReservePath(qint64 aliasId, const QString& reservePath);
     /// An empty relative path is stored as NULL.
     bool updateFolderWithId(qint64 folderId, qint64 aliasId, const QString& relativeFolderPath);

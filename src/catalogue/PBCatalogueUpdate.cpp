@@ -16,6 +16,12 @@ bool PBCatalogue::updateFolderAliasWithIdState(qint64 aliasId, qint64 state) {
     return updateColumn(u"FolderAlias", u"State", state, aliasId);
 }
 
+bool PBCatalogue::updateFolderAliasWithIdData(qint64 aliasId, const QByteArray& data, int type) {
+    return _db.executeUpdate(
+        QStringLiteral("update FolderAlias set Data = ?,Type = ? where Id = ?"), data, type,
+        aliasId);
+}
+
 bool PBCatalogue::updateFolderAliasWithIdReservePath(qint64 aliasId, const QString& reservePath) {
     return updateColumn(u"FolderAlias", u"ReservePath", reservePath, aliasId);
 }

@@ -103,7 +103,7 @@ PBAliasArray PBAliasManager::volumDidUnmount(const QString&) {
 
 bool PBAliasManager::isToGo(const PBAliasObject& aliasObject) const {
     if (aliasObject.isMounted() || aliasObject.type() != PBAliasObject::Local) return false;
-    return _couldReadAll && aliasObject.isMissing();
+    return _couldReadAll && aliasObject.isGone();
 }
 
 bool PBAliasManager::resolveAllAliasWithMount(const PBAliasObject::Look& look) {
@@ -119,13 +119,14 @@ bool PBAliasManager::resolveAllAliasWithMount(const PBAliasObject::Look& look) {
     return changed;
 }
 
-PBAliasArray PBAliasManager::aliasPathChanged(const QString& path) {
+PBAliasArray PBAliasManager::aliasPathChanged(const QString& path, const QString& movedTo) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray changed;
     PBAliasArray removed;
     std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (!root->isMounted() || root->path() != path) return false;
-        if (!resolveAlias(*root, {.includeMounted = true, .updateReserve = true})) return false;
+        const PBAliasLook look{.includeMounted = true, .updateReserve = true, .movedTo = movedTo};
+        if (!resolveAlias(*root, look)) return false;
         changed.push_back(root);
         if (isToGo(*root)) removed.push_back(root);
         return isToGo(*root);
@@ -135,7 +136,7 @@ PBAliasArray PBAliasManager::aliasPathChanged(const QString& path) {
 }
 
 PBAliasArray PBAliasManager::aliasDidAnswer(
-    const PBAliasObject& aliasObject, const platform::Resolution& resolution) {
+    const PBAliasObject& aliasObject, const PBAliasResolution& resolution) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray changed;
     PBAliasArray removed;
@@ -206,6 +207,16 @@ QStringList PBAliasManager::getMonitorPathArray() const {
             return PBUtilities::comparePath(known, path) == 0;
         });
         if (!path.isEmpty() && !isKnown) paths.append(path);
+    }
+    return paths;
+}
+
+QStringList PBAliasManager::awaitedPaths() const {
+    QStringList paths;
+    for (const auto& root : aliasArray()) {
+        const QString path = root->reservePath();
+        if (root->isMounted() || root->type() != PBAliasObject::Local || path.isEmpty()) continue;
+        if (!paths.contains(path)) paths.append(path);
     }
     return paths;
 }

@@ -59,8 +59,8 @@ public:
     [[nodiscard]] static QString
     pathWithAliasObject(const PBAliasObject& aliasObject, const QString& relativePath);
 
-    /// Reads all roots and resolves them without mounting. Local folders that are gone are removed
-    /// with all that the catalogue knows of them.
+    /// Reads all roots and resolves them without mounting. Local folders that are known to be gone
+    /// are removed with all that the catalogue knows of them.
     void loadAlias();
     void addAliasObject(std::shared_ptr<PBAliasObject> aliasObject);
     [[nodiscard]] PBAliasArraySnapshot aliasArray() const;
@@ -68,11 +68,12 @@ public:
     /// A volume came or went; the path is not used. Answer the roots that changed.
     PBAliasArray volumDidMount(const QString& devicePath);
     PBAliasArray volumDidUnmount(const QString& devicePath);
-    /// The disk reported a change of the root folder itself. Answers the roots that changed.
-    PBAliasArray aliasPathChanged(const QString& path);
+    /// The disk reported a change of the root folder itself, and perhaps where it went. Answers the
+    /// roots that changed.
+    PBAliasArray aliasPathChanged(const QString& path, const QString& movedTo = {});
     /// An answer about a root came later than anyone could wait. Answers the roots that changed.
     PBAliasArray
-    aliasDidAnswer(const PBAliasObject& aliasObject, const platform::Resolution& resolution);
+    aliasDidAnswer(const PBAliasObject& aliasObject, const PBAliasResolution& resolution);
     /// Answers whether any root changed.
     bool resolveAllAliasWithMount(const PBAliasObject::Look& look);
     /// Resolves one root as `PBAliasObject` does.
@@ -94,6 +95,9 @@ public:
 
     /// The paths of all mounted roots, each once.
     [[nodiscard]] QStringList getMonitorPathArray() const;
+    /// Where the unmounted roots on disks of this machine were last seen, each place once: there
+    /// they may come again.
+    [[nodiscard]] QStringList awaitedPaths() const;
 
     /// Sets or clears the state in the catalogue and, if that succeeded, in the object.
     bool updateState(PBAliasObject& aliasObject, std::uint64_t state);

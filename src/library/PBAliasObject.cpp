@@ -18,8 +18,18 @@ std::shared_ptr<PBAliasObject> PBAliasObject::aliasObjectWithId(
 PBAliasObject::PBAliasObject(
     qint64 aliasId, QByteArray data, QString path, QString reservePath, std::uint64_t state,
     std::uint64_t type)
-    : _aliasId(aliasId), _aliasData(std::move(data)), _type(type), _path(std::move(path)),
+    : _aliasId(aliasId), _bookmark{std::move(data), type}, _path(std::move(path)),
       _reservePath(std::move(reservePath)), _state(state) {}
+
+QByteArray PBAliasObject::aliasData() const {
+    const platform::Lock lock(_mutex);
+    return _bookmark.data;
+}
+
+std::uint64_t PBAliasObject::type() const {
+    const platform::Lock lock(_mutex);
+    return _bookmark.type;
+}
 
 QUrl PBAliasObject::aliasURL() const {
     const QString place = path();
@@ -47,9 +57,9 @@ void PBAliasObject::setState(std::uint64_t state) {
     _state = state;
 }
 
-bool PBAliasObject::isMissing() const {
+bool PBAliasObject::isGone() const {
     const platform::Lock lock(_mutex);
-    return _isMissing;
+    return _isGone;
 }
 
 QString PBAliasObject::displayName() const {
@@ -72,22 +82,30 @@ bool PBAliasObject::updateReservePath(PBAliasServices& services) {
 bool PBAliasObject::resolveWithMount(const Look& look, PBAliasServices& services, QString* error) {
     if (error) error->clear();
     if (!look.includeMounted && isMounted()) return false;
-    return takeResolution(
-        services.resolveAlias(*this, look.mount, error), look.updateReserve, services);
+    return takeResolution(services.resolveAlias(*this, look, error), look.updateReserve, services);
 }
 
 bool PBAliasObject::takeResolution(
-    const platform::Resolution& resolution, bool updateReserve, PBAliasServices& services) {
+    const PBAliasResolution& resolution, bool updateReserve, PBAliasServices& services) {
     platform::assertMainThread();
-    using Outcome = platform::Resolution::Outcome;
+    using Outcome = PBAliasResolution::Outcome;
     const QString root = QStringLiteral("/");
     // What is left of a vanished volume may look like the root of the file system.
     const bool isStray = resolution.path == root && reservePath() != root;
     QString place = resolution.outcome == Outcome::Found && !isStray ? resolution.path : QString();
+    if (!place.isEmpty() && resolution.renewed) {
+        // A root that is told by its former bookmark again would be away at the next look.
+        if (services.storeBookmark(_aliasId, *resolution.renewed)) {
+            const platform::Lock lock(_mutex);
+            _bookmark = *resolution.renewed;
+        } else {
+            place.clear();
+        }
+    }
     bool changed = false;
     {
         const platform::Lock lock(_mutex);
-        _isMissing = resolution.outcome == Outcome::Missing;
+        _isGone = resolution.outcome == Outcome::Gone;
         // In case only, too: where that makes a difference, nothing is at the former path any more.
         changed = _path != place;
         if (changed) _path.swap(place);

@@ -9,19 +9,46 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 class PBAliasObject;
+
+/// What the catalogue keeps of a root so that its folder is found again.
+struct PBAliasBookmark {
+    QByteArray data;        ///< of `platform::Bookmark`
+    std::uint64_t type = 0; ///< `PBAliasObject::Type` of the volume
+};
+
+/// What became of a root's folder.
+struct PBAliasResolution {
+    using Outcome = platform::Resolution::Outcome;
+    Outcome outcome = Outcome::NoAnswer;
+    QString path = {}; ///< of a folder that was found
+    /// By this the root is known from now on: the folder that was found is not the very one that
+    /// was bookmarked, but has its photographs.
+    std::optional<PBAliasBookmark> renewed = {};
+};
+
+/// How a root is looked for.
+struct PBAliasLook {
+    bool mount = false;          ///< its volume may be mounted for it; somebody waits for the root
+    bool includeMounted = false; ///< also a root that is mounted
+    bool updateReserve = false;  ///< a new place becomes the reserve path
+    QString movedTo = {};        ///< where it was seen to go; empty where nobody saw it
+};
 
 /// What a folder root needs from outside.
 class PBAliasServices {
 public:
     virtual ~PBAliasServices() = default;
-    /// Where the root's folder is now. With `mount`, its volume may be mounted for it; then
-    /// `error`, if given, receives a sentence when that is known to be impossible. Bounded in time.
-    [[nodiscard]] virtual platform::Resolution
-    resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) = 0;
+    /// Where the root's folder is now. With `look.mount`, `error`, if given, receives a sentence
+    /// when it is known that the volume can't be mounted. Bounded in time.
+    [[nodiscard]] virtual PBAliasResolution
+    resolveAlias(const PBAliasObject& aliasObject, const PBAliasLook& look, QString* error) = 0;
     /// Writes the reserve path to the catalogue.
     virtual bool storeReservePath(qint64 aliasId, const QString& reservePath) = 0;
+    /// Writes bookmark and type to the catalogue.
+    [[nodiscard]] virtual bool storeBookmark(qint64 aliasId, const PBAliasBookmark& bookmark) = 0;
 };
 
 /// A folder root: a folder that the user added to the sidebar, kept as a bookmark that survives
@@ -40,8 +67,8 @@ public:
         std::uint64_t state, std::uint64_t type);
 
     [[nodiscard]] qint64 aliasId() const { return _aliasId; }
-    [[nodiscard]] const QByteArray& aliasData() const { return _aliasData; }
-    [[nodiscard]] std::uint64_t type() const { return _type; }
+    [[nodiscard]] QByteArray aliasData() const;
+    [[nodiscard]] std::uint64_t type() const;
 
     /// The folder's present place; empty while the root is unmounted.
     [[nodiscard]] QUrl aliasURL() const;
@@ -60,21 +87,17 @@ public:
     /// too. False if it is that already.
     bool updateReservePath(PBAliasServices& services);
 
-    /// How a root is looked for.
-    struct Look {
-        bool mount = false;          ///< its volume may be mounted for it
-        bool includeMounted = false; ///< also a root that is mounted
-        bool updateReserve = false;  ///< a new place becomes the reserve path
-    };
+    using Look = PBAliasLook;
     /// Looks for the folder; answers whether its place changed (to another, from or to none).
     bool resolveWithMount(const Look& look, PBAliasServices& services, QString* error = nullptr);
-    /// Takes over an answer that came later than `resolveWithMount` could wait.
+    /// Takes over an answer that came later than `resolveWithMount` could wait. A renewed bookmark
+    /// that the catalogue doesn't take leaves the root unmounted.
     bool takeResolution(
-        const platform::Resolution& resolution, bool updateReserve, PBAliasServices& services);
+        const PBAliasResolution& resolution, bool updateReserve, PBAliasServices& services);
 
-    /// The last look found that the folder is gone although its volume is there. Only then may an
-    /// unmounted root be taken for deleted.
-    [[nodiscard]] bool isMissing() const;
+    /// The last look was at every folder of the root's volume, and its own is none of them. Only
+    /// then may an unmounted root be taken for deleted.
+    [[nodiscard]] bool isGone() const;
 
 private:
     PBAliasObject(
@@ -82,12 +105,11 @@ private:
         std::uint64_t type);
 
     const qint64 _aliasId;
-    const QByteArray _aliasData;
-    const std::uint64_t _type;
 
     mutable platform::Mutex _mutex;
+    PBAliasBookmark _bookmark VELMORA_GUARDED_BY(_mutex);
     QString _path VELMORA_GUARDED_BY(_mutex); // the local path of `aliasURL`
     QString _reservePath VELMORA_GUARDED_BY(_mutex);
     std::uint64_t _state VELMORA_GUARDED_BY(_mutex);
-    bool _isMissing VELMORA_GUARDED_BY(_mutex) = false;
+    bool _isGone VELMORA_GUARDED_BY(_mutex) = false;
 };

@@ -9,20 +9,73 @@
 #include <utility>
 
 using platform::Bookmark;
-using platform::Resolution;
-using Outcome = platform::Resolution::Outcome;
+using platform::BookmarkResolver;
+using Outcome = PBAliasResolution::Outcome;
 
 namespace {
 
 /// A search may take its whole time; the rest is for the threads.
 constexpr std::chrono::milliseconds resolveLimit =
-    platform::BookmarkResolver::timeLimit + std::chrono::milliseconds(50);
+    BookmarkResolver::timeLimit + std::chrono::milliseconds(50);
 /// The user has just chosen the folder and waits for it.
 constexpr std::chrono::milliseconds newAliasLimit{3000};
-/// What a search in the background may take, when nobody waits.
-constexpr std::chrono::milliseconds searchLimit{10'000};
+/// For the photographs of one folder, when nobody waits any more.
+constexpr std::chrono::milliseconds recognitionLimit{5000};
+
+PBAliasBookmark keptOf(const Bookmark& bookmark, const platform::Volumes& volumes) {
+    return {
+        bookmark.data(), PBUtilities::aliasTypeOfVolume(volumes.propertiesOfPath(bookmark.path))};
+}
 
 } // namespace
+
+/// What is asked of a disk about one root; owns all that it uses.
+struct PBAliasResolver::Question {
+    std::shared_ptr<const BookmarkResolver> resolver;
+    qint64 aliasId = 0;
+    QByteArray data;
+    platform::SearchPlaces places;
+    QStringList mountedRoots;
+    NamesSource names;
+    std::stop_token stop;
+
+    [[nodiscard]] PBAliasResolution answer(std::chrono::milliseconds limit, bool isLast) const {
+        const auto bookmark = Bookmark::fromData(data);
+        if (!bookmark) {
+            // Damaged bytes: all that is known is where the folder was seen.
+            if (!PBUtilities::isFolder(places.lastSeenPath)) return {};
+            return {.outcome = Outcome::Found, .path = places.lastSeenPath};
+        }
+        const auto [outcome, path] = resolver->resolve(*bookmark, places, limit, stop);
+        if (outcome == Outcome::Found)
+            return {.outcome = outcome, .path = platform::spelledAsOnDisk(path)};
+        QStringList former{bookmark->path, places.lastSeenPath};
+        former.removeDuplicates();
+        bool isDecided = true;
+        for (const QString& place : former) {
+            // A root that is there already is no other one.
+            if (mountedRoots.contains(place) || !PBUtilities::isFolder(place)) continue;
+            const Recognition recognition = recognise(place);
+            if (recognition == Recognition::Undecided) isDecided = false;
+            if (recognition != Recognition::Same) continue;
+            const auto now = Bookmark::bookmarkOfFolder(place, resolver->volumes());
+            if (!now) continue;
+            return {Outcome::Found, place, keptOf(*now, resolver->volumes())};
+        }
+        return {.outcome = isLast && !isDecided ? Outcome::NoAnswer : outcome};
+    }
+
+    [[nodiscard]] Recognition recognise(const QString& folder) const {
+        const auto known = names ? names(aliasId) : std::vector<CataloguedName>();
+        if (!known) return Recognition::Undecided;
+        // Of a root without photographs there is nothing to know it by.
+        if (known->empty()) return Recognition::Other;
+        const auto end = std::chrono::steady_clock::now() + recognitionLimit;
+        return recogniseFolder(folder, *known, [&] {
+            return stop.stop_requested() || std::chrono::steady_clock::now() >= end;
+        });
+    }
+};
 
 namespace PBUtilities {
 
@@ -40,6 +93,11 @@ PBAliasResolver::PBAliasResolver(
     : _calls(calls), _mounter(mounter),
       _resolver(std::make_shared<const platform::BookmarkResolver>(sources, std::move(clock))),
       _commonFolders(platform::BookmarkResolver::commonFolders(sources)),
+      _search([this](qint64 aliasId, const PBAliasResolution& resolution) {
+          // Answers to questions from before know less.
+          if (resolution.outcome == Outcome::Found) forgetQuestions(aliasId);
+          tell(aliasId, resolution);
+      }),
       _self(std::make_shared<PBAliasResolver*>(this)) {}
 
 PBAliasResolver::~PBAliasResolver() {
@@ -52,66 +110,88 @@ QString PBAliasResolver::lane(const PBAliasObject& aliasObject) {
     return QString::fromUtf8(bookmark->fileSystem.type + ' ' + bookmark->fileSystem.source);
 }
 
-Resolution PBAliasResolver::resolve(
-    const PBAliasObject& aliasObject, bool mount, const QStringList& otherRoots, QString* error) {
+PBAliasResolver::Work PBAliasResolver::workFor(
+    const PBAliasObject& aliasObject, const QString& movedTo, const OtherRoots& otherRoots) const {
+    Question question{
+        .resolver = _resolver,
+        .aliasId = aliasObject.aliasId(),
+        .data = aliasObject.aliasData(),
+        .places =
+            {aliasObject.reservePath(), movedTo, otherRoots.mounted + otherRoots.away,
+             _commonFolders},
+        .mountedRoots = otherRoots.mounted,
+        .names = _names,
+        .stop = _stop.get_token()};
+    return [question = std::move(question)](std::chrono::milliseconds limit, bool isLast) {
+        return question.answer(limit, isLast);
+    };
+}
+
+PBAliasResolution PBAliasResolver::resolve(
+    const PBAliasObject& aliasObject, const PBAliasLook& look, const OtherRoots& otherRoots,
+    QString* error) {
     platform::assertMainThread();
-    const Work work =
-        [resolver = _resolver, data = aliasObject.aliasData(),
-         places = platform::SearchPlaces{aliasObject.reservePath(), otherRoots, _commonFolders},
-         stop = _stop.get_token()](std::chrono::milliseconds limit) -> Resolution {
-        if (const auto bookmark = Bookmark::fromData(data)) {
-            Resolution found = resolver->resolve(*bookmark, places, limit, stop);
-            found.path = platform::spelledAsOnDisk(found.path);
-            return found;
-        }
-        // Damaged bytes: all that is known is where the folder was seen.
-        if (PBUtilities::isFolder(places.lastSeenPath)) {
-            return {Outcome::Found, places.lastSeenPath};
-        }
-        return {};
-    };
-    const std::weak_ptr<PBAliasResolver*> self = _self;
-    const qint64 aliasId = aliasObject.aliasId();
-    const auto late = [self, aliasId, work](const Resolution& resolution) {
-        if (const auto alive = self.lock()) (*alive)->tell(aliasId, resolution, work);
-    };
-    const Resolution resolution =
-        _calls
-            .call<Resolution>(
-                lane(aliasObject), QStringLiteral("resolve %1").arg(aliasId), resolveLimit,
-                [work] { return work(platform::BookmarkResolver::timeLimit); }, late)
-            .value_or(Resolution());
-    if (resolution.outcome == Outcome::Unfinished) searchOn(aliasId, work);
-    if (mount && resolution.outcome == Outcome::VolumeAbsent) mountVolume(aliasObject, error);
+    const PBAliasResolution resolution =
+        ask(aliasObject, workFor(aliasObject, look.movedTo, otherRoots), resolveLimit, look.mount)
+            .value_or(PBAliasResolution());
+    if (look.mount && resolution.outcome == Outcome::VolumeAbsent) mountVolume(aliasObject, error);
     return resolution;
 }
 
-void PBAliasResolver::tell(qint64 aliasId, const Resolution& resolution, const Work& work) {
-    if (resolution.outcome == Outcome::Unfinished) {
-        searchOn(aliasId, work);
-    } else if (_lateAnswer) {
-        _lateAnswer(aliasId, resolution);
-    }
+void PBAliasResolver::resolveLater(const PBAliasObject& aliasObject, const OtherRoots& otherRoots) {
+    platform::assertMainThread();
+    const auto resolution =
+        ask(aliasObject, workFor(aliasObject, {}, otherRoots), std::chrono::milliseconds(0), false);
+    if (!resolution) return;
+    // Nobody expects the answer within the call.
+    platform::MainLoop::instance()->post(
+        platform::MainLoop::Mode::Common,
+        [self = std::weak_ptr(_self), aliasId = aliasObject.aliasId(), resolution,
+         number = _questions[aliasObject.aliasId()]] {
+            const auto alive = self.lock();
+            if (alive && (*alive)->_questions[aliasId] == number)
+                (*alive)->tell(aliasId, *resolution);
+        });
 }
 
-/// In a lane of its own: the other roots of the volume need not wait for it.
-void PBAliasResolver::searchOn(qint64 aliasId, const Work& work) {
+std::optional<PBAliasResolution> PBAliasResolver::ask(
+    const PBAliasObject& aliasObject, const Work& work, std::chrono::milliseconds limit,
+    bool again) {
     const std::weak_ptr<PBAliasResolver*> self = _self;
-    const auto finished = _calls.call<Resolution>(
-        QStringLiteral("search %1").arg(aliasId), QStringLiteral("search"),
-        std::chrono::milliseconds(0), [work] { return work(searchLimit); },
-        [self, aliasId](const Resolution& resolution) {
-            const auto alive = self.lock();
-            if (alive && (*alive)->_lateAnswer) (*alive)->_lateAnswer(aliasId, resolution);
-        });
-    if (finished && _lateAnswer) {
-        // Nobody expects the answer within the call.
-        platform::MainLoop::instance()->post(
-            platform::MainLoop::Mode::Common, [self, aliasId, resolution = *finished] {
-                const auto alive = self.lock();
-                if (alive && (*alive)->_lateAnswer) (*alive)->_lateAnswer(aliasId, resolution);
-            });
-    }
+    const qint64 aliasId = aliasObject.aliasId();
+    const QByteArray data = aliasObject.aliasData();
+    const int number = ++_questions[aliasId];
+    const auto late = [self, aliasId, data, work, again,
+                       number](const PBAliasResolution& resolution) {
+        const auto alive = self.lock();
+        if (!alive || (*alive)->_questions[aliasId] != number) return;
+        (*alive)->conclude(aliasId, data, work, resolution.outcome, again);
+        (*alive)->tell(aliasId, resolution);
+    };
+    auto resolution = _calls.call<PBAliasResolution>(
+        lane(aliasObject), QStringLiteral("resolve %1").arg(aliasId), limit,
+        [work] { return work(BookmarkResolver::timeLimit, false); }, late);
+    if (resolution) conclude(aliasId, data, work, resolution->outcome, again);
+    return resolution;
+}
+
+void PBAliasResolver::conclude(
+    qint64 aliasId, const QByteArray& data, const Work& work, Outcome outcome, bool again) {
+    if (outcome == Outcome::Found) _search.forget(aliasId);
+    const auto bookmark = Bookmark::fromData(data);
+    if (outcome != Outcome::NotFound || !bookmark) return;
+    _search.find(
+        aliasId, *bookmark, [work] { return work(BookmarkResolver::timeLimit, true); }, again);
+}
+
+void PBAliasResolver::forgetQuestions(qint64 aliasId) {
+    platform::assertMainThread();
+    ++_questions[aliasId];
+    _search.forget(aliasId);
+}
+
+void PBAliasResolver::tell(qint64 aliasId, const PBAliasResolution& resolution) const {
+    if (_lateAnswer) _lateAnswer(aliasId, resolution);
 }
 
 void PBAliasResolver::mountVolume(const PBAliasObject& aliasObject, QString* error) {
@@ -149,15 +229,39 @@ QString PBAliasResolver::spelledAsOnDisk(const QString& path) {
         .value_or(path);
 }
 
-std::optional<PBAliasResolver::NewAlias> PBAliasResolver::newAlias(const QString& path) {
+std::optional<PBAliasBookmark> PBAliasResolver::newAlias(const QString& path) {
     platform::assertMainThread();
-    using Answer = std::optional<NewAlias>;
+    using Answer = std::optional<PBAliasBookmark>;
     const auto work = [resolver = _resolver, path]() -> Answer {
         const auto bookmark = Bookmark::bookmarkOfFolder(path, resolver->volumes());
         if (!bookmark) return std::nullopt;
-        const auto properties = resolver->volumes().propertiesOfPath(path);
-        return NewAlias{bookmark->data(), PBUtilities::aliasTypeOfVolume(properties)};
+        return keptOf(*bookmark, resolver->volumes());
     };
     return _calls.call<Answer>(QStringLiteral("new ") + path, path, newAliasLimit, work, {})
+        .value_or(std::nullopt);
+}
+
+std::optional<PBAliasResolver::Likeness>
+PBAliasResolver::likeness(const PBAliasObject& aliasObject, const QString& path) {
+    platform::assertMainThread();
+    using Answer = std::optional<Likeness>;
+    Question question{
+        .resolver = _resolver,
+        .aliasId = aliasObject.aliasId(),
+        .data = aliasObject.aliasData(),
+        .places = {},
+        .mountedRoots = {},
+        .names = _names,
+        .stop = _stop.get_token()};
+    const auto work = [question = std::move(question), path]() -> Answer {
+        const auto chosen = Bookmark::bookmarkOfFolder(path, question.resolver->volumes());
+        if (!chosen) return std::nullopt;
+        const auto former = Bookmark::fromData(question.data);
+        const bool isSame = former && former->isSameFolder(*chosen, former->path == path);
+        return Likeness{
+            keptOf(*chosen, question.resolver->volumes()),
+            isSame || question.recognise(path) == Recognition::Same};
+    };
+    return _calls.call<Answer>(QStringLiteral("like ") + path, path, newAliasLimit, work, {})
         .value_or(std::nullopt);
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "library/PBAliasObject.h"
+#include "library/RootRecognition.h"
+#include "library/RootSearch.h"
 #include "platform/volumes/BookmarkResolver.h"
 #include "platform/volumes/VolumeMounter.h"
 #include "platform/work/BoundedCalls.h"
@@ -11,6 +13,7 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -24,20 +27,17 @@ namespace PBUtilities {
 } // namespace PBUtilities
 
 /// Resolves folder roots by their bookmarks without ever waiting long: what a disk does not answer
-/// in time counts as unanswered, and is told when it comes. A search that the waiting cut short
-/// goes on in the background, so that a folder is never taken for gone because the machine was
-/// slow. Main thread.
+/// in time counts as unanswered, and is told when it comes. Where the very folder is not found, one
+/// at its place with its photographs is taken for it. A root that is not found near where it was is
+/// looked for on the whole disk, in the background. Main thread.
 class PBAliasResolver {
 public:
     /// A root's answer that came late, or after its volume was mounted for it.
-    using LateAnswer = std::function<void(qint64 aliasId, const platform::Resolution& resolution)>;
+    using LateAnswer = std::function<void(qint64 aliasId, const PBAliasResolution& resolution)>;
     using MountFailure = std::function<void(qint64 aliasId, const QString& error)>;
-
-    /// What the catalogue keeps of a new root.
-    struct NewAlias {
-        QByteArray data;
-        std::uint64_t type = PBAliasObject::Local;
-    };
+    /// What the catalogue knows of a root's photographs; nothing where it can't be read. Called on
+    /// any thread.
+    using NamesSource = std::function<std::optional<std::vector<CataloguedName>>(qint64 aliasId)>;
 
     /// `calls` and `mounter` outlive this object; `mounter` may be empty: nothing can be mounted.
     PBAliasResolver(
@@ -49,16 +49,35 @@ public:
 
     void setLateAnswerHandler(LateAnswer handler) { _lateAnswer = std::move(handler); }
     void setMountFailureHandler(MountFailure handler) { _mountFailure = std::move(handler); }
+    /// Without one, folders are known again by what the file system says of them alone.
+    void setNamesSource(NamesSource source) { _names = std::move(source); }
 
-    /// With `mount`, a volume that is absent is mounted in the background, which can take the time
-    /// that the user needs to answer the desktop's questions. `otherRoots` are the places of the
-    /// other roots, near which a moved folder may be.
-    [[nodiscard]] platform::Resolution resolve(
-        const PBAliasObject& aliasObject, bool mount, const QStringList& otherRoots,
+    /// Where the other roots are: near these a moved folder may be, but none of them can be it.
+    struct OtherRoots {
+        QStringList mounted;
+        QStringList away; ///< where they were last seen
+    };
+    /// With `look.mount`, a volume that is absent is mounted in the background, which can take the
+    /// time that the user needs to answer the desktop's questions.
+    [[nodiscard]] PBAliasResolution resolve(
+        const PBAliasObject& aliasObject, const PBAliasLook& look, const OtherRoots& otherRoots,
         QString* error);
+    /// The same without waiting at all: the answer comes late.
+    void resolveLater(const PBAliasObject& aliasObject, const OtherRoots& otherRoots);
+    /// It is known where the root is: answers that are still to come are void.
+    void forgetQuestions(qint64 aliasId);
 
     /// Nothing if there is no folder, or it doesn't answer.
-    [[nodiscard]] std::optional<NewAlias> newAlias(const QString& path);
+    [[nodiscard]] std::optional<PBAliasBookmark> newAlias(const QString& path);
+
+    /// Whether a folder that was chosen is that of the root: itself, or by its photographs.
+    struct Likeness {
+        PBAliasBookmark bookmark; ///< of the folder
+        bool isRoot = false;
+    };
+    /// Nothing if there is no folder, or it doesn't answer.
+    [[nodiscard]] std::optional<Likeness>
+    likeness(const PBAliasObject& aliasObject, const QString& path);
 
     /// Whether there is a folder; also false if it doesn't answer.
     [[nodiscard]] bool isFolder(const QString& path);
@@ -70,10 +89,22 @@ public:
     [[nodiscard]] static QString lane(const PBAliasObject& aliasObject);
 
 private:
-    using Work = std::function<platform::Resolution(std::chrono::milliseconds limit)>;
+    /// With `isLast`, what can't be decided is no answer, rather than a folder to be searched for.
+    using Work = std::function<PBAliasResolution(std::chrono::milliseconds limit, bool isLast)>;
+    struct Question;
 
-    void tell(qint64 aliasId, const platform::Resolution& resolution, const Work& work);
-    void searchOn(qint64 aliasId, const Work& work);
+    [[nodiscard]] Work workFor(
+        const PBAliasObject& aliasObject, const QString& movedTo,
+        const OtherRoots& otherRoots) const;
+    /// The answer if it is there within the limit; else it is told late. `again`: see `RootSearch`.
+    [[nodiscard]] std::optional<PBAliasResolution>
+    ask(const PBAliasObject& aliasObject, const Work& work, std::chrono::milliseconds limit,
+        bool again);
+    /// Begins or ends the search of the whole disk, as follows from an answer.
+    void conclude(
+        qint64 aliasId, const QByteArray& data, const Work& work,
+        PBAliasResolution::Outcome outcome, bool again);
+    void tell(qint64 aliasId, const PBAliasResolution& resolution) const;
     void mountVolume(const PBAliasObject& aliasObject, QString* error);
 
     platform::BoundedCalls& _calls;
@@ -82,7 +113,11 @@ private:
     const QStringList _commonFolders;
     LateAnswer _lateAnswer;
     MountFailure _mountFailure;
+    NamesSource _names;
+    /// The number of the last question about each root: late answers to former ones are void.
+    std::map<qint64, int> _questions;
     std::stop_source _stop;
+    RootSearch _search;
     /// Callbacks that come back when this object is gone find it empty.
     const std::shared_ptr<PBAliasResolver*> _self;
 };

@@ -166,8 +166,11 @@ std::shared_ptr<PBFolderAliasItem> PBFolderAliasItem::folderAliasItemWithAliasOb
 
 PBFolderAliasItem::PBFolderAliasItem(
     std::shared_ptr<PBAliasObject> aliasObject, std::shared_ptr<const PBFolderItemContext> context)
-    : PBFolderItem({}, {}, std::move(context)), _aliasObject(std::move(aliasObject)),
-      _lane(PBAliasResolver::lane(*_aliasObject)) {}
+    : PBFolderItem({}, {}, std::move(context)), _aliasObject(std::move(aliasObject)) {}
+
+QString PBFolderAliasItem::lane() const {
+    return PBAliasResolver::lane(*_aliasObject);
+}
 
 QString PBFolderAliasItem::description() const {
     return _aliasObject->isMounted() ? folderPath() : platform::localizedString(u"TryMounted");

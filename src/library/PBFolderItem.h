@@ -100,7 +100,7 @@ public:
     aliasObjectAndRelativePath(QString* relativePath) const override;
 
 protected:
-    [[nodiscard]] QString lane() const override { return _lane; }
+    [[nodiscard]] QString lane() const override;
 
 private:
     PBFolderAliasItem(
@@ -108,5 +108,4 @@ private:
         std::shared_ptr<const PBFolderItemContext> context);
 
     const std::shared_ptr<PBAliasObject> _aliasObject;
-    const QString _lane;
 };

@@ -3,6 +3,8 @@
 #include "platform/files/GrowingFiles.h"
 #include "platform/work/MainThread.h"
 
+#include <utility>
+
 SCEvents::SCEvents(platform::EventStream::Options options) : _options(std::move(options)) {
     platform::assertMainThread();
     // A change of the roots must not cost a file that is being written its event.
@@ -15,15 +17,18 @@ SCEvents::~SCEvents() {
     stopWatchingPaths();
 }
 
-bool SCEvents::startWatchingPaths(const QStringList& paths) {
+bool SCEvents::startWatchingPaths(const QStringList& paths, const QStringList& awaited) {
     const platform::Lock lock(_eventsLock);
-    if (paths.isEmpty() || _eventStream) return false;
+    if ((paths.isEmpty() && awaited.isEmpty()) || _eventStream) return false;
+    platform::EventStream::Options options = _options;
+    options.awaited = awaited;
     auto stream = std::make_shared<platform::EventStream>(
         paths, [this](const std::vector<platform::FileSystemEvent>& events) { take(events); },
-        _options);
+        std::move(options));
     if (!stream->isValid()) return false;
     _eventStream = std::move(stream);
     _watchedPaths = paths;
+    _awaitedPaths = awaited;
     return true;
 }
 
@@ -37,6 +42,11 @@ bool SCEvents::stopWatchingPaths() {
 QStringList SCEvents::watchedPaths() const {
     const platform::Lock lock(_eventsLock);
     return _watchedPaths;
+}
+
+QStringList SCEvents::awaitedPaths() const {
+    const platform::Lock lock(_eventsLock);
+    return _awaitedPaths;
 }
 
 std::shared_ptr<platform::EventStream> SCEvents::eventStream() const {
@@ -60,6 +70,6 @@ void SCEvents::take(const std::vector<platform::FileSystemEvent>& events) {
     std::vector<SCEvent> taken;
     taken.reserve(events.size());
     for (const auto& event : events)
-        taken.emplace_back(event.path, event.flags);
+        taken.emplace_back(event.path, event.flags, event.movedTo);
     if (!taken.empty() && _delegate) _delegate->pathWatcher(*this, taken);
 }

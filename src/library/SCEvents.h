@@ -31,13 +31,14 @@ public:
     /// Not owned; set before the first start.
     void setDelegate(SCEventListenerProtocol* delegate) { _delegate = delegate; }
 
-    /// False for no paths, if a stream runs already, or if the system refuses one. Past changes are
-    /// not told.
-    bool startWatchingPaths(const QStringList& paths);
+    /// `awaited` are roots that are not there. False for no paths of either kind, if a stream runs
+    /// already, or if the system refuses one. Past changes are not told.
+    bool startWatchingPaths(const QStringList& paths, const QStringList& awaited = {});
     /// False if no stream runs.
     bool stopWatchingPaths();
     /// Those of the last successful start.
     [[nodiscard]] QStringList watchedPaths() const;
+    [[nodiscard]] QStringList awaitedPaths() const;
 
     /// Has what happened until now delivered; returns when it is on its way to the main thread.
     /// False if no stream runs.
@@ -57,4 +58,5 @@ private:
     mutable platform::Mutex _eventsLock;
     std::shared_ptr<platform::EventStream> _eventStream VELMORA_GUARDED_BY(_eventsLock);
     QStringList _watchedPaths VELMORA_GUARDED_BY(_eventsLock);
+    QStringList _awaitedPaths VELMORA_GUARDED_BY(_eventsLock);
 };

@@ -25,7 +25,7 @@ public:
     void take(const SCEvent& event) {
         const std::uint32_t flags = event.eventFlags();
         if ((flags & EventRootChanged) != 0) {
-            askRoots(event.eventPath());
+            askRoots(event.eventPath(), event.movedTo());
         } else if ((flags & EventItemIsDir) != 0) {
             takeFolder(event.eventPath(), flags);
         } else if ((flags & EventItemIsFile) != 0) {
@@ -40,8 +40,8 @@ private:
     }
     [[nodiscard]] bool isCovered(const QString& path) const { return comparison(path) >= 0; }
 
-    void askRoots(const QString& path) {
-        if (!_questions.aliasPathChanged(path)) return;
+    void askRoots(const QString& path, const QString& movedTo) {
+        if (!_questions.aliasPathChanged(path, movedTo)) return;
         _changes.rootsChanged = true;
         _changes.sidebarChanged = true;
     }
@@ -49,7 +49,7 @@ private:
     void takeFolder(const QString& path, std::uint32_t flags) {
         if ((flags & comingOrGoing) == 0) return;
         const bool mustScan = (flags & EventMustScanSubDirs) != 0;
-        askRoots(path);
+        askRoots(path, {});
         if (_questions.refreshChilden(parentOf(path), mustScan)) _changes.sidebarChanged = true;
         const int place = comparison(path);
         const bool concerned = place >= 0 || (mustScan && place == -1);

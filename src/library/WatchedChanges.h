@@ -29,8 +29,9 @@ struct WatchedChanges {
 
 /// What is asked while the events are walked.
 struct WatchedChangesQuestions {
-    /// Has the folder roots at this path look for their folders; whether any changed.
-    std::function<bool(const QString& path)> aliasPathChanged;
+    /// Has the folder roots at this path look for their folders, where they were seen to go (empty:
+    /// nobody saw it) and elsewhere; whether any changed.
+    std::function<bool(const QString& path, const QString& movedTo)> aliasPathChanged;
     /// Has the sidebar list the children of the folder again (and theirs); whether any changed.
     std::function<bool(const QString& path, bool refreshChildren)> refreshChilden;
     /// Whether files of this type identifier are images.

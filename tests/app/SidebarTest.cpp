@@ -1,5 +1,6 @@
 #include "app/RunningProgram.h"
 #include "shell/sidebar/FolderRootCommands.h"
+#include "support/MemoryDisk.h"
 #include "support/Rows.h"
 
 #include <fcntl.h>
@@ -13,7 +14,33 @@ void unplug(const QByteArray& disk) {
     ASSERT_EQ(::umount2(disk.constData(), MNT_DETACH), 0);
 }
 
-struct SidebarTest : RunningProgramTest {};
+struct SidebarTest : RunningProgramTest {
+    /// Adds the folder, waits until its images are catalogued; answers its id.
+    qint64 add(const QString& below) {
+        EXPECT_TRUE(controller->addFolders({path(below)}));
+        EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+        return controller->aliasManager().findAliasObjectByPath(path(below))->aliasId();
+    }
+    std::vector<qint64> rootIds() {
+        std::vector<qint64> ids;
+        for (const auto& root : controller->aliasManager().aliasArray())
+            ids.push_back(root->aliasId());
+        return ids;
+    }
+    FMDatabase& catalogue() {
+        if (!_catalogue) {
+            _catalogue.emplace(path(u"profile/files.db"_s));
+            EXPECT_TRUE(_catalogue->open());
+        }
+        return *_catalogue;
+    }
+    QStringList imageRows() {
+        return support::rowsOf(catalogue(), u"select FileName from ImageFile order by 1"_s);
+    }
+
+private:
+    std::optional<FMDatabase> _catalogue;
+};
 
 TEST_F(SidebarTest, rootsAndSelectionSurviveRestartsRenamesAndDeletion) {
     const QString last = make(u"photos/A/x/y"_s);
@@ -37,7 +64,85 @@ TEST_F(SidebarTest, rootsAndSelectionSurviveRestartsRenamesAndDeletion) {
     controller.reset();
     QDir(renamed).removeRecursively();
     start();
-    EXPECT_EQ(roots(), QStringList{b});
+    EXPECT_EQ(roots(), (QStringList{b, {}})) << "it may be anywhere";
+}
+
+TEST_F(SidebarTest, aRootFollowsTheFoldersAboveItWhereverTheyGo) {
+    const QString root = u"docs/work/shoots/R"_s;
+    makePicture(root + u"/a.jpg"_s);
+    make(u".hidden"_s);
+    const qint64 id = add(root);
+    const auto goes = [&](const QString& from, const QString& to) {
+        ASSERT_TRUE(QFile::rename(path(from), path(to)));
+        const QString place = path(QString(root).replace(0, 4, to));
+        EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{place}; }))
+            << qPrintable(place) << " is " << qPrintable(roots().join(u' '));
+        EXPECT_EQ(selectedFolder(), place);
+    };
+    goes(u"docs"_s, u"docs2"_s);
+    goes(u"docs2"_s, u".hidden/docs"_s); // where only a search of the whole disk comes
+    goes(u".hidden/docs"_s, u"docs"_s);
+    controller.reset();
+    ASSERT_TRUE(QFile::rename(path(u"docs"_s), path(u".docs"_s)));
+    start();
+    EXPECT_EQ(roots(), QStringList{path(u".docs/work/shoots/R"_s)});
+    EXPECT_EQ(rootIds(), (std::vector{id}));
+    EXPECT_EQ(imageRows(), QStringList{u"a.jpg"_s});
+}
+
+TEST_F(SidebarTest, aFolderPutBackFromABackupIsTheRootThatItWas) {
+    const QString root = path(u"photos/R"_s);
+    for (const char* name : {"1", "2", "sub/3", "sub/4"})
+        makePicture(u"photos/R/%1.jpg"_s.arg(QLatin1StringView(name)));
+    const qint64 id = add(u"photos/R"_s);
+    ASSERT_TRUE(support::spinUntil([&] { return imageRows().size() == 4; }));
+    ASSERT_TRUE(catalogue().executeUpdate(u"update ImageFile set FileStars = 5"_s));
+    const auto putBack = [&](const char* names) {
+        for (const QString& name : support::words(names)) {
+            QDir().mkpath(QFileInfo(root + u'/' + name).path());
+            ASSERT_TRUE(QFile::copy(path(u"backup/"_s + name), root + u'/' + name));
+        }
+    };
+    controller.reset();
+    // As other folders and files: the old ones are gone.
+    const QByteArray shell =
+        "cd '" + QFile::encodeName(path({})) + "' && cp -r photos/R backup && rm -r photos/R";
+    ASSERT_EQ(std::system(shell.constData()), 0);
+
+    start();
+    EXPECT_EQ(roots(), QStringList{QString()});
+    putBack("1.jpg"); // a quarter
+    ASSERT_TRUE(controller->addFolders({root}));
+    EXPECT_EQ(roots(), (QStringList{{}, root})) << "what doesn't look like it is another one";
+    window().sourceSidebar().commands().removeFolderAlias();
+    ASSERT_EQ(rootIds(), (std::vector{id}));
+    putBack("sub/3.jpg"); // half: seen by itself
+    EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{root}; }));
+    EXPECT_EQ(rootIds(), (std::vector{id}));
+    putBack("2.jpg sub/4.jpg");
+    controller.reset();
+    start();
+    EXPECT_EQ(roots(), QStringList{root});
+    EXPECT_TRUE(selects(root));
+    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    EXPECT_EQ(imageRows(), support::words("1.jpg 2.jpg 3.jpg 4.jpg"));
+}
+
+TEST_F(SidebarTest, aRootIsGoneWhenTheWholeDiskWasLookedThroughAndNotBefore) {
+    const support::MemoryDisk disk(path(u"disk"_s));
+    if (!disk.isMounted()) return support::rerunWhereDisksCanBeMounted();
+    makePicture(u"disk/a/R/1.jpg"_s);
+    makePicture(u"disk/a/S/2.jpg"_s);
+    add(u"disk/a/R"_s);
+    add(u"disk/a/S"_s);
+    controller.reset();
+    ASSERT_TRUE(QFile::rename(path(u"disk/a/S"_s), path(u"disk/.deep"_s)));
+    QDir(path(u"disk/a/R"_s)).removeRecursively();
+    start();
+    EXPECT_EQ(roots().size(), 2) << "only looked for near its place";
+    const QString found = path(u"disk/.deep"_s);
+    EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{found}; }));
+    EXPECT_EQ(imageRows(), QStringList{u"2.jpg"_s});
 }
 
 TEST_F(SidebarTest, unpluggedDiskGreysItsRootAndComesBackWithIt) {

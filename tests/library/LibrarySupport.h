@@ -11,14 +11,14 @@
 struct ToldAliasServices final : PBAliasServices {
     explicit ToldAliasServices(FMDatabase& db) : _db(db) {}
 
-    platform::Resolution
-    resolveAlias(const PBAliasObject& aliasObject, bool mount, QString* error) override {
+    PBAliasResolution resolveAlias(
+        const PBAliasObject& aliasObject, const PBAliasLook& look, QString* error) override {
         ++resolved;
-        mayMount = mount;
+        last = look;
         const auto told = answers.find(aliasObject.aliasData());
         if (told == answers.end())
-            return {platform::Resolution::Outcome::Found, aliasObject.reservePath()};
-        if (error && told->second.outcome == platform::Resolution::Outcome::VolumeAbsent)
+            return {PBAliasResolution::Outcome::Found, aliasObject.reservePath()};
+        if (error && told->second.outcome == PBAliasResolution::Outcome::VolumeAbsent)
             *error = u"no disk"_s;
         return told->second;
     }
@@ -26,11 +26,16 @@ struct ToldAliasServices final : PBAliasServices {
         return PBCatalogue(_db).updateFolderAliasWithIdReservePath(aliasId, reservePath);
     }
 
+    bool storeBookmark(qint64 aliasId, const PBAliasBookmark& bookmark) override {
+        return PBCatalogue(_db).updateFolderAliasWithIdData(
+            aliasId, bookmark.data, static_cast<int>(bookmark.type));
+    }
+
     /// By the bytes that the tests take as bookmarks: a name for the folder. Others are where they
     /// were.
-    std::map<QByteArray, platform::Resolution> answers;
+    std::map<QByteArray, PBAliasResolution> answers;
     int resolved = 0;
-    bool mayMount = false; ///< of the last question
+    PBAliasLook last; ///< how the last question was asked
 
 private:
     FMDatabase& _db;
@@ -70,7 +75,7 @@ struct LibraryTest : testing::Test {
     std::shared_ptr<PBAliasObject> addRoot(
         const QString& path, std::uint64_t type = PBAliasObject::Local, std::uint64_t state = 0) {
         const QByteArray data = path.toUtf8();
-        services.answers[data] = {platform::Resolution::Outcome::Found, path};
+        services.answers[data] = {PBAliasResolution::Outcome::Found, path};
         const auto aliasId = catalogue.insertFolderAliasWithData(
             data, static_cast<int>(type), path, static_cast<qint64>(state));
         const auto root = PBAliasObject::aliasObjectWithId(
@@ -81,12 +86,11 @@ struct LibraryTest : testing::Test {
     std::shared_ptr<PBAliasObject> addZombie(const QString& path) {
         return addRoot(path, PBAliasObject::Local, PBAliasObject::zombieState);
     }
-    void
-    answer(const PBAliasObject& root, platform::Resolution::Outcome outcome, QString path = {}) {
+    void answer(const PBAliasObject& root, PBAliasResolution::Outcome outcome, QString path = {}) {
         services.answers[root.aliasData()] = {outcome, std::move(path)};
     }
     void makeAbsent(const PBAliasObject& root) {
-        answer(root, platform::Resolution::Outcome::VolumeAbsent);
+        answer(root, PBAliasResolution::Outcome::VolumeAbsent);
         manager.volumDidUnmount({});
     }
 

@@ -76,12 +76,12 @@ TEST_F(PBAliasManagerTest, loadingResolvesAndDropsOnlyLocalFoldersThatAreGone) {
     const auto lostShare = addRoot(u"/share"_s, PBAliasObject::Network);
     addImage(addFolder(*gone, u"sub"_s), u"a.jpg"_s);
     addImage(addFolder(*moved, {}), u"b.jpg"_s);
-    answer(*gone, Outcome::Missing);
+    answer(*gone, Outcome::Gone);
     answer(*moved, Outcome::Found, u"/new"_s);
     answer(*unplugged, Outcome::VolumeAbsent);
     answer(*silent, Outcome::NoAnswer);
     answer(*otherDisk, Outcome::VolumeAbsent);
-    answer(*lostShare, Outcome::Missing);
+    answer(*lostShare, Outcome::Gone);
 
     manager.loadAlias();
     EXPECT_EQ(paths(), (QStringList{u"/new"_s, {}, {}, {}, {}}));
@@ -110,7 +110,7 @@ TEST_F(PBAliasManagerTest, lateAnswerIsTakenLikeOneInTime) {
     EXPECT_EQ(
         manager.aliasDidAnswer(*roots[0], {Outcome::Found, u"/slow"_s}), (PBAliasArray{roots[0]}));
     EXPECT_TRUE(roots[0]->isMounted());
-    EXPECT_EQ(manager.aliasDidAnswer(*roots[1], {Outcome::Missing, {}}).size(), 1u);
+    EXPECT_EQ(manager.aliasDidAnswer(*roots[1], {Outcome::Gone, {}}).size(), 1u);
     EXPECT_EQ(manager.aliasArray().size(), 1u);
     // A root that is gone by then changes nothing.
     EXPECT_TRUE(manager.aliasDidAnswer(*roots[1], {Outcome::Found, a}).empty());
@@ -157,8 +157,8 @@ TEST_F(PBAliasManagerTest, changedRootFolderIsLookedAtAgain) {
     answer(*root, Outcome::Found, u"/a"_s);
     EXPECT_EQ(manager.aliasPathChanged(a), (PBAliasArray{root})) << "in case only";
     EXPECT_EQ(aliasRows(), support::words("/a /stick /other"));
-    answer(*root, Outcome::Missing);
-    answer(*stick, Outcome::Missing);
+    answer(*root, Outcome::Gone);
+    answer(*stick, Outcome::Gone);
     EXPECT_EQ(manager.aliasPathChanged(u"/a"_s), (PBAliasArray{root}));
     EXPECT_EQ(manager.aliasPathChanged(u"/stick"_s), (PBAliasArray{stick}));
     EXPECT_TRUE(finishRemovals().empty());
@@ -189,7 +189,7 @@ TEST_F(PBAliasManagerTest, aRootThatTheCatalogueDoesNotLetGoOfStaysWithAllThatIs
     const auto zombie = addZombie(u"/zombie"_s);
     for (const auto& root : {gone, zombie})
         addImage(addFolder(*root, {}), u"a.jpg"_s);
-    answer(*gone, Outcome::Missing);
+    answer(*gone, Outcome::Gone);
     for (const char* when : {"delete on Exif", "delete on FolderAlias"}) {
         // As on a full disk: SQLite ends the transaction by itself.
         ASSERT_TRUE(db.executeUpdate(
@@ -273,11 +273,11 @@ TEST_F(PBAliasManagerTest, rootsAreLookedForAsAsked) {
     answer(*root, Outcome::VolumeAbsent);
     QString error = u"of before"_s;
     EXPECT_TRUE(manager.resolveAlias(*root, {.includeMounted = true}, &error));
-    EXPECT_FALSE(services.mayMount);
+    EXPECT_FALSE(services.last.mount);
     EXPECT_EQ(error, u"no disk"_s);
     answer(*root, Outcome::Found, ab);
     EXPECT_TRUE(manager.resolveAlias(*root, {.mount = true}, &error));
-    EXPECT_TRUE(services.mayMount);
+    EXPECT_TRUE(services.last.mount);
     EXPECT_EQ(error, QString());
     EXPECT_EQ(root->reservePath(), a) << "the reserve path changes only where that is asked for";
     answer(*root, Outcome::Found, abc);

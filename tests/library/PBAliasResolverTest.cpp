@@ -7,8 +7,7 @@
 
 using platform::BoundedCalls;
 using platform::MainLoop;
-using platform::Resolution;
-using Outcome = platform::Resolution::Outcome;
+using Outcome = PBAliasResolution::Outcome;
 
 namespace {
 
@@ -31,7 +30,7 @@ struct PBAliasResolverTest : testing::Test {
     }
     auto rootAt(const QString& path) { return rootOf(resolver.newAlias(path).value().data, path); }
     Outcome outcome(const PBAliasObject& root, bool mount = false) {
-        return resolver.resolve(root, mount, {}, &error).outcome;
+        return resolver.resolve(root, {.mount = mount}, {}, &error).outcome;
     }
 
     MainLoop loop;
@@ -53,14 +52,14 @@ TEST_F(PBAliasResolverTest, aSearchThatTookTooLongIsNoReasonToGiveUpAFolder) {
         return std::chrono::steady_clock::time_point(std::chrono::milliseconds(*now += 500));
     });
     QString found;
-    slow.setLateAnswerHandler([&](qint64, const Resolution& late) { found = late.path; });
-    EXPECT_EQ(slow.resolve(*root, false, {}, nullptr).outcome, Outcome::Unfinished);
+    slow.setLateAnswerHandler([&](qint64, const PBAliasResolution& late) { found = late.path; });
+    EXPECT_EQ(slow.resolve(*root, {}, {}, nullptr).outcome, Outcome::NotFound);
     EXPECT_TRUE(support::spinUntil([&] { return found == place + u'2'; }));
 }
 
 TEST_F(PBAliasResolverTest, damagedBookmarkFallsBackToTheReservePath) {
     const auto there = rootOf("junk", folder.path());
-    EXPECT_EQ(resolver.resolve(*there, false, {}, nullptr).path, folder.path());
+    EXPECT_EQ(resolver.resolve(*there, {}, {}, nullptr).path, folder.path());
     EXPECT_EQ(outcome(*rootOf("", folder.filePath(u"none"_s))), Outcome::NoAnswer);
 }
 
@@ -73,8 +72,8 @@ TEST_F(PBAliasResolverTest, diskThatHangsAnswersLater) {
     };
     ASSERT_FALSE(calls.call<int>(
         PBAliasResolver::lane(*root), u"hang"_s, std::chrono::milliseconds(0), hang, {}));
-    std::vector<std::pair<qint64, Resolution>> late;
-    resolver.setLateAnswerHandler([&](qint64 aliasId, const Resolution& resolution) {
+    std::vector<std::pair<qint64, PBAliasResolution>> late;
+    resolver.setLateAnswerHandler([&](qint64 aliasId, const PBAliasResolution& resolution) {
         late.emplace_back(aliasId, resolution);
     });
     EXPECT_EQ(outcome(*root), Outcome::NoAnswer);

@@ -56,7 +56,7 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
         SCOPED_TRACE(events);
         QStringList refreshed;
         const WatchedChangesQuestions questions{
-            [](const QString&) { return false; },
+            [](const QString&, const QString&) { return false; },
             [&](const QString& path, bool children) {
                 refreshed.append(children ? path + u'+' : path);
                 return true;
@@ -82,8 +82,8 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
 TEST(WatchedChangesTest, RootsAreAskedOfRootEventsAndOfFoldersOnly) {
     QStringList asked;
     const WatchedChangesQuestions questions{
-        [&](const QString& path) {
-            asked.append(path);
+        [&](const QString& path, const QString& movedTo) {
+            asked.append(path + movedTo);
             return path == u"/r";
         },
         [](const QString&, bool) { return false; }, [](const QString&) { return true; }};
@@ -95,6 +95,10 @@ TEST(WatchedChangesTest, RootsAreAskedOfRootEventsAndOfFoldersOnly) {
     changes = watchedChangesOfEvents(eventsOf("rdn/r"), u"/r"_s, questions);
     EXPECT_TRUE(changes.rootsChanged && changes.sidebarChanged);
     EXPECT_TRUE(changes.rescans.empty() && !changes.checkExist);
+    asked.clear();
+    const SCEvent moved(u"/r"_s, EventRootChanged, u">/x"_s);
+    (void)watchedChangesOfEvents({&moved, 1}, {}, questions);
+    EXPECT_EQ(asked, QStringList{u"/r>/x"_s});
 }
 
 struct Listener final : SCEventListenerProtocol {

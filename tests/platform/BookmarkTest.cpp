@@ -14,7 +14,7 @@ using Answer = std::pair<Outcome, QString>;
 
 namespace {
 
-const Answer missing{Outcome::Missing, {}};
+const Answer missing{Outcome::NotFound, {}};
 
 struct BookmarkTest : testing::Test {
     QString path(QStringView below) const { return _folder.path() + u'/' + below.toString(); }
@@ -62,12 +62,39 @@ TEST_F(BookmarkTest, folderIsFoundAtItsPathAndAfterRenamesAndMoves) {
     }
 }
 
+TEST_F(BookmarkTest, folderIsFoundWhereOneOfTheFoldersAboveItHasAnotherName) {
+    const QString now = u"home/Docs/Work/Shoots/R"_s;
+    const Bookmark bookmark = bookmarkOf(make(now));
+    SearchPlaces places;
+    // Hidden, so that no search by depth comes there, and with a new folder in the old one's place.
+    for (const QString& name : {u"home"_s, u"Docs"_s, u"Work"_s, u"Shoots"_s, u"R"_s}) {
+        const QString former = now.left(now.indexOf(name) + name.size());
+        const QString renamed = now.left(now.indexOf(name)) + u'.' + name;
+        move(former, renamed);
+        EXPECT_EQ(resolve(bookmark), found(renamed + now.mid(former.size())))
+            << qPrintable(renamed);
+        make(former);
+        EXPECT_EQ(resolve(bookmark), found(renamed + now.mid(former.size())))
+            << qPrintable(renamed);
+        QDir().rmdir(path(former));
+        move(renamed, former);
+    }
+    // Two of them: only who saw it go can tell.
+    move(u"home/Docs", u"home/.Docs");
+    move(u"home/.Docs/Work", u"home/.Docs/.Work");
+    EXPECT_EQ(resolve(bookmark), missing);
+    places.movedTo = path(u"home/.Docs/.Work/Shoots");
+    EXPECT_EQ(resolve(bookmark, places), missing);
+    places.movedTo += u"/R";
+    EXPECT_EQ(resolve(bookmark, places), found(u"home/.Docs/.Work/Shoots/R"));
+}
+
 TEST_F(BookmarkTest, otherRootsAndTheLastSeenPathAreSearchedToo) {
     const Bookmark bookmark = bookmarkOf(make(u"one/two/three/A"));
     make(u"one/two/three/.Trash");
     QFile::link(path(u"one"), path(u"one/two/loop"));
     make(u"x/y/z/hidden");
-    SearchPlaces places{{}, {make(u"far/away/Root")}, {}};
+    SearchPlaces places{{}, {}, {make(u"far/away/Root")}, {}};
     move(u"one/two/three/A", u"one/two/three/.Trash/A");
     EXPECT_EQ(resolve(bookmark), missing) << "the trash is not searched, nor links";
     move(u"one/two/three/.Trash/A", u"far/away/Root/A");

@@ -45,7 +45,11 @@ struct InotifyTreeTest : testing::Test, InotifyTree::Sink {
     void fileClosed(const QByteArray&) override {}
     void fileRemoved(const QByteArray&) override {}
     void fileRenamed(const QByteArray&, const QByteArray&) override {}
-    void rootChanged(const QByteArray&) override {}
+    void rootChanged(const QByteArray& path, const QByteArray& movedTo) override {
+        _changed.push_back(
+            path.mid(_root.size() + 1) +
+            (movedTo.isEmpty() ? "" : ">" + movedTo.mid(_root.size() + 1)));
+    }
     void limitReached(const QByteArray&) override {}
     void overflowed() override {}
 
@@ -54,7 +58,48 @@ struct InotifyTreeTest : testing::Test, InotifyTree::Sink {
     Names _files;
     InotifyTree _tree{*this, {}};
     Names _renamed;
+    Names _changed; ///< roots, and where they went
 };
+
+TEST_F(InotifyTreeTest, aRootIsFollowedWhereAFolderAboveItGoesAndAwaitedWhereItWas) {
+    make({"docs", "docs/work", "docs/work/R", "docs/work/R/in", "else"});
+    InotifyTree tree(*this, {});
+    const QByteArray root = _root + "/docs/work/R";
+    tree.addRoots({root, root + "/in", _root + "/else"}, {_root + "/away/x/R"});
+    const auto changes = [&] {
+        _changed.clear();
+        tree.readEvents({});
+        std::ranges::sort(_changed);
+        _changed.erase(std::ranges::unique(_changed).begin(), _changed.end());
+        return _changed;
+    };
+    EXPECT_EQ(changes(), Names());
+    make({"docs/beside"});
+    move("docs/beside", "docs/besides");
+    EXPECT_EQ(changes(), Names()) << "not above a root";
+    move("docs/work", "else/w");
+    EXPECT_EQ(
+        changes(), (Names{
+                       "docs/work/R", "docs/work/R/in", "docs/work/R/in>else/w/R/in",
+                       "docs/work/R>else/w/R"}));
+
+    // It comes step by step, at once with what is below it, or is made there.
+    make({"away"});
+    EXPECT_EQ(changes(), Names());
+    make({"away/x"});
+    EXPECT_EQ(changes(), Names());
+    make({"away/x/R"});
+    EXPECT_EQ(changes(), Names{"away/x/R"});
+    make({"away/x/R/new"});
+    changes();
+    support::writeFile(QFile::decodeName(_root + "/away/x/R/new/1"), "x");
+    changes();
+    EXPECT_EQ(_files, Names{"away/x/R/new/1"});
+    move("away", ".hidden");
+    EXPECT_FALSE(changes().empty());
+    move(".hidden", "away");
+    EXPECT_TRUE(std::ranges::count(changes(), QByteArray("away/x/R")));
+}
 
 TEST_F(InotifyTreeTest, aFolderMadeJustBeforeItsParentIsRenamedIsWatched) {
     make({"a", "a/known"});

@@ -12,12 +12,26 @@ struct NotedPrompts final : FolderPrompts {
     void chooseFolder(const QString&, std::function<void(const QString&)> chosen) override {
         chosen(choice);
     }
+    void chooseFolderOfRoot(
+        const QString&, const QString&, std::function<void(const QString&)> chosen) override {
+        chosen(choice);
+    }
+    void askUseUnlikeFolder(
+        const QString& folder, const QString& name, std::function<void(bool)> answered) override {
+        told.append(u'?' + folder + u'>' + name);
+        answered(usesUnlike);
+    }
+    void alertFolderIsInSidebar(const QString& folder, const QString& name) override {
+        told.append(u'<' + folder + u'<' + name);
+    }
+    void alertCantUseFolder(const QString& path) override { told.append(u'~' + path); }
     void alertFolderAliasIsAlreadyExist(const QString& name) override { told.append(u'=' + name); }
     void alertCantMount(const QString& name, const QString&) override { told.append(u'!' + name); }
     void alertCantAddFolder(const QString& path) override { told.append(u'-' + path); }
     void alertCantRemoveFolder(const QString& name) override { told.append(u'#' + name); }
 
     QString choice;
+    bool usesUnlike = false;
     QStringList told;
 };
 

@@ -26,14 +26,17 @@ namespace {
 /// The events of one batch, joined by path and kind, in the order in which their paths first came.
 class EventBatch {
 public:
-    void add(const QByteArray& path, std::uint32_t flags) {
+    void
+    add(const QByteArray& path, std::uint32_t flags, const QByteArray& movedTo = QByteArray()) {
         const std::pair key(path, (flags & EventItemIsDir) != 0);
         if (const auto known = _places.constFind(key); known != _places.cend()) {
-            _events[*known].flags |= flags;
+            FileSystemEvent& event = _events[*known];
+            event.flags |= flags;
+            if (!movedTo.isEmpty()) event.movedTo = QFile::decodeName(movedTo);
             return;
         }
         _places.insert(key, _events.size());
-        _events.push_back({0, QFile::decodeName(path), flags});
+        _events.push_back({0, QFile::decodeName(path), flags, QFile::decodeName(movedTo)});
     }
     [[nodiscard]] bool isEmpty() const { return _events.empty(); }
     [[nodiscard]] std::vector<FileSystemEvent> take() {
@@ -84,7 +87,7 @@ std::vector<QByteArray> rootsOf(const QStringList& paths) {
 class EventStream::Worker final : private InotifyTree::Sink {
 public:
     Worker(const QStringList& paths, Handler handler, Options options)
-        : _roots(rootsOf(paths)), _options(std::move(options)),
+        : _roots(rootsOf(paths)), _options(std::move(options)), _awaited(rootsOf(_options.awaited)),
           _wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
           _growing(_options.growing ? _options.growing : std::make_shared<GrowingFiles>()) {
         _receiver->handler = std::move(handler);
@@ -151,7 +154,7 @@ private:
     }
 
     void run() {
-        _tree->addRoots(_roots);
+        _tree->addRoots(_roots, _awaited);
         startBatch(_options.now());
         while (!_stop.stop_requested()) {
             waitForWork();
@@ -189,6 +192,9 @@ private:
     void startBatch(Time now) {
         if (!_deadline && (!_batch.isEmpty() || !_growing->isEmpty()))
             _deadline = now + _options.latency;
+        if (!std::exchange(_isUrgent, false) || !_deadline) return;
+        constexpr std::chrono::milliseconds urgentLatency{100};
+        _deadline = std::min(*_deadline, now + urgentLatency);
     }
 
     void deliver(Time now) {
@@ -225,7 +231,7 @@ private:
                                 "looked through again")
                      .arg(QLatin1StringView(numberIn("/proc/sys/fs/inotify/max_queued_events"))));
         makeTree();
-        _tree->addRoots(_roots);
+        _tree->addRoots(_roots, _awaited);
         for (const QByteArray& root : _roots)
             mustScan(root);
     }
@@ -258,7 +264,10 @@ private:
         if (from.isEmpty()) _growing->remove(to);
         if (GrowingFiles::lookAtDisk(to).presence != Presence::Gone) _batch.add(to, flags);
     }
-    void rootChanged(const QByteArray& path) override { _batch.add(path, EventRootChanged); }
+    void rootChanged(const QByteArray& path, const QByteArray& movedTo) override {
+        _batch.add(path, EventRootChanged, movedTo);
+        _isUrgent = true;
+    }
     void limitReached(const QByteArray& root) override {
         mustScan(root);
         if (std::exchange(_limitTold, true)) return;
@@ -271,6 +280,7 @@ private:
 
     const std::vector<QByteArray> _roots;
     const Options _options;
+    const std::vector<QByteArray> _awaited;
     const std::shared_ptr<Receiver> _receiver = std::make_shared<Receiver>();
     const int _wake;
     bool _isValid = false; // settled before the thread starts
@@ -289,6 +299,7 @@ private:
     std::optional<Time> _deadline;
     std::uint64_t _lastEventId = 0;
     bool _overflowed = false;
+    bool _isUrgent = false;
     bool _limitTold = false;
 
     std::thread _thread;

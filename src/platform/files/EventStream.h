@@ -16,7 +16,7 @@ class GrowingFiles;
 /// What an event says of its path; several may be set.
 enum EventFlag : std::uint32_t {
     EventMustScanSubDirs = 0x00000001, ///< changes below the path were lost: look for yourself
-    EventRootChanged = 0x00000020,     ///< the path of a watched root moved, or is gone
+    EventRootChanged = 0x00000020,     ///< a watched root moved, is gone, or may have come
     EventItemCreated = 0x00000100,
     EventItemRemoved = 0x00000200,
     EventItemRenamed = 0x00000800,  ///< the path is the former or the new name
@@ -29,6 +29,7 @@ struct FileSystemEvent {
     std::uint64_t eventId = 0; ///< grows from event to event
     QString path;              ///< absolute, without a separator at its end
     std::uint32_t flags = 0;
+    QString movedTo = {}; ///< of a root: where it was seen to go; empty where nobody saw it
 };
 
 /// Watches folders with all that is below them, and tells what came, went and was renamed there.
@@ -46,19 +47,24 @@ public:
     using Handler = std::function<void(std::vector<FileSystemEvent>)>;
 
     struct Options {
-        /// From the first event of a batch to its delivery.
+        /// From the first event of a batch to its delivery. A root that moves takes its
+        /// photographs out of reach, and is told after a tenth of a second at most.
         std::chrono::milliseconds latency{1000};
         std::function<Clock::time_point()> now = &Clock::now;
         /// Told once when no more folders can be watched, with the limit of the system, such as
         /// "fs.inotify.max_user_watches = 8192". On the stream's thread; may be empty.
         std::function<void(const QString& limit)> limitReached = {};
+        /// Roots that are not there. They are told with `EventRootChanged` once something is at
+        /// their path, and then watched like the others.
+        QStringList awaited = {};
         /// Of an earlier stream, which has ended: what it waited for is waited for on. May be
         /// empty.
         std::shared_ptr<GrowingFiles> growing = nullptr;
     };
 
     /// The handler is called with each batch on the main thread, in the main loop's default mode,
-    /// and no more once the stream is gone from that thread. Paths that do not exist are left out.
+    /// and no more once the stream is gone from that thread. Paths that do not exist are told as
+    /// changed roots.
     EventStream(const QStringList& paths, Handler handler, Options options);
     EventStream(const QStringList& paths, Handler handler)
         : EventStream(paths, std::move(handler), Options()) {}

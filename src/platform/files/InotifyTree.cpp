@@ -23,6 +23,8 @@ namespace platform {
 namespace {
 
 constexpr std::uint32_t selfMask = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_MASK_ADD;
+constexpr std::uint32_t ancestorMask = selfMask | IN_MOVED_FROM | IN_MOVED_TO;
+constexpr std::uint32_t awaitingMask = ancestorMask | IN_CREATE;
 constexpr std::uint32_t treeMask =
     selfMask | IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE;
 
@@ -47,6 +49,11 @@ bool isRealFolder(int directory, const dirent& entry) {
            S_ISDIR(status.st_mode);
 }
 
+bool isThere(const QByteArray& path) {
+    struct stat status {};
+    return ::stat(path.constData(), &status) == 0;
+}
+
 /// Names of the folders in it that are looked into.
 std::vector<QByteArray> foldersIn(const QByteArray& path) {
     std::vector<QByteArray> names;
@@ -68,23 +75,73 @@ InotifyTree::~InotifyTree() {
     if (_descriptor >= 0) ::close(_descriptor);
 }
 
-void InotifyTree::addRoots(const std::vector<QByteArray>& roots) {
+void InotifyTree::addRoots(
+    const std::vector<QByteArray>& roots, const std::vector<QByteArray>& awaited) {
     _roots = roots;
+    _roots.insert(_roots.end(), awaited.begin(), awaited.end());
+    _awaited = awaited;
     for (const QByteArray& root : roots) {
-        const bool isCovered = std::ranges::any_of(roots, [&](const QByteArray& other) {
-            return other != root && isAtOrBelow(root, other);
-        });
-        if (!isCovered) addFolder(nullptr, root, root, false);
-        watchAncestors(root);
+        addRoot(root);
+        watchAncestors(root, ancestorMask);
+        // What left just before it was watched is told by nobody else.
+        if (!isThere(root)) _sink.rootChanged(root, {});
+    }
+    for (const QByteArray& root : awaited)
+        lookForAwaited(root);
+}
+
+void InotifyTree::addRoot(const QByteArray& root) {
+    const bool isCovered = std::ranges::any_of(
+        _roots, [&](const QByteArray& other) { return other != root && isAtOrBelow(root, other); });
+    if (!isCovered) addFolder(nullptr, root, root, false);
+}
+
+void InotifyTree::watchAncestors(const QByteArray& root, std::uint32_t mask) {
+    for (QByteArray above = root; above.size() > 1;) {
+        above.truncate(std::max<qsizetype>(above.lastIndexOf('/'), 1));
+        const int watch = ::inotify_add_watch(_descriptor, above.constData(), mask);
+        if (watch < 0) continue;
+        Ancestor& ancestor = _ancestors[watch];
+        ancestor.path = above;
+        if (std::ranges::find(ancestor.roots, root) == ancestor.roots.end())
+            ancestor.roots.push_back(root);
     }
 }
 
-void InotifyTree::watchAncestors(const QByteArray& root) {
-    for (QByteArray above = root; above.size() > 1;) {
-        above.truncate(std::max<qsizetype>(above.lastIndexOf('/'), 1));
-        const int watch = ::inotify_add_watch(_descriptor, above.constData(), selfMask);
-        if (watch >= 0) _ancestors[watch].push_back(root);
+/// Something may have come to the path, which is that of awaited roots or of a folder above them.
+void InotifyTree::lookForAwaited(const QByteArray& path) {
+    for (const QByteArray& root : _awaited) {
+        if (!isAtOrBelow(root, path)) continue;
+        // The watches first: what comes from now on is told.
+        watchAncestors(root, awaitingMask);
+        if (!isThere(root)) continue;
+        addRoot(root);
+        _sink.rootChanged(root, {});
     }
+}
+
+void InotifyTree::noteMovesOfRoots(const inotify_event& event, Clock::time_point now) {
+    const bool isComing = (event.mask & (IN_MOVED_TO | IN_CREATE)) != 0;
+    const auto ancestor = _ancestors.find(event.wd);
+    const Node* node = nodeOf(event.wd);
+    const bool isAbove = ancestor != _ancestors.end();
+    if (event.len == 0 || (!isAbove && (!node || !isComing || _departures.empty()))) return;
+    const QByteArrayView name(static_cast<const char*>(event.name));
+    const QByteArray path = pathInFolder(node ? pathOf(*node) : ancestor->second.path, name);
+    if ((event.mask & IN_MOVED_FROM) != 0) {
+        const bool concerns = std::ranges::any_of(
+            _roots, [&](const QByteArray& root) { return isAtOrBelow(root, path); });
+        if (concerns) _departures.push_back({event.cookie, path, now + renameTime});
+    }
+    const auto half = std::ranges::find(_departures, event.cookie, &Departure::cookie);
+    if ((event.mask & IN_MOVED_TO) != 0 && half != _departures.end()) {
+        const QByteArray from = std::move(half->path);
+        _departures.erase(half);
+        for (const QByteArray& root : _roots) {
+            if (isAtOrBelow(root, from)) _sink.rootChanged(root, path + root.mid(from.size()));
+        }
+    }
+    if (isComing) lookForAwaited(path);
 }
 
 InotifyTree::AddedNode InotifyTree::addNode(
@@ -200,6 +257,7 @@ void InotifyTree::handle(const inotify_event& event, Clock::time_point now) {
         handleSelf(event.wd, event.mask);
         return;
     }
+    noteMovesOfRoots(event, now);
     Node* parent = nodeOf(event.wd);
     if (!parent || event.len == 0) return;
     const QByteArray name(static_cast<const char*>(event.name));
@@ -220,11 +278,11 @@ void InotifyTree::handleSelf(int watch, std::uint32_t mask) {
     Node* node = nodeOf(watch);
     if ((mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT)) != 0) {
         if (const auto above = _ancestors.find(watch); above != _ancestors.end()) {
-            for (const QByteArray& root : above->second)
-                _sink.rootChanged(root);
+            for (const QByteArray& root : above->second.roots)
+                _sink.rootChanged(root, {});
         }
         if (node && !node->parent && std::ranges::find(_roots, node->name) != _roots.end())
-            _sink.rootChanged(node->name);
+            _sink.rootChanged(node->name, {});
         return;
     }
     _ancestors.erase(watch);
@@ -329,6 +387,7 @@ void InotifyTree::movedAway(const Rename& rename) {
 }
 
 void InotifyTree::expireRenames(Clock::time_point now) {
+    std::erase_if(_departures, [&](const Departure& half) { return half.deadline <= now; });
     const auto firstExpired =
         std::stable_partition(_renames.begin(), _renames.end(), [&](const Rename& rename) {
             return rename.deadline > now;
@@ -346,7 +405,7 @@ std::optional<InotifyTree::Clock::time_point> InotifyTree::nextExpiry() const {
 
 void InotifyTree::tellRootsBelow(const QByteArray& path) {
     for (const QByteArray& root : _roots) {
-        if (isAtOrBelow(root, path)) _sink.rootChanged(root);
+        if (isAtOrBelow(root, path)) _sink.rootChanged(root, {});
     }
 }
 

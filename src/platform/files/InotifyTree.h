@@ -36,7 +36,9 @@ public:
         virtual void fileRemoved(const QByteArray& path) = 0;
         /// One of the two is empty when that place is not watched.
         virtual void fileRenamed(const QByteArray& from, const QByteArray& to) = 0;
-        virtual void rootChanged(const QByteArray& path) = 0;
+        /// The root left its path, or one that was awaited may have come. `movedTo`, where it is
+        /// not empty, is the path to which the root, or a folder that it lies in, was renamed.
+        virtual void rootChanged(const QByteArray& path, const QByteArray& movedTo) = 0;
         /// No more folders can be watched; told once for each root.
         virtual void limitReached(const QByteArray& root) = 0;
         /// The kernel lost events; all watches have to be made anew.
@@ -55,8 +57,12 @@ public:
     /// -1 if the system refused.
     [[nodiscard]] int descriptor() const { return _descriptor; }
 
-    /// Watches the roots; one that lies in another is only asked about for `rootChanged`.
-    void addRoots(const std::vector<QByteArray>& roots);
+    /// Watches the roots; one that lies in another is only asked about for `rootChanged`, which
+    /// is told at once of those that are not there. Those
+    /// that are `awaited` are told of by that, too, as soon as something is at their path, which
+    /// may be at once; what happens in it then is told as that of any root.
+    void
+    addRoots(const std::vector<QByteArray>& roots, const std::vector<QByteArray>& awaited = {});
     /// Reads and handles what the kernel has.
     void readEvents(Clock::time_point now);
     /// First halves of renames whose other half did not come were moves to elsewhere.
@@ -80,7 +86,21 @@ private:
         Clock::time_point deadline;
     };
 
+    /// A folder above roots.
+    struct Ancestor {
+        QByteArray path;
+        std::vector<QByteArray> roots; ///< below it
+    };
+    /// The first half of a rename of a root, or of a folder above one.
+    struct Departure {
+        std::uint32_t cookie;
+        QByteArray path;
+        Clock::time_point deadline;
+    };
+
     void handle(const inotify_event& event, Clock::time_point now);
+    void noteMovesOfRoots(const inotify_event& event, Clock::time_point now);
+    void lookForAwaited(const QByteArray& path);
     void handleSelf(int watch, std::uint32_t mask);
     void handleFolder(Node& parent, const QByteArray& name, const inotify_event& event);
     void handleFile(const Node& parent, const QByteArray& name, const inotify_event& event);
@@ -88,7 +108,8 @@ private:
         Node& parent, const QByteArray& name, const inotify_event& event, Clock::time_point now);
     void renamedTo(Node& parent, const QByteArray& name, const inotify_event& event);
     void movedAway(const Rename& rename);
-    void watchAncestors(const QByteArray& root);
+    void addRoot(const QByteArray& root);
+    void watchAncestors(const QByteArray& root, std::uint32_t mask);
     /// With `announce`, all that is found is told as created.
     void addFolder(Node* parent, const QByteArray& name, const QByteArray& root, bool announce);
     struct AddedNode {
@@ -113,9 +134,11 @@ private:
     int _descriptor;
     std::vector<QByteArray> _roots;
     std::vector<QByteArray> _rootsAtLimit;
-    std::unordered_map<int, std::unique_ptr<Node>> _nodes;       // by watch
-    std::unordered_map<int, std::vector<QByteArray>> _ancestors; // roots below, by watch
+    std::unordered_map<int, std::unique_ptr<Node>> _nodes; // by watch
+    std::unordered_map<int, Ancestor> _ancestors;          // by watch
+    std::vector<QByteArray> _awaited;
     std::vector<Rename> _renames;
+    std::vector<Departure> _departures;
 };
 
 } // namespace platform

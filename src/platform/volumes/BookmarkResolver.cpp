@@ -1,14 +1,14 @@
 #include "platform/volumes/BookmarkResolver.h"
 
 #include "platform/files/FolderSearch.h"
-#include "platform/files/Presence.h"
+#include "platform/files/SiblingSearch.h"
+#include "platform/volumes/BookmarkLook.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 
-#include <cerrno>
 #include <utility>
 
 namespace platform {
@@ -22,84 +22,26 @@ constexpr int grandparentDepth = 2;
 constexpr int otherRootDepth = 2;
 constexpr int commonFolderDepth = 4;
 
-/// One resolving: what was asked, and what was met on the way.
-class Attempt {
-public:
-    Attempt(const Bookmark& bookmark, const Volumes& volumes)
-        : _bookmark(bookmark), _volumes(volumes), _table(volumes.mountTable()) {}
-
-    [[nodiscard]] bool isThere(const QString& path, bool atSamePath) {
-        if (path.isEmpty()) return false;
-        errno = 0;
-        const auto found = Bookmark::bookmarkOfFolder(path, _volumes);
-        if (!found) _isInconclusive = _isInconclusive || presenceAfter(errno) == Presence::Unknown;
-        return found && _bookmark.isSameFolder(*found, atSamePath);
-    }
-
-    /// Where the bookmarked folder's path is now, over all mounts of its file system.
-    [[nodiscard]] QStringList placesOnVolume() {
-        QStringList places;
-        for (const Mount& mount : _table.mounts()) {
-            if (!mayBeVolume(mount)) continue;
-            if (!_bookmark.fileSystem.agreesWith(_volumes.identity(mount, mount.mountPoint))) {
-                continue;
-            }
-            _isVolumeThere = true;
-            const QString place = pathBelowMount(mount, _bookmark.pathInFileSystem);
-            if (!place.isEmpty()) places.append(place);
-        }
-        return places;
-    }
-
-    [[nodiscard]] bool isVolumeThere() const { return _isVolumeThere; }
-    [[nodiscard]] bool isInconclusiveSoFar() const { return _isInconclusive; }
-
-    /// Mount points at which something may hang that has nothing to do with the folder.
-    [[nodiscard]] QSet<QByteArray> avoidedFolders() const {
-        QSet<QByteArray> folders;
-        for (const Mount& mount : _table.mounts()) {
-            if (Volumes::mayHang(mount) && !mayBeVolume(mount)) {
-                folders.insert(QFile::encodeName(mount.mountPoint));
-            }
-        }
-        return folders;
-    }
-
-    [[nodiscard]] bool isAvoided(const QString& path) const {
-        const Mount* mount = _table.mountOfPath(path);
-        return mount && Volumes::mayHang(*mount) && !mayBeVolume(*mount);
-    }
-
-private:
-    /// Without asking file systems that may hang, unless it is by its name the one that is sought.
-    [[nodiscard]] bool mayBeVolume(const Mount& mount) const {
-        return !Volumes::mayHang(mount) || mount.fileSystemType == "fuseblk" ||
-               mount.source == _bookmark.fileSystem.source;
-    }
-
-    const Bookmark& _bookmark;
-    const Volumes& _volumes;
-    const MountTable _table;
-    bool _isVolumeThere = false;
-    bool _isInconclusive = false;
-};
-
 QString parentOf(const QString& path) {
     return path == QStringLiteral("/") ? QString() : QFileInfo(path).path();
 }
 
-std::vector<FolderSearch::Place> searchOrder(
-    const Bookmark& bookmark, const SearchPlaces& places, const QStringList& placesOnVolume,
-    const Attempt& attempt) {
-    std::vector<FolderSearch::Place> order;
-    const auto add = [&](const QString& folder, int depth) {
-        if (folder.isEmpty() || attempt.isAvoided(folder)) return;
-        order.push_back({QFile::encodeName(folder), depth});
-    };
+/// Where the folder is known to have been, the latest first.
+QStringList formerPlaces(const Bookmark& bookmark, const SearchPlaces& places, BookmarkLook& look) {
     QStringList former{places.lastSeenPath, bookmark.path};
-    former += placesOnVolume;
+    former += look.placesOnVolume();
     former.removeDuplicates();
     former.removeAll(QString());
+    return former;
+}
+
+std::vector<FolderSearch::Place>
+searchOrder(const SearchPlaces& places, const QStringList& former, const BookmarkLook& look) {
+    std::vector<FolderSearch::Place> order;
+    const auto add = [&](const QString& folder, int depth) {
+        if (folder.isEmpty() || look.isAvoided(folder)) return;
+        order.push_back({QFile::encodeName(folder), depth});
+    };
     for (const QString& path : former)
         add(parentOf(path), 1);
     for (const QString& path : former)
@@ -134,32 +76,39 @@ Resolution BookmarkResolver::resolve(
     using Outcome = Resolution::Outcome;
     const auto end = _clock() + limit;
     const auto clock = [&] { return stop.stop_requested() ? end : _clock(); };
-    Attempt attempt(bookmark, _volumes);
-    if (attempt.isThere(bookmark.path, true)) return {Outcome::Found, bookmark.path};
-
-    const QStringList onVolume = attempt.placesOnVolume();
-    if (!attempt.isVolumeThere()) {
-        return {attempt.isInconclusiveSoFar() ? Outcome::NoAnswer : Outcome::VolumeAbsent, {}};
+    BookmarkLook look(bookmark, _volumes);
+    const auto nothing = [&](Outcome outcome) -> Resolution {
+        return {look.isInconclusive() ? Outcome::NoAnswer : outcome, {}};
+    };
+    if (look.isThere(bookmark.path, true)) return {Outcome::Found, bookmark.path};
+    if (look.mountsOfVolume().empty()) return nothing(Outcome::VolumeAbsent);
+    for (const QString& path : look.placesOnVolume()) {
+        if (look.isThere(path, true)) return {Outcome::Found, path};
     }
-    for (const QString& path : onVolume) {
-        if (attempt.isThere(path, true)) return {Outcome::Found, path};
+    if (bookmark.fileSystem.inodeStability() == InodeStability::None) {
+        return nothing(Outcome::NotFound);
     }
-    const bool canSearch = bookmark.fileSystem.inodeStability() != InodeStability::None;
-    if (canSearch) {
-        if (attempt.isThere(places.lastSeenPath, false)) {
-            return {Outcome::Found, places.lastSeenPath};
-        }
-        FolderSearch search(
-            bookmark.folder.inode,
-            [&](const QByteArray& path) { return attempt.isThere(QFile::decodeName(path), false); },
-            clock, end);
-        search.setAvoided(attempt.avoidedFolders());
-        if (const auto found = search.run(searchOrder(bookmark, places, onVolume, attempt))) {
+    for (const QString& path : {places.movedTo, places.lastSeenPath}) {
+        if (look.isThere(path, false)) return {Outcome::Found, path};
+    }
+    const auto isWanted = [&](const QByteArray& path) {
+        return look.isThere(QFile::decodeName(path), false);
+    };
+    const QStringList former = formerPlaces(bookmark, places, look);
+    const SiblingSearch siblings{
+        bookmark.folder.inode, isWanted, look.avoidedFolders(), [&] { return clock() >= end; }};
+    for (const QString& path : former) {
+        if (look.isAvoided(path)) continue;
+        if (const auto found = siblings.run(QFile::encodeName(path))) {
             return {Outcome::Found, QFile::decodeName(*found)};
         }
-        if (search.isUnfinished()) return {Outcome::Unfinished, {}};
     }
-    return {attempt.isInconclusiveSoFar() ? Outcome::NoAnswer : Outcome::Missing, {}};
+    FolderSearch search(bookmark.folder.inode, isWanted, clock, end);
+    search.setAvoided(look.avoidedFolders());
+    if (const auto found = search.run(searchOrder(places, former, look))) {
+        return {Outcome::Found, QFile::decodeName(*found)};
+    }
+    return nothing(Outcome::NotFound);
 }
 
 } // namespace platform

@@ -16,10 +16,11 @@ namespace platform {
 struct Resolution {
     enum class Outcome {
         Found,        // at `path`
-        Missing,      // its volume is there, the folder is not, nor where it could have gone
+        NotFound,     // its volume is there, the folder is not where it was or could easily have
+                      // gone: it may be anywhere else (`VolumeSearch`)
+        Gone,         // all folders of its volume were looked at, and it is none of them
         VolumeAbsent, // the volume is not mounted
-        NoAnswer,     // the disk gave an error, or no answer in time: nothing is known
-        Unfinished    // not found in the time that was given; a longer search may find it
+        NoAnswer      // the disk gave an error, or no answer in time: nothing is known
     };
     Outcome outcome = Outcome::NoAnswer;
     QString path;
@@ -28,6 +29,7 @@ struct Resolution {
 /// Where else to look for a folder that is not at its path any more.
 struct SearchPlaces {
     QString lastSeenPath;      // may be newer than the bookmark; may be empty
+    QString movedTo = {};      // where somebody saw it go; may be empty
     QStringList otherRoots;    // folders near which the user keeps such folders
     QStringList commonFolders; // the home folder, the media folders
 };
@@ -46,8 +48,9 @@ public:
     [[nodiscard]] const Volumes& volumes() const { return _volumes; }
 
     /// The same folder at its path; else on its volume wherever that is mounted now; else the same
-    /// inode, near where it was, then in the other places, the most recently changed folders first.
-    /// Hidden folders, such as the trash, are not searched, and links are not followed.
+    /// inode where its path leads with another name for one of the folders on it; else near where
+    /// it was, then in the other places, the most recently changed folders first. That search
+    /// leaves out hidden folders, such as the trash. Links are not followed. Never answers `Gone`.
     [[nodiscard]] Resolution resolve(
         const Bookmark& bookmark, const SearchPlaces& places,
         std::chrono::milliseconds limit = timeLimit, const std::stop_token& stop = {}) const;

@@ -24,9 +24,23 @@ QString firstFolder() {
 
 void FolderSheets::chooseFolder(
     const QString& startPath, std::function<void(const QString& path)> chosen) {
-    auto* dialog = new QFileDialog(
-        &_window, localizedString(u"ChooseFolder"),
-        startPath.isEmpty() ? firstFolder() : startPath);
+    chooseFolder(
+        localizedString(u"ChooseFolder"), startPath.isEmpty() ? firstFolder() : startPath,
+        std::move(chosen));
+}
+
+void FolderSheets::chooseFolderOfRoot(
+    const QString& displayName, const QString& startPath,
+    std::function<void(const QString& path)> chosen) {
+    chooseFolder(
+        localizedFormat(u"ChooseFolderOfRoot", {displayName}),
+        startPath.isEmpty() ? firstFolder() : startPath, std::move(chosen));
+}
+
+void FolderSheets::chooseFolder(
+    const QString& title, const QString& startPath,
+    std::function<void(const QString& path)> chosen) {
+    auto* dialog = new QFileDialog(&_window, title, startPath);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOptions(QFileDialog::ShowDirsOnly | QFileDialog::ReadOnly);
@@ -38,6 +52,25 @@ void FolderSheets::chooseFolder(
             chosen(isChosen ? paths.constFirst() : QString());
         });
     dialog->open();
+}
+
+void FolderSheets::askUseUnlikeFolder(
+    const QString& folderName, const QString& displayName,
+    std::function<void(bool isUsed)> answered) {
+    askInWindow(
+        _window,
+        {.message = localizedFormat(u"AskUseUnlikeFolder", {folderName, displayName}),
+         .details = localizedFormat(u"AskUseUnlikeFolderDetails", {displayName}),
+         .consent = localizedString(u"UseUnlikeFolder")},
+        std::move(answered));
+}
+
+void FolderSheets::alertFolderIsInSidebar(const QString& folderName, const QString& displayName) {
+    showWindowAlert(_window, localizedFormat(u"AlertFolderInSidebar", {folderName, displayName}));
+}
+
+void FolderSheets::alertCantUseFolder(const QString& path) {
+    showWindowAlert(_window, localizedFormat(u"CantUseFolder", {path}));
 }
 
 void FolderSheets::alertFolderAliasIsAlreadyExist(const QString& displayName) {

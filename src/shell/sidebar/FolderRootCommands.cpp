@@ -13,6 +13,7 @@
 #include "platform/work/Mutex.h"
 #include "platform/work/OperationQueue.h"
 #include "shell/sidebar/FolderPrompts.h"
+#include "shell/sidebar/RootRelocation.h"
 #include "shell/sidebar/SourceTreeController.h"
 
 #include <utility>
@@ -28,6 +29,9 @@ FolderRootCommands::FolderRootCommands(Parts parts, QObject* parent)
     connect(
         &_parts.tree, &SourceTreeController::removeRequested, this,
         &FolderRootCommands::doRemoveFolderAlias);
+    connect(&_parts.tree, &SourceTreeController::locateRequested, this, [this](const auto& item) {
+        _parts.relocation.locateFolder(item->aliasObject());
+    });
 }
 
 QString FolderRootCommands::cleaned(const QString& path) const {
@@ -84,6 +88,8 @@ bool FolderRootCommands::makeRoot(const QString& path) {
     if (root) {
         // Removed earlier, but kept for the sake of the root around it.
         if (!manager.updateState(*root, root->state() & ~PBAliasObject::zombieState)) return false;
+    } else if (_parts.relocation.takeIfAway(path)) {
+        return true;
     } else {
         root = insertRoot(path);
     }

@@ -13,6 +13,7 @@ class FolderPrompts;
 class PBAliasManager;
 class PBAliasResolver;
 class PBAppDelegate;
+class RootRelocation;
 class SourceTreeController;
 
 namespace platform {
@@ -35,6 +36,7 @@ public:
         platform::Mutex& insertFolderAliasLock;
         SourceTreeController& tree;
         FolderPrompts& prompts;
+        RootRelocation& relocation;
         std::function<void()> updateImageBrowserTipView;
     };
 
@@ -46,8 +48,9 @@ public:
     void addFolderAlias();
     void
     doAddFolder(const QString& startPath, const std::function<void(bool isChosen)>& completion);
-    /// Makes the folder a root and selects it. One that is a root already is told to the user, one
-    /// that can't be added too.
+    /// Makes the folder a root and selects it. Where it is the folder of a root that is away, that
+    /// root has it again. One that is a root already is told to the user, one that can't be added
+    /// too.
     void doAddFolder(const QString& path);
     /// As `doAddFolder`, but selects a folder that is a root already. False if there is no folder.
     bool addOrSelectFolder(const QString& path);

@@ -24,6 +24,12 @@ SourceSidebar::SourceSidebar(
            .prompts = prompts,
            .window = window},
           nullptr),
+      _relocation(
+          {.aliasManager = services.aliasManager,
+           .aliasResolver = services.aliasResolver,
+           .prompts = prompts,
+           .located = [this](const auto& root) { showLocated(root); }},
+          nullptr),
       _commands(
           {.delegate = services.delegate,
            .aliasManager = services.aliasManager,
@@ -33,6 +39,7 @@ SourceSidebar::SourceSidebar(
            .insertFolderAliasLock = services.insertFolderAliasLock,
            .tree = _tree,
            .prompts = prompts,
+           .relocation = _relocation,
            .updateImageBrowserTipView = std::move(updateImageBrowserTipView)},
           nullptr) {
     _dataSource.reloadCategoryItem();
@@ -42,6 +49,12 @@ SourceSidebar::SourceSidebar(
     QObject::connect(
         dropTarget, &FolderDropTarget::dropped, &_commands,
         [this](const QStringList& folders) { addFolders(folders); });
+}
+
+void SourceSidebar::showLocated(const std::shared_ptr<PBAliasObject>& aliasObject) {
+    _selection.volumesDidMount({aliasObject});
+    const auto item = _dataSource.folderAliasItemWithAliasObject(*aliasObject);
+    if (item) _tree.select(*item);
 }
 
 bool SourceSidebar::isFolder(const QString& path) const {

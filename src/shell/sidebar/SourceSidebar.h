@@ -3,6 +3,7 @@
 #include "library/PBSourceTreeDataSource.h"
 #include "shell/sidebar/FolderRootCommands.h"
 #include "shell/sidebar/PBSourceOutlineView.h"
+#include "shell/sidebar/RootRelocation.h"
 #include "shell/sidebar/SourceSelection.h"
 #include "shell/sidebar/SourceTreeController.h"
 
@@ -31,10 +32,13 @@ public:
     void addFolders(const QStringList& folders);
 
 private:
+    void showLocated(const std::shared_ptr<PBAliasObject>& aliasObject);
+
     PBAliasResolver& _aliasResolver;
     PBSourceTreeDataSource _dataSource;
     PBSourceOutlineView* _view;
     SourceTreeController _tree;
     SourceSelection _selection;
+    RootRelocation _relocation;
     FolderRootCommands _commands;
 };

@@ -106,6 +106,11 @@ void SourceTreeController::showMenu(const QModelIndex& index, const QPoint& posi
         localizedString(u"RevealInFinder"), this, [this, item] { Q_EMIT revealRequested(item); });
     reveal->setEnabled(!item->folderPath().isEmpty());
     if (const auto root = std::dynamic_pointer_cast<PBFolderAliasItem>(item)) {
+        if (!root->aliasObject()->isMounted()) {
+            menu->addAction(localizedString(u"LocateFolder"), this, [this, root] {
+                Q_EMIT locateRequested(root);
+            });
+        }
         menu->addAction(localizedString(u"RemoveFromSidebar"), this, [this, root] {
             Q_EMIT removeRequested(root);
         });

@@ -46,6 +46,7 @@ Q_SIGNALS:
     /// The selected row was clicked again although its root can't be reached.
     void unmountedRootClicked();
     void revealRequested(const std::shared_ptr<PBFolderItem>& item);
+    void locateRequested(const std::shared_ptr<PBFolderAliasItem>& item);
     void removeRequested(const std::shared_ptr<PBFolderAliasItem>& item);
 
 private:
