@@ -1,4 +1,6 @@
 #include "app/ScanProgram.h"
+#include "catalogue/PBRemoveAliasOperation.h"
+#include "support/ImageDisk.h"
 
 #include <QRegularExpression>
 
@@ -8,8 +10,10 @@ namespace {
 /// its tag, too, where it has marks; its bytes tell it.
 class Photographs {
 public:
-    Photographs(QString roots, QString elsewhere, QByteArray picture)
-        : _roots(std::move(roots)), _elsewhere(std::move(elsewhere)), _picture(std::move(picture)) {
+    /// The roots lie in a folder in the folder `above`.
+    Photographs(const QString& above, QString elsewhere, QByteArray picture)
+        : _above(above), _roots(above + u"/roots"_s), _elsewhere(std::move(elsewhere)),
+          _picture(std::move(picture)) {
         QDir().mkpath(_elsewhere);
     }
 
@@ -21,6 +25,12 @@ public:
     static bool isMarked(int number) { return number % 3 != 0; }
     const std::map<QString, int>& byPath() const { return _byPath; }
     QString absolute(const QString& path) const { return _roots + u'/' + path; }
+    /// The folder around the roots' folder gets another name.
+    void renameAbove() {
+        const QString now = u"%1%2"_s.arg(_above).arg(++_names);
+        ASSERT_EQ(std::rename(qPrintable(_roots.section(u'/', 0, -2)), qPrintable(now)), 0);
+        _roots = now + u"/roots"_s;
+    }
 
     /// A program looks at one of the roots meanwhile: what takes a photograph's path is known to be
     /// another one only where it sees both.
@@ -162,7 +172,8 @@ private:
         _byPath = std::move(moved);
     }
 
-    const QString _roots;
+    const QString _above;
+    QString _roots;
     const QString _elsewhere;
     const QByteArray _picture;
     std::mt19937 _random{29};
@@ -187,13 +198,38 @@ TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers)
     const int count = isFull ? 500 : 60;
     const int rounds = isFull ? 40 : 5;
     const int operations = isFull ? 50 : 16;
-    const QString roots = temporary.filePath(u"roots"_s);
-    Photographs photographs(roots, temporary.filePath(u"elsewhere"_s), picture);
+    Photographs photographs(
+        temporary.filePath(u"above"_s), temporary.filePath(u"elsewhere"_s), picture);
     photographs.make(count);
-    const auto visitBoth = [&] {
+    // A third root, on a disk that comes and goes.
+    const QString place = temporary.filePath(u"disk"_s);
+    support::ImageDisk disk(place, temporary.filePath(u"image"_s));
+    if (disk.isMounted()) {
+        for (int number = 1; number <= 6; ++number)
+            support::writeFile(
+                u"%1/R/%2.jpg"_s.arg(place).arg(number), picture + QByteArray(number, 'd'));
+    }
+    const auto visitAll = [&] {
+        if (disk.isMounted()) visit({u"--add"_s, place + u"/R"_s});
         // What came from the other root is known when that was looked at.
         for (const char* root : {"A", "B", "A"})
-            visit({u"--add"_s, roots + u'/' + QLatin1StringView(root)});
+            visit({u"--add"_s, photographs.absolute(QString::fromLatin1(root))});
+    };
+    const auto onDisk = [&] {
+        return rows(
+            u"select FileName||' '||FileStars from ImageFile join Folder on Folder.Id = "
+            "FolderId join FolderAlias on FolderAlias.Id = AliasId where ReservePath = '%1'"_s.arg(
+                place + u"/R"_s));
+    };
+    /// What the sidebar's command does, in the program's absence.
+    const auto removeRoot = [&](const QString& root) {
+        FMDatabase db(profile + u"/files.db"_s);
+        ASSERT_TRUE(db.open());
+        const QStringList ids = support::rowsOf(
+            db, u"select Id from FolderAlias where ReservePath = '%1'"_s.arg(
+                    photographs.absolute(root)));
+        ASSERT_EQ(ids.size(), 1);
+        ASSERT_TRUE(PBRemoveAliasOperation::remove({{ids.constFirst().toLongLong()}}, db));
     };
     const auto expected = [&](const QString& root = {}) {
         QStringList all;
@@ -209,31 +245,43 @@ TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers)
             u"select substr(ReservePath,%1)||'/'||ifnull(RelativePath||'/','')||FileName||' '||"
             "ifnull((select Tag from Tags where Tags.Id = ImageFile.Tag),'-') from ImageFile "
             "join Folder on Folder.Id = FolderId join FolderAlias on FolderAlias.Id = AliasId"_s
-                .arg(roots.size() + 2));
-        all = all.filter(QRegularExpression(u'^' + root));
+                .arg(photographs.absolute({}).size() + 1));
+        all = all.filter(QRegularExpression(u"^[AB]/"_s)).filter(QRegularExpression(u'^' + root));
         all.sort();
         return all.join(u'\n');
     };
 
-    visitBoth();
+    visitAll();
     QByteArray lines;
     for (const auto& [path, number] : photographs.byPath()) {
         if (Photographs::isMarked(number))
             lines += "{\"path\":\"" + photographs.absolute(path).toUtf8() + "\",\"tags\":[\"p" +
                      QByteArray::number(number) + "\"]}\n";
     }
+    for (int number = 1; number <= 6; ++number)
+        lines += u"{\"path\":\"%1/R/%2.jpg\",\"stars\":%3}\n"_s.arg(place)
+                     .arg(number)
+                     .arg(1 + number % 5)
+                     .toUtf8();
     const QString file = temporary.filePath(u"marks.jsonl"_s);
     support::writeFile(file, lines);
     ASSERT_EQ(run({u"--profile"_s, profile, u"--import-marks"_s, file}).code, 0);
     visit(); // reads the files
     ASSERT_EQ(inCatalogue(), expected());
+    const QStringList stars = onDisk();
+    EXPECT_EQ(stars.size(), disk.isMounted() ? 6 : 0);
 
     for (int round = 0; round < rounds; ++round) {
         const bool isRunning = round % 2 == 1;
+        const bool removesRoot = round % 5 == 2; // what knows nothing of a root does not follow it
+        if (removesRoot) removeRoot(u"B"_s);
         if (isRunning) start({});
         photographs.setWatched(isRunning);
-        for (int done = 0; done < operations; ++done)
+        if (round % 4 >= 2) disk.leave();
+        for (int done = 0; done < operations; ++done) {
             photographs.operation();
+            if (round % 3 != 1 && !removesRoot && done == operations / 2) photographs.renameAbove();
+        }
         if (isRunning) {
             // Killed wherever it is, or when it has seen what it shows.
             if (round % 4 == 1) {
@@ -246,11 +294,13 @@ TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers)
             program.kill();
             program.waitForFinished();
         }
-        visitBoth();
+        visitAll();
         ASSERT_EQ(inCatalogue(), expected()) << "round " << round;
+        EXPECT_EQ(onDisk(), stars) << "round " << round << ", disk";
         photographs.becomeQuiet();
         photographs.restore();
-        visitBoth();
+        disk.comeBack();
+        visitAll();
         ASSERT_EQ(inCatalogue(), expected()) << "round " << round << ", put back";
         photographs.becomeQuiet();
     }
