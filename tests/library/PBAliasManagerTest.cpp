@@ -211,6 +211,20 @@ TEST_F(PBAliasManagerTest, aRootThatTheCatalogueDoesNotLetGoOfStaysWithAllThatIs
     EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"0"_s});
 }
 
+TEST_F(PBAliasManagerTest, noRootGoesWhereTheyCouldNotAllBeRead) {
+    const auto gone = addRoot(u"/gone"_s);
+    addZombie(u"/zombie"_s);
+    answer(*gone, Outcome::Missing);
+    ASSERT_TRUE(
+        db.executeUpdate(u"alter table FolderAlias rename to Readable"_s) &&
+        db.executeUpdate(u"create view FolderAlias as select * from Readable union all select "
+                         "abs(-9223372036854775808),null,null,null,null"_s));
+    manager.loadAlias();
+    EXPECT_EQ(manager.aliasArray().size(), 2U) << "another may lie in them";
+    EXPECT_TRUE(finishRemovals().empty());
+    EXPECT_EQ(rows("select count(*) from Readable"), QStringList{u"2"_s});
+}
+
 TEST_F(PBAliasManagerTest, aRootRemovedByHandIsBackAsItWasWhereTheCatalogueKeepsIt) {
     const char* states = "select State from FolderAlias order by Id";
     const auto outer = addRoot(a);
@@ -234,7 +248,13 @@ TEST_F(PBAliasManagerTest, aRootRemovedByHandIsBackAsItWasWhereTheCatalogueKeeps
         EXPECT_EQ(rows(states), support::words(isAddedAgain ? "1 1 0 0" : "0 1 0"));
     }
     ASSERT_TRUE(db.executeUpdate(u"drop trigger T"_s));
-    EXPECT_TRUE(manager.removeAliasObject(last) && finishRemovals().empty());
+    makeAbsent(*last);
+    EXPECT_TRUE(manager.removeAliasObject(last) && last->isZombie());
+    EXPECT_EQ(manager.findAliasObjectById(last->aliasId()), last) << "its disk may come back";
+    EXPECT_EQ(rows(states), support::words("1 1 1 0"));
+    answer(*last, Outcome::Found, u"/Z"_s);
+    EXPECT_TRUE(manager.resolveAllAliasWithMount({}));
+    EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), support::words("/A/B /A")) << "and what was kept of the other two";
 }
 

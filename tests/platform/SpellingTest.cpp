@@ -18,6 +18,7 @@ struct DiskWithoutCase {
         return {
             [this](const QString& path) -> std::optional<NamesOnDisk::Identity> {
                 ++questions;
+                elsewhere += path == u"/M";
                 if (!path.startsWith(u"/m/") && path != u"/m")
                     return path == u"/" ? std::optional(NamesOnDisk::Identity(1, 1)) : std::nullopt;
                 const QString known = path.toLower();
@@ -41,6 +42,7 @@ struct DiskWithoutCase {
 
     QStringList paths;
     bool isUnreadable = false;
+    int elsewhere = 0; ///< questions that might mount another disk
     int questions = 0;
     int listings = 0;
 };
@@ -59,6 +61,7 @@ TEST(SpellingTest, pathsAreSpelledAsTheirDiskListsThem) {
         {u"/nowhere/trip", u"/nowhere/trip"}};
     for (const auto& [path, spelled] : rows)
         EXPECT_EQ(spelledAsOnDisk(QString::fromUtf16(path), disk), QString::fromUtf16(spelled));
+    EXPECT_EQ(world.elsewhere, 0);
     world.isUnreadable = true;
     EXPECT_EQ(spelledAsOnDisk(u"/m/trip"_s, disk), u"/m/trip"_s) << "unknown is as it was";
 }
@@ -90,7 +93,7 @@ TEST(SpellingTest, aDiskThatTakesNoteOfCaseIsAskedOnceForEachFolderAndKeepsHardL
             QFile::encodeName(path(u"trip/b.jpg"_s)).constData(),
             QFile::encodeName(path(u"trip/B.jpg"_s)).constData()),
         0);
-    for (const QString& name : {u"Trip/a.jpg"_s, u"trip/a.jpg"_s, u"trip/B.jpg"_s, u"TRIP"_s})
+    for (const QString& name : {u"Trip/a.jpg"_s, u"trip/b.jpg"_s, u"trip/B.jpg"_s, u"TRIP"_s})
         EXPECT_EQ(spelledAsOnDisk(path(name)), path(name));
     int questions = 0;
     const NamesOnDisk counted{

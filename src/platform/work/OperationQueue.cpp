@@ -35,7 +35,7 @@ OperationQueue::OperationQueue(QString name, int maxConcurrentOperationCount)
       _maxConcurrent(static_cast<std::size_t>(std::max(1, maxConcurrentOperationCount))) {}
 
 OperationQueue::~OperationQueue() {
-    cancel(true);
+    cancelAllOperations();
     std::vector<std::jthread> workers; // joined when the lock is gone
     const Lock lock(_mutex);
     _ending = true;
@@ -62,28 +62,21 @@ void OperationQueue::addOperation(std::function<void()> work) {
 }
 
 void OperationQueue::cancelAllOperations() {
-    cancel(false);
-}
-
-void OperationQueue::cancel(bool alsoWhatMustRun) {
     Waiting dropped; // destroyed after the lock is gone
     bool becameIdle = false;
     {
         const Lock lock(_mutex);
-        const auto stays = [&](const std::shared_ptr<Operation>& operation) {
-            return operation->mustRun() && !alsoWhatMustRun;
-        };
         for (Waiting& line : _waiting) {
             for (const auto& operation : line) {
-                if (stays(operation)) continue;
+                if (operation->mustRun()) continue;
                 operation->cancel();
                 operation->_state = Operation::State::Finished;
                 dropped.push_back(operation);
             }
-            std::erase_if(line, [&](const auto& operation) { return !stays(operation); });
+            std::erase_if(line, [](const auto& operation) { return !operation->mustRun(); });
         }
         for (const auto& operation : _running) {
-            if (!stays(operation)) operation->cancel();
+            if (!operation->mustRun()) operation->cancel();
         }
         becameIdle = !dropped.empty() && isDrained(0);
         if (isDrained(0)) _idle.notifyAll();

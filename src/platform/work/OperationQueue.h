@@ -26,7 +26,7 @@ public:
     explicit OperationQueue(QString name, int maxConcurrentOperationCount = 1);
     OperationQueue(const OperationQueue&) = delete;
     OperationQueue& operator=(const OperationQueue&) = delete;
-    /// Cancels what is left, suspended or not, and waits for what runs.
+    /// Drops what is left, suspended or not, also what must run, and waits for what runs.
     ~OperationQueue();
 
     /// An operation may be added once, to one queue.
@@ -63,7 +63,6 @@ private:
     using Waiting = std::deque<std::shared_ptr<Operation>>;
 
     static void prioritiesChanged();
-    void cancel(bool alsoWhatMustRun);
     void startWorkerIfNeeded() VELMORA_REQUIRES(_mutex);
     void work();
     void refreshOrder() const VELMORA_REQUIRES(_mutex);
