@@ -93,10 +93,12 @@ private:
     [[nodiscard]] Work workFor(
         const PBAliasObject& aliasObject, const QString& movedTo,
         const OtherRoots& otherRoots) const;
-    /// The answer if it is there within the limit; else it is told late. `again`: see `RootSearch`.
     [[nodiscard]] std::optional<PBAliasResolution>
-    ask(const PBAliasObject& aliasObject, const Work& work, std::chrono::milliseconds limit,
-        bool again);
+    ask(const PBAliasObject& aliasObject, const QString& lane, const Work& work,
+        std::chrono::milliseconds limit, const LateAnswer& late);
+    /// `again`: see `RootSearch`.
+    [[nodiscard]] LateAnswer
+    lateAnswer(const PBAliasObject& aliasObject, const Work& work, bool again);
     /// Begins or ends the search of the whole disk, as follows from an answer.
     void conclude(
         qint64 aliasId, const QByteArray& data, const Work& work,

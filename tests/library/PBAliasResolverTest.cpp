@@ -57,6 +57,67 @@ TEST_F(PBAliasResolverTest, aSearchThatTookTooLongIsNoReasonToGiveUpAFolder) {
     EXPECT_TRUE(support::spinUntil([&] { return found == place + u'2'; }));
 }
 
+TEST_F(PBAliasResolverTest, whatIsNotFoundNearItsPlaceIsLookedForEverywhereOnce) {
+    const QString place = folder.filePath(u"a/b/R"_s);
+    QDir().mkpath(place);
+    QDir().mkpath(folder.filePath(u".c/d"_s));
+    const auto root = rootAt(place);
+    QStringList told;
+    resolver.setLateAnswerHandler([&](qint64, const PBAliasResolution& late) {
+        told.append(late.path);
+    });
+    const QString away = folder.filePath(u".c/d/R"_s);
+    QFile::rename(place, away);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(outcome(*root), Outcome::NotFound);
+    // The answer of this comes later, and knows less.
+    resolver.resolveLater(*root, {});
+    EXPECT_TRUE(support::spinUntil([&] { return told.contains(away); }));
+    EXPECT_TRUE(support::spinUntil([&] { return !calls.hasWork(); }));
+    EXPECT_EQ(outcome(*root, true), Outcome::NotFound) << "by a question of its own";
+    EXPECT_TRUE(support::spinUntil([&] { return told.count(away) == 2; })) << "the user asks again";
+    EXPECT_EQ(told.last(), away);
+    // It is back, and goes again: that is another search.
+    QFile::rename(away, place);
+    EXPECT_EQ(outcome(*root), Outcome::Found);
+    QFile::rename(place, away);
+    told.clear();
+    EXPECT_EQ(outcome(*root), Outcome::NotFound);
+    EXPECT_TRUE(support::spinUntil([&] { return told == QStringList{away}; }));
+}
+
+TEST_F(PBAliasResolverTest, aFolderAtTheRootsPlaceIsKnownAgainByItsPhotographs) {
+    const QString place = folder.filePath(u"a/R"_s);
+    support::writeFile(place + u"/1.jpg"_s, "abc");
+    const auto root = rootAt(place);
+    std::optional<std::vector<CataloguedName>> names;
+    resolver.setNamesSource([&](qint64 aliasId) {
+        EXPECT_EQ(aliasId, 1);
+        return names;
+    });
+    QDir(folder.filePath(u"a"_s)).removeRecursively();
+    support::writeFile(place + u"/1.jpg"_s, "abc");
+    EXPECT_EQ(outcome(*root), Outcome::NotFound) << "the catalogue can't be read";
+    names.emplace();
+    EXPECT_EQ(outcome(*root), Outcome::NotFound) << "a root without photographs";
+    names->push_back({u"1.jpg"_s, 3});
+    EXPECT_EQ(
+        resolver.resolve(*root, {}, {.mounted = {place}, .away = {}}, nullptr).outcome,
+        Outcome::NotFound)
+        << "another root has that place";
+    const PBAliasResolution found =
+        resolver.resolve(*root, {}, {.mounted = {}, .away = {place}}, nullptr);
+    EXPECT_EQ(found.path, place);
+    ASSERT_TRUE(found.renewed);
+    EXPECT_EQ(rootAt(place)->aliasData(), found.renewed->data);
+    const auto isLike = [&](const QString& path) {
+        const auto likeness = resolver.likeness(*root, path);
+        return likeness ? QString::number(likeness->isRoot) : u"none"_s;
+    };
+    EXPECT_EQ(isLike(place) + isLike(folder.path()), u"10"_s);
+    EXPECT_EQ(isLike(folder.filePath(u"none"_s)), u"none"_s);
+}
+
 TEST_F(PBAliasResolverTest, damagedBookmarkFallsBackToTheReservePath) {
     const auto there = rootOf("junk", folder.path());
     EXPECT_EQ(resolver.resolve(*there, {}, {}, nullptr).path, folder.path());
