@@ -228,12 +228,27 @@ TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers)
     visit(); // reads the files
     ASSERT_EQ(inCatalogue(), expected());
 
+    // The folder around both roots has another name, seen or not, and then its own again.
+    const QString elsewhere = temporary.filePath(u"moved"_s);
+    const QString hidden = temporary.filePath(u".away"_s);
+    const auto rename = [](const QString& from, const QString& to) {
+        ASSERT_EQ(std::rename(qPrintable(from), qPrintable(to)), 0);
+    };
     for (int round = 0; round < rounds; ++round) {
         const bool isRunning = round % 2 == 1;
         if (isRunning) start({});
         photographs.setWatched(isRunning);
-        for (int done = 0; done < operations; ++done)
+        for (int done = 0; done < operations; ++done) {
             photographs.operation();
+            if (!isRunning || done % 5 != 3) continue;
+            rename(roots, done % 2 == 0 ? elsewhere : hidden);
+            rename(done % 2 == 0 ? elsewhere : hidden, roots);
+        }
+        if (!isRunning) {
+            rename(roots, elsewhere);
+            visit();
+            rename(elsewhere, roots);
+        }
         if (isRunning) {
             // Killed wherever it is, or when it has seen what it shows.
             if (round % 4 == 1) {
