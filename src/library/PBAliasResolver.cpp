@@ -131,7 +131,9 @@ PBAliasResolution PBAliasResolver::resolve(
     platform::assertMainThread();
     const Work work = workFor(aliasObject, look.movedTo, otherRoots);
     const LateAnswer late = lateAnswer(aliasObject, work, look.mount);
-    const auto answer = ask(aliasObject, lane(aliasObject), work, resolveLimit, late);
+    const auto answer = ask(
+        aliasObject, lane(aliasObject), [work] { return work(BookmarkResolver::timeLimit, false); },
+        resolveLimit, late);
     if (!answer) return {};
     conclude(aliasObject.aliasId(), aliasObject.aliasData(), work, answer->outcome, look.mount);
     if (look.mount && answer->outcome == Outcome::VolumeAbsent) mountVolume(aliasObject, error);
@@ -142,10 +144,12 @@ void PBAliasResolver::resolveLater(const PBAliasObject& aliasObject, const Other
     platform::assertMainThread();
     const Work work = workFor(aliasObject, {}, otherRoots);
     const LateAnswer late = lateAnswer(aliasObject, work, false);
-    // In a lane of its own: those that are waited for would count as late.
-    const auto answer =
-        ask(aliasObject, QStringLiteral("later ") + lane(aliasObject), work,
-            std::chrono::milliseconds(0), late);
+    // In a lane of its own: those that are waited for would count as late. What is awaited comes to
+    // its place, around which nothing is searched each time that something happens there.
+    constexpr std::chrono::milliseconds none{0};
+    const auto answer = ask(
+        aliasObject, QStringLiteral("later ") + lane(aliasObject),
+        [work] { return work(none, false); }, none, late);
     // Nobody expects it within the call.
     if (!answer) return;
     platform::MainLoop::instance()->post(
@@ -154,11 +158,10 @@ void PBAliasResolver::resolveLater(const PBAliasObject& aliasObject, const Other
 }
 
 std::optional<PBAliasResolution> PBAliasResolver::ask(
-    const PBAliasObject& aliasObject, const QString& lane, const Work& work,
+    const PBAliasObject& aliasObject, const QString& lane, std::function<PBAliasResolution()> look,
     std::chrono::milliseconds limit, const LateAnswer& late) {
     return _calls.call<PBAliasResolution>(
-        lane, QStringLiteral("resolve %1").arg(aliasObject.aliasId()), limit,
-        [work] { return work(BookmarkResolver::timeLimit, false); },
+        lane, QStringLiteral("resolve %1").arg(aliasObject.aliasId()), limit, std::move(look),
         [late, aliasId = aliasObject.aliasId()](const PBAliasResolution& resolution) {
             late(aliasId, resolution);
         });

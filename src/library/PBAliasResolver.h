@@ -62,7 +62,7 @@ public:
     [[nodiscard]] PBAliasResolution resolve(
         const PBAliasObject& aliasObject, const PBAliasLook& look, const OtherRoots& otherRoots,
         QString* error);
-    /// The same without waiting at all: the answer comes late.
+    /// The same without waiting at all, and at the places only where it was: the answer comes late.
     void resolveLater(const PBAliasObject& aliasObject, const OtherRoots& otherRoots);
     /// It is known where the root is: answers that are still to come are void.
     void forgetQuestions(qint64 aliasId);
@@ -94,8 +94,9 @@ private:
         const PBAliasObject& aliasObject, const QString& movedTo,
         const OtherRoots& otherRoots) const;
     [[nodiscard]] std::optional<PBAliasResolution>
-    ask(const PBAliasObject& aliasObject, const QString& lane, const Work& work,
-        std::chrono::milliseconds limit, const LateAnswer& late);
+    ask(const PBAliasObject& aliasObject, const QString& lane,
+        std::function<PBAliasResolution()> look, std::chrono::milliseconds limit,
+        const LateAnswer& late);
     /// `again`: see `RootSearch`.
     [[nodiscard]] LateAnswer
     lateAnswer(const PBAliasObject& aliasObject, const Work& work, bool again);
