@@ -150,7 +150,13 @@ void ApplicationController::watchFolders() {
                 return folder ? folder->folderPath() : QString();
             },
         .browsing = [this] { return scanBrowsing(); },
-        .rootsChanged = [this] { updateWatchPathsInBackground(); },
+        .rootsChanged =
+            [this] {
+                // What happened in a root before it was watched at its new place went unseen.
+                _folderRoots->updateWatchPathsInBackground([this] {
+                    if (_watchControl) _watchControl->lookAgain();
+                });
+            },
         .lookForRoots = [this](const QStringList& paths) { _folderRoots->lookForRootsAt(paths); },
     });
     const auto volumesChanged = [this] {

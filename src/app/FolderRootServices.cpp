@@ -158,9 +158,16 @@ void FolderRootServices::removalDidEnd(
     Q_EMIT rootsCameBack(askedFor);
 }
 
-void FolderRootServices::updateWatchPathsInBackground() {
+void FolderRootServices::updateWatchPathsInBackground(std::function<void()> then) {
     platform::assertMainThread();
-    _watchQueue.addOperation([this] { updateWatchPaths(); });
+    _watchQueue.addOperation([this, alive = std::weak_ptr(_alive), then = std::move(then)] {
+        updateWatchPaths();
+        MainLoop* loop = then ? MainLoop::instance() : nullptr;
+        if (!loop) return;
+        loop->post(MainLoop::Mode::Common, [alive, then] {
+            if (!alive.expired()) then();
+        });
+    });
 }
 
 void FolderRootServices::updateWatchPaths() {

@@ -45,8 +45,9 @@ public:
     /// above it.
     void lookForRootsAt(const QStringList& paths);
 
-    /// Compares in the background what should be watched with what is.
-    void updateWatchPathsInBackground();
+    /// Compares in the background what should be watched with what is. `then` is called on the main
+    /// thread when all of that is watched.
+    void updateWatchPathsInBackground(std::function<void()> then = {});
     /// The stream over all mounted roots; its delegate is set by whoever takes the events.
     [[nodiscard]] SCEvents& scEvents() { return _scEvents; }
     /// Ends the watching; nothing starts it again. Waits for the background.

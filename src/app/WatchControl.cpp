@@ -49,6 +49,15 @@ void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> e
     _environment.lookForRoots(places);
 }
 
+void WatchControl::lookAgain() {
+    const QString selected = _environment.selectedPath();
+    if (selected.isEmpty()) return;
+    WatchedChanges changes;
+    changes.rescans.push_back({.path = selected, .recursive = true});
+    changes.checkExist = true;
+    attach(changes);
+}
+
 void WatchControl::volumesChanged() {
     WatchedChanges changes;
     changes.checkExist = true;

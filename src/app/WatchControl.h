@@ -33,6 +33,8 @@ public:
     void pathWatcher(SCEvents& watcher, std::span<const SCEvent> eventArrayOccurred) override;
     /// Disks came or went: photographs on display may have become available, or not.
     void volumesChanged();
+    /// Has the selected folder scanned whole, beside what it shows.
+    void lookAgain();
 
 private:
     void attach(const WatchedChanges& changes);

@@ -131,48 +131,55 @@ PBAliasResolution PBAliasResolver::resolve(
     const PBAliasObject& aliasObject, const PBAliasLook& look, const OtherRoots& otherRoots,
     QString* error) {
     platform::assertMainThread();
-    const PBAliasResolution resolution =
-        ask(aliasObject, workFor(aliasObject, look.movedTo, otherRoots), resolveLimit, look.mount)
-            .value_or(PBAliasResolution());
-    if (look.mount && resolution.outcome == Outcome::VolumeAbsent) mountVolume(aliasObject, error);
-    return resolution;
+    const Work work = workFor(aliasObject, look.movedTo, otherRoots);
+    const LateAnswer late = lateAnswer(aliasObject, work, look.mount);
+    const auto answer = ask(
+        aliasObject, lane(aliasObject), [work] { return work(BookmarkResolver::timeLimit, false); },
+        resolveLimit, late);
+    if (!answer) return {};
+    conclude(aliasObject.aliasId(), aliasObject.aliasData(), work, answer->outcome, look.mount);
+    if (look.mount && answer->outcome == Outcome::VolumeAbsent) mountVolume(aliasObject, error);
+    return *answer;
 }
 
 void PBAliasResolver::resolveLater(const PBAliasObject& aliasObject, const OtherRoots& otherRoots) {
     platform::assertMainThread();
-    const auto resolution =
-        ask(aliasObject, workFor(aliasObject, {}, otherRoots), std::chrono::milliseconds(0), false);
-    if (!resolution) return;
-    // Nobody expects the answer within the call.
+    const Work work = workFor(aliasObject, {}, otherRoots);
+    const LateAnswer late = lateAnswer(aliasObject, work, false);
+    // In a lane of its own: those that are waited for would count as late. What is awaited comes to
+    // its place, around which nothing is searched each time that something happens there.
+    constexpr std::chrono::milliseconds none{0};
+    const auto answer = ask(
+        aliasObject, QStringLiteral("later ") + lane(aliasObject),
+        [work] { return work(none, false); }, none, late);
+    // Nobody expects it within the call.
+    if (!answer) return;
     platform::MainLoop::instance()->post(
         platform::MainLoop::Mode::Common,
-        [self = std::weak_ptr(_self), aliasId = aliasObject.aliasId(), resolution,
-         number = _questions[aliasObject.aliasId()]] {
-            const auto alive = self.lock();
-            if (alive && (*alive)->_questions[aliasId] == number)
-                (*alive)->tell(aliasId, *resolution);
-        });
+        [late, aliasId = aliasObject.aliasId(), answer] { late(aliasId, *answer); });
 }
 
 std::optional<PBAliasResolution> PBAliasResolver::ask(
-    const PBAliasObject& aliasObject, const Work& work, std::chrono::milliseconds limit,
-    bool again) {
-    const std::weak_ptr<PBAliasResolver*> self = _self;
-    const qint64 aliasId = aliasObject.aliasId();
-    const QByteArray data = aliasObject.aliasData();
-    const int number = ++_questions[aliasId];
-    const auto late = [self, aliasId, data, work, again,
-                       number](const PBAliasResolution& resolution) {
+    const PBAliasObject& aliasObject, const QString& lane, std::function<PBAliasResolution()> look,
+    std::chrono::milliseconds limit, const LateAnswer& late) {
+    return _calls.call<PBAliasResolution>(
+        lane, QStringLiteral("resolve %1").arg(aliasObject.aliasId()), limit, std::move(look),
+        [late, aliasId = aliasObject.aliasId()](const PBAliasResolution& resolution) {
+            late(aliasId, resolution);
+        });
+}
+
+/// Of the next question about the root, unless there is a later one by then.
+PBAliasResolver::LateAnswer
+PBAliasResolver::lateAnswer(const PBAliasObject& aliasObject, const Work& work, bool again) {
+    return [self = std::weak_ptr(_self), data = aliasObject.aliasData(), work, again,
+            number = ++_questions[aliasObject.aliasId()]](
+               qint64 aliasId, const PBAliasResolution& resolution) {
         const auto alive = self.lock();
         if (!alive || (*alive)->_questions[aliasId] != number) return;
         (*alive)->conclude(aliasId, data, work, resolution.outcome, again);
         (*alive)->tell(aliasId, resolution);
     };
-    auto resolution = _calls.call<PBAliasResolution>(
-        lane(aliasObject), QStringLiteral("resolve %1").arg(aliasId), limit,
-        [work] { return work(BookmarkResolver::timeLimit, false); }, late);
-    if (resolution) conclude(aliasId, data, work, resolution->outcome, again);
-    return resolution;
 }
 
 void PBAliasResolver::conclude(

@@ -62,7 +62,7 @@ public:
     [[nodiscard]] PBAliasResolution resolve(
         const PBAliasObject& aliasObject, const PBAliasLook& look, const OtherRoots& otherRoots,
         QString* error);
-    /// The same without waiting at all: the answer comes late.
+    /// The same without waiting at all, and at the places only where it was: the answer comes late.
     void resolveLater(const PBAliasObject& aliasObject, const OtherRoots& otherRoots);
     /// It is known where the root is: answers that are still to come are void.
     void forgetQuestions(qint64 aliasId);
@@ -96,10 +96,13 @@ private:
     [[nodiscard]] Work workFor(
         const PBAliasObject& aliasObject, const QString& movedTo,
         const OtherRoots& otherRoots) const;
-    /// The answer if it is there within the limit; else it is told late. `again`: see `RootSearch`.
     [[nodiscard]] std::optional<PBAliasResolution>
-    ask(const PBAliasObject& aliasObject, const Work& work, std::chrono::milliseconds limit,
-        bool again);
+    ask(const PBAliasObject& aliasObject, const QString& lane,
+        std::function<PBAliasResolution()> look, std::chrono::milliseconds limit,
+        const LateAnswer& late);
+    /// `again`: see `RootSearch`.
+    [[nodiscard]] LateAnswer
+    lateAnswer(const PBAliasObject& aliasObject, const Work& work, bool again);
     /// Begins or ends the search of the whole disk, as follows from an answer.
     void conclude(
         qint64 aliasId, const QByteArray& data, const Work& work,

@@ -173,7 +173,9 @@ QString PBFolderAliasItem::lane() const {
 }
 
 QString PBFolderAliasItem::description() const {
-    return _aliasObject->isMounted() ? folderPath() : platform::localizedString(u"TryMounted");
+    if (_aliasObject->isMounted()) return folderPath();
+    const bool isLocal = _aliasObject->type() == PBAliasObject::Local;
+    return platform::localizedString(isLocal ? u"TryFound" : u"TryMounted");
 }
 
 QStringList PBFolderAliasItem::displayIcons() const {

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include <pthread.h>
+
 using platform::MainLoop;
 using Outcome = PBAliasResolution::Outcome;
 
@@ -77,11 +79,6 @@ void RootSearch::forget(qint64 aliasId) {
     _states.erase(aliasId);
 }
 
-bool RootSearch::isSearching(qint64 aliasId) const {
-    const auto known = _states.find(aliasId);
-    return known != _states.end() && known->second.isSearching;
-}
-
 void RootSearch::take(qint64 aliasId, std::uint64_t ticket, const PBAliasResolution& resolution) {
     const auto known = _states.find(aliasId);
     if (known == _states.end() || known->second.ticket != ticket) return;
@@ -90,6 +87,7 @@ void RootSearch::take(qint64 aliasId, std::uint64_t ticket, const PBAliasResolut
 }
 
 void RootSearch::work(const std::shared_ptr<Shared>& shared, const QString& disk) {
+    pthread_setname_np(pthread_self(), "search");
     platform::giveWayToOthers();
     while (!shared->stop.stop_requested()) {
         std::vector<Wanted> wanted;

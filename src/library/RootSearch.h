@@ -35,8 +35,6 @@ public:
     find(qint64 aliasId, const platform::Bookmark& bookmark, LastLook lastLook, bool again = false);
     /// The root was found otherwise: answers that are still to come are void.
     void forget(qint64 aliasId);
-    /// Whether the root is being looked for.
-    [[nodiscard]] bool isSearching(qint64 aliasId) const;
 
 private:
     struct Wanted;

@@ -10,9 +10,9 @@ namespace {
 /// its tag, too, where it has marks; its bytes tell it.
 class Photographs {
 public:
-    /// The roots lie in a folder in the folder `above`.
+    /// The roots lie in a folder of a folder in `above`, which ends with a slash.
     Photographs(const QString& above, QString elsewhere, QByteArray picture)
-        : _above(above), _roots(above + u"/roots"_s), _elsewhere(std::move(elsewhere)),
+        : _above(above), _roots(above + u"above/roots"_s), _elsewhere(std::move(elsewhere)),
           _picture(std::move(picture)) {
         QDir().mkpath(_elsewhere);
     }
@@ -27,7 +27,8 @@ public:
     QString absolute(const QString& path) const { return _roots + u'/' + path; }
     /// The folder around the roots' folder gets another name.
     void renameAbove() {
-        const QString now = u"%1%2"_s.arg(_above).arg(++_names);
+        const QString name = ++_names % 2 == 0 ? u"above%1"_s : u".hidden%1"_s;
+        const QString now = _above + name.arg(_names);
         ASSERT_EQ(std::rename(qPrintable(_roots.section(u'/', 0, -2)), qPrintable(now)), 0);
         _roots = now + u"/roots"_s;
     }
@@ -198,8 +199,7 @@ TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers)
     const int count = isFull ? 500 : 60;
     const int rounds = isFull ? 40 : 5;
     const int operations = isFull ? 50 : 16;
-    Photographs photographs(
-        temporary.filePath(u"above"_s), temporary.filePath(u"elsewhere"_s), picture);
+    Photographs photographs(temporary.path() + u"/"_s, temporary.filePath(u"elsewhere"_s), picture);
     photographs.make(count);
     // A third root, on a disk that comes and goes.
     const QString place = temporary.filePath(u"disk"_s);

@@ -83,6 +83,10 @@ void Desktop::click(QPoint point, const QStringList& modifiers) {
         held(u"keyup"_s, modifiers));
 }
 
+void Desktop::menu(QPoint point) {
+    xdotool(at(point) + QStringList{u"click"_s, u"3"_s});
+}
+
 void Desktop::drag(QPoint from, QPoint to) {
     constexpr int steps = 8;
     QStringList way = at(from) + QStringList{u"mousedown"_s, u"1"_s};

@@ -27,6 +27,8 @@ public:
     // as "ctrl".
     void release();
     void click(QPoint point, const QStringList& modifiers = {});
+    /// Asks for the menu of what is there.
+    void menu(QPoint point);
     /// Presses at the one point and goes to the other in a few steps, without letting go.
     void drag(QPoint from, QPoint to);
 

@@ -31,6 +31,21 @@ protected:
         desktop.click(steps[step].rect.center());
         chooseInMenu(entries);
     }
+    /// Types the folder that the dialog asks for.
+    void answerWith(const QString& folder) {
+        const auto isAsking = [](const State& s) {
+            return s.control(u"fileNameEdit"_s).has_value();
+        };
+        ASSERT_TRUE(waitFor(isAsking));
+        waitForFocus(u"QLineEdit"_s);
+        desktop.key(u"ctrl+a"_s);
+        desktop.type(folder);
+        // The first Return may go to the list of completions, which comes when it likes.
+        EXPECT_TRUE(waitFor(std::not_fn(isAsking), [&] {
+            if (isAsking(state())) desktop.key(u"Return"_s);
+        }));
+        waitForFocus();
+    }
     /// Clicks a row and waits until its list has the keys.
     void clickRow(const QString& text, const QString& list) {
         clickPlace(text, list);
@@ -57,15 +72,7 @@ TEST_F(SessionRunTest, aFolderAddedInTheDialogIsGroupedByEveryMenuAndFollowed) {
     startAgain();
     EXPECT_EQ(state().json()[u"tip"_s], 1);
     clickPlace(u"addFolder"_s);
-    const auto isAsking = [](const State& s) { return s.control(u"fileNameEdit"_s).has_value(); };
-    ASSERT_TRUE(waitFor(isAsking));
-    waitForFocus(u"QLineEdit"_s);
-    desktop.type(photos());
-    // The first Return may go to the list of completions, which comes when it likes.
-    EXPECT_TRUE(waitFor(std::not_fn(isAsking), [&] {
-        if (isAsking(state())) desktop.key(u"Return"_s);
-    }));
-    waitForFocus();
+    answerWith(photos());
     ASSERT_TRUE(waitForFolder({}, 92));
     EXPECT_TRUE(waitForRows(groupPanel, {u"2025"_s, u"Dolomites"_s}, {}));
     EXPECT_EQ(state().json()[u"tip"_s], 0);
@@ -113,6 +120,19 @@ TEST_F(SessionRunTest, aFolderAddedInTheDialogIsGroupedByEveryMenuAndFollowed) {
     ASSERT_TRUE(disk.rename(u"2021"_s, u"2020"_s) && QDir(photo(u"2022"_s)).removeRecursively());
     EXPECT_TRUE(shows(75));
     EXPECT_TRUE(waitForRows(groupPanel, {u"2021"_s}, {u"2022"_s})); // years, not folders
+
+    // Copied to a new disk: the user says where it is now, and it is known again.
+    const QString copy = photos() + u" copied"_s;
+    const QString shell = u"cp -r '%1' '%2' && rm -r '%1'"_s.arg(photos(), copy);
+    ASSERT_EQ(std::system(QFile::encodeName(shell).constData()), 0);
+    EXPECT_TRUE(waitFor(
+        [](const State& s) { return s.isAtRest() && s.json()[u"folder"_s].toString().isEmpty(); }));
+    desktop.menu(state().place(u"photos"_s, sidebar).center());
+    chooseInMenu({u"Locate Folder…"_s});
+    answerWith(copy);
+    EXPECT_TRUE(shows(75));
+    EXPECT_EQ(state().json()[u"folder"_s], copy);
+    EXPECT_TRUE(waitForRows(sidebar, {u"photos copied"_s}, {u"photos"_s}));
     quit();
 }
 

@@ -1,6 +1,8 @@
 #include "library/PBAliasManager.h"
 
 #include "library/LibrarySupport.h"
+#include "library/RootPresence.h"
+#include "platform/volumes/Bookmark.h"
 
 using Outcome = platform::Resolution::Outcome;
 
@@ -74,6 +76,7 @@ TEST_F(PBAliasManagerTest, loadingResolvesAndDropsOnlyLocalFoldersThatAreGone) {
     const auto silent = addRoot(u"/slow"_s);
     const auto otherDisk = addRoot(u"/data/x"_s);
     const auto lostShare = addRoot(u"/share"_s, PBAliasObject::Network);
+    const auto sought = addRoot(u"/sought"_s);
     addImage(addFolder(*gone, u"sub"_s), u"a.jpg"_s);
     addImage(addFolder(*moved, {}), u"b.jpg"_s);
     answer(*gone, Outcome::Gone);
@@ -82,12 +85,14 @@ TEST_F(PBAliasManagerTest, loadingResolvesAndDropsOnlyLocalFoldersThatAreGone) {
     answer(*silent, Outcome::NoAnswer);
     answer(*otherDisk, Outcome::VolumeAbsent);
     answer(*lostShare, Outcome::Gone);
+    answer(*sought, Outcome::NotFound);
 
     manager.loadAlias();
-    EXPECT_EQ(paths(), (QStringList{u"/new"_s, {}, {}, {}, {}}));
+    EXPECT_EQ(paths(), (QStringList{u"/new"_s, {}, {}, {}, {}, {}}));
     EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"2"_s}) << "nobody waits for rows";
     EXPECT_TRUE(finishRemovals().empty());
-    EXPECT_EQ(aliasRows(), support::words("/new /stick /slow /data/x /share"));
+    EXPECT_EQ(aliasRows(), support::words("/new /stick /slow /data/x /share /sought"));
+    EXPECT_EQ(manager.awaitedPaths(), support::words("/slow /data/x /sought"));
     EXPECT_EQ(rows("select FileName from ImageFile"), QStringList{u"b.jpg"_s});
     EXPECT_EQ(rows("select count(*) from Exif"), QStringList{u"1"_s});
     EXPECT_EQ(rows("select RelativePath from Folder"), QStringList{u"NULL"_s});
@@ -214,7 +219,7 @@ TEST_F(PBAliasManagerTest, aRootThatTheCatalogueDoesNotLetGoOfStaysWithAllThatIs
 TEST_F(PBAliasManagerTest, noRootGoesWhereTheyCouldNotAllBeRead) {
     const auto gone = addRoot(u"/gone"_s);
     addZombie(u"/zombie"_s);
-    answer(*gone, Outcome::Missing);
+    answer(*gone, Outcome::Gone);
     ASSERT_TRUE(
         db.executeUpdate(u"alter table FolderAlias rename to Readable"_s) &&
         db.executeUpdate(u"create view FolderAlias as select * from Readable union all select "
@@ -304,6 +309,28 @@ TEST_F(PBAliasManagerTest, rootsAreLookedForAsAsked) {
     EXPECT_TRUE(manager.resolveAlias(*root, {.includeMounted = true, .updateReserve = true}));
     EXPECT_EQ(aliasRows(), QStringList{abc});
     EXPECT_FALSE(root->updateReservePath(services));
+}
+
+TEST_F(PBAliasManagerTest, aRenewedBookmarkIsTakenOnlyWhereItIsStored) {
+    const QString place = make(u"R");
+    const auto root = addRoot(place);
+    answer(*root, Outcome::NotFound);
+    EXPECT_EQ(manager.aliasPathChanged(place, u"/there"_s), (PBAliasArray{root}));
+    EXPECT_EQ(services.last.movedTo, u"/there"_s);
+    const auto bookmark = platform::Bookmark::bookmarkOfFolder(place, platform::Volumes());
+    ASSERT_TRUE(bookmark);
+    const PBAliasResolution found{
+        Outcome::Found, place, PBAliasBookmark{bookmark->data(), PBAliasObject::Removable}};
+    ASSERT_TRUE(db.executeUpdate(
+        u"create trigger T before update on FolderAlias begin select raise(abort, 'no'); end"_s));
+    EXPECT_TRUE(manager.aliasDidAnswer(*root, found).empty());
+    EXPECT_FALSE(root->isMounted());
+    EXPECT_EQ(root->aliasData(), place.toUtf8());
+    ASSERT_TRUE(db.executeUpdate(u"drop trigger T"_s));
+    EXPECT_EQ(manager.aliasDidAnswer(*root, found), (PBAliasArray{root}));
+    EXPECT_EQ(rows("select Type,ReservePath from FolderAlias"), QStringList{u"2|"_s + place});
+    EXPECT_EQ(root->type(), PBAliasObject::Removable);
+    EXPECT_TRUE(isRootThere(*root)) << "what a scan asks before rows go";
 }
 
 TEST_F(PBAliasManagerTest, stateThatIsNotStoredIsNotTaken) {

@@ -57,6 +57,99 @@ TEST_F(PBAliasResolverTest, aSearchThatTookTooLongIsNoReasonToGiveUpAFolder) {
     EXPECT_TRUE(support::spinUntil([&] { return found == place + u'2'; }));
 }
 
+TEST_F(PBAliasResolverTest, whatIsNotFoundNearItsPlaceIsLookedForEverywhere) {
+    const QString place = folder.filePath(u"a/b/R"_s);
+    QDir().mkpath(place);
+    QDir().mkpath(folder.filePath(u".c/d"_s));
+    const auto root = rootAt(place);
+    QStringList told;
+    resolver.setLateAnswerHandler(
+        [&](qint64, const PBAliasResolution& late) { told.append(late.path); });
+    const QString away = folder.filePath(u".c/d/R"_s);
+    for (int i = 0; i < 2; ++i) {
+        QFile::rename(place, away);
+        EXPECT_EQ(outcome(*root), Outcome::NotFound);
+        EXPECT_EQ(outcome(*root), Outcome::NotFound) << "while it is being looked for";
+        EXPECT_TRUE(support::spinUntil([&] { return told == QStringList{away}; }));
+        // It is back, and goes again: that is another search.
+        QFile::rename(away, place);
+        EXPECT_EQ(outcome(*root), Outcome::Found);
+        told.clear();
+    }
+    // Where a search can't know, there is none at each question, but for the user's.
+    auto bookmark = platform::Bookmark::fromData(root->aliasData()).value();
+    bookmark.fileSystem.type = "vfat";
+    const auto other = rootOf(bookmark.data(), place);
+    QFile::rename(place, away);
+    EXPECT_EQ(outcome(*other), Outcome::NotFound);
+    EXPECT_TRUE(support::spinUntil([&] { return told == QStringList{{}}; }));
+    EXPECT_EQ(outcome(*other), Outcome::NotFound);
+    EXPECT_EQ(outcome(*other, true), Outcome::NotFound);
+    EXPECT_TRUE(support::spinUntil([&] { return told == QStringList({{}, {}}); }));
+    QFile::rename(away, place);
+    EXPECT_EQ(outcome(*other), Outcome::Found);
+    QFile::rename(place, away);
+    EXPECT_EQ(outcome(*other), Outcome::NotFound);
+    EXPECT_TRUE(support::spinUntil([&] { return told == QStringList({{}, {}, {}}); }));
+}
+
+TEST_F(PBAliasResolverTest, anAnswerToAFormerQuestionIsVoid) {
+    const auto root = rootAt(folder.path());
+    QStringList told;
+    resolver.setLateAnswerHandler(
+        [&](qint64, const PBAliasResolution& late) { told.append(late.path); });
+    auto gate = std::make_shared<std::binary_semaphore>(0);
+    const auto hang = [gate] {
+        gate->acquire();
+        return 0;
+    };
+    ASSERT_FALSE(calls.call<int>(
+        u"later "_s + PBAliasResolver::lane(*root), u"hang"_s, std::chrono::milliseconds(0), hang,
+        {}));
+    resolver.resolveLater(*root, {});
+    EXPECT_EQ(outcome(*root), Outcome::Found) << "not held up";
+    gate->release();
+    EXPECT_TRUE(support::spinUntil([&] { return !calls.hasWork(); }));
+    bool isOver = false;
+    post([&] { isOver = true; });
+    EXPECT_TRUE(support::spinUntil([&] { return isOver; }));
+    EXPECT_EQ(told, QStringList());
+    resolver.resolveLater(*root, {});
+    EXPECT_TRUE(support::spinUntil([&] { return !told.isEmpty(); }));
+}
+
+TEST_F(PBAliasResolverTest, aFolderAtTheRootsPlaceIsKnownAgainByItsPhotographs) {
+    const QString place = folder.filePath(u"a/R"_s);
+    support::writeFile(place + u"/1.jpg"_s, "abc");
+    const auto root = rootAt(place);
+    std::optional<std::vector<CataloguedName>> names;
+    resolver.setNamesSource([&](qint64 aliasId) {
+        EXPECT_EQ(aliasId, 1);
+        return names;
+    });
+    QDir(folder.filePath(u"a"_s)).removeRecursively();
+    support::writeFile(place + u"/1.jpg"_s, "abc");
+    EXPECT_EQ(outcome(*root), Outcome::NotFound) << "the catalogue can't be read";
+    names.emplace();
+    EXPECT_EQ(outcome(*root), Outcome::NotFound) << "a root without photographs";
+    names->push_back({u"1.jpg"_s, 3});
+    EXPECT_EQ(
+        resolver.resolve(*root, {}, {.mounted = {place}, .away = {}}, nullptr).outcome,
+        Outcome::NotFound)
+        << "another root has that place";
+    const PBAliasResolution found =
+        resolver.resolve(*root, {}, {.mounted = {}, .away = {place}}, nullptr);
+    EXPECT_EQ(found.path, place);
+    ASSERT_TRUE(found.renewed);
+    EXPECT_EQ(rootAt(place)->aliasData(), found.renewed->data);
+    const auto isLike = [&](const QString& path) {
+        const auto likeness = resolver.likeness(*root, path);
+        return likeness ? QString::number(likeness->isRoot) : u"none"_s;
+    };
+    EXPECT_EQ(isLike(place) + isLike(folder.path()), u"10"_s);
+    EXPECT_EQ(isLike(folder.filePath(u"none"_s)), u"none"_s);
+}
+
 TEST_F(PBAliasResolverTest, damagedBookmarkFallsBackToTheReservePath) {
     const auto there = rootOf("junk", folder.path());
     EXPECT_EQ(resolver.resolve(*there, {}, {}, nullptr).path, folder.path());

@@ -65,7 +65,9 @@ TEST_F(InotifyTreeTest, aRootIsFollowedWhereAFolderAboveItGoesAndAwaitedWhereItW
     make({"docs", "docs/work", "docs/work/R", "docs/work/R/in", "else"});
     InotifyTree tree(*this, {});
     const QByteArray root = _root + "/docs/work/R";
-    tree.addRoots({root, root + "/in", _root + "/else"}, {_root + "/away/x/R"});
+    tree.addRoots(
+        {root, root + "/in", _root + "/else", _root + "/just/left"}, {_root + "/away/x/R"});
+    EXPECT_EQ(_changed, Names{"just/left"});
     const auto changes = [&] {
         _changed.clear();
         tree.readEvents({});

@@ -23,12 +23,16 @@ struct VolumeSearchTest : testing::Test {
     /// With something that happens before the folder of that number is listed.
     Outcomes search(
         const std::vector<Bookmark>& wanted, int number = -1,
-        const std::function<bool()>& happens = {}) {
+        const std::function<bool()>& happens = {}, const std::function<void()>& after = {}) {
         looks = 0;
         places.clear();
         const Volumes volumes;
-        const VolumeSearch search(
-            volumes, [&] { return ++looks != number || happens(); }, stop.get_token());
+        const auto pause = [&] {
+            ++looks;
+            if (looks == number + 1 && after) after();
+            return looks != number || happens();
+        };
+        const VolumeSearch search(volumes, pause, stop.get_token());
         return search.run(wanted, [&](std::size_t index, const QString& place) {
             places.append(QString::number(index) + u' ' + place.mid(path({}).size()));
         });
@@ -84,8 +88,9 @@ TEST_F(VolumeSearchTest, whatCouldNotAllBeLookedAtIsNoAnswer) {
             const rlimit none{0, limit.rlim_max};
             return ::setrlimit(RLIMIT_NOFILE, &none) == 0;
         };
-        EXPECT_EQ(search({lost}, number, failing), unknown) << number;
-        ::setrlimit(RLIMIT_NOFILE, &limit);
+        const auto works = [&] { ::setrlimit(RLIMIT_NOFILE, &limit); };
+        EXPECT_EQ(search({lost}, number, failing, works), unknown) << number;
+        works();
     }
     EXPECT_EQ(search({lost}, all, [] { return false; }), unknown) << "told to stop";
     EXPECT_EQ(search({lost}, all - 1, [&] { return stop.request_stop(); }), unknown);
@@ -96,6 +101,7 @@ TEST_F(VolumeSearchTest, whatCouldNotAllBeLookedAtIsNoAnswer) {
     {
         const support::MemoryDisk over(path(u"c"_s));
         EXPECT_EQ(search({lost}), Outcomes{Outcome::Gone});
+        EXPECT_EQ(looks, all - 2 * 2) << "not in it, nor under it";
     }
     {
         const support::MemoryDisk over(path(u"a"_s));

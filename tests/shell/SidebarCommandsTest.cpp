@@ -1,3 +1,4 @@
+#include "platform/volumes/Bookmark.h"
 #include "shell/ShellFixture.h"
 #include "shell/sidebar/FolderPrompts.h"
 #include "shell/sidebar/SourceSidebar.h"
@@ -38,6 +39,17 @@ struct NotedPrompts final : FolderPrompts {
 struct SidebarCommandsTest : ShellFixture {
     std::shared_ptr<PBAliasObject> root(QStringView name) {
         const auto added = addRoot(make(name));
+        tree.dataSource().reloadCategoryItem();
+        return added;
+    }
+    /// With the bookmark of a folder that is there.
+    std::shared_ptr<PBAliasObject> realRoot(QStringView name) {
+        const auto made = resolver.newAlias(make(name)).value();
+        const qint64 id = catalogue.insertFolderAliasWithData(
+            made.data, static_cast<int>(made.type), path(name), 0);
+        const auto added = PBAliasObject::aliasObjectWithId(
+            id, made.data, QUrl::fromLocalFile(path(name)), path(name), 0, made.type);
+        manager.addAliasObject(added);
         tree.dataSource().reloadCategoryItem();
         return added;
     }
@@ -258,6 +270,75 @@ TEST_F(SidebarCommandsTest, aRootThatTheCatalogueKeepsIsShownAgainAndTold) {
     // Roots that nobody removed by hand come back in silence.
     commands.rootsCameBack(nullptr);
     EXPECT_EQ(prompts.told.size(), 2);
+}
+
+TEST_F(SidebarCommandsTest, aRootThatIsAwayIsGivenTheFolderThatTheUserSaysIsIt) {
+    const QString moved = path(u"moved");
+    const auto away = realRoot(u"R");
+    make(u"R/sub");
+    ASSERT_TRUE(QFile::rename(path(u"R"), moved));
+    setAway(*away, true);
+    const auto locate = [&](const QString& chosen) {
+        prompts.told.clear();
+        prompts.choice = chosen;
+        Q_EMIT tree.locateRequested(tree.dataSource().folderAliasItemWithAliasObject(*away));
+        runPosted();
+        return prompts.told;
+    };
+    EXPECT_EQ(locate({}), QStringList());
+    EXPECT_EQ(locate(path(u"A")), QStringList{u"=A"_s});
+    EXPECT_EQ(locate(x), QStringList{u"<x<A"_s});
+    EXPECT_EQ(locate(path(u"none")), QStringList{u'~' + path(u"none")});
+    const QString other = make(u"other");
+    EXPECT_EQ(locate(other), QStringList{u"?other>R"_s});
+    EXPECT_FALSE(away->isMounted()) << "the user said no";
+    prompts.usesUnlike = true;
+    refuse(u"update"_s);
+    EXPECT_EQ(locate(other), (QStringList{u"?other>R"_s, u'~' + other}));
+    ASSERT_TRUE(db.executeUpdate(u"drop trigger no_update"_s));
+    EXPECT_EQ(locate(moved + u'/'), QStringList()) << "the very folder";
+    EXPECT_EQ(away->path(), moved);
+    EXPECT_EQ(selected(), moved);
+    EXPECT_EQ(away->reservePath(), moved);
+    EXPECT_EQ(locate(other), QStringList()) << "it is there";
+
+    setAway(*away, true);
+    EXPECT_EQ(locate(other), QStringList{u"?other>moved"_s});
+    EXPECT_EQ(away->path(), other);
+    const auto folder = platform::Bookmark::bookmarkOfFolder(other, platform::Volumes());
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(away->aliasData(), folder->data());
+}
+
+TEST_F(SidebarCommandsTest, addingTheFolderOfARootThatIsAwayMakesNoSecondOne) {
+    const auto itself = realRoot(u"R");
+    const auto restored = realRoot(u"S");
+    const auto zombie = realRoot(u"T");
+    ASSERT_TRUE(manager.updateState(*zombie, PBAliasObject::zombieState));
+    for (const auto& root : {itself, restored, zombie})
+        setAway(*root, true);
+    tree.dataSource().reloadCategoryItem();
+    resolver.setNamesSource([&](qint64 aliasId) -> std::optional<std::vector<CataloguedName>> {
+        if (aliasId != restored->aliasId()) return std::nullopt;
+        return std::vector<CataloguedName>{{u"1.jpg"_s, 3}};
+    });
+    QDir().mkdir(path(u"new"));
+    ASSERT_TRUE(QFile::rename(path(u"R"), path(u"new/R")));
+    QDir().rmdir(path(u"S"));
+    support::writeFile(path(u"S/1.jpg"), "abc");
+    support::writeFile(path(u"copy/1.jpg"), "abc");
+    const auto count = manager.aliasArray().size();
+    for (const auto& [root, place] :
+         {std::pair(itself, u"new/R"_s), {restored, u"S"_s}, {zombie, u"T"_s}}) {
+        EXPECT_TRUE(commands.addOrSelectFolder(path(place)));
+        EXPECT_EQ(root->path(), path(place));
+        EXPECT_EQ(selected(), path(place));
+    }
+    EXPECT_FALSE(zombie->isZombie());
+    EXPECT_EQ(manager.aliasArray().size(), count);
+    setAway(*restored, true);
+    EXPECT_TRUE(commands.addOrSelectFolder(path(u"copy")));
+    EXPECT_EQ(manager.aliasArray().size(), count + 1) << "a copy elsewhere is a folder of its own";
 }
 
 } // namespace

@@ -63,7 +63,7 @@ void RootRelocation::take(const std::shared_ptr<PBAliasObject>& aliasObject, con
     if (likeness->isRoot) return use();
     _parts.prompts.askUseUnlikeFolder(
         PBUtilities::displayNameOfPath(folder), aliasObject->displayName(),
-        [this, aliasObject, use](bool isUsed) {
+        [aliasObject, use](bool isUsed) {
             if (isUsed && !aliasObject->isMounted()) use();
         });
 }
