@@ -85,20 +85,14 @@ TEST(FileManagerTest, whatCannotBeLookedAtIsNotTakenForGone) {
 TEST(FileManagerTest, aNameThatIsTakenStaysAlsoByTheSameFileInOtherCase) {
     const QTemporaryDir folder;
     const auto path = [&](const char* name) { return folder.filePath(QString::fromUtf8(name)); };
-    for (const char* name : {"a.jpg", "b.jpg", "B.JPG"})
-        support::writeFile(path(name), name);
-    ASSERT_EQ(
-        ::link(
-            QFile::encodeName(path("a.jpg")).constData(),
-            QFile::encodeName(path("A.jpg")).constData()),
-        0);
-    EXPECT_EQ(moveItem(path("a.jpg"), path("A.jpg")), std::errc::file_exists) << "two hard links";
-    EXPECT_EQ(moveItem(path("b.jpg"), path("B.JPG")), std::errc::file_exists);
-    EXPECT_EQ(moveItem(path("b.jpg"), path("b.jpg")), std::errc::file_exists);
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files, QDir::NoSort).size(), 4);
-    EXPECT_FALSE(moveItem(path("b.jpg"), path("B.jpg")));
-    EXPECT_TRUE(QFile::exists(path("B.jpg")) && !QFile::exists(path("b.jpg")));
-    EXPECT_EQ(moveItem(path("none"), path("c")), std::errc::no_such_file_or_directory);
+    support::writeFile(path("a.jpg"), "a");
+    ASSERT_EQ(::link(path("a.jpg").toUtf8(), path("A.jpg").toUtf8()), 0);
+    for (const char* name : {"a.jpg", "A.jpg"})
+        EXPECT_EQ(moveItem(path("a.jpg"), path(name)), std::errc::file_exists) << name;
+    EXPECT_FALSE(moveItem(path("a.jpg"), path("A.JPG")));
+    EXPECT_EQ(
+        QDir(folder.path()).entryList(QDir::Files, QDir::Name),
+        (QStringList{u"A.JPG"_s, u"A.jpg"_s}));
 }
 
 TEST(FileManagerTest, packagesAreToldByTheEndingOfTheirName) {

@@ -84,32 +84,22 @@ TEST(SpellingTest, aNameThatTheDiskHasUnderAnotherSpellingIsNotThere) {
 
 TEST(SpellingTest, aDiskThatTakesNoteOfCaseIsAskedOnceForEachFolderAndKeepsHardLinksApart) {
     const QTemporaryDir folder;
-    for (const char16_t* name : {u"Trip/a.jpg", u"trip/a.jpg", u"trip/b.jpg"})
-        support::writeFile(folder.filePath(QString::fromUtf16(name)), "x");
     const auto path = [&](const QString& name) { return folder.filePath(name); };
-    ASSERT_TRUE(QFile::link(path(u"Trip"_s), path(u"LINK"_s)));
-    ASSERT_EQ(
-        ::link(
-            QFile::encodeName(path(u"trip/b.jpg"_s)).constData(),
-            QFile::encodeName(path(u"trip/B.jpg"_s)).constData()),
-        0);
-    for (const QString& name : {u"Trip/a.jpg"_s, u"trip/b.jpg"_s, u"trip/B.jpg"_s, u"TRIP"_s})
-        EXPECT_EQ(spelledAsOnDisk(path(name)), path(name));
+    for (const QString& name : {u"Trip/a.jpg"_s, u"trip/b.jpg"_s})
+        support::writeFile(path(name), "x");
+    ASSERT_EQ(::link(path(u"trip/b.jpg"_s).toUtf8(), path(u"trip/B.jpg"_s).toUtf8()), 0);
     int questions = 0;
-    const NamesOnDisk counted{
-        [&](const QString& file) {
-            ++questions;
-            return NamesOnDisk::real().identity(file);
-        },
+    const NamesOnDisk disk{
+        [&](const QString& file) { return ++questions, NamesOnDisk::real().identity(file); },
         NamesOnDisk::real().names};
-    SpellingCheck check(counted);
-    for (int times = 0; times < 3; ++times) {
-        EXPECT_TRUE(check.isSpelledSo(path(u"Trip"_s), u"a.jpg"_s));
-        EXPECT_TRUE(check.isPathSpelledSo(folder.path(), u"trip"_s));
+    SpellingCheck check(disk);
+    for (int times = 0; times < 3; ++times)
+        EXPECT_TRUE(check.isPathSpelledSo(folder.path(), u"Trip/a.jpg"_s));
+    EXPECT_EQ(questions, 3) << "two spellings that are two folders, one that is nothing";
+    for (const QString& name : {u"Trip"_s, u"trip/b.jpg"_s, u"trip/B.jpg"_s, u"TRIP"_s}) {
+        EXPECT_EQ(spelledAsOnDisk(path(name)), path(name));
+        EXPECT_TRUE(check.isPathSpelledSo(folder.path(), name));
     }
-    EXPECT_EQ(questions, 3);
-    EXPECT_TRUE(check.isSpelledSo(path(u"trip"_s), u"b.jpg"_s));
-    EXPECT_TRUE(check.isSpelledSo(path(u"trip"_s), u"B.jpg"_s));
 }
 
 } // namespace
