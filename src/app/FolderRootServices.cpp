@@ -39,6 +39,7 @@ FolderRootServices::FolderRootServices(const Environment& environment)
         if (const auto changed = _aliasManager.volumDidMount(path); !changed.empty()) {
             Q_EMIT volumesDidMount(changed);
         }
+        awaitRootsOn(path);
     });
     connect(&_volumeWatcher, &VolumeWatcher::volumeDidUnmount, this, [this](const QString& path) {
         if (const auto changed = _aliasManager.volumDidUnmount(path); !changed.empty()) {
@@ -124,6 +125,17 @@ void FolderRootServices::aliasDidAnswer(qint64 aliasId, const PBAliasResolution&
     }
 }
 
+void FolderRootServices::awaitRootsOn(const QString& mountPoint) {
+    // What is watched of their places lies under the new disk now.
+    const QStringList awaited = _aliasManager.awaitedPaths();
+    const bool isConcerned = std::ranges::any_of(awaited, [&](const QString& path) {
+        return PBUtilities::comparePath(mountPoint, path) >= 0;
+    });
+    if (!isConcerned) return;
+    _watchesAnew = true;
+    updateWatchPathsInBackground();
+}
+
 void FolderRootServices::removeThumbnails(std::vector<qint64> fileIds) {
     _environment.buildThumbOperationQueue.addOperation(
         std::make_shared<PBRemoveThumbOperation>(std::move(fileIds), _environment.buildThumbDb));
@@ -137,7 +149,8 @@ void FolderRootServices::updateWatchPathsInBackground() {
 void FolderRootServices::updateWatchPaths() {
     const QStringList wanted = _aliasManager.getMonitorPathArray();
     const QStringList awaited = _aliasManager.awaitedPaths();
-    if (PBUtilities::isEqualPathArray(wanted, _scEvents.watchedPaths()) &&
+    if (!_watchesAnew.exchange(false) &&
+        PBUtilities::isEqualPathArray(wanted, _scEvents.watchedPaths()) &&
         PBUtilities::isEqualPathArray(awaited, _scEvents.awaitedPaths()))
         return;
     _scEvents.stopWatchingPaths();

@@ -13,6 +13,7 @@
 #include <QObject>
 #include <QStringList>
 
+#include <atomic>
 #include <functional>
 
 class FMDatabase;
@@ -68,6 +69,8 @@ private:
     [[nodiscard]] PBAliasResolver::OtherRoots otherRoots(const PBAliasObject& aliasObject) const;
     void aliasDidAnswer(qint64 aliasId, const PBAliasResolution& resolution);
     void removeThumbnails(std::vector<qint64> fileIds);
+    /// A disk was mounted: roots that are away may come on it.
+    void awaitRootsOn(const QString& mountPoint);
     void updateWatchPaths();
 
     const Environment _environment;
@@ -80,6 +83,8 @@ private:
     platform::VolumeWatcher _volumeWatcher;
 
     SCEvents _scEvents;
+    /// The same paths lead to other folders now.
+    std::atomic<bool> _watchesAnew = false;
     /// Last: its work uses the members above.
     platform::OperationQueue _watchQueue{QStringLiteral("watch paths")};
 };
