@@ -41,6 +41,7 @@ FolderRootServices::FolderRootServices(const Environment& environment)
         if (const auto changed = _aliasManager.volumDidMount(path); !changed.empty()) {
             Q_EMIT volumesDidMount(changed);
         }
+        awaitRootsOn(path);
     });
     connect(&_volumeWatcher, &VolumeWatcher::volumeDidUnmount, this, [this](const QString& path) {
         if (const auto changed = _aliasManager.volumDidUnmount(path); !changed.empty()) {
@@ -147,6 +148,17 @@ void FolderRootServices::removeRows(PBAliasArray roots, std::shared_ptr<PBAliasO
     _environment.scanOperationQueue.addOperation(operation);
 }
 
+void FolderRootServices::awaitRootsOn(const QString& mountPoint) {
+    // What is watched of their places lies under the new disk now.
+    const QStringList awaited = _aliasManager.awaitedPaths();
+    const bool isConcerned = std::ranges::any_of(awaited, [&](const QString& path) {
+        return PBUtilities::comparePath(mountPoint, path) >= 0;
+    });
+    if (!isConcerned) return;
+    _watchesAnew = true;
+    updateWatchPathsInBackground();
+}
+
 void FolderRootServices::removalDidEnd(
     const PBAliasArray& roots, PBAliasObject* askedFor, bool isRemoved) {
     platform::assertMainThread();
@@ -173,7 +185,8 @@ void FolderRootServices::updateWatchPathsInBackground(std::function<void()> then
 void FolderRootServices::updateWatchPaths() {
     const QStringList wanted = _aliasManager.getMonitorPathArray();
     const QStringList awaited = _aliasManager.awaitedPaths();
-    if (PBUtilities::isEqualPathArray(wanted, _scEvents.watchedPaths()) &&
+    if (!_watchesAnew.exchange(false) &&
+        PBUtilities::isEqualPathArray(wanted, _scEvents.watchedPaths()) &&
         PBUtilities::isEqualPathArray(awaited, _scEvents.awaitedPaths()))
         return;
     _scEvents.stopWatchingPaths();

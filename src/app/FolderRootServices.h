@@ -13,6 +13,7 @@
 #include <QObject>
 #include <QStringList>
 
+#include <atomic>
 #include <functional>
 
 class FMDatabase;
@@ -75,6 +76,8 @@ private:
     void aliasDidAnswer(qint64 aliasId, const PBAliasResolution& resolution);
     void removeRows(PBAliasArray roots, std::shared_ptr<PBAliasObject> askedFor);
     void removalDidEnd(const PBAliasArray& roots, PBAliasObject* askedFor, bool isRemoved);
+    /// A disk was mounted: roots that are away may come on it.
+    void awaitRootsOn(const QString& mountPoint);
     void updateWatchPaths();
 
     const Environment _environment;
@@ -89,6 +92,8 @@ private:
     /// Expires with this object; looked at on the main thread only.
     const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
     SCEvents _scEvents;
+    /// The same paths lead to other folders now.
+    std::atomic<bool> _watchesAnew = false;
     /// Last: its work uses the members above.
     platform::OperationQueue _watchQueue{QStringLiteral("watch paths")};
 };

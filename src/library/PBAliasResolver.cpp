@@ -19,6 +19,7 @@ constexpr std::chrono::milliseconds resolveLimit =
     BookmarkResolver::timeLimit + std::chrono::milliseconds(50);
 /// The user has just chosen the folder and waits for it.
 constexpr std::chrono::milliseconds newAliasLimit{3000};
+constexpr std::chrono::milliseconds noTime{0};
 /// For the photographs of one folder, when nobody waits any more.
 constexpr std::chrono::milliseconds recognitionLimit{5000};
 
@@ -148,10 +149,9 @@ void PBAliasResolver::resolveLater(const PBAliasObject& aliasObject, const Other
     const LateAnswer late = lateAnswer(aliasObject, work, false);
     // In a lane of its own: those that are waited for would count as late. What is awaited comes to
     // its place, around which nothing is searched each time that something happens there.
-    constexpr std::chrono::milliseconds none{0};
     const auto answer = ask(
         aliasObject, QStringLiteral("later ") + lane(aliasObject),
-        [work] { return work(none, false); }, none, late);
+        [work] { return work(noTime, false); }, noTime, late);
     // Nobody expects it within the call.
     if (!answer) return;
     platform::MainLoop::instance()->post(

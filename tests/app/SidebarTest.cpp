@@ -145,6 +145,27 @@ TEST_F(SidebarTest, aRootIsGoneWhenTheWholeDiskWasLookedThroughAndNotBefore) {
     EXPECT_EQ(imageRows(), QStringList{u"2.jpg"_s});
 }
 
+TEST_F(SidebarTest, aRootThatIsRestoredOnAnotherDiskAtItsPlaceIsTheRoot) {
+    std::optional<support::MemoryDisk> disk(path(u"disk"_s));
+    if (!disk->isMounted()) return support::rerunWhereDisksCanBeMounted();
+    const QString picture = makePicture(u"disk/R/1.jpg"_s);
+    const qint64 id = add(u"disk/R"_s);
+    const QByteArray bytes = support::readFile(picture);
+    disk.reset();
+    EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{QString()}; }));
+    disk.emplace(path(u"disk"_s));
+    // The mount alone brings nothing back.
+    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    support::writeFile(picture, bytes);
+    EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{path(u"disk/R"_s)}; }));
+    EXPECT_EQ(rootIds(), (std::vector{id}));
+    EXPECT_EQ(imageRows(), QStringList{u"1.jpg"_s});
+    controller.reset();
+    start();
+    EXPECT_EQ(roots(), QStringList{path(u"disk/R"_s)}) << "by its new bookmark";
+    controller.reset();
+}
+
 TEST_F(SidebarTest, unpluggedDiskGreysItsRootAndComesBackWithIt) {
     const QByteArray disk = QFile::encodeName(make(u"disk"_s));
     if (::mount("none", disk.constData(), "tmpfs", 0, nullptr) != 0)

@@ -72,7 +72,7 @@ TEST_F(InotifyTreeTest, aRootIsFollowedWhereAFolderAboveItGoesAndAwaitedWhereItW
         _changed.clear();
         tree.readEvents({});
         std::ranges::sort(_changed);
-        _changed.erase(std::ranges::unique(_changed).begin(), _changed.end());
+        _changed.erase(std::unique(_changed.begin(), _changed.end()), _changed.end());
         return _changed;
     };
     EXPECT_EQ(changes(), Names());
