@@ -121,6 +121,9 @@ TEST_F(RootRemovalTest, thumbnailsWithoutAPhotographGoInSmallSteps) {
     EXPECT_EQ(clean(db.databasePath()), Outcome::Done);
     EXPECT_EQ(ids(), support::rowsOf(db, u"select Id from ImageFile"_s) + QStringList{u"3005"_s});
     EXPECT_LE(steps, 8);
+    run(db, u"delete from ImageFile"_s);
+    EXPECT_EQ(clean(db.databasePath()), Outcome::Done);
+    EXPECT_EQ(ids(), QStringList{u"3005"_s});
 }
 
 TEST_F(RootRemovalTest, noThumbnailGoesWhereTheCatalogueCannotBeReadOrIsAnother) {
