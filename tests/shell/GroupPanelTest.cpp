@@ -67,18 +67,14 @@ TEST_F(GroupPanelTest, rowsAreTheGroupsBelowAHiddenRoot) {
     const QAbstractItemModel& model = *view->model();
     ASSERT_EQ(model.rowCount(), 1);
     const QModelIndex root = model.index(0, 0);
-    EXPECT_FALSE(root.flags().testFlag(Qt::ItemIsSelectable));
     EXPECT_EQ(view->rootIndex(), root);
     EXPECT_EQ(view->visualRect(root).height(), 0);
-
     ASSERT_EQ(model.rowCount(root), 3);
-    const auto spoken = [](const QModelIndex& index) {
-        return index.data(Qt::AccessibleTextRole).toString();
-    };
-    EXPECT_EQ(spoken(row(0)) + u'/' + spoken(row(1)), u"Alpha, 1 photograph/Beta, 3 photographs"_s);
-    EXPECT_EQ(row(1, 0).data(GroupTreeModel::CountRole).toInt(), 2);
+    EXPECT_EQ(row(1).data(Qt::AccessibleTextRole), u"Beta, 3 photographs"_s);
+    EXPECT_EQ(row(0).data(Qt::AccessibleTextRole), u"Alpha, 1 photograph"_s);
     for (const int each : {0, 1, 2})
         EXPECT_EQ(row(each).data(GroupTreeModel::UnspecifiedRole).toBool(), each == 2);
+    EXPECT_EQ(row(1, 0).data(GroupTreeModel::CountRole).toInt(), 2);
     EXPECT_TRUE(view->isExpanded(row(1))) << "never touched";
 }
 
@@ -90,9 +86,9 @@ TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {
     const auto leaf = [this](std::size_t first, std::size_t second) {
         return source.groupItemArray()[first]->children()[second]->data().get();
     };
-    click(row(1));
-    click(row(1, 1));
-    click(row(1, 1)); // again: the browser may have been moved since
+    for (const QModelIndex& each :
+         {row(1), row(1, 1), row(1, 1)}) // the browser may have been moved
+        click(each);
     const std::vector<const PBGroupItemData*> expected{leaf(1, 0), leaf(1, 1), leaf(1, 1)};
     EXPECT_EQ(scrolled, expected);
 
@@ -118,8 +114,6 @@ TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {
 
 TEST_F(GroupPanelTest, onlyAPanelThatTheUserScrolledKeepsItsPlace) {
     publishModels(100);
-    EXPECT_FALSE(source.isOutlineViewScrolled());
-    EXPECT_EQ(scrolledTo(), 0);
     insert(u"Early"_s); // a row above all others
     publish();
     EXPECT_EQ(scrolledTo(), 0);
