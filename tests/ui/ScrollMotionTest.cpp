@@ -51,7 +51,8 @@ TEST_F(ScrollMotionTest, turnsOfTheWheelAddUpAndTheFirstTwoAgainstThemAreSwallow
     EXPECT_EQ(turned(0.1, 10), 150);
     EXPECT_EQ(turned(0.1, 10), 150);
     // Against a motion the way counts from where it is now.
-    EXPECT_NEAR(turned(0.1, 10), std::rint(target.position - 10), 1e-9);
+    const double stop = turned(0.1, 10);
+    EXPECT_NEAR(stop, std::rint(target.position - 10), 1e-9);
     EXPECT_EQ(motion.scrollPosFlag(), -1);
     tickAt(5);
     EXPECT_EQ(target.ended, std::vector<std::int64_t>{-1});
