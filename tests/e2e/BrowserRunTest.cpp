@@ -1,7 +1,5 @@
 #include "e2e/Program.h"
 
-namespace {
-
 using BrowserRunTest = e2e::ProgramTest;
 using e2e::State;
 
@@ -12,9 +10,8 @@ TEST_F(BrowserRunTest, clicksDragsAndKeysReachTheSheetAndTheSearchFieldNarrows) 
     ASSERT_GE(items.size(), 3);
     const QString ends = items[0].name + u' ' + items[2].name;
     click(items[0].name);
-    click(items[2].name, {u"shift"_s});
-    EXPECT_TRUE(waitForSelection(items[0].name + u' ' + items[1].name + u' ' + items[2].name));
-    click(items[1].name, {u"ctrl"_s});
+    click(items[2].name, u"shift"_s);
+    click(items[1].name, u"ctrl"_s);
     EXPECT_TRUE(waitForSelection(ends));
 
     // Dragged to where nobody takes it.
@@ -65,5 +62,3 @@ TEST_F(BrowserRunTest, clicksDragsAndKeysReachTheSheetAndTheSearchFieldNarrows) 
     desktop.key(u"Home"_s);
     EXPECT_TRUE(waitFor([](const State& s) { return s.selected().startsWith(u"IMG_"); }));
 }
-
-} // namespace

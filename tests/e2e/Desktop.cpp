@@ -1,9 +1,5 @@
 #include "e2e/Desktop.h"
 
-#include "support/Support.h"
-
-#include <gtest/gtest.h>
-
 namespace e2e {
 
 namespace {
@@ -12,13 +8,6 @@ constexpr int longestWait = 60'000; // milliseconds: the machine may be busy
 
 QStringList at(QPoint point) {
     return {u"mousemove"_s, QString::number(point.x()), QString::number(point.y())};
-}
-
-QStringList held(const QString& action, const QStringList& modifiers) {
-    QStringList arguments;
-    for (const QString& modifier : modifiers)
-        arguments += {action, modifier};
-    return arguments;
 }
 
 } // namespace
@@ -54,9 +43,9 @@ QProcessEnvironment Desktop::environment() const {
     environment.insert(u"DISPLAY"_s, _display);
     environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
     environment.insert(u"QT_SCALE_FACTOR"_s, u"1"_s);
-    for (const char* foreign :
-         {"WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS", "QT_STYLE_OVERRIDE"})
-        environment.remove(QString::fromLatin1(foreign));
+    for (const QString& foreign :
+         support::words("WAYLAND_DISPLAY XAUTHORITY DBUS_SESSION_BUS_ADDRESS QT_STYLE_OVERRIDE"))
+        environment.remove(foreign);
     return environment;
 }
 
@@ -69,18 +58,12 @@ QString Desktop::failureOf(const QStringList& arguments) const {
     return done ? QString() : arguments.join(u' ') + u": "_s + QString::fromUtf8(process.readAll());
 }
 
-void Desktop::xdotool(const QStringList& arguments) {
-    EXPECT_EQ(failureOf(arguments), QString());
-}
-
-void Desktop::release() {
-    xdotool({u"mouseup"_s, u"1"_s});
-}
-
-void Desktop::click(QPoint point, const QStringList& modifiers) {
+void Desktop::click(QPoint point, const QString& modifier) {
+    const QStringList press{u"click"_s, u"1"_s};
     xdotool(
-        at(point) + held(u"keydown"_s, modifiers) + QStringList{u"click"_s, u"1"_s} +
-        held(u"keyup"_s, modifiers));
+        at(point) + (modifier.isEmpty() ? press
+                                        : QStringList{u"keydown"_s, modifier} + press +
+                                              QStringList{u"keyup"_s, modifier}));
 }
 
 void Desktop::menu(QPoint point) {
@@ -93,20 +76,6 @@ void Desktop::drag(QPoint from, QPoint to) {
     for (int step = 1; step <= steps; ++step)
         way += at(from + (to - from) * step / steps);
     xdotool(way);
-}
-
-void Desktop::key(const QString& name) {
-    xdotool({u"key"_s, name});
-}
-
-void Desktop::type(const QString& text) {
-    xdotool({u"type"_s, u"--delay"_s, u"5"_s, text});
-}
-
-void Desktop::resize(qint64 windowId, QSize size) {
-    xdotool(
-        {u"windowsize"_s, QString::number(windowId), QString::number(size.width()),
-         QString::number(size.height())});
 }
 
 } // namespace e2e

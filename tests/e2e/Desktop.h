@@ -1,9 +1,10 @@
 #pragma once
 
+#include "support/Support.h"
+
 #include <QPoint>
 #include <QProcess>
 #include <QRect>
-#include <QStringList>
 
 namespace e2e {
 
@@ -23,10 +24,10 @@ public:
     /// For programs that are to show themselves here.
     [[nodiscard]] QProcessEnvironment environment() const;
 
-    // The pointer. Points are those of the screen; `modifiers` are keys held down meanwhile, such
+    // The pointer. Points are those of the screen; the modifier is a key held down meanwhile, such
     // as "ctrl".
-    void release();
-    void click(QPoint point, const QStringList& modifiers = {});
+    void release() { xdotool({u"mouseup"_s, u"1"_s}); }
+    void click(QPoint point, const QString& modifier = {});
     /// Asks for the menu of what is there.
     void menu(QPoint point);
     /// Presses at the one point and goes to the other in a few steps, without letting go.
@@ -34,14 +35,18 @@ public:
 
     // The keys.
     /// Such as "Return", "ctrl+a", "shift+Right".
-    void key(const QString& name);
-    void type(const QString& text);
-    void resize(qint64 windowId, QSize size);
+    void key(const QString& name) { xdotool({u"key"_s, name}); }
+    void type(const QString& text) { xdotool({u"type"_s, u"--delay"_s, u"5"_s, text}); }
+    void resize(const QString& windowId, QSize size) {
+        xdotool(
+            {u"windowsize"_s, windowId, QString::number(size.width()),
+             QString::number(size.height())});
+    }
 
 private:
     /// Answers what went wrong, or nothing.
     [[nodiscard]] QString failureOf(const QStringList& arguments) const;
-    void xdotool(const QStringList& arguments);
+    void xdotool(const QStringList& arguments) { EXPECT_EQ(failureOf(arguments), QString()); }
 
     QProcess _server;
     QProcess _windowManager;

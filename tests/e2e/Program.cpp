@@ -1,9 +1,7 @@
 #include "e2e/Program.h"
 
 #include "app/SingleInstance.h"
-#include "platform/files/PathNames.h"
 
-#include <QDir>
 #include <QJsonDocument>
 
 #include <csignal>
@@ -28,12 +26,6 @@ ProgramTest::ProgramTest() : _profile(_folder.filePath(u"profile"_s)) {
     QDir().mkpath(photos());
 }
 
-ProgramTest::~ProgramTest() = default;
-
-void ProgramTest::SetUp() {
-    ASSERT_TRUE(desktop.isRunning()) << "no display server or window manager";
-}
-
 void ProgramTest::TearDown() {
     if (_program.state() == QProcess::NotRunning) return;
     ::kill(static_cast<pid_t>(_program.processId()), SIGTERM);
@@ -42,10 +34,6 @@ void ProgramTest::TearDown() {
 
 void ProgramTest::paintPhotographs() {
     ASSERT_EQ(QProcess::execute(QStringLiteral(VELMORA_PHOTOGRAPHS), {photos(), u"240"_s}), 0);
-}
-
-QString ProgramTest::photo(const QString& below) const {
-    return platform::pathInFolder(photos(), below);
 }
 
 void ProgramTest::start() {
@@ -62,11 +50,6 @@ void ProgramTest::startAgain(const QStringList& arguments) {
     _program.start(QStringLiteral(VELMORA_PROGRAM), always + arguments);
     ASSERT_TRUE(waitFor([&](const State& s) { return !s.isEmpty() && s.isAtRest(); }));
     waitForFocus();
-}
-
-void ProgramTest::quit() {
-    desktop.key(u"ctrl+q"_s);
-    expectEnd();
 }
 
 void ProgramTest::expectEnd() {
@@ -98,10 +81,6 @@ ProgramTest::waitFor(const Condition& condition, const std::function<void()>& me
     return testing::AssertionFailure() << testing::PrintToString(last);
 }
 
-testing::AssertionResult ProgramTest::waitForSelection(const QString& names) const {
-    return waitFor([&](const State& s) { return s.selected() == names; });
-}
-
 testing::AssertionResult ProgramTest::shows(qint64 count) const {
     return waitFor([count](const State& s) {
         return s.isAtRest() && s.browser(u"items"_s).toInteger() == count;
@@ -118,10 +97,6 @@ Item ProgramTest::item(const QString& name) const {
     return found;
 }
 
-void ProgramTest::click(const QString& name, const QStringList& modifiers) {
-    desktop.click(item(name).picture.center(), modifiers);
-}
-
 void ProgramTest::clickPlace(const QString& text, const QString& within) {
     QRect place;
     ASSERT_TRUE(waitFor([&](const State& s) {
@@ -130,11 +105,6 @@ void ProgramTest::clickPlace(const QString& text, const QString& within) {
     })) << "no "
         << text.toStdString();
     desktop.click(place.center());
-}
-
-void ProgramTest::choose(QStringList entries) {
-    clickPlace(entries.takeFirst(), u"QMenuBar"_s);
-    chooseInMenu(entries);
 }
 
 void ProgramTest::chooseInMenu(const QStringList& entries) {

@@ -2,12 +2,6 @@
 
 #include "e2e/Desktop.h"
 #include "e2e/State.h"
-#include "support/Support.h"
-
-#include <QTemporaryDir>
-
-#include <functional>
-
 namespace e2e {
 
 /// A test of the program itself, with a display, a profile and a folder of pictures of its own. It
@@ -23,15 +17,14 @@ protected:
     using Condition = std::function<bool(const State& state)>;
 
     ProgramTest();
-    ~ProgramTest() override;
-    void SetUp() override;
+    void SetUp() override { ASSERT_TRUE(desktop.isRunning()) << "no display or window manager"; }
     void TearDown() override;
 
     /// The 92 photographs that tools/photographs paints, below `photos()`, in nine folders of five
     /// years.
     void paintPhotographs();
     [[nodiscard]] QString photos() const { return _folder.filePath(u"photos"_s); }
-    [[nodiscard]] QString photo(const QString& below) const;
+    [[nodiscard]] QString photo(const QString& below) const { return photos() + u'/' + below; }
 
     /// Starts the program with `photos()` in the sidebar, and waits until the browser shows all
     /// thumbnails and has the keys.
@@ -41,7 +34,10 @@ protected:
     void startAgain(const QStringList& arguments = {});
     /// Ends the program by the user's keys and expects that it leaves in order, without a word on
     /// standard error. A test that doesn't, ends it as a desktop does, with the same expectation.
-    void quit();
+    void quit() {
+        desktop.key(u"ctrl+q"_s);
+        expectEnd();
+    }
 
     /// What the program shows now; empty if it doesn't answer.
     [[nodiscard]] State state() const;
@@ -49,19 +45,26 @@ protected:
     /// last state.
     [[nodiscard]] testing::AssertionResult
     waitFor(const Condition& condition, const std::function<void()>& meanwhile = {}) const;
-    [[nodiscard]] testing::AssertionResult waitForSelection(const QString& names) const;
+    [[nodiscard]] testing::AssertionResult waitForSelection(const QString& names) const {
+        return waitFor([&](const State& s) { return s.selected() == names; });
+    }
     /// Waits until nothing moves and the browser has so many images.
     [[nodiscard]] testing::AssertionResult shows(qint64 count) const;
     /// The image on show with that name, once it lies still.
     [[nodiscard]] Item item(const QString& name) const;
 
     /// Clicks the picture of an image on show.
-    void click(const QString& name, const QStringList& modifiers = {});
+    void click(const QString& name, const QString& modifier = {}) {
+        desktop.click(item(name).picture.center(), modifier);
+    }
     /// Clicks a control, menu entry or row by its text, once it is there. `within` is the class or
     /// name of what it is in, where other places have the text, too.
     void clickPlace(const QString& text, const QString& within = {});
     /// Goes through the menu bar and submenus to an entry.
-    void choose(QStringList entries);
+    void choose(QStringList entries) {
+        clickPlace(entries.takeFirst(), u"QMenuBar"_s);
+        chooseInMenu(entries);
+    }
     /// Goes through the menu that is open.
     void chooseInMenu(const QStringList& entries);
     /// Waits until a widget of that class has the keys, or any without one.

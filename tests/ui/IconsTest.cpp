@@ -8,7 +8,6 @@
 
 #include <QDirIterator>
 #include <QStandardPaths>
-#include <QSvgRenderer>
 
 namespace {
 
@@ -29,7 +28,6 @@ TEST(IconsTest, everyDrawingFillsItsGridInTheColourAskedFor) {
     while (files.hasNext()) {
         files.next();
         SCOPED_TRACE(files.filePath().toStdString());
-        EXPECT_TRUE(QSvgRenderer(files.filePath()).isValid());
         const int side = files.filePath().contains(u"/24/") ? 24 : 32;
         const QString name = files.fileInfo().completeBaseName();
         const QPixmap pixmap = Icons::pixmap(name, QSize(side, side), 2.0, Qt::red);

@@ -25,9 +25,7 @@ TEST(PBPathCellTest, onlyTheLimitedCellGivesWay) {
     const auto aroundTitle = [&](std::size_t index) {
         return cell(index).cellSize().width() - cell(index).sizeOfTitle().width();
     };
-    EXPECT_EQ(aroundTitle(0), 2 + 19 + 8);
-    EXPECT_EQ(aroundTitle(1), 2 + 19 + 8);
-    EXPECT_EQ(aroundTitle(2), 2 + 19);
+    EXPECT_EQ((QList{aroundTitle(0), aroundTitle(1), aroundTitle(2)}), (QList<double>{29, 29, 21}));
     // Too narrow for the others alone: what remains is the symbol, and the end is cut off.
     path.setSize({60, 20});
     EXPECT_EQ(cell(1).cellSize().width(), 29);
@@ -59,7 +57,6 @@ TEST_F(PBPathControlTest, keysAndTheLeftButtonOpenTheMenuOfACell) {
         QTest::keyClick(&control, Qt::Key_Right);
     control.setGroupTypeArray(control.groupTypeArray()); // the same: the keyboard stays
     QTest::keyClick(&control, Qt::Key_Space);
-    ASSERT_TRUE(menu());
     menu()->actions().constFirst()->trigger();
     EXPECT_EQ(clicked, (std::vector<PBGroupMenuAction>{{PBGroupMenuAction::Add, 1}}));
     menu()->close();
@@ -77,8 +74,7 @@ TEST_F(PBPathControlTest, keysAndTheLeftButtonOpenTheMenuOfACell) {
     };
     const QPointF second = control.rectOfItem(1).center();
     EXPECT_TRUE(pressed(second));
-    EXPECT_FALSE(pressed(second, Qt::RightButton));
-    EXPECT_FALSE(pressed({second.x(), 2}));
+    EXPECT_FALSE(pressed(second, Qt::RightButton) || pressed({second.x(), 2}));
     EXPECT_FALSE(pressed({control.rectOfItem(0).left() - 1, 10}));
     control.setGroupTypeArray(nullptr);
     EXPECT_FALSE(pressed(second));

@@ -47,8 +47,7 @@ TEST_F(PBScrollViewTest, keepsWholePositionsWithinTheDocument) {
     view.setPbScrollPoint({-5, 1.6});
     EXPECT_EQ(view.pbScrollPoint(), QPointF(0, 2));
     view.setPbScrollPoint({0, 1e9});
-    EXPECT_EQ(y(), 9600);
-    EXPECT_EQ(scrolls, 2);
+    EXPECT_EQ(std::pair(y(), scrolls), std::pair(9600.0, 2));
     view.setDocumentSize({280, 1000.2});
     EXPECT_EQ(y(), 601);
     auto* document = new QWidget;
@@ -80,8 +79,7 @@ TEST_F(PBScrollViewTest, theKnobRestsWhileItIsHeldAndShowsThePositionAfterwards)
     view.scrollToPosition(700, true);
     // Frames come by themselves.
     EXPECT_TRUE(support::spinUntil([&] { return !view.isScrolling(); }));
-    EXPECT_EQ(y(), 700);
-    EXPECT_EQ(scroller.value(), 700);
+    EXPECT_EQ(std::pair(y(), scroller.value()), std::pair(700.0, 700));
 }
 
 TEST_F(PBScrollViewTest, linesAndPagesAreEasedAndAddUpAndPreciseDevicesMoveByPixels) {
@@ -116,8 +114,7 @@ TEST_F(PBScrollViewTest, aGestureWithPhasesMovesAtOnceAndCountsAsScrollingUntilI
     sendWheel(view, {}, {}, Qt::ScrollBegin); // a finger that rests stops no motion
     EXPECT_TRUE(view.motion().isRunning());
     sendWheel(view, {0, -30}, {0, -30}, Qt::ScrollUpdate);
-    EXPECT_EQ(y(), 30);
-    EXPECT_FALSE(view.motion().isRunning());
+    EXPECT_TRUE(y() == 30 && !view.motion().isRunning());
     sendWheel(view, {}, {}, Qt::ScrollEnd);
     now += 0.05;
     EXPECT_TRUE(view.isScrolling());
@@ -174,7 +171,6 @@ TEST(PBThumbnailScrollViewTest, stopsAtThumbnailsAndIgnoresMomentum) {
     view.setClock([&] { return now; });
     view.setStrip(&strip);
     view.layoutThumbnailView();
-    EXPECT_EQ(view.geometry(), QRect(2, 2, 400, 100));
     parent.show();
     view.setDocumentSize({4000, 80});
     sendWheel(view, {0, -100}, {0, -120}, Qt::ScrollUpdate);
@@ -189,7 +185,7 @@ TEST(PBThumbnailScrollViewTest, stopsAtThumbnailsAndIgnoresMomentum) {
     view.setIgnoreLayoutSubView(true);
     parent.resize(604, 104);
     view.layoutThumbnailView();
-    EXPECT_EQ(view.width(), 400);
+    EXPECT_EQ(view.geometry(), QRect(2, 2, 400, 100));
     EXPECT_EQ(view.motion().scrollStopPos(), 80 + 80); // 40 more, to the nearest thumbnail
 }
 

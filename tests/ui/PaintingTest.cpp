@@ -42,15 +42,14 @@ TEST(ShadowPatchTest, fadesAlikeOnAllSidesAndFallsBelow) {
     EXPECT_EQ(sides, QList<int>(4, sides[0]));
     EXPECT_EQ(corners, QList<int>(4, corners[0]));
     EXPECT_TRUE(0 < corners[0] && corners[0] < sides[0] && 10 < sides[0] && sides[0] < 100);
-    EXPECT_EQ(alphasAt({{15, 40}}), QList{0});
     EXPECT_GT(alphasAt({{39, 39}}, {38, 38, 3, 3})[0], 60); // smaller than its corners
     shadow.prepare(4, 3, Qt::black);
     EXPECT_EQ(shadow.extent(), 7);
-    EXPECT_EQ(alphasAt({{40, 64}, {18, 40}}), QList<int>(2, sides[0]));
-    shadow.prepare(8, 0, Qt::black);
-    EXPECT_GT(alphasAt({{14, 40}})[0], 0);
-    shadow.prepare(8, 0, Qt::transparent);
-    EXPECT_EQ(alphasAt({{14, 40}}), QList{0});
+    EXPECT_EQ(alphasAt({{40, 64}, {18, 40}, {15, 40}}), (QList{sides[0], sides[0], 0}));
+    for (const QColor color : {Qt::black, Qt::transparent}) {
+        shadow.prepare(8, 0, color);
+        EXPECT_EQ(alphasAt({{14, 40}})[0] > 0, color == Qt::black);
+    }
 }
 
 TEST(TextLinesTest, linesAreCentredOrLeadingAndLoseTheirMiddle) {
@@ -95,7 +94,6 @@ TEST(ToolbarButtonTest, showsItsStateAndItsPlaceInARow) {
         return std::pair(image.pixelColor(8, 6), image.pixelColor(36 + 8, 6));
     };
     const auto rest = colors();
-    EXPECT_EQ(rest.first, rest.second);
     left.setChecked(true);
     right.setEnabled(false);
     EXPECT_TRUE(colors().first != rest.first && colors().second != rest.second);

@@ -41,8 +41,7 @@ TEST_F(ScrollMotionTest, theCurveStartsAtTheStartAndEndsExactlyAtTheEnd) {
     tickAt(0.5999);
     EXPECT_TRUE(motion.isRunning());
     tickAt(0.6);
-    EXPECT_EQ(target.position, 1100);
-    EXPECT_FALSE(motion.isRunning());
+    EXPECT_TRUE(target.position == 1100 && !motion.isRunning());
 }
 
 TEST_F(ScrollMotionTest, turnsOfTheWheelAddUpAndTheFirstTwoAgainstThemAreSwallowed) {
@@ -79,8 +78,7 @@ TEST_F(ScrollMotionTest, aNewTargetStartsFromWhereTheMotionIsAndEndsWhereItMayRe
     EXPECT_EQ(target.position, 80);
     motion.scrollToPosition(400, true);
     motion.scrollToPosition(210, false);
-    EXPECT_EQ(target.position, 240);
-    EXPECT_FALSE(motion.isRunning());
+    EXPECT_TRUE(target.position == 240 && !motion.isRunning());
     EXPECT_EQ(target.ended, (std::vector<std::int64_t>{0, 0}));
 }
 

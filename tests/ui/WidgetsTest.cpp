@@ -6,7 +6,6 @@
 
 #include <QStandardItemModel>
 #include <QTest>
-#include <QWheelEvent>
 
 namespace {
 
@@ -30,15 +29,13 @@ TEST_P(PBSplitViewTest, onePaneKeepsItsSizeUntilTheDividerIsDragged) {
     const std::pair<int, int> sizes[] = {{5000, 200}, {1, 100}, {0, 0}, {120, 120}};
     for (const auto& [wanted, held] : sizes) {
         view.setFixedPaneSize(wanted);
-        EXPECT_EQ(view.fixedPaneSize(), held) << wanted;
-        EXPECT_EQ(view.length(), 600) << wanted;
+        EXPECT_EQ(std::pair(view.fixedPaneSize(), view.length()), std::pair(held, 600)) << wanted;
         EXPECT_EQ(view.isPaneCollapsed(fixed), held == 0);
     }
     int resizes = 0;
     QObject::connect(&view, &PBSplitView::splitViewDidResizeSubviews, &view, [&] { ++resizes; });
     view.resize(view.width() + 90, 300);
-    EXPECT_EQ(view.fixedPaneSize(), 120);
-    EXPECT_EQ(view.length(), 690);
+    EXPECT_EQ(std::pair(view.fixedPaneSize(), view.length()), std::pair(120, 690));
     EXPECT_GE(resizes, 1);
     // The divider follows the mouse from where it is held, until it is let go.
     int releases = 0;
@@ -50,11 +47,11 @@ TEST_P(PBSplitViewTest, onePaneKeepsItsSizeUntilTheDividerIsDragged) {
         return view.splitPosition() - before;
     };
     send(QEvent::MouseButtonPress, 0);
-    EXPECT_EQ(send(QEvent::MouseMove, 0), 0);
-    EXPECT_EQ(send(QEvent::MouseMove, 10), 10);
+    for (const int distance : {0, 10})
+        EXPECT_EQ(send(QEvent::MouseMove, distance), distance);
     send(QEvent::MouseButtonRelease, 10);
-    EXPECT_EQ(releases, 1);
     EXPECT_EQ(send(QEvent::MouseMove, -10), 10);
+    EXPECT_EQ(releases, 1);
 }
 
 TEST_P(PBSplitViewTest, aMovePassesTheLimitsTakesNoMouseAndTellsOfItsEndOnce) {
@@ -152,18 +149,17 @@ TEST_F(PBOutlineViewTest, titlesAreSteppedOverAndNeverSelected) {
     }
     press(2);
     EXPECT_TRUE(view.selectionModel()->isSelected(model.index(3, 0)));
-    press(4);
-    EXPECT_TRUE(pressed.isEmpty());
-    press(4);
-    EXPECT_EQ(pressed, QList<int>{4});
+    for (int times = 0; times < 2; ++times) {
+        press(4);
+        EXPECT_EQ(pressed.size(), times);
+    }
     // A row that goes takes its selection along.
     view.setCurrentIndex(model.index(3, 0));
     model.removeRow(4);
     model.removeRow(0);
     EXPECT_EQ(current(), 2);
     model.removeRows(2, 2);
-    EXPECT_FALSE(view.currentIndex().isValid());
-    EXPECT_FALSE(view.selectionModel()->hasSelection());
+    EXPECT_FALSE(view.currentIndex().isValid() || view.selectionModel()->hasSelection());
 }
 
 TEST_F(PBOutlineViewTest, copyPasteAndSelectAllAreLeftToTheWindow) {
