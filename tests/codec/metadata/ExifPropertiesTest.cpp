@@ -60,13 +60,10 @@ TEST(ExifPropertiesTest, everyColumnHasAPropertyAndEveryPropertyAColumn) {
         {codec::exifPropertyKeys(ExifDictionary::Exif), u"Exif"},
         {codec::exifPropertyKeys(ExifDictionary::Tiff), u"Tiff"},
         {codec::exifPropertyKeys(ExifDictionary::Gps), u"GPS"},
-        {codec::auxPropertyKeys(), u"ExifAux"}};
+        {codec::auxPropertyKeys(), u"ExifAux"},
+        {support::listed(codec::iptcPropertyKeys(), PBUtilities::databaseKeyFromIPTCKey), u"IPTC"}};
     for (const auto& [keys, table] : tables)
         EXPECT_EQ(sorted(keys), sorted(metadataColumnsOfTable(table)));
-    QStringList iptc = support::listed(codec::iptcPropertyKeys(), [](const auto& key) {
-        return PBUtilities::databaseKeyFromIPTCKey(key);
-    });
-    EXPECT_EQ(sorted(iptc), sorted(metadataColumnsOfTable(u"IPTC")));
 }
 
 TEST(ExifPropertiesTest, valuesReadAsTheColumnsHoldThem) {
@@ -75,15 +72,12 @@ TEST(ExifPropertiesTest, valuesReadAsTheColumnsHoldThem) {
          {"Exif.Photo.FNumber", "28/10", "Exif.FNumber", u"2.8"},
          {"Exif.Photo.ISOSpeedRatings", "100", "Exif.ISOSpeedRatings", u"100"},
          {"Exif.Photo.ExifVersion", "48 50 51 48", "Exif.ExifVersion", u"2,3,0"},
-         {"Exif.Photo.FlashpixVersion", "48 49 48 48", "Exif.FlashPixVersion", u"1,0,0"},
          {"Exif.Photo.ComponentsConfiguration", "1 2 3 0", "Exif.ComponentsConfiguration",
           u"1,2,3,0"},
          {"Exif.Photo.LensSpecification", "24/1 70/1 28/10 0/0", "Exif.LensSpecification",
           u"24,70,2.8,0"},
-         {"Exif.Photo.SubjectArea", "10 20 30 40", "Exif.SubjectArea", u"10,20,30,40"},
          {"Exif.Photo.ExposureBiasValue", "-2/3", "Exif.ExposureBiasValue", u"-0.6666666666666666"},
          {"Exif.Photo.FileSource", "3", "Exif.FileSource", u"3"},
-         {"Exif.Photo.SceneType", "1", "Exif.SceneType", u"1"},
          {"Exif.Photo.DateTimeOriginal", "2010:07:01 12:00:00", "Exif.DateTimeOriginal",
           u"2010:07:01 12:00:00"},
          {"Exif.Photo.DateTimeDigitized", "0000:00:00 00:00:00", "Exif.DateTimeDigitized", u""},
@@ -156,14 +150,11 @@ TEST(ExifPropertiesTest, tagsOfTheWrongTypeAreReadAsFarAsTheyMakeSense) {
          {"", "", "Exif.ExifVersion", u""},
          {"", "", "TIFF.Software", u"17"}},
         [](Exiv2::ExifData& exif, auto&, auto&) {
-            const Exiv2::AsciiValue aperture("5.6");
+            const Exiv2::AsciiValue aperture("5.6"), words("F five");
             exif.add(Exiv2::ExifKey("Exif.Photo.FNumber"), &aperture);
-            const Exiv2::AsciiValue words("F five");
             exif.add(Exiv2::ExifKey("Exif.Photo.FocalLength"), &words);
             exif.add(Exiv2::ExifKey("Exif.Photo.ExifVersion"), &words);
-            Exiv2::UShortValue number;
-            number.read("17");
-            exif.add(Exiv2::ExifKey("Exif.Image.Software"), &number);
+            exif["Exif.Image.Software"] = uint16_t(17);
         });
 }
 
