@@ -51,9 +51,8 @@ TEST_F(MarksTest, ARotationIsTheUsersWhereTheFileSaysAnotherAngle) {
          std::map<int, QString>{{0, u"0|0"_s}, {270, u"270|-"_s}, {180, u"180|180"_s}}) {
         change({turned}, {.stars = {}, .flag = {}, .tags = {}, .rotation = std::optional(angle)});
         EXPECT_EQ(
-            support::rowsOf(
-                *both, u"select cast(RotateAngle as integer),ifnull(Rotation,'-') from Marks "
-                       "join ImageFile on FileId = ImageFile.Id"_s),
+            rows(u"select cast(RotateAngle as integer),ifnull(Rotation,'-') from Marks "
+                 "join ImageFile on FileId = ImageFile.Id"_s),
             QStringList{inFile})
             << angle;
     }
@@ -67,8 +66,7 @@ TEST_F(MarksTest, OfTwoFilesTheOneWithFewerEditsTakesTheMarksOfTheOther) {
     // Marks that are older than the ledger.
     ASSERT_TRUE(both->executeUpdate(u"update ImageFile set FileStars = 2"_s));
     ASSERT_TRUE(bind());
-    EXPECT_EQ(
-        support::rowsOf(*both, u"select FileId,Stars from Marks"_s), support::words("1|2 2|2"));
+    EXPECT_EQ(rows(u"select FileId,Stars from Marks"_s), support::words("1|2 2|2"));
     both.reset();
     copy(filesPath, filesPath + u".old"_s);
     copy(marksPath, marksPath + u".old"_s);
@@ -84,14 +82,12 @@ TEST_F(MarksTest, OfTwoFilesTheOneWithFewerEditsTakesTheMarksOfTheOther) {
         copy(path + u".old"_s, path);
         open();
         ASSERT_TRUE(bind());
-        EXPECT_EQ(
-            support::rowsOf(*both, u"select Id,FileStars from ImageFile where Id < 3"_s), edited);
-        EXPECT_EQ(
-            support::rowsOf(*both, u"select FileId,Stars from Marks where FileId < 3"_s), edited);
+        EXPECT_EQ(rows(u"select Id,FileStars from ImageFile where Id < 3"_s), edited);
+        EXPECT_EQ(rows(u"select FileId,Stars from Marks where FileId < 3"_s), edited);
         // An older copy gives the id once more.
         EXPECT_TRUE(path != filesPath || addPhotograph(u"d.jpg"_s) == three);
         EXPECT_EQ(
-            support::rowsOf(*both, u"select RelativePath from Marks where FileId = 3"_s).join(u' '),
+            rows(u"select RelativePath from Marks where FileId = 3"_s).join(u' '),
             path == filesPath ? u""_s : u"trip/c.jpg"_s);
         both.reset();
         copy(path + u".new"_s, path);
@@ -128,8 +124,7 @@ TEST_F(MarksTest, AnEditIsInBothFilesOrInNone) {
     }
     EXPECT_EQ(inLedger() + inCatalogue(), before);
     EXPECT_EQ(
-        support::rowsOf(*both, u"pragma main.journal_mode"_s) +
-            support::rowsOf(*both, u"pragma marks.journal_mode"_s),
+        rows(u"pragma main.journal_mode"_s) + rows(u"pragma marks.journal_mode"_s),
         support::words("delete delete"))
         << "SQLite commits two files at once with rollback journals only";
 }

@@ -63,15 +63,14 @@ struct MarksTest : testing::Test {
         FMTransaction transaction(*both);
         return marks::bindLedger(*both, roots) && transaction.commit();
     }
+    QStringList rows(const QString& sql) { return support::rowsOf(*both, sql); }
     QStringList inLedger() {
-        return support::rowsOf(
-            *both, u"select ifnull(FileId,'-'),cast(RelativePath as text),Stars,Flag,Tags,"
-                   "ifnull(Rotation,'-') from Marks order by Id"_s);
+        return rows(u"select ifnull(FileId,'-'),cast(RelativePath as text),Stars,Flag,Tags,"
+                    "ifnull(Rotation,'-') from Marks order by Id"_s);
     }
     QStringList inCatalogue() {
-        return support::rowsOf(
-            *both, u"select ifnull(FileStars,0),ifnull(FileFlag,0),ifnull(Tag,''),"
-                   "cast(RotateAngle as integer) from ImageFile order by Id"_s);
+        return rows(u"select ifnull(FileStars,0),ifnull(FileFlag,0),ifnull(Tag,''),"
+                    "cast(RotateAngle as integer) from ImageFile order by Id"_s);
     }
 
     QTemporaryDir temporary;
