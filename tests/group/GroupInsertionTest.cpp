@@ -239,13 +239,10 @@ TEST_F(GroupDataLoaderTest, readingAheadGivesTheSameAsOneImageAtATime) {
         items.push_back(addImage());
         const qint64 id = items.back()->fileId();
         fileIds.push_back(id);
-        if (random() % 3)
-            catalogue.insertExifWithImageFileId(
-                id, {{u"DateTimeOriginal"_s, u"20%1:01:02 03:04:05"_s.arg(10 + id % 9)}});
+        const QString date = u"20%1:01:02 03:04:05"_s.arg(10 + id % 9);
+        if (random() % 3) catalogue.insertExifWithImageFileId(id, {{u"DateTimeOriginal"_s, date}});
         if (random() % 3) catalogue.insertTiffWithImageFileId(id, {{u"Model"_s, u"M%1"_s.arg(id)}});
-        if (random() % 3)
-            catalogue.insertGPSWithImageFileId(
-                id, {{u"Latitude"_s, double(id % 80)}, {u"Longitude"_s, PBNull{}}});
+        if (random() % 3) catalogue.insertGPSWithImageFileId(id, {{u"Latitude"_s, id % 80}});
     }
     const std::vector<int> chain{CameraModel, CaptureYear, 63, Place};
     GroupDataLoader ahead(chain, SortDateTaken);

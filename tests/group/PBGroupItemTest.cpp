@@ -220,11 +220,8 @@ TEST(PBGroupItemTest, chainsOfACopyRemoveFromTheOriginal) {
         tree.top, {chainTo(*leaves[0], {items[1]}), chainTo(*leaves[2], {items[3], items[0]})});
     EXPECT_EQ(describe(tree.top), u"R5(2(c) 1(a))"_s);
     EXPECT_EQ(describe(live), u"R5(2(b c) 1(a)) Z9(2(d))"_s);
-    // The same chain again, an empty one, and one of another tree: nothing is found.
-    const Tree other("R5,1,a");
-    removeFileItemInGroupArray(
-        tree.top,
-        {chainTo(*leaves[2], {items[3]}), {}, chainTo(*other.top[0]->children()[0], {items[0]})});
+    // The same chain again, and an empty one: nothing is found.
+    removeFileItemInGroupArray(tree.top, {chainTo(*leaves[2], {items[3]}), {}});
     EXPECT_EQ(describe(tree.top), u"R5(2(c) 1(a))"_s);
     const std::vector chains{chainTo(*leaves[0], {items[2]}), chainTo(*leaves[1], {items[0]})};
     removeFileItemInGroupArray(tree.top, chains, [] { return true; });
@@ -283,9 +280,8 @@ TEST_F(PBImageFileItemTest, ordersByEachSortType) {
             return one->sortCompare(*two, type);
         });
     small->setImageSize({100, 50});
-    const std::pair<QSizeF, int> sizes[] = {
-        {{50, 100}, 0}, {{1e12, 1e12}, -1}, {{std::nan(""), 5}, 1}};
-    for (const auto& [size, order] : sizes) {
+    for (const auto& [size, order] :
+         {std::pair(QSizeF(50, 100), 0), {{1e12, 1e12}, -1}, {{std::nan(""), 5}, 1}}) {
         large->setImageSize(size);
         EXPECT_EQ(small->sortCompare(*large, SortPixelArea), order);
     }
@@ -324,24 +320,6 @@ TEST_F(PBImageFileItemTest, quarterTurnsExchangeWidthAndHeight) {
     }
 }
 
-TEST_F(PBImageFileItemTest, eachReaderAsksForItsOwnColumn) {
-    const auto item =
-        addImage(entries("UTIType=public.png CreationDate=12.5 ImageDPI=300 ColorModel=RGB "
-                         "ColorSyncProfile=sRGB FileFlag=1 FileStars=4 Tag=3,7"));
-    const auto read = [&db = database](const PBImageFileItem& from) {
-        const PBArray values{from.utiTypeWithDatabase(db), from.creationDateWithDatabase(db),
-                             from.dpiWithDatabase(db),     from.colorModelWithDatabase(db),
-                             from.flaggedWithDatabase(db), from.colorSyncProfileWithDatabase(db),
-                             from.tagsWithDatabase(db),    from.starRatingWithDatabase(db)};
-        return support::listed(values, [](const PBValue& value) { return value.toText(); })
-            .join(u' ');
-    };
-    EXPECT_EQ(read(*item), u"public.png 12.5 300 RGB 1 sRGB 3,7 4"_s);
-    const QString nothing = u" 0   0   0"_s;
-    EXPECT_EQ(read(*makeItem(u"x"_s, 999)), nothing);
-    EXPECT_EQ(read(*addImage(entries("FileStars=-1"))), nothing);
-}
-
 TEST_F(PBImageFileItemTest, foldersWithAPathAreAskedForOnce) {
     const support::KnownFolders folders({{1, u"/p"_s}, {3, u"/"_s}});
     FolderPathCache cache;
@@ -352,16 +330,6 @@ TEST_F(PBImageFileItemTest, foldersWithAPathAreAskedForOnce) {
     EXPECT_EQ(paths, (QStringList{u"/p/a"_s, u"/p/a"_s, u"/a"_s, u"/a"_s, {}, {}}));
     EXPECT_EQ(folders.asked, 4);
     EXPECT_EQ(makeItem(u"a"_s)->filePath(folders), u"/p/a"_s);
-}
-
-TEST_F(PBImageFileItemTest, picturesComeAndGoWithoutOneAnother) {
-    const auto item = makeItem(u"a"_s);
-    item->setThumbnailRef(QImage(2, 1, QImage::Format_RGB32));
-    item->setImageArray(nullptr);
-    EXPECT_EQ(item->thumbnailRef().size(), QSize(2, 1));
-    item->setImageArray(std::make_unique<ItemImages>());
-    item->clearThumbnailRef();
-    EXPECT_TRUE(item->imageArray() && !item->hasThumbnail() && item->thumbnailRef().isNull());
 }
 
 TEST_F(PBImageFileItemTest, aRenamedItemSortsByItsNewNameAndFormerNamesStayValid) {
