@@ -7,6 +7,17 @@
 #include "catalogue/marks/MarksLedger.h"
 #include "support/Rows.h"
 
+/// An edit as the user makes it: of both files, in one transaction.
+inline void changeMarks(
+    FMDatabase& both, const marks::RootPaths& roots, const std::vector<qint64>& ids,
+    const marks::MarksChange& change) {
+    FMTransaction transaction(both);
+    marks::MarksLedger ledger(both);
+    EXPECT_TRUE(marks::bindLedger(both, roots) && ledger.changeCatalogue(ids, change));
+    EXPECT_TRUE(ledger.takeFromCatalogue(ids, roots) && ledger.countEdit());
+    EXPECT_TRUE(transaction.commit());
+}
+
 /// A catalogue and a ledger in a folder, and a connection to both.
 struct MarksTest : testing::Test {
     MarksTest() {
@@ -35,39 +46,31 @@ struct MarksTest : testing::Test {
             folderId = catalogue.insertFolderWithAliasId(root, u"trip"_s);
             roots.insert(root, u"/pictures"_s);
         }
-        const qint64 id = catalogue.insertImageFileWithDictionary(
-            {{u"FolderId"_s, folderId},
-             {u"FileName"_s, name},
-             {u"FileSize"_s, 1000 + name.size()},
-             {u"ModificationDate"_s, PBDate{12345.678}},
-             {u"ImageWidth"_s, 40},
-             {u"ImageHeight"_s, 30},
-             {u"RotateAngle"_s, orientation == 6 ? -90.0 : 0.0}});
+        auto columns = support::entries("ModificationDate=12345.678 ImageWidth=40 ImageHeight=30");
+        columns[u"FolderId"_s] = folderId;
+        columns[u"FileName"_s] = name;
+        columns[u"FileSize"_s] = 1000 + name.size();
+        columns[u"RotateAngle"_s] = orientation == 6 ? -90.0 : 0.0;
+        const qint64 id = catalogue.insertImageFileWithDictionary(columns);
         catalogue.insertTiffWithImageFileId(
             id, {{u"Orientation"_s, orientation}, {u"Make"_s, u"Maker"_s}});
         return id;
     }
     void change(const std::vector<qint64>& ids, const marks::MarksChange& change) {
-        FMTransaction transaction(*both);
-        marks::MarksLedger ledger(*both);
-        EXPECT_TRUE(marks::bindLedger(*both, roots));
-        EXPECT_TRUE(ledger.changeCatalogue(ids, change));
-        EXPECT_TRUE(ledger.takeFromCatalogue(ids, roots) && ledger.countEdit());
-        EXPECT_TRUE(transaction.commit());
+        changeMarks(*both, roots, ids, change);
     }
     bool bind() {
         FMTransaction transaction(*both);
         return marks::bindLedger(*both, roots) && transaction.commit();
     }
+    QStringList rows(const QString& sql) { return support::rowsOf(*both, sql); }
     QStringList inLedger() {
-        return support::rowsOf(
-            *both, u"select ifnull(FileId,'-'),cast(RelativePath as text),Stars,Flag,Tags,"
-                   "ifnull(Rotation,'-') from Marks order by Id"_s);
+        return rows(u"select ifnull(FileId,'-'),cast(RelativePath as text),Stars,Flag,Tags,"
+                    "ifnull(Rotation,'-') from Marks order by Id"_s);
     }
     QStringList inCatalogue() {
-        return support::rowsOf(
-            *both, u"select ifnull(FileStars,0),ifnull(FileFlag,0),ifnull(Tag,''),"
-                   "cast(RotateAngle as integer) from ImageFile order by Id"_s);
+        return rows(u"select ifnull(FileStars,0),ifnull(FileFlag,0),ifnull(Tag,''),"
+                    "cast(RotateAngle as integer) from ImageFile order by Id"_s);
     }
 
     QTemporaryDir temporary;

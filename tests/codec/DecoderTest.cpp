@@ -20,14 +20,7 @@ TEST(Colours, SamplesOfEveryKindBecomeWhatAScreenShows) {
         std::vector<double> samples; // as fractions of the most
         std::array<int, 4> shown;    // red, green, blue, alpha
     };
-    const auto told = [](int primaries, int transfer, double gamma = 0) {
-        ColourDescription colours;
-        colours.primaries = primaries;
-        colours.transfer = transfer;
-        colours.gamma = gamma;
-        return colours;
-    };
-    const ColourDescription quantiser = told(1, 16);
+    const ColourDescription quantiser{{}, 1, 16, 0, {}};
     const Case cases[] = {
         {{.model = Gray}, {}, {0.5}, {128, 128, 128, 255}},
         {{.model = Gray, .sample = U16, .alpha = Straight}, {}, {1, 0.5}, {255, 255, 255, 128}},
@@ -36,14 +29,14 @@ TEST(Colours, SamplesOfEveryKindBecomeWhatAScreenShows) {
         {{.model = Cmyk, .isInverted = true}, {}, {1, 0, 0.5, 1}, {255, 0, 128, 255}},
         {{.sample = Float}, {}, {0.2159, 2, -1}, {128, 255, 0, 255}},
         {{.model = Gray, .sample = Float, .alpha = Straight}, {}, {0.5, 0.5}, {188, 188, 188, 128}},
-        {{}, told(0, 0, 1), {0.2159, 1, 0}, {128, 255, 0, 255}},
+        {{}, {{}, 0, 0, 1, {}}, {0.2159, 1, 0}, {128, 255, 0, 255}},
         // 203, 100 and 10,000 nits, and a hue that stays when it is far too bright.
         {{.sample = U16}, quantiser, {0.58069, 0.58069, 0.58069}, {237, 237, 237, 255}},
         {{.sample = U16}, quantiser, {0.50808, 0.50808, 0.50808}, {186, 186, 186, 255}},
         {{.sample = U16}, quantiser, {1, 1, 1}, {254, 254, 254, 255}},
         {{.sample = U16, .alpha = Straight}, quantiser, {1, 0, 0, 0.5}, {254, 0, 0, 128}},
-        {{.sample = U16}, told(9, 16), {0.50808, 0, 0}, {229, 0, 0, 255}},
-        {{.sample = U16}, told(9, 18), {.75, .75, .75}, {237, 237, 237, 255}},
+        {{.sample = U16}, {{}, 9, 16, 0, {}}, {0.50808, 0, 0}, {229, 0, 0, 255}},
+        {{.sample = U16}, {{}, 9, 18, 0, {}}, {.75, .75, .75}, {237, 237, 237, 255}},
     };
     for (const Case& one : cases) {
         std::vector<std::uint8_t> bytes;

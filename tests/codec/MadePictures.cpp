@@ -21,22 +21,15 @@ std::vector<Picture> gradients() {
         {"gradient.heic", {}, {}, 16},
         {"deep.heic", {}, {}, 16},
         {"gradient.avif", {}, {}, 16}};
-    for (const char* name : {"png.ico",        "gradient.ico",
-                             "plain.tga",      "top.tga",
-                             "runs32.tga",     "runs-from-right.tga",
-                             "rgb.psd",        "rgb16-runs.psd",
-                             "cmyk-runs.psd",  "cmyk16.psd",
-                             "gradient.jp2",   "gradient.j2k",
-                             "gradient.jxl",   "deep.jxl",
-                             "big.tif",        "tiles-planar16.tif",
-                             "planar.tif",     "tiles-cmyk-deflate.tif",
-                             "cmyk16-lzw.tif", "deep.png",
-                             "interlaced.png", "deep-interlaced.png"})
-        all.push_back({name, {}});
+    for (const QString& name : support::words(
+             "png.ico gradient.ico plain.tga top.tga runs32.tga runs-from-right.tga rgb.psd "
+             "rgb16-runs.psd cmyk-runs.psd cmyk16.psd gradient.jp2 gradient.j2k gradient.jxl "
+             "deep.jxl big.tif tiles-planar16.tif planar.tif tiles-cmyk-deflate.tif "
+             "cmyk16-lzw.tif deep.png interlaced.png deep-interlaced.png"))
+        all.push_back({name.toStdString(), {}});
     for (Picture& one : all) {
-        one.bytes = formatpictures::file(one.name);
-        if (std::string_view(one.name).ends_with(".tga"))
-            one.typeHint = u"com.truevision.tga-image"_s;
+        one.bytes = formatpictures::file(one.name.c_str());
+        if (one.name.ends_with(".tga")) one.typeHint = u"com.truevision.tga-image"_s;
     }
     all.push_back({"jpeg", PBUtilities::cgImageRefToJpegData(image), {}, 16});
     all.push_back({"png", PBUtilities::cgImageRefToPngData(image)});

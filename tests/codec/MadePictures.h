@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace made {
 
 struct Picture {
-    const char* name;
+    std::string name;
     QByteArray bytes;
     /// The type that the file's name would say, where the bytes do not.
     QString typeHint = {};

@@ -85,8 +85,7 @@ TEST_F(MarksTest, WhatWasExportedComesBackWholeInAnotherCatalogue) {
     const QString untouched = inCatalogue().join(u' ');
     const auto performed = import(lines);
     EXPECT_EQ(
-        support::rowsOf(*both, u"select EditCount from Ledger"_s) +
-            support::rowsOf(*both, u"pragma main.application_id"_s),
+        rows(u"select EditCount from Ledger"_s) + rows(u"pragma main.application_id"_s),
         support::words("2 2"))
         << "an older copy of either file is known by it";
     const auto sorted = [](const QByteArray& text) {

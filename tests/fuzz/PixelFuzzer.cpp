@@ -11,15 +11,8 @@
 namespace {
 
 /// What the file's name may say where it decides; most inputs go by their content.
-constexpr std::array<QStringView, 8> typeHints{
-    u"",
-    u"public.jpeg",
-    u"com.truevision.tga-image",
-    u"com.adobe.raw-image",
-    u"com.nikon.raw-image",
-    u"com.canon.cr2-raw-image",
-    u"com.fuji.raw-image",
-    u"com.sony.arw-raw-image"};
+constexpr std::array<QStringView, 4> typeHints{
+    u"", u"public.jpeg", u"com.truevision.tga-image", u"com.adobe.raw-image"};
 constexpr codec::Limits limits{std::uint64_t{1} << 18, std::uint64_t{32} << 20};
 
 /// Every pixel of a result has to be there to be read, and a reduced one has to be reduced.
@@ -51,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     request.frame = wish >> 5U;
     request.limits = limits;
     const auto source = codec::Source::fromBytes(bytes);
-    checkFrame(codec::decode(source, typeHints[wish & 7U], request), request.maxSize);
-    if (codec::countFrames(source, typeHints[wish & 7U]) > 100'000) std::abort();
+    checkFrame(codec::decode(source, typeHints[wish & 3U], request), request.maxSize);
+    if (codec::countFrames(source, typeHints[wish & 3U]) > 100'000) std::abort();
     return 0;
 }

@@ -5,7 +5,7 @@
 #include "group/FolderPaths.h"
 #include "group/GroupingStep.h"
 #include "group/PBGroupItem.h"
-#include "support/Support.h"
+#include "support/Rows.h"
 
 namespace support {
 

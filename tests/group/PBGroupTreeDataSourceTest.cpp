@@ -212,23 +212,12 @@ TEST_F(PBGroupTreeDataSourceTest, ofPublicationsThatWaitTheNewestOfEachTreeIsSho
     EXPECT_EQ(mailbox.take(), nullptr);
 }
 
-TEST(PushRhythmTest, timeAndFocusMakeAPushDueForAllOperationsOfAScan) {
-    const auto time = std::make_shared<PBMutableNumber>(100.0);
-    const auto count = std::make_shared<PBMutableNumber>(0);
-    PushRhythm rhythm(time, count);
-    EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 200));
+TEST(PushRhythmTest, anOpenedFileIsDueAtOnceAndTimeCountsOnlyForNewItems) {
+    PushRhythm rhythm(std::make_shared<PBMutableNumber>(100), std::make_shared<PBMutableNumber>(0));
     EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, true, 100));
-    for (int items = 0; items <= 100; ++items) {
-        EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 101));
-        rhythm.itemWasAdded();
-        EXPECT_EQ(rhythm.isDue(catalogueScanLimits, false, 101), items == 100);
-        EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, false, 101.1));
-    }
-    PushRhythm(time, count).wasPushed(100.5);
-    EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 1000));
+    EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 200));
     rhythm.itemWasAdded();
-    EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 101.5));
-    EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, false, 101.6));
+    EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, false, 200));
 }
 
 } // namespace

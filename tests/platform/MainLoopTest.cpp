@@ -11,6 +11,10 @@ using support::spinUntil;
 namespace {
 
 struct MainLoopTest : testing::Test {
+    static void runEvents() {
+        for (int i = 0; i < 20; ++i)
+            QCoreApplication::processEvents();
+    }
     auto note(int name) {
         return [this, name] { ran.push_back(name); };
     }
@@ -28,8 +32,7 @@ TEST_F(MainLoopTest, defaultCallsWaitForTheEndOfTracking) {
     loop.post(MainLoop::Mode::Common, note(3));
     { const TrackingScope inner; }
     ASSERT_TRUE(spinUntil([this] { return !ran.empty(); }));
-    for (int i = 0; i < 20; ++i)
-        QCoreApplication::processEvents();
+    runEvents();
     EXPECT_EQ(ran, std::vector{3});
     outer.reset();
     ASSERT_TRUE(spinUntil([this] { return ran.size() == 3; }));
@@ -45,8 +48,7 @@ TEST_F(MainLoopTest, trackingBegunByACallHoldsBackTheCallsBehindIt) {
     loop.post(MainLoop::Mode::Default, note(1));
     loop.post(MainLoop::Mode::Default, note(2));
     ASSERT_TRUE(spinUntil([&] { return scope.has_value(); }));
-    for (int i = 0; i < 20; ++i)
-        QCoreApplication::processEvents();
+    runEvents();
     EXPECT_TRUE(ran.empty());
     scope.reset();
     ASSERT_TRUE(spinUntil([this] { return ran.size() == 3; }));

@@ -3,8 +3,6 @@
 
 #include <latch>
 
-#include <pthread.h>
-
 using platform::Operation;
 using platform::OperationQueue;
 using platform::QueuePriority;
@@ -56,13 +54,11 @@ TEST(OperationQueueTest, serialQueueRunsInOrderOfPriorityThenArrivalAndTellsTheE
 
 TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {
     for (const bool byEnd : {false, true}) {
-        std::optional<OperationQueue> queue(u"a name longer than the kernel's"_s);
+        std::optional<OperationQueue> queue(u"test"_s);
         std::latch started(1);
-        std::string name(16, ' ');
         int idle = 0;
         queue->setIdleHandler([&] { ++idle; });
         auto operation = std::make_shared<Lambda>([&](Lambda& self) {
-            pthread_getname_np(pthread_self(), name.data(), name.size());
             started.count_down();
             platform::Mutex mutex;
             platform::Lock lock(mutex);
@@ -75,7 +71,6 @@ TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {
         EXPECT_TRUE(operation->isExecuting());
         EXPECT_EQ(
             queue->operations(), (std::vector<std::shared_ptr<Operation>>{operation, behind}));
-        EXPECT_EQ(queue->operationCount(), 2U);
         if (!byEnd) {
             queue->cancelAllOperations();
             queue->waitUntilAllOperationsAreFinished();
@@ -83,7 +78,6 @@ TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {
         }
         queue.reset();
         EXPECT_TRUE(operation->isFinished() && behind->isCancelled() && behind->isFinished());
-        EXPECT_STREQ(name.c_str(), "a name longer t");
     }
 }
 

@@ -30,10 +30,6 @@ struct AttachTest : ScanTest {
     PBScanDictionaryRef dictionary() const {
         return factory->makeDictionary(root, {}, workTree, browsing);
     }
-    void attachChanges(const WatchedChanges& changes) {
-        factory->attachChanges(changes, workTree, browsing);
-        waitForQueues();
-    }
     void groupBy(int type) {
         browsing.groupTypeArray = std::make_shared<const std::vector<int>>(1, type);
     }
@@ -158,16 +154,13 @@ TEST_F(AttachTest, AFileThatWasStoredHalfIsStoredAnewWhenItsWriterHasFinished) {
     const QString other = row("other.jpg");
     makePicture(u"half.jpg"_s, {80, 60});
     makePicture(u"other.jpg"_s, {80, 60});
-    WatchedChanges changes;
-    changes.checkExist = true;
-    changes.rewrittenFiles = {path(u"half.jpg"_s)};
-    changes.rescans = {{path({}), false}};
-    attachChanges(changes);
+    const QStringList rewritten{path(u"half.jpg"_s)};
+    watch(true, {{path({}), false}}, rewritten);
     EXPECT_NE(row("half.jpg"), half);
     EXPECT_TRUE(row("half.jpg").endsWith(u"|80")) << row("half.jpg").toStdString();
     EXPECT_EQ(row("other.jpg"), other) << "rewritten in place: the next visit sees it";
     const QString stored = row("half.jpg");
-    attachChanges(changes); // told, and as it is stored
+    watch(true, {{path({}), false}}, rewritten); // told, and as it is stored
     EXPECT_EQ(row("half.jpg"), stored);
     EXPECT_EQ(shown(), words("half.jpg other.jpg"));
 }
@@ -186,12 +179,10 @@ TEST_F(AttachTest, ChangesOnDiskReachTheTreeAndTheCatalogue) {
     makePictures("0/new.jpg 1/below/deep.jpg 2/unseen.jpg");
 
     std::vector<std::size_t> counts = publishedCounts();
-    WatchedChanges changes;
-    changes.checkExist = true;
-    attachChanges(changes);
+    watch(true);
     counts.insert(counts.end(), {5, 0}); // above 100, and at the end
     EXPECT_EQ(publishedCounts(), counts);
-    attachChanges(changes);
+    watch(true);
     scanQueue.addOperation(std::make_shared<PBCheckFileItemExistOperation>(dictionary()));
     waitForQueues();
     EXPECT_EQ(publishedCounts(), counts) << "nothing for a tree without items";
@@ -199,14 +190,12 @@ TEST_F(AttachTest, ChangesOnDiskReachTheTreeAndTheCatalogue) {
     EXPECT_EQ(count(files, "Folder"), 3);
 
     finished = 0;
-    changes.rescans = {{path(u"0"_s), false}, {path(u"1"_s), true}, {u"/nowhere"_s, true}};
-    attachChanges(changes);
+    watch(true, {{path(u"0"_s), false}, {path(u"1"_s), true}, {u"/nowhere"_s, true}});
     EXPECT_EQ(shown(), words("new.jpg deep.jpg"));
     EXPECT_EQ(finished, 2) << "each look into a folder ends by itself";
 
     QFile::remove(path(u"0/new.jpg"_s));
-    changes.rescans = {{path(u"2"_s), false}};
-    attachChanges(changes);
+    watch(true, {{path(u"2"_s), false}});
     EXPECT_EQ(shown(), words("deep.jpg unseen.jpg"));
     expectConsistentCatalogue();
 }

@@ -9,12 +9,7 @@ using support::words;
 struct AwayFilesTest : ScanTest {
     /// The two ways in which files are compared with the catalogue.
     void lookByScan() { scan(); }
-    void lookByCheck() {
-        WatchedChanges changes;
-        changes.checkExist = true;
-        factory->attachChanges(changes, workTree, browsing);
-        waitForQueues();
-    }
+    void lookByCheck() { watch(true); }
     /// Names of the images on display that are away.
     QStringList away() const {
         QStringList names;

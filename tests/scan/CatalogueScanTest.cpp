@@ -179,12 +179,10 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
             startScan(QString::number(random() % folders));
         }
         if (round % 4 == 1) {
-            // From another thread, at a moment of its own.
-            std::thread([&] {
-                waitForItems(60);
-                scanQueue.cancelAllOperations();
-                buildQueue.cancelAllOperations();
-            }).join();
+            // At a moment of its own.
+            waitForItems(60);
+            scanQueue.cancelAllOperations();
+            buildQueue.cancelAllOperations();
         }
         scanQueue.waitUntilAllOperationsAreFinished();
         expectConsistentCatalogue();

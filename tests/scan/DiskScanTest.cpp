@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+using support::entries;
 using support::words;
 
 TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
@@ -33,17 +34,14 @@ TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
     EXPECT_EQ(finished, 1);
 
     const auto onDisk = platform::FileManager::resourceValues(path(u"a.jpg"_s));
-    const auto valueOf = [&](const char* column) {
-        const QString sql = u"select %1 from ImageFile where FileName = 'a.jpg'"_s;
-        FMResultSet row = files.executeQuery(sql.arg(QLatin1StringView(column)));
-        return row.next() ? row.objectForColumnIndex(0) : PBValue();
-    };
-    EXPECT_EQ(valueOf("FileSize"), PBValue(onDisk->fileSize));
-    EXPECT_EQ(valueOf("ModificationDate"), PBValue(onDisk->modificationDate));
-    EXPECT_EQ(valueOf("CreationDate"), PBValue(onDisk->creationDate));
+    const QStringList ids = rows(u"select Id from ImageFile where FileName = 'a.jpg'"_s);
     EXPECT_EQ(
-        valueOf("ImageWidth || 'x' || ImageHeight || UTIType || FileStars || FileFlag"),
-        PBValue(u"8x6public.jpeg00"_s));
+        PBCatalogue(files).imageFileDataWithIdAndFields(
+            ids[0].toLongLong(), words("FileSize ModificationDate CreationDate ImageWidth "
+                                       "ImageHeight UTIType FileStars FileFlag")),
+        (PBArray{
+            onDisk->fileSize, onDisk->modificationDate, onDisk->creationDate, 8, 6,
+            u"public.jpeg"_s, 0, 0}));
 }
 
 TEST_F(ScanTest, ASecondVisitTakesExactlyWhatChanged) {
@@ -97,15 +95,13 @@ TEST_F(ScanTest, ASecondVisitTakesExactlyWhatChanged) {
 
 TEST_F(ScanTest, MetadataGoToTheirTablesAndOrientationToTheRotation) {
     makePicture(u"a.jpg"_s);
-    importers.properties[u"a.jpg"_s] = {
-        {u"DPIWidth"_s, 300},
-        {u"ColorModel"_s, u"RGB"_s},
-        {u"ProfileName"_s, u"P3"_s},
-        {u"{Exif}"_s, PBDictionary{{u"FNumber"_s, 2.8}}},
-        {u"{ExifAux}"_s, PBDictionary{{u"LensModel"_s, u"L"_s}}},
-        {u"{IPTC}"_s, PBDictionary{{u"Headline"_s, u"H"_s}}},
-        {u"{TIFF}"_s, PBDictionary{{u"Orientation"_s, 6}, {u"Make"_s, u"M"_s}}},
-        {u"{GPS}"_s, PBDictionary{{u"Latitude"_s, 1.5}, {u"Longitude"_s, 2.5}}}};
+    importers.properties[u"a.jpg"_s] = entries("DPIWidth=300 ColorModel=RGB ProfileName=P3");
+    importers.properties[u"a.jpg"_s].merge(PBDictionary{
+        {u"{Exif}"_s, entries("FNumber=2.8")},
+        {u"{ExifAux}"_s, entries("LensModel=L")},
+        {u"{IPTC}"_s, entries("Headline=H")},
+        {u"{TIFF}"_s, entries("Orientation=6 Make=M")},
+        {u"{GPS}"_s, entries("Latitude=1.5 Longitude=2.5")}});
     scan();
     EXPECT_EQ(
         rows(u"select RotateAngle,ImageDPI,ColorModel,ColorSyncProfile,FNumber,ExifAux.LensModel,"
@@ -115,9 +111,9 @@ TEST_F(ScanTest, MetadataGoToTheirTablesAndOrientationToTheRotation) {
         ASSERT_EQ(items().size(), 1U) << when;
         const auto item = items()[0];
         EXPECT_EQ(item->imageSize(), QSizeF(8, 6)) << when;
-        EXPECT_EQ(item->rotateAngle(), -90) << when;
-        const QString ids = u"%1|%2"_s.arg(item->fileId()).arg(item->folderId());
-        EXPECT_EQ(rows(u"select Id,FolderId from ImageFile"_s), QStringList{ids}) << when;
+        const QString told =
+            u"%1|%2|%3"_s.arg(item->fileId()).arg(item->folderId()).arg(item->rotateAngle());
+        EXPECT_EQ(rows(u"select Id,FolderId,-90 from ImageFile"_s), QStringList{told}) << when;
         scan();
     }
 }

@@ -1,5 +1,4 @@
-#include "FMDB/FMTransaction.h"
-#include "catalogue/marks/MarksFile.h"
+#include "catalogue/MarksSupport.h"
 #include "catalogue/marks/MarksUpkeep.h"
 #include "scan/ScanSupport.h"
 #include "scan/marks/MarksRestorer.h"
@@ -55,15 +54,8 @@ struct MarksRestoreTest : ScanTest {
         return found;
     }
     void mark(const QString& name, const marks::MarksChange& change) {
-        const auto id = rows(u"select Id from ImageFile where FileName = '%1'"_s.arg(name))
-                            .value(0)
-                            .toLongLong();
-        const std::array ids{id};
-        FMTransaction transaction(*both);
-        marks::MarksLedger ledger(*both);
-        EXPECT_TRUE(
-            marks::bindLedger(*both, roots()) && ledger.changeCatalogue(ids, change) &&
-            ledger.takeFromCatalogue(ids, roots()) && ledger.countEdit() && transaction.commit());
+        const QStringList ids = rows(u"select Id from ImageFile where FileName = '%1'"_s.arg(name));
+        changeMarks(*both, roots(), {ids.value(0).toLongLong()}, change);
     }
     /// As the program does it behind the user's back.
     void readFiles() const {
@@ -71,23 +63,22 @@ struct MarksRestoreTest : ScanTest {
         upkeep.wake();
         EXPECT_TRUE(support::spinUntil([&] { return upkeep.isIdle(); }));
     }
-    void rename(const char* from, const char* to) const {
-        QDir().mkpath(QFileInfo(path(QLatin1StringView(to))).absolutePath());
-        EXPECT_EQ(
-            std::rename(
-                qPrintable(path(QLatin1StringView(from))), qPrintable(path(QLatin1StringView(to)))),
-            0);
-    }
-    /// Another inode with the same content.
-    void copy(const char* from, const char* to) const {
-        support::writeFile(
-            path(QLatin1StringView(to)), support::readFile(path(QLatin1StringView(from))));
-    }
-    void remove(const char* name) const { QFile::remove(path(QLatin1StringView(name))); }
-    /// As programs write a picture anew that they have read: under another name first.
-    void rewrite(const char* name, QSize size, int seed) const {
-        makePicture(u"unfinished.png"_s, size, seed);
-        rename("unfinished.png", name);
+    /// What people and programs do to files, such as "move a.png in/a.png, write a.png".
+    void change(const char* steps) const {
+        for (const QString& step : QString::fromLatin1(steps).split(u", "_s)) {
+            const QStringList words = step.split(u' ');
+            const QString from = path(words[1]);
+            const QString to = path(words.last());
+            QDir().mkpath(QFileInfo(to).absolutePath());
+            if (words[0] == u"write") {
+                makePicture(words[1], {12, 9}, 7);
+            } else if (words[0] == u"move") {
+                EXPECT_EQ(std::rename(qPrintable(from), qPrintable(to)), 0);
+            } else {
+                support::writeFile(to, support::readFile(from)); // another inode
+                if (words[0] == u"carry") QFile::remove(from);   // to another disk
+            }
+        }
     }
     /// The photographs with marks.
     QString marked() {
@@ -109,11 +100,10 @@ struct MarksRestoreTest : ScanTest {
     const QString marksPath = temporary.filePath(u"marks.db"_s);
     std::unique_ptr<FMDatabase> both;
     std::atomic<int> cameBack{0};
-    bool isRemovable = false;
     MarksRestorer restorer{
         {.connect = [this] { return connect(); },
          .mountedRoots = [this] { return roots(); },
-         .isRemovable = [this](const QByteArray&) { return isRemovable; },
+         .isRemovable = [](const QByteArray&) { return false; },
          .marksCameBack = [this](const PBImageFileList& back) { cameBack += int(back.size()); },
          .ledgerDidChange = [] {}}};
 };
@@ -121,65 +111,30 @@ struct MarksRestoreTest : ScanTest {
 TEST_F(MarksRestoreTest, MarksGoWithTheirPhotographsWhateverBecomesOfTheirPlaces) {
     struct Case {
         const char* what;
-        std::function<void()> change;
+        const char* change;
         const char* expected;
+        const char* camera = "One"; ///< of a.png
     };
-    const std::vector<Case> cases{
-        {"renamed", [this] { rename("a.png", "c.png"); }, "b.png=2F c.png=4sea"},
-        {"moved into a folder", [this] { rename("a.png", "in/a.png"); }, "b.png=2F in/a.png=4sea"},
-        {"swapped",
-         [this] {
-             rename("a.png", "t.png");
-             rename("b.png", "a.png");
-             rename("t.png", "b.png");
-         },
-         "a.png=2F b.png=4sea"},
+    const Case cases[] = {
+        {"renamed", "move a.png c.png", "b.png=2F c.png=4sea"},
+        {"moved into a folder", "move a.png in/a.png", "b.png=2F in/a.png=4sea"},
+        {"swapped", "move a.png t.png, move b.png a.png, move t.png b.png", "a.png=2F b.png=4sea"},
         {"swapped with one without marks",
-         [this] {
-             rename("a.png", "t.png");
-             rename("plain.png", "a.png");
-             rename("t.png", "plain.png");
-         },
-         "b.png=2F plain.png=4sea"},
-        {"moved across disks",
-         [this] {
-             copy("a.png", "in/c.png");
-             remove("a.png");
-         },
-         "b.png=2F in/c.png=4sea"},
-        {"copied", [this] { copy("a.png", "in/a.png"); }, "a.png=4sea b.png=2F"},
-        {"written anew in place",
-         [this] {
-             makePicture(u"a.png"_s, {12, 9}, 7);
-         },
+         "move a.png t.png, move plain.png a.png, move t.png plain.png", "b.png=2F plain.png=4sea"},
+        {"moved across disks", "carry a.png in/c.png", "b.png=2F in/c.png=4sea"},
+        {"copied", "copy a.png in/a.png", "a.png=4sea b.png=2F"},
+        {"written anew in place", "write a.png", "a.png=4sea b.png=2F"},
+        {"written anew under another name first", "write new.png, move new.png a.png",
          "a.png=4sea b.png=2F"},
-        {"written anew under another name first",
-         [this] {
-             rewrite("a.png", {12, 9}, 7);
-         },
-         "a.png=4sea b.png=2F"},
-        {"another photograph over the path of the moved one",
-         [this] {
-             rename("a.png", "in/c.png");
-             makePicture(u"a.png"_s, {12, 9}, 7);
-         },
+        {"another photograph over the path of the moved one", "move a.png in/c.png, write a.png",
          "b.png=2F in/c.png=4sea"},
-        {"the same across disks",
-         [this] {
-             copy("a.png", "in/c.png");
-             rewrite("a.png", {12, 9}, 7);
-         },
+        {"the same across disks", "copy a.png in/c.png, write new.png, move new.png a.png",
          "b.png=2F in/c.png=4sea"},
-        {"replaced by another camera's",
-         [this] {
-             importers.properties[u"a.png"_s] = camera("Two");
-             rewrite("a.png", {12, 9}, 7);
-         },
-         "b.png=2F"},
-    };
+        {"replaced by another camera's", "write new.png, move new.png a.png", "b.png=2F", "Two"}};
     for (const Case& each : cases) {
         beginAnew();
-        each.change();
+        importers.properties[u"a.png"_s] = camera(each.camera);
+        change(each.change);
         scan();
         EXPECT_EQ(marked().toStdString(), each.expected) << each.what;
         scan();
@@ -191,20 +146,14 @@ TEST_F(MarksRestoreTest, MarksGoWithTheirPhotographsWhateverBecomesOfTheirPlaces
 /// Size and date are those of the other: only the files themselves tell.
 TEST_F(MarksRestoreTest, NamesThatWereSwappedBetweenFilesOfOneSizeAndDate) {
     beginAnew();
-    const auto pad = [&](const char* name) {
-        QByteArray bytes = support::readFile(path(QLatin1StringView(name)));
-        support::writeFile(path(QLatin1StringView(name)), bytes.leftJustified(4000, 'x'));
+    for (const QString& file : {path(u"a.png"_s), path(u"b.png"_s)}) {
+        support::writeFile(file, support::readFile(file).leftJustified(4000, 'x'));
         const std::array<timespec, 2> times{timespec{1000, 5}, timespec{1000, 5}};
-        EXPECT_EQ(
-            ::utimensat(AT_FDCWD, qPrintable(path(QLatin1StringView(name))), times.data(), 0), 0);
-    };
-    pad("a.png");
-    pad("b.png");
+        EXPECT_EQ(::utimensat(AT_FDCWD, qPrintable(file), times.data(), 0), 0);
+    }
     scan();
     readFiles();
-    rename("a.png", "t.png");
-    rename("b.png", "a.png");
-    rename("t.png", "b.png");
+    change("move a.png t.png, move b.png a.png, move t.png b.png");
     scan();
     EXPECT_EQ(marked(), u"a.png=2F b.png=4sea"_s);
 }
@@ -230,32 +179,28 @@ TEST_F(MarksRestoreTest, ACatalogueThatWasLostHasEveryMarkAgainAndShowsIt) {
 
 TEST_F(MarksRestoreTest, WhatIsDecidedAtTheEndOfAScanReachesTheItemsThatAreShown) {
     beginAnew();
-    copy("a.png", "in/c.png");
-    remove("a.png");
+    change("carry a.png in/c.png");
     scan();
     EXPECT_EQ(cameBack, 1);
 }
 
 TEST_F(MarksRestoreTest, ARotationComesBackToARewrittenFileOnlyIfNobodyElseTurnedIt) {
-    struct Case {
-        QSize size;
-        int orientation;
-        int expected;
-    };
-    for (const Case& each :
-         std::vector<Case>{{{20, 16}, 6, 90}, {{16, 20}, 6, -90}, {{20, 16}, 3, 180}}) {
+    const std::tuple<QSize, int, int> cases[] = {
+        {{20, 16}, 6, 90}, {{16, 16}, 6, 90}, {{16, 20}, 6, -90}, {{20, 16}, 3, 180}};
+    for (const auto& [size, orientation, expected] : cases) {
         beginAnew();
         importers.properties[u"a.png"_s] = camera("One", 6);
         makePicture(u"a.png"_s, {10, 9}, 1);
         scan();
         mark(u"a.png"_s, {.stars = {}, .flag = {}, .tags = {}, .rotation = std::optional(90)});
         readFiles();
-        importers.properties[u"a.png"_s] = camera("One", each.orientation);
-        rewrite("a.png", each.size, 5);
+        importers.properties[u"a.png"_s] = camera("One", orientation);
+        makePicture(u"new.png"_s, size, 5);
+        change("move new.png a.png");
         scan();
         EXPECT_EQ(
             rows(u"select cast(RotateAngle as integer) from ImageFile where FileName = 'a.png'"_s),
-            QStringList{QString::number(each.expected)});
+            QStringList{QString::number(expected)});
         EXPECT_EQ(marked(), u"a.png=4sea b.png=2F"_s);
     }
 }
@@ -263,12 +208,10 @@ TEST_F(MarksRestoreTest, ARotationComesBackToARewrittenFileOnlyIfNobodyElseTurne
 /// The photograph that was moved away turns up after another one has been taken for it.
 TEST_F(MarksRestoreTest, WhatWasTakenForARewrittenFileLosesTheMarksWhenTheVeryFileTurnsUp) {
     beginAnew();
-    const QString elsewhere = temporary.filePath(u"elsewhere.png"_s);
-    ASSERT_EQ(std::rename(qPrintable(path(u"a.png"_s)), qPrintable(elsewhere)), 0);
-    makePicture(u"a.png"_s, {12, 9}, 7);
+    change("move a.png ../elsewhere.png, write a.png");
     scan();
     EXPECT_EQ(marked(), u"a.png=4sea b.png=2F"_s);
-    ASSERT_EQ(std::rename(qPrintable(elsewhere), qPrintable(path(u"c.png"_s))), 0);
+    change("move ../elsewhere.png c.png");
     scan();
     EXPECT_EQ(marked(), u"b.png=2F c.png=4sea"_s);
 }
@@ -276,18 +219,11 @@ TEST_F(MarksRestoreTest, WhatWasTakenForARewrittenFileLosesTheMarksWhenTheVeryFi
 /// While the program runs, a file that is moved to another disk is there twice for a while.
 TEST_F(MarksRestoreTest, AnOriginalThatGoesAfterItsCopyWasCataloguedHandsItsMarksOver) {
     beginAnew();
-    const auto watch = [&](bool checkExist, const QString& folder) {
-        WatchedChanges changes;
-        changes.checkExist = checkExist;
-        if (!folder.isNull()) changes.rescans.push_back({folder, true});
-        factory->attachChanges(changes, workTree, browsing);
-        waitForQueues();
-    };
-    copy("a.png", "in/c.png");
-    watch(false, path(u"in"_s));
+    change("copy a.png in/c.png");
+    watch(false, {{path(u"in"_s), true}});
     EXPECT_EQ(marked(), u"a.png=4sea b.png=2F"_s);
-    remove("a.png");
-    watch(true, {});
+    QFile::remove(path(u"a.png"_s));
+    watch(true);
     EXPECT_EQ(marked(), u"b.png=2F in/c.png=4sea"_s);
     EXPECT_EQ(cameBack, 1);
 }
@@ -295,12 +231,8 @@ TEST_F(MarksRestoreTest, AnOriginalThatGoesAfterItsCopyWasCataloguedHandsItsMark
 /// The photograph turns up before anybody has seen that another one is in its place.
 TEST_F(MarksRestoreTest, APlaceThatAPhotographHasLeftDoesNotKeepItsMarks) {
     beginAnew();
-    rename("a.png", "in/c.png");
-    makePicture(u"a.png"_s, {12, 9}, 7);
-    WatchedChanges changes;
-    changes.rescans.push_back({path(u"in"_s), true});
-    factory->attachChanges(changes, workTree, browsing);
-    waitForQueues();
+    change("move a.png in/c.png, write a.png");
+    watch(false, {{path(u"in"_s), true}});
     EXPECT_EQ(marked(), u"b.png=2F in/c.png=4sea"_s);
     EXPECT_EQ(cameBack, 1) << "and shows none";
 }

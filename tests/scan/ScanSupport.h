@@ -122,6 +122,16 @@ struct ScanTest : testing::Test {
         scanQueue.waitUntilAllOperationsAreFinished();
         buildQueue.waitUntilAllOperationsAreFinished();
     }
+    /// Has what a watcher saw looked at, and waits for the end of that.
+    void
+    watch(bool checkExist, std::vector<FolderRescan> rescans = {}, QStringList rewritten = {}) {
+        WatchedChanges changes;
+        changes.checkExist = checkExist;
+        changes.rescans = std::move(rescans);
+        changes.rewrittenFiles = std::move(rewritten);
+        factory->attachChanges(changes, workTree, browsing);
+        waitForQueues();
+    }
     /// The names of the images in the last publication, in the order of the tree.
     QStringList shown() const {
         const auto last = lastPublication();

@@ -19,6 +19,22 @@ inline QStringList rowsOf(FMDatabase& db, const QString& sql) {
     return rows;
 }
 
+/// The entries of a dictionary, told as "FileStars=4 Make=Canon"; what reads as a number is one.
+inline PBDictionary entries(const char* told) {
+    PBDictionary all;
+    for (const QString& entry : words(told)) {
+        const QString value = entry.section(u'=', 1);
+        bool isWhole = false;
+        bool isNumber = false;
+        const qint64 whole = value.toLongLong(&isWhole);
+        const double number = value.toDouble(&isNumber);
+        all[entry.section(u'=', 0, 0)] = isWhole    ? PBValue(whole)
+                                         : isNumber ? PBValue(number)
+                                                    : PBValue(value);
+    }
+    return all;
+}
+
 /// Every metadata row has its image, every image its folder and is there once.
 inline void expectConsistentCatalogue(FMDatabase& files) {
     for (const char* table : {"Exif", "ExifAux", "Tiff", "IPTC", "GPS"})

@@ -10,9 +10,7 @@ namespace {
 
 using codec::Bytes;
 using codec::ImageHeader;
-using pictures::ByteWriter;
-using pictures::propertiesOf;
-using pictures::saved;
+using namespace pictures;
 
 Bytes viewOf(const QByteArray& bytes) {
     return Bytes(
@@ -86,11 +84,11 @@ TEST(ImageHeaderTest, everyFormatTellsItsSizeDepthModelResolutionAndProfile) {
     const QByteArray size = hex("ff4f ff51 002f 0000 0000006e 00000046 0000000a 00000014") +
                             zeros.left(16) + hex("0003 0f 01 01");
     const auto jpeg2000 = [&](const QByteArray& boxes) {
-        return pictures::box("jP  ", "\r\n\x87\n") + pictures::box("ftyp", "jp2 ") +
-               pictures::box("jp2h", boxes) + pictures::box("jp2c", size);
+        return box("jP  ", "\r\n\x87\n") + box("ftyp", "jp2 ") + box("jp2h", boxes) +
+               box("jp2c", size);
     };
     const auto colours = [&](const char* number) {
-        return jpeg2000(pictures::box("colr", hex("01 0000 000000") + hex(number)));
+        return jpeg2000(box("colr", hex("01 0000 000000") + hex(number)));
     };
     const auto jfif = [](const char* unit, const char* frame) {
         return hex("ffd8 ffe0 0010 4a46494600 0102") + hex(unit) + hex("0076 0064 0000") +
@@ -100,7 +98,7 @@ TEST(ImageHeaderTest, everyFormatTellsItsSizeDepthModelResolutionAndProfile) {
         return "8BPS" + hex("0001 000000000000 0004 00000014 0000001e") + hex(rest) + zeros;
     };
     const auto property = [](const char* name, const char* content) {
-        return pictures::heif({pictures::box(name, hex(content))});
+        return heif({box(name, hex(content))});
     };
     const QByteArray bitmap = "BM" + zeros.left(12);
     const QByteArray targa = hex("0000 03 000000000000000000 4000 3000 08 00");
@@ -113,17 +111,16 @@ TEST(ImageHeaderTest, everyFormatTellsItsSizeDepthModelResolutionAndProfile) {
         {photoshop("0010 0004"), u"30x20 16 CMYK"_s},
         {photoshop("0008 0009"), u"30x20 8 Lab"_s},
         {photoshop("0008 0001 00000000 0000002a 3842494d 0400 0000 00000001 ff00 3842494d 03ed "
-                   "0000 00000010"
-                   "0048 0000 0001 0001 012c 0000 0001 0001"),
+                   "0000 00000010 0048 0000 0001 0001 012c 0000 0001 0001"),
          u"30x20 8 Gray 72:300"_s},
         {size, u"100x50 16 RGB"_s},
         {colours("10"), u"100x50 16 RGB "_s + srgb},
         {colours("11"), u"100x50 16 Gray"_s},
         {colours("0c"), u"100x50 16 CMYK"_s},
         {colours("0e"), u"100x50 16 Lab"_s},
-        {jpeg2000(pictures::box(
-             "res ", pictures::box("resc", hex("2e23 0064 0f61 0001 02 00")) +
-                         pictures::box("resd", hex("0001 0001 0001 0001 04 04")))),
+        {jpeg2000(
+             box("res ", box("resc", hex("2e23 0064 0f61 0001 02 00")) +
+                             box("resd", hex("0001 0001 0001 0001 04 04")))),
          u"100x50 16 RGB 100:300"_s},
         {targa, u"64x48 8 Gray"_s},
         {QByteArray(targa).replace(2, 1, "\x0A"), u"64x48 8 RGB"_s},
@@ -164,8 +161,8 @@ TEST(ImageHeaderTest, everyFormatTellsItsSizeDepthModelResolutionAndProfile) {
         {webp("odd " + hex("01000000 ff00") + "VP8 " + hex("0a000000 000000 9d012a 1ec0 1480")),
          u"30x20 8 RGB"_s},
         {webp("VP8L" + hex("05000000 2f 1dc00400")), u"30x20 8 RGB"_s},
-        {pictures::tiff(false, 400), u"40x30 16 Gray 300:0 o1"_s},
-        {pictures::tiff(true, 400), u"40x30 16 Gray 300:0 o1"_s},
+        {tiff(false, 400), u"40x30 16 Gray 300:0 o1"_s},
+        {tiff(true, 400), u"40x30 16 Gray 300:0 o1"_s},
         {property("irot", "00"), u"4000x3000 8 RGB o1"_s},
         {property("irot", "01"), u"4000x3000 8 RGB o8"_s},
         {property("irot", "02"), u"4000x3000 8 RGB o3"_s},
@@ -176,8 +173,7 @@ TEST(ImageHeaderTest, everyFormatTellsItsSizeDepthModelResolutionAndProfile) {
         {property("av1C", "81 00 00"), u"4000x3000 8 RGB o1"_s},
         {property("av1C", "81 00 40"), u"4000x3000 10 RGB o1"_s},
         {property("av1C", "81 00 60"), u"4000x3000 12 RGB o1"_s},
-        {pictures::heif({pictures::box("hvcC", zeros.left(17) + '\xFA')}),
-         u"4000x3000 10 RGB o1"_s},
+        {heif({box("hvcC", zeros.left(17) + '\xFA')}), u"4000x3000 10 RGB o1"_s},
         {property("colr", "6e636c78 0009 0010 0009 80"), u"4000x3000 8 RGB "_s + hdr + u" o1"_s}};
     for (const auto& [bytes, header] : rows)
         EXPECT_EQ(described(bytes), header) << bytes.left(60).toHex().toStdString();
@@ -215,35 +211,31 @@ QByteArray movingGif() {
 }
 
 TEST(ImageHeaderTest, propertiesSayWhatHeadersDoAndRawFilesTheSizeOfTheirPicture) {
-    const QByteArray quarter =
-        pictures::box("irot", QByteArray(1, 3)); // 270 degrees counter-clockwise
+    const QByteArray quarter = box("irot", QByteArray(1, 3)); // 270 degrees counter-clockwise
     const QString tiffEntries = u"Exif.FocalLenIn35mmFilm TIFF.PhotometricInterpretation"_s;
     const std::tuple<QByteArray, QString, QString, QString> rows[] = {
-        {pictures::tiff(false, 400), {}, tiffEntries, u"35 1"_s},
-        {pictures::tiff(true, 400), {}, tiffEntries, u"35 1"_s},
+        {tiff(false, 400), {}, tiffEntries, u"35 1"_s},
+        {tiff(true, 400), {}, tiffEntries, u"35 1"_s},
         {formatpictures::file("sensor.dng"), u"com.adobe.raw-image"_s,
          u".PixelWidth .PixelHeight .ColorModel TIFF.Orientation Exif.ISOSpeedRatings "
          "Exif.ExposureTime Exif.DateTimeOriginal"_s,
          u"64 48 RGB 6 200 0.004 2010:07:01 12:00:00"_s},
         // A JPEG under a raw file's name is still a picture.
-        {pictures::jpeg(), u"com.nikon.raw-image"_s, u".PixelWidth"_s, u"40"_s},
+        {jpeg(), u"com.nikon.raw-image"_s, u".PixelWidth"_s, u"40"_s},
         {movingGif(), {}, u"GIF.DelayTime"_s, u"0.07"_s},
         // The container's rotation, which the catalogue looks for among the metadata.
-        {pictures::heif({quarter}),
-         {},
-         u".PixelWidth .Orientation TIFF.Orientation"_s,
-         u"4000 6 6"_s}};
+        {heif({quarter}), {}, u".PixelWidth .Orientation TIFF.Orientation"_s, u"4000 6 6"_s}};
     for (const auto& [bytes, type, paths, texts] : rows) {
         const auto properties = propertiesOf(bytes, type);
         QStringList read;
         for (const QString& path : paths.split(u' '))
-            read += pictures::entry(properties, path);
+            read += entry(properties, path);
         EXPECT_EQ(read.join(u' '), texts);
     }
     EXPECT_EQ(described(movingGif(), 1), u"20x10 8 RGB 2.5 s"_s);
     EXPECT_EQ(described(movingGif(), 2), u"none"_s);
-    const QByteArray mirror = pictures::box("imir", QByteArray(1, 1));
-    EXPECT_EQ(described(pictures::heif({quarter, mirror})), u"4000x3000 8 RGB o5"_s);
+    const QByteArray mirror = box("imir", QByteArray(1, 1));
+    EXPECT_EQ(described(heif({quarter, mirror})), u"4000x3000 8 RGB o5"_s);
 }
 
 } // namespace

@@ -9,12 +9,8 @@ using codec::decodeUtf16;
 TEST(TextDecodingTest, bytesOfAnyOriginBecomeValidText) {
     const std::pair<QByteArray, QString> rows[] = {
         {"  Canon \0\0", u"Canon"_s},
-        {"Gr\xC3\xBC\xC3\x9F"
-         "e",
-         u"Grüße"_s},
-        {"Gr\xFC\xDF"
-         "e \x80 \x93q\x94",
-         u"Grüße € “q”"_s},
+        {"Gr\xC3\xBCn", u"Grün"_s},
+        {"Gr\xFCn \x80 \x93q\x94", u"Grün € “q”"_s},
         {"cut \xE4\xBD\xA0\xE5\xA5", u"cut 你"_s},
         {QByteArray("first\0second", 12), u"first"_s},
         {"a\x01\x1B[31mb\tc\nd\x7F", u"a[31mb\tc\nd"_s},
