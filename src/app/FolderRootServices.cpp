@@ -10,14 +10,15 @@
 #include <QDBusConnection>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 using platform::MainLoop;
 
 namespace {
 
-/// Some seconds, for those who look at the catalogue where nobody waits.
-constexpr int busyRetries = 20'000;
+/// For those who look at the catalogue where nobody waits.
+constexpr std::chrono::seconds longestWait(5);
 
 } // namespace
 
@@ -56,7 +57,7 @@ FolderRootServices::FolderRootServices(const Environment& environment)
         [file = environment.mainFileDb.databasePath()](
             qint64 aliasId) -> std::optional<std::vector<CataloguedName>> {
             FMDatabase db(file);
-            db.setBusyRetryTimeout(busyRetries);
+            db.setLongestWait(longestWait);
             return db.open() ? cataloguedNames(db, aliasId) : std::nullopt;
         });
     _aliasResolver.setMountFailureHandler([this](qint64 aliasId, const QString& error) {

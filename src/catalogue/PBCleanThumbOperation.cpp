@@ -4,12 +4,13 @@
 
 #include <QFile>
 
+#include <chrono>
 #include <utility>
 
 namespace {
 
 /// Whoever writes the catalogue has the right of way.
-constexpr int busyRetries = 100;
+constexpr std::chrono::milliseconds longestWait(10);
 
 } // namespace
 
@@ -25,7 +26,7 @@ ThumbnailCleaning::Outcome PBCleanThumbOperation::step() const {
     // Opening would make a file that is not there.
     FMDatabase files(_filesPath);
     if (!QFile::exists(_filesPath) || !files.open()) return ThumbnailCleaning::Outcome::Unknown;
-    files.setBusyRetryTimeout(busyRetries);
+    files.setLongestWait(longestWait);
     return _cleaning->step(files, _thumbnails);
 }
 

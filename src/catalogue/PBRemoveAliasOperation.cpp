@@ -11,14 +11,14 @@ namespace {
 /// What a removal asks of its connection, and scans don't.
 class Setting {
 public:
-    Setting(FMDatabase& db, int busyRetries) : _db(db) {
-        _db.setBusyRetryTimeout(busyRetries);
+    Setting(FMDatabase& db, std::chrono::milliseconds longestWait) : _db(db) {
+        _db.setLongestWait(longestWait);
         // Pages written before the commit would keep all readers out, the window among them.
         _db.executeUpdate(QStringLiteral("pragma cache_spill = off"));
     }
     ~Setting() {
         _db.executeUpdate(QStringLiteral("pragma cache_spill = on"));
-        _db.setBusyRetryTimeout(0);
+        _db.setLongestWait({});
     }
     Setting(const Setting&) = delete;
     Setting& operator=(const Setting&) = delete;
@@ -48,11 +48,12 @@ bool removeRows(const std::vector<qint64>& aliasIds, FMDatabase& db) {
 } // namespace
 
 PBRemoveAliasOperation::PBRemoveAliasOperation(
-    Roots roots, FMDatabase& db, Ended ended, int busyRetries)
-    : _roots(std::move(roots)), _db(db), _ended(std::move(ended)), _busyRetries(busyRetries) {}
+    Roots roots, FMDatabase& db, Ended ended, std::chrono::milliseconds longestWait)
+    : _roots(std::move(roots)), _db(db), _ended(std::move(ended)), _longestWait(longestWait) {}
 
-bool PBRemoveAliasOperation::remove(const Roots& roots, FMDatabase& db, int busyRetries) {
-    const Setting setting(db, busyRetries);
+bool PBRemoveAliasOperation::remove(
+    const Roots& roots, FMDatabase& db, std::chrono::milliseconds longestWait) {
+    const Setting setting(db, longestWait);
     if (!setMark(db, roots.askedFor, true)) return false;
     if (removeRows(roots.aliasIds, db)) return true;
     // Where not even that can be stored, the next start removes it.
@@ -61,6 +62,6 @@ bool PBRemoveAliasOperation::remove(const Roots& roots, FMDatabase& db, int busy
 }
 
 void PBRemoveAliasOperation::main() {
-    const bool isRemoved = remove(_roots, _db, _busyRetries);
+    const bool isRemoved = remove(_roots, _db, _longestWait);
     if (_ended) _ended(isRemoved);
 }

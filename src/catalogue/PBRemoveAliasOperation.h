@@ -4,6 +4,7 @@
 
 #include <QtGlobal>
 
+#include <chrono>
 #include <functional>
 #include <vector>
 
@@ -23,19 +24,20 @@ public:
     /// Called on the thread of the queue.
     using Ended = std::function<void(bool isRemoved)>;
 
-    /// How often a catalogue that another program keeps locked is tried again: some seconds, like
-    /// those of an edit. The user gets the root back rather than to wait for more.
-    static constexpr int usualRetries = 40'000;
+    /// How long it waits for a catalogue that another program keeps locked: the user gets the root
+    /// back rather than to wait for more.
+    static constexpr std::chrono::seconds usualWait{5};
 
     /// `db` is the connection to `files.db` that belongs to the queue; it outlives the operation.
     PBRemoveAliasOperation(
-        Roots roots, FMDatabase& db, Ended ended, int busyRetries = usualRetries);
+        Roots roots, FMDatabase& db, Ended ended,
+        std::chrono::milliseconds longestWait = usualWait);
 
     [[nodiscard]] bool mustRun() const override { return true; }
 
     /// The work itself.
     [[nodiscard]] static bool
-    remove(const Roots& roots, FMDatabase& db, int busyRetries = usualRetries);
+    remove(const Roots& roots, FMDatabase& db, std::chrono::milliseconds longestWait = usualWait);
 
 protected:
     void main() override;
@@ -44,5 +46,5 @@ private:
     const Roots _roots;
     FMDatabase& _db;
     const Ended _ended;
-    const int _busyRetries;
+    const std::chrono::milliseconds _longestWait;
 };

@@ -98,7 +98,7 @@ TEST_F(RootRemovalTest, itIsDoneThoughTheQueueIsCancelledAndGivesUpOnALockedCata
         queue.setSuspended(true);
         queue.addOperation(std::make_shared<PBRemoveAliasOperation>(
             PBRemoveAliasOperation::Roots{{root}, root}, db,
-            [&](bool isRemoved) { ended.push_back(isRemoved); }, 3));
+            [&](bool isRemoved) { ended.push_back(isRemoved); }, std::chrono::milliseconds(3)));
         queue.cancelAllOperations();
         queue.setSuspended(false);
         queue.waitUntilAllOperationsAreFinished();
