@@ -56,6 +56,7 @@ TEST_F(FullScreenControlTest, theBarsGoWithTheWholeScreenAndComeAtItsEdge) {
     moveMouseTo({300, 400});
     EXPECT_TRUE(support::spinUntil([&] { return shown() == QString(); }));
     QWidget* edge = window.childAt(5, 1);
+    ASSERT_TRUE(edge);
     EXPECT_EQ(edge->geometry(), QRect(0, 0, window.width(), 2));
     QEnterEvent enter({5, 1}, {5, 1}, {5, 1});
     QCoreApplication::sendEvent(edge, &enter);

@@ -139,10 +139,11 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
     EXPECT_TRUE(!isEnabled(u"removeFolderAlias") && flag->isChecked()) << "no root";
     selectItems(u"ab"_s);
     Q_EMIT browser().contextMenuRequested(true, QPoint(10, 10));
-    auto& menu = *browser().findChild<QMenu*>();
+    auto* menu = browser().findChild<QMenu*>();
+    ASSERT_TRUE(menu);
     EXPECT_FALSE(flag->isChecked()) << "one of two";
-    EXPECT_EQ(menu.actions().front(), action(u"view_BrowserView"));
-    menu.close();
+    EXPECT_EQ(menu->actions().front(), action(u"view_BrowserView"));
+    menu->close();
     tree().clearSelection();
     EXPECT_FALSE(isEnabled(u"revealInFinder"));
     delegate.largeView = true;
@@ -260,14 +261,16 @@ TEST_F(WindowTest, aTypedNameIsTakenOrItIsToldWhyNot) {
     EXPECT_FALSE(isEnabled(u"renameFile"));
     selectItems(u"b"_s);
     choose(u"renameFile");
-    EXPECT_TRUE(part<PBModalTextField>().isVisible());
+    const auto* field = window().findChild<PBModalTextField*>();
+    EXPECT_TRUE(field && field->isVisible());
     Q_EMIT browser().renameRequested(items[1], u"new.jpg"_s);
     EXPECT_EQ(items[1]->fileName(), u"new.jpg"_s);
     EXPECT_TRUE(QFile::exists(path(u"photos/new.jpg")));
     EXPECT_FALSE(closesDialog<QMessageBox>());
     Q_EMIT browser().renameRequested(items[1], u"a.jpg"_s);
-    const auto& box = part<QMessageBox>();
-    EXPECT_TRUE(box.text().contains(u"new.jpg") && box.informativeText().contains(u"a.jpg"));
+    const auto* box = window().findChild<QMessageBox*>();
+    ASSERT_TRUE(box);
+    EXPECT_TRUE(box->text().contains(u"new.jpg") && box->informativeText().contains(u"a.jpg"));
 }
 
 TEST_F(WindowTest, toolbarAndMenusShowOneFilterAndOneSearch) {

@@ -57,6 +57,7 @@ TEST_F(PBPathControlTest, keysAndTheLeftButtonOpenTheMenuOfACell) {
         QTest::keyClick(&control, Qt::Key_Right);
     control.setGroupTypeArray(control.groupTypeArray()); // the same: the keyboard stays
     QTest::keyClick(&control, Qt::Key_Space);
+    ASSERT_TRUE(menu());
     menu()->actions().constFirst()->trigger();
     EXPECT_EQ(clicked, (std::vector<PBGroupMenuAction>{{PBGroupMenuAction::Add, 1}}));
     menu()->close();
