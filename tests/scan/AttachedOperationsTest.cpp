@@ -74,7 +74,7 @@ TEST_F(AttachTest, WhatACancelledOwnerTookOutIsLostAndTheRestStays) {
 TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
     makePictures("a.jpg b.jpg c.jpg");
     scan();
-    ASSERT_TRUE(files.executeUpdate(u"update ImageFile set FileFlag = 1"_s));
+    execute(u"update ImageFile set FileFlag = 1"_s);
     browsing.filter = group::FilterFlagged;
     scan();
     ASSERT_EQ(shown().size(), 3);

@@ -6,8 +6,7 @@ using support::words;
 TEST_F(ScanTest, UnderAFilterTheDiskIsNotAskedForNewFilesAndUnmatchedRowsStay) {
     makePictures("a.jpg b.jpg");
     scan();
-    ASSERT_TRUE(
-        files.executeUpdate(u"update ImageFile set FileFlag = 1 where FileName = 'a.jpg'"_s));
+    execute(u"update ImageFile set FileFlag = 1 where FileName = 'a.jpg'"_s);
     makePicture(u"new.jpg"_s);
     QFile::remove(path(u"b.jpg"_s));
     browsing.filter = group::FilterFlagged;

@@ -163,10 +163,10 @@ TEST_F(MarksRestoreTest, ACatalogueThatWasLostHasEveryMarkAgainAndShowsIt) {
     mark(u"b.png"_s, {.stars = {}, .flag = {}, .tags = {}, .rotation = std::optional(90)});
     const QString before = marked();
     for (const char* table : {"ImageFile", "Folder", "Tags", "Tiff"})
-        ASSERT_TRUE(files.executeUpdate(u"delete from "_s + QLatin1StringView(table)));
-    ASSERT_TRUE(files.executeUpdate(u"delete from sqlite_sequence"_s));
-    ASSERT_TRUE(files.executeUpdate(u"pragma application_id = 0"_s));
-    ASSERT_TRUE(files.executeUpdate(u"pragma user_version = 0"_s));
+        execute(u"delete from "_s + QLatin1StringView(table));
+    execute(u"delete from sqlite_sequence"_s);
+    execute(u"pragma application_id = 0"_s);
+    execute(u"pragma user_version = 0"_s);
     makePicture(u"0.png"_s, {50, 50}, 9); // takes an id of the others
     root = addRoot({});
     scan();
