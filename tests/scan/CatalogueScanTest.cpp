@@ -101,8 +101,8 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
         now += 0.2;
         if (--readsLeft == 0) scanQueue.cancelAllOperations();
     };
-    const auto waitForItems = [&](std::size_t most) {
-        while (figures.items < random() % most && scanQueue.operationCount() != 0)
+    const auto waitForItems = [&] {
+        while (figures.items < random() % 50 && scanQueue.operationCount() != 0)
             std::this_thread::yield();
     };
     for (int round = 0; round < rounds; ++round) {
@@ -124,12 +124,12 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
         }
         if (round % 4 == 3) {
             // Another folder is selected, which waits for nothing.
-            waitForItems(40);
+            waitForItems();
             startScan(QString::number(random() % folders));
         }
         if (round % 4 == 1) {
             // At a moment of its own.
-            waitForItems(60);
+            waitForItems();
             scanQueue.cancelAllOperations();
             buildQueue.cancelAllOperations();
         }
