@@ -8,14 +8,17 @@ using marks::Sighting;
 
 namespace {
 
-/// What a case says in a few letters: "path=content@inode". Content names both size and digest.
+/// What a case says in a few letters: "path=content@inode#camera,time". Content names both size and
+/// digest.
 marks::Trace trace(const QString& text) {
     marks::Trace made;
     made.rootPath = "/root";
     made.relativePath = text.section(u'@', 0, 0).section(u'=', 0, 0).toLatin1();
     made.digest = text.section(u'@', 0, 0).section(u'=', 1).toLatin1();
     made.size = made.digest.isEmpty() ? 7 : made.digest[0];
-    const quint64 inode = text.section(u'@', 1).toULongLong();
+    made.camera = text.section(u'#', 1).section(u',', 0, 0);
+    made.timeOfCapture = text.section(u',', 1);
+    const quint64 inode = text.section(u'@', 1).section(u'#', 0, 0).toULongLong();
     if (inode != 0) made.identity = {inode, 99};
     return made;
 }
@@ -23,7 +26,7 @@ marks::Trace trace(const QString& text) {
 struct Case {
     const char* what;
     const char* rows;      ///< of the ledger; "!" in front: its place holds it
-    const char* sightings; ///< in the catalogue, without marks
+    const char* sightings; ///< in the catalogue, without marks; "!": on a removable volume
     const char* expected;  ///< "row>sighting:trust", by their numbers
 };
 
@@ -37,7 +40,8 @@ std::string matched(const Case& each, bool isEndOfScan = true) {
         row.trace = trace(QString(text).remove(u'!'));
     }
     for (const QString& text : support::words(each.sightings))
-        sightings.push_back({std::ssize(sightings) + 1, trace(text)});
+        sightings.push_back(
+            {std::ssize(sightings) + 1, trace(QString(text).remove(u'!')), text[0] == u'!'});
     const auto matches = marks::matchPhotographs(
         {.rows = rows,
          .sightings = sightings,
@@ -77,33 +81,12 @@ TEST(MarksMatchingTest, eachPhotographIsKnownAgainByTheMostTrustedTrace) {
              {"no digest taken: nothing by size alone", "a@1", "b@2", ""},
              {"no digest taken: name, size and date", "d/a@1", "e/a@2", "1>1:3"},
              {"strangers", "a=x@1", "b=y@2", ""},
+             {"another camera", "a=x@1#One,12:00", "a=y@2#Two", ""},
+             {"dropped metadata", "a=x@1#One,12:00", "!a=y@2", "1>1:4"},
+             {"another time", "a=x@1#One,12:00", "a=y@2#One,12:01", "1>1:4"},
+             {"another time on a card", "a=x@1#One,12:00", "!a=y@2#One,12:01", ""},
              {"two were at one path: the later one", "a=x@1 a=y@2", "a=z@3", "2>1:4"}}) {
         EXPECT_EQ(matched(each), each.expected) << each.what;
     }
     EXPECT_EQ(matched({"", "a=x@1", "a=y@2", ""}, false), "") << "only when all was seen";
-}
-
-TEST(MarksMatchingTest, anotherCameraOrOnACardAnotherTimeIsAnotherPhotograph) {
-    LedgerRow row;
-    row.trace = trace(u"a=x@1"_s);
-    row.trace.camera = u"One"_s;
-    row.trace.timeOfCapture = u"12:00:00"_s;
-    Sighting seen{1, trace(u"a=y@2"_s)};
-    const std::tuple<QString, QString, bool, std::size_t> cases[] = {
-        {{}, {}, true, 1}, // a program that drops metadata says nothing
-        {u"Two"_s, {}, false, 0},
-        {u"One"_s, u"12:00:01"_s, false, 1},
-        {u"One"_s, u"12:00:01"_s, true, 0}};
-    for (const auto& [camera, timeOfCapture, isRemovable, matches] : cases) {
-        seen.trace.camera = camera;
-        seen.trace.timeOfCapture = timeOfCapture;
-        seen.isOnRemovableVolume = isRemovable;
-        const auto found = marks::matchPhotographs(
-            {.rows = {&row, 1},
-             .sightings = {&seen, 1},
-             .place = [](const LedgerRow&) { return Place::HoldsOther; },
-             .digest = [](const Sighting& one) { return one.trace.digest; },
-             .isEndOfScan = true});
-        EXPECT_EQ(found.size(), matches) << camera.toStdString();
-    }
 }

@@ -48,11 +48,10 @@ QChar letterAt(const QImage& image, int x, int y) {
 
 void expectColour(const QImage& image, QPoint point, const QColor& wanted, int tolerance = 2) {
     const QColor shown = image.pixelColor(point);
-    const int differences[] = {
-        shown.red() - wanted.red(), shown.green() - wanted.green(), shown.blue() - wanted.blue(),
-        shown.alpha() - wanted.alpha()};
-    for (const int difference : differences)
-        EXPECT_LE(std::abs(difference), tolerance) << shown.name(QColor::HexArgb).toStdString();
+    EXPECT_NEAR(shown.red(), wanted.red(), tolerance);
+    EXPECT_NEAR(shown.green(), wanted.green(), tolerance);
+    EXPECT_NEAR(shown.blue(), wanted.blue(), tolerance);
+    EXPECT_NEAR(shown.alpha(), wanted.alpha(), tolerance);
 }
 
 } // namespace

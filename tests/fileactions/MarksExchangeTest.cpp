@@ -54,10 +54,8 @@ TEST(MarksExchangeTest, eachLineIsOnePhotographOrNone) {
     const auto plan = fileactions::planImport(
         "{\"path\":\"/a\",\"stars\":1,\"flag\":true}\nno\n{\"path\":\"/a\",\"stars\":2}\n\n[]",
         [](const QByteArray&) { return 7; });
-    EXPECT_EQ(
-        plan.told, (QStringList{
-                       u"line 2 is no photograph with marks; it is left out"_s,
-                       u"line 5 is no photograph with marks; it is left out"_s}));
+    const QString told = u"line %1 is no photograph with marks; it is left out"_s;
+    EXPECT_EQ(plan.told, (QStringList{told.arg(2), told.arg(5)}));
     ASSERT_EQ(plan.edit.photographs.size(), 1U);
     EXPECT_EQ(plan.edit.photographs[0].change.stars, 2) << "the later line counts";
     EXPECT_EQ(plan.edit.photographs[0].change.flag, true);

@@ -5,8 +5,6 @@
 #include "group/GroupDataLoader.h"
 #include "group/ItemOrder.h"
 
-#include <QDateTime>
-
 using namespace group;
 
 using support::describe;
@@ -17,18 +15,16 @@ namespace {
 TEST(GroupInsertionTest, groupsAndImagesStandInOrderAndEqualOnesAsTheyCame) {
     for (const bool descending : {false, true}) {
         PBGroupItemArray tree;
-        // Year, model, name and size.
+        // Stars, model, name and size.
         for (const QString& told :
-             support::words("2019,Z9,a,5 2021,,b,5 2021,X100V,c,7 2020,Z9,d,5 "
-                            "2021,x100v,e,5 2021,X100V,f,7 2021,EOS,g,5 "
-                            "2021,X100V,h,6")) {
+             support::words("1,Z9,a,5 3,,b,5 3,X100V,c,7 2,Z9,d,5 3,x100v,e,5 3,X100V,f,7 "
+                            "3,EOS,g,5 3,X100V,h,6")) {
             const QStringList image = told.split(u',');
-            const QDateTime taken(QDate(image[0].toInt(), 6, 1), QTime(12, 0));
             const PBValue model = image[1].isEmpty() ? PBValue(PBNull{}) : PBValue(image[1]);
-            const PBArray data{PBDate{static_cast<double>(taken.toSecsSinceEpoch())}, model};
+            const PBArray data{image[0].toInt(), model};
             pushImageFileItemToWorkGroupItemArray(
                 {support::makeItem(image[2], 1, image[3].toULongLong()), tree,
-                 std::array<int, 2>{CaptureYear, CameraModel}, data, SortFileSize, descending});
+                 std::array<int, 2>{StarRating, CameraModel}, data, SortFileSize, descending});
         }
         const QStringList leaves = support::listed(
             leavesOf(tree), [](const PBGroupItem* leaf) { return describe(*leaf); });

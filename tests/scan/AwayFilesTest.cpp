@@ -24,7 +24,7 @@ struct AwayFilesTest : ScanTest {
     }
     void scanAndMark() {
         scan();
-        ASSERT_TRUE(files.executeUpdate(u"update ImageFile set FileStars = 4"_s));
+        execute(u"update ImageFile set FileStars = 4"_s);
     }
     void rename(const QString& from, const QString& to) {
         ASSERT_TRUE(QFile::rename(path(from), path(to)));

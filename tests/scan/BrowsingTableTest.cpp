@@ -98,7 +98,7 @@ TEST_F(ScanTest, WhatIsShownFollowsFromFilterSearchSortRecursionAndSelection) {
 
     for (int sortType = group::SortNone; sortType <= group::SortPixelArea; ++sortType) {
         for (const char* table : {"ImageFile", "Exif"})
-            ASSERT_TRUE(files.executeUpdate(u"delete from "_s + QLatin1StringView(table)));
+            execute(u"delete from "_s + QLatin1StringView(table));
         browsing.sortType = sortType;
         scan();
         expectModel({}, "from the disk");

@@ -167,6 +167,7 @@ struct ScanTest : testing::Test {
         factory = makeFactory();
     }
 
+    void execute(const QString& sql) { ASSERT_TRUE(files.executeUpdate(sql)) << sql.toStdString(); }
     /// The rows of a statement on files.db, columns joined with "|".
     QStringList rows(const QString& sql) { return support::rowsOf(files, sql); }
     QStringList images() { return rows(u"select FileName from ImageFile order by 1"_s); }

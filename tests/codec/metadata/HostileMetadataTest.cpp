@@ -77,23 +77,4 @@ TEST(HostileMetadataTest, damageOfEveryKindDoesNoHarm) {
     made::forDamagedSamples(LLVMFuzzerTestOneInput);
 }
 
-TEST(HostileMetadataTest, manyThreadsReadAtOnce) {
-    const QByteArray picture = pictures::withMetadata(
-        pictures::jpeg(), [](Exiv2::ExifData& exif, auto&, Exiv2::XmpData& xmp) {
-            exif["Exif.Photo.UserComment"] = "charset=Unicode hello";
-            xmp["Xmp.dc.description"] = "lang=x-default La mer";
-        });
-    const auto expected = propertiesOf(picture);
-    ASSERT_TRUE(expected);
-    std::atomic<int> different = 0;
-    std::vector<std::jthread> threads;
-    for (int thread = 0; thread < 4; ++thread)
-        threads.emplace_back([&] {
-            for (int round = 0; round < 25; ++round)
-                if (propertiesOf(picture) != expected) ++different;
-        });
-    threads.clear();
-    EXPECT_EQ(different, 0);
-}
-
 } // namespace

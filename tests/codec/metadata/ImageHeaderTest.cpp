@@ -199,17 +199,6 @@ TEST(ImageHeaderTest, everyFormatTellsItsSizeDepthModelResolutionAndProfile) {
             << format;
 }
 
-/// Two frames, for 0.07 and 2.5 seconds.
-QByteArray movingGif() {
-    ByteWriter gif(true);
-    gif.text("GIF89a").u16(20).u16(10).u8(0x80).u8(0).u8(0).text(QByteArray(6, '\0'));
-    for (const unsigned delay : {7U, 250U}) {
-        gif.u8(0x21).u8(0xF9).u8(4).u8(0).u16(delay).u8(0).u8(0);
-        gif.u8(0x2C).u16(0).u16(0).u16(20).u16(10).u8(0).u8(2).u8(1).u8(0).u8(0);
-    }
-    return gif.u8(0x3B).bytes();
-}
-
 TEST(ImageHeaderTest, propertiesSayWhatHeadersDoAndRawFilesTheSizeOfTheirPicture) {
     const QByteArray quarter = box("irot", QByteArray(1, 3)); // 270 degrees counter-clockwise
     const QString tiffEntries = u"Exif.FocalLenIn35mmFilm TIFF.PhotometricInterpretation"_s;
@@ -222,7 +211,7 @@ TEST(ImageHeaderTest, propertiesSayWhatHeadersDoAndRawFilesTheSizeOfTheirPicture
          u"64 48 RGB 6 200 0.004 2010:07:01 12:00:00"_s},
         // A JPEG under a raw file's name is still a picture.
         {jpeg(), u"com.nikon.raw-image"_s, u".PixelWidth"_s, u"40"_s},
-        {movingGif(), {}, u"GIF.DelayTime"_s, u"0.07"_s},
+        {formatpictures::file("frames.gif"), {}, u"GIF.DelayTime"_s, u"0.05"_s},
         // The container's rotation, which the catalogue looks for among the metadata.
         {heif({quarter}), {}, u".PixelWidth .Orientation TIFF.Orientation"_s, u"4000 6 6"_s}};
     for (const auto& [bytes, type, paths, texts] : rows) {
@@ -232,8 +221,8 @@ TEST(ImageHeaderTest, propertiesSayWhatHeadersDoAndRawFilesTheSizeOfTheirPicture
             read += entry(properties, path);
         EXPECT_EQ(read.join(u' '), texts);
     }
-    EXPECT_EQ(described(movingGif(), 1), u"20x10 8 RGB 2.5 s"_s);
-    EXPECT_EQ(described(movingGif(), 2), u"none"_s);
+    EXPECT_EQ(described(formatpictures::file("frames.gif"), 1), u"40x30 8 RGB 0.12 s"_s);
+    EXPECT_EQ(described(formatpictures::file("frames.gif"), 3), u"none"_s);
     const QByteArray mirror = box("imir", QByteArray(1, 1));
     EXPECT_EQ(described(heif({quarter, mirror})), u"4000x3000 8 RGB o5"_s);
 }
