@@ -151,11 +151,10 @@ void ApplicationController::watchFolders() {
             },
         .browsing = [this] { return scanBrowsing(); },
         .rootsChanged =
-            [this] {
-                // What happened in a root before it was watched at its new place went unseen.
-                _folderRoots->updateWatchPathsInBackground([this] {
-                    if (_watchControl) _watchControl->lookAgain();
-                });
+            [this](bool isSelectionMoved) {
+                // All paths are others, and what happened before they were watched went unseen.
+                _folderRoots->updateWatchPathsInBackground(
+                    isSelectionMoved ? [this] { scan(); } : std::function<void()>());
             },
         .lookForRoots = [this](const QStringList& paths) { _folderRoots->lookForRootsAt(paths); },
     });

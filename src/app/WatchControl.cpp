@@ -18,8 +18,9 @@ void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> e
     for (const SCEvent& event : eventArrayOccurred)
         places.append(event.eventPath());
     bool isRootLost = false;
+    const QString formerlySelected = _environment.selectedPath();
     WatchedChanges changes = watchedChangesOfEvents(
-        eventArrayOccurred, _environment.selectedPath(),
+        eventArrayOccurred, formerlySelected,
         {
             .aliasPathChanged =
                 [this, &isRootLost](const QString& path, const QString& movedTo) {
@@ -41,21 +42,13 @@ void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> e
     // Its images on display become grey.
     changes.checkExist = changes.checkExist || isRootLost;
     if (changes.rootsChanged) {
-        _environment.rootsChanged();
+        const QString selected = _environment.selectedPath();
+        _environment.rootsChanged(!selected.isEmpty() && selected != formerlySelected);
         _environment.sourceTree.reloadCategoryItem();
     }
     if (changes.sidebarChanged) _environment.sourceTree.reloadData();
     attach(changes);
     _environment.lookForRoots(places);
-}
-
-void WatchControl::lookAgain() {
-    const QString selected = _environment.selectedPath();
-    if (selected.isEmpty()) return;
-    WatchedChanges changes;
-    changes.rescans.push_back({.path = selected, .recursive = true});
-    changes.checkExist = true;
-    attach(changes);
 }
 
 void WatchControl::volumesChanged() {

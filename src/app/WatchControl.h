@@ -22,8 +22,9 @@ public:
         /// Empty when no folder is selected.
         std::function<QString()> selectedPath;
         std::function<ScanBrowsing()> browsing;
-        /// Folder roots moved, came or went.
-        std::function<void()> rootsChanged;
+        /// Folder roots moved, came or went; perhaps the one in which the selected folder lies
+        /// moved along with it.
+        std::function<void(bool isSelectionMoved)> rootsChanged;
         /// Something happened at these places: roots that are away may have come there.
         std::function<void(const QStringList& paths)> lookForRoots;
     };
@@ -33,8 +34,6 @@ public:
     void pathWatcher(SCEvents& watcher, std::span<const SCEvent> eventArrayOccurred) override;
     /// Disks came or went: photographs on display may have become available, or not.
     void volumesChanged();
-    /// Has the selected folder scanned whole, beside what it shows.
-    void lookAgain();
 
 private:
     void attach(const WatchedChanges& changes);

@@ -71,6 +71,8 @@ struct LedgerRow {
     bool isAway = false;
     /// The ledger's own path is not the catalogue's any more, which the trace has.
     bool hasMoved = false;
+    /// The root's path by the ledger, where the catalogue has the root at another one now.
+    QByteArray formerRootPath;
     Trace trace;
     Marks marks;
 };

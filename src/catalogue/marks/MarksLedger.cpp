@@ -122,6 +122,9 @@ LedgerRow rowOf(const FMResultSet& row) {
         .height = row.intForColumnIndex(17),
         .camera = row.stringForColumnIndex(18),
         .timeOfCapture = row.stringForColumnIndex(19)};
+    if (found.fileId != 0 && !found.isAway && row.dataForColumnIndex(20) != found.trace.rootPath &&
+        row.dataForColumnIndex(21) == found.trace.relativePath)
+        found.formerRootPath = row.dataForColumnIndex(20);
     found.hasMoved = found.fileId != 0 && (row.dataForColumnIndex(20) != found.trace.rootPath ||
                                            row.dataForColumnIndex(21) != found.trace.relativePath);
     return found;
@@ -316,6 +319,13 @@ std::optional<std::vector<LedgerRow>> MarksLedger::rows(const RootPaths& roots) 
         found.push_back(rowOf(row));
     if (row.hadError()) return std::nullopt;
     return found;
+}
+
+bool MarksLedger::followRoot(const QByteArray& from, const QByteArray& to) {
+    return _db.executeUpdate(
+        QStringLiteral("update Marks set RootPath = ? where RootPath = ? and "
+                       "not exists (select * from ImageFile f where f.Id = Marks.FileId)"),
+        to, from);
 }
 
 qint64 MarksLedger::insert(const Trace& trace, const Marks& marks) {

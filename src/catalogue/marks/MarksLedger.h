@@ -67,6 +67,8 @@ public:
 
     /// All of them. Where the catalogue has a photograph, its path is the catalogue's.
     [[nodiscard]] std::optional<std::vector<LedgerRow>> rows(const RootPaths& roots);
+    /// A root has moved: what the catalogue does not have of it is sought at its new place.
+    bool followRoot(const QByteArray& from, const QByteArray& to);
     /// A row without a photograph in the catalogue; answers its id, or 0.
     qint64 insert(const Trace& trace, const Marks& marks);
     bool setMarks(qint64 id, const Marks& marks);

@@ -51,7 +51,8 @@ void MarksRestorer::refresh() {
     FMResultSet row = _both->executeQuery(QStringLiteral("pragma marks.data_version"));
     const qint64 version = row.next() ? row.longLongIntForColumnIndex(0) : -1;
     row.close();
-    if (version < 0 || (version == _dataVersion && !_mustRead)) return;
+    const bool isSame = version == _dataVersion && _roots == _environment.mountedRoots();
+    if (version < 0 || (isSame && !_mustRead)) return;
     _mustRead = false;
     if (readLedger()) {
         _dataVersion = version;
@@ -67,8 +68,18 @@ bool MarksRestorer::readLedger() {
     auto rows = ledger.rows(_roots);
     if (!rows) return false;
     std::vector<qint64> moved;
+    QHash<QByteArray, QByteArray> movedRoots;
     for (const LedgerRow& row : *rows) {
         if (row.hasMoved && !row.isAway) moved.push_back(row.fileId);
+        if (!row.formerRootPath.isEmpty())
+            movedRoots.insert(row.formerRootPath, row.trace.rootPath);
+    }
+    for (LedgerRow& row : *rows) {
+        const auto root = movedRoots.constFind(row.trace.rootPath);
+        if (row.fileId == 0 && root != movedRoots.constEnd()) row.trace.rootPath = *root;
+    }
+    for (auto root = movedRoots.cbegin(); root != movedRoots.cend(); ++root) {
+        if (!ledger.followRoot(root.key(), root.value())) return false;
     }
     if (!moved.empty() && ledger.retrace(moved, _roots)) _environment.ledgerDidChange();
     _index = marks::LedgerIndex(*std::move(rows));
