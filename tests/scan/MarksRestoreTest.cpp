@@ -29,9 +29,9 @@ struct MarksRestoreTest : ScanTest {
         EXPECT_TRUE(both->executeUpdate(u"delete from Marks"_s));
         importers.properties.clear();
         importers.properties[u"a.png"_s] = camera("One");
-        makePicture(u"a.png"_s, {10, 8}, 1);
-        makePicture(u"b.png"_s, {8, 10}, 2);
-        makePicture(u"plain.png"_s, {30, 20}, 3);
+        makePicture(u"a.png"_s, {10, 8});
+        makePicture(u"b.png"_s, {8, 10});
+        makePicture(u"plain.png"_s, {30, 20});
         scan();
         mark(u"a.png"_s, {.stars = 4, .flag = {}, .tags = QStringList{u"sea"_s}, .rotation = {}});
         mark(u"b.png"_s, {.stars = 2, .flag = true, .tags = {}, .rotation = {}});
@@ -71,7 +71,7 @@ struct MarksRestoreTest : ScanTest {
             const QString to = path(words.last());
             QDir().mkpath(QFileInfo(to).absolutePath());
             if (words[0] == u"write") {
-                makePicture(words[1], {12, 9}, 7);
+                makePicture(words[1], {12, 9});
             } else if (words[0] == u"move") {
                 EXPECT_EQ(std::rename(qPrintable(from), qPrintable(to)), 0);
             } else {
@@ -167,7 +167,7 @@ TEST_F(MarksRestoreTest, ACatalogueThatWasLostHasEveryMarkAgainAndShowsIt) {
     execute(u"delete from sqlite_sequence"_s);
     execute(u"pragma application_id = 0"_s);
     execute(u"pragma user_version = 0"_s);
-    makePicture(u"0.png"_s, {50, 50}, 9); // takes an id of the others
+    makePicture(u"0.png"_s, {50, 50}); // takes an id of the others
     root = addRoot({});
     scan();
     EXPECT_EQ(marked(), before);
@@ -189,12 +189,12 @@ TEST_F(MarksRestoreTest, ARotationComesBackToARewrittenFileOnlyIfNobodyElseTurne
     for (const auto& [size, orientation, expected] : cases) {
         beginAnew();
         importers.properties[u"a.png"_s] = camera("One", 6);
-        makePicture(u"a.png"_s, {10, 9}, 1);
+        makePicture(u"a.png"_s, {10, 9});
         scan();
         mark(u"a.png"_s, {.stars = {}, .flag = {}, .tags = {}, .rotation = std::optional(90)});
         readFiles();
         importers.properties[u"a.png"_s] = camera("One", orientation);
-        makePicture(u"new.png"_s, size, 5);
+        makePicture(u"new.png"_s, size);
         change("move new.png a.png");
         scan();
         const auto angle = rows(u"select RotateAngle from ImageFile where FileName = 'a.png'"_s);

@@ -77,12 +77,9 @@ struct ScanTest : testing::Test {
         buildQueue.waitUntilAllOperationsAreFinished();
     }
 
-    /// Paths below the folder of pictures. A picture's content follows from the seed.
-    void makePicture(const QString& name, QSize size = {8, 6}, int seed = 0) const {
-        QImage image(size, QImage::Format_RGB32);
-        image.fill(QColor::fromRgb(static_cast<QRgb>(seed) * 2654435U));
-        QDir().mkpath(QFileInfo(path(name)).absolutePath());
-        EXPECT_TRUE(image.save(path(name))) << name.toStdString();
+    /// Paths below the folder of pictures. A picture's content follows from its size.
+    void makePicture(const QString& name, QSize size = {8, 6}) const {
+        support::writePicture(path(name), size);
     }
     void makePictures(const char* names) const {
         for (const QString& name : support::words(names))
