@@ -15,11 +15,12 @@ namespace bench {
 /// The root is where it says that it is.
 class HeadlessScan::DiskRoots final : public PBAliasServices {
 public:
-    [[nodiscard]] platform::Resolution
-    resolveAlias(const PBAliasObject&, bool /*mount*/, QString* /*error*/) override {
+    [[nodiscard]] PBAliasResolution
+    resolveAlias(const PBAliasObject&, const PBAliasLook& /*look*/, QString* /*error*/) override {
         return {};
     }
     bool storeReservePath(qint64, const QString&) override { return true; }
+    bool storeBookmark(qint64, const PBAliasBookmark&) override { return true; }
 };
 
 namespace {
