@@ -88,14 +88,6 @@ struct MarksRestoreTest : ScanTest {
                     "where FileStars or FileFlag or ifnull(Tag,'') <> '' order by 1"_s)
             .join(u' ');
     }
-    /// The same of the items that are shown, without tags.
-    QString shownMarks() const {
-        QStringList all;
-        for (const auto& item : items())
-            if (item->star() != 0) all.append(item->fileName() + QString::number(item->star()));
-        all.sort();
-        return all.join(u' ');
-    }
 
     const QString marksPath = temporary.filePath(u"marks.db"_s);
     std::unique_ptr<FMDatabase> both;
@@ -171,7 +163,10 @@ TEST_F(MarksRestoreTest, ACatalogueThatWasLostHasEveryMarkAgainAndShowsIt) {
     root = addRoot({});
     scan();
     EXPECT_EQ(marked(), before);
-    EXPECT_EQ(shownMarks(), u"a.png4 b.png2"_s) << "at once, without another scan";
+    QStringList stars = support::listed(
+        items(), [](const auto& item) { return item->fileName() + QString::number(item->star()); });
+    stars.sort();
+    EXPECT_EQ(stars.join(u' '), u"0.png0 a.png4 b.png2 plain.png0") << "without another scan";
     EXPECT_EQ(cameBack, 0);
     EXPECT_EQ(rows(u"select FileName from ImageFile where RotateAngle = 90"_s)[0], u"b.png");
 }
