@@ -6,16 +6,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace {
-
-PBDictionary camera(const char* make, int orientation = 1) {
-    return {
-        {u"{TIFF}"_s,
-         PBDictionary{{u"Make"_s, QString::fromLatin1(make)}, {u"Orientation"_s, orientation}}}};
-}
-
-} // namespace
-
 /// Scans with a ledger, of files that change in between.
 struct MarksRestoreTest : ScanTest {
     MarksRestoreTest() {
@@ -23,12 +13,16 @@ struct MarksRestoreTest : ScanTest {
         changeServices([this](ScanServices& changed) { changed.marks = &restorer; });
         both = connect();
     }
+    static PBDictionary camera(const QString& make, int orientation = 1) {
+        const PBDictionary tiff{{u"Make"_s, make}, {u"Orientation"_s, orientation}};
+        return {{u"{TIFF}"_s, tiff}};
+    }
     /// Two photographs with marks and one without, in an empty folder.
     void beginAnew() {
         QDir(path({})).removeRecursively();
         EXPECT_TRUE(both->executeUpdate(u"delete from Marks"_s));
         importers.properties.clear();
-        importers.properties[u"a.png"_s] = camera("One");
+        importers.properties[u"a.png"_s] = camera(u"One"_s);
         makePicture(u"a.png"_s, {10, 8});
         makePicture(u"b.png"_s, {8, 10});
         makePicture(u"plain.png"_s, {30, 20});
@@ -125,7 +119,7 @@ TEST_F(MarksRestoreTest, MarksGoWithTheirPhotographsWhateverBecomesOfTheirPlaces
         {"replaced by another camera's", "write new.png, move new.png a.png", "b.png=2F", "Two"}};
     for (const Case& each : cases) {
         beginAnew();
-        importers.properties[u"a.png"_s] = camera(each.camera);
+        importers.properties[u"a.png"_s] = camera(QString::fromLatin1(each.camera));
         change(each.change);
         scan();
         EXPECT_EQ(marked().toStdString(), each.expected) << each.what;
@@ -183,12 +177,12 @@ TEST_F(MarksRestoreTest, ARotationComesBackToARewrittenFileOnlyIfNobodyElseTurne
         {{20, 16}, 6, 90}, {{16, 16}, 6, 90}, {{16, 20}, 6, -90}, {{20, 16}, 3, 180}};
     for (const auto& [size, orientation, expected] : cases) {
         beginAnew();
-        importers.properties[u"a.png"_s] = camera("One", 6);
+        importers.properties[u"a.png"_s] = camera(u"One"_s, 6);
         makePicture(u"a.png"_s, {10, 9});
         scan();
         mark(u"a.png"_s, {.stars = {}, .flag = {}, .tags = {}, .rotation = std::optional(90)});
         readFiles();
-        importers.properties[u"a.png"_s] = camera("One", orientation);
+        importers.properties[u"a.png"_s] = camera(u"One"_s, orientation);
         makePicture(u"new.png"_s, size);
         change("move new.png a.png");
         scan();
