@@ -1,7 +1,5 @@
 #include "catalogue/MarksSupport.h"
 
-#include "catalogue/DatabaseFile.h"
-
 using marks::FileState;
 
 namespace {

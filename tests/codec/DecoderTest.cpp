@@ -110,18 +110,15 @@ TEST(Importer, RowsAreAskedInTheirOrderUntilTheyCanSayTheirTypes) {
         QString name;
     };
     int asked = 0;
-    const auto named = [](const QString& name) {
-        return [name](const QString&) { return std::make_unique<Named>(name); };
+    const auto row = [](const QString& name, const auto& types) {
+        const auto open = [name](const QString&) { return std::make_unique<Named>(name); };
+        return PBImageImporterClass{types, open, {}};
     };
-    PBImageImporterManager manager(
-        {{.typeIdentifiers = [&]() -> std::optional<QStringList> {
-              return ++asked < 3 ? std::nullopt : std::optional(QStringList{u"public.png"_s});
-          },
-          .initWithImagePath = named(u"late"_s),
-          .propertiesOfImages = {}},
-         {.typeIdentifiers = [] { return QStringList{u"public.image"_s}; },
-          .initWithImagePath = named(u"any"_s),
-          .propertiesOfImages = {}}});
+    const auto late = [&]() -> std::optional<QStringList> {
+        return ++asked < 3 ? std::nullopt : std::optional(QStringList{u"public.png"_s});
+    };
+    const auto any = [] { return QStringList{u"public.image"_s}; };
+    PBImageImporterManager manager({row(u"late"_s, late), row(u"any"_s, any)});
     // Who reads each of the files, alone and of all together.
     const auto readers = [&](const char* files) {
         QStringList names;

@@ -8,8 +8,6 @@
 #include "group/ValueTexts.h"
 #include "platform/program/UserDefaults.h"
 
-#include <QSet>
-
 using namespace group;
 
 namespace {
@@ -17,7 +15,7 @@ namespace {
 struct GroupTypesTest : support::CatalogueFixture {};
 
 TEST_F(GroupTypesTest, eachTypeHasANameOfItsOwnAndAnIcon) {
-    QSet<QString> names;
+    std::set<QString> names;
     std::set<int> descending;
     for (int type = 0; type < groupTypeCount; ++type) {
         const QString name = descriptionWithGroupType(type);
@@ -27,7 +25,7 @@ TEST_F(GroupTypesTest, eachTypeHasANameOfItsOwnAndAnIcon) {
         EXPECT_FALSE(name.contains(u'_')) << name.toStdString();
         if (!isAscendingWithGroupType(type)) descending.insert(type);
     }
-    EXPECT_EQ(names.size(), groupTypeCount);
+    EXPECT_EQ(std::ssize(names), groupTypeCount);
     EXPECT_EQ(descending, (std::set<int>{1, 2, 3, 4, Flag, StarRating}));
     for (const int type : {-1, 64, std::numeric_limits<int>::min()}) {
         EXPECT_TRUE(isAscendingWithGroupType(type));
@@ -38,19 +36,19 @@ TEST_F(GroupTypesTest, eachTypeHasANameOfItsOwnAndAnIcon) {
 }
 
 TEST_F(GroupTypesTest, valuesOfMetadataComeFromTheColumnOfTheirTable) {
-    using Insert = bool (PBCatalogue::*)(qint64, const PBDictionary&);
-    const std::map<GroupSource, Insert> tables{
-        {GroupSource::Exif, &PBCatalogue::insertExifWithImageFileId},
-        {GroupSource::ExifAux, &PBCatalogue::insertExifAuxWithImageFileId},
-        {GroupSource::Tiff, &PBCatalogue::insertTiffWithImageFileId},
-        {GroupSource::IPTC, &PBCatalogue::insertIPTCWithImageFileId}};
+    const std::map<GroupSource, QString> tables{
+        {GroupSource::Exif, u"Exif"_s},
+        {GroupSource::ExifAux, u"ExifAux"_s},
+        {GroupSource::Tiff, u"Tiff"_s},
+        {GroupSource::IPTC, u"IPTC"_s}};
+    const QString insertion = u"insert into %1 (FileId,%2) values (?,'2019:07:14 10:00:00')"_s;
     int found = 0;
     for (int type = 0; type < groupTypeCount; ++type) {
         const auto table = tables.find(sourceOfGroupType(type));
         if (table == tables.end()) continue;
         const auto item = addImage();
-        EXPECT_TRUE((catalogue.*table->second)(
-            item->fileId(), {{dbKeyWithGroupType(type), u"2019:07:14 10:00:00"_s}}));
+        const QString sql = insertion.arg(table->second, dbKeyWithGroupType(type));
+        EXPECT_TRUE(database.executeUpdate(sql, item->fileId())) << type;
         PBArray data{PBNull{}};
         GroupDataLoader loader(std::array{type}, 1);
         static_cast<void>(loader.loadGroupAndSortData(*item, data, database));

@@ -256,9 +256,7 @@ TEST(PBGroupItemTest, copyWalkAnnouncesFoldersAndStopsWhenTold) {
     EXPECT_EQ(seen.front(), u"/to/R5:II"_s);
 }
 
-struct PBImageFileItemTest : support::CatalogueFixture {};
-
-TEST_F(PBImageFileItemTest, searchLooksAtTheNameAndFilterBitsCombineAsAnd) {
+TEST(PBImageFileItemTest, searchLooksAtTheNameAndFilterBitsCombineAsAnd) {
     const auto item = makeItem(u"Étretat_Plage.jpg"_s);
     for (const auto& search : {QString(), u"ÉTRETAT"_s, u"e.JPG"_s})
         EXPECT_TRUE(item->isMatchedForSearchString(search, 0)) << qPrintable(search);
@@ -271,7 +269,7 @@ TEST_F(PBImageFileItemTest, searchLooksAtTheNameAndFilterBitsCombineAsAnd) {
     }
 }
 
-TEST_F(PBImageFileItemTest, keysThatAreMissingAndSortTypesWithoutAnOrder) {
+TEST(PBImageFileItemTest, keysThatAreMissingAndSortTypesWithoutAnOrder) {
     const auto item = makeItem(u"a"_s, 1, 0, 1000);
     const auto other = makeItem(u"b"_s, 2, 0, 2000);
     item->setImageSize({100, 50});
@@ -298,7 +296,7 @@ TEST_F(PBImageFileItemTest, keysThatAreMissingAndSortTypesWithoutAnOrder) {
     }
 }
 
-TEST_F(PBImageFileItemTest, quarterTurnsExchangeWidthAndHeight) {
+TEST(PBImageFileItemTest, quarterTurnsExchangeWidthAndHeight) {
     const auto item = makeItem(u"a"_s);
     item->setImageSize({300, 200});
     for (const double angle : {90., 270., 450., -90., 0., 180., 45., 89.9, std::nan("")}) {
@@ -308,7 +306,7 @@ TEST_F(PBImageFileItemTest, quarterTurnsExchangeWidthAndHeight) {
     }
 }
 
-TEST_F(PBImageFileItemTest, foldersWithAPathAreAskedForOnce) {
+TEST(PBImageFileItemTest, foldersWithAPathAreAskedForOnce) {
     const support::KnownFolders folders({{1, u"/p"_s}, {3, u"/"_s}});
     FolderPathCache cache;
     QStringList paths;
@@ -320,7 +318,7 @@ TEST_F(PBImageFileItemTest, foldersWithAPathAreAskedForOnce) {
     EXPECT_EQ(makeItem(u"a"_s)->filePath(folders), u"/p/a"_s);
 }
 
-TEST_F(PBImageFileItemTest, aRenamedItemSortsByItsNewNameAndFormerNamesStayValid) {
+TEST(PBImageFileItemTest, aRenamedItemSortsByItsNewNameAndFormerNamesStayValid) {
     const auto item = makeItem(u"IMG_2"_s);
     const auto other = makeItem(u"IMG_10"_s);
     const QString& former = item->fileName();

@@ -1,5 +1,4 @@
 #include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
 
 #include "support/Support.h"
 
@@ -96,14 +95,5 @@ TEST_F(MainLoopTest, delayedCallsRunByDeadlineThenByArrivalAndLeaveTimeForOthers
     EXPECT_TRUE(spinUntil([&] { return done; }));
     loop.cancelPreviousPerformRequestsWithTarget(&target);
 }
-
-#ifndef QT_NO_DEBUG
-TEST(MainThreadTest, callsOnOtherThreadsEndTheProgram) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    platform::assertMainThread();
-    EXPECT_DEATH(
-        std::thread([] { platform::assertMainThread(); }).join(), "for the main thread only");
-}
-#endif
 
 } // namespace

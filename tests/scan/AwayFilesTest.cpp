@@ -8,8 +8,7 @@ using support::words;
 
 struct AwayFilesTest : ScanTest {
     /// The two ways in which files are compared with the catalogue.
-    void lookByScan() { scan(); }
-    void lookByCheck() { watch(true); }
+    void look(bool byScan) { byScan ? scan() : watch(true); }
     /// Names of the images on display that are away.
     QStringList away() const {
         QStringList names;
@@ -47,26 +46,26 @@ TEST_F(AwayFilesTest, FilesThatCannotBeLookedAtKeepTheirRowsAndAreGrey) {
     scanAndMark();
     scan();
     const QStringList before = marks();
-    for (const auto look : {&AwayFilesTest::lookByCheck, &AwayFilesTest::lookByScan}) {
+    for (const bool byScan : {false, true}) {
         breakLooksAt(u"f"_s);
         breakLooksAt(u"c.jpg"_s);
-        (this->*look)();
+        look(byScan);
         EXPECT_EQ(marks(), before);
         EXPECT_EQ(away(), words("a.jpg b.jpg c.jpg"));
         EXPECT_EQ(shown().size(), 5);
         repair(u"f"_s);
         repair(u"c.jpg"_s);
-        (this->*look)();
+        look(byScan);
         EXPECT_EQ(marks(), before);
         EXPECT_EQ(away(), QStringList());
     }
     EXPECT_EQ(count(files, "Folder"), 2);
     // What is gone goes, as ever.
     QFile::remove(path(u"d.jpg"_s));
-    lookByCheck();
+    look(false);
     QFile::remove(path(u"e.jpg"_s));
     QDir(path(u"f"_s)).removeRecursively();
-    lookByScan();
+    look(true);
     EXPECT_EQ(marks(), before.mid(2, 1));
     EXPECT_EQ(count(files, "Folder"), 1);
 }
@@ -93,19 +92,19 @@ TEST_F(AwayFilesTest, WhenTheDiskOfARootWithinHasLeftItsRowsStayAndItsImagesAreG
     // Nobody has heard of it yet: where the disk was is an empty folder.
     disk.leave();
     QFile::remove(path(u"1.jpg"_s));
-    lookByCheck();
+    look(false);
     EXPECT_EQ(marks(), before.mid(1));
     EXPECT_EQ(away(), words("x.jpg y.jpg"));
     const auto displayed = workTree;
     QFile::remove(path(u"2.jpg"_s));
-    lookByScan();
+    look(true);
     EXPECT_EQ(marks(), before.mid(2));
     // The root has no place any more.
     workTree = displayed;
     aliasManager.volumDidUnmount({});
     ASSERT_FALSE(inner->isMounted());
     QFile::remove(path(u"3.jpg"_s));
-    lookByCheck();
+    look(false);
     EXPECT_EQ(marks(), before.mid(3));
     EXPECT_EQ(away(), words("x.jpg y.jpg"));
     EXPECT_EQ(count(files, "Folder"), 3);

@@ -1,7 +1,5 @@
 #include "scan/ScanSupport.h"
 
-#include <ranges>
-
 namespace {
 
 /// A picture with a different place in the line of each sort type.

@@ -25,10 +25,6 @@ struct DiskFaultsTest : Faults, ScanTest {
         scan();
         said = QString::fromStdString(testing::internal::GetCapturedStderr());
     }
-    void soundScan() {
-        said.clear();
-        scan();
-    }
     /// Nothing is stored in part, and no thumbnail is another's or nobody's.
     void expectWhole(const QStringList& stored) {
         EXPECT_EQ(images(), stored);
@@ -79,7 +75,8 @@ TEST_F(DiskFaultsTest, WhateverCallFailsPicturesComeAndGoWhole) {
         for (const QString& name : old)
             EXPECT_EQ(stored.removeAll(name), isOldKept);
         EXPECT_TRUE(stored == kept || stored == added + kept) << stored.join(u' ').toStdString();
-        soundScan();
+        said.clear();
+        scan();
         expectWhole(added + kept);
     }
 }

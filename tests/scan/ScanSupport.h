@@ -8,7 +8,6 @@
 #include "scan/ScanFactory.h"
 #include "scan/ScanServices.h"
 
-#include <QFileInfo>
 #include <QImage>
 #include <QImageReader>
 

@@ -4,7 +4,6 @@
 #include "formatpictures/FormatPictures.h"
 
 #include <QColorSpace>
-#include <QImage>
 
 namespace {
 
