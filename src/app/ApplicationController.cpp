@@ -154,7 +154,9 @@ void ApplicationController::watchFolders() {
             [this](bool isSelectionMoved) {
                 // All paths are others, and what happened before they were watched went unseen.
                 _folderRoots->updateWatchPathsInBackground(
-                    isSelectionMoved ? [this] { scan(); } : std::function<void()>());
+                    isSelectionMoved
+                        ? [this] { _mainWindowController->sourceSelection().showSelected(); }
+                        : std::function<void()>());
             },
         .lookForRoots = [this](const QStringList& paths) { _folderRoots->lookForRootsAt(paths); },
     });

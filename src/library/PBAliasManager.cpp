@@ -187,6 +187,17 @@ std::shared_ptr<PBAliasObject> PBAliasManager::appropriateAliasObjectForPath(
     return best;
 }
 
+QString PBAliasManager::presentPath(const QString& formerPath) const {
+    if (appropriateAliasObjectForPath(formerPath, nullptr, false)) return formerPath;
+    const QStringList parts = pathComponents(formerPath);
+    for (const auto& root : aliasArray()) {
+        const QStringList rootParts = pathComponents(root->formerPath());
+        if (!root->isMounted() || rootParts.isEmpty() || !startsWith(parts, rootParts)) continue;
+        return pathWithComponents(pathComponents(root->path()) + parts.mid(rootParts.size()));
+    }
+    return formerPath;
+}
+
 PBAliasArray PBAliasManager::findSubAliasByAliasObject(
     const PBAliasObject& aliasObject, const QString& relativePath) const {
     PBAliasArray found;

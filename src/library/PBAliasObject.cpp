@@ -18,8 +18,8 @@ std::shared_ptr<PBAliasObject> PBAliasObject::aliasObjectWithId(
 PBAliasObject::PBAliasObject(
     qint64 aliasId, QByteArray data, QString path, QString reservePath, std::uint64_t state,
     std::uint64_t type)
-    : _aliasId(aliasId), _bookmark{std::move(data), type}, _path(std::move(path)),
-      _reservePath(std::move(reservePath)), _state(state) {}
+    : _aliasId(aliasId), _formerPath(reservePath), _bookmark{std::move(data), type},
+      _path(std::move(path)), _reservePath(std::move(reservePath)), _state(state) {}
 
 QByteArray PBAliasObject::aliasData() const {
     const platform::Lock lock(_mutex);

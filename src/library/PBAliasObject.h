@@ -76,6 +76,8 @@ public:
     [[nodiscard]] bool isMounted() const { return !path().isEmpty(); }
     /// Where the root was last seen.
     [[nodiscard]] QString reservePath() const;
+    /// Where it was last seen before this run, or was when it was added.
+    [[nodiscard]] const QString& formerPath() const { return _formerPath; }
     [[nodiscard]] std::uint64_t state() const;
     void setState(std::uint64_t state);
     [[nodiscard]] bool isZombie() const { return (state() & zombieState) != 0; }
@@ -105,6 +107,7 @@ private:
         std::uint64_t type);
 
     const qint64 _aliasId;
+    const QString _formerPath;
 
     mutable platform::Mutex _mutex;
     PBAliasBookmark _bookmark VELMORA_GUARDED_BY(_mutex);

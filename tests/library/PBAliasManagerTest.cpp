@@ -246,8 +246,8 @@ TEST_F(PBAliasManagerTest, aRootRemovedByHandIsBackAsItWasWhereTheCatalogueKeeps
         EXPECT_EQ(manager.findAliasObjectByPath(a), nullptr);
         const auto again = isAddedAgain ? addRoot(a) : nullptr;
         EXPECT_EQ(finishRemovals(), (PBAliasArray{outer}));
-        PBAliasArray expected{outer, inner, last};
-        if (again) expected.push_back(again);
+        const PBAliasArray expected =
+            again ? PBAliasArray{outer, inner, last, again} : PBAliasArray{outer, inner, last};
         EXPECT_EQ(manager.aliasArray().copy(), expected) << "in the order of the catalogue";
         EXPECT_EQ(outer->isZombie(), isAddedAgain) << "one folder is one root";
         EXPECT_EQ(rows(states), support::words(isAddedAgain ? "1 1 0 0" : "0 1 0"));

@@ -126,6 +126,15 @@ TEST_F(SidebarCommandsTest, theLastFolderIsAwaitedUntilItsDiskComesOrTheUserSele
         selection.volumesDidMount({a});
         EXPECT_EQ(selected(), path(otherwise ? u"B" : u"A/x"));
     }
+    // Its root has moved meanwhile.
+    tree.clearSelection();
+    defaults.setString(x, u"LastSelectFolder"_s);
+    const QString moved = make(u"Moved/x");
+    manager.aliasDidAnswer(*a, {platform::Resolution::Outcome::Found, path(u"Moved"), {}});
+    tree.dataSource().reloadCategoryItem();
+    selection.doSelectLastFolder();
+    EXPECT_EQ(selected(), moved);
+    EXPECT_EQ(lastFolder(), moved);
 }
 
 TEST_F(SidebarCommandsTest, aVolumeThatGoesTakesTheSelectionAndOneThatMovedKeepsIt) {

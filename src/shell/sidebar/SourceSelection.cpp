@@ -47,7 +47,12 @@ void SourceSelection::selectionDidChange(bool resolves) {
     if (root && resolves) resolveSelected(*root->aliasObject());
     if (folder) pushHistory(*folder);
     if (_parts.delegate.isAppDidFinishLaunch()) resetFilters();
+    showSelected();
+}
 
+void SourceSelection::showSelected() {
+    platform::assertMainThread();
+    const auto folder = _parts.tree.selectedFolder();
     const QString path = folder ? folder->folderPath() : QString();
     _parts.window.setWindowTitle(
         folder ? folder->displayName() : platform::localizedString(u"Velmora"));
@@ -93,8 +98,8 @@ void SourceSelection::selectFolder(const QString& path) {
 void SourceSelection::trySelectAwaited() {
     if (_awaitedFolder.isEmpty()) return;
     QString relativePath;
-    const auto root =
-        _parts.aliasManager.appropriateAliasObjectForPath(_awaitedFolder, &relativePath, false);
+    const auto root = _parts.aliasManager.appropriateAliasObjectForPath(
+        _parts.aliasManager.presentPath(_awaitedFolder), &relativePath, false);
     if (!root) return;
     const auto item = _parts.tree.dataSource().folderItemWithAliasObject(*root, relativePath, true);
     if (!item) return;

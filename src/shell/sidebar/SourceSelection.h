@@ -38,6 +38,9 @@ public:
     /// The parts outlive this object.
     SourceSelection(const Parts& parts, QObject* parent);
 
+    /// Shows the selected folder where it is now: in the window's title, as the folder of the last
+    /// run, and scanned.
+    void showSelected();
     /// Selects the folder of the last run, or as soon as its disk has answered, unless the user
     /// selects another one first.
     void doSelectLastFolder();
