@@ -65,26 +65,27 @@ QSizeF PBPathComponentCell::sizeOfTitle() const {
     return {width, std::ceil(lines().height())};
 }
 
-double PBPathComponentCell::fullWidth() const {
-    double width = sizeOfTitle().width() + titleGap;
-    if (hasImage()) width += imageStrip;
-    if (!isLastItem()) width += arrowStrip;
-    return width;
+double PBPathComponentCell::leastWidth() const {
+    return titleGap + (hasImage() ? imageStrip : 0) + (isLastItem() ? 0 : arrowStrip);
 }
 
 int PBPathComponentCell::widthOfOtherCell() const {
+    const double longest = _path.longestLimitedTitle();
     int width = 0;
-    // Two steps that both give way would ask each other for ever: they take each other in full.
-    for (const auto& cell : _path.pathComponentCells())
-        if (cell.get() != this) width += static_cast<int>(cell->fullWidth());
+    for (const auto& cell : _path.pathComponentCells()) {
+        if (cell.get() == this) continue;
+        const double title = cell->sizeOfTitle().width();
+        width += static_cast<int>(
+            cell->leastWidth() + (cell->_limitWidth ? std::min(title, longest) : title));
+    }
     return width;
 }
 
 QSizeF PBPathComponentCell::cellSize() const {
-    double width = fullWidth();
+    const double least = leastWidth();
+    const double width = least + sizeOfTitle().width();
     const double height = _path.size().height();
     if (!_limitWidth) return {width, height};
-    const double least = width - sizeOfTitle().width();
     const double left = _path.size().width() - pathMargin - widthOfOtherCell();
     return {std::clamp(left, least, width), height};
 }
@@ -138,6 +139,27 @@ PBPathComponentCell& PBPathCell::insertItemWithTitle(
     const auto place = _cells.begin() + static_cast<std::ptrdiff_t>(std::min(index, itemCount()));
     return **_cells.insert(
         place, std::make_unique<PBPathComponentCell>(*this, title, image, limitWidth));
+}
+
+double PBPathCell::longestLimitedTitle() const {
+    double room = _size.width() - pathMargin;
+    std::vector<double> titles;
+    for (const auto& cell : _cells) {
+        const double title = cell->sizeOfTitle().width();
+        room -= cell->leastWidth();
+        if (cell->limitWidth())
+            titles.push_back(title);
+        else
+            room -= title;
+    }
+    // What the short ones leave of their share is for the longer ones.
+    std::ranges::sort(titles);
+    for (std::size_t index = 0; index < titles.size(); ++index) {
+        const double share = std::max(0.0, room) / static_cast<double>(titles.size() - index);
+        if (titles[index] > share) return std::floor(share);
+        room -= titles[index];
+    }
+    return titles.empty() ? 0 : titles.back();
 }
 
 QRectF PBPathCell::rectOfItem(std::size_t index) const {

@@ -48,7 +48,9 @@ public:
     [[nodiscard]] QSizeF sizeOfTitle() const;
     /// The room that the step takes: its own, or what the others leave of the path's width.
     [[nodiscard]] QSizeF cellSize() const;
-    /// What the other steps take together, each in whole points.
+    /// The room of all but the title.
+    [[nodiscard]] double leastWidth() const;
+    /// What the other steps take together, each in whole points; the longest of them give way, too.
     [[nodiscard]] int widthOfOtherCell() const;
 
     struct Rects {
@@ -68,7 +70,6 @@ public:
 private:
     [[nodiscard]] bool hasImage() const { return _image.kind != group::IconName::Kind::None; }
     [[nodiscard]] const TextLines& lines() const;
-    [[nodiscard]] double fullWidth() const;
     void drawTitle(QPainter& painter, const QRectF& titleRect) const;
 
     const PBPathCell& _path;
@@ -108,6 +109,9 @@ public:
     /// The place for the whole path.
     [[nodiscard]] const QSizeF& size() const { return _size; }
     void setSize(const QSizeF& size) { _size = size; }
+    /// The widest that the title of a step that gives way may be, so that all fit: the longest titles
+    /// get narrower, as much as is needed, and the others keep their size.
+    [[nodiscard]] double longestLimitedTitle() const;
     /// Where a step lies, from the path's top left corner. What goes beyond the path is cut off.
     [[nodiscard]] QRectF rectOfItem(std::size_t index) const;
     /// The step at a point.

@@ -34,6 +34,23 @@ TEST(PBPathCellTest, onlyTheLimitedCellGivesWay) {
     EXPECT_EQ(aroundTitle(1), 2 + 8);
 }
 
+TEST(PBPathCellTest, ofLimitedCellsTheLongestGiveWay) {
+    const PathCellStyle style{QFont(), false};
+    PBPathCell path{style};
+    for (const int length : {2, 60, 3, 40})
+        path.addItemWithTitle(QString(length, u'x'), {}, true);
+    const auto isWhole = [&](std::size_t index) {
+        const PBPathComponentCell& cell = *path.pathComponentCells()[index];
+        return cell.cellSize().width() == cell.leastWidth() + cell.sizeOfTitle().width();
+    };
+    for (const double width : {5000.0, 300.0, 120.0}) {
+        path.setSize({width, 20});
+        EXPECT_TRUE(isWhole(0) && isWhole(2)) << width;
+        EXPECT_EQ(isWhole(1) && isWhole(3), width == 5000) << width;
+        EXPECT_TRUE(width == 5000 || std::abs(path.rectOfItem(3).right() - (width - 2)) <= 2);
+    }
+}
+
 struct PBPathControlTest : testing::Test {
     PBPathControlTest() {
         control.resize(500, control.height());
