@@ -75,8 +75,8 @@ public:
     void captureScrollWithMode(ScrollCaptureMode mode);
     /// The mouse button is down: no tree may be swapped in.
     [[nodiscard]] bool isDragging() const { return _input.isDragging(); }
-    /// Begins the rename of an image in place.
-    void renameIndex(const PBImageBrowserIndex& index);
+    /// Begins the rename of an image in place, with a text that was typed before if there is one.
+    void renameIndex(const PBImageBrowserIndex& index, const QString& typed = {});
 
     /// A thumbnail was built for the image.
     void buildThumbDidFinish(qint64 fileId);

@@ -270,11 +270,12 @@ void PBImageBrowserView::beginDragOut(const PBImageBrowserIndex& index) {
     setDragging(false);
 }
 
-void PBImageBrowserView::renameIndex(const PBImageBrowserIndex& index) {
+void PBImageBrowserView::renameIndex(const PBImageBrowserIndex& index, const QString& typed) {
     platform::assertMainThread();
     if (!_leaves.imageFileAtIndex(index)) return;
     scrollIndexToVisible(index);
     beginRename(index);
+    if (!typed.isEmpty()) _editFileNameTextField->setText(typed);
     _input.clearDownImageFileItem();
 }
 

@@ -18,10 +18,28 @@ RenameOutcome failed(const QString& reason) {
     return {.result = RenameResult::Failed, .reason = reason};
 }
 
+struct ErrorText {
+    std::errc error;
+    QStringView key;
+};
+
+constexpr ErrorText errorTexts[] = {
+    {std::errc::filename_too_long, u"RenameNameTooLong"},
+    {std::errc::invalid_argument, u"RenameBadCharacter"},
+    {std::errc::permission_denied, u"RenameNotAllowed"},
+    {std::errc::operation_not_permitted, u"RenameNotAllowed"},
+    {std::errc::read_only_file_system, u"RenameReadOnly"},
+    {std::errc::no_such_file_or_directory, u"RenameFileGone"},
+    {std::errc::no_space_on_device, u"RenameDiskFull"},
+};
+
 QString textOf(const std::error_code& error, const QString& fileName) {
     if (error == std::errc::file_exists)
         return platform::localizedFormat(u"RenameNameTaken", {fileName});
-    return QString::fromLocal8Bit(error.message().c_str());
+    for (const ErrorText& text : errorTexts)
+        if (error == text.error) return platform::localizedString(text.key);
+    return platform::localizedFormat(
+        u"RenameRefused", {QString::fromLocal8Bit(error.message().c_str())});
 }
 
 } // namespace

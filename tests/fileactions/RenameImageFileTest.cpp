@@ -1,5 +1,7 @@
 #include "fileactions/RenameImageFile.h"
 
+#include "fileactions/NameToGive.h"
+
 #include "group/CatalogueFixture.h"
 
 using fileactions::RenameOutcome;
@@ -41,7 +43,7 @@ TEST_F(RenameImageFileTest, whatCannotBeDoneIsToldAndChangesNothing) {
     for (const auto& [name, part] :
          {std::pair(u"taken.jpg"_s, u"“taken.jpg”"_s), std::pair(u"a/b.jpg"_s, u"/"_s),
           std::pair(u".."_s, u"/"_s), std::pair(u"."_s, u"/"_s), std::pair(u"a\0b"_s, u"/"_s),
-          std::pair(QString(300, u'x'), u"too long"_s)}) {
+          std::pair(QString(300, u'x'), u"too long for its disk"_s)}) {
         const RenameOutcome outcome = rename(name);
         EXPECT_EQ(outcome.result, RenameResult::Failed);
         EXPECT_TRUE(outcome.reason.contains(part)) << outcome.reason.toStdString();
@@ -50,6 +52,28 @@ TEST_F(RenameImageFileTest, whatCannotBeDoneIsToldAndChangesNothing) {
     EXPECT_EQ(support::readFile(path(u"taken.jpg")), "another");
     EXPECT_EQ(inCatalogue(), u"IMG_1.jpg"_s);
     EXPECT_EQ(item->fileName(), u"IMG_1.jpg"_s);
+}
+
+TEST(NameToGiveTest, anExtensionLeftOutIsKeptAndAnotherOneIsDoubted) {
+    const auto given = [](const char* typed, const char* former = "IMG_1.jpg") {
+        const fileactions::NameToGive name =
+            fileactions::nameToGive(QLatin1StringView(typed), QLatin1StringView(former));
+        return u"%1 %2 %3"_s.arg(name.name)
+            .arg(static_cast<int>(name.doubt))
+            .arg(name.nameOfSameType);
+    };
+    EXPECT_EQ(given("  Lisbon "), u"Lisbon.jpg 0 "_s);
+    EXPECT_EQ(given("Trip 2019.05"), u"Trip 2019.05.jpg 0 "_s);
+    EXPECT_EQ(given("a.JPEG"), u"a.JPEG 0 "_s) << "the same type";
+    EXPECT_EQ(given("a.xyz", "b.xyz"), u"a.xyz 0 "_s);
+    EXPECT_EQ(given("a.png"), u"a.png 1 a.jpg"_s);
+    EXPECT_EQ(given("a.txt"), u"a.txt 1 a.jpg"_s);
+    EXPECT_EQ(given("a."), u"a. 2 a.jpg"_s);
+    EXPECT_EQ(given(".a"), u".a.jpg 3 "_s);
+    EXPECT_EQ(given(".b.jpg", ".a.jpg"), u".b.jpg 0 "_s) << "hidden as before";
+    EXPECT_EQ(given(" a.jpg", " a.jpg"), u" a.jpg 0 "_s) << "as it was";
+    EXPECT_EQ(given("  "), u" 0 "_s);
+    EXPECT_EQ(given(".."), u".. 0 "_s);
 }
 
 TEST_F(RenameImageFileTest, aCatalogueThatTakesNoNameGivesTheFileItsOldOne) {

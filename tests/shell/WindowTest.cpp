@@ -267,10 +267,26 @@ TEST_F(WindowTest, aTypedNameIsTakenOrItIsToldWhyNot) {
     EXPECT_EQ(items[1]->fileName(), u"new.jpg"_s);
     EXPECT_TRUE(QFile::exists(path(u"photos/new.jpg")));
     EXPECT_FALSE(closesDialog<QMessageBox>());
-    Q_EMIT browser().renameRequested(items[1], u"a.jpg"_s);
-    const auto* box = window().findChild<QMessageBox*>();
-    ASSERT_TRUE(box);
-    EXPECT_TRUE(box->text().contains(u"new.jpg") && box->informativeText().contains(u"a.jpg"));
+    const auto answers = [&](const QString& typed, const QString& button) {
+        Q_EMIT browser().renameRequested(items[1], typed);
+        auto* box = window().findChild<QMessageBox*>();
+        for (QAbstractButton* choice : box ? box->buttons() : QList<QAbstractButton*>())
+            if (choice->text() == button) choice->click();
+        const QString texts = box ? box->text() + box->informativeText() : QString();
+        delete box;
+        const auto* again = window().findChild<PBModalTextField*>();
+        return texts + (again && again->isVisible() ? u'>' + again->text() : QString());
+    };
+    const QString taken = answers(u"a.jpg"_s, u"OK"_s);
+    EXPECT_TRUE(
+        taken.contains(u"new.jpg") && taken.endsWith(u"“a.jpg” in the folder already.>a.jpg"))
+        << qPrintable(taken);
+    EXPECT_TRUE(answers(u"b.png"_s, u"Cancel"_s).endsWith(u">b.png"));
+    EXPECT_EQ(items[1]->fileName(), u"new.jpg"_s);
+    answers(u"b.png"_s, u"Keep “.jpg”"_s);
+    EXPECT_EQ(items[1]->fileName(), u"b.jpg"_s);
+    answers(u"b.png"_s, u"Use “.png”"_s);
+    EXPECT_EQ(items[1]->fileName(), u"b.png"_s);
 }
 
 TEST_F(WindowTest, toolbarAndMenusShowOneFilterAndOneSearch) {

@@ -1,10 +1,48 @@
 #include "shell/commands/RenameCommand.h"
 
 #include "browser/PBImageBrowserView.h"
+#include "fileactions/NameToGive.h"
 #include "fileactions/RenameImageFile.h"
 #include "group/PBImageFileItem.h"
+#include "platform/program/LocalizedTexts.h"
 #include "platform/work/MainThread.h"
 #include "shell/panes/BrowserPane.h"
+#include "ui/WindowAlert.h"
+
+using fileactions::NameToGive;
+using platform::localizedFormat;
+using platform::localizedString;
+
+namespace {
+
+QString endingOf(const QString& name) {
+    return name.sliced(name.lastIndexOf(u'.'));
+}
+
+WindowQuestion questionAbout(const NameToGive& given) {
+    const QString keep = localizedFormat(u"RenameKeepEnding", {endingOf(given.nameOfSameType)});
+    if (given.doubt == NameToGive::Doubt::NoType)
+        return {
+            .message = localizedFormat(u"RenameNoType", {given.name}),
+            .details = localizedString(u"RenameNoTypeDetails"),
+            .consent = localizedString(u"RenameWithoutEnding"),
+            .other = keep};
+    return {
+        .message = localizedFormat(u"RenameOtherType", {given.name, endingOf(given.name)}),
+        .details = localizedString(u"RenameOtherTypeDetails"),
+        .consent = localizedFormat(u"RenameUseEnding", {endingOf(given.name)}),
+        .other = keep};
+}
+
+WindowQuestion questionAboutHiding(const QString& name) {
+    return {
+        .message = localizedFormat(u"RenameHidden", {name}),
+        .details = localizedString(u"RenameHiddenDetails"),
+        .consent = localizedString(u"RenameHide"),
+        .other = {}};
+}
+
+} // namespace
 
 void RenameCommand::begin() {
     platform::assertMainThread();
@@ -15,13 +53,43 @@ void RenameCommand::begin() {
     view.renameIndex(index);
 }
 
-void RenameCommand::finish(const std::shared_ptr<PBImageFileItem>& item, const QString& fileName) {
+void RenameCommand::finish(const std::shared_ptr<PBImageFileItem>& item, const QString& typed) {
     platform::assertMainThread();
+    const NameToGive given = fileactions::nameToGive(typed, item->fileName());
+    if (given.doubt == NameToGive::Doubt::None) return give(item, typed, given.name);
+    ask(item, typed, given);
+}
+
+void RenameCommand::ask(
+    const std::shared_ptr<PBImageFileItem>& item, const QString& typed, const NameToGive& given) {
+    const bool isHidden = given.doubt == NameToGive::Doubt::Hidden;
+    askInWindow(
+        _parts.window, isHidden ? questionAboutHiding(given.name) : questionAbout(given),
+        [this, item, typed, given](WindowAnswer answer) {
+            switch (answer) {
+            case WindowAnswer::Cancel:
+                return typeAgain(item, typed);
+            case WindowAnswer::Consent:
+                return give(item, typed, given.name);
+            case WindowAnswer::Other:
+                return give(item, typed, given.nameOfSameType);
+            }
+        });
+}
+
+void RenameCommand::give(
+    const std::shared_ptr<PBImageFileItem>& item, const QString& typed, const QString& name) {
     const fileactions::RenameOutcome outcome = fileactions::renameImageFile(
-        *item, fileName, _parts.mainFileDb, _parts.browserPane.folderPaths());
-    if (outcome.result == fileactions::RenameResult::Failed) {
-        _parts.alert(item->fileName(), outcome.reason);
-    } else if (outcome.result == fileactions::RenameResult::Renamed) {
+        *item, name, _parts.mainFileDb, _parts.browserPane.folderPaths());
+    if (outcome.result == fileactions::RenameResult::Renamed)
         _parts.browserPane.browserView().reloadData();
-    }
+    if (outcome.result != fileactions::RenameResult::Failed) return;
+    showWindowAlert(
+        _parts.window, localizedFormat(u"CantRename", {item->fileName()}), outcome.reason,
+        [this, item, typed] { typeAgain(item, typed); });
+}
+
+void RenameCommand::typeAgain(const std::shared_ptr<PBImageFileItem>& item, const QString& typed) {
+    PBImageBrowserView& view = _parts.browserPane.browserView();
+    view.renameIndex(view.leaves().indexForImageFile(item), typed);
 }

@@ -2,12 +2,16 @@
 
 #include <QString>
 
-#include <functional>
 #include <memory>
 
 class BrowserPane;
 class FMDatabase;
 class PBImageFileItem;
+class QWidget;
+
+namespace fileactions {
+struct NameToGive;
+}
 
 /// The rename of a photograph in its place in the browser. Main thread.
 class RenameCommand {
@@ -15,17 +19,25 @@ public:
     struct Parts {
         FMDatabase& mainFileDb;
         BrowserPane& browserPane;
-        /// Tells the user that the file keeps its name, and why.
-        std::function<void(const QString& fileName, const QString& reason)> alert;
+        QWidget& window;
     };
 
-    /// The parts outlive this object.
-    explicit RenameCommand(Parts parts) : _parts(std::move(parts)) {}
+    /// The parts outlive this object, which outlives the window's dialogs.
+    explicit RenameCommand(const Parts& parts) : _parts(parts) {}
 
     /// Opens the field for the name of the selected photograph, if there is just one.
     void begin();
-    void finish(const std::shared_ptr<PBImageFileItem>& item, const QString& fileName);
+    /// Takes what was typed. Asks where the name makes another kind of file of it; where the user
+    /// doesn't want that, or it can't be done, the field is there again with the typed text.
+    void finish(const std::shared_ptr<PBImageFileItem>& item, const QString& typed);
 
 private:
+    void
+    ask(const std::shared_ptr<PBImageFileItem>& item, const QString& typed,
+        const fileactions::NameToGive& given);
+    void
+    give(const std::shared_ptr<PBImageFileItem>& item, const QString& typed, const QString& name);
+    void typeAgain(const std::shared_ptr<PBImageFileItem>& item, const QString& typed);
+
     const Parts _parts;
 };

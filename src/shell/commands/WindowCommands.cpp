@@ -13,7 +13,6 @@
 #include "shell/sidebar/SourceSidebar.h"
 
 #include <QMainWindow>
-#include <QMessageBox>
 #include <QToolBar>
 
 using Command = MenuCommand;
@@ -69,10 +68,7 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
       _rename(
           {.mainFileDb = parts.services.mainFileDb,
            .browserPane = parts.browserPane,
-           .alert =
-               [this](const QString& fileName, const QString& reason) {
-                   alertCantRename(fileName, reason);
-               }}),
+           .window = parts.window}),
       _fullScreen(
           {.window = parts.window,
            .toolbar = parts.toolbar,
@@ -220,15 +216,4 @@ void WindowCommands::setHideStatusBar(bool hide) {
 void WindowCommands::updateStatusBarShowHide(bool animated) {
     _parts.statusBarView.setShown(
         !_settings.hideStatusBar() && !_fullScreen.isFullScreen(), animated);
-}
-
-void WindowCommands::alertCantRename(const QString& fileName, const QString& reason) {
-    auto* box = new QMessageBox(
-        QMessageBox::Warning, localizedString(u"Velmora"),
-        localizedFormat(u"CantRename", {fileName}), QMessageBox::Ok, &_parts.window);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(reason);
-    box->setWindowModality(Qt::WindowModal);
-    box->open();
 }

@@ -58,7 +58,6 @@ private:
     void toggleToolbar();
     void setHideStatusBar(bool hide);
     void updateStatusBarShowHide(bool animated);
-    void alertCantRename(const QString& fileName, const QString& reason);
 
     const Parts _parts;
     WindowSettings _settings;

@@ -61,8 +61,11 @@ void FolderSheets::askUseUnlikeFolder(
         _window,
         {.message = localizedFormat(u"AskUseUnlikeFolder", {folderName, displayName}),
          .details = localizedFormat(u"AskUseUnlikeFolderDetails", {displayName}),
-         .consent = localizedString(u"UseUnlikeFolder")},
-        std::move(answered));
+         .consent = localizedString(u"UseUnlikeFolder"),
+         .other = {}},
+        [answered = std::move(answered)](WindowAnswer answer) {
+            answered(answer == WindowAnswer::Consent);
+        });
 }
 
 void FolderSheets::alertFolderIsInSidebar(const QString& folderName, const QString& displayName) {
