@@ -109,8 +109,8 @@ public:
     /// The place for the whole path.
     [[nodiscard]] const QSizeF& size() const { return _size; }
     void setSize(const QSizeF& size) { _size = size; }
-    /// The widest that the title of a step that gives way may be, so that all fit: the longest titles
-    /// get narrower, as much as is needed, and the others keep their size.
+    /// The widest that the title of a step that gives way may be, so that all fit: the longest
+    /// titles get narrower, as much as is needed, and the others keep their size.
     [[nodiscard]] double longestLimitedTitle() const;
     /// Where a step lies, from the path's top left corner. What goes beyond the path is cut off.
     [[nodiscard]] QRectF rectOfItem(std::size_t index) const;
