@@ -33,6 +33,7 @@
 #include "ui/PBThemes.h"
 
 #include <QMainWindow>
+#include <QScreen>
 #include <QVBoxLayout>
 
 using platform::localizedString;
@@ -42,7 +43,7 @@ namespace {
 const QString geometryKey = QStringLiteral("WindowGeometry");
 constexpr QSize firstWindowSize(1180, 760);
 /// Leaves each pane its least.
-constexpr QSize smallestWindowSize(720, 480);
+constexpr QSize smallestWindowSize(640, 440);
 
 /// A pane under its bar.
 QWidget* titledPane(HeaderBar* bar, QWidget* content) {
@@ -143,8 +144,12 @@ void PBMainWindowController::buildWindow() {
             .panes = *_panes,
             .statusBarView = *_statusBarView,
             .toolbar = *_toolbar,
-            .find = [this] { _toolbarController->find(); }},
+            .find = [this] { _toolbarController->find(); },
+            .isFinding = [this] { return _toolbarController->isFinding(); }},
         nullptr);
+    QObject::connect(
+        _toolbarController, &ToolbarController::isFindingDidChange, _commands.get(),
+        &WindowCommands::updateBars);
     _commands->menu().setGroupMenu(*_groupMenus->groupMenu());
     _toolbar->setGroupMenu(*_groupMenus->groupMenu(), [this](const QWidget& button) {
         _groupMenus->groupMenuBtnClicked(button);
@@ -275,6 +280,8 @@ void PBMainWindowController::updateImageBrowserTipView() {
 void PBMainWindowController::restoreGeometry() {
     const auto stored = _services.userDefaults.dataForKey(geometryKey);
     if (!stored || !_window->restoreGeometry(*stored)) _window->resize(firstWindowSize);
+    // The screen may be smaller than it was, in points.
+    _window->resize(_window->size().boundedTo(_window->screen()->availableSize()));
     // A window that was left filling the screen comes back as it was before.
     _window->setWindowState(_window->windowState() & ~Qt::WindowFullScreen);
 }

@@ -14,7 +14,7 @@ namespace {
 
 struct FullScreenControlTest : testing::Test {
     FullScreenControlTest() {
-        window.menuBar()->addMenu(u"File"_s);
+        menuBar.addMenu(u"&File"_s)->addAction(u"Open"_s);
         window.addToolBar(&toolbar);
         toolbar.addWidget(&field);
         window.setCentralWidget(new QWidget);
@@ -23,7 +23,7 @@ struct FullScreenControlTest : testing::Test {
         window.show();
     }
     QString shown() {
-        return (window.menuBar()->isVisible() ? u"menus "_s : QString()) +
+        return (menuBar.isVisible() ? u"menus "_s : QString()) +
                (toolbar.isVisible() ? u"tools"_s : QString());
     }
     void moveMouseTo(const QPoint& point) { QCursor::setPos(window.mapToGlobal(point)); }
@@ -35,6 +35,7 @@ struct FullScreenControlTest : testing::Test {
 
     bool hideToolbar = false;
     QMainWindow window;
+    QMenuBar& menuBar = *window.menuBar();
     QToolBar toolbar;
     QLineEdit field;
     FullScreenControl control{
@@ -55,16 +56,31 @@ TEST_F(FullScreenControlTest, theBarsGoWithTheWholeScreenAndComeAtItsEdge) {
     hideToolbar = false;
     moveMouseTo({300, 400});
     EXPECT_TRUE(support::spinUntil([&] { return shown() == QString(); }));
+    const QRect content = window.centralWidget()->geometry();
+    EXPECT_EQ(content, window.rect());
     QWidget* edge = window.childAt(5, 1);
     ASSERT_TRUE(edge);
     EXPECT_EQ(edge->geometry(), QRect(0, 0, window.width(), 2));
     QEnterEvent enter({5, 1}, {5, 1}, {5, 1});
     QCoreApplication::sendEvent(edge, &enter);
     EXPECT_TRUE(shown() == u"menus tools"_s && edge->isHidden());
-    moveMouseTo({300, toolbar.geometry().bottom()});
+    EXPECT_EQ(window.centralWidget()->geometry(), content) << "the bars lie over it";
+    moveMouseTo(toolbar.mapTo(&window, toolbar.rect().bottomLeft()));
     EXPECT_TRUE(staysShown());
 
     moveMouseTo({300, 400});
+    EXPECT_TRUE(support::spinUntil([&] { return shown() == QString(); }));
+    window.activateWindow();
+    QTest::keyClick(&window, Qt::Key_X, Qt::AltModifier);
+    EXPECT_EQ(shown(), QString());
+    QTest::keyClick(&window, Qt::Key_F, Qt::AltModifier);
+    EXPECT_EQ(shown(), u"menus tools"_s);
+    ASSERT_TRUE(QApplication::activePopupWidget());
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+    EXPECT_TRUE(!QApplication::activePopupWidget() && control.isFullScreen());
+    QTest::keyClick(&menuBar, Qt::Key_Escape); // its keys are on until then
+
+    control.showBars();
     window.activateWindow();
     field.setFocus();
     ASSERT_TRUE(support::spinUntil([&] { return field.hasFocus(); }));
@@ -75,6 +91,7 @@ TEST_F(FullScreenControlTest, theBarsGoWithTheWholeScreenAndComeAtItsEdge) {
     }
     EXPECT_EQ(changes, (QList<QList<QVariant>>{{true}, {false}}));
     EXPECT_EQ(shown(), u"menus tools"_s);
+    EXPECT_GT(window.centralWidget()->y(), menuBar.height());
 }
 
 } // namespace

@@ -57,7 +57,7 @@ struct WindowTest : ShellFixture {
         const QList<QAction*> actions = window().actions();
         return *std::ranges::find(actions, name, &QAction::objectName);
     }
-    void openMenus() { Q_EMIT window().menuBar()->actions().front()->menu()->aboutToShow(); }
+    void openMenus() { Q_EMIT part<QMenuBar>().actions().front()->menu()->aboutToShow(); }
     bool isEnabled(QStringView name) {
         openMenus();
         return action(name)->isEnabled();
@@ -200,12 +200,18 @@ TEST_F(WindowTest, panesBarsAndDialogsComeAndGo) {
     choose(u"find");
     EXPECT_FALSE(toolbar().isHidden());
     EXPECT_EQ(window().focusWidget(), &toolbar().searchField());
+    EXPECT_EQ(titleOf(u"view_toolbar"_s), u"Show Toolbar"_s);
+    toolbar().searchField().setText(u"b"_s);
     Q_EMIT toolbar().searchField().finished();
     EXPECT_EQ(window().focusWidget(), &browser());
+    EXPECT_FALSE(toolbar().isHidden()) << "what is searched for stays in sight";
+    toolbar().searchField().clear();
+    EXPECT_TRUE(toolbar().isHidden());
 
     choose(u"view_StatusBar");
     choose(u"view_FullScreen");
     EXPECT_TRUE(window().isFullScreen());
+    EXPECT_FALSE(isEnabled(u"view_toolbar") || isEnabled(u"view_StatusBar"));
     EXPECT_TRUE(support::spinUntil([&] { return status.isHidden(); })) << "on the whole screen";
     choose(u"view_FullScreen");
     EXPECT_TRUE(support::spinUntil([&] { return !status.isHidden(); }));

@@ -5,12 +5,14 @@
 
 #include <functional>
 
+class QKeyEvent;
 class QMainWindow;
+class QMenuBar;
 class QToolBar;
 class QWidget;
 
-/// The window on the whole screen: menu bar and toolbar are out of sight then, and come back while
-/// the mouse is at the upper edge. Main thread.
+/// The window on the whole screen: menu bar and toolbar are out of sight then, and come back over
+/// the content while the mouse is at the upper edge, or a menu is opened by its key. Main thread.
 class FullScreenControl final : public QObject {
     Q_OBJECT
 
@@ -18,7 +20,7 @@ public:
     struct Parts {
         QMainWindow& window;
         QToolBar& toolbar;
-        /// The user has hidden the toolbar for good.
+        /// The user has hidden the toolbar, and it isn't needed for a moment.
         std::function<bool()> hideToolbar;
     };
 
@@ -42,11 +44,18 @@ protected:
 
 private:
     void stateChanged();
+    void takeBarsOver();
+    void giveBarsBack();
     void reveal(bool isRevealed);
+    void placeBars();
     void hideUnlessUsed();
+    [[nodiscard]] bool opensMenu(const QKeyEvent& event) const;
 
     const Parts _parts;
-    QWidget* _edge; // a child of the window
+    QMenuBar& _menuBar;
+    // Children of the window.
+    QWidget* _edge;
+    QWidget* _bars; // holds both bars on the whole screen
     QTimer _hideTimer{this};
     bool _isFullScreen = false;
     bool _isRevealed = false;

@@ -72,7 +72,7 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
       _fullScreen(
           {.window = parts.window,
            .toolbar = parts.toolbar,
-           .hideToolbar = [this] { return _settings.hideToolbar(); }},
+           .hideToolbar = [this] { return _settings.hideToolbar() && !_parts.isFinding(); }},
           nullptr),
       _menu(new MainMenu(
           parts.window,

@@ -38,12 +38,16 @@ public:
         QToolBar& toolbar;
         /// Puts the keyboard into the search field.
         std::function<void()> find;
+        /// The search field is in use, whether the user wants to see the toolbar or not.
+        std::function<bool()> isFinding;
     };
 
     /// Makes the menu bar. The parts outlive this object.
     WindowCommands(const Parts& parts, QObject* parent);
 
     [[nodiscard]] MainMenu& menu() { return *_menu; }
+    /// Shows the toolbar as the user, or a search, wants it.
+    void updateBars() { _fullScreen.updateBars(); }
 
 private:
     void connectFolderCommands();

@@ -19,6 +19,11 @@ constexpr bool flag(State s) {
     return s.*field;
 }
 
+/// On the whole screen the bars come and go by themselves.
+constexpr bool inWindow(State s) {
+    return !s.isFullScreen;
+}
+
 // The two views.
 
 constexpr bool inBrowser(State s) {

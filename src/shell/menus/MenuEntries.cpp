@@ -181,10 +181,10 @@ constexpr MenuRow barRows[] = {
     endOfSubmenu,
     entry(
         Command::view_toolbar, u"view_toolbar", {}, u"Ctrl+Shift+T", {},
-        titled(always, u"HideToolbar", u"ShowToolbar", flag<&MenuState::isToolbarShown>)),
+        titled(inWindow, u"HideToolbar", u"ShowToolbar", flag<&MenuState::isToolbarShown>)),
     entry(
         Command::view_StatusBar, u"view_StatusBar", {}, u"Ctrl+/", {},
-        titled(always, u"HideStatusBar", u"ShowStatusBar", flag<&MenuState::isStatusBarShown>)),
+        titled(inWindow, u"HideStatusBar", u"ShowStatusBar", flag<&MenuState::isStatusBarShown>)),
     entry(
         Command::view_FullScreen, u"view_FullScreen", u"Menu_FullScreen", u"F11", u"fullScreen",
         {always, flag<&MenuState::isFullScreen>}),

@@ -14,8 +14,8 @@ namespace {
 constexpr PBSplitView::Limits sideBarLimits{200, 400};
 constexpr PBSplitView::Limits infoLimits{200, 400};
 constexpr int smallestLeftPane = 150;
-/// Room for the largest thumbnails with their frames.
-constexpr int smallestBrowser = 280;
+/// What the smallest window leaves, where both panes at its sides have their least.
+constexpr int smallestBrowser = 236;
 
 /// Sizes of a window that was never arranged.
 constexpr int firstSideBarWidth = 230;

@@ -14,7 +14,10 @@
 #include "ui/HeaderBar.h"
 #include "ui/Icons.h"
 
+#include <QEvent>
 #include <QToolButton>
+
+#include <utility>
 
 using platform::localizedFormat;
 using platform::localizedString;
@@ -108,6 +111,7 @@ void ToolbarController::connectFilters() {
         _parts.filters.filter(1);
     });
     connect(&toolbar.searchField(), &SearchField::searchChanged, &filters, &FilterCommands::search);
+    toolbar.searchField().installEventFilter(this);
     connect(&toolbar.searchField(), &SearchField::finished, this, [this] { leaveSearchField(); });
     connect(
         &filters, &FilterCommands::filterDidChange, this, [this] { updateFilterSegmentControl(); });
@@ -143,6 +147,7 @@ void ToolbarController::updateFilterSegmentControl() {
 
 void ToolbarController::updateSearchField() {
     _parts.toolbar.searchField().showText(_parts.filters.searchString());
+    endFindingUnlessUsed();
 }
 
 void ToolbarController::updateSourceBarBtn() {
@@ -177,10 +182,26 @@ void ToolbarController::validateVisibleItems() {
 }
 
 void ToolbarController::find() {
-    _parts.toolbar.show();
+    if (!std::exchange(_isFinding, true)) Q_EMIT isFindingDidChange();
     _parts.toolbar.searchField().focusSearch();
 }
 
 void ToolbarController::leaveSearchField() {
     _parts.browserPane.browserView().setFocus(Qt::OtherFocusReason);
+    endFindingUnlessUsed();
+}
+
+void ToolbarController::endFindingUnlessUsed() {
+    const SearchField& field = _parts.toolbar.searchField();
+    if (!_isFinding || field.hasFocus() || !field.text().isEmpty()) return;
+    _isFinding = false;
+    Q_EMIT isFindingDidChange();
+}
+
+bool ToolbarController::eventFilter(QObject* watched, QEvent* event) {
+    // Hiding the field within the change of focus would move the focus once more.
+    if (event->type() == QEvent::FocusOut)
+        QMetaObject::invokeMethod(
+            this, &ToolbarController::endFindingUnlessUsed, Qt::QueuedConnection);
+    return QObject::eventFilter(watched, event);
 }

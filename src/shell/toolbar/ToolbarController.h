@@ -38,10 +38,19 @@ public:
     /// The parts outlive this object.
     ToolbarController(const Parts& parts, QObject* parent);
 
-    /// Puts the keyboard into the search field; a hidden toolbar is shown for that.
+    /// Puts the keyboard into the search field.
     void find();
+    /// From `find` until the field is empty and without the keyboard: a hidden toolbar is shown for
+    /// that.
+    [[nodiscard]] bool isFinding() const { return _isFinding; }
     /// Enables each item by what is possible now.
     void validateVisibleItems();
+
+Q_SIGNALS:
+    void isFindingDidChange();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void connectHistory();
@@ -52,9 +61,11 @@ private:
     void updateSourceBarBtn();
     void updateHistoryTips();
     void leaveSearchField();
+    void endFindingUnlessUsed();
     [[nodiscard]] ToolbarValidation::Environment makeValidation();
 
     const Parts _parts;
     ToolbarValidation _validation;
     QToolButton* _subFolder;
+    bool _isFinding = false;
 };
