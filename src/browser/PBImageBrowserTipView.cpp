@@ -13,6 +13,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 using platform::localizedFormat;
 using platform::localizedString;
 
@@ -21,6 +23,7 @@ namespace {
 constexpr QSize pictureSize(112, 112);
 constexpr std::chrono::milliseconds indicatorDelay(250);
 constexpr QSize buttonSize(200, 32);
+constexpr QStringView remedyTexts[] = {u"ClearSearch", u"ShowAll", u"IncludeSubfolders"};
 
 QLabel* centredLabel(QWidget* parent) {
     auto* label = new QLabel(parent);
@@ -44,6 +47,15 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     _hint->setText(localizedString(u"DragDropFolder"));
     for (QPushButton* button : {_suggestion, _button})
         button->setMinimumSize(buttonSize);
+    for (std::size_t remedy = 0; remedy < _remedyButtons.size(); ++remedy) {
+        auto* button = new QPushButton(localizedString(remedyTexts[remedy]), this);
+        button->setObjectName(remedyTexts[remedy].toString());
+        button->setMinimumSize(buttonSize);
+        connect(button, &QPushButton::clicked, this, [this, remedy] {
+            Q_EMIT remedyRequested(static_cast<Remedy>(remedy));
+        });
+        _remedyButtons[remedy] = button;
+    }
     _suggestion->setObjectName(QStringLiteral("addSuggestedFolder"));
     _button->setObjectName(QStringLiteral("addFolder"));
     _indicator->setRange(0, 0);
@@ -59,6 +71,8 @@ PBImageBrowserTipView::PBImageBrowserTipView(QWidget* parent)
     layout->addSpacing(4);
     layout->addWidget(_suggestion, 0, Qt::AlignHCenter);
     layout->addWidget(_button, 0, Qt::AlignHCenter);
+    for (QPushButton* button : _remedyButtons)
+        layout->addWidget(button, 0, Qt::AlignHCenter);
     layout->addWidget(_or);
     layout->addWidget(_hint);
     layout->addWidget(_indicator, 0, Qt::AlignHCenter);
@@ -87,13 +101,7 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     if (tipKind == _tipKind) return;
     _tipKind = tipKind;
     setVisible(tipKind != 0);
-    static constexpr QStringView titles[] = {
-        u"", u"SelectAFolder", u"No Folder Selected", u"No Photo", u""};
-    const bool known = tipKind >= 0 && tipKind < std::ssize(titles);
-    const QString title = known ? localizedString(titles[tipKind]) : QString();
-    _title->setText(title);
-    _title->setVisible(!title.isEmpty());
-    _picture->setVisible(!title.isEmpty());
+    updateTitle();
     updateButtons();
     updateColors();
     // The indicator changes after the present event, so that a scan that ends within it shows none.
@@ -106,6 +114,24 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     } else {
         updateIndicator();
     }
+}
+
+void PBImageBrowserTipView::setReason(const Reason& reason) {
+    platform::assertMainThread();
+    _reason = reason;
+    updateTitle();
+    updateButtons();
+}
+
+void PBImageBrowserTipView::updateTitle() {
+    static constexpr QStringView titles[] = {
+        u"", u"SelectAFolder", u"No Folder Selected", u"No Photo", u""};
+    const bool known = _tipKind >= 0 && _tipKind < std::ssize(titles);
+    QString title = known ? localizedString(titles[_tipKind]) : QString();
+    if (_tipKind == 3 && !_reason.text.isEmpty()) title = _reason.text;
+    _title->setText(title);
+    _title->setVisible(!title.isEmpty());
+    _picture->setVisible(!title.isEmpty());
 }
 
 void PBImageBrowserTipView::setSuggestedFolder(const QString& path) {
@@ -124,6 +150,11 @@ void PBImageBrowserTipView::updateButtons() {
     _or->setVisible(isFirst);
     _hint->setVisible(isFirst);
     _suggestion->setVisible(hasSuggestion);
+    for (std::size_t remedy = 0; remedy < _remedyButtons.size(); ++remedy) {
+        const bool helps = std::ranges::find(_reason.remedies, static_cast<Remedy>(remedy)) !=
+                           _reason.remedies.end();
+        _remedyButtons[remedy]->setVisible(_tipKind == 3 && helps);
+    }
     // Return presses what is most likely wanted.
     QPushButton* likely = hasSuggestion ? _suggestion : _button;
     if (isFirst && isVisible() && !likely->hasFocus()) likely->setFocus(Qt::OtherFocusReason);

@@ -3,7 +3,9 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <array>
 #include <cstdint>
+#include <vector>
 
 class QLabel;
 class QProgressBar;
@@ -21,6 +23,15 @@ public:
     /// 3: the folder has no photograph; 4: a scan is running.
     [[nodiscard]] std::int64_t tipKind() const { return _tipKind; }
     void setTipKind(std::int64_t tipKind);
+
+    /// What may bring photographs into sight.
+    enum class Remedy { ClearSearch, ShowAll, IncludeSubfolders };
+    /// Why kind 3 shows none, and what would help; without a text it says that there are none.
+    struct Reason {
+        QString text;
+        std::vector<Remedy> remedies;
+    };
+    void setReason(const Reason& reason);
 
     /// A folder that kind 1 offers to add with one click; none if empty.
     void setSuggestedFolder(const QString& path);
@@ -40,6 +51,7 @@ Q_SIGNALS:
     void addFolderRequested();
     /// The suggested folder was chosen.
     void suggestedFolderRequested(const QString& path);
+    void remedyRequested(PBImageBrowserTipView::Remedy remedy);
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -47,6 +59,7 @@ protected:
 private:
     void updateColors();
     void updateIndicator();
+    void updateTitle();
     void updateButtons();
 
     std::int64_t _tipKind = -1;
@@ -56,7 +69,9 @@ private:
     QLabel* _hint;
     QPushButton* _suggestion;
     QPushButton* _button;
+    std::array<QPushButton*, 3> _remedyButtons; // in the order of Remedy
     QString _suggestedFolder;
+    Reason _reason;
     QProgressBar* _indicator;
     QTimer _indicatorDelay;
 };

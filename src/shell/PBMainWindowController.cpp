@@ -6,6 +6,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
 #include "image/BuildThumbNotifier.h"
+#include "library/PBFolderItem.h"
 #include "places/PBGeoManager.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
@@ -18,6 +19,7 @@
 #include "shell/groups/GroupPanel.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
+#include "shell/panes/EmptyReason.h"
 #include "shell/panes/InfoPane.h"
 #include "shell/panes/NoticeBar.h"
 #include "shell/panes/PaneLayout.h"
@@ -36,6 +38,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+using platform::localizedFormat;
 using platform::localizedString;
 
 namespace {
@@ -156,6 +159,8 @@ void PBMainWindowController::buildWindow() {
     });
     connectFolderCommands();
     FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
+    connectRemedies();
+    tellFilterLeftOn();
     makeOpenFiles();
 }
 
@@ -216,6 +221,37 @@ void PBMainWindowController::connectFolderCommands() {
     QObject::connect(_toolbar->addFolderAction(), &QAction::triggered, &commands, add);
 }
 
+void PBMainWindowController::connectRemedies() {
+    using Remedy = PBImageBrowserTipView::Remedy;
+    QObject::connect(
+        _imageBrowserTipView, &PBImageBrowserTipView::remedyRequested, _filterCommands,
+        [filters = _filterCommands](Remedy remedy) {
+            switch (remedy) {
+            case Remedy::ClearSearch:
+                return filters->search({});
+            case Remedy::ShowAll:
+                return filters->showAll();
+            case Remedy::IncludeSubfolders:
+                return filters->recurseSubFolder();
+            }
+        });
+}
+
+void PBMainWindowController::tellFilterLeftOn() {
+    const QString key = QStringLiteral("FilterLeftOn");
+    const QString shown = photographsOfFilter(_services.browsing.filter());
+    if (shown.isEmpty()) return;
+    _noticeBar->tell(
+        {.key = key,
+         .text = localizedFormat(u"FilterLeftOn", {shown}),
+         .details = localizedString(u"FilterLeftOnDetails"),
+         .action = localizedString(u"ShowAll"),
+         .perform = [filters = _filterCommands] { filters->showAll(); }});
+    QObject::connect(
+        _filterCommands, &FilterCommands::filterDidChange, _noticeBar,
+        [bar = _noticeBar, key] { bar->withdraw(key); });
+}
+
 void PBMainWindowController::makeOpenFiles() {
     _openFilesReveal = new OpenFilesReveal(
         {.browserPane = *_browserPane,
@@ -270,6 +306,12 @@ void PBMainWindowController::scanStateDidChange() {
 
 void PBMainWindowController::updateImageBrowserTipView() {
     platform::assertMainThread();
+    const auto folder = _sourceSidebar->tree().selectedFolder();
+    const bool hasSubfolders = folder && !(folder->isLoaded() && folder->loadedChildren().empty());
+    _imageBrowserTipView->setReason(emptyReason(
+        {.searchString = _services.browsing.searchString(),
+         .filter = _services.browsing.filter(),
+         .leavesOutSubfolders = hasSubfolders && !_services.browsing.recurseSubFolder()}));
     _imageBrowserTipView->setTipKind(PBImageBrowserTipView::kindFor(
         {.hasGroups = _browserPane->browserView().hasGroups(),
          .hasRoots = _sourceSidebar->tree().hasFolderAliasItem(),

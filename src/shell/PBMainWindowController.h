@@ -70,6 +70,8 @@ private:
     void makeGroupViews();
     void connectFolderCommands();
     void makeOpenFiles();
+    void connectRemedies();
+    void tellFilterLeftOn();
     void restoreGeometry();
     void saveGeometry();
 

@@ -55,6 +55,17 @@ TEST(TipViewTest, whatCoversTheBrowserFitsTheWindowAndOffersWhatHelps) {
     EXPECT_GE(elapsed.elapsed(), 235); // a quarter of a second, less what timers may be early
     view.setTipKind(3);
     EXPECT_TRUE(support::spinUntil([&] { return indicator->isHidden(); }));
+    auto* clear = view.findChild<QPushButton*>(u"ClearSearch"_s);
+    view.setReason({u"None of them"_s, {View::Remedy::ClearSearch}});
+    EXPECT_TRUE(clear->isVisible() && view.findChild<QPushButton*>(u"ShowAll"_s)->isHidden());
+    std::vector<View::Remedy> remedies;
+    QObject::connect(&view, &View::remedyRequested, &view, [&](View::Remedy remedy) {
+        remedies.push_back(remedy);
+    });
+    clear->click();
+    EXPECT_EQ(remedies, std::vector{View::Remedy::ClearSearch});
+    view.setTipKind(2); // where a reason of the former folder says nothing
+    EXPECT_TRUE(clear->isHidden());
 }
 
 TEST(ContainerViewTest, layersFillThePaneAndTheTipOfADragLiesAboveThem) {

@@ -8,6 +8,7 @@
 #include "shell/ShellFixture.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
+#include "shell/panes/NoticeBar.h"
 #include "shell/panes/StatusBarView.h"
 #include "shell/panes/ThumbnailSizeSlider.h"
 #include "shell/panes/WorkProgressView.h"
@@ -22,6 +23,7 @@
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QToolButton>
 
 namespace {
@@ -323,6 +325,33 @@ TEST_F(WindowTest, toolbarAndMenusShowOneFilterAndOneSearch) {
     controller.reset();
     controller.emplace(shell());
     EXPECT_TRUE(toolbar().hasCaptions());
+}
+
+TEST_F(WindowTest, anEmptyBrowserSaysWhatIsInTheWayAndTakesItAway) {
+    browsing.setSearchString(u"sea"_s);
+    browsing.setFilter(group::FilterFlagged);
+    browsing.setRecurseSubFolder(false);
+    controller->clearBrowser();
+    const auto said = [this](const QString& button = {}) {
+        if (!button.isEmpty()) part<QPushButton>(button).click();
+        publish({});
+        controller->updateImageBrowserTipView();
+        for (const QLabel* label : controller->imageBrowserTipView().findChildren<QLabel*>())
+            if (label->isVisible() && !label->text().isEmpty()) return label->text();
+        return QString();
+    };
+    EXPECT_EQ(said(), u"No flagged photographs match “sea”"_s);
+    EXPECT_EQ(said(u"ClearSearch"_s), u"No flagged photographs here"_s);
+    EXPECT_EQ(said(u"ShowAll"_s), u"No photographs here, and subfolders are left out"_s);
+    EXPECT_EQ(said(u"IncludeSubfolders"_s), u"No photographs here"_s);
+    EXPECT_EQ(delegate.scans, 3);
+    browsing.setFilter(group::FilterRated);
+    controller.reset();
+    controller.emplace(shell());
+    NoticeBar& notice = controller->noticeBar();
+    EXPECT_EQ(notice.text(), u"Only rated photographs are shown."_s);
+    toolbar().filterStarAction()->trigger();
+    EXPECT_EQ(notice.text(), QString());
 }
 
 TEST_F(WindowTest, backAndForwardLeadWhereTheirTipsSay) {

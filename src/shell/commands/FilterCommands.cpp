@@ -32,9 +32,18 @@ void FilterCommands::filter_Star() {
     flip(group::FilterRated);
 }
 
+void FilterCommands::showAll() {
+    setFilter(0);
+}
+
 void FilterCommands::flip(group::FilterBit bit) {
+    setFilter(_browsing.filter() ^ bit);
+}
+
+void FilterCommands::setFilter(std::uint64_t filter) {
     platform::assertMainThread();
-    _browsing.setFilter(_browsing.filter() ^ bit);
+    if (filter == _browsing.filter()) return;
+    _browsing.setFilter(filter);
     Q_EMIT filterDidChange();
     _delegate.scan();
 }

@@ -29,6 +29,8 @@ public:
     void filter(int segment);
     void filter_Flag();
     void filter_Star();
+    /// Takes the filter away.
+    void showAll();
     /// The search field has another text; the same text again changes nothing.
     void search(const QString& text);
     void recurseSubFolder();
@@ -45,6 +47,7 @@ Q_SIGNALS:
 
 private:
     void flip(group::FilterBit bit);
+    void setFilter(std::uint64_t filter);
 
     BrowsingSettings& _browsing;
     PBAppDelegate& _delegate;
