@@ -298,6 +298,25 @@ void ApplicationController::applicationOpenFiles(const QStringList& paths) {
     _mainWindowController->openFilesCommands().openFiles(paths);
 }
 
+void ApplicationController::tellUnopened(const QStringList& faults) {
+    platform::assertMainThread();
+    constexpr qsizetype mostTold = 3;
+    const QString key = QStringLiteral("unopened");
+    NoticeBar& bar = _mainWindowController->noticeBar();
+    bar.withdraw(key); // of the former request
+    if (faults.isEmpty()) return;
+    QStringList told;
+    for (const QString& fault : faults.first(std::min(mostTold, faults.size())))
+        told += fault.first(1).toUpper() + fault.sliced(1) + u'.';
+    if (faults.size() > mostTold) told += QStringLiteral("…");
+    bar.tell(
+        {.key = key,
+         .text = platform::localizedString(u"NoticeUnopened"),
+         .details = told.join(u' '),
+         .action = {},
+         .perform = {}});
+}
+
 void ApplicationController::applicationWillTerminate() {
     platform::assertMainThread();
     _thumbnailCleaner.reset();

@@ -42,6 +42,8 @@ public:
     /// Opens files and folders from outside, by absolute paths: selects their folder, which becomes
     /// a root if it lies in none, and the files in it.
     void applicationOpenFiles(const QStringList& paths);
+    /// Tells in the window what of such a request can't be opened: sentences without a full stop.
+    void tellUnopened(const QStringList& faults);
     /// A request to open files is about to come: the folder of the last run is not selected.
     void setIgnoreSelectLastFolder() { _ignoreSelectLastFolder = true; }
     /// What ends the program and starts it again; before the start.

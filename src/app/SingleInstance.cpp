@@ -40,6 +40,7 @@ QByteArray encode(const SingleInstance::Request& request) {
     QCborMap map;
     map.insert(QStringLiteral("paths"), QCborArray::fromStringList(request.paths));
     map.insert(QStringLiteral("add"), QCborArray::fromStringList(request.add));
+    map.insert(QStringLiteral("faults"), QCborArray::fromStringList(request.faults));
     map.insert(QStringLiteral("state"), request.wantsState);
     map.insert(QStringLiteral("marks"), request.wantsMarks);
     if (request.importMarks) map.insert(QStringLiteral("import"), *request.importMarks);
@@ -61,7 +62,8 @@ std::optional<SingleInstance::Request> decode(const QByteArray& bytes) {
     if (error.error != QCborError::NoError || !value.isMap()) return std::nullopt;
     SingleInstance::Request request{
         stringsOf(value[QStringLiteral("paths")]), stringsOf(value[QStringLiteral("add")]),
-        value[QStringLiteral("state")].toBool(), value[QStringLiteral("marks")].toBool()};
+        stringsOf(value[QStringLiteral("faults")]), value[QStringLiteral("state")].toBool(),
+        value[QStringLiteral("marks")].toBool()};
     const QCborValue lines = value[QStringLiteral("import")];
     if (lines.isByteArray()) request.importMarks = lines.toByteArray();
     return request;

@@ -28,6 +28,7 @@ public:
     struct Request {
         QStringList paths;
         QStringList add;
+        QStringList faults = {}; ///< sentences about paths that can't be opened, for the user
         bool wantsState = false; ///< asks what the first shows; everything else is ignored
         bool wantsMarks = false; ///< asks for all marks as text; likewise
         std::optional<QByteArray> importMarks = std::nullopt; ///< text with marks; likewise

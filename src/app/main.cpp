@@ -105,8 +105,8 @@ void bringToFront(QWidget& window) {
 
 /// Shows the window with the paths, runs the loop and ends everything; answers the exit code.
 int runApplication(
-    const CommandLineOptions& options, const QStringList& paths, SingleInstance& instance,
-    bool* wantsRestart) {
+    const CommandLineOptions& options, const QStringList& paths, const QStringList& faults,
+    SingleInstance& instance, bool* wantsRestart) {
     Statistics statistics;
     ColorScheme colorScheme;
     PBThemes::apply(
@@ -149,14 +149,16 @@ int runApplication(
             bringToFront(window);
             controller.addFolders(request.add);
             controller.applicationOpenFiles(request.paths);
+            controller.tellUnopened(request.faults);
         });
 
     instance.setStateSource([&] { return programState(controller); });
     MarksCommand::answerLaterStarts(instance, controller.marks());
 
     int code = controller.addFolders(options.add) ? 0 : failure;
-    if (paths.size() < options.paths.size()) code = failure;
+    if (!faults.isEmpty()) code = failure;
     controller.applicationOpenFiles(paths);
+    controller.tellUnopened(faults);
     IdleWatch idle([&] { return controller.isIdle(); });
     QObject::connect(&idle, &IdleWatch::becameIdle, &window, [&] {
         responseTime.stop(); // taking the picture is no part of the visit
@@ -221,11 +223,15 @@ int main(int argc, char** argv) {
         &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
     platform::MainLoop loop;
 
-    const QStringList paths = openablePaths(options.paths, platform::complain);
+    QStringList faults;
+    const QStringList paths = openablePaths(options.paths, [&faults](const QString& sentence) {
+        platform::complain(sentence);
+        faults += sentence;
+    });
     auto instance = std::make_unique<SingleInstance>();
-    switch (instance->take(platform::StandardFolders::dataFolder(), {paths, options.add})) {
+    switch (instance->take(platform::StandardFolders::dataFolder(), {paths, options.add, faults})) {
     case SingleInstance::Outcome::HandedOver:
-        return paths.size() < options.paths.size() ? failure : 0;
+        return faults.isEmpty() ? 0 : failure;
     case SingleInstance::Outcome::NoAnswer:
         platform::complain(
             QStringLiteral("another Velmora has the catalogue in %1 open and does not answer")
@@ -235,7 +241,7 @@ int main(int argc, char** argv) {
         break;
     }
     bool wantsRestart = false;
-    const int code = runApplication(options, paths, *instance, &wantsRestart);
+    const int code = runApplication(options, paths, faults, *instance, &wantsRestart);
     instance.reset(); // the next one takes the catalogue
     if (wantsRestart) {
         QProcess::startDetached(

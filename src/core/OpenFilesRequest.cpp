@@ -2,6 +2,8 @@
 
 #include "core/Paths.h"
 
+#include <algorithm>
+
 using PBUtilities::comparePath;
 
 namespace {
@@ -35,7 +37,10 @@ void addFile(PBOpenFolderArray& folders, const QString& path) {
         const int place = comparePath(entry->folderPath, parent);
         if (isWhole(*entry) && (place == 0 || place == 1)) return;
         if (!isWhole(*entry) && place == 0) {
-            entry->fileArray.push_back(std::move(file));
+            const bool isNamedTwice = std::ranges::any_of(entry->fileArray, [&](const auto& other) {
+                return other->fileName == file->fileName;
+            });
+            if (!isNamedTwice) entry->fileArray.push_back(std::move(file));
             return;
         }
     }

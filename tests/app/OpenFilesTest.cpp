@@ -1,5 +1,6 @@
 #include "app/OpenedPaths.h"
 #include "app/RunningProgram.h"
+#include "shell/panes/NoticeBar.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -62,6 +63,11 @@ TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {
     EXPECT_EQ(openable, (QStringList{picture, folder.path()}));
     EXPECT_EQ(told.size(), 3);
     EXPECT_TRUE(told.first().contains(picture + u'x'));
+    NoticeBar& notice = controller->mainWindowController().noticeBar();
+    controller->tellUnopened(told);
+    EXPECT_FALSE(notice.text().isEmpty());
+    controller->tellUnopened({});
+    EXPECT_TRUE(notice.text().isEmpty()) << "the next request is another";
 }
 
 } // namespace

@@ -20,12 +20,14 @@ TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
     std::jthread later([&] {
         answer = SingleInstance::stateOf(folder.path());
         SingleInstance second;
-        outcome = second.take(folder.path(), {many, {u"/a"_s}});
+        outcome = second.take(folder.path(), {many, {u"/a"_s}, {u"no b"_s}});
         isOver = true;
     });
     ASSERT_TRUE(support::spinUntil([&] { return isOver.load(); }));
     EXPECT_EQ(answer, state);
     EXPECT_EQ(outcome, SingleInstance::Outcome::HandedOver);
     ASSERT_EQ(requests.size(), 1U) << "to ask is no request";
-    EXPECT_TRUE(requests[0].paths == many && requests[0].add == QStringList{u"/a"_s});
+    EXPECT_TRUE(
+        requests[0].paths == many && requests[0].add == QStringList{u"/a"_s} &&
+        requests[0].faults == QStringList{u"no b"_s});
 }

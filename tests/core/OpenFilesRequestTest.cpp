@@ -34,6 +34,7 @@ TEST(OpenFilesRequestTest, pathsComeDownToFoldersFilesAndOneAncestor) {
         EXPECT_EQ(reduced(QString::fromLatin1(paths).split(u' ')), u"/p/ in /p"_s) << paths;
     const std::pair<const char*, const char*> rows[] = {
         {"/p/a.jpg", "/p(*a.jpg) in /p unnamed"},
+        {"/p/a.jpg /p/a.jpg", "/p(*a.jpg) in /p unnamed"},
         {"/p/a.jpg /p/A.jpg", "/p(a.jpg A.jpg) in /p unnamed"},
         {"/p/q/a.jpg /p/Q/a.jpg", "/p/q(a.jpg) /p/Q(a.jpg) in /p unnamed"},
         // Files above a whole folder stay beside it.
