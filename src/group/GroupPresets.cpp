@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <iterator>
 
 namespace group {
 
@@ -36,6 +37,24 @@ std::vector<GroupPresets::Entry> presetEntries(const std::vector<GroupChain>& ch
     for (const GroupChain& chain : chains)
         entries.push_back(command(titleOfChain(chain), type, chain));
     return entries;
+}
+
+std::vector<GroupPresets::Entry> selection(const std::vector<GroupChain>& chains) {
+    std::vector<GroupPresets::Entry> entries = presetEntries(chains, Type::Select);
+    if (entries.empty())
+        entries.push_back({platform::localizedString(u"No Preset"), {}, std::nullopt, {}});
+    return entries;
+}
+
+/// What follows the presets in either menu, with a separator first.
+std::vector<GroupPresets::Entry> changes(const std::vector<GroupChain>& chains) {
+    std::vector<GroupPresets::Entry> removal = presetEntries(chains, Type::Remove);
+    if (!removal.empty()) removal.push_back({});
+    removal.push_back(command(u"Remove All", Type::RemoveAll));
+    return {
+        {}, command(u"Save as Preset", Type::Save), submenu(u"Remove Preset", std::move(removal)),
+        {}, command(u"GroupCopyto", Type::CopyTo),  command(u"GroupMoveto", Type::MoveTo),
+    };
 }
 
 } // namespace
@@ -92,17 +111,16 @@ void GroupPresets::removeAll() {
 
 std::vector<GroupPresets::Entry> GroupPresets::menu() const {
     const std::vector<GroupChain> stored = chains();
-    std::vector<Entry> select = presetEntries(stored, Type::Select);
-    if (select.empty())
-        select.push_back({platform::localizedString(u"No Preset"), {}, std::nullopt, {}});
-    std::vector<Entry> removal = presetEntries(stored, Type::Remove);
-    if (!removal.empty()) removal.push_back({});
-    removal.push_back(command(u"Remove All", Type::RemoveAll));
-    return {
-        submenu(u"Presets", std::move(select)),        {}, command(u"Save as Preset", Type::Save),
-        submenu(u"Remove Preset", std::move(removal)), {}, command(u"GroupCopyto", Type::CopyTo),
-        command(u"GroupMoveto", Type::MoveTo),
-    };
+    std::vector<Entry> entries = changes(stored);
+    entries.insert(entries.begin(), submenu(u"Presets", selection(stored)));
+    return entries;
+}
+
+std::vector<GroupPresets::Entry> GroupPresets::buttonMenu() const {
+    const std::vector<GroupChain> stored = chains();
+    std::vector<Entry> entries = selection(stored);
+    std::ranges::move(changes(stored), std::back_inserter(entries));
+    return entries;
 }
 
 } // namespace group

@@ -47,6 +47,8 @@ public:
 
     /// The group submenu of the main menu; its own title is that of the key "Group".
     [[nodiscard]] std::vector<Entry> menu() const;
+    /// The same with the presets one click away, for the button of the toolbar.
+    [[nodiscard]] std::vector<Entry> buttonMenu() const;
 
 private:
     void store(const std::vector<GroupChain>& chains);

@@ -23,6 +23,7 @@
 #include "shell/panes/InfoPane.h"
 #include "shell/panes/NoticeBar.h"
 #include "shell/panes/PaneLayout.h"
+#include "shell/panes/SortButton.h"
 #include "shell/panes/StatusBarView.h"
 #include "shell/services/BrowsingSettings.h"
 #include "shell/sidebar/FirstRun.h"
@@ -154,9 +155,10 @@ void PBMainWindowController::buildWindow() {
         _toolbarController, &ToolbarController::isFindingDidChange, _commands.get(),
         &WindowCommands::updateBars);
     _commands->menu().setGroupMenu(*_groupMenus->groupMenu());
-    _toolbar->setGroupMenu(*_groupMenus->groupMenu(), [this](const QWidget& button) {
+    _toolbar->setGroupMenu(*_groupMenus->buttonMenu(), [this](const QWidget& button) {
         _groupMenus->groupMenuBtnClicked(button);
     });
+    _groupPathControl->setTrailingWidget(makeSortButton());
     connectFolderCommands();
     FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
     connectRemedies();
@@ -219,6 +221,19 @@ void PBMainWindowController::connectFolderCommands() {
     QObject::connect(
         _imageBrowserTipView, &PBImageBrowserTipView::addFolderRequested, &commands, add);
     QObject::connect(_toolbar->addFolderAction(), &QAction::triggered, &commands, add);
+}
+
+QWidget* PBMainWindowController::makeSortButton() {
+    const MainMenu& menu = _commands->menu();
+    const auto range = [&menu](MenuCommand first, MenuCommand last) {
+        QList<QAction*> actions;
+        for (int command = static_cast<int>(first); command <= static_cast<int>(last); ++command)
+            actions.push_back(menu.action(static_cast<MenuCommand>(command)));
+        return actions;
+    };
+    return new SortButton(
+        range(MenuCommand::arrange_FileName, MenuCommand::arrange_None),
+        range(MenuCommand::arrange_Ascending, MenuCommand::arrange_Dscending));
 }
 
 void PBMainWindowController::connectRemedies() {

@@ -70,6 +70,7 @@ private:
     void makeGroupViews();
     void connectFolderCommands();
     void makeOpenFiles();
+    [[nodiscard]] QWidget* makeSortButton();
     void connectRemedies();
     void tellFilterLeftOn();
     void restoreGeometry();

@@ -28,6 +28,8 @@ constexpr double pathTop = 3;
 constexpr int menuDistance = 6;
 constexpr double cornerRadius = 4;
 constexpr double hintGap = 4;
+constexpr int trailingMargin = 4;
+constexpr double largestTrailingPart = 0.4; // of the bar
 
 QFont pathFont(QFont font) {
     font.setPixelSize(12);
@@ -67,7 +69,31 @@ QSize PBPathControl::sizeHint() const {
 
 void PBPathControl::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    _pathCell.setSize({width() - leftMargin, pathHeight});
+    placeContents();
+}
+
+void PBPathControl::setTrailingWidget(QWidget* widget) {
+    platform::assertMainThread();
+    _trailing = widget;
+    widget->setParent(this);
+    widget->show();
+    placeContents();
+}
+
+void PBPathControl::placeContents() {
+    int trailingWidth = 0;
+    if (_trailing) {
+        const QSize usual = _trailing->sizeHint();
+        const bool fits = usual.width() <= width() * largestTrailingPart;
+        trailingWidth = fits ? usual.width() : _trailing->minimumSizeHint().width();
+        const int height = std::min(usual.height(), this->height() - 2);
+        _trailing->setGeometry(
+            width() - trailingWidth - trailingMargin, (this->height() - height) / 2, trailingWidth,
+            height);
+        trailingWidth += trailingMargin;
+    }
+    _pathCell.setSize({width() - leftMargin - trailingWidth, pathHeight});
+    update();
 }
 
 QRectF PBPathControl::rectOfItem(std::size_t index) const {
@@ -208,6 +234,7 @@ QString PBPathControl::toolTipOfItem(std::size_t index) const {
 }
 
 bool PBPathControl::event(QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest) placeContents();
     if (event->type() != QEvent::ToolTip) return QWidget::event(event);
     const auto* help = static_cast<QHelpEvent*>(event);
     const auto index = itemAt(help->pos());

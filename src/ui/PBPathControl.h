@@ -3,6 +3,7 @@
 #include "core/PBGroupTypeArray.h"
 #include "ui/PBPathCell.h"
 
+#include <QPointer>
 #include <QWidget>
 
 class QMenu;
@@ -19,6 +20,9 @@ public:
     [[nodiscard]] const PBGroupTypeArray& groupTypeArray() const { return _groupTypeArray; }
     /// Shows the chain. The very same array changes nothing.
     void setGroupTypeArray(PBGroupTypeArray groupTypeArray);
+    /// Takes a widget in at the bar's end: as wide as it likes where that leaves the steps most of
+    /// the bar, else at its least.
+    void setTrailingWidget(QWidget* widget);
     [[nodiscard]] const PBPathCell& pathCell() const { return _pathCell; }
 
     /// The menu of the step under the mouse, for a press of the left button; nullptr otherwise, and
@@ -51,6 +55,7 @@ private:
     [[nodiscard]] QMenu* menuOfItem(std::size_t index);
     [[nodiscard]] QRectF highlightOfItem(std::size_t index) const;
     [[nodiscard]] QString toolTipOfItem(std::size_t index) const;
+    void placeContents();
     void setHotItem(std::optional<std::size_t> index);
     void popUp(QMenu& menu);
 
@@ -60,4 +65,5 @@ private:
     std::optional<std::size_t> _hotItem;  ///< under the mouse
     std::optional<std::size_t> _openItem; ///< whose menu is open
     std::size_t _focusItem = 0;
+    QPointer<QWidget> _trailing;
 };

@@ -15,7 +15,7 @@ public:
         QColor bar;           ///< header and status bars
         QColor separator;     ///< hair lines between panes and bars
         QColor text;          ///< names and values
-        QColor secondaryText; ///< labels, counts, hints
+        QColor secondaryText; ///< labels, counts, hints; at least 4.5 to 1 on each ground here
         QColor icon;          ///< symbols at rest
         QColor accent;        ///< symbols that are on, selection
         QColor flag;          ///< the flag of flagged photographs

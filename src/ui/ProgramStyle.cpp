@@ -61,6 +61,21 @@ QRect ProgramStyle::subControlRect(
     }
 }
 
+void ProgramStyle::drawControl(
+    ControlElement element, const QStyleOption* option, QPainter* painter,
+    const QWidget* widget) const {
+    const auto* entry = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    const bool isHighlighted = entry && entry->state.testFlag(State_Selected) &&
+                               entry->state.testFlag(State_Enabled) && !entry->icon.isNull();
+    if (element != CE_MenuItem || !isHighlighted)
+        return QProxyStyle::drawControl(element, option, painter, widget);
+    QStyleOptionMenuItem own = *entry;
+    const int side = proxy()->pixelMetric(PM_SmallIconSize, option, widget);
+    own.icon = QIcon(entry->icon.pixmap(
+        QSize(side, side), painter->device()->devicePixelRatioF(), QIcon::Selected));
+    QProxyStyle::drawControl(element, &own, painter, widget);
+}
+
 void ProgramStyle::drawComplexControl(
     ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
     const QWidget* widget) const {

@@ -9,6 +9,7 @@
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/panes/NoticeBar.h"
+#include "shell/panes/SortButton.h"
 #include "shell/panes/StatusBarView.h"
 #include "shell/panes/ThumbnailSizeSlider.h"
 #include "shell/panes/WorkProgressView.h"
@@ -182,6 +183,23 @@ TEST_F(WindowTest, eachEntryDoesWhatItSaysAndTheDisplayStartsAnewWhereItHasTo) {
     }
     EXPECT_EQ(defaults.integerForKey(u"ImageBrowserViewStyle"_s), 16);
     EXPECT_EQ(defaults.doubleForKey(u"ThumbnailSize"_s), 144);
+}
+
+TEST_F(WindowTest, theBarOfTheChainTellsTheOrderToo) {
+    const auto& button = part<SortButton>();
+    const auto tells = [&](const QString& text, const QString& direction) {
+        return support::spinUntil(
+            [&] { return button.text() == text && button.toolTip().endsWith(direction); });
+    };
+    EXPECT_TRUE(tells(u"Name"_s, u"ascending"_s));
+    choose(u"arrange_DateTaken");
+    choose(u"arrange_Dscending");
+    EXPECT_TRUE(tells(u"Date Taken"_s, u"descending"_s));
+    auto& bar = part<PBPathControl>();
+    EXPECT_GT(button.width(), 60);
+    bar.resize(200, bar.height());
+    EXPECT_LT(button.width(), 30);
+    EXPECT_LE(bar.rectOfItem(bar.pathCell().itemCount() - 1).right(), button.x());
 }
 
 TEST_F(WindowTest, panesBarsAndDialogsComeAndGo) {
@@ -396,6 +414,11 @@ TEST_F(WindowTest, anotherChainIsShownStoredAndScanned) {
     groupMenu()[0]->menu()->actions().last()->trigger();
     EXPECT_EQ(delegate.scans, 1) << "the preset of the chain in force";
     EXPECT_EQ(group::GroupPresets(defaults).chains().size(), 1U);
+    static_cast<QToolButton*>(toolbar().itemView(u"group"))->defaultAction()->trigger();
+    auto* presets = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(presets);
+    EXPECT_TRUE(presets->actions().constFirst()->isChecked()) << "the one in force, a click away";
+    presets->close();
     groupMenu()[3]->menu()->actions().last()->trigger();
     EXPECT_TRUE(group::GroupPresets(defaults).chains().empty());
 }

@@ -1,12 +1,17 @@
 #include "support/Support.h"
 #include "ui/HeaderBar.h"
+#include "ui/Icons.h"
 #include "ui/PBThemes.h"
 #include "ui/ShadowPatch.h"
 #include "ui/TextLines.h"
 #include "ui/ToolbarButton.h"
 
 #include <QAction>
+#include <QMenu>
 #include <QPainter>
+#include <QStyleOption>
+
+#include <cmath>
 
 namespace {
 
@@ -99,6 +104,54 @@ TEST(ToolbarButtonTest, showsItsStateAndItsPlaceInARow) {
     EXPECT_TRUE(colors().first != rest.first && colors().second != rest.second);
     const QImage image = row.grab().toImage();
     EXPECT_NE(image.pixelColor(1, 1), image.pixelColor(35, 1)); // only the ends are round
+}
+
+TEST(ProgramStyleTest, theSymbolOfAHighlightedEntryHasTheColourOfItsText) {
+    PBThemes::apply(PBThemes::Scheme::Light);
+    QMenu menu;
+    QAction* entry = menu.addAction(Icons::named(u"search"_s), QString());
+    QStyleOptionMenuItem option;
+    const auto drawn = [&](bool isHighlighted) {
+        option.initFrom(&menu);
+        option.state.setFlag(QStyle::State_Selected, isHighlighted);
+        option.icon = entry->icon();
+        option.maxIconWidth = 24;
+        option.menuItemType = QStyleOptionMenuItem::Normal;
+        option.rect = QRect(0, 0, 100, 24);
+        QImage image(100, 24, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::black);
+        QPainter painter(&image);
+        QApplication::style()->drawControl(QStyle::CE_MenuItem, &option, &painter, &menu);
+        painter.end();
+        int white = 0;
+        for (int x = 0; x < 40; ++x)
+            for (int y = 0; y < 24; ++y)
+                white += image.pixelColor(x, y).red() > 200 ? 1 : 0;
+        return white;
+    };
+    EXPECT_EQ(drawn(false), 0);
+    EXPECT_GT(drawn(true), 5);
+}
+
+TEST(PBThemesTest, secondaryTextCanBeReadOnEveryGround) {
+    const auto luminance = [](const QColor& color) {
+        const auto linear = [](double value) {
+            return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+               0.0722 * linear(color.blueF());
+    };
+    for (const auto scheme : {PBThemes::Scheme::Light, PBThemes::Scheme::Dark}) {
+        PBThemes::apply(scheme);
+        const PBThemes::Colors& colors = PBThemes::colors();
+        const double text = luminance(colors.secondaryText);
+        for (const QColor& ground :
+             {colors.sidebar, colors.browser, colors.bar, colors.sheet, colors.groupHead}) {
+            const auto [darker, lighter] = std::minmax({text, luminance(ground)});
+            EXPECT_GE((lighter + 0.05) / (darker + 0.05), 4.5) << ground.name().toStdString();
+        }
+    }
+    PBThemes::apply(PBThemes::Scheme::Light);
 }
 
 } // namespace

@@ -20,9 +20,12 @@ void GroupSheets::alertLocationRequireSystem() {
 
 GroupMenus::GroupMenus(Environment environment, QObject* parent)
     : QObject(parent), _environment(std::move(environment)), _presets(_environment.settings),
-      _groupMenu(std::make_unique<QMenu>()) {
+      _groupMenu(std::make_unique<QMenu>()), _buttonMenu(std::make_unique<QMenu>()) {
     // Not at each change: an entry that is being chosen may not be taken away.
     connect(_groupMenu.get(), &QMenu::aboutToShow, this, &GroupMenus::rebuildGroupMenu);
+    connect(_buttonMenu.get(), &QMenu::aboutToShow, this, [this] {
+        rebuild(*_buttonMenu, _presets.buttonMenu());
+    });
     rebuildGroupMenu();
 }
 
@@ -54,16 +57,19 @@ void GroupMenus::showState(QAction& entry, const GroupPresets::Action& action) c
 }
 
 void GroupMenus::rebuildGroupMenu() {
-    _groupMenu->clear();
+    rebuild(*_groupMenu, _presets.menu());
+}
+
+void GroupMenus::rebuild(QMenu& menu, const std::vector<GroupPresets::Entry>& entries) {
+    menu.clear();
     using Action = GroupPresets::Action;
     appendEntries(
-        *_groupMenu, _presets.menu(),
-        [this](const Action& action) { groupContextMenuClicked(action); },
+        menu, entries, [this](const Action& action) { groupContextMenuClicked(action); },
         [this](QAction& entry, const Action& action) { showState(entry, action); });
 }
 
 void GroupMenus::groupMenuBtnClicked(const QWidget& button) {
-    _groupMenu->popup(button.mapToGlobal(button.rect().bottomLeft() + QPoint(0, 1)));
+    _buttonMenu->popup(button.mapToGlobal(button.rect().bottomLeft() + QPoint(0, 1)));
 }
 
 void GroupMenus::groupMenuClicked(const PBGroupMenuAction& action) {

@@ -58,10 +58,12 @@ public:
     /// The group submenu of the main menu, in step with presets and chain whenever it opens. The
     /// caller may give it to a menu bar; it goes with this object.
     [[nodiscard]] QMenu* groupMenu() const { return _groupMenu.get(); }
+    /// The menu of the toolbar's button, likewise.
+    [[nodiscard]] QMenu* buttonMenu() const { return _buttonMenu.get(); }
     /// Without this the entries that copy and move groups stand disabled.
     void setDoGroupCopyMoveTo(std::function<void(GroupTransfer)> doGroupCopyMoveTo);
 
-    /// Opens the group submenu below the button.
+    /// Opens the button's menu below it.
     void groupMenuBtnClicked(const QWidget& button);
     /// An entry of a step's menu in the path control.
     void groupMenuClicked(const PBGroupMenuAction& action);
@@ -73,6 +75,7 @@ Q_SIGNALS:
     void groupTypeArrayDidChange(const PBGroupTypeArray& groupTypeArray);
 
 private:
+    void rebuild(QMenu& menu, const std::vector<group::GroupPresets::Entry>& entries);
     void rebuildGroupMenu();
     void showState(QAction& entry, const group::GroupPresets::Action& action) const;
     void changeChain(group::GroupChain chain);
@@ -80,5 +83,6 @@ private:
     const Environment _environment;
     group::GroupPresets _presets;
     const std::unique_ptr<QMenu> _groupMenu;
+    const std::unique_ptr<QMenu> _buttonMenu;
     std::function<void(GroupTransfer)> _doGroupCopyMoveTo;
 };

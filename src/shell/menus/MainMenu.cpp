@@ -13,6 +13,7 @@
 #include <QMenu>
 #include <QMenuBar>
 
+#include <algorithm>
 #include <utility>
 
 using platform::localizedString;
@@ -28,6 +29,11 @@ bool mayBeShortcut(const QKeyEvent& event) {
     const bool isFunctionKey = event.key() >= Qt::Key_F1 && event.key() <= Qt::Key_F35;
     return isFunctionKey || event.key() == Qt::Key_Delete ||
            (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0;
+}
+
+/// A submenu without any entry that can be chosen can't be opened.
+void enableAsEntries(QMenu& submenu) {
+    submenu.menuAction()->setEnabled(std::ranges::any_of(submenu.actions(), &QAction::isEnabled));
 }
 
 } // namespace
@@ -85,6 +91,8 @@ void MainMenu::fill(std::span<const MenuRow> rows, QMenu* first) {
             break;
         case MenuRow::Kind::Submenu:
             above = std::exchange(menu, menu->addMenu(localizedString(row.text)));
+            // Those of a menu that is made for a moment have the same entries.
+            if (!first) _submenus.push_back(menu);
             break;
         case MenuRow::Kind::EndOfSubmenu:
             menu = above;
@@ -140,6 +148,8 @@ void MainMenu::validate(bool includesPasteboard) {
         action->setChecked(item.isChecked.value_or(false));
         if (!item.title.isEmpty()) action->setText(localizedString(item.title));
     }
+    for (QMenu* submenu : _submenus)
+        enableAsEntries(*submenu);
 }
 
 void MainMenu::popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWidget* parent) {
@@ -151,6 +161,8 @@ void MainMenu::popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWi
         menu->addActions(menuWithTag(MenuTag::View)->actions());
     }
     validate(true);
+    for (const QAction* entry : menu->actions())
+        if (isOnItem && entry->menu()) enableAsEntries(*entry->menu());
     // What lies under the menu stays until it is closed.
     const auto scope = std::make_shared<platform::TrackingScope>();
     connect(menu, &QObject::destroyed, this, [scope] {});

@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <span>
+#include <vector>
 
 class QAction;
 class QMainWindow;
@@ -57,4 +58,5 @@ private:
     std::array<QAction*, menuCommandCount> _actions{};
     std::array<std::function<void()>, menuCommandCount> _performers;
     std::map<MenuTag, QMenu*> _menus;
+    std::vector<QMenu*> _submenus;
 };

@@ -64,7 +64,7 @@ void SourceItemDelegate::paint(
     }
     const bool isOnAccent = isSelected && PBOutlineView::hasKeyboard(option.widget);
     const QColor text = isOnAccent ? QColor(Qt::white) : colors.text;
-    const QColor secondary = isOnAccent ? QColor(255, 255, 255, 200) : colors.secondaryText;
+    const QColor secondary = isOnAccent ? QColor(255, 255, 255, 235) : colors.secondaryText;
     if (isUnmounted && !isOnAccent) painter->setOpacity(unmountedOpacity);
 
     const int side = description.isEmpty() ? 16 : 24;
