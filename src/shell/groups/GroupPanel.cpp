@@ -59,7 +59,8 @@ void GroupPanel::expandItem(const std::shared_ptr<PBGroupItemData>& item) {
 
 void GroupPanel::noteCollapsed(const QModelIndex& index, PBGroupItemData::Collapsed collapsed) {
     if (_isExpanding) return;
-    if (const auto item = _model->itemForIndex(index)) item->setCollapsed(collapsed);
+    for (const auto& item : _model->itemsForIndex(index))
+        item->setCollapsed(collapsed);
 }
 
 std::shared_ptr<PBGroupItemData> GroupPanel::selectedItem() const {

@@ -6,6 +6,8 @@
 #include <QHash>
 
 #include <memory>
+#include <span>
+#include <vector>
 
 /// The live group tree as rows for the group panel. There is one row at the top, `rootIndex`, which
 /// stands for the tree as a whole and is not shown; the groups are below it. Row objects are the
@@ -17,7 +19,7 @@ class GroupTreeModel final : public QAbstractItemModel {
 public:
     enum Role {
         IconRole = Qt::UserRole, ///< group::IconName
-        UnspecifiedRole,         ///< the group has no value, bool
+        UnspecifiedRole,         ///< a group of the row has no value, bool
         CountRole                ///< photographs below the row, qulonglong
     };
 
@@ -32,7 +34,11 @@ public:
     void reloadData();
 
     [[nodiscard]] QModelIndex rootIndex() const;
-    /// nullptr for an index that is no group.
+    /// The groups that share the row: one, and below it each that is the only one of the one
+    /// before. Empty for an index that is no group.
+    [[nodiscard]] std::span<const std::shared_ptr<PBGroupItemData>>
+    itemsForIndex(const QModelIndex& index) const;
+    /// The last of them; nullptr for an index that is no group.
     [[nodiscard]] std::shared_ptr<PBGroupItemData> itemForIndex(const QModelIndex& index) const;
     /// Invalid for a group that has no row.
     [[nodiscard]] QModelIndex indexForItem(const PBGroupItemData& item) const;
@@ -56,7 +62,11 @@ private:
 
     [[nodiscard]] static Node* nodeAt(const QModelIndex& index);
     [[nodiscard]] QModelIndex indexOf(const Node& node) const;
-    [[nodiscard]] const QString& name(Node& node) const;
+    [[nodiscard]] const QString& name(const Node& node) const;
+    [[nodiscard]] QString fullName(const Node& node) const;
+    /// Names all rows below the node; folders of one name get the nearest parents that differ.
+    void nameLevel(Node& parent) const;
+    static void tellApart(const std::vector<Node*>& nodes);
     void readLevel(Node& parent, const PBGroupItemArray& items);
     [[nodiscard]] static bool hasShapeOf(const Node& node, const PBGroupItemArray& items);
     void updateLevel(Node& parent, const PBGroupItemArray& items);
