@@ -338,7 +338,9 @@ void ApplicationController::applicationWillTerminate() {
 bool ApplicationController::isIdle() const {
     const auto isEmpty = [](const auto& queue) { return !queue || queue->operationCount() == 0; };
     const bool isWaitingForDisks = _folderRoots && _folderRoots->isBusy();
-    const bool isLookingUpPlaces = _geoManager && _geoManager->hasPendingRequests();
+    const bool isLookingUpPlaces =
+        (_geoManager && _geoManager->hasPendingRequests()) ||
+        (_mainWindowController && _mainWindowController->isRegroupingPending());
     const bool isReadingMarked = _marks && !_marks->isIdle();
     return !isScanning() && !isReadingMarked && !isWaitingForDisks && !isLookingUpPlaces &&
            isEmpty(_preloadThumbnailOperationQueue) && isEmpty(_scanOperationQueue) &&

@@ -16,6 +16,7 @@
 #include "shell/commands/WindowCommands.h"
 #include "shell/groups/GroupMenus.h"
 #include "shell/groups/GroupPanel.h"
+#include "shell/groups/PlaceRegrouping.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/InfoPane.h"
@@ -193,6 +194,11 @@ void PBMainWindowController::makeGroupViews() {
         .canUseGeocoder = [this] { return _services.geoManager.canUseGeocoder(); },
         .settings = _services.userDefaults,
         .prompts = *_groupPrompts});
+    _placeRegrouping = std::make_unique<PlaceRegrouping>(
+        _services.geoManager,
+        PlaceRegrouping::Environment{
+            .groupTypeArray = [this] { return _services.browsing.groupTypeArray(); },
+            .regroup = [this] { _services.delegate.regroupPlaces(); }});
     _groupPathControl = new PBPathControl;
     _groupPathControl->setGroupTypeArray(_services.browsing.groupTypeArray());
     QObject::connect(
@@ -241,6 +247,10 @@ void PBMainWindowController::clearBrowser() {
     platform::assertMainThread();
     _groupPanel->clear();
     _browserPane->clear();
+}
+
+bool PBMainWindowController::isRegroupingPending() const {
+    return _placeRegrouping->isPending();
 }
 
 void PBMainWindowController::showWindow() {

@@ -21,6 +21,7 @@ class OpenFilesReveal;
 class PaneLayout;
 class PBImageBrowserTipView;
 class PBPathControl;
+class PlaceRegrouping;
 class QMainWindow;
 class QWidget;
 class SourceSelection;
@@ -49,6 +50,9 @@ public:
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
+
+    /// Places were found, and their photographs are about to be regrouped.
+    [[nodiscard]] bool isRegroupingPending() const;
 
     void showWindow();
 
@@ -84,6 +88,7 @@ private:
     std::unique_ptr<GroupPrompts> _groupPrompts;
     std::unique_ptr<GroupMenus> _groupMenus;
     std::unique_ptr<GroupPanel> _groupPanel;
+    std::unique_ptr<PlaceRegrouping> _placeRegrouping;
     // Children of the window, which owns them.
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
     FilterCommands* _filterCommands = nullptr;

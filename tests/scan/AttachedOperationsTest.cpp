@@ -97,6 +97,48 @@ TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
     EXPECT_EQ(shown(), QStringList());
 }
 
+/// One place in the north, found from some moment on.
+struct FoundPlace final : group::PlaceAddresses {
+    PBValue addressDictionaryWithLocation(const PBLocation& location) override {
+        const bool isKnown = isFound && location.latitude > 0;
+        return isKnown ? PBValue(PBDictionary{{u"City"_s, u"Alta"_s}}) : PBValue();
+    }
+    void addLocationToReverseGeocoding(const PBLocation&) override {}
+    std::atomic<bool> isFound{false};
+};
+
+TEST_F(AttachTest, APlaceThatIsFoundTakesItsPhotographsFromTheUnknownOnesOnce) {
+    FoundPlace places;
+    changeServices([&](ScanServices& changed) { changed.places = &places; });
+    makePictures("a.jpg b.jpg c.jpg");
+    scan();
+    execute(u"insert into GPS (FileId,LatitudeRef,Latitude,LongitudeRef,Longitude) select "
+            "Id,iif(FileName='c.jpg','S','N'),70,'E',23 from ImageFile"_s);
+    groupBy(group::Place);
+    scan();
+    ASSERT_EQ(workTree->size(), 1U);
+    const auto unknown = workTree->front()->data();
+    places.isFound = true;
+    // Two chains of what is on show, before one swap: the second finds nothing of them any more.
+    scanQueue.setSuspended(true);
+    attach<PBUpdateFileItemOperation>(u"a.jpg");
+    attach<PBUpdateFileItemOperation>(u"a.jpg");
+    factory->attach(std::make_shared<PBRegroupPlacesOperation>(dictionary()));
+    scanQueue.setSuspended(false);
+    waitForQueues();
+    EXPECT_EQ(shown(), words("a.jpg b.jpg c.jpg"));
+    ASSERT_EQ(workTree->size(), 2U);
+    EXPECT_EQ(workTree->back()->data(), unknown) << "a group that stays is the same one";
+    execute(u"update GPS set LatitudeRef='N'"_s);
+    factory->attach(std::make_shared<PBRegroupPlacesOperation>(dictionary()));
+    waitForQueues();
+    EXPECT_EQ(workTree->size(), 1U) << "an emptied group goes";
+    const std::size_t before = publishedCounts().size();
+    factory->attach(std::make_shared<PBRegroupPlacesOperation>(dictionary()));
+    waitForQueues();
+    EXPECT_EQ(publishedCounts().size(), before) << "nothing waits";
+}
+
 TEST_F(AttachTest, EditedItemsKeepTheGroupsThatTheirRowsTell) {
     makePicture(u"a.jpg"_s);
     scan();
