@@ -5,6 +5,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
+#include "group/GroupTypes.h"
 #include "image/BuildThumbNotifier.h"
 #include "places/PBGeoManager.h"
 #include "platform/program/LocalizedTexts.h"
@@ -16,7 +17,6 @@
 #include "shell/commands/WindowCommands.h"
 #include "shell/groups/GroupMenus.h"
 #include "shell/groups/GroupPanel.h"
-#include "shell/groups/PlaceRegrouping.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/InfoPane.h"
@@ -35,6 +35,8 @@
 
 #include <QMainWindow>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 using platform::localizedString;
 
@@ -194,11 +196,9 @@ void PBMainWindowController::makeGroupViews() {
         .canUseGeocoder = [this] { return _services.geoManager.canUseGeocoder(); },
         .settings = _services.userDefaults,
         .prompts = *_groupPrompts});
-    _placeRegrouping = std::make_unique<PlaceRegrouping>(
-        _services.geoManager,
-        PlaceRegrouping::Environment{
-            .groupTypeArray = [this] { return _services.browsing.groupTypeArray(); },
-            .regroup = [this] { _services.delegate.regroupPlaces(); }});
+    QObject::connect(
+        &_services.geoManager, &PBGeoManager::reverseGeoFinished, _groupMenus.get(),
+        [this] { reverseGeoFinished(); });
     _groupPathControl = new PBPathControl;
     _groupPathControl->setGroupTypeArray(_services.browsing.groupTypeArray());
     QObject::connect(
@@ -249,8 +249,9 @@ void PBMainWindowController::clearBrowser() {
     _browserPane->clear();
 }
 
-bool PBMainWindowController::isRegroupingPending() const {
-    return _placeRegrouping->isPending();
+void PBMainWindowController::reverseGeoFinished() {
+    const PBGroupTypeArray chain = _services.browsing.groupTypeArray();
+    if (std::ranges::find(*chain, group::Place) != chain->end()) _services.delegate.regroupPlaces();
 }
 
 void PBMainWindowController::showWindow() {

@@ -21,7 +21,6 @@ class OpenFilesReveal;
 class PaneLayout;
 class PBImageBrowserTipView;
 class PBPathControl;
-class PlaceRegrouping;
 class QMainWindow;
 class QWidget;
 class SourceSelection;
@@ -51,9 +50,6 @@ public:
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
 
-    /// Places were found, and their photographs are about to be regrouped.
-    [[nodiscard]] bool isRegroupingPending() const;
-
     void showWindow();
 
     /// Empties the browser: another folder will be shown.
@@ -72,6 +68,8 @@ private:
     [[nodiscard]] QWidget* makeBrowserPane();
     [[nodiscard]] QWidget* makeThumbnailView();
     void makeGroupViews();
+    /// Places were found: their photographs are regrouped where the chain groups by place.
+    void reverseGeoFinished();
     void connectFolderCommands();
     void makeOpenFiles();
     void restoreGeometry();
@@ -88,7 +86,6 @@ private:
     std::unique_ptr<GroupPrompts> _groupPrompts;
     std::unique_ptr<GroupMenus> _groupMenus;
     std::unique_ptr<GroupPanel> _groupPanel;
-    std::unique_ptr<PlaceRegrouping> _placeRegrouping;
     // Children of the window, which owns them.
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
     FilterCommands* _filterCommands = nullptr;

@@ -113,7 +113,7 @@ struct ShellFixture : LibraryTest {
     platform::Mutex lock;
     PBGroupTreeDataSource source;
     BuildThumbNotifier notifier;
-    PBGeoManager places{nullptr, [](const std::function<void()>&) {}};
+    PBGeoManager places{nullptr, {.postToMainThread = [](const std::function<void()>&) {}}};
     PBImageImporterManager importers;
     platform::OperationQueue scanQueue{u"scan"_s};
     platform::OperationQueue preloadQueue{u"preload"_s};
