@@ -184,6 +184,21 @@ TEST_F(AttachTest, AFileThatAttachedWorkStoresMeanwhileIsStoredOnce) {
     EXPECT_EQ(figures.rowsInserted, 3U);
 }
 
+/// The watcher tells of files while the catalogue's rows are visited.
+TEST_F(AttachTest, NewFilesOfAFolderThatIsStillToBeVisitedAreShownOnce) {
+    makePictures("0/a.jpg 1/b.jpg");
+    scan();
+    makePicture(u"1/new.jpg"_s);
+    scanQueue.setSuspended(true);
+    startScan();
+    WatchedChanges changes;
+    changes.rescans = {{path(u"1"_s), false}};
+    factory->attachChanges(changes, workTree, browsing);
+    scanQueue.setSuspended(false);
+    waitForQueues();
+    EXPECT_EQ(shown(), words("a.jpg b.jpg new.jpg"));
+}
+
 TEST_F(AttachTest, AFileThatWasStoredHalfIsStoredAnewWhenItsWriterHasFinished) {
     makePictures("half.jpg other.jpg");
     scan();
