@@ -55,6 +55,7 @@ public:
     explicit PBRegroupPlacesOperation(PBScanDictionaryRef dictionary)
         : _dictionary(std::move(dictionary)) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+    [[nodiscard]] bool publishesWhenLast() const override { return false; }
 
 private:
     const PBScanDictionaryRef _dictionary;
@@ -66,6 +67,7 @@ public:
     explicit PBScanFolderAttachOperation(PBScanDictionaryRef dictionary)
         : _dictionary(std::move(dictionary)) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+    [[nodiscard]] bool publishesWhenLast() const override { return false; }
 
 private:
     const PBScanDictionaryRef _dictionary;
@@ -79,6 +81,7 @@ public:
         PBScanDictionaryRef dictionary, QStringList rewrittenFiles = {})
         : _dictionary(std::move(dictionary)), _rewrittenFiles(std::move(rewrittenFiles)) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+    [[nodiscard]] bool publishesWhenLast() const override { return false; }
 
 private:
     const PBScanDictionaryRef _dictionary;

@@ -72,21 +72,21 @@ double PBPathComponentCell::fullWidth() const {
     return width;
 }
 
+double PBPathComponentCell::leastWidth() const {
+    return fullWidth() - (_limitWidth ? sizeOfTitle().width() : 0);
+}
+
 int PBPathComponentCell::widthOfOtherCell() const {
     int width = 0;
-    // Two steps that both give way would ask each other for ever: they take each other in full.
     for (const auto& cell : _path.pathComponentCells())
-        if (cell.get() != this) width += static_cast<int>(cell->fullWidth());
+        if (cell.get() != this) width += static_cast<int>(cell->cellSize().width());
     return width;
 }
 
 QSizeF PBPathComponentCell::cellSize() const {
-    double width = fullWidth();
     const double height = _path.size().height();
-    if (!_limitWidth) return {width, height};
-    const double least = width - sizeOfTitle().width();
-    const double left = _path.size().width() - pathMargin - widthOfOtherCell();
-    return {std::clamp(left, least, width), height};
+    if (!_limitWidth) return {fullWidth(), height};
+    return {std::clamp(_path.widestLimited(), leastWidth(), fullWidth()), height};
 }
 
 PBPathComponentCell::Rects PBPathComponentCell::calcRectForCellRect(const QRectF& cellRect) const {
@@ -138,6 +138,25 @@ PBPathComponentCell& PBPathCell::insertItemWithTitle(
     const auto place = _cells.begin() + static_cast<std::ptrdiff_t>(std::min(index, itemCount()));
     return **_cells.insert(
         place, std::make_unique<PBPathComponentCell>(*this, title, image, limitWidth));
+}
+
+double PBPathCell::widthWithWidest(double widest) const {
+    double width = 0;
+    for (const auto& cell : _cells)
+        width += std::floor(std::clamp(widest, cell->leastWidth(), cell->fullWidth()));
+    return width;
+}
+
+double PBPathCell::widestLimited() const {
+    const double room = _size.width() - pathMargin;
+    double fits = 0;
+    double tooWide = std::max(0.0, room) + 1;
+    if (widthWithWidest(tooWide) <= room) return tooWide;
+    while (tooWide - fits > 1) {
+        const double middle = std::floor((fits + tooWide) / 2);
+        (widthWithWidest(middle) <= room ? fits : tooWide) = middle;
+    }
+    return fits;
 }
 
 QRectF PBPathCell::rectOfItem(std::size_t index) const {

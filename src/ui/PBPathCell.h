@@ -46,8 +46,12 @@ public:
 
     /// Whole points; without width for an empty title.
     [[nodiscard]] QSizeF sizeOfTitle() const;
-    /// The room that the step takes: its own, or what the others leave of the path's width.
+    /// The room that the step takes: its own, or what the others leave of the path's width. Where
+    /// several give way, the longest do, and the others keep their size.
     [[nodiscard]] QSizeF cellSize() const;
+    /// With the whole title; without any of it, where the step gives way.
+    [[nodiscard]] double fullWidth() const;
+    [[nodiscard]] double leastWidth() const;
     /// What the other steps take together, each in whole points.
     [[nodiscard]] int widthOfOtherCell() const;
 
@@ -68,7 +72,6 @@ public:
 private:
     [[nodiscard]] bool hasImage() const { return _image.kind != group::IconName::Kind::None; }
     [[nodiscard]] const TextLines& lines() const;
-    [[nodiscard]] double fullWidth() const;
     void drawTitle(QPainter& painter, const QRectF& titleRect) const;
 
     const PBPathCell& _path;
@@ -113,8 +116,14 @@ public:
     /// The step at a point.
     [[nodiscard]] std::optional<std::size_t> itemAt(const QPointF& point) const;
     void draw(QPainter& painter, const QPointF& topLeft) const;
+    /// How wide a step that gives way may be for the path to fit; more than the path's width where
+    /// all of it does. Whole points.
+    [[nodiscard]] double widestLimited() const;
 
 private:
+    /// Of the path, if no step that gives way were wider than that.
+    [[nodiscard]] double widthWithWidest(double widest) const;
+
     const PathCellStyle& _style;
     std::vector<std::unique_ptr<PBPathComponentCell>> _cells;
     QSizeF _size;

@@ -91,8 +91,18 @@ TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
     EXPECT_EQ(publishedCounts().size(), before + 1);
     EXPECT_TRUE(lastPublication()->updateScrollCapture) << "as the last one asks";
 
+    // In one drain with a look at the disk, which finds nothing to show.
+    int dropped = 0;
+    const auto rescan = factory->makeDictionary(root, {}, workTree, browsing);
+    rescan->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
+    const auto nothingFound = std::make_shared<PBScanFolderAttachOperation>(rescan);
+    const auto array = dictionary()->AttachOperationArray;
+    scanQueue.setSuspended(true);
     attach<PBRemoveFileItemOperation>(u"b.jpg");
+    attachScanOperation(array, scanQueue, nothingFound, [&] { ++dropped; });
+    scanQueue.setSuspended(false);
     waitForQueues();
+    EXPECT_EQ(dropped, 0) << "nothing comes in the place of what waits";
     EXPECT_TRUE(workTree->empty()) << "an emptied group goes";
     EXPECT_EQ(shown(), QStringList());
 }

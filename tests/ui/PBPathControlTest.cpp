@@ -1,5 +1,6 @@
 #include "ui/PBPathControl.h"
 
+#include "platform/work/MainLoop.h"
 #include "support/Mouse.h"
 
 #include <QMenu>
@@ -34,6 +35,28 @@ TEST(PBPathCellTest, onlyTheLimitedCellGivesWay) {
     EXPECT_EQ(aroundTitle(1), 2 + 8);
 }
 
+TEST(PBPathCellTest, ofSeveralCellsTheLongestGivesWayAndTheOthersKeepTheirSize) {
+    const PathCellStyle style{QFont(), false};
+    PBPathCell path{style};
+    for (const QString& title : {QString(60, u'x'), u"Keywords"_s, QString(30, u'x')})
+        path.addItemWithTitle(title, {group::IconName::Kind::Named, u"date_n"_s}, true);
+    const auto widths = [&](double width) {
+        path.setSize({width, 20});
+        return support::listed(path.pathComponentCells(), [](const auto& cell) {
+            return QString::number(cell->cellSize().width());
+        });
+    };
+    const QStringList full = widths(1e6);
+    const double all = path.rectOfItem(2).right();
+    const double long0 = full[0].toDouble();
+    EXPECT_EQ(widths(all + 2), full);
+    EXPECT_EQ(widths(all - 98), (QStringList{QString::number(long0 - 100), full[1], full[2]}));
+    const QStringList narrow = widths(all / 2);
+    EXPECT_EQ(narrow[1], full[1]);
+    EXPECT_EQ(narrow[0], narrow[2]);
+    EXPECT_LE(all / 2 - 2 - path.rectOfItem(2).right(), 1) << "all of the room is used";
+}
+
 struct PBPathControlTest : testing::Test {
     PBPathControlTest() {
         control.resize(500, control.height());
@@ -44,6 +67,7 @@ struct PBPathControlTest : testing::Test {
         control.setGroupTypeArray(std::make_shared<const std::vector<int>>(std::move(types)));
     }
     QMenu* menu() const { return control.findChild<QMenu*>(); }
+    const platform::MainLoop& loop = *platform::MainLoop::instance();
     PBPathControl control;
 };
 
@@ -93,7 +117,9 @@ TEST_F(PBPathControlTest, theStepUnderTheMouseIsLitUntilItLeaves) {
     EXPECT_NE(hot, rest);
     control.popUpMenuOfItem(0);
     EXPECT_TRUE(color() != rest && color() != hot); // open is stronger
+    EXPECT_TRUE(loop.isTracking()) << "no tree is exchanged under an open menu";
     menu()->close();
+    EXPECT_FALSE(loop.isTracking());
     EXPECT_EQ(move({490, 10}), rest);
     move(place);
     QEvent leave(QEvent::Leave);

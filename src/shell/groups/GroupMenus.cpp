@@ -4,6 +4,7 @@
 #include "platform/program/LocalizedTexts.h"
 #include "platform/work/MainThread.h"
 #include "ui/EntryMenu.h"
+#include "ui/MenuTracking.h"
 #include "ui/WindowAlert.h"
 
 #include <QMenu>
@@ -23,6 +24,7 @@ GroupMenus::GroupMenus(Environment environment, QObject* parent)
       _groupMenu(std::make_unique<QMenu>()) {
     // Not at each change: an entry that is being chosen may not be taken away.
     connect(_groupMenu.get(), &QMenu::aboutToShow, this, &GroupMenus::rebuildGroupMenu);
+    keepContentsWhileShown(*_groupMenu);
     rebuildGroupMenu();
 }
 
