@@ -27,6 +27,7 @@ namespace {
 
 /// The first photographs and their thumbnails come before the look through the catalogue.
 constexpr std::chrono::milliseconds quietAfterStart{1500};
+constexpr std::chrono::milliseconds longestWaitForPlaces{500};
 
 } // namespace
 
@@ -253,10 +254,22 @@ void ApplicationController::createQueues() {
 
 void ApplicationController::createGeoManager() {
     _geoManager = std::make_unique<PBGeoManager>(
-        places::OfflineGeocoder::installed(), [](std::function<void()> function) {
-            platform::MainLoop::instance()->post(
-                platform::MainLoop::Mode::Common, std::move(function));
-        });
+        places::OfflineGeocoder::installed(),
+        PBGeoManager::Environment{
+            .postToMainThread =
+                [](std::function<void()> function) {
+                    platform::MainLoop::instance()->post(
+                        platform::MainLoop::Mode::Common, std::move(function));
+                },
+            .connect =
+                [path = _connections->mainFileDb().databasePath()] {
+                    auto connection = FMDatabase::databaseWithPath(path);
+                    // The next try comes soon, and nothing on the way out may wait for long.
+                    connection->setLongestWait(longestWaitForPlaces);
+                    connection->setShouldCacheStatements(true);
+                    connection->open();
+                    return connection;
+                }});
     _geoManager->loadAddressFromDb(_connections->mainFileDb());
 }
 
@@ -331,7 +344,7 @@ void ApplicationController::applicationWillTerminate() {
     }
     if (_folderRoots) _folderRoots->stopWatching();
     if (_marks) _marks->finish();
-    if (_geoManager) _geoManager->cancelReverseGeocoding();
+    if (_geoManager) _geoManager->finish();
     if (_health) _health->stopLooking();
     if (_connections) _connections->close();
     if (_health) _health->endedWell();

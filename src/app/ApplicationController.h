@@ -72,6 +72,7 @@ public:
     [[nodiscard]] bool isScanning() const override {
         return _scanControl && _scanControl->isScanning();
     }
+    void regroupPlaces() override { _scanPipeline->regroupPlaces(scanBrowsing()); }
     void updateWatchPathsInBackground() override { _folderRoots->updateWatchPathsInBackground(); }
     void setOpenFiles(std::shared_ptr<PBOpenFiles> openFiles) override {
         _openFiles = std::move(openFiles);

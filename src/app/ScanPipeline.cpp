@@ -2,6 +2,7 @@
 
 #include "platform/work/MainLoop.h"
 #include "platform/work/OperationQueue.h"
+#include "scan/AttachedOperations.h"
 
 #include <QDateTime>
 #include <QTimer>
@@ -56,6 +57,13 @@ std::shared_ptr<const ScanServices> ScanPipeline::makeServices() {
         .now = [] { return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) * 1e-3; },
         .figures = _figures,
     });
+}
+
+void ScanPipeline::regroupPlaces(const ScanBrowsing& browsing) const {
+    const auto& work = _dataSource.groupItemArray_work();
+    if (!work) return;
+    _factory->attach(std::make_shared<PBRegroupPlacesOperation>(
+        _factory->makeDictionary(nullptr, {}, work, browsing)));
 }
 
 void ScanPipeline::noteShown() {

@@ -48,6 +48,9 @@ public:
     [[nodiscard]] const ScanFigures& figures() const { return _figures; }
     [[nodiscard]] const BuildThumbServices& buildThumb() const { return *_buildThumb; }
 
+    /// Photographs whose address was found since go to the groups of their places, within the scan
+    /// that is running if there is one.
+    void regroupPlaces(const ScanBrowsing& browsing) const;
     /// Ends of scans that are on their way to the main thread no longer count.
     void forgetScanFinished() { ++_generation; }
 

@@ -19,6 +19,8 @@ public:
     /// Stops all background work and leaves the display.
     virtual void cancelScan() = 0;
     [[nodiscard]] virtual bool isScanning() const = 0;
+    /// Brings photographs whose address was found since to the groups of their places.
+    virtual void regroupPlaces() = 0;
 
     /// Brings what is watched in step with the mounted roots.
     virtual void updateWatchPathsInBackground() = 0;

@@ -31,23 +31,26 @@ void PushRhythm::wasPushed(double now) {
     _count->setNumber(0);
 }
 
-void removeFileItemInGroupArray(
+PBImageFileList removeFileItemInGroupArray(
     PBGroupItemArray& groupArray, const std::vector<PBGroupItemChain>& removeGroupArray,
     const std::function<bool()>& isCancelled) {
+    PBImageFileList taken;
     const auto stops = [&] { return isCancelled && isCancelled(); };
     for (PBGroupItemChain chain : removeGroupArray) {
-        if (stops()) return;
+        if (stops()) break;
         if (chain.empty()) continue;
         const auto data = chain.front()->data();
         for (const auto& top : groupArray) {
-            if (stops()) return;
+            if (stops()) break;
             if (top->data() != data) continue;
             if (chain.size() >= 2) chain.erase(chain.begin());
-            top->removeImageFilesWithRemoveGroupItemChain(chain);
+            const auto removed = top->removeImageFilesWithRemoveGroupItemChain(chain);
+            taken.insert(taken.end(), removed.begin(), removed.end());
             if (top->isEmpty()) std::erase(groupArray, top);
             break;
         }
     }
+    return taken;
 }
 
 } // namespace group

@@ -57,10 +57,10 @@ private:
     std::shared_ptr<PBMutableNumber> _count;
 };
 
-/// Removes the images of each chain from a tree, together with the groups that this empties. The
-/// chains come from another copy of the tree. `isCancelled`, if there is one, is asked before each
-/// chain and each top-level group. On the thread of the tree.
-void removeFileItemInGroupArray(
+/// Removes the images of each chain from a tree, together with the groups that this empties, and
+/// answers those that were there. The chains come from another copy of the tree. `isCancelled`, if
+/// there is one, is asked before each chain and each top-level group. On the thread of the tree.
+PBImageFileList removeFileItemInGroupArray(
     PBGroupItemArray& groupArray, const std::vector<PBGroupItemChain>& removeGroupArray,
     const std::function<bool()>& isCancelled = {});
 

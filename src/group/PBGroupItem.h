@@ -104,8 +104,12 @@ public:
     void removeImageFiles(PBImageFileList& imageFiles);
     /// Removes the images of the chain's last node. The chain comes from another copy of the tree;
     /// its first node is to be found on the level below this one, or is this very node's twin when
-    /// it is a leaf.
-    void removeImageFilesWithRemoveGroupItemChain(PBGroupItemChain& chain);
+    /// it is a leaf. Answers those that were there.
+    PBImageFileList removeImageFilesWithRemoveGroupItemChain(PBGroupItemChain& chain);
+    /// Takes all images out of a leaf, which stays where it is for those that come back.
+    [[nodiscard]] PBImageFileList takeImageFiles();
+    /// Removes the groups of a level, and below, that hold nothing.
+    static void removeEmptyGroups(PBGroupItemArray& level);
     /// Removes the images whose files are gone, of which each is asked.
     void checkFileItemExist(const std::function<bool(PBImageFileItem& item)>& isGone);
 

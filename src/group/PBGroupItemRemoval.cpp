@@ -33,20 +33,38 @@ void PBGroupItem::removeImageFiles(PBImageFileList& imageFiles) {
     std::erase_if(imageFiles, [&](const auto& item) { return removed.erase(item.get()) != 0; });
 }
 
-void PBGroupItem::removeImageFilesWithRemoveGroupItemChain(PBGroupItemChain& chain) {
-    if (chain.empty()) return;
+PBImageFileList PBGroupItem::removeImageFilesWithRemoveGroupItemChain(PBGroupItemChain& chain) {
+    if (chain.empty()) return {};
     if (!imageFiles().empty()) {
         const PBImageFileArray& unwanted = chain.front()->imageFiles();
-        PBImageFileList list(unwanted.begin(), unwanted.end());
-        removeImageFiles(list);
-        return;
+        PBImageFileList taken(unwanted.begin(), unwanted.end());
+        PBImageFileList missing = taken;
+        removeImageFiles(missing);
+        if (missing.empty()) return taken;
+        const std::unordered_set<std::shared_ptr<PBImageFileItem>> left(
+            missing.begin(), missing.end());
+        std::erase_if(taken, [&](const auto& item) { return left.contains(item); });
+        return taken;
     }
     const auto twin = std::ranges::find(_children, chain.front()->data(), &PBGroupItem::data);
-    if (twin == _children.end()) return;
+    if (twin == _children.end()) return {};
     PBGroupItem& child = **twin;
     if (chain.size() >= 2) chain.erase(chain.begin());
-    child.removeImageFilesWithRemoveGroupItemChain(chain);
+    PBImageFileList taken = child.removeImageFilesWithRemoveGroupItemChain(chain);
     if (child.isEmpty()) removeChild(child);
+    return taken;
+}
+
+PBImageFileList PBGroupItem::takeImageFiles() {
+    PBImageFileList taken(imageFiles().begin(), imageFiles().end());
+    if (_imageFiles) _imageFiles.emplace();
+    return taken;
+}
+
+void PBGroupItem::removeEmptyGroups(PBGroupItemArray& level) {
+    for (const auto& node : level)
+        removeEmptyGroups(node->_children);
+    std::erase_if(level, [](const auto& node) { return node->isEmpty(); });
 }
 
 void PBGroupItem::checkFileItemExist(const std::function<bool(PBImageFileItem& item)>& isGone) {

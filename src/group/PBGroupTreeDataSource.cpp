@@ -15,6 +15,8 @@ using platform::MainLoop;
 namespace {
 
 constexpr std::string_view delayedName = "delayGroupItemArrayDidFinish";
+/// For motions whose end nobody tells.
+constexpr std::chrono::milliseconds patience{250};
 
 void expandRows(const PBGroupItem& item, group::GroupOutline& outline) {
     if (!item.isLeafNode() && item.data()->collapsed() == PBGroupItemData::NeverTouched)
@@ -73,28 +75,43 @@ void PBGroupTreeDataSource::groupItemArrayDidFinish(
     platform::assertMainThread();
     if (!publication->isOf(_groupItemArray_work)) {
         discard(publication);
-    } else if (_display && _display->isScrollingOrDragging()) {
+        return;
+    }
+    // A publication that still waits is older than this one.
+    if (_waiting && _waiting != publication)
+        publication->updateScrollCapture |= _waiting->updateScrollCapture;
+    cancelDelayedPublications();
+    if (_display && _display->isScrollingOrDragging()) {
         delayGroupItemArrayDidFinish(publication);
     } else {
-        // A publication that still waits is older than this one.
-        cancelDelayedPublications();
         swapIn(*publication);
     }
 }
 
 void PBGroupTreeDataSource::delayGroupItemArrayDidFinish(
     const std::shared_ptr<GroupPublication>& publication) {
+    _waiting = publication;
+    showWaitingAfter(patience);
+}
+
+void PBGroupTreeDataSource::motionDidEnd() {
+    platform::assertMainThread();
+    // Not from within the end of the motion.
+    if (_waiting) showWaitingAfter(std::chrono::milliseconds(0));
+}
+
+void PBGroupTreeDataSource::showWaitingAfter(std::chrono::milliseconds delay) {
     MainLoop* loop = MainLoop::instance();
     if (!loop) return;
-    const auto argument = std::make_shared<PBCancelDelayArg>(publication);
-    loop->cancelPreviousPerformRequestsWithTarget(this, delayedName, *argument);
-    loop->performAfterDelay(
-        this, delayedName, std::chrono::milliseconds(0),
-        [this, publication] { groupItemArrayDidFinish(publication); }, argument);
+    loop->cancelPreviousPerformRequestsWithTarget(this, delayedName);
+    loop->performAfterDelay(this, delayedName, delay, [this] {
+        if (const auto waiting = std::exchange(_waiting, nullptr)) groupItemArrayDidFinish(waiting);
+    });
 }
 
 void PBGroupTreeDataSource::cancelDelayedPublications() {
     platform::assertMainThread();
+    if (_waiting) discard(std::exchange(_waiting, nullptr));
     if (MainLoop* loop = MainLoop::instance()) loop->cancelPreviousPerformRequestsWithTarget(this);
 }
 

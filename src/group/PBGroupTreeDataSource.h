@@ -5,6 +5,7 @@
 #include "group/PBGroupItem.h"
 #include "platform/work/OperationQueue.h"
 
+#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -40,6 +41,8 @@ public:
     /// Takes a publication. One of a work tree that is no longer the current one is dropped. While
     /// the user scrolls or drags, the latest one waits.
     void groupItemArrayDidFinish(const std::shared_ptr<group::GroupPublication>& publication);
+    /// The user has come to rest: what waits is shown.
+    void motionDidEnd();
     /// Drops what waits.
     void cancelDelayedPublications();
     /// For other threads: brings a publication to `groupItemArrayDidFinish` in default mode, in
@@ -58,6 +61,7 @@ public:
 
 private:
     void delayGroupItemArrayDidFinish(const std::shared_ptr<group::GroupPublication>& publication);
+    void showWaitingAfter(std::chrono::milliseconds delay);
     void swapIn(group::GroupPublication& publication);
     void refreshOutline();
     /// Lets go of something with trees in the background, without a look at it: a million images
@@ -68,6 +72,7 @@ private:
     group::GroupTreeDisplay* _display = nullptr;
     PBGroupItemArray _groupItemArray;
     std::shared_ptr<PBGroupItemArray> _groupItemArray_work;
+    std::shared_ptr<group::GroupPublication> _waiting; ///< for the end of a motion
     bool _ignoreSelectionChanged = false;
     bool _isOutlineViewScrolled = false;
     /// Expires with this object; looked at on the main thread only.

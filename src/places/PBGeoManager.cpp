@@ -1,10 +1,10 @@
 #include "places/PBGeoManager.h"
 
 #include "FMDB/FMDatabase.h"
-#include "catalogue/PBCatalogue.h"
 #include "places/Gazetteer.h"
 #include "places/GeoBlobs.h"
 #include "platform/values/CborValues.h"
+#include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
 
 #include <algorithm>
@@ -41,20 +41,35 @@ std::optional<PlaceEntry> entryOfRow(const FMResultSet& row) {
 } // namespace
 
 PBGeoManager::PBGeoManager(
-    std::unique_ptr<places::Geocoder> geocoder, MainThreadPoster postToMainThread, QObject* parent)
-    : QObject(parent), _postToMainThread(std::move(postToMainThread)),
-      _geocoder(std::move(geocoder)), _backgroundQueue(QStringLiteral("places")) {
+    std::unique_ptr<places::Geocoder> geocoder, Environment environment, QObject* parent)
+    : QObject(parent), _environment(std::move(environment)), _geocoder(std::move(geocoder)),
+      _backgroundQueue(QStringLiteral("places")) {
     platform::assertMainThread();
 }
 
 PBGeoManager::~PBGeoManager() {
+    finish();
+}
+
+void PBGeoManager::finish() {
     platform::assertMainThread();
+    if (_isFinished.exchange(true)) return;
+    if (auto* loop = platform::MainLoop::instance())
+        loop->cancelPreviousPerformRequestsWithTarget(this);
     cancelReverseGeocoding();
+    // What runs may be about to ask; what comes later sees that nothing is asked any more.
+    _backgroundQueue.waitUntilAllOperationsAreFinished();
+    _geocoder.reset();
+    _backgroundQueue.addOperation([this] {
+        store();
+        _db.reset();
+    });
+    _backgroundQueue.waitUntilAllOperationsAreFinished();
+    _alive.reset();
 }
 
 void PBGeoManager::loadAddressFromDb(FMDatabase& db) {
     platform::assertMainThread();
-    _mainDb = &db;
     std::vector<PlaceEntry> entries;
     // Where not all can be read, the others are looked up again: that is all there is to an error.
     FMResultSet row = db.executeQuery(QStringLiteral("select * from Geo"));
@@ -74,14 +89,17 @@ PBValue PBGeoManager::addressDictionaryWithLocation(PBLocation location) const {
     return place ? _addressInfoArray.at(*place).AddressDict : PBValue();
 }
 
+bool PBGeoManager::isCovered(PBLocation location) const {
+    const platform::Lock lock(_addressInfoArrayLock);
+    return _addressInfoArray.firstMatch(location).has_value() || _found.covers(location);
+}
+
 void PBGeoManager::addLocationToReverseGeocoding(PBLocation location) {
-    if (!canUseGeocoder() || !places::isValidLocation(location) ||
-        !addressDictionaryWithLocation(location).isAbsent()) {
-        return;
-    }
+    if (!canUseGeocoder() || !places::isValidLocation(location) || isCovered(location)) return;
     bool isAlone = false;
     {
         const platform::Lock lock(_reverseLocationArrayLock);
+        if (!_waitingLocations.insert({location.latitude, location.longitude}).second) return;
         _reverseLocationArray.push_back({_nextTicket++, location});
         isAlone = _reverseLocationArray.size() == 1;
     }
@@ -89,25 +107,30 @@ void PBGeoManager::addLocationToReverseGeocoding(PBLocation location) {
 }
 
 void PBGeoManager::tryDoReverseGeocoding() {
-    if (!canUseGeocoder()) return;
+    if (_isFinished || !canUseGeocoder()) return;
     while (const auto request = takeHead()) {
-        if (addressDictionaryWithLocation(request->location).isAbsent()) {
+        if (!isCovered(request->location)) {
             _geocoder->reverseGeocodeLocation(
-                request->location, [this, request = *request,
-                                    alive = std::weak_ptr(_alive)](const GeocodeAnswer& answer) {
-                    _postToMainThread([this, request, alive, answer] {
-                        if (!alive.expired()) requestDidFinish(request, answer);
-                    });
+                request->location, [this, request = *request](const GeocodeAnswer& answer) {
+                    _backgroundQueue.addOperation(
+                        [this, request, answer] { requestDidFinish(request, answer); });
                 });
             return;
         }
-        removeRequest(request->ticket); // an answer since it was queued covers it
+        removeRequest(*request); // an answer since it was queued covers it
     }
 }
 
 bool PBGeoManager::hasPendingRequests() const {
-    const platform::Lock lock(_reverseLocationArrayLock);
-    return !_reverseLocationArray.empty();
+    {
+        const platform::Lock lock(_reverseLocationArrayLock);
+        if (!_reverseLocationArray.empty()) return true;
+    }
+    {
+        const platform::Lock lock(_addressInfoArrayLock);
+        if (!_found.isEmpty()) return true;
+    }
+    return _noticesOnTheirWay > 0;
 }
 
 void PBGeoManager::cancelReverseGeocoding() {
@@ -116,6 +139,9 @@ void PBGeoManager::cancelReverseGeocoding() {
         const platform::Lock lock(_reverseLocationArrayLock);
         std::erase_if(
             _reverseLocationArray, [](const Request& request) { return !request.isTaken; });
+        _waitingLocations.clear();
+        for (const Request& request : _reverseLocationArray)
+            _waitingLocations.insert({request.location.latitude, request.location.longitude});
     }
     _geocoder->cancelGeocode();
 }
@@ -127,20 +153,20 @@ std::optional<PBGeoManager::Request> PBGeoManager::takeHead() {
     return _reverseLocationArray.front();
 }
 
-std::size_t PBGeoManager::removeRequest(std::uint64_t ticket) {
+/// One that is taken is the head, and stays it until it is removed here.
+void PBGeoManager::removeRequest(const Request& request) {
     const platform::Lock lock(_reverseLocationArrayLock);
-    std::erase_if(_reverseLocationArray, [ticket](const Request& request) {
-        return request.ticket == ticket;
-    });
-    return _reverseLocationArray.size();
+    if (_reverseLocationArray.empty() || _reverseLocationArray.front().ticket != request.ticket)
+        return;
+    _reverseLocationArray.pop_front();
+    _waitingLocations.erase({request.location.latitude, request.location.longitude});
 }
 
 void PBGeoManager::requestDidFinish(const Request& request, const GeocodeAnswer& answer) {
-    platform::assertMainThread();
     record(request.location, answer);
-    if (removeRequest(request.ticket) > 0) {
-        _backgroundQueue.addOperation([this] { tryDoReverseGeocoding(); });
-    }
+    removeRequest(request);
+    storeIfDue();
+    tryDoReverseGeocoding();
 }
 
 void PBGeoManager::record(PBLocation location, const GeocodeAnswer& answer) {
@@ -151,7 +177,9 @@ void PBGeoManager::record(PBLocation location, const GeocodeAnswer& answer) {
         return;
     }
     const PBDictionary* address = answer.placemarks.front().addressDictionary.dictionary();
-    if (address != nullptr && recordAddress(location, *address)) Q_EMIT reverseGeoFinished();
+    if (address == nullptr) return;
+    const platform::Lock lock(_addressInfoArrayLock);
+    _found.add(location, *address);
 }
 
 /// In memory only: until the next start the neighbourhood is not asked for again.
@@ -164,46 +192,93 @@ void PBGeoManager::recordNoAddress(PBLocation location) {
     }
 }
 
-// Only the main thread, on which this runs, changes the array: what is found stays so until it is
-// changed here. The lock is not held while the catalogue is written to: a scan that looks up an
-// address never waits for the main connection, which itself may be waiting for the scan's
-// transaction.
-bool PBGeoManager::recordAddress(PBLocation location, const PBDictionary& address) {
-    if (const auto place = firstWithAddress(address)) {
-        growPlace(*place, location);
-        return true;
-    }
-    return insertPlace(location, address);
-}
-
-std::optional<std::size_t> PBGeoManager::firstWithAddress(const PBValue& address) const {
-    const platform::Lock lock(_addressInfoArrayLock);
-    return _addressInfoArray.firstWithAddress(address);
-}
-
-/// When the catalogue doesn't take the change, memory is ahead of it until the next start.
-void PBGeoManager::growPlace(std::size_t place, PBLocation location) {
-    PlaceEntry entry;
+void PBGeoManager::storeIfDue() {
     {
         const platform::Lock lock(_addressInfoArrayLock);
-        _addressInfoArray.appendLocation(place, location);
-        entry = _addressInfoArray.at(place);
+        if (_found.isEmpty()) return;
     }
-    if (_mainDb == nullptr || !entry.GeoId.hasValue()) return;
-    PBCatalogue(*_mainDb).updateGeoWithGeoId(
-        entry.GeoId.toInteger(), GeoBlobs::encodeCoordinates(entry.Longitude),
-        GeoBlobs::encodeCoordinates(entry.Latitude));
+    const auto since = Clock::now() - _lastStored;
+    if (_isFinished || since >= _environment.interval) {
+        store();
+    } else {
+        storeLater(_environment.interval - since);
+    }
 }
 
-bool PBGeoManager::insertPlace(PBLocation location, const PBDictionary& address) {
-    if (_mainDb == nullptr) return false;
-    PlaceEntry entry{{}, address, {location.longitude}, {location.latitude}};
-    const qint64 geoId = PBCatalogue(*_mainDb).insertGeoWithLongitudeData(
-        GeoBlobs::encodeCoordinates(entry.Longitude), GeoBlobs::encodeCoordinates(entry.Latitude),
-        platform::encodeDictionary(address));
-    if (geoId <= 0) return false;
-    entry.GeoId = geoId;
+/// The clock is that of the main loop, whose timer this is.
+void PBGeoManager::storeLater(Clock::duration delay) {
+    if (std::exchange(_willStoreLater, true)) return;
+    _environment.postToMainThread([this, delay, alive = std::weak_ptr(_alive)] {
+        auto* loop = platform::MainLoop::instance();
+        if (alive.expired() || !loop) return;
+        loop->performAfterDelay(
+            this, "store", std::chrono::ceil<std::chrono::milliseconds>(delay), [this] {
+                _backgroundQueue.addOperation([this] {
+                    _willStoreLater = false;
+                    storeIfDue();
+                });
+            });
+    });
+}
+
+// Only the background queue, on which this runs, changes the places: what is found stays so until
+// it is changed here. The lock is not held while the catalogue is written to: a scan that looks up
+// an address never waits for this connection, which itself may be waiting for the scan's
+// transaction.
+void PBGeoManager::store() {
+    FoundPlaces::Changes changes;
+    {
+        const platform::Lock lock(_addressInfoArrayLock);
+        if (_found.isEmpty()) return;
+        changes = _found.changesOf(_addressInfoArray);
+    }
+    const PlacesStored outcome = write(changes);
+    _lastStored = Clock::now();
+    if (outcome == PlacesStored::Locked && !_isFinished) {
+        storeLater(_environment.interval);
+        return;
+    }
+    if (outcome == PlacesStored::Stored) {
+        didStore(std::move(changes));
+        tell();
+    }
     const platform::Lock lock(_addressInfoArrayLock);
-    _addressInfoArray.append(std::move(entry));
-    return true;
+    _found = {};
+}
+
+PlacesStored PBGeoManager::write(FoundPlaces::Changes& changes) {
+    if (!_db && _environment.connect) _db = _environment.connect();
+    if (!_db) return PlacesStored::Refused;
+    std::vector<PlaceEntry> grown;
+    {
+        const platform::Lock lock(_addressInfoArrayLock);
+        for (const auto& [place, locations] : changes.grown) {
+            PlaceEntry entry = _addressInfoArray.at(place);
+            for (const PBLocation& location : locations) {
+                entry.Longitude.push_back(location.longitude);
+                entry.Latitude.push_back(location.latitude);
+            }
+            grown.push_back(std::move(entry));
+        }
+    }
+    return storePlaces(*_db, changes, grown);
+}
+
+void PBGeoManager::didStore(FoundPlaces::Changes changes) {
+    const platform::Lock lock(_addressInfoArrayLock);
+    for (const auto& [place, locations] : changes.grown) {
+        for (const PBLocation& location : locations)
+            _addressInfoArray.appendLocation(place, location);
+    }
+    for (PlaceEntry& entry : changes.inserted)
+        _addressInfoArray.append(std::move(entry));
+}
+
+void PBGeoManager::tell() {
+    ++_noticesOnTheirWay;
+    _environment.postToMainThread([this, alive = std::weak_ptr(_alive)] {
+        if (alive.expired()) return;
+        --_noticesOnTheirWay;
+        Q_EMIT reverseGeoFinished();
+    });
 }

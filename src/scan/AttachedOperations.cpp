@@ -4,6 +4,7 @@
 #include "group/FolderPaths.h"
 #include "group/GroupPublication.h"
 #include "group/ItemLookup.h"
+#include "group/UnknownPlaces.h"
 #include "scan/FileItemCheck.h"
 #include "scan/PBScanFolderTask.h"
 #include "scan/ScanServices.h"
@@ -14,6 +15,47 @@ namespace {
 
 /// Images found to be gone between two publications.
 constexpr std::size_t goneBetweenPublications = 100;
+
+/// What a grouping needs of the image's row.
+group::ImageFileRow rowOf(const PBImageFileItem& item, bool withColumns, FMDatabase& db) {
+    group::ImageFileRow found;
+    found.id = item.fileId();
+    if (!withColumns) return found;
+    FMResultSet row = db.executeQuery(
+        QStringLiteral("select UTIType,ImageDPI,ColorModel,Tag from ImageFile where Id = ?"),
+        item.fileId());
+    if (row.next()) {
+        found.utiType = row.objectForColumnIndex(0);
+        found.imageDPI = row.objectForColumnIndex(1);
+        found.colorModel = row.objectForColumnIndex(2);
+        found.tag = row.objectForColumnIndex(3);
+    }
+    // Without a row, or where it can't be read, the image goes to those without values.
+    return found;
+}
+
+/// Puts images that were taken out of the work tree to the places that they have now.
+void reinsert(
+    const PBScanDictionary& dictionary, const PBImageFileList& items,
+    const std::function<bool()>& isCancelled) {
+    group::GroupingStep step(
+        dictionary.groupingParameters(), *dictionary.Database, dictionary.services->places);
+    const group::CatalogueFolderPaths paths(
+        *dictionary.Database, dictionary.services->aliasManager);
+    group::FolderPathCache cache;
+    std::vector<group::ImageFileRow> rows;
+    rows.reserve(items.size());
+    for (const auto& item : items)
+        rows.push_back(rowOf(*item, step.needsRow(), *dictionary.Database));
+    step.willInsert(rows);
+    for (std::size_t index = 0; index < items.size(); ++index) {
+        if (isCancelled && isCancelled()) return;
+        const QString folder = items[index]->folderPath(paths, cache);
+        step.reinsert(
+            items[index], std::move(rows[index]),
+            folder.isEmpty() ? PBValue(PBNull{}) : PBValue(folder));
+    }
+}
 
 void checkFileItemExist(
     const PBScanDictionary& dictionary, const QStringList& rewrittenFiles,
@@ -53,14 +95,9 @@ void PBRemoveFileItemOperation::runWithOwnerNSOperation(platform::Operation& own
 
 PBImageFileList PBUpdateFileItemOperation::takeOut(const platform::Operation& owner) const {
     PBGroupItemArray& tree = *_dictionary->WorkGroupItemArray;
-    group::removeFileItemInGroupArray(
+    // Only those that are still there: what another operation has taken is not to come in twice.
+    PBImageFileList taken = group::removeFileItemInGroupArray(
         tree, _updateFileItemArray, [&] { return owner.isCancelled(); });
-    PBImageFileList taken;
-    for (const PBGroupItemChain& chain : _updateFileItemArray) {
-        if (chain.empty()) continue;
-        const PBImageFileArray& items = chain.back()->imageFiles();
-        taken.insert(taken.end(), items.begin(), items.end());
-    }
     if (_items.empty()) return taken;
     PBImageFileList missing = _items;
     for (const auto& node : tree)
@@ -73,45 +110,20 @@ PBImageFileList PBUpdateFileItemOperation::takeOut(const platform::Operation& ow
     return taken;
 }
 
-std::vector<PBUpdateFileItemOperation::Record>
-PBUpdateFileItemOperation::makeRecords(const PBImageFileList& items, bool withRows) const {
-    std::vector<Record> records;
-    for (const auto& item : items) {
-        Record record{item, {}};
-        if (withRows) {
-            FMResultSet row = _dictionary->Database->executeQuery(
-                QStringLiteral("select UTIType,ImageDPI,ColorModel,Tag from ImageFile "
-                               "where Id = ?"),
-                item->fileId());
-            if (row.next()) {
-                record.row.utiType = row.objectForColumnIndex(0);
-                record.row.imageDPI = row.objectForColumnIndex(1);
-                record.row.colorModel = row.objectForColumnIndex(2);
-                record.row.tag = row.objectForColumnIndex(3);
-            }
-            // Without a row, or where it can't be read, the image goes to those without values.
-            row.close();
-        }
-        records.push_back(std::move(record));
-    }
-    return records;
+void PBUpdateFileItemOperation::runWithOwnerNSOperation(platform::Operation& owner, bool isLast) {
+    reinsert(*_dictionary, takeOut(owner), [&] { return owner.isCancelled(); });
+    if (isLast) publishWorkTree(*_dictionary, _updateScrollCapture);
 }
 
-void PBUpdateFileItemOperation::runWithOwnerNSOperation(platform::Operation& owner, bool isLast) {
-    const PBImageFileList items = takeOut(owner);
-    group::GroupingStep step(
-        _dictionary->groupingParameters(), *_dictionary->Database, _dictionary->services->places);
-    const group::CatalogueFolderPaths paths(
-        *_dictionary->Database, _dictionary->services->aliasManager);
-    group::FolderPathCache cache;
-    for (Record& record : makeRecords(items, step.needsRow())) {
-        if (owner.isCancelled()) break;
-        const QString folder = record.updateFileItem->folderPath(paths, cache);
-        step.reinsert(
-            record.updateFileItem, std::move(record.row),
-            folder.isEmpty() ? PBValue(PBNull{}) : PBValue(folder));
-    }
-    if (isLast) publishWorkTree(*_dictionary, _updateScrollCapture);
+void PBRegroupPlacesOperation::runWithOwnerNSOperation(
+    platform::Operation& /*owner*/, bool /*isLast*/) {
+    PBGroupItemArray& tree = *_dictionary->WorkGroupItemArray;
+    const PBImageFileList waiting = group::takeItemsOfUnknownPlaces(tree);
+    if (waiting.empty()) return;
+    // All of them, also after a cancellation: the tree may stay on show.
+    reinsert(*_dictionary, waiting, {});
+    PBGroupItem::removeEmptyGroups(tree);
+    publishWorkTree(*_dictionary);
 }
 
 void PBRestoreMarksOperation::runWithOwnerNSOperation(platform::Operation& owner, bool isLast) {

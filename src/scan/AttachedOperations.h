@@ -39,19 +39,26 @@ public:
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
 
 private:
-    struct Record {
-        std::shared_ptr<PBImageFileItem> updateFileItem;
-        group::ImageFileRow row;
-    };
     /// Takes the images out of the work tree; answers those that are to come back.
     [[nodiscard]] PBImageFileList takeOut(const platform::Operation& owner) const;
-    [[nodiscard]] std::vector<Record>
-    makeRecords(const PBImageFileList& items, bool withRows) const;
 
     const PBScanDictionaryRef _dictionary;
     const std::vector<PBGroupItemChain> _updateFileItemArray;
     const PBImageFileList _items;
     const bool _updateScrollCapture;
+};
+
+/// Moves the images under unknown places whose address was found since to the group of their place.
+/// Publishes where there are any.
+class PBRegroupPlacesOperation final : public PBScanAttachOperation {
+public:
+    explicit PBRegroupPlacesOperation(PBScanDictionaryRef dictionary)
+        : _dictionary(std::move(dictionary)) {}
+    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+    [[nodiscard]] bool publishesWhenLast() const override { return false; }
+
+private:
+    const PBScanDictionaryRef _dictionary;
 };
 
 /// Looks for new images in one folder, while a scan of it or of one above may be running.
@@ -60,6 +67,7 @@ public:
     explicit PBScanFolderAttachOperation(PBScanDictionaryRef dictionary)
         : _dictionary(std::move(dictionary)) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+    [[nodiscard]] bool publishesWhenLast() const override { return false; }
 
 private:
     const PBScanDictionaryRef _dictionary;
@@ -73,6 +81,7 @@ public:
         PBScanDictionaryRef dictionary, QStringList rewrittenFiles = {})
         : _dictionary(std::move(dictionary)), _rewrittenFiles(std::move(rewrittenFiles)) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+    [[nodiscard]] bool publishesWhenLast() const override { return false; }
 
 private:
     const PBScanDictionaryRef _dictionary;

@@ -58,6 +58,7 @@ void CatalogueFolderScan::scanRows(
     const platform::FileManager::OpenFolder folder(folderPath);
     for (const group::ImageFileRow& row : rows) {
         if (_operation.isCancelled()) return;
+        if (_dictionary->ShownAhead->contains(row.id)) continue;
         if (sinceDrain < rowsBetweenDrains) {
             ++sinceDrain;
         } else {

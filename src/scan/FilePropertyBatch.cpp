@@ -147,6 +147,8 @@ bool FilePropertyBatch::show(
     ThumbnailsToBuild& thumbnails) {
     const auto item = step.insert(row, property.parentFolderPath);
     if (!item) return false;
+    if (_dictionary->IsAttached || _dictionary->IsOpenFilesScanFolder)
+        _dictionary->ShownAhead->insert(row.id);
     ++_dictionary->services->figures.items;
     thumbnails.add(*item, std::move(property.imageImporter), false);
     return true;

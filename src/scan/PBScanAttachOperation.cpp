@@ -2,6 +2,8 @@
 
 #include "platform/work/OperationQueue.h"
 
+#include <algorithm>
+
 void PBAttachOperationArray::add(
     std::shared_ptr<PBScanAttachOperation> operation, const std::function<void()>& whileLocked) {
     const platform::Lock lock(_monitor);
@@ -18,9 +20,14 @@ std::vector<std::shared_ptr<PBScanAttachOperation>> PBAttachOperationArray::take
 void checkAttachedOperation(PBAttachOperationArray* array, platform::Operation& owner) {
     if (!array) return;
     const auto operations = array->takeAll();
+    const auto last =
+        std::ranges::find_if(operations.rbegin(), operations.rend(), [](const auto& operation) {
+            return operation->publishesWhenLast();
+        });
     for (const auto& operation : operations) {
         if (owner.isCancelled()) return;
-        operation->runWithOwnerNSOperation(owner, operation == operations.back());
+        const bool isLast = last == operations.rend() || operation == *last;
+        operation->runWithOwnerNSOperation(owner, isLast);
     }
 }
 
@@ -34,6 +41,8 @@ void attachScanOperation(
     const std::shared_ptr<PBAttachOperationArray>& array, platform::OperationQueue& scanQueue,
     std::shared_ptr<PBScanAttachOperation> operation,
     const std::function<void()>& cancelDelayedPublications) {
-    array->add(std::move(operation), cancelDelayedPublications);
+    const bool publishes = operation->publishesWhenLast();
+    array->add(
+        std::move(operation), publishes ? cancelDelayedPublications : std::function<void()>());
     scanQueue.addOperation(PBCheckScanAttachOperationOperation::checkScanAttachOperation(array));
 }

@@ -22,9 +22,12 @@ public:
     PBScanAttachOperation& operator=(const PBScanAttachOperation&) = delete;
     virtual ~PBScanAttachOperation() = default;
 
-    /// On the scan thread, within the owner's `main`. `isLast`: nothing else of the same drain
-    /// comes after it.
+    /// On the scan thread, within the owner's `main`. `isLast`: nothing else of the same drain that
+    /// publishes when it is told so comes after it.
     virtual void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) = 0;
+    /// The last of a drain shows what all of them have done. Those that answer false publish by
+    /// themselves, where they have found something to show.
+    [[nodiscard]] virtual bool publishesWhenLast() const { return true; }
 };
 
 /// The mailbox of attached operations: one for the whole program.
@@ -65,7 +68,8 @@ private:
 };
 
 /// Has the operation run on the scan thread. `cancelDelayedPublications` drops publications that
-/// would overtake the change; it is called on this thread. Any thread.
+/// would overtake the change, where one of the change itself comes for sure; it is called on this
+/// thread. Any thread.
 void attachScanOperation(
     const std::shared_ptr<PBAttachOperationArray>& array, platform::OperationQueue& scanQueue,
     std::shared_ptr<PBScanAttachOperation> operation,

@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <optional>
+#include <unordered_set>
 #include <vector>
 
 class FMDatabase;
@@ -52,6 +53,11 @@ struct PBScanDictionary {
     bool DescendingSort = false;
     quint64 Filter = 0;
     QString SearchString;
+
+    /// Of this work tree: the files that were stored and put into it before the catalogue's folders
+    /// were all visited, as opened files and those that the watcher tells of are. A catalogue pass
+    /// that comes across their rows leaves them out.
+    std::shared_ptr<std::unordered_set<qint64>> ShownAhead;
 
     /// Seconds since 1970 of the last publication; items added since.
     std::shared_ptr<PBMutableNumber> PushImageFileItemTime;

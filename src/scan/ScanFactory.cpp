@@ -21,6 +21,9 @@ std::shared_ptr<PBScanDictionary> ScanFactory::makeDictionary(
     if (!relativePath.isEmpty()) dictionary->RelativePath = relativePath;
     dictionary->RecurseSubFolder = browsing.recurseSubFolder;
     dictionary->GroupTypeArray = browsing.groupTypeArray;
+    if (!_treeState.shownAhead || _treeState.workTree.lock() != workTree)
+        _treeState = {workTree, std::make_shared<std::unordered_set<qint64>>()};
+    dictionary->ShownAhead = _treeState.shownAhead;
     dictionary->WorkGroupItemArray = std::move(workTree);
     dictionary->SortType = browsing.sortType;
     dictionary->DescendingSort = browsing.descendingSort;

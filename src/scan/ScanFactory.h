@@ -56,4 +56,10 @@ private:
     const Environment _environment;
     const std::shared_ptr<PBAttachOperationArray> _attachOperationArray =
         std::make_shared<PBAttachOperationArray>();
+    /// What all dictionaries of one work tree share.
+    struct TreeState {
+        std::weak_ptr<PBGroupItemArray> workTree;
+        std::shared_ptr<std::unordered_set<qint64>> shownAhead;
+    };
+    mutable TreeState _treeState;
 };

@@ -5,6 +5,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
+#include "group/GroupTypes.h"
 #include "image/BuildThumbNotifier.h"
 #include "library/PBFolderItem.h"
 #include "places/PBGeoManager.h"
@@ -38,6 +39,8 @@
 #include <QMainWindow>
 #include <QScreen>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 using platform::localizedFormat;
 using platform::localizedString;
@@ -205,6 +208,9 @@ void PBMainWindowController::makeGroupViews() {
         .canUseGeocoder = [this] { return _services.geoManager.canUseGeocoder(); },
         .settings = _services.userDefaults,
         .prompts = *_groupPrompts});
+    QObject::connect(
+        &_services.geoManager, &PBGeoManager::reverseGeoFinished, _groupMenus.get(),
+        [this] { reverseGeoFinished(); });
     _groupPathControl = new PBPathControl;
     _groupPathControl->setGroupTypeArray(_services.browsing.groupTypeArray());
     QObject::connect(
@@ -297,6 +303,11 @@ void PBMainWindowController::clearBrowser() {
     platform::assertMainThread();
     _groupPanel->clear();
     _browserPane->clear();
+}
+
+void PBMainWindowController::reverseGeoFinished() {
+    const PBGroupTypeArray chain = _services.browsing.groupTypeArray();
+    if (std::ranges::find(*chain, group::Place) != chain->end()) _services.delegate.regroupPlaces();
 }
 
 void PBMainWindowController::showWindow() {

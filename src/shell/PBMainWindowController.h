@@ -68,6 +68,8 @@ private:
     [[nodiscard]] QWidget* makeBrowserPane();
     [[nodiscard]] QWidget* makeThumbnailView();
     void makeGroupViews();
+    /// Places were found: their photographs are regrouped where the chain groups by place.
+    void reverseGeoFinished();
     void connectFolderCommands();
     void makeOpenFiles();
     [[nodiscard]] QWidget* makeSortButton();

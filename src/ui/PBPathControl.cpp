@@ -4,6 +4,7 @@
 #include "platform/program/LocalizedTexts.h"
 #include "platform/work/MainThread.h"
 #include "ui/EntryMenu.h"
+#include "ui/MenuTracking.h"
 #include "ui/PBThemes.h"
 
 #include <QHelpEvent>
@@ -153,6 +154,7 @@ QMenu* PBPathControl::menuOfItem(std::size_t index) {
     appendEntries(
         *menu, cell.groupMenuOfView(*_groupTypeArray),
         [this](const PBGroupMenuAction& action) { Q_EMIT groupMenuClicked(action); });
+    keepContentsWhileShown(*menu);
     _openItem = index;
     connect(menu, &QMenu::aboutToHide, this, [this] {
         _openItem.reset();

@@ -28,10 +28,13 @@ PBScrollView::PBScrollView(Qt::Orientation axis, QWidget* parent)
         setHorizontalScrollBar(_scroller);
         setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     }
-    connect(
-        _scroller, &PBScroller::trackingStarted, this, [this] { _ignoreReflectScroller = true; });
+    connect(_scroller, &PBScroller::trackingStarted, this, [this] {
+        _ignoreReflectScroller = true;
+        _knobHeld.emplace(); // what is shown stays under it, also while it is held still
+    });
     connect(_scroller, &PBScroller::trackingStopped, this, [this] {
         _ignoreReflectScroller = false;
+        _knobHeld.reset();
         if (!isScrolling()) reflectScrolledClipView();
     });
     connect(_scroller, &PBScroller::positionRequested, this, [this](double position) {
@@ -123,6 +126,7 @@ void PBScrollView::scrollTimeWillBegin() {
 void PBScrollView::scrollTimeDidEnd(std::int64_t direction) {
     static_cast<void>(direction);
     _scrollTimer.stop();
+    Q_EMIT motionDidEnd();
 }
 
 void PBScrollView::timerEvent(QTimerEvent* event) {
@@ -146,7 +150,10 @@ void PBScrollView::wheelEvent(QWheelEvent* event) {
 
 void PBScrollView::scrollNatively(const QWheelEvent& event) {
     if (event.phase() == Qt::ScrollBegin || event.phase() == Qt::ScrollMomentum) _phases.began();
-    if (event.phase() == Qt::ScrollEnd) _phases.ended();
+    if (event.phase() == Qt::ScrollEnd) {
+        _phases.ended();
+        Q_EMIT motionDidEnd();
+    }
     const QPointF delta = event.pixelDelta().isNull()
                               ? QPointF(event.angleDelta()) / anglePerTurn * scrollLine()
                               : QPointF(event.pixelDelta());

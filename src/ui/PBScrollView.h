@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/work/MainLoop.h"
 #include "ui/ScrollMotion.h"
 
 #include <QAbstractScrollArea>
@@ -7,6 +8,8 @@
 #include <QPointF>
 #include <QRectF>
 #include <QSizeF>
+
+#include <optional>
 
 class PBScroller;
 
@@ -58,6 +61,8 @@ public:
 Q_SIGNALS:
     /// The position changed.
     void didScroll();
+    /// A motion or gesture is over, or about to be.
+    void motionDidEnd();
 
 protected:
     [[nodiscard]] double scrollPosition() const override;
@@ -86,4 +91,5 @@ private:
     QSizeF _documentSize;
     QPointF _scrollPoint;
     bool _ignoreReflectScroller = false;
+    std::optional<platform::TrackingScope> _knobHeld;
 };

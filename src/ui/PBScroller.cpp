@@ -55,6 +55,11 @@ void PBScroller::mouseMoveEvent(QMouseEvent* event) {
     event->setAccepted(knob.isAccepted());
 }
 
+void PBScroller::hideEvent(QHideEvent* event) {
+    QScrollBar::hideEvent(event);
+    setSliderDown(false);
+}
+
 void PBScroller::handleAction(int action) {
     const double wanted = sliderPosition() * _scale;
     if (action == SliderMove || action == SliderToMinimum || action == SliderToMaximum) {

@@ -30,6 +30,8 @@ protected:
     /// With the option key held the knob moves at a quarter of the mouse's speed.
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    /// Lets go of the knob: the mouse is released somewhere else.
+    void hideEvent(QHideEvent* event) override;
 
 private:
     void handleAction(int action);

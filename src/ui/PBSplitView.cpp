@@ -1,5 +1,6 @@
 #include "ui/PBSplitView.h"
 
+#include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
 #include "ui/PBThemes.h"
 
@@ -35,7 +36,10 @@ protected:
         auto* view = static_cast<PBSplitView*>(splitter());
         // A divider that moves by itself can't be dragged as well.
         if (view->isAnimationRunning()) return;
-        if (event->button() == Qt::LeftButton) _grip = along(*event) - view->splitPosition();
+        if (event->button() == Qt::LeftButton) {
+            _grip = along(*event) - view->splitPosition();
+            _held.emplace();
+        }
         QSplitterHandle::mousePressEvent(event);
     }
     void mouseMoveEvent(QMouseEvent* event) override {
@@ -44,12 +48,21 @@ protected:
         if (_grip) moveSplitter(along(*event) - *_grip);
     }
     void mouseReleaseEvent(QMouseEvent* event) override {
-        _grip.reset();
+        letGo();
         QSplitterHandle::mouseReleaseEvent(event);
         Q_EMIT static_cast<PBSplitView*>(splitter())->dividerReleased();
     }
 
+    void hideEvent(QHideEvent* event) override {
+        letGo();
+        QSplitterHandle::hideEvent(event);
+    }
+
 private:
+    void letGo() {
+        _grip.reset();
+        _held.reset();
+    }
     /// Where the mouse is, along the split.
     int along(const QMouseEvent& event) const {
         const QPoint point = splitter()->mapFromGlobal(event.globalPosition().toPoint());
@@ -57,6 +70,7 @@ private:
     }
 
     std::optional<int> _grip; ///< where the mouse holds the divider, from its line
+    std::optional<platform::TrackingScope> _held;
 };
 
 } // namespace

@@ -233,4 +233,24 @@ TEST_F(SidebarTest, aRemovedRootTakesAllItsRowsAndThumbnailsAlongAlsoWhereThePro
     EXPECT_TRUE(holds(0)) << "what the last run did not come to";
 }
 
+/// From a fresh profile: the place is found behind the display, which follows by itself.
+TEST_F(SidebarTest, photographsComeToTheirPlaceWhenItIsFound) {
+    makePicture(u"photos/berlin.jpg"_s);
+    makePicture(u"photos/nowhere.jpg"_s);
+    add(u"photos"_s);
+    ASSERT_TRUE(catalogue().executeUpdate(
+        u"insert into GPS (FileId,LatitudeRef,Latitude,LongitudeRef,Longitude) select "
+        "Id,'N',52.52,'E',13.4 from ImageFile where FileName = 'berlin.jpg'"_s));
+    controller->browsing().setGroupTypeArray(
+        std::make_shared<const std::vector<int>>(1, group::Place));
+    controller->scan();
+    const auto place = [&]() -> PBValue {
+        const auto& tree = controller->shellServices().groupTreeDataSource.groupItemArray();
+        return tree.size() == 2 ? tree.front()->value() : PBValue();
+    };
+    EXPECT_TRUE(support::spinUntil([&] { return place().hasValue(); }));
+    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    EXPECT_TRUE(place().hasValue());
+}
+
 } // namespace

@@ -7,6 +7,8 @@
 #include "platform/work/Mutex.h"
 #include "support/Rows.h"
 
+#include <QtEndian>
+
 #include <deque>
 
 namespace {
@@ -33,6 +35,10 @@ struct FakeGeocoder final : places::Geocoder {
         _waiting.pop_front();
         return true;
     }
+    [[nodiscard]] bool isWaiting() const {
+        const platform::Lock lock(_mutex);
+        return !_waiting.empty();
+    }
     [[nodiscard]] std::vector<PBLocation> asked() const {
         const platform::Lock lock(_mutex);
         return _asked;
@@ -54,7 +60,21 @@ struct PBGeoManagerTest : ::testing::Test {
     void makeManager() {
         auto geocoder = std::make_unique<FakeGeocoder>();
         _geocoder = geocoder.get();
-        _manager = std::make_unique<PBGeoManager>(std::move(geocoder), _post);
+        _manager = std::make_unique<PBGeoManager>(
+            std::move(geocoder),
+            PBGeoManager::Environment{
+                .postToMainThread = _post,
+                .connect =
+                    [this] {
+                        auto connection = FMDatabase::databaseWithPath(_db.databasePath());
+                        connection->setLongestWait(std::chrono::milliseconds(2));
+                        connection->setObserver(
+                            [this](int, const QString&) { ++_lockedTries; },
+                            std::chrono::milliseconds(1));
+                        connection->open();
+                        return connection;
+                    },
+                .interval = interval});
         _manager->loadAddressFromDb(_db);
         _notices = 0;
         QObject::connect(_manager.get(), &PBGeoManager::reverseGeoFinished, _manager.get(), [this] {
@@ -68,9 +88,12 @@ struct PBGeoManagerTest : ::testing::Test {
     /// Answers the request in flight and waits until the next one has gone out, if there is any.
     void answer(const places::GeocodeAnswer& answer, std::size_t askedAfterwards) {
         ASSERT_TRUE(_geocoder->answer(answer));
-        QCoreApplication::processEvents();
         const auto isAsked = [&] { return _geocoder->asked().size() >= askedAfterwards; };
         ASSERT_TRUE(support::spinUntil(isAsked));
+        const auto isSettled = [&] {
+            return _geocoder->isWaiting() || !_manager->hasPendingRequests();
+        };
+        ASSERT_TRUE(support::spinUntil(isSettled));
     }
     static places::GeocodeAnswer cityAnswer(const QString& city) {
         return {{{PBDictionary{{u"City"_s, city}}}}, GeocodeError::None};
@@ -86,16 +109,25 @@ struct PBGeoManagerTest : ::testing::Test {
         return address.dictionary()->at(u"City"_s).toText();
     }
 
+    /// SQLite's counter of transactions that changed the file.
+    int storedChanges() const {
+        QFile file(_db.databasePath());
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly) && file.seek(24));
+        return qFromBigEndian<int>(file.read(4).constData());
+    }
     QStringList rows() { return support::rowsOf(_db, u"select GeoId from Geo"_s); }
 
-    FMDatabase _db{QString()};
+    QTemporaryDir _folder;
+    FMDatabase _db{_folder.filePath(u"files.db"_s)};
+    std::chrono::milliseconds interval{0};
     platform::MainLoop _loop;
-    const PBGeoManager::MainThreadPoster _post = [this](std::function<void()> call) {
+    const std::function<void(std::function<void()>)> _post = [this](std::function<void()> call) {
         _loop.post(platform::MainLoop::Mode::Common, std::move(call));
     };
     FakeGeocoder* _geocoder = nullptr;
     std::unique_ptr<PBGeoManager> _manager;
     int _notices = 0;
+    std::atomic<int> _lockedTries = 0;
 };
 
 TEST_F(PBGeoManagerTest, neighbourOfAWaitingPositionIsNotAskedFor) {
@@ -108,9 +140,8 @@ TEST_F(PBGeoManagerTest, neighbourOfAWaitingPositionIsNotAskedFor) {
     EXPECT_EQ(_geocoder->asked(), (std::vector<PBLocation>{{48, 9}}));
     answer(u"Ulm"_s, 2);
     EXPECT_EQ(_geocoder->asked().back(), (PBLocation{50, 9}));
-    EXPECT_EQ(addressAt(48.001), u"Ulm"_s);
     answer(u"Fulda"_s, 2);
-    EXPECT_EQ(_notices, 2);
+    EXPECT_EQ(addressAt(48.001), u"Ulm"_s);
     EXPECT_FALSE(_manager->hasPendingRequests());
     // Nothing is left: the next one goes out at once.
     ask(48);
@@ -139,6 +170,43 @@ TEST_F(PBGeoManagerTest, equalAddressGrowsThePlaceAndSurvivesARestart) {
     EXPECT_EQ(rows().size(), 2);
     makeManager();
     EXPECT_EQ(addressAt(48.5, 9.5) + addressAt(49) + addressAt(50), u"UlmUlmFulda"_s);
+}
+
+TEST_F(PBGeoManagerTest, whatIsFoundWithinTheIntervalIsStoredTogetherAndToldOnce) {
+    ask(11);
+    answer(u"Old"_s);
+    interval = std::chrono::hours(1);
+    makeManager();
+    for (const double latitude : {50.0, 20.0, 21.0, 21.0, 10.9, 30.0})
+        ask(latitude);
+    EXPECT_TRUE(_geocoder->answer(cityAnswer(u"First"_s))); // stored at once: the last is long ago
+    EXPECT_TRUE(support::spinUntil([&] { return _notices == 1; }));
+    const int before = storedChanges();
+    for (const char16_t* city : {u"New", u"New", u"Old", u"Far"}) {
+        EXPECT_TRUE(support::spinUntil([&] { return _geocoder->isWaiting(); }));
+        EXPECT_TRUE(_geocoder->answer(cityAnswer(QString::fromUtf16(city))));
+    }
+    EXPECT_EQ(_geocoder->asked().size(), 5u) << "a position that waits is asked for once";
+    EXPECT_EQ(addressAt(21), u"absent"_s) << "what is not stored is not known";
+    EXPECT_TRUE(_manager->hasPendingRequests());
+    _manager->finish();
+    EXPECT_EQ(storedChanges(), before + 1);
+    makeManager();
+    EXPECT_EQ(rows().size(), 4) << "of Old, First, New and Far";
+    EXPECT_EQ(
+        addressAt(50) + addressAt(20) + addressAt(21) + addressAt(10.9) + addressAt(30),
+        u"FirstNewNewOldFar"_s);
+}
+
+TEST_F(PBGeoManagerTest, aLockedCatalogueTakesThePlaceLater) {
+    ASSERT_TRUE(_db.beginTransaction());
+    ask(48);
+    ASSERT_TRUE(_geocoder->answer(cityAnswer(u"Ulm"_s)));
+    EXPECT_TRUE(support::spinUntil([&] { return _lockedTries > 0; }));
+    EXPECT_EQ(_notices, 0);
+    EXPECT_TRUE(_db.rollback());
+    EXPECT_TRUE(support::spinUntil([&] { return _notices == 1; }));
+    EXPECT_EQ(addressAt(48), u"Ulm"_s);
 }
 
 TEST_F(PBGeoManagerTest, positionsWithoutAnAddressAreRememberedInMemoryOnly) {
@@ -212,19 +280,20 @@ TEST_F(PBGeoManagerTest, cancellingDropsWhatWaitsAndLaterRequestsGoOut) {
     ask(50);
     _manager->cancelReverseGeocoding();
     QCoreApplication::processEvents();
-    EXPECT_FALSE(_manager->hasPendingRequests());
+    EXPECT_TRUE(support::spinUntil([&] { return !_manager->hasPendingRequests(); }));
     EXPECT_EQ(addressAt(48), u"absent"_s);
     ask(51);
     EXPECT_EQ(_geocoder->asked(), (std::vector<PBLocation>{{48, 9}, {51, 9}}));
-    // An answer that comes after the end is dropped.
+    // What came before the end is stored, and nobody is told any more.
     ASSERT_TRUE(_geocoder->answer(cityAnswer(u"Ulm"_s)));
     _manager.reset();
     QCoreApplication::processEvents();
-    EXPECT_EQ(rows(), QStringList());
+    EXPECT_EQ(rows().size(), 1);
+    EXPECT_EQ(_notices, 0);
 }
 
 TEST_F(PBGeoManagerTest, withoutAGeocoderNothingIsQueued) {
-    PBGeoManager manager(nullptr, _post);
+    PBGeoManager manager(nullptr, {.postToMainThread = _post});
     manager.addLocationToReverseGeocoding({10, 9});
     manager.tryDoReverseGeocoding();
     manager.cancelReverseGeocoding();

@@ -91,10 +91,62 @@ TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
     EXPECT_EQ(publishedCounts().size(), before + 1);
     EXPECT_TRUE(lastPublication()->updateScrollCapture) << "as the last one asks";
 
+    // In one drain with a look at the disk, which finds nothing to show.
+    int dropped = 0;
+    const auto rescan = factory->makeDictionary(root, {}, workTree, browsing);
+    rescan->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
+    const auto nothingFound = std::make_shared<PBScanFolderAttachOperation>(rescan);
+    const auto array = dictionary()->AttachOperationArray;
+    scanQueue.setSuspended(true);
     attach<PBRemoveFileItemOperation>(u"b.jpg");
+    attachScanOperation(array, scanQueue, nothingFound, [&] { ++dropped; });
+    scanQueue.setSuspended(false);
     waitForQueues();
+    EXPECT_EQ(dropped, 0) << "nothing comes in the place of what waits";
     EXPECT_TRUE(workTree->empty()) << "an emptied group goes";
     EXPECT_EQ(shown(), QStringList());
+}
+
+/// One place in the north, found from some moment on.
+struct FoundPlace final : group::PlaceAddresses {
+    PBValue addressDictionaryWithLocation(const PBLocation& location) override {
+        const bool isKnown = isFound && location.latitude > 0;
+        return isKnown ? PBValue(PBDictionary{{u"City"_s, u"Alta"_s}}) : PBValue();
+    }
+    void addLocationToReverseGeocoding(const PBLocation&) override {}
+    std::atomic<bool> isFound{false};
+};
+
+TEST_F(AttachTest, APlaceThatIsFoundTakesItsPhotographsFromTheUnknownOnesOnce) {
+    FoundPlace places;
+    changeServices([&](ScanServices& changed) { changed.places = &places; });
+    makePictures("a.jpg b.jpg c.jpg");
+    scan();
+    execute(u"insert into GPS (FileId,LatitudeRef,Latitude,LongitudeRef,Longitude) select "
+            "Id,iif(FileName='c.jpg','S','N'),70,'E',23 from ImageFile"_s);
+    groupBy(group::Place);
+    scan();
+    ASSERT_EQ(workTree->size(), 1U);
+    const auto unknown = workTree->front()->data();
+    places.isFound = true;
+    // Two chains of what is on show, before one swap: the second finds nothing of them any more.
+    scanQueue.setSuspended(true);
+    attach<PBUpdateFileItemOperation>(u"a.jpg");
+    attach<PBUpdateFileItemOperation>(u"a.jpg");
+    factory->attach(std::make_shared<PBRegroupPlacesOperation>(dictionary()));
+    scanQueue.setSuspended(false);
+    waitForQueues();
+    EXPECT_EQ(shown(), words("a.jpg b.jpg c.jpg"));
+    ASSERT_EQ(workTree->size(), 2U);
+    EXPECT_EQ(workTree->back()->data(), unknown) << "a group that stays is the same one";
+    execute(u"update GPS set LatitudeRef='N'"_s);
+    factory->attach(std::make_shared<PBRegroupPlacesOperation>(dictionary()));
+    waitForQueues();
+    EXPECT_EQ(workTree->size(), 1U) << "an emptied group goes";
+    const std::size_t before = publishedCounts().size();
+    factory->attach(std::make_shared<PBRegroupPlacesOperation>(dictionary()));
+    waitForQueues();
+    EXPECT_EQ(publishedCounts().size(), before) << "nothing waits";
 }
 
 TEST_F(AttachTest, EditedItemsKeepTheGroupsThatTheirRowsTell) {
@@ -140,6 +192,21 @@ TEST_F(AttachTest, AFileThatAttachedWorkStoresMeanwhileIsStoredOnce) {
     EXPECT_EQ(images(), words("a.jpg b.jpg c.jpg"));
     EXPECT_EQ(shown(), images());
     EXPECT_EQ(figures.rowsInserted, 3U);
+}
+
+/// The watcher tells of files while the catalogue's rows are visited.
+TEST_F(AttachTest, NewFilesOfAFolderThatIsStillToBeVisitedAreShownOnce) {
+    makePictures("0/a.jpg 1/b.jpg");
+    scan();
+    makePicture(u"1/new.jpg"_s);
+    scanQueue.setSuspended(true);
+    startScan();
+    WatchedChanges changes;
+    changes.rescans = {{path(u"1"_s), false}};
+    factory->attachChanges(changes, workTree, browsing);
+    scanQueue.setSuspended(false);
+    waitForQueues();
+    EXPECT_EQ(shown(), words("a.jpg b.jpg new.jpg"));
 }
 
 TEST_F(AttachTest, AFileThatWasStoredHalfIsStoredAnewWhenItsWriterHasFinished) {

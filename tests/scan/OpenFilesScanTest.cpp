@@ -67,3 +67,11 @@ TEST_F(OpenFilesScanTest, OpenedFilesAndFoldersComeBeforeTheOthers) {
     EXPECT_EQ(known.size(), 5);
     EXPECT_EQ(known.mid(0, 2), support::words("b.jpg e.jpg"));
 }
+
+TEST_F(OpenFilesScanTest, AnOpenedFolderShowsEachPhotographOnceAlsoTheNewOnesBelowIt) {
+    scan();
+    makePictures("new.jpg sub/new2.jpg other/new3.jpg");
+    open({opened(path({})), opened(path(u"other"_s))});
+    EXPECT_EQ(scanInOrder().size(), 8);
+    EXPECT_EQ(items().size(), 8U);
+}

@@ -22,6 +22,7 @@ struct NotedDelegate final : PBAppDelegate {
     void scan() override { ++scans; }
     void cancelScan() override { ++cancels; }
     bool isScanning() const override { return scanning; }
+    void regroupPlaces() override { ++regroupings; }
     void updateWatchPathsInBackground() override { ++watchUpdates; }
     void setOpenFiles(std::shared_ptr<PBOpenFiles> files) override { openFiles = std::move(files); }
     bool isAppDidFinishLaunch() const override { return launched; }
@@ -29,6 +30,7 @@ struct NotedDelegate final : PBAppDelegate {
 
     int scans = 0;
     int cancels = 0;
+    int regroupings = 0;
     int watchUpdates = 0;
     bool scanning = false;
     bool launched = true;
@@ -111,7 +113,7 @@ struct ShellFixture : LibraryTest {
     platform::Mutex lock;
     PBGroupTreeDataSource source;
     BuildThumbNotifier notifier;
-    PBGeoManager places{nullptr, [](const std::function<void()>&) {}};
+    PBGeoManager places{nullptr, {.postToMainThread = [](const std::function<void()>&) {}}};
     PBImageImporterManager importers;
     platform::OperationQueue scanQueue{u"scan"_s};
     platform::OperationQueue preloadQueue{u"preload"_s};

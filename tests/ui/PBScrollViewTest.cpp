@@ -1,4 +1,5 @@
 #include "ui/PBScrollView.h"
+#include "platform/work/MainLoop.h"
 #include "support/Mouse.h"
 #include "ui/PBScroller.h"
 #include "ui/PBThemes.h"
@@ -69,12 +70,17 @@ TEST_F(PBScrollViewTest, keepsWholePositionsWithinTheDocument) {
 }
 
 TEST_F(PBScrollViewTest, theKnobRestsWhileItIsHeldAndShowsThePositionAfterwards) {
+    const platform::MainLoop& loop = *platform::MainLoop::instance();
+    QCoreApplication::processEvents();
     PBScroller& scroller = view.scroller();
-    Q_EMIT scroller.sliderPressed();
+    scroller.setSliderDown(true);
+    EXPECT_TRUE(loop.isTracking());
     view.setPbScrollPoint({0, 500});
     EXPECT_EQ(scroller.value(), 0);
-    Q_EMIT scroller.sliderReleased();
+    view.hide(); // and the mouse lets go elsewhere
+    EXPECT_FALSE(loop.isTracking());
     EXPECT_EQ(scroller.value(), 500);
+    view.show();
     view.setClock([this] { return now += 0.05; });
     view.scrollToPosition(700, true);
     // Frames come by themselves.

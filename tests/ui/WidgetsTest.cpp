@@ -1,3 +1,4 @@
+#include "platform/work/MainLoop.h"
 #include "support/Mouse.h"
 #include "ui/PBModalTextField.h"
 #include "ui/PBOutlineView.h"
@@ -46,10 +47,13 @@ TEST_P(PBSplitViewTest, onePaneKeepsItsSizeUntilTheDividerIsDragged) {
         sendMouse(divider, type, divider.mapFrom(&view, QPointF(before + distance + 2, 50)));
         return view.splitPosition() - before;
     };
+    const platform::MainLoop& loop = *platform::MainLoop::instance();
     send(QEvent::MouseButtonPress, 0);
+    EXPECT_TRUE(loop.isTracking());
     for (const int distance : {0, 10})
         EXPECT_EQ(send(QEvent::MouseMove, distance), distance);
     send(QEvent::MouseButtonRelease, 10);
+    EXPECT_FALSE(loop.isTracking());
     EXPECT_EQ(send(QEvent::MouseMove, -10), 10);
     EXPECT_EQ(releases, 1);
 }

@@ -112,7 +112,7 @@ int run(const QString& source, const Options& options) {
         QTextStream(stderr) << source << " is neither a catalogue nor a folder with pictures\n";
         return 1;
     }
-    PBGeoManager geo(nullptr, [](const std::function<void()>&) {});
+    PBGeoManager geo(nullptr, {.postToMainThread = [](const std::function<void()>&) {}});
     geo.loadAddressFromDb(database);
     GeoManagerAddresses places(geo);
     QTextStream out(stdout);

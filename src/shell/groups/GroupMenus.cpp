@@ -4,6 +4,7 @@
 #include "platform/program/LocalizedTexts.h"
 #include "platform/work/MainThread.h"
 #include "ui/EntryMenu.h"
+#include "ui/MenuTracking.h"
 #include "ui/WindowAlert.h"
 
 #include <QMenu>
@@ -26,6 +27,8 @@ GroupMenus::GroupMenus(Environment environment, QObject* parent)
     connect(_buttonMenu.get(), &QMenu::aboutToShow, this, [this] {
         rebuild(*_buttonMenu, _presets.buttonMenu());
     });
+    keepContentsWhileShown(*_groupMenu);
+    keepContentsWhileShown(*_buttonMenu);
     rebuildGroupMenu();
 }
 

@@ -4,6 +4,7 @@
 #include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
 #include "ui/Icons.h"
+#include "ui/MenuTracking.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -109,6 +110,7 @@ void MainMenu::fill(std::span<const MenuRow> rows, QMenu* first) {
 
 void MainMenu::watchMenu(QMenu* menu) {
     connect(menu, &QMenu::aboutToShow, this, [this] { validate(true); });
+    keepContentsWhileShown(*menu);
 }
 
 QAction* MainMenu::action(MenuCommand command) const {

@@ -49,6 +49,9 @@ BrowserPane::BrowserPane(const ShellServices& services, std::function<void()> up
         [view = _view](const PBBuildThumbOperation& operation) {
             view->buildThumbDidFinish(operation.fileId());
         });
+    connect(_scrollView, &PBScrollView::motionDidEnd, this, [&services] {
+        services.groupTreeDataSource.motionDidEnd();
+    });
     connect(_view, &QObject::destroyed, this, [this] { _buffer.setBrowserOrder(nullptr); });
     services.groupTreeDataSource.setDisplay(this);
 }

@@ -2,6 +2,7 @@
 
 #include "platform/program/LocalizedTexts.h"
 #include "ui/Icons.h"
+#include "ui/MenuTracking.h"
 #include "ui/PBThemes.h"
 
 #include <QActionGroup>
@@ -163,6 +164,7 @@ void MainToolbar::contextMenuEvent(QContextMenuEvent* event) {
             Q_EMIT captionsChosen(captions);
         });
     }
+    keepContentsWhileShown(menu);
     menu.exec(event->globalPos());
 }
 
