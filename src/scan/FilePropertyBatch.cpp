@@ -147,6 +147,7 @@ bool FilePropertyBatch::show(
     ThumbnailsToBuild& thumbnails) {
     const auto item = step.insert(row, property.parentFolderPath);
     if (!item) return false;
+    _dictionary->services->rewritten->restore(*item);
     ++_dictionary->services->figures.items;
     thumbnails.add(*item, std::move(property.imageImporter), false);
     return true;

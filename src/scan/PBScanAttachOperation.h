@@ -25,12 +25,17 @@ public:
     /// On the scan thread, within the owner's `main`. `isLast`: nothing else of the same drain
     /// comes after it.
     virtual void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) = 0;
+
+    /// Both wait: whether this one does the other's work as well from now on. Any thread, with the
+    /// mailbox locked.
+    [[nodiscard]] virtual bool takesOver(const PBScanAttachOperation& /*later*/) { return false; }
 };
 
 /// The mailbox of attached operations: one for the whole program.
 class PBAttachOperationArray {
 public:
-    /// The monitor is held while `whileLocked` runs and the operation is added.
+    /// The monitor is held while `whileLocked` runs and the operation is added, unless one that
+    /// waits takes its work over.
     void
     add(std::shared_ptr<PBScanAttachOperation> operation,
         const std::function<void()>& whileLocked = {});
