@@ -38,6 +38,7 @@ void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> e
                     auto& importers = _environment.pipeline.imageImporterManager();
                     return importers.imageImporterClassForImageUTI(uti) != nullptr;
                 },
+            .showsSubFolders = _environment.browsing().recurseSubFolder,
         });
     // Its images on display become grey.
     changes.checkExist = changes.checkExist || isRootLost;

@@ -12,9 +12,11 @@
 #include "app/Statistics.h"
 #include "app/TerminationSignals.h"
 #include "codec/process/DecoderProcess.h"
+#include "platform/program/DescriptorLimit.h"
 #include "platform/program/RuntimeFolder.h"
 #include "platform/program/StandardError.h"
 #include "platform/program/StandardFolders.h"
+#include "platform/work/ExitDeadline.h"
 #include "platform/work/MainLoop.h"
 #include "shell/PBMainWindowController.h"
 #include "ui/ColorScheme.h"
@@ -25,11 +27,16 @@
 #include <QProcess>
 #include <QTimer>
 
+#include <chrono>
 #include <cstdio>
+
+#include <unistd.h>
 
 namespace {
 
 constexpr int failure = 1;
+/// After the loop: the queues end within milliseconds, unless a disk holds them.
+constexpr std::chrono::milliseconds farewell{1500};
 
 /// The command line without the few options that the toolkit takes for itself.
 QStringList ownArguments(std::span<char*> arguments) {
@@ -175,6 +182,8 @@ int runApplication(
     responseTime.stop();
     statistics.set(QStringLiteral("longest_response_ms"), responseTime.longest());
     addScanStatistics(statistics, controller.scanPipeline());
+    const platform::ExitDeadline deadline(
+        farewell, [exitCode = loopCode != 0 ? loopCode : code] { ::_exit(exitCode); });
     controller.applicationWillTerminate();
     if (!options.stats.isEmpty() && !statistics.write(options.stats)) {
         platform::complain(QStringLiteral("the figures can't be written to %1").arg(options.stats));
@@ -215,6 +224,7 @@ int main(int argc, char** argv) {
         return failure;
     }
 
+    platform::raiseDescriptorLimit();
     TerminationSignals::block();
     const QApplication application(argc, argv);
     QGuiApplication::setWindowIcon(applicationIcon());

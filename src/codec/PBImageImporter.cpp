@@ -25,19 +25,18 @@ namespace {
 struct OpenFile {
     codec::process::Descriptor descriptor; // not open for what is no regular file
     QString typeHint;
+    /// Why it is not open.
+    codec::PropertiesStatus status = codec::PropertiesStatus::NotNow;
 
     explicit OpenFile(const QString& path)
-        : descriptor(openRegular(path)),
-          typeHint(Types::forExtension(PBUtilities::pathExtension(path))) {}
-
-    static codec::process::Descriptor openRegular(const QString& path) {
+        : typeHint(Types::forExtension(PBUtilities::pathExtension(path))) {
         // A named pipe must not hold the caller up.
         codec::process::Descriptor opened(::open(
             QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-        struct stat status {};
-        if (!opened.isOpen() || ::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode))
-            return {};
-        return opened;
+        struct stat found {};
+        if (!opened.isOpen() || ::fstat(opened.get(), &found) != 0) return;
+        status = codec::PropertiesStatus::Unreadable;
+        if (S_ISREG(found.st_mode)) descriptor = std::move(opened);
     }
 };
 
@@ -71,34 +70,40 @@ std::size_t PBImageImporter::imageCount() {
 }
 
 std::optional<PBDictionary> PBImageImporter::propertiesAtIndex(std::size_t index) {
+    return readProperties(index, {}).ifRead();
+}
+
+codec::PictureProperties PBImageImporter::readProperties(std::size_t index, std::stop_token stop) {
     const OpenFile file(_path);
-    if (!file.descriptor.isOpen()) return std::nullopt;
+    if (!file.descriptor.isOpen()) return {file.status, {}};
     try {
-        return codec::frameReader()->properties(file.descriptor.get(), file.typeHint, index);
+        return codec::frameReader()->properties(file.descriptor.get(), file.typeHint, index, stop);
     } catch (const std::exception&) {
-        return std::nullopt;
+        return {};
     }
 }
 
-std::vector<std::optional<PBDictionary>>
-PBImageImporter::propertiesOfImages(std::span<const QString> paths) {
-    std::vector<std::optional<PBDictionary>> all(paths.size());
+std::vector<codec::PictureProperties>
+PBImageImporter::propertiesOfImages(std::span<const QString> paths, std::stop_token stop) {
+    std::vector<codec::PictureProperties> all(paths.size());
     std::vector<OpenFile> files;
     std::vector<codec::OpenPicture> pictures;
     std::vector<std::size_t> places;
     for (std::size_t index = 0; index < paths.size(); ++index) {
         OpenFile file(paths[index]);
+        all[index].status = file.status;
         if (!file.descriptor.isOpen()) continue;
         pictures.push_back({file.descriptor.get(), file.typeHint});
         places.push_back(index);
         files.push_back(std::move(file));
     }
     try {
-        auto read = codec::frameReader()->propertiesOfPictures(pictures);
+        auto read = codec::frameReader()->propertiesOfPictures(pictures, stop);
         for (std::size_t index = 0; index < read.size(); ++index)
             all[places[index]] = std::move(read[index]);
     } catch (const std::exception&) {
-        return all;
+        for (const std::size_t place : places)
+            all[place] = {};
     }
     return all;
 }

@@ -9,14 +9,16 @@ public:
     /// Every identifier that the system can decode and that conforms to "public.image", but for
     /// exactly "public.mpo-image".
     [[nodiscard]] static QStringList typeIdentifiers();
-    /// `propertiesAtIndex` 0 of several files at once, in their order.
-    [[nodiscard]] static std::vector<std::optional<PBDictionary>>
-    propertiesOfImages(std::span<const QString> paths);
+    /// `readProperties` 0 of several files at once, in their order.
+    [[nodiscard]] static std::vector<codec::PictureProperties>
+    propertiesOfImages(std::span<const QString> paths, std::stop_token stop);
 
     /// Does not touch the disk.
     [[nodiscard]] static std::unique_ptr<PBImageImporter> initWithImagePath(const QString& path);
 
     [[nodiscard]] std::optional<PBDictionary> propertiesAtIndex(std::size_t index) override;
+    [[nodiscard]] codec::PictureProperties
+    readProperties(std::size_t index, std::stop_token stop) override;
     [[nodiscard]] QImage
     createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) override;
     [[nodiscard]] std::size_t imageCount() override;

@@ -57,9 +57,9 @@ PBImageImporterManager::imageImporterForImageURL(const QString& path) {
     return importerClass ? importerClass->initWithImagePath(path) : nullptr;
 }
 
-std::vector<std::optional<PBDictionary>>
-PBImageImporterManager::propertiesOfImages(std::span<const QString> paths) {
-    std::vector<std::optional<PBDictionary>> all;
+std::vector<codec::PictureProperties>
+PBImageImporterManager::propertiesOfImages(std::span<const QString> paths, std::stop_token stop) {
+    std::vector<codec::PictureProperties> all;
     all.reserve(paths.size());
     while (all.size() < paths.size()) {
         // Neighbours of one class are asked for together.
@@ -71,12 +71,13 @@ PBImageImporterManager::propertiesOfImages(std::span<const QString> paths) {
         const auto together =
             rest.first(static_cast<std::size_t>(end - rest.subspan(1).begin()) + 1);
         if (!importerClass) {
-            all.resize(all.size() + together.size());
+            all.resize(all.size() + together.size(), codec::PictureProperties::of(std::nullopt));
         } else if (importerClass->propertiesOfImages) {
-            std::ranges::move(importerClass->propertiesOfImages(together), std::back_inserter(all));
+            std::ranges::move(
+                importerClass->propertiesOfImages(together, stop), std::back_inserter(all));
         } else {
             for (const QString& path : together)
-                all.push_back(importerClass->initWithImagePath(path)->propertiesAtIndex(0));
+                all.push_back(importerClass->initWithImagePath(path)->readProperties(0, stop));
         }
     }
     return all;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/values/PBValue.h"
+#include "codec/metadata/PictureProperties.h"
 
 #include <QImage>
 #include <QString>
@@ -27,6 +27,11 @@ public:
     /// The property dictionary of a frame (see `codec::readImageProperties`), read without decoding
     /// it.
     [[nodiscard]] virtual std::optional<PBDictionary> propertiesAtIndex(std::size_t index) = 0;
+    /// The same, with what a missing answer means. Stopped, it is `NotNow`.
+    [[nodiscard]] virtual codec::PictureProperties
+    readProperties(std::size_t index, std::stop_token /*stop*/) {
+        return codec::PictureProperties::of(propertiesAtIndex(index));
+    }
     /// The frame with its longest side at most `maxSize` pixels (0 for the full size), its stored
     /// orientation not applied; a null image when it can't be read or was stopped.
     [[nodiscard]] virtual QImage
@@ -43,8 +48,9 @@ struct PBImageImporterClass {
     std::function<std::optional<QStringList>()> typeIdentifiers;
     /// An importer for the file, made without touching the disk.
     std::function<std::unique_ptr<PBImageImporterProtocol>(const QString& path)> initWithImagePath;
-    /// `propertiesAtIndex` 0 of the files, in their order, where that costs less than asking for
-    /// one after the other; may be empty.
-    std::function<std::vector<std::optional<PBDictionary>>(std::span<const QString> paths)>
+    /// `readProperties` 0 of the files, in their order, where that costs less than asking for one
+    /// after the other; may be empty.
+    std::function<std::vector<codec::PictureProperties>(
+        std::span<const QString> paths, std::stop_token stop)>
         propertiesOfImages;
 };

@@ -66,17 +66,17 @@ private:
         if (!_questions.isImageType(type)) return;
         if ((flags & (EventItemRemoved | EventItemRenamed)) != 0 && isCovered(path))
             _changes.checkExist = true;
-        if ((flags & EventItemModified) != 0 && isCovered(path)) {
-            _changes.checkExist = true;
-            _changes.rewrittenFiles.append(path);
-        }
+        constexpr std::uint32_t withContent =
+            EventItemCreated | EventItemRenamed | EventItemModified;
+        if ((flags & withContent) == 0) return;
+        // What was written beside it may have been put in its place by a rename.
+        if (isCovered(path)) _changes.rewrittenFiles.append(path);
         const QString parent = parentOf(path);
-        if ((flags & (EventItemCreated | EventItemRenamed | EventItemModified)) != 0 &&
-            isCovered(parent))
-            rescan(parent, false);
+        if (isCovered(parent)) rescan(parent, false);
     }
 
     void rescan(const QString& path, bool recursive) {
+        if (!_questions.showsSubFolders && comparison(path) != 0) return;
         const auto listed = std::ranges::find(_changes.rescans, path, &FolderRescan::path);
         if (listed == _changes.rescans.end()) {
             _changes.rescans.push_back({path, recursive});

@@ -20,7 +20,7 @@ struct FolderRescan {
 /// at again; other folders are brought up to date when they are next selected.
 struct WatchedChanges {
     std::vector<FolderRescan> rescans;
-    /// Images that may be in the catalogue as they were when they were half written.
+    /// Images that may be other ones than the catalogue has: written to, or replaced.
     QStringList rewrittenFiles;
     bool rootsChanged = false;   ///< folder roots moved, came or went
     bool sidebarChanged = false; ///< rows of the sidebar have to be drawn anew
@@ -36,6 +36,8 @@ struct WatchedChangesQuestions {
     std::function<bool(const QString& path, bool refreshChildren)> refreshChilden;
     /// Whether files of this type identifier are images.
     std::function<bool(const QString& uti)> isImageType;
+    /// Whether the photographs of sub-folders are on display, too.
+    bool showsSubFolders = true;
 };
 
 /// The empty selected path is that of no selection.

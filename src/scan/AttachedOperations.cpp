@@ -58,10 +58,9 @@ void reinsert(
 }
 
 void checkFileItemExist(
-    const PBScanDictionary& dictionary, const QStringList& rewrittenFiles,
-    platform::Operation& owner, const std::function<void()>& beforeEach) {
+    const PBScanDictionary& dictionary, FileItemCheck& check, platform::Operation& owner,
+    const std::function<void()>& beforeEach) {
     PBGroupItemArray& tree = *dictionary.WorkGroupItemArray;
-    FileItemCheck check(dictionary, rewrittenFiles);
     std::size_t published = 0;
     for (std::size_t index = 0; index < tree.size() && !owner.isCancelled();) {
         if (beforeEach) {
@@ -150,16 +149,39 @@ void PBScanFolderAttachOperation::runWithOwnerNSOperation(
     platform::Operation& owner, bool /*isLast*/) {
     const auto task = PBScanFolderTask::scanFolderTaskWithDictionary(_dictionary);
     task->setIgnoreCheckAttachOperation(true);
+    RewrittenFiles& rewritten = *_dictionary->services->rewritten;
+    rewritten.beginFolder();
     task->runWithOperation(owner);
+    if (!rewritten.endFolder()) return;
+    rewritten.clear();
+    publishWorkTree(*_dictionary);
+}
+
+void PBEndRewritingOperation::runWithOwnerNSOperation(platform::Operation& /*owner*/, bool isLast) {
+    RewrittenFiles& rewritten = *_dictionary->services->rewritten;
+    if (!rewritten.mayEnd()) return;
+    const bool isAnyMissing = rewritten.clear();
+    if (isAnyMissing || isLast) publishWorkTree(*_dictionary);
 }
 
 void PBCheckFileItemExistAttachOperation::runWithOwnerNSOperation(
     platform::Operation& owner, bool /*isLast*/) {
-    checkFileItemExist(*_dictionary, _rewrittenFiles, owner, {});
+    FileItemCheck check(*_dictionary, _rewrittenFiles, _onlyRewritten);
+    checkFileItemExist(*_dictionary, check, owner, {});
+}
+
+bool PBCheckFileItemExistAttachOperation::takesOver(const PBScanAttachOperation& later) {
+    const auto* other = dynamic_cast<const PBCheckFileItemExistAttachOperation*>(&later);
+    if (!other || other->_dictionary->WorkGroupItemArray != _dictionary->WorkGroupItemArray)
+        return false;
+    _rewrittenFiles += other->_rewrittenFiles;
+    _onlyRewritten = _onlyRewritten && other->_onlyRewritten;
+    return true;
 }
 
 void PBCheckFileItemExistOperation::main() {
-    checkFileItemExist(*_dictionary, {}, *this, [this] {
+    FileItemCheck check(*_dictionary, {});
+    checkFileItemExist(*_dictionary, check, *this, [this] {
         checkAttachedOperation(_dictionary->AttachOperationArray.get(), *this);
     });
 }

@@ -73,19 +73,34 @@ private:
     const PBScanDictionaryRef _dictionary;
 };
 
-/// Tests every image of the work tree against the disk; what is gone goes from tree and catalogue.
-/// Of the rewritten files, by their paths, size and date are compared, too.
+/// Tests every image of the work tree against the disk, or only those of rewritten files; what is
+/// gone goes from tree and catalogue. Of the rewritten files, by their paths, size and date are
+/// compared, too. However many of these wait for the same tree, it is walked once.
 class PBCheckFileItemExistAttachOperation final : public PBScanAttachOperation {
 public:
     explicit PBCheckFileItemExistAttachOperation(
-        PBScanDictionaryRef dictionary, QStringList rewrittenFiles = {})
-        : _dictionary(std::move(dictionary)), _rewrittenFiles(std::move(rewrittenFiles)) {}
+        PBScanDictionaryRef dictionary, QStringList rewrittenFiles = {}, bool onlyRewritten = false)
+        : _dictionary(std::move(dictionary)), _rewrittenFiles(std::move(rewrittenFiles)),
+          _onlyRewritten(onlyRewritten) {}
+    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+    bool takesOver(const PBScanAttachOperation& later) override;
+
+private:
+    const PBScanDictionaryRef _dictionary;
+    QStringList _rewrittenFiles; // until it runs, guarded by the mailbox
+    bool _onlyRewritten;         // the same
+};
+
+/// When rewritten files were looked for: shows the tree without those that did not come back.
+class PBEndRewritingOperation final : public PBScanAttachOperation {
+public:
+    explicit PBEndRewritingOperation(PBScanDictionaryRef dictionary)
+        : _dictionary(std::move(dictionary)) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
     [[nodiscard]] bool publishesWhenLast() const override { return false; }
 
 private:
     const PBScanDictionaryRef _dictionary;
-    const QStringList _rewrittenFiles;
 };
 
 /// When all that was watched is looked at: gives marks back to what turned up elsewhere, or was

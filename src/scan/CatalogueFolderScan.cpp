@@ -88,10 +88,16 @@ Presence CatalogueFolderScan::presenceOf(
     const bool isUnchanged = static_cast<quint64>(values.fileSize) == row.fileSize &&
                              values.modificationDate == row.modificationDate;
     MarksRestorer* marks = _dictionary->services->marks;
-    if (!isUnchanged || (marks && marks->isExchanged(row.id, values.identity)))
+    if (!isUnchanged || isUnread(row) || (marks && marks->isExchanged(row.id, values.identity)))
         return Presence::Gone;
     if (marks) marks->sawPhotograph(row, folderPath, values);
     return Presence::There;
+}
+
+bool CatalogueFolderScan::isUnread(const group::ImageFileRow& row) const {
+    // With a filter no disk pass follows that would read the file.
+    return _dictionary->Filter == 0 && row.imageWidth == PBValue(0) &&
+           row.imageHeight == PBValue(0);
 }
 
 void CatalogueFolderScan::take(

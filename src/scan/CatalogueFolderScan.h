@@ -45,6 +45,8 @@ private:
         const QString& folderPath);
     void take(const group::ImageFileRow& row, const QString& folderPath, bool isAway);
     void publish();
+    /// Whether a former version stored the row without having been able to read its file.
+    [[nodiscard]] bool isUnread(const group::ImageFileRow& row) const;
 
     const PBScanDictionaryRef _dictionary;
     platform::Operation& _operation;

@@ -7,12 +7,20 @@
 
 using platform::Presence;
 
-FileItemCheck::FileItemCheck(const PBScanDictionary& dictionary, const QStringList& rewrittenFiles)
+FileItemCheck::FileItemCheck(
+    const PBScanDictionary& dictionary, const QStringList& rewrittenFiles, bool onlyRewritten)
     : _paths(*dictionary.Database, dictionary.services->aliasManager),
-      _rewrittenFiles(rewrittenFiles.begin(), rewrittenFiles.end()),
-      _marks(dictionary.services->marks), _roots(dictionary), _spelling(*dictionary.services) {}
+      _rewrittenFiles(rewrittenFiles.begin(), rewrittenFiles.end()), _onlyRewritten(onlyRewritten),
+      _rewritten(*dictionary.services->rewritten), _marks(dictionary.services->marks),
+      _roots(dictionary), _spelling(*dictionary.services) {}
 
 bool FileItemCheck::isGone(PBImageFileItem& item) {
+    if (isRewritten(item)) {
+        _staleRows.addFile(item.fileId(), item.folderId());
+        _rewritten.add(item);
+        return true;
+    }
+    if (_onlyRewritten) return false;
     const Presence presence = presenceOf(item);
     if (presence == Presence::Gone) {
         _staleRows.addFile(item.fileId(), item.folderId());
@@ -34,11 +42,6 @@ Presence FileItemCheck::presenceOf(const PBImageFileItem& item) {
         const QString path = platform::pathInFolder(folder.path, item.fileName());
         const auto look = platform::FileManager::look(path);
         presence = _spelling.presenceOfFile(folder.path, item.fileName(), look.presence);
-        if (presence == Presence::There && _rewrittenFiles.contains(path) &&
-            (static_cast<quint64>(look.values.fileSize) != item.fileSize() ||
-             look.values.modificationDate != item.modifiedDate())) {
-            presence = Presence::Gone;
-        }
         // Whose marks it has is to be found out.
         if (presence == Presence::There && _marks &&
             _marks->isReplaced(item.fileId(), look.values)) {
@@ -48,6 +51,18 @@ Presence FileItemCheck::presenceOf(const PBImageFileItem& item) {
     // Asked after the look: what a disk leaves behind when it goes is an empty folder.
     const bool isKnown = presence != Presence::Gone || _roots.isRootThere(item.folderId());
     return isKnown ? presence : Presence::Unknown;
+}
+
+bool FileItemCheck::isRewritten(const PBImageFileItem& item) {
+    if (_rewrittenFiles.isEmpty()) return false;
+    const Folder& folder = folderOf(item.folderId());
+    const QString path = platform::pathInFolder(folder.path, item.fileName());
+    if (folder.presence != Presence::There || !_rewrittenFiles.contains(path)) return false;
+    const auto look = platform::FileManager::look(path);
+    return look.presence == Presence::There &&
+           (static_cast<quint64>(look.values.fileSize) != item.fileSize() ||
+            look.values.modificationDate != item.modifiedDate()) &&
+           _roots.isRootThere(item.folderId());
 }
 
 const FileItemCheck::Folder& FileItemCheck::folderOf(qint64 folderId) {

@@ -32,9 +32,12 @@ double rotationOf(const PBDictionary& properties) {
 FileProperty makeFileProperty(
     const QString& folderPath, const QString& fileName, qint64 folderId, NewFile file) {
     const platform::ResourceValues& values = *file.values;
-    const PBDictionary& properties = file.properties;
+    const PBDictionary& properties = file.properties.properties;
     const QString type = PBUtilities::extentionToUTI(PBUtilities::pathExtension(fileName));
-    const auto size = [&](const QString& key) {
+    // Nothing rather than 0 of what was looked at and is no picture. 0 stands in rows of former
+    // versions, whatever it was that went wrong.
+    const auto size = [&](const QString& key) -> PBValue {
+        if (file.properties.status == codec::PropertiesStatus::Unreadable) return PBNull{};
         return static_cast<quint64>(std::max<qint64>(valueForKey(properties, key).toInteger(), 0));
     };
     FileProperty property;

@@ -149,6 +149,7 @@ bool FilePropertyBatch::show(
     if (!item) return false;
     if (_dictionary->IsAttached || _dictionary->IsOpenFilesScanFolder)
         _dictionary->ShownAhead->insert(row.id);
+    _dictionary->services->rewritten->restore(*item);
     ++_dictionary->services->figures.items;
     thumbnails.add(*item, std::move(property.imageImporter), false);
     return true;

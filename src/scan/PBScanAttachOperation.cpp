@@ -8,7 +8,9 @@ void PBAttachOperationArray::add(
     std::shared_ptr<PBScanAttachOperation> operation, const std::function<void()>& whileLocked) {
     const platform::Lock lock(_monitor);
     if (whileLocked) whileLocked();
-    _operations.push_back(std::move(operation));
+    const bool isTakenOver = std::ranges::any_of(
+        _operations, [&](const auto& waiting) { return waiting->takesOver(*operation); });
+    if (!isTakenOver) _operations.push_back(std::move(operation));
 }
 
 std::vector<std::shared_ptr<PBScanAttachOperation>> PBAttachOperationArray::takeAll() {

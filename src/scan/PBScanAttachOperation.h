@@ -28,12 +28,17 @@ public:
     /// The last of a drain shows what all of them have done. Those that answer false publish by
     /// themselves, where they have found something to show.
     [[nodiscard]] virtual bool publishesWhenLast() const { return true; }
+
+    /// Both wait: whether this one does the other's work as well from now on. Any thread, with the
+    /// mailbox locked.
+    [[nodiscard]] virtual bool takesOver(const PBScanAttachOperation& /*later*/) { return false; }
 };
 
 /// The mailbox of attached operations: one for the whole program.
 class PBAttachOperationArray {
 public:
-    /// The monitor is held while `whileLocked` runs and the operation is added.
+    /// The monitor is held while `whileLocked` runs and the operation is added, unless one that
+    /// waits takes its work over.
     void
     add(std::shared_ptr<PBScanAttachOperation> operation,
         const std::function<void()>& whileLocked = {});

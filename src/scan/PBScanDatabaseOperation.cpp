@@ -47,6 +47,7 @@ PBScanDatabaseOperation::scanDatabaseOperationWithDictionary(PBScanDictionaryRef
 
 void PBScanDatabaseOperation::main() {
     if (MarksRestorer* marks = _dictionary->services->marks) marks->scanBegins();
+    _dictionary->services->rewritten->clear();
     CatalogueFolderScan scan(_dictionary, *this);
     visitFolders(scan);
     if (isCancelled()) return;

@@ -31,6 +31,8 @@ struct PBScanFolderTask::Run {
     /// stored a second time.
     bool isUnread = false;
     std::vector<std::unique_ptr<PBScanFolderTask>> subTasks = {};
+    /// Names of files that could not be read now.
+    QStringList unread = {};
 };
 
 /// An entry of the folder that waits for its turn.
@@ -124,6 +126,7 @@ void PBScanFolderTask::walkFolder(Run& run) const {
     if (platform::FileManager::enumerate(run.folderPath, visit)) run.trigger->setIncomplete();
     while (!waiting.empty() && !operation.isCancelled())
         takeFirst();
+    tryAgain(run);
     for (auto& task : run.subTasks) {
         if (operation.isCancelled()) break;
         task->runWithOperation(operation);
@@ -183,6 +186,19 @@ void PBScanFolderTask::walkListedFiles(Run& run) const {
     }
 }
 
+void PBScanFolderTask::tryAgain(Run& run) const {
+    for (const QString& name : std::exchange(run.unread, {})) {
+        if (run.operation.isCancelled()) return;
+        Entry again{{.name = name}};
+        takeFile(run, again);
+        flushIfDue(run, false);
+    }
+    if (run.unread.isEmpty()) return;
+    // They have no row: the next scan finds them.
+    run.trigger->setIncomplete();
+    tellUnreadFile(*_dictionary, platform::pathInFolder(run.folderPath, run.unread.constFirst()));
+}
+
 std::unique_ptr<PBImageImporterProtocol>
 PBScanFolderTask::importerOf(const Run& run, const QString& name) const {
     return _dictionary->services->imageImporterManager.imageImporterForImageURL(
@@ -202,11 +218,17 @@ void PBScanFolderTask::takeFile(Run& run, Entry& waiting) const {
     if (!importer || run.operation.isCancelled() || isLeftAlone(run, name)) return;
     const std::uint64_t unknownAt = _dictionary->attachedCount();
     checkAttachedOperation(run.operation);
-    NewFile file =
-        waiting.file.isValid()
-            ? _dictionary->services->readAhead->wait(std::move(waiting.file))
-            : readNewFile(platform::pathInFolder(run.folderPath, name), std::move(importer));
-    if (!file.values || !makeFolderRow(run)) return;
+    NewFile file = waiting.file.isValid() ? _dictionary->services->readAhead->wait(
+                                                std::move(waiting.file), run.operation.stopToken())
+                                          : readNewFile(
+                                                platform::pathInFolder(run.folderPath, name),
+                                                std::move(importer), run.operation.stopToken());
+    if (!file.values || run.operation.isCancelled()) return;
+    if (file.properties.status == codec::PropertiesStatus::NotNow) {
+        run.unread.append(name);
+        return;
+    }
+    if (!makeFolderRow(run)) return;
     FileProperty property = makeFileProperty(run.folderPath, name, run.folderId, std::move(file));
     property.unknownAt = unknownAt;
     run.batch.add(std::move(property));

@@ -43,6 +43,8 @@ private:
     [[nodiscard]] Entry lookAhead(Run& run, platform::DirectoryEntry entry) const;
     void takeEntry(Run& run, Entry entry) const;
     void takeFile(Run& run, Entry& file) const;
+    /// Of files that could not be read at their turn.
+    void tryAgain(Run& run) const;
     [[nodiscard]] std::unique_ptr<PBImageImporterProtocol>
     importerOf(const Run& run, const QString& name) const;
     /// Whether there is nothing to do for the file, now at least.

@@ -1,7 +1,8 @@
 #include "scan/ReadAhead.h"
 
+#include "platform/work/Mutex.h"
+
 #include <algorithm>
-#include <atomic>
 #include <utility>
 
 namespace {
@@ -21,9 +22,11 @@ std::optional<platform::ResourceValues> valuesOfFile(const QString& path) {
 
 } // namespace
 
-NewFile readNewFile(const QString& path, std::unique_ptr<PBImageImporterProtocol> importer) {
+NewFile readNewFile(
+    const QString& path, std::unique_ptr<PBImageImporterProtocol> importer,
+    const std::stop_token& stop) {
     NewFile file{valuesOfFile(path), {}, std::move(importer)};
-    if (file.values) file.properties = file.importer->propertiesAtIndex(0).value_or(PBDictionary());
+    if (file.values) file.properties = file.importer->readProperties(0, stop);
     return file;
 }
 
@@ -31,7 +34,18 @@ struct ReadAhead::Job {
     QString path;
     NewFile file; // until `isRead`, of the thread that reads
     bool isBegun = false;
-    std::atomic<bool> isRead = false;
+    platform::Mutex mutex;
+    platform::Condition wasRead;
+    bool isRead VELMORA_GUARDED_BY(mutex) = false;
+};
+
+/// Held by whoever wants one of the files that are read together.
+struct ReadAhead::Wish {
+    std::stop_source stop;
+    Wish() = default;
+    Wish(const Wish&) = delete;
+    Wish& operator=(const Wish&) = delete;
+    ~Wish() { stop.request_stop(); }
 };
 
 ReadAhead::ReadAhead(int cores, PBImageImporterManager& importers)
@@ -47,27 +61,35 @@ ReadAhead::read(QString path, std::unique_ptr<PBImageImporterProtocol> importer)
     job->path = std::move(path);
     job->file.importer = std::move(importer);
     _gathered.push_back(job);
+    if (!_wish) _wish = std::make_shared<Wish>();
+    Reading reading(std::move(job), _wish);
     if (_gathered.size() >= readTogetherAtMost) begin();
-    return Reading(std::move(job));
+    return reading;
 }
 
-NewFile ReadAhead::wait(Reading reading) {
+NewFile ReadAhead::wait(Reading reading, const std::stop_token& stop) {
     Job& job = *reading._job;
     if (!job.isBegun) begin();
-    job.isRead.wait(false);
-    return std::move(job.file);
+    platform::Lock lock(job.mutex);
+    const bool isRead = job.wasRead.waitUnlessStopped(lock, stop, [&job] {
+        job.mutex.assertHeld();
+        return job.isRead;
+    });
+    // One that was not read belongs to the thread that still does.
+    return isRead ? std::move(job.file) : NewFile();
 }
 
 void ReadAhead::begin() {
     for (const auto& gathered : _gathered) {
         if (const auto job = gathered.lock()) job->isBegun = true;
     }
-    _queue.addOperation([jobs = std::exchange(_gathered, {}), &importers = _importers] {
-        readTogether(jobs, importers);
-    });
+    const auto wish = std::exchange(_wish, nullptr);
+    _queue.addOperation([jobs = std::exchange(_gathered, {}), &importers = _importers,
+                         stop = wish->stop.get_token()] { readTogether(jobs, importers, stop); });
 }
 
-void ReadAhead::readTogether(const Jobs& jobs, PBImageImporterManager& importers) {
+void ReadAhead::readTogether(
+    const Jobs& jobs, PBImageImporterManager& importers, const std::stop_token& stop) {
     std::vector<std::shared_ptr<Job>> wanted;
     std::vector<QString> readable;
     std::vector<NewFile*> files;
@@ -82,11 +104,12 @@ void ReadAhead::readTogether(const Jobs& jobs, PBImageImporterManager& importers
         }
         wanted.push_back(std::move(job));
     }
-    auto properties = importers.propertiesOfImages(readable);
+    auto properties = importers.propertiesOfImages(readable, stop);
     for (std::size_t index = 0; index < files.size(); ++index)
-        files[index]->properties = std::move(properties[index]).value_or(PBDictionary());
+        files[index]->properties = std::move(properties[index]);
     for (const auto& job : wanted) {
+        const platform::Lock lock(job->mutex);
         job->isRead = true;
-        job->isRead.notify_one();
+        job->wasRead.notifyOne();
     }
 }

@@ -62,9 +62,10 @@ void ScanFactory::attachChanges(
     const WatchedChanges& changes, const std::shared_ptr<PBGroupItemArray>& workTree,
     const ScanBrowsing& browsing) const {
     if (!workTree) return;
-    if (changes.checkExist) {
+    if (changes.checkExist || !changes.rewrittenFiles.isEmpty()) {
         attach(std::make_shared<PBCheckFileItemExistAttachOperation>(
-            makeDictionary(nullptr, {}, workTree, browsing), changes.rewrittenFiles));
+            makeDictionary(nullptr, {}, workTree, browsing), changes.rewrittenFiles,
+            !changes.checkExist));
     }
     for (const FolderRescan& rescan : changes.rescans) {
         QString relativePath;
@@ -78,6 +79,10 @@ void ScanFactory::attachChanges(
         dictionary->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
         dictionary->IsAttached = true;
         attach(std::make_shared<PBScanFolderAttachOperation>(dictionary));
+    }
+    if (!changes.rewrittenFiles.isEmpty()) {
+        attach(std::make_shared<PBEndRewritingOperation>(
+            makeDictionary(nullptr, {}, workTree, browsing)));
     }
     if (_environment.services->marks && (changes.checkExist || !changes.rescans.empty())) {
         attach(std::make_shared<PBRestoreMarksOperation>(

@@ -23,7 +23,9 @@ struct ScanFigures {
     std::atomic<double> lastShown{-1};
     /// To the user, that the catalogue can't be written to.
     std::atomic<bool> toldFailure{false};
-    /// And that it can't be read.
+    /// That a file could not be read.
+    std::atomic<bool> toldUnreadFile{false};
+    /// And that the catalogue can't be.
     std::atomic<bool> toldUnreadCatalogue{false};
 
     /// Main thread, before the scan's operation is queued.

@@ -9,6 +9,7 @@
 #include "platform/work/Mutex.h"
 #include "scan/PBScanFinishedManager.h"
 #include "scan/ReadAhead.h"
+#include "scan/RewrittenFiles.h"
 #include "scan/ScanFigures.h"
 
 #include <functional>
@@ -42,4 +43,6 @@ struct ScanServices {
     std::function<double()> now;
     /// What this run of the program did.
     ScanFigures& figures;
+    /// Of the scan thread.
+    std::shared_ptr<RewrittenFiles> rewritten = std::make_shared<RewrittenFiles>();
 };

@@ -85,6 +85,12 @@ void removeFromCatalogue(
         std::make_shared<PBRemoveThumbOperation>(fileIds, *dictionary.BuilidThumbDatabase));
 }
 
+void tellUnreadFile(const PBScanDictionary& dictionary, const QString& path) {
+    if (dictionary.services->figures.toldUnreadFile.exchange(true)) return;
+    platform::complain(
+        QStringLiteral("%1 can't be read now; it is left for another scan").arg(path));
+}
+
 void tellUnreadCatalogue(const PBScanDictionary& dictionary) {
     // Read at once: the next statement writes over it.
     const QString reason = dictionary.Database->lastErrorMessage();

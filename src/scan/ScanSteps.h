@@ -36,5 +36,8 @@ void removeFromCatalogue(
     const PBScanDictionary& dictionary, const std::vector<qint64>& folderIds,
     const std::vector<qint64>& fileIds, const platform::Operation& operation);
 
+/// Tells the user, once, that a file could not be read and waits for another scan.
+void tellUnreadFile(const PBScanDictionary& dictionary, const QString& path);
+
 /// Tells the user, once, that a statement, the last one, could not read the catalogue to its end.
 void tellUnreadCatalogue(const PBScanDictionary& dictionary);

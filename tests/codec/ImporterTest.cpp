@@ -19,7 +19,8 @@ struct ScriptedReader final : codec::FrameReader {
         return {full.isNull() ? codec::ReadStatus::Refused : codec::ReadStatus::Decoded, {full}};
     }
     std::size_t countFrames(int, const QString&) override { return 1; }
-    std::optional<PBDictionary> properties(int, const QString&, std::size_t) override {
+    codec::PictureProperties
+    properties(int, const QString&, std::size_t, std::stop_token) override {
         throw std::runtime_error("damaged");
     }
 };

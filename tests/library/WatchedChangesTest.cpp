@@ -37,7 +37,7 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
         {"fc/r/a/b/c/x.jpg", "/r/a/b/c", false, ""},
         {"fx/r/a/b/x.jpg", "", true, ""},
         {"fn/r/a/x.jpg", "/r/a", true, ""},
-        {"fm/r/a/x.jpg fm/r/b/x.jpg fm/r/a/x.txt", "/r/a", true, ""},
+        {"fm/r/a/x.jpg fm/r/b/x.jpg fm/r/a/x.txt", "/r/a", false, ""},
         // No images; written in place; neither file nor folder.
         {"fc/r/a/x.txt fx/r/a/x fn/r/a/y.doc f/r/a/x.jpg c/r/a/x.jpg", "", false, ""},
         // Folders: new, removed, the selected one, one above, one elsewhere, touched only.
@@ -68,14 +68,27 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
         });
         EXPECT_EQ(scanned, support::words(rescans));
         EXPECT_EQ(changes.checkExist, checkExist);
-        const bool isRewritten = events[1] == 'm';
-        EXPECT_EQ(changes.rewrittenFiles, support::words(isRewritten ? "/r/a/x.jpg" : ""));
+        // What was written, made anew or put in its place, and is on display.
+        QStringList rewritten;
+        for (const SCEvent& event : eventsOf(events)) {
+            constexpr auto coming = EventItemCreated | EventItemRenamed | EventItemModified;
+            const QString path = event.eventPath();
+            if ((event.eventFlags() & EventItemIsFile) != 0 && (event.eventFlags() & coming) != 0 &&
+                path.startsWith(u"/r/a/") && path.endsWith(u".jpg", Qt::CaseInsensitive))
+                rewritten.append(path);
+        }
+        EXPECT_EQ(changes.rewrittenFiles, rewritten);
         EXPECT_EQ(refreshed, support::words(refreshes));
         EXPECT_EQ(changes.sidebarChanged, !refreshed.isEmpty());
         EXPECT_FALSE(changes.rootsChanged);
         // With nothing selected only the sidebar is of interest.
         const auto none = watchedChangesOfEvents(eventsOf(events), {}, questions);
         EXPECT_TRUE(none.rescans.empty() && !none.checkExist);
+        // Without sub-folders, what is new in one does not come on display.
+        WatchedChangesQuestions flat = questions;
+        flat.showsSubFolders = false;
+        for (const auto& rescan : watchedChangesOfEvents(eventsOf(events), u"/r/a"_s, flat).rescans)
+            EXPECT_EQ(rescan.path, u"/r/a");
     }
 }
 

@@ -217,13 +217,52 @@ TEST_F(AttachTest, AFileThatWasStoredHalfIsStoredAnewWhenItsWriterHasFinished) {
     makePicture(u"half.jpg"_s, {80, 60});
     makePicture(u"other.jpg"_s, {80, 60});
     const QStringList rewritten{path(u"half.jpg"_s)};
-    watch(true, {{path({}), false}}, rewritten);
+    items()[0]->setIsSelected(true);
+    const std::size_t published = publishedCounts().size();
+    watch(false, {{path({}), false}}, rewritten);
+    const auto counts = publishedCounts();
+    EXPECT_GT(counts.size(), published);
+    EXPECT_EQ(std::ranges::count(counts, 2U), counts.size()) << "never without it";
+    EXPECT_TRUE(items()[0]->isSelected());
+    EXPECT_FALSE(items()[1]->isSelected());
     const QStringList stored = rows(all);
     EXPECT_EQ(stored[0].section(u'|', 1), u"80") << "and not as it was";
     EXPECT_EQ(stored[1], before[1]) << "rewritten in place: the next visit sees it";
     watch(true, {{path({}), false}}, rewritten); // told, and as it is stored
     EXPECT_EQ(rows(all), stored);
     EXPECT_EQ(shown(), words("half.jpg other.jpg"));
+    // It is written to again before it could be read: it is not shown as it was.
+    makePicture(u"half.jpg"_s, {90, 60});
+    changeServices([](ScanServices& cautious) {
+        cautious.isBeingWritten = [](const QString& file) { return file.endsWith(u"/half.jpg"); };
+    });
+    watch(false, {{path({}), false}}, rewritten);
+    EXPECT_EQ(shown(), words("other.jpg"));
+}
+
+TEST_F(AttachTest, ChecksThatWaitForOneTreeWalkItOnce) {
+    makePictures("a.jpg b.jpg");
+    scan();
+    scanQueue.setSuspended(true);
+    const auto mailbox = dictionary()->AttachOperationArray;
+    const auto check = [&](const QStringList& rewritten, bool onlyRewritten) {
+        factory->attach(std::make_shared<PBCheckFileItemExistAttachOperation>(
+            dictionary(), rewritten, onlyRewritten));
+    };
+    check({}, true);
+    check({path(u"a.jpg"_s)}, true);
+    check({}, false);
+    auto otherTree = std::make_shared<PBGroupItemArray>();
+    std::swap(workTree, otherTree);
+    check({}, false);
+    std::swap(workTree, otherTree);
+    makePicture(u"a.jpg"_s, {80, 60});
+    QFile::remove(path(u"b.jpg"_s));
+    const std::uint64_t before = mailbox->takenCount();
+    scanQueue.setSuspended(false);
+    waitForQueues();
+    EXPECT_EQ(mailbox->takenCount() - before, 2U);
+    EXPECT_EQ(images(), QStringList()) << "what each of them was to look at";
 }
 
 TEST_F(AttachTest, ChangesOnDiskReachTheTreeAndTheCatalogue) {

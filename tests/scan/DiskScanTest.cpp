@@ -1,6 +1,8 @@
 #include "platform/files/FileManager.h"
 #include "scan/ScanSupport.h"
 
+#include <future>
+
 #include <sys/stat.h>
 
 using support::entries;
@@ -165,9 +167,65 @@ TEST_F(ScanTest, FilesAreReadAheadSixteenAtATime) {
     EXPECT_TRUE(support::spinUntil([&] { return read == 15; })) << "all but the missing one";
     begin(16);
     for (int number = 0; number < 17; ++number) {
-        const auto file = ahead.wait(std::move(readings[static_cast<std::size_t>(number)]));
+        const auto file = ahead.wait(std::move(readings[static_cast<std::size_t>(number)]), {});
         EXPECT_EQ(file.values.has_value(), number != 3);
         if (number == 3) continue;
-        EXPECT_EQ(file.properties.at(u"PixelWidth"_s), PBValue(number + 1)) << "not another's";
+        EXPECT_EQ(file.properties.properties.at(u"PixelWidth"_s), PBValue(number + 1))
+            << "not another's";
     }
+}
+
+TEST_F(ScanTest, WhatHoldsAReadingUpHoldsNeitherACancellationNorTheNextScanUp) {
+    std::atomic<bool> isStopped = false;
+    std::promise<void> begun;
+    std::promise<void> letGo;
+    importers.cannotRead = [&](const QString&, const std::stop_token& stop) {
+        const std::stop_callback note(stop, [&] { isStopped = true; });
+        begun.set_value();
+        letGo.get_future().wait();
+        return true;
+    };
+    ReadAhead ahead(1, importers);
+    makePicture(u"a.jpg"_s);
+    changeServices([&](ScanServices& reading) { reading.readAhead = &ahead; });
+    startScan();
+    begun.get_future().wait();
+    EXPECT_FALSE(isStopped);
+    scanQueue.cancelAllOperations();
+    scanQueue.waitUntilAllOperationsAreFinished();
+    EXPECT_TRUE(isStopped);
+    letGo.set_value();
+    EXPECT_EQ(images(), QStringList());
+}
+
+/// A row that says that nothing is known of a picture is for what was looked at.
+TEST_F(ScanTest, WhatCannotBeReadNowIsTriedAgainAndLeftForAnotherScan) {
+    makePictures("a.jpg busy.jpg lost.jpg");
+    support::writeFile(path(u"damaged.jpg"_s), "no picture");
+    int busy = 0;
+    bool isLost = true;
+    importers.cannotRead = [&](const QString& file, const std::stop_token&) {
+        return (file.endsWith(u"busy.jpg") && ++busy == 1) ||
+               (file.endsWith(u"lost.jpg") && isLost);
+    };
+    testing::internal::CaptureStderr();
+    scan();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("lost.jpg"), std::string::npos);
+    EXPECT_EQ(shown(), words("a.jpg busy.jpg damaged.jpg"));
+    EXPECT_TRUE(finishedManager.scanFinishedArray().empty());
+    isLost = false;
+    scan();
+    EXPECT_EQ(images(), words("a.jpg busy.jpg damaged.jpg lost.jpg"));
+
+    // As a former version stored what it could not read, whyever.
+    execute(u"update ImageFile set ImageWidth = 0, ImageHeight = 0 where FileName = 'a.jpg'"_s);
+    const QString damaged = u"select Id from ImageFile where FileName = 'damaged.jpg'"_s;
+    const QStringList before = rows(damaged);
+    browsing.filter = 1;
+    scan();
+    EXPECT_EQ(images().size(), 4);
+    browsing.filter = 0;
+    scan();
+    EXPECT_EQ(rows(u"select ImageWidth from ImageFile order by FileName"_s), words("8 8 NULL 8"));
+    EXPECT_EQ(rows(damaged), before) << "it was looked at, and is not read at each visit";
 }

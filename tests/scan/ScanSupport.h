@@ -26,6 +26,10 @@ struct ToolkitImporters final : PBImageImporterManager {
                 all.insert(further->second.begin(), further->second.end());
             return all;
         }
+        codec::PictureProperties readProperties(std::size_t index, std::stop_token stop) override {
+            if (_owner.cannotRead && _owner.cannotRead(_path, stop)) return {};
+            return codec::PictureProperties::of(propertiesAtIndex(index));
+        }
         QImage createImageWithMaxSize(unsigned maxSize, std::size_t, std::stop_token) override {
             ++_owner.decoded;
             const QImage image(_path);
@@ -50,6 +54,8 @@ struct ToolkitImporters final : PBImageImporterManager {
 
     /// Called on the reading thread, before properties are read.
     std::function<void(const QString& path)> willRead;
+    /// The same; whether the properties can't be read now.
+    std::function<bool(const QString& path, const std::stop_token& stop)> cannotRead;
     /// Columns that a file's properties get besides its size, by file name.
     std::map<QString, PBDictionary> properties;
     std::atomic<int> decoded{0};

@@ -101,6 +101,61 @@ TEST_F(SidebarCommandsTest, selectingAFolderIsShownRememberedScannedAndHasNoFilt
     EXPECT_EQ(delegate.scans, 3);
 }
 
+TEST_F(SidebarCommandsTest, rowsThatComeAndGoAroundTheSelectedOneChangeNothingElse) {
+    delegate.launched = true;
+    make(u"A/z");
+    select(*a, u"x"_s);
+    browsing.setSearchString(u"sea"_s);
+    QSignalSpy stepped(&selection, &SourceSelection::historyDidChange);
+    const auto scans = delegate.scans;
+    const auto refresh = [&] {
+        tree.dataSource().refreshChilden({}, true);
+        tree.dataSource().reloadData();
+        EXPECT_EQ(selected(), x);
+    };
+    make(u"A/b");
+    refresh();
+    QDir(path(u"A/b")).removeRecursively();
+    make(u"A/c");
+    refresh();
+    EXPECT_EQ(delegate.scans, scans);
+    EXPECT_EQ(stepped.size(), 0);
+    EXPECT_EQ(browsing.searchString(), u"sea"_s);
+    // When its own row goes, that is told once, and when the rows are what they will be.
+    int told = 0;
+    QObject::connect(&tree, &SourceTreeController::selectionDidChange, &tree, [&] {
+        ++told;
+        EXPECT_EQ(sidebar.view()->model()->rowCount(sidebar.view()->model()->index(0, 0)), 1);
+    });
+    tree.dataSource().removeFolderAlias(*tree.dataSource().folderAliasItemWithAliasObject(*a));
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(delegate.scans, scans + 1);
+}
+
+TEST_F(SidebarCommandsTest, whatIsOpenIsOpenAtTheNextStartAndASelectedRowShowsWithItsNeighbours) {
+    for (int i = 0; i < 60; ++i)
+        make(u"A/x/%1"_s.arg(i, 2, 10, QChar(u'0')));
+    select(*a, u"x/30"_s);
+    tree.dataSource().reloadData();
+    SourceSidebar next{shell(), window, prompts, [] {}};
+    PBSourceTreeDataSource& rows = next.tree().dataSource();
+    const auto isOpen = [&](const QString& folder) {
+        return next.tree().isExpanded(*rows.folderItemWithAliasObject(*a, folder, true));
+    };
+    PBSourceOutlineView& view = *next.view();
+    view.resize(200, 150);
+    view.show();
+    window.show();
+    EXPECT_TRUE(support::spinUntil([&] { return isOpen(u"x"_s); }));
+    EXPECT_FALSE(isOpen(u"x/30"_s));
+    next.tree().select(*rows.folderItemWithAliasObject(*a, u"x/30"_s, true));
+    const QModelIndex current = view.currentIndex();
+    const QRect seen = view.viewport()->rect();
+    EXPECT_TRUE(seen.contains(view.visualRect(current)));
+    for (const QModelIndex& row : {view.indexAbove(current), view.indexBelow(current)})
+        EXPECT_TRUE(seen.intersects(view.visualRect(row))) << row.row();
+}
+
 TEST_F(SidebarCommandsTest, aRootThatIsSelectedIsLookedForAndWhatHinderedItIsTold) {
     setAway(*a, true);
     select(*a);

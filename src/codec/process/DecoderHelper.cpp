@@ -1,10 +1,12 @@
 #include "codec/process/DecoderHelper.h"
 
 #include "codec/process/PacketSocket.h"
+#include "codec/process/Reaper.h"
 
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -26,6 +28,13 @@ using Clock = std::chrono::steady_clock;
 constexpr auto stopPatience = std::chrono::milliseconds(8);
 /// How long a process may take to come up: much where the machine is busy.
 constexpr auto startPatience = std::chrono::milliseconds(10'000);
+/// Killed processes mostly end within a few milliseconds; one that holds gigabytes takes longer,
+/// and one that waits for a disk may never end.
+constexpr auto killPatience = std::chrono::milliseconds(100);
+/// Where others use the processor, a process may take so many times its time.
+constexpr int busyFactor = 4;
+/// A process that has used less than this part of the time has waited for something else.
+constexpr int leastPart = 10;
 /// The descriptors of the child start here; the copies that dup2 reads from must lie above.
 constexpr int firstFreeDescriptor = 10;
 
@@ -68,13 +77,14 @@ int millisecondsUntil(Clock::time_point deadline) {
 
 std::unique_ptr<DecoderHelper>
 DecoderHelper::start(const QByteArray& executable, std::uint64_t addressSpaceBytes) {
+    reapLeftBehind();
     std::unique_ptr<DecoderHelper> helper(new DecoderHelper);
     if (!helper->makeChannels() || !helper->spawn(executable, addressSpaceBytes)) return nullptr;
     return helper;
 }
 
 DecoderHelper::~DecoderHelper() {
-    end();
+    end(killPatience);
 }
 
 bool DecoderHelper::makeChannels() {
@@ -123,7 +133,7 @@ DecoderHelper::Outcome DecoderHelper::ask(
     const std::stop_token& stop, Reply& reply) {
     request.number = ++_lastNumber;
     if (!sendPacket(_socket.get(), std::as_bytes(std::span(&request, 1)), descriptors)) {
-        end();
+        end(killPatience);
         return Outcome::Unsent;
     }
     const std::stop_callback wake(stop, [this] {
@@ -131,7 +141,7 @@ DecoderHelper::Outcome DecoderHelper::ask(
         [[maybe_unused]] const auto written = ::write(_stopEvent.get(), &one, sizeof one);
     });
     const Outcome outcome = waitForReply(request.number, time, stop, reply);
-    if (outcome != Outcome::Answered && outcome != Outcome::Stopped) end();
+    if (outcome != Outcome::Answered && outcome != Outcome::Stopped) end(killPatience);
     return outcome;
 }
 
@@ -139,21 +149,28 @@ DecoderHelper::Outcome DecoderHelper::waitForReply(
     std::uint32_t number, std::chrono::milliseconds time, const std::stop_token& stop,
     Reply& reply) {
     bool isStopping = false;
-    auto deadline = Clock::now() + (_refusals ? time : startPatience);
+    auto begin = Clock::now();
+    auto usedBefore = processorTime();
+    auto deadline = begin + (_refusals ? time : startPatience);
+    Outcome outcome = Outcome::Lost;
     while (true) {
         std::array<pollfd, 2> events{
             pollfd{_socket.get(), POLLIN, 0},
             pollfd{isStopping ? -1 : _stopEvent.get(), POLLIN, 0}};
         const int ready = ::poll(events.data(), events.size(), millisecondsUntil(deadline));
-        if (ready < 0 && errno != EINTR) return Outcome::Lost;
+        if (ready < 0 && errno != EINTR) break;
         if (events[0].revents != 0) {
             std::vector<Descriptor> none;
             if (!receivePacket(_socket.get(), std::as_writable_bytes(std::span(&reply, 1)), none)) {
+                outcome = outcomeOfEnd();
                 break;
             }
-            if (reply.number == 0) {
+            // There is one greeting; a process that goes on greeting is at work.
+            if (reply.number == 0 && !_refusals) {
                 _refusals = reply.count;
-                if (!isStopping) deadline = Clock::now() + time;
+                begin = Clock::now();
+                usedBefore = processorTime();
+                if (!isStopping) deadline = begin + time;
             } else if (reply.number == number) {
                 return isStopping ? Outcome::Stopped : Outcome::Answered;
             }
@@ -168,24 +185,56 @@ DecoderHelper::Outcome DecoderHelper::waitForReply(
                 deadline = std::min(deadline, Clock::now() + stopPatience);
             }
         }
-        if (Clock::now() >= deadline) break;
+        const auto now = Clock::now();
+        if (now < deadline) continue;
+        if (isStopping || !_refusals) break;
+        const auto used = processorTime() - usedBefore;
+        const bool isComputing = used * leastPart >= now - begin;
+        if (isComputing && used < time && now - begin < busyFactor * time) {
+            deadline = now + (time - used);
+            continue;
+        }
+        if (isComputing) outcome = Outcome::OutOfTime;
+        break;
     }
-    if (!isStopping) return Outcome::Lost;
-    end();
+    if (!isStopping) return outcome;
+    end(killPatience);
     return Outcome::Stopped;
+}
+
+std::chrono::nanoseconds DecoderHelper::processorTime() const {
+    clockid_t clock{};
+    timespec used{};
+    if (::clock_getcpuclockid(_process, &clock) != 0 || ::clock_gettime(clock, &used) != 0)
+        return {};
+    return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
+}
+
+DecoderHelper::Outcome DecoderHelper::outcomeOfEnd() {
+    const auto status = end(killPatience);
+    if (!status || !WIFSIGNALED(*status)) return Outcome::Lost;
+    switch (WTERMSIG(*status)) {
+    case SIGABRT:
+    case SIGFPE:
+    case SIGILL:
+    case SIGSEGV:
+    case SIGSYS:
+    case SIGTRAP:
+        return Outcome::Crashed;
+    default:
+        // SIGBUS too: the file was cut short, or its disk failed, while it was being read.
+        return Outcome::Lost;
+    }
 }
 
 std::span<const char> DecoderHelper::smallResult() const {
     return {static_cast<const char*>(_results->data()), _results->size()};
 }
 
-void DecoderHelper::end() {
-    if (_process <= 0) return;
+std::optional<int> DecoderHelper::end(std::chrono::milliseconds patience) {
+    if (_process <= 0) return std::nullopt;
     ::kill(_process, SIGKILL);
-    int status = 0;
-    while (::waitpid(_process, &status, 0) < 0 && errno == EINTR) {
-    }
-    _process = -1;
+    return waitForEnd(std::exchange(_process, -1), patience);
 }
 
 } // namespace codec::process

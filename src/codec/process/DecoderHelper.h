@@ -31,14 +31,17 @@ public:
     DecoderHelper& operator=(const DecoderHelper&) = delete;
 
     enum class Outcome {
-        Answered, ///< a reply came, good or bad
-        Stopped,  ///< the caller asked to stop; the process may be gone
-        Lost,     ///< it crashed, or took too long and was ended
-        Unsent,   ///< it was gone before the request reached it
+        Answered,  ///< a reply came, good or bad
+        Stopped,   ///< the caller asked to stop; the process may be gone
+        Crashed,   ///< it ended itself over what it was asked
+        OutOfTime, ///< it computed for too long, and was ended
+        Lost,      ///< it did not come up, was ended by others, or waited for too long
+        Unsent,    ///< it was gone before the request reached it
     };
 
     /// Sends the request (numbered here) with its descriptors and waits for the reply, at most for
-    /// the time given, which begins once the process has come up. A stop is honoured within
+    /// the time given, which begins once the process has come up. Where the machine is busy, it is
+    /// the processor's time that counts, up to a few times as long. A stop is honoured within
     /// `stopPatience`.
     [[nodiscard]] Outcome
     ask(Request request, std::span<const int> descriptors, std::chrono::milliseconds time,
@@ -58,7 +61,12 @@ private:
     [[nodiscard]] Outcome waitForReply(
         std::uint32_t number, std::chrono::milliseconds time, const std::stop_token& stop,
         Reply& reply);
-    void end();
+    /// Kills the process; its status if it ends soon.
+    std::optional<int> end(std::chrono::milliseconds patience);
+    /// For the rest: of a process whose connection broke off.
+    [[nodiscard]] Outcome outcomeOfEnd();
+    /// That the process has used so far.
+    [[nodiscard]] std::chrono::nanoseconds processorTime() const;
 
     pid_t _process = -1;
     Descriptor _socket;

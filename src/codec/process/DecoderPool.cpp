@@ -135,23 +135,26 @@ void DecoderPool::tellRefusals(const DecoderHelper& helper) {
                            .arg(parts.join(QStringLiteral(" and "))));
 }
 
-ReadStatus DecoderPool::ask(
+DecoderPool::Answer DecoderPool::ask(
     Lease& lease, const Request& request, std::span<const int> descriptors,
     std::chrono::milliseconds time, const std::stop_token& stop, Reply& reply) {
     // A process may have gone while nobody asked it; a second one gets the same request.
     for (int attempt = 0; attempt < 2; ++attempt) {
-        if (!lease.isUsable()) return ReadStatus::Failed;
+        if (!lease.isUsable()) return Answer::NotNow;
         switch (lease.helper().ask(request, descriptors, time, stop, reply)) {
         case DecoderHelper::Outcome::Unsent:
             continue;
         case DecoderHelper::Outcome::Answered:
-            return reply.status == process::Status::Done ? ReadStatus::Decoded
-                                                         : ReadStatus::Refused;
-        default:
-            return ReadStatus::Failed;
+            return reply.status == process::Status::Done ? Answer::Done : Answer::Refused;
+        case DecoderHelper::Outcome::Crashed:
+        case DecoderHelper::Outcome::OutOfTime:
+            return Answer::PictureFailed;
+        case DecoderHelper::Outcome::Stopped:
+        case DecoderHelper::Outcome::Lost:
+            return Answer::NotNow;
         }
     }
-    return ReadStatus::Failed;
+    return Answer::NotNow;
 }
 
 ReadResult DecoderPool::decode(
@@ -186,8 +189,9 @@ ReadResult DecoderPool::decode(
     Lease lease(*this, Length::Long, stop);
     Reply reply;
     const auto time = isThumbnail ? _settings.thumbnailTime : _settings.fullTime;
-    const ReadStatus status = ask(lease, request, descriptors, time, stop, reply);
-    if (status != ReadStatus::Decoded) return {status, {}};
+    const Answer answer = ask(lease, request, descriptors, time, stop, reply);
+    if (answer != Answer::Done)
+        return {answer == Answer::Refused ? ReadStatus::Refused : ReadStatus::Failed, {}};
 
     // The other side may have been taken over by its picture: nothing it says is believed.
     const QSize size(reply.width, reply.height);
@@ -214,9 +218,9 @@ std::size_t DecoderPool::countFrames(int descriptor, const QString& typeHint) {
     Lease lease(*this, Length::Short);
     Reply reply;
     const Request request = makeRequest(Kind::CountFrames, typeHint, 0);
-    const ReadStatus status =
+    const Answer answer =
         ask(lease, request, std::array{descriptor}, _settings.thumbnailTime, {}, reply);
-    return status == ReadStatus::Decoded ? reply.count : 0;
+    return answer == Answer::Done ? reply.count : 0;
 }
 
 int DecoderPool::frameDelay(int descriptor, const QString& typeHint, std::size_t frame) {
@@ -224,25 +228,25 @@ int DecoderPool::frameDelay(int descriptor, const QString& typeHint, std::size_t
     Reply reply;
     const Request request = makeRequest(Kind::FrameDelay, typeHint, frame);
     if (ask(lease, request, std::array{descriptor}, _settings.thumbnailTime, {}, reply) !=
-        ReadStatus::Decoded) {
+        Answer::Done) {
         return 0;
     }
     return static_cast<int>(std::min<std::uint64_t>(reply.count, 1U << 30));
 }
 
-std::optional<PBDictionary>
-DecoderPool::properties(int descriptor, const QString& typeHint, std::size_t frame) {
-    return askForProperties(std::array{descriptor}, typeHint, frame).front().properties;
+PictureProperties DecoderPool::properties(
+    int descriptor, const QString& typeHint, std::size_t frame, std::stop_token stop) {
+    return askForProperties(std::array{descriptor}, typeHint, frame, stop).front().properties;
 }
 
-std::vector<std::optional<PBDictionary>>
-DecoderPool::propertiesOfPictures(std::span<const OpenPicture> pictures) {
+std::vector<PictureProperties>
+DecoderPool::propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop) {
     std::vector<std::size_t> byType(pictures.size());
     std::iota(byType.begin(), byType.end(), std::size_t{0});
     std::ranges::stable_sort(
         byType, {}, [&](std::size_t index) -> const QString& { return pictures[index].typeHint; });
-    std::vector<std::optional<PBDictionary>> all(pictures.size());
-    for (std::size_t begin = 0; begin < byType.size();) {
+    std::vector<PictureProperties> all(pictures.size());
+    for (std::size_t begin = 0; begin < byType.size() && !stop.stop_requested();) {
         const QString& type = pictures[byType[begin]].typeHint;
         std::vector<int> together;
         while (begin + together.size() < byType.size() && together.size() < process::mostPictures) {
@@ -250,12 +254,12 @@ DecoderPool::propertiesOfPictures(std::span<const OpenPicture> pictures) {
             if (next.typeHint != type) break;
             together.push_back(next.descriptor);
         }
-        auto answers = askForProperties(together, type, 0);
+        auto answers = askForProperties(together, type, 0, stop);
         for (std::size_t index = 0; index < answers.size(); ++index) {
-            const bool isAlone = answers.size() == 1;
-            all[byType[begin + index]] = answers[index].isKnown || isAlone
+            const bool isLast = answers.size() == 1 || stop.stop_requested();
+            all[byType[begin + index]] = answers[index].isKnown || isLast
                                              ? std::move(answers[index].properties)
-                                             : properties(together[index], type, 0);
+                                             : properties(together[index], type, 0, stop);
         }
         begin += together.size();
     }
@@ -263,19 +267,21 @@ DecoderPool::propertiesOfPictures(std::span<const OpenPicture> pictures) {
 }
 
 std::vector<DecoderPool::PropertyAnswer> DecoderPool::askForProperties(
-    std::span<const int> descriptors, const QString& typeHint, std::size_t frame) {
+    std::span<const int> descriptors, const QString& typeHint, std::size_t frame,
+    const std::stop_token& stop) {
     std::vector<PropertyAnswer> answers(descriptors.size());
     Request request = makeRequest(Kind::Properties, typeHint, frame);
     request.pictures = static_cast<std::uint32_t>(descriptors.size());
     QByteArray result;
     {
-        Lease lease(*this, Length::Short);
+        Lease lease(*this, Length::Short, stop);
         Reply reply;
-        if (ask(lease, request, descriptors, _settings.thumbnailTime, {}, reply) !=
-                ReadStatus::Decoded ||
-            reply.count > process::smallResultBytes) {
-            return answers;
-        }
+        const Answer answer =
+            ask(lease, request, descriptors, _settings.thumbnailTime, stop, reply);
+        if (answer == Answer::NotNow) return answers;
+        for (PropertyAnswer& one : answers)
+            one.properties.status = PropertiesStatus::Unreadable;
+        if (answer != Answer::Done || reply.count > process::smallResultBytes) return answers;
         // A copy, since the other side could still change the memory.
         const auto bytes = lease.helper().smallResult().first(reply.count);
         result = QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size()));
@@ -291,8 +297,8 @@ std::vector<DecoderPool::PropertyAnswer> DecoderPool::askForProperties(
         const auto left = static_cast<std::uint64_t>(result.size() - begin);
         if (lengths[index] == process::noProperties || lengths[index] > left) continue;
         const auto length = static_cast<qsizetype>(lengths[index]);
-        answers[index].properties =
-            platform::decodeDictionary(QByteArray::fromRawData(result.constData() + begin, length));
+        answers[index].properties = PictureProperties::of(platform::decodeDictionary(
+            QByteArray::fromRawData(result.constData() + begin, length)));
         begin += length;
     }
     return answers;

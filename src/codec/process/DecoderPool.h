@@ -55,12 +55,15 @@ public:
     [[nodiscard]] std::size_t countFrames(int descriptor, const QString& typeHint) override;
     /// Milliseconds; 0 for a still picture.
     [[nodiscard]] int frameDelay(int descriptor, const QString& typeHint, std::size_t frame);
-    [[nodiscard]] std::optional<PBDictionary>
-    properties(int descriptor, const QString& typeHint, std::size_t frame) override;
+    /// A picture that ends its process by itself, or keeps it computing for all its time, is
+    /// unreadable; one whose process did not come up, was ended by others or waited for a disk is
+    /// to be read another time.
+    [[nodiscard]] PictureProperties properties(
+        int descriptor, const QString& typeHint, std::size_t frame, std::stop_token stop) override;
     /// One process reads as many as go into one request. When it is lost, each is asked for alone,
     /// so that a picture that crashes its process still costs only itself.
-    [[nodiscard]] std::vector<std::optional<PBDictionary>>
-    propertiesOfPictures(std::span<const OpenPicture> pictures) override;
+    [[nodiscard]] std::vector<PictureProperties>
+    propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop) override;
 
 private:
     using Helper = std::unique_ptr<process::DecoderHelper>;
@@ -72,14 +75,21 @@ private:
     [[nodiscard]] std::optional<Helper> take(const std::stop_token& stop, Length length);
     void giveBack(Helper helper);
     void tellRefusals(const process::DecoderHelper& helper) VELMORA_REQUIRES(_mutex);
+    enum class Answer {
+        Done,
+        Refused,
+        PictureFailed, ///< the process was lost to what it read
+        NotNow,        ///< it was not there, or was stopped, ended or held up by others
+    };
     struct PropertyAnswer {
         bool isKnown = false; ///< false: the process was lost, or had no room for the answer
-        std::optional<PBDictionary> properties;
+        PictureProperties properties;
     };
     /// One request for at most `process::mostPictures` of one type; as many answers.
-    [[nodiscard]] std::vector<PropertyAnswer>
-    askForProperties(std::span<const int> descriptors, const QString& typeHint, std::size_t frame);
-    [[nodiscard]] ReadStatus
+    [[nodiscard]] std::vector<PropertyAnswer> askForProperties(
+        std::span<const int> descriptors, const QString& typeHint, std::size_t frame,
+        const std::stop_token& stop);
+    [[nodiscard]] Answer
     ask(Lease& lease, const process::Request& request, std::span<const int> descriptors,
         std::chrono::milliseconds time, const std::stop_token& stop, process::Reply& reply);
 

@@ -31,9 +31,9 @@ public:
         return source ? codec::countFrames(*source, typeHint) : 0;
     }
 
-    std::optional<PBDictionary>
-    properties(int descriptor, const QString& typeHint, std::size_t frame) override {
-        return readImageProperties(descriptor, typeHint, frame);
+    PictureProperties properties(
+        int descriptor, const QString& typeHint, std::size_t frame, std::stop_token) override {
+        return PictureProperties::of(readImageProperties(descriptor, typeHint, frame));
     }
 };
 
@@ -63,12 +63,12 @@ InstalledReader& installed() {
 
 } // namespace
 
-std::vector<std::optional<PBDictionary>>
-FrameReader::propertiesOfPictures(std::span<const OpenPicture> pictures) {
-    std::vector<std::optional<PBDictionary>> all;
+std::vector<PictureProperties>
+FrameReader::propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop) {
+    std::vector<PictureProperties> all;
     all.reserve(pictures.size());
     for (const OpenPicture& picture : pictures)
-        all.push_back(properties(picture.descriptor, picture.typeHint, 0));
+        all.push_back(properties(picture.descriptor, picture.typeHint, 0, stop));
     return all;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/metadata/PictureProperties.h"
 #include "codec/pixels/Decoder.h"
 #include "platform/values/PBValue.h"
 
@@ -44,12 +45,13 @@ public:
         std::stop_token stop) = 0;
     /// 0 when the picture can't be opened.
     [[nodiscard]] virtual std::size_t countFrames(int descriptor, const QString& typeHint) = 0;
-    [[nodiscard]] virtual std::optional<PBDictionary>
-    properties(int descriptor, const QString& typeHint, std::size_t frame) = 0;
+    /// Stopped, the answer is `NotNow`.
+    [[nodiscard]] virtual PictureProperties properties(
+        int descriptor, const QString& typeHint, std::size_t frame, std::stop_token stop) = 0;
     /// Those of the first frame of each picture, in the order given: for many small files this may
     /// cost far less than asking for one after the other.
-    [[nodiscard]] virtual std::vector<std::optional<PBDictionary>>
-    propertiesOfPictures(std::span<const OpenPicture> pictures);
+    [[nodiscard]] virtual std::vector<PictureProperties>
+    propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop);
 };
 
 /// The reader that all importers use: what was installed, else one that decodes in this process.

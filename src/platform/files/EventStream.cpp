@@ -250,7 +250,7 @@ private:
         _growing->add(path, EventItemCreated | EventItemIsFile, _options.now());
     }
     void fileClosed(const QByteArray& path) override {
-        _growing->wasClosed(path, EventItemModified | EventItemIsFile);
+        _growing->wasClosed(path, EventItemModified | EventItemIsFile, _options.now());
     }
     void fileRemoved(const QByteArray& path) override {
         _growing->remove(path);

@@ -20,7 +20,7 @@ enum EventFlag : std::uint32_t {
     EventItemCreated = 0x00000100,
     EventItemRemoved = 0x00000200,
     EventItemRenamed = 0x00000800,  ///< the path is the former or the new name
-    EventItemModified = 0x00001000, ///< the file was told before it was complete, and has changed
+    EventItemModified = 0x00001000, ///< the file was written to when it stood already
     EventItemIsFile = 0x00010000,
     EventItemIsDir = 0x00020000,
 };
@@ -32,13 +32,14 @@ struct FileSystemEvent {
     QString movedTo = {}; ///< of a root: where it was seen to go; empty where nobody saw it
 };
 
-/// Watches folders with all that is below them, and tells what came, went and was renamed there.
+/// Watches folders with all that is below them, and tells what came, went, was renamed and was
+/// written there.
 ///
-/// Hidden entries, the content of packages, and what lies behind links are left out. What is
-/// written to a file that stands already is not told. A new file is told once it is complete
-/// (`GrowingFiles`). Events of one path within a batch are
-/// joined. When the kernel lost events, or watches no more folders, that is said once on standard
-/// error, and the roots concerned get an event that is a renamed folder which must be scanned.
+/// Hidden entries, the content of packages, and what lies behind links are left out. A new file, or
+/// one that is written anew, is told once it is complete (`GrowingFiles`). Events of one path
+/// within a batch are joined. When the kernel lost events, or watches no more folders, that is said
+/// once on standard error, and the roots concerned get an event that is a renamed folder which must
+/// be scanned.
 ///
 /// Watches are added on a thread of the stream's own, so that making one costs nothing.
 class EventStream {

@@ -51,21 +51,24 @@ void GrowingFiles::add(const QByteArray& path, std::uint32_t flags, Clock::time_
     if (file.flags == 0) {
         file.state = state;
         file.since = now;
+        file.isNew = true;
     }
     file.flags |= flags;
 }
 
-void GrowingFiles::wasClosed(const QByteArray& path, std::uint32_t flags) {
+void GrowingFiles::wasClosed(const QByteArray& path, std::uint32_t flags, Clock::time_point now) {
     const Lock lock(_mutex);
     if (const auto found = _files.find(path); found != _files.end()) {
-        found->second.isClosed = true;
+        found->second.isClosed = found->second.isNew;
         return;
     }
     const auto told = _toldEarly.extract(path);
-    if (told.empty()) return;
     const Sight sight = _questions.look(path);
-    if (sight.presence == Presence::There && sight.state == told.mapped()) return;
-    _files[path] = {.state = sight.state, .since = {}, .flags = flags, .isClosed = true};
+    const bool isThere = sight.presence == Presence::There;
+    if (!told.empty() && isThere && sight.state == told.mapped()) return;
+    File file{.state = sight.state, .since = now, .flags = flags};
+    file.isNew = file.isClosed = !told.empty();
+    if (isThere || file.isNew) _files[path] = file;
 }
 
 void GrowingFiles::remove(const QByteArray& path) {

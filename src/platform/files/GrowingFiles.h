@@ -15,12 +15,12 @@
 
 namespace platform {
 
-/// New files whose writers may not have finished. A file is complete when it was closed after
-/// writing, or when it has been quiet for a short time and the kernel says that nobody has it open
-/// for writing (it was linked here, or closed before anyone watched). Where somebody has, or the
-/// kernel doesn't say, it is told after a long quiet time all the same; if it has changed by the
-/// time when it is closed, it is told again as one that was not complete. Paths are those of the
-/// file system.
+/// Files, new ones and such as are written anew, whose writers may not have finished. A file is
+/// complete when it was closed after writing, or when it has been quiet for a short time and the
+/// kernel says that nobody has it open for writing (it was linked here, or closed before anyone
+/// watched). Where somebody has, or the kernel doesn't say, it is told after a long quiet time all
+/// the same; if it has changed by the time when it is closed, it is told again as one that was not
+/// complete. Paths are those of the file system.
 class GrowingFiles {
 public:
     using Clock = std::chrono::steady_clock;
@@ -50,8 +50,10 @@ public:
 
     /// `flags` go with the file until it is complete.
     void add(const QByteArray& path, std::uint32_t flags, Clock::time_point now);
-    /// `flags` are those of a file that is told again.
-    void wasClosed(const QByteArray& path, std::uint32_t flags);
+    /// Somebody has written to the file. `flags` are those of one that stood already, or is told
+    /// again; a file that stood is complete when it has been quiet, since whoever writes it anew
+    /// may do so in several goes.
+    void wasClosed(const QByteArray& path, std::uint32_t flags, Clock::time_point now);
     void remove(const QByteArray& path);
     /// Answers whether the file was one of these.
     bool rename(const QByteArray& from, const QByteArray& to, std::uint32_t flags);
@@ -79,6 +81,7 @@ private:
         Clock::time_point since; ///< of the last change noticed
         std::uint32_t flags = 0;
         bool isClosed = false;
+        bool isNew = false;
     };
 
     [[nodiscard]] bool isOld(const State& state) const;

@@ -13,7 +13,8 @@ SourceSidebar::SourceSidebar(
     std::function<void()> updateImageBrowserTipView)
     : _aliasResolver(services.aliasResolver),
       _dataSource(services.aliasManager, services.folderLister),
-      _view(new PBSourceOutlineView(&window)), _tree(_dataSource, *_view, nullptr),
+      _view(new PBSourceOutlineView(&window)),
+      _tree(_dataSource, *_view, services.userDefaults, nullptr),
       _selection(
           {.delegate = services.delegate,
            .browsing = services.browsing,

@@ -2,6 +2,8 @@
 
 #include "library/PBSourceTreeDataSource.h"
 #include "platform/program/LocalizedTexts.h"
+#include "platform/program/UserDefaults.h"
+#include "platform/values/CborValues.h"
 #include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
 
@@ -11,13 +13,23 @@
 
 using platform::localizedString;
 
+namespace {
+
+const QString expandedKey = QStringLiteral("ExpandedFolders");
+
+} // namespace
+
 SourceTreeController::SourceTreeController(
-    PBSourceTreeDataSource& dataSource, PBSourceOutlineView& view, QObject* parent)
-    : QObject(parent), _dataSource(dataSource), _view(view), _model(dataSource) {
+    PBSourceTreeDataSource& dataSource, PBSourceOutlineView& view,
+    platform::UserDefaults& userDefaults, QObject* parent)
+    : QObject(parent), _dataSource(dataSource), _view(view), _model(dataSource),
+      _userDefaults(userDefaults) {
+    loadExpansion();
     _view.setModel(&_model);
-    connect(_view.selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
-        if (!_dataSource.ignoreSelectionChanged()) Q_EMIT selectionDidChange();
-    });
+    connect(
+        _view.selectionModel(), &QItemSelectionModel::selectionChanged, this,
+        &SourceTreeController::noteSelection);
+    connect(&_model, &SourceTreeModel::didChange, this, &SourceTreeController::rowsDidChange);
     connect(&_view, &PBSourceOutlineView::menuRequested, this, &SourceTreeController::showMenu);
     connect(
         &_view, &PBSourceOutlineView::selectedRowPressed, this, [this](const QModelIndex& index) {
@@ -49,13 +61,31 @@ std::shared_ptr<PBFolderItem> SourceTreeController::selectedFolder() const {
     return std::dynamic_pointer_cast<PBFolderItem>(selectedItem());
 }
 
+void SourceTreeController::noteSelection() {
+    // Qt also tells of a change when the indexes of what is selected shift.
+    if (_model.isChanging()) return;
+    auto item = selectedItem();
+    if (item == _toldItem) return;
+    _toldItem = std::move(item);
+    if (!_dataSource.ignoreSelectionChanged()) Q_EMIT selectionDidChange();
+}
+
+void SourceTreeController::rowsDidChange() {
+    // A row that only moved was taken out and put in again.
+    const QModelIndex moved =
+        _toldItem && !selectedItem() ? _model.indexForItem(*_toldItem) : QModelIndex();
+    if (moved.isValid()) _view.setCurrentIndex(moved);
+    noteSelection();
+}
+
 bool SourceTreeController::hasFolderAliasItem() const {
     return _dataSource.hasFolderAliasItem();
 }
 
 void SourceTreeController::expandCategoryItem() {
-    for (const auto& category : _dataSource.shownCategories())
-        _view.expand(_model.indexForItem(*category));
+    for (const auto& category : _dataSource.shownCategories()) {
+        if (isKeptOpen(*category)) _view.expand(_model.indexForItem(*category));
+    }
 }
 
 void SourceTreeController::select(const PBFolderItem& item) {
@@ -63,7 +93,8 @@ void SourceTreeController::select(const PBFolderItem& item) {
     std::vector<std::shared_ptr<PBFolderItem>> ancestors;
     for (auto above = item.parent(); above; above = above->parent())
         ancestors.push_back(above);
-    expandCategoryItem();
+    const PBFolderItem& root = ancestors.empty() ? item : *ancestors.back();
+    _view.expand(_model.indexForItem(root).parent());
     for (auto above = ancestors.rbegin(); above != ancestors.rend(); ++above) {
         const QModelIndex row = _model.indexForItem(**above);
         // A view that waits for its layout takes note of the expansion, but fetches nothing yet.
@@ -73,7 +104,14 @@ void SourceTreeController::select(const PBFolderItem& item) {
     const QModelIndex index = _model.indexForItem(item);
     if (!index.isValid()) return;
     _view.setCurrentIndex(index);
-    _view.scrollTo(index);
+    scrollTo(index);
+}
+
+void SourceTreeController::scrollTo(const QModelIndex& index) {
+    // With one more row on each side, so that it shows that there is more.
+    for (const QModelIndex& shown : {_view.indexAbove(index), _view.indexBelow(index), index}) {
+        if (shown.isValid()) _view.scrollTo(shown);
+    }
 }
 
 void SourceTreeController::clearSelection() {
@@ -134,11 +172,30 @@ QString SourceTreeController::expansionKey(const PBOutlineItem& item) {
 void SourceTreeController::noteExpansion(const QModelIndex& index, bool isExpanded) {
     const auto item = _model.itemForIndex(index);
     if (!item) return;
-    if (isExpanded) {
-        _expanded.insert(expansionKey(*item));
+    const bool isCategory = PBSourceTreeDataSource::isGroupItem(*item);
+    const QString key = expansionKey(*item);
+    if (_expanded.contains(key) == (isExpanded != isCategory)) return;
+    if (isExpanded != isCategory) {
+        _expanded.insert(key);
     } else {
-        _expanded.remove(expansionKey(*item));
+        _expanded.remove(key);
     }
+    PBDictionary stored;
+    for (const QString& one : _expanded)
+        stored.emplace(one, true);
+    _userDefaults.setData(platform::encodeDictionary(stored), expandedKey);
+}
+
+void SourceTreeController::loadExpansion() {
+    const auto stored = _userDefaults.dataForKey(expandedKey);
+    const auto keys = stored ? platform::decodeDictionary(*stored) : std::nullopt;
+    if (!keys) return;
+    for (const auto& [key, value] : *keys)
+        _expanded.insert(key);
+}
+
+bool SourceTreeController::isKeptOpen(const PBOutlineItem& item) const {
+    return _expanded.contains(expansionKey(item)) != PBSourceTreeDataSource::isGroupItem(item);
 }
 
 void SourceTreeController::restoreExpansion(const QModelIndex& parent, int first, int last) {
@@ -146,7 +203,7 @@ void SourceTreeController::restoreExpansion(const QModelIndex& parent, int first
     for (int row = first; row <= last; ++row) {
         const QModelIndex index = _model.index(row, 0, parent);
         const auto item = _model.itemForIndex(index);
-        if (item && _expanded.contains(expansionKey(*item))) rows.append(index);
+        if (item && isKeptOpen(*item)) rows.append(index);
     }
     if (rows.isEmpty()) return;
     // Expanding inserts further rows, which this insertion has to be over for.

@@ -12,14 +12,19 @@
 class PBAliasManager;
 class PBSourceTreeDataSource;
 
+namespace platform {
+class UserDefaults;
+}
+
 /// The rows of the sidebar: which are there, selected, expanded and marked. Main thread.
 class SourceTreeController final : public QObject {
     Q_OBJECT
 
 public:
-    /// Both outlive this object.
+    /// All of them outlive this object. Which rows are open is kept in the settings.
     SourceTreeController(
-        PBSourceTreeDataSource& dataSource, PBSourceOutlineView& view, QObject* parent);
+        PBSourceTreeDataSource& dataSource, PBSourceOutlineView& view,
+        platform::UserDefaults& userDefaults, QObject* parent);
     ~SourceTreeController() override;
 
     [[nodiscard]] PBSourceTreeDataSource& dataSource() const { return _dataSource; }
@@ -30,6 +35,7 @@ public:
     [[nodiscard]] std::shared_ptr<PBFolderItem> selectedFolder() const;
     [[nodiscard]] bool hasFolderAliasItem() const;
 
+    /// Those that the user has not closed.
     void expandCategoryItem();
     /// Expands what is above the item, selects it alone and scrolls to it.
     void select(const PBFolderItem& item);
@@ -42,6 +48,7 @@ public:
     void removeFolderAlias(const PBFolderAliasItem& item);
 
 Q_SIGNALS:
+    /// Another item is selected than before, or none; never while rows come and go.
     void selectionDidChange();
     /// The selected row was clicked again although its root can't be reached.
     void unmountedRootClicked();
@@ -52,12 +59,21 @@ Q_SIGNALS:
 private:
     void showMenu(const QModelIndex& index, const QPoint& position);
     [[nodiscard]] static QString expansionKey(const PBOutlineItem& item);
+    void noteSelection();
+    void rowsDidChange();
+    void scrollTo(const QModelIndex& index);
+    void loadExpansion();
     void noteExpansion(const QModelIndex& index, bool isExpanded);
+    [[nodiscard]] bool isKeptOpen(const PBOutlineItem& item) const;
     void restoreExpansion(const QModelIndex& parent, int first, int last);
 
     PBSourceTreeDataSource& _dataSource;
     PBSourceOutlineView& _view;
     SourceTreeModel _model;
-    /// Folders that the user opened, also those whose rows are gone for now with their volume.
+    platform::UserDefaults& _userDefaults;
+    /// Folders that the user opened, also those whose rows are gone for now with their volume, and
+    /// categories that he closed.
     QSet<QString> _expanded;
+    /// That was told of last.
+    std::shared_ptr<PBOutlineItem> _toldItem;
 };

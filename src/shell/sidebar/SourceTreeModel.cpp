@@ -20,6 +20,19 @@ struct SourceTreeModel::Node {
     }
 };
 
+class SourceTreeModel::Change {
+public:
+    explicit Change(SourceTreeModel& model) : _model(model) { ++_model._changes; }
+    ~Change() {
+        if (--_model._changes == 0) Q_EMIT _model.didChange();
+    }
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+private:
+    SourceTreeModel& _model;
+};
+
 SourceTreeModel::SourceTreeModel(PBSourceTreeDataSource& dataSource, QObject* parent)
     : QAbstractItemModel(parent), _dataSource(dataSource), _top(std::make_unique<Node>()) {
     _top->isFetched = true;
@@ -58,6 +71,7 @@ PBOutlineItems SourceTreeModel::wantedChildren(const Node& node) const {
 
 void SourceTreeModel::reloadData() {
     platform::assertMainThread();
+    const Change change(*this);
     synchronize(*_top);
     if (!_top->children.empty()) {
         Q_EMIT dataChanged(indexOf(*_top->children.front()), indexOf(*_top->children.back()));
@@ -66,6 +80,7 @@ void SourceTreeModel::reloadData() {
 
 void SourceTreeModel::reloadChildren(const PBFolderItem& item) {
     platform::assertMainThread();
+    const Change change(*this);
     if (Node* node = _nodes.value(&item)) synchronize(*node);
 }
 
@@ -175,6 +190,7 @@ bool SourceTreeModel::canFetchMore(const QModelIndex& parent) const {
 void SourceTreeModel::fetchMore(const QModelIndex& parent) {
     Node& node = *nodeAt(parent);
     if (std::exchange(node.isFetched, true)) return;
+    const Change change(*this);
     synchronize(node);
 }
 

@@ -35,6 +35,9 @@ public:
     /// Invalid for an item that has no row (yet).
     [[nodiscard]] QModelIndex indexForItem(const PBOutlineItem& item) const;
 
+    /// Rows are coming or going: the view knows some of what will be, and indexes shift.
+    [[nodiscard]] bool isChanging() const { return _changes > 0; }
+
     /// Brings the rows in step with the items, and has all rows drawn anew.
     void reloadData();
     /// The same for what is below one item.
@@ -51,8 +54,13 @@ public:
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
 
+Q_SIGNALS:
+    /// Rows have come or gone, or may have.
+    void didChange();
+
 private:
     struct Node;
+    class Change;
 
     [[nodiscard]] Node* nodeAt(const QModelIndex& index) const;
     [[nodiscard]] QModelIndex indexOf(const Node& node) const;
@@ -66,4 +74,5 @@ private:
     PBSourceTreeDataSource& _dataSource;
     const std::unique_ptr<Node> _top;
     QHash<const PBOutlineItem*, Node*> _nodes;
+    int _changes = 0;
 };

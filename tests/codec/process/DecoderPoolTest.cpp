@@ -1,6 +1,8 @@
 #include "codec/process/DecoderPool.h"
 
+#include "codec/process/DecoderHelper.h"
 #include "codec/process/Descriptor.h"
+#include "codec/process/Reaper.h"
 #include "support/Support.h"
 
 #include <QElapsedTimer>
@@ -49,6 +51,12 @@ struct DecoderPoolTest : testing::Test {
                 if (image.pixel(x, y) != qRgb(x % 256, y % 256, 0)) return false;
         }
         return !image.isNull();
+    }
+
+    static int onlyChild() {
+        QFile children(QStringLiteral("/proc/thread-self/children"));
+        EXPECT_TRUE(children.open(QIODevice::ReadOnly));
+        return children.readAll().simplified().split(' ').value(0).toInt();
     }
 
     static auto openDescriptors() {
@@ -212,25 +220,81 @@ TEST_F(DecoderPoolTest, propertiesOfManyPicturesAreReadTogetherAndAloneAfterALos
         pictures.push_back({opened.back().get(), index % 3 == 0 ? u"a.type"_s : u"another.type"_s});
     }
     const auto expectAll = [&] {
-        const auto all = pool.propertiesOfPictures(pictures);
+        const auto all = pool.propertiesOfPictures(pictures, {});
         ASSERT_EQ(all.size(), pictures.size());
         for (int index = 0; index < 40; ++index) {
             SCOPED_TRACE(index);
             const auto& properties = all[static_cast<std::size_t>(index)];
-            ASSERT_EQ(properties.has_value(), index % 7 != 0);
-            if (!properties) continue;
-            EXPECT_EQ(properties->at(u"PixelWidth"_s).toInteger(), index + 1);
+            using enum codec::PropertiesStatus;
+            ASSERT_EQ(properties.status, index % 7 != 0 ? Read : Unreadable);
+            if (properties.status != Read) continue;
+            EXPECT_EQ(properties.properties.at(u"PixelWidth"_s).toInteger(), index + 1);
         }
     };
     expectAll();
     // The process answers no longer: its request is lost, and a fresh one is asked.
-    QFile children(QStringLiteral("/proc/thread-self/children"));
-    ASSERT_TRUE(children.open(QIODevice::ReadOnly));
-    const int child = children.readAll().simplified().split(' ').value(0).toInt();
+    const int child = onlyChild();
     ASSERT_GT(child, 0);
     ASSERT_EQ(::kill(child, SIGSTOP), 0);
     expectAll();
     EXPECT_NE(::kill(child, 0), 0);
+}
+
+TEST_F(DecoderPoolTest, whatAProcessEndedOfTellsWhetherItsPictureIsToBlame) {
+    using enum codec::process::DecoderHelper::Outcome;
+    const std::pair<const char*, codec::process::DecoderHelper::Outcome> cases[] = {
+        {"crash", Crashed}, {"spin", OutOfTime}, {"greet", OutOfTime}, {"sleep", Lost}};
+    for (const auto& [order, outcome] : cases) {
+        SCOPED_TRACE(order);
+        const auto helper =
+            codec::process::DecoderHelper::start(MISBEHAVING_DECODER, std::uint64_t{6} << 30);
+        ASSERT_TRUE(helper);
+        const Descriptor file = orders(order);
+        codec::process::Reply reply;
+        codec::process::Request request;
+        request.byteLimit = request.pixelLimit = 1'000'000;
+        const auto time = std::chrono::milliseconds(300);
+        EXPECT_EQ(helper->ask(request, std::array{file.get()}, time, {}, reply), outcome);
+        EXPECT_FALSE(helper->isAlive());
+    }
+}
+
+TEST_F(DecoderPoolTest, propertiesThatCannotBeReadNowAreNotTakenForUnreadable) {
+    using enum codec::PropertiesStatus;
+    const Descriptor file = orders("P5\n4 1\n255\nxxxx");
+    DecoderPool missing({.executable = "/no/such/program", .processes = 1});
+    EXPECT_EQ(missing.properties(file.get(), {}, 0, {}).status, NotNow);
+
+    DecoderPool pool(settings(1));
+    EXPECT_EQ(pool.properties(file.get(), {}, 0, {}).status, Read);
+    // Of a process that hangs, a stop is not held up.
+    ASSERT_EQ(::kill(onlyChild(), SIGSTOP), 0);
+    std::stop_source stop;
+    std::jthread reading([&] {
+        const codec::OpenPicture both[] = {{file.get(), {}}, {file.get(), {}}};
+        for (const auto& answer : pool.propertiesOfPictures(both, stop.get_token()))
+            EXPECT_EQ(answer.status, NotNow);
+    });
+    QElapsedTimer clock;
+    clock.start();
+    stop.request_stop();
+    reading.join();
+    EXPECT_LT(clock.elapsed(), 2000);
+}
+
+TEST_F(DecoderPoolTest, childThatDoesNotEndIsLeftBehindAndReapedLater) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::pause();
+        ::_exit(0);
+    }
+    EXPECT_FALSE(codec::process::waitForEnd(child, std::chrono::milliseconds(1)));
+    codec::process::reapLeftBehind();
+    EXPECT_EQ(::kill(child, SIGKILL), 0) << "still there";
+    EXPECT_TRUE(support::spinUntil([&] {
+        codec::process::reapLeftBehind();
+        return ::kill(child, 0) != 0;
+    }));
 }
 
 } // namespace

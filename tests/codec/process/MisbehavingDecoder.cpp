@@ -2,6 +2,8 @@
 /// 30".
 
 #include "codec/process/DecoderProcess.h"
+#include "codec/process/PacketSocket.h"
+#include "codec/process/Protocol.h"
 
 #include <QByteArray>
 #include <QByteArrayList>
@@ -74,6 +76,16 @@ public:
             while (!request.stop.isSet())
                 std::this_thread::yield();
             return {};
+        }
+        if (order == "sleep") {
+            while (true)
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        if (order == "greet") {
+            const codec::process::Reply greeting{.status = codec::process::Status::Done};
+            while (codec::process::sendPacket(
+                codec::process::socketDescriptor, std::as_bytes(std::span(&greeting, 1)))) {
+            }
         }
         if (order == "memory") return exhaustMemory();
         if (order == "lie") { // claims more than was made room for
