@@ -376,32 +376,47 @@ TEST_F(BrowserViewTest, onlyWhatIsNewIsPainted) {
     EXPECT_EQ(paints.take(), all);
 }
 
-TEST_F(BrowserViewTest, aGestureIsOneTurnOrAZoomWithinTheSizes) {
+TEST_F(BrowserViewTest, twoFingersTurnOnceOrZoomAsTheyClearlyMean) {
     show({30});
     on(&View::rotateLeftRequested, [&] { told += u"left"_s; });
     on(&View::rotateRightRequested, [&] { told += u"right"_s; });
-    on(&View::thumbnailSizeDidChange, [&](double size) { told += QString::number(size); });
-    const QPoint anchor = view->widgetRect({0, 4}).center();
     const auto gesture = [&](Qt::NativeGestureType type, double value = 0) {
         const QPointF point(9, 9);
         QNativeGestureEvent event(
             type, QPointingDevice::primaryPointingDevice(), 2, point, point, point, value, {});
         QApplication::sendEvent(view.get(), &event);
     };
-    using Steps = std::vector<std::pair<Qt::NativeGestureType, double>>;
-    const auto turn = Qt::RotateNativeGesture, zoom = Qt::ZoomNativeGesture;
-    const std::pair<Steps, QString> gestures[] = {
-        {{{zoom, 0.25}, {turn, -4}}, u"200"_s}, // counter-clockwise; not in a zoom
-        {{{turn, 0}, {turn, -4}, {turn, 9}, {zoom, 0.5}}, u"left"_s},
-        {{{turn, 2}}, u"right"_s},
-        {{{zoom, 0}, {zoom, 9}, {zoom, 9}, {zoom, -0.9}, {zoom, 2.125}}, u"256 64 200"_s}};
-    for (const auto& [steps, results] : gestures) {
+    struct Updates {
+        int count;
+        double turn, zoom; // each of them, in this order; what is 0 is not sent
+    };
+    const std::tuple<std::vector<Updates>, QString, double> gestures[] = {
+        {{{25, 0.5, 0.01}}, {}, 200},          // a pinch with a turn by accident
+        {{{125, 0.1, 0.002}}, {}, 200},        // the slower, the same
+        {{{1, -30, 0.25}}, {}, 200},           // at once
+        {{{2, -7.4, 0.02}}, {}, 160},          // neither
+        {{{20, -2, 0.003}}, u"left"_s, 160},   // clockwise is positive
+        {{{8, 1.9, -0.003}}, u"right"_s, 160}, // decided by its end only
+        {{{10, 3, 0}, {20, 0, 0.05}, {10, -9, 0}}, u"right"_s, 160},
+        {{{9, 0, 0.25}, {1, 0, -2}, {9, 20, 0}}, {}, 200}, // beyond the largest and back
+        {{{9, 0, -0.1}}, {}, 64}};
+    for (const auto& [updates, turns, size] : gestures) {
+        view->setThumbnailSize(160);
+        view->reloadData();
+        const int anchor = view->widgetRect({0, 4}).center().y();
         gesture(Qt::BeginNativeGesture);
-        for (const auto& [type, value] : steps)
-            gesture(type, value);
+        for (const auto& [count, turn, zoom] : updates)
+            for (int update = 0; update < count; ++update) {
+                if (turn != 0) gesture(Qt::RotateNativeGesture, turn);
+                if (zoom != 0) gesture(Qt::ZoomNativeGesture, zoom);
+            }
         gesture(Qt::EndNativeGesture);
-        gesture(turn, -4); // outside of a gesture
-        EXPECT_EQ(std::exchange(told, {}).join(u' '), results);
+        gesture(Qt::RotateNativeGesture, 90); // outside of a gesture
+        gesture(Qt::ZoomNativeGesture, 9);
+        EXPECT_EQ(std::exchange(told, {}).join(u' '), turns) << updates[0].turn;
+        EXPECT_EQ(view->thumbnailSize(), size) << updates[0].turn;
+        if (size > 64) { // else all of them fit
+            EXPECT_NEAR(view->widgetRect({0, 4}).center().y(), anchor, 1);
+        }
     }
-    EXPECT_NEAR(view->widgetRect({0, 4}).center().y(), anchor.y(), 1);
 }

@@ -198,21 +198,3 @@ bool BrowserInput::rightMouseDown(const QPointF& point) {
     }
     return item != nullptr;
 }
-
-void BrowserInput::rotate(double rotation) {
-    platform::assertMainThread();
-    if (_gestureStatus != Gesture::Undecided || rotation == 0) return;
-    _gestureStatus = Gesture::Rotation;
-    _host.perform(rotation > 0 ? BrowserCommand::RotateLeft : BrowserCommand::RotateRight);
-}
-
-void BrowserInput::magnify(double magnification) {
-    platform::assertMainThread();
-    if (_gestureStatus != Gesture::Undecided && _gestureStatus != Gesture::Zoom) return;
-    _gestureStatus = Gesture::Zoom;
-    const double present = _layout.metrics().thumbnailSize;
-    const double wanted = std::clamp(
-        std::rint(present * (1 + magnification)), BrowserMetrics::minThumbnailSize,
-        BrowserMetrics::maxThumbnailSize);
-    if (wanted != present) _host.applyThumbnailSize(wanted);
-}
