@@ -264,16 +264,32 @@ void PBImageBrowserView::captureScrollIfNone() {
     if (!_scrollCapture) captureScrollWithMode(ScrollCaptureMode::Nearest);
 }
 
+QRectF PBImageBrowserView::restingRect() const {
+    QRectF rect = visibleRect();
+    const ScrollMotion& motion = _scrollView.motion();
+    if (motion.isRunning())
+        rect.moveTop(std::clamp(motion.scrollStopPos(), 0.0, _scrollView.maxScrollPoint().y()));
+    return rect;
+}
+
+void PBImageBrowserView::scrollFromRest(double distance) {
+    const bool isMoving = _scrollView.motion().isRunning();
+    if (distance == 0 && !(isMoving && _isAutoRepeat)) return;
+    const QRectF visible = visibleRect();
+    const double position = restingRect().top() + distance;
+    const double way = position - visible.top();
+    // A key that is held is faster than any motion: what it leads to would stay out of sight.
+    const bool isLeftBehind = _isAutoRepeat || (isMoving && std::abs(way) > visible.height());
+    _scrollView.scrollToPosition(position, !isLeftBehind && _layout.shouldAnimate(way));
+}
+
 void PBImageBrowserView::scrollIndexToVisible(const PBImageBrowserIndex& index) {
-    const double distance = _layout.scrollDistanceToShow(index, visibleRect());
-    if (distance == 0) return;
-    _scrollView.scrollToPosition(visibleRect().top() + distance, _layout.shouldAnimate(distance));
+    scrollFromRest(_layout.scrollDistanceToShow(index, restingRect()));
 }
 
 void PBImageBrowserView::scrollToEnd(bool isStart) {
     const double position = isStart ? 0 : _scrollView.maxScrollPoint().y();
-    const double distance = position - visibleRect().top();
-    if (distance != 0) _scrollView.scrollToPosition(position, _layout.shouldAnimate(distance));
+    scrollFromRest(position - restingRect().top());
 }
 
 void PBImageBrowserView::scrollToGroup(std::int64_t group) {

@@ -133,6 +133,10 @@ private:
     void perform(BrowserCommand command) override;
     void applyThumbnailSize(double size) override;
 
+    /// What will be on show when a motion that runs is over.
+    [[nodiscard]] QRectF restingRect() const;
+    /// Scrolls by so much more than a motion that runs will.
+    void scrollFromRest(double distance);
     void didScroll();
     void scrollPixels(double distance);
     /// Fits the sheet into its width, keeping what is held in place where it is.
@@ -174,6 +178,7 @@ private:
     int _clickCount = 1;
     double _oldScrollPosition = 0;
     bool _scrollDirection = true; // down
+    bool _isAutoRepeat = false;   // the key that is handled
     bool _ignoreUpdateScrollCapture = false;
     bool _isReloading = false;
     std::uint64_t _contentGeneration = 0;

@@ -13,6 +13,7 @@
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPixmap>
+#include <QScopedValueRollback>
 #include <QStyleHints>
 #include <QTimerEvent>
 
@@ -163,6 +164,9 @@ void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
     const BrowserModifiers modifiers = modifiersOf(event->modifiers());
     const auto key = keyOf(event->key());
     if (key && !(*key == BrowserKey::Space && isTyping())) {
+        // It would set the flag and take it back until the key is let go.
+        if (*key == BrowserKey::Space && event->isAutoRepeat()) return;
+        const QScopedValueRollback repeats(_isAutoRepeat, event->isAutoRepeat());
         if (!_input.keyDown(*key, modifiers)) event->ignore();
         return;
     }

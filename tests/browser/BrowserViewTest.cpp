@@ -147,6 +147,36 @@ TEST_F(BrowserViewTest, lettersMakeOneBeginningUntilTheKeyboardsPause) {
     }
 }
 
+TEST_F(BrowserViewTest, whatAKeyThatIsHeldLeadsToStaysInSight) {
+    show({3000});
+    on(&View::flagToggleRequested, [&] { told += u"flag"_s; });
+    const auto hold = [&](int key, double rate, auto step) {
+        for (double held = 0; held < 2; held += rate) {
+            step(key, held > 0);
+            if (held > 0) {
+                EXPECT_TRUE(view->rect().contains(view->widgetRect(view->currentIndex()))) << held;
+            }
+            for (const double frame : {0.25, 0.5, 0.75, 1.0}) { // a pause before the first repeat
+                now += (held == 0 ? 0.4 : rate) * frame;
+                scrollView.motion().tick();
+            }
+        }
+    };
+    const auto pressed = [&](int key, bool isRepeat) { press(*view, key, {}, {}, isRepeat); };
+    for (const int key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_End})
+        hold(key, 1 / 30.0, pressed);
+    hold(Qt::Key_Space, 0.1, pressed);
+    EXPECT_EQ(told, QStringList{u"flag"_s});
+    press(*view, Qt::Key_Home);
+    finishMotion();
+    // A step that is eased is measured from where the one before it ends.
+    for (int step = 0; step < 4; ++step)
+        press(*view, Qt::Key_Down);
+    EXPECT_TRUE(scrollView.motion().isRunning());
+    finishMotion();
+    EXPECT_EQ(view->widgetRect(view->currentIndex()).bottom(), view->height() - 23 - 1);
+}
+
 TEST_F(BrowserViewTest, aBandShowsWhereItIsAndScrollsWhileTheMouseStandsStill) {
     show({60});
     const auto* band = view->findChild<PBImageBrowserSelectView*>();
