@@ -169,12 +169,14 @@ TEST_F(BrowserViewTest, whatAKeyThatIsHeldLeadsToStaysInSight) {
     EXPECT_EQ(told, QStringList{u"flag"_s});
     press(*view, Qt::Key_Home);
     finishMotion();
-    // A step that is eased is measured from where the one before it ends.
-    for (int step = 0; step < 4; ++step)
-        press(*view, Qt::Key_Down);
-    EXPECT_TRUE(scrollView.motion().isRunning());
+    // Steps that are eased are measured from where the motion ends, not from where it is.
+    for (const int key : {Qt::Key_Down, Qt::Key_Up}) {
+        for (int step = 0; step < 4; ++step)
+            press(*view, key);
+        EXPECT_TRUE(scrollView.motion().isRunning());
+    }
     finishMotion();
-    EXPECT_EQ(view->widgetRect(view->currentIndex()).bottom(), view->height() - 23 - 1);
+    EXPECT_TRUE(view->rect().contains(view->widgetRect(view->currentIndex())));
 }
 
 TEST_F(BrowserViewTest, aBandShowsWhereItIsAndScrollsWhileTheMouseStandsStill) {
