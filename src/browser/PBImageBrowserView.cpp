@@ -18,6 +18,8 @@ namespace {
 
 /// Sorting the waiting builds again costs their number: not at every step of a motion.
 constexpr int adjustDelay = 50; // milliseconds
+/// Thumbnails that are too small are loaded again when the sheet is at rest.
+constexpr int largerDelay = 150; // milliseconds
 
 } // namespace
 
@@ -222,6 +224,7 @@ void PBImageBrowserView::paintEvent(QPaintEvent* event) {
                       .pixelRatio = devicePixelRatioF(),
                       .hasFocus = hasFocus()});
     }
+    if (_feed.takeHasTooSmall()) _largerTimer.start(largerDelay, this);
     if (!crude.isEmpty()) {
         // What was scaled in a hurry gets its turn when the events that wait are done.
         QMetaObject::invokeMethod(

@@ -173,6 +173,7 @@ private:
     std::unique_ptr<platform::TrackingScope> _tracking;
     QBasicTimer _selectTimer;
     QBasicTimer _adjustTimer;
+    QBasicTimer _largerTimer;
     int _selectTimerScrollStep = 0;
     QPoint _lastMouse;
     int _clickCount = 1;

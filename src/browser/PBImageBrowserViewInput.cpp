@@ -247,6 +247,10 @@ void PBImageBrowserView::setSelectTimerScrollStep(int step) {
 
 void PBImageBrowserView::timerEvent(QTimerEvent* event) {
     if (event->timerId() == _adjustTimer.timerId()) return adjustBuildThumb();
+    if (event->timerId() == _largerTimer.timerId()) {
+        _largerTimer.stop();
+        return _feed.loadLarger(visibleRect());
+    }
     if (event->timerId() != _selectTimer.timerId()) return QWidget::timerEvent(event);
     _scrollView.scrollToPosition(visibleRect().top() + _selectTimerScrollStep, false);
     // The band grows while the mouse stands still.

@@ -291,6 +291,37 @@ TEST_F(BrowserViewTest, aPaintLoadsForEightMillisecondsAndTheQueueTheRest) {
     EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::green));
 }
 
+TEST_F(BrowserViewTest, onlyThePixelsThatCellsNeedAreKept) {
+    show({12});
+    const auto& item = tree->item(0, 0);
+    const auto& turned = tree->item(0, 1);
+    turned->setRotateAngle(90);
+    for (const auto& each : tree->tree[0]->imageFiles()) {
+        services.thumbnails.insert(each->fileId(), plain(Qt::red, {240, 160}));
+        services.preloaded.insert(each->fileId(), plain(Qt::green, {240, 160}));
+    }
+    view->setThumbnailSize(90);
+    view->reloadData();
+    picture();
+    EXPECT_EQ(item->thumbnailRef().size(), QSize(90, 60));
+    EXPECT_EQ(turned->thumbnailRef().size(), QSize(90, 60));
+    // Those of larger cells come when they are there; until then there are the smaller ones.
+    view->setThumbnailSize(150);
+    view->reloadData();
+    EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::red));
+    EXPECT_TRUE(support::spinUntil([&] { return item->thumbnailRef().width() == 150; }));
+    EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::green));
+    EXPECT_TRUE(support::spinUntil([&] { return turned->thumbnailRef().width() == 150; }));
+    view->setThumbnailSize(90);
+    view->reloadData();
+    picture();
+    EXPECT_EQ(item->thumbnailRef().width(), 150); // they are as good for smaller ones
+    view->setThumbnailSize(256);
+    view->reloadData();
+    picture();
+    EXPECT_TRUE(support::spinUntil([&] { return turned->thumbnailRef().width() == 240; }));
+}
+
 TEST_F(BrowserViewTest, whatIsInTheWayOfTravelIsPreloadedFirstAndWhatAPaintMissedBeforeIt) {
     show({300});
     platform::OperationQueue& queue = services.preloadQueue;

@@ -25,17 +25,25 @@ TEST(PBPreloadThumbnailOperationTest, deliversInOrderWhatWasMissingAndLoadsNoMor
     FakeLoader loader;
     std::vector<PBPreloadThumbnailObject> objects;
     for (int id = 1; id <= 9; ++id)
-        objects.push_back({PBImageFileItem::imageFileItemWithId(id, 1, u"a"_s, 1, 1), {}});
+        objects.push_back(
+            {.imageFileItem = PBImageFileItem::imageFileItemWithId(id, 1, u"a"_s, 1, 1)});
     objects[1].imageFileItem->setThumbnailRef(QImage(1, 1, QImage::Format_RGB32));
+    objects[3].imageFileItem->setThumbnailRef(QImage(1, 1, QImage::Format_RGB32));
+    objects[3].isAgain = true; // all the same
+    objects[3].pixels = {3, 2};
+    objects[4].pixels = {5, 2}; // needs all of its width
     std::vector<qint64> finished;
+    std::vector<QSize> sizes;
     loader.queue.addOperation(std::make_shared<PBPreloadThumbnailOperation>(
         std::move(objects), loader, [&](const PBPreloadThumbnailObject& object) {
             EXPECT_TRUE(platform::isMainThread());
-            EXPECT_EQ(object.thumbnailRef.width(), object.imageFileItem->fileId());
+            sizes.push_back(object.thumbnailRef.size());
+            EXPECT_EQ(object.isReduced, object.imageFileItem->fileId() == 4);
             finished.push_back(object.imageFileItem->fileId());
         }));
     EXPECT_TRUE(support::spinUntil([&] { return finished.size() == 3; }));
     EXPECT_EQ(finished, (std::vector<qint64>{1, 4, 5}));
+    EXPECT_EQ(sizes, (std::vector<QSize>{{1, 4}, {3, 2}, {5, 4}}));
     loader.queue.waitUntilAllOperationsAreFinished();
     EXPECT_EQ(loader.loaded, (std::vector<qint64>{1, 3, 4, 5}));
 }

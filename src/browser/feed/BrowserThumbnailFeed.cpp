@@ -1,11 +1,12 @@
 #include "browser/feed/BrowserThumbnailFeed.h"
 
+#include "browser/feed/PreparedThumbnails.h"
 #include "image/PBThumbnailBufferManager.h"
 #include "platform/work/MainThread.h"
 #include "platform/work/OperationQueue.h"
 
-#include <unordered_set>
-#include <utility>
+#include <algorithm>
+#include <cmath>
 
 BrowserThumbnailFeed::BrowserThumbnailFeed(
     BrowserLayout& layout, const BrowserLeafList& leaves, BrowserServices& services,
@@ -15,8 +16,9 @@ BrowserThumbnailFeed::BrowserThumbnailFeed(
 
 BrowserThumbnailFeed::~BrowserThumbnailFeed() = default;
 
-void BrowserThumbnailFeed::beginPaint(double budget) {
+void BrowserThumbnailFeed::beginPaint(double budget, double pixelRatio) {
     platform::assertMainThread();
+    _pixelRatio = pixelRatio;
     _paintEnd = _clock() + budget;
     _hasMissed = false;
 }
@@ -36,15 +38,58 @@ bool BrowserThumbnailFeed::hasTimeLeft() const {
 
 QImage BrowserThumbnailFeed::thumbnail(
     const PBImageBrowserIndex& index, const std::shared_ptr<PBImageFileItem>& item) {
-    if (item->hasThumbnail()) return item->thumbnailRef();
+    if (item->hasThumbnail()) {
+        _hasTooSmall = _hasTooSmall || isTooSmall(index, *item);
+        return item->thumbnailRef();
+    }
     if (!hasTimeLeft()) {
         _hasMissed = true;
         return {};
     }
-    const QImage loaded = _services.thumbnailLoader().loadThumbnail(*item);
-    if (!loaded.isNull())
-        _services.thumbnailBufferManager().applyPreloadThumbnail(item, loaded, index);
+    const QImage stored = _services.thumbnailLoader().loadThumbnail(*item);
+    if (stored.isNull()) return {};
+    const QImage loaded = reducedThumbnail(stored, neededPixels(index, *item));
+    noteLoaded(*item, loaded.size() != stored.size());
+    _services.thumbnailBufferManager().applyPreloadThumbnail(item, loaded, index);
     return loaded;
+}
+
+QSize BrowserThumbnailFeed::neededPixels(
+    const PBImageBrowserIndex& index, const PBImageFileItem& item) const {
+    // At other angles it is drawn larger than its cell shows.
+    if (std::fmod(item.rotateAngle(), 90) != 0) return {};
+    const QSize shown = _layout.picturePixels(index, _pixelRatio);
+    return quarterTurns(item.rotateAngle()) % 2 == 0 ? shown : shown.transposed();
+}
+
+bool BrowserThumbnailFeed::isTooSmall(
+    const PBImageBrowserIndex& index, const PBImageFileItem& item) const {
+    if (!_reduced.contains(item.fileId())) return false;
+    const QSize needed = neededPixels(index, item);
+    const QSize size = item.thumbnailRef().size();
+    return needed.isEmpty() || size.width() < needed.width() || size.height() < needed.height();
+}
+
+void BrowserThumbnailFeed::noteLoaded(const PBImageFileItem& item, bool isReduced) {
+    if (isReduced) {
+        _reduced.insert(item.fileId());
+    } else {
+        _reduced.erase(item.fileId());
+    }
+}
+
+void BrowserThumbnailFeed::loadLarger(const QRectF& visible) {
+    platform::assertMainThread();
+    if (_services.isLargeView()) return;
+    std::vector<PBPreloadThumbnailObject> again;
+    _layout.forEachVisible(visible.top(), visible.bottom(), [&](const PBImageBrowserIndex& index) {
+        const auto item = _leaves.imageFileAtIndex(index);
+        if (!item || !item->hasThumbnail() || !isTooSmall(index, *item)) return;
+        again.push_back(
+            {.imageFileItem = item, .pixels = neededPixels(index, *item), .isAgain = true});
+    });
+    if (auto operation = preloadOperation(std::move(again)))
+        _services.preloadThumbnailOperationQueue().addOperation(std::move(operation));
 }
 
 void BrowserThumbnailFeed::preloadThumbnailWithPosition(const QRectF& visible, int flag) {
@@ -76,9 +121,15 @@ BrowserThumbnailFeed::preloadThumbnailOperation(double topLine, double bottomLin
     if (_services.isLargeView()) return nullptr;
     std::vector<PBPreloadThumbnailObject> objects;
     _layout.forEachVisible(topLine, bottomLine, [&](const PBImageBrowserIndex& index) {
-        auto item = _leaves.imageFileAtIndex(index);
-        if (item && !item->hasThumbnail()) objects.push_back({std::move(item), {}});
+        const auto item = _leaves.imageFileAtIndex(index);
+        if (item && !item->hasThumbnail())
+            objects.push_back({.imageFileItem = item, .pixels = neededPixels(index, *item)});
     });
+    return preloadOperation(std::move(objects));
+}
+
+std::shared_ptr<platform::Operation>
+BrowserThumbnailFeed::preloadOperation(std::vector<PBPreloadThumbnailObject> objects) {
     if (objects.empty()) return nullptr;
     return std::make_shared<PBPreloadThumbnailOperation>(
         std::move(objects), _services.preloadThumbnailLoader(),
@@ -91,6 +142,8 @@ void BrowserThumbnailFeed::preloadThumbnailFinished(const PBPreloadThumbnailObje
     platform::assertMainThread();
     const bool isTaken = _services.thumbnailBufferManager().applyPreloadThumbnail(
         object.imageFileItem, object.thumbnailRef);
+    if (!isTaken && !object.isAgain) return;
+    noteLoaded(*object.imageFileItem, object.isReduced);
     if (isTaken) _arrived(*object.imageFileItem);
 }
 

@@ -8,6 +8,9 @@
 
 #include <functional>
 #include <memory>
+#include <unordered_set>
+#include <utility>
+#include <vector>
 
 /// Tells the machinery of thumbnails which images matter now, and gives out what is there. Main
 /// thread.
@@ -23,8 +26,9 @@ public:
     BrowserThumbnailFeed& operator=(const BrowserThumbnailFeed&) = delete;
 
     /// Around a paint: thumbnails that are not in memory are loaded on the spot until `budget`
-    /// seconds are spent; what is left over is loaded in the background.
-    void beginPaint(double budget);
+    /// seconds are spent; what is left over is loaded in the background. Of all of them, only the
+    /// pixels are kept that their cells need at so many device pixels to the point.
+    void beginPaint(double budget, double pixelRatio);
     void endPaint(const QRectF& visible);
     [[nodiscard]] bool hasTimeLeft() const;
     /// From memory or from the catalogue; null if there is none, or no time for it.
@@ -37,7 +41,20 @@ public:
     /// Builds what is on show first, then the page ahead.
     void adjustBuildThumb(const QRectF& visible, bool isScrollingDown);
 
+    /// A thumbnail of fewer pixels than its cell needs was given out since this was asked last.
+    [[nodiscard]] bool takeHasTooSmall() { return std::exchange(_hasTooSmall, false); }
+    /// Loads such thumbnails of what is on show again, in the background.
+    void loadLarger(const QRectF& visible);
+
 private:
+    /// Of the thumbnail as it is stored; empty where that is not known.
+    [[nodiscard]] QSize
+    neededPixels(const PBImageBrowserIndex& index, const PBImageFileItem& item) const;
+    [[nodiscard]] bool
+    isTooSmall(const PBImageBrowserIndex& index, const PBImageFileItem& item) const;
+    void noteLoaded(const PBImageFileItem& item, bool isReduced);
+    [[nodiscard]] std::shared_ptr<platform::Operation>
+    preloadOperation(std::vector<PBPreloadThumbnailObject> objects);
     [[nodiscard]] std::shared_ptr<platform::Operation>
     preloadThumbnailOperation(double topLine, double bottomLine);
     void replacePreloads(std::initializer_list<std::shared_ptr<platform::Operation>> wanted);
@@ -50,6 +67,10 @@ private:
     const std::function<double()> _clock;
     /// Expires with this object: a thumbnail may arrive later.
     std::shared_ptr<BrowserThumbnailFeed*> _self;
+    /// Images whose thumbnail has more pixels where it is stored than in memory.
+    std::unordered_set<qint64> _reduced;
+    double _pixelRatio = 1;
+    bool _hasTooSmall = false;
     double _paintEnd = 0;
     bool _hasMissed = false;
     int _direction = 1;

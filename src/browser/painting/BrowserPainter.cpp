@@ -106,7 +106,7 @@ QRectF BrowserPainter::draw(QPainter& painter, const Frame& frame) {
         painter.fillRect(
             frame.dirty.translated(-frame.visible.topLeft()),
             PBThemes::imageBrowserBackgroundColor());
-        _feed.beginPaint(paintBudget);
+        _feed.beginPaint(paintBudget, frame.pixelRatio);
         drawCells(painter, frame);
         _feed.endPaint(frame.visible);
     }
