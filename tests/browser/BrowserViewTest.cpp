@@ -322,6 +322,47 @@ TEST_F(BrowserViewTest, onlyThePixelsThatCellsNeedAreKept) {
     EXPECT_TRUE(support::spinUntil([&] { return turned->thumbnailRef().width() == 240; }));
 }
 
+/// Decodes to pictures of one colour, or fails.
+struct FakeImporter final : PBImageImporterProtocol {
+    explicit FakeImporter(bool canRead) : isGood(canRead) {}
+    std::optional<PBDictionary> propertiesAtIndex(std::size_t) override { return std::nullopt; }
+    QImage createImageWithMaxSize(unsigned side, std::size_t, std::stop_token) override {
+        const auto wide = static_cast<int>(side);
+        return isGood ? plain(Qt::blue, {wide, wide * 2 / 3}) : QImage();
+    }
+    std::size_t imageCount() override { return 1; }
+    QString utiType() override { return {}; }
+    const bool isGood;
+};
+
+TEST_F(BrowserViewTest, imagesOnShowAreDecodedWhereStoredThumbnailsAreTooSmall) {
+    show({60});
+    std::map<qint64, int> made;
+    services.makeImporter = [&](const PBImageFileItem& item) {
+        ++made[item.fileId()];
+        return std::make_unique<FakeImporter>(item.fileId() != 2);
+    };
+    for (const auto& each : tree->tree[0]->imageFiles())
+        services.thumbnails.insert(each->fileId(), plain(Qt::red, {120, 80}));
+    const auto& first = tree->item(0, 0);
+    const auto& all = tree->item(0, 2); // has no more pixels than are stored
+    all->setImageSize({120, 80});
+    EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::red));
+    EXPECT_TRUE(support::spinUntil([&] { return first->thumbnailRef().width() == 160; }));
+    const auto& last = tree->item(0, 5); // of those on show
+    EXPECT_TRUE(support::spinUntil([&] { return last->thumbnailRef().width() == 160; }));
+    EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::blue));
+    // One that was dropped comes from the catalogue, and is decoded again.
+    last->clearThumbnailRef();
+    EXPECT_EQ(picture().pixelColor(at({0, 5})), QColor(Qt::red));
+    EXPECT_TRUE(support::spinUntil([&] { return last->thumbnailRef().width() == 160; }));
+    EXPECT_EQ(made[6], 2);
+    EXPECT_EQ(made[1], 1);
+    EXPECT_EQ(made[2], 1); // unreadable: tried once
+    EXPECT_EQ(made[3], 0);
+    EXPECT_EQ(made[60], 0); // not on show
+}
+
 TEST_F(BrowserViewTest, whatIsInTheWayOfTravelIsPreloadedFirstAndWhatAPaintMissedBeforeIt) {
     show({300});
     platform::OperationQueue& queue = services.preloadQueue;

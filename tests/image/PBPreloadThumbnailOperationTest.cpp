@@ -1,4 +1,5 @@
 #include "image/PBPreloadThumbnailOperation.h"
+#include "image/SharpThumbnailOperation.h"
 
 #include "group/PBImageFileItem.h"
 #include "platform/work/MainLoop.h"
@@ -46,6 +47,42 @@ TEST(PBPreloadThumbnailOperationTest, deliversInOrderWhatWasMissingAndLoadsNoMor
     EXPECT_EQ(sizes, (std::vector<QSize>{{1, 4}, {3, 2}, {5, 4}}));
     loader.queue.waitUntilAllOperationsAreFinished();
     EXPECT_EQ(loader.loaded, (std::vector<qint64>{1, 3, 4, 5}));
+}
+
+/// Decodes to squares; cancels the queue within the third picture.
+struct FakeImporter final : PBImageImporterProtocol {
+    FakeImporter(int number, platform::OperationQueue& decoding) : id(number), queue(decoding) {}
+    std::optional<PBDictionary> propertiesAtIndex(std::size_t) override { return std::nullopt; }
+    QImage createImageWithMaxSize(unsigned side, std::size_t, std::stop_token stop) override {
+        if (id == 3) queue.cancelAllOperations();
+        if (id == 2 || stop.stop_requested()) return {};
+        return {static_cast<int>(side), static_cast<int>(side), QImage::Format_RGB32};
+    }
+    std::size_t imageCount() override { return 1; }
+    QString utiType() override { return {}; }
+    const int id;
+    platform::OperationQueue& queue;
+};
+
+TEST(SharpThumbnailOperationTest, tellsWhatCantBeReadAndNothingOfWhatWasStopped) {
+    const platform::MainLoop loop;
+    platform::OperationQueue queue{u"preload"_s};
+    std::vector<SharpThumbnailOperation::Request> requests;
+    for (int id = 1; id <= 4; ++id)
+        requests.push_back(
+            {PBImageFileItem::imageFileItemWithId(id, 1, u"a"_s, 1, 1),
+             std::make_unique<FakeImporter>(id, queue), 10 * id});
+    std::vector<std::pair<qint64, int>> sizes;
+    queue.addOperation(std::make_shared<SharpThumbnailOperation>(
+        std::move(requests), [&](const auto& item, int side, const QImage& image) {
+            EXPECT_TRUE(platform::isMainThread());
+            EXPECT_EQ(side, 10 * item->fileId());
+            sizes.emplace_back(item->fileId(), image.width());
+        }));
+    EXPECT_TRUE(support::spinUntil([&] { return sizes.size() == 2; }));
+    queue.waitUntilAllOperationsAreFinished();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(sizes, (std::vector<std::pair<qint64, int>>{{1, 10}, {2, 0}}));
 }
 
 } // namespace

@@ -39,7 +39,7 @@ bool BrowserThumbnailFeed::hasTimeLeft() const {
 QImage BrowserThumbnailFeed::thumbnail(
     const PBImageBrowserIndex& index, const std::shared_ptr<PBImageFileItem>& item) {
     if (item->hasThumbnail()) {
-        _hasTooSmall = _hasTooSmall || isTooSmall(index, *item);
+        _hasTooSmall = _hasTooSmall || isTooSmall(index, *item) || couldBeSharper(index, *item);
         return item->thumbnailRef();
     }
     if (!hasTimeLeft()) {
@@ -51,6 +51,7 @@ QImage BrowserThumbnailFeed::thumbnail(
     const QImage loaded = reducedThumbnail(stored, neededPixels(index, *item));
     noteLoaded(*item, loaded.size() != stored.size());
     _services.thumbnailBufferManager().applyPreloadThumbnail(item, loaded, index);
+    _hasTooSmall = _hasTooSmall || couldBeSharper(index, *item);
     return loaded;
 }
 
@@ -70,7 +71,18 @@ bool BrowserThumbnailFeed::isTooSmall(
     return needed.isEmpty() || size.width() < needed.width() || size.height() < needed.height();
 }
 
+bool BrowserThumbnailFeed::couldBeSharper(
+    const PBImageBrowserIndex& index, const PBImageFileItem& item) const {
+    const auto longer = [](auto size) { return std::max(size.width(), size.height()); };
+    const int needed = longer(neededPixels(index, item));
+    const int present = longer(item.thumbnailRef().size());
+    if (present >= needed || present >= longer(item.imageSize()) || item.isAway()) return false;
+    const auto done = _sharpened.find(item.fileId());
+    return done == _sharpened.end() || done->second < needed;
+}
+
 void BrowserThumbnailFeed::noteLoaded(const PBImageFileItem& item, bool isReduced) {
+    _sharpened.erase(item.fileId());
     if (isReduced) {
         _reduced.insert(item.fileId());
     } else {
@@ -82,12 +94,20 @@ void BrowserThumbnailFeed::loadLarger(const QRectF& visible) {
     platform::assertMainThread();
     if (_services.isLargeView()) return;
     std::vector<PBPreloadThumbnailObject> again;
+    std::vector<SharpThumbnailOperation::Request> sharper;
     _layout.forEachVisible(visible.top(), visible.bottom(), [&](const PBImageBrowserIndex& index) {
         const auto item = _leaves.imageFileAtIndex(index);
-        if (!item || !item->hasThumbnail() || !isTooSmall(index, *item)) return;
-        again.push_back(
-            {.imageFileItem = item, .pixels = neededPixels(index, *item), .isAgain = true});
+        if (!item || !item->hasThumbnail()) return;
+        const QSize needed = neededPixels(index, *item);
+        if (isTooSmall(index, *item)) {
+            again.push_back({.imageFileItem = item, .pixels = needed, .isAgain = true});
+        } else if (couldBeSharper(index, *item)) {
+            if (auto importer = _services.imageImporter(*item))
+                sharper.push_back(
+                    {item, std::move(importer), std::max(needed.width(), needed.height())});
+        }
     });
+    sharpen(std::move(sharper), visible);
     if (auto operation = preloadOperation(std::move(again)))
         _services.preloadThumbnailOperationQueue().addOperation(std::move(operation));
 }
@@ -114,6 +134,31 @@ void BrowserThumbnailFeed::replacePreloads(
         if (std::exchange(isFirst, false)) queue.cancelAllOperations();
         queue.addOperation(operation);
     }
+}
+
+void BrowserThumbnailFeed::sharpen(
+    std::vector<SharpThumbnailOperation::Request> requests, const QRectF& visible) {
+    if (requests.empty()) return;
+    if (const auto running = _sharpening.lock()) {
+        if (!running->isCancelled() && !running->isFinished() && _sharpeningPart == visible) return;
+        running->cancel();
+    }
+    const auto operation = std::make_shared<SharpThumbnailOperation>(
+        std::move(requests),
+        [self = std::weak_ptr(_self)](const auto& item, int side, const QImage& image) {
+            if (const auto alive = self.lock()) (*alive)->sharpened(item, side, image);
+        });
+    _sharpening = operation;
+    _sharpeningPart = visible;
+    _services.preloadThumbnailOperationQueue().addOperation(operation);
+}
+
+void BrowserThumbnailFeed::sharpened(
+    const std::shared_ptr<PBImageFileItem>& item, int side, const QImage& image) {
+    platform::assertMainThread();
+    if (!item->hasThumbnail()) return; // it was dropped meanwhile: it is not on show
+    _sharpened[item->fileId()] = side;
+    if (_services.thumbnailBufferManager().applyPreloadThumbnail(item, image)) _arrived(*item);
 }
 
 std::shared_ptr<platform::Operation>

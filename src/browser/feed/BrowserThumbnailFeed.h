@@ -3,11 +3,13 @@
 #include "browser/feed/BrowserServices.h"
 #include "browser/layout/BrowserLayout.h"
 #include "browser/state/BrowserLeafList.h"
+#include "image/SharpThumbnailOperation.h"
 
 #include <QImage>
 
 #include <functional>
 #include <memory>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -43,7 +45,8 @@ public:
 
     /// A thumbnail of fewer pixels than its cell needs was given out since this was asked last.
     [[nodiscard]] bool takeHasTooSmall() { return std::exchange(_hasTooSmall, false); }
-    /// Loads such thumbnails of what is on show again, in the background.
+    /// Loads such thumbnails of what is on show again, in the background; where even the stored
+    /// ones are too small, decodes the images themselves.
     void loadLarger(const QRectF& visible);
 
 private:
@@ -52,6 +55,11 @@ private:
     neededPixels(const PBImageBrowserIndex& index, const PBImageFileItem& item) const;
     [[nodiscard]] bool
     isTooSmall(const PBImageBrowserIndex& index, const PBImageFileItem& item) const;
+    /// The stored thumbnail is too small, and its image has more to give.
+    [[nodiscard]] bool
+    couldBeSharper(const PBImageBrowserIndex& index, const PBImageFileItem& item) const;
+    void sharpen(std::vector<SharpThumbnailOperation::Request> requests, const QRectF& visible);
+    void sharpened(const std::shared_ptr<PBImageFileItem>& item, int side, const QImage& image);
     void noteLoaded(const PBImageFileItem& item, bool isReduced);
     [[nodiscard]] std::shared_ptr<platform::Operation>
     preloadOperation(std::vector<PBPreloadThumbnailObject> objects);
@@ -69,6 +77,10 @@ private:
     std::shared_ptr<BrowserThumbnailFeed*> _self;
     /// Images whose thumbnail has more pixels where it is stored than in memory.
     std::unordered_set<qint64> _reduced;
+    /// Longer sides that images were decoded for since their thumbnails came from the catalogue.
+    std::unordered_map<qint64, int> _sharpened;
+    std::weak_ptr<platform::Operation> _sharpening;
+    QRectF _sharpeningPart; // of the sheet
     double _pixelRatio = 1;
     bool _hasTooSmall = false;
     double _paintEnd = 0;
