@@ -59,6 +59,9 @@ PBScrollView::PBScrollView(Qt::Orientation axis, QWidget* parent)
         scrollToPosition(position, true);
     });
     connect(_scroller, &PBScroller::moveRequested, this, &PBScrollView::scrollBy);
+    connect(_scroller, &PBScroller::wheelTurned, this, [this](QWheelEvent& event) {
+        wheelEvent(&event);
+    });
 }
 
 PBScrollView::~PBScrollView() = default;

@@ -25,11 +25,14 @@ Q_SIGNALS:
     void positionRequested(double position);
     /// The user wants to move on by so much.
     void moveRequested(double delta);
+    /// It is the document's, wherever the mouse is.
+    void wheelTurned(QWheelEvent& event);
 
 protected:
     /// With the option key held the knob moves at a quarter of the mouse's speed.
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override { Q_EMIT wheelTurned(*event); }
 
 private:
     void handleAction(int action);

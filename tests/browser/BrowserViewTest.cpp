@@ -271,6 +271,39 @@ TEST_F(BrowserViewTest, paintsThumbnailsTurnedOnWhiteWithFrames) {
     }
 }
 
+TEST_F(BrowserViewTest, picturesAndTheirFramesLieOnWholePixelsAtAnyScale) {
+    show({12});
+    view->setStyle(0);
+    for (const auto& item : tree->tree[0]->imageFiles()) {
+        item->setImageSize({2, item->fileId() % 3 == 0 ? 3.0 : 1.0});
+        item->setThumbnailRef(plain(Qt::green));
+        item->setIsSelected(true);
+    }
+    view->setStyle(BrowserMetrics::EnlargeSmallPhoto);
+    const QColor background = PBThemes::imageBrowserBackgroundColor();
+    for (const double ratio : {1.0, 1.25, 1.5, 1.75, 2.0}) {
+        QImage image((view->size().toSizeF() * ratio).toSize(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
+        view->render(&image, QPoint(), QRegion(), QWidget::DrawWindowBackground);
+        const auto gap = static_cast<int>(std::lround(ratio));
+        const auto line = static_cast<int>(std::lround(2 * ratio));
+        for (int item = 0; item < 6; ++item)
+            for (const QPoint way : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)}) {
+                QPoint at = (QPointF(view->widgetRect({0, item}).center()) * ratio).toPoint();
+                const auto passed = [&](const QColor& color) {
+                    int count = 0;
+                    for (; image.pixelColor(at) == color; at += way)
+                        ++count;
+                    return count;
+                };
+                EXPECT_GT(passed(Qt::green), 30);
+                EXPECT_EQ(passed(background), gap) << ratio << ' ' << item;
+                EXPECT_EQ(passed(PBThemes::imageBrowserSelectColor(view->hasFocus())), line)
+                    << ratio << ' ' << item;
+            }
+    }
+}
+
 TEST_F(BrowserViewTest, aPaintLoadsForEightMillisecondsAndTheQueueTheRest) {
     show({12});
     // The clock is looked at when a paint begins and twice for each cell without a thumbnail.
@@ -278,6 +311,10 @@ TEST_F(BrowserViewTest, aPaintLoadsForEightMillisecondsAndTheQueueTheRest) {
         services.thumbnails.takeAsked();
         tick = look;
         picture();
+        EXPECT_EQ(services.thumbnails.takeAsked().size(), most) << look;
+        for (const int row : {60, 300}) // its parts have no more together
+            view->update(0, row, view->width(), 9);
+        paints.take();
         EXPECT_EQ(services.thumbnails.takeAsked().size(), most) << look;
     }
     // What it misses is drawn when it comes from the preload queue.

@@ -106,6 +106,9 @@ TEST_F(PBScrollViewTest, linesAndPagesAreEasedAndAddUpAndPreciseDevicesMoveByPix
     EXPECT_EQ(finished(), 116 + 300 + 50 + 50);
     scroller.triggerAction(QAbstractSlider::SliderPageStepSub);
     EXPECT_EQ(finished(), 216);
+    QWheelEvent over({5, 5}, {}, {}, {0, -120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&scroller, &over);
+    EXPECT_EQ(finished(), 266); // a line, as anywhere
 }
 
 TEST_F(PBScrollViewTest, aGestureWithPhasesMovesAtOnceAndCountsAsScrollingUntilItsMomentumEnds) {
