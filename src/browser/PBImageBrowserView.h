@@ -107,6 +107,9 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent* event) override;
+    /// Of the whole program while a button is down: its release may go to a popup, or be lost to a
+    /// modal window.
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;

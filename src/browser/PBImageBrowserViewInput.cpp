@@ -64,8 +64,22 @@ std::optional<BrowserKey> keyOf(int key) {
 bool PBImageBrowserView::event(QEvent* event) {
     if (event->type() == QEvent::NativeGesture)
         return nativeGesture(static_cast<QNativeGestureEvent*>(event));
+    if (event->type() == QEvent::ShortcutOverride && _input.hasBand() &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        event->accept(); // no menu's
+        return true;
+    }
     if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) update();
     return QWidget::event(event);
+}
+
+bool PBImageBrowserView::eventFilter(QObject* watched, QEvent* event) {
+    const bool isRelease = event->type() == QEvent::MouseButtonRelease && watched->isWidgetType() &&
+                           watched != this &&
+                           static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
+    const bool isBlocked = event->type() == QEvent::WindowBlocked && watched == window();
+    if (isRelease || isBlocked) _input.cancelDrag();
+    return QWidget::eventFilter(watched, event);
 }
 
 bool PBImageBrowserView::nativeGesture(QNativeGestureEvent* event) {
@@ -170,6 +184,7 @@ void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
         if (!_input.keyDown(*key, modifiers)) event->ignore();
         return;
     }
+    if (event->key() == Qt::Key_Escape && _input.cancelBand()) return;
     if (event->key() == Qt::Key_F2 && !modifiers.hasCommandOrOther())
         return renameIndex(currentIndex());
     if (event->matches(QKeySequence::SelectAll)) {
@@ -217,6 +232,8 @@ void PBImageBrowserView::enterToLargeView(const PBImageBrowserIndex& index) {
 
 void PBImageBrowserView::setDragging(bool isDragging) {
     // Trees wait until the button is up.
+    qApp->removeEventFilter(this);
+    if (isDragging) qApp->installEventFilter(this);
     if (!isDragging) {
         _tracking.reset();
     } else if (platform::MainLoop::instance()) {

@@ -202,6 +202,42 @@ TEST_F(BrowserViewTest, aBandShowsWhereItIsAndScrollsWhileTheMouseStandsStill) {
     EXPECT_EQ(isHeld(), std::pair(false, false));
 }
 
+TEST_F(BrowserViewTest, aBandEndsWithEscapeAndWhereItsReleaseIsSwallowed) {
+    show({60});
+    const auto* band = view->findChild<PBImageBrowserSelectView*>();
+    const auto begin = [&] {
+        click(at({0, 4}));
+        send(QEvent::MouseButtonPress, {4, 60}, Qt::ShiftModifier);
+        send(QEvent::MouseMove, {300, 200}, Qt::ShiftModifier);
+        EXPECT_EQ(tree->selected(), u"a0 a1 a4");
+        return view->isDragging() && band->isVisible();
+    };
+    const auto isOver = [&] { return !view->isDragging() && band->isHidden(); };
+    EXPECT_TRUE(begin());
+    QKeyEvent escape(QEvent::ShortcutOverride, Qt::Key_Escape, {});
+    escape.ignore();
+    QApplication::sendEvent(view.get(), &escape);
+    EXPECT_TRUE(escape.isAccepted()); // before any menu's
+    press(*view, Qt::Key_Escape);
+    EXPECT_TRUE(isOver());
+    EXPECT_EQ(tree->selected(), u"a4"); // what it had changed is given back
+    send(QEvent::MouseMove, {400, 210}, Qt::ShiftModifier);
+    EXPECT_TRUE(isOver()); // although the button is down still
+    EXPECT_FALSE(press(*view, Qt::Key_Escape));
+    EXPECT_TRUE(begin());
+    QWidget popup(nullptr, Qt::Popup);
+    popup.show();
+    support::sendMouse(popup, QEvent::MouseButtonRelease, {1, 1});
+    EXPECT_TRUE(isOver());
+    popup.close();
+    EXPECT_TRUE(begin());
+    QWidget modal;
+    modal.setWindowModality(Qt::ApplicationModal);
+    modal.show();
+    EXPECT_TRUE(isOver());
+    EXPECT_EQ(tree->selected(), u"a0 a1 a4");
+}
+
 TEST_F(BrowserViewTest, paintsThumbnailsTurnedOnWhiteWithFrames) {
     show({4});
     PBThemes::apply(PBThemes::Scheme::Light);

@@ -90,6 +90,16 @@ void BrowserInput::cancelDrag() {
     setDragging(false);
 }
 
+bool BrowserInput::cancelBand() {
+    platform::assertMainThread();
+    if (!_hasBand) return false;
+    // One that touches nothing leaves everything as it was before.
+    const QRectF nothing(QPointF(-1, -1), QSizeF());
+    if (applyBand(nothing)) _host.selectDidChange();
+    cancelDrag();
+    return true;
+}
+
 void BrowserInput::mouseDragged(const QPointF& point) {
     platform::assertMainThread();
     if (!_isDragging) return;

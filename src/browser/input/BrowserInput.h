@@ -77,6 +77,9 @@ public:
     [[nodiscard]] bool rightMouseDown(const QPointF& point);
     /// The button was let go where nobody could hear it.
     void cancelDrag();
+    /// Ends the rubber band and gives back what it has changed; false if there is none.
+    bool cancelBand();
+    [[nodiscard]] bool hasBand() const { return _hasBand; }
 
     /// False if the key means nothing here.
     bool keyDown(BrowserKey key, BrowserModifiers modifiers);
