@@ -130,6 +130,9 @@ public:
     std::optional<qint64> fileIdOfBuildThumb(const platform::Operation&) const override {
         return std::nullopt;
     }
+    std::unique_ptr<PBImageImporterProtocol> imageImporter(const PBImageFileItem&) override {
+        return nullptr;
+    }
     PBThumbnailBufferManager& thumbnailBufferManager() override { return _buffer; }
     const group::FolderPaths& folderPaths() const override { return *this; }
     QString tagWithTagId(qint64) const override { return {}; }

@@ -18,6 +18,8 @@ namespace {
 
 /// Sorting the waiting builds again costs their number: not at every step of a motion.
 constexpr int adjustDelay = 50; // milliseconds
+/// Thumbnails that are too small are loaded again when the sheet is at rest.
+constexpr int largerDelay = 150; // milliseconds
 
 } // namespace
 
@@ -196,32 +198,46 @@ void PBImageBrowserView::didScroll() {
 
 /// Moves what is drawn already, so that only the strip that came into view is painted.
 void PBImageBrowserView::scrollPixels(double distance) {
-    constexpr auto head = static_cast<int>(BrowserMetrics::headHeight);
     const double ratio = devicePixelRatioF();
-    const bool isBetweenPixels = ratio != std::floor(ratio);
+    const auto isWhole = [ratio](double points) {
+        return points * ratio == std::floor(points * ratio);
+    };
+    // Below the sticky head, under which lies something else each time, from a whole pixel on.
+    constexpr auto head = static_cast<int>(BrowserMetrics::headHeight);
+    constexpr int farthest = 2 * head;
+    const int inWindow = mapTo(window(), QPoint()).y();
+    int top = head;
+    while (top < farthest && !isWhole(inWindow + top))
+        ++top;
     const bool isCovered = _selectView->isVisible() || _editFileNameTextField;
-    if (std::abs(distance) >= height() - head || isBetweenPixels || isCovered) {
+    if (std::abs(distance) >= height() - top || !isWhole(distance) || top == farthest ||
+        isCovered) {
         placeNameField();
         update();
         return;
     }
-    // Under the sticky head lies something else each time.
-    scroll(0, -static_cast<int>(distance), QRect(0, head, width(), height() - head));
-    update(0, 0, width(), head);
+    scroll(0, -static_cast<int>(distance), QRect(0, top, width(), height() - top));
+    update(0, 0, width(), top);
+    // The last row of pixels may be cut through the middle.
+    if (!isWhole(inWindow + height()))
+        update(0, height() - 1 - std::max(0, static_cast<int>(distance)), width(), 1);
 }
 
 void PBImageBrowserView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     const QRectF visible = visibleRect();
-    QRectF crude;
+    const double ratio = painter.deviceTransform().m11();
+    _painter.begin(ratio);
     for (const QRect& part : event->region()) {
         painter.setClipRect(part);
-        crude |= _painter.draw(
+        _painter.draw(
             painter, {.visible = visible,
                       .dirty = QRectF(part).translated(visible.topLeft()),
-                      .pixelRatio = devicePixelRatioF(),
+                      .pixelRatio = ratio,
                       .hasFocus = hasFocus()});
     }
+    const QRectF crude = _painter.end(visible);
+    if (_feed.takeHasTooSmall()) _largerTimer.start(largerDelay, this);
     if (!crude.isEmpty()) {
         // What was scaled in a hurry gets its turn when the events that wait are done.
         QMetaObject::invokeMethod(
@@ -264,16 +280,32 @@ void PBImageBrowserView::captureScrollIfNone() {
     if (!_scrollCapture) captureScrollWithMode(ScrollCaptureMode::Nearest);
 }
 
+QRectF PBImageBrowserView::restingRect() const {
+    QRectF rect = visibleRect();
+    const ScrollMotion& motion = _scrollView.motion();
+    if (motion.isRunning())
+        rect.moveTop(std::clamp(motion.scrollStopPos(), 0.0, _scrollView.maxScrollPoint().y()));
+    return rect;
+}
+
+void PBImageBrowserView::scrollFromRest(double distance) {
+    const bool isMoving = _scrollView.motion().isRunning();
+    if (distance == 0 && !(isMoving && _isAutoRepeat)) return;
+    const QRectF visible = visibleRect();
+    const double position = restingRect().top() + distance;
+    const double way = position - visible.top();
+    // A key that is held is faster than any motion: what it leads to would stay out of sight.
+    const bool isLeftBehind = _isAutoRepeat || (isMoving && std::abs(way) > visible.height());
+    _scrollView.scrollToPosition(position, !isLeftBehind && _layout.shouldAnimate(way));
+}
+
 void PBImageBrowserView::scrollIndexToVisible(const PBImageBrowserIndex& index) {
-    const double distance = _layout.scrollDistanceToShow(index, visibleRect());
-    if (distance == 0) return;
-    _scrollView.scrollToPosition(visibleRect().top() + distance, _layout.shouldAnimate(distance));
+    scrollFromRest(_layout.scrollDistanceToShow(index, restingRect()));
 }
 
 void PBImageBrowserView::scrollToEnd(bool isStart) {
     const double position = isStart ? 0 : _scrollView.maxScrollPoint().y();
-    const double distance = position - visibleRect().top();
-    if (distance != 0) _scrollView.scrollToPosition(position, _layout.shouldAnimate(distance));
+    scrollFromRest(position - restingRect().top());
 }
 
 void PBImageBrowserView::scrollToGroup(std::int64_t group) {

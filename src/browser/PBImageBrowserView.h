@@ -107,6 +107,9 @@ Q_SIGNALS:
 
 protected:
     bool event(QEvent* event) override;
+    /// Of the whole program while a button is down: its release may go to a popup, or be lost to a
+    /// modal window.
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -133,6 +136,10 @@ private:
     void perform(BrowserCommand command) override;
     void applyThumbnailSize(double size) override;
 
+    /// What will be on show when a motion that runs is over.
+    [[nodiscard]] QRectF restingRect() const;
+    /// Scrolls by so much more than a motion that runs will.
+    void scrollFromRest(double distance);
     void didScroll();
     void scrollPixels(double distance);
     /// Fits the sheet into its width, keeping what is held in place where it is.
@@ -169,11 +176,13 @@ private:
     std::unique_ptr<platform::TrackingScope> _tracking;
     QBasicTimer _selectTimer;
     QBasicTimer _adjustTimer;
+    QBasicTimer _largerTimer;
     int _selectTimerScrollStep = 0;
     QPoint _lastMouse;
     int _clickCount = 1;
     double _oldScrollPosition = 0;
     bool _scrollDirection = true; // down
+    bool _isAutoRepeat = false;   // the key that is handled
     bool _ignoreUpdateScrollCapture = false;
     bool _isReloading = false;
     std::uint64_t _contentGeneration = 0;

@@ -13,6 +13,7 @@
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPixmap>
+#include <QScopedValueRollback>
 #include <QStyleHints>
 #include <QTimerEvent>
 
@@ -63,8 +64,22 @@ std::optional<BrowserKey> keyOf(int key) {
 bool PBImageBrowserView::event(QEvent* event) {
     if (event->type() == QEvent::NativeGesture)
         return nativeGesture(static_cast<QNativeGestureEvent*>(event));
+    if (event->type() == QEvent::ShortcutOverride && _input.hasBand() &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        event->accept(); // no menu's
+        return true;
+    }
     if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) update();
     return QWidget::event(event);
+}
+
+bool PBImageBrowserView::eventFilter(QObject* watched, QEvent* event) {
+    const bool isRelease = event->type() == QEvent::MouseButtonRelease && watched->isWidgetType() &&
+                           watched != this &&
+                           static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
+    const bool isBlocked = event->type() == QEvent::WindowBlocked && watched == window();
+    if (isRelease || isBlocked) _input.cancelDrag();
+    return QWidget::eventFilter(watched, event);
 }
 
 bool PBImageBrowserView::nativeGesture(QNativeGestureEvent* event) {
@@ -163,9 +178,13 @@ void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
     const BrowserModifiers modifiers = modifiersOf(event->modifiers());
     const auto key = keyOf(event->key());
     if (key && !(*key == BrowserKey::Space && isTyping())) {
+        // It would set the flag and take it back until the key is let go.
+        if (*key == BrowserKey::Space && event->isAutoRepeat()) return;
+        const QScopedValueRollback repeats(_isAutoRepeat, event->isAutoRepeat());
         if (!_input.keyDown(*key, modifiers)) event->ignore();
         return;
     }
+    if (event->key() == Qt::Key_Escape && _input.cancelBand()) return;
     if (event->key() == Qt::Key_F2 && !modifiers.hasCommandOrOther())
         return renameIndex(currentIndex());
     if (event->matches(QKeySequence::SelectAll)) {
@@ -213,6 +232,8 @@ void PBImageBrowserView::enterToLargeView(const PBImageBrowserIndex& index) {
 
 void PBImageBrowserView::setDragging(bool isDragging) {
     // Trees wait until the button is up.
+    qApp->removeEventFilter(this);
+    if (isDragging) qApp->installEventFilter(this);
     if (!isDragging) {
         _tracking.reset();
     } else if (platform::MainLoop::instance()) {
@@ -243,6 +264,10 @@ void PBImageBrowserView::setSelectTimerScrollStep(int step) {
 
 void PBImageBrowserView::timerEvent(QTimerEvent* event) {
     if (event->timerId() == _adjustTimer.timerId()) return adjustBuildThumb();
+    if (event->timerId() == _largerTimer.timerId()) {
+        _largerTimer.stop();
+        return _feed.loadLarger(visibleRect());
+    }
     if (event->timerId() != _selectTimer.timerId()) return QWidget::timerEvent(event);
     _scrollView.scrollToPosition(visibleRect().top() + _selectTimerScrollStep, false);
     // The band grows while the mouse stands still.

@@ -23,8 +23,16 @@ public:
 /// An item whose thumbnail is wanted, and later the thumbnail.
 struct PBPreloadThumbnailObject {
     std::shared_ptr<PBImageFileItem> imageFileItem;
-    QImage thumbnailRef;
+    /// How many pixels of it are needed at most; empty for all.
+    QSize pixels{};
+    /// It is loaded although the item has one, which is too small by now.
+    bool isAgain = false;
+    QImage thumbnailRef{};
+    bool isReduced = false; ///< there are more pixels than in `thumbnailRef`
 };
+
+/// The thumbnail with no more pixels than are needed; itself where it has no more on either side.
+[[nodiscard]] QImage reducedThumbnail(const QImage& thumbnail, QSize pixels);
 
 /// Decodes thumbnails ahead of scrolling, in the order given, on the preload queue. Each is handed
 /// over on the main thread as soon as it is there.

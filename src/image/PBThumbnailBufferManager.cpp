@@ -22,22 +22,29 @@ void PBThumbnailBufferManager::pushImageFileItem(
         item->clearThumbnailRef();
         return;
     }
+    const qsizetype bytes = item->thumbnailRef().sizeInBytes();
     if (_imageFileItemCount >= _bufferCount && !_groupIndexObjectArray.empty())
+        makeRoom(*item, position);
+    while (_byteCount + bytes > _byteLimit && !_groupIndexObjectArray.empty())
         makeRoom(*item, position);
     GroupEntry* group = sortAddObject(
         _groupIndexObjectArray, std::make_unique<GroupEntry>(position.group, ItemEntries()), 0,
         false, EqualElements::Refused);
     sortAddObject(
-        group->object(), std::make_unique<ItemEntry>(position.item, std::move(item)), 0, false,
-        EqualElements::AddedBehind);
+        group->object(), std::make_unique<ItemEntry>(position.item, Held{std::move(item), bytes}),
+        0, false, EqualElements::AddedBehind);
     ++_imageFileItemCount;
+    _byteCount += bytes;
 }
 
 bool PBThumbnailBufferManager::applyPreloadThumbnail(
     const std::shared_ptr<PBImageFileItem>& item, const QImage& thumbnail,
     std::optional<PBImageBrowserIndex> index) {
     platform::assertMainThread();
-    if (thumbnail.isNull() || !item->thumbnailRef().isNull()) return false;
+    const QImage present = item->thumbnailRef();
+    const auto pixels = [](const QImage& image) { return qint64{image.width()} * image.height(); };
+    if (thumbnail.isNull() || pixels(thumbnail) <= pixels(present)) return false;
+    if (!present.isNull()) forget(*item);
     item->setThumbnailRef(thumbnail);
     pushImageFileItem(item, index);
     return true;
@@ -47,9 +54,10 @@ void PBThumbnailBufferManager::clearThumbnailBuffer() {
     platform::assertMainThread();
     for (const auto& group : _groupIndexObjectArray)
         for (const auto& entry : group->object())
-            entry->object()->clearThumbnailRef();
+            entry->object().item->clearThumbnailRef();
     _groupIndexObjectArray.clear();
     _imageFileItemCount = 0;
+    _byteCount = 0;
 }
 
 void PBThumbnailBufferManager::makeRoom(
@@ -93,16 +101,32 @@ std::int64_t PBThumbnailBufferManager::distance(
 
 void PBThumbnailBufferManager::dropFront(const PBImageFileItem& keep) {
     ItemEntries& entries = _groupIndexObjectArray.front()->object();
-    if (entries.front()->object().get() != &keep) entries.front()->object()->clearThumbnailRef();
+    const Held& held = entries.front()->object();
+    if (held.item.get() != &keep) held.item->clearThumbnailRef();
+    _byteCount -= held.bytes;
     entries.erase(entries.begin());
     if (entries.empty()) _groupIndexObjectArray.erase(_groupIndexObjectArray.begin());
 }
 
 void PBThumbnailBufferManager::dropBack(const PBImageFileItem& keep) {
     ItemEntries& entries = _groupIndexObjectArray.back()->object();
-    if (entries.back()->object().get() != &keep) entries.back()->object()->clearThumbnailRef();
+    const Held& held = entries.back()->object();
+    if (held.item.get() != &keep) held.item->clearThumbnailRef();
+    _byteCount -= held.bytes;
     entries.pop_back();
     if (entries.empty()) _groupIndexObjectArray.pop_back();
+}
+
+void PBThumbnailBufferManager::forget(const PBImageFileItem& item) {
+    for (const auto& group : _groupIndexObjectArray)
+        std::erase_if(group->object(), [&](const auto& entry) {
+            if (entry->object().item.get() != &item) return false;
+            --_imageFileItemCount;
+            _byteCount -= entry->object().bytes;
+            return true;
+        });
+    std::erase_if(
+        _groupIndexObjectArray, [](const auto& group) { return group->object().empty(); });
 }
 
 void PBThumbnailBufferManager::notifyGroupItemInsert(std::int64_t group) {

@@ -222,7 +222,8 @@ bool PBAliasResolver::isFolder(const QString& path) {
     platform::assertMainThread();
     return _calls
         .call<bool>(
-            QStringLiteral("look ") + path, path, resolveLimit,
+            // One wait for all paths of a folder that does not answer.
+            QStringLiteral("look ") + path.section(u'/', 0, -2), path, resolveLimit,
             [path] { return PBUtilities::isFolder(path); }, {})
         .value_or(false);
 }

@@ -5,7 +5,15 @@
 #include <QUrl>
 #include <QWidget>
 
+#include <algorithm>
 #include <utility>
+
+namespace {
+
+/// Nobody adds more folders at once, and each look at a disk takes its time.
+constexpr qsizetype mostPaths = 32;
+
+} // namespace
 
 FolderDropTarget::FolderDropTarget(QWidget& widget, Test isFolder)
     : QObject(&widget), _isFolder(std::move(isFolder)) {
@@ -15,7 +23,8 @@ FolderDropTarget::FolderDropTarget(QWidget& widget, Test isFolder)
 
 QStringList FolderDropTarget::folders(const QMimeData& data) const {
     QStringList paths;
-    for (const QUrl& url : data.urls()) {
+    const QList<QUrl> urls = data.urls();
+    for (const QUrl& url : urls.first(std::min(urls.size(), mostPaths))) {
         // Lists of other programs may hold comment lines and places on the net.
         const QString path =
             url.isLocalFile() && url.host().isEmpty() ? url.toLocalFile() : QString();
@@ -28,7 +37,8 @@ bool FolderDropTarget::eventFilter(QObject* watched, QEvent* event) {
     switch (event->type()) {
     case QEvent::DragEnter: {
         auto& drag = static_cast<QDragEnterEvent&>(*event);
-        _supportURLArray = folders(*drag.mimeData());
+        // What is dragged from this program are photographs.
+        _supportURLArray = drag.source() ? QStringList() : folders(*drag.mimeData());
         if (_supportURLArray.isEmpty()) {
             drag.ignore();
         } else {

@@ -13,7 +13,8 @@ class FolderDropTarget final : public QObject {
     Q_OBJECT
 
 public:
-    /// Whether a path is a folder that can be taken; asked once for each path of a drag.
+    /// Whether a path is a folder that can be taken; asked once for each of the first paths of a
+    /// drag that comes from another program.
     using Test = std::function<bool(const QString& path)>;
 
     /// Belongs to the widget.

@@ -2,7 +2,9 @@
 
 #include "platform/work/MainThread.h"
 #include "ui/PBScroller.h"
+#include "ui/TouchPush.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QTimerEvent>
 #include <QWheelEvent>
@@ -12,7 +14,26 @@
 
 namespace {
 
-constexpr double anglePerTurn = 120;
+constexpr int anglePerTurn = 120;
+/// A touchpad's step of less than a point comes with no pixels, but with 12 of an angle for a
+/// point.
+constexpr int mostAngleWithoutPixels = 12;
+
+QPointF turnsOf(const QWheelEvent& event) {
+    return QPointF(event.angleDelta()) / anglePerTurn;
+}
+
+/// That of the axis that moves more.
+template <class Point>
+auto larger(const Point& delta) {
+    return std::abs(delta.x()) > std::abs(delta.y()) ? delta.x() : delta.y();
+}
+
+/// X servers tell them in units of each driver's own.
+bool hasPixels(const QWheelEvent& event) {
+    static const bool isX11 = QGuiApplication::platformName() == QLatin1String("xcb");
+    return !isX11 && !event.pixelDelta().isNull();
+}
 
 } // namespace
 
@@ -41,6 +62,9 @@ PBScrollView::PBScrollView(Qt::Orientation axis, QWidget* parent)
         scrollToPosition(position, true);
     });
     connect(_scroller, &PBScroller::moveRequested, this, &PBScrollView::scrollBy);
+    connect(_scroller, &PBScroller::wheelTurned, this, [this](QWheelEvent& event) {
+        wheelEvent(&event);
+    });
 }
 
 PBScrollView::~PBScrollView() = default;
@@ -51,6 +75,7 @@ void PBScrollView::setDocumentView(QWidget* view) {
     view->setParent(viewport());
     view->setGeometry(viewport()->rect());
     view->show();
+    new TouchPush(*this, *view); // a child of this object
 }
 
 void PBScrollView::setDocumentSize(const QSizeF& size) {
@@ -132,6 +157,12 @@ void PBScrollView::scrollTimeDidEnd(std::int64_t direction) {
 void PBScrollView::timerEvent(QTimerEvent* event) {
     if (event->timerId() != _scrollTimer.timerId()) return QAbstractScrollArea::timerEvent(event);
     _motion.tick();
+    if (!_motion.isFling()) return;
+    const QPointF farthest = maxScrollPoint();
+    const double end = horizontalScroll() ? farthest.x() : farthest.y();
+    const double position = scrollPosition();
+    const bool isAtEnd = _motion.scrollPosFlag() < 0 ? position <= 0 : position >= end;
+    if (isAtEnd) _motion.stop();
 }
 
 void PBScrollView::keyPressEvent(QKeyEvent* event) {
@@ -142,25 +173,90 @@ void PBScrollView::wheelEvent(QWheelEvent* event) {
     event->accept();
     if (event->phase() != Qt::NoScrollPhase && useMagicScroll()) return scrollNatively(*event);
     if (event->phase() == Qt::ScrollMomentum) return;
-    const bool isPrecise = !event->pixelDelta().isNull();
-    const QPointF turns = QPointF(event->angleDelta()) / anglePerTurn;
-    const QPointF deltas = isPrecise ? QPointF(event->pixelDelta()) : turns * scrollLine();
-    _motion.wheel(std::abs(deltas.x()) > std::abs(deltas.y()) ? deltas.x() : deltas.y());
+    const QPointF deltas =
+        hasPixels(*event) ? QPointF(event->pixelDelta()) : turnsOf(*event) * scrollLine();
+    if (!useMagicScroll() || !isFineStep(*event)) return _motion.wheel(larger(deltas));
+    if (!_phases.isMagicScrolling()) _fraction = {};
+    _phases.stepped();
+    moveBy(deltas);
+}
+
+/// Touchpads of an X server tell no phases, but parts of a turn, now and then a whole one.
+bool PBScrollView::isFineStep(const QWheelEvent& event) const {
+    return hasPixels(event) || larger(event.angleDelta()) % anglePerTurn != 0 ||
+           _phases.isMagicScrolling();
 }
 
 void PBScrollView::scrollNatively(const QWheelEvent& event) {
-    if (event.phase() == Qt::ScrollBegin || event.phase() == Qt::ScrollMomentum) _phases.began();
+    if (event.phase() == Qt::ScrollBegin) beginPush();
+    const bool hasPixelDelta = !event.pixelDelta().isNull();
+    _hasPixelDeltas = _hasPixelDeltas || hasPixelDelta;
+    QPointF delta = event.pixelDelta();
+    // Less than a point yet; its fraction comes with a later step.
+    const bool isLessThanPixel =
+        _hasPixelDeltas || std::abs(larger(event.angleDelta())) <= mostAngleWithoutPixels;
+    if (!hasPixelDelta && !isLessThanPixel) delta = turnsOf(event) * scrollLine();
     if (event.phase() == Qt::ScrollEnd) {
-        _phases.ended();
-        Q_EMIT motionDidEnd();
+        moveBy(delta);
+        endPush(event.timestamp());
+    } else if (event.phase() == Qt::ScrollMomentum) {
+        _phases.moved();
+        moveBy(delta);
+    } else {
+        pushBy(delta, event.timestamp());
     }
-    const QPointF delta = event.pixelDelta().isNull()
-                              ? QPointF(event.angleDelta()) / anglePerTurn * scrollLine()
-                              : QPointF(event.pixelDelta());
+}
+
+double PBScrollView::timeOf(quint64 timestamp) const {
+    // Events may have waited for a busy loop.
+    return timestamp != 0 ? static_cast<double>(timestamp) / 1000 : now();
+}
+
+void PBScrollView::beginPush() {
+    platform::assertMainThread();
+    if (_motion.isFling()) _motion.stop();
+    _velocity.clear();
+    _fraction = {};
+    _hasPixelDeltas = false;
+    _phases.moved();
+}
+
+void PBScrollView::pushBy(const QPointF& way, quint64 timestamp) {
+    platform::assertMainThread();
+    _phases.moved();
+    _velocity.add(timeOf(timestamp), way);
+    moveBy(way);
+}
+
+void PBScrollView::endPush(quint64 timestamp) {
+    platform::assertMainThread();
+    _phases.ended();
+    const QPointF velocity = _velocity.at(timeOf(timestamp));
+    _velocity.clear();
+    const double onAxis = horizontalScroll() ? velocity.x() : velocity.y();
+    if (onAxis != 0) return _motion.fling(-onAxis);
+    Q_EMIT motionDidEnd();
+}
+
+void PBScrollView::moveBy(const QPointF& way) {
     // A touchpad that lies still must not stop a motion that something else began.
-    if (delta.isNull()) return;
+    if (way.isNull()) return;
     _motion.stop();
-    setPbScrollPoint(_scrollPoint - delta);
+    const QPointF wanted = _scrollPoint + _fraction - way;
+    setPbScrollPoint(wanted);
+    _fraction = wanted - _scrollPoint;
+    if (std::abs(larger(_fraction)) > 0.5) _fraction = {}; // beyond the end
+}
+
+bool PBScrollView::event(QEvent* event) {
+    // The end of a gesture may go elsewhere.
+    const QEvent::Type type = event->type();
+    if (type == QEvent::Leave || type == QEvent::WindowDeactivate || type == QEvent::Hide) {
+        _phases.cancel();
+        _velocity.clear();
+        if (!isScrolling()) Q_EMIT motionDidEnd();
+    }
+    return QAbstractScrollArea::event(event);
 }
 
 void PBScrollView::resizeEvent(QResizeEvent* event) {

@@ -2,6 +2,7 @@
 
 #include "platform/work/MainLoop.h"
 #include "ui/ScrollMotion.h"
+#include "ui/ScrollVelocity.h"
 
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
@@ -42,6 +43,13 @@ public:
     void scrollBy(double delta);
     void updateScrollAmtByOffset(double offset) { _motion.updateScrollAmtByOffset(offset); }
     [[nodiscard]] bool isScrolling() const;
+    /// Fingers lie on the document: what they began before comes to rest.
+    void beginPush();
+    /// They push it by so many points, at once. The time is that of the event, in milliseconds; 0
+    /// where it is not known.
+    void pushBy(const QPointF& way, quint64 timestamp);
+    /// They are lifted: it goes on as they pushed it, and comes to rest.
+    void endPush(quint64 timestamp);
 
     [[nodiscard]] bool horizontalScroll() const { return _axis == Qt::Horizontal; }
     [[nodiscard]] PBScroller& scroller() const { return *_scroller; }
@@ -70,6 +78,7 @@ protected:
     void scrollTimeWillBegin() override;
     void scrollTimeDidEnd(std::int64_t direction) override;
 
+    bool event(QEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
@@ -78,12 +87,18 @@ protected:
 
 private:
     void scrollNatively(const QWheelEvent& event);
+    [[nodiscard]] bool isFineStep(const QWheelEvent& event) const;
+    void moveBy(const QPointF& way);
+    [[nodiscard]] double timeOf(quint64 timestamp) const;
     void reflectScrolledClipView();
     void updateScrollers();
 
     const Qt::Orientation _axis;
     ScrollMotion _motion;
     PhasedScrolling _phases;
+    ScrollVelocity _velocity;
+    QPointF _fraction;            // of a point, that a push could not be shown by
+    bool _hasPixelDeltas = false; // in the present gesture
     ScrollMotion::Clock _clock;
     QBasicTimer _scrollTimer;
     QWidget* _documentView = nullptr;

@@ -25,6 +25,8 @@ Q_SIGNALS:
     void positionRequested(double position);
     /// The user wants to move on by so much.
     void moveRequested(double delta);
+    /// It is the document's, wherever the mouse is.
+    void wheelTurned(QWheelEvent& event);
 
 protected:
     /// With the option key held the knob moves at a quarter of the mouse's speed.
@@ -32,6 +34,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     /// Lets go of the knob: the mouse is released somewhere else.
     void hideEvent(QHideEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override { Q_EMIT wheelTurned(*event); }
 
 private:
     void handleAction(int action);

@@ -13,10 +13,15 @@ namespace {
 constexpr double scrollCurveDuration = 2.0;
 constexpr double scrollCurveFactor = 3.0;
 
+/// Seconds in which a fling loses all but 1/e of its velocity, as on other touch screens.
+constexpr double flingTime = 0.325;
+/// The rest of its way, in points, that nobody sees.
+constexpr double flingRest = 0.5;
+
 /// How much of the way is done when so much of the time is: quick at first and softly landing.
-double fraction(double time) {
-    return (1.0 - std::pow(scrollCurveFactor, -time * scrollCurveDuration)) /
-           (1.0 - std::pow(scrollCurveFactor, -scrollCurveDuration));
+double fraction(double time, double curveDuration) {
+    return (1.0 - std::pow(scrollCurveFactor, -time * curveDuration)) /
+           (1.0 - std::pow(scrollCurveFactor, -curveDuration));
 }
 
 std::int64_t signOf(double value) {
@@ -43,10 +48,31 @@ void ScrollMotion::scrollToPosition(double position, bool animation) {
         return;
     }
     if (_isRunning) tick();
+    _isFling = false;
+    _duration = scrollAnimationDuration;
+    _curveDuration = scrollCurveDuration;
+    begin(_target.roundPosition(position));
+}
+
+void ScrollMotion::begin(double stopPos) {
     _scrollStartTime = _clock();
     _scrollStartPos = _target.scrollPosition();
-    _scrollStopPos = _target.roundPosition(position);
+    _scrollStopPos = stopPos;
     start();
+}
+
+void ScrollMotion::fling(double velocity) {
+    platform::assertMainThread();
+    const double way = std::abs(velocity) * flingTime;
+    if (way <= 2 * flingRest) return;
+    if (_isRunning) tick();
+    const double powers = std::log(way / flingRest); // of e
+    _isFling = true;
+    _duration = flingTime * powers;
+    _curveDuration = powers / std::log(scrollCurveFactor);
+    _scrollPosFlag = signOf(velocity);
+    begin(
+        _target.roundPosition(_target.scrollPosition() + std::copysign(way - flingRest, velocity)));
 }
 
 double ScrollMotion::animationScrollDestinationPositionWithDelta(double delta) {
@@ -83,12 +109,12 @@ void ScrollMotion::tick() {
     platform::assertMainThread();
     if (!_isRunning) return;
     const double time = _clock() - _scrollStartTime;
-    if (time >= scrollAnimationDuration) {
+    if (time >= _duration) {
         _target.setScrollPosition(_scrollStopPos);
         stop();
         return;
     }
-    const double done = fraction(time / scrollAnimationDuration);
+    const double done = fraction(time / _duration, _curveDuration);
     _target.setScrollPosition(_scrollStartPos + (_scrollStopPos - _scrollStartPos) * done);
 }
 
@@ -104,14 +130,24 @@ void ScrollMotion::stop() {
     if (std::exchange(_isRunning, false)) _target.scrollTimeDidEnd(direction);
 }
 
+void PhasedScrolling::moved() {
+    platform::assertMainThread();
+    _state = State::Moving;
+    _lastTime = _clock();
+}
+
 void PhasedScrolling::ended() {
     platform::assertMainThread();
-    if (_state != State::Moving) return;
+    if (_state == State::Moving) stepped();
+}
+
+void PhasedScrolling::stepped() {
+    platform::assertMainThread();
     _state = State::Ending;
-    _endTime = _clock();
+    _lastTime = _clock();
 }
 
 bool PhasedScrolling::isMagicScrolling() const {
-    return _state == State::Moving ||
-           (_state == State::Ending && _clock() - _endTime < momentumGap);
+    if (_state == State::Resting) return false;
+    return _clock() - _lastTime < (_state == State::Moving ? longestPause : momentumGap);
 }

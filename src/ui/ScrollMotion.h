@@ -53,6 +53,9 @@ public:
     /// One turn of the wheel, positive towards the start of the document. The first turns against a
     /// run of others are swallowed: wheels jitter.
     void wheel(double delta);
+    /// Goes on at a velocity, in points a second, and comes to rest by itself.
+    void fling(double velocity);
+    [[nodiscard]] bool isFling() const { return _isRunning && _isFling; }
     /// The content has moved under a running motion.
     void updateScrollAmtByOffset(double offset);
     /// Takes the motion to where it should be by now.
@@ -62,6 +65,7 @@ public:
 
 private:
     void start();
+    void begin(double stopPos);
 
     ScrollTarget& _target;
     Clock _clock;
@@ -70,27 +74,37 @@ private:
     double _scrollStopPos = 0;
     std::int64_t _amtScrollFlag = 0; // -2 to 2: recent turns of the wheel
     std::int64_t _scrollPosFlag = 0;
+    double _duration = scrollAnimationDuration;
+    double _curveDuration = 0; // in powers of the curve's base
     bool _isRunning = false;
+    bool _isFling = false;
 };
 
-/// A gesture that the touchpad or the system animates by itself, with its momentum. Between the
-/// lift of the fingers and the first step of the momentum it counts as going on. Main thread.
+/// A gesture that moves the document step by step, with the system's momentum where there is one.
+/// Between the lift of the fingers and the first step of the momentum it counts as going on. The
+/// end may never come, as where another workspace is switched to. Main thread.
 class PhasedScrolling {
 public:
     /// Bridges the gap until momentum begins, in seconds.
     static constexpr double momentumGap = 0.1;
+    /// After so many seconds without a step it has ended without a word.
+    static constexpr double longestPause = 1.5;
 
     explicit PhasedScrolling(ScrollMotion::Clock clock = ScrollMotion::monotonicClock())
         : _clock(std::move(clock)) {}
     void setClock(ScrollMotion::Clock clock) { _clock = std::move(clock); }
 
-    void began() { _state = State::Moving; }
+    /// At the begin, and at each step.
+    void moved();
     void ended();
+    /// A step of a device that tells neither begin nor end.
+    void stepped();
+    void cancel() { _state = State::Resting; }
     [[nodiscard]] bool isMagicScrolling() const;
 
 private:
     enum class State { Resting, Moving, Ending };
     ScrollMotion::Clock _clock;
     State _state = State::Resting;
-    double _endTime = 0;
+    double _lastTime = 0;
 };

@@ -80,8 +80,9 @@ struct BrowserViewTest : ::testing::Test {
     }
     /// Whether the widget took it.
     bool press(
-        QWidget& widget, int key, const QString& text = {}, Qt::KeyboardModifiers modifiers = {}) {
-        QKeyEvent event(QEvent::KeyPress, key, modifiers, text);
+        QWidget& widget, int key, const QString& text = {}, Qt::KeyboardModifiers modifiers = {},
+        bool isAutoRepeat = false) {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers, text, isAutoRepeat);
         QApplication::sendEvent(&widget, &event);
         return event.isAccepted();
     }

@@ -147,6 +147,38 @@ TEST_F(BrowserViewTest, lettersMakeOneBeginningUntilTheKeyboardsPause) {
     }
 }
 
+TEST_F(BrowserViewTest, whatAKeyThatIsHeldLeadsToStaysInSight) {
+    show({3000});
+    on(&View::flagToggleRequested, [&] { told += u"flag"_s; });
+    const auto hold = [&](int key, double rate, auto step) {
+        for (double held = 0; held < 2; held += rate) {
+            step(key, held > 0);
+            if (held > 0) {
+                EXPECT_TRUE(view->rect().contains(view->widgetRect(view->currentIndex()))) << held;
+            }
+            for (const double frame : {0.25, 0.5, 0.75, 1.0}) { // a pause before the first repeat
+                now += (held == 0 ? 0.4 : rate) * frame;
+                scrollView.motion().tick();
+            }
+        }
+    };
+    const auto pressed = [&](int key, bool isRepeat) { press(*view, key, {}, {}, isRepeat); };
+    for (const int key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_End})
+        hold(key, 1 / 30.0, pressed);
+    hold(Qt::Key_Space, 0.1, pressed);
+    EXPECT_EQ(told, QStringList{u"flag"_s});
+    press(*view, Qt::Key_Home);
+    finishMotion();
+    // Steps that are eased are measured from where the motion ends, not from where it is.
+    for (const int key : {Qt::Key_Down, Qt::Key_Up}) {
+        for (int step = 0; step < 4; ++step)
+            press(*view, key);
+        EXPECT_TRUE(scrollView.motion().isRunning());
+    }
+    finishMotion();
+    EXPECT_TRUE(view->rect().contains(view->widgetRect(view->currentIndex())));
+}
+
 TEST_F(BrowserViewTest, aBandShowsWhereItIsAndScrollsWhileTheMouseStandsStill) {
     show({60});
     const auto* band = view->findChild<PBImageBrowserSelectView*>();
@@ -168,6 +200,42 @@ TEST_F(BrowserViewTest, aBandShowsWhereItIsAndScrollsWhileTheMouseStandsStill) {
     send(QEvent::MouseButtonPress, {4, 60});
     scrollView.hide(); // the release will never come
     EXPECT_EQ(isHeld(), std::pair(false, false));
+}
+
+TEST_F(BrowserViewTest, aBandEndsWithEscapeAndWhereItsReleaseIsSwallowed) {
+    show({60});
+    const auto* band = view->findChild<PBImageBrowserSelectView*>();
+    const auto begin = [&] {
+        click(at({0, 4}));
+        send(QEvent::MouseButtonPress, {4, 60}, Qt::ShiftModifier);
+        send(QEvent::MouseMove, {300, 200}, Qt::ShiftModifier);
+        EXPECT_EQ(tree->selected(), u"a0 a1 a4");
+        return view->isDragging() && band->isVisible();
+    };
+    const auto isOver = [&] { return !view->isDragging() && band->isHidden(); };
+    EXPECT_TRUE(begin());
+    QKeyEvent escape(QEvent::ShortcutOverride, Qt::Key_Escape, {});
+    escape.ignore();
+    QApplication::sendEvent(view.get(), &escape);
+    EXPECT_TRUE(escape.isAccepted()); // before any menu's
+    press(*view, Qt::Key_Escape);
+    EXPECT_TRUE(isOver());
+    EXPECT_EQ(tree->selected(), u"a4"); // what it had changed is given back
+    send(QEvent::MouseMove, {400, 210}, Qt::ShiftModifier);
+    EXPECT_TRUE(isOver()); // although the button is down still
+    EXPECT_FALSE(press(*view, Qt::Key_Escape));
+    EXPECT_TRUE(begin());
+    QWidget popup(nullptr, Qt::Popup);
+    popup.show();
+    support::sendMouse(popup, QEvent::MouseButtonRelease, {1, 1});
+    EXPECT_TRUE(isOver());
+    popup.close();
+    EXPECT_TRUE(begin());
+    QWidget modal;
+    modal.setWindowModality(Qt::ApplicationModal);
+    modal.show();
+    EXPECT_TRUE(isOver());
+    EXPECT_EQ(tree->selected(), u"a0 a1 a4");
 }
 
 TEST_F(BrowserViewTest, paintsThumbnailsTurnedOnWhiteWithFrames) {
@@ -239,6 +307,39 @@ TEST_F(BrowserViewTest, paintsThumbnailsTurnedOnWhiteWithFrames) {
     }
 }
 
+TEST_F(BrowserViewTest, picturesAndTheirFramesLieOnWholePixelsAtAnyScale) {
+    show({12});
+    view->setStyle(0);
+    for (const auto& item : tree->tree[0]->imageFiles()) {
+        item->setImageSize({2, item->fileId() % 3 == 0 ? 3.0 : 1.0});
+        item->setThumbnailRef(plain(Qt::green));
+        item->setIsSelected(true);
+    }
+    view->setStyle(BrowserMetrics::EnlargeSmallPhoto);
+    const QColor background = PBThemes::imageBrowserBackgroundColor();
+    for (const double ratio : {1.0, 1.25, 1.5, 1.75, 2.0}) {
+        QImage image((view->size().toSizeF() * ratio).toSize(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
+        view->render(&image, QPoint(), QRegion(), QWidget::DrawWindowBackground);
+        const auto gap = static_cast<int>(std::lround(ratio));
+        const auto line = static_cast<int>(std::lround(2 * ratio));
+        for (int item = 0; item < 6; ++item)
+            for (const QPoint way : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)}) {
+                QPoint at = (QPointF(view->widgetRect({0, item}).center()) * ratio).toPoint();
+                const auto passed = [&](const QColor& color) {
+                    int count = 0;
+                    for (; image.pixelColor(at) == color; at += way)
+                        ++count;
+                    return count;
+                };
+                EXPECT_GT(passed(Qt::green), 30);
+                EXPECT_EQ(passed(background), gap) << ratio << ' ' << item;
+                EXPECT_EQ(passed(PBThemes::imageBrowserSelectColor(view->hasFocus())), line)
+                    << ratio << ' ' << item;
+            }
+    }
+}
+
 TEST_F(BrowserViewTest, aPaintLoadsForEightMillisecondsAndTheQueueTheRest) {
     show({12});
     // The clock is looked at when a paint begins and twice for each cell without a thumbnail.
@@ -246,6 +347,10 @@ TEST_F(BrowserViewTest, aPaintLoadsForEightMillisecondsAndTheQueueTheRest) {
         services.thumbnails.takeAsked();
         tick = look;
         picture();
+        EXPECT_EQ(services.thumbnails.takeAsked().size(), most) << look;
+        for (const int row : {60, 300}) // its parts have no more together
+            view->update(0, row, view->width(), 9);
+        paints.take();
         EXPECT_EQ(services.thumbnails.takeAsked().size(), most) << look;
     }
     // What it misses is drawn when it comes from the preload queue.
@@ -257,6 +362,78 @@ TEST_F(BrowserViewTest, aPaintLoadsForEightMillisecondsAndTheQueueTheRest) {
     EXPECT_TRUE(support::spinUntil([&] { return tree->item(0, 0)->hasThumbnail(); }));
     EXPECT_TRUE(paints.take().contains(at({0, 0})));
     EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::green));
+}
+
+TEST_F(BrowserViewTest, onlyThePixelsThatCellsNeedAreKept) {
+    show({12});
+    const auto& item = tree->item(0, 0);
+    const auto& turned = tree->item(0, 1);
+    turned->setRotateAngle(90);
+    for (const auto& each : tree->tree[0]->imageFiles()) {
+        services.thumbnails.insert(each->fileId(), plain(Qt::red, {240, 160}));
+        services.preloaded.insert(each->fileId(), plain(Qt::green, {240, 160}));
+    }
+    view->setThumbnailSize(90);
+    view->reloadData();
+    picture();
+    EXPECT_EQ(item->thumbnailRef().size(), QSize(90, 60));
+    EXPECT_EQ(turned->thumbnailRef().size(), QSize(90, 60));
+    // Those of larger cells come when they are there; until then there are the smaller ones.
+    view->setThumbnailSize(150);
+    view->reloadData();
+    EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::red));
+    EXPECT_TRUE(support::spinUntil([&] { return item->thumbnailRef().width() == 150; }));
+    EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::green));
+    EXPECT_TRUE(support::spinUntil([&] { return turned->thumbnailRef().width() == 150; }));
+    view->setThumbnailSize(90);
+    view->reloadData();
+    picture();
+    EXPECT_EQ(item->thumbnailRef().width(), 150); // they are as good for smaller ones
+    view->setThumbnailSize(256);
+    view->reloadData();
+    picture();
+    EXPECT_TRUE(support::spinUntil([&] { return turned->thumbnailRef().width() == 240; }));
+}
+
+/// Decodes to pictures of one colour, or fails.
+struct FakeImporter final : PBImageImporterProtocol {
+    explicit FakeImporter(bool canRead) : isGood(canRead) {}
+    std::optional<PBDictionary> propertiesAtIndex(std::size_t) override { return std::nullopt; }
+    QImage createImageWithMaxSize(unsigned side, std::size_t, std::stop_token) override {
+        const auto wide = static_cast<int>(side);
+        return isGood ? plain(Qt::blue, {wide, wide * 2 / 3}) : QImage();
+    }
+    std::size_t imageCount() override { return 1; }
+    QString utiType() override { return {}; }
+    const bool isGood;
+};
+
+TEST_F(BrowserViewTest, imagesOnShowAreDecodedWhereStoredThumbnailsAreTooSmall) {
+    show({60});
+    std::map<qint64, int> made;
+    services.makeImporter = [&](const PBImageFileItem& item) {
+        ++made[item.fileId()];
+        return std::make_unique<FakeImporter>(item.fileId() != 2);
+    };
+    for (const auto& each : tree->tree[0]->imageFiles())
+        services.thumbnails.insert(each->fileId(), plain(Qt::red, {120, 80}));
+    const auto& first = tree->item(0, 0);
+    const auto& all = tree->item(0, 2); // has no more pixels than are stored
+    all->setImageSize({120, 80});
+    EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::red));
+    EXPECT_TRUE(support::spinUntil([&] { return first->thumbnailRef().width() == 160; }));
+    const auto& last = tree->item(0, 5); // of those on show
+    EXPECT_TRUE(support::spinUntil([&] { return last->thumbnailRef().width() == 160; }));
+    EXPECT_EQ(picture().pixelColor(at({0, 0})), QColor(Qt::blue));
+    // One that was dropped comes from the catalogue, and is decoded again.
+    last->clearThumbnailRef();
+    EXPECT_EQ(picture().pixelColor(at({0, 5})), QColor(Qt::red));
+    EXPECT_TRUE(support::spinUntil([&] { return last->thumbnailRef().width() == 160; }));
+    EXPECT_EQ(made[6], 2);
+    EXPECT_EQ(made[1], 1);
+    EXPECT_EQ(made[2], 1); // unreadable: tried once
+    EXPECT_EQ(made[3], 0);
+    EXPECT_EQ(made[60], 0); // not on show
 }
 
 TEST_F(BrowserViewTest, whatIsInTheWayOfTravelIsPreloadedFirstAndWhatAPaintMissedBeforeIt) {
@@ -376,32 +553,47 @@ TEST_F(BrowserViewTest, onlyWhatIsNewIsPainted) {
     EXPECT_EQ(paints.take(), all);
 }
 
-TEST_F(BrowserViewTest, aGestureIsOneTurnOrAZoomWithinTheSizes) {
+TEST_F(BrowserViewTest, twoFingersTurnOnceOrZoomAsTheyClearlyMean) {
     show({30});
     on(&View::rotateLeftRequested, [&] { told += u"left"_s; });
     on(&View::rotateRightRequested, [&] { told += u"right"_s; });
-    on(&View::thumbnailSizeDidChange, [&](double size) { told += QString::number(size); });
-    const QPoint anchor = view->widgetRect({0, 4}).center();
     const auto gesture = [&](Qt::NativeGestureType type, double value = 0) {
         const QPointF point(9, 9);
         QNativeGestureEvent event(
             type, QPointingDevice::primaryPointingDevice(), 2, point, point, point, value, {});
         QApplication::sendEvent(view.get(), &event);
     };
-    using Steps = std::vector<std::pair<Qt::NativeGestureType, double>>;
-    const auto turn = Qt::RotateNativeGesture, zoom = Qt::ZoomNativeGesture;
-    const std::pair<Steps, QString> gestures[] = {
-        {{{zoom, 0.25}, {turn, -4}}, u"200"_s}, // counter-clockwise; not in a zoom
-        {{{turn, 0}, {turn, -4}, {turn, 9}, {zoom, 0.5}}, u"left"_s},
-        {{{turn, 2}}, u"right"_s},
-        {{{zoom, 0}, {zoom, 9}, {zoom, 9}, {zoom, -0.9}, {zoom, 2.125}}, u"256 64 200"_s}};
-    for (const auto& [steps, results] : gestures) {
+    struct Updates {
+        int count;
+        double turn, zoom; // each of them, in this order; what is 0 is not sent
+    };
+    const std::tuple<std::vector<Updates>, QString, double> gestures[] = {
+        {{{25, 0.5, 0.01}}, {}, 200},          // a pinch with a turn by accident
+        {{{125, 0.1, 0.002}}, {}, 200},        // the slower, the same
+        {{{1, -30, 0.25}}, {}, 200},           // at once
+        {{{2, -7.4, 0.02}}, {}, 160},          // neither
+        {{{20, -2, 0.003}}, u"left"_s, 160},   // clockwise is positive
+        {{{8, 1.9, -0.003}}, u"right"_s, 160}, // decided by its end only
+        {{{10, 3, 0}, {20, 0, 0.05}, {10, -9, 0}}, u"right"_s, 160},
+        {{{9, 0, 0.25}, {1, 0, -2}, {9, 20, 0}}, {}, 200}, // beyond the largest and back
+        {{{9, 0, -0.1}}, {}, 64}};
+    for (const auto& [updates, turns, size] : gestures) {
+        view->setThumbnailSize(160);
+        view->reloadData();
+        const int anchor = view->widgetRect({0, 4}).center().y();
         gesture(Qt::BeginNativeGesture);
-        for (const auto& [type, value] : steps)
-            gesture(type, value);
+        for (const auto& [count, turn, zoom] : updates)
+            for (int update = 0; update < count; ++update) {
+                if (turn != 0) gesture(Qt::RotateNativeGesture, turn);
+                if (zoom != 0) gesture(Qt::ZoomNativeGesture, zoom);
+            }
         gesture(Qt::EndNativeGesture);
-        gesture(turn, -4); // outside of a gesture
-        EXPECT_EQ(std::exchange(told, {}).join(u' '), results);
+        gesture(Qt::RotateNativeGesture, 90); // outside of a gesture
+        gesture(Qt::ZoomNativeGesture, 9);
+        EXPECT_EQ(std::exchange(told, {}).join(u' '), turns) << updates[0].turn;
+        EXPECT_EQ(view->thumbnailSize(), size) << updates[0].turn;
+        if (size > 64) { // else all of them fit
+            EXPECT_NEAR(view->widgetRect({0, 4}).center().y(), anchor, 1);
+        }
     }
-    EXPECT_NEAR(view->widgetRect({0, 4}).center().y(), anchor.y(), 1);
 }

@@ -50,6 +50,9 @@ struct FakeServices final : BrowserServices, group::FolderPaths {
         const auto* build = dynamic_cast<const FakeBuild*>(&operation);
         return build ? std::optional(build->fileId) : std::nullopt;
     }
+    std::unique_ptr<PBImageImporterProtocol> imageImporter(const PBImageFileItem& item) override {
+        return makeImporter ? makeImporter(item) : nullptr;
+    }
     PBThumbnailBufferManager& thumbnailBufferManager() override { return buffer; }
     const group::FolderPaths& folderPaths() const override { return *this; }
     QString tagWithTagId(qint64) const override { return {}; }
@@ -58,6 +61,7 @@ struct FakeServices final : BrowserServices, group::FolderPaths {
 
     FakeThumbnails thumbnails;
     FakeThumbnails preloaded;
+    std::function<std::unique_ptr<PBImageImporterProtocol>(const PBImageFileItem&)> makeImporter;
     PBThumbnailBufferManager buffer{200};
     bool largeView = false;
     platform::OperationQueue buildQueue{u"build"_s};

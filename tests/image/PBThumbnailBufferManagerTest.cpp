@@ -82,6 +82,25 @@ TEST_F(PBThumbnailBufferManagerTest, whatIsFarthestFromTheLatestGoesAndTheFrontO
     EXPECT_EQ(held(), u"34510");
 }
 
+TEST_F(PBThumbnailBufferManagerTest, theirBytesAreBoundedToo) {
+    makeLeaves({9});
+    manager.setByteLimit(3 * image.sizeInBytes());
+    push(0, {0, 1, 2, 3});
+    EXPECT_EQ(held(), u"123");
+    // One of more pixels takes the place of its own, and of as many others as it needs.
+    EXPECT_TRUE(manager.applyPreloadThumbnail(shared(0, 1), QImage(4, 8, image.format())));
+    EXPECT_EQ(held(), u"12");
+    EXPECT_FALSE(manager.applyPreloadThumbnail(shared(0, 1), image));
+    EXPECT_EQ(manager.byteCount(), 3 * image.sizeInBytes());
+    EXPECT_TRUE(manager.applyPreloadThumbnail(shared(0, 5), QImage(40, 40, image.format())));
+    EXPECT_EQ(held(), u"5"); // what is looked at is never dropped for its size
+    push(0, {4});
+    EXPECT_EQ(held(), u"4");
+    EXPECT_EQ(manager.byteCount(), image.sizeInBytes());
+    manager.clearThumbnailBuffer();
+    EXPECT_EQ(manager.byteCount(), 0);
+}
+
 TEST_F(PBThumbnailBufferManagerTest, foldedLeavesCountForNothing) {
     makeLeaves({10, 1000, 10});
     push(0, {0, 1});

@@ -39,4 +39,10 @@ TEST(FolderDropTargetTest, onlyFoldersOfThisMachineAreTakenAndNeverMoved) {
     QCoreApplication::sendEvent(&widget, &leave);
     EXPECT_FALSE(drop());
     EXPECT_EQ(told.join(u' '), u"over out /dir 1,/dir2 over out");
+    // Whoever drags a thousand files is not kept waiting by a thousand looks.
+    QStringList many(32, u"file:///file"_s);
+    many[31] = u"file:///dir"_s;
+    EXPECT_TRUE(enter(many));
+    many.prepend(u"file:///other"_s);
+    EXPECT_FALSE(enter(many));
 }

@@ -5,6 +5,7 @@
 #include "ui/PBThemes.h"
 #include "ui/PBThumbnailScrollView.h"
 
+#include <QTest>
 #include <QWheelEvent>
 
 namespace {
@@ -111,6 +112,9 @@ TEST_F(PBScrollViewTest, linesAndPagesAreEasedAndAddUpAndPreciseDevicesMoveByPix
     EXPECT_EQ(finished(), 116 + 300 + 50 + 50);
     scroller.triggerAction(QAbstractSlider::SliderPageStepSub);
     EXPECT_EQ(finished(), 216);
+    QWheelEvent over({5, 5}, {}, {}, {0, -120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&scroller, &over);
+    EXPECT_EQ(finished(), 266); // a line, as anywhere
 }
 
 TEST_F(PBScrollViewTest, aGestureWithPhasesMovesAtOnceAndCountsAsScrollingUntilItsMomentumEnds) {
@@ -135,6 +139,112 @@ TEST_F(PBScrollViewTest, aGestureWithPhasesMovesAtOnceAndCountsAsScrollingUntilI
     now = 0.1;
     EXPECT_FALSE(view.isScrolling());
     EXPECT_EQ(y(), 50);
+}
+
+TEST_F(PBScrollViewTest, slowFingersMoveByTheirPixelsAndTheFractionsComeOnce) {
+    view.setPbScrollPoint({0, 1000});
+    // As Wayland tells them: 0.4 of a point each, and the fractions with the whole ones.
+    sendWheel(view, {}, {}, Qt::ScrollBegin);
+    for (int step = 0; step < 50; ++step)
+        sendWheel(view, {0, step % 5 == 1 || step % 5 == 3 ? -1 : 0}, {0, -5}, Qt::ScrollUpdate);
+    EXPECT_EQ(y(), 1020);
+    sendWheel(view, {}, {}, Qt::ScrollEnd);
+    now += 1;
+    // A touchpad of an X server: parts of a turn, now and then a whole one.
+    for (const int angle : {-7, -7, -120, -7, -3})
+        sendWheel(view, {}, {0, angle});
+    EXPECT_TRUE(view.isScrolling() && !view.motion().isRunning());
+    EXPECT_EQ(y(), 1020 + std::rint(144 * 50 / 120.0));
+    now += 0.2;
+    EXPECT_FALSE(view.isScrolling());
+    sendWheel(view, {}, {0, -120});
+    EXPECT_TRUE(view.motion().isRunning()); // a wheel
+}
+
+TEST_F(PBScrollViewTest, whatFingersLetGoGoesOnUntilItRestsOrIsTouchedAgain) {
+    /// Steps of 10 points, 100 a second, and a rest before the end.
+    const auto swipe = [&](double rest, int way = -10) {
+        sendWheel(view, {}, {}, Qt::ScrollBegin);
+        for (int step = 0; step < 20; ++step) {
+            now += 0.01;
+            sendWheel(view, {0, way}, {0, 12 * way}, Qt::ScrollUpdate);
+        }
+        now += rest;
+        sendWheel(view, {}, {}, Qt::ScrollEnd);
+    };
+    swipe(0.2);
+    EXPECT_EQ(y(), 200);
+    EXPECT_FALSE(view.motion().isRunning()); // the fingers had come to rest
+    swipe(0.01);
+    EXPECT_TRUE(view.motion().isFling());
+    EXPECT_NEAR(view.motion().scrollStopPos(), 400 + 1000 * 0.325, 1);
+    now += 0.05;
+    view.motion().tick();
+    EXPECT_NEAR(y(), 400 + 1000 * 0.05, 8); // as fast as before at first
+    sendWheel(view, {}, {}, Qt::ScrollBegin);
+    EXPECT_FALSE(view.motion().isRunning());
+    swipe(0.01);
+    sendWheel(view, {0, -3}, {0, -36}, Qt::ScrollMomentum); // the platform's own
+    EXPECT_FALSE(view.motion().isRunning());
+    swipe(0.01, 40); // beyond the start
+    EXPECT_EQ(y(), 0);
+    EXPECT_TRUE(support::spinUntil([&] { return !view.motion().isRunning(); }));
+}
+
+TEST_F(PBScrollViewTest, aGestureWhoseEndNeverComesEndsByAPauseOrWhenTheWindowIsLeft) {
+    const auto begin = [&] {
+        sendWheel(view, {}, {}, Qt::ScrollBegin);
+        now += 0.01;
+        sendWheel(view, {0, -5}, {0, -60}, Qt::ScrollUpdate);
+        return view.isScrolling();
+    };
+    EXPECT_TRUE(begin());
+    now += 1.5;
+    EXPECT_FALSE(view.isScrolling());
+    sendWheel(view, {0, -5}, {0, -60}, Qt::ScrollUpdate); // it had only rested
+    EXPECT_TRUE(view.isScrolling());
+    for (const auto type : {QEvent::Leave, QEvent::WindowDeactivate, QEvent::Hide}) {
+        EXPECT_TRUE(begin());
+        QEvent event(type);
+        QApplication::sendEvent(&view, &event);
+        EXPECT_FALSE(view.isScrolling());
+        sendWheel(view, {}, {}, Qt::ScrollEnd);
+        EXPECT_FALSE(view.isScrolling());
+    }
+}
+
+/// Notes what the mouse does to it.
+struct Sheet final : QWidget {
+    void mousePressEvent(QMouseEvent*) override { told += u"press"_s; }
+    void mouseDoubleClickEvent(QMouseEvent*) override { told += u"double"_s; }
+    void mouseMoveEvent(QMouseEvent*) override { told += u"move"_s; }
+    void mouseReleaseEvent(QMouseEvent*) override { told += u"release"_s; }
+    QStringList told;
+};
+
+TEST_F(PBScrollViewTest, aFingerOnATouchScreenPushesTheSheetOrClicks) {
+    auto* sheet = new Sheet;
+    view.setDocumentView(sheet);
+    QPointingDevice* screen = QTest::createTouchDevice();
+    const auto touch = [&](auto step, int at) {
+        auto sequence = QTest::touchEvent(view.windowHandle(), screen, false);
+        (sequence.*step)(0, {100, at}, static_cast<QWindow*>(nullptr));
+        sequence.commit();
+    };
+    using Sequence = QTest::QTouchEventSequence;
+    touch(&Sequence::press, 300);
+    touch(&Sequence::move, 295); // trembles
+    touch(&Sequence::release, 295);
+    EXPECT_EQ(std::exchange(sheet->told, {}).join(u' '), u"press release");
+    touch(&Sequence::press, 300);
+    for (const int at : {280, 260, 200})
+        touch(&Sequence::move, at);
+    EXPECT_EQ(y(), 80);
+    EXPECT_TRUE(view.isScrolling());
+    touch(&Sequence::release, 200);
+    EXPECT_EQ(sheet->told, QStringList());
+    support::sendMouse(*sheet, QEvent::MouseButtonPress, {9, 9}); // a mouse is one
+    EXPECT_EQ(sheet->told, QStringList{u"press"_s});
 }
 
 TEST_F(PBScrollViewTest, theKnobFollowsTheMouseAndWithTheOptionKeyAtAQuarter) {

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "codec/PBImageImporterProtocol.h"
 #include "group/FolderPaths.h"
 #include "image/PBPreloadThumbnailOperation.h"
 
 #include <QString>
 
+#include <memory>
 #include <optional>
 
 class PBThumbnailBufferManager;
@@ -26,6 +28,9 @@ public:
     /// The image for which an operation of the build queue makes a thumbnail; nothing for others.
     [[nodiscard]] virtual std::optional<qint64>
     fileIdOfBuildThumb(const platform::Operation& operation) const = 0;
+    /// For the image's file; nullptr where it is not known where that is.
+    [[nodiscard]] virtual std::unique_ptr<PBImageImporterProtocol>
+    imageImporter(const PBImageFileItem& item) = 0;
     [[nodiscard]] virtual PBThumbnailBufferManager& thumbnailBufferManager() = 0;
     [[nodiscard]] virtual const group::FolderPaths& folderPaths() const = 0;
     /// Empty for a tag without a text.

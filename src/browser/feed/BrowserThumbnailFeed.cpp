@@ -1,11 +1,12 @@
 #include "browser/feed/BrowserThumbnailFeed.h"
 
+#include "browser/feed/PreparedThumbnails.h"
 #include "image/PBThumbnailBufferManager.h"
 #include "platform/work/MainThread.h"
 #include "platform/work/OperationQueue.h"
 
-#include <unordered_set>
-#include <utility>
+#include <algorithm>
+#include <cmath>
 
 BrowserThumbnailFeed::BrowserThumbnailFeed(
     BrowserLayout& layout, const BrowserLeafList& leaves, BrowserServices& services,
@@ -15,8 +16,9 @@ BrowserThumbnailFeed::BrowserThumbnailFeed(
 
 BrowserThumbnailFeed::~BrowserThumbnailFeed() = default;
 
-void BrowserThumbnailFeed::beginPaint(double budget) {
+void BrowserThumbnailFeed::beginPaint(double budget, double pixelRatio) {
     platform::assertMainThread();
+    _pixelRatio = pixelRatio;
     _paintEnd = _clock() + budget;
     _hasMissed = false;
 }
@@ -36,15 +38,78 @@ bool BrowserThumbnailFeed::hasTimeLeft() const {
 
 QImage BrowserThumbnailFeed::thumbnail(
     const PBImageBrowserIndex& index, const std::shared_ptr<PBImageFileItem>& item) {
-    if (item->hasThumbnail()) return item->thumbnailRef();
+    if (item->hasThumbnail()) {
+        _hasTooSmall = _hasTooSmall || isTooSmall(index, *item) || couldBeSharper(index, *item);
+        return item->thumbnailRef();
+    }
     if (!hasTimeLeft()) {
         _hasMissed = true;
         return {};
     }
-    const QImage loaded = _services.thumbnailLoader().loadThumbnail(*item);
-    if (!loaded.isNull())
-        _services.thumbnailBufferManager().applyPreloadThumbnail(item, loaded, index);
+    const QImage stored = _services.thumbnailLoader().loadThumbnail(*item);
+    if (stored.isNull()) return {};
+    const QImage loaded = reducedThumbnail(stored, neededPixels(index, *item));
+    noteLoaded(*item, loaded.size() != stored.size());
+    _services.thumbnailBufferManager().applyPreloadThumbnail(item, loaded, index);
+    _hasTooSmall = _hasTooSmall || couldBeSharper(index, *item);
     return loaded;
+}
+
+QSize BrowserThumbnailFeed::neededPixels(
+    const PBImageBrowserIndex& index, const PBImageFileItem& item) const {
+    // At other angles it is drawn larger than its cell shows.
+    if (std::fmod(item.rotateAngle(), 90) != 0) return {};
+    const QSize shown = _layout.picturePixels(index, _pixelRatio);
+    return quarterTurns(item.rotateAngle()) % 2 == 0 ? shown : shown.transposed();
+}
+
+bool BrowserThumbnailFeed::isTooSmall(
+    const PBImageBrowserIndex& index, const PBImageFileItem& item) const {
+    if (!_reduced.contains(item.fileId())) return false;
+    const QSize needed = neededPixels(index, item);
+    const QSize size = item.thumbnailRef().size();
+    return needed.isEmpty() || size.width() < needed.width() || size.height() < needed.height();
+}
+
+bool BrowserThumbnailFeed::couldBeSharper(
+    const PBImageBrowserIndex& index, const PBImageFileItem& item) const {
+    const auto longer = [](auto size) { return std::max(size.width(), size.height()); };
+    const int needed = longer(neededPixels(index, item));
+    const int present = longer(item.thumbnailRef().size());
+    if (present >= needed || present >= longer(item.imageSize()) || item.isAway()) return false;
+    const auto done = _sharpened.find(item.fileId());
+    return done == _sharpened.end() || done->second < needed;
+}
+
+void BrowserThumbnailFeed::noteLoaded(const PBImageFileItem& item, bool isReduced) {
+    _sharpened.erase(item.fileId());
+    if (isReduced) {
+        _reduced.insert(item.fileId());
+    } else {
+        _reduced.erase(item.fileId());
+    }
+}
+
+void BrowserThumbnailFeed::loadLarger(const QRectF& visible) {
+    platform::assertMainThread();
+    if (_services.isLargeView()) return;
+    std::vector<PBPreloadThumbnailObject> again;
+    std::vector<SharpThumbnailOperation::Request> sharper;
+    _layout.forEachVisible(visible.top(), visible.bottom(), [&](const PBImageBrowserIndex& index) {
+        const auto item = _leaves.imageFileAtIndex(index);
+        if (!item || !item->hasThumbnail()) return;
+        const QSize needed = neededPixels(index, *item);
+        if (isTooSmall(index, *item)) {
+            again.push_back({.imageFileItem = item, .pixels = needed, .isAgain = true});
+        } else if (couldBeSharper(index, *item)) {
+            if (auto importer = _services.imageImporter(*item))
+                sharper.push_back(
+                    {item, std::move(importer), std::max(needed.width(), needed.height())});
+        }
+    });
+    sharpen(std::move(sharper), visible);
+    if (auto operation = preloadOperation(std::move(again)))
+        _services.preloadThumbnailOperationQueue().addOperation(std::move(operation));
 }
 
 void BrowserThumbnailFeed::preloadThumbnailWithPosition(const QRectF& visible, int flag) {
@@ -71,14 +136,45 @@ void BrowserThumbnailFeed::replacePreloads(
     }
 }
 
+void BrowserThumbnailFeed::sharpen(
+    std::vector<SharpThumbnailOperation::Request> requests, const QRectF& visible) {
+    if (requests.empty()) return;
+    if (const auto running = _sharpening.lock()) {
+        if (!running->isCancelled() && !running->isFinished() && _sharpeningPart == visible) return;
+        running->cancel();
+    }
+    const auto operation = std::make_shared<SharpThumbnailOperation>(
+        std::move(requests),
+        [self = std::weak_ptr(_self)](const auto& item, int side, const QImage& image) {
+            if (const auto alive = self.lock()) (*alive)->sharpened(item, side, image);
+        });
+    _sharpening = operation;
+    _sharpeningPart = visible;
+    _services.preloadThumbnailOperationQueue().addOperation(operation);
+}
+
+void BrowserThumbnailFeed::sharpened(
+    const std::shared_ptr<PBImageFileItem>& item, int side, const QImage& image) {
+    platform::assertMainThread();
+    if (!item->hasThumbnail()) return; // it was dropped meanwhile: it is not on show
+    _sharpened[item->fileId()] = side;
+    if (_services.thumbnailBufferManager().applyPreloadThumbnail(item, image)) _arrived(*item);
+}
+
 std::shared_ptr<platform::Operation>
 BrowserThumbnailFeed::preloadThumbnailOperation(double topLine, double bottomLine) {
     if (_services.isLargeView()) return nullptr;
     std::vector<PBPreloadThumbnailObject> objects;
     _layout.forEachVisible(topLine, bottomLine, [&](const PBImageBrowserIndex& index) {
-        auto item = _leaves.imageFileAtIndex(index);
-        if (item && !item->hasThumbnail()) objects.push_back({std::move(item), {}});
+        const auto item = _leaves.imageFileAtIndex(index);
+        if (item && !item->hasThumbnail())
+            objects.push_back({.imageFileItem = item, .pixels = neededPixels(index, *item)});
     });
+    return preloadOperation(std::move(objects));
+}
+
+std::shared_ptr<platform::Operation>
+BrowserThumbnailFeed::preloadOperation(std::vector<PBPreloadThumbnailObject> objects) {
     if (objects.empty()) return nullptr;
     return std::make_shared<PBPreloadThumbnailOperation>(
         std::move(objects), _services.preloadThumbnailLoader(),
@@ -91,6 +187,8 @@ void BrowserThumbnailFeed::preloadThumbnailFinished(const PBPreloadThumbnailObje
     platform::assertMainThread();
     const bool isTaken = _services.thumbnailBufferManager().applyPreloadThumbnail(
         object.imageFileItem, object.thumbnailRef);
+    if (!isTaken && !object.isAgain) return;
+    noteLoaded(*object.imageFileItem, object.isReduced);
     if (isTaken) _arrived(*object.imageFileItem);
 }
 

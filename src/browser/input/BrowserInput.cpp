@@ -90,6 +90,16 @@ void BrowserInput::cancelDrag() {
     setDragging(false);
 }
 
+bool BrowserInput::cancelBand() {
+    platform::assertMainThread();
+    if (!_hasBand) return false;
+    // One that touches nothing leaves everything as it was before.
+    const QRectF nothing(QPointF(-1, -1), QSizeF());
+    if (applyBand(nothing)) _host.selectDidChange();
+    cancelDrag();
+    return true;
+}
+
 void BrowserInput::mouseDragged(const QPointF& point) {
     platform::assertMainThread();
     if (!_isDragging) return;
@@ -197,22 +207,4 @@ bool BrowserInput::rightMouseDown(const QPointF& point) {
         _host.selectDidChange();
     }
     return item != nullptr;
-}
-
-void BrowserInput::rotate(double rotation) {
-    platform::assertMainThread();
-    if (_gestureStatus != Gesture::Undecided || rotation == 0) return;
-    _gestureStatus = Gesture::Rotation;
-    _host.perform(rotation > 0 ? BrowserCommand::RotateLeft : BrowserCommand::RotateRight);
-}
-
-void BrowserInput::magnify(double magnification) {
-    platform::assertMainThread();
-    if (_gestureStatus != Gesture::Undecided && _gestureStatus != Gesture::Zoom) return;
-    _gestureStatus = Gesture::Zoom;
-    const double present = _layout.metrics().thumbnailSize;
-    const double wanted = std::clamp(
-        std::rint(present * (1 + magnification)), BrowserMetrics::minThumbnailSize,
-        BrowserMetrics::maxThumbnailSize);
-    if (wanted != present) _host.applyThumbnailSize(wanted);
 }

@@ -77,16 +77,23 @@ public:
     [[nodiscard]] bool rightMouseDown(const QPointF& point);
     /// The button was let go where nobody could hear it.
     void cancelDrag();
+    /// Ends the rubber band and gives back what it has changed; false if there is none.
+    bool cancelBand();
+    [[nodiscard]] bool hasBand() const { return _hasBand; }
 
     /// False if the key means nothing here.
     bool keyDown(BrowserKey key, BrowserModifiers modifiers);
     /// Goes to the next image whose name begins so; a single letter goes on from the current one.
     void typeAhead(const QString& beginning);
 
-    void beginGesture() { _gestureStatus = Gesture::Undecided; }
-    void endGesture() { _gestureStatus = Gesture::None; }
-    /// Positive turns left.
+    /// Two fingers on a touchpad: one turn or a zoom, whichever they clearly mean first. They
+    /// always do a little of both.
+    void beginGesture();
+    void endGesture();
+    /// Degrees since the last update; positive turns left. Comes before the zoom of its update.
     void rotate(double rotation);
+    /// What the distance of the fingers has grown by since the last update, in parts of what it was
+    /// when they began.
     void magnify(double magnification);
 
     /// Makes the image the sole selection and shows it. Nothing for an index without an image.
@@ -118,6 +125,7 @@ private:
     [[nodiscard]] PBImageBrowserIndex keyTarget(BrowserKey key) const;
     [[nodiscard]] PBImageBrowserIndex pageStep(const PBImageBrowserIndex& from, bool isDown) const;
     void extendTo(const PBImageBrowserIndex& index);
+    void decideGesture();
 
     BrowserLayout& _layout;
     const BrowserLeafList& _leaves;
@@ -130,6 +138,9 @@ private:
     std::shared_ptr<PBImageFileItem> _downImageFileItem;
     std::shared_ptr<PBImageFileItem> _shiftFileItem;
     Gesture _gestureStatus = Gesture::None;
+    double _gestureRotation = 0;      // since the gesture began, as all of these
+    double _gestureMagnification = 0; // 0 for the distance of the begin
+    double _gestureThumbnailSize = 0; // when it began
     bool _isDragging = false;
     bool _hasBand = false;
     BrowserRange _bandRange; // images outside have the state that was stored

@@ -117,6 +117,9 @@ public:
     void forEachVisible(double topLine, double bottomLine, Function&& function);
 
     [[nodiscard]] BrowserHit itemIndexByPoint(const QPointF& point, const BrowserTextWidths& texts);
+    /// The device pixels that the picture of a cell is drawn with, as it is shown; empty where its
+    /// size is not known. The same at every place on the screen.
+    [[nodiscard]] QSize picturePixels(const PBImageBrowserIndex& index, double pixelRatio);
     /// The heads that show in that part of the sheet, from the top.
     [[nodiscard]] std::vector<BrowserHead> visibleHeads(const QRectF& visible);
 

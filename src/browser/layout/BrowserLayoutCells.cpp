@@ -73,6 +73,12 @@ QRectF BrowserLayout::placedRect(const QRectF& cellRect, const QSizeF& displaySi
     return integral(rect);
 }
 
+QSize BrowserLayout::picturePixels(const PBImageBrowserIndex& index, double pixelRatio) {
+    const QSizeF size = displaySize(index);
+    if (size.isEmpty()) return {};
+    return (placedRect(cellRectAtIndex(index), size).size() * pixelRatio).toSize();
+}
+
 QRectF BrowserLayout::hitTarget(const QRectF& cellRect, const PBImageBrowserIndex& index) const {
     constexpr double smallest = BrowserMetrics::smallestHitTarget;
     QRectF rect = placedRect(cellRect, displaySize(index));

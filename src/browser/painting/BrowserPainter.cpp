@@ -29,21 +29,18 @@ QFont fileInfoFont() {
     return font;
 }
 
-/// The device pixels that a rectangle of points covers.
-QRect toPixels(const QRectF& rect, double ratio) {
-    const int left = static_cast<int>(std::lround(rect.left() * ratio));
-    const int top = static_cast<int>(std::lround(rect.top() * ratio));
-    return {
-        left, top, static_cast<int>(std::lround(rect.right() * ratio)) - left,
-        static_cast<int>(std::lround(rect.bottom() * ratio)) - top};
+/// The device pixels that show a rectangle of points: as many wherever it lies.
+QRect toPixels(const QPainter& painter, const QRectF& rect, double ratio) {
+    const QPointF corner = painter.deviceTransform().map(rect.topLeft());
+    return {corner.toPoint(), (rect.size() * ratio).toSize()};
 }
 
 /// Makes the painter map device pixels one to one, so that pictures of their final size are copied.
 class PixelScope {
 public:
-    PixelScope(QPainter& painter, double ratio) : _painter(painter) {
+    explicit PixelScope(QPainter& painter) : _painter(painter) {
         painter.save();
-        painter.setTransform(QTransform::fromScale(1 / ratio, 1 / ratio));
+        painter.setTransform(painter.deviceTransform().inverted() * painter.transform());
     }
     PixelScope(const PixelScope&) = delete;
     PixelScope& operator=(const PixelScope&) = delete;
@@ -91,13 +88,24 @@ QRectF BrowserPainter::cellExtent(const QRectF& cellRect) const {
     return cellRect.adjusted(-around, -around, around, around);
 }
 
-QRectF BrowserPainter::draw(QPainter& painter, const Frame& frame) {
+void BrowserPainter::begin(double pixelRatio) {
     platform::assertMainThread();
     _crude = {};
     _shadow.prepare(
-        static_cast<int>(std::lround(shadowRadius * frame.pixelRatio)),
-        static_cast<int>(std::lround(shadowOffset * frame.pixelRatio)),
+        static_cast<int>(std::lround(shadowRadius * pixelRatio)),
+        static_cast<int>(std::lround(shadowOffset * pixelRatio)),
         PBThemes::imageBrowserShadowColor());
+    _feed.beginPaint(paintBudget, pixelRatio);
+}
+
+QRectF BrowserPainter::end(const QRectF& visible) {
+    platform::assertMainThread();
+    _feed.endPaint(visible);
+    return _crude;
+}
+
+void BrowserPainter::draw(QPainter& painter, const Frame& frame) {
+    platform::assertMainThread();
     const std::vector<BrowserHead> heads = _layout.visibleHeads(frame.visible);
     // Under the sticky head, which is drawn at every step of a motion, nothing can be seen.
     const bool isCovered = std::ranges::any_of(
@@ -106,9 +114,7 @@ QRectF BrowserPainter::draw(QPainter& painter, const Frame& frame) {
         painter.fillRect(
             frame.dirty.translated(-frame.visible.topLeft()),
             PBThemes::imageBrowserBackgroundColor());
-        _feed.beginPaint(paintBudget);
         drawCells(painter, frame);
-        _feed.endPaint(frame.visible);
     }
     for (const BrowserHead& head : heads) {
         if (!head.rect.intersects(frame.dirty)) continue;
@@ -116,7 +122,6 @@ QRectF BrowserPainter::draw(QPainter& painter, const Frame& frame) {
             painter, head.rect.translated(-frame.visible.topLeft()), _leaves.leaf(head.group),
             head.hasTopLine);
     }
-    return _crude;
 }
 
 void BrowserPainter::drawCells(QPainter& painter, const Frame& frame) {
@@ -151,7 +156,10 @@ void BrowserPainter::drawCellRect(
     }
     QRectF placed =
         size.isEmpty() ? _layout.hitTarget(cellRect, index) : _layout.placedRect(cellRect, size);
-    placed.translate(-frame.visible.topLeft());
+    const QRectF sheetRect = placed;
+    const QRect pixels =
+        toPixels(painter, placed.translated(-frame.visible.topLeft()), frame.pixelRatio);
+    placed = painter.deviceTransform().inverted().mapRect(QRectF(pixels));
     const double opacity = item->isAway() ? awayOpacity : 1;
     painter.setOpacity(opacity);
     if (thumbnail.isNull() && !_feed.hasTimeLeft()) {
@@ -162,33 +170,39 @@ void BrowserPainter::drawCellRect(
     } else if (thumbnail.isNull()) {
         drawPlaceholder(painter, placed, frame);
     } else {
-        drawThumbnail(painter, placed, thumbnail, item->rotateAngle(), frame);
+        drawThumbnail(painter, pixels, thumbnail, item->rotateAngle(), sheetRect);
     }
     painter.setOpacity(1);
-    if (item->isSelected()) {
-        const double frameWidth = _layout.metrics().selectSize();
-        const double line = frameWidth - 1;
-        // The line lies within the frame's outer edge, a point off the picture.
-        const QRectF outline = placed.adjusted(-frameWidth, -frameWidth, frameWidth, frameWidth)
-                                   .adjusted(line / 2, line / 2, -line / 2, -line / 2);
-        QPen pen(PBThemes::imageBrowserSelectColor(frame.hasFocus), line);
-        pen.setJoinStyle(Qt::MiterJoin);
-        painter.setPen(pen);
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRect(outline);
-    }
+    if (item->isSelected()) drawSelection(painter, pixels, frame);
     painter.setOpacity(opacity);
     drawTexts(painter, cellRect, *item, frame);
     painter.setOpacity(1);
 }
 
+void BrowserPainter::drawSelection(
+    QPainter& painter, const QRect& pixels, const Frame& frame) const {
+    // A point off the picture, and the rest of the frame's width wide: in whole pixels, and the
+    // same on all sides.
+    constexpr double gapWidth = 1;
+    const auto whole = [&](double points) {
+        return std::max(1, static_cast<int>(std::lround(points * frame.pixelRatio)));
+    };
+    const int gap = whole(gapWidth);
+    const int line = whole(_layout.metrics().selectSize() - gapWidth);
+    const QRect inner = pixels.adjusted(-gap, -gap, gap, gap);
+    const QRect outer = inner.adjusted(-line, -line, line, line);
+    const QColor color = PBThemes::imageBrowserSelectColor(frame.hasFocus);
+    const PixelScope scope(painter);
+    for (const QRect& side : QRegion(outer) - inner)
+        painter.fillRect(side, color);
+}
+
 void BrowserPainter::drawThumbnail(
-    QPainter& painter, const QRectF& placed, const QImage& thumbnail, double rotateAngle,
-    const Frame& frame) {
-    const QRect pixels = toPixels(placed, frame.pixelRatio);
+    QPainter& painter, const QRect& pixels, const QImage& thumbnail, double rotateAngle,
+    const QRectF& sheetRect) {
     const QImage picture =
         _prepared.picture(thumbnail, pixels.size(), rotateAngle, _feed.hasTimeLeft());
-    const PixelScope scope(painter, frame.pixelRatio);
+    const PixelScope scope(painter);
     // It would shine through a pale picture.
     const bool hasShadow = _layout.metrics().has(BrowserMetrics::Shadow) && painter.opacity() == 1;
     if (hasShadow) _shadow.draw(painter, pixels);
@@ -209,7 +223,7 @@ void BrowserPainter::drawThumbnail(
     painter.drawImage(
         QRectF(QPointF(-size.width() / 2, -size.height() / 2), size), thumbnail,
         QRectF(thumbnail.rect()));
-    if (odd == 0) _crude |= placed.translated(frame.visible.topLeft());
+    if (odd == 0) _crude |= sheetRect;
 }
 
 void BrowserPainter::drawPlaceholder(

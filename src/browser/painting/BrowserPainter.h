@@ -22,16 +22,19 @@ public:
         GroupHeadPainter::TagLookup tagWithTagId);
 
     struct Frame {
-        QRectF visible; ///< the part of the sheet on show
-        QRectF dirty;   ///< the part of that to draw, on the sheet
-        double pixelRatio = 1;
+        QRectF visible;        ///< the part of the sheet on show
+        QRectF dirty;          ///< the part of that to draw, on the sheet
+        double pixelRatio = 1; ///< of the painter's device
         bool hasFocus = false;
     };
-    /// Seconds for loading and scaling, before cruder ways are taken.
+    /// Seconds for loading and scaling in a whole paint, before cruder ways are taken.
     static constexpr double paintBudget = 0.008;
-    /// The painter maps the widget's points. Answers the cells that deserve another, finer paint,
-    /// on the sheet; empty as a rule.
-    [[nodiscard]] QRectF draw(QPainter& painter, const Frame& frame);
+    /// Around the parts of one paint.
+    void begin(double pixelRatio);
+    /// The painter maps the widget's points.
+    void draw(QPainter& painter, const Frame& frame);
+    /// Answers the cells that deserve another, finer paint, on the sheet; empty as a rule.
+    [[nodiscard]] QRectF end(const QRectF& visible);
 
     /// What a cell may draw on, shadow and frame included.
     [[nodiscard]] QRectF cellExtent(const QRectF& cellRect) const;
@@ -49,9 +52,11 @@ private:
     void drawCellRect(
         QPainter& painter, const QRectF& cellRect, const PBImageBrowserIndex& index,
         const Frame& frame);
+    /// `pixels` are those of the device, as `sheetRect` is shown by them.
     void drawThumbnail(
-        QPainter& painter, const QRectF& placed, const QImage& thumbnail, double rotateAngle,
-        const Frame& frame);
+        QPainter& painter, const QRect& pixels, const QImage& thumbnail, double rotateAngle,
+        const QRectF& sheetRect);
+    void drawSelection(QPainter& painter, const QRect& pixels, const Frame& frame) const;
     void drawPlaceholder(QPainter& painter, const QRectF& placed, const Frame& frame) const;
     void drawTexts(
         QPainter& painter, const QRectF& cellRect, const PBImageFileItem& item,

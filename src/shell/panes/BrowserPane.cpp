@@ -2,6 +2,7 @@
 
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserView.h"
+#include "codec/PBImageImporterManager.h"
 #include "core/PBAppDelegate.h"
 #include "group/PBImageFileItem.h"
 #include "image/BuildThumbNotifier.h"
@@ -104,6 +105,11 @@ platform::OperationQueue& BrowserPane::buildThumbOperationQueue() {
 std::optional<qint64> BrowserPane::fileIdOfBuildThumb(const platform::Operation& operation) const {
     const auto* build = dynamic_cast<const PBBuildThumbOperation*>(&operation);
     return build ? std::optional(build->fileId()) : std::nullopt;
+}
+
+std::unique_ptr<PBImageImporterProtocol> BrowserPane::imageImporter(const PBImageFileItem& item) {
+    const QString path = item.filePath(_folderPaths);
+    return path.isEmpty() ? nullptr : _services.imageImporterManager.imageImporterForImageURL(path);
 }
 
 QString BrowserPane::tagWithTagId(qint64 tagId) const {

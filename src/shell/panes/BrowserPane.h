@@ -52,6 +52,8 @@ private:
     [[nodiscard]] platform::OperationQueue& buildThumbOperationQueue() override;
     [[nodiscard]] std::optional<qint64>
     fileIdOfBuildThumb(const platform::Operation& operation) const override;
+    [[nodiscard]] std::unique_ptr<PBImageImporterProtocol>
+    imageImporter(const PBImageFileItem& item) override;
     [[nodiscard]] PBThumbnailBufferManager& thumbnailBufferManager() override { return _buffer; }
     [[nodiscard]] QString tagWithTagId(qint64 tagId) const override;
     [[nodiscard]] bool isLargeView() const override;

@@ -3,6 +3,7 @@
 #include "platform/program/LocalizedTexts.h"
 #include "platform/work/MainThread.h"
 #include "ui/Icons.h"
+#include "ui/MenuTracking.h"
 
 #include <QMenu>
 
@@ -38,6 +39,7 @@ SortButton::SortButton(QList<QAction*> orders, const QList<QAction*>& directions
     _menu->addActions(_orders);
     _menu->addSeparator();
     _menu->addActions(directions);
+    keepContentsWhileShown(*_menu);
     // Not as the button's own menu, whose little arrow would stand beside that of the direction.
     connect(this, &QToolButton::pressed, this, &SortButton::popUp);
     connect(_menu, &QMenu::aboutToHide, this, [this] { setDown(false); });

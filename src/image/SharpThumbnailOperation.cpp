@@ -1,0 +1,26 @@
+#include "image/SharpThumbnailOperation.h"
+
+#include "codec/Bitmaps.h"
+#include "platform/work/MainLoop.h"
+
+#include <QColorSpace>
+
+SharpThumbnailOperation::SharpThumbnailOperation(std::vector<Request> requests, Finished finished)
+    : _requests(std::move(requests)), _finished(std::move(finished)) {
+    setQueuePriority(platform::QueuePriority::Low); // whatever has no picture at all goes first
+}
+
+void SharpThumbnailOperation::main() {
+    for (Request& request : _requests) {
+        if (isCancelled()) return;
+        QImage image = request.imageImporter->createImageWithMaxSize(
+            static_cast<unsigned>(request.side), 0, stopToken());
+        request.imageImporter.reset();
+        if (isCancelled()) return;
+        if (!image.isNull()) image = PBUtilities::preloadedImageRef(image, QColorSpace());
+        platform::MainLoop::instance()->post(
+            platform::MainLoop::Mode::Common,
+            [finished = _finished, item = std::move(request.imageFileItem), side = request.side,
+             image] { finished(item, side, image); });
+    }
+}
