@@ -78,7 +78,7 @@ private:
     class Window;
 
     const ShellServices _services;
-    QString _shownFolder; ///< by its root and path
+    QString _shownFolder;                      ///< by its root and path
     std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;
