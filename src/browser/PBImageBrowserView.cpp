@@ -9,6 +9,7 @@
 
 #include <QPaintEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <cmath>
@@ -59,6 +60,27 @@ void PBImageBrowserView::setLeafGroupItemArray(const std::vector<PBGroupItem*>& 
 
 void PBImageBrowserView::reset() {
     platform::assertMainThread();
+    _carryOver.forget();
+    forgetImages();
+}
+
+void PBImageBrowserView::resetForSamePhotographs() {
+    platform::assertMainThread();
+    BrowserCarryOver carryOver = std::exchange(_carryOver, {});
+    carryOver.note(_layout, _leaves, currentIndex(), visibleRect());
+    forgetImages();
+    _carryOver = std::move(carryOver);
+}
+
+void PBImageBrowserView::allCame() {
+    platform::assertMainThread();
+    // The place went with its image: the current one is the next best.
+    if (_carryOver.isPlaceWaiting() && currentIndex().isValid())
+        scrollIndexToVisible(currentIndex());
+    _carryOver.forget();
+}
+
+void PBImageBrowserView::forgetImages() {
     _input.reset();
     _editingNameFileItem.reset();
     delete _editFileNameTextField.data();
@@ -147,9 +169,21 @@ void PBImageBrowserView::reloadData() {
     _leaves.refresh();
     _layout.invalidate();
     _painter.heads().forgetNames();
+    const bool hasSelected = takeCarriedOver();
     layoutSheet();
     BrowserAccessible::contentDidChange(*this);
     Q_EMIT itemCountDidChange(_selection.itemCount(FoldedLeaves::Included));
+    if (!hasSelected) return;
+    const QScopedValueRollback carrying(_isCarryingOver, true);
+    selectDidChange();
+}
+
+bool PBImageBrowserView::takeCarriedOver() {
+    if (!_carryOver.isWaiting()) return false;
+    BrowserCarryOver::Found found = _carryOver.take(_leaves);
+    if (found.current) _input.setCurrent(found.current);
+    if (found.place) _scrollCapture = std::move(found.place);
+    return found.hasSelected;
 }
 
 void PBImageBrowserView::layoutSheet() {
@@ -188,7 +222,10 @@ void PBImageBrowserView::didScroll() {
     const double distance = visible.y() - _oldScrollPosition;
     _oldScrollPosition = visible.y();
     if (_isReloading) return;
-    if (!_ignoreUpdateScrollCapture) captureScrollWithMode(ScrollCaptureMode::Nearest);
+    if (!_ignoreUpdateScrollCapture) {
+        _carryOver.forgetPlace();
+        captureScrollWithMode(ScrollCaptureMode::Nearest);
+    }
     if (distance != 0) _scrollDirection = distance > 0;
     noteVisible();
     _feed.preloadThumbnailWithPosition(visible, _scrollDirection ? 1 : -1);
@@ -318,6 +355,7 @@ void PBImageBrowserView::scrollToGroup(std::int64_t group) {
 
 void PBImageBrowserView::selectDidChange() {
     platform::assertMainThread();
+    if (!_isCarryingOver) _carryOver.forgetSelection();
     Q_EMIT selectionDidChange(_selection.selectCount(FoldedLeaves::Included));
     BrowserAccessible::selectionDidChange(*this);
     BrowserAccessible::currentDidChange(*this);

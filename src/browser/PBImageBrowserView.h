@@ -5,6 +5,7 @@
 #include "browser/input/BrowserInput.h"
 #include "browser/layout/BrowserLayout.h"
 #include "browser/painting/BrowserPainter.h"
+#include "browser/state/BrowserCarryOver.h"
 #include "browser/state/BrowserLeafList.h"
 #include "browser/state/BrowserScrollCapture.h"
 #include "browser/state/BrowserSelection.h"
@@ -44,6 +45,11 @@ public:
     void reloadData();
     /// Forgets images and position: other things will be shown.
     void reset();
+    /// The same, but the photographs will come again as other items: those that do come keep
+    /// selection, current image and place, until `allCame`.
+    void resetForSamePhotographs();
+    /// What has not come does not come any more.
+    void allCame();
 
     [[nodiscard]] double thumbnailSize() const { return _layout.metrics().thumbnailSize; }
     /// Between 64 and 256 points. Takes effect with the next `reloadData`.
@@ -140,6 +146,7 @@ private:
     [[nodiscard]] QRectF restingRect() const;
     /// Scrolls by so much more than a motion that runs will.
     void scrollFromRest(double distance);
+    void forgetImages();
     void didScroll();
     void scrollPixels(double distance);
     /// Fits the sheet into its width, keeping what is held in place where it is.
@@ -148,6 +155,8 @@ private:
     /// Takes a position to keep, if none is held.
     void captureScrollIfNone();
     void restoreCapture();
+    /// Gives images that came again what they had; answers whether any was selected.
+    [[nodiscard]] bool takeCarriedOver();
     void noteVisible();
     void placeNameField();
     void pressAt(QMouseEvent* event, int clickCount);
@@ -170,6 +179,8 @@ private:
     BrowserInput _input;
 
     std::optional<PBImageBrowserViewScrollCapture> _scrollCapture;
+    BrowserCarryOver _carryOver;
+    bool _isCarryingOver = false; ///< the selection changes by that, and not by the user
     std::shared_ptr<PBImageFileItem> _editingNameFileItem;
     QPointer<PBModalTextField> _editFileNameTextField;
     PBImageBrowserSelectView* _selectView;

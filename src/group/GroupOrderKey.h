@@ -34,12 +34,18 @@ private:
         QString path;
         [[nodiscard]] int compare(const FolderPath& other) const;
     };
+    /// Names of cameras and lenses, in which numbers count as such; alike in any case.
+    struct Name {
+        QCollatorSortKey sortKey;
+        QString text;
+        [[nodiscard]] int compare(const Name& other) const;
+    };
     using Address = std::shared_ptr<const AddressOrder>;
     /// In the order in which different kinds stand.
-    using Key = std::variant<Same, double, QString, FolderPath, Address, Null, Absent>;
+    using Key = std::variant<Same, double, QString, Name, FolderPath, Address, Null, Absent>;
 
     static Key makeKey(int type, const PBValue& value);
-    static Key numberKey(const PBValue& value);
+    static Key numberKey(int type, const PBValue& value);
 
     Key _key;
 };

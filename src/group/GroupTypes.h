@@ -34,7 +34,11 @@ enum GroupType : int {
     Place = 14,
     CameraMake = 15,
     CameraModel = 16,
+    LensInfo = 19,
     FocalLength = 20,
+    Aperture = 21,
+    ExposureTime = 22,
+    ExposureBias = 23,
     FocusDistance = 27,
     FirstIPTC = 35,
 };

@@ -38,6 +38,14 @@ PBValue kindOf(const ImageFileRow& row) {
     return extension.isEmpty() ? PBValue(PBNull{}) : PBValue(extension);
 }
 
+/// The null marker where no tag is left, as for an image that never had one.
+PBValue tagsOf(const PBValue& column) {
+    const QString ids = column.toText();
+    const bool hasTag = std::ranges::any_of(
+        ids, [](QChar character) { return character != u',' && !character.isSpace(); });
+    return hasTag ? column : PBValue(PBNull{});
+}
+
 int bucketOf(quint64 size) {
     constexpr auto most = static_cast<quint64>(std::numeric_limits<qint64>::max());
     return sizeBucket(static_cast<qint64>(std::min(size, most)));
@@ -65,7 +73,8 @@ void pushImageFileItemToWorkGroupItemArray(const GroupInsertion& insertion) {
 
 GroupingStep::GroupingStep(
     GroupingParameters parameters, FMDatabase& database, PlaceAddresses* places)
-    : _parameters(std::move(parameters)), _database(database), _places(places),
+    : _parameters(std::move(parameters)), _searchText(_parameters.searchString),
+      _database(database), _places(places),
       _loader(_parameters.groupTypeArray, _parameters.sortType, places != nullptr) {
     _database.setShouldCacheStatements(true);
 }
@@ -84,7 +93,7 @@ GroupingStep::insert(const ImageFileRow& row, const QString& folderPath) {
         row.id, row.folderId, row.fileName, row.fileSize, row.modificationDate);
     item->setStar(static_cast<quint64>(std::max<qint64>(row.fileStars.toInteger(), 0)));
     item->setFlagged(row.fileFlag.toInteger() != 0);
-    if (!item->isMatchedForSearchString(_parameters.searchString, _parameters.filter)) return {};
+    if (!item->isMatchedForSearchString(_searchText, _parameters.filter)) return {};
     item->setImageSize({row.imageWidth.toDouble(), row.imageHeight.toDouble()});
     item->setRotateAngle(row.rotateAngle.toDouble());
     place(item, row, folderPath);
@@ -93,7 +102,7 @@ GroupingStep::insert(const ImageFileRow& row, const QString& folderPath) {
 
 bool GroupingStep::reinsert(
     const std::shared_ptr<PBImageFileItem>& item, ImageFileRow row, PBValue folderPath) {
-    if (!item->isMatchedForSearchString(_parameters.searchString, _parameters.filter)) return false;
+    if (!item->isMatchedForSearchString(_searchText, _parameters.filter)) return false;
     row.fileFlag = item->flagged();
     row.fileStars = item->star();
     place(item, row, folderPath);
@@ -170,7 +179,7 @@ PBArray GroupingStep::groupData(
             data.push_back(numberOrZero(row.fileStars));
             break;
         case Tags:
-            data.push_back(orNull(row.tag));
+            data.push_back(tagsOf(row.tag));
             break;
         default:
             data.push_back(PBNull{});

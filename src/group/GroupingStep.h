@@ -76,6 +76,7 @@ private:
     [[nodiscard]] bool hasLink(int type) const;
 
     const GroupingParameters _parameters;
+    const SearchText _searchText;
     FMDatabase& _database;
     PlaceAddresses* const _places;
     GroupDataLoader _loader;

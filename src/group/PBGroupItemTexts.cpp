@@ -40,7 +40,8 @@ QString bucketText(const PBValue& value) {
 QString starText(const PBValue& value) {
     const qint64 stars = value.toInteger();
     if (stars == 0) return localizedString(u"NoStar");
-    return stars >= 1 && stars <= 5 ? localizedFormat(u"Star", {stars}) : unknownType();
+    if (stars < 1 || stars > 5) return unknownType();
+    return localizedFormat(stars == 1 ? u"Star" : u"Stars", {stars});
 }
 
 QString placeText(const PBValue& value) {
@@ -71,7 +72,7 @@ QString folderName(QString name) {
 
 QString PBGroupItem::displayName(const group::TagLookup& tagWithTagId) const {
     const int groupType = type();
-    if (value().isNull())
+    if (value().isNull() && groupType != group::Tags)
         return localizedString(groupType == group::Place ? u"Unknown Location" : u"Unspecified");
     switch (groupType) {
     case group::AllImages:

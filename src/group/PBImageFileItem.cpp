@@ -96,8 +96,9 @@ void PBImageFileItem::setImageArray(std::unique_ptr<group::ItemImages> imageArra
     }
 }
 
-bool PBImageFileItem::isMatchedForSearchString(const QString& searchString, quint64 filter) const {
-    if (!fileName().contains(searchString, Qt::CaseInsensitive)) return false;
+bool PBImageFileItem::isMatchedForSearchString(
+    const group::SearchText& searchString, quint64 filter) const {
+    if (!searchString.matches(fileName())) return false;
     if ((filter & group::FilterFlagged) != 0 && !flagged()) return false;
     return (filter & group::FilterRated) == 0 || star() != 0;
 }

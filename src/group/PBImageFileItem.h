@@ -1,6 +1,7 @@
 #pragma once
 
 #include "group/ItemName.h"
+#include "group/SearchText.h"
 #include "platform/values/PBValue.h"
 
 #include <QImage>
@@ -99,9 +100,10 @@ public:
     [[nodiscard]] group::ItemImages* imageArray() const;
     void setImageArray(std::unique_ptr<group::ItemImages> imageArray);
 
-    /// Whether the item shows under a search text (part of the file name in any case; empty finds
-    /// everything) and the filter bits, of which all that are set have to be met.
-    [[nodiscard]] bool isMatchedForSearchString(const QString& searchString, quint64 filter) const;
+    /// Whether the item shows under a search text, which its file name has to match, and the filter
+    /// bits, of which all that are set have to be met.
+    [[nodiscard]] bool
+    isMatchedForSearchString(const group::SearchText& searchString, quint64 filter) const;
 
     /// -1, 0 or 1 by the sort type (group/ItemOrder.h); -2 where there is no defined order. Equal
     /// items have no further order.

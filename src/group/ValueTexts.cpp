@@ -1,6 +1,7 @@
 #include "group/ValueTexts.h"
 
 #include "group/CodedFields.h"
+#include "group/ShownNumbers.h"
 #include "platform/program/LocalizedTexts.h"
 
 #include <QStringList>
@@ -13,31 +14,20 @@ namespace group {
 
 namespace {
 
-/// Beyond this, hundredths no longer fit into 64 bits, nor are there any in a double.
-constexpr double maximalRounded = 9.0e16;
-
-/// Two decimals, halves away from zero.
-double rounded(double value) {
-    if (!(std::abs(value) < maximalRounded)) return value;
-    if (value == 0) return value;
-    return std::trunc((value + (value > 0 ? 0.005 : -0.005)) * 100) / 100;
-}
-
 QString general(double value) {
     return QString::number(value, 'g', 6);
 }
 
 QString exposureTime(double seconds) {
-    // A broken file's exposure of nothing, or of less, has no fraction to be shown as.
-    if (seconds > 0 && seconds < 1)
-        return QStringLiteral("1/%1 s").arg(general(std::round(1 / seconds)));
+    if (const auto divisor = exposureDivisor(seconds))
+        return QStringLiteral("1/%1 s").arg(general(*divisor));
     if (seconds < 60 || !std::isfinite(seconds))
-        return general(rounded(seconds)) + QStringLiteral(" s");
-    return general(rounded(seconds / 60)) + QStringLiteral(" m");
+        return general(roundedToHundredths(seconds)) + QStringLiteral(" s");
+    return general(roundedToHundredths(seconds / 60)) + QStringLiteral(" m");
 }
 
 QString exposureBias(double value) {
-    const double hundredths = rounded(value);
+    const double hundredths = roundedToHundredths(value);
     const QString number = general(hundredths) + QStringLiteral("EV");
     return hundredths < 0 ? number : (hundredths > 0 ? u'+' : u'±') + number;
 }
@@ -49,16 +39,16 @@ struct NumberField {
 };
 
 QString plainNumber(double value) {
-    return general(rounded(value));
+    return general(roundedToHundredths(value));
 }
 QString aperture(double value) {
-    return QStringLiteral("F/") + general(rounded(value));
+    return QStringLiteral("F/") + general(roundedToHundredths(value));
 }
 QString millimetres(double value) {
-    return general(rounded(value)) + QStringLiteral(" mm");
+    return general(roundedToHundredths(value)) + QStringLiteral(" mm");
 }
 QString metres(double value) {
-    return general(rounded(value)) + QStringLiteral(" m");
+    return general(roundedToHundredths(value)) + QStringLiteral(" m");
 }
 
 constexpr std::array numberFields{
@@ -100,6 +90,17 @@ QString codedText(QStringView key, const PBValue& value) {
     return textOfCode(key, value.toInteger()).value_or(value.toText());
 }
 
+/// Focal lengths and apertures at the ends of a zoom.
+QString lensInfo(const QString& numbers) {
+    QStringList parts = numbers.split(u',');
+    for (QString& part : parts) {
+        bool isNumber = false;
+        const double number = part.toDouble(&isNumber);
+        if (isNumber) part = plainNumber(number);
+    }
+    return parts.join(u',');
+}
+
 } // namespace
 
 QString stringWithDbKey(QStringView key, const PBValue& value, const TagLookup& tagWithTagId) {
@@ -111,6 +112,7 @@ QString stringWithDbKey(QStringView key, const PBValue& value, const TagLookup& 
     if (isCodedField(key)) return codedText(key, value);
     if (const auto letterText = textOfLetter(key, text)) return *letterText;
     if (key == u"Tag") return tagTexts(text, tagWithTagId);
+    if (key == u"LensInfo") return lensInfo(text);
     if (key == u"FocalLenIn35mmFilm") return text + QStringLiteral(" mm");
     if (key == u"ISOSpeedRatings") return QStringLiteral("ISO-") + text;
     if (key == u"ExifVersion" || key == u"FlashPixVersion")

@@ -31,6 +31,24 @@ struct Header {
 };
 constexpr std::size_t headerSize = 36;
 
+constexpr std::uint64_t pointSize = 12;
+constexpr std::uint64_t recordSize = 8; // of a place, and of a division
+
+QString tooShort() {
+    return QStringLiteral("The file is too short.");
+}
+
+/// Empty for the head of a gazetteer of that many bytes.
+QString problemOfHeader(const Header& header, std::uint64_t size) {
+    if (header.magic != magic || header.version != version)
+        return QStringLiteral("The file is not a gazetteer of version %1.").arg(version);
+    const std::uint64_t expected = headerSize +
+                                   std::uint64_t{header.places} * (pointSize + recordSize) +
+                                   std::uint64_t{header.quarters} * sizeof(std::uint32_t) +
+                                   std::uint64_t{header.divisions} * recordSize + header.nameBytes;
+    return size == expected ? QString() : QStringLiteral("The file is cut off or too long.");
+}
+
 double radians(double degrees) {
     return degrees * (std::numbers::pi / 180);
 }
@@ -107,6 +125,19 @@ bool isValidLocation(PBLocation location) {
     return std::abs(location.latitude) <= 90 && std::abs(location.longitude) <= 180;
 }
 
+bool Gazetteer::isThere(const QString& path, QString* reason) {
+    QFile file(path);
+    Header header{};
+    if (!file.open(QIODevice::ReadOnly)) {
+        *reason = file.errorString();
+    } else if (file.read(reinterpret_cast<char*>(&header), headerSize) != headerSize) {
+        *reason = tooShort();
+    } else {
+        *reason = problemOfHeader(header, static_cast<std::uint64_t>(file.size()));
+    }
+    return reason->isEmpty();
+}
+
 std::shared_ptr<const Gazetteer> Gazetteer::open(const QString& path, QString* reason) {
     const std::shared_ptr<Gazetteer> gazetteer(new Gazetteer);
     *reason = gazetteer->map(path);
@@ -115,25 +146,20 @@ std::shared_ptr<const Gazetteer> Gazetteer::open(const QString& path, QString* r
 
 QString Gazetteer::map(const QString& path) {
     static_assert(sizeof(Header) == headerSize);
-    static_assert(sizeof(Point) == 12 && sizeof(PlaceRecord) == 8 && sizeof(DivisionRecord) == 8);
+    static_assert(
+        sizeof(Point) == pointSize && sizeof(PlaceRecord) == recordSize &&
+        sizeof(DivisionRecord) == recordSize);
     _file.setFileName(path);
     if (!_file.open(QIODevice::ReadOnly)) return _file.errorString();
     const auto size = static_cast<std::uint64_t>(_file.size());
-    if (size < headerSize) return QStringLiteral("The file is too short.");
+    if (size < headerSize) return tooShort();
     const uchar* bytes = _file.map(0, _file.size());
     if (bytes == nullptr) return _file.errorString();
     _file.close();
 
     Header header{};
     std::memcpy(&header, bytes, headerSize);
-    if (header.magic != magic || header.version != version) {
-        return QStringLiteral("The file is not a gazetteer of version %1.").arg(version);
-    }
-    const std::uint64_t expected =
-        headerSize + std::uint64_t{header.places} * (sizeof(Point) + sizeof(PlaceRecord)) +
-        std::uint64_t{header.quarters} * sizeof(std::uint32_t) +
-        std::uint64_t{header.divisions} * sizeof(DivisionRecord) + header.nameBytes;
-    if (size != expected) return QStringLiteral("The file is cut off or too long.");
+    if (const QString problem = problemOfHeader(header, size); !problem.isEmpty()) return problem;
     if (crc32_z(0, bytes + headerSize, size - headerSize) != header.checksum) {
         return QStringLiteral("The checksum is wrong.");
     }

@@ -42,6 +42,10 @@ public:
     [[nodiscard]] static std::shared_ptr<const Gazetteer>
     open(const QString& path, QString* reason);
 
+    /// Whether the file can be read and its head is that of a gazetteer: what shows without going
+    /// through all of it. `reason` as with `open`.
+    [[nodiscard]] static bool isThere(const QString& path, QString* reason);
+
     /// The place nearest to a valid location, if there is one strictly within the distance.
     [[nodiscard]] std::optional<Nearest> nearest(PBLocation location, double maximumDistance) const;
 

@@ -12,9 +12,18 @@ OfflineGeocoder::OfflineGeocoder(QString gazetteerPath, QStringList languages)
 OfflineGeocoder::~OfflineGeocoder() = default;
 
 std::unique_ptr<OfflineGeocoder> OfflineGeocoder::installed() {
-    return std::make_unique<OfflineGeocoder>(
+    return ofGazetteer(
         platform::StandardFolders::sharedFile(QStringLiteral("gazetteer.bin")),
         QLocale::system().uiLanguages());
+}
+
+std::unique_ptr<OfflineGeocoder>
+OfflineGeocoder::ofGazetteer(const QString& path, QStringList languages) {
+    QString reason;
+    if (Gazetteer::isThere(path, &reason))
+        return std::make_unique<OfflineGeocoder>(path, std::move(languages));
+    tellUnusableGazetteer(path, reason);
+    return nullptr;
 }
 
 void OfflineGeocoder::reverseGeocodeLocation(PBLocation location, Completion completion) {

@@ -15,8 +15,12 @@ public:
     OfflineGeocoder(QString gazetteerPath, QStringList languages);
     ~OfflineGeocoder() override;
 
-    /// The installed gazetteer, countries in the user's language.
+    /// The installed gazetteer, countries in the user's language; nullptr where there is none,
+    /// which standard error is told.
     [[nodiscard]] static std::unique_ptr<OfflineGeocoder> installed();
+    /// The same of a gazetteer elsewhere.
+    [[nodiscard]] static std::unique_ptr<OfflineGeocoder>
+    ofGazetteer(const QString& path, QStringList languages);
 
     void reverseGeocodeLocation(PBLocation location, Completion completion) override;
     void cancelGeocode() override;

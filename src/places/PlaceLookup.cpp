@@ -25,6 +25,11 @@ PBArray addressLines(std::initializer_list<const QString*> parts) {
 
 } // namespace
 
+void tellUnusableGazetteer(const QString& path, const QString& reason) {
+    platform::complain(QStringLiteral("Places can't be named, the gazetteer %1 can't be used: %2")
+                           .arg(path, reason));
+}
+
 PlaceLookup::PlaceLookup(QString gazetteerPath, QStringList languages)
     : _path(std::move(gazetteerPath)), _languages(std::move(languages)) {}
 
@@ -62,9 +67,7 @@ bool PlaceLookup::openGazetteer() {
         QString reason;
         _gazetteer = Gazetteer::open(_path, &reason);
         if (_gazetteer == nullptr) {
-            platform::complain(
-                QStringLiteral("Places can't be named, the gazetteer %1 can't be used: %2")
-                    .arg(_path, reason));
+            tellUnusableGazetteer(_path, reason);
             return false;
         }
         _divisions.resize(_gazetteer->divisionCount());

@@ -15,6 +15,9 @@ namespace places {
 /// further out on the sea or on the ice, a photograph no longer shows the place.
 inline constexpr double placeReach = 100'000;
 
+/// On standard error.
+void tellUnusableGazetteer(const QString& path, const QString& reason);
+
 /// Turns positions into address dictionaries by the nearest place of a gazetteer. The file is
 /// opened when it is first needed; if that fails, standard error is told once and nothing has an
 /// address. One thread at a time.

@@ -302,7 +302,13 @@ FolderRootCommands& PBMainWindowController::folderRootCommands() {
 void PBMainWindowController::clearBrowser() {
     platform::assertMainThread();
     _groupPanel->clear();
-    _browserPane->clear();
+    const auto folder = _sourceSidebar->tree().selectedFolder();
+    QString place;
+    const auto root = folder ? folder->aliasObjectAndRelativePath(&place) : nullptr;
+    place = root ? QString::number(root->aliasId()) + u'/' + place : QString();
+    const bool isSame = std::exchange(_shownFolder, place) == place && !place.isEmpty();
+    // Files that are opened are selected instead.
+    _browserPane->clear(isSame && !_openFilesReveal->isWaiting());
 }
 
 void PBMainWindowController::reverseGeoFinished() {
@@ -326,6 +332,7 @@ void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures
 void PBMainWindowController::scanStateDidChange() {
     platform::assertMainThread();
     if (_workProgress && _services.delegate.isScanning()) _workProgress->restart();
+    if (!_services.delegate.isScanning()) _browserPane->browserView().allCame();
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
 }

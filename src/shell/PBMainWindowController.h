@@ -52,7 +52,7 @@ public:
 
     void showWindow();
 
-    /// Empties the browser: another folder will be shown.
+    /// Empties the browser: another folder will be shown, or the same one anew.
     void clearBrowser();
 
     /// What the counters of the work in the background say; once, before the window is shown.
@@ -81,6 +81,7 @@ private:
     class Window;
 
     const ShellServices _services;
+    QString _shownFolder;                      ///< by its root and path
     std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;

@@ -241,6 +241,8 @@ TEST_F(SidebarTest, photographsComeToTheirPlaceWhenItIsFound) {
     ASSERT_TRUE(catalogue().executeUpdate(
         u"insert into GPS (FileId,LatitudeRef,Latitude,LongitudeRef,Longitude) select "
         "Id,'N',52.52,'E',13.4 from ImageFile where FileName = 'berlin.jpg'"_s));
+    auto& browser = *window().window().findChild<PBImageBrowserView*>();
+    browser.GotoIndex({0, 1}); // kept while the sheet is filled anew
     controller->browsing().setGroupTypeArray(
         std::make_shared<const std::vector<int>>(1, group::Place));
     controller->scan();
@@ -251,6 +253,10 @@ TEST_F(SidebarTest, photographsComeToTheirPlaceWhenItIsFound) {
     EXPECT_TRUE(support::spinUntil([&] { return place().hasValue(); }));
     EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
     EXPECT_TRUE(place().hasValue());
+    const auto selected = selection().selectedFileArray(FoldedLeaves::Included);
+    ASSERT_EQ(selected.size(), 1u);
+    EXPECT_EQ(selected[0]->fileName(), u"nowhere.jpg");
+    EXPECT_EQ(browser.leaves().imageFileAtIndex(browser.currentIndex()), selected[0]);
 }
 
 } // namespace

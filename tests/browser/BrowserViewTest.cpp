@@ -45,6 +45,43 @@ TEST_F(BrowserViewTest, returnAndClicksElsewhereTakeANewNameAndEscapeDoesNot) {
     EXPECT_EQ(view->currentIndex(), (Index{0, 4}));
 }
 
+/// The same photographs come again as other items, in another order and not all at once.
+TEST_F(BrowserViewTest, aSheetThatIsFilledAnewKeepsSelectionCurrentImageAndPlace) {
+    show({40, 40});
+    const Index current{1, 9};
+    view->GotoIndex(current);
+    finishMotion();
+    tree->item(1, 30)->setIsSelected(true);
+    view->selectDidChange();
+    const int place = view->widgetRect(current).center().y();
+    ASSERT_TRUE(view->rect().contains(view->widgetRect(current).center()));
+    BrowserTree former = std::exchange(*tree, BrowserTree({40, 40}));
+    qint64 selected = 0;
+    on(&View::selectionDidChange, [&](qint64 count) { selected = count; });
+    const auto fill = [&](bool whole) {
+        view->resetForSamePhotographs();
+        showLeaves({});
+        EXPECT_EQ(position(), 0);
+        std::swap(tree->tree[0], tree->tree[1]);
+        showLeaves({tree->leaves()[1]}); // the others
+        EXPECT_EQ(tree->selected(), u""_s);
+        if (whole) showLeaves(tree->leaves());
+        view->allCame();
+    };
+    fill(true);
+    EXPECT_EQ(tree->selected(), u"b9 b30"_s);
+    EXPECT_EQ(selected, 2);
+    const Index found = view->currentIndex();
+    EXPECT_EQ(found, (Index{0, 9}));
+    EXPECT_EQ(view->widgetRect(found).center().y(), place);
+    // Once more, and those that have gone take nothing along.
+    *tree = BrowserTree({40, 40});
+    fill(false);
+    showLeaves(tree->leaves());
+    EXPECT_EQ(tree->selected(), u""_s);
+    EXPECT_FALSE(view->currentIndex().isValid());
+}
+
 TEST_F(BrowserViewTest, theImageInTheMiddleStaysWhenATreeIsSwappedInOrTheSizeChanges) {
     show({40, 40});
     scrollView.scrollToPosition(1500, false);

@@ -80,7 +80,7 @@ TEST_F(GroupingStepTest, slotsOfTheRow) {
     addRow(
         u"a"_s, entries("UTIType=public.jpeg FileSize=10241 ImageWidth=400 ImageHeight=300 "
                         "RotateAngle=-90 ColorModel=RGB FileFlag=1 FileStars=4 Tag=3"));
-    addRow(u"b"_s);
+    addRow(u"b"_s, {{u"Tag"_s, u", "_s}}); // as where the last one was taken away
     const QString year = u"2021-06-02 12:00:00 +0000(a b)"_s;
     const std::pair<std::vector<int>, QString> cases[] = {
         {{}, u"absent(a b)"_s},

@@ -95,7 +95,9 @@ TEST(ValueTextsTest, valuesAreShownAsPhotographersWriteThemAndOddOnesAsTheyAre) 
     // Keys, and their values with what they show.
     const std::pair<QStringView, const char*> numbers[] = {
         {u"FNumber", "2.8=F/2.8; 2.79999995=F/2.8; 11=F/11"},
-        {u"ExposureTime", "0.004=1/250 s; 0.000125=1/8000 s; 0.7=1/1 s; 1=1 s; 2.5=2.5 s; "
+        {u"ExposureTime", "0.004=1/250 s; 0.000125=1/8000 s; 0.8=0.8 s; 0.77=0.77 s; 0.98=0.98 s; "
+                          "0.6=0.6 s; 0.5=1/2 s; 0.3=0.3 s; 0.25=1/4 s; 0.03=1/33.3 s; "
+                          "0.030303=1/33 s; 0.00801=1/125 s; 1=1 s; 2.5=2.5 s; "
                           "59.999=60 s; 90=1.5 m; 0=0 s; -2=-2 s; inf=inf s"},
         {u"ExposureBiasValue", "0=±0EV; 0.33=+0.33EV; -0.67=-0.67EV; -0.001=±0EV; nan=±nanEV"},
         {u"FocalLength", "50=50 mm; 4.247=4.25 mm; nan=nan mm; -inf=-inf mm; 1e300=1e+300 mm"},
@@ -115,6 +117,7 @@ TEST(ValueTextsTest, valuesAreShownAsPhotographersWriteThemAndOddOnesAsTheyAre) 
         {u"SceneType", "?=?"},
         {u"ISOSpeedRatings", "400=ISO-400"},
         {u"ExifVersion", "2,3,1=2.3.1"},
+        {u"LensInfo", "24.0,70,2.799999,2.8=24,70,2.8,2.8; 35,?=35,?"},
         {u"Model", "  M 10-R =  M 10-R "},
         {u"AltitudeRef", "1=Below sea level; rubbish=Above sea level"},
         {u"SpeedRef", "k=km/h"},

@@ -64,8 +64,8 @@ TEST(PBGroupItemTest, namesByType) {
         {PixelCountBucket, 12, u"Unknow Group Type"},
         {Flag, 1, u"Flagged"},
         {StarRating, 0, u"No stars"},
-        {StarRating, 1, u"Stars: 1"},
-        {StarRating, 5, u"Stars: 5"},
+        {StarRating, 1, u"1 star"},
+        {StarRating, 5, u"5 stars"},
         {Flag, 0, u"Unflagged"},
         {StarRating, 6, u"Unknow Group Type"},
         {Tags, u"3,4"_s, u"sea"},
@@ -134,6 +134,15 @@ TEST(PBGroupItemTest, valuesOfOneGroupCompareEqual) {
         {64, 1, 2, 0},
         {26, u"400"_s, u"1600"_s, -1},
         {26, u"400"_s, 400, 0},
+        {CameraModel, u"iPhone 6"_s, u"iPhone 11"_s, -1},
+        {CameraModel, u"EOS 5"_s, u"EOS 05"_s, 1},
+        {CameraModel, u"NIKON Z 6"_s, u"Nikon Z 6"_s, 0},
+        {LensInfo, u"24,70,2.8,2.8"_s, u"24.0,70,2.799999,2.8"_s, 0},
+        {ExposureTime, 0.77, 0.8, -1},
+        {ExposureTime, 0.008, 0.00801, 0}, // both read 1/125 s
+        {ExposureTime, 90.0, 90.1, 0},
+        {Aperture, 2.8, 2.79999995, 0},
+        {39, u"Cafe\u0301"_s, u"caf\u00E9"_s, 0},
         {21, 2.8, u"wide open"_s, -1},
         {21, nan, 8, 1},
         {21, nan, nan, 0},
@@ -148,8 +157,8 @@ TEST(PBGroupItemTest, valuesOfOneGroupCompareEqual) {
     for (int type = Folder + 1; type < groupTypeCount; ++type)
         if (compare(type, 50, 100) == -1) numeric.insert(type);
     std::set<int> expected{FileSizeBucket, PixelCountBucket, Resolution, Flag, StarRating};
-    for (int type = FocalLength; type < FirstIPTC; ++type)
-        expected.insert(type);
+    for (int type = CameraMake; type < FirstIPTC; ++type)
+        expected.insert(type); // of cameras and lenses the numbers in their names
     EXPECT_EQ(numeric, expected);
 }
 
@@ -247,8 +256,7 @@ TEST(PBGroupItemTest, copyWalkAnnouncesFoldersAndStopsWhenTold) {
     };
     EXPECT_TRUE(tree.top[0]->copyMoveToWithBlock(block, tagName));
     EXPECT_EQ(
-        seen.join(u' '),
-        u"R5:II R5:II/Stars: 2 R5:II/Stars: 2=b R5:II/Stars: 1 R5:II/Stars: 1=a"_s);
+        seen.join(u' '), u"R5:II R5:II/2 stars R5:II/2 stars=b R5:II/1 star R5:II/1 star=a"_s);
     seen.clear();
     limit = 3;
     EXPECT_FALSE(tree.top[0]->copyMoveToWithBlock(block, tagName, u"/to"_s));
@@ -261,6 +269,14 @@ TEST(PBImageFileItemTest, searchLooksAtTheNameAndFilterBitsCombineAsAnd) {
     for (const auto& search : {QString(), u"ÉTRETAT"_s, u"e.JPG"_s})
         EXPECT_TRUE(item->isMatchedForSearchString(search, 0)) << qPrintable(search);
     EXPECT_FALSE(item->isMatchedForSearchString(u"sea"_s, 0));
+    // Words in any order, all of them; with the accent as one character or as two.
+    const auto cafe = makeItem(u"Trip to the cafe\u0301 2.jpg"_s);
+    for (const auto& search :
+         {u"  "_s, u" caf\u00E9 "_s, u"2 TRIP"_s, u"\"the caf\u00E9\" trip"_s, u"\u201Cto the"_s,
+          u"\"\" trip"_s})
+        EXPECT_TRUE(cafe->isMatchedForSearchString(search, 0)) << qPrintable(search);
+    for (const auto& search : {u"trip sea"_s, u"\"trip the\""_s, u"\"2 \""_s})
+        EXPECT_FALSE(cafe->isMatchedForSearchString(search, 0)) << qPrintable(search);
     for (quint64 passed = 0; passed <= (FilterFlagged | FilterRated); ++passed) {
         item->setFlagged((passed & FilterFlagged) != 0);
         item->setStar((passed & FilterRated) != 0 ? 4 : 0);

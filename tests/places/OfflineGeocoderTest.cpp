@@ -75,6 +75,10 @@ TEST(PlaceLookupTest, gazetteerThatCannotBeUsedIsToldOnceAndNamesNothing) {
     const std::string told = ::testing::internal::GetCapturedStderr();
     EXPECT_NE(told.find("/no/such/gazetteer.bin"), std::string::npos);
     EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1);
+    // Where it shows at once, there is no geocoder.
+    EXPECT_TRUE(OfflineGeocoder::ofGazetteer(gazetteerPath(), english));
+    for (const QString& path : {u"/no/such/gazetteer.bin"_s, u"/dev/null"_s, u"/proc/self/exe"_s})
+        EXPECT_FALSE(OfflineGeocoder::ofGazetteer(path, english));
 }
 
 TEST(CountryNamesTest, firstLanguageThatHasANameGivesIt) {

@@ -25,6 +25,12 @@ void BrowserInput::reset() {
     _downImageFileItem.reset();
 }
 
+void BrowserInput::setCurrent(const std::shared_ptr<PBImageFileItem>& item) {
+    platform::assertMainThread();
+    _downImageFileItem = item;
+    _shiftFileItem = item;
+}
+
 void BrowserInput::setDragging(bool isDragging) {
     if (std::exchange(_isDragging, isDragging) != isDragging) _host.setDragging(isDragging);
 }

@@ -109,6 +109,8 @@ public:
     }
     /// A rename has begun: the keys have no current image until it is clicked again.
     void clearDownImageFileItem() { _downImageFileItem.reset(); }
+    /// The image that keys start from; selection and sheet stay as they are.
+    void setCurrent(const std::shared_ptr<PBImageFileItem>& item);
     /// Forgets every image.
     void reset();
 

@@ -1,6 +1,7 @@
 #include "shell/commands/FilterCommands.h"
 
 #include "core/PBAppDelegate.h"
+#include "group/SearchText.h"
 #include "platform/work/MainThread.h"
 #include "shell/services/BrowsingSettings.h"
 
@@ -51,9 +52,10 @@ void FilterCommands::setFilter(std::uint64_t filter) {
 void FilterCommands::search(const QString& text) {
     platform::assertMainThread();
     if (text == _browsing.searchString()) return;
+    const bool findsOthers = group::SearchText(text) != group::SearchText(_browsing.searchString());
     _browsing.setSearchString(text);
     Q_EMIT searchStringDidChange();
-    _delegate.scan();
+    if (findsOthers) _delegate.scan(); // a blank at the end is no new search
 }
 
 void FilterCommands::recurseSubFolder() {

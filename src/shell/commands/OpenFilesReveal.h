@@ -36,11 +36,13 @@ public:
     /// The scan began or ended.
     void scanStateDidChange();
 
+    /// Files that were opened are still to be selected.
+    [[nodiscard]] bool isWaiting() const { return _openFiles != nullptr; }
+
 private:
     void look();
     [[nodiscard]] std::vector<PBImageBrowserIndex> found() const;
     void folderDidChange();
-    [[nodiscard]] bool isWaiting() const { return _openFiles != nullptr; }
 
     const Parts _parts;
     std::shared_ptr<PBOpenFiles> _openFiles;

@@ -69,10 +69,14 @@ QStringList BrowserPane::selectedFilePath() const {
     return _view->selection().selectedFilePath(_folderPaths, FoldedLeaves::Included);
 }
 
-void BrowserPane::clear() {
+void BrowserPane::clear(bool isSameFolder) {
     platform::assertMainThread();
     _buffer.clearThumbnailBuffer();
-    _view->reset();
+    if (isSameFolder) {
+        _view->resetForSamePhotographs();
+    } else {
+        _view->reset();
+    }
     updateImageBrowserViewData();
 }
 

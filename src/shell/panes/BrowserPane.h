@@ -36,8 +36,9 @@ public:
     [[nodiscard]] QStringList selectedFilePath() const;
     [[nodiscard]] const group::FolderPaths& folderPaths() const override { return _folderPaths; }
 
-    /// Drops images, thumbnails and position: another folder will be shown.
-    void clear();
+    /// Drops images, thumbnails and position: another folder will be shown, or the same one anew,
+    /// whose photographs keep selection and place.
+    void clear(bool isSameFolder);
     void updateImageBrowserViewData() override;
     /// Shows the head of the leaf with this data; animated unless it is far.
     void scrollToLeaf(const PBGroupItemData& leaf);
