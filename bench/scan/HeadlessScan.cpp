@@ -92,7 +92,7 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
                 const std::lock_guard lock(_mutex);
                 _shown = std::move(publication);
             },
-        .scanFinished = [] {},
+        .scanFinished = [](const auto& /*workTree*/) {},
         .marks = &_marks,
         .readAhead = &_readAhead,
         .isBeingWritten = {},

@@ -358,7 +358,8 @@ void ApplicationController::applicationWillTerminate() {
     _marks.reset();
     _folderRoots.reset();
     _geoManager.reset();
-    codec::setFrameReader(nullptr);
+    // Strangers' files are read in processes of their own or not at all.
+    codec::setFrameReader(codec::noReader());
     _decoderPool.reset();
     _connections.reset();
     _health.reset();

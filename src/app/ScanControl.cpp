@@ -14,7 +14,6 @@ void ScanControl::scan() {
     trees.setGroupItemArray_work(nullptr);
     trees.setIsOutlineViewScrolled(false);
     _environment.clearDisplay();
-    _environment.pipeline.forgetScanFinished();
     _isScanning = false;
 
     Selection selection = _environment.selection();

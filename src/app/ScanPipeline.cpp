@@ -50,7 +50,7 @@ std::shared_ptr<const ScanServices> ScanPipeline::makeServices() {
                 publish(std::move(publication));
                 noteShown();
             },
-        .scanFinished = [this] { postScanFinished(); },
+        .scanFinished = [this](auto workTree) { postScanFinished(std::move(workTree)); },
         .marks = _environment.marks,
         .readAhead = &_readAhead,
         .isBeingWritten = _environment.isBeingWritten,
@@ -79,12 +79,13 @@ void ScanPipeline::noteShown() {
     });
 }
 
-void ScanPipeline::postScanFinished() {
+void ScanPipeline::postScanFinished(std::shared_ptr<const PBGroupItemArray> workTree) {
     MainLoop* loop = MainLoop::instance();
     if (!loop) return;
     loop->post(
         MainLoop::Mode::Default,
-        [this, alive = std::weak_ptr(_alive), generation = _generation.load()] {
-            if (!alive.expired() && generation == _generation) _environment.scanFinished();
+        [this, alive = std::weak_ptr(_alive), workTree = std::move(workTree)] {
+            if (alive.expired() || workTree != _dataSource.groupItemArray_work()) return;
+            _environment.scanFinished();
         });
 }

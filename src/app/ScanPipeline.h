@@ -51,14 +51,13 @@ public:
     /// Photographs whose address was found since go to the groups of their places, within the scan
     /// that is running if there is one.
     void regroupPlaces(const ScanBrowsing& browsing) const;
-    /// Ends of scans that are on their way to the main thread no longer count.
-    void forgetScanFinished() { ++_generation; }
 
 private:
     [[nodiscard]] std::shared_ptr<const ScanServices> makeServices();
     /// After each publication: notes when it can be seen. Scan thread.
     void noteShown();
-    void postScanFinished();
+    /// The end of a scan counts while its work tree is the present one. Scan thread.
+    void postScanFinished(std::shared_ptr<const PBGroupItemArray> workTree);
 
     const Environment _environment;
     PBImageImporterManager _importerManager;
@@ -72,7 +71,6 @@ private:
     const std::shared_ptr<BuildThumbServices> _buildThumb;
     std::unique_ptr<ScanFactory> _factory;
 
-    std::atomic<quint64> _generation{0}; // of the present scan
     /// Expires with this object; looked at on the main thread only.
     const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
 };

@@ -139,7 +139,7 @@ void PBScanDatabaseOperation::queueWhatFollows() {
         // What is not in the catalogue has neither star nor flag.
         ScanFigures& figures = _dictionary->services->figures;
         figures.mark(figures.scanFinished);
-        _dictionary->services->scanFinished();
+        _dictionary->services->scanFinished(_dictionary->WorkGroupItemArray);
         return;
     }
     PBScanDictionary dictionary = *_dictionary;

@@ -45,9 +45,13 @@ void PBScanFinishedTrigger::fireAllFinishedWithOperation(platform::Operation& op
             *dictionary.WorkGroupItemArray, operation, !_isIncomplete,
             [&] { checkAttachedOperation(dictionary.AttachOperationArray.get(), operation); });
     }
-    if (!dictionary.IsOpenFilesScanFolder && !operation.isCancelled()) {
+    // Within a scan that is running, the end of what was watched is not that of the scan.
+    const bool isWithinScan =
+        dictionary.IsAttached &&
+        dynamic_cast<PBCheckScanAttachOperationOperation*>(&operation) == nullptr;
+    if (!dictionary.IsOpenFilesScanFolder && !isWithinScan && !operation.isCancelled()) {
         ScanFigures& figures = dictionary.services->figures;
         figures.mark(figures.scanFinished);
-        dictionary.services->scanFinished();
+        dictionary.services->scanFinished(dictionary.WorkGroupItemArray);
     }
 }

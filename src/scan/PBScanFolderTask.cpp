@@ -292,5 +292,7 @@ void PBScanFolderTask::flushIfDue(Run& run, bool isLast) const {
     if (pending <= limits.count && since <= limits.seconds && !isLast) return;
     checkAttachedOperation(run.operation);
     const auto drain = [&] { checkAttachedOperation(run.operation); };
-    if (run.batch.flush(drain)) _dictionary->PushImageFileItemTime->setNumber(now);
+    run.batch.flush(drain);
+    // Also where none of them is on display: each further one would be a transaction of its own.
+    _dictionary->PushImageFileItemTime->setNumber(now);
 }

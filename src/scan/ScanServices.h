@@ -30,7 +30,7 @@ struct ScanServices {
     /// Called on the scan thread; bring their matter to the main thread, in default mode and in
     /// order, and don't wait.
     group::GroupPublisher publish;
-    std::function<void()> scanFinished;
+    std::function<void(std::shared_ptr<const PBGroupItemArray> workTree)> scanFinished;
     /// nullptr: marks don't come back.
     MarksRestorer* marks = nullptr;
     /// nullptr: files are read one after the other.

@@ -206,6 +206,68 @@ TEST(Formats, GifFramesAreComposed) {
     }
 }
 
+TEST(Formats, FramesComeAsTheyAreInWhateverOrderAndOnesThatWereDrawnAreNotReadAgain) {
+    for (const auto& [bytes, count] :
+         {std::pair(formatpictures::gif(DISPOSE_PREVIOUS, false), 3),
+          {formatpictures::file("frames.webp"), 2}}) {
+        const auto decoder = opened(bytes);
+        codec::DecodeRequest request;
+        for (const int frame : {0, 1, count - 1, count - 1, 0, count - 1, 1}) {
+            request.frame = static_cast<std::size_t>(frame);
+            EXPECT_EQ(decoder->frame(request).image, decoded(bytes, 0, {}, request.frame).image);
+        }
+    }
+    std::string bytes = formatpictures::gif(DISPOSE_PREVIOUS, false).toStdString();
+    const QByteArray whole = QByteArray::fromStdString(bytes);
+    const auto decoder =
+        opened(QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size())));
+    codec::DecodeRequest request;
+    request.frame = 1;
+    EXPECT_FALSE(decoder->frame(request).image.isNull());
+    std::fill_n(bytes.begin(), bytes.size() / 2, '\0');
+    request.frame = 2;
+    EXPECT_EQ(decoder->frame(request).image, decoded(whole, 0, {}, 2).image);
+}
+
+/// Where the data of a picture end, it is not worth to look for more in each of its rows.
+TEST(Formats, ATiffWhoseDataEndIsGivenUpSoon) {
+    constexpr quint32 rows = 200;
+    QByteArray bytes("II*\0", 4);
+    const auto add = [&bytes](quint32 value, int count) {
+        for (int i = 0; i < count; ++i)
+            bytes.append(static_cast<char>(value >> (8 * i)));
+    };
+    add(8, 4);
+    const std::array<std::array<quint32, 3>, 8> tags{
+        {{256, 1, 4},
+         {257, 1, rows},
+         {258, 1, 8},
+         {262, 1, 1},
+         {273, rows, 110},
+         {277, 1, 1},
+         {278, 1, 1},
+         {279, rows, 110 + 4 * rows}}};
+    add(tags.size(), 2);
+    for (const auto& [tag, count, value] : tags) {
+        add(tag, 2);
+        add(4, 2);
+        add(count, 4);
+        add(value, 4);
+    }
+    add(0, 4);
+    for (quint32 row = 0; row < rows; ++row)
+        add(110 + 8 * rows + 4 * row, 4);
+    for (quint32 row = 0; row < rows; ++row)
+        add(4, 4);
+    ASSERT_EQ(bytes.size(), 110 + 8 * rows);
+    bytes.append(QByteArray(4 * 100, '\xff'));
+    const codec::Frame frame = decoded(bytes);
+    EXPECT_FALSE(frame.isComplete);
+    EXPECT_EQ(frame.image.pixel(0, 99), qRgb(255, 255, 255));
+    EXPECT_EQ(frame.image.pixel(0, 120), qRgb(0, 0, 0)) << "one row more might have been there";
+    EXPECT_EQ(frame.image.pixel(0, 199), qRgb(128, 128, 128));
+}
+
 TEST(Formats, FramesHaveTheirSizesDelaysAndTransparency) {
     // A file and its frame, size, delay, and the colour of a point.
     const std::tuple<const char*, std::size_t, QSize, int, QPoint, QColor> cases[] = {

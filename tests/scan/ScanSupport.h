@@ -206,7 +206,7 @@ struct ScanTest : testing::Test {
                 const platform::Lock lock(_mutex);
                 _publications.push_back(std::move(publication));
             },
-        .scanFinished = [this] { ++finished; },
+        .scanFinished = [this](const auto& /*workTree*/) { ++finished; },
         .isBeingWritten = {},
         .now = [this] { return now.load(); },
         .figures = figures}};

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
+#include <utility>
 
 #include <gif_lib.h>
 
@@ -173,19 +175,21 @@ public:
     }
 
     Frame frame(const DecodeRequest& request) override {
-        Walker walker(_source);
-        if (!walker.next()) return {};
-        const GifFileType* file = walker.file();
-        QSize size(file->SWidth, file->SHeight);
-        if (size.isEmpty()) size = QSize(file->Image.Width, file->Image.Height);
-        if (!withinLimits(size, request.limits, 8)) return {};
-        Canvas canvas(size);
+        // Each frame is drawn upon those before it: who asks for one after the other gets them in
+        // one go through the file.
+        std::unique_ptr<Playback> playback = std::exchange(_playback, nullptr);
+        if (!playback || playback->next > request.frame + 1) playback = start(request.limits);
+        if (!playback || !withinLimits(playback->size, request.limits, 8)) return {};
         bool isComplete = true;
-        for (std::size_t index = 0; isComplete; ++index) {
-            isComplete = canvas.draw(walker.file(), walker.control(), request.stop);
-            if (index == request.frame) break;
-            if (!isComplete || !walker.next()) return {};
+        while (playback->next <= request.frame) {
+            if (playback->next > 0 && !playback->walker.next()) return {};
+            isComplete = playback->canvas->draw(
+                playback->walker.file(), playback->walker.control(), request.stop);
+            if (!isComplete && playback->next < request.frame) return {};
+            ++playback->next;
         }
+        const Canvas& canvas = *playback->canvas;
+        const QSize size = playback->size;
         PixelLayout layout;
         layout.isQRgb = true;
         layout.alpha = AlphaType::Premultiplied;
@@ -198,10 +202,31 @@ public:
         }
         Frame frame = writer.finish();
         frame.isComplete = isComplete;
+        if (isComplete) _playback = std::move(playback);
         return frame;
     }
 
 private:
+    /// A walk through the file, with what it has drawn.
+    struct Playback {
+        explicit Playback(const Source& source) : walker(source) {}
+        Walker walker;
+        QSize size;
+        std::optional<Canvas> canvas;
+        std::size_t next = 0; ///< frame
+    };
+
+    [[nodiscard]] std::unique_ptr<Playback> start(const Limits& limits) const {
+        auto playback = std::make_unique<Playback>(_source);
+        if (!playback->walker.next()) return nullptr;
+        const GifFileType* file = playback->walker.file();
+        playback->size = QSize(file->SWidth, file->SHeight);
+        if (playback->size.isEmpty()) playback->size = QSize(file->Image.Width, file->Image.Height);
+        if (!withinLimits(playback->size, limits, 8)) return nullptr;
+        playback->canvas.emplace(playback->size);
+        return playback;
+    }
+
     void scan() {
         if (!_delays.empty()) return;
         Walker walker(_source);
@@ -214,6 +239,7 @@ private:
 
     Source _source;
     std::vector<int> _delays; // empty: not looked yet
+    std::unique_ptr<Playback> _playback;
 };
 
 } // namespace

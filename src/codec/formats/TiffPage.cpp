@@ -11,6 +11,9 @@ namespace codec::formats {
 
 namespace {
 
+/// After so many rows without data there is no reason to expect better further down.
+constexpr std::uint32_t mostBadRows = 64;
+
 /// What the directory says of its pixels.
 struct Page {
     QSize size;
@@ -221,10 +224,18 @@ public:
     }
     [[nodiscard]] std::uint32_t bandRows() const { return readsLines() ? 1 : _bandRows; }
 
-    bool read(std::uint32_t firstRow) {
+    struct Band {
+        bool isGood = true;
+        bool hasData = false; ///< some of it is good
+    };
+    Band read(std::uint32_t firstRow) {
         const std::size_t planeBytes = _stride * bandRows();
         _bytes.assign(planeBytes * _planes, 0);
-        if (readsLines()) return TIFFReadScanline(_file, _bytes.data(), firstRow, 0) == 1;
+        _hasData = false;
+        if (readsLines()) {
+            const bool isRead = TIFFReadScanline(_file, _bytes.data(), firstRow, 0) == 1;
+            return {isRead, isRead};
+        }
         bool isGood = true;
         for (std::uint16_t plane = 0; plane < _planes; ++plane) {
             std::uint8_t* target = _bytes.data() + planeBytes * plane;
@@ -232,7 +243,7 @@ public:
                                : readStrip(firstRow, plane, target, planeBytes)) &&
                      isGood;
         }
-        return isGood;
+        return {isGood, _hasData};
     }
 
     /// The row of each plane within the band.
@@ -250,7 +261,10 @@ private:
 
     bool readStrip(std::uint32_t row, std::uint16_t plane, std::uint8_t* target, std::size_t size) {
         const tstrip_t strip = TIFFComputeStrip(_file, row, plane);
-        return TIFFReadEncodedStrip(_file, strip, target, static_cast<tmsize_t>(size)) >= 0;
+        const bool isRead =
+            TIFFReadEncodedStrip(_file, strip, target, static_cast<tmsize_t>(size)) >= 0;
+        _hasData = _hasData || isRead;
+        return isRead;
     }
 
     bool readTiles(std::uint32_t row, std::uint16_t plane, std::uint8_t* target) {
@@ -266,6 +280,7 @@ private:
                 isGood = false;
                 continue;
             }
+            _hasData = true;
             for (std::uint32_t y = 0; y < _bandRows; ++y) {
                 std::memcpy(
                     target + y * _stride + index * _rowBytes, tile.data() + y * _rowBytes,
@@ -284,6 +299,7 @@ private:
     std::uint32_t _bandRows = 0;
     std::size_t _rowBytes = 0; // of one strip or tile
     std::size_t _stride = 0;   // of the picture
+    bool _hasData = false;     // of the last band
     std::vector<std::uint8_t> _bytes;
 };
 
@@ -292,7 +308,7 @@ Frame readUnusual(TIFF* file, const Page& page, QSize full, const DecodeRequest&
     char message[1024];
     TIFFRGBAImage image;
     if (!withinLimits(page.size, request.limits, 8) || !TIFFRGBAImageOK(file, message) ||
-        !TIFFRGBAImageBegin(&image, file, 0, message)) {
+        !TIFFRGBAImageBegin(&image, file, 1, message)) { // ends at the first error
         return {};
     }
     image.req_orientation = image.orientation; // as stored
@@ -338,18 +354,20 @@ Frame readTiffPage(TIFF* file, QSize full, const DecodeRequest& request) {
     std::vector<const std::uint8_t*> planes;
     bool isGood = true;
     bool hasData = false;
+    std::uint32_t badRows = 0; // one after the other
     for (std::uint32_t band = 0; band < height; band += bands.bandRows()) {
         if (writer.isStopped()) return {};
-        const bool bandIsGood = bands.read(band);
-        isGood = isGood && bandIsGood;
-        hasData = hasData || bandIsGood;
+        const BandReader::Band read = bands.read(band);
+        isGood = isGood && read.isGood;
+        hasData = hasData || read.hasData;
+        // Where the data end, the rows that are left are filler, and there may be very many.
+        badRows = read.hasData ? 0 : badRows + bands.bandRows();
+        if (badRows > mostBadRows) break;
         for (std::uint32_t row = 0; row < std::min(bands.bandRows(), height - band); ++row) {
             bands.planes(row, planes);
             unpacker.unpack(planes, writer.row());
             writer.rowDone();
         }
-        // Nothing good at the beginning: no reason to expect better further down.
-        if (!hasData && band > 64) break;
     }
     if (!hasData) return {};
     Frame frame = writer.finish();

@@ -114,7 +114,7 @@ private:
         return std::clamp(rows, 0, height);
     }
 
-    Frame animatedFrame(const DecodeRequest& request) const {
+    Frame animatedFrame(const DecodeRequest& request) {
         const QSize size(
             static_cast<int>(WebPDemuxGetI(_demuxer.get(), WEBP_FF_CANVAS_WIDTH)),
             static_cast<int>(WebPDemuxGetI(_demuxer.get(), WEBP_FF_CANVAS_HEIGHT)));
@@ -122,16 +122,22 @@ private:
         WebPAnimDecoderOptions options;
         if (!WebPAnimDecoderOptionsInit(&options)) return {};
         options.color_mode = MODE_bgrA;
-        const std::unique_ptr<WebPAnimDecoder, DeleteAnimation> animation(
-            WebPAnimDecoderNew(&_data, &options));
-        if (!animation) return {};
-        std::uint8_t* pixels = nullptr;
-        for (std::size_t index = 0; index <= request.frame; ++index) {
+        // The library draws one frame upon the other, and goes forwards only.
+        if (!_animation || _next > request.frame + 1) {
+            _animation.reset(WebPAnimDecoderNew(&_data, &options));
+            _next = 0;
+        }
+        while (_animation && _next <= request.frame) {
             int time = 0;
-            if (request.stop.isSet() || !WebPAnimDecoderGetNext(animation.get(), &pixels, &time)) {
-                return {};
+            if (request.stop.isSet()) return {};
+            if (WebPAnimDecoderGetNext(_animation.get(), &_canvas, &time)) {
+                ++_next;
+            } else {
+                _animation.reset();
             }
         }
+        if (!_animation) return {};
+        const std::uint8_t* pixels = _canvas;
         PixelLayout layout;
         layout.isQRgb = true;
         layout.alpha = AlphaType::Premultiplied;
@@ -148,6 +154,9 @@ private:
     Source _source;
     std::unique_ptr<WebPDemuxer, DeleteDemuxer> _demuxer;
     WebPData _data;
+    std::unique_ptr<WebPAnimDecoder, DeleteAnimation> _animation;
+    std::size_t _next = 0;           // frame of the animation
+    std::uint8_t* _canvas = nullptr; // of the animation, as the frame before that left it
 };
 
 } // namespace

@@ -14,30 +14,9 @@
 #include <cstring>
 #include <new>
 
-#include <sys/stat.h>
-
 namespace codec::process {
 
 namespace {
-
-/// A file as the kernel tells it apart from others.
-struct FileIdentity {
-    dev_t device = 0;
-    ino_t inode = 0;
-    off_t size = 0;
-    timespec modified{};
-
-    static FileIdentity of(int descriptor) {
-        struct stat status {};
-        if (::fstat(descriptor, &status) != 0) return {};
-        return {status.st_dev, status.st_ino, status.st_size, status.st_mtim};
-    }
-    bool operator==(const FileIdentity& other) const {
-        return inode != 0 && device == other.device && inode == other.inode && size == other.size &&
-               modified.tv_sec == other.modified.tv_sec &&
-               modified.tv_nsec == other.modified.tv_nsec;
-    }
-};
 
 class Worker {
 public:
@@ -76,14 +55,10 @@ public:
         return reply;
     }
 
-    /// Lets go of a picture of one frame; one of several may be asked for the next.
-    void forgetStill() {
-        if (_decoder && _decoder->frameCount() < 2) close();
-    }
+    /// Lets go of the picture: a volume can't be ejected while a file of it is mapped.
     void close() {
         _decoder.reset();
         _source.reset();
-        _opened = {};
     }
 
 private:
@@ -93,15 +68,10 @@ private:
             static_cast<qsizetype>(::strnlen(request.typeHint.data(), request.typeHint.size())));
     }
 
-    /// Frames of an animation build on each other, so the decoder of the last picture is kept.
     [[nodiscard]] Decoder* open(int picture, const Request& request) {
-        const FileIdentity identity = FileIdentity::of(picture);
-        if (_decoder && identity == _opened) return _decoder.get();
-        close();
         _source = Source::fromDescriptor(picture);
         if (!_source) return nullptr;
         _decoder = openDecoder(*_source, typeHint(request), _codecs);
-        _opened = identity;
         return _decoder.get();
     }
 
@@ -194,7 +164,6 @@ private:
     Mapping _results;
     std::optional<Source> _source;
     std::unique_ptr<Decoder> _decoder;
-    FileIdentity _opened;
 };
 
 /// Out of memory is an answer like any other; nothing else should come here.
@@ -203,7 +172,6 @@ answerSafely(Worker& worker, const Request& request, std::vector<Descriptor>& de
     try {
         return worker.answer(request, descriptors);
     } catch (const std::exception&) {
-        worker.close();
         Reply reply;
         reply.number = request.number;
         return reply;
@@ -237,7 +205,7 @@ int runDecoderProcess(std::uint64_t addressSpaceBytes, CodecTable codecs) {
             return 0;
         }
         if (!send(answerSafely(worker, request, descriptors))) return 0;
-        worker.forgetStill();
+        worker.close();
     }
 }
 

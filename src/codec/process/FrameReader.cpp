@@ -37,6 +37,17 @@ public:
     }
 };
 
+class NoReader final : public FrameReader {
+public:
+    ReadResult decode(int, const QString&, const DecodeRequest&, std::stop_token) override {
+        return {ReadStatus::Failed, {}};
+    }
+    std::size_t countFrames(int, const QString&) override { return 0; }
+    PictureProperties properties(int, const QString&, std::size_t, std::stop_token) override {
+        return {};
+    }
+};
+
 /// What importers that nobody hands a reader go through: there is one for the whole process.
 class InstalledReader {
 public:
@@ -70,6 +81,10 @@ FrameReader::propertiesOfPictures(std::span<const OpenPicture> pictures, std::st
     for (const OpenPicture& picture : pictures)
         all.push_back(properties(picture.descriptor, picture.typeHint, 0, stop));
     return all;
+}
+
+std::shared_ptr<FrameReader> noReader() {
+    return std::make_shared<NoReader>();
 }
 
 std::shared_ptr<FrameReader> frameReader() {

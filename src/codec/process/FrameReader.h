@@ -54,7 +54,11 @@ public:
     propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop);
 };
 
-/// The reader that all importers use: what was installed, else one that decodes in this process.
+/// One that reads nothing: every picture is to be read another time.
+[[nodiscard]] std::shared_ptr<FrameReader> noReader();
+
+/// The reader that all importers use: what was installed, else one that decodes in this process,
+/// which is for tools and tests.
 [[nodiscard]] std::shared_ptr<FrameReader> frameReader();
 /// nullptr goes back to decoding in this process. Any thread; requests that run end as they began.
 void setFrameReader(std::shared_ptr<FrameReader> reader);

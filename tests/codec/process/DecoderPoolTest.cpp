@@ -240,6 +240,20 @@ TEST_F(DecoderPoolTest, propertiesOfManyPicturesAreReadTogetherAndAloneAfterALos
     EXPECT_NE(::kill(child, 0), 0);
 }
 
+TEST_F(DecoderPoolTest, filesAreLetGoOfWithTheReply) {
+    DecoderPool pool(settings(1));
+    const Descriptor file = orders("paint 1 1 7"); // of seven frames
+    EXPECT_EQ(pool.countFrames(file.get(), {}), 7U);
+    EXPECT_EQ(pool.decode(file.get(), {}, {}, {}).status, codec::ReadStatus::Decoded);
+    // Answered before it closes the file: the next answer comes after that.
+    EXPECT_EQ(
+        pool.properties(orders("none").get(), {}, 0, {}).status,
+        codec::PropertiesStatus::Unreadable);
+    QFile maps(u"/proc/%1/maps"_s.arg(onlyChild()));
+    ASSERT_TRUE(maps.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(maps.readAll().contains(QFile::encodeName(folder.filePath(u"1"_s)) + '\n'));
+}
+
 TEST_F(DecoderPoolTest, whatAProcessEndedOfTellsWhetherItsPictureIsToBlame) {
     using enum codec::process::DecoderHelper::Outcome;
     const std::pair<const char*, codec::process::DecoderHelper::Outcome> cases[] = {
