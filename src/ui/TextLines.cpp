@@ -12,6 +12,13 @@ TextLines::TextLines(const QFont& font) : _font(font), _metrics(font) {
     platform::assertMainThread();
 }
 
+void TextLines::setFont(const QFont& font) {
+    platform::assertMainThread();
+    _font = font;
+    _metrics = QFontMetricsF(font);
+    _lines.clear();
+}
+
 double TextLines::width(const QString& text) const {
     return _metrics.horizontalAdvance(PBUtilities::removeNewline(text));
 }

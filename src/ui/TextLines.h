@@ -17,6 +17,7 @@ public:
     explicit TextLines(const QFont& font);
 
     [[nodiscard]] const QFont& font() const { return _font; }
+    void setFont(const QFont& font);
     /// How many lines are kept; more than are on show at once.
     void setCapacity(qsizetype lines) { _lines.setMaxCost(lines); }
     /// The width of the whole text, in points.

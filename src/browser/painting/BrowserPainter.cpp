@@ -62,6 +62,12 @@ BrowserPainter::BrowserPainter(
     : _layout(layout), _leaves(leaves), _feed(feed), _heads(std::move(tagWithTagId)),
       _fileInfo(fileInfoFont()) {}
 
+void BrowserPainter::fontDidChange() {
+    platform::assertMainThread();
+    _fileInfo.setFont(fileInfoFont());
+    _heads.fontDidChange();
+}
+
 void BrowserPainter::setWidgetSize(QSize size, double ratio) {
     platform::assertMainThread();
     const double points = static_cast<double>(size.width()) * size.height();

@@ -38,6 +38,7 @@ public:
 
     /// What a cell may draw on, shadow and frame included.
     [[nodiscard]] QRectF cellExtent(const QRectF& cellRect) const;
+    void fontDidChange();
     [[nodiscard]] GroupHeadPainter& heads() { return _heads; }
     [[nodiscard]] const GroupHeadPainter& heads() const { return _heads; }
     /// Room for the pictures and texts of a widget of that size in points.
