@@ -129,7 +129,7 @@ public:
         const auto count = view()->leaves().imageFileCount(_index.group);
         return QStringList{
             localizedFormat(u"Accessible_Position", {_index.item + 1, count}),
-            view()->headText(_index.group), imageSizeText(item()->imageSize()),
+            view()->headText(_index.group), imageSizeText(item()->displaySize()),
             PBUtilities::stringWithFileSize(item()->fileSize())}
             .join(QStringLiteral(", "));
     }

@@ -4,6 +4,7 @@
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
 #include "browser/input/BrowserDragOut.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
 #include "ui/PBModalTextField.h"
@@ -138,7 +139,9 @@ bool PBImageBrowserView::showToolTip(const QHelpEvent& event) {
     // Names are no rich text, whatever is in them.
     QToolTip::showText(
         event.globalPos(),
-        text.isEmpty() ? QString() : QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()),
+        text.isEmpty()
+            ? QString()
+            : QStringLiteral("<span>%1</span>").arg(platform::harmlessText(text).toHtmlEscaped()),
         this);
     return !text.isEmpty();
 }

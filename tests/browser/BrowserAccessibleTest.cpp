@@ -18,6 +18,8 @@ TEST_F(BrowserViewTest, itemsHaveAccessibleNamesPlacesAndStatesUntilTheyGo) {
     EXPECT_EQ(item->parent(), list());
     EXPECT_EQ(item->text(QAccessible::Name), u"b1, 3 stars, flagged, not available");
     EXPECT_EQ(item->text(QAccessible::Description), u"2 of 4, /photos/b, 3000 x 2000, 1.2 MB");
+    tree->item(1, 1)->setRotateAngle(90);
+    EXPECT_TRUE(item->text(QAccessible::Description).contains(u"2000 x 3000"_s)); // as it is seen
     EXPECT_TRUE(item->state().selected && !list()->child(1)->state().selected);
     EXPECT_TRUE(list()->child(209)->state().offscreen && !item->state().offscreen);
     EXPECT_EQ(list()->child(210), nullptr);

@@ -340,6 +340,22 @@ TEST_F(BrowserViewTest, picturesAndTheirFramesLieOnWholePixelsAtAnyScale) {
     }
 }
 
+TEST_F(BrowserViewTest, aNameIsShortenedWhereItsNeighboursHaveTheSame) {
+    show({3});
+    view->setStyle(BrowserMetrics::FileName);
+    tree->item(0, 1)->setFileName(u"Norway in the autumn first tour and some more.jpg"_s);
+    const auto shown = [&](const QString& neighbour, int at) {
+        tree->item(0, at)->setFileName(neighbour);
+        const QRectF cell = view->widgetRect({0, 1});
+        const QRectF name = view->browserLayout().fileNameRectWithCellRect(cell);
+        return picture().copy(name.toRect());
+    };
+    const QImage alone = shown(u"Sea"_s, 0);
+    EXPECT_NE(shown(u"Norway in the autumn of last year"_s, 0), alone);
+    EXPECT_EQ(shown(u"Sea"_s, 0), alone);
+    EXPECT_NE(shown(u"Norway in the autumn on foot"_s, 2), alone);
+}
+
 TEST_F(BrowserViewTest, aPaintLoadsForEightMillisecondsAndTheQueueTheRest) {
     show({12});
     // The clock is looked at when a paint begins and twice for each cell without a thumbnail.

@@ -60,8 +60,11 @@ private:
     void drawSelection(QPainter& painter, const QRect& pixels, const Frame& frame) const;
     void drawPlaceholder(QPainter& painter, const QRectF& placed, const Frame& frame) const;
     void drawTexts(
-        QPainter& painter, const QRectF& cellRect, const PBImageFileItem& item,
-        const Frame& frame) const;
+        QPainter& painter, const QRectF& cellRect, const PBImageBrowserIndex& index,
+        const PBImageFileItem& item, const Frame& frame) const;
+    /// How much of its start the name has in common with the one before it or after it.
+    [[nodiscard]] qsizetype
+    differsFrom(const PBImageBrowserIndex& index, const QString& fileName) const;
 
     BrowserLayout& _layout;
     const BrowserLeafList& _leaves;
