@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <utility>
 
 using platform::localizedFormat;
@@ -16,15 +17,16 @@ using platform::localizedString;
 
 namespace {
 
-/// One image of the list.
-class ItemAccessible final : public QAccessibleInterface {
+constexpr std::int64_t headItem = -1;
+
+/// A head or an image of the list.
+class ChildAccessible : public QAccessibleInterface, public QAccessibleActionInterface {
 public:
-    ItemAccessible(PBImageBrowserView& view, const PBImageBrowserIndex& index, int childIndex)
-        : _view(&view), _index(index), _childIndex(childIndex) {}
+    ChildAccessible(PBImageBrowserView& view, int childIndex)
+        : _view(&view), _childIndex(childIndex) {}
 
     [[nodiscard]] int childIndex() const { return _childIndex; }
 
-    bool isValid() const override { return _view && item(); }
     QObject* object() const override { return nullptr; }
     QAccessibleInterface* parent() const override {
         return QAccessible::queryAccessibleInterface(_view);
@@ -33,12 +35,76 @@ public:
     int childCount() const override { return 0; }
     int indexOfChild(const QAccessibleInterface*) const override { return -1; }
     QAccessibleInterface* childAt(int, int) const override { return nullptr; }
-    QAccessible::Role role() const override { return QAccessible::ListItem; }
-
+    void setText(QAccessible::Text, const QString&) override {}
     QRect rect() const override {
         if (!isValid()) return {};
-        const QRect cell = _view->widgetRect(_index);
-        return {_view->mapToGlobal(cell.topLeft()), cell.size()};
+        const QRect part = widgetRect();
+        return {_view->mapToGlobal(part.topLeft()), part.size()};
+    }
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this)
+                                                    : nullptr;
+    }
+    QStringList keyBindingsForAction(const QString&) const override { return {}; }
+
+protected:
+    [[nodiscard]] virtual QRect widgetRect() const = 0;
+    [[nodiscard]] bool isOffscreen() const { return !widgetRect().intersects(_view->rect()); }
+    [[nodiscard]] PBImageBrowserView* view() const { return _view; }
+
+private:
+    const QPointer<PBImageBrowserView> _view;
+    const int _childIndex;
+};
+
+/// The head of a leaf; pressed, it is scrolled to.
+class HeadAccessible final : public ChildAccessible {
+public:
+    HeadAccessible(PBImageBrowserView& view, std::int64_t group, int childIndex)
+        : ChildAccessible(view, childIndex), _group(group) {}
+
+    bool isValid() const override { return view() && _group < view()->leaves().leafCount(); }
+    QAccessible::Role role() const override { return QAccessible::Heading; }
+    QAccessible::State state() const override {
+        QAccessible::State state;
+        state.invalid = !isValid();
+        state.offscreen = isValid() && isOffscreen();
+        return state;
+    }
+    QString text(QAccessible::Text kind) const override {
+        if (!isValid() || kind != QAccessible::Name) return {};
+        return view()->headText(_group);
+    }
+    QStringList actionNames() const override { return {pressAction()}; }
+    void doAction(const QString& name) override {
+        if (isValid() && name == pressAction()) view()->scrollToGroup(_group);
+    }
+
+protected:
+    QRect widgetRect() const override { return view()->headRect(_group); }
+
+private:
+    const std::int64_t _group;
+};
+
+/// An image: it can be made the current one, put into the selection or out of it, and opened.
+class ItemAccessible final : public ChildAccessible {
+public:
+    ItemAccessible(PBImageBrowserView& view, const PBImageBrowserIndex& index, int childIndex)
+        : ChildAccessible(view, childIndex), _index(index) {}
+
+    bool isValid() const override { return view() && item(); }
+    QAccessible::Role role() const override { return QAccessible::ListItem; }
+    QStringList actionNames() const override {
+        return {pressAction(), setFocusAction(), toggleAction()};
+    }
+    void doAction(const QString& name) override {
+        if (!isValid()) return;
+        if (name == pressAction()) view()->openIndex(_index);
+        if (name == toggleAction()) view()->toggleIndex(_index);
+        if (name != setFocusAction()) return;
+        view()->setFocus();
+        view()->GotoIndex(_index);
     }
 
     QAccessible::State state() const override {
@@ -51,8 +117,8 @@ public:
         state.multiSelectable = true;
         state.focusable = true;
         state.selected = item()->isSelected();
-        state.focused = _view->hasFocus() && _view->currentIndex() == _index;
-        state.offscreen = !_view->widgetRect(_index).intersects(_view->rect());
+        state.focused = view()->hasFocus() && view()->currentIndex() == _index;
+        state.offscreen = isOffscreen();
         return state;
     }
 
@@ -60,18 +126,20 @@ public:
         if (!isValid()) return {};
         if (kind == QAccessible::Name) return name();
         if (kind != QAccessible::Description) return {};
-        const auto count = _view->leaves().imageFileCount(_index.group);
+        const auto count = view()->leaves().imageFileCount(_index.group);
         return QStringList{
             localizedFormat(u"Accessible_Position", {_index.item + 1, count}),
-            _view->headText(_index.group), imageSizeText(item()->imageSize()),
+            view()->headText(_index.group), imageSizeText(item()->displaySize()),
             PBUtilities::stringWithFileSize(item()->fileSize())}
             .join(QStringLiteral(", "));
     }
-    void setText(QAccessible::Text, const QString&) override {}
+
+protected:
+    QRect widgetRect() const override { return view()->widgetRect(_index); }
 
 private:
     std::shared_ptr<PBImageFileItem> item() const {
-        return _view->leaves().imageFileAtIndex(_index);
+        return view()->leaves().imageFileAtIndex(_index);
     }
     QString name() const {
         QStringList parts{item()->fileName()};
@@ -83,9 +151,7 @@ private:
         return parts.join(QStringLiteral(", "));
     }
 
-    const QPointer<PBImageBrowserView> _view;
     const PBImageBrowserIndex _index;
-    const int _childIndex;
 };
 
 QAccessibleInterface* makeAccessible(const QString& className, QObject* object) {
@@ -115,32 +181,36 @@ void BrowserAccessible::forgetItems() const {
     _items.clear();
 }
 
-int BrowserAccessible::childCount() const {
-    return static_cast<int>(std::min<std::int64_t>(
-        _view.selection().itemCount(FoldedLeaves::Excluded), std::numeric_limits<int>::max()));
+std::int64_t BrowserAccessible::childrenOf(std::int64_t group) const {
+    const BrowserLeafList& leaves = _view.leaves();
+    return 1 + (leaves.isCollapsedForBrowser(group) ? 0 : leaves.imageFileCount(group));
 }
 
-int BrowserAccessible::childIndexOf(const PBImageBrowserIndex& index) const {
-    const BrowserLeafList& leaves = _view.leaves();
-    if (!index.isValid() || index.group >= leaves.leafCount() ||
-        leaves.isCollapsedForBrowser(index.group))
+int BrowserAccessible::childCount() const {
+    std::int64_t count = 0;
+    for (std::int64_t group = 0; group < _view.leaves().leafCount(); ++group)
+        count += childrenOf(group);
+    return static_cast<int>(std::min<std::int64_t>(count, std::numeric_limits<int>::max()));
+}
+
+int BrowserAccessible::childIndexOf(std::int64_t group, std::int64_t item) const {
+    if (group < 0 || group >= _view.leaves().leafCount() || item < headItem ||
+        item + 1 >= childrenOf(group))
         return -1;
     std::int64_t before = 0;
-    for (std::int64_t group = 0; group < index.group; ++group)
-        if (!leaves.isCollapsedForBrowser(group)) before += leaves.imageFileCount(group);
-    return static_cast<int>(before + index.item);
+    for (std::int64_t each = 0; each < group; ++each)
+        before += childrenOf(each);
+    return static_cast<int>(before + 1 + item);
 }
 
-PBImageBrowserIndex BrowserAccessible::browserIndexOf(int child) const {
-    const BrowserLeafList& leaves = _view.leaves();
-    std::int64_t item = child;
-    for (std::int64_t group = 0; item >= 0 && group < leaves.leafCount(); ++group) {
-        if (leaves.isCollapsedForBrowser(group)) continue;
-        const std::int64_t count = leaves.imageFileCount(group);
-        if (item < count) return {group, item};
-        item -= count;
+std::optional<BrowserAccessible::Place> BrowserAccessible::placeOf(int child) const {
+    std::int64_t rest = child;
+    for (std::int64_t group = 0; rest >= 0 && group < _view.leaves().leafCount(); ++group) {
+        const std::int64_t count = childrenOf(group);
+        if (rest < count) return Place{group, headItem + rest};
+        rest -= count;
     }
-    return {};
+    return std::nullopt;
 }
 
 QAccessibleInterface* BrowserAccessible::child(int index) const {
@@ -148,26 +218,38 @@ QAccessibleInterface* BrowserAccessible::child(int index) const {
     if (std::exchange(_generation, generation) != generation) forgetItems();
     const auto known = _items.find(index);
     if (known != _items.end()) return QAccessible::accessibleInterface(known->second);
-    const PBImageBrowserIndex browserIndex = browserIndexOf(index);
-    if (!browserIndex.isValid()) return nullptr;
+    const auto place = placeOf(index);
+    if (!place) return nullptr;
+    std::unique_ptr<ChildAccessible> made;
+    if (place->item == headItem) {
+        made = std::make_unique<HeadAccessible>(_view, place->group, index);
+    } else {
+        made = std::make_unique<ItemAccessible>(
+            _view, PBImageBrowserIndex{place->group, place->item}, index);
+    }
     // Qt's registry owns it until it is told to delete it.
-    auto* item = std::make_unique<ItemAccessible>(_view, browserIndex, index).release();
-    _items[index] = QAccessible::registerAccessibleInterface(item);
-    return item;
+    ChildAccessible* child = made.release();
+    _items[index] = QAccessible::registerAccessibleInterface(child);
+    return child;
 }
 
 int BrowserAccessible::indexOfChild(const QAccessibleInterface* child) const {
-    const auto* item = dynamic_cast<const ItemAccessible*>(child);
+    const auto* item = dynamic_cast<const ChildAccessible*>(child);
     return item ? item->childIndex() : -1;
 }
 
 QAccessibleInterface* BrowserAccessible::childAt(int x, int y) const {
     const QPoint point = _view.mapFromGlobal(QPoint(x, y));
-    return child(childIndexOf(_view.indexAt(point)));
+    const std::int64_t head = _view.headAt(point);
+    if (head >= 0) return child(childIndexOf(head, headItem));
+    const PBImageBrowserIndex index = _view.indexAt(point);
+    return index.isValid() ? child(childIndexOf(index.group, index.item)) : nullptr;
 }
 
 QAccessibleInterface* BrowserAccessible::focusChild() const {
-    return _view.hasFocus() ? child(childIndexOf(_view.currentIndex())) : nullptr;
+    const PBImageBrowserIndex current = _view.currentIndex();
+    if (!_view.hasFocus() || !current.isValid()) return nullptr;
+    return child(childIndexOf(current.group, current.item));
 }
 
 QString BrowserAccessible::text(QAccessible::Text kind) const {
@@ -179,7 +261,9 @@ void BrowserAccessible::currentDidChange(PBImageBrowserView& view) {
     platform::assertMainThread();
     if (!QAccessible::isActive()) return;
     auto* self = dynamic_cast<BrowserAccessible*>(QAccessible::queryAccessibleInterface(&view));
-    const int child = self ? self->childIndexOf(view.currentIndex()) : -1;
+    const PBImageBrowserIndex current = view.currentIndex();
+    const int child =
+        self && current.isValid() ? self->childIndexOf(current.group, current.item) : -1;
     if (child < 0) return;
     QAccessibleEvent event(&view, QAccessible::Focus);
     event.setChild(child);

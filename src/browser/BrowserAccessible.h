@@ -6,11 +6,12 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 
 class PBImageBrowserView;
 
-/// The browser for screen readers: a list of all images of the shown leaves, in order. Items are
-/// made when they are asked for. Main thread.
+/// The browser for screen readers: a list of the heads of all leaves, each followed by the images
+/// of its leaf unless that is folded. Children are made when they are asked for. Main thread.
 class BrowserAccessible final : public QAccessibleWidget {
 public:
     explicit BrowserAccessible(PBImageBrowserView& view);
@@ -32,8 +33,15 @@ public:
     [[nodiscard]] QString text(QAccessible::Text kind) const override;
 
 private:
-    [[nodiscard]] int childIndexOf(const PBImageBrowserIndex& index) const;
-    [[nodiscard]] PBImageBrowserIndex browserIndexOf(int child) const;
+    /// -1 for what is not in the list. The item `headItem` stands for the head.
+    [[nodiscard]] int childIndexOf(std::int64_t group, std::int64_t item) const;
+    struct Place {
+        std::int64_t group;
+        std::int64_t item;
+    };
+    [[nodiscard]] std::optional<Place> placeOf(int child) const;
+    /// The head and the images of a leaf.
+    [[nodiscard]] std::int64_t childrenOf(std::int64_t group) const;
     void forgetItems() const;
 
     PBImageBrowserView& _view;

@@ -133,6 +133,20 @@ QRect PBImageBrowserView::widgetRect(const PBImageBrowserIndex& index) {
     return _layout.cellRectAtIndex(index).translated(-visibleRect().topLeft()).toAlignedRect();
 }
 
+QRect PBImageBrowserView::headRect(std::int64_t group) {
+    const QRectF head(
+        0, _layout.groupItemPosition(group), _layout.contentWidth(), BrowserMetrics::headHeight);
+    return head.translated(-visibleRect().topLeft()).toAlignedRect();
+}
+
+void PBImageBrowserView::toggleIndex(const PBImageBrowserIndex& index) {
+    platform::assertMainThread();
+    const auto item = _leaves.imageFileAtIndex(index);
+    if (!item) return;
+    item->setIsSelected(!item->isSelected());
+    selectDidChange();
+}
+
 PBImageBrowserIndex PBImageBrowserView::indexAt(const QPoint& point) {
     return _layout.itemIndexByPoint(toSheet(point), _painter).index;
 }

@@ -22,6 +22,7 @@ class PBImageBrowserScrollView;
 class PBImageBrowserSelectView;
 class PBModalTextField;
 class PBScrollView;
+class QHelpEvent;
 class QNativeGestureEvent;
 
 namespace platform {
@@ -93,6 +94,15 @@ public:
     [[nodiscard]] QRect widgetRect(const PBImageBrowserIndex& index);
     /// Another number each time that other images may be shown.
     [[nodiscard]] std::uint64_t contentGeneration() const { return _contentGeneration; }
+    /// Where a head lies in this widget, when it does not stick to the top.
+    [[nodiscard]] QRect headRect(std::int64_t group);
+    /// The group whose head is at a point of this widget; -1 if there is none.
+    [[nodiscard]] std::int64_t headAt(const QPoint& point);
+    /// The whole name of a file, or path of a group, that is shortened at a point of this widget.
+    [[nodiscard]] QString toolTipAt(const QPoint& point);
+    /// Adds the image to the selection, or takes it out again.
+    void toggleIndex(const PBImageBrowserIndex& index);
+    void openIndex(const PBImageBrowserIndex& index) { enterToLargeView(index); }
     /// The image at a point of this widget; invalid if there is none.
     [[nodiscard]] PBImageBrowserIndex indexAt(const QPoint& point);
 
@@ -122,6 +132,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
@@ -160,12 +171,12 @@ private:
     void noteVisible();
     void placeNameField();
     void pressAt(QMouseEvent* event, int clickCount);
-    [[nodiscard]] std::int64_t headAt(const QPointF& sheetPoint);
     [[nodiscard]] QPointF toSheet(const QPointF& point) const;
     [[nodiscard]] QRect toWidget(const QRectF& sheetRect) const;
     void updateSheetRect(const QRectF& sheetRect);
     void thumbnailArrived(const PBImageFileItem& item);
     bool nativeGesture(QNativeGestureEvent* event);
+    bool showToolTip(const QHelpEvent& event);
     [[nodiscard]] bool isTyping() const;
     void typed(const QString& text);
 

@@ -1,14 +1,17 @@
 #include "browser/PBImageBrowserView.h"
 
+#include "browser/BrowserAccessible.h"
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
 #include "browser/input/BrowserDragOut.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
 #include "ui/PBModalTextField.h"
 
 #include <QApplication>
 #include <QDrag>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
@@ -16,6 +19,8 @@
 #include <QScopedValueRollback>
 #include <QStyleHints>
 #include <QTimerEvent>
+#include <QToolTip>
+#include <QWheelEvent>
 
 #include <cmath>
 
@@ -69,7 +74,13 @@ bool PBImageBrowserView::event(QEvent* event) {
         event->accept(); // no menu's
         return true;
     }
-    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) update();
+    if (event->type() == QEvent::ToolTip && showToolTip(*static_cast<QHelpEvent*>(event)))
+        return true;
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange) {
+        _painter.fontDidChange();
+        update();
+    }
+    if (event->type() == QEvent::PaletteChange) update();
     return QWidget::event(event);
 }
 
@@ -102,11 +113,44 @@ bool PBImageBrowserView::nativeGesture(QNativeGestureEvent* event) {
     }
 }
 
-std::int64_t PBImageBrowserView::headAt(const QPointF& sheetPoint) {
+std::int64_t PBImageBrowserView::headAt(const QPoint& point) {
     // The sticky head lies over the next one.
     for (const BrowserHead& head : _layout.visibleHeads(visibleRect()))
-        if (head.rect.contains(sheetPoint)) return head.group;
+        if (head.rect.contains(toSheet(point))) return head.group;
     return -1;
+}
+
+QString PBImageBrowserView::toolTipAt(const QPoint& point) {
+    platform::assertMainThread();
+    const std::int64_t group = headAt(point);
+    if (group >= 0) {
+        const bool isShortened = _painter.heads().isShortened(_leaves.leaf(group), width());
+        return isShortened ? headText(group) : QString();
+    }
+    const BrowserHit hit = _layout.itemIndexByPoint(toSheet(point), _painter);
+    const auto item = _leaves.imageFileAtIndex(hit.index);
+    if (!item || hit.part != BrowserPart::FileName) return {};
+    const QRectF room = _layout.fileNameRectWithCellRect(_layout.cellRectAtIndex(hit.index));
+    return _painter.fileNameWidth(hit.index) > room.width() ? item->fileName() : QString();
+}
+
+bool PBImageBrowserView::showToolTip(const QHelpEvent& event) {
+    const QString text = toolTipAt(event.pos());
+    // Names are no rich text, whatever is in them.
+    QToolTip::showText(
+        event.globalPos(),
+        text.isEmpty()
+            ? QString()
+            : QStringLiteral("<span>%1</span>").arg(platform::harmlessText(text).toHtmlEscaped()),
+        this);
+    return !text.isEmpty();
+}
+
+void PBImageBrowserView::wheelEvent(QWheelEvent* event) {
+    if (event->modifiers() != Qt::ControlModifier) return event->ignore(); // the scroll view's
+    event->accept();
+    constexpr double anglePerTurn = 120;
+    if (event->phase() != Qt::ScrollMomentum) _input.zoom(event->angleDelta().y() / anglePerTurn);
 }
 
 void PBImageBrowserView::mousePressEvent(QMouseEvent* event) {
@@ -122,7 +166,7 @@ void PBImageBrowserView::pressAt(QMouseEvent* event, int clickCount) {
     _clickCount = clickCount;
     if (event->button() != Qt::LeftButton) return event->ignore();
     const QPointF point = toSheet(event->position());
-    const std::int64_t head = headAt(point);
+    const std::int64_t head = headAt(event->position().toPoint());
     if (head >= 0) return scrollToGroup(head);
     const auto clickedBefore = _input.downImageFileItem();
     captureScrollIfNone();
@@ -148,7 +192,7 @@ void PBImageBrowserView::mouseReleaseEvent(QMouseEvent* event) {
 void PBImageBrowserView::contextMenuEvent(QContextMenuEvent* event) {
     if (event->reason() == QContextMenuEvent::Mouse) {
         const QPointF point = toSheet(event->pos());
-        if (headAt(point) < 0)
+        if (headAt(event->pos()) < 0)
             Q_EMIT contextMenuRequested(_input.rightMouseDown(point), event->globalPos());
         return;
     }
@@ -213,6 +257,7 @@ void PBImageBrowserView::typed(const QString& text) {
 
 void PBImageBrowserView::focusInEvent(QFocusEvent* event) {
     QWidget::focusInEvent(event);
+    BrowserAccessible::currentDidChange(*this);
     update();
 }
 

@@ -45,6 +45,11 @@ void drawArrow(QPainter& painter, const QPointF& centre) {
 PathCellStyle::PathCellStyle(const QFont& font, bool emphasizesLast)
     : emphasizesLastItem(emphasizesLast), plain(font), strong(strongFont(font)) {}
 
+void PathCellStyle::setFont(const QFont& font) {
+    plain.setFont(font);
+    strong.setFont(strongFont(font));
+}
+
 bool PBPathComponentCell::isLastItem() const {
     return _path.pathComponentCells().back().get() == this;
 }

@@ -18,6 +18,7 @@ class QPainter;
 struct PathCellStyle {
     /// With emphasis on the last step the others are dim, and it alone is strong.
     PathCellStyle(const QFont& font, bool emphasizesLastItem);
+    void setFont(const QFont& font);
 
     const bool emphasizesLastItem;
     TextLines plain;

@@ -226,7 +226,8 @@ void PBPathControl::keyPressEvent(QKeyEvent* event) {
 
 void PBPathControl::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) update();
+    if (event->type() == QEvent::FontChange) _style.setFont(pathFont(font()));
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange) update();
 }
 
 QString PBPathControl::toolTipOfItem(std::size_t index) const {

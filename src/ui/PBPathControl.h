@@ -60,7 +60,7 @@ private:
     void popUp(QMenu& menu);
 
     PBGroupTypeArray _groupTypeArray;
-    const PathCellStyle _style;
+    PathCellStyle _style;
     PBPathCell _pathCell;
     std::optional<std::size_t> _hotItem;  ///< under the mouse
     std::optional<std::size_t> _openItem; ///< whose menu is open

@@ -377,6 +377,22 @@ TEST_F(BrowserViewTest, picturesAndTheirFramesLieOnWholePixelsAtAnyScale) {
     }
 }
 
+TEST_F(BrowserViewTest, aNameIsShortenedWhereItsNeighboursHaveTheSame) {
+    show({3});
+    view->setStyle(BrowserMetrics::FileName);
+    tree->item(0, 1)->setFileName(u"Norway in the autumn first tour and some more.jpg"_s);
+    const auto shown = [&](const QString& neighbour, int at) {
+        tree->item(0, at)->setFileName(neighbour);
+        const QRectF cell = view->widgetRect({0, 1});
+        const QRectF name = view->browserLayout().fileNameRectWithCellRect(cell);
+        return picture().copy(name.toRect());
+    };
+    const QImage alone = shown(u"Sea"_s, 0);
+    EXPECT_NE(shown(u"Norway in the autumn of last year"_s, 0), alone);
+    EXPECT_EQ(shown(u"Sea"_s, 0), alone);
+    EXPECT_NE(shown(u"Norway in the autumn on foot"_s, 2), alone);
+}
+
 TEST_F(BrowserViewTest, aPaintLoadsForEightMillisecondsAndTheQueueTheRest) {
     show({12});
     // The clock is looked at when a paint begins and twice for each cell without a thumbnail.
@@ -588,6 +604,50 @@ TEST_F(BrowserViewTest, onlyWhatIsNewIsPainted) {
     EXPECT_EQ(paints.take(), head + strip);
     scrollView.scrollToPosition(5000, false);
     EXPECT_EQ(paints.take(), all);
+}
+
+TEST_F(BrowserViewTest, theWheelWithControlZoomsAndItsPartsAddUp) {
+    show({90});
+    const auto turned = [&](int angle, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) {
+        QWheelEvent event(
+            {90, 90}, view->mapToGlobal(QPointF(90, 90)), {}, {0, angle}, Qt::NoButton, modifiers,
+            Qt::NoScrollPhase, false);
+        QApplication::sendEvent(view.get(), &event);
+        return view->thumbnailSize();
+    };
+    EXPECT_EQ(turned(120), 176);
+    EXPECT_EQ(turned(-120), 160);
+    for (int step = 0; step < 60; ++step)
+        turned(2); // of a touchpad
+    EXPECT_EQ(turned(0), 176);
+    EXPECT_EQ(turned(9 * 120), 256);
+    EXPECT_EQ(turned(-99 * 120), 64);
+    EXPECT_FALSE(scrollView.isScrolling());
+    EXPECT_EQ(turned(120, Qt::NoModifier), 64);
+    EXPECT_FALSE(scrollView.isScrolling()) << "upwards at the top";
+}
+
+TEST_F(BrowserViewTest, whatIsShortenedHasAToolTipAndAnotherFontIsTakenAtOnce) {
+    show({2});
+    tree->item(0, 0)->setFileName(u"a name that is longer than its cell <b>.jpg"_s);
+    tree->item(0, 1)->setFileName(u"fits_with_little_room.jpg"_s);
+    EXPECT_EQ(view->toolTipAt(nameAt({0, 0})), tree->item(0, 0)->fileName());
+    EXPECT_EQ(view->toolTipAt(nameAt({0, 1})), QString());
+    EXPECT_EQ(view->toolTipAt(at({0, 0})), QString());
+    EXPECT_EQ(view->toolTipAt({90, 9}), QString());
+    scrollView.resize(60, 300);
+    EXPECT_EQ(view->toolTipAt({40, 9}), view->headText(0));
+    scrollView.resize(600, 500);
+    QApplication::processEvents();
+    const QFont before = QApplication::font();
+    QFont wide = before;
+    wide.setLetterSpacing(QFont::AbsoluteSpacing, 3);
+    for (const auto& [font, name] :
+         {std::pair(wide, tree->item(0, 1)->fileName()), {before, QString()}}) {
+        QApplication::setFont(font);
+        QApplication::processEvents();
+        EXPECT_EQ(view->toolTipAt(nameAt({0, 1})), name);
+    }
 }
 
 TEST_F(BrowserViewTest, twoFingersTurnOnceOrZoomAsTheyClearlyMean) {

@@ -1,4 +1,5 @@
 #include "platform/program/LocalizedTexts.h"
+#include "platform/program/HarmlessText.h"
 
 #include "support/Support.h"
 
@@ -17,6 +18,16 @@ TEST(LocalizedTextsTest, everyKindOfPlaceholderIsFilledIn) {
     QLocale::setDefault(QLocale(QLocale::German));
     EXPECT_EQ(formatText(u"%.2f", {1.5}), u"1,50"_s);
     QLocale::setDefault(QLocale::c());
+}
+
+TEST(LocalizedTextsTest, namesThatTurnTheDirectionAreShownHarmless) {
+    const QString hebrew = u"\u05e9\u05dc"_s;
+    EXPECT_EQ(platform::harmlessText(u"a\u202egpj.exe"_s), u"a\ufffdgpj.exe");
+    EXPECT_EQ(platform::harmlessText(u"\u202a\u2069"_s), u"\ufffd\ufffd");
+    EXPECT_EQ(platform::harmlessText(hebrew + u'\u200f'), hebrew + u'\u200f');
+    EXPECT_EQ(
+        platform::formatText(u"%@: %@", {PBValue(hebrew), PBValue(u"b\u2066c"_s)}),
+        u'\u2068' + hebrew + u"\u2069: b\ufffdc"_s);
 }
 
 TEST(LocalizedTextsTest, everyKeyThatTheSourcesNameHasItsText) {

@@ -57,6 +57,27 @@ TEST(ShadowPatchTest, fadesAlikeOnAllSidesAndFallsBelow) {
     }
 }
 
+TEST(TextLinesTest, namesOfFilesKeepWhatTellsThemFromTheirNeighbours) {
+    const QFontMetricsF metrics{QFont()};
+    const std::tuple<QString, int, QString> names[] = {
+        {u"IMG_20240512_0001.jpg"_s, 16, u"IMG_20240512_0001.jpg"_s},
+        {u"IMG_20240512_0001.jpg"_s, 16, u"IMG_20…0001.jpg"_s}, // the whole number
+        {u"IMG_20240512_0001.jpg"_s, 16, u"…0512_0001"_s},
+        {u"IMG_20240512_0001.jpg"_s, 0, u"IMG_20…0001.jpg"_s},
+        {u"a walk along the river.jpeg"_s, 0, u"a walk…iver.jpeg"_s},
+        {u"a walk along the river.jpeg"_s, 7, u"a w…along the river.jpeg"_s},
+        {u"a walk along the river.jpeg"_s, 7, u"a walk along the river…"_s},
+        {u"a walk.in the wood"_s, 0, u"a walk.i…wood"_s}}; // that is no ending
+    for (const auto& [name, differsFrom, shown] : names) {
+        const double room = metrics.horizontalAdvance(shown) + 1;
+        EXPECT_EQ(shortenedFileName(name, differsFrom, metrics, room), shown);
+        for (double less = room; less > 0; less -= 10)
+            EXPECT_LE(
+                metrics.horizontalAdvance(shortenedFileName(name, differsFrom, metrics, less)),
+                std::max(less, metrics.horizontalAdvance(u'…')));
+    }
+}
+
 TEST(TextLinesTest, linesAreCentredOrLeadingAndLoseTheirMiddle) {
     QFont font;
     font.setPixelSize(12);

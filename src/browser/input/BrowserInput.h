@@ -96,6 +96,9 @@ public:
     /// when they began.
     void magnify(double magnification);
 
+    /// So many turns of the wheel, or parts of one, make the thumbnails larger or smaller.
+    void zoom(double turns);
+
     /// Makes the image the sole selection and shows it. Nothing for an index without an image.
     void gotoIndex(const PBImageBrowserIndex& index);
     /// Where a step of the menu leads; invalid if nowhere.
@@ -143,6 +146,7 @@ private:
     double _gestureRotation = 0;      // since the gesture began, as all of these
     double _gestureMagnification = 0; // 0 for the distance of the begin
     double _gestureThumbnailSize = 0; // when it began
+    double _wheelThumbnailSize = 0;   // what turns of the wheel have led to, not rounded
     bool _isDragging = false;
     bool _hasBand = false;
     BrowserRange _bandRange; // images outside have the state that was stored

@@ -10,6 +10,8 @@ namespace {
 // What two fingers do by accident while they mean the other.
 constexpr double leastRotation = 15;        // degrees
 constexpr double leastMagnification = 0.06; // of their distance
+/// Fifteen turns lead from the smallest thumbnails to the largest.
+constexpr double zoomOfTurn = 1.1;
 
 } // namespace
 
@@ -44,6 +46,17 @@ void BrowserInput::magnify(double magnification) {
         std::rint(_gestureThumbnailSize * (1 + _gestureMagnification)),
         BrowserMetrics::minThumbnailSize, BrowserMetrics::maxThumbnailSize);
     if (wanted != _layout.metrics().thumbnailSize) _host.applyThumbnailSize(wanted);
+}
+
+void BrowserInput::zoom(double turns) {
+    platform::assertMainThread();
+    const double present = _layout.metrics().thumbnailSize;
+    if (std::rint(_wheelThumbnailSize) != present) _wheelThumbnailSize = present;
+    _wheelThumbnailSize = std::clamp(
+        _wheelThumbnailSize * std::pow(zoomOfTurn, turns), BrowserMetrics::minThumbnailSize,
+        BrowserMetrics::maxThumbnailSize);
+    const double wanted = std::rint(_wheelThumbnailSize);
+    if (wanted != present) _host.applyThumbnailSize(wanted);
 }
 
 void BrowserInput::decideGesture() {

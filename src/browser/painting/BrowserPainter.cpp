@@ -62,6 +62,12 @@ BrowserPainter::BrowserPainter(
     : _layout(layout), _leaves(leaves), _feed(feed), _heads(std::move(tagWithTagId)),
       _fileInfo(fileInfoFont()) {}
 
+void BrowserPainter::fontDidChange() {
+    platform::assertMainThread();
+    _fileInfo.setFont(fileInfoFont());
+    _heads.fontDidChange();
+}
+
 void BrowserPainter::setWidgetSize(QSize size, double ratio) {
     platform::assertMainThread();
     const double points = static_cast<double>(size.width()) * size.height();
@@ -175,7 +181,7 @@ void BrowserPainter::drawCellRect(
     painter.setOpacity(1);
     if (item->isSelected()) drawSelection(painter, pixels, frame);
     painter.setOpacity(opacity);
-    drawTexts(painter, cellRect, *item, frame);
+    drawTexts(painter, cellRect, index, *item, frame);
     painter.setOpacity(1);
 }
 
@@ -251,9 +257,22 @@ void BrowserPainter::drawPlaceholder(
     painter.restore();
 }
 
+qsizetype
+BrowserPainter::differsFrom(const PBImageBrowserIndex& index, const QString& fileName) const {
+    qsizetype common = 0;
+    for (const std::int64_t neighbour : {index.item - 1, index.item + 1}) {
+        const auto other = _leaves.imageFileAtIndex({index.group, neighbour});
+        if (!other) continue;
+        const QString& name = other->fileName();
+        const auto end = std::ranges::mismatch(fileName, name).in1;
+        common = std::max(common, static_cast<qsizetype>(end - fileName.begin()));
+    }
+    return common;
+}
+
 void BrowserPainter::drawTexts(
-    QPainter& painter, const QRectF& cellRect, const PBImageFileItem& item,
-    const Frame& frame) const {
+    QPainter& painter, const QRectF& cellRect, const PBImageBrowserIndex& index,
+    const PBImageFileItem& item, const Frame& frame) const {
     const BrowserMetrics& metrics = _layout.metrics();
     const auto row = [&](BrowserMetrics::StyleBit bit, const QRectF& rect, auto&& text) {
         if (!metrics.has(bit) || !rect.intersects(frame.dirty)) return;
@@ -261,11 +280,15 @@ void BrowserPainter::drawTexts(
     };
     painter.setFont(_fileInfo.font());
     painter.setPen(PBThemes::colors().text);
-    row(BrowserMetrics::FileName, _layout.fileNameRectWithCellRect(cellRect),
-        [&] { return item.fileName(); });
+    const QRectF nameRect = _layout.fileNameRectWithCellRect(cellRect);
+    if (metrics.has(BrowserMetrics::FileName) && nameRect.intersects(frame.dirty)) {
+        const QString& name = item.fileName();
+        _fileInfo.drawCentredFileName(
+            painter, nameRect.translated(-frame.visible.topLeft()), name, differsFrom(index, name));
+    }
     painter.setPen(PBThemes::colors().secondaryText);
     row(BrowserMetrics::ImageSize, _layout.imageSizeRectWithCellRect(cellRect),
-        [&] { return item.imageSize().isEmpty() ? QString() : imageSizeText(item.imageSize()); });
+        [&] { return item.imageSize().isEmpty() ? QString() : imageSizeText(item.displaySize()); });
     row(BrowserMetrics::FileSize, _layout.fileSizeRectWithCellRect(cellRect),
         [&] { return PBUtilities::stringWithFileSize(item.fileSize()); });
 }

@@ -38,6 +38,7 @@ public:
 
     /// What a cell may draw on, shadow and frame included.
     [[nodiscard]] QRectF cellExtent(const QRectF& cellRect) const;
+    void fontDidChange();
     [[nodiscard]] GroupHeadPainter& heads() { return _heads; }
     [[nodiscard]] const GroupHeadPainter& heads() const { return _heads; }
     /// Room for the pictures and texts of a widget of that size in points.
@@ -59,8 +60,11 @@ private:
     void drawSelection(QPainter& painter, const QRect& pixels, const Frame& frame) const;
     void drawPlaceholder(QPainter& painter, const QRectF& placed, const Frame& frame) const;
     void drawTexts(
-        QPainter& painter, const QRectF& cellRect, const PBImageFileItem& item,
-        const Frame& frame) const;
+        QPainter& painter, const QRectF& cellRect, const PBImageBrowserIndex& index,
+        const PBImageFileItem& item, const Frame& frame) const;
+    /// How much of its start the name has in common with the one before it or after it.
+    [[nodiscard]] qsizetype
+    differsFrom(const PBImageBrowserIndex& index, const QString& fileName) const;
 
     BrowserLayout& _layout;
     const BrowserLeafList& _leaves;

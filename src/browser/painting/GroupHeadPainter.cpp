@@ -43,6 +43,22 @@ QString GroupHeadPainter::text(const BrowserLeafList::Leaf& leaf) const {
     return names.join(QStringLiteral(", "));
 }
 
+void GroupHeadPainter::fontDidChange() {
+    platform::assertMainThread();
+    _style.setFont(headFont());
+}
+
+bool GroupHeadPainter::isShortened(const BrowserLeafList::Leaf& leaf, double width) const {
+    PBPathCell& shown = path(leaf);
+    shown.setSize({width - PBPathCell::leftMargin, PBPathCell::usualHeight});
+    for (std::size_t index = 0; index < shown.itemCount(); ++index) {
+        const PBPathComponentCell& step = *shown.pathComponentCells()[index];
+        const double room = step.calcRectForCellRect(shown.rectOfItem(index)).title.width();
+        if (room < step.sizeOfTitle().width()) return true;
+    }
+    return false;
+}
+
 void GroupHeadPainter::draw(
     QPainter& painter, const QRectF& rect, const BrowserLeafList::Leaf& leaf, bool hasTopLine) {
     platform::assertMainThread();

@@ -25,11 +25,14 @@ public:
     draw(QPainter& painter, const QRectF& rect, const BrowserLeafList::Leaf& leaf, bool hasTopLine);
     /// Names may have changed.
     void forgetNames() { _paths.clear(); }
+    void fontDidChange();
+    /// Whether a head of that width shortens its names.
+    [[nodiscard]] bool isShortened(const BrowserLeafList::Leaf& leaf, double width) const;
 
 private:
     [[nodiscard]] PBPathCell& path(const BrowserLeafList::Leaf& leaf) const;
 
     const TagLookup _tagWithTagId;
-    const PathCellStyle _style;
+    PathCellStyle _style;
     mutable std::unordered_map<const PBGroupItemData*, std::unique_ptr<PBPathCell>> _paths;
 };

@@ -1,5 +1,7 @@
 #include "platform/program/LocalizedTexts.h"
 
+#include "platform/program/HarmlessText.h"
+
 #include <QDirIterator>
 #include <QFile>
 #include <QHash>
@@ -76,7 +78,7 @@ QString formatText(QStringView format, std::initializer_list<PBValue> arguments)
         }
         const PBValue& argument = *(arguments.begin() + index);
         if (match.hasCaptured(2)) {
-            result += argument.toText();
+            result += isolatedText(argument.toText());
         } else if (match.hasCaptured(3)) {
             result += locale.toString(argument.toInteger());
         } else {

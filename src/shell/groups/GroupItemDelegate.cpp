@@ -1,5 +1,6 @@
 #include "shell/groups/GroupItemDelegate.h"
 
+#include "platform/program/HarmlessText.h"
 #include "shell/groups/GroupTreeModel.h"
 #include "ui/GroupIcons.h"
 #include "ui/PBOutlineView.h"
@@ -98,7 +99,8 @@ void GroupItemDelegate::paint(
     painter->setFont(font);
     painter->setPen(isOnAccent ? QColor(Qt::white) : PBThemes::colors().text);
     const QString name = QFontMetrics(font).elidedText(
-        index.data(Qt::DisplayRole).toString().simplified(), Qt::ElideRight, content.width());
+        platform::harmlessText(index.data(Qt::DisplayRole).toString().simplified()), Qt::ElideRight,
+        content.width());
     painter->drawText(content, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, name);
     painter->restore();
 }

@@ -1,5 +1,6 @@
 #include "shell/sidebar/SourceItemDelegate.h"
 
+#include "platform/program/HarmlessText.h"
 #include "shell/sidebar/SourceTreeModel.h"
 #include "ui/Icons.h"
 #include "ui/PBOutlineView.h"
@@ -50,7 +51,7 @@ void SourceItemDelegate::paint(
     const PBThemes::Colors& colors = PBThemes::colors();
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
     const bool isUnmounted = index.data(SourceTreeModel::UnmountedRole).toBool();
-    const QString name = index.data(Qt::DisplayRole).toString();
+    const QString name = platform::harmlessText(index.data(Qt::DisplayRole).toString());
     const QString description = index.data(SourceTreeModel::DescriptionRole).toString();
     QRect content = option.rect.adjusted(margin, 0, -2 * margin, 0);
 
