@@ -32,15 +32,12 @@ public:
     bool tryMoveDrawAnchorToPoint(const QPointF& point) {
         return _placement.tryMoveDrawAnchorToPoint(point);
     }
-    /// From what is shown, moved by so much: the way there, for a caller that animates it or goes
-    /// to its end at once.
+    /// From what is shown, moved by so much: the way there, for a caller that takes `setDrawAnchor`
+    /// along it or to its end at once. One that is under way is taken to its end before.
     [[nodiscard]] ScrollAnimation scrollByDelta(const QPointF& delta);
 
     [[nodiscard]] bool canZoomIn() const;
     [[nodiscard]] bool canZoomOut() const;
-    /// What the next step starts from: the target of the last one in that direction, else the
-    /// scale.
-    [[nodiscard]] double getZoomScale(bool zoomsIn) const;
     [[nodiscard]] int zoomDirection() const { return _zoomDirection; }
 
     /// To the next step of the table; nothing when that is what is shown.
@@ -54,7 +51,8 @@ public:
     wheelZoomAtPoint(double factor, const QPointF& point);
     /// Nothing while the picture fits in; without animation it does so at once.
     std::optional<GeometryAnimation> fitInWithAnimation(bool animation);
-    [[nodiscard]] GeometryAnimation actualSize();
+    /// Nothing where that is what is shown.
+    [[nodiscard]] std::optional<GeometryAnimation> actualSize();
     /// A double click: to fit in, or to actual size where it does.
     [[nodiscard]] std::optional<GeometryAnimation> toggleActualSizeAtPoint(const QPointF& point);
     /// A pinch: the present scale grown by so much, at once.
@@ -96,7 +94,9 @@ private:
     /// From the scale to the target, which is device pixels for each pixel.
     [[nodiscard]] GeometryAnimation zoomTo(double pixelScale, GeometryAnimation::Ending ending);
     [[nodiscard]] GeometryAnimation turnTo(double angle);
-    [[nodiscard]] double zoomWish(Step step) const;
+    /// What the next step starts from: the target of the last one in that direction, else what is
+    /// shown. In device pixels for each pixel.
+    [[nodiscard]] double getZoomScale(Step step) const;
     [[nodiscard]] double lowestPixelScale(double start) const;
     void anchorAt(const std::optional<QPointF>& point);
     void leaveFitIn() { _placement.setFitIn(false); }

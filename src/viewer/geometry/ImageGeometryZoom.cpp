@@ -21,13 +21,9 @@ bool ImageGeometry::canZoomOut() const {
     return scale > _placement.minPixelScale() && !isSameScale(scale, _placement.minPixelScale());
 }
 
-double ImageGeometry::zoomWish(Step step) const {
+double ImageGeometry::getZoomScale(Step step) const {
     const int direction = step == Step::In ? 1 : -1;
     return _zoomDirection == direction ? _zoomScale : _placement.pixelScale();
-}
-
-double ImageGeometry::getZoomScale(bool zoomsIn) const {
-    return zoomWish(zoomsIn ? Step::In : Step::Out) / _placement.viewport().devicePixelRatio();
 }
 
 double ImageGeometry::lowestPixelScale(double start) const {
@@ -68,19 +64,19 @@ std::optional<GeometryAnimation> ImageGeometry::zoomBeyond(
 }
 
 std::optional<GeometryAnimation> ImageGeometry::zoomInAtPoint(const std::optional<QPointF>& point) {
-    return zoomBeyond(Step::In, zoomWish(Step::In), Ending::Stays, point);
+    return zoomBeyond(Step::In, getZoomScale(Step::In), Ending::Stays, point);
 }
 
 std::optional<GeometryAnimation>
 ImageGeometry::zoomOutAtPoint(const std::optional<QPointF>& point) {
-    return zoomBeyond(Step::Out, zoomWish(Step::Out), Ending::Stays, point);
+    return zoomBeyond(Step::Out, getZoomScale(Step::Out), Ending::Stays, point);
 }
 
 std::optional<GeometryAnimation>
 ImageGeometry::wheelZoomAtPoint(double factor, const QPointF& point) {
     if (!std::isfinite(factor) || factor <= 0 || factor == 1) return {};
     const Step step = factor > 1 ? Step::In : Step::Out;
-    const double wish = zoomWish(step) * factor;
+    const double wish = getZoomScale(step) * factor;
     const double limited = step == Step::In ? std::min(wish, maxZoomScale)
                                             : std::max(wish, _placement.minPixelScale());
     return zoomBeyond(step, limited, Ending::ForgetsZoomStep, point);
@@ -89,19 +85,23 @@ ImageGeometry::wheelZoomAtPoint(double factor, const QPointF& point) {
 std::optional<GeometryAnimation> ImageGeometry::fitInWithAnimation(bool animation) {
     if (_placement.isFitIn()) return {};
     _zoomDirection = 0;
-    if (!animation) {
-        setZooming(false);
-        _placement.setFitIn(true);
-        return {};
+    const double fitting = _placement.fitInPixelScale();
+    if (animation && !isSameScale(_placement.pixelScale(), fitting)) {
+        _placement.centerAnchor();
+        return zoomTo(fitting, Ending::FitsIn);
     }
-    _placement.centerAnchor();
-    return zoomTo(_placement.fitInPixelScale(), Ending::FitsIn);
+    setZooming(false);
+    _placement.setFitIn(true);
+    return {};
 }
 
-GeometryAnimation ImageGeometry::actualSize() {
+std::optional<GeometryAnimation> ImageGeometry::actualSize() {
     _placement.centerAnchor();
     _zoomDirection = 0;
-    return zoomTo(1.0, Ending::Stays);
+    if (!isSameScale(_placement.pixelScale(), 1.0)) return zoomTo(1.0, Ending::Stays);
+    leaveFitIn();
+    setZooming(false);
+    return {};
 }
 
 std::optional<GeometryAnimation> ImageGeometry::toggleActualSizeAtPoint(const QPointF& point) {

@@ -41,6 +41,16 @@ double gapless(double snapped, double length, double viewStart, double viewLengt
 
 } // namespace
 
+ImagePlacement
+ImagePlacement::fittedIn(const ImageViewport& viewport, const QSizeF& imageSize, double angle) {
+    ImagePlacement placement;
+    placement._viewport = viewport;
+    placement.setImageSize(imageSize);
+    placement.setAngle(angle);
+    placement.setFitIn(true);
+    return placement;
+}
+
 void ImagePlacement::setViewport(const ImageViewport& viewport) {
     const double wasRatio = _viewport.devicePixelRatio();
     const double ratio = viewport.devicePixelRatio();
@@ -72,10 +82,12 @@ void ImagePlacement::setImageSize(const QSizeF& imageSize) {
 
 void ImagePlacement::setImageAnchor(const QPointF& point) {
     if (isFinite(point)) _imageAnchor = point;
+    followFitIn();
 }
 
 void ImagePlacement::setDrawAnchor(const QPointF& point) {
     if (isFinite(point)) _drawAnchor = _viewport.roundPoint(point);
+    followFitIn();
 }
 
 void ImagePlacement::centerAnchor() {
@@ -95,9 +107,7 @@ bool ImagePlacement::tryMoveDrawAnchorToPoint(const QPointF& point) {
     const QPointF held = settledTransform().inverted().map(center);
     setDrawAnchor(point);
     const QPointF moved = (settledTransform().map(held) - center) * _viewport.devicePixelRatio();
-    if (std::max(std::abs(moved.x()), std::abs(moved.y())) < 0.5) return false;
-    _isFitIn = false;
-    return true;
+    return std::max(std::abs(moved.x()), std::abs(moved.y())) >= 0.5;
 }
 
 void ImagePlacement::setAngle(double angle) {

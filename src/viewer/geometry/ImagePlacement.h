@@ -19,6 +19,10 @@
 /// change nothing. A value; any thread.
 class ImagePlacement {
 public:
+    /// A picture that fits in.
+    [[nodiscard]] static ImagePlacement
+    fittedIn(const ImageViewport& viewport, const QSizeF& imageSize, double angle);
+
     [[nodiscard]] const ImageViewport& viewport() const { return _viewport; }
     /// A picture that fits in follows. Else the draw anchor stays; on a screen of another ratio
     /// the zoom in device pixels and the middle of the view stay.
