@@ -19,7 +19,14 @@ double orientationToAngle(int orientation) {
 
 double positiveAngle(double angle) {
     const double remainder = std::fmod(angle, 360.0);
-    return remainder < 0 ? remainder + 360.0 : remainder;
+    if (remainder >= 0) return remainder;
+    const double positive = remainder + 360.0;
+    return positive < 360.0 ? positive : 0; // a hair below 0 rounds up
+}
+
+double normalizeAngle(double angle) {
+    const double positive = positiveAngle(angle);
+    return positive == 270 ? -90 : positive;
 }
 
 } // namespace PBUtilities

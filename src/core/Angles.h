@@ -9,5 +9,7 @@ namespace PBUtilities {
 
 /// The angle brought into [0, 360).
 [[nodiscard]] double positiveAngle(double angle);
+/// The same with -90 for 270, so that quarter turns are -90, 0, 90 and 180.
+[[nodiscard]] double normalizeAngle(double angle);
 
 } // namespace PBUtilities
