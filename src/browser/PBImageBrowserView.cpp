@@ -21,6 +21,7 @@ namespace {
 constexpr int adjustDelay = 50; // milliseconds
 /// Thumbnails that are too small are loaded again when the sheet is at rest.
 constexpr int largerDelay = 150; // milliseconds
+constexpr int standInDelay = 30;
 
 } // namespace
 
@@ -33,7 +34,8 @@ PBImageBrowserView::PBImageBrowserView(
           [&scrollView] { return scrollView.now(); }),
       _painter(
           _layout, _leaves, _feed,
-          [&services](qint64 tagId) { return services.tagWithTagId(tagId); }),
+          {.tagWithTagId = [&services](qint64 tagId) { return services.tagWithTagId(tagId); },
+           .folderTitle = [&services](const QString& path) { return services.folderTitle(path); }}),
       _selection(_leaves), _input(_layout, _leaves, _painter, *this),
       _selectView(new PBImageBrowserSelectView(this)) {
     BrowserAccessible::install();
@@ -289,6 +291,8 @@ void PBImageBrowserView::paintEvent(QPaintEvent* event) {
     }
     const QRectF crude = _painter.end(visible);
     if (_feed.takeHasTooSmall()) _largerTimer.start(largerDelay, this);
+    if (_feed.takeLacksPicture() && !_standInTimer.isActive())
+        _standInTimer.start(standInDelay, this);
     if (!crude.isEmpty()) {
         // What was scaled in a hurry gets its turn when the events that wait are done.
         QMetaObject::invokeMethod(

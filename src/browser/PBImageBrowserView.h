@@ -199,6 +199,7 @@ private:
     QBasicTimer _selectTimer;
     QBasicTimer _adjustTimer;
     QBasicTimer _largerTimer;
+    QBasicTimer _standInTimer;
     int _selectTimerScrollStep = 0;
     QPoint _lastMouse;
     int _clickCount = 1;

@@ -309,6 +309,10 @@ void PBImageBrowserView::setSelectTimerScrollStep(int step) {
 
 void PBImageBrowserView::timerEvent(QTimerEvent* event) {
     if (event->timerId() == _adjustTimer.timerId()) return adjustBuildThumb();
+    if (event->timerId() == _standInTimer.timerId()) {
+        _standInTimer.stop();
+        return _feed.loadStandIns(visibleRect());
+    }
     if (event->timerId() == _largerTimer.timerId()) {
         _largerTimer.stop();
         return _feed.loadLarger(visibleRect());

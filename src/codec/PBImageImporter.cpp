@@ -133,6 +133,21 @@ PBImageImporter::createImageWithMaxSize(unsigned maxSize, std::size_t index, std
     }
 }
 
+QImage PBImageImporter::createEmbeddedImage(unsigned maxSize, std::stop_token stop) {
+    const OpenFile file(_path);
+    if (!file.descriptor.isOpen()) return {};
+    try {
+        codec::DecodeRequest request;
+        request.maxSize = static_cast<int>(std::min(maxSize, static_cast<unsigned>(INT_MAX)));
+        request.onlyEmbedded = true;
+        return codec::frameReader()
+            ->decode(file.descriptor.get(), file.typeHint, request, stop)
+            .frame.image;
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
 QImage PBImageImporter::scaleCGImageRef(const QImage& image, double size) {
     return PBUtilities::scaleCGImageRef(image, size, PBUtilities::SideRounding::NearestAtLeastOne);
 }

@@ -21,6 +21,7 @@ public:
     readProperties(std::size_t index, std::stop_token stop) override;
     [[nodiscard]] QImage
     createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) override;
+    [[nodiscard]] QImage createEmbeddedImage(unsigned maxSize, std::stop_token stop = {}) override;
     [[nodiscard]] std::size_t imageCount() override;
     [[nodiscard]] QString utiType() override;
 

@@ -36,6 +36,12 @@ public:
     /// orientation not applied; a null image when it can't be read or was stopped.
     [[nodiscard]] virtual QImage
     createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) = 0;
+    /// The small picture that the camera put into the file, at most `maxSize` pixels a side, as
+    /// stored; it may have black bars. A null image where there is none, at once.
+    [[nodiscard]] virtual QImage
+    createEmbeddedImage(unsigned /*maxSize*/, std::stop_token /*stop*/ = {}) {
+        return {};
+    }
     /// 0 when the file can't be read.
     [[nodiscard]] virtual std::size_t imageCount() = 0;
     /// The type identifier that the content says; empty when unknown.

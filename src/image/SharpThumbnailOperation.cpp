@@ -1,6 +1,8 @@
 #include "image/SharpThumbnailOperation.h"
 
 #include "codec/Bitmaps.h"
+#include "group/PBImageFileItem.h"
+#include "image/StandIn.h"
 #include "platform/work/MainLoop.h"
 
 #include <QColorSpace>
@@ -10,11 +12,18 @@ SharpThumbnailOperation::SharpThumbnailOperation(std::vector<Request> requests, 
     setQueuePriority(platform::QueuePriority::Low); // whatever has no picture at all goes first
 }
 
+QImage SharpThumbnailOperation::read(const Request& request) const {
+    const auto side = static_cast<unsigned>(request.side);
+    PBImageImporterProtocol& importer = *request.imageImporter;
+    if (!request.onlyEmbedded) return importer.createImageWithMaxSize(side, 0, stopToken());
+    return standInFor(
+        importer.createEmbeddedImage(side, stopToken()), request.imageFileItem->imageSize());
+}
+
 void SharpThumbnailOperation::main() {
     for (Request& request : _requests) {
         if (isCancelled()) return;
-        QImage image = request.imageImporter->createImageWithMaxSize(
-            static_cast<unsigned>(request.side), 0, stopToken());
+        QImage image = read(request);
         request.imageImporter.reset();
         if (isCancelled()) return;
         if (!image.isNull()) image = PBUtilities::preloadedImageRef(image, QColorSpace());

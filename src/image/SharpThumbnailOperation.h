@@ -11,8 +11,9 @@
 
 class PBImageFileItem;
 
-/// Decodes images again for cells that need more pixels than stored thumbnails have, in the order
-/// given. What comes of it is shown and never stored. A cancellation stops it within a picture.
+/// Reads images for cells whose stored thumbnails have too few pixels, or are not there yet, in the
+/// order given. What comes of it is shown and never stored. A cancellation stops it within a
+/// picture.
 class SharpThumbnailOperation final : public platform::Operation {
 public:
     struct Request {
@@ -20,6 +21,8 @@ public:
         std::unique_ptr<PBImageImporterProtocol> imageImporter;
         /// Pixels of the longer side.
         int side = 0;
+        /// Only the small picture that the camera put into the file, cut to the image's shape.
+        bool onlyEmbedded = false;
     };
     /// With a null image where the file can't be read.
     using Finished = std::function<void(
@@ -33,6 +36,8 @@ protected:
     void main() override;
 
 private:
+    [[nodiscard]] QImage read(const Request& request) const;
+
     std::vector<Request> _requests;
     const Finished _finished;
 };

@@ -456,6 +456,9 @@ struct FakeImporter final : PBImageImporterProtocol {
         const auto wide = static_cast<int>(side);
         return isGood ? plain(Qt::blue, {wide, wide * 2 / 3}) : QImage();
     }
+    QImage createEmbeddedImage(unsigned, std::stop_token) override {
+        return isGood ? plain(Qt::green, {150, 100}) : QImage();
+    }
     std::size_t imageCount() override { return 1; }
     QString utiType() override { return {}; }
     const bool isGood;
@@ -487,6 +490,25 @@ TEST_F(BrowserViewTest, imagesOnShowAreDecodedWhereStoredThumbnailsAreTooSmall) 
     EXPECT_EQ(made[2], 1); // unreadable: tried once
     EXPECT_EQ(made[3], 0);
     EXPECT_EQ(made[60], 0); // not on show
+}
+
+TEST_F(BrowserViewTest, theCamerasSmallPicturesStandInUntilThumbnailsAreThere) {
+    show({60});
+    std::map<qint64, int> made;
+    services.makeImporter = [&](const PBImageFileItem& item) {
+        ++made[item.fileId()];
+        return std::make_unique<FakeImporter>(item.fileId() != 2);
+    };
+    const auto colour = [&](std::int64_t item) { return picture().pixelColor(at({0, item})); };
+    EXPECT_NE(colour(0), QColor(Qt::green));
+    ASSERT_TRUE(support::spinUntil([&] { return colour(5) == QColor(Qt::green); }));
+    EXPECT_EQ(colour(0), QColor(Qt::green));
+    EXPECT_NE(colour(1), QColor(Qt::green)) << "its file holds none";
+    EXPECT_FALSE(tree->item(0, 0)->hasThumbnail()) << "it is no thumbnail";
+    services.thumbnails.insert(1, plain(Qt::red, {160, 107}));
+    view->buildThumbDidFinish(1);
+    EXPECT_EQ(colour(0), QColor(Qt::red));
+    EXPECT_EQ((std::vector{made[1], made[2], made[60]}), (std::vector{1, 1, 0}));
 }
 
 TEST_F(BrowserViewTest, whatIsInTheWayOfTravelIsPreloadedFirstAndWhatAPaintMissedBeforeIt) {

@@ -2,6 +2,9 @@
 #include "codec/PBImageImporter.h"
 #include "codec/process/FrameReader.h"
 
+#include <QBuffer>
+#include <QDataStream>
+
 namespace {
 
 /// Gives what the test says instead of decoding.
@@ -62,4 +65,62 @@ TEST_F(ImporterFallback, FailuresGiveNothingAndAreNotAskedAgain) {
     EXPECT_TRUE(importer->createImageWithMaxSize(50, 0).isNull());
     EXPECT_TRUE(importer->createImageWithMaxSize(0, 0).isNull());
     EXPECT_FALSE(importer->propertiesAtIndex(0));
+}
+
+namespace {
+
+QByteArray jpegOf(const QImage& image) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "JPEG", 95);
+    return bytes;
+}
+
+/// An EXIF block in Intel's order, whose second directory names a JPEG of that place and length.
+QByteArray exifSegment(const QByteArray& thumbnail, quint32 place, quint32 length) {
+    QByteArray block;
+    QDataStream stream(&block, QIODevice::WriteOnly);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    stream.writeRawData("II*\0", 4);
+    stream << quint32(8) << quint16(0) << quint32(14) << quint16(2);
+    for (const auto& [tag, value] : {std::pair(0x0201, place), std::pair(0x0202, length)})
+        stream << quint16(tag) << quint16(4) << quint32(1) << value;
+    stream << quint32(0);
+    block += thumbnail;
+    QByteArray segment;
+    QDataStream header(&segment, QIODevice::WriteOnly);
+    header.writeRawData("\xFF\xE1", 2);
+    header << quint16(block.size() + 8);
+    header.writeRawData("Exif\0\0", 6);
+    return segment + block;
+}
+
+} // namespace
+
+TEST(EmbeddedPicture, OfAJpegIsTheCamerasSmallOneOrNothing) {
+    QTemporaryDir folder;
+    QImage small(160, 120, QImage::Format_RGB32);
+    small.fill(Qt::red);
+    QImage large(800, 600, QImage::Format_RGB32);
+    large.fill(Qt::blue);
+    const QByteArray thumbnail = jpegOf(small);
+    const auto length = static_cast<quint32>(thumbnail.size());
+    constexpr quint32 place = 44; // behind the directories
+    const auto embeddedOf = [&](const QByteArray& segment) {
+        QByteArray file = jpegOf(large);
+        file.insert(2, segment);
+        const QString path = folder.filePath(u"a.jpg"_s);
+        support::writeFile(path, file);
+        return PBImageImporter::initWithImagePath(path)->createEmbeddedImage(320);
+    };
+    const QImage found = embeddedOf(exifSegment(thumbnail, place, length));
+    EXPECT_EQ(found.size(), small.size());
+    EXPECT_GT(found.pixelColor(80, 60).red(), 240);
+    EXPECT_TRUE(embeddedOf({}).isNull()) << "the photograph itself is not asked for";
+    const std::pair<quint32, quint32> hostile[] = {
+        {place, length + 1}, {place, 0}, {0xFFFFFFFF, length}, {place + 1, length - 1}, {place, 3}};
+    for (const auto& [at, bytes] : hostile)
+        EXPECT_TRUE(embeddedOf(exifSegment(thumbnail, at, bytes)).isNull()) << at << ' ' << bytes;
+    for (int cut = 2; cut < 60; ++cut)
+        (void)embeddedOf(exifSegment(thumbnail, place, length).first(cut));
 }

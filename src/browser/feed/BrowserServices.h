@@ -35,6 +35,8 @@ public:
     [[nodiscard]] virtual const group::FolderPaths& folderPaths() const = 0;
     /// Empty for a tag without a text.
     [[nodiscard]] virtual QString tagWithTagId(qint64 tagId) const = 0;
+    /// A folder by its path from the name of its root on; the path itself where it lies in none.
+    [[nodiscard]] virtual QString folderTitle(const QString& path) const { return path; }
     /// The large view is shown in the browser's place.
     [[nodiscard]] virtual bool isLargeView() const = 0;
 };

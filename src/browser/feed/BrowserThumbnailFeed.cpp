@@ -8,6 +8,15 @@
 #include <algorithm>
 #include <cmath>
 
+namespace {
+
+/// Pixels of the longer side: more than most cameras put into their files.
+constexpr int standInSide = 320;
+/// Some hundred screens; they go with the thumbnails that replace them.
+constexpr std::size_t mostStandIns = 2000;
+
+} // namespace
+
 BrowserThumbnailFeed::BrowserThumbnailFeed(
     BrowserLayout& layout, const BrowserLeafList& leaves, BrowserServices& services,
     std::function<void(const PBImageFileItem&)> arrived, std::function<double()> clock)
@@ -44,10 +53,11 @@ QImage BrowserThumbnailFeed::thumbnail(
     }
     if (!hasTimeLeft()) {
         _hasMissed = true;
-        return {};
+        const auto known = _standIns.find(item->fileId());
+        return known == _standIns.end() ? QImage() : known->second;
     }
     const QImage stored = _services.thumbnailLoader().loadThumbnail(*item);
-    if (stored.isNull()) return {};
+    if (stored.isNull()) return standIn(*item);
     const QImage loaded = reducedThumbnail(stored, neededPixels(index, *item));
     noteLoaded(*item, loaded.size() != stored.size());
     _services.thumbnailBufferManager().applyPreloadThumbnail(item, loaded, index);
@@ -83,11 +93,50 @@ bool BrowserThumbnailFeed::couldBeSharper(
 
 void BrowserThumbnailFeed::noteLoaded(const PBImageFileItem& item, bool isReduced) {
     _sharpened.erase(item.fileId());
+    _standIns.erase(item.fileId());
     if (isReduced) {
         _reduced.insert(item.fileId());
     } else {
         _reduced.erase(item.fileId());
     }
+}
+
+QImage BrowserThumbnailFeed::standIn(const PBImageFileItem& item) {
+    const auto known = _standIns.find(item.fileId());
+    if (known != _standIns.end()) return known->second;
+    _lacksPicture = _lacksPicture || !item.isAway();
+    return {};
+}
+
+void BrowserThumbnailFeed::loadStandIns(const QRectF& visible) {
+    platform::assertMainThread();
+    if (_services.isLargeView()) return;
+    if (const auto running = _readingStandIns.lock()) {
+        if (!running->isCancelled() && !running->isFinished() && _standInsPart == visible) return;
+        running->cancel();
+    }
+    if (_standIns.size() > mostStandIns) _standIns.clear();
+    std::vector<SharpThumbnailOperation::Request> requests;
+    _layout.forEachVisible(visible.top(), visible.bottom(), [&](const PBImageBrowserIndex& index) {
+        const auto item = _leaves.imageFileAtIndex(index);
+        if (!item || item->hasThumbnail() || item->isAway() || _standIns.contains(item->fileId()))
+            return;
+        if (auto importer = _services.imageImporter(*item))
+            requests.push_back({item, std::move(importer), standInSide, true});
+    });
+    if (requests.empty()) return;
+    const auto operation = std::make_shared<SharpThumbnailOperation>(
+        std::move(requests),
+        [self = std::weak_ptr(_self)](const auto& item, int, const QImage& image) {
+            const auto alive = self.lock();
+            if (!alive || item->hasThumbnail()) return;
+            (*alive)->_standIns[item->fileId()] = image;
+            if (!image.isNull()) (*alive)->_arrived(*item);
+        });
+    operation->setQueuePriority(platform::QueuePriority::High);
+    _readingStandIns = operation;
+    _standInsPart = visible;
+    _services.preloadThumbnailOperationQueue().addOperation(operation);
 }
 
 void BrowserThumbnailFeed::loadLarger(const QRectF& visible) {

@@ -49,6 +49,12 @@ public:
     /// ones are too small, decodes the images themselves.
     void loadLarger(const QRectF& visible);
 
+    /// Something without a stored thumbnail was asked for that nobody has looked into yet.
+    [[nodiscard]] bool takeLacksPicture() { return std::exchange(_lacksPicture, false); }
+    /// Looks into the files of what is on show and has no thumbnail for the small pictures of the
+    /// cameras, in the background: these stand in until the thumbnails are built.
+    void loadStandIns(const QRectF& visible);
+
 private:
     /// Of the thumbnail as it is stored; empty where that is not known.
     [[nodiscard]] QSize
@@ -60,6 +66,7 @@ private:
     couldBeSharper(const PBImageBrowserIndex& index, const PBImageFileItem& item) const;
     void sharpen(std::vector<SharpThumbnailOperation::Request> requests, const QRectF& visible);
     void sharpened(const std::shared_ptr<PBImageFileItem>& item, int side, const QImage& image);
+    [[nodiscard]] QImage standIn(const PBImageFileItem& item);
     void noteLoaded(const PBImageFileItem& item, bool isReduced);
     [[nodiscard]] std::shared_ptr<platform::Operation>
     preloadOperation(std::vector<PBPreloadThumbnailObject> objects);
@@ -82,6 +89,11 @@ private:
     std::weak_ptr<platform::Operation> _sharpening;
     QRectF _sharpeningPart; // of the sheet
     double _pixelRatio = 1;
+    /// By image; null where the file holds none.
+    std::unordered_map<qint64, QImage> _standIns;
+    std::weak_ptr<platform::Operation> _readingStandIns;
+    QRectF _standInsPart; // of the sheet
+    bool _lacksPicture = false;
     bool _hasTooSmall = false;
     double _paintEnd = 0;
     bool _hasMissed = false;

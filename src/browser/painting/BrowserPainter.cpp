@@ -58,8 +58,8 @@ QString imageSizeText(QSizeF size) {
 
 BrowserPainter::BrowserPainter(
     BrowserLayout& layout, const BrowserLeafList& leaves, BrowserThumbnailFeed& feed,
-    GroupHeadPainter::TagLookup tagWithTagId)
-    : _layout(layout), _leaves(leaves), _feed(feed), _heads(std::move(tagWithTagId)),
+    GroupHeadPainter::Names names)
+    : _layout(layout), _leaves(leaves), _feed(feed), _heads(std::move(names)),
       _fileInfo(fileInfoFont()) {}
 
 void BrowserPainter::fontDidChange() {

@@ -19,7 +19,7 @@ public:
     /// All outlive this object.
     BrowserPainter(
         BrowserLayout& layout, const BrowserLeafList& leaves, BrowserThumbnailFeed& feed,
-        GroupHeadPainter::TagLookup tagWithTagId);
+        GroupHeadPainter::Names names);
 
     struct Frame {
         QRectF visible;        ///< the part of the sheet on show

@@ -20,8 +20,14 @@ QFont headFont() {
 
 } // namespace
 
-GroupHeadPainter::GroupHeadPainter(TagLookup tagWithTagId)
-    : _tagWithTagId(std::move(tagWithTagId)), _style(headFont(), true) {}
+GroupHeadPainter::GroupHeadPainter(Names names)
+    : _names(std::move(names)), _style(headFont(), true) {}
+
+QString GroupHeadPainter::title(const PBGroupItem& node) const {
+    const QString name = node.fullDisplayName(_names.tagWithTagId);
+    const bool isPath = node.type() == group::Folder && node.value().hasValue();
+    return isPath ? _names.folderTitle(name) : name;
+}
 
 PBPathCell& GroupHeadPainter::path(const BrowserLeafList::Leaf& leaf) const {
     std::unique_ptr<PBPathCell>& path = _paths[leaf.data.get()];
@@ -29,8 +35,7 @@ PBPathCell& GroupHeadPainter::path(const BrowserLeafList::Leaf& leaf) const {
     path = std::make_unique<PBPathCell>(_style);
     for (const PBGroupItem* node = leaf.data->groupItem(); node; node = node->parent()) {
         path->insertItemWithTitle(
-                node->fullDisplayName(_tagWithTagId), node->displayIcon(), 0,
-                node->type() == group::Folder)
+                title(*node), node->displayIcon(), 0, node->type() == group::Folder)
             .setIsUnspecified(node->isUnspecified() && node->type() != group::AllImages);
     }
     return *path;
@@ -38,8 +43,8 @@ PBPathCell& GroupHeadPainter::path(const BrowserLeafList::Leaf& leaf) const {
 
 QString GroupHeadPainter::text(const BrowserLeafList::Leaf& leaf) const {
     QStringList names;
-    for (const auto& step : path(leaf).pathComponentCells())
-        names.append(step->title());
+    for (const PBGroupItem* node = leaf.data->groupItem(); node; node = node->parent())
+        names.prepend(node->fullDisplayName(_names.tagWithTagId));
     return names.join(QStringLiteral(", "));
 }
 
@@ -49,6 +54,8 @@ void GroupHeadPainter::fontDidChange() {
 }
 
 bool GroupHeadPainter::isShortened(const BrowserLeafList::Leaf& leaf, double width) const {
+    for (const PBGroupItem* node = leaf.data->groupItem(); node; node = node->parent())
+        if (title(*node) != node->fullDisplayName(_names.tagWithTagId)) return true;
     PBPathCell& shown = path(leaf);
     shown.setSize({width - PBPathCell::leftMargin, PBPathCell::usualHeight});
     for (std::size_t index = 0; index < shown.itemCount(); ++index) {

@@ -15,10 +15,15 @@ class QPainter;
 class GroupHeadPainter {
 public:
     using TagLookup = std::function<QString(qint64 tagId)>;
+    struct Names {
+        TagLookup tagWithTagId;
+        /// What is shown of a folder with that path.
+        std::function<QString(const QString& path)> folderTitle;
+    };
 
-    explicit GroupHeadPainter(TagLookup tagWithTagId);
+    explicit GroupHeadPainter(Names names);
 
-    /// The path in words, as for a screen reader.
+    /// The path in words, with whole paths of folders, as for a screen reader.
     [[nodiscard]] QString text(const BrowserLeafList::Leaf& leaf) const;
     /// Draws at the rectangle, whose points the painter maps onto the widget.
     void
@@ -26,13 +31,15 @@ public:
     /// Names may have changed.
     void forgetNames() { _paths.clear(); }
     void fontDidChange();
-    /// Whether a head of that width shortens its names.
+    /// Whether a head of that width shows less than the whole text.
     [[nodiscard]] bool isShortened(const BrowserLeafList::Leaf& leaf, double width) const;
 
 private:
     [[nodiscard]] PBPathCell& path(const BrowserLeafList::Leaf& leaf) const;
 
-    const TagLookup _tagWithTagId;
+    [[nodiscard]] QString title(const PBGroupItem& node) const;
+
+    const Names _names;
     PathCellStyle _style;
     mutable std::unordered_map<const PBGroupItemData*, std::unique_ptr<PBPathCell>> _paths;
 };

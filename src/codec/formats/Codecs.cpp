@@ -52,7 +52,7 @@ Frame decode(
     try {
         const auto decoder = openDecoder(source, typeHint, codecs);
         if (!decoder || request.stop.isSet()) return {};
-        Frame frame = decoder->frame(request);
+        Frame frame = decoder->wanted(request);
         // What a stopped decode left behind is no picture.
         return request.stop.isSet() ? Frame() : frame;
     } catch (const std::exception&) {

@@ -139,14 +139,8 @@ public:
     std::size_t frameCount() override { return _identifiers.size(); }
 
     Frame frame(const DecodeRequest& request) override {
-        if (request.frame >= _identifiers.size()) return {};
-        heif_image_handle* found = nullptr;
-        if (heif_context_get_image_handle(_context.get(), _identifiers[request.frame], &found)
-                    .code != heif_error_Ok ||
-            !found) {
-            return {};
-        }
-        const Handle handle(found);
+        const Handle handle = handleOf(request.frame);
+        if (!handle) return {};
         const QSize full = shownPart(handle.get()).size();
         if (request.maxSize > 0) {
             if (const Handle small =
@@ -158,7 +152,23 @@ public:
         return readImage(handle.get(), full, request);
     }
 
+    Frame embedded(const DecodeRequest& request) override {
+        const Handle handle = handleOf(request.frame);
+        if (!handle) return {};
+        const QSize full = shownPart(handle.get()).size();
+        const Handle small = reduction(handle.get(), QSize(1, 1), full);
+        return small ? readImage(small.get(), full, request) : Frame();
+    }
+
 private:
+    Handle handleOf(std::size_t frame) const {
+        if (frame >= _identifiers.size()) return {};
+        heif_image_handle* found = nullptr;
+        const heif_error error =
+            heif_context_get_image_handle(_context.get(), _identifiers[frame], &found);
+        return Handle(error.code == heif_error_Ok ? found : nullptr);
+    }
+
     /// The smallest embedded reduced picture that is large enough.
     static Handle reduction(const heif_image_handle* handle, QSize wanted, QSize full) {
         std::vector<heif_item_id> identifiers(static_cast<std::size_t>(

@@ -1,4 +1,5 @@
 #include "codec/formats/Formats.h"
+#include "codec/metadata/headers/ExifThumbnail.h"
 #include "codec/pixels/FrameWriter.h"
 #include "codec/pixels/Geometry.h"
 
@@ -146,6 +147,13 @@ public:
         // The library fills what is missing with gray by itself, and warns.
         if (session.error.manager.num_warnings > 0) frame.isComplete = false;
         return frame;
+    }
+
+    Frame embedded(const DecodeRequest& request) override {
+        const auto thumbnail = exifThumbnail(Bytes(_source.bytes())).span();
+        if (thumbnail.empty()) return {};
+        const auto offset = static_cast<std::uint64_t>(thumbnail.data() - _source.bytes().data());
+        return JpegDecoder(_source.part(offset, thumbnail.size())).frame(request);
     }
 
 private:

@@ -38,6 +38,8 @@ public:
         return developedFrame(request);
     }
 
+    Frame embedded(const DecodeRequest& request) override { return previewFrame(request); }
+
 private:
     Frame previewFrame(const DecodeRequest& request) const {
         const auto raw = openRaw(_source);
@@ -61,6 +63,7 @@ private:
     /// Whether a preview of this size can stand for the picture at the wanted size. Previews of the
     /// full size differ by the sensor's border.
     [[nodiscard]] bool isLargeEnough(QSize size, const DecodeRequest& request) const {
+        if (request.onlyEmbedded) return !size.isEmpty();
         if (size.isEmpty() || !sameShape(size, _full)) return false;
         const QSize wanted = reducedSize(_full, request.maxSize);
         const int part = request.maxSize == 0 || wanted == _full ? 96 : 98;

@@ -56,6 +56,8 @@ struct DecodeRequest {
     std::size_t frame = 0;
     /// Longest side of the result in pixels; 0 for the full size. Pictures are never enlarged.
     int maxSize = 0;
+    /// Only a smaller picture that the file holds beside the frame is wanted, however small it is.
+    bool onlyEmbedded = false;
     /// ICC profile of the result's colours; empty for sRGB.
     QByteArray targetProfile;
     StopFlag stop;
@@ -85,6 +87,13 @@ public:
     /// Decodes in the cheapest way that the format has for the wanted size. Answers a null image on
     /// refusal, damage or stop.
     [[nodiscard]] virtual Frame frame(const DecodeRequest& request) = 0;
+    /// The smaller picture that a camera put beside the frame, as stored; a null image where there
+    /// is none. It may have another shape, with black bars.
+    [[nodiscard]] virtual Frame embedded(const DecodeRequest& /*request*/) { return {}; }
+    /// What the request wants of the two.
+    [[nodiscard]] Frame wanted(const DecodeRequest& request) {
+        return request.onlyEmbedded ? embedded(request) : frame(request);
+    }
     /// Time that the frame of an animation stays, in milliseconds; 0 for a still picture.
     [[nodiscard]] virtual int frameDelay(std::size_t /*index*/) { return 0; }
 };

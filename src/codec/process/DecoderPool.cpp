@@ -161,6 +161,7 @@ ReadResult DecoderPool::decode(
     int descriptor, const QString& typeHint, const DecodeRequest& wanted, std::stop_token stop) {
     Request request = makeRequest(Kind::Decode, typeHint, wanted.frame);
     request.maxSize = wanted.maxSize;
+    request.onlyEmbedded = wanted.onlyEmbedded ? 1 : 0;
     request.pixelLimit = wanted.limits.pixels;
     request.byteLimit = wanted.limits.bytes;
     const bool isThumbnail = wanted.maxSize > 0;
@@ -186,7 +187,7 @@ ReadResult DecoderPool::decode(
         request.profileBytes = static_cast<std::uint32_t>(size);
     }
 
-    Lease lease(*this, Length::Long, stop);
+    Lease lease(*this, wanted.onlyEmbedded ? Length::Short : Length::Long, stop);
     Reply reply;
     const auto time = isThumbnail ? _settings.thumbnailTime : _settings.fullTime;
     const Answer answer = ask(lease, request, descriptors, time, stop, reply);

@@ -81,6 +81,7 @@ private:
         DecodeRequest wanted;
         wanted.frame = request.frame;
         wanted.maxSize = request.maxSize;
+        wanted.onlyEmbedded = request.onlyEmbedded != 0;
         wanted.limits = {request.pixelLimit, request.byteLimit};
         wanted.stop = StopFlag(
             static_cast<const std::atomic<std::uint32_t>*>(_control.data()), request.number);
@@ -107,7 +108,7 @@ private:
                 static_cast<uchar*>(pixels), size.width(), size.height(),
                 static_cast<qsizetype>(lineBytes), format);
         };
-        const Frame frame = decoder->frame(wanted);
+        const Frame frame = decoder->wanted(wanted);
         if (!frame.image.isNull()) deliver(frame, room, large, reply);
     }
 

@@ -39,6 +39,7 @@ struct Request {
     std::uint32_t profileBytes = 0;
     std::uint32_t hasLargeResult = 0;
     std::uint32_t hasProfile = 0;
+    std::uint32_t onlyEmbedded = 0;
     std::uint32_t pictures = 1;
     /// Type identifier by the file's name, in ASCII, ended by a zero.
     std::array<char, 72> typeHint{};

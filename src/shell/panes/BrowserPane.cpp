@@ -120,6 +120,14 @@ QString BrowserPane::tagWithTagId(qint64 tagId) const {
     return PBCatalogue(_services.mainFileDb).tagWithTagId(tagId);
 }
 
+QString BrowserPane::folderTitle(const QString& path) const {
+    QString relativePath;
+    const auto root =
+        _services.aliasManager.appropriateAliasObjectForPath(path, &relativePath, false);
+    if (!root) return path;
+    return relativePath.size() < 2 ? root->displayName() : root->displayName() + relativePath;
+}
+
 bool BrowserPane::isLargeView() const {
     return _services.delegate.isLargeViewMode();
 }

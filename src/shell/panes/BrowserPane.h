@@ -57,6 +57,7 @@ private:
     imageImporter(const PBImageFileItem& item) override;
     [[nodiscard]] PBThumbnailBufferManager& thumbnailBufferManager() override { return _buffer; }
     [[nodiscard]] QString tagWithTagId(qint64 tagId) const override;
+    [[nodiscard]] QString folderTitle(const QString& path) const override;
     [[nodiscard]] bool isLargeView() const override;
 
     [[nodiscard]] bool isScrollingOrDragging() const override;

@@ -95,6 +95,8 @@ TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
     const QImage image = pool.decode(file.get(), {}, request, {}).frame.image;
     ASSERT_FALSE(image.isNull());
     EXPECT_EQ(qBlue(image.pixel(0, 0)), 500'077 % 256);
+    request.onlyEmbedded = true; // of which there is none
+    EXPECT_TRUE(pool.decode(file.get(), {}, request, {}).frame.image.isNull());
     DecoderPool missing({.executable = "/no/such/program", .processes = 1});
     EXPECT_TRUE(decode(missing, "paint 5 5").image.isNull());
 }
