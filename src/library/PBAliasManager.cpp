@@ -187,6 +187,14 @@ std::shared_ptr<PBAliasObject> PBAliasManager::appropriateAliasObjectForPath(
     return best;
 }
 
+QString PBAliasManager::titleOfFolder(const QString& path) const {
+    QString relativePath;
+    const auto root = appropriateAliasObjectForPath(path, &relativePath, false);
+    if (!root) return path;
+    const QString name = root->displayName();
+    return relativePath.isEmpty() ? name : name + u'/' + relativePath;
+}
+
 QString PBAliasManager::presentPath(const QString& formerPath) const {
     if (appropriateAliasObjectForPath(formerPath, nullptr, false)) return formerPath;
     const QStringList parts = pathComponents(formerPath);

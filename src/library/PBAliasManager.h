@@ -89,6 +89,8 @@ public:
     /// (which is left alone if there is none). `ignoreTrash` leaves zombies out.
     [[nodiscard]] std::shared_ptr<PBAliasObject> appropriateAliasObjectForPath(
         const QString& path, QString* relativePath, bool ignoreTrash) const;
+    /// The folder from the name of its root on; the path itself where it lies in none.
+    [[nodiscard]] QString titleOfFolder(const QString& path) const;
     /// Where a folder that the last run knew by this path is, if its root has moved since.
     [[nodiscard]] QString presentPath(const QString& formerPath) const;
     /// The mounted roots strictly below the folder of the root.

@@ -45,6 +45,9 @@ TEST_F(PBAliasManagerTest, deepestRootOwnsAPath) {
     EXPECT_EQ(ownerOf(a), u"/A|"_s);
     EXPECT_EQ(ownerOf(u"/AB"_s), u"none|untouched"_s);
     EXPECT_EQ(ownerOf({}), u"none|untouched"_s);
+    EXPECT_EQ(manager.titleOfFolder(u"/A/x/y"_s), u"A/x/y"_s);
+    EXPECT_EQ(manager.titleOfFolder(ab), u"B"_s);
+    EXPECT_EQ(manager.titleOfFolder(u"/AB/x"_s), u"/AB/x"_s);
     EXPECT_EQ(manager.findAliasObjectByPath(ab)->path(), ab);
     EXPECT_FALSE(manager.findAliasObjectByPath(u"/A/b"_s));
     EXPECT_FALSE(manager.findAliasObjectByPath({}));

@@ -121,11 +121,7 @@ QString BrowserPane::tagWithTagId(qint64 tagId) const {
 }
 
 QString BrowserPane::folderTitle(const QString& path) const {
-    QString relativePath;
-    const auto root =
-        _services.aliasManager.appropriateAliasObjectForPath(path, &relativePath, false);
-    if (!root) return path;
-    return relativePath.size() < 2 ? root->displayName() : root->displayName() + relativePath;
+    return _services.aliasManager.titleOfFolder(path);
 }
 
 bool BrowserPane::isLargeView() const {
