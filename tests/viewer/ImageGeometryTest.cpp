@@ -82,23 +82,29 @@ TEST(ImageGeometryTest, stepsWalkTheTableFromTheLastTargetUpAndBackDown) {
 
 TEST(ImageGeometryTest, zoomingHoldsThePointUnderThePointerElseTheMiddle) {
     ImageGeometry geometry = atActualSize();
-    geometry.setDrawAnchor({100, 700});
-    const QPointF seen = geometry.placement().pointToImage(pointer);
-    for (const auto& animation :
-         {geometry.zoomInAtPoint(pointer), geometry.wheelZoomAtPoint(wheelZoomFactor, pointer),
-          geometry.toggleActualSizeAtPoint(pointer)}) {
-        geometry.advance(*animation, 0.1);
-        expectNear(geometry.placement().pointFromImage(seen), pointer);
-    }
-    const auto drag = geometry.beginZoomDrag(pointer);
-    EXPECT_TRUE(geometry.magnifyAtPoint(0.5, pointer) && geometry.zoomByDrag(drag, -60));
-    expectNear(geometry.placement().pointFromImage(seen), pointer, 1.0);
-    const QPointF middle = geometry.placement().pointToImage({400, 300});
-    for (const auto& animation :
-         {geometry.zoomInAtPoint(), geometry.actualSize(), geometry.fitInWithAnimation(true)}) {
-        geometry.advance(*animation, 0.02);
-        expectNear(geometry.placement().pointFromImage(middle), {400, 300});
-    }
+    const auto expectHolding = [&](const QPointF& point, const auto& zoom) {
+        geometry.setDrawAnchor(geometry.placement().drawAnchor() + QPointF(37, -11));
+        const QPointF seen = geometry.placement().pointToImage(point);
+        const std::optional<GeometryAnimation> animation = zoom();
+        EXPECT_TRUE(!animation || geometry.advance(*animation, 0.02));
+        expectNear(geometry.placement().pointFromImage(seen), point, animation ? 1e-6 : 1.0);
+    };
+    expectHolding(pointer, [&] { return geometry.zoomInAtPoint(pointer); });
+    expectHolding({400, 300}, [&] { return geometry.zoomOutAtPoint(); });
+    expectHolding(pointer, [&] { return geometry.wheelZoomAtPoint(1.33, pointer); });
+    expectHolding({400, 300}, [&] { return geometry.actualSize(); });
+    expectHolding(pointer, [&] { return geometry.toggleActualSizeAtPoint(pointer); });
+    expectHolding({400, 300}, [&] { return geometry.fitInWithAnimation(true); });
+    expectHolding(pointer, [&] {
+        EXPECT_TRUE(geometry.magnifyAtPoint(0.5, pointer));
+        return std::nullopt;
+    });
+    expectHolding(pointer, [&] {
+        const auto drag = geometry.beginZoomDrag(pointer);
+        geometry.magnifyAtPoint(0.5, {0, 0});
+        EXPECT_TRUE(geometry.zoomByDrag(drag, 60));
+        return std::nullopt;
+    });
 }
 
 TEST(ImageGeometryTest, aWheelGathersItsWishAndAlwaysLandsOnAStep) {
@@ -160,11 +166,11 @@ TEST(ImageGeometryTest, rotationsGoTheShortWayAboutTheMiddleOneAtATime) {
         const auto turn = geometry.rotateToAngle(to);
         EXPECT_EQ(turn->to - turn->from, by) << from << " " << to;
         EXPECT_FALSE(geometry.rotateToAngle(0) || geometry.cwRotate() || geometry.ccwRotate());
-        geometry.advance(*turn, 0.1);
+        EXPECT_TRUE(geometry.advance(*turn, 0.1) && geometry.placement().isMoving());
         expectNear(geometry.placement().pointFromImage(seen), {400, 300});
         finish(geometry, turn);
         EXPECT_EQ(geometry.placement().angle(), to);
-        EXPECT_FALSE(geometry.isRotating() || geometry.rotateToAngle(to + 360));
+        EXPECT_FALSE(geometry.placement().isMoving() || geometry.rotateToAngle(to + 360));
     }
     ImageGeometry geometry = showing({4000, 3000});
     for (const double angle : {90.0, 180.0, -90.0, 0.0}) {

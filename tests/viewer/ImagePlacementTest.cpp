@@ -198,6 +198,7 @@ TEST(ImagePlacementTest, numbersWithoutSenseChangeNothing) {
     }
     EXPECT_EQ(placement, before);
     placement.setImageSize({nan, 30});
+    placement.setPixelScale(2);
     EXPECT_FALSE(placement.hasImage() || placement.shouldShowNavigation());
     EXPECT_TRUE(ImageViewport({nan, 600}).isEmpty());
     EXPECT_EQ(ImageViewport({800, 600}, nan, {nan, 0}), plainView);

@@ -14,8 +14,8 @@ TEST(ZoomScalesTest, stepsGoStrictlyUpAndDownTheTable) {
     }
     // A step that went through points of a screen is left by the next one all the same.
     for (const double scale : zoomScaleTable) {
-        EXPECT_EQ(zoomInScale(scale / 1.1 * 1.1), zoomInScale(scale));
-        EXPECT_EQ(zoomOutScale(scale / 1.1 * 1.1), zoomOutScale(scale));
+        EXPECT_EQ(zoomInScale(scale / 1.25 * 1.25), zoomInScale(scale));
+        EXPECT_EQ(zoomOutScale(scale / 1.25 * 1.25), zoomOutScale(scale));
     }
 }
 
