@@ -20,7 +20,8 @@ public:
     void setImageSize(const QSizeF& imageSize) { _placement.setImageSize(imageSize); }
     /// Actual size, not turned, not fitted, and no animation is in force any more.
     void reset();
-    /// Another picture, which fits in. `rotateAngle` is the item's: counter-clockwise.
+    /// Another picture, which fits in. `rotateAngle` is the item's: counter-clockwise. A swipe's
+    /// offset stays.
     void showImage(const QSizeF& imageSize, double rotateAngle);
 
     /// At once; the anchors stay.

@@ -216,7 +216,7 @@ double ImagePlacement::fitInScale() const {
 }
 
 bool ImagePlacement::shouldShowNavigation() const {
-    if (!hasImage() || _isFitIn) return false;
+    if (!hasImage()) return false;
     const double fitting = fitInPixelScale(true);
     return pixelScale() > fitting && !isSameScale(pixelScale(), fitting);
 }

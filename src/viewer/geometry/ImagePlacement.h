@@ -51,6 +51,7 @@ public:
 
     [[nodiscard]] double scale() const { return _scale; }
     void setScale(double scale);
+    /// Compared by `isSameScale`: it went through points.
     [[nodiscard]] double pixelScale() const { return _scale * _viewport.devicePixelRatio(); }
     void setPixelScale(double pixelScale);
 

@@ -57,8 +57,5 @@ QPointF ImageViewport::roundPoint(const QPointF& point) const {
 
 QPointF ImageViewport::nearestPixelCorner(const QPointF& point) const {
     const QPointF pixels = toPixels(point);
-    // Half-way goes up, on both sides of 0: a pan by whole pixels moves by whole pixels.
-    return fromPixels(
-        {std::floor(pixels.x() + 0.5 + pixelTolerance),
-         std::floor(pixels.y() + 0.5 + pixelTolerance)});
+    return fromPixels({std::round(pixels.x()), std::round(pixels.y())});
 }
