@@ -38,7 +38,7 @@ void FilePropertyBatch::add(FileProperty property) {
     _dictionary->ImageFilePropertyArray->push_back(std::move(property));
 }
 
-bool FilePropertyBatch::flush(const std::function<void()>& drain) {
+void FilePropertyBatch::flush(const std::function<void()>& drain) {
     insertRows();
     // What runs in a drain may add to the array and flush it in turn.
     std::vector<FileProperty> properties = std::exchange(*_dictionary->ImageFilePropertyArray, {});
@@ -53,10 +53,9 @@ bool FilePropertyBatch::flush(const std::function<void()>& drain) {
         if (show(rows[index], properties[index], step, thumbnails)) ++shown;
     }
     if (!_operation.isCancelled()) thumbnails.queueAll();
-    if (shown == 0 || _operation.isCancelled()) return false;
+    if (shown == 0 || _operation.isCancelled()) return;
     drain();
     publishWorkTree(*_dictionary);
-    return true;
 }
 
 void FilePropertyBatch::insertRows() {

@@ -42,8 +42,8 @@ public:
     /// Stores all in one transaction, puts them into the work tree, queues their thumbnails,
     /// publishes, and empties the batch. `drain` runs attached operations: before each file, and
     /// before the publication. A batch that can't be stored is not shown either: it waits for
-    /// another scan. Answers whether it published.
-    bool flush(const std::function<void()>& drain);
+    /// another scan.
+    void flush(const std::function<void()>& drain);
     /// Tells the user, once, that the catalogue does not take what is new.
     void tellFailure(const QString& reason) const;
 

@@ -270,5 +270,7 @@ void PBScanFolderTask::flushIfDue(Run& run, bool isLast) const {
     if (pending <= limits.count && since <= limits.seconds && !isLast) return;
     checkAttachedOperation(run.operation);
     const auto drain = [&] { checkAttachedOperation(run.operation); };
-    if (run.batch.flush(drain)) _dictionary->PushImageFileItemTime->setNumber(now);
+    run.batch.flush(drain);
+    // Also where nothing of it was shown: under a search each further file would be due at once.
+    _dictionary->PushImageFileItemTime->setNumber(now);
 }
