@@ -44,6 +44,7 @@ private:
         const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row,
         const QString& folderPath);
     void take(const group::ImageFileRow& row, const QString& folderPath, bool isAway);
+    void publishIfDue(bool atOnce);
     void publish();
 
     const PBScanDictionaryRef _dictionary;
