@@ -18,9 +18,8 @@ constexpr std::string_view delayedName = "delayGroupItemArrayDidFinish";
 constexpr std::chrono::milliseconds patience{250};
 
 using Clock = std::chrono::steady_clock;
-/// After a swap the next one from a scan waits for so many times as long as that took.
-constexpr int restFactor = 3;
-constexpr std::chrono::milliseconds longestRest{300};
+/// After a swap the next one from a scan waits for as long as that took.
+constexpr std::chrono::milliseconds longestRest{100};
 /// Shorter ones are not worth a timer.
 constexpr std::chrono::milliseconds leastRest{10};
 
@@ -96,7 +95,7 @@ void PBGroupTreeDataSource::groupItemArrayDidFinish(
         const auto begin = Clock::now();
         swapIn(*publication);
         const auto end = Clock::now();
-        _restsUntil = end + std::min<Clock::duration>(restFactor * (end - begin), longestRest);
+        _restsUntil = end + std::min<Clock::duration>(end - begin, longestRest);
         if (_didSwap) _didSwap();
     }
 }
