@@ -5,6 +5,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QImage>
+#include <QtEndian>
 
 #include <exiv2/exiv2.hpp>
 
@@ -12,12 +13,17 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 namespace bench {
 
 namespace {
 
 constexpr const char* placeholderDate = "2001:01:01 00:00:00";
+
+// Millionths of a degree, as they stand in the file.
+constexpr std::uint32_t placeholderLatitude = 0x01A2B3C4;
+constexpr std::uint32_t placeholderLongitude = 0x01D4C3B2;
 
 /// Soft gradients and a little of the noise of a sensor.
 QByteArray pictureBytes(QSize size, int quality) {
@@ -39,7 +45,11 @@ QByteArray pictureBytes(QSize size, int quality) {
     return bytes;
 }
 
-QByteArray withMetadata(const QByteArray& jpeg) {
+std::string degrees(std::uint32_t millionths) {
+    return std::to_string(millionths) + "/1000000 0/1 0/1";
+}
+
+QByteArray withMetadata(const QByteArray& jpeg, bool hasPosition) {
     const auto image = Exiv2::ImageFactory::open(
         reinterpret_cast<const Exiv2::byte*>(jpeg.constData()), static_cast<long>(jpeg.size()));
     image->readMetadata();
@@ -54,6 +64,13 @@ QByteArray withMetadata(const QByteArray& jpeg) {
     exif["Exif.Photo.FocalLength"] = "50/1";
     exif["Exif.Photo.ISOSpeedRatings"] = std::uint16_t(100);
     exif["Exif.Photo.Flash"] = std::uint16_t(0);
+    if (hasPosition) {
+        exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
+        exif["Exif.GPSInfo.GPSLatitude"] = degrees(placeholderLatitude);
+        exif["Exif.GPSInfo.GPSLongitudeRef"] = "E";
+        exif["Exif.GPSInfo.GPSLongitude"] = degrees(placeholderLongitude);
+    }
+    image->setByteOrder(Exiv2::littleEndian);
     image->writeMetadata();
     Exiv2::BasicIo& io = image->io();
     io.open();
@@ -70,8 +87,24 @@ QByteArray dateOf(int number) {
     return text;
 }
 
+QByteArray littleEndian(std::uint32_t number) {
+    QByteArray bytes(4, Qt::Uninitialized);
+    qToLittleEndian(number, bytes.data());
+    return bytes;
+}
+
+/// Puts the position of a place, of those in a grid over southern Europe, where the placeholders
+/// stand.
+QByteArray atPlace(QByteArray bytes, int place) {
+    const auto row = static_cast<std::uint32_t>(place / 100);
+    const auto column = static_cast<std::uint32_t>(place % 100);
+    bytes.replace(littleEndian(placeholderLatitude), littleEndian(38'000'000 + row * 200'000));
+    bytes.replace(littleEndian(placeholderLongitude), littleEndian(1'000'000 + column * 250'000));
+    return bytes;
+}
+
 void make(const PictureSet& set, const QString& root) {
-    QByteArray bytes = withMetadata(pictureBytes(set.size, set.quality));
+    QByteArray bytes = withMetadata(pictureBytes(set.size, set.quality), set.places > 0);
     for (int folder = 0; folder < set.folders; ++folder) {
         const QString path = QStringLiteral("%1/%2").arg(root).arg(folder, 4, 10, QChar(u'0'));
         if (!QDir().mkpath(path)) std::abort();
@@ -80,7 +113,9 @@ void make(const PictureSet& set, const QString& root) {
             for (qsizetype at = 0; (at = bytes.indexOf(placeholderDate, at)) >= 0;)
                 bytes.replace(at, date.size(), date);
             QFile file(QStringLiteral("%1/IMG_%2.jpg").arg(path).arg(number, 6, 10, QChar(u'0')));
-            if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) std::abort();
+            const QByteArray content = set.places > 0 ? atPlace(bytes, number % set.places) : bytes;
+            if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+                std::abort();
             bytes.replace(date, placeholderDate);
         }
     }
@@ -89,12 +124,14 @@ void make(const PictureSet& set, const QString& root) {
 } // namespace
 
 QString PictureSet::folder() const {
-    const QString root = QStringLiteral("%1/velmora-bench/%2x%3-%4-in-%5")
-                             .arg(QDir::tempPath())
-                             .arg(size.width())
-                             .arg(size.height())
-                             .arg(pictures)
-                             .arg(folders);
+    const QString root =
+        QStringLiteral("%1/velmora-bench/%2x%3-%4-in-%5%6")
+            .arg(QDir::tempPath())
+            .arg(size.width())
+            .arg(size.height())
+            .arg(pictures)
+            .arg(folders)
+            .arg(places > 0 ? QStringLiteral("-of-%1-places").arg(places) : QString());
     const QString complete = root + QStringLiteral(".complete");
     if (QFile::exists(complete)) return root;
     std::fprintf(

@@ -15,6 +15,8 @@ struct PictureSet {
     QSize size;
     /// Of the encoder; small pictures that stand for many need few bytes.
     int quality = 75;
+    /// They were taken in so many places, tens of kilometres apart; 0: they have no positions.
+    int places = 0;
 
     /// The root of the set, which is made if it is not there yet. Takes a while then.
     [[nodiscard]] QString folder() const;

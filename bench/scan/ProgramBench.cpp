@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <string>
 
 namespace {
@@ -30,6 +32,7 @@ struct Visit {
     double thumbnailsPerSecond;
     double longestResponse; ///< milliseconds until the window answers to a key, at the worst
     double peak;            ///< MiB
+    double whole;           ///< milliseconds of the process, until nothing is left to do
 };
 
 Visit run(const bench::PictureSet& set, const QString& profile, bool isFirst) {
@@ -37,10 +40,13 @@ Visit run(const bench::PictureSet& set, const QString& profile, bool isFirst) {
         QStringLiteral("--profile"), profile, QStringLiteral("--until-idle"),
         QStringLiteral("--stats"), QStringLiteral("-")};
     if (isFirst) arguments += {QStringLiteral("--add"), set.folder()};
+    QElapsedTimer whole;
+    whole.start();
     QProcess program;
     program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     program.start(QCoreApplication::applicationDirPath() + QStringLiteral("/velmora"), arguments);
     if (!program.waitForFinished(-1) || program.exitCode() != 0) std::abort();
+    const auto elapsed = static_cast<double>(whole.elapsed());
     const QJsonObject stats = QJsonDocument::fromJson(program.readAllStandardOutput()).object();
     const auto figure = [&](const char* name) {
         return stats[QLatin1StringView(name)].toDouble(std::nan(""));
@@ -50,12 +56,14 @@ Visit run(const bench::PictureSet& set, const QString& profile, bool isFirst) {
         std::abort();
     }
     const double begin = figure("scan_begin_ms");
-    return {figure("first_window_ms"),
-            begin + figure("first_shown_ms"),
-            begin + figure("last_shown_ms"),
-            figure("thumbnails_built") / figure("thumbnails_done_ms") * 1000,
-            figure("longest_response_ms"),
-            figure("peak_rss_kib") / 1024};
+    return {
+        figure("first_window_ms"),
+        begin + figure("first_shown_ms"),
+        begin + figure("last_shown_ms"),
+        figure("thumbnails_built") / figure("thumbnails_done_ms") * 1000,
+        figure("longest_response_ms"),
+        figure("peak_rss_kib") / 1024,
+        elapsed};
 }
 
 QString profileOf(const bench::PictureSet& set) {
@@ -117,6 +125,23 @@ int main(int argc, char** argv) {
     const Visit ofFewer = visitAgain(fewer);
     met &= printFigure("20,000 small, warm: complete", ofFewer.complete, "ms", 400);
     met &= printFigure("20,000 small, warm: peak memory", ofFewer.peak, "MiB", 150);
+
+    bench::PictureSet travels{scaled(10'000), scaled(100), bench::smallPicture, 30};
+    double nowhere = std::numeric_limits<double>::infinity();
+    double everywhere = nowhere;
+    double longest = nowhere;
+    for (int round = 0; round < 3; ++round) {
+        travels.places = 0;
+        nowhere = std::min(nowhere, visitFirst(travels).whole);
+        travels.places = scaled(5'000);
+        const Visit visit = visitFirst(travels);
+        everywhere = std::min(everywhere, visit.whole);
+        longest = std::min(longest, visit.longestResponse);
+    }
+    met &= printFigure(
+        "10,000 small in 5,000 places, cold, to none with a place", everywhere / nowhere, "times",
+        1.15);
+    met &= printFigure("10,000 small in 5,000 places, cold: longest response", longest, "ms", 20);
 
     const bench::PictureSet large{scaled(400), 4, bench::twelveMegapixelPicture, 90};
     printFigure(

@@ -373,9 +373,10 @@ bool ApplicationController::isIdle() const {
     const bool isWaitingForDisks = _folderRoots && _folderRoots->isBusy();
     const bool isLookingUpPlaces = _geoManager && _geoManager->hasPendingRequests();
     const bool isReadingMarked = _marks && !_marks->isIdle();
-    return !isScanning() && !isReadingMarked && !isWaitingForDisks && !isLookingUpPlaces &&
-           isEmpty(_preloadThumbnailOperationQueue) && isEmpty(_scanOperationQueue) &&
-           isEmpty(_buildThumbOperationQueue);
+    const bool isShowing = _scanPipeline && _scanPipeline->isShowPending();
+    return !isScanning() && !isShowing && !isReadingMarked && !isWaitingForDisks &&
+           !isLookingUpPlaces && isEmpty(_preloadThumbnailOperationQueue) &&
+           isEmpty(_scanOperationQueue) && isEmpty(_buildThumbOperationQueue);
 }
 
 int ApplicationController::thumbnailSize() const {

@@ -27,6 +27,7 @@ ScanPipeline::ScanPipeline(Environment environment)
           .queue = _environment.buildQueue,
           .ahead = &_decodeAhead,
           .didBuild = _notifier.poster()}) {
+    _dataSource.setDidSwap([this] { noteShown(); });
     _environment.buildQueue.setIdleHandler(
         [this] { _figures.thumbnailsDone = _figures.sinceBegin(); });
     _factory = std::make_unique<ScanFactory>(ScanFactory::Environment{
@@ -44,12 +45,8 @@ std::shared_ptr<const ScanServices> ScanPipeline::makeServices() {
         .imageImporterManager = _importerManager,
         .buildThumb = _buildThumb,
         .places = &_places,
-        .publish =
-            [this, publish = _dataSource.publisher()](
-                std::shared_ptr<group::GroupPublication> publication) {
-                publish(std::move(publication));
-                noteShown();
-            },
+        .publish = _dataSource.publisher(),
+        .waitsForDisplay = _dataSource.waitsForDisplay(),
         .scanFinished = [this](auto workTree) { postScanFinished(std::move(workTree)); },
         .marks = _environment.marks,
         .readAhead = &_readAhead,
@@ -67,15 +64,10 @@ void ScanPipeline::regroupPlaces(const ScanBrowsing& browsing) const {
 }
 
 void ScanPipeline::noteShown() {
-    MainLoop* loop = MainLoop::instance();
-    if (!loop) return;
-    // Behind the publication, and then behind the painting that it asks for.
-    loop->post(MainLoop::Mode::Default, [this, alive = std::weak_ptr(_alive)] {
-        if (alive.expired()) return;
-        QTimer::singleShot(0, &_notifier, [this] {
-            _figures.mark(_figures.firstShown);
-            _figures.lastShown = _figures.sinceBegin();
-        });
+    // Behind the painting that the swap asks for.
+    QTimer::singleShot(0, &_notifier, [this] {
+        _figures.mark(_figures.firstShown);
+        _figures.lastShown = _figures.sinceBegin();
     });
 }
 

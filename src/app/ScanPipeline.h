@@ -42,6 +42,8 @@ public:
     ScanPipeline& operator=(const ScanPipeline&) = delete;
 
     [[nodiscard]] PBGroupTreeDataSource& groupTreeDataSource() { return _dataSource; }
+    /// What was published last is not on show yet.
+    [[nodiscard]] bool isShowPending() const { return _dataSource.isWaiting(); }
     [[nodiscard]] ScanFactory& factory() { return *_factory; }
     [[nodiscard]] BuildThumbNotifier& buildThumbNotifier() { return _notifier; }
     [[nodiscard]] PBImageImporterManager& imageImporterManager() { return _importerManager; }
@@ -54,7 +56,7 @@ public:
 
 private:
     [[nodiscard]] std::shared_ptr<const ScanServices> makeServices();
-    /// After each publication: notes when it can be seen. Scan thread.
+    /// After each swap: notes when it can be seen.
     void noteShown();
     /// The end of a scan counts while its work tree is the present one. Scan thread.
     void postScanFinished(std::shared_ptr<const PBGroupItemArray> workTree);

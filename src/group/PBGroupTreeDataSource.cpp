@@ -1,6 +1,5 @@
 #include "group/PBGroupTreeDataSource.h"
 
-#include "group/PublicationMailbox.h"
 #include "platform/work/MainLoop.h"
 #include "platform/work/MainThread.h"
 
@@ -17,6 +16,12 @@ namespace {
 constexpr std::string_view delayedName = "delayGroupItemArrayDidFinish";
 /// For motions whose end nobody tells.
 constexpr std::chrono::milliseconds patience{250};
+
+using Clock = std::chrono::steady_clock;
+/// After a swap the next one from a scan waits for as long as that took.
+constexpr std::chrono::milliseconds longestRest{100};
+/// Shorter ones are not worth a timer.
+constexpr std::chrono::milliseconds leastRest{10};
 
 void expandRows(const PBGroupItem& item, group::GroupOutline& outline) {
     if (!item.isLeafNode() && item.data()->collapsed() == PBGroupItemData::NeverTouched)
@@ -36,10 +41,13 @@ void forgetNodes(const PBGroupItemArray& items) {
 } // namespace
 
 PBGroupTreeDataSource::PBGroupTreeDataSource()
-    : _self(std::make_shared<PBGroupTreeDataSource*>(this)) {}
+    : _mailbox(std::make_shared<group::PublicationMailbox>()),
+      _self(std::make_shared<PBGroupTreeDataSource*>(this)) {}
 
 PBGroupTreeDataSource::~PBGroupTreeDataSource() {
     cancelDelayedPublications();
+    if (MainLoop* loop = MainLoop::instance())
+        loop->cancelPreviousPerformRequestsWithTarget(_mailbox.get());
 }
 
 void PBGroupTreeDataSource::setGroupItemArray(PBGroupItemArray groupItemArray) {
@@ -84,13 +92,17 @@ void PBGroupTreeDataSource::groupItemArrayDidFinish(
     if (_display && _display->isScrollingOrDragging()) {
         delayGroupItemArrayDidFinish(publication);
     } else {
+        const auto begin = Clock::now();
         swapIn(*publication);
+        const auto end = Clock::now();
+        _restsUntil = end + std::min<Clock::duration>(end - begin, longestRest);
+        if (_didSwap) _didSwap();
     }
 }
 
 void PBGroupTreeDataSource::delayGroupItemArrayDidFinish(
     const std::shared_ptr<GroupPublication>& publication) {
-    _waiting = publication;
+    setWaiting(publication);
     showWaitingAfter(patience);
 }
 
@@ -105,27 +117,48 @@ void PBGroupTreeDataSource::showWaitingAfter(std::chrono::milliseconds delay) {
     if (!loop) return;
     loop->cancelPreviousPerformRequestsWithTarget(this, delayedName);
     loop->performAfterDelay(this, delayedName, delay, [this] {
-        if (const auto waiting = std::exchange(_waiting, nullptr)) groupItemArrayDidFinish(waiting);
+        const auto waiting = _waiting;
+        setWaiting(nullptr);
+        if (waiting) groupItemArrayDidFinish(waiting);
     });
 }
 
 void PBGroupTreeDataSource::cancelDelayedPublications() {
     platform::assertMainThread();
-    if (_waiting) discard(std::exchange(_waiting, nullptr));
+    if (_waiting) discard(_waiting);
+    setWaiting(nullptr);
     if (MainLoop* loop = MainLoop::instance()) loop->cancelPreviousPerformRequestsWithTarget(this);
 }
 
+void PBGroupTreeDataSource::setWaiting(std::shared_ptr<GroupPublication> publication) {
+    _waiting = std::move(publication);
+    _mailbox->setHeldBack(_waiting != nullptr);
+}
+
 group::GroupPublisher PBGroupTreeDataSource::publisher() {
-    return [self = std::weak_ptr(_self), mailbox = std::make_shared<group::PublicationMailbox>()](
-               std::shared_ptr<GroupPublication> publication) {
+    return [self = std::weak_ptr(_self),
+            mailbox = _mailbox](std::shared_ptr<GroupPublication> publication) {
         MainLoop* loop = MainLoop::instance();
         if (!loop || !mailbox->put(std::move(publication))) return;
-        loop->post(MainLoop::Mode::Default, [self, mailbox] {
-            const auto next = mailbox->take();
-            if (const auto source = self.lock(); source && next)
-                (*source)->groupItemArrayDidFinish(next);
+        loop->post(MainLoop::Mode::Default, [self] {
+            if (const auto source = self.lock()) (*source)->takePublished();
         });
     };
+}
+
+std::function<bool()> PBGroupTreeDataSource::waitsForDisplay() const {
+    return [mailbox = _mailbox] { return mailbox->isWaiting(); };
+}
+
+/// Between two large trees the user has his turn.
+void PBGroupTreeDataSource::takePublished() {
+    const auto rest = std::chrono::ceil<std::chrono::milliseconds>(_restsUntil - Clock::now());
+    MainLoop* loop = MainLoop::instance();
+    if (loop && rest > leastRest) {
+        loop->performAfterDelay(_mailbox.get(), "takePublished", rest, [this] { takePublished(); });
+    } else if (const auto next = _mailbox->take()) {
+        groupItemArrayDidFinish(next);
+    }
 }
 
 void PBGroupTreeDataSource::swapIn(GroupPublication& publication) {

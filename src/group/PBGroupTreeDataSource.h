@@ -3,9 +3,11 @@
 #include "group/GroupPublication.h"
 #include "group/GroupTreeViews.h"
 #include "group/PBGroupItem.h"
+#include "group/PublicationMailbox.h"
 #include "platform/work/OperationQueue.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -24,6 +26,8 @@ public:
     /// all the same.
     void setOutline(group::GroupOutline* outline) { _outline = outline; }
     void setDisplay(group::GroupTreeDisplay* display) { _display = display; }
+    /// Called after each swap.
+    void setDidSwap(std::function<void()> didSwap) { _didSwap = std::move(didSwap); }
 
     [[nodiscard]] const PBGroupItemArray& groupItemArray() const { return _groupItemArray; }
     /// The views must not look at nodes of the former tree any more: they go in the background.
@@ -48,6 +52,10 @@ public:
     /// For other threads: brings a publication to `groupItemArrayDidFinish` in default mode, in
     /// order. May be called when this object is gone.
     [[nodiscard]] group::GroupPublisher publisher();
+    /// What was published last is not on show yet.
+    [[nodiscard]] bool isWaiting() const { return _mailbox->isWaiting(); }
+    /// The same for other threads. May be called when this object is gone.
+    [[nodiscard]] std::function<bool()> waitsForDisplay() const;
 
     /// Opens the rows of the live tree that the user never closed.
     void expandItems();
@@ -62,6 +70,8 @@ public:
 private:
     void delayGroupItemArrayDidFinish(const std::shared_ptr<group::GroupPublication>& publication);
     void showWaitingAfter(std::chrono::milliseconds delay);
+    void setWaiting(std::shared_ptr<group::GroupPublication> publication);
+    void takePublished();
     void swapIn(group::GroupPublication& publication);
     void refreshOutline();
     /// Lets go of something with trees in the background, without a look at it: a million images
@@ -70,9 +80,12 @@ private:
 
     group::GroupOutline* _outline = nullptr;
     group::GroupTreeDisplay* _display = nullptr;
+    std::function<void()> _didSwap;
     PBGroupItemArray _groupItemArray;
     std::shared_ptr<PBGroupItemArray> _groupItemArray_work;
     std::shared_ptr<group::GroupPublication> _waiting; ///< for the end of a motion
+    const std::shared_ptr<group::PublicationMailbox> _mailbox;
+    std::chrono::steady_clock::time_point _restsUntil;
     bool _ignoreSelectionChanged = false;
     bool _isOutlineViewScrolled = false;
     /// Expires with this object; looked at on the main thread only.

@@ -35,7 +35,9 @@ PBImageFileItem::PBImageFileItem(
     : _fileId(fileId), _folderId(folderId), _fileName(std::move(fileName)), _fileSize(fileSize),
       _modifiedDate(modifiedDate) {}
 
-PBImageFileItem::~PBImageFileItem() = default;
+PBImageFileItem::~PBImageFileItem() {
+    setIsSelected(false);
+}
 
 void PBImageFileItem::setImageSize(QSizeF size) {
     _imageWidth.store(size.width());

@@ -74,7 +74,12 @@ public:
     [[nodiscard]] bool flagged() const { return _flagged.load(); }
     void setFlagged(bool flagged) { _flagged.store(flagged); }
     [[nodiscard]] bool isSelected() const { return _isSelected.load(); }
-    void setIsSelected(bool isSelected) { _isSelected.store(isSelected); }
+    void setIsSelected(bool isSelected) {
+        if (_isSelected.exchange(isSelected) != isSelected) selectedItems += isSelected ? 1 : -1;
+    }
+    /// How many items are selected, in whatever tree: without any, nobody needs to look for them
+    /// among a million.
+    [[nodiscard]] static std::int64_t selectedCount() { return selectedItems; }
     /// The selection as it was at the start of a drag or command click.
     [[nodiscard]] bool storedSelect() const { return _storedSelect.load(); }
     void setStoredSelect(bool storedSelect) { _storedSelect.store(storedSelect); }
@@ -152,6 +157,7 @@ private:
     std::unique_ptr<Pictures> _pictures;
     std::atomic<quint32> _star{0};
     std::atomic<bool> _flagged{false};
+    static inline std::atomic<std::int64_t> selectedItems = 0;
     std::atomic<bool> _isSelected{false};
     std::atomic<bool> _storedSelect{false};
     std::atomic<bool> _isAway{false};

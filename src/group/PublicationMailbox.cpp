@@ -6,6 +6,7 @@ namespace group {
 
 bool PublicationMailbox::put(std::shared_ptr<GroupPublication> publication) {
     platform::Lock lock(_mutex);
+    _isWaiting = true;
     if (_waiting.empty() || !_waiting.back()->isOf(publication->workGroupItemArray)) {
         _waiting.push_back(std::move(publication));
         return true;
@@ -22,6 +23,7 @@ std::shared_ptr<GroupPublication> PublicationMailbox::take() {
     if (_waiting.empty()) return nullptr;
     auto first = std::move(_waiting.front());
     _waiting.pop_front();
+    _isWaiting = !_waiting.empty();
     return first;
 }
 

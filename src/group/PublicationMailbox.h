@@ -3,6 +3,7 @@
 #include "group/GroupPublication.h"
 #include "platform/work/Mutex.h"
 
+#include <atomic>
 #include <deque>
 #include <memory>
 
@@ -17,8 +18,15 @@ public:
     [[nodiscard]] bool put(std::shared_ptr<GroupPublication> publication);
     /// The one that has waited longest; nullptr when there is none.
     [[nodiscard]] std::shared_ptr<GroupPublication> take();
+    /// The last publication is not on show yet: it waits here, or the display holds it back.
+    /// Another one would only take its place.
+    [[nodiscard]] bool isWaiting() const { return _isWaiting || _isHeldBack; }
+    /// The display keeps the one that it took for the end of a motion, or no longer does.
+    void setHeldBack(bool isHeldBack) { _isHeldBack = isHeldBack; }
 
 private:
+    std::atomic<bool> _isWaiting = false; // asked for every image of a scan
+    std::atomic<bool> _isHeldBack = false;
     platform::Mutex _mutex;
     std::deque<std::shared_ptr<GroupPublication>> _waiting VELMORA_GUARDED_BY(_mutex);
 };

@@ -73,8 +73,7 @@ void CatalogueFolderScan::scanRows(
             continue;
         }
         take(row, folderPath, presence == Presence::Unknown);
-        const double now = _dictionary->services->now();
-        if (_rhythm.isDue(group::catalogueScanLimits, publishAtOnce, now)) publish();
+        publishIfDue(publishAtOnce);
     }
     _thumbnails.queueAll();
 }
@@ -113,6 +112,13 @@ void CatalogueFolderScan::take(
         _dictionary->services->imageImporterManager.imageImporterForImageURL(
             platform::pathInFolder(folderPath, row.fileName)),
         true);
+}
+
+void CatalogueFolderScan::publishIfDue(bool atOnce) {
+    const ScanServices& services = *_dictionary->services;
+    if (!_rhythm.isDue(group::catalogueScanLimits, atOnce, services.now())) return;
+    // It stays due: the next row, or the end, brings what this one would have shown.
+    if (atOnce || !services.waitsForDisplay || !services.waitsForDisplay()) publish();
 }
 
 void CatalogueFolderScan::publish() {

@@ -44,6 +44,7 @@ private:
         const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row,
         const QString& folderPath);
     void take(const group::ImageFileRow& row, const QString& folderPath, bool isAway);
+    void publishIfDue(bool atOnce);
     void publish();
     /// Whether a former version stored the row without having been able to read its file.
     [[nodiscard]] bool isUnread(const group::ImageFileRow& row) const;

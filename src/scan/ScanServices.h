@@ -30,6 +30,9 @@ struct ScanServices {
     /// Called on the scan thread; bring their matter to the main thread, in default mode and in
     /// order, and don't wait.
     group::GroupPublisher publish;
+    /// Whether what was published last is not on show yet: a tree that would only take its place is
+    /// not copied. May be empty.
+    std::function<bool()> waitsForDisplay = {};
     std::function<void(std::shared_ptr<const PBGroupItemArray> workTree)> scanFinished;
     /// nullptr: marks don't come back.
     MarksRestorer* marks = nullptr;

@@ -200,6 +200,21 @@ TEST_F(PBGroupTreeDataSourceTest, scanThreadPublishesWhileTheMainThreadEdits) {
     EXPECT_EQ(source.groupItemArray().size(), 5U);
 }
 
+TEST_F(PBGroupTreeDataSourceTest, aScanKnowsWhetherItsLastTreeIsOnShow) {
+    const auto waits = source.waitsForDisplay();
+    EXPECT_FALSE(waits());
+    views.isBusy = true;
+    insertInto(*work, u"R5"_s, 1, makeItem(u"a"_s));
+    source.publisher()(makeGroupPublication(work));
+    EXPECT_TRUE(waits());
+    runLoop();
+    EXPECT_TRUE(waits()) << "held back while the user scrolls";
+    views.isBusy = false;
+    source.motionDidEnd();
+    ASSERT_TRUE(spinUntil([&] { return !source.groupItemArray().empty(); }));
+    EXPECT_FALSE(waits());
+}
+
 TEST_F(PBGroupTreeDataSourceTest, ofPublicationsThatWaitTheNewestOfEachTreeIsShown) {
     PublicationMailbox mailbox;
     const auto other = std::make_shared<PBGroupItemArray>();

@@ -7,8 +7,6 @@
 #include "platform/work/Mutex.h"
 #include "support/Rows.h"
 
-#include <QtEndian>
-
 #include <deque>
 
 namespace {
@@ -109,12 +107,7 @@ struct PBGeoManagerTest : ::testing::Test {
         return address.dictionary()->at(u"City"_s).toText();
     }
 
-    /// SQLite's counter of transactions that changed the file.
-    int storedChanges() const {
-        QFile file(_db.databasePath());
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly) && file.seek(24));
-        return qFromBigEndian<int>(file.read(4).constData());
-    }
+    int storedChanges() const { return support::storedChanges(_db); }
     QStringList rows() { return support::rowsOf(_db, u"select GeoId from Geo"_s); }
 
     QTemporaryDir _folder;

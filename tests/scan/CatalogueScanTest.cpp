@@ -31,6 +31,17 @@ TEST_F(ScanTest, RowsArePublishedAbove100AndNewFilesAbove200OrAfterASecond) {
     EXPECT_EQ(publishedCounts(), (Counts{201, 202})) << "from the disk";
     scan();
     EXPECT_EQ(publishedCounts(), (Counts{101, 202})) << "from the catalogue";
+    // A display that has not shown the last one gets the next when it has, and the whole at the
+    // end.
+    int asked = 0;
+    changeServices(
+        [&](ScanServices& changed) { changed.waitsForDisplay = [&] { return ++asked < 50; }; });
+    scan();
+    EXPECT_EQ(publishedCounts(), (Counts{150, 202}));
+    changeServices([](ScanServices& changed) { changed.waitsForDisplay = [] { return true; }; });
+    scan();
+    EXPECT_EQ(publishedCounts(), Counts{202});
+    changeServices([](ScanServices& changed) { changed.waitsForDisplay = {}; });
     EXPECT_GE(figures.firstPublication, 0.0);
 
     // Each look at the clock finds it a quarter of a second later.

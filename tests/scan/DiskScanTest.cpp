@@ -43,6 +43,17 @@ TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
             u"public.jpeg"_s, 0, 0}));
 }
 
+TEST_F(ScanTest, NewFilesThatASearchLeavesOutAreStoredTogetherAsWell) {
+    for (int i = 0; i < 40; ++i)
+        makePicture(u"%1.jpg"_s.arg(i));
+    browsing.searchString = u"none"_s;
+    importers.willRead = [this](const QString&) { now = now + 0.15; };
+    const int before = support::storedChanges(files);
+    scan();
+    EXPECT_EQ(images().size(), 40);
+    EXPECT_LE(support::storedChanges(files) - before, 40 / 7 + 3) << "once a second";
+}
+
 TEST_F(ScanTest, ASecondVisitTakesExactlyWhatChanged) {
     makePictures("kept.jpg touched.jpg grown.jpg renamed.jpg gone.jpg sub/x.jpg removed/y.jpg");
     scan();

@@ -3,6 +3,9 @@
 #include "FMDB/FMDatabase.h"
 #include "support/Support.h"
 
+#include <QFile>
+#include <QtEndian>
+
 namespace support {
 
 /// The rows that a statement gives, columns joined with "|", "NULL" for what is missing.
@@ -36,6 +39,13 @@ inline PBDictionary entries(const char* told) {
 }
 
 /// Every metadata row has its image, every image its folder and is there once.
+/// SQLite's counter of the transactions that changed the file.
+inline int storedChanges(const FMDatabase& db) {
+    QFile file(db.databasePath());
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly) && file.seek(24));
+    return qFromBigEndian<int>(file.read(4).constData());
+}
+
 inline void expectConsistentCatalogue(FMDatabase& files) {
     for (const char* table : {"Exif", "ExifAux", "Tiff", "IPTC", "GPS"})
         EXPECT_EQ(

@@ -6,9 +6,9 @@ void BrowserCarryOver::note(
     BrowserLayout& layout, const BrowserLeafList& leaves, const PBImageBrowserIndex& current,
     const QRectF& visible) {
     platform::assertMainThread();
-    leaves.forEachImage(FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
-        if (item->isSelected()) _selectedIds.insert(item->fileId());
-    });
+    const BrowserSelection selection(leaves);
+    for (const auto& item : selection.selectedFileArray(FoldedLeaves::Included))
+        _selectedIds.insert(item->fileId());
     if (const auto item = leaves.imageFileAtIndex(current)) _currentId = item->fileId();
 
     const double line = visible.center().y();

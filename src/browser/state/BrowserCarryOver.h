@@ -3,6 +3,7 @@
 #include "browser/layout/BrowserLayout.h"
 #include "browser/state/BrowserLeafList.h"
 #include "browser/state/BrowserScrollCapture.h"
+#include "browser/state/BrowserSelection.h"
 
 #include <unordered_set>
 

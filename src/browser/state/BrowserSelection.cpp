@@ -30,6 +30,7 @@ bool BrowserSelection::selectAll(FoldedLeaves folded) const {
 
 bool BrowserSelection::deselectAll() const {
     platform::assertMainThread();
+    if (PBImageFileItem::selectedCount() == 0) return false;
     bool hasChanged = false;
     _leaves.forEachImage(FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
         hasChanged |= setSelected(*item, false);
@@ -74,6 +75,7 @@ std::int64_t BrowserSelection::itemCount(FoldedLeaves folded) const {
 }
 
 std::int64_t BrowserSelection::selectCount(FoldedLeaves folded) const {
+    if (PBImageFileItem::selectedCount() == 0) return 0;
     std::int64_t count = 0;
     _leaves.forEachImage(folded, [&](const PBImageBrowserIndex&, const auto& item) {
         count += item->isSelected() ? 1 : 0;
@@ -86,6 +88,7 @@ bool BrowserSelection::hasSelect(FoldedLeaves folded) const {
 }
 
 PBImageBrowserIndex BrowserSelection::firstSelectItem(FoldedLeaves folded) const {
+    if (PBImageFileItem::selectedCount() == 0) return {};
     for (std::int64_t group = 0; group < _leaves.leafCount(); ++group) {
         if (!_leaves.takesPart(group, folded)) continue;
         const auto& images = _leaves.leaf(group).imageFiles;
@@ -97,6 +100,7 @@ PBImageBrowserIndex BrowserSelection::firstSelectItem(FoldedLeaves folded) const
 
 PBImageFileList BrowserSelection::selectedFileArray(FoldedLeaves folded) const {
     PBImageFileList selected;
+    if (PBImageFileItem::selectedCount() == 0) return selected;
     _leaves.forEachImage(folded, [&](const PBImageBrowserIndex&, const auto& item) {
         if (item->isSelected()) selected.push_back(item);
     });

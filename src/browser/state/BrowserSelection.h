@@ -8,7 +8,8 @@
 #include <vector>
 
 /// The selection of the browser. It lives in the items themselves, so that it survives every swap
-/// of trees; every question walks the leaves. Main thread.
+/// of trees; every question walks the
+/// leaves, unless nothing is selected anywhere. Main thread.
 class BrowserSelection {
 public:
     /// The leaves outlive this object.
