@@ -34,7 +34,7 @@ constexpr auto killPatience = std::chrono::milliseconds(100);
 /// Where others use the processor, a process may take so many times its time.
 constexpr int busyFactor = 4;
 /// A process that has used less than this part of the time has waited for something else.
-constexpr int leastPart = 10;
+constexpr int leastPart = 50;
 /// The descriptors of the child start here; the copies that dup2 reads from must lie above.
 constexpr int firstFreeDescriptor = 10;
 

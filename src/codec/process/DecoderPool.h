@@ -3,6 +3,7 @@
 #include "codec/process/FrameReader.h"
 #include "platform/values/PBValue.h"
 #include "platform/work/Mutex.h"
+#include "platform/work/OperationQueue.h"
 
 #include <QByteArray>
 #include <QString>
@@ -45,7 +46,7 @@ public:
     /// Ends the processes. No operation may be running.
     ~DecoderPool() override;
 
-    /// Starts all processes that are not running, and does not wait for them to come up.
+    /// Has all processes started that are not running, and does not wait for that.
     void start();
 
     /// The request's own stop flag and allocator are not used; a stop takes effect within 20 ms.
@@ -69,7 +70,8 @@ private:
     using Helper = std::unique_ptr<process::DecoderHelper>;
     class Lease;
 
-    [[nodiscard]] Helper startHelper() const;
+    [[nodiscard]] Helper startHelper();
+    [[nodiscard]] bool isAnyMissing();
     /// Decodes wait while anything short does.
     enum class Length { Short, Long };
     [[nodiscard]] std::optional<Helper> take(const std::stop_token& stop, Length length);
@@ -100,6 +102,8 @@ private:
     std::vector<Helper> _idle VELMORA_GUARDED_BY(_mutex);
     int _waitingShort VELMORA_GUARDED_BY(_mutex) = 0;
     bool _toldRefusals VELMORA_GUARDED_BY(_mutex) = false;
+    /// Processes end with the thread that started them, so that none outlives the program.
+    platform::OperationQueue _starter{QStringLiteral("decoders")};
 };
 
 } // namespace codec

@@ -54,9 +54,13 @@ struct DecoderPoolTest : testing::Test {
     }
 
     static int onlyChild() {
-        QFile children(QStringLiteral("/proc/thread-self/children"));
-        EXPECT_TRUE(children.open(QIODevice::ReadOnly));
-        return children.readAll().simplified().split(' ').value(0).toInt();
+        // Each thread has its own.
+        QByteArray all;
+        for (const QString& thread : QDir(u"/proc/self/task"_s).entryList(QDir::Dirs)) {
+            QFile children(u"/proc/self/task/%1/children"_s.arg(thread));
+            if (children.open(QIODevice::ReadOnly)) all += children.readAll();
+        }
+        return all.simplified().split(' ').value(0).toInt();
     }
 
     static auto openDescriptors() {
@@ -240,6 +244,17 @@ TEST_F(DecoderPoolTest, propertiesOfManyPicturesAreReadTogetherAndAloneAfterALos
     EXPECT_NE(::kill(child, 0), 0);
 }
 
+TEST_F(DecoderPoolTest, processesGoFirstWhereMemoryIsShortAndOutliveTheThreadThatAskedForThem) {
+    DecoderPool pool(settings(1));
+    std::jthread([&] { EXPECT_TRUE(isPainted(decode(pool, "paint 9 9").image)); }).join();
+    const int child = onlyChild();
+    EXPECT_TRUE(isPainted(decode(pool, "paint 9 9").image));
+    EXPECT_EQ(onlyChild(), child);
+    QFile score(u"/proc/%1/oom_score_adj"_s.arg(child));
+    ASSERT_TRUE(score.open(QIODevice::ReadOnly));
+    EXPECT_EQ(score.readAll(), "500\n");
+}
+
 TEST_F(DecoderPoolTest, filesAreLetGoOfWithTheReply) {
     DecoderPool pool(settings(1));
     const Descriptor file = orders("paint 1 1 7"); // of seven frames
@@ -268,7 +283,9 @@ TEST_F(DecoderPoolTest, whatAProcessEndedOfTellsWhetherItsPictureIsToBlame) {
         codec::process::Request request;
         request.byteLimit = request.pixelLimit = 1'000'000;
         const auto time = std::chrono::milliseconds(300);
-        EXPECT_EQ(helper->ask(request, std::array{file.get()}, time, {}, reply), outcome);
+        const auto ended = helper->ask(request, std::array{file.get()}, time, {}, reply);
+        const bool isEitherWay = order == std::string_view("greet") && ended == Lost;
+        EXPECT_TRUE(ended == outcome || isEitherWay) << static_cast<int>(ended);
         EXPECT_FALSE(helper->isAlive());
     }
 }
