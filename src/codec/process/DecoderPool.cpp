@@ -145,11 +145,12 @@ void DecoderPool::tellRefusals(const DecoderHelper& helper) {
 
 DecoderPool::Answer DecoderPool::ask(
     Lease& lease, const Request& request, std::span<const int> descriptors,
-    std::chrono::milliseconds time, const std::stop_token& stop, Reply& reply) {
+    std::chrono::milliseconds time, const std::stop_token& stop, Reply& reply,
+    const std::function<bool(std::uint64_t bytes)>& memory) {
     // A process may have gone while nobody asked it; a second one gets the same request.
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (!lease.isUsable()) return Answer::NotNow;
-        switch (lease.helper().ask(request, descriptors, time, stop, reply)) {
+        switch (lease.helper().ask(request, descriptors, time, stop, reply, memory)) {
         case DecoderHelper::Outcome::Unsent:
             continue;
         case DecoderHelper::Outcome::Answered:
@@ -197,9 +198,16 @@ ReadResult DecoderPool::decode(
     Lease lease(*this, Length::Long, stop);
     Reply reply;
     const auto time = isThumbnail ? _settings.thumbnailTime : _settings.fullTime;
-    const Answer answer = ask(lease, request, descriptors, time, stop, reply);
-    if (answer != Answer::Done)
-        return {answer == Answer::Refused ? ReadStatus::Refused : ReadStatus::Failed, {}};
+    process::MemoryBudget::Share share;
+    const auto takeMemory = [&](std::uint64_t bytes) {
+        share = _memory.take(bytes, stop);
+        return share != nullptr;
+    };
+    const Answer answer = ask(lease, request, descriptors, time, stop, reply, takeMemory);
+    if (answer != Answer::Done) {
+        const bool isRefused = answer == Answer::Refused && !stop.stop_requested();
+        return {isRefused ? ReadStatus::Refused : ReadStatus::Failed, {}};
+    }
 
     // The other side may have been taken over by its picture: nothing it says is believed.
     const QSize size(reply.width, reply.height);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codec/process/FrameReader.h"
+#include "codec/process/MemoryBudget.h"
 #include "platform/values/PBValue.h"
 #include "platform/work/Mutex.h"
 #include "platform/work/OperationQueue.h"
@@ -9,6 +10,7 @@
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -39,6 +41,8 @@ public:
         /// Enough for the largest picture within the limits and a decoder's own copies of it; the
         /// program's libraries take part of it without using memory.
         std::uint64_t addressSpaceBytes = std::uint64_t{6} << 30;
+        /// Bytes that decodes find available, of which they take half together.
+        std::function<std::uint64_t()> availableMemory = &process::availableMemory;
     };
 
     /// Starts nothing yet: each process is started when it is first needed, or by `start`.
@@ -93,9 +97,11 @@ private:
         const std::stop_token& stop);
     [[nodiscard]] Answer
     ask(Lease& lease, const process::Request& request, std::span<const int> descriptors,
-        std::chrono::milliseconds time, const std::stop_token& stop, process::Reply& reply);
+        std::chrono::milliseconds time, const std::stop_token& stop, process::Reply& reply,
+        const std::function<bool(std::uint64_t bytes)>& memory = {});
 
     const Settings _settings;
+    process::MemoryBudget _memory{_settings.availableMemory};
     platform::Mutex _mutex;
     platform::Condition _returned;
     /// An empty entry is a process still to be started.

@@ -2,6 +2,7 @@
 
 #include "codec/process/DecoderHelper.h"
 #include "codec/process/Descriptor.h"
+#include "codec/process/MemoryBudget.h"
 #include "codec/process/Reaper.h"
 #include "support/Support.h"
 
@@ -253,6 +254,55 @@ TEST_F(DecoderPoolTest, processesGoFirstWhereMemoryIsShortAndOutliveTheThreadTha
     QFile score(u"/proc/%1/oom_score_adj"_s.arg(child));
     ASSERT_TRUE(score.open(QIODevice::ReadOnly));
     EXPECT_EQ(score.readAll(), "500\n");
+}
+
+TEST_F(DecoderPoolTest, decodesShareOneBudgetOfMemoryInTheOrderInWhichTheyAskForIt) {
+    using codec::process::MemoryBudget;
+    MemoryBudget budget([] { return 200U; });
+    auto first = budget.take(500, {}); // alone, whatever it takes
+    std::stop_source stop;
+    std::atomic<int> taken = 0;
+    std::jthread large([&] {
+        EXPECT_FALSE(budget.take(80, stop.get_token()));
+        ++taken;
+    });
+    stop.request_stop();
+    EXPECT_TRUE(support::spinUntil([&] { return taken == 1; }));
+    first.reset();
+    auto half = budget.take(60, {});
+    EXPECT_TRUE(budget.take(40, {}));
+    std::jthread more([&] {
+        EXPECT_TRUE(budget.take(41, {}));
+        taken = 9;
+    });
+    EXPECT_EQ(taken, 1);
+    half.reset();
+    EXPECT_TRUE(support::spinUntil([&] { return taken == 9; }));
+
+    // A picture that declares more than is free waits, as long as others are at it, and can be
+    // stopped; what it waits is not of its time.
+    DecoderPool::Settings scarce = settings(2);
+    std::atomic<int> asked = 0;
+    scarce.availableMemory = [&] { return ++asked, std::uint64_t{1} << 20; };
+    DecoderPool pool(scarce);
+    const auto declaring = [](const char* order) {
+        return QByteArray("P5\n9000 9000\n255\n") + order;
+    };
+    std::stop_source one;
+    std::stop_source other;
+    std::jthread decoding(
+        [&] { EXPECT_TRUE(decode(pool, declaring("wait"), 0, one.get_token()).image.isNull()); });
+    EXPECT_TRUE(support::spinUntil([&] { return asked == 1; }));
+    std::jthread waiting([&] {
+        EXPECT_TRUE(decode(pool, declaring("paint"), 0, other.get_token()).image.isNull());
+    });
+    other.request_stop();
+    waiting.join();
+    EXPECT_EQ(asked, 1);
+    one.request_stop();
+    decoding.join();
+    EXPECT_TRUE(isPainted(decode(pool, declaring("paint")).image));
+    EXPECT_EQ(asked, 2);
 }
 
 TEST_F(DecoderPoolTest, filesAreLetGoOfWithTheReply) {
