@@ -1,5 +1,6 @@
 #include "app/ScanPipeline.h"
 
+#include "platform/work/Cores.h"
 #include "platform/work/MainLoop.h"
 #include "platform/work/OperationQueue.h"
 #include "scan/AttachedOperations.h"
@@ -7,21 +8,11 @@
 #include <QDateTime>
 #include <QTimer>
 
-#include <thread>
-
 using platform::MainLoop;
-
-namespace {
-
-int idleCores() {
-    return static_cast<int>(std::thread::hardware_concurrency());
-}
-
-} // namespace
 
 ScanPipeline::ScanPipeline(Environment environment)
     : _environment(std::move(environment)), _places(_environment.geoManager),
-      _decodeAhead(idleCores()), _readAhead(idleCores(), _importerManager),
+      _decodeAhead(platform::usableCores()), _readAhead(platform::usableCores(), _importerManager),
       _buildThumb(new BuildThumbServices{
           .db = _environment.buildThumbDb,
           .queue = _environment.buildQueue,

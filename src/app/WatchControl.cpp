@@ -31,7 +31,7 @@ void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> e
                 },
             .refreshChilden =
                 [this](const QString& path, bool refreshChildren) {
-                    return _environment.sourceTree.refreshChilden(path, refreshChildren);
+                    return _environment.sourceTree.refreshInBackground(path, refreshChildren);
                 },
             .isImageType =
                 [this](const QString& uti) {

@@ -39,6 +39,6 @@ Subfolders subfoldersOf(const QString& folder) {
 std::optional<Subfolders>
 PBBoundedFolderLister::list(const QString& lane, const QString& folder, LateAnswer late) {
     return _calls.call<Subfolders>(
-        lane, QStringLiteral("list ") + folder, _limit, [folder] { return subfoldersOf(folder); },
-        std::move(late));
+        lane, QStringLiteral("list ") + folder, waits() ? _limit : std::chrono::milliseconds(0),
+        [folder] { return subfoldersOf(folder); }, std::move(late));
 }

@@ -27,11 +27,18 @@ public:
 
     virtual ~PBFolderLister() = default;
 
+    /// Whether the next answers may be waited for at all. Main thread.
+    void setWaits(bool waits) { _waits = waits; }
+    [[nodiscard]] bool waits() const { return _waits; }
+
     /// The folders in the folder, hidden ones and packages left out, in the order in which they are
     /// shown. Nothing if the disk takes long; `late` then brings them, on the main
     /// thread. A folder that can't be read has none.
     [[nodiscard]] virtual std::optional<Subfolders>
     list(const QString& lane, const QString& folder, LateAnswer late) = 0;
+
+private:
+    bool _waits = true;
 };
 
 /// Lists off the main thread and waits only for as long as nobody notices. `lane` names the volume.

@@ -16,7 +16,7 @@ constexpr int twoLineRow = 32;
 } // namespace
 
 PBSourceTreeDataSource::PBSourceTreeDataSource(PBAliasManager& aliasManager, PBFolderLister& lister)
-    : _aliasManager(aliasManager),
+    : _aliasManager(aliasManager), _lister(lister),
       _context(std::make_shared<const PBFolderItemContext>(PBFolderItemContext{
           lister, [this](PBFolderItem& item) { Q_EMIT childrenDidArrive(&item); }})),
       _categories{
@@ -81,6 +81,13 @@ bool PBSourceTreeDataSource::refreshChilden(const QString& path, bool refreshChi
     for (const auto& category : _categories) {
         if (category->refreshChilden(path, refreshChildren)) changed = true;
     }
+    return changed;
+}
+
+bool PBSourceTreeDataSource::refreshInBackground(const QString& path, bool refreshChildren) {
+    _lister.setWaits(false);
+    const bool changed = refreshChilden(path, refreshChildren);
+    _lister.setWaits(true);
     return changed;
 }
 

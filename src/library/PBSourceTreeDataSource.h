@@ -36,6 +36,8 @@ public:
     /// Both answer whether anything changed. Zombies have no items.
     bool refreshAliasObject(const PBAliasObject& aliasObject);
     bool refreshChilden(const QString& path, bool refreshChildren);
+    /// The same, without waiting for the disk: what changed is told by `childrenDidArrive`.
+    bool refreshInBackground(const QString& path, bool refreshChildren);
 
     [[nodiscard]] bool hasFolderAliasItem() const;
     /// The item of that root, or of one at the same place.
@@ -74,6 +76,7 @@ private:
     [[nodiscard]] PBSourceCategoryItem* categoryForType(std::uint64_t type) const;
 
     PBAliasManager& _aliasManager;
+    PBFolderLister& _lister;
     const std::shared_ptr<const PBFolderItemContext> _context;
     /// Local, network, external: in the order of the types and of the rows.
     std::array<std::shared_ptr<PBSourceCategoryItem>, 3> _categories;

@@ -4,7 +4,9 @@
 #include "core/Paths.h"
 #include "platform/files/EventStream.h"
 
-#include <algorithm>
+#include <QHash>
+
+#include <utility>
 
 using namespace platform;
 
@@ -32,9 +34,34 @@ public:
             takeFile(event.eventPath(), flags);
         }
     }
-    [[nodiscard]] WatchedChanges changes() { return std::move(_changes); }
+    /// Of all events.
+    [[nodiscard]] WatchedChanges changes() {
+        // Once for each folder, however many came or went in it.
+        for (const FolderRescan& folder : std::exchange(_refreshes, {}).folders) {
+            if (_questions.refreshChilden(folder.path, folder.recursive))
+                _changes.sidebarChanged = true;
+        }
+        _changes.rescans = std::move(_rescans.folders);
+        return std::move(_changes);
+    }
 
 private:
+    /// In the order in which they first came; with what is below them where any asks for that.
+    struct Folders {
+        std::vector<FolderRescan> folders;
+        QHash<QString, std::size_t> places;
+
+        void add(const QString& path, bool recursive) {
+            const auto known = places.constFind(path);
+            if (known != places.cend()) {
+                folders[*known].recursive = folders[*known].recursive || recursive;
+                return;
+            }
+            places.insert(path, folders.size());
+            folders.push_back({path, recursive});
+        }
+    };
+
     [[nodiscard]] int comparison(const QString& path) const {
         return _selectedPath.isEmpty() ? -2 : PBUtilities::comparePath(_selectedPath, path);
     }
@@ -50,7 +77,7 @@ private:
         if ((flags & comingOrGoing) == 0) return;
         const bool mustScan = (flags & EventMustScanSubDirs) != 0;
         askRoots(path, {});
-        if (_questions.refreshChilden(parentOf(path), mustScan)) _changes.sidebarChanged = true;
+        _refreshes.add(parentOf(path), mustScan);
         const int place = comparison(path);
         const bool concerned = place >= 0 || (mustScan && place == -1);
         if (!concerned) return;
@@ -77,17 +104,14 @@ private:
 
     void rescan(const QString& path, bool recursive) {
         if (!_questions.showsSubFolders && comparison(path) != 0) return;
-        const auto listed = std::ranges::find(_changes.rescans, path, &FolderRescan::path);
-        if (listed == _changes.rescans.end()) {
-            _changes.rescans.push_back({path, recursive});
-        } else if (recursive) {
-            listed->recursive = true;
-        }
+        _rescans.add(path, recursive);
     }
 
     const QString& _selectedPath;
     const WatchedChangesQuestions& _questions;
     WatchedChanges _changes;
+    Folders _refreshes;
+    Folders _rescans;
 };
 
 } // namespace

@@ -48,6 +48,7 @@ struct StoppableLister final : PBFolderLister {
         ++listed;
         lastLane = lane;
         if (!isSlow) return subfoldersOf(folder);
+        waitingFor.append(waits() ? u"briefly"_s : u"in the background"_s);
         _waiting.emplace_back([folder, late = std::move(late)] { late(subfoldersOf(folder)); });
         return std::nullopt;
     }
@@ -59,6 +60,7 @@ struct StoppableLister final : PBFolderLister {
     bool isSlow = false;
     int listed = 0;
     QString lastLane;
+    QStringList waitingFor; // of the slow ones
 
 private:
     std::vector<std::function<void()>> _waiting;

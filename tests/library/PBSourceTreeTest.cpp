@@ -71,6 +71,10 @@ TEST_F(PBSourceTreeTest, refreshKeepsTheItemsThatAreStillThere) {
     static_cast<void>(one->childFolderWithFolderName(u"deep"_s, false)->children());
     QDir().rmdir(path(u"A/one/deep/deeper"));
     EXPECT_FALSE(tree.refreshChilden(path(u"elsewhere"), true));
+    lister.isSlow = true; // what a watcher saw holds nobody up
+    EXPECT_FALSE(tree.refreshInBackground(path(u"A/one/deep"), false));
+    lister.isSlow = false;
+    EXPECT_EQ(lister.waitingFor, QStringList{u"in the background"_s});
     EXPECT_TRUE(tree.refreshChilden(path(u"A/one/deep"), false));
     EXPECT_EQ(item->loadedChildren().size(), 2u);
     EXPECT_FALSE(tree.refreshChilden(path(u"A/one"), true));

@@ -51,7 +51,9 @@ TEST(WatchedChangesTest, OnlyWhatTouchesTheSelectedFolderIsLookedAtAgain) {
         {"d/r/a", "", false, ""},
         // Events were lost above and at the selection.
         {"dnl/r", "/r/a+", true, "/+"},
-        {"dnl/r/a/", "/r/a+", true, "/r+"}};
+        {"dnl/r/a/", "/r/a+", true, "/r+"},
+        // Each folder is listed once, with what is below it if any event says so.
+        {"dc/r/a/b dc/r/a/c dcl/r/a/d dc/r/a/b/e dc/r/a/f", "", false, "/r/a+ /r/a/b"}};
     for (const auto& [events, rescans, checkExist, refreshes] : cases) {
         SCOPED_TRACE(events);
         QStringList refreshed;

@@ -23,6 +23,19 @@ TEST_F(ScanTest, UnderAFilterTheDiskIsNotAskedForNewFilesAndUnmatchedRowsStay) {
     EXPECT_EQ(images(), words("a.jpg new.jpg"));
 }
 
+TEST_F(ScanTest, FilesThatASearchDoesNotFindAreStoredTogetherToo) {
+    changeServices(
+        [this](ScanServices& changed) { changed.now = [this] { return now = now + 0.25; }; });
+    std::set<int> stored; // at the moments at which a file is read
+    importers.willRead = [&](const QString&) { stored.insert(count(files, "ImageFile")); };
+    for (int i = 0; i < 24; ++i)
+        makePicture(u"%1.jpg"_s.arg(i), {2, 2});
+    browsing.searchString = u"zzz"_s;
+    scan();
+    EXPECT_EQ(images().size(), 24);
+    EXPECT_LE(stored.size(), 7U) << "a transaction each second, and not for each file";
+}
+
 TEST_F(ScanTest, RowsArePublishedAbove100AndNewFilesAbove200OrAfterASecond) {
     using Counts = std::vector<std::size_t>;
     for (int i = 0; i < 202; ++i)

@@ -1,11 +1,13 @@
 #include "codec/process/Confinement.h"
 
+#include "codec/process/Descriptor.h"
 #include "codec/process/Protocol.h"
 
 #include <seccomp.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <memory>
 #include <span>
 #include <type_traits>
@@ -75,6 +77,15 @@ struct ReleaseFilter {
     void operator()(void* filter) const { seccomp_release(filter); }
 };
 
+/// Where memory is short, a decoder goes before the program and before those of others.
+constexpr const char firstToGo[] = "500";
+
+void offerMemory() {
+    const Descriptor score(::open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC));
+    if (score.isOpen())
+        static_cast<void>(::write(score.get(), firstToGo, sizeof firstToGo - 1) > 0);
+}
+
 bool setLimit(__rlimit_resource resource, rlim_t limit) {
     const rlimit both{limit, limit};
     return ::setrlimit(resource, &both) == 0;
@@ -129,6 +140,9 @@ bool loadFilter() {
 
 std::uint64_t confine(std::uint64_t addressSpaceBytes) {
     std::uint64_t refused = 0;
+    offerMemory();
+    // It has nobody to work for when the program is gone.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
     if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) refused |= RefusedPrivileges;
     const bool limited = setLimit(RLIMIT_CORE, 0) && setLimit(RLIMIT_FSIZE, 0) &&
                          (isSanitized || setLimit(RLIMIT_AS, addressSpaceBytes));

@@ -34,7 +34,7 @@ constexpr auto killPatience = std::chrono::milliseconds(100);
 /// Where others use the processor, a process may take so many times its time.
 constexpr int busyFactor = 4;
 /// A process that has used less than this part of the time has waited for something else.
-constexpr int leastPart = 10;
+constexpr int leastPart = 50;
 /// The descriptors of the child start here; the copies that dup2 reads from must lie above.
 constexpr int firstFreeDescriptor = 10;
 
@@ -130,7 +130,8 @@ bool DecoderHelper::spawn(const QByteArray& executable, std::uint64_t addressSpa
 
 DecoderHelper::Outcome DecoderHelper::ask(
     Request request, std::span<const int> descriptors, std::chrono::milliseconds time,
-    const std::stop_token& stop, Reply& reply) {
+    const std::stop_token& stop, Reply& reply,
+    const std::function<bool(std::uint64_t bytes)>& memory) {
     request.number = ++_lastNumber;
     if (!sendPacket(_socket.get(), std::as_bytes(std::span(&request, 1)), descriptors)) {
         end(killPatience);
@@ -140,15 +141,16 @@ DecoderHelper::Outcome DecoderHelper::ask(
         const std::uint64_t one = 1;
         [[maybe_unused]] const auto written = ::write(_stopEvent.get(), &one, sizeof one);
     });
-    const Outcome outcome = waitForReply(request.number, time, stop, reply);
+    const Outcome outcome = waitForReply(request.number, time, stop, reply, memory);
     if (outcome != Outcome::Answered && outcome != Outcome::Stopped) end(killPatience);
     return outcome;
 }
 
 DecoderHelper::Outcome DecoderHelper::waitForReply(
-    std::uint32_t number, std::chrono::milliseconds time, const std::stop_token& stop,
-    Reply& reply) {
+    std::uint32_t number, std::chrono::milliseconds time, const std::stop_token& stop, Reply& reply,
+    const std::function<bool(std::uint64_t bytes)>& memory) {
     bool isStopping = false;
+    bool hasAskedForMemory = false;
     auto begin = Clock::now();
     auto usedBefore = processorTime();
     auto deadline = begin + (_refusals ? time : startPatience);
@@ -168,6 +170,15 @@ DecoderHelper::Outcome DecoderHelper::waitForReply(
             // There is one greeting; a process that goes on greeting is at work.
             if (reply.number == 0 && !_refusals) {
                 _refusals = reply.count;
+                begin = Clock::now();
+                usedBefore = processorTime();
+                if (!isStopping) deadline = begin + time;
+            } else if (reply.number == number && reply.status == Status::NeedsMemory) {
+                if (std::exchange(hasAskedForMemory, true)) break;
+                Request answer;
+                answer.number = number;
+                answer.kind = memory && memory(reply.count) ? Kind::Grant : Kind::Deny;
+                if (!sendPacket(_socket.get(), std::as_bytes(std::span(&answer, 1)))) break;
                 begin = Clock::now();
                 usedBefore = processorTime();
                 if (!isStopping) deadline = begin + time;

@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -43,9 +44,12 @@ public:
     /// the time given, which begins once the process has come up. Where the machine is busy, it is
     /// the processor's time that counts, up to a few times as long. A stop is honoured within
     /// `stopPatience`.
+    /// `memory` is asked, and may block, before a decode that takes so many bytes; what it waits
+    /// does not count. Without it such decodes fail.
     [[nodiscard]] Outcome
     ask(Request request, std::span<const int> descriptors, std::chrono::milliseconds time,
-        const std::stop_token& stop, Reply& reply);
+        const std::stop_token& stop, Reply& reply,
+        const std::function<bool(std::uint64_t bytes)>& memory = {});
 
     /// False once the process was lost or ended; a new helper must take its place.
     [[nodiscard]] bool isAlive() const { return _process > 0; }
@@ -60,7 +64,7 @@ private:
     [[nodiscard]] bool spawn(const QByteArray& executable, std::uint64_t addressSpaceBytes);
     [[nodiscard]] Outcome waitForReply(
         std::uint32_t number, std::chrono::milliseconds time, const std::stop_token& stop,
-        Reply& reply);
+        Reply& reply, const std::function<bool(std::uint64_t bytes)>& memory);
     /// Kills the process; its status if it ends soon.
     std::optional<int> end(std::chrono::milliseconds patience);
     /// For the rest: of a process whose connection broke off.

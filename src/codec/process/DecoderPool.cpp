@@ -5,13 +5,13 @@
 #include "codec/process/SharedMemory.h"
 #include "platform/program/StandardError.h"
 #include "platform/values/CborValues.h"
+#include "platform/work/Cores.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <future>
 #include <numeric>
-
-#include <sched.h>
 
 namespace codec {
 
@@ -22,13 +22,6 @@ using process::Reply;
 using process::Request;
 
 namespace {
-
-int usableCores() {
-    cpu_set_t cores;
-    CPU_ZERO(&cores);
-    if (::sched_getaffinity(0, sizeof cores, &cores) != 0) return 1;
-    return std::max(1, CPU_COUNT(&cores));
-}
 
 Request makeRequest(Kind kind, QStringView typeHint, std::size_t frame) {
     Request request;
@@ -80,21 +73,36 @@ private:
 };
 
 DecoderPool::DecoderPool(Settings settings) : _settings(std::move(settings)) {
-    const int count = _settings.processes > 0 ? _settings.processes : usableCores();
+    const int count = _settings.processes > 0 ? _settings.processes : platform::usableCores();
     _idle.resize(static_cast<std::size_t>(count));
 }
 
 DecoderPool::~DecoderPool() = default;
 
 void DecoderPool::start() {
-    const platform::Lock lock(_mutex);
-    for (Helper& helper : _idle) {
-        if (!helper) helper = startHelper();
-    }
+    _starter.addOperation([this] {
+        while (isAnyMissing()) {
+            Helper helper = DecoderHelper::start(_settings.executable, _settings.addressSpaceBytes);
+            if (!helper) return;
+            const platform::Lock lock(_mutex);
+            // It may have been started otherwise meanwhile; one too many ends with this.
+            const auto missing = std::ranges::find(_idle, Helper());
+            if (missing != _idle.end()) *missing = std::move(helper);
+        }
+    });
 }
 
-DecoderPool::Helper DecoderPool::startHelper() const {
-    return DecoderHelper::start(_settings.executable, _settings.addressSpaceBytes);
+bool DecoderPool::isAnyMissing() {
+    const platform::Lock lock(_mutex);
+    return std::ranges::find(_idle, Helper()) != _idle.end();
+}
+
+DecoderPool::Helper DecoderPool::startHelper() {
+    std::promise<Helper> started;
+    _starter.addOperation([&] {
+        started.set_value(DecoderHelper::start(_settings.executable, _settings.addressSpaceBytes));
+    });
+    return started.get_future().get();
 }
 
 std::optional<DecoderPool::Helper> DecoderPool::take(const std::stop_token& stop, Length length) {
@@ -137,11 +145,12 @@ void DecoderPool::tellRefusals(const DecoderHelper& helper) {
 
 DecoderPool::Answer DecoderPool::ask(
     Lease& lease, const Request& request, std::span<const int> descriptors,
-    std::chrono::milliseconds time, const std::stop_token& stop, Reply& reply) {
+    std::chrono::milliseconds time, const std::stop_token& stop, Reply& reply,
+    const std::function<bool(std::uint64_t bytes)>& memory) {
     // A process may have gone while nobody asked it; a second one gets the same request.
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (!lease.isUsable()) return Answer::NotNow;
-        switch (lease.helper().ask(request, descriptors, time, stop, reply)) {
+        switch (lease.helper().ask(request, descriptors, time, stop, reply, memory)) {
         case DecoderHelper::Outcome::Unsent:
             continue;
         case DecoderHelper::Outcome::Answered:
@@ -190,9 +199,16 @@ ReadResult DecoderPool::decode(
     Lease lease(*this, wanted.onlyEmbedded ? Length::Short : Length::Long, stop);
     Reply reply;
     const auto time = isThumbnail ? _settings.thumbnailTime : _settings.fullTime;
-    const Answer answer = ask(lease, request, descriptors, time, stop, reply);
-    if (answer != Answer::Done)
-        return {answer == Answer::Refused ? ReadStatus::Refused : ReadStatus::Failed, {}};
+    process::MemoryBudget::Share share;
+    const auto takeMemory = [&](std::uint64_t bytes) {
+        share = _memory.take(bytes, stop);
+        return share != nullptr;
+    };
+    const Answer answer = ask(lease, request, descriptors, time, stop, reply, takeMemory);
+    if (answer != Answer::Done) {
+        const bool isRefused = answer == Answer::Refused && !stop.stop_requested();
+        return {isRefused ? ReadStatus::Refused : ReadStatus::Failed, {}};
+    }
 
     // The other side may have been taken over by its picture: nothing it says is believed.
     const QSize size(reply.width, reply.height);

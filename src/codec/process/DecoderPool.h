@@ -1,13 +1,16 @@
 #pragma once
 
 #include "codec/process/FrameReader.h"
+#include "codec/process/MemoryBudget.h"
 #include "platform/values/PBValue.h"
 #include "platform/work/Mutex.h"
+#include "platform/work/OperationQueue.h"
 
 #include <QByteArray>
 #include <QString>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -38,6 +41,8 @@ public:
         /// Enough for the largest picture within the limits and a decoder's own copies of it; the
         /// program's libraries take part of it without using memory.
         std::uint64_t addressSpaceBytes = std::uint64_t{6} << 30;
+        /// Bytes that decodes find available, of which they take half together.
+        std::function<std::uint64_t()> availableMemory = &process::availableMemory;
     };
 
     /// Starts nothing yet: each process is started when it is first needed, or by `start`.
@@ -45,7 +50,7 @@ public:
     /// Ends the processes. No operation may be running.
     ~DecoderPool() override;
 
-    /// Starts all processes that are not running, and does not wait for them to come up.
+    /// Has all processes started that are not running, and does not wait for that.
     void start();
 
     /// The request's own stop flag and allocator are not used; a stop takes effect within 20 ms.
@@ -69,7 +74,8 @@ private:
     using Helper = std::unique_ptr<process::DecoderHelper>;
     class Lease;
 
-    [[nodiscard]] Helper startHelper() const;
+    [[nodiscard]] Helper startHelper();
+    [[nodiscard]] bool isAnyMissing();
     /// Decodes wait while anything short does.
     enum class Length { Short, Long };
     [[nodiscard]] std::optional<Helper> take(const std::stop_token& stop, Length length);
@@ -91,15 +97,19 @@ private:
         const std::stop_token& stop);
     [[nodiscard]] Answer
     ask(Lease& lease, const process::Request& request, std::span<const int> descriptors,
-        std::chrono::milliseconds time, const std::stop_token& stop, process::Reply& reply);
+        std::chrono::milliseconds time, const std::stop_token& stop, process::Reply& reply,
+        const std::function<bool(std::uint64_t bytes)>& memory = {});
 
     const Settings _settings;
+    process::MemoryBudget _memory{_settings.availableMemory};
     platform::Mutex _mutex;
     platform::Condition _returned;
     /// An empty entry is a process still to be started.
     std::vector<Helper> _idle VELMORA_GUARDED_BY(_mutex);
     int _waitingShort VELMORA_GUARDED_BY(_mutex) = 0;
     bool _toldRefusals VELMORA_GUARDED_BY(_mutex) = false;
+    /// Processes end with the thread that started them, so that none outlives the program.
+    platform::OperationQueue _starter{QStringLiteral("decoders")};
 };
 
 } // namespace codec

@@ -1,6 +1,7 @@
 #include "codec/process/DecoderProcess.h"
 
 #include "codec/metadata/ImageProperties.h"
+#include "codec/metadata/headers/ImageHeader.h"
 #include "codec/pixels/Source.h"
 #include "codec/process/Confinement.h"
 #include "codec/process/PacketSocket.h"
@@ -51,6 +52,9 @@ public:
         case Kind::Properties:
             readProperties(descriptors, request, reply);
             break;
+        case Kind::Grant:
+        case Kind::Deny:
+            break;
         }
         return reply;
     }
@@ -77,7 +81,7 @@ private:
 
     void decode(const Request& request, const std::vector<Descriptor>& descriptors, Reply& reply) {
         Decoder* decoder = open(descriptors.front().get(), request);
-        if (!decoder) return;
+        if (!decoder || !mayTakeMemory(request)) return;
         DecodeRequest wanted;
         wanted.frame = request.frame;
         wanted.maxSize = request.maxSize;
@@ -110,6 +114,28 @@ private:
         };
         const Frame frame = decoder->wanted(wanted);
         if (!frame.image.isNull()) deliver(frame, room, large, reply);
+    }
+
+    /// By the size that the file declares, before anything is decoded.
+    [[nodiscard]] bool mayTakeMemory(const Request& request) const {
+        // The picture itself, and as much for what its library keeps of it.
+        constexpr std::uint64_t bytesPerPixel = 8;
+        const Bytes file(_source->bytes());
+        const auto header = readImageHeader(file, sniffContainer(file), request.frame);
+        const std::uint64_t bytes =
+            header ? std::uint64_t{header->width} * header->height * bytesPerPixel
+                   : _source->size() * bytesPerPixel;
+        if (bytes < memoryWithoutAsking) return true;
+        Reply question;
+        question.number = request.number;
+        question.status = Status::NeedsMemory;
+        question.count = bytes;
+        Request answer;
+        std::vector<Descriptor> none;
+        return sendPacket(socketDescriptor, std::as_bytes(std::span(&question, 1))) &&
+               receivePacket(
+                   socketDescriptor, std::as_writable_bytes(std::span(&answer, 1)), none) &&
+               answer.kind == Kind::Grant;
     }
 
     template <typename Room>

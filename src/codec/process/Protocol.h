@@ -24,7 +24,14 @@ inline constexpr int smallResultSide = 1024;
 /// Pictures whose properties are asked for together, at most.
 inline constexpr std::size_t mostPictures = 16;
 
-enum class Kind : std::uint32_t { Decode, CountFrames, FrameDelay, Properties };
+enum class Kind : std::uint32_t {
+    Decode,
+    CountFrames,
+    FrameDelay,
+    Properties,
+    Grant, ///< the answer to `NeedsMemory`
+    Deny,  ///< the same: the decode is over
+};
 
 /// To the decoder process. The picture's descriptor comes with it, then one for a large result and
 /// one for the bytes of the target profile, where the two flags say so. For properties there may be
@@ -45,7 +52,16 @@ struct Request {
     std::array<char, 72> typeHint{};
 };
 
-enum class Status : std::uint32_t { Failed, Done };
+enum class Status : std::uint32_t {
+    Failed,
+    Done,
+    /// Comes before the reply to a decode that takes much memory (`count` bytes), once: the process
+    /// waits for `Grant` or `Deny`.
+    NeedsMemory,
+};
+
+/// A decode that takes less does not ask.
+inline constexpr std::uint64_t memoryWithoutAsking = std::uint64_t{32} << 20;
 
 /// From the decoder process.
 struct Reply {

@@ -123,7 +123,9 @@ const codec::Codec orders[] = {
          const auto bytes = source.bytes();
          const QByteArray text(
              reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size()));
-         return std::make_unique<OrderDecoder>(text.trimmed().split(' '));
+         // The header of a picture, which declares a size, may stand before the order.
+         return std::make_unique<OrderDecoder>(
+             text.mid(text.lastIndexOf('\n') + 1).trimmed().split(' '));
      }}};
 
 } // namespace

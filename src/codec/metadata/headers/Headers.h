@@ -17,7 +17,7 @@ inline constexpr int mostChunks = 65536;
 [[nodiscard]] std::optional<ImageHeader> readGif(Bytes file, std::size_t frame);
 [[nodiscard]] std::optional<ImageHeader> readTiff(Bytes file, std::size_t frame);
 [[nodiscard]] std::optional<ImageHeader> readWebP(Bytes file, std::size_t frame);
-[[nodiscard]] std::optional<ImageHeader> readHeif(Bytes file);
+[[nodiscard]] std::optional<ImageHeader> readHeif(Bytes file, std::size_t frame);
 [[nodiscard]] std::optional<ImageHeader> readJpegXl(Bytes file);
 [[nodiscard]] std::optional<ImageHeader> readJpeg2000(Bytes file, Container container);
 [[nodiscard]] std::optional<ImageHeader> readPhotoshop(Bytes file);

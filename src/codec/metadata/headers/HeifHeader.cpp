@@ -2,11 +2,18 @@
 #include "codec/metadata/headers/Headers.h"
 #include "codec/metadata/headers/Orientation.h"
 
+#include <libheif/heif.h>
+
+#include <algorithm>
+#include <memory>
+
 namespace codec::headers {
 
 using namespace std::string_view_literals;
 
 namespace {
+
+constexpr int mostItems = 10000;
 
 Bytes find(const std::vector<Box>& boxes, std::string_view name) {
     for (const Box& box : boxes) {
@@ -41,6 +48,22 @@ std::vector<std::size_t> propertiesOf(std::uint32_t item, Bytes ipma) {
         offset += count * (widePosition ? 2 : 1);
     }
     return {};
+}
+
+/// Which of the items are pictures by themselves, and not tiles, masks or previews of others, is a
+/// matter of many boxes.
+std::optional<std::uint32_t> furtherItem(Bytes file, std::uint32_t primary, std::size_t frame) {
+    const std::unique_ptr<heif_context, decltype(&heif_context_free)> context(
+        heif_context_alloc(), &heif_context_free);
+    const heif_error opened = heif_context_read_from_memory_without_copy(
+        context.get(), file.data(), file.size(), nullptr);
+    if (opened.code != heif_error_Ok) return std::nullopt;
+    const int count = heif_context_get_number_of_top_level_images(context.get());
+    std::vector<heif_item_id> items(static_cast<std::size_t>(std::clamp(count, 0, mostItems)));
+    heif_context_get_list_of_top_level_image_IDs(
+        context.get(), items.data(), static_cast<int>(items.size()));
+    std::erase(items, primary);
+    return frame <= items.size() ? std::optional(items[frame - 1]) : std::nullopt;
 }
 
 void readColor(Bytes colr, ImageHeader& header) {
@@ -81,20 +104,22 @@ void applyProperty(const Box& box, ImageHeader& header) {
 
 } // namespace
 
-/// The header of the primary picture, which is frame 0; other pictures of the file are rare and
-/// have no properties of their own here.
-std::optional<ImageHeader> readHeif(Bytes file) {
+/// The header of the primary picture, which is frame 0, or of another one in the order in which the
+/// decoder has them.
+std::optional<ImageHeader> readHeif(Bytes file, std::size_t frame) {
     const Bytes meta = find(boxesIn(file), "meta"sv);
     const std::vector<Box> boxes = boxesIn(meta.from(4));
     const std::vector<Box> parts = boxesIn(find(boxes, "iprp"sv));
     const std::vector<Box> properties = boxesIn(find(parts, "ipco"sv));
-    const std::uint32_t item = primaryItem(find(boxes, "pitm"sv));
+    const std::uint32_t primary = primaryItem(find(boxes, "pitm"sv));
+    const auto item = frame == 0 ? std::optional(primary) : furtherItem(file, primary, frame);
+    if (!item) return std::nullopt;
     ImageHeader header;
     header.colorModel = QStringLiteral("RGB");
     header.orientation = 1;
     for (const Box& box : parts) {
         if (!box.is("ipma"sv)) continue;
-        for (const std::size_t position : propertiesOf(item, box.content)) {
+        for (const std::size_t position : propertiesOf(*item, box.content)) {
             if (position >= 1 && position <= properties.size()) {
                 applyProperty(properties[position - 1], header);
             }

@@ -29,7 +29,7 @@ std::optional<ImageHeader> readContainer(Bytes file, Container container, std::s
     case Container::WebP:
         return readWebP(file, frame);
     case Container::Heif:
-        return readHeif(file);
+        return readHeif(file, frame);
     case Container::JpegXl:
     case Container::JpegXlCodestream:
         return readJpegXl(file);
