@@ -377,6 +377,24 @@ TEST_F(BrowserViewTest, picturesAndTheirFramesLieOnWholePixelsAtAnyScale) {
     }
 }
 
+TEST_F(BrowserViewTest, aScrollStepOfWholePixelsMovesAllThatWasDrawn) {
+    show({60});
+    for (const auto& item : tree->tree[0]->imageFiles())
+        item->setThumbnailRef(plain(QColor::fromHsv(static_cast<int>(item->fileId() * 5), 99, 99)));
+    const auto drawnAt = [&](double y) {
+        scrollView.scrollToPosition(y, false);
+        QImage image(view->size() * 1.5, QImage::Format_RGB32);
+        image.setDevicePixelRatio(1.5);
+        view->render(&image);
+        return image.copy(0, 36, image.width(), image.height() - 36); // without the head
+    };
+    for (const int from : {24, 25}) {
+        const QImage before = drawnAt(from), after = drawnAt(from + 100);
+        const QSize kept(after.width(), after.height() - 150);
+        EXPECT_EQ(after.copy(QRect({}, kept)), before.copy(QRect({0, 150}, kept))) << from;
+    }
+}
+
 TEST_F(BrowserViewTest, aNameIsShortenedWhereItsNeighboursHaveTheSame) {
     show({3});
     view->setStyle(BrowserMetrics::FileName);

@@ -225,9 +225,9 @@ struct Sheet final : QWidget {
 TEST_F(PBScrollViewTest, aFingerOnATouchScreenPushesTheSheetOrClicks) {
     auto* sheet = new Sheet;
     view.setDocumentView(sheet);
-    QPointingDevice* screen = QTest::createTouchDevice();
+    const std::unique_ptr<QPointingDevice> screen(QTest::createTouchDevice());
     const auto touch = [&](auto step, int at) {
-        auto sequence = QTest::touchEvent(view.windowHandle(), screen, false);
+        auto sequence = QTest::touchEvent(view.windowHandle(), screen.get(), false);
         (sequence.*step)(0, {100, at}, static_cast<QWindow*>(nullptr));
         sequence.commit();
     };

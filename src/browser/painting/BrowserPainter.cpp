@@ -32,7 +32,10 @@ QFont fileInfoFont() {
 /// The device pixels that show a rectangle of points: as many wherever it lies.
 QRect toPixels(const QPainter& painter, const QRectF& rect, double ratio) {
     const QPointF corner = painter.deviceTransform().map(rect.topLeft());
-    return {corner.toPoint(), (rect.size() * ratio).toSize()};
+    // Halves go the same way above the device's edge, or what is scrolled would not fit what is
+    // drawn.
+    const auto whole = [](double pixel) { return static_cast<int>(std::floor(pixel + 0.5)); };
+    return {QPoint(whole(corner.x()), whole(corner.y())), (rect.size() * ratio).toSize()};
 }
 
 /// Makes the painter map device pixels one to one, so that pictures of their final size are copied.
