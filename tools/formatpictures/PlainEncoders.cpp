@@ -91,7 +91,9 @@ QByteArray tga(const QImage& image, int bits, bool hasRuns, bool isTopDown, bool
             put(pixelAt(index));
             index += run;
         } else {
-            const unsigned count = std::min(7U, width * height - index);
+            // The longest that the format has, too.
+            const unsigned wanted = index % 2 == 0 ? 128 : 7;
+            const unsigned count = std::min(wanted, width * height - index);
             file.u8(count - 1);
             for (unsigned step = 0; step < count; ++step)
                 put(pixelAt(index++));
@@ -114,7 +116,7 @@ QByteArray packed(const QByteArray& row) {
             result += row[at];
             at += run;
         } else {
-            const qsizetype count = std::min<qsizetype>(5, row.size() - at);
+            const qsizetype count = std::min<qsizetype>(at % 2 == 0 ? 128 : 5, row.size() - at);
             result += static_cast<char>(count - 1);
             result += row.mid(at, count);
             at += count;
