@@ -92,7 +92,9 @@ bool compareProperties(const QString& path, codec::DecoderPool& pool) {
                     for (int file = 0; file < files / readers; ++file) {
                         QFile opened(path);
                         if (!opened.open(QIODevice::ReadOnly)) std::abort();
-                        if (!pool.properties(opened.handle(), type, 0)) std::abort();
+                        if (pool.properties(opened.handle(), type, 0, {}).status !=
+                            codec::PropertiesStatus::Read)
+                            std::abort();
                     }
                 });
             }

@@ -244,6 +244,16 @@ void ApplicationController::connectFolderRoots() {
         _marks->restorer().rootsWereRemoved();
         _thumbnailCleaner->wake();
     });
+    QObject::connect(
+        &*_folderRoots, &FolderRootServices::rootIsGone, window, [this](const PBAliasObject& root) {
+            _mainWindowController->noticeBar().tell(
+                {.key = QStringLiteral("gone ") + root.reservePath(),
+                 .text = platform::localizedFormat(u"NoticeRootGone", {root.displayName()}),
+                 .details =
+                     platform::localizedFormat(u"NoticeRootGoneDetails", {root.reservePath()}),
+                 .action = {},
+                 .perform = {}});
+        });
 }
 
 void ApplicationController::createQueues() {

@@ -28,7 +28,7 @@ FolderRootServices::FolderRootServices(const Environment& environment)
               loop->post(MainLoop::Mode::Common, std::move(function));
           }
       }),
-      _mounter(&QDBusConnection::systemBus), _aliasResolver(_calls, &_mounter),
+      _diskMounter(&QDBusConnection::systemBus), _aliasResolver(_calls, &_mounter),
       _folderLister(_calls),
       _aliasManager(
           {environment.mainFileDb, *this,
@@ -165,6 +165,9 @@ void FolderRootServices::removalDidEnd(
     platform::assertMainThread();
     if (isRemoved) {
         Q_EMIT rootsWereRemoved();
+        for (const auto& root : roots) {
+            if (root.get() != askedFor && root->isGone()) Q_EMIT rootIsGone(*root);
+        }
         return;
     }
     _aliasManager.rootsWereNotRemoved(roots, askedFor);

@@ -5,6 +5,7 @@
 #include "library/PBFolderLister.h"
 #include "library/PBPathHistory.h"
 #include "library/SCEvents.h"
+#include "platform/volumes/TableMounter.h"
 #include "platform/volumes/VolumeMounter.h"
 #include "platform/volumes/VolumeWatcher.h"
 #include "platform/work/BoundedCalls.h"
@@ -60,6 +61,8 @@ public:
 Q_SIGNALS:
     /// Roots have left the catalogue with all their rows.
     void rootsWereRemoved();
+    /// One of them left since its folder is nowhere on its disk, and not because the user said so.
+    void rootIsGone(const PBAliasObject& aliasObject);
     /// The catalogue did not let go of roots: they are back. `askedFor` is the one that the user
     /// had removed; nullptr for none.
     void rootsCameBack(PBAliasObject* askedFor);
@@ -82,7 +85,9 @@ private:
 
     const Environment _environment;
     platform::BoundedCalls _calls;
-    platform::DiskServiceMounter _mounter;
+    platform::DiskServiceMounter _diskMounter;
+    platform::TableMounter _tableMounter;
+    platform::AnyMounter _mounter{{&_diskMounter, &_tableMounter}};
     PBAliasResolver _aliasResolver;
     PBBoundedFolderLister _folderLister;
     PBAliasManager _aliasManager;

@@ -205,7 +205,12 @@ void PBAliasResolver::mountVolume(const PBAliasObject& aliasObject, QString* err
     const auto bookmark = Bookmark::fromData(aliasObject.aliasData());
     const bool canTry = _mounter && bookmark && _mounter->canMount(bookmark->fileSystem);
     if (!canTry) {
-        if (error) *error = platform::localizedString(u"VolumeNotConnected");
+        const bool isOnServer = bookmark && aliasObject.type() == PBAliasObject::Network;
+        if (error)
+            *error = isOnServer ? platform::localizedFormat(
+                                      u"ServerNotMounted",
+                                      {QString::fromUtf8(bookmark->fileSystem.source)})
+                                : platform::localizedString(u"VolumeNotConnected");
         return;
     }
     const std::weak_ptr<PBAliasResolver*> self = _self;

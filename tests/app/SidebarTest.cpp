@@ -1,4 +1,5 @@
 #include "app/RunningProgram.h"
+#include "shell/panes/NoticeBar.h"
 #include "shell/sidebar/FolderRootCommands.h"
 #include "support/MemoryDisk.h"
 #include "support/Rows.h"
@@ -143,6 +144,8 @@ TEST_F(SidebarTest, aRootIsGoneWhenTheWholeDiskWasLookedThroughAndNotBefore) {
     EXPECT_EQ(roots().size(), 2) << "only looked for near its place";
     const QString found = path(u"disk/.deep"_s);
     EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{found}; }));
+    NoticeBar& notices = controller->mainWindowController().noticeBar();
+    EXPECT_TRUE(support::spinUntil([&] { return notices.text().contains(u"“R”"_s); }));
     EXPECT_EQ(imageRows(), QStringList{u"2.jpg"_s});
 }
 

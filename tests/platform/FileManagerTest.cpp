@@ -24,7 +24,9 @@ TEST(FileManagerTest, enumerationSkipsHiddenAndUndecodableEntriesAndMarksPackage
         found[entry.name] = {entry.isDirectory, entry.isPackage, entry.isLink};
         return true;
     };
+    testing::internal::CaptureStderr();
     EXPECT_FALSE(enumerate(folder.path(), note));
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("UTF-8"), std::string::npos);
     const std::map<QString, Kinds> expected{
         {u"a.jpg"_s, {false, false, false}}, {u"sub"_s, {true, false, false}},
         {u"link"_s, {true, false, true}},    {u"dangling"_s, {false, false, true}},

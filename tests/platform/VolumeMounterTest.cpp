@@ -1,5 +1,6 @@
 #include "platform/volumes/VolumeMounter.h"
 #include "platform/program/LocalizedTexts.h"
+#include "platform/volumes/TableMounter.h"
 
 #include "support/Support.h"
 
@@ -92,3 +93,41 @@ TEST_F(VolumeMounterTest, diskIsFoundByItsUuidAndMountedOrItIsToldWhyNot) {
 }
 
 } // namespace
+
+TEST(TableMounterTest, whatTheSystemLetsUsersMountIsMountedAndWhatHinderedItIsTold) {
+    const QTemporaryDir folder;
+    support::writeFile(
+        folder.filePath(u"table"_s), "# servers\n"
+                                     "nas:/photos /mnt/photos nfs noauto,user 0 0\n"
+                                     "nas:/auto /mnt/auto nfs x-systemd.automount 0 0\n"
+                                     "nas:/root /mnt/root nfs noauto 0 0\n");
+    const auto system = [&](const char* mount) {
+        const QString program = folder.filePath(u"mount"_s);
+        support::writeFile(program, QByteArray("#!/bin/sh\n") + mount);
+        QFile::setPermissions(program, QFile::ReadOwner | QFile::ExeOwner | QFile::WriteOwner);
+        return platform::TableMounter::System{
+            folder.filePath(u"table"_s), program, folder.filePath(u"none"_s)};
+    };
+    const auto server = [](const char* source) {
+        FileSystemIdentity identity;
+        identity.source = source;
+        return identity;
+    };
+    platform::TableMounter able(system("echo \"no $1\" >&2; exit 32"));
+    platform::AnyMounter any({&able});
+    for (const auto& [source, can] :
+         {std::pair("nas:/photos", true), {"nas:/auto", true}, {"nas:/root", false}, {"", false}})
+        EXPECT_EQ(any.canMount(server(source)), can) << source;
+    QStringList told;
+    const auto note = [&](const QString& error) { told.append(error); };
+    any.mount(server("nas:/photos"), note);
+    EXPECT_TRUE(support::spinUntil([&] { return told.size() == 1; }));
+    EXPECT_EQ(told.constFirst(), u"no /mnt/photos");
+    any.mount(server("nas:/auto"), note); // nothing that could look at it
+    EXPECT_TRUE(support::spinUntil([&] { return told.size() == 2; }));
+    EXPECT_NE(told.constLast(), QString());
+    static_cast<void>(system("exit 0"));
+    any.mount(server("nas:/photos"), note);
+    EXPECT_TRUE(support::spinUntil([&] { return told.size() == 3; }));
+    EXPECT_EQ(told.constLast(), QString());
+}

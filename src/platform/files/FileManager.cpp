@@ -2,11 +2,13 @@
 
 #include "platform/files/DirectoryHandle.h"
 #include "platform/files/Spelling.h"
+#include "platform/program/StandardError.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 
@@ -141,6 +143,20 @@ EntryLook OpenFolder::look(const QString& name) const {
     return lookAt(_descriptor, name);
 }
 
+namespace {
+
+/// Once in a run: where there is one such name, there are mostly many.
+void tellUnreadableName(const QString& folder, const QString& name) {
+    static std::atomic<bool> isTold = false;
+    if (isTold.exchange(true)) return;
+    complain(
+        QStringLiteral("names of files in %1 are not in UTF-8, such as %2; such files are left "
+                       "out until they are renamed")
+            .arg(folder, name));
+}
+
+} // namespace
+
 std::error_code
 enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor) {
     const QByteArray bytes = QFile::encodeName(folder);
@@ -153,7 +169,10 @@ enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)
         if (found->d_name[0] == '.') continue;
         DirectoryEntry entry;
         entry.name = QFile::decodeName(found->d_name);
-        if (QFile::encodeName(entry.name) != found->d_name) continue;
+        if (QFile::encodeName(entry.name) != found->d_name) {
+            tellUnreadableName(folder, entry.name);
+            continue;
+        }
         entry.isDirectory = isDirectoryAt(::dirfd(directory.get()), *found);
         entry.isPackage = entry.isDirectory && isPackageName(entry.name);
         entry.isLink = isLinkAt(::dirfd(directory.get()), *found);

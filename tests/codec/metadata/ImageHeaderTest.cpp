@@ -222,6 +222,8 @@ TEST(ImageHeaderTest, propertiesSayWhatHeadersDoAndRawFilesTheSizeOfTheirPicture
     }
     EXPECT_EQ(described(formatpictures::file("frames.gif"), 1), u"40x30 8 RGB 0.12 s"_s);
     EXPECT_EQ(described(formatpictures::file("frames.gif"), 3), u"none"_s);
+    EXPECT_EQ(described(formatpictures::file("gradient.heic"), 1), u"none"_s) << "not the first";
+    EXPECT_NE(described(formatpictures::file("gradient.heic"), 0), u"none"_s);
     const QByteArray mirror = box("imir", QByteArray(1, 1));
     EXPECT_EQ(described(heif({quarter, mirror})), u"4000x3000 8 RGB o5"_s);
 }
