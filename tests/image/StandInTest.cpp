@@ -28,14 +28,15 @@ TEST(StandInTest, onlyAPictureOfThePhotographsShapeStandsInWithoutItsBars) {
         {barred(small, tall), {3000, 4000}, {88, 120}},
         {barred(small, {QPoint(), small}), {4000, 3000}, small},
         {barred(small, wide), {4032, 3024}, small}, // its own bars: the photograph is as dark
-        {barred(small, wide, Qt::gray), {6000, 4000}, {}},
-        {barred(small, wide.adjusted(0, -4, 0, 0)), {6000, 4000}, {}}, // it shows more
+        {barred(small, wide, Qt::gray), {6000, 4000}, {0, 0}},
+        {barred(small, wide.adjusted(0, -4, 0, 0)), {6000, 4000}, {0, 0}}, // it shows more
         {barred(small, wide), {}, small},
-        {barred({1, 1}, {0, 0, 1, 1}), {6000, 4000}, {}},
-        {{}, {6000, 4000}, {}}};
+        {barred({1, 1}, {0, 0, 1, 1}), {6000, 4000}, {0, 0}},
+        {{}, {6000, 4000}, {0, 0}}};
     for (const Row& row : rows) {
         const QImage standIn = standInFor(row.embedded, row.photograph);
-        EXPECT_EQ(standIn.size(), row.expected) << row.photograph.width();
+        EXPECT_EQ(standIn.isNull(), row.expected.isNull()) << row.photograph.width();
+        EXPECT_TRUE(standIn.isNull() || standIn.size() == row.expected) << standIn.width();
         if (standIn.isNull() || row.expected == small) continue;
         EXPECT_GT(qRed(standIn.pixel(standIn.width() / 2, 0)), 100) << "a bar is left";
         EXPECT_GT(qRed(standIn.pixel(0, standIn.height() - 1)), 100);
