@@ -210,6 +210,15 @@ TEST_F(SidebarCommandsTest, aVolumeThatGoesTakesTheSelectionAndOneThatMovedKeeps
     selection.volumesDidUnmount({a});
     EXPECT_FALSE(tree.selectedItem());
     EXPECT_EQ(delegate.watchUpdates, 5);
+    setAway(*a, false);
+    selection.volumesDidMount({a});
+    EXPECT_EQ(selected(), path(u"A")) << "nothing else was selected meanwhile";
+    setAway(*a, true);
+    selection.volumesDidUnmount({a});
+    select(*b);
+    setAway(*a, false);
+    selection.volumesDidMount({a});
+    EXPECT_EQ(selected(), path(u"B"));
 }
 
 TEST_F(SidebarCommandsTest, stepsOfTheHistoryAreNoEntriesOfItAndPassOverWhatIsGone) {

@@ -42,6 +42,7 @@ SourceSelection::SourceSelection(const Parts& parts, QObject* parent)
 void SourceSelection::selectionDidChange(bool resolves) {
     platform::assertMainThread();
     _awaitedFolder.clear();
+    _leftFolder = {};
     const auto folder = _parts.tree.selectedFolder();
     const auto root = std::dynamic_pointer_cast<PBFolderAliasItem>(folder);
     if (root && resolves) resolveSelected(*root->aliasObject());
@@ -91,11 +92,17 @@ void SourceSelection::doSelectLastFolder() {
 
 void SourceSelection::selectFolder(const QString& path) {
     platform::assertMainThread();
+    _leftFolder = {};
     _awaitedFolder = path;
     trySelectAwaited();
 }
 
 void SourceSelection::trySelectAwaited() {
+    if (_leftFolder.root && _leftFolder.root->isMounted()) {
+        const auto item = _parts.tree.dataSource().folderItemWithAliasObject(
+            *_leftFolder.root, _leftFolder.relativePath, true);
+        if (item) return _parts.tree.select(*item);
+    }
     if (_awaitedFolder.isEmpty()) return;
     QString relativePath;
     const auto root = _parts.aliasManager.appropriateAliasObjectForPath(
@@ -158,8 +165,13 @@ void SourceSelection::volumesDidMount(const PBAliasArray& changed) {
 
 void SourceSelection::volumesDidUnmount(const PBAliasArray& changed) {
     if (changed.empty()) return;
+    LeftFolder left;
+    if (const auto folder = _parts.tree.selectedFolder())
+        left.root = folder->aliasObjectAndRelativePath(&left.relativePath);
     const auto root = refresh(changed);
-    if (root && !root->isMounted()) _parts.tree.clearSelection();
+    if (!root || root->isMounted()) return;
+    _parts.tree.clearSelection();
+    _leftFolder = std::move(left);
 }
 
 void SourceSelection::mountFailed(const PBAliasObject& aliasObject, const QString& error) {

@@ -75,4 +75,10 @@ private:
 
     const Parts _parts;
     QString _awaitedFolder; // empty: none
+    /// Was selected when its root went away, and nothing has been since.
+    struct LeftFolder {
+        std::shared_ptr<PBAliasObject> root; // empty: none
+        QString relativePath;
+    };
+    LeftFolder _leftFolder;
 };
