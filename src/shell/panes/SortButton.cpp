@@ -11,7 +11,6 @@
 #include <utility>
 
 using platform::localizedFormat;
-using platform::localizedString;
 
 namespace {
 
