@@ -152,8 +152,7 @@ TEST_F(AttachTest, APlaceThatIsFoundTakesItsPhotographsFromTheUnknownOnesOnce) {
 TEST_F(AttachTest, EditedItemsKeepTheGroupsThatTheirRowsTell) {
     makePicture(u"a.jpg"_s);
     scan();
-    ASSERT_TRUE(files.executeUpdate(
-        u"update ImageFile set ImageDPI = 300, ColorModel = 'RGB', Tag = '3'"_s));
+    execute(u"update ImageFile set ImageDPI = 300, ColorModel = 'RGB', Tag = '3'"_s);
     using namespace group;
     for (const auto& [type, value] :
          {std::pair(Resolution, PBValue(300)),
