@@ -29,16 +29,6 @@ TEST(MetadataKeysTest, keysOfNewerDecodersAndOfOtherTablesAreDropped) {
         if (!column.isAbsent()) expected.emplace(key, column);
     }
     EXPECT_EQ(databaseDictFromExifPropDict(exif), expected);
-    for (const QString& key :
-         u"Caption/Abstract Writer/Editor Province/State City "
-         "Country/PrimaryLocationCode Country/PrimaryLocationName"_s.split(u' '))
-        EXPECT_EQ(
-            databaseDictFromIPTCPropDict({{key, 1}}),
-            (PBDictionary{{QString(key).replace(u'/', u'_'), 1}}));
-    for (const char16_t* key :
-         {u"ISOSpeed", u"ISOSpeedLatitudeyyy", u"ISOSpeedLatitudezzz", u"RecommendedExposureIndex",
-          u"SensitivityType", u"StandardOutputSensitivity"})
-        EXPECT_TRUE(databaseKeyFromExifKey(key).isEmpty());
     const PBDictionary mixed{
         {u"LensID"_s, 2},
         {u"Make"_s, u"a"_s},

@@ -82,18 +82,9 @@ TEST_F(DiskFaultsTest, WhateverCallFailsPicturesComeAndGoWhole) {
     }
 }
 
-TEST_F(DiskFaultsTest, WhatIsNotTakenComesLaterAndOnePictureKeepsNoOtherOut) {
+TEST_F(DiskFaultsTest, OnePictureThatIsNotTakenKeepsNoOtherOutAndComesLater) {
     const QStringList all = words("a.jpg b.jpg c.jpg");
     makeMarked(all);
-    const QString pages = support::rowsOf(scanFiles, u"pragma page_count"_s).constFirst();
-    support::rowsOf(scanFiles, u"pragma max_page_count = "_s + pages);
-    importers.properties[u"c.jpg"_s][u"{IPTC}"_s] =
-        PBDictionary{{u"Headline"_s, QString(20'000, u'h')}};
-    faultyScan();
-    EXPECT_TRUE(said.contains(u"files.db") && said.contains(u"full")) << said.toStdString();
-    EXPECT_EQ(said.count(u'\n'), 1);
-    expectWhole({});
-    support::rowsOf(scanFiles, u"pragma max_page_count = 10000"_s);
     execute(u"create trigger T before insert on Tiff when new.Make = 'b.jpg' begin select "
             "raise(abort, 'no'); end"_s);
     scan();
