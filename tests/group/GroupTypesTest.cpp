@@ -222,10 +222,7 @@ TEST(GroupPresetsTest, chainsAreSeededSavedAndRemovedOnceAsTheMenuOffers) {
     EXPECT_TRUE(menu[1].isSeparator() && menu[4].isSeparator());
     using Type = GroupPresets::Action::Type;
     const std::pair<const GroupPresets::Entry*, GroupPresets::Action> entries[] = {
-        {&menu[0].entries.at(1), {Type::Select, {16}}},
-        {&menu[2], {Type::Save, {}}},
         {&menu[3].entries.at(0), {Type::Remove, {3, 5}}},
-        {&menu[3].entries.at(3), {Type::RemoveAll, {}}},
         {&menu[5], {Type::CopyTo, {}}},
         {&menu[6], {Type::MoveTo, {}}}};
     for (const auto& [entry, action] : entries)
