@@ -1,11 +1,12 @@
 #include "catalogue/MetadataKeys.h"
 
 #include "catalogue/CatalogueSchema.h"
-#include "support/Support.h"
+#include "support/Rows.h"
 
 namespace {
 
 using namespace PBUtilities;
+using support::entries;
 
 /// A row of a table with a value in the given columns and the null marker in all others.
 PBArray rowOf(QStringView type, const PBDictionary& values) {
@@ -18,33 +19,18 @@ PBArray rowOf(QStringView type, const PBDictionary& values) {
 }
 
 TEST(MetadataKeysTest, keysOfNewerDecodersAndOfOtherTablesAreDropped) {
-    using Row = std::tuple<QString, PBValue, PBValue>;
-    PBDictionary exif, expected;
-    for (const auto& [key, value, column] :
-         {Row(u"ISOSpeedRatings"_s, PBArray{100, 200}, u"100,200"_s), Row(u"FNumber"_s, 2.8, 2.8),
-          Row(u"LensSpecification"_s, PBArray{24.0, 70.5, 2.8, 0}, u"24,70.5,2.8,0"_s),
-          Row(u"OffsetTimeOriginal"_s, u"+02:00"_s, {}), Row(u"SubjectArea"_s, PBArray{}, {}),
-          Row(u"FileId"_s, 5, {}), Row(u"OECF"_s, PBDictionary{{u"Flash"_s, 1}}, {})}) {
-        exif.emplace(key, value);
-        if (!column.isAbsent()) expected.emplace(key, column);
-    }
+    PBDictionary exif = entries("FNumber=2.8 OffsetTimeOriginal=+02:00 FileId=5");
+    exif[u"ISOSpeedRatings"_s] = PBArray{100, 200};
+    exif[u"LensSpecification"_s] = PBArray{24.0, 70.5, 2.8, 0};
+    exif[u"SubjectArea"_s] = PBArray{};
+    exif[u"OECF"_s] = PBDictionary{{u"Flash"_s, 1}};
+    const PBDictionary expected =
+        entries("FNumber=2.8 ISOSpeedRatings=100,200 LensSpecification=24,70.5,2.8,0");
     EXPECT_EQ(databaseDictFromExifPropDict(exif), expected);
-    for (const QString& key :
-         u"Caption/Abstract Writer/Editor Province/State City "
-         "Country/PrimaryLocationCode Country/PrimaryLocationName"_s.split(u' '))
-        EXPECT_EQ(
-            databaseDictFromIPTCPropDict({{key, 1}}),
-            (PBDictionary{{QString(key).replace(u'/', u'_'), 1}}));
-    for (const char16_t* key :
-         {u"ISOSpeed", u"ISOSpeedLatitudeyyy", u"ISOSpeedLatitudezzz", u"RecommendedExposureIndex",
-          u"SensitivityType", u"StandardOutputSensitivity"})
-        EXPECT_TRUE(databaseKeyFromExifKey(key).isEmpty());
-    const PBDictionary mixed{
-        {u"LensID"_s, 2},
-        {u"Make"_s, u"a"_s},
-        {u"TileWidth"_s, 16},
-        {u"Nested"_s,
-         PBDictionary{{u"LensID"_s, 3}, {u"In"_s, PBDictionary{{u"City"_s, 4}, {u"DOP"_s, 5}}}}}};
+    PBDictionary mixed = entries("LensID=2 Make=a TileWidth=16");
+    PBDictionary nested = entries("LensID=3");
+    nested[u"In"_s] = entries("City=4 DOP=5");
+    mixed[u"Nested"_s] = nested;
     EXPECT_EQ(databaseDictFromExifAuxPropDict(mixed), (PBDictionary{{u"LensID"_s, 2}}));
     EXPECT_EQ(databaseDictFromTiffPropDict(mixed), (PBDictionary{{u"Make"_s, u"a"_s}}));
     EXPECT_EQ(databaseDictFromIPTCPropDict(mixed), (PBDictionary{{u"City"_s, 4}}));
@@ -64,16 +50,13 @@ TEST(MetadataKeysTest, rowsComeBackUnderTheirColumnsWithoutNulls) {
 }
 
 TEST(MetadataKeysTest, onlyValuesThatEveryImageHasSurviveAMerge) {
-    PBDictionary first, second, expected;
-    using Row = std::tuple<QString, PBValue, PBValue, PBValue>;
-    for (const auto& [key, value, other, both] :
-         {Row(u"Make"_s, u"Nikon"_s, u"NIKON"_s, u"Nikon"_s), Row(u"Orientation"_s, 1, 1.0, 1),
-          Row(u"Model"_s, u"D70"_s, u"D80"_s, PBNull()), Row(u"Software"_s, u"x"_s, {}, PBNull()),
-          Row(u"XResolution"_s, 300, u"300"_s, PBNull()), Row(u"Artist"_s, {}, u"y"_s, PBNull())}) {
-        if (!value.isAbsent()) first.emplace(key, value);
-        if (!other.isAbsent()) second.emplace(key, other);
-        expected.emplace(key, both);
-    }
+    const PBDictionary first =
+        entries("Make=Nikon Orientation=1 Model=D70 Software=x XResolution=300");
+    PBDictionary second = entries("Make=NIKON Orientation=1.0 Model=D80 Artist=y");
+    second[u"XResolution"_s] = u"300"_s;
+    PBDictionary expected = entries("Make=Nikon Orientation=1");
+    for (const QString& key : support::words("Model Software XResolution Artist"))
+        expected[key] = PBNull();
     PBDictionary merged = first;
     mergePropertyDictionary(merged, rowOf(u"Tiff", first), u"Tiff");
     EXPECT_EQ(merged, first);

@@ -231,37 +231,21 @@ TEST(Formats, FramesComeAsTheyAreInWhateverOrderAndOnesThatWereDrawnAreNotReadAg
 
 /// Where the data of a picture end, it is not worth to look for more in each of its rows.
 TEST(Formats, ATiffWhoseDataEndIsGivenUpSoon) {
-    constexpr quint32 rows = 200;
-    QByteArray bytes("II*\0", 4);
-    const auto add = [&bytes](quint32 value, int count) {
-        for (int i = 0; i < count; ++i)
-            bytes.append(static_cast<char>(value >> (8 * i)));
-    };
-    add(8, 4);
-    const std::array<std::array<quint32, 3>, 8> tags{
-        {{256, 1, 4},
-         {257, 1, rows},
-         {258, 1, 8},
-         {262, 1, 1},
-         {273, rows, 110},
-         {277, 1, 1},
-         {278, 1, 1},
-         {279, rows, 110 + 4 * rows}}};
-    add(tags.size(), 2);
-    for (const auto& [tag, count, value] : tags) {
-        add(tag, 2);
-        add(4, 2);
-        add(count, 4);
-        add(value, 4);
-    }
-    add(0, 4);
-    for (quint32 row = 0; row < rows; ++row)
-        add(110 + 8 * rows + 4 * row, 4);
-    for (quint32 row = 0; row < rows; ++row)
-        add(4, 4);
-    ASSERT_EQ(bytes.size(), 110 + 8 * rows);
-    bytes.append(QByteArray(4 * 100, '\xff'));
-    const codec::Frame frame = decoded(bytes);
+    constexpr unsigned rows = 200;
+    pictures::ByteWriter file(true);
+    file.text("II").u16(42).u32(8).u16(8);
+    const std::tuple<unsigned, unsigned, unsigned> tags[] = {
+        {256, 1, 4},      {257, 1, rows}, {258, 1, 8}, {262, 1, 1},
+        {273, rows, 110}, {277, 1, 1},    {278, 1, 1}, {279, rows, 110 + 4 * rows}};
+    for (const auto& [tag, count, value] : tags)
+        file.u16(tag).u16(4).u32(count).u32(value);
+    file.u32(0);
+    for (unsigned row = 0; row < rows; ++row)
+        file.u32(110 + 8 * rows + 4 * row);
+    for (unsigned row = 0; row < rows; ++row)
+        file.u32(4);
+    ASSERT_EQ(file.bytes().size(), 110 + 8 * rows);
+    const codec::Frame frame = decoded(file.bytes() + QByteArray(4 * 100, '\xff'));
     EXPECT_FALSE(frame.isComplete);
     EXPECT_EQ(frame.image.pixel(0, 99), qRgb(255, 255, 255));
     EXPECT_EQ(frame.image.pixel(0, 120), qRgb(0, 0, 0)) << "one row more might have been there";

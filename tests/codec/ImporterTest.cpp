@@ -1,9 +1,9 @@
 #include "codec/MadePictures.h"
 #include "codec/PBImageImporter.h"
+#include "codec/metadata/Pictures.h"
 #include "codec/process/FrameReader.h"
 
-#include <QBuffer>
-#include <QDataStream>
+using pictures::ByteWriter;
 
 namespace {
 
@@ -69,30 +69,16 @@ TEST_F(ImporterFallback, FailuresGiveNothingAndAreNotAskedAgain) {
 
 namespace {
 
-QByteArray jpegOf(const QImage& image) {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    image.save(&buffer, "JPEG", 95);
-    return bytes;
-}
-
 /// An EXIF block in Intel's order, whose second directory names a JPEG of that place and length.
 QByteArray exifSegment(const QByteArray& thumbnail, quint32 place, quint32 length) {
-    QByteArray block;
-    QDataStream stream(&block, QIODevice::WriteOnly);
-    stream.setByteOrder(QDataStream::LittleEndian);
-    stream.writeRawData("II*\0", 4);
-    stream << quint32(8) << quint16(0) << quint32(14) << quint16(2);
-    for (const auto& [tag, value] : {std::pair(0x0201, place), std::pair(0x0202, length)})
-        stream << quint16(tag) << quint16(4) << quint32(1) << value;
-    stream << quint32(0);
-    block += thumbnail;
-    QByteArray segment;
-    QDataStream header(&segment, QIODevice::WriteOnly);
-    header.writeRawData("\xFF\xE1", 2);
-    header << quint16(block.size() + 8);
-    header.writeRawData("Exif\0\0", 6);
-    return segment + block;
+    ByteWriter block(true);
+    block.text("II").u16(42).u32(8).u16(0).u32(14).u16(2);
+    for (const auto& [tag, value] : {std::pair(0x0201U, place), {0x0202U, length}})
+        block.u16(tag).u16(4).u32(1).u32(value);
+    block.u32(0).text(thumbnail);
+    const auto size = static_cast<unsigned>(block.bytes().size()) + 8;
+    const QByteArray mark("Exif\0\0", 6);
+    return ByteWriter(false).text("\xFF\xE1").u16(size).text(mark).bytes() + block.bytes();
 }
 
 } // namespace
@@ -103,11 +89,11 @@ TEST(EmbeddedPicture, OfAJpegIsTheCamerasSmallOneOrNothing) {
     small.fill(Qt::red);
     QImage large(800, 600, QImage::Format_RGB32);
     large.fill(Qt::blue);
-    const QByteArray thumbnail = jpegOf(small);
+    const QByteArray thumbnail = pictures::saved(small, "JPEG");
     const auto length = static_cast<quint32>(thumbnail.size());
     constexpr quint32 place = 44; // behind the directories
     const auto embeddedOf = [&](const QByteArray& segment) {
-        QByteArray file = jpegOf(large);
+        QByteArray file = pictures::saved(large, "JPEG");
         file.insert(2, segment);
         const QString path = folder.filePath(u"a.jpg"_s);
         support::writeFile(path, file);

@@ -7,29 +7,24 @@ namespace made {
 
 std::vector<Picture> gradients() {
     const QImage image = formatpictures::picture();
-    std::vector<Picture> all{
-        {"gray-runs.psd", {}, {}, 3, true},
-        {"gray16.psd", {}, {}, 3, true},
+    // Files by how far their colours may be off.
+    const std::pair<int, const char*> files[] = {
+        {3, "png.ico gradient.ico plain.tga top.tga runs32.tga runs-from-right.tga rgb.psd "
+            "rgb16-runs.psd cmyk-runs.psd cmyk16.psd gradient.jp2 gradient.j2k gradient.jxl "
+            "deep.jxl big.tif tiles-planar16.tif planar.tif tiles-cmyk-deflate.tif cmyk16-lzw.tif "
+            "deep.png interlaced.png deep-interlaced.png gray-runs.psd gray16.psd"},
+        {12, "cmyk.jpg cmyk-inverted.jpg"},
+        {16, "lossy.jxl gradient.heic deep.heic gradient.avif"},
         // Small differences of Lab are large ones of the darkest colours.
-        {"lab.psd", {}, {}, 18},
-        {"lab16-runs.psd", {}, {}, 18},
-        {"tiles-lab.tif", {}, {}, 18},
-        {"lab16.tif", {}, {}, 18},
-        {"lossy.jxl", {}, {}, 16},
-        {"cmyk.jpg", {}, {}, 12},
-        {"cmyk-inverted.jpg", {}, {}, 12},
-        {"gradient.heic", {}, {}, 16},
-        {"deep.heic", {}, {}, 16},
-        {"gradient.avif", {}, {}, 16}};
-    for (const QString& name : support::words(
-             "png.ico gradient.ico plain.tga top.tga runs32.tga runs-from-right.tga rgb.psd "
-             "rgb16-runs.psd cmyk-runs.psd cmyk16.psd gradient.jp2 gradient.j2k gradient.jxl "
-             "deep.jxl big.tif tiles-planar16.tif planar.tif tiles-cmyk-deflate.tif "
-             "cmyk16-lzw.tif deep.png interlaced.png deep-interlaced.png"))
-        all.push_back({name.toStdString(), {}});
-    for (Picture& one : all) {
-        one.bytes = formatpictures::file(one.name.c_str());
-        if (one.name.ends_with(".tga")) one.typeHint = u"com.truevision.tga-image"_s;
+        {18, "lab.psd lab16-runs.psd tiles-lab.tif lab16.tif"}};
+    std::vector<Picture> all;
+    for (const auto& [tolerance, names] : files) {
+        for (const QString& file : support::words(names)) {
+            const std::string name = file.toStdString();
+            const QString hint = file.endsWith(u".tga") ? u"com.truevision.tga-image"_s : QString();
+            all.push_back(
+                {name, formatpictures::file(name), hint, tolerance, file.startsWith(u"gray")});
+        }
     }
     all.push_back({"jpeg", PBUtilities::cgImageRefToJpegData(image), {}, 16});
     all.push_back({"png", PBUtilities::cgImageRefToPngData(image)});

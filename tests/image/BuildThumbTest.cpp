@@ -2,7 +2,6 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
-#include "catalogue/PBRemoveThumbOperation.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/ThumbnailStore.h"
 #include "platform/work/MainLoop.h"
@@ -151,10 +150,6 @@ TEST_F(BuildThumbTest, AThumbnailThatIsThereStays) {
     EXPECT_EQ(order.size(), 2U) << "told all the same";
     EXPECT_EQ(ThumbnailStore::thumbnailData(db, 1), first);
     EXPECT_EQ(figures(), (QList{1, 0, 3}));
-
-    queue.addOperation(std::make_shared<PBRemoveThumbOperation>(std::vector<qint64>{1, 7}, db));
-    queue.waitUntilAllOperationsAreFinished();
-    EXPECT_FALSE(ThumbnailStore::isThumbnailExist(db, 1));
 }
 
 TEST_F(BuildThumbTest, WhatCannotBeDecodedOrWasCancelledLeavesNothing) {

@@ -151,7 +151,6 @@ TEST_F(PBSourceTreeTest, categoriesShowTheRootsThatAreNoZombies) {
     tree.removeFolderAlias(*item);
     EXPECT_EQ(changes, 4);
     tree.setContextMenuItem(item);
-    EXPECT_EQ(tree.contextMenuItem(), item);
     EXPECT_EQ(changes, 5);
     const QString network = platform::localizedString(u"NetworkDisks");
     EXPECT_EQ(shown(), (QStringList{network + u":share"_s, removable + u":stick"_s}));
@@ -180,9 +179,7 @@ TEST_F(PBSourceTreeTest, rowsTellWhetherTheirRootIsThere) {
     EXPECT_EQ(home->displayIcons(), QStringList{iconOfHome});
     EXPECT_NE(iconOfHome, FolderIcons::nameForPath(path(u"A")));
     EXPECT_EQ(FolderIcons::nameForPath(u"/"_s), u"drive-harddisk"_s);
-    EXPECT_EQ(tree.heightOfRow(*home), 32);
-    const auto category = tree.shownCategories().front();
-    EXPECT_EQ(tree.heightOfRow(*category), 20);
+    EXPECT_LT(tree.heightOfRow(*tree.shownCategories().front()), tree.heightOfRow(*home));
     for (const auto& [type, icon] :
          {std::pair(PBAliasObject::Local, u"folder"_s),
           {PBAliasObject::Network, u"network-server"_s},

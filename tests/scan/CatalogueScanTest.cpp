@@ -23,19 +23,6 @@ TEST_F(ScanTest, UnderAFilterTheDiskIsNotAskedForNewFilesAndUnmatchedRowsStay) {
     EXPECT_EQ(images(), words("a.jpg new.jpg"));
 }
 
-TEST_F(ScanTest, FilesThatASearchDoesNotFindAreStoredTogetherToo) {
-    changeServices(
-        [this](ScanServices& changed) { changed.now = [this] { return now = now + 0.25; }; });
-    std::set<int> stored; // at the moments at which a file is read
-    importers.willRead = [&](const QString&) { stored.insert(count(files, "ImageFile")); };
-    for (int i = 0; i < 24; ++i)
-        makePicture(u"%1.jpg"_s.arg(i), {2, 2});
-    browsing.searchString = u"zzz"_s;
-    scan();
-    EXPECT_EQ(images().size(), 24);
-    EXPECT_LE(stored.size(), 7U) << "a transaction each second, and not for each file";
-}
-
 TEST_F(ScanTest, RowsArePublishedAbove100AndNewFilesAbove200OrAfterASecond) {
     using Counts = std::vector<std::size_t>;
     for (int i = 0; i < 202; ++i)
@@ -114,10 +101,8 @@ TEST_F(ScanTest, FoldersAndFilesThatDifferInCaseOnlyAreKeptApart) {
 TEST_F(ScanTest, RowsUnderAFormerSpellingMakeRoomForThePresentOne) {
     makePictures("Trip/B.jpg Trip/x/d.jpg");
     scan();
-    for (const QString& sql :
-         {u"update Folder set RelativePath = 'trip/x' where RelativePath = 'Trip/x'"_s,
-          u"update ImageFile set FileName = 'b.jpg' where FileName = 'B.jpg'"_s})
-        ASSERT_TRUE(files.executeUpdate(sql));
+    execute(u"update Folder set RelativePath = 'trip/x' where RelativePath = 'Trip/x'"_s);
+    execute(u"update ImageFile set FileName = 'b.jpg' where FileName = 'B.jpg'"_s);
     ASSERT_TRUE(QFile::link(path(u"Trip"_s), path(u"trip"_s)));
     ASSERT_EQ(::link(path(u"Trip/B.jpg"_s).toUtf8(), path(u"Trip/b.jpg"_s).toUtf8()), 0);
     const platform::NamesOnDisk disk{
@@ -134,10 +119,7 @@ TEST_F(ScanTest, RowsUnderAFormerSpellingMakeRoomForThePresentOne) {
     EXPECT_EQ(rows(u"select RelativePath from Folder order by 1"_s), words("Trip Trip/x"));
     // While it is shown, too.
     items()[0]->setFileName(u"b.jpg"_s);
-    WatchedChanges changes;
-    changes.checkExist = true;
-    factory->attachChanges(changes, workTree, browsing);
-    waitForQueues();
+    watch(true);
     EXPECT_EQ(shown(), words("d.jpg"));
 }
 

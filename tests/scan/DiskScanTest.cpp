@@ -128,37 +128,6 @@ TEST_F(ScanTest, MetadataGoToTheirTablesAndOrientationToTheRotation) {
     }
 }
 
-/// Rows that were written and not committed are none: nothing of them may be shown.
-TEST_F(ScanTest, WhatIsNotCommittedIsNeitherShownNorCountedAsRemoved) {
-    makePicture(u"old.jpg"_s);
-    scan();
-    for (
-        const char* sql :
-        {"pragma foreign_keys = on", "create table Parent(Id integer primary key)",
-         "create table Child(Id references Parent(Id) deferrable initially deferred)",
-         "create trigger Insertion after insert on ImageFile begin insert into Child values(9);end",
-         "create trigger Deletion after delete on ImageFile begin insert into Child values(9);end"})
-        ASSERT_TRUE(scanFiles.executeUpdate(QString::fromLatin1(sql))) << sql;
-    makePicture(u"new.jpg"_s);
-    testing::internal::CaptureStderr();
-    scan();
-    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(shown(), words("old.jpg"));
-    QFile::remove(path(u"old.jpg"_s));
-    scan();
-    EXPECT_EQ(items().size(), 0U);
-    EXPECT_EQ(images(), words("old.jpg"));
-    EXPECT_EQ(figures.rowsInserted, 1U);
-    EXPECT_EQ(figures.rowsRemoved, 0U);
-    // The transactions have ended: once the obstacle is gone, all is as it should be.
-    ASSERT_TRUE(scanFiles.executeUpdate(u"drop trigger Insertion"_s));
-    ASSERT_TRUE(scanFiles.executeUpdate(u"drop trigger Deletion"_s));
-    scan();
-    EXPECT_EQ(shown(), words("new.jpg"));
-    EXPECT_EQ(images(), words("new.jpg"));
-    EXPECT_EQ(figures.rowsRemoved, 1U);
-}
-
 TEST_F(ScanTest, FilesAreReadAheadSixteenAtATime) {
     std::atomic<int> read = 0;
     importers.willRead = [&](const QString&) { ++read; };

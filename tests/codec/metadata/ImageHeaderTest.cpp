@@ -7,19 +7,7 @@
 
 namespace {
 
-using codec::Bytes;
-using codec::ImageHeader;
 using namespace pictures;
-
-Bytes viewOf(const QByteArray& bytes) {
-    return Bytes(
-        {reinterpret_cast<const std::uint8_t*>(bytes.data()),
-         static_cast<std::size_t>(bytes.size())});
-}
-
-std::optional<ImageHeader> headerOf(const QByteArray& bytes, std::size_t frame = 0) {
-    return codec::readImageHeader(viewOf(bytes), codec::sniffContainer(viewOf(bytes)), frame);
-}
 
 QByteArray hex(const char* digits) {
     return QByteArray::fromHex(digits);
@@ -27,7 +15,10 @@ QByteArray hex(const char* digits) {
 
 /// As "40x30 8 RGB", and what else the header says: dots an inch, profile, orientation, delay.
 QString described(const QByteArray& bytes, std::size_t frame = 0) {
-    const auto header = headerOf(bytes, frame);
+    const codec::Bytes view(
+        {reinterpret_cast<const std::uint8_t*>(bytes.data()),
+         static_cast<std::size_t>(bytes.size())});
+    const auto header = codec::readImageHeader(view, codec::sniffContainer(view), frame);
     if (!header) return u"none"_s;
     QStringList parts{
         u"%1x%2"_s.arg(header->width).arg(header->height), QString::number(header->depth),
