@@ -37,6 +37,24 @@ struct AttachTest : ScanTest {
 
 } // namespace
 
+TEST_F(AttachTest, AttachedWorkRunsWithoutAScanAndInOrderWithin) {
+    QStringList notes;
+    factory->attach(std::make_shared<Note>(notes, u"alone"_s));
+    scanQueue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(notes, QStringList{u"alone last"_s});
+
+    notes.clear();
+    makePicture(u"a.jpg"_s);
+    const auto mailbox = dictionary()->AttachOperationArray;
+    importers.willRead = [&, mailbox](const QString&) {
+        for (const QString& name : words("1 2 3"))
+            mailbox->add(std::make_shared<Note>(notes, name));
+    };
+    scan();
+    EXPECT_EQ(notes.join(u' '), u"1 2 3 last"_s);
+    EXPECT_EQ(shown(), words("a.jpg"));
+}
+
 TEST_F(AttachTest, WhatACancelledOwnerTookOutIsLostAndTheRestStays) {
     QStringList notes;
     class Cancel final : public PBScanAttachOperation {
@@ -134,7 +152,8 @@ TEST_F(AttachTest, APlaceThatIsFoundTakesItsPhotographsFromTheUnknownOnesOnce) {
 TEST_F(AttachTest, EditedItemsKeepTheGroupsThatTheirRowsTell) {
     makePicture(u"a.jpg"_s);
     scan();
-    execute(u"update ImageFile set ImageDPI = 300, ColorModel = 'RGB', Tag = '3'"_s);
+    ASSERT_TRUE(files.executeUpdate(
+        u"update ImageFile set ImageDPI = 300, ColorModel = 'RGB', Tag = '3'"_s));
     using namespace group;
     for (const auto& [type, value] :
          {std::pair(Resolution, PBValue(300)),
