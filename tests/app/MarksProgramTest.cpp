@@ -49,7 +49,7 @@ TEST_F(MarksProgramTest, MarksAreImportedKeptAndExportedWithAndWithoutARunningPr
     EXPECT_EQ(
         rows(u"select count(*) from Marks where Digest is null"_s, "marks.db"), QStringList{u"0"_s})
         << "--until-idle waits for the digests";
-    EXPECT_EQ(QDir(profile + u"/marks-snapshots"_s).entryList(QDir::Files).isEmpty(), false);
+    EXPECT_FALSE(QDir(profile + u"/marks-snapshots"_s).entryList(QDir::Files).isEmpty());
 
     start({});
     ASSERT_TRUE(support::spinUntil(
@@ -87,11 +87,7 @@ TEST_F(MarksProgramTest, AnEditThatCannotBeStoredSaysSoInTheWindowAndLosesNothin
     const QByteArray before = exported();
     const QByteArray edit = line(in(u"b.jpg"_s), "\"stars\":2");
     std::optional<FMDatabase> other;
-    struct Obstacle {
-        QString told;
-        std::function<void()> begin;
-        std::function<void()> end;
-    };
+    using Obstacle = std::tuple<QString, std::function<void()>, std::function<void()>>;
     for (const auto& [told, begin, end] : std::vector<Obstacle>{
              {u"no room"_s, [&] { disk.fill(0); }, [&] { disk.free(); }},
              {u"can’t be written"_s, [&] { disk.setReadOnly(true); },
