@@ -32,22 +32,3 @@ TEST_F(ScanProgramTest, ALaterStartHandsOverAndTheCatalogueFollowsARootRenamedIn
     EXPECT_EQ(program.exitCode(), 0);
     EXPECT_EQ(rows(statement), id);
 }
-
-TEST_F(ScanProgramTest, KilledAtAnyMomentItStartsAgainOnAConsistentCatalogue) {
-    std::mt19937 random(3);
-    for (int i = 0; i < 150; ++i)
-        makePicture(u"%1/%2.jpg"_s.arg(i % 5).arg(i));
-    // Hundreds of rounds when asked for.
-    const int rounds = std::max(12, qEnvironmentVariableIntValue("VELMORA_ROUNDS"));
-    for (int round = 0; round < rounds && !HasFailure(); ++round) {
-        start({u"--add"_s, pictures});
-        ASSERT_TRUE(program.waitForStarted());
-        program.waitForFinished(static_cast<int>(random() % 300)); // which it does not
-        program.kill();
-        ASSERT_TRUE(program.waitForFinished());
-        expectConsistentCatalogue();
-        QFile::remove(pictures + u"/%1/%2.jpg"_s.arg(round % 150 % 5).arg(round % 150));
-    }
-    visit({u"--add"_s, pictures});
-    EXPECT_EQ(inCatalogue(), onDisk());
-}
