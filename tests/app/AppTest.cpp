@@ -77,11 +77,10 @@ TEST(DamagedCatalogueTest, nothingHappensToTheFileUnlessTheUserSaysSo) {
         });
     };
     EXPECT_TRUE(settle(Choice::Quit)) << "no file yet";
-    {
-        FMDatabase sound(file);
-        ASSERT_TRUE(sound.open());
-        PBCatalogue(sound).checkTables_FilesDb();
-    }
+    std::optional<FMDatabase> sound(file);
+    ASSERT_TRUE(sound->open());
+    PBCatalogue(*sound).checkTables_FilesDb();
+    sound.reset();
     EXPECT_TRUE(settle(Choice::Quit));
     const QByteArray damaged = support::readFile(file).left(5000);
     support::writeFile(file, damaged);

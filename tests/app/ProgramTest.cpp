@@ -40,8 +40,7 @@ TEST_F(ProgramTest, whatIsDamagedOrCutInAWriteIsToldAndCostsNoMoreThanItself) {
          {QByteArray(5000, 'x'), wholeFiles.left(100), wholeFiles.left(4096)}) {
         support::writeFile(files, damaged);
         visit();
-        EXPECT_EQ(said.count('\n'), 1) << said.toStdString();
-        EXPECT_TRUE(said.contains("files.db"));
+        EXPECT_TRUE(said.count('\n') == 1 && said.contains("files.db")) << said.toStdString();
         EXPECT_EQ(support::readFile(files), damaged);
     }
 }

@@ -1,38 +1,22 @@
 #include "app/ScanProgram.h"
 
-TEST_F(ScanProgramTest, ALaterStartHandsOverAndTheCatalogueFollowsItsRootToAnotherPlace) {
-    makePicture(u"first.jpg"_s);
+TEST_F(ScanProgramTest, ALaterStartHandsOverAndTheCatalogueFollowsARootRenamedInCaseOnly) {
+    makePicture(u"kept.jpg"_s);
     start({});
     ASSERT_TRUE(support::spinUntil([&] { return QFile::exists(profile + u"/thumbnail.db"_s); }));
     const Outcome later = run({u"--profile"_s, profile, u"--add"_s, pictures});
     EXPECT_TRUE(later.code == 0 && later.errors.isEmpty()) << later.errors.toStdString();
     ASSERT_TRUE(follows());
-    makePicture(u"second.jpg"_s);
+    makePicture(u"deleted.jpg"_s);
     ASSERT_TRUE(follows());
     // The root itself: its pictures stay catalogued under its new name.
-    const QStringList ids = rows(u"select Id from ImageFile"_s);
-    const QString elsewhere = temporary.filePath(u"elsewhere"_s);
-    ASSERT_TRUE(QDir().rename(pictures, elsewhere));
-    ASSERT_TRUE(support::spinUntil([&] {
-        return rows(u"select ReservePath from FolderAlias"_s) == QStringList{elsewhere};
-    })) << program.readAllStandardError().toStdString();
-    program.terminate();
-    ASSERT_TRUE(program.waitForFinished());
-    EXPECT_EQ(program.exitCode(), 0);
-    EXPECT_EQ(rows(u"select Id from ImageFile"_s), ids);
-}
-
-TEST_F(ScanProgramTest, ARootThatIsRenamedInCaseOnlyKeepsItsRowsWhenSomethingInItIsDeleted) {
-    makePicture(u"kept.jpg"_s);
-    makePicture(u"deleted.jpg"_s);
-    start({u"--add"_s, pictures});
-    ASSERT_TRUE(follows());
     const QString statement = u"select Id from ImageFile where FileName = 'kept.jpg'"_s;
     const QStringList id = rows(statement);
     const QString other = temporary.filePath(u"Pictures"_s);
     ASSERT_TRUE(QDir().rename(pictures, other));
-    ASSERT_TRUE(support::spinUntil(
-        [&] { return rows(u"select ReservePath from FolderAlias"_s) == QStringList{other}; }));
+    ASSERT_TRUE(support::spinUntil([&] {
+        return rows(u"select ReservePath from FolderAlias"_s) == QStringList{other};
+    })) << program.readAllStandardError().toStdString();
     // It is watched under its new name from some moment on.
     const auto isSeen = [&](int number) {
         const QString name = u"new%1.jpg"_s.arg(number);
@@ -43,24 +27,8 @@ TEST_F(ScanProgramTest, ARootThatIsRenamedInCaseOnlyKeepsItsRowsWhenSomethingInI
     EXPECT_TRUE(isSeen(1) || isSeen(2) || isSeen(3) || isSeen(4));
     QFile::remove(other + u"/deleted.jpg"_s);
     EXPECT_TRUE(support::spinUntil([&] { return !inCatalogue().contains(u"deleted.jpg"); }));
+    program.terminate();
+    ASSERT_TRUE(program.waitForFinished());
+    EXPECT_EQ(program.exitCode(), 0);
     EXPECT_EQ(rows(statement), id);
-}
-
-TEST_F(ScanProgramTest, KilledAtAnyMomentItStartsAgainOnAConsistentCatalogue) {
-    std::mt19937 random(3);
-    for (int i = 0; i < 150; ++i)
-        makePicture(u"%1/%2.jpg"_s.arg(i % 5).arg(i));
-    // Hundreds of rounds when asked for.
-    const int rounds = std::max(12, qEnvironmentVariableIntValue("VELMORA_ROUNDS"));
-    for (int round = 0; round < rounds && !HasFailure(); ++round) {
-        start({u"--add"_s, pictures});
-        ASSERT_TRUE(program.waitForStarted());
-        program.waitForFinished(static_cast<int>(random() % 300)); // which it does not
-        program.kill();
-        ASSERT_TRUE(program.waitForFinished());
-        expectConsistentCatalogue();
-        QFile::remove(pictures + u"/%1/%2.jpg"_s.arg(round % 150 % 5).arg(round % 150));
-    }
-    visit({u"--add"_s, pictures});
-    EXPECT_EQ(inCatalogue(), onDisk());
 }

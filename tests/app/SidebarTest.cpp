@@ -10,11 +10,6 @@
 
 namespace {
 
-/// Also while a list of its folders is being read.
-void unplug(const QByteArray& disk) {
-    ASSERT_EQ(::umount2(disk.constData(), MNT_DETACH), 0);
-}
-
 struct SidebarTest : RunningProgramTest {
     /// Adds the folder, waits until its images are catalogued; answers its id.
     qint64 add(const QString& below) {
@@ -149,56 +144,49 @@ TEST_F(SidebarTest, aRootIsGoneWhenTheWholeDiskWasLookedThroughAndNotBefore) {
     EXPECT_EQ(imageRows(), QStringList{u"2.jpg"_s});
 }
 
-TEST_F(SidebarTest, aRootThatIsRestoredOnAnotherDiskAtItsPlaceIsTheRoot) {
+TEST_F(SidebarTest, aRootIsGreyWhileItsDiskIsAwayAndComesWithItOrWhenItIsRestoredOnAnother) {
     std::optional<support::MemoryDisk> disk(path(u"disk"_s));
     if (!disk->isMounted()) return support::rerunWhereDisksCanBeMounted();
+    const QByteArray place = QFile::encodeName(path(u"disk"_s));
     const QString picture = makePicture(u"disk/R/1.jpg"_s);
+    const QString deep = make(u"disk/R/sub/deep"_s);
     const qint64 id = add(u"disk/R"_s);
     const QByteArray bytes = support::readFile(picture);
+    const auto item = std::dynamic_pointer_cast<PBFolderAliasItem>(tree().selectedItem());
+    ASSERT_TRUE(item);
+    window().sourceSelection().selectFolder(deep);
+    ASSERT_TRUE(selects(deep));
+    // Keeps the file system alive while it is mounted nowhere, as a disk in a drawer is.
+    const int drawer = ::open_tree(AT_FDCWD, place.constData(), OPEN_TREE_CLONE | O_CLOEXEC);
+    ASSERT_GE(drawer, 0);
     disk.reset();
-    EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{QString()}; }));
+    const auto is = [this](const QString& root) {
+        return support::spinUntil([&] { return roots() == QStringList{root}; });
+    };
+    EXPECT_TRUE(is({}));
+    EXPECT_FALSE(tree().selectedItem());
+    ASSERT_EQ(::move_mount(drawer, "", AT_FDCWD, place.constData(), MOVE_MOUNT_F_EMPTY_PATH), 0);
+    EXPECT_TRUE(is(path(u"disk/R"_s)));
+    EXPECT_TRUE(support::spinUntil([&] {
+        const auto sub = item->childFolderWithFolderName(u"sub"_s, true);
+        return sub && tree().isExpanded(*sub);
+    }));
+    EXPECT_FALSE(tree().selectedItem()) << "it comes back, but is not selected by itself";
+    ASSERT_EQ(::umount2(place.constData(), MNT_DETACH), 0);
+    ::close(drawer);
+    start();
+    EXPECT_EQ(roots(), QStringList{QString()}) << "kept, though out of reach";
     disk.emplace(path(u"disk"_s));
     // The mount alone brings nothing back.
     EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
     support::writeFile(picture, bytes);
-    EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{path(u"disk/R"_s)}; }));
+    EXPECT_TRUE(is(path(u"disk/R"_s)));
     EXPECT_EQ(rootIds(), (std::vector{id}));
     EXPECT_EQ(imageRows(), QStringList{u"1.jpg"_s});
     controller.reset();
     start();
     EXPECT_EQ(roots(), QStringList{path(u"disk/R"_s)}) << "by its new bookmark";
     controller.reset();
-}
-
-TEST_F(SidebarTest, unpluggedDiskGreysItsRootAndComesBackWithIt) {
-    const QByteArray disk = QFile::encodeName(make(u"disk"_s));
-    if (::mount("none", disk.constData(), "tmpfs", 0, nullptr) != 0)
-        GTEST_SKIP() << "not allowed to mount";
-    // Keeps the file system alive while it is mounted nowhere, as a disk in a drawer is.
-    const int drawer = ::open_tree(AT_FDCWD, disk.constData(), OPEN_TREE_CLONE | O_CLOEXEC);
-    ASSERT_GE(drawer, 0);
-    make(u"disk/photos/sub/deep"_s);
-    start(); // with the disk in its place
-    ASSERT_TRUE(controller->addFolders({path(u"disk/photos"_s)}));
-    const auto item = std::dynamic_pointer_cast<PBFolderAliasItem>(tree().selectedItem());
-    ASSERT_TRUE(item);
-    const auto sub = [&] { return item->childFolderWithFolderName(u"sub"_s, true); };
-    const QString deep = path(u"disk/photos/sub/deep"_s);
-    window().sourceSelection().selectFolder(deep);
-    ASSERT_TRUE(selects(deep));
-
-    unplug(disk);
-    EXPECT_TRUE(support::spinUntil([&] { return !item->aliasObject()->isMounted(); }));
-    EXPECT_FALSE(tree().selectedItem());
-
-    ASSERT_EQ(::move_mount(drawer, "", AT_FDCWD, disk.constData(), MOVE_MOUNT_F_EMPTY_PATH), 0);
-    EXPECT_TRUE(support::spinUntil([&] { return item->aliasObject()->isMounted(); }));
-    EXPECT_TRUE(support::spinUntil([&] { return sub() && tree().isExpanded(*sub()); }));
-    EXPECT_FALSE(tree().selectedItem()) << "it comes back, but is not selected by itself";
-    unplug(disk);
-    ::close(drawer);
-    start();
-    EXPECT_EQ(roots(), QStringList{QString()}) << "kept, though out of reach";
 }
 
 TEST_F(SidebarTest, aRemovedRootTakesAllItsRowsAndThumbnailsAlongAlsoWhereTheProgramEnds) {

@@ -19,8 +19,8 @@ struct BrowserSelectionTest : ::testing::Test {
         leaves.setLeafGroupItemArray(tree.leaves());
         layout.invalidate();
     }
-    auto capture(ScrollCaptureMode mode = ScrollCaptureMode::Nearest) {
-        return captureScrollWithMode(mode, layout, leaves, visible, editing);
+    auto capture() {
+        return captureScrollWithMode(ScrollCaptureMode::Nearest, layout, leaves, visible, editing);
     }
     double restored(const std::optional<PBImageBrowserViewScrollCapture>& captured) {
         return scrollPositionOfCapture(*captured, layout, leaves, visible).value_or(-1);
@@ -74,23 +74,8 @@ TEST_F(BrowserSelectionTest, aHeadOrARowNextToTheMiddleIsTheAnchor) {
     tree.remove(0, {inGap->imageFileItem});
     leaves.refresh();
     EXPECT_EQ(restored(inGap), -1);
-}
-
-TEST_F(BrowserSelectionTest, theSelectionOrARenamedImageMayBeTheAnchor) {
-    using enum ScrollCaptureMode;
-    EXPECT_FALSE(capture(FirstSelection));
-    tree.item(0, 1)->setIsSelected(true); // above
-    const auto end = capture(VisibleSelection);
-    EXPECT_EQ(end->type, PBImageBrowserViewScrollCapture::EndOfSheet);
-    EXPECT_EQ(restored(end), layout.contentHeight());
-    tree.item(0, 29)->setIsSelected(true);
-    EXPECT_EQ(capture(VisibleSelection)->imageFileItem, tree.item(0, 29));
-    const auto first = capture(FirstSelection);
-    EXPECT_EQ(first->imageFileItem, tree.item(0, 1));
-    EXPECT_EQ(restored(first), layout.cellRectAtIndex({0, 1}).center().y());
     editing = tree.item(0, 25);
-    for (const auto mode : {Nearest, FirstSelection})
-        EXPECT_EQ(capture(mode)->imageFileItem, editing);
+    EXPECT_EQ(capture()->imageFileItem, editing) << "one that is being renamed, wherever it is";
 }
 
 TEST_F(BrowserSelectionTest, pathsOfMissingFoldersAreLeftOut) {
@@ -102,26 +87,6 @@ TEST_F(BrowserSelectionTest, pathsOfMissingFoldersAreLeftOut) {
     selection.selectFrom({2, 39}, {9, 0});
     EXPECT_EQ(selection.selectCount(Included), 2);
     EXPECT_EQ(selection.selectedFilePath(folders, Included), QStringList{u"/p/c39"_s});
-}
-
-TEST_F(BrowserSelectionTest, chainsLeadFromTheTopToTheSelectedImagesOnly) {
-    auto top = PBGroupItem::groupItemWithParent(nullptr, 5, PBValue(u"/top"_s));
-    auto middle = PBGroupItem::groupItemWithParent(top.get(), 5, PBValue(u"/middle"_s));
-    tree.tree.push_back(PBGroupItem::groupItemWithParent(middle.get(), 5, PBValue(u"/leaf"_s)));
-    for (const QString& name : {u"d0"_s, u"d1"_s, u"d2"_s})
-        tree.add(3, name);
-    look();
-    tree.item(3, 1)->setIsSelected(true);
-    const auto chains = selection.selectedFileGroupTreeArray(Included);
-    ASSERT_EQ(chains.size(), 1U);
-    std::vector<std::shared_ptr<PBGroupItemData>> data;
-    for (const auto& node : chains[0])
-        data.push_back(node->data());
-    EXPECT_EQ(data, (std::vector{top->data(), middle->data(), tree.node(3).data()}));
-    const PBImageFileArray& images = chains[0].back()->imageFiles();
-    EXPECT_TRUE(images.size() == 1 && images[0] == tree.item(3, 1));
-    tree.data(3).setIsCollapsedForBrowser(true);
-    EXPECT_TRUE(selection.selectedFileGroupTreeArray(Excluded).empty());
 }
 
 TEST_F(BrowserSelectionTest, searchesFindImagesNearAndFar) {

@@ -58,6 +58,10 @@ struct BrowserViewTest : ::testing::Test {
         services.buffer.setBrowserOrder(nullptr);
         view.reset();
     }
+    void resizeThumbnails(double size) {
+        view->setThumbnailSize(size);
+        view->reloadData();
+    }
     void on(auto signal, auto function) {
         QObject::connect(view.get(), signal, view.get(), function);
     }

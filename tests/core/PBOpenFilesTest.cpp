@@ -37,18 +37,3 @@ TEST(PBOpenFilesTest, FoldersMatchByPathOnceAndThenByTheirIds) {
     EXPECT_EQ(files.matchFolder(30, {}).focusOpenFileObj->fileName, u"f");
     EXPECT_EQ(files.openFileArray().size(), 2U);
 }
-
-TEST(PBOpenFilesTest, AFileBelongsByItsNameUntilItsIdIsKnown) {
-    PBOpenFiles files({folderOf("/a", {u"x.jpg"_s, u"y.jpg"_s}), folderOf("/w", {})});
-    // Later by id: renamed since. A second file of the same name is another one.
-    using Case = std::tuple<qint64, QString, qint64, QString, bool>;
-    for (const auto& [folder, path, id, name, matches] :
-         {Case{4, u"/a"_s, 10, u"X.JPG"_s, false}, Case{4, u"/a"_s, 12, u"x.jpg"_s, true},
-          Case{4, u"/a"_s, 13, u"z.jpg"_s, false}, Case{4, u"/a"_s, 11, u"y.jpg"_s, true},
-          Case{4, u"/a"_s, 12, u"renamed.jpg"_s, true},
-          Case{4, u"/a"_s, 11, u"renamed.jpg"_s, true}, Case{4, u"/a"_s, 13, u"x.jpg"_s, false},
-          Case{4, u"/a"_s, 14, u"x.jpg"_s, false}, Case{5, u"/w"_s, 20, u"any.jpg"_s, true},
-          Case{6, u"/w/below"_s, 21, u"any.jpg"_s, true}, Case{6, u"/no"_s, 22, u"any.jpg"_s, true},
-          Case{7, u"/a/below"_s, 23, u"x.jpg"_s, false}})
-        EXPECT_EQ(files.matchFileInFolder(folder, path, id, name), matches) << id;
-}

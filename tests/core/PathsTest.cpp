@@ -21,12 +21,12 @@ TEST(PathsTest, pathsCompareByWholeComponentsAndParentsHaveFewer) {
 }
 
 TEST(PathsTest, ancestorIsTheDeepestCommonFolder) {
-    EXPECT_EQ(ancestorOfPath(u"/A/b/c", u"/A/b/d"), u"/A/b"_s);
-    EXPECT_EQ(ancestorOfPath(u"/A/b/c", u"/A/B/c"), u"/A"_s);
-    EXPECT_EQ(ancestorOfPath(u"/a", u"/b"), u"/"_s);
-    EXPECT_EQ(ancestorOfPath(u"", u"/b"), u"/"_s);
-    EXPECT_EQ(ancestorOfPath(u"x/y", u"z"), u"/"_s);
-    EXPECT_EQ(ancestorOfPath(u"/a/b/", u"/a/b"), u"/a/b"_s);
+    using Row = std::tuple<const char16_t*, const char16_t*, const char*>;
+    for (const auto& [path, other, ancestor] :
+         {Row{u"/A/b/c", u"/A/b/d", "/A/b"}, Row{u"/A/b/c", u"/A/B/c", "/A"},
+          Row{u"/a", u"/b", "/"}, Row{u"", u"/b", "/"}, Row{u"x/y", u"z", "/"},
+          Row{u"/a/b/", u"/a/b", "/a/b"}})
+        EXPECT_EQ(ancestorOfPath(path, other), QString::fromLatin1(ancestor));
 }
 
 TEST(PathsTest, listsAreEqualByTheirElements) {

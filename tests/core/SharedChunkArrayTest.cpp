@@ -7,15 +7,13 @@ using Array = SharedChunkArray<int, 4>;
 
 void expectEqual(const Array& array, const std::vector<int>& model) {
     ASSERT_EQ(std::vector<int>(array.begin(), array.end()), model);
-    ASSERT_EQ(array.size(), model.size());
-    ASSERT_EQ(array.empty(), model.empty());
+    ASSERT_EQ(std::pair(array.size(), array.empty()), std::pair(model.size(), model.empty()));
     for (std::size_t index = 0; index < model.size(); ++index)
         ASSERT_EQ(array[index], model[index]);
     const std::reverse_iterator back(array.end());
     ASSERT_TRUE(std::equal(model.rbegin(), model.rend(), back));
     if (model.empty()) return;
-    ASSERT_EQ(array.front(), model.front());
-    ASSERT_EQ(array.back(), model.back());
+    ASSERT_EQ(std::pair(array.front(), array.back()), std::pair(model.front(), model.back()));
 }
 
 TEST(SharedChunkArrayTest, randomChangesEqualThoseOfAVectorAndLeaveCopiesAlone) {

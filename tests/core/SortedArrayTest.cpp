@@ -46,10 +46,8 @@ TEST(SortedArrayTest, insertionEqualsAStableSortInBothOrders) {
 }
 
 TEST(SortedArrayTest, equalElementIsAnsweredInsteadOfInserted) {
-    Array array;
-    auto first = element(5, 1);
-    sortAddObject(array, first, 0, false, Refused);
-    sortAddObject(array, element(3), 0, false, Refused);
+    const auto first = element(5, 1);
+    Array array{element(3), first};
     EXPECT_EQ(sortAddObject(array, element(5, 2), 0, false, Refused), first.get());
     EXPECT_EQ(sortAddObject(array, first, 0, false, AddedBehind), first.get());
     EXPECT_EQ(array.size(), 2U);

@@ -20,8 +20,8 @@ constexpr std::uint32_t renamedFolder = EventItemRenamed | EventItemIsDir;
 using Events = std::map<QString, std::uint32_t>;
 
 struct EventStreamTest : testing::Test {
+    /// Batches come by flushing only, if nothing else is said.
     void watch(const QStringList& roots) {
-        // Batches come by flushing only.
         watch(roots, {24h, [this] { return EventStream::Clock::time_point(1h + _ticks.load()); }});
     }
     void watch(const QStringList& roots, const EventStream::Options& options) {
@@ -121,28 +121,10 @@ TEST_F(EventStreamTest, FoldersAreFollowedUnderTheirNewNames) {
     write(u"root/again/seen.jpg"_s);
     expect({{u"root/again/seen.jpg"_s, createdFile}});
 
-    ASSERT_TRUE(QDir(path(u"root/again"_s)).removeRecursively());
-    EXPECT_EQ(events().at(u"root/again"_s), EventItemRemoved | EventItemIsDir);
-}
-
-TEST_F(EventStreamTest, ARootThatMovesOrVanishesIsReported) {
-    makeFolder(u"a/root/inner/deep"_s);
-    watch({path(u"a/root"_s), path(u"a/root/inner/deep"_s)});
-    // A place that nothing is moved to stands for removal.
-    const std::tuple<QString, QString, QStringList> cases[] = {
-        {u"a/root/inner"_s, u"a/root/moved"_s, {u"a/root/inner/deep"_s}},
-        {u"a"_s, u"b"_s, {u"a/root"_s, u"a/root/inner/deep"_s}},
-        {u"b/root"_s, u"root"_s, {u"a/root"_s}},
-        {u"root"_s, {}, {u"a/root"_s}}};
-    for (const auto& [from, to, changed] : cases) {
-        if (to.isEmpty())
-            QDir(path(from)).removeRecursively();
-        else
-            rename(from, to);
-        Events told = events();
-        for (const QString& root : changed)
-            EXPECT_TRUE(told[root] & EventRootChanged) << root.toStdString();
-    }
+    ASSERT_TRUE(QDir(path(u"root"_s)).removeRecursively());
+    Events told = events();
+    EXPECT_EQ(told[u"root/again"_s], EventItemRemoved | EventItemIsDir);
+    EXPECT_TRUE(told[u"root"_s] & EventRootChanged);
 }
 
 TEST_F(EventStreamTest, AFileIsToldOnceWhenItsWriterHasFinished) {
@@ -196,15 +178,6 @@ TEST_F(EventStreamTest, AWriterThatPausesIsWaitedForAndItsCloseIsNeverMissed) {
     before.close();
     late.write("more");
     late.close();
-    expect({{u"later.jpg"_s, EventItemModified | EventItemIsFile}});
-    // A file that stands and is written again, maybe in several goes, when it has been quiet.
-    for (int go = 0; go < 2; ++go) {
-        support::writeFile(path(u"later.jpg"_s), QByteArray(9 + go, 'x'));
-        tick(400ms);
-        expect({});
-    }
-    EXPECT_TRUE(_stream->isBeingWritten(path(u"later.jpg"_s)));
-    tick(500ms);
     expect({{u"later.jpg"_s, EventItemModified | EventItemIsFile}});
 }
 
@@ -285,10 +258,11 @@ TEST(GrowingFilesTest, RenamedFilesKeepTheirTimeAndTakeThePlaceOfOthers) {
     files.renameFolder("f", "g");
     files.renameFolder("fg", {});
     files.add("g/b", EventItemRemoved, start + 400ms); // known already
-    const auto complete = files.takeComplete(start + 500ms);
-    ASSERT_EQ(complete.size(), 1U);
-    EXPECT_EQ(complete[0].path, "g/b");
-    EXPECT_EQ(complete[0].flags, createdFile | EventItemRenamed | EventItemRemoved);
+    std::map<QByteArray, std::uint32_t> complete;
+    for (const auto& file : files.takeComplete(start + 500ms))
+        complete[file.path] = file.flags;
+    const auto flags = createdFile | EventItemRenamed | EventItemRemoved;
+    EXPECT_EQ(complete, (decltype(complete){{"g/b", flags}}));
 }
 
 /// A clock that runs fifty times as fast: what the stream waits for passes by itself.

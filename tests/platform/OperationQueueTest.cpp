@@ -1,11 +1,8 @@
 #include "platform/work/OperationQueue.h"
-#include "platform/program/DescriptorLimit.h"
 #include "platform/work/ExitDeadline.h"
 #include "support/Support.h"
 
 #include <latch>
-
-#include <sys/resource.h>
 
 using platform::Operation;
 using platform::OperationQueue;
@@ -126,16 +123,4 @@ TEST(ExitDeadline, IsMetByWhoeverIsNotGoneInTime) {
     EXPECT_EQ(passed, 0);
     const platform::ExitDeadline missed(std::chrono::milliseconds(1), [&] { ++passed; });
     EXPECT_TRUE(support::spinUntil([&] { return passed == 1; }));
-}
-
-TEST(DescriptorLimit, IsRaisedAsFarAsIsAllowed) {
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const rlimit low{64, before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &low), 0);
-    platform::raiseDescriptorLimit();
-    rlimit after{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &after), 0);
-    EXPECT_EQ(after.rlim_cur, std::min<rlim_t>(before.rlim_max, 8192));
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
 }

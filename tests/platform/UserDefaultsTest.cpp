@@ -79,8 +79,9 @@ TEST_F(UserDefaultsTest, handWrittenFileIsReadUpToItsLargestSize) {
     const QByteArray head = "; mine\n# too\n\n[General]\nOn=1\nOff=0\nChains=\"3,5;-; 3\"\nKey=";
     support::writeFile(file, head + QByteArray(4 * 1024 * 1024 - head.size(), 'x'));
     UserDefaults defaults(file);
-    EXPECT_EQ(defaults.boolForKey(u"On"_s), true);
-    EXPECT_EQ(defaults.boolForKey(u"Off"_s), false);
+    EXPECT_EQ(
+        std::pair(defaults.boolForKey(u"On"_s), defaults.boolForKey(u"Off"_s)),
+        std::pair(std::optional(true), std::optional(false)));
     EXPECT_EQ(defaults.integerArraysForKey(u"Chains"_s), (Arrays{{3, 5}, {}, {3}}));
     EXPECT_TRUE(defaults.hasKey(key));
     // What stands already is not written again.

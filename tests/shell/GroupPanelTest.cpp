@@ -21,12 +21,21 @@ struct GroupPanelTest : testing::Test {
             PBGroupItem::sortAddGroupItem(*work, nullptr, group::CameraModel, model);
         PBGroupItem& leaf = PBGroupItem::sortAddGroupItem(
             first.children(), &first, group::StarRating, PBValue(stars));
+        addImage(leaf);
+    }
+    void addImage(PBGroupItem& leaf) {
         leaf.sortAddImageFileItem(
             PBImageFileItem::imageFileItemWithId(++lastId, 1, u"a.jpg"_s, 1, 1), 0, false);
     }
-    void publishModels(int count) {
-        for (int i = 0; i < count; ++i)
-            insert(u"Model %1"_s.arg(i, 3, 10, QChar(u'0')));
+    void publishAlphaAndBeta() {
+        insert(u"Alpha"_s, 0);
+        for (const int stars : {5, 1})
+            insert(u"Beta"_s, stars);
+        publish();
+    }
+    void publishHundredModels() {
+        for (int i = 100; i < 200; ++i)
+            insert(u"Model %1"_s.arg(i));
         publish();
     }
     void publish() {
@@ -59,11 +68,8 @@ struct GroupPanelTest : testing::Test {
 
 TEST_F(GroupPanelTest, rowsAreTheGroupsBelowAHiddenRoot) {
     insert(u"Beta"_s, 5);
-    insert(u"Alpha"_s, 0);
-    insert(u"Beta"_s, 5);
-    insert(u"Beta"_s, 1);
     insert(PBNull{});
-    publish();
+    publishAlphaAndBeta();
     const QAbstractItemModel& model = *view->model();
     ASSERT_EQ(model.rowCount(), 1);
     const QModelIndex root = model.index(0, 0);
@@ -80,10 +86,7 @@ TEST_F(GroupPanelTest, rowsAreTheGroupsBelowAHiddenRoot) {
 }
 
 TEST_F(GroupPanelTest, aRowOfSeveralGroupsIsOpenedAndClosedAsOne) {
-    insert(u"Alpha"_s, 0);
-    insert(u"Beta"_s, 5);
-    insert(u"Beta"_s, 1);
-    publish();
+    publishAlphaAndBeta();
     EXPECT_EQ(view->model()->rowCount(row(0)), 0);
     view->collapse(row(1));
     insert(u"Alpha"_s, 2); // now two rows below it
@@ -96,27 +99,18 @@ TEST_F(GroupPanelTest, aRowOfSeveralGroupsIsOpenedAndClosedAsOne) {
 TEST_F(GroupPanelTest, foldersOfOneNameAreToldApartByTheirParents) {
     for (const char16_t* path :
          {u"/p/Lisbon/Day 1", u"/p/Rome/Day 1", u"/p/a/x/Day 2", u"/p/b/x/Day 2", u"/p/Day 3"}) {
-        PBGroupItem& folder =
-            PBGroupItem::sortAddGroupItem(*work, nullptr, group::Folder, QString::fromUtf16(path));
-        folder.sortAddImageFileItem(
-            PBImageFileItem::imageFileItemWithId(++lastId, 1, u"a.jpg"_s, 1, 1), 0, false);
+        addImage(
+            PBGroupItem::sortAddGroupItem(*work, nullptr, group::Folder, QString::fromUtf16(path)));
     }
     publish();
-    QStringList names;
-    for (int each = 0; each < 5; ++each)
-        names += row(each).data().toString();
+    QStringList names = support::listed(
+        std::array{0, 1, 2, 3, 4}, [&](int each) { return row(each).data().toString(); });
     names.sort();
-    EXPECT_EQ(
-        names, (QStringList{
-                   u"Day 1 (Lisbon)"_s, u"Day 1 (Rome)"_s, u"Day 2 (a/x)"_s, u"Day 2 (b/x)"_s,
-                   u"Day 3"_s}));
+    EXPECT_EQ(names.join(u", "), u"Day 1 (Lisbon), Day 1 (Rome), Day 2 (a/x), Day 2 (b/x), Day 3");
 }
 
 TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {
-    insert(u"Alpha"_s, 0);
-    insert(u"Beta"_s, 5);
-    insert(u"Beta"_s, 1);
-    publish();
+    publishAlphaAndBeta();
     const auto leaf = [this](std::size_t first, std::size_t second) {
         return source.groupItemArray()[first]->children()[second]->data().get();
     };
@@ -146,7 +140,7 @@ TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {
 }
 
 TEST_F(GroupPanelTest, onlyAPanelThatTheUserScrolledKeepsItsPlace) {
-    publishModels(100);
+    publishHundredModels();
     insert(u"Early"_s); // a row above all others
     publish();
     EXPECT_EQ(scrolledTo(), 0);
@@ -169,7 +163,7 @@ TEST_F(GroupPanelTest, onlyAPanelThatTheUserScrolledKeepsItsPlace) {
     source.setGroupItemArray({});
     panel.clear();
     EXPECT_FALSE(view->model()->hasChildren(view->rootIndex()));
-    publishModels(100);
+    publishHundredModels();
     EXPECT_TRUE(scrolledTo() == 0 && !source.isOutlineViewScrolled());
 }
 

@@ -290,9 +290,7 @@ TEST_F(WindowTest, aTypedNameIsTakenOrItIsToldWhyNot) {
     const auto* field = window().findChild<PBModalTextField*>();
     EXPECT_TRUE(field && field->isVisible());
     Q_EMIT browser().renameRequested(items[1], u"new.jpg"_s);
-    EXPECT_EQ(items[1]->fileName(), u"new.jpg"_s);
-    EXPECT_TRUE(QFile::exists(path(u"photos/new.jpg")));
-    EXPECT_FALSE(closesDialog<QMessageBox>());
+    EXPECT_TRUE(QFile::exists(path(u"photos/new.jpg")) && !closesDialog<QMessageBox>());
     const auto answers = [&](const QString& typed, const QString& button) {
         Q_EMIT browser().renameRequested(items[1], typed);
         auto* box = window().findChild<QMessageBox*>();
@@ -425,19 +423,16 @@ TEST_F(WindowTest, anotherChainIsShownStoredAndScanned) {
 
 TEST_F(WindowTest, theTipTellsWhyNothingIsShownAndOffersABeginning) {
     auto& tip = controller->imageBrowserTipView();
-    const auto kindAfterScan = [&](bool isScanning) {
-        delegate.scanning = isScanning;
-        controller->scanStateDidChange();
-        return tip.tipKind();
-    };
     EXPECT_EQ(tip.tipKind(), 0);
     publish({});
     source.setGroupItemArray({});
     controller->clearBrowser();
-    EXPECT_EQ(kindAfterScan(false), 3);
-    EXPECT_EQ(kindAfterScan(true), 4);
-    tree().clearSelection();
-    EXPECT_EQ(kindAfterScan(false), 2);
+    for (const int kind : {3, 4, 2}) { // nothing found, not yet, nothing selected
+        delegate.scanning = kind == 4;
+        if (kind == 2) tree().clearSelection();
+        controller->scanStateDidChange();
+        EXPECT_EQ(tip.tipKind(), kind);
+    }
     controller->folderRootCommands().doRemoveFolderAlias(
         tree().dataSource().folderAliasItemWithAliasObject(*root));
     EXPECT_EQ(tip.tipKind(), 1);

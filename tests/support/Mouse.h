@@ -21,6 +21,14 @@ namespace support {
         modifiers};
 }
 
+/// Whether the widget keeps a key for itself that is a shortcut of the window, too.
+[[nodiscard]] inline bool claimsShortcut(QWidget& widget, int key) {
+    QKeyEvent event(QEvent::ShortcutOverride, key, {});
+    event.ignore();
+    QApplication::sendEvent(&widget, &event);
+    return event.isAccepted();
+}
+
 inline void sendMouse(
     QWidget& widget, QEvent::Type type, QPointF point, Qt::KeyboardModifiers modifiers = {},
     Qt::MouseButton button = Qt::LeftButton) {

@@ -15,9 +15,8 @@ TEST(PBPathCellTest, onlyTheLimitedCellGivesWay) {
     };
     const group::IconName image{group::IconName::Kind::Named, u"date_n"_s};
     path.setSize({400, 20});
-    path.addItemWithTitle(u"2019"_s, image, false);
-    path.addItemWithTitle(QString(200, u'x'), image, true);
-    path.addItemWithTitle(u"Camera"_s, image, false);
+    for (const QString& title : {u"2019"_s, QString(200, u'x'), u"Camera"_s})
+        path.addItemWithTitle(title, image, title.size() == 200);
     EXPECT_EQ(cell(1).cellSize().width(), 400 - 2 - cell(1).widthOfOtherCell());
     EXPECT_EQ(path.rectOfItem(2).right(), 398);
     // Symbol, title and arrow; the last has no arrow, and none needs more than that.

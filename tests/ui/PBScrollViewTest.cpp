@@ -3,7 +3,6 @@
 #include "support/Mouse.h"
 #include "ui/PBScroller.h"
 #include "ui/PBThemes.h"
-#include "ui/PBThumbnailScrollView.h"
 
 #include <QTest>
 #include <QWheelEvent>
@@ -267,42 +266,6 @@ TEST_F(PBScrollViewTest, theKnobFollowsTheMouseAndWithTheOptionKeyAtAQuarter) {
     const double whole = dragged(Qt::NoModifier);
     EXPECT_NEAR(whole, 160.0 / 364 * (100000 - 400), 300);
     EXPECT_NEAR(dragged(Qt::AltModifier), whole / 4, 300);
-}
-
-struct FakeStrip final : ThumbnailStrip {
-    double itemSize() const override { return 80; }
-    double roundPosition(double position) const override {
-        return std::rint(position / itemSize()) * itemSize();
-    }
-    void scrollTimeDidEnd(std::int64_t direction) override { ended.push_back(direction); }
-    std::vector<std::int64_t> ended;
-};
-
-TEST(PBThumbnailScrollViewTest, stopsAtThumbnailsAndIgnoresMomentum) {
-    double now = 0;
-    FakeStrip strip;
-    QWidget parent;
-    parent.resize(404, 104);
-    PBThumbnailScrollView view(Qt::Horizontal, &parent);
-    view.setClock([&] { return now; });
-    view.setStrip(&strip);
-    view.layoutThumbnailView();
-    parent.show();
-    view.setDocumentSize({4000, 80});
-    sendWheel(view, {0, -100}, {0, -120}, Qt::ScrollUpdate);
-    sendWheel(view, {0, -900}, {0, -120}, Qt::ScrollMomentum);
-    EXPECT_EQ(view.pbScrollPoint().x(), 0);
-    now = 1;
-    view.motion().tick();
-    EXPECT_EQ(view.pbScrollPoint().x(), 80);
-    EXPECT_EQ(strip.ended, std::vector<std::int64_t>{1});
-    sendWheel(view, {}, {0, -120});
-    EXPECT_EQ(view.scrollLine(), 40);
-    view.setIgnoreLayoutSubView(true);
-    parent.resize(604, 104);
-    view.layoutThumbnailView();
-    EXPECT_EQ(view.geometry(), QRect(2, 2, 400, 100));
-    EXPECT_EQ(view.motion().scrollStopPos(), 80 + 80); // 40 more, to the nearest thumbnail
 }
 
 } // namespace

@@ -11,8 +11,6 @@
 #include <QPainter>
 #include <QStyleOption>
 
-#include <cmath>
-
 namespace {
 
 QImage canvas(QSize size) {
@@ -139,11 +137,10 @@ TEST(ProgramStyleTest, theSymbolOfAHighlightedEntryHasTheColourOfItsText) {
         option.maxIconWidth = 24;
         option.menuItemType = QStyleOptionMenuItem::Normal;
         option.rect = QRect(0, 0, 100, 24);
-        QImage image(100, 24, QImage::Format_ARGB32_Premultiplied);
+        QImage image = canvas(option.rect.size());
         image.fill(Qt::black);
         QPainter painter(&image);
         QApplication::style()->drawControl(QStyle::CE_MenuItem, &option, &painter, &menu);
-        painter.end();
         int white = 0;
         for (int x = 0; x < 40; ++x)
             for (int y = 0; y < 24; ++y)

@@ -47,9 +47,8 @@ TEST_F(ScrollMotionTest, theCurveStartsAtTheStartAndEndsExactlyAtTheEnd) {
 TEST_F(ScrollMotionTest, turnsOfTheWheelAddUpAndTheFirstTwoAgainstThemAreSwallowed) {
     for (int turn = 0; turn < 4; ++turn)
         motion.wheel(-10);
-    EXPECT_EQ(turned(0.1, -10), 150);
-    EXPECT_EQ(turned(0.1, 10), 150);
-    EXPECT_EQ(turned(0.1, 10), 150);
+    for (const double delta : {-10, 10, 10})
+        EXPECT_EQ(turned(0.1, delta), 150);
     // Against a motion the way counts from where it is now.
     const double stop = turned(0.1, 10);
     EXPECT_NEAR(stop, std::rint(target.position - 10), 1e-9);
@@ -63,8 +62,8 @@ TEST_F(ScrollMotionTest, turnsAddUpUntilTheLastTickAndARestForgetsTheirDirection
     EXPECT_EQ(turned(0.7, -10), 120); // the motion is over, but no tick came: the loop was busy
     EXPECT_EQ(turned(0.8, -10), 130);
     tickAt(2);
-    EXPECT_EQ(turned(2, 10), 120);
-    EXPECT_EQ(turned(2, 0), 120);
+    for (const double delta : {10, 0})
+        EXPECT_EQ(turned(2, delta), 120);
 }
 
 TEST_F(ScrollMotionTest, aNewTargetStartsFromWhereTheMotionIsAndEndsWhereItMayRest) {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QPointF>
+#include "support/Support.h"
 
-#include <gtest/gtest.h>
+#include <QPointF>
 
 /// Both points are one, to within the distance on each axis.
 inline void expectNear(const QPointF& point, const QPointF& expected, double distance = 1e-6) {

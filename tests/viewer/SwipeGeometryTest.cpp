@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
 TEST(SwipeGeometryTest, distanceFlingAndNeighboursDecideWhereASwipeEnds) {
     using enum SwipeEnd;
     using Row = std::tuple<double, SwipeEnd, SwipeEnd>;
@@ -29,5 +27,3 @@ TEST(SwipeGeometryTest, aSwipeFliesOutOnItsSideAndUncoversTheNeighbour) {
     EXPECT_EQ(neighbourCover(-200, 800), 0.75);
     EXPECT_EQ(neighbourCover(900, 800), 0);
 }
-
-} // namespace

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
 TEST(ZoomScalesTest, stepsGoStrictlyUpAndDownTheTable) {
     using Row = std::tuple<double, double, double>;
     for (const auto& [scale, in, out] :
@@ -48,5 +46,3 @@ TEST(ZoomScalesTest, theLabelTruncatesAndTheDragIsLimitedBothWays) {
     EXPECT_EQ(dragZoomFactor(900), 8);
     EXPECT_EQ(dragZoomFactor(-900), 1 / 8.0);
 }
-
-} // namespace
