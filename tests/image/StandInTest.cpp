@@ -21,18 +21,18 @@ TEST(StandInTest, onlyAPictureOfThePhotographsShapeStandsInWithoutItsBars) {
     struct Row {
         QImage embedded;
         QSizeF photograph;
-        QSize expected;
+        QSize expected; ///< 0 x 0: none
     };
     const Row rows[] = {
         {barred(small, wide), {6000, 4000}, {160, 105}},
         {barred(small, tall), {3000, 4000}, {88, 120}},
         {barred(small, {QPoint(), small}), {4000, 3000}, small},
         {barred(small, wide), {4032, 3024}, small}, // its own bars: the photograph is as dark
-        {barred(small, wide, Qt::gray), {6000, 4000}, {}},
-        {barred(small, wide.adjusted(0, -4, 0, 0)), {6000, 4000}, {}}, // it shows more
+        {barred(small, wide, Qt::gray), {6000, 4000}, {0, 0}},
+        {barred(small, wide.adjusted(0, -4, 0, 0)), {6000, 4000}, {0, 0}}, // it shows more
         {barred(small, wide), {}, small},
-        {barred({1, 1}, {0, 0, 1, 1}), {6000, 4000}, {}},
-        {{}, {6000, 4000}, {}}};
+        {barred({1, 1}, {0, 0, 1, 1}), {6000, 4000}, {0, 0}},
+        {{}, {6000, 4000}, {0, 0}}};
     for (const Row& row : rows) {
         const QImage standIn = standInFor(row.embedded, row.photograph);
         EXPECT_EQ(standIn.size(), row.expected) << row.photograph.width();
