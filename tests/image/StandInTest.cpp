@@ -21,7 +21,7 @@ TEST(StandInTest, onlyAPictureOfThePhotographsShapeStandsInWithoutItsBars) {
     struct Row {
         QImage embedded;
         QSizeF photograph;
-        QSize expected;
+        QSize expected; ///< 0 x 0: none
     };
     const Row rows[] = {
         {barred(small, wide), {6000, 4000}, {160, 105}},
