@@ -72,12 +72,9 @@ TEST(PlaceIndexTest, distanceIsTheWayAlongTheSurface) {
     // Whole and half circles are known exactly; Berlin to Paris is 878 km on the ellipsoid.
     const double degree = std::numbers::pi * places::earthRadius / 180;
     const std::tuple<PBLocation, PBLocation, double> table[] = {
-        {{0, 0}, {0, 1}, degree},
-        {{60, 10}, {60, 10.001}, degree * 0.001 * 0.5},
-        {{0, 179.5}, {0, -179.5}, degree},
-        {{89.5, 20}, {89.5, -160}, degree},
-        {{-90, 0}, {90, 0}, degree * 180},
-        {{52.52, 13.405}, {48.8566, 2.3522}, 877'465}};
+        {{0, 0}, {0, 1}, degree},          {{60, 10}, {60, 10.001}, degree * 0.001 * 0.5},
+        {{0, 179.5}, {0, -179.5}, degree}, {{89.5, 20}, {89.5, -160}, degree},
+        {{-90, 0}, {90, 0}, degree * 180}, {{52.52, 13.405}, {48.8566, 2.3522}, 877'465}};
     for (const auto& [from, to, metres] : table)
         EXPECT_NEAR(distanceFromLocation(from, to), metres, 1e-4 * metres + 1e-6);
 }
