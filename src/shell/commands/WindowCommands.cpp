@@ -2,7 +2,6 @@
 
 #include "browser/PBImageBrowserView.h"
 #include "platform/desktop/Workspace.h"
-#include "platform/program/LocalizedTexts.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/menus/HelpDialogs.h"
 #include "shell/menus/MainMenu.h"
@@ -16,8 +15,6 @@
 #include <QToolBar>
 
 using Command = MenuCommand;
-using platform::localizedFormat;
-using platform::localizedString;
 
 namespace {
 
