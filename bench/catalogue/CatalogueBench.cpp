@@ -5,6 +5,7 @@
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PhotoRows.h"
+#include "catalogue/Require.h"
 #include "catalogue/RootRemoval.h"
 #include "support/Ratio.h"
 
@@ -17,15 +18,11 @@
 
 namespace {
 
+using bench::require;
+
 constexpr int photoCount = 4000;
 constexpr int photosPerTransaction = 200;
 constexpr int rounds = 15;
-
-void require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "bench_catalogue: %s failed\n", what);
-    std::exit(1);
-}
 
 /// An empty catalogue, in memory or in a new file.
 class EmptyCatalogue {

@@ -4,6 +4,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveAliasOperation.h"
 #include "catalogue/PhotoRows.h"
+#include "catalogue/Require.h"
 #include "support/Ratio.h"
 
 #include <QFile>
@@ -24,12 +25,6 @@ constexpr int photosInFolder = 500;
 constexpr int distinctPhotos = 2000;
 constexpr int rounds = 5;
 constexpr qint64 removedRoot = 1;
-
-void require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "bench_catalogue: %s failed\n", what);
-    std::exit(1);
-}
 
 /// Two roots, the second with a tenth of the photographs.
 class FullCatalogue {
