@@ -5,8 +5,8 @@
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserView.h"
 #include "image/PBThumbnailBufferManager.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/OperationQueue.h"
 #include "support/Ratio.h"
 #include "ui/PBThemes.h"
 

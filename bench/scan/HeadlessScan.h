@@ -4,7 +4,7 @@
 #include "codec/PBImageImporterManager.h"
 #include "image/DecodeAhead.h"
 #include "library/PBAliasManager.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 #include "scan/ScanFactory.h"
 #include "scan/ScanServices.h"
 #include "scan/marks/MarksRestorer.h"

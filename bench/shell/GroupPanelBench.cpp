@@ -2,7 +2,7 @@
 // rows: 100,000 photographs in 2,500 groups of 50 years, as they are published while a scan is
 // running.
 
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 #include "shell/groups/GroupPanel.h"
 #include "support/Ratio.h"
 

@@ -10,8 +10,8 @@
 #include "app/WatchControl.h"
 #include "core/PBAppDelegate.h"
 #include "platform/program/UserDefaults.h"
-#include "platform/work/Mutex.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/Mutex.h"
+#include "platform/tasks/OperationQueue.h"
 #include "shell/services/BrowsingSettings.h"
 #include "shell/services/ShellServices.h"
 

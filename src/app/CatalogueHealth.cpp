@@ -7,8 +7,8 @@
 #include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/StandardError.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QFile>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "catalogue/CatalogueCheck.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 #include "shell/panes/NoticeBar.h"
 
 #include <QObject>

@@ -4,8 +4,8 @@
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveAliasOperation.h"
 #include "core/Paths.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QDBusConnection>
 

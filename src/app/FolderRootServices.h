@@ -5,11 +5,11 @@
 #include "library/PBFolderLister.h"
 #include "library/PBPathHistory.h"
 #include "library/SCEvents.h"
+#include "platform/tasks/BoundedCalls.h"
+#include "platform/tasks/OperationQueue.h"
 #include "platform/volumes/TableMounter.h"
 #include "platform/volumes/VolumeMounter.h"
 #include "platform/volumes/VolumeWatcher.h"
-#include "platform/work/BoundedCalls.h"
-#include "platform/work/OperationQueue.h"
 
 #include <QObject>
 #include <QStringList>

@@ -5,8 +5,8 @@
 #include "catalogue/marks/MarksFile.h"
 #include "fileactions/marks/MarksExchange.h"
 #include "library/PBAliasManager.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 #include "scan/AttachedOperations.h"
 
 #include <QFile>

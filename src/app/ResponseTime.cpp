@@ -1,7 +1,7 @@
 #include "app/ResponseTime.h"
 
-#include "platform/work/MainLoop.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/Mutex.h"
 
 #include <algorithm>
 #include <atomic>

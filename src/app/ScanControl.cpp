@@ -1,8 +1,8 @@
 #include "app/ScanControl.h"
 
 #include "app/ScanPipeline.h"
-#include "platform/work/MainThread.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/MainThread.h"
+#include "platform/tasks/OperationQueue.h"
 
 ScanControl::ScanControl(Environment environment) : _environment(std::move(environment)) {}
 

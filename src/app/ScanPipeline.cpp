@@ -1,8 +1,8 @@
 #include "app/ScanPipeline.h"
 
-#include "platform/work/Cores.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/Cores.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/OperationQueue.h"
 #include "scan/AttachedOperations.h"
 
 #include <QDateTime>

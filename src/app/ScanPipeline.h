@@ -6,7 +6,7 @@
 #include "image/BuildThumbNotifier.h"
 #include "image/DecodeAhead.h"
 #include "places/PBGeoManager.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 #include "scan/PBScanFinishedManager.h"
 #include "scan/ScanFactory.h"
 #include "scan/ScanFigures.h"

@@ -2,7 +2,7 @@
 
 #include "platform/program/RuntimeFolder.h"
 #include "platform/program/StandardError.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QCborArray>
 #include <QCborMap>

@@ -1,9 +1,9 @@
 #include "app/ThumbnailCleaner.h"
 
 #include "catalogue/PBCleanThumbOperation.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
+#include "platform/tasks/OperationQueue.h"
 
 using platform::MainLoop;
 using namespace std::chrono_literals;

@@ -16,8 +16,8 @@
 #include "platform/program/RuntimeFolder.h"
 #include "platform/program/StandardError.h"
 #include "platform/program/StandardFolders.h"
-#include "platform/work/ExitDeadline.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/ExitDeadline.h"
+#include "platform/tasks/MainLoop.h"
 #include "shell/PBMainWindowController.h"
 #include "ui/ColorScheme.h"
 

@@ -3,7 +3,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "core/Texts.h"
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QPointer>
 

@@ -1,7 +1,7 @@
 #include "browser/PBImageBrowserContainerView.h"
 
 #include "browser/PBImageBrowserDragTipView.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/FolderDropTarget.h"
 
 #include <utility>

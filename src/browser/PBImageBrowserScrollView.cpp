@@ -1,8 +1,8 @@
 #include "browser/PBImageBrowserScrollView.h"
 
 #include "browser/feed/BrowserServices.h"
-#include "platform/work/MainThread.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/MainThread.h"
+#include "platform/tasks/OperationQueue.h"
 #include "ui/PBScroller.h"
 
 PBImageBrowserScrollView::PBImageBrowserScrollView(BrowserServices& services, QWidget* parent)

@@ -3,8 +3,8 @@
 #include "browser/BrowserAccessible.h"
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/PBModalTextField.h"
 
 #include <QPaintEvent>

@@ -5,8 +5,8 @@
 #include "browser/PBImageBrowserSelectView.h"
 #include "browser/input/BrowserDragOut.h"
 #include "platform/program/HarmlessText.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/PBModalTextField.h"
 
 #include <QApplication>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "catalogue/ThumbnailCleaning.h"
-#include "platform/work/Operation.h"
+#include "platform/tasks/Operation.h"
 
 #include <QString>
 

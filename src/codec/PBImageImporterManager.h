@@ -1,7 +1,7 @@
 #pragma once
 
 #include "codec/PBImageImporterProtocol.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <map>
 

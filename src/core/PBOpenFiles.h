@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/SortedArray.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <QString>
 

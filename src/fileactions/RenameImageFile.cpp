@@ -6,7 +6,7 @@
 #include "platform/files/FileManager.h"
 #include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 namespace fileactions {
 

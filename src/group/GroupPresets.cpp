@@ -2,7 +2,7 @@
 
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QStringList>
 

@@ -1,7 +1,7 @@
 #include "group/ItemName.h"
 
 #include "core/LocalizedCompare.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <utility>
 

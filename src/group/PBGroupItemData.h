@@ -1,8 +1,8 @@
 #pragma once
 
 #include "group/GroupOrderKey.h"
+#include "platform/tasks/MainThread.h"
 #include "platform/values/PBValue.h"
-#include "platform/work/MainThread.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "group/PBGroupTreeDataSource.h"
 
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QScopedValueRollback>
 

@@ -4,7 +4,7 @@
 #include "group/GroupTreeViews.h"
 #include "group/PBGroupItem.h"
 #include "group/PublicationMailbox.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 
 #include <chrono>
 #include <functional>

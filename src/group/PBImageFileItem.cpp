@@ -3,7 +3,7 @@
 #include "core/LocalizedCompare.h"
 #include "group/ItemOrder.h"
 #include "group/PixelCount.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "group/GroupPublication.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <atomic>
 #include <deque>

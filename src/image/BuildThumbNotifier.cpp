@@ -1,7 +1,7 @@
 #include "image/BuildThumbNotifier.h"
 
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 
 std::function<void(const std::shared_ptr<const PBBuildThumbOperation>&)>
 BuildThumbNotifier::poster() {

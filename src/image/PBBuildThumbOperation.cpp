@@ -4,7 +4,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "image/ThumbnailStore.h"
 #include "platform/program/StandardError.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 
 #include <sqlite3.h>
 

@@ -2,7 +2,7 @@
 
 #include "codec/PBImageImporterProtocol.h"
 #include "image/DecodeAhead.h"
-#include "platform/work/Operation.h"
+#include "platform/tasks/Operation.h"
 
 #include <QByteArray>
 #include <QSizeF>

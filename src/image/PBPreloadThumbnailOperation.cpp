@@ -1,7 +1,7 @@
 #include "image/PBPreloadThumbnailOperation.h"
 
 #include "group/PBImageFileItem.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 
 QImage reducedThumbnail(const QImage& thumbnail, QSize pixels) {
     if (pixels.isEmpty() || thumbnail.width() <= pixels.width() ||

@@ -2,7 +2,7 @@
 
 #include "core/SortedArray.h"
 #include "group/PBImageFileItem.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 

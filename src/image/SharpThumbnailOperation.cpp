@@ -3,7 +3,7 @@
 #include "codec/Bitmaps.h"
 #include "group/PBImageFileItem.h"
 #include "image/StandIn.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 
 #include <QColorSpace>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "codec/PBImageImporterProtocol.h"
-#include "platform/work/Operation.h"
+#include "platform/tasks/Operation.h"
 
 #include <QImage>
 

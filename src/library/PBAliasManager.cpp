@@ -4,7 +4,7 @@
 #include "core/Paths.h"
 #include "platform/files/PathNames.h"
 #include "platform/program/StandardError.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 #include <utility>

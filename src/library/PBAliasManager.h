@@ -2,7 +2,7 @@
 
 #include "catalogue/PBCatalogue.h"
 #include "library/PBAliasObject.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <QList>
 #include <QString>

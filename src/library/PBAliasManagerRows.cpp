@@ -4,7 +4,7 @@
 #include "FMDB/FMDatabase.h"
 #include "FMDB/FMTransaction.h"
 #include "core/Paths.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 

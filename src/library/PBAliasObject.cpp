@@ -1,7 +1,7 @@
 #include "library/PBAliasObject.h"
 
 #include "core/Paths.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QFileInfo>
 

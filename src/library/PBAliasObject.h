@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/tasks/Mutex.h"
 #include "platform/volumes/BookmarkResolver.h"
-#include "platform/work/Mutex.h"
 
 #include <QByteArray>
 #include <QString>

@@ -3,8 +3,8 @@
 #include "core/Paths.h"
 #include "platform/files/Spelling.h"
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 
 #include <utility>
 

@@ -3,9 +3,9 @@
 #include "library/PBAliasObject.h"
 #include "library/RootRecognition.h"
 #include "library/RootSearch.h"
+#include "platform/tasks/BoundedCalls.h"
 #include "platform/volumes/BookmarkResolver.h"
 #include "platform/volumes/VolumeMounter.h"
-#include "platform/work/BoundedCalls.h"
 
 #include <QByteArray>
 #include <QString>

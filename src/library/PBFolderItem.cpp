@@ -5,7 +5,7 @@
 #include "library/PBAliasResolver.h"
 #include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QHash>
 

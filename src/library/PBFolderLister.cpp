@@ -1,7 +1,7 @@
 #include "library/PBFolderLister.h"
 
 #include "platform/files/FileManager.h"
-#include "platform/work/BoundedCalls.h"
+#include "platform/tasks/BoundedCalls.h"
 
 #include <QCollator>
 #include <QLocale>

@@ -1,6 +1,6 @@
 #include "library/PBPathHistory.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <utility>
 

@@ -3,7 +3,7 @@
 #include "core/Paths.h"
 #include "library/PBAliasManager.h"
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,10 +1,10 @@
 #include "library/RootSearch.h"
 
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
+#include "platform/tasks/Mutex.h"
+#include "platform/tasks/PoliteWork.h"
 #include "platform/volumes/VolumeSearch.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
-#include "platform/work/Mutex.h"
-#include "platform/work/PoliteWork.h"
 
 #include <utility>
 #include <vector>

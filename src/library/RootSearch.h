@@ -1,8 +1,8 @@
 #pragma once
 
 #include "library/PBAliasObject.h"
+#include "platform/tasks/BoundedCalls.h"
 #include "platform/volumes/Bookmark.h"
-#include "platform/work/BoundedCalls.h"
 
 #include <QString>
 

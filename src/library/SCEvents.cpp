@@ -1,7 +1,7 @@
 #include "library/SCEvents.h"
 
 #include "platform/files/GrowingFiles.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <utility>
 

@@ -2,7 +2,7 @@
 
 #include "library/SCEvent.h"
 #include "platform/files/EventStream.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <QString>
 #include <QStringList>

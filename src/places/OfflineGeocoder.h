@@ -2,7 +2,7 @@
 
 #include "places/Geocoder.h"
 #include "places/PlaceLookup.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 
 #include <atomic>
 

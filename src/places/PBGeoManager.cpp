@@ -3,9 +3,9 @@
 #include "FMDB/FMDatabase.h"
 #include "places/Gazetteer.h"
 #include "places/GeoBlobs.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 #include "platform/values/CborValues.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
 
 #include <algorithm>
 

@@ -3,8 +3,8 @@
 #include "places/FoundPlaces.h"
 #include "places/Geocoder.h"
 #include "places/PlaceArray.h"
-#include "platform/work/Mutex.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/Mutex.h"
+#include "platform/tasks/OperationQueue.h"
 
 #include <QObject>
 

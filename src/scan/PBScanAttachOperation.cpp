@@ -1,6 +1,6 @@
 #include "scan/PBScanAttachOperation.h"
 
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 
 #include <algorithm>
 

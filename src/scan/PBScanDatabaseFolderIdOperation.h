@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/work/Operation.h"
+#include "platform/tasks/Operation.h"
 #include "scan/PBScanDictionary.h"
 
 #include <memory>

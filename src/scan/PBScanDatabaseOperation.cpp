@@ -3,7 +3,7 @@
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
 #include "core/Paths.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 #include "scan/FilePropertyBatch.h"
 #include "scan/PBScanDatabaseFolderIdOperation.h"
 #include "scan/PBScanFolderTask.h"

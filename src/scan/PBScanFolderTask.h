@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/files/FileManager.h"
-#include "platform/work/Operation.h"
+#include "platform/tasks/Operation.h"
 #include "scan/FilePropertyBatch.h"
 #include "scan/PBScanDictionary.h"
 #include "scan/PBScanFinishedTrigger.h"

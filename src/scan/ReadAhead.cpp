@@ -1,6 +1,6 @@
 #include "scan/ReadAhead.h"
 
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <algorithm>
 #include <utility>

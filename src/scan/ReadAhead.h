@@ -2,7 +2,7 @@
 
 #include "codec/PBImageImporterManager.h"
 #include "platform/files/FileManager.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 
 #include <memory>
 #include <optional>

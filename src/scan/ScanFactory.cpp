@@ -1,7 +1,7 @@
 #include "scan/ScanFactory.h"
 
-#include "platform/work/MainThread.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/MainThread.h"
+#include "platform/tasks/OperationQueue.h"
 #include "scan/AttachedOperations.h"
 #include "scan/FilePropertyBatch.h"
 #include "scan/PBScanDatabaseOperation.h"

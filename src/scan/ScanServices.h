@@ -6,7 +6,7 @@
 #include "image/PBBuildThumbOperation.h"
 #include "library/PBAliasManager.h"
 #include "platform/files/Spelling.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 #include "scan/PBScanFinishedManager.h"
 #include "scan/ReadAhead.h"
 #include "scan/RewrittenFiles.h"

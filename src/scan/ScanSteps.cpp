@@ -6,7 +6,7 @@
 #include "catalogue/PBRemoveThumbOperation.h"
 #include "image/PBBuildThumbOperation.h"
 #include "platform/program/StandardError.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 #include "scan/ScanServices.h"
 #include "scan/marks/MarksRestorer.h"
 

@@ -11,7 +11,7 @@
 #include "places/PBGeoManager.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/commands/OpenFilesReveal.h"

@@ -1,6 +1,6 @@
 #include "ui/ColorScheme.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -1,6 +1,6 @@
 #include "ui/GroupIcons.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/Icons.h"
 
 #include <QHash>

@@ -1,6 +1,6 @@
 #include "ui/Icons.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/PBThemes.h"
 
 #include <QFile>

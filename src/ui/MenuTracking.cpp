@@ -1,6 +1,6 @@
 #include "ui/MenuTracking.h"
 
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 
 #include <QMenu>
 

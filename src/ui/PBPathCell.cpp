@@ -1,6 +1,6 @@
 #include "ui/PBPathCell.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/GroupIcons.h"
 #include "ui/PBThemes.h"
 

@@ -1,6 +1,6 @@
 #include "ui/PBScrollView.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/PBScroller.h"
 #include "ui/TouchPush.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 #include "ui/ScrollMotion.h"
 #include "ui/ScrollVelocity.h"
 

@@ -1,6 +1,6 @@
 #include "ui/PBScroller.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QMouseEvent>
 

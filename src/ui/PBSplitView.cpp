@@ -1,7 +1,7 @@
 #include "ui/PBSplitView.h"
 
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/PBThemes.h"
 
 #include <QMouseEvent>

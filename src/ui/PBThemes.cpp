@@ -1,6 +1,6 @@
 #include "ui/PBThemes.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/ProgramStyle.h"
 
 #include <QApplication>

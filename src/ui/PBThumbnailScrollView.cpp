@@ -1,6 +1,6 @@
 #include "ui/PBThumbnailScrollView.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 namespace {
 

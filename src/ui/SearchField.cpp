@@ -1,6 +1,6 @@
 #include "ui/SearchField.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 

@@ -1,6 +1,6 @@
 #include "ui/ShadowPatch.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 #include <cmath>

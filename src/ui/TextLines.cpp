@@ -2,7 +2,7 @@
 
 #include "core/Texts.h"
 #include "platform/program/HarmlessText.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QPainter>
 

@@ -1,7 +1,7 @@
 #include "ui/WindowAlert.h"
 
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QMessageBox>
 #include <QPushButton>

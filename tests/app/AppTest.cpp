@@ -4,7 +4,7 @@
 #include "app/RunningProgram.h"
 #include "browser/PBImageBrowserTipView.h"
 #include "catalogue/PBCatalogue.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 
 #include <latch>
 

@@ -1,6 +1,6 @@
 #include "codec/process/DecoderProcess.h"
-#include "platform/work/BoundedCalls.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/BoundedCalls.h"
+#include "platform/tasks/MainLoop.h"
 
 #include <QApplication>
 

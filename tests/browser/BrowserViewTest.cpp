@@ -1,7 +1,7 @@
 #include "BrowserViewFixture.h"
 
 #include "browser/PBImageBrowserSelectView.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 #include "ui/PBThemes.h"
 
 #include <QNativeGestureEvent>

@@ -3,8 +3,8 @@
 #include "browser/feed/BrowserServices.h"
 #include "group/PBImageFileItem.h"
 #include "image/PBThumbnailBufferManager.h"
-#include "platform/work/Mutex.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/Mutex.h"
+#include "platform/tasks/OperationQueue.h"
 #include "support/Support.h"
 
 #include <QColor>

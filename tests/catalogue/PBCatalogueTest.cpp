@@ -1,7 +1,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveThumbOperation.h"
 
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 #include "support/Rows.h"
 
 #include <sqlite3.h>

@@ -2,7 +2,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBCleanThumbOperation.h"
 #include "catalogue/PBRemoveAliasOperation.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 #include "support/Rows.h"
 
 using Outcome = ThumbnailCleaning::Outcome;

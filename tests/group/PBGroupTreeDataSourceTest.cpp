@@ -3,7 +3,7 @@
 #include "group/CatalogueFixture.h"
 #include "group/ItemOrder.h"
 #include "group/PublicationMailbox.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 
 using namespace group;
 using platform::MainLoop;

@@ -4,9 +4,9 @@
 #include "catalogue/PBCatalogue.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/ThumbnailStore.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/Mutex.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/Mutex.h"
+#include "platform/tasks/OperationQueue.h"
 #include "support/Support.h"
 
 #include <numeric>

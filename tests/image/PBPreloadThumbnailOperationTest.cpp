@@ -2,9 +2,9 @@
 #include "image/SharpThumbnailOperation.h"
 
 #include "group/PBImageFileItem.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
+#include "platform/tasks/OperationQueue.h"
 #include "support/Support.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "library/PBAliasResolver.h"
 
 #include "library/LibrarySupport.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 
 #include <semaphore>
 

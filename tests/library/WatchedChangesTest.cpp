@@ -2,7 +2,7 @@
 
 #include "library/SCEvents.h"
 #include "platform/files/EventStream.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 #include "support/Support.h"
 
 using namespace platform;

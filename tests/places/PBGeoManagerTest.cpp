@@ -2,9 +2,9 @@
 
 #include "catalogue/PBCatalogue.h"
 #include "places/GeoBlobs.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/Mutex.h"
 #include "platform/values/CborValues.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/Mutex.h"
 #include "support/Rows.h"
 
 #include <deque>

@@ -1,5 +1,5 @@
-#include "platform/work/BoundedCalls.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/BoundedCalls.h"
+#include "platform/tasks/MainLoop.h"
 
 #include "support/Support.h"
 

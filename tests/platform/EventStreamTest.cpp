@@ -1,8 +1,8 @@
 #include "platform/files/EventStream.h"
 
 #include "platform/files/GrowingFiles.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/Mutex.h"
 
 #include "support/Support.h"
 

@@ -62,9 +62,9 @@ struct InotifyTreeTest : testing::Test, InotifyTree::Sink {
 };
 
 TEST_F(InotifyTreeTest, aRootIsFollowedWhereAFolderAboveItGoesAndAwaitedWhereItWas) {
-    make({"docs", "docs/work", "docs/work/R", "docs/work/R/in", "else"});
+    make({"docs", "docs/job", "docs/job/R", "docs/job/R/in", "else"});
     InotifyTree tree(*this, {});
-    const QByteArray root = _root + "/docs/work/R";
+    const QByteArray root = _root + "/docs/job/R";
     tree.addRoots(
         {root, root + "/in", _root + "/else", _root + "/just/left"}, {_root + "/away/x/R"});
     EXPECT_EQ(_changed, Names{"just/left"});
@@ -79,11 +79,10 @@ TEST_F(InotifyTreeTest, aRootIsFollowedWhereAFolderAboveItGoesAndAwaitedWhereItW
     make({"docs/beside"});
     move("docs/beside", "docs/besides");
     EXPECT_EQ(changes(), Names()) << "not above a root";
-    move("docs/work", "else/w");
+    move("docs/job", "else/w");
     EXPECT_EQ(
-        changes(), (Names{
-                       "docs/work/R", "docs/work/R/in", "docs/work/R/in>else/w/R/in",
-                       "docs/work/R>else/w/R"}));
+        changes(),
+        (Names{"docs/job/R", "docs/job/R/in", "docs/job/R/in>else/w/R/in", "docs/job/R>else/w/R"}));
 
     // It comes step by step, at once with what is below it, or is made there.
     make({"away"});

@@ -1,5 +1,5 @@
-#include "platform/work/OperationQueue.h"
-#include "platform/work/ExitDeadline.h"
+#include "platform/tasks/OperationQueue.h"
+#include "platform/tasks/ExitDeadline.h"
 #include "support/Support.h"
 
 #include <latch>

@@ -2,8 +2,8 @@
 
 #include "group/ItemOrder.h"
 #include "library/LibrarySupport.h"
-#include "platform/work/Mutex.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/Mutex.h"
+#include "platform/tasks/OperationQueue.h"
 #include "scan/AttachedOperations.h"
 #include "scan/ScanFactory.h"
 #include "scan/ScanServices.h"

@@ -1,5 +1,5 @@
 #include "ui/PBScrollView.h"
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 #include "support/Mouse.h"
 #include "ui/PBScroller.h"
 #include "ui/PBThemes.h"

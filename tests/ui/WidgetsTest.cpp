@@ -1,4 +1,4 @@
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 #include "support/Mouse.h"
 #include "ui/PBModalTextField.h"
 #include "ui/PBOutlineView.h"

@@ -2,8 +2,8 @@
 
 #include "browser/feed/PreparedThumbnails.h"
 #include "image/PBThumbnailBufferManager.h"
-#include "platform/work/MainThread.h"
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/MainThread.h"
+#include "platform/tasks/OperationQueue.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "browser/feed/PreparedThumbnails.h"
 
 #include "codec/pixels/Geometry.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QPainter>
 #include <QTransform>

@@ -1,6 +1,6 @@
 #include "browser/input/BrowserInput.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 #include <cmath>

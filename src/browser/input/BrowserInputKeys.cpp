@@ -1,6 +1,6 @@
 #include "browser/input/BrowserInput.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 PBImageBrowserIndex BrowserInput::currentIndex() const {
     return _leaves.indexForImageFile(_downImageFileItem ? _downImageFileItem : _shiftFileItem);

@@ -1,7 +1,7 @@
 #include "browser/painting/BrowserPainter.h"
 
 #include "core/Texts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/PBThemes.h"
 
 #include <QApplication>

@@ -1,7 +1,7 @@
 #include "browser/painting/GroupHeadPainter.h"
 
 #include "group/GroupTypes.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/PBThemes.h"
 
 #include <QApplication>

@@ -1,6 +1,6 @@
 #include "browser/state/BrowserCarryOver.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 void BrowserCarryOver::note(
     BrowserLayout& layout, const BrowserLeafList& leaves, const PBImageBrowserIndex& current,

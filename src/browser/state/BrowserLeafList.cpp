@@ -1,6 +1,6 @@
 #include "browser/state/BrowserLeafList.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 #include <array>

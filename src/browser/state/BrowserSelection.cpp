@@ -1,7 +1,7 @@
 #include "browser/state/BrowserSelection.h"
 
 #include "group/FolderPaths.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 

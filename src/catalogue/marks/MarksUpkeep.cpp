@@ -4,7 +4,7 @@
 #include "FMDB/FMTransaction.h"
 #include "catalogue/marks/MarksFile.h"
 #include "catalogue/marks/PhotographFile.h"
-#include "platform/work/Operation.h"
+#include "platform/tasks/Operation.h"
 
 #include <utility>
 

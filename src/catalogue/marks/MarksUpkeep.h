@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 
 #include <QString>
 

@@ -2,7 +2,7 @@
 
 #include "codec/metadata/headers/Bytes.h"
 #include "codec/metadata/headers/Container.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <exiv2/exif.hpp>
 #include <exiv2/image.hpp>

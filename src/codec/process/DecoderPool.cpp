@@ -4,8 +4,8 @@
 #include "codec/process/Protocol.h"
 #include "codec/process/SharedMemory.h"
 #include "platform/program/StandardError.h"
+#include "platform/tasks/Cores.h"
 #include "platform/values/CborValues.h"
-#include "platform/work/Cores.h"
 
 #include <algorithm>
 #include <array>

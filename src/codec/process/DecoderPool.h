@@ -2,9 +2,9 @@
 
 #include "codec/process/FrameReader.h"
 #include "codec/process/MemoryBudget.h"
+#include "platform/tasks/Mutex.h"
+#include "platform/tasks/OperationQueue.h"
 #include "platform/values/PBValue.h"
-#include "platform/work/Mutex.h"
-#include "platform/work/OperationQueue.h"
 
 #include <QByteArray>
 #include <QString>

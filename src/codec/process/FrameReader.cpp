@@ -2,7 +2,7 @@
 
 #include "codec/formats/Codecs.h"
 #include "codec/metadata/ImageProperties.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <cstdint>
 #include <deque>

@@ -1,6 +1,6 @@
 #include "codec/process/Reaper.h"
 
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <cerrno>
 #include <thread>

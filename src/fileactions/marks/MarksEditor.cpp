@@ -2,7 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "group/ItemLookup.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <unordered_map>
 

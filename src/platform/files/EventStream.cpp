@@ -3,8 +3,8 @@
 #include "platform/files/GrowingFiles.h"
 #include "platform/files/InotifyTree.h"
 #include "platform/program/StandardError.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/Mutex.h"
 
 #include <QFile>
 #include <QHash>

@@ -2,7 +2,7 @@
 
 #include "platform/files/Presence.h"
 #include "platform/files/Writers.h"
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <QByteArray>
 #include <QHashFunctions>

@@ -1,6 +1,6 @@
 #include "platform/program/StandardFolders.h"
 
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <QCoreApplication>
 #include <QDir>

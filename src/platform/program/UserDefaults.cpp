@@ -1,7 +1,7 @@
 #include "platform/program/UserDefaults.h"
 
 #include "platform/program/StandardError.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QFile>
 #include <QLocale>

@@ -1,6 +1,6 @@
 #include "platform/volumes/TableMounter.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QFile>
 #include <QProcess>

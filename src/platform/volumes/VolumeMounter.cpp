@@ -1,7 +1,7 @@
 #include "platform/volumes/VolumeMounter.h"
 
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -1,6 +1,6 @@
 #include "platform/volumes/VolumeWatcher.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QFile>
 #include <QSocketNotifier>

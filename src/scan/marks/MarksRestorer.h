@@ -6,8 +6,8 @@
 #include "group/ImageFileRow.h"
 #include "group/PBGroupItem.h"
 #include "platform/files/FileManager.h"
+#include "platform/tasks/Operation.h"
 #include "platform/values/PBValue.h"
-#include "platform/work/Operation.h"
 
 #include <atomic>
 #include <functional>

@@ -2,7 +2,7 @@
 
 #include "core/PBAppDelegate.h"
 #include "group/ItemOrder.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/services/BrowsingSettings.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "shell/commands/BrowserViewCommands.h"
 
 #include "browser/PBImageBrowserView.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "core/PBAppDelegate.h"
 #include "group/SearchText.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/services/BrowsingSettings.h"
 
 FilterCommands::FilterCommands(BrowsingSettings& browsing, PBAppDelegate& delegate, QObject* parent)

@@ -1,6 +1,6 @@
 #include "shell/commands/FullScreenControl.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QApplication>
 #include <QCursor>

@@ -7,7 +7,7 @@
 #include "group/PBImageFileItem.h"
 #include "library/PBPathHistory.h"
 #include "platform/program/UserDefaults.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/WindowSettings.h"

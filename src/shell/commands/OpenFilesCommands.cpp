@@ -5,7 +5,7 @@
 #include "core/Paths.h"
 #include "library/PBAliasManager.h"
 #include "platform/files/PathNames.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/OpenFilesReveal.h"
 #include "shell/sidebar/FolderRootCommands.h"

@@ -3,7 +3,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "core/Paths.h"
 #include "group/PBImageFileItem.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/sidebar/SourceTreeController.h"
 

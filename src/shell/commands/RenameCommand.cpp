@@ -5,7 +5,7 @@
 #include "fileactions/RenameImageFile.h"
 #include "group/PBImageFileItem.h"
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/panes/BrowserPane.h"
 #include "ui/WindowAlert.h"
 

@@ -1,6 +1,6 @@
 #include "shell/groups/GroupPanel.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QScopedValueRollback>
 #include <QScrollBar>

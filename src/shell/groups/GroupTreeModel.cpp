@@ -2,7 +2,7 @@
 
 #include "core/Paths.h"
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QSet>
 

@@ -1,8 +1,8 @@
 #include "shell/menus/MainMenu.h"
 
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/Icons.h"
 #include "ui/MenuTracking.h"
 

@@ -9,7 +9,7 @@
 #include "image/PBBuildThumbOperation.h"
 #include "image/ThumbnailStore.h"
 #include "library/PBAliasManager.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/services/ShellServices.h"
 
 #include <QColorSpace>

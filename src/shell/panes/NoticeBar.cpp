@@ -1,7 +1,7 @@
 #include "shell/panes/NoticeBar.h"
 
 #include "platform/program/LocalizedTexts.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 

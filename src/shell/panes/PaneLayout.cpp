@@ -1,7 +1,7 @@
 #include "shell/panes/PaneLayout.h"
 
 #include "platform/program/UserDefaults.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "ui/PBSplitView.h"
 
 #include <QApplication>

@@ -1,6 +1,6 @@
 #include "shell/panes/WorkProgress.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <chrono>
 #include <utility>

@@ -3,7 +3,7 @@
 #include "group/GroupTypes.h"
 #include "group/ItemOrder.h"
 #include "platform/program/UserDefaults.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,8 +3,8 @@
 #include "core/Paths.h"
 #include "library/PBAliasManager.h"
 #include "library/PBAliasResolver.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/sidebar/FolderPrompts.h"
 
 using platform::Bookmark;

@@ -5,7 +5,7 @@
 #include "library/PBSourceTreeDataSource.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/services/BrowsingSettings.h"
 #include "shell/sidebar/FolderPrompts.h"
 #include "shell/sidebar/SourceTreeController.h"

@@ -3,9 +3,9 @@
 #include "library/PBSourceTreeDataSource.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
 #include "platform/values/CborValues.h"
-#include "platform/work/MainLoop.h"
-#include "platform/work/MainThread.h"
 
 #include <QMenu>
 

@@ -1,7 +1,7 @@
 #include "shell/sidebar/SourceTreeModel.h"
 
 #include "library/PBSourceTreeDataSource.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QSet>
 

@@ -5,7 +5,7 @@
 #include "library/PBPathHistory.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/PaneLayout.h"

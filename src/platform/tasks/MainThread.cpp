@@ -1,4 +1,4 @@
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QtGlobal>
 

@@ -1,4 +1,4 @@
-#include "platform/work/ExitDeadline.h"
+#include "platform/tasks/ExitDeadline.h"
 
 namespace platform {
 

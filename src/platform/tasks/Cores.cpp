@@ -1,4 +1,4 @@
-#include "platform/work/Cores.h"
+#include "platform/tasks/Cores.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 
 #include <pthread.h>
 

@@ -1,6 +1,6 @@
-#include "platform/work/Operation.h"
+#include "platform/tasks/Operation.h"
 
-#include "platform/work/OperationQueue.h"
+#include "platform/tasks/OperationQueue.h"
 
 namespace platform {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/work/Mutex.h"
-#include "platform/work/Operation.h"
+#include "platform/tasks/Mutex.h"
+#include "platform/tasks/Operation.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
-#include "platform/work/MainLoop.h"
+#include "platform/tasks/MainLoop.h"
 
-#include "platform/work/MainThread.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QCoreApplication>
 #include <QEvent>

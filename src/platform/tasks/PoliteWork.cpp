@@ -1,4 +1,4 @@
-#include "platform/work/PoliteWork.h"
+#include "platform/tasks/PoliteWork.h"
 
 #include <condition_variable>
 #include <mutex>

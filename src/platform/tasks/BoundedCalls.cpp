@@ -1,6 +1,6 @@
-#include "platform/work/BoundedCalls.h"
+#include "platform/tasks/BoundedCalls.h"
 
-#include "platform/work/Mutex.h"
+#include "platform/tasks/Mutex.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/work/ThreadSafety.h"
+#include "platform/tasks/ThreadSafety.h"
 
 #include <condition_variable>
 #include <mutex>
