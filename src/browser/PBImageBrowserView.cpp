@@ -136,9 +136,7 @@ QRect PBImageBrowserView::widgetRect(const PBImageBrowserIndex& index) {
 }
 
 QRect PBImageBrowserView::headRect(std::int64_t group) {
-    const QRectF head(
-        0, _layout.groupItemPosition(group), _layout.contentWidth(), BrowserMetrics::headHeight);
-    return head.translated(-visibleRect().topLeft()).toAlignedRect();
+    return _layout.headRect(group).translated(-visibleRect().topLeft()).toAlignedRect();
 }
 
 void PBImageBrowserView::toggleIndex(const PBImageBrowserIndex& index) {

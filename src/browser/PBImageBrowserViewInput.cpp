@@ -124,7 +124,8 @@ QString PBImageBrowserView::toolTipAt(const QPoint& point) {
     platform::assertMainThread();
     const std::int64_t group = headAt(point);
     if (group >= 0) {
-        const bool isShortened = _painter.heads().isShortened(_leaves.leaf(group), width());
+        const bool isShortened =
+            _painter.heads().isShortened(_leaves.leaf(group), _layout.headRect(group).width());
         return isShortened ? headText(group) : QString();
     }
     const BrowserHit hit = _layout.itemIndexByPoint(toSheet(point), _painter);

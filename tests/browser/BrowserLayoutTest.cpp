@@ -143,8 +143,7 @@ TEST_F(BrowserLayoutTest, smallImagesHaveATargetThatCanBeHit) {
 
 TEST_F(BrowserLayoutTest, stepsSkipFoldedAndEmptyLeaves) {
     show({leafOf(0), leafOf(5), leafOf(4, landscape, true), leafOf(2)});
-    using Step = Index (BrowserLayout::*)(const Index&) const;
-    const auto check = [&](Step step, std::initializer_list<std::pair<Index, Index>> cases) {
+    const auto check = [&](auto step, std::initializer_list<std::pair<Index, Index>> cases) {
         for (const auto& [from, to] : cases)
             EXPECT_EQ((layout.*step)(from), to) << from.group << ' ' << from.item;
     };
@@ -162,7 +161,7 @@ TEST_F(BrowserLayoutTest, stepsSkipFoldedAndEmptyLeaves) {
         &BrowserLayout::colPrevIndex,
         {{{3, 1}, {1, 4}}, {{1, 3}, {1, 0}}, {{1, 2}, {}}, {{1, 99}, {1, 2}}, {{9, 0}, {}}});
     show({leafOf(3, landscape, true)});
-    for (const Step step : {&BrowserLayout::nextIndex, &BrowserLayout::prevIndex})
+    for (const auto step : {&BrowserLayout::nextIndex, &BrowserLayout::prevIndex})
         check(step, {{{}, {}}});
 }
 
@@ -179,6 +178,70 @@ TEST_F(BrowserLayoutTest, theFirstHeadSticksUntilTheNextPushesItOff) {
         EXPECT_EQ(pushed.at(head).hasTopLine, head == 1);
     EXPECT_EQ(headsAt(second).front().group, 1);
     EXPECT_EQ(headsAt(second - 100).size(), 1U); // the next begins at the very end
+}
+
+/// Held against what can be seen at once: no two things overlap, and every search finds all cells
+/// that it should.
+TEST_F(BrowserLayoutTest, shortGroupsStandSideBySideInTheCompactStyle) {
+    layout.setMetrics({.style = BrowserMetrics::Compact});
+    show(
+        {leafOf(1), leafOf(1, {2000, 3000}), leafOf(2), leafOf(5), leafOf(1), leafOf(2),
+         leafOf(1, landscape, true), leafOf(1), leafOf(0), leafOf(1), leafOf(2), leafOf(3)});
+    std::vector<std::pair<Index, QRectF>> cells;
+    std::vector<QRectF> taken;
+    for (int group = 0; group < leaves.leafCount(); ++group) {
+        taken.push_back(layout.headRect(group));
+        for (int item = 0; item < leaves.imageFileCount(group); ++item) {
+            if (leaves.isCollapsedForBrowser(group)) break;
+            cells.emplace_back(Index{group, item}, layout.cellRectAtIndex({group, item}));
+            taken.push_back(cells.back().second);
+        }
+    }
+    for (std::size_t a = 0; a < taken.size(); ++a)
+        for (std::size_t b = 0; b < a; ++b)
+            EXPECT_FALSE(taken[a].intersects(taken[b])) << a << ' ' << b;
+    const auto topOf = [&](int group) { return layout.groupItemPosition(group); };
+    EXPECT_EQ(topOf(1), topOf(0));
+    EXPECT_GT(topOf(2), topOf(1)); // four would not fit
+    EXPECT_EQ(topOf(5), topOf(4));
+    EXPECT_EQ(topOf(10), topOf(9));
+    EXPECT_GT(topOf(9), topOf(8)); // a leaf without cells is alone
+    EXPECT_EQ(layout.cellRectAtIndex({0, 0}).height(), layout.cellRectAtIndex({1, 0}).height());
+    EXPECT_EQ(layout.headRect(5).right(), 558);
+
+    for (const auto& [index, cell] : cells) {
+        EXPECT_EQ(hitAt(cell.center()).index, index) << index.group;
+        const Index below = layout.colNextIndex(index);
+        if (below.isValid()) {
+            EXPECT_GT(layout.cellRectAtIndex(below).top(), cell.top());
+            EXPECT_LE(layout.cellRectAtIndex(below).left(), cell.left());
+        }
+        const Index above = layout.colPrevIndex(index);
+        if (above.isValid()) {
+            EXPECT_LT(layout.cellRectAtIndex(above).top(), cell.top());
+        }
+    }
+    EXPECT_EQ(layout.colNextIndex({0, 0}), (Index{2, 0}));
+    EXPECT_EQ(layout.colPrevIndex({7, 0}), (Index{4, 0}));
+    EXPECT_EQ(hitAt({cells[1].second.right() + 30, cells[1].second.center().y()}).index, Index{});
+    const double height = layout.contentHeight();
+    for (double top = 0; top < height; top += 7) {
+        for (const double page : {1.0, 40.0, 300.0}) {
+            std::set<std::pair<qint64, qint64>> found;
+            layout.forEachVisible(top, top + page, [&](const Index& index) {
+                found.emplace(index.group, index.item);
+                const QRectF cell = layout.cellRectAtIndex(index).adjusted(0, -15, 0, 15);
+                EXPECT_TRUE(cell.bottom() >= top && cell.top() <= top + page) << top;
+            });
+            for (const auto& [index, cell] : cells) {
+                if (cell.bottom() <= top || cell.top() >= top + page) continue;
+                EXPECT_TRUE(found.contains({index.group, index.item})) << top << ' ' << page;
+            }
+        }
+        const auto heads = layout.visibleHeads({0, top, 558, 300});
+        for (std::size_t i = 1; i < heads.size(); ++i)
+            EXPECT_FALSE(heads[i].rect.adjusted(0, 1, 0, 0).intersects(heads[i - 1].rect)) << top;
+    }
 }
 
 TEST_F(BrowserLayoutTest, scrollsAsLittleAsShowsACellClearOfTheHead) {

@@ -102,12 +102,13 @@ struct WindowTest : ShellFixture {
 };
 
 TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelection) {
-    const QString always = u"addFolderAlias filter_Flag filter_Star find go_FirstItem go_LastItem "
-                           "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem quit "
-                           "recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
-                           "view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
-                           "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
-                           "view_SideBar view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
+    const QString always =
+        u"addFolderAlias filter_Flag filter_Star find go_FirstItem go_LastItem "
+        "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem quit "
+        "recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
+        "view_CompactGroups view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
+        "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
+        "view_SideBar view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
     const auto enabledBesides = [this](const QString& known) {
         openMenus();
         QStringList names;
@@ -168,7 +169,8 @@ TEST_F(WindowTest, eachEntryDoesWhatItSaysAndTheDisplayStartsAnewWhereItHasTo) {
         "arrange_Dscending sort 14 1; arrange_FileSize sort 2 1; arrange_Kind sort 5 1; "
         "arrange_ImageSize sort 6 1; arrange_None sort 0 1; arrange_FileName sort 1 1; "
         "view_Shadow style 14 0; view_FileName style 12 0; view_FileSize style 8 0; "
-        "view_ImageSize style 0 0; view_EnlargeSmallPhoto style 16 0; view_zoomIn size 176 0; "
+        "view_ImageSize style 0 0; view_CompactGroups style 32 0; view_CompactGroups style 0 0; "
+        "view_EnlargeSmallPhoto style 16 0; view_zoomIn size 176 0; "
         "view_zoomOut size 160 0; view_zoomOut size 144 0; filter_Flag filter 1 1; "
         "filter_Star filter 3 1; filter_Flag filter 2 1; recurseSubFolder recurses 0 1; "
         "recurseSubFolder recurses 1 1; selectAll selection 3 0; deselectAll selection 0 0; "

@@ -162,11 +162,12 @@ bool BrowserInput::applyBand(const QRectF& band) {
     const auto isInside = [&](const PBImageBrowserIndex& index) {
         const auto items = _layout.itemsInRange(index.group, range.begin, range.end);
         if (!items || index.item < items->first || index.item > items->last) return false;
-        const std::int64_t column = index.item % columnCount;
+        const BrowserBand leaves = _layout.bandOf(index.group);
+        const std::int64_t column = leaves.column + index.item % columnCount;
         if (column < columns.begin || column > columns.end) return false;
         const std::int64_t row = index.item / columnCount;
         const bool isOnEdge =
-            column == columns.begin || column == columns.end ||
+            leaves.isShared() || column == columns.begin || column == columns.end ||
             (index.group == range.begin.group && row == items->first / columnCount) ||
             (index.group == range.end.group && row == items->last / columnCount);
         return !isOnEdge || _layout.cellRectAtIndex(index).intersects(band);

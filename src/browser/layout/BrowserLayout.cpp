@@ -47,6 +47,7 @@ void BrowserLayout::invalidate() {
     _rowEnds.clear();
     _rowEnds.resize(static_cast<std::size_t>(leafCount()));
     _tops.assign(1, 0.0);
+    _bands.clear();
 }
 
 double BrowserLayout::cellHSpace() const {
@@ -122,8 +123,12 @@ double BrowserLayout::groupHeight(std::int64_t group) {
 void BrowserLayout::measureGroups(std::int64_t group) {
     while (std::ssize(_tops) <= std::min(group, leafCount())) {
         const std::int64_t next = std::ssize(_tops) - 1;
+        const BrowserBand band = bandOf(next);
+        if (band.isShared()) measureSharedRow(band);
         const double cells = isCollapsed(next) ? 0 : groupHeight(next);
-        _tops.push_back(_tops.back() + BrowserMetrics::headHeight + cells);
+        const double top = _tops.back();
+        _tops.insert(_tops.end(), static_cast<std::size_t>(band.last - next), top);
+        _tops.push_back(top + BrowserMetrics::headHeight + cells);
     }
 }
 
@@ -196,20 +201,26 @@ BrowserRange BrowserLayout::visibleRange(double topLine, double bottomLine) {
     range.groupPos = groupItemPosition(std::min(first, leaves - 1));
     if (first < leaves) {
         const double cells = range.groupPos + BrowserMetrics::headHeight;
-        range.begin = {first, -1};
+        const BrowserBand band = bandOf(first);
+        range.begin = {band.first, -1};
         if (cells <= topLine) {
             const std::int64_t row = beginRowByLine(first, topLine - cells);
-            range.begin.item = row < 0 ? -2 : row * _columns;
+            range.begin = row < 0 ? PBImageBrowserIndex{band.last, -2}
+                                  : PBImageBrowserIndex{band.first, row * _columns};
         }
     }
     const std::int64_t last = groupEndingBelow(bottomLine, true);
     if (last < leaves) {
         const double cells = groupItemPosition(last) + BrowserMetrics::headHeight;
-        range.end = {last, -1};
+        const BrowserBand band = bandOf(last);
+        range.end = {band.first, -1};
         if (cells < bottomLine) {
-            const std::int64_t row = endRowByLine(last, bottomLine - cells);
-            range.end.item =
-                row < 0 ? -2 : std::min((row + 1) * _columns, imageFileCount(last)) - 1;
+            const std::int64_t row = endRowByLine(band.last, bottomLine - cells);
+            if (row < 0)
+                range.end.item = -2;
+            else
+                range.end = {
+                    band.last, std::min((row + 1) * _columns, imageFileCount(band.last)) - 1};
         }
     } else if (first < leaves) {
         range.end = {leaves - 1, imageFileCount(leaves - 1) - 1};
@@ -249,19 +260,18 @@ std::vector<BrowserHead> BrowserLayout::visibleHeads(const QRectF& visible) {
     std::vector<BrowserHead> heads;
     const BrowserRange range = visibleRange(visible.top(), visible.bottom());
     if (!range.isComplete()) return heads;
-    for (std::int64_t group = range.begin.group; group <= range.end.group; ++group) {
-        const double top = groupItemPosition(group);
-        if (!heads.empty() && top >= visible.bottom()) break;
-        heads.push_back(
-            {group, QRectF(0, top, _contentWidth, BrowserMetrics::headHeight),
-             !heads.empty() && isShown(group - 1)});
+    const BrowserBand sticky = bandOf(range.begin.group);
+    for (std::int64_t group = sticky.first; group <= bandOf(range.end.group).last; ++group) {
+        const QRectF rect = headRect(group);
+        const bool isSticky = group <= sticky.last;
+        if (!isSticky && rect.top() >= visible.bottom()) break;
+        heads.push_back({group, rect, !isSticky && isShown(bandOf(group).first - 1)});
     }
-    // The first one sticks, until the next reaches it and pushes it off.
-    QRectF& first = heads.front().rect;
+    // The first ones stick, until the next reach them and push them off.
     double top = std::trunc(visible.top());
-    const std::int64_t next = heads.front().group + 1;
-    if (heads.size() > 1)
-        top = std::min(top, groupItemPosition(next) + 1 - BrowserMetrics::headHeight);
-    first.moveTop(top);
+    if (heads.back().group > sticky.last)
+        top = std::min(top, groupItemPosition(sticky.last + 1) + 1 - BrowserMetrics::headHeight);
+    for (BrowserHead& head : heads)
+        if (head.group <= sticky.last) head.rect.moveTop(top);
     return heads;
 }

@@ -51,6 +51,15 @@ struct BrowserItems {
     std::int64_t last = 0;
 };
 
+/// The leaves that share a row of cells, both ends included, and the column of the first cell of
+/// the leaf that was asked for. Unless the style is compact, each leaf is alone.
+struct BrowserBand {
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+    std::int64_t column = 0;
+    [[nodiscard]] bool isShared() const { return first != last; }
+};
+
 /// A group head on show.
 struct BrowserHead {
     std::int64_t group = 0;
@@ -92,6 +101,9 @@ public:
     [[nodiscard]] double groupHeight(std::int64_t group);
     /// The top of a leaf's head; -1 if there is no such leaf.
     [[nodiscard]] double groupItemPosition(std::int64_t group);
+    /// As wide as the sheet, or as the leaf's part of the row that it shares.
+    [[nodiscard]] QRectF headRect(std::int64_t group);
+    [[nodiscard]] BrowserBand bandOf(std::int64_t group);
 
     /// In whole points. The index has to be within its leaf.
     [[nodiscard]] QRectF cellRectAtIndex(const PBImageBrowserIndex& index);
@@ -127,8 +139,8 @@ public:
     /// first or last image; past the ends they give an invalid one.
     [[nodiscard]] PBImageBrowserIndex nextIndex(const PBImageBrowserIndex& index) const;
     [[nodiscard]] PBImageBrowserIndex prevIndex(const PBImageBrowserIndex& index) const;
-    [[nodiscard]] PBImageBrowserIndex colNextIndex(const PBImageBrowserIndex& index) const;
-    [[nodiscard]] PBImageBrowserIndex colPrevIndex(const PBImageBrowserIndex& index) const;
+    [[nodiscard]] PBImageBrowserIndex colNextIndex(const PBImageBrowserIndex& index);
+    [[nodiscard]] PBImageBrowserIndex colPrevIndex(const PBImageBrowserIndex& index);
 
     /// How far to scroll so that the cell shows, clear of the sticky head; 0 if it does.
     [[nodiscard]] double
@@ -162,6 +174,10 @@ private:
     /// Goes on until the leaf, or the line, lies within what is known.
     void measureGroups(std::int64_t group);
     void measurePast(double line);
+    void measureSharedRow(const BrowserBand& band);
+    void appendBand();
+    /// The image at that column of a row that leaves share; past the last one it is that.
+    [[nodiscard]] PBImageBrowserIndex indexInBand(const BrowserBand& band, std::int64_t column);
     [[nodiscard]] std::int64_t groupEndingBelow(double line, bool orAt);
     [[nodiscard]] std::int64_t beginRowByLine(std::int64_t group, double line);
     [[nodiscard]] std::int64_t endRowByLine(std::int64_t group, double line);
@@ -173,8 +189,9 @@ private:
     double _hiddenScrollerWidth = 0;
     std::int64_t _columns = 1;
 
-    std::vector<RowEnds> _rowEnds; // by group, as many rows as were asked for
-    std::vector<double> _tops;     // of the heads; the last entry is the end of what is known
+    std::vector<RowEnds> _rowEnds;   // by group, as many rows as were asked for
+    std::vector<double> _tops;       // of the heads; the last entry is the end of what is known
+    std::vector<BrowserBand> _bands; // by group, as many as were asked for; compact style only
 };
 
 template <typename Function>

@@ -26,7 +26,7 @@ QRectF BrowserLayout::cellRectAtIndex(const PBImageBrowserIndex& index) {
     const std::int64_t row = index.item / _columns;
     const double width = _metrics.cellWidth();
     const double space = cellHSpace();
-    const auto column = static_cast<double>(index.item % _columns);
+    const auto column = static_cast<double>(bandOf(index.group).column + index.item % _columns);
     const double top = groupItemPosition(index.group) + BrowserMetrics::headHeight +
                        _metrics.cellSpace() + topAtRow(index.group, row);
     return integral(QRectF(
@@ -94,11 +94,15 @@ QRectF BrowserLayout::hitTarget(const QRectF& cellRect, const PBImageBrowserInde
 BrowserHit BrowserLayout::itemIndexByPoint(const QPointF& point, const BrowserTextWidths& texts) {
     const BrowserRange range = visibleRange(point.y(), point.y());
     const BrowserColumns columns = visibleColumns(point.x(), point.x());
+    const BrowserBand band = bandOf(range.begin.group);
     if (!range.isComplete() || columns.begin < 0 || columns.begin != columns.end ||
-        range.begin.group != range.end.group || range.begin.item < 0 || range.end.item < 0)
+        band.last != range.end.group || range.begin.item < 0 || range.end.item < 0)
         return {};
-    const PBImageBrowserIndex index{range.begin.group, range.begin.item + columns.begin};
-    if (index.item >= imageFileCount(index.group)) return {};
+    PBImageBrowserIndex index{range.begin.group, range.begin.item + columns.begin};
+    if (band.isShared()) index = indexInBand(band, columns.begin);
+    if (bandOf(index.group).column + index.item % _columns != columns.begin ||
+        index.item >= imageFileCount(index.group))
+        return {};
 
     const QRectF cell = cellRectAtIndex(index);
     const auto hit = [&](BrowserPart part, const QRectF& rect) {

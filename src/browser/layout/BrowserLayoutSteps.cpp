@@ -48,26 +48,31 @@ PBImageBrowserIndex BrowserLayout::prevIndex(const PBImageBrowserIndex& index) c
     return leaf < 0 ? PBImageBrowserIndex{} : PBImageBrowserIndex{leaf, imageFileCount(leaf) - 1};
 }
 
-PBImageBrowserIndex BrowserLayout::colNextIndex(const PBImageBrowserIndex& index) const {
+PBImageBrowserIndex BrowserLayout::colNextIndex(const PBImageBrowserIndex& index) {
     if (!index.isValid()) return nextIndex(index);
     if (index.group >= leafCount()) return {};
     const std::int64_t last = imageFileCount(index.group) - 1;
     if (isShown(index.group) && index.item / _columns < last / _columns)
         return {index.group, std::min(index.item + _columns, last)};
-    const std::int64_t leaf = shownLeafAfter(index.group);
+    const BrowserBand band = bandOf(index.group);
+    const std::int64_t leaf = shownLeafAfter(band.last);
     if (leaf < 0) return {};
-    return {leaf, std::min(index.item % _columns, imageFileCount(leaf) - 1)};
+    return indexInBand(bandOf(leaf), band.column + index.item % _columns);
 }
 
-PBImageBrowserIndex BrowserLayout::colPrevIndex(const PBImageBrowserIndex& index) const {
+PBImageBrowserIndex BrowserLayout::colPrevIndex(const PBImageBrowserIndex& index) {
     if (!index.isValid()) return prevIndex(index);
     if (index.group >= leafCount()) return {};
     if (isShown(index.group) && index.item >= _columns)
         return {index.group, std::min(index.item, imageFileCount(index.group)) - _columns};
-    const std::int64_t leaf = shownLeafBefore(index.group);
+    const BrowserBand band = bandOf(index.group);
+    const std::int64_t leaf = shownLeafBefore(band.first);
     if (leaf < 0) return {};
+    const std::int64_t column = band.column + index.item % _columns;
+    const BrowserBand above = bandOf(leaf);
+    if (above.isShared()) return indexInBand(above, column);
     const std::int64_t last = imageFileCount(leaf) - 1;
-    return {leaf, std::min(last / _columns * _columns + index.item % _columns, last)};
+    return {leaf, std::min(last / _columns * _columns + column, last)};
 }
 
 double

@@ -11,6 +11,8 @@ struct BrowserMetrics {
         FileSize = 4,
         ImageSize = 8,
         EnlargeSmallPhoto = 16,
+        /// Leaves that are shorter than a row share one.
+        Compact = 32,
     };
     static constexpr std::uint64_t defaultStyle = Shadow | FileName | FileSize | ImageSize;
     static constexpr double minThumbnailSize = 64;

@@ -14,6 +14,7 @@ constexpr BrowserViewCommands::StyleRow rows[] = {
     {MenuCommand::view_ImageSize, 3, BrowserMetrics::ImageSize},
     {MenuCommand::view_Shadow, 5, BrowserMetrics::Shadow},
     {MenuCommand::view_EnlargeSmallPhoto, 7, BrowserMetrics::EnlargeSmallPhoto},
+    {MenuCommand::view_CompactGroups, 8, BrowserMetrics::Compact},
 };
 
 /// Points; twelve steps lead from the smallest thumbnails to the largest, over the default.

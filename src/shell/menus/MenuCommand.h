@@ -38,6 +38,7 @@ enum class MenuCommand : std::uint8_t {
     view_ImageSize,
     view_Shadow,
     view_EnlargeSmallPhoto,
+    view_CompactGroups,
     filter_Flag,
     filter_Star,
     recurseSubFolder,

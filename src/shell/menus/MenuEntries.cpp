@@ -118,6 +118,9 @@ constexpr MenuRow barRows[] = {
     entry(
         Command::view_EnlargeSmallPhoto, u"view_EnlargeSmallPhoto", u"Menu_EnlargeSmall", {}, {},
         {inBrowser, hasStyle<BrowserMetrics::EnlargeSmallPhoto>}),
+    entry(
+        Command::view_CompactGroups, u"view_CompactGroups", u"Menu_CompactGroups", {}, {},
+        {inBrowser, hasStyle<BrowserMetrics::Compact>}),
     endOfSubmenu,
     submenu(u"Menu_Filter"),
     entry(
