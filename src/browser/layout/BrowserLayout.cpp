@@ -36,7 +36,7 @@ void BrowserLayout::setWidth(double contentWidth, double hiddenScrollerWidth) {
 }
 
 void BrowserLayout::updateColumns() {
-    const double space = _metrics.cellSpace();
+    const double space = _metrics.tightestCellSpace();
     const double room = _contentWidth - _hiddenScrollerWidth - space;
     _columns =
         std::max<std::int64_t>(1, static_cast<std::int64_t>(room / (_metrics.cellWidth() + space)));

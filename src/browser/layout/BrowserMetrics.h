@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 /// The numbers that follow from the size of the thumbnails and the chosen style. All lengths in
@@ -32,6 +33,9 @@ struct BrowserMetrics {
     [[nodiscard]] bool has(StyleBit bit) const { return (style & bit) != 0; }
     /// Between cells, and around them.
     [[nodiscard]] double cellSpace() const;
+    /// Columns move together so far before there is one less: a sheet of three columns or more
+    /// leaves less than a third of its width empty.
+    [[nodiscard]] double tightestCellSpace() const { return std::rint(cellSpace() / 2); }
     /// The width of the frame around a selected thumbnail.
     [[nodiscard]] double selectSize() const;
     /// The line of the frame of a placeholder.
