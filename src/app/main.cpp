@@ -1,5 +1,6 @@
 #include "app/ApplicationController.h"
 #include "app/CatalogueHealth.h"
+#include "app/CatalogueWait.h"
 #include "app/CommandLine.h"
 #include "app/DamagedCatalogue.h"
 #include "app/IdleWatch.h"
@@ -129,6 +130,7 @@ int runApplication(
     // Nobody is there to answer a run that ends by itself.
     const QString folder = platform::StandardFolders::dataFolder();
     const QString catalogue = folder + QStringLiteral("/files.db");
+    if (!CatalogueWait::settle(catalogue)) return failure;
     CatalogueHealth::repairIfWanted(catalogue);
     CatalogueHealth::repairIfWanted(folder + QStringLiteral("/thumbnail.db"));
     if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))

@@ -1,3 +1,4 @@
+#include "FMDB/FMTransaction.h"
 #include "app/ScanProgram.h"
 
 #include <QImage>
@@ -60,6 +61,25 @@ TEST_F(ProgramTest, mistakesEndWithTheirCodesAndAProfileThatCannotBeWrittenStill
         runUntilIdle({u"--screenshot"_s, u"/proc/no.png"_s, u"--stats"_s, u"/proc/no.json"_s});
     EXPECT_EQ(unwritable.code, 1);
     EXPECT_EQ(unwritable.errors.count('\n'), 2) << unwritable.errors.toStdString();
+}
+
+TEST_F(ProgramTest, aCatalogueThatAnotherProgramHasLockedIsWaitedFor) {
+    makePicture(u"a.png"_s);
+    visit({u"--add"_s, pictures});
+    FMDatabase other(profile + u"/files.db"_s);
+    ASSERT_TRUE(other.open());
+    for (const auto lock : {FMDatabase::Others::Wait, FMDatabase::Others::Read}) {
+        std::optional<FMTransaction> transaction(std::in_place, other, lock);
+        start({u"--until-idle"_s, u"--stats"_s, u"-"_s});
+        ASSERT_TRUE(program.waitForStarted());
+        program.setReadChannel(QProcess::StandardError);
+        while (!program.canReadLine())
+            ASSERT_TRUE(program.waitForReadyRead(60'000));
+        EXPECT_TRUE(program.readLine().contains("is locked by another program"));
+        transaction.reset();
+        ASSERT_TRUE(program.waitForFinished(60'000));
+        EXPECT_EQ(program.exitCode(), 0);
+    }
 }
 
 } // namespace
