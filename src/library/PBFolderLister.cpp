@@ -20,7 +20,9 @@ Subfolders subfoldersOf(const QString& folder) {
     // A folder that can't be read is one without subfolders.
     static_cast<
         void>(platform::FileManager::enumerate(folder, [&](const platform::DirectoryEntry& entry) {
-        if (entry.isDirectory && !entry.isPackage) {
+        // Links to folders are neither scanned nor watched: their folders have a place of their
+        // own.
+        if (entry.isDirectory && !entry.isPackage && !entry.isLink) {
             found.emplace_back(collator.sortKey(entry.name), Subfolder{entry.name, entry.inode});
         }
         return true;
