@@ -119,6 +119,10 @@ void ApplicationController::createScans() {
         .marks = &_marks->restorer(),
         .isBeingWritten =
             [this](const QString& path) { return _folderRoots->scEvents().isBeingWritten(path); },
+        .leftOutForItsName =
+            [this](const QString& folder, const QString& name) {
+                _health->fileLeftOut(folder, name);
+            },
         .scanFinished = [this] { _scanControl->scanFinished(); },
     });
     _marks->setPipeline(*_scanPipeline, [this] { return scanBrowsing(); });

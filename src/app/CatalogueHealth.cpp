@@ -186,6 +186,22 @@ void CatalogueHealth::watchLimitReached(const QString& limit) {
     });
 }
 
+void CatalogueHealth::fileLeftOut(const QString& folder, const QString& name) {
+    if (_isLeftOutTold.exchange(true)) return;
+    platform::complain(
+        QStringLiteral("names of files in %1 are not in UTF-8, such as %2; such files are left "
+                       "out until they are renamed")
+            .arg(folder, name));
+    postToMain([this, folder, name] {
+        _environment.tell(
+            {QStringLiteral("UndecodableName"),
+             localizedString(u"NoticeUndecodableName"),
+             localizedFormat(u"NoticeUndecodableNameDetails", {folder, name}),
+             {},
+             {}});
+    });
+}
+
 void CatalogueHealth::postToMain(std::function<void()> function) {
     auto* loop = platform::MainLoop::instance();
     if (!loop) return;

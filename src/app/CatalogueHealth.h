@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
@@ -46,6 +47,9 @@ public:
 
     /// Some folders can't be watched; `limit` is the system's, such as "name = 8192". Any thread.
     void watchLimitReached(const QString& limit);
+    /// A file of that folder is left out because its name is no text; told once in a run. Any
+    /// thread.
+    void fileLeftOut(const QString& folder, const QString& name);
 
     /// Whether the file was to be repaired at this start, and what became of it is told on standard
     /// error. Before anything opens the catalogue.
@@ -71,6 +75,7 @@ private:
 
     const Environment _environment;
     bool _endedUncleanly = false;
+    std::atomic<bool> _isLeftOutTold = false;
     /// Calls that arrive after this object went are dropped.
     const std::shared_ptr<bool> _isAlive = std::make_shared<bool>(true);
     platform::Mutex _mutex;

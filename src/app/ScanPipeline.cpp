@@ -42,6 +42,7 @@ std::shared_ptr<const ScanServices> ScanPipeline::makeServices() {
         .marks = _environment.marks,
         .readAhead = &_readAhead,
         .isBeingWritten = _environment.isBeingWritten,
+        .leftOutForItsName = _environment.leftOutForItsName,
         .now = [] { return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) * 1e-3; },
         .figures = _figures,
     });

@@ -32,6 +32,8 @@ public:
         MarksRestorer* marks = nullptr;
         /// Whether a new file is still being written. Called on the scan thread.
         std::function<bool(const QString& path)> isBeingWritten;
+        /// A file was left out because its name is no text. Called on the scan thread.
+        std::function<void(const QString& folder, const QString& name)> leftOutForItsName;
         /// The present scan has ended. Main thread.
         std::function<void()> scanFinished;
     };

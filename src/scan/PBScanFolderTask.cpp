@@ -123,7 +123,12 @@ void PBScanFolderTask::walkFolder(Run& run) const {
         if (waiting.size() > inHand) takeFirst();
         return true;
     };
-    if (platform::FileManager::enumerate(run.folderPath, visit)) run.trigger->setIncomplete();
+    const auto undecodable = [&](const QString& name) {
+        const auto& tell = _dictionary->services->leftOutForItsName;
+        if (tell) tell(run.folderPath, name);
+    };
+    if (platform::FileManager::enumerate(run.folderPath, visit, undecodable))
+        run.trigger->setIncomplete();
     while (!waiting.empty() && !operation.isCancelled())
         takeFirst();
     tryAgain(run);

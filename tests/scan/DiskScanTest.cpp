@@ -3,6 +3,7 @@
 
 #include <future>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 using support::entries;
@@ -11,7 +12,11 @@ using support::words;
 TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
     makePictures("a.jpg b.PNG sub/c.jpg sub/deep/d.jpg .hidden.jpg .hid/e.jpg "
                  "Lib.photoslibrary/f.jpg none/g/.h.jpg sub/half.jpg");
-    changeServices([](ScanServices& cautious) {
+    QStringList leftOut;
+    changeServices([&leftOut](ScanServices& cautious) {
+        cautious.leftOutForItsName = [&leftOut](const QString& folder, const QString& name) {
+            leftOut += folder + u'/' + name;
+        };
         cautious.isBeingWritten = [](const QString& file) { return file.endsWith(u"/half.jpg"); };
     });
     support::writeFile(path(u"none/notes.txt"_s), "no picture");
@@ -21,12 +26,15 @@ TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
     ASSERT_TRUE(QFile::link(path({}), path(u"sub/around"_s)));
     ASSERT_TRUE(QFile::link(u"itself.jpg"_s, path(u"none/itself.jpg"_s)));
     ASSERT_TRUE(QFile::link(u"nowhere"_s, path(u"none/dangling.jpg"_s)));
+    const QByteArray undecodable = QFile::encodeName(path(u"sub"_s)) + "/\xfc.jpg";
+    ::close(::open(undecodable.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
     const QString longest = QString(251, u'n') + u".jpg"_s;
     makePicture(longest);
     scan();
 
     EXPECT_EQ(images(), words("a.jpg b.PNG c.jpg d.jpg damaged.jpg") + QStringList{longest});
     EXPECT_EQ(shown(), images());
+    EXPECT_EQ(leftOut, QStringList{path(u"sub/\uFFFD.jpg"_s)});
     EXPECT_EQ(rows(u"select RelativePath from Folder order by 1"_s), words("NULL sub sub/deep"));
     EXPECT_EQ(count(thumbnails, "Thumbnail"), 5);
     EXPECT_EQ(figures.rowsInserted, 6U);

@@ -208,6 +208,7 @@ struct ScanTest : testing::Test {
             },
         .scanFinished = [this](const auto& /*workTree*/) { ++finished; },
         .isBeingWritten = {},
+        .leftOutForItsName = {},
         .now = [this] { return now.load(); },
         .figures = figures}};
     std::unique_ptr<ScanFactory> factory = makeFactory();

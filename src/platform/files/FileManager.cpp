@@ -2,13 +2,11 @@
 
 #include "platform/files/DirectoryHandle.h"
 #include "platform/files/Spelling.h"
-#include "platform/program/StandardError.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 
@@ -143,22 +141,9 @@ EntryLook OpenFolder::look(const QString& name) const {
     return lookAt(_descriptor, name);
 }
 
-namespace {
-
-/// Once in a run: where there is one such name, there are mostly many.
-void tellUnreadableName(const QString& folder, const QString& name) {
-    static std::atomic<bool> isTold = false;
-    if (isTold.exchange(true)) return;
-    complain(
-        QStringLiteral("names of files in %1 are not in UTF-8, such as %2; such files are left "
-                       "out until they are renamed")
-            .arg(folder, name));
-}
-
-} // namespace
-
-std::error_code
-enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor) {
+std::error_code enumerate(
+    const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor,
+    const std::function<void(const QString& name)>& undecodable) {
     const QByteArray bytes = QFile::encodeName(folder);
     const DirectoryHandle directory = openDirectory(bytes);
     if (!directory) return lastError();
@@ -170,7 +155,7 @@ enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)
         DirectoryEntry entry;
         entry.name = QFile::decodeName(found->d_name);
         if (QFile::encodeName(entry.name) != found->d_name) {
-            tellUnreadableName(folder, entry.name);
+            if (undecodable) undecodable(entry.name);
             continue;
         }
         entry.isDirectory = isDirectoryAt(::dirfd(directory.get()), *found);

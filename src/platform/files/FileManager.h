@@ -72,10 +72,12 @@ private:
 
 /// Calls the visitor with each entry of the folder itself (not of those below), in the order in
 /// which the disk gives them, without hidden entries and without names that are not valid in the
-/// file system's encoding (no other part of the program could open them). The visitor answers false
-/// to stop. The error is that of opening or reading the folder; no error is the zero code.
-[[nodiscard]] std::error_code
-enumerate(const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor);
+/// file system's encoding (no other part of the program could open them): those are told to
+/// `undecodable`, as far as they can be shown. The visitor answers false to stop. The error is that
+/// of opening or reading the folder; no error is the zero code.
+[[nodiscard]] std::error_code enumerate(
+    const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor,
+    const std::function<void(const QString& name)>& undecodable = {});
 
 /// Gives a file or folder another path on the same file system. What has that path already is left
 /// as it is, with the error `file_exists`, unless it is the very same file (a name that differs in
