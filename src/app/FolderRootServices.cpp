@@ -88,6 +88,11 @@ PBAliasResolver::OtherRoots FolderRootServices::otherRoots(const PBAliasObject& 
     return roots;
 }
 
+void FolderRootServices::willResolve(std::span<const std::shared_ptr<PBAliasObject>> roots) {
+    for (const auto& root : roots)
+        if (!root->isMounted()) _aliasResolver.beginToResolve(*root, otherRoots(*root));
+}
+
 PBAliasResolution FolderRootServices::resolveAlias(
     const PBAliasObject& aliasObject, const PBAliasLook& look, QString* error) {
     return _aliasResolver.resolve(aliasObject, look, otherRoots(aliasObject), error);

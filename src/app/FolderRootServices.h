@@ -73,6 +73,7 @@ Q_SIGNALS:
 private:
     PBAliasResolution resolveAlias(
         const PBAliasObject& aliasObject, const PBAliasLook& look, QString* error) override;
+    void willResolve(std::span<const std::shared_ptr<PBAliasObject>> roots) override;
     bool storeReservePath(qint64 aliasId, const QString& reservePath) override;
     bool storeBookmark(qint64 aliasId, const PBAliasBookmark& bookmark) override;
     [[nodiscard]] PBAliasResolver::OtherRoots otherRoots(const PBAliasObject& aliasObject) const;

@@ -110,6 +110,7 @@ bool PBAliasManager::resolveAllAliasWithMount(const PBAliasObject::Look& look) {
     PBAliasArray roots = aliasArray().copy();
     PBAliasArray removed;
     bool changed = false;
+    _environment.services.willResolve(roots);
     std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (resolveAlias(*root, look)) changed = true;
         if (isToGo(*root)) removed.push_back(root);

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 
 class PBAliasObject;
 
@@ -45,6 +46,9 @@ public:
     /// when it is known that the volume can't be mounted. Bounded in time.
     [[nodiscard]] virtual PBAliasResolution
     resolveAlias(const PBAliasObject& aliasObject, const PBAliasLook& look, QString* error) = 0;
+    /// These are about to be resolved, one after the other: what their disks have to say can be
+    /// asked of all at the same time.
+    virtual void willResolve(std::span<const std::shared_ptr<PBAliasObject>> /*roots*/) {}
     /// Writes the reserve path to the catalogue.
     virtual bool storeReservePath(qint64 aliasId, const QString& reservePath) = 0;
     /// Writes bookmark and type to the catalogue.

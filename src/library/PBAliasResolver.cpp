@@ -23,6 +23,10 @@ constexpr std::chrono::milliseconds noTime{0};
 /// For the photographs of one folder, when nobody waits any more.
 constexpr std::chrono::milliseconds recognitionLimit{5000};
 
+QString jobName(qint64 aliasId) {
+    return QStringLiteral("resolve %1").arg(aliasId);
+}
+
 PBAliasBookmark keptOf(const Bookmark& bookmark, const platform::Volumes& volumes) {
     return {
         bookmark.data(), PBUtilities::aliasTypeOfVolume(volumes.propertiesOfPath(bookmark.path))};
@@ -128,10 +132,48 @@ PBAliasResolver::Work PBAliasResolver::workFor(
     };
 }
 
+void PBAliasResolver::beginToResolve(
+    const PBAliasObject& aliasObject, const OtherRoots& otherRoots) {
+    platform::assertMainThread();
+    const qint64 aliasId = aliasObject.aliasId();
+    Begun begun{
+        .call = {},
+        .work = workFor(aliasObject, {}, otherRoots),
+        .late = {},
+        .data = aliasObject.aliasData()};
+    begun.late = lateAnswer(aliasObject, begun.work, false);
+    begun.call = _calls.begin<PBAliasResolution>(
+        lane(aliasObject), jobName(aliasId),
+        [work = begun.work] { return work(BookmarkResolver::timeLimit, false); },
+        [late = begun.late, aliasId](const PBAliasResolution& resolution) {
+            late(aliasId, resolution);
+        });
+    _begunUntil = _calls.deadline(BookmarkResolver::timeLimit);
+    _begun.insert_or_assign(aliasId, std::move(begun));
+}
+
+std::optional<PBAliasResolver::Begun>
+PBAliasResolver::takeBegun(const PBAliasObject& aliasObject, const PBAliasLook& look) {
+    auto node = _begun.extract(aliasObject.aliasId());
+    const bool isTheQuestion = !node.empty() && !look.mount && look.movedTo.isEmpty() &&
+                               node.mapped().data == aliasObject.aliasData();
+    if (!isTheQuestion) return std::nullopt;
+    return std::move(node.mapped());
+}
+
 PBAliasResolution PBAliasResolver::resolve(
     const PBAliasObject& aliasObject, const PBAliasLook& look, const OtherRoots& otherRoots,
     QString* error) {
     platform::assertMainThread();
+    if (const auto begun = takeBegun(aliasObject, look)) {
+        const auto answer = _calls.take(begun->call, _begunUntil);
+        if (!answer) return {};
+        // Of two roots that were asked about together the second one can't be at the same place.
+        if (!otherRoots.mounted.contains(answer->path)) {
+            conclude(aliasObject.aliasId(), begun->data, begun->work, answer->outcome, look.mount);
+            return *answer;
+        }
+    }
     const Work work = workFor(aliasObject, look.movedTo, otherRoots);
     const LateAnswer late = lateAnswer(aliasObject, work, look.mount);
     const auto answer = ask(
@@ -163,7 +205,7 @@ std::optional<PBAliasResolution> PBAliasResolver::ask(
     const PBAliasObject& aliasObject, const QString& lane, std::function<PBAliasResolution()> look,
     std::chrono::milliseconds limit, const LateAnswer& late) {
     return _calls.call<PBAliasResolution>(
-        lane, QStringLiteral("resolve %1").arg(aliasObject.aliasId()), limit, std::move(look),
+        lane, jobName(aliasObject.aliasId()), limit, std::move(look),
         [late, aliasId = aliasObject.aliasId()](const PBAliasResolution& resolution) {
             late(aliasId, resolution);
         });

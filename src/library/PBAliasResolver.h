@@ -57,6 +57,9 @@ public:
         QStringList mounted;
         QStringList away; ///< where they were last seen
     };
+    /// Begins to ask about a root that is resolved after others: all that were begun since the last
+    /// `resolve` are waited for no longer than one, together.
+    void beginToResolve(const PBAliasObject& aliasObject, const OtherRoots& otherRoots);
     /// With `look.mount`, a volume that is absent is mounted in the background, which can take the
     /// time that the user needs to answer the desktop's questions.
     [[nodiscard]] PBAliasResolution resolve(
@@ -92,6 +95,13 @@ private:
     /// With `isLast`, what can't be decided is no answer, rather than a folder to be searched for.
     using Work = std::function<PBAliasResolution(std::chrono::milliseconds limit, bool isLast)>;
     struct Question;
+    /// An answer that was asked for before it is wanted.
+    struct Begun {
+        platform::BoundedCalls::Begun<PBAliasResolution> call;
+        Work work;
+        LateAnswer late;
+        QByteArray data; ///< of the root when it was asked
+    };
 
     [[nodiscard]] Work workFor(
         const PBAliasObject& aliasObject, const QString& movedTo,
@@ -100,6 +110,9 @@ private:
     ask(const PBAliasObject& aliasObject, const QString& lane,
         std::function<PBAliasResolution()> look, std::chrono::milliseconds limit,
         const LateAnswer& late);
+    /// Nothing where it was not begun, or for other circumstances.
+    [[nodiscard]] std::optional<Begun>
+    takeBegun(const PBAliasObject& aliasObject, const PBAliasLook& look);
     /// `again`: see `RootSearch`.
     [[nodiscard]] LateAnswer
     lateAnswer(const PBAliasObject& aliasObject, const Work& work, bool again);
@@ -119,6 +132,8 @@ private:
     NamesSource _names;
     /// The number of the last question about each root: late answers to former ones are void.
     std::map<qint64, int> _questions;
+    std::map<qint64, Begun> _begun;
+    platform::BoundedCalls::Deadline _begunUntil;
     std::stop_source _stop;
     RootSearch _search;
     /// Callbacks that come back when this object is gone find it empty.

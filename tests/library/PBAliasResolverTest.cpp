@@ -175,6 +175,21 @@ TEST_F(PBAliasResolverTest, diskThatHangsAnswersLater) {
         << "the second question took the place of the first";
 }
 
+TEST_F(PBAliasResolverTest, whatWasAskedOfAllAtOnceIsTakenUnlessAnotherRootIsThereMeanwhile) {
+    const auto root = rootAt(folder.path());
+    noteLateAnswers();
+    const auto gate = hang(resolver.lane(*root));
+    resolver.beginToResolve(*root, {});
+    gate->release();
+    EXPECT_EQ(outcome(*root), Outcome::Found) << "though the lane was late";
+    resolver.beginToResolve(*root, {});
+    const PBAliasResolver::OtherRoots taken{.mounted = {folder.path()}, .away = {}};
+    EXPECT_NE(resolver.resolve(*root, {}, taken, nullptr).outcome, Outcome::NoAnswer);
+    EXPECT_TRUE(support::spinUntil([&] { return !calls.hasWork(); }));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(late, QStringList());
+}
+
 TEST_F(PBAliasResolverTest, absentVolumeIsMountedWhenAsked) {
     platform::Bookmark bookmark;
     bookmark.path = u"/media/nobody/Stick/photos"_s;

@@ -3,6 +3,7 @@
 
 #include "support/Support.h"
 
+#include <barrier>
 #include <semaphore>
 
 using namespace platform;
@@ -67,6 +68,30 @@ TEST_F(BoundedCallsTest, hangingLaneCostsOneWaitAndQuickWorkAnswersAtOnce) {
     EXPECT_EQ(limits, std::vector(100, 200ms));
     QCoreApplication::processEvents();
     EXPECT_EQ(late.size(), 4U) << "what came in time does not come again";
+}
+
+TEST_F(BoundedCallsTest, callsThatWereBegunWorkAtTheSameTimeAndShareOneLimit) {
+    // Each waits for the other two: one after the other they would never end.
+    auto together = std::make_shared<std::barrier<>>(3);
+    std::vector<BoundedCalls::Begun<int>> begun;
+    for (const int number : {1, 2, 3}) {
+        const std::function<int()> work = [together, number] {
+            together->arrive_and_wait();
+            return number;
+        };
+        begun.push_back(calls->begin<int>(QString::number(number), job, work, note));
+    }
+    begun.push_back(calls->begin<int>(u"1"_s, u"behind"_s, std::function(quick(4)), note));
+    begun.push_back(calls->begin<int>(server, job, hanging(5), note));
+    waited = 20s;
+    const auto end = calls->deadline(200ms);
+    for (const int number : {1, 2, 3, 4})
+        EXPECT_EQ(calls->take(begun.at(static_cast<std::size_t>(number - 1)), end), number);
+    EXPECT_FALSE(calls->take(begun.back(), std::chrono::steady_clock::now()));
+    letGo();
+    EXPECT_TRUE(support::spinUntil([&] { return !late.empty(); }));
+    EXPECT_EQ(late, std::vector{5});
+    EXPECT_EQ(limits, std::vector{200ms});
 }
 
 TEST_F(BoundedCallsTest, answersOnTheirWayAtTheEndAreDropped) {

@@ -67,32 +67,42 @@ bool BoundedCalls::hasWork() const {
     return _state->working > 0;
 }
 
+BoundedCalls::Deadline BoundedCalls::deadline(std::chrono::milliseconds limit) const {
+    return std::chrono::steady_clock::now() +
+           (_state->waitFor ? _state->waitFor(limit) : limit * patience.load());
+}
+
 bool BoundedCalls::run(
-    const QString& laneName, const QString& jobName, std::chrono::milliseconds limit,
+    const QString& lane, const QString& job, std::chrono::milliseconds limit,
     std::function<void()> work, std::function<void()> late) {
-    const auto job = std::make_shared<Job>();
+    const Deadline end = deadline(limit);
+    return await(*start(lane, job, OnLateLane::DoNotWait, std::move(work), std::move(late)), end);
+}
+
+std::shared_ptr<BoundedCalls::Job> BoundedCalls::start(
+    const QString& laneName, const QString& jobName, OnLateLane onLateLane,
+    std::function<void()> work, std::function<void()> late) {
+    auto job = std::make_shared<Job>();
     job->name = jobName;
     job->work = std::move(work);
     job->late = std::move(late);
 
-    const auto wait = _state->waitFor ? _state->waitFor(limit) : limit * patience.load();
-    Lock lock(_state->mutex);
+    const Lock lock(_state->mutex);
     auto& lane = _state->lanes[laneName];
     if (!lane) lane = std::make_shared<Lane>();
-    const bool isLaneLate = !lane->jobs.empty();
-    if (isLaneLate) {
+    if (!lane->jobs.empty()) {
+        job->isAwaited = onLateLane == OnLateLane::WaitAsWell;
         // The first one runs and can't be changed any more.
         const auto same =
             std::find_if(lane->jobs.begin() + 1, lane->jobs.end(), [&](const auto& waiting) {
                 return waiting->name == jobName;
             });
-        job->isAwaited = false;
         if (same != lane->jobs.end()) {
             *same = job;
         } else {
             lane->jobs.push_back(job);
         }
-        return false;
+        return job;
     }
     lane->jobs.push_back(job);
     if (!lane->isWorking) {
@@ -101,9 +111,15 @@ bool BoundedCalls::run(
         // Not joined: see the destructor. The thread shares the state and touches nothing else.
         std::thread(&BoundedCalls::workLane, _state, lane).detach();
     }
-    _state->changed.waitFor(lock, wait, [&] { return job->isDone; });
-    job->isAwaited = job->isDone;
-    return job->isDone;
+    return job;
+}
+
+bool BoundedCalls::await(Job& job, Deadline end) {
+    Lock lock(_state->mutex);
+    if (!job.isAwaited) return false;
+    _state->changed.waitUntil(lock, end, [&] { return job.isDone; });
+    job.isAwaited = job.isDone;
+    return job.isDone;
 }
 
 void BoundedCalls::workLane(

@@ -20,6 +20,8 @@ namespace platform {
 ///
 /// Used from one thread, to which `post` leads; `work` runs elsewhere and must own what it uses.
 class BoundedCalls {
+    struct Job;
+
 public:
     using Post = std::function<void(std::function<void()>)>;
     /// How long is really waited where a limit was promised.
@@ -56,6 +58,39 @@ public:
         return std::move(*result);
     }
 
+    /// Until when a limit from now lasts: several calls that were begun together share it.
+    using Deadline = std::chrono::steady_clock::time_point;
+    [[nodiscard]] Deadline deadline(std::chrono::milliseconds limit) const;
+
+    /// A call that was begun and is not waited for yet. Without `take`, its result is lost.
+    template <typename Result>
+    class Begun {
+        friend class BoundedCalls;
+        std::shared_ptr<Job> _job;
+        std::shared_ptr<std::optional<Result>> _result;
+    };
+    /// The first half of a `call`: so several lanes work at the same time.
+    template <typename Result>
+    [[nodiscard]] Begun<Result> begin(
+        const QString& lane, const QString& job, std::function<Result()> work,
+        std::function<void(Result)> late) {
+        Begun<Result> begun;
+        begun._result = std::make_shared<std::optional<Result>>();
+        begun._job = start(
+            lane, job, OnLateLane::WaitAsWell,
+            [result = begun._result, work = std::move(work)] { result->emplace(work()); },
+            [result = begun._result, late = std::move(late)] {
+                if (late) late(std::move(**result));
+            });
+        return begun;
+    }
+    /// The second half: the result if it is there by then.
+    template <typename Result>
+    [[nodiscard]] std::optional<Result> take(const Begun<Result>& begun, Deadline end) {
+        if (!await(*begun._job, end)) return std::nullopt;
+        return std::move(*begun._result);
+    }
+
     /// A factor for the limits of all calls of this process that have no `WaitFor` of their own,
     /// for where answers come late because the machine is overloaded: the tests of the whole
     /// program, which can't reach the object. Any thread.
@@ -67,11 +102,16 @@ public:
 private:
     struct State;
     struct Lane;
-    struct Job;
+
+    enum class OnLateLane { WaitAsWell, DoNotWait };
 
     bool
     run(const QString& lane, const QString& job, std::chrono::milliseconds limit,
         std::function<void()> work, std::function<void()> late);
+    [[nodiscard]] std::shared_ptr<Job> start(
+        const QString& lane, const QString& job, OnLateLane onLateLane, std::function<void()> work,
+        std::function<void()> late);
+    [[nodiscard]] bool await(Job& job, Deadline end);
     static void workLane(const std::shared_ptr<State>& state, const std::shared_ptr<Lane>& lane);
 
     std::shared_ptr<State> _state;
