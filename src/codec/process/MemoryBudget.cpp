@@ -18,10 +18,11 @@ std::uint64_t availableMemory() {
     return 0;
 }
 
-MemoryBudget::Share MemoryBudget::take(std::uint64_t bytes, const std::stop_token& stop) {
+MemoryBudget::Share
+MemoryBudget::take(std::uint64_t bytes, const std::stop_token& stop, bool isUrgent) {
     platform::Lock lock(_mutex);
     const std::uint64_t ticket = _nextTicket++;
-    _line.push_back(ticket);
+    _line.insert(isUrgent ? _line.begin() : _line.end(), ticket);
     const bool isFree = _changed.waitUnlessStopped(lock, stop, [&] {
         _mutex.assertHeld();
         if (_line.front() != ticket) return false;
