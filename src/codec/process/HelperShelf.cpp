@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <future>
+#include <numeric>
 #include <utility>
 
 namespace codec::process {
@@ -61,6 +62,11 @@ void HelperShelf::start() {
             if (missing != _idle.end()) *missing = std::move(helper);
         }
     });
+}
+
+int HelperShelf::waiting() {
+    const platform::Lock lock(_mutex);
+    return std::accumulate(_waiting.begin(), _waiting.end(), 0);
 }
 
 bool HelperShelf::isAnyMissing() {

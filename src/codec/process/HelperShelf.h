@@ -44,6 +44,8 @@ public:
     /// Has all processes started that are not running, and does not wait for that.
     void start();
     [[nodiscard]] MemoryBudget& memory() { return _memory; }
+    /// How many wait for a process.
+    [[nodiscard]] int waiting();
 
     /// A process for the time of one operation, or of several.
     class Lease {

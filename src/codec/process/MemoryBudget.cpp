@@ -36,6 +36,11 @@ MemoryBudget::take(std::uint64_t bytes, const std::stop_token& stop, bool isUrge
     return Share(this, [this, bytes](const void*) { giveBack(bytes); });
 }
 
+std::size_t MemoryBudget::waiting() {
+    const platform::Lock lock(_mutex);
+    return _line.size();
+}
+
 void MemoryBudget::giveBack(std::uint64_t bytes) {
     const platform::Lock lock(_mutex);
     _inUse -= bytes;

@@ -28,6 +28,9 @@ public:
     [[nodiscard]] Share
     take(std::uint64_t bytes, const std::stop_token& stop, bool isUrgent = false);
 
+    /// How many stand in line.
+    [[nodiscard]] std::size_t waiting();
+
 private:
     void giveBack(std::uint64_t bytes);
 
