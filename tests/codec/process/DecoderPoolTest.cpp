@@ -1,10 +1,9 @@
 #include "codec/process/DecoderPool.h"
 
 #include "codec/process/DecoderHelper.h"
-#include "codec/process/Descriptor.h"
 #include "codec/process/MemoryBudget.h"
+#include "codec/process/OrderFiles.h"
 #include "codec/process/Reaper.h"
-#include "support/Support.h"
 
 #include <QElapsedTimer>
 
@@ -12,7 +11,6 @@
 #include <filesystem>
 #include <latch>
 
-#include <fcntl.h>
 #include <sys/wait.h>
 
 using codec::DecodeRequest;
@@ -21,23 +19,7 @@ using codec::process::Descriptor;
 
 namespace {
 
-struct DecoderPoolTest : testing::Test {
-    static DecoderPool::Settings
-    settings(int processes, std::chrono::milliseconds time = std::chrono::minutes(1)) {
-        return {
-            .executable = MISBEHAVING_DECODER,
-            .processes = processes,
-            .thumbnailTime = time,
-            .fullTime = time};
-    }
-
-    /// An open file of orders.
-    Descriptor orders(const QByteArray& text) {
-        const QString path = folder.filePath(QString::number(++files));
-        support::writeFile(path, text);
-        return Descriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
-    }
-
+struct DecoderPoolTest : OrderFiles {
     codec::Frame
     decode(DecoderPool& pool, const QByteArray& text, int maxSize = 0, std::stop_token stop = {}) {
         const Descriptor file = orders(text);
@@ -67,9 +49,6 @@ struct DecoderPoolTest : testing::Test {
     static auto openDescriptors() {
         return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
     }
-
-    QTemporaryDir folder;
-    std::atomic<int> files = 0;
 };
 
 TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
@@ -92,9 +71,9 @@ TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
     const Descriptor nonsense = orders("nonsense");
     EXPECT_EQ(pool.decode(nonsense.get(), {}, {}, {}).status, codec::ReadStatus::Refused);
     const Descriptor file = orders("paint 1 1 7");
-    EXPECT_EQ(pool.countFrames(file.get(), {}), 7U);
+    EXPECT_EQ(pool.countFrames(file.get(), {}, codec::Urgency::Focus), 7U);
     EXPECT_EQ(pool.frameDelay(file.get(), {}, 6), 60);
-    EXPECT_EQ(pool.countFrames(-1, {}), 0U);
+    EXPECT_EQ(pool.countFrames(-1, {}, codec::Urgency::Focus), 0U);
     DecodeRequest request;
     request.targetProfile = QByteArray(500'077, 'p'); // more than a packet holds
     const QImage image = pool.decode(file.get(), {}, request, {}).frame.image;
@@ -154,7 +133,7 @@ TEST_F(DecoderPoolTest, eachKindOfRequestHasItsOwnTime) {
         request.maxSize = maxSize;
         QElapsedTimer clock;
         clock.start();
-        EXPECT_EQ(pool.decode(file.get(), {}, request, {}).status, codec::ReadStatus::Failed);
+        EXPECT_EQ(pool.decode(file.get(), {}, request, {}).status, codec::ReadStatus::NotNow);
         EXPECT_GE(clock.elapsed(), 300);
     }
 }
@@ -310,7 +289,7 @@ TEST_F(DecoderPoolTest, decodesShareOneBudgetOfMemoryInTheOrderInWhichTheyAskFor
 TEST_F(DecoderPoolTest, filesAreLetGoOfWithTheReply) {
     DecoderPool pool(settings(1));
     const Descriptor file = orders("paint 1 1 7"); // of seven frames
-    EXPECT_EQ(pool.countFrames(file.get(), {}), 7U);
+    EXPECT_EQ(pool.countFrames(file.get(), {}, codec::Urgency::Focus), 7U);
     EXPECT_EQ(pool.decode(file.get(), {}, {}, {}).status, codec::ReadStatus::Decoded);
     // Answered before it closes the file: the next answer comes after that.
     EXPECT_EQ(
