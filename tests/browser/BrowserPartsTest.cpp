@@ -3,7 +3,7 @@
 #include "browser/PBImageBrowserContainerView.h"
 #include "browser/PBImageBrowserDragTipView.h"
 #include "browser/PBImageBrowserTipView.h"
-#include "browser/feed/PreparedThumbnails.h"
+#include "ui/PreparedThumbnails.h"
 #include "browser/input/BrowserDragOut.h"
 #include "ui/FolderDropTarget.h"
 
