@@ -41,7 +41,18 @@ void PhotoBin::refreshFocusIndex() {
         return;
     }
     const std::int64_t same = indexOfSamePhotograph();
-    takeFocus(same >= 0 ? same : std::clamp<std::int64_t>(_focusIndex, 0, count() - 1));
+    if (same >= 0) return replaceFocus(same);
+    takeFocus(std::clamp<std::int64_t>(_focusIndex, 0, count() - 1));
+}
+
+/// A scan brought the photograph again: it stays on show.
+void PhotoBin::replaceFocus(std::int64_t index) {
+    const auto former = std::exchange(_focusImageFileItem, itemAt(index));
+    _focusIndex = index;
+    former->setIsSelected(false);
+    _focusImageFileItem->setIsSelected(true);
+    _host.focusWasReplaced(former, _focusImageFileItem);
+    _host.selectDidChange();
 }
 
 /// -1 takes the focus away.
@@ -99,9 +110,9 @@ void PhotoBin::stoppedAt(std::int64_t index, int direction) {
     changeFocus(index);
 }
 
-std::vector<std::pair<std::shared_ptr<PBImageFileItem>, std::int64_t>>
+std::vector<IndexedImageFileItem>
 PhotoBin::preloadImageFileItemWithCount(std::int64_t count) const {
-    std::vector<std::pair<std::shared_ptr<PBImageFileItem>, std::int64_t>> items;
+    std::vector<IndexedImageFileItem> items;
     if (_focusIndex < 0) return items;
     const bool isBackward = _loadDirection == -1;
     const std::int64_t begin = isBackward ? std::max<std::int64_t>(0, _focusIndex - count)
@@ -109,6 +120,6 @@ PhotoBin::preloadImageFileItemWithCount(std::int64_t count) const {
     const std::int64_t end =
         isBackward ? _focusIndex : std::min(this->count(), _focusIndex + 1 + count);
     for (std::int64_t index = begin; index < end; ++index)
-        items.emplace_back(itemAt(index), index);
+        items.push_back({itemAt(index), index});
     return items;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "group/PBGroupItem.h"
+#include "viewer/state/IndexedImageFileItem.h"
 
 #include <cstdint>
 #include <memory>
@@ -68,13 +69,14 @@ public:
 
     /// Up to so many photographs in the direction of the last move, with their indices: those
     /// behind the focus, the nearest first; or those before it, the nearest last.
-    [[nodiscard]] std::vector<std::pair<std::shared_ptr<PBImageFileItem>, std::int64_t>>
+    [[nodiscard]] std::vector<IndexedImageFileItem>
     preloadImageFileItemWithCount(std::int64_t count) const;
 
 private:
     void moveTo(std::int64_t target, int direction, bool animation);
     void changeFocus(std::int64_t index);
     void takeFocus(std::int64_t index);
+    void replaceFocus(std::int64_t index);
     [[nodiscard]] std::int64_t indexOfFocus() const;
     [[nodiscard]] std::int64_t indexOfSamePhotograph() const;
 

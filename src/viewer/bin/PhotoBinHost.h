@@ -21,6 +21,10 @@ public:
     virtual void tryPreloadNextOrPrevImage() = 0;
     /// The focus goes from this photograph to another one.
     virtual void focusDidLeave(PBImageFileItem& item) = 0;
+    /// The photograph that is shown came again as another item; its file may be another, too.
+    virtual void focusWasReplaced(
+        const std::shared_ptr<PBImageFileItem>& former,
+        const std::shared_ptr<PBImageFileItem>& item) = 0;
     /// The list was read anew: buttons, label and title follow.
     virtual void listDidReload() = 0;
     /// There is something to show after all.
