@@ -1,6 +1,6 @@
 #pragma once
 
-#include "viewer/state/IndexedImageFileItem.h"
+#include "image/large/LargeImageRequests.h"
 
 #include <QPoint>
 #include <QStringList>
@@ -26,7 +26,7 @@ public:
     [[nodiscard]] virtual std::shared_ptr<PBImageFileItem> prevImageFileItem() const = 0;
     /// Up to so many photographs beside the focus, on the side that the last move went to: the
     /// nearest last when that was backwards, else the nearest first.
-    [[nodiscard]] virtual std::vector<IndexedImageFileItem>
+    [[nodiscard]] virtual std::vector<IndexedImage>
     preloadImageFileItemWithCount(int count) const = 0;
     /// Those that the strip shows: their large pictures stay in memory.
     [[nodiscard]] virtual std::vector<std::shared_ptr<PBImageFileItem>>

@@ -1,6 +1,7 @@
 #pragma once
 
 class PBImageBufferManager;
+class PBImageImporterManager;
 class PBLoadImageManager;
 class ThumbnailLoader;
 
@@ -12,6 +13,7 @@ class FolderPaths;
 struct ImageViewServices {
     PBLoadImageManager& loadImageManager;
     PBImageBufferManager& imageBufferManager;
+    PBImageImporterManager& imageImporterManager;
     /// Through the main thread's connection.
     ThumbnailLoader& thumbnailLoader;
     const group::FolderPaths& folderPaths;

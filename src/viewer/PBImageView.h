@@ -22,7 +22,9 @@ public:
     PBImageView(ImageViewHost& host, const ImageViewServices& services, QWidget* parent = nullptr);
     ~PBImageView() override;
 
-    /// The host's focus is another photograph, or none: it fits in, turned as it is stored.
+    /// The host's focus is another photograph, or none: it fits in, turned as it is stored. Loads
+    /// of photographs that are no longer near it end, and those of its neighbours begin with
+    /// `tryPreloadNextOrPrevImage`.
     void showImage();
     /// The photograph shown is the same, but its file, size or marks are not: what can stay stays.
     void imageDidChange();
