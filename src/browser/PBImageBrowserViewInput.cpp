@@ -3,10 +3,10 @@
 #include "browser/BrowserAccessible.h"
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
-#include "browser/input/BrowserDragOut.h"
 #include "platform/program/HarmlessText.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
+#include "ui/DragOut.h"
 #include "ui/PBModalTextField.h"
 
 #include <QApplication>
@@ -333,8 +333,8 @@ void PBImageBrowserView::beginDragOut(const PBImageBrowserIndex& index) {
                                  ? item->thumbnailRef()
                                  : _services.thumbnailLoader().loadThumbnail(*item);
     auto* drag = new QDrag(this); // Qt deletes it when the drag is over
-    drag->setMimeData(BrowserDragOut::mimeData(paths).release());
-    drag->setPixmap(QPixmap::fromImage(BrowserDragOut::picture(
+    drag->setMimeData(DragOut::mimeData(paths).release());
+    drag->setPixmap(QPixmap::fromImage(DragOut::picture(
         thumbnail, target.size().toSize(), item->rotateAngle(), paths.size(),
         devicePixelRatioF())));
     drag->setHotSpot((toSheet(_lastMouse) - target.topLeft()).toPoint());

@@ -7,8 +7,8 @@
 
 #include <memory>
 
-/// What leaves the browser by a drag.
-namespace BrowserDragOut {
+/// What leaves the program by a drag.
+namespace DragOut {
 
 /// The files as URLs, and as plain text for editors and terminals.
 [[nodiscard]] std::unique_ptr<QMimeData> mimeData(const QStringList& paths);
@@ -18,4 +18,4 @@ namespace BrowserDragOut {
 [[nodiscard]] QImage
 picture(const QImage& thumbnail, QSize size, double rotateAngle, qsizetype count, double ratio);
 
-} // namespace BrowserDragOut
+} // namespace DragOut

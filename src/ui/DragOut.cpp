@@ -1,4 +1,4 @@
-#include "browser/input/BrowserDragOut.h"
+#include "ui/DragOut.h"
 
 #include "ui/PBThemes.h"
 
@@ -32,7 +32,7 @@ void drawBadge(QPainter& painter, QSize size, qsizetype count) {
 
 } // namespace
 
-namespace BrowserDragOut {
+namespace DragOut {
 
 std::unique_ptr<QMimeData> mimeData(const QStringList& paths) {
     auto data = std::make_unique<QMimeData>();
@@ -71,4 +71,4 @@ picture(const QImage& thumbnail, QSize size, double rotateAngle, qsizetype count
     return image;
 }
 
-} // namespace BrowserDragOut
+} // namespace DragOut

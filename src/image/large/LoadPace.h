@@ -1,0 +1,46 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+/// How fast the user steps through the pictures, and what that means for loads: while a key is held
+/// a picture is passed long before it is ready, so what is begun then is only what lies so far
+/// ahead that it can be ready when the user comes by. Pure but for its clock; one thread.
+class LoadPace {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+    using Duration = std::chrono::steady_clock::duration;
+    using Clock = std::function<Time()>;
+
+    explicit LoadPace(Clock clock);
+
+    /// The focus has moved to the index.
+    void didStep(std::int64_t index);
+    /// The key was let go.
+    void didEndStepping() { _isHurried = false; }
+    /// A load ran to its end and took so long.
+    void didLoad(Duration time);
+
+    /// Steps follow each other faster than pictures load, and the last is not long ago.
+    [[nodiscard]] bool isHurried() const;
+    /// Whether a load of the picture at the index may begin.
+    [[nodiscard]] bool mayBegin(std::int64_t index) const;
+    /// Until the pause counts as one and everything may begin; nothing when nobody hurries.
+    [[nodiscard]] std::optional<Duration> untilPause() const;
+
+    [[nodiscard]] Time now() const { return _clock(); }
+
+private:
+    /// Without a step for so long, the key was let go.
+    [[nodiscard]] Duration pause() const;
+
+    Clock _clock;
+    bool _isHurried = false;
+    std::optional<Time> _lastStep;
+    std::int64_t _index = 0;
+    std::int64_t _direction = 0;
+    Duration _interval{};
+    Duration _loadTime = std::chrono::milliseconds(150); // of a photograph of 24 megapixels
+};

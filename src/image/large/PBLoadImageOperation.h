@@ -1,0 +1,67 @@
+#pragma once
+
+#include "image/large/PBLoadImageDelegate.h"
+#include "platform/tasks/Operation.h"
+
+#include <QColorSpace>
+#include <QSizeF>
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class PBImageFileItem;
+class PBImageImporterManager;
+
+/// One decode for the large view, at the fit-in scale or at 1. Made and asked on the main thread;
+/// only `main` runs on the queue's. A cancellation stops a decode within 20 ms.
+class PBLoadImageOperation final : public platform::Operation {
+public:
+    struct Job {
+        QString filePath;
+        /// Of the file, in pixels, as the catalogue knows it.
+        QSizeF imageSize;
+        /// Decoded pixels for each pixel of the file; 1 and above is the full size.
+        double scale = 1.0;
+        /// What the pictures are for; with the scale, the job's identity.
+        std::shared_ptr<PBImageFileItem> contextObj;
+        /// Of the item in the list that the display walks.
+        std::int64_t index = 0;
+        /// Of the window that asked; invalid: sRGB.
+        QColorSpace colorSpace;
+    };
+
+    /// The importers outlive the operation.
+    PBLoadImageOperation(Job job, PBImageImporterManager& importers);
+
+    [[nodiscard]] const QString& filePath() const { return _job.filePath; }
+    [[nodiscard]] QSizeF imageSize() const { return _job.imageSize; }
+    [[nodiscard]] double scale() const { return _job.scale; }
+    [[nodiscard]] const std::shared_ptr<PBImageFileItem>& contextObj() const {
+        return _job.contextObj;
+    }
+    [[nodiscard]] std::int64_t index() const { return _job.index; }
+    [[nodiscard]] const QColorSpace& colorSpace() const { return _job.colorSpace; }
+
+    /// The displays to tell, in the order in which they joined.
+    [[nodiscard]] std::vector<PBLoadImageDelegate*> delegates() const;
+    /// Unless it is there already.
+    void addDelegate(const PBLoadImageDelegate& display);
+
+    /// `Nothing` until the operation has run, and when it was cancelled. Read after it has ended.
+    [[nodiscard]] const LoadedImages& images() const { return _images; }
+
+protected:
+    void main() override;
+
+private:
+    friend class PBLoadImageManager;
+
+    [[nodiscard]] LoadedImages load();
+
+    const Job _job;
+    PBImageImporterManager& _importers;
+    std::vector<std::weak_ptr<PBLoadImageDelegate*>> _delegateArray;
+    LoadedImages _images;
+};
