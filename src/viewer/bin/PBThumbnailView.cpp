@@ -2,6 +2,7 @@
 
 #include "codec/pixels/Geometry.h"
 #include "platform/tasks/MainThread.h"
+#include "ui/DragOut.h"
 #include "ui/PBThemes.h"
 #include "viewer/bin/PhotoBinHost.h"
 #include "viewer/bin/StripAccessible.h"
@@ -9,11 +10,9 @@
 #include <QContextMenuEvent>
 #include <QDrag>
 #include <QHelpEvent>
-#include <QMimeData>
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QToolTip>
-#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
@@ -26,6 +25,8 @@ constexpr double paintBudget = 0.006;
 constexpr int adjustDelay = 50; // milliseconds
 /// Points that the mouse moves before a press is a drag.
 constexpr double dragThreshold = 3;
+/// Of photographs whose disk is not there.
+constexpr double awayOpacity = 0.5;
 constexpr qsizetype preparedBytes = qsizetype{8} << 20;
 
 } // namespace
@@ -194,6 +195,13 @@ void PBThumbnailView::paintEvent(QPaintEvent* event) {
         QMetaObject::invokeMethod(this, [this] { update(); }, Qt::QueuedConnection);
 }
 
+QRectF PBThumbnailView::pictureRect(const QRectF& cell, const QImage& thumbnail, double angle) {
+    const QSizeF shown = PBUtilities::rotateSize(thumbnail.size(), angle);
+    QRectF place = cell.adjusted(1, 1, -1, -1);
+    PBUtilities::fitInRect(place, shown.width(), shown.height(), false);
+    return place;
+}
+
 void PBThumbnailView::drawAtIndex(QPainter& painter, std::int64_t index, double ratio) {
     const auto item = _bin.itemAt(index);
     const QRectF cell =
@@ -204,23 +212,20 @@ void PBThumbnailView::drawAtIndex(QPainter& painter, std::int64_t index, double 
     const QImage thumbnail = _thumbnails.thumbnail(item);
     if (thumbnail.isNull()) return;
     const double angle = item->rotateAngle();
-    const QSizeF shown = PBUtilities::rotateSize(thumbnail.size(), angle);
-    QRectF place = cell.adjusted(1, 1, -1, -1);
-    PBUtilities::fitInRect(place, shown.width() / ratio, shown.height() / ratio, false);
-    // On whole pixels of the device, which `place` is turned into and back.
+    const QRectF place = pictureRect(cell, thumbnail, angle);
+    // On whole pixels of the device, as the window's corner is.
     const QPointF origin = painter.deviceTransform().map(QPointF());
     const auto pixel = [ratio](double points, double from) {
         return (std::rint(points * ratio + from) - from) / ratio;
     };
-    const QPointF corner(pixel(place.x(), origin.x()), pixel(place.y(), origin.y()));
     const QSize pixels(
         std::max(1, static_cast<int>(std::lround(place.width() * ratio))),
         std::max(1, static_cast<int>(std::lround(place.height() * ratio))));
-    const QRectF target(corner, QSizeF(pixels) / ratio);
-    const double opacity = item->isAway() ? 0.5 : 1;
-    painter.setOpacity(opacity);
-    const QImage picture =
-        _prepared.picture(thumbnail, pixels, angle, _thumbnails.hasTimeLeft());
+    const QRectF target(
+        QPointF(pixel(place.x(), origin.x()), pixel(place.y(), origin.y())),
+        QSizeF(pixels) / ratio);
+    painter.setOpacity(item->isAway() ? awayOpacity : 1);
+    const QImage picture = _prepared.picture(thumbnail, pixels, angle, _thumbnails.hasTimeLeft());
     if (!picture.isNull() && std::fmod(angle, 90) == 0) {
         painter.drawImage(target, picture);
     } else {
@@ -278,23 +283,14 @@ void PBThumbnailView::beginDragOut(std::int64_t index) {
     const auto item = _bin.itemAt(index);
     const QString path = item ? _host.filePath(*item) : QString();
     if (path.isEmpty()) return;
-    auto* data = new QMimeData; // the drag owns it
-    data->setUrls({QUrl::fromLocalFile(path)});
-    data->setText(path);
     auto* drag = new QDrag(this);
-    drag->setMimeData(data);
+    drag->setMimeData(DragOut::mimeData({path}).release()); // the drag owns it
     const QRect cell = widgetRect(index);
-    const double ratio = devicePixelRatioF();
-    QPixmap picture(cell.size() * ratio);
-    picture.setDevicePixelRatio(ratio);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.translate(-cell.topLeft());
-    _thumbnails.beginPaint(paintBudget);
-    drawAtIndex(painter, index, ratio);
-    painter.end();
-    drag->setPixmap(picture);
-    drag->setHotSpot(_downPoint->toPoint() - cell.topLeft());
+    const QImage thumbnail = item->thumbnailRef();
+    const QSizeF size = pictureRect(cell, thumbnail, item->rotateAngle()).size();
+    drag->setPixmap(QPixmap::fromImage(DragOut::picture(
+        thumbnail, size.toSize(), item->rotateAngle(), 1, devicePixelRatioF())));
+    drag->setHotSpot(QPoint(size.toSize().width(), size.toSize().height()) / 2);
     drag->exec(Qt::CopyAction);
     _downPoint.reset();
 }

@@ -73,6 +73,9 @@ private:
     void preloadThumbnail();
     void adjustBuildThumb();
     void updateCell(const PBImageFileItem& item);
+    /// Where a thumbnail lies in its cell, turned as it is shown.
+    [[nodiscard]] static QRectF
+    pictureRect(const QRectF& cell, const QImage& thumbnail, double angle);
     void drawAtIndex(QPainter& painter, std::int64_t index, double ratio);
     void drawCentreFrame(QPainter& painter) const;
     void beginDragOut(std::int64_t index);

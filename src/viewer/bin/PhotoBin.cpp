@@ -17,6 +17,11 @@ void PhotoBin::setFocusImageFileItem(std::shared_ptr<PBImageFileItem> item) {
     if (old) _host.focusDidLeave(*old);
 }
 
+void PhotoBin::forgetFocus() {
+    setFocusImageFileItem(nullptr);
+    _focusIndex = -1;
+}
+
 std::int64_t PhotoBin::indexOfFocus() const {
     if (itemAt(_focusIndex) == _focusImageFileItem) return _focusIndex;
     const auto found = std::ranges::find(_fileItemArray, _focusImageFileItem);
@@ -110,9 +115,9 @@ void PhotoBin::stoppedAt(std::int64_t index, int direction) {
     changeFocus(index);
 }
 
-std::vector<IndexedImageFileItem>
+std::vector<IndexedImage>
 PhotoBin::preloadImageFileItemWithCount(std::int64_t count) const {
-    std::vector<IndexedImageFileItem> items;
+    std::vector<IndexedImage> items;
     if (_focusIndex < 0) return items;
     const bool isBackward = _loadDirection == -1;
     const std::int64_t begin = isBackward ? std::max<std::int64_t>(0, _focusIndex - count)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "group/PBGroupItem.h"
-#include "viewer/state/IndexedImageFileItem.h"
+#include "image/large/LargeImageRequests.h"
 
 #include <cstdint>
 #include <memory>
@@ -45,6 +45,8 @@ public:
         return _focusImageFileItem;
     }
     void setFocusImageFileItem(std::shared_ptr<PBImageFileItem> item);
+    /// Nothing is shown any more; nobody is asked to show that.
+    void forgetFocus();
     /// The direction of the last move: -1, 0 or 1.
     [[nodiscard]] int loadDirection() const { return _loadDirection; }
     void setLoadDirection(int direction) { _loadDirection = direction; }
@@ -69,7 +71,7 @@ public:
 
     /// Up to so many photographs in the direction of the last move, with their indices: those
     /// behind the focus, the nearest first; or those before it, the nearest last.
-    [[nodiscard]] std::vector<IndexedImageFileItem>
+    [[nodiscard]] std::vector<IndexedImage>
     preloadImageFileItemWithCount(std::int64_t count) const;
 
 private:
