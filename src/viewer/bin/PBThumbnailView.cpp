@@ -49,9 +49,7 @@ PBThumbnailView::PBThumbnailView(
     connect(&_scrollView, &PBScrollView::didScroll, this, &PBThumbnailView::didScroll);
 }
 
-PBThumbnailView::~PBThumbnailView() {
-    _scrollView.setStrip(nullptr);
-}
+PBThumbnailView::~PBThumbnailView() = default;
 
 StripGeometry PBThumbnailView::geometry() const {
     return {

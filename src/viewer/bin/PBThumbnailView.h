@@ -22,6 +22,7 @@ public:
         PBThumbnailScrollView& scrollView, PhotoBinHost& host, const ThumbnailSources& sources);
     ~PBThumbnailView() override;
 
+    [[nodiscard]] PBThumbnailScrollView* scrollView() const { return &_scrollView; }
     [[nodiscard]] PhotoBin& bin() { return _bin; }
     [[nodiscard]] const PhotoBin& bin() const { return _bin; }
 

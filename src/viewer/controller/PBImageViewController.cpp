@@ -173,9 +173,13 @@ void PBImageViewController::updateInfoLabel() {
     _statusBarView->setInfo(title());
 }
 
-void PBImageViewController::updateWindowTitle() {
+QString PBImageViewController::shownPath() const {
     const auto focus = focusImageFileItem();
-    _host.updateWindowTitle(title(), focus ? filePath(*focus) : QString());
+    return focus ? filePath(*focus) : QString();
+}
+
+void PBImageViewController::updateWindowTitle() {
+    _host.updateWindowTitle(title(), shownPath());
 }
 
 std::shared_ptr<PBImageFileItem> PBImageViewController::focusImageFileItem() const {

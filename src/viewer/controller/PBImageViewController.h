@@ -63,6 +63,8 @@ public:
     /// The keyboard goes to the strip, or to the picture where the strip is hidden.
     void takeFocus();
     void setStatusBarShown(bool isShown);
+    /// Of the file that is shown; empty where that is not known.
+    [[nodiscard]] QString shownPath() const;
     /// Number, count and name of the photograph; empty without one.
     [[nodiscard]] QString title() const;
 
