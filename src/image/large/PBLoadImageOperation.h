@@ -7,6 +7,7 @@
 #include <QSizeF>
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -14,8 +15,15 @@
 class PBImageFileItem;
 class PBImageImporterManager;
 
+namespace platform {
+class OperationQueue;
+}
+
 /// One decode for the large view, at the fit-in scale or at 1. Made and asked on the main thread;
 /// only `main` runs on the queue's. A cancellation stops a decode within 20 ms.
+///
+/// The pictures that come of it may have their last owner on any thread, under any lock: an item
+/// that a scan lets go, a tree that is replaced. They are freed on a thread of the load line's own.
 class PBLoadImageOperation final : public platform::Operation {
 public:
     struct Job {
@@ -59,9 +67,12 @@ private:
     friend class PBLoadImageManager;
 
     [[nodiscard]] LoadedImages load();
+    [[nodiscard]] LoadedImages shared(std::unique_ptr<PBImages> images) const;
 
     const Job _job;
     PBImageImporterManager& _importers;
     std::vector<std::weak_ptr<PBLoadImageDelegate*>> _delegateArray;
+    std::weak_ptr<platform::OperationQueue> _releaseQueue;
     LoadedImages _images;
+    std::chrono::steady_clock::duration _loadTime{};
 };
