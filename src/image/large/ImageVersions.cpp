@@ -31,9 +31,7 @@ struct Version {
     FileState file;
     bool isExpired = false;
 
-    [[nodiscard]] bool isOutOfDate(const FileState& now) const {
-        return isExpired || file != now;
-    }
+    [[nodiscard]] bool isOutOfDate(const FileState& now) const { return isExpired || file != now; }
     [[nodiscard]] bool isPicture() const { return loaded.kind == Kind::Images; }
 };
 
@@ -134,8 +132,7 @@ void clearFitInImage(PBImageFileItem& item, double fitInSide) {
 }
 
 void clearNotNowMarkers(PBImageFileItem& item) {
-    eraseVersions(
-        item, [](const Version& version) { return version.loaded.kind == Kind::NotNow; });
+    eraseVersions(item, [](const Version& version) { return version.loaded.kind == Kind::NotNow; });
 }
 
 void expireImages(PBImageFileItem& item) {

@@ -71,8 +71,8 @@ private:
     std::shared_ptr<PBLoadImageOperation>
     joined(const PBImageFileItem& item, double scale, const PBLoadImageDelegate& display);
     /// A new job; nothing where the item has no path.
-    void load(
-        const IndexedImage& image, double scale, Place place, const PBLoadImageDelegate& display);
+    void
+    load(const IndexedImage& image, double scale, Place place, const PBLoadImageDelegate& display);
 
     PBLoadImageManager& _manager;
     PBImageBufferManager& _buffer;

@@ -66,16 +66,26 @@ bool PBImageBufferManager::dropFarthest(
             farthest = &held;
     }
     if (!farthest) return false;
-    clearFitInImage(*farthest->item, _environment.loadImageManager.screen().fitInSide());
+    letGo(*farthest);
     _imageFileArray.erase(_imageFileArray.begin() + (farthest - _imageFileArray.data()));
     return true;
 }
 
+void PBImageBufferManager::letGo(const Held& held) const {
+    const double side = _environment.loadImageManager.screen().fitInSide();
+    clearFitInImage(*held.item, side);
+    // An animation or an original of what was loaded ahead and never looked at has no other end.
+    if (held.index != _environment.loadImageManager.focusIndex())
+        clearUnFitInImages(*held.item, side);
+}
+
 void PBImageBufferManager::clearBuffer() {
     platform::assertMainThread();
-    for (const Held& held : _imageFileArray)
-        clearFitInImage(*held.item, _environment.loadImageManager.screen().fitInSide());
-    _imageFileArray.clear();
+    for (const Held& held : std::exchange(_imageFileArray, {})) {
+        const double side = _environment.loadImageManager.screen().fitInSide();
+        clearFitInImage(*held.item, side);
+        clearUnFitInImages(*held.item, side);
+    }
 }
 
 void PBImageBufferManager::screenDidChange() {

@@ -38,7 +38,7 @@ public:
     /// never those of the focus and of its neighbours.
     void pushImageFileItem(
         const std::shared_ptr<PBImageFileItem>& item, std::int64_t index, Items keepItems = {});
-    /// Takes the fit-in pictures from all items: the large view is left, or memory is short.
+    /// Takes all pictures from all items: the large view is left, or memory is short.
     void clearBuffer();
     /// The screen has other colours: what was loaded for the former ones is shown until it has been
     /// loaded anew.
@@ -60,6 +60,7 @@ private:
     };
     /// False when all are kept.
     bool dropFarthest(std::int64_t index, const std::function<bool(const Held&)>& isKept);
+    void letGo(const Held& held) const;
     void keepWithinBytes(std::int64_t index);
     [[nodiscard]] qint64 byteLimit() const;
     [[nodiscard]] qint64 fitInBytes() const;

@@ -10,12 +10,12 @@ QSize PBImages::imageSize() const {
 }
 
 std::size_t PBImages::imageCount() const {
-    return std::max(_pbImages.size(), _playedCount);
+    return std::max(_pbImages.size(), _played ? _played->frameCount() : 0);
 }
 
 PBImage PBImages::pbImageAtIndex(std::size_t index) const {
     if (index < _pbImages.size()) return _pbImages[index];
-    return _played && index < _playedCount ? _played->frame(index) : PBImage();
+    return _played ? _played->frame(index) : PBImage();
 }
 
 void PBImages::willShowFrame(std::size_t index) const {
@@ -27,9 +27,4 @@ qsizetype PBImages::byteCount() const {
     for (const PBImage& image : _pbImages)
         bytes += image.image().sizeInBytes();
     return bytes;
-}
-
-void PBImages::setPlayedFrames(std::size_t imageCount, std::shared_ptr<PlayedFrames> played) {
-    _playedCount = imageCount;
-    _played = std::move(played);
 }

@@ -18,8 +18,8 @@ double pixelsOf(const QSizeF& size) {
 } // namespace
 
 PBLoadImageManager::PBLoadImageManager(LoadPace::Clock clock)
-    : _pace(std::move(clock)), _releaseQueue(std::make_shared<platform::OperationQueue>(
-                                   QStringLiteral("free pictures"))),
+    : _pace(std::move(clock)),
+      _releaseQueue(std::make_shared<platform::OperationQueue>(QStringLiteral("free pictures"))),
       _operationQueue(QStringLiteral("large images")) {}
 
 PBLoadImageManager::~PBLoadImageManager() {
@@ -30,6 +30,7 @@ void PBLoadImageManager::addLoadImageOperation(Operation operation, bool atEnd) 
     platform::assertMainThread();
     if (_isFinished) return;
     operation->_releaseQueue = _releaseQueue;
+    operation->_urgency = atEnd ? codec::Urgency::Next : codec::Urgency::Focus;
     if (_waitingArray.size() >= mostWaiting) _waitingArray.pop_front();
     if (atEnd)
         _waitingArray.push_back(std::move(operation));
@@ -93,15 +94,17 @@ void PBLoadImageManager::didFinish(const Operation& operation) {
 void PBLoadImageManager::moveLoadImageOperaToHead(const PBLoadImageOperation& operation) {
     platform::assertMainThread();
     const auto found = std::ranges::find(_waitingArray, &operation, &Operation::get);
-    if (found != _waitingArray.end())
-        std::rotate(_waitingArray.begin(), found, std::next(found));
+    if (found == _waitingArray.end()) return;
+    (*found)->_urgency = codec::Urgency::Focus;
+    std::rotate(_waitingArray.begin(), found, std::next(found));
 }
 
 void PBLoadImageManager::moveLoadImageOperaToEnd(const PBLoadImageOperation& operation) {
     platform::assertMainThread();
     const auto found = std::ranges::find(_waitingArray, &operation, &Operation::get);
-    if (found != _waitingArray.end())
-        std::rotate(found, std::next(found), _waitingArray.end());
+    if (found == _waitingArray.end()) return;
+    (*found)->_urgency = codec::Urgency::Next;
+    std::rotate(found, std::next(found), _waitingArray.end());
 }
 
 PBLoadImageManager::Found PBLoadImageManager::loadImageOperationOfContextObj(

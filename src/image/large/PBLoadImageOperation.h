@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/pixels/Decoder.h"
 #include "image/large/PBLoadImageDelegate.h"
 #include "platform/tasks/Operation.h"
 
@@ -10,10 +11,12 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class PBImageFileItem;
 class PBImageImporterManager;
+class PBImageImporterProtocol;
 
 namespace platform {
 class OperationQueue;
@@ -66,13 +69,18 @@ protected:
 private:
     friend class PBLoadImageManager;
 
+    [[nodiscard]] codec::DecodeRequest request() const;
     [[nodiscard]] LoadedImages load();
+    /// Nothing where the file does not play.
+    [[nodiscard]] std::optional<LoadedImages>
+    loadAnimation(const std::shared_ptr<PBImageImporterProtocol>& importer) const;
     [[nodiscard]] LoadedImages shared(std::unique_ptr<PBImages> images) const;
 
     const Job _job;
     PBImageImporterManager& _importers;
     std::vector<std::weak_ptr<PBLoadImageDelegate*>> _delegateArray;
     std::weak_ptr<platform::OperationQueue> _releaseQueue;
+    codec::Urgency _urgency = codec::Urgency::Next; ///< not changed once it runs
     LoadedImages _images;
     std::chrono::steady_clock::duration _loadTime{};
 };
