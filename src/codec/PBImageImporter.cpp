@@ -38,6 +38,12 @@ struct OpenFile {
         status = codec::PropertiesStatus::Unreadable;
         if (S_ISREG(found.st_mode)) descriptor = std::move(opened);
     }
+
+    /// The same for a picture.
+    [[nodiscard]] codec::ReadStatus readStatus() const {
+        return status == codec::PropertiesStatus::NotNow ? codec::ReadStatus::NotNow
+                                                         : codec::ReadStatus::Refused;
+    }
 };
 
 } // namespace
@@ -66,7 +72,8 @@ QString PBImageImporter::utiType() {
 std::size_t PBImageImporter::imageCount() {
     const OpenFile file(_path);
     if (!file.descriptor.isOpen()) return 0;
-    return codec::frameReader()->countFrames(file.descriptor.get(), file.typeHint);
+    return codec::frameReader()->countFrames(
+        file.descriptor.get(), file.typeHint, _urgency.value_or(codec::Urgency::Properties));
 }
 
 std::optional<PBDictionary> PBImageImporter::propertiesAtIndex(std::size_t index) {
@@ -110,26 +117,47 @@ PBImageImporter::propertiesOfImages(std::span<const QString> paths, std::stop_to
 
 QImage
 PBImageImporter::createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop) {
+    codec::DecodeRequest request;
+    request.frame = index;
+    request.maxSize = static_cast<int>(std::min(maxSize, static_cast<unsigned>(INT_MAX)));
+    request.urgency = _urgency.value_or(request.urgency);
+    return readImage(request, stop).frame.image;
+}
+
+codec::ReadResult
+PBImageImporter::readImage(const codec::DecodeRequest& request, std::stop_token stop) {
     const OpenFile file(_path);
-    if (!file.descriptor.isOpen()) return {};
-    QImage full;
+    if (!file.descriptor.isOpen()) return {file.readStatus(), {}};
+    codec::ReadResult result;
     try {
         const auto reader = codec::frameReader();
-        const auto decode = [&](unsigned side) {
-            codec::DecodeRequest request;
-            request.frame = index;
-            request.maxSize = static_cast<int>(std::min(side, static_cast<unsigned>(INT_MAX)));
-            return reader->decode(file.descriptor.get(), file.typeHint, request, stop);
-        };
-        codec::ReadResult result = decode(maxSize);
-        if (maxSize == 0 || result.status != codec::ReadStatus::Refused) return result.frame.image;
+        result = reader->decode(file.descriptor.get(), file.typeHint, request, stop);
+        if (request.maxSize == 0 || result.status != codec::ReadStatus::Refused) return result;
         // A decoder that can't make the small picture may still make the large one.
-        full = decode(0).frame.image;
-        if (full.isNull()) return {};
-        const auto side = static_cast<unsigned>(std::max(full.width(), full.height()));
-        return side <= maxSize ? full : scaleCGImageRef(full, maxSize);
+        codec::DecodeRequest whole = request;
+        whole.maxSize = 0;
+        result = reader->decode(file.descriptor.get(), file.typeHint, whole, stop);
+        QImage& full = result.frame.image;
+        if (std::max(full.width(), full.height()) > request.maxSize &&
+            request.depth == codec::Depth::Screen) {
+            full = scaleCGImageRef(full, request.maxSize);
+        }
     } catch (const std::exception&) {
-        return full;
+        // Memory: of this process.
+        if (result.frame.image.isNull()) result.status = codec::ReadStatus::NotNow;
+    }
+    return result;
+}
+
+codec::OpenedSequence
+PBImageImporter::openSequence(const codec::DecodeRequest& request, std::stop_token stop) {
+    const OpenFile file(_path);
+    if (!file.descriptor.isOpen()) return {file.readStatus(), nullptr};
+    try {
+        return codec::frameReader()->openSequence(
+            file.descriptor.get(), file.typeHint, request, stop);
+    } catch (const std::exception&) {
+        return {};
     }
 }
 
@@ -140,6 +168,7 @@ QImage PBImageImporter::createEmbeddedImage(unsigned maxSize, std::stop_token st
         codec::DecodeRequest request;
         request.maxSize = static_cast<int>(std::min(maxSize, static_cast<unsigned>(INT_MAX)));
         request.onlyEmbedded = true;
+        request.urgency = _urgency.value_or(codec::Urgency::ThumbnailOnShow);
         return codec::frameReader()
             ->decode(file.descriptor.get(), file.typeHint, request, stop)
             .frame.image;

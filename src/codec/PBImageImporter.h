@@ -16,11 +16,16 @@ public:
     /// Does not touch the disk.
     [[nodiscard]] static std::unique_ptr<PBImageImporter> initWithImagePath(const QString& path);
 
+    void setUrgency(codec::Urgency urgency) override { _urgency = urgency; }
     [[nodiscard]] std::optional<PBDictionary> propertiesAtIndex(std::size_t index) override;
     [[nodiscard]] codec::PictureProperties
     readProperties(std::size_t index, std::stop_token stop) override;
     [[nodiscard]] QImage
     createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) override;
+    [[nodiscard]] codec::ReadResult
+    readImage(const codec::DecodeRequest& request, std::stop_token stop) override;
+    [[nodiscard]] codec::OpenedSequence
+    openSequence(const codec::DecodeRequest& request, std::stop_token stop) override;
     [[nodiscard]] QImage createEmbeddedImage(unsigned maxSize, std::stop_token stop = {}) override;
     [[nodiscard]] std::size_t imageCount() override;
     [[nodiscard]] QString utiType() override;
@@ -32,4 +37,5 @@ private:
     explicit PBImageImporter(QString path) : _path(std::move(path)) {}
 
     const QString _path;
+    std::optional<codec::Urgency> _urgency;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codec/metadata/PictureProperties.h"
+#include "codec/process/FrameReader.h"
 
 #include <QImage>
 #include <QString>
@@ -24,6 +25,10 @@ public:
     PBImageImporterProtocol& operator=(const PBImageImporterProtocol&) = delete;
     virtual ~PBImageImporterProtocol() = default;
 
+    /// Who waits for the answers to the questions that take no request of their own; until then
+    /// nobody does who looks at the picture.
+    virtual void setUrgency(codec::Urgency /*urgency*/) {}
+
     /// The property dictionary of a frame (see `codec::readImageProperties`), read without decoding
     /// it.
     [[nodiscard]] virtual std::optional<PBDictionary> propertiesAtIndex(std::size_t index) = 0;
@@ -36,13 +41,21 @@ public:
     /// orientation not applied; a null image when it can't be read or was stopped.
     [[nodiscard]] virtual QImage
     createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) = 0;
+    /// The same for a request that says more (its stop flag, limits and allocator are not used),
+    /// with an answer that does.
+    [[nodiscard]] virtual codec::ReadResult
+    readImage(const codec::DecodeRequest& request, std::stop_token stop);
+    /// The frames of the file one after the other, each as the request says; only the first of a
+    /// file that does not play. May outlive the importer.
+    [[nodiscard]] virtual codec::OpenedSequence
+    openSequence(const codec::DecodeRequest& request, std::stop_token stop);
     /// The small picture that the camera put into the file, at most `maxSize` pixels a side, as
     /// stored; it may have black bars. A null image where there is none, at once.
     [[nodiscard]] virtual QImage
     createEmbeddedImage(unsigned /*maxSize*/, std::stop_token /*stop*/ = {}) {
         return {};
     }
-    /// 0 when the file can't be read.
+    /// 0 when the file can't be read; at most `codec::mostFrames`.
     [[nodiscard]] virtual std::size_t imageCount() = 0;
     /// The type identifier that the content says; empty when unknown.
     [[nodiscard]] virtual QString utiType() = 0;

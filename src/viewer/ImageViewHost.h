@@ -9,8 +9,6 @@
 #include <memory>
 #include <vector>
 
-class QObject;
-
 /// What the image view asks of its surroundings: the photographs, which it doesn't own, and what
 /// follows from what the user did. All on the main thread; outlives the view.
 class ImageViewHost {
@@ -55,8 +53,6 @@ public:
     /// Whether a file or folder that is dragged over the view can be opened: a folder, or a file
     /// that some importer takes. Looks at the disk at most for a moment.
     [[nodiscard]] virtual bool canOpenPath(const QString& path) const = 0;
-    /// Whether a drag that came from this object shows photographs of the large view already.
-    [[nodiscard]] virtual bool isOwnDragSource(const QObject* source) const = 0;
     /// Files and folders were dropped on the view: they are shown in the large view.
     virtual void openDroppedPaths(const QStringList& paths) = 0;
 

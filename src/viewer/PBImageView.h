@@ -1,25 +1,39 @@
 #pragma once
 
+#include "viewer/ImageViewPictures.h"
+#include "viewer/PBNavigationImageView.h"
 #include "viewer/geometry/ImageGeometry.h"
+#include "viewer/input/ImageInput.h"
+#include "viewer/input/ImageTouch.h"
+#include "viewer/painting/ImagePainter.h"
+#include "viewer/state/FramePlayer.h"
+#include "viewer/state/ImageMotions.h"
 
+#include <QBasicTimer>
 #include <QWidget>
 
 #include <memory>
 #include <optional>
 
+class DropTip;
 class ImageViewHost;
+class ProgressSpinner;
 class QKeyEvent;
-struct ImageViewServices;
+class QNativeGestureEvent;
+class QTouchEvent;
+class StepButtons;
 
 /// The large view's image area: one photograph, zoomed, turned, moved and animated, with the
 /// buttons, the miniature and the indicator that lie on it. It shows the host's focus; what it
 /// wants of the program it asks of the host. Main thread.
-class PBImageView final : public QWidget {
+class PBImageView final : public QWidget, private ImageInputHost, private NavigationTarget {
     Q_OBJECT
 
 public:
-    /// Both outlive the view.
-    PBImageView(ImageViewHost& host, const ImageViewServices& services, QWidget* parent = nullptr);
+    /// The host outlives the view. The clock is that of all motions.
+    PBImageView(
+        ImageViewHost& host, const ImageViewServices& services, QWidget* parent = nullptr,
+        ImageMotions::Clock clock = ScrollMotion::monotonicClock());
     ~PBImageView() override;
 
     /// The host's focus is another photograph, or none: it fits in, turned as it is stored. Loads
@@ -35,14 +49,14 @@ public:
     /// Asks for the pictures of the photographs beside the focus.
     void tryPreloadNextOrPrevImage();
 
-    [[nodiscard]] const ImageGeometry& geometry() const;
+    [[nodiscard]] const ImageGeometry& imageGeometry() const { return _geometry; }
     /// Points for each pixel.
-    [[nodiscard]] double scale() const { return geometry().placement().scale(); }
-    [[nodiscard]] double angle() const { return geometry().placement().angle(); }
-    [[nodiscard]] bool isFitIn() const { return geometry().placement().isFitIn(); }
-    [[nodiscard]] bool isRotating() const { return geometry().isRotating(); }
-    [[nodiscard]] bool canZoomIn() const { return geometry().canZoomIn(); }
-    [[nodiscard]] bool canZoomOut() const { return geometry().canZoomOut(); }
+    [[nodiscard]] double scale() const { return imageGeometry().placement().scale(); }
+    [[nodiscard]] double angle() const { return imageGeometry().placement().angle(); }
+    [[nodiscard]] bool isFitIn() const { return imageGeometry().placement().isFitIn(); }
+    [[nodiscard]] bool isRotating() const { return imageGeometry().isRotating(); }
+    [[nodiscard]] bool canZoomIn() const { return imageGeometry().canZoomIn(); }
+    [[nodiscard]] bool canZoomOut() const { return imageGeometry().canZoomOut(); }
 
     /// A step of the zoom, at a point of the view or its middle; animated.
     void zoomInAtPoint(const std::optional<QPointF>& point = {});
@@ -52,8 +66,8 @@ public:
     /// The slider was moved, 0 to 100; answers what it snaps to.
     double zoomSlide(double slider);
     /// Where the slider stands, and what its label says, in per cent.
-    [[nodiscard]] double zoomSlider() const { return geometry().zoomSlider(); }
-    [[nodiscard]] int zoomPercent() const { return geometry().zoomPercent(); }
+    [[nodiscard]] double zoomSlider() const { return imageGeometry().zoomSlider(); }
+    [[nodiscard]] int zoomPercent() const { return imageGeometry().zoomPercent(); }
     /// The photograph was rotated: the view turns to follow, animated.
     void cwRotate();
     void ccwRotate();
@@ -76,13 +90,112 @@ public:
     void updatePrevNextButton();
     /// The miniature is shown where the picture is larger than the view, unless it is switched off.
     void setNavigationEnabled(bool isEnabled);
-    [[nodiscard]] bool isNavigationEnabled() const;
+    [[nodiscard]] bool isNavigationEnabled() const { return _isNavigationEnabled; }
 
     /// What stands in the picture's place.
     enum class Painted { Nothing, Thumbnail, FitIn, Original };
-    [[nodiscard]] Painted painted() const;
+    /// As of the last paint.
+    [[nodiscard]] Painted painted() const { return _painted; }
+    /// The photograph that is shown; nullptr when there is none.
+    [[nodiscard]] std::shared_ptr<PBImageFileItem> focusImageFileItem() const;
+    /// Nothing moves, and nothing follows the user's hand.
+    [[nodiscard]] bool isAtRest() const;
+
+protected:
+    bool event(QEvent* event) override;
+    /// Of the whole program while the view is shown: modifiers that change the cursor, and keys
+    /// that are let go, go to whatever has the keyboard.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
 
 private:
-    struct Parts;
-    std::unique_ptr<Parts> _parts;
+    // What the input wants.
+    [[nodiscard]] SwipeNeighbours neighbours() const override;
+    void step(ImageStep step) override;
+    void perform(ImageCommand command) override;
+    void beginFileDrag() override;
+    // What the miniature wants.
+    [[nodiscard]] const ImagePlacement& placement() const override {
+        return _geometry.placement();
+    }
+    [[nodiscard]] QImage miniature(int side) override;
+    QPointF centerAnchor() override;
+    void tryMoveDrawAnchorToPoint(const QPointF& point) override;
+    void miniatureDragDidEnd() override { settle(); }
+
+    void start(const std::optional<GeometryAnimation>& animation);
+    void tick();
+    /// After anything that may have changed the geometry: repaints what it has to, tells of the
+    /// zoom, and sees to the next frame.
+    void settle();
+    void schedule();
+    void repaintMoved(const ImagePlacement& was);
+    [[nodiscard]] bool scrollPixels(const QPointF& way);
+    void zoomDidChange();
+    void updateNavigationShowHide();
+    /// Where the view lies in its window, and the screen that it is on.
+    void updateViewport();
+    void updateScreen();
+    void updateCursor();
+    [[nodiscard]] ImageScene sceneNow();
+    [[nodiscard]] std::optional<ImageScene::Picture> swipedNeighbour() const;
+    void noteWaiting(const ImageViewPictures::Picture& picture, bool canCome);
+    void updateSpinner();
+    [[nodiscard]] FramePlayer::Frames framesNow() const;
+    void startPlayTimer();
+    void didLoad(const std::shared_ptr<PBImageFileItem>& item);
+    void pressAt(QMouseEvent* event, int clickCount);
+    void moveButtons(const QPointF& point);
+    bool nativeGesture(QNativeGestureEvent* event);
+    bool touch(QTouchEvent* event);
+    [[nodiscard]] double timeOf(quint64 timestamp) const;
+
+    ImageViewHost& _host;
+    PBLoadImageManager& _loadImageManager;
+    const group::FolderPaths& _folderPaths;
+    ImageGeometry _geometry;
+    ImageMotions _motions;
+    ImageInput _input;
+    ImageTouch _touch;
+    FramePlayer _player;
+    ImageViewPictures _pictures;
+
+    StepButtons* _buttons;
+    NavigationView* _navigationView;
+    ProgressSpinner* _progressIndicator;
+    DropTip* _dragTipView;
+
+    QBasicTimer _frameTimer;
+    QBasicTimer _wakeTimer;
+    ImagePlacement _settled; // as of the last `settle`
+    bool _wasAtRest = true;
+    bool _hasZoomed = false; // since the picture was at rest
+    bool _isNavigationEnabled = true;
+    bool _isWaitingForPhotographs = false; // as the host says
+    bool _isWaitingForPicture = false;
+    bool _isFocusShown = false;
+    bool _hasMessage = false; // in the last paint
+    bool _isZoomKeyDown = false;
+    Painted _painted = Painted::Nothing;
+    std::weak_ptr<PBImageFileItem> _clickedItem;
+    struct Miniature {
+        qint64 cacheKey = 0;
+        int side = 0;
+        QImage image;
+    };
+    Miniature _miniature;
 };

@@ -21,7 +21,11 @@ struct ScriptedReader final : codec::FrameReader {
         if (throwsForFull) throw std::runtime_error("damaged");
         return {full.isNull() ? codec::ReadStatus::Refused : codec::ReadStatus::Decoded, {full}};
     }
-    std::size_t countFrames(int, const QString&) override { return 1; }
+    codec::OpenedSequence
+    openSequence(int, const QString&, const codec::DecodeRequest&, std::stop_token) override {
+        return {};
+    }
+    std::size_t countFrames(int, const QString&, codec::Urgency) override { return 1; }
     codec::PictureProperties
     properties(int, const QString&, std::size_t, std::stop_token) override {
         throw std::runtime_error("damaged");

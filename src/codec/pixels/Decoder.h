@@ -49,6 +49,21 @@ private:
     std::uint32_t _request = 0;
 };
 
+/// Who waits for an answer, the most urgent first.
+enum class Urgency : std::uint8_t {
+    Focus,           ///< the user looks at it, or at the place where it should be
+    Next,            ///< what the user may look at next
+    ThumbnailOnShow, ///< of a picture that is on the screen
+    Thumbnail,
+    Properties,
+};
+
+/// What the pixels of a result are.
+enum class Depth : std::uint8_t {
+    Screen, ///< 8 bits a channel, in the profile that the request names
+    Source, ///< 16 bits a channel, in the picture's own profile
+};
+
 /// Makes the bitmap of a result, so that it can lie in shared memory; a null image is a refusal.
 using BitmapAllocator = std::function<QImage(QSize size, QImage::Format format)>;
 
@@ -58,8 +73,12 @@ struct DecodeRequest {
     int maxSize = 0;
     /// Only a smaller picture that the file holds beside the frame is wanted, however small it is.
     bool onlyEmbedded = false;
-    /// ICC profile of the result's colours; empty for sRGB.
+    /// ICC profile of the result's colours; empty for sRGB. Not used with `Depth::Source`.
     QByteArray targetProfile;
+    Depth depth = Depth::Screen;
+    Urgency urgency = Urgency::Thumbnail;
+    /// How many threads the decode may use where its library can; not below 1.
+    int threads = 1;
     StopFlag stop;
     Limits limits;
     /// Empty for the heap.
@@ -67,11 +86,16 @@ struct DecodeRequest {
 };
 
 struct Frame {
-    /// `Format_ARGB32_Premultiplied`, or `Format_RGB32` when every pixel is opaque. As stored: the
+    /// `Format_ARGB32_Premultiplied`, or `Format_RGB32` when every pixel is opaque; with
+    /// `Depth::Source`, `Format_RGBA64_Premultiplied` or `Format_RGBX64`. As stored: the
     /// orientation is not applied. Null: nothing could be decoded.
     QImage image;
     /// False when the file was damaged and the rest of the picture is filler.
     bool isComplete = true;
+    /// ICC profile of the image's colours; empty for sRGB. For `Depth::Screen` the one that was
+    /// asked for, unless that can't be used; for `Depth::Source` that of the file, or sRGB for
+    /// pictures that are not in a space of red, green and blue, or brighter than white.
+    QByteArray profile = {};
 };
 
 /// One opened picture. Used by one thread at a time.
@@ -94,9 +118,23 @@ public:
     [[nodiscard]] Frame wanted(const DecodeRequest& request) {
         return request.onlyEmbedded ? embedded(request) : frame(request);
     }
-    /// Time that the frame of an animation stays, in milliseconds; 0 for a still picture.
+    /// Whether the frames are to be played one after the other: the pages of a document are not.
+    [[nodiscard]] virtual bool isAnimation() { return false; }
+    /// Time that the frame of an animation stays, in milliseconds, as the file says it; 0 for a
+    /// still picture.
     [[nodiscard]] virtual int frameDelay(std::size_t /*index*/) { return 0; }
 };
+
+/// More frames than any animation has; what goes beyond is not looked at.
+inline constexpr std::size_t mostFrames = 100'000;
+
+/// For how long a frame whose file says so many milliseconds is shown: files that say nothing, or a
+/// hundredth of a second, were made for programs that took a tenth.
+[[nodiscard]] constexpr int shownDelay(int milliseconds) {
+    constexpr int tooShort = 10;
+    constexpr int usual = 100;
+    return milliseconds <= tooShort ? usual : milliseconds;
+}
 
 /// One row of the table of decoders.
 struct Codec {

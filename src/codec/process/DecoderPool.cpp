@@ -231,7 +231,12 @@ ReadResult DecoderPool::decode(
     return {isThere ? ReadStatus::Decoded : ReadStatus::Failed, std::move(frame)};
 }
 
-std::size_t DecoderPool::countFrames(int descriptor, const QString& typeHint) {
+OpenedSequence
+DecoderPool::openSequence(int, const QString&, const DecodeRequest&, std::stop_token) {
+    return {};
+}
+
+std::size_t DecoderPool::countFrames(int descriptor, const QString& typeHint, Urgency) {
     Lease lease(*this, Length::Short);
     Reply reply;
     const Request request = makeRequest(Kind::CountFrames, typeHint, 0);

@@ -57,7 +57,11 @@ public:
     [[nodiscard]] ReadResult decode(
         int descriptor, const QString& typeHint, const DecodeRequest& request,
         std::stop_token stop) override;
-    [[nodiscard]] std::size_t countFrames(int descriptor, const QString& typeHint) override;
+    [[nodiscard]] OpenedSequence openSequence(
+        int descriptor, const QString& typeHint, const DecodeRequest& request,
+        std::stop_token stop) override;
+    [[nodiscard]] std::size_t
+    countFrames(int descriptor, const QString& typeHint, Urgency urgency) override;
     /// Milliseconds; 0 for a still picture.
     [[nodiscard]] int frameDelay(int descriptor, const QString& typeHint, std::size_t frame);
     /// A picture that ends its process by itself, or keeps it computing for all its time, is

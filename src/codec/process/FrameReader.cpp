@@ -2,13 +2,55 @@
 
 #include "codec/formats/Codecs.h"
 #include "codec/metadata/ImageProperties.h"
+#include "platform/tasks/Cores.h"
 #include "platform/tasks/Mutex.h"
 
+#include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace codec {
 
 namespace {
+
+class LocalSequence final : public FrameSequence {
+public:
+    LocalSequence(Source source, std::unique_ptr<Decoder> decoder, DecodeRequest request)
+        : _source(std::move(source)), _decoder(std::move(decoder)), _request(std::move(request)),
+          _count(framesToPlay(*_decoder)) {}
+
+    std::size_t frameCount() const override { return _count; }
+    void rewind() override {
+        _next = 0;
+        _isOver = false;
+    }
+    SequenceFrame next(std::stop_token stop) override {
+        if (_isOver || _next >= _count) return {};
+        SequenceFrame result;
+        try {
+            _request.frame = _next;
+            _request.stop = StopFlag(stop);
+            result.frame = _decoder->frame(_request);
+            if (_count > 1) result.delay = shownDelay(_decoder->frameDelay(_next));
+        } catch (const std::exception&) {
+            result.frame = {};
+        }
+        ++_next;
+        result.status = stop.stop_requested()         ? SequenceStatus::NotNow
+                        : result.frame.image.isNull() ? SequenceStatus::Damaged
+                                                      : SequenceStatus::Decoded;
+        _isOver = result.status != SequenceStatus::Decoded || !result.frame.isComplete;
+        return result;
+    }
+
+private:
+    const Source _source;
+    const std::unique_ptr<Decoder> _decoder;
+    DecodeRequest _request;
+    const std::size_t _count;
+    std::size_t _next = 0;
+    bool _isOver = false;
+};
 
 class LocalReader final : public FrameReader {
 public:
@@ -19,14 +61,33 @@ public:
         if (!source) return {};
         DecodeRequest local = request;
         local.stop = StopFlag(stop);
+        local.threads = threadsFor(request.urgency);
         ReadResult result{ReadStatus::Decoded, codec::decode(*source, typeHint, local)};
         if (result.frame.image.isNull()) {
-            result.status = stop.stop_requested() ? ReadStatus::Failed : ReadStatus::Refused;
+            result.status = stop.stop_requested() ? ReadStatus::NotNow : ReadStatus::Refused;
         }
         return result;
     }
 
-    std::size_t countFrames(int descriptor, const QString& typeHint) override {
+    OpenedSequence openSequence(
+        int descriptor, const QString& typeHint, const DecodeRequest& request,
+        std::stop_token) override {
+        auto source = Source::fromDescriptor(descriptor);
+        if (!source) return {ReadStatus::Refused, nullptr};
+        try {
+            auto decoder = openDecoder(*source, typeHint);
+            if (!decoder) return {ReadStatus::Refused, nullptr};
+            DecodeRequest local = request;
+            local.threads = threadsFor(request.urgency);
+            return {
+                ReadStatus::Decoded, std::make_unique<LocalSequence>(
+                                         std::move(*source), std::move(decoder), std::move(local))};
+        } catch (const std::exception&) {
+            return {ReadStatus::Refused, nullptr};
+        }
+    }
+
+    std::size_t countFrames(int descriptor, const QString& typeHint, Urgency) override {
         const auto source = Source::fromDescriptor(descriptor);
         return source ? codec::countFrames(*source, typeHint) : 0;
     }
@@ -40,9 +101,13 @@ public:
 class NoReader final : public FrameReader {
 public:
     ReadResult decode(int, const QString&, const DecodeRequest&, std::stop_token) override {
-        return {ReadStatus::Failed, {}};
+        return {ReadStatus::NotNow, {}};
     }
-    std::size_t countFrames(int, const QString&) override { return 0; }
+    OpenedSequence
+    openSequence(int, const QString&, const DecodeRequest&, std::stop_token) override {
+        return {};
+    }
+    std::size_t countFrames(int, const QString&, Urgency) override { return 0; }
     PictureProperties properties(int, const QString&, std::size_t, std::stop_token) override {
         return {};
     }
@@ -73,6 +138,16 @@ InstalledReader& installed() {
 }
 
 } // namespace
+
+int threadsFor(Urgency urgency) {
+    // More add little, and each takes address space of its own.
+    constexpr int most = 16;
+    return urgency == Urgency::Focus ? std::min(platform::usableCores(), most) : 1;
+}
+
+std::size_t framesToPlay(Decoder& decoder) {
+    return decoder.isAnimation() ? std::clamp<std::size_t>(decoder.frameCount(), 1, mostFrames) : 1;
+}
 
 std::vector<PictureProperties>
 FrameReader::propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop) {

@@ -16,13 +16,58 @@ enum class ReadStatus {
     Decoded,
     /// The decoder looked at the picture and could not do it: another size may still work.
     Refused,
-    /// Stopped, out of time or memory, or the helper process died: not worth another try.
-    Failed
+    /// It brought its decoder down, or made it lie: not worth another try.
+    Failed,
+    /// Stopped, out of time or memory, or its decoder was ended by others: says nothing of the
+    /// picture, which is to be tried another time.
+    NotNow,
 };
 
 struct ReadResult {
     ReadStatus status = ReadStatus::Refused;
     Frame frame;
+};
+
+/// What the next frame of a sequence is.
+enum class SequenceStatus {
+    Decoded,
+    Ended,   ///< there is none after the last one
+    Damaged, ///< it can't be decoded, nor can any after it; those before it stay good
+    NotNow,  ///< as with `ReadStatus`; the sequence is over
+};
+
+struct SequenceFrame {
+    SequenceStatus status = SequenceStatus::Ended;
+    Frame frame;
+    /// Milliseconds for which it is shown, brought to what players take (see `shownDelay`); 0 for a
+    /// picture that does not play.
+    int delay = 0;
+};
+
+/// The frames of one file, at one size, each composed onto those before it: any number of them cost
+/// one way through the file. Holds the file open, and a decoder of its own, for as long as it
+/// lives. Used by one thread at a time, and let go on any.
+class FrameSequence {
+public:
+    FrameSequence() = default;
+    FrameSequence(const FrameSequence&) = delete;
+    FrameSequence& operator=(const FrameSequence&) = delete;
+    virtual ~FrameSequence() = default;
+
+    /// At least 1, and 1 for a file that does not play, whatever else it holds. As the file
+    /// declares them: damage may end it earlier.
+    [[nodiscard]] virtual std::size_t frameCount() const = 0;
+    [[nodiscard]] bool isAnimation() const { return frameCount() > 1; }
+    /// The next frame, from the first; blocks.
+    [[nodiscard]] virtual SequenceFrame next(std::stop_token stop) = 0;
+    /// The next frame is the first again.
+    virtual void rewind() = 0;
+};
+
+struct OpenedSequence {
+    /// What to think of the file where there is no sequence.
+    ReadStatus status = ReadStatus::NotNow;
+    std::unique_ptr<FrameSequence> sequence; ///< not null exactly when `Decoded`
 };
 
 /// An open file, borrowed, and the type that its name says.
@@ -43,8 +88,14 @@ public:
     [[nodiscard]] virtual ReadResult decode(
         int descriptor, const QString& typeHint, const DecodeRequest& request,
         std::stop_token stop) = 0;
+    /// The frames as the request wants each; its own `frame` is not used. The reader must outlive
+    /// the sequence.
+    [[nodiscard]] virtual OpenedSequence openSequence(
+        int descriptor, const QString& typeHint, const DecodeRequest& request,
+        std::stop_token stop) = 0;
     /// 0 when the picture can't be opened.
-    [[nodiscard]] virtual std::size_t countFrames(int descriptor, const QString& typeHint) = 0;
+    [[nodiscard]] virtual std::size_t
+    countFrames(int descriptor, const QString& typeHint, Urgency urgency) = 0;
     /// Stopped, the answer is `NotNow`.
     [[nodiscard]] virtual PictureProperties properties(
         int descriptor, const QString& typeHint, std::size_t frame, std::stop_token stop) = 0;
@@ -53,6 +104,12 @@ public:
     [[nodiscard]] virtual std::vector<PictureProperties>
     propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop);
 };
+
+/// The cores that a decode may use: all for the picture that the user waits for, which is decoded
+/// alone; the others share them.
+[[nodiscard]] int threadsFor(Urgency urgency);
+/// What `FrameSequence::frameCount` tells.
+[[nodiscard]] std::size_t framesToPlay(Decoder& decoder);
 
 /// One that reads nothing: every picture is to be read another time.
 [[nodiscard]] std::shared_ptr<FrameReader> noReader();

@@ -45,5 +45,6 @@ void clearNotNowMarkers(PBImageFileItem& item);
 void expireImages(PBImageFileItem& item);
 /// Hands the versions on to the item that a scan made of the same photograph.
 void moveImages(PBImageFileItem& from, PBImageFileItem& to);
-/// Bytes of all pictures.
+/// Bytes of all pictures, and of those that `clearFitInImage` takes.
 [[nodiscard]] qint64 imageByteCount(const PBImageFileItem& item);
+[[nodiscard]] qint64 fitInByteCount(const PBImageFileItem& item, double fitInSide);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "image/large/ImageVersions.h"
+#include "image/large/LargeImageScreen.h"
 
 #include <QString>
 
@@ -14,6 +15,7 @@ class PBImageFileItem;
 class PBImageImporterManager;
 class PBLoadImageDelegate;
 class PBLoadImageManager;
+class PBLoadImageOperation;
 
 /// An item, and where it stands in the list that a display walks.
 struct IndexedImage {
@@ -31,6 +33,10 @@ public:
     LargeImageRequests(
         PBLoadImageManager& manager, PBImageBufferManager& buffer,
         PBImageImporterManager& importers, PathOfItem pathOfItem);
+
+    /// The window shows on another screen, or its screen has changed: what was loaded for other
+    /// colours is shown until it has been loaded anew.
+    void setScreen(const LargeImageScreen& screen);
 
     /// The best version for a zoom (points for each pixel of the file).
     [[nodiscard]] AppropriateImage
@@ -59,9 +65,14 @@ public:
 
 private:
     enum class Place { Head, End };
-    /// A new job; nothing where the item has no path.
-    void load(
+    /// The job that was joined; nullptr where there was none, or nothing is to be loaded.
+    std::shared_ptr<PBLoadImageOperation> preload(
         const IndexedImage& image, double scale, Place place, const PBLoadImageDelegate& display);
+    std::shared_ptr<PBLoadImageOperation>
+    joined(const PBImageFileItem& item, double scale, const PBLoadImageDelegate& display);
+    /// A new job; nothing where the item has no path.
+    void
+    load(const IndexedImage& image, double scale, Place place, const PBLoadImageDelegate& display);
 
     PBLoadImageManager& _manager;
     PBImageBufferManager& _buffer;

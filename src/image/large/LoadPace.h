@@ -16,17 +16,17 @@ public:
 
     explicit LoadPace(Clock clock);
 
-    /// The focus has moved to the index.
-    void didStep(std::int64_t index);
+    /// The focus has moved to the index, to a picture whose file has so many pixels.
+    void didStep(std::int64_t index, double pixels);
     /// The key was let go.
     void didEndStepping() { _isHurried = false; }
-    /// A load ran to its end and took so long.
-    void didLoad(Duration time);
+    /// A fit-in load ran to its end.
+    void didLoad(Duration time, double pixels);
 
     /// Steps follow each other faster than pictures load, and the last is not long ago.
     [[nodiscard]] bool isHurried() const;
     /// Whether a load of the picture at the index may begin.
-    [[nodiscard]] bool mayBegin(std::int64_t index) const;
+    [[nodiscard]] bool mayBegin(std::int64_t index, double pixels) const;
     /// Until the pause counts as one and everything may begin; nothing when nobody hurries.
     [[nodiscard]] std::optional<Duration> untilPause() const;
 
@@ -35,6 +35,7 @@ public:
 private:
     /// Without a step for so long, the key was let go.
     [[nodiscard]] Duration pause() const;
+    [[nodiscard]] Duration loadTime(double pixels) const;
 
     Clock _clock;
     bool _isHurried = false;
@@ -42,5 +43,5 @@ private:
     std::int64_t _index = 0;
     std::int64_t _direction = 0;
     Duration _interval{};
-    Duration _loadTime = std::chrono::milliseconds(150); // of a photograph of 24 megapixels
+    double _secondsPerPixel = 150e-3 / 24e6; // of the file; a JPEG on a slow core, to begin with
 };

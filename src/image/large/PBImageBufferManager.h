@@ -1,10 +1,11 @@
 #pragma once
 
-#include "image/large/LargeImageScreen.h"
+#include "codec/process/MemoryBudget.h"
 
 #include <QtGlobal>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -21,16 +22,23 @@ public:
 
     /// A sixteenth of the machine's memory.
     [[nodiscard]] static qint64 usualByteLimit();
-    /// The manager, which knows the screen, outlives this object.
-    explicit PBImageBufferManager(
-        const PBLoadImageManager& loadImageManager, qint64 byteLimit = usualByteLimit());
+    struct Environment {
+        /// Knows the screen and the focus.
+        const PBLoadImageManager& loadImageManager;
+        /// Of all fit-in pictures together.
+        qint64 byteLimit = usualByteLimit();
+        /// Bytes that the machine could give now: where they run short, less is kept.
+        std::function<std::uint64_t()> availableMemory = &codec::process::availableMemory;
+    };
+    explicit PBImageBufferManager(Environment environment);
 
-    /// The item has got pictures; those in `keepItems` (what is on screen) keep theirs. Nothing for
-    /// an item that is there, whose index stays as it is, but for the bytes: beyond their limit
-    /// pictures go, but never those of the item pushed or of its neighbours by index.
+    /// The item has got pictures. Of 15 or more items the one farthest from the index loses its
+    /// own, but those in `keepItems`, which are on screen, keep theirs. An item that is there keeps
+    /// its index. Beyond the limit of bytes the farthest from the focus go, whoever they are, but
+    /// never those of the focus and of its neighbours.
     void pushImageFileItem(
         const std::shared_ptr<PBImageFileItem>& item, std::int64_t index, Items keepItems = {});
-    /// Takes the fit-in pictures from all items: the large view is left, or memory is short.
+    /// Takes all pictures from all items: the large view is left, or memory is short.
     void clearBuffer();
     /// The screen has other colours: what was loaded for the former ones is shown until it has been
     /// loaded anew.
@@ -50,10 +58,13 @@ private:
         std::shared_ptr<PBImageFileItem> item;
         std::int64_t index = 0;
     };
-    /// Lets the farthest go that is not to be kept; false when all are.
-    bool dropFarthest(std::int64_t index, Items keepItems, std::int64_t keepDistance);
+    /// False when all are kept.
+    bool dropFarthest(std::int64_t index, const std::function<bool(const Held&)>& isKept);
+    void letGo(const Held& held) const;
+    void keepWithinBytes(std::int64_t index);
+    [[nodiscard]] qint64 byteLimit() const;
+    [[nodiscard]] qint64 fitInBytes() const;
 
-    const PBLoadImageManager& _loadImageManager;
-    const qint64 _byteLimit;
+    const Environment _environment;
     std::vector<Held> _imageFileArray;
 };

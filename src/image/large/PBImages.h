@@ -18,9 +18,7 @@ public:
 
     [[nodiscard]] const QImage& image() const { return _image; }
     /// Pixels; 0 x 0 without a picture.
-    [[nodiscard]] QSize imageSize() const {
-        return _image.isNull() ? QSize(0, 0) : _image.size();
-    }
+    [[nodiscard]] QSize imageSize() const { return _image.isNull() ? QSize(0, 0) : _image.size(); }
     [[nodiscard]] double delayTime() const { return _delayTime; }
 
 private:
@@ -28,7 +26,8 @@ private:
     double _delayTime = 0;
 };
 
-/// Frames of an animation that is too long to be kept: they are decoded as it plays. Main thread.
+/// The frames of an animation behind its first one: they are decoded as it plays. Main thread; let
+/// go on any.
 class PlayedFrames {
 public:
     PlayedFrames() = default;
@@ -36,30 +35,36 @@ public:
     PlayedFrames& operator=(const PlayedFrames&) = delete;
     virtual ~PlayedFrames() = default;
 
+    /// The first included. A damaged frame ends the animation: then there are fewer than before.
+    [[nodiscard]] virtual std::size_t frameCount() const = 0;
     /// The frame where it is in memory; else one without a picture.
     [[nodiscard]] virtual PBImage frame(std::size_t index) const = 0;
-    /// This frame is about to be shown: those behind it are decoded, those before it are let go.
+    /// This frame is about to be shown: those behind it are decoded, and those before it may go.
     virtual void willShow(std::size_t index) = 0;
     [[nodiscard]] virtual qsizetype byteCount() const = 0;
 };
 
 /// All frames of one file at one scale. Never changes once it was handed out, but for the frames
-/// of a long animation, which come and go as it plays. Shared: whoever paints it holds the pointer,
+/// of an animation, which come as it plays. Shared: whoever paints it holds the pointer,
 /// not copies of its pictures, so that the last owner hands these to the thread that frees them
 /// (see PBLoadImageOperation).
 class PBImages {
 public:
     PBImages() = default;
-    PBImages(std::vector<PBImage> images, bool canAnimation)
+    explicit PBImages(std::vector<PBImage> images, bool canAnimation = false)
         : _pbImages(std::move(images)), _canAnimation(canAnimation) {}
+    /// An animation: the first frame, and those behind it as they are played.
+    PBImages(PBImage first, std::shared_ptr<PlayedFrames> played)
+        : _pbImages{std::move(first)}, _canAnimation(true), _played(std::move(played)) {}
 
     /// Two or more frames that tell their times.
     [[nodiscard]] bool canAnimation() const { return _canAnimation; }
     /// The componentwise maximum of all frames' sizes, 0 x 0 when empty.
     [[nodiscard]] QSize imageSize() const;
-    /// Of the file as far as it can be read: also those that are not in memory at the moment.
+    /// Also those that are not in memory at the moment. Fewer than before once a frame turned out
+    /// to be damaged.
     [[nodiscard]] std::size_t imageCount() const;
-    /// Nothing at or past the end; without a picture while a long animation waits for it.
+    /// Nothing at or past the end; without a picture while an animation waits for it.
     [[nodiscard]] PBImage pbImageAtIndex(std::size_t index) const;
     [[nodiscard]] PBImage firstPBImage() const { return pbImageAtIndex(0); }
     [[nodiscard]] QImage imageAtIndex(std::size_t index) const {
@@ -82,14 +87,9 @@ public:
     /// Of all pictures in memory.
     [[nodiscard]] qsizetype byteCount() const;
 
-    /// The animation goes on beyond the frames given: it has `imageCount` of them, and `played`
-    /// gives those. Before it is handed out.
-    void setPlayedFrames(std::size_t imageCount, std::shared_ptr<PlayedFrames> played);
-
 private:
     std::vector<PBImage> _pbImages;
     bool _canAnimation = false;
-    std::size_t _playedCount = 0;
     std::shared_ptr<PlayedFrames> _played;
 };
 

@@ -42,7 +42,7 @@ public:
         Operation operation; ///< nullptr: there is none
         bool isLoading = false;
     };
-    /// The job of the item at exactly that scale.
+    /// The job of the item at exactly that scale; not one that was cancelled, which brings nothing.
     [[nodiscard]] Found
     loadImageOperationOfContextObj(const PBImageFileItem& item, double scale) const;
 
@@ -52,6 +52,8 @@ public:
     void cancelAllOperationExceptContextObjs(
         std::span<const std::shared_ptr<PBImageFileItem>> items,
         std::optional<std::int64_t> focusIndex = std::nullopt);
+    /// As it was told last.
+    [[nodiscard]] std::optional<std::int64_t> focusIndex() const { return _focusIndex; }
     /// The key that stepped was let go: what is focused now is loaded without further waiting.
     void steppingDidEnd();
     /// Starts the first job that may begin, if none runs.
@@ -75,15 +77,19 @@ public:
     void finish();
 
 private:
+    void begin(Operation operation);
     void didFinish(const Operation& operation);
 
     LargeImageScreen _screen;
     LoadPace _pace;
+    std::optional<std::int64_t> _focusIndex;
     std::deque<Operation> _waitingArray;
     std::vector<Operation> _loadingArray; // at most one
     Figures _figures;
     bool _isFinished = false;
     /// Expires with this object; looked at on the main thread only.
     std::shared_ptr<PBLoadImageManager*> _alive = std::make_shared<PBLoadImageManager*>(this);
+    /// Frees pictures: letting hundreds of megabytes go takes longer than a frame.
+    const std::shared_ptr<platform::OperationQueue> _releaseQueue;
     platform::OperationQueue _operationQueue;
 };

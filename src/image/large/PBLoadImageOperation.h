@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/pixels/Decoder.h"
 #include "image/large/PBLoadImageDelegate.h"
 #include "platform/tasks/Operation.h"
 
@@ -7,15 +8,25 @@
 #include <QSizeF>
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class PBImageFileItem;
 class PBImageImporterManager;
+class PBImageImporterProtocol;
+
+namespace platform {
+class OperationQueue;
+}
 
 /// One decode for the large view, at the fit-in scale or at 1. Made and asked on the main thread;
 /// only `main` runs on the queue's. A cancellation stops a decode within 20 ms.
+///
+/// The pictures that come of it may have their last owner on any thread, under any lock: an item
+/// that a scan lets go, a tree that is replaced. They are freed on a thread of the load line's own.
 class PBLoadImageOperation final : public platform::Operation {
 public:
     struct Job {
@@ -58,10 +69,18 @@ protected:
 private:
     friend class PBLoadImageManager;
 
+    [[nodiscard]] codec::DecodeRequest request() const;
     [[nodiscard]] LoadedImages load();
+    /// Nothing where the file does not play.
+    [[nodiscard]] std::optional<LoadedImages>
+    loadAnimation(const std::shared_ptr<PBImageImporterProtocol>& importer) const;
+    [[nodiscard]] LoadedImages shared(std::unique_ptr<PBImages> images) const;
 
     const Job _job;
     PBImageImporterManager& _importers;
     std::vector<std::weak_ptr<PBLoadImageDelegate*>> _delegateArray;
+    std::weak_ptr<platform::OperationQueue> _releaseQueue;
+    codec::Urgency _urgency = codec::Urgency::Next; ///< not changed once it runs
     LoadedImages _images;
+    std::chrono::steady_clock::duration _loadTime{};
 };

@@ -37,5 +37,5 @@ struct DisplayPicture {
 /// smoothly up to twice its size, the nearest pixel above. Never larger than the visible part.
 /// Null where the state has no picture or another angle than quarter turns. Any thread; `isStopped`
 /// is asked now and then.
-[[nodiscard]] DisplayPicture resampledPicture(
-    const DisplayState& state, const std::function<bool()>& isStopped = {});
+[[nodiscard]] DisplayPicture
+resampledPicture(const DisplayState& state, const std::function<bool()>& isStopped = {});

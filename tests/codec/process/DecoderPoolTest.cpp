@@ -92,9 +92,9 @@ TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
     const Descriptor nonsense = orders("nonsense");
     EXPECT_EQ(pool.decode(nonsense.get(), {}, {}, {}).status, codec::ReadStatus::Refused);
     const Descriptor file = orders("paint 1 1 7");
-    EXPECT_EQ(pool.countFrames(file.get(), {}), 7U);
+    EXPECT_EQ(pool.countFrames(file.get(), {}, codec::Urgency::Focus), 7U);
     EXPECT_EQ(pool.frameDelay(file.get(), {}, 6), 60);
-    EXPECT_EQ(pool.countFrames(-1, {}), 0U);
+    EXPECT_EQ(pool.countFrames(-1, {}, codec::Urgency::Focus), 0U);
     DecodeRequest request;
     request.targetProfile = QByteArray(500'077, 'p'); // more than a packet holds
     const QImage image = pool.decode(file.get(), {}, request, {}).frame.image;
@@ -310,7 +310,7 @@ TEST_F(DecoderPoolTest, decodesShareOneBudgetOfMemoryInTheOrderInWhichTheyAskFor
 TEST_F(DecoderPoolTest, filesAreLetGoOfWithTheReply) {
     DecoderPool pool(settings(1));
     const Descriptor file = orders("paint 1 1 7"); // of seven frames
-    EXPECT_EQ(pool.countFrames(file.get(), {}), 7U);
+    EXPECT_EQ(pool.countFrames(file.get(), {}, codec::Urgency::Focus), 7U);
     EXPECT_EQ(pool.decode(file.get(), {}, {}, {}).status, codec::ReadStatus::Decoded);
     // Answered before it closes the file: the next answer comes after that.
     EXPECT_EQ(

@@ -1,4 +1,4 @@
-#include "browser/PBImageBrowserDragTipView.h"
+#include "ui/DropTip.h"
 
 #include "platform/program/LocalizedTexts.h"
 #include "ui/Icons.h"
@@ -6,12 +6,13 @@
 
 #include <QPainter>
 
-PBImageBrowserDragTipView::PBImageBrowserDragTipView(QWidget* parent) : QWidget(parent) {
+DropTip::DropTip(const QString& icon, const QString& textKey, QWidget* parent)
+    : QWidget(parent), _icon(icon), _textKey(textKey) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     hide();
 }
 
-void PBImageBrowserDragTipView::paintEvent(QPaintEvent*) {
+void DropTip::paintEvent(QPaintEvent*) {
     const PBThemes::Colors& colors = PBThemes::colors();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -26,12 +27,12 @@ void PBImageBrowserDragTipView::paintEvent(QPaintEvent*) {
         QPoint(width() / 2 - iconSize.width() / 2, height() / 2 - iconSize.height()), iconSize);
     painter.drawPixmap(
         icon,
-        Icons::pixmap(QStringLiteral("addFolder"), iconSize, devicePixelRatioF(), colors.accent));
+        Icons::pixmap(_icon, iconSize, devicePixelRatioF(), colors.accent));
     QFont large = font();
     large.setPointSizeF(large.pointSizeF() * 1.25);
     painter.setFont(large);
     painter.setPen(colors.text);
     painter.drawText(
         QRect(0, icon.bottom() + 10, width(), 40), Qt::AlignHCenter | Qt::AlignTop,
-        platform::localizedString(u"DropToAdd"));
+        platform::localizedString(_textKey));
 }
