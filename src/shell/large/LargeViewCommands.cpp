@@ -71,7 +71,7 @@ MenuState::LargeView LargeViewCommands::state() const {
         .canNext = bin.canNext(),
         .canFirst = bin.canFirst(),
         .canLast = bin.canLast(),
-        .shouldShowNavigation = image.geometry().placement().shouldShowNavigation(),
+        .shouldShowNavigation = image.imageGeometry().placement().shouldShowNavigation(),
         .isPhotoBinShown = controller.panes().isShown(Pane::PhotoBin),
         .isNavigationShown = image.isNavigationEnabled()};
 }

@@ -18,9 +18,6 @@
 
 namespace {
 
-/// How many neighbours are decoded ahead.
-constexpr std::int64_t preloadCount = 7;
-
 /// The ground that the strip lies on, with a margin.
 class ThumbContainerView final : public QWidget {
 public:
@@ -142,8 +139,6 @@ void PBImageViewController::scanFinished() {
 void PBImageViewController::itemsDidChange() {
     platform::assertMainThread();
     if (!_isEntered) return;
-    if (const auto focus = focusImageFileItem())
-        _imageView->rotateToAngle(-focus->rotateAngle());
     _imageView->imageDidChange();
     _thumbnailView->update();
     updateInfoLabel();
@@ -259,10 +254,6 @@ bool PBImageViewController::canOpenPath(const QString& path) const {
     return _host.canOpenPath(path);
 }
 
-bool PBImageViewController::isOwnDragSource(const QObject* source) const {
-    return source && (source == _imageView || source == _thumbnailView);
-}
-
 void PBImageViewController::openDroppedPaths(const QStringList& paths) {
     _host.openDroppedPaths(paths);
 }
@@ -271,15 +262,8 @@ bool PBImageViewController::isSlideShowMode() const {
     return _host.isSlideShowMode();
 }
 
-void PBImageViewController::showImageAtIndex(std::int64_t index) {
-    std::vector<std::shared_ptr<PBImageFileItem>> kept;
-    if (auto shown = bin().itemAt(index)) kept.push_back(std::move(shown));
-    for (const IndexedImage& ahead : bin().preloadImageFileItemWithCount(preloadCount))
-        kept.push_back(ahead.item);
-    _services.loadImageManager.cancelAllOperationExceptContextObjs(
-        kept, index >= 0 ? std::optional(index) : std::nullopt);
+void PBImageViewController::showImageAtIndex(std::int64_t /*index*/) {
     _imageView->showImage();
-    _imageView->updatePrevNextButton();
     updateZoomSizeSlider();
     updateInfoLabel();
     updateWindowTitle();

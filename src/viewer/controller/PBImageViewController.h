@@ -94,7 +94,6 @@ private:
     void updateZoomSizeSlider() override;
     void revalidateToolbar() override;
     [[nodiscard]] bool canOpenPath(const QString& path) const override;
-    [[nodiscard]] bool isOwnDragSource(const QObject* source) const override;
     void openDroppedPaths(const QStringList& paths) override;
     [[nodiscard]] bool isSlideShowMode() const override;
 
