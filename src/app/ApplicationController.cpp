@@ -3,6 +3,8 @@
 #include "FMDB/FMDatabase.h"
 #include "codec/process/DecoderPool.h"
 #include "group/GroupPresets.h"
+#include "image/large/PBImageBufferManager.h"
+#include "image/large/PBLoadImageManager.h"
 #include "places/OfflineGeocoder.h"
 #include "places/PBGeoManager.h"
 #include "platform/program/LocalizedTexts.h"
@@ -54,6 +56,9 @@ void ApplicationController::awakeFromNib() {
     codec::setFrameReader(_decoderPool);
     createGeoManager();
     createScans();
+    _loadImageManager = std::make_unique<PBLoadImageManager>();
+    _imageBufferManager = std::make_unique<PBImageBufferManager>(
+        PBImageBufferManager::Environment{.loadImageManager = *_loadImageManager});
     group::GroupPresets(_userDefaults).seedIfAbsent(_geoManager->canUseGeocoder());
     _mainWindowController = std::make_unique<PBMainWindowController>(shellServices());
     _mainWindowController->setWorkFigures([this] {
@@ -193,6 +198,8 @@ ShellServices ApplicationController::shellServices() {
         .buildThumbNotifier = _scanPipeline->buildThumbNotifier(),
         .geoManager = *_geoManager,
         .imageImporterManager = _scanPipeline->imageImporterManager(),
+        .loadImageManager = *_loadImageManager,
+        .imageBufferManager = *_imageBufferManager,
     };
 }
 
@@ -288,6 +295,10 @@ void ApplicationController::noteScreen() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     const QSize size = screen ? screen->size() : QSize(0, 0);
     _maxScreenSize = std::max(size.width(), size.height());
+    _loadImageManager->setScreen(
+        {.maxScreenSize = _maxScreenSize,
+         .backingScaleFactor = _mainWindowController->window().devicePixelRatioF(),
+         .colorSpace = {}});
 }
 
 void ApplicationController::applicationDidFinishLaunching() {
@@ -352,6 +363,7 @@ void ApplicationController::applicationWillTerminate() {
         (*queue)->cancelAllOperations();
         (*queue)->waitUntilAllOperationsAreFinished();
     }
+    if (_loadImageManager) _loadImageManager->finish();
     if (_folderRoots) _folderRoots->stopWatching();
     if (_marks) _marks->finish();
     if (_geoManager) _geoManager->finish();
@@ -364,6 +376,8 @@ void ApplicationController::applicationWillTerminate() {
     _watchControl.reset();
     _mainWindowController.reset();
     _scanControl.reset();
+    _imageBufferManager.reset();
+    _loadImageManager.reset();
     _scanPipeline.reset();
     _marks.reset();
     _folderRoots.reset();
@@ -384,8 +398,9 @@ bool ApplicationController::isIdle() const {
     const bool isLookingUpPlaces = _geoManager && _geoManager->hasPendingRequests();
     const bool isReadingMarked = _marks && !_marks->isIdle();
     const bool isShowing = _scanPipeline && _scanPipeline->isShowPending();
-    return !isScanning() && !isShowing && !isReadingMarked && !isWaitingForDisks &&
-           !isLookingUpPlaces && isEmpty(_preloadThumbnailOperationQueue) &&
+    const bool isLoadingImages = _loadImageManager && _loadImageManager->operationCount() != 0;
+    return !isScanning() && !isShowing && !isLoadingImages && !isReadingMarked &&
+           !isWaitingForDisks && !isLookingUpPlaces && isEmpty(_preloadThumbnailOperationQueue) &&
            isEmpty(_scanOperationQueue) && isEmpty(_buildThumbOperationQueue);
 }
 

@@ -19,6 +19,8 @@
 #include <optional>
 
 class PBGeoManager;
+class PBImageBufferManager;
+class PBLoadImageManager;
 class PBMainWindowController;
 
 namespace codec {
@@ -113,6 +115,8 @@ private:
     std::optional<CatalogueConnections> _connections;
     std::optional<FolderRootServices> _folderRoots;
     std::shared_ptr<codec::DecoderPool> _decoderPool;
+    std::unique_ptr<PBLoadImageManager> _loadImageManager;
+    std::unique_ptr<PBImageBufferManager> _imageBufferManager;
     std::unique_ptr<PBGeoManager> _geoManager;
     std::optional<MarksServices> _marks;
     std::optional<ThumbnailCleaner> _thumbnailCleaner;

@@ -9,7 +9,9 @@ class PBAppDelegate;
 class PBFolderLister;
 class PBGeoManager;
 class PBGroupTreeDataSource;
+class PBImageBufferManager;
 class PBImageImporterManager;
+class PBLoadImageManager;
 class PBPathHistory;
 
 namespace platform {
@@ -45,4 +47,8 @@ struct ShellServices {
     BuildThumbNotifier& buildThumbNotifier;
     PBGeoManager& geoManager;
     PBImageImporterManager& imageImporterManager;
+
+    /// The line of large pictures, and which items may hold them.
+    PBLoadImageManager& loadImageManager;
+    PBImageBufferManager& imageBufferManager;
 };
