@@ -41,11 +41,11 @@ IndexedImage ImageViewPictures::focus() const {
 ImageViewPictures::Picture ImageViewPictures::pictureOf(
     const PBImageFileItem& item, double zoomScale, std::size_t frame) const {
     const AppropriateImage found = _requests.imageForZoom(item, zoomScale);
-    Picture picture{
-        .images = found.images,
-        .scale = found.scale,
-        .isDone = !found.needsLoad(),
-        .isUnreadable = found.isUnreadable};
+    Picture picture;
+    picture.images = found.images;
+    picture.scale = found.scale;
+    picture.isDone = !found.needsLoad();
+    picture.isUnreadable = found.isUnreadable;
     if (found.images) {
         const std::size_t count = found.images->imageCount();
         picture.frame = count == 0 ? 0 : std::min(frame, count - 1);

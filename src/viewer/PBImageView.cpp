@@ -281,7 +281,10 @@ void PBImageView::updateViewport() {
     const ImageViewport viewport(
         QSizeF(size()), devicePixelRatioF(), QPointF(mapTo(window(), QPoint())));
     if (viewport == placement().viewport()) return;
+    const bool isOtherRatio =
+        viewport.devicePixelRatio() != placement().viewport().devicePixelRatio();
     _geometry.setViewport(viewport);
+    if (isOtherRatio) updateScreen();
 }
 
 void PBImageView::updateScreen() {
@@ -339,7 +342,8 @@ void PBImageView::paintEvent(QPaintEvent* event) {
 }
 
 ImageScene PBImageView::sceneNow() {
-    ImageScene scene{.placement = placement()};
+    ImageScene scene;
+    scene.placement = placement();
     scene.neighbour = swipedNeighbour();
     const auto item = _host.focusImageFileItem();
     if (!item) {

@@ -143,9 +143,9 @@ bool PBImageView::event(QEvent* event) {
         return true;
     }
     case QEvent::ScreenChangeInternal:
-    case QEvent::DevicePixelRatioChange:
+        updateViewport();
         updateScreen();
-        update();
+        settle();
         break;
     case QEvent::WindowDeactivate:
         _input.cancel();

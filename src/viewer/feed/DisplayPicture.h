@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 
 /// What a view shows at rest: a picture, where it lies, and which part of it is to be seen.
 struct DisplayState {
@@ -33,9 +34,13 @@ struct DisplayPicture {
     QRect rect;   ///< device pixels of the view; within `state.visible`
 };
 
+/// The device pixels that the picture takes of what is visible; nothing where the state has no
+/// picture or another angle than quarter turns.
+[[nodiscard]] std::optional<QRect> visibleRect(const DisplayState& state);
+
 /// Resamples for the device's pixels: the mean of what each covers where the picture is reduced,
 /// smoothly up to twice its size, the nearest pixel above. Never larger than the visible part.
-/// Null where the state has no picture or another angle than quarter turns. Any thread; `isStopped`
-/// is asked now and then.
+/// Null where `visibleRect` has nothing, when stopped, and when memory is refused. Any thread;
+/// `isStopped` is asked for each row.
 [[nodiscard]] DisplayPicture
 resampledPicture(const DisplayState& state, const std::function<bool()>& isStopped = {});

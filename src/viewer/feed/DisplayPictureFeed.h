@@ -20,23 +20,25 @@ public:
     DisplayPictureFeed(const DisplayPictureFeed&) = delete;
     DisplayPictureFeed& operator=(const DisplayPictureFeed&) = delete;
 
-    /// The picture for exactly this state; nullptr while it is made, which this begins unless it
-    /// has begun. What was wanted before is dropped. Made at once where that takes less than a
-    /// frame.
+    /// The picture for exactly this state, but that its `state` names no images; nullptr while it
+    /// is made, which this begins unless it has begun. What was wanted before is dropped. Made at
+    /// once where that takes less than a frame.
     const DisplayPicture* pictureFor(const DisplayState& state);
     /// Lets picture and work go: the view moves, or is left.
     void clear();
 
-    [[nodiscard]] bool isBusy() const { return _wanted.has_value(); }
+    [[nodiscard]] bool isBusy() const { return _work != nullptr; }
 
 private:
     class Work;
     void didMake(const std::shared_ptr<Work>& work);
+    void keep(DisplayPicture picture);
+    [[nodiscard]] bool isMadeFor(const DisplayState& state) const;
 
     const std::function<void()> _ready;
     std::optional<DisplayPicture> _picture;
-    std::optional<DisplayState> _wanted; ///< while it is made
-    std::shared_ptr<Work> _work;
+    std::weak_ptr<const PBImages> _madeOf;
+    std::shared_ptr<Work> _work; ///< what is made
     std::shared_ptr<DisplayPictureFeed*> _alive = std::make_shared<DisplayPictureFeed*>(this);
     platform::OperationQueue _queue;
 };

@@ -62,7 +62,7 @@ void paintChequers(
     const QPolygonF shape = (transform * toDevicePixels(viewport)).map(QPolygonF(picture));
     const QPointF corner = shape.boundingRect().topLeft();
     painter.setBrush(chequers(viewport.devicePixelRatio()));
-    painter.setBrushOrigin(std::round(corner.x()), std::round(corner.y()));
+    painter.setBrushOrigin(corner.toPoint());
     painter.setPen(Qt::NoPen);
     painter.drawPolygon(shape);
     painter.restore();
