@@ -31,6 +31,7 @@
 #include "shell/sidebar/FirstRun.h"
 #include "shell/sidebar/FolderPrompts.h"
 #include "shell/sidebar/SourceSidebar.h"
+#include "shell/toolbar/ImageToolbarController.h"
 #include "shell/toolbar/MainToolbar.h"
 #include "shell/toolbar/ToolbarController.h"
 #include "ui/HeaderBar.h"
@@ -177,6 +178,7 @@ void PBMainWindowController::buildWindow() {
     connectRemedies();
     tellFilterLeftOn();
     makeOpenFiles();
+    connectImageToolbar();
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -309,10 +311,22 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
         .contents = contents,
         .browserPane = *_browserPane,
         .selection = sourceSelection(),
-        .toolbar = *_toolbar,
         .info = *_infoPane,
         .browserInfoView = *_infoView,
         .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
+}
+
+void PBMainWindowController::connectImageToolbar() {
+    _imageToolbarController =
+        std::make_unique<ImageToolbarController>(*_toolbar, _commands->menu(), nullptr);
+    QObject::connect(
+        _largeView.get(), &LargeView::isShownDidChange, _toolbar, [this](bool isShown) {
+            using Content = MainToolbar::Content;
+            _toolbar->setContent(isShown ? Content::LargeView : Content::Browser);
+        });
+    QObject::connect(
+        _largeView.get(), &LargeView::stateDidChange, _imageToolbarController.get(),
+        &ImageToolbarController::validateVisibleItems);
 }
 
 bool PBMainWindowController::isLargeView() const {

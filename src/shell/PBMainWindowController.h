@@ -13,6 +13,7 @@ class FolderRootCommands;
 class GroupMenus;
 class GroupPanel;
 class GroupPrompts;
+class ImageToolbarController;
 class InfoPane;
 class LargeView;
 class MainMenu;
@@ -80,6 +81,7 @@ private:
     void connectFolderCommands();
     void makeOpenFiles();
     void makeLargeView(QStackedWidget& contents);
+    void connectImageToolbar();
     [[nodiscard]] QWidget* makeSortButton();
     void connectRemedies();
     void tellFilterLeftOn();
@@ -114,4 +116,5 @@ private:
     MainToolbar* _toolbar = nullptr;
     ToolbarController* _toolbarController = nullptr;
     std::unique_ptr<WindowCommands> _commands; // goes before all of them
+    std::unique_ptr<ImageToolbarController> _imageToolbarController;
 };

@@ -5,6 +5,8 @@
 #include "group/ItemOrder.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/BuildThumbNotifier.h"
+#include "image/large/PBImageBufferManager.h"
+#include "image/large/PBLoadImageManager.h"
 #include "library/LibrarySupport.h"
 #include "library/PBAliasResolver.h"
 #include "library/PBPathHistory.h"
@@ -27,7 +29,7 @@ struct NotedDelegate final : PBAppDelegate {
     void setOpenFiles(std::shared_ptr<PBOpenFiles> files) override { requested = std::move(files); }
     std::shared_ptr<PBOpenFiles> openFiles() const override { return requested; }
     bool isAppDidFinishLaunch() const override { return launched; }
-    bool isLargeViewMode() const override { return largeView; }
+    bool isLargeViewMode() const override { return largeView(); }
     bool isSlideShowMode() const override { return false; }
 
     int scans = 0;
@@ -36,7 +38,7 @@ struct NotedDelegate final : PBAppDelegate {
     int watchUpdates = 0;
     bool scanning = false;
     bool launched = true;
-    bool largeView = false;
+    std::function<bool()> largeView = [] { return false; };
     std::shared_ptr<PBOpenFiles> requested;
 };
 
@@ -69,7 +71,9 @@ struct ShellFixture : LibraryTest {
             .groupTreeDataSource = source,
             .buildThumbNotifier = notifier,
             .geoManager = places,
-            .imageImporterManager = importers};
+            .imageImporterManager = importers,
+            .loadImageManager = loadImageManager,
+            .imageBufferManager = imageBufferManager};
     }
     /// The root's disk is pulled out or plugged in; nobody is told.
     void setAway(PBAliasObject& root, bool isAway) {
@@ -91,12 +95,12 @@ struct ShellFixture : LibraryTest {
             &isOver, "", std::chrono::milliseconds(0), [&isOver] { isOver = true; });
         EXPECT_TRUE(support::spinUntil([&] { return isOver; }));
     }
-    /// Photographs of one folder, as a scan brings them.
-    void publish(const PBImageFileList& items) {
+    /// Photographs of one folder, as a scan brings them; in groups of another value, too.
+    void publish(const PBImageFileList& items, int value = 1) {
         const auto work = std::make_shared<PBGroupItemArray>();
         source.setGroupItemArray_work(work);
         PBGroupItem& leaf =
-            PBGroupItem::sortAddGroupItem(*work, nullptr, group::AllImages, PBValue(1));
+            PBGroupItem::sortAddGroupItem(*work, nullptr, group::AllImages, PBValue(value));
         for (const auto& item : items)
             leaf.sortAddImageFileItem(item, group::SortFileName, false);
         source.groupItemArrayDidFinish(group::makeGroupPublication(work));
@@ -117,6 +121,8 @@ struct ShellFixture : LibraryTest {
     BuildThumbNotifier notifier;
     PBGeoManager places{nullptr, {.postToMainThread = [](const std::function<void()>&) {}}};
     PBImageImporterManager importers;
+    PBLoadImageManager loadImageManager;
+    PBImageBufferManager imageBufferManager{{.loadImageManager = loadImageManager}};
     platform::OperationQueue scanQueue{u"scan"_s};
     platform::OperationQueue preloadQueue{u"preload"_s};
     platform::OperationQueue buildQueue{u"build"_s};

@@ -11,10 +11,9 @@
 #include "shell/panes/ThumbnailSizeSlider.h"
 #include "shell/services/ShellServices.h"
 #include "shell/sidebar/SourceSidebar.h"
-#include "shell/toolbar/ImageToolbarController.h"
-#include "shell/toolbar/MainToolbar.h"
 
 #include <QMainWindow>
+#include <QToolBar>
 
 using Command = MenuCommand;
 
@@ -193,7 +192,8 @@ void WindowCommands::connectInBoth(MenuCommand command, std::function<void()> in
 
 void WindowCommands::connectLargeView() {
     LargeView& largeView = _parts.largeView;
-    _menu->connectCommand(Command::view_BrowserView, [&largeView] { largeView.view_BrowserView(); });
+    _menu->connectCommand(
+        Command::view_BrowserView, [&largeView] { largeView.view_BrowserView(); });
     for (const Command command :
          {Command::view_ThumbnailView, Command::view_fitIn, Command::view_ActualSize,
           Command::view_PhotoBin, Command::view_Navigation})
@@ -205,10 +205,6 @@ void WindowCommands::connectLargeView() {
     connect(&largeView, &LargeView::contextMenuRequested, this, [this](const QPoint& position) {
         _menu->popUpLargeViewMenu(position, &_parts.window);
     });
-    _imageToolbar = new ImageToolbarController(_parts.toolbar, *_menu, this);
-    connect(
-        &largeView, &LargeView::stateDidChange, _imageToolbar,
-        &ImageToolbarController::validateVisibleItems);
 }
 
 void WindowCommands::revealInFinder() {

@@ -15,11 +15,10 @@
 
 class BrowserPane;
 class FilterCommands;
-class ImageToolbarController;
 class LargeView;
 class MainMenu;
-class MainToolbar;
 class QMainWindow;
+class QToolBar;
 class SourceSidebar;
 class StatusBarView;
 struct ShellServices;
@@ -38,7 +37,7 @@ public:
         FilterCommands& filterCommands;
         PaneLayout& panes;
         StatusBarView& statusBarView;
-        MainToolbar& toolbar;
+        QToolBar& toolbar;
         LargeView& largeView;
         /// Puts the keyboard into the search field.
         std::function<void()> find;
@@ -78,6 +77,5 @@ private:
     BrowserViewCommands _browserView;
     RenameCommand _rename;
     FullScreenControl _fullScreen;
-    MainMenu* _menu;                    // a child of this
-    ImageToolbarController* _imageToolbar; // the same
+    MainMenu* _menu; // a child of this
 };

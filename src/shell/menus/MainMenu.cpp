@@ -160,8 +160,7 @@ void MainMenu::trigger(MenuCommand command) {
 
 bool MainMenu::isPossible(MenuCommand command) const {
     platform::assertMainThread();
-    return _performers[indexOf(command)] &&
-           validateMenuItem(command, _readState(false)).isEnabled;
+    return _performers[indexOf(command)] && validateMenuItem(command, _readState(false)).isEnabled;
 }
 
 void MainMenu::popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWidget* parent) {

@@ -56,8 +56,7 @@ MainToolbar::MainToolbar(QWidget* parent)
       _rotate(makeAction(QStringLiteral("rotateLeft"), u"Rotate")),
       _share(makeAction(QStringLiteral("share"), u"Share")),
       _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(makeRow()),
-      _imageRow(makeRow()), _filledRow(_row),
-      _search(new SearchField(localizedString(u"Search"))),
+      _imageRow(makeRow()), _filledRow(_row), _search(new SearchField(localizedString(u"Search"))),
       _autoSpace(new Space(QSizePolicy::Preferred)) {
     setObjectName(QStringLiteral("mainToolbar"));
     setMovable(false);
@@ -184,8 +183,8 @@ void MainToolbar::addImageItems() {
         u"Share");
     addItem(
         QStringLiteral("imageDelete"),
-        new ToolbarButton(action(
-            Command::deleteClicked, QStringLiteral("delete"), u"Delete", Qt::Key_Delete)),
+        new ToolbarButton(
+            action(Command::deleteClicked, QStringLiteral("delete"), u"Delete", Qt::Key_Delete)),
         u"Delete");
     _filledRow = _row;
 }

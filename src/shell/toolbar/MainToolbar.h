@@ -95,8 +95,8 @@ private:
     QAction* _rotate;
     QAction* _share;
     QAction* _delete;
-    QWidget* _row;      // fills the bar
-    QWidget* _imageRow; // the same in the large view
+    QWidget* _row;       // fills the bar
+    QWidget* _imageRow;  // the same in the large view
     QWidget* _filledRow; // where items are added
     QAction* _rowAction = nullptr;
     QAction* _imageRowAction = nullptr;
