@@ -79,6 +79,7 @@ public:
 private:
     void begin(Operation operation);
     void didFinish(const Operation& operation);
+    void noteTime(const PBLoadImageOperation& operation);
 
     LargeImageScreen _screen;
     LoadPace _pace;
