@@ -252,7 +252,7 @@ TEST_F(LoadLineTest, AFailureIsRememberedOnlyWhereItIsTheFiles) {
     ASSERT_TRUE(drained());
     EXPECT_TRUE(requests.imageForZoom(*changed, 0.25).isMatched);
     // On another screen the picture is shown until it is there in the new colours.
-    requests.setScreen({10, 1, QColorSpace(QColorSpace::DisplayP3)});
+    line.setScreen({10, 1, QColorSpace(QColorSpace::DisplayP3)});
     const AppropriateImage old = requests.requestForZoom({changed, 1}, 0.25, display);
     EXPECT_TRUE(old.images && old.needsLoad());
     ASSERT_TRUE(drained());
@@ -265,6 +265,8 @@ TEST_F(LoadLineTest, WhileAKeyIsHeldThePassedPicturesAreNotBegun) {
     for (const auto& item : items)
         item->setImageSize({24000, 1000}); // takes long by the first guess
     line.setScreen({.maxScreenSize = 6000, .colorSpace = {}});
+    for (const auto& each : {u"0.jpg"_s, u"9.jpg"_s}) // says nothing of the time
+        disk.tell(each, ReadStatus::Refused);
     for (int index = 0; index < 10; ++index) {
         show(index, 0);
         ASSERT_TRUE(index == 0 ? drained() : true);

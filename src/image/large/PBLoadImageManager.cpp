@@ -26,6 +26,13 @@ PBLoadImageManager::~PBLoadImageManager() {
     finish();
 }
 
+void PBLoadImageManager::setScreen(const LargeImageScreen& screen) {
+    platform::assertMainThread();
+    const bool hasOtherColours = screen.colorSpace != _screen.colorSpace;
+    _screen = screen;
+    if (hasOtherColours && _coloursObserver) _coloursObserver();
+}
+
 void PBLoadImageManager::addLoadImageOperation(Operation operation, bool atEnd) {
     platform::assertMainThread();
     if (_isFinished) return;
