@@ -303,6 +303,7 @@ void ApplicationController::noteScreen() {
 
 void ApplicationController::applicationDidFinishLaunching() {
     _mainWindowController->showWindow();
+    _windowColours.emplace(_mainWindowController->window(), *_loadImageManager);
     if (!_ignoreSelectLastFolder) _mainWindowController->sourceSelection().doSelectLastFolder();
     _mainWindowController->updateImageBrowserTipView();
     _isAppDidFinishLaunch = true;
@@ -374,6 +375,7 @@ void ApplicationController::applicationWillTerminate() {
         loop->cancelPreviousPerformRequestsWithTarget(this);
     }
     _watchControl.reset();
+    _windowColours.reset();
     _mainWindowController.reset();
     _scanControl.reset();
     _imageBufferManager.reset();
