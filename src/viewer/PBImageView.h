@@ -129,9 +129,7 @@ private:
     void perform(ImageCommand command) override;
     void beginFileDrag() override;
     // What the miniature wants.
-    [[nodiscard]] const ImagePlacement& placement() const override {
-        return _geometry.placement();
-    }
+    [[nodiscard]] const ImagePlacement& placement() const override { return _geometry.placement(); }
     [[nodiscard]] QImage miniature(int side) override;
     QPointF centerAnchor() override;
     void tryMoveDrawAnchorToPoint(const QPointF& point) override;
