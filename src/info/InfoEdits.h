@@ -1,9 +1,9 @@
 #pragma once
 
 #include "group/PBGroupItem.h"
+#include "info/tags/TagsChange.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <memory>
 
@@ -13,16 +13,6 @@ struct InfoSelection {
     PBImageFileList shown;
     /// What an edit changes: all that is selected.
     PBImageFileList edited;
-};
-
-/// What a user who edits tags wants of each photograph: it loses some and gets others, and keeps
-/// whatever else it has. Tags are texts, compared without regard to case.
-struct TagsChange {
-    QStringList added;
-    QStringList removed;
-
-    [[nodiscard]] bool isEmpty() const { return added.isEmpty() && removed.isEmpty(); }
-    bool operator==(const TagsChange&) const = default;
 };
 
 /// What the panel asks for when the user edits something in it. It stores nothing itself; whoever
@@ -41,6 +31,5 @@ public:
     /// Takes the name as it was typed: the rules for names, and what is asked about them, are those
     /// of every other rename. A name that can't be given is brought back to the panel by
     /// `InfoPanel::renameAgain`.
-    virtual void
-    rename(const std::shared_ptr<PBImageFileItem>& item, const QString& typedName) = 0;
+    virtual void rename(const std::shared_ptr<PBImageFileItem>& item, const QString& typedName) = 0;
 };

@@ -7,6 +7,8 @@
 #include <memory>
 
 class FMDatabase;
+class PBGeneralInfoView;
+class PBMoreInfoContainerView;
 class QStackedWidget;
 
 namespace group {
@@ -18,8 +20,8 @@ class UserDefaults;
 
 /// What is known of the selected photographs, on two pages: general facts and marks, which can be
 /// edited, and what the camera stored. Only the page on show reads the catalogue, some milliseconds
-/// at a time. The panel has no bar of its own and no segment of pages: whoever places it has those,
-/// and may place it elsewhere at any time. Main thread.
+/// at a time, and neither while the panel is hidden. The panel has no bar of its own and no segment
+/// of pages: whoever places it has those, and may place it elsewhere at any time. Main thread.
 class InfoPanel final : public QWidget {
     Q_OBJECT
 
@@ -51,12 +53,21 @@ public:
     /// Opens the field for the name with what was typed, unless another photograph is shown.
     void renameAgain(const std::shared_ptr<PBImageFileItem>& item, const QString& typedName);
 
-Q_SIGNALS:
     /// What the panel is about, in words: for the bar over it.
+    [[nodiscard]] QString title() const;
+    [[nodiscard]] PBGeneralInfoView& generalInfoView() const { return *_general; }
+    [[nodiscard]] PBMoreInfoContainerView& moreInfoContainerView() const { return *_more; }
+
+Q_SIGNALS:
     void titleDidChange(const QString& title);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
-    const Parts _parts;
     QStackedWidget* _pages;
+    PBGeneralInfoView* _general;
+    PBMoreInfoContainerView* _more;
     InfoSelection _selection;
+    bool _isOutOfDate = true; ///< the page on show was not read since something changed
 };
