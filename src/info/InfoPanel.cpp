@@ -50,7 +50,7 @@ void InfoPanel::updateInfo() {
     platform::assertMainThread();
     _isOutOfDate = true;
     Q_EMIT titleDidChange(title());
-    if (!isVisible()) return;
+    if (!isOnShow()) return;
     _isOutOfDate = false;
     if (selectedInfo() == General) {
         _general->updateInfos();
@@ -62,6 +62,15 @@ void InfoPanel::updateInfo() {
 void InfoPanel::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     if (_isOutOfDate) updateInfo();
+}
+
+void InfoPanel::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (_isOutOfDate && isOnShow()) updateInfo();
+}
+
+bool InfoPanel::isGathering() const {
+    return selectedInfo() == General ? _general->isGathering() : _more->isGathering();
 }
 
 void InfoPanel::commitEditing() {

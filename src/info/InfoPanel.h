@@ -53,6 +53,8 @@ public:
     /// Opens the field for the name with what was typed, unless another photograph is shown.
     void renameAgain(const std::shared_ptr<PBImageFileItem>& item, const QString& typedName);
 
+    /// The page on show was not read to the end yet.
+    [[nodiscard]] bool isGathering() const;
     /// What the panel is about, in words: for the bar over it.
     [[nodiscard]] QString title() const;
     [[nodiscard]] PBGeneralInfoView& generalInfoView() const { return *_general; }
@@ -63,8 +65,12 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    /// A pane that is folded away has no width.
+    [[nodiscard]] bool isOnShow() const { return isVisible() && width() > 0; }
+
     QStackedWidget* _pages;
     PBGeneralInfoView* _general;
     PBMoreInfoContainerView* _more;

@@ -1,8 +1,8 @@
 #include "info/PBMoreInfoContainerView.h"
 
+#include "info/CategorySelector.h"
 #include "info/InfoScrollArea.h"
 #include "info/PBMoreInfoView.h"
-#include "info/SegmentedControl.h"
 #include "info/rows/MoreInfoRows.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
@@ -29,7 +29,7 @@ PBMoreInfoContainerView::PBMoreInfoContainerView(
     FMDatabase& mainFileDb, platform::UserDefaults& userDefaults, QWidget* parent)
     : QWidget(parent), _database(mainFileDb), _userDefaults(userDefaults),
       _selectInfoType(userDefaults.stringForKey(selectInfoTypeKey).value_or(QString())),
-      _segments(new SegmentedControl), _label(new QLabel(localizedString(u"Metadata info"))),
+      _segments(new CategorySelector), _label(new QLabel(localizedString(u"Metadata info"))),
       _infoView(new PBMoreInfoView), _scrollArea(new InfoScrollArea(_infoView)) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 6, 0, 0);
@@ -41,7 +41,7 @@ PBMoreInfoContainerView::PBMoreInfoContainerView(
     _segments->setAccessibleName(localizedString(u"Metadata info"));
     setFocusProxy(_infoView);
     connect(
-        _segments, &SegmentedControl::segmentClicked, this,
+        _segments, &CategorySelector::segmentClicked, this,
         &PBMoreInfoContainerView::infoTypeSegClicked);
 }
 

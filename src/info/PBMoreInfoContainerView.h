@@ -11,7 +11,7 @@
 class InfoScrollArea;
 class PBMoreInfoView;
 class QLabel;
-class SegmentedControl;
+class CategorySelector;
 
 namespace platform {
 class UserDefaults;
@@ -38,7 +38,7 @@ public:
     /// The key of the chosen category, as the settings have it.
     [[nodiscard]] const QString& selectInfoType() const { return _selectInfoType; }
     [[nodiscard]] PBMoreInfoView& infoView() const { return *_infoView; }
-    [[nodiscard]] SegmentedControl& segments() const { return *_segments; }
+    [[nodiscard]] CategorySelector& segments() const { return *_segments; }
 
 protected:
     void timerEvent(QTimerEvent* event) override;
@@ -60,7 +60,7 @@ private:
     MoreInfoDict _moreInfoDict;
     QString _selectInfoType;
 
-    SegmentedControl* _segments;
+    CategorySelector* _segments;
     QLabel* _label;
     PBMoreInfoView* _infoView;
     InfoScrollArea* _scrollArea;

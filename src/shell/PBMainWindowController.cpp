@@ -18,6 +18,7 @@
 #include "shell/commands/WindowCommands.h"
 #include "shell/groups/GroupMenus.h"
 #include "shell/groups/GroupPanel.h"
+#include "shell/info/InfoFeed.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/EmptyReason.h"
@@ -111,11 +112,12 @@ void PBMainWindowController::buildWindow() {
         &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
         &FilterCommands::announce);
     auto* sourceBar = new HeaderBar(localizedString(u"Folders"));
+    _infoFeed = std::make_unique<InfoFeed>(_services);
     _panes = new PaneLayout(
         {.source = titledPane(sourceBar, _sourceSidebar->view()),
          .group = titledPane(new HeaderBar(localizedString(u"Groups")), _groupPanel->view()),
          .thumbnail = makeThumbnailView(),
-         .info = new InfoPane(_services.userDefaults)},
+         .info = &_infoFeed->pane()},
         _services.userDefaults, _window.get());
     _statusBarView = new StatusBarView(*_panes);
 
@@ -157,6 +159,7 @@ void PBMainWindowController::buildWindow() {
     QObject::connect(
         _toolbarController, &ToolbarController::isFindingDidChange, _commands.get(),
         &WindowCommands::updateBars);
+    _infoFeed->connectWindow({.edits = nullptr, .browserPane = *_browserPane, .window = *_window});
     _commands->menu().setGroupMenu(*_groupMenus->groupMenu());
     _toolbar->setGroupMenu(*_groupMenus->buttonMenu(), [this](const QWidget& button) {
         _groupMenus->groupMenuBtnClicked(button);
@@ -332,7 +335,10 @@ void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures
 void PBMainWindowController::scanStateDidChange() {
     platform::assertMainThread();
     if (_workProgress && _services.delegate.isScanning()) _workProgress->restart();
-    if (!_services.delegate.isScanning()) _browserPane->browserView().allCame();
+    if (!_services.delegate.isScanning()) {
+        _browserPane->browserView().allCame();
+        _infoFeed->updateInfo();
+    }
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
 }

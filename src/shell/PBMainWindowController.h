@@ -13,6 +13,7 @@ class FolderRootCommands;
 class GroupMenus;
 class GroupPanel;
 class GroupPrompts;
+class InfoFeed;
 class MainMenu;
 class MainToolbar;
 class NoticeBar;
@@ -45,6 +46,7 @@ public:
     [[nodiscard]] FolderRootCommands& folderRootCommands();
     [[nodiscard]] OpenFilesCommands& openFilesCommands() { return *_openFilesCommands; }
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
+    [[nodiscard]] InfoFeed& infoFeed() { return *_infoFeed; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
 
     /// Where troubles are told.
@@ -83,6 +85,7 @@ private:
     const ShellServices _services;
     QString _shownFolder;                      ///< by its root and path
     std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
+    std::unique_ptr<InfoFeed> _infoFeed;       // the same for its pane
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;
     // These go before the window and its views.

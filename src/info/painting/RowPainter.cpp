@@ -123,12 +123,14 @@ void RowPainter::drawRow(
     QRectF label = _metrics.labelRect(row, width);
     if (shown.control == InfoRow::Control::Beside) label.translate(0, _metrics.textHeight / 2.0);
     painter.setPen(colors.text);
+    painter.setFont(_labels.font());
     _labels.drawLeading(painter, label, shown.label);
     if (shown.control != InfoRow::Control::None) return;
     const bool isRemark = shown.state != InfoRow::State::Value;
     painter.setPen(isRemark ? colors.secondaryText : colors.text);
-    linesOf(shown.state)
-        .drawLeading(painter, _metrics.valueRect(row, width), shownLine(shown.shownValue()));
+    const TextLines& lines = linesOf(shown.state);
+    painter.setFont(lines.font());
+    lines.drawLeading(painter, _metrics.valueRect(row, width), shownLine(shown.shownValue()));
 }
 
 void RowPainter::drawLine(QPainter& painter, int row, int width) const {
@@ -146,6 +148,7 @@ void RowPainter::drawMixedMark(QPainter& painter, int row, int left, int width) 
         left + gap, _metrics.controlMiddle(row) - _metrics.textHeight / 2.0,
         std::max(0, width - left - gap - labelLeft), _metrics.textHeight);
     painter.setPen(PBThemes::colors().secondaryText);
+    painter.setFont(_remarks.font());
     _remarks.drawLeading(
         painter, room,
         platform::localizedFormat(u"MixedMark", {platform::localizedString(u"Multivalue")}));
@@ -153,6 +156,7 @@ void RowPainter::drawMixedMark(QPainter& painter, int row, int left, int width) 
 
 void RowPainter::drawEmptyText(QPainter& painter, const QSize& page, const QString& text) const {
     constexpr int room = 28;
+    painter.setFont(_emptyText.font());
     const QRectF rect(8, page.height() / 2 - 20, std::max(0, page.width() - 16), room);
     if (PBThemes::scheme() == PBThemes::Scheme::Light) {
         painter.setPen(Qt::white);

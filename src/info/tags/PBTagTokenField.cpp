@@ -180,6 +180,7 @@ void PBTagTokenField::paintEvent(QPaintEvent*) {
     painter.setPen(QPen(hasKeyboard ? colors.accent : colors.dimSelection, 1));
     painter.setBrush(colors.browser);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+    painter.setFont(_lines.font());
     for (std::size_t index = 0; index < _tokens.tokens().size(); ++index)
         paintToken(painter, index);
 }
@@ -326,6 +327,7 @@ void PBTagTokenField::complete(const QString& part) {
     if (found.isEmpty()) return hideCompletions();
     _completionModel->setStringList(found.mid(0, mostCompletions));
     _completer->complete();
+    _completer->popup()->setCurrentIndex({}); // what was typed counts until one is chosen
 }
 
 void PBTagTokenField::hideCompletions() {

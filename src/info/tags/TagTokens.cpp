@@ -95,11 +95,12 @@ TagTokens::Parts TagTokens::partsOf(const QString& text) {
     bool isQuoted = false;
     for (qsizetype position = 0; position < text.size(); ++position) {
         const QChar character = text[position];
-        if (character == quote) {
+        if (character == quote && isQuoted && text.mid(position + 1, 1) == quote) {
+            ++position; // one that stands in the tag
+        } else if (character == quote) {
             // Quotes mean something only where they begin a tag.
-            const bool begins =
-                QStringView(text).sliced(start, position - start).trimmed().isEmpty();
-            if (isQuoted || begins) isQuoted = !isQuoted;
+            const QStringView before = QStringView(text).sliced(start, position - start);
+            isQuoted = !isQuoted && before.trimmed().isEmpty();
         } else if (isSeparator(character) && !isQuoted) {
             const QString part = text.sliced(start, position - start);
             if (!part.trimmed().isEmpty()) parts.complete.append(part);

@@ -90,6 +90,7 @@ void RenameCommand::give(
 }
 
 void RenameCommand::typeAgain(const std::shared_ptr<PBImageFileItem>& item, const QString& typed) {
+    if (_parts.typeAgain) return _parts.typeAgain(item, typed);
     PBImageBrowserView& view = _parts.browserPane.browserView();
     view.renameIndex(view.leaves().indexForImageFile(item), typed);
 }

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class BrowserPane;
@@ -20,6 +21,8 @@ public:
         FMDatabase& mainFileDb;
         BrowserPane& browserPane;
         QWidget& window;
+        /// Opens the field again with what was typed; empty for that of the browser.
+        std::function<void(const std::shared_ptr<PBImageFileItem>&, const QString&)> typeAgain = {};
     };
 
     /// The parts outlive this object, which outlives the window's dialogs.

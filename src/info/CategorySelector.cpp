@@ -1,4 +1,4 @@
-#include "info/SegmentedControl.h"
+#include "info/CategorySelector.h"
 
 #include "ui/PBThemes.h"
 
@@ -61,14 +61,14 @@ private:
 
 } // namespace
 
-SegmentedControl::SegmentedControl(QWidget* parent)
+CategorySelector::CategorySelector(QWidget* parent)
     : QWidget(parent), _layout(new QHBoxLayout(this)), _buttons(new QButtonGroup(this)) {
     _layout->setContentsMargins(0, 0, 0, 0);
     _layout->setSpacing(0);
-    connect(_buttons, &QButtonGroup::idClicked, this, &SegmentedControl::segmentClicked);
+    connect(_buttons, &QButtonGroup::idClicked, this, &CategorySelector::segmentClicked);
 }
 
-void SegmentedControl::setSegments(const QStringList& titles) {
+void CategorySelector::setSegments(const QStringList& titles) {
     if (titles == _titles) return;
     _titles = titles;
     for (QAbstractButton* button : _buttons->buttons()) {
@@ -82,14 +82,14 @@ void SegmentedControl::setSegments(const QStringList& titles) {
     }
 }
 
-int SegmentedControl::segmentCount() const {
+int CategorySelector::segmentCount() const {
     return static_cast<int>(_titles.size());
 }
 
-int SegmentedControl::selectedSegment() const {
+int CategorySelector::selectedSegment() const {
     return _buttons->checkedId();
 }
 
-void SegmentedControl::setSelectedSegment(int segment) {
+void CategorySelector::setSelectedSegment(int segment) {
     if (QAbstractButton* button = _buttons->button(segment)) button->setChecked(true);
 }

@@ -7,11 +7,11 @@ class QButtonGroup;
 class QHBoxLayout;
 
 /// A row of joined buttons, of which one is chosen. Main thread.
-class SegmentedControl final : public QWidget {
+class CategorySelector final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit SegmentedControl(QWidget* parent = nullptr);
+    explicit CategorySelector(QWidget* parent = nullptr);
 
     void setSegments(const QStringList& titles);
     [[nodiscard]] int segmentCount() const;
