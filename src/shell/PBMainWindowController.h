@@ -16,6 +16,7 @@ class GroupPrompts;
 class InfoFeed;
 class MainMenu;
 class MainToolbar;
+class MarkCommands;
 class NoticeBar;
 class OpenFilesCommands;
 class OpenFilesReveal;
@@ -23,11 +24,13 @@ class PaneLayout;
 class PBImageBrowserTipView;
 class PBPathControl;
 class QMainWindow;
+class QMenu;
 class QWidget;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
 class ToolbarController;
+class WindowChoice;
 class WindowCommands;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
@@ -48,6 +51,9 @@ public:
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
     [[nodiscard]] InfoFeed& infoFeed() { return *_infoFeed; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
+    /// What commands act on; the large view says here what is in focus.
+    [[nodiscard]] WindowChoice& choice() { return *_choice; }
+    [[nodiscard]] MarkCommands& markCommands() { return *_marks; }
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
@@ -75,6 +81,7 @@ private:
     void connectFolderCommands();
     void makeOpenFiles();
     [[nodiscard]] QWidget* makeSortButton();
+    [[nodiscard]] QMenu& makeRatingMenu();
     void connectRemedies();
     void tellFilterLeftOn();
     void restoreGeometry();
@@ -89,6 +96,8 @@ private:
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;
     // These go before the window and its views.
+    std::unique_ptr<WindowChoice> _choice;
+    std::unique_ptr<MarkCommands> _marks;
     std::unique_ptr<SourceSidebar> _sourceSidebar;
     std::unique_ptr<GroupPrompts> _groupPrompts;
     std::unique_ptr<GroupMenus> _groupMenus;

@@ -2,6 +2,7 @@
 
 #include "codec/PBImageImporterManager.h"
 #include "core/PBAppDelegate.h"
+#include "fileactions/marks/EditRunner.h"
 #include "group/ItemOrder.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/BuildThumbNotifier.h"
@@ -38,6 +39,32 @@ struct NotedDelegate final : PBAppDelegate {
     std::shared_ptr<PBOpenFiles> openFiles;
 };
 
+/// Keeps what it is asked to do; the test says what becomes of it.
+struct NotedEdits final : fileactions::EditRunner {
+    void run(fileactions::PhotographEdit edit, Done done) override {
+        edits.push_back({std::move(edit), std::move(done)});
+    }
+    void undo() override { ++undone; }
+    void redo() override { ++redone; }
+    bool canUndo() const override { return !undoName.isEmpty(); }
+    bool canRedo() const override { return !redoName.isEmpty(); }
+    QString undoText() const override { return undoName; }
+    QString redoText() const override { return redoName; }
+    qint64 pendingCount() const override { return pending; }
+    /// Ends the edit that was asked for last.
+    void end(const fileactions::EditResult& result) {
+        Q_EMIT result.isStored ? didEdit(result) : didFail(result);
+        if (edits.back().second) edits.back().second(result);
+    }
+
+    std::vector<std::pair<fileactions::PhotographEdit, Done>> edits;
+    int undone = 0;
+    int redone = 0;
+    QString undoName;
+    QString redoName;
+    qint64 pending = 0;
+};
+
 /// What the window stands on, without threads that scan or decode: catalogues in memory, queues
 /// that do nothing, and a tree that the test publishes.
 struct ShellFixture : LibraryTest {
@@ -67,7 +94,8 @@ struct ShellFixture : LibraryTest {
             .groupTreeDataSource = source,
             .buildThumbNotifier = notifier,
             .geoManager = places,
-            .imageImporterManager = importers};
+            .imageImporterManager = importers,
+            .edits = edits};
     }
     /// The root's disk is pulled out or plugged in; nobody is told.
     void setAway(PBAliasObject& root, bool isAway) {
@@ -115,6 +143,7 @@ struct ShellFixture : LibraryTest {
     BuildThumbNotifier notifier;
     PBGeoManager places{nullptr, {.postToMainThread = [](const std::function<void()>&) {}}};
     PBImageImporterManager importers;
+    NotedEdits edits;
     platform::OperationQueue scanQueue{u"scan"_s};
     platform::OperationQueue preloadQueue{u"preload"_s};
     platform::OperationQueue buildQueue{u"build"_s};

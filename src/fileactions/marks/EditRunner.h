@@ -30,10 +30,17 @@ public:
     [[nodiscard]] virtual QString undoText() const = 0;
     [[nodiscard]] virtual QString redoText() const = 0;
 
+    /// The photographs of the edits that are on their way; 0 when there are none.
+    [[nodiscard]] virtual qint64 pendingCount() const = 0;
+
 Q_SIGNALS:
+    /// An edit is on its way.
+    void didBegin();
     /// An edit, an undo or a redo was stored; the items have it. Where it moves photographs to
     /// other groups, the trees follow.
     void didEdit(const fileactions::EditResult& result);
+    /// Photographs got other marks from elsewhere: from an import, or since they were found again.
+    void didReadAgain(const std::vector<qint64>& fileIds);
     /// One that could not be stored.
     void didFail(const fileactions::EditResult& result);
     /// What can be taken back or repeated, or its name.

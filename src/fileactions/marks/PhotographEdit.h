@@ -53,7 +53,7 @@ struct PhotographEdit {
         QString tag;
     };
     using Change = std::variant<
-        Rate, SetFlag, ToggleFlag, SetTags, ChangeTags, Turn, RotateAutomatically, ResetRotation,
+        ToggleFlag, Rate, SetFlag, SetTags, ChangeTags, Turn, RotateAutomatically, ResetRotation,
         Rename, RenameTag, RemoveTag>;
 
     /// `PBImageFileItem::fileId`; none for what is done to a tag everywhere.
@@ -76,6 +76,8 @@ struct EditResult {
     QString reason;
     /// Those that are other than before.
     std::vector<qint64> changed;
+    /// Some of them are not shown any more: search text or filter leave them out.
+    bool hasLeft = false;
     /// So many are not in the catalogue any more, and were left out.
     qint64 missingCount = 0;
     /// Of the flag: whether they have it now.

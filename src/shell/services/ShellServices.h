@@ -12,6 +12,9 @@ class PBGroupTreeDataSource;
 class PBImageImporterManager;
 class PBPathHistory;
 
+namespace fileactions {
+class EditRunner;
+}
 namespace platform {
 class Mutex;
 class OperationQueue;
@@ -45,4 +48,6 @@ struct ShellServices {
     BuildThumbNotifier& buildThumbNotifier;
     PBGeoManager& geoManager;
     PBImageImporterManager& imageImporterManager;
+    /// What the user does to photographs.
+    fileactions::EditRunner& edits;
 };
