@@ -5,6 +5,7 @@
 #include "shell/commands/FullScreenControl.h"
 #include "shell/commands/MenuStateReader.h"
 #include "shell/commands/RenameCommand.h"
+#include "shell/commands/TagCommands.h"
 #include "shell/large/LargeViewCommands.h"
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/WindowSettings.h"
@@ -14,9 +15,11 @@
 #include <functional>
 
 class BrowserPane;
+class ChosenPhotographs;
 class FilterCommands;
 class LargeView;
 class MainMenu;
+class MarkCommands;
 class QMainWindow;
 class QToolBar;
 class SourceSidebar;
@@ -32,6 +35,8 @@ public:
     struct Parts {
         const ShellServices& services;
         QMainWindow& window;
+        const ChosenPhotographs& chosen;
+        MarkCommands& marks;
         BrowserPane& browserPane;
         SourceSidebar& sourceSidebar;
         FilterCommands& filterCommands;
@@ -55,6 +60,7 @@ public:
 private:
     void connectFolderCommands();
     void connectEditCommands();
+    void connectMarkCommands();
     void connectBrowserCommands();
     void connectPaneCommands();
     void connectGoCommands();
@@ -76,6 +82,7 @@ private:
     ArrangeCommands _arrange;
     BrowserViewCommands _browserView;
     RenameCommand _rename;
+    TagCommands _tags;
     FullScreenControl _fullScreen;
     MainMenu* _menu; // a child of this
 };
