@@ -3,6 +3,9 @@
 #include "FMDB/FMDatabase.h"
 #include "codec/process/DecoderPool.h"
 #include "group/GroupPresets.h"
+#include "image/large/PBImageBufferManager.h"
+#include "image/large/PBLoadImageManager.h"
+#include "group/GroupTypes.h"
 #include "places/OfflineGeocoder.h"
 #include "places/PBGeoManager.h"
 #include "platform/program/LocalizedTexts.h"
@@ -54,6 +57,9 @@ void ApplicationController::awakeFromNib() {
     codec::setFrameReader(_decoderPool);
     createGeoManager();
     createScans();
+    _loadImageManager = std::make_unique<PBLoadImageManager>();
+    _imageBufferManager = std::make_unique<PBImageBufferManager>(
+        PBImageBufferManager::Environment{.loadImageManager = *_loadImageManager});
     group::GroupPresets(_userDefaults).seedIfAbsent(_geoManager->canUseGeocoder());
     _mainWindowController = std::make_unique<PBMainWindowController>(shellServices());
     _mainWindowController->setWorkFigures([this] {
@@ -62,7 +68,8 @@ void ApplicationController::awakeFromNib() {
             .isScanning = isScanning(),
             .scanned = _scanPipeline->figures().items,
             .thumbnailsFinished = thumbnails.finished,
-            .thumbnailsPending = _buildThumbOperationQueue->operationCount()};
+            .thumbnailsPending = _buildThumbOperationQueue->operationCount(),
+            .editing = static_cast<quint64>(_marks->edits().pendingCount())};
     });
     connectFolderRoots();
     watchFolders();
@@ -126,6 +133,10 @@ void ApplicationController::createScans() {
         .scanFinished = [this] { _scanControl->scanFinished(); },
     });
     _marks->setPipeline(*_scanPipeline, [this] { return scanBrowsing(); });
+    _marks->setTagsDidChange([this] {
+        const PBGroupTypeArray chain = _browsing.groupTypeArray();
+        if (std::ranges::find(*chain, group::Tags) != chain->end()) scan();
+    });
     _thumbnailCleaner.emplace(ThumbnailCleaner::Environment{
         .filesPath = _connections->mainFileDb().databasePath(),
         .buildThumbDb = _connections->buildThumbDb(),
@@ -197,6 +208,9 @@ ShellServices ApplicationController::shellServices() {
         .buildThumbNotifier = _scanPipeline->buildThumbNotifier(),
         .geoManager = *_geoManager,
         .imageImporterManager = _scanPipeline->imageImporterManager(),
+        .loadImageManager = *_loadImageManager,
+        .imageBufferManager = *_imageBufferManager,
+        .edits = _marks->edits(),
     };
 }
 
@@ -292,10 +306,15 @@ void ApplicationController::noteScreen() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     const QSize size = screen ? screen->size() : QSize(0, 0);
     _maxScreenSize = std::max(size.width(), size.height());
+    _loadImageManager->setScreen(
+        {.maxScreenSize = _maxScreenSize,
+         .backingScaleFactor = _mainWindowController->window().devicePixelRatioF(),
+         .colorSpace = {}});
 }
 
 void ApplicationController::applicationDidFinishLaunching() {
     _mainWindowController->showWindow();
+    _windowColours.emplace(_mainWindowController->window(), *_loadImageManager);
     if (!_ignoreSelectLastFolder) _mainWindowController->sourceSelection().doSelectLastFolder();
     _mainWindowController->updateImageBrowserTipView();
     _isAppDidFinishLaunch = true;
@@ -356,6 +375,7 @@ void ApplicationController::applicationWillTerminate() {
         (*queue)->cancelAllOperations();
         (*queue)->waitUntilAllOperationsAreFinished();
     }
+    if (_loadImageManager) _loadImageManager->finish();
     if (_folderRoots) _folderRoots->stopWatching();
     if (_marks) _marks->finish();
     if (_geoManager) _geoManager->finish();
@@ -366,8 +386,11 @@ void ApplicationController::applicationWillTerminate() {
         loop->cancelPreviousPerformRequestsWithTarget(this);
     }
     _watchControl.reset();
+    _windowColours.reset();
     _mainWindowController.reset();
     _scanControl.reset();
+    _imageBufferManager.reset();
+    _loadImageManager.reset();
     _scanPipeline.reset();
     _marks.reset();
     _folderRoots.reset();
@@ -388,9 +411,14 @@ bool ApplicationController::isIdle() const {
     const bool isLookingUpPlaces = _geoManager && _geoManager->hasPendingRequests();
     const bool isReadingMarked = _marks && !_marks->isIdle();
     const bool isShowing = _scanPipeline && _scanPipeline->isShowPending();
-    return !isScanning() && !isShowing && !isReadingMarked && !isWaitingForDisks &&
-           !isLookingUpPlaces && isEmpty(_preloadThumbnailOperationQueue) &&
+    const bool isLoadingImages = _loadImageManager && _loadImageManager->operationCount() != 0;
+    return !isScanning() && !isShowing && !isLoadingImages && !isReadingMarked &&
+           !isWaitingForDisks && !isLookingUpPlaces && isEmpty(_preloadThumbnailOperationQueue) &&
            isEmpty(_scanOperationQueue) && isEmpty(_buildThumbOperationQueue);
+}
+
+bool ApplicationController::isLargeViewMode() const {
+    return _mainWindowController && _mainWindowController->isLargeView();
 }
 
 int ApplicationController::thumbnailSize() const {

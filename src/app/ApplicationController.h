@@ -8,6 +8,7 @@
 #include "app/ScanPipeline.h"
 #include "app/ThumbnailCleaner.h"
 #include "app/WatchControl.h"
+#include "app/WindowColours.h"
 #include "core/PBAppDelegate.h"
 #include "platform/program/UserDefaults.h"
 #include "platform/tasks/Mutex.h"
@@ -19,6 +20,8 @@
 #include <optional>
 
 class PBGeoManager;
+class PBImageBufferManager;
+class PBLoadImageManager;
 class PBMainWindowController;
 
 namespace codec {
@@ -64,8 +67,7 @@ public:
     [[nodiscard]] MarksServices& marks() { return *_marks; }
     [[nodiscard]] BrowsingSettings& browsing() { return _browsing; }
     [[nodiscard]] PBAliasManager& aliasManager() { return _folderRoots->aliasManager(); }
-    /// The pending request to open files; may be empty.
-    [[nodiscard]] std::shared_ptr<PBOpenFiles> openFiles() const { return _openFiles; }
+    [[nodiscard]] std::shared_ptr<PBOpenFiles> openFiles() const override { return _openFiles; }
 
     void scan() override { _scanControl->scan(); }
     void cancelScan() override { _scanControl->cancelScan(); }
@@ -78,8 +80,8 @@ public:
         _openFiles = std::move(openFiles);
     }
     [[nodiscard]] bool isAppDidFinishLaunch() const override { return _isAppDidFinishLaunch; }
-    [[nodiscard]] bool isLargeViewMode() const override { return false; }
-    [[nodiscard]] bool isSlideShowMode() const { return _isSlideShowMode; }
+    [[nodiscard]] bool isLargeViewMode() const override;
+    [[nodiscard]] bool isSlideShowMode() const override { return _isSlideShowMode; }
     void setIsSlideShowMode(bool isSlideShowMode) { _isSlideShowMode = isSlideShowMode; }
 
     /// Pixels of the longer side of a stored thumbnail: 512 on a window of more than one device
@@ -113,12 +115,15 @@ private:
     std::optional<CatalogueConnections> _connections;
     std::optional<FolderRootServices> _folderRoots;
     std::shared_ptr<codec::DecoderPool> _decoderPool;
+    std::unique_ptr<PBLoadImageManager> _loadImageManager;
+    std::unique_ptr<PBImageBufferManager> _imageBufferManager;
     std::unique_ptr<PBGeoManager> _geoManager;
     std::optional<MarksServices> _marks;
     std::optional<ThumbnailCleaner> _thumbnailCleaner;
     std::optional<ScanPipeline> _scanPipeline;
     std::optional<ScanControl> _scanControl;
     std::unique_ptr<PBMainWindowController> _mainWindowController;
+    std::optional<WindowColours> _windowColours;
     std::optional<WatchControl> _watchControl;
     std::shared_ptr<PBOpenFiles> _openFiles;
     double _maxScreenSize = 0.0;

@@ -1,14 +1,12 @@
 #pragma once
 
-#include <QWidget>
+#include "ui/DropTip.h"
 
-/// Covers the browser while folders are dragged over it, and says what a drop will do.
-class PBImageBrowserDragTipView final : public QWidget {
+/// Covers the browser while folders are dragged over it.
+class PBImageBrowserDragTipView final : public DropTip {
     Q_OBJECT
 
 public:
-    explicit PBImageBrowserDragTipView(QWidget* parent);
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
+    explicit PBImageBrowserDragTipView(QWidget* parent)
+        : DropTip(QStringLiteral("addFolder"), QStringLiteral("DropToAdd"), parent) {}
 };

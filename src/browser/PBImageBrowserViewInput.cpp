@@ -3,10 +3,10 @@
 #include "browser/BrowserAccessible.h"
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
-#include "browser/input/BrowserDragOut.h"
 #include "platform/program/HarmlessText.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
+#include "ui/DragOut.h"
 #include "ui/PBModalTextField.h"
 
 #include <QApplication>
@@ -62,6 +62,14 @@ std::optional<BrowserKey> keyOf(int key) {
     default:
         return std::nullopt;
     }
+}
+
+/// A digit that stands for so many stars. Behind letters it belongs to a name that is typed.
+std::optional<int> starsOf(const QKeyEvent& event) {
+    constexpr int mostStars = 5;
+    const int stars = event.key() - Qt::Key_0;
+    const bool isPlain = (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    return isPlain && stars >= 0 && stars <= mostStars ? std::optional(stars) : std::nullopt;
 }
 
 } // namespace
@@ -237,6 +245,11 @@ void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
         return;
     }
     const QString text = event->text();
+    if (const auto stars = starsOf(*event);
+        stars && !isTyping() && _selection.hasSelect(FoldedLeaves::Included)) {
+        if (!event->isAutoRepeat()) Q_EMIT ratingRequested(*stars);
+        return;
+    }
     if (modifiers.hasCommandOrOther() || text.isEmpty() || !text.at(0).isPrint())
         return QWidget::keyPressEvent(event);
     typed(text);
@@ -334,8 +347,8 @@ void PBImageBrowserView::beginDragOut(const PBImageBrowserIndex& index) {
                                  ? item->thumbnailRef()
                                  : _services.thumbnailLoader().loadThumbnail(*item);
     auto* drag = new QDrag(this); // Qt deletes it when the drag is over
-    drag->setMimeData(BrowserDragOut::mimeData(paths).release());
-    drag->setPixmap(QPixmap::fromImage(BrowserDragOut::picture(
+    drag->setMimeData(DragOut::mimeData(paths).release());
+    drag->setPixmap(QPixmap::fromImage(DragOut::picture(
         thumbnail, target.size().toSize(), item->rotateAngle(), paths.size(),
         devicePixelRatioF())));
     drag->setHotSpot((toSheet(_lastMouse) - target.topLeft()).toPoint());

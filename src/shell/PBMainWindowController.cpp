@@ -5,6 +5,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
+#include "fileactions/marks/EditRunner.h"
 #include "group/GroupTypes.h"
 #include "image/BuildThumbNotifier.h"
 #include "library/PBFolderItem.h"
@@ -12,12 +13,17 @@
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
 #include "platform/tasks/MainThread.h"
+#include "shell/commands/EditNews.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/commands/MarkCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/commands/OpenFilesReveal.h"
+#include "shell/commands/WindowChoice.h"
 #include "shell/commands/WindowCommands.h"
 #include "shell/groups/GroupMenus.h"
 #include "shell/groups/GroupPanel.h"
+#include "shell/info/InfoFeed.h"
+#include "shell/large/LargeView.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/EmptyReason.h"
@@ -30,14 +36,18 @@
 #include "shell/sidebar/FirstRun.h"
 #include "shell/sidebar/FolderPrompts.h"
 #include "shell/sidebar/SourceSidebar.h"
+#include "shell/toolbar/ImageToolbarController.h"
 #include "shell/toolbar/MainToolbar.h"
 #include "shell/toolbar/ToolbarController.h"
 #include "ui/HeaderBar.h"
+#include "ui/MenuTracking.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
 
 #include <QMainWindow>
+#include <QMenu>
 #include <QScreen>
+#include <QStackedWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -52,15 +62,24 @@ constexpr QSize firstWindowSize(1180, 760);
 /// Leaves each pane its least.
 constexpr QSize smallestWindowSize(640, 440);
 
-/// A pane under its bar.
-QWidget* titledPane(HeaderBar* bar, QWidget* content) {
-    auto* pane = new QWidget;
-    auto* layout = new QVBoxLayout(pane);
+/// Widgets one below the other, one of which takes what room there is.
+QWidget* column(std::initializer_list<QWidget*> widgets, int stretched) {
+    auto* column = new QWidget;
+    auto* layout = new QVBoxLayout(column);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(bar);
-    layout->addWidget(content, 1);
-    return pane;
+    for (QWidget* widget : widgets)
+        layout->addWidget(widget);
+    layout->setStretch(stretched, 1);
+    return column;
+}
+
+/// A pane under its bar.
+QWidget* titledPane(HeaderBar* bar, QWidget* content) {
+    return column({bar, content}, 1);
+}
+QWidget* holderOf(QWidget* widget) {
+    return column({widget}, 0);
 }
 
 } // namespace
@@ -111,24 +130,29 @@ void PBMainWindowController::buildWindow() {
         &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
         &FilterCommands::announce);
     auto* sourceBar = new HeaderBar(localizedString(u"Folders"));
+    _infoFeed = std::make_unique<InfoFeed>(_services);
+    _infoView = holderOf(&_infoFeed->pane());
     _panes = new PaneLayout(
         {.source = titledPane(sourceBar, _sourceSidebar->view()),
          .group = titledPane(new HeaderBar(localizedString(u"Groups")), _groupPanel->view()),
          .thumbnail = makeThumbnailView(),
-         .info = new InfoPane(_services.userDefaults)},
+         .info = _infoView},
         _services.userDefaults, _window.get());
     _statusBarView = new StatusBarView(*_panes);
 
-    auto* content = new QWidget;
-    auto* layout = new QVBoxLayout(content);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
     _noticeBar = new NoticeBar;
-    layout->addWidget(_noticeBar);
-    layout->addWidget(_panes->view(), 1);
-    layout->addWidget(_statusBarView);
-    _window->setCentralWidget(content);
+    auto* contents = new QStackedWidget;
+    contents->addWidget(column({_panes->view(), _statusBarView}, 0));
+    _window->setCentralWidget(column({_noticeBar, contents}, 1));
 
+    _choice = std::make_unique<WindowChoice>(_services.delegate, *_browserPane);
+    _marks = std::make_unique<MarkCommands>(_services.edits, *_choice);
+    new EditNews(
+        {.edits = _services.edits,
+         .browserPane = *_browserPane,
+         .statusBarView = *_statusBarView,
+         .noticeBar = *_noticeBar},
+        _window.get());
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
     _toolbarController = new ToolbarController(
@@ -139,34 +163,45 @@ void PBMainWindowController::buildWindow() {
          .filters = *_filterCommands,
          .selection = sourceSelection(),
          .browserPane = *_browserPane,
+         .delegate = _services.delegate,
+         .chosen = *_choice,
+         .marks = *_marks,
+         .edits = _services.edits,
          .panes = *_panes},
         _window.get());
+    makeLargeView(*contents);
     _commands = std::make_unique<WindowCommands>(
         WindowCommands::Parts{
             .services = _services,
             .window = *_window,
+            .chosen = *_choice,
+            .marks = *_marks,
             .browserPane = *_browserPane,
             .sourceSidebar = *_sourceSidebar,
             .filterCommands = *_filterCommands,
             .panes = *_panes,
             .statusBarView = *_statusBarView,
             .toolbar = *_toolbar,
+            .largeView = *_largeView,
             .find = [this] { _toolbarController->find(); },
             .isFinding = [this] { return _toolbarController->isFinding(); }},
         nullptr);
     QObject::connect(
         _toolbarController, &ToolbarController::isFindingDidChange, _commands.get(),
         &WindowCommands::updateBars);
+    _infoFeed->connectWindow({.edits = nullptr, .browserPane = *_browserPane, .window = *_window});
     _commands->menu().setGroupMenu(*_groupMenus->groupMenu());
     _toolbar->setGroupMenu(*_groupMenus->buttonMenu(), [this](const QWidget& button) {
         _groupMenus->groupMenuBtnClicked(button);
     });
+    _toolbar->setRatingMenu(makeRatingMenu());
     _groupPathControl->setTrailingWidget(makeSortButton());
     connectFolderCommands();
     FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
     connectRemedies();
     tellFilterLeftOn();
     makeOpenFiles();
+    connectImageToolbar();
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -242,6 +277,17 @@ QWidget* PBMainWindowController::makeSortButton() {
         range(MenuCommand::arrange_Ascending, MenuCommand::arrange_Dscending));
 }
 
+QMenu& PBMainWindowController::makeRatingMenu() {
+    auto* menu = new QMenu(_window.get());
+    for (int command = static_cast<int>(MenuCommand::rating5);
+         command >= static_cast<int>(MenuCommand::rating0); --command)
+        menu->addAction(_commands->menu().action(static_cast<MenuCommand>(command)));
+    QObject::connect(
+        menu, &QMenu::aboutToShow, _commands.get(), [this] { _commands->menu().validate(); });
+    keepContentsWhileShown(*menu);
+    return *menu;
+}
+
 void PBMainWindowController::connectRemedies() {
     using Remedy = PBImageBrowserTipView::Remedy;
     QObject::connect(
@@ -287,8 +333,43 @@ void PBMainWindowController::makeOpenFiles() {
          .selection = sourceSelection(),
          .commands = folderRootCommands(),
          .filters = *_filterCommands,
-         .reveal = *_openFilesReveal},
+         .reveal = *_openFilesReveal,
+         .leaveLargeView = [this] { _largeView->view_ThumbnailView(); }},
         _window.get());
+}
+
+void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
+    _largeView = std::make_unique<LargeView>(LargeView::Parts{
+        .services = _services,
+        .window = *_window,
+        .contents = contents,
+        .browserPane = *_browserPane,
+        .selection = sourceSelection(),
+        .info = _infoFeed->pane(),
+        .browserInfoView = *_infoView,
+        .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
+    _choice->setFocusOfLargeView(
+        [this] { return _largeView->controller().bin().focusImageFileItem(); });
+    QObject::connect(&_services.edits, &fileactions::EditRunner::didEdit, _largeView.get(), [this] {
+        _largeView->controller().itemsDidChange();
+    });
+}
+
+void PBMainWindowController::connectImageToolbar() {
+    _imageToolbarController =
+        std::make_unique<ImageToolbarController>(*_toolbar, _commands->menu(), nullptr);
+    QObject::connect(
+        _largeView.get(), &LargeView::isShownDidChange, _toolbar, [this](bool isShown) {
+            using Content = MainToolbar::Content;
+            _toolbar->setContent(isShown ? Content::LargeView : Content::Browser);
+        });
+    QObject::connect(
+        _largeView.get(), &LargeView::stateDidChange, _imageToolbarController.get(),
+        &ImageToolbarController::validateVisibleItems);
+}
+
+bool PBMainWindowController::isLargeView() const {
+    return _largeView && _largeView->isShown();
 }
 
 SourceSelection& PBMainWindowController::sourceSelection() {
@@ -307,6 +388,11 @@ void PBMainWindowController::clearBrowser() {
     const auto root = folder ? folder->aliasObjectAndRelativePath(&place) : nullptr;
     place = root ? QString::number(root->aliasId()) + u'/' + place : QString();
     const bool isSame = std::exchange(_shownFolder, place) == place && !place.isEmpty();
+    if (isSame) {
+        _largeView->willShowSamePhotographs();
+    } else {
+        _largeView->view_ThumbnailView();
+    }
     // Files that are opened are selected instead.
     _browserPane->clear(isSame && !_openFilesReveal->isWaiting());
 }
@@ -327,12 +413,18 @@ void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures
     QObject::connect(
         &_services.buildThumbNotifier, &BuildThumbNotifier::PBNotiName_BuildThumb, _workProgress,
         &WorkProgress::wake);
+    QObject::connect(
+        &_services.edits, &fileactions::EditRunner::didBegin, _workProgress, &WorkProgress::wake);
 }
 
 void PBMainWindowController::scanStateDidChange() {
     platform::assertMainThread();
     if (_workProgress && _services.delegate.isScanning()) _workProgress->restart();
-    if (!_services.delegate.isScanning()) _browserPane->browserView().allCame();
+    if (!_services.delegate.isScanning()) {
+        _browserPane->browserView().allCame();
+        _infoFeed->updateInfo();
+    }
+    _largeView->scanStateDidChange();
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
 }
@@ -364,4 +456,5 @@ void PBMainWindowController::restoreGeometry() {
 void PBMainWindowController::saveGeometry() {
     _services.userDefaults.setData(_window->saveGeometry(), geometryKey);
     _panes->savePositions();
+    _largeView->savePositions();
 }

@@ -3,9 +3,9 @@
 #include "browser/PBImageBrowserContainerView.h"
 #include "browser/PBImageBrowserDragTipView.h"
 #include "browser/PBImageBrowserTipView.h"
-#include "browser/feed/PreparedThumbnails.h"
-#include "browser/input/BrowserDragOut.h"
+#include "ui/DragOut.h"
 #include "ui/FolderDropTarget.h"
+#include "ui/PreparedThumbnails.h"
 
 #include <QElapsedTimer>
 #include <QMimeData>
@@ -86,15 +86,15 @@ TEST(ContainerViewTest, layersFillThePaneAndTheTipOfADragLiesAboveThem) {
     }
 }
 
-TEST(BrowserDragOutTest, carriesFilesAndTextUnderATurnedPictureWithTheCountOfMany) {
-    const auto data = BrowserDragOut::mimeData({u"/a b"_s, u"/c"_s});
+TEST(DragOutTest, carriesFilesAndTextUnderATurnedPictureWithTheCountOfMany) {
+    const auto data = DragOut::mimeData({u"/a b"_s, u"/c"_s});
     EXPECT_EQ(data->text(), u"/a b\n/c");
     EXPECT_EQ(data->urls().constFirst(), QUrl(u"file:///a%20b"_s));
-    const QImage turned = BrowserDragOut::picture(redAndBlue(), {60, 120}, 90, 1, 1);
+    const QImage turned = DragOut::picture(redAndBlue(), {60, 120}, 90, 1, 1);
     EXPECT_GT(turned.pixelColor(30, 4).blue(), 200); // counter-clockwise: the right is on top
     EXPECT_GT(turned.pixelColor(4, 115).red(), 200);
     const auto badge = [](qsizetype count) {
-        return BrowserDragOut::picture(plain(Qt::green), {60, 60}, 0, count, 1).pixelColor(40, 8);
+        return DragOut::picture(plain(Qt::green), {60, 60}, 0, count, 1).pixelColor(40, 8);
     };
     EXPECT_GT(badge(1).green(), 200);
     EXPECT_LT(badge(2).green(), 120);

@@ -2,6 +2,7 @@
 
 #include "browser/layout/BrowserLayout.h"
 #include "browser/state/BrowserSelection.h"
+#include "ui/TwoFingerGesture.h"
 
 #include <QString>
 
@@ -118,8 +119,6 @@ public:
     void reset();
 
 private:
-    enum class Gesture { None, Undecided, Zoom, Rotation };
-
     void selectOnly(const std::shared_ptr<PBImageFileItem>& item);
     void setDragging(bool isDragging);
     void beginBand();
@@ -130,7 +129,7 @@ private:
     [[nodiscard]] PBImageBrowserIndex keyTarget(BrowserKey key) const;
     [[nodiscard]] PBImageBrowserIndex pageStep(const PBImageBrowserIndex& from, bool isDown) const;
     void extendTo(const PBImageBrowserIndex& index);
-    void decideGesture();
+    void turn(TwoFingerGesture::Turn turn);
 
     BrowserLayout& _layout;
     const BrowserLeafList& _leaves;
@@ -142,9 +141,7 @@ private:
     BrowserModifiers _downModifiers;
     std::shared_ptr<PBImageFileItem> _downImageFileItem;
     std::shared_ptr<PBImageFileItem> _shiftFileItem;
-    Gesture _gestureStatus = Gesture::None;
-    double _gestureRotation = 0;      // since the gesture began, as all of these
-    double _gestureMagnification = 0; // 0 for the distance of the begin
+    TwoFingerGesture _gesture;
     double _gestureThumbnailSize = 0; // when it began
     double _wheelThumbnailSize = 0;   // what turns of the wheel have led to, not rounded
     bool _isDragging = false;

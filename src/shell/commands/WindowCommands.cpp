@@ -1,8 +1,11 @@
 #include "shell/commands/WindowCommands.h"
 
 #include "browser/PBImageBrowserView.h"
+#include "fileactions/marks/EditRunner.h"
 #include "platform/desktop/Workspace.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/commands/MarkCommands.h"
+#include "shell/large/LargeView.h"
 #include "shell/menus/HelpDialogs.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
@@ -50,21 +53,29 @@ constexpr StepRow stepRows[] = {
 
 WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
     : QObject(parent), _parts(parts), _settings(parts.services.userDefaults),
+      _largeCommands(parts.largeView),
       _stateReader(
           {.delegate = parts.services.delegate,
            .browsing = parts.services.browsing,
            .userDefaults = parts.services.userDefaults,
            .pathHistory = parts.services.pathHistory,
            .imageImporterManager = parts.services.imageImporterManager,
+           .edits = parts.services.edits,
+           .chosen = parts.chosen,
            .window = parts.window,
            .browserPane = parts.browserPane,
+           .largeView = _largeCommands,
            .tree = parts.sourceSidebar.tree(),
            .panes = parts.panes}),
       _arrange(parts.services.browsing, parts.services.delegate),
       _browserView(parts.browserPane.browserView(), parts.services.userDefaults, nullptr),
       _rename(
-          {.mainFileDb = parts.services.mainFileDb,
+          {.edits = parts.services.edits,
            .browserPane = parts.browserPane,
+           .window = parts.window}),
+      _tags(
+          {.edits = parts.services.edits,
+           .mainFileDb = parts.services.mainFileDb,
            .window = parts.window}),
       _fullScreen(
           {.window = parts.window,
@@ -77,10 +88,12 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
           this)) {
     connectFolderCommands();
     connectEditCommands();
+    connectMarkCommands();
     connectBrowserCommands();
     connectPaneCommands();
     connectGoCommands();
     connectBrowserSignals();
+    connectLargeView();
     _menu->connectCommand(Command::quit, [this] { _parts.window.close(); });
     _menu->connectCommand(
         Command::showShortcuts, [this] { HelpDialogs::showShortcuts(*_menu, _parts.window); });
@@ -94,12 +107,15 @@ void WindowCommands::connectFolderCommands() {
     SourceSelection& selection = _parts.sourceSidebar.selection();
     _menu->connectCommand(Command::addFolderAlias, [&folders] { folders.addFolderAlias(); });
     _menu->connectCommand(Command::removeFolderAlias, [&folders] { folders.removeFolderAlias(); });
-    _menu->connectCommand(Command::revealInFinder, [this] { revealInFinder(); });
+    connectInBoth(Command::revealInFinder, [this] { revealInFinder(); });
     _menu->connectCommand(Command::back, [&selection] { selection.back(); });
     _menu->connectCommand(Command::forward, [&selection] { selection.forward(); });
 }
 
 void WindowCommands::connectEditCommands() {
+    fileactions::EditRunner& edits = _parts.services.edits;
+    _menu->connectCommand(Command::undo, [&edits] { edits.undo(); });
+    _menu->connectCommand(Command::redo, [&edits] { edits.redo(); });
     _menu->connectCommand(Command::selectAll, [this] { selectAll(true); });
     _menu->connectCommand(Command::deselectAll, [this] { selectAll(false); });
     _menu->connectCommand(Command::find, [this] {
@@ -107,6 +123,18 @@ void WindowCommands::connectEditCommands() {
         _parts.find();
     });
     _menu->connectCommand(Command::renameFile, [this] { _rename.begin(); });
+}
+
+void WindowCommands::connectMarkCommands() {
+    MarkCommands& marks = _parts.marks;
+    for (const MarkCommands::Row& row : MarkCommands::rows())
+        _menu->connectCommand(row.command, [&marks, &row] { marks.perform(row.change); });
+    _menu->connectCommand(Command::manageTags, [this] { _tags.show(); });
+    const PBImageBrowserView& view = _parts.browserPane.browserView();
+    connect(&view, &PBImageBrowserView::flagToggleRequested, &marks, &MarkCommands::flagClicked);
+    connect(&view, &PBImageBrowserView::rotateLeftRequested, &marks, &MarkCommands::rotateLeft);
+    connect(&view, &PBImageBrowserView::rotateRightRequested, &marks, &MarkCommands::rotateRight);
+    connect(&view, &PBImageBrowserView::ratingRequested, &marks, &MarkCommands::ratingWithStar);
 }
 
 void WindowCommands::connectBrowserCommands() {
@@ -119,8 +147,8 @@ void WindowCommands::connectBrowserCommands() {
             _browserView.doThumbnailAndInfoMenu(argument);
         });
     }
-    _menu->connectCommand(Command::view_zoomIn, [this] { _browserView.zoomIn(); });
-    _menu->connectCommand(Command::view_zoomOut, [this] { _browserView.zoomOut(); });
+    connectInBoth(Command::view_zoomIn, [this] { _browserView.zoomIn(); });
+    connectInBoth(Command::view_zoomOut, [this] { _browserView.zoomOut(); });
     FilterCommands& filters = _parts.filterCommands;
     _menu->connectCommand(Command::filter_Flag, [&filters] { filters.filter_Flag(); });
     _menu->connectCommand(Command::filter_Star, [&filters] { filters.filter_Star(); });
@@ -138,7 +166,7 @@ void WindowCommands::connectBrowserCommands() {
 
 void WindowCommands::connectPaneCommands() {
     for (const PaneRow& row : paneRows)
-        _menu->connectCommand(row.command, [this, pane = row.pane] { togglePane(pane); });
+        connectInBoth(row.command, [this, pane = row.pane] { togglePane(pane); });
     connect(&_parts.statusBarView, &StatusBarView::paneToggled, this, &WindowCommands::togglePane);
     _menu->connectCommand(Command::view_toolbar, [this] { toggleToolbar(); });
     _menu->connectCommand(
@@ -151,7 +179,7 @@ void WindowCommands::connectPaneCommands() {
 
 void WindowCommands::connectGoCommands() {
     for (const StepRow& row : stepRows) {
-        _menu->connectCommand(
+        connectInBoth(
             row.command, [this, step = row.step] { _parts.browserPane.browserView().goTo(step); });
     }
 }
@@ -178,6 +206,29 @@ void WindowCommands::connectBrowserSignals() {
             _parts.statusBarView.setSelectCount(
                 view.selection().selectCount(FoldedLeaves::Included));
         });
+}
+
+void WindowCommands::connectInBoth(MenuCommand command, std::function<void()> inBrowser) {
+    _menu->connectCommand(command, [this, command, inBrowser = std::move(inBrowser)] {
+        if (!_largeCommands.perform(command)) inBrowser();
+    });
+}
+
+void WindowCommands::connectLargeView() {
+    LargeView& largeView = _parts.largeView;
+    _menu->connectCommand(
+        Command::view_BrowserView, [&largeView] { largeView.view_BrowserView(); });
+    for (const Command command :
+         {Command::view_ThumbnailView, Command::view_fitIn, Command::view_ActualSize,
+          Command::view_PhotoBin, Command::view_Navigation})
+        connectInBoth(command, [] {});
+    connect(&largeView, &LargeView::isShownDidChange, this, [this] { _menu->validate(); });
+    connect(&largeView, &LargeView::commandRequested, this, [this](MenuCommand command) {
+        _menu->trigger(command);
+    });
+    connect(&largeView, &LargeView::contextMenuRequested, this, [this](const QPoint& position) {
+        _menu->popUpLargeViewMenu(position, &_parts.window);
+    });
 }
 
 void WindowCommands::revealInFinder() {
@@ -211,6 +262,7 @@ void WindowCommands::setHideStatusBar(bool hide) {
 }
 
 void WindowCommands::updateStatusBarShowHide(bool animated) {
-    _parts.statusBarView.setShown(
-        !_settings.hideStatusBar() && !_fullScreen.isFullScreen(), animated);
+    const bool isShown = !_settings.hideStatusBar() && !_fullScreen.isFullScreen();
+    _parts.statusBarView.setShown(isShown, animated);
+    _parts.largeView.setStatusBarShown(isShown);
 }

@@ -5,6 +5,8 @@
 #include "shell/commands/FullScreenControl.h"
 #include "shell/commands/MenuStateReader.h"
 #include "shell/commands/RenameCommand.h"
+#include "shell/commands/TagCommands.h"
+#include "shell/large/LargeViewCommands.h"
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/WindowSettings.h"
 
@@ -13,8 +15,11 @@
 #include <functional>
 
 class BrowserPane;
+class ChosenPhotographs;
 class FilterCommands;
+class LargeView;
 class MainMenu;
+class MarkCommands;
 class QMainWindow;
 class QToolBar;
 class SourceSidebar;
@@ -30,12 +35,15 @@ public:
     struct Parts {
         const ShellServices& services;
         QMainWindow& window;
+        const ChosenPhotographs& chosen;
+        MarkCommands& marks;
         BrowserPane& browserPane;
         SourceSidebar& sourceSidebar;
         FilterCommands& filterCommands;
         PaneLayout& panes;
         StatusBarView& statusBarView;
         QToolBar& toolbar;
+        LargeView& largeView;
         /// Puts the keyboard into the search field.
         std::function<void()> find;
         /// The search field is in use, whether the user wants to see the toolbar or not.
@@ -52,10 +60,14 @@ public:
 private:
     void connectFolderCommands();
     void connectEditCommands();
+    void connectMarkCommands();
     void connectBrowserCommands();
     void connectPaneCommands();
     void connectGoCommands();
     void connectBrowserSignals();
+    void connectLargeView();
+    /// A command that means something else in the large view.
+    void connectInBoth(MenuCommand command, std::function<void()> inBrowser);
     void revealInFinder();
     void selectAll(bool select);
     void togglePane(PaneLayout::Pane pane);
@@ -65,10 +77,12 @@ private:
 
     const Parts _parts;
     WindowSettings _settings;
+    const LargeViewCommands _largeCommands;
     const MenuStateReader _stateReader;
     ArrangeCommands _arrange;
     BrowserViewCommands _browserView;
     RenameCommand _rename;
+    TagCommands _tags;
     FullScreenControl _fullScreen;
     MainMenu* _menu; // a child of this
 };

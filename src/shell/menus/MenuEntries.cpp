@@ -1,6 +1,7 @@
 #include "shell/menus/MenuEntries.h"
 
 #include "group/ItemOrder.h"
+#include "platform/program/LocalizedTexts.h"
 #include "shell/menus/MenuConditions.h"
 
 #include <array>
@@ -29,6 +30,19 @@ constexpr MenuRow separator{.kind = Kind::Separator};
 constexpr MenuRule
 titled(MenuCondition isEnabled, QStringView hide, QStringView show, MenuCondition isShown) {
     return {.isEnabled = isEnabled, .hide = hide, .show = show, .isShown = isShown};
+}
+
+/// A name may have the sign that marks letters of a menu.
+QString titleOf(QStringView plain, QStringView withName, QString name) {
+    return name.isEmpty()
+               ? platform::localizedString(plain)
+               : platform::localizedFormat(withName, {name.replace(u'&', QStringLiteral("&&"))});
+}
+QString undoTitle(const MenuState& state) {
+    return titleOf(u"Menu_Undo", u"Menu_UndoOf", state.undoText);
+}
+QString redoTitle(const MenuState& state) {
+    return titleOf(u"Menu_Redo", u"Menu_RedoOf", state.redoText);
 }
 
 /// Every command: what it says, its keys, when it is possible, and by its line its place in the
@@ -61,6 +75,13 @@ constexpr MenuRow barRows[] = {
     separator,
     entry(Command::quit, u"quit", u"Menu_Quit", u"Ctrl+Q", {}, {always}),
     menu(MenuTag::Edit, u"Menu_Edit"),
+    entry(
+        Command::undo, u"undo", u"Menu_Undo", u"Ctrl+Z", {},
+        {.isEnabled = flag<&MenuState::canUndo>, .title = undoTitle}),
+    entry(
+        Command::redo, u"redo", u"Menu_Redo", u"Ctrl+Shift+Z; Ctrl+Y", {},
+        {.isEnabled = flag<&MenuState::canRedo>, .title = redoTitle}),
+    separator,
     entry(Command::copy, u"copy", u"Menu_Copy", u"Ctrl+C", {}, {hasPhotographs}),
     entry(Command::paste, u"paste", u"Menu_Paste", u"Ctrl+V", {}, {canPaste}),
     separator,
@@ -213,6 +234,8 @@ constexpr MenuRow barRows[] = {
     entry(
         Command::automaticRotate, u"automaticRotate", u"Menu_RotateAuto", {}, {}, {hasPhotographs}),
     entry(Command::resetRotate, u"resetRotate", u"Menu_RotateReset", {}, {}, {hasPhotographs}),
+    separator,
+    entry(Command::manageTags, u"manageTags", u"Menu_Tags", {}, {}, {always}),
     menu(MenuTag::Group, u"Menu_Group"),
     menu(MenuTag::Go, u"Menu_Go"),
     entry(Command::back, u"back", u"Menu_Back", u"Alt+Left", u"back", {canBack}),
@@ -285,6 +308,8 @@ constexpr MenuRow photographRows[] = {
     endOfSubmenu,
     sameEntry(Command::rotateLeft),
     sameEntry(Command::rotateRight),
+    sameEntry(Command::automaticRotate),
+    sameEntry(Command::resetRotate),
     separator,
     sameEntry(Command::revealInFinder),
     sameEntry(Command::renameFile),
@@ -295,6 +320,45 @@ constexpr MenuRow photographRows[] = {
     sameEntry(Command::exportImage),
     sameEntry(Command::shareClicked),
     sameEntry(Command::setDesktop),
+};
+
+constexpr MenuRow largeViewRows[] = {
+    sameEntry(Command::view_ThumbnailView),
+    sameEntry(Command::view_SlideshowView),
+    separator,
+    sameEntry(Command::view_zoomIn),
+    sameEntry(Command::view_zoomOut),
+    sameEntry(Command::view_fitIn),
+    sameEntry(Command::view_ActualSize),
+    separator,
+    sameEntry(Command::copy),
+    sameEntry(Command::deleteClicked),
+    separator,
+    sameEntry(Command::flagClicked),
+    submenu(u"Menu_Rating"),
+    sameEntry(Command::rating5),
+    sameEntry(Command::rating4),
+    sameEntry(Command::rating3),
+    sameEntry(Command::rating2),
+    sameEntry(Command::rating1),
+    sameEntry(Command::rating0),
+    endOfSubmenu,
+    sameEntry(Command::rotateLeft),
+    sameEntry(Command::rotateRight),
+    separator,
+    sameEntry(Command::revealInFinder),
+    sameEntry(Command::duplicate),
+    sameEntry(Command::copyTo),
+    sameEntry(Command::moveTo),
+    separator,
+    sameEntry(Command::exportImage),
+    sameEntry(Command::shareClicked),
+    sameEntry(Command::setDesktop),
+    separator,
+    sameEntry(Command::view_PhotoBin),
+    sameEntry(Command::view_Navigation),
+    sameEntry(Command::view_Info),
+    sameEntry(Command::view_FullScreen),
 };
 
 } // namespace
@@ -309,6 +373,10 @@ const MenuEntry& menuEntry(MenuCommand command) {
 
 std::span<const MenuRow> menuBarRows() {
     return barRows;
+}
+
+std::span<const MenuRow> largeViewMenuRows() {
+    return largeViewRows;
 }
 
 std::span<const MenuRow> photographMenuRows() {

@@ -9,9 +9,14 @@ class PBAppDelegate;
 class PBFolderLister;
 class PBGeoManager;
 class PBGroupTreeDataSource;
+class PBImageBufferManager;
 class PBImageImporterManager;
+class PBLoadImageManager;
 class PBPathHistory;
 
+namespace fileactions {
+class EditRunner;
+}
 namespace platform {
 class Mutex;
 class OperationQueue;
@@ -45,4 +50,10 @@ struct ShellServices {
     BuildThumbNotifier& buildThumbNotifier;
     PBGeoManager& geoManager;
     PBImageImporterManager& imageImporterManager;
+
+    /// The line of large pictures, and which items may hold them.
+    PBLoadImageManager& loadImageManager;
+    PBImageBufferManager& imageBufferManager;
+    /// What the user does to photographs.
+    fileactions::EditRunner& edits;
 };

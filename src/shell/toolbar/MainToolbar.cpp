@@ -53,18 +53,19 @@ MainToolbar::MainToolbar(QWidget* parent)
       _filterStar(makeAction(QStringLiteral("star_16_n"), u"FilterStarred")),
       _group(makeAction(QStringLiteral("group"), u"ToolbarGroup")),
       _groupButton(new ToolbarButton(_group)),
-      _rotate(makeAction(QStringLiteral("rotateLeft"), u"Rotate")),
+      _flag(makeAction(QStringLiteral("flag_16_n"), u"ToolbarFlag", Qt::CTRL | Qt::Key_G)),
+      _rating(makeAction(QStringLiteral("star_16_n"), u"ToolbarRating")),
+      _ratingButton(new ToolbarButton(_rating)),
+      _rotateLeft(makeAction(
+          QStringLiteral("rotateLeft"), u"RotateLeft", Qt::CTRL | Qt::SHIFT | Qt::Key_R)),
+      _rotateRight(makeAction(QStringLiteral("rotateRight"), u"RotateRight", Qt::CTRL | Qt::Key_R)),
       _share(makeAction(QStringLiteral("share"), u"Share")),
-      _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(new QWidget),
-      _search(new SearchField(localizedString(u"Search"))),
+      _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(makeRow()),
+      _imageRow(makeRow()), _filledRow(_row), _search(new SearchField(localizedString(u"Search"))),
       _autoSpace(new Space(QSizePolicy::Preferred)) {
     setObjectName(QStringLiteral("mainToolbar"));
     setMovable(false);
     setFloatable(false);
-    auto* row = new QHBoxLayout(_row);
-    row->setContentsMargins(barMargins);
-    row->setSpacing(itemSpacing);
-    _row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     _filterFlag->setCheckable(true);
     _filterStar->setCheckable(true);
     _group->setEnabled(false);
@@ -76,12 +77,18 @@ MainToolbar::MainToolbar(QWidget* parent)
     addItem(QStringLiteral("group"), _groupButton, u"ToolbarGroup");
     addItem(QStringLiteral("filter"), new SegmentedControl({_filterFlag, _filterStar}), u"Filter");
     addSpace(new Space(QSizePolicy::Expanding), QStringLiteral("space"));
-    addItem(QStringLiteral("rotate"), new ToolbarButton(_rotate), u"Rotate");
+    addItem(QStringLiteral("flag"), new ToolbarButton(_flag), u"ToolbarFlag");
+    _ratingButton->setHasArrow();
+    addItem(QStringLiteral("rating"), _ratingButton, u"ToolbarRating");
+    addItem(QStringLiteral("rotate"), new SegmentedControl({_rotateLeft, _rotateRight}), u"Rotate");
     addItem(QStringLiteral("share"), new ToolbarButton(_share), u"Share");
     addItem(QStringLiteral("delete"), new ToolbarButton(_delete), u"Delete");
     _search->setToolTip(withShortcut(localizedString(u"SearchTip"), QKeySequence::Find));
     addItem(QStringLiteral("search"), _search, u"Search");
-    addWidget(_row);
+    addImageItems();
+    _rowAction = addWidget(_row);
+    _imageRowAction = addWidget(_imageRow);
+    setContent(Content::Browser);
     alignWithSidebar(0);
     updateColors();
 }
@@ -113,13 +120,85 @@ void MainToolbar::addItem(const QString& identifier, QWidget* view, QStringView 
     item->setSizePolicy(view->sizePolicy().horizontalPolicy(), QSizePolicy::Fixed);
     if (!isFixed) item->setMaximumWidth(view->maximumWidth());
     _captions.push_back(label);
-    _row->layout()->addWidget(item);
-    _items.push_back({identifier, view});
+    _filledRow->layout()->addWidget(item);
+    if (_filledRow == _row) _items.push_back({identifier, view});
 }
 
 void MainToolbar::addSpace(QWidget* space, const QString& identifier) {
-    _row->layout()->addWidget(space);
-    _items.push_back({identifier, space});
+    _filledRow->layout()->addWidget(space);
+    if (_filledRow == _row) _items.push_back({identifier, space});
+}
+
+QWidget* MainToolbar::makeRow() {
+    auto* row = new QWidget;
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(barMargins);
+    layout->setSpacing(itemSpacing);
+    row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    return row;
+}
+
+void MainToolbar::addImageItems() {
+    _filledRow = _imageRow;
+    const auto action = [this](
+                            MenuCommand command, const QString& icon, QStringView text,
+                            const QKeySequence& shortcut = {}) {
+        QAction* made = makeAction(icon, text, shortcut);
+        _imageViewToolbarItems.push_back({command, made});
+        return made;
+    };
+    using Command = MenuCommand;
+    addItem(
+        QStringLiteral("thumbnails"),
+        new ToolbarButton(action(
+            Command::view_ThumbnailView, QStringLiteral("thumbnailView"), u"BackToThumbnails",
+            Qt::Key_Escape)),
+        u"Thumbnails");
+    addItem(
+        QStringLiteral("imageZoom"),
+        new SegmentedControl(
+            {action(
+                 Command::view_zoomOut, QStringLiteral("zoomOut"), u"ZoomOut",
+                 QKeySequence::ZoomOut),
+             action(
+                 Command::view_zoomIn, QStringLiteral("zoomIn"), u"ZoomIn", QKeySequence::ZoomIn),
+             action(
+                 Command::view_fitIn, QStringLiteral("zoomFit"), u"ZoomToFit",
+                 Qt::CTRL | Qt::SHIFT | Qt::Key_F),
+             action(
+                 Command::view_ActualSize, QStringLiteral("zoomActual"), u"ActualSize",
+                 Qt::CTRL | Qt::Key_Period)}),
+        u"Zoom");
+    addSpace(new Space(QSizePolicy::Expanding), QStringLiteral("imageSpace"));
+    addItem(
+        QStringLiteral("imageSlideshow"),
+        new ToolbarButton(action(
+            Command::view_SlideshowView, QStringLiteral("slideshow"), u"Slideshow", Qt::Key_F5)),
+        u"Slideshow");
+    // The same for both views.
+    addItem(QStringLiteral("imageFlag"), new ToolbarButton(_flag), u"ToolbarFlag");
+    _imageRatingButton = new ToolbarButton(_rating);
+    _imageRatingButton->setHasArrow();
+    addItem(QStringLiteral("imageRating"), _imageRatingButton, u"ToolbarRating");
+    addItem(
+        QStringLiteral("imageRotate"), new SegmentedControl({_rotateLeft, _rotateRight}),
+        u"Rotate");
+    addItem(
+        QStringLiteral("imageShare"),
+        new ToolbarButton(action(Command::shareClicked, QStringLiteral("share"), u"Share")),
+        u"Share");
+    addItem(
+        QStringLiteral("imageDelete"),
+        new ToolbarButton(
+            action(Command::deleteClicked, QStringLiteral("delete"), u"Delete", Qt::Key_Delete)),
+        u"Delete");
+    _filledRow = _row;
+}
+
+void MainToolbar::setContent(Content content) {
+    _content = content;
+    _rowAction->setVisible(content == Content::Browser);
+    _imageRowAction->setVisible(content == Content::LargeView);
 }
 
 QWidget* MainToolbar::itemView(QStringView identifier) const {
@@ -129,12 +208,27 @@ QWidget* MainToolbar::itemView(QStringView identifier) const {
 
 void MainToolbar::setGroupMenu(
     QMenu& menu, const std::function<void(const QWidget& button)>& popUp) {
-    connect(_group, &QAction::triggered, &menu, [this, popUp] {
-        popUp(*_groupButton);
-        _groupButton->setDown(true);
-    });
-    connect(&menu, &QMenu::aboutToHide, _groupButton, [this] { _groupButton->setDown(false); });
+    connectMenu(*_group, *_groupButton, menu, popUp);
     _group->setEnabled(true);
+}
+
+void MainToolbar::setRatingMenu(QMenu& menu) {
+    for (ToolbarButton* each : {_ratingButton, _imageRatingButton}) {
+        connectMenu(*_rating, *each, menu, [&menu](const QWidget& button) {
+            menu.popup(button.mapToGlobal(QPoint(0, button.height())));
+        });
+    }
+}
+
+void MainToolbar::connectMenu(
+    QAction& action, ToolbarButton& button, QMenu& menu,
+    const std::function<void(const QWidget& button)>& popUp) {
+    connect(&action, &QAction::triggered, &menu, [&button, popUp] {
+        if (!button.isVisible()) return;
+        popUp(button);
+        button.setDown(true);
+    });
+    connect(&menu, &QMenu::aboutToHide, &button, [&button] { button.setDown(false); });
 }
 
 void MainToolbar::alignWithSidebar(int sidebarWidth) {

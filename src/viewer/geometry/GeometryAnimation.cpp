@@ -9,6 +9,8 @@ namespace {
 constexpr double firstControl = 0.0;
 constexpr double secondControl = 0.58;
 
+constexpr double unseenWay = 0.5; // points
+
 double bezier(double first, double second, double t) {
     const double rest = 1 - t;
     return 3 * rest * rest * t * first + 3 * rest * t * t * second + t * t * t;
@@ -47,6 +49,15 @@ QPointF ScrollAnimation::valueAt(double elapsed) const {
     if (isFinished(elapsed)) return stop;
     const double fraction = fallen(4, 4 * std::max(elapsed, 0.0), 4 * duration);
     return {between(start.x(), stop.x(), fraction), between(start.y(), stop.y(), fraction)};
+}
+
+QPointF FlingAnimation::valueAt(double elapsed) const {
+    return start + velocity * decayTime * (1 - std::exp(-std::max(elapsed, 0.0) / decayTime));
+}
+
+bool FlingAnimation::isFinished(double elapsed) const {
+    const double way = std::hypot(velocity.x(), velocity.y()) * decayTime;
+    return !(way * std::exp(-elapsed / decayTime) > unseenWay);
 }
 
 double SwipeAnimation::valueAt(double elapsed) const {

@@ -48,6 +48,19 @@ struct ScrollAnimation {
     [[nodiscard]] bool isFinished(double elapsed) const { return !(elapsed < duration); }
 };
 
+/// The draw anchor on its way after fingers that moved were lifted: as on other touch screens.
+struct FlingAnimation {
+    /// Seconds in which all but 1/e of the velocity is lost.
+    static constexpr double decayTime = 0.325;
+
+    QPointF start;
+    QPointF velocity; // points a second
+
+    [[nodiscard]] QPointF valueAt(double elapsed) const;
+    /// What is left of the way is less than anybody sees.
+    [[nodiscard]] bool isFinished(double elapsed) const;
+};
+
 /// The offset of a swipe on its way, after the fingers were lifted.
 struct SwipeAnimation {
     static constexpr double duration = 0.35;

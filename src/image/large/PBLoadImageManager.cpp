@@ -1,0 +1,171 @@
+#include "image/large/PBLoadImageManager.h"
+
+#include "group/PBImageFileItem.h"
+#include "image/large/ImageVersions.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
+
+#include <algorithm>
+
+using platform::MainLoop;
+
+namespace {
+
+double pixelsOf(const QSizeF& size) {
+    return size.width() * size.height();
+}
+
+} // namespace
+
+PBLoadImageManager::PBLoadImageManager(LoadPace::Clock clock)
+    : _pace(std::move(clock)),
+      _releaseQueue(std::make_shared<platform::OperationQueue>(QStringLiteral("free pictures"))),
+      _operationQueue(QStringLiteral("large images")) {}
+
+PBLoadImageManager::~PBLoadImageManager() {
+    finish();
+}
+
+void PBLoadImageManager::setScreen(const LargeImageScreen& screen) {
+    platform::assertMainThread();
+    const bool hasOtherColours = screen.colorSpace != _screen.colorSpace;
+    _screen = screen;
+    if (hasOtherColours && _coloursObserver) _coloursObserver();
+}
+
+void PBLoadImageManager::addLoadImageOperation(Operation operation, bool atEnd) {
+    platform::assertMainThread();
+    if (_isFinished) return;
+    operation->_releaseQueue = _releaseQueue;
+    operation->_urgency = atEnd ? codec::Urgency::Next : codec::Urgency::Focus;
+    if (_waitingArray.size() >= mostWaiting) _waitingArray.pop_front();
+    if (atEnd)
+        _waitingArray.push_back(std::move(operation));
+    else
+        _waitingArray.push_front(std::move(operation));
+    tryFireOperation();
+}
+
+void PBLoadImageManager::tryFireOperation() {
+    platform::assertMainThread();
+    if (_waitingArray.empty() || !_loadingArray.empty()) return;
+    const auto next = std::ranges::find_if(_waitingArray, [this](const Operation& operation) {
+        return _pace.mayBegin(operation->index(), pixelsOf(operation->imageSize()));
+    });
+    if (next != _waitingArray.end()) {
+        Operation operation = std::move(*next);
+        _waitingArray.erase(next);
+        return begin(std::move(operation));
+    }
+    constexpr const char* name = "pause";
+    MainLoop* loop = MainLoop::instance();
+    const auto wait = _pace.untilPause();
+    if (!loop || !wait) return;
+    loop->cancelPreviousPerformRequestsWithTarget(this, name);
+    loop->performAfterDelay(
+        this, name, std::chrono::ceil<std::chrono::milliseconds>(*wait),
+        [this] { tryFireOperation(); });
+}
+
+void PBLoadImageManager::begin(Operation operation) {
+    ++_figures.begun;
+    if (_pace.isHurried()) ++_figures.begunInHaste;
+    _loadingArray.push_back(operation);
+    // As a piece of work, not as an operation of the queue: that would pass a cancelled one over,
+    // and the line would wait for its report for ever.
+    _operationQueue.addOperation([operation, alive = std::weak_ptr(_alive)] {
+        operation->main();
+        MainLoop::instance()->post(MainLoop::Mode::Common, [operation, alive] {
+            if (const auto manager = alive.lock()) (*manager)->didFinish(operation);
+        });
+    });
+}
+
+void PBLoadImageManager::didFinish(const Operation& operation) {
+    platform::assertMainThread();
+    if (_isFinished) return;
+    const LoadedImages& images = operation->images();
+    noteTime(*operation);
+    for (const auto& link : std::vector(operation->_delegateArray)) {
+        const auto display = link.lock(); // one display may end another
+        if (!display) continue;
+        (*display)->loadImageFinished(
+            *operation, images, operation->scale(), operation->contextObj(), operation->index());
+    }
+    std::erase(_loadingArray, operation);
+    tryFireOperation();
+}
+
+void PBLoadImageManager::noteTime(const PBLoadImageOperation& operation) {
+    using Kind = LoadedImages::Kind;
+    const Kind kind = operation.images().kind;
+    if (kind == Kind::Nothing) ++_figures.stopped;
+    if (operation.scale() >= 1.0) return;
+    const double pixels = pixelsOf(operation.imageSize());
+    if (kind == Kind::Images) _pace.didLoad(operation._loadTime, pixels);
+    if (kind == Kind::Nothing) _pace.didStop(operation._loadTime, pixels);
+}
+
+void PBLoadImageManager::moveLoadImageOperaToHead(const PBLoadImageOperation& operation) {
+    platform::assertMainThread();
+    const auto found = std::ranges::find(_waitingArray, &operation, &Operation::get);
+    if (found == _waitingArray.end()) return;
+    (*found)->_urgency = codec::Urgency::Focus;
+    std::rotate(_waitingArray.begin(), found, std::next(found));
+}
+
+void PBLoadImageManager::moveLoadImageOperaToEnd(const PBLoadImageOperation& operation) {
+    platform::assertMainThread();
+    const auto found = std::ranges::find(_waitingArray, &operation, &Operation::get);
+    if (found == _waitingArray.end()) return;
+    (*found)->_urgency = codec::Urgency::Next;
+    std::rotate(found, std::next(found), _waitingArray.end());
+}
+
+PBLoadImageManager::Found PBLoadImageManager::loadImageOperationOfContextObj(
+    const PBImageFileItem& item, double scale) const {
+    platform::assertMainThread();
+    const auto isWanted = [&](const Operation& operation) {
+        return operation->contextObj().get() == &item && operation->scale() == scale &&
+               !operation->isCancelled();
+    };
+    if (const auto found = std::ranges::find_if(_loadingArray, isWanted);
+        found != _loadingArray.end())
+        return {*found, true};
+    const auto found = std::ranges::find_if(_waitingArray, isWanted);
+    return found == _waitingArray.end() ? Found{} : Found{*found, false};
+}
+
+void PBLoadImageManager::cancelAllOperationExceptContextObjs(
+    std::span<const std::shared_ptr<PBImageFileItem>> items,
+    std::optional<std::int64_t> focusIndex) {
+    platform::assertMainThread();
+    const auto isStranger = [items](const Operation& operation) {
+        return std::ranges::find(items, operation->contextObj()) == items.end();
+    };
+    for (const Operation& operation : _loadingArray)
+        if (isStranger(operation)) operation->cancel();
+    std::erase_if(_waitingArray, isStranger);
+    _focusIndex = focusIndex;
+    if (items.empty() || !items.front()) return;
+    clearNotNowMarkers(*items.front());
+    if (focusIndex) _pace.didStep(*focusIndex, pixelsOf(items.front()->imageSize()));
+}
+
+void PBLoadImageManager::steppingDidEnd() {
+    platform::assertMainThread();
+    _pace.didEndStepping();
+    tryFireOperation();
+}
+
+void PBLoadImageManager::finish() {
+    if (std::exchange(_isFinished, true)) return;
+    _alive.reset();
+    if (MainLoop* loop = MainLoop::instance()) loop->cancelPreviousPerformRequestsWithTarget(this);
+    _waitingArray.clear();
+    for (const Operation& operation : _loadingArray)
+        operation->cancel();
+    _operationQueue.cancelAllOperations();
+    _operationQueue.waitUntilAllOperationsAreFinished();
+    _loadingArray.clear();
+}

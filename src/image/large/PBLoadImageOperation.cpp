@@ -1,0 +1,112 @@
+#include "image/large/PBLoadImageOperation.h"
+
+#include "codec/PBImageImporterManager.h"
+#include "image/large/AnimationFrames.h"
+#include "platform/files/TypeIdentifiers.h"
+#include "platform/tasks/OperationQueue.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+using codec::ReadStatus;
+
+namespace {
+
+constexpr double secondsPerMillisecond = 1e-3;
+
+/// Files that may play. Of all others the first picture is all that is shown.
+bool mayPlay(const QString& type) {
+    namespace Types = platform::TypeIdentifiers;
+    static const std::array still = {
+        QStringLiteral("public.jpeg"), QStringLiteral("public.tiff"),
+        Types::cameraRawImage.toString()};
+    return std::ranges::none_of(
+        still, [&](const QString& each) { return Types::conformsTo(type, each); });
+}
+
+/// What the decoders take for sRGB is not named: then nothing is converted.
+QByteArray profileOf(const QColorSpace& colorSpace) {
+    const bool isPlain = !colorSpace.isValid() || colorSpace == QColorSpace(QColorSpace::SRgb);
+    return isPlain ? QByteArray() : colorSpace.iccProfile();
+}
+
+} // namespace
+
+PBLoadImageOperation::PBLoadImageOperation(Job job, PBImageImporterManager& importers)
+    : _job(std::move(job)), _importers(importers) {}
+
+std::vector<PBLoadImageDelegate*> PBLoadImageOperation::delegates() const {
+    std::vector<PBLoadImageDelegate*> alive;
+    for (const auto& link : _delegateArray)
+        if (const auto display = link.lock()) alive.push_back(*display);
+    return alive;
+}
+
+void PBLoadImageOperation::addDelegate(const PBLoadImageDelegate& display) {
+    const auto isSame = [link = display.link()](const auto& other) {
+        return !link.owner_before(other) && !other.owner_before(link);
+    };
+    if (std::ranges::none_of(_delegateArray, isSame)) _delegateArray.push_back(display.link());
+}
+
+LoadedImages PBLoadImageOperation::shared(std::unique_ptr<PBImages> images) const {
+    const auto freeElsewhere = [queue = _releaseQueue](const PBImages* last) {
+        std::shared_ptr<const PBImages> owned(last);
+        if (const auto releases = queue.lock())
+            releases->addOperation([owned = std::move(owned)] {});
+    };
+    return LoadedImages::of(std::shared_ptr<const PBImages>(images.release(), freeElsewhere));
+}
+
+void PBLoadImageOperation::main() {
+    const auto begin = std::chrono::steady_clock::now();
+    LoadedImages loaded = isCancelled() ? LoadedImages{} : load();
+    // A cancelled job reports nothing, whatever it still came to.
+    if (!isCancelled()) _images = std::move(loaded);
+    _loadTime = std::chrono::steady_clock::now() - begin;
+}
+
+codec::DecodeRequest PBLoadImageOperation::request() const {
+    codec::DecodeRequest request;
+    if (_job.scale < 1.0) {
+        const double longer = std::max(_job.imageSize.width(), _job.imageSize.height());
+        request.maxSize = std::max(1, static_cast<int>(_job.scale * longer));
+    }
+    request.targetProfile = profileOf(_job.colorSpace);
+    request.urgency = _urgency;
+    return request;
+}
+
+LoadedImages PBLoadImageOperation::load() {
+    const std::shared_ptr<PBImageImporterProtocol> importer =
+        _importers.imageImporterForImageURL(_job.filePath);
+    if (!importer) return LoadedImages::nullMarker();
+    importer->setUrgency(_urgency);
+    if (mayPlay(importer->utiType()))
+        if (auto animation = loadAnimation(importer)) return std::move(*animation);
+    codec::ReadResult result = importer->readImage(request(), stopToken());
+    if (result.status == ReadStatus::NotNow) return LoadedImages::notNow();
+    if (result.frame.image.isNull()) return LoadedImages::nullMarker();
+    return shared(std::make_unique<PBImages>(std::vector{PBImage(std::move(result.frame.image))}));
+}
+
+std::optional<LoadedImages> PBLoadImageOperation::loadAnimation(
+    const std::shared_ptr<PBImageImporterProtocol>& importer) const {
+    const auto opened = importer->openSequence(request(), stopToken());
+    if (!opened.sequence || !opened.sequence->isAnimation()) return std::nullopt;
+    codec::SequenceFrame first = opened.sequence->next(stopToken());
+    if (first.status == codec::SequenceStatus::NotNow) return LoadedImages::notNow();
+    if (first.frame.image.isNull()) return std::nullopt;
+    // What plays later takes a decoder only then.
+    codec::DecodeRequest later = request();
+    later.urgency = codec::Urgency::Focus;
+    auto played = std::make_shared<AnimationFrames>(
+        [importer, later](const std::stop_token& stop) {
+            return importer->openSequence(later, stop);
+        },
+        opened.sequence->frameCount());
+    return shared(std::make_unique<PBImages>(
+        PBImage(std::move(first.frame.image), first.delay * secondsPerMillisecond),
+        std::move(played)));
+}

@@ -1,0 +1,80 @@
+#include "viewer/feed/DisplayPictureFeed.h"
+
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
+
+#include <atomic>
+
+namespace {
+
+/// Device pixels that are made within the call: a few milliseconds on a slow core.
+constexpr qint64 fewPixels = 400'000;
+
+} // namespace
+
+class DisplayPictureFeed::Work {
+public:
+    explicit Work(DisplayState state) : picture{std::move(state), {}, {}} {}
+    void make() {
+        picture = resampledPicture(picture.state, [this] { return isStopped.load(); });
+    }
+
+    DisplayPicture picture; // the queue's, until it is posted
+    std::atomic<bool> isStopped = false;
+};
+
+DisplayPictureFeed::DisplayPictureFeed(std::function<void()> ready)
+    : _ready(std::move(ready)), _queue(QStringLiteral("display")) {}
+
+DisplayPictureFeed::~DisplayPictureFeed() {
+    clear();
+    _queue.cancelAllOperations();
+    _queue.waitUntilAllOperationsAreFinished();
+}
+
+const DisplayPicture* DisplayPictureFeed::pictureFor(const DisplayState& state) {
+    platform::assertMainThread();
+    if (_picture && isMadeFor(state)) return &*_picture;
+    if (_work && _work->picture.state == state) return nullptr;
+    clear();
+    const auto rect = visibleRect(state);
+    if (!rect || qint64{rect->width()} * rect->height() <= fewPixels) {
+        keep(resampledPicture(state));
+        return &*_picture;
+    }
+    _work = std::make_shared<Work>(state);
+    _queue.addOperation([work = _work, alive = std::weak_ptr(_alive)] {
+        work->make();
+        platform::MainLoop::instance()->post(platform::MainLoop::Mode::Common, [work, alive] {
+            if (const auto feed = alive.lock()) (*feed)->didMake(work);
+        });
+    });
+    return nullptr;
+}
+
+void DisplayPictureFeed::clear() {
+    platform::assertMainThread();
+    _picture.reset();
+    if (_work) _work->isStopped = true;
+    _work.reset();
+}
+
+void DisplayPictureFeed::didMake(const std::shared_ptr<Work>& work) {
+    if (work != _work) return; // the view has moved on
+    keep(std::move(_work->picture));
+    _work.reset();
+    _ready();
+}
+
+void DisplayPictureFeed::keep(DisplayPicture picture) {
+    // What is shown must not keep a picture alive that its item has let go.
+    _madeOf = std::exchange(picture.state.images, nullptr);
+    _picture = std::move(picture);
+}
+
+bool DisplayPictureFeed::isMadeFor(const DisplayState& state) const {
+    if (!state.images || _madeOf.lock() != state.images) return false;
+    DisplayState made = _picture->state;
+    made.images = state.images;
+    return made == state;
+}
