@@ -302,7 +302,9 @@ TEST_F(WindowTest, aTypedNameIsTakenOrItIsToldWhyNot) {
     };
     Q_EMIT browser().renameRequested(items[1], u"new.jpg"_s);
     EXPECT_EQ(given(), u"new.jpg"_s);
-    fileactions::EditResult result{.kind = fileactions::EditResult::Kind::Name, .isStored = true};
+    fileactions::EditResult result;
+    result.kind = fileactions::EditResult::Kind::Name;
+    result.isStored = true;
     edits.end(result);
     EXPECT_FALSE(closesDialog<QMessageBox>());
     const auto answers = [&](const QString& typed, const QString& button, bool fails = false) {
