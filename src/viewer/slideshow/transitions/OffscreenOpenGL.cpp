@@ -57,12 +57,12 @@ bool OffscreenOpenGL::prepare(const QSize& size) {
 
 void OffscreenOpenGL::draw(const TransitionFrame& frame) {
     if (!prepare(frame.from.size())) return;
-    _transitions->paint(frame);
+    _transitions->paint(frame, frame.from.size());
     _context->functions()->glFinish();
 }
 
 QImage OffscreenOpenGL::paintedFrame(const TransitionFrame& frame) {
     if (!prepare(frame.from.size())) return {};
-    _transitions->paint(frame);
+    _transitions->paint(frame, frame.from.size());
     return _framebuffer->toImage().convertToFormat(QImage::Format_RGB32);
 }

@@ -189,7 +189,7 @@ void OpenGLTransitions::putShine() {
     if (bind(_shine, shineUnit, 0, true)) fill(shine.size(), shine.constBits());
 }
 
-void OpenGLTransitions::paint(const TransitionFrame& frame) {
+void OpenGLTransitions::paint(const TransitionFrame& frame, const QSize& framebuffer) {
     const QSize size = frame.from.size();
     QOpenGLFunctions& functions = gl();
     putPictures(frame);
@@ -212,7 +212,7 @@ void OpenGLTransitions::paint(const TransitionFrame& frame) {
     program.setAttributeArray("corner", corners, 2);
     functions.glDisable(GL_BLEND);
     functions.glDisable(GL_DEPTH_TEST);
-    functions.glViewport(0, 0, size.width(), size.height());
+    functions.glViewport(0, 0, framebuffer.width(), framebuffer.height());
     functions.glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
     program.disableAttributeArray("corner");
     program.release();

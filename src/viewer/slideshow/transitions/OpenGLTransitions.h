@@ -19,9 +19,9 @@ public:
 
     /// Makes all programs; false if one can't be made.
     [[nodiscard]] bool initialize();
-    /// Paints the frame over the whole of the current framebuffer, which has the size of the
-    /// frame's pictures. What is known of an earlier frame isn't handed over again.
-    void paint(const TransitionFrame& frame);
+    /// Paints the frame over the whole of the current framebuffer, which has that size in pixels.
+    /// What is known of an earlier frame isn't handed over again.
+    void paint(const TransitionFrame& frame, const QSize& framebuffer);
 
     /// The longer side of the largest picture that the context takes, in pixels.
     [[nodiscard]] static int largestSide();
