@@ -404,6 +404,10 @@ bool ApplicationController::isIdle() const {
            isEmpty(_scanOperationQueue) && isEmpty(_buildThumbOperationQueue);
 }
 
+bool ApplicationController::isLargeViewMode() const {
+    return _mainWindowController && _mainWindowController->isLargeView();
+}
+
 int ApplicationController::thumbnailSize() const {
     const bool dense =
         _mainWindowController && _mainWindowController->window().devicePixelRatioF() > 1.0;

@@ -66,8 +66,7 @@ public:
     [[nodiscard]] MarksServices& marks() { return *_marks; }
     [[nodiscard]] BrowsingSettings& browsing() { return _browsing; }
     [[nodiscard]] PBAliasManager& aliasManager() { return _folderRoots->aliasManager(); }
-    /// The pending request to open files; may be empty.
-    [[nodiscard]] std::shared_ptr<PBOpenFiles> openFiles() const { return _openFiles; }
+    [[nodiscard]] std::shared_ptr<PBOpenFiles> openFiles() const override { return _openFiles; }
 
     void scan() override { _scanControl->scan(); }
     void cancelScan() override { _scanControl->cancelScan(); }
@@ -80,8 +79,8 @@ public:
         _openFiles = std::move(openFiles);
     }
     [[nodiscard]] bool isAppDidFinishLaunch() const override { return _isAppDidFinishLaunch; }
-    [[nodiscard]] bool isLargeViewMode() const override { return false; }
-    [[nodiscard]] bool isSlideShowMode() const { return _isSlideShowMode; }
+    [[nodiscard]] bool isLargeViewMode() const override;
+    [[nodiscard]] bool isSlideShowMode() const override { return _isSlideShowMode; }
     void setIsSlideShowMode(bool isSlideShowMode) { _isSlideShowMode = isSlideShowMode; }
 
     /// Pixels of the longer side of a stored thumbnail: 512 on a window of more than one device

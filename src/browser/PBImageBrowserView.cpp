@@ -358,6 +358,16 @@ void PBImageBrowserView::scrollIndexToVisible(const PBImageBrowserIndex& index) 
     scrollFromRest(_layout.scrollDistanceToShow(index, restingRect()));
 }
 
+void PBImageBrowserView::showCurrent(const std::shared_ptr<PBImageFileItem>& item) {
+    platform::assertMainThread();
+    _input.setCurrent(item);
+    const PBImageBrowserIndex index = _leaves.indexForImageFile(item);
+    if (!index.isValid() || _leaves.isCollapsedForBrowser(index.group)) return;
+    if (visibleRect().contains(_layout.cellRectAtIndex(index).center())) return;
+    const double distance = _layout.scrollDistanceToShow(index, visibleRect());
+    _scrollView.scrollToPosition(visibleRect().top() + distance, false);
+}
+
 void PBImageBrowserView::scrollToEnd(bool isStart) {
     const double position = isStart ? 0 : _scrollView.maxScrollPoint().y();
     scrollFromRest(position - restingRect().top());

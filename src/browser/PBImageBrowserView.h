@@ -74,6 +74,13 @@ public:
     [[nodiscard]] PBImageBrowserIndex stepIndex(BrowserStep step) const {
         return _input.stepIndex(step);
     }
+    /// The image that keys start from; selection and sheet stay as they are.
+    void setCurrentImageFile(const std::shared_ptr<PBImageFileItem>& item) {
+        _input.setCurrent(item);
+    }
+    /// The sheet comes into sight again with that image as the current one: it stays where it is
+    /// unless the image lies outside, and is there at once.
+    void showCurrent(const std::shared_ptr<PBImageFileItem>& item);
     [[nodiscard]] PBImageBrowserIndex currentIndex() const { return _input.currentIndex(); }
     void scrollIndexToVisible(const PBImageBrowserIndex& index) override;
     /// Shows the head of a leaf at the top; animated unless it is far.

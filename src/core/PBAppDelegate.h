@@ -26,8 +26,11 @@ public:
     virtual void updateWatchPathsInBackground() = 0;
     /// The files that scans take first; nullptr ends the request.
     virtual void setOpenFiles(std::shared_ptr<PBOpenFiles> openFiles) = 0;
+    /// The pending request; may be empty.
+    [[nodiscard]] virtual std::shared_ptr<PBOpenFiles> openFiles() const = 0;
 
     /// False while the selection of the last run is brought back.
     [[nodiscard]] virtual bool isAppDidFinishLaunch() const = 0;
     [[nodiscard]] virtual bool isLargeViewMode() const = 0;
+    [[nodiscard]] virtual bool isSlideShowMode() const = 0;
 };

@@ -18,6 +18,7 @@
 #include "shell/commands/WindowCommands.h"
 #include "shell/groups/GroupMenus.h"
 #include "shell/groups/GroupPanel.h"
+#include "shell/large/LargeView.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/EmptyReason.h"
@@ -38,6 +39,7 @@
 
 #include <QMainWindow>
 #include <QScreen>
+#include <QStackedWidget>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -52,15 +54,24 @@ constexpr QSize firstWindowSize(1180, 760);
 /// Leaves each pane its least.
 constexpr QSize smallestWindowSize(640, 440);
 
-/// A pane under its bar.
-QWidget* titledPane(HeaderBar* bar, QWidget* content) {
-    auto* pane = new QWidget;
-    auto* layout = new QVBoxLayout(pane);
+/// Widgets one below the other, one of which takes what room there is.
+QWidget* column(std::initializer_list<QWidget*> widgets, int stretched) {
+    auto* column = new QWidget;
+    auto* layout = new QVBoxLayout(column);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(bar);
-    layout->addWidget(content, 1);
-    return pane;
+    for (QWidget* widget : widgets)
+        layout->addWidget(widget);
+    layout->setStretch(stretched, 1);
+    return column;
+}
+
+/// A pane under its bar.
+QWidget* titledPane(HeaderBar* bar, QWidget* content) {
+    return column({bar, content}, 1);
+}
+QWidget* holderOf(QWidget* widget) {
+    return column({widget}, 0);
 }
 
 } // namespace
@@ -111,23 +122,20 @@ void PBMainWindowController::buildWindow() {
         &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
         &FilterCommands::announce);
     auto* sourceBar = new HeaderBar(localizedString(u"Folders"));
+    _infoPane = new InfoPane(_services.userDefaults);
+    _infoView = holderOf(_infoPane);
     _panes = new PaneLayout(
         {.source = titledPane(sourceBar, _sourceSidebar->view()),
          .group = titledPane(new HeaderBar(localizedString(u"Groups")), _groupPanel->view()),
          .thumbnail = makeThumbnailView(),
-         .info = new InfoPane(_services.userDefaults)},
+         .info = _infoView},
         _services.userDefaults, _window.get());
     _statusBarView = new StatusBarView(*_panes);
 
-    auto* content = new QWidget;
-    auto* layout = new QVBoxLayout(content);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
     _noticeBar = new NoticeBar;
-    layout->addWidget(_noticeBar);
-    layout->addWidget(_panes->view(), 1);
-    layout->addWidget(_statusBarView);
-    _window->setCentralWidget(content);
+    auto* contents = new QStackedWidget;
+    contents->addWidget(column({_panes->view(), _statusBarView}, 0));
+    _window->setCentralWidget(column({_noticeBar, contents}, 1));
 
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
@@ -141,6 +149,7 @@ void PBMainWindowController::buildWindow() {
          .browserPane = *_browserPane,
          .panes = *_panes},
         _window.get());
+    makeLargeView(*contents);
     _commands = std::make_unique<WindowCommands>(
         WindowCommands::Parts{
             .services = _services,
@@ -151,6 +160,7 @@ void PBMainWindowController::buildWindow() {
             .panes = *_panes,
             .statusBarView = *_statusBarView,
             .toolbar = *_toolbar,
+            .largeView = *_largeView,
             .find = [this] { _toolbarController->find(); },
             .isFinding = [this] { return _toolbarController->isFinding(); }},
         nullptr);
@@ -287,8 +297,26 @@ void PBMainWindowController::makeOpenFiles() {
          .selection = sourceSelection(),
          .commands = folderRootCommands(),
          .filters = *_filterCommands,
-         .reveal = *_openFilesReveal},
+         .reveal = *_openFilesReveal,
+         .leaveLargeView = [this] { _largeView->view_ThumbnailView(); }},
         _window.get());
+}
+
+void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
+    _largeView = std::make_unique<LargeView>(LargeView::Parts{
+        .services = _services,
+        .window = *_window,
+        .contents = contents,
+        .browserPane = *_browserPane,
+        .selection = sourceSelection(),
+        .toolbar = *_toolbar,
+        .info = *_infoPane,
+        .browserInfoView = *_infoView,
+        .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
+}
+
+bool PBMainWindowController::isLargeView() const {
+    return _largeView && _largeView->isShown();
 }
 
 SourceSelection& PBMainWindowController::sourceSelection() {
@@ -307,6 +335,11 @@ void PBMainWindowController::clearBrowser() {
     const auto root = folder ? folder->aliasObjectAndRelativePath(&place) : nullptr;
     place = root ? QString::number(root->aliasId()) + u'/' + place : QString();
     const bool isSame = std::exchange(_shownFolder, place) == place && !place.isEmpty();
+    if (isSame) {
+        _largeView->willShowSamePhotographs();
+    } else {
+        _largeView->view_ThumbnailView();
+    }
     // Files that are opened are selected instead.
     _browserPane->clear(isSame && !_openFilesReveal->isWaiting());
 }
@@ -333,6 +366,7 @@ void PBMainWindowController::scanStateDidChange() {
     platform::assertMainThread();
     if (_workProgress && _services.delegate.isScanning()) _workProgress->restart();
     if (!_services.delegate.isScanning()) _browserPane->browserView().allCame();
+    _largeView->scanStateDidChange();
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
 }
@@ -364,4 +398,5 @@ void PBMainWindowController::restoreGeometry() {
 void PBMainWindowController::saveGeometry() {
     _services.userDefaults.setData(_window->saveGeometry(), geometryKey);
     _panes->savePositions();
+    _largeView->savePositions();
 }

@@ -13,6 +13,8 @@ class FolderRootCommands;
 class GroupMenus;
 class GroupPanel;
 class GroupPrompts;
+class InfoPane;
+class LargeView;
 class MainMenu;
 class MainToolbar;
 class NoticeBar;
@@ -22,6 +24,7 @@ class PaneLayout;
 class PBImageBrowserTipView;
 class PBPathControl;
 class QMainWindow;
+class QStackedWidget;
 class QWidget;
 class SourceSelection;
 class SourceSidebar;
@@ -46,6 +49,10 @@ public:
     [[nodiscard]] OpenFilesCommands& openFilesCommands() { return *_openFilesCommands; }
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
+
+    [[nodiscard]] LargeView& largeView() { return *_largeView; }
+    /// The large view is shown in the browser's place.
+    [[nodiscard]] bool isLargeView() const;
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
@@ -72,6 +79,7 @@ private:
     void reverseGeoFinished();
     void connectFolderCommands();
     void makeOpenFiles();
+    void makeLargeView(QStackedWidget& contents);
     [[nodiscard]] QWidget* makeSortButton();
     void connectRemedies();
     void tellFilterLeftOn();
@@ -83,6 +91,7 @@ private:
     const ShellServices _services;
     QString _shownFolder;                      ///< by its root and path
     std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
+    std::unique_ptr<LargeView> _largeView;     // the same
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;
     // These go before the window and its views.
@@ -91,6 +100,8 @@ private:
     std::unique_ptr<GroupMenus> _groupMenus;
     std::unique_ptr<GroupPanel> _groupPanel;
     // Children of the window, which owns them.
+    InfoPane* _infoPane = nullptr;
+    QWidget* _infoView = nullptr; // the browser's, which holds it as long as the browser is shown
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
     FilterCommands* _filterCommands = nullptr;
     OpenFilesReveal* _openFilesReveal = nullptr;

@@ -3,9 +3,9 @@
 #include "browser/PBImageBrowserContainerView.h"
 #include "browser/PBImageBrowserDragTipView.h"
 #include "browser/PBImageBrowserTipView.h"
-#include "browser/feed/PreparedThumbnails.h"
 #include "ui/DragOut.h"
 #include "ui/FolderDropTarget.h"
+#include "ui/PreparedThumbnails.h"
 
 #include <QElapsedTimer>
 #include <QMimeData>

@@ -24,9 +24,11 @@ struct NotedDelegate final : PBAppDelegate {
     bool isScanning() const override { return scanning; }
     void regroupPlaces() override { ++regroupings; }
     void updateWatchPathsInBackground() override { ++watchUpdates; }
-    void setOpenFiles(std::shared_ptr<PBOpenFiles> files) override { openFiles = std::move(files); }
+    void setOpenFiles(std::shared_ptr<PBOpenFiles> files) override { requested = std::move(files); }
+    std::shared_ptr<PBOpenFiles> openFiles() const override { return requested; }
     bool isAppDidFinishLaunch() const override { return launched; }
     bool isLargeViewMode() const override { return largeView; }
+    bool isSlideShowMode() const override { return false; }
 
     int scans = 0;
     int cancels = 0;
@@ -35,7 +37,7 @@ struct NotedDelegate final : PBAppDelegate {
     bool scanning = false;
     bool launched = true;
     bool largeView = false;
-    std::shared_ptr<PBOpenFiles> openFiles;
+    std::shared_ptr<PBOpenFiles> requested;
 };
 
 /// What the window stands on, without threads that scan or decode: catalogues in memory, queues

@@ -472,37 +472,37 @@ TEST_F(WindowTest, openedFilesAreSelectedWhenTheyShowAndTheRequestEnds) {
     };
     publish({});
     open({u"a.jpg"_s, u"c.jpg"_s});
-    EXPECT_TRUE(delegate.openFiles);
+    EXPECT_TRUE(delegate.requested);
     EXPECT_EQ(delegate.scans, 1) << "the folder that is selected already is scanned anew";
     publish({items[0]});
     EXPECT_EQ(selected(), QString()) << "the scan may bring the other";
     publish(items);
     EXPECT_EQ(selected(), u"ac"_s);
-    EXPECT_FALSE(delegate.openFiles);
+    EXPECT_FALSE(delegate.requested);
 
     open({u"b.jpg"_s, u"c.jpg"_s});
     publish({items[1]});
     delegate.scanning = false;
     controller->scanStateDidChange();
     EXPECT_EQ(selected(), u"b"_s) << "the other doesn't come";
-    EXPECT_FALSE(delegate.openFiles);
+    EXPECT_FALSE(delegate.requested);
 
     open({u"c.jpg"_s});
     publish(items);
     EXPECT_EQ(selected(), u"c"_s) << "one alone";
     open({u"c.jpg"_s});
     selectItems(u"b"_s);
-    EXPECT_FALSE(delegate.openFiles) << "the user does something else";
+    EXPECT_FALSE(delegate.requested) << "the user does something else";
     open({u"c.jpg"_s});
     tree().clearSelection();
-    EXPECT_FALSE(delegate.openFiles);
+    EXPECT_FALSE(delegate.requested);
 
     // A folder that can't be added.
     refuse(u"insert"_s);
     support::writeFile(path(u"far/z.jpg"), "x");
     browsing.setFilter(1);
     open({u"../far/z.jpg"_s});
-    EXPECT_FALSE(delegate.openFiles);
+    EXPECT_FALSE(delegate.requested);
     EXPECT_EQ(browsing.filter(), 0U);
 }
 

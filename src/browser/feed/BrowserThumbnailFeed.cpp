@@ -1,6 +1,6 @@
 #include "browser/feed/BrowserThumbnailFeed.h"
 
-#include "browser/feed/PreparedThumbnails.h"
+#include "ui/PreparedThumbnails.h"
 #include "image/PBThumbnailBufferManager.h"
 #include "platform/tasks/MainThread.h"
 #include "platform/tasks/OperationQueue.h"

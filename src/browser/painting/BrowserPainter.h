@@ -1,7 +1,7 @@
 #pragma once
 
 #include "browser/feed/BrowserThumbnailFeed.h"
-#include "browser/feed/PreparedThumbnails.h"
+#include "ui/PreparedThumbnails.h"
 #include "browser/layout/BrowserLayout.h"
 #include "browser/painting/GroupHeadPainter.h"
 #include "browser/state/BrowserLeafList.h"

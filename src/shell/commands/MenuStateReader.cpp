@@ -8,6 +8,7 @@
 #include "library/PBPathHistory.h"
 #include "platform/program/UserDefaults.h"
 #include "platform/tasks/MainThread.h"
+#include "shell/large/LargeViewCommands.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/WindowSettings.h"
@@ -40,7 +41,11 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
     platform::assertMainThread();
     MenuState state;
     state.isLargeView = _parts.delegate.isLargeViewMode();
-    readBrowser(state);
+    if (state.isLargeView) {
+        state.largeView = _parts.largeView.state();
+    } else {
+        readBrowser(state);
+    }
     readSideBar(state);
     readWindow(state);
     if (includesPasteboard) {
@@ -82,7 +87,8 @@ void MenuStateReader::readWindow(MenuState& state) const {
     state.isSideBarShown = _parts.panes.isShown(Pane::SideBar);
     state.isFolderShown = _parts.panes.isShown(Pane::Folder);
     state.isGroupShown = _parts.panes.isShown(Pane::Group);
-    state.isInfoShown = _parts.panes.isShown(Pane::Info);
+    state.isInfoShown =
+        state.isLargeView ? _parts.largeView.isInfoShown() : _parts.panes.isShown(Pane::Info);
     const WindowSettings settings(_parts.userDefaults);
     state.isToolbarShown = !settings.hideToolbar();
     state.isStatusBarShown = !settings.hideStatusBar();

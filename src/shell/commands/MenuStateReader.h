@@ -4,6 +4,7 @@
 
 class BrowserPane;
 class BrowsingSettings;
+class LargeViewCommands;
 class PaneLayout;
 class PBAppDelegate;
 class PBImageImporterManager;
@@ -26,6 +27,7 @@ public:
         PBImageImporterManager& imageImporterManager;
         QMainWindow& window;
         BrowserPane& browserPane;
+        const LargeViewCommands& largeView;
         SourceTreeController& tree;
         PaneLayout& panes;
     };

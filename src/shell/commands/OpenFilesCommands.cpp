@@ -28,7 +28,7 @@ OpenFilesRequest::Kind kindOf(const QString& path) {
 } // namespace
 
 OpenFilesCommands::OpenFilesCommands(Parts parts, QObject* parent)
-    : QObject(parent), _parts(parts) {}
+    : QObject(parent), _parts(std::move(parts)) {}
 
 void OpenFilesCommands::openFiles(const QStringList& paths) {
     platform::assertMainThread();
@@ -54,6 +54,7 @@ void OpenFilesCommands::openEach(const OpenFilesRequest& request) {
 }
 
 void OpenFilesCommands::open(const OpenFilesRequest& request) {
+    _parts.leaveLargeView();
     _parts.filters.reset();
     auto openFiles = std::make_shared<PBOpenFiles>(request.folders);
     _parts.delegate.setOpenFiles(openFiles);

@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+#include <functional>
+
 class FilterCommands;
 class FolderRootCommands;
 class OpenFilesReveal;
@@ -27,6 +29,8 @@ public:
         FolderRootCommands& commands;
         FilterCommands& filters;
         OpenFilesReveal& reveal;
+        /// The files are shown in the browser.
+        std::function<void()> leaveLargeView;
     };
 
     /// The parts outlive this object.

@@ -3,6 +3,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "platform/desktop/Workspace.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/large/LargeView.h"
 #include "shell/menus/HelpDialogs.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
@@ -10,9 +11,10 @@
 #include "shell/panes/ThumbnailSizeSlider.h"
 #include "shell/services/ShellServices.h"
 #include "shell/sidebar/SourceSidebar.h"
+#include "shell/toolbar/ImageToolbarController.h"
+#include "shell/toolbar/MainToolbar.h"
 
 #include <QMainWindow>
-#include <QToolBar>
 
 using Command = MenuCommand;
 
@@ -50,6 +52,7 @@ constexpr StepRow stepRows[] = {
 
 WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
     : QObject(parent), _parts(parts), _settings(parts.services.userDefaults),
+      _largeCommands(parts.largeView),
       _stateReader(
           {.delegate = parts.services.delegate,
            .browsing = parts.services.browsing,
@@ -58,6 +61,7 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
            .imageImporterManager = parts.services.imageImporterManager,
            .window = parts.window,
            .browserPane = parts.browserPane,
+           .largeView = _largeCommands,
            .tree = parts.sourceSidebar.tree(),
            .panes = parts.panes}),
       _arrange(parts.services.browsing, parts.services.delegate),
@@ -81,6 +85,7 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
     connectPaneCommands();
     connectGoCommands();
     connectBrowserSignals();
+    connectLargeView();
     _menu->connectCommand(Command::quit, [this] { _parts.window.close(); });
     _menu->connectCommand(
         Command::showShortcuts, [this] { HelpDialogs::showShortcuts(*_menu, _parts.window); });
@@ -94,7 +99,7 @@ void WindowCommands::connectFolderCommands() {
     SourceSelection& selection = _parts.sourceSidebar.selection();
     _menu->connectCommand(Command::addFolderAlias, [&folders] { folders.addFolderAlias(); });
     _menu->connectCommand(Command::removeFolderAlias, [&folders] { folders.removeFolderAlias(); });
-    _menu->connectCommand(Command::revealInFinder, [this] { revealInFinder(); });
+    connectInBoth(Command::revealInFinder, [this] { revealInFinder(); });
     _menu->connectCommand(Command::back, [&selection] { selection.back(); });
     _menu->connectCommand(Command::forward, [&selection] { selection.forward(); });
 }
@@ -119,8 +124,8 @@ void WindowCommands::connectBrowserCommands() {
             _browserView.doThumbnailAndInfoMenu(argument);
         });
     }
-    _menu->connectCommand(Command::view_zoomIn, [this] { _browserView.zoomIn(); });
-    _menu->connectCommand(Command::view_zoomOut, [this] { _browserView.zoomOut(); });
+    connectInBoth(Command::view_zoomIn, [this] { _browserView.zoomIn(); });
+    connectInBoth(Command::view_zoomOut, [this] { _browserView.zoomOut(); });
     FilterCommands& filters = _parts.filterCommands;
     _menu->connectCommand(Command::filter_Flag, [&filters] { filters.filter_Flag(); });
     _menu->connectCommand(Command::filter_Star, [&filters] { filters.filter_Star(); });
@@ -138,7 +143,7 @@ void WindowCommands::connectBrowserCommands() {
 
 void WindowCommands::connectPaneCommands() {
     for (const PaneRow& row : paneRows)
-        _menu->connectCommand(row.command, [this, pane = row.pane] { togglePane(pane); });
+        connectInBoth(row.command, [this, pane = row.pane] { togglePane(pane); });
     connect(&_parts.statusBarView, &StatusBarView::paneToggled, this, &WindowCommands::togglePane);
     _menu->connectCommand(Command::view_toolbar, [this] { toggleToolbar(); });
     _menu->connectCommand(
@@ -151,7 +156,7 @@ void WindowCommands::connectPaneCommands() {
 
 void WindowCommands::connectGoCommands() {
     for (const StepRow& row : stepRows) {
-        _menu->connectCommand(
+        connectInBoth(
             row.command, [this, step = row.step] { _parts.browserPane.browserView().goTo(step); });
     }
 }
@@ -178,6 +183,32 @@ void WindowCommands::connectBrowserSignals() {
             _parts.statusBarView.setSelectCount(
                 view.selection().selectCount(FoldedLeaves::Included));
         });
+}
+
+void WindowCommands::connectInBoth(MenuCommand command, std::function<void()> inBrowser) {
+    _menu->connectCommand(command, [this, command, inBrowser = std::move(inBrowser)] {
+        if (!_largeCommands.perform(command)) inBrowser();
+    });
+}
+
+void WindowCommands::connectLargeView() {
+    LargeView& largeView = _parts.largeView;
+    _menu->connectCommand(Command::view_BrowserView, [&largeView] { largeView.view_BrowserView(); });
+    for (const Command command :
+         {Command::view_ThumbnailView, Command::view_fitIn, Command::view_ActualSize,
+          Command::view_PhotoBin, Command::view_Navigation})
+        connectInBoth(command, [] {});
+    connect(&largeView, &LargeView::isShownDidChange, this, [this] { _menu->validate(); });
+    connect(&largeView, &LargeView::commandRequested, this, [this](MenuCommand command) {
+        _menu->trigger(command);
+    });
+    connect(&largeView, &LargeView::contextMenuRequested, this, [this](const QPoint& position) {
+        _menu->popUpLargeViewMenu(position, &_parts.window);
+    });
+    _imageToolbar = new ImageToolbarController(_parts.toolbar, *_menu, this);
+    connect(
+        &largeView, &LargeView::stateDidChange, _imageToolbar,
+        &ImageToolbarController::validateVisibleItems);
 }
 
 void WindowCommands::revealInFinder() {
@@ -211,6 +242,7 @@ void WindowCommands::setHideStatusBar(bool hide) {
 }
 
 void WindowCommands::updateStatusBarShowHide(bool animated) {
-    _parts.statusBarView.setShown(
-        !_settings.hideStatusBar() && !_fullScreen.isFullScreen(), animated);
+    const bool isShown = !_settings.hideStatusBar() && !_fullScreen.isFullScreen();
+    _parts.statusBarView.setShown(isShown, animated);
+    _parts.largeView.setStatusBarShown(isShown);
 }

@@ -5,6 +5,7 @@
 #include "shell/commands/FullScreenControl.h"
 #include "shell/commands/MenuStateReader.h"
 #include "shell/commands/RenameCommand.h"
+#include "shell/large/LargeViewCommands.h"
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/WindowSettings.h"
 
@@ -14,9 +15,11 @@
 
 class BrowserPane;
 class FilterCommands;
+class ImageToolbarController;
+class LargeView;
 class MainMenu;
+class MainToolbar;
 class QMainWindow;
-class QToolBar;
 class SourceSidebar;
 class StatusBarView;
 struct ShellServices;
@@ -35,7 +38,8 @@ public:
         FilterCommands& filterCommands;
         PaneLayout& panes;
         StatusBarView& statusBarView;
-        QToolBar& toolbar;
+        MainToolbar& toolbar;
+        LargeView& largeView;
         /// Puts the keyboard into the search field.
         std::function<void()> find;
         /// The search field is in use, whether the user wants to see the toolbar or not.
@@ -56,6 +60,9 @@ private:
     void connectPaneCommands();
     void connectGoCommands();
     void connectBrowserSignals();
+    void connectLargeView();
+    /// A command that means something else in the large view.
+    void connectInBoth(MenuCommand command, std::function<void()> inBrowser);
     void revealInFinder();
     void selectAll(bool select);
     void togglePane(PaneLayout::Pane pane);
@@ -65,10 +72,12 @@ private:
 
     const Parts _parts;
     WindowSettings _settings;
+    const LargeViewCommands _largeCommands;
     const MenuStateReader _stateReader;
     ArrangeCommands _arrange;
     BrowserViewCommands _browserView;
     RenameCommand _rename;
     FullScreenControl _fullScreen;
-    MainMenu* _menu; // a child of this
+    MainMenu* _menu;                    // a child of this
+    ImageToolbarController* _imageToolbar; // the same
 };

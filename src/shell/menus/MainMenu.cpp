@@ -154,21 +154,42 @@ void MainMenu::validate(bool includesPasteboard) {
         enableAsEntries(*submenu);
 }
 
+void MainMenu::trigger(MenuCommand command) {
+    if (isPossible(command)) perform(command);
+}
+
+bool MainMenu::isPossible(MenuCommand command) const {
+    platform::assertMainThread();
+    return _performers[indexOf(command)] &&
+           validateMenuItem(command, _readState(false)).isEnabled;
+}
+
 void MainMenu::popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWidget* parent) {
     auto* menu = new QMenu(parent);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
     if (isOnItem) {
         fill(photographMenuRows(), menu);
     } else {
         menu->addActions(menuWithTag(MenuTag::View)->actions());
     }
+    popUp(*menu, globalPosition);
+}
+
+void MainMenu::popUpLargeViewMenu(const QPoint& globalPosition, QWidget* parent) {
+    auto* menu = new QMenu(parent);
+    fill(largeViewMenuRows(), menu);
+    popUp(*menu, globalPosition);
+}
+
+void MainMenu::popUp(QMenu& menu, const QPoint& globalPosition) {
+    menu.setAttribute(Qt::WA_DeleteOnClose);
     validate(true);
-    for (const QAction* entry : menu->actions())
-        if (isOnItem && entry->menu()) enableAsEntries(*entry->menu());
+    // Those that belong to the bar are in step already.
+    for (const QAction* entry : menu.actions())
+        if (entry->menu() && entry->menu()->parent() == &menu) enableAsEntries(*entry->menu());
     // What lies under the menu stays until it is closed.
     const auto scope = std::make_shared<platform::TrackingScope>();
-    connect(menu, &QObject::destroyed, this, [scope] {});
-    menu->popup(globalPosition);
+    connect(&menu, &QObject::destroyed, this, [scope] {});
+    menu.popup(globalPosition);
 }
 
 bool MainMenu::eventFilter(QObject* watched, QEvent* event) {

@@ -37,11 +37,16 @@ public:
     void setGroupMenu(QMenu& groupMenu);
     /// Takes effect with the next validation.
     void connectCommand(MenuCommand command, std::function<void()> perform);
+    /// Performs the command, if that is possible now.
+    void trigger(MenuCommand command);
+    /// Whether a command that somebody has connected is possible now.
+    [[nodiscard]] bool isPossible(MenuCommand command) const;
 
     /// Brings all entries in step with the window.
     void validate(bool includesPasteboard = false);
     /// Opens the menu of the browser at a place of the screen; the menu deletes itself.
     void popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWidget* parent);
+    void popUpLargeViewMenu(const QPoint& globalPosition, QWidget* parent);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -51,6 +56,7 @@ private:
     void makeChoice(MenuCommand first, MenuCommand last);
     void fill(std::span<const MenuRow> rows, QMenu* first);
     void watchMenu(QMenu* menu);
+    void popUp(QMenu& menu, const QPoint& globalPosition);
     void perform(MenuCommand command);
 
     QMainWindow& _window;

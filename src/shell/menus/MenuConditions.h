@@ -102,10 +102,10 @@ constexpr bool canZoomOut(State s) {
 // Ways through folders and photographs.
 
 constexpr bool canBack(State s) {
-    return inBrowser(s) && s.canBack;
+    return s.canBack;
 }
 constexpr bool canForward(State s) {
-    return inBrowser(s) && s.canForward;
+    return s.canForward;
 }
 template <BrowserStep step>
 constexpr bool inBrowserWithStep(State s) {

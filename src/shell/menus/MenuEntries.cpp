@@ -294,6 +294,45 @@ constexpr MenuRow photographRows[] = {
     sameEntry(Command::setDesktop),
 };
 
+constexpr MenuRow largeViewRows[] = {
+    sameEntry(Command::view_ThumbnailView),
+    sameEntry(Command::view_SlideshowView),
+    separator,
+    sameEntry(Command::view_zoomIn),
+    sameEntry(Command::view_zoomOut),
+    sameEntry(Command::view_fitIn),
+    sameEntry(Command::view_ActualSize),
+    separator,
+    sameEntry(Command::copy),
+    sameEntry(Command::deleteClicked),
+    separator,
+    sameEntry(Command::flagClicked),
+    submenu(u"Menu_Rating"),
+    sameEntry(Command::rating5),
+    sameEntry(Command::rating4),
+    sameEntry(Command::rating3),
+    sameEntry(Command::rating2),
+    sameEntry(Command::rating1),
+    sameEntry(Command::rating0),
+    endOfSubmenu,
+    sameEntry(Command::rotateLeft),
+    sameEntry(Command::rotateRight),
+    separator,
+    sameEntry(Command::revealInFinder),
+    sameEntry(Command::duplicate),
+    sameEntry(Command::copyTo),
+    sameEntry(Command::moveTo),
+    separator,
+    sameEntry(Command::exportImage),
+    sameEntry(Command::shareClicked),
+    sameEntry(Command::setDesktop),
+    separator,
+    sameEntry(Command::view_PhotoBin),
+    sameEntry(Command::view_Navigation),
+    sameEntry(Command::view_Info),
+    sameEntry(Command::view_FullScreen),
+};
+
 } // namespace
 
 std::span<const MenuEntry> menuEntries() {
@@ -306,6 +345,10 @@ const MenuEntry& menuEntry(MenuCommand command) {
 
 std::span<const MenuRow> menuBarRows() {
     return barRows;
+}
+
+std::span<const MenuRow> largeViewMenuRows() {
+    return largeViewRows;
 }
 
 std::span<const MenuRow> photographMenuRows() {

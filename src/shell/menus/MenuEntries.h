@@ -60,3 +60,5 @@ struct MenuRow {
 /// What stands in the menu that a right click on a photograph opens. A click beside them opens the
 /// menu with the tag View.
 [[nodiscard]] std::span<const MenuRow> photographMenuRows();
+/// The same on the picture of the large view.
+[[nodiscard]] std::span<const MenuRow> largeViewMenuRows();

@@ -129,7 +129,21 @@ bool BrowserPane::isLargeView() const {
 }
 
 bool BrowserPane::isScrollingOrDragging() const {
-    return _scrollView->isScrolling() || _view->isDragging();
+    return _scrollView->isScrolling() || _view->isDragging() ||
+           (_largeView.isScrolling && _largeView.isScrolling());
+}
+
+void BrowserPane::updateLargeViewData() {
+    if (_largeView.updateLargeViewData) _largeView.updateLargeViewData();
+}
+
+ThumbnailSources BrowserPane::thumbnailSources() {
+    return {
+        .loader = *_loader,
+        .preloadLoader = *_preloadLoader,
+        .preloadQueue = _services.preloadThumbnailOperationQueue,
+        .buildQueue = _services.buildThumbOperationQueue,
+        .buffer = _buffer};
 }
 
 void BrowserPane::updateBrowserScrollCapture() {

@@ -5,6 +5,7 @@
 #include "group/GroupTreeViews.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/PBThumbnailBufferManager.h"
+#include "viewer/bin/StripThumbnails.h"
 
 #include <QObject>
 
@@ -36,6 +37,15 @@ public:
     [[nodiscard]] QStringList selectedFilePath() const;
     [[nodiscard]] const group::FolderPaths& folderPaths() const override { return _folderPaths; }
 
+    /// Where the thumbnails of the photographs come from, for other views of them.
+    [[nodiscard]] ThumbnailSources thumbnailSources();
+    /// What of the live tree concerns the large view. Empty functions while there is none.
+    struct LargeViewHooks {
+        std::function<bool()> isScrolling;
+        std::function<void()> updateLargeViewData;
+    };
+    void setLargeView(LargeViewHooks hooks) { _largeView = std::move(hooks); }
+
     /// Drops images, thumbnails and position: another folder will be shown, or the same one anew,
     /// whose photographs keep selection and place.
     void clear(bool isSameFolder);
@@ -61,7 +71,7 @@ private:
     [[nodiscard]] bool isLargeView() const override;
 
     [[nodiscard]] bool isScrollingOrDragging() const override;
-    void updateLargeViewData() override {}
+    void updateLargeViewData() override;
     void updateImageBrowserTipView() override { _updateTip(); }
     void updateBrowserScrollCapture() override;
 
@@ -70,6 +80,7 @@ private:
     const std::unique_ptr<StoredThumbnails> _loader;
     const std::unique_ptr<StoredThumbnails> _preloadLoader;
     const group::CatalogueFolderPaths _folderPaths;
+    LargeViewHooks _largeView;
     PBThumbnailBufferManager _buffer;
     // Owned by the widget that they were given a place in.
     PBImageBrowserScrollView* _scrollView;

@@ -53,13 +53,18 @@ void SourceSelection::selectionDidChange(bool resolves) {
 
 void SourceSelection::showSelected() {
     platform::assertMainThread();
+    updateWindowTitle();
     const auto folder = _parts.tree.selectedFolder();
     const QString path = folder ? folder->folderPath() : QString();
-    _parts.window.setWindowTitle(
-        folder ? folder->displayName() : platform::localizedString(u"Velmora"));
-    _parts.window.setWindowFilePath(path);
     if (!path.isEmpty()) _parts.userDefaults.setString(path, lastFolderKey);
     _parts.delegate.scan();
+}
+
+void SourceSelection::updateWindowTitle() {
+    const auto folder = _parts.tree.selectedFolder();
+    _parts.window.setWindowTitle(
+        folder ? folder->displayName() : platform::localizedString(u"Velmora"));
+    _parts.window.setWindowFilePath(folder ? folder->folderPath() : QString());
 }
 
 void SourceSelection::resolveSelected(PBAliasObject& aliasObject) {

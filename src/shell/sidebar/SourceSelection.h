@@ -41,6 +41,8 @@ public:
     /// Shows the selected folder where it is now: in the window's title, as the folder of the last
     /// run, and scanned.
     void showSelected();
+    /// The window is named after the selected folder.
+    void updateWindowTitle();
     /// Selects the folder of the last run, or as soon as its disk has answered, unless the user
     /// selects another one first.
     void doSelectLastFolder();

@@ -55,16 +55,13 @@ MainToolbar::MainToolbar(QWidget* parent)
       _groupButton(new ToolbarButton(_group)),
       _rotate(makeAction(QStringLiteral("rotateLeft"), u"Rotate")),
       _share(makeAction(QStringLiteral("share"), u"Share")),
-      _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(new QWidget),
+      _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(makeRow()),
+      _imageRow(makeRow()), _filledRow(_row),
       _search(new SearchField(localizedString(u"Search"))),
       _autoSpace(new Space(QSizePolicy::Preferred)) {
     setObjectName(QStringLiteral("mainToolbar"));
     setMovable(false);
     setFloatable(false);
-    auto* row = new QHBoxLayout(_row);
-    row->setContentsMargins(barMargins);
-    row->setSpacing(itemSpacing);
-    _row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     _filterFlag->setCheckable(true);
     _filterStar->setCheckable(true);
     _group->setEnabled(false);
@@ -81,7 +78,10 @@ MainToolbar::MainToolbar(QWidget* parent)
     addItem(QStringLiteral("delete"), new ToolbarButton(_delete), u"Delete");
     _search->setToolTip(withShortcut(localizedString(u"SearchTip"), QKeySequence::Find));
     addItem(QStringLiteral("search"), _search, u"Search");
-    addWidget(_row);
+    addImageItems();
+    _rowAction = addWidget(_row);
+    _imageRowAction = addWidget(_imageRow);
+    setContent(Content::Browser);
     alignWithSidebar(0);
     updateColors();
 }
@@ -113,13 +113,87 @@ void MainToolbar::addItem(const QString& identifier, QWidget* view, QStringView 
     item->setSizePolicy(view->sizePolicy().horizontalPolicy(), QSizePolicy::Fixed);
     if (!isFixed) item->setMaximumWidth(view->maximumWidth());
     _captions.push_back(label);
-    _row->layout()->addWidget(item);
-    _items.push_back({identifier, view});
+    _filledRow->layout()->addWidget(item);
+    if (_filledRow == _row) _items.push_back({identifier, view});
 }
 
 void MainToolbar::addSpace(QWidget* space, const QString& identifier) {
-    _row->layout()->addWidget(space);
-    _items.push_back({identifier, space});
+    _filledRow->layout()->addWidget(space);
+    if (_filledRow == _row) _items.push_back({identifier, space});
+}
+
+QWidget* MainToolbar::makeRow() {
+    auto* row = new QWidget;
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(barMargins);
+    layout->setSpacing(itemSpacing);
+    row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    return row;
+}
+
+void MainToolbar::addImageItems() {
+    _filledRow = _imageRow;
+    const auto action = [this](
+                            MenuCommand command, const QString& icon, QStringView text,
+                            const QKeySequence& shortcut = {}) {
+        QAction* made = makeAction(icon, text, shortcut);
+        _imageViewToolbarItems.push_back({command, made});
+        return made;
+    };
+    using Command = MenuCommand;
+    addItem(
+        QStringLiteral("thumbnails"),
+        new ToolbarButton(action(
+            Command::view_ThumbnailView, QStringLiteral("thumbnailView"), u"BackToThumbnails",
+            Qt::Key_Escape)),
+        u"Thumbnails");
+    addItem(
+        QStringLiteral("imageZoom"),
+        new SegmentedControl(
+            {action(
+                 Command::view_zoomOut, QStringLiteral("zoomOut"), u"ZoomOut",
+                 QKeySequence::ZoomOut),
+             action(
+                 Command::view_zoomIn, QStringLiteral("zoomIn"), u"ZoomIn", QKeySequence::ZoomIn),
+             action(
+                 Command::view_fitIn, QStringLiteral("zoomFit"), u"ZoomToFit",
+                 Qt::CTRL | Qt::SHIFT | Qt::Key_F),
+             action(
+                 Command::view_ActualSize, QStringLiteral("zoomActual"), u"ActualSize",
+                 Qt::CTRL | Qt::Key_Period)}),
+        u"Zoom");
+    addSpace(new Space(QSizePolicy::Expanding), QStringLiteral("imageSpace"));
+    addItem(
+        QStringLiteral("imageSlideshow"),
+        new ToolbarButton(action(
+            Command::view_SlideshowView, QStringLiteral("slideshow"), u"Slideshow", Qt::Key_F5)),
+        u"Slideshow");
+    addItem(
+        QStringLiteral("imageRotate"),
+        new SegmentedControl(
+            {action(
+                 Command::rotateLeft, QStringLiteral("rotateLeft"), u"RotateLeft",
+                 Qt::CTRL | Qt::SHIFT | Qt::Key_R),
+             action(
+                 Command::rotateRight, QStringLiteral("rotateRight"), u"RotateRight",
+                 Qt::CTRL | Qt::Key_R)}),
+        u"Rotate");
+    addItem(
+        QStringLiteral("imageShare"),
+        new ToolbarButton(action(Command::shareClicked, QStringLiteral("share"), u"Share")),
+        u"Share");
+    addItem(
+        QStringLiteral("imageDelete"),
+        new ToolbarButton(action(
+            Command::deleteClicked, QStringLiteral("delete"), u"Delete", Qt::Key_Delete)),
+        u"Delete");
+    _filledRow = _row;
+}
+
+void MainToolbar::setContent(Content content) {
+    _content = content;
+    _rowAction->setVisible(content == Content::Browser);
+    _imageRowAction->setVisible(content == Content::LargeView);
 }
 
 QWidget* MainToolbar::itemView(QStringView identifier) const {

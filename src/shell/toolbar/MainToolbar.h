@@ -1,5 +1,6 @@
 #pragma once
 
+#include "shell/menus/MenuCommand.h"
 #include "ui/SearchField.h"
 #include "ui/ToolbarButton.h"
 
@@ -23,7 +24,21 @@ public:
         QWidget* view = nullptr; ///< without the caption
     };
 
+    /// Which of its two sets of items is shown.
+    enum class Content { Browser, LargeView };
+
     explicit MainToolbar(QWidget* parent);
+
+    [[nodiscard]] Content content() const { return _content; }
+    void setContent(Content content);
+    /// An item of the large view and the command that it gives.
+    struct ImageItem {
+        MenuCommand command;
+        QAction* action;
+    };
+    [[nodiscard]] const std::vector<ImageItem>& imageViewToolbarItems() const {
+        return _imageViewToolbarItems;
+    }
 
     [[nodiscard]] QAction* backAction() const { return _back; }
     [[nodiscard]] QAction* forwardAction() const { return _forward; }
@@ -65,6 +80,9 @@ private:
     makeAction(const QString& icon, QStringView text, const QKeySequence& shortcut = {});
     void addItem(const QString& identifier, QWidget* view, QStringView caption);
     void addSpace(QWidget* space, const QString& identifier);
+    void addImageItems();
+    /// A row of items that fills the bar.
+    [[nodiscard]] static QWidget* makeRow();
     void updateColors();
 
     QAction* _back;
@@ -77,7 +95,13 @@ private:
     QAction* _rotate;
     QAction* _share;
     QAction* _delete;
-    QWidget* _row; // fills the bar
+    QWidget* _row;      // fills the bar
+    QWidget* _imageRow; // the same in the large view
+    QWidget* _filledRow; // where items are added
+    QAction* _rowAction = nullptr;
+    QAction* _imageRowAction = nullptr;
+    Content _content = Content::Browser;
+    std::vector<ImageItem> _imageViewToolbarItems;
     SearchField* _search;
     QWidget* _autoSpace;
     std::vector<Item> _items;

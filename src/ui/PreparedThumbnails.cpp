@@ -1,4 +1,4 @@
-#include "browser/feed/PreparedThumbnails.h"
+#include "ui/PreparedThumbnails.h"
 
 #include "codec/pixels/Geometry.h"
 #include "platform/tasks/MainThread.h"

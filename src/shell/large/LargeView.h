@@ -1,0 +1,99 @@
+#pragma once
+
+#include "shell/large/LargeViewLists.h"
+#include "shell/menus/MenuCommand.h"
+#include "viewer/controller/LargeViewHost.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class BrowserPane;
+class MainToolbar;
+class QMainWindow;
+class QStackedWidget;
+class SourceSelection;
+struct PBImageBrowserIndex;
+struct ShellServices;
+
+/// The large view as the second content of the window, in the browser's place: the ways in and out,
+/// and how it follows what the browser shows. Main thread.
+class LargeView final : public QObject, private LargeViewHost {
+    Q_OBJECT
+
+public:
+    struct Parts {
+        const ShellServices& services;
+        QMainWindow& window;
+        QStackedWidget& contents; ///< the browser and what belongs to it is its first page
+        BrowserPane& browserPane;
+        SourceSelection& selection;
+        MainToolbar& toolbar;
+        QWidget& info;            ///< the information panel, which is in both views
+        QWidget& browserInfoView; ///< holds it while the browser is shown
+        /// Opens files and folders that were dropped.
+        std::function<void(const QStringList& paths)> openPaths;
+    };
+
+    /// The parts outlive this object, which outlives the window's pages.
+    explicit LargeView(Parts parts);
+    ~LargeView() override;
+
+    [[nodiscard]] bool isShown() const;
+    [[nodiscard]] PBImageViewController& controller() const { return *_controller; }
+
+    /// Opens the photograph, with its group or with the others that are selected; nothing for an
+    /// index without one.
+    void enterToLargeView(const PBImageBrowserIndex& index);
+    /// Opens the first of those that are selected.
+    void view_BrowserView();
+    /// Back to the browser, with the photograph that was shown selected. The position of the sheet
+    /// is as it was, unless that photograph lies outside of it.
+    void view_ThumbnailView();
+
+    /// The tree was made anew.
+    void updateLargeViewData();
+    /// The same photographs will come again as other items: what is shown stays until they do.
+    void willShowSamePhotographs() { _isAwaitingFocus = isShown(); }
+    /// The scan began or ended.
+    void scanStateDidChange();
+
+    void setStatusBarShown(bool isShown) { _controller->setStatusBarShown(isShown); }
+    /// What was stored of the window is to be stored anew.
+    void savePositions();
+
+Q_SIGNALS:
+    void isShownDidChange(bool isShown);
+    /// What can be commanded here may be other than before.
+    void stateDidChange();
+    /// A key, gesture or button on the picture asks for a command of the window.
+    void commandRequested(MenuCommand command);
+    void contextMenuRequested(const QPoint& globalPosition);
+
+private:
+    void selectDidChange(const std::shared_ptr<PBImageFileItem>& focus) override;
+    void updateWindowTitle(const QString& title, const QString& representedFile) override;
+    void revalidateToolbar() override { Q_EMIT stateDidChange(); }
+    void rotateLeft() override { Q_EMIT commandRequested(MenuCommand::rotateLeft); }
+    void rotateRight() override { Q_EMIT commandRequested(MenuCommand::rotateRight); }
+    void toggleFlag() override { Q_EMIT commandRequested(MenuCommand::flagClicked); }
+    void leaveLargeView() override;
+    void showContextMenu(const QPoint& globalPosition) override {
+        Q_EMIT contextMenuRequested(globalPosition);
+    }
+    [[nodiscard]] bool canOpenPath(const QString& path) const override;
+    void openDroppedPaths(const QStringList& paths) override;
+    [[nodiscard]] bool isSlideShowMode() const override;
+
+    void moveInfoTo(QWidget& view);
+    void showList(LargeViewLists::List list);
+    [[nodiscard]] bool hasFocusIn(const LargeViewLists::List& list) const;
+
+    const Parts _parts;
+    QWidget* const _infoView; ///< holds the information panel while the large view is shown
+    std::unique_ptr<PBImageViewController> _controller;
+    LargeViewLists::GroupPath _groupPath; ///< of the group that the list mirrors
+    bool _isAwaitingFocus = false;
+};
