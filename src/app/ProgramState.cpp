@@ -10,6 +10,7 @@
 #include "ui/PBModalTextField.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBSplitView.h"
+#include "viewer/slideshow/Slideshow.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -154,6 +155,21 @@ QJsonObject browsingState(ApplicationController& controller) {
         {QStringLiteral("subfolders"), browsing.recurseSubFolder()},
         {QStringLiteral("largeView"), controller.isLargeViewMode()},
         {QStringLiteral("scanning"), controller.isScanning()}};
+}
+
+QJsonObject slideshowState(const Slideshow& slideshow) {
+    const Slideshow::State state = slideshow.state();
+    return {
+        {QStringLiteral("state"), state.state},
+        {QStringLiteral("engine"), state.engine},
+        {QStringLiteral("renderer"), state.renderer},
+        {QStringLiteral("index"), number(state.index)},
+        {QStringLiteral("name"), state.name},
+        {QStringLiteral("transition"), state.transition},
+        {QStringLiteral("inTransition"), state.isTransitionRunning},
+        {QStringLiteral("controls"), state.areControlsShown},
+        {QStringLiteral("fullScreen"), state.isFullScreen},
+        {QStringLiteral("keepsAwake"), state.isInhibited}};
 }
 
 QJsonArray menuEntries(const QWidget& menu, auto&& geometryOf) {
@@ -309,6 +325,7 @@ QByteArray programState(ApplicationController& controller) {
     auto* view = window.findChild<PBImageBrowserView*>();
     if (scrollView && view)
         state.insert(QStringLiteral("browser"), browserState(*view, *scrollView));
+    state.insert(QStringLiteral("slideshow"), slideshowState(windowController.slideshow()));
     state.insert(QStringLiteral("notice"), windowController.noticeBar().text());
     state.insert(QStringLiteral("splits"), splitStates(window));
     state.insert(QStringLiteral("animating"), isAnimating(window));

@@ -19,6 +19,7 @@
 #include "shell/groups/GroupMenus.h"
 #include "shell/groups/GroupPanel.h"
 #include "shell/large/LargeView.h"
+#include "shell/large/SlideshowCommand.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/EmptyReason.h"
@@ -161,6 +162,7 @@ void PBMainWindowController::buildWindow() {
             .statusBarView = *_statusBarView,
             .toolbar = *_toolbar,
             .largeView = *_largeView,
+            .slideshowCommand = *_slideshowCommand,
             .find = [this] { _toolbarController->find(); },
             .isFinding = [this] { return _toolbarController->isFinding(); }},
         nullptr);
@@ -313,6 +315,15 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
         .info = *_infoPane,
         .browserInfoView = *_infoView,
         .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
+    _slideshowCommand = std::make_unique<SlideshowCommand>(SlideshowCommand::Parts{
+        .services = _services,
+        .window = *_window,
+        .browserPane = *_browserPane,
+        .largeView = *_largeView});
+}
+
+const Slideshow& PBMainWindowController::slideshow() const {
+    return _slideshowCommand->slideshow();
 }
 
 bool PBMainWindowController::isLargeView() const {

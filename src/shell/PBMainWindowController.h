@@ -26,6 +26,8 @@ class PBPathControl;
 class QMainWindow;
 class QStackedWidget;
 class QWidget;
+class Slideshow;
+class SlideshowCommand;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
@@ -53,6 +55,8 @@ public:
     [[nodiscard]] LargeView& largeView() { return *_largeView; }
     /// The large view is shown in the browser's place.
     [[nodiscard]] bool isLargeView() const;
+
+    [[nodiscard]] const Slideshow& slideshow() const;
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
@@ -113,5 +117,6 @@ private:
     WorkProgress* _workProgress = nullptr;
     MainToolbar* _toolbar = nullptr;
     ToolbarController* _toolbarController = nullptr;
+    std::unique_ptr<SlideshowCommand> _slideshowCommand; // its window is a child, too
     std::unique_ptr<WindowCommands> _commands; // goes before all of them
 };

@@ -58,6 +58,7 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
 void MenuStateReader::readBrowser(MenuState& state) const {
     const PBImageBrowserView& view = _parts.browserPane.browserView();
     const PBImageFileList selected = view.selection().selectedFileArray(FoldedLeaves::Included);
+    state.hasItems = view.leaves().leafCount() > 0;
     state.selectCount = std::ssize(selected);
     state.areAllSelectedFlagged =
         !selected.empty() &&

@@ -4,6 +4,7 @@
 #include "platform/desktop/Workspace.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/large/LargeView.h"
+#include "shell/large/SlideshowCommand.h"
 #include "shell/menus/HelpDialogs.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
@@ -194,6 +195,9 @@ void WindowCommands::connectInBoth(MenuCommand command, std::function<void()> in
 void WindowCommands::connectLargeView() {
     LargeView& largeView = _parts.largeView;
     _menu->connectCommand(Command::view_BrowserView, [&largeView] { largeView.view_BrowserView(); });
+    _menu->connectCommand(Command::view_SlideshowView, [&show = _parts.slideshowCommand] {
+        show.view_SlideshowView();
+    });
     for (const Command command :
          {Command::view_ThumbnailView, Command::view_fitIn, Command::view_ActualSize,
           Command::view_PhotoBin, Command::view_Navigation})

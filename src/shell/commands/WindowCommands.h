@@ -20,6 +20,7 @@ class LargeView;
 class MainMenu;
 class MainToolbar;
 class QMainWindow;
+class SlideshowCommand;
 class SourceSidebar;
 class StatusBarView;
 struct ShellServices;
@@ -40,6 +41,7 @@ public:
         StatusBarView& statusBarView;
         MainToolbar& toolbar;
         LargeView& largeView;
+        SlideshowCommand& slideshowCommand;
         /// Puts the keyboard into the search field.
         std::function<void()> find;
         /// The search field is in use, whether the user wants to see the toolbar or not.

@@ -22,6 +22,8 @@ constexpr std::int64_t lookAhead = 5;
 constexpr double playDuration = 1.0;
 constexpr double manualDuration = 0.5;
 constexpr std::chrono::milliseconds controlsTime{3000};
+/// How often it is looked whether a picture that is waited for is still on its way.
+constexpr std::chrono::milliseconds waitingTime{1000};
 
 } // namespace
 
@@ -33,7 +35,6 @@ PBSlideShowViewController::PBSlideShowViewController(const Parts& parts)
 }
 
 PBSlideShowViewController::~PBSlideShowViewController() {
-    _parts.stage.setAnimationDidStop([](bool) {});
     _parts.pictures.setListener([](const PBImageFileItem&) {});
     stopSlideshowTimer();
     stopShowHideControllTimer();
@@ -100,7 +101,13 @@ void PBSlideShowViewController::transitionSlideShow() {
     const IndexedImage current = imageAt(_fileIndex);
     const SlideshowPicture picture = _parts.pictures.pictureOf(current);
     _isWaiting = picture.isOnItsWay;
-    if (!_isWaiting) doTransitionToImage(picture.image, -current.item->rotateAngle());
+    stopSlideshowTimer();
+    if (_isWaiting) {
+        // Others clear the line of loads without a word.
+        _parts.clock.start(Timer::Interval, waitingTime, [this] { transitionSlideShow(); });
+    } else {
+        doTransitionToImage(picture.image, -current.item->rotateAngle());
+    }
 }
 
 void PBSlideShowViewController::doTransitionToImage(const QImage& image, double angle) {
@@ -140,7 +147,6 @@ void PBSlideShowViewController::animationDidStop(bool finished) {
 
 void PBSlideShowViewController::slideshowTimer() {
     _fileIndex = _order.placeAfter(_fileIndex, 1, true);
-    stopSlideshowTimer();
     transitionSlideShow();
     Q_EMIT updateControlUI();
 }

@@ -29,7 +29,7 @@ class PBSlideShowViewController final : public QObject {
     Q_OBJECT
 
 public:
-    /// All outlive this object.
+    /// All outlive this object, but for the stage, which may go first once the show was stopped.
     struct Parts {
         platform::UserDefaults& userDefaults;
         SlideshowPictures& pictures;

@@ -13,8 +13,7 @@
 Slideshow::Slideshow(const Parts& parts) : _parts(parts) {}
 
 Slideshow::~Slideshow() {
-    // The controller lets go of the stage before that goes with the container, whose bar looks at
-    // the controller to its end.
+    // The bar looks at the controller to its end, so the controller goes last.
     if (!_container) return;
     _controller->stop();
     _container.reset();
