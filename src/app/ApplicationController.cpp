@@ -5,6 +5,7 @@
 #include "group/GroupPresets.h"
 #include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
+#include "group/GroupTypes.h"
 #include "places/OfflineGeocoder.h"
 #include "places/PBGeoManager.h"
 #include "platform/program/LocalizedTexts.h"
@@ -67,7 +68,8 @@ void ApplicationController::awakeFromNib() {
             .isScanning = isScanning(),
             .scanned = _scanPipeline->figures().items,
             .thumbnailsFinished = thumbnails.finished,
-            .thumbnailsPending = _buildThumbOperationQueue->operationCount()};
+            .thumbnailsPending = _buildThumbOperationQueue->operationCount(),
+            .editing = static_cast<quint64>(_marks->edits().pendingCount())};
     });
     connectFolderRoots();
     watchFolders();
@@ -127,6 +129,10 @@ void ApplicationController::createScans() {
         .scanFinished = [this] { _scanControl->scanFinished(); },
     });
     _marks->setPipeline(*_scanPipeline, [this] { return scanBrowsing(); });
+    _marks->setTagsDidChange([this] {
+        const PBGroupTypeArray chain = _browsing.groupTypeArray();
+        if (std::ranges::find(*chain, group::Tags) != chain->end()) scan();
+    });
     _thumbnailCleaner.emplace(ThumbnailCleaner::Environment{
         .filesPath = _connections->mainFileDb().databasePath(),
         .buildThumbDb = _connections->buildThumbDb(),
@@ -200,6 +206,7 @@ ShellServices ApplicationController::shellServices() {
         .imageImporterManager = _scanPipeline->imageImporterManager(),
         .loadImageManager = *_loadImageManager,
         .imageBufferManager = *_imageBufferManager,
+        .edits = _marks->edits(),
     };
 }
 
@@ -303,6 +310,7 @@ void ApplicationController::noteScreen() {
 
 void ApplicationController::applicationDidFinishLaunching() {
     _mainWindowController->showWindow();
+    _windowColours.emplace(_mainWindowController->window(), *_loadImageManager);
     if (!_ignoreSelectLastFolder) _mainWindowController->sourceSelection().doSelectLastFolder();
     _mainWindowController->updateImageBrowserTipView();
     _isAppDidFinishLaunch = true;
@@ -374,6 +382,7 @@ void ApplicationController::applicationWillTerminate() {
         loop->cancelPreviousPerformRequestsWithTarget(this);
     }
     _watchControl.reset();
+    _windowColours.reset();
     _mainWindowController.reset();
     _scanControl.reset();
     _imageBufferManager.reset();

@@ -8,6 +8,7 @@
 #include "app/ScanPipeline.h"
 #include "app/ThumbnailCleaner.h"
 #include "app/WatchControl.h"
+#include "app/WindowColours.h"
 #include "core/PBAppDelegate.h"
 #include "platform/program/UserDefaults.h"
 #include "platform/tasks/Mutex.h"
@@ -122,6 +123,7 @@ private:
     std::optional<ScanPipeline> _scanPipeline;
     std::optional<ScanControl> _scanControl;
     std::unique_ptr<PBMainWindowController> _mainWindowController;
+    std::optional<WindowColours> _windowColours;
     std::optional<WatchControl> _watchControl;
     std::shared_ptr<PBOpenFiles> _openFiles;
     double _maxScreenSize = 0.0;

@@ -5,12 +5,14 @@
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
 #include "shell/PBMainWindowController.h"
+#include "shell/large/LargeView.h"
 #include "shell/panes/NoticeBar.h"
 #include "shell/sidebar/SourceSidebar.h"
 #include "ui/PBModalTextField.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBSplitView.h"
 #include "viewer/slideshow/Slideshow.h"
+#include "viewer/PBImageView.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -137,6 +139,71 @@ QJsonObject browserState(PBImageBrowserView& view, const PBImageBrowserScrollVie
         {QStringLiteral("current"), current ? current->fileName() : QString()},
         {QStringLiteral("renaming"), renaming(view)},
         {QStringLiteral("groups"), groupStates(view, visible)}};
+}
+
+// The large view.
+
+QJsonArray json(const QPointF& point) {
+    return {point.x(), point.y()};
+}
+
+QString nameOf(PBImageView::Painted painted) {
+    switch (painted) {
+    case PBImageView::Painted::Nothing:
+        return QStringLiteral("nothing");
+    case PBImageView::Painted::Thumbnail:
+        return QStringLiteral("thumbnail");
+    case PBImageView::Painted::FitIn:
+        return QStringLiteral("fitIn");
+    case PBImageView::Painted::Original:
+        return QStringLiteral("original");
+    }
+    return {};
+}
+
+QJsonObject stripState(const PBThumbnailView& strip) {
+    const StripGeometry::Range range = strip.visibleRange();
+    QJsonArray cells;
+    for (std::int64_t index = range.first; index <= range.last; ++index) {
+        const auto item = strip.bin().itemAt(index);
+        if (!item) continue;
+        cells.append(QJsonObject{
+            {QStringLiteral("text"), item->fileName()},
+            {QStringLiteral("rect"), onScreen(strip, strip.widgetRect(index))},
+            {QStringLiteral("thumbnail"), item->hasThumbnail()}});
+    }
+    return {{QStringLiteral("rect"), onScreen(strip)},
+            {QStringLiteral("focus"), strip.hasFocus()},
+            {QStringLiteral("first"), number(range.first)},
+            {QStringLiteral("last"), number(range.last)},
+            {QStringLiteral("scrolling"), strip.isScrolling()},
+            {QStringLiteral("entries"), cells}};
+}
+
+QJsonObject largeState(const LargeView& largeView) {
+    const PBImageViewController& controller = largeView.controller();
+    const PBImageView& view = controller.imageView();
+    const PhotoBin& bin = controller.bin();
+    const ImagePlacement& placement = view.imageGeometry().placement();
+    const auto focus = bin.focusImageFileItem();
+    return {
+        {QStringLiteral("image"), focus ? focus->fileName() : QString()},
+        {QStringLiteral("index"), number(bin.focusIndex())},
+        {QStringLiteral("count"), number(bin.count())},
+        {QStringLiteral("rect"), onScreen(view)},
+        {QStringLiteral("focus"), view.hasFocus()},
+        {QStringLiteral("scale"), view.scale()},
+        {QStringLiteral("percent"), view.zoomPercent()},
+        {QStringLiteral("angle"), view.angle()},
+        {QStringLiteral("fitIn"), view.isFitIn()},
+        {QStringLiteral("imageAnchor"), json(placement.imageAnchor())},
+        {QStringLiteral("drawAnchor"), json(placement.drawAnchor())},
+        {QStringLiteral("picture"), onScreen(view, placement.imageDrawRect().toAlignedRect())},
+        {QStringLiteral("painted"), nameOf(view.painted())},
+        {QStringLiteral("frame"), number(static_cast<std::int64_t>(view.indexOfImages()))},
+        {QStringLiteral("atRest"), view.isAtRest()},
+        {QStringLiteral("waiting"), view.isProgressIndicatorShown()},
+        {QStringLiteral("strip"), stripState(controller.thumbnailView())}};
 }
 
 // The window around it.
@@ -326,6 +393,8 @@ QByteArray programState(ApplicationController& controller) {
     if (scrollView && view)
         state.insert(QStringLiteral("browser"), browserState(*view, *scrollView));
     state.insert(QStringLiteral("slideshow"), slideshowState(windowController.slideshow()));
+    if (windowController.isLargeView())
+        state.insert(QStringLiteral("large"), largeState(windowController.largeView()));
     state.insert(QStringLiteral("notice"), windowController.noticeBar().text());
     state.insert(QStringLiteral("splits"), splitStates(window));
     state.insert(QStringLiteral("animating"), isAnimating(window));

@@ -86,13 +86,14 @@ QImage quarterTurned(const QImage& image, int turns) {
 
 } // namespace
 
-QImage standardBitmap(const QImage& image) {
+QImage standardBitmap(QImage image) {
     if (image.isNull() || image.format() == QImage::Format_RGB32 ||
         image.format() == QImage::Format_ARGB32_Premultiplied) {
         return image;
     }
-    return image.convertToFormat(
-        image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    const auto format =
+        image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
+    return std::move(image).convertToFormat(format);
 }
 
 QByteArray cgImageRefToJpegData(const QImage& image) {
@@ -129,12 +130,11 @@ QImage scaleCGImageRef(const QImage& image, double size, SideRounding rounding) 
     return codec::reduceImage(standardBitmap(image), scaled);
 }
 
-QImage preloadedImageRef(const QImage& image, const QColorSpace& colorSpace) {
-    QImage loaded = standardBitmap(image).copy();
-    if (!loaded.isNull() && colorSpace.isValid()) {
-        codec::convertColours(loaded, {}, colorSpace.iccProfile());
-    }
-    return loaded;
+QImage preloadedImageRef(QImage image, const QColorSpace& colorSpace) {
+    image = standardBitmap(std::move(image));
+    if (!image.isNull() && colorSpace.isValid())
+        codec::convertColours(image, {}, colorSpace.iccProfile());
+    return image;
 }
 
 QImage rotateImageRef(const QImage& image, double angle) {

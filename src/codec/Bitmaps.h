@@ -30,8 +30,9 @@ enum class SideRounding { CutOff, NearestAtLeastOne };
 scaleCGImageRef(const QImage& image, double size, SideRounding rounding = SideRounding::CutOff);
 
 /// The pixels converted from sRGB to the colour space, so that drawing only copies them; sRGB when
-/// the space is invalid. Always a standard bitmap of its own.
-[[nodiscard]] QImage preloadedImageRef(const QImage& image, const QColorSpace& colorSpace);
+/// the space is invalid. A standard bitmap: the same image where there is nothing to convert, and
+/// converted in place where nobody else holds it.
+[[nodiscard]] QImage preloadedImageRef(QImage image, const QColorSpace& colorSpace);
 
 /// Turned by the angle in degrees, counter-clockwise positive. Quarter turns give the whole
 /// picture; any other angle turns about the lower left corner on a canvas of the old size, so that
@@ -39,6 +40,6 @@ scaleCGImageRef(const QImage& image, double size, SideRounding rounding = SideRo
 [[nodiscard]] QImage rotateImageRef(const QImage& image, double angle);
 
 /// The image as a standard bitmap; the same image if it is one.
-[[nodiscard]] QImage standardBitmap(const QImage& image);
+[[nodiscard]] QImage standardBitmap(QImage image);
 
 } // namespace PBUtilities

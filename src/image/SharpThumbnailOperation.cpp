@@ -15,6 +15,7 @@ SharpThumbnailOperation::SharpThumbnailOperation(std::vector<Request> requests, 
 QImage SharpThumbnailOperation::read(const Request& request) const {
     const auto side = static_cast<unsigned>(request.side);
     PBImageImporterProtocol& importer = *request.imageImporter;
+    importer.setUrgency(codec::Urgency::ThumbnailOnShow);
     if (!request.onlyEmbedded) return importer.createImageWithMaxSize(side, 0, stopToken());
     return standInFor(
         importer.createEmbeddedImage(side, stopToken()), request.imageFileItem->imageSize());
@@ -26,7 +27,8 @@ void SharpThumbnailOperation::main() {
         QImage image = read(request);
         request.imageImporter.reset();
         if (isCancelled()) return;
-        if (!image.isNull()) image = PBUtilities::preloadedImageRef(image, QColorSpace());
+        if (!image.isNull())
+            image = PBUtilities::preloadedImageRef(std::move(image), QColorSpace());
         platform::MainLoop::instance()->post(
             platform::MainLoop::Mode::Common,
             [finished = _finished, item = std::move(request.imageFileItem), side = request.side,

@@ -5,6 +5,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
+#include "fileactions/marks/EditRunner.h"
 #include "group/GroupTypes.h"
 #include "image/BuildThumbNotifier.h"
 #include "library/PBFolderItem.h"
@@ -12,12 +13,16 @@
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
 #include "platform/tasks/MainThread.h"
+#include "shell/commands/EditNews.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/commands/MarkCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/commands/OpenFilesReveal.h"
+#include "shell/commands/WindowChoice.h"
 #include "shell/commands/WindowCommands.h"
 #include "shell/groups/GroupMenus.h"
 #include "shell/groups/GroupPanel.h"
+#include "shell/info/InfoFeed.h"
 #include "shell/large/LargeView.h"
 #include "shell/large/SlideshowCommand.h"
 #include "shell/menus/MainMenu.h"
@@ -32,13 +37,16 @@
 #include "shell/sidebar/FirstRun.h"
 #include "shell/sidebar/FolderPrompts.h"
 #include "shell/sidebar/SourceSidebar.h"
+#include "shell/toolbar/ImageToolbarController.h"
 #include "shell/toolbar/MainToolbar.h"
 #include "shell/toolbar/ToolbarController.h"
 #include "ui/HeaderBar.h"
+#include "ui/MenuTracking.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
 
 #include <QMainWindow>
+#include <QMenu>
 #include <QScreen>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -123,8 +131,8 @@ void PBMainWindowController::buildWindow() {
         &sourceSelection(), &SourceSelection::filtersDidReset, _filterCommands,
         &FilterCommands::announce);
     auto* sourceBar = new HeaderBar(localizedString(u"Folders"));
-    _infoPane = new InfoPane(_services.userDefaults);
-    _infoView = holderOf(_infoPane);
+    _infoFeed = std::make_unique<InfoFeed>(_services);
+    _infoView = holderOf(&_infoFeed->pane());
     _panes = new PaneLayout(
         {.source = titledPane(sourceBar, _sourceSidebar->view()),
          .group = titledPane(new HeaderBar(localizedString(u"Groups")), _groupPanel->view()),
@@ -138,6 +146,14 @@ void PBMainWindowController::buildWindow() {
     contents->addWidget(column({_panes->view(), _statusBarView}, 0));
     _window->setCentralWidget(column({_noticeBar, contents}, 1));
 
+    _choice = std::make_unique<WindowChoice>(_services.delegate, *_browserPane);
+    _marks = std::make_unique<MarkCommands>(_services.edits, *_choice);
+    new EditNews(
+        {.edits = _services.edits,
+         .browserPane = *_browserPane,
+         .statusBarView = *_statusBarView,
+         .noticeBar = *_noticeBar},
+        _window.get());
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
     _toolbarController = new ToolbarController(
@@ -148,6 +164,10 @@ void PBMainWindowController::buildWindow() {
          .filters = *_filterCommands,
          .selection = sourceSelection(),
          .browserPane = *_browserPane,
+         .delegate = _services.delegate,
+         .chosen = *_choice,
+         .marks = *_marks,
+         .edits = _services.edits,
          .panes = *_panes},
         _window.get());
     makeLargeView(*contents);
@@ -155,6 +175,8 @@ void PBMainWindowController::buildWindow() {
         WindowCommands::Parts{
             .services = _services,
             .window = *_window,
+            .chosen = *_choice,
+            .marks = *_marks,
             .browserPane = *_browserPane,
             .sourceSidebar = *_sourceSidebar,
             .filterCommands = *_filterCommands,
@@ -169,16 +191,19 @@ void PBMainWindowController::buildWindow() {
     QObject::connect(
         _toolbarController, &ToolbarController::isFindingDidChange, _commands.get(),
         &WindowCommands::updateBars);
+    _infoFeed->connectWindow({.edits = nullptr, .browserPane = *_browserPane, .window = *_window});
     _commands->menu().setGroupMenu(*_groupMenus->groupMenu());
     _toolbar->setGroupMenu(*_groupMenus->buttonMenu(), [this](const QWidget& button) {
         _groupMenus->groupMenuBtnClicked(button);
     });
+    _toolbar->setRatingMenu(makeRatingMenu());
     _groupPathControl->setTrailingWidget(makeSortButton());
     connectFolderCommands();
     FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
     connectRemedies();
     tellFilterLeftOn();
     makeOpenFiles();
+    connectImageToolbar();
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -254,6 +279,17 @@ QWidget* PBMainWindowController::makeSortButton() {
         range(MenuCommand::arrange_Ascending, MenuCommand::arrange_Dscending));
 }
 
+QMenu& PBMainWindowController::makeRatingMenu() {
+    auto* menu = new QMenu(_window.get());
+    for (int command = static_cast<int>(MenuCommand::rating5);
+         command >= static_cast<int>(MenuCommand::rating0); --command)
+        menu->addAction(_commands->menu().action(static_cast<MenuCommand>(command)));
+    QObject::connect(
+        menu, &QMenu::aboutToShow, _commands.get(), [this] { _commands->menu().validate(); });
+    keepContentsWhileShown(*menu);
+    return *menu;
+}
+
 void PBMainWindowController::connectRemedies() {
     using Remedy = PBImageBrowserTipView::Remedy;
     QObject::connect(
@@ -311,10 +347,14 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
         .contents = contents,
         .browserPane = *_browserPane,
         .selection = sourceSelection(),
-        .toolbar = *_toolbar,
-        .info = *_infoPane,
+        .info = _infoFeed->pane(),
         .browserInfoView = *_infoView,
         .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
+    _choice->setFocusOfLargeView(
+        [this] { return _largeView->controller().bin().focusImageFileItem(); });
+    QObject::connect(&_services.edits, &fileactions::EditRunner::didEdit, _largeView.get(), [this] {
+        _largeView->controller().itemsDidChange();
+    });
     _slideshowCommand = std::make_unique<SlideshowCommand>(SlideshowCommand::Parts{
         .services = _services,
         .window = *_window,
@@ -324,6 +364,19 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
 
 const Slideshow& PBMainWindowController::slideshow() const {
     return _slideshowCommand->slideshow();
+}
+
+void PBMainWindowController::connectImageToolbar() {
+    _imageToolbarController =
+        std::make_unique<ImageToolbarController>(*_toolbar, _commands->menu(), nullptr);
+    QObject::connect(
+        _largeView.get(), &LargeView::isShownDidChange, _toolbar, [this](bool isShown) {
+            using Content = MainToolbar::Content;
+            _toolbar->setContent(isShown ? Content::LargeView : Content::Browser);
+        });
+    QObject::connect(
+        _largeView.get(), &LargeView::stateDidChange, _imageToolbarController.get(),
+        &ImageToolbarController::validateVisibleItems);
 }
 
 bool PBMainWindowController::isLargeView() const {
@@ -371,12 +424,17 @@ void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures
     QObject::connect(
         &_services.buildThumbNotifier, &BuildThumbNotifier::PBNotiName_BuildThumb, _workProgress,
         &WorkProgress::wake);
+    QObject::connect(
+        &_services.edits, &fileactions::EditRunner::didBegin, _workProgress, &WorkProgress::wake);
 }
 
 void PBMainWindowController::scanStateDidChange() {
     platform::assertMainThread();
     if (_workProgress && _services.delegate.isScanning()) _workProgress->restart();
-    if (!_services.delegate.isScanning()) _browserPane->browserView().allCame();
+    if (!_services.delegate.isScanning()) {
+        _browserPane->browserView().allCame();
+        _infoFeed->updateInfo();
+    }
     _largeView->scanStateDidChange();
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();

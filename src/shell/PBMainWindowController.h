@@ -13,10 +13,12 @@ class FolderRootCommands;
 class GroupMenus;
 class GroupPanel;
 class GroupPrompts;
-class InfoPane;
+class ImageToolbarController;
 class LargeView;
+class InfoFeed;
 class MainMenu;
 class MainToolbar;
+class MarkCommands;
 class NoticeBar;
 class OpenFilesCommands;
 class OpenFilesReveal;
@@ -25,6 +27,7 @@ class PBImageBrowserTipView;
 class PBPathControl;
 class QMainWindow;
 class QStackedWidget;
+class QMenu;
 class QWidget;
 class Slideshow;
 class SlideshowCommand;
@@ -32,6 +35,7 @@ class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
 class ToolbarController;
+class WindowChoice;
 class WindowCommands;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
@@ -50,7 +54,11 @@ public:
     [[nodiscard]] FolderRootCommands& folderRootCommands();
     [[nodiscard]] OpenFilesCommands& openFilesCommands() { return *_openFilesCommands; }
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
+    [[nodiscard]] InfoFeed& infoFeed() { return *_infoFeed; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
+    /// What commands act on; the large view says here what is in focus.
+    [[nodiscard]] WindowChoice& choice() { return *_choice; }
+    [[nodiscard]] MarkCommands& markCommands() { return *_marks; }
 
     [[nodiscard]] LargeView& largeView() { return *_largeView; }
     /// The large view is shown in the browser's place.
@@ -84,7 +92,9 @@ private:
     void connectFolderCommands();
     void makeOpenFiles();
     void makeLargeView(QStackedWidget& contents);
+    void connectImageToolbar();
     [[nodiscard]] QWidget* makeSortButton();
+    [[nodiscard]] QMenu& makeRatingMenu();
     void connectRemedies();
     void tellFilterLeftOn();
     void restoreGeometry();
@@ -96,15 +106,17 @@ private:
     QString _shownFolder;                      ///< by its root and path
     std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
     std::unique_ptr<LargeView> _largeView;     // the same
+    std::unique_ptr<InfoFeed> _infoFeed;       // the same for its pane
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;
     // These go before the window and its views.
+    std::unique_ptr<WindowChoice> _choice;
+    std::unique_ptr<MarkCommands> _marks;
     std::unique_ptr<SourceSidebar> _sourceSidebar;
     std::unique_ptr<GroupPrompts> _groupPrompts;
     std::unique_ptr<GroupMenus> _groupMenus;
     std::unique_ptr<GroupPanel> _groupPanel;
     // Children of the window, which owns them.
-    InfoPane* _infoPane = nullptr;
     QWidget* _infoView = nullptr; // the browser's, which holds it as long as the browser is shown
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
     FilterCommands* _filterCommands = nullptr;
@@ -119,4 +131,5 @@ private:
     ToolbarController* _toolbarController = nullptr;
     std::unique_ptr<SlideshowCommand> _slideshowCommand; // its window is a child, too
     std::unique_ptr<WindowCommands> _commands; // goes before all of them
+    std::unique_ptr<ImageToolbarController> _imageToolbarController;
 };

@@ -25,9 +25,7 @@ void DropTip::paintEvent(QPaintEvent*) {
     constexpr QSize iconSize(48, 48);
     const QRect icon(
         QPoint(width() / 2 - iconSize.width() / 2, height() / 2 - iconSize.height()), iconSize);
-    painter.drawPixmap(
-        icon,
-        Icons::pixmap(_icon, iconSize, devicePixelRatioF(), colors.accent));
+    painter.drawPixmap(icon, Icons::pixmap(_icon, iconSize, devicePixelRatioF(), colors.accent));
     QFont large = font();
     large.setPointSizeF(large.pointSizeF() * 1.25);
     painter.setFont(large);

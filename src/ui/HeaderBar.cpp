@@ -4,23 +4,50 @@
 
 #include <QEvent>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPainter>
 
+/// One line, shortened in the middle.
+class HeaderBar::Title final : public QWidget {
+public:
+    Title(const QString& text, QWidget* parent) : QWidget(parent) {
+        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        setText(text);
+    }
+    void setText(const QString& text) {
+        _text = text;
+        setAccessibleName(text);
+        update();
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        const QString shown = fontMetrics().elidedText(_text, Qt::ElideMiddle, width());
+        setToolTip(shown == _text ? QString() : _text.toHtmlEscaped());
+        QPainter painter(this);
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
+    }
+
+private:
+    QString _text;
+};
+
 HeaderBar::HeaderBar(const QString& title, Line line, QWidget* parent)
-    : QWidget(parent), _line(line), _title(new QLabel(title, this)),
-      _layout(new QHBoxLayout(this)) {
+    : QWidget(parent), _line(line), _title(new Title(title, this)), _layout(new QHBoxLayout(this)) {
     QFont small = font();
     small.setPointSizeF(small.pointSizeF() * 0.92);
     small.setWeight(QFont::DemiBold);
     _title->setFont(small);
     _layout->setContentsMargins(10, 0, 6, 0);
     _layout->setSpacing(2);
-    _layout->addWidget(_title);
-    _layout->addStretch(1);
+    _layout->addWidget(_title, 1);
     setFixedHeight(28);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     updateColors();
+}
+
+void HeaderBar::setTitle(const QString& title) {
+    _title->setText(title);
 }
 
 void HeaderBar::addWidget(QWidget* widget) {

@@ -3,7 +3,6 @@
 #include <QWidget>
 
 class QHBoxLayout;
-class QLabel;
 
 /// The bar over or under a pane: a small title at the left, room for buttons at the right, and a
 /// hair line towards the pane.
@@ -13,6 +12,8 @@ public:
 
     explicit HeaderBar(const QString& title, Line line = Line::Below, QWidget* parent = nullptr);
 
+    /// Shortened where there is no room for it.
+    void setTitle(const QString& title);
     /// Adds a widget at the right end; the bar becomes its parent.
     void addWidget(QWidget* widget);
 
@@ -24,6 +25,7 @@ private:
     void updateColors();
 
     const Line _line;
-    QLabel* _title;
+    class Title;
+    Title* _title;
     QHBoxLayout* _layout;
 };

@@ -17,6 +17,8 @@ public:
     void selectBaseName();
     /// As Escape does.
     void cancel() { endModal(true); }
+    /// As Return does.
+    void commit() { endModal(false); }
 
 Q_SIGNALS:
     /// The text was taken. Not sent after Escape.

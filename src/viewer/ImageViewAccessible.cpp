@@ -30,7 +30,8 @@ void ImageViewAccessible::install() {
 
 void ImageViewAccessible::imageDidChange(PBImageView& view) {
     if (!QAccessible::isActive()) return;
-    for (const QAccessible::Event kind : {QAccessible::NameChanged, QAccessible::DescriptionChanged}) {
+    for (const QAccessible::Event kind :
+         {QAccessible::NameChanged, QAccessible::DescriptionChanged}) {
         QAccessibleEvent event(&view, kind);
         QAccessible::updateAccessibility(&event);
     }
@@ -38,8 +39,7 @@ void ImageViewAccessible::imageDidChange(PBImageView& view) {
 
 QString ImageViewAccessible::text(QAccessible::Text kind) const {
     const auto item = _view.focusImageFileItem();
-    if (kind == QAccessible::Name)
-        return item ? item->fileName() : localizedString(u"No Photo");
+    if (kind == QAccessible::Name) return item ? item->fileName() : localizedString(u"No Photo");
     if (kind != QAccessible::Description || !item) return QAccessibleWidget::text(kind);
     const QSize size = item->displaySize().toSize();
     QStringList parts{localizedFormat(u"Accessible_PhotoSize", {size.width(), size.height()})};

@@ -28,8 +28,8 @@ public:
         std::size_t frame = 0;
         QImage image;
         bool isThumbnail = false;
-        double scale = 0;     ///< of the version
-        bool isDone = false;  ///< there is nothing more to load
+        double scale = 0;    ///< of the version
+        bool isDone = false; ///< there is nothing more to load
         bool isUnreadable = false;
     };
 
@@ -78,7 +78,8 @@ private:
         qint64 cacheKey = 0; // of the item's own picture when it was read
         std::shared_ptr<const PBImages> images;
     };
-    [[nodiscard]] std::shared_ptr<const PBImages> thumbnailImages(const PBImageFileItem& item) const;
+    [[nodiscard]] std::shared_ptr<const PBImages>
+    thumbnailImages(const PBImageFileItem& item) const;
     [[nodiscard]] IndexedImage focus() const;
 
     ImageViewHost& _host;

@@ -45,8 +45,7 @@ PBImageView::PBImageView(
            .didResample = [this] { update(); }}),
       _buttons(new StepButtons(*this)), _navigationView(new NavigationView(*this, this)),
       _progressIndicator(new ProgressSpinner(this)),
-      _dragTipView(
-          new DropTip(QStringLiteral("photographs"), QStringLiteral("DropToShow"), this)) {
+      _dragTipView(new DropTip(QStringLiteral("photographs"), QStringLiteral("DropToShow"), this)) {
     ImageViewAccessible::install();
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_AcceptTouchEvents);
@@ -204,8 +203,7 @@ void PBImageView::settle() {
 
 void PBImageView::schedule() {
     if (_motions.isRunning()) {
-        if (!_frameTimer.isActive())
-            _frameTimer.start(scrollFrameInterval, Qt::PreciseTimer, this);
+        if (!_frameTimer.isActive()) _frameTimer.start(scrollFrameInterval, Qt::PreciseTimer, this);
     } else {
         _frameTimer.stop();
     }
@@ -329,7 +327,8 @@ void PBImageView::hideEvent(QHideEvent* event) {
 
 void PBImageView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    if (_host.isSlideShowMode()) return painter.fillRect(event->rect(), ImagePainter::groundColor());
+    if (_host.isSlideShowMode())
+        return painter.fillRect(event->rect(), ImagePainter::groundColor());
     // The window may have moved the view by parts of a device pixel.
     updateViewport();
     const ImageScene scene = sceneNow();
@@ -348,8 +347,7 @@ ImageScene PBImageView::sceneNow() {
     const auto item = _host.focusImageFileItem();
     if (!item) {
         _painted = Painted::Nothing;
-        if (!isProgressIndicatorShown())
-            scene.message = platform::localizedString(u"No Photo");
+        if (!isProgressIndicatorShown()) scene.message = platform::localizedString(u"No Photo");
         return scene;
     }
     const ImageViewPictures::Picture picture =
@@ -382,8 +380,8 @@ std::optional<ImageScene::Picture> PBImageView::swipedNeighbour() const {
     if (offset == 0) return {};
     const auto item = offset > 0 ? _host.nextImageFileItem() : _host.prevImageFileItem();
     if (!item) return {};
-    const ImagePlacement fitted = ImagePlacement::fittedIn(
-        placement().viewport(), item->imageSize(), -item->rotateAngle());
+    const ImagePlacement fitted =
+        ImagePlacement::fittedIn(placement().viewport(), item->imageSize(), -item->rotateAngle());
     return ImageScene::Picture{
         _pictures.pictureOf(*item, fitted.scale()).image, item->imageSize(), fitted.angle()};
 }

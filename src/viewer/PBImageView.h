@@ -96,6 +96,8 @@ public:
     enum class Painted { Nothing, Thumbnail, FitIn, Original };
     /// As of the last paint.
     [[nodiscard]] Painted painted() const { return _painted; }
+    /// The frame of an animation that is shown.
+    [[nodiscard]] std::size_t indexOfImages() const { return _player.indexOfImages(); }
     /// The photograph that is shown; nullptr when there is none.
     [[nodiscard]] std::shared_ptr<PBImageFileItem> focusImageFileItem() const;
     /// Nothing moves, and nothing follows the user's hand.
@@ -129,9 +131,7 @@ private:
     void perform(ImageCommand command) override;
     void beginFileDrag() override;
     // What the miniature wants.
-    [[nodiscard]] const ImagePlacement& placement() const override {
-        return _geometry.placement();
-    }
+    [[nodiscard]] const ImagePlacement& placement() const override { return _geometry.placement(); }
     [[nodiscard]] QImage miniature(int side) override;
     QPointF centerAnchor() override;
     void tryMoveDrawAnchorToPoint(const QPointF& point) override;

@@ -160,7 +160,8 @@ bool PBImageView::event(QEvent* event) {
 
 bool PBImageView::eventFilter(QObject* watched, QEvent* event) {
     const bool isPress = event->type() == QEvent::KeyPress;
-    if (!isPress && event->type() != QEvent::KeyRelease) return QWidget::eventFilter(watched, event);
+    if (!isPress && event->type() != QEvent::KeyRelease)
+        return QWidget::eventFilter(watched, event);
     const auto& key = static_cast<QKeyEvent&>(*event);
     if (isZoomKey(key.key()) && std::exchange(_isZoomKeyDown, isPress) != isPress) updateCursor();
     if (!isPress && !key.isAutoRepeat() && isStep(key.key())) _loadImageManager.steppingDidEnd();
@@ -277,8 +278,8 @@ void PBImageView::mouseMoveEvent(QMouseEvent* event) {
 void PBImageView::moveButtons(const QPointF& point) {
     const bool isOnMiniature =
         _navigationView->isVisible() && QRectF(_navigationView->geometry()).contains(point);
-    const bool isNear = _buttons->isNearPrevious(point) ||
-                        (_buttons->isNearNext(point) && !isOnMiniature);
+    const bool isNear =
+        _buttons->isNearPrevious(point) || (_buttons->isNearNext(point) && !isOnMiniature);
     _buttons->showPrevNextButton(isNear, isNear ? 0 : buttonDelay);
 }
 
@@ -381,7 +382,7 @@ void PBImageView::updateCursor() {
             QStringLiteral("zoom_cursor"), zoomCursorSize, devicePixelRatioF(), Qt::black);
         return setCursor(QCursor(zoom, zoomCursorHotSpot.x(), zoomCursorHotSpot.y()));
     }
-    const Qt::CursorShape shape = isPanning                           ? Qt::ClosedHandCursor
+    const Qt::CursorShape shape = isPanning                            ? Qt::ClosedHandCursor
                                   : placement().shouldShowNavigation() ? Qt::OpenHandCursor
                                                                        : Qt::ArrowCursor;
     if (cursor().shape() != shape) setCursor(shape);

@@ -39,8 +39,7 @@ NavigationGeometry PBNavigationImageView::geometryNow() const {
 void PBNavigationImageView::paintEvent(QPaintEvent* /*event*/) {
     const ImagePlacement& large = _target.placement();
     if (!large.hasImage()) return;
-    const int side = static_cast<int>(
-        std::ceil(std::max(width(), height()) * devicePixelRatioF()));
+    const int side = static_cast<int>(std::ceil(std::max(width(), height()) * devicePixelRatioF()));
     const QImage picture = _target.miniature(side);
     if (picture.isNull()) return;
     const NavigationGeometry geometry = geometryNow();
@@ -49,8 +48,7 @@ void PBNavigationImageView::paintEvent(QPaintEvent* /*event*/) {
         painter.save();
         painter.setTransform(geometry.drawTransform(), true);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.drawImage(
-            QRectF(QPointF(), large.imageSize()), picture, QRectF(picture.rect()));
+        painter.drawImage(QRectF(QPointF(), large.imageSize()), picture, QRectF(picture.rect()));
         painter.restore();
     };
     drawPicture();
@@ -139,5 +137,6 @@ void NavigationView::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(QColor(255, 255, 255, 40), 1));
     painter.setBrush(QColor(20, 20, 20, 190));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), panelRadius, panelRadius);
+    painter.drawRoundedRect(
+        QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), panelRadius, panelRadius);
 }

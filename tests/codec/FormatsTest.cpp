@@ -209,7 +209,8 @@ TEST(Formats, GifFramesAreComposed) {
 TEST(Formats, FramesComeAsTheyAreInWhateverOrderAndOnesThatWereDrawnAreNotReadAgain) {
     for (const auto& [bytes, count] :
          {std::pair(formatpictures::gif(DISPOSE_PREVIOUS, false), 3),
-          {formatpictures::file("frames.webp"), 2}}) {
+          {formatpictures::file("frames.webp"), 2},
+          {formatpictures::file("frames.jxl"), 2}}) {
         const auto decoder = opened(bytes);
         codec::DecodeRequest request;
         for (const int frame : {0, 1, count - 1, count - 1, 0, count - 1, 1}) {
@@ -257,6 +258,8 @@ TEST(Formats, FramesHaveTheirSizesDelaysAndTransparency) {
     const std::tuple<const char*, std::size_t, QSize, int, QPoint, QColor> cases[] = {
         {"frames.webp", 0, {40, 30}, 50, {7, 7}, QColor(255, 0, 0)},
         {"frames.webp", 1, {40, 30}, 120, {7, 7}, QColor(0, 0, 255, 128)},
+        {"frames.jxl", 0, {40, 30}, 50, {7, 7}, QColor(255, 0, 0)},
+        {"frames.jxl", 1, {40, 30}, 120, {7, 7}, QColor(0, 0, 255, 128)},
         // The largest entry of an icon comes first; the last one has a mask.
         {"sizes.ico", 0, {64, 64}, 0, {9, 9}, QColor(255, 255, 0, 50)},
         {"sizes.ico", 1, {48, 48}, 0, {20, 20}, QColor(0, 200, 0, 100)},
@@ -275,6 +278,11 @@ TEST(Formats, FramesHaveTheirSizesDelaysAndTransparency) {
     }
     EXPECT_EQ(opened(formatpictures::file("frames.webp"))->frameCount(), 2U);
     EXPECT_EQ(opened(formatpictures::file("sizes.ico"))->frameCount(), 3U);
+    EXPECT_FALSE(opened(formatpictures::file("sizes.ico"))->isAnimation());
+    for (const char* name : {"frames.webp", "frames.gif", "frames.jxl"})
+        EXPECT_TRUE(opened(formatpictures::file(name))->isAnimation()) << name;
+    for (const char* name : {"gradient.jxl", "gradient.heic", "gradient.avif", "planar.tif"})
+        EXPECT_FALSE(opened(formatpictures::file(name))->isAnimation()) << name;
 }
 
 TEST(Formats, NegativesAreDeveloped) {

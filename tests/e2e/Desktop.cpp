@@ -66,6 +66,20 @@ void Desktop::click(QPoint point, const QString& modifier) {
                                               QStringList{u"keyup"_s, modifier}));
 }
 
+void Desktop::doubleClick(QPoint point) {
+    xdotool(
+        at(point) + QStringList{u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"30"_s, u"1"_s});
+}
+
+void Desktop::wheel(QPoint point, int notches, const QString& modifier) {
+    const QStringList turn{u"click"_s,   u"--repeat"_s, QString::number(std::abs(notches)),
+                           u"--delay"_s, u"30"_s,       notches > 0 ? u"4"_s : u"5"_s};
+    xdotool(
+        at(point) + (modifier.isEmpty() ? turn
+                                        : QStringList{u"keydown"_s, modifier} + turn +
+                                              QStringList{u"keyup"_s, modifier}));
+}
+
 void Desktop::menu(QPoint point) {
     xdotool(at(point) + QStringList{u"click"_s, u"3"_s});
 }

@@ -28,6 +28,9 @@ public:
     // as "ctrl".
     void release() { xdotool({u"mouseup"_s, u"1"_s}); }
     void click(QPoint point, const QString& modifier = {});
+    void doubleClick(QPoint point);
+    /// Turns the wheel by so many notches, away from the user where they are positive.
+    void wheel(QPoint point, int notches, const QString& modifier = {});
     /// Asks for the menu of what is there.
     void menu(QPoint point);
     /// Presses at the one point and goes to the other in a few steps, without letting go.

@@ -37,6 +37,10 @@ public:
     [[nodiscard]] QJsonValue browser(const QString& name) const {
         return _json[u"browser"_s].toObject()[name];
     }
+    /// A value of the large view, such as "image" or "percent"; undefined while it isn't shown.
+    [[nodiscard]] QJsonValue large(const QString& name) const {
+        return _json[u"large"_s].toObject()[name];
+    }
     [[nodiscard]] double scroll() const { return browser(u"scroll"_s).toDouble(); }
     /// Nothing moves and nothing is worked on.
     [[nodiscard]] bool isAtRest() const;

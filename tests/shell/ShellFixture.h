@@ -2,9 +2,12 @@
 
 #include "codec/PBImageImporterManager.h"
 #include "core/PBAppDelegate.h"
+#include "fileactions/marks/EditRunner.h"
 #include "group/ItemOrder.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/BuildThumbNotifier.h"
+#include "image/large/PBImageBufferManager.h"
+#include "image/large/PBLoadImageManager.h"
 #include "library/LibrarySupport.h"
 #include "library/PBAliasResolver.h"
 #include "library/PBPathHistory.h"
@@ -27,7 +30,7 @@ struct NotedDelegate final : PBAppDelegate {
     void setOpenFiles(std::shared_ptr<PBOpenFiles> files) override { requested = std::move(files); }
     std::shared_ptr<PBOpenFiles> openFiles() const override { return requested; }
     bool isAppDidFinishLaunch() const override { return launched; }
-    bool isLargeViewMode() const override { return largeView; }
+    bool isLargeViewMode() const override { return largeView(); }
     bool isSlideShowMode() const override { return slideShow; }
     void setIsSlideShowMode(bool is) override { slideShow = is; }
 
@@ -38,8 +41,34 @@ struct NotedDelegate final : PBAppDelegate {
     bool scanning = false;
     bool slideShow = false;
     bool launched = true;
-    bool largeView = false;
+    std::function<bool()> largeView = [] { return false; };
     std::shared_ptr<PBOpenFiles> requested;
+};
+
+/// Keeps what it is asked to do; the test says what becomes of it.
+struct NotedEdits final : fileactions::EditRunner {
+    void run(fileactions::PhotographEdit edit, Done done) override {
+        edits.push_back({std::move(edit), std::move(done)});
+    }
+    void undo() override { ++undone; }
+    void redo() override { ++redone; }
+    bool canUndo() const override { return !undoName.isEmpty(); }
+    bool canRedo() const override { return !redoName.isEmpty(); }
+    QString undoText() const override { return undoName; }
+    QString redoText() const override { return redoName; }
+    qint64 pendingCount() const override { return pending; }
+    /// Ends the edit that was asked for last.
+    void end(const fileactions::EditResult& result) {
+        Q_EMIT result.isStored ? didEdit(result) : didFail(result);
+        if (edits.back().second) edits.back().second(result);
+    }
+
+    std::vector<std::pair<fileactions::PhotographEdit, Done>> edits;
+    int undone = 0;
+    int redone = 0;
+    QString undoName;
+    QString redoName;
+    qint64 pending = 0;
 };
 
 /// What the window stands on, without threads that scan or decode: catalogues in memory, queues
@@ -71,7 +100,10 @@ struct ShellFixture : LibraryTest {
             .groupTreeDataSource = source,
             .buildThumbNotifier = notifier,
             .geoManager = places,
-            .imageImporterManager = importers};
+            .imageImporterManager = importers,
+            .loadImageManager = loadImageManager,
+            .imageBufferManager = imageBufferManager,
+            .edits = edits};
     }
     /// The root's disk is pulled out or plugged in; nobody is told.
     void setAway(PBAliasObject& root, bool isAway) {
@@ -93,12 +125,12 @@ struct ShellFixture : LibraryTest {
             &isOver, "", std::chrono::milliseconds(0), [&isOver] { isOver = true; });
         EXPECT_TRUE(support::spinUntil([&] { return isOver; }));
     }
-    /// Photographs of one folder, as a scan brings them.
-    void publish(const PBImageFileList& items) {
+    /// Photographs of one folder, as a scan brings them; in groups of another value, too.
+    void publish(const PBImageFileList& items, int value = 1) {
         const auto work = std::make_shared<PBGroupItemArray>();
         source.setGroupItemArray_work(work);
         PBGroupItem& leaf =
-            PBGroupItem::sortAddGroupItem(*work, nullptr, group::AllImages, PBValue(1));
+            PBGroupItem::sortAddGroupItem(*work, nullptr, group::AllImages, PBValue(value));
         for (const auto& item : items)
             leaf.sortAddImageFileItem(item, group::SortFileName, false);
         source.groupItemArrayDidFinish(group::makeGroupPublication(work));
@@ -119,6 +151,9 @@ struct ShellFixture : LibraryTest {
     BuildThumbNotifier notifier;
     PBGeoManager places{nullptr, {.postToMainThread = [](const std::function<void()>&) {}}};
     PBImageImporterManager importers;
+    PBLoadImageManager loadImageManager;
+    PBImageBufferManager imageBufferManager{{.loadImageManager = loadImageManager}};
+    NotedEdits edits;
     platform::OperationQueue scanQueue{u"scan"_s};
     platform::OperationQueue preloadQueue{u"preload"_s};
     platform::OperationQueue buildQueue{u"build"_s};

@@ -149,7 +149,7 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
     menu->close();
     tree().clearSelection();
     EXPECT_FALSE(isEnabled(u"revealInFinder"));
-    delegate.largeView = true;
+    delegate.largeView = [] { return true; };
     EXPECT_FALSE(isEnabled(u"selectAll"));
 }
 

@@ -49,17 +49,21 @@ void putGifPart(GifFileType* file, const GifPart& part, bool isInterlaced) {
             putRow(y);
 }
 
+GifFileType* openGif(QByteArray& bytes) {
+    return EGifOpen(
+        &bytes,
+        [](GifFileType* file, const GifByteType* data, int length) {
+            appendTo(file->UserData, data, static_cast<std::size_t>(length));
+            return length;
+        },
+        nullptr);
+}
+
 } // namespace
 
 QByteArray gif(int disposal, bool isInterlaced) {
     QByteArray bytes;
-    GifFileType* file = EGifOpen(
-        &bytes,
-        [](GifFileType* gif_, const GifByteType* data, int length) {
-            appendTo(gif_->UserData, data, static_cast<std::size_t>(length));
-            return length;
-        },
-        nullptr);
+    GifFileType* file = openGif(bytes);
     const std::array<GifColorType, 4> colours{{{255, 0, 0}, {0, 0, 255}, {0, 255, 0}, {9, 9, 9}}};
     ColorMapObject* map = GifMakeMapObject(4, colours.data());
     EGifSetGifVersion(file, true);
@@ -67,6 +71,47 @@ QByteArray gif(int disposal, bool isInterlaced) {
     putGifPart(file, {{0, 0, 40, 30}, 0, 5, DISPOSE_DO_NOT}, isInterlaced);
     putGifPart(file, {{5, 5, 10, 10}, 1, 12, disposal}, isInterlaced);
     putGifPart(file, {{25, 15, 10, 10}, 2, 1, DISPOSE_DO_NOT}, isInterlaced);
+    EGifCloseFile(file, nullptr);
+    GifFreeMapObject(map);
+    return bytes;
+}
+
+QByteArray gifFilm(QSize size, int frames) {
+    constexpr int side = 64;
+    constexpr int colours = 64;
+    std::array<GifColorType, colours> grays{};
+    for (std::size_t index = 0; index < grays.size(); ++index) {
+        const auto gray = static_cast<GifByteType>(index * 4);
+        grays[index] = {gray, gray, gray};
+    }
+    QByteArray bytes;
+    GifFileType* file = openGif(bytes);
+    ColorMapObject* map = GifMakeMapObject(colours, grays.data());
+    EGifSetGifVersion(file, true);
+    EGifPutScreenDesc(file, size.width(), size.height(), 8, 0, map);
+    std::uint32_t random = 1;
+    for (int frame = 0; frame < frames; ++frame) {
+        GraphicsControlBlock control{};
+        control.DisposalMode = DISPOSE_DO_NOT;
+        control.DelayTime = 4;
+        control.TransparentColor = NO_TRANSPARENT_COLOR;
+        std::array<GifByteType, 4> extension{};
+        EGifGCBToExtension(&control, extension.data());
+        EGifPutExtension(file, GRAPHICS_EXT_FUNC_CODE, 4, extension.data());
+        const QSize part = frame == 0 ? size : QSize(side, side).boundedTo(size);
+        const QSize room = size - part;
+        const int left = room.width() > 0 ? frame * 7 % room.width() : 0;
+        const int top = room.height() > 0 ? frame * 5 % room.height() : 0;
+        EGifPutImageDesc(file, left, top, part.width(), part.height(), false, nullptr);
+        std::vector<GifPixelType> row(static_cast<std::size_t>(part.width()));
+        for (int y = 0; y < part.height(); ++y) {
+            for (GifPixelType& pixel : row) {
+                random = random * 1664525U + 1013904223U;
+                pixel = static_cast<GifPixelType>(random >> 26);
+            }
+            EGifPutLine(file, row.data(), part.width());
+        }
+    }
     EGifCloseFile(file, nullptr);
     GifFreeMapObject(map);
     return bytes;

@@ -13,6 +13,8 @@ namespace formatpictures {
 /// whose first row is transparent, and which `disposal` removes before a third one, green, at
 /// (25, 15) for 10 ms.
 [[nodiscard]] QByteArray gif(int disposal, bool isInterlaced);
+/// A film: a field of noise over which a square moves, frame by frame, at 25 frames a second.
+[[nodiscard]] QByteArray gifFilm(QSize size, int frames);
 /// Two frames of 40 x 30, red for 50 ms and half-transparent blue for 120 ms.
 [[nodiscard]] QByteArray animatedWebp();
 
@@ -35,6 +37,13 @@ enum class PsdMode { Gray = 1, Rgb = 3, Cmyk = 4, Lab = 9 };
 [[nodiscard]] QByteArray jpeg2000(const QImage& image, bool isBare);
 /// 8 or 16 bits, with alpha if the picture has it.
 [[nodiscard]] QByteArray jpegXl(const QImage& image, int bits, bool isLossless);
+struct JpegXlFrame {
+    QImage image;
+    int delay = 0; // milliseconds
+};
+/// Plays where there are several, of one size.
+[[nodiscard]] QByteArray
+jpegXlFrames(const std::vector<JpegXlFrame>& frames, int bits, bool isLossless);
 /// 8 or 10 bits. Empty where the library has no encoder.
 [[nodiscard]] QByteArray heif(const QImage& image, bool isAv1, int bits = 8);
 

@@ -100,6 +100,12 @@ void addLossyAndAnimated(Makers& all) {
     all["frames.gif"] = [] { return gif(DISPOSE_BACKGROUND, false); };
     all["interlaced.gif"] = [] { return gif(DISPOSE_BACKGROUND, true); };
     all["frames.webp"] = animatedWebp;
+    all["frames.jxl"] = [] {
+        return jpegXlFrames(
+            {{filled({40, 30}, qRgba(255, 0, 0, 255)), 50},
+             {filled({40, 30}, qRgba(0, 0, 255, 128)), 120}},
+            8, true);
+    };
 }
 
 const Makers& makers() {

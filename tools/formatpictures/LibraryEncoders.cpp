@@ -71,6 +71,11 @@ QByteArray jpeg2000(const QImage& image, bool isBare) {
 }
 
 QByteArray jpegXl(const QImage& image, int bits, bool isLossless) {
+    return jpegXlFrames({{image, 0}}, bits, isLossless);
+}
+
+QByteArray jpegXlFrames(const std::vector<JpegXlFrame>& frames, int bits, bool isLossless) {
+    const QImage& image = frames.front().image;
     JxlEncoder* encoder = JxlEncoderCreate(nullptr);
     JxlBasicInfo info;
     JxlEncoderInitBasicInfo(&info);
@@ -83,19 +88,30 @@ QByteArray jpegXl(const QImage& image, int bits, bool isLossless) {
         info.num_extra_channels = 1;
         info.alpha_bits = static_cast<std::uint32_t>(bits);
     }
+    if (frames.size() > 1) {
+        info.have_animation = JXL_TRUE;
+        info.animation.tps_numerator = 1000;
+        info.animation.tps_denominator = 1;
+    }
     JxlEncoderSetBasicInfo(encoder, &info);
     JxlColorEncoding colours;
     JxlColorEncodingSetToSRGB(&colours, JXL_FALSE);
     JxlEncoderSetColorEncoding(encoder, &colours);
     JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder, nullptr);
     if (isLossless) JxlEncoderSetFrameLossless(settings, JXL_TRUE);
-    QByteArray samples;
-    for (int y = 0; y < image.height(); ++y)
-        samples += rowOf(image, y, bits, true);
     const JxlPixelFormat format{
         hasAlpha ? 4U : 3U, bits == 8 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16, JXL_LITTLE_ENDIAN, 0};
-    JxlEncoderAddImageFrame(
-        settings, &format, samples.constData(), static_cast<std::size_t>(samples.size()));
+    for (const JpegXlFrame& frame : frames) {
+        JxlFrameHeader header;
+        JxlEncoderInitFrameHeader(&header);
+        header.duration = static_cast<std::uint32_t>(frame.delay);
+        if (frames.size() > 1) JxlEncoderSetFrameHeader(settings, &header);
+        QByteArray samples;
+        for (int y = 0; y < image.height(); ++y)
+            samples += rowOf(frame.image, y, bits, true);
+        JxlEncoderAddImageFrame(
+            settings, &format, samples.constData(), static_cast<std::size_t>(samples.size()));
+    }
     JxlEncoderCloseInput(encoder);
     QByteArray bytes(1 << 20, '\0');
     auto* next = reinterpret_cast<std::uint8_t*>(bytes.data());

@@ -1,9 +1,9 @@
 #include "browser/feed/BrowserThumbnailFeed.h"
 
-#include "ui/PreparedThumbnails.h"
 #include "image/PBThumbnailBufferManager.h"
 #include "platform/tasks/MainThread.h"
 #include "platform/tasks/OperationQueue.h"
+#include "ui/PreparedThumbnails.h"
 
 #include <algorithm>
 #include <cmath>

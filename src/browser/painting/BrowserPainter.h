@@ -1,10 +1,10 @@
 #pragma once
 
 #include "browser/feed/BrowserThumbnailFeed.h"
-#include "ui/PreparedThumbnails.h"
 #include "browser/layout/BrowserLayout.h"
 #include "browser/painting/GroupHeadPainter.h"
 #include "browser/state/BrowserLeafList.h"
+#include "ui/PreparedThumbnails.h"
 #include "ui/ShadowPatch.h"
 #include "ui/TextLines.h"
 

@@ -169,6 +169,8 @@ public:
         return _delays.size();
     }
 
+    bool isAnimation() override { return frameCount() > 1; }
+
     int frameDelay(std::size_t index) override {
         scan();
         return index < _delays.size() && _delays.size() > 1 ? _delays[index] * 10 : 0;
@@ -230,7 +232,7 @@ private:
     void scan() {
         if (!_delays.empty()) return;
         Walker walker(_source);
-        while (walker.next()) {
+        while (_delays.size() < mostFrames && walker.next()) {
             _delays.push_back(walker.control().delay);
             if (!walker.skipPixels()) break;
         }

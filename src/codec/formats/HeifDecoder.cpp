@@ -141,6 +141,9 @@ public:
     Frame frame(const DecodeRequest& request) override {
         const Handle handle = handleOf(request.frame);
         if (!handle) return {};
+        // 0: the tiles are decoded here, one after the other.
+        heif_context_set_max_decoding_threads(
+            _context.get(), request.threads > 1 ? request.threads : 0);
         const QSize full = shownPart(handle.get()).size();
         if (request.maxSize > 0) {
             if (const Handle small =
@@ -155,6 +158,7 @@ public:
     Frame embedded(const DecodeRequest& request) override {
         const Handle handle = handleOf(request.frame);
         if (!handle) return {};
+        heif_context_set_max_decoding_threads(_context.get(), 0);
         const QSize full = shownPart(handle.get()).size();
         const Handle small = reduction(handle.get(), QSize(1, 1), full);
         return small ? readImage(small.get(), full, request) : Frame();
@@ -216,8 +220,6 @@ const Codec heif = {
     [](const Source& source) -> std::unique_ptr<Decoder> {
         Context context(heif_context_alloc());
         if (!context) return nullptr;
-        // Helper processes stand for the cores; threads within one would only compete.
-        heif_context_set_max_decoding_threads(context.get(), 0);
         if (heif_context_read_from_memory_without_copy(
                 context.get(), source.bytes().data(), source.size(), nullptr)
                 .code != heif_error_Ok) {

@@ -1,9 +1,11 @@
 #include "codec/formats/Formats.h"
+#include "codec/formats/JpegXlRunner.h"
 #include "codec/pixels/FrameWriter.h"
 #include "codec/pixels/Geometry.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include <jxl/decode.h>
 
@@ -64,48 +66,27 @@ public:
         return _delays.size();
     }
 
+    bool isAnimation() override { return frameCount() > 1; }
+
     int frameDelay(std::size_t index) override {
         scan();
         return index < _delays.size() ? _delays[index] : 0;
     }
 
     Frame frame(const DecodeRequest& request) override {
-        const Handle handle = start(
-            _source, JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE |
-                         JXL_DEC_FRAME_PROGRESSION);
-        if (!handle) return {};
-        JxlDecoderSetProgressiveDetail(handle.get(), kDC);
-        JxlDecoderSkipFrames(handle.get(), request.frame);
-        State state;
-        while (!request.stop.isSet()) {
-            switch (JxlDecoderProcessInput(handle.get())) {
-            case JXL_DEC_BASIC_INFO:
-                if (!begin(handle.get(), request, state)) return {};
-                break;
-            case JXL_DEC_COLOR_ENCODING:
-                state.colours = coloursOf(handle.get(), state.format);
-                break;
-            case JXL_DEC_NEED_IMAGE_OUT_BUFFER:
-                if (!giveBuffer(handle.get(), state)) return {};
-                break;
-            case JXL_DEC_FRAME_PROGRESSION:
-                // One pixel in eight by eight is known: enough for a result that small.
-                if (isReducedEnough(state, request.maxSize) &&
-                    JxlDecoderFlushImage(handle.get()) == JXL_DEC_SUCCESS) {
-                    return write(request, state, true);
-                }
-                break;
-            case JXL_DEC_FULL_IMAGE:
-                return write(request, state, true);
-            default:
-                // Damaged or cut off: what came so far, if anything did.
-                if (state.pixels.empty() || JxlDecoderFlushImage(handle.get()) != JXL_DEC_SUCCESS) {
-                    return {};
-                }
-                return write(request, state, false);
-            }
+        // Each frame of an animation is drawn upon those before it: who asks for one after the
+        // other gets them in one go through the file.
+        std::unique_ptr<Playback> playback = std::exchange(_playback, nullptr);
+        if (!playback || playback->next != request.frame) playback = Playback::at(_source, request);
+        if (!playback) return {};
+        playback->runner.setStop(request.stop);
+        Frame frame = nextFrame(*playback, request);
+        const bool goesOn = frame.isComplete && !frame.image.isNull() && playback->state.plays;
+        if (goesOn) {
+            ++playback->next;
+            _playback = std::move(playback);
         }
-        return {};
+        return frame;
     }
 
 private:
@@ -115,7 +96,69 @@ private:
         JxlPixelFormat format{};
         ColourDescription colours;
         std::vector<std::uint64_t> pixels;
+        bool plays = false;
     };
+
+    /// A walk through the file.
+    struct Playback {
+        JpegXlRunner runner; // outlives the handle
+        Handle handle;
+        State state;
+        std::size_t next; ///< frame
+
+        Playback(const Source& source, const DecodeRequest& request)
+            : runner(request.threads),
+              handle(start(
+                  source, JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE |
+                              JXL_DEC_FRAME_PROGRESSION)),
+              next(request.frame) {}
+
+        static std::unique_ptr<Playback> at(const Source& source, const DecodeRequest& request) {
+            auto playback = std::make_unique<Playback>(source, request);
+            if (!playback->handle) return nullptr;
+            playback->runner.attach(playback->handle.get());
+            JxlDecoderSetProgressiveDetail(playback->handle.get(), kDC);
+            JxlDecoderSkipFrames(playback->handle.get(), request.frame);
+            return playback;
+        }
+    };
+
+    static Frame nextFrame(Playback& playback, const DecodeRequest& request) {
+        JxlDecoder* handle = playback.handle.get();
+        State& state = playback.state;
+        while (!request.stop.isSet()) {
+            switch (JxlDecoderProcessInput(handle)) {
+            case JXL_DEC_BASIC_INFO:
+                if (!begin(handle, request, state)) return {};
+                break;
+            case JXL_DEC_COLOR_ENCODING:
+                state.colours = coloursOf(handle, state.format);
+                break;
+            case JXL_DEC_NEED_IMAGE_OUT_BUFFER:
+                if (!giveBuffer(handle, state)) return {};
+                break;
+            case JXL_DEC_FRAME_PROGRESSION:
+                // One pixel in eight by eight is known: enough for a result that small.
+                if (isReducedEnough(state, request.maxSize) &&
+                    JxlDecoderFlushImage(handle) == JXL_DEC_SUCCESS) {
+                    return write(request, state, true);
+                }
+                break;
+            case JXL_DEC_FULL_IMAGE:
+                return write(request, state, true);
+            case JXL_DEC_SUCCESS:
+                return {}; // no frame is left
+            default:
+                // Damaged or cut off: what came so far, if anything did.
+                if (request.stop.isSet() || state.pixels.empty() ||
+                    JxlDecoderFlushImage(handle) != JXL_DEC_SUCCESS) {
+                    return {};
+                }
+                return write(request, state, false);
+            }
+        }
+        return {};
+    }
 
     static bool begin(const JxlDecoder* handle, const DecodeRequest& request, State& state) {
         JxlBasicInfo info;
@@ -126,6 +169,7 @@ private:
         state.size = QSize(static_cast<int>(info.xsize), static_cast<int>(info.ysize));
         // The library works in floating point, three channels and more.
         if (!withinLimits(state.size, request.limits, 24)) return false;
+        state.plays = info.have_animation != 0;
         state.layout.model = info.num_color_channels == 1 ? ColourModel::Gray : ColourModel::Rgb;
         state.layout.sample = info.bits_per_sample > 8 ? SampleType::U16 : SampleType::U8;
         if (info.alpha_bits > 0) {
@@ -149,7 +193,7 @@ private:
     }
 
     static bool isReducedEnough(const State& state, int maxSize) {
-        if (maxSize <= 0 || state.pixels.empty()) return false;
+        if (maxSize <= 0 || state.pixels.empty() || state.plays) return false;
         const QSize wanted = reducedSize(state.size, maxSize);
         return wanted.width() * 8 <= state.size.width() &&
                wanted.height() * 8 <= state.size.height();
@@ -167,7 +211,7 @@ private:
             writer.rowDone();
         }
         Frame frame = writer.finish();
-        frame.isComplete = isComplete;
+        frame.isComplete = frame.isComplete && isComplete;
         return frame;
     }
 
@@ -190,7 +234,7 @@ private:
                 JxlDecoderGetFrameHeader(handle.get(), &header) == JXL_DEC_SUCCESS) {
                 const double delay = ticks > 0 ? header.duration * 1000.0 / ticks : 0;
                 _delays.push_back(static_cast<int>(std::min(delay, 1e9)));
-                if (header.is_last) break;
+                if (header.is_last || _delays.size() >= mostFrames) break;
             } else {
                 goesOn = false;
             }
@@ -200,6 +244,7 @@ private:
 
     Source _source;
     std::vector<int> _delays; // milliseconds; empty: not looked yet
+    std::unique_ptr<Playback> _playback;
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "codec/pixels/FrameWriter.h"
 #include "codec/pixels/Geometry.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include <webp/decode.h>
@@ -25,17 +26,20 @@ public:
           _demuxer(std::move(demuxer)), _data{_source.bytes().data(), _source.size()} {}
 
     std::size_t frameCount() override {
-        return std::max(1U, WebPDemuxGetI(_demuxer.get(), WEBP_FF_FRAME_COUNT));
+        const std::size_t count = WebPDemuxGetI(_demuxer.get(), WEBP_FF_FRAME_COUNT);
+        return std::clamp<std::size_t>(count, 1, mostFrames);
     }
+
+    bool isAnimation() override { return hasAnimation() && frameCount() > 1; }
 
     Frame frame(const DecodeRequest& request) override {
         if (request.frame >= frameCount()) return {};
-        return isAnimated() ? animatedFrame(request) : stillFrame(request);
+        return hasAnimation() ? animatedFrame(request) : stillFrame(request);
     }
 
     int frameDelay(std::size_t index) override {
         WebPIterator iterator;
-        if (!isAnimated() || index >= frameCount() ||
+        if (!hasAnimation() || index >= frameCount() ||
             !WebPDemuxGetFrame(_demuxer.get(), static_cast<int>(index) + 1, &iterator)) {
             return 0;
         }
@@ -45,7 +49,7 @@ public:
     }
 
 private:
-    [[nodiscard]] bool isAnimated() const {
+    [[nodiscard]] bool hasAnimation() const {
         return (WebPDemuxGetI(_demuxer.get(), WEBP_FF_FORMAT_FLAGS) & ANIMATION_FLAG) != 0;
     }
 
@@ -79,6 +83,7 @@ private:
         const std::size_t stride = static_cast<std::size_t>(wanted.width()) * sizeof(QRgb);
         std::vector<QRgb> pixels(
             static_cast<std::size_t>(wanted.width()) * static_cast<std::size_t>(wanted.height()));
+        config.options.use_threads = request.threads > 1 ? 1 : 0;
         config.options.use_scaling = wanted != full;
         config.options.scaled_width = wanted.width();
         config.options.scaled_height = wanted.height();
@@ -87,8 +92,9 @@ private:
         config.output.u.RGBA = {
             reinterpret_cast<std::uint8_t*>(pixels.data()), static_cast<int>(stride),
             pixels.size() * sizeof(QRgb)};
-        const int rows = decodeRows(config, wanted.height());
+        const int rows = decodeRows(config, wanted.height(), request.stop);
         WebPFreeDecBuffer(&config.output);
+        if (request.stop.isSet()) return {};
         for (int y = 0; y < rows; ++y) {
             std::memcpy(
                 writer.row(),
@@ -100,11 +106,18 @@ private:
         return writer.finish();
     }
 
-    /// The number of rows that are good.
-    int decodeRows(WebPDecoderConfig& config, int height) const {
+    /// The number of rows that are good. The library gets the file bit by bit, so that it can be
+    /// stopped in between.
+    int decodeRows(WebPDecoderConfig& config, int height, const StopFlag& stop) const {
+        constexpr std::size_t bit = std::size_t{32} << 10;
         WebPIDecoder* incremental = WebPIDecode(nullptr, 0, &config);
         if (!incremental) return 0;
-        const VP8StatusCode status = WebPIUpdate(incremental, _data.bytes, _data.size);
+        VP8StatusCode status = VP8_STATUS_SUSPENDED;
+        for (std::size_t given = 0; status == VP8_STATUS_SUSPENDED && given < _data.size;) {
+            if (stop.isSet()) break;
+            given = std::min(given + bit, _data.size);
+            status = WebPIUpdate(incremental, _data.bytes, given);
+        }
         int rows = 0;
         if (status == VP8_STATUS_OK)
             rows = height;
@@ -122,6 +135,7 @@ private:
         WebPAnimDecoderOptions options;
         if (!WebPAnimDecoderOptionsInit(&options)) return {};
         options.color_mode = MODE_bgrA;
+        options.use_threads = request.threads > 1 ? 1 : 0;
         // The library draws one frame upon the other, and goes forwards only.
         if (!_animation || _next > request.frame + 1) {
             _animation.reset(WebPAnimDecoderNew(&_data, &options));

@@ -9,15 +9,16 @@ namespace codec {
 
 /// Reduces a picture row by row, each result pixel being the mean of the area that it covers. Holds
 /// one row of sums, whatever the height of the source. Sizes must be at least 1 and the result no
-/// larger than the source in either direction.
-class AreaScaler {
+/// larger than the source in either direction. Pixels have four samples, premultiplied or opaque.
+template <typename Sample, typename Sum>
+class BasicAreaScaler {
 public:
-    /// Writes into `destination` (32 bits a pixel, premultiplied or opaque), which is borrowed and
-    /// must outlive this object.
-    AreaScaler(QSize source, QImage& destination);
+    /// Writes into `destination` (samples of that size), which is borrowed and must outlive this
+    /// object.
+    BasicAreaScaler(QSize source, QImage& destination);
 
     /// The next source row, from the top; rows beyond the source's height are dropped.
-    void addRow(const QRgb* row);
+    void addRow(const void* row);
 
 private:
     [[nodiscard]] std::uint64_t rowEdge(int index) const;
@@ -25,16 +26,21 @@ private:
 
     int _sourceWidth;
     int _sourceHeight;
-    QRgb* _target;
-    std::size_t _targetStride; // pixels
+    Sample* _target;
+    std::size_t _targetStride; // samples
     int _targetWidth;
     int _targetHeight;
     std::uint32_t _one; // weight of a whole source row
     std::uint64_t _position = 0;
     std::uint64_t _rowBegin = 0;
     int _targetRow = 0;
-    std::vector<std::uint32_t> _sums;
+    std::vector<Sum> _sums;
 };
+
+/// For 8 bits a sample; the sums of a result row fit into 32.
+using AreaScaler = BasicAreaScaler<std::uint8_t, std::uint32_t>;
+/// For 16 bits a sample.
+using DeepAreaScaler = BasicAreaScaler<std::uint16_t, std::uint64_t>;
 
 /// The picture reduced to the size, which must not be larger in either direction; a null image if
 /// memory for it is refused. Takes any 32-bit format that is premultiplied or opaque and keeps it.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "codec/pixels/StopFlag.h"
+
 #include <QByteArray>
 #include <QImage>
 #include <QRgb>
@@ -70,7 +72,10 @@ public:
     /// Not thread-safe; `destination` must not overlap the source.
     void convertRow(const void* source, QRgb* destination, int width);
     /// What is left to do once the picture has its final size: cheaper on few pixels than on many.
-    void finish(QImage& image);
+    /// Stopped, it is left half done.
+    void finish(QImage& image, const StopFlag& stop = {});
+    /// Whether the target is what was asked for; else it is sRGB.
+    [[nodiscard]] bool isInTarget() const;
 
 private:
     struct Steps;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codec/pixels/Source.h"
+#include "codec/pixels/StopFlag.h"
 
 #include <QByteArray>
 #include <QImage>
@@ -8,14 +9,12 @@
 #include <QString>
 #include <QStringView>
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <span>
-#include <stop_token>
 
 /// Decoders: one small class per library behind sniff, open and frame. They run in helper processes
 /// when a pool is installed (see codec/process/DecoderPool.h), in this process otherwise.
@@ -27,26 +26,6 @@ struct Limits {
     std::uint64_t pixels = std::uint64_t{1} << 30;
     /// Bytes that the decode may hold at once, the result included.
     std::uint64_t bytes = std::uint64_t{3} << 30;
-};
-
-/// Asks a running decode to end: by a token, or by a number in shared memory that another process
-/// sets to the number of the request.
-class StopFlag {
-public:
-    StopFlag() = default;
-    StopFlag(std::stop_token token) : _token(std::move(token)) {}
-    StopFlag(const std::atomic<std::uint32_t>* shared, std::uint32_t request)
-        : _shared(shared), _request(request) {}
-
-    [[nodiscard]] bool isSet() const {
-        return _token.stop_requested() ||
-               (_shared && _shared->load(std::memory_order_relaxed) == _request);
-    }
-
-private:
-    std::stop_token _token;
-    const std::atomic<std::uint32_t>* _shared = nullptr;
-    std::uint32_t _request = 0;
 };
 
 /// Who waits for an answer, the most urgent first.

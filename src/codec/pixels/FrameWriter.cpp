@@ -11,15 +11,11 @@ namespace {
 /// The gray that a decoder leaves where a damaged file gives nothing.
 constexpr QRgb filler = 0xFF808080U;
 
-bool isOpaque(const QImage& image) {
-    for (int y = 0; y < image.height(); ++y) {
-        const auto* row = reinterpret_cast<const QRgb*>(image.constScanLine(y));
-        QRgb all = 0xFF000000U;
-        for (int x = 0; x < image.width(); ++x)
-            all &= row[x];
-        if (qAlpha(all) != 255) return false;
-    }
-    return true;
+/// The same with 16 bits a sample, in the order of memory.
+constexpr std::uint64_t deepFiller = 0xFFFF808080808080U;
+
+std::size_t bytesPerPixel(bool isDeep) {
+    return isDeep ? sizeof(std::uint64_t) : sizeof(QRgb);
 }
 
 } // namespace
@@ -35,28 +31,44 @@ bool withinLimits(QSize size, const Limits& limits, std::uint64_t bytesPerPixel)
 FrameWriter::FrameWriter(
     const DecodeRequest& request, QSize full, QSize decoded, const PixelLayout& layout,
     const ColourDescription& colours)
-    : _request(request), _decoded(decoded), _layout(layout) {
+    : _request(request), _decoded(decoded), _layout(layout),
+      _isDeep(request.depth == Depth::Source) {
     const QSize wanted = reducedSize(full, request.maxSize).boundedTo(decoded);
     if (!withinLimits(full, request.limits) || !withinLimits(decoded, request.limits) ||
-        !withinLimits(wanted, request.limits, sizeof(QRgb))) {
+        !withinLimits(wanted, request.limits, bytesPerPixel(_isDeep))) {
         return;
     }
-    const auto format = layout.alpha == AlphaType::None ? QImage::Format_RGB32
-                                                        : QImage::Format_ARGB32_Premultiplied;
-    _image = request.allocate ? request.allocate(wanted, format) : QImage(wanted, format);
+    _image = makeImage(wanted);
     if (_image.isNull()) return;
-    _converter.emplace(layout, colours, request.targetProfile);
-    if (wanted != decoded) {
+    makeConverter(colours);
+    const bool isScaled = wanted != decoded;
+    if (isScaled) {
         const int block = SampleReducer::chooseBlock(decoded, wanted, layout);
         if (block > 1) _reducer.emplace(decoded, layout.channels(), block);
-        _scaler.emplace(_reducer ? _reducer->size() : decoded, _image);
+        const QSize rows = _reducer ? _reducer->size() : decoded;
+        if (_isDeep)
+            _deepScaler.emplace(rows, _image);
+        else
+            _scaler.emplace(rows, _image);
     }
     const auto width = static_cast<std::size_t>(decoded.width());
-    if (_scaler && !_converter->copiesRows()) _convertedRow.resize(width);
-    if (_scaler || !_converter->copiesRows()) {
-        _rowBuffer.resize(width * layout.bytesPerPixel() / 8 + 1);
-    }
+    if (isScaled && !copiesRows()) _convertedRow.resize(width * bytesPerPixel(_isDeep) / 8 + 1);
+    if (isScaled || !copiesRows()) _rowBuffer.resize(width * layout.bytesPerPixel() / 8 + 1);
     placeRow();
+}
+
+QImage FrameWriter::makeImage(QSize size) const {
+    const bool isOpaque = _layout.alpha == AlphaType::None;
+    auto format = isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied;
+    if (_isDeep) format = isOpaque ? QImage::Format_RGBX64 : QImage::Format_RGBA64_Premultiplied;
+    return _request.allocate ? _request.allocate(size, format) : QImage(size, format);
+}
+
+void FrameWriter::makeConverter(const ColourDescription& colours) {
+    if (_isDeep)
+        _deepConverter.emplace(_layout, colours);
+    else
+        _converter.emplace(_layout, colours, _request.targetProfile);
 }
 
 void FrameWriter::placeRow() {
@@ -73,51 +85,96 @@ void FrameWriter::rowDone() {
     if (_reducer) {
         const auto* samples = reinterpret_cast<const std::uint16_t*>(_row);
         if (_reducer->addRow(samples)) scaleRow(_reducer->row(), _reducer->size().width());
-    } else if (_scaler) {
+    } else if (_scaler || _deepScaler) {
         scaleRow(_row, _decoded.width());
     } else if (!_rowBuffer.empty()) {
-        _converter->convertRow(
-            _row, reinterpret_cast<QRgb*>(_image.scanLine(_rowsDone)), _decoded.width());
+        convertRow(_row, _image.scanLine(_rowsDone), _decoded.width());
     }
     ++_rowsDone;
     placeRow();
 }
 
+void FrameWriter::convertRow(const void* row, void* destination, int width) {
+    if (_isDeep)
+        _deepConverter->convertRow(row, static_cast<std::uint16_t*>(destination), width);
+    else
+        _converter->convertRow(row, static_cast<QRgb*>(destination), width);
+}
+
 void FrameWriter::scaleRow(const void* row, int width) {
-    const auto* pixels = static_cast<const QRgb*>(row);
     if (!_convertedRow.empty()) {
-        _converter->convertRow(row, _convertedRow.data(), width);
-        pixels = _convertedRow.data();
+        convertRow(row, _convertedRow.data(), width);
+        row = _convertedRow.data();
     }
-    _scaler->addRow(pixels);
+    addToScaler(row);
     ++_scaledRows;
 }
 
+void FrameWriter::addToScaler(const void* row) {
+    if (_isDeep)
+        _deepScaler->addRow(row);
+    else
+        _scaler->addRow(row);
+}
+
 void FrameWriter::fillMissingRows() {
-    const QRgb missing = _layout.alpha == AlphaType::None ? filler : 0;
-    if (_scaler) {
+    const bool isOpaque = _layout.alpha == AlphaType::None;
+    // Of the one size or the other.
+    const std::uint64_t deep = isOpaque ? deepFiller : 0;
+    const QRgb shallow = isOpaque ? filler : 0;
+    const auto fill = [&](void* row, int width) {
+        if (_isDeep)
+            std::fill_n(static_cast<std::uint64_t*>(row), width, deep);
+        else
+            std::fill_n(static_cast<QRgb*>(row), width, shallow);
+    };
+    if (_scaler || _deepScaler) {
         const QSize size = _reducer ? _reducer->size() : _decoded;
-        const std::vector<QRgb> row(static_cast<std::size_t>(size.width()), missing);
-        for (; _scaledRows < size.height(); ++_scaledRows)
-            _scaler->addRow(row.data());
+        std::vector<std::uint64_t> row(static_cast<std::size_t>(size.width()));
+        fill(row.data(), size.width());
+        for (; _scaledRows < size.height() && !isStopped(); ++_scaledRows)
+            addToScaler(row.data());
     } else {
-        for (int y = _rowsDone; y < _decoded.height(); ++y) {
-            std::fill_n(reinterpret_cast<QRgb*>(_image.scanLine(y)), _decoded.width(), missing);
-        }
+        for (int y = _rowsDone; y < _decoded.height() && !isStopped(); ++y)
+            fill(_image.scanLine(y), _decoded.width());
     }
 }
 
+bool FrameWriter::isOpaque() const {
+    for (int y = 0; y < _image.height() && !isStopped(); ++y) {
+        if (_isDeep) {
+            const auto* row = reinterpret_cast<const std::uint16_t*>(_image.constScanLine(y));
+            std::uint16_t all = 0xFFFF;
+            for (int x = 0; x < _image.width(); ++x)
+                all &= row[x * 4 + 3];
+            if (all != 0xFFFF) return false;
+        } else {
+            const auto* row = reinterpret_cast<const QRgb*>(_image.constScanLine(y));
+            QRgb all = 0xFF000000U;
+            for (int x = 0; x < _image.width(); ++x)
+                all &= row[x];
+            if (qAlpha(all) != 255) return false;
+        }
+    }
+    return true;
+}
+
 Frame FrameWriter::finish() {
-    if (!isUsable() || _rowsDone == 0) return {};
+    // What is left to do takes long for a large picture, and nobody wants it any more.
+    if (!isUsable() || _rowsDone == 0 || isStopped()) return {};
     Frame frame;
     frame.isComplete = _rowsDone == _decoded.height();
     // The last blocks may be cut off.
     if (_reducer && _reducer->flush()) scaleRow(_reducer->row(), _reducer->size().width());
     if (!frame.isComplete) fillMissingRows();
-    _converter->finish(_image);
-    if (_layout.alpha != AlphaType::None && isOpaque(_image)) {
-        _image.reinterpretAsFormat(QImage::Format_RGB32);
-    }
+    if (_converter) _converter->finish(_image, _request.stop);
+    if (_layout.alpha != AlphaType::None && isOpaque())
+        _image.reinterpretAsFormat(_isDeep ? QImage::Format_RGBX64 : QImage::Format_RGB32);
+    if (isStopped()) return {};
+    if (_isDeep)
+        frame.profile = _deepConverter->profile();
+    else if (_converter->isInTarget())
+        frame.profile = _request.targetProfile;
     frame.image = std::move(_image);
     return frame;
 }

@@ -3,6 +3,7 @@
 #include "codec/pixels/AreaScaler.h"
 #include "codec/pixels/Colour.h"
 #include "codec/pixels/Decoder.h"
+#include "codec/pixels/DeepConverter.h"
 #include "codec/pixels/SampleReducer.h"
 
 #include <optional>
@@ -29,26 +30,35 @@ public:
     [[nodiscard]] int rowsDone() const { return _rowsDone; }
     [[nodiscard]] bool isStopped() const { return _request.stop.isSet(); }
 
-    /// The result; null if not one row was written. Missing rows are filled, gray where the picture
-    /// has no alpha, and make it incomplete.
+    /// The result; null if not one row was written, or it was stopped. Missing rows are filled,
+    /// gray where the picture has no alpha, and make it incomplete.
     [[nodiscard]] Frame finish();
 
 private:
     void placeRow();
+    [[nodiscard]] QImage makeImage(QSize size) const;
+    void makeConverter(const ColourDescription& colours);
+    [[nodiscard]] bool copiesRows() const { return _converter && _converter->copiesRows(); }
+    void convertRow(const void* row, void* destination, int width);
     /// Converts a row and hands it to the scaler.
     void scaleRow(const void* row, int width);
+    void addToScaler(const void* row);
     void fillMissingRows();
+    [[nodiscard]] bool isOpaque() const;
 
     const DecodeRequest& _request;
     QSize _decoded;
     PixelLayout _layout;
+    bool _isDeep;
     std::optional<ColourConverter> _converter;
+    std::optional<DeepConverter> _deepConverter; // in its place for 16 bits
     QImage _image;
     std::optional<SampleReducer> _reducer; // before the scaler
     std::optional<AreaScaler> _scaler;
+    std::optional<DeepAreaScaler> _deepScaler; // in its place for 16 bits
     int _scaledRows = 0;
     std::vector<std::uint64_t> _rowBuffer; // 64 bits wide for the sake of alignment
-    std::vector<QRgb> _convertedRow;
+    std::vector<std::uint64_t> _convertedRow;
     std::uint8_t* _row = nullptr;
     int _rowsDone = 0;
 };

@@ -35,6 +35,9 @@ constexpr auto killPatience = std::chrono::milliseconds(100);
 constexpr int busyFactor = 4;
 /// A process that has used less than this part of the time has waited for something else.
 constexpr int leastPart = 50;
+/// For the end of a process that was asked to stop: somebody waits, and it goes without being
+/// looked at.
+constexpr auto stopKillPatience = std::chrono::milliseconds(4);
 /// The descriptors of the child start here; the copies that dup2 reads from must lie above.
 constexpr int firstFreeDescriptor = 10;
 
@@ -146,6 +149,11 @@ DecoderHelper::Outcome DecoderHelper::ask(
     return outcome;
 }
 
+void DecoderHelper::tell(Request request) {
+    request.number = ++_lastNumber;
+    if (!sendPacket(_socket.get(), std::as_bytes(std::span(&request, 1)))) end(killPatience);
+}
+
 DecoderHelper::Outcome DecoderHelper::waitForReply(
     std::uint32_t number, std::chrono::milliseconds time, const std::stop_token& stop, Reply& reply,
     const std::function<bool(std::uint64_t bytes)>& memory) {
@@ -209,7 +217,7 @@ DecoderHelper::Outcome DecoderHelper::waitForReply(
         break;
     }
     if (!isStopping) return outcome;
-    end(killPatience);
+    end(stopKillPatience);
     return Outcome::Stopped;
 }
 

@@ -51,6 +51,9 @@ public:
         const std::stop_token& stop, Reply& reply,
         const std::function<bool(std::uint64_t bytes)>& memory = {});
 
+    /// Sends a request without descriptors that nobody waits for.
+    void tell(Request request);
+
     /// False once the process was lost or ended; a new helper must take its place.
     [[nodiscard]] bool isAlive() const { return _process > 0; }
     /// The memory for small results, as the last reply left it.

@@ -2,8 +2,6 @@
 
 #include "codec/process/FrameReader.h"
 #include "codec/process/MemoryBudget.h"
-#include "platform/tasks/Mutex.h"
-#include "platform/tasks/OperationQueue.h"
 #include "platform/values/PBValue.h"
 
 #include <QByteArray>
@@ -19,16 +17,14 @@
 namespace codec {
 
 namespace process {
-class DecoderHelper;
-struct Request;
-struct Reply;
+class HelperShelf;
 } // namespace process
 
 /// Decoder processes that read strangers' files in place of this one. A picture that crashes its
 /// process, or takes too long or too much memory, costs that picture: the answer is nothing, and a
 /// fresh process takes the next. Every operation blocks until it is answered, and may be called
-/// from any thread; as many run at once as there are processes. Properties, which are read in no
-/// time, come before pictures that wait to be decoded.
+/// from any thread; as many run at once as there are processes, and those that wait are served by
+/// their urgency (see `process::HelperShelf`).
 class DecoderPool final : public FrameReader {
 public:
     struct Settings {
@@ -36,7 +32,11 @@ public:
         QByteArray executable = "/proc/self/exe";
         /// 0: one for each core that this process may use.
         int processes = 0;
+        /// So many more, which thumbnails never take.
+        int reserved = 1;
+        /// For reduced pictures that nobody looks at yet, and for properties.
         std::chrono::milliseconds thumbnailTime{10'000};
+        /// For pictures in full, and for reduced ones that the user looks at, now or next.
         std::chrono::milliseconds fullTime{60'000};
         /// Enough for the largest picture within the limits and a decoder's own copies of it; the
         /// program's libraries take part of it without using memory.
@@ -53,7 +53,8 @@ public:
     /// Has all processes started that are not running, and does not wait for that.
     void start();
 
-    /// The request's own stop flag and allocator are not used; a stop takes effect within 20 ms.
+    /// The request's own stop flag, allocator and number of threads are not used; a stop takes
+    /// effect within 20 ms.
     [[nodiscard]] ReadResult decode(
         int descriptor, const QString& typeHint, const DecodeRequest& request,
         std::stop_token stop) override;
@@ -75,22 +76,6 @@ public:
     propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop) override;
 
 private:
-    using Helper = std::unique_ptr<process::DecoderHelper>;
-    class Lease;
-
-    [[nodiscard]] Helper startHelper();
-    [[nodiscard]] bool isAnyMissing();
-    /// Decodes wait while anything short does.
-    enum class Length { Short, Long };
-    [[nodiscard]] std::optional<Helper> take(const std::stop_token& stop, Length length);
-    void giveBack(Helper helper);
-    void tellRefusals(const process::DecoderHelper& helper) VELMORA_REQUIRES(_mutex);
-    enum class Answer {
-        Done,
-        Refused,
-        PictureFailed, ///< the process was lost to what it read
-        NotNow,        ///< it was not there, or was stopped, ended or held up by others
-    };
     struct PropertyAnswer {
         bool isKnown = false; ///< false: the process was lost, or had no room for the answer
         PictureProperties properties;
@@ -99,21 +84,11 @@ private:
     [[nodiscard]] std::vector<PropertyAnswer> askForProperties(
         std::span<const int> descriptors, const QString& typeHint, std::size_t frame,
         const std::stop_token& stop);
-    [[nodiscard]] Answer
-    ask(Lease& lease, const process::Request& request, std::span<const int> descriptors,
-        std::chrono::milliseconds time, const std::stop_token& stop, process::Reply& reply,
-        const std::function<bool(std::uint64_t bytes)>& memory = {});
+    [[nodiscard]] std::chrono::milliseconds timeFor(const DecodeRequest& request) const;
 
     const Settings _settings;
-    process::MemoryBudget _memory{_settings.availableMemory};
-    platform::Mutex _mutex;
-    platform::Condition _returned;
-    /// An empty entry is a process still to be started.
-    std::vector<Helper> _idle VELMORA_GUARDED_BY(_mutex);
-    int _waitingShort VELMORA_GUARDED_BY(_mutex) = 0;
-    bool _toldRefusals VELMORA_GUARDED_BY(_mutex) = false;
-    /// Processes end with the thread that started them, so that none outlives the program.
-    platform::OperationQueue _starter{QStringLiteral("decoders")};
+    /// Sequences hold it, too.
+    const std::shared_ptr<process::HelperShelf> _shelf;
 };
 
 } // namespace codec

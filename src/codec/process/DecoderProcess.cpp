@@ -4,11 +4,13 @@
 #include "codec/metadata/headers/ImageHeader.h"
 #include "codec/pixels/Source.h"
 #include "codec/process/Confinement.h"
+#include "codec/process/FrameReader.h"
 #include "codec/process/PacketSocket.h"
 #include "codec/process/Protocol.h"
 #include "codec/process/SharedMemory.h"
 #include "platform/values/CborValues.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdlib>
@@ -27,24 +29,37 @@ public:
     [[nodiscard]] Reply answer(const Request& request, std::vector<Descriptor>& descriptors) {
         Reply reply;
         reply.number = request.number;
-        const std::size_t expected =
-            request.kind == Kind::Properties
-                ? request.pictures
-                : 1 + (request.hasLargeResult ? 1U : 0U) + (request.hasProfile ? 1U : 0U);
-        if (descriptors.empty() || descriptors.size() != expected) return reply;
-        const int picture = descriptors.front().get();
+        if (descriptors.size() != descriptorsOf(request)) return reply;
         switch (request.kind) {
         case Kind::Decode:
-            decode(request, descriptors, reply);
+            if (Decoder* decoder = openWithMemory(request, descriptors)) {
+                if (auto wanted = wantedBy(request, descriptors))
+                    decode(*decoder, *wanted, request, descriptors, reply);
+            }
+            break;
+        case Kind::OpenSequence:
+            if (Decoder* decoder = openWithMemory(request, descriptors)) {
+                _sequence = wantedBy(request, descriptors);
+                reply.count = framesToPlay(*decoder);
+                reply.status = _sequence ? Status::Done : Status::Failed;
+            }
+            break;
+        case Kind::NextFrame:
+            if (_decoder && _sequence) {
+                _sequence->frame = request.frame;
+                decode(*_decoder, *_sequence, request, descriptors, reply);
+                const int delay = _decoder->frameDelay(request.frame);
+                reply.count = static_cast<std::uint64_t>(shownDelay(delay));
+            }
             break;
         case Kind::CountFrames:
-            if (Decoder* decoder = open(picture, request)) {
+            if (Decoder* decoder = open(descriptors.front().get(), request)) {
                 reply.count = decoder->frameCount();
                 reply.status = reply.count > 0 ? Status::Done : Status::Failed;
             }
             break;
         case Kind::FrameDelay:
-            if (Decoder* decoder = open(picture, request)) {
+            if (Decoder* decoder = open(descriptors.front().get(), request)) {
                 reply.count = static_cast<std::uint64_t>(decoder->frameDelay(request.frame));
                 reply.status = Status::Done;
             }
@@ -52,6 +67,7 @@ public:
         case Kind::Properties:
             readProperties(descriptors, request, reply);
             break;
+        case Kind::CloseSequence:
         case Kind::Grant:
         case Kind::Deny:
             break;
@@ -59,13 +75,33 @@ public:
         return reply;
     }
 
-    /// Lets go of the picture: a volume can't be ejected while a file of it is mapped.
-    void close() {
+    /// Lets go of the picture: a volume can't be ejected while a file of it is mapped. That of a
+    /// sequence stays until there is another request.
+    void close(const Request& request) {
+        const bool isSequence =
+            request.kind == Kind::OpenSequence || request.kind == Kind::NextFrame;
+        if (isSequence && _sequence) return;
+        _sequence.reset();
         _decoder.reset();
         _source.reset();
     }
 
 private:
+    [[nodiscard]] static std::size_t descriptorsOf(const Request& request) {
+        const std::size_t more =
+            (request.hasLargeResult ? 1U : 0U) + (request.hasProfile ? 1U : 0U);
+        switch (request.kind) {
+        case Kind::NextFrame:
+            return more;
+        case Kind::Properties:
+            return std::max(request.pictures, 1U);
+        case Kind::CloseSequence:
+            return 0;
+        default:
+            return 1 + more;
+        }
+    }
+
     [[nodiscard]] static QString typeHint(const Request& request) {
         return QString::fromLatin1(
             request.typeHint.data(),
@@ -79,41 +115,60 @@ private:
         return _decoder.get();
     }
 
-    void decode(const Request& request, const std::vector<Descriptor>& descriptors, Reply& reply) {
+    [[nodiscard]] Decoder*
+    openWithMemory(const Request& request, const std::vector<Descriptor>& descriptors) {
         Decoder* decoder = open(descriptors.front().get(), request);
-        if (!decoder || !mayTakeMemory(request)) return;
+        return decoder && mayTakeMemory(request) ? decoder : nullptr;
+    }
+
+    /// Nothing when the profile that it names can't be read.
+    [[nodiscard]] static std::optional<DecodeRequest>
+    wantedBy(const Request& request, const std::vector<Descriptor>& descriptors) {
         DecodeRequest wanted;
         wanted.frame = request.frame;
         wanted.maxSize = request.maxSize;
         wanted.onlyEmbedded = request.onlyEmbedded != 0;
+        wanted.depth = request.isDeep ? Depth::Source : Depth::Screen;
+        wanted.threads = static_cast<int>(std::clamp(request.threads, 1U, 64U));
         wanted.limits = {request.pixelLimit, request.byteLimit};
+        if (!request.hasProfile) return wanted;
+        const auto profile =
+            Mapping::of(descriptors.back().get(), request.profileBytes, Mapping::Access::Read);
+        if (!profile) return std::nullopt;
+        wanted.targetProfile = QByteArray(
+            static_cast<const char*>(profile->data()), static_cast<qsizetype>(profile->size()));
+        return wanted;
+    }
+
+    void decode(
+        Decoder& decoder, DecodeRequest& wanted, const Request& request,
+        const std::vector<Descriptor>& descriptors, Reply& reply) {
         wanted.stop = StopFlag(
             static_cast<const std::atomic<std::uint32_t>*>(_control.data()), request.number);
-        if (request.hasProfile) {
-            const auto profile =
-                Mapping::of(descriptors.back().get(), request.profileBytes, Mapping::Access::Read);
-            if (!profile) return;
-            wanted.targetProfile = QByteArray(
-                static_cast<const char*>(profile->data()), static_cast<qsizetype>(profile->size()));
-        }
+        const std::size_t largePlace = request.kind == Kind::NextFrame ? 0 : 1;
         std::optional<Mapping> large;
         const auto room = [&](std::size_t bytes) -> void* {
             if (!request.hasLargeResult) {
                 return bytes <= _results.size() ? _results.data() : nullptr;
             }
-            large = Mapping::of(descriptors[1].get(), bytes, Mapping::Access::ReadWrite);
+            large = Mapping::of(descriptors[largePlace].get(), bytes, Mapping::Access::ReadWrite);
             return large ? large->data() : nullptr;
         };
         wanted.allocate = [&](QSize size, QImage::Format format) {
-            const std::size_t lineBytes = static_cast<std::size_t>(size.width()) * 4;
-            void* pixels = room(lineBytes * static_cast<std::size_t>(size.height()));
+            const qsizetype lineBytes = lineBytesOf(size, format);
+            void* pixels = room(static_cast<std::size_t>(lineBytes * size.height()));
             if (!pixels) return QImage();
             return QImage(
-                static_cast<uchar*>(pixels), size.width(), size.height(),
-                static_cast<qsizetype>(lineBytes), format);
+                static_cast<uchar*>(pixels), size.width(), size.height(), lineBytes, format);
         };
-        const Frame frame = decoder->wanted(wanted);
-        if (!frame.image.isNull()) deliver(frame, room, large, reply);
+        const Frame frame = decoder.wanted(wanted);
+        wanted.allocate = {};
+        if (frame.image.isNull() || wanted.stop.isSet()) return;
+        deliver(frame, wanted, room, large, reply);
+    }
+
+    [[nodiscard]] static qsizetype lineBytesOf(QSize size, QImage::Format format) {
+        return qsizetype{size.width()} * QImage::toPixelFormat(format).bitsPerPixel() / 8;
     }
 
     /// By the size that the file declares, before anything is decoded.
@@ -140,9 +195,12 @@ private:
 
     template <typename Room>
     void deliver(
-        const Frame& frame, const Room& room, const std::optional<Mapping>& large, Reply& reply) {
+        const Frame& frame, const DecodeRequest& wanted, const Room& room,
+        const std::optional<Mapping>& large, Reply& reply) {
         const QImage& image = frame.image;
-        const std::size_t lineBytes = static_cast<std::size_t>(image.width()) * 4;
+        const bool isOpaque =
+            image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_RGBX64;
+        const auto lineBytes = static_cast<std::size_t>(lineBytesOf(image.size(), image.format()));
         const void* shared = large ? large->data() : _results.data();
         if (image.constBits() != shared ||
             static_cast<std::size_t>(image.bytesPerLine()) != lineBytes) {
@@ -158,8 +216,26 @@ private:
         reply.status = Status::Done;
         reply.width = image.width();
         reply.height = image.height();
-        reply.isOpaque = image.format() == QImage::Format_RGB32 ? 1 : 0;
+        reply.isOpaque = isOpaque ? 1 : 0;
         reply.isComplete = frame.isComplete ? 1 : 0;
+        deliverProfile(frame, wanted, reply);
+    }
+
+    void deliverProfile(const Frame& frame, const DecodeRequest& wanted, Reply& reply) {
+        if (frame.profile.isEmpty()) return;
+        if (wanted.depth == Depth::Screen) {
+            reply.profile = ResultProfile::Wanted;
+            return;
+        }
+        // Deep pixels never lie in this memory.
+        const auto bytes = static_cast<std::size_t>(frame.profile.size());
+        if (bytes > _results.size()) {
+            reply.status = Status::Failed;
+            return;
+        }
+        std::memcpy(_results.data(), frame.profile.constData(), bytes);
+        reply.profile = ResultProfile::Own;
+        reply.profileBytes = static_cast<std::uint32_t>(bytes);
     }
 
     void
@@ -191,6 +267,7 @@ private:
     Mapping _results;
     std::optional<Source> _source;
     std::unique_ptr<Decoder> _decoder;
+    std::optional<DecodeRequest> _sequence; ///< what its frames are to be, while one is open
 };
 
 /// Out of memory is an answer like any other; nothing else should come here.
@@ -232,7 +309,7 @@ int runDecoderProcess(std::uint64_t addressSpaceBytes, CodecTable codecs) {
             return 0;
         }
         if (!send(answerSafely(worker, request, descriptors))) return 0;
-        worker.close();
+        worker.close(request);
     }
 }
 

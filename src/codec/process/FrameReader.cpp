@@ -26,21 +26,22 @@ public:
     }
     SequenceFrame next(std::stop_token stop) override {
         if (_isOver || _next >= _count) return {};
-        SequenceFrame result;
+        _isOver = true;
+        Frame frame;
+        int delay = 0;
         try {
             _request.frame = _next;
             _request.stop = StopFlag(stop);
-            result.frame = _decoder->frame(_request);
-            if (_count > 1) result.delay = shownDelay(_decoder->frameDelay(_next));
+            frame = _decoder->frame(_request);
+            if (_count > 1) delay = shownDelay(_decoder->frameDelay(_next));
         } catch (const std::exception&) {
-            result.frame = {};
+            frame = {};
         }
+        if (stop.stop_requested()) return {SequenceStatus::NotNow, {}, 0};
+        SequenceFrame next = sequenceFrame(std::move(frame), _next, delay);
+        _isOver = next.status != SequenceStatus::Decoded || !next.frame.isComplete;
         ++_next;
-        result.status = stop.stop_requested()         ? SequenceStatus::NotNow
-                        : result.frame.image.isNull() ? SequenceStatus::Damaged
-                                                      : SequenceStatus::Decoded;
-        _isOver = result.status != SequenceStatus::Decoded || !result.frame.isComplete;
-        return result;
+        return next;
     }
 
 private:
@@ -147,6 +148,12 @@ int threadsFor(Urgency urgency) {
 
 std::size_t framesToPlay(Decoder& decoder) {
     return decoder.isAnimation() ? std::clamp<std::size_t>(decoder.frameCount(), 1, mostFrames) : 1;
+}
+
+SequenceFrame sequenceFrame(Frame frame, std::size_t index, int delay) {
+    if (frame.image.isNull() || (index > 0 && !frame.isComplete))
+        return {SequenceStatus::Damaged, {}, 0};
+    return {SequenceStatus::Decoded, std::move(frame), delay};
 }
 
 std::vector<PictureProperties>

@@ -110,6 +110,9 @@ public:
 [[nodiscard]] int threadsFor(Urgency urgency);
 /// What `FrameSequence::frameCount` tells.
 [[nodiscard]] std::size_t framesToPlay(Decoder& decoder);
+/// What a decoder gave for a frame of a sequence. Half a picture is one where it is the first, and
+/// all there is; upon others it is damage.
+[[nodiscard]] SequenceFrame sequenceFrame(Frame frame, std::size_t index, int delay);
 
 /// One that reads nothing: every picture is to be read another time.
 [[nodiscard]] std::shared_ptr<FrameReader> noReader();

@@ -18,10 +18,11 @@ std::uint64_t availableMemory() {
     return 0;
 }
 
-MemoryBudget::Share MemoryBudget::take(std::uint64_t bytes, const std::stop_token& stop) {
+MemoryBudget::Share
+MemoryBudget::take(std::uint64_t bytes, const std::stop_token& stop, bool isUrgent) {
     platform::Lock lock(_mutex);
     const std::uint64_t ticket = _nextTicket++;
-    _line.push_back(ticket);
+    _line.insert(isUrgent ? _line.begin() : _line.end(), ticket);
     const bool isFree = _changed.waitUnlessStopped(lock, stop, [&] {
         _mutex.assertHeld();
         if (_line.front() != ticket) return false;
@@ -33,6 +34,11 @@ MemoryBudget::Share MemoryBudget::take(std::uint64_t bytes, const std::stop_toke
     if (!isFree) return nullptr;
     _inUse += bytes;
     return Share(this, [this, bytes](const void*) { giveBack(bytes); });
+}
+
+std::size_t MemoryBudget::waiting() {
+    const platform::Lock lock(_mutex);
+    return _line.size();
 }
 
 void MemoryBudget::giveBack(std::uint64_t bytes) {

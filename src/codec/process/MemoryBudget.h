@@ -14,8 +14,8 @@ namespace codec::process {
 [[nodiscard]] std::uint64_t availableMemory();
 
 /// What all decodes may take together: half of what is available when the first of them begins. One
-/// alone is always let through, whatever it takes, and nobody is overtaken. Any thread; outlives
-/// its shares.
+/// alone is always let through, whatever it takes, and nobody is overtaken but by what the user
+/// waits for. Any thread; outlives its shares.
 class MemoryBudget {
 public:
     /// Held for as long as the memory is.
@@ -25,7 +25,11 @@ public:
         : _available(std::move(available)) {}
 
     /// Waits until so much is free; nullptr when it was stopped.
-    [[nodiscard]] Share take(std::uint64_t bytes, const std::stop_token& stop);
+    [[nodiscard]] Share
+    take(std::uint64_t bytes, const std::stop_token& stop, bool isUrgent = false);
+
+    /// How many stand in line.
+    [[nodiscard]] std::size_t waiting();
 
 private:
     void giveBack(std::uint64_t bytes);

@@ -29,13 +29,17 @@ enum class Kind : std::uint32_t {
     CountFrames,
     FrameDelay,
     Properties,
-    Grant, ///< the answer to `NeedsMemory`
-    Deny,  ///< the same: the decode is over
+    OpenSequence,  ///< keeps the picture open; answered with the frames to play
+    NextFrame,     ///< of the sequence that was opened last
+    CloseSequence, ///< there is nobody to read the answer
+    Grant,         ///< the answer to `NeedsMemory`
+    Deny,          ///< the same: the decode is over
 };
 
-/// To the decoder process. The picture's descriptor comes with it, then one for a large result and
-/// one for the bytes of the target profile, where the two flags say so. For properties there may be
-/// several pictures of one type, and there is no other descriptor.
+/// To the decoder process. The picture's descriptor comes with it (but for the frames of an open
+/// sequence), then one for a large result and one for the bytes of the target profile, where the
+/// two flags say so. For properties there may be several pictures of one type, and there is no
+/// other descriptor.
 struct Request {
     Kind kind = Kind::Decode;
     std::uint32_t number = 0;
@@ -48,6 +52,8 @@ struct Request {
     std::uint32_t hasProfile = 0;
     std::uint32_t onlyEmbedded = 0;
     std::uint32_t pictures = 1;
+    std::uint32_t threads = 1;
+    std::uint32_t isDeep = 0; ///< as `Depth::Source`
     /// Type identifier by the file's name, in ASCII, ended by a zero.
     std::array<char, 72> typeHint{};
 };
@@ -63,6 +69,13 @@ enum class Status : std::uint32_t {
 /// A decode that takes less does not ask.
 inline constexpr std::uint64_t memoryWithoutAsking = std::uint64_t{32} << 20;
 
+/// The profile of a result's colours.
+enum class ResultProfile : std::uint32_t {
+    Srgb,
+    Wanted, ///< the one that came with the request
+    Own,    ///< the picture's: its bytes are in the memory for small results
+};
+
 /// From the decoder process.
 struct Reply {
     std::uint32_t number = 0; ///< of the request; 0 for the greeting
@@ -71,9 +84,12 @@ struct Reply {
     std::int32_t height = 0;
     std::uint32_t isOpaque = 0;
     std::uint32_t isComplete = 0;
-    /// Frames or milliseconds; for properties, the bytes of the result, which begins with one
-    /// number for each picture: the bytes of its dictionary, which stand behind all the numbers, or
-    /// `noProperties` or `noRoom`; in the greeting, the confinements that the kernel refused.
+    ResultProfile profile = ResultProfile::Srgb;
+    std::uint32_t profileBytes = 0;
+    /// Frames or milliseconds (of a sequence's frame, as they are shown); for properties, the bytes
+    /// of the result, which begins with one number for each picture: the bytes of its dictionary,
+    /// which stand behind all the numbers, or `noProperties` or `noRoom`; in the greeting, the
+    /// confinements that the kernel refused.
     std::uint64_t count = 0;
 };
 

@@ -7,8 +7,8 @@ using platform::Lock;
 
 namespace {
 
-/// Of an animation that is not kept as a whole: what a player that is held up for a moment needs.
-constexpr std::size_t mostAhead = 6;
+/// The one shown and the next one stay, however large they are.
+constexpr std::size_t fewest = 2;
 constexpr double secondsPerMillisecond = 1e-3;
 
 } // namespace
@@ -75,17 +75,32 @@ void AnimationFrames::endAt(std::size_t count) {
 
 AnimationFrames::Need AnimationFrames::waitForNeed(std::size_t index, const std::stop_token& stop) {
     Lock lock(_mutex);
-    if (!_isTooLong) return index < _count && !stop.stop_requested() ? Need::Next : Need::Nothing;
+    if (index >= _count && !_isTooLong) return Need::Nothing; // all are here
     Need need = Need::Nothing;
     const bool isNeeded = _shownChanged.waitUnlessStopped(lock, stop, [&] {
         _mutex.assertHeld();
         const std::size_t wanted = (_shown + 1) % _count;
+        const bool isMissing = wanted != 0 && !_frames.contains(wanted);
         // A player that jumped back is not to wait for the whole way round.
-        const bool isBehind = wanted != 0 && wanted < index && !_frames.contains(wanted);
-        need = isBehind || index >= _count ? Need::Rewind : Need::Next;
-        return _count > 1 && (isBehind || framesAhead(index % _count) <= mostAhead);
+        need = index >= _count || (isMissing && wanted < index) ? Need::Rewind : Need::Next;
+        return _count > 1 && (isMissing || need == Need::Rewind || hasRoomFor(index));
     });
     return isNeeded ? need : Need::Nothing;
+}
+
+bool AnimationFrames::hasRoomFor(std::size_t index) const {
+    if (index == 0 || _frames.size() < fewest || _frames.contains(index)) return true;
+    return _bytes + _frameBytes <= _mostBytes || framesAhead(index) < framesAhead(farthest());
+}
+
+std::size_t AnimationFrames::farthest() const {
+    return std::ranges::max_element(
+               _frames, {},
+               [this](const auto& entry) {
+                   _mutex.assertHeld();
+                   return framesAhead(entry.first);
+               })
+        ->first;
 }
 
 void AnimationFrames::store(std::size_t index, const codec::SequenceFrame& decoded) {
@@ -94,17 +109,13 @@ void AnimationFrames::store(std::size_t index, const codec::SequenceFrame& decod
     std::vector<PBImage> gone; // freed without the lock
     const Lock lock(_mutex);
     if (!_frames.emplace(index, image).second) return;
-    _bytes += image.image().sizeInBytes();
-    _isTooLong = _isTooLong || _bytes > _mostBytes;
-    // The one shown and the next one stay, however large they are.
-    while (_isTooLong && _frames.size() > 2) {
-        const auto farthest = std::ranges::max_element(_frames, {}, [this](const auto& entry) {
-            _mutex.assertHeld();
-            return framesAhead(entry.first);
-        });
-        if (framesAhead(farthest->first) <= mostAhead && _bytes <= _mostBytes) return;
-        _bytes -= farthest->second.image().sizeInBytes();
-        gone.push_back(std::move(farthest->second));
-        _frames.erase(farthest);
+    _frameBytes = image.image().sizeInBytes();
+    _bytes += _frameBytes;
+    while (_bytes > _mostBytes && _frames.size() > fewest) {
+        _isTooLong = true;
+        const auto dropped = _frames.find(farthest());
+        _bytes -= dropped->second.image().sizeInBytes();
+        gone.push_back(std::move(dropped->second));
+        _frames.erase(dropped);
     }
 }

@@ -10,8 +10,9 @@
 #include <thread>
 
 /// Decodes an animation while it plays, on a thread of its own: all of it once where the frames
-/// take no more than `keptBytes`; else a few frames ahead of the one shown, again and again. Begins
-/// with the first frame that is shown, so that an animation which nobody plays costs one frame.
+/// take no more than `keptBytes`; else as many as that ahead of the one shown, round after round.
+/// Begins with the first frame that is shown, so that an animation which nobody plays costs one
+/// frame.
 class AnimationFrames final : public PlayedFrames {
 public:
     /// Asked on the thread, with what stops it.
@@ -35,6 +36,10 @@ private:
     [[nodiscard]] Need waitForNeed(std::size_t index, const std::stop_token& stop);
     void endAt(std::size_t count);
     void store(std::size_t index, const codec::SequenceFrame& decoded);
+    /// It can be kept, in place of one that is wanted later.
+    [[nodiscard]] bool hasRoomFor(std::size_t index) const VELMORA_REQUIRES(_mutex);
+    /// The frame in memory that is wanted last.
+    [[nodiscard]] std::size_t farthest() const VELMORA_REQUIRES(_mutex);
     /// The frames between the one shown and this one, round the end.
     [[nodiscard]] std::size_t framesAhead(std::size_t index) const VELMORA_REQUIRES(_mutex);
 
@@ -45,6 +50,7 @@ private:
     std::size_t _count VELMORA_GUARDED_BY(_mutex);
     std::size_t _shown VELMORA_GUARDED_BY(_mutex) = 0;
     bool _isTooLong VELMORA_GUARDED_BY(_mutex) = false;
+    qsizetype _frameBytes VELMORA_GUARDED_BY(_mutex) = 0; ///< of the last one
     qsizetype _bytes VELMORA_GUARDED_BY(_mutex) = 0;
     std::map<std::size_t, PBImage> _frames VELMORA_GUARDED_BY(_mutex);
     std::jthread _thread; // the last member: it ends before the others go

@@ -10,12 +10,6 @@ LargeImageRequests::LargeImageRequests(
     : _manager(manager), _buffer(buffer), _importers(importers),
       _pathOfItem(std::move(pathOfItem)) {}
 
-void LargeImageRequests::setScreen(const LargeImageScreen& screen) {
-    const bool hasOtherColours = screen.colorSpace != _manager.screen().colorSpace;
-    _manager.setScreen(screen);
-    if (hasOtherColours) _buffer.screenDidChange();
-}
-
 AppropriateImage
 LargeImageRequests::imageForZoom(const PBImageFileItem& item, double zoomScale) const {
     return appropriateImageForScale(item, _manager.screen().imageScaleForZoomScale(zoomScale));

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "image/large/ImageVersions.h"
-#include "image/large/LargeImageScreen.h"
 
 #include <QString>
 
@@ -33,10 +32,6 @@ public:
     LargeImageRequests(
         PBLoadImageManager& manager, PBImageBufferManager& buffer,
         PBImageImporterManager& importers, PathOfItem pathOfItem);
-
-    /// The window shows on another screen, or its screen has changed: what was loaded for other
-    /// colours is shown until it has been loaded anew.
-    void setScreen(const LargeImageScreen& screen);
 
     /// The best version for a zoom (points for each pixel of the file).
     [[nodiscard]] AppropriateImage

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -42,7 +43,14 @@ void LoadPace::didLoad(Duration time, double pixels) {
     if (pixels <= 0) return;
     const double rate = std::chrono::duration<double>(time).count() / pixels;
     // Rather too slow than too fast: what is begun too late is stopped half-way.
-    _secondsPerPixel = std::max(rate, 0.75 * _secondsPerPixel + 0.25 * rate);
+    const bool isFirst = !std::exchange(_hasMeasured, true);
+    _secondsPerPixel = isFirst ? rate : std::max(rate, 0.75 * _secondsPerPixel + 0.25 * rate);
+}
+
+void LoadPace::didStop(Duration time, double pixels) {
+    if (pixels <= 0) return;
+    const double least = std::chrono::duration<double>(time).count() / pixels;
+    _secondsPerPixel = std::max(_secondsPerPixel, least);
 }
 
 bool LoadPace::isHurried() const {

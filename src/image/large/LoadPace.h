@@ -22,6 +22,8 @@ public:
     void didEndStepping() { _isHurried = false; }
     /// A fit-in load ran to its end.
     void didLoad(Duration time, double pixels);
+    /// One was stopped after so long.
+    void didStop(Duration time, double pixels);
 
     /// Steps follow each other faster than pictures load, and the last is not long ago.
     [[nodiscard]] bool isHurried() const;
@@ -43,5 +45,6 @@ private:
     std::int64_t _index = 0;
     std::int64_t _direction = 0;
     Duration _interval{};
+    bool _hasMeasured = false;
     double _secondsPerPixel = 150e-3 / 24e6; // of the file; a JPEG on a slow core, to begin with
 };

@@ -23,7 +23,13 @@ qint64 PBImageBufferManager::usualByteLimit() {
 }
 
 PBImageBufferManager::PBImageBufferManager(Environment environment)
-    : _environment(std::move(environment)) {}
+    : _environment(std::move(environment)) {
+    _environment.loadImageManager.setColoursObserver([this] { coloursDidChange(); });
+}
+
+PBImageBufferManager::~PBImageBufferManager() {
+    _environment.loadImageManager.setColoursObserver({});
+}
 
 void PBImageBufferManager::pushImageFileItem(
     const std::shared_ptr<PBImageFileItem>& item, std::int64_t index, Items keepItems) {
@@ -88,7 +94,7 @@ void PBImageBufferManager::clearBuffer() {
     }
 }
 
-void PBImageBufferManager::screenDidChange() {
+void PBImageBufferManager::coloursDidChange() {
     platform::assertMainThread();
     for (const Held& held : _imageFileArray)
         expireImages(*held.item);

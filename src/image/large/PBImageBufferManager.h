@@ -23,14 +23,17 @@ public:
     /// A sixteenth of the machine's memory.
     [[nodiscard]] static qint64 usualByteLimit();
     struct Environment {
-        /// Knows the screen and the focus.
-        const PBLoadImageManager& loadImageManager;
+        /// Knows the screen and the focus; tells when the screen's colours change.
+        PBLoadImageManager& loadImageManager;
         /// Of all fit-in pictures together.
         qint64 byteLimit = usualByteLimit();
         /// Bytes that the machine could give now: where they run short, less is kept.
         std::function<std::uint64_t()> availableMemory = &codec::process::availableMemory;
     };
     explicit PBImageBufferManager(Environment environment);
+    ~PBImageBufferManager();
+    PBImageBufferManager(const PBImageBufferManager&) = delete;
+    PBImageBufferManager& operator=(const PBImageBufferManager&) = delete;
 
     /// The item has got pictures. Of 15 or more items the one farthest from the index loses its
     /// own, but those in `keepItems`, which are on screen, keep theirs. An item that is there keeps
@@ -40,9 +43,6 @@ public:
         const std::shared_ptr<PBImageFileItem>& item, std::int64_t index, Items keepItems = {});
     /// Takes all pictures from all items: the large view is left, or memory is short.
     void clearBuffer();
-    /// The screen has other colours: what was loaded for the former ones is shown until it has been
-    /// loaded anew.
-    void screenDidChange();
     /// A scan brought the photograph again as another item, which takes over the pictures; they are
     /// shown until they have been loaded anew where the file has changed.
     void itemWasReplaced(
@@ -58,6 +58,8 @@ private:
         std::shared_ptr<PBImageFileItem> item;
         std::int64_t index = 0;
     };
+    /// What was loaded for the screen's former colours is shown until it has been loaded anew.
+    void coloursDidChange();
     /// False when all are kept.
     bool dropFarthest(std::int64_t index, const std::function<bool(const Held&)>& isKept);
     void letGo(const Held& held) const;

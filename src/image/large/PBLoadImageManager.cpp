@@ -26,6 +26,13 @@ PBLoadImageManager::~PBLoadImageManager() {
     finish();
 }
 
+void PBLoadImageManager::setScreen(const LargeImageScreen& screen) {
+    platform::assertMainThread();
+    const bool hasOtherColours = screen.colorSpace != _screen.colorSpace;
+    _screen = screen;
+    if (hasOtherColours && _coloursObserver) _coloursObserver();
+}
+
 void PBLoadImageManager::addLoadImageOperation(Operation operation, bool atEnd) {
     platform::assertMainThread();
     if (_isFinished) return;
@@ -78,9 +85,7 @@ void PBLoadImageManager::didFinish(const Operation& operation) {
     platform::assertMainThread();
     if (_isFinished) return;
     const LoadedImages& images = operation->images();
-    if (images.kind == LoadedImages::Kind::Nothing) ++_figures.stopped;
-    if (images.kind == LoadedImages::Kind::Images && operation->scale() < 1.0)
-        _pace.didLoad(operation->_loadTime, pixelsOf(operation->imageSize()));
+    noteTime(*operation);
     for (const auto& link : std::vector(operation->_delegateArray)) {
         const auto display = link.lock(); // one display may end another
         if (!display) continue;
@@ -89,6 +94,16 @@ void PBLoadImageManager::didFinish(const Operation& operation) {
     }
     std::erase(_loadingArray, operation);
     tryFireOperation();
+}
+
+void PBLoadImageManager::noteTime(const PBLoadImageOperation& operation) {
+    using Kind = LoadedImages::Kind;
+    const Kind kind = operation.images().kind;
+    if (kind == Kind::Nothing) ++_figures.stopped;
+    if (operation.scale() >= 1.0) return;
+    const double pixels = pixelsOf(operation.imageSize());
+    if (kind == Kind::Images) _pace.didLoad(operation._loadTime, pixels);
+    if (kind == Kind::Nothing) _pace.didStop(operation._loadTime, pixels);
 }
 
 void PBLoadImageManager::moveLoadImageOperaToHead(const PBLoadImageOperation& operation) {

@@ -32,7 +32,11 @@ public:
 
     /// The screen of the window that shows large pictures.
     [[nodiscard]] const LargeImageScreen& screen() const { return _screen; }
-    void setScreen(const LargeImageScreen& screen) { _screen = screen; }
+    void setScreen(const LargeImageScreen& screen);
+    /// Called when the screen's colours are others than before; one at a time, empty for none.
+    void setColoursObserver(std::function<void()> observer) {
+        _coloursObserver = std::move(observer);
+    }
 
     void addLoadImageOperation(Operation operation, bool atEnd);
     /// Of an operation that waits; nothing for others.
@@ -79,8 +83,10 @@ public:
 private:
     void begin(Operation operation);
     void didFinish(const Operation& operation);
+    void noteTime(const PBLoadImageOperation& operation);
 
     LargeImageScreen _screen;
+    std::function<void()> _coloursObserver;
     LoadPace _pace;
     std::optional<std::int64_t> _focusIndex;
     std::deque<Operation> _waitingArray;

@@ -4,6 +4,7 @@
 #include "codec/PBImageImporterManager.h"
 #include "core/FileTypes.h"
 #include "core/PBAppDelegate.h"
+#include "fileactions/marks/EditRunner.h"
 #include "group/PBImageFileItem.h"
 #include "library/PBPathHistory.h"
 #include "platform/program/UserDefaults.h"
@@ -13,6 +14,7 @@
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/WindowSettings.h"
 #include "shell/services/BrowsingSettings.h"
+#include "shell/services/ChosenPhotographs.h"
 #include "shell/sidebar/SourceTreeController.h"
 
 #include <QClipboard>
@@ -41,11 +43,13 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
     platform::assertMainThread();
     MenuState state;
     state.isLargeView = _parts.delegate.isLargeViewMode();
+    readChosen(state);
     if (state.isLargeView) {
         state.largeView = _parts.largeView.state();
     } else {
         readBrowser(state);
     }
+    readEdits(state);
     readSideBar(state);
     readWindow(state);
     if (includesPasteboard) {
@@ -57,13 +61,8 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
 
 void MenuStateReader::readBrowser(MenuState& state) const {
     const PBImageBrowserView& view = _parts.browserPane.browserView();
-    const PBImageFileList selected = view.selection().selectedFileArray(FoldedLeaves::Included);
     state.hasItems = view.leaves().leafCount() > 0;
-    state.selectCount = std::ssize(selected);
-    state.areAllSelectedFlagged =
-        !selected.empty() &&
-        std::ranges::all_of(selected, [](const auto& item) { return item->flagged(); });
-    if (view.hasFocus()) state.canRevealFocused = !selected.empty();
+    if (view.hasFocus()) state.canRevealFocused = state.selectCount > 0;
     state.style = view.style();
     state.thumbnailSize = view.thumbnailSize();
     for (std::size_t step = 0; step < state.canStep.size(); ++step)
@@ -71,6 +70,23 @@ void MenuStateReader::readBrowser(MenuState& state) const {
     state.sortType = _parts.browsing.sortType();
     state.descendingSort = _parts.browsing.descendingSort();
     state.filter = _parts.browsing.filter();
+}
+
+void MenuStateReader::readChosen(MenuState& state) const {
+    const PBImageFileList chosen = _parts.chosen.all();
+    state.selectCount = std::ssize(chosen);
+    state.areAllSelectedFlagged =
+        !chosen.empty() &&
+        std::ranges::all_of(chosen, [](const auto& item) { return item->flagged(); });
+}
+
+void MenuStateReader::readEdits(MenuState& state) const {
+    const fileactions::EditRunner& edits = _parts.edits;
+    // What is on its way can be taken back, too: that comes behind it.
+    state.canUndo = edits.canUndo() || edits.pendingCount() > 0;
+    state.canRedo = edits.canRedo();
+    state.undoText = edits.undoText();
+    state.redoText = edits.redoText();
 }
 
 void MenuStateReader::readSideBar(MenuState& state) const {

@@ -5,6 +5,7 @@
 class BrowserPane;
 class BrowsingSettings;
 class LargeViewCommands;
+class ChosenPhotographs;
 class PaneLayout;
 class PBAppDelegate;
 class PBImageImporterManager;
@@ -12,6 +13,9 @@ class PBPathHistory;
 class QMainWindow;
 class SourceTreeController;
 
+namespace fileactions {
+class EditRunner;
+}
 namespace platform {
 class UserDefaults;
 }
@@ -25,6 +29,8 @@ public:
         platform::UserDefaults& userDefaults;
         const PBPathHistory& pathHistory;
         PBImageImporterManager& imageImporterManager;
+        const fileactions::EditRunner& edits;
+        const ChosenPhotographs& chosen;
         QMainWindow& window;
         BrowserPane& browserPane;
         const LargeViewCommands& largeView;
@@ -39,6 +45,8 @@ public:
 
 private:
     void readBrowser(MenuState& state) const;
+    void readChosen(MenuState& state) const;
+    void readEdits(MenuState& state) const;
     void readSideBar(MenuState& state) const;
     void readWindow(MenuState& state) const;
 

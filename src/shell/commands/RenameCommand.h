@@ -2,24 +2,27 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class BrowserPane;
-class FMDatabase;
 class PBImageFileItem;
 class QWidget;
 
 namespace fileactions {
+class EditRunner;
 struct NameToGive;
-}
+} // namespace fileactions
 
 /// The rename of a photograph in its place in the browser. Main thread.
 class RenameCommand {
 public:
     struct Parts {
-        FMDatabase& mainFileDb;
+        fileactions::EditRunner& edits;
         BrowserPane& browserPane;
         QWidget& window;
+        /// Opens the field again with what was typed; empty for that of the browser.
+        std::function<void(const std::shared_ptr<PBImageFileItem>&, const QString&)> typeAgain = {};
     };
 
     /// The parts outlive this object, which outlives the window's dialogs.
@@ -40,4 +43,6 @@ private:
     void typeAgain(const std::shared_ptr<PBImageFileItem>& item, const QString& typed);
 
     const Parts _parts;
+    /// Expires with this object.
+    const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
 };

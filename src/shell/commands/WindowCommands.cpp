@@ -1,8 +1,10 @@
 #include "shell/commands/WindowCommands.h"
 
 #include "browser/PBImageBrowserView.h"
+#include "fileactions/marks/EditRunner.h"
 #include "platform/desktop/Workspace.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/commands/MarkCommands.h"
 #include "shell/large/LargeView.h"
 #include "shell/large/SlideshowCommand.h"
 #include "shell/menus/HelpDialogs.h"
@@ -12,10 +14,9 @@
 #include "shell/panes/ThumbnailSizeSlider.h"
 #include "shell/services/ShellServices.h"
 #include "shell/sidebar/SourceSidebar.h"
-#include "shell/toolbar/ImageToolbarController.h"
-#include "shell/toolbar/MainToolbar.h"
 
 #include <QMainWindow>
+#include <QToolBar>
 
 using Command = MenuCommand;
 
@@ -60,6 +61,8 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
            .userDefaults = parts.services.userDefaults,
            .pathHistory = parts.services.pathHistory,
            .imageImporterManager = parts.services.imageImporterManager,
+           .edits = parts.services.edits,
+           .chosen = parts.chosen,
            .window = parts.window,
            .browserPane = parts.browserPane,
            .largeView = _largeCommands,
@@ -68,8 +71,12 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
       _arrange(parts.services.browsing, parts.services.delegate),
       _browserView(parts.browserPane.browserView(), parts.services.userDefaults, nullptr),
       _rename(
-          {.mainFileDb = parts.services.mainFileDb,
+          {.edits = parts.services.edits,
            .browserPane = parts.browserPane,
+           .window = parts.window}),
+      _tags(
+          {.edits = parts.services.edits,
+           .mainFileDb = parts.services.mainFileDb,
            .window = parts.window}),
       _fullScreen(
           {.window = parts.window,
@@ -82,6 +89,7 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
           this)) {
     connectFolderCommands();
     connectEditCommands();
+    connectMarkCommands();
     connectBrowserCommands();
     connectPaneCommands();
     connectGoCommands();
@@ -106,6 +114,9 @@ void WindowCommands::connectFolderCommands() {
 }
 
 void WindowCommands::connectEditCommands() {
+    fileactions::EditRunner& edits = _parts.services.edits;
+    _menu->connectCommand(Command::undo, [&edits] { edits.undo(); });
+    _menu->connectCommand(Command::redo, [&edits] { edits.redo(); });
     _menu->connectCommand(Command::selectAll, [this] { selectAll(true); });
     _menu->connectCommand(Command::deselectAll, [this] { selectAll(false); });
     _menu->connectCommand(Command::find, [this] {
@@ -113,6 +124,18 @@ void WindowCommands::connectEditCommands() {
         _parts.find();
     });
     _menu->connectCommand(Command::renameFile, [this] { _rename.begin(); });
+}
+
+void WindowCommands::connectMarkCommands() {
+    MarkCommands& marks = _parts.marks;
+    for (const MarkCommands::Row& row : MarkCommands::rows())
+        _menu->connectCommand(row.command, [&marks, &row] { marks.perform(row.change); });
+    _menu->connectCommand(Command::manageTags, [this] { _tags.show(); });
+    const PBImageBrowserView& view = _parts.browserPane.browserView();
+    connect(&view, &PBImageBrowserView::flagToggleRequested, &marks, &MarkCommands::flagClicked);
+    connect(&view, &PBImageBrowserView::rotateLeftRequested, &marks, &MarkCommands::rotateLeft);
+    connect(&view, &PBImageBrowserView::rotateRightRequested, &marks, &MarkCommands::rotateRight);
+    connect(&view, &PBImageBrowserView::ratingRequested, &marks, &MarkCommands::ratingWithStar);
 }
 
 void WindowCommands::connectBrowserCommands() {
@@ -194,7 +217,8 @@ void WindowCommands::connectInBoth(MenuCommand command, std::function<void()> in
 
 void WindowCommands::connectLargeView() {
     LargeView& largeView = _parts.largeView;
-    _menu->connectCommand(Command::view_BrowserView, [&largeView] { largeView.view_BrowserView(); });
+    _menu->connectCommand(
+        Command::view_BrowserView, [&largeView] { largeView.view_BrowserView(); });
     _menu->connectCommand(Command::view_SlideshowView, [&show = _parts.slideshowCommand] {
         show.view_SlideshowView();
     });
@@ -209,10 +233,6 @@ void WindowCommands::connectLargeView() {
     connect(&largeView, &LargeView::contextMenuRequested, this, [this](const QPoint& position) {
         _menu->popUpLargeViewMenu(position, &_parts.window);
     });
-    _imageToolbar = new ImageToolbarController(_parts.toolbar, *_menu, this);
-    connect(
-        &largeView, &LargeView::stateDidChange, _imageToolbar,
-        &ImageToolbarController::validateVisibleItems);
 }
 
 void WindowCommands::revealInFinder() {

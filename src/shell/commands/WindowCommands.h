@@ -5,6 +5,7 @@
 #include "shell/commands/FullScreenControl.h"
 #include "shell/commands/MenuStateReader.h"
 #include "shell/commands/RenameCommand.h"
+#include "shell/commands/TagCommands.h"
 #include "shell/large/LargeViewCommands.h"
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/WindowSettings.h"
@@ -14,12 +15,13 @@
 #include <functional>
 
 class BrowserPane;
+class ChosenPhotographs;
 class FilterCommands;
-class ImageToolbarController;
 class LargeView;
 class MainMenu;
-class MainToolbar;
+class MarkCommands;
 class QMainWindow;
+class QToolBar;
 class SlideshowCommand;
 class SourceSidebar;
 class StatusBarView;
@@ -34,12 +36,14 @@ public:
     struct Parts {
         const ShellServices& services;
         QMainWindow& window;
+        const ChosenPhotographs& chosen;
+        MarkCommands& marks;
         BrowserPane& browserPane;
         SourceSidebar& sourceSidebar;
         FilterCommands& filterCommands;
         PaneLayout& panes;
         StatusBarView& statusBarView;
-        MainToolbar& toolbar;
+        QToolBar& toolbar;
         LargeView& largeView;
         SlideshowCommand& slideshowCommand;
         /// Puts the keyboard into the search field.
@@ -58,6 +62,7 @@ public:
 private:
     void connectFolderCommands();
     void connectEditCommands();
+    void connectMarkCommands();
     void connectBrowserCommands();
     void connectPaneCommands();
     void connectGoCommands();
@@ -79,7 +84,7 @@ private:
     ArrangeCommands _arrange;
     BrowserViewCommands _browserView;
     RenameCommand _rename;
+    TagCommands _tags;
     FullScreenControl _fullScreen;
-    MainMenu* _menu;                    // a child of this
-    ImageToolbarController* _imageToolbar; // the same
+    MainMenu* _menu; // a child of this
 };

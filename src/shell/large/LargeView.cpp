@@ -10,7 +10,6 @@
 #include "shell/panes/BrowserPane.h"
 #include "shell/services/ShellServices.h"
 #include "shell/sidebar/SourceSelection.h"
-#include "shell/toolbar/MainToolbar.h"
 #include "viewer/PBImageView.h"
 
 #include <QFileInfo>
@@ -71,7 +70,6 @@ void LargeView::enterToLargeView(const PBImageBrowserIndex& index) {
     _groupPath = LargeViewLists::groupPath(list.groupItem);
     _isAwaitingFocus = false;
     (void)browser.selection().deselectAll();
-    _parts.toolbar.setContent(MainToolbar::Content::LargeView);
     moveInfoTo(*_infoView);
     _parts.contents.setCurrentWidget(_controller->view());
     _controller->enter(std::move(list), focus);
@@ -97,7 +95,6 @@ void LargeView::view_ThumbnailView() {
     _controller->leave();
     _groupPath.clear();
     _isAwaitingFocus = false;
-    _parts.toolbar.setContent(MainToolbar::Content::Browser);
     moveInfoTo(_parts.browserInfoView);
     _parts.contents.setCurrentIndex(0);
     Q_EMIT isShownDidChange(false);
@@ -165,8 +162,7 @@ void LargeView::updateWindowTitle(const QString& title, const QString& represent
 
 bool LargeView::canOpenPath(const QString& path) const {
     if (QFileInfo(path).isDir()) return true;
-    const QString type =
-        PBUtilities::extentionToUTI(PBUtilities::pathExtension(path).toString());
+    const QString type = PBUtilities::extentionToUTI(PBUtilities::pathExtension(path).toString());
     return PBUtilities::conformsToUTIArray(
         type, _parts.services.imageImporterManager.supportImageTypes());
 }

@@ -11,7 +11,6 @@
 #include <optional>
 
 class BrowserPane;
-class MainToolbar;
 class QMainWindow;
 class QStackedWidget;
 class SourceSelection;
@@ -30,7 +29,6 @@ public:
         QStackedWidget& contents; ///< the browser and what belongs to it is its first page
         BrowserPane& browserPane;
         SourceSelection& selection;
-        MainToolbar& toolbar;
         QWidget& info;            ///< the information panel, which is in both views
         QWidget& browserInfoView; ///< holds it while the browser is shown
         /// Opens files and folders that were dropped.

@@ -13,10 +13,9 @@ using LargeViewLists::List;
 template <typename Predicate>
 PBImageFileArray imagesWhere(const BrowserLeafList& leaves, Predicate predicate) {
     PBImageFileArray images;
-    leaves.forEachImage(
-        FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
-            if (predicate(*item)) images.push_back(item);
-        });
+    leaves.forEachImage(FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
+        if (predicate(*item)) images.push_back(item);
+    });
     return images;
 }
 
@@ -64,8 +63,7 @@ std::int64_t leafOfPath(const BrowserLeafList& leaves, const LargeViewLists::Gro
 
 } // namespace
 
-LargeViewLists::GroupPath
-LargeViewLists::groupPath(const std::shared_ptr<PBGroupItemData>& leaf) {
+LargeViewLists::GroupPath LargeViewLists::groupPath(const std::shared_ptr<PBGroupItemData>& leaf) {
     GroupPath path;
     if (!leaf) return path;
     path.push_back(leaf);
@@ -85,8 +83,8 @@ LargeViewLists::forEntering(const BrowserLeafList& leaves, const PBImageBrowserI
 }
 
 std::optional<LargeViewLists::List> LargeViewLists::afterRebuild(
-    const BrowserLeafList& leaves, const PhotoBin& bin, const GroupPath& path, PBOpenFiles* openFiles,
-    const group::FolderPaths& folderPaths) {
+    const BrowserLeafList& leaves, const PhotoBin& bin, const GroupPath& path,
+    PBOpenFiles* openFiles, const group::FolderPaths& folderPaths) {
     if (openFiles) {
         group::FolderPathCache folderCache;
         return List{

@@ -29,7 +29,7 @@ using GroupPath = std::vector<std::shared_ptr<PBGroupItemData>>;
 /// is. A request to open files comes first, then the group that the list mirrors, which is empty
 /// where it is gone; of selected photographs those stay that are still there.
 [[nodiscard]] std::optional<List> afterRebuild(
-    const BrowserLeafList& leaves, const PhotoBin& bin, const GroupPath& path, PBOpenFiles* openFiles,
-    const group::FolderPaths& folderPaths);
+    const BrowserLeafList& leaves, const PhotoBin& bin, const GroupPath& path,
+    PBOpenFiles* openFiles, const group::FolderPaths& folderPaths);
 
 } // namespace LargeViewLists

@@ -149,6 +149,7 @@ void MainMenu::validate(bool includesPasteboard) {
         action->setCheckable(item.isChecked.has_value());
         action->setChecked(item.isChecked.value_or(false));
         if (!item.title.isEmpty()) action->setText(localizedString(item.title));
+        if (!item.text.isEmpty()) action->setText(item.text);
     }
     for (QMenu* submenu : _submenus)
         enableAsEntries(*submenu);
@@ -160,8 +161,7 @@ void MainMenu::trigger(MenuCommand command) {
 
 bool MainMenu::isPossible(MenuCommand command) const {
     platform::assertMainThread();
-    return _performers[indexOf(command)] &&
-           validateMenuItem(command, _readState(false)).isEnabled;
+    return _performers[indexOf(command)] && validateMenuItem(command, _readState(false)).isEnabled;
 }
 
 void MainMenu::popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWidget* parent) {

@@ -18,6 +18,8 @@ enum class MenuCommand : std::uint8_t {
     deleteClicked,
     quit,
     // Editing
+    undo,
+    redo,
     copy,
     paste,
     selectAll,
@@ -70,6 +72,7 @@ enum class MenuCommand : std::uint8_t {
     rotateRight,
     automaticRotate,
     resetRotate,
+    manageTags,
     // Ways through folders and photographs
     back,
     forward,

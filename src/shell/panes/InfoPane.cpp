@@ -1,31 +1,27 @@
 #include "shell/panes/InfoPane.h"
 
 #include "platform/program/LocalizedTexts.h"
-#include "shell/panes/MessagePane.h"
 #include "shell/panes/WindowSettings.h"
 #include "ui/HeaderBar.h"
 #include "ui/Icons.h"
 
-#include <QStackedWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
 
 using platform::localizedString;
 
-InfoPane::InfoPane(platform::UserDefaults& defaults, QWidget* parent)
-    : QWidget(parent), _defaults(defaults), _bar(new HeaderBar(localizedString(u"Information"))),
-      _generalInfoButton(addButton(localizedString(u"GeneralInformation"), 0)),
-      _moreInfoButton(addButton(localizedString(u"MoreInformation"), 1)),
-      _panels(new QStackedWidget) {
-    _panels->addWidget(
-        new MessagePane(localizedString(u"NoGeneralInformation"), QStringLiteral("generalInfo")));
-    _panels->addWidget(
-        new MessagePane(localizedString(u"NoMoreInformation"), QStringLiteral("moreInfo")));
+InfoPane::InfoPane(const InfoPanel::Parts& parts, QWidget* parent)
+    : QWidget(parent), _defaults(parts.userDefaults), _panel(new InfoPanel(parts)),
+      _bar(new HeaderBar(_panel->title())),
+      _generalInfoButton(addButton(localizedString(u"GeneralInformation"), InfoPanel::General)),
+      _moreInfoButton(addButton(localizedString(u"MoreInformation"), InfoPanel::More)) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(_bar);
-    layout->addWidget(_panels, 1);
+    layout->addWidget(_panel, 1);
+    setFocusProxy(_panel);
+    connect(_panel, &InfoPanel::titleDidChange, _bar, &HeaderBar::setTitle);
     selectInfo(WindowSettings(_defaults).infoTag());
 }
 
@@ -36,22 +32,21 @@ QToolButton* InfoPane::addButton(const QString& text, int tag) {
     button->setFocusPolicy(Qt::TabFocus);
     button->setToolTip(text);
     button->setAccessibleName(text);
-    connect(button, &QToolButton::clicked, this, [this, tag] {
-        selectInfo(tag);
-        WindowSettings(_defaults).setInfoTag(tag);
-    });
+    connect(button, &QToolButton::clicked, this, [this, tag] { chooseInfo(tag); });
     _bar->addWidget(button);
     return button;
 }
 
-int InfoPane::selectedInfo() const {
-    return _panels->currentIndex();
+void InfoPane::chooseInfo(int tag) {
+    selectInfo(tag);
+    WindowSettings(_defaults).setInfoTag(tag);
 }
 
 void InfoPane::selectInfo(int tag) {
-    _generalInfoButton->setIcon(
-        Icons::named(tag == 0 ? QStringLiteral("generalInfo_s") : QStringLiteral("generalInfo_n")));
+    const bool isGeneral = tag == InfoPanel::General;
+    _generalInfoButton->setIcon(Icons::named(
+        isGeneral ? QStringLiteral("generalInfo_s") : QStringLiteral("generalInfo_n")));
     _moreInfoButton->setIcon(
-        Icons::named(tag == 1 ? QStringLiteral("moreInfo_s") : QStringLiteral("moreInfo_n")));
-    _panels->setCurrentIndex(tag);
+        Icons::named(isGeneral ? QStringLiteral("moreInfo_n") : QStringLiteral("moreInfo_s")));
+    _panel->selectInfo(tag);
 }

@@ -1,33 +1,34 @@
 #pragma once
 
+#include "info/InfoPanel.h"
+
 #include <QWidget>
 
 class HeaderBar;
-class QStackedWidget;
 class QToolButton;
 
-namespace platform {
-class UserDefaults;
-}
-
-/// The information panel: two panels, of which the buttons in its bar choose one. Main thread.
+/// The pane with the information panel: its title, and the buttons that choose one of its two
+/// pages, in the bar over it. May be placed elsewhere at any time. Main thread.
 class InfoPane final : public QWidget {
     Q_OBJECT
 
 public:
-    /// The settings outlive this widget.
-    explicit InfoPane(platform::UserDefaults& defaults, QWidget* parent = nullptr);
+    /// All of the parts outlive this widget.
+    explicit InfoPane(const InfoPanel::Parts& parts, QWidget* parent = nullptr);
 
+    [[nodiscard]] InfoPanel& panel() const { return *_panel; }
     /// 0: the general panel, 1: the one with more information.
-    [[nodiscard]] int selectedInfo() const;
+    [[nodiscard]] int selectedInfo() const { return _panel->selectedInfo(); }
     void selectInfo(int tag);
 
 private:
+    /// Shows the page, and does so at the next start.
+    void chooseInfo(int tag);
     QToolButton* addButton(const QString& text, int tag);
 
     platform::UserDefaults& _defaults;
+    InfoPanel* _panel;
     HeaderBar* _bar;
     QToolButton* _generalInfoButton;
     QToolButton* _moreInfoButton;
-    QStackedWidget* _panels;
 };

@@ -14,6 +14,9 @@ class PBImageImporterManager;
 class PBLoadImageManager;
 class PBPathHistory;
 
+namespace fileactions {
+class EditRunner;
+}
 namespace platform {
 class Mutex;
 class OperationQueue;
@@ -51,4 +54,6 @@ struct ShellServices {
     /// The line of large pictures, and which items may hold them.
     PBLoadImageManager& loadImageManager;
     PBImageBufferManager& imageBufferManager;
+    /// What the user does to photographs.
+    fileactions::EditRunner& edits;
 };

@@ -5,14 +5,20 @@
 #include <QObject>
 
 class BrowserPane;
+class ChosenPhotographs;
 class FilterCommands;
 class HeaderBar;
 class MainToolbar;
+class MarkCommands;
 class PaneLayout;
+class PBAppDelegate;
 class PBPathHistory;
 class QToolButton;
 class SourceSelection;
 
+namespace fileactions {
+class EditRunner;
+}
 namespace platform {
 class UserDefaults;
 }
@@ -32,6 +38,10 @@ public:
         FilterCommands& filters;
         SourceSelection& selection;
         BrowserPane& browserPane;
+        const PBAppDelegate& delegate;
+        const ChosenPhotographs& chosen;
+        MarkCommands& marks;
+        fileactions::EditRunner& edits;
         PaneLayout& panes;
     };
 
@@ -55,6 +65,7 @@ protected:
 private:
     void connectHistory();
     void connectFilters();
+    void connectMarks();
     void connectSourceBar();
     void updateFilterSegmentControl();
     void updateSearchField();

@@ -190,7 +190,8 @@ void PBThumbnailView::paintEvent(QPaintEvent* event) {
     if (_thumbnails.takeHasMissed()) preloadThumbnail();
     // What had no time gets its turn when the events that wait are done.
     if (_isCrude)
-        QMetaObject::invokeMethod(this, [this] { update(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { update(); }, Qt::QueuedConnection);
 }
 
 QRectF PBThumbnailView::pictureRect(const QRectF& cell, const QImage& thumbnail, double angle) {
@@ -232,8 +233,7 @@ void PBThumbnailView::drawAtIndex(QPainter& painter, std::int64_t index, double 
         painter.translate(target.center());
         painter.rotate(-angle);
         const QSizeF size = PBUtilities::rotateSize(target.size(), angle);
-        painter.drawImage(
-            QRectF(QPointF(-size.width() / 2, -size.height() / 2), size), thumbnail);
+        painter.drawImage(QRectF(QPointF(-size.width() / 2, -size.height() / 2), size), thumbnail);
         painter.restore();
     }
     painter.setOpacity(1);
@@ -286,16 +286,15 @@ void PBThumbnailView::beginDragOut(std::int64_t index) {
     const QRect cell = widgetRect(index);
     const QImage thumbnail = item->thumbnailRef();
     const QSizeF size = pictureRect(cell, thumbnail, item->rotateAngle()).size();
-    drag->setPixmap(QPixmap::fromImage(DragOut::picture(
-        thumbnail, size.toSize(), item->rotateAngle(), 1, devicePixelRatioF())));
+    drag->setPixmap(QPixmap::fromImage(
+        DragOut::picture(thumbnail, size.toSize(), item->rotateAngle(), 1, devicePixelRatioF())));
     drag->setHotSpot(QPoint(size.toSize().width(), size.toSize().height()) / 2);
     drag->exec(Qt::CopyAction);
     _downPoint.reset();
 }
 
 void PBThumbnailView::contextMenuEvent(QContextMenuEvent* event) {
-    if (event->reason() == QContextMenuEvent::Mouse)
-        _bin.goTo(indexAt(event->pos()));
+    if (event->reason() == QContextMenuEvent::Mouse) _bin.goTo(indexAt(event->pos()));
     _host.popUpContextMenu(event->globalPos());
 }
 
@@ -324,7 +323,9 @@ bool PBThumbnailView::event(QEvent* event) {
     const auto& help = static_cast<const QHelpEvent&>(*event);
     const std::int64_t index = indexAt(help.pos());
     const auto item = _bin.itemAt(index);
-    if (item) QToolTip::showText(help.globalPos(), item->fileName(), this, widgetRect(index));
-    else QToolTip::hideText();
+    if (item)
+        QToolTip::showText(help.globalPos(), item->fileName(), this, widgetRect(index));
+    else
+        QToolTip::hideText();
     return true;
 }

@@ -29,8 +29,8 @@ std::int64_t PhotoBin::indexOfFocus() const {
 }
 
 std::int64_t PhotoBin::indexOfSamePhotograph() const {
-    const auto found = std::ranges::find(
-        _fileItemArray, _focusImageFileItem->fileId(), [](const auto& item) {
+    const auto found =
+        std::ranges::find(_fileItemArray, _focusImageFileItem->fileId(), [](const auto& item) {
             return item->fileId();
         });
     return found == _fileItemArray.end() ? -1 : static_cast<std::int64_t>(found.index());
@@ -39,7 +39,8 @@ std::int64_t PhotoBin::indexOfSamePhotograph() const {
 void PhotoBin::refreshFocusIndex() {
     platform::assertMainThread();
     if (count() == 0) return takeFocus(-1);
-    if (!_focusImageFileItem) return takeFocus(std::clamp<std::int64_t>(_focusIndex, 0, count() - 1));
+    if (!_focusImageFileItem)
+        return takeFocus(std::clamp<std::int64_t>(_focusIndex, 0, count() - 1));
     const std::int64_t known = indexOfFocus();
     if (known >= 0) {
         _focusIndex = known;
@@ -115,13 +116,12 @@ void PhotoBin::stoppedAt(std::int64_t index, int direction) {
     changeFocus(index);
 }
 
-std::vector<IndexedImage>
-PhotoBin::preloadImageFileItemWithCount(std::int64_t count) const {
+std::vector<IndexedImage> PhotoBin::preloadImageFileItemWithCount(std::int64_t count) const {
     std::vector<IndexedImage> items;
     if (_focusIndex < 0) return items;
     const bool isBackward = _loadDirection == -1;
-    const std::int64_t begin = isBackward ? std::max<std::int64_t>(0, _focusIndex - count)
-                                          : _focusIndex + 1;
+    const std::int64_t begin =
+        isBackward ? std::max<std::int64_t>(0, _focusIndex - count) : _focusIndex + 1;
     const std::int64_t end =
         isBackward ? _focusIndex : std::min(this->count(), _focusIndex + 1 + count);
     for (std::int64_t index = begin; index < end; ++index)

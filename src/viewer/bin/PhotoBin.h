@@ -71,8 +71,7 @@ public:
 
     /// Up to so many photographs in the direction of the last move, with their indices: those
     /// behind the focus, the nearest first; or those before it, the nearest last.
-    [[nodiscard]] std::vector<IndexedImage>
-    preloadImageFileItemWithCount(std::int64_t count) const;
+    [[nodiscard]] std::vector<IndexedImage> preloadImageFileItemWithCount(std::int64_t count) const;
 
 private:
     void moveTo(std::int64_t target, int direction, bool animation);

@@ -38,8 +38,8 @@ void StripThumbnails::preloadThumbnail(const Items& items) {
     _sources.preloadQueue.cancelAllOperations();
     _sources.preloadQueue.addOperation(std::make_shared<PBPreloadThumbnailOperation>(
         std::move(objects), _sources.preloadLoader,
-        [self = std::weak_ptr(_self), &buffer = _sources.buffer](
-            const PBPreloadThumbnailObject& object) {
+        [self = std::weak_ptr(_self),
+         &buffer = _sources.buffer](const PBPreloadThumbnailObject& object) {
             const auto alive = self.lock();
             if (alive && buffer.applyPreloadThumbnail(object.imageFileItem, object.thumbnailRef))
                 (*alive)->_arrived(*object.imageFileItem);

@@ -42,7 +42,8 @@ public:
     /// Something was left out for want of time since this was asked last.
     [[nodiscard]] bool takeHasMissed() { return std::exchange(_hasMissed, false); }
 
-    /// Loads those without a thumbnail in the background, in this order; earlier wishes are dropped.
+    /// Loads those without a thumbnail in the background, in this order; earlier wishes are
+    /// dropped.
     void preloadThumbnail(const Items& items);
     /// Thumbnails that are still to be built: those of the photographs on show come first.
     void adjustBuildThumb(const std::unordered_set<qint64>& shownFileIds);

@@ -57,10 +57,7 @@ PBImageViewController::PBImageViewController(const Parts& parts)
     container->setScrollView(_thumbnailScrollView);
     _thumbnailScrollView->setParent(container);
     _panes = new ImageViewPanes(
-        {.edit = new QWidget,
-         .image = _imageView,
-         .thumbnails = container,
-         .info = parts.info},
+        {.edit = new QWidget, .image = _imageView, .thumbnails = container, .info = parts.info},
         parts.userDefaults, this);
     _statusBarView = new ImageStatusBarView(*_panes);
     auto* layout = new QVBoxLayout(_contentBaseView);
@@ -172,8 +169,10 @@ void PBImageViewController::setStatusBarShown(bool isShown) {
 QString PBImageViewController::title() const {
     const auto focus = focusImageFileItem();
     if (!focus) return {};
-    return QStringLiteral("%1/%2   %3").arg(focusIndex() + 1).arg(bin().count()).arg(
-        focus->fileName());
+    return QStringLiteral("%1/%2   %3")
+        .arg(focusIndex() + 1)
+        .arg(bin().count())
+        .arg(focus->fileName());
 }
 
 void PBImageViewController::updateInfoLabel() {
@@ -205,13 +204,11 @@ std::shared_ptr<PBImageFileItem> PBImageViewController::prevImageFileItem() cons
     return bin().canPrev() ? bin().itemAt(focusIndex() - 1) : nullptr;
 }
 
-std::vector<IndexedImage>
-PBImageViewController::preloadImageFileItemWithCount(int count) const {
+std::vector<IndexedImage> PBImageViewController::preloadImageFileItemWithCount(int count) const {
     return bin().preloadImageFileItemWithCount(count);
 }
 
-std::vector<std::shared_ptr<PBImageFileItem>>
-PBImageViewController::visibleImageFileItems() const {
+std::vector<std::shared_ptr<PBImageFileItem>> PBImageViewController::visibleImageFileItems() const {
     return _thumbnailView->visibleImageFileItems();
 }
 

@@ -22,8 +22,7 @@ QImage picture(const QImage& thumbnail, double rotateAngle, double ratio) {
     const QRect whole = placed.toAlignedRect();
     const QSize size(std::max(whole.width(), 1), std::max(whole.height(), 1));
     QPainter painter(&image);
-    painter.drawImage(
-        whole.topLeft(), DragOut::picture(thumbnail, size, rotateAngle, 1, ratio));
+    painter.drawImage(whole.topLeft(), DragOut::picture(thumbnail, size, rotateAngle, 1, ratio));
     return image;
 }
 

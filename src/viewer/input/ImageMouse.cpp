@@ -32,8 +32,8 @@ void ImageMouse::mouseDown(const QPointF& point, ImageModifiers modifiers, int c
 
 void ImageMouse::mouseDragged(const QPointF& point) {
     const QPointF way = point - _downPt;
-    const bool isClick = !_isDragged && std::abs(way.x()) <= clickDistance &&
-                         std::abs(way.y()) <= clickDistance;
+    const bool isClick =
+        !_isDragged && std::abs(way.x()) <= clickDistance && std::abs(way.y()) <= clickDistance;
     switch (_dragStatus) {
     case DragStatus::None:
         return;

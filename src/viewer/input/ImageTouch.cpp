@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr double tremble = 10;       // points that a finger which taps moves by
+constexpr double tremble = 10;        // points that a finger which taps moves by
 constexpr double doubleTapTime = 0.4; // seconds
 constexpr double doubleTapDistance = 30;
 constexpr double leastDistance = 10; // of two fingers

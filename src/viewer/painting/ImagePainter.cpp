@@ -16,7 +16,7 @@ namespace ImagePainter {
 
 namespace {
 
-constexpr float groundLevel = 0.3F;
+constexpr int groundLevel = 77; // 0.3 of white
 // Behind transparent pictures: quiet, and not to be taken for the ground.
 constexpr float chequerLight = 0.42F;
 constexpr float chequerDark = 0.36F;
@@ -101,14 +101,14 @@ void paintNeighbour(QPainter& painter, const ImageScene& scene) {
     const ImagePlacement placement =
         ImagePlacement::fittedIn(viewport, neighbour.imageSize, neighbour.angle);
     const QTransform transform = placement.drawTransform();
-    const QRectF frame = PBUtilities::imageFrameWithTransform(transform, neighbour.imageSize)
-                             .adjusted(-1, -1, 1, 1);
+    const QRectF frame =
+        PBUtilities::imageFrameWithTransform(transform, neighbour.imageSize).adjusted(-1, -1, 1, 1);
     painter.save();
     painter.setClipRect(frame, Qt::IntersectClip);
     paintPicture(painter, viewport, transform, neighbour);
     QColor cover = groundColor();
-    cover.setAlphaF(static_cast<float>(
-        neighbourCover(scene.placement.swapOffset(), viewport.rect().width())));
+    cover.setAlphaF(
+        static_cast<float>(neighbourCover(scene.placement.swapOffset(), viewport.rect().width())));
     painter.fillRect(frame, cover);
     painter.restore();
 }
@@ -127,8 +127,7 @@ void paintMessage(QPainter& painter, const ImageScene& scene, const QFont& font)
     if (scene.picture && !scene.picture->image.isNull()) {
         // Over a picture of any colour.
         const double width = metrics.horizontalAdvance(text) + 2 * messagePadding;
-        const QRectF plate = QRectF(
-            line.center().x() - width / 2, line.top(), width, line.height())
+        const QRectF plate = QRectF(line.center().x() - width / 2, line.top(), width, line.height())
                                  .adjusted(0, -messagePadding / 2, 0, messagePadding / 2);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
@@ -146,7 +145,7 @@ void paintMessage(QPainter& painter, const ImageScene& scene, const QFont& font)
 } // namespace
 
 QColor groundColor() {
-    return QColor::fromRgbF(groundLevel, groundLevel, groundLevel);
+    return {groundLevel, groundLevel, groundLevel};
 }
 
 QRectF coveredRect(const QSize& picture, const QSizeF& imageSize) {

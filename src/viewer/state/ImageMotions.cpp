@@ -32,8 +32,7 @@ void ImageMotions::scrollByDelta(const QPointF& delta, bool animation) {
 void ImageMotions::fling(const QPointF& velocity) {
     finishScroll();
     _geometry.centerAnchor();
-    _scroll =
-        Running<FlingAnimation>{{_geometry.placement().drawAnchor(), velocity}, now()};
+    _scroll = Running<FlingAnimation>{{_geometry.placement().drawAnchor(), velocity}, now()};
 }
 
 void ImageMotions::finishScroll() {

@@ -42,7 +42,7 @@ public:
     [[nodiscard]] bool isRunning() const;
     struct Ended {
         bool hasEnded = false; ///< a motion of scale or angle
-        int step = 0; ///< a swipe flew out: 1 to the next photograph, -1 to the previous
+        int step = 0;          ///< a swipe flew out: 1 to the next photograph, -1 to the previous
     };
     /// Takes everything to where it should be by now. The offset of a swipe that flew out stays
     /// until the caller has gone where it leads, and is then to be set to 0.

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <thread>
 #include <vector>
 
@@ -60,7 +61,13 @@ class OrderDecoder final : public codec::Decoder {
 public:
     explicit OrderDecoder(QByteArrayList words) : _words(std::move(words)) {}
 
-    std::size_t frameCount() override { return static_cast<std::size_t>(number(3, 1)); }
+    std::size_t frameCount() override {
+        return static_cast<std::size_t>(number(isAnimation() ? 1 : 3, 1));
+    }
+    bool isAnimation() override {
+        if (_words.value(0) == "crash-open") std::abort();
+        return _words.value(0) == "film";
+    }
     int frameDelay(std::size_t index) override { return static_cast<int>(index) * 10; }
 
     codec::Frame frame(const codec::DecodeRequest& request) override {
@@ -69,6 +76,15 @@ public:
         if (order == "paint") return {paint(request, size, true)};
         if (order == "heap") return {paint(request, size, false), false};
         if (order == "crash") std::abort();
+        if (order == "film" || order == "number") return filmFrame(request);
+        if (order == "wishes") return wishes(request);
+        if (order == "slow") {
+            // By the processor, which others may use meanwhile.
+            const std::clock_t end = std::clock() + number(1, 0) * (CLOCKS_PER_SEC / 1000);
+            while (std::clock() < end) {
+            }
+            return {paint(request, {8, 8}, true)};
+        }
         if (order == "spin") {
             while (true)
                 std::this_thread::yield();
@@ -108,6 +124,26 @@ public:
 private:
     int number(int index, int otherwise) const {
         return index < _words.size() ? _words[index].toInt() : otherwise;
+    }
+    /// "film COUNT PLACE HOW": a frame of its number, but for the one that is damaged.
+    codec::Frame filmFrame(const codec::DecodeRequest& request) const {
+        const auto index = static_cast<int>(request.frame);
+        const bool isPlace = _words.size() > 3 && index == number(2, 0);
+        const QByteArray how = isPlace ? _words[3] : QByteArray();
+        if (how == "crash") std::abort();
+        if (how == "damage") return {};
+        QImage image = request.allocate({3, 2}, QImage::Format_RGB32);
+        image.fill(qRgb(0, 0, index));
+        return {image, how != "cut"};
+    }
+    /// What the request says, told by the size.
+    static codec::Frame wishes(const codec::DecodeRequest& request) {
+        const bool isDeep = request.depth == codec::Depth::Source;
+        QImage image = request.allocate(
+            {request.threads, isDeep ? 2 : 1},
+            isDeep ? QImage::Format_RGBX64 : QImage::Format_RGB32);
+        image.fill(QColor::fromRgba64(0x1234, 0x5678, 0x9ABC));
+        return {image, true, isDeep ? QByteArray("its own") : request.targetProfile};
     }
     static codec::Frame exhaustMemory() {
         std::vector<std::vector<char>> hoard;

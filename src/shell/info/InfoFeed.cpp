@@ -1,0 +1,116 @@
+#include "shell/info/InfoFeed.h"
+
+#include "browser/PBImageBrowserView.h"
+#include "fileactions/marks/EditRunner.h"
+#include "library/PBAliasManager.h"
+#include "places/PBGeoManager.h"
+#include "platform/tasks/MainThread.h"
+#include "shell/panes/BrowserPane.h"
+#include "shell/panes/InfoPane.h"
+#include "shell/services/ShellServices.h"
+#include "ui/FlagFeedback.h"
+
+#include <QTimerEvent>
+
+#include <utility>
+
+namespace {
+
+/// So many photographs are read again with every swap of trees, as they are while a scan runs;
+/// more of them when it is over.
+constexpr std::size_t mostReadAgain = 256;
+
+std::vector<qint64> idsOf(const PBImageFileList& items) {
+    std::vector<qint64> fileIds;
+    fileIds.reserve(items.size());
+    for (const auto& item : items)
+        fileIds.push_back(item->fileId());
+    return fileIds;
+}
+
+} // namespace
+
+InfoFeed::InfoFeed(const ShellServices& services)
+    : _services(services), _folderPaths(services.mainFileDb, services.aliasManager),
+      _pane(new InfoPane(
+          {.mainFileDb = services.mainFileDb,
+           .folderPaths = _folderPaths,
+           .userDefaults = services.userDefaults,
+           .edits = *this})) {}
+
+InfoFeed::~InfoFeed() = default;
+
+void InfoFeed::connectWindow(const Parts& parts) {
+    platform::assertMainThread();
+    _parts = std::make_unique<const Parts>(parts);
+    _rename = std::make_unique<RenameCommand>(RenameCommand::Parts{
+        .mainFileDb = _services.mainFileDb,
+        .browserPane = parts.browserPane,
+        .window = parts.window,
+        .typeAgain = [this](const std::shared_ptr<PBImageFileItem>& item, const QString& typed) {
+            _pane->panel().renameAgain(item, typed);
+        }});
+    const PBImageBrowserView& view = parts.browserPane.browserView();
+    connect(&view, &PBImageBrowserView::selectionDidChange, this, &InfoFeed::selectionDidChange);
+    // The items of another tree may be other ones.
+    connect(&view, &PBImageBrowserView::itemCountDidChange, this, &InfoFeed::selectionDidChange);
+    connect(&_services.geoManager, &PBGeoManager::reverseGeoFinished, this, &InfoFeed::updateInfo);
+}
+
+void InfoFeed::selectionDidChange() {
+    if (!_feedTimer.isActive()) _feedTimer.start(0, this);
+}
+
+void InfoFeed::updateInfo() {
+    _isOutOfDate = true;
+    selectionDidChange();
+}
+
+void InfoFeed::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != _feedTimer.timerId()) return QObject::timerEvent(event);
+    _feedTimer.stop();
+    feed();
+}
+
+InfoSelection InfoFeed::selectionOfBrowser() const {
+    const BrowserSelection& selection = _parts->browserPane.browserView().selection();
+    return {
+        selection.selectedFileArray(FoldedLeaves::Excluded),
+        selection.selectedFileArray(FoldedLeaves::Included)};
+}
+
+void InfoFeed::feed() {
+    InfoSelection selection = _parts->selection ? _parts->selection() : selectionOfBrowser();
+    const bool isSame = selection.shown == _fed.shown && selection.edited == _fed.edited;
+    if (isSame && !_isOutOfDate && selection.shown.size() > mostReadAgain) return;
+    _isOutOfDate = false;
+    _fed = selection;
+    _pane->panel().setSelection(std::move(selection));
+}
+
+void InfoFeed::didEdit(const fileactions::EditResult& result) {
+    updateInfo();
+    if (result.kind != fileactions::EditResult::Kind::Flag || result.changed.empty()) return;
+    QWidget* view = _parts->photographs ? _parts->photographs() : _parts->browserPane.view();
+    if (view) FlagFeedback::showOver(*view, result.isFlagged);
+}
+
+void InfoFeed::setFlagged(const PBImageFileList& items, bool flagged) {
+    if (_parts->edits)
+        _parts->edits->run({idsOf(items), fileactions::PhotographEdit::SetFlag{flagged}});
+}
+
+void InfoFeed::setStar(const PBImageFileList& items, int star) {
+    if (_parts->edits) _parts->edits->run({idsOf(items), fileactions::PhotographEdit::Rate{star}});
+}
+
+void InfoFeed::changeTags(const PBImageFileList& items, const TagsChange& change) {
+    if (!_parts->edits) return;
+    _parts->edits->run(
+        {idsOf(items), fileactions::PhotographEdit::ChangeTags{change.added, change.removed}});
+}
+
+void InfoFeed::rename(const std::shared_ptr<PBImageFileItem>& item, const QString& typedName) {
+    _rename->finish(item, typedName);
+    updateInfo();
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "codec/process/DecoderPool.h"
+#include "codec/process/Descriptor.h"
+#include "support/Support.h"
+
+#include <atomic>
+
+#include <fcntl.h>
+
+/// Files of orders for decoder processes that misbehave.
+struct OrderFiles : testing::Test {
+    /// Without processes that are kept back.
+    static codec::DecoderPool::Settings
+    settings(int processes, std::chrono::milliseconds time = std::chrono::minutes(1)) {
+        return {
+            .executable = MISBEHAVING_DECODER,
+            .processes = processes,
+            .reserved = 0,
+            .thumbnailTime = time,
+            .fullTime = time};
+    }
+
+    /// An open file of orders.
+    codec::process::Descriptor orders(const QByteArray& text) {
+        const QString path = folder.filePath(QString::number(++files));
+        support::writeFile(path, text);
+        return codec::process::Descriptor(
+            ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    }
+
+    QTemporaryDir folder;
+    std::atomic<int> files = 0;
+};

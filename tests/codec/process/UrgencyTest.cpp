@@ -1,0 +1,117 @@
+#include "codec/process/HelperShelf.h"
+#include "codec/process/OrderFiles.h"
+
+using codec::Urgency;
+using codec::process::HelperShelf;
+using codec::process::MemoryBudget;
+
+namespace {
+
+struct UrgencyTest : OrderFiles {
+    static std::shared_ptr<HelperShelf> shelf(int shared, int reserved) {
+        return std::make_shared<HelperShelf>(HelperShelf::Settings{
+            .executable = MISBEHAVING_DECODER,
+            .addressSpaceBytes = std::uint64_t{6} << 30,
+            .shared = shared,
+            .reserved = reserved,
+            .availableMemory = [] { return std::uint64_t{1} << 30; }});
+    }
+
+    using Lease = std::unique_ptr<HelperShelf::Lease>;
+    /// Nothing where it would have to wait.
+    static Lease tryTake(const std::shared_ptr<HelperShelf>& shelf, Urgency urgency) {
+        std::stop_source stopped;
+        stopped.request_stop();
+        auto lease = std::make_unique<HelperShelf::Lease>(shelf, urgency, stopped.get_token());
+        return lease->isUsable() ? std::move(lease) : nullptr;
+    }
+};
+
+TEST_F(UrgencyTest, ThumbnailsLeaveOneProcessAloneAndGiveWayToTheFocus) {
+    const auto shelf = this->shelf(2, 1);
+    Lease first = tryTake(shelf, Urgency::Thumbnail);
+    Lease onShow = tryTake(shelf, Urgency::ThumbnailOnShow);
+    EXPECT_TRUE(first && onShow);
+    EXPECT_FALSE(tryTake(shelf, Urgency::ThumbnailOnShow)) << "the last one is kept back";
+    Lease properties = tryTake(shelf, Urgency::Properties);
+    EXPECT_TRUE(properties);
+    EXPECT_FALSE(tryTake(shelf, Urgency::Next));
+    Lease focus = tryTake(shelf, Urgency::Focus);
+    EXPECT_TRUE(focus) << "it gets a process of its own";
+    first.reset();
+    properties.reset();
+    EXPECT_FALSE(tryTake(shelf, Urgency::Thumbnail)) << "the user waits";
+    EXPECT_TRUE(tryTake(shelf, Urgency::Next));
+    EXPECT_TRUE(tryTake(shelf, Urgency::Properties));
+    focus->setInBackground();
+    EXPECT_TRUE(tryTake(shelf, Urgency::Thumbnail));
+    focus.reset();
+    EXPECT_TRUE(tryTake(shelf, Urgency::Thumbnail)) << "counted once";
+    // All are back, and the one too many is gone.
+    onShow.reset();
+    std::vector<Lease> all;
+    for (int index = 0; index < 3; ++index)
+        all.push_back(tryTake(shelf, Urgency::Next));
+    EXPECT_TRUE(std::ranges::all_of(all, [](const Lease& lease) { return !!lease; }));
+    EXPECT_FALSE(tryTake(shelf, Urgency::Next));
+}
+
+TEST_F(UrgencyTest, ThoseWhoWaitAreServedByTheirUrgency) {
+    const auto shelf = this->shelf(1, 0);
+    Lease taken = tryTake(shelf, Urgency::Next);
+    ASSERT_TRUE(taken);
+    std::mutex mutex;
+    std::vector<Urgency> served;
+    std::vector<std::jthread> threads;
+    const std::vector order{
+        Urgency::Next, Urgency::ThumbnailOnShow, Urgency::Thumbnail, Urgency::Properties};
+    for (const Urgency urgency : {order[2], order[3], order[0], order[1]})
+        threads.emplace_back([&, urgency] {
+            const HelperShelf::Lease lease(shelf, urgency, {});
+            const std::lock_guard lock(mutex);
+            served.push_back(urgency);
+        });
+    EXPECT_TRUE(support::spinUntil([&] { return shelf->waiting() == 4; }));
+    taken.reset();
+    threads.clear();
+    EXPECT_EQ(served, order);
+}
+
+TEST_F(UrgencyTest, MemoryGoesToWhatTheUserWaitsForBeforeThoseInLine) {
+    MemoryBudget budget([] { return 200U; });
+    auto first = budget.take(100, {});
+    std::atomic<int> waiting = 0;
+    std::atomic<bool> isThumbnailServed = false;
+    std::stop_source stop;
+    std::jthread thumbnail([&] {
+        ++waiting;
+        isThumbnailServed = budget.take(100, stop.get_token()) != nullptr;
+    });
+    EXPECT_TRUE(support::spinUntil([&] { return waiting == 1 && budget.waiting() == 1; }));
+    MemoryBudget::Share urgent;
+    std::jthread focus([&] { urgent = budget.take(100, {}, true); });
+    EXPECT_TRUE(support::spinUntil([&] { return budget.waiting() == 2; }));
+    first.reset();
+    focus.join();
+    EXPECT_TRUE(urgent);
+    stop.request_stop();
+    thumbnail.join();
+    EXPECT_FALSE(isThumbnailServed);
+}
+
+TEST_F(UrgencyTest, ReducedPicturesThatTheUserLooksAtHaveTheTimeOfFullOnes) {
+    using namespace std::chrono_literals;
+    codec::DecoderPool::Settings hasty = settings(1, 1h);
+    hasty.thumbnailTime = 200ms;
+    codec::DecoderPool pool(hasty);
+    const auto file = orders("slow 400");
+    codec::DecodeRequest request;
+    request.maxSize = 256;
+    EXPECT_EQ(pool.decode(file.get(), {}, request, {}).status, codec::ReadStatus::NotNow);
+    for (const Urgency urgency : {Urgency::Focus, Urgency::Next}) {
+        request.urgency = urgency;
+        EXPECT_EQ(pool.decode(file.get(), {}, request, {}).status, codec::ReadStatus::Decoded);
+    }
+}
+
+} // namespace

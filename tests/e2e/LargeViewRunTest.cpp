@@ -1,0 +1,189 @@
+#include "e2e/Program.h"
+#include "formatpictures/FormatPictures.h"
+
+#include <QJsonArray>
+
+namespace {
+
+using e2e::State;
+
+class LargeViewRunTest : public e2e::ProgramTest {
+protected:
+    using Check = std::function<bool(const State& s)>;
+
+    /// Waits until the photograph at the index is shown sharply, nothing moves, and the rest holds.
+    testing::AssertionResult waitForIndex(int index, const Check& check = {}) {
+        return waitFor([&](const State& s) {
+            const QString painted = s.large(u"painted"_s).toString();
+            return s.large(u"index"_s).toInt(-1) == index && s.large(u"atRest"_s).toBool() &&
+                   (painted == u"fitIn" || painted == u"original") && s.isAtRest() &&
+                   !s.large(u"strip"_s)[u"scrolling"_s].toBool() && (!check || check(s));
+        });
+    }
+    testing::AssertionResult waitForBrowser(double scroll) {
+        return waitFor([=](const State& s) {
+            return s.large(u"index"_s).isUndefined() && s.isAtRest() && s.scroll() == scroll &&
+                   s.browser(u"focus"_s).toBool();
+        });
+    }
+    /// Opens an image that is on show; answers its index in its group.
+    int open(const QString& name) {
+        desktop.doubleClick(item(name).picture.center());
+        EXPECT_TRUE(waitFor([&](const State& s) { return s.large(u"image"_s) == name; }));
+        return state().large(u"index"_s).toInt(-1);
+    }
+    static QRect rectOf(const State& s, const QString& name) { return e2e::rectOf(s.large(name)); }
+    static bool fillsView(const State& s) {
+        return rectOf(s, u"picture"_s).contains(rectOf(s, u"rect"_s));
+    }
+};
+
+TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
+    paintPhotographs();
+    start();
+    desktop.key(u"Next"_s);
+    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() > 0; }));
+    const QString name = state().items().at(3).name;
+    click(name);
+    ASSERT_TRUE(waitForSelection(name));
+    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest(); }));
+    const double scroll = state().scroll();
+
+    int index = open(name);
+    ASSERT_TRUE(waitForIndex(index, [](const State& s) {
+        return s.large(u"fitIn"_s).toBool() && s.browser(u"selectCount"_s).toInt() == 1;
+    }));
+    const int count = state().large(u"count"_s).toInt();
+    const QString title = u"%1/%2   %3"_s.arg(index + 1).arg(count).arg(name);
+    EXPECT_EQ(state().mainWindow()[u"title"_s], title);
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(waitForBrowser(scroll));
+    EXPECT_TRUE(waitForSelection(name));
+    desktop.key(u"Return"_s);
+    ASSERT_TRUE(waitForIndex(index));
+
+    // As fast as the keys come, to both ends and no further.
+    for (int step = 0; step < count + 2; ++step)
+        desktop.key(u"Right"_s);
+    EXPECT_TRUE(waitForIndex(count - 1));
+    desktop.key(u"Home"_s);
+    EXPECT_TRUE(waitForIndex(0));
+    desktop.key(u"ctrl+Right"_s);
+    EXPECT_TRUE(waitForIndex(1, [](const State& s) {
+        // What is shown stands in the middle of the strip.
+        const QRect strip = e2e::rectOf(s.large(u"strip"_s)[u"rect"_s]);
+        const QRect cell = s.place(s.large(u"image"_s).toString(), u"strip"_s);
+        return cell.isNull() || std::abs(cell.center().x() - strip.center().x()) <= 2;
+    }));
+    const auto cells = state().large(u"strip"_s)[u"entries"_s].toArray();
+    ASSERT_GT(cells.size(), 3);
+    desktop.click(e2e::rectOf(cells.at(3)[u"rect"_s]).center());
+    EXPECT_TRUE(waitForIndex(3));
+    desktop.key(u"End"_s);
+    EXPECT_TRUE(waitForIndex(count - 1));
+    index = count - 1;
+    const QString last = state().large(u"image"_s).toString();
+    desktop.key(u"Escape"_s);
+    // The one that was shown last is the selected one, and in sight.
+    EXPECT_TRUE(waitForSelection(last));
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        return s.isAtRest() && !s.item(last).name.isEmpty() && s.browser(u"focus"_s).toBool();
+    }));
+}
+
+TEST_F(LargeViewRunTest, zoomsPansAndFollowsTheWindow) {
+    paintPhotographs();
+    start();
+    const int index = open(state().items().at(1).name);
+    ASSERT_TRUE(waitForIndex(index));
+    const QRect area = rectOf(state(), u"rect"_s);
+    // What lies under the pointer stays there.
+    const QPoint corner = area.topLeft() + QPoint(8, 8);
+    desktop.wheel(corner, 12, u"ctrl"_s);
+    ASSERT_TRUE(waitForIndex(index, [](const State& s) {
+        return s.large(u"percent"_s).toInt() >= 200 && fillsView(s) &&
+               s.large(u"painted"_s) == u"original";
+    }));
+    // To every edge, where the picture stops at that of the view.
+    const QPoint middle = area.center();
+    for (const QPoint& way : {QPoint(1, 0), QPoint(0, 1), QPoint(-1, 0), QPoint(0, -1)}) {
+        const auto isThere = [&](const State& s) {
+            const QRect picture = rectOf(s, u"picture"_s);
+            const QRect view = rectOf(s, u"rect"_s);
+            return fillsView(s) && (way.x() > 0   ? picture.left() == view.left()
+                                    : way.y() > 0 ? picture.top() == view.top()
+                                    : way.x() < 0 ? picture.right() == view.right()
+                                                  : picture.bottom() == view.bottom());
+        };
+        for (int drags = 0; drags < 40 && !isThere(state()); ++drags) {
+            desktop.drag(middle - way * 200, middle + way * 200);
+            desktop.release();
+        }
+        EXPECT_TRUE(waitForIndex(index, isThere)) << way.x() << ' ' << way.y();
+    }
+    // The smallest window and back.
+    desktop.key(u"x"_s);
+    ASSERT_TRUE(waitForIndex(index, [](const State& s) { return s.large(u"fitIn"_s).toBool(); }));
+    const QString window = QString::number(state().mainWindow()[u"id"_s].toInteger());
+    const double scale = state().large(u"scale"_s).toDouble();
+    desktop.resize(window, {200, 200});
+    EXPECT_TRUE(waitForIndex(index, [&](const State& s) {
+        return s.large(u"scale"_s).toDouble() < scale &&
+               rectOf(s, u"rect"_s).adjusted(-1, -1, 1, 1).contains(rectOf(s, u"picture"_s));
+    }));
+    desktop.resize(window, {1180, 800});
+    EXPECT_TRUE(waitForIndex(
+        index, [&](const State& s) { return s.large(u"scale"_s).toDouble() == scale; }));
+
+    // The whole screen: the picture grows; Escape leaves the large view first, then the screen.
+    desktop.key(u"F11"_s);
+    EXPECT_TRUE(waitForIndex(index, [](const State& s) {
+        return s.window() == e2e::Desktop::screen && s.large(u"fitIn"_s).toBool();
+    }));
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(waitFor([](const State& s) {
+        return s.large(u"index"_s).isUndefined() && s.window() == e2e::Desktop::screen;
+    }));
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(waitFor([](const State& s) { return s.window().height() <= 800; }));
+}
+
+TEST_F(LargeViewRunTest, followsFilesThatGoAndChangeAndPlaysAnimations) {
+    QDir().mkpath(photos());
+    for (const QString& name : {u"a.png"_s, u"b.png"_s, u"c.png"_s})
+        support::writePicture(photo(name), {400, 300});
+    support::writeFile(photo(u"d.gif"_s), formatpictures::file("frames.gif"));
+    start();
+    ASSERT_EQ(open(u"b.png"_s), 1);
+    ASSERT_TRUE(waitForIndex(1));
+
+    support::writePicture(photo(u"b.png"_s), {200, 500});
+    EXPECT_TRUE(waitForIndex(1, [](const State& s) {
+        const QSize picture = rectOf(s, u"picture"_s).size();
+        return s.large(u"image"_s) == u"b.png" && picture.height() > 2 * picture.width();
+    }));
+    ASSERT_TRUE(QFile::remove(photo(u"b.png"_s)));
+    EXPECT_TRUE(waitForIndex(1, [](const State& s) {
+        return s.large(u"image"_s) == u"c.png" && s.large(u"count"_s).toInt() == 3;
+    }));
+    support::writePicture(photo(u"bb.png"_s), {300, 300});
+    EXPECT_TRUE(waitForIndex(2, [](const State& s) {
+        return s.large(u"image"_s) == u"c.png" && s.large(u"count"_s).toInt() == 4;
+    })) << "what is shown stays";
+
+    desktop.key(u"Right"_s);
+    int frames = 0;
+    int frame = 0;
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        const int now = s.large(u"frame"_s).toInt();
+        frames += std::exchange(frame, now) != now ? 1 : 0;
+        return s.large(u"image"_s) == u"d.gif" && frames >= 3;
+    }));
+    for (const QString& name : {u"a.png"_s, u"bb.png"_s, u"c.png"_s, u"d.gif"_s})
+        ASSERT_TRUE(QFile::remove(photo(name)));
+    EXPECT_TRUE(waitFor([](const State& s) { return s.large(u"count"_s) == QJsonValue(0); }));
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(waitFor([](const State& s) { return s.large(u"index"_s).isUndefined(); }));
+}
+
+} // namespace

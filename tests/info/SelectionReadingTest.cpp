@@ -1,0 +1,104 @@
+#include "info/reading/SelectionReading.h"
+
+#include "info/InfoFixture.h"
+
+namespace {
+
+using support::entries;
+
+struct SelectionReadingTest : support::CatalogueFixture {
+    /// A photograph with a place, and a maker unless that is empty.
+    std::shared_ptr<PBImageFileItem> add(const QString& name, const char* maker = "Canon") {
+        const auto item =
+            addImage({{u"FileName"_s, name}, {u"Tag"_s, u"1,2"_s}, {u"FileStars"_s, 3}});
+        const PBDictionary gps = entries("Latitude=5");
+        EXPECT_TRUE(catalogue.insertGPSWithImageFileId(item->fileId(), gps));
+        if (*maker != 0) {
+            const PBDictionary tiff{{u"Make"_s, QString::fromLatin1(maker)}};
+            EXPECT_TRUE(catalogue.insertTiffWithImageFileId(item->fileId(), tiff));
+        }
+        return item;
+    }
+    PBImageFileList many(int count) {
+        PBImageFileList items;
+        for (int index = 0; index < count; ++index)
+            items.push_back(add(u"%1.jpg"_s.arg(index)));
+        return items;
+    }
+
+    /// Each look at the clock takes that many milliseconds.
+    SelectionReading::Clock clock(double milliseconds) {
+        return [this, milliseconds] { return now += milliseconds / 1000; };
+    }
+    double now = 0;
+    support::KnownFolders folders{{{1, u"/photos"_s}}};
+};
+
+TEST_F(SelectionReadingTest, aSliceEndsBeforeABatchThatWouldPassItsEnd) {
+    const struct {
+        double milliseconds; // of a batch
+        int slices;
+    } cases[] = {{0.5, 1}, {3, 3}, {7, 5}, {50, 5}};
+    const PBImageFileList items = many(static_cast<int>(5 * FileRows::most - 3));
+    for (const auto& each : cases) {
+        MoreReading reading(items, database, clock(each.milliseconds));
+        int slices = 1;
+        while (!reading.readSome())
+            ++slices;
+        EXPECT_EQ(slices, each.slices) << each.milliseconds;
+        EXPECT_EQ(reading.merged().moreInfoDict().size(), 2U);
+    }
+}
+
+TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
+    PBImageFileList items = many(static_cast<int>(2 * FileRows::most));
+    items.push_back(add(u"last.jpg"_s, "Nikon"));
+    MoreReading more(items, database);
+    while (!more.readSome()) {
+    }
+    const auto dictionaries = more.merged().moreInfoDict();
+    EXPECT_TRUE(dictionaries.at(MetadataCategory::TIFF).at(u"Make"_s).isNull());
+    EXPECT_EQ(dictionaries.at(MetadataCategory::GPS).at(u"Latitude"_s), PBValue(5.0));
+    EXPECT_FALSE(dictionaries.contains(MetadataCategory::Exif));
+
+    items.push_back(add(u"none.jpg"_s, ""));
+    MoreReading withNone(items, database);
+    while (!withNone.readSome()) {
+    }
+    EXPECT_FALSE(withNone.merged().moreInfoDict().contains(MetadataCategory::TIFF));
+
+    database.executeUpdate(
+        u"update ImageFile set Tag = '2', FileStars = 4 where Id = ?"_s, items.back()->fileId());
+    GeneralReading general(items, database, folders);
+    while (!general.readSome()) {
+    }
+    const GeneralMerge& merged = general.merged();
+    EXPECT_EQ(merged.count(), items.size());
+    EXPECT_TRUE(merged.value(GeneralRow::FileStars).isNull());
+    EXPECT_EQ(merged.value(GeneralRow::FileLocation), PBValue(u"/photos"_s));
+    EXPECT_EQ(folders.asked, 1);
+    const auto tags = merged.tags([](qint64 id) { return QString::number(id); });
+    EXPECT_EQ(tags, (MergedTags{{u"2"_s}, {u"1"_s}}));
+}
+
+TEST_F(SelectionReadingTest, whatTheCatalogueDoesNotSayIsNotMadeUp) {
+    const auto bare = addImage();
+    GeneralReading reading({bare}, database, folders);
+    EXPECT_TRUE(reading.readSome());
+    const GeneralMerge& merged = reading.merged();
+    EXPECT_EQ(merged.value(GeneralRow::ImageDPI), PBValue(72));
+    for (const auto row : {GeneralRow::CreationDate, GeneralRow::UTIType, GeneralRow::ImageSize})
+        EXPECT_TRUE(merged.value(row).isAbsent()) << static_cast<int>(row);
+    // One has no resolution, one has the usual one: not mixed.
+    const auto usual = addImage({{u"ImageDPI"_s, 72}});
+    GeneralReading both({bare, usual}, database, folders);
+    EXPECT_TRUE(both.readSome());
+    EXPECT_EQ(both.merged().value(GeneralRow::ImageDPI), PBValue(72));
+    // Not to be read is not the same as having nothing.
+    EXPECT_TRUE(database.executeUpdate(u"drop table IPTC"_s));
+    MoreReading broken({bare}, database);
+    EXPECT_TRUE(broken.readSome());
+    EXPECT_TRUE(broken.hasFailed());
+}
+
+} // namespace

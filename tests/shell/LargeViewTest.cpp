@@ -1,0 +1,167 @@
+#include "shell/large/LargeView.h"
+
+#include "browser/PBImageBrowserView.h"
+#include "core/PBOpenFiles.h"
+#include "shell/PBMainWindowController.h"
+#include "shell/ShellFixture.h"
+#include "shell/panes/InfoPane.h"
+#include "shell/sidebar/SourceSidebar.h"
+#include "shell/toolbar/MainToolbar.h"
+
+#include <QMainWindow>
+#include <QMenuBar>
+
+namespace {
+
+/// The real window on made photographs a to d, in the sidebar's only root.
+struct LargeViewTest : ShellFixture {
+    LargeViewTest() {
+        folderId = PBCatalogue(db).insertFolderWithAliasId(root->aliasId(), {});
+        for (const QString& name : {u"a"_s, u"b"_s, u"c"_s, u"d"_s})
+            items.push_back(item(name));
+        delegate.largeView = [this] { return controller && controller->isLargeView(); };
+        controller.emplace(shell());
+        window().resize(1300, 800);
+        controller->showWindow();
+        controller->sourceSidebar().tree().select(
+            *controller->sourceSidebar().tree().dataSource().folderAliasItemWithAliasObject(*root));
+        controller->clearBrowser();
+        publish(items);
+    }
+    ~LargeViewTest() override { controller.reset(); }
+
+    std::shared_ptr<PBImageFileItem> item(const QString& name) const {
+        return PBImageFileItem::imageFileItemWithId(name.front().unicode(), folderId, name, 1, 1);
+    }
+    QMainWindow& window() { return controller->window(); }
+    LargeView& large() { return controller->largeView(); }
+    const PhotoBin& bin() { return large().controller().bin(); }
+    PBImageBrowserView& browser() { return *window().findChild<PBImageBrowserView*>(); }
+    void open(int index) { Q_EMIT browser().enterToLargeViewRequested({0, index}); }
+    QAction& action(QStringView name) {
+        const QList<QAction*> actions = window().actions();
+        return **std::ranges::find(actions, name, &QAction::objectName);
+    }
+    bool isEnabled(QStringView name) {
+        Q_EMIT window().menuBar()->actions().front()->menu()->aboutToShow();
+        return action(name).isEnabled();
+    }
+    void choose(QStringView name) {
+        EXPECT_TRUE(isEnabled(name)) << name.toString().toStdString();
+        action(name).trigger();
+    }
+    /// What the bin holds, with the focus as a capital, and "|" and what is selected among all.
+    QString shown() {
+        QString names;
+        for (const auto& each : bin().fileItemArray()) {
+            const bool isFocus = each == bin().focusImageFileItem();
+            names += isFocus ? each->fileName().toUpper() : each->fileName();
+        }
+        names += u'|';
+        for (const auto& each : browser().selection().selectedFileArray(FoldedLeaves::Included))
+            names += each->fileName();
+        return names;
+    }
+
+    qint64 folderId = 0;
+    PBImageFileList items;
+    std::shared_ptr<PBAliasObject> root = addRoot(make(u"photos"));
+    std::optional<PBMainWindowController> controller;
+};
+
+TEST_F(LargeViewTest, opensAGroupOrTheSelectionAndComesBackWithWhatWasShown) {
+    const QString folder = window().windowTitle();
+    auto* info = window().findChild<InfoPane*>();
+    EXPECT_FALSE(isEnabled(u"view_ThumbnailView") || isEnabled(u"view_fitIn"));
+    items[1]->setIsSelected(true);
+    choose(u"view_BrowserView");
+    EXPECT_EQ(shown(), u"aBcd|b");
+    EXPECT_EQ(window().windowTitle(), u"2/4   b");
+    EXPECT_FALSE(browser().isVisible());
+    EXPECT_TRUE(info->isVisibleTo(large().controller().view())) << "the panel is in the view shown";
+    EXPECT_EQ(controller->mainToolbar().content(), MainToolbar::Content::LargeView);
+    EXPECT_FALSE(isEnabled(u"selectAll") || isEnabled(u"view_BrowserView"));
+    choose(u"go_NextItem");
+    choose(u"go_NextItem");
+    EXPECT_EQ(shown(), u"abcD|d");
+    EXPECT_FALSE(isEnabled(u"go_NextItem") || isEnabled(u"go_LastItem"));
+    choose(u"view_ThumbnailView");
+    EXPECT_EQ(shown(), u"|d");
+    EXPECT_EQ(window().windowTitle(), folder);
+    EXPECT_TRUE(browser().isVisible());
+    EXPECT_EQ(browser().currentIndex().item, 3) << "keys go on from there";
+    EXPECT_EQ(controller->mainToolbar().content(), MainToolbar::Content::Browser);
+    EXPECT_TRUE(browser().window()->isAncestorOf(info) && info->isVisibleTo(&window()));
+
+    items[0]->setIsSelected(true); // with d
+    open(3);
+    EXPECT_EQ(shown(), u"aD|d");
+    large().view_ThumbnailView();
+    items[0]->setIsSelected(true);
+    open(1);
+    EXPECT_EQ(shown(), u"aBcd|b") << "not one of the selected";
+    open(2);
+    EXPECT_EQ(shown(), u"aBcd|b") << "it is open already";
+    large().view_ThumbnailView();
+    open(9);
+    EXPECT_FALSE(large().isShown());
+}
+
+TEST_F(LargeViewTest, followsTheTreeByGroupBySelectionAndByRequest) {
+    open(1);
+    // Each publication is of a new tree: the group is known by its value.
+    publish({items[0], items[1], items[3]});
+    EXPECT_EQ(shown(), u"aBd|b");
+    publish({items[0], items[3]});
+    EXPECT_EQ(shown(), u"aD|d") << "the one at its index";
+    publish({items[0], items[3]}, 2);
+    EXPECT_EQ(shown(), u"|") << "another group";
+    EXPECT_TRUE(large().isShown() && window().windowTitle().isEmpty());
+    EXPECT_FALSE(isEnabled(u"view_fitIn") || isEnabled(u"view_zoomIn"));
+    publish(items);
+    EXPECT_EQ(shown(), u"Abcd|a");
+    large().view_ThumbnailView();
+
+    for (const int index : {1, 2, 3})
+        items[static_cast<std::size_t>(index)]->setIsSelected(true);
+    items[0]->setIsSelected(false);
+    open(2);
+    publish({items[2], items[3], items[1]});
+    EXPECT_EQ(shown(), u"bCd|c");
+    publish({items[0], items[2], items[1]});
+    EXPECT_EQ(shown(), u"bC|c") << "nothing new comes to a selection";
+
+    delegate.requested = std::make_shared<PBOpenFiles>(
+        PBOpenFolderArray{std::make_shared<PBOpenFolderObject>(PBOpenFolderObject{
+            .folderPath = path(u"photos"),
+            .fileArray = {std::make_shared<PBOpenFileObject>(0, u"a"_s)}})});
+    publish(items);
+    EXPECT_EQ(shown(), u"A|a");
+    large().view_ThumbnailView();
+    EXPECT_FALSE(delegate.requested);
+}
+
+TEST_F(LargeViewTest, whatIsShownStaysWhileTheSameFolderIsReadAnewAndGoesWithTheFolder) {
+    open(2);
+    delegate.scanning = true;
+    controller->clearBrowser();
+    publish({item(u"a"_s)});
+    EXPECT_EQ(bin().focusImageFileItem(), items[2]) << "it may still come";
+    const PBImageFileList again{item(u"a"_s), item(u"c"_s)};
+    publish(again);
+    EXPECT_EQ(bin().focusImageFileItem(), again[1]);
+    EXPECT_EQ(shown(), u"aC|c");
+
+    controller->clearBrowser();
+    publish({item(u"a"_s)});
+    EXPECT_EQ(bin().focusImageFileItem(), again[1]);
+    delegate.scanning = false;
+    controller->scanStateDidChange();
+    EXPECT_EQ(shown(), u"A|a") << "it did not come";
+
+    controller->sourceSidebar().tree().clearSelection();
+    controller->clearBrowser();
+    EXPECT_FALSE(large().isShown());
+}
+
+} // namespace

@@ -1,0 +1,289 @@
+#include "ImageInputFixture.h"
+#include "PointsNear.h"
+
+namespace {
+
+constexpr QSizeF small(400, 300);
+constexpr QSizeF large(4000, 3000);
+
+} // namespace
+
+TEST_F(ImageInputTest, notchesOfOneTurnMakeOneStepOnAPictureThatFits) {
+    struct Case {
+        const char* name;
+        std::vector<std::pair<double, double>> turns; // seconds before it, notches
+        const char* asked;
+        bool hasNext = true;
+    };
+    const Case cases[] = {
+        {"one notch", {{0, -1}}, "next"},
+        {"the other way", {{0, 1}}, "previous"},
+        {"a burst", {{0, -1}, {0.05, -1}, {0.05, -1}}, "next"},
+        {"two turns", {{0, -1}, {0.2, -1}}, "next next"},
+        {"parts that make a notch", {{0, -0.5}, {0.05, -0.5}}, "next"},
+        {"parts that make none", {{0, -0.4}, {0.05, -0.4}}, ""},
+        {"parts with a pause between", {{0, -0.6}, {0.5, -0.6}}, ""},
+        {"back and forth", {{0, -0.6}, {0.05, 0.6}}, ""},
+        {"at the end", {{0, -1}}, "", false},
+    };
+    for (const Case& each : cases) {
+        show(large);
+        there.hasNext = each.hasNext;
+        for (const auto& [pause, turns] : each.turns) {
+            wait(pause);
+            wheel({0, turns});
+        }
+        wait(0.07);
+        EXPECT_LE(asked.size(), each.turns.size() - 1) << each.name;
+        wait(0.5);
+        EXPECT_EQ(takeAsked(), QString::fromUtf8(each.asked)) << each.name;
+        wait(1);
+    }
+}
+
+TEST_F(ImageInputTest, swipesFlyOutOrSpringBack) {
+    struct Case {
+        double way;   // to the right, in points
+        double fling; // of the last steps, points a second
+        bool hasNext;
+        const char* asked;
+    };
+    const Case cases[] = {
+        {-299, 0, true, ""},        {-301, 0, true, "next"},   {-301, 0, false, ""},
+        {301, 0, true, "previous"}, {-60, -900, true, "next"}, {-30, -500, true, ""},
+        {-200, 900, true, ""},      {-20000, 0, true, "next"},
+    };
+    for (const Case& each : cases) {
+        const std::string name = std::to_string(each.way) + " " + std::to_string(each.fling);
+        show(large);
+        there.hasNext = each.hasNext;
+        touchpad(Phase::Begin, {});
+        const double flung = each.fling * 0.01;
+        touchpad(Phase::Update, {each.way - 2 * flung, 0});
+        if (each.fling == 0) {
+            wait(0.2); // the fingers rest
+        } else {
+            touchpad(Phase::Update, {flung, 0});
+            touchpad(Phase::Update, {flung, 0});
+        }
+        EXPECT_NEAR(geometry.placement().swapOffset(), std::min(-each.way, 16000.0), 1e-9) << name;
+        touchpad(Phase::End, {}, 0);
+        wait(0.05);
+        EXPECT_NE(geometry.placement().swapOffset(), 0) << name;
+        wait(0.6);
+        EXPECT_EQ(takeAsked(), QString::fromUtf8(each.asked)) << name;
+        EXPECT_EQ(geometry.placement().swapOffset(), 0) << name;
+    }
+}
+
+TEST_F(ImageInputTest, aSwipeThatBeginsFinishesTheOneThatFliesOut) {
+    show(large);
+    touchpad(Phase::Begin, {});
+    touchpad(Phase::Update, {-400, 0});
+    wait(0.2);
+    touchpad(Phase::End, {}, 0);
+    wait(0.1);
+    EXPECT_EQ(takeAsked(), u""_s);
+    touchpad(Phase::Begin, {-10, 0}, 0);
+    EXPECT_EQ(takeAsked(), u"next"_s);
+    EXPECT_EQ(geometry.placement().swapOffset(), 10);
+    wait(1);
+    EXPECT_EQ(takeAsked(), u""_s);
+    input.cancel(); // the end is never heard
+    wait(1);
+    EXPECT_EQ(geometry.placement().swapOffset(), 0);
+    EXPECT_FALSE(motions.isRunning());
+}
+
+TEST_F(ImageInputTest, aLargerPictureIsMovedByWheelAndFingersAndFlung) {
+    showActual(large);
+    const QPointF before = corner();
+    wheel({0, -1});
+    wait(0.1);
+    wheel({0, -1}); // lengthens the motion from where the first one ends
+    wait(1);
+    expectNear(corner(), before + QPointF(0, -100));
+    wheel({0.25, 0}); // a touchpad of an X server: at once
+    expectNear(corner(), before + QPointF(12, -100));
+    wait(1);
+    touchpad(Phase::Begin, {});
+    for (int step = 0; step < 10; ++step)
+        touchpad(Phase::Update, {-10.25, 0});
+    expectNear(corner(), before + QPointF(12 - 103, -100)); // parts of pixels add up
+    touchpad(Phase::End, {});
+    wait(0.2);
+    const double flown = corner().x();
+    EXPECT_LT(flown, before.x() - 150);
+    touchpad(Phase::Begin, {}); // catches it
+    wait(1);
+    EXPECT_NEAR(corner().x(), flown, 12);
+    EXPECT_EQ(takeAsked(), u""_s);
+}
+
+TEST_F(ImageInputTest, theZoomKeyMakesWheelsZoomAtThePointerByWhicheverAxisTurns) {
+    for (const QPointF turns : {QPointF(0, 1), QPointF(1, 0)}) {
+        show(large); // 0.2
+        const QPointF held = geometry.placement().pointToImage({200, 150});
+        wheel(turns, true);
+        wait(1);
+        EXPECT_NEAR(scale(), 0.3333, 1e-6);
+        expectNear(geometry.placement().pointToImage({200, 150}), held, 4);
+        EXPECT_EQ(takeAsked(), u""_s);
+    }
+    send(Phase::Momentum, {}, {0, 1}, true);
+    wait(1);
+    EXPECT_NEAR(scale(), 0.3333, 1e-6);
+}
+
+TEST_F(ImageInputTest, theMouseZoomsPansOrDragsTheFileOut) {
+    const ImageModifiers zoom{.command = true};
+    ImageMouse& mouse = input.mouse();
+    show(large);
+    mouse.mouseDown({100, 100}, zoom, 1);
+    mouse.mouseDragged({102, 100}); // a hand trembles
+    mouse.mouseUp({102, 100}, zoom);
+    wait(1);
+    EXPECT_NEAR(scale(), 0.25, 1e-6);
+    mouse.mouseDown({100, 100}, {.shift = true, .option = true}, 1);
+    mouse.mouseUp({100, 100}, {.shift = true, .option = true});
+    wait(1);
+    EXPECT_NEAR(scale(), 0.1667, 1e-6);
+    geometry.setScale(0.1);
+    mouse.mouseDown({100, 100}, zoom, 1);
+    mouse.mouseDragged({250, 100});
+    EXPECT_NEAR(scale(), 0.45, 1e-9);
+    mouse.mouseDragged({1000, 100});
+    EXPECT_NEAR(scale(), 0.8, 1e-9);
+    mouse.mouseUp({1000, 100}, zoom);
+    EXPECT_FALSE(motions.isRunning()); // no click
+    const QPointF before = corner();
+    mouse.mouseDown({100, 100}, {}, 1);
+    mouse.mouseDragged({97, 90});
+    expectNear(corner(), before + QPointF(-3, -10));
+    mouse.cancel();
+    mouse.mouseDragged({0, 0});
+    expectNear(corner(), before + QPointF(-3, -10));
+    EXPECT_EQ(takeAsked(), u""_s);
+    show(large);
+    mouse.mouseDown({100, 100}, {}, 1);
+    mouse.mouseDragged({103, 103});
+    EXPECT_EQ(takeAsked(), u""_s);
+    mouse.mouseDragged({103, 104});
+    mouse.mouseDragged({300, 104});
+    EXPECT_EQ(takeAsked(), u"drag"_s);
+    mouse.mouseDown({0, 0}, {}, 2);
+    wait(1);
+    EXPECT_NEAR(scale(), 1, 1e-9);
+}
+
+TEST_F(ImageInputTest, keysStepZoomScrollAndLeave) {
+    struct Case {
+        ImageKey key;
+        ImageModifiers modifiers;
+        bool isTaken;
+        const char* asked;
+        double scale = 1;
+        QPointF moved{};
+    };
+    const ImageModifiers none;
+    const ImageModifiers shift{.shift = true};
+    const ImageModifiers command{.command = true};
+    const ImageModifiers option{.option = true};
+    const Case cases[] = {
+        {ImageKey::Left, none, true, "previous"},
+        {ImageKey::Right, none, true, "next"},
+        {ImageKey::Right, command, true, "next"},
+        {ImageKey::Right, option, false, ""}, // goes through folders
+        {ImageKey::PageUp, none, true, "previous"},
+        {ImageKey::PageDown, none, true, "next"},
+        {ImageKey::Backspace, none, true, "previous"},
+        {ImageKey::Home, none, true, "first"},
+        {ImageKey::End, command, true, "last"},
+        {ImageKey::Up, none, false, ""},
+        {ImageKey::Up, option, true, "", 2},
+        {ImageKey::Down, command, true, "", 0.6667},
+        {ImageKey::Up, shift, true, "", 1, {0, 100}},
+        {ImageKey::Right, shift, true, "", 1, {-100, 0}},
+        {ImageKey::ZoomIn, none, true, "", 2},
+        {ImageKey::ZoomOut, none, true, "", 0.6667},
+        {ImageKey::FitIn, none, true, "", 0.2},
+        {ImageKey::ActualSize, command, false, ""}, // a shortcut
+        {ImageKey::Space, command, true, "flag"},
+        {ImageKey::Return, none, true, "leave"},
+        {ImageKey::Escape, shift, true, "leave"},
+    };
+    for (const Case& each : cases) {
+        const auto name = static_cast<int>(&each - cases);
+        showActual(large);
+        const QPointF before = corner();
+        EXPECT_EQ(input.keyDown(each.key, each.modifiers), each.isTaken) << name;
+        wait(1);
+        EXPECT_EQ(takeAsked(), QString::fromUtf8(each.asked)) << name;
+        EXPECT_NEAR(scale(), each.scale, 1e-6) << name;
+        if (each.scale == 1) expectNear(corner(), before + each.moved, 0.01);
+    }
+}
+
+TEST_F(ImageInputTest, twoFingersZoomOrTurnOnceNeverBoth) {
+    showActual(large);
+    input.beginGesture();
+    input.magnify(0.5, {10, 10});
+    input.rotate(40);
+    input.magnify(0.5, {10, 10}); // of the first distance: twice as far apart by now
+    EXPECT_NEAR(scale(), 2, 1e-9);
+    input.endGesture();
+    EXPECT_EQ(takeAsked(), u""_s);
+    input.beginGesture();
+    for (const double degrees : {10.0, 10.0, 90.0})
+        input.rotate(degrees);
+    input.magnify(3, {10, 10});
+    input.endGesture();
+    EXPECT_NEAR(scale(), 2, 1e-9);
+    EXPECT_EQ(takeAsked(), u"left"_s);
+}
+
+TEST_F(ImageInputTest, fingersOnAScreenPinchTapAndPull) {
+    const auto put = [&](std::vector<QPointF> points, double seconds = 0.02) {
+        wait(seconds);
+        touch.touch(points, now);
+    };
+    show(large);
+    for (int tap = 0; tap < 2; ++tap) {
+        put({QPointF(200, 200)});
+        put({});
+    }
+    wait(1);
+    EXPECT_NEAR(scale(), 1, 1e-9);
+    put({QPointF(300, 300)});
+    put({QPointF(300, 300), QPointF(500, 300)});
+    put({QPointF(200, 300), QPointF(600, 300)});
+    EXPECT_NEAR(scale(), 2, 1e-9);
+    const QPointF before = corner();
+    put({QPointF(200, 300)}); // what is left of a pinch moves nothing
+    put({QPointF(250, 350)});
+    expectNear(corner(), before);
+    put({});
+    // A clockwise turn, across where angles begin anew.
+    put({QPointF(500, 295), QPointF(300, 305)});
+    put({QPointF(490, 350), QPointF(310, 250)});
+    put({QPointF(400, 400), QPointF(400, 200)});
+    put({});
+    EXPECT_EQ(takeAsked(), u"right"_s);
+    show(large);
+    put({QPointF(700, 300)});
+    for (int x = 650; x >= 50; x -= 60)
+        put({QPointF(x, 300)});
+    put({});
+    wait(1);
+    EXPECT_EQ(takeAsked(), u"next"_s);
+}
+
+TEST_F(ImageInputTest, aZoomTakesOverFromAScrollThatRuns) {
+    showActual(large);
+    motions.scrollByDelta({500, 0}, true);
+    wait(0.05);
+    const QPointF held = geometry.placement().pointToImage({100, 100});
+    motions.start(geometry.zoomInAtPoint(QPointF(100, 100)));
+    wait(1);
+    expectNear(geometry.placement().pointToImage({100, 100}), held);
+}

@@ -1,0 +1,193 @@
+#include "viewer/painting/ImagePainter.h"
+#include "support/Support.h"
+#include "viewer/state/FramePlayer.h"
+
+#include <QPainter>
+
+namespace {
+
+/// Red, green, blue and white from the top left clockwise.
+QImage corners(QSize size, QImage::Format format = QImage::Format_RGB32) {
+    QImage image(size, format);
+    QPainter painter(&image);
+    const QSize half = size / 2;
+    painter.fillRect(QRect(QPoint(0, 0), half), Qt::red);
+    painter.fillRect(QRect(QPoint(half.width(), 0), half), Qt::green);
+    painter.fillRect(QRect(QPoint(half.width(), half.height()), half), Qt::blue);
+    painter.fillRect(QRect(QPoint(0, half.height()), half), Qt::white);
+    return image;
+}
+
+/// What is seen on a view of 200 x 100 points at a place of its window.
+struct Painted {
+    Painted(const ImageScene& scene, double ratio)
+        : image((QSizeF(200, 100) * ratio).toSize(), QImage::Format_RGB32) {
+        image.setDevicePixelRatio(ratio);
+        image.fill(Qt::magenta);
+        QPainter painter(&image);
+        ImagePainter::paint(painter, scene, QRectF(0, 0, 200, 100), QFont());
+    }
+    QRgb at(int x, int y) const { return image.pixel(x, y); }
+    QImage image;
+};
+
+ImageScene sceneOf(const QImage& image, double ratio, double angle) {
+    ImageScene scene;
+    scene.placement = ImagePlacement::fittedIn(
+        ImageViewport(QSizeF(200, 100), ratio), QSizeF(image.size()), angle);
+    scene.picture = {image, QSizeF(image.size()), angle};
+    return scene;
+}
+
+} // namespace
+
+TEST(ImagePainterTest, cornersLieOnDevicePixelsAtEachTurnAndRatio) {
+    const QRgb ground = ImagePainter::groundColor().rgb();
+    const std::vector<QRgb> clockwise{
+        QColor(Qt::red).rgb(), QColor(Qt::green).rgb(), QColor(Qt::blue).rgb(),
+        QColor(Qt::white).rgb()};
+    for (const double ratio : {1.0, 1.25, 2.0}) {
+        for (int turn = 0; turn < 4; ++turn) {
+            // Small enough not to be scaled at any ratio: pixels are the device's.
+            const QImage image = corners({60, 40});
+            const ImageScene scene = sceneOf(image, ratio, 90.0 * turn);
+            const Painted painted(scene, ratio);
+            const QSize size = turn % 2 == 0 ? QSize(60, 40) : QSize(40, 60);
+            const std::string name = std::to_string(ratio) + " " + std::to_string(turn);
+            QRect seen;
+            for (int y = 0; y < painted.image.height(); ++y)
+                for (int x = 0; x < painted.image.width(); ++x)
+                    if (painted.at(x, y) != ground) seen |= QRect(x, y, 1, 1);
+            EXPECT_EQ(seen.size(), size) << name;
+            const QPoint offCentre = seen.center() - painted.image.rect().center();
+            EXPECT_LE(offCentre.manhattanLength(), 2) << name;
+            const QPoint inside[] = {
+                seen.topLeft(), seen.topRight(), seen.bottomRight(), seen.bottomLeft()};
+            for (int corner = 0; corner < 4; ++corner)
+                EXPECT_EQ(
+                    painted.image.pixel(inside[corner]),
+                    clockwise.at(static_cast<std::size_t>(corner - turn + 4) % 4))
+                    << name << " corner " << corner;
+        }
+    }
+}
+
+TEST(ImagePainterTest, whatIsResampledForTheDeviceIsPaintedPixelForPixelInPlaceOfThePicture) {
+    for (const double ratio : {1.0, 1.25, 2.0}) {
+        ImageScene scene = sceneOf(corners({600, 400}), ratio, 0);
+        const auto images =
+            std::make_shared<PBImages>(std::vector<PBImage>{PBImage(scene.picture->image)}, false);
+        DisplayPicture display;
+        display.state = ImagePainter::displayStateOf(scene.placement, images, 0);
+        display.rect = visibleRect(display.state).value();
+        display.image = QImage(display.rect.size(), QImage::Format_RGB32);
+        for (int y = 0; y < display.image.height(); ++y)
+            for (int x = 0; x < display.image.width(); ++x)
+                display.image.setPixel(x, y, qRgb(x % 256, y, (x + y) % 7 * 30));
+        scene.display = &display;
+        EXPECT_EQ(Painted(scene, ratio).image.copy(display.rect), display.image) << ratio;
+    }
+}
+
+TEST(ImagePainterTest, transparentPicturesLieOnQuietChequersThatTurnAndZoomDoNotBlur) {
+    QImage clear(60, 40, QImage::Format_ARGB32_Premultiplied);
+    clear.fill(Qt::transparent);
+    const Painted painted(sceneOf(clear, 1, 0), 1);
+    std::set<QRgb> seen;
+    for (int x = 70; x < 130; ++x)
+        seen.insert(painted.at(x, 50));
+    EXPECT_EQ(seen.size(), 2);
+    for (const QRgb color : seen) {
+        EXPECT_TRUE(qIsGray(color));
+        EXPECT_GT(qGray(color), ImagePainter::groundColor().red());
+        EXPECT_LT(qGray(color), 128);
+    }
+    EXPECT_EQ(painted.at(69, 50), ImagePainter::groundColor().rgb());
+    EXPECT_NE(painted.at(70, 30), painted.at(78, 30)); // squares of 8, from the picture's corner
+    EXPECT_EQ(painted.at(70, 30), painted.at(77, 37));
+}
+
+TEST(ImagePainterTest, aNeighbourEmergesAtItsPlaceAsThePictureIsPulledAway) {
+    ImageScene scene = sceneOf(corners({200, 100}), 1, 0);
+    QImage white(60, 40, QImage::Format_RGB32);
+    white.fill(Qt::white);
+    scene.neighbour = {white, QSizeF(60, 40), 90};
+    int former = 0;
+    for (const int offset : {150, 199, 400}) {
+        scene.placement.setSwapOffset(offset);
+        const Painted painted(scene, 1);
+        const int level = qGray(painted.at(100, 25)); // it stands upright there
+        EXPECT_GT(level, former) << offset;
+        former = level;
+        EXPECT_EQ(painted.at(75, 50), ImagePainter::groundColor().rgb()) << offset;
+    }
+    EXPECT_EQ(former, 255);
+}
+
+TEST(ImagePainterTest, aVersionOfAnotherShapeIsNotDistorted) {
+    QImage white(40, 40, QImage::Format_RGB32);
+    white.fill(Qt::white);
+    ImageScene scene = sceneOf(corners({200, 100}), 1, 0);
+    scene.picture->image = white;
+    const Painted painted(scene, 1);
+    EXPECT_EQ(painted.at(45, 50), ImagePainter::groundColor().rgb());
+    EXPECT_EQ(painted.at(55, 50), QColor(Qt::white).rgb());
+    EXPECT_EQ(ImagePainter::coveredRect({20, 10}, {4000, 1990}), QRectF(0, 0, 4000, 1990));
+}
+
+TEST(ImagePainterTest, aMessageIsOneLineInTheMiddleAlsoOverAPicture) {
+    for (const bool hasPicture : {false, true}) {
+        ImageScene scene = sceneOf(corners({200, 100}), 1, 0);
+        if (!hasPicture) scene.picture.reset();
+        const QImage without = Painted(scene, 1).image;
+        scene.message = u"A text that is far too long for a view as narrow as this one is"_s;
+        const QImage with = Painted(scene, 1).image;
+        int top = 100;
+        int bottom = 0;
+        for (int y = 0; y < 100; ++y)
+            if (with.copy(0, y, 200, 1) != without.copy(0, y, 200, 1)) {
+                top = std::min(top, y);
+                bottom = y;
+            }
+        EXPECT_GE(top, 20);
+        EXPECT_LE(bottom - top, 40);
+        EXPECT_EQ(with.copy(0, 0, 5, 100), without.copy(0, 0, 5, 100));
+    }
+}
+
+TEST(FramePlayerTest, framesPlayInTheirRhythmAndWaitForWhatIsNotThere) {
+    double now = 10;
+    FramePlayer player([&now] { return now; });
+    std::set<std::size_t> ready{0, 1};
+    const FramePlayer::Frames frames{
+        .count = 3,
+        .delayTimeAtIndex = [](std::size_t index) { return index == 0 ? 0.01 : 0.2; },
+        .isReady = [&ready](std::size_t index) { return ready.contains(index); }};
+    EXPECT_FALSE(FramePlayer::Frames{}.canPlay());
+    player.startPlayTimer({});
+    EXPECT_FALSE(player.nextTime());
+    player.startPlayTimer(frames);
+    EXPECT_NEAR(player.nextTime().value(), 10.1, 1e-9); // too short to be meant
+    now = 10.05;
+    player.startPlayTimer(frames);
+    EXPECT_FALSE(player.playTimerMethod(frames));
+    now = 10.13; // a little late: the rhythm stays
+    EXPECT_TRUE(player.playTimerMethod(frames));
+    EXPECT_EQ(player.indexOfImages(), 1);
+    EXPECT_NEAR(player.nextTime().value(), 10.3, 1e-9);
+    now = 10.3;
+    EXPECT_FALSE(player.playTimerMethod(frames));
+    EXPECT_EQ(player.indexOfImages(), 1);
+    ready.insert(2);
+    now = 11;
+    EXPECT_TRUE(player.playTimerMethod(frames));
+    now = 20; // far behind: nothing is hurried through
+    EXPECT_TRUE(player.playTimerMethod(frames));
+    EXPECT_EQ(player.indexOfImages(), 0);
+    EXPECT_NEAR(player.nextTime().value(), 20.1, 1e-9);
+    now = 21;
+    EXPECT_FALSE(player.playTimerMethod({})); // the version shown now does not play
+    EXPECT_FALSE(player.nextTime());
+    player.stopPlayTimer();
+    EXPECT_EQ(player.indexOfImages(), 0);
+}

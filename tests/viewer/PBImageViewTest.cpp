@@ -1,0 +1,258 @@
+#include "ImageViewFixture.h"
+
+#include "ui/DropTip.h"
+#include "ui/FolderDropTarget.h"
+#include "viewer/PBNavigationImageView.h"
+#include "viewer/StepButtons.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QWheelEvent>
+
+using Painted = PBImageView::Painted;
+
+namespace {
+
+QImage filled(QColor color, QSize size = {30, 20}) {
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(color);
+    return image;
+}
+
+void press(QWidget& view, int key, Qt::KeyboardModifiers modifiers = {}, bool isHeld = false) {
+    QKeyEvent event(QEvent::KeyPress, key, modifiers, {}, isHeld);
+    QApplication::sendEvent(&view, &event);
+}
+
+} // namespace
+
+TEST_F(PBImageViewTest, theThumbnailIsStretchedInPlaceUntilThePictureIsThere) {
+    add(u"one.jpg"_s, {{600, 400}, Qt::red});
+    thumbnail = filled(Qt::yellow);
+    files.setHeld(true);
+    show();
+    // Never the ground, and never another size.
+    for (const QPoint at : {QPoint(102, 102), QPoint(697, 497), QPoint(400, 300)})
+        EXPECT_EQ(colorAt(at.x(), at.y()), QColor(Qt::yellow)) << at.x();
+    EXPECT_EQ(colorAt(98, 300), ImagePainter::groundColor());
+    EXPECT_EQ(view.painted(), Painted::Thumbnail);
+    files.setHeld(false);
+    EXPECT_TRUE(isSharp());
+    EXPECT_EQ(colorAt(102, 102), QColor(Qt::red));
+    EXPECT_EQ(colorAt(98, 300), ImagePainter::groundColor());
+    EXPECT_EQ(view.painted(), Painted::Original); // it is smaller than the screen
+}
+
+TEST_F(PBImageViewTest, aStepShowsTheNeighbourThatWasLoadedAheadAtOnce) {
+    add(u"one.jpg"_s, {{600, 400}, Qt::red});
+    add(u"two.jpg"_s, {{600, 400}, Qt::green});
+    show();
+    view.tryPreloadNextOrPrevImage();
+    EXPECT_TRUE(isSharp());
+    EXPECT_TRUE(support::spinUntil([this] { return manager.operationCount() == 0; }));
+    files.setHeld(true);
+    host.items[1]->setRotateAngle(90);
+    press(view, Qt::Key_Right);
+    EXPECT_EQ(host.index, 1);
+    EXPECT_EQ(colorAt(198, 300), ImagePainter::groundColor()); // it stands upright
+    EXPECT_EQ(colorAt(201, 300), QColor(Qt::green));
+    EXPECT_EQ(view.angle(), -90);
+    press(view, Qt::Key_Right);
+    EXPECT_EQ(host.index, 1);
+    press(view, Qt::Key_Home);
+    support::sendMouse(view, QEvent::MouseButtonPress, {5, 5}, {}, Qt::ForwardButton);
+    EXPECT_EQ(host.index, 1);
+    support::sendMouse(view, QEvent::MouseButtonPress, {5, 5}, {}, Qt::BackButton);
+    EXPECT_EQ(host.index, 0);
+    press(view, Qt::Key_Space);
+    press(view, Qt::Key_Space, {}, true); // held
+    EXPECT_EQ(host.asked, u"flag"_s.split(u' '));
+}
+
+TEST_F(PBImageViewTest, whatCannotBeShownSaysSoOverItsThumbnail) {
+    const auto damaged = add(u"one.jpg"_s, {{600, 400}, Qt::red, true});
+    thumbnail = filled(Qt::yellow);
+    show();
+    const QImage before = view.grab().toImage();
+    EXPECT_TRUE(support::spinUntil([this, &before] { return view.grab().toImage() != before; }));
+    EXPECT_EQ(view.painted(), Painted::Thumbnail);
+    EXPECT_EQ(colorAt(102, 102), QColor(Qt::yellow));
+    EXPECT_FALSE(view.isProgressIndicatorShown());
+    // A file that can't be reached is not damaged, and is not waited for.
+    const auto away = add(u"two.jpg"_s, {{6000, 4000}, Qt::red});
+    folder.clear();
+    press(view, Qt::Key_Right);
+    const QImage plain = view.grab().toImage();
+    EXPECT_FALSE(view.isProgressIndicatorShown());
+    EXPECT_EQ(manager.operationCount(), 0);
+    folder = u"/photos"_s;
+    files.setHeld(true);
+    EXPECT_NE(view.grab().toImage(), plain);
+    EXPECT_TRUE(view.isProgressIndicatorShown());
+    EXPECT_EQ(manager.operationCount(), 1);
+    // Nothing focused.
+    host.items.clear();
+    view.showImage();
+    EXPECT_FALSE(view.isProgressIndicatorShown());
+    const QImage without = view.grab().toImage();
+    EXPECT_EQ(view.painted(), Painted::Nothing);
+    view.startProgressIndicator(); // photographs may still come
+    EXPECT_NE(view.grab().toImage(), without);
+}
+
+TEST_F(PBImageViewTest, aPanPaintsStripsAndWhatLiesOnThePicture) {
+    add(u"one.jpg"_s, {{2000, 2000}, Qt::red});
+    show();
+    EXPECT_TRUE(isSharp());
+    press(view, Qt::Key_Z);
+    EXPECT_TRUE(rests());
+    const auto* miniature = view.findChild<NavigationView*>();
+    ASSERT_TRUE(miniature->isVisible());
+    const QRect panel = miniature->geometry();
+    static_cast<void>(paints.take());
+    support::sendMouse(view, QEvent::MouseButtonPress, {400, 300});
+    QMouseEvent move(
+        QEvent::MouseMove, QPointF(390, 293), view.mapToGlobal(QPointF(390, 293)), Qt::NoButton,
+        Qt::LeftButton, {});
+    QApplication::sendEvent(&view, &move);
+    const QRegion strips =
+        QRegion(790, 0, 10, 600) + QRegion(0, 593, 800, 7) + panel.adjusted(-10, -7, 10, 7);
+    EXPECT_TRUE((paints.take() - strips).isEmpty());
+    EXPECT_EQ(view.imageGeometry().placement().pointFromImage({}), QPointF(-610, -707));
+    support::sendMouse(view, QEvent::MouseButtonRelease, {390, 293});
+    EXPECT_TRUE(paints.take().contains(QPoint(200, 200))); // at rest, for the eye
+    // No further than the edge.
+    view.scrollByDelta({5000, 5000});
+    EXPECT_TRUE(rests());
+    EXPECT_EQ(view.imageGeometry().placement().pointFromImage({}), QPointF(0, 0));
+    press(view, Qt::Key_X);
+    EXPECT_TRUE(rests());
+    EXPECT_TRUE(view.isFitIn());
+    EXPECT_FALSE(miniature->isVisible());
+    EXPECT_GT(host.validations, 1);
+}
+
+TEST_F(PBImageViewTest, theMiniatureMovesThePictureByItsMark) {
+    add(u"one.jpg"_s, {{2000, 2000}, Qt::red});
+    thumbnail = filled(Qt::yellow, {200, 200});
+    show();
+    press(view, Qt::Key_Z);
+    EXPECT_TRUE(rests());
+    auto* miniature = view.findChild<PBNavigationImageView*>();
+    const QPointF middle = QRectF(miniature->rect()).center();
+    const double scale = std::min(miniature->width(), miniature->height()) / 2000.0;
+    const QPointF before = view.imageGeometry().placement().pointFromImage({});
+    support::sendMouse(*miniature, QEvent::MouseButtonPress, middle);
+    QMouseEvent move(
+        QEvent::MouseMove, middle + QPointF(10, 0), {}, Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(miniature, &move);
+    EXPECT_NEAR(
+        view.imageGeometry().placement().pointFromImage({}).x(), before.x() - 10 / scale, 1);
+    support::sendMouse(*miniature, QEvent::MouseButtonRelease, middle);
+    const QImage seen = miniature->grab().toImage();
+    EXPECT_EQ(seen.pixelColor(middle.toPoint()), QColor(Qt::yellow));
+    EXPECT_LT(seen.pixelColor(QPoint(seen.width() / 2, 3)).red(), 160); // dimmed outside the mark
+    view.setNavigationEnabled(false);
+    EXPECT_FALSE(miniature->isVisible());
+}
+
+TEST_F(PBImageViewTest, wheelAndGesturesArriveFromTheirEvents) {
+    add(u"one.jpg"_s, {{2000, 2000}, Qt::red});
+    add(u"two.jpg"_s, {{600, 400}, Qt::green});
+    show();
+    const QPointF point(400, 300);
+    const auto wheel = [&](QPoint angle, Qt::KeyboardModifiers modifiers) {
+        QWheelEvent event(
+            point, view.mapToGlobal(point), {}, angle, Qt::NoButton, modifiers, Qt::NoScrollPhase,
+            false);
+        QApplication::sendEvent(&view, &event);
+    };
+    wheel({120, 0}, Qt::AltModifier);
+    EXPECT_TRUE(rests());
+    EXPECT_NEAR(view.scale(), 0.5, 1e-6);
+    wheel({0, 120}, Qt::ControlModifier);
+    EXPECT_TRUE(rests());
+    EXPECT_NEAR(view.scale(), 0.6667, 1e-6);
+    view.fitInWithAnimation(false);
+    wheel({0, -120}, {});
+    EXPECT_TRUE(support::spinUntil([this] { return host.index == 1; }));
+    EXPECT_TRUE(support::claimsShortcut(view, Qt::Key_Z));
+    EXPECT_FALSE(support::claimsShortcut(view, Qt::Key_Left));
+    QFocusEvent tab(QEvent::FocusIn, Qt::TabFocusReason);
+    const QImage unfocused = view.grab().toImage();
+    QApplication::sendEvent(&view, &tab);
+    EXPECT_NE(view.grab().toImage(), unfocused); // the focus is seen
+}
+
+TEST_F(PBImageViewTest, aFileThatChangedIsShownInItsPlaceAndTurnsToItsRotation) {
+    const auto item = add(u"one.jpg"_s, {{600, 400}, Qt::red});
+    show();
+    EXPECT_TRUE(isSharp());
+    item->setRotateAngle(180);
+    item->setImageSize({400, 400});
+    view.imageDidChange();
+    EXPECT_TRUE(view.isRotating());
+    EXPECT_TRUE(rests());
+    EXPECT_EQ(view.angle(), 180);
+    EXPECT_TRUE(view.isFitIn());
+    EXPECT_EQ(view.imageGeometry().placement().imageSize(), QSizeF(400, 400));
+}
+
+TEST_F(PBImageViewTest, theButtonsFadeInNearThemAndStep) {
+    add(u"one.jpg"_s, {{600, 400}, Qt::red});
+    add(u"two.jpg"_s, {{600, 400}, Qt::green});
+    show();
+    auto* buttons = view.findChild<StepButtons*>();
+    const auto found = view.findChildren<QAbstractButton*>();
+    ASSERT_EQ(found.size(), 2);
+    support::sendMouse(view, QEvent::MouseMove, {400, 300}, {}, Qt::NoButton);
+    EXPECT_FALSE(buttons->isShown());
+    support::sendMouse(view, QEvent::MouseMove, {20, 380}, {}, Qt::NoButton);
+    EXPECT_TRUE(buttons->isShown());
+    for (auto* button : found)
+        EXPECT_EQ(button->isVisible(), true) << button->x();
+    EXPECT_FALSE(found[0]->isEnabled()); // there is nothing before the first
+    found[1]->click();
+    EXPECT_EQ(host.index, 1);
+    EXPECT_FALSE(found[1]->isEnabled());
+    press(view, Qt::Key_Left);
+    EXPECT_FALSE(buttons->isShown());
+    view.leave();
+    EXPECT_FALSE(found[0]->isVisible());
+    EXPECT_FALSE(view.findChild<NavigationView*>()->isVisible());
+}
+
+TEST_F(PBImageViewTest, filesThatAreDroppedAreOpened) {
+    show();
+    auto* target = view.findChild<FolderDropTarget*>();
+    auto* tip = view.findChild<DropTip*>();
+    Q_EMIT target->draggingChanged(true);
+    EXPECT_TRUE(tip->isVisible() && tip->geometry() == view.rect());
+    Q_EMIT target->draggingChanged(false);
+    EXPECT_FALSE(tip->isVisible());
+    Q_EMIT target->dropped({u"/a.jpg"_s});
+    EXPECT_EQ(host.asked, QStringList{u"/a.jpg"_s});
+}
+
+TEST_F(PBImageViewTest, screenReadersHearNameSizeAndMarks) {
+    const auto item = add(u"one.jpg"_s, {{600, 400}, Qt::red});
+    item->setStar(3);
+    item->setFlagged(true);
+    item->setRotateAngle(90);
+    QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&view);
+    EXPECT_EQ(interface->role(), QAccessible::Graphic);
+    EXPECT_EQ(interface->text(QAccessible::Name), u"one.jpg"_s);
+    EXPECT_EQ(interface->text(QAccessible::Description), u"400 × 600 pixels, 3 stars, flagged"_s);
+    host.items.clear();
+    EXPECT_FALSE(interface->text(QAccessible::Name).isEmpty());
+}
+
+TEST_F(PBImageViewTest, nothingIsPaintedOrAskedForDuringASlideshow) {
+    add(u"one.jpg"_s, {{600, 400}, Qt::red});
+    thumbnail = filled(Qt::yellow);
+    host.isSlideShow = true;
+    show();
+    view.tryPreloadNextOrPrevImage();
+    EXPECT_EQ(colorAt(400, 300), ImagePainter::groundColor());
+    EXPECT_EQ(manager.operationCount(), 0);
+}

@@ -1,0 +1,200 @@
+#include "viewer/bin/PhotoBin.h"
+
+#include "support/Support.h"
+#include "viewer/bin/PhotoBinHost.h"
+#include "viewer/bin/StripGeometry.h"
+
+namespace {
+
+TEST(StripGeometryTest, anyCellCanStandInTheMiddleAndOnlyThere) {
+    for (const double height : {40.0, 61.0, 92.0}) {
+        const StripGeometry strip(height, 1001, 7);
+        const double last = strip.contentWidth() - 1001;
+        EXPECT_EQ(strip.positionOfIndex(0), 0);
+        EXPECT_EQ(strip.positionOfIndex(6), last);
+        for (std::int64_t index = 0; index < 7; ++index) {
+            const double position = strip.positionOfIndex(index);
+            const double half = (height + 2) / 2;
+            EXPECT_EQ(strip.rectOfIndex(index).center().x() - position, 500.5);
+            for (const double off : {-half + 0.1, 0.0, half - 0.1}) {
+                EXPECT_EQ(strip.roundPosition(position + off), position);
+                EXPECT_EQ(strip.indexAtPosition(position + off), index);
+            }
+        }
+        EXPECT_EQ(strip.indexAtPosition(-500), 0);
+        EXPECT_EQ(strip.indexAtPosition(last + 500), 6);
+        EXPECT_EQ(strip.indexAtPoint(strip.rectOfIndex(3).center()), 3);
+        EXPECT_EQ(strip.indexAtPoint(strip.rectOfIndex(3).topRight() + QPointF(1, 5)), -1);
+        EXPECT_EQ(strip.indexAtPoint({strip.contentOffset() - 1, 5}), -1);
+        EXPECT_EQ(strip.indexAtPoint(strip.rectOfIndex(7).center()), -1);
+    }
+    EXPECT_EQ(StripGeometry(60, 1001, 0).indexAtPosition(0), -1);
+    EXPECT_EQ(StripGeometry(60, 1001, 0).indexAtPoint({500, 5}), -1);
+}
+
+TEST(StripGeometryTest, visibleCellsAreThoseOnShowAndNeverMoreThanFortyPointCells) {
+    using Range = StripGeometry::Range;
+    struct Row {
+        double height;
+        double x; ///< of the part on show, 800 wide
+        std::int64_t count;
+        Range visible;
+    };
+    // Cells of 60 begin at 370; each takes 62.
+    for (const auto& [height, x, count, visible] : {
+             Row{60, 0, 100, {0, 6}},
+             Row{60, 620, 100, {4, 16}},
+             Row{60, 371, 100, {0, 12}},
+             Row{60, 431, 100, {1, 13}}, // the first has just gone
+             Row{60, 0, 3, {0, 2}},
+             Row{60, 0, 0, {0, -1}},
+             // Cells of 20: 36 would be on show, of which 19 are taken from the middle.
+             Row{20, 2200, 1000, {91, 109}},
+         }) {
+        const StripGeometry strip(height, 800, count);
+        const Range range = strip.calcVisibleForRect({x, 0, 800, height});
+        EXPECT_EQ(range.first, visible.first) << height << ' ' << x << ' ' << count;
+        EXPECT_EQ(range.last, visible.last) << height << ' ' << x << ' ' << count;
+    }
+}
+
+TEST(StripGeometryTest, framesShowAnOddNumberOfWholeCells) {
+    const StripGeometry strip(60, 800, 4);
+    for (const auto& [width, cells] : std::vector<std::pair<double, int>>{
+             {10, 1}, {122, 1}, {183, 1}, {184, 3}, {308, 5}, {371, 5}, {9000, 7}})
+        EXPECT_EQ(strip.frameWidthWithContainerSize(width), cells * 62 - 2) << width;
+}
+
+/// Notes what the bin asks for, in order: "c" scrolled, "j" jumped, "s" shown, "S" selection told,
+/// "p" preloaded, "l" left the focus, "r" replaced.
+struct PhotoBinTest : ::testing::Test, PhotoBinHost, PhotoBinStrip {
+    void showImageAtIndex(std::int64_t index) override { note(u's', index); }
+    void selectDidChange() override { log += u'S'; }
+    void tryPreloadNextOrPrevImage() override { log += u'p'; }
+    void focusDidLeave(PBImageFileItem&) override { log += u'l'; }
+    void focusWasReplaced(
+        const std::shared_ptr<PBImageFileItem>&, const std::shared_ptr<PBImageFileItem>&) override {
+        log += u'r';
+    }
+    void listDidReload() override {}
+    void stopProgress() override {}
+    void keyDown(QKeyEvent&) override {}
+    void popUpContextMenu(const QPoint&) override {}
+    QString filePath(const PBImageFileItem&) const override { return {}; }
+    void scrollIndexToCenter(std::int64_t index, bool animation) override {
+        note(animation ? u'c' : u'j', index);
+    }
+    void setNeedsDisplay() override {}
+
+    void note(QChar what, std::int64_t index) { log += what + QString::number(index); }
+    QString take() { return std::exchange(log, {}); }
+    static std::shared_ptr<PBImageFileItem> item(qint64 id) {
+        return PBImageFileItem::imageFileItemWithId(id, 1, QString::number(id), 1, 1);
+    }
+    static PBImageFileArray arrayOf(const PBImageFileList& items) {
+        PBImageFileArray array;
+        for (const auto& each : items)
+            array.push_back(each);
+        return array;
+    }
+    void reload(const PBImageFileList& list) {
+        bin.setFileItemArray(arrayOf(list));
+        bin.refreshFocusIndex();
+    }
+    /// The selected ones among all, as digits.
+    QString selected() const {
+        QString ids;
+        for (const auto& each : items)
+            if (each->isSelected()) ids += each->fileName();
+        return ids;
+    }
+
+    PBImageFileList items;
+    PhotoBin bin{*this, *this};
+    QString log;
+};
+
+TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
+    for (qint64 id = 0; id < 120; ++id)
+        items.push_back(item(id));
+    reload(items);
+    EXPECT_EQ(take(), u"s0S");
+    EXPECT_FALSE(bin.canPrev() || bin.canFirst());
+    bin.navigateToPreviousImage();
+    EXPECT_EQ(take(), QString()) << "nothing before the first";
+    bin.navigateToNextImage();
+    EXPECT_EQ(take(), u"c1ls1Sp");
+    EXPECT_EQ(selected(), u"1");
+    EXPECT_EQ(bin.loadDirection(), 1);
+    bin.navigateToLastImage();
+    EXPECT_EQ(take(), u"j119ls119Sp") << "too far for a motion";
+    EXPECT_FALSE(bin.canNext() || bin.canLast());
+    bin.goTo(70);
+    EXPECT_EQ(take(), u"c70ls70Sp");
+    EXPECT_EQ(bin.loadDirection(), -1);
+    bin.navigateToLastImage();
+    EXPECT_EQ(take(), u"c119ls119Sp") << "49 cells";
+    bin.goTo(50);
+    bin.goTo(50);
+    bin.goTo(-1);
+    EXPECT_EQ(take(), u"c50ls50Sp");
+    bin.navigateToFirstImage();
+    EXPECT_EQ(take(), u"j0ls0Sp") << "50 cells";
+    bin.stoppedAt(3, -1);
+    EXPECT_EQ(take(), u"ls3Sp") << "it stands in the middle already";
+    EXPECT_EQ(bin.loadDirection(), -1);
+    EXPECT_EQ(selected(), u"3");
+
+    const auto ahead = [&](std::int64_t count) {
+        QString names;
+        for (const IndexedImage& each : bin.preloadImageFileItemWithCount(count))
+            names += each.item->fileName() + u':' + QString::number(each.index) + u' ';
+        return names;
+    };
+    EXPECT_EQ(ahead(2), u"1:1 2:2 ");
+    EXPECT_EQ(ahead(7), u"0:0 1:1 2:2 ");
+    bin.setLoadDirection(0);
+    EXPECT_EQ(ahead(2), u"4:4 5:5 ");
+}
+
+TEST_F(PhotoBinTest, aNewListKeepsThePhotographThatIsShownWhereverItIs) {
+    for (qint64 id = 0; id < 6; ++id)
+        items.push_back(item(id));
+    reload(items);
+    bin.goTo(2);
+    (void)take();
+
+    reload({items[5], items[4], items[3], items[2]});
+    EXPECT_EQ(take(), QString()) << "it is not shown anew";
+    EXPECT_EQ(bin.focusIndex(), 3);
+    EXPECT_EQ(selected(), u"2");
+
+    // Gone: the one that took its index, or the last.
+    reload({items[5], items[4], items[3], items[1]});
+    EXPECT_EQ(take(), u"ls3S");
+    EXPECT_EQ(selected(), u"1");
+    reload({items[5], items[4]});
+    EXPECT_EQ(take(), u"ls1S");
+    EXPECT_EQ(selected(), u"4");
+
+    // A scan made other items of the same photographs.
+    const PBImageFileList again{item(4), item(5)};
+    reload(again);
+    EXPECT_EQ(take(), u"rS") << "what was loaded for it is handed on";
+    EXPECT_EQ(bin.focusIndex(), 0);
+    EXPECT_EQ(bin.focusImageFileItem(), again[0]);
+    EXPECT_TRUE(again[0]->isSelected());
+    EXPECT_EQ(selected(), QString());
+
+    reload({});
+    EXPECT_EQ(take(), u"ls-1S");
+    EXPECT_EQ(bin.focusIndex(), -1);
+    EXPECT_FALSE(bin.canPrev() || bin.canNext() || bin.canFirst() || bin.canLast());
+    reload({});
+    EXPECT_EQ(take(), QString());
+    reload({items[0]});
+    EXPECT_EQ(take(), u"s0S");
+    EXPECT_FALSE(bin.canPrev() || bin.canNext() || bin.canFirst() || bin.canLast());
+}
+
+} // namespace
