@@ -82,7 +82,7 @@ public:
     [[nodiscard]] bool isAppDidFinishLaunch() const override { return _isAppDidFinishLaunch; }
     [[nodiscard]] bool isLargeViewMode() const override;
     [[nodiscard]] bool isSlideShowMode() const override { return _isSlideShowMode; }
-    void setIsSlideShowMode(bool isSlideShowMode) { _isSlideShowMode = isSlideShowMode; }
+    void setIsSlideShowMode(bool isSlideShowMode) override { _isSlideShowMode = isSlideShowMode; }
 
     /// Pixels of the longer side of a stored thumbnail: 512 on a window of more than one device
     /// pixel a point, else 256.

@@ -11,6 +11,7 @@
 #include "ui/PBModalTextField.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBSplitView.h"
+#include "viewer/slideshow/Slideshow.h"
 #include "viewer/PBImageView.h"
 
 #include <QAbstractButton>
@@ -223,6 +224,21 @@ QJsonObject browsingState(ApplicationController& controller) {
         {QStringLiteral("scanning"), controller.isScanning()}};
 }
 
+QJsonObject slideshowState(const Slideshow& slideshow) {
+    const Slideshow::State state = slideshow.state();
+    return {
+        {QStringLiteral("state"), state.state},
+        {QStringLiteral("engine"), state.engine},
+        {QStringLiteral("renderer"), state.renderer},
+        {QStringLiteral("index"), number(state.index)},
+        {QStringLiteral("name"), state.name},
+        {QStringLiteral("transition"), state.transition},
+        {QStringLiteral("inTransition"), state.isTransitionRunning},
+        {QStringLiteral("controls"), state.areControlsShown},
+        {QStringLiteral("fullScreen"), state.isFullScreen},
+        {QStringLiteral("keepsAwake"), state.isInhibited}};
+}
+
 QJsonArray menuEntries(const QWidget& menu, auto&& geometryOf) {
     QJsonArray entries;
     for (const QAction* action : menu.actions()) {
@@ -376,6 +392,7 @@ QByteArray programState(ApplicationController& controller) {
     auto* view = window.findChild<PBImageBrowserView*>();
     if (scrollView && view)
         state.insert(QStringLiteral("browser"), browserState(*view, *scrollView));
+    state.insert(QStringLiteral("slideshow"), slideshowState(windowController.slideshow()));
     if (windowController.isLargeView())
         state.insert(QStringLiteral("large"), largeState(windowController.largeView()));
     state.insert(QStringLiteral("notice"), windowController.noticeBar().text());

@@ -32,5 +32,7 @@ public:
     /// False while the selection of the last run is brought back.
     [[nodiscard]] virtual bool isAppDidFinishLaunch() const = 0;
     [[nodiscard]] virtual bool isLargeViewMode() const = 0;
+    /// A slideshow covers the large view.
     [[nodiscard]] virtual bool isSlideShowMode() const = 0;
+    virtual void setIsSlideShowMode(bool isSlideShowMode) = 0;
 };

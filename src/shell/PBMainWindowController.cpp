@@ -24,6 +24,7 @@
 #include "shell/groups/GroupPanel.h"
 #include "shell/info/InfoFeed.h"
 #include "shell/large/LargeView.h"
+#include "shell/large/SlideshowCommand.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/EmptyReason.h"
@@ -183,6 +184,7 @@ void PBMainWindowController::buildWindow() {
             .statusBarView = *_statusBarView,
             .toolbar = *_toolbar,
             .largeView = *_largeView,
+            .slideshowCommand = *_slideshowCommand,
             .find = [this] { _toolbarController->find(); },
             .isFinding = [this] { return _toolbarController->isFinding(); }},
         nullptr);
@@ -354,6 +356,15 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
     QObject::connect(&_services.edits, &fileactions::EditRunner::didEdit, _largeView.get(), [this] {
         _largeView->controller().itemsDidChange();
     });
+    _slideshowCommand = std::make_unique<SlideshowCommand>(SlideshowCommand::Parts{
+        .services = _services,
+        .window = *_window,
+        .browserPane = *_browserPane,
+        .largeView = *_largeView});
+}
+
+const Slideshow& PBMainWindowController::slideshow() const {
+    return _slideshowCommand->slideshow();
 }
 
 void PBMainWindowController::connectImageToolbar() {

@@ -29,6 +29,8 @@ class QMainWindow;
 class QStackedWidget;
 class QMenu;
 class QWidget;
+class Slideshow;
+class SlideshowCommand;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
@@ -61,6 +63,8 @@ public:
     [[nodiscard]] LargeView& largeView() { return *_largeView; }
     /// The large view is shown in the browser's place.
     [[nodiscard]] bool isLargeView() const;
+
+    [[nodiscard]] const Slideshow& slideshow() const;
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
@@ -125,6 +129,7 @@ private:
     WorkProgress* _workProgress = nullptr;
     MainToolbar* _toolbar = nullptr;
     ToolbarController* _toolbarController = nullptr;
+    std::unique_ptr<SlideshowCommand> _slideshowCommand; // its window is a child, too
     std::unique_ptr<WindowCommands> _commands; // goes before all of them
     std::unique_ptr<ImageToolbarController> _imageToolbarController;
 };

@@ -23,6 +23,7 @@ namespace {
 MenuState browserWith(qint64 selected) {
     MenuState state;
     state.selectCount = selected;
+    state.hasItems = selected > 0;
     state.thumbnailSize = 160;
     state.sortType = 1;
     state.style = 15;
@@ -52,7 +53,7 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
         browserWith(2),
         large,
         largeWithItems,
-        with(browserWith(0), &S::isRootSelected),
+        with(browserWith(0), &S::isRootSelected, &S::hasItems),
         with(browserWith(0), &S::canRevealFocused),
         with(browserWith(0), &S::isFolderSelected, &S::pasteboardHasImages),
         with(browserWith(0), &S::canBack),
@@ -69,7 +70,8 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
         {{renameFile}, "0100000000"},
         {{view_BrowserView, deselectAll}, "0110000000"},
         {{view_ThumbnailView, view_PhotoBin, go_NextItem}, "0001100000"},
-        {{view_fitIn, view_ActualSize, view_SlideshowView}, "0000100000"},
+        {{view_fitIn, view_ActualSize}, "0000100000"},
+        {{view_SlideshowView}, "0110110000"},
         {{removeFolderAlias}, "0000010000"},
         {{revealInFinder}, "0000101000"},
         {{paste}, "0000000100"},

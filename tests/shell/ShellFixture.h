@@ -31,13 +31,15 @@ struct NotedDelegate final : PBAppDelegate {
     std::shared_ptr<PBOpenFiles> openFiles() const override { return requested; }
     bool isAppDidFinishLaunch() const override { return launched; }
     bool isLargeViewMode() const override { return largeView(); }
-    bool isSlideShowMode() const override { return false; }
+    bool isSlideShowMode() const override { return slideShow; }
+    void setIsSlideShowMode(bool is) override { slideShow = is; }
 
     int scans = 0;
     int cancels = 0;
     int regroupings = 0;
     int watchUpdates = 0;
     bool scanning = false;
+    bool slideShow = false;
     bool launched = true;
     std::function<bool()> largeView = [] { return false; };
     std::shared_ptr<PBOpenFiles> requested;

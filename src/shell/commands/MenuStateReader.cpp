@@ -61,6 +61,7 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
 
 void MenuStateReader::readBrowser(MenuState& state) const {
     const PBImageBrowserView& view = _parts.browserPane.browserView();
+    state.hasItems = view.leaves().leafCount() > 0;
     if (view.hasFocus()) state.canRevealFocused = state.selectCount > 0;
     state.style = view.style();
     state.thumbnailSize = view.thumbnailSize();

@@ -6,6 +6,7 @@
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/MarkCommands.h"
 #include "shell/large/LargeView.h"
+#include "shell/large/SlideshowCommand.h"
 #include "shell/menus/HelpDialogs.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
@@ -218,6 +219,9 @@ void WindowCommands::connectLargeView() {
     LargeView& largeView = _parts.largeView;
     _menu->connectCommand(
         Command::view_BrowserView, [&largeView] { largeView.view_BrowserView(); });
+    _menu->connectCommand(Command::view_SlideshowView, [&show = _parts.slideshowCommand] {
+        show.view_SlideshowView();
+    });
     for (const Command command :
          {Command::view_ThumbnailView, Command::view_fitIn, Command::view_ActualSize,
           Command::view_PhotoBin, Command::view_Navigation})

@@ -22,6 +22,7 @@ class MainMenu;
 class MarkCommands;
 class QMainWindow;
 class QToolBar;
+class SlideshowCommand;
 class SourceSidebar;
 class StatusBarView;
 struct ShellServices;
@@ -44,6 +45,7 @@ public:
         StatusBarView& statusBarView;
         QToolBar& toolbar;
         LargeView& largeView;
+        SlideshowCommand& slideshowCommand;
         /// Puts the keyboard into the search field.
         std::function<void()> find;
         /// The search field is in use, whether the user wants to see the toolbar or not.

@@ -48,6 +48,10 @@ constexpr bool canShowNavigation(State s) {
 constexpr bool hasPhotographs(State s) {
     return s.isLargeView ? s.largeView.hasItems : s.selectCount > 0;
 }
+/// Selected or not.
+constexpr bool hasSomeToShow(State s) {
+    return s.isLargeView ? s.largeView.hasItems : s.hasItems;
+}
 constexpr bool hasOnePhotograph(State s) {
     return s.isLargeView ? s.largeView.hasItems : s.selectCount == 1;
 }

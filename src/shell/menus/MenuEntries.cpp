@@ -176,7 +176,7 @@ constexpr MenuRow barRows[] = {
         u"thumbnailView", {inLargeView}),
     entry(
         Command::view_SlideshowView, u"view_SlideshowView", u"Menu_Slideshow", u"F5", u"slideshow",
-        {inLargeViewWithItems}),
+        {hasSomeToShow}),
     separator,
     submenu(u"Menu_Panes"),
     entry(

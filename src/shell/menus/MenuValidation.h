@@ -36,6 +36,7 @@ struct MenuState {
     bool recurseSubFolder = false;
 
     // The browser
+    bool hasItems = false;              ///< there are photographs, folded groups count
     qint64 selectCount = 0;             ///< those in folded groups too
     bool areAllSelectedFlagged = false; ///< false with no selection
     /// The view that has the keyboard holds something that can be shown in the file manager.

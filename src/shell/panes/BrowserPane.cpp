@@ -69,6 +69,16 @@ QStringList BrowserPane::selectedFilePath() const {
     return _view->selection().selectedFilePath(_folderPaths, FoldedLeaves::Included);
 }
 
+PBImageBrowserIndex BrowserPane::firstShownIndex() const {
+    const QRectF visible = _scrollView->documentVisibleRect();
+    PBImageBrowserIndex first;
+    _view->browserLayout().forEachVisible(
+        visible.top(), visible.bottom(), [&first](const PBImageBrowserIndex& index) {
+            if (!first.isValid()) first = index;
+        });
+    return first;
+}
+
 void BrowserPane::clear(bool isSameFolder) {
     platform::assertMainThread();
     _buffer.clearThumbnailBuffer();

@@ -35,6 +35,8 @@ public:
 
     /// Absolute paths of the selected images, those in folded groups too.
     [[nodiscard]] QStringList selectedFilePath() const;
+    /// The first photograph on show; invalid if there is none.
+    [[nodiscard]] PBImageBrowserIndex firstShownIndex() const;
     [[nodiscard]] const group::FolderPaths& folderPaths() const override { return _folderPaths; }
 
     /// Where the thumbnails of the photographs come from, for other views of them.

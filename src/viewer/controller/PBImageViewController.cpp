@@ -118,6 +118,18 @@ void PBImageViewController::leave() {
     _panes->splitViewSavePosition();
 }
 
+void PBImageViewController::goToImageFileItem(const std::shared_ptr<PBImageFileItem>& item) {
+    platform::assertMainThread();
+    if (const auto former = focusImageFileItem()) former->setIsSelected(false);
+    bin().setFocusImageFileItem(item);
+    item->setIsSelected(true);
+    // A photograph that has left the list meanwhile gives way to another here.
+    _thumbnailView->reloadData();
+    showImageAtIndex(bin().focusIndex());
+    selectDidChange();
+    tryPreloadNextOrPrevImage();
+}
+
 void PBImageViewController::updateList(List list) {
     platform::assertMainThread();
     bin().setFileItemArray(std::move(list.items));

@@ -53,6 +53,8 @@ public:
 
     /// The tree was made anew and the list with it; the photograph on show stays if it is in it.
     void updateList(List list);
+    /// Shows that photograph of the list, which is selected in place of the former one.
+    void goToImageFileItem(const std::shared_ptr<PBImageFileItem>& item);
     /// No scan runs any more: what has not come does not come.
     void scanFinished();
     /// Marks, rotation or name of photographs were changed.

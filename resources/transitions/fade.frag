@@ -1,0 +1,2 @@
+// shape: part of the new picture
+vec3 colourAt() { return mix(fromAt(pixel), toAt(pixel), shape.x); }

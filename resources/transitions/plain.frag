@@ -1,0 +1,2 @@
+// shape: 1 for the new picture
+vec3 colourAt() { return shape.x > 0.5 ? toAt(pixel) : fromAt(pixel); }

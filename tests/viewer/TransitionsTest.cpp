@@ -1,0 +1,179 @@
+#include "support/Support.h"
+#include "viewer/slideshow/transitions/OffscreenOpenGL.h"
+#include "viewer/slideshow/transitions/PlainPicture.h"
+#include "viewer/slideshow/transitions/RasterTransitions.h"
+
+#include <QProcess>
+
+namespace {
+
+constexpr QSize viewSize(480, 300);
+
+/// Smooth, without two parts alike, and different in every corner.
+QImage sample(int seed, QSize size = viewSize) {
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            const double across = x * 6.0 / size.width() + seed;
+            const double down = y * 4.0 / size.height() + seed;
+            const auto wave = [](double place) {
+                return static_cast<int>(127.5 + 127.5 * std::sin(place));
+            };
+            image.setPixel(
+                x, y, qRgb(wave(across * 1.7 + down), wave(down * 2.3 - across), wave(across)));
+        }
+    }
+    return image;
+}
+
+struct Difference {
+    double mean = 255;
+    int most = 255;
+};
+
+Difference differenceOf(const QImage& one, const QImage& other) {
+    if (one.size() != other.size() || one.isNull()) return {};
+    Difference difference{0, 0};
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x) {
+            const QRgb a = one.pixel(x, y);
+            const QRgb b = other.pixel(x, y);
+            for (const int each : {qRed(a) - qRed(b), qGreen(a) - qGreen(b), qBlue(a) - qBlue(b)}) {
+                difference.mean += std::abs(each);
+                difference.most = std::max(difference.most, std::abs(each));
+            }
+        }
+    }
+    difference.mean /= 3.0 * one.width() * one.height();
+    return difference;
+}
+
+/// The frame of a transition from the first sample to the second.
+TransitionFrame frameAt(int style, double progress) {
+    static const QImage from = sample(1);
+    static const QImage to = sample(4);
+    const auto transition = static_cast<TransitionStyle>(style);
+    return {transition, progress, from, to, makeTransitionMap(transition, viewSize)};
+}
+
+TEST(RasterTransitionsTest, everyTransitionBeginsAndEndsWithThePlainPicturesAndLeavesThemGently) {
+    for (int style = 0; style < transitionStyleCount; ++style) {
+        const TransitionFrame frame = frameAt(style, 0);
+        const auto at = [style](double progress) {
+            return RasterTransitions::paintedFrame(frameAt(style, progress));
+        };
+        EXPECT_EQ(differenceOf(at(0), frame.from).most, 0) << style;
+        EXPECT_EQ(differenceOf(at(1), frame.to).most, 0) << style;
+        // Not by a jump at the very ends.
+        EXPECT_LT(differenceOf(at(0.001), frame.from).mean, 1.5) << style;
+        EXPECT_LT(differenceOf(at(0.999), frame.to).mean, 1.5) << style;
+        for (double progress = 0; progress < 0.99; progress += 0.05)
+            EXPECT_LT(differenceOf(at(progress), at(progress + 0.05)).mean, 40) << style;
+    }
+}
+
+TEST(RasterTransitionsTest, noTwoTransitionsAreAlikeHalfWay) {
+    std::vector<QImage> frames;
+    for (int style = 0; style < transitionStyleCount; ++style) {
+        frames.push_back(RasterTransitions::paintedFrame(frameAt(style, 0.5)));
+        for (int other = 0; other < style; ++other)
+            EXPECT_GT(differenceOf(frames.back(), frames[static_cast<std::size_t>(other)]).mean, 8)
+                << style << " and " << other;
+    }
+}
+
+TEST(RasterTransitionsTest, rowsPaintedApartAreTheFrame) {
+    for (int style = 0; style < transitionStyleCount; ++style) {
+        const TransitionFrame frame = frameAt(style, 0.37);
+        QImage pieces(viewSize, QImage::Format_RGB32);
+        const RasterTransitions::Target target = RasterTransitions::targetOf(pieces);
+        for (const auto& [first, end] : {std::pair(150, 300), {0, 1}, {1, 150}})
+            RasterTransitions::paintRows(frame, target, first, end);
+        EXPECT_EQ(pieces, RasterTransitions::paintedFrame(frame)) << style;
+    }
+}
+
+TEST(PlainPictureTest, picturesLieInTheMiddleTurnedReducedAndNeverEnlarged) {
+    QImage picture(40, 20, QImage::Format_RGB32);
+    picture.fill(Qt::blue);
+    picture.setPixel(0, 0, qRgb(255, 0, 0));
+    const QRgb black = qRgb(0, 0, 0);
+    using Row = std::tuple<double, QPoint, QPoint>;
+    // Where the corner that was the upper left one comes to lie, and the last pixel opposite.
+    for (const auto& [angle, corner, opposite] :
+         {Row(0, {30, 20}, {69, 39}), Row(90, {59, 10}, {40, 49}), Row(-90, {40, 49}, {59, 10}),
+          Row(180, {69, 39}, {30, 20})}) {
+        const QImage view = plainPicture(picture, angle, {100, 60});
+        EXPECT_EQ(view.pixel(corner), qRgb(255, 0, 0)) << angle;
+        EXPECT_EQ(view.pixel(opposite), qRgb(0, 0, 255)) << angle;
+        const QPoint outwards((corner.x() > opposite.x()) * 2 - 1, 0);
+        EXPECT_EQ(view.pixel(corner + outwards), black) << angle;
+    }
+    const QImage reduced = plainPicture(picture, 90, {100, 20});
+    EXPECT_EQ(reduced.pixel(45, 19), qRgb(0, 0, 255));
+    EXPECT_EQ(reduced.pixel(44, 10), black);
+    EXPECT_EQ(reduced.pixel(55, 10), black);
+    QImage clear(10, 10, QImage::Format_ARGB32);
+    clear.fill(qRgba(255, 255, 255, 0));
+    for (const QImage& nothing : {clear, QImage()}) {
+        QImage expected(30, 30, QImage::Format_RGB32);
+        expected.fill(Qt::black);
+        EXPECT_EQ(plainPicture(nothing, 0, expected.size()), expected);
+    }
+}
+
+/// Runs the present test again on a display of its own.
+void rerunWithDisplay() {
+    QProcess server;
+    server.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s});
+    while (!server.canReadLine())
+        if (!server.waitForReadyRead(60'000)) GTEST_SKIP() << "there is no display server";
+    const auto& test = *testing::UnitTest::GetInstance()->current_test_info();
+    QProcess self;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(server.readLine().trimmed()));
+    environment.insert(u"VELMORA_ON_DISPLAY"_s, u"1"_s);
+    self.setProcessEnvironment(environment);
+    self.setProcessChannelMode(QProcess::ForwardedChannels);
+    self.start(
+        QFileInfo(u"/proc/self/exe"_s).symLinkTarget(),
+        {u"--gtest_filter=%1.%2"_s.arg(
+            QString::fromLatin1(test.test_suite_name()), QString::fromLatin1(test.name()))});
+    EXPECT_TRUE(self.waitForFinished(120'000) && self.exitCode() == 0);
+    server.terminate();
+    server.waitForFinished();
+}
+
+TEST(OpenGLTransitionsTest, shadersShowTheSameAsRowsAndThePlainPicturesAtTheEnds) {
+    if (!qEnvironmentVariableIsSet("VELMORA_ON_DISPLAY")) return rerunWithDisplay();
+    const auto shaders = OffscreenOpenGL::make();
+    if (!shaders) GTEST_SKIP() << "no context can be had";
+    for (int style = 0; style < transitionStyleCount; ++style) {
+        const TransitionFrame frame = frameAt(style, 0);
+        const auto at = [&](double progress) {
+            return shaders->paintedFrame(frameAt(style, progress));
+        };
+        EXPECT_LE(differenceOf(at(0), frame.from).most, 2) << style;
+        EXPECT_LE(differenceOf(at(1), frame.to).most, 2) << style;
+        for (const double progress : {0.001, 0.2, 0.5, 0.8, 0.999}) {
+            const QImage rows = RasterTransitions::paintedFrame(frameAt(style, progress));
+            EXPECT_LT(differenceOf(at(progress), rows).mean, 1.0) << style << " at " << progress;
+        }
+    }
+    // Other pictures of another size, and the new one as the old one of the next.
+    const QSize small(200, 120);
+    for (const auto& [from, to] : {std::pair(2, 3), {3, 5}, {3, 2}}) {
+        TransitionFrame frame = frameAt(0, 0.25);
+        frame.from = sample(from, small);
+        frame.to = sample(to, small);
+        const QImage rows = RasterTransitions::paintedFrame(frame);
+        EXPECT_LT(differenceOf(shaders->paintedFrame(frame), rows).mean, 1.0);
+    }
+}
+
+TEST(OpenGLTransitionsTest, withoutAContextThereIsNoEngineAndNoHarm) {
+    if (qEnvironmentVariableIsSet("DISPLAY")) GTEST_SKIP() << "there is a display";
+    EXPECT_EQ(OffscreenOpenGL::make(), nullptr);
+}
+
+} // namespace
