@@ -30,7 +30,12 @@ void CatalogueRows::begin() {
     _roots = _environment.mountedRoots();
     _transaction = std::make_unique<FMTransaction>(*_both);
     _begun = std::chrono::steady_clock::now();
-    if (!_transaction->isOpen() || !marks::bindLedger(*_both, _roots)) _transaction.reset();
+    if (!_transaction->isOpen() || !marks::bindLedger(*_both, _roots)) {
+        _transaction.reset();
+        return;
+    }
+    // Within the transaction: who asks the catalogue again waits for its end.
+    _environment.rowsWillChange();
 }
 
 void CatalogueRows::settle() {

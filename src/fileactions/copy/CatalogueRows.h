@@ -39,6 +39,8 @@ public:
         std::function<marks::RootPaths()> mountedRoots;
         /// Of an absolute path; nothing outside of the roots.
         std::function<std::optional<Place>(const QString& folder)> placeOfFolder;
+        /// Tells the scans that what they know of the catalogue is out of date from now on.
+        std::function<void()> rowsWillChange;
     };
     explicit CatalogueRows(Environment environment);
     ~CatalogueRows() override;
