@@ -5,11 +5,13 @@
 #include "group/GroupPresets.h"
 #include "places/OfflineGeocoder.h"
 #include "places/PBGeoManager.h"
+#include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/StandardError.h"
 #include "platform/program/StandardFolders.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
+#include "scan/AttachedOperations.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/panes/NoticeBar.h"
@@ -17,6 +19,7 @@
 #include "shell/sidebar/SourceSelection.h"
 #include "shell/sidebar/SourceSidebar.h"
 
+#include <QFile>
 #include <QGuiApplication>
 #include <QMainWindow>
 #include <QScreen>
@@ -54,6 +57,7 @@ void ApplicationController::awakeFromNib() {
     codec::setFrameReader(_decoderPool);
     createGeoManager();
     createScans();
+    makeFileServices();
     group::GroupPresets(_userDefaults).seedIfAbsent(_geoManager->canUseGeocoder());
     _mainWindowController = std::make_unique<PBMainWindowController>(shellServices());
     _mainWindowController->setWorkFigures([this] {
@@ -193,7 +197,27 @@ ShellServices ApplicationController::shellServices() {
         .buildThumbNotifier = _scanPipeline->buildThumbNotifier(),
         .geoManager = *_geoManager,
         .imageImporterManager = _scanPipeline->imageImporterManager(),
+        .files = _fileServices,
     };
+}
+
+void ApplicationController::makeFileServices() {
+    const QString journal =
+        platform::pathInFolder(platform::StandardFolders::dataFolder(), u"unfinished-files");
+    _fileServices = {
+        .connect = [this] { return _marks->connect(); },
+        .mountedRoots = [this] { return _marks->roots(); },
+        .rowsWillChange = [this] { _scanPipeline->factory().rowsWillChange(); },
+        .ledgerDidChange = [this] { _marks->ledgerDidChange(); },
+        .removeFromWorkTree =
+            [this](std::vector<PBGroupItemChain> chains) {
+                const auto& work = _scanPipeline->groupTreeDataSource().groupItemArray_work();
+                if (!work) return;
+                const ScanFactory& factory = _scanPipeline->factory();
+                factory.attach(std::make_shared<PBRemoveFileItemOperation>(
+                    factory.makeDictionary(nullptr, {}, work, scanBrowsing()), std::move(chains)));
+            },
+        .journalPath = QFile::encodeName(journal)};
 }
 
 ScanControl::Selection ApplicationController::selection() {
@@ -343,6 +367,7 @@ void ApplicationController::tellUnopened(const QStringList& faults) {
 void ApplicationController::applicationWillTerminate() {
     platform::assertMainThread();
     _thumbnailCleaner.reset();
+    if (_mainWindowController) _mainWindowController->stopFileCommands();
     // The queues stop before any connection closes: that keeps a running operation from a closed
     // one.
     for (auto* queue :
@@ -384,7 +409,8 @@ bool ApplicationController::isIdle() const {
     const bool isLookingUpPlaces = _geoManager && _geoManager->hasPendingRequests();
     const bool isReadingMarked = _marks && !_marks->isIdle();
     const bool isShowing = _scanPipeline && _scanPipeline->isShowPending();
-    return !isScanning() && !isShowing && !isReadingMarked && !isWaitingForDisks &&
+    const bool isCopying = _mainWindowController && _mainWindowController->isWorkingOnFiles();
+    return !isCopying && !isScanning() && !isShowing && !isReadingMarked && !isWaitingForDisks &&
            !isLookingUpPlaces && isEmpty(_preloadThumbnailOperationQueue) &&
            isEmpty(_scanOperationQueue) && isEmpty(_buildThumbOperationQueue);
 }

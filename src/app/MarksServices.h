@@ -47,15 +47,19 @@ public:
     };
     [[nodiscard]] ImportResult importMarks(const QByteArray& lines);
 
+    /// To both files, for the calling thread; nullptr where it can't be had.
+    [[nodiscard]] std::unique_ptr<FMDatabase> connect() const;
+    /// Of mounted ones; with `withAway` of all, as far as a place is known. Any thread.
+    [[nodiscard]] marks::RootPaths roots(bool withAway = false) const;
+    /// Marked photographs have moved, or were edited.
+    void ledgerDidChange() { _upkeep.wake(); }
+
     [[nodiscard]] bool isIdle() const { return _upkeep.isIdle(); }
     /// The queues of scans have ended: stops the upkeep and keeps a copy of the ledger.
     void finish();
 
 private:
     [[nodiscard]] FMDatabase* connection();
-    [[nodiscard]] std::unique_ptr<FMDatabase> connect() const;
-    /// Of mounted ones; with `withAway` of all, as far as a place is known.
-    [[nodiscard]] marks::RootPaths roots(bool withAway = false) const;
     void regroup(PBImageFileList items);
     void findInWorkTree(std::vector<qint64> fileIds);
 

@@ -28,6 +28,7 @@ class SourceSidebar;
 class StatusBarView;
 class ToolbarController;
 class WindowCommands;
+class WindowFiles;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
 class PBMainWindowController {
@@ -46,6 +47,10 @@ public:
     [[nodiscard]] OpenFilesCommands& openFilesCommands() { return *_openFilesCommands; }
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
+    [[nodiscard]] WindowFiles& files() { return *_files; }
+    [[nodiscard]] bool isWorkingOnFiles() const;
+    /// Stops commands on files, and waits for them.
+    void stopFileCommands();
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
@@ -103,4 +108,5 @@ private:
     MainToolbar* _toolbar = nullptr;
     ToolbarController* _toolbarController = nullptr;
     std::unique_ptr<WindowCommands> _commands; // goes before all of them
+    std::unique_ptr<WindowFiles> _files;
 };

@@ -15,6 +15,7 @@
 #include "platform/tasks/Mutex.h"
 #include "platform/tasks/OperationQueue.h"
 #include "shell/services/BrowsingSettings.h"
+#include "shell/services/FileServices.h"
 #include "shell/services/ShellServices.h"
 
 /// Notes what it is told, and answers what the test says.
@@ -67,7 +68,8 @@ struct ShellFixture : LibraryTest {
             .groupTreeDataSource = source,
             .buildThumbNotifier = notifier,
             .geoManager = places,
-            .imageImporterManager = importers};
+            .imageImporterManager = importers,
+            .files = files};
     }
     /// The root's disk is pulled out or plugged in; nobody is told.
     void setAway(PBAliasObject& root, bool isAway) {
@@ -115,6 +117,15 @@ struct ShellFixture : LibraryTest {
     BuildThumbNotifier notifier;
     PBGeoManager places{nullptr, {.postToMainThread = [](const std::function<void()>&) {}}};
     PBImageImporterManager importers;
+    std::vector<PBGroupItemChain> removedChains;
+    FileServices files{
+        .connect = [] { return nullptr; },
+        .mountedRoots = [] { return marks::RootPaths(); },
+        .rowsWillChange = [] {},
+        .ledgerDidChange = [] {},
+        .removeFromWorkTree =
+            [this](std::vector<PBGroupItemChain> chains) { removedChains = std::move(chains); },
+        .journalPath = {}};
     platform::OperationQueue scanQueue{u"scan"_s};
     platform::OperationQueue preloadQueue{u"preload"_s};
     platform::OperationQueue buildQueue{u"build"_s};

@@ -26,7 +26,9 @@ namespace {
 
 bool pasteboardHasImages(const QStringList& types) {
     const QMimeData* data = QGuiApplication::clipboard()->mimeData();
-    if (!data || !data->hasUrls()) return false;
+    if (!data) return false;
+    // A picture that is no file becomes one.
+    if (!data->hasUrls()) return data->hasImage();
     return std::ranges::any_of(data->urls(), [&types](const QUrl& url) {
         if (!url.isLocalFile()) return false;
         const QString extension = PBUtilities::pathExtension(url.path()).toString();

@@ -16,8 +16,10 @@ enum class MenuCommand : std::uint8_t {
     shareClicked,
     setDesktop,
     deleteClicked,
+    deleteForGood,
     quit,
     // Editing
+    cut,
     copy,
     paste,
     selectAll,

@@ -11,6 +11,7 @@ class PBGeoManager;
 class PBGroupTreeDataSource;
 class PBImageImporterManager;
 class PBPathHistory;
+struct FileServices;
 
 namespace platform {
 class Mutex;
@@ -45,4 +46,5 @@ struct ShellServices {
     BuildThumbNotifier& buildThumbNotifier;
     PBGeoManager& geoManager;
     PBImageImporterManager& imageImporterManager;
+    const FileServices& files;
 };

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "shell/files/FileCommands.h"
+#include "shell/files/FileSheets.h"
+#include "shell/files/FileTasks.h"
+
+#include <memory>
+
+class BrowserPane;
+class GroupMenus;
+class MainMenu;
+class QMainWindow;
+class SourceSidebar;
+struct ShellServices;
+
+/// The commands on files in the main window: put together, and connected with menus, keys and the
+/// sidebar. Main thread.
+class WindowFiles {
+public:
+    struct Parts {
+        const ShellServices& services;
+        QMainWindow& window;
+        BrowserPane& browserPane;
+        SourceSidebar& sourceSidebar;
+        GroupMenus& groupMenus;
+        MainMenu& menu;
+    };
+    /// The parts outlive this object.
+    explicit WindowFiles(const Parts& parts);
+    /// Stops what runs, and waits for it.
+    ~WindowFiles();
+
+    [[nodiscard]] FileCommands& commands() { return _commands; }
+    [[nodiscard]] bool isIdle() const { return _tasks.isIdle(); }
+
+private:
+    void connectMenus();
+    void takeDrops();
+
+    const Parts _parts;
+    FileSheets _sheets;
+    FileTasks _tasks;
+    FileCommands _commands;
+};
