@@ -169,7 +169,9 @@ void PBMainWindowController::buildWindow() {
         .browserPane = *_browserPane,
         .sourceSidebar = *_sourceSidebar,
         .groupMenus = *_groupMenus,
-        .menu = _commands->menu()});
+        .menu = _commands->menu(),
+        .toolbarController = *_toolbarController,
+        .toolbar = *_toolbar});
     connectFolderCommands();
     FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
     connectRemedies();

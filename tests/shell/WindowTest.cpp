@@ -125,9 +125,10 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
     browser().GotoIndex({0, 1});
     EXPECT_EQ(
         enabledBesides(always),
-        u"deselectAll go_FirstGroupItem go_LastGroupItem renameFile revealInFinder"_s);
-    for (const QAction* unserved :
-         {toolbar().rotateAction(), toolbar().shareAction(), toolbar().deleteAction()})
+        u"copy copyTo cut deleteClicked deleteForGood deselectAll duplicate go_FirstGroupItem "
+        "go_LastGroupItem moveTo renameFile revealInFinder"_s);
+    EXPECT_TRUE(toolbar().deleteAction()->isEnabled());
+    for (const QAction* unserved : {toolbar().rotateAction(), toolbar().shareAction()})
         EXPECT_FALSE(unserved->isEnabled());
     make(u"photos/sub");
     controller->sourceSidebar().view()->setFocus();

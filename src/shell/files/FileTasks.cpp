@@ -22,8 +22,6 @@ using platform::MainLoop;
 
 namespace {
 
-/// What is done sooner needs no sheet.
-constexpr std::chrono::milliseconds sheetDelay{250};
 constexpr std::chrono::milliseconds refreshInterval{40};
 
 } // namespace
@@ -162,7 +160,7 @@ FileTasks::FileTasks(const Environment& environment)
       _sheet(std::make_unique<PBFileProgressWindowController>(environment.window)) {
     connect(_sheet.get(), &PBFileProgressWindowController::cancelled, this, &FileTasks::cancel);
     _delay.setSingleShot(true);
-    _delay.setInterval(sheetDelay);
+    _delay.setInterval(environment.sheetDelay);
     connect(&_delay, &QTimer::timeout, this, [this] {
         if (!_current) return;
         showProgress();

@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -29,6 +30,8 @@ public:
         QWidget& window;
         /// Of the photograph on show with this id; null where there is none.
         std::function<QImage(qint64 fileId)> thumbnail;
+        /// What is done sooner needs no sheet.
+        std::chrono::milliseconds sheetDelay{250};
     };
     /// What a command says while it works, and what it does.
     struct Command {

@@ -12,6 +12,8 @@
 #include "shell/panes/BrowserPane.h"
 #include "shell/services/ShellServices.h"
 #include "shell/sidebar/SourceSidebar.h"
+#include "shell/toolbar/MainToolbar.h"
+#include "shell/toolbar/ToolbarController.h"
 
 #include <QColorSpace>
 #include <QFile>
@@ -85,6 +87,9 @@ void WindowFiles::connectMenus() {
     menu.connectCommand(Command::paste, [this] { _commands.doPaste(); });
     menu.connectCommand(Command::deleteClicked, [this] { _commands.deleteClicked(); });
     menu.connectCommand(Command::deleteForGood, [this] { _commands.deleteForGood(); });
+    _parts.toolbarController.serve(
+        *_parts.toolbar.deleteAction(), ToolbarValidation::Command::deleteClicked,
+        [this] { _commands.deleteClicked(); });
     _parts.groupMenus.setDoGroupCopyMoveTo([this](GroupMenus::GroupTransfer transfer) {
         _commands.doGroupCopyMoveTo(transfer == GroupMenus::GroupTransfer::Move);
     });

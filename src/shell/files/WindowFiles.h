@@ -9,8 +9,10 @@
 class BrowserPane;
 class GroupMenus;
 class MainMenu;
+class MainToolbar;
 class QMainWindow;
 class SourceSidebar;
+class ToolbarController;
 struct ShellServices;
 
 /// The commands on files in the main window: put together, and connected with menus, keys and the
@@ -24,6 +26,8 @@ public:
         SourceSidebar& sourceSidebar;
         GroupMenus& groupMenus;
         MainMenu& menu;
+        ToolbarController& toolbarController;
+        MainToolbar& toolbar;
     };
     /// The parts outlive this object.
     explicit WindowFiles(const Parts& parts);

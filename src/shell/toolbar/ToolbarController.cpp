@@ -87,9 +87,14 @@ ToolbarValidation::Environment ToolbarController::makeValidation() {
             },
         .allSelected =
             [&browser] { return browser.selection().selectedFileArray(FoldedLeaves::Included); },
-        // Rotating, sharing and deleting come with the file commands.
-        .isServed = [](Command) { return false; },
+        .isServed = [this](Command command) { return _served.contains(command); },
     };
+}
+
+void ToolbarController::serve(QAction& item, Command command, std::function<void()> perform) {
+    _served.insert(command);
+    connect(&item, &QAction::triggered, this, std::move(perform));
+    validateVisibleItems();
 }
 
 void ToolbarController::connectHistory() {
