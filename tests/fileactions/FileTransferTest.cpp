@@ -165,7 +165,7 @@ TEST_F(FileTransferTest, attributesComeAlongAndLinksLeadOn) {
     static_cast<void>(run(plan(Kind::Move, {"a/link"})));
     EXPECT_TRUE(QFileInfo(folder.filePath(u"b/link"_s)).isSymLink());
     EXPECT_EQ(read("b/link"), "picture");
-    EXPECT_EQ(names(u"a"_s).size(), 1);
+    EXPECT_EQ(::unlink(source.constData()), 0); // as a temporary folder can't
 }
 
 TEST_F(FileTransferTest, aStopTakesTheHalfWrittenFileAway) {
