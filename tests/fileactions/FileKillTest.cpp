@@ -19,7 +19,9 @@ QByteArray contentOf(int number) {
 
 struct Transferring : support::TransferFixture {
     void TestBody() override {}
-    [[noreturn]] void work(int round) {
+    /// Writes a byte each time that something has been done.
+    [[noreturn]] void work(int round, int told) {
+        prompts.onProgress = [told](const auto&) { static_cast<void>(::write(told, "x", 1) == 1); };
         files.otherDisk = round % 3 == 0 ? path("b") : QByteArray();
         std::vector<QByteArray> names;
         for (int number = 0; number < fileCount; ++number)
@@ -46,14 +48,21 @@ TEST(FileKillTest, aKillAtAnyMomentLeavesWholeFilesAndLosesNone) {
             transferring.put("a/" + QByteArray::number(number), contentOf(number));
             if (hasFormer) transferring.put("b/" + QByteArray::number(number), former);
         }
+        std::array<int, 2> ends{};
+        ASSERT_EQ(::pipe(ends.data()), 0);
         const pid_t child = ::fork();
         ASSERT_GE(child, 0);
-        if (child == 0) transferring.work(round);
-        const auto moment = std::chrono::microseconds(random() % 4000);
+        if (child == 0) transferring.work(round, ends[1]);
+        ::close(ends[1]);
+        char told = 0;
+        for (auto steps = random() % (2 * fileCount); steps > 0; --steps)
+            if (::read(ends[0], &told, 1) != 1) break;
+        const auto moment = std::chrono::microseconds(random() % 300);
         const auto end = std::chrono::steady_clock::now() + moment;
         while (std::chrono::steady_clock::now() < end) {
         }
         ::kill(child, SIGKILL);
+        ::close(ends[0]);
         int status = 0;
         ASSERT_EQ(::waitpid(child, &status, 0), child);
         killed += WIFSIGNALED(status) ? 1 : 0;
