@@ -3,6 +3,7 @@
 #include "FMDB/FMDatabase.h"
 #include "codec/process/DecoderPool.h"
 #include "group/GroupPresets.h"
+#include "group/GroupTypes.h"
 #include "places/OfflineGeocoder.h"
 #include "places/PBGeoManager.h"
 #include "platform/files/PathNames.h"
@@ -66,7 +67,8 @@ void ApplicationController::awakeFromNib() {
             .isScanning = isScanning(),
             .scanned = _scanPipeline->figures().items,
             .thumbnailsFinished = thumbnails.finished,
-            .thumbnailsPending = _buildThumbOperationQueue->operationCount()};
+            .thumbnailsPending = _buildThumbOperationQueue->operationCount(),
+            .editing = static_cast<quint64>(_marks->edits().pendingCount())};
     });
     connectFolderRoots();
     watchFolders();
@@ -126,6 +128,10 @@ void ApplicationController::createScans() {
         .scanFinished = [this] { _scanControl->scanFinished(); },
     });
     _marks->setPipeline(*_scanPipeline, [this] { return scanBrowsing(); });
+    _marks->setTagsDidChange([this] {
+        const PBGroupTypeArray chain = _browsing.groupTypeArray();
+        if (std::ranges::find(*chain, group::Tags) != chain->end()) scan();
+    });
     _thumbnailCleaner.emplace(ThumbnailCleaner::Environment{
         .filesPath = _connections->mainFileDb().databasePath(),
         .buildThumbDb = _connections->buildThumbDb(),
@@ -198,6 +204,7 @@ ShellServices ApplicationController::shellServices() {
         .geoManager = *_geoManager,
         .imageImporterManager = _scanPipeline->imageImporterManager(),
         .files = _fileServices,
+        .edits = _marks->edits(),
     };
 }
 

@@ -7,7 +7,6 @@
 #include "library/PBAliasManager.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
-#include "scan/AttachedOperations.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -37,14 +36,11 @@ MarksServices::MarksServices(Environment environment)
                    return root && root->type() == PBAliasObject::Removable;
                },
            .marksCameBack =
-               [this](PBImageFileList items) {
-                   MainLoop* loop = MainLoop::instance();
-                   if (!loop) return;
-                   loop->post(
-                       MainLoop::Mode::Common,
-                       [this, alive = std::weak_ptr(_alive), items = std::move(items)] {
-                           if (!alive.expired() && _editor) _editor->refresh(items);
-                       });
+               [this](const PBImageFileList& items) {
+                   std::vector<qint64> fileIds;
+                   for (const auto& item : items)
+                       fileIds.push_back(item->fileId());
+                   readAgain(std::move(fileIds));
                },
            .ledgerDidChange = [this] { _upkeep.wake(); }}) {
     const QString told = marks::settleLedger(_marksPath, _snapshotFolder);
@@ -78,41 +74,31 @@ marks::RootPaths MarksServices::roots(bool withAway) const {
 }
 
 void MarksServices::setPipeline(ScanPipeline& pipeline, std::function<ScanBrowsing()> browsing) {
-    _pipeline = &pipeline;
-    _browsing = std::move(browsing);
-    _editor.emplace(fileactions::MarksEditor::Environment{
-        .connection = [this] { return connection(); },
+    _shown.emplace(fileactions::ShownPhotographs::Environment{
+        .source = pipeline.groupTreeDataSource(),
+        .factory = pipeline.factory(),
+        .browsing = std::move(browsing),
+        .readAgain = [this](std::vector<qint64> fileIds) { readAgain(std::move(fileIds)); }});
+    _edits.emplace(fileactions::EditQueue::Environment{
+        .connect = [this] { return connect(); },
         .mountedRoots = [this] { return roots(); },
-        .liveTree = [this]() -> const PBGroupItemArray& {
-            return _pipeline->groupTreeDataSource().groupItemArray();
-        },
-        .regroup = [this](PBImageFileList items) { regroup(std::move(items)); },
-        .findInWorkTree =
-            [this](std::vector<qint64> fileIds) { findInWorkTree(std::move(fileIds)); },
+        .folderRoots = _environment.aliasManager,
+        .show = [this](const auto& rows, unsigned fields) { return _shown->show(rows, fields); },
+        .tagsDidChange =
+            [this] {
+                if (_tagsDidChange) _tagsDidChange();
+            },
         .ledgerDidChange = [this] { _upkeep.wake(); }});
 }
 
-void MarksServices::regroup(PBImageFileList items) {
-    const auto& work = _pipeline->groupTreeDataSource().groupItemArray_work();
-    if (!work) return;
-    const ScanFactory& factory = _pipeline->factory();
-    factory.attach(std::make_shared<PBUpdateFileItemOperation>(
-        factory.makeDictionary(nullptr, {}, work, _browsing()), std::move(items)));
-}
-
-void MarksServices::findInWorkTree(std::vector<qint64> fileIds) {
-    const auto& work = _pipeline->groupTreeDataSource().groupItemArray_work();
-    if (!work) return;
-    const ScanFactory& factory = _pipeline->factory();
-    factory.attach(std::make_shared<PBFindFileItemsOperation>(
-        factory.makeDictionary(nullptr, {}, work, _browsing()), std::move(fileIds),
-        [this, alive = std::weak_ptr(_alive)](PBImageFileList items) {
-            MainLoop* loop = MainLoop::instance();
-            if (!loop) return;
-            loop->post(MainLoop::Mode::Common, [this, alive, items = std::move(items)] {
-                if (!alive.expired() && _editor) _editor->refresh(items);
-            });
-        }));
+void MarksServices::readAgain(std::vector<qint64> fileIds) {
+    MainLoop* loop = MainLoop::instance();
+    if (!loop) return;
+    loop->post(
+        MainLoop::Mode::Common,
+        [this, alive = std::weak_ptr(_alive), fileIds = std::move(fileIds)]() mutable {
+            if (!alive.expired() && _edits) _edits->readAgain(std::move(fileIds));
+        });
 }
 
 std::optional<QByteArray> MarksServices::exportMarks() {
@@ -133,14 +119,13 @@ MarksServices::ImportResult MarksServices::importMarks(const QByteArray& lines) 
     ImportResult result{!plan.hasBadLines, std::move(plan.told)};
     if (plan.edit.isEmpty()) return result;
     QString failure;
-    if (_editor) {
-        const auto outcome = _editor->perform(plan.edit);
-        if (!outcome.isStored) failure = outcome.reason;
+    if (_edits) {
+        failure = _edits->storeNow(plan.edit);
     } else {
         const auto stored = fileactions::storeEdit(*both, roots(), plan.edit);
         if (const auto* reason = std::get_if<QString>(&stored)) failure = *reason;
     }
-    if (!failure.isNull())
+    if (!failure.isEmpty())
         return {false, {QStringLiteral("nothing is imported, for %1").arg(failure)}};
     return result;
 }
@@ -148,8 +133,8 @@ MarksServices::ImportResult MarksServices::importMarks(const QByteArray& lines) 
 void MarksServices::finish() {
     *_alive = false;
     _alive.reset();
-    _editor.reset();
-    _pipeline = nullptr;
+    _edits.reset();
+    _shown.reset();
     _upkeep.finish();
     _both.reset();
 }

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "catalogue/marks/MarksUpkeep.h"
-#include "fileactions/marks/MarksEditor.h"
+#include "fileactions/marks/EditQueue.h"
+#include "fileactions/marks/ShownPhotographs.h"
 #include "scan/ScanFactory.h"
 #include "scan/marks/MarksRestorer.h"
 
@@ -36,8 +37,12 @@ public:
     /// Edits show in the trees of the pipeline, which is made with the restorer. `browsing` is how
     /// the user browses now. Both are let go of by `finish`.
     void setPipeline(ScanPipeline& pipeline, std::function<ScanBrowsing()> browsing);
-    /// After `setPipeline`.
-    [[nodiscard]] fileactions::MarksEditor& editor() { return *_editor; }
+    /// The runner of the user's edits. After `setPipeline`.
+    [[nodiscard]] fileactions::EditQueue& edits() { return *_edits; }
+    /// Called where a tag has another name everywhere, or is gone.
+    void setTagsDidChange(std::function<void()> tagsDidChange) {
+        _tagsDidChange = std::move(tagsDidChange);
+    }
 
     /// All marks as text; nothing where the ledger can't be read.
     [[nodiscard]] std::optional<QByteArray> exportMarks();
@@ -54,14 +59,15 @@ public:
     /// Marked photographs have moved, or were edited.
     void ledgerDidChange() { _upkeep.wake(); }
 
-    [[nodiscard]] bool isIdle() const { return _upkeep.isIdle(); }
-    /// The queues of scans have ended: stops the upkeep and keeps a copy of the ledger.
+    [[nodiscard]] bool isIdle() const { return _upkeep.isIdle() && (!_edits || _edits->isIdle()); }
+    /// The queues of scans have ended: stores the edits that are left, stops the upkeep and keeps a
+    /// copy of the ledger.
     void finish();
 
 private:
     [[nodiscard]] FMDatabase* connection();
-    void regroup(PBImageFileList items);
-    void findInWorkTree(std::vector<qint64> fileIds);
+    /// Any thread.
+    void readAgain(std::vector<qint64> fileIds);
 
     const Environment _environment;
     const QString _marksPath;
@@ -69,9 +75,9 @@ private:
     marks::MarksUpkeep _upkeep;
     MarksRestorer _restorer;
     std::unique_ptr<FMDatabase> _both;
-    ScanPipeline* _pipeline = nullptr;
-    std::function<ScanBrowsing()> _browsing;
-    std::optional<fileactions::MarksEditor> _editor;
+    std::function<void()> _tagsDidChange;
+    std::optional<fileactions::ShownPhotographs> _shown;
+    std::optional<fileactions::EditQueue> _edits;
     /// Expires with this object; looked at on the main thread only.
     std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
 };

@@ -113,6 +113,8 @@ Q_SIGNALS:
     /// The user gave an image another name; `text` may be the old one.
     void renameRequested(const std::shared_ptr<PBImageFileItem>& item, const QString& text);
     void flagToggleRequested();
+    /// 0 to 5 stars, by their keys.
+    void ratingRequested(int stars);
     void rotateLeftRequested();
     void rotateRightRequested();
     /// By a gesture; in force already.

@@ -64,6 +64,14 @@ std::optional<BrowserKey> keyOf(int key) {
     }
 }
 
+/// A digit that stands for so many stars. Behind letters it belongs to a name that is typed.
+std::optional<int> starsOf(const QKeyEvent& event) {
+    constexpr int mostStars = 5;
+    const int stars = event.key() - Qt::Key_0;
+    const bool isPlain = (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    return isPlain && stars >= 0 && stars <= mostStars ? std::optional(stars) : std::nullopt;
+}
+
 } // namespace
 
 bool PBImageBrowserView::event(QEvent* event) {
@@ -236,6 +244,11 @@ void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
         return;
     }
     const QString text = event->text();
+    if (const auto stars = starsOf(*event);
+        stars && !isTyping() && _selection.hasSelect(FoldedLeaves::Included)) {
+        if (!event->isAutoRepeat()) Q_EMIT ratingRequested(*stars);
+        return;
+    }
     if (modifiers.hasCommandOrOther() || text.isEmpty() || !text.at(0).isPrint())
         return QWidget::keyPressEvent(event);
     typed(text);

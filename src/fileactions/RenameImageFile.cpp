@@ -1,12 +1,11 @@
 #include "fileactions/RenameImageFile.h"
 
+#include "FMDB/FMTransaction.h"
 #include "catalogue/PBCatalogue.h"
 #include "group/FolderPaths.h"
-#include "group/PBImageFileItem.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
-#include "platform/tasks/MainThread.h"
 
 namespace fileactions {
 
@@ -15,7 +14,7 @@ namespace {
 using platform::FileManager::moveItem;
 
 RenameOutcome failed(const QString& reason) {
-    return {.result = RenameResult::Failed, .reason = reason};
+    return {.result = RenameResult::Failed, .reason = reason, .formerName = {}};
 }
 
 struct ErrorText {
@@ -45,28 +44,37 @@ QString textOf(const std::error_code& error, const QString& fileName) {
 } // namespace
 
 RenameOutcome renameImageFile(
-    PBImageFileItem& item, const QString& fileName, FMDatabase& mainFileDb,
-    const group::FolderPaths& folders) {
-    platform::assertMainThread();
-    const QString oldName = item.fileName();
+    qint64 fileId, const QString& fileName, FMDatabase& db, const group::FolderPaths& folders) {
+    // Whoever comes across the file under its new name finds it in the catalogue.
+    FMTransaction transaction(db, FMDatabase::Others::Read);
+    FMResultSet row = db.executeQuery(
+        QStringLiteral("select FileName,FolderId from ImageFile where Id = ?"), fileId);
+    const bool isThere = row.next();
+    if (row.hadError() || !transaction.isOpen())
+        return failed(platform::localizedString(u"RenameNotCatalogued"));
+    if (!isThere) return {.result = RenameResult::Gone};
+    const QString oldName = row.stringForColumnIndex(0);
+    const qint64 folderId = row.longLongIntForColumnIndex(1);
+    row.close();
     if (fileName.isEmpty() || fileName == oldName) return {};
     const bool isFolderName = fileName == QStringView(u".") || fileName == QStringView(u"..");
     if (isFolderName || fileName.contains(u'/') || fileName.contains(QChar::Null))
         return failed(platform::localizedString(u"RenameBadName"));
-    const QString folder = folders.pathOfFolderId(item.folderId());
+    const QString folder = folders.pathOfFolderId(folderId);
     if (folder.isEmpty()) return failed(platform::localizedString(u"RenameFolderAbsent"));
 
     const QString oldPath = platform::pathInFolder(folder, oldName);
     const QString newPath = platform::pathInFolder(folder, fileName);
+    if (!PBCatalogue(db).updateImageFileWithIdFileName(fileId, fileName))
+        return failed(platform::localizedString(u"RenameNotCatalogued"));
     if (const std::error_code error = moveItem(oldPath, newPath))
         return failed(textOf(error, fileName));
-    if (!PBCatalogue(mainFileDb).updateImageFileWithIdFileName(item.fileId(), fileName)) {
+    if (!transaction.commit()) {
         // A scan would take the file for another one, without the user's marks.
         static_cast<void>(moveItem(newPath, oldPath));
         return failed(platform::localizedString(u"RenameNotCatalogued"));
     }
-    item.setFileName(fileName);
-    return {.result = RenameResult::Renamed, .reason = {}};
+    return {.result = RenameResult::Renamed, .formerName = oldName};
 }
 
 } // namespace fileactions

@@ -3,7 +3,6 @@
 #include <QString>
 
 class FMDatabase;
-class PBImageFileItem;
 
 namespace group {
 class FolderPaths;
@@ -14,20 +13,22 @@ namespace fileactions {
 enum class RenameResult {
     Unchanged, ///< an empty text, or the name as it was
     Renamed,
+    Gone, ///< the photograph is not in the catalogue any more
     Failed,
 };
 
 struct RenameOutcome {
     RenameResult result = RenameResult::Unchanged;
     /// Why it failed, in words for the user.
-    QString reason;
+    QString reason = {};
+    /// What it was called before, of one that was renamed.
+    QString formerName = {};
 };
 
-/// Gives the image's file another name in the same folder, and the image the same in the catalogue.
-/// A file that has that name already is never replaced; a catalogue that can't take the name gives
-/// the file its old one back. Main thread, with its connection.
+/// Gives the photograph's file another name in the same folder, and its row in the catalogue the
+/// same. A file that has that name already is never replaced; a catalogue that can't take the name
+/// leaves the file its old one. On the thread of the connection.
 [[nodiscard]] RenameOutcome renameImageFile(
-    PBImageFileItem& item, const QString& fileName, FMDatabase& mainFileDb,
-    const group::FolderPaths& folders);
+    qint64 fileId, const QString& fileName, FMDatabase& db, const group::FolderPaths& folders);
 
 } // namespace fileactions

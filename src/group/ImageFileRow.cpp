@@ -76,6 +76,12 @@ ImageFileRow ImageFileRow::fromColumns(const PBDictionary& columns) {
     };
 }
 
+QString ImageFileRow::queryForIds() {
+    return QStringLiteral(
+               "select %1 from ImageFile where Id in (select value from json_each(?)) order by Id")
+        .arg(columnNames);
+}
+
 QString ImageFileRow::queryForFolder(int sortType, bool descendingSort, quint64 filter) {
     QString sql = QStringLiteral("select %1 from ImageFile where FolderId = ?").arg(columnNames);
     if ((filter & FilterFlagged) != 0) sql += QStringLiteral(" and FileFlag = 1");

@@ -31,6 +31,8 @@ struct ImageFileRow {
     /// A row made of the columns under their names, as they are about to go into the catalogue.
     [[nodiscard]] static ImageFileRow fromColumns(const PBDictionary& columns);
 
+    /// The statement for rows whose ids are its argument, as a JSON array.
+    [[nodiscard]] static QString queryForIds();
     /// The statement for the rows of one folder, whose id is its argument. They come in the order
     /// of the sort type, as far as a column has it, so that most items go to the end of their
     /// groups; the filter leaves out what would not be shown.

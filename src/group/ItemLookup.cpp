@@ -11,3 +11,14 @@ group::takeItemsWithIds(const PBGroupItemArray& tree, std::unordered_set<qint64>
     }
     return found;
 }
+
+PBImageFileList
+group::removeItemsWithIds(PBGroupItemArray& tree, std::unordered_set<qint64>& fileIds) {
+    PBImageFileList taken;
+    for (const auto& node : tree) {
+        if (fileIds.empty()) break;
+        node->takeImageFiles(fileIds, taken);
+    }
+    std::erase_if(tree, [](const auto& node) { return node->isEmpty(); });
+    return taken;
+}

@@ -11,4 +11,8 @@ namespace group {
 [[nodiscard]] PBImageFileList
 takeItemsWithIds(const PBGroupItemArray& tree, std::unordered_set<qint64>& fileIds);
 
+/// The same, and takes them out of the tree, with groups that become empty.
+[[nodiscard]] PBImageFileList
+removeItemsWithIds(PBGroupItemArray& tree, std::unordered_set<qint64>& fileIds);
+
 } // namespace group

@@ -102,6 +102,8 @@ public:
 
     /// Takes each item that is below the node out of both the tree and the list.
     void removeImageFiles(PBImageFileList& imageFiles);
+    /// The same by ids: takes each that is below the node out of the tree and out of the set.
+    void takeImageFiles(std::unordered_set<qint64>& fileIds, PBImageFileList& taken);
     /// Removes the images of the chain's last node. The chain comes from another copy of the tree;
     /// its first node is to be found on the level below this one, or is this very node's twin when
     /// it is a leaf. Answers those that were there.

@@ -33,6 +33,21 @@ void PBGroupItem::removeImageFiles(PBImageFileList& imageFiles) {
     std::erase_if(imageFiles, [&](const auto& item) { return removed.erase(item.get()) != 0; });
 }
 
+void PBGroupItem::takeImageFiles(std::unordered_set<qint64>& fileIds, PBImageFileList& taken) {
+    if (_imageFiles) {
+        _imageFiles->eraseIf([&](const auto& item) {
+            if (fileIds.empty() || fileIds.erase(item->fileId()) == 0) return false;
+            taken.push_back(item);
+            return true;
+        });
+    }
+    for (const auto& child : _children) {
+        if (fileIds.empty()) break;
+        child->takeImageFiles(fileIds, taken);
+    }
+    std::erase_if(_children, [](const auto& child) { return child->isEmpty(); });
+}
+
 PBImageFileList PBGroupItem::removeImageFilesWithRemoveGroupItemChain(PBGroupItemChain& chain) {
     if (chain.empty()) return {};
     if (!imageFiles().empty()) {

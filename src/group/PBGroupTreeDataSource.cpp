@@ -1,5 +1,6 @@
 #include "group/PBGroupTreeDataSource.h"
 
+#include "group/ItemLookup.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 
@@ -167,14 +168,24 @@ void PBGroupTreeDataSource::swapIn(GroupPublication& publication) {
         std::exchange(_groupItemArray, std::move(publication.groupItemArray)));
     forgetNodes(*former);
     checkGroupItemArray();
-    refreshOutline();
-    if (_display) {
-        _display->updateImageBrowserViewData();
-        _display->updateLargeViewData();
-        _display->updateImageBrowserTipView();
-        if (publication.updateScrollCapture) _display->updateBrowserScrollCapture();
-    }
+    refreshViews();
+    if (_display && publication.updateScrollCapture) _display->updateBrowserScrollCapture();
     discard(std::move(former));
+}
+
+PBImageFileList PBGroupTreeDataSource::removeItemsWithIds(std::unordered_set<qint64> fileIds) {
+    platform::assertMainThread();
+    PBImageFileList taken = group::removeItemsWithIds(_groupItemArray, fileIds);
+    if (!taken.empty()) refreshViews();
+    return taken;
+}
+
+void PBGroupTreeDataSource::refreshViews() {
+    refreshOutline();
+    if (!_display) return;
+    _display->updateImageBrowserViewData();
+    _display->updateLargeViewData();
+    _display->updateImageBrowserTipView();
 }
 
 void PBGroupTreeDataSource::refreshOutline() {

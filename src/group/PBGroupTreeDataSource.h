@@ -37,6 +37,10 @@ public:
     }
     void setGroupItemArray_work(std::shared_ptr<PBGroupItemArray> work);
 
+    /// Takes images out of the live tree, and out of the views, at once; the work tree follows by
+    /// itself. Answers those that were there.
+    PBImageFileList removeItemsWithIds(std::unordered_set<qint64> fileIds);
+
     /// Makes the nodes of the live tree those that their data name.
     void checkGroupItemArray();
     /// All leaves of the live tree, in tree order; valid until the tree is replaced.
@@ -73,6 +77,7 @@ private:
     void setWaiting(std::shared_ptr<group::GroupPublication> publication);
     void takePublished();
     void swapIn(group::GroupPublication& publication);
+    void refreshViews();
     void refreshOutline();
     /// Lets go of something with trees in the background, without a look at it: a million images
     /// take a while.

@@ -1,12 +1,10 @@
 #include "scan/AttachedOperations.h"
 
-#include "FMDB/FMDatabase.h"
-#include "group/FolderPaths.h"
 #include "group/GroupPublication.h"
-#include "group/ItemLookup.h"
 #include "group/UnknownPlaces.h"
 #include "scan/FileItemCheck.h"
 #include "scan/PBScanFolderTask.h"
+#include "scan/Reinsertion.h"
 #include "scan/ScanServices.h"
 #include "scan/ScanSteps.h"
 #include "scan/marks/MarksRestorer.h"
@@ -15,47 +13,6 @@ namespace {
 
 /// Images found to be gone between two publications.
 constexpr std::size_t goneBetweenPublications = 100;
-
-/// What a grouping needs of the image's row.
-group::ImageFileRow rowOf(const PBImageFileItem& item, bool withColumns, FMDatabase& db) {
-    group::ImageFileRow found;
-    found.id = item.fileId();
-    if (!withColumns) return found;
-    FMResultSet row = db.executeQuery(
-        QStringLiteral("select UTIType,ImageDPI,ColorModel,Tag from ImageFile where Id = ?"),
-        item.fileId());
-    if (row.next()) {
-        found.utiType = row.objectForColumnIndex(0);
-        found.imageDPI = row.objectForColumnIndex(1);
-        found.colorModel = row.objectForColumnIndex(2);
-        found.tag = row.objectForColumnIndex(3);
-    }
-    // Without a row, or where it can't be read, the image goes to those without values.
-    return found;
-}
-
-/// Puts images that were taken out of the work tree to the places that they have now.
-void reinsert(
-    const PBScanDictionary& dictionary, const PBImageFileList& items,
-    const std::function<bool()>& isCancelled) {
-    group::GroupingStep step(
-        dictionary.groupingParameters(), *dictionary.Database, dictionary.services->places);
-    const group::CatalogueFolderPaths paths(
-        *dictionary.Database, dictionary.services->aliasManager);
-    group::FolderPathCache cache;
-    std::vector<group::ImageFileRow> rows;
-    rows.reserve(items.size());
-    for (const auto& item : items)
-        rows.push_back(rowOf(*item, step.needsRow(), *dictionary.Database));
-    step.willInsert(rows);
-    for (std::size_t index = 0; index < items.size(); ++index) {
-        if (isCancelled && isCancelled()) return;
-        const QString folder = items[index]->folderPath(paths, cache);
-        step.reinsert(
-            items[index], std::move(rows[index]),
-            folder.isEmpty() ? PBValue(PBNull{}) : PBValue(folder));
-    }
-}
 
 void checkFileItemExist(
     const PBScanDictionary& dictionary, FileItemCheck& check, platform::Operation& owner,
@@ -92,25 +49,12 @@ void PBRemoveFileItemOperation::runWithOwnerNSOperation(platform::Operation& own
     if (isLast) publishWorkTree(*_dictionary);
 }
 
-PBImageFileList PBUpdateFileItemOperation::takeOut(const platform::Operation& owner) const {
-    PBGroupItemArray& tree = *_dictionary->WorkGroupItemArray;
-    // Only those that are still there: what another operation has taken is not to come in twice.
-    PBImageFileList taken = group::removeFileItemInGroupArray(
-        tree, _updateFileItemArray, [&] { return owner.isCancelled(); });
-    if (_items.empty()) return taken;
-    PBImageFileList missing = _items;
-    for (const auto& node : tree)
-        node->removeImageFiles(missing);
-    std::erase_if(tree, [](const auto& node) { return node->isEmpty(); });
-    const std::unordered_set<std::shared_ptr<PBImageFileItem>> left(missing.begin(), missing.end());
-    for (const auto& item : _items) {
-        if (!left.contains(item)) taken.push_back(item);
-    }
-    return taken;
-}
-
 void PBUpdateFileItemOperation::runWithOwnerNSOperation(platform::Operation& owner, bool isLast) {
-    reinsert(*_dictionary, takeOut(owner), [&] { return owner.isCancelled(); });
+    const auto isCancelled = [&] { return owner.isCancelled(); };
+    // Only those that are still there: what another operation has taken is not to come in twice.
+    const PBImageFileList taken = group::removeFileItemInGroupArray(
+        *_dictionary->WorkGroupItemArray, _updateFileItemArray, isCancelled);
+    reinsertItems(*_dictionary, taken, isCancelled);
     if (isLast) publishWorkTree(*_dictionary, _updateScrollCapture);
 }
 
@@ -120,7 +64,7 @@ void PBRegroupPlacesOperation::runWithOwnerNSOperation(
     const PBImageFileList waiting = group::takeItemsOfUnknownPlaces(tree);
     if (waiting.empty()) return;
     // All of them, also after a cancellation: the tree may stay on show.
-    reinsert(*_dictionary, waiting, {});
+    reinsertItems(*_dictionary, waiting, {});
     PBGroupItem::removeEmptyGroups(tree);
     publishWorkTree(*_dictionary);
 }
@@ -134,14 +78,6 @@ void PBRestoreMarksOperation::runWithOwnerNSOperation(platform::Operation& owner
         marks->restoreRest(*_dictionary->WorkGroupItemArray, owner, isAlone, {});
     }
     // Those of the same drain that came before leave it to the last.
-    if (isLast) publishWorkTree(*_dictionary);
-}
-
-void PBFindFileItemsOperation::runWithOwnerNSOperation(
-    platform::Operation& /*owner*/, bool isLast) {
-    std::unordered_set<qint64> wanted(_fileIds.begin(), _fileIds.end());
-    PBImageFileList items = group::takeItemsWithIds(*_dictionary->WorkGroupItemArray, wanted);
-    if (!items.empty()) _found(std::move(items));
     if (isLast) publishWorkTree(*_dictionary);
 }
 

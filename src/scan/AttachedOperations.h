@@ -32,19 +32,11 @@ public:
         bool updateScrollCapture = false)
         : _dictionary(std::move(dictionary)), _updateFileItemArray(std::move(updateFileItemArray)),
           _updateScrollCapture(updateScrollCapture) {}
-    /// The same for images wherever they are in the work tree. What is not there stays out.
-    PBUpdateFileItemOperation(PBScanDictionaryRef dictionary, PBImageFileList items)
-        : _dictionary(std::move(dictionary)), _items(std::move(items)), _updateScrollCapture(true) {
-    }
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
 
 private:
-    /// Takes the images out of the work tree; answers those that are to come back.
-    [[nodiscard]] PBImageFileList takeOut(const platform::Operation& owner) const;
-
     const PBScanDictionaryRef _dictionary;
     const std::vector<PBGroupItemChain> _updateFileItemArray;
-    const PBImageFileList _items;
     const bool _updateScrollCapture;
 };
 
@@ -113,22 +105,6 @@ public:
 
 private:
     const PBScanDictionaryRef _dictionary;
-};
-
-/// Looks in the work tree for photographs whose marks were edited before the display knew them.
-class PBFindFileItemsOperation final : public PBScanAttachOperation {
-public:
-    PBFindFileItemsOperation(
-        PBScanDictionaryRef dictionary, std::vector<qint64> fileIds,
-        std::function<void(PBImageFileList items)> found)
-        : _dictionary(std::move(dictionary)), _fileIds(std::move(fileIds)),
-          _found(std::move(found)) {}
-    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
-
-private:
-    const PBScanDictionaryRef _dictionary;
-    const std::vector<qint64> _fileIds;
-    const std::function<void(PBImageFileList items)> _found;
 };
 
 /// The same as an operation of its own, at whose checkpoints attached work runs.

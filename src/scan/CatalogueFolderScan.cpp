@@ -56,15 +56,21 @@ void CatalogueFolderScan::scanRows(
     int sinceDrain = 0;
     _step.willInsert(rows);
     const platform::FileManager::OpenFolder folder(folderPath);
-    for (const group::ImageFileRow& row : rows) {
+    for (const group::ImageFileRow& fetched : rows) {
         if (_operation.isCancelled()) return;
-        if (_dictionary->ShownAhead->contains(row.id)) continue;
         if (sinceDrain < rowsBetweenDrains) {
             ++sinceDrain;
         } else {
             drain();
             sinceDrain = 0;
         }
+        if (_dictionary->ShownAhead->contains(fetched.id)) continue;
+        std::optional<group::ImageFileRow> anew;
+        if (_dictionary->EditedMeanwhile->contains(fetched.id)) {
+            anew = rowAnew(*_dictionary, fetched.id);
+            if (!anew) continue;
+        }
+        const group::ImageFileRow& row = anew ? *anew : fetched;
         const Presence presence = folderPresence == Presence::There
                                       ? presenceOf(folder, row, folderPath)
                                       : folderPresence;

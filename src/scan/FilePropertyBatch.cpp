@@ -50,7 +50,11 @@ void FilePropertyBatch::flush(const std::function<void()>& drain) {
     std::size_t shown = 0;
     for (std::size_t index = 0; index < rows.size() && !_operation.isCancelled(); ++index) {
         drain();
-        if (show(rows[index], properties[index], step, thumbnails)) ++shown;
+        const qint64 id = rows[index].id;
+        if (_dictionary->ShownAhead->contains(id)) continue;
+        std::optional<group::ImageFileRow> anew;
+        if (_dictionary->EditedMeanwhile->contains(id)) anew = rowAnew(*_dictionary, id);
+        if (show(anew ? *anew : rows[index], properties[index], step, thumbnails)) ++shown;
     }
     if (!_operation.isCancelled()) thumbnails.queueAll();
     if (shown == 0 || _operation.isCancelled()) return;

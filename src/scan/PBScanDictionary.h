@@ -32,6 +32,13 @@ struct ScanDatabaseFolder {
     std::optional<std::vector<group::ImageFileRow>> rows;
 };
 
+/// The folder whose photographs a work tree has.
+struct ScanScope {
+    std::shared_ptr<PBAliasObject> root;
+    QString relativePath; ///< empty for the root itself
+    bool recurseSubFolder = false;
+};
+
 /// Everything that the operations of one scan go by; its keys are the names of the fields. Never
 /// changed once an operation holds it: whoever needs other values makes a copy. What changes in the
 /// course of a scan (counters, the batch, the work tree) is shared by all copies and belongs to the
@@ -58,6 +65,12 @@ struct PBScanDictionary {
     /// were all visited, as opened files and those that the watcher tells of are. A catalogue pass
     /// that comes across their rows leaves them out.
     std::shared_ptr<std::unordered_set<qint64>> ShownAhead;
+
+    /// Of this work tree: photographs that were edited when they were not in it. A pass that read
+    /// their rows before reads them again.
+    std::shared_ptr<std::unordered_set<qint64>> EditedMeanwhile;
+    /// What this work tree shows; absent where no scan has begun.
+    std::shared_ptr<const ScanScope> Scope;
 
     /// Seconds since 1970 of the last publication; items added since.
     std::shared_ptr<PBMutableNumber> PushImageFileItemTime;

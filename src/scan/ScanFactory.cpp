@@ -22,8 +22,12 @@ std::shared_ptr<PBScanDictionary> ScanFactory::makeDictionary(
     dictionary->RecurseSubFolder = browsing.recurseSubFolder;
     dictionary->GroupTypeArray = browsing.groupTypeArray;
     if (!_treeState.shownAhead || _treeState.workTree.lock() != workTree)
-        _treeState = {workTree, std::make_shared<std::unordered_set<qint64>>()};
+        _treeState = {
+            workTree, std::make_shared<std::unordered_set<qint64>>(),
+            std::make_shared<std::unordered_set<qint64>>(), nullptr};
     dictionary->ShownAhead = _treeState.shownAhead;
+    dictionary->EditedMeanwhile = _treeState.editedMeanwhile;
+    dictionary->Scope = _treeState.scope;
     dictionary->WorkGroupItemArray = std::move(workTree);
     dictionary->SortType = browsing.sortType;
     dictionary->DescendingSort = browsing.descendingSort;
@@ -46,9 +50,12 @@ void ScanFactory::startScan(
     std::shared_ptr<PBAliasObject> root, const QString& relativePath,
     std::shared_ptr<PBGroupItemArray> workTree, const ScanBrowsing& browsing) const {
     _environment.services->figures.scanBegins();
+    auto dictionary = makeDictionary(root, relativePath, std::move(workTree), browsing);
+    _treeState.scope = std::make_shared<const ScanScope>(
+        ScanScope{std::move(root), relativePath, browsing.recurseSubFolder});
+    dictionary->Scope = _treeState.scope;
     _environment.scanQueue.addOperation(
-        PBScanDatabaseOperation::scanDatabaseOperationWithDictionary(
-            makeDictionary(std::move(root), relativePath, std::move(workTree), browsing)));
+        PBScanDatabaseOperation::scanDatabaseOperationWithDictionary(std::move(dictionary)));
 }
 
 void ScanFactory::attach(std::shared_ptr<PBScanAttachOperation> operation) const {

@@ -62,6 +62,8 @@ private:
     struct TreeState {
         std::weak_ptr<PBGroupItemArray> workTree;
         std::shared_ptr<std::unordered_set<qint64>> shownAhead;
+        std::shared_ptr<std::unordered_set<qint64>> editedMeanwhile;
+        std::shared_ptr<const ScanScope> scope;
     };
     mutable TreeState _treeState;
 };

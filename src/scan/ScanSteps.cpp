@@ -4,6 +4,7 @@
 #include "FMDB/FMTransaction.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveThumbOperation.h"
+#include "catalogue/marks/IdsText.h"
 #include "image/PBBuildThumbOperation.h"
 #include "platform/program/StandardError.h"
 #include "platform/tasks/OperationQueue.h"
@@ -16,6 +17,13 @@ void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCaptur
         group::makeGroupPublication(dictionary.WorkGroupItemArray, updateScrollCapture));
     ++figures.publications;
     figures.mark(figures.firstPublication);
+}
+
+std::optional<group::ImageFileRow> rowAnew(const PBScanDictionary& dictionary, qint64 fileId) {
+    FMResultSet cursor = dictionary.Database->executeQuery(
+        group::ImageFileRow::queryForIds(), marks::idsText({&fileId, 1}));
+    if (!cursor.next()) return std::nullopt;
+    return group::ImageFileRow::fromResultSet(cursor);
 }
 
 namespace {

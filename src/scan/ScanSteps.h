@@ -6,12 +6,18 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 /// Steps that the operations of a scan share. On the scan thread.
 
 /// Sends a copy of the work tree to the display.
 void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCapture = false);
+
+/// The row as the catalogue has it now, of a photograph that was edited since it was read; nothing
+/// where it is gone by now, or can't be read.
+[[nodiscard]] std::optional<group::ImageFileRow>
+rowAnew(const PBScanDictionary& dictionary, qint64 fileId);
 
 /// The operations that build the thumbnails of items, on their way to the build queue: a few go
 /// there together, since each arrival wakes the queue. What is left when this goes away is dropped.

@@ -5,6 +5,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
+#include "fileactions/marks/EditRunner.h"
 #include "group/GroupTypes.h"
 #include "image/BuildThumbNotifier.h"
 #include "library/PBFolderItem.h"
@@ -12,9 +13,12 @@
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
 #include "platform/tasks/MainThread.h"
+#include "shell/commands/EditNews.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/commands/MarkCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/commands/OpenFilesReveal.h"
+#include "shell/commands/WindowChoice.h"
 #include "shell/commands/WindowCommands.h"
 #include "shell/files/WindowFiles.h"
 #include "shell/groups/GroupMenus.h"
@@ -34,10 +38,12 @@
 #include "shell/toolbar/MainToolbar.h"
 #include "shell/toolbar/ToolbarController.h"
 #include "ui/HeaderBar.h"
+#include "ui/MenuTracking.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
 
 #include <QMainWindow>
+#include <QMenu>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -130,6 +136,14 @@ void PBMainWindowController::buildWindow() {
     layout->addWidget(_statusBarView);
     _window->setCentralWidget(content);
 
+    _choice = std::make_unique<WindowChoice>(_services.delegate, *_browserPane);
+    _marks = std::make_unique<MarkCommands>(_services.edits, *_choice);
+    new EditNews(
+        {.edits = _services.edits,
+         .browserPane = *_browserPane,
+         .statusBarView = *_statusBarView,
+         .noticeBar = *_noticeBar},
+        _window.get());
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
     _toolbarController = new ToolbarController(
@@ -140,12 +154,18 @@ void PBMainWindowController::buildWindow() {
          .filters = *_filterCommands,
          .selection = sourceSelection(),
          .browserPane = *_browserPane,
+         .delegate = _services.delegate,
+         .chosen = *_choice,
+         .marks = *_marks,
+         .edits = _services.edits,
          .panes = *_panes},
         _window.get());
     _commands = std::make_unique<WindowCommands>(
         WindowCommands::Parts{
             .services = _services,
             .window = *_window,
+            .chosen = *_choice,
+            .marks = *_marks,
             .browserPane = *_browserPane,
             .sourceSidebar = *_sourceSidebar,
             .filterCommands = *_filterCommands,
@@ -162,6 +182,7 @@ void PBMainWindowController::buildWindow() {
     _toolbar->setGroupMenu(*_groupMenus->buttonMenu(), [this](const QWidget& button) {
         _groupMenus->groupMenuBtnClicked(button);
     });
+    _toolbar->setRatingMenu(makeRatingMenu());
     _groupPathControl->setTrailingWidget(makeSortButton());
     _files = std::make_unique<WindowFiles>(WindowFiles::Parts{
         .services = _services,
@@ -170,6 +191,7 @@ void PBMainWindowController::buildWindow() {
         .sourceSidebar = *_sourceSidebar,
         .groupMenus = *_groupMenus,
         .menu = _commands->menu(),
+        .chosen = *_choice,
         .toolbarController = *_toolbarController,
         .toolbar = *_toolbar});
     connectFolderCommands();
@@ -250,6 +272,17 @@ QWidget* PBMainWindowController::makeSortButton() {
     return new SortButton(
         range(MenuCommand::arrange_FileName, MenuCommand::arrange_None),
         range(MenuCommand::arrange_Ascending, MenuCommand::arrange_Dscending));
+}
+
+QMenu& PBMainWindowController::makeRatingMenu() {
+    auto* menu = new QMenu(_window.get());
+    for (int command = static_cast<int>(MenuCommand::rating5);
+         command >= static_cast<int>(MenuCommand::rating0); --command)
+        menu->addAction(_commands->menu().action(static_cast<MenuCommand>(command)));
+    QObject::connect(
+        menu, &QMenu::aboutToShow, _commands.get(), [this] { _commands->menu().validate(); });
+    keepContentsWhileShown(*menu);
+    return *menu;
 }
 
 void PBMainWindowController::connectRemedies() {
@@ -345,6 +378,8 @@ void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures
     QObject::connect(
         &_services.buildThumbNotifier, &BuildThumbNotifier::PBNotiName_BuildThumb, _workProgress,
         &WorkProgress::wake);
+    QObject::connect(
+        &_services.edits, &fileactions::EditRunner::didBegin, _workProgress, &WorkProgress::wake);
 }
 
 void PBMainWindowController::scanStateDidChange() {

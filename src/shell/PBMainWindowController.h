@@ -15,6 +15,7 @@ class GroupPanel;
 class GroupPrompts;
 class MainMenu;
 class MainToolbar;
+class MarkCommands;
 class NoticeBar;
 class OpenFilesCommands;
 class OpenFilesReveal;
@@ -22,11 +23,13 @@ class PaneLayout;
 class PBImageBrowserTipView;
 class PBPathControl;
 class QMainWindow;
+class QMenu;
 class QWidget;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
 class ToolbarController;
+class WindowChoice;
 class WindowCommands;
 class WindowFiles;
 
@@ -51,6 +54,9 @@ public:
     [[nodiscard]] bool isWorkingOnFiles() const;
     /// Stops commands on files, and waits for them.
     void stopFileCommands();
+    /// What commands act on; the large view says here what is in focus.
+    [[nodiscard]] WindowChoice& choice() { return *_choice; }
+    [[nodiscard]] MarkCommands& markCommands() { return *_marks; }
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
@@ -78,6 +84,7 @@ private:
     void connectFolderCommands();
     void makeOpenFiles();
     [[nodiscard]] QWidget* makeSortButton();
+    [[nodiscard]] QMenu& makeRatingMenu();
     void connectRemedies();
     void tellFilterLeftOn();
     void restoreGeometry();
@@ -91,6 +98,8 @@ private:
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;
     // These go before the window and its views.
+    std::unique_ptr<WindowChoice> _choice;
+    std::unique_ptr<MarkCommands> _marks;
     std::unique_ptr<SourceSidebar> _sourceSidebar;
     std::unique_ptr<GroupPrompts> _groupPrompts;
     std::unique_ptr<GroupMenus> _groupMenus;

@@ -1,6 +1,5 @@
 #include "fileactions/marks/MarksExchange.h"
 #include "catalogue/MarksSupport.h"
-#include "fileactions/marks/MarksEditor.h"
 
 using fileactions::MarksEdit;
 
@@ -99,39 +98,4 @@ TEST_F(MarksTest, WhatWasExportedComesBackWholeInAnotherCatalogue) {
     EXPECT_EQ(inCatalogue().join(u' '), untouched);
 }
 
-/// In memory, in both files, and the way back.
-TEST_F(MarksTest, AnEditChangesItemsThatAreShownAndHasThemRegrouped) {
-    const qint64 one = addPhotograph(u"a.jpg"_s, 6);
-    const qint64 hidden = addPhotograph(u"b.jpg"_s);
-    const auto item = PBImageFileItem::imageFileItemWithId(one, folderId, u"a.jpg"_s, 1, 1);
-    PBGroupItemArray tree;
-    PBGroupItem::sortAddGroupItem(tree, nullptr, 0, {}).sortAddImageFileItem(item, 0, false);
-    PBImageFileList regrouped;
-    std::vector<qint64> lookedFor;
-    fileactions::MarksEditor editor(
-        {.connection = [&] { return both.get(); },
-         .mountedRoots = [&] { return roots; },
-         .liveTree = [&]() -> const PBGroupItemArray& { return tree; },
-         .regroup = [&](PBImageFileList items) { regrouped = std::move(items); },
-         .findInWorkTree = [&](std::vector<qint64> ids) { lookedFor = std::move(ids); },
-         .ledgerDidChange = [] {}});
-    const auto shown = [&] {
-        return std::tuple(item->star(), item->flagged(), item->rotateAngle());
-    };
-    const auto outcome = editor.perform(MarksEdit::ofPhotographs(
-        {one, hidden}, {.stars = 3, .flag = true, .tags = {}, .rotation = 180}));
-    ASSERT_TRUE(outcome.isStored) << outcome.reason.toStdString();
-    EXPECT_EQ(shown(), std::tuple(3U, true, 180.0));
-    EXPECT_EQ(regrouped, PBImageFileList{item});
-    EXPECT_EQ(lookedFor, std::vector{hidden});
-    ASSERT_TRUE(editor.perform(outcome.performed.inverse).isStored);
-    EXPECT_EQ(shown(), std::tuple(0U, false, -90.0));
-
-    FMDatabase other(marksPath);
-    ASSERT_TRUE(other.open() && other.beginTransaction());
-    const auto failed = editor.perform(
-        MarksEdit::ofPhotographs({one}, {.stars = 5, .flag = {}, .tags = {}, .rotation = {}}));
-    EXPECT_FALSE(failed.isStored);
-    EXPECT_EQ(failed.reason, u"database is locked"_s);
-    EXPECT_EQ(shown(), std::tuple(0U, false, -90.0)) << "memory follows the files";
-}
+} // namespace

@@ -14,14 +14,13 @@ struct RenameImageFileTest : support::CatalogueFixture {
 
     QString path(QStringView name) const { return folder.filePath(name.toString()); }
     RenameOutcome rename(QStringView name) {
-        return fileactions::renameImageFile(*item, name.toString(), database, folders);
+        return fileactions::renameImageFile(item->fileId(), name.toString(), database, folders);
     }
 
-    /// On disk, in the catalogue and in memory.
+    /// On disk and in the catalogue.
     QStringList names() {
         return QDir(folder.path()).entryList(QDir::Files, QDir::Name) +
-                   support::rowsOf(database, u"select FileName from ImageFile"_s)
-               << item->fileName();
+               support::rowsOf(database, u"select FileName from ImageFile"_s);
     }
 
     QTemporaryDir folder;
@@ -32,7 +31,7 @@ struct RenameImageFileTest : support::CatalogueFixture {
 TEST_F(RenameImageFileTest, fileRowAndItemGetTheNameAlsoOneOfOtherCaseOrExtension) {
     for (const QString& name : {u"Ümläut 100%.jpg"_s, u"ümläut 100%.jpg"_s, u"plain"_s}) {
         EXPECT_EQ(rename(name).result, RenameResult::Renamed);
-        EXPECT_EQ(names(), QStringList(3, name));
+        EXPECT_EQ(names(), QStringList(2, name));
     }
     EXPECT_EQ(rename(u"plain").result, RenameResult::Unchanged);
     EXPECT_EQ(rename(u"").result, RenameResult::Unchanged);
@@ -48,7 +47,7 @@ TEST_F(RenameImageFileTest, whatCannotBeDoneIsToldAndChangesNothing) {
         EXPECT_EQ(outcome.result, RenameResult::Failed);
         EXPECT_TRUE(outcome.reason.contains(part)) << outcome.reason.toStdString();
     }
-    EXPECT_EQ(names(), support::words("IMG_1.jpg taken.jpg IMG_1.jpg IMG_1.jpg"));
+    EXPECT_EQ(names(), support::words("IMG_1.jpg taken.jpg IMG_1.jpg"));
     EXPECT_EQ(support::readFile(path(u"taken.jpg")), "another");
 }
 
@@ -77,12 +76,23 @@ TEST(NameToGiveTest, anExtensionLeftOutIsKeptAndAnotherOneIsDoubted) {
     EXPECT_EQ(given(" a.jpg", " a.jpg"), u" a.jpg 0 "_s) << "as it was";
 }
 
-TEST_F(RenameImageFileTest, aCatalogueThatTakesNoNameGivesTheFileItsOldOne) {
-    ASSERT_TRUE(database.executeUpdate(u"drop table ImageFile"_s));
-    EXPECT_EQ(rename(u"new.jpg").result, RenameResult::Failed);
-    EXPECT_EQ(names(), support::words("IMG_1.jpg IMG_1.jpg"));
+TEST_F(RenameImageFileTest, aCatalogueThatTakesNoNameLeavesTheFileItsOldOne) {
+    const char* const refusals[] = {
+        "create trigger no before update on ImageFile begin select raise(abort, 'no'); end",
+        // Refused only when the file has its new name.
+        "create table Never (Id integer references ImageFile (FileName) "
+        "deferrable initially deferred)"};
+    ASSERT_TRUE(database.executeUpdate(u"pragma foreign_keys = on"_s));
+    for (const char* sql : refusals) {
+        ASSERT_TRUE(database.executeUpdate(QString::fromLatin1(sql)));
+        EXPECT_EQ(rename(u"new.jpg").result, RenameResult::Failed);
+        EXPECT_EQ(names(), support::words("IMG_1.jpg IMG_1.jpg"));
+        database.executeUpdate(u"drop trigger no"_s);
+    }
     folders = support::KnownFolders({});
     EXPECT_FALSE(rename(u"new.jpg").reason.isEmpty()) << "its folder is away";
+    ASSERT_TRUE(database.executeUpdate(u"delete from ImageFile"_s));
+    EXPECT_EQ(rename(u"new.jpg").result, RenameResult::Gone);
 }
 
 } // namespace

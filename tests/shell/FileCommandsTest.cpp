@@ -4,6 +4,7 @@
 #include "platform/desktop/Pasteboard.h"
 #include "shell/ShellFixture.h"
 #include "shell/files/PhotographDrops.h"
+#include "shell/services/ChosenPhotographs.h"
 
 #include <QClipboard>
 #include <QDialog>
@@ -73,18 +74,16 @@ struct FileCommandsTest : ShellFixture {
     QString names(QStringView folder) const {
         return QDir(path(folder)).entryList(QDir::Files | QDir::Hidden).join(u' ');
     }
-    std::vector<PBGroupItemChain> chains() const {
-        auto leaf = std::make_shared<PBGroupItem>(
-            nullptr,
-            PBGroupItem::groupItemWithParent(nullptr, group::AllImages, PBValue(1))->data());
-        for (const auto& item : items)
-            leaf->sortAddImageFileItem(item, group::SortFileName, false);
-        return {{leaf}};
-    }
-
     QWidget window;
     ScriptedQuestions questions;
     PBImageFileList items;
+    struct Choice final : ChosenPhotographs {
+        explicit Choice(PBImageFileList& of) : items(of) {}
+        PBImageFileList all() const override { return items; }
+        std::shared_ptr<PBImageFileItem> first() const override { return items.front(); }
+        PBImageFileList& items;
+    };
+    Choice choice{items};
     support::KnownFolders folders{{{1, path(u"photos")}}};
     FileTasks tasks{
         {.services = files,
@@ -102,8 +101,7 @@ struct FileCommandsTest : ShellFixture {
          .tasks = tasks,
          .questions = questions,
          .tagWithTagId = [](qint64) { return QString(); },
-         .chosen = [this] { return items; },
-         .chosenChains = [this] { return chains(); },
+         .chosen = choice,
          .selectedFolder = [this] { return path(u"photos"); }}};
     fileactions::FileEdit inverse;
     QString undoText;
@@ -130,6 +128,7 @@ TEST_F(FileCommandsTest, commandsChangeFilesTellHowToTakeThemBackAndBringTheDisp
     EXPECT_TRUE(isBack);
     EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg");
     EXPECT_EQ(delegate.scans, 1);
+    publish(items);
     items.pop_back();
     commands.doDuplicate();
     wait();

@@ -2,6 +2,7 @@
 
 #include "codec/PBImageImporterManager.h"
 #include "core/PBAppDelegate.h"
+#include "fileactions/marks/EditRunner.h"
 #include "group/ItemOrder.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/BuildThumbNotifier.h"
@@ -39,6 +40,37 @@ struct NotedDelegate final : PBAppDelegate {
     std::shared_ptr<PBOpenFiles> openFiles;
 };
 
+/// Keeps what it is asked to do; the test says what becomes of it.
+struct NotedEdits final : fileactions::EditRunner {
+    void run(fileactions::PhotographEdit edit, Done done) override {
+        edits.push_back({std::move(edit), std::move(done)});
+    }
+    void didOther(const QString& text, fileactions::OtherWay back) override {
+        undoName = text;
+        other = std::move(back);
+    }
+    void undo() override { ++undone; }
+    void redo() override { ++redone; }
+    bool canUndo() const override { return !undoName.isEmpty(); }
+    bool canRedo() const override { return !redoName.isEmpty(); }
+    QString undoText() const override { return undoName; }
+    QString redoText() const override { return redoName; }
+    qint64 pendingCount() const override { return pending; }
+    /// Ends the edit that was asked for last.
+    void end(const fileactions::EditResult& result) {
+        Q_EMIT result.isStored ? didEdit(result) : didFail(result);
+        if (edits.back().second) edits.back().second(result);
+    }
+
+    std::vector<std::pair<fileactions::PhotographEdit, Done>> edits;
+    int undone = 0;
+    int redone = 0;
+    QString undoName;
+    fileactions::OtherWay other;
+    QString redoName;
+    qint64 pending = 0;
+};
+
 /// What the window stands on, without threads that scan or decode: catalogues in memory, queues
 /// that do nothing, and a tree that the test publishes.
 struct ShellFixture : LibraryTest {
@@ -69,7 +101,8 @@ struct ShellFixture : LibraryTest {
             .buildThumbNotifier = notifier,
             .geoManager = places,
             .imageImporterManager = importers,
-            .files = files};
+            .files = files,
+            .edits = edits};
     }
     /// The root's disk is pulled out or plugged in; nobody is told.
     void setAway(PBAliasObject& root, bool isAway) {
@@ -126,6 +159,7 @@ struct ShellFixture : LibraryTest {
         .removeFromWorkTree =
             [this](std::vector<PBGroupItemChain> chains) { removedChains = std::move(chains); },
         .journalPath = {}};
+    NotedEdits edits;
     platform::OperationQueue scanQueue{u"scan"_s};
     platform::OperationQueue preloadQueue{u"preload"_s};
     platform::OperationQueue buildQueue{u"build"_s};

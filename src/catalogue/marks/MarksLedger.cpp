@@ -1,6 +1,7 @@
 #include "catalogue/marks/MarksLedger.h"
 
 #include "FMDB/FMDatabase.h"
+#include "catalogue/marks/IdsText.h"
 #include "core/Angles.h"
 
 #include <QJsonArray>
@@ -15,15 +16,6 @@ namespace marks {
 namespace {
 
 constexpr std::chrono::seconds longestWait(2);
-
-QString idsText(std::span<const qint64> ids) {
-    QString text(u'[');
-    for (const qint64 id : ids) {
-        if (text.size() > 1) text += u',';
-        text += QString::number(id);
-    }
-    return text + u']';
-}
 
 QString rootsText(const RootPaths& roots) {
     QJsonObject object;
@@ -205,6 +197,13 @@ bool MarksLedger::changeCatalogue(std::span<const qint64> fileIds, const MarksCh
                           orNull(*change.rotation), ids);
     }
     return isDone;
+}
+
+bool MarksLedger::turnInCatalogue(std::span<const qint64> fileIds, int degrees) {
+    return _db.executeUpdate(
+        QStringLiteral("update ImageFile set RotateAngle = (ifnull(RotateAngle,0)+?)%360 "
+                       "where Id in (select value from json_each(?))"),
+        degrees, idsText(fileIds));
 }
 
 bool MarksLedger::takeFromCatalogue(std::span<const qint64> fileIds, const RootPaths& roots) {

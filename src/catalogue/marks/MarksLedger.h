@@ -42,6 +42,8 @@ public:
 
     /// Writes the marks into the catalogue's rows; what the change leaves out stays.
     bool changeCatalogue(std::span<const qint64> fileIds, const MarksChange& change);
+    /// Turns what the catalogue has by degrees counter-clockwise, from wherever each is.
+    bool turnInCatalogue(std::span<const qint64> fileIds, int degrees);
     /// Gives those that have none a row of the ledger, and makes the marks in the ledger what the
     /// catalogue has: the end of an edit.
     bool takeFromCatalogue(std::span<const qint64> fileIds, const RootPaths& roots);

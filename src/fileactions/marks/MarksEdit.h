@@ -1,5 +1,6 @@
 #pragma once
 
+#include "catalogue/marks/EditedRows.h"
 #include "catalogue/marks/MarksLedger.h"
 
 #include <QByteArray>
@@ -12,25 +13,38 @@ class FMDatabase;
 
 namespace fileactions {
 
-/// What the user says of photographs: a value. Panels, menus, keys and imports make one, and
-/// `MarksEditor` performs it; nobody else writes marks.
+/// Marks that photographs are to have, whatever they have now: what an import brings, and what
+/// takes an edit back.
 struct MarksEdit {
     struct OfPhotographs {
         std::vector<qint64> fileIds;
         marks::MarksChange change;
+        /// Parallel to the ids, or empty: their rows in the ledger, by which photographs are found
+        /// whose rows of the catalogue were made anew.
+        std::vector<qint64> ledgerIds = {};
     };
     /// A photograph that is not in the catalogue: the ledger keeps its marks until it comes.
     struct OfPath {
         QByteArray path; ///< absolute, as the disk spells it
         marks::MarksChange change;
     };
+    /// The same, by its row in the ledger.
+    struct OfLedgerRow {
+        qint64 ledgerId = 0;
+        QStringList tags;
+    };
     std::vector<OfPhotographs> photographs;
     std::vector<OfPath> paths;
+    std::vector<OfLedgerRow> ledgerRows = {};
+    /// Are in the list of tags, whether a photograph has them or not.
+    QStringList tagsInList = {};
 
     /// The same change for all of them.
     [[nodiscard]] static MarksEdit
     ofPhotographs(std::vector<qint64> fileIds, const marks::MarksChange& change);
-    [[nodiscard]] bool isEmpty() const { return photographs.empty() && paths.empty(); }
+    [[nodiscard]] bool isEmpty() const {
+        return photographs.empty() && paths.empty() && ledgerRows.empty() && tagsInList.isEmpty();
+    }
 };
 
 /// An edit that is in both files.
@@ -39,6 +53,10 @@ struct PerformedEdit {
     std::vector<qint64> fileIds;
     /// Brings back what was before.
     MarksEdit inverse;
+    /// The rows of `fileIds` as they are now, as far as they are there.
+    std::vector<marks::ShownRow> shown = {};
+    /// Photographs of the edit that have no row any more.
+    qint64 missingCount = 0;
 };
 
 /// Stores the edit in catalogue and ledger, in one transaction over both: either it is in both or

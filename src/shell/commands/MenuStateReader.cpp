@@ -4,6 +4,7 @@
 #include "codec/PBImageImporterManager.h"
 #include "core/FileTypes.h"
 #include "core/PBAppDelegate.h"
+#include "fileactions/marks/EditRunner.h"
 #include "group/PBImageFileItem.h"
 #include "library/PBPathHistory.h"
 #include "platform/desktop/Pasteboard.h"
@@ -13,6 +14,7 @@
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/WindowSettings.h"
 #include "shell/services/BrowsingSettings.h"
+#include "shell/services/ChosenPhotographs.h"
 #include "shell/sidebar/SourceTreeController.h"
 
 #include <QClipboard>
@@ -44,6 +46,7 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
     MenuState state;
     state.isLargeView = _parts.delegate.isLargeViewMode();
     readBrowser(state);
+    readEdits(state);
     readSideBar(state);
     readWindow(state);
     if (includesPasteboard) {
@@ -55,7 +58,7 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
 
 void MenuStateReader::readBrowser(MenuState& state) const {
     const PBImageBrowserView& view = _parts.browserPane.browserView();
-    const PBImageFileList selected = view.selection().selectedFileArray(FoldedLeaves::Included);
+    const PBImageFileList selected = _parts.chosen.all();
     state.selectCount = std::ssize(selected);
     state.areAllSelectedFlagged =
         !selected.empty() &&
@@ -68,6 +71,15 @@ void MenuStateReader::readBrowser(MenuState& state) const {
     state.sortType = _parts.browsing.sortType();
     state.descendingSort = _parts.browsing.descendingSort();
     state.filter = _parts.browsing.filter();
+}
+
+void MenuStateReader::readEdits(MenuState& state) const {
+    const fileactions::EditRunner& edits = _parts.edits;
+    // What is on its way can be taken back, too: that comes behind it.
+    state.canUndo = edits.canUndo() || edits.pendingCount() > 0;
+    state.canRedo = edits.canRedo();
+    state.undoText = edits.undoText();
+    state.redoText = edits.redoText();
 }
 
 void MenuStateReader::readSideBar(MenuState& state) const {

@@ -4,6 +4,7 @@
 
 class BrowserPane;
 class BrowsingSettings;
+class ChosenPhotographs;
 class PaneLayout;
 class PBAppDelegate;
 class PBImageImporterManager;
@@ -11,6 +12,9 @@ class PBPathHistory;
 class QMainWindow;
 class SourceTreeController;
 
+namespace fileactions {
+class EditRunner;
+}
 namespace platform {
 class UserDefaults;
 }
@@ -24,6 +28,8 @@ public:
         platform::UserDefaults& userDefaults;
         const PBPathHistory& pathHistory;
         PBImageImporterManager& imageImporterManager;
+        const fileactions::EditRunner& edits;
+        const ChosenPhotographs& chosen;
         QMainWindow& window;
         BrowserPane& browserPane;
         SourceTreeController& tree;
@@ -37,6 +43,7 @@ public:
 
 private:
     void readBrowser(MenuState& state) const;
+    void readEdits(MenuState& state) const;
     void readSideBar(MenuState& state) const;
     void readWindow(MenuState& state) const;
 

@@ -2,7 +2,7 @@
 
 #include "browser/PBImageBrowserView.h"
 #include "fileactions/NameToGive.h"
-#include "fileactions/RenameImageFile.h"
+#include "fileactions/marks/EditRunner.h"
 #include "group/PBImageFileItem.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
@@ -79,14 +79,14 @@ void RenameCommand::ask(
 
 void RenameCommand::give(
     const std::shared_ptr<PBImageFileItem>& item, const QString& typed, const QString& name) {
-    const fileactions::RenameOutcome outcome = fileactions::renameImageFile(
-        *item, name, _parts.mainFileDb, _parts.browserPane.folderPaths());
-    if (outcome.result == fileactions::RenameResult::Renamed)
-        _parts.browserPane.browserView().reloadData();
-    if (outcome.result != fileactions::RenameResult::Failed) return;
-    showWindowAlert(
-        _parts.window, localizedFormat(u"CantRename", {item->fileName()}), outcome.reason,
-        [this, item, typed] { typeAgain(item, typed); });
+    _parts.edits.run(
+        {.fileIds = {item->fileId()}, .change = fileactions::PhotographEdit::Rename{name}},
+        [this, alive = std::weak_ptr(_alive), item, typed](const fileactions::EditResult& result) {
+            if (alive.expired() || result.isStored) return;
+            showWindowAlert(
+                _parts.window, localizedFormat(u"CantRename", {item->fileName()}), result.reason,
+                [this, item, typed] { typeAgain(item, typed); });
+        });
 }
 
 void RenameCommand::typeAgain(const std::shared_ptr<PBImageFileItem>& item, const QString& typed) {

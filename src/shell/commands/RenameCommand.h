@@ -5,19 +5,19 @@
 #include <memory>
 
 class BrowserPane;
-class FMDatabase;
 class PBImageFileItem;
 class QWidget;
 
 namespace fileactions {
+class EditRunner;
 struct NameToGive;
-}
+} // namespace fileactions
 
 /// The rename of a photograph in its place in the browser. Main thread.
 class RenameCommand {
 public:
     struct Parts {
-        FMDatabase& mainFileDb;
+        fileactions::EditRunner& edits;
         BrowserPane& browserPane;
         QWidget& window;
     };
@@ -40,4 +40,6 @@ private:
     void typeAgain(const std::shared_ptr<PBImageFileItem>& item, const QString& typed);
 
     const Parts _parts;
+    /// Expires with this object.
+    const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
 };

@@ -1,8 +1,10 @@
 #include "shell/commands/WindowCommands.h"
 
 #include "browser/PBImageBrowserView.h"
+#include "fileactions/marks/EditRunner.h"
 #include "platform/desktop/Workspace.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/commands/MarkCommands.h"
 #include "shell/menus/HelpDialogs.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
@@ -56,6 +58,8 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
            .userDefaults = parts.services.userDefaults,
            .pathHistory = parts.services.pathHistory,
            .imageImporterManager = parts.services.imageImporterManager,
+           .edits = parts.services.edits,
+           .chosen = parts.chosen,
            .window = parts.window,
            .browserPane = parts.browserPane,
            .tree = parts.sourceSidebar.tree(),
@@ -63,8 +67,12 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
       _arrange(parts.services.browsing, parts.services.delegate),
       _browserView(parts.browserPane.browserView(), parts.services.userDefaults, nullptr),
       _rename(
-          {.mainFileDb = parts.services.mainFileDb,
+          {.edits = parts.services.edits,
            .browserPane = parts.browserPane,
+           .window = parts.window}),
+      _tags(
+          {.edits = parts.services.edits,
+           .mainFileDb = parts.services.mainFileDb,
            .window = parts.window}),
       _fullScreen(
           {.window = parts.window,
@@ -77,6 +85,7 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
           this)) {
     connectFolderCommands();
     connectEditCommands();
+    connectMarkCommands();
     connectBrowserCommands();
     connectPaneCommands();
     connectGoCommands();
@@ -100,6 +109,9 @@ void WindowCommands::connectFolderCommands() {
 }
 
 void WindowCommands::connectEditCommands() {
+    fileactions::EditRunner& edits = _parts.services.edits;
+    _menu->connectCommand(Command::undo, [&edits] { edits.undo(); });
+    _menu->connectCommand(Command::redo, [&edits] { edits.redo(); });
     _menu->connectCommand(Command::selectAll, [this] { selectAll(true); });
     _menu->connectCommand(Command::deselectAll, [this] { selectAll(false); });
     _menu->connectCommand(Command::find, [this] {
@@ -107,6 +119,18 @@ void WindowCommands::connectEditCommands() {
         _parts.find();
     });
     _menu->connectCommand(Command::renameFile, [this] { _rename.begin(); });
+}
+
+void WindowCommands::connectMarkCommands() {
+    MarkCommands& marks = _parts.marks;
+    for (const MarkCommands::Row& row : MarkCommands::rows())
+        _menu->connectCommand(row.command, [&marks, &row] { marks.perform(row.change); });
+    _menu->connectCommand(Command::manageTags, [this] { _tags.show(); });
+    const PBImageBrowserView& view = _parts.browserPane.browserView();
+    connect(&view, &PBImageBrowserView::flagToggleRequested, &marks, &MarkCommands::flagClicked);
+    connect(&view, &PBImageBrowserView::rotateLeftRequested, &marks, &MarkCommands::rotateLeft);
+    connect(&view, &PBImageBrowserView::rotateRightRequested, &marks, &MarkCommands::rotateRight);
+    connect(&view, &PBImageBrowserView::ratingRequested, &marks, &MarkCommands::ratingWithStar);
 }
 
 void WindowCommands::connectBrowserCommands() {

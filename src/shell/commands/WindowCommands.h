@@ -5,6 +5,7 @@
 #include "shell/commands/FullScreenControl.h"
 #include "shell/commands/MenuStateReader.h"
 #include "shell/commands/RenameCommand.h"
+#include "shell/commands/TagCommands.h"
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/WindowSettings.h"
 
@@ -13,8 +14,10 @@
 #include <functional>
 
 class BrowserPane;
+class ChosenPhotographs;
 class FilterCommands;
 class MainMenu;
+class MarkCommands;
 class QMainWindow;
 class QToolBar;
 class SourceSidebar;
@@ -30,6 +33,8 @@ public:
     struct Parts {
         const ShellServices& services;
         QMainWindow& window;
+        const ChosenPhotographs& chosen;
+        MarkCommands& marks;
         BrowserPane& browserPane;
         SourceSidebar& sourceSidebar;
         FilterCommands& filterCommands;
@@ -52,6 +57,7 @@ public:
 private:
     void connectFolderCommands();
     void connectEditCommands();
+    void connectMarkCommands();
     void connectBrowserCommands();
     void connectPaneCommands();
     void connectGoCommands();
@@ -69,6 +75,7 @@ private:
     ArrangeCommands _arrange;
     BrowserViewCommands _browserView;
     RenameCommand _rename;
+    TagCommands _tags;
     FullScreenControl _fullScreen;
     MainMenu* _menu; // a child of this
 };

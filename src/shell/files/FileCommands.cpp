@@ -3,17 +3,20 @@
 #include "codec/PBImageImporterManager.h"
 #include "core/FileTypes.h"
 #include "core/PBAppDelegate.h"
+#include "group/ItemOrder.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "platform/desktop/Pasteboard.h"
 #include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/files/PhotographMimeData.h"
+#include "shell/services/ChosenPhotographs.h"
 
 #include <QBuffer>
 #include <QClipboard>
 #include <QFile>
 #include <QGuiApplication>
+#include <QHash>
 #include <QImage>
 #include <QMimeData>
 #include <QSet>
@@ -46,21 +49,25 @@ std::optional<QByteArray> pictureOf(const QMimeData& data) {
     return bytes;
 }
 
-/// The chain with those of its photographs whose files went; empty where there are none.
-PBGroupItemChain goneOfChain(
-    const PBGroupItemChain& chain, const QSet<QByteArray>& gone,
-    const group::FolderPaths& folders) {
-    if (chain.empty()) return {};
-    auto leaf = std::make_shared<PBGroupItem>(nullptr, chain.back()->data());
-    group::FolderPathCache cache;
-    for (const auto& item : chain.back()->imageFiles()) {
-        if (gone.contains(QFile::encodeName(item->filePath(folders, cache))))
-            leaf->sortAddImageFileItem(item, 0, false);
+/// The nodes that lead to these photographs, for each leaf that has some.
+std::vector<PBGroupItemChain>
+chainsOf(const PBGroupTreeDataSource& source, const QSet<qint64>& fileIds) {
+    std::vector<PBGroupItemChain> chains;
+    if (fileIds.isEmpty()) return chains;
+    for (const PBGroupItem* leaf : source.leafGroupItemArray()) {
+        std::shared_ptr<PBGroupItem> part;
+        for (const auto& item : leaf->imageFiles()) {
+            if (!fileIds.contains(item->fileId())) continue;
+            if (!part) part = std::make_shared<PBGroupItem>(nullptr, leaf->data());
+            part->sortAddImageFileItem(item, group::SortNone, false);
+        }
+        if (!part) continue;
+        PBGroupItemChain chain{std::move(part)};
+        for (const PBGroupItem* node = leaf->parent(); node; node = node->parent())
+            chain.insert(chain.begin(), std::make_shared<PBGroupItem>(nullptr, node->data()));
+        chains.push_back(std::move(chain));
     }
-    if (leaf->imageFiles().empty()) return {};
-    PBGroupItemChain part = chain;
-    part.back() = std::move(leaf);
-    return part;
+    return chains;
 }
 
 } // namespace
@@ -68,7 +75,7 @@ PBGroupItemChain goneOfChain(
 std::vector<QByteArray> FileCommands::chosenPaths() const {
     std::vector<QByteArray> paths;
     group::FolderPathCache cache;
-    for (const auto& item : _environment.chosen()) {
+    for (const auto& item : _environment.chosen.all()) {
         const QString path = item->filePath(_environment.folderPaths, cache);
         if (!path.isEmpty()) paths.push_back(QFile::encodeName(path));
     }
@@ -78,7 +85,7 @@ std::vector<QByteArray> FileCommands::chosenPaths() const {
 TransferPlan FileCommands::planOf(TransferPlan::Kind kind, const QString& folder) const {
     TransferPlan plan{.kind = kind, .steps = {}};
     group::FolderPathCache cache;
-    for (const auto& item : _environment.chosen()) {
+    for (const auto& item : _environment.chosen.all()) {
         const QString path = item->filePath(_environment.folderPaths, cache);
         if (!path.isEmpty())
             plan.addFile(QFile::encodeName(path), QFile::encodeName(folder), item->fileId());
@@ -150,7 +157,7 @@ void FileCommands::copy(bool cut) {
         });
     platform::setFilesOfMimeData(*data, {.paths = paths, .isCut = cut});
     if (paths.size() == 1 && !cut) {
-        const auto item = _environment.chosen().front();
+        const auto item = _environment.chosen.all().front();
         data->setPhotograph(QFile::decodeName(paths.front()), item->rotateAngle());
     }
     QGuiApplication::clipboard()->setMimeData(data.release());
@@ -230,8 +237,14 @@ void FileCommands::deleteForGood() {
 
 void FileCommands::runRemoval(bool forGood) {
     platform::assertMainThread();
-    std::vector<QByteArray> paths = chosenPaths();
-    if (paths.empty()) return;
+    const TransferPlan chosen = planOf(TransferPlan::Kind::Move, {});
+    if (chosen.isEmpty()) return;
+    std::vector<QByteArray> paths;
+    QHash<QByteArray, qint64> fileIds;
+    for (const auto& step : chosen.steps) {
+        paths.push_back(step.file.source);
+        fileIds.insert(step.file.source, step.file.fileId);
+    }
     _environment.tasks.start(
         {.counterKey = forGood ? QStringLiteral("ItemCountInfoWithDelete")
                                : QStringLiteral("ItemCountInfoWithTrash"),
@@ -241,21 +254,14 @@ void FileCommands::runRemoval(bool forGood) {
                  return forGood ? editor.deleteForGood(paths) : editor.moveToTrash(paths);
              },
          .finished =
-             [this, chains = _environment.chosenChains()](const FileOutcome& outcome) {
-                 removeFromTrees(chains, outcome.gone);
+             [this, fileIds = std::move(fileIds)](const FileOutcome& outcome) {
+                 QSet<qint64> gone;
+                 for (const QByteArray& path : outcome.gone)
+                     gone.insert(fileIds.value(path));
+                 auto chains = chainsOf(_environment.groupTreeDataSource, gone);
+                 if (!chains.empty()) _environment.services.removeFromWorkTree(std::move(chains));
                  finished(outcome, {u"UndoTrashFile", u"UndoTrashFiles"});
              }});
-}
-
-void FileCommands::removeFromTrees(
-    const std::vector<PBGroupItemChain>& chains, const std::vector<QByteArray>& gone) const {
-    const QSet<QByteArray> paths(gone.begin(), gone.end());
-    std::vector<PBGroupItemChain> parts;
-    for (const PBGroupItemChain& chain : chains) {
-        PBGroupItemChain part = goneOfChain(chain, paths, _environment.folderPaths);
-        if (!part.empty()) parts.push_back(std::move(part));
-    }
-    if (!parts.empty()) _environment.services.removeFromWorkTree(std::move(parts));
 }
 
 bool FileCommands::isOnShow(const QByteArray& path) const {

@@ -10,6 +10,7 @@
 #include <functional>
 #include <vector>
 
+class ChosenPhotographs;
 class PBAppDelegate;
 class PBGroupTreeDataSource;
 class PBImageImporterManager;
@@ -35,9 +36,7 @@ public:
         FileQuestions& questions;
         group::TagLookup tagWithTagId;
         /// What the commands act on.
-        std::function<PBImageFileList()> chosen;
-        /// The same with the nodes that lead to them.
-        std::function<std::vector<PBGroupItemChain>()> chosenChains;
+        const ChosenPhotographs& chosen;
         /// The absolute path of the folder that is selected in the sidebar; empty: none.
         std::function<QString()> selectedFolder;
     };
@@ -89,8 +88,6 @@ private:
     [[nodiscard]] std::vector<QByteArray> chosenPaths() const;
     void finished(const fileactions::FileOutcome& outcome, const Name& name);
     void showChanges(const fileactions::FileOutcome& outcome);
-    void removeFromTrees(
-        const std::vector<PBGroupItemChain>& chains, const std::vector<QByteArray>& gone) const;
     [[nodiscard]] bool isOnShow(const QByteArray& path) const;
 
     const Environment _environment;

@@ -1,8 +1,6 @@
 #include "shell/files/WindowFiles.h"
 
-#include "browser/PBImageBrowserView.h"
 #include "catalogue/PBCatalogue.h"
-#include "group/ItemLookup.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/ThumbnailStore.h"
 #include "platform/volumes/Volumes.h"
@@ -57,15 +55,7 @@ WindowFiles::WindowFiles(const Parts& parts)
            .questions = _sheets,
            .tagWithTagId = [&catalogue = parts.services.mainFileDb](
                                qint64 tagId) { return PBCatalogue(catalogue).tagWithTagId(tagId); },
-           .chosen =
-               [&pane = parts.browserPane] {
-                   return pane.browserView().selection().selectedFileArray(FoldedLeaves::Included);
-               },
-           .chosenChains =
-               [&pane = parts.browserPane] {
-                   return pane.browserView().selection().selectedFileGroupTreeArray(
-                       FoldedLeaves::Included);
-               },
+           .chosen = parts.chosen,
            .selectedFolder =
                [&sidebar = parts.sourceSidebar] {
                    const auto folder = sidebar.tree().selectedFolder();
@@ -73,6 +63,20 @@ WindowFiles::WindowFiles(const Parts& parts)
                }}) {
     connectMenus();
     takeDrops();
+    QObject::connect(
+        &_commands, &FileCommands::didChangeFiles, &_commands,
+        [this](const fileactions::FileEdit& inverse, const QString& text) {
+            _parts.services.edits.didOther(text, wayOf(inverse));
+        });
+}
+
+fileactions::OtherWay WindowFiles::wayOf(const fileactions::FileEdit& edit) {
+    return {[this, edit](std::function<void(fileactions::OtherWay back)> done) {
+        _commands.perform(
+            edit, [this, done = std::move(done)](const fileactions::FileEdit& inverse) {
+                done(wayOf(inverse));
+            });
+    }};
 }
 
 WindowFiles::~WindowFiles() = default;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fileactions/marks/EditRunner.h"
 #include "shell/files/FileCommands.h"
 #include "shell/files/FileSheets.h"
 #include "shell/files/FileTasks.h"
@@ -7,6 +8,7 @@
 #include <memory>
 
 class BrowserPane;
+class ChosenPhotographs;
 class GroupMenus;
 class MainMenu;
 class MainToolbar;
@@ -26,6 +28,7 @@ public:
         SourceSidebar& sourceSidebar;
         GroupMenus& groupMenus;
         MainMenu& menu;
+        const ChosenPhotographs& chosen;
         ToolbarController& toolbarController;
         MainToolbar& toolbar;
     };
@@ -40,6 +43,8 @@ public:
 private:
     void connectMenus();
     void takeDrops();
+    /// Files that take their place in the history of edits.
+    [[nodiscard]] fileactions::OtherWay wayOf(const fileactions::FileEdit& edit);
 
     const Parts _parts;
     FileSheets _sheets;

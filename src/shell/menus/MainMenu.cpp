@@ -149,6 +149,7 @@ void MainMenu::validate(bool includesPasteboard) {
         action->setCheckable(item.isChecked.has_value());
         action->setChecked(item.isChecked.value_or(false));
         if (!item.title.isEmpty()) action->setText(localizedString(item.title));
+        if (!item.text.isEmpty()) action->setText(item.text);
     }
     for (QMenu* submenu : _submenus)
         enableAsEntries(*submenu);

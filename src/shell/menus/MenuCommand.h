@@ -19,6 +19,8 @@ enum class MenuCommand : std::uint8_t {
     deleteForGood,
     quit,
     // Editing
+    undo,
+    redo,
     cut,
     copy,
     paste,
@@ -72,6 +74,7 @@ enum class MenuCommand : std::uint8_t {
     rotateRight,
     automaticRotate,
     resetRotate,
+    manageTags,
     // Ways through folders and photographs
     back,
     forward,

@@ -1,6 +1,7 @@
 #include "shell/menus/MenuEntries.h"
 
 #include "group/ItemOrder.h"
+#include "platform/program/LocalizedTexts.h"
 #include "shell/menus/MenuConditions.h"
 
 #include <array>
@@ -29,6 +30,19 @@ constexpr MenuRow separator{.kind = Kind::Separator};
 constexpr MenuRule
 titled(MenuCondition isEnabled, QStringView hide, QStringView show, MenuCondition isShown) {
     return {.isEnabled = isEnabled, .hide = hide, .show = show, .isShown = isShown};
+}
+
+/// A name may have the sign that marks letters of a menu.
+QString titleOf(QStringView plain, QStringView withName, QString name) {
+    return name.isEmpty()
+               ? platform::localizedString(plain)
+               : platform::localizedFormat(withName, {name.replace(u'&', QStringLiteral("&&"))});
+}
+QString undoTitle(const MenuState& state) {
+    return titleOf(u"Menu_Undo", u"Menu_UndoOf", state.undoText);
+}
+QString redoTitle(const MenuState& state) {
+    return titleOf(u"Menu_Redo", u"Menu_RedoOf", state.redoText);
 }
 
 /// Every command: what it says, its keys, when it is possible, and by its line its place in the
@@ -64,6 +78,13 @@ constexpr MenuRow barRows[] = {
     separator,
     entry(Command::quit, u"quit", u"Menu_Quit", u"Ctrl+Q", {}, {always}),
     menu(MenuTag::Edit, u"Menu_Edit"),
+    entry(
+        Command::undo, u"undo", u"Menu_Undo", u"Ctrl+Z", {},
+        {.isEnabled = flag<&MenuState::canUndo>, .title = undoTitle}),
+    entry(
+        Command::redo, u"redo", u"Menu_Redo", u"Ctrl+Shift+Z; Ctrl+Y", {},
+        {.isEnabled = flag<&MenuState::canRedo>, .title = redoTitle}),
+    separator,
     entry(Command::cut, u"cut", u"Menu_Cut", u"Ctrl+X", {}, {hasPhotographs}),
     entry(Command::copy, u"copy", u"Menu_Copy", u"Ctrl+C", {}, {hasPhotographs}),
     entry(Command::paste, u"paste", u"Menu_Paste", u"Ctrl+V", {}, {canPaste}),
@@ -214,6 +235,8 @@ constexpr MenuRow barRows[] = {
     entry(
         Command::automaticRotate, u"automaticRotate", u"Menu_RotateAuto", {}, {}, {hasPhotographs}),
     entry(Command::resetRotate, u"resetRotate", u"Menu_RotateReset", {}, {}, {hasPhotographs}),
+    separator,
+    entry(Command::manageTags, u"manageTags", u"Menu_Tags", {}, {}, {always}),
     menu(MenuTag::Group, u"Menu_Group"),
     menu(MenuTag::Go, u"Menu_Go"),
     entry(Command::back, u"back", u"Menu_Back", u"Alt+Left", u"back", {canBack}),
@@ -287,6 +310,8 @@ constexpr MenuRow photographRows[] = {
     endOfSubmenu,
     sameEntry(Command::rotateLeft),
     sameEntry(Command::rotateRight),
+    sameEntry(Command::automaticRotate),
+    sameEntry(Command::resetRotate),
     separator,
     sameEntry(Command::revealInFinder),
     sameEntry(Command::renameFile),

@@ -2,6 +2,7 @@
 
 #include "shell/menus/MenuCommand.h"
 
+#include <QString>
 #include <QStringView>
 
 #include <span>
@@ -9,6 +10,7 @@
 struct MenuState;
 
 using MenuCondition = bool (*)(const MenuState& state);
+using MenuTitle = QString (*)(const MenuState& state);
 
 inline bool isNeverPossible(const MenuState& /*state*/) {
     return false;
@@ -23,6 +25,8 @@ struct MenuRule {
     QStringView hide = {};
     QStringView show = {};
     MenuCondition isShown = nullptr;
+    /// The title where it is made of the state.
+    MenuTitle title = nullptr;
 };
 
 /// One entry of the menus: what it says, which keys choose it, when it is possible.

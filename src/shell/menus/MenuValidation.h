@@ -2,6 +2,7 @@
 
 #include "shell/menus/MenuCommand.h"
 
+#include <QString>
 #include <QStringView>
 
 #include <array>
@@ -45,6 +46,13 @@ struct MenuState {
     int sortType = 0;
     bool descendingSort = false;
     std::uint64_t filter = 0; ///< `group::FilterBit`
+    // Edits. The names say what an undo or a redo is of; one may be possible without a name, while
+    // an edit is on its way.
+    bool canUndo = false;
+    bool canRedo = false;
+    QString undoText;
+    QString redoText;
+
     /// Whether each of the steps leads to a photograph, by the number of the `BrowserStep`.
     std::array<bool, 8> canStep{};
 
@@ -65,6 +73,8 @@ struct MenuItemState {
     std::optional<bool> isChecked;
     /// Key of the title where it changes with the state; empty for entries with one title.
     QStringView title;
+    /// The title itself where it is made of the state.
+    QString text;
 
     friend bool operator==(const MenuItemState&, const MenuItemState&) = default;
 };

@@ -46,7 +46,7 @@ QHBoxLayout* addSide(QHBoxLayout& layout) {
 StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
     : QWidget(parent), _panes(panes), _itemCountLabel(new QLabel(this)),
       _progressView(new WorkProgressView(this)),
-      _thumbnailSizeSlider(new ThumbnailSizeSlider(this)) {
+      _thumbnailSizeSlider(new ThumbnailSizeSlider(this)), _newsLabel(new QLabel(this)) {
     setFixedHeight(barHeight);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(6, 1, 6, 0);
@@ -56,7 +56,13 @@ StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
     auto* right = addSide(*layout);
     for (std::size_t row = 0; row < std::size(buttonRows) - 1; ++row)
         addPaneButton(*left, row);
-    left->addStretch(1);
+    left->addSpacing(6);
+    left->addWidget(_newsLabel, 1);
+    _newsLabel->setObjectName(QStringLiteral("statusNews"));
+    // A long sentence takes no room from the others.
+    _newsLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    _newsTimer.setSingleShot(true);
+    connect(&_newsTimer, &QTimer::timeout, _newsLabel, &QLabel::clear);
     right->addStretch(1);
     right->addWidget(_progressView);
     right->addSpacing(6);
@@ -91,6 +97,13 @@ void StatusBarView::setItemCount(qint64 shown) {
 void StatusBarView::setSelectCount(qint64 selected) {
     _selectCount = selected;
     updateCounts();
+}
+
+void StatusBarView::tell(const QString& sentence) {
+    constexpr std::chrono::seconds shownFor(8);
+    _newsLabel->setText(sentence);
+    _newsLabel->setToolTip(sentence);
+    _newsTimer.start(shownFor);
 }
 
 void StatusBarView::setProgress(WorkProgress& progress) {

@@ -2,6 +2,7 @@
 
 #include "shell/panes/PaneLayout.h"
 
+#include <QTimer>
 #include <QVariantAnimation>
 #include <QWidget>
 
@@ -29,6 +30,8 @@ public:
     void setSelectCount(qint64 selected);
     /// What is going on in the background; outlives this widget.
     void setProgress(WorkProgress& progress);
+    /// A sentence about what was just done; goes after some seconds.
+    void tell(const QString& sentence);
     [[nodiscard]] ThumbnailSizeSlider& thumbnailSizeSlider() { return *_thumbnailSizeSlider; }
 
     /// Slides in or out, or at once. A later call takes over from where an earlier one has got to.
@@ -53,6 +56,8 @@ private:
     ThumbnailSizeSlider* _thumbnailSizeSlider;
     std::vector<std::pair<QToolButton*, PaneLayout::Pane>> _buttons;
     QVariantAnimation _animation;
+    QLabel* _newsLabel;
+    QTimer _newsTimer{this};
     bool _isShown = true;
     qint64 _itemCount = 0;
     qint64 _selectCount = 0;

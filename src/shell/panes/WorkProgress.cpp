@@ -12,6 +12,8 @@ namespace {
 constexpr auto lookInterval = 150ms;
 /// Work that has ended by then is not worth a word: a warm start stays quiet.
 constexpr int quietLooks = 4;
+/// Half a second.
+constexpr int quietEditingLooks = 3;
 
 } // namespace
 
@@ -36,7 +38,7 @@ void WorkProgress::wake() {
 void WorkProgress::update() {
     platform::assertMainThread();
     const WorkFigures figures = _figures();
-    const bool isBusy = figures.isScanning || figures.thumbnailsPending > 0;
+    const bool isBusy = figures.isScanning || figures.thumbnailsPending > 0 || figures.editing > 0;
     if (!isBusy) {
         _finishedBefore = figures.thumbnailsFinished;
         _busyLooks = 0;
@@ -44,11 +46,15 @@ void WorkProgress::update() {
     } else {
         ++_busyLooks;
     }
+    _editingLooks = figures.editing > 0 ? _editingLooks + 1 : 0;
     State state = _busyLooks > quietLooks ? stateOf(figures) : State();
+    // The user waits for it.
+    if (_editingLooks > quietEditingLooks) state = {Kind::Editing, 0, figures.editing};
     if (std::exchange(_state, state) != state) Q_EMIT changed();
 }
 
 WorkProgress::State WorkProgress::stateOf(const WorkFigures& figures) const {
+    if (!figures.isScanning && figures.thumbnailsPending == 0) return {};
     if (figures.thumbnailsPending == 0) return {Kind::Scanning, figures.scanned, 0};
     const quint64 done = figures.thumbnailsFinished - _finishedBefore;
     return {Kind::Thumbnails, done, done + figures.thumbnailsPending};

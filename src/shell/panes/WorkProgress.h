@@ -13,6 +13,8 @@ struct WorkFigures {
     /// Thumbnails: jobs that have ended, and jobs that wait or run.
     quint64 thumbnailsFinished = 0;
     quint64 thumbnailsPending = 0;
+    /// Photographs of the edits that are being stored.
+    quint64 editing = 0;
 };
 
 /// What of the background work is worth telling: nothing while it is short, then how many are done
@@ -21,7 +23,7 @@ class WorkProgress final : public QObject {
     Q_OBJECT
 
 public:
-    enum class Kind { None, Scanning, Thumbnails };
+    enum class Kind { None, Scanning, Thumbnails, Editing };
     struct State {
         Kind kind = Kind::None;
         quint64 done = 0;
@@ -51,4 +53,5 @@ private:
     State _state;
     quint64 _finishedBefore = 0; // thumbnails, when the present work began
     int _busyLooks = 0;
+    int _editingLooks = 0;
 };

@@ -24,6 +24,9 @@ QString textOf(const WorkProgress::State& state) {
     case WorkProgress::Kind::Scanning:
         return state.done == 0 ? localizedString(u"Scanning")
                                : localizedFormat(u"ScanningCount", {locale.toString(state.done)});
+    case WorkProgress::Kind::Editing:
+        return state.total == 1 ? localizedString(u"EditingCount_1")
+                                : localizedFormat(u"EditingCount", {locale.toString(state.total)});
     case WorkProgress::Kind::None:
         break;
     }
@@ -54,8 +57,9 @@ void WorkProgressView::setProgress(WorkProgress& progress) {
 void WorkProgressView::show(const WorkProgress& progress) {
     const WorkProgress::State& state = progress.state();
     _text = textOf(state);
-    _part =
-        state.total == 0 ? -1 : static_cast<double>(state.done) / static_cast<double>(state.total);
+    _part = state.total == 0 || state.kind == WorkProgress::Kind::Editing
+                ? -1
+                : static_cast<double>(state.done) / static_cast<double>(state.total);
     setAccessibleName(_text);
     update();
 }

@@ -13,6 +13,9 @@ class PBImageImporterManager;
 class PBPathHistory;
 struct FileServices;
 
+namespace fileactions {
+class EditRunner;
+}
 namespace platform {
 class Mutex;
 class OperationQueue;
@@ -47,4 +50,6 @@ struct ShellServices {
     PBGeoManager& geoManager;
     PBImageImporterManager& imageImporterManager;
     const FileServices& files;
+    /// What the user does to photographs.
+    fileactions::EditRunner& edits;
 };

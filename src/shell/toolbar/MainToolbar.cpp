@@ -53,7 +53,12 @@ MainToolbar::MainToolbar(QWidget* parent)
       _filterStar(makeAction(QStringLiteral("star_16_n"), u"FilterStarred")),
       _group(makeAction(QStringLiteral("group"), u"ToolbarGroup")),
       _groupButton(new ToolbarButton(_group)),
-      _rotate(makeAction(QStringLiteral("rotateLeft"), u"Rotate")),
+      _flag(makeAction(QStringLiteral("flag_16_n"), u"ToolbarFlag", Qt::CTRL | Qt::Key_G)),
+      _rating(makeAction(QStringLiteral("star_16_n"), u"ToolbarRating")),
+      _ratingButton(new ToolbarButton(_rating)),
+      _rotateLeft(makeAction(
+          QStringLiteral("rotateLeft"), u"RotateLeft", Qt::CTRL | Qt::SHIFT | Qt::Key_R)),
+      _rotateRight(makeAction(QStringLiteral("rotateRight"), u"RotateRight", Qt::CTRL | Qt::Key_R)),
       _share(makeAction(QStringLiteral("share"), u"Share")),
       _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(new QWidget),
       _search(new SearchField(localizedString(u"Search"))),
@@ -76,7 +81,10 @@ MainToolbar::MainToolbar(QWidget* parent)
     addItem(QStringLiteral("group"), _groupButton, u"ToolbarGroup");
     addItem(QStringLiteral("filter"), new SegmentedControl({_filterFlag, _filterStar}), u"Filter");
     addSpace(new Space(QSizePolicy::Expanding), QStringLiteral("space"));
-    addItem(QStringLiteral("rotate"), new ToolbarButton(_rotate), u"Rotate");
+    addItem(QStringLiteral("flag"), new ToolbarButton(_flag), u"ToolbarFlag");
+    _ratingButton->setHasArrow();
+    addItem(QStringLiteral("rating"), _ratingButton, u"ToolbarRating");
+    addItem(QStringLiteral("rotate"), new SegmentedControl({_rotateLeft, _rotateRight}), u"Rotate");
     addItem(QStringLiteral("share"), new ToolbarButton(_share), u"Share");
     addItem(QStringLiteral("delete"), new ToolbarButton(_delete), u"Delete");
     _search->setToolTip(withShortcut(localizedString(u"SearchTip"), QKeySequence::Find));
@@ -129,12 +137,24 @@ QWidget* MainToolbar::itemView(QStringView identifier) const {
 
 void MainToolbar::setGroupMenu(
     QMenu& menu, const std::function<void(const QWidget& button)>& popUp) {
-    connect(_group, &QAction::triggered, &menu, [this, popUp] {
-        popUp(*_groupButton);
-        _groupButton->setDown(true);
-    });
-    connect(&menu, &QMenu::aboutToHide, _groupButton, [this] { _groupButton->setDown(false); });
+    connectMenu(*_group, *_groupButton, menu, popUp);
     _group->setEnabled(true);
+}
+
+void MainToolbar::setRatingMenu(QMenu& menu) {
+    connectMenu(*_rating, *_ratingButton, menu, [&menu](const QWidget& button) {
+        menu.popup(button.mapToGlobal(QPoint(0, button.height())));
+    });
+}
+
+void MainToolbar::connectMenu(
+    QAction& action, ToolbarButton& button, QMenu& menu,
+    const std::function<void(const QWidget& button)>& popUp) {
+    connect(&action, &QAction::triggered, &menu, [&button, popUp] {
+        popUp(button);
+        button.setDown(true);
+    });
+    connect(&menu, &QMenu::aboutToHide, &button, [&button] { button.setDown(false); });
 }
 
 void MainToolbar::alignWithSidebar(int sidebarWidth) {

@@ -31,12 +31,17 @@ public:
     [[nodiscard]] QAction* addFolderAction() const { return _addFolder; }
     [[nodiscard]] QAction* filterFlagAction() const { return _filterFlag; }
     [[nodiscard]] QAction* filterStarAction() const { return _filterStar; }
-    [[nodiscard]] QAction* rotateAction() const { return _rotate; }
+    [[nodiscard]] QAction* flagAction() const { return _flag; }
+    [[nodiscard]] QAction* ratingAction() const { return _rating; }
+    [[nodiscard]] QAction* rotateLeftAction() const { return _rotateLeft; }
+    [[nodiscard]] QAction* rotateRightAction() const { return _rotateRight; }
     [[nodiscard]] QAction* shareAction() const { return _share; }
     [[nodiscard]] QAction* deleteAction() const { return _delete; }
     [[nodiscard]] SearchField& searchField() const { return *_search; }
     /// The group button has `popUp` open the menu below it; it is off before that.
     void setGroupMenu(QMenu& menu, const std::function<void(const QWidget& button)>& popUp);
+    /// What the button of the stars opens.
+    void setRatingMenu(QMenu& menu);
 
     /// The items from left to right, as they are at the start.
     [[nodiscard]] const std::vector<Item>& mainToolbarItems() const { return _items; }
@@ -64,6 +69,9 @@ private:
     [[nodiscard]] QAction*
     makeAction(const QString& icon, QStringView text, const QKeySequence& shortcut = {});
     void addItem(const QString& identifier, QWidget* view, QStringView caption);
+    void connectMenu(
+        QAction& action, ToolbarButton& button, QMenu& menu,
+        const std::function<void(const QWidget& button)>& popUp);
     void addSpace(QWidget* space, const QString& identifier);
     void updateColors();
 
@@ -74,7 +82,11 @@ private:
     QAction* _filterStar;
     QAction* _group;
     ToolbarButton* _groupButton;
-    QAction* _rotate;
+    QAction* _flag;
+    QAction* _rating;
+    ToolbarButton* _ratingButton;
+    QAction* _rotateLeft;
+    QAction* _rotateRight;
     QAction* _share;
     QAction* _delete;
     QWidget* _row; // fills the bar

@@ -1,14 +1,18 @@
 #include "shell/toolbar/ToolbarController.h"
 
 #include "browser/PBImageBrowserView.h"
+#include "core/PBAppDelegate.h"
 #include "core/Paths.h"
+#include "fileactions/marks/EditRunner.h"
 #include "library/PBPathHistory.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/commands/MarkCommands.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/PaneLayout.h"
+#include "shell/services/ChosenPhotographs.h"
 #include "shell/sidebar/SourceSelection.h"
 #include "shell/toolbar/MainToolbar.h"
 #include "ui/HeaderBar.h"
@@ -56,6 +60,7 @@ ToolbarController::ToolbarController(const Parts& parts, QObject* parent)
     : QObject(parent), _parts(parts), _validation(makeValidation()) {
     connectHistory();
     connectFilters();
+    connectMarks();
     connectSourceBar();
     MainToolbar& toolbar = _parts.toolbar;
     toolbar.setCaptions(_parts.userDefaults.boolForKey(captionsKey).value_or(false));
@@ -76,18 +81,19 @@ ToolbarController::ToolbarController(const Parts& parts, QObject* parent)
 
 ToolbarValidation::Environment ToolbarController::makeValidation() {
     const PBPathHistory& history = _parts.pathHistory;
-    PBImageBrowserView& browser = _parts.browserPane.browserView();
+    const ChosenPhotographs& chosen = _parts.chosen;
     return {
         .canBack = [&history] { return history.canBack(); },
         .canForward = [&history] { return history.canForward(); },
-        .firstSelected =
-            [&browser] {
-                return browser.leaves().imageFileAtIndex(
-                    browser.selection().firstSelectItem(FoldedLeaves::Included));
+        .firstSelected = [&chosen] { return chosen.first(); },
+        .allSelected = [&chosen] { return chosen.all(); },
+        .isLargeView = [this] { return _parts.delegate.isLargeViewMode(); },
+        .isServed =
+            [this](Command command) {
+                const bool isOfFiles =
+                    command == Command::shareClicked || command == Command::deleteClicked;
+                return !isOfFiles || _served.contains(command);
             },
-        .allSelected =
-            [&browser] { return browser.selection().selectedFileArray(FoldedLeaves::Included); },
-        .isServed = [this](Command command) { return _served.contains(command); },
     };
 }
 
@@ -124,6 +130,17 @@ void ToolbarController::connectFilters() {
         &filters, &FilterCommands::searchStringDidChange, this, [this] { updateSearchField(); });
     updateFilterSegmentControl();
     updateSearchField();
+}
+
+void ToolbarController::connectMarks() {
+    const MainToolbar& toolbar = _parts.toolbar;
+    MarkCommands& marks = _parts.marks;
+    connect(toolbar.flagAction(), &QAction::triggered, &marks, &MarkCommands::flagClicked);
+    connect(toolbar.rotateLeftAction(), &QAction::triggered, &marks, &MarkCommands::rotateLeft);
+    connect(toolbar.rotateRightAction(), &QAction::triggered, &marks, &MarkCommands::rotateRight);
+    const auto validate = [this] { validateVisibleItems(); };
+    connect(&_parts.edits, &fileactions::EditRunner::didEdit, this, validate);
+    connect(&_parts.edits, &fileactions::EditRunner::didReadAgain, this, validate);
 }
 
 void ToolbarController::connectSourceBar() {
@@ -177,12 +194,22 @@ void ToolbarController::validateVisibleItems() {
     const std::pair<QAction*, Command> items[] = {
         {toolbar.backAction(), Command::back},
         {toolbar.forwardAction(), Command::forward},
-        {toolbar.rotateAction(), Command::rotate},
+        {toolbar.flagAction(), Command::flagClicked},
+        {toolbar.ratingAction(), Command::ratingMenuClicked},
+        {toolbar.rotateLeftAction(), Command::rotate},
+        {toolbar.rotateRightAction(), Command::rotate},
         {toolbar.shareAction(), Command::shareClicked},
         {toolbar.deleteAction(), Command::deleteClicked},
     };
     for (const auto& [action, command] : items)
         action->setEnabled(_validation.isEnabled(command));
+    const auto showMark = [this](QAction* action, Command command, const QString& image) {
+        const bool isMarked = _validation.isMarked(command);
+        action->setIcon(
+            Icons::named(image + (isMarked ? QStringLiteral("_s") : QStringLiteral("_n"))));
+    };
+    showMark(toolbar.flagAction(), Command::flagClicked, QStringLiteral("flag_16"));
+    showMark(toolbar.ratingAction(), Command::ratingMenuClicked, QStringLiteral("star_16"));
     updateHistoryTips();
 }
 

@@ -8,15 +8,21 @@
 #include <set>
 
 class BrowserPane;
+class ChosenPhotographs;
 class FilterCommands;
 class HeaderBar;
 class MainToolbar;
+class MarkCommands;
 class PaneLayout;
+class PBAppDelegate;
 class PBPathHistory;
 class QAction;
 class QToolButton;
 class SourceSelection;
 
+namespace fileactions {
+class EditRunner;
+}
 namespace platform {
 class UserDefaults;
 }
@@ -36,6 +42,10 @@ public:
         FilterCommands& filters;
         SourceSelection& selection;
         BrowserPane& browserPane;
+        const PBAppDelegate& delegate;
+        const ChosenPhotographs& chosen;
+        MarkCommands& marks;
+        fileactions::EditRunner& edits;
         PaneLayout& panes;
     };
 
@@ -61,6 +71,7 @@ protected:
 private:
     void connectHistory();
     void connectFilters();
+    void connectMarks();
     void connectSourceBar();
     void updateFilterSegmentControl();
     void updateSearchField();

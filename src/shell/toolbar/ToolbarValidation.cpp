@@ -1,14 +1,20 @@
 #include "shell/toolbar/ToolbarValidation.h"
 
+#include <algorithm>
+
 ToolbarValidation::ToolbarValidation(Environment environment)
     : _environment(std::move(environment)) {}
 
-ToolbarValidation::SelectionStatus ToolbarValidation::toolbarItemSelectStatus(Command command) {
+ToolbarValidation::SelectionStatus
+ToolbarValidation::toolbarItemSelectStatus(Command command) const {
     switch (command) {
     case Command::rotate:
     case Command::shareClicked:
     case Command::deleteClicked:
         return SelectionStatus::First;
+    case Command::flagClicked:
+    case Command::ratingMenuClicked:
+        return _environment.isLargeView() ? SelectionStatus::First : SelectionStatus::All;
     case Command::back:
     case Command::forward:
         break;
@@ -32,6 +38,8 @@ bool ToolbarValidation::validateToolbarItem(Command command) const {
     case Command::rotate:
     case Command::shareClicked:
     case Command::deleteClicked:
+    case Command::flagClicked:
+    case Command::ratingMenuClicked:
         return !_selectedFileArray.empty() && _environment.isServed(command);
     }
     return true;
@@ -46,4 +54,15 @@ bool ToolbarValidation::isEnabled(Command command) {
     const bool enabled = validateToolbarItem(command);
     endValidateToolbarItem();
     return enabled;
+}
+
+bool ToolbarValidation::isMarked(Command command) {
+    beginValidateToolbarItem(toolbarItemSelectStatus(command));
+    const bool isMarked =
+        !_selectedFileArray.empty() &&
+        std::ranges::all_of(_selectedFileArray, [&](const auto& item) {
+            return command == Command::flagClicked ? item->flagged() : item->star() > 0;
+        });
+    endValidateToolbarItem();
+    return isMarked;
 }

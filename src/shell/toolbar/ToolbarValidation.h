@@ -8,7 +8,15 @@
 /// looked at only as far as the command needs it. Main thread.
 class ToolbarValidation {
 public:
-    enum class Command { back, forward, rotate, shareClicked, deleteClicked };
+    enum class Command {
+        back,
+        forward,
+        rotate,
+        shareClicked,
+        deleteClicked,
+        flagClicked,
+        ratingMenuClicked,
+    };
     /// How much of the selection a command needs.
     enum class SelectionStatus { None = 0, First = 1, All = 2 };
 
@@ -18,13 +26,14 @@ public:
         /// nullptr without a selection.
         std::function<std::shared_ptr<PBImageFileItem>()> firstSelected;
         std::function<PBImageFileList()> allSelected;
+        std::function<bool()> isLargeView;
         /// Whether anything answers the command at all.
         std::function<bool(Command)> isServed;
     };
 
     explicit ToolbarValidation(Environment environment);
 
-    [[nodiscard]] static SelectionStatus toolbarItemSelectStatus(Command command);
+    [[nodiscard]] SelectionStatus toolbarItemSelectStatus(Command command) const;
 
     /// Takes the selection for the validations until `endValidateToolbarItem`.
     void beginValidateToolbarItem(SelectionStatus selectionStatus);
@@ -33,6 +42,8 @@ public:
 
     /// The three in one, for one command.
     [[nodiscard]] bool isEnabled(Command command);
+    /// Whether all that is chosen has the mark that the command sets; false where nothing is.
+    [[nodiscard]] bool isMarked(Command command);
 
 private:
     const Environment _environment;

@@ -1,0 +1,320 @@
+#include "fileactions/marks/EditQueue.h"
+
+#include "FMDB/FMDatabase.h"
+#include "fileactions/marks/ShownPhotographs.h"
+#include "group/FolderPaths.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/tasks/MainLoop.h"
+#include "platform/tasks/MainThread.h"
+
+#include <chrono>
+
+using platform::MainLoop;
+
+namespace fileactions {
+
+namespace {
+
+using Kind = EditResult::Kind;
+
+/// A scan that removes many photographs has the catalogue for as long.
+constexpr std::chrono::seconds longestWait(5);
+
+unsigned fieldsOf(Kind kind) {
+    switch (kind) {
+    case Kind::Stars:
+        return ShownStars;
+    case Kind::Flag:
+        return ShownFlag;
+    case Kind::Tags:
+        return ShownTags;
+    case Kind::Rotation:
+        return ShownRotation;
+    case Kind::Name:
+        return ShownName;
+    case Kind::TagEverywhere:
+        break; // the whole is shown anew
+    }
+    return 0;
+}
+
+/// What SQLite said, in words for the user.
+QString inWords(const QString& reason) {
+    struct Text {
+        QStringView said;
+        QStringView key;
+    };
+    constexpr Text texts[] = {
+        {u"is locked", u"EditLocked"}, {u"full", u"EditDiskFull"}, {u"readonly", u"EditReadOnly"}};
+    for (const Text& text : texts)
+        if (reason.contains(text.said)) return platform::localizedString(text.key);
+    return platform::localizedFormat(u"EditRefused", {reason});
+}
+
+} // namespace
+
+EditQueue::EditQueue(Environment environment) : _environment(std::move(environment)) {}
+
+EditQueue::~EditQueue() {
+    finish();
+}
+
+void EditQueue::run(PhotographEdit edit, Done done) {
+    add({.kind = Job::Edit, .edit = std::move(edit), .done = std::move(done)});
+}
+
+void EditQueue::readAgain(std::vector<qint64> fileIds) {
+    add({.kind = Job::Read, .fileIds = std::move(fileIds)});
+}
+
+QString EditQueue::storeNow(MarksEdit edit) {
+    _importFailure.clear();
+    add({.kind = Job::Import, .marks = std::move(edit)});
+    drain();
+    return _importFailure;
+}
+
+void EditQueue::finish() {
+    platform::assertMainThread();
+    _isFinishing = true;
+    drain();
+    if (_isOtherRunning) {
+        // Its end is not waited for; the edits behind it are.
+        _isRunning = _isOtherRunning = false;
+        _jobs.pop_front();
+        std::erase_if(
+            _jobs, [](const Job& job) { return job.kind == Job::Undo || job.kind == Job::Redo; });
+        beginNext();
+        drain();
+    }
+    *_alive = false;
+    _both.reset();
+}
+
+qint64 EditQueue::pendingCount() const {
+    qint64 count = 0;
+    for (const Job& job : _jobs)
+        count += job.kind == Job::Read ? 0 : std::max<qint64>(std::ssize(job.edit.fileIds), 1);
+    return count;
+}
+
+void EditQueue::add(Job job) {
+    platform::assertMainThread();
+    _jobs.push_back(std::move(job));
+    beginNext();
+}
+
+std::optional<EditQueue::Work> EditQueue::workOf(const Job& job) const {
+    const auto wayOf = [](const EditHistory::Step* step) {
+        return step
+                   ? std::visit([](const auto& way) { return std::optional<Work>(way); }, step->way)
+                   : std::nullopt;
+    };
+    switch (job.kind) {
+    case Job::Edit:
+        return job.edit;
+    case Job::Undo:
+        return wayOf(_history.undoStep());
+    case Job::Redo:
+        return wayOf(_history.redoStep());
+    case Job::Read:
+        return job.fileIds;
+    case Job::Import:
+        return job.marks;
+    case Job::Other:
+        break; // never comes so far
+    }
+    return std::nullopt;
+}
+
+void EditQueue::beginNext() {
+    while (!_isRunning && !_jobs.empty()) {
+        if (beginOther()) continue;
+        auto work = workOf(_jobs.front());
+        if (!work) {
+            _jobs.pop_front();
+            continue;
+        }
+        _isRunning = true;
+        Q_EMIT didBegin();
+        _queue.addOperation([this, alive = std::weak_ptr(_alive), work = std::move(*work)] {
+            Outcome outcome = perform(work);
+            {
+                const platform::Lock lock(_mutex);
+                _finished = std::move(outcome);
+            }
+            MainLoop* loop = MainLoop::instance();
+            if (!loop) return;
+            loop->post(MainLoop::Mode::Common, [this, alive] {
+                if (!alive.expired()) takeFinished();
+            });
+        });
+    }
+}
+
+void EditQueue::didOther(const QString& text, OtherWay back) {
+    add({.kind = Job::Other, .text = text, .way = std::move(back)});
+}
+
+bool EditQueue::beginOther() {
+    Job& job = _jobs.front();
+    if (job.kind == Job::Other) {
+        _history.push(job.text, std::move(job.way));
+        _jobs.pop_front();
+        Q_EMIT historyDidChange();
+        return true;
+    }
+    const bool isUndo = job.kind == Job::Undo;
+    if (!isUndo && job.kind != Job::Redo) return false;
+    const EditHistory::Step* step = isUndo ? _history.undoStep() : _history.redoStep();
+    if (!step || !step->other) return false;
+    _isRunning = _isOtherRunning = true;
+    const OtherWay way = *step->other;
+    way.perform([this, isUndo, alive = std::weak_ptr(_alive)](OtherWay back) {
+        if (alive.expired()) return;
+        _isRunning = _isOtherRunning = false;
+        _jobs.pop_front();
+        if (isUndo) {
+            _history.undone(std::move(back));
+        } else {
+            _history.redone(std::move(back));
+        }
+        Q_EMIT historyDidChange();
+        beginNext();
+    });
+    return true;
+}
+
+void EditQueue::takeFinished() {
+    std::optional<Outcome> outcome;
+    {
+        const platform::Lock lock(_mutex);
+        outcome = std::exchange(_finished, std::nullopt);
+    }
+    if (!outcome) return; // somebody waited for it
+    const Job job = std::move(_jobs.front());
+    _jobs.pop_front();
+    _isRunning = false;
+    const std::weak_ptr alive(_alive);
+    complete(job, std::move(*outcome));
+    if (!alive.expired()) beginNext();
+}
+
+void EditQueue::drain() {
+    while (_isRunning && !_isOtherRunning) {
+        _queue.waitUntilAllOperationsAreFinished();
+        takeFinished();
+    }
+}
+
+void EditQueue::complete(const Job& job, Outcome outcome) {
+    if (const auto* reason = std::get_if<QString>(&outcome)) return fail(job, *reason);
+    auto& stored = std::get<StoredEdit>(outcome);
+    if (stored.hasChanged) _environment.ledgerDidChange();
+    if (job.kind == Job::Read || job.kind == Job::Import) {
+        if (_isFinishing) return;
+        _environment.show(stored.shown, ShownAll);
+        std::vector<qint64> fileIds;
+        for (const marks::ShownRow& row : stored.shown)
+            fileIds.push_back(row.fileId);
+        Q_EMIT didReadAgain(fileIds);
+        return;
+    }
+    EditResult result = resultOf(
+        job,
+        job.kind == Job::Edit   ? kindOf(job.edit.change)
+        : job.kind == Job::Undo ? _history.undoStep()->kind
+                                : _history.redoStep()->kind,
+        stored);
+    if (!_isFinishing && stored.hasChanged) {
+        result.hasLeft = _environment.show(stored.shown, fieldsOf(result.kind));
+        if (result.kind == Kind::TagEverywhere) _environment.tagsDidChange();
+    }
+    remember(job, stored);
+    Q_EMIT didEdit(result);
+    if (job.done) job.done(result);
+}
+
+EditResult
+EditQueue::resultOf(const Job& job, EditResult::Kind kind, const StoredEdit& stored) const {
+    EditResult result;
+    result.kind = kind;
+    result.way = job.kind == Job::Undo   ? EditResult::Way::Undone
+                 : job.kind == Job::Redo ? EditResult::Way::Redone
+                                         : EditResult::Way::Done;
+    result.isStored = true;
+    for (const marks::ShownRow& row : stored.shown)
+        result.changed.push_back(row.fileId);
+    result.missingCount = stored.missingCount;
+    result.isFlagged = !stored.shown.empty() && stored.shown.front().flag;
+    result.turnedBy = stored.turnedBy;
+    return result;
+}
+
+void EditQueue::remember(const Job& job, StoredEdit& stored) {
+    if (job.kind == Job::Undo) {
+        _history.undone(std::move(stored.inverse));
+    } else if (job.kind == Job::Redo) {
+        _history.redone(std::move(stored.inverse));
+    } else if (stored.hasChanged) {
+        _history.push(
+            nameOfEdit(job.edit, std::ssize(stored.shown)), kindOf(job.edit.change),
+            std::move(stored.inverse));
+    } else {
+        return;
+    }
+    Q_EMIT historyDidChange();
+}
+
+void EditQueue::fail(const Job& job, const QString& reason) {
+    if (job.kind == Job::Import) _importFailure = reason;
+    if (job.kind == Job::Read || job.kind == Job::Import) return;
+    EditResult result = resultOf(
+        job,
+        job.kind == Job::Edit   ? kindOf(job.edit.change)
+        : job.kind == Job::Undo ? _history.undoStep()->kind
+                                : _history.redoStep()->kind,
+        {});
+    result.isStored = false;
+    result.reason = result.kind == Kind::Name ? reason : inWords(reason);
+    Q_EMIT didFail(result);
+    if (job.done) job.done(result);
+}
+
+EditQueue::Outcome EditQueue::perform(const Work& work) {
+    if (!_both) {
+        _both = _environment.connect();
+        if (!_both) return QStringLiteral("the ledger of marks can't be opened");
+        _both->setLongestWait(longestWait);
+        // A transaction that overflows the cache would keep others from reading until its end.
+        _both->executeUpdate(QStringLiteral("pragma cache_spill = off"));
+    }
+    Outcome outcome = performOn(*_both, work);
+    // Whatever it was: the next edit begins anew.
+    if (std::holds_alternative<QString>(outcome)) _both.reset();
+    return outcome;
+}
+
+EditQueue::Outcome EditQueue::performOn(FMDatabase& both, const Work& work) const {
+    if (const auto* edit = std::get_if<PhotographEdit>(&work)) {
+        const group::CatalogueFolderPaths folders(both, _environment.folderRoots);
+        return storePhotographEdit(both, _environment.mountedRoots(), folders, *edit);
+    }
+    StoredEdit stored;
+    if (const auto* fileIds = std::get_if<std::vector<qint64>>(&work)) {
+        auto rows = marks::shownRows(both, *fileIds);
+        if (!rows) return both.lastErrorMessage();
+        stored.shown = std::move(*rows);
+        return stored;
+    }
+    auto outcome = storeEdit(both, _environment.mountedRoots(), std::get<MarksEdit>(work));
+    if (auto* reason = std::get_if<QString>(&outcome)) return std::move(*reason);
+    auto& performed = std::get<PerformedEdit>(outcome);
+    stored.shown = std::move(performed.shown);
+    stored.missingCount = performed.missingCount;
+    stored.hasChanged = !performed.inverse.isEmpty();
+    stored.inverse = std::move(performed.inverse);
+    return stored;
+}
+
+} // namespace fileactions

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "fileactions/marks/PhotographEdit.h"
+
+#include <QObject>
+
+#include <functional>
+
+namespace fileactions {
+
+/// Something that is done elsewhere, as with files, and has its place in the history of edits: what
+/// takes it back, or does it once more. `done` is called later, once, with what leads back from
+/// there. Main thread.
+struct OtherWay {
+    std::function<void(std::function<void(OtherWay back)> done)> perform;
+};
+
+/// Performs the edits of the user, one after the other in the order in which they came, and keeps
+/// what takes them back. Nothing waits: an edit is stored on a thread of its own, then the items
+/// that are shown change, and then it is told. Main thread.
+class EditRunner : public QObject {
+    Q_OBJECT
+
+public:
+    using Done = std::function<void(const EditResult& result)>;
+
+    /// `done` is called when the edit is in the catalogue and in the items, or could not be stored;
+    /// after the signals. Never within this call, and not at all if the program ends before.
+    virtual void run(PhotographEdit edit, Done done = {}) = 0;
+
+    // These take their turn behind the edits that are on their way.
+
+    /// Something else was done, which this takes back; `text` as in `undoText`.
+    virtual void didOther(const QString& text, OtherWay back) = 0;
+    virtual void undo() = 0;
+    virtual void redo() = 0;
+    [[nodiscard]] virtual bool canUndo() const = 0;
+    [[nodiscard]] virtual bool canRedo() const = 0;
+    /// "Rating of 12 Photographs"; empty without one.
+    [[nodiscard]] virtual QString undoText() const = 0;
+    [[nodiscard]] virtual QString redoText() const = 0;
+
+    /// The photographs of the edits that are on their way; 0 when there are none.
+    [[nodiscard]] virtual qint64 pendingCount() const = 0;
+
+Q_SIGNALS:
+    /// An edit is on its way.
+    void didBegin();
+    /// An edit, an undo or a redo was stored; the items have it. Where it moves photographs to
+    /// other groups, the trees follow.
+    void didEdit(const fileactions::EditResult& result);
+    /// Photographs got other marks from elsewhere: from an import, or since they were found again.
+    void didReadAgain(const std::vector<qint64>& fileIds);
+    /// One that could not be stored.
+    void didFail(const fileactions::EditResult& result);
+    /// What can be taken back or repeated, or its name.
+    void historyDidChange();
+};
+
+} // namespace fileactions

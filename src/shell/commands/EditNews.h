@@ -1,0 +1,35 @@
+#pragma once
+
+#include "fileactions/marks/PhotographEdit.h"
+
+#include <QObject>
+
+class BrowserPane;
+class NoticeBar;
+class StatusBarView;
+
+namespace fileactions {
+class EditRunner;
+}
+
+/// Shows in the window what has become of edits: the browser paints them, the status bar tells what
+/// was left out, the bar of notices what could not be stored. Main thread.
+class EditNews final : public QObject {
+    Q_OBJECT
+
+public:
+    /// The parts outlive this object.
+    struct Parts {
+        fileactions::EditRunner& edits;
+        BrowserPane& browserPane;
+        StatusBarView& statusBarView;
+        NoticeBar& noticeBar;
+    };
+    explicit EditNews(const Parts& parts, QObject* parent = nullptr);
+
+private:
+    void tell(const fileactions::EditResult& result);
+    void tellFailure(const fileactions::EditResult& result);
+
+    const Parts _parts;
+};
