@@ -8,11 +8,13 @@
 #include "group/GroupTypes.h"
 #include "places/OfflineGeocoder.h"
 #include "places/PBGeoManager.h"
+#include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/StandardError.h"
 #include "platform/program/StandardFolders.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
+#include "scan/AttachedOperations.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/panes/NoticeBar.h"
@@ -20,6 +22,7 @@
 #include "shell/sidebar/SourceSelection.h"
 #include "shell/sidebar/SourceSidebar.h"
 
+#include <QFile>
 #include <QGuiApplication>
 #include <QMainWindow>
 #include <QScreen>
@@ -60,6 +63,7 @@ void ApplicationController::awakeFromNib() {
     _loadImageManager = std::make_unique<PBLoadImageManager>();
     _imageBufferManager = std::make_unique<PBImageBufferManager>(
         PBImageBufferManager::Environment{.loadImageManager = *_loadImageManager});
+    makeFileServices();
     group::GroupPresets(_userDefaults).seedIfAbsent(_geoManager->canUseGeocoder());
     _mainWindowController = std::make_unique<PBMainWindowController>(shellServices());
     _mainWindowController->setWorkFigures([this] {
@@ -210,8 +214,28 @@ ShellServices ApplicationController::shellServices() {
         .imageImporterManager = _scanPipeline->imageImporterManager(),
         .loadImageManager = *_loadImageManager,
         .imageBufferManager = *_imageBufferManager,
+        .files = _fileServices,
         .edits = _marks->edits(),
     };
+}
+
+void ApplicationController::makeFileServices() {
+    const QString journal =
+        platform::pathInFolder(platform::StandardFolders::dataFolder(), u"unfinished-files");
+    _fileServices = {
+        .connect = [this] { return _marks->connect(); },
+        .mountedRoots = [this] { return _marks->roots(); },
+        .rowsWillChange = [this] { _scanPipeline->factory().rowsWillChange(); },
+        .ledgerDidChange = [this] { _marks->ledgerDidChange(); },
+        .removeFromWorkTree =
+            [this](std::vector<PBGroupItemChain> chains) {
+                const auto& work = _scanPipeline->groupTreeDataSource().groupItemArray_work();
+                if (!work) return;
+                const ScanFactory& factory = _scanPipeline->factory();
+                factory.attach(std::make_shared<PBRemoveFileItemOperation>(
+                    factory.makeDictionary(nullptr, {}, work, scanBrowsing()), std::move(chains)));
+            },
+        .journalPath = QFile::encodeName(journal)};
 }
 
 ScanControl::Selection ApplicationController::selection() {
@@ -366,6 +390,7 @@ void ApplicationController::tellUnopened(const QStringList& faults) {
 void ApplicationController::applicationWillTerminate() {
     platform::assertMainThread();
     _thumbnailCleaner.reset();
+    if (_mainWindowController) _mainWindowController->stopFileCommands();
     // The queues stop before any connection closes: that keeps a running operation from a closed
     // one.
     for (auto* queue :
@@ -412,9 +437,10 @@ bool ApplicationController::isIdle() const {
     const bool isReadingMarked = _marks && !_marks->isIdle();
     const bool isShowing = _scanPipeline && _scanPipeline->isShowPending();
     const bool isLoadingImages = _loadImageManager && _loadImageManager->operationCount() != 0;
-    return !isScanning() && !isShowing && !isLoadingImages && !isReadingMarked &&
+    const bool isCopying = _mainWindowController && _mainWindowController->isWorkingOnFiles();
+    return !isCopying && !isScanning() && !isShowing && !isLoadingImages && !isReadingMarked &&
            !isWaitingForDisks && !isLookingUpPlaces && isEmpty(_preloadThumbnailOperationQueue) &&
-           isEmpty(_scanOperationQueue) && isEmpty(_buildThumbOperationQueue);
+            isEmpty(_scanOperationQueue) && isEmpty(_buildThumbOperationQueue);
 }
 
 bool ApplicationController::isLargeViewMode() const {

@@ -14,6 +14,7 @@
 #include "platform/tasks/Mutex.h"
 #include "platform/tasks/OperationQueue.h"
 #include "shell/services/BrowsingSettings.h"
+#include "shell/services/FileServices.h"
 #include "shell/services/ShellServices.h"
 
 #include <memory>
@@ -101,6 +102,8 @@ private:
     /// On standard error and in the window. Any thread.
     void tellOfMarks(const QString& sentence);
     void watchFolders();
+    /// What commands on files need of the rest.
+    void makeFileServices();
     [[nodiscard]] ScanControl::Selection selection();
     [[nodiscard]] ScanBrowsing scanBrowsing() const;
     void noteScreen();
@@ -122,6 +125,7 @@ private:
     std::optional<ThumbnailCleaner> _thumbnailCleaner;
     std::optional<ScanPipeline> _scanPipeline;
     std::optional<ScanControl> _scanControl;
+    FileServices _fileServices;
     std::unique_ptr<PBMainWindowController> _mainWindowController;
     std::optional<WindowColours> _windowColours;
     std::optional<WatchControl> _watchControl;

@@ -52,6 +52,13 @@ public:
     };
     [[nodiscard]] ImportResult importMarks(const QByteArray& lines);
 
+    /// To both files, for the calling thread; nullptr where it can't be had.
+    [[nodiscard]] std::unique_ptr<FMDatabase> connect() const;
+    /// Of mounted ones; with `withAway` of all, as far as a place is known. Any thread.
+    [[nodiscard]] marks::RootPaths roots(bool withAway = false) const;
+    /// Marked photographs have moved, or were edited.
+    void ledgerDidChange() { _upkeep.wake(); }
+
     [[nodiscard]] bool isIdle() const { return _upkeep.isIdle() && (!_edits || _edits->isIdle()); }
     /// The queues of scans have ended: stores the edits that are left, stops the upkeep and keeps a
     /// copy of the ledger.
@@ -59,9 +66,6 @@ public:
 
 private:
     [[nodiscard]] FMDatabase* connection();
-    [[nodiscard]] std::unique_ptr<FMDatabase> connect() const;
-    /// Of mounted ones; with `withAway` of all, as far as a place is known.
-    [[nodiscard]] marks::RootPaths roots(bool withAway = false) const;
     /// Any thread.
     void readAgain(std::vector<qint64> fileIds);
 

@@ -3,6 +3,7 @@
 #include "platform/tasks/Mutex.h"
 #include "platform/tasks/Operation.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -43,14 +44,17 @@ public:
     add(std::shared_ptr<PBScanAttachOperation> operation,
         const std::function<void()>& whileLocked = {});
     [[nodiscard]] std::vector<std::shared_ptr<PBScanAttachOperation>> takeAll();
-    /// How many operations were taken so far. Whoever has looked something up in the catalogue and
-    /// finds another number later has to look again. On the scan thread.
+    /// Grows with each operation that is taken. Whoever has looked something up in the catalogue
+    /// and finds another number later has to look again. On the scan thread.
     [[nodiscard]] std::uint64_t takenCount() const { return _takenCount; }
+    /// Rows are about to change behind the scans: what they looked up is out of date. Any thread,
+    /// within the transaction that changes them.
+    void rowsWillChange() { ++_takenCount; }
 
 private:
     platform::Mutex _monitor;
     std::vector<std::shared_ptr<PBScanAttachOperation>> _operations VELMORA_GUARDED_BY(_monitor);
-    std::uint64_t _takenCount = 0; // of the scan thread
+    std::atomic<std::uint64_t> _takenCount = 0;
 };
 
 /// Runs what is in the mailbox, as a part of the owner. What a cancelled owner has taken out and

@@ -46,6 +46,8 @@ public:
 
     /// Has the work done on the scan thread, within the scan that is running if there is one.
     void attach(std::shared_ptr<PBScanAttachOperation> operation) const;
+    /// Rows are about to change behind the scans, within a transaction that is open. Any thread.
+    void rowsWillChange() const { _attachOperationArray->rowsWillChange(); }
     /// What changes on disk mean for the work tree: looks for images that are gone, then for new
     /// ones. Folders that lie in no mounted root are left out.
     void attachChanges(

@@ -55,19 +55,26 @@ void ThumbnailsToBuild::queueAll() {
 
 namespace {
 
-/// Removes rows until a cancellation; answers how many, or nothing when none could be. Folders come
-/// last: what a cancellation leaves undone has its folder still.
-std::optional<std::size_t> removeRows(
-    FMDatabase& db, const std::vector<qint64>& folderIds, const std::vector<qint64>& fileIds,
+bool hasMoved(PBCatalogue& catalogue, const LookedForFile& file) {
+    const PBArray row =
+        catalogue.imageFileDataWithIdAndFields(file.fileId, {QStringLiteral("FolderId")});
+    return !row.empty() && row.front().toInteger() != file.folderId;
+}
+
+/// Removes rows until a cancellation; answers those of images, or nothing when none could be.
+/// Folders come last: what a cancellation leaves undone has its folder still.
+std::optional<std::vector<qint64>> removeRows(
+    FMDatabase& db, const std::vector<qint64>& folderIds, const std::vector<LookedForFile>& files,
     const platform::Operation& operation) {
     FMTransaction transaction(db);
     if (!transaction.isOpen()) return std::nullopt;
     PBCatalogue catalogue(db);
-    std::size_t removed = 0;
-    for (const qint64 fileId : fileIds) {
+    std::vector<qint64> removed;
+    for (const LookedForFile& file : files) {
         if (operation.isCancelled()) break;
-        if (!catalogue.removeImageFileAndMetadataWithFileId(fileId)) return std::nullopt;
-        ++removed;
+        if (hasMoved(catalogue, file)) continue;
+        if (!catalogue.removeImageFileAndMetadataWithFileId(file.fileId)) return std::nullopt;
+        removed.push_back(file.fileId);
     }
     for (const qint64 folderId : folderIds) {
         if (operation.isCancelled()) break;
@@ -81,16 +88,16 @@ std::optional<std::size_t> removeRows(
 
 void removeFromCatalogue(
     const PBScanDictionary& dictionary, const std::vector<qint64>& folderIds,
-    const std::vector<qint64>& fileIds, const platform::Operation& operation) {
-    if (folderIds.empty() && fileIds.empty()) return;
-    const auto removed = removeRows(*dictionary.Database, folderIds, fileIds, operation);
+    const std::vector<LookedForFile>& files, const platform::Operation& operation) {
+    if (folderIds.empty() && files.empty()) return;
+    const auto removed = removeRows(*dictionary.Database, folderIds, files, operation);
     // Rows that stay are found again by the next scan, and keep their thumbnails until then.
     if (!removed) return;
-    dictionary.services->figures.rowsRemoved += *removed;
-    if (MarksRestorer* marks = dictionary.services->marks) marks->rowsWereRemoved(fileIds);
-    if (fileIds.empty() || operation.isCancelled()) return;
+    dictionary.services->figures.rowsRemoved += removed->size();
+    if (MarksRestorer* marks = dictionary.services->marks) marks->rowsWereRemoved(*removed);
+    if (removed->empty() || operation.isCancelled()) return;
     dictionary.BuilidThumbOperationQueue->addOperation(
-        std::make_shared<PBRemoveThumbOperation>(fileIds, *dictionary.BuilidThumbDatabase));
+        std::make_shared<PBRemoveThumbOperation>(*removed, *dictionary.BuilidThumbDatabase));
 }
 
 void tellUnreadFile(const PBScanDictionary& dictionary, const QString& path) {

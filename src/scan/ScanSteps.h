@@ -35,12 +35,19 @@ private:
     std::vector<std::shared_ptr<platform::Operation>> _operations;
 };
 
+/// A row of an image, and the folder in which its file was looked for.
+struct LookedForFile {
+    qint64 fileId;
+    qint64 folderId;
+};
+
 /// Removes folders and images with their metadata from the catalogue in one transaction, and, once
-/// that is stored, queues the removal of their thumbnails. Nothing happens when there is nothing to
-/// remove.
+/// that is stored, queues the removal of their thumbnails. An image whose row has gone to another
+/// folder since, with a file that the program itself moved, stays. Nothing happens when there is
+/// nothing to remove.
 void removeFromCatalogue(
     const PBScanDictionary& dictionary, const std::vector<qint64>& folderIds,
-    const std::vector<qint64>& fileIds, const platform::Operation& operation);
+    const std::vector<LookedForFile>& files, const platform::Operation& operation);
 
 /// Tells the user, once, that a file could not be read and waits for another scan.
 void tellUnreadFile(const PBScanDictionary& dictionary, const QString& path);

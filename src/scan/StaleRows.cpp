@@ -3,7 +3,6 @@
 #include "catalogue/PBCatalogue.h"
 #include "library/RootPresence.h"
 #include "scan/ScanServices.h"
-#include "scan/ScanSteps.h"
 
 bool RootCheck::isRootThere(qint64 folderId) {
     auto aliasId = _aliasIds.find(folderId);
@@ -21,9 +20,7 @@ bool RootCheck::isRootThere(qint64 folderId) {
 void StaleRows::remove(const PBScanDictionary& dictionary, const platform::Operation& operation) {
     RootCheck roots(dictionary);
     std::erase_if(_folderIds, [&](qint64 folderId) { return !roots.isRootThere(folderId); });
-    std::vector<qint64> fileIds;
-    for (const File& file : _files) {
-        if (roots.isRootThere(file.folderId)) fileIds.push_back(file.id);
-    }
-    removeFromCatalogue(dictionary, _folderIds, fileIds, operation);
+    std::erase_if(
+        _files, [&](const LookedForFile& file) { return !roots.isRootThere(file.folderId); });
+    removeFromCatalogue(dictionary, _folderIds, _files, operation);
 }

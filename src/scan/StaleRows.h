@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scan/PBScanDictionary.h"
+#include "scan/ScanSteps.h"
 
 #include <unordered_map>
 #include <vector>
@@ -38,10 +39,6 @@ public:
     void remove(const PBScanDictionary& dictionary, const platform::Operation& operation);
 
 private:
-    struct File {
-        qint64 id;
-        qint64 folderId;
-    };
     std::vector<qint64> _folderIds;
-    std::vector<File> _files;
+    std::vector<LookedForFile> _files;
 };

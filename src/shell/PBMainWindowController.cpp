@@ -20,6 +20,7 @@
 #include "shell/commands/OpenFilesReveal.h"
 #include "shell/commands/WindowChoice.h"
 #include "shell/commands/WindowCommands.h"
+#include "shell/files/WindowFiles.h"
 #include "shell/groups/GroupMenus.h"
 #include "shell/groups/GroupPanel.h"
 #include "shell/info/InfoFeed.h"
@@ -199,6 +200,16 @@ void PBMainWindowController::buildWindow() {
     });
     _toolbar->setRatingMenu(makeRatingMenu());
     _groupPathControl->setTrailingWidget(makeSortButton());
+    _files = std::make_unique<WindowFiles>(WindowFiles::Parts{
+        .services = _services,
+        .window = *_window,
+        .browserPane = *_browserPane,
+        .sourceSidebar = *_sourceSidebar,
+        .groupMenus = *_groupMenus,
+        .menu = _commands->menu(),
+        .chosen = *_choice,
+        .toolbarController = *_toolbarController,
+        .toolbar = *_toolbar});
     connectFolderCommands();
     FirstRun::offerPictures(*_imageBrowserTipView, *_sourceSidebar);
     connectRemedies();
@@ -412,6 +423,14 @@ void PBMainWindowController::clearBrowser() {
 void PBMainWindowController::reverseGeoFinished() {
     const PBGroupTypeArray chain = _services.browsing.groupTypeArray();
     if (std::ranges::find(*chain, group::Place) != chain->end()) _services.delegate.regroupPlaces();
+}
+
+bool PBMainWindowController::isWorkingOnFiles() const {
+    return _files && !_files->isIdle();
+}
+
+void PBMainWindowController::stopFileCommands() {
+    _files.reset();
 }
 
 void PBMainWindowController::showWindow() {

@@ -37,6 +37,7 @@ class StatusBarView;
 class ToolbarController;
 class WindowChoice;
 class WindowCommands;
+class WindowFiles;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
 class PBMainWindowController {
@@ -56,6 +57,10 @@ public:
     [[nodiscard]] MainToolbar& mainToolbar() { return *_toolbar; }
     [[nodiscard]] InfoFeed& infoFeed() { return *_infoFeed; }
     [[nodiscard]] FilterCommands& filterCommands() { return *_filterCommands; }
+    [[nodiscard]] WindowFiles& files() { return *_files; }
+    [[nodiscard]] bool isWorkingOnFiles() const;
+    /// Stops commands on files, and waits for them.
+    void stopFileCommands();
     /// What commands act on; the large view says here what is in focus.
     [[nodiscard]] WindowChoice& choice() { return *_choice; }
     [[nodiscard]] MarkCommands& markCommands() { return *_marks; }
@@ -132,4 +137,5 @@ private:
     std::unique_ptr<SlideshowCommand> _slideshowCommand; // its window is a child, too
     std::unique_ptr<WindowCommands> _commands; // goes before all of them
     std::unique_ptr<ImageToolbarController> _imageToolbarController;
+    std::unique_ptr<WindowFiles> _files;
 };

@@ -18,6 +18,7 @@
 #include "platform/tasks/Mutex.h"
 #include "platform/tasks/OperationQueue.h"
 #include "shell/services/BrowsingSettings.h"
+#include "shell/services/FileServices.h"
 #include "shell/services/ShellServices.h"
 
 /// Notes what it is told, and answers what the test says.
@@ -50,6 +51,10 @@ struct NotedEdits final : fileactions::EditRunner {
     void run(fileactions::PhotographEdit edit, Done done) override {
         edits.push_back({std::move(edit), std::move(done)});
     }
+    void didOther(const QString& text, fileactions::OtherWay back) override {
+        undoName = text;
+        other = std::move(back);
+    }
     void undo() override { ++undone; }
     void redo() override { ++redone; }
     bool canUndo() const override { return !undoName.isEmpty(); }
@@ -67,6 +72,7 @@ struct NotedEdits final : fileactions::EditRunner {
     int undone = 0;
     int redone = 0;
     QString undoName;
+    fileactions::OtherWay other;
     QString redoName;
     qint64 pending = 0;
 };
@@ -103,6 +109,7 @@ struct ShellFixture : LibraryTest {
             .imageImporterManager = importers,
             .loadImageManager = loadImageManager,
             .imageBufferManager = imageBufferManager,
+            .files = files,
             .edits = edits};
     }
     /// The root's disk is pulled out or plugged in; nobody is told.
@@ -153,6 +160,15 @@ struct ShellFixture : LibraryTest {
     PBImageImporterManager importers;
     PBLoadImageManager loadImageManager;
     PBImageBufferManager imageBufferManager{{.loadImageManager = loadImageManager}};
+    std::vector<PBGroupItemChain> removedChains;
+    FileServices files{
+        .connect = [] { return nullptr; },
+        .mountedRoots = [] { return marks::RootPaths(); },
+        .rowsWillChange = [] {},
+        .ledgerDidChange = [] {},
+        .removeFromWorkTree =
+            [this](std::vector<PBGroupItemChain> chains) { removedChains = std::move(chains); },
+        .journalPath = {}};
     NotedEdits edits;
     platform::OperationQueue scanQueue{u"scan"_s};
     platform::OperationQueue preloadQueue{u"preload"_s};

@@ -131,10 +131,11 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
     browser().GotoIndex({0, 1});
     EXPECT_EQ(
         enabledBesides(always),
-        u"automaticRotate deselectAll flagClicked go_FirstGroupItem go_LastGroupItem "
-        "rating0 rating1 rating2 rating3 rating4 rating5 renameFile resetRotate revealInFinder "
-        "rotateLeft rotateRight"_s);
-    for (const QAction* unserved : {toolbar().shareAction(), toolbar().deleteAction()})
+        u"automaticRotate copy copyTo cut deleteClicked deleteForGood deselectAll duplicate "
+        "flagClicked go_FirstGroupItem go_LastGroupItem moveTo rating0 rating1 rating2 rating3 "
+        "rating4 rating5 renameFile resetRotate revealInFinder rotateLeft rotateRight"_s);
+    EXPECT_TRUE(toolbar().deleteAction()->isEnabled());
+    for (const QAction* unserved : {toolbar().shareAction()})
         EXPECT_FALSE(unserved->isEnabled());
     make(u"photos/sub");
     controller->sourceSidebar().view()->setFocus();

@@ -438,6 +438,47 @@ MarksLedger::rowsWithoutContent(FMDatabase& marks, qint64 afterId, int most) {
     return found;
 }
 
+namespace {
+
+/// The absolute path of a row that the catalogue does not have.
+const QString lostPath =
+    QStringLiteral("cast(case when ifnull(RootPath,x'') = x'' then RelativePath "
+                   "else RootPath||'/'||RelativePath end as blob)");
+
+} // namespace
+
+bool MarksLedger::setIdentity(qint64 fileId, const platform::FileIdentity& identity) {
+    return _db.executeUpdate(
+        QStringLiteral("update Marks set Inode = ?,CreationTime = ? where FileId = ?"),
+        static_cast<qint64>(identity.inode), identity.creationTime, fileId);
+}
+
+bool MarksLedger::leaveCatalogue(
+    qint64 fileId, const QByteArray& path, const platform::FileIdentity& identity) {
+    return _db.executeUpdate(
+        QStringLiteral("update Marks set FileId = null,RootPath = x'',RelativePath = ?,"
+                       "Inode = ?,CreationTime = ? where FileId = ?"),
+        path, static_cast<qint64>(identity.inode), identity.creationTime, fileId);
+}
+
+bool MarksLedger::moveLost(
+    const QByteArray& path, const QByteArray& toPath, const platform::FileIdentity& identity) {
+    return _db.executeUpdate(
+        QStringLiteral("update Marks set RootPath = x'',RelativePath = ?,Inode = ?,"
+                       "CreationTime = ? where FileId is null and %1 = ?")
+            .arg(lostPath),
+        toPath, static_cast<qint64>(identity.inode), identity.creationTime, path);
+}
+
+bool MarksLedger::removePhotograph(qint64 fileId) {
+    return _db.executeUpdate(QStringLiteral("delete from Marks where FileId = ?"), fileId);
+}
+
+bool MarksLedger::removeLost(const QByteArray& path) {
+    return _db.executeUpdate(
+        QStringLiteral("delete from Marks where FileId is null and %1 = ?").arg(lostPath), path);
+}
+
 bool MarksLedger::countEdit() {
     FMResultSet row = _db.executeQuery(QStringLiteral("select EditCount from Ledger"));
     if (!row.next()) return false;

@@ -92,6 +92,21 @@ public:
     [[nodiscard]] static std::optional<std::vector<LedgerRow>>
     rowsWithoutContent(FMDatabase& marks, qint64 afterId, int most);
 
+    // Of files that the program itself moves
+
+    /// Of the row with this photograph: where its file lies on its disk now.
+    bool setIdentity(qint64 fileId, const platform::FileIdentity& identity);
+    /// The photograph leaves all folder roots for another path; the row waits for it there.
+    bool
+    leaveCatalogue(qint64 fileId, const QByteArray& path, const platform::FileIdentity& identity);
+    /// A photograph that the catalogue does not have goes to another path.
+    bool moveLost(
+        const QByteArray& path, const QByteArray& toPath, const platform::FileIdentity& identity);
+    /// The photograph was written over, by choice: its marks go with it.
+    bool removePhotograph(qint64 fileId);
+    /// The same of one that the catalogue does not have.
+    bool removeLost(const QByteArray& path);
+
     // Of both files
 
     /// Counts a change, in both files and within its transaction: two files that don't have the

@@ -28,7 +28,23 @@ EditHistory::Step* EditHistory::step(int index) const {
 
 void EditHistory::push(const QString& text, EditResult::Kind kind, StoredWay back) {
     // The stack owns it.
-    _stack.push(std::make_unique<Command>(text, Step{kind, std::move(back)}).release());
+    _stack.push(
+        std::make_unique<Command>(text, Step{.kind = kind, .way = std::move(back)}).release());
+}
+
+void EditHistory::push(const QString& text, OtherWay back) {
+    Step step{.kind = {}, .way = {}, .other = std::move(back)};
+    _stack.push(std::make_unique<Command>(text, std::move(step)).release());
+}
+
+void EditHistory::undone(OtherWay way) {
+    step(_stack.index() - 1)->other = std::move(way);
+    _stack.undo();
+}
+
+void EditHistory::redone(OtherWay way) {
+    step(_stack.index())->other = std::move(way);
+    _stack.redo();
 }
 
 void EditHistory::undone(StoredWay way) {

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "fileactions/marks/EditRunner.h"
 #include "fileactions/marks/PhotographEditStoring.h"
 
 #include <QUndoStack>
+
+#include <optional>
 
 namespace fileactions {
 
@@ -18,9 +21,14 @@ public:
     /// An edit was stored; what could be repeated is forgotten.
     void push(const QString& text, EditResult::Kind kind, StoredWay back);
 
+    /// The same of what was done elsewhere.
+    void push(const QString& text, OtherWay back);
+
     struct Step {
         EditResult::Kind kind{};
         StoredWay way;
+        /// Is what counts of a step that is done elsewhere.
+        std::optional<OtherWay> other = std::nullopt;
     };
     /// nullptr: there is none. Valid until the history changes.
     [[nodiscard]] const Step* undoStep() const { return step(_stack.index() - 1); }
@@ -28,6 +36,8 @@ public:
     /// The step was stored; `way` leads where it came from.
     void undone(StoredWay way);
     void redone(StoredWay way);
+    void undone(OtherWay way);
+    void redone(OtherWay way);
 
     [[nodiscard]] QString undoText() const { return _stack.undoText(); }
     [[nodiscard]] QString redoText() const { return _stack.redoText(); }

@@ -78,6 +78,15 @@ void EditQueue::finish() {
     platform::assertMainThread();
     _isFinishing = true;
     drain();
+    if (_isOtherRunning) {
+        // Its end is not waited for; the edits behind it are.
+        _isRunning = _isOtherRunning = false;
+        _jobs.pop_front();
+        std::erase_if(
+            _jobs, [](const Job& job) { return job.kind == Job::Undo || job.kind == Job::Redo; });
+        beginNext();
+        drain();
+    }
     *_alive = false;
     _both.reset();
 }
@@ -112,12 +121,15 @@ std::optional<EditQueue::Work> EditQueue::workOf(const Job& job) const {
         return job.fileIds;
     case Job::Import:
         return job.marks;
+    case Job::Other:
+        break; // never comes so far
     }
     return std::nullopt;
 }
 
 void EditQueue::beginNext() {
     while (!_isRunning && !_jobs.empty()) {
+        if (beginOther()) continue;
         auto work = workOf(_jobs.front());
         if (!work) {
             _jobs.pop_front();
@@ -140,6 +152,39 @@ void EditQueue::beginNext() {
     }
 }
 
+void EditQueue::didOther(const QString& text, OtherWay back) {
+    add({.kind = Job::Other, .text = text, .way = std::move(back)});
+}
+
+bool EditQueue::beginOther() {
+    Job& job = _jobs.front();
+    if (job.kind == Job::Other) {
+        _history.push(job.text, std::move(job.way));
+        _jobs.pop_front();
+        Q_EMIT historyDidChange();
+        return true;
+    }
+    const bool isUndo = job.kind == Job::Undo;
+    if (!isUndo && job.kind != Job::Redo) return false;
+    const EditHistory::Step* step = isUndo ? _history.undoStep() : _history.redoStep();
+    if (!step || !step->other) return false;
+    _isRunning = _isOtherRunning = true;
+    const OtherWay way = *step->other;
+    way.perform([this, isUndo, alive = std::weak_ptr(_alive)](OtherWay back) {
+        if (alive.expired()) return;
+        _isRunning = _isOtherRunning = false;
+        _jobs.pop_front();
+        if (isUndo) {
+            _history.undone(std::move(back));
+        } else {
+            _history.redone(std::move(back));
+        }
+        Q_EMIT historyDidChange();
+        beginNext();
+    });
+    return true;
+}
+
 void EditQueue::takeFinished() {
     std::optional<Outcome> outcome;
     {
@@ -156,7 +201,7 @@ void EditQueue::takeFinished() {
 }
 
 void EditQueue::drain() {
-    while (_isRunning) {
+    while (_isRunning && !_isOtherRunning) {
         _queue.waitUntilAllOperationsAreFinished();
         takeFinished();
     }

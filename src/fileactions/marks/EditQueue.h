@@ -41,6 +41,7 @@ public:
     ~EditQueue() override;
 
     void run(PhotographEdit edit, Done done = {}) override;
+    void didOther(const QString& text, OtherWay back) override;
     void undo() override { add({.kind = Job::Undo}); }
     void redo() override { add({.kind = Job::Redo}); }
     [[nodiscard]] bool canUndo() const override { return _history.undoStep() != nullptr; }
@@ -60,12 +61,14 @@ public:
 
 private:
     struct Job {
-        enum Kind { Edit, Undo, Redo, Read, Import };
+        enum Kind { Edit, Undo, Redo, Read, Import, Other };
         Kind kind = Edit;
         PhotographEdit edit = {};
         MarksEdit marks = {};
         std::vector<qint64> fileIds = {};
         Done done = {};
+        QString text = {}; ///< of something else
+        OtherWay way = {};
     };
     using Work = std::variant<PhotographEdit, MarksEdit, std::vector<qint64>>;
     using Outcome = std::variant<StoredEdit, QString>;
@@ -73,6 +76,8 @@ private:
     void add(Job job);
     void beginNext();
     [[nodiscard]] std::optional<Work> workOf(const Job& job) const;
+    /// Takes the first job if it is of something that is done elsewhere; answers whether.
+    [[nodiscard]] bool beginOther();
     void takeFinished();
     void drain();
     void complete(const Job& job, Outcome outcome);
@@ -89,6 +94,7 @@ private:
     EditHistory _history;
     std::deque<Job> _jobs; ///< the first one runs, if one does
     bool _isRunning = false;
+    bool _isOtherRunning = false; ///< what runs is done elsewhere: nobody can wait for it
     bool _isFinishing = false;
     QString _importFailure;
     platform::Mutex _mutex;

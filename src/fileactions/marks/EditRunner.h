@@ -8,6 +8,13 @@
 
 namespace fileactions {
 
+/// Something that is done elsewhere, as with files, and has its place in the history of edits: what
+/// takes it back, or does it once more. `done` is called later, once, with what leads back from
+/// there. Main thread.
+struct OtherWay {
+    std::function<void(std::function<void(OtherWay back)> done)> perform;
+};
+
 /// Performs the edits of the user, one after the other in the order in which they came, and keeps
 /// what takes them back. Nothing waits: an edit is stored on a thread of its own, then the items
 /// that are shown change, and then it is told. Main thread.
@@ -21,7 +28,10 @@ public:
     /// after the signals. Never within this call, and not at all if the program ends before.
     virtual void run(PhotographEdit edit, Done done = {}) = 0;
 
-    /// These take their turn behind the edits that are on their way.
+    // These take their turn behind the edits that are on their way.
+
+    /// Something else was done, which this takes back; `text` as in `undoText`.
+    virtual void didOther(const QString& text, OtherWay back) = 0;
     virtual void undo() = 0;
     virtual void redo() = 0;
     [[nodiscard]] virtual bool canUndo() const = 0;

@@ -7,6 +7,7 @@
 #include "fileactions/marks/EditRunner.h"
 #include "group/PBImageFileItem.h"
 #include "library/PBPathHistory.h"
+#include "platform/desktop/Pasteboard.h"
 #include "platform/program/UserDefaults.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/large/LargeViewCommands.h"
@@ -18,10 +19,10 @@
 #include "shell/sidebar/SourceTreeController.h"
 
 #include <QClipboard>
+#include <QFile>
 #include <QGuiApplication>
 #include <QMainWindow>
 #include <QMimeData>
-#include <QUrl>
 
 #include <algorithm>
 
@@ -29,10 +30,12 @@ namespace {
 
 bool pasteboardHasImages(const QStringList& types) {
     const QMimeData* data = QGuiApplication::clipboard()->mimeData();
-    if (!data || !data->hasUrls()) return false;
-    return std::ranges::any_of(data->urls(), [&types](const QUrl& url) {
-        if (!url.isLocalFile()) return false;
-        const QString extension = PBUtilities::pathExtension(url.path()).toString();
+    if (!data) return false;
+    // A picture that is no file becomes one.
+    if (!data->hasUrls() && data->hasImage()) return true;
+    const auto paths = platform::filesOfMimeData(*data).paths;
+    return std::ranges::any_of(paths, [&types](const QByteArray& path) {
+        const QString extension = PBUtilities::pathExtension(QFile::decodeName(path)).toString();
         return PBUtilities::conformsToUTIArray(PBUtilities::extentionToUTI(extension), types);
     });
 }

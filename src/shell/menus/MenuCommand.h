@@ -16,10 +16,12 @@ enum class MenuCommand : std::uint8_t {
     shareClicked,
     setDesktop,
     deleteClicked,
+    deleteForGood,
     quit,
     // Editing
     undo,
     redo,
+    cut,
     copy,
     paste,
     selectAll,

@@ -72,6 +72,9 @@ constexpr MenuRow barRows[] = {
     entry(
         Command::deleteClicked, u"deleteClicked", u"Menu_Trash", u"Del", u"delete",
         {hasPhotographs}),
+    entry(
+        Command::deleteForGood, u"deleteForGood", u"Menu_DeleteForGood", u"Shift+Del", {},
+        {hasPhotographs}),
     separator,
     entry(Command::quit, u"quit", u"Menu_Quit", u"Ctrl+Q", {}, {always}),
     menu(MenuTag::Edit, u"Menu_Edit"),
@@ -82,6 +85,7 @@ constexpr MenuRow barRows[] = {
         Command::redo, u"redo", u"Menu_Redo", u"Ctrl+Shift+Z; Ctrl+Y", {},
         {.isEnabled = flag<&MenuState::canRedo>, .title = redoTitle}),
     separator,
+    entry(Command::cut, u"cut", u"Menu_Cut", u"Ctrl+X", {}, {hasPhotographs}),
     entry(Command::copy, u"copy", u"Menu_Copy", u"Ctrl+C", {}, {hasPhotographs}),
     entry(Command::paste, u"paste", u"Menu_Paste", u"Ctrl+V", {}, {canPaste}),
     separator,
@@ -294,6 +298,7 @@ constexpr MenuRow photographRows[] = {
     sameEntry(Command::view_BrowserView),
     sameEntry(Command::view_SlideshowView),
     separator,
+    sameEntry(Command::cut),
     sameEntry(Command::copy),
     sameEntry(Command::deleteClicked),
     separator,

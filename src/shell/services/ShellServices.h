@@ -13,6 +13,7 @@ class PBImageBufferManager;
 class PBImageImporterManager;
 class PBLoadImageManager;
 class PBPathHistory;
+struct FileServices;
 
 namespace fileactions {
 class EditRunner;
@@ -54,6 +55,7 @@ struct ShellServices {
     /// The line of large pictures, and which items may hold them.
     PBLoadImageManager& loadImageManager;
     PBImageBufferManager& imageBufferManager;
+    const FileServices& files;
     /// What the user does to photographs.
     fileactions::EditRunner& edits;
 };

@@ -135,6 +135,14 @@ void SourceTreeController::removeFolderAlias(const PBFolderAliasItem& item) {
     _dataSource.removeFolderAlias(item);
 }
 
+std::shared_ptr<PBFolderItem> SourceTreeController::folderAt(const QPoint& position) const {
+    return std::dynamic_pointer_cast<PBFolderItem>(_model.itemForIndex(_view.indexAt(position)));
+}
+
+void SourceTreeController::markDropTarget(const std::shared_ptr<PBFolderItem>& item) {
+    if (_dataSource.contextMenuItem() != item) _dataSource.setContextMenuItem(item);
+}
+
 void SourceTreeController::showMenu(const QModelIndex& index, const QPoint& position) {
     const auto item = std::dynamic_pointer_cast<PBFolderItem>(_model.itemForIndex(index));
     if (!item) return;

@@ -47,6 +47,11 @@ public:
     void insertFolderAlias(const std::shared_ptr<PBFolderAliasItem>& item);
     void removeFolderAlias(const PBFolderAliasItem& item);
 
+    /// The folder whose row is at this place of the viewport; nullptr for none.
+    [[nodiscard]] std::shared_ptr<PBFolderItem> folderAt(const QPoint& position) const;
+    /// Draws a ring around the row; nullptr takes it away.
+    void markDropTarget(const std::shared_ptr<PBFolderItem>& item);
+
 Q_SIGNALS:
     /// Another item is selected than before, or none; never while rows come and go.
     void selectionDidChange();

@@ -88,12 +88,19 @@ ToolbarValidation::Environment ToolbarController::makeValidation() {
         .firstSelected = [&chosen] { return chosen.first(); },
         .allSelected = [&chosen] { return chosen.all(); },
         .isLargeView = [this] { return _parts.delegate.isLargeViewMode(); },
-        // Sharing and deleting come with the file commands.
         .isServed =
-            [](Command command) {
-                return command != Command::shareClicked && command != Command::deleteClicked;
+            [this](Command command) {
+                const bool isOfFiles =
+                    command == Command::shareClicked || command == Command::deleteClicked;
+                return !isOfFiles || _served.contains(command);
             },
     };
+}
+
+void ToolbarController::serve(QAction& item, Command command, std::function<void()> perform) {
+    _served.insert(command);
+    connect(&item, &QAction::triggered, this, std::move(perform));
+    validateVisibleItems();
 }
 
 void ToolbarController::connectHistory() {

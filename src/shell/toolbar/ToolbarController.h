@@ -4,6 +4,9 @@
 
 #include <QObject>
 
+#include <functional>
+#include <set>
+
 class BrowserPane;
 class ChosenPhotographs;
 class FilterCommands;
@@ -13,6 +16,7 @@ class MarkCommands;
 class PaneLayout;
 class PBAppDelegate;
 class PBPathHistory;
+class QAction;
 class QToolButton;
 class SourceSelection;
 
@@ -53,6 +57,8 @@ public:
     /// From `find` until the field is empty and without the keyboard: a hidden toolbar is shown for
     /// that.
     [[nodiscard]] bool isFinding() const { return _isFinding; }
+    /// From now on the item does this, where it is possible.
+    void serve(QAction& item, ToolbarValidation::Command command, std::function<void()> perform);
     /// Enables each item by what is possible now.
     void validateVisibleItems();
 
@@ -79,4 +85,5 @@ private:
     ToolbarValidation _validation;
     QToolButton* _subFolder;
     bool _isFinding = false;
+    std::set<ToolbarValidation::Command> _served;
 };

@@ -1,0 +1,41 @@
+#include "fileactions/FileErrorText.h"
+
+#include "platform/program/LocalizedTexts.h"
+
+#include <cerrno>
+
+namespace fileactions {
+
+namespace {
+
+struct ErrorText {
+    std::error_condition error;
+    QStringView key;
+};
+
+} // namespace
+
+QString fileErrorText(const std::error_code& error) {
+    static const ErrorText texts[] = {
+        {std::errc::no_space_on_device, u"FileErrorDiskFull"},
+        {{EDQUOT, std::generic_category()}, u"FileErrorDiskFull"},
+        {std::errc::permission_denied, u"FileErrorNotAllowed"},
+        {std::errc::operation_not_permitted, u"FileErrorNotAllowed"},
+        {std::errc::read_only_file_system, u"FileErrorReadOnly"},
+        {std::errc::filename_too_long, u"FileErrorNameTooLong"},
+        {std::errc::invalid_argument, u"FileErrorBadName"},
+        {std::errc::illegal_byte_sequence, u"FileErrorBadName"},
+        {std::errc::no_such_file_or_directory, u"FileErrorGone"},
+        {std::errc::not_a_directory, u"FileErrorGone"},
+        {std::errc::is_a_directory, u"FileErrorIsFolder"},
+        {std::errc::file_exists, u"FileErrorExists"},
+        {std::errc::file_too_large, u"FileErrorTooLarge"},
+        {std::errc::io_error, u"FileErrorDisk"},
+    };
+    for (const ErrorText& text : texts)
+        if (error == text.error) return platform::localizedString(text.key);
+    return platform::localizedFormat(
+        u"FileErrorOther", {QString::fromLocal8Bit(error.message().c_str())});
+}
+
+} // namespace fileactions

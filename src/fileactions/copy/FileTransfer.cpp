@@ -1,0 +1,221 @@
+#include "fileactions/copy/FileTransfer.h"
+
+#include "fileactions/copy/DuplicateNames.h"
+#include "platform/files/PathNames.h"
+
+using platform::FileSystem;
+using platform::folderOfPath;
+using platform::nameOfPath;
+using platform::pathInFolder;
+
+namespace fileactions {
+
+namespace {
+
+using Kind = TransferPlan::Kind;
+
+constexpr std::uint32_t ordinaryFolder = 0777; // less what the user's mask takes away
+
+bool isGone(const std::error_code& error) {
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
+} // namespace
+
+FileTransfer::FileTransfer(const Environment& environment)
+    : _environment(environment), _copy(
+                                     {.files = environment.files,
+                                      .temporaries = environment.temporaries,
+                                      .copied =
+                                          [this](std::int64_t bytes) {
+                                              _progress.bytes += bytes;
+                                              _environment.prompts.progress(_progress);
+                                          },
+                                      .namesWillChange =
+                                          [this] {
+                                              if (_changesRows) _environment.rows.begin();
+                                          },
+                                      .willTakeTime = [this] { _environment.rows.settle(); }}) {}
+
+TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token& stop) {
+    _kind = plan.kind;
+    _stop = stop;
+    _result = {};
+    _forAll.reset();
+    _progress = {};
+    _progress.total = plan.fileCount();
+    FileSystem::Entry entry;
+    for (const auto& step : plan.steps) {
+        if (step.folder.isEmpty() && !_environment.files.look(step.file.source, entry))
+            _progress.totalBytes += entry.size;
+    }
+    for (const auto& step : plan.steps) {
+        _result.isCancelled = stop.stop_requested();
+        if (_result.isCancelled) break;
+        const Next next = step.folder.isEmpty() ? transferFile(step.file) : makeFolder(step.folder);
+        if (next == Next::Stop) break;
+    }
+    _environment.rows.settle();
+    return std::move(_result);
+}
+
+QByteArray FileTransfer::realFolder(const QByteArray& folder) const {
+    return _madeFolders.value(folder, folder);
+}
+
+FileTransfer::Next FileTransfer::makeFolder(const QByteArray& folder) {
+    FileSystem& files = _environment.files;
+    const QByteArray above = realFolder(folderOfPath(folder));
+    if (_failedFolders.contains(folderOfPath(folder))) {
+        _failedFolders.insert(folder);
+        return Next::File;
+    }
+    std::error_code error;
+    const QByteArray name = nameOfPath(folder);
+    for (const QByteArray& tried : {name, portableFolderName(name)}) {
+        const QByteArray path = pathInFolder(above, tried);
+        error = files.makeFolder(path, ordinaryFolder);
+        if (error == std::errc::file_exists) {
+            // Also a link to one will do.
+            FileSystem::Entry inside;
+            error = files.look(path + "/.", inside);
+        }
+        if (!error) {
+            _madeFolders.insert(folder, path);
+            return Next::File;
+        }
+        if (error != std::errc::invalid_argument && error != std::errc::illegal_byte_sequence)
+            break;
+    }
+    _failedFolders.insert(folder);
+    _environment.rows.settle();
+    const bool goesOn = _environment.prompts.askSkip(
+        {.path = pathInFolder(above, name), .destination = {}, .error = error});
+    return goesOn ? Next::File : Next::Stop;
+}
+
+bool FileTransfer::isSameFile(const QByteArray& source, const QByteArray& destination) const {
+    if (source == destination) return true;
+    FileSystem::Entry one;
+    FileSystem::Entry other;
+    return !_environment.files.look(source, one) && !_environment.files.look(destination, other) &&
+           one.isSameFile(other);
+}
+
+FileTransfer::Next FileTransfer::transferFile(const File& file) {
+    ++_progress.number;
+    _progress.path = file.source;
+    _progress.fileId = file.fileId;
+    _environment.prompts.progress(_progress);
+    if (_failedFolders.contains(file.folder)) return Next::File;
+
+    const QByteArray folder = realFolder(file.folder);
+    const QByteArray destination = pathInFolder(folder, file.name);
+    std::error_code error;
+    if (!file.content) {
+        FileSystem::Entry entry;
+        if (isGone(_environment.files.look(file.source, entry))) return Next::File;
+        const bool isSame = _kind != Kind::Duplicate && isSameFile(file.source, destination);
+        if (isSame && _kind == Kind::Move) return Next::File;
+        if (isSame || _kind == Kind::Duplicate) {
+            error = duplicate(file, folder);
+        } else {
+            error = perform(file, destination, IfTaken::Refuse);
+        }
+        // It may have gone at this moment.
+        if (isGone(error) && isGone(_environment.files.look(file.source, entry))) return Next::File;
+    } else {
+        error = perform(file, destination, IfTaken::Refuse);
+        if (error == std::errc::file_exists) error = duplicate(file, folder);
+    }
+    if (!error) return Next::File;
+    if (error == std::errc::file_exists) return resolveConflict(file, destination);
+    return fail({.path = file.source, .destination = destination, .error = error});
+}
+
+FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteArray& destination) {
+    using Answer = FilePrompts::Answer;
+    Answer answer = _forAll.value_or(Answer::Stop);
+    if (!_forAll) {
+        _environment.rows.settle();
+        const auto given = _environment.prompts.askConflict(
+            {.path = file.source,
+             .destination = destination,
+             .error = std::make_error_code(std::errc::file_exists)});
+        answer = given.answer;
+        if (given.applyToAll && answer != Answer::Stop) _forAll = answer;
+    }
+    switch (answer) {
+    case Answer::Replace:
+        return replace(file, destination);
+    case Answer::Skip:
+        return Next::File;
+    case Answer::Stop:
+        break;
+    }
+    return Next::Stop;
+}
+
+FileTransfer::Next FileTransfer::replace(const File& file, const QByteArray& destination) {
+    const auto error = perform(file, destination, IfTaken::Replace);
+    if (!error) return Next::File;
+    if (error == std::errc::operation_canceled) return fail({file.source, destination, error});
+    FileSystem::Entry entry;
+    if (isGone(_environment.files.look(file.source, entry))) return Next::File;
+    _environment.rows.settle();
+    const bool goesOn = _environment.prompts.askSkip(
+        {.path = file.source, .destination = destination, .error = error});
+    return goesOn ? Next::File : Next::Stop;
+}
+
+FileTransfer::Next FileTransfer::fail(const FileFailure& failure) {
+    _environment.rows.settle();
+    if (failure.error == std::errc::operation_canceled) {
+        _result.isCancelled = true;
+    } else {
+        _environment.prompts.tellFailure(failure);
+    }
+    return Next::Stop;
+}
+
+std::error_code
+FileTransfer::perform(const File& file, const QByteArray& destination, IfTaken ifTaken) {
+    const bool isReplacement = ifTaken == IfTaken::Replace;
+    const bool isMove = _kind == Kind::Move && !file.content;
+    _changesRows = isReplacement || isMove;
+    std::error_code error;
+    if (file.content) {
+        error = _copy.write(*file.content, destination, ifTaken);
+    } else if (isMove) {
+        error = _copy.move(file.source, destination, ifTaken, _stop);
+    } else {
+        error = _copy.copy(file.source, destination, ifTaken, _stop);
+    }
+    if (error) return error;
+    if (isReplacement) _environment.rows.replaced(destination);
+    if (isMove) _environment.rows.moved(file.source, destination);
+    note(file, destination, isReplacement);
+    return {};
+}
+
+std::error_code FileTransfer::duplicate(const File& file, const QByteArray& folder) {
+    const DuplicateNames names(file.name, _environment.copyWord);
+    _changesRows = false;
+    for (std::int64_t n = 0;; ++n) {
+        const QByteArray path = pathInFolder(folder, names.name(n));
+        const auto error = file.content ? _copy.write(*file.content, path, IfTaken::Refuse)
+                                        : _copy.copy(file.source, path, IfTaken::Refuse, _stop);
+        if (error == std::errc::file_exists && !_stop.stop_requested()) continue;
+        if (!error) note(file, path, false);
+        return error;
+    }
+}
+
+void FileTransfer::note(const File& file, const QByteArray& path, bool isReplacement) {
+    TransferResult::File done{
+        .source = file.source, .path = path, .made = {}, .isReplacement = isReplacement};
+    static_cast<void>(_environment.files.look(path, done.made));
+    _result.files.push_back(std::move(done));
+}
+
+} // namespace fileactions

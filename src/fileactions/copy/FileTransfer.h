@@ -1,0 +1,71 @@
+#pragma once
+
+#include "fileactions/copy/FollowingRows.h"
+#include "fileactions/copy/TransferPlan.h"
+#include "fileactions/copy/TransferPrompts.h"
+#include "fileactions/copy/WholeCopy.h"
+
+#include <QHash>
+#include <QSet>
+#include <QString>
+
+namespace fileactions {
+
+/// What became of a plan.
+struct TransferResult {
+    struct File {
+        QByteArray source;
+        QByteArray path;
+        platform::FileSystem::Entry made; ///< as it stood then
+        bool isReplacement = false;       ///< of another file
+    };
+    std::vector<File> files;  ///< those that were done, in their order
+    bool isCancelled = false; ///< by the user's hand; else to the end, or a failure was told
+};
+
+/// Carries out a plan, asking as it goes. Blocks; on a thread of its own, one for each object.
+class FileTransfer {
+public:
+    struct Environment {
+        platform::FileSystem& files;
+        TemporaryFiles& temporaries;
+        FollowingRows& rows;
+        FilePrompts& prompts;
+        QString copyWord; ///< ends the names of duplicates
+    };
+    explicit FileTransfer(const Environment& environment);
+
+    /// A stop takes effect within a file, which is then not there.
+    [[nodiscard]] TransferResult run(const TransferPlan& plan, const std::stop_token& stop);
+
+private:
+    using IfTaken = WholeCopy::IfTaken;
+    using File = TransferPlan::File;
+    enum class Next { File, Stop };
+
+    [[nodiscard]] Next makeFolder(const QByteArray& folder);
+    [[nodiscard]] QByteArray realFolder(const QByteArray& folder) const;
+    [[nodiscard]] Next transferFile(const File& file);
+    [[nodiscard]] Next resolveConflict(const File& file, const QByteArray& destination);
+    [[nodiscard]] Next replace(const File& file, const QByteArray& destination);
+    [[nodiscard]] Next fail(const FileFailure& failure);
+    [[nodiscard]] std::error_code
+    perform(const File& file, const QByteArray& destination, IfTaken ifTaken);
+    [[nodiscard]] std::error_code duplicate(const File& file, const QByteArray& folder);
+    [[nodiscard]] bool isSameFile(const QByteArray& source, const QByteArray& destination) const;
+    void note(const File& file, const QByteArray& path, bool isReplacement);
+
+    const Environment _environment;
+    WholeCopy _copy;
+    FileProgress _progress;
+    TransferResult _result;
+    TransferPlan::Kind _kind = TransferPlan::Kind::Copy;
+    std::stop_token _stop;
+    bool _changesRows = false; ///< of the file under way
+    /// For the conflicts to come; nothing: ask.
+    std::optional<FilePrompts::Answer> _forAll;
+    QHash<QByteArray, QByteArray> _madeFolders; ///< what stands for folders of the plan
+    QSet<QByteArray> _failedFolders;
+};
+
+} // namespace fileactions

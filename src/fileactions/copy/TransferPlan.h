@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace fileactions {
+
+/// What is to be copied or moved where: a value. Paths are absolute, as the disk spells them.
+struct TransferPlan {
+    enum class Kind {
+        Copy,      ///< onto itself: a duplicate
+        Move,      ///< onto itself: nothing
+        Duplicate, ///< beside the file, under the next free name
+    };
+    struct File {
+        QByteArray source; ///< of one with content: the name to be given
+        QByteArray folder; ///< where it goes; one of `folder` steps, or one that is there
+        QByteArray name;   ///< the name there
+        /// A file that has not been one yet, such as a picture off the pasteboard: where the name
+        /// is taken it gets the next free one.
+        std::optional<QByteArray> content = std::nullopt;
+        std::int64_t fileId = 0; ///< of the photograph on show; 0: not known
+    };
+    /// One step, in the order in which they are done: a folder that is to stand, or a file.
+    struct Step {
+        QByteArray folder; ///< empty: `file` counts
+        File file;
+    };
+
+    Kind kind = Kind::Copy;
+    std::vector<Step> steps;
+
+    [[nodiscard]] bool isEmpty() const { return steps.empty(); }
+    [[nodiscard]] std::int64_t fileCount() const;
+    void addFolder(const QByteArray& folder) { steps.push_back({.folder = folder, .file = {}}); }
+    void addFile(File file) { steps.push_back({.folder = {}, .file = std::move(file)}); }
+    /// Under its own name.
+    void addFile(const QByteArray& source, const QByteArray& folder, std::int64_t fileId = 0);
+};
+
+/// A plan for each file into the folder; `Duplicate` takes no folder.
+[[nodiscard]] TransferPlan planTransfer(
+    TransferPlan::Kind kind, const std::vector<QByteArray>& sources, const QByteArray& folder);
+
+} // namespace fileactions

@@ -1,0 +1,159 @@
+#include "fileactions/copy/WholeCopy.h"
+
+#include "platform/files/PathNames.h"
+
+#include <utility>
+
+using platform::FileSystem;
+using platform::folderOfPath;
+
+namespace fileactions {
+
+namespace {
+
+std::error_code canceled() {
+    return std::make_error_code(std::errc::operation_canceled);
+}
+
+} // namespace
+
+std::error_code WholeCopy::checkPlace(const QByteArray& destination, IfTaken ifTaken) {
+    Entry entry;
+    if (_environment.files.look(destination, entry)) return {};
+    if (ifTaken == IfTaken::Refuse) return std::make_error_code(std::errc::file_exists);
+    const bool isFolder = entry.kind == FileSystem::Kind::Folder;
+    return isFolder ? std::make_error_code(std::errc::is_a_directory) : std::error_code();
+}
+
+std::error_code
+WholeCopy::fill(int from, const Entry& source, int to, const std::stop_token& stop) {
+    std::int64_t size = 0;
+    while (true) {
+        if (stop.stop_requested()) return canceled();
+        std::int64_t copied = 0;
+        if (const auto error = _environment.files.copySome(from, to, copied)) return error;
+        if (copied == 0) break;
+        size += copied;
+        _told += copied;
+        _environment.copied(copied);
+    }
+    // A disk that left half-way may end a file early.
+    if (size < source.size) return std::make_error_code(std::errc::io_error);
+    return _environment.files.copyAttributes(from, to);
+}
+
+std::error_code
+WholeCopy::giveName(const QByteArray& path, const QByteArray& destination, IfTaken ifTaken) {
+    _environment.namesWillChange();
+    return ifTaken == IfTaken::Replace ? _environment.files.renameOver(path, destination)
+                                       : _environment.files.renameToFree(path, destination);
+}
+
+std::error_code WholeCopy::finish(
+    int file, std::error_code error, const QByteArray& path, const QByteArray& destination,
+    IfTaken ifTaken, Sync sync) {
+    FileSystem& files = _environment.files;
+    const bool isSynced = sync == Sync::Yes || ifTaken == IfTaken::Replace;
+    if (!error && isSynced) error = files.sync(file);
+    if (const auto late = files.close(file); !error) error = late;
+    if (!error) error = giveName(path, destination, ifTaken);
+    if (error) static_cast<void>(files.remove(path));
+    _environment.temporaries.wasTaken();
+    if (error || !isSynced) return error;
+    error = files.syncFolder(folderOfPath(destination));
+    // What was in its place is gone already.
+    if (error && ifTaken == IfTaken::Refuse) static_cast<void>(files.remove(destination));
+    return error;
+}
+
+std::error_code WholeCopy::copyWhole(
+    const QByteArray& source, const QByteArray& destination, IfTaken ifTaken, Sync sync,
+    const std::stop_token& stop) {
+    FileSystem& files = _environment.files;
+    if (const auto error = checkPlace(destination, ifTaken)) return error;
+    _environment.willTakeTime();
+    int from = -1;
+    Entry entry;
+    if (const auto error = files.openSource(source, from, entry)) return error;
+    _told = 0;
+    int to = -1;
+    QByteArray path;
+    std::error_code error = _environment.temporaries.create(folderOfPath(destination), path, to);
+    if (!error) {
+        error = fill(from, entry, to, stop);
+        error = finish(to, error, path, destination, ifTaken, sync);
+    }
+    static_cast<void>(files.close(from));
+    if (error) _environment.copied(-std::exchange(_told, 0));
+    return error;
+}
+
+std::error_code WholeCopy::copy(
+    const QByteArray& source, const QByteArray& destination, IfTaken ifTaken,
+    const std::stop_token& stop) {
+    return copyWhole(source, destination, ifTaken, Sync::No, stop);
+}
+
+std::error_code
+WholeCopy::write(const QByteArray& content, const QByteArray& destination, IfTaken ifTaken) {
+    if (const auto error = checkPlace(destination, ifTaken)) return error;
+    int to = -1;
+    QByteArray path;
+    if (const auto error = _environment.temporaries.create(folderOfPath(destination), path, to))
+        return error;
+    return finish(to, _environment.files.write(to, content), path, destination, ifTaken, Sync::Yes);
+}
+
+std::error_code
+WholeCopy::removeSource(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken) {
+    const auto error = _environment.files.remove(source);
+    // As it was, but where the other end has lost its former file already.
+    if (error && ifTaken == IfTaken::Refuse)
+        static_cast<void>(_environment.files.remove(destination));
+    return error;
+}
+
+std::error_code
+WholeCopy::moveLink(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken) {
+    FileSystem& files = _environment.files;
+    QByteArray target;
+    if (const auto error = files.readLink(source, target)) return error;
+    if (!target.startsWith('/')) target = platform::pathInFolder(folderOfPath(source), target);
+    const QByteArray path = _environment.temporaries.reserve(folderOfPath(destination));
+    std::error_code error = files.makeLink(target, path);
+    if (!error) {
+        error = giveName(path, destination, ifTaken);
+        if (error) static_cast<void>(files.remove(path));
+    }
+    _environment.temporaries.wasTaken();
+    return error ? error : removeSource(source, destination, ifTaken);
+}
+
+std::error_code WholeCopy::move(
+    const QByteArray& source, const QByteArray& destination, IfTaken ifTaken,
+    const std::stop_token& stop) {
+    FileSystem& files = _environment.files;
+    if (stop.stop_requested()) return canceled();
+    if (const auto error = checkPlace(destination, ifTaken)) return error;
+    Entry entry;
+    if (const auto error = files.look(source, entry)) return error;
+    if (entry.kind == FileSystem::Kind::Link) return moveLink(source, destination, ifTaken);
+    if (entry.kind != FileSystem::Kind::File)
+        return std::make_error_code(std::errc::is_a_directory);
+    Entry folder;
+    const bool isOtherDisk = !files.look(folderOfPath(destination), folder) &&
+                             folder.kind == FileSystem::Kind::Folder &&
+                             folder.device != entry.device;
+    if (!isOtherDisk) {
+        const auto renamed = giveName(source, destination, ifTaken);
+        if (!renamed) _environment.copied(entry.size);
+        // One disk may be mounted at two places.
+        if (renamed != std::errc::cross_device_link) return renamed;
+    }
+    if (const auto error = copyWhole(source, destination, ifTaken, Sync::Yes, stop)) return error;
+    const auto error = removeSource(source, destination, ifTaken);
+    if (error) _environment.copied(-std::exchange(_told, 0));
+    return error;
+}
+
+} // namespace fileactions

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "fileactions/copy/TemporaryFiles.h"
+
+#include <functional>
+#include <stop_token>
+
+namespace fileactions {
+
+/// Copies, moves and writes single files so that at any moment, whatever fails, each end has the
+/// whole file, the one that was there before, or none. Blocks as long as the disks do. One thread
+/// at a time.
+class WholeCopy {
+public:
+    /// What becomes of a file that has the name already. It stays until the new one is whole.
+    enum class IfTaken { Refuse, Replace };
+    struct Environment {
+        platform::FileSystem& files;
+        TemporaryFiles& temporaries;
+        /// Told of bytes as they are copied; less than 0 takes back what was told of a file.
+        std::function<void(std::int64_t bytes)> copied;
+        /// Called when all that takes time is done and names are about to change.
+        std::function<void()> namesWillChange;
+        /// Called before what takes time.
+        std::function<void()> willTakeTime;
+    };
+    explicit WholeCopy(Environment environment) : _environment(std::move(environment)) {}
+
+    /// Data, dates, permissions and extended attributes; of a link, those of its file. Refused with
+    /// `file_exists`; stopped with `operation_canceled`; never over a folder (`is_a_directory`).
+    [[nodiscard]] std::error_code copy(
+        const QByteArray& source, const QByteArray& destination, IfTaken ifTaken,
+        const std::stop_token& stop);
+    /// Renames, or copies, syncs and then deletes the source. A link is moved as such, and leads
+    /// to its file from its new place.
+    [[nodiscard]] std::error_code move(
+        const QByteArray& source, const QByteArray& destination, IfTaken ifTaken,
+        const std::stop_token& stop);
+    /// A file with this content.
+    [[nodiscard]] std::error_code
+    write(const QByteArray& content, const QByteArray& destination, IfTaken ifTaken);
+
+private:
+    using Entry = platform::FileSystem::Entry;
+    enum class Sync { No, Yes };
+
+    [[nodiscard]] std::error_code checkPlace(const QByteArray& destination, IfTaken ifTaken);
+    [[nodiscard]] std::error_code
+    fill(int from, const Entry& source, int to, const std::stop_token& stop);
+    [[nodiscard]] std::error_code copyWhole(
+        const QByteArray& source, const QByteArray& destination, IfTaken ifTaken, Sync sync,
+        const std::stop_token& stop);
+    [[nodiscard]] std::error_code
+    giveName(const QByteArray& path, const QByteArray& destination, IfTaken ifTaken);
+    [[nodiscard]] std::error_code
+    moveLink(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken);
+    [[nodiscard]] std::error_code
+    removeSource(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken);
+    [[nodiscard]] std::error_code finish(
+        int file, std::error_code error, const QByteArray& path, const QByteArray& destination,
+        IfTaken ifTaken, Sync sync);
+
+    const Environment _environment;
+    std::int64_t _told = 0; ///< bytes of the file under way
+};
+
+} // namespace fileactions

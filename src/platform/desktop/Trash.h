@@ -1,0 +1,69 @@
+#pragma once
+
+#include "platform/files/FileSystem.h"
+
+#include <QByteArray>
+#include <QHashFunctions>
+
+#include <functional>
+#include <unordered_map>
+#include <vector>
+
+namespace platform {
+
+/// One file in the trash, with what it takes to bring it back.
+struct TrashedFile {
+    QByteArray originalPath;
+    QByteArray trashedPath;
+    QByteArray infoPath;
+    bool operator==(const TrashedFile&) const = default;
+};
+
+/// The trash of the desktop, by the Trash specification 1.0 of freedesktop.org: one in the data
+/// folder of the user for his own disk, one at the top of each other mounted disk. One thread at a
+/// time; waits for disks.
+class Trash {
+public:
+    struct Places {
+        /// In the folder of XDG_DATA_HOME.
+        QByteArray homeTrash;
+        std::uint32_t userId = 0;
+        /// The folder at which the disk that shows this folder is mounted; empty: unknown.
+        std::function<QByteArray(const QByteArray& folder)> topFolder;
+        /// In the form of the specification, local time.
+        std::function<QByteArray()> deletionDate;
+
+        [[nodiscard]] static Places ofUser();
+    };
+    /// The file system outlives this object.
+    explicit Trash(FileSystem& files, Places places = Places::ofUser())
+        : _files(files), _places(std::move(places)) {}
+
+    /// Moves the file there. `not_supported`: no trash takes files of this disk. What fails leaves
+    /// the file where it was.
+    [[nodiscard]] std::error_code trash(const QByteArray& path, TrashedFile& trashed);
+    /// Moves it back; what has come to its place meanwhile stays, with `file_exists`. A folder that
+    /// is gone is made again.
+    [[nodiscard]] std::error_code restore(const TrashedFile& trashed);
+
+private:
+    /// A trash folder that stands and can be used.
+    struct Folder {
+        QByteArray path;
+        QByteArray top; ///< paths are kept relative to it; empty: absolute
+    };
+    [[nodiscard]] std::vector<Folder> foldersFor(const QByteArray& path);
+    [[nodiscard]] bool makeOwnFolder(const QByteArray& path, bool mayBeLink);
+    [[nodiscard]] bool isUsable(const QByteArray& path);
+    [[nodiscard]] std::error_code
+    moveInto(const Folder& folder, const QByteArray& path, TrashedFile& trashed);
+    [[nodiscard]] std::error_code
+    writeInfo(const Folder& folder, const QByteArray& path, const QByteArray& infoPath);
+
+    FileSystem& _files;
+    const Places _places;
+    std::unordered_map<QByteArray, std::vector<Folder>> _known; ///< by the folder of the file
+    std::unordered_map<QByteArray, int> _lastNumbers;           ///< by the path without a number
+};
+
+} // namespace platform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "catalogue/marks/MarksLedger.h"
+#include "group/PBGroupItem.h"
+
+#include <QByteArray>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class FMDatabase;
+
+/// What commands on files need of the program, so that catalogue and display follow.
+struct FileServices {
+    /// A connection to catalogue and ledger for the calling thread; nullptr where there is none.
+    std::function<std::unique_ptr<FMDatabase>()> connect;
+    /// Any thread.
+    std::function<marks::RootPaths()> mountedRoots;
+    /// Rows are about to change behind the scans. Any thread.
+    std::function<void()> rowsWillChange;
+    /// Marked photographs have moved: main thread.
+    std::function<void()> ledgerDidChange;
+    /// Takes photographs out of the work tree, whose files are gone. Main thread.
+    std::function<void(std::vector<PBGroupItemChain> chains)> removeFromWorkTree;
+    /// Where files on their way are written down.
+    QByteArray journalPath;
+};

@@ -1,0 +1,268 @@
+#include "fileactions/FileEdit.h"
+#include "fileactions/ScriptedFiles.h"
+#include "fileactions/copy/DuplicateNames.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+using fileactions::TransferPlan;
+using fileactions::TransferResult;
+using Kind = TransferPlan::Kind;
+using Answer = fileactions::FilePrompts::Answer;
+
+namespace {
+
+struct FileTransferTest : support::TransferFixture {};
+
+TEST_F(FileTransferTest, namesOfDuplicatesCountOnFromTheirBeginning) {
+    const std::tuple<QByteArray, int, QByteArray> table[] = {
+        {"IMG.jpg", 0, "IMG copy.jpg"},
+        {"IMG.jpg", 2, "IMG copy 2.jpg"},
+        {"IMG copy 3.jpg", 0, "IMG copy.jpg"},
+        {"IMG COPY.jpg", 1, "IMG copy 1.jpg"},
+        {"IMG copy 12.jpg", 0, "IMG copy 12 copy.jpg"},
+        {"copy.jpg", 0, "copy copy.jpg"},
+        {"a copy of b", 0, "a copy of b copy"},
+        {".hidden", 0, ".hidden copy"},
+        {"\xff copy.jpg", 0, "\xff copy copy.jpg"},
+        {QByteArray(250, 'x') + ".jpg", 10, QByteArray(243, 'x') + " copy 10.jpg"},
+    };
+    for (const auto& [name, n, expected] : table)
+        EXPECT_EQ(fileactions::DuplicateNames(name, u"copy"_s).name(n), expected);
+    EXPECT_EQ(
+        fileactions::DuplicateNames(QByteArrayLiteral("ü").repeated(125), u"c"_s).name(0).size(),
+        252); // no character is torn
+}
+
+TEST_F(FileTransferTest, conflictsAreAskedInTurnAndAnswersForAllLastForTheCommand) {
+    struct Row {
+        Kind kind;
+        std::vector<fileactions::FilePrompts::ConflictAnswer> answers;
+        QByteArray left;    ///< of a1 to a4 in "b", of which a1 to a3 were there
+        QByteArray sources; ///< those of "a" that are still there
+        qsizetype questions;
+    };
+    const Row table[] = {
+        {Kind::Copy, {{Answer::Skip, true}}, "OOON", "1234", 1},
+        {Kind::Copy, {{Answer::Replace, true}}, "NNNN", "1234", 1},
+        {Kind::Copy, {{Answer::Replace, false}, {Answer::Skip, true}}, "NOON", "1234", 2},
+        {Kind::Copy, {{Answer::Replace, false}, {Answer::Stop, true}}, "NOO-", "1234", 2},
+        {Kind::Move, {{Answer::Skip, false}, {Answer::Replace, true}}, "ONNN", "1", 2},
+        {Kind::Move, {}, "OOO-", "1234", 1},
+    };
+    for (const Row& row : table) {
+        for (const char* name : {"1", "2", "3", "4"}) {
+            put(QByteArray("a/") + name, "N");
+            if (*name != '4') put(QByteArray("b/") + name, "O");
+        }
+        QFile::remove(folder.filePath(u"b/4"_s));
+        prompts.log.clear();
+        prompts.answers = row.answers;
+        static_cast<void>(run(plan(row.kind, {"a/1", "a/2", "a/3", "a/4"})));
+        QByteArray left;
+        for (const char* name : {"1", "2", "3", "4"})
+            left += read(QByteArray("b/") + name).isEmpty() ? "-" : read(QByteArray("b/") + name);
+        EXPECT_EQ(left, row.left);
+        EXPECT_EQ(names(u"a"_s).join(QString()).toLatin1(), row.sources);
+        EXPECT_EQ(prompts.log.size(), row.questions);
+    }
+}
+
+TEST_F(FileTransferTest, ontoItselfAFileIsDuplicatedOrStays) {
+    put("a/x.jpg", "x");
+    for (int time = 0; time < 2; ++time)
+        static_cast<void>(run(plan(Kind::Copy, {"a/x.jpg"}, "a")));
+    static_cast<void>(run(plan(Kind::Move, {"a/x.jpg"}, "a")));
+    static_cast<void>(run(plan(Kind::Duplicate, {"a/x copy.jpg", "a/gone.jpg"})));
+    EXPECT_EQ(
+        names(u"a"_s),
+        QStringList({u"x copy 1.jpg"_s, u"x copy 2.jpg"_s, u"x copy.jpg"_s, u"x.jpg"_s}));
+    EXPECT_TRUE(prompts.log.isEmpty());
+    // The same folder by another way.
+    ASSERT_TRUE(QFile::link(folder.filePath(u"a"_s), folder.filePath(u"way"_s)));
+    static_cast<void>(run(plan(Kind::Move, {"a/x.jpg"}, "way")));
+    EXPECT_EQ(read("a/x.jpg"), "x");
+    EXPECT_TRUE(prompts.log.isEmpty());
+}
+
+/// At each step in turn, with each fault: each end has the whole file, its former one or none, the
+/// file is not lost, and what the result says is so.
+TEST_F(FileTransferTest, whateverStepFailsNothingIsHalfOrLost) {
+    const QByteArray former(3000, 'o');
+    const QByteArray fresh(70'000, 'n');
+    int runs = 0;
+    for (const Kind kind : {Kind::Copy, Kind::Move}) {
+        for (const bool isReplacement : {false, true}) {
+            for (const bool isOtherDisk : {false, true}) {
+                for (int step = 1;; ++step) {
+                    constexpr std::array faults = {
+                        std::errc::no_space_on_device,        std::errc::permission_denied,
+                        std::errc::read_only_file_system,     std::errc::filename_too_long,
+                        std::errc::no_such_file_or_directory, std::errc::io_error};
+                    const std::errc fault = faults[static_cast<std::size_t>(step) % faults.size()];
+                    QFile::remove(folder.filePath(u"b/x"_s));
+                    put("a/x", fresh);
+                    if (isReplacement) put("b/x", former);
+                    files = {};
+                    files.failAt = step;
+                    files.fault = fault;
+                    if (isOtherDisk) files.otherDisk = path("b");
+                    prompts.answers = {{Answer::Replace, false}};
+                    const TransferResult result = run(plan(kind, {"a/x"}));
+                    if (files.failed.isEmpty()) break;
+                    ++runs;
+                    SCOPED_TRACE(files.failed.toStdString() + " " + std::to_string(step));
+
+                    const bool hasSource = QFile::exists(folder.filePath(u"a/x"_s));
+                    const QByteArray made = read("b/x");
+                    EXPECT_TRUE(!hasSource || read("a/x") == fresh);
+                    EXPECT_TRUE(made == fresh || made == (isReplacement ? former : QByteArray()));
+                    EXPECT_TRUE(hasSource || made == fresh);
+                    const bool isDone = !result.files.empty();
+                    EXPECT_TRUE(!isDone || made == fresh);
+                    EXPECT_EQ(hasSource, kind == Kind::Copy || !isDone);
+                    EXPECT_TRUE(isDone || isReplacement || made.isEmpty());
+                    EXPECT_LE(names(u"b"_s).size(), 1);
+                }
+            }
+        }
+    }
+    EXPECT_GT(runs, 70);
+}
+
+TEST_F(FileTransferTest, attributesComeAlongAndLinksLeadOn) {
+    const QByteArray odd = "l\n\"'\\\xff .jpg";
+    put("a/x", "picture");
+    ASSERT_EQ(::rename(path("a/x").constData(), path("a/" + odd).constData()), 0);
+    const QByteArray source = path("a/" + odd);
+    const timespec dates[] = {{1000, 5}, {2000, 123'456'789}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, source.constData(), dates, 0), 0);
+    ASSERT_EQ(::chmod(source.constData(), 0640), 0);
+    const bool hasAttributes =
+        ::setxattr(source.constData(), "user.note", "sea", 3, 0) == 0; // not on every disk
+    ASSERT_EQ(::symlink(odd.constData(), path("a/link").constData()), 0);
+
+    for (const Kind kind : {Kind::Copy, Kind::Move}) {
+        files.otherDisk = path("b");
+        static_cast<void>(run(plan(kind, {"a/" + odd})));
+        struct stat status {};
+        ASSERT_EQ(::stat(path("b/" + odd).constData(), &status), 0);
+        EXPECT_EQ(status.st_mtim.tv_sec, 2000);
+        EXPECT_EQ(status.st_mtim.tv_nsec, 123'456'789);
+        EXPECT_EQ(status.st_mode & 07777, 0640U);
+        std::array<char, 8> note{};
+        ::getxattr(path("b/" + odd).constData(), "user.note", note.data(), note.size());
+        EXPECT_EQ(std::string(note.data()), hasAttributes ? "sea" : "");
+        if (kind == Kind::Copy) ::unlink(path("b/" + odd).constData());
+    }
+    ASSERT_EQ(::rename(path("b/" + odd).constData(), source.constData()), 0);
+    // A copy of a link is a photograph; a link that moves still finds its own.
+    static_cast<void>(run(plan(Kind::Copy, {"a/link"})));
+    EXPECT_FALSE(QFileInfo(folder.filePath(u"b/link"_s)).isSymLink());
+    ASSERT_TRUE(QFile::remove(folder.filePath(u"b/link"_s)));
+    static_cast<void>(run(plan(Kind::Move, {"a/link"})));
+    EXPECT_TRUE(QFileInfo(folder.filePath(u"b/link"_s)).isSymLink());
+    EXPECT_EQ(read("b/link"), "picture");
+    EXPECT_EQ(::unlink(source.constData()), 0); // as a temporary folder can't
+}
+
+TEST_F(FileTransferTest, aStopTakesTheHalfWrittenFileAway) {
+    put("a/1", "small");
+    put("a/2", QByteArray(40 << 20, 'x')); // several steps
+    std::stop_source stop;
+    prompts.onProgress = [&](const fileactions::FileProgress& progress) {
+        if (progress.number == 2 && progress.bytes > 5) stop.request_stop();
+    };
+    const TransferResult result = run(plan(Kind::Copy, {"a/1", "a/2"}), stop.get_token());
+    EXPECT_TRUE(result.isCancelled);
+    EXPECT_EQ(names(u"b"_s), QStringList(u"1"_s));
+    EXPECT_TRUE(prompts.log.isEmpty());
+}
+
+TEST_F(FileTransferTest, groupsBecomeFoldersAlsoWhereTheDiskRefusesTheirNames) {
+    for (const char* name : {"a/1", "a/2", "a/3"})
+        put(name, name);
+    put("b/taken", "a file");
+    files.refusesColon = true;
+    TransferPlan plan{.kind = Kind::Copy, .steps = {}};
+    plan.addFolder(path("b/2019"));
+    plan.addFolder(path("b/2019/A:B"));
+    plan.addFile(path("a/1"), path("b/2019/A:B"));
+    plan.addFolder(path("b/taken"));
+    plan.addFile(path("a/2"), path("b/taken"));
+    plan.addFolder(path("b/2019"));
+    plan.addFile(path("a/3"), path("b/2019"));
+    EXPECT_EQ(run(plan).files.size(), 2U);
+    EXPECT_EQ(read("b/2019/A_B/1"), "a/1");
+    EXPECT_EQ(read("b/2019/3"), "a/3");
+    EXPECT_EQ(prompts.log, QStringList(u"skip? taken"_s));
+    // Never over a folder.
+    put("a/2019", "file");
+    prompts.answers = {{Answer::Replace, false}};
+    static_cast<void>(run(this->plan(Kind::Copy, {"a/2019"})));
+    EXPECT_EQ(read("b/2019/3"), "a/3");
+    EXPECT_EQ(prompts.log.last(), u"skip? 2019"_s);
+}
+
+TEST_F(FileTransferTest, temporariesOfARunThatWasCutShortGoWithTheNextStart) {
+    QByteArray left;
+    int file = -1;
+    ASSERT_FALSE(temporaries.create(path("b"), left, file));
+    ::close(file);
+    EXPECT_TRUE(platform::nameOfPath(left).startsWith('.'));
+    put("b/photo.jpg", "mine");
+    QFile journal(folder.filePath(u"journal"_s));
+    ASSERT_TRUE(journal.open(QIODevice::Append));
+    const QByteArray away = path("away/.velmora-0000000000000000.part");
+    journal.write(path("b/photo.jpg") + '\n' + away + '\n');
+    journal.close();
+    fileactions::TemporaryFiles::removeLeft(files, path("journal"));
+    EXPECT_EQ(names(u"b"_s), QStringList(u"photo.jpg"_s));
+    // A disk may be away; when it is back, the file goes.
+    ASSERT_TRUE(QDir(folder.path()).mkdir(u"away"_s));
+    put("away/.velmora-0000000000000000.part", "half");
+    fileactions::TemporaryFiles::removeLeft(files, path("journal"));
+    EXPECT_TRUE(names(u"away"_s).isEmpty());
+    EXPECT_FALSE(QFile::exists(folder.filePath(u"journal"_s)));
+}
+
+/// Each command, taken back, done again and taken back once more.
+TEST_F(FileTransferTest, whatWasDoneCanBeTakenBackAndRepeated) {
+    platform::Trash trash(
+        files, {.homeTrash = path("Trash"),
+                .userId = ::getuid(),
+                .topFolder = [](const QByteArray&) { return QByteArray(); },
+                .deletionDate = [] { return QByteArray("2026-01-02T03:04:05"); }});
+    const fileactions::FileEditor editor(
+        {files, temporaries, trash, rows, prompts, u"copy"_s}, std::stop_token());
+    const auto state = [this] {
+        return names(u"a"_s).join(u',') + u'|' + names(u"b"_s).join(u',');
+    };
+    for (const QByteArray what : {"move", "copy", "trash"}) {
+        put("a/1", "1");
+        put("a/2", "2");
+        const auto outcome =
+            what == "trash"
+                ? editor.moveToTrash({path("a/1"), path("a/2")})
+                : editor.transfer(plan(what == "move" ? Kind::Move : Kind::Copy, {"a/1", "a/2"}));
+        const QString done = state();
+        EXPECT_EQ(done, what == "move" ? u"|1,2"_s : what == "copy" ? u"1,2|1,2"_s : u"|"_s);
+        const auto undone = editor.perform(outcome.inverse);
+        EXPECT_EQ(state(), u"1,2|"_s);
+        const auto redone = editor.perform(undone.inverse);
+        EXPECT_EQ(state(), done);
+        static_cast<void>(editor.perform(redone.inverse));
+        EXPECT_EQ(state(), u"1,2|"_s);
+        EXPECT_EQ(read("a/2"), "2");
+    }
+    // What was made stays where somebody has changed it since.
+    const auto copied = editor.transfer(plan(Kind::Copy, {"a/1", "a/2"}));
+    put("b/2", "edited");
+    static_cast<void>(editor.perform(copied.inverse));
+    EXPECT_EQ(state(), u"1,2|2"_s);
+    EXPECT_TRUE(prompts.log.isEmpty());
+}
+
+} // namespace

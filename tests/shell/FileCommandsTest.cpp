@@ -1,0 +1,250 @@
+#include "shell/files/FileCommands.h"
+
+#include "group/CatalogueFixture.h"
+#include "platform/desktop/Pasteboard.h"
+#include "shell/ShellFixture.h"
+#include "shell/files/PhotographDrops.h"
+#include "shell/services/ChosenPhotographs.h"
+
+#include <QClipboard>
+#include <QDialog>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QPushButton>
+#include <QWidget>
+
+namespace {
+
+using Answer = fileactions::FilePrompts::Answer;
+
+struct ScriptedQuestions final : FileQuestions {
+    QString folder;
+    Answer answer = Answer::Skip;
+    bool deletes = true;
+    QStringList log;
+
+    void askConflict(const Failure&, std::function<void(const ConflictAnswer&)> answered) override {
+        log += u"conflict"_s;
+        answered({answer, false});
+    }
+    void askSkip(const Failure&, std::function<void(bool)> answered) override { answered(true); }
+    void
+    tellFailure(Deed, const Failure& failure, qint64 count, std::function<void()> closed) override {
+        log +=
+            u"failed %1 %2"_s.arg(count).arg(QFile::decodeName(platform::nameOfPath(failure.path)));
+        closed();
+    }
+    void askDeleteForGood(
+        qint64 count, const QByteArray&, bool, std::function<void(bool)> answered) override {
+        log += u"delete %1?"_s.arg(count);
+        answered(deletes);
+    }
+    void chooseFolder(const QString&, std::function<void(const QString&)> chosen) override {
+        chosen(folder);
+    }
+};
+
+/// Photographs a.jpg and b.jpg of the selected folder "photos", both chosen, and a folder "other".
+struct FileCommandsTest : ShellFixture {
+    FileCommandsTest() {
+        qputenv("XDG_DATA_HOME", QFile::encodeName(path(u"data")));
+        make(u"photos");
+        questions.folder = make(u"other");
+        for (const QString& name : {u"a.jpg"_s, u"b.jpg"_s}) {
+            support::writeFile(at(u"photos/%1"_s.arg(name)), name.toUtf8());
+            items.push_back(support::makeItem(name, items.empty() ? 1 : 2));
+        }
+        QObject::connect(
+            &commands, &FileCommands::didChangeFiles, &commands,
+            [this](const fileactions::FileEdit& edit, const QString& text) {
+                inverse = edit;
+                undoText = text;
+            });
+    }
+    ~FileCommandsTest() override {
+        QGuiApplication::clipboard()->clear();
+        qunsetenv("XDG_DATA_HOME");
+    }
+    QString at(const QString& name) const { return path(name); }
+    void wait() {
+        EXPECT_TRUE(support::spinUntil([this] { return tasks.isIdle(); }));
+        runPosted();
+    }
+    QString names(QStringView folder) const {
+        return QDir(path(folder)).entryList(QDir::Files | QDir::Hidden).join(u' ');
+    }
+    QWidget window;
+    ScriptedQuestions questions;
+    PBImageFileList items;
+    struct Choice final : ChosenPhotographs {
+        explicit Choice(PBImageFileList& of) : items(of) {}
+        PBImageFileList all() const override { return items; }
+        std::shared_ptr<PBImageFileItem> first() const override { return items.front(); }
+        PBImageFileList& items;
+    };
+    Choice choice{items};
+    support::KnownFolders folders{{{1, path(u"photos")}}};
+    FileTasks tasks{
+        {.services = files,
+         .aliasManager = manager,
+         .questions = questions,
+         .window = window,
+         .thumbnail = [](qint64) { return QImage(); },
+         .sheetDelay = std::chrono::milliseconds(0)}};
+    FileCommands commands{
+        {.delegate = delegate,
+         .imageImporterManager = importers,
+         .groupTreeDataSource = source,
+         .services = files,
+         .folderPaths = folders,
+         .tasks = tasks,
+         .questions = questions,
+         .tagWithTagId = [](qint64) { return QString(); },
+         .chosen = choice,
+         .selectedFolder = [this] { return path(u"photos"); }}};
+    fileactions::FileEdit inverse;
+    QString undoText;
+};
+
+TEST_F(FileCommandsTest, commandsChangeFilesTellHowToTakeThemBackAndBringTheDisplayInStep) {
+    commands.doCopyMoveTo(false);
+    wait();
+    EXPECT_EQ(names(u"other"), u"a.jpg b.jpg");
+    EXPECT_EQ(undoText, u"Copy of 2 Photographs");
+    commands.doCopyMoveTo(true);
+    wait();
+    EXPECT_EQ(questions.log, QStringList({u"conflict"_s, u"conflict"_s}));
+    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg");
+    questions.answer = Answer::Replace;
+    commands.doCopyMoveTo(true);
+    wait();
+    EXPECT_EQ(names(u"photos"), QString());
+    EXPECT_EQ(delegate.scans, 0); // nothing came to the folder on show
+    const fileactions::FileEdit moved = inverse;
+    bool isBack = false;
+    commands.perform(moved, [&](const fileactions::FileEdit& redo) { isBack = !redo.isEmpty(); });
+    wait();
+    EXPECT_TRUE(isBack);
+    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg");
+    EXPECT_EQ(delegate.scans, 1);
+    publish(items);
+    items.pop_back();
+    commands.doDuplicate();
+    wait();
+    EXPECT_EQ(names(u"photos"), u"a copy.jpg a.jpg b.jpg");
+    EXPECT_EQ(undoText, u"Duplication of a Photograph");
+    commands.deleteClicked();
+    wait();
+    EXPECT_EQ(names(u"photos"), u"a copy.jpg b.jpg");
+    ASSERT_EQ(removedChains.size(), 1U);
+    EXPECT_EQ(removedChains[0].back()->imageFiles().size(), 1U);
+    commands.perform(inverse, [](const auto&) {});
+    wait();
+    EXPECT_EQ(names(u"photos"), u"a copy.jpg a.jpg b.jpg");
+    questions.deletes = false;
+    commands.deleteForGood();
+    wait();
+    EXPECT_EQ(questions.log.last(), u"delete 1?");
+    EXPECT_EQ(names(u"photos"), u"a copy.jpg a.jpg b.jpg");
+}
+
+TEST_F(FileCommandsTest, thePasteboardTakesFilesInBothWaysAndPicturesWithoutAFile) {
+    QClipboard& pasteboard = *QGuiApplication::clipboard();
+    commands.copy(false);
+    EXPECT_EQ(commands.photographsOf(*pasteboard.mimeData()).size(), 0U); // no importer, no types
+    auto* cut = new QMimeData;
+    platform::setFilesOfMimeData(
+        *cut, {.paths = {QFile::encodeName(at(u"other/x.jpg"_s))}, .isCut = true});
+    pasteboard.setMimeData(cut);
+    commands.doPaste();
+    wait();
+    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg");
+    pasteboard.setImage(QImage(4, 3, QImage::Format_RGB32));
+    for (int time = 0; time < 2; ++time) {
+        commands.doPaste();
+        wait();
+    }
+    EXPECT_EQ(names(u"photos"), u"Pasted Picture copy.png Pasted Picture.png a.jpg b.jpg");
+    EXPECT_EQ(QImage(at(u"photos/Pasted Picture.png"_s)).size(), QSize(4, 3));
+    EXPECT_EQ(undoText, u"Paste of a Photograph");
+}
+
+TEST_F(FileCommandsTest, aCancelledCopyClosesItsSheetAndLeavesNothingHalf) {
+    window.show();
+    QFile large(at(u"photos/a.jpg"_s));
+    ASSERT_TRUE(large.open(QIODevice::ReadWrite) && large.resize(qint64(1) << 30)); // a hole
+    commands.doCopyMoveTo(false);
+    const auto sheet = [this]() -> QDialog* {
+        auto* found = window.findChild<QDialog*>(u"PBFileProgressWindowController"_s);
+        return found && found->isVisible() ? found : nullptr;
+    };
+    ASSERT_TRUE(support::spinUntil([&] { return sheet() != nullptr; }));
+    sheet()->findChild<QPushButton*>()->click();
+    EXPECT_EQ(sheet(), nullptr);
+    wait();
+    EXPECT_EQ(names(u"other"), QString());
+    EXPECT_TRUE(questions.log.isEmpty() && undoText.isEmpty());
+}
+
+TEST_F(FileCommandsTest, whatADropDoesFollowsKeysDisksAndTheFolderUnderThePointer) {
+    struct Row {
+        Qt::KeyboardModifiers modifiers;
+        Qt::DropActions possible;
+        bool isOneDisk;
+        int y; ///< of the pointer: 0 is no folder, 10 the photographs' own, 20 another
+        Qt::DropAction expected;
+    };
+    const auto both = Qt::CopyAction | Qt::MoveAction;
+    // From another program: what is dragged within this one has a source, which no test can make.
+    const Row rows[] = {
+        {Qt::NoModifier, both, true, 20, Qt::CopyAction},
+        {Qt::ShiftModifier, both, false, 20, Qt::MoveAction},
+        {Qt::ShiftModifier, Qt::CopyAction, true, 20, Qt::CopyAction},
+        {Qt::ControlModifier, both, true, 20, Qt::CopyAction},
+        {Qt::ControlModifier, Qt::MoveAction, true, 20, Qt::IgnoreAction},
+        {Qt::ShiftModifier, both, true, 10, Qt::IgnoreAction},
+        {Qt::NoModifier, both, true, 10, Qt::CopyAction},
+        {Qt::NoModifier, both, true, 0, Qt::IgnoreAction},
+    };
+    for (const Row& row : rows) {
+        QWidget rowsWidget;
+        QStringList taken;
+        bool isMarked = false;
+        auto* drops = new PhotographDrops(
+            rowsWidget,
+            {.folderAt =
+                 [](const QPoint& point) {
+                     return point.y() == 0    ? QString()
+                            : point.y() == 10 ? u"/own"_s
+                                              : u"/another"_s;
+                 },
+             .mark = [&](const std::optional<QPoint>& point) { isMarked = point.has_value(); },
+             .photographsOf =
+                 [](const QMimeData&) { return std::vector<QByteArray>{"/own/a.jpg"}; },
+             .areOnOneDisk = [&row](const auto&, const auto&) { return row.isOneDisk; },
+             .transfer =
+                 [&](const QString& folder, const auto&, bool move) {
+                     taken += folder + (move ? u" moved"_s : u" copied"_s);
+                 }});
+        EXPECT_NE(drops, nullptr);
+        const QMimeData data;
+        const QPoint point(5, row.y);
+        QDragEnterEvent enter(point, row.possible, &data, Qt::LeftButton, row.modifiers);
+        QCoreApplication::sendEvent(&rowsWidget, &enter);
+        EXPECT_TRUE(enter.isAccepted());
+        QDragMoveEvent move(point, row.possible, &data, Qt::LeftButton, row.modifiers);
+        QCoreApplication::sendEvent(&rowsWidget, &move);
+        const bool isTaken = row.expected != Qt::IgnoreAction;
+        EXPECT_EQ(move.isAccepted(), isTaken);
+        EXPECT_EQ(isMarked, isTaken);
+        QDropEvent drop(point, row.possible, &data, Qt::LeftButton, row.modifiers);
+        QCoreApplication::sendEvent(&rowsWidget, &drop);
+        EXPECT_FALSE(isMarked);
+        const QString folder = row.y == 10 ? u"/own"_s : u"/another"_s;
+        const QString deed = row.expected == Qt::MoveAction ? u" moved"_s : u" copied"_s;
+        EXPECT_EQ(taken, isTaken ? QStringList(folder + deed) : QStringList());
+    }
+}
+
+} // namespace
