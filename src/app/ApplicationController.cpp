@@ -3,9 +3,9 @@
 #include "FMDB/FMDatabase.h"
 #include "codec/process/DecoderPool.h"
 #include "group/GroupPresets.h"
+#include "group/GroupTypes.h"
 #include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
-#include "group/GroupTypes.h"
 #include "places/OfflineGeocoder.h"
 #include "places/PBGeoManager.h"
 #include "platform/files/PathNames.h"
@@ -440,7 +440,7 @@ bool ApplicationController::isIdle() const {
     const bool isCopying = _mainWindowController && _mainWindowController->isWorkingOnFiles();
     return !isCopying && !isScanning() && !isShowing && !isLoadingImages && !isReadingMarked &&
            !isWaitingForDisks && !isLookingUpPlaces && isEmpty(_preloadThumbnailOperationQueue) &&
-            isEmpty(_scanOperationQueue) && isEmpty(_buildThumbOperationQueue);
+           isEmpty(_scanOperationQueue) && isEmpty(_buildThumbOperationQueue);
 }
 
 bool ApplicationController::isLargeViewMode() const {
