@@ -132,6 +132,14 @@ TEST_F(FileTransferTest, whateverStepFailsNothingIsHalfOrLost) {
     EXPECT_GT(runs, 70);
 }
 
+TEST_F(FileTransferTest, aSourceThatGoesByItselfDoesNotTakeItsCopyWithIt) {
+    put("a/x", "only one");
+    files.otherDisk = path("b");
+    files.goesByItself = path("a/x");
+    EXPECT_EQ(run(plan(Kind::Move, {"a/x"})).files.size(), 1U);
+    EXPECT_EQ(read("b/x"), "only one");
+}
+
 TEST_F(FileTransferTest, attributesComeAlongAndLinksLeadOn) {
     const QByteArray odd = "l\n\"'\\\xff .jpg";
     put("a/x", "picture");

@@ -12,8 +12,9 @@ public:
     using Entry = platform::FileSystem::Entry;
     int failAt = 0; ///< the number of the step, from 1; 0: none
     std::errc fault = std::errc::io_error;
-    QByteArray otherDisk; ///< part of the paths that lie on it; empty: one disk
-    QByteArray failed;    ///< the step that failed
+    QByteArray otherDisk;    ///< part of the paths that lie on it; empty: one disk
+    QByteArray goesByItself; ///< just before it is removed
+    QByteArray failed;       ///< the step that failed
 
     std::error_code look(const QByteArray& path, Entry& entry) override {
         if (fails("look")) return error();
@@ -54,6 +55,7 @@ public:
         return fails("renameOver") ? error() : DiskFileSystem::renameOver(path, toPath);
     }
     std::error_code remove(const QByteArray& path) override {
+        if (path == goesByItself) static_cast<void>(DiskFileSystem::remove(path));
         return fails("remove") ? error() : DiskFileSystem::remove(path);
     }
     std::error_code makeFolder(const QByteArray& path, std::uint32_t mode) override {

@@ -108,7 +108,9 @@ std::error_code
 WholeCopy::removeSource(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken) {
     const auto error = _environment.files.remove(source);
     // Somebody else was quicker: the other end is all that there is now.
-    if (error == std::errc::no_such_file_or_directory) return {};
+    Entry entry;
+    if (error && _environment.files.look(source, entry) == std::errc::no_such_file_or_directory)
+        return {};
     // As it was, but where the other end has lost its former file already.
     if (error && ifTaken == IfTaken::Refuse)
         static_cast<void>(_environment.files.remove(destination));
