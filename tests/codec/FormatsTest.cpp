@@ -408,6 +408,11 @@ TEST(Formats, NegativesAreDeveloped) {
     ASSERT_EQ(small.size(), QSize(32, 24));
     EXPECT_LE(qRed(small.pixel(4, 4)) - qRed(small.pixel(28, 20)), 4) << "evenly lit";
     EXPECT_TRUE(decoded(formatpictures::file("sensor.dng"), 0, type, 1).image.isNull());
+    codec::DecodeRequest request;
+    request.depth = codec::Depth::Source;
+    const QImage deep = opened(formatpictures::file("sensor.dng"), type)->frame(request).image;
+    EXPECT_EQ(deep.format(), QImage::Format_RGBX64);
+    EXPECT_LE(largestDifference(deep.convertToFormat(QImage::Format_RGB32), full, false), 3);
 }
 
 TEST(Formats, CutOffPicturesKeepTheirRowsAndAreIncomplete) {
