@@ -240,6 +240,13 @@ TEST(Formats, ResultsSayWhichProfileTheyAreIn) {
     const codec::Frame frame = opened(bytes)->frame(request);
     EXPECT_EQ(frame.profile, request.targetProfile);
     EXPECT_LE(largestDifference(frame.image.rgbSwapped(), decoded(bytes).image, false), 3);
+    // Whatever the number of threads, each row is converted once.
+    const QByteArray large =
+        PBUtilities::cgImageRefToPngData(formatpictures::gradient({1100, 1003}));
+    const QImage alone = opened(large)->frame(request).image;
+    request.threads = 4;
+    EXPECT_EQ(opened(large)->frame(request).image, alone);
+    EXPECT_LE(largestDifference(alone.rgbSwapped(), decoded(large).image, false), 3);
 }
 
 TEST(Formats, GifFramesAreComposed) {
