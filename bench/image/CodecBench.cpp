@@ -132,7 +132,7 @@ bool comparePlay(const QTemporaryDir& folder) {
                 bench::keep(next.frame.image.constBits());
             }
         },
-        4.0);
+        8.0);
 }
 
 /// Stops a decode of the picture at places all over it.

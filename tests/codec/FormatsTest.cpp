@@ -240,6 +240,13 @@ TEST(Formats, ResultsSayWhichProfileTheyAreIn) {
     const codec::Frame frame = opened(bytes)->frame(request);
     EXPECT_EQ(frame.profile, request.targetProfile);
     EXPECT_LE(largestDifference(frame.image.rgbSwapped(), decoded(bytes).image, false), 3);
+    // Whatever the number of threads, each row is converted once.
+    const QByteArray large =
+        PBUtilities::cgImageRefToPngData(formatpictures::gradient({1100, 1003}));
+    const QImage alone = opened(large)->frame(request).image;
+    request.threads = 4;
+    EXPECT_EQ(opened(large)->frame(request).image, alone);
+    EXPECT_LE(largestDifference(alone.rgbSwapped(), decoded(large).image, false), 3);
 }
 
 TEST(Formats, GifFramesAreComposed) {
@@ -408,6 +415,11 @@ TEST(Formats, NegativesAreDeveloped) {
     ASSERT_EQ(small.size(), QSize(32, 24));
     EXPECT_LE(qRed(small.pixel(4, 4)) - qRed(small.pixel(28, 20)), 4) << "evenly lit";
     EXPECT_TRUE(decoded(formatpictures::file("sensor.dng"), 0, type, 1).image.isNull());
+    codec::DecodeRequest request;
+    request.depth = codec::Depth::Source;
+    const QImage deep = opened(formatpictures::file("sensor.dng"), type)->frame(request).image;
+    EXPECT_EQ(deep.format(), QImage::Format_RGBX64);
+    EXPECT_LE(largestDifference(deep.convertToFormat(QImage::Format_RGB32), full, false), 3);
 }
 
 TEST(Formats, CutOffPicturesKeepTheirRowsAndAreIncomplete) {

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <thread>
 
 namespace codec {
 
@@ -44,6 +45,7 @@ struct ColourConverter::Steps {
     std::vector<std::uint8_t> scratch;
     bool isLinear = false; // floating-point samples of light
     bool isInTarget = false;
+    int threads = 1;
 
     void plainRow(const std::uint8_t* source, QRgb* destination, int width) const;
     template <typename Sample>
@@ -53,16 +55,19 @@ struct ColourConverter::Steps {
 };
 
 ColourConverter::ColourConverter(
-    const PixelLayout& layout, const ColourDescription& colours, const QByteArray& targetProfile)
+    const PixelLayout& layout, const ColourDescription& colours, const QByteArray& targetProfile,
+    int threads)
     : _steps(std::make_unique<Steps>()) {
     Steps& steps = *_steps;
     steps.layout = layout;
+    steps.threads = threads;
+    const auto users = threads > 1 ? profiles::Users::Several : profiles::Users::One;
     steps.isInTarget = profiles::isUsableTarget(targetProfile);
     if (colours.isHighDynamicRange() && layout.model == ColourModel::Rgb &&
         layout.sample == SampleType::U16) {
         steps.toneMapper.emplace(colours.transfer, colours.primaries);
         steps.lastTransform =
-            makeTransform(nullptr, TYPE_BGRA_8, targetProfile, TYPE_BGRA_8, false);
+            makeTransform(nullptr, TYPE_BGRA_8, targetProfile, TYPE_BGRA_8, false, users);
         return;
     }
     Profile from = profiles::profileOf(colours, layout.model);
@@ -76,7 +81,7 @@ ColourConverter::ColourConverter(
     if (!ownSpace && (layout.sample == SampleType::U8 || !from || steps.isLinear)) {
         // The samples stand for RGB already: one cheap step, and the profile on the final pixels.
         steps.lastTransform =
-            makeTransform(std::move(from), TYPE_BGRA_8, targetProfile, TYPE_BGRA_8, false);
+            makeTransform(std::move(from), TYPE_BGRA_8, targetProfile, TYPE_BGRA_8, false, users);
         return;
     }
     PixelLayout samples = layout;
@@ -203,23 +208,52 @@ void ColourConverter::Steps::transformRow(
 
 namespace {
 
-void transformImage(QImage& image, cmsHTRANSFORM transform, const StopFlag& stop) {
-    const bool hasAlpha = image.format() == QImage::Format_ARGB32_Premultiplied;
-    for (int y = 0; y < image.height() && !stop.isSet(); ++y) {
-        auto* row = reinterpret_cast<QRgb*>(image.scanLine(y));
-        if (hasAlpha) {
-            for (int x = 0; x < image.width(); ++x)
-                row[x] = qUnpremultiply(row[x]);
+/// Rows of a picture that several threads work on.
+struct TransformedPicture {
+    uchar* pixels;
+    std::size_t stride; // bytes
+    int width;
+    bool hasAlpha;
+    cmsHTRANSFORM transform;
+    const StopFlag& stop;
+
+    void transformRows(int begin, int end) const {
+        for (int y = begin; y < end && !stop.isSet(); ++y) {
+            auto* row = reinterpret_cast<QRgb*>(pixels + static_cast<std::size_t>(y) * stride);
+            if (hasAlpha) {
+                for (int x = 0; x < width; ++x)
+                    row[x] = qUnpremultiply(row[x]);
+            }
+            cmsDoTransform(transform, row, row, static_cast<cmsUInt32Number>(width));
+            if (hasAlpha) premultiplyRow(row, width);
         }
-        cmsDoTransform(transform, row, row, static_cast<cmsUInt32Number>(image.width()));
-        if (hasAlpha) premultiplyRow(row, image.width());
     }
+};
+
+void transformImage(QImage& image, cmsHTRANSFORM transform, int threads, const StopFlag& stop) {
+    const TransformedPicture picture{
+        image.bits(),  static_cast<std::size_t>(image.bytesPerLine()),
+        image.width(), image.format() == QImage::Format_ARGB32_Premultiplied,
+        transform,     stop};
+    // For less it is not worth to start threads.
+    constexpr qsizetype pixelsForThread = qsizetype{1} << 18;
+    const int height = image.height();
+    const auto worthwhile = qsizetype{image.width()} * height / pixelsForThread;
+    const int parts = static_cast<int>(std::clamp<qsizetype>(worthwhile, 1, threads));
+    std::vector<std::jthread> others;
+    for (int part = 1; part < parts; ++part) {
+        others.emplace_back([&picture, begin = height / parts * (part - 1), rows = height / parts] {
+            picture.transformRows(begin, begin + rows);
+        });
+    }
+    picture.transformRows(height / parts * (parts - 1), height);
 }
 
 } // namespace
 
 void ColourConverter::finish(QImage& image, const StopFlag& stop) {
-    if (_steps->lastTransform) transformImage(image, _steps->lastTransform.get(), stop);
+    if (_steps->lastTransform)
+        transformImage(image, _steps->lastTransform.get(), _steps->threads, stop);
 }
 
 void convertColours(QImage& image, const QByteArray& from, const QByteArray& to) {
@@ -227,7 +261,7 @@ void convertColours(QImage& image, const QByteArray& from, const QByteArray& to)
     if (source && cmsGetColorSpace(source.get()) != cmsSigRgbData) source.reset();
     const Transform transform =
         makeTransform(std::move(source), TYPE_BGRA_8, to, TYPE_BGRA_8, false);
-    if (transform) transformImage(image, transform.get(), {});
+    if (transform) transformImage(image, transform.get(), 1, {});
 }
 
 } // namespace codec

@@ -60,9 +60,10 @@ struct PixelLayout {
 class ColourConverter {
 public:
     /// `targetProfile`: ICC bytes, empty for sRGB; one that can't be read counts as sRGB.
+    /// `threads`: how many may work on what is done at the end.
     ColourConverter(
         const PixelLayout& layout, const ColourDescription& colours,
-        const QByteArray& targetProfile);
+        const QByteArray& targetProfile, int threads = 1);
     ~ColourConverter();
     ColourConverter(ColourConverter&&) noexcept;
     ColourConverter& operator=(ColourConverter&&) noexcept;

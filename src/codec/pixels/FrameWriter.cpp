@@ -68,7 +68,7 @@ void FrameWriter::makeConverter(const ColourDescription& colours) {
     if (_isDeep)
         _deepConverter.emplace(_layout, colours);
     else
-        _converter.emplace(_layout, colours, _request.targetProfile);
+        _converter.emplace(_layout, colours, _request.targetProfile, _request.threads);
 }
 
 void FrameWriter::placeRow() {

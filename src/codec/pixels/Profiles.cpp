@@ -117,7 +117,7 @@ bool isSrgb(cmsHPROFILE profile) {
 
 Transform makeTransform(
     Profile from, cmsUInt32Number fromFormat, const QByteArray& targetIcc, cmsUInt32Number toFormat,
-    bool evenIfSame) {
+    bool evenIfSame, Users users) {
     Profile to = openProfile(targetIcc);
     if (to && (cmsGetColorSpace(to.get()) != cmsSigRgbData || isSrgb(to.get()))) to.reset();
     if (from && isSrgb(from.get())) from.reset();
@@ -129,7 +129,8 @@ Transform makeTransform(
         cmsGetColorSpace(from.get()) == cmsSigLabData ? cmsFLAGS_NOOPTIMIZE : 0U;
     return Transform(cmsCreateTransform(
         from.get(), fromFormat, to.get(), toFormat, INTENT_RELATIVE_COLORIMETRIC,
-        cmsFLAGS_COPY_ALPHA | cmsFLAGS_BLACKPOINTCOMPENSATION | exact));
+        cmsFLAGS_COPY_ALPHA | cmsFLAGS_BLACKPOINTCOMPENSATION | exact |
+            (users == Users::Several ? cmsFLAGS_NOCACHE : 0U)));
 }
 
 cmsUInt32Number lcmsFormat(const PixelLayout& layout) {

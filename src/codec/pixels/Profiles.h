@@ -29,11 +29,14 @@ using Transform = std::unique_ptr<void, DeleteTransform>;
 /// Whether pixels of red, green and blue can be in the profile: else it counts as sRGB.
 [[nodiscard]] bool isUsableTarget(const QByteArray& icc);
 
+/// Who uses a transform: several threads at once may, where it remembers nothing.
+enum class Users { One, Several };
+
 /// From the profile (nothing: sRGB) to the target's bytes. Nothing where the two are the same for
 /// all purposes, unless it is wanted even so.
 [[nodiscard]] Transform makeTransform(
     Profile from, cmsUInt32Number fromFormat, const QByteArray& targetIcc, cmsUInt32Number toFormat,
-    bool evenIfSame);
+    bool evenIfSame, Users users = Users::One);
 /// The engine's word for the layout.
 [[nodiscard]] cmsUInt32Number lcmsFormat(const PixelLayout& layout);
 

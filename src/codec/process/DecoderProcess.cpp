@@ -174,7 +174,7 @@ private:
     /// By the size that the file declares, before anything is decoded.
     [[nodiscard]] bool mayTakeMemory(const Request& request) const {
         // The picture itself, and as much for what its library keeps of it.
-        constexpr std::uint64_t bytesPerPixel = 8;
+        const std::uint64_t bytesPerPixel = request.isDeep ? 16 : 8;
         const Bytes file(_source->bytes());
         const auto header = readImageHeader(file, sniffContainer(file), request.frame);
         const std::uint64_t bytes =

@@ -26,6 +26,10 @@ ReadStatus statusOf(Answer answer) {
     return ReadStatus::NotNow;
 }
 
+void closeIn(HelperShelf::Lease& lease) {
+    if (lease.isAlive()) lease.helper().tell(makeRequest(Kind::CloseSequence, {}, 0));
+}
+
 } // namespace
 
 OpenedSequence HelperSequence::open(
@@ -42,9 +46,13 @@ OpenedSequence HelperSequence::open(
     Reply reply;
     const Answer answer =
         ask(*lease, exchange.request(), exchange.descriptors(), time, stop, reply, takeMemory);
-    if (answer == Answer::Refused && stop.stop_requested()) return {};
-    if (answer != Answer::Done) return {statusOf(answer), nullptr};
-    if (reply.count < 1 || reply.count > mostFrames) return {ReadStatus::Failed, nullptr};
+    const bool isLie = answer == Answer::Done && (reply.count < 1 || reply.count > mostFrames);
+    if (answer != Answer::Done || isLie) {
+        // It may have opened the file all the same, behind a stop.
+        closeIn(*lease);
+        if (stop.stop_requested()) return {};
+        return {isLie ? ReadStatus::Failed : statusOf(answer), nullptr};
+    }
     DecodeRequest frames = request;
     frames.frame = 0;
     return {
@@ -54,7 +62,7 @@ OpenedSequence HelperSequence::open(
 }
 
 HelperSequence::~HelperSequence() {
-    if (_lease->isAlive()) _lease->helper().tell(makeRequest(Kind::CloseSequence, {}, 0));
+    closeIn(*_lease);
 }
 
 void HelperSequence::rewind() {
