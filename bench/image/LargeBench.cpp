@@ -148,7 +148,8 @@ bool holdKey(PBImageImporterManager& importers, const QString& path, QSize size)
     bench::printFigure("held key: decodes begun over 300 pictures", begun, "decodes");
     bool met = bench::printFigure(
         "held key: stopped half-way of those begun",
-        static_cast<double>(after.stopped - before.stopped) / std::max(begun, 1.0), "share", 1.0 / 3);
+        static_cast<double>(after.stopped - before.stopped) / std::max(begun, 1.0), "share",
+        1.0 / 3);
     met &= bench::printFigure("held key: longest wait of the main loop", worst, "ms", 20);
     bench::printFigure("held key: sharp after it was let go", last, "ms");
     return met;

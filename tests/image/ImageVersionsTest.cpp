@@ -188,7 +188,7 @@ TEST_F(ImageBufferTest, BytesAreBoundedRoundTheFocusWhichStaysWithItsNeighbours)
     for (const int index : {20, 21, 19, 22, 23, 24, 18})
         push(buffer, index, kept);
     EXPECT_EQ(withPictures(), (std::vector{18, 19, 20, 21, 22}));
-    EXPECT_EQ(chosen(*item(24), 0.5), "none"); // to be loaded again
+    EXPECT_EQ(chosen(*item(24), 0.5), "none");    // to be loaded again
     addImage(*item(20), pictures({40, 40}), 1.0); // an original counts elsewhere
     push(buffer, 20, kept);
     EXPECT_EQ(withPictures(), (std::vector{18, 19, 20, 21, 22}));
