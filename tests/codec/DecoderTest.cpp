@@ -142,6 +142,24 @@ TEST(Importer, RowsAreAskedInTheirOrderUntilTheyCanSayTheirTypes) {
     EXPECT_EQ(manager.supportImageTypes(), (QStringList{u"public.png"_s, u"public.image"_s}));
 }
 
+TEST(Bitmaps, PreloadingCopiesNothingThatNeedNotBeCopied) {
+    QImage image = gradient({40, 30});
+    const QColorSpace wide(QColorSpace::DisplayP3);
+    for (const QColorSpace& same : {QColorSpace(), QColorSpace(QColorSpace::SRgb)}) {
+        const QImage loaded = PBUtilities::preloadedImageRef(std::as_const(image), same);
+        EXPECT_EQ(loaded.constBits(), image.constBits());
+    }
+    const QImage kept = image;
+    const QImage other = PBUtilities::preloadedImageRef(kept, wide);
+    EXPECT_NE(other, kept);
+    EXPECT_EQ(kept, gradient({40, 30})) << "that of others stays";
+    QImage own = image.copy();
+    const uchar* pixels = own.constBits();
+    const QImage inPlace = PBUtilities::preloadedImageRef(std::move(own), wide);
+    EXPECT_EQ(inPlace.constBits(), pixels);
+    EXPECT_EQ(inPlace, other);
+}
+
 TEST(Bitmaps, ScalesTurnsAndPlacesAsTold) {
     const QImage thin = gradient({4000, 1});
     EXPECT_EQ(PBImageImporter::scaleCGImageRef(thin, 256).size(), QSize(256, 1));

@@ -176,6 +176,72 @@ TEST(Formats, EmbeddedProfilesAreApplied) {
     }
 }
 
+TEST(Formats, SourceDepthKeepsTheSamplesAndTheProfileOfTheFile) {
+    const auto deep = [](const char* name, int maxSize = 0, QByteArray target = {}) {
+        codec::DecodeRequest request;
+        request.depth = codec::Depth::Source;
+        request.maxSize = maxSize;
+        request.targetProfile = target; // not used
+        return opened(formatpictures::file(name))->frame(request);
+    };
+    // Each as it comes for the screen, too: what is not red, green and blue is sRGB by then, and a
+    // file whose profile exchanges red and blue is as it was stored.
+    const std::pair<const char*, bool> cases[] = {
+        {"gradient.jxl", false},      {"deep.jxl", false},    {"deep-glass.jxl", false},
+        {"odd16.png", false},         {"swapped8.png", true}, {"swapped16-interlaced.png", true},
+        {"cmyk16-lzw.tif", false},    {"lab16.tif", false},   {"tiles-lab.tif", false},
+        {"cmyk-inverted.jpg", false}, {"frames.gif", false},  {"gradient.heic", false}};
+    for (const auto& [name, hasProfile] : cases) {
+        SCOPED_TRACE(name);
+        const QByteArray bytes = formatpictures::file(name);
+        if (bytes.isEmpty()) continue;
+        for (const int maxSize : {0, 30}) {
+            const codec::Frame frame = deep(name, maxSize, formatpictures::swappedProfile());
+            const QImage shown = decoded(bytes, maxSize).image;
+            EXPECT_EQ(frame.profile.isEmpty(), !hasProfile);
+            const bool isOpaque = shown.format() == QImage::Format_RGB32;
+            ASSERT_EQ(
+                frame.image.format(),
+                isOpaque ? QImage::Format_RGBX64 : QImage::Format_RGBA64_Premultiplied);
+            QImage eight = frame.image.convertToFormat(shown.format());
+            if (hasProfile) eight = eight.rgbSwapped();
+            EXPECT_LE(largestDifference(eight, shown, false), 3);
+        }
+    }
+    // All 16 bits are there.
+    codec::DecodeRequest request;
+    request.depth = codec::Depth::Source;
+    const QByteArray samples("P6 1 2 65535\n\x12\x34\x56\x78\x9a\xbc", 19);
+    const codec::Frame cut = opened(samples)->frame(request);
+    EXPECT_EQ(cut.image.pixelColor(0, 0).rgba64(), qRgba64(0x1234, 0x5678, 0x9ABC, 0xFFFF));
+    EXPECT_FALSE(cut.isComplete);
+    EXPECT_EQ(cut.image.pixelColor(0, 1).rgba64(), qRgba64(0x8080, 0x8080, 0x8080, 0xFFFF));
+}
+
+TEST(Formats, AStoppedDecodeGivesNothing) {
+    std::stop_source stopped;
+    stopped.request_stop();
+    codec::DecodeRequest request;
+    request.stop = codec::StopFlag(stopped.get_token());
+    for (const made::Picture& picture : made::gradients()) {
+        const auto decoder = opened(picture.bytes, picture.typeHint);
+        ASSERT_TRUE(decoder) << picture.name;
+        EXPECT_TRUE(decoder->frame(request).image.isNull()) << picture.name;
+    }
+}
+
+TEST(Formats, ResultsSayWhichProfileTheyAreIn) {
+    codec::DecodeRequest request;
+    const QByteArray bytes = formatpictures::file("gradient.jxl");
+    EXPECT_TRUE(opened(bytes)->frame(request).profile.isEmpty());
+    request.targetProfile = "no profile";
+    EXPECT_TRUE(opened(bytes)->frame(request).profile.isEmpty());
+    request.targetProfile = formatpictures::swappedProfile();
+    const codec::Frame frame = opened(bytes)->frame(request);
+    EXPECT_EQ(frame.profile, request.targetProfile);
+    EXPECT_LE(largestDifference(frame.image.rgbSwapped(), decoded(bytes).image, false), 3);
+}
+
 TEST(Formats, GifFramesAreComposed) {
     // In the square, in its transparent row, its last pixel and the next, in the third frame.
     const QPoint points[] = {{10, 10}, {10, 5}, {14, 14}, {15, 14}, {30, 20}, {2, 2}};
@@ -210,7 +276,8 @@ TEST(Formats, FramesComeAsTheyAreInWhateverOrderAndOnesThatWereDrawnAreNotReadAg
     for (const auto& [bytes, count] :
          {std::pair(formatpictures::gif(DISPOSE_PREVIOUS, false), 3),
           {formatpictures::file("frames.webp"), 2},
-          {formatpictures::file("frames.jxl"), 2}}) {
+          {formatpictures::file("frames.jxl"), 2},
+          {formatpictures::file("frames.avif"), 2}}) {
         const auto decoder = opened(bytes);
         codec::DecodeRequest request;
         for (const int frame : {0, 1, count - 1, count - 1, 0, count - 1, 1}) {
@@ -253,6 +320,52 @@ TEST(Formats, ATiffWhoseDataEndIsGivenUpSoon) {
     EXPECT_EQ(frame.image.pixel(0, 199), qRgb(128, 128, 128));
 }
 
+/// Hundreds of samples a pixel cost neither memory nor time where three are shown.
+TEST(Formats, ATiffOfManySamplesReadsThoseThatItShows) {
+    enum { Together = 1, Planes = 2 };
+    const auto made = [](unsigned arrangement, unsigned photometric, unsigned side,
+                         QByteArray data) {
+        constexpr unsigned samples = 200;
+        const unsigned strips = arrangement == Planes ? samples : 1;
+        const unsigned tables = 8 + 2 + 12 * 10 + 4;
+        pictures::ByteWriter file(true);
+        file.text("II").u16(42).u32(8).u16(10);
+        // PackBits where the data are not there.
+        const unsigned compression = side > 2 ? 32773 : 1;
+        const unsigned length = side > 2 ? 8 : strips > 1 ? side * side : side * side * samples;
+        const std::tuple<unsigned, unsigned, unsigned> tags[] = {
+            {256, 1, side},        {257, 1, side},        {258, 1, 8},
+            {259, 1, compression}, {262, 1, photometric}, {273, strips, tables},
+            {277, 1, samples},     {278, 1, side},        {279, strips, tables + 4 * strips},
+            {284, 1, arrangement}};
+        for (const auto& [tag, count, value] : tags) {
+            const bool isLength = tag == 279 && count == 1;
+            const bool isPlace = tag == 273 && count == 1;
+            file.u16(tag).u16(4).u32(count).u32(isLength ? length : isPlace ? tables : value);
+        }
+        file.u32(0);
+        for (unsigned strip = 0; strips > 1 && strip < strips; ++strip)
+            file.u32(tables + 8 * strips + strip % 4 * length);
+        for (unsigned strip = 0; strips > 1 && strip < strips; ++strip)
+            file.u32(length);
+        return file.bytes() + data;
+    };
+    const QByteArray planes("\xff\0\0\0\0\xff\0\0\0\0\xff\0\x11\x22\x33\x44", 16);
+    const QImage colours = decoded(made(Planes, 2, 2, planes)).image;
+    ASSERT_EQ(colours.size(), QSize(2, 2));
+    EXPECT_EQ(letterAt(colours, 0, 0), u'r');
+    EXPECT_EQ(letterAt(colours, 1, 0), u'g');
+    EXPECT_EQ(letterAt(colours, 0, 1), u'b');
+    EXPECT_EQ(decoded(made(Planes, 1, 2, planes)).image.pixel(0, 0), qRgb(255, 255, 255));
+    QByteArray together(4 * 200, '\x55');
+    together.replace(200, 3, QByteArray("\0\xff\0", 3));
+    EXPECT_EQ(letterAt(decoded(made(Together, 2, 2, together)).image, 1, 0), u'g');
+    // More to unpack than a decode may hold, and all of it to be skipped.
+    codec::DecodeRequest request;
+    request.limits.bytes = 200 * 1000 * 1000;
+    EXPECT_TRUE(opened(made(Together, 2, 1200, together))->frame(request).image.isNull());
+}
+
 TEST(Formats, FramesHaveTheirSizesDelaysAndTransparency) {
     // A file and its frame, size, delay, and the colour of a point.
     const std::tuple<const char*, std::size_t, QSize, int, QPoint, QColor> cases[] = {
@@ -260,6 +373,8 @@ TEST(Formats, FramesHaveTheirSizesDelaysAndTransparency) {
         {"frames.webp", 1, {40, 30}, 120, {7, 7}, QColor(0, 0, 255, 128)},
         {"frames.jxl", 0, {40, 30}, 50, {7, 7}, QColor(255, 0, 0)},
         {"frames.jxl", 1, {40, 30}, 120, {7, 7}, QColor(0, 0, 255, 128)},
+        {"frames.avif", 0, {40, 30}, 50, {7, 7}, QColor(255, 0, 0)},
+        {"frames.avif", 1, {40, 30}, 120, {7, 7}, QColor(0, 0, 255, 128)},
         // The largest entry of an icon comes first; the last one has a mask.
         {"sizes.ico", 0, {64, 64}, 0, {9, 9}, QColor(255, 255, 0, 50)},
         {"sizes.ico", 1, {48, 48}, 0, {20, 20}, QColor(0, 200, 0, 100)},
@@ -279,7 +394,7 @@ TEST(Formats, FramesHaveTheirSizesDelaysAndTransparency) {
     EXPECT_EQ(opened(formatpictures::file("frames.webp"))->frameCount(), 2U);
     EXPECT_EQ(opened(formatpictures::file("sizes.ico"))->frameCount(), 3U);
     EXPECT_FALSE(opened(formatpictures::file("sizes.ico"))->isAnimation());
-    for (const char* name : {"frames.webp", "frames.gif", "frames.jxl"})
+    for (const char* name : {"frames.webp", "frames.gif", "frames.jxl", "frames.avif"})
         EXPECT_TRUE(opened(formatpictures::file(name))->isAnimation()) << name;
     for (const char* name : {"gradient.jxl", "gradient.heic", "gradient.avif", "planar.tif"})
         EXPECT_FALSE(opened(formatpictures::file(name))->isAnimation()) << name;
@@ -293,6 +408,11 @@ TEST(Formats, NegativesAreDeveloped) {
     ASSERT_EQ(small.size(), QSize(32, 24));
     EXPECT_LE(qRed(small.pixel(4, 4)) - qRed(small.pixel(28, 20)), 4) << "evenly lit";
     EXPECT_TRUE(decoded(formatpictures::file("sensor.dng"), 0, type, 1).image.isNull());
+    codec::DecodeRequest request;
+    request.depth = codec::Depth::Source;
+    const QImage deep = opened(formatpictures::file("sensor.dng"), type)->frame(request).image;
+    EXPECT_EQ(deep.format(), QImage::Format_RGBX64);
+    EXPECT_LE(largestDifference(deep.convertToFormat(QImage::Format_RGB32), full, false), 3);
 }
 
 TEST(Formats, CutOffPicturesKeepTheirRowsAndAreIncomplete) {

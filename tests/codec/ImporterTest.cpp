@@ -13,19 +13,25 @@ struct ScriptedReader final : codec::FrameReader {
     QImage full;
     bool throwsForFull = false;
     std::vector<int> asked; // the sizes, in order
+    std::vector<codec::Urgency> urgencies;
 
     codec::ReadResult
     decode(int, const QString&, const codec::DecodeRequest& request, std::stop_token) override {
         asked.push_back(request.maxSize);
+        urgencies.push_back(request.urgency);
         if (request.maxSize > 0) return {thumbnails, {}};
         if (throwsForFull) throw std::runtime_error("damaged");
         return {full.isNull() ? codec::ReadStatus::Refused : codec::ReadStatus::Decoded, {full}};
     }
-    codec::OpenedSequence
-    openSequence(int, const QString&, const codec::DecodeRequest&, std::stop_token) override {
+    codec::OpenedSequence openSequence(
+        int, const QString&, const codec::DecodeRequest& request, std::stop_token) override {
+        urgencies.push_back(request.urgency);
         return {};
     }
-    std::size_t countFrames(int, const QString&, codec::Urgency) override { return 1; }
+    std::size_t countFrames(int, const QString&, codec::Urgency urgency) override {
+        urgencies.push_back(urgency);
+        return 1;
+    }
     codec::PictureProperties
     properties(int, const QString&, std::size_t, std::stop_token) override {
         throw std::runtime_error("damaged");
@@ -69,6 +75,40 @@ TEST_F(ImporterFallback, FailuresGiveNothingAndAreNotAskedAgain) {
     EXPECT_TRUE(importer->createImageWithMaxSize(50, 0).isNull());
     EXPECT_TRUE(importer->createImageWithMaxSize(0, 0).isNull());
     EXPECT_FALSE(importer->propertiesAtIndex(0));
+}
+
+TEST_F(ImporterFallback, WhoWaitsIsToldWithEveryQuestion) {
+    using enum codec::Urgency;
+    reader->full = formatpictures::gradient({100, 50});
+    const auto askAll = [&] {
+        reader->urgencies.clear();
+        static_cast<void>(importer->createImageWithMaxSize(0, 0));
+        static_cast<void>(importer->createEmbeddedImage(50));
+        static_cast<void>(importer->imageCount());
+        return reader->urgencies;
+    };
+    EXPECT_EQ(askAll(), (std::vector{Thumbnail, ThumbnailOnShow, Properties}));
+    importer->setUrgency(Next);
+    EXPECT_EQ(askAll(), (std::vector{Next, Next, Next}));
+    reader->urgencies.clear();
+    codec::DecodeRequest request;
+    request.urgency = Focus;
+    request.maxSize = 60;
+    const codec::ReadResult result = importer->readImage(request, {});
+    EXPECT_EQ(result.status, codec::ReadStatus::Decoded);
+    EXPECT_EQ(result.frame.image.size(), QSize(60, 30)) << "decoded in full, and reduced";
+    static_cast<void>(importer->openSequence(request, {}));
+    EXPECT_EQ(reader->urgencies, (std::vector{Focus, Focus, Focus}));
+    reader->thumbnails = codec::ReadStatus::NotNow;
+    EXPECT_EQ(importer->readImage(request, {}).status, codec::ReadStatus::NotNow);
+    // No file says nothing of the picture; what is no file can't be one.
+    const auto statusOf = [&](const QString& name) {
+        const auto other = PBImageImporter::initWithImagePath(folder.filePath(name));
+        EXPECT_EQ(other->readImage({}, {}).status, other->openSequence({}, {}).status);
+        return other->readImage({}, {}).status;
+    };
+    EXPECT_EQ(statusOf(u"missing.jpg"_s), codec::ReadStatus::NotNow);
+    EXPECT_EQ(statusOf(u"."_s), codec::ReadStatus::Refused);
 }
 
 namespace {

@@ -76,8 +76,10 @@ void forDamagedSamples(int (*fuzzer)(const std::uint8_t* data, std::size_t size)
         std::mt19937 random(++seed);
         for (int round = 0; round < 30; ++round) {
             const int reducedOrNext = round % 2 * 8 + (round % 7 == 0 ? 32 : 0);
-            const QByteArray bytes = support::mutated(picture.bytes, random) +
-                                     static_cast<char>(fuzzerHint(picture) | reducedOrNext);
+            const int deepOrPlayed = (round % 5 == 0 ? 4 : 0) + (round % 3 == 0 ? 16 : 0);
+            const QByteArray bytes =
+                support::mutated(picture.bytes, random) +
+                static_cast<char>(fuzzerHint(picture) | reducedOrNext | deepOrPlayed);
             const auto* data = reinterpret_cast<const std::uint8_t*>(bytes.data());
             EXPECT_EQ(fuzzer(data, static_cast<std::size_t>(bytes.size())), 0);
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include <avif/avif.h>
 #include <gif_lib.h>
 #include <webp/encode.h>
 #include <webp/mux.h>
@@ -114,6 +115,46 @@ QByteArray gifFilm(QSize size, int frames) {
     }
     EGifCloseFile(file, nullptr);
     GifFreeMapObject(map);
+    return bytes;
+}
+
+QByteArray avifFrames(QSize size, const std::vector<std::pair<QRgb, int>>& frames) {
+    avifEncoder* encoder = avifEncoderCreate();
+    encoder->speed = AVIF_SPEED_FASTEST;
+    encoder->timescale = 1000;
+    encoder->minQuantizer = encoder->maxQuantizer = AVIF_QUANTIZER_LOSSLESS;
+    encoder->minQuantizerAlpha = encoder->maxQuantizerAlpha = AVIF_QUANTIZER_LOSSLESS;
+    bool isGood = true;
+    for (const auto& [colour, delay] : frames) {
+        const auto width = static_cast<std::uint32_t>(size.width());
+        const auto height = static_cast<std::uint32_t>(size.height());
+        avifImage* image = avifImageCreate(width, height, 8, AVIF_PIXEL_FORMAT_YUV444);
+        image->colorPrimaries = AVIF_COLOR_PRIMARIES_BT709;
+        image->transferCharacteristics = AVIF_TRANSFER_CHARACTERISTICS_SRGB;
+        image->matrixCoefficients = AVIF_MATRIX_COEFFICIENTS_IDENTITY;
+        image->yuvRange = AVIF_RANGE_FULL;
+        avifRGBImage rgb;
+        avifRGBImageSetDefaults(&rgb, image);
+        rgb.format = AVIF_RGB_FORMAT_BGRA;
+        std::vector<QRgb> pixels(std::size_t{width} * height, colour);
+        rgb.pixels = reinterpret_cast<std::uint8_t*>(pixels.data());
+        rgb.rowBytes = width * 4;
+        isGood = avifImageRGBToYUV(image, &rgb) == AVIF_RESULT_OK &&
+                 avifEncoderAddImage(
+                     encoder, image, static_cast<std::uint64_t>(delay), AVIF_ADD_IMAGE_FLAG_NONE) ==
+                     AVIF_RESULT_OK &&
+                 isGood;
+        avifImageDestroy(image);
+    }
+    avifRWData output = AVIF_DATA_EMPTY;
+    isGood = isGood && avifEncoderFinish(encoder, &output) == AVIF_RESULT_OK;
+    QByteArray bytes;
+    if (isGood) {
+        bytes = QByteArray(
+            reinterpret_cast<const char*>(output.data), static_cast<qsizetype>(output.size));
+    }
+    avifRWDataFree(&output);
+    avifEncoderDestroy(encoder);
     return bytes;
 }
 

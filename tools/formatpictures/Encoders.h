@@ -18,6 +18,10 @@ namespace formatpictures {
 /// Two frames of 40 x 30, red for 50 ms and half-transparent blue for 120 ms.
 [[nodiscard]] QByteArray animatedWebp();
 
+/// An AV1 image sequence: frames of one colour and their milliseconds. Empty where the library has
+/// no encoder.
+[[nodiscard]] QByteArray avifFrames(QSize size, const std::vector<std::pair<QRgb, int>>& frames);
+
 struct IconEntry {
     QImage image;
     int bits = 32; // 8 or 32 for a bitmap, 0 for PNG

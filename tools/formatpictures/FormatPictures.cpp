@@ -100,6 +100,9 @@ void addLossyAndAnimated(Makers& all) {
     all["frames.gif"] = [] { return gif(DISPOSE_BACKGROUND, false); };
     all["interlaced.gif"] = [] { return gif(DISPOSE_BACKGROUND, true); };
     all["frames.webp"] = animatedWebp;
+    all["frames.avif"] = [] {
+        return avifFrames({40, 30}, {{0xFFFF0000U, 50}, {0x800000FFU, 120}});
+    };
     all["frames.jxl"] = [] {
         return jpegXlFrames(
             {{filled({40, 30}, qRgba(255, 0, 0, 255)), 50},

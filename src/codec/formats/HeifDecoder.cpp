@@ -1,3 +1,4 @@
+#include "codec/formats/AvifSequence.h"
 #include "codec/formats/Formats.h"
 #include "codec/pixels/FrameWriter.h"
 #include "codec/pixels/Geometry.h"
@@ -218,6 +219,9 @@ const Codec heif = {
         return {};
     },
     [](const Source& source) -> std::unique_ptr<Decoder> {
+        if (hasSignature(source.bytes(), "avis", 8)) {
+            if (auto sequence = openAvifSequence(source)) return sequence;
+        }
         Context context(heif_context_alloc());
         if (!context) return nullptr;
         if (heif_context_read_from_memory_without_copy(

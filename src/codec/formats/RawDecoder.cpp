@@ -78,7 +78,8 @@ private:
         const QSize wanted = reducedSize(_full, request.maxSize);
         auto& parameters = raw->imgdata.params;
         parameters.use_camera_wb = 1;
-        parameters.output_bps = 8;
+        const bool isDeep = request.depth == Depth::Source;
+        parameters.output_bps = isDeep ? 16 : 8;
         parameters.output_color = 1; // sRGB
         parameters.user_qual = 2;    // patterned pixel grouping
         parameters.half_size =
@@ -91,15 +92,16 @@ private:
         if (raw->unpack() != LIBRAW_SUCCESS || raw->dcraw_process() != LIBRAW_SUCCESS) return {};
         int error = LIBRAW_SUCCESS;
         const ProcessedImage image(raw->dcraw_make_mem_image(&error));
-        if (!image || image->type != LIBRAW_IMAGE_BITMAP || image->bits != 8 ||
+        if (!image || image->type != LIBRAW_IMAGE_BITMAP || image->bits != parameters.output_bps ||
             (image->colors != 3 && image->colors != 1)) {
             return {};
         }
         PixelLayout layout;
         layout.model = image->colors == 1 ? ColourModel::Gray : ColourModel::Rgb;
+        layout.sample = isDeep ? SampleType::U16 : SampleType::U8;
         const QSize size(image->width, image->height);
         FrameWriter writer(request, _full, size, layout, {});
-        const std::size_t stride = static_cast<std::size_t>(size.width()) * image->colors;
+        const std::size_t stride = static_cast<std::size_t>(size.width()) * layout.bytesPerPixel();
         if (!writer.isUsable() || stride * image->height > image->data_size) return {};
         for (int y = 0; y < size.height(); ++y) {
             std::memcpy(writer.row(), image->data + static_cast<std::size_t>(y) * stride, stride);

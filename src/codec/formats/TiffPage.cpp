@@ -11,8 +11,10 @@ namespace codec::formats {
 
 namespace {
 
-/// After so many rows without data there is no reason to expect better further down.
+/// After so many rows, or bytes of rows, without data there is no reason to expect better further
+/// down.
 constexpr std::uint32_t mostBadRows = 64;
+constexpr std::uint64_t mostBadBytes = std::uint64_t{8} << 20;
 
 /// What the directory says of its pixels.
 struct Page {
@@ -118,7 +120,7 @@ public:
     void unpack(const std::vector<const std::uint8_t*>& planes, std::uint8_t* target) const {
         const int channels = _page.photometric == PHOTOMETRIC_PALETTE ? 1 : _layout.channels();
         const bool together = planes.size() == 1;
-        const std::size_t step = together ? _page.samples : 1;
+        const std::size_t step = _page.planar == PLANARCONFIG_SEPARATE ? 1 : _page.samples;
         for (int channel = 0; channel < channels; ++channel) {
             const std::uint8_t* plane = planes[together ? 0 : static_cast<std::size_t>(channel)];
             const std::size_t first = together ? static_cast<std::size_t>(channel) : 0;
@@ -191,8 +193,10 @@ private:
 /// One band of rows (a strip or a row of tiles), each plane after the other.
 class BandReader {
 public:
-    BandReader(TIFF* file, const Page& page) : _file(file), _page(page) {
-        _planes = page.planar == PLANARCONFIG_SEPARATE ? page.samples : 1;
+    /// Of samples that lie in planes of their own, only so many are read.
+    BandReader(TIFF* file, const Page& page, int channels) : _file(file), _page(page) {
+        if (page.planar == PLANARCONFIG_SEPARATE)
+            _planes = std::min(page.samples, static_cast<std::uint16_t>(channels));
         _isTiled = TIFFIsTiled(file) != 0;
         if (_isTiled) {
             TIFFGetField(file, TIFFTAG_TILEWIDTH, &_tileWidth);
@@ -213,7 +217,7 @@ public:
     [[nodiscard]] bool isUsable(const Limits& limits) const {
         if (_bandRows == 0 || _rowBytes == 0 || _stride == 0) return false;
         // A row has to hold the pixels that it is said to hold.
-        const std::size_t samples = _planes > 1 ? 1 : _page.samples;
+        const std::size_t samples = _page.planar == PLANARCONFIG_SEPARATE ? 1 : _page.samples;
         const std::size_t width =
             _isTiled ? _tileWidth : static_cast<std::size_t>(_page.size.width());
         if (_rowBytes < (width * samples * _page.bits + 7) / 8) return false;
@@ -223,6 +227,10 @@ public:
         return readsLines() || _stride * _bandRows <= limits.bytes / _planes;
     }
     [[nodiscard]] std::uint32_t bandRows() const { return readsLines() ? 1 : _bandRows; }
+    /// Of one band, unpacked.
+    [[nodiscard]] std::uint64_t bandBytes() const {
+        return std::uint64_t{_stride} * bandRows() * _planes;
+    }
 
     struct Band {
         bool isGood = true;
@@ -344,13 +352,16 @@ Frame readTiffPage(TIFF* file, QSize full, const DecodeRequest& request) {
     if (!withinLimits(page.size, request.limits) || page.samples == 0 || page.bits == 0) return {};
     const auto layout = directLayout(page);
     if (!layout) return readUnusual(file, page, full, request);
-    BandReader bands(file, page);
+    const int channels = page.photometric == PHOTOMETRIC_PALETTE ? 1 : layout->channels();
+    BandReader bands(file, page, channels);
     if (!bands.isUsable(request.limits)) return {};
-    PixelLayout rowLayout = *layout;
-    FrameWriter writer(request, full, page.size, rowLayout, page.colours);
-    if (!writer.isUsable()) return {};
-    const Unpacker unpacker(page, rowLayout);
     const auto height = static_cast<std::uint32_t>(page.size.height());
+    // A small file may unpack into hundreds of samples a pixel, only to be skipped.
+    const std::uint64_t unpacked = bands.bandBytes() * (height / bands.bandRows());
+    if (page.samples > channels + 1 && unpacked > request.limits.bytes) return {};
+    FrameWriter writer(request, full, page.size, *layout, page.colours);
+    if (!writer.isUsable()) return {};
+    const Unpacker unpacker(page, *layout);
     std::vector<const std::uint8_t*> planes;
     bool isGood = true;
     bool hasData = false;
@@ -362,7 +373,8 @@ Frame readTiffPage(TIFF* file, QSize full, const DecodeRequest& request) {
         hasData = hasData || read.hasData;
         // Where the data end, the rows that are left are filler, and there may be very many.
         badRows = read.hasData ? 0 : badRows + bands.bandRows();
-        if (badRows > mostBadRows) break;
+        const std::uint64_t badBytes = badRows / bands.bandRows() * bands.bandBytes();
+        if (badRows > mostBadRows || badBytes > mostBadBytes) break;
         for (std::uint32_t row = 0; row < std::min(bands.bandRows(), height - band); ++row) {
             bands.planes(row, planes);
             unpacker.unpack(planes, writer.row());

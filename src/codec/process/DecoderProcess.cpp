@@ -78,6 +78,7 @@ public:
     /// Lets go of the picture: a volume can't be ejected while a file of it is mapped. That of a
     /// sequence stays until there is another request.
     void close(const Request& request) {
+        _large.reset();
         const bool isSequence =
             request.kind == Kind::OpenSequence || request.kind == Kind::NextFrame;
         if (isSequence && _sequence) return;
@@ -146,13 +147,12 @@ private:
         wanted.stop = StopFlag(
             static_cast<const std::atomic<std::uint32_t>*>(_control.data()), request.number);
         const std::size_t largePlace = request.kind == Kind::NextFrame ? 0 : 1;
-        std::optional<Mapping> large;
         const auto room = [&](std::size_t bytes) -> void* {
             if (!request.hasLargeResult) {
                 return bytes <= _results.size() ? _results.data() : nullptr;
             }
-            large = Mapping::of(descriptors[largePlace].get(), bytes, Mapping::Access::ReadWrite);
-            return large ? large->data() : nullptr;
+            _large = Mapping::of(descriptors[largePlace].get(), bytes, Mapping::Access::ReadWrite);
+            return _large ? _large->data() : nullptr;
         };
         wanted.allocate = [&](QSize size, QImage::Format format) {
             const qsizetype lineBytes = lineBytesOf(size, format);
@@ -164,7 +164,7 @@ private:
         const Frame frame = decoder.wanted(wanted);
         wanted.allocate = {};
         if (frame.image.isNull() || wanted.stop.isSet()) return;
-        deliver(frame, wanted, room, large, reply);
+        deliver(frame, wanted, room, reply);
     }
 
     [[nodiscard]] static qsizetype lineBytesOf(QSize size, QImage::Format format) {
@@ -194,14 +194,12 @@ private:
     }
 
     template <typename Room>
-    void deliver(
-        const Frame& frame, const DecodeRequest& wanted, const Room& room,
-        const std::optional<Mapping>& large, Reply& reply) {
+    void deliver(const Frame& frame, const DecodeRequest& wanted, const Room& room, Reply& reply) {
         const QImage& image = frame.image;
         const bool isOpaque =
             image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_RGBX64;
         const auto lineBytes = static_cast<std::size_t>(lineBytesOf(image.size(), image.format()));
-        const void* shared = large ? large->data() : _results.data();
+        const void* shared = _large ? _large->data() : _results.data();
         if (image.constBits() != shared ||
             static_cast<std::size_t>(image.bytesPerLine()) != lineBytes) {
             auto* pixels =
@@ -265,6 +263,8 @@ private:
     CodecTable _codecs;
     Mapping _control;
     Mapping _results;
+    /// Let go of behind the reply: for a large picture that takes long.
+    std::optional<Mapping> _large;
     std::optional<Source> _source;
     std::unique_ptr<Decoder> _decoder;
     std::optional<DecodeRequest> _sequence; ///< what its frames are to be, while one is open
@@ -309,6 +309,7 @@ int runDecoderProcess(std::uint64_t addressSpaceBytes, CodecTable codecs) {
             return 0;
         }
         if (!send(answerSafely(worker, request, descriptors))) return 0;
+        // The program has closed its own by then, where nobody wants the result any more.
         worker.close(request);
     }
 }
