@@ -2,6 +2,7 @@
 
 #include "image/large/PBLoadImageManager.h"
 
+#include <QGuiApplication>
 #include <QScreen>
 #include <QWidget>
 #include <QWindow>
@@ -17,9 +18,11 @@ WindowColours::WindowColours(QWidget& window, PBLoadImageManager& loadImageManag
 void WindowColours::update() {
     const QScreen* screen = _window.screen();
     LargeImageScreen wanted = _loadImageManager.screen();
+    QByteArray profile = screen ? _profiles.profileOf(screen->name()) : QByteArray();
+    if (profile.isEmpty() && screen == QGuiApplication::primaryScreen())
+        profile = platform::profileOfRootWindow();
     // Invalid for bytes that make no sense, which counts as sRGB.
-    wanted.colorSpace =
-        screen ? QColorSpace::fromIccProfile(_profiles.profileOf(*screen)) : QColorSpace();
+    wanted.colorSpace = QColorSpace::fromIccProfile(profile);
     if (wanted == _loadImageManager.screen()) return;
     _loadImageManager.setScreen(wanted);
     _window.update();

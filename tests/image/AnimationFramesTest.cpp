@@ -94,6 +94,14 @@ TEST(AnimationFramesTest, AShortAnimationIsDecodedOnceAndALongOneAheadOfThePlaye
     }
 }
 
+TEST(AnimationFramesTest, APlayerThatJumpsBackDoesNotWaitForTheWholeWayRound) {
+    Film film{.declared = 4000};
+    Player player(film, 20 * frameBytes);
+    for (const std::size_t index : {1, 2, 100, 3})
+        ASSERT_TRUE(player.show(index));
+    EXPECT_LE(film.decoded, 300);
+}
+
 TEST(AnimationFramesTest, ADamagedFrameEndsTheAnimationAndThoseBeforeItPlay) {
     const struct {
         std::size_t damagedFrom;

@@ -183,9 +183,12 @@ TEST_F(ImageBufferTest, BytesAreBoundedRoundTheFocusWhichStaysWithItsNeighbours)
     PBImageBufferManager buffer(environment);
     focusOn(20);
     const std::vector<int> kept{17, 18, 19, 20, 21, 22, 23};
+    addImage(*item(24), pictures({10, 10}), 0.5);
+    addImage(*item(24), LoadedImages::nullMarker(), 1.0); // its original is too large
     for (const int index : {20, 21, 19, 22, 23, 24, 18})
         push(buffer, index, kept);
     EXPECT_EQ(withPictures(), (std::vector{18, 19, 20, 21, 22}));
+    EXPECT_EQ(chosen(*item(24), 0.5), "none");    // to be loaded again
     addImage(*item(20), pictures({40, 40}), 1.0); // an original counts elsewhere
     push(buffer, 20, kept);
     EXPECT_EQ(withPictures(), (std::vector{18, 19, 20, 21, 22}));

@@ -176,8 +176,10 @@ TEST_F(LoadLineTest, TheFocusComesFirstTheNeighboursBehindIt) {
     requests.tryPreloadOriginalImage(image(4), display);
     disk.setOpen(true);
     ASSERT_TRUE(drained());
-    EXPECT_EQ(disk.asked().join(u' '), u"1.jpg@10 3.jpg@0! 3.jpg@10! 4.jpg@10! 2.jpg@10 4.jpg@0");
-    EXPECT_EQ(display.told.join(u' '), u"1 3 3 4 2 4");
+    EXPECT_EQ(
+        disk.asked().join(u' '),
+        u"1.jpg@10 3.jpg@0! 3.jpg@10! 4.jpg@10! 2.jpg@10 1.jpg@10 4.jpg@0");
+    EXPECT_EQ(display.told.join(u' '), u"3 3 4 2 1 4");
     EXPECT_EQ(disk.mostAtATime(), 1);
     // All are there: nothing is asked for again.
     requests.requestForZoom(image(3), 0.9, display);
@@ -187,13 +189,13 @@ TEST_F(LoadLineTest, TheFocusComesFirstTheNeighboursBehindIt) {
 
 TEST_F(LoadLineTest, TheSlideshowPutsTheNearestFirst) {
     disk.setOpen(false);
-    requests.tryPreloadImages(images({30}), 0, display);
-    disk.waitUntilReading();
-    requests.tryPreloadImages(images({5, 4, 3, 2, 1}), 0, display);
+    requests.tryPreloadImages(images({5, 4, 3, 2, 1, 0}), 0, display);
+    // The farthest has begun, and gives way to the one that the user waits for.
+    ASSERT_TRUE(spinUntil([this] { return disk.asked().contains(u"0.jpg@10!"_s); }));
     requests.tryPreloadImages(images({6, 5, 4, 3, 2}), 2, display); // 2 is now the current one
     disk.setOpen(true);
     ASSERT_TRUE(drained());
-    EXPECT_EQ(display.told.join(u' '), u"30 2 6 1 3 4 5");
+    EXPECT_EQ(display.told.join(u' '), u"0 2 6 1 3 4 5");
 }
 
 TEST_F(LoadLineTest, DisplaysShareADecodeAndMayGoAway) {
@@ -299,7 +301,8 @@ TEST_F(LoadLineTest, ALineThatIsFullDropsItsHead) {
                     .scale = double(job),
                     .contextObj = items[1],
                     .index = 1,
-                    .colorSpace = {}},
+                    .colorSpace = {},
+                    .isAhead = false},
                 importers),
             true);
     EXPECT_EQ(line.waitingOperations().size(), PBLoadImageManager::mostWaiting);

@@ -135,6 +135,17 @@ void clearNotNowMarkers(PBImageFileItem& item) {
     eraseVersions(item, [](const Version& version) { return version.loaded.kind == Kind::NotNow; });
 }
 
+void clearMarkersOfLargerVersions(PBImageFileItem& item) {
+    const std::vector<Version>* versions = versionsOf(item);
+    if (!versions) return;
+    double least = aboveAllScales;
+    for (const Version& version : *versions)
+        if (version.isPicture()) least = std::min(least, version.scale);
+    eraseVersions(item, [least](const Version& version) {
+        return !version.isPicture() && version.scale > least;
+    });
+}
+
 void expireImages(PBImageFileItem& item) {
     platform::assertMainThread();
     if (std::vector<Version>* versions = versionsOf(item))

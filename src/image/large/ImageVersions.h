@@ -41,6 +41,9 @@ void clearFitInImage(PBImageFileItem& item, double fitInSide);
 
 /// A visit begins: what could not be loaded "now" may be asked for again.
 void clearNotNowMarkers(PBImageFileItem& item);
+/// Forgets that a larger version than one that is there could not be loaded. Without this an item
+/// whose original is too large would stay a thumbnail once its fit-in picture has gone.
+void clearMarkersOfLargerVersions(PBImageFileItem& item);
 /// All versions are out of date, as when the screen has other colours.
 void expireImages(PBImageFileItem& item);
 /// Hands the versions on to the item that a scan made of the same photograph.

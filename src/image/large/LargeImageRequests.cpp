@@ -49,7 +49,8 @@ void LargeImageRequests::tryPreloadImages(
     const PBLoadImageDelegate& display) {
     for (const IndexedImage& image : images) {
         const double scale = _manager.screen().fitInScaleForImageSize(image.item->imageSize());
-        const auto job = preload(image, scale, Place::Head, display);
+        const Place place = image.index == current ? Place::Head : Place::AheadAtHead;
+        const auto job = preload(image, scale, place, display);
         if (job && image.index == current) _manager.moveLoadImageOperaToHead(*job);
     }
 }
@@ -80,7 +81,8 @@ void LargeImageRequests::load(
             .scale = scale,
             .contextObj = image.item,
             .index = image.index,
-            .colorSpace = _manager.screen().colorSpace},
+            .colorSpace = _manager.screen().colorSpace,
+            .isAhead = place != Place::Head},
         _importers);
     operation->addDelegate(display);
     _manager.addLoadImageOperation(std::move(operation), place == Place::End);

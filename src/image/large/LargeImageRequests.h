@@ -59,7 +59,7 @@ public:
         std::span<const std::shared_ptr<PBImageFileItem>> keepItems = {});
 
 private:
-    enum class Place { Head, End };
+    enum class Place { Head, AheadAtHead, End };
     /// The job that was joined; nullptr where there was none, or nothing is to be loaded.
     std::shared_ptr<PBLoadImageOperation> preload(
         const IndexedImage& image, double scale, Place place, const PBLoadImageDelegate& display);

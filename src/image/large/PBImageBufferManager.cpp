@@ -79,6 +79,7 @@ bool PBImageBufferManager::dropFarthest(
 
 void PBImageBufferManager::letGo(const Held& held) const {
     const double side = _environment.loadImageManager.screen().fitInSide();
+    clearMarkersOfLargerVersions(*held.item);
     clearFitInImage(*held.item, side);
     // An animation or an original of what was loaded ahead and never looked at has no other end.
     if (held.index != _environment.loadImageManager.focusIndex())
@@ -89,6 +90,7 @@ void PBImageBufferManager::clearBuffer() {
     platform::assertMainThread();
     for (const Held& held : std::exchange(_imageFileArray, {})) {
         const double side = _environment.loadImageManager.screen().fitInSide();
+        clearMarkersOfLargerVersions(*held.item);
         clearFitInImage(*held.item, side);
         clearUnFitInImages(*held.item, side);
     }

@@ -6,6 +6,7 @@
 #include "platform/tasks/MainThread.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 using platform::MainLoop;
 
@@ -30,46 +31,70 @@ void PBLoadImageManager::setScreen(const LargeImageScreen& screen) {
     platform::assertMainThread();
     const bool hasOtherColours = screen.colorSpace != _screen.colorSpace;
     _screen = screen;
-    if (hasOtherColours && _coloursObserver) _coloursObserver();
+    if (!hasOtherColours) return;
+    cancelAllOperationExceptContextObjs({}, _focusIndex);
+    if (_coloursObserver) _coloursObserver();
 }
 
 void PBLoadImageManager::addLoadImageOperation(Operation operation, bool atEnd) {
     platform::assertMainThread();
     if (_isFinished) return;
     operation->_releaseQueue = _releaseQueue;
-    operation->_urgency = atEnd ? codec::Urgency::Next : codec::Urgency::Focus;
+    operation->_isUrgent = !atEnd && !operation->isAhead();
     if (_waitingArray.size() >= mostWaiting) _waitingArray.pop_front();
     if (atEnd)
         _waitingArray.push_back(std::move(operation));
     else
         _waitingArray.push_front(std::move(operation));
+    giveWay();
     tryFireOperation();
+}
+
+bool PBLoadImageManager::mayBegin(const Operation& operation) const {
+    return _pace.mayBegin(operation->index(), pixelsOf(operation->imageSize()));
+}
+
+void PBLoadImageManager::giveWay() {
+    if (_loadingArray.empty() || _waitingArray.empty()) return;
+    const Operation& running = _loadingArray.front();
+    const Operation& head = _waitingArray.front();
+    if (running->_isUrgent || running->isCancelled()) return;
+    if (!head->_isUrgent || !mayBegin(head)) return;
+    running->cancel();
+    const auto distance = [at = head->index()](const Operation& operation) {
+        return std::abs(operation->index() - at);
+    };
+    const auto behind = std::ranges::find_if(_waitingArray, [&](const Operation& operation) {
+        return !operation->_isUrgent && distance(operation) > distance(running);
+    });
+    _waitingArray.insert(behind, running->begunAnew());
 }
 
 void PBLoadImageManager::tryFireOperation() {
     platform::assertMainThread();
-    if (_waitingArray.empty() || !_loadingArray.empty()) return;
-    const auto next = std::ranges::find_if(_waitingArray, [this](const Operation& operation) {
-        return _pace.mayBegin(operation->index(), pixelsOf(operation->imageSize()));
-    });
-    if (next != _waitingArray.end()) {
+    const auto next = std::ranges::find_if(
+        _waitingArray, [this](const Operation& operation) { return mayBegin(operation); });
+    if (_loadingArray.empty() && next != _waitingArray.end()) {
         Operation operation = std::move(*next);
         _waitingArray.erase(next);
-        return begin(std::move(operation));
+        begin(std::move(operation));
     }
-    constexpr const char* name = "pause";
     MainLoop* loop = MainLoop::instance();
     const auto wait = _pace.untilPause();
-    if (!loop || !wait) return;
+    if (!loop || !wait || _waitingArray.empty()) return;
+    constexpr const char* name = "pause";
     loop->cancelPreviousPerformRequestsWithTarget(this, name);
     loop->performAfterDelay(
-        this, name, std::chrono::ceil<std::chrono::milliseconds>(*wait),
-        [this] { tryFireOperation(); });
+        this, name, std::chrono::ceil<std::chrono::milliseconds>(*wait), [this] {
+            giveWay();
+            tryFireOperation();
+        });
 }
 
 void PBLoadImageManager::begin(Operation operation) {
     ++_figures.begun;
     if (_pace.isHurried()) ++_figures.begunInHaste;
+    operation->_urgency = operation->_isUrgent ? codec::Urgency::Focus : codec::Urgency::Next;
     _loadingArray.push_back(operation);
     // As a piece of work, not as an operation of the queue: that would pass a cancelled one over,
     // and the line would wait for its report for ever.
@@ -84,7 +109,8 @@ void PBLoadImageManager::begin(Operation operation) {
 void PBLoadImageManager::didFinish(const Operation& operation) {
     platform::assertMainThread();
     if (_isFinished) return;
-    const LoadedImages& images = operation->images();
+    // One that was cancelled in its last moment brings nothing either: nobody would let it go.
+    const LoadedImages images = operation->isCancelled() ? LoadedImages{} : operation->images();
     noteTime(*operation);
     for (const auto& link : std::vector(operation->_delegateArray)) {
         const auto display = link.lock(); // one display may end another
@@ -108,17 +134,20 @@ void PBLoadImageManager::noteTime(const PBLoadImageOperation& operation) {
 
 void PBLoadImageManager::moveLoadImageOperaToHead(const PBLoadImageOperation& operation) {
     platform::assertMainThread();
+    for (const Operation& running : _loadingArray)
+        if (running.get() == &operation) running->_isUrgent = true;
     const auto found = std::ranges::find(_waitingArray, &operation, &Operation::get);
     if (found == _waitingArray.end()) return;
-    (*found)->_urgency = codec::Urgency::Focus;
+    (*found)->_isUrgent = true;
     std::rotate(_waitingArray.begin(), found, std::next(found));
+    giveWay();
 }
 
 void PBLoadImageManager::moveLoadImageOperaToEnd(const PBLoadImageOperation& operation) {
     platform::assertMainThread();
     const auto found = std::ranges::find(_waitingArray, &operation, &Operation::get);
     if (found == _waitingArray.end()) return;
-    (*found)->_urgency = codec::Urgency::Next;
+    (*found)->_isUrgent = false;
     std::rotate(found, std::next(found), _waitingArray.end());
 }
 
@@ -155,6 +184,7 @@ void PBLoadImageManager::cancelAllOperationExceptContextObjs(
 void PBLoadImageManager::steppingDidEnd() {
     platform::assertMainThread();
     _pace.didEndStepping();
+    giveWay();
     tryFireOperation();
 }
 

@@ -32,15 +32,20 @@ public:
 
     /// The screen of the window that shows large pictures.
     [[nodiscard]] const LargeImageScreen& screen() const { return _screen; }
+    /// With other colours than before, all loads end; the caller has the displays painted, which
+    /// ask anew.
     void setScreen(const LargeImageScreen& screen);
     /// Called when the screen's colours are others than before; one at a time, empty for none.
     void setColoursObserver(std::function<void()> observer) {
         _coloursObserver = std::move(observer);
     }
 
+    /// What goes to the head the user waits for, unless the job says otherwise: a running load that
+    /// nobody waits for is stopped for it, and begins anew behind it.
     void addLoadImageOperation(Operation operation, bool atEnd);
-    /// Of an operation that waits; nothing for others.
+    /// Of an operation that waits. One that runs is known to be waited for from then on.
     void moveLoadImageOperaToHead(const PBLoadImageOperation& operation);
+    /// Of an operation that waits; nothing for others.
     void moveLoadImageOperaToEnd(const PBLoadImageOperation& operation);
     struct Found {
         Operation operation; ///< nullptr: there is none
@@ -81,6 +86,8 @@ public:
     void finish();
 
 private:
+    [[nodiscard]] bool mayBegin(const Operation& operation) const;
+    void giveWay();
     void begin(Operation operation);
     void didFinish(const Operation& operation);
     void noteTime(const PBLoadImageOperation& operation);

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <utility>
 
 using codec::ReadStatus;
 
@@ -48,6 +48,13 @@ void PBLoadImageOperation::addDelegate(const PBLoadImageDelegate& display) {
         return !link.owner_before(other) && !other.owner_before(link);
     };
     if (std::ranges::none_of(_delegateArray, isSame)) _delegateArray.push_back(display.link());
+}
+
+std::shared_ptr<PBLoadImageOperation> PBLoadImageOperation::begunAnew() {
+    auto again = std::make_shared<PBLoadImageOperation>(_job, _importers);
+    again->_delegateArray = std::exchange(_delegateArray, {});
+    again->_releaseQueue = _releaseQueue;
+    return again;
 }
 
 LoadedImages PBLoadImageOperation::shared(std::unique_ptr<PBImages> images) const {

@@ -41,6 +41,8 @@ public:
         std::int64_t index = 0;
         /// Of the window that asked; invalid: sRGB.
         QColorSpace colorSpace;
+        /// Nobody waits for it, wherever it stands in the line.
+        bool isAhead = false;
     };
 
     /// The importers outlive the operation.
@@ -54,6 +56,8 @@ public:
     }
     [[nodiscard]] std::int64_t index() const { return _job.index; }
     [[nodiscard]] const QColorSpace& colorSpace() const { return _job.colorSpace; }
+
+    [[nodiscard]] bool isAhead() const { return _job.isAhead; }
 
     /// The displays to tell, in the order in which they joined.
     [[nodiscard]] std::vector<PBLoadImageDelegate*> delegates() const;
@@ -69,6 +73,8 @@ protected:
 private:
     friend class PBLoadImageManager;
 
+    /// The same job once more, for those who wait for this one: they wait for that instead.
+    [[nodiscard]] std::shared_ptr<PBLoadImageOperation> begunAnew();
     [[nodiscard]] codec::DecodeRequest request() const;
     [[nodiscard]] LoadedImages load();
     /// Nothing where the file does not play.
@@ -80,6 +86,7 @@ private:
     PBImageImporterManager& _importers;
     std::vector<std::weak_ptr<PBLoadImageDelegate*>> _delegateArray;
     std::weak_ptr<platform::OperationQueue> _releaseQueue;
+    bool _isUrgent = false;                         ///< the user waits for it; main thread
     codec::Urgency _urgency = codec::Urgency::Next; ///< not changed once it runs
     LoadedImages _images;
     std::chrono::steady_clock::duration _loadTime{};

@@ -10,7 +10,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
-#include <QScreen>
 
 #include <array>
 #include <memory>
@@ -91,17 +90,13 @@ ScreenProfiles::ScreenProfiles(const QDBusConnection& bus, QObject* parent)
             SLOT(devicesChanged()));
 }
 
-QByteArray ScreenProfiles::profileOf(const QScreen& screen) {
+QByteArray ScreenProfiles::profileOf(const QString& screenName) {
     assertMainThread();
-    const QString name = screen.name();
-    if (!_profiles.contains(name)) {
-        _profiles.insert(name, {});
-        ask(name);
+    if (!_profiles.contains(screenName)) {
+        _profiles.insert(screenName, {});
+        ask(screenName);
     }
-    const QByteArray told = _profiles.value(name);
-    // The property names no output: it is that of the first screen.
-    return told.isEmpty() && &screen == QGuiApplication::primaryScreen() ? profileOfRootWindow()
-                                                                         : told;
+    return _profiles.value(screenName);
 }
 
 void ScreenProfiles::devicesChanged() {

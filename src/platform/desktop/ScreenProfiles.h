@@ -8,26 +8,24 @@
 #include <QString>
 
 class QDBusMessage;
-class QScreen;
 
 namespace platform {
 
-/// The colour profiles of screens, as the desktop tells them: the service of the system's colour
-/// daemon, by the name of the screen's output, else what lies on the root window of an X server for
-/// the first screen. Nothing here waits for the service. Main thread.
+/// The colour profiles of screens, as the system's colour daemon tells them by the names of their
+/// outputs. Nothing here waits for it. Main thread.
 class ScreenProfiles final : public QObject {
     Q_OBJECT
 
 public:
     /// The bus that the colour daemon is on.
     explicit ScreenProfiles(const QDBusConnection& bus, QObject* parent = nullptr);
-    /// The system's bus, where there is one; else only X servers are asked.
+    /// The system's bus; one that is not connected where there is none.
     [[nodiscard]] static QDBusConnection systemBus();
 
-    /// An ICC profile, not looked into; empty where nothing tells one, or does not yet: the first
-    /// question about a screen also begins to ask the service, and `profileChanged` tells when
-    /// another answer has come.
-    [[nodiscard]] QByteArray profileOf(const QScreen& screen);
+    /// An ICC profile, not looked into; empty where the daemon tells none, or not yet: the first
+    /// question about a screen also asks it, and `profileChanged` tells when another answer has
+    /// come.
+    [[nodiscard]] QByteArray profileOf(const QString& screenName);
 
 Q_SIGNALS:
     void profileChanged(const QString& screenName);
@@ -44,11 +42,11 @@ private:
     void setProfile(const QString& screenName, const QByteArray& profile);
 
     QDBusConnection _bus;
-    QHash<QString, QByteArray> _profiles; ///< of the service; empty where it has told none
+    QHash<QString, QByteArray> _profiles; ///< empty where it has told none
 };
 
-/// What the desktop laid on the root window of the X server that the program shows on; empty
-/// without one.
+/// The profile of the first screen as desktops lay it on the root window of an X server; empty
+/// where there is none. Main thread.
 [[nodiscard]] QByteArray profileOfRootWindow();
 
 } // namespace platform
