@@ -109,6 +109,7 @@ void PBImageView::leave() {
     _motions.stop();
     _player.stopPlayTimer();
     _geometry.reset();
+    _geometry.setImageSize({});
     _pictures.clearDisplayPicture();
     _miniature = {};
     _isWaitingForPhotographs = false;

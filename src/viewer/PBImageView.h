@@ -190,6 +190,8 @@ private:
     bool _isFocusShown = false;
     bool _hasMessage = false; // in the last paint
     bool _isZoomKeyDown = false;
+    enum class Cursor { Arrow, Hand, Grabbing, Zoom };
+    Cursor _cursor = Cursor::Arrow;
     Painted _painted = Painted::Nothing;
     std::weak_ptr<PBImageFileItem> _clickedItem;
     struct Miniature {

@@ -377,13 +377,22 @@ void PBImageView::focusOutEvent(QFocusEvent* event) {
 
 void PBImageView::updateCursor() {
     const bool isPanning = _input.mouse().isPanning();
-    if (_isZoomKeyDown && !isPanning && _host.focusImageFileItem()) {
+    const Cursor wanted = isPanning                                      ? Cursor::Grabbing
+                          : _isZoomKeyDown && _host.focusImageFileItem() ? Cursor::Zoom
+                          : placement().shouldShowNavigation()           ? Cursor::Hand
+                                                                         : Cursor::Arrow;
+    if (std::exchange(_cursor, wanted) == wanted) return;
+    switch (wanted) {
+    case Cursor::Arrow:
+        return setCursor(Qt::ArrowCursor);
+    case Cursor::Hand:
+        return setCursor(Qt::OpenHandCursor);
+    case Cursor::Grabbing:
+        return setCursor(Qt::ClosedHandCursor);
+    case Cursor::Zoom: {
         const QPixmap zoom = Icons::pixmap(
             QStringLiteral("zoom_cursor"), zoomCursorSize, devicePixelRatioF(), Qt::black);
         return setCursor(QCursor(zoom, zoomCursorHotSpot.x(), zoomCursorHotSpot.y()));
     }
-    const Qt::CursorShape shape = isPanning                            ? Qt::ClosedHandCursor
-                                  : placement().shouldShowNavigation() ? Qt::OpenHandCursor
-                                                                       : Qt::ArrowCursor;
-    if (cursor().shape() != shape) setCursor(shape);
+    }
 }
