@@ -189,7 +189,8 @@ void PBMainWindowController::buildWindow() {
     QObject::connect(
         _toolbarController, &ToolbarController::isFindingDidChange, _commands.get(),
         &WindowCommands::updateBars);
-    _infoFeed->connectWindow({.edits = nullptr, .browserPane = *_browserPane, .window = *_window});
+    _infoFeed->connectWindow(
+        {.chosen = *_choice, .browserPane = *_browserPane, .window = *_window});
     _commands->menu().setGroupMenu(*_groupMenus->groupMenu());
     _toolbar->setGroupMenu(*_groupMenus->buttonMenu(), [this](const QWidget& button) {
         _groupMenus->groupMenuBtnClicked(button);
