@@ -45,6 +45,7 @@
 #include "ui/MenuTracking.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
+#include "viewer/PBImageView.h"
 
 #include <QMainWindow>
 #include <QMenu>
@@ -364,6 +365,7 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
         .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
     _choice->setFocusOfLargeView(
         [this] { return _largeView->controller().bin().focusImageFileItem(); });
+    _infoFeed->setLargeView(&_largeView->controller().imageView());
     QObject::connect(&_services.edits, &fileactions::EditRunner::didEdit, _largeView.get(), [this] {
         _largeView->controller().itemsDidChange();
     });
