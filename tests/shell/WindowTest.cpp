@@ -107,12 +107,13 @@ struct WindowTest : ShellFixture {
 };
 
 TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelection) {
-    const QString always = u"addFolderAlias filter_Flag filter_Star find go_FirstItem go_LastItem "
-                           "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem quit "
-                           "recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
-                           "view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
-                           "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
-                           "view_SideBar view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
+    const QString always =
+        u"addFolderAlias filter_Flag filter_Star find go_FirstItem go_LastItem "
+        "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem manageTags quit "
+        "recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
+        "view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
+        "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
+        "view_SideBar view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
     const auto enabledBesides = [this](const QString& known) {
         openMenus();
         QStringList names;
