@@ -129,16 +129,30 @@ struct EditStormTest : RunningProgramTest {
         }
         if (columns.isEmpty()) columns = u"||' 0='"_s;
         const auto filter = controller->browsing().filter();
-        QStringList all = support::rowsOf(
-            catalogue, u"select FileName||' '||ifnull(FileStars,0)||' '||ifnull(FileFlag,0)||' '||"
+        const QStringList rows = support::rowsOf(
+            catalogue, u"select FileSize,Folder.RelativePath||'/'||FileName,FileName||' '||"
+                       "ifnull(FileStars,0)||' '||ifnull(FileFlag,0)||' '||"
                        "((cast(ifnull(RotateAngle,0) as integer)+720)%360)"_s +
-                           columns + u" from ImageFile where 1"_s +
+                           columns +
+                           u" from ImageFile join Folder on Folder.Id = FolderId where 1"_s +
                            ((filter & 1) != 0 ? u" and FileFlag = 1"_s : QString()) +
                            ((filter & 2) != 0 ? u" and FileStars > 0"_s : QString()));
+        QStringList all;
+        for (const QString& row : rows) {
+            // What was written anew under a filter that left it out waits for a scan without one.
+            const QFileInfo file(path(u"p/"_s + row.section(u'|', 1, 1)));
+            if (file.size() == row.section(u'|', 0, 0).toLongLong()) all += row.section(u'|', 2);
+        }
         all.sort();
         return all;
     }
 
+    static QString difference(QStringList shown, QStringList wanted) {
+        QStringList missing;
+        for (const QString& one : wanted)
+            if (!shown.removeOne(one)) missing += one;
+        return u"missing:\n"_s + missing.join(u'\n') + u"\ntoo much:\n"_s + shown.join(u'\n');
+    }
     std::mt19937 random{5};
     QByteArray picture;
     std::set<QString> files;
@@ -163,9 +177,9 @@ TEST_F(EditStormTest, noPhotographIsShownTwiceOrLostOrAtAnotherPlaceThanItsMarks
                 QCoreApplication::processEvents();
         }
         const bool isInStep = support::spinUntil(isQuiet, std::chrono::seconds(60));
-        EXPECT_TRUE(isInStep) << round << '\n'
-                              << shown().join(u'\n').toStdString() << "\ninstead of\n"
-                              << wanted().join(u'\n').toStdString();
+        EXPECT_TRUE(isInStep) << difference(shown(), wanted()).toStdString() << "\nround " << round
+                              << ", filter " << controller->browsing().filter() << ", idle "
+                              << controller->isIdle();
         if (!isInStep) break;
     }
     const QStringList before = shown();

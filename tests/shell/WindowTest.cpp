@@ -109,7 +109,7 @@ struct WindowTest : ShellFixture {
 TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelection) {
     const QString always =
         u"addFolderAlias filter_Flag filter_Star find go_FirstItem go_LastItem "
-        "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem quit "
+        "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem manageTags quit "
         "recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
         "view_CompactGroups view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
         "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
