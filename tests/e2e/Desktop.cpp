@@ -46,6 +46,7 @@ QProcessEnvironment Desktop::environment() const {
     for (const QString& foreign :
          support::words("WAYLAND_DISPLAY XAUTHORITY DBUS_SESSION_BUS_ADDRESS QT_STYLE_OVERRIDE"))
         environment.remove(foreign);
+    if (!_bus.isEmpty()) environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, _bus);
     return environment;
 }
 

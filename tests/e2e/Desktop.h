@@ -21,6 +21,8 @@ public:
     Desktop& operator=(const Desktop&) = delete;
 
     [[nodiscard]] bool isRunning() const { return _isManaged; }
+    /// Programs talk to that message bus; to none without it.
+    void setBus(const QString& address) { _bus = address; }
     /// For programs that are to show themselves here.
     [[nodiscard]] QProcessEnvironment environment() const;
 
@@ -54,6 +56,7 @@ private:
     QProcess _server;
     QProcess _windowManager;
     QString _display;
+    QString _bus;
     bool _isManaged = false;
 };
 

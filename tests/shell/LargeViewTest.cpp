@@ -133,8 +133,11 @@ TEST_F(LargeViewTest, followsTheTreeByGroupBySelectionAndByRequest) {
 
     delegate.requested = std::make_shared<PBOpenFiles>(
         PBOpenFolderArray{std::make_shared<PBOpenFolderObject>(PBOpenFolderObject{
+            .folderId = 0,
             .folderPath = path(u"photos"),
-            .fileArray = {std::make_shared<PBOpenFileObject>(0, u"a"_s)}})});
+            .focusOpenFileObj = nullptr,
+            .fileArray = {std::make_shared<PBOpenFileObject>(0, u"a"_s)},
+            .notFileArray = {}})});
     publish(items);
     EXPECT_EQ(shown(), u"A|a");
     large().view_ThumbnailView();
