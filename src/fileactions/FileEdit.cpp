@@ -20,6 +20,7 @@ FileOutcome outcomeOf(const RemovalResult& result) {
         .inverse = FileEdit::takingBack(result),
         .made = {},
         .gone = result.deleted,
+        .changedRows = {},
         .isCancelled = result.isCancelled,
         .failure = result.failure,
         .failedCount = result.failedCount};
@@ -114,6 +115,7 @@ FileOutcome FileEditor::restore(const FileEdit::RestoreFiles& edit) const {
         .inverse = {},
         .made = {},
         .gone = {},
+        .changedRows = {},
         .isCancelled = result.isCancelled,
         .failure = result.failure,
         .failedCount = result.failedCount};

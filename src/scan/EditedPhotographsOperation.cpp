@@ -17,6 +17,75 @@
 
 using platform::Presence;
 
+namespace {
+
+bool isInScope(const PBScanDictionary& dictionary, qint64 folderId) {
+    const auto& scope = dictionary.Scope;
+    if (!scope || !scope->root) return false;
+    FMResultSet folder = dictionary.Database->executeQuery(
+        QStringLiteral("select AliasId,ifnull(RelativePath,'') from Folder where Id = ?"),
+        folderId);
+    if (!folder.next()) return false;
+    const qint64 aliasId = folder.longLongIntForColumnIndex(0);
+    const QString path = folder.stringForColumnIndex(1);
+    folder.close();
+    if (aliasId != scope->root->aliasId()) {
+        const auto nested = dictionary.services->aliasManager.findSubAliasByAliasObject(
+            *scope->root, scope->relativePath);
+        return scope->recurseSubFolder && std::ranges::any_of(nested, [&](const auto& root) {
+                   return root->aliasId() == aliasId;
+               });
+    }
+    if (!scope->recurseSubFolder) return path == scope->relativePath;
+    return scope->relativePath.isEmpty() ||
+           PBUtilities::comparePath(scope->relativePath, path) >= 0;
+}
+
+/// Puts the photographs of these rows into the work tree that belong there; answers whether any
+/// came in.
+bool takeInRows(const PBScanDictionary& dictionary, const std::unordered_set<qint64>& fileIds) {
+    const std::vector<qint64> ids(fileIds.begin(), fileIds.end());
+    std::vector<group::ImageFileRow> rows;
+    FMResultSet cursor =
+        dictionary.Database->executeQuery(group::ImageFileRow::queryForIds(), marks::idsText(ids));
+    while (cursor.next())
+        rows.push_back(group::ImageFileRow::fromResultSet(cursor));
+    cursor.close();
+
+    group::GroupingStep step(
+        dictionary.groupingParameters(), *dictionary.Database, dictionary.services->places);
+    const group::CatalogueFolderPaths paths(
+        *dictionary.Database, dictionary.services->aliasManager);
+    step.willInsert(rows);
+    ThumbnailsToBuild thumbnails(dictionary);
+    bool hasTakenIn = false;
+    for (const group::ImageFileRow& row : rows) {
+        const QString folder = paths.pathOfFolderId(row.folderId);
+        if (folder.isEmpty() || !isInScope(dictionary, row.folderId)) continue;
+        const QString path = platform::pathInFolder(folder, row.fileName);
+        const auto [presence, values] = platform::FileManager::look(path);
+        const bool isOther =
+            presence == Presence::There && (static_cast<quint64>(values.fileSize) != row.fileSize ||
+                                            values.modificationDate != row.modificationDate);
+        // What is not the row's file any more is left to the passes.
+        if (presence == Presence::Gone || isOther) continue;
+        const auto item = step.insert(row, folder);
+        if (!item) continue;
+        item->setIsAway(presence == Presence::Unknown);
+        dictionary.ShownAhead->insert(row.id);
+        hasTakenIn = true;
+        if (presence == Presence::There) {
+            thumbnails.add(
+                *item, dictionary.services->imageImporterManager.imageImporterForImageURL(path),
+                true);
+        }
+    }
+    thumbnails.queueAll();
+    return hasTakenIn;
+}
+
+} // namespace
+
 void EditedPhotographsOperation::runWithOwnerNSOperation(
     platform::Operation& /*owner*/, bool isLast) {
     PBGroupItemArray& tree = *_dictionary->WorkGroupItemArray;
@@ -40,68 +109,21 @@ void EditedPhotographsOperation::tellOthers(const PBImageFileList& inTree) const
     if (!others.empty()) _edited.readAgain(std::move(others));
 }
 
-bool EditedPhotographsOperation::isInScope(qint64 folderId) const {
-    const auto& scope = _dictionary->Scope;
-    if (!scope || !scope->root) return false;
-    FMResultSet folder = _dictionary->Database->executeQuery(
-        QStringLiteral("select AliasId,ifnull(RelativePath,'') from Folder where Id = ?"),
-        folderId);
-    if (!folder.next()) return false;
-    const qint64 aliasId = folder.longLongIntForColumnIndex(0);
-    const QString path = folder.stringForColumnIndex(1);
-    folder.close();
-    if (aliasId != scope->root->aliasId()) {
-        const auto nested = _dictionary->services->aliasManager.findSubAliasByAliasObject(
-            *scope->root, scope->relativePath);
-        return scope->recurseSubFolder && std::ranges::any_of(nested, [&](const auto& root) {
-                   return root->aliasId() == aliasId;
-               });
-    }
-    if (!scope->recurseSubFolder) return path == scope->relativePath;
-    return scope->relativePath.isEmpty() ||
-           PBUtilities::comparePath(scope->relativePath, path) >= 0;
-}
-
 bool EditedPhotographsOperation::takeIn(const std::unordered_set<qint64>& fileIds) const {
     // Without a filter and a search whatever is not in the tree is yet to come, or does not belong.
     if (fileIds.empty() || (_dictionary->Filter == 0 && _dictionary->SearchString.isEmpty()))
         return false;
-    const std::vector<qint64> ids(fileIds.begin(), fileIds.end());
-    std::vector<group::ImageFileRow> rows;
-    FMResultSet cursor = _dictionary->Database->executeQuery(
-        group::ImageFileRow::queryForIds(), marks::idsText(ids));
-    while (cursor.next())
-        rows.push_back(group::ImageFileRow::fromResultSet(cursor));
-    cursor.close();
+    return takeInRows(*_dictionary, fileIds);
+}
 
-    group::GroupingStep step(
-        _dictionary->groupingParameters(), *_dictionary->Database, _dictionary->services->places);
-    const group::CatalogueFolderPaths paths(
-        *_dictionary->Database, _dictionary->services->aliasManager);
-    step.willInsert(rows);
-    ThumbnailsToBuild thumbnails(*_dictionary);
-    bool hasTakenIn = false;
-    for (const group::ImageFileRow& row : rows) {
-        const QString folder = paths.pathOfFolderId(row.folderId);
-        if (folder.isEmpty() || !isInScope(row.folderId)) continue;
-        const QString path = platform::pathInFolder(folder, row.fileName);
-        const auto [presence, values] = platform::FileManager::look(path);
-        const bool isOther =
-            presence == Presence::There && (static_cast<quint64>(values.fileSize) != row.fileSize ||
-                                            values.modificationDate != row.modificationDate);
-        // What is not the row's file any more is left to the passes.
-        if (presence == Presence::Gone || isOther) continue;
-        const auto item = step.insert(row, folder);
-        if (!item) continue;
-        item->setIsAway(presence == Presence::Unknown);
-        _dictionary->ShownAhead->insert(row.id);
-        hasTakenIn = true;
-        if (presence == Presence::There) {
-            thumbnails.add(
-                *item, _dictionary->services->imageImporterManager.imageImporterForImageURL(path),
-                true);
-        }
-    }
-    thumbnails.queueAll();
-    return hasTakenIn;
+void MovedPhotographsOperation::runWithOwnerNSOperation(
+    platform::Operation& /*owner*/, bool isLast) {
+    const std::unordered_set<qint64> moved(_fileIds.begin(), _fileIds.end());
+    std::unordered_set<qint64> wanted = moved;
+    const PBImageFileList before =
+        group::removeItemsWithIds(*_dictionary->WorkGroupItemArray, wanted);
+    // A running pass may hold their former rows.
+    _dictionary->EditedMeanwhile->insert(moved.begin(), moved.end());
+    const bool hasTakenIn = takeInRows(*_dictionary, moved);
+    if (isLast && (hasTakenIn || !before.empty())) publishWorkTree(*_dictionary, true);
 }

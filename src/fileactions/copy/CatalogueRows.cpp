@@ -47,10 +47,14 @@ void CatalogueRows::settle() {
         bool isDone = ids.empty() || ledger.retrace(ids, _roots);
         for (const Moved& moved : _moved)
             isDone = isDone && ledger.setIdentity(moved.fileId, moved.identity);
-        if (isDone && ledger.countEdit()) static_cast<void>(_transaction->commit());
+        if (isDone && ledger.countEdit() && _transaction->commit()) {
+            _changedRows.insert(_changedRows.end(), ids.begin(), ids.end());
+            _changedRows.insert(_changedRows.end(), _cleared.begin(), _cleared.end());
+        }
     }
     _transaction.reset();
     _moved.clear();
+    _cleared.clear();
     _folders.clear();
 }
 
@@ -116,9 +120,7 @@ void CatalogueRows::moveRow(qint64 fileId, Folder& folder, const QByteArray& toP
 void CatalogueRows::leaveRoots(qint64 fileId, const QByteArray& toPath) {
     const auto values = platform::FileManager::resourceValues(QFile::decodeName(toPath));
     const auto identity = values ? values->identity : platform::FileIdentity();
-    static_cast<void>(
-        marks::MarksLedger(*_both).leaveCatalogue(fileId, toPath, identity) &&
-        PBCatalogue(*_both).removeImageFileAndMetadataWithFileId(fileId));
+    if (marks::MarksLedger(*_both).leaveCatalogue(fileId, toPath, identity)) removeRow(fileId);
 }
 
 void CatalogueRows::moveLostMarks(const QByteArray& path, const QByteArray& toPath) {
@@ -132,8 +134,12 @@ void CatalogueRows::clearPlace(const QByteArray& path, bool withMarks) {
     marks::MarksLedger ledger(*_both);
     const bool isCleared =
         !withMarks || (ledger.removePhotograph(fileId) && ledger.removeLost(path));
-    if (isCleared && fileId > 0)
-        static_cast<void>(PBCatalogue(*_both).removeImageFileAndMetadataWithFileId(fileId));
+    if (isCleared && fileId > 0) removeRow(fileId);
+}
+
+void CatalogueRows::removeRow(qint64 fileId) {
+    if (PBCatalogue(*_both).removeImageFileAndMetadataWithFileId(fileId))
+        _cleared.push_back(fileId);
 }
 
 void CatalogueRows::replaced(const QByteArray& path) {

@@ -50,6 +50,9 @@ public:
     void replaced(const QByteArray& path) override;
     void settle() override;
 
+    /// The rows, by their ids, that went elsewhere with their files, or out of the catalogue.
+    [[nodiscard]] const std::vector<qint64>& changedRows() const { return _changedRows; }
+
 private:
     /// So long the catalogue is kept from others at most, but for the time of one rename.
     static constexpr std::chrono::milliseconds longestTransaction{50};
@@ -66,6 +69,7 @@ private:
     void moveLostMarks(const QByteArray& path, const QByteArray& toPath);
     /// Takes what another file had at this path out of the catalogue.
     void clearPlace(const QByteArray& path, bool withMarks);
+    void removeRow(qint64 fileId);
 
     const Environment _environment;
     std::unique_ptr<FMDatabase> _both;
@@ -78,7 +82,9 @@ private:
         qint64 fileId;
         platform::FileIdentity identity;
     };
-    std::vector<Moved> _moved; ///< within the transaction
+    std::vector<Moved> _moved;    ///< within the transaction
+    std::vector<qint64> _cleared; ///< the same
+    std::vector<qint64> _changedRows;
 };
 
 } // namespace fileactions

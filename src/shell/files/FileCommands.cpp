@@ -2,7 +2,6 @@
 
 #include "codec/PBImageImporterManager.h"
 #include "core/FileTypes.h"
-#include "core/PBAppDelegate.h"
 #include "group/ItemOrder.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "platform/desktop/Pasteboard.h"
@@ -264,11 +263,6 @@ void FileCommands::runRemoval(bool forGood) {
              }});
 }
 
-bool FileCommands::isOnShow(const QByteArray& path) const {
-    const QByteArray folder = QFile::encodeName(_environment.selectedFolder());
-    return !folder.isEmpty() && path.startsWith(folder + '/');
-}
-
 void FileCommands::finished(const FileOutcome& outcome, const Name& name) {
     showChanges(outcome);
     if (outcome.inverse.isEmpty()) return;
@@ -279,16 +273,8 @@ void FileCommands::finished(const FileOutcome& outcome, const Name& name) {
 }
 
 void FileCommands::showChanges(const FileOutcome& outcome) {
-    if (outcome.made.empty() && outcome.gone.empty()) return;
-    // Rows that came with their files are no news for those who look for new files.
-    const bool isMove = !outcome.gone.empty() && !outcome.made.empty();
-    if (isMove) {
-        _environment.services.ledgerDidChange();
-        if (std::ranges::any_of(
-                outcome.made, [this](const QByteArray& path) { return isOnShow(path); }))
-            _environment.delegate.scan();
-    }
-    Q_EMIT filesDidChange();
+    if (!outcome.changedRows.empty()) _environment.services.rowsDidChange(outcome.changedRows);
+    if (!outcome.made.empty() || !outcome.gone.empty()) Q_EMIT filesDidChange();
 }
 
 void FileCommands::perform(

@@ -11,7 +11,6 @@
 #include <vector>
 
 class ChosenPhotographs;
-class PBAppDelegate;
 class PBGroupTreeDataSource;
 class PBImageImporterManager;
 class QMimeData;
@@ -27,7 +26,6 @@ class FileCommands final : public QObject {
 
 public:
     struct Environment {
-        PBAppDelegate& delegate;
         PBImageImporterManager& imageImporterManager;
         const PBGroupTreeDataSource& groupTreeDataSource;
         const FileServices& services;
@@ -88,7 +86,6 @@ private:
     [[nodiscard]] std::vector<QByteArray> chosenPaths() const;
     void finished(const fileactions::FileOutcome& outcome, const Name& name);
     void showChanges(const fileactions::FileOutcome& outcome);
-    [[nodiscard]] bool isOnShow(const QByteArray& path) const;
 
     const Environment _environment;
 };
