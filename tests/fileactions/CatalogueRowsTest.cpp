@@ -48,13 +48,16 @@ struct CatalogueRowsTest : MarksTest {
         }
         return std::nullopt;
     }
+    fileactions::CatalogueRows::Environment environment() {
+        return {
+            .connect = [this] { return marks::MarksLedger::connect(filesPath, marksPath); },
+            .mountedRoots = [this] { return roots; },
+            .placeOfFolder = [this](const QString& path) { return placeOf(path); },
+            .rowsWillChange = [this] { ++told; }};
+    }
     void transfer(Kind kind, const QByteArray& from, const QByteArray& folder) {
         prompts.answers = {{fileactions::FilePrompts::Answer::Replace, false}};
-        fileactions::CatalogueRows rows(
-            {.connect = [this] { return marks::MarksLedger::connect(filesPath, marksPath); },
-             .mountedRoots = [this] { return roots; },
-             .placeOfFolder = [this](const QString& path) { return placeOf(path); },
-             .rowsWillChange = [this] { ++told; }});
+        fileactions::CatalogueRows rows(environment());
         fileactions::FileTransfer transfer(
             {.files = files,
              .temporaries = temporaries,
@@ -116,6 +119,12 @@ TEST_F(CatalogueRowsTest, aMovedPhotographKeepsRowAndMarksOverDisksRootsAndBeyon
     EXPECT_EQ(ledger(), QStringList(u"4 out/x.jpg"_s));
     transfer(Kind::Move, "out/x.jpg", "b");
     EXPECT_EQ(ledger(), QStringList(u"4 b/x.jpg"_s));
+    // One that comes back from the trash is shown again by its row.
+    const qint64 another = add("a/y.jpg", 0);
+    fileactions::CatalogueRows following(environment());
+    following.returned(QFile::encodeName(at("a/y.jpg")));
+    following.settle();
+    EXPECT_EQ(following.changedRows(), std::vector<qint64>{another});
 }
 
 TEST_F(CatalogueRowsTest, whatIsWrittenOverTakesItsMarksAlongAndCopiesTakeNone) {

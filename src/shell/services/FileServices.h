@@ -19,7 +19,8 @@ struct FileServices {
     std::function<marks::RootPaths()> mountedRoots;
     /// Rows are about to change behind the scans. Any thread.
     std::function<void()> rowsWillChange;
-    /// These rows went elsewhere with their files, or out of the catalogue. Main thread.
+    /// These rows went elsewhere with their files, or out of the catalogue, or have their files
+    /// again. Main thread.
     std::function<void(std::vector<qint64> fileIds)> rowsDidChange;
     /// Takes photographs out of the work tree, whose files are gone. Main thread.
     std::function<void(std::vector<PBGroupItemChain> chains)> removeFromWorkTree;
