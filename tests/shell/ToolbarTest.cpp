@@ -38,7 +38,7 @@ TEST_F(MainToolbarTest, whatFollowsTheFirstItemKeepsToTheSidebarAsLongAsThereIsR
 
     for (const bool captions : {false, true}) {
         toolbar->setCaptions(captions);
-        for (const int width : {1600, 900, 720, 560}) {
+        for (const int width : {1600, 900, 720, 640}) {
             window.resize(width, 300);
             layOut();
             int end = 0;

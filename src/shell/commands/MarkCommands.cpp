@@ -5,6 +5,7 @@
 #include "shell/services/ChosenPhotographs.h"
 
 #include <QShortcut>
+#include <QWidget>
 
 using Command = MenuCommand;
 using Edit = fileactions::PhotographEdit;

@@ -19,7 +19,7 @@ using platform::localizedString;
 
 namespace {
 
-constexpr int itemSpacing = 10;
+constexpr int itemSpacing = 7;
 constexpr QMargins barMargins(14, 5, 14, 6);
 constexpr int smallestAutoSpace = 20;
 constexpr int smallestSidebar = 200;

@@ -194,8 +194,6 @@ void ToolbarController::validateVisibleItems() {
     const std::pair<QAction*, Command> items[] = {
         {toolbar.backAction(), Command::back},
         {toolbar.forwardAction(), Command::forward},
-        {toolbar.flagAction(), Command::flagClicked},
-        {toolbar.ratingAction(), Command::ratingMenuClicked},
         {toolbar.rotateLeftAction(), Command::rotate},
         {toolbar.rotateRightAction(), Command::rotate},
         {toolbar.shareAction(), Command::shareClicked},
@@ -203,13 +201,14 @@ void ToolbarController::validateVisibleItems() {
     };
     for (const auto& [action, command] : items)
         action->setEnabled(_validation.isEnabled(command));
-    const auto showMark = [this](QAction* action, Command command, const QString& image) {
-        const bool isMarked = _validation.isMarked(command);
+    const ToolbarValidation::Marks marks = _validation.marks();
+    const auto showMark = [&](QAction* action, bool isMarked, const QString& image) {
+        action->setEnabled(marks.isEnabled);
         action->setIcon(
             Icons::named(image + (isMarked ? QStringLiteral("_s") : QStringLiteral("_n"))));
     };
-    showMark(toolbar.flagAction(), Command::flagClicked, QStringLiteral("flag_16"));
-    showMark(toolbar.ratingAction(), Command::ratingMenuClicked, QStringLiteral("star_16"));
+    showMark(toolbar.flagAction(), marks.areAllFlagged, QStringLiteral("flag_16"));
+    showMark(toolbar.ratingAction(), marks.areAllRated, QStringLiteral("star_16"));
     updateHistoryTips();
 }
 

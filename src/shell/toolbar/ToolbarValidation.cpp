@@ -56,13 +56,17 @@ bool ToolbarValidation::isEnabled(Command command) {
     return enabled;
 }
 
-bool ToolbarValidation::isMarked(Command command) {
-    beginValidateToolbarItem(toolbarItemSelectStatus(command));
-    const bool isMarked =
-        !_selectedFileArray.empty() &&
-        std::ranges::all_of(_selectedFileArray, [&](const auto& item) {
-            return command == Command::flagClicked ? item->flagged() : item->star() > 0;
-        });
+ToolbarValidation::Marks ToolbarValidation::marks() {
+    beginValidateToolbarItem(toolbarItemSelectStatus(Command::flagClicked));
+    const PBImageFileList& chosen = _selectedFileArray;
+    const Marks marks{
+        .isEnabled = validateToolbarItem(Command::flagClicked),
+        .areAllFlagged =
+            !chosen.empty() &&
+            std::ranges::all_of(chosen, [](const auto& item) { return item->flagged(); }),
+        .areAllRated = !chosen.empty() && std::ranges::all_of(chosen, [](const auto& item) {
+            return item->star() > 0;
+        })};
     endValidateToolbarItem();
-    return isMarked;
+    return marks;
 }

@@ -42,8 +42,13 @@ public:
 
     /// The three in one, for one command.
     [[nodiscard]] bool isEnabled(Command command);
-    /// Whether all that is chosen has the mark that the command sets; false where nothing is.
-    [[nodiscard]] bool isMarked(Command command);
+    /// What the buttons of flag and stars show: one look at all that is chosen.
+    struct Marks {
+        bool isEnabled = false;
+        bool areAllFlagged = false; ///< false where nothing is chosen
+        bool areAllRated = false;
+    };
+    [[nodiscard]] Marks marks();
 
 private:
     const Environment _environment;
