@@ -107,6 +107,8 @@ WholeCopy::write(const QByteArray& content, const QByteArray& destination, IfTak
 std::error_code
 WholeCopy::removeSource(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken) {
     const auto error = _environment.files.remove(source);
+    // Somebody else was quicker: the other end is all that there is now.
+    if (error == std::errc::no_such_file_or_directory) return {};
     // As it was, but where the other end has lost its former file already.
     if (error && ifTaken == IfTaken::Refuse)
         static_cast<void>(_environment.files.remove(destination));
