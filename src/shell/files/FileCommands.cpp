@@ -149,8 +149,11 @@ void FileCommands::copy(bool cut) {
     platform::assertMainThread();
     const std::vector<QByteArray> paths = chosenPaths();
     if (paths.empty()) return;
-    auto data = std::make_unique<PhotographMimeData>(
-        [importers = &_environment.imageImporterManager](const QString& path) {
+    auto data =
+        std::make_unique<PhotographMimeData>([importers = &_environment.imageImporterManager,
+                                              alive = std::weak_ptr(_alive)](const QString& path) {
+            // Others may ask for what is on the pasteboard until the very end of the program.
+            if (alive.expired()) return QImage();
             const auto importer = importers->imageImporterForImageURL(path);
             return importer ? importer->createImageWithMaxSize(0, 0) : QImage();
         });

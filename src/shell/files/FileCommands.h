@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 class ChosenPhotographs;
@@ -88,4 +89,6 @@ private:
     void showChanges(const fileactions::FileOutcome& outcome);
 
     const Environment _environment;
+    /// Expires with this object; looked at on the main thread only.
+    const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
 };
