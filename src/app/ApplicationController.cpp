@@ -15,6 +15,7 @@
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 #include "scan/AttachedOperations.h"
+#include "scan/EditedPhotographsOperation.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/panes/NoticeBar.h"
@@ -219,6 +220,14 @@ ShellServices ApplicationController::shellServices() {
     };
 }
 
+void ApplicationController::attach(
+    const std::function<std::shared_ptr<PBScanAttachOperation>(PBScanDictionaryRef)>& make) {
+    const auto& work = _scanPipeline->groupTreeDataSource().groupItemArray_work();
+    if (!work) return;
+    const ScanFactory& factory = _scanPipeline->factory();
+    factory.attach(make(factory.makeDictionary(nullptr, {}, work, scanBrowsing())));
+}
+
 void ApplicationController::makeFileServices() {
     const QString journal =
         platform::pathInFolder(platform::StandardFolders::dataFolder(), u"unfinished-files");
@@ -226,14 +235,18 @@ void ApplicationController::makeFileServices() {
         .connect = [this] { return _marks->connect(); },
         .mountedRoots = [this] { return _marks->roots(); },
         .rowsWillChange = [this] { _scanPipeline->factory().rowsWillChange(); },
-        .ledgerDidChange = [this] { _marks->ledgerDidChange(); },
+        .rowsDidChange =
+            [this](std::vector<qint64> fileIds) {
+                _marks->ledgerDidChange();
+                attach([fileIds = std::move(fileIds)](PBScanDictionaryRef dictionary) {
+                    return std::make_shared<MovedPhotographsOperation>(dictionary, fileIds);
+                });
+            },
         .removeFromWorkTree =
             [this](std::vector<PBGroupItemChain> chains) {
-                const auto& work = _scanPipeline->groupTreeDataSource().groupItemArray_work();
-                if (!work) return;
-                const ScanFactory& factory = _scanPipeline->factory();
-                factory.attach(std::make_shared<PBRemoveFileItemOperation>(
-                    factory.makeDictionary(nullptr, {}, work, scanBrowsing()), std::move(chains)));
+                attach([chains = std::move(chains)](PBScanDictionaryRef dictionary) {
+                    return std::make_shared<PBRemoveFileItemOperation>(dictionary, chains);
+                });
             },
         .journalPath = QFile::encodeName(journal)};
 }

@@ -104,6 +104,9 @@ private:
     void watchFolders();
     /// What commands on files need of the rest.
     void makeFileServices();
+    /// Has work done on the present work tree.
+    void
+    attach(const std::function<std::shared_ptr<PBScanAttachOperation>(PBScanDictionaryRef)>& make);
     [[nodiscard]] ScanControl::Selection selection();
     [[nodiscard]] ScanBrowsing scanBrowsing() const;
     void noteScreen();

@@ -122,10 +122,12 @@ FileOutcome FileEditor::restore(const FileEdit::RestoreFiles& edit) const {
     FileEdit::DiscardFiles back;
     for (const auto& file : result.trashed) {
         outcome.made.push_back(file.originalPath);
+        _environment.rows.returned(file.originalPath);
         Entry now;
         if (!_environment.files.look(file.originalPath, now))
             back.files.push_back({file.originalPath, now});
     }
+    _environment.rows.settle();
     if (!back.files.empty()) outcome.inverse = {std::move(back)};
     return outcome;
 }

@@ -39,7 +39,8 @@ struct FileOutcome {
     FileEdit inverse;
     std::vector<QByteArray> made; ///< paths that have files now
     std::vector<QByteArray> gone; ///< paths that had
-    /// Rows of the catalogue that went elsewhere with their files, or out of it.
+    /// Rows of the catalogue that went elsewhere with their files, or out of it, or have their
+    /// files again.
     std::vector<qint64> changedRows;
     bool isCancelled = false;
     /// Of what went wrong without having been told yet; `failedCount` 0: nothing.

@@ -54,7 +54,7 @@ TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     desktop.key(u"ctrl+d"_s);
     EXPECT_TRUE(exists(beside(base + u" copy.jpg"_s)));
     EXPECT_TRUE(shows(93));
-    choose({u"&File"_s, u"&Duplicate"_s});
+    choose({u"File"_s, u"Duplicate"_s});
     EXPECT_TRUE(exists(beside(base + u" copy 1.jpg"_s)));
     EXPECT_TRUE(shows(94));
 
@@ -76,7 +76,7 @@ TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     chooseFolder(outside);
     EXPECT_TRUE(exists(outside + u'/' + name));
     waitForFocus(u"PBImageBrowserView"_s);
-    choose({u"&File"_s, u"&Copy To…"_s});
+    choose({u"File"_s, u"Copy To…"_s});
     chooseFolder(outside);
     answer(u"Replace"_s);
     waitForFocus(u"PBImageBrowserView"_s);
@@ -87,7 +87,7 @@ TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     EXPECT_TRUE(QFile::exists(path));
     desktop.key(u"ctrl+a"_s);
     ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
-    choose({u"&File"_s, u"&Move To…"_s});
+    choose({u"File"_s, u"Move To…"_s});
     chooseFolder(outside);
     answer(u"Skip"_s, true);
     EXPECT_TRUE(exists(outside + u'/' + name));

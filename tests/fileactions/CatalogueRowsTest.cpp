@@ -48,13 +48,16 @@ struct CatalogueRowsTest : MarksTest {
         }
         return std::nullopt;
     }
+    fileactions::CatalogueRows::Environment environment() {
+        return {
+            .connect = [this] { return marks::MarksLedger::connect(filesPath, marksPath); },
+            .mountedRoots = [this] { return roots; },
+            .placeOfFolder = [this](const QString& path) { return placeOf(path); },
+            .rowsWillChange = [this] { ++told; }};
+    }
     void transfer(Kind kind, const QByteArray& from, const QByteArray& folder) {
         prompts.answers = {{fileactions::FilePrompts::Answer::Replace, false}};
-        fileactions::CatalogueRows rows(
-            {.connect = [this] { return marks::MarksLedger::connect(filesPath, marksPath); },
-             .mountedRoots = [this] { return roots; },
-             .placeOfFolder = [this](const QString& path) { return placeOf(path); },
-             .rowsWillChange = [this] { ++told; }});
+        fileactions::CatalogueRows rows(environment());
         fileactions::FileTransfer transfer(
             {.files = files,
              .temporaries = temporaries,
@@ -66,6 +69,7 @@ struct CatalogueRowsTest : MarksTest {
                 kind, {QFile::encodeName(at(from))}, QFile::encodeName(at(folder))),
             std::stop_token());
         EXPECT_EQ(result.files.size(), 1U);
+        changed = rows.changedRows();
     }
     /// "id path" of all rows of the catalogue.
     QString rows() {
@@ -92,6 +96,7 @@ struct CatalogueRowsTest : MarksTest {
     support::ScriptedPrompts prompts;
     fileactions::TemporaryFiles temporaries{files, {}};
     int told = 0;
+    std::vector<qint64> changed; ///< by the last transfer
 };
 
 TEST_F(CatalogueRowsTest, aMovedPhotographKeepsRowAndMarksOverDisksRootsAndBeyond) {
@@ -106,12 +111,20 @@ TEST_F(CatalogueRowsTest, aMovedPhotographKeepsRowAndMarksOverDisksRootsAndBeyon
         EXPECT_EQ(rows(), u"%1 1/x.jpg"_s.arg(id));
     }
     EXPECT_GE(told, 4);
+    EXPECT_EQ(changed, std::vector<qint64>{id});
     // Out of all roots, where the catalogue has nothing, and back.
     transfer(Kind::Move, "a/x.jpg", "out");
     EXPECT_EQ(rows(), QString());
+    EXPECT_EQ(changed, std::vector<qint64>{id});
     EXPECT_EQ(ledger(), QStringList(u"4 out/x.jpg"_s));
     transfer(Kind::Move, "out/x.jpg", "b");
     EXPECT_EQ(ledger(), QStringList(u"4 b/x.jpg"_s));
+    // One that comes back from the trash is shown again by its row.
+    const qint64 another = add("a/y.jpg", 0);
+    fileactions::CatalogueRows following(environment());
+    following.returned(QFile::encodeName(at("a/y.jpg")));
+    following.settle();
+    EXPECT_EQ(following.changedRows(), std::vector<qint64>{another});
 }
 
 TEST_F(CatalogueRowsTest, whatIsWrittenOverTakesItsMarksAlongAndCopiesTakeNone) {
@@ -133,6 +146,7 @@ TEST_F(CatalogueRowsTest, aCatalogueThatIsLockedHoldsNoMoveUp) {
     transfer(Kind::Move, "a/x.jpg", "b");
     ASSERT_TRUE(other.executeUpdate(u"rollback"_s));
     EXPECT_EQ(rows(), u"%1 1/x.jpg"_s.arg(id)); // for the next scan to find
+    EXPECT_TRUE(changed.empty());
     EXPECT_TRUE(QFile::exists(at("b/x.jpg")));
 }
 

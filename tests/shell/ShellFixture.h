@@ -165,7 +165,7 @@ struct ShellFixture : LibraryTest {
         .connect = [] { return nullptr; },
         .mountedRoots = [] { return marks::RootPaths(); },
         .rowsWillChange = [] {},
-        .ledgerDidChange = [] {},
+        .rowsDidChange = [](const std::vector<qint64>&) {},
         .removeFromWorkTree =
             [this](std::vector<PBGroupItemChain> chains) { removedChains = std::move(chains); },
         .journalPath = {}};

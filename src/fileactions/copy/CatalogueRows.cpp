@@ -22,6 +22,7 @@ void CatalogueRows::begin() {
     const auto now = std::chrono::steady_clock::now();
     if (_transaction && now - _begun < longestTransaction) return;
     settle();
+    if (_failed && now - *_failed < pauseAfterFailure) return;
     if (!_both && !_isUnreachable) {
         _both = _environment.connect();
         _isUnreachable = _both == nullptr;
@@ -32,6 +33,7 @@ void CatalogueRows::begin() {
     _begun = std::chrono::steady_clock::now();
     if (!_transaction->isOpen() || !marks::bindLedger(*_both, _roots)) {
         _transaction.reset();
+        _failed = std::chrono::steady_clock::now();
         return;
     }
     // Within the transaction: who asks the catalogue again waits for its end.
@@ -49,12 +51,12 @@ void CatalogueRows::settle() {
             isDone = isDone && ledger.setIdentity(moved.fileId, moved.identity);
         if (isDone && ledger.countEdit() && _transaction->commit()) {
             _changedRows.insert(_changedRows.end(), ids.begin(), ids.end());
-            _changedRows.insert(_changedRows.end(), _cleared.begin(), _cleared.end());
+            _changedRows.insert(_changedRows.end(), _others.begin(), _others.end());
         }
     }
     _transaction.reset();
     _moved.clear();
-    _cleared.clear();
+    _others.clear();
     _folders.clear();
 }
 
@@ -138,8 +140,13 @@ void CatalogueRows::clearPlace(const QByteArray& path, bool withMarks) {
 }
 
 void CatalogueRows::removeRow(qint64 fileId) {
-    if (PBCatalogue(*_both).removeImageFileAndMetadataWithFileId(fileId))
-        _cleared.push_back(fileId);
+    if (PBCatalogue(*_both).removeImageFileAndMetadataWithFileId(fileId)) _others.push_back(fileId);
+}
+
+void CatalogueRows::returned(const QByteArray& path) {
+    begin();
+    const qint64 fileId = _transaction ? rowOf(path) : 0;
+    if (fileId > 0) _others.push_back(fileId);
 }
 
 void CatalogueRows::replaced(const QByteArray& path) {

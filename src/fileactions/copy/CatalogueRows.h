@@ -48,14 +48,18 @@ public:
     void begin() override;
     void moved(const QByteArray& path, const QByteArray& toPath) override;
     void replaced(const QByteArray& path) override;
+    void returned(const QByteArray& path) override;
     void settle() override;
 
-    /// The rows, by their ids, that went elsewhere with their files, or out of the catalogue.
+    /// The rows, by their ids, that went elsewhere with their files, or out of the catalogue, or
+    /// have their files again.
     [[nodiscard]] const std::vector<qint64>& changedRows() const { return _changedRows; }
 
 private:
     /// So long the catalogue is kept from others at most, but for the time of one rename.
     static constexpr std::chrono::milliseconds longestTransaction{50};
+    /// So long nobody waits for a catalogue that was locked: 10,000 files are not held up.
+    static constexpr std::chrono::seconds pauseAfterFailure{10};
 
     struct Folder {
         std::optional<Place> place;
@@ -77,13 +81,14 @@ private:
     marks::RootPaths _roots;
     std::unique_ptr<FMTransaction> _transaction; // goes before its connection
     std::chrono::steady_clock::time_point _begun;
+    std::optional<std::chrono::steady_clock::time_point> _failed;
     QHash<QByteArray, Folder> _folders; ///< of the transaction
     struct Moved {
         qint64 fileId;
         platform::FileIdentity identity;
     };
-    std::vector<Moved> _moved;    ///< within the transaction
-    std::vector<qint64> _cleared; ///< the same
+    std::vector<Moved> _moved;   ///< within the transaction
+    std::vector<qint64> _others; ///< changed within it otherwise
     std::vector<qint64> _changedRows;
 };
 

@@ -15,6 +15,8 @@ public:
     virtual void moved(const QByteArray& /*path*/, const QByteArray& /*toPath*/) {}
     /// The file at the path is about to become another photograph, or is one now.
     virtual void replaced(const QByteArray& /*path*/) {}
+    /// A file is back where it was, where its row may have stayed.
+    virtual void returned(const QByteArray& /*path*/) {}
     /// Stores what came since `begin`. Called before anything that takes time.
     virtual void settle() {}
 };

@@ -2,7 +2,6 @@
 
 #include "codec/PBImageImporterManager.h"
 #include "core/FileTypes.h"
-#include "core/PBAppDelegate.h"
 #include "group/ItemOrder.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "platform/desktop/Pasteboard.h"
@@ -150,8 +149,11 @@ void FileCommands::copy(bool cut) {
     platform::assertMainThread();
     const std::vector<QByteArray> paths = chosenPaths();
     if (paths.empty()) return;
-    auto data = std::make_unique<PhotographMimeData>(
-        [importers = &_environment.imageImporterManager](const QString& path) {
+    auto data =
+        std::make_unique<PhotographMimeData>([importers = &_environment.imageImporterManager,
+                                              alive = std::weak_ptr(_alive)](const QString& path) {
+            // Others may ask for what is on the pasteboard until the very end of the program.
+            if (alive.expired()) return QImage();
             const auto importer = importers->imageImporterForImageURL(path);
             return importer ? importer->createImageWithMaxSize(0, 0) : QImage();
         });
@@ -264,11 +266,6 @@ void FileCommands::runRemoval(bool forGood) {
              }});
 }
 
-bool FileCommands::isOnShow(const QByteArray& path) const {
-    const QByteArray folder = QFile::encodeName(_environment.selectedFolder());
-    return !folder.isEmpty() && path.startsWith(folder + '/');
-}
-
 void FileCommands::finished(const FileOutcome& outcome, const Name& name) {
     showChanges(outcome);
     if (outcome.inverse.isEmpty()) return;
@@ -279,16 +276,8 @@ void FileCommands::finished(const FileOutcome& outcome, const Name& name) {
 }
 
 void FileCommands::showChanges(const FileOutcome& outcome) {
-    if (outcome.made.empty() && outcome.gone.empty()) return;
-    // Rows that came with their files are no news for those who look for new files.
-    const bool isMove = !outcome.gone.empty() && !outcome.made.empty();
-    if (isMove) {
-        _environment.services.ledgerDidChange();
-        if (std::ranges::any_of(
-                outcome.made, [this](const QByteArray& path) { return isOnShow(path); }))
-            _environment.delegate.scan();
-    }
-    Q_EMIT filesDidChange();
+    if (!outcome.changedRows.empty()) _environment.services.rowsDidChange(outcome.changedRows);
+    if (!outcome.made.empty() || !outcome.gone.empty()) Q_EMIT filesDidChange();
 }
 
 void FileCommands::perform(

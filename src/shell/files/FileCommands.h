@@ -8,10 +8,10 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 class ChosenPhotographs;
-class PBAppDelegate;
 class PBGroupTreeDataSource;
 class PBImageImporterManager;
 class QMimeData;
@@ -27,7 +27,6 @@ class FileCommands final : public QObject {
 
 public:
     struct Environment {
-        PBAppDelegate& delegate;
         PBImageImporterManager& imageImporterManager;
         const PBGroupTreeDataSource& groupTreeDataSource;
         const FileServices& services;
@@ -88,7 +87,8 @@ private:
     [[nodiscard]] std::vector<QByteArray> chosenPaths() const;
     void finished(const fileactions::FileOutcome& outcome, const Name& name);
     void showChanges(const fileactions::FileOutcome& outcome);
-    [[nodiscard]] bool isOnShow(const QByteArray& path) const;
 
     const Environment _environment;
+    /// Expires with this object; looked at on the main thread only.
+    const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
 };

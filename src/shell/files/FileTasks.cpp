@@ -60,10 +60,11 @@ protected:
              .prompts = *this,
              .copyWord = platform::localizedString(u"copy")},
             stopToken());
-        onMain(
-            [outcome = _command.work(editor)](FileTasks& tasks, const std::shared_ptr<Task>& task) {
-                tasks.end(task, outcome);
-            });
+        FileOutcome outcome = _command.work(editor);
+        outcome.changedRows = rows.changedRows();
+        onMain([outcome = std::move(outcome)](FileTasks& tasks, const std::shared_ptr<Task>& task) {
+            tasks.end(task, outcome);
+        });
     }
 
 private:

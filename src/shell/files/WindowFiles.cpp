@@ -46,8 +46,7 @@ WindowFiles::WindowFiles(const Parts& parts)
                        thumbnails, item->fileId(), true, QColorSpace());
                }}),
       _commands(
-          {.delegate = parts.services.delegate,
-           .imageImporterManager = parts.services.imageImporterManager,
+          {.imageImporterManager = parts.services.imageImporterManager,
            .groupTreeDataSource = parts.services.groupTreeDataSource,
            .services = parts.services.files,
            .folderPaths = parts.browserPane.folderPaths(),

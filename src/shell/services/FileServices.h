@@ -19,8 +19,9 @@ struct FileServices {
     std::function<marks::RootPaths()> mountedRoots;
     /// Rows are about to change behind the scans. Any thread.
     std::function<void()> rowsWillChange;
-    /// Marked photographs have moved: main thread.
-    std::function<void()> ledgerDidChange;
+    /// These rows went elsewhere with their files, or out of the catalogue, or have their files
+    /// again. Main thread.
+    std::function<void(std::vector<qint64> fileIds)> rowsDidChange;
     /// Takes photographs out of the work tree, whose files are gone. Main thread.
     std::function<void(std::vector<PBGroupItemChain> chains)> removeFromWorkTree;
     /// Where files on their way are written down.

@@ -1,0 +1,63 @@
+#include "fileactions/marks/EditQueue.h"
+
+#include "FMDB/FMDatabase.h"
+#include "group/CatalogueFixture.h"
+
+using fileactions::OtherWay;
+
+namespace {
+
+struct NoRoots final : FolderRootPaths {
+    QString mountedPathOfAliasId(qint64) const override { return {}; }
+};
+
+struct OtherWayTest : testing::Test {
+    /// One that notes that it is asked, and ends when the test says so.
+    OtherWay way(const QString& name) {
+        return {[this, name](std::function<void(OtherWay)> done) {
+            log += name;
+            end = [this, name, done = std::move(done)] { done(way(name + u'\'')); };
+        }};
+    }
+    void endIt() {
+        const auto now = end; // which may be another one meanwhile
+        now();
+    }
+    NoRoots roots;
+    QStringList log;
+    std::function<void()> end;
+    fileactions::EditQueue queue{
+        {.connect = [] { return nullptr; },
+         .mountedRoots = [] { return marks::RootPaths(); },
+         .folderRoots = roots,
+         .show = [](const auto&, unsigned) { return false; },
+         .tagsDidChange = [] {},
+         .ledgerDidChange = [] {}}};
+};
+
+TEST_F(OtherWayTest, whatIsDoneElsewhereHasItsPlaceInTheHistoryAndItsTurn) {
+    queue.didOther(u"first"_s, way(u"first"_s));
+    queue.didOther(u"second"_s, way(u"second"_s));
+    EXPECT_EQ(queue.undoText(), u"second");
+    queue.undo();
+    queue.undo();
+    EXPECT_EQ(log, QStringList(u"second"_s)); // the other one waits
+    // What is done meanwhile comes behind both.
+    queue.didOther(u"third"_s, way(u"third"_s));
+    endIt();
+    EXPECT_EQ(log, QStringList({u"second"_s, u"first"_s}));
+    endIt();
+    EXPECT_EQ(queue.undoText(), u"third");
+    EXPECT_FALSE(queue.canRedo());
+    queue.undo();
+    endIt();
+    queue.redo();
+    EXPECT_EQ(log.last(), u"third'"); // by what led back
+    EXPECT_FALSE(queue.isIdle());
+    // Nobody waits for it when the program ends.
+    queue.finish();
+    EXPECT_TRUE(queue.isIdle());
+    endIt();
+}
+
+} // namespace
