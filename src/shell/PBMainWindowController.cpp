@@ -365,6 +365,8 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
         .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
     _choice->setFocusOfLargeView(
         [this] { return _largeView->controller().bin().focusImageFileItem(); });
+    _marks->serveRatingKeys(_largeView->controller().imageView());
+    _marks->serveRatingKeys(_largeView->controller().thumbnailView());
     _infoFeed->setLargeView(&_largeView->controller().imageView());
     QObject::connect(&_services.edits, &fileactions::EditRunner::didEdit, _largeView.get(), [this] {
         _largeView->controller().itemsDidChange();
