@@ -85,6 +85,11 @@ bool InfoPanel::isGathering() const {
     return selectedInfo() == General ? _general->isGathering() : _more->isGathering();
 }
 
+void InfoPanel::setPaused(bool isPaused) {
+    _general->setPaused(isPaused);
+    _more->setPaused(isPaused);
+}
+
 void InfoPanel::commitEditing() {
     _general->commitEditing();
 }

@@ -48,6 +48,9 @@ public:
     void setSelection(InfoSelection selection);
     /// Something in the catalogue changed: reads again what is shown.
     void updateInfo();
+    /// While it is on, nothing is read: somebody is about to write the catalogue, and a look at it
+    /// would wait for that. What is not there yet is gathered afterwards.
+    void setPaused(bool isPaused);
     /// Asks for an edit that was begun, if there is one, as Return does.
     void commitEditing();
     /// Opens the field for the name with what was typed, unless another photograph is shown.

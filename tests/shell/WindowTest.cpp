@@ -3,6 +3,8 @@
 #include "browser/PBImageBrowserView.h"
 #include "group/GroupPresets.h"
 #include "group/PBImageFileItem.h"
+#include "info/PBGeneralInfoView.h"
+#include "info/tags/PBTagTokenField.h"
 #include "platform/program/LocalizedTexts.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/ShellFixture.h"
@@ -10,6 +12,8 @@
 #include "shell/commands/MarkCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/commands/WindowChoice.h"
+#include "shell/info/InfoFeed.h"
+#include "shell/panes/InfoPane.h"
 #include "shell/panes/NoticeBar.h"
 #include "shell/panes/SortButton.h"
 #include "shell/panes/StatusBarView.h"
@@ -270,6 +274,56 @@ TEST_F(WindowTest, whatLiesBesideTheBrowserIsConnectedToo) {
     EXPECT_TRUE(manager.findAliasObjectByPath(path(u"another")));
     Q_EMIT browser().thumbnailSizeDidChange(200); // by a gesture
     EXPECT_EQ(defaults.doubleForKey(u"ThumbnailSize"_s), 200);
+}
+
+TEST_F(WindowTest, theInformationPaneFollowsTheSelectionAndEditsIt) {
+    InfoPanel& panel = controller->infoFeed().pane().panel();
+    const auto shows = [&](const QString& title) {
+        return support::spinUntil([&] { return panel.title() == u"Information of "_s + title; });
+    };
+    const auto idsOf = [&](const QString& names) {
+        std::vector<qint64> ids;
+        for (const auto& item : items)
+            if (names.contains(item->fileName().first(1))) ids.push_back(item->fileId());
+        return ids;
+    };
+    selectItems(u"ab"_s);
+    EXPECT_TRUE(shows(u"2 photographs"_s));
+    QTest::keyClicks(&part<PBTagTokenField>().editor(), u"sun"_s);
+    selectItems(u"c"_s);
+    EXPECT_TRUE(shows(u"c.jpg"_s));
+    ASSERT_EQ(edits.edits.size(), 1U) << "what was begun is asked for first";
+    EXPECT_EQ(edits.edits[0].first.fileIds, idsOf(u"ab"_s));
+    using fileactions::PhotographEdit;
+    EXPECT_EQ(
+        std::get<PhotographEdit::ChangeTags>(edits.edits[0].first.change).added,
+        QStringList{u"sun"_s});
+    panel.generalInfoView().findChild<QToolButton*>()->click();
+    EXPECT_TRUE(std::get<PhotographEdit::SetFlag>(edits.edits[1].first.change).flag);
+    edits.end(
+        {.kind = fileactions::EditResult::Kind::Flag,
+         .isStored = true,
+         .changed = idsOf(u"c"_s),
+         .isFlagged = true});
+    EXPECT_TRUE(window().findChild<QWidget*>(u"FlagFeedback"_s));
+    // A name that can't be given comes back to the panel.
+    panel.renameAgain(items[2], u"a/b.jpg"_s);
+    panel.commitEditing();
+    EXPECT_EQ(std::get<PhotographEdit::Rename>(edits.edits[2].first.change).name, u"a/b.jpg"_s);
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    edits.end({.kind = fileactions::EditResult::Kind::Name, .reason = u"no"_s});
+    window().findChild<QMessageBox*>()->accept();
+    ASSERT_TRUE(
+        support::spinUntil([&] { return panel.findChild<PBModalTextField*>() != nullptr; }));
+    EXPECT_EQ(panel.findChild<PBModalTextField*>()->text(), u"a/b.jpg"_s);
+    panel.findChild<PBModalTextField*>()->cancel();
+    // Folded away it is told nothing, and makes up for it.
+    (void)(choose(u"view_Info"), titleOf(u"view_Info"));
+    selectItems(u"a"_s);
+    QApplication::processEvents();
+    EXPECT_EQ(panel.title(), u"Information of c.jpg"_s);
+    (void)(choose(u"view_Info"), titleOf(u"view_Info"));
+    EXPECT_TRUE(shows(u"a.jpg"_s));
 }
 
 TEST_F(WindowTest, theStatusBarCountsAndItsControlsWork) {
