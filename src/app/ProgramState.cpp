@@ -11,8 +11,8 @@
 #include "ui/PBModalTextField.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBSplitView.h"
-#include "viewer/slideshow/Slideshow.h"
 #include "viewer/PBImageView.h"
+#include "viewer/slideshow/Slideshow.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>

@@ -130,6 +130,6 @@ private:
     MainToolbar* _toolbar = nullptr;
     ToolbarController* _toolbarController = nullptr;
     std::unique_ptr<SlideshowCommand> _slideshowCommand; // its window is a child, too
-    std::unique_ptr<WindowCommands> _commands; // goes before all of them
+    std::unique_ptr<WindowCommands> _commands;           // goes before all of them
     std::unique_ptr<ImageToolbarController> _imageToolbarController;
 };
