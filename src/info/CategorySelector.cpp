@@ -1,5 +1,6 @@
 #include "info/CategorySelector.h"
 
+#include "info/painting/AccentText.h"
 #include "ui/PBThemes.h"
 
 #include <QAbstractButton>
@@ -47,10 +48,10 @@ protected:
         if (!_isFirst) painter.drawLine(QPointF(0.5, 1), QPointF(0.5, height() - 1));
         if (hasFocus() && isChecked()) {
             painter.setBrush(Qt::NoBrush);
-            painter.setPen(QPen(QColor(255, 255, 255, 170), 1));
+            painter.setPen(QPen(accentTextColor(), 1));
             painter.drawRect(QRectF(rect()).adjusted(3.5, 3.5, -3.5, -3.5));
         }
-        painter.setPen(isChecked() ? QColor(Qt::white) : colors.text);
+        painter.setPen(isChecked() ? accentTextColor() : colors.text);
         painter.drawText(rect(), Qt::AlignCenter, text());
     }
 

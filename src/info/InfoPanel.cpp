@@ -6,6 +6,7 @@
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 
+#include <QHideEvent>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -61,12 +62,23 @@ void InfoPanel::updateInfo() {
 
 void InfoPanel::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    if (_isOutOfDate) updateInfo();
+    noteOnShow();
 }
 
 void InfoPanel::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    if (_isOutOfDate && isOnShow()) updateInfo();
+    noteOnShow();
+}
+
+void InfoPanel::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    _wasOnShow = false;
+}
+
+void InfoPanel::noteOnShow() {
+    if (std::exchange(_wasOnShow, isOnShow()) || !_wasOnShow) return;
+    if (_isOutOfDate) updateInfo();
+    Q_EMIT didComeOnShow();
 }
 
 bool InfoPanel::isGathering() const {

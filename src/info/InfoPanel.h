@@ -55,6 +55,8 @@ public:
 
     /// The page on show was not read to the end yet.
     [[nodiscard]] bool isGathering() const;
+    /// A pane that is folded away has no width.
+    [[nodiscard]] bool isOnShow() const { return isVisible() && width() > 0; }
     /// What the panel is about, in words: for the bar over it.
     [[nodiscard]] QString title() const;
     [[nodiscard]] PBGeneralInfoView& generalInfoView() const { return *_general; }
@@ -62,18 +64,21 @@ public:
 
 Q_SIGNALS:
     void titleDidChange(const QString& title);
+    /// What was selected meanwhile may not have been brought here.
+    void didComeOnShow();
 
 protected:
     void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
-    /// A pane that is folded away has no width.
-    [[nodiscard]] bool isOnShow() const { return isVisible() && width() > 0; }
+    void noteOnShow();
 
     QStackedWidget* _pages;
     PBGeneralInfoView* _general;
     PBMoreInfoContainerView* _more;
     InfoSelection _selection;
+    bool _wasOnShow = false;
     bool _isOutOfDate = true; ///< the page on show was not read since something changed
 };

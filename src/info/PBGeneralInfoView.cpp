@@ -287,8 +287,7 @@ void PBGeneralInfoView::rename(
         [this, item](int, const QString& text) {
             if (!text.isEmpty() && text != item->fileName()) _edits.rename(item, text);
         });
-    connect(field, &PBModalTextField::ended, this, [this, field] {
-        const bool hadKeyboard = field->hasFocus() || !window()->focusWidget();
+    connect(field, &PBModalTextField::ended, this, [this](bool hadKeyboard) {
         _nameField.clear();
         if (hadKeyboard) setFocus(Qt::OtherFocusReason);
     });

@@ -44,6 +44,7 @@
 #include "ui/MenuTracking.h"
 #include "ui/PBPathControl.h"
 #include "ui/PBThemes.h"
+#include "viewer/PBImageView.h"
 
 #include <QMainWindow>
 #include <QMenu>
@@ -191,7 +192,8 @@ void PBMainWindowController::buildWindow() {
     QObject::connect(
         _toolbarController, &ToolbarController::isFindingDidChange, _commands.get(),
         &WindowCommands::updateBars);
-    _infoFeed->connectWindow({.edits = nullptr, .browserPane = *_browserPane, .window = *_window});
+    _infoFeed->connectWindow(
+        {.chosen = *_choice, .browserPane = *_browserPane, .window = *_window});
     _commands->menu().setGroupMenu(*_groupMenus->groupMenu());
     _toolbar->setGroupMenu(*_groupMenus->buttonMenu(), [this](const QWidget& button) {
         _groupMenus->groupMenuBtnClicked(button);
@@ -352,6 +354,9 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
         .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
     _choice->setFocusOfLargeView(
         [this] { return _largeView->controller().bin().focusImageFileItem(); });
+    _marks->serveRatingKeys(_largeView->controller().imageView());
+    _marks->serveRatingKeys(_largeView->controller().thumbnailView());
+    _infoFeed->setLargeView(&_largeView->controller().imageView());
     QObject::connect(&_services.edits, &fileactions::EditRunner::didEdit, _largeView.get(), [this] {
         _largeView->controller().itemsDidChange();
     });

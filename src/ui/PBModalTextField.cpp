@@ -63,8 +63,9 @@ void PBModalTextField::focusOutEvent(QFocusEvent* event) {
 void PBModalTextField::endModal(bool isCancelled) {
     if (std::exchange(_hasEnded, true)) return;
     const QString answer = text();
+    const bool hadKeyboard = hasFocus();
     hide();
     deleteLater();
-    Q_EMIT ended();
+    Q_EMIT ended(hadKeyboard);
     if (!isCancelled) Q_EMIT textFieldDidFinished(_modalTag, answer);
 }

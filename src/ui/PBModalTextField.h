@@ -23,8 +23,9 @@ public:
 Q_SIGNALS:
     /// The text was taken. Not sent after Escape.
     void textFieldDidFinished(int modalTag, const QString& text);
-    /// Either way; the field deletes itself after this.
-    void ended();
+    /// Either way; the field deletes itself after this. Whoever made the field has to find another
+    /// place for the keyboard, if that was here still.
+    void ended(bool hadKeyboard);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -91,11 +91,18 @@ TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
     }));
 }
 
-TEST_F(LargeViewRunTest, zoomsPansAndFollowsTheWindow) {
+TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
     paintPhotographs();
     start();
     const int index = open(state().items().at(1).name);
     ASSERT_TRUE(waitForIndex(index));
+    double angle = state().large(u"angle"_s).toDouble();
+    for (int turn = 0; turn < 4; ++turn) {
+        angle = angle == 180 ? -90 : angle + 90;
+        desktop.key(u"ctrl+r"_s);
+        EXPECT_TRUE(waitForIndex(
+            index, [&](const State& s) { return s.large(u"angle"_s).toDouble() == angle; }));
+    }
     const QRect area = rectOf(state(), u"rect"_s);
     // What lies under the pointer stays there.
     const QPoint corner = area.topLeft() + QPoint(8, 8);

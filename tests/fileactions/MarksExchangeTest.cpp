@@ -97,5 +97,3 @@ TEST_F(MarksTest, WhatWasExportedComesBackWholeInAnotherCatalogue) {
     EXPECT_EQ(fileactions::exportMarks(*both, roots).value(), QByteArray());
     EXPECT_EQ(inCatalogue().join(u' '), untouched);
 }
-
-} // namespace

@@ -4,6 +4,7 @@
 #include "catalogue/MarksSupport.h"
 #include "group/CatalogueFixture.h"
 #include "group/ItemOrder.h"
+#include "platform/tasks/MainLoop.h"
 
 using fileactions::EditQueue;
 using fileactions::EditResult;
@@ -39,7 +40,8 @@ struct EditQueueTest : MarksTest {
     }
     /// Both files, without the ids of tags, which a tag that comes back may have anew.
     QString all() {
-        return rows(u"select Id,ifnull(FileStars,0),ifnull(FileFlag,0),RotateAngle%360,FileName "
+        return rows(u"select "
+                    u"Id,ifnull(FileStars,0),ifnull(FileFlag,0),(RotateAngle+360)%360,FileName "
                     "from ImageFile order by Id"_s)
                    .join(u' ') +
                u" ledger "_s +
@@ -47,13 +49,19 @@ struct EditQueueTest : MarksTest {
                    .join(u' ');
     }
 
+    platform::MainLoop loop;
     struct NoRoots final : FolderRootPaths {
         QString mountedPathOfAliasId(qint64) const override { return {}; }
     } folders;
     std::vector<marks::ShownRow> shown;
     std::vector<EditResult> results;
     EditQueue queue{EditQueue::Environment{
-        .connect = [this] { return marks::MarksLedger::connect(filesPath, marksPath); },
+        .connect =
+            [this] {
+                auto connection = marks::MarksLedger::connect(filesPath, marksPath);
+                EXPECT_TRUE(connection->executeUpdate(u"pragma synchronous = off"_s));
+                return connection;
+            },
         .mountedRoots = [this] { return roots; },
         .folderRoots = folders,
         .show =
@@ -161,7 +169,8 @@ TEST_F(EditQueueTest, anUndoFindsWhatWasMadeAnewAndLeavesOutWhatIsGone) {
     ASSERT_TRUE(both->executeUpdate(u"update Marks set FileId = 100 where FileId = ?"_s, ids[0]));
     ASSERT_TRUE(both->executeUpdate(u"delete from ImageFile where Id = ?"_s, ids[1]));
     undo();
-    EXPECT_EQ(results.back().changed, (std::vector{ids[2], qint64(100)}));
+    EXPECT_EQ(results.back().changed, (std::vector{ids[2], qint64(100)}))
+        << qPrintable(results.back().reason);
     EXPECT_EQ(results.back().missingCount, 1);
     EXPECT_EQ(rows(u"select FileStars from ImageFile"_s), support::words("0 0"));
 }

@@ -25,7 +25,7 @@ struct RenameImageFileTest : support::CatalogueFixture {
 
     QTemporaryDir folder;
     support::KnownFolders folders{{{1, folder.path()}}};
-    std::shared_ptr<PBImageFileItem> item = addImage();
+    std::shared_ptr<PBImageFileItem> item = addImage({{u"FolderId"_s, 1}});
 };
 
 TEST_F(RenameImageFileTest, fileRowAndItemGetTheNameAlsoOneOfOtherCaseOrExtension) {
@@ -77,18 +77,24 @@ TEST(NameToGiveTest, anExtensionLeftOutIsKeptAndAnotherOneIsDoubted) {
 }
 
 TEST_F(RenameImageFileTest, aCatalogueThatTakesNoNameLeavesTheFileItsOldOne) {
-    const char* const refusals[] = {
-        "create trigger no before update on ImageFile begin select raise(abort, 'no'); end",
-        // Refused only when the file has its new name.
-        "create table Never (Id integer references ImageFile (FileName) "
-        "deferrable initially deferred)"};
-    ASSERT_TRUE(database.executeUpdate(u"pragma foreign_keys = on"_s));
-    for (const char* sql : refusals) {
-        ASSERT_TRUE(database.executeUpdate(QString::fromLatin1(sql)));
+    const auto isRefused = [&] {
         EXPECT_EQ(rename(u"new.jpg").result, RenameResult::Failed);
         EXPECT_EQ(names(), support::words("IMG_1.jpg IMG_1.jpg"));
-        database.executeUpdate(u"drop trigger no"_s);
-    }
+    };
+    const auto execute = [&](const char* sql) {
+        ASSERT_TRUE(database.executeUpdate(QString::fromLatin1(sql))) << sql;
+    };
+    execute("create trigger no before update on ImageFile begin select raise(abort, 'no'); end");
+    isRefused();
+    execute("drop trigger no");
+    // By the commit: the file has its new name by then.
+    execute("pragma foreign_keys = on");
+    execute("create unique index Names on ImageFile (FileName)");
+    execute("create table Named (Name text references ImageFile (FileName) "
+            "deferrable initially deferred)");
+    execute("insert into Named values ('IMG_1.jpg')");
+    isRefused();
+    execute("drop table Named");
     folders = support::KnownFolders({});
     EXPECT_FALSE(rename(u"new.jpg").reason.isEmpty()) << "its folder is away";
     ASSERT_TRUE(database.executeUpdate(u"delete from ImageFile"_s));

@@ -75,8 +75,8 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
         {{removeFolderAlias}, "0000010000"},
         {{revealInFinder}, "0000101000"},
         {{paste}, "0000000100"},
-        {{back}, "0000000010"},
-        {{forward}, "0000000001"},
+        {{back}, "0001100010"},
+        {{forward}, "0001100001"},
         {{view_Navigation, go_PreviousItem, go_NextGroup}, "0000000000"},
         {{view_toolbar, view_StatusBar, view_Info, view_FullScreen, quit, showAbout},
          "1111111111"}};

@@ -7,7 +7,9 @@
 #include "shell/PBMainWindowController.h"
 #include "shell/ShellFixture.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/commands/MarkCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
+#include "shell/commands/WindowChoice.h"
 #include "shell/panes/NoticeBar.h"
 #include "shell/panes/SortButton.h"
 #include "shell/panes/StatusBarView.h"
@@ -20,12 +22,15 @@
 #include "ui/PBPathControl.h"
 #include "ui/PBSplitView.h"
 
+#include <QInputDialog>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTest>
 #include <QToolButton>
+#include <QTreeWidget>
 
 namespace {
 
@@ -125,9 +130,10 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
     browser().GotoIndex({0, 1});
     EXPECT_EQ(
         enabledBesides(always),
-        u"deselectAll go_FirstGroupItem go_LastGroupItem renameFile revealInFinder"_s);
-    for (const QAction* unserved :
-         {toolbar().rotateAction(), toolbar().shareAction(), toolbar().deleteAction()})
+        u"automaticRotate deselectAll flagClicked go_FirstGroupItem go_LastGroupItem "
+        "rating0 rating1 rating2 rating3 rating4 rating5 renameFile resetRotate revealInFinder "
+        "rotateLeft rotateRight"_s);
+    for (const QAction* unserved : {toolbar().shareAction(), toolbar().deleteAction()})
         EXPECT_FALSE(unserved->isEnabled());
     make(u"photos/sub");
     controller->sourceSidebar().view()->setFocus();
@@ -289,10 +295,25 @@ TEST_F(WindowTest, aTypedNameIsTakenOrItIsToldWhyNot) {
     choose(u"renameFile");
     const auto* field = window().findChild<PBModalTextField*>();
     EXPECT_TRUE(field && field->isVisible());
+    const auto given = [this] {
+        const auto& edit = edits.edits.back().first;
+        EXPECT_EQ(edit.fileIds, std::vector{items[1]->fileId()});
+        return std::get<fileactions::PhotographEdit::Rename>(edit.change).name;
+    };
     Q_EMIT browser().renameRequested(items[1], u"new.jpg"_s);
-    EXPECT_TRUE(QFile::exists(path(u"photos/new.jpg")) && !closesDialog<QMessageBox>());
-    const auto answers = [&](const QString& typed, const QString& button) {
+    EXPECT_EQ(given(), u"new.jpg"_s);
+    fileactions::EditResult result;
+    result.kind = fileactions::EditResult::Kind::Name;
+    result.isStored = true;
+    edits.end(result);
+    EXPECT_FALSE(closesDialog<QMessageBox>());
+    const auto answers = [&](const QString& typed, const QString& button, bool fails = false) {
         Q_EMIT browser().renameRequested(items[1], typed);
+        if (fails) {
+            result.isStored = false;
+            result.reason = u"Taken."_s;
+            edits.end(result);
+        }
         auto* box = window().findChild<QMessageBox*>();
         for (QAbstractButton* choice : box ? box->buttons() : QList<QAbstractButton*>())
             if (choice->text() == button) choice->click();
@@ -301,16 +322,145 @@ TEST_F(WindowTest, aTypedNameIsTakenOrItIsToldWhyNot) {
         const auto* again = window().findChild<PBModalTextField*>();
         return texts + (again && again->isVisible() ? u'>' + again->text() : QString());
     };
-    const QString taken = answers(u"a.jpg"_s, u"OK"_s);
-    EXPECT_TRUE(
-        taken.contains(u"new.jpg") && taken.endsWith(u"“a.jpg” in the folder already.>a.jpg"))
-        << qPrintable(taken);
+    const QString taken = answers(u"a.jpg"_s, u"OK"_s, true);
+    EXPECT_TRUE(taken.contains(u"b.jpg") && taken.endsWith(u"Taken.>a.jpg")) << qPrintable(taken);
+    EXPECT_EQ(controller->noticeBar().text(), QString()) << "it was told already";
     EXPECT_TRUE(answers(u"b.png"_s, u"Cancel"_s).endsWith(u">b.png"));
-    EXPECT_EQ(items[1]->fileName(), u"new.jpg"_s);
-    answers(u"b.png"_s, u"Keep “.jpg”"_s);
-    EXPECT_EQ(items[1]->fileName(), u"b.jpg"_s);
-    answers(u"b.png"_s, u"Use “.png”"_s);
-    EXPECT_EQ(items[1]->fileName(), u"b.png"_s);
+    EXPECT_EQ(given(), u"a.jpg"_s) << "nothing was given";
+    answers(u"n.png"_s, u"Keep “.jpg”"_s);
+    EXPECT_EQ(given(), u"n.jpg"_s);
+    answers(u"n.png"_s, u"Use “.png”"_s);
+    EXPECT_EQ(given(), u"n.png"_s);
+}
+
+/// Each way that a person takes makes an edit of all that is selected.
+TEST_F(WindowTest, menusKeysToolbarAndGesturesMarkWhatIsSelected) {
+    using Edit = fileactions::PhotographEdit;
+    browser().setFocus();
+    selectItems(u"ac"_s);
+    EXPECT_TRUE(edits.edits.empty());
+    const auto asked = [this] {
+        if (edits.edits.empty()) return u"nothing"_s;
+        const auto [edit, done] = std::exchange(edits.edits, {}).back();
+        EXPECT_EQ(edit.fileIds, (std::vector{items[0]->fileId(), items[2]->fileId()}));
+        if (const auto* rate = std::get_if<Edit::Rate>(&edit.change))
+            return u"stars %1"_s.arg(rate->stars);
+        if (const auto* turn = std::get_if<Edit::Turn>(&edit.change))
+            return u"turn %1"_s.arg(turn->degrees);
+        return QString(u"kind %1"_s).arg(edit.change.index());
+    };
+    const QString flag = u"kind %1"_s.arg(Edit::Change(Edit::ToggleFlag{}).index());
+    for (int stars = 0; stars <= 5; ++stars) {
+        choose(u"rating%1"_s.arg(stars));
+        EXPECT_EQ(asked(), u"stars %1"_s.arg(stars));
+        QTest::keyClick(&browser(), static_cast<Qt::Key>(Qt::Key_0 + stars));
+        EXPECT_EQ(asked(), u"stars %1"_s.arg(stars));
+    }
+    QTest::keyClick(&browser(), Qt::Key_6);
+    EXPECT_EQ(asked(), u"nothing"_s);
+    choose(u"flagClicked");
+    EXPECT_EQ(asked(), flag);
+    toolbar().flagAction()->trigger();
+    EXPECT_EQ(asked(), flag);
+    Q_EMIT browser().flagToggleRequested();
+    EXPECT_EQ(asked(), flag);
+    for (QAction* left : {action(u"rotateLeft"), toolbar().rotateLeftAction()}) {
+        left->trigger();
+        EXPECT_EQ(asked(), u"turn 90"_s);
+    }
+    Q_EMIT browser().rotateLeftRequested();
+    EXPECT_EQ(asked(), u"turn 90"_s);
+    toolbar().rotateRightAction()->trigger();
+    EXPECT_EQ(asked(), u"turn -90"_s);
+    Q_EMIT browser().rotateRightRequested();
+    EXPECT_EQ(asked(), u"turn -90"_s);
+
+    // In the large view the one in focus.
+    controller->choice().setFocusOfLargeView([this] { return items[1]; });
+    delegate.largeView = true;
+    controller->markCommands().ratingWithStar(2);
+    EXPECT_EQ(edits.edits.back().first.fileIds, std::vector{items[1]->fileId()});
+    delegate.largeView = false;
+    selectItems({});
+    edits.edits.clear();
+    QTest::keyClick(&browser(), Qt::Key_3);
+    EXPECT_EQ(asked(), u"nothing"_s);
+    EXPECT_FALSE(toolbar().flagAction()->isEnabled());
+}
+
+TEST_F(WindowTest, undoHasItsNameAndTheWindowTellsWhatBecameOfEdits) {
+    EXPECT_FALSE(isEnabled(u"undo"));
+    edits.undoName = u"Rename to “a&b.jpg”"_s;
+    edits.redoName = u"Rating of 12 Photographs"_s;
+    choose(u"undo");
+    EXPECT_EQ(action(u"undo")->text(), u"&Undo Rename to “a&&b.jpg”"_s);
+    EXPECT_EQ(action(u"redo")->text(), u"&Redo Rating of 12 Photographs"_s);
+    choose(u"redo");
+    EXPECT_EQ(edits.undone * 10 + edits.redone, 11);
+    edits.undoName.clear();
+    edits.pending = 1;
+    EXPECT_TRUE(isEnabled(u"undo")) << "of what is on its way";
+
+    // Keys belong to the field that has them.
+    toolbar().searchField().setFocus();
+    ASSERT_TRUE(support::spinUntil([this] { return toolbar().searchField().hasFocus(); }));
+    QTest::keyClicks(&toolbar().searchField(), u"ab"_s);
+    QTest::keyClick(&toolbar().searchField(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(toolbar().searchField().text(), QString());
+    EXPECT_EQ(edits.undone, 1);
+
+    using enum fileactions::EditResult::Way;
+    selectItems(u"a"_s);
+    choose(u"rating3");
+    edits.end({.way = Undone, .isStored = true, .reason = {}, .changed = {}, .missingCount = 3});
+    EXPECT_TRUE(part<QLabel>(u"statusNews"_s).text().startsWith(u"3 photographs are not"_s));
+    for (int time = 0; time < 2; ++time) {
+        edits.end({.way = Undone, .isStored = false, .reason = u"Full."_s, .changed = {}});
+        EXPECT_EQ(controller->noticeBar().text(), u"The change could not be taken back."_s);
+        for (auto* close : controller->noticeBar().findChildren<QPushButton*>())
+            if (close->isVisible()) close->click();
+    }
+    edits.end({.isStored = true, .reason = {}, .changed = {}});
+    EXPECT_EQ(controller->noticeBar().text(), QString());
+}
+
+TEST_F(WindowTest, aTagIsRenamedMergedAndRemovedFromTheListOfTags) {
+    using Edit = fileactions::PhotographEdit;
+    ASSERT_TRUE(
+        db.executeUpdate(u"insert into Tags (Id,Tag,UseCount) values (1,'lake',1),(2,'city',1)"_s));
+    ASSERT_TRUE(db.executeUpdate(u"update ImageFile set Tag = '1,2' where Id < 3"_s));
+    choose(u"manageTags");
+    auto& list = part<QTreeWidget>(u"tags"_s);
+    ASSERT_EQ(list.topLevelItemCount(), 2);
+    EXPECT_EQ(list.topLevelItem(0)->text(0) + list.topLevelItem(0)->text(1), u"city2"_s);
+    list.setCurrentItem(list.topLevelItem(1));
+    auto& dialog = part<QDialog>(u"tagsDialog"_s);
+    const auto press = [&](QWidget& in, const QString& text) {
+        for (auto* button : in.findChildren<QAbstractButton*>())
+            if (button->text().remove(u'&') == text) return button->click();
+        ADD_FAILURE() << text.toStdString();
+    };
+    const auto renamesTo = [&](const QString& name) {
+        press(dialog, u"Rename…"_s);
+        auto* question = dialog.findChild<QInputDialog*>();
+        question->setTextValue(name);
+        question->accept();
+        delete question;
+    };
+    renamesTo(u" pond "_s);
+    ASSERT_EQ(edits.edits.size(), 1U);
+    EXPECT_EQ(std::get<Edit::RenameTag>(edits.edits[0].first.change).name, u"pond"_s);
+    renamesTo(u"City"_s);
+    EXPECT_EQ(edits.edits.size(), 1U) << "asked first";
+    press(*dialog.findChild<QMessageBox*>(), u"Merge"_s);
+    ASSERT_EQ(edits.edits.size(), 2U);
+    delete dialog.findChild<QMessageBox*>();
+    press(dialog, u"Remove"_s);
+    auto* question = dialog.findChild<QMessageBox*>();
+    EXPECT_EQ(question->text(), u"Should the tag “lake” be removed from 2 photographs?"_s);
+    press(*question, u"Remove"_s);
+    ASSERT_EQ(edits.edits.size(), 3U);
+    EXPECT_EQ(std::get<Edit::RemoveTag>(edits.edits[2].first.change).tag, u"lake"_s);
 }
 
 TEST_F(WindowTest, toolbarAndMenusShowOneFilterAndOneSearch) {

@@ -32,10 +32,10 @@ presentFileIds(FMDatabase& both, std::span<const qint64> ledgerIds) {
     std::vector<qint64> found;
     found.reserve(ledgerIds.size());
     FMResultSet row = both.executeQuery(
-        QStringLiteral("select ifnull((select f.Id from Marks m join ImageFile f on "
-                       "f.Id = m.FileId where m.Id = i.value or m.InheritedFrom = i.value "
-                       "order by m.Id = i.value desc limit 1),0) from json_each(?) i "
-                       "order by i.key"),
+        QStringLiteral("select coalesce((select f.Id from Marks m join ImageFile f on "
+                       "f.Id = m.FileId where m.Id = i.value),(select f.Id from Marks m "
+                       "join ImageFile f on f.Id = m.FileId where m.InheritedFrom = i.value "
+                       "limit 1),0) from json_each(?) i order by i.key"),
         idsText(ledgerIds));
     while (row.next())
         found.push_back(row.longLongIntForColumnIndex(0));

@@ -244,10 +244,7 @@ EditQueue::Outcome EditQueue::perform(const Work& work) {
         // A transaction that overflows the cache would keep others from reading until its end.
         _both->executeUpdate(QStringLiteral("pragma cache_spill = off"));
     }
-    Outcome outcome = performOn(*_both, work);
-    // Whatever it was: the next edit begins anew.
-    if (std::holds_alternative<QString>(outcome)) _both.reset();
-    return outcome;
+    return performOn(*_both, work);
 }
 
 EditQueue::Outcome EditQueue::performOn(FMDatabase& both, const Work& work) const {

@@ -1,5 +1,6 @@
 #include "info/tags/PBTagTokenField.h"
 
+#include "info/painting/AccentText.h"
 #include "info/tags/TagEditor.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
@@ -198,14 +199,14 @@ void PBTagTokenField::paintToken(QPainter& painter, std::size_t index) const {
     painter.setBrush(isSelected ? colors.accent : ground);
     painter.drawRoundedRect(frame, frame.height() / 2, frame.height() / 2);
     painter.setPen(
-        isSelected      ? QColor(Qt::white)
+        isSelected      ? accentTextColor()
         : token.isOfAll ? colors.text
                         : colors.secondaryText);
     _lines.drawLeading(
         painter, frame.adjusted(tokenRoom, 0, -closeSize - tokenRoom + 4, 0), shownTag(token.text));
     const QPointF middle = QRectF(closeRect(index)).center();
     constexpr double arm = 2.5;
-    painter.setPen(QPen(isSelected ? QColor(Qt::white) : colors.secondaryText, 1.2));
+    painter.setPen(QPen(isSelected ? accentTextColor() : colors.secondaryText, 1.2));
     painter.drawLine(middle - QPointF(arm, arm), middle + QPointF(arm, arm));
     painter.drawLine(middle - QPointF(arm, -arm), middle + QPointF(arm, -arm));
 }
@@ -325,6 +326,7 @@ void PBTagTokenField::complete(const QString& part) {
                });
     });
     if (found.isEmpty()) return hideCompletions();
+    _completer->popup()->setFont(font());
     _completionModel->setStringList(found.mid(0, mostCompletions));
     _completer->complete();
     _completer->popup()->setCurrentIndex({}); // what was typed counts until one is chosen

@@ -1,18 +1,22 @@
 #include "shell/info/InfoFeed.h"
 
 #include "browser/PBImageBrowserView.h"
+#include "core/PBAppDelegate.h"
 #include "fileactions/marks/EditRunner.h"
 #include "library/PBAliasManager.h"
 #include "places/PBGeoManager.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/InfoPane.h"
+#include "shell/services/ChosenPhotographs.h"
 #include "shell/services/ShellServices.h"
 #include "ui/FlagFeedback.h"
 
 #include <QTimerEvent>
 
 #include <utility>
+
+using fileactions::PhotographEdit;
 
 namespace {
 
@@ -44,7 +48,7 @@ void InfoFeed::connectWindow(const Parts& parts) {
     platform::assertMainThread();
     _parts = std::make_unique<const Parts>(parts);
     _rename = std::make_unique<RenameCommand>(RenameCommand::Parts{
-        .mainFileDb = _services.mainFileDb,
+        .edits = _services.edits,
         .browserPane = parts.browserPane,
         .window = parts.window,
         .typeAgain = [this](const std::shared_ptr<PBImageFileItem>& item, const QString& typed) {
@@ -55,6 +59,11 @@ void InfoFeed::connectWindow(const Parts& parts) {
     // The items of another tree may be other ones.
     connect(&view, &PBImageBrowserView::itemCountDidChange, this, &InfoFeed::selectionDidChange);
     connect(&_services.geoManager, &PBGeoManager::reverseGeoFinished, this, &InfoFeed::updateInfo);
+    connect(&_pane->panel(), &InfoPanel::didComeOnShow, this, &InfoFeed::selectionDidChange);
+    using fileactions::EditRunner;
+    connect(&_services.edits, &EditRunner::didEdit, this, &InfoFeed::didEdit);
+    connect(&_services.edits, &EditRunner::didFail, this, &InfoFeed::updateInfo);
+    connect(&_services.edits, &EditRunner::didReadAgain, this, &InfoFeed::updateInfo);
 }
 
 void InfoFeed::selectionDidChange() {
@@ -72,45 +81,44 @@ void InfoFeed::timerEvent(QTimerEvent* event) {
     feed();
 }
 
-InfoSelection InfoFeed::selectionOfBrowser() const {
+InfoSelection InfoFeed::selection() const {
+    PBImageFileList chosen = _parts->chosen.all();
+    if (_services.delegate.isLargeViewMode()) return {chosen, chosen};
     const BrowserSelection& selection = _parts->browserPane.browserView().selection();
-    return {
-        selection.selectedFileArray(FoldedLeaves::Excluded),
-        selection.selectedFileArray(FoldedLeaves::Included)};
+    return {selection.selectedFileArray(FoldedLeaves::Excluded), std::move(chosen)};
 }
 
 void InfoFeed::feed() {
-    InfoSelection selection = _parts->selection ? _parts->selection() : selectionOfBrowser();
-    const bool isSame = selection.shown == _fed.shown && selection.edited == _fed.edited;
-    if (isSame && !_isOutOfDate && selection.shown.size() > mostReadAgain) return;
+    // Taking a million photographs together for nobody takes a while, too.
+    if (!_pane->panel().isOnShow()) return;
+    InfoSelection wanted = selection();
+    const bool isSame = wanted.shown == _fed.shown && wanted.edited == _fed.edited;
+    if (isSame && !_isOutOfDate && wanted.shown.size() > mostReadAgain) return;
     _isOutOfDate = false;
-    _fed = selection;
-    _pane->panel().setSelection(std::move(selection));
+    _fed = wanted;
+    _pane->panel().setSelection(std::move(wanted));
 }
 
 void InfoFeed::didEdit(const fileactions::EditResult& result) {
     updateInfo();
     if (result.kind != fileactions::EditResult::Kind::Flag || result.changed.empty()) return;
-    QWidget* view = _parts->photographs ? _parts->photographs() : _parts->browserPane.view();
-    if (view) FlagFeedback::showOver(*view, result.isFlagged);
+    QWidget* browser = _parts->browserPane.view();
+    QWidget* large = _largeView ? _largeView.data() : &_parts->window;
+    FlagFeedback::showOver(browser->isVisible() ? *browser : *large, result.isFlagged);
 }
 
 void InfoFeed::setFlagged(const PBImageFileList& items, bool flagged) {
-    if (_parts->edits)
-        _parts->edits->run({idsOf(items), fileactions::PhotographEdit::SetFlag{flagged}});
+    _services.edits.run({idsOf(items), PhotographEdit::SetFlag{flagged}});
 }
 
 void InfoFeed::setStar(const PBImageFileList& items, int star) {
-    if (_parts->edits) _parts->edits->run({idsOf(items), fileactions::PhotographEdit::Rate{star}});
+    _services.edits.run({idsOf(items), PhotographEdit::Rate{star}});
 }
 
 void InfoFeed::changeTags(const PBImageFileList& items, const TagsChange& change) {
-    if (!_parts->edits) return;
-    _parts->edits->run(
-        {idsOf(items), fileactions::PhotographEdit::ChangeTags{change.added, change.removed}});
+    _services.edits.run({idsOf(items), PhotographEdit::ChangeTags{change.added, change.removed}});
 }
 
 void InfoFeed::rename(const std::shared_ptr<PBImageFileItem>& item, const QString& typedName) {
     _rename->finish(item, typedName);
-    updateInfo();
 }

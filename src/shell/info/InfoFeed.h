@@ -6,18 +6,19 @@
 
 #include <QBasicTimer>
 #include <QObject>
+#include <QPointer>
+#include <QWidget>
 
-#include <functional>
 #include <memory>
 
 class BrowserPane;
+class ChosenPhotographs;
 class InfoPane;
 struct ShellServices;
 
 namespace fileactions {
-class EditRunner;
 struct EditResult;
-} // namespace fileactions
+}
 
 /// Connects the information panel with the rest of the window: brings it what is selected, and what
 /// the user edits there to whoever performs edits. Main thread.
@@ -32,17 +33,17 @@ public:
     [[nodiscard]] InfoPane& pane() const { return *_pane; }
 
     struct Parts {
-        /// Performs what the user edits.
-        fileactions::EditRunner* edits;
+        /// What edits are about, and in the large view also what is shown.
+        const ChosenPhotographs& chosen;
         BrowserPane& browserPane;
         QWidget& window;
-        /// What the panel is about. Empty: what is selected in the browser.
-        std::function<InfoSelection()> selection = {};
-        /// Over which a flag shows that was set or taken away.
-        std::function<QWidget*()> photographs = {};
     };
     /// Once; the parts outlive this object.
     void connectWindow(const Parts& parts);
+
+    /// Over which a flag shows that was set or taken away, while the browser is out of sight; the
+    /// window itself without one.
+    void setLargeView(QWidget* view) { _largeView = view; }
 
     /// Other photographs are selected, or the same ones are others now. Brings them to the panel
     /// when the present event is over.
@@ -60,13 +61,14 @@ private:
     void rename(const std::shared_ptr<PBImageFileItem>& item, const QString& typedName) override;
     void feed();
     void didEdit(const fileactions::EditResult& result);
-    [[nodiscard]] InfoSelection selectionOfBrowser() const;
+    [[nodiscard]] InfoSelection selection() const;
 
     const ShellServices& _services;
     const group::CatalogueFolderPaths _folderPaths;
     InfoPane* _pane;
     std::unique_ptr<const Parts> _parts;
     std::unique_ptr<RenameCommand> _rename;
+    QPointer<QWidget> _largeView;
     InfoSelection _fed;
     bool _isOutOfDate = true; ///< what was fed is to be read again
     QBasicTimer _feedTimer;

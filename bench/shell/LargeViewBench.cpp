@@ -1,0 +1,199 @@
+// The large view in the whole program, without a display, on generated photographs of 12 megapixels
+// in one folder: from a key to what is painted. An argument scales the number of steps.
+
+#include "app/ApplicationController.h"
+#include "browser/PBImageBrowserView.h"
+#include "codec/process/DecoderProcess.h"
+#include "image/large/PBLoadImageManager.h"
+#include "platform/program/StandardFolders.h"
+#include "platform/tasks/MainLoop.h"
+#include "scan/PictureSets.h"
+#include "shell/PBMainWindowController.h"
+#include "shell/large/LargeView.h"
+#include "support/ProcessStatus.h"
+#include "support/Ratio.h"
+#include "viewer/PBImageView.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMainWindow>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+using bench::millisecondsOf;
+using bench::printFigure;
+using Clock = std::chrono::steady_clock;
+
+constexpr QSize windowSize(1920, 1200);
+
+/// Counts the paints of a widget.
+class PaintCount final : public QObject {
+public:
+    explicit PaintCount(QWidget& widget) { widget.installEventFilter(this); }
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint) ++count;
+        return false;
+    }
+};
+
+double residentMebibytes() {
+    return static_cast<double>(bench::statusOf("VmRSS:")) / 1024;
+}
+
+class Bench {
+public:
+    explicit Bench(const bench::PictureSet& set) {
+        platform::StandardFolders::setProfile(_profile.path());
+        _controller.awakeFromNib();
+        window().window().resize(windowSize);
+        _controller.applicationDidFinishLaunching();
+        if (!_controller.addFolders({set.folder()})) std::abort();
+        run([&] {
+            return _controller.isIdle() &&
+                   browser().selection().itemCount(FoldedLeaves::Included) == set.pictures;
+        });
+    }
+    ~Bench() { _controller.applicationWillTerminate(); }
+
+    PBMainWindowController& window() { return _controller.mainWindowController(); }
+    LargeView& large() { return window().largeView(); }
+    PBImageView& view() { return large().controller().imageView(); }
+    PBImageBrowserView& browser() { return *window().window().findChild<PBImageBrowserView*>(); }
+    const PBLoadImageManager& line() { return _controller.shellServices().loadImageManager; }
+
+    /// Lets the loop run until the condition holds; answers its longest turn in milliseconds.
+    double run(const std::function<bool()>& condition) {
+        double longest = 0;
+        for (const auto end = Clock::now() + std::chrono::minutes(10); !condition();) {
+            if (Clock::now() > end) std::abort();
+            longest = std::max(longest, millisecondsOf([] { QCoreApplication::processEvents(); }));
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+        return longest;
+    }
+    void settle() {
+        run([this] {
+            return _controller.isIdle() && view().isAtRest() &&
+                   view().painted() == PBImageView::Painted::FitIn;
+        });
+    }
+    void press(int key) {
+        QWidget* target = QApplication::focusWidget();
+        if (!target) target = &large().controller().thumbnailView();
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+        QApplication::sendEvent(target, &event);
+    }
+    /// Milliseconds from the act to the first paint of the widget that follows it.
+    double untilPainted(QWidget& widget, const std::function<void()>& act) {
+        PaintCount paints(widget);
+        return millisecondsOf([&] {
+            act();
+            while (paints.count == 0)
+                QCoreApplication::processEvents();
+        });
+    }
+    /// The same photographs go before this bench: forth, and back where there are no more.
+    int nextKey() {
+        const PhotoBin& bin = large().controller().bin();
+        if (!bin.canNext()) _key = Qt::Key_Left;
+        if (!bin.canPrev()) _key = Qt::Key_Right;
+        return _key;
+    }
+
+private:
+    QTemporaryDir _profile;
+    ApplicationController _controller;
+    int _key = Qt::Key_Right;
+};
+
+bool measureWays(Bench& bench) {
+    double enter = 0;
+    double leave = 0;
+    for (int round = 0; round < 5; ++round) {
+        enter = std::max(enter, bench.untilPainted(bench.view(), [&] {
+            bench.large().enterToLargeView({0, round});
+        }));
+        bench.settle();
+        leave = std::max(leave, bench.untilPainted(bench.browser(), [&] {
+            bench.large().view_ThumbnailView();
+        }));
+        bench.run([&] { return bench.browser().isVisible(); });
+    }
+    bool met = printFigure("enter the large view: first paint, worst of 5", enter, "ms", 50);
+    met &= printFigure("leave it: first paint of the browser, worst of 5", leave, "ms", 50);
+    return met;
+}
+
+bool measureReadySteps(Bench& bench, int steps) {
+    std::vector<double> times;
+    for (int step = 0; step < steps; ++step) {
+        bench.settle();
+        times.push_back(bench.untilPainted(bench.view(), [&] { bench.press(bench.nextKey()); }));
+    }
+    std::ranges::sort(times);
+    const auto at99 = static_cast<std::size_t>(std::ceil(0.99 * steps)) - 1;
+    bool met =
+        printFigure("step to a ready neighbour: key to paint, 99 of 100", times[at99], "ms", 16);
+    met &= printFigure("step to a ready neighbour: key to paint, worst", times.back(), "ms", 40);
+    return met;
+}
+
+bool measureHeldKey(Bench& bench, int steps) {
+    bench.settle();
+    const PBLoadImageManager::Figures before = bench.line().figures();
+    PaintCount paints(bench.view());
+    double longest = 0;
+    const auto start = Clock::now();
+    for (int step = 0; step < steps; ++step) {
+        longest = std::max(longest, millisecondsOf([&] { bench.press(bench.nextKey()); }));
+        const auto next = start + (step + 1) * std::chrono::milliseconds(33);
+        longest = std::max(longest, bench.run([&] { return Clock::now() >= next; }));
+    }
+    const PBLoadImageManager::Figures after = bench.line().figures();
+    const double last = millisecondsOf([&] { bench.settle(); });
+    const auto begun = static_cast<double>(std::max<std::uint64_t>(1, after.begun - before.begun));
+    bool met = printFigure(
+        "a key held: steps without a paint", std::max(0, steps - paints.count), "steps", 0);
+    met &= printFigure("a key held: longest wait of the loop", longest, "ms", 20);
+    met &= printFigure(
+        "a key held: decodes stopped, of those begun",
+        static_cast<double>(after.stopped - before.stopped) / begun, "times", 0.334);
+    printFigure("a key held: from the last key to the sharp picture", last, "ms");
+    return met;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    if (const auto code = codec::process::runIfDecoderProcess(arguments)) return *code;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    platform::MainLoop loop;
+    const double scale = argc > 1 ? std::clamp(std::atof(argv[1]), 0.05, 10.0) : 1.0;
+    const auto scaled = [&](int count) { return std::max(5, static_cast<int>(count * scale)); };
+
+    Bench bench({60, 1, bench::twelveMegapixelPicture, 90});
+    const double before = residentMebibytes();
+    bool met = measureWays(bench);
+    bench.large().enterToLargeView({0, 0});
+    met &= measureReadySteps(bench, scaled(200));
+    met &= measureHeldKey(bench, scaled(300));
+    printFigure(
+        "memory of 12 megapixels after the steps, above before", residentMebibytes() - before,
+        "MiB");
+    bench.large().view_ThumbnailView();
+    bench.run([&] { return !bench.large().isShown(); });
+    met &=
+        printFigure("memory after leaving, above before", residentMebibytes() - before, "MiB", 10);
+    return met ? 0 : 1;
+}

@@ -1,0 +1,177 @@
+#include "app/RunningProgram.h"
+
+#include "FMDB/FMDatabase.h"
+#include "app/MarksServices.h"
+#include "group/GroupTypes.h"
+#include "support/Rows.h"
+
+#include <random>
+
+namespace {
+
+using Edit = fileactions::PhotographEdit;
+
+/// Edits, undo, changes of the disk and other groupings, all at once.
+struct EditStormTest : RunningProgramTest {
+    EditStormTest() {
+        for (int number = 0; number < 60; ++number)
+            addPicture();
+        EXPECT_TRUE(catalogue.open() || !controller);
+    }
+
+    unsigned below(std::size_t limit) { return static_cast<unsigned>(random() % limit); }
+    void addPicture() {
+        const QString name = u"p/%1/n%2.png"_s.arg(below(3)).arg(++names);
+        if (picture.isEmpty()) picture = support::readFile(makePicture(name));
+        make(QFileInfo(name).path());
+        writePicture(path(name));
+    }
+    /// Each time of another size.
+    void writePicture(const QString& file) {
+        support::writeFile(file, picture + QByteArray(++versions, 'x'));
+        files.insert(file);
+    }
+    QString someFile() {
+        return *std::next(files.begin(), static_cast<std::ptrdiff_t>(below(files.size())));
+    }
+    std::vector<qint64> somePhotographs() {
+        const QStringList ids = support::rowsOf(catalogue, u"select Id from ImageFile"_s);
+        std::vector<qint64> chosen;
+        const std::size_t share = below(2) == 0 ? 2 : 30;
+        for (const QString& id : ids)
+            if (below(share) == 0) chosen.push_back(id.toLongLong());
+        return chosen;
+    }
+    void edit() {
+        const QStringList tags = support::words("lake city Anna");
+        const QString tag = tags[below(3)];
+        const QString other = tags[below(3)];
+        Edit::Change change;
+        switch (below(7)) {
+        case 0:
+        case 1:
+            change = Edit::Rate{static_cast<int>(below(3))};
+            break;
+        case 2:
+            change = Edit::ToggleFlag{};
+            break;
+        case 3:
+            change = Edit::ChangeTags{{tag}, {other}};
+            break;
+        case 4:
+            change = Edit::SetTags{below(2) == 0 ? QStringList() : QStringList{tag, other}};
+            break;
+        case 5:
+            change = Edit::Turn{90};
+            break;
+        default:
+            change = below(2) == 0 ? Edit::Change(Edit::RenameTag{tag, other})
+                                   : Edit::Change(Edit::SetFlag{below(2) == 0});
+        }
+        edits().run({.fileIds = somePhotographs(), .change = change});
+    }
+    void operation() {
+        switch (below(12)) {
+        case 0:
+            return addPicture();
+        case 1: {
+            const QString file = someFile();
+            QFile::remove(file);
+            files.erase(file);
+            return;
+        }
+        case 2:
+            return writePicture(someFile());
+        case 3:
+            return edits().redo();
+        case 4:
+        case 5:
+            return edits().undo();
+        default:
+            return edit();
+        }
+    }
+    void browseAnotherWay() {
+        const std::vector<int> chains[] = {
+            {group::StarRating, group::Flag}, {group::Tags, group::StarRating}, {group::Flag}, {}};
+        controller->browsing().setGroupTypeArray(
+            std::make_shared<const std::vector<int>>(chains[below(4)]));
+        controller->browsing().setFilter(below(2) == 0 ? 0 : below(4));
+        controller->scan();
+    }
+    fileactions::EditQueue& edits() { return controller->marks().edits(); }
+
+    QStringList shown() {
+        QStringList all;
+        const auto& leaves = window().window().findChild<PBImageBrowserView*>()->leaves();
+        for (std::int64_t group = 0; group < leaves.leafCount(); ++group) {
+            QString place;
+            const PBGroupItem* node = leaves.leaf(group).data->groupItem();
+            for (; node; node = node->parent())
+                place.prepend(u" %1=%2"_s.arg(node->type()).arg(node->value().toText()));
+            for (const auto& item : leaves.leaf(group).imageFiles)
+                all += u"%1 %2 %3 %4%5"_s.arg(item->fileName())
+                           .arg(item->star())
+                           .arg(item->flagged() ? 1 : 0)
+                           .arg((static_cast<int>(item->rotateAngle()) + 720) % 360)
+                           .arg(place);
+        }
+        all.sort();
+        return all;
+    }
+    QStringList wanted() {
+        QString columns;
+        for (const int type : *controller->browsing().groupTypeArray()) {
+            const QString column = type == group::StarRating ? u"ifnull(FileStars,0)"_s
+                                   : type == group::Flag     ? u"ifnull(FileFlag,0)"_s
+                                                             : u"ifnull(Tag,'')"_s;
+            columns += u"||' %1='||%2"_s.arg(type).arg(column);
+        }
+        if (columns.isEmpty()) columns = u"||' 0='"_s;
+        const auto filter = controller->browsing().filter();
+        QStringList all = support::rowsOf(
+            catalogue, u"select FileName||' '||ifnull(FileStars,0)||' '||ifnull(FileFlag,0)||' '||"
+                       "((cast(ifnull(RotateAngle,0) as integer)+720)%360)"_s +
+                           columns + u" from ImageFile where 1"_s +
+                           ((filter & 1) != 0 ? u" and FileFlag = 1"_s : QString()) +
+                           ((filter & 2) != 0 ? u" and FileStars > 0"_s : QString()));
+        all.sort();
+        return all;
+    }
+
+    std::mt19937 random{5};
+    QByteArray picture;
+    std::set<QString> files;
+    int names = 0;
+    int versions = 0;
+    FMDatabase catalogue{path(u"profile/files.db"_s)};
+};
+
+/// After each quiet moment the display has every photograph of the catalogue that it should, once,
+/// with its marks and at its place.
+TEST_F(EditStormTest, noPhotographIsShownTwiceOrLostOrAtAnotherPlaceThanItsMarksSay) {
+    ASSERT_TRUE(controller->addFolders({path(u"p"_s)}));
+    const auto isQuiet = [this] { return controller->isIdle() && shown() == wanted(); };
+    ASSERT_TRUE(support::spinUntil(
+        [&] { return controller->isIdle() && shown().size() == 60; }, std::chrono::seconds(60)));
+    const int rounds = std::max(10, qEnvironmentVariableIntValue("VELMORA_STORM") / 50);
+    for (int round = 0; round < rounds; ++round) {
+        if (round % 2 == 0) browseAnotherWay();
+        for (int done = 0; done < 20; ++done) {
+            operation();
+            for (unsigned turns = below(6); turns > 0; --turns)
+                QCoreApplication::processEvents();
+        }
+        const bool isInStep = support::spinUntil(isQuiet, std::chrono::seconds(60));
+        EXPECT_TRUE(isInStep) << round << '\n'
+                              << shown().join(u'\n').toStdString() << "\ninstead of\n"
+                              << wanted().join(u'\n').toStdString();
+        if (!isInStep) break;
+    }
+    const QStringList before = shown();
+    controller->scan();
+    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    EXPECT_EQ(shown(), before) << "a tree made anew is the same";
+}
+
+} // namespace
