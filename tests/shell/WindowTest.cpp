@@ -377,10 +377,10 @@ TEST_F(WindowTest, menusKeysToolbarAndGesturesMarkWhatIsSelected) {
 
     // In the large view the one in focus.
     controller->choice().setFocusOfLargeView([this] { return items[1]; });
-    delegate.largeView = true;
+    delegate.largeView = [] { return true; };
     controller->markCommands().ratingWithStar(2);
     EXPECT_EQ(edits.edits.back().first.fileIds, std::vector{items[1]->fileId()});
-    delegate.largeView = false;
+    delegate.largeView = [] { return false; };
     selectItems({});
     edits.edits.clear();
     QTest::keyClick(&browser(), Qt::Key_3);
