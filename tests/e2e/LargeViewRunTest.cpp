@@ -109,7 +109,7 @@ TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
     desktop.wheel(corner, 12, u"ctrl"_s);
     ASSERT_TRUE(waitForIndex(index, [](const State& s) {
         return s.large(u"percent"_s).toInt() >= 200 && fillsView(s) &&
-               s.large(u"painted"_s) == u"original";
+               s.large(u"painted"_s) == u"original"_s;
     }));
     // To every edge, where the picture stops at that of the view.
     const QPoint middle = area.center();
@@ -167,15 +167,15 @@ TEST_F(LargeViewRunTest, followsFilesThatGoAndChangeAndPlaysAnimations) {
     support::writePicture(photo(u"b.png"_s), {200, 500});
     EXPECT_TRUE(waitForIndex(1, [](const State& s) {
         const QSize picture = rectOf(s, u"picture"_s).size();
-        return s.large(u"image"_s) == u"b.png" && picture.height() > 2 * picture.width();
+        return s.large(u"image"_s) == u"b.png"_s && picture.height() > 2 * picture.width();
     }));
     ASSERT_TRUE(QFile::remove(photo(u"b.png"_s)));
     EXPECT_TRUE(waitForIndex(1, [](const State& s) {
-        return s.large(u"image"_s) == u"c.png" && s.large(u"count"_s).toInt() == 3;
+        return s.large(u"image"_s) == u"c.png"_s && s.large(u"count"_s).toInt() == 3;
     }));
     support::writePicture(photo(u"bb.png"_s), {300, 300});
     EXPECT_TRUE(waitForIndex(2, [](const State& s) {
-        return s.large(u"image"_s) == u"c.png" && s.large(u"count"_s).toInt() == 4;
+        return s.large(u"image"_s) == u"c.png"_s && s.large(u"count"_s).toInt() == 4;
     })) << "what is shown stays";
 
     desktop.key(u"Right"_s);
@@ -184,7 +184,7 @@ TEST_F(LargeViewRunTest, followsFilesThatGoAndChangeAndPlaysAnimations) {
     EXPECT_TRUE(waitFor([&](const State& s) {
         const int now = s.large(u"frame"_s).toInt();
         frames += std::exchange(frame, now) != now ? 1 : 0;
-        return s.large(u"image"_s) == u"d.gif" && frames >= 3;
+        return s.large(u"image"_s) == u"d.gif"_s && frames >= 3;
     }));
     for (const QString& name : {u"a.png"_s, u"bb.png"_s, u"c.png"_s, u"d.gif"_s})
         ASSERT_TRUE(QFile::remove(photo(name)));
