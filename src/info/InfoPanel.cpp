@@ -65,9 +65,9 @@ void InfoPanel::showEvent(QShowEvent* event) {
     noteOnShow();
 }
 
-void InfoPanel::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    noteOnShow();
+void InfoPanel::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::EnabledChange) noteOnShow();
 }
 
 void InfoPanel::hideEvent(QHideEvent* event) {

@@ -58,8 +58,8 @@ public:
 
     /// The page on show was not read to the end yet.
     [[nodiscard]] bool isGathering() const;
-    /// A pane that is folded away has no width.
-    [[nodiscard]] bool isOnShow() const { return isVisible() && width() > 0; }
+    /// A pane that is folded away is disabled.
+    [[nodiscard]] bool isOnShow() const { return isVisible() && isEnabled(); }
     /// What the panel is about, in words: for the bar over it.
     [[nodiscard]] QString title() const;
     [[nodiscard]] PBGeneralInfoView& generalInfoView() const { return *_general; }
@@ -72,7 +72,7 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:

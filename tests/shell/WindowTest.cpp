@@ -300,28 +300,30 @@ TEST_F(WindowTest, theInformationPaneFollowsTheSelectionAndEditsIt) {
         QStringList{u"sun"_s});
     panel.generalInfoView().findChild<QToolButton*>()->click();
     EXPECT_TRUE(std::get<PhotographEdit::SetFlag>(edits.edits[1].first.change).flag);
-    edits.end(
-        {.kind = fileactions::EditResult::Kind::Flag,
-         .isStored = true,
-         .changed = idsOf(u"c"_s),
-         .isFlagged = true});
+    fileactions::EditResult flagged;
+    flagged.kind = fileactions::EditResult::Kind::Flag;
+    flagged.isStored = true;
+    flagged.changed = idsOf(u"c"_s);
+    flagged.isFlagged = true;
+    edits.end(flagged);
     EXPECT_TRUE(window().findChild<QWidget*>(u"FlagFeedback"_s));
     // A name that can't be given comes back to the panel.
     panel.renameAgain(items[2], u"a/b.jpg"_s);
     panel.commitEditing();
     EXPECT_EQ(std::get<PhotographEdit::Rename>(edits.edits[2].first.change).name, u"a/b.jpg"_s);
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    edits.end({.kind = fileactions::EditResult::Kind::Name, .reason = u"no"_s});
+    fileactions::EditResult refused;
+    refused.kind = fileactions::EditResult::Kind::Name;
+    refused.reason = u"no"_s;
+    edits.end(refused);
     window().findChild<QMessageBox*>()->accept();
     ASSERT_TRUE(
         support::spinUntil([&] { return panel.findChild<PBModalTextField*>() != nullptr; }));
     EXPECT_EQ(panel.findChild<PBModalTextField*>()->text(), u"a/b.jpg"_s);
     panel.findChild<PBModalTextField*>()->cancel();
-    // Folded away it is told nothing, and makes up for it.
+    // What was selected while it was folded away shows afterwards.
     (void)(choose(u"view_Info"), titleOf(u"view_Info"));
     selectItems(u"a"_s);
-    QApplication::processEvents();
-    EXPECT_EQ(panel.title(), u"Information of c.jpg"_s);
     (void)(choose(u"view_Info"), titleOf(u"view_Info"));
     EXPECT_TRUE(shows(u"a.jpg"_s));
 }
