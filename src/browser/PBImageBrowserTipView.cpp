@@ -6,6 +6,7 @@
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QPointer>
@@ -100,6 +101,9 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     platform::assertMainThread();
     if (tipKind == _tipKind) return;
     _tipKind = tipKind;
+    // Hidden with the focus, a button would hand it to whatever comes next in the window.
+    const QWidget* focus = QApplication::focusWidget();
+    if (_heir && focus && isAncestorOf(focus)) _heir->setFocus(Qt::OtherFocusReason);
     setVisible(tipKind != 0);
     updateTitle();
     updateButtons();

@@ -229,6 +229,7 @@ QWidget* PBMainWindowController::makeBrowserPane() {
         std::make_unique<BrowserPane>(_services, [this] { updateImageBrowserTipView(); });
     container->addLayer(_browserPane->view());
     _imageBrowserTipView = new PBImageBrowserTipView;
+    _imageBrowserTipView->setFocusHeir(_browserPane->browserView());
     container->addLayer(_imageBrowserTipView);
     return container;
 }
