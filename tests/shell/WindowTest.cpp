@@ -117,7 +117,7 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
         "recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
         "view_CompactGroups view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
         "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
-        "view_SideBar view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
+        "view_SideBar view_SlideshowView view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
     const auto enabledBesides = [this](const QString& known) {
         openMenus();
         QStringList names;
@@ -137,7 +137,8 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
         enabledBesides(always),
         u"automaticRotate copy copyTo cut deleteClicked deleteForGood deselectAll duplicate "
         "flagClicked go_FirstGroupItem go_LastGroupItem moveTo rating0 rating1 rating2 rating3 "
-        "rating4 rating5 renameFile resetRotate revealInFinder rotateLeft rotateRight"_s);
+        "rating4 rating5 renameFile resetRotate revealInFinder rotateLeft rotateRight "
+        "view_BrowserView"_s);
     EXPECT_TRUE(toolbar().deleteAction()->isEnabled());
     for (const QAction* unserved : {toolbar().shareAction()})
         EXPECT_FALSE(unserved->isEnabled());
