@@ -6,7 +6,6 @@
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 
-#include <QApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QPointer>
@@ -102,7 +101,8 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     if (tipKind == _tipKind) return;
     _tipKind = tipKind;
     // Hidden with the focus, a button would hand it to whatever comes next in the window.
-    const QWidget* focus = QApplication::focusWidget();
+    // Not the program's: the window may not be the active one yet.
+    const QWidget* focus = window()->focusWidget();
     if (_heir && focus && isAncestorOf(focus)) _heir->setFocus(Qt::OtherFocusReason);
     setVisible(tipKind != 0);
     updateTitle();

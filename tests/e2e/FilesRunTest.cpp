@@ -59,6 +59,7 @@ TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     EXPECT_TRUE(shows(94));
 
     // To the trash, and for good.
+    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest(); }));
     click(base + u" copy.jpg"_s);
     ASSERT_TRUE(waitForSelection(base + u" copy.jpg"_s));
     desktop.key(u"Delete"_s);

@@ -39,7 +39,7 @@ public:
     }
     /// A value of the large view, such as "image" or "percent"; undefined while it isn't shown.
     [[nodiscard]] QJsonValue large(const QString& name) const {
-        return _json[u"large"_s].toObject()[name];
+        return _json[u"large"_s].toObject().value(name);
     }
     [[nodiscard]] double scroll() const { return browser(u"scroll"_s).toDouble(); }
     /// Nothing moves and nothing is worked on.

@@ -114,7 +114,7 @@ TEST_F(LargeViewTest, followsTheTreeByGroupBySelectionAndByRequest) {
     EXPECT_EQ(shown(), u"aBd|b");
     publish({items[0], items[3]});
     EXPECT_EQ(shown(), u"aD|d") << "the one at its index";
-    publish({items[0], items[3]}, 2);
+    publish({items[0], items[3]}, 2, group::StarRating);
     EXPECT_EQ(shown(), u"|") << "another group";
     EXPECT_TRUE(large().isShown() && window().windowTitle().isEmpty());
     EXPECT_FALSE(isEnabled(u"view_fitIn") || isEnabled(u"view_zoomIn"));

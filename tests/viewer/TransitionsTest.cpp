@@ -88,7 +88,9 @@ TEST(RasterTransitionsTest, rowsPaintedApartAreTheFrame) {
         const TransitionFrame frame = frameAt(style, 0.37);
         QImage pieces(viewSize, QImage::Format_RGB32);
         const RasterTransitions::Target target = RasterTransitions::targetOf(pieces);
-        for (const auto& [first, end] : {std::pair(150, 300), {0, 1}, {1, 150}})
+        const int height = viewSize.height();
+        const int half = height / 2;
+        for (const auto& [first, end] : {std::pair(half, height), {0, 1}, {1, half}})
             RasterTransitions::paintRows(frame, target, first, end);
         EXPECT_EQ(pieces, RasterTransitions::paintedFrame(frame)) << style;
     }
