@@ -3,7 +3,6 @@
 
 namespace {
 
-constexpr QSizeF small(400, 300);
 constexpr QSizeF large(4000, 3000);
 
 } // namespace
