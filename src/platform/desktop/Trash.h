@@ -54,6 +54,8 @@ private:
     };
     [[nodiscard]] std::vector<Folder> foldersFor(const QByteArray& path);
     [[nodiscard]] bool makeOwnFolder(const QByteArray& path, bool mayBeLink);
+    /// With those above it, as far as they can be made.
+    void makeFolders(const QByteArray& path);
     [[nodiscard]] bool isUsable(const QByteArray& path);
     [[nodiscard]] std::error_code
     moveInto(const Folder& folder, const QByteArray& path, TrashedFile& trashed);
