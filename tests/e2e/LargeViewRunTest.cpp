@@ -41,6 +41,8 @@ protected:
 TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
     paintPhotographs();
     start();
+    waitForFocus(u"PBImageBrowserView"_s);
+    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && !s.items().isEmpty(); }));
     desktop.key(u"End"_s);
     ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() > 0; }));
     const QString name = state().items().at(3).name;

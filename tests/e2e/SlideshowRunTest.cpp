@@ -70,6 +70,8 @@ TEST_F(SlideshowRunTest, playsPausesStepsAndLeavesTheWindowAsItWas) {
 TEST_F(SlideshowRunTest, withNothingSelectedItBeginsWithTheFirstOnShow) {
     paintPhotographs();
     start();
+    waitForFocus(u"PBImageBrowserView"_s);
+    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && !s.items().isEmpty(); }));
     desktop.key(u"Next"_s);
     ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() > 0; }));
     const QString first = state().items().first().name;
