@@ -72,7 +72,7 @@ TEST_F(SlideshowRunTest, withNothingSelectedItBeginsWithTheFirstOnShow) {
     start();
     waitForFocus(u"PBImageBrowserView"_s);
     ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && !s.items().isEmpty(); }));
-    desktop.key(u"Next"_s);
+    desktop.wheel(state().items().first().picture.center(), -10);
     ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() > 0; }));
     const QString first = state().items().first().name;
     ASSERT_TRUE(waitForSelection({}));
