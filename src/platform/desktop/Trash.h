@@ -30,7 +30,7 @@ public:
         std::uint32_t userId = 0;
         /// The folder at which the disk that shows this folder is mounted; empty: unknown.
         std::function<QByteArray(const QByteArray& folder)> topFolder;
-        /// In the form of the specification, local time.
+        /// As the information files of trashes have it, local time.
         std::function<QByteArray()> deletionDate;
 
         [[nodiscard]] static Places ofUser();
