@@ -1,0 +1,28 @@
+#pragma once
+
+#include "codec/encoding/PictureEncoder.h"
+
+/// One function for each library that writes pictures. Images are 8 bits a channel but where it is
+/// said; an empty answer is the only sign of failure.
+namespace codec::encoders {
+
+/// `Format_RGB32`, `Format_ARGB32`, or 16 bits of either. The profile is written here, since the
+/// metadata library does not for this type.
+[[nodiscard]] QByteArray
+tiff(const QImage& image, const QByteArray& profile, const EncodeSettings& settings);
+[[nodiscard]] QByteArray webp(const QImage& image, double quality);
+[[nodiscard]] QByteArray jpeg2000(const QImage& image, double quality);
+
+/// These write metadata themselves.
+[[nodiscard]] QByteArray heic(
+    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    double quality);
+[[nodiscard]] bool hasHeic();
+[[nodiscard]] QByteArray avif(
+    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    double quality);
+[[nodiscard]] QByteArray jpegXl(
+    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    double quality);
+
+} // namespace codec::encoders

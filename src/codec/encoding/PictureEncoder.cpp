@@ -1,0 +1,137 @@
+#include "codec/encoding/PictureEncoder.h"
+
+#include "codec/encoding/Encoders.h"
+
+#include <QBuffer>
+#include <QImageWriter>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace codec {
+
+namespace {
+
+enum class Format { Jpeg, Png, Tiff, WebP, Jpeg2000, JpegXl, Avif, Heic };
+
+struct Type {
+    QStringView identifier;
+    Format format;
+    bool hasQuality;
+    bool hasAlpha;
+    bool isDeep; ///< 16 bits a channel
+};
+
+constexpr Type types[] = {
+    {u"public.jpeg", Format::Jpeg, true, false, false},
+    {u"public.png", Format::Png, false, true, true},
+    {u"public.tiff", Format::Tiff, false, true, true},
+    {u"org.webmproject.webp", Format::WebP, true, true, false},
+    {u"public.jpeg-2000", Format::Jpeg2000, true, false, false},
+    {u"public.jpeg-xl", Format::JpegXl, true, true, false},
+    {u"public.avif", Format::Avif, true, true, false},
+    {u"public.heic", Format::Heic, true, true, false},
+};
+
+const Type* typeOf(const QString& identifier) {
+    const auto found = std::ranges::find_if(types, [&](const Type& type) {
+        return identifier.compare(type.identifier, Qt::CaseInsensitive) == 0;
+    });
+    return found == std::end(types) ? nullptr : found;
+}
+
+QImage opaque(const QImage& image) {
+    if (!image.hasAlphaChannel()) return image;
+    QImage ground(image.size(), QImage::Format_RGB32);
+    if (ground.isNull()) return {};
+    ground.fill(Qt::white);
+    QPainter(&ground).drawImage(0, 0, image);
+    return ground;
+}
+
+QImage fitted(const QImage& image, const Type& type) {
+    const bool isDeep = image.depth() == 64;
+    if (isDeep && type.isDeep)
+        return image.hasAlphaChannel() ? image.convertToFormat(QImage::Format_RGBA64) : image;
+    if (!type.hasAlpha) return opaque(image).convertToFormat(QImage::Format_RGB32);
+    return image.convertToFormat(
+        image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+}
+
+QByteArray written(const QImage& image, const char* format, int quality) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QImageWriter writer(&buffer, format);
+    if (quality >= 0) writer.setQuality(quality);
+    if (format == QByteArrayLiteral("jpeg")) writer.setOptimizedWrite(true);
+    return buffer.open(QIODevice::WriteOnly) && writer.write(image) ? bytes : QByteArray();
+}
+
+} // namespace
+
+QStringList writableTypes() {
+    QStringList identifiers;
+    for (const Type& type : types) {
+        if (type.format != Format::Heic || encoders::hasHeic())
+            identifiers.append(type.identifier.toString());
+    }
+    return identifiers;
+}
+
+bool hasQuality(const QString& type) {
+    const Type* row = typeOf(type);
+    return row && row->hasQuality;
+}
+
+bool hasMetadata(const QString& type) {
+    return typeOf(type) != nullptr;
+}
+
+EncodedPicture encodePicture(
+    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    const EncodeSettings& settings) {
+    const Type* type = typeOf(settings.type);
+    if (!type || image.isNull()) return {};
+    const QImage pixels = fitted(image, *type);
+    if (pixels.isNull()) return {};
+    const double quality = std::clamp(settings.quality, 0.0, 1.0);
+    EncodedPicture result;
+    switch (type->format) {
+    case Format::Jpeg:
+        result.bytes = written(pixels, "jpeg", static_cast<int>(std::lround(quality * 100)));
+        break;
+    case Format::Png:
+        result.bytes = written(pixels, "png", -1);
+        break;
+    case Format::Tiff:
+        result.bytes = encoders::tiff(pixels, profile, settings);
+        break;
+    case Format::WebP:
+        result.bytes = encoders::webp(pixels, quality);
+        break;
+    case Format::Jpeg2000:
+        result.bytes = encoders::jpeg2000(pixels, quality);
+        break;
+    case Format::JpegXl:
+        result.bytes = encoders::jpegXl(pixels, profile, metadata, quality);
+        return result;
+    case Format::Avif:
+        result.bytes = encoders::avif(pixels, profile, metadata, quality);
+        return result;
+    case Format::Heic:
+        result.bytes = encoders::heic(pixels, profile, metadata, quality);
+        return result;
+    }
+    if (result.bytes.isEmpty()) return result;
+    const QByteArray embedded = type->format == Format::Tiff ? QByteArray() : profile;
+    if (metadata.isEmpty() && embedded.isEmpty()) return result;
+    if (!embedMetadata(result.bytes, metadata, embedded)) {
+        result.isMetadataWritten = metadata.isEmpty();
+        // Colours without their profile would be wrong.
+        if (!embedded.isEmpty() && !embedMetadata(result.bytes, {}, embedded)) result.bytes.clear();
+    }
+    return result;
+}
+
+} // namespace codec

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "codec/encoding/CarriedMetadata.h"
+
+#include <QByteArray>
+#include <QImage>
+#include <QString>
+#include <QStringList>
+
+namespace codec {
+
+/// How a picture is written.
+struct EncodeSettings {
+    QString type;            ///< identifier, one of `writableTypes`
+    double quality = 0.8;    ///< from 0 to 1; for types that have one
+    int tiffCompression = 1; ///< TIFF's number of it (TIFF 6.0, tag 259); 1: none
+};
+
+/// The types that can be written here, in the order in which they are offered. HEIC is one where
+/// its library has an encoder.
+[[nodiscard]] QStringList writableTypes();
+/// Whether the type has a quality to choose.
+[[nodiscard]] bool hasQuality(const QString& type);
+/// Whether metadata can be written into files of the type.
+[[nodiscard]] bool hasMetadata(const QString& type);
+
+/// What became of the encoding of a picture.
+struct EncodedPicture {
+    QByteArray bytes;              ///< a whole file; empty: the picture can't be written so
+    bool isMetadataWritten = true; ///< false: it was wanted, and is not in the file
+};
+
+/// The file of a picture. The image is one of the formats that decoders answer with; 16 bits a
+/// channel stay where the type has them (PNG, TIFF), and types without transparency get a white
+/// ground. `profile`: ICC bytes of the image's colours, embedded; empty for sRGB, which is not.
+/// Any thread; the metadata of several pictures wait for each other.
+[[nodiscard]] EncodedPicture encodePicture(
+    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    const EncodeSettings& settings);
+
+} // namespace codec

@@ -1,0 +1,123 @@
+#include "codec/encoding/Encoders.h"
+
+#include <openjpeg.h>
+#include <webp/encode.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
+namespace codec::encoders {
+
+namespace {
+
+/// What the library writes, which seeks back to fill in lengths.
+struct Written {
+    QByteArray bytes;
+    qsizetype position = 0;
+
+    static OPJ_SIZE_T write(void* source, OPJ_SIZE_T length, void* self) {
+        auto& written = *static_cast<Written*>(self);
+        const qsizetype end = written.position + static_cast<qsizetype>(length);
+        if (end > written.bytes.size()) written.bytes.resize(end);
+        std::memcpy(written.bytes.data() + written.position, source, length);
+        written.position = end;
+        return length;
+    }
+    static OPJ_OFF_T skip(OPJ_OFF_T length, void* self) {
+        static_cast<Written*>(self)->position += length;
+        return length;
+    }
+    static OPJ_BOOL seek(OPJ_OFF_T position, void* self) {
+        static_cast<Written*>(self)->position = position;
+        return OPJ_TRUE;
+    }
+};
+
+template <auto Destroy>
+struct Destroyer {
+    template <typename T>
+    void operator()(T* object) const {
+        Destroy(object);
+    }
+};
+
+using Planes = std::unique_ptr<opj_image_t, Destroyer<opj_image_destroy>>;
+
+Planes planesOf(const QImage& image) {
+    opj_image_cmptparm_t parameters[3] = {};
+    for (auto& parameter : parameters) {
+        parameter.dx = parameter.dy = 1;
+        parameter.w = static_cast<OPJ_UINT32>(image.width());
+        parameter.h = static_cast<OPJ_UINT32>(image.height());
+        parameter.prec = 8;
+    }
+    Planes planes(opj_image_create(3, parameters, OPJ_CLRSPC_SRGB));
+    if (!planes) return {};
+    planes->x1 = static_cast<OPJ_UINT32>(image.width());
+    planes->y1 = static_cast<OPJ_UINT32>(image.height());
+    std::size_t at = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        for (int x = 0; x < image.width(); ++x, ++at) {
+            planes->comps[0].data[at] = qRed(line[x]);
+            planes->comps[1].data[at] = qGreen(line[x]);
+            planes->comps[2].data[at] = qBlue(line[x]);
+        }
+    }
+    return planes;
+}
+
+} // namespace
+
+QByteArray webp(const QImage& image, double quality) {
+    std::uint8_t* bytes = nullptr;
+
+    const QImage pixels = image.convertToFormat(QImage::Format_RGBA8888);
+    const std::size_t length = WebPEncodeRGBA(
+        pixels.constBits(), pixels.width(), pixels.height(),
+        static_cast<int>(pixels.bytesPerLine()), static_cast<float>(quality * 100), &bytes);
+    const QByteArray file(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(length));
+    WebPFree(bytes);
+    return file;
+}
+
+QByteArray jpeg2000(const QImage& image, double quality) {
+    opj_cparameters_t parameters;
+    opj_set_default_encoder_parameters(&parameters);
+    parameters.tcp_mct = 1;
+    parameters.tcp_numlayers = 1;
+    // A small picture can't be halved so often.
+    parameters.numresolution = 1;
+    for (int side = std::min(image.width(), image.height());
+         side > 1 && parameters.numresolution < 6; side /= 2)
+        ++parameters.numresolution;
+    if (quality >= 1) {
+        parameters.cp_disto_alloc = 1;
+        parameters.tcp_rates[0] = 0; // without loss
+    } else {
+        parameters.irreversible = 1;
+        parameters.cp_fixed_quality = 1;
+        // Signal to noise in decibels: 25 is poor, 50 is not to be told from the source.
+        parameters.tcp_distoratio[0] = static_cast<float>(25 + 25 * quality);
+    }
+    const Planes planes = planesOf(image);
+    const std::unique_ptr<opj_codec_t, Destroyer<opj_destroy_codec>> codec(
+        static_cast<opj_codec_t*>(opj_create_compress(OPJ_CODEC_JP2)));
+    const std::unique_ptr<opj_stream_t, Destroyer<opj_stream_destroy>> stream(
+        static_cast<opj_stream_t*>(opj_stream_default_create(OPJ_FALSE)));
+    if (!planes || !codec || !stream) return {};
+    Written written;
+    opj_stream_set_user_data(stream.get(), &written, nullptr);
+    opj_stream_set_write_function(stream.get(), Written::write);
+    opj_stream_set_skip_function(stream.get(), Written::skip);
+    opj_stream_set_seek_function(stream.get(), Written::seek);
+    if (!opj_setup_encoder(codec.get(), &parameters, planes.get())) return {};
+    const bool isGood = opj_start_compress(codec.get(), planes.get(), stream.get()) &&
+                        opj_encode(codec.get(), stream.get()) &&
+                        opj_end_compress(codec.get(), stream.get());
+    return isGood ? written.bytes : QByteArray();
+}
+
+} // namespace codec::encoders
