@@ -31,6 +31,9 @@ QString fileErrorText(const std::error_code& error) {
         {std::errc::file_exists, u"FileErrorExists"},
         {std::errc::file_too_large, u"FileErrorTooLarge"},
         {std::errc::io_error, u"FileErrorDisk"},
+        {std::errc::bad_message, u"FileErrorUnreadable"},
+        {std::errc::not_supported, u"FileErrorCantEncode"},
+        {std::errc::resource_unavailable_try_again, u"FileErrorNotNow"},
     };
     for (const ErrorText& text : texts)
         if (error == text.error) return platform::localizedString(text.key);

@@ -39,6 +39,7 @@ FileTransfer::FileTransfer(const Environment& environment)
 
 TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token& stop) {
     _kind = plan.kind;
+    _endsAtFailure = plan.endsAtFailure;
     _stop = stop;
     _result = {};
     _forAll.reset();
@@ -111,6 +112,7 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
 
     const QByteArray folder = realFolder(file.folder);
     const QByteArray destination = pathInFolder(folder, file.name);
+    if (file.make) return transferMade(file, destination);
     std::error_code error;
     if (!file.content) {
         FileSystem::Entry entry;
@@ -131,6 +133,29 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
     if (!error) return Next::File;
     if (error == std::errc::file_exists) return resolveConflict(file, destination);
     return fail({.path = file.source, .destination = destination, .error = error});
+}
+
+FileTransfer::Next FileTransfer::transferMade(const File& file, const QByteArray& destination) {
+    std::error_code error = std::make_error_code(std::errc::file_exists);
+    if (isSameFile(file.source, destination))
+        return leaveOut({.path = file.source, .destination = destination, .error = error});
+    File made = file;
+    made.make = {};
+    made.content.emplace();
+    error = file.make(_stop, *made.content);
+    if (error == std::errc::operation_canceled) return fail({file.source, destination, error});
+    if (error) return leaveOut({.path = file.source, .destination = destination, .error = error});
+    error = perform(made, destination, file.replaces ? IfTaken::Replace : IfTaken::Refuse);
+    if (error == std::errc::file_exists) return resolveConflict(made, destination);
+    return error ? fail({.path = file.source, .destination = destination, .error = error})
+                 : Next::File;
+}
+
+FileTransfer::Next FileTransfer::leaveOut(const FileFailure& failure) {
+    // Of a single one there is nothing to go on with.
+    if (_progress.total == 1 || _endsAtFailure) return fail(failure);
+    _environment.rows.settle();
+    return _environment.prompts.askSkip(failure) ? Next::File : Next::Stop;
 }
 
 FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteArray& destination) {
