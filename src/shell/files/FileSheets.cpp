@@ -42,6 +42,10 @@ QString messageAbout(FileQuestions::Deed deed, const QByteArray& path, qint64 co
             return {u"CantTrashFile", u"CantTrashFiles"};
         case Deed::Delete:
             return {u"CantDeleteFile", u"CantDeleteFiles"};
+        case Deed::Export:
+            return {u"CantExportFile", {}};
+        case Deed::Share:
+            return {u"Convert File Failed", {}};
         case Deed::Restore:
             break;
         }
@@ -115,6 +119,13 @@ void FileSheets::askSkip(const Failure& failure, std::function<void(bool skips)>
 
 void FileSheets::tellFailure(
     Deed deed, const Failure& failure, qint64 count, std::function<void()> closed) {
+    if (deed == Deed::Export && failure.error == std::errc::bad_message) {
+        showWindowAlert(
+            _window, localizedFormat(u"Can not open file", {nameOf(failure.path)}),
+            localizedFormat(u"Can not open file information", {localizedString(u"Velmora")}),
+            std::move(closed));
+        return;
+    }
     showWindowAlert(
         _window, messageAbout(deed, failure.path, count), fileactions::fileErrorText(failure.error),
         std::move(closed));
