@@ -174,11 +174,11 @@ TEST_F(ExportTest, whatIsMadeIsWholeOrAbsentAndNeverInPlaceOfItsSource) {
     using Plan = fileactions::TransferPlan;
     put("a/x.jpg", "source");
     put("b/x.jpg", "other");
-    const auto planOf = [this](const QByteArray& folder, std::error_code error, bool replaces) {
+    const auto planOf = [this](const QByteArray& into, std::error_code error, bool replaces) {
         Plan plan;
         plan.addFile(
             {.source = path("a/x.jpg"),
-             .folder = path(folder),
+             .folder = path(into),
              .name = "x.jpg",
              .make =
                  [error](const std::stop_token&, QByteArray& content) {
