@@ -10,10 +10,15 @@ namespace codec::encoders {
 /// metadata library does not for this type.
 [[nodiscard]] QByteArray
 tiff(const QImage& image, const QByteArray& profile, const EncodeSettings& settings);
-[[nodiscard]] QByteArray webp(const QImage& image, double quality);
 [[nodiscard]] QByteArray jpeg2000(const QImage& image, double quality);
 
+/// A PNG file with the profile put in.
+[[nodiscard]] QByteArray pngWithProfile(const QByteArray& file, const QByteArray& profile);
+
 /// These write metadata themselves.
+[[nodiscard]] QByteArray webp(
+    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    double quality);
 [[nodiscard]] QByteArray heic(
     const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
     double quality);

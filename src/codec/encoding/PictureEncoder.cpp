@@ -108,8 +108,8 @@ EncodedPicture encodePicture(
         result.bytes = encoders::tiff(pixels, profile, settings);
         break;
     case Format::WebP:
-        result.bytes = encoders::webp(pixels, quality);
-        break;
+        result.bytes = encoders::webp(pixels, profile, metadata, quality);
+        return result;
     case Format::Jpeg2000:
         result.bytes = encoders::jpeg2000(pixels, quality);
         break;
@@ -124,7 +124,15 @@ EncodedPicture encodePicture(
         return result;
     }
     if (result.bytes.isEmpty()) return result;
-    const QByteArray embedded = type->format == Format::Tiff ? QByteArray() : profile;
+    const bool isPng = type->format == Format::Png;
+    // The metadata library's profiles in PNG files are not understood by others.
+    const QByteArray embedded = isPng || type->format == Format::Tiff ? QByteArray() : profile;
+    if (isPng && !metadata.isEmpty())
+        result.isMetadataWritten = embedMetadata(result.bytes, metadata, {});
+    if (isPng) {
+        if (!profile.isEmpty()) result.bytes = encoders::pngWithProfile(result.bytes, profile);
+        return result;
+    }
     if (metadata.isEmpty() && embedded.isEmpty()) return result;
     if (!embedMetadata(result.bytes, metadata, embedded)) {
         result.isMetadataWritten = metadata.isEmpty();

@@ -1,7 +1,11 @@
 #include "codec/encoding/Encoders.h"
 
+#include <QtEndian>
 #include <openjpeg.h>
+
 #include <webp/encode.h>
+#include <webp/mux.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -71,16 +75,56 @@ Planes planesOf(const QImage& image) {
 
 } // namespace
 
-QByteArray webp(const QImage& image, double quality) {
+QByteArray webp(
+    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    double quality) {
     std::uint8_t* bytes = nullptr;
-
     const QImage pixels = image.convertToFormat(QImage::Format_RGBA8888);
     const std::size_t length = WebPEncodeRGBA(
         pixels.constBits(), pixels.width(), pixels.height(),
         static_cast<int>(pixels.bytesPerLine()), static_cast<float>(quality * 100), &bytes);
     const QByteArray file(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(length));
     WebPFree(bytes);
-    return file;
+    if (file.isEmpty()) return {};
+    const std::unique_ptr<WebPMux, Destroyer<WebPMuxDelete>> chunks(WebPMuxNew());
+    if (!chunks) return {};
+    const auto dataOf = [](const QByteArray& content) {
+        return WebPData{
+            reinterpret_cast<const std::uint8_t*>(content.constData()),
+            static_cast<std::size_t>(content.size())};
+    };
+    const WebPData picture = dataOf(file);
+    bool isGood = WebPMuxSetImage(chunks.get(), &picture, 1) == WEBP_MUX_OK;
+    const auto add = [&](const char* name, const QByteArray& content) {
+        const WebPData data = dataOf(content);
+        if (!content.isEmpty())
+            isGood = isGood && WebPMuxSetChunk(chunks.get(), name, &data, 1) == WEBP_MUX_OK;
+    };
+    add("ICCP", profile);
+    add("EXIF", metadata.exif);
+    add("XMP ", metadata.xmp);
+    WebPData whole{};
+    if (!isGood || WebPMuxAssemble(chunks.get(), &whole) != WEBP_MUX_OK) return {};
+    const QByteArray assembled(
+        reinterpret_cast<const char*>(whole.bytes), static_cast<qsizetype>(whole.size));
+    WebPDataClear(&whole);
+    return assembled;
+}
+
+QByteArray pngWithProfile(const QByteArray& file, const QByteArray& profile) {
+    constexpr qsizetype afterHeader = 8 + 25;
+    constexpr qsizetype lengthOfCompressed = 4; // that the toolkit puts in front
+    if (file.size() < afterHeader) return {};
+    const QByteArray content =
+        QByteArray("iCCPicc\0\0", 9) + qCompress(profile).mid(lengthOfCompressed);
+    const auto number = [](std::uint32_t value) {
+        const std::uint32_t big = qToBigEndian(value);
+        return QByteArray(reinterpret_cast<const char*>(&big), sizeof(big));
+    };
+    const auto checksum = static_cast<std::uint32_t>(crc32(
+        0, reinterpret_cast<const Bytef*>(content.constData()), static_cast<uInt>(content.size())));
+    return file.first(afterHeader) + number(static_cast<std::uint32_t>(content.size() - 4)) +
+           content + number(checksum) + file.mid(afterHeader);
 }
 
 QByteArray jpeg2000(const QImage& image, double quality) {
