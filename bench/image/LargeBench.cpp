@@ -26,6 +26,13 @@ namespace {
 constexpr double screenSide = 1920;
 constexpr double mebibyte = 1024.0 * 1024.0;
 
+/// Mapped pages count as this process's memory only once they were read, as painting does.
+void touch(const QImage& image) {
+    constexpr qsizetype page = 4096;
+    for (qsizetype at = 0; at < image.sizeInBytes(); at += page)
+        bench::keep(image.constBits()[at]);
+}
+
 /// A display without a window, over photographs of one size.
 class Display final : public PBLoadImageDelegate {
 public:
@@ -44,6 +51,7 @@ public:
     void loadImageFinished(
         const PBLoadImageOperation&, const LoadedImages& images, double scale,
         const std::shared_ptr<PBImageFileItem>& item, std::int64_t index) override {
+        if (images.images) touch(images.images->firstImage());
         _requests.keepLoadedImages(images, scale, {item, index});
     }
     /// As the large view steps.
@@ -145,10 +153,11 @@ bool holdKey(PBImageImporterManager& importers, const QString& path, QSize size)
         display.waitForFocus();
     });
     const auto begun = static_cast<double>(after.begun - before.begun);
+    // One may have run when the key went down.
+    const double stopped = std::max(0.0, static_cast<double>(after.stopped - before.stopped) - 1);
     bench::printFigure("held key: decodes begun over 300 pictures", begun, "decodes");
     bool met = bench::printFigure(
-        "held key: stopped half-way of those begun",
-        static_cast<double>(after.stopped - before.stopped) / std::max(begun, 1.0), "share",
+        "held key: stopped half-way of those begun", stopped / std::max(begun, 1.0), "share",
         1.0 / 3);
     met &= bench::printFigure("held key: longest wait of the main loop", worst, "ms", 20);
     bench::printFigure("held key: sharp after it was let go", last, "ms");
@@ -213,6 +222,8 @@ int main(int argc, char** argv) {
     const QString twentyFour = bench::writePhotograph(folder, bench::twentyFourMegapixels);
     constexpr QSize hundredMegapixels(11648, 8736);
     const QString hundred = bench::writePhotograph(folder, hundredMegapixels);
+    if (argc > 1 && std::string_view(argv[1]) == "--memory")
+        return measureMemory(importers, twelve, bench::twelveMegapixels) ? 0 : 1;
     bool met = compareStep(importers, twelve, bench::twelveMegapixels, "step to 12 megapixels");
     met &= compareStep(importers, twentyFour, bench::twentyFourMegapixels, "step to 24 megapixels");
     met &= compareStep(importers, hundred, hundredMegapixels, "step to 100 megapixels");

@@ -174,8 +174,10 @@ private:
             _scanFiles, nullptr);
         std::vector<group::ImageFileRow> rows;
         for (const qint64 id : _ids) {
-            rows.push_back({.id = id, .folderId = 1});
-            rows.back().fileName = QStringLiteral("IMG_%1.jpg").arg(id);
+            group::ImageFileRow& row = rows.emplace_back();
+            row.id = id;
+            row.folderId = 1;
+            row.fileName = QStringLiteral("IMG_%1.jpg").arg(id);
         }
         for (const auto& row : rows)
             step.insert(row, QStringLiteral("/pictures"));

@@ -63,18 +63,15 @@ struct Seen {
 
 /// One transition in a window, as the program does it.
 Seen watch(PBSlideshowView& view, const QImage& picture) {
-    auto* surface = dynamic_cast<RasterSurface*>(&view.surface());
-    int frames = 0;
+    const auto& surface = dynamic_cast<RasterSurface&>(view.surface());
+    const int before = surface.frameCount();
     double wait = 0;
     QEventLoop loop;
     QElapsedTimer sinceFirst;
     QElapsedTimer sinceBeat;
-    const auto counting = QObject::connect(surface, &RasterSurface::frameReady, &loop, [&] {
-        if (!sinceFirst.isValid()) sinceFirst.start();
-        ++frames;
-    });
     QTimer beat;
     QObject::connect(&beat, &QTimer::timeout, &loop, [&] {
+        if (!sinceFirst.isValid() && surface.frameCount() > before) sinceFirst.start();
         if (sinceBeat.isValid())
             wait = std::max(wait, static_cast<double>(sinceBeat.nsecsElapsed()) / 1e6);
         sinceBeat.start();
@@ -83,7 +80,7 @@ Seen watch(PBSlideshowView& view, const QImage& picture) {
     view.setAnimationDidStop([&](bool) { loop.quit(); });
     view.transitionToImage(picture, 0);
     loop.exec();
-    QObject::disconnect(counting);
+    const int frames = surface.frameCount() - before;
     return {frames / (static_cast<double>(sinceFirst.nsecsElapsed()) / 1e9), wait};
 }
 

@@ -1,5 +1,6 @@
 #include "app/WindowColours.h"
 
+#include "codec/pixels/Profiles.h"
 #include "image/large/PBLoadImageManager.h"
 
 #include <QGuiApplication>
@@ -21,8 +22,9 @@ void WindowColours::update() {
     QByteArray profile = screen ? _profiles.profileOf(screen->name()) : QByteArray();
     if (profile.isEmpty() && screen == QGuiApplication::primaryScreen())
         profile = platform::profileOfRootWindow();
-    // Invalid for bytes that make no sense, which counts as sRGB.
-    wanted.colorSpace = QColorSpace::fromIccProfile(profile);
+    wanted.colorSpace = codec::profiles::isUsableTarget(profile)
+                            ? QColorSpace::fromIccProfile(profile)
+                            : QColorSpace();
     if (wanted == _loadImageManager.screen()) return;
     _loadImageManager.setScreen(wanted);
     _window.update();

@@ -24,6 +24,7 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QLoggingCategory>
 #include <QMainWindow>
 #include <QProcess>
 #include <QTimer>
@@ -226,6 +227,8 @@ int main(int argc, char** argv) {
         return failure;
     }
 
+    // Profiles that the toolkit can't read go to the colour engine as they are.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.icc.warning=false"));
     platform::raiseDescriptorLimit();
     TerminationSignals::block();
     const QApplication application(argc, argv);

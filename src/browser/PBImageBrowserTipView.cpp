@@ -100,6 +100,10 @@ void PBImageBrowserTipView::setTipKind(std::int64_t tipKind) {
     platform::assertMainThread();
     if (tipKind == _tipKind) return;
     _tipKind = tipKind;
+    // Hidden with the focus, a button would hand it to whatever comes next in the window.
+    // Not the program's: the window may not be the active one yet.
+    const QWidget* focus = window()->focusWidget();
+    if (_heir && focus && isAncestorOf(focus)) _heir->setFocus(Qt::OtherFocusReason);
     setVisible(tipKind != 0);
     updateTitle();
     updateButtons();

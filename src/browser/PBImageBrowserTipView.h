@@ -22,6 +22,8 @@ public:
     /// 0: hidden, the browser has photographs; 1: no folder root exists; 2: no folder is selected;
     /// 3: the folder has no photograph; 4: a scan is running.
     [[nodiscard]] std::int64_t tipKind() const { return _tipKind; }
+    /// Gets the keyboard where a button of the tip had it and goes; outlives this object.
+    void setFocusHeir(QWidget& widget) { _heir = &widget; }
     void setTipKind(std::int64_t tipKind);
 
     /// What may bring photographs into sight.
@@ -68,6 +70,7 @@ private:
     QLabel* _or;
     QLabel* _hint;
     QPushButton* _suggestion;
+    QWidget* _heir = nullptr;
     QPushButton* _button;
     std::array<QPushButton*, 3> _remedyButtons; // in the order of Remedy
     QString _suggestedFolder;

@@ -2,8 +2,6 @@
 
 #include <QSet>
 
-#include <ranges>
-
 namespace fileactions {
 
 namespace {
@@ -36,8 +34,8 @@ FileEdit FileEdit::takingBack(const TransferResult& result, TransferPlan::Kind k
     if (kind == TransferPlan::Kind::Move) {
         MoveFiles back;
         // The last first: an earlier one may be in its way.
-        for (const auto& file : std::views::reverse(result.files))
-            back.paths.emplace_back(file.path, file.source);
+        for (auto file = result.files.rbegin(); file != result.files.rend(); ++file)
+            back.paths.emplace_back(file->path, file->source);
         return {std::move(back)};
     }
     DiscardFiles made;

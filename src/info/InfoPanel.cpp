@@ -65,9 +65,9 @@ void InfoPanel::showEvent(QShowEvent* event) {
     noteOnShow();
 }
 
-void InfoPanel::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    noteOnShow();
+void InfoPanel::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::EnabledChange) noteOnShow();
 }
 
 void InfoPanel::hideEvent(QHideEvent* event) {
@@ -83,6 +83,11 @@ void InfoPanel::noteOnShow() {
 
 bool InfoPanel::isGathering() const {
     return selectedInfo() == General ? _general->isGathering() : _more->isGathering();
+}
+
+void InfoPanel::setPaused(bool isPaused) {
+    _general->setPaused(isPaused);
+    _more->setPaused(isPaused);
 }
 
 void InfoPanel::commitEditing() {

@@ -48,6 +48,9 @@ public:
     void setSelection(InfoSelection selection);
     /// Something in the catalogue changed: reads again what is shown.
     void updateInfo();
+    /// While it is on, nothing is read: somebody is about to write the catalogue, and a look at it
+    /// would wait for that. What is not there yet is gathered afterwards.
+    void setPaused(bool isPaused);
     /// Asks for an edit that was begun, if there is one, as Return does.
     void commitEditing();
     /// Opens the field for the name with what was typed, unless another photograph is shown.
@@ -55,8 +58,8 @@ public:
 
     /// The page on show was not read to the end yet.
     [[nodiscard]] bool isGathering() const;
-    /// A pane that is folded away has no width.
-    [[nodiscard]] bool isOnShow() const { return isVisible() && width() > 0; }
+    /// A pane that is folded away is disabled.
+    [[nodiscard]] bool isOnShow() const { return isVisible() && isEnabled(); }
     /// What the panel is about, in words: for the bar over it.
     [[nodiscard]] QString title() const;
     [[nodiscard]] PBGeneralInfoView& generalInfoView() const { return *_general; }
@@ -69,7 +72,7 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:

@@ -53,8 +53,7 @@ protected:
     virtual void addActions(QMenu&, int) {}
     /// The font, and with it where rows lie, is another one.
     virtual void metricsDidChange() {}
-    /// No line is drawn over the row behind the last one; some pages have one over rows that stay
-    /// empty.
+    /// That of the rows, and of what is kept free below them.
     [[nodiscard]] int contentHeight() const;
 
     bool event(QEvent* event) override;

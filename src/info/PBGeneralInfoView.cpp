@@ -16,6 +16,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <utility>
 
 using platform::localizedString;
 
@@ -100,11 +101,20 @@ void PBGeneralInfoView::updateInfos() {
     readSome();
 }
 
+void PBGeneralInfoView::setPaused(bool isPaused) {
+    if (std::exchange(_isPaused, isPaused) == isPaused || !isGathering()) return;
+    if (isPaused) {
+        _readTimer.stop();
+    } else {
+        readSome();
+    }
+}
+
 void PBGeneralInfoView::readSome() {
-    const bool isComplete = _reading->readSome();
+    const bool isComplete = _isPaused ? _reading->isComplete() : _reading->readSome();
     if (isComplete) {
         _readTimer.stop();
-    } else if (!_readTimer.isActive()) {
+    } else if (!_isPaused && !_readTimer.isActive()) {
         _readTimer.start(0, this);
     }
     // The values of the same photographs stay until there are newer ones.

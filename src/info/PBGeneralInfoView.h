@@ -31,7 +31,10 @@ public:
     /// Reads everything anew; until that is there the former values stay, unless they are those of
     /// other photographs.
     void updateInfos();
-    [[nodiscard]] bool isGathering() const { return _readTimer.isActive(); }
+    /// While it is on, nothing is read: somebody is about to write the catalogue, and a look at it
+    /// would wait for that. What is not there yet is gathered afterwards.
+    void setPaused(bool isPaused);
+    [[nodiscard]] bool isGathering() const { return _reading && !_reading->isComplete(); }
 
     /// Ends an edit of name or tags, as Return does.
     void commitEditing();
@@ -70,6 +73,7 @@ private:
     bool _isOtherSelection = true; ///< than that of the values that are shown
     std::unique_ptr<GeneralReading> _reading;
     QBasicTimer _readTimer;
+    bool _isPaused = false;
 
     QToolButton* _flagButton = nullptr;
     PBStarRatingCell* _ratingIndicator = nullptr;

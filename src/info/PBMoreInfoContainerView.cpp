@@ -16,6 +16,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 using platform::localizedString;
 
@@ -58,13 +59,22 @@ void PBMoreInfoContainerView::updateInfos() {
     readSome();
 }
 
+void PBMoreInfoContainerView::setPaused(bool isPaused) {
+    if (std::exchange(_isPaused, isPaused) == isPaused || !isGathering()) return;
+    if (isPaused) {
+        _readTimer.stop();
+    } else {
+        readSome();
+    }
+}
+
 void PBMoreInfoContainerView::readSome() {
-    if (_reading->readSome()) {
+    if (_isPaused ? _reading->isComplete() : _reading->readSome()) {
         _readTimer.stop();
         _isOtherSelection = false;
         return showMerged();
     }
-    if (!_readTimer.isActive()) _readTimer.start(0, this);
+    if (!_isPaused && !_readTimer.isActive()) _readTimer.start(0, this);
     // The values of the same photographs stay until there are newer ones.
     if (!_isOtherSelection) return;
     _segments->hide();

@@ -32,7 +32,10 @@ public:
     /// Reads everything anew; until that is there the former values stay, unless they are those of
     /// other photographs.
     void updateInfos();
-    [[nodiscard]] bool isGathering() const { return _readTimer.isActive(); }
+    /// While it is on, nothing is read: somebody is about to write the catalogue, and a look at it
+    /// would wait for that. What is not there yet is gathered afterwards.
+    void setPaused(bool isPaused);
+    [[nodiscard]] bool isGathering() const { return _reading && !_reading->isComplete(); }
 
     [[nodiscard]] const MoreInfoDict& moreInfoDict() const { return _moreInfoDict; }
     /// The key of the chosen category, as the settings have it.
@@ -57,6 +60,7 @@ private:
     bool _isOtherSelection = true; ///< than that of the values that are shown
     std::unique_ptr<MoreReading> _reading;
     QBasicTimer _readTimer;
+    bool _isPaused = false;
     MoreInfoDict _moreInfoDict;
     QString _selectInfoType;
 

@@ -105,7 +105,7 @@ int PBStarRatingCell::starsOfKey(const QKeyEvent& event) const {
 
 void PBStarRatingCell::keyPressEvent(QKeyEvent* event) {
     const int stars = starsOfKey(*event);
-    if (stars < 0) return QWidget::keyPressEvent(event);
+    if (stars < 0) return event->ignore(); // the slider has keys of its own
     choose(stars);
 }
 

@@ -229,6 +229,7 @@ QWidget* PBMainWindowController::makeBrowserPane() {
         std::make_unique<BrowserPane>(_services, [this] { updateImageBrowserTipView(); });
     container->addLayer(_browserPane->view());
     _imageBrowserTipView = new PBImageBrowserTipView;
+    _imageBrowserTipView->setFocusHeir(_browserPane->browserView());
     container->addLayer(_imageBrowserTipView);
     return container;
 }
@@ -365,6 +366,8 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
         .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
     _choice->setFocusOfLargeView(
         [this] { return _largeView->controller().bin().focusImageFileItem(); });
+    _marks->serveRatingKeys(_largeView->controller().imageView());
+    _marks->serveRatingKeys(_largeView->controller().thumbnailView());
     _infoFeed->setLargeView(&_largeView->controller().imageView());
     QObject::connect(&_services.edits, &fileactions::EditRunner::didEdit, _largeView.get(), [this] {
         _largeView->controller().itemsDidChange();

@@ -22,7 +22,8 @@ public:
 protected:
     void paintEvent(QPaintEvent*) override {
         const QString shown = fontMetrics().elidedText(_text, Qt::ElideMiddle, width());
-        setToolTip(shown == _text ? QString() : _text.toHtmlEscaped());
+        setToolTip(
+            shown == _text ? QString() : QStringLiteral("<p>%1</p>").arg(_text.toHtmlEscaped()));
         QPainter painter(this);
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);

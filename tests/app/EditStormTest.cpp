@@ -44,8 +44,8 @@ struct EditStormTest : RunningProgramTest {
     }
     void edit() {
         const QStringList tags = support::words("lake city Anna");
-        const QString tag = tags[below(3)];
-        const QString other = tags[below(3)];
+        const QString& tag = tags[below(3)];
+        const QString& other = tags[below(3)];
         Edit::Change change;
         switch (below(7)) {
         case 0:

@@ -65,7 +65,7 @@ TEST_F(SidebarTest, rootsAndSelectionSurviveRestartsRenamesAndDeletion) {
 }
 
 TEST_F(SidebarTest, aRootFollowsTheFoldersAboveItWhereverTheyGo) {
-    const QString root = u"docs/work/shoots/R"_s;
+    const QString root = u"docs/jobs/shoots/R"_s;
     makePicture(root + u"/a.jpg"_s);
     make(u".hidden"_s);
     const qint64 id = add(root);
@@ -82,7 +82,7 @@ TEST_F(SidebarTest, aRootFollowsTheFoldersAboveItWhereverTheyGo) {
     controller.reset();
     ASSERT_TRUE(QFile::rename(path(u"docs"_s), path(u".docs"_s)));
     start();
-    EXPECT_EQ(roots(), QStringList{path(u".docs/work/shoots/R"_s)});
+    EXPECT_EQ(roots(), QStringList{path(u".docs/jobs/shoots/R"_s)});
     EXPECT_EQ(rootIds(), (std::vector{id}));
     EXPECT_EQ(imageRows(), QStringList{u"a.jpg"_s});
 }

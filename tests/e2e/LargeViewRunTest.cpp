@@ -41,7 +41,9 @@ protected:
 TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
     paintPhotographs();
     start();
-    desktop.key(u"Next"_s);
+    waitForFocus(u"PBImageBrowserView"_s);
+    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && !s.items().isEmpty(); }));
+    desktop.key(u"End"_s);
     ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() > 0; }));
     const QString name = state().items().at(3).name;
     click(name);
@@ -135,7 +137,7 @@ TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
     const double scale = state().large(u"scale"_s).toDouble();
     desktop.resize(window, {200, 200});
     EXPECT_TRUE(waitForIndex(index, [&](const State& s) {
-        return s.large(u"scale"_s).toDouble() < scale &&
+        return s.window().width() < 1180 && s.large(u"scale"_s).toDouble() <= scale &&
                rectOf(s, u"rect"_s).adjusted(-1, -1, 1, 1).contains(rectOf(s, u"picture"_s));
     }));
     desktop.resize(window, {1180, 800});

@@ -33,7 +33,9 @@ TEST_F(SlideshowRunTest, playsPausesStepsAndLeavesTheWindowAsItWas) {
     EXPECT_EQ(show(state(), u"name"_s), name);
     EXPECT_FALSE(show(state(), u"engine"_s).toString().isEmpty());
     EXPECT_TRUE(state().json()[u"largeView"_s].toBool());
-    if (services.isRunning()) EXPECT_EQ(services.toldCalls(1), u"portal Inhibit 8"_s);
+    if (services.isRunning()) {
+        EXPECT_EQ(services.toldCalls(1), u"portal Inhibit 8"_s);
+    }
     desktop.key(u"minus"_s); // an interval of a second
     const int count = state().large(u"count"_s).toInt();
     ASSERT_GT(count, 7);
@@ -41,7 +43,9 @@ TEST_F(SlideshowRunTest, playsPausesStepsAndLeavesTheWindowAsItWas) {
 
     desktop.key(u"space"_s);
     ASSERT_TRUE(waitFor([](const State& s) { return show(s, u"state"_s) == u"paused"_s; }));
-    if (services.isRunning()) EXPECT_EQ(services.toldCalls(1), u"portal Close /request/7"_s);
+    if (services.isRunning()) {
+        EXPECT_EQ(services.toldCalls(1), u"portal Close /request/7"_s);
+    }
     const int paused = show(state(), u"index"_s).toInt();
     desktop.key(u"Left"_s);
     ASSERT_TRUE(waitForShow(u"paused"_s, paused - 1));
@@ -66,7 +70,9 @@ TEST_F(SlideshowRunTest, playsPausesStepsAndLeavesTheWindowAsItWas) {
 TEST_F(SlideshowRunTest, withNothingSelectedItBeginsWithTheFirstOnShow) {
     paintPhotographs();
     start();
-    desktop.key(u"Next"_s);
+    waitForFocus(u"PBImageBrowserView"_s);
+    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && !s.items().isEmpty(); }));
+    desktop.wheel(state().items().first().picture.center(), -10);
     ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() > 0; }));
     const QString first = state().items().first().name;
     ASSERT_TRUE(waitForSelection({}));

@@ -50,6 +50,14 @@ std::optional<QJsonObject> State::control(const QString& name) const {
     return std::nullopt;
 }
 
+QRect State::button(const QString& text) const {
+    for (const QJsonValue& value : _json[u"controls"_s].toArray()) {
+        if (isCalled(value.toObject(), u"QPushButton"_s) && value[u"text"_s].toString() == text)
+            return rectOf(value[u"rect"_s]);
+    }
+    return {};
+}
+
 QList<Place> State::places(const QString& within) const {
     QList<Place> all;
     for (const QJsonValue& control : _json[u"controls"_s].toArray()) {

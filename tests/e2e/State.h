@@ -39,7 +39,7 @@ public:
     }
     /// A value of the large view, such as "image" or "percent"; undefined while it isn't shown.
     [[nodiscard]] QJsonValue large(const QString& name) const {
-        return _json[u"large"_s].toObject()[name];
+        return _json[u"large"_s].toObject().value(name);
     }
     [[nodiscard]] double scroll() const { return browser(u"scroll"_s).toDouble(); }
     /// Nothing moves and nothing is worked on.
@@ -61,6 +61,8 @@ public:
     [[nodiscard]] QList<Place> places(const QString& within = {}) const;
     /// Where such a place, or else a control, is; null without one.
     [[nodiscard]] QRect place(const QString& text, const QString& within = {}) const;
+    /// The push button of a sheet with that text; null without one.
+    [[nodiscard]] QRect button(const QString& text) const;
     /// The panes of a split view; one that is hidden has no size.
     [[nodiscard]] QList<QRect> panes(const QString& splitView) const;
     /// The inside of the main window.

@@ -184,6 +184,15 @@ TEST_F(GeneralInfoViewTest, aNewerSelectionStopsTheOlderOne) {
     select({b});
     EXPECT_FALSE(panel.isGathering());
     EXPECT_EQ(value(GeneralRow::FileName), u"b.jpg"_s);
+    // Nor is anything read while somebody writes.
+    panel.setPaused(true);
+    select(many);
+    QApplication::processEvents();
+    EXPECT_EQ(value(GeneralRow::FileName), u"Being gathered…"_s);
+    select({a});
+    EXPECT_EQ(value(GeneralRow::FileName), u"Being gathered…"_s);
+    panel.setPaused(false);
+    EXPECT_EQ(value(GeneralRow::FileName), u"a.b.jpg"_s);
     select(many);
     EXPECT_TRUE(support::spinUntil([&] { return !panel.isGathering(); }));
     EXPECT_EQ(value(GeneralRow::FileName), u"Multiple values"_s);

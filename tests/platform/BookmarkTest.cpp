@@ -63,11 +63,11 @@ TEST_F(BookmarkTest, folderIsFoundAtItsPathAndAfterRenamesAndMoves) {
 }
 
 TEST_F(BookmarkTest, folderIsFoundWhereOneOfTheFoldersAboveItHasAnotherName) {
-    const QString now = u"home/Docs/Work/Shoots/R"_s;
+    const QString now = u"home/Docs/Jobs/Shoots/R"_s;
     const Bookmark bookmark = bookmarkOf(make(now));
     SearchPlaces places;
     // Hidden, so that no search by depth comes there, and with a new folder in the old one's place.
-    for (const QString& name : {u"home"_s, u"Docs"_s, u"Work"_s, u"Shoots"_s, u"R"_s}) {
+    for (const QString& name : {u"home"_s, u"Docs"_s, u"Jobs"_s, u"Shoots"_s, u"R"_s}) {
         const QString former = now.left(now.indexOf(name) + name.size());
         const QString renamed = now.left(now.indexOf(name)) + u'.' + name;
         move(former, renamed);
@@ -81,12 +81,12 @@ TEST_F(BookmarkTest, folderIsFoundWhereOneOfTheFoldersAboveItHasAnotherName) {
     }
     // Two of them: only who saw it go can tell.
     move(u"home/Docs", u"home/.Docs");
-    move(u"home/.Docs/Work", u"home/.Docs/.Work");
+    move(u"home/.Docs/Jobs", u"home/.Docs/.Jobs");
     EXPECT_EQ(resolve(bookmark), missing);
-    places.movedTo = path(u"home/.Docs/.Work/Shoots");
+    places.movedTo = path(u"home/.Docs/.Jobs/Shoots");
     EXPECT_EQ(resolve(bookmark, places), missing);
     places.movedTo += u"/R";
-    EXPECT_EQ(resolve(bookmark, places), found(u"home/.Docs/.Work/Shoots/R"));
+    EXPECT_EQ(resolve(bookmark, places), found(u"home/.Docs/.Jobs/Shoots/R"));
 }
 
 TEST_F(BookmarkTest, otherRootsAndTheLastSeenPathAreSearchedToo) {

@@ -50,7 +50,7 @@ struct TrashTest : testing::Test {
     TwoDisks files;
     Trash trash{
         files,
-        {.homeTrash = bytes(u"home/Trash"),
+        {.homeTrash = bytes(u"home/.local/share/Trash"),
          .userId = ::getuid(),
          .topFolder =
              [this](const QByteArray& path) {
@@ -62,7 +62,7 @@ struct TrashTest : testing::Test {
 TEST_F(TrashTest, eachDiskHasItsOwnAndEachFileItsInformation) {
     const QString own = u".Trash-%1"_s.arg(::getuid());
     const TrashedFile home = put(bytes(u"a b%ü.jpg"));
-    EXPECT_EQ(below(home.trashedPath), u"home/Trash/files/a b%ü.jpg");
+    EXPECT_EQ(below(home.trashedPath), u"home/.local/share/Trash/files/a b%ü.jpg");
     EXPECT_EQ(pathLine(home), "Path=" + folder.path().toUtf8() + "/a%20b%25%C3%BC.jpg");
     EXPECT_TRUE(support::readFile(QFile::decodeName(home.infoPath))
                     .endsWith("\nDeletionDate=2026-01-02T03:04:05\n"));
@@ -94,7 +94,7 @@ TEST_F(TrashTest, eachDiskHasItsOwnAndEachFileItsInformation) {
 TEST_F(TrashTest, theSharedTrashOfADiskIsUsedOnlyWhereNobodyCanInterfere) {
     const QByteArray shared = bytes(u"stick/.Trash");
     ASSERT_EQ(::mkdir(shared.constData(), 0777), 0);
-    EXPECT_FALSE(put(bytes(u"stick/in/1")).trashedPath.startsWith(shared));
+    EXPECT_FALSE(put(bytes(u"stick/in/1")).trashedPath.startsWith(shared + '/'));
     ASSERT_EQ(::chmod(shared.constData(), 01777), 0);
     // What was found out of a folder is kept: another folder.
     ASSERT_TRUE(QDir(folder.path()).mkpath(u"stick/in2"_s));

@@ -149,20 +149,22 @@ TEST_F(FileCommandsTest, commandsChangeFilesTellHowToTakeThemBackAndBringTheDisp
 TEST_F(FileCommandsTest, thePasteboardTakesFilesInBothWaysAndPicturesWithoutAFile) {
     QClipboard& pasteboard = *QGuiApplication::clipboard();
     commands.copy(false);
-    EXPECT_EQ(commands.photographsOf(*pasteboard.mimeData()).size(), 0U); // no importer, no types
+    EXPECT_EQ(commands.photographsOf(*pasteboard.mimeData()).size(), 2U);
+    support::writeFile(at(u"other/x.jpg"_s), "x");
     auto* cut = new QMimeData;
     platform::setFilesOfMimeData(
         *cut, {.paths = {QFile::encodeName(at(u"other/x.jpg"_s))}, .isCut = true});
     pasteboard.setMimeData(cut);
     commands.doPaste();
     wait();
-    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg");
+    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg x.jpg");
+    EXPECT_EQ(names(u"other"), QString());
     pasteboard.setImage(QImage(4, 3, QImage::Format_RGB32));
     for (int time = 0; time < 2; ++time) {
         commands.doPaste();
         wait();
     }
-    EXPECT_EQ(names(u"photos"), u"Pasted Picture copy.png Pasted Picture.png a.jpg b.jpg");
+    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg Pasted Picture copy.png Pasted Picture.png x.jpg");
     EXPECT_EQ(QImage(at(u"photos/Pasted Picture.png"_s)).size(), QSize(4, 3));
     EXPECT_EQ(undoText, u"Paste of a Photograph");
 }

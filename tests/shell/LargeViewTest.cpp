@@ -114,7 +114,7 @@ TEST_F(LargeViewTest, followsTheTreeByGroupBySelectionAndByRequest) {
     EXPECT_EQ(shown(), u"aBd|b");
     publish({items[0], items[3]});
     EXPECT_EQ(shown(), u"aD|d") << "the one at its index";
-    publish({items[0], items[3]}, 2);
+    publish({items[0], items[3]}, 2, group::StarRating);
     EXPECT_EQ(shown(), u"|") << "another group";
     EXPECT_TRUE(large().isShown() && window().windowTitle().isEmpty());
     EXPECT_FALSE(isEnabled(u"view_fitIn") || isEnabled(u"view_zoomIn"));
@@ -131,13 +131,10 @@ TEST_F(LargeViewTest, followsTheTreeByGroupBySelectionAndByRequest) {
     publish({items[0], items[2], items[1]});
     EXPECT_EQ(shown(), u"bC|c") << "nothing new comes to a selection";
 
-    delegate.requested = std::make_shared<PBOpenFiles>(
-        PBOpenFolderArray{std::make_shared<PBOpenFolderObject>(PBOpenFolderObject{
-            .folderId = 0,
-            .folderPath = path(u"photos"),
-            .focusOpenFileObj = nullptr,
-            .fileArray = {std::make_shared<PBOpenFileObject>(0, u"a"_s)},
-            .notFileArray = {}})});
+    const auto asked = std::make_shared<PBOpenFolderObject>();
+    asked->folderPath = path(u"photos");
+    asked->fileArray.push_back(std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, u"a"_s}));
+    delegate.requested = std::make_shared<PBOpenFiles>(PBOpenFolderArray{asked});
     publish(items);
     EXPECT_EQ(shown(), u"A|a");
     large().view_ThumbnailView();

@@ -133,11 +133,10 @@ struct ShellFixture : LibraryTest {
         EXPECT_TRUE(support::spinUntil([&] { return isOver; }));
     }
     /// Photographs of one folder, as a scan brings them; in groups of another value, too.
-    void publish(const PBImageFileList& items, int value = 1) {
+    void publish(const PBImageFileList& items, int value = 1, int type = group::AllImages) {
         const auto work = std::make_shared<PBGroupItemArray>();
         source.setGroupItemArray_work(work);
-        PBGroupItem& leaf =
-            PBGroupItem::sortAddGroupItem(*work, nullptr, group::AllImages, PBValue(value));
+        PBGroupItem& leaf = PBGroupItem::sortAddGroupItem(*work, nullptr, type, PBValue(value));
         for (const auto& item : items)
             leaf.sortAddImageFileItem(item, group::SortFileName, false);
         source.groupItemArrayDidFinish(group::makeGroupPublication(work));

@@ -3,6 +3,8 @@
 #include "browser/PBImageBrowserView.h"
 #include "group/GroupPresets.h"
 #include "group/PBImageFileItem.h"
+#include "info/PBGeneralInfoView.h"
+#include "info/tags/PBTagTokenField.h"
 #include "platform/program/LocalizedTexts.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/ShellFixture.h"
@@ -10,6 +12,8 @@
 #include "shell/commands/MarkCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/commands/WindowChoice.h"
+#include "shell/info/InfoFeed.h"
+#include "shell/panes/InfoPane.h"
 #include "shell/panes/NoticeBar.h"
 #include "shell/panes/SortButton.h"
 #include "shell/panes/StatusBarView.h"
@@ -113,7 +117,7 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
         "recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
         "view_CompactGroups view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
         "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
-        "view_SideBar view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
+        "view_SideBar view_SlideshowView view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
     const auto enabledBesides = [this](const QString& known) {
         openMenus();
         QStringList names;
@@ -134,8 +138,7 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
         u"automaticRotate copy copyTo cut deleteClicked deleteForGood deselectAll duplicate "
         "exportImage flagClicked go_FirstGroupItem go_LastGroupItem moveTo rating0 rating1 rating2 "
         "rating3 rating4 rating5 renameFile resetRotate revealInFinder rotateLeft rotateRight "
-        "setDesktop "
-        "shareClicked"_s);
+        "setDesktop shareClicked view_BrowserView"_s);
     EXPECT_TRUE(toolbar().deleteAction()->isEnabled() && toolbar().shareAction()->isEnabled());
     make(u"photos/sub");
     controller->sourceSidebar().view()->setFocus();
@@ -272,6 +275,58 @@ TEST_F(WindowTest, whatLiesBesideTheBrowserIsConnectedToo) {
     EXPECT_EQ(defaults.doubleForKey(u"ThumbnailSize"_s), 200);
 }
 
+TEST_F(WindowTest, theInformationPaneFollowsTheSelectionAndEditsIt) {
+    InfoPanel& panel = controller->infoFeed().pane().panel();
+    const auto shows = [&](const QString& title) {
+        return support::spinUntil([&] { return panel.title() == u"Information of "_s + title; });
+    };
+    const auto idsOf = [&](const QString& names) {
+        std::vector<qint64> ids;
+        for (const auto& item : items)
+            if (names.contains(item->fileName().first(1))) ids.push_back(item->fileId());
+        return ids;
+    };
+    selectItems(u"ab"_s);
+    EXPECT_TRUE(shows(u"2 photographs"_s));
+    QTest::keyClicks(&part<PBTagTokenField>().editor(), u"sun"_s);
+    selectItems(u"c"_s);
+    EXPECT_TRUE(shows(u"c.jpg"_s));
+    ASSERT_EQ(edits.edits.size(), 1U) << "what was begun is asked for first";
+    EXPECT_EQ(edits.edits[0].first.fileIds, idsOf(u"ab"_s));
+    using fileactions::PhotographEdit;
+    EXPECT_EQ(
+        std::get<PhotographEdit::ChangeTags>(edits.edits[0].first.change).added,
+        QStringList{u"sun"_s});
+    panel.generalInfoView().findChild<QToolButton*>()->click();
+    EXPECT_TRUE(std::get<PhotographEdit::SetFlag>(edits.edits[1].first.change).flag);
+    fileactions::EditResult flagged;
+    flagged.kind = fileactions::EditResult::Kind::Flag;
+    flagged.isStored = true;
+    flagged.changed = idsOf(u"c"_s);
+    flagged.isFlagged = true;
+    edits.end(flagged);
+    EXPECT_TRUE(window().findChild<QWidget*>(u"FlagFeedback"_s));
+    // A name that can't be given comes back to the panel.
+    panel.renameAgain(items[2], u"a/b.jpg"_s);
+    panel.commitEditing();
+    EXPECT_EQ(std::get<PhotographEdit::Rename>(edits.edits[2].first.change).name, u"a/b.jpg"_s);
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    fileactions::EditResult refused;
+    refused.kind = fileactions::EditResult::Kind::Name;
+    refused.reason = u"no"_s;
+    edits.end(refused);
+    window().findChild<QMessageBox*>()->accept();
+    ASSERT_TRUE(
+        support::spinUntil([&] { return panel.findChild<PBModalTextField*>() != nullptr; }));
+    EXPECT_EQ(panel.findChild<PBModalTextField*>()->text(), u"a/b.jpg"_s);
+    panel.findChild<PBModalTextField*>()->cancel();
+    // What was selected while it was folded away shows afterwards.
+    (void)(choose(u"view_Info"), titleOf(u"view_Info"));
+    selectItems(u"a"_s);
+    (void)(choose(u"view_Info"), titleOf(u"view_Info"));
+    EXPECT_TRUE(shows(u"a.jpg"_s));
+}
+
 TEST_F(WindowTest, theStatusBarCountsAndItsControlsWork) {
     const auto counts = [this] { return part<StatusBarView>().findChild<QLabel*>()->text(); };
     EXPECT_EQ(counts(), u"3 photographs"_s);
@@ -380,10 +435,10 @@ TEST_F(WindowTest, menusKeysToolbarAndGesturesMarkWhatIsSelected) {
 
     // In the large view the one in focus.
     controller->choice().setFocusOfLargeView([this] { return items[1]; });
-    delegate.largeView = true;
+    delegate.largeView = [] { return true; };
     controller->markCommands().ratingWithStar(2);
     EXPECT_EQ(edits.edits.back().first.fileIds, std::vector{items[1]->fileId()});
-    delegate.largeView = false;
+    delegate.largeView = [] { return false; };
     selectItems({});
     edits.edits.clear();
     QTest::keyClick(&browser(), Qt::Key_3);

@@ -27,6 +27,8 @@ TEST(IconsTest, everyDrawingFillsItsGridInTheColourAskedFor) {
     EXPECT_TRUE(files.hasNext());
     while (files.hasNext()) {
         files.next();
+        // A cursor lies on any picture and has both colours of its own.
+        if (files.fileName().endsWith(u"_cursor.svg")) continue;
         SCOPED_TRACE(files.filePath().toStdString());
         const int side = files.filePath().contains(u"/24/") ? 24 : 32;
         const QString name = files.fileInfo().completeBaseName();

@@ -179,6 +179,15 @@ TEST(DisplayPictureFeedTest, OnlyTheStateWantedLastIsMadeAndNothingIsKeptAlive) 
     EXPECT_FALSE(feed->isBusy());
     EXPECT_EQ(ready, 1);
 
+    // Few pixels of a large picture take long, too.
+    DisplayState reduced = placed(large, {2400, 1600}, 0, 0.05, {0, 0});
+    reduced.visible = wanted.visible;
+    EXPECT_EQ(feed->pictureFor(reduced), nullptr);
+    ASSERT_TRUE(spinUntil([&] { return ready == 2; }));
+    reduced.images.reset();
+    ASSERT_TRUE(feed->pictureFor(wanted) == nullptr && spinUntil([&] { return ready == 3; }));
+    last.images = wanted.images;
+
     const std::weak_ptr watched = last.images;
     last.images.reset();
     wanted.images.reset();
@@ -187,5 +196,5 @@ TEST(DisplayPictureFeedTest, OnlyTheStateWantedLastIsMadeAndNothingIsKeptAlive) 
     EXPECT_EQ(feed->pictureFor(wanted), nullptr); // another picture at that place
     feed.reset();
     QCoreApplication::processEvents();
-    EXPECT_EQ(ready, 1);
+    EXPECT_EQ(ready, 3);
 }

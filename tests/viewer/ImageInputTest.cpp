@@ -3,7 +3,6 @@
 
 namespace {
 
-constexpr QSizeF small(400, 300);
 constexpr QSizeF large(4000, 3000);
 
 } // namespace
@@ -264,9 +263,9 @@ TEST_F(ImageInputTest, fingersOnAScreenPinchTapAndPull) {
     expectNear(corner(), before);
     put({});
     // A clockwise turn, across where angles begin anew.
-    put({QPointF(500, 295), QPointF(300, 305)});
-    put({QPointF(490, 350), QPointF(310, 250)});
-    put({QPointF(400, 400), QPointF(400, 200)});
+    put({QPointF(300, 305), QPointF(500, 295)});
+    put({QPointF(310, 250), QPointF(490, 350)});
+    put({QPointF(400, 200), QPointF(400, 400)});
     put({});
     EXPECT_EQ(takeAsked(), u"right"_s);
     show(large);

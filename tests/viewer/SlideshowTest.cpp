@@ -359,10 +359,12 @@ TEST_F(SlideshowTest, settingsAreClampedAndKept) {
           Row("SlideshowInterval=9 SlideshowTransition=-1 SlideshowLoop=false", "5 0"),
           Row("SlideshowTransition=7 SlideshowShuffle=true", "2 7 loop shuffle"),
           Row("SlideshowInterval=nan", "2 0 loop"), Row("SlideshowInterval=2.5", "2.5 0 loop")}) {
+        // A file of its own each: QSettings takes one of the same size and time for the same.
+        const QTemporaryDir own;
+        const QString file = own.filePath(u"stored.ini"_s);
         support::writeFile(
-            folder.filePath(u"stored.ini"_s),
-            support::words(stored).join(u'\n').prepend(u"[General]\n"_s).toUtf8());
-        platform::UserDefaults defaults(folder.filePath(u"stored.ini"_s));
+            file, support::words(stored).join(u'\n').prepend(u"[General]\n"_s).toUtf8());
+        platform::UserDefaults defaults(file);
         const SlideshowSettings read(defaults);
         QString told = QString::number(read.interval()) + u' ' +
                        QString::number(static_cast<int>(read.transition()));

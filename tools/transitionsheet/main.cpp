@@ -49,6 +49,9 @@ QImage drawSheet(const QImage& from, const QImage& to, double progress, const Pa
 } // namespace
 
 int main(int argc, char** argv) {
+    const bool hasDisplay =
+        !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    if (!hasDisplay) qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(

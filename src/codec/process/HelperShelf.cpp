@@ -46,7 +46,8 @@ void HelperShelf::Lease::setInBackground() {
 }
 
 HelperShelf::HelperShelf(Settings settings) : _settings(std::move(settings)) {
-    _idle.resize(static_cast<std::size_t>(_settings.shared + _settings.reserved));
+    _idle.resize(
+        static_cast<std::size_t>(_settings.shared) + static_cast<std::size_t>(_settings.reserved));
 }
 
 HelperShelf::~HelperShelf() = default;

@@ -74,7 +74,7 @@ CatalogueRows::Folder& CatalogueRows::folderOf(const QByteArray& path) {
                     relativePath.isEmpty() ? std::nullopt : std::optional(relativePath))
                 .value_or(0);
     }
-    return *_folders.insert(folderPath, std::move(folder));
+    return *_folders.emplace(folderPath, std::move(folder));
 }
 
 qint64 CatalogueRows::rowOf(const QByteArray& path) {

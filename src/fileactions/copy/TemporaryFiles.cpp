@@ -88,7 +88,7 @@ void TemporaryFiles::wasTaken() {
 
 void TemporaryFiles::removeLeft(platform::FileSystem& files, const QByteArray& journalPath) {
     QFile journal(QFile::decodeName(journalPath));
-    if (!journal.open(QIODevice::ReadOnly)) return;
+    if (journalPath.isEmpty() || !journal.open(QIODevice::ReadOnly)) return;
     QList<QByteArray> lines = journal.readAll().split('\n');
     journal.close();
     lines.removeIf([&](const QByteArray& line) {

@@ -171,7 +171,9 @@ bool EditQueue::beginOther() {
     _isRunning = _isOtherRunning = true;
     const OtherWay way = *step->other;
     way.perform([this, isUndo, alive = std::weak_ptr(_alive)](OtherWay back) {
-        if (alive.expired()) return;
+        // Nor after `finish`, which did not wait for it.
+        const auto isAlive = alive.lock();
+        if (!isAlive || !*isAlive) return;
         _isRunning = _isOtherRunning = false;
         _jobs.pop_front();
         if (isUndo) {

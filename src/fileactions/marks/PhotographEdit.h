@@ -73,9 +73,9 @@ struct EditResult {
     /// changed anywhere.
     bool isStored = false;
     /// Why not, in words for the user.
-    QString reason;
+    QString reason = {};
     /// Those that are other than before.
-    std::vector<qint64> changed;
+    std::vector<qint64> changed = {};
     /// Some of them are not shown any more: search text or filter leave them out.
     bool hasLeft = false;
     /// So many are not in the catalogue any more, and were left out.

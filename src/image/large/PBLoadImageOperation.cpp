@@ -27,7 +27,8 @@ bool mayPlay(const QString& type) {
 
 /// What the decoders take for sRGB is not named: then nothing is converted.
 QByteArray profileOf(const QColorSpace& colorSpace) {
-    const bool isPlain = !colorSpace.isValid() || colorSpace == QColorSpace(QColorSpace::SRgb);
+    // Also that of an invalid one: the toolkit reads matrix profiles only, the colour engine all.
+    const bool isPlain = colorSpace == QColorSpace(QColorSpace::SRgb);
     return isPlain ? QByteArray() : colorSpace.iccProfile();
 }
 

@@ -84,6 +84,13 @@ bool Trash::makeOwnFolder(const QByteArray& path, bool mayBeLink) {
     return entry.kind == FileSystem::Kind::Folder && entry.owner == _places.userId;
 }
 
+void Trash::makeFolders(const QByteArray& path) {
+    FileSystem::Entry entry;
+    if (path.isEmpty() || path == "/" || !_files.look(path, entry)) return;
+    makeFolders(folderOfPath(path));
+    static_cast<void>(_files.makeFolder(path, ownFolder));
+}
+
 bool Trash::isUsable(const QByteArray& path) {
     return makeOwnFolder(pathInFolder(path, "files"), false) &&
            makeOwnFolder(pathInFolder(path, "info"), false);
@@ -96,7 +103,7 @@ std::vector<Trash::Folder> Trash::foldersFor(const QByteArray& path) {
     FileSystem::Entry holder;
     FileSystem::Entry home;
     // Folders above the home trash are there, or made with it.
-    static_cast<void>(_files.makeFolder(folderOfPath(_places.homeTrash), ownFolder));
+    makeFolders(folderOfPath(_places.homeTrash));
     const bool hasHome = makeOwnFolder(_places.homeTrash, true) && isUsable(_places.homeTrash);
     const QByteArray homeFiles = pathInFolder(_places.homeTrash, "files");
     if (hasHome && !_files.look(homeFiles, home) && !_files.look(path, holder) &&

@@ -30,7 +30,7 @@ public:
         std::uint32_t userId = 0;
         /// The folder at which the disk that shows this folder is mounted; empty: unknown.
         std::function<QByteArray(const QByteArray& folder)> topFolder;
-        /// In the form of the specification, local time.
+        /// As the information files of trashes have it, local time.
         std::function<QByteArray()> deletionDate;
 
         [[nodiscard]] static Places ofUser();
@@ -54,6 +54,8 @@ private:
     };
     [[nodiscard]] std::vector<Folder> foldersFor(const QByteArray& path);
     [[nodiscard]] bool makeOwnFolder(const QByteArray& path, bool mayBeLink);
+    /// With those above it, as far as they can be made.
+    void makeFolders(const QByteArray& path);
     [[nodiscard]] bool isUsable(const QByteArray& path);
     [[nodiscard]] std::error_code
     moveInto(const Folder& folder, const QByteArray& path, TrashedFile& trashed);

@@ -277,7 +277,6 @@ void FileCommands::finished(const FileOutcome& outcome, const Name& name) {
 
 void FileCommands::showChanges(const FileOutcome& outcome) {
     if (!outcome.changedRows.empty()) _environment.services.rowsDidChange(outcome.changedRows);
-    if (!outcome.made.empty() || !outcome.gone.empty()) Q_EMIT filesDidChange();
 }
 
 void FileCommands::perform(

@@ -76,8 +76,6 @@ Q_SIGNALS:
     /// A command has changed files, and this takes it back; `text` names it, as "Move of 2
     /// Photographs".
     void didChangeFiles(const fileactions::FileEdit& inverse, const QString& text);
-    /// Files have come, gone or moved, also by taking back.
-    void filesDidChange();
 
 private:
     struct Name {

@@ -156,14 +156,16 @@ private:
     FileProgress _latest VELMORA_GUARDED_BY(_mutex);
 };
 
-FileTasks::FileTasks(const Environment& environment)
-    : _environment(environment),
-      _sheet(std::make_unique<PBFileProgressWindowController>(environment.window)) {
-    connect(_sheet.get(), &PBFileProgressWindowController::cancelled, this, &FileTasks::cancel);
+FileTasks::FileTasks(const Environment& environment) : _environment(environment) {
     _delay.setSingleShot(true);
     _delay.setInterval(environment.sheetDelay);
     connect(&_delay, &QTimer::timeout, this, [this] {
         if (!_current) return;
+        if (!_sheet) {
+            _sheet = std::make_unique<PBFileProgressWindowController>(_environment.window);
+            connect(
+                _sheet.get(), &PBFileProgressWindowController::cancelled, this, &FileTasks::cancel);
+        }
         showProgress();
         _sheet->begin();
     });
@@ -200,7 +202,7 @@ void FileTasks::cancel() {
     _current.reset();
     _delay.stop();
     _refresh.stop();
-    if (_sheet->isShown()) _sheet->end(PBFileProgressWindowController::Cancelled);
+    if (_sheet && _sheet->isShown()) _sheet->end(PBFileProgressWindowController::Cancelled);
 }
 
 void FileTasks::end(const std::shared_ptr<Task>& task, const FileOutcome& outcome) {
@@ -208,7 +210,7 @@ void FileTasks::end(const std::shared_ptr<Task>& task, const FileOutcome& outcom
         _current.reset();
         _delay.stop();
         _refresh.stop();
-        if (_sheet->isShown()) _sheet->end(PBFileProgressWindowController::Ended);
+        if (_sheet && _sheet->isShown()) _sheet->end(PBFileProgressWindowController::Ended);
     }
     const FileTasks::Command& command = task->command();
     if (outcome.failedCount > 0) {
@@ -220,14 +222,14 @@ void FileTasks::end(const std::shared_ptr<Task>& task, const FileOutcome& outcom
 
 std::function<void()> FileTasks::makeRoom() {
     _delay.stop();
-    if (_sheet->isShown()) _sheet->takeDown();
+    if (_sheet && _sheet->isShown()) _sheet->takeDown();
     return [this, alive = std::weak_ptr(_alive)] {
         if (!alive.expired() && _current) _delay.start();
     };
 }
 
 void FileTasks::showProgress() {
-    if (!_current) return;
+    if (!_current || !_sheet) return;
     const FileProgress progress = _current->latest();
     _sheet->show(
         platform::localizedFormat(

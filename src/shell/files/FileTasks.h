@@ -63,9 +63,9 @@ private:
     [[nodiscard]] std::function<void()> makeRoom();
 
     const Environment _environment;
-    const std::unique_ptr<PBFileProgressWindowController> _sheet;
-    std::shared_ptr<Task> _current; ///< nullptr between commands
-    QTimer _delay;                  ///< until the sheet is shown
+    std::unique_ptr<PBFileProgressWindowController> _sheet; ///< from its first use on
+    std::shared_ptr<Task> _current;                         ///< nullptr between commands
+    QTimer _delay;                                          ///< until the sheet is shown
     QTimer _refresh;
     qint64 _shownFileId = 0;
     /// Expires with this object; looked at on the main thread only.

@@ -61,6 +61,8 @@ void InfoFeed::connectWindow(const Parts& parts) {
     connect(&_services.geoManager, &PBGeoManager::reverseGeoFinished, this, &InfoFeed::updateInfo);
     connect(&_pane->panel(), &InfoPanel::didComeOnShow, this, &InfoFeed::selectionDidChange);
     using fileactions::EditRunner;
+    connect(
+        &_services.edits, &EditRunner::didBegin, this, [this] { _pane->panel().setPaused(true); });
     connect(&_services.edits, &EditRunner::didEdit, this, &InfoFeed::didEdit);
     connect(&_services.edits, &EditRunner::didFail, this, &InfoFeed::updateInfo);
     connect(&_services.edits, &EditRunner::didReadAgain, this, &InfoFeed::updateInfo);
@@ -91,6 +93,7 @@ InfoSelection InfoFeed::selection() const {
 void InfoFeed::feed() {
     // Taking a million photographs together for nobody takes a while, too.
     if (!_pane->panel().isOnShow()) return;
+    _pane->panel().setPaused(_services.edits.pendingCount() > 0);
     InfoSelection wanted = selection();
     const bool isSame = wanted.shown == _fed.shown && wanted.edited == _fed.edited;
     if (isSame && !_isOutOfDate && wanted.shown.size() > mostReadAgain) return;

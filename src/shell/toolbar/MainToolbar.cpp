@@ -21,7 +21,7 @@ namespace {
 
 constexpr int itemSpacing = 7;
 constexpr QMargins barMargins(14, 5, 14, 6);
-constexpr int smallestAutoSpace = 20;
+constexpr int smallestAutoSpace = 16;
 constexpr int smallestSidebar = 200;
 /// What stands left of the space and right of it, besides the first item.
 constexpr int aroundAutoSpace = 29;

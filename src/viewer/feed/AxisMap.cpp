@@ -20,7 +20,7 @@ AxisMap::AxisMap(const Place& place, int first, int count, int length, Mode mode
             // As wide as a pixel: covers the two nearest by how near they are.
             add(middle - 0.5, middle + 0.5, length);
         } else {
-            const auto [from, to] = std::minmax(pixelAt(device), pixelAt(device + 1.0));
+            const auto [from, to] = std::minmax({pixelAt(device), pixelAt(device + 1.0)});
             add(from, to, length);
         }
     }

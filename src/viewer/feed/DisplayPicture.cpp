@@ -87,6 +87,17 @@ std::optional<QRect> visibleRect(const DisplayState& state) {
     return roundedRect(place->frame).intersected(state.visible);
 }
 
+double pixelsTouched(const DisplayState& state) {
+    const auto rect = visibleRect(state);
+    if (!rect || rect->isEmpty()) return 0;
+    const QSize version = state.images->imageAtIndex(state.frame).size();
+    const QRectF frame = state.toDevicePixels.mapRect(QRectF(QPointF(0, 0), state.imageSize));
+    const double made = 1.0 * rect->width() * rect->height();
+    const double read = 1.0 * version.width() * version.height() * made /
+                        std::max(1.0, frame.width() * frame.height());
+    return made + read;
+}
+
 DisplayPicture resampledPicture(const DisplayState& state, const std::function<bool()>& isStopped) {
     DisplayPicture made{state, {}, {}};
     const auto rect = visibleRect(state);

@@ -38,6 +38,9 @@ struct DisplayPicture {
 /// picture or another angle than quarter turns.
 [[nodiscard]] std::optional<QRect> visibleRect(const DisplayState& state);
 
+/// What resampling takes: the device pixels that are made and the picture's own that are read.
+[[nodiscard]] double pixelsTouched(const DisplayState& state);
+
 /// Resamples for the device's pixels: the mean of what each covers where the picture is reduced,
 /// smoothly up to twice its size, the nearest pixel above. Never larger than the visible part.
 /// Null where `visibleRect` has nothing, when stopped, and when memory is refused. Any thread;

@@ -7,8 +7,8 @@
 
 namespace {
 
-/// Device pixels that are made within the call: a few milliseconds on a slow core.
-constexpr qint64 fewPixels = 400'000;
+/// Pixels that are made or read within the call: a few milliseconds on a slow core.
+constexpr double fewPixels = 800'000;
 
 } // namespace
 
@@ -37,8 +37,7 @@ const DisplayPicture* DisplayPictureFeed::pictureFor(const DisplayState& state) 
     if (_picture && isMadeFor(state)) return &*_picture;
     if (_work && _work->picture.state == state) return nullptr;
     clear();
-    const auto rect = visibleRect(state);
-    if (!rect || qint64{rect->width()} * rect->height() <= fewPixels) {
+    if (pixelsTouched(state) <= fewPixels) {
         keep(resampledPicture(state));
         return &*_picture;
     }

@@ -38,5 +38,6 @@ void OpenGLSurface::paintGL() {
     QOpenGLFunctions& functions = *context()->functions();
     functions.glClearColor(0, 0, 0, 1);
     functions.glClear(GL_COLOR_BUFFER_BIT);
-    if (_frame && _transitions) _transitions->paint(*_frame, size() * devicePixelRatioF());
+    if (_frame && !_frame->from.isNull() && _transitions)
+        _transitions->paint(*_frame, size() * devicePixelRatioF());
 }

@@ -86,7 +86,7 @@ void RasterSurface::finish(Work& work) {
 void RasterSurface::show(const QImage& image) {
     _spare = std::exchange(_shown, image);
     update();
-    Q_EMIT frameReady();
+    ++_frameCount;
 }
 
 void RasterSurface::paintEvent(QPaintEvent*) {

@@ -20,9 +20,8 @@ public:
     [[nodiscard]] QWidget& widget() override { return *this; }
     void showFrame(const TransitionFrame& frame) override;
 
-Q_SIGNALS:
-    /// A frame was made ready and will be painted.
-    void frameReady();
+    /// Frames that were made ready for painting so far.
+    [[nodiscard]] int frameCount() const { return _frameCount; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -35,6 +34,7 @@ private:
     void show(const QImage& image);
 
     QImage _shown;
+    int _frameCount = 0;
     /// Memory for the next frame: that of one which is no longer shown.
     QImage _spare;
     std::shared_ptr<Work> _work; // nullptr: nothing is being painted

@@ -10,7 +10,8 @@ namespace RasterPixels {
 
 /// Weights are 0 to 256.
 [[nodiscard]] inline unsigned weightOf(float part) {
-    return static_cast<unsigned>(std::clamp(part, 0.0F, 1.0F) * 256.0F + 0.5F);
+    const float rounded = std::clamp(part, 0.0F, 1.0F) * 256.0F + 0.5F;
+    return static_cast<unsigned>(rounded);
 }
 
 /// The first alone at 0, the second at 256.
@@ -77,7 +78,8 @@ public:
         if (_image.width() == 0) return colour;
         const auto place = [this](float lean) {
             const float last = static_cast<float>(_image.width() - 1);
-            return static_cast<int>(std::clamp((lean + 1) / 2, 0.0F, 1.0F) * last + 0.5F);
+            const float rounded = std::clamp((lean + 1) / 2, 0.0F, 1.0F) * last + 0.5F;
+            return static_cast<int>(rounded);
         };
         const QRgb light =
             _image.row(std::min(place(leanDown), _image.height() - 1))[place(leanRight)];

@@ -28,6 +28,20 @@ float angleOf(float sine) {
     return table[static_cast<std::size_t>(std::clamp(sine, 0.0F, 1.0F) * steps)];
 }
 
+/// How steep the water stands in its ring, from the outer edge, 0, to the inner, 1.
+float slopeAt(float part) {
+    constexpr std::size_t steps = 1024;
+    static const auto table = [] {
+        std::array<float, steps + 1> slopes{};
+        for (std::size_t step = 0; step <= steps; ++step) {
+            const float place = pi * static_cast<float>(step) / steps;
+            slopes[step] = std::sin(2 * place) * std::sin(place);
+        }
+        return slopes;
+    }();
+    return table[static_cast<std::size_t>(part * steps)];
+}
+
 /// A page on its cylinder, asked pixel by pixel.
 class CurledPage {
 public:
@@ -123,9 +137,7 @@ void paintRipple(
                 row[x] = part <= 0 ? fromRow[x] : toRow[x];
                 continue;
             }
-            const float height = std::sin(pi * part);
-            const float slope = std::sin(2 * pi * part) * height;
-            const float lean = slope / std::max(distance, 1.0F);
+            const float lean = slopeAt(part) / std::max(distance, 1.0F);
             const float seenX = static_cast<float>(x) + 0.5F - right * lean * ring.lift;
             const float seenY = static_cast<float>(y) + 0.5F - down * lean * ring.lift;
             const QRgb colour = mixed(

@@ -141,8 +141,9 @@ void paintThreshold(const Rows& rows, const TransitionShapes::Threshold& shape) 
     const float edge = shape.edge * slope;
     const float step = slope / 65535;
     const auto newAt = [=](std::uint16_t value) {
-        return static_cast<unsigned>(
-            std::clamp(edge - static_cast<float>(value) * step, 0.0F, 256.0F) + 0.5F);
+        const float rounded =
+            std::clamp(edge - static_cast<float>(value) * step, 0.0F, 256.0F) + 0.5F;
+        return static_cast<unsigned>(rounded);
     };
     const unsigned dark = weightOf(shape.shadow);
     rows.forEach([&](QRgb* target, const QRgb* from, const QRgb* to, int y) {
