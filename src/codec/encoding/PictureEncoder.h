@@ -27,15 +27,16 @@ struct EncodeSettings {
 /// What became of the encoding of a picture.
 struct EncodedPicture {
     QByteArray bytes;              ///< a whole file; empty: the picture can't be written so
-    bool isMetadataWritten = true; ///< false: it was wanted, and is not in the file
+    bool isMetadataWritten = true; ///< false: not all of it is in the file
 };
 
-/// The file of a picture. The image is one of the formats that decoders answer with; 16 bits a
-/// channel stay where the type has them (PNG, TIFF), and types without transparency get a white
-/// ground. `profile`: ICC bytes of the image's colours, embedded; empty for sRGB, which is not.
-/// Any thread; the metadata of several pictures wait for each other.
+/// The file of a picture. The image is one of the formats that decoders answer with. Of 16 bits a
+/// channel PNG, TIFF, JPEG 2000 and JPEG XL keep all, AVIF and HEIC ten, which is what their
+/// readers know, the others eight. Types without transparency get a white ground. `profile`: ICC
+/// bytes of the image's colours, embedded; empty for sRGB, which is not. Any thread; the metadata
+/// of several pictures wait for each other.
 [[nodiscard]] EncodedPicture encodePicture(
-    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
     const EncodeSettings& settings);
 
 } // namespace codec

@@ -47,7 +47,9 @@ TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token
     _progress.total = plan.fileCount();
     FileSystem::Entry entry;
     for (const auto& step : plan.steps) {
-        if (step.folder.isEmpty() && !_environment.files.look(step.file.source, entry))
+        // What is yet to be made has no size.
+        if (step.folder.isEmpty() && !step.file.make &&
+            !_environment.files.look(step.file.source, entry))
             _progress.totalBytes += entry.size;
     }
     for (const auto& step : plan.steps) {

@@ -143,12 +143,11 @@ void ExportCommands::write(
                  &importers =
                      _environment.imageImporterManager](const fileactions::FileEditor& editor) {
         const int threads = std::min(platform::usableCores(), static_cast<int>(photographs.size()));
+        fileactions::PictureExport pictures(importers, settings);
         fileactions::ExportAhead ahead(
             photographs.size(), threads, [&](std::size_t index, const std::stop_token& stop) {
                 const Photograph& photograph = photographs[index];
-                return fileactions::exportPicture(
-                    importers, QFile::decodeName(photograph.path), photograph.angle, settings,
-                    stop);
+                return pictures.make(QFile::decodeName(photograph.path), photograph.angle, stop);
             });
         fileactions::TransferPlan plan;
         for (std::size_t i = 0; i < photographs.size(); ++i) {
