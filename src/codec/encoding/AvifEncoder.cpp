@@ -21,8 +21,8 @@ const std::uint8_t* bytesOf(const QByteArray& bytes) {
 } // namespace
 
 QByteArray avif(
-    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
-    double quality) {
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality,
+    int threads) {
     const bool isDeep = image.depth() == 64;
     const std::unique_ptr<avifImage, Destroyer> picture(avifImageCreate(
         static_cast<std::uint32_t>(image.width()), static_cast<std::uint32_t>(image.height()),
@@ -56,6 +56,7 @@ QByteArray avif(
     if (avifImageRGBToYUV(picture.get(), &rgb) != AVIF_RESULT_OK) return {};
     constexpr int quick = 6; // of 10, as its makers advise for photographs
     encoder->speed = quick;
+    encoder->maxThreads = threads;
     encoder->minQuantizer = 0;
     encoder->maxQuantizer =
         static_cast<int>(std::lround(AVIF_QUANTIZER_WORST_QUALITY * (1 - quality)));

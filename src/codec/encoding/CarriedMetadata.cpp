@@ -90,9 +90,7 @@ QByteArray carriedExif(const QByteArray& block, const NewPicture& picture) {
     return {reinterpret_cast<const char*>(blob.data()), static_cast<qsizetype>(blob.size())};
 }
 
-QByteArray carriedIptc(const QByteArray& block, const NewPicture& picture) {
-    Exiv2::IptcData iptc;
-    if (Exiv2::IptcParser::decode(iptc, bytesOfBlock(block), sizeOfBlock(block)) != 0) return {};
+QByteArray carriedIptc(Exiv2::IptcData& iptc, const NewPicture& picture) {
     if (!picture.hasLocation) removePlaces(iptc);
     const auto shape = iptc.findKey(Exiv2::IptcKey("Iptc.Application2.ImageOrientation"));
     if (shape != iptc.end()) iptc.erase(shape);
@@ -101,9 +99,15 @@ QByteArray carriedIptc(const QByteArray& block, const NewPicture& picture) {
     return {reinterpret_cast<const char*>(buffer.pData_), static_cast<qsizetype>(buffer.size_)};
 }
 
-QByteArray carriedXmp(const QByteArray& block, const NewPicture& picture) {
-    Exiv2::XmpData xmp;
-    if (Exiv2::XmpParser::decode(xmp, block.toStdString()) != 0) return {};
+/// What IPTC says and XMP does not.
+void addTo(Exiv2::XmpData& xmp, const Exiv2::IptcData& iptc) {
+    Exiv2::XmpData told;
+    Exiv2::copyIptcToXmp(iptc, told);
+    for (const Exiv2::Xmpdatum& datum : told)
+        if (xmp.findKey(Exiv2::XmpKey(datum.key())) == xmp.end()) xmp.add(datum);
+}
+
+QByteArray carriedXmp(Exiv2::XmpData& xmp, const NewPicture& picture) {
     if (!picture.hasLocation) removePlaces(xmp);
     if (xmp.empty()) return {};
     const auto replace = [&xmp](const char* key, int value) {
@@ -171,17 +175,32 @@ MetadataBlocks carriedMetadata(const MetadataBlocks& blocks, const NewPicture& p
     setUpMetadataLibrary();
     MetadataBlocks carried;
     carried.isComplete = blocks.isComplete;
-    const auto carry = [&](QByteArray MetadataBlocks::*block, const auto& carriedBlock) {
-        if ((blocks.*block).isEmpty()) return;
+    // What is damaged costs only itself.
+    const auto carry = [&carried](const auto& part) {
         try {
-            carried.*block = carriedBlock(blocks.*block, picture);
+            part();
         } catch (...) {
             carried.isComplete = false;
         }
     };
-    carry(&MetadataBlocks::exif, carriedExif);
-    carry(&MetadataBlocks::iptc, carriedIptc);
-    carry(&MetadataBlocks::xmp, carriedXmp);
+    Exiv2::IptcData iptc;
+    Exiv2::XmpData xmp;
+    carry([&] {
+        if (!blocks.exif.isEmpty()) carried.exif = carriedExif(blocks.exif, picture);
+    });
+    carry([&] {
+        const QByteArray& block = blocks.iptc;
+        const bool isThere =
+            !block.isEmpty() &&
+            Exiv2::IptcParser::decode(iptc, bytesOfBlock(block), sizeOfBlock(block)) == 0;
+        if (isThere && picture.hasIptc) carried.iptc = carriedIptc(iptc, picture);
+    });
+    carry([&] {
+        if (!blocks.xmp.isEmpty() && Exiv2::XmpParser::decode(xmp, blocks.xmp.toStdString()) != 0)
+            xmp.clear();
+        if (!picture.hasIptc) addTo(xmp, iptc);
+        carried.xmp = carriedXmp(xmp, picture);
+    });
     return carried;
 }
 

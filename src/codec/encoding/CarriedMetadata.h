@@ -11,6 +11,7 @@ namespace codec {
 struct NewPicture {
     QSize size;
     bool isSrgb = true;      ///< else a profile says what its colours are
+    bool hasIptc = true;     ///< false: what IPTC says is said in XMP
     bool hasLocation = true; ///< false: nothing tells where the photograph was taken
 };
 

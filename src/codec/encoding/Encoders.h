@@ -10,7 +10,7 @@ namespace codec::encoders {
 /// The profile is written here, since the metadata library does not for this type.
 [[nodiscard]] QByteArray
 tiff(const QImage& image, const QByteArray& profile, const EncodeSettings& settings);
-[[nodiscard]] QByteArray jpeg2000(const QImage& image, double quality);
+[[nodiscard]] QByteArray jpeg2000(const QImage& image, double quality, int threads);
 
 /// A PNG file with the profile put in.
 [[nodiscard]] QByteArray pngWithProfile(const QByteArray& file, const QByteArray& profile);
@@ -22,8 +22,10 @@ tiff(const QImage& image, const QByteArray& profile, const EncodeSettings& setti
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality);
 [[nodiscard]] bool hasHeic();
 [[nodiscard]] QByteArray avif(
-    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality);
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality,
+    int threads);
 [[nodiscard]] QByteArray jpegXl(
-    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality);
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality,
+    int threads);
 
 } // namespace codec::encoders

@@ -2,6 +2,8 @@
 
 #include <jxl/encode.h>
 #include <jxl/encode_cxx.h>
+#include <jxl/thread_parallel_runner.h>
+#include <jxl/thread_parallel_runner_cxx.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -71,10 +73,14 @@ QByteArray output(JxlEncoder* encoder) {
 } // namespace
 
 QByteArray jpegXl(
-    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
-    double quality) {
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality,
+    int threads) {
+    const auto runner = JxlThreadParallelRunnerMake(nullptr, static_cast<std::size_t>(threads));
     const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
-    if (!encoder) return {};
+    if (!encoder || !runner ||
+        JxlEncoderSetParallelRunner(encoder.get(), JxlThreadParallelRunner, runner.get()) !=
+            JXL_ENC_SUCCESS)
+        return {};
     const bool hasAlpha = image.hasAlphaChannel();
     const bool isDeep = image.depth() == 64;
     const std::uint32_t bits = isDeep ? 16 : 8;

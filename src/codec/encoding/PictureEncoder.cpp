@@ -104,6 +104,20 @@ bool hasMetadata(const QString& type) {
     return typeOf(type) != nullptr;
 }
 
+bool hasIptc(const QString& type) {
+    const Type* row = typeOf(type);
+    if (!row) return false;
+    switch (row->format) {
+    case Format::Jpeg:
+    case Format::Png:
+    case Format::Tiff:
+    case Format::Jpeg2000:
+        return true;
+    default:
+        return false;
+    }
+}
+
 EncodedPicture encodePicture(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
     const EncodeSettings& settings) {
@@ -130,17 +144,17 @@ EncodedPicture encodePicture(
         if (!result.bytes.isEmpty()) embed(result, metadata, {});
         break;
     case Format::Jpeg2000:
-        result.bytes = encoders::jpeg2000(pixels, quality);
+        result.bytes = encoders::jpeg2000(pixels, quality, settings.threads);
         if (!result.bytes.isEmpty()) embed(result, metadata, profile);
         break;
     case Format::WebP:
         result.bytes = encoders::webp(pixels, profile, metadata, quality);
         break;
     case Format::JpegXl:
-        result.bytes = encoders::jpegXl(pixels, profile, metadata, quality);
+        result.bytes = encoders::jpegXl(pixels, profile, metadata, quality, settings.threads);
         break;
     case Format::Avif:
-        result.bytes = encoders::avif(pixels, profile, metadata, quality);
+        result.bytes = encoders::avif(pixels, profile, metadata, quality, settings.threads);
         break;
     case Format::Heic:
         result.bytes = encoders::heic(pixels, profile, metadata, quality);

@@ -14,6 +14,7 @@ struct EncodeSettings {
     QString type;            ///< identifier, one of `writableTypes`
     double quality = 0.8;    ///< from 0 to 1; for types that have one
     int tiffCompression = 1; ///< TIFF's number of it (TIFF 6.0, tag 259); 1: none
+    int threads = 1;         ///< that slow encoders may use
 };
 
 /// The types that can be written here, in the order in which they are offered. HEIC is one where
@@ -23,6 +24,9 @@ struct EncodeSettings {
 [[nodiscard]] bool hasQuality(const QString& type);
 /// Whether metadata can be written into files of the type.
 [[nodiscard]] bool hasMetadata(const QString& type);
+
+/// Whether those of IPTC have a place of their own in such a file; else they are told in XMP.
+[[nodiscard]] bool hasIptc(const QString& type);
 
 /// What became of the encoding of a picture.
 struct EncodedPicture {

@@ -137,7 +137,7 @@ QByteArray pngWithProfile(const QByteArray& file, const QByteArray& profile) {
            content + number(checksum) + file.mid(afterHeader);
 }
 
-QByteArray jpeg2000(const QImage& image, double quality) {
+QByteArray jpeg2000(const QImage& image, double quality, int threads) {
     opj_cparameters_t parameters;
     opj_set_default_encoder_parameters(&parameters);
     parameters.tcp_mct = 1;
@@ -168,6 +168,7 @@ QByteArray jpeg2000(const QImage& image, double quality) {
     opj_stream_set_skip_function(stream.get(), Written::skip);
     opj_stream_set_seek_function(stream.get(), Written::seek);
     if (!opj_setup_encoder(codec.get(), &parameters, planes.get())) return {};
+    static_cast<void>(opj_codec_set_threads(codec.get(), threads)); // else it does without
     const bool isGood = opj_start_compress(codec.get(), planes.get(), stream.get()) &&
                         opj_encode(codec.get(), stream.get()) &&
                         opj_end_compress(codec.get(), stream.get());

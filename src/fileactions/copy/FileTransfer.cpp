@@ -138,17 +138,21 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
 }
 
 FileTransfer::Next FileTransfer::transferMade(const File& file, const QByteArray& destination) {
-    std::error_code error = std::make_error_code(std::errc::file_exists);
-    if (isSameFile(file.source, destination))
-        return leaveOut({.path = file.source, .destination = destination, .error = error});
+    const bool isSame = isSameFile(file.source, destination);
+    std::error_code error = ownPlace;
+    if (isSame && file.replaces) return fail({file.source, destination, error});
     File made = file;
     made.make = {};
     made.content.emplace();
     error = file.make(_stop, *made.content);
     if (error == std::errc::operation_canceled) return fail({file.source, destination, error});
     if (error) return leaveOut({.path = file.source, .destination = destination, .error = error});
-    error = perform(made, destination, file.replaces ? IfTaken::Replace : IfTaken::Refuse);
-    if (error == std::errc::file_exists) return resolveConflict(made, destination);
+    if (isSame) {
+        error = duplicate(made, realFolder(file.folder));
+    } else {
+        error = perform(made, destination, file.replaces ? IfTaken::Replace : IfTaken::Refuse);
+        if (error == std::errc::file_exists) return resolveConflict(made, destination);
+    }
     return error ? fail({.path = file.source, .destination = destination, .error = error})
                  : Next::File;
 }

@@ -95,13 +95,15 @@ PictureExport::make(const QString& path, double angle, const std::stop_token& st
         metadata = codec::carriedMetadata(
             stored.blocks, {.size = image.size(),
                             .isSrgb = read.frame.profile.isEmpty(),
+                            .hasIptc = codec::hasIptc(_settings.type),
                             .hasLocation = _settings.hasLocation});
     }
     codec::EncodedPicture encoded = codec::encodePicture(
         image, profileOf(read.frame, properties), metadata,
         {.type = _settings.type,
          .quality = _settings.quality,
-         .tiffCompression = _settings.tiffCompression});
+         .tiffCompression = _settings.tiffCompression,
+         .threads = _threads});
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
     if (encoded.bytes.isEmpty()) return failed(std::errc::not_supported);
     return {

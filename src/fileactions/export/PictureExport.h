@@ -38,9 +38,9 @@ struct ExportedPicture {
 /// take the memory that the budget has.
 class PictureExport {
 public:
-    /// The importers outlive it.
-    PictureExport(PBImageImporterManager& importers, ExportSettings settings)
-        : _importers(importers), _settings(std::move(settings)) {}
+    /// The importers outlive it. `threads`: for each picture, where its encoder can use them.
+    PictureExport(PBImageImporterManager& importers, ExportSettings settings, int threads = 1)
+        : _importers(importers), _settings(std::move(settings)), _threads(threads) {}
 
     /// `angle`: in degrees, counter-clockwise. Blocks.
     [[nodiscard]] ExportedPicture
@@ -49,6 +49,7 @@ public:
 private:
     PBImageImporterManager& _importers;
     const ExportSettings _settings;
+    const int _threads;
     codec::process::MemoryBudget _memory;
 };
 
