@@ -66,7 +66,7 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
         {{deleteClicked, copy, rotateLeft, automaticRotate, rating0, rating5, copyTo, moveTo,
           duplicate, setDesktop, flagClicked},
          "0110100000"},
-        {{exportImage}, "0100100000"},
+        {{exportImage}, "0110100000"},
         {{renameFile}, "0100000000"},
         {{view_BrowserView, deselectAll}, "0110000000"},
         {{view_ThumbnailView, view_PhotoBin, go_NextItem}, "0001100000"},

@@ -5,7 +5,9 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <QDBusUnixFileDescriptor>
 #include <QDBusVirtualObject>
+#include <QFile>
 #include <QProcess>
 
 namespace support {
@@ -33,6 +35,8 @@ public:
     [[nodiscard]] const QString& address() const { return _address; }
 
     bool hasPortal = true;
+    /// What becomes of requests to the portal: 0 done, 1 cancelled, 2 failed.
+    uint response = 0;
     /// Answers wait for `answer`.
     bool isHolding = false;
     void answer() { connection().send(reply(_held.takeFirst())); }
@@ -54,10 +58,19 @@ public:
             call += u' ' + message.arguments().at(1).toString();
         if (member == u"Close"_s) call += u' ' + message.path();
         if (member == u"UnInhibit"_s) call += u' ' + message.arguments().at(0).toString();
+        if (member == u"SetWallpaperFile"_s)
+            call += u' ' + contentOf(message.arguments().at(1).value<QDBusUnixFileDescriptor>());
+        if (member == u"ComposeEmail"_s) call += u' ' + attachmentsOf(message);
         calls.append(call);
         message.setDelayedReply(true);
         _held.append(message);
         if (!isHolding) answer();
+        if (isRequest(message) && hasPortal) {
+            QDBusMessage signal = QDBusMessage::createSignal(
+                requestOf(message), u"org.freedesktop.portal.Request"_s, u"Response"_s);
+            signal << response << QVariantMap();
+            connection().send(signal);
+        }
         return true;
     }
 
@@ -68,9 +81,36 @@ private:
     [[nodiscard]] static bool isForPortal(const QDBusMessage& message) {
         return message.interface().contains(u"portal"_s);
     }
+    [[nodiscard]] static bool isRequest(const QDBusMessage& message) {
+        return message.member() == u"SetWallpaperFile"_s || message.member() == u"ComposeEmail"_s;
+    }
+    [[nodiscard]] static QVariantMap optionsOf(const QDBusMessage& message) {
+        return qdbus_cast<QVariantMap>(message.arguments().last());
+    }
+    [[nodiscard]] static QString requestOf(const QDBusMessage& message) {
+        QString sender = message.service().mid(1);
+        sender.replace(u'.', u'_');
+        return u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
+            sender, optionsOf(message).value(u"handle_token"_s).toString());
+    }
+    [[nodiscard]] static QString contentOf(const QDBusUnixFileDescriptor& descriptor) {
+        QFile file;
+        if (!file.open(descriptor.fileDescriptor(), QIODevice::ReadOnly)) return u"none"_s;
+        file.seek(0);
+        return QString::fromUtf8(file.readAll());
+    }
+    [[nodiscard]] static QString attachmentsOf(const QDBusMessage& message) {
+        QStringList contents;
+        for (const auto& each : qdbus_cast<QList<QDBusUnixFileDescriptor>>(
+                 optionsOf(message).value(u"attachment_fds"_s)))
+            contents += contentOf(each);
+        return contents.join(u'+');
+    }
     [[nodiscard]] QDBusMessage reply(const QDBusMessage& message) const {
         if (isForPortal(message) && !hasPortal)
             return message.createErrorReply(QDBusError::UnknownMethod, u"none"_s);
+        if (isRequest(message))
+            return message.createReply(QVariant::fromValue(QDBusObjectPath(requestOf(message))));
         if (message.member() != u"Inhibit"_s) return message.createReply();
         return isForPortal(message)
                    ? message.createReply(QVariant::fromValue(QDBusObjectPath(u"/request/7"_s)))

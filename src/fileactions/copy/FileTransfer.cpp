@@ -39,6 +39,7 @@ FileTransfer::FileTransfer(const Environment& environment)
 
 TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token& stop) {
     _kind = plan.kind;
+    _endsAtFailure = plan.endsAtFailure;
     _stop = stop;
     _result = {};
     _forAll.reset();
@@ -46,7 +47,9 @@ TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token
     _progress.total = plan.fileCount();
     FileSystem::Entry entry;
     for (const auto& step : plan.steps) {
-        if (step.folder.isEmpty() && !_environment.files.look(step.file.source, entry))
+        // What is yet to be made has no size.
+        if (step.folder.isEmpty() && !step.file.make &&
+            !_environment.files.look(step.file.source, entry))
             _progress.totalBytes += entry.size;
     }
     for (const auto& step : plan.steps) {
@@ -111,6 +114,7 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
 
     const QByteArray folder = realFolder(file.folder);
     const QByteArray destination = pathInFolder(folder, file.name);
+    if (file.make) return transferMade(file, destination);
     std::error_code error;
     if (!file.content) {
         FileSystem::Entry entry;
@@ -131,6 +135,33 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
     if (!error) return Next::File;
     if (error == std::errc::file_exists) return resolveConflict(file, destination);
     return fail({.path = file.source, .destination = destination, .error = error});
+}
+
+FileTransfer::Next FileTransfer::transferMade(const File& file, const QByteArray& destination) {
+    const bool isSame = isSameFile(file.source, destination);
+    std::error_code error = ownPlace;
+    if (isSame && file.replaces) return fail({file.source, destination, error});
+    File made = file;
+    made.make = {};
+    made.content.emplace();
+    error = file.make(_stop, *made.content);
+    if (error == std::errc::operation_canceled) return fail({file.source, destination, error});
+    if (error) return leaveOut({.path = file.source, .destination = destination, .error = error});
+    if (isSame) {
+        error = duplicate(made, realFolder(file.folder));
+    } else {
+        error = perform(made, destination, file.replaces ? IfTaken::Replace : IfTaken::Refuse);
+        if (error == std::errc::file_exists) return resolveConflict(made, destination);
+    }
+    return error ? fail({.path = file.source, .destination = destination, .error = error})
+                 : Next::File;
+}
+
+FileTransfer::Next FileTransfer::leaveOut(const FileFailure& failure) {
+    // Of a single one there is nothing to go on with.
+    if (_progress.total == 1 || _endsAtFailure) return fail(failure);
+    _environment.rows.settle();
+    return _environment.prompts.askSkip(failure) ? Next::File : Next::Stop;
 }
 
 FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteArray& destination) {

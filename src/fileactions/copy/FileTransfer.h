@@ -46,6 +46,9 @@ private:
     [[nodiscard]] Next makeFolder(const QByteArray& folder);
     [[nodiscard]] QByteArray realFolder(const QByteArray& folder) const;
     [[nodiscard]] Next transferFile(const File& file);
+    [[nodiscard]] Next transferMade(const File& file, const QByteArray& destination);
+    /// Whether to go on with the other files.
+    [[nodiscard]] Next leaveOut(const FileFailure& failure);
     [[nodiscard]] Next resolveConflict(const File& file, const QByteArray& destination);
     [[nodiscard]] Next replace(const File& file, const QByteArray& destination);
     [[nodiscard]] Next fail(const FileFailure& failure);
@@ -61,6 +64,7 @@ private:
     TransferResult _result;
     TransferPlan::Kind _kind = TransferPlan::Kind::Copy;
     std::stop_token _stop;
+    bool _endsAtFailure = false;
     bool _changesRows = false; ///< of the file under way
     /// For the conflicts to come; nothing: ask.
     std::optional<FilePrompts::Answer> _forAll;

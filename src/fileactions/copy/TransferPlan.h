@@ -3,10 +3,16 @@
 #include <QByteArray>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <stop_token>
+#include <system_error>
 #include <vector>
 
 namespace fileactions {
+
+/// A photograph was to be replaced by what is made of it; no file system answers so.
+inline const std::error_code ownPlace = std::make_error_code(std::errc::argument_out_of_domain);
 
 /// What is to be copied or moved where: a value. Paths are absolute, as the disk spells them.
 struct TransferPlan {
@@ -15,6 +21,8 @@ struct TransferPlan {
         Move,      ///< onto itself: nothing
         Duplicate, ///< beside the file, under the next free name
     };
+    /// Content that is worked out when its turn comes. Blocks; stopped, it is `operation_canceled`.
+    using Maker = std::function<std::error_code(const std::stop_token& stop, QByteArray& content)>;
     struct File {
         QByteArray source; ///< of one with content: the name to be given
         QByteArray folder; ///< where it goes; one of `folder` steps, or one that is there
@@ -23,6 +31,12 @@ struct TransferPlan {
         /// is taken it gets the next free one.
         std::optional<QByteArray> content = std::nullopt;
         std::int64_t fileId = 0; ///< of the photograph on show; 0: not known
+        /// Another file made of the source, as in an export; never put in the source's own place,
+        /// but under the next free name.
+        Maker make = {};
+        /// What has the name of a made file already goes without a question; where that is the
+        /// source, nothing is made (`ownPlace`).
+        bool replaces = false;
     };
     /// One step, in the order in which they are done: a folder that is to stand, or a file.
     struct Step {
@@ -32,6 +46,8 @@ struct TransferPlan {
 
     Kind kind = Kind::Copy;
     std::vector<Step> steps;
+    /// A made file that can't be had ends it, without a question.
+    bool endsAtFailure = false;
 
     [[nodiscard]] bool isEmpty() const { return steps.empty(); }
     [[nodiscard]] std::int64_t fileCount() const;

@@ -46,6 +46,14 @@ QString dataFolder() {
     return ownFolder(QStandardPaths::GenericDataLocation);
 }
 
+QString cacheFolder() {
+    const QString profile = profileFolder();
+    if (profile.isEmpty()) return ownFolder(QStandardPaths::GenericCacheLocation);
+    const QString folder = profile + QStringLiteral("/Cache");
+    QDir().mkpath(folder);
+    return folder;
+}
+
 QString settingsFile() {
     return ownFolder(QStandardPaths::GenericConfigLocation) + QStringLiteral("/Velmora.conf");
 }

@@ -14,6 +14,8 @@ void setProfile(const QString& folder);
 
 /// Folder of the catalogue files: the profile, else `$XDG_DATA_HOME/Velmora`.
 [[nodiscard]] QString dataFolder();
+/// Folder of what may be lost: "Cache" in the profile, else `$XDG_CACHE_HOME/Velmora`.
+[[nodiscard]] QString cacheFolder();
 /// The settings file: `Velmora.conf` in the profile, else in `$XDG_CONFIG_HOME/Velmora`.
 [[nodiscard]] QString settingsFile();
 

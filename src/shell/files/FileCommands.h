@@ -62,6 +62,11 @@ public:
     /// Of the pasteboard or a drag: those that are photographs by their names.
     [[nodiscard]] std::vector<QByteArray> photographsOf(const QMimeData& data) const;
 
+    /// What a command that works with its own tasks has done; `one` and `many` are keys of its
+    /// name.
+    void took(const fileactions::FileOutcome& outcome, QStringView one, QStringView many) {
+        finished(outcome, {one, many});
+    }
     /// Takes something back or does it once more; `done` is handed what takes that back in turn.
     void perform(
         const fileactions::FileEdit& edit,

@@ -12,7 +12,7 @@ public:
     using ConflictAnswer = fileactions::FilePrompts::ConflictAnswer;
 
     /// What was to be done with a file that failed.
-    enum class Deed { Copy, Move, Trash, Delete, Restore };
+    enum class Deed { Copy, Move, Trash, Delete, Restore, Export, Share };
 
     virtual ~FileQuestions() = default;
     virtual void

@@ -42,6 +42,10 @@ QString messageAbout(FileQuestions::Deed deed, const QByteArray& path, qint64 co
             return {u"CantTrashFile", u"CantTrashFiles"};
         case Deed::Delete:
             return {u"CantDeleteFile", u"CantDeleteFiles"};
+        case Deed::Export:
+            return {u"CantExportFile", {}};
+        case Deed::Share:
+            return {u"Convert File Failed", {}};
         case Deed::Restore:
             break;
         }
@@ -49,6 +53,12 @@ QString messageAbout(FileQuestions::Deed deed, const QByteArray& path, qint64 co
     }();
     if (count > 1 && !row.many.isEmpty()) return localizedFormat(row.many, {count, nameOf(path)});
     return localizedFormat(row.one, {nameOf(path)});
+}
+
+/// The photograph could not be read or encoded, whatever its place is.
+bool isOfMaking(const std::error_code& error) {
+    return error == std::errc::bad_message || error == std::errc::not_supported ||
+           error == std::errc::resource_unavailable_try_again;
 }
 
 } // namespace
@@ -97,10 +107,11 @@ void FileSheets::askConflict(
 }
 
 void FileSheets::askSkip(const Failure& failure, std::function<void(bool skips)> answered) {
-    const bool isFolder = failure.destination.isEmpty();
+    const QStringView message = failure.destination.isEmpty() ? u"CantMakeFolder"
+                                : isOfMaking(failure.error)   ? u"CantExportFile"
+                                                              : u"CantReplaceFile";
     QMessageBox* box = makeBox(
-        QMessageBox::Critical,
-        localizedFormat(isFolder ? u"CantMakeFolder" : u"CantReplaceFile", {nameOf(failure.path)}),
+        QMessageBox::Critical, localizedFormat(message, {nameOf(failure.path)}),
         fileactions::fileErrorText(failure.error));
     box->setObjectName(QStringLiteral("fileSkipOrStop"));
     QPushButton* skip = box->addButton(localizedString(u"FileSkip"), QMessageBox::AcceptRole);
@@ -115,6 +126,13 @@ void FileSheets::askSkip(const Failure& failure, std::function<void(bool skips)>
 
 void FileSheets::tellFailure(
     Deed deed, const Failure& failure, qint64 count, std::function<void()> closed) {
+    if (deed == Deed::Export && failure.error == std::errc::bad_message) {
+        showWindowAlert(
+            _window, localizedFormat(u"Can not open file", {nameOf(failure.path)}),
+            localizedFormat(u"Can not open file information", {localizedString(u"Velmora")}),
+            std::move(closed));
+        return;
+    }
     showWindowAlert(
         _window, messageAbout(deed, failure.path, count), fileactions::fileErrorText(failure.error),
         std::move(closed));

@@ -3,6 +3,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/ThumbnailStore.h"
+#include "platform/program/StandardFolders.h"
 #include "platform/volumes/Volumes.h"
 #include "shell/files/PhotographDrops.h"
 #include "shell/groups/GroupMenus.h"
@@ -16,6 +17,7 @@
 #include <QColorSpace>
 #include <QFile>
 #include <QMainWindow>
+#include <QMenu>
 
 using Command = MenuCommand;
 
@@ -59,8 +61,31 @@ WindowFiles::WindowFiles(const Parts& parts)
                [&sidebar = parts.sourceSidebar] {
                    const auto folder = sidebar.tree().selectedFolder();
                    return folder ? folder->folderPath() : QString();
-               }}) {
+               }}),
+      _exportDialogs(parts.window),
+      _exports(
+          {.imageImporterManager = parts.services.imageImporterManager,
+           .folderPaths = parts.browserPane.folderPaths(),
+           .tasks = _tasks,
+           .questions = _sheets,
+           .exportQuestions = _exportDialogs,
+           .chosen = parts.chosen,
+           .finished =
+               [this](const fileactions::FileOutcome& outcome) {
+                   _commands.took(outcome, u"UndoExportFile", u"UndoExportFiles");
+               }}),
+      _shares(
+          {.imageImporterManager = parts.services.imageImporterManager,
+           .folderPaths = parts.browserPane.folderPaths(),
+           .mainFileDb = parts.services.mainFileDb,
+           .tasks = _tasks,
+           .window = parts.window,
+           .chosen = parts.chosen,
+           .cacheFolder =
+               platform::StandardFolders::cacheFolder() + QStringLiteral("/SharingService"),
+           .dataFolder = platform::StandardFolders::dataFolder()}) {
     connectMenus();
+    connectShares();
     takeDrops();
     QObject::connect(
         &_commands, &FileCommands::didChangeFiles, &_commands,
@@ -88,6 +113,7 @@ void WindowFiles::connectMenus() {
     menu.connectCommand(Command::copy, [this] { _commands.copy(false); });
     menu.connectCommand(Command::cut, [this] { _commands.copy(true); });
     menu.connectCommand(Command::paste, [this] { _commands.doPaste(); });
+    menu.connectCommand(Command::exportImage, [this] { _exports.exportImage(); });
     menu.connectCommand(Command::deleteClicked, [this] { _commands.deleteClicked(); });
     menu.connectCommand(Command::deleteForGood, [this] { _commands.deleteForGood(); });
     _parts.toolbarController.serve(
@@ -95,6 +121,28 @@ void WindowFiles::connectMenus() {
         [this] { _commands.deleteClicked(); });
     _parts.groupMenus.setDoGroupCopyMoveTo([this](GroupMenus::GroupTransfer transfer) {
         _commands.doGroupCopyMoveTo(transfer == GroupMenus::GroupTransfer::Move);
+    });
+}
+
+/// The menu opens under the button that was pressed; from the menu bar, in the window's corner.
+void WindowFiles::connectShares() {
+    constexpr int gap = 6;
+    MainMenu& menu = _parts.menu;
+    menu.connectCommand(Command::setDesktop, [this] { _shares.setDesktop(); });
+    menu.connectCommand(Command::shareClicked, [this] {
+        for (const QWidget* button : _parts.toolbar.shareButtons()) {
+            if (!button->isVisible() || !button->underMouse()) continue;
+            _shares.shareClicked(button->mapToGlobal(QPoint(0, button->height() + gap)));
+            return;
+        }
+        _shares.shareClicked(_parts.window.mapToGlobal(QPoint(0, gap)));
+    });
+    _parts.toolbarController.serve(
+        *_parts.toolbar.shareAction(), ToolbarValidation::Command::shareClicked,
+        [&menu] { menu.trigger(Command::shareClicked); });
+    QMenu& openWith = menu.openWithMenu();
+    QObject::connect(&openWith, &QMenu::aboutToShow, &_shares, [this, &openWith] {
+        _shares.openWithMenuNeedsUpdate(openWith);
     });
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "fileactions/marks/EditRunner.h"
+#include "shell/files/ExportCommands.h"
 #include "shell/files/FileCommands.h"
 #include "shell/files/FileSheets.h"
 #include "shell/files/FileTasks.h"
+#include "shell/files/ShareCommands.h"
 
 #include <memory>
 
@@ -42,6 +44,7 @@ public:
 
 private:
     void connectMenus();
+    void connectShares();
     void takeDrops();
     /// Files that take their place in the history of edits.
     [[nodiscard]] fileactions::OtherWay wayOf(const fileactions::FileEdit& edit);
@@ -50,4 +53,7 @@ private:
     FileSheets _sheets;
     FileTasks _tasks;
     FileCommands _commands;
+    ExportDialogs _exportDialogs;
+    ExportCommands _exports;
+    ShareCommands _shares;
 };

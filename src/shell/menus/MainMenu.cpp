@@ -43,6 +43,9 @@ MainMenu::MainMenu(QMainWindow& window, ReadState readState, QObject* parent)
     : QObject(parent), _window(window), _readState(std::move(readState)) {
     makeActions();
     fill(menuBarRows(), nullptr);
+    _openWith = new QMenu(localizedString(u"Menu_OpenWith"), &_window);
+    _openWith->setObjectName(QStringLiteral("openWith"));
+    addOpenWith(*menuWithTag(MenuTag::File));
     menuWithTag(MenuTag::Group)->menuAction()->setVisible(false);
     qApp->installEventFilter(this);
 }
@@ -108,6 +111,11 @@ void MainMenu::fill(std::span<const MenuRow> rows, QMenu* first) {
     }
 }
 
+/// Possible where sharing is.
+void MainMenu::addOpenWith(QMenu& menu) {
+    menu.insertMenu(action(MenuCommand::revealInFinder), _openWith);
+}
+
 void MainMenu::watchMenu(QMenu* menu) {
     connect(menu, &QMenu::aboutToShow, this, [this] { validate(true); });
     keepContentsWhileShown(*menu);
@@ -151,6 +159,7 @@ void MainMenu::validate(bool includesPasteboard) {
         if (!item.title.isEmpty()) action->setText(localizedString(item.title));
         if (!item.text.isEmpty()) action->setText(item.text);
     }
+    _openWith->menuAction()->setEnabled(action(MenuCommand::shareClicked)->isEnabled());
     for (QMenu* submenu : _submenus)
         enableAsEntries(*submenu);
 }
@@ -168,6 +177,7 @@ void MainMenu::popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWi
     auto* menu = new QMenu(parent);
     if (isOnItem) {
         fill(photographMenuRows(), menu);
+        addOpenWith(*menu);
     } else {
         menu->addActions(menuWithTag(MenuTag::View)->actions());
     }
@@ -177,6 +187,7 @@ void MainMenu::popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWi
 void MainMenu::popUpLargeViewMenu(const QPoint& globalPosition, QWidget* parent) {
     auto* menu = new QMenu(parent);
     fill(largeViewMenuRows(), menu);
+    addOpenWith(*menu);
     popUp(*menu, globalPosition);
 }
 

@@ -33,6 +33,9 @@ public:
 
     [[nodiscard]] QAction* action(MenuCommand command) const;
     [[nodiscard]] QMenu* menuWithTag(MenuTag tag) const;
+    /// The submenu of programs in the menus of files and photographs; who owns the programs fills
+    /// it when it opens.
+    [[nodiscard]] QMenu& openWithMenu() const { return *_openWith; }
     /// Puts the menu, which stays with its owner, where the table has an empty one.
     void setGroupMenu(QMenu& groupMenu);
     /// Takes effect with the next validation.
@@ -53,6 +56,7 @@ protected:
 
 private:
     void makeActions();
+    void addOpenWith(QMenu& menu);
     void makeChoice(MenuCommand first, MenuCommand last);
     void fill(std::span<const MenuRow> rows, QMenu* first);
     void watchMenu(QMenu* menu);
@@ -65,4 +69,5 @@ private:
     std::array<std::function<void()>, menuCommandCount> _performers;
     std::map<MenuTag, QMenu*> _menus;
     std::vector<QMenu*> _submenus;
+    QMenu* _openWith = nullptr;
 };

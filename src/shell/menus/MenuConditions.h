@@ -52,9 +52,6 @@ constexpr bool hasPhotographs(State s) {
 constexpr bool hasSomeToShow(State s) {
     return s.isLargeView ? s.largeView.hasItems : s.hasItems;
 }
-constexpr bool hasOnePhotograph(State s) {
-    return s.isLargeView ? s.largeView.hasItems : s.selectCount == 1;
-}
 constexpr bool hasSelection(State s) {
     return inBrowser(s) && s.selectCount > 0;
 }

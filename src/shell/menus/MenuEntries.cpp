@@ -65,7 +65,7 @@ constexpr MenuRow barRows[] = {
     separator,
     entry(
         Command::exportImage, u"exportImage", u"Menu_Export", u"Ctrl+Shift+E", u"export",
-        {hasOnePhotograph}),
+        {hasPhotographs}),
     entry(Command::shareClicked, u"shareClicked", u"Menu_Share", {}, u"share", {hasPhotographs}),
     entry(Command::setDesktop, u"setDesktop", u"Menu_SetDesktop", {}, {}, {hasPhotographs}),
     separator,

@@ -81,7 +81,8 @@ MainToolbar::MainToolbar(QWidget* parent)
     _ratingButton->setHasArrow();
     addItem(QStringLiteral("rating"), _ratingButton, u"ToolbarRating");
     addItem(QStringLiteral("rotate"), new SegmentedControl({_rotateLeft, _rotateRight}), u"Rotate");
-    addItem(QStringLiteral("share"), new ToolbarButton(_share), u"Share");
+    _shareButtons.push_back(new ToolbarButton(_share));
+    addItem(QStringLiteral("share"), _shareButtons.back(), u"Share");
     addItem(QStringLiteral("delete"), new ToolbarButton(_delete), u"Delete");
     _search->setToolTip(withShortcut(localizedString(u"SearchTip"), QKeySequence::Find));
     addItem(QStringLiteral("search"), _search, u"Search");
@@ -183,10 +184,9 @@ void MainToolbar::addImageItems() {
     addItem(
         QStringLiteral("imageRotate"), new SegmentedControl({_rotateLeft, _rotateRight}),
         u"Rotate");
-    addItem(
-        QStringLiteral("imageShare"),
-        new ToolbarButton(action(Command::shareClicked, QStringLiteral("share"), u"Share")),
-        u"Share");
+    _shareButtons.push_back(
+        new ToolbarButton(action(Command::shareClicked, QStringLiteral("share"), u"Share")));
+    addItem(QStringLiteral("imageShare"), _shareButtons.back(), u"Share");
     addItem(
         QStringLiteral("imageDelete"),
         new ToolbarButton(

@@ -51,6 +51,8 @@ public:
     [[nodiscard]] QAction* rotateLeftAction() const { return _rotateLeft; }
     [[nodiscard]] QAction* rotateRightAction() const { return _rotateRight; }
     [[nodiscard]] QAction* shareAction() const { return _share; }
+    /// The buttons that share, of both sets of items.
+    [[nodiscard]] const std::vector<QWidget*>& shareButtons() const { return _shareButtons; }
     [[nodiscard]] QAction* deleteAction() const { return _delete; }
     [[nodiscard]] SearchField& searchField() const { return *_search; }
     /// The group button has `popUp` open the menu below it; it is off before that.
@@ -106,6 +108,7 @@ private:
     ToolbarButton* _imageRatingButton = nullptr;
     QAction* _rotateLeft;
     QAction* _rotateRight;
+    std::vector<QWidget*> _shareButtons;
     QAction* _share;
     QAction* _delete;
     QWidget* _row;       // fills the bar

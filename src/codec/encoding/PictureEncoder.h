@@ -1,0 +1,46 @@
+#pragma once
+
+#include "codec/encoding/CarriedMetadata.h"
+
+#include <QByteArray>
+#include <QImage>
+#include <QString>
+#include <QStringList>
+
+namespace codec {
+
+/// How a picture is written.
+struct EncodeSettings {
+    QString type;            ///< identifier, one of `writableTypes`
+    double quality = 0.8;    ///< from 0 to 1; for types that have one
+    int tiffCompression = 1; ///< TIFF's number of it (TIFF 6.0, tag 259); 1: none
+    int threads = 1;         ///< that slow encoders may use
+};
+
+/// The types that can be written here, in the order in which they are offered. HEIC is one where
+/// its library has an encoder.
+[[nodiscard]] QStringList writableTypes();
+/// Whether the type has a quality to choose.
+[[nodiscard]] bool hasQuality(const QString& type);
+/// Whether metadata can be written into files of the type.
+[[nodiscard]] bool hasMetadata(const QString& type);
+
+/// Whether those of IPTC have a place of their own in such a file; else they are told in XMP.
+[[nodiscard]] bool hasIptc(const QString& type);
+
+/// What became of the encoding of a picture.
+struct EncodedPicture {
+    QByteArray bytes;              ///< a whole file; empty: the picture can't be written so
+    bool isMetadataWritten = true; ///< false: not all of it is in the file
+};
+
+/// The file of a picture. The image is one of the formats that decoders answer with. Of 16 bits a
+/// channel PNG, TIFF, JPEG 2000 and JPEG XL keep all, AVIF and HEIC ten, which is what their
+/// readers know, the others eight. Types without transparency get a white ground. `profile`: ICC
+/// bytes of the image's colours, embedded; empty for sRGB, which is not. Any thread; the metadata
+/// of several pictures wait for each other.
+[[nodiscard]] EncodedPicture encodePicture(
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
+    const EncodeSettings& settings);
+
+} // namespace codec

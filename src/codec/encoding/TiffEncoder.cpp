@@ -1,0 +1,124 @@
+#include "codec/encoding/Encoders.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace codec::encoders {
+
+namespace {
+
+/// A file in memory, as the library wants one.
+struct Memory {
+    QByteArray bytes;
+    toff_t position = 0;
+
+    static Memory& of(thandle_t handle) { return *static_cast<Memory*>(handle); }
+    static tmsize_t read(thandle_t handle, void* target, tmsize_t length) {
+        Memory& memory = of(handle);
+        const auto size = static_cast<toff_t>(memory.bytes.size());
+        const toff_t left = size - std::min(size, memory.position);
+        const auto count = std::min(static_cast<toff_t>(length), left);
+        std::memcpy(target, memory.bytes.constData() + memory.position, count);
+        memory.position += count;
+        return static_cast<tmsize_t>(count);
+    }
+    static tmsize_t write(thandle_t handle, void* source, tmsize_t length) {
+        Memory& memory = of(handle);
+        const auto end = static_cast<qsizetype>(memory.position) + length;
+        if (end > memory.bytes.size()) memory.bytes.resize(end);
+        std::memcpy(
+            memory.bytes.data() + memory.position, source, static_cast<std::size_t>(length));
+        memory.position = static_cast<toff_t>(end);
+        return length;
+    }
+    static toff_t seek(thandle_t handle, toff_t offset, int whence) {
+        Memory& memory = of(handle);
+        const toff_t base = whence == SEEK_CUR   ? memory.position
+                            : whence == SEEK_END ? static_cast<toff_t>(memory.bytes.size())
+                                                 : 0;
+        return memory.position = base + offset;
+    }
+    static int close(thandle_t) { return 0; }
+    static toff_t size(thandle_t handle) { return static_cast<toff_t>(of(handle).bytes.size()); }
+};
+
+/// Samples of a line in the file's order: red, green, blue and, where there is one, alpha.
+template <typename Sample>
+void packLine(const QImage& image, int y, bool hasAlpha, std::vector<std::uint8_t>& line) {
+    auto* target = reinterpret_cast<Sample*>(line.data());
+    for (int x = 0; x < image.width(); ++x) {
+        if constexpr (sizeof(Sample) == 2) {
+            const auto pixel = reinterpret_cast<const QRgba64*>(image.constScanLine(y))[x];
+            *target++ = pixel.red();
+            *target++ = pixel.green();
+            *target++ = pixel.blue();
+            if (hasAlpha) *target++ = pixel.alpha();
+        } else {
+            const QRgb pixel = reinterpret_cast<const QRgb*>(image.constScanLine(y))[x];
+            *target++ = static_cast<Sample>(qRed(pixel));
+            *target++ = static_cast<Sample>(qGreen(pixel));
+            *target++ = static_cast<Sample>(qBlue(pixel));
+            if (hasAlpha) *target++ = static_cast<Sample>(qAlpha(pixel));
+        }
+    }
+}
+
+bool writeLines(TIFF* file, const QImage& image, bool isDeep, bool hasAlpha) {
+    std::vector<std::uint8_t> line(static_cast<std::size_t>(TIFFScanlineSize(file)));
+    for (int y = 0; y < image.height(); ++y) {
+        if (isDeep) {
+            packLine<std::uint16_t>(image, y, hasAlpha, line);
+        } else {
+            packLine<std::uint8_t>(image, y, hasAlpha, line);
+        }
+        if (TIFFWriteScanline(file, line.data(), static_cast<std::uint32_t>(y), 0) < 0)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+QByteArray tiff(const QImage& image, const QByteArray& profile, const EncodeSettings& settings) {
+    Memory memory;
+    TIFF* file = TIFFClientOpen(
+        "export", "w", &memory, Memory::read, Memory::write, Memory::seek, Memory::close,
+        Memory::size, nullptr, nullptr);
+    if (!file) return {};
+    const bool isDeep = image.depth() == 64;
+    const bool hasAlpha = image.hasAlphaChannel();
+    const int compression = std::max(settings.tiffCompression, 1);
+    bool isGood =
+        TIFFIsCODECConfigured(static_cast<std::uint16_t>(compression)) != 0 &&
+        TIFFSetField(file, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(image.width())) != 0 &&
+        TIFFSetField(file, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(image.height())) != 0 &&
+        TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, isDeep ? 16 : 8) != 0 &&
+        TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, hasAlpha ? 4 : 3) != 0 &&
+        TIFFSetField(file, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB) != 0 &&
+        TIFFSetField(file, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) != 0 &&
+        TIFFSetField(file, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT) != 0 &&
+        TIFFSetField(file, TIFFTAG_COMPRESSION, compression) != 0;
+    if (isGood && hasAlpha) {
+        const std::uint16_t kind = EXTRASAMPLE_UNASSALPHA;
+        isGood = TIFFSetField(file, TIFFTAG_EXTRASAMPLES, 1, &kind) != 0;
+    }
+    if (isGood && (compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE))
+        isGood = TIFFSetField(file, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL) != 0;
+    if (isGood && !profile.isEmpty()) {
+        isGood = TIFFSetField(
+                     file, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()),
+                     profile.constData()) != 0;
+    }
+    if (isGood) {
+        TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(file, 0));
+        isGood = writeLines(file, image, isDeep, hasAlpha) && TIFFFlush(file) != 0;
+    }
+    TIFFClose(file);
+    return isGood ? memory.bytes : QByteArray();
+}
+
+} // namespace codec::encoders

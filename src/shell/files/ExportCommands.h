@@ -1,0 +1,94 @@
+#pragma once
+
+#include "fileactions/export/PictureExport.h"
+#include "shell/files/FileTasks.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class ChosenPhotographs;
+class PBImageImporterManager;
+
+namespace group {
+class FolderPaths;
+}
+
+/// What the user is asked before an export. Each call returns at once and answers later, at most
+/// once: a cancel is no answer. Main thread.
+class ExportQuestions {
+public:
+    using Settings = fileactions::ExportSettings;
+
+    virtual ~ExportQuestions() = default;
+    virtual void askSettings(
+        const Settings& settings, std::int64_t count,
+        std::function<void(const Settings&)> chosen) = 0;
+    /// The file for a single photograph, and whether one of that name may be replaced; otherwise
+    /// nobody was asked about it.
+    virtual void askFile(
+        const QString& name, const Settings& settings,
+        std::function<void(const QString& path, bool replaces)> chosen) = 0;
+    /// The export is done, but these photographs are without metadata that were wanted.
+    virtual void tellMetadataMissing(std::int64_t count) = 0;
+};
+
+/// The same as dialogs of the window.
+class ExportDialogs final : public ExportQuestions {
+public:
+    /// The window outlives this object.
+    explicit ExportDialogs(QWidget& window) : _window(window) {}
+    void askSettings(
+        const Settings& settings, std::int64_t count,
+        std::function<void(const Settings&)> chosen) override;
+    void askFile(
+        const QString& name, const Settings& settings,
+        std::function<void(const QString& path, bool replaces)> chosen) override;
+    void tellMetadataMissing(std::int64_t count) override;
+
+private:
+    QWidget& _window;
+    QString _lastFolder;
+};
+
+/// The export of the chosen photographs. Its settings stay for the run of the program. Main thread.
+class ExportCommands final : public QObject {
+    Q_OBJECT
+
+public:
+    struct Environment {
+        PBImageImporterManager& imageImporterManager;
+        const group::FolderPaths& folderPaths;
+        FileTasks& tasks;
+        FileQuestions& questions;
+        ExportQuestions& exportQuestions;
+        const ChosenPhotographs& chosen;
+        /// Told of the end, as with any command on files.
+        std::function<void(const fileactions::FileOutcome& outcome)> finished;
+    };
+    /// All that is named outlives this object.
+    explicit ExportCommands(Environment environment) : _environment(std::move(environment)) {}
+
+    void exportImage();
+
+private:
+    struct Photograph {
+        QByteArray path;
+        double angle = 0;
+        qint64 fileId = 0;
+    };
+    [[nodiscard]] std::vector<Photograph> photographs() const;
+    [[nodiscard]] fileactions::ExportSettings firstSettings(const QByteArray& path) const;
+    void choosePlace(
+        const std::vector<Photograph>& photographs, const fileactions::ExportSettings& settings);
+    /// To files of these names in the folder.
+    void write(
+        const std::vector<Photograph>& photographs, const QByteArray& folder,
+        const std::vector<QByteArray>& names, bool replaces);
+
+    const Environment _environment;
+    fileactions::ExportSettings _settings; ///< its type empty before the first export
+};

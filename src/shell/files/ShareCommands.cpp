@@ -1,0 +1,273 @@
+#include "shell/files/ShareCommands.h"
+
+#include "catalogue/PBCatalogue.h"
+#include "codec/PBImageImporterManager.h"
+#include "fileactions/export/PictureExport.h"
+#include "fileactions/share/ShareCopies.h"
+#include "group/PBGroupItem.h"
+#include "platform/files/TypeIdentifiers.h"
+#include "platform/program/LocalizedTexts.h"
+#include "platform/tasks/MainThread.h"
+#include "shell/services/ChosenPhotographs.h"
+#include "ui/MenuTracking.h"
+#include "ui/WindowAlert.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMenu>
+
+#include <algorithm>
+#include <ranges>
+#include <utility>
+
+namespace copies = fileactions::ShareCopies;
+using platform::localizedFormat;
+using platform::localizedString;
+using platform::Wallpaper::Result;
+
+namespace {
+
+/// How many photographs are looked at to find the services; more make no difference.
+constexpr std::size_t mostAsked = 51;
+
+QString typeOf(const QByteArray& path) {
+    return platform::TypeIdentifiers::forExtension(QFileInfo(QFile::decodeName(path)).suffix());
+}
+
+/// Every desktop shows these.
+bool isShownByDesktops(const QByteArray& path) {
+    const QString type = typeOf(path);
+    return type == QStringLiteral("public.jpeg") || type == QStringLiteral("public.png");
+}
+
+void addNotice(QMenu& menu, QStringView key) {
+    menu.addAction(localizedString(key))->setEnabled(false);
+}
+
+/// A name may have the sign that marks letters of a menu.
+QString menuText(QString name) {
+    return name.replace(u'&', QStringLiteral("&&"));
+}
+
+} // namespace
+
+ShareCommands::ShareCommands(Environment environment) : _environment(std::move(environment)) {
+    _cleaning.addOperation([folder = _environment.cacheFolder] {
+        copies::removeOld(folder, QDateTime::currentMSecsSinceEpoch());
+    });
+}
+
+/// The stored orientation is another program's word on how to turn the file.
+bool ShareCommands::isTurned(qint64 fileId, double angle) const {
+    if (copies::needsCopy(angle, 0)) return true;
+    const PBArray row = PBCatalogue(_environment.mainFileDb)
+                            .tiffDataWithFileIdAndFields(fileId, {QStringLiteral("Orientation")});
+    return !row.empty() && copies::needsCopy(0, row.front().toInteger());
+}
+
+std::vector<ShareCommands::Photograph> ShareCommands::photographs() const {
+    std::vector<Photograph> photographs;
+    group::FolderPathCache cache;
+    for (const auto& item : _environment.chosen.all()) {
+        const QString path = item->filePath(_environment.folderPaths, cache);
+        if (!path.isEmpty())
+            photographs.push_back(
+                {QFile::encodeName(path), item->rotateAngle(), item->fileId(), false});
+    }
+    return photographs;
+}
+
+ShareCommands::Photograph ShareCommands::first() const {
+    const auto item = _environment.chosen.first();
+    if (!item) return {};
+    group::FolderPathCache cache;
+    return {
+        QFile::encodeName(item->filePath(_environment.folderPaths, cache)), item->rotateAngle(),
+        item->fileId(), false};
+}
+
+std::vector<ShareService> ShareCommands::services() const {
+    QStringList types;
+    std::size_t asked = 0;
+    for (const Photograph& photograph : photographs()) {
+        if (asked++ == mostAsked) break;
+        types.append(platform::TypeIdentifiers::mimeType(typeOf(photograph.path)));
+    }
+    types.removeDuplicates();
+    return _environment.sharingServicesForItems(types);
+}
+
+void ShareCommands::menuNeedsUpdate(QMenu& menu) {
+    platform::assertMainThread();
+    menu.clear();
+    if (!_environment.chosen.first()) {
+        addNotice(menu, u"No Photo Selected");
+        return;
+    }
+    for (const ShareService& service : services()) {
+        QAction* entry = menu.addAction(service.image, menuText(service.title));
+        connect(entry, &QAction::triggered, this, [this, service] { shareService(service); });
+    }
+    if (menu.isEmpty()) addNotice(menu, u"RequireSystem");
+}
+
+void ShareCommands::openWithMenuNeedsUpdate(QMenu& menu) {
+    platform::assertMainThread();
+    menu.clear();
+    if (!_environment.chosen.first()) {
+        addNotice(menu, u"No Photo Selected");
+        return;
+    }
+    for (const ShareService& service : services()) {
+        if (!service.isProgram) continue;
+        QAction* entry = menu.addAction(service.image, menuText(service.title));
+        connect(entry, &QAction::triggered, this, [this, service] {
+            QStringList paths;
+            for (const Photograph& photograph : photographs())
+                paths.append(QFile::decodeName(photograph.path));
+            if (!paths.isEmpty()) perform(service, paths);
+        });
+    }
+    if (menu.isEmpty()) addNotice(menu, u"NoProgramForFiles");
+}
+
+void ShareCommands::shareClicked(const QPoint& globalPosition) {
+    platform::assertMainThread();
+    auto* menu = new QMenu(localizedString(u"Share"), &_environment.window);
+    menu->setObjectName(QStringLiteral("shareMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menuNeedsUpdate(*menu);
+    keepContentsWhileShown(*menu);
+    menu->popup(globalPosition);
+}
+
+void ShareCommands::shareService(const ShareService& service) {
+    std::vector<Photograph> chosen = photographs();
+    bool needsCopies = false;
+    QStringList paths;
+    for (Photograph& photograph : chosen) {
+        photograph.needsCopy = isTurned(photograph.fileId, photograph.angle);
+        needsCopies = needsCopies || photograph.needsCopy;
+        paths.append(QFile::decodeName(photograph.path));
+    }
+    if (chosen.empty()) return;
+    if (!needsCopies) {
+        perform(service, paths);
+        return;
+    }
+    const QByteArray folder = copies::makeFolder(_environment.cacheFolder);
+    if (folder.isEmpty()) {
+        showWindowAlert(
+            _environment.window,
+            localizedFormat(u"Convert File Failed", {QFileInfo(paths.constFirst()).fileName()}));
+        return;
+    }
+    convert(chosen, folder, [this, service](const QStringList& made) { perform(service, made); });
+}
+
+void ShareCommands::convert(
+    const std::vector<Photograph>& photographs, const QByteArray& folder,
+    std::function<void(const QStringList& paths)> made) {
+    std::vector<QByteArray> sources;
+    for (const Photograph& photograph : photographs)
+        if (photograph.needsCopy) sources.push_back(photograph.path);
+    const std::vector<copies::Place> places = copies::placesOfCopies(sources, folder);
+    fileactions::TransferPlan plan;
+    plan.endsAtFailure = true;
+    std::size_t next = 0;
+    QStringList paths;
+    QByteArray madeFolder = folder;
+    for (const Photograph& photograph : photographs) {
+        paths.append(QFile::decodeName(photograph.path));
+        if (!photograph.needsCopy) continue;
+        const copies::Place& place = places[next++];
+        paths.last() = QFile::decodeName(place.folder + '/' + place.name);
+        if (place.folder != madeFolder && place.folder != folder) plan.addFolder(place.folder);
+        madeFolder = place.folder;
+        plan.addFile(
+            {.source = photograph.path,
+             .folder = place.folder,
+             .name = place.name,
+             .fileId = photograph.fileId,
+             .make = [&importers = _environment.imageImporterManager,
+                      photograph](const std::stop_token& stop, QByteArray& content) {
+                 fileactions::ExportedPicture picture = fileactions::exportPicture(
+                     importers, QFile::decodeName(photograph.path), photograph.angle,
+                     {.type = QStringLiteral("public.jpeg"), .quality = 0.8}, stop);
+                 content = std::move(picture.content);
+                 return picture.error;
+             }});
+    }
+    _environment.tasks.start(
+        {.counterKey = QStringLiteral("PreparingShareFile"),
+         .deed = FileQuestions::Deed::Share,
+         .work = [plan](const fileactions::FileEditor& editor) { return editor.transfer(plan); },
+         .finished =
+             [this, folder, paths, count = sources.size(),
+              made = std::move(made)](const fileactions::FileOutcome& outcome) {
+                 if (!outcome.isCancelled && outcome.made.size() == count) {
+                     made(paths);
+                 } else {
+                     _cleaning.addOperation([folder] { copies::removeFolder(folder); });
+                 }
+             }});
+}
+
+void ShareCommands::perform(const ShareService& service, const QStringList& paths) {
+    service.performWithItems(
+        paths, [this, alive = std::weak_ptr(_alive), title = service.title](bool isTaken) {
+            if (alive.expired() || isTaken) return;
+            showWindowAlert(_environment.window, localizedFormat(u"CantShare", {title}));
+        });
+}
+
+void ShareCommands::setDesktop() {
+    platform::assertMainThread();
+    Photograph photograph = first();
+    if (photograph.path.isEmpty()) return;
+    const auto set = [this](const QString& path, const QString& folder) {
+        _environment.setWallpaper(
+            path, [this, folder, alive = std::weak_ptr(_alive)](Result result) {
+                if (alive.expired()) return;
+                // Until now the desktop may have shown the copy before.
+                if (result == Result::Done && !folder.isEmpty()) removeOtherCopies(folder);
+                tellWallpaper(result);
+            });
+    };
+    photograph.needsCopy =
+        !isShownByDesktops(photograph.path) || isTurned(photograph.fileId, photograph.angle);
+    if (!photograph.needsCopy) {
+        set(QFile::decodeName(photograph.path), {});
+        return;
+    }
+    // A new name each time: desktops keep what they have read by its name.
+    const QString base = _environment.dataFolder + QStringLiteral("/Wallpaper");
+    const QByteArray folder = copies::makeFolder(base);
+    if (folder.isEmpty()) {
+        tellWallpaper(Result::Failed);
+        return;
+    }
+    convert({photograph}, folder, [set, folder](const QStringList& paths) {
+        set(paths.constFirst(), QFile::decodeName(folder));
+    });
+}
+
+void ShareCommands::removeOtherCopies(const QString& folder) {
+    _cleaning.addOperation([folder] {
+        const auto others =
+            QDir(QFileInfo(folder).path())
+                .entryInfoList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot);
+        for (const QFileInfo& other : others)
+            if (other.filePath() != folder)
+                copies::removeFolder(QFile::encodeName(other.filePath()));
+    });
+}
+
+void ShareCommands::tellWallpaper(Result result) {
+    if (result == Result::Done || result == Result::Cancelled) return;
+    showWindowAlert(
+        _environment.window, localizedString(u"CantSetDesktop"),
+        result == Result::Nobody ? localizedString(u"CantSetDesktopNobody") : QString());
+}
