@@ -4,6 +4,7 @@
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
+#include "library/PBFolderItem.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/large/LargeView.h"
 #include "shell/panes/NoticeBar.h"
@@ -386,6 +387,9 @@ QByteArray programState(ApplicationController& controller) {
     state.insert(QStringLiteral("tip"), number(windowController.imageBrowserTipView().tipKind()));
     const auto folder = windowController.sourceSidebar().tree().selectedFolder();
     state.insert(QStringLiteral("folder"), folder ? folder->folderPath() : QString());
+    const auto marked = std::dynamic_pointer_cast<PBFolderItem>(
+        windowController.sourceSidebar().tree().dataSource().contextMenuItem());
+    state.insert(QStringLiteral("markedFolder"), marked ? marked->folderPath() : QString());
     const auto* focus = QApplication::focusWidget();
     state.insert(QStringLiteral("focus"), focus ? className(*focus) : QString());
     const auto* scrollView = window.findChild<PBImageBrowserScrollView*>();

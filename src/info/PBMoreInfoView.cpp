@@ -1,7 +1,7 @@
 #include "info/PBMoreInfoView.h"
 
 #include "info/rows/MoreInfoRows.h"
-#include "platform/desktop/SchemeHandlers.h"
+#include "platform/desktop/DesktopPrograms.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 
@@ -58,7 +58,7 @@ void PBMoreInfoView::updateInfo(const MoreInfoDict& dictionaries) {
     setRows(std::move(rows), height, isExif && height > 0 ? belowExif : 0);
     if (_location) {
         // Programs come and go while this one runs.
-        _hasMapProgram = platform::SchemeHandlers::hasProgram(mapScheme);
+        _hasMapProgram = platform::DesktopPrograms::hasProgramForScheme(mapScheme);
         _mapButton->setEnabled(_hasMapProgram);
         _mapButton->setToolTip(
             _hasMapProgram ? geoAddress(*_location) : localizedString(u"NoProgramForMap"));

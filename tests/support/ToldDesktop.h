@@ -2,6 +2,7 @@
 
 #include "support/Support.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -12,8 +13,8 @@
 
 namespace support {
 
-/// A desktop's services on a bus of their own, which write down what they are asked: its portal
-/// and its screen saver. The loop has to run for their answers.
+/// A desktop's services on a bus of their own, which write down what they are asked: its portal,
+/// its file manager and its screen saver. The loop has to run for their answers.
 class ToldDesktop final : public QDBusVirtualObject {
 public:
     ToldDesktop() {
@@ -23,6 +24,7 @@ public:
         QDBusConnection bus = connection();
         _isRunning = bus.registerVirtualObject(u"/"_s, this, QDBusConnection::SubPath) &&
                      bus.registerService(u"org.freedesktop.portal.Desktop"_s) &&
+                     bus.registerService(u"org.freedesktop.FileManager1"_s) &&
                      bus.registerService(u"org.freedesktop.ScreenSaver"_s);
     }
     ~ToldDesktop() override {
@@ -52,7 +54,12 @@ public:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
         const QString member = message.member();
         // The toolkit asks the portal for colours on its own.
-        if (!member.contains(u"nhibit"_s) && member != u"Close"_s) return false;
+        if (member == u"ShowItems"_s) {
+            calls.append(member + u' ' + message.arguments().at(0).toStringList().join(u' '));
+            return connection().send(message.createReply());
+        }
+        if (!member.contains(u"nhibit"_s) && member != u"Close"_s && !isRequest(message))
+            return false;
         QString call = (isForPortal(message) ? u"portal "_s : u"saver "_s) + member;
         if (member == u"Inhibit"_s && isForPortal(message))
             call += u' ' + message.arguments().at(1).toString();

@@ -43,6 +43,7 @@ TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token
     _stop = stop;
     _result = {};
     _forAll.reset();
+    _isCounted = true;
     _progress = {};
     _progress.total = plan.fileCount();
     FileSystem::Entry entry;
@@ -106,7 +107,8 @@ bool FileTransfer::isSameFile(const QByteArray& source, const QByteArray& destin
 }
 
 FileTransfer::Next FileTransfer::transferFile(const File& file) {
-    ++_progress.number;
+    if (_isCounted) ++_progress.number;
+    _isCounted = file.isCounted;
     _progress.path = file.source;
     _progress.fileId = file.fileId;
     _environment.prompts.progress(_progress);
@@ -114,7 +116,7 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
 
     const QByteArray folder = realFolder(file.folder);
     const QByteArray destination = pathInFolder(folder, file.name);
-    if (file.make) return transferMade(file, destination);
+    if (file.make && !file.content) return transferMade(file, destination);
     std::error_code error;
     if (!file.content) {
         FileSystem::Entry entry;
@@ -129,12 +131,22 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
         // It may have gone at this moment.
         if (isGone(error) && isGone(_environment.files.look(file.source, entry))) return Next::File;
     } else {
-        error = perform(file, destination, IfTaken::Refuse);
-        if (error == std::errc::file_exists) error = duplicate(file, folder);
+        error = transferNew(file, destination);
     }
     if (!error) return Next::File;
     if (error == std::errc::file_exists) return resolveConflict(file, destination);
     return fail({.path = file.source, .destination = destination, .error = error});
+}
+
+std::error_code FileTransfer::transferNew(const File& file, const QByteArray& destination) {
+    File made;
+    if (file.make) {
+        made = file;
+        if (const auto error = file.make(_stop, *made.content)) return error;
+    }
+    const File& whole = file.make ? made : file;
+    const auto error = perform(whole, destination, IfTaken::Refuse);
+    return error == std::errc::file_exists ? duplicate(whole, folderOfPath(destination)) : error;
 }
 
 FileTransfer::Next FileTransfer::transferMade(const File& file, const QByteArray& destination) {

@@ -46,6 +46,8 @@ private:
     [[nodiscard]] Next makeFolder(const QByteArray& folder);
     [[nodiscard]] QByteArray realFolder(const QByteArray& folder) const;
     [[nodiscard]] Next transferFile(const File& file);
+    /// What has not been a file yet.
+    [[nodiscard]] std::error_code transferNew(const File& file, const QByteArray& destination);
     [[nodiscard]] Next transferMade(const File& file, const QByteArray& destination);
     /// Whether to go on with the other files.
     [[nodiscard]] Next leaveOut(const FileFailure& failure);
@@ -65,6 +67,7 @@ private:
     TransferPlan::Kind _kind = TransferPlan::Kind::Copy;
     std::stop_token _stop;
     bool _endsAtFailure = false;
+    bool _isCounted = true;    ///< the file before
     bool _changesRows = false; ///< of the file under way
     /// For the conflicts to come; nothing: ask.
     std::optional<FilePrompts::Answer> _forAll;

@@ -32,11 +32,13 @@ struct TransferPlan {
         std::optional<QByteArray> content = std::nullopt;
         std::int64_t fileId = 0; ///< of the photograph on show; 0: not known
         /// Another file made of the source, as in an export; never put in the source's own place,
-        /// but under the next free name.
+        /// but under the next free name. Of one with content: what fills that.
         Maker make = {};
         /// What has the name of a made file already goes without a question; where that is the
         /// source, nothing is made (`ownPlace`).
         bool replaces = false;
+        /// Else the next one is told under the same number.
+        bool isCounted = true;
     };
     /// One step, in the order in which they are done: a folder that is to stand, or a file.
     struct Step {

@@ -1,313 +1,117 @@
 #include "platform/desktop/DesktopPrograms.h"
 
 #include <QFile>
-#include <QFileInfo>
-#include <QHash>
-#include <QLocale>
-#include <QProcess>
-#include <QSet>
-#include <QStandardPaths>
-#include <QUrl>
+#include <QMimeDatabase>
+
+#include <gio/gdesktopappinfo.h>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 
 namespace platform::DesktopPrograms {
 
 namespace {
 
-/// Such files have some hundred lines; another one of that name is none.
-constexpr qint64 longestFile = 4 * 1024 * 1024;
-
-/// Groups of keys with their values, as they stand.
-using Groups = QHash<QByteArray, QHash<QByteArray, QByteArray>>;
-
-Groups readGroups(const QString& path) {
-    QFile file(path);
-    Groups groups;
-    if (!file.open(QIODevice::ReadOnly) || file.size() > longestFile) return groups;
-    QByteArray group;
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine().trimmed();
-        if (line.isEmpty() || line.startsWith('#')) continue;
-        if (line.startsWith('[') && line.endsWith(']')) {
-            group = line.mid(1, line.size() - 2);
-            continue;
-        }
-        const qsizetype equals = line.indexOf('=');
-        if (equals > 0)
-            groups[group].insert(line.first(equals).trimmed(), line.mid(equals + 1).trimmed());
-    }
-    return groups;
-}
-
-QStringList listOf(const QByteArray& value) {
-    return QString::fromUtf8(value).split(u';', Qt::SkipEmptyParts);
-}
-
-QStringList desktops() {
-    return QString::fromLocal8Bit(qgetenv("XDG_CURRENT_DESKTOP")).split(u':', Qt::SkipEmptyParts);
-}
-
-/// What the lists say of types: which programs, in the order of preference.
-class Associations {
-public:
-    explicit Associations(const SchemeHandlers::Places& places) {
-        for (const QString& folder : places.lists) {
-            for (const QString& desktop : desktops())
-                add(folder + u'/' + desktop.toLower() + QStringLiteral("-mimeapps.list"));
-            add(folder + QStringLiteral("/mimeapps.list"));
-        }
-        for (const QString& folder : places.applications)
-            add(folder + QStringLiteral("/mimeinfo.cache"));
-    }
-
-    [[nodiscard]] QStringList programs(const QString& type) const {
-        const QByteArray key = type.toUtf8();
-        QStringList preferred;
-        QStringList others;
-        QSet<QString> removed; // by lists that stand before
-        for (const Groups& list : _lists) {
-            const auto take = [&](QStringList& into, const char* group) {
-                for (const QString& id : listOf(list.value(group).value(key)))
-                    if (!removed.contains(id)) into += id;
-            };
-            take(preferred, "Default Applications");
-            take(others, "Added Associations");
-            for (const QString& id : listOf(list.value("Removed Associations").value(key)))
-                removed.insert(id);
-            take(others, "MIME Cache");
-        }
-        QStringList all = preferred + others;
-        all.removeDuplicates();
-        return all;
-    }
-
-private:
-    void add(const QString& path) {
-        if (Groups groups = readGroups(path); !groups.isEmpty())
-            _lists.push_back(std::move(groups));
-    }
-    std::vector<Groups> _lists;
+struct Unref {
+    void operator()(gpointer object) const { g_object_unref(object); }
 };
+using AppInfo = std::unique_ptr<GAppInfo, Unref>;
 
-/// A dash in an id may stand for a folder.
-QString findFile(const QString& id, const QStringList& folders) {
-    if (id.contains(u'/')) return {};
-    for (const QString& folder : folders) {
-        QString name = id;
-        for (;;) {
-            if (QFileInfo(folder + u'/' + name).isFile()) return folder + u'/' + name;
-            const qsizetype dash = name.indexOf(u'-');
-            if (dash < 0) break;
-            name[dash] = u'/';
-        }
-    }
-    return {};
+GDesktopAppInfo* desktopFile(GAppInfo* info) {
+    return G_IS_DESKTOP_APP_INFO(info) ? G_DESKTOP_APP_INFO(info) : nullptr;
 }
 
-bool isTrue(const QByteArray& value) {
-    return value == "true" || value == "1";
+/// Of a list that is ours with all that is in it.
+std::vector<AppInfo> taken(GList* list) {
+    std::vector<AppInfo> infos;
+    for (const GList* each = list; each; each = each->next)
+        infos.emplace_back(G_APP_INFO(each->data));
+    g_list_free(list);
+    return infos;
 }
 
-bool isForThisDesktop(const QHash<QByteArray, QByteArray>& entry) {
-    const QStringList here = desktops();
-    const auto names = [&](const char* key) {
-        const QStringList list = listOf(entry.value(key));
-        return std::ranges::any_of(
-            here, [&](const QString& desktop) { return list.contains(desktop); });
+/// Lists of other makers may name a type by one of its former names.
+QStringList namesOf(const QString& mimeType) {
+    QStringList names{mimeType};
+    const QMimeType known = QMimeDatabase().mimeTypeForName(mimeType);
+    if (!known.isValid()) return names;
+    names << known.name() << known.aliases();
+    names.removeDuplicates();
+    return names;
+}
+
+/// The preferred one first.
+std::vector<AppInfo> infosFor(const QString& mimeType) {
+    std::vector<AppInfo> infos;
+    const auto add = [&infos](AppInfo info) {
+        const bool isKnown = std::ranges::any_of(infos, [&info](const AppInfo& known) {
+            return g_app_info_equal(known.get(), info.get()) != 0;
+        });
+        if (!isKnown) infos.push_back(std::move(info));
     };
-    if (entry.contains("OnlyShowIn") && !names("OnlyShowIn")) return false;
-    return !names("NotShowIn");
-}
-
-QString nameOf(const QHash<QByteArray, QByteArray>& entry) {
-    const QByteArray locale = QLocale().name().toUtf8();
-    const QByteArray language = locale.first(std::max<qsizetype>(locale.indexOf('_'), 0));
-    for (const QByteArray& key :
-         {QByteArray("Name[" + locale + ']'), QByteArray("Name[" + language + ']')})
-        if (entry.contains(key)) return QString::fromUtf8(entry.value(key));
-    return QString::fromUtf8(entry.value("Name"));
-}
-
-bool isInstalled(const QString& program) {
-    return program.isEmpty() || !QStandardPaths::findExecutable(program).isEmpty();
-}
-
-/// The words of a command line. Nothing for quotes that don't end.
-std::optional<QStringList> wordsOf(const QString& exec) {
-    QStringList words;
-    QString word;
-    bool isWord = false;
-    bool isQuoted = false;
-    for (qsizetype i = 0; i < exec.size(); ++i) {
-        const QChar c = exec[i];
-        if (isQuoted && c == u'\\' && i + 1 < exec.size()) {
-            word += exec[++i];
-        } else if (c == u'"') {
-            isQuoted = !isQuoted;
-            isWord = true;
-        } else if (!isQuoted && c.isSpace()) {
-            if (isWord) words += word;
-            word.clear();
-            isWord = false;
-        } else {
-            word += c;
-            isWord = true;
-        }
+    const QStringList names = namesOf(mimeType);
+    for (const QString& name : names) {
+        if (GAppInfo* preferred = g_app_info_get_default_for_type(name.toUtf8().constData(), 0))
+            add(AppInfo(preferred));
     }
-    if (isQuoted) return std::nullopt;
-    if (isWord) words += word;
-    return words;
-}
-
-/// The escapes that every value may have.
-QString unescaped(const QByteArray& value) {
-    QString text;
-    const QString raw = QString::fromUtf8(value);
-    for (qsizetype i = 0; i < raw.size(); ++i) {
-        if (raw[i] != u'\\' || i + 1 == raw.size()) {
-            text += raw[i];
-            continue;
-        }
-        switch (raw[++i].unicode()) {
-        case u's':
-            text += u' ';
-            break;
-        case u'n':
-            text += u'\n';
-            break;
-        case u't':
-            text += u'\t';
-            break;
-        case u'r':
-            text += u'\r';
-            break;
-        default:
-            text += raw[i];
-        }
+    for (const QString& name : names) {
+        for (AppInfo& info : taken(g_app_info_get_all_for_type(name.toUtf8().constData())))
+            add(std::move(info));
     }
-    return text;
+    return infos;
 }
 
-std::optional<Program> readProgram(const QString& id, const QStringList& folders) {
-    const QString path = findFile(id, folders);
-    if (path.isEmpty()) return std::nullopt;
-    const auto entry = readGroups(path).value("Desktop Entry");
-    if (entry.value("Type") != "Application" || isTrue(entry.value("NoDisplay")) ||
-        isTrue(entry.value("Hidden")) || isTrue(entry.value("Terminal")) ||
-        !isForThisDesktop(entry) || !isInstalled(unescaped(entry.value("TryExec"))))
-        return std::nullopt;
+std::optional<Program> programOf(GAppInfo* info) {
+    GDesktopAppInfo* file = desktopFile(info);
+    if (!file || !g_app_info_should_show(info)) return std::nullopt;
     Program program{
-        .id = id,
-        .name = nameOf(entry),
-        .icon = unescaped(entry.value("Icon")),
-        .exec = unescaped(entry.value("Exec")),
-        .path = path,
-        .folder = unescaped(entry.value("Path"))};
-    const auto words = wordsOf(program.exec);
-    if (!words || words->isEmpty() || !isInstalled(words->constFirst())) return std::nullopt;
+        .id = QString::fromUtf8(g_app_info_get_id(info)),
+        .name = QString::fromUtf8(g_app_info_get_name(info)),
+        .icon = {}};
+    if (program.id == QStringLiteral("velmora.desktop")) return std::nullopt;
+    if (g_desktop_app_info_get_boolean(file, "Terminal") != 0) return std::nullopt;
+    if (char* icon = g_desktop_app_info_get_string(file, "Icon")) {
+        program.icon = QString::fromUtf8(icon);
+        g_free(icon);
+    }
     return program;
-}
-
-QString asUrl(const QString& path) {
-    return QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded);
-}
-
-/// A word with its field codes filled in.
-QString filledIn(const Program& program, const QString& word, const QString& path) {
-    QString filled;
-    for (qsizetype i = 0; i < word.size(); ++i) {
-        if (word[i] != u'%' || i + 1 == word.size()) {
-            filled += word[i];
-            continue;
-        }
-        switch (word[++i].unicode()) {
-        case u'%':
-            filled += u'%';
-            break;
-        case u'f':
-            filled += path;
-            break;
-        case u'u':
-            filled += asUrl(path);
-            break;
-        case u'c':
-            filled += program.name;
-            break;
-        case u'k':
-            filled += program.path;
-            break;
-        default: // one that means nothing any more
-            break;
-        }
-    }
-    return filled;
-}
-
-QStringList lineFor(const Program& program, const QStringList& words, const QStringList& paths) {
-    QStringList line;
-    for (const QString& word : words) {
-        if (word == QStringLiteral("%F")) {
-            line += paths;
-        } else if (word == QStringLiteral("%U")) {
-            for (const QString& path : paths)
-                line += asUrl(path);
-        } else if (word == QStringLiteral("%i")) {
-            if (!program.icon.isEmpty()) line << QStringLiteral("--icon") << program.icon;
-        } else {
-            const QString filled = filledIn(program, word, paths.constFirst());
-            if (!filled.isEmpty() || !word.startsWith(u'%')) line += filled;
-        }
-    }
-    return line;
 }
 
 } // namespace
 
-std::vector<Program>
-programsFor(const QStringList& mimeTypes, const SchemeHandlers::Places& places) {
-    if (mimeTypes.isEmpty()) return {};
-    const Associations associations(places);
-    QStringList ids = associations.programs(mimeTypes.constFirst());
-    for (const QString& type : mimeTypes) {
-        const QStringList others = associations.programs(type);
-        ids.removeIf([&](const QString& id) { return !others.contains(id); });
-    }
+std::vector<Program> programsFor(const QStringList& mimeTypes) {
     std::vector<Program> programs;
-    for (const QString& id : ids) {
-        if (id == QStringLiteral("velmora.desktop")) continue;
-        if (auto program = readProgram(id, places.applications))
-            programs.push_back(std::move(*program));
+    for (const QString& type : mimeTypes) {
+        std::vector<Program> forType;
+        for (const AppInfo& info : infosFor(type))
+            if (auto program = programOf(info.get())) forType.push_back(std::move(*program));
+        if (type == mimeTypes.constFirst()) {
+            programs = std::move(forType);
+        } else {
+            std::erase_if(programs, [&forType](const Program& program) {
+                return std::ranges::find(forType, program) == forType.end();
+            });
+        }
     }
     return programs;
 }
 
-std::vector<Program> programsFor(const QStringList& mimeTypes) {
-    return programsFor(mimeTypes, SchemeHandlers::standardPlaces());
-}
-
-std::vector<QStringList> commandLines(const Program& program, const QStringList& paths) {
-    const auto words = wordsOf(program.exec);
-    if (!words || words->isEmpty() || paths.isEmpty()) return {};
-    if (words->contains(QStringLiteral("%F")) || words->contains(QStringLiteral("%U")))
-        return {lineFor(program, *words, paths)};
-    const bool saysWhere = std::ranges::any_of(*words, [](const QString& word) {
-        return word.contains(QStringLiteral("%f")) || word.contains(QStringLiteral("%u"));
-    });
-    std::vector<QStringList> lines;
-    for (const QString& path : paths) {
-        lines.push_back(lineFor(program, *words, {path}));
-        if (!saysWhere) lines.back() += path;
-    }
-    return lines;
-}
-
 bool open(const Program& program, const QStringList& paths) {
-    const std::vector<QStringList> lines = commandLines(program, paths);
-    return !lines.empty() && std::ranges::all_of(lines, [&](const QStringList& line) {
-        return QProcess::startDetached(line.constFirst(), line.mid(1), program.folder);
-    });
+    GDesktopAppInfo* file = g_desktop_app_info_new(program.id.toUtf8().constData());
+    if (!file) return false;
+    const AppInfo info(G_APP_INFO(file));
+    GList* files = nullptr;
+    for (const QString& path : paths)
+        files = g_list_prepend(files, g_file_new_for_path(QFile::encodeName(path).constData()));
+    files = g_list_reverse(files);
+    const bool isStarted = g_app_info_launch(info.get(), files, nullptr, nullptr) != 0;
+    g_list_free_full(files, g_object_unref);
+    return isStarted;
+}
+
+bool hasProgramForScheme(QStringView scheme) {
+    return AppInfo(g_app_info_get_default_for_uri_scheme(scheme.toUtf8().constData())) != nullptr;
 }
 
 } // namespace platform::DesktopPrograms

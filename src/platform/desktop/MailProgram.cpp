@@ -1,13 +1,10 @@
 #include "platform/desktop/MailProgram.h"
 
-#include "platform/desktop/PortalRequest.h"
 #include "platform/tasks/MainThread.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMetaType>
 #include <QDBusReply>
-#include <QDBusUnixFileDescriptor>
-#include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 
@@ -31,25 +28,23 @@ bool composeByTool(const QStringList& paths) {
 
 bool isThere(const QDBusConnection& bus) {
     if (!mailTool().isEmpty()) return true;
-    return bus.isConnected() &&
-           bus.interface()
-               ->isServiceRegistered(QStringLiteral("org.freedesktop.portal.Desktop"))
-               .value();
+    if (!bus.isConnected()) return false;
+    // One that is not there yet is started when it is asked.
+    const auto portal = QStringLiteral("org.freedesktop.portal.Desktop");
+    const QDBusConnectionInterface& names = *bus.interface();
+    return names.registeredServiceNames().value().contains(portal) ||
+           names.activatableServiceNames().value().contains(portal);
 }
 
 void compose(
-    const QDBusConnection& bus, const QStringList& paths, std::function<void(bool isTaken)> taken) {
+    const QDBusConnection& bus, const QStringList& paths, const PortalFiles& files,
+    std::function<void(bool isTaken)> taken) {
     assertMainThread();
-    qDBusRegisterMetaType<QList<QDBusUnixFileDescriptor>>();
-    QList<QDBusUnixFileDescriptor> files;
-    for (const QString& path : paths) {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly)) {
-            taken(false);
-            return;
-        }
-        files.append(QDBusUnixFileDescriptor(file.handle())); // a duplicate
+    if (files.isEmpty()) {
+        taken(composeByTool(paths));
+        return;
     }
+    qDBusRegisterMetaType<PortalFiles>();
     PortalRequest::call(
         bus, QStringLiteral("org.freedesktop.portal.Email"), QStringLiteral("ComposeEmail"),
         {QString()}, {{QStringLiteral("attachment_fds"), QVariant::fromValue(files)}},

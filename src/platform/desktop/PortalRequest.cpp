@@ -6,6 +6,7 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QFile>
 
 #include <utility>
 
@@ -17,7 +18,21 @@ constexpr int longestWait = 5000; // for the portal to take the request
 const auto portal = QStringLiteral("org.freedesktop.portal.Desktop");
 const auto requestInterface = QStringLiteral("org.freedesktop.portal.Request");
 
+/// The kernel takes no more than 253 with one message, and ends the connection of who tries.
+constexpr qsizetype mostFiles = 200;
+
 } // namespace
+
+std::optional<PortalFiles> openForPortal(const QStringList& paths) {
+    PortalFiles files;
+    if (paths.size() > mostFiles) return files;
+    for (const QString& path : paths) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+        files.append(QDBusUnixFileDescriptor(file.handle())); // a duplicate
+    }
+    return files;
+}
 
 void PortalRequest::call(
     const QDBusConnection& bus, const QString& interface, const QString& method,

@@ -1,13 +1,22 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusUnixFileDescriptor>
+#include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVariantMap>
 
 #include <functional>
+#include <optional>
 
 namespace platform {
+
+/// Files as a portal takes them, which may not see where they lie. More than one message can carry
+/// are none at all; nothing where one can't be read. Any thread; blocks.
+using PortalFiles = QList<QDBusUnixFileDescriptor>;
+[[nodiscard]] std::optional<PortalFiles> openForPortal(const QStringList& paths);
 
 /// One request to the desktop's portal, with what becomes of it. Deletes itself after the answer.
 /// Main thread.

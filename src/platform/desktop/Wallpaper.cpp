@@ -1,10 +1,7 @@
 #include "platform/desktop/Wallpaper.h"
 
-#include "platform/desktop/PortalRequest.h"
 #include "platform/tasks/MainThread.h"
 
-#include <QDBusUnixFileDescriptor>
-#include <QFile>
 #include <QProcess>
 #include <QUrl>
 
@@ -16,8 +13,8 @@ namespace {
 
 using Answered = std::function<void(Result)>;
 
-/// Runs the lines one after the other; `done` gets what the last wrote, or nothing where one
-/// failed.
+/// Runs the lines one after the other; `done` gets whether the last went well, and what it wrote.
+/// Those before it may set what only newer desktops have.
 void run(
     const std::vector<QStringList>& lines, std::size_t index,
     const std::function<void(bool isGood, const QByteArray& output)>& done) {
@@ -28,7 +25,7 @@ void run(
         if (std::exchange(*end, true)) return;
         process->deleteLater();
         const QByteArray output = process->readAllStandardOutput();
-        if (isGood && index + 1 < lines.size()) {
+        if (index + 1 < lines.size()) {
             run(lines, index + 1, done);
         } else {
             done(isGood, output);
@@ -104,19 +101,15 @@ std::vector<QStringList> commandLines(const QString& desktop, const QString& pat
 }
 
 void set(
-    const QDBusConnection& bus, const QString& desktop, const QString& path, Answered answered) {
+    const QDBusConnection& bus, const QString& desktop, const QString& path,
+    const QDBusUnixFileDescriptor& file, Answered answered) {
     assertMainThread();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        answered(Result::Failed);
-        return;
-    }
     const QVariantMap options{
         {QStringLiteral("show-preview"), false},
         {QStringLiteral("set-on"), QStringLiteral("background")}};
     PortalRequest::call(
         bus, QStringLiteral("org.freedesktop.portal.Wallpaper"), QStringLiteral("SetWallpaperFile"),
-        {QString(), QVariant::fromValue(QDBusUnixFileDescriptor(file.handle()))}, options,
+        {QString(), QVariant::fromValue(file)}, options,
         [desktop, path, answered = std::move(answered)](PortalRequest::Answer answer) {
             switch (answer) {
             case PortalRequest::Answer::Done:
@@ -131,11 +124,6 @@ void set(
                 break;
             }
         });
-}
-
-void set(const QString& path, Answered answered) {
-    set(QDBusConnection::sessionBus(), QString::fromLocal8Bit(qgetenv("XDG_CURRENT_DESKTOP")), path,
-        std::move(answered));
 }
 
 } // namespace platform::Wallpaper

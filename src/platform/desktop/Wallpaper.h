@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/desktop/PortalRequest.h"
+
 #include <QDBusConnection>
 #include <QString>
 #include <QStringList>
@@ -17,13 +19,13 @@ enum class Result {
     Failed,
 };
 
-/// Asks the portal, or else sets it as this desktop wants it. The file stays where it is.
-void set(const QString& path, std::function<void(Result)> answered);
+/// Asks the portal, which gets the file opened, or else sets it as the desktop of that name in
+/// XDG_CURRENT_DESKTOP wants it. The file stays where it is.
 void set(
     const QDBusConnection& bus, const QString& desktop, const QString& path,
-    std::function<void(Result)> answered);
+    const QDBusUnixFileDescriptor& file, std::function<void(Result)> answered);
 
-/// The command lines that a desktop, by its name in XDG_CURRENT_DESKTOP, wants for it; all are to
+/// The command lines that a desktop of that name wants for it; all are to
 /// be run. Empty for one that we don't know. That of Xfce only names the settings to be changed.
 [[nodiscard]] std::vector<QStringList> commandLines(const QString& desktop, const QString& path);
 

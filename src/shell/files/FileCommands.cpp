@@ -17,6 +17,7 @@
 #include <QGuiApplication>
 #include <QHash>
 #include <QImage>
+#include <QImageReader>
 #include <QMimeData>
 #include <QSet>
 
@@ -34,18 +35,40 @@ namespace {
 const QString counterOfCopy = QStringLiteral("ItemCountInfoWithCopy");
 const QString counterOfMove = QStringLiteral("ItemCountInfoWithMove");
 
-/// The picture that the pasteboard has instead of a file; nothing without one.
-std::optional<QByteArray> pictureOf(const QMimeData& data) {
+std::error_code writePng(const QImage& image, QByteArray& content) {
+    QBuffer buffer(&content);
+    const bool isWritten = !image.isNull() && image.save(&buffer, "PNG");
+    return isWritten ? std::error_code() : std::make_error_code(std::errc::bad_message);
+}
+
+/// The picture that the pasteboard has instead of a file; nothing without one. Made a file where
+/// nobody waits for it.
+std::optional<TransferPlan::File> pictureOf(const QMimeData& data) {
+    TransferPlan::File picture{.source = {}, .folder = {}, .name = {}, .content = QByteArray()};
     const QString png = QStringLiteral("image/png");
     if (data.hasFormat(png)) {
-        if (QByteArray bytes = data.data(png); !bytes.isEmpty()) return bytes;
+        if (QByteArray bytes = data.data(png); !bytes.isEmpty()) {
+            picture.content = std::move(bytes);
+            return picture;
+        }
     }
     if (!data.hasImage()) return std::nullopt;
+    const QList<QByteArray> readable = QImageReader::supportedMimeTypes();
+    for (const QString& format : data.formats()) {
+        if (!readable.contains(format.toLatin1())) continue;
+        const QByteArray bytes = data.data(format);
+        if (bytes.isEmpty()) continue;
+        picture.make = [bytes](const std::stop_token&, QByteArray& content) {
+            return writePng(QImage::fromData(bytes), content);
+        };
+        return picture;
+    }
     const auto image = qvariant_cast<QImage>(data.imageData());
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    if (image.isNull() || !image.save(&buffer, "PNG")) return std::nullopt;
-    return bytes;
+    if (image.isNull()) return std::nullopt;
+    picture.make = [image](const std::stop_token&, QByteArray& content) {
+        return writePng(image, content);
+    };
+    return picture;
 }
 
 /// The nodes that lead to these photographs, for each leaf that has some.
@@ -188,12 +211,11 @@ void FileCommands::doPaste() {
         QFile::encodeName(folder));
     if (plan.isEmpty() && !data->hasUrls()) {
         const QByteArray name = localizedString(u"PastedPicture").toUtf8();
-        if (auto content = pictureOf(*data)) {
-            plan.addFile(
-                {.source = name,
-                 .folder = QFile::encodeName(folder),
-                 .name = name,
-                 .content = std::move(content)});
+        if (auto picture = pictureOf(*data)) {
+            picture->source = name;
+            picture->folder = QFile::encodeName(folder);
+            picture->name = name;
+            plan.addFile(std::move(*picture));
         }
     }
     runTransfer(

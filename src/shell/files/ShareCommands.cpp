@@ -17,9 +17,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMenu>
+#include <QPointer>
 
-#include <algorithm>
-#include <ranges>
+#include <chrono>
 #include <utility>
 
 namespace copies = fileactions::ShareCopies;
@@ -31,6 +31,10 @@ namespace {
 
 /// How many photographs are looked at to find the services; more make no difference.
 constexpr std::size_t mostAsked = 51;
+/// Number of the last look for what a menu is to show.
+constexpr char requestProperty[] = "request";
+/// Within the data folder.
+const QString wallpapers = QStringLiteral("/Wallpaper");
 
 QString typeOf(const QByteArray& path) {
     return platform::TypeIdentifiers::forExtension(QFileInfo(QFile::decodeName(path)).suffix());
@@ -54,6 +58,13 @@ QString menuText(QString name) {
 } // namespace
 
 ShareCommands::ShareCommands(Environment environment) : _environment(std::move(environment)) {
+    removeOld();
+    _hourly.setInterval(std::chrono::hours(1));
+    connect(&_hourly, &QTimer::timeout, this, &ShareCommands::removeOld);
+    _hourly.start();
+}
+
+void ShareCommands::removeOld() {
     _cleaning.addOperation([folder = _environment.cacheFolder] {
         copies::removeOld(folder, QDateTime::currentMSecsSinceEpoch());
     });
@@ -67,10 +78,11 @@ bool ShareCommands::isTurned(qint64 fileId, double angle) const {
     return !row.empty() && copies::needsCopy(0, row.front().toInteger());
 }
 
-std::vector<ShareCommands::Photograph> ShareCommands::photographs() const {
+std::vector<ShareCommands::Photograph> ShareCommands::photographs(std::size_t most) const {
     std::vector<Photograph> photographs;
     group::FolderPathCache cache;
     for (const auto& item : _environment.chosen.all()) {
+        if (photographs.size() == most) break;
         const QString path = item->filePath(_environment.folderPaths, cache);
         if (!path.isEmpty())
             photographs.push_back(
@@ -88,49 +100,62 @@ ShareCommands::Photograph ShareCommands::first() const {
         item->fileId(), false};
 }
 
-std::vector<ShareService> ShareCommands::services() const {
+QStringList ShareCommands::chosenTypes() const {
     QStringList types;
-    std::size_t asked = 0;
-    for (const Photograph& photograph : photographs()) {
-        if (asked++ == mostAsked) break;
+    for (const Photograph& photograph : photographs(mostAsked))
         types.append(platform::TypeIdentifiers::mimeType(typeOf(photograph.path)));
-    }
     types.removeDuplicates();
-    return _environment.sharingServicesForItems(types);
+    return types;
 }
 
 void ShareCommands::menuNeedsUpdate(QMenu& menu) {
-    platform::assertMainThread();
-    menu.clear();
-    if (!_environment.chosen.first()) {
-        addNotice(menu, u"No Photo Selected");
-        return;
-    }
-    for (const ShareService& service : services()) {
-        QAction* entry = menu.addAction(service.image, menuText(service.title));
-        connect(entry, &QAction::triggered, this, [this, service] { shareService(service); });
-    }
-    if (menu.isEmpty()) addNotice(menu, u"RequireSystem");
+    fill(menu, false);
 }
 
 void ShareCommands::openWithMenuNeedsUpdate(QMenu& menu) {
+    fill(menu, true);
+}
+
+void ShareCommands::fill(QMenu& menu, bool withOriginals) {
     platform::assertMainThread();
     menu.clear();
     if (!_environment.chosen.first()) {
         addNotice(menu, u"No Photo Selected");
         return;
     }
-    for (const ShareService& service : services()) {
-        if (!service.isProgram) continue;
+    addNotice(menu, u"LookingForPrograms");
+    const int request = ++_requests;
+    menu.setProperty(requestProperty, request);
+    _environment.sharingServicesForItems(
+        chosenTypes(), [this, alive = std::weak_ptr(_alive), request, withOriginals,
+                        shown = QPointer(&menu)](const std::vector<ShareService>& services) {
+            if (alive.expired() || !shown || shown->property(requestProperty) != request) return;
+            fillWith(*shown, services, withOriginals);
+        });
+}
+
+void ShareCommands::fillWith(
+    QMenu& menu, const std::vector<ShareService>& services, bool withOriginals) {
+    menu.clear();
+    for (const ShareService& service : services) {
+        if (withOriginals && !service.isProgram) continue;
         QAction* entry = menu.addAction(service.image, menuText(service.title));
-        connect(entry, &QAction::triggered, this, [this, service] {
-            QStringList paths;
-            for (const Photograph& photograph : photographs())
-                paths.append(QFile::decodeName(photograph.path));
-            if (!paths.isEmpty()) perform(service, paths);
+        connect(entry, &QAction::triggered, this, [this, service, withOriginals] {
+            if (withOriginals) {
+                openOriginals(service);
+            } else {
+                shareService(service);
+            }
         });
     }
-    if (menu.isEmpty()) addNotice(menu, u"NoProgramForFiles");
+    if (menu.isEmpty()) addNotice(menu, withOriginals ? u"NoProgramForFiles" : u"RequireSystem");
+}
+
+void ShareCommands::openOriginals(const ShareService& service) {
+    QStringList paths;
+    for (const Photograph& photograph : photographs())
+        paths.append(QFile::decodeName(photograph.path));
+    if (!paths.isEmpty()) perform(service, paths);
 }
 
 void ShareCommands::shareClicked(const QPoint& globalPosition) {
@@ -164,7 +189,9 @@ void ShareCommands::shareService(const ShareService& service) {
             localizedFormat(u"Convert File Failed", {QFileInfo(paths.constFirst()).fileName()}));
         return;
     }
-    convert(chosen, folder, [this, service](const QStringList& made) { perform(service, made); });
+    convert(chosen, folder, [this, service, folder](const QStringList& made) {
+        perform(service, made, folder);
+    });
 }
 
 void ShareCommands::convert(
@@ -191,14 +218,16 @@ void ShareCommands::convert(
              .folder = place.folder,
              .name = place.name,
              .fileId = photograph.fileId,
-             .make = [&importers = _environment.imageImporterManager,
-                      photograph](const std::stop_token& stop, QByteArray& content) {
-                 fileactions::ExportedPicture picture = fileactions::exportPicture(
-                     importers, QFile::decodeName(photograph.path), photograph.angle,
-                     {.type = QStringLiteral("public.jpeg"), .quality = 0.8}, stop);
-                 content = std::move(picture.content);
-                 return picture.error;
-             }});
+             .make =
+                 [&importers = _environment.imageImporterManager,
+                  photograph](const std::stop_token& stop, QByteArray& content) {
+                     fileactions::ExportedPicture picture = fileactions::exportPicture(
+                         importers, QFile::decodeName(photograph.path), photograph.angle,
+                         {.type = QStringLiteral("public.jpeg"), .quality = 0.8}, stop);
+                     content = std::move(picture.content);
+                     return picture.error;
+                 },
+             .isCounted = copies::needsCopy(photograph.angle, 0)});
     }
     _environment.tasks.start(
         {.counterKey = QStringLiteral("PreparingShareFile"),
@@ -210,15 +239,17 @@ void ShareCommands::convert(
                  if (!outcome.isCancelled && outcome.made.size() == count) {
                      made(paths);
                  } else {
-                     _cleaning.addOperation([folder] { copies::removeFolder(folder); });
+                     removeCopies(folder);
                  }
              }});
 }
 
-void ShareCommands::perform(const ShareService& service, const QStringList& paths) {
+void ShareCommands::perform(
+    const ShareService& service, const QStringList& paths, const QByteArray& folder) {
     service.performWithItems(
-        paths, [this, alive = std::weak_ptr(_alive), title = service.title](bool isTaken) {
+        paths, [this, alive = std::weak_ptr(_alive), title = service.title, folder](bool isTaken) {
             if (alive.expired() || isTaken) return;
+            if (!folder.isEmpty()) removeCopies(folder);
             showWindowAlert(_environment.window, localizedFormat(u"CantShare", {title}));
         });
 }
@@ -228,11 +259,15 @@ void ShareCommands::setDesktop() {
     Photograph photograph = first();
     if (photograph.path.isEmpty()) return;
     const auto set = [this](const QString& path, const QString& folder) {
-        _environment.setWallpaper(
+        _environment.setDesktopImage(
             path, [this, folder, alive = std::weak_ptr(_alive)](Result result) {
                 if (alive.expired()) return;
                 // Until now the desktop may have shown the copy before.
-                if (result == Result::Done && !folder.isEmpty()) removeOtherCopies(folder);
+                if (result == Result::Done) {
+                    removeOtherCopies(folder);
+                } else if (!folder.isEmpty()) {
+                    removeCopies(QFile::encodeName(folder));
+                }
                 tellWallpaper(result);
             });
     };
@@ -243,7 +278,7 @@ void ShareCommands::setDesktop() {
         return;
     }
     // A new name each time: desktops keep what they have read by its name.
-    const QString base = _environment.dataFolder + QStringLiteral("/Wallpaper");
+    const QString base = _environment.dataFolder + wallpapers;
     const QByteArray folder = copies::makeFolder(base);
     if (folder.isEmpty()) {
         tellWallpaper(Result::Failed);
@@ -254,11 +289,14 @@ void ShareCommands::setDesktop() {
     });
 }
 
+void ShareCommands::removeCopies(const QByteArray& folder) {
+    _cleaning.addOperation([folder] { copies::removeFolder(folder); });
+}
+
 void ShareCommands::removeOtherCopies(const QString& folder) {
-    _cleaning.addOperation([folder] {
+    _cleaning.addOperation([folder, all = _environment.dataFolder + wallpapers] {
         const auto others =
-            QDir(QFileInfo(folder).path())
-                .entryInfoList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot);
+            QDir(all).entryInfoList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot);
         for (const QFileInfo& other : others)
             if (other.filePath() != folder)
                 copies::removeFolder(QFile::encodeName(other.filePath()));

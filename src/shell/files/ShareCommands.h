@@ -1,17 +1,18 @@
 #pragma once
 
-#include "fileactions/FileEdit.h"
 #include "platform/desktop/Wallpaper.h"
 #include "platform/tasks/OperationQueue.h"
 #include "shell/files/FileTasks.h"
+#include "shell/files/ShareServices.h"
 
-#include <QIcon>
 #include <QObject>
 #include <QPoint>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -23,21 +24,6 @@ class QMenu;
 namespace group {
 class FolderPaths;
 }
-
-/// Something that takes files from the program.
-struct ShareService {
-    QString title;
-    QIcon image;
-    /// Hands the files over; calls back with whether somebody took them.
-    std::function<void(const QStringList& paths, std::function<void(bool isTaken)> done)>
-        performWithItems;
-    /// A program of the desktop, which can also open the originals.
-    bool isProgram = false;
-};
-
-/// What the desktop has for files of these types. Main thread.
-using FindShareServices = std::function<std::vector<ShareService>(const QStringList& mimeTypes)>;
-[[nodiscard]] std::vector<ShareService> desktopShareServices(const QStringList& mimeTypes);
 
 /// Hands the chosen photographs to other programs, and one to the desktop as its picture. Those
 /// that are turned go as upright copies. Main thread.
@@ -52,17 +38,17 @@ public:
         FileTasks& tasks;
         QWidget& window;
         const ChosenPhotographs& chosen;
-        FindShareServices sharingServicesForItems = desktopShareServices;
+        /// What takes files of all these types; may answer more than once, the last one counts.
+        std::function<void(const QStringList& mimeTypes, ShareServices::Found found)>
+            sharingServicesForItems;
         std::function<void(
             const QString& path, std::function<void(platform::Wallpaper::Result)> answered)>
-            setWallpaper = [](const QString& path, auto answered) {
-                platform::Wallpaper::set(path, std::move(answered));
-            };
+            setDesktopImage;
         QString cacheFolder; ///< for the copies of sharings
         QString dataFolder;  ///< for the copy that the desktop shows
     };
-    /// Removes what sharings of more than a day ago have left. All that is named outlives this
-    /// object.
+    /// Removes what sharings of more than a day ago have left, now and each hour. All that is named
+    /// outlives this object.
     explicit ShareCommands(Environment environment);
 
     /// Fills the menu with what takes the chosen photographs.
@@ -80,22 +66,33 @@ private:
         qint64 fileId = 0;
         bool needsCopy = false;
     };
-    [[nodiscard]] std::vector<Photograph> photographs() const;
+    [[nodiscard]] std::vector<Photograph>
+    photographs(std::size_t most = std::numeric_limits<std::size_t>::max()) const;
     [[nodiscard]] Photograph first() const;
     [[nodiscard]] bool isTurned(qint64 fileId, double angle) const;
-    [[nodiscard]] std::vector<ShareService> services() const;
+    [[nodiscard]] QStringList chosenTypes() const;
+    /// Once what takes the photographs is known; until then the menu says that it is looked for.
+    void fill(QMenu& menu, bool withOriginals);
+    void fillWith(QMenu& menu, const std::vector<ShareService>& services, bool withOriginals);
+    void openOriginals(const ShareService& service);
     void shareService(const ShareService& service);
+    void removeOld();
     /// Copies of those that need one; `made` is told of all paths, in their order, unless it came
     /// to nothing, when the folder goes.
     void convert(
         const std::vector<Photograph>& photographs, const QByteArray& folder,
         std::function<void(const QStringList& paths)> made);
-    void perform(const ShareService& service, const QStringList& paths);
-    /// Of pictures for the desktop.
+    /// `folder` has the copies among them, which go if nobody takes them; may be empty.
+    void
+    perform(const ShareService& service, const QStringList& paths, const QByteArray& folder = {});
+    void removeCopies(const QByteArray& folder);
+    /// Of pictures for the desktop, which now shows the one in the folder, or none of them.
     void removeOtherCopies(const QString& folder);
     void tellWallpaper(platform::Wallpaper::Result result);
 
     const Environment _environment;
+    int _requests = 0;
+    QTimer _hourly;
     /// Expires with this object; looked at on the main thread only.
     const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
     platform::OperationQueue _cleaning{QStringLiteral("share")};

@@ -19,6 +19,8 @@
 #include <QMainWindow>
 #include <QMenu>
 
+#include <algorithm>
+
 using Command = MenuCommand;
 
 namespace {
@@ -81,6 +83,14 @@ WindowFiles::WindowFiles(const Parts& parts)
            .tasks = _tasks,
            .window = parts.window,
            .chosen = parts.chosen,
+           .sharingServicesForItems =
+               [this](const QStringList& mimeTypes, const ShareServices::Found& found) {
+                   _shareServices.find(mimeTypes, found);
+               },
+           .setDesktopImage =
+               [this](const QString& path, auto answered) {
+                   _shareServices.setDesktopImage(path, std::move(answered));
+               },
            .cacheFolder =
                platform::StandardFolders::cacheFolder() + QStringLiteral("/SharingService"),
            .dataFolder = platform::StandardFolders::dataFolder()}) {
@@ -124,22 +134,24 @@ void WindowFiles::connectMenus() {
     });
 }
 
-/// The menu opens under the button that was pressed; from the menu bar, in the window's corner.
+/// From the toolbar, the menu opens under the button on show.
 void WindowFiles::connectShares() {
     constexpr int gap = 6;
     MainMenu& menu = _parts.menu;
     menu.connectCommand(Command::setDesktop, [this] { _shares.setDesktop(); });
     menu.connectCommand(Command::shareClicked, [this] {
-        for (const QWidget* button : _parts.toolbar.shareButtons()) {
-            if (!button->isVisible() || !button->underMouse()) continue;
-            _shares.shareClicked(button->mapToGlobal(QPoint(0, button->height() + gap)));
-            return;
-        }
-        _shares.shareClicked(_parts.window.mapToGlobal(QPoint(0, gap)));
+        const auto& buttons = _parts.toolbar.shareButtons();
+        const auto shown = std::ranges::find_if(buttons, &QWidget::isVisible);
+        const QWidget& sender = shown == buttons.end() ? _parts.window : **shown;
+        const int y = shown == buttons.end() ? gap : sender.height() + gap;
+        _shares.shareClicked(sender.mapToGlobal(QPoint(0, y)));
     });
     _parts.toolbarController.serve(
         *_parts.toolbar.shareAction(), ToolbarValidation::Command::shareClicked,
         [&menu] { menu.trigger(Command::shareClicked); });
+    QMenu& share = menu.shareMenu();
+    QObject::connect(
+        &share, &QMenu::aboutToShow, &_shares, [this, &share] { _shares.menuNeedsUpdate(share); });
     QMenu& openWith = menu.openWithMenu();
     QObject::connect(&openWith, &QMenu::aboutToShow, &_shares, [this, &openWith] {
         _shares.openWithMenuNeedsUpdate(openWith);

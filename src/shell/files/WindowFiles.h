@@ -6,6 +6,7 @@
 #include "shell/files/FileSheets.h"
 #include "shell/files/FileTasks.h"
 #include "shell/files/ShareCommands.h"
+#include "shell/files/ShareServices.h"
 
 #include <memory>
 
@@ -55,5 +56,6 @@ private:
     FileCommands _commands;
     ExportDialogs _exportDialogs;
     ExportCommands _exports;
+    ShareServices _shareServices;
     ShareCommands _shares;
 };

@@ -43,6 +43,9 @@ MainMenu::MainMenu(QMainWindow& window, ReadState readState, QObject* parent)
     : QObject(parent), _window(window), _readState(std::move(readState)) {
     makeActions();
     fill(menuBarRows(), nullptr);
+    _share = new QMenu(&_window);
+    _share->setObjectName(QStringLiteral("share"));
+    action(MenuCommand::shareClicked)->setMenu(_share);
     _openWith = new QMenu(localizedString(u"Menu_OpenWith"), &_window);
     _openWith->setObjectName(QStringLiteral("openWith"));
     addOpenWith(*menuWithTag(MenuTag::File));

@@ -33,8 +33,9 @@ public:
 
     [[nodiscard]] QAction* action(MenuCommand command) const;
     [[nodiscard]] QMenu* menuWithTag(MenuTag tag) const;
-    /// The submenu of programs in the menus of files and photographs; who owns the programs fills
-    /// it when it opens.
+    /// The submenus of what takes photographs, and of programs for the originals. Who knows these
+    /// fills them when they open.
+    [[nodiscard]] QMenu& shareMenu() const { return *_share; }
     [[nodiscard]] QMenu& openWithMenu() const { return *_openWith; }
     /// Puts the menu, which stays with its owner, where the table has an empty one.
     void setGroupMenu(QMenu& groupMenu);
@@ -69,5 +70,6 @@ private:
     std::array<std::function<void()>, menuCommandCount> _performers;
     std::map<MenuTag, QMenu*> _menus;
     std::vector<QMenu*> _submenus;
+    QMenu* _share = nullptr;
     QMenu* _openWith = nullptr;
 };

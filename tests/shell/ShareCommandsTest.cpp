@@ -1,0 +1,240 @@
+#include "shell/files/ShareCommands.h"
+
+#include "group/CatalogueFixture.h"
+#include "shell/ShellFixture.h"
+#include "shell/services/ChosenPhotographs.h"
+
+#include <QMenu>
+#include <QMessageBox>
+#include <QWidget>
+
+#include <sys/stat.h>
+
+namespace {
+
+using platform::Wallpaper::Result;
+
+struct NoQuestions final : FileQuestions {
+    QStringList log;
+    void askConflict(const Failure&, std::function<void(const ConflictAnswer&)> answered) override {
+        answered({});
+    }
+    void askSkip(const Failure&, std::function<void(bool)> answered) override { answered(true); }
+    void tellFailure(Deed, const Failure& failure, qint64, std::function<void()> closed) override {
+        log += QFileInfo(QFile::decodeName(failure.path)).fileName();
+        closed();
+    }
+    void
+    askDeleteForGood(qint64, const QByteArray&, bool, std::function<void(bool)> answered) override {
+        answered(false);
+    }
+    void chooseFolder(const QString&, std::function<void(const QString&)> chosen) override {
+        chosen({});
+    }
+};
+
+/// Photographs of 8 x 4 pixels, all chosen: a.png as it is, b.png turned in the catalogue, c.png by
+/// what was stored of it, and another a.png, of another folder, turned upside down.
+struct ShareCommandsTest : ShellFixture {
+    ShareCommandsTest() {
+        add(u"a"_s, 1, 0);
+        add(u"b"_s, 1, 90);
+        add(u"c"_s, 1, 0);
+        add(u"b"_s, 2, 180);
+        PBCatalogue(db).insertTiffWithImageFileId(3, {{u"Orientation"_s, 6}});
+        PBCatalogue(db).insertTiffWithImageFileId(1, {{u"Orientation"_s, 1}});
+        window.show();
+    }
+    void add(const QString& name, qint64 folder, double angle) {
+        make(folder == 1 ? u"one" : u"two");
+        QImage image(8, 4, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        const auto item = support::makeItem(name + u".png"_s, std::ssize(items) + 1, 0, 0, folder);
+        item->setRotateAngle(angle);
+        items.push_back(item);
+        EXPECT_TRUE(image.save(pathOf(*item)));
+    }
+    QString pathOf(const PBImageFileItem& item) const {
+        return folders.pathOfFolderId(item.folderId()) + u'/' + item.fileName();
+    }
+    void wait() {
+        EXPECT_TRUE(support::spinUntil([this] { return tasks.isIdle(); }));
+        runPosted();
+    }
+    ShareService service(const QString& title, bool isProgram) {
+        return {
+            .title = title,
+            .image = {},
+            .performWithItems =
+                [this, title](const QStringList& paths, const std::function<void(bool)>& done) {
+                    handed = paths;
+                    taker = title;
+                    done(isTaken);
+                },
+            .isProgram = isProgram};
+    }
+    static QString entries(const QMenu& menu) {
+        QStringList texts;
+        for (const QAction* entry : menu.actions())
+            texts += entry->isEnabled() ? entry->text() : u'(' + entry->text() + u')';
+        return texts.join(u' ');
+    }
+    void share(int entry = 0) {
+        QMenu menu;
+        shares.menuNeedsUpdate(menu);
+        menu.actions().at(entry)->trigger();
+        wait();
+    }
+    QStringList folderNames(const QString& folder) const {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+    }
+    /// What the window says, once.
+    QString alert() {
+        auto* box = window.findChild<QMessageBox*>();
+        if (!box) return {};
+        const QString text = box->text() + u'|' + box->informativeText();
+        delete box;
+        return text;
+    }
+
+    QWidget window;
+    NoQuestions questions;
+    PBImageFileList items;
+    struct Choice final : ChosenPhotographs {
+        explicit Choice(PBImageFileList& of) : items(of) {}
+        PBImageFileList all() const override { return items; }
+        std::shared_ptr<PBImageFileItem> first() const override {
+            return items.empty() ? nullptr : items.front();
+        }
+        PBImageFileList& items;
+    };
+    Choice choice{items};
+    support::KnownFolders folders{{{1, path(u"one")}, {2, path(u"two")}}};
+    FileTasks tasks{
+        {.services = files,
+         .aliasManager = manager,
+         .questions = questions,
+         .window = window,
+         .thumbnail = [](qint64) { return QImage(); },
+         .sheetDelay = std::chrono::hours(1)}};
+    std::vector<ShareService> found{service(u"View & Co"_s, true), service(u"Mail"_s, false)};
+    std::vector<ShareServices::Found> asked;
+    QStringList types;
+    bool isTaken = true;
+    QStringList handed;
+    QString taker;
+    Result wallpaper = Result::Done;
+    QString cache = path(u"cache/SharingService");
+    ShareCommands shares{
+        {.imageImporterManager = importers,
+         .folderPaths = folders,
+         .mainFileDb = db,
+         .tasks = tasks,
+         .window = window,
+         .chosen = choice,
+         .sharingServicesForItems =
+             [this](const QStringList& mimeTypes, const ShareServices::Found& tell) {
+                 types = mimeTypes;
+                 asked.push_back(tell);
+                 if (!found.empty()) tell(found);
+             },
+         .setDesktopImage =
+             [this](const QString& image, const std::function<void(Result)>& answered) {
+                 handed = {image};
+                 answered(wallpaper);
+             },
+         .cacheFolder = cache,
+         .dataFolder = path(u"data")}};
+};
+
+TEST_F(ShareCommandsTest, menusShowWhatTakesThePhotographsAsSoonAsThatIsKnown) {
+    QMenu menu;
+    shares.menuNeedsUpdate(menu);
+    EXPECT_EQ(entries(menu), u"View && Co Mail");
+    EXPECT_EQ(types, QStringList{u"image/png"_s});
+    shares.openWithMenuNeedsUpdate(menu);
+    EXPECT_EQ(entries(menu), u"View && Co");
+    menu.actions().front()->trigger();
+    EXPECT_EQ(handed.size(), 4);
+    EXPECT_EQ(handed.at(1), pathOf(*items[1])) << "the original";
+
+    const auto services = std::exchange(found, {});
+    QMenu other;
+    shares.menuNeedsUpdate(other);
+    EXPECT_EQ(entries(other), u"(Looking for programs…)");
+    asked.front()(services); // of a menu that has asked once more since
+    EXPECT_EQ(entries(menu), u"View && Co");
+    asked.back()({});
+    EXPECT_EQ(entries(other), u"(No program for sharing was found.)");
+    asked.back()(services);
+    EXPECT_EQ(entries(other), u"View && Co Mail");
+    shares.openWithMenuNeedsUpdate(other);
+    asked.back()({services.back()});
+    EXPECT_EQ(entries(other), u"(No program opens all of these photographs.)");
+    items.clear();
+    shares.menuNeedsUpdate(other);
+    EXPECT_EQ(entries(other), u"(No Photo Selected)");
+}
+
+TEST_F(ShareCommandsTest, whatIsTurnedIsHandedOverUprightAndStaysOnlyIfSomebodyTookIt) {
+    share(1);
+    EXPECT_EQ(taker, u"Mail");
+    ASSERT_EQ(handed.size(), 4);
+    const QStringList folder = folderNames(cache);
+    ASSERT_EQ(folder.size(), 1);
+    const QString base = cache + u'/' + folder.front();
+    EXPECT_EQ(
+        handed,
+        QStringList(
+            {pathOf(*items[0]), base + u"/b.jpg"_s, base + u"/c.jpg"_s, base + u"/1/b.jpg"_s}));
+    EXPECT_EQ(QImage(handed.at(1)).size(), QSize(4, 8));
+    EXPECT_EQ(QImage(handed.at(3)).size(), QSize(8, 4));
+    struct stat status {};
+    EXPECT_EQ(::stat(QFile::encodeName(base).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0700U);
+
+    isTaken = false;
+    share();
+    EXPECT_TRUE(support::spinUntil([&] { return folderNames(cache) == folder; }));
+    EXPECT_EQ(alert(), u"“View & Co” could not be started with these photographs.|");
+
+    // One that can't be read: nobody gets anything.
+    handed.clear();
+    support::writeFile(pathOf(*items[2]), "none");
+    share();
+    EXPECT_EQ(questions.log, QStringList{u"c.png"_s});
+    EXPECT_TRUE(handed.isEmpty());
+    EXPECT_TRUE(support::spinUntil([&] { return folderNames(cache) == folder; }));
+    EXPECT_EQ(alert(), QString());
+}
+
+TEST_F(ShareCommandsTest, theDesktopGetsAFileThatItCanShowAndKeepsOneCopy) {
+    const QString copies = path(u"data") + u"/Wallpaper"_s;
+    const auto set = [&] {
+        shares.setDesktop();
+        wait();
+        return handed.value(0);
+    };
+    EXPECT_EQ(set(), pathOf(*items[0]));
+    items.erase(items.begin());
+    const QString first = set();
+    EXPECT_TRUE(first.startsWith(copies) && first.endsWith(u"/b.jpg"_s)) << first.toStdString();
+    EXPECT_EQ(QImage(first).size(), QSize(4, 8));
+    const QString second = set();
+    EXPECT_NE(second, first) << "desktops keep what they have read by its name";
+    EXPECT_TRUE(support::spinUntil([&] { return !QFile::exists(first); }));
+    EXPECT_TRUE(QFile::exists(second));
+    wallpaper = Result::Cancelled;
+    set();
+    EXPECT_EQ(alert(), QString());
+    wallpaper = Result::Nobody;
+    const QString third = set();
+    EXPECT_TRUE(QFile::exists(second)) << "it is still shown";
+    EXPECT_TRUE(support::spinUntil([&] { return !QFile::exists(third); }));
+    EXPECT_EQ(
+        alert(),
+        u"The picture of the desktop can't be changed.|This desktop offers no way to do so "
+        "that Velmora knows.");
+}
+
+} // namespace
