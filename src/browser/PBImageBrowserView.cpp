@@ -3,6 +3,7 @@
 #include "browser/BrowserAccessible.h"
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
+#include "browser/state/BrowserNeighbour.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 #include "ui/PBModalTextField.h"
@@ -56,8 +57,21 @@ PBImageBrowserView::~PBImageBrowserView() = default;
 void PBImageBrowserView::setLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves) {
     platform::assertMainThread();
     ++_contentGeneration;
+    const BrowserNeighbour neighbour(_leaves, currentIndex());
     _leaves.setLeafGroupItemArray(leaves);
     _layout.invalidate();
+    goOnWith(neighbour);
+}
+
+/// Arrow keys, and commands after one that took the selected images away, go on from there.
+void PBImageBrowserView::goOnWith(const BrowserNeighbour& neighbour) {
+    // The large view chooses by itself.
+    const auto next = _services.isLargeView() ? nullptr : neighbour.taken(_leaves);
+    if (!next) return;
+    _input.setCurrent(next);
+    if (!neighbour.wasSelected() || _selection.hasSelect(FoldedLeaves::Included)) return;
+    next->setIsSelected(true);
+    _hasGoneOn = true;
 }
 
 void PBImageBrowserView::reset() {
@@ -180,10 +194,13 @@ void PBImageBrowserView::restoreCapture() {
 void PBImageBrowserView::reloadData() {
     platform::assertMainThread();
     ++_contentGeneration;
+    const BrowserNeighbour neighbour(_leaves, currentIndex());
     _leaves.refresh();
     _layout.invalidate();
+    goOnWith(neighbour);
     _painter.heads().forgetNames();
-    const bool hasSelected = takeCarriedOver();
+    const bool hasGoneOn = std::exchange(_hasGoneOn, false);
+    const bool hasSelected = takeCarriedOver() || hasGoneOn;
     layoutSheet();
     BrowserAccessible::contentDidChange(*this);
     Q_EMIT itemCountDidChange(_selection.itemCount(FoldedLeaves::Included));
@@ -285,7 +302,8 @@ void PBImageBrowserView::paintEvent(QPaintEvent* event) {
             painter, {.visible = visible,
                       .dirty = QRectF(part).translated(visible.topLeft()),
                       .pixelRatio = ratio,
-                      .hasFocus = hasFocus()});
+                      .hasFocus = hasFocus(),
+                      .isActive = isActiveWindow()});
     }
     const QRectF crude = _painter.end(visible);
     if (_feed.takeHasTooSmall()) _largerTimer.start(largerDelay, this);

@@ -18,6 +18,7 @@
 #include <optional>
 #include <vector>
 
+class BrowserNeighbour;
 class PBImageBrowserScrollView;
 class PBImageBrowserSelectView;
 class PBModalTextField;
@@ -177,6 +178,7 @@ private:
     void restoreCapture();
     /// Gives images that came again what they had; answers whether any was selected.
     [[nodiscard]] bool takeCarriedOver();
+    void goOnWith(const BrowserNeighbour& neighbour);
     void noteVisible();
     void placeNameField();
     void pressAt(QMouseEvent* event, int clickCount);
@@ -200,6 +202,7 @@ private:
 
     std::optional<PBImageBrowserViewScrollCapture> _scrollCapture;
     BrowserCarryOver _carryOver;
+    bool _hasGoneOn = false;      ///< another image was selected for those that left
     bool _isCarryingOver = false; ///< the selection changes by that, and not by the user
     std::shared_ptr<PBImageFileItem> _editingNameFileItem;
     QPointer<PBModalTextField> _editFileNameTextField;

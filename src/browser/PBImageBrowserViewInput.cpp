@@ -88,7 +88,8 @@ bool PBImageBrowserView::event(QEvent* event) {
         _painter.fontDidChange();
         update();
     }
-    if (event->type() == QEvent::PaletteChange) update();
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ActivationChange)
+        update();
     return QWidget::event(event);
 }
 

@@ -18,6 +18,7 @@
 #include "shell/commands/MarkCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/commands/OpenFilesReveal.h"
+#include "shell/commands/StatusNews.h"
 #include "shell/commands/WindowChoice.h"
 #include "shell/commands/WindowCommands.h"
 #include "shell/files/WindowFiles.h"
@@ -27,10 +28,12 @@
 #include "shell/large/LargeView.h"
 #include "shell/large/SlideshowCommand.h"
 #include "shell/menus/MainMenu.h"
+#include "shell/menus/RefusedKeys.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/EmptyReason.h"
 #include "shell/panes/InfoPane.h"
 #include "shell/panes/NoticeBar.h"
+#include "shell/panes/PaneFocus.h"
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/SortButton.h"
 #include "shell/panes/StatusBarView.h"
@@ -41,6 +44,7 @@
 #include "shell/toolbar/ImageToolbarController.h"
 #include "shell/toolbar/MainToolbar.h"
 #include "shell/toolbar/ToolbarController.h"
+#include "shell/toolbar/ToolbarReasons.h"
 #include "ui/HeaderBar.h"
 #include "ui/MenuTracking.h"
 #include "ui/PBPathControl.h"
@@ -150,12 +154,6 @@ void PBMainWindowController::buildWindow() {
 
     _choice = std::make_unique<WindowChoice>(_services.delegate, *_browserPane);
     _marks = std::make_unique<MarkCommands>(_services.edits, *_choice);
-    new EditNews(
-        {.edits = _services.edits,
-         .browserPane = *_browserPane,
-         .statusBarView = *_statusBarView,
-         .noticeBar = *_noticeBar},
-        _window.get());
     _toolbar = new MainToolbar(_window.get());
     _window->addToolBar(_toolbar);
     _toolbarController = new ToolbarController(
@@ -173,6 +171,14 @@ void PBMainWindowController::buildWindow() {
          .panes = *_panes},
         _window.get());
     makeLargeView(*contents);
+    _statusNews = std::make_unique<StatusNews>(StatusNews::Parts{
+        .window = *_window, .statusBarView = *_statusBarView, .largeView = *_largeView});
+    new EditNews(
+        {.edits = _services.edits,
+         .browserPane = *_browserPane,
+         .statusNews = *_statusNews,
+         .noticeBar = *_noticeBar},
+        _window.get());
     _commands = std::make_unique<WindowCommands>(
         WindowCommands::Parts{
             .services = _services,
@@ -187,6 +193,10 @@ void PBMainWindowController::buildWindow() {
             .toolbar = *_toolbar,
             .largeView = *_largeView,
             .slideshowCommand = *_slideshowCommand,
+            .keyboardPanes =
+                {_sourceSidebar->view(), _groupPanel->view(), &_browserPane->browserView(),
+                 &_largeView->controller().imageView(), &_largeView->controller().thumbnailView(),
+                 &_infoFeed->pane().panel()},
             .find = [this] { _toolbarController->find(); },
             .isFinding = [this] { return _toolbarController->isFinding(); }},
         nullptr);
@@ -200,7 +210,11 @@ void PBMainWindowController::buildWindow() {
         _groupMenus->groupMenuBtnClicked(button);
     });
     _toolbar->setRatingMenu(makeRatingMenu());
-    _groupPathControl->setTrailingWidget(makeSortButton());
+    QWidget* sortButton = makeSortButton();
+    _groupPathControl->setTrailingWidget(sortButton);
+    PaneFocus::setTabOrder(
+        {_sourceSidebar->view(), _groupPanel->view(), _groupPathControl, sortButton,
+         &_browserPane->browserView()});
     _files = std::make_unique<WindowFiles>(WindowFiles::Parts{
         .services = _services,
         .window = *_window,
@@ -217,6 +231,7 @@ void PBMainWindowController::buildWindow() {
     tellFilterLeftOn();
     makeOpenFiles();
     connectImageToolbar();
+    tellReasons();
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -295,6 +310,7 @@ QWidget* PBMainWindowController::makeSortButton() {
 
 QMenu& PBMainWindowController::makeRatingMenu() {
     auto* menu = new QMenu(_window.get());
+    menu->setToolTipsVisible(true);
     for (int command = static_cast<int>(MenuCommand::rating5);
          command >= static_cast<int>(MenuCommand::rating0); --command)
         menu->addAction(_commands->menu().action(static_cast<MenuCommand>(command)));
@@ -394,6 +410,14 @@ void PBMainWindowController::connectImageToolbar() {
     QObject::connect(
         _largeView.get(), &LargeView::stateDidChange, _imageToolbarController.get(),
         &ImageToolbarController::validateVisibleItems);
+}
+
+void PBMainWindowController::tellReasons() {
+    const MainMenu& menu = _commands->menu();
+    _toolbarReasons = std::make_unique<ToolbarReasons>(
+        *_toolbar, [&menu](MenuCommand command) { return menu.reason(command); }, nullptr);
+    _refusedKeys = std::make_unique<RefusedKeys>(
+        *_window, menu, [this](const QString& reason) { _statusNews->tell(reason); }, nullptr);
 }
 
 bool PBMainWindowController::isLargeView() const {

@@ -34,7 +34,10 @@ class SlideshowCommand;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
+class StatusNews;
+class RefusedKeys;
 class ToolbarController;
+class ToolbarReasons;
 class WindowChoice;
 class WindowCommands;
 class WindowFiles;
@@ -98,6 +101,7 @@ private:
     void makeOpenFiles();
     void makeLargeView(QStackedWidget& contents);
     void connectImageToolbar();
+    void tellReasons();
     [[nodiscard]] QWidget* makeSortButton();
     [[nodiscard]] QMenu& makeRatingMenu();
     void connectRemedies();
@@ -114,6 +118,7 @@ private:
     std::unique_ptr<InfoFeed> _infoFeed;       // the same for its pane
     std::unique_ptr<Window> _window;
     std::unique_ptr<FolderPrompts> _folderPrompts;
+    std::unique_ptr<StatusNews> _statusNews;
     // These go before the window and its views.
     std::unique_ptr<WindowChoice> _choice;
     std::unique_ptr<MarkCommands> _marks;
@@ -137,5 +142,7 @@ private:
     std::unique_ptr<SlideshowCommand> _slideshowCommand; // its window is a child, too
     std::unique_ptr<WindowCommands> _commands;           // goes before all of them
     std::unique_ptr<ImageToolbarController> _imageToolbarController;
+    std::unique_ptr<ToolbarReasons> _toolbarReasons;
+    std::unique_ptr<RefusedKeys> _refusedKeys;
     std::unique_ptr<WindowFiles> _files;
 };

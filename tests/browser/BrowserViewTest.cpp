@@ -82,6 +82,43 @@ TEST_F(BrowserViewTest, aSheetThatIsFilledAnewKeepsSelectionCurrentImageAndPlace
     EXPECT_FALSE(view->currentIndex().isValid());
 }
 
+TEST_F(BrowserViewTest, whatTheSelectedImagesLeaveIsTakenByTheirNeighbour) {
+    show({3, 2, 0, 1});
+    qint64 toldCount = -1;
+    on(&View::selectionDidChange, [&](qint64 count) { toldCount = count; });
+    const auto takeAway = [&](std::initializer_list<Index> gone, bool inPlace) {
+        toldCount = -1;
+        for (const Index& index : gone) {
+            const auto item =
+                tree->item(static_cast<int>(index.group), static_cast<int>(index.item));
+            tree->remove(static_cast<int>(index.group), {item});
+        }
+        if (!inPlace) tree->swapForCopy();
+        inPlace ? view->reloadData() : showLeaves(tree->leaves());
+        const auto current = view->leaves().imageFileAtIndex(view->currentIndex());
+        return tree->selected() + (current ? u" at "_s + current->fileName() : QString());
+    };
+    view->GotoIndex({0, 1});
+    EXPECT_EQ(takeAway({{0, 1}}, false), u"a2 at a2"_s);
+    EXPECT_EQ(toldCount, 1);
+    EXPECT_EQ(takeAway({{0, 1}}, true), u"a0 at a0"_s) << "none follows in its group";
+    tree->item(1, 0)->setIsSelected(true);
+    EXPECT_EQ(takeAway({{0, 0}}, false), u"b0 at b0"_s) << "the group is empty";
+    view->toggleIndex({1, 0});
+    EXPECT_EQ(takeAway({{1, 0}}, false), u" at b1"_s) << "it was not selected";
+    view->GotoIndex({1, 0});
+    services.largeView = true;
+    EXPECT_EQ(takeAway({{1, 0}}, false), u""_s) << "the large view has a focus of its own";
+    services.largeView = false;
+    // The same photograph as another item, elsewhere.
+    view->GotoIndex({3, 0});
+    const auto same =
+        PBImageFileItem::imageFileItemWithId(tree->item(3, 0)->fileId(), 1, u"again"_s, 1, 1);
+    tree->add(3, u"d1"_s);
+    tree->node(3).sortAddImageFileItem(same, 0, false);
+    EXPECT_EQ(takeAway({{3, 0}}, false), u"again at again"_s);
+}
+
 TEST_F(BrowserViewTest, theImageInTheMiddleStaysWhenATreeIsSwappedInOrTheSizeChanges) {
     show({40, 40});
     scrollView.scrollToPosition(1500, false);

@@ -103,6 +103,54 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
     }
 }
 
+TEST(MenuValidationTest, eachDisabledEntrySaysWhyAndNoneSaysWhatIsNotTrue) {
+    const std::map<QStringView, std::function<bool(const MenuState&)>> truths{
+        {u"Why_OnlyAmongThumbnails", [](const auto& s) { return s.isLargeView; }},
+        {u"Why_OnlyInLargeView", [](const auto& s) { return !s.isLargeView; }},
+        {u"Why_NoPhotograph",
+         [](const auto& s) { return s.isLargeView ? !s.largeView.hasItems : !s.hasItems; }},
+        {u"Why_Scanning", [](const auto& s) { return s.isScanning && !s.hasItems; }},
+        {u"Why_NothingSelected", [](const auto& s) { return s.hasItems && s.selectCount == 0; }},
+        {u"Why_OnlyOne", [](const auto& s) { return s.selectCount > 1; }},
+        {u"Why_Away", [](const auto& s) { return s.areAllChosenAway; }},
+        {u"Why_FullScreen", [](const auto& s) { return s.isFullScreen; }},
+        {u"Why_NoFolderToPasteInto", [](const auto& s) { return !s.isFolderSelected; }},
+        {u"Why_NothingToPaste", [](const auto& s) { return !s.pasteboardHasImages; }},
+        {u"Why_Unsorted", [](const auto& s) { return s.sortType == 0; }},
+        {u"Why_ThumbnailsLargest", [](const auto& s) { return s.thumbnailSize == 256; }},
+        {u"Why_PhotographSmallest", [](const auto& s) { return s.isLargeView; }}};
+    std::set<QStringView> given;
+    for (unsigned bits = 0; bits < 1U << 11U; ++bits) {
+        const auto bit = [bits](unsigned number) { return ((bits >> number) & 1U) != 0; };
+        MenuState state;
+        state.isLargeView = bit(0);
+        const bool hasItems = bit(1);
+        const qint64 chosen = bit(2) ? bit(3) ? 3 : 1 : 0;
+        if (hasItems) state.selectCount = state.isLargeView ? 1 : chosen;
+        (state.isLargeView ? state.largeView.hasItems : state.hasItems) = hasItems;
+        state.areAllChosenAway = bit(4) && state.selectCount > 0;
+        state.isScanning = bit(5) && !state.isLargeView;
+        state.isFolderSelected = state.isRootSelected = bit(6);
+        state.pasteboardHasImages = state.canUndo = state.canBack = bit(7);
+        state.isFullScreen = bit(8);
+        state.sortType = bit(9);
+        state.thumbnailSize = bit(10) ? 256 : 64;
+        state.canRevealFocused = state.selectCount > 0 && !state.areAllChosenAway;
+        for (const MenuEntry& entry : menuEntries()) {
+            const MenuItemState item = validateMenuItem(entry.command, state);
+            ASSERT_EQ(item.reason.isEmpty(), item.isEnabled)
+                << qPrintable(entry.name.toString()) << bits;
+            const auto truth = truths.find(item.reason);
+            ASSERT_TRUE(truth == truths.end() || truth->second(state))
+                << qPrintable(entry.name.toString()) << qPrintable(item.reason.toString()) << bits;
+            if (!item.isEnabled) given.insert(item.reason);
+        }
+    }
+    EXPECT_GE(given.size(), 28U);
+    for (const QStringView key : given)
+        EXPECT_NE(platform::localizedString(key), key);
+}
+
 TEST(MenuValidationTest, checkMarksFollowTheState) {
     MenuState state = browserWith(2);
     const auto checked = [&state](Command command) {

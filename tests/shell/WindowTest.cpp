@@ -12,6 +12,7 @@
 #include "shell/commands/MarkCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/commands/WindowChoice.h"
+#include "shell/groups/PBGroupOutlineView.h"
 #include "shell/info/InfoFeed.h"
 #include "shell/panes/InfoPane.h"
 #include "shell/panes/NoticeBar.h"
@@ -26,6 +27,7 @@
 #include "ui/PBPathControl.h"
 #include "ui/PBSplitView.h"
 
+#include <QHelpEvent>
 #include <QInputDialog>
 #include <QLabel>
 #include <QMainWindow>
@@ -34,6 +36,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QToolButton>
+#include <QToolTip>
 #include <QTreeWidget>
 
 namespace {
@@ -113,8 +116,9 @@ struct WindowTest : ShellFixture {
 TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelection) {
     const QString always =
         u"addFolderAlias filter_Flag filter_Star find go_FirstItem go_LastItem "
-        "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem manageTags quit "
-        "recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
+        "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem manageTags nextPane "
+        "previousPane "
+        "quit recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
         "view_CompactGroups view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
         "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
         "view_SideBar view_SlideshowView view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
@@ -195,6 +199,67 @@ TEST_F(WindowTest, eachEntryDoesWhatItSaysAndTheDisplayStartsAnewWhereItHasTo) {
     }
     EXPECT_EQ(defaults.integerForKey(u"ImageBrowserViewStyle"_s), 16);
     EXPECT_EQ(defaults.doubleForKey(u"ThumbnailSize"_s), 144);
+}
+
+TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
+    window().activateWindow();
+    browser().setFocus();
+    ASSERT_TRUE(support::spinUntil([this] { return browser().hasFocus(); }));
+    const QString why = u"Select a photograph first."_s;
+    openMenus();
+    EXPECT_EQ(action(u"rotateLeft")->toolTip(), why);
+    const auto tipOf = [](QWidget& button) {
+        const QPoint place = button.mapToGlobal(button.rect().center());
+        QHelpEvent event(QEvent::ToolTip, button.rect().center(), place);
+        QApplication::sendEvent(&button, &event);
+        return QToolTip::text();
+    };
+    QWidget& flag = *toolbar().itemView(u"flag");
+    EXPECT_TRUE(tipOf(flag).endsWith(u'\n' + why));
+    const auto& news = part<QLabel>(u"statusNews"_s);
+    QTest::keyClick(&browser(), Qt::Key_Delete);
+    EXPECT_EQ(news.text(), why);
+    QTest::keyClick(&browser(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(news.text(), platform::localizedString(u"Why_NothingToUndo"));
+    selectItems(u"a"_s);
+    openMenus();
+    EXPECT_NE(action(u"rotateLeft")->toolTip(), why);
+    EXPECT_FALSE(tipOf(flag).contains(why));
+    items[0]->setIsAway(true);
+    QTest::keyClick(&browser(), Qt::Key_Delete);
+    EXPECT_EQ(news.text(), platform::localizedString(u"Why_Away"));
+    EXPECT_TRUE(isEnabled(u"flagClicked")) << "marks need no file";
+    choose(u"view_StatusBar");
+    ASSERT_TRUE(support::spinUntil([this] { return part<StatusBarView>().isHidden(); }));
+    QTest::keyClick(&browser(), Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QToolTip::text(), platform::localizedString(u"Why_Away"));
+}
+
+TEST_F(WindowTest, theKeyboardGoesThroughThePanesInSight) {
+    window().activateWindow();
+    browser().setFocus();
+    ASSERT_TRUE(support::spinUntil([this] { return browser().hasFocus(); }));
+    const auto goes = [this](QStringView command, const QWidget& pane) {
+        choose(command);
+        const QWidget* focus = window().focusWidget();
+        return focus == &pane || pane.isAncestorOf(focus);
+    };
+    const QWidget& sidebar = *controller->sourceSidebar().view();
+    const auto& groups = part<PBGroupOutlineView>();
+    EXPECT_TRUE(goes(u"previousPane", groups));
+    EXPECT_TRUE(goes(u"previousPane", sidebar));
+    selectItems(u"a"_s);
+    const InfoPanel& info = controller->infoFeed().pane().panel();
+    EXPECT_TRUE(goes(u"previousPane", info)) << "past the first comes the last";
+    EXPECT_TRUE(goes(u"nextPane", sidebar));
+    choose(u"view_Group");
+    (void)titleOf(u"view_Group");
+    EXPECT_TRUE(goes(u"nextPane", browser())) << "the groups are hidden";
+    // As they stand in the window, where Tab goes, too.
+    const QWidget* next = sidebar.nextInFocusChain();
+    while (next != &browser() && next != &part<SortButton>())
+        next = next->nextInFocusChain();
+    EXPECT_EQ(next, &part<SortButton>());
 }
 
 TEST_F(WindowTest, theBarOfTheChainTellsTheOrderToo) {

@@ -129,7 +129,7 @@ void BrowserPainter::draw(QPainter& painter, const Frame& frame) {
         if (!head.rect.intersects(frame.dirty)) continue;
         _heads.draw(
             painter, head.rect.translated(-frame.visible.topLeft()), _leaves.leaf(head.group),
-            head.hasTopLine);
+            {.hasTopLine = head.hasTopLine, .isActive = frame.isActive});
     }
 }
 

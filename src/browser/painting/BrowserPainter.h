@@ -26,6 +26,7 @@ public:
         QRectF dirty;          ///< the part of that to draw, on the sheet
         double pixelRatio = 1; ///< of the painter's device
         bool hasFocus = false;
+        bool isActive = true; ///< the window is the active one
     };
     /// Seconds for loading and scaling in a whole paint, before cruder ways are taken.
     static constexpr double paintBudget = 0.008;

@@ -12,6 +12,8 @@
 
 namespace {
 
+constexpr double inactiveOpacity = 0.65; // as the bars of the panes
+
 QFont headFont() {
     QFont font = QApplication::font();
     font.setPixelSize(12);
@@ -67,15 +69,18 @@ bool GroupHeadPainter::isShortened(const BrowserLeafList::Leaf& leaf, double wid
 }
 
 void GroupHeadPainter::draw(
-    QPainter& painter, const QRectF& rect, const BrowserLeafList::Leaf& leaf, bool hasTopLine) {
+    QPainter& painter, const QRectF& rect, const BrowserLeafList::Leaf& leaf, const Look& look) {
     platform::assertMainThread();
     const PBThemes::Colors& colors = PBThemes::colors();
     painter.fillRect(rect, colors.groupHead);
     painter.fillRect(QRectF(rect.left(), rect.bottom() - 1, rect.width(), 1), colors.separator);
-    if (hasTopLine)
+    if (look.hasTopLine)
         painter.fillRect(QRectF(rect.left(), rect.top(), rect.width(), 1), colors.separator);
     PBPathCell& shown = path(leaf);
     shown.setSize({rect.width() - PBPathCell::leftMargin, PBPathCell::usualHeight});
     const double top = rect.top() + std::rint((rect.height() - PBPathCell::usualHeight) / 2);
+    const double opacity = painter.opacity();
+    if (!look.isActive) painter.setOpacity(opacity * inactiveOpacity);
     shown.draw(painter, {rect.left() + PBPathCell::leftMargin, top});
+    painter.setOpacity(opacity);
 }

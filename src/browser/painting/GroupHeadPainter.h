@@ -25,9 +25,13 @@ public:
 
     /// The path in words, with whole paths of folders, as for a screen reader.
     [[nodiscard]] QString text(const BrowserLeafList::Leaf& leaf) const;
+    struct Look {
+        bool hasTopLine = false;
+        bool isActive = true; ///< the window is the active one; in another, heads step back
+    };
     /// Draws at the rectangle, whose points the painter maps onto the widget.
-    void
-    draw(QPainter& painter, const QRectF& rect, const BrowserLeafList::Leaf& leaf, bool hasTopLine);
+    void draw(
+        QPainter& painter, const QRectF& rect, const BrowserLeafList::Leaf& leaf, const Look& look);
     /// Names may have changed.
     void forgetNames() { _paths.clear(); }
     void fontDidChange();

@@ -3,9 +3,9 @@
 #include "browser/PBImageBrowserView.h"
 #include "fileactions/marks/EditRunner.h"
 #include "platform/program/LocalizedTexts.h"
+#include "shell/commands/StatusNews.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/NoticeBar.h"
-#include "shell/panes/StatusBarView.h"
 
 using fileactions::EditResult;
 using fileactions::EditRunner;
@@ -32,7 +32,7 @@ void EditNews::tell(const EditResult& result) {
     if (!result.changed.empty()) view.reloadData();
     if (result.hasLeft) view.selectDidChange();
     if (result.missingCount > 0)
-        _parts.statusBarView.tell(
+        _parts.statusNews.tell(
             result.missingCount == 1
                 ? localizedString(u"EditMissing_1")
                 : localizedFormat(u"EditMissing", {QLocale().toString(result.missingCount)}));

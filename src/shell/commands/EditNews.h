@@ -6,7 +6,7 @@
 
 class BrowserPane;
 class NoticeBar;
-class StatusBarView;
+class StatusNews;
 
 namespace fileactions {
 class EditRunner;
@@ -22,7 +22,7 @@ public:
     struct Parts {
         fileactions::EditRunner& edits;
         BrowserPane& browserPane;
-        StatusBarView& statusBarView;
+        const StatusNews& statusNews;
         NoticeBar& noticeBar;
     };
     explicit EditNews(const Parts& parts, QObject* parent = nullptr);

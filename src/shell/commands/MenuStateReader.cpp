@@ -64,8 +64,9 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
 
 void MenuStateReader::readBrowser(MenuState& state) const {
     const PBImageBrowserView& view = _parts.browserPane.browserView();
+    state.isScanning = _parts.delegate.isScanning();
     state.hasItems = view.leaves().leafCount() > 0;
-    if (view.hasFocus()) state.canRevealFocused = state.selectCount > 0;
+    if (view.hasFocus()) state.canRevealFocused = state.selectCount > 0 && !state.areAllChosenAway;
     state.style = view.style();
     state.thumbnailSize = view.thumbnailSize();
     for (std::size_t step = 0; step < state.canStep.size(); ++step)
@@ -81,6 +82,9 @@ void MenuStateReader::readChosen(MenuState& state) const {
     state.areAllSelectedFlagged =
         !chosen.empty() &&
         std::ranges::all_of(chosen, [](const auto& item) { return item->flagged(); });
+    state.areAllChosenAway = !chosen.empty() && std::ranges::all_of(chosen, [](const auto& item) {
+        return item->isAway();
+    });
 }
 
 void MenuStateReader::readEdits(MenuState& state) const {

@@ -10,6 +10,7 @@
 #include "shell/menus/HelpDialogs.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
+#include "shell/panes/PaneFocus.h"
 #include "shell/panes/StatusBarView.h"
 #include "shell/panes/ThumbnailSizeSlider.h"
 #include "shell/services/ShellServices.h"
@@ -173,6 +174,10 @@ void WindowCommands::connectPaneCommands() {
     _menu->connectCommand(
         Command::view_StatusBar, [this] { setHideStatusBar(!_settings.hideStatusBar()); });
     _menu->connectCommand(Command::view_FullScreen, [this] { _fullScreen.toggle(); });
+    _menu->connectCommand(
+        Command::nextPane, [this] { PaneFocus::moveTo(_parts.keyboardPanes, false); });
+    _menu->connectCommand(
+        Command::previousPane, [this] { PaneFocus::moveTo(_parts.keyboardPanes, true); });
     connect(&_fullScreen, &FullScreenControl::fullScreenDidChange, this, [this] {
         updateStatusBarShowHide(false);
     });

@@ -13,6 +13,7 @@
 #include <QObject>
 
 #include <functional>
+#include <vector>
 
 class BrowserPane;
 class ChosenPhotographs;
@@ -22,6 +23,7 @@ class MainMenu;
 class MarkCommands;
 class QMainWindow;
 class QToolBar;
+class QWidget;
 class SlideshowCommand;
 class SourceSidebar;
 class StatusBarView;
@@ -46,6 +48,8 @@ public:
         QToolBar& toolbar;
         LargeView& largeView;
         SlideshowCommand& slideshowCommand;
+        /// Those of both views that take the keyboard, in their order.
+        std::vector<QWidget*> keyboardPanes;
         /// Puts the keyboard into the search field.
         std::function<void()> find;
         /// The search field is in use, whether the user wants to see the toolbar or not.

@@ -62,6 +62,36 @@ QTreeWidgetItem* sectionItem(const QString& title, QFont font) {
     return section;
 }
 
+/// Keys and gestures that belong to a view and stand in no menu.
+struct ViewKeys {
+    QStringView title;
+    std::initializer_list<QStringView> rows; ///< keys of texts: "what; keys"
+};
+
+const ViewKeys viewKeys[] = {
+    {u"ShortcutsInBrowser",
+     {u"Shortcut_Arrows", u"Shortcut_ShiftArrows", u"Shortcut_Pages", u"Shortcut_Letters",
+      u"Shortcut_Click", u"Shortcut_NameClick", u"Shortcut_ShowLarge", u"Shortcut_Flag",
+      u"Shortcut_Stars", u"Shortcut_ThumbnailWheel"}},
+    {u"ShortcutsInLargeView",
+     {u"Shortcut_Steps", u"Shortcut_StepsByWheel", u"Shortcut_Ends", u"Shortcut_Zoom",
+      u"Shortcut_ZoomWheel", u"Shortcut_ActualSize", u"Shortcut_FitIn", u"Shortcut_Pan",
+      u"Shortcut_Flag", u"Shortcut_Stars", u"Shortcut_Back"}},
+    {u"ShortcutsInSlideshow",
+     {u"Shortcut_Pause", u"Shortcut_Steps", u"Shortcut_Ends", u"Shortcut_Interval",
+      u"Shortcut_EndShow"}},
+};
+
+void addViewKeys(QTreeWidget& list, const ViewKeys& view) {
+    auto* section = sectionItem(localizedString(view.title), list.font());
+    for (const QStringView row : view.rows) {
+        const QStringList parts = localizedString(row).split(QStringLiteral("; "));
+        new QTreeWidgetItem(section, {parts.value(0), parts.value(1)});
+    }
+    list.addTopLevelItem(section);
+    section->setFirstColumnSpanned(true);
+}
+
 QTreeWidget* shortcutList(const MainMenu& menu) {
     auto* list = new QTreeWidget;
     list->setColumnCount(2);
@@ -82,16 +112,8 @@ QTreeWidget* shortcutList(const MainMenu& menu) {
         list->addTopLevelItem(section);
         section->setFirstColumnSpanned(true);
     }
-    auto* browser = sectionItem(localizedString(u"ShortcutsInBrowser"), list->font());
-    for (const QStringView key :
-         {u"Shortcut_Arrows", u"Shortcut_ShiftArrows", u"Shortcut_Pages", u"Shortcut_Letters",
-          u"Shortcut_Click", u"Shortcut_NameClick"}) {
-        // "what; keys"
-        const QStringList parts = localizedString(key).split(QStringLiteral("; "));
-        new QTreeWidgetItem(browser, {parts.value(0), parts.value(1)});
-    }
-    list->addTopLevelItem(browser);
-    browser->setFirstColumnSpanned(true);
+    for (const ViewKeys& view : viewKeys)
+        addViewKeys(*list, view);
     list->expandAll();
     list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);

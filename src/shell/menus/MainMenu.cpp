@@ -32,9 +32,20 @@ bool mayBeShortcut(const QKeyEvent& event) {
            (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0;
 }
 
-/// A submenu without any entry that can be chosen can't be opened.
+/// Held down, anything else would be done to one photograph after the other, or undone again.
+bool isRepeated(MenuCommand command) {
+    using enum MenuCommand;
+    return (command >= go_PreviousItem && command <= go_LastGroupItem) || command == view_zoomIn ||
+           command == view_zoomOut || command == undo || command == redo || command == nextPane ||
+           command == previousPane;
+}
+
+/// A submenu without any entry that can be chosen can't be opened, for the reason of the first.
 void enableAsEntries(QMenu& submenu) {
-    submenu.menuAction()->setEnabled(std::ranges::any_of(submenu.actions(), &QAction::isEnabled));
+    const QList<QAction*> entries = submenu.actions();
+    const bool isEnabled = std::ranges::any_of(entries, &QAction::isEnabled);
+    submenu.menuAction()->setEnabled(isEnabled);
+    submenu.menuAction()->setToolTip(isEnabled ? QString() : entries.front()->toolTip());
 }
 
 } // namespace
@@ -61,6 +72,7 @@ void MainMenu::makeActions() {
         if (!entry.shortcuts.isEmpty())
             action->setShortcuts(QKeySequence::listFromString(entry.shortcuts.toString()));
         if (!entry.icon.isEmpty()) action->setIcon(Icons::named(entry.icon.toString()));
+        action->setAutoRepeat(isRepeated(entry.command));
         action->setMenuRole(QAction::NoRole);
         action->setEnabled(false);
         connect(action, &QAction::triggered, this, [this, command = entry.command] {
@@ -93,11 +105,13 @@ void MainMenu::fill(std::span<const MenuRow> rows, QMenu* first) {
         switch (row.kind) {
         case MenuRow::Kind::Menu:
             menu = _window.menuBar()->addMenu(localizedString(row.text));
+            menu->setToolTipsVisible(true);
             _menus[row.tag] = menu;
             watchMenu(menu);
             break;
         case MenuRow::Kind::Submenu:
             above = std::exchange(menu, menu->addMenu(localizedString(row.text)));
+            menu->setToolTipsVisible(true);
             // Those of a menu that is made for a moment have the same entries.
             if (!first) _submenus.push_back(menu);
             break;
@@ -157,6 +171,7 @@ void MainMenu::validate(bool includesPasteboard) {
         const MenuItemState item = validateMenuItem(entry.command, state);
         QAction* action = this->action(entry.command);
         action->setEnabled(item.isEnabled && _performers[indexOf(entry.command)] != nullptr);
+        action->setToolTip(item.reason.isEmpty() ? QString() : localizedString(item.reason));
         action->setCheckable(item.isChecked.has_value());
         action->setChecked(item.isChecked.value_or(false));
         if (!item.title.isEmpty()) action->setText(localizedString(item.title));
@@ -174,6 +189,12 @@ void MainMenu::trigger(MenuCommand command) {
 bool MainMenu::isPossible(MenuCommand command) const {
     platform::assertMainThread();
     return _performers[indexOf(command)] && validateMenuItem(command, _readState(false)).isEnabled;
+}
+
+QString MainMenu::reason(MenuCommand command) const {
+    platform::assertMainThread();
+    const QStringView key = validateMenuItem(command, _readState(false)).reason;
+    return key.isEmpty() ? QString() : localizedString(key);
 }
 
 void MainMenu::popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWidget* parent) {
@@ -196,6 +217,7 @@ void MainMenu::popUpLargeViewMenu(const QPoint& globalPosition, QWidget* parent)
 
 void MainMenu::popUp(QMenu& menu, const QPoint& globalPosition) {
     menu.setAttribute(Qt::WA_DeleteOnClose);
+    menu.setToolTipsVisible(true);
     validate(true);
     // Those that belong to the bar are in step already.
     for (const QAction* entry : menu.actions())

@@ -45,6 +45,8 @@ public:
     void trigger(MenuCommand command);
     /// Whether a command that somebody has connected is possible now.
     [[nodiscard]] bool isPossible(MenuCommand command) const;
+    /// The sentence that says why the command is not possible now; empty for one that is.
+    [[nodiscard]] QString reason(MenuCommand command) const;
 
     /// Brings all entries in step with the window.
     void validate(bool includesPasteboard = false);

@@ -63,6 +63,8 @@ enum class MenuCommand : std::uint8_t {
     view_toolbar,
     view_StatusBar,
     view_FullScreen,
+    nextPane,
+    previousPane,
     // Marks and rotation
     flagClicked,
     rating0,

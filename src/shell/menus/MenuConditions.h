@@ -52,17 +52,21 @@ constexpr bool hasPhotographs(State s) {
 constexpr bool hasSomeToShow(State s) {
     return s.isLargeView ? s.largeView.hasItems : s.hasItems;
 }
+/// Photographs whose files can be got at.
+constexpr bool hasFiles(State s) {
+    return hasPhotographs(s) && !s.areAllChosenAway;
+}
 constexpr bool hasSelection(State s) {
     return inBrowser(s) && s.selectCount > 0;
 }
-constexpr bool hasOneSelected(State s) {
-    return inBrowser(s) && s.selectCount == 1;
+constexpr bool hasOneFile(State s) {
+    return inBrowser(s) && s.selectCount == 1 && !s.areAllChosenAway;
 }
 constexpr bool hasSelectedRoot(State s) {
     return inBrowser(s) && s.isRootSelected;
 }
 constexpr bool canReveal(State s) {
-    return s.isLargeView ? s.largeView.hasItems : s.canRevealFocused;
+    return s.isLargeView ? hasFiles(s) : s.canRevealFocused;
 }
 constexpr bool canPaste(State s) {
     return inBrowser(s) && s.isFolderSelected && s.pasteboardHasImages;
@@ -107,6 +111,12 @@ constexpr bool canBack(State s) {
 }
 constexpr bool canForward(State s) {
     return s.canForward;
+}
+constexpr bool canUndo(State s) {
+    return s.canUndo;
+}
+constexpr bool canRedo(State s) {
+    return s.canRedo;
 }
 template <BrowserStep step>
 constexpr bool inBrowserWithStep(State s) {

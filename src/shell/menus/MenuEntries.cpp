@@ -58,10 +58,10 @@ constexpr MenuRow barRows[] = {
     separator,
     entry(
         Command::revealInFinder, u"revealInFinder", u"Menu_Reveal", u"Ctrl+Alt+O", {}, {canReveal}),
-    entry(Command::renameFile, u"renameFile", u"Menu_Rename", u"F2", u"edit", {hasOneSelected}),
-    entry(Command::duplicate, u"duplicate", u"Menu_Duplicate", u"Ctrl+D", {}, {hasPhotographs}),
-    entry(Command::copyTo, u"copyTo", u"Menu_CopyTo", u"Ctrl+Shift+C", {}, {hasPhotographs}),
-    entry(Command::moveTo, u"moveTo", u"Menu_MoveTo", u"Ctrl+Shift+M", {}, {hasPhotographs}),
+    entry(Command::renameFile, u"renameFile", u"Menu_Rename", u"F2", u"edit", {hasOneFile}),
+    entry(Command::duplicate, u"duplicate", u"Menu_Duplicate", u"Ctrl+D", {}, {hasFiles}),
+    entry(Command::copyTo, u"copyTo", u"Menu_CopyTo", u"Ctrl+Shift+C", {}, {hasFiles}),
+    entry(Command::moveTo, u"moveTo", u"Menu_MoveTo", u"Ctrl+Shift+M", {}, {hasFiles}),
     separator,
     entry(
         Command::exportImage, u"exportImage", u"Menu_Export", u"Ctrl+Shift+E", u"export",
@@ -69,24 +69,22 @@ constexpr MenuRow barRows[] = {
     entry(Command::shareClicked, u"shareClicked", u"Menu_Share", {}, u"share", {hasPhotographs}),
     entry(Command::setDesktop, u"setDesktop", u"Menu_SetDesktop", {}, {}, {hasPhotographs}),
     separator,
-    entry(
-        Command::deleteClicked, u"deleteClicked", u"Menu_Trash", u"Del", u"delete",
-        {hasPhotographs}),
+    entry(Command::deleteClicked, u"deleteClicked", u"Menu_Trash", u"Del", u"delete", {hasFiles}),
     entry(
         Command::deleteForGood, u"deleteForGood", u"Menu_DeleteForGood", u"Shift+Del", {},
-        {hasPhotographs}),
+        {hasFiles}),
     separator,
     entry(Command::quit, u"quit", u"Menu_Quit", u"Ctrl+Q", {}, {always}),
     menu(MenuTag::Edit, u"Menu_Edit"),
     entry(
         Command::undo, u"undo", u"Menu_Undo", u"Ctrl+Z", {},
-        {.isEnabled = flag<&MenuState::canUndo>, .title = undoTitle}),
+        {.isEnabled = canUndo, .title = undoTitle}),
     entry(
         Command::redo, u"redo", u"Menu_Redo", u"Ctrl+Shift+Z; Ctrl+Y", {},
-        {.isEnabled = flag<&MenuState::canRedo>, .title = redoTitle}),
+        {.isEnabled = canRedo, .title = redoTitle}),
     separator,
-    entry(Command::cut, u"cut", u"Menu_Cut", u"Ctrl+X", {}, {hasPhotographs}),
-    entry(Command::copy, u"copy", u"Menu_Copy", u"Ctrl+C", {}, {hasPhotographs}),
+    entry(Command::cut, u"cut", u"Menu_Cut", u"Ctrl+X", {}, {hasFiles}),
+    entry(Command::copy, u"copy", u"Menu_Copy", u"Ctrl+C", {}, {hasFiles}),
     entry(Command::paste, u"paste", u"Menu_Paste", u"Ctrl+V", {}, {canPaste}),
     separator,
     entry(Command::selectAll, u"selectAll", u"Menu_SelectAll", u"Ctrl+A", {}, {inBrowser}),
@@ -206,6 +204,9 @@ constexpr MenuRow barRows[] = {
         titled(
             canShowNavigation, u"HideNavigation", u"ShowNavigation",
             inLarge<&MenuState::LargeView::isNavigationShown>)),
+    separator,
+    entry(Command::nextPane, u"nextPane", u"Menu_NextPane", u"F6", {}, {always}),
+    entry(Command::previousPane, u"previousPane", u"Menu_PreviousPane", u"Shift+F6", {}, {always}),
     endOfSubmenu,
     entry(
         Command::view_toolbar, u"view_toolbar", {}, u"Ctrl+Shift+T", {},

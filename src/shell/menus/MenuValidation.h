@@ -36,9 +36,12 @@ struct MenuState {
     bool recurseSubFolder = false;
 
     // The browser
+    bool isScanning = false;            ///< more photographs may come
     bool hasItems = false;              ///< there are photographs, folded groups count
     qint64 selectCount = 0;             ///< those in folded groups too
     bool areAllSelectedFlagged = false; ///< false with no selection
+    /// The files of all that commands act on can't be got at; false with none.
+    bool areAllChosenAway = false;
     /// The view that has the keyboard holds something that can be shown in the file manager.
     bool canRevealFocused = false;
     bool pasteboardHasImages = false;
@@ -76,6 +79,8 @@ struct MenuItemState {
     QStringView title;
     /// The title itself where it is made of the state.
     QString text;
+    /// Key of the sentence that says why the entry is disabled; empty for one that is not.
+    QStringView reason;
 
     friend bool operator==(const MenuItemState&, const MenuItemState&) = default;
 };

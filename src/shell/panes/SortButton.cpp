@@ -35,6 +35,7 @@ SortButton::SortButton(QList<QAction*> orders, const QList<QAction*>& directions
     QFont small = font();
     small.setPixelSize(textSize);
     setFont(small);
+    _menu->setToolTipsVisible(true);
     _menu->addActions(_orders);
     _menu->addSeparator();
     _menu->addActions(directions);

@@ -69,6 +69,9 @@ StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
     right->addWidget(_thumbnailSizeSlider);
     right->addSpacing(6);
     addPaneButton(*right, std::size(buttonRows) - 1);
+    // As they stand, from the left to the right.
+    QWidget::setTabOrder(_buttons[_buttons.size() - 2].first, _thumbnailSizeSlider);
+    QWidget::setTabOrder(_thumbnailSizeSlider, _buttons.back().first);
     connect(&_panes, &PaneLayout::changed, this, &StatusBarView::updateStatusBarBtn);
     connect(&_animation, &QVariantAnimation::valueChanged, this, [this](const QVariant& height) {
         setFixedHeight(height.toInt());

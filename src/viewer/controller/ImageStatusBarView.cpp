@@ -11,7 +11,9 @@
 #include <QSlider>
 #include <QToolButton>
 
+#include <chrono>
 #include <cmath>
+#include <utility>
 
 using platform::localizedString;
 using Pane = ImageViewPanes::Pane;
@@ -64,6 +66,8 @@ ImageStatusBarView::ImageStatusBarView(ImageViewPanes& panes, QWidget* parent)
     layout->addLayout(left, 1);
     layout->addWidget(_infoLabel, 2);
     layout->addLayout(right, 1);
+    _newsTimer.setSingleShot(true);
+    connect(&_newsTimer, &QTimer::timeout, this, [this] { showNews({}); });
     connect(&_panes, &ImageViewPanes::changed, this, &ImageStatusBarView::updateStatusBarBtn);
     updateStatusBarBtn();
     setZoom(50, 100, false);
@@ -97,14 +101,25 @@ void ImageStatusBarView::updateStatusBarBtn() {
 }
 
 void ImageStatusBarView::setInfo(const QString& text) {
-    _info = text;
-    _infoLabel->setToolTip(text);
+    if (std::exchange(_info, text) != text) showNews({});
+}
+
+void ImageStatusBarView::tell(const QString& sentence) {
+    constexpr std::chrono::seconds shownFor(8);
+    showNews(sentence);
+    _newsTimer.start(shownFor);
+}
+
+void ImageStatusBarView::showNews(const QString& sentence) {
+    _news = sentence;
+    _newsTimer.stop();
+    _infoLabel->setToolTip(_news.isEmpty() ? _info : _news);
     elideInfo();
 }
 
 void ImageStatusBarView::elideInfo() {
-    _infoLabel->setText(
-        _infoLabel->fontMetrics().elidedText(_info, Qt::ElideMiddle, _infoLabel->width()));
+    _infoLabel->setText(_infoLabel->fontMetrics().elidedText(
+        _news.isEmpty() ? _info : _news, Qt::ElideMiddle, _infoLabel->width()));
 }
 
 void ImageStatusBarView::setZoom(double slider, int percent, bool isEnabled) {

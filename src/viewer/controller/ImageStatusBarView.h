@@ -2,6 +2,7 @@
 
 #include "viewer/controller/ImageViewPanes.h"
 
+#include <QTimer>
 #include <QWidget>
 
 class QLabel;
@@ -18,6 +19,9 @@ public:
     explicit ImageStatusBarView(ImageViewPanes& panes, QWidget* parent = nullptr);
 
     void setInfo(const QString& text);
+    /// A sentence in the place of the photograph's name; goes after some seconds, or with the next
+    /// photograph.
+    void tell(const QString& sentence);
     /// 0 to 100 with the flat middle of actual size, and the label's percentage; without a signal.
     /// The slider is off where there is nothing to zoom.
     void setZoom(double slider, int percent, bool isEnabled);
@@ -34,6 +38,8 @@ protected:
 private:
     [[nodiscard]] QToolButton* makePaneButton(ImageViewPanes::Pane pane);
     void updateStatusBarBtn();
+    /// Empty ends them.
+    void showNews(const QString& sentence);
     void elideInfo();
 
     ImageViewPanes& _panes;
@@ -43,4 +49,6 @@ private:
     QSlider* _zoomSlider;
     QLabel* _zoomLabel;
     QString _info;
+    QString _news;
+    QTimer _newsTimer{this};
 };

@@ -166,6 +166,12 @@ void PBImageViewController::setStatusBarShown(bool isShown) {
     _statusBarView->setVisible(isShown);
 }
 
+bool PBImageViewController::tell(const QString& sentence) {
+    if (!_statusBarView->isVisible()) return false;
+    _statusBarView->tell(sentence);
+    return true;
+}
+
 QString PBImageViewController::title() const {
     const auto focus = focusImageFileItem();
     if (!focus) return {};

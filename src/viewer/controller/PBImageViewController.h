@@ -65,6 +65,8 @@ public:
     /// The keyboard goes to the strip, or to the picture where the strip is hidden.
     void takeFocus();
     void setStatusBarShown(bool isShown);
+    /// Tells the sentence in the status bar for some seconds; false where that is hidden.
+    [[nodiscard]] bool tell(const QString& sentence);
     /// Of the file that is shown; empty where that is not known.
     [[nodiscard]] QString shownPath() const;
     /// Number, count and name of the photograph; empty without one.
