@@ -62,6 +62,12 @@ void findAncestor(OpenFilesRequest& request) {
 
 } // namespace
 
+bool asksForWholeFolder(const PBOpenFiles& request) {
+    return std::ranges::any_of(request.openFileArray(), [](const auto& folder) {
+        return folder.fileArray.empty() && !folder.focusOpenFileObj;
+    });
+}
+
 std::optional<OpenFilesRequest>
 OpenFilesRequest::reduce(const QStringList& paths, const KindOf& kindOf) {
     OpenFilesRequest request;
@@ -71,6 +77,7 @@ OpenFilesRequest::reduce(const QStringList& paths, const KindOf& kindOf) {
             addFolder(request.folders, path);
             break;
         case Kind::File:
+            request.namesFiles = true;
             addFile(request.folders, path);
             break;
         case Kind::Missing:
@@ -79,6 +86,10 @@ OpenFilesRequest::reduce(const QStringList& paths, const KindOf& kindOf) {
     }
     if (request.folders.empty()) return std::nullopt;
     findAncestor(request);
+    const auto ofFiles = std::ranges::find_if_not(
+        request.folders, [](const auto& folder) { return isWhole(*folder); });
+    if (ofFiles != request.folders.end())
+        request.firstFile = {(*ofFiles)->folderPath, (*ofFiles)->fileArray.front()->fileName};
     PBOpenFolderObject& first = *request.folders.front();
     if (request.folders.size() == 1 && first.fileArray.size() == 1) {
         first.focusOpenFileObj = first.fileArray.front();

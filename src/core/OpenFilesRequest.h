@@ -16,6 +16,14 @@ struct OpenFilesRequest {
     QString ancestor;
     /// The user named no folder that is the ancestor: it only came out so.
     bool isAncestorUnnamed = false;
+    /// There was a file among the paths.
+    bool namesFiles = false;
+    /// The first of them that no folder covers; both empty where there is none.
+    struct NamedFile {
+        QString folderPath;
+        QString fileName;
+    };
+    NamedFile firstFile = {};
 
     enum class Kind { Missing, Folder, File };
     using KindOf = std::function<Kind(const QString& path)>;
@@ -25,3 +33,6 @@ struct OpenFilesRequest {
     [[nodiscard]] static std::optional<OpenFilesRequest>
     reduce(const QStringList& paths, const KindOf& kindOf);
 };
+
+/// The user named a folder, which is meant with what is below it.
+[[nodiscard]] bool asksForWholeFolder(const PBOpenFiles& request);

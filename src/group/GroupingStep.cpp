@@ -1,6 +1,7 @@
 #include "group/GroupingStep.h"
 
 #include "FMDB/FMDatabase.h"
+#include "group/FileItemOfRow.h"
 #include "group/ItemOrder.h"
 #include "group/PixelCount.h"
 #include "platform/files/TypeIdentifiers.h"
@@ -89,13 +90,8 @@ void GroupingStep::willInsert(std::span<const ImageFileRow> rows) {
 
 std::shared_ptr<PBImageFileItem>
 GroupingStep::insert(const ImageFileRow& row, const QString& folderPath) {
-    auto item = PBImageFileItem::imageFileItemWithId(
-        row.id, row.folderId, row.fileName, row.fileSize, row.modificationDate);
-    item->setStar(static_cast<quint64>(std::max<qint64>(row.fileStars.toInteger(), 0)));
-    item->setFlagged(row.fileFlag.toInteger() != 0);
+    auto item = fileItemOfRow(row);
     if (!item->isMatchedForSearchString(_searchText, _parameters.filter)) return {};
-    item->setImageSize({row.imageWidth.toDouble(), row.imageHeight.toDouble()});
-    item->setRotateAngle(row.rotateAngle.toDouble());
     place(item, row, folderPath);
     return item;
 }

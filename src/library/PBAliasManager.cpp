@@ -2,6 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "core/Paths.h"
+#include "library/OpenedRoots.h"
 #include "platform/files/PathNames.h"
 #include "platform/program/StandardError.h"
 #include "platform/tasks/MainThread.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <utility>
 
+using OpenedRoots::isOpened;
 using PBUtilities::pathComponents;
 using PBUtilities::pathWithComponents;
 
@@ -52,19 +54,24 @@ void PBAliasManager::setAliasArray(PBAliasArray aliasArray) {
 void PBAliasManager::loadAlias() {
     platform::assertMainThread();
     PBAliasArray roots;
+    PBAliasArray leftOpened;
     FMResultSet rows =
         _environment.mainFileDb.executeQuery(QStringLiteral("select * from FolderAlias"));
     while (rows.next()) {
-        roots.push_back(PBAliasObject::aliasObjectWithId(
+        auto root = PBAliasObject::aliasObjectWithId(
             rows.longLongIntForColumn(QStringLiteral("Id")),
             rows.dataForColumn(QStringLiteral("Data")), QUrl(),
             rows.stringForColumn(QStringLiteral("ReservePath")),
             rows.unsignedLongLongIntForColumn(QStringLiteral("State")),
-            rows.unsignedLongLongIntForColumn(QStringLiteral("Type"))));
+            rows.unsignedLongLongIntForColumn(QStringLiteral("Type")));
+        (isOpened(*root) ? leftOpened : roots).push_back(std::move(root));
     }
     _couldReadAll = !rows.hadError();
     if (!_couldReadAll) tellUnreadRoots(_environment.mainFileDb);
     setAliasArray(std::move(roots));
+    // Before any scan: a photograph that is in the catalogue twice gets no marks back.
+    if (_couldReadAll && !leftOpened.empty() && _environment.removeRows)
+        _environment.removeRows(std::move(leftOpened), nullptr);
     resolveAllAliasWithMount({.updateReserve = true});
 }
 
@@ -181,6 +188,7 @@ std::shared_ptr<PBAliasObject> PBAliasManager::appropriateAliasObjectForPath(
         if (ignoreTrash && root->isZombie()) continue;
         const QStringList rootParts = pathComponents(root->path());
         if (rootParts.size() <= depth || !startsWith(parts, rootParts)) continue;
+        if (isOpened(*root) && rootParts.size() != parts.size()) continue;
         best = root;
         depth = rootParts.size();
     }
@@ -214,7 +222,8 @@ PBAliasArray PBAliasManager::findSubAliasByAliasObject(
     if (folder.isEmpty()) return found;
     for (const auto& root : aliasArray()) {
         const QString path = root->path();
-        if (!path.isEmpty() && PBUtilities::isParentOfPath(folder, path)) found.push_back(root);
+        if (path.isEmpty() || isOpened(*root)) continue;
+        if (PBUtilities::isParentOfPath(folder, path)) found.push_back(root);
     }
     return found;
 }

@@ -4,6 +4,7 @@
 #include "FMDB/FMDatabase.h"
 #include "FMDB/FMTransaction.h"
 #include "core/Paths.h"
+#include "library/OpenedRoots.h"
 #include "platform/tasks/MainThread.h"
 
 #include <algorithm>
@@ -23,7 +24,8 @@ bool PBAliasManager::updateState(PBAliasObject& aliasObject, std::uint64_t state
 
 bool PBAliasManager::isInAnother(const PBAliasObject& root, const PBAliasArray& roots) {
     return std::ranges::any_of(roots, [&](const std::shared_ptr<PBAliasObject>& other) {
-        return other->isMounted() && PBUtilities::comparePath(root.path(), other->path()) == -1;
+        return other->isMounted() && !OpenedRoots::isOpened(*other) &&
+               PBUtilities::comparePath(root.path(), other->path()) == -1;
     });
 }
 
@@ -71,6 +73,7 @@ void PBAliasManager::rootsWereNotRemoved(const PBAliasArray& roots, PBAliasObjec
     }
     PBAliasArray all = aliasArray().copy();
     for (const auto& root : roots) {
+        if (OpenedRoots::isOpened(*root) && root.get() != askedFor) continue;
         const auto place = std::ranges::upper_bound(
             all, root->aliasId(), {}, [](const auto& other) { return other->aliasId(); });
         all.insert(place, root);

@@ -2,6 +2,7 @@
 
 #include "core/Paths.h"
 #include "library/FolderIcons.h"
+#include "library/OpenedRoots.h"
 #include "library/PBAliasResolver.h"
 #include "platform/files/PathNames.h"
 #include "platform/program/LocalizedTexts.h"
@@ -86,7 +87,7 @@ void PBFolderItem::loadChildren() {
     _isLoaded = true;
     _children.clear();
     const QString folder = folderPath();
-    if (folder.isEmpty()) return;
+    if (folder.isEmpty() || OpenedRoots::isOpened(*this)) return;
     if (const auto folders = listed(folder)) takeSubfolders(*folders);
 }
 
@@ -127,7 +128,7 @@ bool PBFolderItem::takeSubfolders(const Subfolders& folders) {
 }
 
 bool PBFolderItem::refreshSelfChilden(const QString& path) {
-    if (!_isLoaded) return false;
+    if (!_isLoaded || OpenedRoots::isOpened(*this)) return false;
     const QString folder = path.isEmpty() ? folderPath() : path;
     if (folder.isEmpty()) {
         _children.clear();

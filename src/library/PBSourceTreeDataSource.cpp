@@ -1,17 +1,19 @@
 #include "library/PBSourceTreeDataSource.h"
 
 #include "core/Paths.h"
-#include "library/PBAliasManager.h"
+#include "library/OpenedRoots.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 namespace {
 
 constexpr int oneLineRow = 20;
 constexpr int twoLineRow = 32;
+constexpr std::size_t openedCategory = 3;
 
 } // namespace
 
@@ -23,10 +25,14 @@ PBSourceTreeDataSource::PBSourceTreeDataSource(PBAliasManager& aliasManager, PBF
           PBSourceCategoryItem::sourceCategoryWithName(platform::localizedString(u"LocalDisks")),
           PBSourceCategoryItem::sourceCategoryWithName(platform::localizedString(u"NetworkDisks")),
           PBSourceCategoryItem::sourceCategoryWithName(
-              platform::localizedString(u"RemovableDisks"))} {}
+              platform::localizedString(u"RemovableDisks")),
+          PBSourceCategoryItem::sourceCategoryWithName(
+              platform::localizedString(u"OpenedFolders"))} {}
 
-PBSourceCategoryItem* PBSourceTreeDataSource::categoryForType(std::uint64_t type) const {
-    return type < _categories.size() ? _categories[type].get() : nullptr;
+PBSourceCategoryItem* PBSourceTreeDataSource::categoryOf(const PBAliasObject& aliasObject) const {
+    if (OpenedRoots::isOpened(aliasObject)) return _categories[openedCategory].get();
+    const std::uint64_t type = aliasObject.type();
+    return type < openedCategory ? _categories[type].get() : nullptr;
 }
 
 std::shared_ptr<PBFolderAliasItem>
@@ -36,21 +42,21 @@ PBSourceTreeDataSource::makeFolderAliasItem(std::shared_ptr<PBAliasObject> alias
 
 void PBSourceTreeDataSource::reloadCategoryItem() {
     platform::assertMainThread();
-    std::array<PBSourceCategoryItem::Children, 3> children;
+    std::map<const PBSourceCategoryItem*, PBSourceCategoryItem::Children> children;
     for (const auto& root : _aliasManager.aliasArray()) {
-        const PBSourceCategoryItem* category = categoryForType(root->type());
+        const PBSourceCategoryItem* category = categoryOf(*root);
         if (root->isZombie() || !category) continue;
         auto item = category->folderAliasItemForAliasObject(*root);
-        children[root->type()].push_back(item ? std::move(item) : makeFolderAliasItem(root));
+        children[category].push_back(item ? std::move(item) : makeFolderAliasItem(root));
     }
-    for (std::size_t i = 0; i < _categories.size(); ++i)
-        _categories[i]->setFolderAliasItems(std::move(children[i]));
+    for (const auto& category : _categories)
+        category->setFolderAliasItems(std::move(children[category.get()]));
     Q_EMIT itemsDidChange();
 }
 
 void PBSourceTreeDataSource::insertFolderAlias(std::shared_ptr<PBFolderAliasItem> item) {
     platform::assertMainThread();
-    PBSourceCategoryItem* category = categoryForType(item->aliasObject()->type());
+    PBSourceCategoryItem* category = categoryOf(*item->aliasObject());
     if (!category) return;
     PBSourceCategoryItem::Children children = category->folderAliasItems();
     children.push_back(std::move(item));
@@ -60,17 +66,18 @@ void PBSourceTreeDataSource::insertFolderAlias(std::shared_ptr<PBFolderAliasItem
 
 void PBSourceTreeDataSource::removeFolderAlias(const PBFolderAliasItem& item) {
     platform::assertMainThread();
-    PBSourceCategoryItem* category = categoryForType(item.aliasObject()->type());
-    if (!category) return;
-    PBSourceCategoryItem::Children children = category->folderAliasItems();
-    std::erase_if(children, [&](const auto& child) { return child.get() == &item; });
-    category->setFolderAliasItems(std::move(children));
+    // Its root may be one of another category by now.
+    for (const auto& category : _categories) {
+        PBSourceCategoryItem::Children children = category->folderAliasItems();
+        std::erase_if(children, [&](const auto& child) { return child.get() == &item; });
+        category->setFolderAliasItems(std::move(children));
+    }
     Q_EMIT itemsDidChange();
 }
 
 bool PBSourceTreeDataSource::refreshAliasObject(const PBAliasObject& aliasObject) {
     platform::assertMainThread();
-    PBSourceCategoryItem* category = categoryForType(aliasObject.type());
+    PBSourceCategoryItem* category = categoryOf(aliasObject);
     if (aliasObject.isZombie() || !category) return false;
     return category->refreshAliasObject(aliasObject);
 }

@@ -13,7 +13,7 @@
 
 class PBAliasManager;
 
-/// The sidebar's tree without its view: three categories, the folder roots in them, and the folders
+/// The sidebar's tree without its view: four categories, the folder roots in them, and the folders
 /// on disk below. Main thread.
 class PBSourceTreeDataSource final : public QObject {
     Q_OBJECT
@@ -27,7 +27,7 @@ public:
     void reloadCategoryItem();
     /// Has the view look at all items again.
     void reloadData() { Q_EMIT itemsDidChange(); }
-    /// Adds the item to the category of its root's type.
+    /// Adds the item to the category of its root.
     void insertFolderAlias(std::shared_ptr<PBFolderAliasItem> item);
     void removeFolderAlias(const PBFolderAliasItem& item);
     [[nodiscard]] std::shared_ptr<PBFolderAliasItem>
@@ -73,13 +73,14 @@ Q_SIGNALS:
     void childrenDidArrive(PBFolderItem* item);
 
 private:
-    [[nodiscard]] PBSourceCategoryItem* categoryForType(std::uint64_t type) const;
+    /// nullptr for a type that nobody knows.
+    [[nodiscard]] PBSourceCategoryItem* categoryOf(const PBAliasObject& aliasObject) const;
 
     PBAliasManager& _aliasManager;
     PBFolderLister& _lister;
     const std::shared_ptr<const PBFolderItemContext> _context;
-    /// Local, network, external: in the order of the types and of the rows.
-    std::array<std::shared_ptr<PBSourceCategoryItem>, 3> _categories;
+    /// Local, network, external, in the order of the types; then what was opened. So are the rows.
+    std::array<std::shared_ptr<PBSourceCategoryItem>, 4> _categories;
     std::shared_ptr<PBOutlineItem> _contextMenuItem;
     bool _ignoreSelectionChanged = false;
 };

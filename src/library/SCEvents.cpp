@@ -17,11 +17,13 @@ SCEvents::~SCEvents() {
     stopWatchingPaths();
 }
 
-bool SCEvents::startWatchingPaths(const QStringList& paths, const QStringList& awaited) {
+bool SCEvents::startWatchingPaths(
+    const QStringList& paths, const QStringList& awaited, const QStringList& flat) {
     const platform::Lock lock(_eventsLock);
     if ((paths.isEmpty() && awaited.isEmpty()) || _eventStream) return false;
     platform::EventStream::Options options = _options;
     options.awaited = awaited;
+    options.flat = flat;
     auto stream = std::make_shared<platform::EventStream>(
         paths, [this](const std::vector<platform::FileSystemEvent>& events) { take(events); },
         std::move(options));
@@ -29,6 +31,7 @@ bool SCEvents::startWatchingPaths(const QStringList& paths, const QStringList& a
     _eventStream = std::move(stream);
     _watchedPaths = paths;
     _awaitedPaths = awaited;
+    _flatPaths = flat;
     return true;
 }
 
@@ -47,6 +50,11 @@ QStringList SCEvents::watchedPaths() const {
 QStringList SCEvents::awaitedPaths() const {
     const platform::Lock lock(_eventsLock);
     return _awaitedPaths;
+}
+
+QStringList SCEvents::flatPaths() const {
+    const platform::Lock lock(_eventsLock);
+    return _flatPaths;
 }
 
 std::shared_ptr<platform::EventStream> SCEvents::eventStream() const {

@@ -33,12 +33,15 @@ public:
 
     /// `awaited` are roots that are not there. False for no paths of either kind, if a stream runs
     /// already, or if the system refuses one. Past changes are not told.
-    bool startWatchingPaths(const QStringList& paths, const QStringList& awaited = {});
+    /// Of those of the paths that are `flat`, only the folder itself is watched.
+    bool startWatchingPaths(
+        const QStringList& paths, const QStringList& awaited = {}, const QStringList& flat = {});
     /// False if no stream runs.
     bool stopWatchingPaths();
     /// Those of the last successful start.
     [[nodiscard]] QStringList watchedPaths() const;
     [[nodiscard]] QStringList awaitedPaths() const;
+    [[nodiscard]] QStringList flatPaths() const;
 
     /// Has what happened until now delivered; returns when it is on its way to the main thread.
     /// False if no stream runs.
@@ -59,4 +62,5 @@ private:
     std::shared_ptr<platform::EventStream> _eventStream VELMORA_GUARDED_BY(_eventsLock);
     QStringList _watchedPaths VELMORA_GUARDED_BY(_eventsLock);
     QStringList _awaitedPaths VELMORA_GUARDED_BY(_eventsLock);
+    QStringList _flatPaths VELMORA_GUARDED_BY(_eventsLock);
 };

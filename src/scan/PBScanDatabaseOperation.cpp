@@ -50,6 +50,7 @@ void PBScanDatabaseOperation::main() {
     _dictionary->services->rewritten->clear();
     CatalogueFolderScan scan(_dictionary, *this);
     visitFolders(scan);
+    visitOpenedFoldersElsewhere(scan);
     if (isCancelled()) return;
     scan.publishRest();
     ScanFigures& figures = _dictionary->services->figures;
@@ -82,6 +83,24 @@ void PBScanDatabaseOperation::visitSelectedFolder(CatalogueFolderScan& scan) {
     if (folderId > 0 && !path.isEmpty()) visit(scan, *folderId, path);
 }
 
+void PBScanDatabaseOperation::visitOpenedFoldersElsewhere(CatalogueFolderScan& scan) {
+    if (!_dictionary->OpenFiles) return;
+    for (const auto& folder : _dictionary->OpenFiles->openFileArray()) {
+        if (isCancelled()) return;
+        QString relativePath;
+        const auto root = _dictionary->services->aliasManager.appropriateAliasObjectForPath(
+            folder.folderPath, &relativePath, false);
+        if (!root) continue;
+        const auto folderId =
+            PBCatalogue(*_dictionary->Database)
+                .findFolderIdByAliasId(
+                    root->aliasId(),
+                    relativePath.isEmpty() ? std::nullopt : std::optional(relativePath));
+        if (!folderId) tellUnreadCatalogue(*_dictionary);
+        if (folderId > 0) visit(scan, *folderId, folder.folderPath);
+    }
+}
+
 void PBScanDatabaseOperation::visitFoldersOfRoot(
     CatalogueFolderScan& scan, const PBAliasObject& root, bool isSelected) {
     const auto& selected = _dictionary->RelativePath;
@@ -99,6 +118,7 @@ void PBScanDatabaseOperation::visitFoldersOfRoot(
 
 void PBScanDatabaseOperation::visit(
     CatalogueFolderScan& scan, qint64 folderId, const QString& folderPath) {
+    if (!_visited.insert(folderId).second) return;
     PBOpenFiles* openFiles = _dictionary->OpenFiles.get();
     if (!openFiles) {
         scanWithFolderId(scan, folderId, folderPath, {}, nullptr);
@@ -170,6 +190,7 @@ void PBScanDatabaseOperation::queueOpenedFolder(
     if (!root) return;
     PBScanDictionary dictionary = *_dictionary;
     dictionary.AliasObject = root;
+    dictionary.RelativePath.reset();
     if (!relativePath.isEmpty()) dictionary.RelativePath = relativePath;
     dictionary.IsOpenFilesScanFolder = true;
     dictionary.OpenFilesOpenFileObjArray = std::move(files);

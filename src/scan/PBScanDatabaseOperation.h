@@ -5,6 +5,7 @@
 #include "scan/PBScanDictionary.h"
 
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 /// First operation of a scan: shows what the catalogue knows of the selected folder, drops what is
@@ -22,8 +23,11 @@ protected:
 private:
     void visitFolders(CatalogueFolderScan& scan);
     void visitSelectedFolder(CatalogueFolderScan& scan);
+    /// Opened folders that are none of those that the selection brings.
+    void visitOpenedFoldersElsewhere(CatalogueFolderScan& scan);
     /// Without `isSelected`, all folders of the root.
     void visitFoldersOfRoot(CatalogueFolderScan& scan, const PBAliasObject& root, bool isSelected);
+    /// Once for each folder.
     void visit(CatalogueFolderScan& scan, qint64 folderId, const QString& folderPath);
     /// Answers the rows that were left for later.
     std::vector<group::ImageFileRow> scanWithFolderId(
@@ -39,6 +43,7 @@ private:
     void queueDiskScan(PBScanDictionary dictionary);
 
     const PBScanDictionaryRef _dictionary;
+    std::unordered_set<qint64> _visited;
     std::vector<ScanDatabaseFolder> _deferred;
     std::vector<ScanDatabaseFolder> _focusDeferred;
 };

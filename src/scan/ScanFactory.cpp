@@ -1,5 +1,6 @@
 #include "scan/ScanFactory.h"
 
+#include "library/OpenedRoots.h"
 #include "platform/tasks/MainThread.h"
 #include "platform/tasks/OperationQueue.h"
 #include "scan/AttachedOperations.h"
@@ -17,9 +18,11 @@ std::shared_ptr<PBScanDictionary> ScanFactory::makeDictionary(
     auto dictionary = std::make_shared<PBScanDictionary>();
     dictionary->Database = &_environment.scanFileDb;
     dictionary->OperationQueue = &_environment.scanQueue;
+    // Of what was opened from outside, nothing but its own folder was asked for.
+    dictionary->RecurseSubFolder =
+        browsing.recurseSubFolder && !(root && OpenedRoots::isOpened(*root));
     dictionary->AliasObject = std::move(root);
     if (!relativePath.isEmpty()) dictionary->RelativePath = relativePath;
-    dictionary->RecurseSubFolder = browsing.recurseSubFolder;
     dictionary->GroupTypeArray = browsing.groupTypeArray;
     if (!_treeState.shownAhead || _treeState.workTree.lock() != workTree)
         _treeState = {
@@ -52,7 +55,7 @@ void ScanFactory::startScan(
     _environment.services->figures.scanBegins();
     auto dictionary = makeDictionary(root, relativePath, std::move(workTree), browsing);
     _treeState.scope = std::make_shared<const ScanScope>(
-        ScanScope{std::move(root), relativePath, browsing.recurseSubFolder});
+        ScanScope{std::move(root), relativePath, dictionary->RecurseSubFolder});
     dictionary->Scope = _treeState.scope;
     _environment.scanQueue.addOperation(
         PBScanDatabaseOperation::scanDatabaseOperationWithDictionary(std::move(dictionary)));

@@ -23,8 +23,11 @@ QString reduced(const QStringList& paths) {
         told.append(
             folder->folderPath + (names.isEmpty() ? u"/"_s : u"(%1)"_s.arg(names.join(u' '))));
     }
-    return u"%1 in %2%3"_s.arg(told.join(u' '), request->ancestor)
-        .arg(request->isAncestorUnnamed ? u" unnamed"_s : QString());
+    EXPECT_EQ(request->namesFiles, paths.join(u' ').contains(u".jpg"_s));
+    const QString first = request->firstFile.fileName;
+    return u"%1 in %2%3%4"_s.arg(told.join(u' '), request->ancestor)
+        .arg(request->isAncestorUnnamed ? u" unnamed"_s : QString())
+        .arg(first.isEmpty() ? first : u", "_s + request->firstFile.folderPath + u'/' + first);
 }
 
 TEST(OpenFilesRequestTest, pathsComeDownToFoldersFilesAndOneAncestor) {
@@ -33,16 +36,16 @@ TEST(OpenFilesRequestTest, pathsComeDownToFoldersFilesAndOneAncestor) {
          {"/p/", "/p/a.jpg /p/", "/p/ /p/a.jpg /p/q/b.jpg", "/p/q/ /p/ /p/r/", "/p/q/a.jpg /p/"})
         EXPECT_EQ(reduced(QString::fromLatin1(paths).split(u' ')), u"/p/ in /p"_s) << paths;
     const std::pair<const char*, const char*> rows[] = {
-        {"/p/a.jpg", "/p(*a.jpg) in /p unnamed"},
-        {"/p/a.jpg /p/a.jpg", "/p(*a.jpg) in /p unnamed"},
-        {"/p/a.jpg /p/A.jpg", "/p(a.jpg A.jpg) in /p unnamed"},
-        {"/p/q/a.jpg /p/Q/a.jpg", "/p/q(a.jpg) /p/Q(a.jpg) in /p unnamed"},
+        {"/p/a.jpg", "/p(*a.jpg) in /p unnamed, /p/a.jpg"},
+        {"/p/a.jpg /p/a.jpg", "/p(*a.jpg) in /p unnamed, /p/a.jpg"},
+        {"/p/b.jpg /p/A.jpg", "/p(b.jpg A.jpg) in /p unnamed, /p/b.jpg"},
+        {"/p/q/a.jpg /p/Q/a.jpg", "/p/q(a.jpg) /p/Q(a.jpg) in /p unnamed, /p/q/a.jpg"},
         // Files above a whole folder stay beside it.
-        {"/p/q/ /p/a.jpg", "/p/q/ /p(a.jpg) in /p"},
+        {"/p/q/ /p/a.jpg", "/p/q/ /p(a.jpg) in /p, /p/a.jpg"},
         {"/p/q/ /p/r/", "/p/q/ /p/r/ in /p unnamed"},
-        {"/p/q/a.jpg /p/r/", "/p/q(a.jpg) /p/r/ in /p unnamed"},
+        {"/p/q/a.jpg /p/r/", "/p/q(a.jpg) /p/r/ in /p unnamed, /p/q/a.jpg"},
         {"/m/a/ /n/b/", "/m/a/ /n/b/ in / unnamed"},
-        {"/x/a.jpg /p/a.jpg", "/p(*a.jpg) in /p unnamed"},
+        {"/x/a.jpg /p/a.jpg", "/p(*a.jpg) in /p unnamed, /p/a.jpg"},
         {"/x /p/x.jpg", "none"}};
     for (const auto& [paths, expected] : rows)
         EXPECT_EQ(reduced(QString::fromLatin1(paths).split(u' ')), QString::fromLatin1(expected));

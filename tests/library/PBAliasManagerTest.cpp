@@ -1,6 +1,7 @@
 #include "library/PBAliasManager.h"
 
 #include "library/LibrarySupport.h"
+#include "library/OpenedRoots.h"
 #include "library/RootPresence.h"
 #include "platform/volumes/Bookmark.h"
 
@@ -253,6 +254,39 @@ TEST_F(PBAliasManagerTest, aRootRemovedByHandIsBackAsItWasWhereTheCatalogueKeeps
     EXPECT_TRUE(manager.resolveAllAliasWithMount({}));
     EXPECT_TRUE(finishRemovals().empty());
     EXPECT_EQ(aliasRows(), support::words("/A/B /A")) << "and what was kept of the other two";
+}
+
+TEST_F(PBAliasManagerTest, anOpenedRootIsItsOwnFolderAndNotThereInTheNextRun) {
+    const auto addOpened = [this](const QString& path) {
+        return addRoot(path, PBAliasObject::Local, OpenedRoots::openedState);
+    };
+    const auto opened = addOpened(a);
+    const auto inner = addRoot(ab);
+    addImage(addFolder(*opened, {}), u"x.jpg"_s);
+    EXPECT_EQ(ownerOf(a), u"/A|"_s);
+    EXPECT_EQ(ownerOf(u"/A/x"_s), u"none|untouched"_s) << "what is below was not asked for";
+    EXPECT_EQ(ownerOf(u"/A/B/x"_s), u"/A/B|x"_s);
+    EXPECT_EQ(OpenedRoots::paths(manager), QStringList{a});
+    // In a folder that is a root it is one of its folders, but for what that does not show.
+    const auto outer = addRoot(u"/Z"_s);
+    const auto hidden = addOpened(u"/Z/.h"_s);
+    EXPECT_TRUE(manager.findSubAliasByAliasObject(*outer, {}).empty());
+    EXPECT_TRUE(OpenedRoots::takeInto(*outer, manager) && hidden->isZombie());
+    EXPECT_FALSE(OpenedRoots::takeInto(*inner, manager)) << "the folder around it is no part of it";
+    EXPECT_TRUE(manager.removeAliasObject(inner));
+    EXPECT_TRUE(finishRemovals().empty());
+    EXPECT_EQ(aliasRows(), (QStringList{a, u"/Z"_s, u"/Z/.h"_s})) << "not kept for an opened one";
+
+    ASSERT_TRUE(db.executeUpdate(
+        u"create trigger T before delete on FolderAlias begin select raise(abort, 'no'); end"_s));
+    for (const bool isLocked : {true, false}) {
+        manager.loadAlias();
+        EXPECT_EQ(finishRemovals().size(), isLocked ? 1U : 0U);
+        EXPECT_EQ(paths(), (QStringList{u"/Z"_s, u"/Z/.h"_s})) << "also where it could not go";
+        ASSERT_TRUE(db.executeUpdate(u"drop trigger if exists T"_s));
+    }
+    EXPECT_EQ(aliasRows(), (QStringList{u"/Z"_s, u"/Z/.h"_s}));
+    EXPECT_EQ(rows("select FileName from ImageFile"), QStringList());
 }
 
 TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {

@@ -93,6 +93,22 @@ TEST_F(EventStreamTest, FilesThatComeGoAndAreRenamedAreToldOnceEach) {
     expect({{u"b.jpg"_s, renamedFile}});
 }
 
+TEST_F(EventStreamTest, OfAFlatRootTheFolderItselfIsWatchedAndARootInItWithAllItsFolders) {
+    makeFolder(u"before"_s);
+    makeFolder(u"root/deep"_s);
+    EventStream::Options options{
+        24h, [this] { return EventStream::Clock::time_point(1h + _ticks.load()); }};
+    options.flat = {_folder.path()};
+    watch({_folder.path(), path(u"root"_s)}, options);
+    makeFolder(u"made"_s);
+    makeFolder(u".moved"_s);
+    rename(u".moved"_s, u"moved"_s);
+    expect({{u"made"_s, createdFolder}, {u"moved"_s, renamedFolder}});
+    for (const QString& folder : {u""_s, u"before/"_s, u"made/"_s, u"moved/"_s, u"root/deep/"_s})
+        write(folder + u"a.jpg"_s);
+    expect({{u"a.jpg"_s, createdFile}, {u"root/deep/a.jpg"_s, createdFile}});
+}
+
 TEST_F(EventStreamTest, FoldersAreFollowedUnderTheirNewNames) {
     makeFolder(u"root/one/deep"_s);
     makeFolder(u"root/two"_s);

@@ -75,3 +75,17 @@ TEST_F(OpenFilesScanTest, AnOpenedFolderShowsEachPhotographOnceAlsoTheNewOnesBel
     EXPECT_EQ(scanInOrder().size(), 8);
     EXPECT_EQ(items().size(), 8U);
 }
+
+TEST_F(OpenFilesScanTest, OpenedFilesOfOtherRootsComeTooAndBeforeTheRest) {
+    makePictures("sub/y.jpg other/f.jpg");
+    const auto far = addRoot(u"sub"_s);
+    root = addRoot(u"other"_s);
+    browsing.recurseSubFolder = false;
+    for (const bool isKnown : {false, true}) {
+        open({opened(root->path(), "e.jpg"), opened(far->path(), "d.jpg")});
+        const QStringList order = scanInOrder();
+        const QStringList first = order.mid(0, 2);
+        EXPECT_TRUE(first.contains(u"e.jpg"_s) && first.contains(u"d.jpg"_s)) << isKnown;
+        EXPECT_EQ(order.size(), 3) << "the folder that is selected is scanned whole";
+    }
+}

@@ -1,12 +1,13 @@
 #include "image/large/PBLoadImageOperation.h"
 
 #include "codec/PBImageImporterManager.h"
+#include "group/PBImageFileItem.h"
 #include "image/large/AnimationFrames.h"
-#include "platform/files/TypeIdentifiers.h"
+#include "image/large/EarlyPhotograph.h"
+#include "image/large/LoadRequests.h"
 #include "platform/tasks/OperationQueue.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 using codec::ReadStatus;
@@ -14,23 +15,6 @@ using codec::ReadStatus;
 namespace {
 
 constexpr double secondsPerMillisecond = 1e-3;
-
-/// Files that may play. Of all others the first picture is all that is shown.
-bool mayPlay(const QString& type) {
-    namespace Types = platform::TypeIdentifiers;
-    static const std::array still = {
-        QStringLiteral("public.jpeg"), QStringLiteral("public.tiff"),
-        Types::cameraRawImage.toString()};
-    return std::ranges::none_of(
-        still, [&](const QString& each) { return Types::conformsTo(type, each); });
-}
-
-/// What the decoders take for sRGB is not named: then nothing is converted.
-QByteArray profileOf(const QColorSpace& colorSpace) {
-    // Also that of an invalid one: the toolkit reads matrix profiles only, the colour engine all.
-    const bool isPlain = colorSpace == QColorSpace(QColorSpace::SRgb);
-    return isPlain ? QByteArray() : colorSpace.iccProfile();
-}
 
 } // namespace
 
@@ -76,12 +60,9 @@ void PBLoadImageOperation::main() {
 }
 
 codec::DecodeRequest PBLoadImageOperation::request() const {
-    codec::DecodeRequest request;
-    if (_job.scale < 1.0) {
-        const double longer = std::max(_job.imageSize.width(), _job.imageSize.height());
-        request.maxSize = std::max(1, static_cast<int>(_job.scale * longer));
-    }
-    request.targetProfile = profileOf(_job.colorSpace);
+    const double longer = std::max(_job.imageSize.width(), _job.imageSize.height());
+    const double wanted = _job.scale < 1.0 ? std::max(1.0, _job.scale * longer) : 0;
+    codec::DecodeRequest request = LoadRequests::make(wanted, _job.colorSpace);
     request.urgency = _urgency;
     return request;
 }
@@ -91,9 +72,14 @@ LoadedImages PBLoadImageOperation::load() {
         _importers.imageImporterForImageURL(_job.filePath);
     if (!importer) return LoadedImages::nullMarker();
     importer->setUrgency(_urgency);
-    if (mayPlay(importer->utiType()))
+    if (LoadRequests::mayPlay(importer->utiType()))
         if (auto animation = loadAnimation(importer)) return std::move(*animation);
-    codec::ReadResult result = importer->readImage(request(), stopToken());
+    // What was opened from outside may have been begun before anybody asked the line for it.
+    auto early = EarlyPhotograph::shared().take(
+        _job.filePath, _job.contextObj->fileSize(), _job.contextObj->modifiedDate(), request(),
+        stopToken());
+    codec::ReadResult result =
+        early ? *std::move(early) : importer->readImage(request(), stopToken());
     if (result.status == ReadStatus::NotNow) return LoadedImages::notNow();
     if (result.frame.image.isNull()) return LoadedImages::nullMarker();
     return shared(std::make_unique<PBImages>(std::vector{PBImage(std::move(result.frame.image))}));

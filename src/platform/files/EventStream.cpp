@@ -88,7 +88,7 @@ class EventStream::Worker final : private InotifyTree::Sink {
 public:
     Worker(const QStringList& paths, Handler handler, Options options)
         : _roots(rootsOf(paths)), _options(std::move(options)), _awaited(rootsOf(_options.awaited)),
-          _wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+          _flat(rootsOf(_options.flat)), _wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
           _growing(_options.growing ? _options.growing : std::make_shared<GrowingFiles>()) {
         _receiver->handler = std::move(handler);
         makeTree();
@@ -154,7 +154,7 @@ private:
     }
 
     void run() {
-        _tree->addRoots(_roots, _awaited);
+        _tree->addRoots(_roots, _awaited, _flat);
         startBatch(_options.now());
         while (!_stop.stop_requested()) {
             waitForWork();
@@ -231,7 +231,7 @@ private:
                                 "looked through again")
                      .arg(QLatin1StringView(numberIn("/proc/sys/fs/inotify/max_queued_events"))));
         makeTree();
-        _tree->addRoots(_roots, _awaited);
+        _tree->addRoots(_roots, _awaited, _flat);
         for (const QByteArray& root : _roots)
             mustScan(root);
     }
@@ -281,6 +281,7 @@ private:
     const std::vector<QByteArray> _roots;
     const Options _options;
     const std::vector<QByteArray> _awaited;
+    const std::vector<QByteArray> _flat;
     const std::shared_ptr<Receiver> _receiver = std::make_shared<Receiver>();
     const int _wake;
     bool _isValid = false; // settled before the thread starts

@@ -58,6 +58,8 @@ public:
         /// Roots that are not there. They are told with `EventRootChanged` once something is at
         /// their path, and then watched like the others.
         QStringList awaited = {};
+        /// Those of the paths of which nothing below the folder itself is watched, nor listed.
+        QStringList flat = {};
         /// Of an earlier stream, which has ended: what it waited for is waited for on. May be
         /// empty.
         std::shared_ptr<GrowingFiles> growing = nullptr;

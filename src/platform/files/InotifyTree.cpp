@@ -76,7 +76,9 @@ InotifyTree::~InotifyTree() {
 }
 
 void InotifyTree::addRoots(
-    const std::vector<QByteArray>& roots, const std::vector<QByteArray>& awaited) {
+    const std::vector<QByteArray>& roots, const std::vector<QByteArray>& awaited,
+    const std::vector<QByteArray>& flat) {
+    _flat = flat;
     _roots = roots;
     _roots.insert(_roots.end(), awaited.begin(), awaited.end());
     _awaited = awaited;
@@ -91,9 +93,14 @@ void InotifyTree::addRoots(
 }
 
 void InotifyTree::addRoot(const QByteArray& root) {
-    const bool isCovered = std::ranges::any_of(
-        _roots, [&](const QByteArray& other) { return other != root && isAtOrBelow(root, other); });
+    const bool isCovered = std::ranges::any_of(_roots, [&](const QByteArray& other) {
+        return other != root && !isFlat(other) && isAtOrBelow(root, other);
+    });
     if (!isCovered) addFolder(nullptr, root, root, false);
+}
+
+bool InotifyTree::isFlat(const QByteArray& root) const {
+    return std::ranges::find(_flat, root) != _flat.end();
 }
 
 void InotifyTree::watchAncestors(const QByteArray& root, std::uint32_t mask) {
@@ -194,7 +201,7 @@ void InotifyTree::addFolder(
         const auto [node, isNew] = addNode(above, folder.name, folder.path, root);
         // One that is made may be known: by the event of a former folder of its path, whose end has
         // then taken along what was found in this one.
-        if (!node || (!isNew && !announce)) continue;
+        if (!node || (!isNew && !announce) || isFlat(root)) continue;
         const DirectoryHandle directory = openDirectory(folder.path);
         if (!directory) continue;
         while (const dirent* entry = ::readdir(directory.get())) {
@@ -300,7 +307,7 @@ void InotifyTree::handleFolder(Node& parent, const QByteArray& name, const inoti
     const QByteArray path = pathIn(parent, name);
     if ((event.mask & IN_CREATE) != 0) {
         _sink.folderEvent(path, EventItemCreated | EventItemIsDir);
-        if (isEntered(name)) addFolder(&parent, name, parent.root, true);
+        if (isEntered(name) && !isFlat(parent.root)) addFolder(&parent, name, parent.root, true);
     } else if ((event.mask & IN_DELETE) != 0) {
         _sink.folderEvent(path, EventItemRemoved | EventItemIsDir);
         _sink.folderMoved(path, {});
@@ -371,7 +378,7 @@ void InotifyTree::renamedTo(Node& parent, const QByteArray& name, const inotify_
         }
     } else {
         if (from && from->node) removeNode(*from->node);
-        if (isEntered(name)) addFolder(&parent, name, parent.root, false);
+        if (isEntered(name) && !isFlat(parent.root)) addFolder(&parent, name, parent.root, false);
     }
 }
 

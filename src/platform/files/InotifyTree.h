@@ -60,9 +60,11 @@ public:
     /// Watches the roots; one that lies in another is only asked about for `rootChanged`, which
     /// is told at once of those that are not there. Those
     /// that are `awaited` are told of by that, too, as soon as something is at their path, which
-    /// may be at once; what happens in it then is told as that of any root.
-    void
-    addRoots(const std::vector<QByteArray>& roots, const std::vector<QByteArray>& awaited = {});
+    /// may be at once; what happens in it then is told as that of any root. Of those that are
+    /// `flat` nothing below the folder itself is watched.
+    void addRoots(
+        const std::vector<QByteArray>& roots, const std::vector<QByteArray>& awaited = {},
+        const std::vector<QByteArray>& flat = {});
     /// Reads and handles what the kernel has.
     void readEvents(Clock::time_point now);
     /// First halves of renames whose other half did not come were moves to elsewhere.
@@ -109,6 +111,7 @@ private:
     void renamedTo(Node& parent, const QByteArray& name, const inotify_event& event);
     void movedAway(const Rename& rename);
     void addRoot(const QByteArray& root);
+    [[nodiscard]] bool isFlat(const QByteArray& root) const;
     void watchAncestors(const QByteArray& root, std::uint32_t mask);
     /// With `announce`, all that is found is told as created.
     void addFolder(Node* parent, const QByteArray& name, const QByteArray& root, bool announce);
@@ -133,6 +136,7 @@ private:
     const std::stop_token _stop;
     int _descriptor;
     std::vector<QByteArray> _roots;
+    std::vector<QByteArray> _flat;
     std::vector<QByteArray> _rootsAtLimit;
     std::unordered_map<int, std::unique_ptr<Node>> _nodes; // by watch
     std::unordered_map<int, Ancestor> _ancestors;          // by watch

@@ -1,0 +1,177 @@
+#include "image/large/EarlyPhotograph.h"
+
+#include "core/Angles.h"
+#include "image/large/LoadRequests.h"
+#include "platform/tasks/MainLoop.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <future>
+#include <thread>
+#include <utility>
+
+using platform::MainLoop;
+
+namespace {
+
+/// Between two looks at whether those who wait still want it.
+constexpr std::chrono::milliseconds lookInterval{5};
+
+int longerSide(const QImage& image) {
+    return std::max(image.width(), image.height());
+}
+
+double orientationOf(const PBDictionary& properties) {
+    const PBDictionary* tiff = valueForKey(properties, QStringLiteral("{TIFF}")).dictionary();
+    if (!tiff) return 0;
+    const qint64 orientation = valueForKey(*tiff, QStringLiteral("Orientation")).toInteger();
+    return PBUtilities::orientationToAngle(static_cast<int>(orientation));
+}
+
+} // namespace
+
+struct EarlyPhotograph::Work {
+    QString path;
+    codec::DecodeRequest request;
+    /// Set by the decoding thread before the picture is there.
+    platform::ResourceValues values;
+    std::promise<codec::ReadResult> decoded;
+    std::future<codec::ReadResult> picture = decoded.get_future();
+    std::atomic<bool> isTaken = false;
+
+    platform::Mutex mutex;
+    std::optional<Seen> seen VELMORA_GUARDED_BY(mutex);
+    Observer observer VELMORA_GUARDED_BY(mutex);
+
+    // Last: they use what is above.
+    std::jthread decoding;
+    std::jthread reading;
+
+    /// On the main thread, as soon as there is both.
+    static void tell(const std::shared_ptr<Work>& work) {
+        MainLoop* loop = MainLoop::instance();
+        if (!loop) return;
+        loop->post(MainLoop::Mode::Common, [weak = std::weak_ptr(work)] {
+            const auto told = weak.lock();
+            if (!told) return;
+            Observer observer;
+            std::optional<Seen> seen;
+            {
+                const platform::Lock lock(told->mutex);
+                if (!told->seen) return;
+                seen = told->seen;
+                observer = std::exchange(told->observer, {});
+            }
+            if (observer) observer(*seen);
+        });
+    }
+};
+
+EarlyPhotograph& EarlyPhotograph::shared() {
+    static EarlyPhotograph early;
+    return early;
+}
+
+EarlyPhotograph::EarlyPhotograph() = default;
+
+EarlyPhotograph::~EarlyPhotograph() {
+    forget();
+}
+
+std::shared_ptr<EarlyPhotograph::Work> EarlyPhotograph::workOn(const QString& path) const {
+    const platform::Lock lock(_mutex);
+    return _work && _work->path == path ? _work : nullptr;
+}
+
+void EarlyPhotograph::forget() {
+    std::shared_ptr<Work> work;
+    const platform::Lock lock(_mutex);
+    work.swap(_work);
+    if (!work) return;
+    work->decoding.request_stop();
+    work->reading.request_stop();
+    for (std::jthread* thread : {&work->decoding, &work->reading})
+        if (thread->joinable()) thread->join();
+}
+
+void EarlyPhotograph::begin(const QString& path, const LargeImageScreen& screen) {
+    if (workOn(path)) return;
+    forget();
+    auto work = std::make_shared<Work>();
+    work->path = path;
+    work->request = LoadRequests::make(screen.fitInSide(), screen.colorSpace);
+    work->request.urgency = codec::Urgency::Focus;
+    const platform::Lock lock(_mutex);
+    _work = work;
+    // Not with a share of their own: `forget` joins them before the work goes.
+    work->decoding = std::jthread([this, weak = std::weak_ptr(work)](const std::stop_token& stop) {
+        if (const auto mine = weak.lock()) decode(mine, stop);
+    });
+    work->reading = std::jthread([this, weak = std::weak_ptr(work)](const std::stop_token& stop) {
+        if (const auto mine = weak.lock()) read(mine, stop);
+    });
+}
+
+void EarlyPhotograph::decode(const std::shared_ptr<Work>& work, const std::stop_token& stop) {
+    codec::ReadResult result;
+    result.status = codec::ReadStatus::NotNow;
+    work->values = platform::FileManager::look(work->path).values;
+    const auto importer = _importers.imageImporterForImageURL(work->path);
+    if (importer && !LoadRequests::mayPlay(importer->utiType())) {
+        importer->setUrgency(work->request.urgency);
+        result = importer->readImage(work->request, stop);
+    }
+    work->decoded.set_value(std::move(result));
+}
+
+void EarlyPhotograph::read(const std::shared_ptr<Work>& work, const std::stop_token& stop) {
+    const platform::EntryLook looked = platform::FileManager::look(work->path);
+    const auto importer = _importers.imageImporterForImageURL(work->path);
+    if (!importer || looked.presence != platform::Presence::There) return;
+    importer->setUrgency(codec::Urgency::Focus);
+    const auto properties = importer->readProperties(0, stop).ifRead();
+    if (!properties) return;
+    const auto side = [&](const QString& key) {
+        return static_cast<double>(valueForKey(*properties, key).toInteger());
+    };
+    Seen seen{
+        looked.values,
+        QSizeF(side(QStringLiteral("PixelWidth")), side(QStringLiteral("PixelHeight"))),
+        orientationOf(*properties)};
+    if (seen.imageSize.isEmpty()) return;
+    {
+        const platform::Lock lock(work->mutex);
+        work->seen = seen;
+        if (!work->observer) return;
+    }
+    Work::tell(work);
+}
+
+void EarlyPhotograph::observe(const QString& path, Observer observer) {
+    const auto work = workOn(path);
+    if (!work) return;
+    const platform::Lock lock(work->mutex);
+    work->observer = std::move(observer);
+    if (work->seen) Work::tell(work);
+}
+
+std::optional<codec::ReadResult> EarlyPhotograph::take(
+    const QString& path, quint64 fileSize, double modificationDate,
+    const codec::DecodeRequest& request, std::stop_token stop) {
+    const auto work = workOn(path);
+    const bool isFull = request.maxSize == 0;
+    if (!work || request.targetProfile != work->request.targetProfile) return std::nullopt;
+    // A scale went there and back.
+    if (!isFull && std::abs(request.maxSize - work->request.maxSize) > 1) return std::nullopt;
+    if (work->isTaken.exchange(true)) return std::nullopt;
+    while (work->picture.wait_for(lookInterval) != std::future_status::ready)
+        if (stop.stop_requested()) return std::nullopt;
+    const auto& values = work->values;
+    const bool isSame = static_cast<quint64>(values.fileSize) == fileSize &&
+                        values.modificationDate == modificationDate;
+    codec::ReadResult result = work->picture.get();
+    if (!isSame || result.frame.image.isNull()) return std::nullopt;
+    if (isFull && longerSide(result.frame.image) >= work->request.maxSize) return std::nullopt;
+    return result;
+}
