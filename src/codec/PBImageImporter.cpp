@@ -90,6 +90,16 @@ codec::PictureProperties PBImageImporter::readProperties(std::size_t index, std:
     }
 }
 
+codec::ReadMetadata PBImageImporter::readMetadata(std::stop_token stop) {
+    const OpenFile file(_path);
+    if (!file.descriptor.isOpen()) return {file.status, {}};
+    try {
+        return codec::frameReader()->metadataBlocks(file.descriptor.get(), stop);
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
 std::vector<codec::PictureProperties>
 PBImageImporter::propertiesOfImages(std::span<const QString> paths, std::stop_token stop) {
     std::vector<codec::PictureProperties> all(paths.size());

@@ -36,6 +36,9 @@ struct ScriptedReader final : codec::FrameReader {
     properties(int, const QString&, std::size_t, std::stop_token) override {
         throw std::runtime_error("damaged");
     }
+    codec::ReadMetadata metadataBlocks(int, std::stop_token) override {
+        throw std::runtime_error("damaged");
+    }
 };
 
 struct ImporterFallback : ::testing::Test {

@@ -1,4 +1,7 @@
+#include "codec/PBImageImporterManager.h"
+#include "codec/encoding/PictureEncoder.h"
 #include "e2e/Program.h"
+#include "platform/files/TypeIdentifiers.h"
 
 #include <QDirIterator>
 
@@ -48,6 +51,28 @@ struct FilesRunTest : e2e::ProgramTest {
     void answer(const QString& button, bool forAll = false) {
         if (forAll) clickPlace(u"Apply to All"_s);
         pressButton(button);
+    }
+
+    /// Goes through the sheet of an export to the type in that place of its list.
+    void chooseType(qsizetype place) {
+        desktop.key(u"ctrl+shift+e"_s);
+        waitForFocus(u"QComboBox"_s);
+        desktop.key(u"Home"_s);
+        for (qsizetype i = 0; i < place; ++i)
+            desktop.key(u"Down"_s);
+        pressButton(u"Export…"_s);
+        waitForFocus(u"QLineEdit"_s);
+    }
+    /// Answers the chooser of a file.
+    void saveAs(const QString& file) {
+        desktop.key(u"ctrl+a"_s);
+        desktop.type(file);
+        desktop.key(u"Return"_s);
+    }
+    static QSize sizeOf(const QString& file) {
+        PBImageImporterManager importers;
+        const auto importer = importers.imageImporterForImageURL(file);
+        return importer ? importer->createImageWithMaxSize(0, 0).size() : QSize();
     }
 
     QString name;
@@ -106,6 +131,56 @@ TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     answer(u"Skip"_s, true);
     EXPECT_TRUE(exists(outside + u'/' + name));
     EXPECT_TRUE(waitFor([&](const State&) { return QDir(outside).count() > 60; }));
+}
+
+TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
+    paintPhotographs();
+    start();
+    const QDir outside(QDir::home().filePath(u"outside"_s));
+    ASSERT_TRUE(QDir().mkpath(outside.path()));
+    selectFirst();
+    const QSize size = sizeOf(path);
+    support::writeFile(outside.filePath(u"out.jpg"_s), "former");
+    const QStringList types = codec::writableTypes();
+    for (qsizetype i = 0; i < types.size(); ++i) {
+        const QString extension = platform::TypeIdentifiers::preferredExtension(types[i]);
+        SCOPED_TRACE(extension.toStdString());
+        const QString file = outside.filePath(u"out."_s + extension);
+        chooseType(i);
+        saveAs(file);
+        if (i == 0) {
+            EXPECT_EQ(QFileInfo(file).size(), 6);
+            pressButton(u"Yes"_s);
+        }
+        EXPECT_TRUE(waitFor([&](const State&) { return QFileInfo(file).size() > 100; }));
+        EXPECT_EQ(sizeOf(file), size);
+        waitForFocus(u"PBImageBrowserView"_s);
+    }
+    // The extension is added, and then what is there is not replaced without a question.
+    chooseType(1);
+    saveAs(outside.filePath(u"out"_s));
+    answer(u"Skip"_s);
+    waitForFocus(u"PBImageBrowserView"_s);
+    // A photograph stays as it is.
+    chooseType(0);
+    saveAs(path);
+    pressButton(u"Yes"_s);
+    pressButton(u"OK"_s);
+    waitForFocus(u"PBImageBrowserView"_s);
+
+    const QDir many(QDir::home().filePath(u"many"_s));
+    ASSERT_TRUE(QDir().mkpath(many.path()));
+    desktop.key(u"ctrl+a"_s);
+    ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
+    chooseType(0);
+    desktop.type(many.path());
+    desktop.key(u"Return"_s);
+    const auto files = [&many] { return QDir(many.path()).entryList({u"*.jpg"_s}, QDir::Files); };
+    EXPECT_TRUE(waitFor([&](const State&) { return files().size() == 92; }));
+    EXPECT_EQ(sizeOf(many.filePath(name)), size);
+    waitForFocus(u"PBImageBrowserView"_s);
+    desktop.key(u"ctrl+z"_s);
+    EXPECT_TRUE(waitFor([&](const State&) { return files().isEmpty(); }));
 }
 
 TEST_F(FilesRunTest, pasteTakesWhatAnotherProgramCopiedOrCut) {

@@ -47,7 +47,10 @@ struct ExportTest : support::TransferFixture {
                           exif["Exif.Photo.PixelXDimension"] = std::uint32_t(4000);
                           exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
                           exif["Exif.GPSInfo.GPSLatitude"] = "48/1 30/1 0/1";
+                          exif["Exif.Photo.ColorSpace"] = std::uint16_t(2);
                           iptc["Iptc.Application2.Caption"] = "Caption";
+                          iptc["Iptc.Application2.City"] = "Lisbon";
+                          xmp["Xmp.photoshop.City"] = "Lisbon";
                           xmp["Xmp.exif.GPSLatitude"] = "48,30.0N";
                           xmp["Xmp.dc.title"] = "lang=x-default Title";
                           xmp["Xmp.tiff.Orientation"] = "6";
@@ -96,13 +99,18 @@ TEST_F(ExportTest, everyTypeHasThePixelsUprightAndTheMetadataThatWereWanted) {
         EXPECT_TRUE(QStringList({u"1"_s, QString()}).contains(entry(properties, u".Orientation"_s)))
             << entry(properties, u".Orientation"_s).toStdString();
         EXPECT_FALSE(entry(properties, u"GPS.Latitude"_s).isEmpty());
+        EXPECT_EQ(entry(properties, u"Exif.ColorSpace"_s), u"1"_s) << "as its pixels are";
+        EXPECT_EQ(entry(properties, u"IPTC.Caption/Abstract"_s), u"Caption"_s);
+        EXPECT_EQ(entry(properties, u"IPTC.City"_s), u"Lisbon"_s);
 
         settings.hasLocation = false;
         const auto anywhere = exported("a.jpg", settings);
         const auto kept = pictures::propertiesOf(anywhere.content, type);
         EXPECT_EQ(entry(kept, u"TIFF.Make"_s), u"Maker"_s);
         EXPECT_EQ(entry(kept, u"GPS.Latitude"_s), QString());
-        EXPECT_FALSE(anywhere.content.contains("48,30"));
+        EXPECT_EQ(entry(kept, u"IPTC.Caption/Abstract"_s), u"Caption"_s);
+        EXPECT_EQ(entry(kept, u"IPTC.City"_s), QString());
+        EXPECT_FALSE(anywhere.content.contains("48,30") || anywhere.content.contains("Lisbon"));
 
         settings.hasMetadata = false;
         settings.maxSize = 80;
@@ -136,9 +144,27 @@ TEST_F(ExportTest, coloursKeepTheirProfileAndDeepOnesTheirBits) {
         const QColor wanted = seen(read("deep.png"), u"public.png"_s).pixelColor(30, 16);
         EXPECT_LE(std::abs(shown.red() - wanted.red()), 4);
         EXPECT_LE(std::abs(shown.blue() - wanted.blue()), 4);
-        if (type == u"public.png"_s || type == u"public.tiff"_s) {
-            EXPECT_EQ(entry(properties, u".Depth"_s), u"16"_s);
-        }
+        const bool isShallow = type == u"public.jpeg"_s || type == u"org.webmproject.webp"_s;
+        const bool isTen = type == u"public.avif"_s || type == u"public.heic"_s;
+        EXPECT_EQ(entry(properties, u".Depth"_s), isShallow ? u"8"_s : isTen ? u"10"_s : u"16"_s);
+    }
+}
+
+TEST_F(ExportTest, howTheSourceWasStoredIsNotToldOfTheExport) {
+    putPhotograph("a.jpg");
+    put("lzw.tif", exported("a.jpg", {.type = u"public.tiff"_s, .tiffCompression = 5}).content);
+    for (const QString& type : {u"public.jpeg"_s, u"public.tiff"_s, u"public.png"_s}) {
+        const auto made = exported("lzw.tif", {.type = type, .quality = 0.9, .maxSize = 50});
+        EXPECT_LE(
+            difference(
+                seen(made.content, type),
+                seen(read("lzw.tif"), type).scaledToWidth(50, Qt::SmoothTransformation)),
+            12);
+        const auto properties = pictures::propertiesOf(made.content, type);
+        EXPECT_EQ(entry(properties, u"TIFF.Make"_s), u"Maker"_s);
+        EXPECT_EQ(
+            entry(properties, u"TIFF.Compression"_s),
+            type == u"public.tiff"_s ? u"1"_s : QString());
     }
 }
 
@@ -189,7 +215,9 @@ TEST_F(ExportTest, whatIsMadeIsWholeOrAbsentAndNeverInPlaceOfItsSource) {
         return plan;
     };
     static_cast<void>(run(planOf("a", {}, true)));
+    static_cast<void>(run(planOf("a", {}, false)));
     EXPECT_EQ(read("a/x.jpg"), "source");
+    EXPECT_EQ(read("a/x copy.jpg"), "made");
     static_cast<void>(run(planOf("b", std::make_error_code(std::errc::bad_message), true)));
     EXPECT_EQ(read("b/x.jpg"), "other");
     static_cast<void>(run(planOf("b", {}, false)));

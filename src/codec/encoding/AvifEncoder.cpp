@@ -21,11 +21,12 @@ const std::uint8_t* bytesOf(const QByteArray& bytes) {
 } // namespace
 
 QByteArray avif(
-    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
-    double quality) {
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality,
+    int threads) {
+    const bool isDeep = image.depth() == 64;
     const std::unique_ptr<avifImage, Destroyer> picture(avifImageCreate(
-        static_cast<std::uint32_t>(image.width()), static_cast<std::uint32_t>(image.height()), 8,
-        quality >= 0.9 ? AVIF_PIXEL_FORMAT_YUV444 : AVIF_PIXEL_FORMAT_YUV420));
+        static_cast<std::uint32_t>(image.width()), static_cast<std::uint32_t>(image.height()),
+        isDeep ? 10 : 8, quality >= 0.9 ? AVIF_PIXEL_FORMAT_YUV444 : AVIF_PIXEL_FORMAT_YUV420));
     const std::unique_ptr<avifEncoder, Destroyer> encoder(avifEncoderCreate());
     if (!picture || !encoder) return {};
     if (profile.isEmpty()) {
@@ -44,16 +45,18 @@ QByteArray avif(
         avifImageSetMetadataXMP(
             picture.get(), bytesOf(metadata.xmp), static_cast<std::size_t>(metadata.xmp.size()));
     }
-    QImage pixels = image.convertToFormat(QImage::Format_RGBA8888);
+    const QImage pixels = isDeep ? image : image.convertToFormat(QImage::Format_RGBA8888);
     avifRGBImage rgb;
     avifRGBImageSetDefaults(&rgb, picture.get());
     rgb.format = AVIF_RGB_FORMAT_RGBA;
     rgb.ignoreAlpha = image.hasAlphaChannel() ? AVIF_FALSE : AVIF_TRUE;
-    rgb.pixels = pixels.bits();
+    rgb.depth = isDeep ? 16 : 8;
+    rgb.pixels = const_cast<std::uint8_t*>(pixels.constBits()); // only read
     rgb.rowBytes = static_cast<std::uint32_t>(pixels.bytesPerLine());
     if (avifImageRGBToYUV(picture.get(), &rgb) != AVIF_RESULT_OK) return {};
     constexpr int quick = 6; // of 10, as its makers advise for photographs
     encoder->speed = quick;
+    encoder->maxThreads = threads;
     encoder->minQuantizer = 0;
     encoder->maxQuantizer =
         static_cast<int>(std::lround(AVIF_QUANTIZER_WORST_QUALITY * (1 - quality)));

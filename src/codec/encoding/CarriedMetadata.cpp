@@ -5,7 +5,10 @@
 #include <exiv2/exiv2.hpp>
 #include <exiv2/webpimage.hpp>
 
+#include <algorithm>
 #include <cstdint>
+#include <initializer_list>
+#include <iterator>
 #include <span>
 #include <string>
 
@@ -19,61 +22,103 @@ Bytes bytesOf(const QByteArray& file) {
         static_cast<std::size_t>(file.size())));
 }
 
-/// Tags of the first directory that speak of the former file's pixels, or hold other metadata
-/// once more; those of DNG describe raw samples (DNG 1.4, tags from 50706 on).
-bool isOfFormerFile(const Exiv2::Exifdatum& datum) {
-    if (datum.groupName() != "Image") return false;
-    switch (datum.tag()) {
-    case 0x0100: // ImageWidth
-    case 0x0101: // ImageLength
-    case 0x02bc: // XMLPacket
-    case 0x8649: // ImageResources
-    case 0x83bb: // IPTCNAA
-    case 0x8773: // InterColorProfile
-    case 0x014a: // SubIFDs
-        return true;
-    default:
-        return datum.tag() >= 50706 && datum.tag() <= 52600;
-    }
+bool containsAny(const std::string& text, std::initializer_list<const char*> words) {
+    const QString low = QString::fromStdString(text).toLower();
+    return std::ranges::any_of(
+        words, [&low](const char* word) { return low.contains(QLatin1String(word)); });
 }
 
-QByteArray carriedExif(Exiv2::ExifData exif, Exiv2::ByteOrder order, QSize size, bool location) {
-    Exiv2::ExifThumb(exif).erase();
-    for (auto datum = exif.begin(); datum != exif.end();) {
-        const bool goes = isOfFormerFile(*datum) || (!location && datum->groupName() == "GPSInfo");
-        datum = goes ? exif.erase(datum) : std::next(datum);
-    }
-    if (!location) {
-        // The directory's place, which would lead nowhere.
-        const auto place = exif.findKey(Exiv2::ExifKey("Exif.Image.GPSTag"));
-        if (place != exif.end()) exif.erase(place);
-    }
+bool isPlace(const Exiv2::Exifdatum& datum) {
+    return datum.groupName() == "GPSInfo" || datum.key() == "Exif.Image.GPSTag";
+}
+
+/// Names of places as much as their coordinates.
+bool isPlace(const Exiv2::Xmpdatum& datum) {
+    const std::string group = datum.groupName();
+    // Where the photographer can be reached is another matter.
+    const bool isNamed = (group == "photoshop" || group.starts_with("iptc")) &&
+                         !datum.tagName().starts_with("CreatorContactInfo");
+    return containsAny(datum.key(), {"gps", "latitude", "longitude"}) ||
+           (isNamed && containsAny(datum.tagName(), {"city", "state", "country", "location"}));
+}
+
+/// Record and data set of IPTC's Information Interchange Model, version 4.
+bool isPlace(const Exiv2::Iptcdatum& datum) {
+    constexpr std::uint16_t application = 2;
+    constexpr std::uint16_t places[] = {
+        26,  // content location code
+        27,  // content location name
+        90,  // city
+        92,  // sub-location
+        95,  // province or state
+        100, // country code
+        101, // country
+    };
+    return datum.record() == application && std::ranges::binary_search(places, datum.tag());
+}
+
+template <typename Data>
+void removePlaces(Data& data) {
+    for (auto datum = data.begin(); datum != data.end();)
+        datum = isPlace(*datum) ? data.erase(datum) : std::next(datum);
+}
+
+const Exiv2::byte* bytesOfBlock(const QByteArray& block) {
+    return reinterpret_cast<const Exiv2::byte*>(block.constData());
+}
+
+std::uint32_t sizeOfBlock(const QByteArray& block) {
+    return static_cast<std::uint32_t>(block.size());
+}
+
+QByteArray carriedExif(const QByteArray& block, const NewPicture& picture) {
+    Exiv2::ExifData exif;
+    const Exiv2::ByteOrder order =
+        Exiv2::ExifParser::decode(exif, bytesOfBlock(block), sizeOfBlock(block));
+    if (!picture.hasLocation) removePlaces(exif);
     if (exif.empty()) return {};
     exif["Exif.Image.Orientation"] = static_cast<std::uint16_t>(1);
-    exif["Exif.Photo.PixelXDimension"] = static_cast<std::uint32_t>(size.width());
-    exif["Exif.Photo.PixelYDimension"] = static_cast<std::uint32_t>(size.height());
+    exif["Exif.Photo.PixelXDimension"] = static_cast<std::uint32_t>(picture.size.width());
+    exif["Exif.Photo.PixelYDimension"] = static_cast<std::uint32_t>(picture.size.height());
+    constexpr std::uint16_t uncalibrated = 0xffff;
+    exif["Exif.Photo.ColorSpace"] = picture.isSrgb ? std::uint16_t{1} : uncalibrated;
+    const auto rule = exif.findKey(Exiv2::ExifKey("Exif.Iop.InteroperabilityIndex"));
+    if (rule != exif.end()) *rule = picture.isSrgb ? "R98" : "R03";
     Exiv2::Blob blob;
     Exiv2::ExifParser::encode(
         blob, order == Exiv2::invalidByteOrder ? Exiv2::littleEndian : order, exif);
     return {reinterpret_cast<const char*>(blob.data()), static_cast<qsizetype>(blob.size())};
 }
 
-QByteArray carriedXmp(Exiv2::XmpData xmp, QSize size, bool location) {
-    for (auto datum = xmp.begin(); datum != xmp.end();) {
-        const std::string key = datum->key();
-        const bool isPosition = key.find("GPS") != std::string::npos;
-        const bool isPicture = key.starts_with("Xmp.xmp.Thumbnails");
-        datum = isPicture || (isPosition && !location) ? xmp.erase(datum) : std::next(datum);
-    }
+QByteArray carriedIptc(Exiv2::IptcData& iptc, const NewPicture& picture) {
+    if (!picture.hasLocation) removePlaces(iptc);
+    const auto shape = iptc.findKey(Exiv2::IptcKey("Iptc.Application2.ImageOrientation"));
+    if (shape != iptc.end()) iptc.erase(shape);
+    if (iptc.empty()) return {};
+    const Exiv2::DataBuf buffer = Exiv2::IptcParser::encode(iptc);
+    return {reinterpret_cast<const char*>(buffer.pData_), static_cast<qsizetype>(buffer.size_)};
+}
+
+/// What IPTC says and XMP does not.
+void addTo(Exiv2::XmpData& xmp, const Exiv2::IptcData& iptc) {
+    Exiv2::XmpData told;
+    Exiv2::copyIptcToXmp(iptc, told);
+    for (const Exiv2::Xmpdatum& datum : told)
+        if (xmp.findKey(Exiv2::XmpKey(datum.key())) == xmp.end()) xmp.add(datum);
+}
+
+QByteArray carriedXmp(Exiv2::XmpData& xmp, const NewPicture& picture) {
+    if (!picture.hasLocation) removePlaces(xmp);
     if (xmp.empty()) return {};
     const auto replace = [&xmp](const char* key, int value) {
         if (xmp.findKey(Exiv2::XmpKey(key)) != xmp.end()) xmp[key] = std::to_string(value);
     };
     replace("Xmp.tiff.Orientation", 1);
-    replace("Xmp.tiff.ImageWidth", size.width());
-    replace("Xmp.tiff.ImageLength", size.height());
-    replace("Xmp.exif.PixelXDimension", size.width());
-    replace("Xmp.exif.PixelYDimension", size.height());
+    replace("Xmp.tiff.ImageWidth", picture.size.width());
+    replace("Xmp.tiff.ImageLength", picture.size.height());
+    replace("Xmp.exif.PixelXDimension", picture.size.width());
+    replace("Xmp.exif.PixelYDimension", picture.size.height());
+    replace("Xmp.exif.ColorSpace", picture.isSrgb ? 1 : 0xffff);
     std::string packet;
     if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0) return {};
     return QByteArray::fromStdString(packet);
@@ -98,7 +143,7 @@ Exiv2::Image::AutoPtr openFile(const QByteArray& file) {
     }
 }
 
-void fill(Exiv2::Image& image, const CarriedMetadata& metadata) {
+void fill(Exiv2::Image& image, const MetadataBlocks& metadata) {
     if (!metadata.exif.isEmpty()) {
         Exiv2::ExifData exif;
         const Exiv2::ByteOrder order = Exiv2::ExifParser::decode(
@@ -125,26 +170,41 @@ void fill(Exiv2::Image& image, const CarriedMetadata& metadata) {
 
 } // namespace
 
-CarriedMetadata carriedMetadata(const QByteArray& file, QSize size, bool location) {
+MetadataBlocks carriedMetadata(const MetadataBlocks& blocks, const NewPicture& picture) {
     const platform::Lock lock(metadataLibrary);
-    CarriedMetadata carried;
-    try {
-        const Bytes bytes = bytesOf(file);
-        const Metadata metadata = readMetadata(bytes, sniffContainer(bytes));
-        carried.exif = carriedExif(metadata.exif(), metadata.byteOrder, size, location);
-        if (!metadata.iptc().empty()) {
-            const Exiv2::DataBuf buffer = Exiv2::IptcParser::encode(metadata.iptc());
-            carried.iptc = QByteArray(
-                reinterpret_cast<const char*>(buffer.pData_), static_cast<qsizetype>(buffer.size_));
+    setUpMetadataLibrary();
+    MetadataBlocks carried;
+    carried.isComplete = blocks.isComplete;
+    // What is damaged costs only itself.
+    const auto carry = [&carried](const auto& part) {
+        try {
+            part();
+        } catch (...) {
+            carried.isComplete = false;
         }
-        carried.xmp = carriedXmp(metadata.xmp(), size, location);
-    } catch (...) {
-        return carried; // what could be had of it
-    }
+    };
+    Exiv2::IptcData iptc;
+    Exiv2::XmpData xmp;
+    carry([&] {
+        if (!blocks.exif.isEmpty()) carried.exif = carriedExif(blocks.exif, picture);
+    });
+    carry([&] {
+        const QByteArray& block = blocks.iptc;
+        const bool isThere =
+            !block.isEmpty() &&
+            Exiv2::IptcParser::decode(iptc, bytesOfBlock(block), sizeOfBlock(block)) == 0;
+        if (isThere && picture.hasIptc) carried.iptc = carriedIptc(iptc, picture);
+    });
+    carry([&] {
+        if (!blocks.xmp.isEmpty() && Exiv2::XmpParser::decode(xmp, blocks.xmp.toStdString()) != 0)
+            xmp.clear();
+        if (!picture.hasIptc) addTo(xmp, iptc);
+        carried.xmp = carriedXmp(xmp, picture);
+    });
     return carried;
 }
 
-bool embedMetadata(QByteArray& file, const CarriedMetadata& metadata, const QByteArray& profile) {
+bool embedMetadata(QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile) {
     const platform::Lock lock(metadataLibrary);
     setUpMetadataLibrary();
     try {

@@ -2,7 +2,10 @@
 
 #include <libheif/heif.h>
 
+#include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
@@ -26,20 +29,48 @@ bool isGood(const heif_error& error) {
     return error.code == heif_error_Ok;
 }
 
+constexpr int deepBits = 10;
+
+/// Samples of ten bits, the lower byte first.
+void packDeep(const QRgba64* source, int width, bool hasAlpha, std::uint8_t* target) {
+    constexpr int most = (1 << deepBits) - 1;
+    for (int x = 0; x < width; ++x) {
+        const QRgba64 pixel = source[x];
+        const std::array samples{pixel.red(), pixel.green(), pixel.blue(), pixel.alpha()};
+        for (std::size_t index = 0; index < (hasAlpha ? 4U : 3U); ++index) {
+            const int sample = (samples[index] * most + 0x7fff) / 0xffff;
+            *target++ = static_cast<std::uint8_t>(sample & 0xff);
+            *target++ = static_cast<std::uint8_t>(sample >> 8);
+        }
+    }
+}
+
 Picture pictureOf(const QImage& image) {
     const bool hasAlpha = image.hasAlphaChannel();
+    const bool isDeep = image.depth() == 64;
+    const heif_chroma shallow =
+        hasAlpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB;
+    const heif_chroma deep =
+        hasAlpha ? heif_chroma_interleaved_RRGGBBAA_LE : heif_chroma_interleaved_RRGGBB_LE;
     heif_image* made = nullptr;
     if (!isGood(heif_image_create(
-            image.width(), image.height(), heif_colorspace_RGB,
-            hasAlpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB, &made)))
+            image.width(), image.height(), heif_colorspace_RGB, isDeep ? deep : shallow, &made)))
         return {};
     Picture picture(made);
-    if (!isGood(
-            heif_image_add_plane(made, heif_channel_interleaved, image.width(), image.height(), 8)))
+    if (!isGood(heif_image_add_plane(
+            made, heif_channel_interleaved, image.width(), image.height(), isDeep ? deepBits : 8)))
         return {};
     int stride = 0;
     std::uint8_t* plane = heif_image_get_plane(made, heif_channel_interleaved, &stride);
     if (!plane) return {};
+    if (isDeep) {
+        for (int y = 0; y < image.height(); ++y) {
+            packDeep(
+                reinterpret_cast<const QRgba64*>(image.constScanLine(y)), image.width(), hasAlpha,
+                plane + std::ptrdiff_t{y} * stride);
+        }
+        return picture;
+    }
     const QImage pixels =
         image.convertToFormat(hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
     const std::size_t length = static_cast<std::size_t>(image.width()) * (hasAlpha ? 4 : 3);
@@ -55,7 +86,7 @@ heif_error take(heif_context*, const void* data, std::size_t size, void* bytes) 
 }
 
 bool addMetadata(
-    heif_context* context, const heif_image_handle* handle, const CarriedMetadata& metadata) {
+    heif_context* context, const heif_image_handle* handle, const MetadataBlocks& metadata) {
     if (!metadata.exif.isEmpty() &&
         !isGood(heif_context_add_exif_metadata(
             context, handle, metadata.exif.constData(), static_cast<int>(metadata.exif.size()))))
@@ -72,7 +103,7 @@ bool hasHeic() {
 }
 
 QByteArray heic(
-    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
     double quality) {
     const Context context(heif_context_alloc());
     const Picture picture = pictureOf(image);

@@ -2,6 +2,11 @@
 
 #include <jxl/encode.h>
 #include <jxl/encode_cxx.h>
+#include <jxl/thread_parallel_runner.h>
+#include <jxl/thread_parallel_runner_cxx.h>
+
+#include <algorithm>
+#include <cstddef>
 
 namespace codec::encoders {
 
@@ -17,7 +22,7 @@ bool addBox(JxlEncoder* encoder, const char* type, const QByteArray& content) {
                JXL_FALSE) == JXL_ENC_SUCCESS;
 }
 
-bool addMetadata(JxlEncoder* encoder, const CarriedMetadata& metadata) {
+bool addMetadata(JxlEncoder* encoder, const MetadataBlocks& metadata) {
     if (metadata.exif.isEmpty() && metadata.xmp.isEmpty()) return true;
     if (JxlEncoderUseBoxes(encoder) != JXL_ENC_SUCCESS) return false;
     // Exif stands behind the offset of its beginning.
@@ -35,6 +40,18 @@ bool setColours(JxlEncoder* encoder, const QByteArray& profile) {
     JxlColorEncoding srgb;
     JxlColorEncodingSetToSRGB(&srgb, JXL_FALSE);
     return JxlEncoderSetColorEncoding(encoder, &srgb) == JXL_ENC_SUCCESS;
+}
+
+/// Three samples a pixel where the fourth says nothing: the library reads pixels without gaps.
+/// The lines become longer than there are pixels for.
+QImage withoutPadding(QImage image) {
+    if (image.hasAlphaChannel()) return image;
+    for (int y = 0; y < image.height(); ++y) {
+        auto* line = reinterpret_cast<std::uint16_t*>(image.scanLine(y));
+        for (int x = 1; x < image.width(); ++x)
+            std::copy_n(line + std::ptrdiff_t{x} * 4, 3, line + std::ptrdiff_t{x} * 3);
+    }
+    return image;
 }
 
 /// What the encoder has ready; empty where it failed.
@@ -56,19 +73,25 @@ QByteArray output(JxlEncoder* encoder) {
 } // namespace
 
 QByteArray jpegXl(
-    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
-    double quality) {
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality,
+    int threads) {
+    const auto runner = JxlThreadParallelRunnerMake(nullptr, static_cast<std::size_t>(threads));
     const JxlEncoderPtr encoder = JxlEncoderMake(nullptr);
-    if (!encoder) return {};
+    if (!encoder || !runner ||
+        JxlEncoderSetParallelRunner(encoder.get(), JxlThreadParallelRunner, runner.get()) !=
+            JXL_ENC_SUCCESS)
+        return {};
     const bool hasAlpha = image.hasAlphaChannel();
+    const bool isDeep = image.depth() == 64;
+    const std::uint32_t bits = isDeep ? 16 : 8;
     JxlBasicInfo info;
     JxlEncoderInitBasicInfo(&info);
     info.xsize = static_cast<std::uint32_t>(image.width());
     info.ysize = static_cast<std::uint32_t>(image.height());
-    info.bits_per_sample = 8;
+    info.bits_per_sample = bits;
     info.num_color_channels = 3;
     info.num_extra_channels = hasAlpha ? 1 : 0;
-    info.alpha_bits = hasAlpha ? 8 : 0;
+    info.alpha_bits = hasAlpha ? bits : 0;
     info.uses_original_profile = JXL_FALSE;
     if (!addMetadata(encoder.get(), metadata) ||
         JxlEncoderSetBasicInfo(encoder.get(), &info) != JXL_ENC_SUCCESS ||
@@ -80,9 +103,11 @@ QByteArray jpegXl(
     const double distance = quality >= 0.9 ? 0.1 + 9 * (1 - quality) : 1 + 10 * (0.9 - quality);
     JxlEncoderSetFrameDistance(frame, static_cast<float>(distance));
     const QImage pixels =
-        image.convertToFormat(hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+        isDeep ? withoutPadding(image)
+               : image.convertToFormat(hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+    // Lines begin where those of the image do.
     const JxlPixelFormat format{
-        hasAlpha ? 4U : 3U, JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN,
+        hasAlpha ? 4U : 3U, isDeep ? JXL_TYPE_UINT16 : JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN,
         static_cast<std::size_t>(pixels.bytesPerLine())};
     if (JxlEncoderAddImageFrame(
             frame, &format, pixels.constBits(), static_cast<std::size_t>(pixels.sizeInBytes())) !=

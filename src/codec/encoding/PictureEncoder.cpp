@@ -20,7 +20,7 @@ struct Type {
     Format format;
     bool hasQuality;
     bool hasAlpha;
-    bool isDeep; ///< 16 bits a channel
+    bool isDeep; ///< more than 8 bits a channel
 };
 
 constexpr Type types[] = {
@@ -28,10 +28,10 @@ constexpr Type types[] = {
     {u"public.png", Format::Png, false, true, true},
     {u"public.tiff", Format::Tiff, false, true, true},
     {u"org.webmproject.webp", Format::WebP, true, true, false},
-    {u"public.jpeg-2000", Format::Jpeg2000, true, false, false},
-    {u"public.jpeg-xl", Format::JpegXl, true, true, false},
-    {u"public.avif", Format::Avif, true, true, false},
-    {u"public.heic", Format::Heic, true, true, false},
+    {u"public.jpeg-2000", Format::Jpeg2000, true, false, true},
+    {u"public.jpeg-xl", Format::JpegXl, true, true, true},
+    {u"public.avif", Format::Avif, true, true, true},
+    {u"public.heic", Format::Heic, true, true, true},
 };
 
 const Type* typeOf(const QString& identifier) {
@@ -43,7 +43,7 @@ const Type* typeOf(const QString& identifier) {
 
 QImage opaque(const QImage& image) {
     if (!image.hasAlphaChannel()) return image;
-    QImage ground(image.size(), QImage::Format_RGB32);
+    QImage ground(image.size(), image.depth() == 64 ? QImage::Format_RGBX64 : QImage::Format_RGB32);
     if (ground.isNull()) return {};
     ground.fill(Qt::white);
     QPainter(&ground).drawImage(0, 0, image);
@@ -52,8 +52,10 @@ QImage opaque(const QImage& image) {
 
 QImage fitted(const QImage& image, const Type& type) {
     const bool isDeep = image.depth() == 64;
-    if (isDeep && type.isDeep)
-        return image.hasAlphaChannel() ? image.convertToFormat(QImage::Format_RGBA64) : image;
+    if (isDeep && type.isDeep) {
+        if (!image.hasAlphaChannel()) return image.convertToFormat(QImage::Format_RGBX64);
+        return type.hasAlpha ? image.convertToFormat(QImage::Format_RGBA64) : opaque(image);
+    }
     if (!type.hasAlpha) return opaque(image).convertToFormat(QImage::Format_RGB32);
     return image.convertToFormat(
         image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
@@ -66,6 +68,20 @@ QByteArray written(const QImage& image, const char* format, int quality) {
     if (quality >= 0) writer.setQuality(quality);
     if (format == QByteArrayLiteral("jpeg")) writer.setOptimizedWrite(true);
     return buffer.open(QIODevice::WriteOnly) && writer.write(image) ? bytes : QByteArray();
+}
+
+/// Puts in as much as goes into the file. Colours without their profile would be wrong: then there
+/// is no file.
+void embed(EncodedPicture& picture, const MetadataBlocks& metadata, const QByteArray& profile) {
+    if (metadata.isEmpty() && profile.isEmpty()) return;
+    if (embedMetadata(picture.bytes, metadata, profile)) return;
+    picture.isMetadataWritten = metadata.isEmpty();
+    // Packets may be larger than the file has room for.
+    MetadataBlocks fewer = metadata;
+    fewer.xmp.clear();
+    if (!fewer.isEmpty() && !metadata.xmp.isEmpty() && embedMetadata(picture.bytes, fewer, profile))
+        return;
+    if (!profile.isEmpty() && !embedMetadata(picture.bytes, {}, profile)) picture.bytes.clear();
 }
 
 } // namespace
@@ -88,8 +104,22 @@ bool hasMetadata(const QString& type) {
     return typeOf(type) != nullptr;
 }
 
+bool hasIptc(const QString& type) {
+    const Type* row = typeOf(type);
+    if (!row) return false;
+    switch (row->format) {
+    case Format::Jpeg:
+    case Format::Png:
+    case Format::Tiff:
+    case Format::Jpeg2000:
+        return true;
+    default:
+        return false;
+    }
+}
+
 EncodedPicture encodePicture(
-    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
     const EncodeSettings& settings) {
     const Type* type = typeOf(settings.type);
     if (!type || image.isNull()) return {};
@@ -97,47 +127,38 @@ EncodedPicture encodePicture(
     if (pixels.isNull()) return {};
     const double quality = std::clamp(settings.quality, 0.0, 1.0);
     EncodedPicture result;
+    result.isMetadataWritten = metadata.isComplete;
     switch (type->format) {
     case Format::Jpeg:
         result.bytes = written(pixels, "jpeg", static_cast<int>(std::lround(quality * 100)));
+        if (!result.bytes.isEmpty()) embed(result, metadata, profile);
         break;
     case Format::Png:
         result.bytes = written(pixels, "png", -1);
+        if (!result.bytes.isEmpty()) embed(result, metadata, {});
+        // The metadata library's profiles in these files are not understood by others.
+        if (!profile.isEmpty()) result.bytes = encoders::pngWithProfile(result.bytes, profile);
         break;
     case Format::Tiff:
         result.bytes = encoders::tiff(pixels, profile, settings);
+        if (!result.bytes.isEmpty()) embed(result, metadata, {});
+        break;
+    case Format::Jpeg2000:
+        result.bytes = encoders::jpeg2000(pixels, quality, settings.threads);
+        if (!result.bytes.isEmpty()) embed(result, metadata, profile);
         break;
     case Format::WebP:
         result.bytes = encoders::webp(pixels, profile, metadata, quality);
-        return result;
-    case Format::Jpeg2000:
-        result.bytes = encoders::jpeg2000(pixels, quality);
         break;
     case Format::JpegXl:
-        result.bytes = encoders::jpegXl(pixels, profile, metadata, quality);
-        return result;
+        result.bytes = encoders::jpegXl(pixels, profile, metadata, quality, settings.threads);
+        break;
     case Format::Avif:
-        result.bytes = encoders::avif(pixels, profile, metadata, quality);
-        return result;
+        result.bytes = encoders::avif(pixels, profile, metadata, quality, settings.threads);
+        break;
     case Format::Heic:
         result.bytes = encoders::heic(pixels, profile, metadata, quality);
-        return result;
-    }
-    if (result.bytes.isEmpty()) return result;
-    const bool isPng = type->format == Format::Png;
-    // The metadata library's profiles in PNG files are not understood by others.
-    const QByteArray embedded = isPng || type->format == Format::Tiff ? QByteArray() : profile;
-    if (isPng && !metadata.isEmpty())
-        result.isMetadataWritten = embedMetadata(result.bytes, metadata, {});
-    if (isPng) {
-        if (!profile.isEmpty()) result.bytes = encoders::pngWithProfile(result.bytes, profile);
-        return result;
-    }
-    if (metadata.isEmpty() && embedded.isEmpty()) return result;
-    if (!embedMetadata(result.bytes, metadata, embedded)) {
-        result.isMetadataWritten = metadata.isEmpty();
-        // Colours without their profile would be wrong.
-        if (!embedded.isEmpty() && !embedMetadata(result.bytes, {}, embedded)) result.bytes.clear();
+        break;
     }
     return result;
 }

@@ -14,6 +14,7 @@ struct EncodeSettings {
     QString type;            ///< identifier, one of `writableTypes`
     double quality = 0.8;    ///< from 0 to 1; for types that have one
     int tiffCompression = 1; ///< TIFF's number of it (TIFF 6.0, tag 259); 1: none
+    int threads = 1;         ///< that slow encoders may use
 };
 
 /// The types that can be written here, in the order in which they are offered. HEIC is one where
@@ -24,18 +25,22 @@ struct EncodeSettings {
 /// Whether metadata can be written into files of the type.
 [[nodiscard]] bool hasMetadata(const QString& type);
 
+/// Whether those of IPTC have a place of their own in such a file; else they are told in XMP.
+[[nodiscard]] bool hasIptc(const QString& type);
+
 /// What became of the encoding of a picture.
 struct EncodedPicture {
     QByteArray bytes;              ///< a whole file; empty: the picture can't be written so
-    bool isMetadataWritten = true; ///< false: it was wanted, and is not in the file
+    bool isMetadataWritten = true; ///< false: not all of it is in the file
 };
 
-/// The file of a picture. The image is one of the formats that decoders answer with; 16 bits a
-/// channel stay where the type has them (PNG, TIFF), and types without transparency get a white
-/// ground. `profile`: ICC bytes of the image's colours, embedded; empty for sRGB, which is not.
-/// Any thread; the metadata of several pictures wait for each other.
+/// The file of a picture. The image is one of the formats that decoders answer with. Of 16 bits a
+/// channel PNG, TIFF, JPEG 2000 and JPEG XL keep all, AVIF and HEIC ten, which is what their
+/// readers know, the others eight. Types without transparency get a white ground. `profile`: ICC
+/// bytes of the image's colours, embedded; empty for sRGB, which is not. Any thread; the metadata
+/// of several pictures wait for each other.
 [[nodiscard]] EncodedPicture encodePicture(
-    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
     const EncodeSettings& settings);
 
 } // namespace codec

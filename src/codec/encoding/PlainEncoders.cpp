@@ -50,24 +50,34 @@ struct Destroyer {
 using Planes = std::unique_ptr<opj_image_t, Destroyer<opj_image_destroy>>;
 
 Planes planesOf(const QImage& image) {
+    const bool isDeep = image.depth() == 64;
     opj_image_cmptparm_t parameters[3] = {};
     for (auto& parameter : parameters) {
         parameter.dx = parameter.dy = 1;
         parameter.w = static_cast<OPJ_UINT32>(image.width());
         parameter.h = static_cast<OPJ_UINT32>(image.height());
-        parameter.prec = 8;
+        parameter.prec = isDeep ? 16 : 8;
     }
     Planes planes(opj_image_create(3, parameters, OPJ_CLRSPC_SRGB));
     if (!planes) return {};
     planes->x1 = static_cast<OPJ_UINT32>(image.width());
     planes->y1 = static_cast<OPJ_UINT32>(image.height());
     std::size_t at = 0;
+    const auto put = [&](int red, int green, int blue) {
+        planes->comps[0].data[at] = red;
+        planes->comps[1].data[at] = green;
+        planes->comps[2].data[at++] = blue;
+    };
     for (int y = 0; y < image.height(); ++y) {
-        const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
-        for (int x = 0; x < image.width(); ++x, ++at) {
-            planes->comps[0].data[at] = qRed(line[x]);
-            planes->comps[1].data[at] = qGreen(line[x]);
-            planes->comps[2].data[at] = qBlue(line[x]);
+        const uchar* line = image.constScanLine(y);
+        for (int x = 0; x < image.width(); ++x) {
+            if (isDeep) {
+                const QRgba64 pixel = reinterpret_cast<const QRgba64*>(line)[x];
+                put(pixel.red(), pixel.green(), pixel.blue());
+            } else {
+                const QRgb pixel = reinterpret_cast<const QRgb*>(line)[x];
+                put(qRed(pixel), qGreen(pixel), qBlue(pixel));
+            }
         }
     }
     return planes;
@@ -76,7 +86,7 @@ Planes planesOf(const QImage& image) {
 } // namespace
 
 QByteArray webp(
-    const QImage& image, const QByteArray& profile, const CarriedMetadata& metadata,
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
     double quality) {
     std::uint8_t* bytes = nullptr;
     const QImage pixels = image.convertToFormat(QImage::Format_RGBA8888);
@@ -127,7 +137,7 @@ QByteArray pngWithProfile(const QByteArray& file, const QByteArray& profile) {
            content + number(checksum) + file.mid(afterHeader);
 }
 
-QByteArray jpeg2000(const QImage& image, double quality) {
+QByteArray jpeg2000(const QImage& image, double quality, int threads) {
     opj_cparameters_t parameters;
     opj_set_default_encoder_parameters(&parameters);
     parameters.tcp_mct = 1;
@@ -158,6 +168,7 @@ QByteArray jpeg2000(const QImage& image, double quality) {
     opj_stream_set_skip_function(stream.get(), Written::skip);
     opj_stream_set_seek_function(stream.get(), Written::seek);
     if (!opj_setup_encoder(codec.get(), &parameters, planes.get())) return {};
+    static_cast<void>(opj_codec_set_threads(codec.get(), threads)); // else it does without
     const bool isGood = opj_start_compress(codec.get(), planes.get(), stream.get()) &&
                         opj_encode(codec.get(), stream.get()) &&
                         opj_end_compress(codec.get(), stream.get());

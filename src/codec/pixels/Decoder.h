@@ -40,7 +40,7 @@ enum class Urgency : std::uint8_t {
 /// What the pixels of a result are.
 enum class Depth : std::uint8_t {
     Screen, ///< 8 bits a channel, in the profile that the request names
-    Source, ///< 16 bits a channel, in the picture's own profile
+    Source, ///< as many as the picture has, 8 or 16, in its own profile
 };
 
 /// Makes the bitmap of a result, so that it can lie in shared memory; a null image is a refusal.
@@ -66,8 +66,8 @@ struct DecodeRequest {
 
 struct Frame {
     /// `Format_ARGB32_Premultiplied`, or `Format_RGB32` when every pixel is opaque; with
-    /// `Depth::Source`, `Format_RGBA64_Premultiplied` or `Format_RGBX64`. As stored: the
-    /// orientation is not applied. Null: nothing could be decoded.
+    /// `Depth::Source` and more than 8 bits, `Format_RGBA64_Premultiplied` or `Format_RGBX64`. As
+    /// stored: the orientation is not applied. Null: nothing could be decoded.
     QImage image;
     /// False when the file was damaged and the rest of the picture is filler.
     bool isComplete = true;

@@ -41,21 +41,13 @@ public:
 
 private:
     [[nodiscard]] std::uint16_t other(std::size_t index) const {
-        return _sample == SampleType::U8 ? to16(static_cast<const std::uint8_t*>(_row)[index])
-                                         : static_cast<const std::uint16_t*>(_row)[index];
+        return static_cast<const std::uint16_t*>(_row)[index];
     }
 
     const void* _row;
     SampleType _sample;
     bool _isLinear;
 };
-
-QByteArray bytesOf(cmsHPROFILE profile) {
-    cmsUInt32Number length = 0;
-    if (!cmsSaveProfileToMem(profile, nullptr, &length)) return {};
-    QByteArray bytes(static_cast<qsizetype>(length), Qt::Uninitialized);
-    return cmsSaveProfileToMem(profile, bytes.data(), &length) ? bytes : QByteArray();
-}
 
 } // namespace
 
@@ -95,7 +87,7 @@ DeepConverter::DeepConverter(const PixelLayout& layout, const ColourDescription&
         return;
     }
     steps.isLinear = layout.sample == SampleType::Float && !from;
-    if (from && !profiles::isSrgb(from.get())) steps.profile = bytesOf(from.get());
+    if (from) steps.profile = profiles::ownProfile(colours, layout.model);
 }
 
 DeepConverter::~DeepConverter() = default;
@@ -154,10 +146,8 @@ void DeepConverter::Steps::plainRow(
         const std::size_t first = static_cast<std::size_t>(x) * channels;
         destination[3] = hasAlpha ? samples.alpha(first + channels - 1) : full;
         for (std::size_t colour = 0; colour < 3; ++colour) {
-            std::size_t place = first + colour;
-            if (layout.model == ColourModel::Gray) place = first;
-            if (layout.isQRgb) place = first + 2 - colour;
-            destination[colour] = samples.colour(place);
+            const bool isGray = layout.model == ColourModel::Gray;
+            destination[colour] = samples.colour(isGray ? first : first + colour);
         }
         if (layout.model == ColourModel::Cmyk) {
             // Plain inks on white: what is left of the light after each.

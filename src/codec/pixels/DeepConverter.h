@@ -9,9 +9,9 @@
 
 namespace codec {
 
-/// Turns rows of one layout into 16-bit samples of red, green, blue and premultiplied alpha in the
-/// picture's own colour space, where that is one of red, green and blue; else, and for pictures
-/// brighter than white, in sRGB. Not shared between threads.
+/// Turns rows of one layout, of more than 8 bits a sample, into 16-bit samples of red, green, blue
+/// and premultiplied alpha in the picture's own colour space, where that is one of red, green and
+/// blue; else, and for pictures brighter than white, in sRGB. Not shared between threads.
 class DeepConverter {
 public:
     DeepConverter(const PixelLayout& layout, const ColourDescription& colours);

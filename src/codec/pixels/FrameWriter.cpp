@@ -1,6 +1,7 @@
 #include "codec/pixels/FrameWriter.h"
 
 #include "codec/pixels/Geometry.h"
+#include "codec/pixels/Profiles.h"
 
 #include <algorithm>
 
@@ -32,7 +33,7 @@ FrameWriter::FrameWriter(
     const DecodeRequest& request, QSize full, QSize decoded, const PixelLayout& layout,
     const ColourDescription& colours)
     : _request(request), _decoded(decoded), _layout(layout),
-      _isDeep(request.depth == Depth::Source) {
+      _isDeep(request.depth == Depth::Source && layout.sample != SampleType::U8) {
     const QSize wanted = reducedSize(full, request.maxSize).boundedTo(decoded);
     if (!withinLimits(full, request.limits) || !withinLimits(decoded, request.limits) ||
         !withinLimits(wanted, request.limits, bytesPerPixel(_isDeep))) {
@@ -65,10 +66,17 @@ QImage FrameWriter::makeImage(QSize size) const {
 }
 
 void FrameWriter::makeConverter(const ColourDescription& colours) {
-    if (_isDeep)
+    if (_isDeep) {
         _deepConverter.emplace(_layout, colours);
-    else
+    } else if (_request.depth == Depth::Source) {
+        const bool isRgb = _layout.model == ColourModel::Rgb;
+        if (isRgb) _ownProfile = profiles::ownProfile(colours, _layout.model);
+        // What is not red, green and blue becomes sRGB.
+        _converter.emplace(
+            _layout, isRgb ? ColourDescription() : colours, QByteArray(), _request.threads);
+    } else {
         _converter.emplace(_layout, colours, _request.targetProfile, _request.threads);
+    }
 }
 
 void FrameWriter::placeRow() {
@@ -173,6 +181,8 @@ Frame FrameWriter::finish() {
     if (isStopped()) return {};
     if (_isDeep)
         frame.profile = _deepConverter->profile();
+    else if (_request.depth == Depth::Source)
+        frame.profile = _ownProfile;
     else if (_converter->isInTarget())
         frame.profile = _request.targetProfile;
     frame.image = std::move(_image);

@@ -51,6 +51,7 @@ private:
     PixelLayout _layout;
     bool _isDeep;
     std::optional<ColourConverter> _converter;
+    QByteArray _ownProfile;                      // of what the converter leaves as it is
     std::optional<DeepConverter> _deepConverter; // in its place for 16 bits
     QImage _image;
     std::optional<SampleReducer> _reducer; // before the scaler

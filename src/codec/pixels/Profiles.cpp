@@ -157,6 +157,15 @@ Profile profileOf(const ColourDescription& colours, ColourModel model) {
     return profile ? std::move(profile) : describedProfile(colours, model);
 }
 
+QByteArray ownProfile(const ColourDescription& colours, ColourModel model) {
+    const Profile profile = profileOf(colours, model);
+    cmsUInt32Number length = 0;
+    if (!profile || isSrgb(profile.get()) || !cmsSaveProfileToMem(profile.get(), nullptr, &length))
+        return {};
+    QByteArray bytes(static_cast<qsizetype>(length), Qt::Uninitialized);
+    return cmsSaveProfileToMem(profile.get(), bytes.data(), &length) ? bytes : QByteArray();
+}
+
 bool isUsableTarget(const QByteArray& icc) {
     const Profile profile = openProfile(icc);
     return profile && cmsGetColorSpace(profile.get()) == cmsSigRgbData;

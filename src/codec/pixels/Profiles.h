@@ -24,6 +24,8 @@ using Transform = std::unique_ptr<void, DeleteTransform>;
 [[nodiscard]] Profile describedProfile(const ColourDescription& colours, ColourModel model);
 /// The profile of the description, by its bytes where they fit the model; nothing for sRGB.
 [[nodiscard]] Profile profileOf(const ColourDescription& colours, ColourModel model);
+/// ICC bytes of that profile; empty for sRGB.
+[[nodiscard]] QByteArray ownProfile(const ColourDescription& colours, ColourModel model);
 /// Whether the difference from sRGB is below what 8 bits can show: most files carry a copy of it.
 [[nodiscard]] bool isSrgb(cmsHPROFILE profile);
 /// Whether pixels of red, green and blue can be in the profile: else it counts as sRGB.

@@ -23,7 +23,7 @@ QImage adopt(Mapping mapping, QSize size, qsizetype lineBytes, QImage::Format fo
 }
 
 QImage::Format formatOf(const Reply& reply, Depth depth) {
-    if (depth == Depth::Source)
+    if (depth == Depth::Source && reply.isDeep)
         return reply.isOpaque ? QImage::Format_RGBX64 : QImage::Format_RGBA64_Premultiplied;
     return reply.isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied;
 }
@@ -50,7 +50,7 @@ DecodeExchange::DecodeExchange(
     _request.pixelLimit = wanted.limits.pixels;
     _request.byteLimit = wanted.limits.bytes;
     _request.threads = static_cast<std::uint32_t>(wanted.threads);
-    _request.isDeep = wanted.depth == Depth::Source ? 1 : 0;
+    _request.isAsInSource = wanted.depth == Depth::Source ? 1 : 0;
     if (picture >= 0) _descriptors.push_back(picture);
     // An opened sequence has said the rest, and gets its memory with each frame.
     if (kind != Kind::OpenSequence) addLargeResult();

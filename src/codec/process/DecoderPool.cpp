@@ -131,6 +131,37 @@ DecoderPool::propertiesOfPictures(std::span<const OpenPicture> pictures, std::st
     return all;
 }
 
+ReadMetadata DecoderPool::metadataBlocks(int descriptor, std::stop_token stop) {
+    HelperShelf::Lease lease(_shelf, Urgency::Next, stop);
+    Reply reply;
+    const Request request = process::makeRequest(Kind::MetadataBlocks, {}, 0);
+    const Answer answer =
+        process::ask(lease, request, std::array{descriptor}, _settings.thumbnailTime, stop, reply);
+    if (answer == Answer::NotNow || stop.stop_requested()) return {};
+    ReadMetadata read{PropertiesStatus::Unreadable, {}};
+    process::MetadataLengths lengths;
+    if (answer != Answer::Done || reply.count > process::smallResultBytes ||
+        reply.count < sizeof lengths)
+        return read;
+    // A copy, since the other side could still change the memory.
+    const auto bytes = lease.helper().smallResult().first(reply.count);
+    const QByteArray result(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    std::memcpy(&lengths, result.constData(), sizeof lengths);
+    qsizetype begin = sizeof lengths;
+    for (auto [length, block] :
+         {std::pair(lengths.exif, &read.blocks.exif), std::pair(lengths.iptc, &read.blocks.iptc),
+          std::pair(lengths.xmp, &read.blocks.xmp)}) {
+        if (length >
+            static_cast<std::uint64_t>(std::min(largestMetadataBlock, result.size() - begin)))
+            return {PropertiesStatus::Unreadable, {}};
+        *block = result.sliced(begin, static_cast<qsizetype>(length));
+        begin += static_cast<qsizetype>(length);
+    }
+    read.blocks.isComplete = lengths.isComplete != 0;
+    read.status = PropertiesStatus::Read;
+    return read;
+}
+
 std::vector<DecoderPool::PropertyAnswer> DecoderPool::askForProperties(
     std::span<const int> descriptors, const QString& typeHint, std::size_t frame,
     const std::stop_token& stop) {

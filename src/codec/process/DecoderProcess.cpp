@@ -1,6 +1,7 @@
 #include "codec/process/DecoderProcess.h"
 
 #include "codec/metadata/ImageProperties.h"
+#include "codec/metadata/MetadataBlocks.h"
 #include "codec/metadata/headers/ImageHeader.h"
 #include "codec/pixels/Source.h"
 #include "codec/process/Confinement.h"
@@ -67,6 +68,9 @@ public:
         case Kind::Properties:
             readProperties(descriptors, request, reply);
             break;
+        case Kind::MetadataBlocks:
+            readMetadata(descriptors.front().get(), reply);
+            break;
         case Kind::CloseSequence:
         case Kind::Grant:
         case Kind::Deny:
@@ -129,7 +133,7 @@ private:
         wanted.frame = request.frame;
         wanted.maxSize = request.maxSize;
         wanted.onlyEmbedded = request.onlyEmbedded != 0;
-        wanted.depth = request.isDeep ? Depth::Source : Depth::Screen;
+        wanted.depth = request.isAsInSource ? Depth::Source : Depth::Screen;
         wanted.threads = static_cast<int>(std::clamp(request.threads, 1U, 64U));
         wanted.limits = {request.pixelLimit, request.byteLimit};
         if (!request.hasProfile) return wanted;
@@ -174,9 +178,10 @@ private:
     /// By the size that the file declares, before anything is decoded.
     [[nodiscard]] bool mayTakeMemory(const Request& request) const {
         // The picture itself, and as much for what its library keeps of it.
-        const std::uint64_t bytesPerPixel = request.isDeep ? 16 : 8;
         const Bytes file(_source->bytes());
         const auto header = readImageHeader(file, sniffContainer(file), request.frame);
+        const bool isDeep = request.isAsInSource && (!header || header->depth != 8);
+        const std::uint64_t bytesPerPixel = isDeep ? 16 : 8;
         const std::uint64_t bytes =
             header ? std::uint64_t{header->width} * header->height * bytesPerPixel
                    : _source->size() * bytesPerPixel;
@@ -215,6 +220,7 @@ private:
         reply.width = image.width();
         reply.height = image.height();
         reply.isOpaque = isOpaque ? 1 : 0;
+        reply.isDeep = image.depth() == 64 ? 1 : 0;
         reply.isComplete = frame.isComplete ? 1 : 0;
         deliverProfile(frame, wanted, reply);
     }
@@ -225,7 +231,7 @@ private:
             reply.profile = ResultProfile::Wanted;
             return;
         }
-        // Deep pixels never lie in this memory.
+        // Pixels as in their source never lie in this memory.
         const auto bytes = static_cast<std::size_t>(frame.profile.size());
         if (bytes > _results.size()) {
             reply.status = Status::Failed;
@@ -256,6 +262,28 @@ private:
             lengths[index] = length;
         }
         std::memcpy(result, lengths.data(), tableBytes);
+        reply.count = filled;
+        reply.status = Status::Done;
+    }
+
+    void readMetadata(int picture, Reply& reply) {
+        const auto blocks = readMetadataBlocks(picture);
+        if (!blocks) return;
+        MetadataLengths lengths;
+        lengths.isComplete = blocks->isComplete ? 1 : 0;
+        auto* result = static_cast<char*>(_results.data());
+        std::size_t filled = sizeof lengths;
+        static_assert(sizeof lengths + 3 * largestMetadataBlock <= smallResultBytes);
+        const auto add = [&](const QByteArray& block) {
+            const auto length = static_cast<std::size_t>(block.size());
+            std::memcpy(result + filled, block.constData(), length);
+            filled += length;
+            return std::uint64_t{length};
+        };
+        lengths.exif = add(blocks->exif);
+        lengths.iptc = add(blocks->iptc);
+        lengths.xmp = add(blocks->xmp);
+        std::memcpy(result, &lengths, sizeof lengths);
         reply.count = filled;
         reply.status = Status::Done;
     }

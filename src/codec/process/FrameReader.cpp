@@ -97,6 +97,12 @@ public:
         int descriptor, const QString& typeHint, std::size_t frame, std::stop_token) override {
         return PictureProperties::of(readImageProperties(descriptor, typeHint, frame));
     }
+
+    ReadMetadata metadataBlocks(int descriptor, std::stop_token) override {
+        auto blocks = readMetadataBlocks(descriptor);
+        if (!blocks) return {PropertiesStatus::Unreadable, {}};
+        return {PropertiesStatus::Read, std::move(*blocks)};
+    }
 };
 
 class NoReader final : public FrameReader {
@@ -112,6 +118,7 @@ public:
     PictureProperties properties(int, const QString&, std::size_t, std::stop_token) override {
         return {};
     }
+    ReadMetadata metadataBlocks(int, std::stop_token) override { return {}; }
 };
 
 /// What importers that nobody hands a reader go through: there is one for the whole process.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/metadata/MetadataBlocks.h"
 #include "codec/metadata/PictureProperties.h"
 #include "codec/pixels/Decoder.h"
 #include "platform/values/PBValue.h"
@@ -103,6 +104,8 @@ public:
     /// cost far less than asking for one after the other.
     [[nodiscard]] virtual std::vector<PictureProperties>
     propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop);
+    /// What goes along with the picture into other files; stopped, it is `NotNow`.
+    [[nodiscard]] virtual ReadMetadata metadataBlocks(int descriptor, std::stop_token stop) = 0;
 };
 
 /// The cores that a decode may use: all for the picture that the user waits for, which is decoded

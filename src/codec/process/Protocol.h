@@ -29,6 +29,7 @@ enum class Kind : std::uint32_t {
     CountFrames,
     FrameDelay,
     Properties,
+    MetadataBlocks,
     OpenSequence,  ///< keeps the picture open; answered with the frames to play
     NextFrame,     ///< of the sequence that was opened last
     CloseSequence, ///< there is nobody to read the answer
@@ -53,7 +54,7 @@ struct Request {
     std::uint32_t onlyEmbedded = 0;
     std::uint32_t pictures = 1;
     std::uint32_t threads = 1;
-    std::uint32_t isDeep = 0; ///< as `Depth::Source`
+    std::uint32_t isAsInSource = 0; ///< as `Depth::Source`
     /// Type identifier by the file's name, in ASCII, ended by a zero.
     std::array<char, 72> typeHint{};
 };
@@ -83,14 +84,24 @@ struct Reply {
     std::int32_t width = 0;
     std::int32_t height = 0;
     std::uint32_t isOpaque = 0;
+    std::uint32_t isDeep = 0; ///< 16 bits a channel
     std::uint32_t isComplete = 0;
     ResultProfile profile = ResultProfile::Srgb;
     std::uint32_t profileBytes = 0;
     /// Frames or milliseconds (of a sequence's frame, as they are shown); for properties, the bytes
     /// of the result, which begins with one number for each picture: the bytes of its dictionary,
-    /// which stand behind all the numbers, or `noProperties` or `noRoom`; in the greeting, the
-    /// confinements that the kernel refused.
+    /// which stand behind all the numbers, or `noProperties` or `noRoom`; for metadata, those of
+    /// the result, which begins with `MetadataLengths`; in the greeting, the confinements that the
+    /// kernel refused.
     std::uint64_t count = 0;
+};
+
+/// Before the blocks of metadata, which stand one behind the other.
+struct MetadataLengths {
+    std::uint64_t exif = 0;
+    std::uint64_t iptc = 0;
+    std::uint64_t xmp = 0;
+    std::uint64_t isComplete = 0; ///< as in `MetadataBlocks`
 };
 
 /// The picture has no properties.

@@ -48,7 +48,9 @@ TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token
     _progress.total = plan.fileCount();
     FileSystem::Entry entry;
     for (const auto& step : plan.steps) {
-        if (step.folder.isEmpty() && !_environment.files.look(step.file.source, entry))
+        // What is yet to be made has no size.
+        if (step.folder.isEmpty() && !step.file.make &&
+            !_environment.files.look(step.file.source, entry))
             _progress.totalBytes += entry.size;
     }
     for (const auto& step : plan.steps) {
@@ -148,17 +150,21 @@ std::error_code FileTransfer::transferNew(const File& file, const QByteArray& de
 }
 
 FileTransfer::Next FileTransfer::transferMade(const File& file, const QByteArray& destination) {
-    std::error_code error = std::make_error_code(std::errc::file_exists);
-    if (isSameFile(file.source, destination))
-        return leaveOut({.path = file.source, .destination = destination, .error = error});
+    const bool isSame = isSameFile(file.source, destination);
+    std::error_code error = ownPlace;
+    if (isSame && file.replaces) return fail({file.source, destination, error});
     File made = file;
     made.make = {};
     made.content.emplace();
     error = file.make(_stop, *made.content);
     if (error == std::errc::operation_canceled) return fail({file.source, destination, error});
     if (error) return leaveOut({.path = file.source, .destination = destination, .error = error});
-    error = perform(made, destination, file.replaces ? IfTaken::Replace : IfTaken::Refuse);
-    if (error == std::errc::file_exists) return resolveConflict(made, destination);
+    if (isSame) {
+        error = duplicate(made, realFolder(file.folder));
+    } else {
+        error = perform(made, destination, file.replaces ? IfTaken::Replace : IfTaken::Refuse);
+        if (error == std::errc::file_exists) return resolveConflict(made, destination);
+    }
     return error ? fail({.path = file.source, .destination = destination, .error = error})
                  : Next::File;
 }

@@ -11,6 +11,9 @@
 
 namespace fileactions {
 
+/// A photograph was to be replaced by what is made of it; no file system answers so.
+inline const std::error_code ownPlace = std::make_error_code(std::errc::argument_out_of_domain);
+
 /// What is to be copied or moved where: a value. Paths are absolute, as the disk spells them.
 struct TransferPlan {
     enum class Kind {
@@ -28,10 +31,11 @@ struct TransferPlan {
         /// is taken it gets the next free one.
         std::optional<QByteArray> content = std::nullopt;
         std::int64_t fileId = 0; ///< of the photograph on show; 0: not known
-        /// Another file made of the source, as in an export; never put in the source's own place.
-        /// Of one with content: what fills that.
+        /// Another file made of the source, as in an export; never put in the source's own place,
+        /// but under the next free name. Of one with content: what fills that.
         Maker make = {};
-        /// What has the name of a made file already goes without a question.
+        /// What has the name of a made file already goes without a question; where that is the
+        /// source, nothing is made (`ownPlace`).
         bool replaces = false;
         /// Else the next one is told under the same number.
         bool isCounted = true;

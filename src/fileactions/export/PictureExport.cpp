@@ -4,45 +4,73 @@
 #include "codec/PBImageImporterManager.h"
 #include "codec/encoding/PictureEncoder.h"
 
-#include <QFile>
+#include <QColorSpace>
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace fileactions {
 
 namespace {
 
-/// Files beyond this are not searched for metadata.
-constexpr qint64 largestFile = qint64{1} << 30;
-
 ExportedPicture failed(std::errc error) {
     return {.error = std::make_error_code(error), .content = {}};
 }
 
+bool isDeep(const PBDictionary& properties) {
+    return valueForKey(properties, QStringLiteral("Depth")).toInteger() != 8;
+}
+
+/// What the making of a picture takes beside its decoder: the pixels, turned, as the encoder wants
+/// them, and the encoder's planes, which are twice as large.
+std::uint64_t bytesFor(const PBDictionary& properties, int maxSize) {
+    constexpr std::uint64_t copies = 5;
+    auto width = valueForKey(properties, QStringLiteral("PixelWidth")).toDouble();
+    auto height = valueForKey(properties, QStringLiteral("PixelHeight")).toDouble();
+    const double longest = std::max({width, height, 1.0});
+    const double part = maxSize > 0 ? std::min(1.0, maxSize / longest) : 1.0;
+    const std::uint64_t bytesPerPixel = isDeep(properties) ? 8 : 4;
+    return static_cast<std::uint64_t>(width * part * height * part) * bytesPerPixel * copies;
+}
+
 /// Deep pixels that 8 bits hold as well are worth neither time nor space.
-QImage withoutEmptyBits(QImage image, int depth) {
-    if (depth > 8 || image.depth() != 64) return image;
+QImage withoutEmptyBits(QImage image, const PBDictionary& properties) {
+    if (isDeep(properties) || image.depth() != 64) return image;
     return std::move(image).convertToFormat(
         image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
 }
 
-codec::CarriedMetadata metadataOf(const QString& path, QSize size, bool location) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > largestFile) return {};
-    return codec::carriedMetadata(file.readAll(), size, location);
+/// Of decoders that could not make a smaller one.
+QImage withinSize(QImage image, int maxSize) {
+    if (maxSize <= 0 || std::max(image.width(), image.height()) <= maxSize) return image;
+    return image.scaled(maxSize, maxSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
+/// A photograph that says that it is in sRGB says so when it is exported, too.
+QByteArray profileOf(const codec::Frame& frame, const PBDictionary& properties) {
+    const bool isNamed = !valueForKey(properties, QStringLiteral("ProfileName")).isAbsent();
+    if (!frame.profile.isEmpty() || !isNamed) return frame.profile;
+    return QColorSpace(QColorSpace::SRgb).iccProfile();
 }
 
 } // namespace
 
-ExportedPicture exportPicture(
-    PBImageImporterManager& importers, const QString& path, double angle,
-    const ExportSettings& settings, const std::stop_token& stop) {
+ExportedPicture
+PictureExport::make(const QString& path, double angle, const std::stop_token& stop) {
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
-    const auto importer = importers.imageImporterForImageURL(path);
+    const auto importer = _importers.imageImporterForImageURL(path);
     if (!importer) return failed(std::errc::bad_message);
     importer->setUrgency(codec::Urgency::Next);
+    const auto [status, properties] = importer->readProperties(0, stop);
+    if (stop.stop_requested()) return failed(std::errc::operation_canceled);
+    if (status == codec::PropertiesStatus::NotNow)
+        return failed(std::errc::resource_unavailable_try_again);
+    const auto share = _memory.take(bytesFor(properties, _settings.maxSize), stop);
+    if (!share) return failed(std::errc::operation_canceled);
+
     codec::DecodeRequest request;
-    request.maxSize = settings.maxSize;
+    request.maxSize = _settings.maxSize;
     request.depth = codec::Depth::Source;
     request.urgency = codec::Urgency::Next;
     codec::ReadResult read = importer->readImage(request, stop);
@@ -51,28 +79,43 @@ ExportedPicture exportPicture(
         return failed(std::errc::resource_unavailable_try_again);
     // Half a picture would be a poor copy that looks like a whole one.
     if (read.frame.image.isNull() || !read.frame.isComplete) return failed(std::errc::bad_message);
-
-    const auto properties = importer->propertiesAtIndex(0);
-    const qint64 depth =
-        properties ? valueForKey(*properties, QStringLiteral("Depth")).toInteger() : 0;
-    QImage image = withoutEmptyBits(std::move(read.frame.image), static_cast<int>(depth));
+    QImage image =
+        withinSize(withoutEmptyBits(std::move(read.frame.image), properties), _settings.maxSize);
     if (std::fmod(angle, 360.0) != 0) image = PBUtilities::rotateImageRef(image, angle);
     if (image.isNull()) return failed(std::errc::bad_message);
 
-    codec::CarriedMetadata metadata;
-    if (settings.hasMetadata && codec::hasMetadata(settings.type))
-        metadata = metadataOf(path, image.size(), settings.hasLocation);
+    codec::MetadataBlocks metadata;
+    bool isMetadataRead = true;
+    if (_settings.hasMetadata && codec::hasMetadata(_settings.type)) {
+        const codec::ReadMetadata stored = importer->readMetadata(stop);
+        if (stop.stop_requested()) return failed(std::errc::operation_canceled);
+        if (stored.status == codec::PropertiesStatus::NotNow)
+            return failed(std::errc::resource_unavailable_try_again);
+        isMetadataRead = stored.status == codec::PropertiesStatus::Read;
+        metadata = codec::carriedMetadata(
+            stored.blocks, {.size = image.size(),
+                            .isSrgb = read.frame.profile.isEmpty(),
+                            .hasIptc = codec::hasIptc(_settings.type),
+                            .hasLocation = _settings.hasLocation});
+    }
     codec::EncodedPicture encoded = codec::encodePicture(
-        image, read.frame.profile, metadata,
-        {.type = settings.type,
-         .quality = settings.quality,
-         .tiffCompression = settings.tiffCompression});
+        image, profileOf(read.frame, properties), metadata,
+        {.type = _settings.type,
+         .quality = _settings.quality,
+         .tiffCompression = _settings.tiffCompression,
+         .threads = _threads});
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
     if (encoded.bytes.isEmpty()) return failed(std::errc::not_supported);
     return {
         .error = {},
         .content = std::move(encoded.bytes),
-        .isMetadataMissing = !encoded.isMetadataWritten};
+        .isMetadataMissing = !isMetadataRead || !encoded.isMetadataWritten};
+}
+
+ExportedPicture exportPicture(
+    PBImageImporterManager& importers, const QString& path, double angle,
+    const ExportSettings& settings, const std::stop_token& stop) {
+    return PictureExport(importers, settings).make(path, angle, stop);
 }
 
 } // namespace fileactions

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "codec/process/MemoryBudget.h"
+
 #include <QByteArray>
 #include <QString>
 
 #include <stop_token>
 #include <system_error>
+#include <utility>
 
 class PBImageImporterManager;
 
@@ -27,11 +30,30 @@ struct ExportedPicture {
     /// type; `operation_canceled`: stopped; `resource_unavailable_try_again`: not now.
     std::error_code error;
     QByteArray content;
-    bool isMetadataMissing = false; ///< it was wanted, and can't be written
+    bool isMetadataMissing = false; ///< some of it was wanted, and is not there
 };
 
-/// Reads the photograph at its full size or reduced, turns it by the angle (degrees,
-/// counter-clockwise) and encodes it upright, in its own colours. Blocks; any thread.
+/// Reads photographs at their full size or reduced, turns them, and encodes them upright, in their
+/// own colours and with as many bits as they have. Any thread, and several at once: together they
+/// take the memory that the budget has.
+class PictureExport {
+public:
+    /// The importers outlive it. `threads`: for each picture, where its encoder can use them.
+    PictureExport(PBImageImporterManager& importers, ExportSettings settings, int threads = 1)
+        : _importers(importers), _settings(std::move(settings)), _threads(threads) {}
+
+    /// `angle`: in degrees, counter-clockwise. Blocks.
+    [[nodiscard]] ExportedPicture
+    make(const QString& path, double angle, const std::stop_token& stop);
+
+private:
+    PBImageImporterManager& _importers;
+    const ExportSettings _settings;
+    const int _threads;
+    codec::process::MemoryBudget _memory;
+};
+
+/// A single photograph; see `PictureExport`.
 [[nodiscard]] ExportedPicture exportPicture(
     PBImageImporterManager& importers, const QString& path, double angle,
     const ExportSettings& settings, const std::stop_token& stop);

@@ -27,6 +27,24 @@ using fileactions::ExportSettings;
 using platform::localizedFormat;
 using platform::localizedString;
 
+namespace Types = platform::TypeIdentifiers;
+
+namespace {
+
+/// Of the names that files of the type have, for dialogs that tell small letters from large ones.
+QString patternsOf(const QString& type) {
+    QStringList patterns;
+    const auto add = [&](const QString& extension) {
+        patterns << QStringLiteral("*.") + extension << QStringLiteral("*.") + extension.toUpper();
+    };
+    add(Types::preferredExtension(type));
+    for (const QStringView other : {u"jpeg", u"tiff", u"heif", u"hif", u"jpf"})
+        if (Types::equal(Types::forExtension(other), type)) add(other.toString());
+    return patterns.join(u' ');
+}
+
+} // namespace
+
 void ExportDialogs::askSettings(
     const Settings& settings, std::int64_t count, std::function<void(const Settings&)> chosen) {
     platform::assertMainThread();
@@ -40,31 +58,31 @@ void ExportDialogs::askSettings(
 
 void ExportDialogs::askFile(
     const QString& name, const Settings& settings,
-    std::function<void(const QString& path)> chosen) {
+    std::function<void(const QString& path, bool replaces)> chosen) {
     platform::assertMainThread();
     QString start = _lastFolder;
     if (!QFileInfo(start).isDir())
         start = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     if (!QFileInfo(start).isDir()) start = QDir::homePath();
-    const QString extension = platform::TypeIdentifiers::preferredExtension(settings.type);
-    const QString filter =
-        QStringLiteral("%1 (*.%2)")
-            .arg(platform::TypeIdentifiers::description(settings.type), extension);
-    auto* dialog = new QFileDialog(&_window, localizedString(u"ExportTitle"), start, filter);
+    auto* dialog = new QFileDialog(
+        &_window, localizedString(u"ExportTitle"), start,
+        QStringLiteral("%1 (%2)").arg(
+            Types::description(settings.type), patternsOf(settings.type)));
     dialog->setObjectName(QStringLiteral("exportFile"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
-    // Added here, before overwriting is asked.
-    dialog->setDefaultSuffix(extension);
     dialog->selectFile(name);
     dialog->setWindowModality(Qt::WindowModal);
     QObject::connect(
         dialog, &QFileDialog::fileSelected, dialog,
-        [this, chosen = std::move(chosen)](const QString& path) {
+        [this, type = settings.type, chosen = std::move(chosen)](const QString& path) {
             if (path.isEmpty()) return;
             _lastFolder = QFileInfo(path).path();
-            chosen(path);
+            // Under the name that gets its extension here nobody has asked for anything.
+            const bool isOfType = Types::equal(Types::forExtension(QFileInfo(path).suffix()), type);
+            const QString extension = u'.' + Types::preferredExtension(type);
+            chosen(isOfType ? path : path + extension, isOfType);
         });
     dialog->open();
 }
@@ -91,8 +109,7 @@ std::vector<ExportCommands::Photograph> ExportCommands::photographs() const {
 ExportSettings ExportCommands::firstSettings(const QByteArray& path) const {
     ExportSettings settings = _settings;
     if (!settings.type.isEmpty()) return settings;
-    const QString own =
-        platform::TypeIdentifiers::forExtension(QFileInfo(QFile::decodeName(path)).suffix());
+    const QString own = Types::forExtension(QFileInfo(QFile::decodeName(path)).suffix());
     settings.type = codec::writableTypes().contains(own) ? own : QStringLiteral("public.jpeg");
     return settings;
 }
@@ -112,12 +129,13 @@ void ExportCommands::choosePlace(
     if (photographs.size() == 1) {
         const QByteArray name = fileactions::exportName(photographs.front().path, settings.type);
         _environment.exportQuestions.askFile(
-            QFile::decodeName(name), settings, [this, settings, photographs](const QString& path) {
+            QFile::decodeName(name), settings,
+            [this, settings, photographs](const QString& path, bool replaces) {
                 _settings = settings;
                 const QByteArray target = QFile::encodeName(path);
                 write(
                     photographs, platform::folderOfPath(target), {platform::nameOfPath(target)},
-                    true);
+                    replaces);
             });
         return;
     }
@@ -142,13 +160,13 @@ void ExportCommands::write(
     auto work = [photographs, folder, names, replaces, missing, settings = _settings,
                  &importers =
                      _environment.imageImporterManager](const fileactions::FileEditor& editor) {
-        const int threads = std::min(platform::usableCores(), static_cast<int>(photographs.size()));
+        const int cores = platform::usableCores();
+        const int threads = std::min(cores, static_cast<int>(photographs.size()));
+        fileactions::PictureExport pictures(importers, settings, cores / threads);
         fileactions::ExportAhead ahead(
             photographs.size(), threads, [&](std::size_t index, const std::stop_token& stop) {
                 const Photograph& photograph = photographs[index];
-                return fileactions::exportPicture(
-                    importers, QFile::decodeName(photograph.path), photograph.angle, settings,
-                    stop);
+                return pictures.make(QFile::decodeName(photograph.path), photograph.angle, stop);
             });
         fileactions::TransferPlan plan;
         for (std::size_t i = 0; i < photographs.size(); ++i) {

@@ -27,10 +27,11 @@ public:
     virtual void askSettings(
         const Settings& settings, std::int64_t count,
         std::function<void(const Settings&)> chosen) = 0;
-    /// The file for a single photograph; overwriting was asked.
+    /// The file for a single photograph, and whether one of that name may be replaced; otherwise
+    /// nobody was asked about it.
     virtual void askFile(
         const QString& name, const Settings& settings,
-        std::function<void(const QString& path)> chosen) = 0;
+        std::function<void(const QString& path, bool replaces)> chosen) = 0;
     /// The export is done, but these photographs are without metadata that were wanted.
     virtual void tellMetadataMissing(std::int64_t count) = 0;
 };
@@ -45,7 +46,7 @@ public:
         std::function<void(const Settings&)> chosen) override;
     void askFile(
         const QString& name, const Settings& settings,
-        std::function<void(const QString& path)> chosen) override;
+        std::function<void(const QString& path, bool replaces)> chosen) override;
     void tellMetadataMissing(std::int64_t count) override;
 
 private:

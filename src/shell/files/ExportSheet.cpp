@@ -116,6 +116,7 @@ ExportSheet::ExportSheet(
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(_type, &QComboBox::currentIndexChanged, this, &ExportSheet::setSaveType);
     setSaveType();
+    _type->setFocus();
 }
 
 QString ExportSheet::saveUti() const {

@@ -55,6 +55,12 @@ QString messageAbout(FileQuestions::Deed deed, const QByteArray& path, qint64 co
     return localizedFormat(row.one, {nameOf(path)});
 }
 
+/// The photograph could not be read or encoded, whatever its place is.
+bool isOfMaking(const std::error_code& error) {
+    return error == std::errc::bad_message || error == std::errc::not_supported ||
+           error == std::errc::resource_unavailable_try_again;
+}
+
 } // namespace
 
 QMessageBox* FileSheets::makeBox(int icon, const QString& message, const QString& details) const {
@@ -101,10 +107,11 @@ void FileSheets::askConflict(
 }
 
 void FileSheets::askSkip(const Failure& failure, std::function<void(bool skips)> answered) {
-    const bool isFolder = failure.destination.isEmpty();
+    const QStringView message = failure.destination.isEmpty() ? u"CantMakeFolder"
+                                : isOfMaking(failure.error)   ? u"CantExportFile"
+                                                              : u"CantReplaceFile";
     QMessageBox* box = makeBox(
-        QMessageBox::Critical,
-        localizedFormat(isFolder ? u"CantMakeFolder" : u"CantReplaceFile", {nameOf(failure.path)}),
+        QMessageBox::Critical, localizedFormat(message, {nameOf(failure.path)}),
         fileactions::fileErrorText(failure.error));
     box->setObjectName(QStringLiteral("fileSkipOrStop"));
     QPushButton* skip = box->addButton(localizedString(u"FileSkip"), QMessageBox::AcceptRole);

@@ -1,5 +1,6 @@
 #include "codec/process/DecoderPool.h"
 
+#include "codec/metadata/Pictures.h"
 #include "codec/process/DecoderHelper.h"
 #include "codec/process/MemoryBudget.h"
 #include "codec/process/OrderFiles.h"
@@ -224,6 +225,38 @@ TEST_F(DecoderPoolTest, propertiesOfManyPicturesAreReadTogetherAndAloneAfterALos
     ASSERT_EQ(::kill(child, SIGSTOP), 0);
     expectAll();
     EXPECT_NE(::kill(child, 0), 0);
+}
+
+TEST_F(DecoderPoolTest, metadataComeInBlocksThatHaveABound) {
+    const auto photograph = [](std::size_t textLength) {
+        return pictures::fileOf(pictures::withMetadata(
+            pictures::saved(QImage(40, 30, QImage::Format_RGB32), "TIFF"),
+            [textLength](Exiv2::ExifData& exif, Exiv2::IptcData& iptc, Exiv2::XmpData& xmp) {
+                exif["Exif.Image.Make"] = "Maker";
+                iptc["Iptc.Application2.Caption"] = "Caption";
+                xmp["Xmp.dc.source"] = std::string(textLength, 't');
+                xmp["Xmp.dc.format"] = "image";
+            }));
+    };
+    DecoderPool pool(settings(1));
+    using codec::PropertiesStatus;
+    for (const std::size_t length : {std::size_t{10}, std::size_t{3} << 20}) {
+        const auto [status, blocks] = pool.metadataBlocks(photograph(length).get(), {});
+        EXPECT_EQ(status, PropertiesStatus::Read);
+        EXPECT_TRUE(blocks.exif.contains("Maker") && blocks.iptc.contains("Caption"));
+        EXPECT_TRUE(blocks.xmp.contains("image"));
+        EXPECT_EQ(blocks.xmp.contains("tttttttttt"), length == 10);
+        EXPECT_EQ(blocks.isComplete, length == 10);
+    }
+    EXPECT_TRUE(pool.metadataBlocks(orders("nonsense").get(), {}).blocks.isEmpty());
+    EXPECT_EQ(pool.metadataBlocks(orders("").get(), {}).status, PropertiesStatus::Unreadable);
+    std::stop_source stopped;
+    stopped.request_stop();
+    const Descriptor file = photograph(10);
+    EXPECT_EQ(
+        pool.metadataBlocks(file.get(), stopped.get_token()).status, PropertiesStatus::NotNow);
+    DecoderPool missing({.executable = "/no/such/program", .processes = 1});
+    EXPECT_EQ(missing.metadataBlocks(file.get(), {}).status, PropertiesStatus::NotNow);
 }
 
 TEST_F(DecoderPoolTest, processesGoFirstWhereMemoryIsShortAndOutliveTheThreadThatAskedForThem) {
