@@ -158,18 +158,18 @@ TEST_F(ShareCommandsTest, menusShowWhatTakesThePhotographsAsSoonAsThatIsKnown) {
     EXPECT_EQ(handed.size(), 4);
     EXPECT_EQ(handed.at(1), pathOf(*items[1])) << "the original";
 
-    const auto services = std::exchange(found, {});
+    const auto late = std::exchange(found, {});
     QMenu other;
     shares.menuNeedsUpdate(other);
     EXPECT_EQ(entries(other), u"(Looking for programs…)");
-    asked.front()(services); // of a menu that has asked once more since
+    asked.front()(late); // of a menu that has asked once more since
     EXPECT_EQ(entries(menu), u"View && Co");
     asked.back()({});
     EXPECT_EQ(entries(other), u"(No program for sharing was found.)");
-    asked.back()(services);
+    asked.back()(late);
     EXPECT_EQ(entries(other), u"View && Co Mail");
     shares.openWithMenuNeedsUpdate(other);
-    asked.back()({services.back()});
+    asked.back()({late.back()});
     EXPECT_EQ(entries(other), u"(No program opens all of these photographs.)");
     items.clear();
     shares.menuNeedsUpdate(other);

@@ -1,9 +1,9 @@
 #include "shell/files/ShareCommands.h"
 
-#include "catalogue/PBCatalogue.h"
 #include "codec/PBImageImporterManager.h"
 #include "fileactions/export/PictureExport.h"
 #include "fileactions/share/ShareCopies.h"
+#include "group/MetadataRows.h"
 #include "group/PBGroupItem.h"
 #include "platform/files/TypeIdentifiers.h"
 #include "platform/program/LocalizedTexts.h"
@@ -71,11 +71,18 @@ void ShareCommands::removeOld() {
 }
 
 /// The stored orientation is another program's word on how to turn the file.
-bool ShareCommands::isTurned(qint64 fileId, double angle) const {
-    if (copies::needsCopy(angle, 0)) return true;
-    const PBArray row = PBCatalogue(_environment.mainFileDb)
-                            .tiffDataWithFileIdAndFields(fileId, {QStringLiteral("Orientation")});
-    return !row.empty() && copies::needsCopy(0, row.front().toInteger());
+void ShareCommands::findTurned(std::vector<Photograph>& photographs) const {
+    group::MetadataRows rows({{QStringLiteral("Tiff"), {QStringLiteral("Orientation")}}});
+    std::vector<qint64> fileIds;
+    for (const Photograph& photograph : photographs)
+        fileIds.push_back(photograph.fileId);
+    rows.willRead(std::move(fileIds));
+    for (Photograph& photograph : photographs) {
+        rows.read(photograph.fileId, _environment.mainFileDb);
+        const auto row = rows.row(0);
+        photograph.needsCopy =
+            copies::needsCopy(photograph.angle, row.empty() ? 0 : row.front().toInteger());
+    }
 }
 
 std::vector<ShareCommands::Photograph> ShareCommands::photographs(std::size_t most) const {
@@ -172,8 +179,8 @@ void ShareCommands::shareService(const ShareService& service) {
     std::vector<Photograph> chosen = photographs();
     bool needsCopies = false;
     QStringList paths;
-    for (Photograph& photograph : chosen) {
-        photograph.needsCopy = isTurned(photograph.fileId, photograph.angle);
+    findTurned(chosen);
+    for (const Photograph& photograph : chosen) {
         needsCopies = needsCopies || photograph.needsCopy;
         paths.append(QFile::decodeName(photograph.path));
     }
@@ -256,7 +263,8 @@ void ShareCommands::perform(
 
 void ShareCommands::setDesktop() {
     platform::assertMainThread();
-    Photograph photograph = first();
+    std::vector<Photograph> chosen{first()};
+    Photograph& photograph = chosen.front();
     if (photograph.path.isEmpty()) return;
     const auto set = [this](const QString& path, const QString& folder) {
         _environment.setDesktopImage(
@@ -271,8 +279,8 @@ void ShareCommands::setDesktop() {
                 tellWallpaper(result);
             });
     };
-    photograph.needsCopy =
-        !isShownByDesktops(photograph.path) || isTurned(photograph.fileId, photograph.angle);
+    findTurned(chosen);
+    if (!isShownByDesktops(photograph.path)) photograph.needsCopy = true;
     if (!photograph.needsCopy) {
         set(QFile::decodeName(photograph.path), {});
         return;
@@ -284,7 +292,7 @@ void ShareCommands::setDesktop() {
         tellWallpaper(Result::Failed);
         return;
     }
-    convert({photograph}, folder, [set, folder](const QStringList& paths) {
+    convert(chosen, folder, [set, folder](const QStringList& paths) {
         set(paths.constFirst(), QFile::decodeName(folder));
     });
 }

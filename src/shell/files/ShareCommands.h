@@ -69,7 +69,8 @@ private:
     [[nodiscard]] std::vector<Photograph>
     photographs(std::size_t most = std::numeric_limits<std::size_t>::max()) const;
     [[nodiscard]] Photograph first() const;
-    [[nodiscard]] bool isTurned(qint64 fileId, double angle) const;
+    /// Those that are to be handed on as copies.
+    void findTurned(std::vector<Photograph>& photographs) const;
     [[nodiscard]] QStringList chosenTypes() const;
     /// Once what takes the photographs is known; until then the menu says that it is looked for.
     void fill(QMenu& menu, bool withOriginals);
