@@ -39,7 +39,8 @@ constexpr std::chrono::milliseconds longestWaitForPlaces{500};
 } // namespace
 
 ApplicationController::ApplicationController()
-    : _userDefaults(platform::StandardFolders::settingsFile()), _browsing(_userDefaults) {
+    : _userDefaults(platform::StandardFolders::settingsFile()), _browsing(_userDefaults),
+      _preferences(_userDefaults) {
     platform::assertMainThread();
 }
 
@@ -65,6 +66,10 @@ void ApplicationController::awakeFromNib() {
     _imageBufferManager = std::make_unique<PBImageBufferManager>(
         PBImageBufferManager::Environment{.loadImageManager = *_loadImageManager});
     makeFileServices();
+    _thumbnailCache = makeThumbnailCache(
+        {.buildThumbDb = _connections->buildThumbDb(),
+         .buildQueue = *_buildThumbOperationQueue,
+         .buildAnew = [this] { scan(); }});
     group::GroupPresets(_userDefaults).seedIfAbsent(_geoManager->canUseGeocoder());
     _mainWindowController = std::make_unique<PBMainWindowController>(shellServices());
     _mainWindowController->setWorkFigures([this] {
@@ -197,6 +202,7 @@ ShellServices ApplicationController::shellServices() {
     return {
         .delegate = *this,
         .browsing = _browsing,
+        .preferences = _preferences,
         .userDefaults = _userDefaults,
         .mainFileDb = _connections->mainFileDb(),
         .mainThumbDb = _connections->mainThumbDb(),
@@ -216,6 +222,7 @@ ShellServices ApplicationController::shellServices() {
         .loadImageManager = *_loadImageManager,
         .imageBufferManager = *_imageBufferManager,
         .files = _fileServices,
+        .thumbnailCache = _thumbnailCache,
         .edits = _marks->edits(),
     };
 }
@@ -403,6 +410,7 @@ void ApplicationController::tellUnopened(const QStringList& faults) {
 void ApplicationController::applicationWillTerminate() {
     platform::assertMainThread();
     _thumbnailCleaner.reset();
+    _thumbnailCache = {};
     if (_mainWindowController) _mainWindowController->stopFileCommands();
     // The queues stop before any connection closes: that keeps a running operation from a closed
     // one.

@@ -6,6 +6,7 @@
 #include "app/MarksServices.h"
 #include "app/ScanControl.h"
 #include "app/ScanPipeline.h"
+#include "app/ThumbnailCaching.h"
 #include "app/ThumbnailCleaner.h"
 #include "app/WatchControl.h"
 #include "app/WindowColours.h"
@@ -15,7 +16,9 @@
 #include "platform/tasks/OperationQueue.h"
 #include "shell/services/BrowsingSettings.h"
 #include "shell/services/FileServices.h"
+#include "shell/services/Preferences.h"
 #include "shell/services/ShellServices.h"
+#include "shell/services/ThumbnailCache.h"
 
 #include <memory>
 #include <optional>
@@ -67,6 +70,8 @@ public:
     /// The marks of photographs; until quitting.
     [[nodiscard]] MarksServices& marks() { return *_marks; }
     [[nodiscard]] BrowsingSettings& browsing() { return _browsing; }
+    /// Also before the start.
+    [[nodiscard]] Preferences& preferences() { return _preferences; }
     [[nodiscard]] PBAliasManager& aliasManager() { return _folderRoots->aliasManager(); }
     [[nodiscard]] std::shared_ptr<PBOpenFiles> openFiles() const override { return _openFiles; }
 
@@ -113,6 +118,7 @@ private:
 
     platform::UserDefaults _userDefaults;
     BrowsingSettings _browsing;
+    Preferences _preferences;
     platform::Mutex _insertFolderAliasLock;
     std::unique_ptr<platform::OperationQueue> _scanOperationQueue;
     std::unique_ptr<platform::OperationQueue> _preloadThumbnailOperationQueue;
@@ -129,6 +135,7 @@ private:
     std::optional<ScanPipeline> _scanPipeline;
     std::optional<ScanControl> _scanControl;
     FileServices _fileServices;
+    ThumbnailCache _thumbnailCache;
     std::unique_ptr<PBMainWindowController> _mainWindowController;
     std::optional<WindowColours> _windowColours;
     std::optional<WatchControl> _watchControl;

@@ -18,6 +18,7 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
 #include <QDrag>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -314,6 +315,9 @@ QJsonArray controls() {
         if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
             control.insert(QStringLiteral("text"), textOf(*button));
             control.insert(QStringLiteral("checked"), button->isChecked());
+        } else if (const auto* box = qobject_cast<const QComboBox*>(widget)) {
+            control.insert(QStringLiteral("text"), box->currentText());
+            control.insert(QStringLiteral("focus"), box->hasFocus());
         } else if (const auto* line = qobject_cast<const QLineEdit*>(widget)) {
             control.insert(QStringLiteral("text"), line->text());
         } else if (const auto* list = qobject_cast<const QAbstractItemView*>(widget)) {

@@ -12,6 +12,8 @@
 #include "app/SingleInstance.h"
 #include "app/Statistics.h"
 #include "app/TerminationSignals.h"
+#include "app/TextLanguage.h"
+#include "app/ThemeControl.h"
 #include "codec/process/DecoderProcess.h"
 #include "platform/program/DescriptorLimit.h"
 #include "platform/program/RuntimeFolder.h"
@@ -20,7 +22,6 @@
 #include "platform/tasks/ExitDeadline.h"
 #include "platform/tasks/MainLoop.h"
 #include "shell/PBMainWindowController.h"
-#include "ui/ColorScheme.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -117,16 +118,9 @@ int runApplication(
     const CommandLineOptions& options, const QStringList& paths, const QStringList& faults,
     SingleInstance& instance, bool* wantsRestart) {
     Statistics statistics;
-    ColorScheme colorScheme;
-    PBThemes::apply(
-        !options.dark   ? colorScheme.preferred()
-        : *options.dark ? PBThemes::Scheme::Dark
-                        : PBThemes::Scheme::Light);
-    if (!options.dark) {
-        QObject::connect(
-            &colorScheme, &ColorScheme::preferredChanged, qApp,
-            [](PBThemes::Scheme scheme) { PBThemes::apply(scheme); });
-    }
+    ApplicationController controller;
+    useTextLanguage(controller.preferences());
+    const ThemeControl theme(controller.preferences(), options.dark);
 
     // Nobody is there to answer a run that ends by itself.
     const QString folder = platform::StandardFolders::dataFolder();
@@ -137,7 +131,6 @@ int runApplication(
     if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
         return failure;
 
-    ApplicationController controller;
     controller.setRestart([wantsRestart] {
         *wantsRestart = true;
         QCoreApplication::quit();

@@ -14,7 +14,7 @@ OfflineGeocoder::~OfflineGeocoder() = default;
 std::unique_ptr<OfflineGeocoder> OfflineGeocoder::installed() {
     return ofGazetteer(
         platform::StandardFolders::sharedFile(QStringLiteral("gazetteer.bin")),
-        QLocale::system().uiLanguages());
+        QLocale().uiLanguages());
 }
 
 std::unique_ptr<OfflineGeocoder>

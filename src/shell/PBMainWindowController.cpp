@@ -37,6 +37,8 @@
 #include "shell/panes/PaneLayout.h"
 #include "shell/panes/SortButton.h"
 #include "shell/panes/StatusBarView.h"
+#include "shell/preferences/PreferencesCommand.h"
+#include "shell/printing/PrintCommand.h"
 #include "shell/services/BrowsingSettings.h"
 #include "shell/sidebar/FirstRun.h"
 #include "shell/sidebar/FolderPrompts.h"
@@ -232,6 +234,18 @@ void PBMainWindowController::buildWindow() {
     makeOpenFiles();
     connectImageToolbar();
     tellReasons();
+    connectPrinting(
+        {.menu = _commands->menu(),
+         .chosen = *_choice,
+         .folderPaths = _browserPane->folderPaths(),
+         .importers = _services.imageImporterManager,
+         .window = *_window});
+    new PreferencesCommand(
+        {.services = _services,
+         .window = *_window,
+         .menu = _commands->menu(),
+         .imageView = _largeView->controller().imageView()},
+        _window.get());
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {

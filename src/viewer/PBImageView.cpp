@@ -124,6 +124,16 @@ void PBImageView::tryPreloadNextOrPrevImage() {
     _pictures.tryPreloadNextOrPrevImage();
 }
 
+void PBImageView::setGround(const std::optional<QColor>& ground) {
+    platform::assertMainThread();
+    _ground = ground;
+    update();
+}
+
+QColor PBImageView::groundNow() const {
+    return _ground.value_or(PBThemes::imageBrowserBackgroundColor());
+}
+
 void PBImageView::start(const std::optional<GeometryAnimation>& animation) {
     platform::assertMainThread();
     _motions.start(animation);
@@ -328,8 +338,7 @@ void PBImageView::hideEvent(QHideEvent* event) {
 
 void PBImageView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    if (_host.isSlideShowMode())
-        return painter.fillRect(event->rect(), ImagePainter::groundColor());
+    if (_host.isSlideShowMode()) return painter.fillRect(event->rect(), groundNow());
     // The window may have moved the view by parts of a device pixel.
     updateViewport();
     const ImageScene scene = sceneNow();
@@ -344,6 +353,7 @@ void PBImageView::paintEvent(QPaintEvent* event) {
 ImageScene PBImageView::sceneNow() {
     ImageScene scene;
     scene.placement = placement();
+    scene.ground = groundNow();
     scene.neighbour = swipedNeighbour();
     const auto item = _host.focusImageFileItem();
     if (!item) {

@@ -75,6 +75,11 @@ public:
     /// Moves the picture by so many points, animated.
     void scrollByDelta(const QPointF& delta);
 
+    /// See `ImageWheel::setZooms`.
+    void setWheelZooms(bool zooms) { _input.wheel().setZooms(zooms); }
+    /// What the picture lies on; nothing stands for the colour behind the window's thumbnails.
+    void setGround(const std::optional<QColor>& ground);
+
     /// A key that was pressed in the strip or elsewhere in the large view; false if it means
     /// nothing here.
     bool keyDown(const QKeyEvent& event);
@@ -152,6 +157,7 @@ private:
     void updateScreen();
     void updateCursor();
     [[nodiscard]] ImageScene sceneNow();
+    [[nodiscard]] QColor groundNow() const;
     [[nodiscard]] std::optional<ImageScene::Picture> swipedNeighbour() const;
     void noteWaiting(const ImageViewPictures::Picture& picture, bool canCome);
     void updateSpinner();
@@ -182,6 +188,7 @@ private:
     QBasicTimer _frameTimer;
     QBasicTimer _wakeTimer;
     ImagePlacement _settled; // as of the last `settle`
+    std::optional<QColor> _ground = ImagePainter::groundColor();
     bool _wasAtRest = true;
     bool _hasZoomed = false; // since the picture was at rest
     bool _isNavigationEnabled = true;

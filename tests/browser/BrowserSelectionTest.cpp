@@ -55,6 +55,14 @@ TEST_F(BrowserSelectionTest, answersAboutTheSelectionAcrossLeavesFoldedOrNot) {
     EXPECT_EQ(tree.selected(), u"a68 a69");
     EXPECT_TRUE(selection.selectAll(Excluded));
     EXPECT_EQ(selection.selectCount(Included), 70);
+    // What lies in folded leaves is turned round, too.
+    tree.item(0, 3)->setStar(2);
+    EXPECT_TRUE(selection.invert(Included));
+    EXPECT_EQ(selection.selectCount(Included), 40);
+    EXPECT_EQ(selection.selectCount(Excluded), 0);
+    EXPECT_TRUE(selection.selectWithStars(2, Included));
+    EXPECT_FALSE(selection.selectWithStars(2, Included));
+    EXPECT_EQ(tree.selected(), u"a3");
 }
 
 TEST_F(BrowserSelectionTest, aHeadOrARowNextToTheMiddleIsTheAnchor) {

@@ -1,6 +1,7 @@
 #include "catalogue/CatalogueIdentity.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBCleanThumbOperation.h"
+#include "catalogue/PBClearThumbOperation.h"
 #include "catalogue/PBRemoveAliasOperation.h"
 #include "platform/tasks/OperationQueue.h"
 #include "support/Rows.h"
@@ -124,6 +125,30 @@ TEST_F(RootRemovalTest, thumbnailsWithoutAPhotographGoInSmallSteps) {
     run(db, u"delete from ImageFile"_s);
     EXPECT_EQ(clean(db.databasePath()), Outcome::Done);
     EXPECT_EQ(ids(), QStringList{u"3005"_s});
+}
+
+TEST_F(RootRemovalTest, allThumbnailsGoWithTheirRoomThoughTheQueueIsCancelled) {
+    FMDatabase file(folder.filePath(u"thumbnail.db"_s));
+    ASSERT_TRUE(file.open() && PBCatalogue(file).checkTables_Thumbnail());
+    ASSERT_EQ(CatalogueIdentity::match(db, file), CatalogueIdentity::Match::Agree);
+    EXPECT_EQ(support::rowsOf(file, u"pragma journal_mode = wal"_s), QStringList{u"wal"_s});
+    run(file, u"insert into Thumbnail(Data) values (zeroblob(3000000))"_s);
+    const auto byteCount = [&] {
+        return QFile(file.databasePath()).size() + QFile(file.databasePath() + u"-wal"_s).size();
+    };
+    EXPECT_GT(byteCount(), 3000000);
+    bool isCleared = false;
+    platform::OperationQueue queue(u"test"_s);
+    queue.setSuspended(true);
+    queue.addOperation(
+        std::make_shared<PBClearThumbOperation>(file, [&](bool isDone) { isCleared = isDone; }));
+    queue.cancelAllOperations();
+    queue.setSuspended(false);
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_TRUE(isCleared);
+    EXPECT_LT(byteCount(), 100000);
+    EXPECT_EQ(support::rowsOf(file, u"select count(*) from Thumbnail"_s), QStringList{u"0"_s});
+    EXPECT_TRUE(CatalogueIdentity::agree(db, file));
 }
 
 TEST_F(RootRemovalTest, noThumbnailGoesWhereTheCatalogueCannotBeReadOrIsAnother) {

@@ -43,8 +43,9 @@ QProcessEnvironment Desktop::environment() const {
     environment.insert(u"DISPLAY"_s, _display);
     environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
     environment.insert(u"QT_SCALE_FACTOR"_s, u"1"_s);
-    for (const QString& foreign :
-         support::words("WAYLAND_DISPLAY XAUTHORITY DBUS_SESSION_BUS_ADDRESS QT_STYLE_OVERRIDE"))
+    environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
+    for (const QString& foreign : support::words(
+             "WAYLAND_DISPLAY XAUTHORITY DBUS_SESSION_BUS_ADDRESS QT_STYLE_OVERRIDE LANGUAGE"))
         environment.remove(foreign);
     if (!_bus.isEmpty()) environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, _bus);
     return environment;

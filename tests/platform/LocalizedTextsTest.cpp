@@ -1,5 +1,6 @@
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/HarmlessText.h"
+#include "platform/program/TextLanguages.h"
 
 #include "support/Support.h"
 
@@ -42,4 +43,43 @@ TEST(LocalizedTextsTest, everyKeyThatTheSourcesNameHasItsText) {
              QJsonDocument::fromJson(support::readFile(tables.next())).object().keys())
             keys.remove(key);
     EXPECT_EQ(keys.values().join(u' ').toStdString(), "");
+}
+
+namespace texts = platform::LocalizedTexts;
+
+TEST(LocalizedTextsTest, everyLanguageHasEachTextOfEnglishWithTheSamePlaceholders) {
+    const texts::Table english = texts::table(u"en"_s);
+    const QStringList languages = texts::languages();
+    EXPECT_GT(languages.size(), 1);
+    for (const QString& language : languages)
+        EXPECT_EQ(
+            texts::faults(english, texts::table(language)).join(u'\n').toStdString(), std::string())
+            << qPrintable(language);
+
+    const texts::Table made{{u"a"_s, u"%@ of %d"_s}, {u"b"_s, u"%1$@, 100 %%"_s}, {u"c"_s, {}}};
+    const std::pair<texts::Table, QString> rows[] = {
+        {{{u"a"_s, u"%2$d/%1$@"_s}, {u"b"_s, u"%@"_s}, {u"c"_s, {}}}, {}},
+        {{{u"a"_s, u"%d of %@"_s}, {u"b"_s, u"%@ %@"_s}, {u"c"_s, u"c"_s}},
+         u"a: other placeholders b: other placeholders c: empty"_s},
+        {{{u"a"_s, {}}, {u"d"_s, u"d"_s}}, u"a: empty b: missing c: missing d: unknown"_s}};
+    for (const auto& [other, faults] : rows)
+        EXPECT_EQ(texts::faults(made, other).join(u' '), faults);
+}
+
+TEST(LocalizedTextsTest, aLanguageIsChosenByWishAndItsNumbersFollow) {
+    for (const auto& [wished, best] : std::map<QString, QString>{
+             {u"de"_s, u"de"_s},
+             {u"de-AT"_s, u"de"_s},
+             {u"xx de_Latn_CH en"_s, u"de"_s},
+             {u"en-GB de"_s, u"en"_s},
+             {u"xx C"_s, u"en"_s},
+             {{}, u"en"_s}})
+        EXPECT_EQ(texts::bestLanguage(wished.split(u' ')), best) << qPrintable(wished);
+    texts::setLanguage(u"de"_s);
+    EXPECT_EQ(platform::localizedString(u"Stars"), u"%d Sterne");
+    EXPECT_EQ(platform::localizedFormat(u"FileSize_MB", {1.5}), u"1,5 MB");
+    texts::setLanguage(u"xx"_s);
+    EXPECT_EQ(texts::language(), u"en");
+    EXPECT_EQ(platform::localizedString(u"Stars"), u"%d stars");
+    QLocale::setDefault(QLocale::c());
 }

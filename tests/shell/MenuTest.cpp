@@ -64,7 +64,7 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
           view_zoomIn},
          "1110011111"},
         {{deleteClicked, copy, rotateLeft, automaticRotate, rating0, rating5, copyTo, moveTo,
-          duplicate, setDesktop, flagClicked},
+          duplicate, setDesktop, printImage, flagClicked},
          "0110100000"},
         {{exportImage}, "0110100000"},
         {{renameFile}, "0100000000"},
@@ -72,13 +72,15 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
         {{view_ThumbnailView, view_PhotoBin, go_NextItem}, "0001100000"},
         {{view_fitIn, view_ActualSize}, "0000100000"},
         {{view_SlideshowView}, "0110110000"},
+        {{invertSelection, selectStars0, selectStars5}, "0110010000"},
         {{removeFolderAlias}, "0000010000"},
         {{revealInFinder}, "0000101000"},
         {{paste}, "0000000100"},
         {{back}, "0001100010"},
         {{forward}, "0001100001"},
         {{view_Navigation, go_PreviousItem, go_NextGroup}, "0000000000"},
-        {{view_toolbar, view_StatusBar, view_Info, view_FullScreen, quit, showAbout},
+        {{view_toolbar, view_StatusBar, view_Info, view_FullScreen, quit, showAbout,
+          showPreferences},
          "1111111111"}};
     for (const auto& [commands, enabled] : rows)
         for (const Command command : commands)

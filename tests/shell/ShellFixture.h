@@ -19,7 +19,9 @@
 #include "platform/tasks/OperationQueue.h"
 #include "shell/services/BrowsingSettings.h"
 #include "shell/services/FileServices.h"
+#include "shell/services/Preferences.h"
 #include "shell/services/ShellServices.h"
+#include "shell/services/ThumbnailCache.h"
 
 /// Notes what it is told, and answers what the test says.
 struct NotedDelegate final : PBAppDelegate {
@@ -91,6 +93,7 @@ struct ShellFixture : LibraryTest {
         return {
             .delegate = delegate,
             .browsing = browsing,
+            .preferences = preferences,
             .userDefaults = defaults,
             .mainFileDb = db,
             .mainThumbDb = thumbnails,
@@ -110,6 +113,7 @@ struct ShellFixture : LibraryTest {
             .loadImageManager = loadImageManager,
             .imageBufferManager = imageBufferManager,
             .files = files,
+            .thumbnailCache = thumbnailCache,
             .edits = edits};
     }
     /// The root's disk is pulled out or plugged in; nobody is told.
@@ -144,6 +148,12 @@ struct ShellFixture : LibraryTest {
 
     platform::UserDefaults defaults{path(u"Velmora.conf")};
     BrowsingSettings browsing{defaults};
+    Preferences preferences{defaults};
+    std::function<void(bool isCleared)> clearing; ///< of the cache, asked for and not ended
+    ThumbnailCache thumbnailCache{
+        .byteCount = [this] { return thumbnailBytes; },
+        .clear = [this](std::function<void(bool)> done) { clearing = std::move(done); }};
+    qint64 thumbnailBytes = 3 << 20;
     NotedDelegate delegate;
     FMDatabase thumbnails{QString()};
     platform::BoundedCalls calls{[](std::function<void()> call) {

@@ -116,9 +116,11 @@ struct WindowTest : ShellFixture {
 TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelection) {
     const QString always =
         u"addFolderAlias filter_Flag filter_Star find go_FirstItem go_LastItem "
-        "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem manageTags nextPane "
-        "previousPane "
-        "quit recurseSubFolder removeFolderAlias selectAll showAbout showShortcuts "
+        "go_NextGroup go_NextItem go_PreviousGroup go_PreviousItem invertSelection manageTags "
+        "nextPane "
+        "previousPane quit recurseSubFolder removeFolderAlias selectAll selectStars0 selectStars1 "
+        "selectStars2 selectStars3 selectStars4 selectStars5 showAbout showPreferences "
+        "showShortcuts "
         "view_CompactGroups view_EnlargeSmallPhoto view_FileName view_FileSize view_Folder "
         "view_FullScreen view_Group view_ImageSize view_Info view_Shadow "
         "view_SideBar view_SlideshowView view_StatusBar view_toolbar view_zoomIn view_zoomOut"_s;
@@ -140,8 +142,10 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
     EXPECT_EQ(
         enabledBesides(always),
         u"automaticRotate copy copyTo cut deleteClicked deleteForGood deselectAll duplicate "
-        "exportImage flagClicked go_FirstGroupItem go_LastGroupItem moveTo rating0 rating1 rating2 "
-        "rating3 rating4 rating5 renameFile resetRotate revealInFinder rotateLeft rotateRight "
+        "exportImage flagClicked go_FirstGroupItem go_LastGroupItem moveTo printImage rating0 "
+        "rating1 "
+        "rating2 rating3 rating4 rating5 renameFile resetRotate revealInFinder rotateLeft "
+        "rotateRight "
         "setDesktop shareClicked view_BrowserView"_s);
     EXPECT_TRUE(toolbar().deleteAction()->isEnabled() && toolbar().shareAction()->isEnabled());
     make(u"photos/sub");
@@ -188,6 +192,8 @@ TEST_F(WindowTest, eachEntryDoesWhatItSaysAndTheDisplayStartsAnewWhereItHasTo) {
         "view_zoomOut size 160 0; view_zoomOut size 144 0; filter_Flag filter 1 1; "
         "filter_Star filter 3 1; filter_Flag filter 2 1; recurseSubFolder recurses 0 1; "
         "recurseSubFolder recurses 1 1; selectAll selection 3 0; deselectAll selection 0 0; "
+        "selectStars0 selection 3 0; selectStars4 selection 0 0; invertSelection selection 3 0; "
+        "invertSelection selection 0 0; "
         "go_FirstItem current 0 0; go_NextItem current 1 0; go_LastItem current 2 0; "
         "go_PreviousItem current 1 0; go_LastGroupItem current 2 0; go_FirstGroupItem current 0 0"_s;
     for (const QString& row : rows.split(u"; "_s)) {

@@ -119,6 +119,23 @@ TEST_F(ImageInputTest, aLargerPictureIsMovedByWheelAndFingersAndFlung) {
     EXPECT_EQ(takeAsked(), u""_s);
 }
 
+TEST_F(ImageInputTest, aWheelThatZoomsStepsWithTheZoomKeyAndFingersSwipeAsEver) {
+    input.wheel().setZooms(true);
+    show(large);
+    const double fitted = scale();
+    wheel({0, 1});
+    wait(1);
+    EXPECT_GT(scale(), fitted);
+    EXPECT_EQ(takeAsked(), u""_s);
+    show(large);
+    wheel({0, -1}, true);
+    wait(1);
+    EXPECT_EQ(takeAsked(), u"next"_s);
+    touchpad(Phase::Begin, {-10, 0});
+    EXPECT_EQ(geometry.placement().swapOffset(), -10);
+    EXPECT_EQ(scale(), fitted);
+}
+
 TEST_F(ImageInputTest, theZoomKeyMakesWheelsZoomAtThePointerByWhicheverAxisTurns) {
     for (const QPointF turns : {QPointF(0, 1), QPointF(1, 0)}) {
         show(large); // 0.2

@@ -41,6 +41,10 @@ TEST_F(PBImageViewTest, theThumbnailIsStretchedInPlaceUntilThePictureIsThere) {
     EXPECT_EQ(colorAt(102, 102), QColor(Qt::red));
     EXPECT_EQ(colorAt(98, 300), ImagePainter::groundColor());
     EXPECT_EQ(view.painted(), Painted::Original); // it is smaller than the screen
+    view.setGround(QColor(Qt::white));
+    EXPECT_EQ(colorAt(98, 300), QColor(Qt::white));
+    view.setGround({});
+    EXPECT_EQ(colorAt(98, 300), PBThemes::imageBrowserBackgroundColor());
 }
 
 TEST_F(PBImageViewTest, aStepShowsTheNeighbourThatWasLoadedAheadAtOnce) {

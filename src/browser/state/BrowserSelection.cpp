@@ -19,13 +19,27 @@ bool isSelected(const std::shared_ptr<PBImageFileItem>& item) {
 
 } // namespace
 
-bool BrowserSelection::selectAll(FoldedLeaves folded) const {
+template <typename Wanted>
+bool BrowserSelection::selectWhere(FoldedLeaves folded, Wanted wanted) const {
     platform::assertMainThread();
     bool hasChanged = false;
     _leaves.forEachImage(folded, [&](const PBImageBrowserIndex&, const auto& item) {
-        hasChanged |= setSelected(*item, true);
+        hasChanged |= setSelected(*item, wanted(*item));
     });
     return hasChanged;
+}
+
+bool BrowserSelection::selectAll(FoldedLeaves folded) const {
+    return selectWhere(folded, [](const PBImageFileItem&) { return true; });
+}
+
+bool BrowserSelection::invert(FoldedLeaves folded) const {
+    return selectWhere(folded, [](const PBImageFileItem& item) { return !item.isSelected(); });
+}
+
+bool BrowserSelection::selectWithStars(quint64 stars, FoldedLeaves folded) const {
+    return selectWhere(
+        folded, [stars](const PBImageFileItem& item) { return item.star() == stars; });
 }
 
 bool BrowserSelection::deselectAll() const {

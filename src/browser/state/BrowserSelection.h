@@ -18,6 +18,10 @@ public:
     /// These answer whether any image has changed.
     bool selectAll(FoldedLeaves folded) const;
     bool deselectAll() const;
+    /// Those that were not selected, and no others.
+    bool invert(FoldedLeaves folded) const;
+    /// Those with exactly so many stars, and no others.
+    bool selectWithStars(quint64 stars, FoldedLeaves folded) const;
     /// From one index to the other, in whichever order they stand, without folded leaves; false for
     /// an invalid one.
     bool selectFrom(const PBImageBrowserIndex& from, const PBImageBrowserIndex& to) const;
@@ -40,5 +44,8 @@ public:
     selectedFileGroupTreeArray(FoldedLeaves folded) const;
 
 private:
+    template <typename Wanted>
+    bool selectWhere(FoldedLeaves folded, Wanted wanted) const;
+
     const BrowserLeafList& _leaves;
 };

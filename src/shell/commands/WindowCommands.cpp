@@ -5,6 +5,7 @@
 #include "platform/desktop/Workspace.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/MarkCommands.h"
+#include "shell/commands/SelectionCommands.h"
 #include "shell/large/LargeView.h"
 #include "shell/large/SlideshowCommand.h"
 #include "shell/menus/HelpDialogs.h"
@@ -118,8 +119,7 @@ void WindowCommands::connectEditCommands() {
     fileactions::EditRunner& edits = _parts.services.edits;
     _menu->connectCommand(Command::undo, [&edits] { edits.undo(); });
     _menu->connectCommand(Command::redo, [&edits] { edits.redo(); });
-    _menu->connectCommand(Command::selectAll, [this] { selectAll(true); });
-    _menu->connectCommand(Command::deselectAll, [this] { selectAll(false); });
+    connectSelection(*_menu, _parts.browserPane.browserView());
     _menu->connectCommand(Command::find, [this] {
         _fullScreen.showBars();
         _parts.find();
@@ -246,14 +246,6 @@ void WindowCommands::revealInFinder() {
     } else if (const auto folder = _parts.sourceSidebar.tree().selectedFolder()) {
         _parts.sourceSidebar.commands().revealInFinder(*folder);
     }
-}
-
-void WindowCommands::selectAll(bool select) {
-    PBImageBrowserView& view = _parts.browserPane.browserView();
-    const BrowserSelection& selection = view.selection();
-    const bool hasChanged =
-        select ? selection.selectAll(FoldedLeaves::Included) : selection.deselectAll();
-    if (hasChanged) view.selectDidChange();
 }
 
 void WindowCommands::togglePane(PaneLayout::Pane pane) {

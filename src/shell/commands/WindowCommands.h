@@ -75,7 +75,6 @@ private:
     /// A command that means something else in the large view.
     void connectInBoth(MenuCommand command, std::function<void()> inBrowser);
     void revealInFinder();
-    void selectAll(bool select);
     void togglePane(PaneLayout::Pane pane);
     void toggleToolbar();
     void setHideStatusBar(bool hide);

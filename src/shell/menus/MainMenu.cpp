@@ -84,6 +84,7 @@ void MainMenu::makeActions() {
     }
     makeChoice(MenuCommand::arrange_FileName, MenuCommand::arrange_None);
     makeChoice(MenuCommand::arrange_Ascending, MenuCommand::arrange_Dscending);
+    action(MenuCommand::showPreferences)->setMenuRole(QAction::PreferencesRole);
     action(MenuCommand::quit)->setMenuRole(QAction::QuitRole);
     action(MenuCommand::showAbout)->setMenuRole(QAction::AboutRole);
 }

@@ -48,6 +48,9 @@ constexpr bool canShowNavigation(State s) {
 constexpr bool hasPhotographs(State s) {
     return s.isLargeView ? s.largeView.hasItems : s.selectCount > 0;
 }
+constexpr bool hasSomeInBrowser(State s) {
+    return inBrowser(s) && s.hasItems;
+}
 /// Selected or not.
 constexpr bool hasSomeToShow(State s) {
     return s.isLargeView ? s.largeView.hasItems : s.hasItems;

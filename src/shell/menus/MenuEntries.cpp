@@ -68,6 +68,7 @@ constexpr MenuRow barRows[] = {
         {hasPhotographs}),
     entry(Command::shareClicked, u"shareClicked", u"Menu_Share", {}, u"share", {hasPhotographs}),
     entry(Command::setDesktop, u"setDesktop", u"Menu_SetDesktop", {}, {}, {hasPhotographs}),
+    entry(Command::printImage, u"printImage", u"Menu_Print", u"Ctrl+P", {}, {hasPhotographs}),
     separator,
     entry(Command::deleteClicked, u"deleteClicked", u"Menu_Trash", u"Del", u"delete", {hasFiles}),
     entry(
@@ -91,8 +92,22 @@ constexpr MenuRow barRows[] = {
     entry(
         Command::deselectAll, u"deselectAll", u"Menu_DeselectAll", u"Ctrl+Shift+A", {},
         {hasSelection}),
+    entry(
+        Command::invertSelection, u"invertSelection", u"Menu_InvertSelection", u"Ctrl+Shift+I", {},
+        {hasSomeInBrowser}),
+    submenu(u"Menu_SelectByStars"),
+    entry(Command::selectStars5, u"selectStars5", u"Menu_Rating5", {}, {}, {hasSomeInBrowser}),
+    entry(Command::selectStars4, u"selectStars4", u"Menu_Rating4", {}, {}, {hasSomeInBrowser}),
+    entry(Command::selectStars3, u"selectStars3", u"Menu_Rating3", {}, {}, {hasSomeInBrowser}),
+    entry(Command::selectStars2, u"selectStars2", u"Menu_Rating2", {}, {}, {hasSomeInBrowser}),
+    entry(Command::selectStars1, u"selectStars1", u"Menu_Rating1", {}, {}, {hasSomeInBrowser}),
+    entry(Command::selectStars0, u"selectStars0", u"Menu_Rating0", {}, {}, {hasSomeInBrowser}),
+    endOfSubmenu,
     separator,
     entry(Command::find, u"find", u"Menu_Find", u"Ctrl+F", u"search", {inBrowser}),
+    separator,
+    entry(
+        Command::showPreferences, u"showPreferences", u"Menu_Preferences", u"Ctrl+,", {}, {always}),
     menu(MenuTag::View, u"Menu_View"),
     submenu(u"Menu_ArrangeBy"),
     entry(
@@ -326,6 +341,17 @@ constexpr MenuRow photographRows[] = {
     sameEntry(Command::exportImage),
     sameEntry(Command::shareClicked),
     sameEntry(Command::setDesktop),
+    sameEntry(Command::printImage),
+    separator,
+    sameEntry(Command::invertSelection),
+    submenu(u"Menu_SelectByStars"),
+    sameEntry(Command::selectStars5),
+    sameEntry(Command::selectStars4),
+    sameEntry(Command::selectStars3),
+    sameEntry(Command::selectStars2),
+    sameEntry(Command::selectStars1),
+    sameEntry(Command::selectStars0),
+    endOfSubmenu,
 };
 
 constexpr MenuRow largeViewRows[] = {
@@ -360,6 +386,7 @@ constexpr MenuRow largeViewRows[] = {
     sameEntry(Command::exportImage),
     sameEntry(Command::shareClicked),
     sameEntry(Command::setDesktop),
+    sameEntry(Command::printImage),
     separator,
     sameEntry(Command::view_PhotoBin),
     sameEntry(Command::view_Navigation),

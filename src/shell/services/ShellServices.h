@@ -13,7 +13,9 @@ class PBImageBufferManager;
 class PBImageImporterManager;
 class PBLoadImageManager;
 class PBPathHistory;
+class Preferences;
 struct FileServices;
+struct ThumbnailCache;
 
 namespace fileactions {
 class EditRunner;
@@ -29,6 +31,7 @@ class UserDefaults;
 struct ShellServices {
     PBAppDelegate& delegate;
     BrowsingSettings& browsing;
+    Preferences& preferences;
     platform::UserDefaults& userDefaults;
 
     /// The main thread's connections, and that of the preload queue.
@@ -56,6 +59,7 @@ struct ShellServices {
     PBLoadImageManager& loadImageManager;
     PBImageBufferManager& imageBufferManager;
     const FileServices& files;
+    const ThumbnailCache& thumbnailCache;
     /// What the user does to photographs.
     fileactions::EditRunner& edits;
 };

@@ -37,7 +37,8 @@ ImageWheel::ImageWheel(ImageGeometry& geometry, ImageMotions& motions, ImageInpu
       _phases([&motions] { return motions.now(); }) {}
 
 void ImageWheel::wheel(const WheelMove& move) {
-    if (move.isZoom && _fingers == Fingers::None) return zoom(move);
+    const bool isWheel = move.phase == WheelMove::Phase::None;
+    if (move.isZoom != (_zooms && isWheel) && _fingers == Fingers::None) return zoom(move);
     if (move.phase != WheelMove::Phase::None) return phased(move);
     if (_geometry.placement().shouldShowNavigation()) return scroll(move);
     turn(move.turns);

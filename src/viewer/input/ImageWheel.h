@@ -28,6 +28,9 @@ public:
     ImageWheel(ImageGeometry& geometry, ImageMotions& motions, ImageInputHost& host);
 
     void wheel(const WheelMove& move);
+    /// A wheel zooms without the zoom key, and does with it what it does without otherwise. Fingers
+    /// on a touchpad that tells of them mean what they always do.
+    void setZooms(bool zooms) { _zooms = zooms; }
     /// Fingers that move the picture itself, in points.
     void fingersDidBegin();
     void fingersDidMove(const QPointF& way, double time);
@@ -59,7 +62,8 @@ private:
     ScrollVelocity _velocity;
     PhasedScrolling _phases; // of steps without phases
     QPointF _fraction;       // of a device pixel, that the picture was not moved by yet
-    double _turned = 0;      // parts of a notch towards a step
+    bool _zooms = false;
+    double _turned = 0; // parts of a notch towards a step
     double _turnTime = 0;
     struct WaitingStep {
         ImageStep step;

@@ -16,7 +16,8 @@ namespace ImagePainter {
 
 namespace {
 
-constexpr int groundLevel = 77; // 0.3 of white
+constexpr int groundLevel = 77;  // 0.3 of white
+constexpr int lightGround = 127; // above, writing is dark
 // Behind transparent pictures: quiet, and not to be taken for the ground.
 constexpr float chequerLight = 0.42F;
 constexpr float chequerDark = 0.36F;
@@ -106,7 +107,7 @@ void paintNeighbour(QPainter& painter, const ImageScene& scene) {
     painter.save();
     painter.setClipRect(frame, Qt::IntersectClip);
     paintPicture(painter, viewport, transform, neighbour);
-    QColor cover = groundColor();
+    QColor cover = scene.ground;
     cover.setAlphaF(
         static_cast<float>(neighbourCover(scene.placement.swapOffset(), viewport.rect().width())));
     painter.fillRect(frame, cover);
@@ -123,8 +124,9 @@ void paintMessage(QPainter& painter, const ImageScene& scene, const QFont& font)
         scene.message, Qt::ElideMiddle, std::max(0.0, view.width() - 2 * messageMargin));
     const QRectF line(
         view.left(), view.center().y() - messageAbove, view.width(), metrics.height());
+    const bool isOnPlate = scene.picture && !scene.picture->image.isNull();
     painter.save();
-    if (scene.picture && !scene.picture->image.isNull()) {
+    if (isOnPlate) {
         // Over a picture of any colour.
         const double width = metrics.horizontalAdvance(text) + 2 * messagePadding;
         const QRectF plate = QRectF(line.center().x() - width / 2, line.top(), width, line.height())
@@ -135,9 +137,10 @@ void paintMessage(QPainter& painter, const ImageScene& scene, const QFont& font)
         painter.drawRoundedRect(plate, plate.height() / 2, plate.height() / 2);
     }
     painter.setFont(bold);
-    painter.setPen(Qt::black);
+    const bool isOnLight = !isOnPlate && qGray(scene.ground.rgb()) > lightGround;
+    painter.setPen(isOnLight ? Qt::white : Qt::black);
     painter.drawText(line.translated(0, 1), Qt::AlignCenter, text);
-    painter.setPen(Qt::white);
+    painter.setPen(isOnLight ? Qt::black : Qt::white);
     painter.drawText(line, Qt::AlignCenter, text);
     painter.restore();
 }
@@ -167,7 +170,7 @@ DisplayState displayStateOf(
 }
 
 void paint(QPainter& painter, const ImageScene& scene, const QRectF& dirty, const QFont& font) {
-    painter.fillRect(dirty, groundColor());
+    painter.fillRect(dirty, scene.ground);
     if (scene.neighbour) paintNeighbour(painter, scene);
     if (scene.display && !scene.display->image.isNull()) {
         paintDisplay(painter, scene);

@@ -12,6 +12,13 @@
 class QFont;
 class QPainter;
 
+namespace ImagePainter {
+
+/// The same in both themes, unless the user wants another one.
+[[nodiscard]] QColor groundColor();
+
+} // namespace ImagePainter
+
 /// What the image area shows.
 struct ImageScene {
     /// A picture in place of a photograph, stretched to its size.
@@ -24,6 +31,7 @@ struct ImageScene {
     };
 
     ImagePlacement placement;
+    QColor ground = ImagePainter::groundColor();
     /// Without a photograph there is nothing.
     std::optional<Picture> picture;
     /// The picture at rest, resampled for the device; painted instead of it.
@@ -37,9 +45,6 @@ struct ImageScene {
 /// Paints the image area. Pictures are not interpolated: that is for motion, and at rest there is
 /// `display`. Main thread.
 namespace ImagePainter {
-
-/// The same in both themes.
-[[nodiscard]] QColor groundColor();
 
 /// The part of the area that the painter's clip and the rectangle have in common, in points.
 void paint(QPainter& painter, const ImageScene& scene, const QRectF& dirty, const QFont& font);
