@@ -13,6 +13,7 @@
 #include "app/Statistics.h"
 #include "app/TerminationSignals.h"
 #include "codec/process/DecoderProcess.h"
+#include "core/Application.h"
 #include "platform/program/DescriptorLimit.h"
 #include "platform/program/RuntimeFolder.h"
 #include "platform/program/StandardError.h"
@@ -100,7 +101,9 @@ QIcon applicationIcon() {
     for (const int side : {32, 48, 128}) {
         icon.addFile(
             platform::StandardFolders::sharedFile(
-                QStringLiteral("../icons/hicolor/%1x%1/apps/velmora.png").arg(side)),
+                QStringLiteral("../icons/hicolor/%1x%1/apps/%2.png")
+                    .arg(side)
+                    .arg(PBUtilities::applicationId())),
             {side, side});
     }
     return icon;
@@ -202,7 +205,7 @@ int main(int argc, char** argv) {
     if (const auto code = codec::process::runIfDecoderProcess(arguments)) return *code;
     QCoreApplication::setApplicationName(QStringLiteral("Velmora"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("velmora"));
+    QGuiApplication::setDesktopFileName(PBUtilities::applicationId());
 
     const auto parsed = [&] {
         // The help text asks for an application, but needs no display.
