@@ -35,6 +35,7 @@
 #include "shell/panes/SortButton.h"
 #include "shell/panes/StatusBarView.h"
 #include "shell/services/BrowsingSettings.h"
+#include "shell/session/WindowSession.h"
 #include "shell/sidebar/FirstRun.h"
 #include "shell/sidebar/FolderPrompts.h"
 #include "shell/sidebar/SourceSidebar.h"
@@ -217,6 +218,12 @@ void PBMainWindowController::buildWindow() {
     tellFilterLeftOn();
     makeOpenFiles();
     connectImageToolbar();
+    _session = new WindowSession(
+        {.services = _services,
+         .browserPane = *_browserPane,
+         .tree = _sourceSidebar->tree(),
+         .largeView = *_largeView},
+        _window.get());
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -463,6 +470,7 @@ void PBMainWindowController::scanStateDidChange() {
     _largeView->scanStateDidChange();
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
+    _session->scanStateDidChange();
 }
 
 void PBMainWindowController::updateImageBrowserTipView() {
@@ -487,6 +495,11 @@ void PBMainWindowController::restoreGeometry() {
     _window->resize(_window->size().boundedTo(_window->screen()->availableSize()));
     // A window that was left filling the screen comes back as it was before.
     _window->setWindowState(_window->windowState() & ~Qt::WindowFullScreen);
+}
+
+void PBMainWindowController::saveSession() {
+    saveGeometry();
+    _session->save();
 }
 
 void PBMainWindowController::saveGeometry() {

@@ -38,6 +38,7 @@ class ToolbarController;
 class WindowChoice;
 class WindowCommands;
 class WindowFiles;
+class WindowSession;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
 class PBMainWindowController {
@@ -73,6 +74,11 @@ public:
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
+
+    /// What the window shows, from one run to the next.
+    [[nodiscard]] WindowSession& session() { return *_session; }
+    /// Stores what the window shows and how it stands: the program may be ended.
+    void saveSession();
 
     void showWindow();
 
@@ -138,4 +144,5 @@ private:
     std::unique_ptr<WindowCommands> _commands;           // goes before all of them
     std::unique_ptr<ImageToolbarController> _imageToolbarController;
     std::unique_ptr<WindowFiles> _files;
+    WindowSession* _session = nullptr; // a child of the window
 };
