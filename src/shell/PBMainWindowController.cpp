@@ -26,6 +26,7 @@
 #include "shell/info/InfoFeed.h"
 #include "shell/large/LargeView.h"
 #include "shell/large/SlideshowCommand.h"
+#include "shell/large/SlideshowStart.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/panes/EmptyReason.h"
@@ -223,6 +224,13 @@ void PBMainWindowController::buildWindow() {
          .browserPane = *_browserPane,
          .tree = _sourceSidebar->tree(),
          .largeView = *_largeView},
+        _window.get());
+    _slideshowStart = new SlideshowStart(
+        {.command = *_slideshowCommand,
+         .browserPane = *_browserPane,
+         .isScanning = [this] { return _services.delegate.isScanning(); },
+         .isAwaiting =
+             [this] { return _openFilesReveal->isWaiting() || _session->isBringingBack(); }},
         _window.get());
 }
 
@@ -450,6 +458,10 @@ void PBMainWindowController::showWindow() {
     _browserPane->browserView().setFocus();
 }
 
+void PBMainWindowController::fillScreen() {
+    _window->setWindowState(_window->windowState() | Qt::WindowFullScreen);
+}
+
 void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures) {
     _workProgress = new WorkProgress(std::move(figures), _window.get());
     _statusBarView->setProgress(*_workProgress);
@@ -471,6 +483,7 @@ void PBMainWindowController::scanStateDidChange() {
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
     _session->scanStateDidChange();
+    _slideshowStart->scanStateDidChange();
 }
 
 void PBMainWindowController::updateImageBrowserTipView() {

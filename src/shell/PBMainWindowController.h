@@ -31,6 +31,7 @@ class QMenu;
 class QWidget;
 class Slideshow;
 class SlideshowCommand;
+class SlideshowStart;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
@@ -71,6 +72,8 @@ public:
     [[nodiscard]] bool isLargeView() const;
 
     [[nodiscard]] const Slideshow& slideshow() const;
+    /// For a show of what is about to be shown.
+    [[nodiscard]] SlideshowStart& slideshowStart() { return *_slideshowStart; }
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
@@ -81,6 +84,7 @@ public:
     void saveSession();
 
     void showWindow();
+    void fillScreen();
 
     /// Empties the browser: another folder will be shown, or the same one anew.
     void clearBrowser();
@@ -144,5 +148,7 @@ private:
     std::unique_ptr<WindowCommands> _commands;           // goes before all of them
     std::unique_ptr<ImageToolbarController> _imageToolbarController;
     std::unique_ptr<WindowFiles> _files;
-    WindowSession* _session = nullptr; // a child of the window
+    // Children of the window.
+    WindowSession* _session = nullptr;
+    SlideshowStart* _slideshowStart = nullptr;
 };

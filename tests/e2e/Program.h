@@ -26,6 +26,8 @@ protected:
     [[nodiscard]] QString photos() const { return _folder.filePath(u"photos"_s); }
     [[nodiscard]] QString photo(const QString& below) const { return photos() + u'/' + below; }
 
+    /// From the next start on the catalogue is the user's own, which desktops mean.
+    void useOwnPlaces();
     /// Starts the program with `photos()` in the sidebar, and waits until the browser shows all
     /// thumbnails and has the keys.
     void start();
@@ -38,6 +40,14 @@ protected:
         desktop.key(u"ctrl+q"_s);
         expectEnd();
     }
+
+    /// Ends it without giving it a chance to leave anything in order.
+    void crash() {
+        _program.kill();
+        EXPECT_TRUE(_program.waitForFinished());
+        (void)_program.readAllStandardError();
+    }
+    [[nodiscard]] const QString& profile() const { return _profile; }
 
     /// What the program shows now; empty if it doesn't answer.
     [[nodiscard]] State state() const;
@@ -77,6 +87,7 @@ private:
 
     QTemporaryDir _folder;
     QString _profile;
+    bool _hasOwnPlaces = false;
     QProcess _program;
 };
 

@@ -21,4 +21,8 @@ TEST(DesktopFileTest, offersTheProgramForFoldersAndEveryReadableFormat) {
     const QStringList offered = entries[u"MimeType"_s].split(u';', Qt::SkipEmptyParts);
     EXPECT_EQ(offered, expected) << "MimeType=" << expected.join(u';').toStdString() << ';';
     EXPECT_EQ(entries[u"Icon"_s], id);
+    EXPECT_EQ(entries[u"DBusActivatable"_s], u"true");
+    EXPECT_EQ(entries[u"Exec"_s], u"velmora %F"); // the first; those of the actions come later
+    for (const QString& action : entries[u"Actions"_s].split(u';', Qt::SkipEmptyParts))
+        EXPECT_TRUE(entries.contains(u"[Desktop Action "_s + action + u']'));
 }

@@ -64,6 +64,7 @@ void SessionRestore::bringBack() {
     _isSameCatalogue =
         CatalogueIdentity::identityOf(_parts.services.mainFileDb) == _state->catalogue;
     BrowserCarryOver::Noted noted;
+    _isIncomplete = false;
     for (const SessionState::Photograph& photograph : _state->selected) {
         if (const qint64 id = presentId(photograph)) noted.selectedIds.push_back(id);
     }
@@ -75,7 +76,7 @@ void SessionRestore::bringBack() {
     _parts.browserPane.browserView().bringBack(noted);
 }
 
-qint64 SessionRestore::presentId(const SessionState::Photograph& photograph) const {
+qint64 SessionRestore::presentId(const SessionState::Photograph& photograph) {
     FMDatabase& db = _parts.services.mainFileDb;
     const qint64 id = photograph.fileId;
     if (id == 0) return 0;
@@ -83,7 +84,9 @@ qint64 SessionRestore::presentId(const SessionState::Photograph& photograph) con
     if (_isSameCatalogue &&
         !PBCatalogue(db).imageFileDataWithIdAndFields(id, {QStringLiteral("Id")}).empty())
         return id;
-    return idOfPath(photograph.path);
+    const qint64 found = idOfPath(photograph.path);
+    _isIncomplete = _isIncomplete || found == 0;
+    return found;
 }
 
 qint64 SessionRestore::idOfPath(const QString& path) const {
@@ -108,6 +111,10 @@ void SessionRestore::scanStateDidChange() {
     const auto selected = _parts.tree.selectedFolder();
     const auto root = selected ? selected->aliasObjectAndRelativePath(nullptr) : nullptr;
     if (root && !root->isMounted()) return;
+    if (_isIncomplete) {
+        bringBack();
+        _parts.browserPane.browserView().allCame();
+    }
     look(true);
     end();
 }

@@ -44,7 +44,7 @@ private:
     [[nodiscard]] bool isFolderSelected() const;
     void folderDidChange();
     /// The present id; 0 where the photograph is in the catalogue no more.
-    [[nodiscard]] qint64 presentId(const SessionState::Photograph& photograph) const;
+    [[nodiscard]] qint64 presentId(const SessionState::Photograph& photograph);
     [[nodiscard]] qint64 idOfPath(const QString& path) const;
     void bringBack();
     /// Enters the large view once its photographs are there, or at the latest when all that come
@@ -55,6 +55,7 @@ private:
     const Parts _parts;
     std::optional<SessionState> _state;
     bool _isFolderFound = false;
+    bool _isIncomplete = false;    ///< the catalogue had not all of them
     bool _isSameCatalogue = false; ///< its ids are those of the former run
     qint64 _currentId = 0;
     qint64 _selectCount = 0;

@@ -77,6 +77,7 @@ void WindowSession::noteCrash(SessionState& former) {
     former.hasEnded = false;
     if (former.crashes >= mostCrashes) {
         former.isLargeView = false;
+        former.selected = {former.current}; // as after leaving it
         former.crashes = 0;
     }
     _suspect = former.current;
