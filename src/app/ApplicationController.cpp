@@ -19,6 +19,7 @@
 #include "shell/PBMainWindowController.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/panes/NoticeBar.h"
+#include "shell/session/WindowSession.h"
 #include "shell/sidebar/FolderRootCommands.h"
 #include "shell/sidebar/SourceSelection.h"
 #include "shell/sidebar/SourceSidebar.h"
@@ -366,6 +367,12 @@ void ApplicationController::applicationDidFinishLaunching() {
     platform::MainLoop::instance()->performAfterDelay(
         this, "startDecoders", std::chrono::milliseconds(0), [this] { _decoderPool->start(); });
     platform::MainLoop::instance()->performAfterDelay(
+        this, "beginSession", std::chrono::milliseconds(0), [this] {
+            const QString file =
+                platform::pathInFolder(platform::StandardFolders::dataFolder(), u"session.json");
+            _mainWindowController->session().begin(file, !_ignoreSelectLastFolder);
+        });
+    platform::MainLoop::instance()->performAfterDelay(
         this, "lookThroughCatalogue", quietAfterStart, [this] {
             _health->startLooking();
             _thumbnailCleaner->wake();
@@ -385,6 +392,7 @@ bool ApplicationController::addFolders(const QStringList& folders) {
 
 void ApplicationController::applicationOpenFiles(const QStringList& paths) {
     platform::assertMainThread();
+    if (!paths.isEmpty()) _mainWindowController->session().drop();
     _mainWindowController->openFilesCommands().openFiles(paths);
 }
 
@@ -411,7 +419,10 @@ void ApplicationController::applicationWillTerminate() {
     platform::assertMainThread();
     _thumbnailCleaner.reset();
     _thumbnailCache = {};
-    if (_mainWindowController) _mainWindowController->stopFileCommands();
+    if (_mainWindowController) {
+        _mainWindowController->session().finish();
+        _mainWindowController->stopFileCommands();
+    }
     // The queues stop before any connection closes: that keeps a running operation from a closed
     // one.
     for (auto* queue :

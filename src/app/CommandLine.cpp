@@ -77,9 +77,28 @@ struct Options {
         QStringLiteral("theme"),
         QStringLiteral("Use the \"light\" or \"dark\" colours instead of the desktop's choice."),
         QStringLiteral("NAME")};
+    QCommandLineOption fullScreen{
+        QStringLiteral("fullscreen"), QStringLiteral("Show the window on the whole screen.")};
+    QCommandLineOption slideshow{
+        QStringLiteral("slideshow"),
+        QStringLiteral("Play what is opened as a slideshow; without paths, what was shown last.")};
+    QCommandLineOption service{
+        QStringLiteral("service"),
+        QStringLiteral("Wait for a call over the message bus of the session and do what it asks, "
+                       "as desktops start the program.")};
 };
 
 } // namespace
+
+QStringList restartArguments(const CommandLineOptions& options) {
+    QStringList arguments;
+    if (!options.profile.isEmpty()) arguments << QStringLiteral("--profile") << options.profile;
+    if (options.dark) {
+        arguments << QStringLiteral("--theme")
+                  << (*options.dark ? QStringLiteral("dark") : QStringLiteral("light"));
+    }
+    return arguments;
+}
 
 std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QStringList& arguments) {
     const Options known;
@@ -87,7 +106,8 @@ std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QString
     parser.setApplicationDescription(QStringLiteral("Velmora, a photo browser and organiser."));
     parser.addOptions(
         {known.help, known.version, known.profile, known.add, known.untilIdle, known.screenshot,
-         known.size, known.state, known.stats, known.exportMarks, known.importMarks, known.theme});
+         known.size, known.state, known.stats, known.exportMarks, known.importMarks, known.theme,
+         known.fullScreen, known.slideshow, known.service});
     parser.addPositionalArgument(
         QStringLiteral("path"), QStringLiteral("Files and folders to open."),
         QStringLiteral("[path…]"));
@@ -105,6 +125,9 @@ std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QString
     options.screenshot = parser.value(known.screenshot);
     options.stats = parser.value(known.stats);
     options.state = parser.isSet(known.state);
+    options.isFullScreen = parser.isSet(known.fullScreen);
+    options.isSlideshow = parser.isSet(known.slideshow);
+    options.isService = parser.isSet(known.service);
     options.exportMarks = parser.value(known.exportMarks);
     options.importMarks = parser.value(known.importMarks);
     for (const QCommandLineOption* option : {&known.exportMarks, &known.importMarks}) {
@@ -127,6 +150,8 @@ std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QString
         }
         options.size = *size;
     }
+    if (options.isService && !(options.paths.isEmpty() && options.add.isEmpty()))
+        return wrong(QStringLiteral("--service takes no paths: the call names them"));
     if (parser.isSet(known.screenshot) && !options.untilIdle) {
         return wrong(QStringLiteral("--screenshot goes with --until-idle"));
     }

@@ -20,6 +20,9 @@ struct CommandLineOptions {
     QString exportMarks;      ///< file to write all marks to, "-" for standard output
     QString importMarks;      ///< file to read marks from, "-" for standard input
     std::optional<bool> dark; ///< the theme, when it is not the desktop's
+    bool isFullScreen = false;
+    bool isSlideshow = false; ///< of what is opened, or of what comes back
+    bool isService = false;   ///< waits for a call over the message bus, and does what that asks
 };
 
 /// The program ends at once: this text on standard output, or on standard error as a failure.
@@ -27,6 +30,10 @@ struct CommandLineExit {
     QString text;
     int code = 0;
 };
+
+/// What starts the program again for the same catalogue, where it takes up what was shown last;
+/// what was to be opened or done is done.
+[[nodiscard]] QStringList restartArguments(const CommandLineOptions& options);
 
 /// Reads the command line. Needs no application object.
 [[nodiscard]] std::variant<CommandLineOptions, CommandLineExit>

@@ -44,6 +44,10 @@ QByteArray encode(const SingleInstance::Request& request) {
     map.insert(QStringLiteral("state"), request.wantsState);
     map.insert(QStringLiteral("marks"), request.wantsMarks);
     if (request.importMarks) map.insert(QStringLiteral("import"), *request.importMarks);
+    map.insert(QStringLiteral("fullScreen"), request.isFullScreen);
+    map.insert(QStringLiteral("slideshow"), request.isSlideshow);
+    map.insert(QStringLiteral("startupId"), request.activation.startupId);
+    map.insert(QStringLiteral("token"), request.activation.token);
     return QCborValue(map).toCbor();
 }
 
@@ -66,6 +70,11 @@ std::optional<SingleInstance::Request> decode(const QByteArray& bytes) {
         value[QStringLiteral("marks")].toBool()};
     const QCborValue lines = value[QStringLiteral("import")];
     if (lines.isByteArray()) request.importMarks = lines.toByteArray();
+    request.isFullScreen = value[QStringLiteral("fullScreen")].toBool();
+    request.isSlideshow = value[QStringLiteral("slideshow")].toBool();
+    request.activation = {
+        value[QStringLiteral("startupId")].toByteArray(),
+        value[QStringLiteral("token")].toByteArray()};
     return request;
 }
 

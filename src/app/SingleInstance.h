@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/desktop/WindowActivation.h"
+
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -32,6 +34,9 @@ public:
         bool wantsState = false; ///< asks what the first shows; everything else is ignored
         bool wantsMarks = false; ///< asks for all marks as text; likewise
         std::optional<QByteArray> importMarks = std::nullopt; ///< text with marks; likewise
+        bool isFullScreen = false;                            ///< the window is to fill the screen
+        bool isSlideshow = false;             ///< what is opened, or shown, is to be played
+        platform::Activation activation = {}; ///< by which the window may come to the front
     };
 
     explicit SingleInstance(QObject* parent = nullptr);

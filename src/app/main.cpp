@@ -3,18 +3,23 @@
 #include "app/CatalogueWait.h"
 #include "app/CommandLine.h"
 #include "app/DamagedCatalogue.h"
+#include "app/DesktopService.h"
 #include "app/IdleWatch.h"
 #include "app/MarksCommand.h"
 #include "app/OpenedPaths.h"
 #include "app/ProgramState.h"
 #include "app/ResponseTime.h"
 #include "app/ScanStatistics.h"
+#include "app/SessionManagement.h"
 #include "app/SingleInstance.h"
 #include "app/Statistics.h"
 #include "app/TerminationSignals.h"
 #include "app/TextLanguage.h"
 #include "app/ThemeControl.h"
 #include "codec/process/DecoderProcess.h"
+#include "core/Application.h"
+#include "platform/desktop/SessionBus.h"
+#include "platform/desktop/WindowActivation.h"
 #include "platform/program/DescriptorLimit.h"
 #include "platform/program/RuntimeFolder.h"
 #include "platform/program/StandardError.h"
@@ -22,6 +27,7 @@
 #include "platform/tasks/ExitDeadline.h"
 #include "platform/tasks/MainLoop.h"
 #include "shell/PBMainWindowController.h"
+#include "shell/large/SlideshowStart.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -29,6 +35,7 @@
 #include <QMainWindow>
 #include <QProcess>
 #include <QTimer>
+#include <QWindow>
 
 #include <chrono>
 #include <cstdio>
@@ -40,13 +47,15 @@ namespace {
 constexpr int failure = 1;
 /// After the loop: the queues end within milliseconds, unless a disk holds them.
 constexpr std::chrono::milliseconds farewell{1500};
+/// Of a desktop that has this process started.
+constexpr std::chrono::seconds longestWaitForCall{10};
 
 /// The command line without the few options that the toolkit takes for itself.
 QStringList ownArguments(std::span<char*> arguments) {
     QStringList own;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const QByteArrayView argument(arguments[i]);
-        if (argument == "-platform" || argument == "-style") {
+        if (argument == "-platform" || argument == "-style" || argument == "-session") {
             ++i;
         } else {
             own.append(QString::fromLocal8Bit(argument));
@@ -101,22 +110,37 @@ QIcon applicationIcon() {
     for (const int side : {32, 48, 128}) {
         icon.addFile(
             platform::StandardFolders::sharedFile(
-                QStringLiteral("../icons/hicolor/%1x%1/apps/velmora.png").arg(side)),
+                QStringLiteral("../icons/hicolor/%1x%1/apps/%2.png")
+                    .arg(side)
+                    .arg(PBUtilities::applicationId())),
             {side, side});
     }
     return icon;
 }
 
-void bringToFront(QWidget& window) {
-    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    window.raise();
-    window.activateWindow();
+/// Does what the first start asks, in a window that was just made, or a later one.
+bool perform(ApplicationController& controller, const SingleInstance::Request& request) {
+    PBMainWindowController& window = controller.mainWindowController();
+    if (request.isFullScreen) window.fillScreen();
+    const bool allAdded = controller.addFolders(request.add);
+    controller.applicationOpenFiles(request.paths);
+    controller.tellUnopened(request.faults);
+    if (request.isSlideshow) window.slideshowStart().begin();
+    return allAdded && request.faults.isEmpty();
 }
 
-/// Shows the window with the paths, runs the loop and ends everything; answers the exit code.
+void performLater(ApplicationController& controller, const SingleInstance::Request& request) {
+    QMainWindow& window = controller.mainWindowController().window();
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    platform::bringToFront(*window.windowHandle(), request.activation);
+    (void)perform(controller, request);
+}
+
+/// Shows the window with what the request asks for, runs the loop and ends everything; answers the
+/// exit code.
 int runApplication(
-    const CommandLineOptions& options, const QStringList& paths, const QStringList& faults,
-    SingleInstance& instance, bool* wantsRestart) {
+    const CommandLineOptions& options, const SingleInstance::Request& first,
+    SingleInstance& instance, std::unique_ptr<DesktopService> service, bool* wantsRestart) {
     Statistics statistics;
     ApplicationController controller;
     useTextLanguage(controller.preferences());
@@ -138,30 +162,39 @@ int runApplication(
     controller.awakeFromNib();
     QMainWindow& window = controller.mainWindowController().window();
     if (options.size.isValid()) window.resize(options.size);
-    if (!paths.isEmpty()) controller.setIgnoreSelectLastFolder();
+    if (!first.paths.isEmpty()) controller.setIgnoreSelectLastFolder();
+    // Before it is shown, so that it doesn't change its size at once.
+    if (first.isFullScreen) controller.mainWindowController().fillScreen();
     controller.applicationDidFinishLaunching();
     ResponseTime responseTime;
+    const auto listen = [&] {
+        QObject::connect(
+            service.get(), &DesktopService::requested, &window,
+            [&](const SingleInstance::Request& request) { performLater(controller, request); });
+    };
+    if (service) listen();
     // The events of showing come first in line; when they are done, the window is painted.
     QTimer::singleShot(0, &window, [&] {
         statistics.markOnce(QStringLiteral("first_window_ms"));
         if (!options.stats.isEmpty()) responseTime.start();
+        // The desktop means the user's own catalogue, and a program that stays.
+        if (!service && options.profile.isEmpty() && !options.untilIdle) {
+            service = std::make_unique<DesktopService>(platform::sessionBus());
+            listen();
+            service->takeName();
+        }
+        // The toolkit looks for it in the environment only.
+        if (options.isService) platform::bringToFront(*window.windowHandle(), first.activation);
     });
     QObject::connect(
         &instance, &SingleInstance::requested, &window,
-        [&](const SingleInstance::Request& request) {
-            bringToFront(window);
-            controller.addFolders(request.add);
-            controller.applicationOpenFiles(request.paths);
-            controller.tellUnopened(request.faults);
-        });
+        [&](const SingleInstance::Request& request) { performLater(controller, request); });
+    const SessionManagement session(options, controller.mainWindowController());
 
     instance.setStateSource([&] { return programState(controller); });
     MarksCommand::answerLaterStarts(instance, controller.marks());
 
-    int code = controller.addFolders(options.add) ? 0 : failure;
-    if (!faults.isEmpty()) code = failure;
-    controller.applicationOpenFiles(paths);
-    controller.tellUnopened(faults);
+    int code = perform(controller, first) ? 0 : failure;
     IdleWatch idle([&] { return controller.isIdle(); });
     QObject::connect(&idle, &IdleWatch::becameIdle, &window, [&] {
         responseTime.stop(); // taking the picture is no part of the visit
@@ -173,6 +206,7 @@ int runApplication(
     if (options.untilIdle) idle.start();
 
     const int loopCode = QCoreApplication::exec();
+    service.reset();
     instance.setStateSource({});
     instance.setMarksSource({}, {});
     responseTime.stop();
@@ -195,7 +229,7 @@ int main(int argc, char** argv) {
     if (const auto code = codec::process::runIfDecoderProcess(arguments)) return *code;
     QCoreApplication::setApplicationName(QStringLiteral("Velmora"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("velmora"));
+    QGuiApplication::setDesktopFileName(PBUtilities::applicationId());
 
     const auto parsed = [&] {
         // The help text asks for an application, but needs no display.
@@ -224,6 +258,7 @@ int main(int argc, char** argv) {
     QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.icc.warning=false"));
     platform::raiseDescriptorLimit();
     TerminationSignals::block();
+    const platform::Activation activation = platform::activationOfStart();
     const QApplication application(argc, argv);
     QGuiApplication::setWindowIcon(applicationIcon());
     const TerminationSignals signals;
@@ -231,15 +266,30 @@ int main(int argc, char** argv) {
         &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
     platform::MainLoop loop;
 
-    QStringList faults;
-    const QStringList paths = openablePaths(options.paths, [&faults](const QString& sentence) {
+    SingleInstance::Request request{.paths = {}, .add = options.add};
+    request.paths = openablePaths(options.paths, [&request](const QString& sentence) {
         platform::complain(sentence);
-        faults += sentence;
+        request.faults += sentence;
     });
+    request.isFullScreen = options.isFullScreen;
+    request.isSlideshow = options.isSlideshow;
+    request.activation = activation;
+    std::unique_ptr<DesktopService> service;
+    if (options.isService) {
+        const QDBusConnection bus = platform::sessionBus();
+        if (!bus.isConnected()) {
+            platform::complain(QStringLiteral("there is no message bus to wait for a call on"));
+            return failure;
+        }
+        service = std::make_unique<DesktopService>(bus);
+        auto call = service->firstCall(longestWaitForCall);
+        if (!call) return 0;
+        request = std::move(*call);
+    }
     auto instance = std::make_unique<SingleInstance>();
-    switch (instance->take(platform::StandardFolders::dataFolder(), {paths, options.add, faults})) {
+    switch (instance->take(platform::StandardFolders::dataFolder(), request)) {
     case SingleInstance::Outcome::HandedOver:
-        return faults.isEmpty() ? 0 : failure;
+        return request.faults.isEmpty() ? 0 : failure;
     case SingleInstance::Outcome::NoAnswer:
         platform::complain(
             QStringLiteral("another Velmora has the catalogue in %1 open and does not answer")
@@ -249,11 +299,10 @@ int main(int argc, char** argv) {
         break;
     }
     bool wantsRestart = false;
-    const int code = runApplication(options, paths, faults, *instance, &wantsRestart);
+    const int code = runApplication(options, request, *instance, std::move(service), &wantsRestart);
     instance.reset(); // the next one takes the catalogue
     if (wantsRestart) {
-        QProcess::startDetached(
-            QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
+        QProcess::startDetached(QCoreApplication::applicationFilePath(), restartArguments(options));
     }
     return code;
 }

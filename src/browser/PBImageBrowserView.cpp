@@ -88,6 +88,17 @@ void PBImageBrowserView::resetForSamePhotographs() {
     _carryOver = std::move(carryOver);
 }
 
+BrowserCarryOver::Noted PBImageBrowserView::noted() {
+    platform::assertMainThread();
+    return BrowserCarryOver::noted(_layout, _leaves, currentIndex(), visibleRect());
+}
+
+void PBImageBrowserView::bringBack(const BrowserCarryOver::Noted& noted) {
+    platform::assertMainThread();
+    _carryOver = BrowserCarryOver(noted);
+    reloadData();
+}
+
 void PBImageBrowserView::allCame() {
     platform::assertMainThread();
     // The place went with its image: the current one is the next best.

@@ -52,6 +52,12 @@ public:
     void resetForSamePhotographs();
     /// What has not come does not come any more.
     void allCame();
+    /// What the user has on the sheet, for another run of the program.
+    [[nodiscard]] BrowserCarryOver::Noted noted();
+    /// Photographs that are there, or come until `allCame`, get what a former run noted of them.
+    void bringBack(const BrowserCarryOver::Noted& noted);
+    /// The selection that is told of changes because photographs came again, and not by the user.
+    [[nodiscard]] bool isCarryingOver() const { return _isCarryingOver; }
 
     [[nodiscard]] double thumbnailSize() const { return _layout.metrics().thumbnailSize; }
     /// Between 64 and 256 points. Takes effect with the next `reloadData`.

@@ -19,10 +19,6 @@ std::optional<qint64> number(FMDatabase& db, const QString& sql) {
     return 0;
 }
 
-std::optional<qint64> identityOf(FMDatabase& db) {
-    return number(db, QStringLiteral("pragma user_version"));
-}
-
 bool setIdentity(FMDatabase& db, qint64 identity) {
     return db.executeUpdate(QStringLiteral("pragma user_version = %1").arg(identity));
 }
@@ -59,6 +55,10 @@ bool removeUngiven(FMDatabase& thumbnails, qint64 lastGiven) {
 }
 
 } // namespace
+
+std::optional<qint64> identityOf(FMDatabase& db) {
+    return number(db, QStringLiteral("pragma user_version"));
+}
 
 Match match(FMDatabase& files, FMDatabase& thumbnails) {
     const auto wanted = identityOf(files);

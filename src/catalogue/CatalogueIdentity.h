@@ -1,5 +1,9 @@
 #pragma once
 
+#include <QtGlobal>
+
+#include <optional>
+
 class FMDatabase;
 
 /// What binds `thumbnail.db` to the `files.db` whose ids its rows go by: a random number that both
@@ -16,6 +20,9 @@ enum class Match {
 /// Compares the files, and binds those that never were. Both have their tables. Thumbnails of ids
 /// that the catalogue has not given yet, as where it was put back from an older copy, are removed.
 [[nodiscard]] Match match(FMDatabase& files, FMDatabase& thumbnails);
+
+/// The number in one of the files; nothing where it can't be read.
+[[nodiscard]] std::optional<qint64> identityOf(FMDatabase& db);
 
 /// Whether the files are bound to one another at this moment. False also where one can't be read.
 [[nodiscard]] bool agree(FMDatabase& files, FMDatabase& thumbnails);

@@ -6,4 +6,8 @@ QString appName() {
     return QStringLiteral("velmora");
 }
 
+QString applicationId() {
+    return QStringLiteral("org.velmora.Velmora");
+}
+
 } // namespace PBUtilities

@@ -27,6 +27,7 @@
 #include "shell/info/InfoFeed.h"
 #include "shell/large/LargeView.h"
 #include "shell/large/SlideshowCommand.h"
+#include "shell/large/SlideshowStart.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/menus/RefusedKeys.h"
 #include "shell/panes/BrowserPane.h"
@@ -40,6 +41,7 @@
 #include "shell/preferences/PreferencesCommand.h"
 #include "shell/printing/PrintCommand.h"
 #include "shell/services/BrowsingSettings.h"
+#include "shell/session/WindowSession.h"
 #include "shell/sidebar/FirstRun.h"
 #include "shell/sidebar/FolderPrompts.h"
 #include "shell/sidebar/SourceSidebar.h"
@@ -245,6 +247,19 @@ void PBMainWindowController::buildWindow() {
          .window = *_window,
          .menu = _commands->menu(),
          .imageView = _largeView->controller().imageView()},
+        _window.get());
+    _session = new WindowSession(
+        {.services = _services,
+         .browserPane = *_browserPane,
+         .tree = _sourceSidebar->tree(),
+         .largeView = *_largeView},
+        _window.get());
+    _slideshowStart = new SlideshowStart(
+        {.command = *_slideshowCommand,
+         .browserPane = *_browserPane,
+         .isScanning = [this] { return _services.delegate.isScanning(); },
+         .isAwaiting =
+             [this] { return _openFilesReveal->isWaiting() || _session->isBringingBack(); }},
         _window.get());
 }
 
@@ -481,6 +496,10 @@ void PBMainWindowController::showWindow() {
     _browserPane->browserView().setFocus();
 }
 
+void PBMainWindowController::fillScreen() {
+    _window->setWindowState(_window->windowState() | Qt::WindowFullScreen);
+}
+
 void PBMainWindowController::setWorkFigures(std::function<WorkFigures()> figures) {
     _workProgress = new WorkProgress(std::move(figures), _window.get());
     _statusBarView->setProgress(*_workProgress);
@@ -501,6 +520,8 @@ void PBMainWindowController::scanStateDidChange() {
     _largeView->scanStateDidChange();
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
+    _session->scanStateDidChange();
+    _slideshowStart->scanStateDidChange();
 }
 
 void PBMainWindowController::updateImageBrowserTipView() {
@@ -525,6 +546,11 @@ void PBMainWindowController::restoreGeometry() {
     _window->resize(_window->size().boundedTo(_window->screen()->availableSize()));
     // A window that was left filling the screen comes back as it was before.
     _window->setWindowState(_window->windowState() & ~Qt::WindowFullScreen);
+}
+
+void PBMainWindowController::saveSession() {
+    saveGeometry();
+    _session->save();
 }
 
 void PBMainWindowController::saveGeometry() {

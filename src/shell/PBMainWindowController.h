@@ -31,6 +31,7 @@ class QMenu;
 class QWidget;
 class Slideshow;
 class SlideshowCommand;
+class SlideshowStart;
 class SourceSelection;
 class SourceSidebar;
 class StatusBarView;
@@ -41,6 +42,7 @@ class ToolbarReasons;
 class WindowChoice;
 class WindowCommands;
 class WindowFiles;
+class WindowSession;
 
 /// The one window of the program: builds it from its parts and connects them. Main thread.
 class PBMainWindowController {
@@ -73,11 +75,19 @@ public:
     [[nodiscard]] bool isLargeView() const;
 
     [[nodiscard]] const Slideshow& slideshow() const;
+    /// For a show of what is about to be shown.
+    [[nodiscard]] SlideshowStart& slideshowStart() { return *_slideshowStart; }
 
     /// Where troubles are told.
     [[nodiscard]] NoticeBar& noticeBar() { return *_noticeBar; }
 
+    /// What the window shows, from one run to the next.
+    [[nodiscard]] WindowSession& session() { return *_session; }
+    /// Stores what the window shows and how it stands: the program may be ended.
+    void saveSession();
+
     void showWindow();
+    void fillScreen();
 
     /// Empties the browser: another folder will be shown, or the same one anew.
     void clearBrowser();
@@ -145,4 +155,7 @@ private:
     std::unique_ptr<ToolbarReasons> _toolbarReasons;
     std::unique_ptr<RefusedKeys> _refusedKeys;
     std::unique_ptr<WindowFiles> _files;
+    // Children of the window.
+    WindowSession* _session = nullptr;
+    SlideshowStart* _slideshowStart = nullptr;
 };

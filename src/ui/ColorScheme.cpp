@@ -1,11 +1,11 @@
 #include "ui/ColorScheme.h"
 
+#include "platform/desktop/SessionBus.h"
 #include "platform/tasks/MainThread.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
-#include <QFileInfo>
 
 namespace {
 
@@ -16,17 +16,11 @@ const QString group = QStringLiteral("org.freedesktop.appearance");
 const QString key = QStringLiteral("color-scheme");
 constexpr int longestWait = 100; // milliseconds
 
-/// Asking for a bus that is not there may try to start one, which takes long.
-bool hasSessionBus() {
-    return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
-           QFileInfo::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
-}
-
 } // namespace
 
 ColorScheme::ColorScheme(QObject* parent) : QObject(parent) {
-    if (!hasSessionBus()) return;
-    QDBusConnection bus = QDBusConnection::sessionBus();
+    QDBusConnection bus = platform::sessionBus();
+    if (!bus.isConnected()) return;
     QDBusMessage question =
         QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
     question << group << key;

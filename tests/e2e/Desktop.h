@@ -42,6 +42,7 @@ public:
     /// Such as "Return", "ctrl+a", "shift+Right".
     void key(const QString& name) { xdotool({u"key"_s, name}); }
     void type(const QString& text) { xdotool({u"type"_s, u"--delay"_s, u"5"_s, text}); }
+    void minimize(const QString& windowId) { xdotool({u"windowminimize"_s, windowId}); }
     void resize(const QString& windowId, QSize size) {
         xdotool(
             {u"windowsize"_s, windowId, QString::number(size.width()),

@@ -22,7 +22,8 @@ ProgramTest::ProgramTest() : _profile(_folder.filePath(u"profile"_s)) {
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
     // Dialogs of the toolkit keep settings of their own.
     qputenv("HOME", QFile::encodeName(_folder.path()));
-    qunsetenv("XDG_CONFIG_HOME");
+    for (const char* place : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+        qunsetenv(place);
     QDir().mkpath(photos());
 }
 
@@ -45,11 +46,17 @@ void ProgramTest::start() {
 }
 
 void ProgramTest::startAgain(const QStringList& arguments) {
-    const QStringList always{u"--profile"_s, _profile, u"--theme"_s, u"light"_s};
+    QStringList always{u"--theme"_s, u"light"_s};
+    if (!_hasOwnPlaces) always += {u"--profile"_s, _profile};
     _program.setProcessEnvironment(desktop.environment());
     _program.start(QStringLiteral(VELMORA_PROGRAM), always + arguments);
     ASSERT_TRUE(waitFor([&](const State& s) { return !s.isEmpty() && s.isAtRest(); }));
     waitForFocus();
+}
+
+void ProgramTest::useOwnPlaces() {
+    _hasOwnPlaces = true;
+    _profile = _folder.filePath(u".local/share/Velmora"_s);
 }
 
 void ProgramTest::expectEnd() {

@@ -33,6 +33,8 @@ protected:
     void keep(const QString& key, const QVariant& value) const {
         QSettings(_profile + u"/Velmora.conf"_s, QSettings::IniFormat).setValue(key, value);
     }
+    /// From the next start on the catalogue is the user's own, which desktops mean.
+    void useOwnPlaces();
     /// Starts the program with `photos()` in the sidebar, and waits until the browser shows all
     /// thumbnails and has the keys.
     void start();
@@ -45,6 +47,14 @@ protected:
         desktop.key(u"ctrl+q"_s);
         expectEnd();
     }
+
+    /// Ends it without giving it a chance to leave anything in order.
+    void crash() {
+        _program.kill();
+        EXPECT_TRUE(_program.waitForFinished());
+        (void)_program.readAllStandardError();
+    }
+    [[nodiscard]] const QString& profile() const { return _profile; }
 
     /// What the program shows now; empty if it doesn't answer.
     [[nodiscard]] State state() const;
@@ -84,6 +94,7 @@ private:
 
     QTemporaryDir _folder;
     QString _profile;
+    bool _hasOwnPlaces = false;
     QProcess _program;
 };
 

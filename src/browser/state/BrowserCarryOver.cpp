@@ -2,31 +2,46 @@
 
 #include "platform/tasks/MainThread.h"
 
-void BrowserCarryOver::note(
+BrowserCarryOver::Noted BrowserCarryOver::noted(
     BrowserLayout& layout, const BrowserLeafList& leaves, const PBImageBrowserIndex& current,
     const QRectF& visible) {
     platform::assertMainThread();
+    Noted noted;
     const BrowserSelection selection(leaves);
     for (const auto& item : selection.selectedFileArray(FoldedLeaves::Included))
-        _selectedIds.insert(item->fileId());
-    if (const auto item = leaves.imageFileAtIndex(current)) _currentId = item->fileId();
+        noted.selectedIds.push_back(item->fileId());
+    if (const auto item = leaves.imageFileAtIndex(current)) noted.currentId = item->fileId();
 
     const double line = visible.center().y();
     const auto anchorAt = [&](const PBImageBrowserIndex& index) {
         const auto item = leaves.imageFileAtIndex(index);
         if (!item) return;
-        _anchorId = item->fileId();
-        _anchorOffset = line - layout.cellRectAtIndex(index).center().y();
+        noted.anchorId = item->fileId();
+        noted.anchorOffset = line - layout.cellRectAtIndex(index).center().y();
     };
-    if (current.isValid() && layout.cellRectAtIndex(current).intersects(visible))
-        return anchorAt(current);
-    if (visible.top() <= 0) return; // the top of the sheet stays that
+    if (current.isValid() && layout.cellRectAtIndex(current).intersects(visible)) {
+        anchorAt(current);
+        return noted;
+    }
+    if (visible.top() <= 0) return noted; // the top of the sheet stays that
     const auto nearest =
         captureScrollWithMode(ScrollCaptureMode::Nearest, layout, leaves, visible, nullptr);
-    if (!nearest) return;
+    if (!nearest) return noted;
     anchorAt(
         nearest->imageFileItem ? leaves.indexForImageFile(nearest->imageFileItem)
                                : PBImageBrowserIndex{leaves.groupOfData(*nearest->groupItem), 0});
+    return noted;
+}
+
+void BrowserCarryOver::note(
+    BrowserLayout& layout, const BrowserLeafList& leaves, const PBImageBrowserIndex& current,
+    const QRectF& visible) {
+    const Noted now = noted(layout, leaves, current, visible);
+    _selectedIds.insert(now.selectedIds.begin(), now.selectedIds.end());
+    if (now.currentId != 0) _currentId = now.currentId;
+    if (now.anchorId == 0) return;
+    _anchorId = now.anchorId;
+    _anchorOffset = now.anchorOffset;
 }
 
 void BrowserCarryOver::forgetSelection() {

@@ -6,6 +6,7 @@
 #include "browser/state/BrowserSelection.h"
 
 #include <unordered_set>
+#include <vector>
 
 /// What the user had on a sheet that is about to be filled anew with other items for the same
 /// photographs: the selection, the current image, and the image that kept its place on the screen.
@@ -13,6 +14,22 @@
 /// Main thread.
 class BrowserCarryOver {
 public:
+    /// The same as values, for another run of the program. Ids of photographs; 0 for none.
+    struct Noted {
+        std::vector<qint64> selectedIds; ///< in the order of the sheet
+        qint64 currentId = 0;
+        qint64 anchorId = 0;
+        double anchorOffset = 0; ///< from the anchor's middle down to that of what is visible
+    };
+    [[nodiscard]] static Noted noted(
+        BrowserLayout& layout, const BrowserLeafList& leaves, const PBImageBrowserIndex& current,
+        const QRectF& visible);
+    BrowserCarryOver() = default;
+    explicit BrowserCarryOver(const Noted& noted)
+        : _selectedIds(noted.selectedIds.begin(), noted.selectedIds.end()),
+          _currentId(noted.currentId), _anchorId(noted.anchorId),
+          _anchorOffset(noted.anchorOffset) {}
+
     /// Notes what the sheet shows. What a former sheet had and was not found yet stays noted.
     void note(
         BrowserLayout& layout, const BrowserLeafList& leaves, const PBImageBrowserIndex& current,
@@ -39,5 +56,5 @@ private:
     std::unordered_set<qint64> _selectedIds;
     qint64 _currentId = 0; ///< 0 for none
     qint64 _anchorId = 0;
-    double _anchorOffset = 0; ///< from the image's middle down to that of what is visible
+    double _anchorOffset = 0;
 };

@@ -32,6 +32,7 @@ public:
     /// before this object does.
     [[nodiscard]] QWidget* view() const;
     [[nodiscard]] PBImageBrowserView& browserView() const { return *_view; }
+    [[nodiscard]] PBImageBrowserScrollView& scrollView() const { return *_scrollView; }
 
     /// Absolute paths of the selected images, those in folded groups too.
     [[nodiscard]] QStringList selectedFilePath() const;

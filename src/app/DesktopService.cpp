@@ -1,0 +1,101 @@
+#include "app/DesktopService.h"
+
+#include "app/OpenedPaths.h"
+#include "core/Application.h"
+#include "platform/program/StandardError.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDir>
+#include <QEventLoop>
+#include <QTimer>
+#include <QUrl>
+
+namespace {
+
+QDBusMessage toBus(const QString& method) {
+    return QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), method);
+}
+
+platform::Activation activationOf(const QVariantMap& platformData) {
+    return {
+        platformData.value(QStringLiteral("desktop-startup-id")).toString().toUtf8(),
+        platformData.value(QStringLiteral("activation-token")).toString().toUtf8()};
+}
+
+} // namespace
+
+DesktopService::DesktopService(const QDBusConnection& bus)
+    : _bus(bus), _path(u'/' + PBUtilities::applicationId().replace(u'.', u'/')) {
+    if (!_bus.isConnected()) return;
+    _bus.registerObject(_path, this, QDBusConnection::ExportScriptableSlots);
+}
+
+DesktopService::~DesktopService() {
+    if (!_bus.isConnected()) return;
+    _bus.unregisterObject(_path);
+    // Whoever waits for the name has it at once.
+    _bus.send(toBus(QStringLiteral("ReleaseName")) << PBUtilities::applicationId());
+}
+
+void DesktopService::takeName() {
+    if (!_bus.isConnected()) return;
+    constexpr uint waitInLine = 0; // no flags of the bus's
+    _bus.asyncCall(
+        toBus(QStringLiteral("RequestName")) << PBUtilities::applicationId() << waitInLine);
+}
+
+std::optional<SingleInstance::Request>
+DesktopService::firstCall(std::chrono::milliseconds longestWait) {
+    std::optional<SingleInstance::Request> first;
+    QEventLoop loop;
+    connect(this, &DesktopService::requested, &loop, [&](const SingleInstance::Request& request) {
+        // A second may come before the loop has ended.
+        if (first) {
+            first->paths += request.paths;
+            first->faults += request.faults;
+        } else {
+            first = request;
+        }
+        loop.quit();
+    });
+    QTimer::singleShot(longestWait, &loop, &QEventLoop::quit);
+    takeName();
+    loop.exec();
+    return first;
+}
+
+void DesktopService::Activate(const QVariantMap& platformData) {
+    Q_EMIT requested({.paths = {}, .add = {}, .activation = activationOf(platformData)});
+}
+
+void DesktopService::Open(const QStringList& uris, const QVariantMap& platformData) {
+    SingleInstance::Request request{
+        .paths = {}, .add = {}, .activation = activationOf(platformData)};
+    const auto complain = [&request](const QString& sentence) {
+        platform::complain(sentence);
+        request.faults += sentence;
+    };
+    QStringList paths;
+    for (const QString& uri : uris) {
+        const QUrl url(uri);
+        if (url.isLocalFile()) {
+            paths += QDir::cleanPath(url.toLocalFile());
+        } else {
+            complain(QStringLiteral("%1 is no file of this computer").arg(uri));
+        }
+    }
+    request.paths = openablePaths(paths, complain);
+    Q_EMIT requested(request);
+}
+
+void DesktopService::ActivateAction(
+    const QString& action, const QVariantList& /*parameter*/, const QVariantMap& platformData) {
+    SingleInstance::Request request{
+        .paths = {}, .add = {}, .activation = activationOf(platformData)};
+    request.isFullScreen = action == u"fullscreen";
+    request.isSlideshow = action == u"slideshow";
+    if (request.isFullScreen || request.isSlideshow) Q_EMIT requested(request);
+}

@@ -1,0 +1,155 @@
+#include "e2e/Program.h"
+
+#include "core/Application.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+
+#include <csignal>
+
+namespace {
+
+using e2e::State;
+
+/// A message bus of its own that starts the program for those who call it.
+class StartingBus {
+public:
+    StartingBus(const QString& folder, const QProcessEnvironment& environment) {
+        const QString id = PBUtilities::applicationId();
+        support::writeFile(
+            folder + u'/' + id + u".service"_s, u"[D-BUS Service]\nName=%1\nExec=%2 --service\n"_s
+                                                    .arg(id, QStringLiteral(VELMORA_PROGRAM))
+                                                    .toUtf8());
+        const QString file = folder + u"/bus.conf"_s;
+        support::writeFile(
+            file, u"<busconfig><type>session</type><listen>unix:tmpdir=%1</listen>"
+                  "<servicedir>%1</servicedir><policy context=\"default\">"
+                  "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
+                  "<allow own=\"*\"/></policy></busconfig>"_s.arg(folder)
+                      .toUtf8());
+        _daemon.setProcessEnvironment(environment);
+        _daemon.setStandardErrorFile(QProcess::nullDevice());
+        _daemon.start(
+            u"dbus-daemon"_s,
+            {u"--config-file"_s, file, u"--nofork"_s, u"--nopidfile"_s, u"--print-address"_s});
+        if (_daemon.waitForReadyRead(60'000))
+            _address = QString::fromLatin1(_daemon.readLine().trimmed());
+    }
+    ~StartingBus() {
+        const auto pid = bus().interface()->servicePid(PBUtilities::applicationId());
+        if (pid.isValid()) ::kill(static_cast<pid_t>(pid.value()), SIGKILL);
+        QDBusConnection::disconnectFromBus(u"caller"_s);
+        _daemon.terminate();
+        _daemon.waitForFinished();
+    }
+    [[nodiscard]] const QString& address() const { return _address; }
+    [[nodiscard]] bool hasProgram() const {
+        return bus().interface()->isServiceRegistered(PBUtilities::applicationId());
+    }
+    /// As a desktop calls; the platform data are added.
+    void call(const QString& method, QVariantList arguments = {}) const {
+        arguments.append(QVariantMap{{u"desktop-startup-id"_s, u"e2e-1_TIME1"_s}});
+        const QString id = PBUtilities::applicationId();
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            id, u'/' + QString(id).replace(u'.', u'/'), u"org.freedesktop.Application"_s, method);
+        message.setArguments(arguments);
+        bus().asyncCall(message);
+    }
+    void open(const QStringList& uris) const { call(u"Open"_s, {uris}); }
+
+private:
+    [[nodiscard]] QDBusConnection bus() const {
+        return QDBusConnection::connectToBus(_address, u"caller"_s);
+    }
+
+    QProcess _daemon;
+    QString _address;
+};
+
+class DesktopRunTest : public e2e::ProgramTest {
+protected:
+    static QString uri(const QString& path) { return QUrl::fromLocalFile(path).toString(); }
+    /// As `waitFor`, for a program that this test has not started itself.
+    testing::AssertionResult waitForStarted(const Condition& condition) const {
+        State last;
+        const bool holds =
+            support::spinUntil([&] { return condition(last = state()); }, std::chrono::seconds(60));
+        if (holds) return testing::AssertionSuccess();
+        return testing::AssertionFailure() << testing::PrintToString(last);
+    }
+    auto waitForWindow(QSize size) {
+        return waitFor([=](const State& s) { return s.isAtRest() && s.window().size() == size; });
+    }
+};
+
+TEST_F(DesktopRunTest, callsOverTheBusStartTheProgramAndReachTheOneThatRuns) {
+    paintPhotographs();
+    useOwnPlaces();
+    const QTemporaryDir folder;
+    const StartingBus bus(folder.path(), desktop.environment());
+    ASSERT_FALSE(bus.address().isEmpty());
+    desktop.setBus(bus.address());
+    const QDir lisbon(photo(u"2022/Lisbon"_s));
+    const QStringList names = lisbon.entryList(QDir::Files);
+    ASSERT_GT(names.size(), 2);
+    const auto isActive = [](const State& s) { return s.mainWindow()[u"active"_s].toBool(); };
+
+    bus.open({uri(lisbon.filePath(names[1]))});
+    ASSERT_TRUE(waitForStarted([&](const State& s) { return s.selected() == names[1]; }));
+    // What runs is called by each later one.
+    const QString window = state().mainWindow()[u"id"_s].toVariant().toString();
+    desktop.minimize(window);
+    EXPECT_TRUE(waitForStarted(std::not_fn(isActive)));
+    bus.call(u"Activate"_s);
+    EXPECT_TRUE(waitForStarted(isActive));
+    EXPECT_EQ(state().selected(), names[1]);
+    bus.open({u"sftp://elsewhere/a.jpg"_s, uri(lisbon.filePath(names[2]))});
+    EXPECT_TRUE(waitForStarted([&](const State& s) {
+        return s.selected() == names[2] && !s.json()[u"notice"_s].toString().isEmpty();
+    }));
+    bus.call(u"ActivateAction"_s, {u"fullscreen"_s, QVariantList()});
+    EXPECT_TRUE(waitForStarted([&](const State& s) {
+        return s.isAtRest() && s.window().size() == desktop.screen.size();
+    }));
+    desktop.key(u"ctrl+q"_s);
+    EXPECT_TRUE(support::spinUntil(
+        [&] { return !bus.hasProgram() && state().isEmpty(); }, std::chrono::seconds(60)));
+
+    // One that the user has started has the name, too.
+    startAgain({u"--add"_s, photos()});
+    EXPECT_TRUE(support::spinUntil([&] { return bus.hasProgram(); }, std::chrono::seconds(60)));
+    bus.open({uri(lisbon.filePath(names[0]))});
+    EXPECT_TRUE(waitForSelection(names[0]));
+    waitForFocus();
+    quit();
+}
+
+TEST_F(DesktopRunTest, theWholeScreenAndAShowCanBeAskedForAtTheStart) {
+    paintPhotographs();
+    start();
+    const QSize size = state().window().size();
+    const QString name = state().items().at(1).name;
+    click(name);
+    ASSERT_TRUE(waitForSelection(name));
+    quit();
+    startAgain({u"--fullscreen"_s});
+    EXPECT_TRUE(waitForWindow(desktop.screen.size()));
+    EXPECT_FALSE(state().control(u"QMenuBar"_s));
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(waitForWindow(size));
+    quit();
+    startAgain({u"--slideshow"_s});
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        const QJsonObject show = s.json()[u"slideshow"_s].toObject();
+        return show[u"state"_s] == u"playing"_s && show[u"name"_s] == name;
+    }));
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        return s.isAtRest() && s.large(u"image"_s) == name && s.large(u"atRest"_s).toBool();
+    }));
+    waitForFocus();
+    quit();
+}
+
+} // namespace
