@@ -150,6 +150,7 @@ private:
     /// Where the view lies in its window, and the screen that it is on.
     void updateViewport();
     void updateScreen();
+    void coloursDidChange();
     void updateCursor();
     [[nodiscard]] ImageScene sceneNow();
     [[nodiscard]] std::optional<ImageScene::Picture> swipedNeighbour() const;
