@@ -50,6 +50,7 @@ DecodeExchange::DecodeExchange(
     _request.pixelLimit = wanted.limits.pixels;
     _request.byteLimit = wanted.limits.bytes;
     _request.threads = static_cast<std::uint32_t>(wanted.threads);
+    _request.isFiltered = wanted.reduction == Reduction::Filtered ? 1 : 0;
     _request.isDeep = wanted.depth == Depth::Source ? 1 : 0;
     if (picture >= 0) _descriptors.push_back(picture);
     // An opened sequence has said the rest, and gets its memory with each frame.

@@ -129,6 +129,7 @@ private:
         wanted.frame = request.frame;
         wanted.maxSize = request.maxSize;
         wanted.onlyEmbedded = request.onlyEmbedded != 0;
+        wanted.reduction = request.isFiltered ? Reduction::Filtered : Reduction::Mean;
         wanted.depth = request.isDeep ? Depth::Source : Depth::Screen;
         wanted.threads = static_cast<int>(std::clamp(request.threads, 1U, 64U));
         wanted.limits = {request.pixelLimit, request.byteLimit};

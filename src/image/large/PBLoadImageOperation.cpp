@@ -81,6 +81,7 @@ codec::DecodeRequest PBLoadImageOperation::request() const {
         const double longer = std::max(_job.imageSize.width(), _job.imageSize.height());
         request.maxSize = std::max(1, static_cast<int>(_job.scale * longer));
     }
+    request.reduction = codec::Reduction::Filtered;
     request.targetProfile = profileOf(_job.colorSpace);
     request.urgency = _urgency;
     return request;
