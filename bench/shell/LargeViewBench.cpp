@@ -1,9 +1,11 @@
-// The large view in the whole program, without a display, on generated photographs of 12 megapixels
-// in one folder: from a key to what is painted. An argument scales the number of steps.
+// The large view in the whole program, without a display, on generated photographs of 12 and 24
+// megapixels: from a key to what is painted, and frames of motions. An argument scales the number
+// of steps.
 
 #include "app/ApplicationController.h"
 #include "browser/PBImageBrowserView.h"
 #include "codec/process/DecoderProcess.h"
+#include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
 #include "platform/program/StandardFolders.h"
 #include "platform/tasks/MainLoop.h"
@@ -17,6 +19,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMainWindow>
+#include <QPaintEvent>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -32,15 +35,19 @@ using Clock = std::chrono::steady_clock;
 
 constexpr QSize windowSize(1920, 1200);
 
-/// Counts the paints of a widget.
+/// Counts the paints of a widget, and the points that they cover.
 class PaintCount final : public QObject {
 public:
     explicit PaintCount(QWidget& widget) { widget.installEventFilter(this); }
     int count = 0;
+    double area = 0;
 
 protected:
     bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() == QEvent::Paint) ++count;
+        if (event->type() != QEvent::Paint) return false;
+        ++count;
+        for (const QRect& rect : static_cast<QPaintEvent*>(event)->region())
+            area += 1.0 * rect.width() * rect.height();
         return false;
     }
 };
@@ -68,6 +75,11 @@ public:
     LargeView& large() { return window().largeView(); }
     PBImageView& view() { return large().controller().imageView(); }
     PBImageBrowserView& browser() { return *window().window().findChild<PBImageBrowserView*>(); }
+    /// Above what the pictures that may live take, by a tenth of these.
+    double excessMebibytes(double before) {
+        const qint64 held = _controller.shellServices().imageBufferManager.byteCount();
+        return residentMebibytes() - before - 1.1 * static_cast<double>(held) / (1024.0 * 1024.0);
+    }
     const PBLoadImageManager& line() { return _controller.shellServices().loadImageManager; }
 
     /// Lets the loop run until the condition holds; answers its longest turn in milliseconds.
@@ -171,6 +183,66 @@ bool measureHeldKey(Bench& bench, int steps) {
     return met;
 }
 
+/// To photographs that nothing was loaded of.
+bool measureFarSteps(Bench& bench, int steps) {
+    double worst = 0;
+    for (int step = 0; step < steps; ++step) {
+        bench.settle();
+        worst = std::max(worst, bench.untilPainted(bench.view(), [&] {
+            bench.press(step % 2 == 0 ? Qt::Key_End : Qt::Key_Home);
+        }));
+    }
+    bench.settle();
+    return printFigure("step to one that is not ready: key to paint, worst", worst, "ms", 16);
+}
+
+/// The turns of the loop in which the view paints, in milliseconds, until it comes to rest.
+void watchFrames(Bench& bench, const PaintCount& paints, std::vector<double>& times) {
+    bench.run([&, seen = paints.count]() mutable {
+        const double turn = millisecondsOf([] { QCoreApplication::processEvents(); });
+        if (paints.count != std::exchange(seen, paints.count)) times.push_back(turn);
+        return bench.view().isAtRest();
+    });
+}
+
+bool printFrames(const char* name, std::vector<double> times) {
+    if (times.empty()) return false;
+    std::ranges::sort(times);
+    const std::string title = name;
+    bool met = printFigure((title + ": frame, median").c_str(), times[times.size() / 2], "ms", 6);
+    met &= printFigure((title + ": frame, worst").c_str(), times.back(), "ms", 16);
+    return met;
+}
+
+bool measureMotions(Bench& bench) {
+    PBImageView& view = bench.view();
+    const auto isOriginal = [&] {
+        return view.isAtRest() && view.painted() == PBImageView::Painted::Original;
+    };
+    view.actualSize();
+    bench.run(isOriginal);
+    std::vector<double> frames;
+    const PaintCount paints(view);
+    constexpr int rounds = 12;
+    for (int round = 0; round < rounds; ++round) {
+        const double way = round % 2 == 0 ? 400 : -400;
+        view.scrollByDelta({way, way / 2});
+        watchFrames(bench, paints, frames);
+    }
+    const double share = paints.area / (paints.count * 1.0 * view.width() * view.height());
+    bool met = printFrames("panning at 100 % of 24 megapixels", std::exchange(frames, {}));
+    met &= printFigure("panning: painted anew of the view", share, "share", 0.5);
+    for (int round = 0; round < rounds; ++round) {
+        if (round % 4 < 2)
+            view.zoomInAtPoint(QPointF(300, 200));
+        else
+            view.zoomOutAtPoint(QPointF(300, 200));
+        watchFrames(bench, paints, frames);
+    }
+    met &= printFrames("zooming at 100 % of 24 megapixels", frames);
+    return met;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -182,15 +254,23 @@ int main(int argc, char** argv) {
     const double scale = argc > 1 ? std::clamp(std::atof(argv[1]), 0.05, 10.0) : 1.0;
     const auto scaled = [&](int count) { return std::max(5, static_cast<int>(count * scale)); };
 
+    bool met = true;
+    {
+        Bench large({4, 1, QSize(6000, 4000), 90});
+        large.large().enterToLargeView({0, 0});
+        large.settle();
+        met &= measureMotions(large);
+    }
     Bench bench({60, 1, bench::twelveMegapixelPicture, 90});
     const double before = residentMebibytes();
-    bool met = measureWays(bench);
+    met &= measureWays(bench);
     bench.large().enterToLargeView({0, 0});
     met &= measureReadySteps(bench, scaled(200));
+    met &= measureFarSteps(bench, 6);
     met &= measureHeldKey(bench, scaled(300));
-    printFigure(
-        "memory of 12 megapixels after the steps, above before", residentMebibytes() - before,
-        "MiB");
+    met &= printFigure(
+        "memory after the steps, above 1.1 times what is held", bench.excessMebibytes(before),
+        "MiB", 60);
     bench.large().view_ThumbnailView();
     bench.run([&] { return !bench.large().isShown(); });
     met &=

@@ -27,5 +27,4 @@ void WindowColours::update() {
                             : QColorSpace();
     if (wanted == _loadImageManager.screen()) return;
     _loadImageManager.setScreen(wanted);
-    _window.update();
 }

@@ -1,8 +1,8 @@
 #include "codec/Bitmaps.h"
 
 #include "codec/formats/Codecs.h"
-#include "codec/pixels/AreaScaler.h"
 #include "codec/pixels/Colour.h"
+#include "codec/pixels/ReducedImage.h"
 
 #include <QBuffer>
 #include <QPainter>

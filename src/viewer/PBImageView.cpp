@@ -47,6 +47,7 @@ PBImageView::PBImageView(
       _progressIndicator(new ProgressSpinner(this)),
       _dragTipView(new DropTip(QStringLiteral("photographs"), QStringLiteral("DropToShow"), this)) {
     ImageViewAccessible::install();
+    _loadImageManager.addColoursObserver(this, [this] { coloursDidChange(); });
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_AcceptTouchEvents);
     setFocusPolicy(Qt::StrongFocus);
@@ -64,7 +65,9 @@ PBImageView::PBImageView(
     });
 }
 
-PBImageView::~PBImageView() = default;
+PBImageView::~PBImageView() {
+    _loadImageManager.removeColoursObserver(this);
+}
 
 void PBImageView::showImage() {
     platform::assertMainThread();
@@ -304,6 +307,11 @@ void PBImageView::updateScreen() {
     if (wanted == _loadImageManager.screen()) return;
     _loadImageManager.setScreen(wanted);
     update();
+}
+
+void PBImageView::coloursDidChange() {
+    update(); // asks for the focus
+    if (isVisible()) tryPreloadNextOrPrevImage();
 }
 
 void PBImageView::resizeEvent(QResizeEvent* event) {

@@ -155,6 +155,7 @@ private:
     /// Where the view lies in its window, and the screen that it is on.
     void updateViewport();
     void updateScreen();
+    void coloursDidChange();
     void updateCursor();
     [[nodiscard]] ImageScene sceneNow();
     [[nodiscard]] QColor groundNow() const;

@@ -65,6 +65,36 @@ TEST_F(BrowserSelectionTest, answersAboutTheSelectionAcrossLeavesFoldedOrNot) {
     EXPECT_EQ(tree.selected(), u"a3");
 }
 
+TEST_F(BrowserSelectionTest, whereverTheSelectionGoesItIsFoundWholeAndInOrder) {
+    std::mt19937 random(7);
+    const auto pick = [&random](std::int64_t end) {
+        return static_cast<std::int64_t>(random() % static_cast<unsigned>(end));
+    };
+    const BrowserTree elsewhere{3}; // what is selected in another tree counts as well
+    for (int round = 0; round < 400; ++round) {
+        tree.data(2).setIsCollapsedForBrowser(pick(3) == 0);
+        elsewhere.item(0, 1)->setIsSelected(pick(4) == 0);
+        if (pick(3) == 0) (void)selection.deselectAll();
+        const std::int64_t first = pick(70);
+        const std::int64_t others = pick(4) == 0 ? pick(80) : pick(3);
+        for (std::int64_t other = 0; other < others; ++other)
+            tree.item(2, int(pick(40)))->setIsSelected(pick(2) == 0);
+        (void)selection.selectFrom({0, first}, {0, std::min<std::int64_t>(first + others, 69)});
+        for (const FoldedLeaves folded : {Included, Excluded}) {
+            PBImageFileList expected;
+            Index begin;
+            leaves.forEachImage(folded, [&](const Index& index, const auto& item) {
+                if (!item->isSelected()) return;
+                if (expected.empty()) begin = index;
+                expected.push_back(item);
+            });
+            ASSERT_EQ(selection.selectedFileArray(folded), expected) << round;
+            ASSERT_EQ(selection.firstSelectItem(folded), begin) << round;
+            ASSERT_EQ(selection.selectCount(folded), std::ssize(expected)) << round;
+        }
+    }
+}
+
 TEST_F(BrowserSelectionTest, aHeadOrARowNextToTheMiddleIsTheAnchor) {
     visible.moveTop(layout.groupItemPosition(2) + 11.5 - 200);
     const auto captured = capture();

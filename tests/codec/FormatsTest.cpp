@@ -221,6 +221,29 @@ TEST(Formats, SourceDepthKeepsTheSamplesAndTheProfileOfTheFile) {
     EXPECT_EQ(cut.image.pixelColor(0, 1).rgba64(), qRgba64(0x8080, 0x8080, 0x8080, 0xFFFF));
 }
 
+TEST(Formats, AFilterLeavesNothingOfStripesThatAreTooFine) {
+    QImage stripes(1500, 40, QImage::Format_RGB32);
+    for (int y = 0; y < stripes.height(); ++y)
+        for (int x = 0; x < stripes.width(); ++x)
+            stripes.setPixel(x, y, x % 2 == 0 ? 0xff000000U : 0xffffffffU);
+    for (const auto sample : {QImage::Format_RGB32, QImage::Format_RGBX64}) {
+        const QByteArray bytes = PBUtilities::cgImageRefToPngData(stripes.convertToFormat(sample));
+        // The last are so many that deep ones are averaged by blocks first.
+        for (const int maxSize : {1001, 930, 700, 140}) {
+            for (const auto depth : {codec::Depth::Screen, codec::Depth::Source}) {
+                codec::DecodeRequest request;
+                request.maxSize = maxSize;
+                request.depth = depth;
+                request.reduction = codec::Reduction::Filtered;
+                const QImage made = opened(bytes)->frame(request).image;
+                ASSERT_EQ(made.width(), maxSize);
+                for (int x = 8; x < made.width() - 8; ++x)
+                    ASSERT_NEAR(qRed(made.pixel(x, made.height() / 2)), 127, 9) << maxSize;
+            }
+        }
+    }
+}
+
 TEST(Formats, AStoppedDecodeGivesNothing) {
     std::stop_source stopped;
     stopped.request_stop();

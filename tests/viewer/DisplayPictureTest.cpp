@@ -1,6 +1,10 @@
 #include "viewer/feed/DisplayPictureFeed.h"
 
+#include "codec/pixels/ReducedImage.h"
 #include "support/Support.h"
+
+#include <complex>
+#include <numbers>
 
 using support::spinUntil;
 
@@ -34,7 +38,8 @@ placed(const QImage& image, QSizeF fileSize, int quarters, double scale, QPointF
 
 using Channels = std::array<double, 4>;
 
-/// What a device pixel should be: many samples of what it covers.
+/// What a device pixel should be where a picture is not reduced: many samples of a square as wide
+/// as a pixel of the picture, round the middle; or of one point.
 Channels covered(const QImage& image, const DisplayState& state, QPoint device, bool isSharp) {
     const QTransform toPicture =
         (QTransform::fromScale(
@@ -48,17 +53,12 @@ Channels covered(const QImage& image, const DisplayState& state, QPoint device, 
             double(qBlue(pixel)), double(qGreen(pixel)), double(qRed(pixel)),
             double(qAlpha(pixel))};
     };
-    const double pixels = 1 / std::sqrt(std::abs(toPicture.determinant()));
     Channels all{};
     constexpr int samples = 16;
     for (int j = 0; j < samples; ++j)
         for (int i = 0; i < samples; ++i) {
-            QPointF place = toPicture.map(
-                QPointF(device) +
-                QPointF(isSharp ? 0.5 : (i + 0.5) / samples, isSharp ? 0.5 : (j + 0.5) / samples));
-            if (!isSharp && pixels >= 1) // a square as wide as a pixel, round the middle
-                place = toPicture.map(QPointF(device) + QPointF(0.5, 0.5)) +
-                        QPointF((i + 0.5) / samples - 0.5, (j + 0.5) / samples - 0.5);
+            QPointF place = toPicture.map(QPointF(device) + QPointF(0.5, 0.5));
+            if (!isSharp) place += QPointF((i + 0.5) / samples - 0.5, (j + 0.5) / samples - 0.5);
             const Channels sample =
                 channelsAt(int(std::floor(place.x())), int(std::floor(place.y())));
             for (std::size_t channel = 0; channel < 4; ++channel)
@@ -84,6 +84,44 @@ double worstDifference(
     return worst;
 }
 
+/// Between the dark and the light stripes; nothing of them is cut off at black or white.
+constexpr int contrast = 0x60;
+
+/// Upright stripes, so many pixels dark and so many light, each of them `pixel` pixels wide.
+QImage stripes(QSize size, int width, int pixel) {
+    QImage image(size, QImage::Format_RGB32);
+    for (int x = 0; x < size.width(); ++x)
+        image.setPixel(x, 0, x / pixel / width % 2 == 0 ? 0xff505050U : 0xffb0b0b0U);
+    for (int y = 1; y < size.height(); ++y)
+        std::copy_n(image.constScanLine(0), image.bytesPerLine(), image.scanLine(y));
+    return image;
+}
+
+/// The strongest of what a row of pixels shows beyond its mean and the waves that it may show (in
+/// cycles a pixel), as a part of the contrast: what is left of each other wave.
+double unevenness(const QImage& image, const std::vector<double>& waves) {
+    constexpr int border = 8;
+    const int count = image.width() - 2 * border;
+    double strongest = 0;
+    for (int tried = 1; tried < count / 2; ++tried) {
+        const double wave = double(tried) / count;
+        const bool mayBe = std::ranges::any_of(
+            waves, [&](double known) { return std::abs(known - wave) < 4.0 / count; });
+        if (mayBe) continue;
+        std::complex<double> sum;
+        double all = 0;
+        for (int x = 0; x < count; ++x) {
+            const double window = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * (x + 0.5) / count);
+            all += window;
+            sum += window * qRed(image.pixel(x + border, image.height() / 2)) *
+                   std::polar(1.0, 2 * std::numbers::pi * wave * x);
+        }
+        // Beside the mean, which the window spreads over its neighbours.
+        if (tried > 2) strongest = std::max(strongest, 4 * std::abs(sum) / all / contrast);
+    }
+    return strongest;
+}
+
 } // namespace
 
 TEST(DisplayPictureTest, EachDevicePixelIsWhatItCovers) {
@@ -92,12 +130,10 @@ TEST(DisplayPictureTest, EachDevicePixelIsWhatItCovers) {
         QSizeF file;
         double scale; ///< device pixels for each of the file
         bool isSharp;
-    } cases[] = {
-        {{90, 70}, {90, 70}, 0.37, false},  {{90, 70}, {90, 70}, 0.99, false},
-        {{90, 70}, {90, 70}, 1.0, true},    {{20, 16}, {20, 16}, 1.7, false},
-        {{20, 16}, {20, 16}, 2.0, false},   {{20, 16}, {20, 16}, 3.4, true},
-        {{45, 35}, {90, 70}, 0.37, false},  {{9, 7}, {90, 70}, 3.0, false}, // a small version
-        {{300, 60}, {300, 60}, 0.2, false}, {{1, 1}, {1, 1}, 20.0, true}};
+    } cases[] = {{{90, 70}, {90, 70}, 1.0, true},  {{20, 16}, {20, 16}, 1.7, false},
+                 {{20, 16}, {20, 16}, 2.0, false}, {{20, 16}, {20, 16}, 3.4, true},
+                 {{9, 7}, {90, 70}, 3.0, false}, // a small version
+                 {{1, 1}, {1, 1}, 20.0, true}};
     for (const auto& [version, file, scale, isSharp] : cases) {
         for (int quarters = 0; quarters < 4; ++quarters) {
             const auto format =
@@ -111,6 +147,49 @@ TEST(DisplayPictureTest, EachDevicePixelIsWhatItCovers) {
             EXPECT_EQ(made.image.format(), format);
             EXPECT_LE(worstDifference(made, image, state, isSharp), isSharp ? 1e-6 : 14)
                 << version.width() << " at " << scale << ", " << quarters;
+        }
+    }
+}
+
+TEST(DisplayPictureTest, AReducedPictureKeepsEvenColoursBoundsAndPlaces) {
+    for (const double scale : {0.02, 0.37, 0.86, 0.99}) {
+        for (int quarters = 0; quarters < 4; ++quarters) {
+            // Noise whose colours stay within its alpha, and one colour, which stays what it is.
+            const QImage mixed = noise({90, 70}, QImage::Format_ARGB32_Premultiplied, 5);
+            const QImage made =
+                resampledPicture(placed(mixed, {90, 70}, quarters, scale, {0, 0})).image;
+            for (int y = 0; y < made.height(); ++y)
+                for (int x = 0; x < made.width(); ++x) {
+                    const QRgb pixel = reinterpret_cast<const QRgb*>(made.constScanLine(y))[x];
+                    ASSERT_LE(std::max({qRed(pixel), qGreen(pixel), qBlue(pixel)}), qAlpha(pixel));
+                }
+            QImage even(90, 70, QImage::Format_RGB32);
+            even.fill(QColor(255, 128, 3));
+            const DisplayPicture same =
+                resampledPicture(placed(even, {90, 70}, quarters, scale, {-7, 3}));
+            QImage expected(same.image.size(), even.format());
+            expected.fill(QColor(255, 128, 3));
+            EXPECT_EQ(same.image, expected) << scale;
+
+            // A gentle slope is where it belongs, on its side and upside down, too.
+            QImage slope(90, 70, QImage::Format_RGB32);
+            for (int y = 0; y < 70; ++y)
+                for (int x = 0; x < 90; ++x)
+                    slope.setPixel(x, y, qRgb(2 * x + y, 2 * x, 3 * y));
+            const DisplayState state = placed(slope, {90, 70}, quarters, scale, {-3.4, 2.3});
+            const DisplayPicture sloping = resampledPicture(state);
+            for (int y = 0; y < sloping.rect.height(); ++y)
+                for (int x = 0; x < sloping.rect.width(); ++x) {
+                    const QPointF place = state.toDevicePixels.inverted().map(
+                        QPointF(sloping.rect.topLeft()) + QPointF(x + 0.5, y + 0.5));
+                    const double margin = 4 / scale; // beyond it the border is repeated
+                    if (!QRectF(0, 0, 90, 70)
+                             .adjusted(margin, margin, -margin, -margin)
+                             .contains(place))
+                        continue;
+                    const double red = 2 * (place.x() - 0.5) + place.y() - 0.5;
+                    ASSERT_NEAR(qRed(sloping.image.pixel(x, y)), red, 1) << scale << quarters;
+                }
         }
     }
 }
@@ -140,20 +219,31 @@ TEST(DisplayPictureTest, OnlyWhatIsVisibleIsMade) {
 }
 
 TEST(DisplayPictureTest, FineStripesComeOutEven) {
-    QImage stripes(1000, 100, QImage::Format_RGB32);
-    for (int y = 0; y < 100; ++y)
-        for (int x = 0; x < 1000; ++x)
-            stripes.setPixel(x, y, x % 2 == 0 ? 0xff000000U : 0xffffffffU);
-    DisplayState state = placed(stripes, {1000, 100}, 0, 0.13, {0, 0});
-    state.visible = QRect(0, 0, 130, 13);
-    const QImage made = resampledPicture(state).image;
-    int darkest = 255;
-    int brightest = 0;
-    for (int x = 0; x < made.width(); ++x) {
-        darkest = std::min(darkest, qRed(made.pixel(x, 6)));
-        brightest = std::max(brightest, qRed(made.pixel(x, 6)));
+    // Whole, or by way of a version that was reduced before; at twice the size each pixel is two.
+    for (const double version : {1.0, 0.95, 0.64}) {
+        for (const double scale :
+             {0.9, 0.85, 0.75, 2.0 / 3, 0.6, 0.5, 0.45, 0.37, 0.3, 0.25, 0.2}) {
+            for (const int width : {1, 2, 3}) {
+                for (const int pixel : {1, 2}) {
+                    const QImage image = stripes({500, 24}, width, pixel);
+                    const QSize size(int(500 * version), int(24 * version));
+                    const double reduced = scale * size.width() / 500;
+                    DisplayState state = placed(
+                        codec::reduceImage(image, size, codec::Reduction::Filtered), {500, 24}, 0,
+                        reduced, {0.3, 0.2});
+                    state.visible = QRect(0, 0, int(500 * reduced), int(24 * reduced));
+                    std::vector<double> waves;
+                    for (int wave = 1; wave < 2 * width * pixel; wave += 2)
+                        waves.push_back(wave / (2.0 * width * pixel) / reduced);
+                    // What is too fine by less than an eighth still shows as single pixels.
+                    const bool isJustTooFine = waves.front() > 0.5 && waves.front() < 0.563;
+                    const double most = isJustTooFine ? 0.35 : 0.16;
+                    EXPECT_LE(unevenness(resampledPicture(state).image, waves), most)
+                        << width << " x " << pixel << " by " << version << ", " << scale;
+                }
+            }
+        }
     }
-    EXPECT_LE(brightest - darkest, 34); // an eighth of a pixel more or less
 }
 
 TEST(DisplayPictureFeedTest, OnlyTheStateWantedLastIsMadeAndNothingIsKeptAlive) {

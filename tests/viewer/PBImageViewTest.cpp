@@ -1,9 +1,11 @@
 #include "ImageViewFixture.h"
 
+#include "image/large/ImageVersions.h"
 #include "ui/DropTip.h"
 #include "ui/FolderDropTarget.h"
 #include "viewer/PBNavigationImageView.h"
 #include "viewer/StepButtons.h"
+#include "viewer/slideshow/LoadedSlideshowPictures.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -263,4 +265,36 @@ TEST_F(PBImageViewTest, nothingIsPaintedOrAskedForDuringASlideshow) {
     view.tryPreloadNextOrPrevImage();
     EXPECT_EQ(colorAt(400, 300), ImagePainter::groundColor());
     EXPECT_EQ(manager.operationCount(), 0);
+}
+
+TEST_F(PBImageViewTest, onAScreenOfOtherColoursPicturesAreAskedForAnewByThoseThatShowThem) {
+    for (const QString& name : {u"focus.jpg"_s, u"next.jpg"_s, u"show.jpg"_s})
+        add(name, {{600, 400}, Qt::red});
+    const auto shown = host.items.back();
+    host.items.pop_back();
+    LargeImageRequests requests(manager, buffer, importers, [](const PBImageFileItem& item) {
+        return u"/photos/"_s + item.fileName();
+    });
+    LoadedSlideshowPictures show(requests, manager);
+    this->show();
+    view.tryPreloadNextOrPrevImage();
+    show.preload(std::vector{IndexedImage{shown, 70}}, 70);
+    const auto areAll = [&](Qt::GlobalColor color) {
+        return support::spinUntil([&] {
+            return std::ranges::all_of(
+                std::array{host.items[0], host.items[1], shown}, [&](const auto& item) {
+                    const auto found = appropriateImageForScale(*item, 1);
+                    return found.images && found.isMatched &&
+                           found.images->firstImage().pixelColor(0, 0) == QColor(color);
+                });
+        });
+    };
+    ASSERT_TRUE(areAll(Qt::red));
+    for (const QString& name : {u"focus.jpg"_s, u"next.jpg"_s, u"show.jpg"_s})
+        files.set(name, {{600, 400}, Qt::blue});
+    LargeImageScreen other = manager.screen();
+    other.colorSpace = QColorSpace(QColorSpace::AdobeRgb);
+    manager.setScreen(other);
+    EXPECT_TRUE(areAll(Qt::blue));
+    EXPECT_TRUE(support::spinUntil([this] { return colorAt(400, 300) == QColor(Qt::blue); }));
 }

@@ -80,6 +80,7 @@ struct PhotoBinTest : ::testing::Test, PhotoBinHost, PhotoBinStrip {
     void stopProgress() override {}
     void keyDown(QKeyEvent&) override {}
     void popUpContextMenu(const QPoint&) override {}
+    bool isSlideShowMode() const override { return false; }
     QString filePath(const PBImageFileItem&) const override { return {}; }
     void scrollIndexToCenter(std::int64_t index, bool animation) override {
         note(animation ? u'c' : u'j', index);

@@ -17,7 +17,38 @@ bool isSelected(const std::shared_ptr<PBImageFileItem>& item) {
     return item->isSelected();
 }
 
+/// Images before the one found last that are looked at first: steps back are as near as steps on.
+constexpr std::int64_t nearby = 64;
+/// So many are looked for where one was last; more are met soon, and better in order.
+constexpr std::int64_t few = 64;
+
 } // namespace
+
+template <typename Function>
+void BrowserSelection::forEachSelected(FoldedLeaves folded, Function&& function) const {
+    // An image is in one leaf only.
+    std::int64_t left = PBImageFileItem::selectedCount();
+    const std::int64_t leafCount = _leaves.leafCount();
+    if (left <= 0 || leafCount == 0) return;
+    const PBImageBrowserIndex near = left <= few ? _found : PBImageBrowserIndex{0, 0};
+    const std::int64_t startGroup = std::clamp<std::int64_t>(near.group, 0, leafCount - 1);
+    const std::int64_t startItem =
+        std::clamp<std::int64_t>(near.item - nearby, 0, _leaves.imageFileCount(startGroup));
+    // All round, and the beginning of the first leaf at the end.
+    for (std::int64_t walked = 0; walked <= leafCount && left > 0; ++walked) {
+        const std::int64_t group = (startGroup + walked) % leafCount;
+        if (!_leaves.takesPart(group, folded)) continue;
+        const auto& images = _leaves.leaf(group).imageFiles;
+        const std::int64_t end = walked == leafCount ? startItem : _leaves.imageFileCount(group);
+        std::int64_t item = walked == 0 ? startItem : 0;
+        for (auto image = images.begin() + item; item < end && left > 0; ++item, ++image) {
+            if (!(*image)->isSelected()) continue;
+            --left;
+            _found = {group, item};
+            if (!function(_found, *image)) return;
+        }
+    }
+}
 
 template <typename Wanted>
 bool BrowserSelection::selectWhere(FoldedLeaves folded, Wanted wanted) const {
@@ -44,12 +75,10 @@ bool BrowserSelection::selectWithStars(quint64 stars, FoldedLeaves folded) const
 
 bool BrowserSelection::deselectAll() const {
     platform::assertMainThread();
-    if (PBImageFileItem::selectedCount() == 0) return false;
-    bool hasChanged = false;
-    _leaves.forEachImage(FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
-        hasChanged |= setSelected(*item, false);
-    });
-    return hasChanged;
+    const PBImageFileList selected = selectedFileArray(FoldedLeaves::Included);
+    for (const auto& item : selected)
+        item->setIsSelected(false);
+    return !selected.empty();
 }
 
 bool BrowserSelection::selectFrom(
@@ -89,11 +118,8 @@ std::int64_t BrowserSelection::itemCount(FoldedLeaves folded) const {
 }
 
 std::int64_t BrowserSelection::selectCount(FoldedLeaves folded) const {
-    if (PBImageFileItem::selectedCount() == 0) return 0;
     std::int64_t count = 0;
-    _leaves.forEachImage(folded, [&](const PBImageBrowserIndex&, const auto& item) {
-        count += item->isSelected() ? 1 : 0;
-    });
+    forEachSelected(folded, [&](const PBImageBrowserIndex&, const auto&) { return ++count > 0; });
     return count;
 }
 
@@ -102,22 +128,28 @@ bool BrowserSelection::hasSelect(FoldedLeaves folded) const {
 }
 
 PBImageBrowserIndex BrowserSelection::firstSelectItem(FoldedLeaves folded) const {
-    if (PBImageFileItem::selectedCount() == 0) return {};
-    for (std::int64_t group = 0; group < _leaves.leafCount(); ++group) {
-        if (!_leaves.takesPart(group, folded)) continue;
-        const auto& images = _leaves.leaf(group).imageFiles;
-        const auto found = std::ranges::find_if(images, isSelected);
-        if (found != images.end()) return {group, static_cast<std::int64_t>(found.index())};
-    }
-    return {};
+    PBImageBrowserIndex first;
+    forEachSelected(folded, [&](const PBImageBrowserIndex& index, const auto&) {
+        if (!first.isValid() || compareIndex(index, first) > 0) first = index;
+        return PBImageFileItem::selectedCount() <= few;
+    });
+    return first;
 }
 
 PBImageFileList BrowserSelection::selectedFileArray(FoldedLeaves folded) const {
-    PBImageFileList selected;
-    if (PBImageFileItem::selectedCount() == 0) return selected;
-    _leaves.forEachImage(folded, [&](const PBImageBrowserIndex&, const auto& item) {
-        if (item->isSelected()) selected.push_back(item);
+    std::vector<std::pair<PBImageBrowserIndex, std::shared_ptr<PBImageFileItem>>> found;
+    forEachSelected(folded, [&](const PBImageBrowserIndex& index, const auto& item) {
+        found.emplace_back(index, item);
+        return true;
     });
+    const auto isBefore = [](const auto& one, const auto& other) {
+        return compareIndex(one.first, other.first) > 0;
+    };
+    if (std::ssize(found) <= few) std::ranges::sort(found, isBefore);
+    PBImageFileList selected;
+    selected.reserve(found.size());
+    for (auto& [index, item] : found)
+        selected.push_back(std::move(item));
     return selected;
 }
 

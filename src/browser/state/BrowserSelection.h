@@ -8,8 +8,9 @@
 #include <vector>
 
 /// The selection of the browser. It lives in the items themselves, so that it survives every swap
-/// of trees; every question walks the
-/// leaves, unless nothing is selected anywhere. Main thread.
+/// of trees. A question walks the leaves from where a selected image was found last until all that
+/// are selected anywhere were found, so that what moves on by an image is found at once. Main
+/// thread.
 class BrowserSelection {
 public:
     /// The leaves outlive this object.
@@ -46,6 +47,11 @@ public:
 private:
     template <typename Wanted>
     bool selectWhere(FoldedLeaves folded, Wanted wanted) const;
+    /// Calls with index and image of each selected one until the function answers false: of many in
+    /// their order, of few in any.
+    template <typename Function>
+    void forEachSelected(FoldedLeaves folded, Function&& function) const;
 
     const BrowserLeafList& _leaves;
+    mutable PBImageBrowserIndex _found{0, 0}; ///< where a selected image was last
 };

@@ -2,6 +2,7 @@
 #include "codec/pixels/FrameWriter.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -98,6 +99,7 @@ public:
         if (control.disposal == DISPOSE_PREVIOUS) _saved = _pixels;
         const ColorMapObject* colours = image.ColorMap ? image.ColorMap : file->SColorMap;
         if (image.Width < 1 || !colours) return false;
+        const Palette palette = paletteOf(*colours, control.transparent);
         std::vector<GifPixelType> row(static_cast<std::size_t>(image.Width), 0);
         static constexpr int starts[] = {0, 4, 2, 1};
         static constexpr int steps[] = {8, 8, 4, 2};
@@ -106,7 +108,7 @@ public:
             for (int y = image.Interlace ? starts[pass] : 0; y < image.Height; y += step) {
                 if (stop.isSet() || DGifGetLine(file, row.data(), image.Width) != GIF_OK)
                     return false;
-                drawRow(row, frame.left(), frame.top() + y, *colours, control.transparent);
+                drawRow(row, frame.left(), frame.top() + y, palette);
             }
         }
         return true;
@@ -122,18 +124,29 @@ private:
         return static_cast<std::size_t>(size.width()) * static_cast<std::size_t>(size.height());
     }
 
-    void drawRow(
-        const std::vector<GifPixelType>& row, int left, int y, const ColorMapObject& colours,
-        int transparent) {
+    /// What each index draws; 0: nothing, since colours are opaque.
+    using Palette = std::array<QRgb, 256>;
+
+    static Palette paletteOf(const ColorMapObject& colours, int transparent) {
+        Palette palette{};
+        const int count = std::min(colours.ColorCount, static_cast<int>(palette.size()));
+        for (int index = 0; index < count; ++index) {
+            const GifColorType& colour = colours.Colors[index];
+            if (index != transparent)
+                palette[static_cast<std::size_t>(index)] =
+                    qRgb(colour.Red, colour.Green, colour.Blue);
+        }
+        return palette;
+    }
+
+    void drawRow(const std::vector<GifPixelType>& row, int left, int y, const Palette& palette) {
         if (y < 0 || y >= _size.height()) return;
         QRgb* target =
             _pixels.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(_size.width());
-        const int width = static_cast<int>(row.size());
-        for (int x = std::max(0, -left); x < width && left + x < _size.width(); ++x) {
-            const int index = row[static_cast<std::size_t>(x)];
-            if (index == transparent || index >= colours.ColorCount) continue;
-            const GifColorType& colour = colours.Colors[index];
-            target[left + x] = qRgb(colour.Red, colour.Green, colour.Blue);
+        const int end = std::min(static_cast<int>(row.size()), _size.width() - left);
+        for (int x = std::max(0, -left); x < end; ++x) {
+            const QRgb colour = palette[row[static_cast<std::size_t>(x)]];
+            target[left + x] = colour != 0 ? colour : target[left + x];
         }
     }
 

@@ -24,26 +24,38 @@ using CodecHandle = std::unique_ptr<opj_codec_t, DestroyCodec>;
 using Stream = std::unique_ptr<opj_stream_t, DestroyStream>;
 using ImageHandle = std::unique_ptr<opj_image_t, DestroyImage>;
 
-Stream openStream(ByteReader& reader, std::size_t length) {
-    Stream stream(opj_stream_default_create(OPJ_TRUE));
+/// The file, until somebody wants no more of it. The library can't be stopped otherwise: within a
+/// tile it works on without asking.
+struct Input {
+    ByteReader reader;
+    const StopFlag& stop;
+};
+
+/// Read at once, so that small tiles are few between two looks at the stop.
+constexpr OPJ_SIZE_T bytesAtOnce = OPJ_SIZE_T{64} << 10;
+
+Stream openStream(Input& input, std::size_t length) {
+    Stream stream(opj_stream_create(bytesAtOnce, OPJ_TRUE));
     if (!stream) return {};
-    opj_stream_set_user_data(stream.get(), &reader, nullptr);
+    opj_stream_set_user_data(stream.get(), &input, nullptr);
     opj_stream_set_user_data_length(stream.get(), length);
     opj_stream_set_read_function(
         stream.get(), [](void* target, OPJ_SIZE_T count, void* user) -> OPJ_SIZE_T {
-            const auto bytes = static_cast<ByteReader*>(user)->take(count);
+            auto* file = static_cast<Input*>(user);
+            if (file->stop.isSet()) return static_cast<OPJ_SIZE_T>(-1);
+            const auto bytes = file->reader.take(count);
             if (bytes.empty()) return static_cast<OPJ_SIZE_T>(-1);
             std::memcpy(target, bytes.data(), bytes.size());
             return bytes.size();
         });
     opj_stream_set_skip_function(stream.get(), [](OPJ_OFF_T count, void* user) -> OPJ_OFF_T {
-        auto* bytes = static_cast<ByteReader*>(user);
+        auto* bytes = &static_cast<Input*>(user)->reader;
         if (count < 0 || static_cast<std::uint64_t>(count) > bytes->left()) return -1;
         bytes->skip(static_cast<std::uint64_t>(count));
         return count;
     });
     opj_stream_set_seek_function(stream.get(), [](OPJ_OFF_T position, void* user) -> OPJ_BOOL {
-        auto* bytes = static_cast<ByteReader*>(user);
+        auto* bytes = &static_cast<Input*>(user)->reader;
         if (position < 0 ||
             static_cast<std::uint64_t>(position) > bytes->position() + bytes->left()) {
             return OPJ_FALSE;
@@ -153,14 +165,15 @@ public:
         if (request.frame != 0) return {};
         const bool isBare = _source.bytes()[0] == 0xFF;
         const CodecHandle handle(opj_create_decompress(isBare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
-        ByteReader reader(_source.bytes());
-        const Stream stream = openStream(reader, _source.size());
+        Input input{ByteReader(_source.bytes()), request.stop};
+        const Stream stream = openStream(input, _source.size());
         opj_dparameters_t parameters;
         opj_set_default_decoder_parameters(&parameters);
         if (!handle || !stream || !opj_setup_decoder(handle.get(), &parameters)) return {};
         // The library's lenient mode reads past its buffers on damaged packets: a picture that is
         // cut off is nothing.
         opj_decoder_set_strict_mode(handle.get(), OPJ_TRUE);
+        if (request.threads > 1) opj_codec_set_threads(handle.get(), request.threads);
         opj_image_t* found = nullptr;
         const bool hasHeader = opj_read_header(stream.get(), handle.get(), &found);
         const ImageHandle image(found);

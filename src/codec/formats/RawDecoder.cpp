@@ -3,9 +3,14 @@
 #include "codec/pixels/Geometry.h"
 #include "platform/files/TypeIdentifiers.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include <libraw/libraw.h>
+
+/// Of the runtime that the library is built with: how many threads the caller's next loops get.
+/// Declared here, since its header belongs to one compiler.
+extern "C" void omp_set_num_threads(int count);
 
 namespace codec::formats {
 
@@ -89,6 +94,8 @@ private:
                 return static_cast<const StopFlag*>(stop)->isSet() ? 1 : 0;
             },
             const_cast<StopFlag*>(&request.stop));
+        // It takes all cores otherwise, for each of the thumbnails that are made side by side.
+        omp_set_num_threads(std::max(1, request.threads));
         if (raw->unpack() != LIBRAW_SUCCESS || raw->dcraw_process() != LIBRAW_SUCCESS) return {};
         int error = LIBRAW_SUCCESS;
         const ProcessedImage image(raw->dcraw_make_mem_image(&error));

@@ -3,6 +3,7 @@
 #include "codec/pixels/Geometry.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 #include <webp/decode.h>
@@ -72,14 +73,15 @@ private:
             return {};
         }
         const QSize full(config.input.width, config.input.height);
-        const QSize wanted = reducedSize(full, request.maxSize);
+        // The library reduces while it decodes, by areas: some way only where a filter comes next.
+        const int room = request.reduction == Reduction::Filtered ? 3 : 1;
+        const QSize wanted = reducedSize(full, std::min(request.maxSize, INT_MAX / room) * room);
         if (!withinLimits(full, request.limits, 8)) return {};
         PixelLayout layout;
         layout.isQRgb = true;
         layout.alpha = config.input.has_alpha ? AlphaType::Premultiplied : AlphaType::None;
         FrameWriter writer(request, full, wanted, layout, colours());
         if (!writer.isUsable()) return {};
-        // The library reduces while it decodes, by areas as well.
         const std::size_t stride = static_cast<std::size_t>(wanted.width()) * sizeof(QRgb);
         std::vector<QRgb> pixels(
             static_cast<std::size_t>(wanted.width()) * static_cast<std::size_t>(wanted.height()));

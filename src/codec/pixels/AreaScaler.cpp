@@ -78,15 +78,4 @@ void BasicAreaScaler<Sample, Sum>::emitRow() {
 template class BasicAreaScaler<std::uint8_t, std::uint32_t>;
 template class BasicAreaScaler<std::uint16_t, std::uint64_t>;
 
-QImage reduceImage(const QImage& image, QSize size) {
-    if (image.size() == size) return image;
-    QImage reduced(size, image.format());
-    if (reduced.isNull()) return {};
-    AreaScaler scaler(image.size(), reduced);
-    for (int y = 0; y < image.height(); ++y) {
-        scaler.addRow(image.constScanLine(y));
-    }
-    return reduced;
-}
-
 } // namespace codec

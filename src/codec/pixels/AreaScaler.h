@@ -1,5 +1,7 @@
 #pragma once
 
+#include "codec/pixels/RowScaler.h"
+
 #include <QImage>
 
 #include <cstdint>
@@ -9,16 +11,15 @@ namespace codec {
 
 /// Reduces a picture row by row, each result pixel being the mean of the area that it covers. Holds
 /// one row of sums, whatever the height of the source. Sizes must be at least 1 and the result no
-/// larger than the source in either direction. Pixels have four samples, premultiplied or opaque.
+/// larger than the source in either direction.
 template <typename Sample, typename Sum>
-class BasicAreaScaler {
+class BasicAreaScaler final : public RowScaler {
 public:
     /// Writes into `destination` (samples of that size), which is borrowed and must outlive this
     /// object.
     BasicAreaScaler(QSize source, QImage& destination);
 
-    /// The next source row, from the top; rows beyond the source's height are dropped.
-    void addRow(const void* row);
+    void addRow(const void* row) override;
 
 private:
     [[nodiscard]] std::uint64_t rowEdge(int index) const;
@@ -41,9 +42,5 @@ private:
 using AreaScaler = BasicAreaScaler<std::uint8_t, std::uint32_t>;
 /// For 16 bits a sample.
 using DeepAreaScaler = BasicAreaScaler<std::uint16_t, std::uint64_t>;
-
-/// The picture reduced to the size, which must not be larger in either direction; a null image if
-/// memory for it is refused. Takes any 32-bit format that is premultiplied or opaque and keeps it.
-[[nodiscard]] QImage reduceImage(const QImage& image, QSize size);
 
 } // namespace codec

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/pixels/ReducedImage.h"
 #include "codec/pixels/Source.h"
 #include "codec/pixels/StopFlag.h"
 
@@ -50,6 +51,8 @@ struct DecodeRequest {
     std::size_t frame = 0;
     /// Longest side of the result in pixels; 0 for the full size. Pictures are never enlarged.
     int maxSize = 0;
+    /// How it is made smaller beyond what the format does itself.
+    Reduction reduction = Reduction::Mean;
     /// Only a smaller picture that the file holds beside the frame is wanted, however small it is.
     bool onlyEmbedded = false;
     /// ICC profile of the result's colours; empty for sRGB. Not used with `Depth::Source`.

@@ -44,13 +44,10 @@ FrameWriter::FrameWriter(
     makeConverter(colours);
     const bool isScaled = wanted != decoded;
     if (isScaled) {
-        const int block = SampleReducer::chooseBlock(decoded, wanted, layout);
+        const int block = SampleReducer::chooseBlock(decoded, wanted, layout, request.reduction);
         if (block > 1) _reducer.emplace(decoded, layout.channels(), block);
         const QSize rows = _reducer ? _reducer->size() : decoded;
-        if (_isDeep)
-            _deepScaler.emplace(rows, _image);
-        else
-            _scaler.emplace(rows, _image);
+        _scaler = makeScaler(rows, _image, request.reduction);
     }
     const auto width = static_cast<std::size_t>(decoded.width());
     if (isScaled && !copiesRows()) _convertedRow.resize(width * bytesPerPixel(_isDeep) / 8 + 1);
@@ -93,7 +90,7 @@ void FrameWriter::rowDone() {
     if (_reducer) {
         const auto* samples = reinterpret_cast<const std::uint16_t*>(_row);
         if (_reducer->addRow(samples)) scaleRow(_reducer->row(), _reducer->size().width());
-    } else if (_scaler || _deepScaler) {
+    } else if (_scaler) {
         scaleRow(_row, _decoded.width());
     } else if (!_rowBuffer.empty()) {
         convertRow(_row, _image.scanLine(_rowsDone), _decoded.width());
@@ -114,15 +111,8 @@ void FrameWriter::scaleRow(const void* row, int width) {
         convertRow(row, _convertedRow.data(), width);
         row = _convertedRow.data();
     }
-    addToScaler(row);
+    _scaler->addRow(row);
     ++_scaledRows;
-}
-
-void FrameWriter::addToScaler(const void* row) {
-    if (_isDeep)
-        _deepScaler->addRow(row);
-    else
-        _scaler->addRow(row);
 }
 
 void FrameWriter::fillMissingRows() {
@@ -136,12 +126,12 @@ void FrameWriter::fillMissingRows() {
         else
             std::fill_n(static_cast<QRgb*>(row), width, shallow);
     };
-    if (_scaler || _deepScaler) {
+    if (_scaler) {
         const QSize size = _reducer ? _reducer->size() : _decoded;
         std::vector<std::uint64_t> row(static_cast<std::size_t>(size.width()));
         fill(row.data(), size.width());
         for (; _scaledRows < size.height() && !isStopped(); ++_scaledRows)
-            addToScaler(row.data());
+            _scaler->addRow(row.data());
     } else {
         for (int y = _rowsDone; y < _decoded.height() && !isStopped(); ++y)
             fill(_image.scanLine(y), _decoded.width());

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "codec/pixels/AreaScaler.h"
 #include "codec/pixels/Colour.h"
 #include "codec/pixels/Decoder.h"
 #include "codec/pixels/DeepConverter.h"
+#include "codec/pixels/RowScaler.h"
 #include "codec/pixels/SampleReducer.h"
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -42,7 +43,6 @@ private:
     void convertRow(const void* row, void* destination, int width);
     /// Converts a row and hands it to the scaler.
     void scaleRow(const void* row, int width);
-    void addToScaler(const void* row);
     void fillMissingRows();
     [[nodiscard]] bool isOpaque() const;
 
@@ -55,8 +55,7 @@ private:
     std::optional<DeepConverter> _deepConverter; // in its place for 16 bits
     QImage _image;
     std::optional<SampleReducer> _reducer; // before the scaler
-    std::optional<AreaScaler> _scaler;
-    std::optional<DeepAreaScaler> _deepScaler; // in its place for 16 bits
+    std::unique_ptr<RowScaler> _scaler;
     int _scaledRows = 0;
     std::vector<std::uint64_t> _rowBuffer; // 64 bits wide for the sake of alignment
     std::vector<std::uint64_t> _convertedRow;

@@ -11,14 +11,15 @@ constexpr int largestBlock = 256;
 
 } // namespace
 
-int SampleReducer::chooseBlock(QSize decoded, QSize wanted, const PixelLayout& layout) {
+int SampleReducer::chooseBlock(
+    QSize decoded, QSize wanted, const PixelLayout& layout, Reduction reduction) {
     if (layout.sample != SampleType::U16 || layout.isQRgb || layout.alpha == AlphaType::Straight ||
         wanted.isEmpty()) {
         return 1;
     }
     const int ratio =
         std::min(decoded.width() / wanted.width(), decoded.height() / wanted.height());
-    return std::clamp(ratio / 2, 1, largestBlock);
+    return std::clamp(ratio / (reduction == Reduction::Filtered ? 4 : 2), 1, largestBlock);
 }
 
 SampleReducer::SampleReducer(QSize decoded, int channels, int block)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codec/pixels/Colour.h"
+#include "codec/pixels/ReducedImage.h"
 
 #include <QSize>
 
@@ -14,9 +15,10 @@ namespace codec {
 class SampleReducer {
 public:
     /// The side of the blocks for a result of the wanted size: leaves at least twice its pixels in
-    /// each direction; 1 where there is nothing to gain, or averaging would be wrong (straight
-    /// alpha).
-    [[nodiscard]] static int chooseBlock(QSize decoded, QSize wanted, const PixelLayout& layout);
+    /// each direction, four times for a filter; 1 where there is nothing to gain, or averaging
+    /// would be wrong (straight alpha).
+    [[nodiscard]] static int
+    chooseBlock(QSize decoded, QSize wanted, const PixelLayout& layout, Reduction reduction);
 
     SampleReducer(QSize decoded, int channels, int block);
 

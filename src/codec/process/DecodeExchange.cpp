@@ -51,6 +51,7 @@ DecodeExchange::DecodeExchange(
     _request.byteLimit = wanted.limits.bytes;
     _request.threads = static_cast<std::uint32_t>(wanted.threads);
     _request.isAsInSource = wanted.depth == Depth::Source ? 1 : 0;
+    _request.isFiltered = wanted.reduction == Reduction::Filtered ? 1 : 0;
     if (picture >= 0) _descriptors.push_back(picture);
     // An opened sequence has said the rest, and gets its memory with each frame.
     if (kind != Kind::OpenSequence) addLargeResult();

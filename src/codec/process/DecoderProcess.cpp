@@ -134,6 +134,7 @@ private:
         wanted.maxSize = request.maxSize;
         wanted.onlyEmbedded = request.onlyEmbedded != 0;
         wanted.depth = request.isAsInSource ? Depth::Source : Depth::Screen;
+        wanted.reduction = request.isFiltered ? Reduction::Filtered : Reduction::Mean;
         wanted.threads = static_cast<int>(std::clamp(request.threads, 1U, 64U));
         wanted.limits = {request.pixelLimit, request.byteLimit};
         if (!request.hasProfile) return wanted;

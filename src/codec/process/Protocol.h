@@ -55,6 +55,7 @@ struct Request {
     std::uint32_t pictures = 1;
     std::uint32_t threads = 1;
     std::uint32_t isAsInSource = 0; ///< as `Depth::Source`
+    std::uint32_t isFiltered = 0;   ///< as `Reduction::Filtered`
     /// Type identifier by the file's name, in ASCII, ended by a zero.
     std::array<char, 72> typeHint{};
 };

@@ -28,6 +28,7 @@ bool LoadRequests::mayPlay(const QString& type) {
 codec::DecodeRequest LoadRequests::make(double longerSide, const QColorSpace& colorSpace) {
     codec::DecodeRequest request;
     if (longerSide > 0) request.maxSize = std::max(1, static_cast<int>(longerSide));
+    request.reduction = codec::Reduction::Filtered;
     request.targetProfile = profileOf(colorSpace);
     return request;
 }

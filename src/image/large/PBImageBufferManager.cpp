@@ -24,11 +24,11 @@ qint64 PBImageBufferManager::usualByteLimit() {
 
 PBImageBufferManager::PBImageBufferManager(Environment environment)
     : _environment(std::move(environment)) {
-    _environment.loadImageManager.setColoursObserver([this] { coloursDidChange(); });
+    _environment.loadImageManager.addColoursObserver(this, [this] { coloursDidChange(); });
 }
 
 PBImageBufferManager::~PBImageBufferManager() {
-    _environment.loadImageManager.setColoursObserver({});
+    _environment.loadImageManager.removeColoursObserver(this);
 }
 
 void PBImageBufferManager::pushImageFileItem(

@@ -33,7 +33,18 @@ void PBLoadImageManager::setScreen(const LargeImageScreen& screen) {
     _screen = screen;
     if (!hasOtherColours) return;
     cancelAllOperationExceptContextObjs({}, _focusIndex);
-    if (_coloursObserver) _coloursObserver();
+    for (const auto& [owner, observer] : _coloursObservers)
+        observer();
+}
+
+void PBLoadImageManager::addColoursObserver(const void* owner, std::function<void()> observer) {
+    platform::assertMainThread();
+    _coloursObservers.emplace_back(owner, std::move(observer));
+}
+
+void PBLoadImageManager::removeColoursObserver(const void* owner) {
+    platform::assertMainThread();
+    std::erase_if(_coloursObservers, [owner](const auto& added) { return added.first == owner; });
 }
 
 void PBLoadImageManager::addLoadImageOperation(Operation operation, bool atEnd) {

@@ -32,13 +32,13 @@ public:
 
     /// The screen of the window that shows large pictures.
     [[nodiscard]] const LargeImageScreen& screen() const { return _screen; }
-    /// With other colours than before, all loads end; the caller has the displays painted, which
-    /// ask anew.
+    /// With other colours than before all loads end, and the observers are told.
     void setScreen(const LargeImageScreen& screen);
-    /// Called when the screen's colours are others than before; one at a time, empty for none.
-    void setColoursObserver(std::function<void()> observer) {
-        _coloursObserver = std::move(observer);
-    }
+    /// Called when the screen's colours are others than before, in the order in which they were
+    /// added: who holds versions lets them expire, and who shows some asks anew. Until it is
+    /// removed; one for each owner.
+    void addColoursObserver(const void* owner, std::function<void()> observer);
+    void removeColoursObserver(const void* owner);
 
     /// What goes to the head the user waits for, unless the job says otherwise: a running load that
     /// nobody waits for is stopped for it, and begins anew behind it.
@@ -93,7 +93,7 @@ private:
     void noteTime(const PBLoadImageOperation& operation);
 
     LargeImageScreen _screen;
-    std::function<void()> _coloursObserver;
+    std::vector<std::pair<const void*, std::function<void()>>> _coloursObservers;
     LoadPace _pace;
     std::optional<std::int64_t> _focusIndex;
     std::deque<Operation> _waitingArray;

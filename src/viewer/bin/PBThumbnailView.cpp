@@ -153,6 +153,7 @@ void PBThumbnailView::preloadThumbnail() {
 
 void PBThumbnailView::buildThumbDidFinish(qint64 fileId) {
     platform::assertMainThread();
+    if (_host.isSlideShowMode()) return;
     for (const auto& item : visibleImageFileItems())
         if (item->fileId() == fileId) update();
 }
@@ -179,7 +180,7 @@ void PBThumbnailView::resizeEvent(QResizeEvent* event) {
 void PBThumbnailView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.fillRect(event->rect(), PBThemes::colors().bar);
-    if (_bin.count() == 0) return;
+    if (_bin.count() == 0 || _host.isSlideShowMode()) return;
     _thumbnails.beginPaint(paintBudget);
     _isCrude = false;
     const double ratio = painter.deviceTransform().m11();

@@ -32,6 +32,8 @@ public:
     /// A key that came to the strip, which means the same on the picture.
     virtual void keyDown(QKeyEvent& event) = 0;
     virtual void popUpContextMenu(const QPoint& globalPosition) = 0;
+    /// A slideshow covers the window: the strip need not be painted.
+    [[nodiscard]] virtual bool isSlideShowMode() const = 0;
     /// Empty where it is not known.
     [[nodiscard]] virtual QString filePath(const PBImageFileItem& item) const = 0;
 };

@@ -1,10 +1,12 @@
 #include "viewer/feed/DisplayPicture.h"
 
 #include "codec/Bitmaps.h"
-#include "viewer/feed/AxisMap.h"
+#include "codec/pixels/Resampler.h"
 
 #include <cmath>
 #include <vector>
+
+using codec::AxisMap;
 
 namespace {
 
@@ -114,7 +116,7 @@ DisplayPicture resampledPicture(const DisplayState& state, const std::function<b
         image.width() >= state.imageSize.width() && image.height() >= state.imageSize.height();
     const AxisMap columns = mapOf(place->columns, along.x(), along.width(), image.width(), isFull);
     const AxisMap rows = mapOf(place->rows, along.y(), along.height(), image.height(), isFull);
-    made.image = resampled(image, columns, rows, isStopped);
+    made.image = codec::resampled(image, columns, rows, isStopped);
     if (place->isOnItsSide) made.image = transposed(made.image);
     if (!made.image.isNull()) made.rect = *rect;
     return made;

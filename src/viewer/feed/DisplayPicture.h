@@ -41,8 +41,8 @@ struct DisplayPicture {
 /// What resampling takes: the device pixels that are made and the picture's own that are read.
 [[nodiscard]] double pixelsTouched(const DisplayState& state);
 
-/// Resamples for the device's pixels: the mean of what each covers where the picture is reduced,
-/// smoothly up to twice its size, the nearest pixel above. Never larger than the visible part.
+/// Resamples for the device's pixels: filtered where the picture is reduced, smoothly up to twice
+/// its size, the nearest pixel above. Never larger than the visible part.
 /// Null where `visibleRect` has nothing, when stopped, and when memory is refused. Any thread;
 /// `isStopped` is asked for each row.
 [[nodiscard]] DisplayPicture

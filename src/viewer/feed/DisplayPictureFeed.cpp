@@ -8,7 +8,7 @@
 namespace {
 
 /// Pixels that are made or read within the call: a few milliseconds on a slow core.
-constexpr double fewPixels = 800'000;
+constexpr double fewPixels = 500'000;
 
 } // namespace
 

@@ -4,6 +4,23 @@
 #include "image/large/ImageVersions.h"
 #include "image/large/PBLoadImageManager.h"
 
+LoadedSlideshowPictures::LoadedSlideshowPictures(
+    LargeImageRequests& requests, PBLoadImageManager& manager)
+    : _requests(requests), _manager(manager) {
+    // Those that are ready have the colours of another screen.
+    _manager.addColoursObserver(
+        this, [this] { _requests.tryPreloadImages(_preloaded, _current, *this); });
+}
+
+LoadedSlideshowPictures::~LoadedSlideshowPictures() {
+    _manager.removeColoursObserver(this);
+}
+
+void LoadedSlideshowPictures::forget() {
+    _ahead.clear();
+    _preloaded.clear();
+}
+
 SlideshowPicture LoadedSlideshowPictures::pictureOf(const IndexedImage& image) {
     const double scale = _manager.screen().fitInScaleForImageSize(image.item->imageSize());
     const auto found = [&] { return appropriateImageForScale(*image.item, scale); };
@@ -20,6 +37,8 @@ void LoadedSlideshowPictures::preload(std::span<const IndexedImage> images, std:
     _ahead.clear();
     for (const IndexedImage& image : images)
         _ahead.push_back(image.item);
+    _preloaded.assign(images.begin(), images.end());
+    _current = current;
     _requests.tryPreloadImages(images, current, *this);
 }
 

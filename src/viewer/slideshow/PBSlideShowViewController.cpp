@@ -70,6 +70,7 @@ void PBSlideShowViewController::stop() {
     _fileIndex = -1;
     _isWaiting = false;
     _fileItemArray = {};
+    _parts.pictures.forget();
     stopSlideshowTimer();
     stopShowHideControllTimer();
     _parts.stage.clearTransition();

@@ -33,6 +33,8 @@ public:
     /// Loads what is missing of these, the last one first. Of those that wait already only the one
     /// of the index `current` moves to the head.
     virtual void preload(std::span<const IndexedImage> images, std::int64_t current) = 0;
+    /// The show is over: nothing is asked for anew.
+    virtual void forget() {}
     /// Is called when the load of a photograph has ended, well or not.
     virtual void setListener(Listener listener) = 0;
 };

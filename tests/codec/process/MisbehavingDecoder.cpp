@@ -139,8 +139,9 @@ private:
     /// What the request says, told by the size.
     static codec::Frame wishes(const codec::DecodeRequest& request) {
         const bool isDeep = request.depth == codec::Depth::Source;
+        const bool isFiltered = request.reduction == codec::Reduction::Filtered;
         QImage image = request.allocate(
-            {request.threads, isDeep ? 2 : 1},
+            {request.threads + (isFiltered ? 100 : 0), isDeep ? 2 : 1},
             isDeep ? QImage::Format_RGBX64 : QImage::Format_RGB32);
         image.fill(QColor::fromRgba64(0x1234, 0x5678, 0x9ABC));
         return {image, true, isDeep ? QByteArray("its own") : request.targetProfile};

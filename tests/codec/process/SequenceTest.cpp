@@ -78,14 +78,15 @@ TEST_F(SequenceTest, ARequestSaysDepthAndCoresAndTheReplyWhatItIs) {
     codec::DecodeRequest request;
     const auto file = orders("wishes");
     request.targetProfile = "a profile";
-    // Width: threads; height: bytes a sample.
+    // Width: threads, and 100 for a filter; height: bytes a sample.
     codec::Frame frame = pool.decode(file.get(), {}, request, {}).frame;
     EXPECT_EQ(frame.image.size(), QSize(1, 1));
     EXPECT_EQ(frame.profile, "a profile");
     request.urgency = codec::Urgency::Focus;
     request.depth = codec::Depth::Source;
+    request.reduction = codec::Reduction::Filtered;
     frame = pool.decode(file.get(), {}, request, {}).frame;
-    EXPECT_EQ(frame.image.size(), QSize(codec::threadsFor(codec::Urgency::Focus), 2));
+    EXPECT_EQ(frame.image.size(), QSize(codec::threadsFor(codec::Urgency::Focus) + 100, 2));
     EXPECT_EQ(frame.image.format(), QImage::Format_RGBX64);
     EXPECT_EQ(frame.image.pixelColor(0, 1).rgba64(), qRgba64(0x1234, 0x5678, 0x9ABC, 0xFFFF));
     EXPECT_EQ(frame.profile, "its own");

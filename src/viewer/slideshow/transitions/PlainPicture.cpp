@@ -1,6 +1,6 @@
 #include "viewer/slideshow/transitions/PlainPicture.h"
 
-#include "codec/pixels/AreaScaler.h"
+#include "codec/pixels/ReducedImage.h"
 #include "viewer/geometry/ImageTransform.h"
 
 #include <QPainter>
@@ -17,7 +17,7 @@ QImage reduced(const QImage& picture, double scale) {
     const QImage plain = picture.convertToFormat(
         picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
     if (size == picture.size()) return plain;
-    return codec::reduceImage(plain, size.boundedTo(plain.size()));
+    return codec::reduceImage(plain, size.boundedTo(plain.size()), codec::Reduction::Filtered);
 }
 
 } // namespace

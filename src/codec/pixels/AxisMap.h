@@ -1,11 +1,10 @@
 #pragma once
 
-#include <QImage>
-
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <vector>
+
+namespace codec {
 
 /// Which pixels of a picture make each of a row of device pixels, along one axis, and with what
 /// weights. A value; any thread.
@@ -14,10 +13,13 @@ public:
     enum class Mode {
         Nearest, ///< the pixel under the middle
         Linear,  ///< between the two nearest
-        Mean,    ///< all that the device pixel covers, by how much of each
+        /// For fewer device pixels than pixels: a windowed sinc that leaves next to nothing of what
+        /// is too fine for them, where the mean of what each covers would let fine stripes beat
+        /// with the device's pixels.
+        Filtered,
     };
-    /// What suits so many device pixels for each of `length` pixels: the mean where there are fewer
-    /// of them, nearest where they are the same to within half a pixel over the whole length.
+    /// What suits so many device pixels for each of `length` pixels: nearest where they are the
+    /// same to within half a pixel over the whole length.
     [[nodiscard]] static Mode modeFor(double devicePixels, int length);
 
     /// A coordinate of the device is `factor` times one of the picture, plus `offset`.
@@ -29,17 +31,18 @@ public:
     /// what lies beyond its ends is its last pixel.
     AxisMap(const Place& place, int first, int count, int length, Mode mode);
 
-    /// The weights of one device pixel sum up to this.
-    static constexpr std::uint32_t one = 1U << 14;
+    /// What makes one device pixel; the weights sum up to 1, and some may be below 0.
     struct Sum {
         int first = 0; ///< the first pixel
-        std::span<const std::uint16_t> weights;
+        std::span<const float> weights;
     };
     [[nodiscard]] int count() const { return static_cast<int>(_begins.size()); }
     [[nodiscard]] Sum sum(int index) const;
     /// The pixels that are needed at all, first and behind the last.
     [[nodiscard]] int firstPixel() const { return _firstPixel; }
     [[nodiscard]] int endPixel() const { return _endPixel; }
+    /// Of one device pixel.
+    [[nodiscard]] int mostWeights() const { return _mostWeights; }
 
 private:
     struct Begin {
@@ -47,16 +50,15 @@ private:
         std::uint32_t weight = 0;
         std::uint32_t weightCount = 0;
     };
-    void add(double from, double to, int length);
+    void addCovered(double from, double to, int length);
+    void addFiltered(double middle, double devicePixels, int length);
+    void begin(int first, int last);
 
     std::vector<Begin> _begins;
-    std::vector<std::uint16_t> _weights;
+    std::vector<float> _weights;
     int _firstPixel = 0;
     int _endPixel = 0;
+    int _mostWeights = 0;
 };
 
-/// The picture (32 bits a pixel, premultiplied or opaque) through both maps, in its own format.
-/// Null when memory is refused or it was stopped, which is asked for each row.
-[[nodiscard]] QImage resampled(
-    const QImage& image, const AxisMap& columns, const AxisMap& rows,
-    const std::function<bool()>& isStopped);
+} // namespace codec
