@@ -2,9 +2,9 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/marks/IdsText.h"
+#include "catalogue/marks/TagsText.h"
 #include "core/Angles.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -22,18 +22,6 @@ QString rootsText(const RootPaths& roots) {
     for (auto root = roots.begin(); root != roots.end(); ++root)
         object.insert(QString::number(root.key()), root.value());
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
-}
-
-QString tagsText(const QStringList& tags) {
-    return QString::fromUtf8(
-        QJsonDocument(QJsonArray::fromStringList(tags)).toJson(QJsonDocument::Compact));
-}
-
-QStringList tagsOf(const QString& text) {
-    QStringList tags;
-    for (const QJsonValue& tag : QJsonDocument::fromJson(text.toUtf8()).array())
-        tags.append(tag.toString());
-    return tags;
 }
 
 PBValue orNull(std::optional<int> value) {

@@ -1,30 +1,13 @@
 #include "catalogue/marks/TagRows.h"
 
 #include "FMDB/FMDatabase.h"
+#include "catalogue/marks/TagsText.h"
 
 #include <QHash>
-#include <QJsonArray>
-#include <QJsonDocument>
 
 #include <algorithm>
 
 namespace marks {
-
-namespace {
-
-QStringList tagsOf(const QString& text) {
-    QStringList tags;
-    for (const QJsonValue& tag : QJsonDocument::fromJson(text.toUtf8()).array())
-        tags.append(tag.toString());
-    return tags;
-}
-
-QString tagsText(const QStringList& tags) {
-    return QString::fromUtf8(
-        QJsonDocument(QJsonArray::fromStringList(tags)).toJson(QJsonDocument::Compact));
-}
-
-} // namespace
 
 std::optional<TagRows::Row> TagRows::find(const QString& tag) {
     FMResultSet row = _db.executeQuery(

@@ -85,6 +85,7 @@ void PBTagTokenField::resetTags(const MergedTags& tags) {
     _isGathering = false;
     _editor->setEnabled(true);
     _base = shown;
+    _opened.reset();
     if (!_editor->text().isEmpty()) _editor->clear();
     hideCompletions();
     if (_tokens == shown) return layOut();
@@ -227,19 +228,28 @@ int PBTagTokenField::tokenAt(const QPoint& point) const {
 // Edits
 
 void PBTagTokenField::closeToken() {
-    const QString text = TagTokens::unquoted(_editor->text());
-    _editor->clear();
-    hideCompletions();
-    _tokens.add(text);
+    takeTyped();
     tokensDidChange();
 }
 
+void PBTagTokenField::takeTyped() {
+    const QString typed = _editor->text();
+    _editor->clear();
+    hideCompletions();
+    const auto opened = std::exchange(_opened, std::nullopt);
+    if (opened && typed == TagTokens::written(opened->text)) {
+        _tokens.putBack(*opened); // nobody meant to change it
+    } else {
+        _tokens.add(TagTokens::unquoted(typed));
+    }
+}
+
 void PBTagTokenField::openToken(std::size_t index) {
-    const QString before = TagTokens::unquoted(_editor->text());
-    const QString opened = _tokens.tokens()[index].text;
+    const TagToken opened = _tokens.tokens()[index];
     _tokens.removeAt(index);
-    _tokens.add(before);
-    _editor->setText(TagTokens::written(opened));
+    takeTyped();
+    _opened = opened;
+    _editor->setText(TagTokens::written(opened.text));
     _editor->setFocus();
     tokensDidChange();
 }
@@ -250,8 +260,8 @@ void PBTagTokenField::removeToken(std::size_t index) {
     tokensDidChange();
 }
 
-void PBTagTokenField::giveToAll(std::size_t index) {
-    _tokens.add(_tokens.tokens()[index].text);
+void PBTagTokenField::giveToAll(const QString& tag) {
+    _tokens.add(tag);
     tokensDidChange();
     commit();
 }
@@ -267,6 +277,7 @@ void PBTagTokenField::commit() {
 
 void PBTagTokenField::revert() {
     _editor->clear();
+    _opened.reset();
     hideCompletions();
     if (_tokens == _base) return;
     _tokens = _base;
@@ -435,14 +446,19 @@ void PBTagTokenField::mouseDoubleClickEvent(QMouseEvent* event) {
 void PBTagTokenField::contextMenuEvent(QContextMenuEvent* event) {
     const int token = tokenAt(event->pos());
     if (_isGathering || token < 0) return event->ignore();
-    const auto index = static_cast<std::size_t>(token);
     select(token);
+    // Other tags may be shown by the time that something is chosen.
+    const TagToken about = _tokens.tokens()[static_cast<std::size_t>(token)];
     QMenu menu(this);
-    QAction* give =
-        menu.addAction(localizedString(u"TagGiveToAll"), this, [this, index] { giveToAll(index); });
-    give->setVisible(!_tokens.tokens()[index].isOfAll);
+    QAction* give = menu.addAction(
+        localizedString(u"TagGiveToAll"), this, [this, about] { giveToAll(about.text); });
+    give->setVisible(!about.isOfAll);
     menu.addAction(localizedString(u"TagCopy"), this, [this] { copySelected(); });
-    menu.addAction(localizedString(u"TagRemove"), this, [this, index] { removeToken(index); });
+    menu.addAction(localizedString(u"TagRemove"), this, [this, about] {
+        const auto& tokens = _tokens.tokens();
+        const auto found = std::ranges::find(tokens, about.text, &TagToken::text);
+        removeToken(static_cast<std::size_t>(std::distance(tokens.begin(), found)));
+    });
     menu.exec(event->globalPos());
 }
 

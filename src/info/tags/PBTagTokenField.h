@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 class QCompleter;
@@ -85,7 +86,9 @@ private:
     void closeToken();
     void openToken(std::size_t index);
     void removeToken(std::size_t index);
-    void giveToAll(std::size_t index);
+    void giveToAll(const QString& tag);
+    /// What is in the editor becomes a token.
+    void takeTyped();
     /// -1 for none, the number of tokens for all of them.
     void select(int index);
     void copySelected() const;
@@ -104,6 +107,7 @@ private:
     TagTokens _tokens;
     TagTokens _base; ///< as the catalogue has them
     Layout _layout;
+    std::optional<TagToken> _opened; ///< what the editor had at first
     int _selected = -1;
     bool _isGathering = false;
     TagEditor* _editor;

@@ -45,6 +45,10 @@ void TagTokens::add(const QString& tag) {
     }
 }
 
+void TagTokens::putBack(const TagToken& token) {
+    if (!hasExactly(_tokens, token.text)) _tokens.push_back(token);
+}
+
 void TagTokens::removeAt(std::size_t index) {
     if (index < _tokens.size()) _tokens.erase(_tokens.begin() + static_cast<std::ptrdiff_t>(index));
 }

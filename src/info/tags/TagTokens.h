@@ -31,6 +31,8 @@ public:
     /// Adds a tag for all photographs, at the end. One that is there already stays where it is, and
     /// all have it from now on; nothing is added for an empty text.
     void add(const QString& tag);
+    /// Puts one that was taken out at the end, as it was, unless it is there.
+    void putBack(const TagToken& token);
     void removeAt(std::size_t index);
     void clear() { _tokens.clear(); }
 
