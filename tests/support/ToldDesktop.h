@@ -2,6 +2,7 @@
 
 #include "support/Support.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
