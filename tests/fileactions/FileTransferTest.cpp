@@ -286,4 +286,34 @@ TEST_F(FileTransferTest, whatWasDoneCanBeTakenBackAndRepeated) {
     EXPECT_TRUE(prompts.log.isEmpty());
 }
 
+TEST_F(FileTransferTest, whatIsNewIsMadeInItsTurnUnderAFreeNameAndCountedOnlyIfItIsSaid) {
+    put("a/p.png", "former");
+    TransferPlan plan;
+    for (const char* source : {"x", "y", "z", "bad"}) {
+        plan.addFile(
+            {.source = source,
+             .folder = path("a"),
+             .name = "p.png",
+             .content = QByteArray(),
+             .make =
+                 [source](const std::stop_token&, QByteArray& content) {
+                     content = source;
+                     const bool isBad = content == "bad";
+                     return std::make_error_code(isBad ? std::errc::bad_message : std::errc());
+                 },
+             .isCounted = *source != 'x'});
+    }
+    QStringList told;
+    prompts.onProgress = [&](const fileactions::FileProgress& progress) {
+        told += QString::fromUtf8(progress.path) + QString::number(progress.number);
+    };
+    EXPECT_EQ(run(plan).files.size(), 3U);
+    told.removeDuplicates();
+    EXPECT_EQ(told.join(u' '), u"x1 y1 z2 bad3");
+    EXPECT_EQ(
+        read("a/p.png") + read("a/p copy.png") + read("a/p copy 1.png") + read("a/p copy 2.png"),
+        "formerxyz");
+    EXPECT_EQ(prompts.log.join(u','), u"failed bad"_s);
+}
+
 } // namespace

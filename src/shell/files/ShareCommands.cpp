@@ -270,6 +270,7 @@ void ShareCommands::setDesktop() {
         _environment.setDesktopImage(
             path, [this, folder, alive = std::weak_ptr(_alive)](Result result) {
                 if (alive.expired()) return;
+                _wallpapersInMaking.removeAll(folder);
                 // Until now the desktop may have shown the copy before.
                 if (result == Result::Done) {
                     removeOtherCopies(folder);
@@ -292,6 +293,7 @@ void ShareCommands::setDesktop() {
         tellWallpaper(Result::Failed);
         return;
     }
+    _wallpapersInMaking.append(QFile::decodeName(folder));
     convert(chosen, folder, [set, folder](const QStringList& paths) {
         set(paths.constFirst(), QFile::decodeName(folder));
     });
@@ -301,14 +303,15 @@ void ShareCommands::removeCopies(const QByteArray& folder) {
     _cleaning.addOperation([folder] { copies::removeFolder(folder); });
 }
 
+/// Looked for at once: what is made from now on stays.
 void ShareCommands::removeOtherCopies(const QString& folder) {
-    _cleaning.addOperation([folder, all = _environment.dataFolder + wallpapers] {
-        const auto others =
-            QDir(all).entryInfoList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot);
-        for (const QFileInfo& other : others)
-            if (other.filePath() != folder)
-                copies::removeFolder(QFile::encodeName(other.filePath()));
-    });
+    const auto others = QDir(_environment.dataFolder + wallpapers)
+                            .entryInfoList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot);
+    for (const QFileInfo& other : others) {
+        const QString path = other.filePath();
+        if (path != folder && !_wallpapersInMaking.contains(path))
+            removeCopies(QFile::encodeName(path));
+    }
 }
 
 void ShareCommands::tellWallpaper(Result result) {

@@ -93,6 +93,7 @@ private:
 
     const Environment _environment;
     int _requests = 0;
+    QStringList _wallpapersInMaking; ///< folders
     QTimer _hourly;
     /// Expires with this object; looked at on the main thread only.
     const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
