@@ -3,9 +3,11 @@
 #include "app/CatalogueWait.h"
 #include "app/CommandLine.h"
 #include "app/DamagedCatalogue.h"
+#include "app/EarlyStart.h"
 #include "app/IdleWatch.h"
 #include "app/MarksCommand.h"
 #include "app/OpenedPaths.h"
+#include "app/PhotographTime.h"
 #include "app/ProgramState.h"
 #include "app/ResponseTime.h"
 #include "app/ScanStatistics.h"
@@ -20,6 +22,7 @@
 #include "platform/tasks/ExitDeadline.h"
 #include "platform/tasks/MainLoop.h"
 #include "shell/PBMainWindowController.h"
+#include "shell/large/LargeView.h"
 #include "ui/ColorScheme.h"
 
 #include <QApplication>
@@ -128,6 +131,8 @@ int runApplication(
             [](PBThemes::Scheme scheme) { PBThemes::apply(scheme); });
     }
 
+    EarlyStart early = EarlyStart::begin(paths);
+
     // Nobody is there to answer a run that ends by itself.
     const QString folder = platform::StandardFolders::dataFolder();
     const QString catalogue = folder + QStringLiteral("/files.db");
@@ -137,7 +142,7 @@ int runApplication(
     if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
         return failure;
 
-    ApplicationController controller;
+    ApplicationController controller(std::move(early));
     controller.setRestart([wantsRestart] {
         *wantsRestart = true;
         QCoreApplication::quit();
@@ -148,6 +153,12 @@ int runApplication(
     if (!paths.isEmpty()) controller.setIgnoreSelectLastFolder();
     controller.applicationDidFinishLaunching();
     ResponseTime responseTime;
+    std::optional<PhotographTime> photographTime;
+    if (!options.stats.isEmpty()) {
+        photographTime.emplace(
+            controller.mainWindowController().largeView().controller().imageView(),
+            [&] { statistics.markOnce(QStringLiteral("first_photograph_ms")); });
+    }
     // The events of showing come first in line; when they are done, the window is painted.
     QTimer::singleShot(0, &window, [&] {
         statistics.markOnce(QStringLiteral("first_window_ms"));
@@ -187,6 +198,7 @@ int runApplication(
     addScanStatistics(statistics, controller.scanPipeline());
     const platform::ExitDeadline deadline(
         farewell, [exitCode = loopCode != 0 ? loopCode : code] { ::_exit(exitCode); });
+    photographTime.reset();
     controller.applicationWillTerminate();
     if (!options.stats.isEmpty() && !statistics.write(options.stats)) {
         platform::complain(QStringLiteral("the figures can't be written to %1").arg(options.stats));
@@ -204,12 +216,7 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("velmora"));
 
-    const auto parsed = [&] {
-        // The help text asks for an application, but needs no display.
-        int none = 1;
-        const QCoreApplication early(none, argv);
-        return parseCommandLine(ownArguments(arguments));
-    }();
+    const auto parsed = parseCommandLine(ownArguments(arguments));
     if (const auto* exit = std::get_if<CommandLineExit>(&parsed)) return leave(*exit);
     const auto& options = std::get<CommandLineOptions>(parsed);
     provideRuntimeFolder();
@@ -227,22 +234,12 @@ int main(int argc, char** argv) {
         return failure;
     }
 
-    // Profiles that the toolkit can't read go to the colour engine as they are.
-    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.icc.warning=false"));
-    platform::raiseDescriptorLimit();
-    TerminationSignals::block();
-    const QApplication application(argc, argv);
-    QGuiApplication::setWindowIcon(applicationIcon());
-    const TerminationSignals signals;
-    QObject::connect(
-        &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
-    platform::MainLoop loop;
-
     QStringList faults;
     const QStringList paths = openablePaths(options.paths, [&faults](const QString& sentence) {
         platform::complain(sentence);
         faults += sentence;
     });
+    // Before there is an application object: what runs already has the time that this one saves.
     auto instance = std::make_unique<SingleInstance>();
     switch (instance->take(platform::StandardFolders::dataFolder(), {paths, options.add, faults})) {
     case SingleInstance::Outcome::HandedOver:
@@ -255,6 +252,19 @@ int main(int argc, char** argv) {
     case SingleInstance::Outcome::First:
         break;
     }
+
+    // Profiles that the toolkit can't read go to the colour engine as they are.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.icc.warning=false"));
+    platform::raiseDescriptorLimit();
+    TerminationSignals::block();
+    const QApplication application(argc, argv);
+    QGuiApplication::setWindowIcon(applicationIcon());
+    const TerminationSignals signals;
+    QObject::connect(
+        &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
+    platform::MainLoop loop;
+
+    instance->listen();
     bool wantsRestart = false;
     const int code = runApplication(options, paths, faults, *instance, &wantsRestart);
     instance.reset(); // the next one takes the catalogue
