@@ -2,8 +2,10 @@
 
 #include "FMDB/FMDatabase.h"
 #include "codec/process/DecoderPool.h"
+#include "core/OpenFilesRequest.h"
 #include "group/GroupPresets.h"
 #include "group/GroupTypes.h"
+#include "image/large/EarlyPhotograph.h"
 #include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
 #include "places/OfflineGeocoder.h"
@@ -39,9 +41,9 @@ constexpr std::chrono::milliseconds longestWaitForPlaces{500};
 
 } // namespace
 
-ApplicationController::ApplicationController()
-    : _userDefaults(platform::StandardFolders::settingsFile()), _browsing(_userDefaults),
-      _preferences(_userDefaults) {
+ApplicationController::ApplicationController(EarlyStart early)
+    : _early(std::move(early)), _userDefaults(platform::StandardFolders::settingsFile()),
+      _browsing(_userDefaults), _preferences(_userDefaults) {
     platform::assertMainThread();
 }
 
@@ -59,8 +61,7 @@ void ApplicationController::awakeFromNib() {
         .scanOperationQueue = *_scanOperationQueue,
         .watchLimitReached = [this](const QString& limit) { _health->watchLimitReached(limit); }});
     _folderRoots->loadAlias();
-    _decoderPool = std::make_shared<codec::DecoderPool>(codec::DecoderPool::Settings());
-    codec::setFrameReader(_decoderPool);
+    if (!_early.decoders) _early = EarlyStart::begin({});
     createGeoManager();
     createScans();
     _loadImageManager = std::make_unique<PBLoadImageManager>();
@@ -279,7 +280,9 @@ ScanBrowsing ApplicationController::scanBrowsing() const {
         .descendingSort = _browsing.descendingSort(),
         .filter = _browsing.filter(),
         .searchString = _browsing.searchString(),
-        .recurseSubFolder = _browsing.recurseSubFolder(),
+        // Of files, their own folders were asked for.
+        .recurseSubFolder =
+            _browsing.recurseSubFolder() && (!_openFiles || asksForWholeFolder(*_openFiles)),
         .thumbnailSize = thumbnailSize(),
         .openFiles = _openFiles,
     };
@@ -365,7 +368,7 @@ void ApplicationController::applicationDidFinishLaunching() {
     _isAppDidFinishLaunch = true;
     // Behind the window, which is painted first.
     platform::MainLoop::instance()->performAfterDelay(
-        this, "startDecoders", std::chrono::milliseconds(0), [this] { _decoderPool->start(); });
+        this, "startDecoders", std::chrono::milliseconds(0), [this] { _early.decoders->start(); });
     platform::MainLoop::instance()->performAfterDelay(
         this, "beginSession", std::chrono::milliseconds(0), [this] {
             const QString file =
@@ -435,6 +438,7 @@ void ApplicationController::applicationWillTerminate() {
     if (_loadImageManager) _loadImageManager->finish();
     if (_folderRoots) _folderRoots->stopWatching();
     if (_marks) _marks->finish();
+    if (_folderRoots) _folderRoots->removeOpenedRoots();
     if (_geoManager) _geoManager->finish();
     if (_health) _health->stopLooking();
     if (_connections) _connections->close();
@@ -452,9 +456,10 @@ void ApplicationController::applicationWillTerminate() {
     _marks.reset();
     _folderRoots.reset();
     _geoManager.reset();
+    EarlyPhotograph::shared().forget();
     // Strangers' files are read in processes of their own or not at all.
     codec::setFrameReader(codec::noReader());
-    _decoderPool.reset();
+    _early.decoders.reset();
     _connections.reset();
     _health.reset();
     _preloadThumbnailOperationQueue.reset();

@@ -2,6 +2,7 @@
 
 #include "app/CatalogueConnections.h"
 #include "app/CatalogueHealth.h"
+#include "app/EarlyStart.h"
 #include "app/FolderRootServices.h"
 #include "app/MarksServices.h"
 #include "app/ScanControl.h"
@@ -36,7 +37,9 @@ class DecoderPool;
 /// What it answers, its parts do. Main thread.
 class ApplicationController final : public PBAppDelegate {
 public:
-    ApplicationController();
+    ApplicationController() : ApplicationController(EarlyStart{}) {}
+    /// What has begun already; whatever is missing is made at the start.
+    explicit ApplicationController(EarlyStart early);
     ~ApplicationController() override;
 
     /// Start-up up to the loaded window; called once, before the loop runs.
@@ -46,8 +49,12 @@ public:
     /// Makes each a folder root, unless it is one, and selects it. What is no folder is told on
     /// standard error; false if there was such.
     bool addFolders(const QStringList& folders);
-    /// Opens files and folders from outside, by absolute paths: selects their folder, which becomes
-    /// a root if it lies in none, and the files in it.
+    /// The one entrance for files and folders from outside, by absolute paths that
+    /// `openablePaths` let through: for the command line, for what `SingleInstance` was handed by
+    /// later starts, and for whoever else of the desktop asks. Photographs are shown large, a
+    /// folder in the browser. Before the window is shown, `setIgnoreSelectLastFolder` goes first;
+    /// later, whoever calls brings the window to the front, and has `tellUnopened` say what of the
+    /// request was left out.
     void applicationOpenFiles(const QStringList& paths);
     /// Tells in the window what of such a request can't be opened: sentences without a full stop.
     void tellUnopened(const QStringList& faults);
@@ -116,6 +123,7 @@ private:
     [[nodiscard]] ScanBrowsing scanBrowsing() const;
     void noteScreen();
 
+    EarlyStart _early;
     platform::UserDefaults _userDefaults;
     BrowsingSettings _browsing;
     Preferences _preferences;
@@ -126,7 +134,6 @@ private:
     std::optional<CatalogueHealth> _health;
     std::optional<CatalogueConnections> _connections;
     std::optional<FolderRootServices> _folderRoots;
-    std::shared_ptr<codec::DecoderPool> _decoderPool;
     std::unique_ptr<PBLoadImageManager> _loadImageManager;
     std::unique_ptr<PBImageBufferManager> _imageBufferManager;
     std::unique_ptr<PBGeoManager> _geoManager;

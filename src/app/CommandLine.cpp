@@ -1,9 +1,12 @@
 #include "app/CommandLine.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QDir>
 #include <QRegularExpression>
 #include <QUrl>
+
+#include <array>
 
 namespace {
 
@@ -88,6 +91,16 @@ struct Options {
                        "as desktops start the program.")};
 };
 
+/// The toolkit asks an application for its name; it needs no display.
+QString helpText(const QCommandLineParser& parser, const QStringList& arguments) {
+    if (QCoreApplication::instance()) return parser.helpText();
+    QByteArray name = arguments.value(0).toLocal8Bit();
+    int count = 1;
+    std::array<char*, 2> values{name.data(), nullptr};
+    const QCoreApplication early(count, values.data());
+    return parser.helpText();
+}
+
 } // namespace
 
 QStringList restartArguments(const CommandLineOptions& options) {
@@ -113,7 +126,7 @@ std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QString
         QStringLiteral("[path…]"));
 
     if (!parser.parse(arguments)) return wrong(parser.errorText());
-    if (parser.isSet(known.help)) return CommandLineExit{parser.helpText()};
+    if (parser.isSet(known.help)) return CommandLineExit{helpText(parser, arguments)};
     if (parser.isSet(known.version)) {
         return CommandLineExit{QStringLiteral("Velmora %1").arg(QStringLiteral(VELMORA_VERSION))};
     }

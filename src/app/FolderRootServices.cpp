@@ -4,6 +4,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveAliasOperation.h"
 #include "core/Paths.h"
+#include "library/OpenedRoots.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 
@@ -19,6 +20,8 @@ namespace {
 
 /// For those who look at the catalogue where nobody waits.
 constexpr std::chrono::seconds longestWait(5);
+/// For the catalogue, when the user has closed the window.
+constexpr std::chrono::milliseconds longestFarewell(300);
 
 } // namespace
 
@@ -138,6 +141,7 @@ void FolderRootServices::removeRows(PBAliasArray roots, std::shared_ptr<PBAliasO
     for (const auto& root : roots)
         removed.aliasIds.push_back(root->aliasId());
     if (askedFor) removed.askedFor = askedFor->aliasId();
+    const bool isLeftOpened = !roots.empty() && !askedFor && OpenedRoots::isOpened(*roots.front());
     const auto ended = [this, alive = std::weak_ptr(_alive), roots = std::move(roots),
                         askedFor = std::move(askedFor)](bool isRemoved) {
         MainLoop* loop = MainLoop::instance();
@@ -147,10 +151,11 @@ void FolderRootServices::removeRows(PBAliasArray roots, std::shared_ptr<PBAliasO
         });
     };
     // On the scan queue: no scan that knows the roots comes behind it. Behind those that wait: what
-    // the user looks at next comes first.
+    // the user looks at next comes first. What an earlier run left opened goes before all scans:
+    // the same photographs may be opened again.
     const auto operation = std::make_shared<PBRemoveAliasOperation>(
         std::move(removed), _environment.scanFileDb, ended);
-    operation->setQueuePriority(platform::QueuePriority::VeryLow);
+    if (!isLeftOpened) operation->setQueuePriority(platform::QueuePriority::VeryLow);
     _environment.scanOperationQueue.addOperation(operation);
 }
 
@@ -194,12 +199,25 @@ void FolderRootServices::updateWatchPathsInBackground(std::function<void()> then
 void FolderRootServices::updateWatchPaths() {
     const QStringList wanted = _aliasManager.getMonitorPathArray();
     const QStringList awaited = _aliasManager.awaitedPaths();
+    const QStringList flat = OpenedRoots::paths(_aliasManager);
     if (!_watchesAnew.exchange(false) &&
         PBUtilities::isEqualPathArray(wanted, _scEvents.watchedPaths()) &&
-        PBUtilities::isEqualPathArray(awaited, _scEvents.awaitedPaths()))
+        PBUtilities::isEqualPathArray(awaited, _scEvents.awaitedPaths()) &&
+        PBUtilities::isEqualPathArray(flat, _scEvents.flatPaths()))
         return;
     _scEvents.stopWatchingPaths();
-    _scEvents.startWatchingPaths(wanted, awaited);
+    _scEvents.startWatchingPaths(wanted, awaited, flat);
+}
+
+void FolderRootServices::removeOpenedRoots() {
+    platform::assertMainThread();
+    PBRemoveAliasOperation::Roots roots;
+    for (const auto& root : OpenedRoots::of(_aliasManager))
+        roots.aliasIds.push_back(root->aliasId());
+    if (roots.aliasIds.empty()) return;
+    // Where the catalogue does not take it now, the next start does it.
+    static_cast<void>(
+        PBRemoveAliasOperation::remove(roots, _environment.scanFileDb, longestFarewell));
 }
 
 void FolderRootServices::stopWatching() {

@@ -52,6 +52,9 @@ public:
     void updateWatchPathsInBackground(std::function<void()> then = {});
     /// The stream over all mounted roots; its delegate is set by whoever takes the events.
     [[nodiscard]] SCEvents& scEvents() { return _scEvents; }
+    /// For quitting, when no scan runs any more: what was opened for this run only goes from the
+    /// catalogue.
+    void removeOpenedRoots();
     /// Ends the watching; nothing starts it again. Waits for the background.
     void stopWatching();
 

@@ -8,10 +8,12 @@
 #include <QCborMap>
 #include <QCborValue>
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QThread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -20,6 +22,7 @@
 namespace {
 
 constexpr int longestWait = 5000;                        // milliseconds
+constexpr int timeBetweenTries = 5;                      // milliseconds
 constexpr int longestWork = 600'000;                     // milliseconds
 constexpr qsizetype largestRequest = qsizetype(1) << 30; // bytes
 const QByteArray accepted("ok");
@@ -92,7 +95,7 @@ SingleInstance::Outcome SingleInstance::take(const QString& folder, const Reques
     if (!lock(folder)) {
         return handOver(socket, request) ? Outcome::HandedOver : Outcome::NoAnswer;
     }
-    listen(socket);
+    _socket = socket;
     return Outcome::First;
 }
 
@@ -106,8 +109,14 @@ bool SingleInstance::lock(const QString& folder) {
 
 bool SingleInstance::handOver(const QString& socketName, const Request& request) {
     QLocalSocket socket;
+    QDeadlineTimer deadline(longestWait);
     socket.connectToServer(socketName);
-    if (!socket.waitForConnected(longestWait)) return false;
+    while (!socket.waitForConnected(longestWait)) {
+        // The first has the lock and does not listen yet.
+        if (deadline.hasExpired()) return false;
+        QThread::msleep(timeBetweenTries);
+        socket.connectToServer(socketName);
+    }
     socket.write(encode(request));
     while (socket.bytesAvailable() < accepted.size()) {
         if (!socket.waitForReadyRead(longestWait)) return false;
@@ -161,13 +170,13 @@ void SingleInstance::answer(QLocalSocket& socket, const Request& request) {
     Q_EMIT requested(request);
 }
 
-void SingleInstance::listen(const QString& socket) {
+void SingleInstance::listen() {
     platform::assertMainThread();
     // Whoever left a socket behind is gone: this process has the lock.
-    QLocalServer::removeServer(socket);
+    QLocalServer::removeServer(_socket);
     _server = std::make_unique<QLocalServer>();
     _server->setSocketOptions(QLocalServer::UserAccessOption);
-    if (!_server->listen(socket)) {
+    if (!_server->listen(_socket)) {
         platform::complain(
             QStringLiteral("later starts can't reach this one (%1)").arg(_server->errorString()));
         return;

@@ -15,7 +15,8 @@ class QLocalSocket;
 
 /// Sees to it that one catalogue is opened by one process. The first to come holds a lock of the
 /// kernel's on a file in the catalogue's folder, which goes with the process however it ends, and
-/// listens on a socket for what later ones hand over. Main thread.
+/// listens on a socket for what later ones hand over. What they hand over comes in by `requested`,
+/// as what the desktop asks by other ways has to: there is one door. Main thread.
 class SingleInstance final : public QObject {
     Q_OBJECT
 
@@ -44,7 +45,10 @@ public:
 
     /// Takes the folder, or hands the request to whoever holds it; waits for its answer for five
     /// seconds at most. A folder in which no lock can be made counts as taken by this process.
+    /// Needs no application object: a later start is quick.
     [[nodiscard]] Outcome take(const QString& folder, const Request& request);
+    /// From now on the first hears of later ones, those that are waiting among them.
+    void listen();
 
     /// What answers those who ask for the state.
     void setStateSource(std::function<QByteArray()> stateSource) {
@@ -77,11 +81,11 @@ private:
     [[nodiscard]] static bool handOver(const QString& socket, const Request& request);
     [[nodiscard]] static std::optional<QByteArray>
     answerTo(const QString& folder, const Request& request, int wait);
-    void listen(const QString& socket);
     void accept();
     void answer(QLocalSocket& socket, const Request& request);
 
     int _lock = -1;
+    QString _socket; ///< of the folder that was taken
     std::unique_ptr<QLocalServer> _server;
     std::function<QByteArray()> _stateSource;
     std::function<QByteArray()> _exportMarks;

@@ -4,9 +4,11 @@
 #include "app/CommandLine.h"
 #include "app/DamagedCatalogue.h"
 #include "app/DesktopService.h"
+#include "app/EarlyStart.h"
 #include "app/IdleWatch.h"
 #include "app/MarksCommand.h"
 #include "app/OpenedPaths.h"
+#include "app/PhotographTime.h"
 #include "app/ProgramState.h"
 #include "app/ResponseTime.h"
 #include "app/ScanStatistics.h"
@@ -27,6 +29,7 @@
 #include "platform/tasks/ExitDeadline.h"
 #include "platform/tasks/MainLoop.h"
 #include "shell/PBMainWindowController.h"
+#include "shell/large/LargeView.h"
 #include "shell/large/SlideshowStart.h"
 
 #include <QApplication>
@@ -118,6 +121,28 @@ QIcon applicationIcon() {
     return icon;
 }
 
+/// What stands on threads, descriptors and signals, in the order in which they want each other.
+class Toolkit {
+public:
+    Toolkit(int& argc, char** argv) : _application((prepare(), argc), argv) {
+        QGuiApplication::setWindowIcon(applicationIcon());
+        QObject::connect(
+            &_signals, &TerminationSignals::received, &_application, &QCoreApplication::quit);
+    }
+
+private:
+    static void prepare() {
+        // Profiles that the toolkit can't read go to the colour engine as they are.
+        QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.icc.warning=false"));
+        platform::raiseDescriptorLimit();
+        TerminationSignals::block();
+    }
+
+    QApplication _application;
+    TerminationSignals _signals;
+    platform::MainLoop _loop;
+};
+
 /// Does what the first start asks, in a window that was just made, or a later one.
 bool perform(ApplicationController& controller, const SingleInstance::Request& request) {
     PBMainWindowController& window = controller.mainWindowController();
@@ -142,7 +167,7 @@ int runApplication(
     const CommandLineOptions& options, const SingleInstance::Request& first,
     SingleInstance& instance, std::unique_ptr<DesktopService> service, bool* wantsRestart) {
     Statistics statistics;
-    ApplicationController controller;
+    ApplicationController controller(EarlyStart::begin(first.paths));
     useTextLanguage(controller.preferences());
     const ThemeControl theme(controller.preferences(), options.dark);
 
@@ -173,6 +198,12 @@ int runApplication(
             [&](const SingleInstance::Request& request) { performLater(controller, request); });
     };
     if (service) listen();
+    std::optional<PhotographTime> photographTime;
+    if (!options.stats.isEmpty()) {
+        photographTime.emplace(
+            controller.mainWindowController().largeView().controller().imageView(),
+            [&] { statistics.markOnce(QStringLiteral("first_photograph_ms")); });
+    }
     // The events of showing come first in line; when they are done, the window is painted.
     QTimer::singleShot(0, &window, [&] {
         statistics.markOnce(QStringLiteral("first_window_ms"));
@@ -214,6 +245,7 @@ int runApplication(
     addScanStatistics(statistics, controller.scanPipeline());
     const platform::ExitDeadline deadline(
         farewell, [exitCode = loopCode != 0 ? loopCode : code] { ::_exit(exitCode); });
+    photographTime.reset();
     controller.applicationWillTerminate();
     if (!options.stats.isEmpty() && !statistics.write(options.stats)) {
         platform::complain(QStringLiteral("the figures can't be written to %1").arg(options.stats));
@@ -231,12 +263,7 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QGuiApplication::setDesktopFileName(PBUtilities::applicationId());
 
-    const auto parsed = [&] {
-        // The help text asks for an application, but needs no display.
-        int none = 1;
-        const QCoreApplication early(none, argv);
-        return parseCommandLine(ownArguments(arguments));
-    }();
+    const auto parsed = parseCommandLine(ownArguments(arguments));
     if (const auto* exit = std::get_if<CommandLineExit>(&parsed)) return leave(*exit);
     const auto& options = std::get<CommandLineOptions>(parsed);
     provideRuntimeFolder();
@@ -254,18 +281,6 @@ int main(int argc, char** argv) {
         return failure;
     }
 
-    // Profiles that the toolkit can't read go to the colour engine as they are.
-    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.icc.warning=false"));
-    platform::raiseDescriptorLimit();
-    TerminationSignals::block();
-    const platform::Activation activation = platform::activationOfStart();
-    const QApplication application(argc, argv);
-    QGuiApplication::setWindowIcon(applicationIcon());
-    const TerminationSignals signals;
-    QObject::connect(
-        &signals, &TerminationSignals::received, &application, &QCoreApplication::quit);
-    platform::MainLoop loop;
-
     SingleInstance::Request request{.paths = {}, .add = options.add};
     request.paths = openablePaths(options.paths, [&request](const QString& sentence) {
         platform::complain(sentence);
@@ -273,9 +288,11 @@ int main(int argc, char** argv) {
     });
     request.isFullScreen = options.isFullScreen;
     request.isSlideshow = options.isSlideshow;
-    request.activation = activation;
+    request.activation = platform::activationOfStart();
+    std::optional<Toolkit> toolkit;
     std::unique_ptr<DesktopService> service;
     if (options.isService) {
+        toolkit.emplace(argc, argv);
         const QDBusConnection bus = platform::sessionBus();
         if (!bus.isConnected()) {
             platform::complain(QStringLiteral("there is no message bus to wait for a call on"));
@@ -286,6 +303,7 @@ int main(int argc, char** argv) {
         if (!call) return 0;
         request = std::move(*call);
     }
+    // Before there is an application object: what runs already has the time that this one saves.
     auto instance = std::make_unique<SingleInstance>();
     switch (instance->take(platform::StandardFolders::dataFolder(), request)) {
     case SingleInstance::Outcome::HandedOver:
@@ -298,6 +316,9 @@ int main(int argc, char** argv) {
     case SingleInstance::Outcome::First:
         break;
     }
+
+    if (!toolkit) toolkit.emplace(argc, argv);
+    instance->listen();
     bool wantsRestart = false;
     const int code = runApplication(options, request, *instance, std::move(service), &wantsRestart);
     instance.reset(); // the next one takes the catalogue

@@ -17,7 +17,6 @@
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/MarkCommands.h"
 #include "shell/commands/OpenFilesCommands.h"
-#include "shell/commands/OpenFilesReveal.h"
 #include "shell/commands/StatusNews.h"
 #include "shell/commands/WindowChoice.h"
 #include "shell/commands/WindowCommands.h"
@@ -258,8 +257,7 @@ void PBMainWindowController::buildWindow() {
         {.command = *_slideshowCommand,
          .browserPane = *_browserPane,
          .isScanning = [this] { return _services.delegate.isScanning(); },
-         .isAwaiting =
-             [this] { return _openFilesReveal->isWaiting() || _session->isBringingBack(); }},
+         .isAwaiting = [this] { return _session->isBringingBack(); }},
         _window.get());
 }
 
@@ -381,12 +379,6 @@ void PBMainWindowController::tellFilterLeftOn() {
 }
 
 void PBMainWindowController::makeOpenFiles() {
-    _openFilesReveal = new OpenFilesReveal(
-        {.browserPane = *_browserPane,
-         .tree = _sourceSidebar->tree(),
-         .isScanning = [this] { return _services.delegate.isScanning(); },
-         .dropRequest = [this] { _services.delegate.setOpenFiles(nullptr); }},
-        _window.get());
     _openFilesCommands = new OpenFilesCommands(
         {.delegate = _services.delegate,
          .aliasManager = _services.aliasManager,
@@ -394,8 +386,12 @@ void PBMainWindowController::makeOpenFiles() {
          .selection = sourceSelection(),
          .commands = folderRootCommands(),
          .filters = *_filterCommands,
-         .reveal = *_openFilesReveal,
-         .leaveLargeView = [this] { _largeView->view_ThumbnailView(); }},
+         .loadImageManager = _services.loadImageManager,
+         .leaveLargeView = [this] { _largeView->leave(); },
+         .openFilesEnterToLargeView =
+             [this](const OpenFilesRequest::NamedFile& first) {
+                 _largeView->openFilesEnterToLargeView(first);
+             }},
         _window.get());
 }
 
@@ -409,8 +405,7 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
         .info = _infoFeed->pane(),
         .browserInfoView = *_infoView,
         .openPaths = [this](const QStringList& paths) { _openFilesCommands->openFiles(paths); }});
-    _choice->setFocusOfLargeView(
-        [this] { return _largeView->controller().bin().focusImageFileItem(); });
+    _choice->setFocusOfLargeView([this] { return _largeView->chosenImageFileItem(); });
     _marks->serveRatingKeys(_largeView->controller().imageView());
     _marks->serveRatingKeys(_largeView->controller().thumbnailView());
     _infoFeed->setLargeView(&_largeView->controller().imageView());
@@ -472,10 +467,9 @@ void PBMainWindowController::clearBrowser() {
     if (isSame) {
         _largeView->willShowSamePhotographs();
     } else {
-        _largeView->view_ThumbnailView();
+        _largeView->leave();
     }
-    // Files that are opened are selected instead.
-    _browserPane->clear(isSame && !_openFilesReveal->isWaiting());
+    _browserPane->clear(isSame);
 }
 
 void PBMainWindowController::reverseGeoFinished() {
@@ -519,7 +513,6 @@ void PBMainWindowController::scanStateDidChange() {
     }
     _largeView->scanStateDidChange();
     updateImageBrowserTipView();
-    _openFilesReveal->scanStateDidChange();
     _session->scanStateDidChange();
     _slideshowStart->scanStateDidChange();
 }

@@ -21,7 +21,6 @@ class MainToolbar;
 class MarkCommands;
 class NoticeBar;
 class OpenFilesCommands;
-class OpenFilesReveal;
 class PaneLayout;
 class PBImageBrowserTipView;
 class PBPathControl;
@@ -140,7 +139,6 @@ private:
     QWidget* _infoView = nullptr; // the browser's, which holds it as long as the browser is shown
     PBImageBrowserTipView* _imageBrowserTipView = nullptr;
     FilterCommands* _filterCommands = nullptr;
-    OpenFilesReveal* _openFilesReveal = nullptr;
     OpenFilesCommands* _openFilesCommands = nullptr;
     PBPathControl* _groupPathControl = nullptr;
     PaneLayout* _panes = nullptr;

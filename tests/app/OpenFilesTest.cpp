@@ -1,6 +1,13 @@
 #include "app/OpenedPaths.h"
 #include "app/RunningProgram.h"
+#include "catalogue/PBCatalogue.h"
+#include "group/PBImageFileItem.h"
+#include "library/OpenedRoots.h"
+#include "shell/commands/MarkCommands.h"
+#include "shell/large/LargeView.h"
 #include "shell/panes/NoticeBar.h"
+#include "shell/sidebar/FolderRootCommands.h"
+#include "support/Rows.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,17 +15,39 @@
 namespace {
 
 struct OpenFilesTest : RunningProgramTest {
-    [[nodiscard]] bool showsAndSelects(qint64 count, const QString& name) {
+    LargeView& large() { return window().largeView(); }
+    /// What the large view has, with the focus in brackets, once all of it is there and nothing is
+    /// scanned.
+    testing::AssertionResult showsLarge(const QString& names) {
+        QString shown;
+        const auto isShown = [&] {
+            shown.clear();
+            const PhotoBin& bin = large().controller().bin();
+            QStringList sorted;
+            for (const auto& item : bin.fileItemArray()) {
+                const bool isFocus = item == bin.focusImageFileItem();
+                sorted += isFocus ? u'[' + item->fileName() + u']' : item->fileName();
+            }
+            shown = sorted.join(u' ');
+            return large().isShown() && shown == names && !controller->isScanning() &&
+                   large().chosenImageFileItem();
+        };
+        if (support::spinUntil(isShown)) return testing::AssertionSuccess();
+        return testing::AssertionFailure() << shown.toStdString();
+    }
+    [[nodiscard]] bool showsInBrowser(qint64 count) {
         return support::spinUntil([&] {
-            const auto files = selection().selectedFileArray(FoldedLeaves::Included);
-            return selection().itemCount(FoldedLeaves::Included) == count && files.size() == 1 &&
-                   files[0]->fileName() == name && !controller->isScanning() &&
-                   !controller->openFiles();
+            return !large().isShown() && !controller->isScanning() &&
+                   selection().itemCount(FoldedLeaves::Included) == count;
         });
+    }
+    QStringList openedRoots() { return OpenedRoots::paths(controller->aliasManager()); }
+    QStringList rows(const char* sql) {
+        return support::rowsOf(controller->shellServices().mainFileDb, QLatin1StringView(sql));
     }
 };
 
-TEST_F(OpenFilesTest, filesAreShownAmongTheirNeighboursInAFolderThatBecomesARoot) {
+TEST_F(OpenFilesTest, photographsAreShownLargeAndTheirFoldersAreThereForThisRun) {
     for (const QString& name : {u"p/a.png"_s, u"p/b.png"_s, u"n/two/c.png"_s})
         makePicture(name);
     const QString below = makePicture(u"p/q/d.png"_s);
@@ -26,21 +55,110 @@ TEST_F(OpenFilesTest, filesAreShownAmongTheirNeighboursInAFolderThatBecomesARoot
     const QString p = path(u"p"_s);
     controller->applicationOpenFiles({path(u"p/b.png"_s)});
     EXPECT_EQ(selectedFolder(), p);
-    EXPECT_TRUE(showsAndSelects(3, u"b.png"_s));
+    EXPECT_TRUE(showsLarge(u"a.png [b.png]"_s)) << "not what is below";
     controller->applicationOpenFiles({below});
-    EXPECT_TRUE(showsAndSelects(1, u"d.png"_s));
-    EXPECT_EQ(roots(), QStringList{p});
-    controller->applicationOpenFiles({p});
-    EXPECT_TRUE(selects(p));
+    EXPECT_TRUE(showsLarge(u"[d.png]"_s));
+    controller->applicationOpenFiles({path(u"p/b.png"_s), path(u"n/two/c.png"_s)});
+    EXPECT_TRUE(showsLarge(u"[b.png] c.png"_s)) << "of several folders, without what is above";
+    EXPECT_EQ(openedRoots(), (QStringList{p, p + u"/q", path(u"n/two"_s)}));
+    EXPECT_EQ(openedRoots(), roots());
+    controller->applicationOpenFiles({path(u"p/b.png"_s), path(u"p/a.png"_s)});
+    EXPECT_TRUE(showsLarge(u"a.png [b.png]"_s));
+    large().view_ThumbnailView();
+    EXPECT_TRUE(showsInBrowser(2)) << "neither what is below, nor what else was opened";
+    EXPECT_FALSE(controller->openFiles());
 
-    // Far apart each becomes a root, and what the sidebar hides its own.
-    controller->applicationOpenFiles({make(u"m/one"_s), path(u"n/two"_s)});
-    EXPECT_EQ(selectedFolder(), path(u"m/one"_s));
-    EXPECT_EQ(roots(), (QStringList{p, path(u"n/two"_s), path(u"m/one"_s)}));
+    // They are gone with the run; one that was kept stays, and has its folders.
+    window().folderRootCommands().keepFolder(tree().dataSource().folderAliasItemWithAliasObject(
+        *controller->aliasManager().findAliasObjectByPath(p)));
+    EXPECT_EQ(selectedFolder(), p);
+    EXPECT_TRUE(showsInBrowser(3));
+    EXPECT_EQ(openedRoots(), QStringList{path(u"n/two"_s)}) << "what lies in it is in it";
+    start();
+    const QStringList kept{p, p + u"/q"};
+    EXPECT_EQ(roots(), kept);
+    EXPECT_TRUE(selects(p));
+    EXPECT_EQ(
+        rows("select FileName from ImageFile order by FileName"),
+        support::words("a.png b.png d.png"));
+    controller->applicationOpenFiles({below});
+    EXPECT_TRUE(showsLarge(u"[d.png]"_s));
+    EXPECT_EQ(roots(), kept);
+    // What the sidebar hides is nobody's.
     controller->applicationOpenFiles({hidden});
-    EXPECT_TRUE(showsAndSelects(1, u"h.png"_s));
+    EXPECT_TRUE(showsLarge(u"[h.png]"_s));
+    EXPECT_EQ(openedRoots(), QStringList{p + u"/.kept"});
+
+    // As a run leaves it that was ended by force.
+    PBCatalogue catalogue(controller->shellServices().mainFileDb);
+    const qint64 left = catalogue.insertFolderAliasWithData(
+        {}, 0, path(u"n"_s), static_cast<qint64>(OpenedRoots::openedState));
+    ASSERT_GT(catalogue.insertFolderWithAliasId(left, {}), 0);
+    start();
+    EXPECT_EQ(roots(), kept);
+    EXPECT_TRUE(
+        support::spinUntil([&] { return rows("select ReservePath from FolderAlias") == kept; }));
+    EXPECT_EQ(
+        rows("select count(*) from Folder where AliasId not in (select Id from FolderAlias)"),
+        QStringList{u"0"_s});
+}
+
+TEST_F(OpenFilesTest, foldersBecomeRootsAndAreShownInTheBrowser) {
+    const QString picture = makePicture(u"p/a.png"_s);
+    makePicture(u"p/q/b.png"_s);
+    makePicture(u"n/c.png"_s);
+    const QString p = path(u"p"_s);
+    controller->applicationOpenFiles({picture});
+    EXPECT_TRUE(showsLarge(u"[a.png]"_s));
+    controller->applicationOpenFiles({p});
+    EXPECT_TRUE(showsInBrowser(2)) << "the opened one is named now, and stays";
+    EXPECT_TRUE(openedRoots().isEmpty());
+    for (const QStringList& both : {QStringList{picture, p}, {p, picture}}) {
+        controller->applicationOpenFiles(both);
+        EXPECT_TRUE(support::spinUntil([&] {
+            return large().isShown() && large().controller().bin().count() == 2;
+        })) << "the folder wins";
+        large().view_ThumbnailView();
+    }
+    // Far apart each becomes a root, and what holds them does not.
+    controller->applicationOpenFiles({make(u"m/one"_s), path(u"n"_s)});
+    EXPECT_EQ(selectedFolder(), path(u"m/one"_s));
+    EXPECT_EQ(roots(), (QStringList{p, path(u"n"_s), path(u"m/one"_s)}));
     controller->applicationOpenFiles({path(u"gone.png"_s)});
-    EXPECT_EQ(selectedFolder(), p + u"/.kept"_s);
+    EXPECT_EQ(selectedFolder(), path(u"m/one"_s));
+}
+
+TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
+    const QString picture = path(u"p/a.jpg"_s);
+    support::writePicture(picture, {80, 60});
+    controller->applicationOpenFiles({picture});
+    ASSERT_TRUE(showsLarge(u"[a.jpg]"_s));
+    auto item = large().chosenImageFileItem();
+    ASSERT_TRUE(item);
+    window().markCommands().rotateLeft();
+    ASSERT_TRUE(support::spinUntil([&] {
+        return controller->isIdle() &&
+               large().controller().bin().focusImageFileItem()->rotateAngle() == 90;
+    }));
+    controller.reset();
+    {
+        FMDatabase left(path(u"profile/files.db"_s));
+        ASSERT_TRUE(left.open());
+        EXPECT_EQ(
+            support::rowsOf(
+                left, u"select (select count(*) from ImageFile) + count(*) from FolderAlias"_s),
+            QStringList{u"0"_s});
+    }
+    start();
+    controller->applicationOpenFiles({picture});
+    double first = -1;
+    EXPECT_TRUE(support::spinUntil([&] {
+        const auto shown = large().controller().bin().focusImageFileItem();
+        if (shown && first < 0) first = shown->rotateAngle();
+        return shown && large().chosenImageFileItem() && !controller->isScanning();
+    }));
+    EXPECT_EQ(first, 90);
+    EXPECT_EQ(large().chosenImageFileItem()->rotateAngle(), 90);
 }
 
 TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {

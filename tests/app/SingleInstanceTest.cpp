@@ -7,6 +7,7 @@ TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
     EXPECT_EQ(SingleInstance::stateOf(folder.path()), std::nullopt);
     SingleInstance first;
     ASSERT_EQ(first.take(folder.path(), {}), SingleInstance::Outcome::First);
+    first.listen();
     const QByteArray state(3'000'000, 's'); // more than a socket holds
     first.setStateSource([&] { return state; });
     std::vector<SingleInstance::Request> requests;

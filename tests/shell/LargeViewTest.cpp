@@ -2,8 +2,10 @@
 
 #include "browser/PBImageBrowserView.h"
 #include "core/PBOpenFiles.h"
+#include "platform/files/FileManager.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/ShellFixture.h"
+#include "shell/commands/OpenFilesCommands.h"
 #include "shell/panes/InfoPane.h"
 #include "shell/sidebar/SourceSidebar.h"
 #include "shell/toolbar/MainToolbar.h"
@@ -139,6 +141,77 @@ TEST_F(LargeViewTest, followsTheTreeByGroupBySelectionAndByRequest) {
     EXPECT_EQ(shown(), u"A|a");
     large().view_ThumbnailView();
     EXPECT_FALSE(delegate.requested);
+}
+
+TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
+    for (const QString& name : support::words("a b c d"))
+        support::writeFile(path(u"photos/"_s + name), "x");
+    const auto openFiles = [this](const char* names) {
+        delegate.scanning = true;
+        const int scans = std::exchange(delegate.scans, 0);
+        controller->openFilesCommands().openFiles(
+            support::listed(support::words(names), [this](const QString& name) {
+                return path(u"photos/"_s + name);
+            }));
+        EXPECT_EQ(delegate.scans, 1) << "the selected folder is scanned anew, " << scans;
+    };
+    openFiles("b");
+    ASSERT_TRUE(large().isShown() && delegate.requested);
+    EXPECT_EQ(shown(), u"|"_s);
+    publish({items[0]});
+    EXPECT_EQ(shown(), u"|"_s) << "the scan may still bring it";
+    publish({items[0], items[1]});
+    EXPECT_EQ(shown(), u"aB|b"_s);
+    publish(items);
+    EXPECT_EQ(shown(), u"aBcd|b"_s) << "among its neighbours";
+    choose(u"go_NextItem");
+    publish(items);
+    EXPECT_EQ(shown(), u"abCd|c"_s) << "once";
+    delegate.scans = 0;
+    choose(u"view_ThumbnailView");
+    EXPECT_FALSE(delegate.requested);
+    EXPECT_EQ(delegate.scans, 1) << "subfolders were left out";
+
+    openFiles("c a");
+    publish({items[0]});
+    EXPECT_EQ(shown(), u"|"_s);
+    publish(items);
+    EXPECT_EQ(shown(), u"aC|c"_s) << "the others were not asked for";
+    openFiles("d");
+    EXPECT_EQ(shown(), u"|"_s) << "in place of the former request";
+    publish({items[1]});
+    delegate.scanning = false;
+    controller->scanStateDidChange();
+    EXPECT_EQ(shown(), u"B|b"_s) << "it doesn't come";
+    controller->sourceSidebar().tree().clearSelection();
+    controller->clearBrowser();
+    EXPECT_FALSE(delegate.requested || large().isShown()) << "the user does something else";
+
+    refuse(u"insert"_s);
+    support::writeFile(path(u"far/z"), "x");
+    controller->openFilesCommands().openFiles({path(u"far/z")});
+    EXPECT_FALSE(delegate.requested || large().isShown()) << "its folder can't be taken";
+
+    // One that the catalogue has is there at once, and gives way to that of the scan.
+    const auto values = platform::FileManager::look(path(u"photos/c"_s)).values;
+    ASSERT_GT(
+        PBCatalogue(db).insertImageFileWithDictionary(
+            {{u"FolderId"_s, folderId},
+             {u"FileName"_s, u"c"_s},
+             {u"FileSize"_s, values.fileSize},
+             {u"ModificationDate"_s, PBDate{values.modificationDate}},
+             {u"ImageWidth"_s, 40},
+             {u"ImageHeight"_s, 30},
+             {u"RotateAngle"_s, 90}}),
+        0);
+    openFiles("c");
+    EXPECT_EQ(shown(), u"C|"_s);
+    EXPECT_EQ(bin().focusImageFileItem()->rotateAngle(), 90);
+    EXPECT_FALSE(isEnabled(u"rotateLeft")) << "it only stands in";
+    publish(items);
+    EXPECT_EQ(bin().focusImageFileItem(), items[2]);
+    EXPECT_EQ(shown(), u"abCd|c"_s);
+    EXPECT_TRUE(isEnabled(u"rotateLeft"));
 }
 
 TEST_F(LargeViewTest, whatIsShownStaysWhileTheSameFolderIsReadAnewAndGoesWithTheFolder) {

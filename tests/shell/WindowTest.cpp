@@ -10,7 +10,6 @@
 #include "shell/ShellFixture.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/MarkCommands.h"
-#include "shell/commands/OpenFilesCommands.h"
 #include "shell/commands/WindowChoice.h"
 #include "shell/groups/PBGroupOutlineView.h"
 #include "shell/info/InfoFeed.h"
@@ -740,49 +739,6 @@ TEST_F(WindowTest, longWorkIsToldWithoutBeingAskedFor) {
     figures.thumbnailsPending = 5;
     Q_EMIT notifier.PBNotiName_BuildThumb(PBBuildThumbOperation(nullptr, {}));
     EXPECT_TRUE(tells(u"Thumbnails: 0 of 5"_s));
-}
-
-TEST_F(WindowTest, openedFilesAreSelectedWhenTheyShowAndTheRequestEnds) {
-    const auto open = [this](const QStringList& names) {
-        selectItems({});
-        delegate.scanning = true;
-        controller->openFilesCommands().openFiles(support::listed(
-            names, [this](const QString& name) { return path(u"photos/"_s + name); }));
-    };
-    publish({});
-    open({u"a.jpg"_s, u"c.jpg"_s});
-    EXPECT_TRUE(delegate.requested);
-    EXPECT_EQ(delegate.scans, 1) << "the folder that is selected already is scanned anew";
-    publish({items[0]});
-    EXPECT_EQ(selected(), QString()) << "the scan may bring the other";
-    publish(items);
-    EXPECT_EQ(selected(), u"ac"_s);
-    EXPECT_FALSE(delegate.requested);
-
-    open({u"b.jpg"_s, u"c.jpg"_s});
-    publish({items[1]});
-    delegate.scanning = false;
-    controller->scanStateDidChange();
-    EXPECT_EQ(selected(), u"b"_s) << "the other doesn't come";
-    EXPECT_FALSE(delegate.requested);
-
-    open({u"c.jpg"_s});
-    publish(items);
-    EXPECT_EQ(selected(), u"c"_s) << "one alone";
-    open({u"c.jpg"_s});
-    selectItems(u"b"_s);
-    EXPECT_FALSE(delegate.requested) << "the user does something else";
-    open({u"c.jpg"_s});
-    tree().clearSelection();
-    EXPECT_FALSE(delegate.requested);
-
-    // A folder that can't be added.
-    refuse(u"insert"_s);
-    support::writeFile(path(u"far/z.jpg"), "x");
-    browsing.setFilter(1);
-    open({u"../far/z.jpg"_s});
-    EXPECT_FALSE(delegate.requested);
-    EXPECT_EQ(browsing.filter(), 0U);
 }
 
 } // namespace

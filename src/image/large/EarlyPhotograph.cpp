@@ -165,8 +165,11 @@ std::optional<codec::ReadResult> EarlyPhotograph::take(
     // A scale went there and back.
     if (!isFull && std::abs(request.maxSize - work->request.maxSize) > 1) return std::nullopt;
     if (work->isTaken.exchange(true)) return std::nullopt;
-    while (work->picture.wait_for(lookInterval) != std::future_status::ready)
-        if (stop.stop_requested()) return std::nullopt;
+    while (work->picture.wait_for(lookInterval) != std::future_status::ready) {
+        if (!stop.stop_requested()) continue;
+        work->isTaken = false; // for whoever asks next
+        return std::nullopt;
+    }
     const auto& values = work->values;
     const bool isSame = static_cast<quint64>(values.fileSize) == fileSize &&
                         values.modificationDate == modificationDate;

@@ -3,11 +3,12 @@
 #include "core/FileTypes.h"
 #include "core/PBAppDelegate.h"
 #include "core/Paths.h"
-#include "library/PBAliasManager.h"
+#include "image/large/EarlyPhotograph.h"
+#include "image/large/PBLoadImageManager.h"
+#include "library/OpenedRoots.h"
 #include "platform/files/PathNames.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/commands/FilterCommands.h"
-#include "shell/commands/OpenFilesReveal.h"
 #include "shell/sidebar/FolderRootCommands.h"
 #include "shell/sidebar/SourceSelection.h"
 #include "shell/sidebar/SourceTreeController.h"
@@ -34,39 +35,54 @@ void OpenFilesCommands::openFiles(const QStringList& paths) {
     platform::assertMainThread();
     const auto request = OpenFilesRequest::reduce(paths, kindOf);
     if (!request) return;
-    if (request->isAncestorUnnamed && request->folders.size() > 1 &&
-        !isInSidebar(request->ancestor)) {
-        openEach(*request);
-    } else {
-        open(*request);
-    }
-}
-
-void OpenFilesCommands::openEach(const OpenFilesRequest& request) {
-    // The first stays selected: what the others need is only a place in the sidebar.
-    for (const auto& folder : std::span(request.folders).subspan(1)) {
-        if (!isInSidebar(folder->folderPath)) {
-            (void)_parts.commands.addOrSelectFolder(folder->folderPath);
-        }
-    }
-    const auto& first = request.folders.front();
-    open({.folders = {first}, .ancestor = first->folderPath, .isAncestorUnnamed = false});
-}
-
-void OpenFilesCommands::open(const OpenFilesRequest& request) {
+    // The decoding goes on behind all that follows.
+    const OpenFilesRequest::NamedFile& first = request->firstFile;
     _parts.leaveLargeView();
+    if (!first.fileName.isEmpty()) {
+        EarlyPhotograph::shared().begin(
+            platform::pathInFolder(first.folderPath, first.fileName),
+            _parts.loadImageManager.screen());
+    }
     _parts.filters.reset();
-    auto openFiles = std::make_shared<PBOpenFiles>(request.folders);
-    _parts.delegate.setOpenFiles(openFiles);
-    _parts.reveal.begin(std::move(openFiles), request.ancestor);
-    select(request.ancestor);
+    if (request->namesFiles) {
+        openPhotographs(*request);
+    } else {
+        openFolders(*request);
+    }
 }
 
-bool OpenFilesCommands::isInSidebar(const QString& folder) const {
+void OpenFilesCommands::openPhotographs(const OpenFilesRequest& request) {
+    for (const auto& folder : request.folders) {
+        const bool isNamed = folder->fileArray.empty() && !folder->focusOpenFileObj;
+        const bool isThere = isInSidebar(folder->folderPath, isNamed) ||
+                             (isNamed ? _parts.commands.addOrSelectFolder(folder->folderPath)
+                                      : _parts.commands.openFolder(folder->folderPath));
+        if (!isThere) return;
+    }
+    _parts.delegate.setOpenFiles(std::make_shared<PBOpenFiles>(request.folders));
+    // The scan goes to the others from there: what holds them all was not asked for.
+    select(request.isAncestorUnnamed ? request.folders.front()->folderPath : request.ancestor);
+    _parts.openFilesEnterToLargeView(request.firstFile);
+}
+
+void OpenFilesCommands::openFolders(const OpenFilesRequest& request) {
+    if (!request.isAncestorUnnamed || isInSidebar(request.ancestor, true))
+        return openFolder(request.ancestor);
+    // Several that nothing holds which the user named. The first stays selected: what the others
+    // need is only a place in the sidebar.
+    for (const auto& folder : std::span(request.folders).subspan(1)) {
+        if (!isInSidebar(folder->folderPath, true))
+            (void)_parts.commands.addOrSelectFolder(folder->folderPath);
+    }
+    openFolder(request.folders.front()->folderPath);
+}
+
+bool OpenFilesCommands::isInSidebar(const QString& folder, bool isNamed) const {
     QString relativePath;
     const auto root =
         _parts.aliasManager.appropriateAliasObjectForPath(folder, &relativePath, false);
-    if (!root || !root->isMounted()) return false;
+    // What was only opened is to stay once it is named.
+    if (!root || !root->isMounted() || (isNamed && OpenedRoots::isOpened(*root))) return false;
     // The sidebar shows neither hidden folders nor those that are documents.
     QString path = root->path();
     const QStringList names = PBUtilities::pathComponents(relativePath);
@@ -76,11 +92,12 @@ bool OpenFilesCommands::isInSidebar(const QString& folder) const {
     });
 }
 
+void OpenFilesCommands::openFolder(const QString& folder) {
+    if (isInSidebar(folder, true)) return select(folder);
+    (void)_parts.commands.addOrSelectFolder(folder);
+}
+
 void OpenFilesCommands::select(const QString& folder) {
-    if (!isInSidebar(folder)) {
-        if (!_parts.commands.addOrSelectFolder(folder)) _parts.reveal.end();
-        return;
-    }
     const auto selected = _parts.tree.selectedFolder();
     if (selected && PBUtilities::comparePath(selected->folderPath(), folder) == 0) {
         _parts.selection.notifySelectionChanged();

@@ -8,14 +8,15 @@
 
 class FilterCommands;
 class FolderRootCommands;
-class OpenFilesReveal;
 class PBAliasManager;
 class PBAppDelegate;
+class PBLoadImageManager;
 class SourceSelection;
 class SourceTreeController;
 
-/// Opens files and folders that were handed over from outside: brings the request down to one
-/// folder, makes that a root where it lies in none, selects it, and has the files shown. Main
+/// Opens files and folders that were handed over from outside. Photographs are shown large, those
+/// that lie in no root in folders that are roots for this run only; of their folders nothing below
+/// is looked at, and nothing above. A folder becomes a root, and is shown in the browser. Main
 /// thread.
 class OpenFilesCommands final : public QObject {
     Q_OBJECT
@@ -28,9 +29,10 @@ public:
         SourceSelection& selection;
         FolderRootCommands& commands;
         FilterCommands& filters;
-        OpenFilesReveal& reveal;
-        /// The files are shown in the browser.
+        PBLoadImageManager& loadImageManager;
         std::function<void()> leaveLargeView;
+        /// Shows what the request asks for, that file first.
+        std::function<void(const OpenFilesRequest::NamedFile& first)> openFilesEnterToLargeView;
     };
 
     /// The parts outlive this object.
@@ -40,10 +42,12 @@ public:
     void openFiles(const QStringList& paths);
 
 private:
-    /// Several folders that nothing holds which the user named: each is opened by itself.
-    void openEach(const OpenFilesRequest& request);
-    void open(const OpenFilesRequest& request);
-    [[nodiscard]] bool isInSidebar(const QString& folder) const;
+    void openPhotographs(const OpenFilesRequest& request);
+    void openFolders(const OpenFilesRequest& request);
+    void openFolder(const QString& folder);
+    /// A folder that the user named has to have its place there for good.
+    [[nodiscard]] bool isInSidebar(const QString& folder, bool isNamed) const;
+    /// A folder that is in the sidebar; scans it anew if it is selected already.
     void select(const QString& folder);
 
     const Parts _parts;

@@ -4,10 +4,14 @@
 #include "codec/PBImageImporterManager.h"
 #include "core/FileTypes.h"
 #include "core/PBAppDelegate.h"
+#include "core/PBOpenFiles.h"
 #include "group/PBImageFileItem.h"
 #include "image/BuildThumbNotifier.h"
+#include "image/large/EarlyPhotograph.h"
+#include "image/large/PBImageBufferManager.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/panes/BrowserPane.h"
+#include "shell/services/BrowsingSettings.h"
 #include "shell/services/ShellServices.h"
 #include "shell/sidebar/SourceSelection.h"
 #include "viewer/PBImageView.h"
@@ -20,7 +24,12 @@
 #include <algorithm>
 #include <utility>
 
-LargeView::LargeView(Parts parts) : _parts(std::move(parts)), _infoView(new QWidget) {
+LargeView::LargeView(Parts parts)
+    : _parts(std::move(parts)), _opened(
+                                    {.services = _parts.services,
+                                     .folderPaths = _parts.browserPane.folderPaths(),
+                                     .standInCame = [this] { standInCame(); }}),
+      _infoView(new QWidget) {
     auto* infoLayout = new QVBoxLayout(_infoView);
     infoLayout->setContentsMargins(0, 0, 0, 0);
     const ShellServices& services = _parts.services;
@@ -32,7 +41,7 @@ LargeView::LargeView(Parts parts) : _parts(std::move(parts)), _infoView(new QWid
              .imageBufferManager = services.imageBufferManager,
              .imageImporterManager = services.imageImporterManager,
              .thumbnailLoader = thumbnails.loader,
-             .folderPaths = _parts.browserPane.folderPaths()},
+             .folderPaths = _opened},
         .thumbnails = thumbnails,
         .userDefaults = services.userDefaults,
         .info = _infoView});
@@ -66,15 +75,68 @@ void LargeView::enterToLargeView(const PBImageBrowserIndex& index) {
     const PBImageBrowserView& browser = _parts.browserPane.browserView();
     const auto focus = browser.leaves().imageFileAtIndex(index);
     if (!focus || isShown()) return;
-    LargeViewLists::List list = LargeViewLists::forEntering(browser.leaves(), index);
+    show(LargeViewLists::forEntering(browser.leaves(), index), focus);
+}
+
+void LargeView::show(LargeViewLists::List list, const std::shared_ptr<PBImageFileItem>& focus) {
     _groupPath = LargeViewLists::groupPath(list.groupItem);
     _isAwaitingFocus = false;
-    (void)browser.selection().deselectAll();
+    (void)_parts.browserPane.browserView().selection().deselectAll();
     moveInfoTo(*_infoView);
     _parts.contents.setCurrentWidget(_controller->view());
     _controller->enter(std::move(list), focus);
     Q_EMIT isShownDidChange(true);
     Q_EMIT stateDidChange();
+}
+
+void LargeView::openFilesEnterToLargeView(const OpenFilesRequest::NamedFile& first) {
+    platform::assertMainThread();
+    if (!_parts.services.delegate.openFiles() || isShown()) return;
+    _opened.begin(first);
+    LargeViewLists::List list;
+    if (_opened.standIn()) list.items.push_back(_opened.standIn());
+    show(std::move(list), _opened.standIn());
+}
+
+void LargeView::standInCame() {
+    if (!isShown() || _controller->bin().focusImageFileItem()) return;
+    LargeViewLists::List list;
+    list.items.push_back(_opened.standIn());
+    showAt(std::move(list), _opened.standIn());
+}
+
+std::shared_ptr<PBImageFileItem> LargeView::chosenImageFileItem() const {
+    const auto focus = _controller->bin().focusImageFileItem();
+    return focus == _opened.standIn() ? nullptr : focus;
+}
+
+bool LargeView::takeOpened(LargeViewLists::List& list) {
+    const auto item =
+        std::ranges::find_if(list.items, [this](const auto& one) { return _opened.isIt(*one); });
+    const bool isThere = item != list.items.end();
+    const ShellServices& services = _parts.services;
+    const bool mayCome = services.delegate.isScanning() || services.groupTreeDataSource.isWaiting();
+    if (!isThere && mayCome) return false;
+    const auto focus = _controller->bin().focusImageFileItem();
+    // What the scan could not take is shown all the same.
+    if (!isThere && focus && list.items.empty()) return false;
+    const auto opened = isThere ? *item : nullptr;
+    _opened.end();
+    if (!opened) return true;
+    // Its picture is the same.
+    if (focus) {
+        services.imageBufferManager.itemWasReplaced(focus, opened);
+        focus->setIsSelected(false);
+    }
+    showAt(std::move(list), opened);
+    return false;
+}
+
+void LargeView::showAt(LargeViewLists::List list, const std::shared_ptr<PBImageFileItem>& focus) {
+    // Before the list: nothing else of it is shown first.
+    _controller->bin().setFocusImageFileItem(focus);
+    showList(std::move(list));
+    _controller->goToImageFileItem(focus);
 }
 
 void LargeView::moveInfoTo(QWidget& view) {
@@ -87,11 +149,24 @@ void LargeView::view_BrowserView() {
 }
 
 void LargeView::view_ThumbnailView() {
+    const auto request = _parts.services.delegate.openFiles();
+    leave();
+    if (!request) return;
+    // What was scanned is not what the selected folder has.
+    const bool hasOthers = request->openFileArray().size() > 1;
+    const bool lacksSubfolders =
+        _parts.services.browsing.recurseSubFolder() && !asksForWholeFolder(*request);
+    if (hasOthers || lacksSubfolders) _parts.services.delegate.scan();
+}
+
+void LargeView::leave() {
     platform::assertMainThread();
     if (!isShown()) return;
     PBImageBrowserView& browser = _parts.browserPane.browserView();
-    const auto shown = _controller->bin().focusImageFileItem();
+    const auto shown = chosenImageFileItem();
     _parts.services.delegate.setOpenFiles(nullptr);
+    _opened.end();
+    EarlyPhotograph::shared().forget();
     _controller->leave();
     _groupPath.clear();
     _isAwaitingFocus = false;
@@ -118,6 +193,7 @@ void LargeView::updateLargeViewData() {
         _parts.browserPane.browserView().leaves(), _controller->bin(), _groupPath,
         _parts.services.delegate.openFiles().get(), _parts.browserPane.folderPaths());
     if (!list) return;
+    if (_opened.isAwaited() && !takeOpened(*list)) return;
     if (_isAwaitingFocus && isScanning && !hasFocusIn(*list)) return;
     _isAwaitingFocus = false;
     showList(std::move(*list));
@@ -140,7 +216,7 @@ bool LargeView::hasFocusIn(const LargeViewLists::List& list) const {
 
 void LargeView::scanStateDidChange() {
     if (!isShown() || _parts.services.delegate.isScanning()) return;
-    if (std::exchange(_isAwaitingFocus, false)) updateLargeViewData();
+    if (std::exchange(_isAwaitingFocus, false) || _opened.isAwaited()) updateLargeViewData();
     _controller->scanFinished();
 }
 
@@ -150,7 +226,7 @@ void LargeView::savePositions() {
 
 void LargeView::selectDidChange(const std::shared_ptr<PBImageFileItem>& focus) {
     PBImageBrowserView& browser = _parts.browserPane.browserView();
-    browser.setCurrentImageFile(focus);
+    if (!focus || focus != _opened.standIn()) browser.setCurrentImageFile(focus);
     browser.selectDidChange();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/large/LargeViewLists.h"
+#include "shell/large/OpenedPhotograph.h"
 #include "shell/menus/MenuCommand.h"
 #include "viewer/controller/LargeViewHost.h"
 
@@ -45,11 +46,17 @@ public:
     /// Opens the photograph, with its group or with the others that are selected; nothing for an
     /// index without one.
     void enterToLargeView(const PBImageBrowserIndex& index);
+    /// Shows what the request to open files asks for, which a scan is bringing, that file first.
+    void openFilesEnterToLargeView(const OpenFilesRequest::NamedFile& first);
+    /// The photograph in focus, if it is one that commands can be given for.
+    [[nodiscard]] std::shared_ptr<PBImageFileItem> chosenImageFileItem() const;
     /// Opens the first of those that are selected.
     void view_BrowserView();
     /// Back to the browser, with the photograph that was shown selected. The position of the sheet
     /// is as it was, unless that photograph lies outside of it.
     void view_ThumbnailView();
+    /// The same, without looking for what an opened folder left out: something else is shown next.
+    void leave();
 
     /// The tree was made anew.
     void updateLargeViewData();
@@ -85,11 +92,18 @@ private:
     void openDroppedPaths(const QStringList& paths) override;
     [[nodiscard]] bool isSlideShowMode() const override;
 
+    void show(LargeViewLists::List list, const std::shared_ptr<PBImageFileItem>& focus);
+    /// Makes the list that of the view, with that photograph of it in focus.
+    void showAt(LargeViewLists::List list, const std::shared_ptr<PBImageFileItem>& focus);
+    void standInCame();
+    /// The photograph that was opened has its place in the list, or none.
+    [[nodiscard]] bool takeOpened(LargeViewLists::List& list);
     void moveInfoTo(QWidget& view);
     void showList(LargeViewLists::List list);
     [[nodiscard]] bool hasFocusIn(const LargeViewLists::List& list) const;
 
     const Parts _parts;
+    OpenedPhotograph _opened;
     QWidget* const _infoView; ///< holds the information panel while the large view is shown
     std::unique_ptr<PBImageViewController> _controller;
     LargeViewLists::GroupPath _groupPath; ///< of the group that the list mirrors

@@ -4,7 +4,7 @@
 #include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
 #include "core/Paths.h"
-#include "library/PBAliasManager.h"
+#include "library/OpenedRoots.h"
 #include "library/PBAliasResolver.h"
 #include "library/PBSourceTreeDataSource.h"
 #include "platform/desktop/Workspace.h"
@@ -29,6 +29,8 @@ FolderRootCommands::FolderRootCommands(Parts parts, QObject* parent)
     connect(
         &_parts.tree, &SourceTreeController::removeRequested, this,
         &FolderRootCommands::doRemoveFolderAlias);
+    connect(
+        &_parts.tree, &SourceTreeController::keepRequested, this, &FolderRootCommands::keepFolder);
     connect(&_parts.tree, &SourceTreeController::locateRequested, this, [this](const auto& item) {
         _parts.relocation.locateFolder(item->aliasObject());
     });
@@ -61,7 +63,7 @@ void FolderRootCommands::doAddFolder(
 void FolderRootCommands::doAddFolder(const QString& path) {
     const QString folder = cleaned(path);
     const auto known = _parts.aliasManager.findAliasObjectByPath(folder);
-    if (known && !known->isZombie()) {
+    if (known && !known->isZombie() && !OpenedRoots::isOpened(*known)) {
         MainLoop::instance()->performAfterDelay(
             this, "alertFolderAliasIsAlreadyExist", 0ms, [this, name = known->displayName()] {
                 _parts.prompts.alertFolderAliasIsAlreadyExist(name);
@@ -75,32 +77,87 @@ bool FolderRootCommands::addOrSelectFolder(const QString& path) {
     platform::assertMainThread();
     const QString folder = cleaned(path);
     const auto known = _parts.aliasManager.findAliasObjectByPath(folder);
-    if (!known || known->isZombie()) return makeRoot(folder);
+    if (!known || known->isZombie() || OpenedRoots::isOpened(*known)) return makeRoot(folder);
     const auto item = _parts.tree.dataSource().folderAliasItemWithAliasObject(*known);
     if (item) _parts.tree.select(*item);
     return item != nullptr;
+}
+
+bool FolderRootCommands::openFolder(const QString& path) {
+    platform::assertMainThread();
+    PBAliasManager& manager = _parts.aliasManager;
+    const QString folder = cleaned(path);
+    auto root = manager.findAliasObjectByPath(folder);
+    if (root && !root->isZombie()) return true;
+    if (root) {
+        // Its rows were kept for the sake of a root around it, which does not show the folder.
+        if (!manager.updateState(*root, OpenedRoots::openedState)) return false;
+    } else {
+        root = insertRoot(folder, OpenedRoots::openedState);
+    }
+    if (!root) return false;
+    updateWatchPathsLater();
+    _parts.tree.dataSource().reloadCategoryItem();
+    _parts.tree.expandCategoryItem();
+    return true;
+}
+
+void FolderRootCommands::keepFolder(const std::shared_ptr<PBFolderAliasItem>& item) {
+    platform::assertMainThread();
+    const bool wasSelected = _parts.tree.selectedItem() == item;
+    const auto root = item->aliasObject();
+    if (!keepRoot(*root)) return _parts.prompts.alertCantAddFolder(root->path());
+    const auto kept = _parts.tree.dataSource().folderAliasItemWithAliasObject(*root);
+    if (wasSelected && kept) _parts.tree.select(*kept);
+}
+
+bool FolderRootCommands::keepRoot(PBAliasObject& root) {
+    if (!_parts.aliasManager.updateState(root, root.state() & ~OpenedRoots::openedState))
+        return false;
+    takeOpenedRootsInto(root);
+    updateWatchPathsLater();
+    _parts.tree.dataSource().reloadCategoryItem();
+    return true;
+}
+
+void FolderRootCommands::takeOpenedRootsInto(const PBAliasObject& root) {
+    if (OpenedRoots::takeInto(root, _parts.aliasManager))
+        _parts.tree.dataSource().reloadCategoryItem();
+}
+
+void FolderRootCommands::updateWatchPathsLater() {
+    MainLoop::instance()->performAfterDelay(
+        this, "updateWatchPaths", 0ms, [this] { _parts.delegate.updateWatchPathsInBackground(); });
 }
 
 bool FolderRootCommands::makeRoot(const QString& path) {
     platform::assertMainThread();
     PBAliasManager& manager = _parts.aliasManager;
     auto root = manager.findAliasObjectByPath(path);
+    if (root && OpenedRoots::isOpened(*root) && !root->isZombie()) {
+        if (!keepRoot(*root)) return false;
+        const auto item = _parts.tree.dataSource().folderAliasItemWithAliasObject(*root);
+        if (item) _parts.tree.select(*item);
+        return item != nullptr;
+    }
     if (root) {
         // Removed earlier, but kept for the sake of the root around it.
-        if (!manager.updateState(*root, root->state() & ~PBAliasObject::zombieState)) return false;
+        constexpr std::uint64_t hidden = PBAliasObject::zombieState | OpenedRoots::openedState;
+        if (!manager.updateState(*root, root->state() & ~hidden)) return false;
     } else if (_parts.relocation.takeIfAway(path)) {
         return true;
     } else {
-        root = insertRoot(path);
+        root = insertRoot(path, 0);
     }
     if (!root) return false;
-    MainLoop::instance()->performAfterDelay(
-        this, "updateWatchPaths", 0ms, [this] { _parts.delegate.updateWatchPathsInBackground(); });
+    takeOpenedRootsInto(*root);
+    updateWatchPathsLater();
     _parts.tree.insertFolderAlias(_parts.tree.dataSource().makeFolderAliasItem(root));
     return true;
 }
 
-std::shared_ptr<PBAliasObject> FolderRootCommands::insertRoot(const QString& path) {
+std::shared_ptr<PBAliasObject>
+FolderRootCommands::insertRoot(const QString& path, std::uint64_t state) {
     PBAliasManager& manager = _parts.aliasManager;
     const auto made = _parts.aliasResolver.newAlias(path);
     if (!made) return nullptr;
@@ -112,10 +169,11 @@ std::shared_ptr<PBAliasObject> FolderRootCommands::insertRoot(const QString& pat
     if (!transaction.isOpen()) return nullptr;
     const qint64 aliasId =
         PBCatalogue(_parts.mainFileDb)
-            .insertFolderAliasWithData(made->data, static_cast<int>(made->type), path, 0);
+            .insertFolderAliasWithData(
+                made->data, static_cast<int>(made->type), path, static_cast<qint64>(state));
     if (aliasId < 1) return nullptr;
     const auto root =
-        PBAliasObject::aliasObjectWithId(aliasId, made->data, {}, path, 0, made->type);
+        PBAliasObject::aliasObjectWithId(aliasId, made->data, {}, path, state, made->type);
     manager.resolveAlias(*root, {});
     if (!manager.updateFolderByAliasObject(*root) || !transaction.commit()) return nullptr;
     manager.addAliasObject(root);

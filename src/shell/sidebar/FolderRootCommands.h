@@ -54,6 +54,11 @@ public:
     void doAddFolder(const QString& path);
     /// As `doAddFolder`, but selects a folder that is a root already. False if there is no folder.
     bool addOrSelectFolder(const QString& path);
+    /// Makes a folder that lies in no root one for this run, of which files were opened from
+    /// outside. One that is a root already stays what it is. False if there is no folder.
+    bool openFolder(const QString& path);
+    /// An opened root stays for good, with all that is below its folder. It is selected if it was.
+    void keepFolder(const std::shared_ptr<PBFolderAliasItem>& item);
 
     /// Removes the selected root.
     void removeFolderAlias();
@@ -68,8 +73,14 @@ public:
 private:
     /// One spelling for each folder.
     [[nodiscard]] QString cleaned(const QString& path) const;
-    [[nodiscard]] std::shared_ptr<PBAliasObject> insertRoot(const QString& path);
+    [[nodiscard]] std::shared_ptr<PBAliasObject>
+    insertRoot(const QString& path, std::uint64_t state);
     bool makeRoot(const QString& path);
+    /// Makes an opened root one for good; answers whether the catalogue took it.
+    bool keepRoot(PBAliasObject& root);
+    /// Opened roots in the folder of a new root are folders like others.
+    void takeOpenedRootsInto(const PBAliasObject& root);
+    void updateWatchPathsLater();
 
     const Parts _parts;
 };

@@ -1,6 +1,7 @@
 #include "shell/sidebar/SourceSelection.h"
 
 #include "core/PBAppDelegate.h"
+#include "library/OpenedRoots.h"
 #include "library/PBPathHistory.h"
 #include "library/PBSourceTreeDataSource.h"
 #include "platform/program/LocalizedTexts.h"
@@ -56,7 +57,9 @@ void SourceSelection::showSelected() {
     updateWindowTitle();
     const auto folder = _parts.tree.selectedFolder();
     const QString path = folder ? folder->folderPath() : QString();
-    if (!path.isEmpty()) _parts.userDefaults.setString(path, lastFolderKey);
+    // The next run knows nothing of what was only opened.
+    if (!path.isEmpty() && !OpenedRoots::isOpened(*folder))
+        _parts.userDefaults.setString(path, lastFolderKey);
     _parts.delegate.scan();
 }
 

@@ -1,5 +1,6 @@
 #include "shell/sidebar/SourceTreeController.h"
 
+#include "library/OpenedRoots.h"
 #include "library/PBSourceTreeDataSource.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
@@ -155,6 +156,11 @@ void SourceTreeController::showMenu(const QModelIndex& index, const QPoint& posi
         if (!root->aliasObject()->isMounted()) {
             menu->addAction(localizedString(u"LocateFolder"), this, [this, root] {
                 Q_EMIT locateRequested(root);
+            });
+        }
+        if (OpenedRoots::isOpened(*root)) {
+            menu->addAction(localizedString(u"KeepInSidebar"), this, [this, root] {
+                Q_EMIT keepRequested(root);
             });
         }
         menu->addAction(localizedString(u"RemoveFromSidebar"), this, [this, root] {

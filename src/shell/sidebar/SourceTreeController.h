@@ -60,6 +60,7 @@ Q_SIGNALS:
     void revealRequested(const std::shared_ptr<PBFolderItem>& item);
     void locateRequested(const std::shared_ptr<PBFolderAliasItem>& item);
     void removeRequested(const std::shared_ptr<PBFolderAliasItem>& item);
+    void keepRequested(const std::shared_ptr<PBFolderAliasItem>& item);
 
 private:
     void showMenu(const QModelIndex& index, const QPoint& position);

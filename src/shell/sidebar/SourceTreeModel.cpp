@@ -1,5 +1,6 @@
 #include "shell/sidebar/SourceTreeModel.h"
 
+#include "library/OpenedRoots.h"
 #include "library/PBSourceTreeDataSource.h"
 #include "platform/tasks/MainThread.h"
 
@@ -179,8 +180,10 @@ int SourceTreeModel::columnCount(const QModelIndex&) const {
 }
 
 bool SourceTreeModel::hasChildren(const QModelIndex& parent) const {
+    if (!parent.isValid()) return !_top->children.empty();
     // Whether a folder has subfolders shows only when it is opened.
-    return parent.isValid() || !_top->children.empty();
+    const auto folder = std::dynamic_pointer_cast<PBFolderItem>(itemForIndex(parent));
+    return !folder || !OpenedRoots::isOpened(*folder);
 }
 
 bool SourceTreeModel::canFetchMore(const QModelIndex& parent) const {

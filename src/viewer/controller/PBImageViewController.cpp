@@ -91,7 +91,7 @@ void PBImageViewController::enter(List list, const std::shared_ptr<PBImageFileIt
     bin.setFocusImageFileItem(focus);
     bin.setFileItemArray(std::move(list.items));
     bin.setGroupItem(std::move(list.groupItem));
-    focus->setIsSelected(true);
+    if (focus) focus->setIsSelected(true);
     selectDidChange();
     _imageView->startProgressIndicator();
     _thumbnailView->setShouldStopAnimation(true);

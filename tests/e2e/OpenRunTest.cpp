@@ -1,0 +1,164 @@
+#include "e2e/Program.h"
+
+#include <QDirIterator>
+
+namespace {
+
+using e2e::State;
+
+const QString sidebar = u"PBSourceOutlineView"_s;
+
+class OpenRunTest : public e2e::ProgramTest {
+protected:
+    /// Waits until that photograph is shown large and sharp, as one of so many, and all is at rest.
+    testing::AssertionResult showsLarge(const QString& file, qsizetype count) {
+        const QString name = QFileInfo(file).fileName();
+        return waitFor([&](const State& s) {
+            const QString painted = s.large(u"painted"_s).toString();
+            return s.large(u"image"_s) == name && s.large(u"count"_s).toInt() == count &&
+                   (painted == u"fitIn"_s || painted == u"original"_s) &&
+                   s.large(u"atRest"_s).toBool() && s.isAtRest();
+        });
+    }
+    /// Leaves the large view, and waits for the thumbnails.
+    testing::AssertionResult leavesTo(qsizetype count) {
+        waitForFocus();
+        desktop.key(u"Escape"_s);
+        return waitFor([&](const State& s) {
+            return s.large(u"image"_s).isUndefined() && s.isAtRest() &&
+                   s.browser(u"items"_s).toInt() == count && s.browser(u"focus"_s).toBool();
+        });
+    }
+    testing::AssertionResult waitForRow(const QString& text, bool isThere) {
+        return waitFor([&](const State& s) {
+            return s.isAtRest() && s.place(text, sidebar).isNull() != isThere;
+        });
+    }
+    /// Starts it once more, as a file manager does: the program that runs is handed the paths.
+    void open(const QStringList& paths) {
+        const QDir folder = QFileInfo(photos()).dir();
+        QProcess later;
+        later.setProcessEnvironment(desktop.environment());
+        later.start(
+            QCoreApplication::applicationDirPath() + u"/velmora",
+            QStringList{u"--profile"_s, folder.filePath(u"profile"_s)} + paths);
+        ASSERT_TRUE(later.waitForFinished(60'000));
+        EXPECT_EQ(later.exitCode(), 0) << later.readAllStandardError().toStdString();
+    }
+    static QStringList filesIn(const QString& folder) {
+        QStringList files;
+        for (const QString& name : QDir(folder).entryList({u"*.jpg"_s}, QDir::Files))
+            files += folder + u'/' + name;
+        return files;
+    }
+    /// The photographs of a folder that has some.
+    QStringList paintAndChoose() {
+        paintPhotographs();
+        QDirIterator folders(
+            photos(), QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+        while (folders.hasNext()) {
+            const QStringList files = filesIn(folders.next());
+            if (files.size() > 2) return files;
+        }
+        return {};
+    }
+};
+
+TEST_F(OpenRunTest, aPhotographIsShownAmongItsNeighboursAndItsFolderGoesWithTheRun) {
+    const QStringList files = paintAndChoose();
+    ASSERT_GT(files.size(), 2);
+    const QString folder = QFileInfo(files[1]).dir().dirName();
+    startAgain({files[1]});
+    EXPECT_TRUE(showsLarge(files[1], files.size()));
+    EXPECT_TRUE(leavesTo(files.size()));
+    EXPECT_TRUE(waitForSelection(QFileInfo(files[1]).fileName()));
+    EXPECT_TRUE(waitForRow(u"Opened"_s, true) && waitForRow(folder, true));
+    quit();
+    startAgain();
+    EXPECT_TRUE(waitForRow(folder, false));
+    EXPECT_EQ(state().json()[u"tip"_s], 1) << "as in the first run";
+    quit();
+
+    startAgain({files[1]});
+    EXPECT_TRUE(showsLarge(files[1], files.size()));
+    EXPECT_TRUE(leavesTo(files.size()));
+    desktop.menu(state().place(folder, sidebar).center());
+    chooseInMenu({u"Keep"_s});
+    EXPECT_TRUE(waitForRow(u"Opened"_s, false) && waitForRow(folder, true));
+    EXPECT_TRUE(shows(files.size()));
+    quit();
+    startAgain();
+    EXPECT_TRUE(waitForRow(folder, true));
+    EXPECT_TRUE(shows(files.size()));
+    quit();
+}
+
+TEST_F(OpenRunTest, laterStartsHandOverWhatTheyAreAskedFor) {
+    const QStringList files = paintAndChoose();
+    ASSERT_GT(files.size(), 2);
+    const QString folder = QFileInfo(files[0]).path();
+    startAgain();
+    // The same one twice, at once and after a look at the thumbnails.
+    for (int round = 0; round < 2; ++round) {
+        open({files[0]});
+        open({files[0]});
+        EXPECT_TRUE(showsLarge(files[0], files.size()));
+        EXPECT_TRUE(leavesTo(files.size()));
+    }
+    open({files[2], files[0]});
+    EXPECT_TRUE(showsLarge(files[2], 2));
+    EXPECT_TRUE(leavesTo(files.size()));
+    // The folder wins over its file, and stays.
+    open({files[1], folder});
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        return s.isAtRest() && s.large(u"count"_s).toInt() == files.size();
+    }));
+    EXPECT_TRUE(leavesTo(files.size()));
+    EXPECT_TRUE(waitForRow(u"Opened"_s, false));
+    open({folder, files[1]});
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        return s.isAtRest() && s.large(u"count"_s).toInt() == files.size();
+    }));
+    EXPECT_TRUE(leavesTo(files.size()));
+
+    // Folders of two disks: nothing holds both but what nobody asked for.
+    const QTemporaryDir far(QDir(u"/dev/shm"_s).exists() ? u"/dev/shm/far-XXXXXX"_s : QString());
+    support::writePicture(far.filePath(u"x.png"_s));
+    open({far.path(), QFileInfo(folder).path()});
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        return s.isAtRest() && s.json()[u"folder"_s] == far.path() &&
+               s.browser(u"items"_s).toInt() == 1;
+    }));
+    EXPECT_TRUE(waitForRow(QFileInfo(QFileInfo(folder).path()).fileName(), true));
+    EXPECT_TRUE(waitForRow(u"/"_s, false));
+    open({far.filePath(u"x.png"_s), files[0]});
+    EXPECT_TRUE(showsLarge(u"x.png"_s, 2));
+    quit();
+}
+
+TEST_F(OpenRunTest, aPhotographThatIsOpenedDoesNotWaitForAScanOfMany) {
+    constexpr int count = 3000;
+    const QString many = photo(u"many"_s);
+    for (int number = 0; number < count; ++number)
+        support::writePicture(many + u"/%1.png"_s.arg(number), {16, 12});
+    const QString single = photo(u"single/one.png"_s);
+    support::writePicture(single);
+    startAgain();
+    open({many});
+    ASSERT_TRUE(waitFor([&](const State& s) { return s.json()[u"folder"_s] == many; }));
+    open({single});
+    const auto isSharp = [](const State& s, const QString& name) {
+        const QString painted = s.large(u"painted"_s).toString();
+        return s.large(u"image"_s) == name && (painted == u"fitIn"_s || painted == u"original"_s);
+    };
+    EXPECT_TRUE(waitFor([&](const State& s) { return isSharp(s, u"one.png"_s); }));
+    // In the folder that is being scanned.
+    open({many});
+    ASSERT_TRUE(waitFor([&](const State& s) { return s.json()[u"folder"_s] == many; }));
+    open({many + u"/2999.png"});
+    EXPECT_TRUE(waitFor([&](const State& s) { return isSharp(s, u"2999.png"_s); }));
+    EXPECT_TRUE(showsLarge(u"2999.png"_s, count));
+    quit();
+}
+
+} // namespace

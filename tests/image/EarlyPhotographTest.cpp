@@ -1,0 +1,54 @@
+#include "image/large/EarlyPhotograph.h"
+
+#include "image/large/LoadRequests.h"
+#include "platform/tasks/MainLoop.h"
+#include "support/Support.h"
+
+namespace {
+
+TEST(EarlyPhotographTest, onePhotographIsReadAndDecodedForWhoeverAsksForTheFileAsItIs) {
+    const platform::MainLoop loop;
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"a.jpg"_s);
+    const QString playing = folder.filePath(u"b.png"_s);
+    for (const QString& each : {path, playing})
+        support::writePicture(each, {80, 60});
+    const auto values = platform::FileManager::look(path).values;
+    const LargeImageScreen screen{.maxScreenSize = 40, .backingScaleFactor = 1, .colorSpace = {}};
+    const auto half = LoadRequests::make(40, {});
+    EarlyPhotograph early;
+    const auto longerSide = [&](const codec::DecodeRequest& request, double date) {
+        const auto taken = early.take(
+            path, static_cast<quint64>(values.fileSize), date, request, std::stop_token());
+        return taken ? taken->frame.image.width() : 0;
+    };
+    const double date = values.modificationDate;
+    EXPECT_EQ(longerSide(half, date), 0) << "nothing was begun";
+    for (int round = 0; round < 2; ++round) {
+        early.begin(path, screen);
+        EXPECT_EQ(longerSide(LoadRequests::make(60, {}), date), 0);
+        EXPECT_EQ(longerSide(LoadRequests::make(40, QColorSpace::AdobeRgb), date), 0);
+        EXPECT_EQ(longerSide(LoadRequests::make(39, {}), date), 40) << "a rounding apart";
+        EXPECT_EQ(longerSide(half, date), 0) << "once";
+        early.forget();
+        EXPECT_EQ(longerSide(half, date), 0);
+    }
+    early.begin(path, screen);
+    EXPECT_EQ(longerSide(half, date + 1), 0) << "another file by now";
+    early.begin(playing, screen);
+    early.begin(path, screen);
+    EXPECT_EQ(longerSide(LoadRequests::make(0, {}), date), 0) << "reduced";
+    early.forget();
+    early.begin(path, {.maxScreenSize = 400, .backingScaleFactor = 1, .colorSpace = {}});
+    EXPECT_EQ(longerSide(LoadRequests::make(0, {}), date), 80) << "no larger than that";
+
+    std::optional<EarlyPhotograph::Seen> seen;
+    early.begin(playing, screen);
+    early.observe(path, [](const auto&) { ADD_FAILURE() << "not begun any more"; });
+    early.observe(playing, [&](const EarlyPhotograph::Seen& told) { seen = told; });
+    EXPECT_TRUE(support::spinUntil([&] { return seen.has_value(); }));
+    EXPECT_EQ(seen->imageSize, QSizeF(80, 60));
+    EXPECT_EQ(seen->values.fileSize, QFileInfo(playing).size());
+}
+
+} // namespace
