@@ -65,11 +65,12 @@ void PBImageBrowserView::setLeafGroupItemArray(const std::vector<PBGroupItem*>& 
 
 /// Arrow keys, and commands after one that took the selected images away, go on from there.
 void PBImageBrowserView::goOnWith(const BrowserNeighbour& neighbour) {
-    // The large view chooses by itself.
-    const auto next = _services.isLargeView() ? nullptr : neighbour.taken(_leaves);
+    // The large view chooses by itself; and a drag or a double click means what it began on.
+    const bool isFree = !_services.isLargeView() && !_input.isDragging();
+    const auto next = isFree ? neighbour.taken(_leaves) : nullptr;
     if (!next) return;
     _input.setCurrent(next);
-    if (!neighbour.wasSelected() || _selection.hasSelect(FoldedLeaves::Included)) return;
+    if (!_isCurrentSelected || _selection.hasSelect(FoldedLeaves::Included)) return;
     next->setIsSelected(true);
     _hasGoneOn = true;
 }
@@ -411,6 +412,8 @@ void PBImageBrowserView::scrollToGroup(std::int64_t group) {
 void PBImageBrowserView::selectDidChange() {
     platform::assertMainThread();
     if (!_isCarryingOver) _carryOver.forgetSelection();
+    const auto current = _leaves.imageFileAtIndex(currentIndex());
+    _isCurrentSelected = current && current->isSelected();
     Q_EMIT selectionDidChange(_selection.selectCount(FoldedLeaves::Included));
     BrowserAccessible::selectionDidChange(*this);
     BrowserAccessible::currentDidChange(*this);

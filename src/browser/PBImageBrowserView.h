@@ -208,6 +208,8 @@ private:
 
     std::optional<PBImageBrowserViewScrollCapture> _scrollCapture;
     BrowserCarryOver _carryOver;
+    /// When the selection changed last; whoever takes an image away may have cleared it by now.
+    bool _isCurrentSelected = false;
     bool _hasGoneOn = false;      ///< another image was selected for those that left
     bool _isCarryingOver = false; ///< the selection changes by that, and not by the user
     std::shared_ptr<PBImageFileItem> _editingNameFileItem;

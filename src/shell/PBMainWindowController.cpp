@@ -521,10 +521,13 @@ void PBMainWindowController::updateImageBrowserTipView() {
     platform::assertMainThread();
     const auto folder = _sourceSidebar->tree().selectedFolder();
     const bool hasSubfolders = folder && !(folder->isLoaded() && folder->loadedChildren().empty());
+    QString place;
+    const auto root = folder ? folder->aliasObjectAndRelativePath(&place) : nullptr;
     _imageBrowserTipView->setReason(emptyReason(
         {.searchString = _services.browsing.searchString(),
          .filter = _services.browsing.filter(),
-         .leavesOutSubfolders = hasSubfolders && !_services.browsing.recurseSubFolder()}));
+         .leavesOutSubfolders = hasSubfolders && !_services.browsing.recurseSubFolder(),
+         .isAway = root && !root->isMounted()}));
     _imageBrowserTipView->setTipKind(PBImageBrowserTipView::kindFor(
         {.hasGroups = _browserPane->browserView().hasGroups(),
          .hasRoots = _sourceSidebar->tree().hasFolderAliasItem(),

@@ -639,6 +639,8 @@ TEST_F(WindowTest, anEmptyBrowserSaysWhatIsInTheWayAndTakesItAway) {
     EXPECT_EQ(said(u"ShowAll"_s), u"No photographs here, and subfolders are left out"_s);
     EXPECT_EQ(said(u"IncludeSubfolders"_s), u"No photographs here"_s);
     EXPECT_EQ(delegate.scans, 3);
+    setAway(*root, true);
+    EXPECT_EQ(said(), u"This folder can’t be reached at the moment"_s);
     browsing.setFilter(group::FilterRated);
     controller.reset();
     controller.emplace(shell());

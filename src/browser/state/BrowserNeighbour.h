@@ -13,12 +13,13 @@ public:
     /// gone, the first of the leaf that follows, or the last of the sheet. nullptr where the
     /// current image is still there, or nothing is.
     [[nodiscard]] std::shared_ptr<PBImageFileItem> taken(const BrowserLeafList& leaves) const;
-    /// The former current image was selected.
-    [[nodiscard]] bool wasSelected() const { return _wasSelected; }
 
 private:
+    [[nodiscard]] std::shared_ptr<PBImageFileItem>
+    sibling(const BrowserLeafList& leaves, std::int64_t group) const;
+
     PBImageBrowserIndex _index;
     std::shared_ptr<PBImageFileItem> _current;
     std::shared_ptr<PBGroupItemData> _leaf;
-    bool _wasSelected = false;
+    PBImageFileArray _siblings;
 };

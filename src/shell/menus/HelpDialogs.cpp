@@ -128,7 +128,7 @@ void HelpDialogs::showShortcuts(const MainMenu& menu, QWidget& window) {
     auto* layout = new QVBoxLayout(dialog);
     layout->addWidget(shortcutList(menu));
     layout->addWidget(closeButton(*dialog));
-    dialog->resize(460, 560);
+    dialog->resize(540, 600);
     dialog->show();
 }
 

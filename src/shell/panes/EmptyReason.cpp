@@ -10,6 +10,10 @@ PBImageBrowserTipView::Reason emptyReason(const Narrowing& narrowing) {
     using Remedy = PBImageBrowserTipView::Remedy;
     const QString filtered = photographsOfFilter(narrowing.filter);
     PBImageBrowserTipView::Reason reason;
+    if (narrowing.isAway) {
+        reason.text = localizedString(u"FolderAway");
+        return reason;
+    }
     if (!narrowing.searchString.isEmpty()) {
         reason.text =
             filtered.isEmpty()

@@ -11,6 +11,7 @@ struct Narrowing {
     QString searchString;
     std::uint64_t filter = 0;         ///< bits of `group::FilterBit`
     bool leavesOutSubfolders = false; ///< and the folder has some
+    bool isAway = false;              ///< the folder can't be looked at
 };
 
 /// Why a folder with this shows no photograph; the reason has no text where nothing narrows it
