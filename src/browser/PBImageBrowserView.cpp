@@ -38,7 +38,7 @@ PBImageBrowserView::PBImageBrowserView(
            .folderTitle = [&services](const QString& path) { return services.folderTitle(path); }}),
       _selection(_leaves), _input(_layout, _leaves, _painter, *this),
       _selectView(new PBImageBrowserSelectView(this)) {
-    BrowserAccessible::install();
+    BrowserAccessible::install<BrowserAccessible, PBImageBrowserView>();
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     // A mouse that moves without a button tells of a release that was never heard.
@@ -185,7 +185,7 @@ void PBImageBrowserView::reloadData() {
     _painter.heads().forgetNames();
     const bool hasSelected = takeCarriedOver();
     layoutSheet();
-    BrowserAccessible::contentDidChange(*this);
+    BrowserAccessible::itemsDidChange(*this);
     Q_EMIT itemCountDidChange(_selection.itemCount(FoldedLeaves::Included));
     if (!hasSelected) return;
     const QScopedValueRollback carrying(_isCarryingOver, true);
@@ -327,6 +327,13 @@ void PBImageBrowserView::captureScrollWithMode(ScrollCaptureMode mode) {
     platform::assertMainThread();
     _scrollCapture =
         ::captureScrollWithMode(mode, _layout, _leaves, visibleRect(), _editingNameFileItem);
+}
+
+void PBImageBrowserView::captureScrollOfSelection() {
+    captureScrollWithMode(ScrollCaptureMode::VisibleSelection);
+    const bool hasAnchor =
+        _scrollCapture && _scrollCapture->type == PBImageBrowserViewScrollCapture::Anchored;
+    if (!hasAnchor) captureScrollWithMode(ScrollCaptureMode::Nearest);
 }
 
 void PBImageBrowserView::captureScrollIfNone() {
