@@ -55,6 +55,7 @@ struct NotedEdits final : fileactions::EditRunner {
         undoName = text;
         other = std::move(back);
     }
+    void countTags(Counted done) override { counted = std::move(done); }
     void undo() override { ++undone; }
     void redo() override { ++redone; }
     bool canUndo() const override { return !undoName.isEmpty(); }
@@ -69,6 +70,7 @@ struct NotedEdits final : fileactions::EditRunner {
     }
 
     std::vector<std::pair<fileactions::PhotographEdit, Done>> edits;
+    Counted counted;
     int undone = 0;
     int redone = 0;
     QString undoName;
