@@ -2,14 +2,13 @@
 
 #include "FMDB/FMDatabase.h"
 #include "FMDB/FMTransaction.h"
+#include "app/CatalogueBox.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/StandardError.h"
 #include "platform/tasks/MainThread.h"
-#include "ui/Icons.h"
 
 #include <QFile>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QTimer>
 
 #include <sqlite3.h>
@@ -41,13 +40,8 @@ bool CatalogueWait::isHeld(const QString& file, std::chrono::milliseconds patien
 bool CatalogueWait::waitInWindow(const QString& file, const std::function<bool()>& isFree) {
     platform::assertMainThread();
     QMessageBox box;
-    box.setWindowTitle(localizedString(u"Velmora"));
-    constexpr int iconSide = 48;
-    box.setIconPixmap(Icons::named(QStringLiteral("warning")).pixmap(iconSide, iconSide));
-    box.setTextFormat(Qt::PlainText);
-    box.setText(localizedString(u"CatalogueHeld"));
-    box.setInformativeText(localizedFormat(u"CatalogueHeldDetails", {file}));
-    box.setEscapeButton(box.addButton(localizedString(u"CatalogueQuit"), QMessageBox::RejectRole));
+    setUpCatalogueBox(
+        box, localizedString(u"CatalogueHeld"), localizedFormat(u"CatalogueHeldDetails", {file}));
     bool isSettled = false;
     QTimer look;
     look.setInterval(betweenLooks);

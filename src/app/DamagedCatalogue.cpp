@@ -1,11 +1,11 @@
 #include "app/DamagedCatalogue.h"
 
 #include "FMDB/FMDatabase.h"
+#include "app/CatalogueBox.h"
 #include "catalogue/DatabaseFile.h"
 #include "catalogue/PBCatalogue.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/StandardError.h"
-#include "ui/Icons.h"
 
 #include <QFile>
 #include <QMessageBox>
@@ -24,17 +24,13 @@ QString DamagedCatalogue::reason(const QString& file) {
 
 DamagedCatalogue::Choice DamagedCatalogue::ask(const QString& file, const QString& reason) {
     QMessageBox box;
-    box.setWindowTitle(localizedString(u"Velmora"));
-    constexpr int iconSide = 48;
-    box.setIconPixmap(Icons::named(QStringLiteral("warning")).pixmap(iconSide, iconSide));
-    box.setTextFormat(Qt::PlainText);
-    box.setText(localizedString(u"CatalogueDamaged"));
-    box.setInformativeText(localizedFormat(u"CatalogueDamagedDetails", {file, reason}));
+    setUpCatalogueBox(
+        box, localizedString(u"CatalogueDamaged"),
+        localizedFormat(u"CatalogueDamagedDetails", {file, reason}));
     const auto* anew =
         box.addButton(localizedString(u"CatalogueStartAnew"), QMessageBox::AcceptRole);
     const auto* without =
         box.addButton(localizedString(u"CatalogueGoWithout"), QMessageBox::DestructiveRole);
-    box.setEscapeButton(box.addButton(localizedString(u"CatalogueQuit"), QMessageBox::RejectRole));
     box.exec();
     if (box.clickedButton() == anew) return Choice::StartAnew;
     return box.clickedButton() == without ? Choice::GoWithout : Choice::Quit;

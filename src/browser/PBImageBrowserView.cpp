@@ -39,7 +39,7 @@ PBImageBrowserView::PBImageBrowserView(
            .folderTitle = [&services](const QString& path) { return services.folderTitle(path); }}),
       _selection(_leaves), _input(_layout, _leaves, _painter, *this),
       _selectView(new PBImageBrowserSelectView(this)) {
-    BrowserAccessible::install();
+    BrowserAccessible::install<BrowserAccessible, PBImageBrowserView>();
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     // A mouse that moves without a button tells of a release that was never heard.
@@ -214,7 +214,7 @@ void PBImageBrowserView::reloadData() {
     const bool hasGoneOn = std::exchange(_hasGoneOn, false);
     const bool hasSelected = takeCarriedOver() || hasGoneOn;
     layoutSheet();
-    BrowserAccessible::contentDidChange(*this);
+    BrowserAccessible::itemsDidChange(*this);
     Q_EMIT itemCountDidChange(_selection.itemCount(FoldedLeaves::Included));
     if (!hasSelected) return;
     const QScopedValueRollback carrying(_isCarryingOver, true);
@@ -357,6 +357,13 @@ void PBImageBrowserView::captureScrollWithMode(ScrollCaptureMode mode) {
     platform::assertMainThread();
     _scrollCapture =
         ::captureScrollWithMode(mode, _layout, _leaves, visibleRect(), _editingNameFileItem);
+}
+
+void PBImageBrowserView::captureScrollOfSelection() {
+    captureScrollWithMode(ScrollCaptureMode::VisibleSelection);
+    const bool hasAnchor =
+        _scrollCapture && _scrollCapture->type == PBImageBrowserViewScrollCapture::Anchored;
+    if (!hasAnchor) captureScrollWithMode(ScrollCaptureMode::Nearest);
 }
 
 void PBImageBrowserView::captureScrollIfNone() {

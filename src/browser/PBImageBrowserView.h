@@ -94,6 +94,9 @@ public:
     void scrollToGroup(std::int64_t group);
 
     void captureScrollWithMode(ScrollCaptureMode mode);
+    /// Before a swap that moves selected photographs to other groups: the first of them that is on
+    /// show stays at its place, and without one what lies nearest to the middle.
+    void captureScrollOfSelection();
     /// The mouse button is down: no tree may be swapped in.
     [[nodiscard]] bool isDragging() const { return _input.isDragging(); }
     /// Begins the rename of an image in place, with a text that was typed before if there is one.

@@ -6,7 +6,9 @@ group::takeItemsWithIds(const PBGroupItemArray& tree, std::unordered_set<qint64>
     for (const PBGroupItem* leaf : leavesOf(tree)) {
         if (fileIds.empty()) break;
         for (const auto& item : leaf->imageFiles()) {
-            if (fileIds.erase(item->fileId()) != 0) found.push_back(item);
+            if (fileIds.erase(item->fileId()) == 0) continue;
+            found.push_back(item);
+            if (fileIds.empty()) return found; // a leaf may hold a million
         }
     }
     return found;

@@ -22,8 +22,8 @@ class InfoEdits {
 public:
     virtual ~InfoEdits() = default;
 
-    /// Flags all of them, or takes the flag of all.
-    virtual void setFlagged(const PBImageFileList& items, bool flagged) = 0;
+    /// Flags all of them, unless each is flagged by then: its flag goes.
+    virtual void toggleFlag(const PBImageFileList& items) = 0;
     /// 0 to 5 stars.
     virtual void setStar(const PBImageFileList& items, int star) = 0;
     /// Never called with an empty change.

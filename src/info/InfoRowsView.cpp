@@ -29,7 +29,7 @@ constexpr qsizetype mostInToolTip = 1500;
 } // namespace
 
 InfoRowsView::InfoRowsView(QWidget* parent) : QWidget(parent), _painter(font()) {
-    RowsAccessible::install();
+    RowsAccessible::install<RowsAccessible, InfoRowsView>();
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding);
 }
@@ -42,6 +42,7 @@ void InfoRowsView::setRows(InfoRows rows, int heightInRows, int furtherHeight) {
         _selected.clear();
         _current = -1;
         _anchor = -1;
+        ++_listGeneration;
     }
     const bool hasChanged = isOtherList || rows != _rows;
     _rows = std::move(rows);
@@ -49,7 +50,7 @@ void InfoRowsView::setRows(InfoRows rows, int heightInRows, int furtherHeight) {
     _furtherHeight = furtherHeight;
     updateHeight();
     update();
-    if (hasChanged) RowsAccessible::rowsDidChange(*this);
+    if (hasChanged) RowsAccessible::itemsDidChange(*this);
 }
 
 void InfoRowsView::setFurtherHeight(int points) {
@@ -100,8 +101,7 @@ void InfoRowsView::selectRow(int row) {
     if (row >= 0 && row < rowCount()) _selected.insert(row);
     _current = _selected.empty() ? -1 : row;
     _anchor = _current;
-    update();
-    RowsAccessible::currentDidChange(*this);
+    selectionDidChange();
 }
 
 void InfoRowsView::moveTo(int row, Qt::KeyboardModifiers modifiers) {
@@ -113,8 +113,7 @@ void InfoRowsView::moveTo(int row, Qt::KeyboardModifiers modifiers) {
         for (int each = std::min(row, _anchor); each <= std::max(row, _anchor); ++each)
             _selected.insert(each);
         _current = row;
-        update();
-        RowsAccessible::currentDidChange(*this);
+        selectionDidChange();
     }
     Q_EMIT visibilityWanted(rowRect(row));
 }
@@ -122,7 +121,13 @@ void InfoRowsView::moveTo(int row, Qt::KeyboardModifiers modifiers) {
 void InfoRowsView::selectAll() {
     for (int row = 0; row < rowCount(); ++row)
         _selected.insert(row);
+    selectionDidChange();
+}
+
+void InfoRowsView::selectionDidChange() {
     update();
+    RowsAccessible::selectionDidChange(*this);
+    RowsAccessible::currentDidChange(*this);
 }
 
 void InfoRowsView::copy(bool withLabels) const {
@@ -171,7 +176,7 @@ void InfoRowsView::mousePressEvent(QMouseEvent* event) {
         if (_selected.erase(row) == 0) _selected.insert(row);
         _current = row;
         _anchor = row;
-        return update();
+        return selectionDidChange();
     }
     moveTo(row, event->modifiers());
     if (event->modifiers() == Qt::NoModifier && takesPress(point)) event->accept();
@@ -273,6 +278,7 @@ void InfoRowsView::contextMenuEvent(QContextMenuEvent* event) {
 void InfoRowsView::focusInEvent(QFocusEvent* event) {
     QWidget::focusInEvent(event);
     if (event->reason() == Qt::TabFocusReason && _current < 0 && !_rows.empty()) selectRow(0);
+    RowsAccessible::currentDidChange(*this);
     update();
 }
 

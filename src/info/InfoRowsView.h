@@ -5,6 +5,7 @@
 
 #include <QWidget>
 
+#include <cstdint>
 #include <set>
 
 class QMenu;
@@ -31,6 +32,8 @@ public:
     [[nodiscard]] QString rowText(int row) const;
     /// What `copy` brings to the clipboard.
     [[nodiscard]] QString textOfSelection(bool withLabels) const;
+    /// Another number each time that the rows are about other things.
+    [[nodiscard]] std::uint64_t listGeneration() const { return _listGeneration; }
     /// The one text that is shown without rows.
     [[nodiscard]] const QString& emptyText() const { return _emptyText; }
     /// The user wants something done with the row: Return, or F2.
@@ -73,6 +76,7 @@ private:
     [[nodiscard]] bool isOwnKey(const QKeyEvent& event) const;
     void moveTo(int row, Qt::KeyboardModifiers modifiers);
     void selectAll();
+    void selectionDidChange();
     void copy(bool withLabels) const;
     void updateHeight();
     bool showToolTip(const QPoint& point, const QPoint& globalPoint);
@@ -85,4 +89,5 @@ private:
     std::set<int> _selected;
     int _current = -1;
     int _anchor = -1;
+    std::uint64_t _listGeneration = 0;
 };

@@ -246,10 +246,7 @@ void PBGeneralInfoView::commitEditing() {
 }
 
 void PBGeneralInfoView::flagClicked() {
-    const PBImageFileList& items = _selection.edited;
-    const bool areFlagged =
-        std::ranges::all_of(items, [](const auto& item) { return item->flagged(); });
-    if (!items.empty()) _edits.setFlagged(items, !areFlagged);
+    if (!_selection.edited.empty()) _edits.toggleFlag(_selection.edited);
 }
 
 bool PBGeneralInfoView::takesPress(const QPoint& point) {

@@ -1,35 +1,24 @@
 #pragma once
 
-#include <QAccessibleWidget>
-
-#include <cstddef>
-#include <map>
+#include "ui/PaintedItemsAccessible.h"
 
 class InfoRowsView;
 
-/// A page of rows for screen readers: a list of them, with the controls behind. Rows are made when
-/// they are asked for. Main thread.
-class RowsAccessible final : public QAccessibleWidget {
+/// A page of rows for screen readers: a list of them, with the controls behind. Main thread.
+class RowsAccessible final : public PaintedItemsAccessible {
 public:
     explicit RowsAccessible(InfoRowsView& view);
-    ~RowsAccessible() override;
 
-    /// Makes Qt use this class for pages of rows. Once for the process.
-    static void install();
-    /// Tell screen readers what has changed; nothing while none is running.
-    static void rowsDidChange(InfoRowsView& view);
-    static void currentDidChange(InfoRowsView& view);
-
-    [[nodiscard]] int childCount() const override;
-    [[nodiscard]] QAccessibleInterface* child(int index) const override;
-    [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override;
-    [[nodiscard]] QAccessibleInterface* childAt(int x, int y) const override;
-    [[nodiscard]] QAccessibleInterface* focusChild() const override;
-    [[nodiscard]] QString text(QAccessible::Text kind) const override;
+protected:
+    [[nodiscard]] int itemCount() const override;
+    [[nodiscard]] Item item(int row) const override;
+    [[nodiscard]] QString itemText(int row, QAccessible::Text kind) const override;
+    [[nodiscard]] QStringList itemActions(int row) const override;
+    void perform(int row, const QString& action) override;
+    [[nodiscard]] int itemAt(const QPoint& point) const override;
+    [[nodiscard]] int currentItem() const override;
+    [[nodiscard]] std::uint64_t generation() const override;
 
 private:
-    [[nodiscard]] int rowCount() const;
-
     InfoRowsView& _view;
-    mutable std::map<int, QAccessible::Id> _rows;
 };

@@ -3,6 +3,7 @@
 #include "group/PBImageFileItem.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
+#include "ui/PhotographText.h"
 #include "viewer/PBImageView.h"
 
 #include <memory>
@@ -42,11 +43,7 @@ QString ImageViewAccessible::text(QAccessible::Text kind) const {
     if (kind == QAccessible::Name) return item ? item->fileName() : localizedString(u"No Photo");
     if (kind != QAccessible::Description || !item) return QAccessibleWidget::text(kind);
     const QSize size = item->displaySize().toSize();
-    QStringList parts{localizedFormat(u"Accessible_PhotoSize", {size.width(), size.height()})};
-    const auto stars = static_cast<qint64>(item->star());
-    if (stars == 1) parts += localizedString(u"Accessible_Star");
-    if (stars > 1) parts += localizedFormat(u"Accessible_Stars", {stars});
-    if (item->flagged()) parts += localizedString(u"Accessible_Flagged");
-    if (item->isAway()) parts += localizedString(u"Accessible_Away");
-    return parts.join(QStringLiteral(", "));
+    const QStringList parts{
+        localizedFormat(u"Accessible_PhotoSize", {size.width(), size.height()})};
+    return (parts + spokenMarks(*item)).join(QStringLiteral(", "));
 }

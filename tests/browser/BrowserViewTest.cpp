@@ -152,6 +152,26 @@ TEST_F(BrowserViewTest, theImageInTheMiddleStaysWhenATreeIsSwappedInOrTheSizeCha
     EXPECT_EQ(position(), 0); // the way to the top is not to be kept
 }
 
+TEST_F(BrowserViewTest, aSelectedImageOnShowStaysAtItsPlaceWhereAnEditMovesIt) {
+    show({60, 60});
+    view->GotoIndex({1, 20});
+    finishMotion();
+    const auto moved = tree->item(1, 20);
+    const int top = view->widgetRect({1, 20}).top();
+    view->captureScrollOfSelection();
+    tree->remove(1, {moved});
+    tree->node(0).sortAddImageFileItem(moved, 0, false);
+    showLeaves(tree->leaves());
+    const Index index = view->leaves().indexForImageFile(moved);
+    EXPECT_EQ(index.group, 0);
+    EXPECT_EQ(view->widgetRect(index).top(), top);
+    // Out of sight it is none of the edit's business.
+    scrollView.scrollToPosition(300, false);
+    view->captureScrollOfSelection();
+    view->reloadData();
+    EXPECT_EQ(position(), 300);
+}
+
 TEST_F(BrowserViewTest, aClickTakesHoldOfThePlaceAndAMotionGoesOnFromWhereItIsMovedTo) {
     show({40, 40});
     click(at({0, 4}));

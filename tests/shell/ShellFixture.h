@@ -57,6 +57,7 @@ struct NotedEdits final : fileactions::EditRunner {
         undoName = text;
         other = std::move(back);
     }
+    void countTags(Counted done) override { counted = std::move(done); }
     void undo() override { ++undone; }
     void redo() override { ++redone; }
     bool canUndo() const override { return !undoName.isEmpty(); }
@@ -71,6 +72,7 @@ struct NotedEdits final : fileactions::EditRunner {
     }
 
     std::vector<std::pair<fileactions::PhotographEdit, Done>> edits;
+    Counted counted;
     int undone = 0;
     int redone = 0;
     QString undoName;

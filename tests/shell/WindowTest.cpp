@@ -368,7 +368,7 @@ TEST_F(WindowTest, theInformationPaneFollowsTheSelectionAndEditsIt) {
         std::get<PhotographEdit::ChangeTags>(edits.edits[0].first.change).added,
         QStringList{u"sun"_s});
     panel.generalInfoView().findChild<QToolButton*>()->click();
-    EXPECT_TRUE(std::get<PhotographEdit::SetFlag>(edits.edits[1].first.change).flag);
+    EXPECT_TRUE(std::holds_alternative<PhotographEdit::ToggleFlag>(edits.edits[1].first.change));
     fileactions::EditResult flagged;
     flagged.kind = fileactions::EditResult::Kind::Flag;
     flagged.isStored = true;
@@ -393,8 +393,30 @@ TEST_F(WindowTest, theInformationPaneFollowsTheSelectionAndEditsIt) {
     // What was selected while it was folded away shows afterwards.
     (void)(choose(u"view_Info"), titleOf(u"view_Info"));
     selectItems(u"a"_s);
+    QApplication::processEvents();
+    EXPECT_EQ(panel.title(), u"Information of c.jpg"_s) << "nothing is read for nobody";
     (void)(choose(u"view_Info"), titleOf(u"view_Info"));
     EXPECT_TRUE(shows(u"a.jpg"_s));
+}
+
+TEST_F(WindowTest, whatIsRatedStaysAtItsPlaceWhenItMovesElsewhere) {
+    PBImageFileList many;
+    for (qint64 id = 100; id < 400; ++id)
+        many.push_back(
+            PBImageFileItem::imageFileItemWithId(id, folderId, u"%1.jpg"_s.arg(id), 1, 1));
+    publish(many);
+    const auto rated = many[150];
+    browser().showCurrent(rated); // at the lower edge
+    const auto top = [&] {
+        return browser().widgetRect(browser().leaves().indexForImageFile(rated)).top();
+    };
+    const int before = top();
+    rated->setIsSelected(true);
+    choose(u"rating3");
+    edits.end({.isStored = true, .reason = {}, .changed = {rated->fileId()}});
+    rated->setFileName(u"350 and on.jpg"_s);
+    publish(many);
+    EXPECT_EQ(top(), before);
 }
 
 TEST_F(WindowTest, theStatusBarCountsAndItsControlsWork) {
@@ -559,6 +581,8 @@ TEST_F(WindowTest, aTagIsRenamedMergedAndRemovedFromTheListOfTags) {
     ASSERT_TRUE(db.executeUpdate(u"update ImageFile set Tag = '1,2' where Id < 3"_s));
     choose(u"manageTags");
     auto& list = part<QTreeWidget>(u"tags"_s);
+    EXPECT_EQ(list.topLevelItemCount(), 0) << "nobody waits for the counting";
+    edits.counted(marks::TagRows::counts(db));
     ASSERT_EQ(list.topLevelItemCount(), 2);
     EXPECT_EQ(list.topLevelItem(0)->text(0) + list.topLevelItem(0)->text(1), u"city2"_s);
     list.setCurrentItem(list.topLevelItem(1));

@@ -1,10 +1,12 @@
 #include "platform/tasks/MainLoop.h"
 #include "support/Mouse.h"
+#include "ui/FlagFeedback.h"
 #include "ui/PBModalTextField.h"
 #include "ui/PBOutlineView.h"
 #include "ui/PBSplitView.h"
 #include "ui/SearchField.h"
 
+#include <QPointer>
 #include <QStandardItemModel>
 #include <QTest>
 
@@ -190,6 +192,30 @@ TEST(SearchFieldTest, tellsOfWhatIsTypedOnlyAndEscapeEmptiesIt) {
     QTest::keyClick(&field, Qt::Key_Escape);
     EXPECT_EQ(told.join(u' '), u">x done > done");
     EXPECT_FALSE(clear->isVisible());
+}
+
+TEST(FlagFeedbackTest, theFlagGrowsSlowingDownOrShrinksGatheringSpeedAndGoes) {
+    struct Row {
+        double seconds;
+        double set;
+        double cleared;
+    };
+    for (const auto& [seconds, set, cleared] :
+         {Row{-1, 0, 60}, Row{0, 0, 60}, Row{0.125, 34.6875, 59.0625}, Row{0.25, 52.5, 52.5},
+          Row{0.375, 59.0625, 34.6875}, Row{0.5, 60, 0}, Row{9, 60, 0}}) {
+        EXPECT_NEAR(FlagFeedback::sideAfter(seconds, true), set, 1e-9) << seconds;
+        EXPECT_NEAR(FlagFeedback::sideAfter(seconds, false), cleared, 1e-9) << seconds;
+    }
+    QWidget view;
+    view.resize(201, 100);
+    double now = 7;
+    const QPointer<QWidget> flag(new FlagFeedback(view, true, [&] { return now; }));
+    EXPECT_EQ(flag->geometry(), QRect(70, 20, 60, 60));
+    now = 7.5;
+    EXPECT_TRUE(support::spinUntil([&] { return !flag; }));
+    FlagFeedback::showOver(view, true);
+    FlagFeedback::showOver(view, false);
+    EXPECT_EQ(view.children().size(), 1) << "the next one takes the place of the last";
 }
 
 } // namespace

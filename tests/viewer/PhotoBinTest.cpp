@@ -85,7 +85,7 @@ struct PhotoBinTest : ::testing::Test, PhotoBinHost, PhotoBinStrip {
     void scrollIndexToCenter(std::int64_t index, bool animation) override {
         note(animation ? u'c' : u'j', index);
     }
-    void setNeedsDisplay() override {}
+    void focusDidChange() override { strip = bin.focusIndex(); }
 
     void note(QChar what, std::int64_t index) { log += what + QString::number(index); }
     QString take() { return std::exchange(log, {}); }
@@ -113,6 +113,7 @@ struct PhotoBinTest : ::testing::Test, PhotoBinHost, PhotoBinStrip {
     PBImageFileList items;
     PhotoBin bin{*this, *this};
     QString log;
+    std::int64_t strip = -1; ///< what it was told
 };
 
 TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
@@ -126,6 +127,7 @@ TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
     bin.navigateToNextImage();
     EXPECT_EQ(take(), u"c1ls1Sp");
     EXPECT_EQ(selected(), u"1");
+    EXPECT_EQ(strip, 1) << "screen readers hear of it there";
     EXPECT_EQ(bin.loadDirection(), 1);
     bin.navigateToLastImage();
     EXPECT_EQ(take(), u"j119ls119Sp") << "too far for a motion";
@@ -145,6 +147,7 @@ TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
     EXPECT_EQ(take(), u"ls3Sp") << "it stands in the middle already";
     EXPECT_EQ(bin.loadDirection(), -1);
     EXPECT_EQ(selected(), u"3");
+    EXPECT_EQ(strip, 3);
 
     const auto ahead = [&](std::int64_t count) {
         QString names;

@@ -94,7 +94,7 @@ void EditQueue::finish() {
 qint64 EditQueue::pendingCount() const {
     qint64 count = 0;
     for (const Job& job : _jobs)
-        count += job.kind == Job::Read ? 0 : std::max<qint64>(std::ssize(job.edit.fileIds), 1);
+        count += job.isLook() ? 0 : std::max<qint64>(std::ssize(job.edit.fileIds), 1);
     return count;
 }
 
@@ -121,6 +121,8 @@ std::optional<EditQueue::Work> EditQueue::workOf(const Job& job) const {
         return job.fileIds;
     case Job::Import:
         return job.marks;
+    case Job::Count:
+        return CountTags{};
     case Job::Other:
         break; // never comes so far
     }
@@ -136,7 +138,7 @@ void EditQueue::beginNext() {
             continue;
         }
         _isRunning = true;
-        Q_EMIT didBegin();
+        if (!_jobs.front().isLook()) Q_EMIT didBegin();
         _queue.addOperation([this, alive = std::weak_ptr(_alive), work = std::move(*work)] {
             Outcome outcome = perform(work);
             {
@@ -150,6 +152,10 @@ void EditQueue::beginNext() {
             });
         });
     }
+}
+
+void EditQueue::countTags(Counted done) {
+    add({.kind = Job::Count, .counted = std::move(done)});
 }
 
 void EditQueue::didOther(const QString& text, OtherWay back) {
@@ -210,6 +216,11 @@ void EditQueue::drain() {
 }
 
 void EditQueue::complete(const Job& job, Outcome outcome) {
+    if (job.kind == Job::Count) {
+        if (_isFinishing) return;
+        auto* counts = std::get_if<Counts>(&outcome);
+        return job.counted(counts ? std::move(*counts) : std::nullopt);
+    }
     if (const auto* reason = std::get_if<QString>(&outcome)) return fail(job, *reason);
     auto& stored = std::get<StoredEdit>(outcome);
     if (stored.hasChanged) _environment.ledgerDidChange();
@@ -222,12 +233,7 @@ void EditQueue::complete(const Job& job, Outcome outcome) {
         Q_EMIT didReadAgain(fileIds);
         return;
     }
-    EditResult result = resultOf(
-        job,
-        job.kind == Job::Edit   ? kindOf(job.edit.change)
-        : job.kind == Job::Undo ? _history.undoStep()->kind
-                                : _history.redoStep()->kind,
-        stored);
+    EditResult result = resultOf(job, stored);
     if (!_isFinishing && stored.hasChanged) {
         result.hasLeft = _environment.show(stored.shown, fieldsOf(result.kind));
         if (result.kind == Kind::TagEverywhere) _environment.tagsDidChange();
@@ -237,10 +243,11 @@ void EditQueue::complete(const Job& job, Outcome outcome) {
     if (job.done) job.done(result);
 }
 
-EditResult
-EditQueue::resultOf(const Job& job, EditResult::Kind kind, const StoredEdit& stored) const {
+EditResult EditQueue::resultOf(const Job& job, const StoredEdit& stored) const {
     EditResult result;
-    result.kind = kind;
+    result.kind = job.kind == Job::Edit   ? kindOf(job.edit.change)
+                  : job.kind == Job::Undo ? _history.undoStep()->kind
+                                          : _history.redoStep()->kind;
     result.way = job.kind == Job::Undo   ? EditResult::Way::Undone
                  : job.kind == Job::Redo ? EditResult::Way::Redone
                                          : EditResult::Way::Done;
@@ -269,18 +276,28 @@ void EditQueue::remember(const Job& job, StoredEdit& stored) {
 }
 
 void EditQueue::fail(const Job& job, const QString& reason) {
-    if (job.kind == Job::Import) _importFailure = reason;
-    if (job.kind == Job::Read || job.kind == Job::Import) return;
-    EditResult result = resultOf(
-        job,
-        job.kind == Job::Edit   ? kindOf(job.edit.change)
-        : job.kind == Job::Undo ? _history.undoStep()->kind
-                                : _history.redoStep()->kind,
-        {});
+    if (job.kind == Job::Read) return;
+    if (job.kind == Job::Import) {
+        _importFailure = reason;
+        if (!_isFinishing) Q_EMIT didReadAgain({}); // what had begun is over
+        return;
+    }
+    if (job.kind == Job::Edit) dropUndoOfFailed();
+    EditResult result = resultOf(job, {});
     result.isStored = false;
     result.reason = result.kind == Kind::Name ? reason : inWords(reason);
     Q_EMIT didFail(result);
     if (job.done) job.done(result);
+}
+
+void EditQueue::dropUndoOfFailed() {
+    int above = 0; // what would be in the history by then
+    for (auto job = _jobs.begin(); job != _jobs.end(); ++job) {
+        if (job->kind == Job::Edit || job->kind == Job::Redo || job->kind == Job::Other) ++above;
+        if (job->kind != Job::Undo || above-- > 0) continue;
+        _jobs.erase(job);
+        return;
+    }
 }
 
 EditQueue::Outcome EditQueue::perform(const Work& work) {
@@ -297,8 +314,11 @@ EditQueue::Outcome EditQueue::perform(const Work& work) {
 EditQueue::Outcome EditQueue::performOn(FMDatabase& both, const Work& work) const {
     if (const auto* edit = std::get_if<PhotographEdit>(&work)) {
         const group::CatalogueFolderPaths folders(both, _environment.folderRoots);
-        return storePhotographEdit(both, _environment.mountedRoots(), folders, *edit);
+        auto outcome = storePhotographEdit(both, _environment.mountedRoots(), folders, *edit);
+        if (auto* reason = std::get_if<QString>(&outcome)) return std::move(*reason);
+        return std::move(std::get<StoredEdit>(outcome));
     }
+    if (std::holds_alternative<CountTags>(work)) return marks::TagRows::counts(both);
     StoredEdit stored;
     if (const auto* fileIds = std::get_if<std::vector<qint64>>(&work)) {
         auto rows = marks::shownRows(both, *fileIds);

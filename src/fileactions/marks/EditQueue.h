@@ -42,6 +42,7 @@ public:
 
     void run(PhotographEdit edit, Done done = {}) override;
     void didOther(const QString& text, OtherWay back) override;
+    void countTags(Counted done) override;
     void undo() override { add({.kind = Job::Undo}); }
     void redo() override { add({.kind = Job::Redo}); }
     [[nodiscard]] bool canUndo() const override { return _history.undoStep() != nullptr; }
@@ -61,7 +62,7 @@ public:
 
 private:
     struct Job {
-        enum Kind { Edit, Undo, Redo, Read, Import, Other };
+        enum Kind { Edit, Undo, Redo, Read, Import, Other, Count };
         Kind kind = Edit;
         PhotographEdit edit = {};
         MarksEdit marks = {};
@@ -69,9 +70,14 @@ private:
         Done done = {};
         QString text = {}; ///< of something else
         OtherWay way = {};
+        Counted counted = {};
+        /// Changes nothing.
+        [[nodiscard]] bool isLook() const { return kind == Read || kind == Count; }
     };
-    using Work = std::variant<PhotographEdit, MarksEdit, std::vector<qint64>>;
-    using Outcome = std::variant<StoredEdit, QString>;
+    struct CountTags {};
+    using Counts = std::optional<std::vector<marks::TagRows::Count>>;
+    using Work = std::variant<PhotographEdit, MarksEdit, std::vector<qint64>, CountTags>;
+    using Outcome = std::variant<StoredEdit, QString, Counts>;
 
     void add(Job job);
     void beginNext();
@@ -81,10 +87,12 @@ private:
     void takeFinished();
     void drain();
     void complete(const Job& job, Outcome outcome);
-    [[nodiscard]] EditResult
-    resultOf(const Job& job, EditResult::Kind kind, const StoredEdit& stored) const;
+    /// Before the history moves.
+    [[nodiscard]] EditResult resultOf(const Job& job, const StoredEdit& stored) const;
     void remember(const Job& job, StoredEdit& stored);
     void fail(const Job& job, const QString& reason);
+    /// The undo that was meant for the edit that has just failed would take back an older one.
+    void dropUndoOfFailed();
 
     // On the thread of the edits.
     [[nodiscard]] Outcome perform(const Work& work);

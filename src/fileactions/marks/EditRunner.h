@@ -1,10 +1,13 @@
 #pragma once
 
+#include "catalogue/marks/TagRows.h"
 #include "fileactions/marks/PhotographEdit.h"
 
 #include <QObject>
 
 #include <functional>
+#include <optional>
+#include <vector>
 
 namespace fileactions {
 
@@ -32,6 +35,10 @@ public:
 
     /// Something else was done, which this takes back; `text` as in `undoText`.
     virtual void didOther(const QString& text, OtherWay back) = 0;
+    /// Counts how many photographs have each tag. `done` is called later, with nothing if it can't
+    /// be read, and not at all if the program ends before.
+    using Counted = std::function<void(std::optional<std::vector<marks::TagRows::Count>> counts)>;
+    virtual void countTags(Counted done) = 0;
     virtual void undo() = 0;
     virtual void redo() = 0;
     [[nodiscard]] virtual bool canUndo() const = 0;
@@ -44,7 +51,7 @@ public:
     [[nodiscard]] virtual qint64 pendingCount() const = 0;
 
 Q_SIGNALS:
-    /// An edit is on its way.
+    /// An edit is on its way, and will be stored or fail.
     void didBegin();
     /// An edit, an undo or a redo was stored; the items have it. Where it moves photographs to
     /// other groups, the trees follow.

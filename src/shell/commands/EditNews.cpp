@@ -29,7 +29,11 @@ EditNews::EditNews(const Parts& parts, QObject* parent) : QObject(parent), _part
 void EditNews::tell(const EditResult& result) {
     _parts.noticeBar.withdraw(noticeKey);
     PBImageBrowserView& view = _parts.browserPane.browserView();
-    if (!result.changed.empty()) view.reloadData();
+    if (!result.changed.empty()) {
+        view.reloadData();
+        // The trees follow later.
+        view.captureScrollOfSelection();
+    }
     if (result.hasLeft) view.selectDidChange();
     if (result.missingCount > 0)
         _parts.statusNews.tell(

@@ -1,6 +1,5 @@
 #include "shell/commands/TagCommands.h"
 
-#include "catalogue/marks/TagRows.h"
 #include "fileactions/marks/EditRunner.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
@@ -40,8 +39,9 @@ void TagCommands::show() {
 }
 
 void TagCommands::fill() {
-    auto counts = marks::TagRows::counts(_parts.mainFileDb);
-    if (counts && _dialog) _dialog->setTags(std::move(*counts));
+    _parts.edits.countTags([dialog = _dialog](auto counts) {
+        if (counts && dialog) dialog->setTags(std::move(*counts));
+    });
 }
 
 void TagCommands::run(PhotographEdit::Change change) {
@@ -51,9 +51,8 @@ void TagCommands::run(PhotographEdit::Change change) {
 void TagCommands::rename(const QString& tag, const QString& name) {
     const PhotographEdit::RenameTag renamed{.tag = tag, .name = name.trimmed()};
     if (renamed.name.isEmpty() || renamed.name == tag) return;
-    const auto counts = marks::TagRows::counts(_parts.mainFileDb);
-    const bool isTaken = counts && tag.compare(renamed.name, Qt::CaseInsensitive) != 0 &&
-                         std::ranges::any_of(*counts, [&](const auto& known) {
+    const bool isTaken = tag.compare(renamed.name, Qt::CaseInsensitive) != 0 &&
+                         std::ranges::any_of(_dialog->tags(), [&](const auto& known) {
                              return known.tag.compare(renamed.name, Qt::CaseInsensitive) == 0;
                          });
     if (!isTaken) return run(renamed);

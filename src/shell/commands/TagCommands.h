@@ -4,7 +4,6 @@
 
 #include <QPointer>
 
-class FMDatabase;
 class QWidget;
 class TagsDialog;
 
@@ -19,7 +18,6 @@ public:
     /// The parts outlive this object, which outlives the window's dialogs.
     struct Parts {
         fileactions::EditRunner& edits;
-        FMDatabase& mainFileDb;
         QWidget& window;
     };
     explicit TagCommands(const Parts& parts) : _parts(parts) {}
@@ -27,6 +25,7 @@ public:
     void show();
 
 private:
+    /// Has the photographs of each tag counted; the dialog shows them when they are.
     void fill();
     void rename(const QString& tag, const QString& name);
     void remove(const QString& tag, qint64 photographs);

@@ -19,6 +19,7 @@ public:
     explicit TagsDialog(QWidget* window);
 
     void setTags(std::vector<marks::TagRows::Count> tags);
+    [[nodiscard]] const std::vector<marks::TagRows::Count>& tags() const { return _tags; }
 
 Q_SIGNALS:
     /// The name may be that of another tag.

@@ -76,10 +76,7 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
           {.edits = parts.services.edits,
            .browserPane = parts.browserPane,
            .window = parts.window}),
-      _tags(
-          {.edits = parts.services.edits,
-           .mainFileDb = parts.services.mainFileDb,
-           .window = parts.window}),
+      _tags({.edits = parts.services.edits, .window = parts.window}),
       _fullScreen(
           {.window = parts.window,
            .toolbar = parts.toolbar,

@@ -110,8 +110,8 @@ void InfoFeed::didEdit(const fileactions::EditResult& result) {
     FlagFeedback::showOver(browser->isVisible() ? *browser : *large, result.isFlagged);
 }
 
-void InfoFeed::setFlagged(const PBImageFileList& items, bool flagged) {
-    _services.edits.run({idsOf(items), PhotographEdit::SetFlag{flagged}});
+void InfoFeed::toggleFlag(const PBImageFileList& items) {
+    _services.edits.run({idsOf(items), PhotographEdit::ToggleFlag{}});
 }
 
 void InfoFeed::setStar(const PBImageFileList& items, int star) {

@@ -55,7 +55,7 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    void setFlagged(const PBImageFileList& items, bool flagged) override;
+    void toggleFlag(const PBImageFileList& items) override;
     void setStar(const PBImageFileList& items, int star) override;
     void changeTags(const PBImageFileList& items, const TagsChange& change) override;
     void rename(const std::shared_ptr<PBImageFileItem>& item, const QString& typedName) override;

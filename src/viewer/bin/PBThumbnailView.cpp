@@ -37,7 +37,7 @@ PBThumbnailView::PBThumbnailView(
       _thumbnails(
           sources, [this](const PBImageFileItem& item) { updateCell(item); },
           [&scrollView] { return scrollView.now(); }) {
-    StripAccessible::install();
+    StripAccessible::install<StripAccessible, PBThumbnailView>();
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     _prepared.setCapacity(preparedBytes);
@@ -101,14 +101,19 @@ void PBThumbnailView::reloadData() {
     _host.listDidReload();
     _host.tryPreloadNextOrPrevImage();
     update();
-    StripAccessible::contentDidChange(*this);
+    StripAccessible::itemsDidChange(*this);
 }
 
 void PBThumbnailView::scrollIndexToCenter(std::int64_t index, bool animation) {
     if (index < 0) return;
     const QScopedValueRollback jumping(_isJumping, true);
     _scrollView.scrollToPosition(geometry().positionOfIndex(index), animation && isVisible());
-    StripAccessible::focusDidChange(*this);
+}
+
+void PBThumbnailView::focusDidChange() {
+    StripAccessible::selectionDidChange(*this);
+    StripAccessible::currentDidChange(*this);
+    update();
 }
 
 void PBThumbnailView::scrollTimeDidEnd(std::int64_t direction) {
@@ -306,7 +311,7 @@ void PBThumbnailView::keyPressEvent(QKeyEvent* event) {
 void PBThumbnailView::focusInEvent(QFocusEvent* event) {
     QWidget::focusInEvent(event);
     update();
-    StripAccessible::focusDidChange(*this);
+    StripAccessible::currentDidChange(*this);
 }
 
 void PBThumbnailView::focusOutEvent(QFocusEvent* event) {

@@ -67,7 +67,7 @@ private:
     [[nodiscard]] double roundPosition(double position) const override;
     void scrollTimeDidEnd(std::int64_t direction) override;
     void scrollIndexToCenter(std::int64_t index, bool animation) override;
-    void setNeedsDisplay() override { update(); }
+    void focusDidChange() override;
 
     void layoutStrip();
     void didScroll();

@@ -69,7 +69,7 @@ void PhotoBin::takeFocus(std::int64_t index) {
     setFocusImageFileItem(itemAt(index));
     if (_focusImageFileItem) _focusImageFileItem->setIsSelected(true);
     if (!hadFocus && !_focusImageFileItem) return;
-    _strip.setNeedsDisplay();
+    _strip.focusDidChange();
     _host.showImageAtIndex(_focusIndex);
     _host.selectDidChange();
 }

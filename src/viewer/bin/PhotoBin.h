@@ -15,7 +15,7 @@ class PhotoBinStrip {
 public:
     virtual ~PhotoBinStrip() = default;
     virtual void scrollIndexToCenter(std::int64_t index, bool animation) = 0;
-    virtual void setNeedsDisplay() = 0;
+    virtual void focusDidChange() = 0;
 };
 
 /// The photographs that the large view goes through, and the one of them that it shows: the focus.
