@@ -3,6 +3,7 @@
 #include "shell/ShellFixture.h"
 #include "shell/large/LargeView.h"
 #include "shell/preferences/PreferencesDialog.h"
+#include "ui/PBThemes.h"
 #include "viewer/PBImageView.h"
 #include "viewer/controller/PBImageViewController.h"
 
@@ -76,9 +77,9 @@ TEST_F(PreferencesTest, thumbnailsAreClearedOnlyByConsentAndAFailureIsTold) {
         });
     };
     EXPECT_TRUE(shows(u"3.0 MB"_s));
-    auto* clear = *std::ranges::find_if(dialog.findChildren<QPushButton*>(), [](const auto* each) {
-        return each->text().contains(u'…');
-    });
+    const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
+    auto* clear = *std::ranges::find_if(
+        buttons, [](const QPushButton* each) { return each->text().contains(u'…'); });
     const auto answer = [&](QMessageBox::ButtonRole role) {
         auto* box = dialog.findChild<QMessageBox*>();
         ASSERT_TRUE(box);

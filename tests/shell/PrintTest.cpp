@@ -106,7 +106,8 @@ TEST_F(PrintTest, photographsAreTurnedAsTheyAreSeenAndKeepTheirShape) {
     QImage stored(30, 20, QImage::Format_RGB32);
     stored.fill(Qt::blue);
     stored.setPixelColor(0, 0, Qt::red); // the corner at the left and the top
-    const auto painted = [&](double angle, const QImage& picture, double nameHeight = 0) {
+    const auto painted = [&](double angle, const std::optional<QImage>& picture,
+                             double nameHeight = 0) {
         QImage page(90, 90, QImage::Format_RGB32);
         page.fill(Qt::white);
         QPainter painter(&page);
@@ -128,7 +129,9 @@ TEST_F(PrintTest, photographsAreTurnedAsTheyAreSeenAndKeepTheirShape) {
     // The name has its line below the picture, which makes room for it.
     EXPECT_NE(painted(90, stored), painted(90, stored, 20));
     EXPECT_EQ(painted(90, stored, 20).pixelColor(45, 69).blue(), 255);
-    EXPECT_NE(painted(0, {}), painted(90, {})) << "a frame of the photograph's shape";
+    const QImage unreadable;
+    EXPECT_NE(painted(0, unreadable), painted(90, unreadable)) << "of the photograph's shape";
+    EXPECT_NE(painted(0, unreadable), painted(0, std::nullopt)) << "not read yet";
 }
 
 TEST_F(PrintTest, aPdfHasThePagesWithEachPictureNoLargerThanPaperShows) {

@@ -54,7 +54,7 @@ PreferencesDialog::PreferencesDialog(
     auto* form = new QFormLayout;
     form->setVerticalSpacing(rowSpacing);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    addChoice(
+    QComboBox* first = addChoice(
         *form, u"PreferTheme", {u"ThemeDesktop", u"ThemeLight", u"ThemeDark"},
         numberOf(preferences.theme()),
         [this](int index) { _preferences.setTheme(static_cast<Preferences::Theme>(index)); });
@@ -76,6 +76,7 @@ PreferencesDialog::PreferencesDialog(
     layout->setSizeConstraint(QLayout::SetFixedSize);
     layout->addLayout(form);
     layout->addWidget(buttons);
+    first->setFocus();
 }
 
 QComboBox* PreferencesDialog::addChoice(

@@ -186,7 +186,10 @@ QWidget* PrintDialog::makeButtons() {
     auto* cancel = new QPushButton(localizedString(u"PrintCancel"));
     auto* pdf = new QPushButton(localizedString(u"PrintSavePdf"));
     auto* print = new QPushButton(localizedString(u"PrintButton"));
+    cancel->setAutoDefault(false);
+    pdf->setAutoDefault(false);
     print->setDefault(true);
+    print->setFocus();
     connect(cancel, &QPushButton::clicked, this, &PrintDialog::reject);
     connect(pdf, &QPushButton::clicked, this, [this] { savePdf(); });
     connect(print, &QPushButton::clicked, this, [this] { this->print(); });
@@ -219,7 +222,7 @@ void PrintDialog::readPreview() {
     const std::size_t count = std::min(
         _photographs.size(),
         static_cast<std::size_t>(mostPreviewPages) * static_cast<std::size_t>(perPage()));
-    _previewPictures.assign(count, QImage());
+    _previewPictures.assign(count, std::nullopt);
     const int side = std::clamp(
         static_cast<int>(std::sqrt(previewPixels / static_cast<double>(count))), smallestPreview,
         largestPreview);

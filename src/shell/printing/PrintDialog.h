@@ -58,7 +58,7 @@ private:
     const std::vector<PrintedPhotograph> _photographs;
     PBImageImporterManager& _importers;
     std::unique_ptr<QPrinter> _previewPrinter;
-    std::vector<QImage>
+    std::vector<std::optional<QImage>>
         _previewPictures; ///< those that were read; fewer than all of a long document
     std::shared_ptr<platform::Operation> _previewJob;
     std::shared_ptr<platform::Operation> _job; ///< nullptr while nothing is printed

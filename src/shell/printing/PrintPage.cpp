@@ -14,6 +14,7 @@ constexpr QSizeF usualShape(3, 2); // of a photograph that was not looked into y
 /// Many photographs of one shape need no more looks.
 constexpr std::size_t mostShapes = 500;
 constexpr double textPartOfLine = 0.7;
+constexpr QColor toCome(232, 232, 232);
 
 bool isQuarterTurn(double angle) {
     return qRound(std::abs(angle) / 90) % 2 == 1;
@@ -85,19 +86,21 @@ int PrintPage::pageCount(qsizetype photographs, int perPage) {
 
 void PrintPage::paintPhotograph(
     QPainter& painter, const QRectF& cell, const PrintedPhotograph& photograph,
-    const QImage& picture, double nameHeight) {
+    const std::optional<QImage>& picture, double nameHeight) {
     painter.save();
     const QRectF area = cell.adjusted(0, 0, 0, -nameHeight);
     PrintedPhotograph shown = photograph;
     // What was decoded is what is there, whatever the catalogue knows.
-    if (!picture.isNull()) shown.imageSize = QSizeF(picture.size());
+    if (picture && !picture->isNull()) shown.imageSize = QSizeF(picture->size());
     const QSizeF size = shown.displaySize().scaled(area.size(), Qt::KeepAspectRatio);
     QRectF frame(QPointF(), size);
     frame.moveCenter(area.center());
     if (nameHeight > 0)
         paintLine(
             painter, {cell.left(), frame.bottom(), cell.width(), nameHeight}, photograph.name);
-    if (picture.isNull()) {
+    if (!picture) {
+        painter.fillRect(frame, toCome);
+    } else if (picture->isNull()) {
         painter.setPen(Qt::gray);
         painter.drawRect(frame);
         const double line = std::min(frame.height(), frame.width() / 12);
@@ -111,7 +114,7 @@ void PrintPage::paintPhotograph(
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(
             QRectF(-stored.width() / 2, -stored.height() / 2, stored.width(), stored.height()),
-            picture);
+            *picture);
     }
     painter.restore();
 }

@@ -6,6 +6,7 @@
 #include <QSizeF>
 #include <QString>
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -49,9 +50,10 @@ bestGrid(const QSizeF& paper, int perPage, std::span<const PrintedPhotograph> ph
 [[nodiscard]] int pageCount(qsizetype photographs, int perPage);
 
 /// As large as the rectangle lets it be, in its middle, turned as it is seen. Below it stands the
-/// name where there is a height for its line. Without a picture the reason stands in its place.
+/// name where there is a height for its line. In the place of a null picture stands that it can't
+/// be read; one that is still to come is grey.
 void paintPhotograph(
     QPainter& painter, const QRectF& cell, const PrintedPhotograph& photograph,
-    const QImage& picture, double nameHeight);
+    const std::optional<QImage>& picture, double nameHeight);
 
 } // namespace PrintPage
