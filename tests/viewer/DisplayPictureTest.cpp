@@ -237,7 +237,7 @@ TEST(DisplayPictureTest, FineStripesComeOutEven) {
                         waves.push_back(wave / (2.0 * width * pixel) / reduced);
                     // What is too fine by less than an eighth still shows as single pixels.
                     const bool isJustTooFine = waves.front() > 0.5 && waves.front() < 0.563;
-                    const double most = isJustTooFine ? 0.35 : 0.16;
+                    const double most = isJustTooFine ? 0.18 : 0.08;
                     EXPECT_LE(unevenness(resampledPicture(state).image, waves), most)
                         << width << " x " << pixel << " by " << version << ", " << scale;
                 }
