@@ -228,10 +228,12 @@ void PBMainWindowController::buildWindow() {
     _slideshowStart = new SlideshowStart(
         {.command = *_slideshowCommand,
          .browserPane = *_browserPane,
-         .isScanning = [this] { return _services.delegate.isScanning(); },
-         .isAwaiting =
-             [this] { return _openFilesReveal->isWaiting() || _session->isBringingBack(); }},
+         .isComing =
+             [this] { return _services.delegate.isScanning() || _session->isBringingBack(); },
+         .isAwaited = [this] { return _openFilesReveal->isWaiting(); }},
         _window.get());
+    QObject::connect(
+        _session, &WindowSession::didBringBack, _slideshowStart, &SlideshowStart::photographsCame);
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -483,7 +485,7 @@ void PBMainWindowController::scanStateDidChange() {
     updateImageBrowserTipView();
     _openFilesReveal->scanStateDidChange();
     _session->scanStateDidChange();
-    _slideshowStart->scanStateDidChange();
+    _slideshowStart->photographsCame();
 }
 
 void PBMainWindowController::updateImageBrowserTipView() {
