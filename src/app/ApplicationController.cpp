@@ -369,6 +369,7 @@ void ApplicationController::applicationDidFinishLaunching() {
     // Behind the window, which is painted first.
     platform::MainLoop::instance()->performAfterDelay(
         this, "startDecoders", std::chrono::milliseconds(0), [this] { _early.decoders->start(); });
+    _mainWindowController->session().expect();
     platform::MainLoop::instance()->performAfterDelay(
         this, "beginSession", std::chrono::milliseconds(0), [this] {
             const QString file =

@@ -256,9 +256,12 @@ void PBMainWindowController::buildWindow() {
     _slideshowStart = new SlideshowStart(
         {.command = *_slideshowCommand,
          .browserPane = *_browserPane,
-         .isScanning = [this] { return _services.delegate.isScanning(); },
-         .isAwaiting = [this] { return _session->isBringingBack(); }},
+         .isComing =
+             [this] { return _services.delegate.isScanning() || _session->isBringingBack(); },
+         .isAwaited = [this] { return _largeView->isAwaitingOpened(); }},
         _window.get());
+    QObject::connect(
+        _session, &WindowSession::didBringBack, _slideshowStart, &SlideshowStart::photographsCame);
 }
 
 QWidget* PBMainWindowController::makeBrowserPane() {
@@ -514,7 +517,7 @@ void PBMainWindowController::scanStateDidChange() {
     _largeView->scanStateDidChange();
     updateImageBrowserTipView();
     _session->scanStateDidChange();
-    _slideshowStart->scanStateDidChange();
+    _slideshowStart->photographsCame();
 }
 
 void PBMainWindowController::updateImageBrowserTipView() {

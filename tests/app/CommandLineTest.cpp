@@ -11,13 +11,14 @@ std::variant<CommandLineOptions, CommandLineExit> parse(const char* line) {
 TEST(CommandLineTest, everyOptionIsRead) {
     const auto options = std::get<CommandLineOptions>(
         parse("--profile /p/ --add a --add /b/../c --until-idle --screenshot s.png --size 800x600 "
-              "--stats - --theme dark --state x.jpg file:///y%20z"));
+              "--stats - --theme dark --state --fullscreen --slideshow x.jpg file:///y%20z"));
     const QString here = QDir::currentPath();
     EXPECT_EQ(
         (QStringList{options.profile, options.screenshot, options.stats}),
         support::words("/p s.png -"));
     EXPECT_EQ(options.add, (QStringList{here + u"/a"_s, u"/c"_s}));
-    EXPECT_TRUE(options.untilIdle && options.state);
+    EXPECT_TRUE(options.untilIdle && options.state && options.isFullScreen && options.isSlideshow);
+    EXPECT_EQ(restartArguments(options), support::words("--profile /p --theme dark"));
     EXPECT_EQ(options.size, QSize(800, 600));
     EXPECT_EQ(options.dark, true);
     EXPECT_EQ(std::get<CommandLineOptions>(parse("--theme light")).dark, false);
@@ -27,7 +28,7 @@ TEST(CommandLineTest, everyOptionIsRead) {
 TEST(CommandLineTest, mistakesAreOneSentenceAndCodeTwo) {
     for (const char* line :
          {"--no-such-option", "--size 800", "--size 0x10", "--size 800x600x1", "--profile",
-          "--screenshot s.png", "--theme blue", "--until-idle=yes"}) {
+          "--screenshot s.png", "--theme blue", "--until-idle=yes", "--service x.jpg"}) {
         SCOPED_TRACE(line);
         const auto exit = std::get<CommandLineExit>(parse(line));
         EXPECT_EQ(exit.code, 2);

@@ -21,7 +21,10 @@ TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
     std::jthread later([&] {
         answer = SingleInstance::stateOf(folder.path());
         SingleInstance second;
-        outcome = second.take(folder.path(), {many, {u"/a"_s}, {u"no b"_s}});
+        SingleInstance::Request request{many, {u"/a"_s}, {u"no b"_s}};
+        request.isFullScreen = request.isSlideshow = true;
+        request.activation = {"id_TIME1", "a token"};
+        outcome = second.take(folder.path(), request);
         isOver = true;
     });
     ASSERT_TRUE(support::spinUntil([&] { return isOver.load(); }));
@@ -31,4 +34,6 @@ TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
     EXPECT_TRUE(
         requests[0].paths == many && requests[0].add == QStringList{u"/a"_s} &&
         requests[0].faults == QStringList{u"no b"_s});
+    EXPECT_TRUE(requests[0].isFullScreen && requests[0].isSlideshow);
+    EXPECT_EQ(requests[0].activation, (platform::Activation{"id_TIME1", "a token"}));
 }

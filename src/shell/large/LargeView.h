@@ -48,6 +48,8 @@ public:
     void enterToLargeView(const PBImageBrowserIndex& index);
     /// Shows what the request to open files asks for, which a scan is bringing, that file first.
     void openFilesEnterToLargeView(const OpenFilesRequest::NamedFile& first);
+    /// A photograph that was opened stands alone as yet, without those of its folder.
+    [[nodiscard]] bool isAwaitingOpened() const { return _opened.isAwaited(); }
     /// The photograph in focus, if it is one that commands can be given for.
     [[nodiscard]] std::shared_ptr<PBImageFileItem> chosenImageFileItem() const;
     /// Opens the first of those that are selected.

@@ -29,7 +29,7 @@ void SlideshowStart::begin() {
     _isWanted = true;
     _isPatient = true;
     _patience.start(longestPatience, this);
-    scanStateDidChange();
+    photographsCame();
 }
 
 void SlideshowStart::timerEvent(QTimerEvent* event) {
@@ -39,21 +39,21 @@ void SlideshowStart::timerEvent(QTimerEvent* event) {
     look();
 }
 
-void SlideshowStart::scanStateDidChange() {
+void SlideshowStart::photographsCame() {
     platform::assertMainThread();
-    if (!_isWanted || _parts.isScanning()) return;
+    if (!_isWanted || _parts.isComing()) return;
     // Behind what else the end of the scan brings.
     QMetaObject::invokeMethod(
         this,
         [this] {
             look();
-            if (!_parts.isScanning() && !_parts.isAwaiting()) _isWanted = false;
+            if (!_parts.isComing() && !_parts.isAwaited()) _isWanted = false;
         },
         Qt::QueuedConnection);
 }
 
 void SlideshowStart::look() {
-    if (!_isWanted || _parts.isAwaiting() || (_isPatient && _parts.isScanning())) return;
+    if (!_isWanted || _parts.isAwaited() || (_isPatient && _parts.isComing())) return;
     if (!_parts.browserPane.browserView().hasGroups()) return;
     _isWanted = false;
     _patience.stop();

@@ -6,7 +6,6 @@
 #include <functional>
 
 class BrowserPane;
-class LargeView;
 class SlideshowCommand;
 
 /// A slideshow that was asked for together with what it is of, as on the command line: begins as
@@ -18,9 +17,10 @@ public:
     struct Parts {
         SlideshowCommand& command;
         BrowserPane& browserPane;
-        std::function<bool()> isScanning;
-        /// What was opened, or is to come back, is still on its way.
-        std::function<bool()> isAwaiting;
+        /// There may be more of them in a while.
+        std::function<bool()> isComing;
+        /// Those that were opened are not there yet.
+        std::function<bool()> isAwaited;
     };
 
     /// The parts outlive this object.
@@ -28,8 +28,8 @@ public:
 
     /// Plays what is shown, or what is about to be.
     void begin();
-    /// The scan began or ended.
-    void scanStateDidChange();
+    /// All that come may have come.
+    void photographsCame();
 
 protected:
     void timerEvent(QTimerEvent* event) override;

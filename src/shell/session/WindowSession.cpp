@@ -58,11 +58,13 @@ WindowSession::WindowSession(const Parts& parts, QObject* parent)
     connect(&_parts.tree, &SourceTreeController::selectionDidChange, this, noteSoon);
     connect(&_parts.largeView, &LargeView::isShownDidChange, this, noteSoon);
     connect(&_restore, &SessionRestore::didEnd, this, noteSoon);
+    connect(&_restore, &SessionRestore::didEnd, this, &WindowSession::didBringBack);
 }
 
 void WindowSession::begin(const QString& file, bool bringsBack) {
     platform::assertMainThread();
     _file = file;
+    _isExpected = false;
     auto former = bringsBack ? SessionState::read(file) : std::nullopt;
     if (former) {
         noteCrash(*former);
@@ -70,6 +72,7 @@ void WindowSession::begin(const QString& file, bool bringsBack) {
     }
     // A photograph that ends the program as soon as it is opened counts, too.
     write(false);
+    if (!isBringingBack()) Q_EMIT didBringBack();
 }
 
 void WindowSession::noteCrash(SessionState& former) {

@@ -17,17 +17,23 @@ public:
     /// The parts outlive this object.
     WindowSession(const Parts& parts, QObject* parent);
 
+    /// `begin` comes as soon as the window is painted.
+    void expect() { _isExpected = true; }
     /// From now on the file is kept. With `bringsBack` what it has of the former run comes back, as
     /// soon as its photographs are there.
     void begin(const QString& file, bool bringsBack);
     /// The user wants something else than what is still to come back.
     void drop() { _restore.end(); }
-    [[nodiscard]] bool isBringingBack() const { return _restore.pending().has_value(); }
+    [[nodiscard]] bool isBringingBack() const { return _isExpected || _restore.pending(); }
     void scanStateDidChange() { _restore.scanStateDidChange(); }
     /// Writes what is shown now: the program may be ended.
     void save() { write(false); }
     /// The same for the last time: it ends in good order.
     void finish();
+
+Q_SIGNALS:
+    /// Nothing is to come back any more.
+    void didBringBack();
 
 protected:
     void timerEvent(QTimerEvent* event) override;
@@ -45,5 +51,6 @@ private:
     SessionState _written;
     SessionState::Photograph _suspect; // was shown large in `_crashes` runs that crashed
     int _crashes = 0;
+    bool _isExpected = false;
     QBasicTimer _timer;
 };

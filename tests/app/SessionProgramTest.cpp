@@ -1,0 +1,50 @@
+#include "app/RunningProgram.h"
+
+namespace {
+
+struct SessionProgramTest : RunningProgramTest {
+    PBImageBrowserView& browser() { return *window().window().findChild<PBImageBrowserView*>(); }
+    bool isQuiet() { return controller->isIdle() && !controller->isScanning(); }
+    /// The names of the selected photographs, and of the current one.
+    QString shown() {
+        QString names;
+        for (const auto& item : browser().selection().selectedFileArray(FoldedLeaves::Included))
+            names += item->fileName() + u' ';
+        const auto current = browser().leaves().imageFileAtIndex(browser().currentIndex());
+        return names + (current ? current->fileName() : u"-"_s);
+    }
+};
+
+TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByTheirPaths) {
+    const QString pictures = make(u"pictures"_s);
+    for (const QString& name : support::words("a b c d e f"))
+        makePicture(u"pictures/"_s + name + u".png"_s);
+    controller->addFolders({pictures});
+    ASSERT_TRUE(support::spinUntil(
+        [&] { return isQuiet() && browser().selection().itemCount(FoldedLeaves::Included) == 6; }));
+    browser().leaves().forEachImage(
+        FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
+            if (item->fileName() == u"b.png" || item->fileName() == u"e.png")
+                item->setIsSelected(true);
+            if (item->fileName() == u"e.png") browser().setCurrentImageFile(item);
+        });
+    browser().selectDidChange();
+    start();
+    EXPECT_TRUE(support::spinUntil([&] { return shown() == u"b.png e.png e.png"; }))
+        << shown().toStdString();
+    ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
+
+    // Another one gives the same numbers to others.
+    controller.reset();
+    for (const QString& name : QDir(path(u"profile"_s)).entryList({u"*.db*"_s}, QDir::Files))
+        QFile::remove(path(u"profile/"_s + name));
+    QFile::remove(pictures + u"/b.png"_s);
+    start();
+    controller->addFolders({pictures});
+    EXPECT_TRUE(support::spinUntil([&] { return shown() == u"e.png e.png"; }))
+        << shown().toStdString();
+    ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
+    EXPECT_EQ(shown(), u"e.png e.png"_s);
+}
+
+} // namespace
