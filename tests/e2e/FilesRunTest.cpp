@@ -63,6 +63,12 @@ struct FilesRunTest : e2e::ProgramTest {
         pressButton(u"Export…"_s);
         waitForFocus(u"QLineEdit"_s);
     }
+    /// Until the command has ended and the browser has the keys.
+    void waitUntilDone() {
+        EXPECT_TRUE(waitFor([](const State& s) {
+            return s.isAtRest() && s.json()[u"focus"_s] == u"PBImageBrowserView"_s;
+        }));
+    }
     /// Answers the chooser of a file.
     void saveAs(const QString& file) {
         desktop.key(u"ctrl+a"_s);
@@ -154,19 +160,19 @@ TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
         }
         EXPECT_TRUE(waitFor([&](const State&) { return QFileInfo(file).size() > 100; }));
         EXPECT_EQ(sizeOf(file), size);
-        waitForFocus(u"PBImageBrowserView"_s);
+        waitUntilDone();
     }
     // The extension is added, and then what is there is not replaced without a question.
     chooseType(1);
     saveAs(outside.filePath(u"out"_s));
     answer(u"Skip"_s);
-    waitForFocus(u"PBImageBrowserView"_s);
+    waitUntilDone();
     // A photograph stays as it is.
     chooseType(0);
     saveAs(path);
     pressButton(u"Yes"_s);
     pressButton(u"OK"_s);
-    waitForFocus(u"PBImageBrowserView"_s);
+    waitUntilDone();
 
     const QDir many(QDir::home().filePath(u"many"_s));
     ASSERT_TRUE(QDir().mkpath(many.path()));
@@ -178,7 +184,7 @@ TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
     const auto files = [&many] { return QDir(many.path()).entryList({u"*.jpg"_s}, QDir::Files); };
     EXPECT_TRUE(waitFor([&](const State&) { return files().size() == 92; }));
     EXPECT_EQ(sizeOf(many.filePath(name)), size);
-    waitForFocus(u"PBImageBrowserView"_s);
+    waitUntilDone();
     desktop.key(u"ctrl+z"_s);
     EXPECT_TRUE(waitFor([&](const State&) { return files().isEmpty(); }));
 }

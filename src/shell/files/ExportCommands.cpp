@@ -74,6 +74,10 @@ void ExportDialogs::askFile(
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->selectFile(name);
     dialog->setWindowModality(Qt::WindowModal);
+    // Its question whether to replace a file closes in the same moment, and some window managers
+    // look no further than that for who has the keys then.
+    QObject::connect(
+        dialog, &QFileDialog::finished, &_window, [this] { _window.activateWindow(); });
     QObject::connect(
         dialog, &QFileDialog::fileSelected, dialog,
         [this, type = settings.type, chosen = std::move(chosen)](const QString& path) {

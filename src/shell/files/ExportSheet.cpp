@@ -41,11 +41,9 @@ constexpr Compression compressions[] = {
 
 ExportSheet::ExportSheet(
     const fileactions::ExportSettings& settings, std::int64_t count, QWidget& window)
-    : QDialog(&window), _before(settings), _type(new QComboBox),
-      _qualityLabel(new QLabel(localizedString(u"ExportQuality"))),
-      _saveQualitySlider(new QSlider(Qt::Horizontal)), _qualityValue(new QLabel),
-      _compressionLabel(new QLabel(localizedString(u"ExportCompression"))),
-      _tiffCompressionBtn(new QComboBox),
+    : QDialog(&window), _before(settings), _rows(new QFormLayout(this)), _type(new QComboBox),
+      _quality(new QHBoxLayout), _saveQualitySlider(new QSlider(Qt::Horizontal)),
+      _qualityValue(new QLabel), _tiffCompressionBtn(new QComboBox),
       _metadata(new QCheckBox(localizedString(u"ExportMetadata"))),
       _location(new QCheckBox(localizedString(u"ExportLocation"))),
       _isSizeLimited(new QCheckBox(localizedString(u"ExportLimitSize"))), _maxSize(new QSpinBox) {
@@ -90,28 +88,29 @@ ExportSheet::ExportSheet(
     connect(_metadata, &QCheckBox::toggled, _location, &QWidget::setEnabled);
     _location->setEnabled(_metadata->isChecked());
 
-    auto* quality = new QHBoxLayout;
-    quality->addWidget(_saveQualitySlider, 1);
-    quality->addWidget(_qualityValue);
+    _quality->addWidget(_saveQualitySlider, 1);
+    _quality->addWidget(_qualityValue);
     auto* size = new QHBoxLayout;
     size->addWidget(_isSizeLimited);
     size->addWidget(_maxSize);
     size->addStretch(1);
-    _qualityLabel->setBuddy(_saveQualitySlider);
-    _compressionLabel->setBuddy(_tiffCompressionBtn);
-    auto* layout = new QFormLayout(this);
-    layout->addRow(localizedString(u"ExportType"), _type);
-    layout->addRow(_qualityLabel, quality);
-    layout->addRow(_compressionLabel, _tiffCompressionBtn);
-    layout->addRow(QString(), _metadata);
-    layout->addRow(QString(), _location);
-    layout->addRow(QString(), size);
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    auto* label = new QLabel(localizedString(u"ExportQuality"));
+    label->setBuddy(_saveQualitySlider);
+    _rows->addRow(localizedString(u"ExportType"), _type);
+    _rows->addRow(label, _quality);
+    _rows->addRow(localizedString(u"ExportCompression"), _tiffCompressionBtn);
+    _rows->addRow(QString(), _metadata);
+    _rows->addRow(QString(), _location);
+    _rows->addRow(QString(), size);
+    auto* buttons = new QDialogButtonBox;
+    buttons->addButton(localizedString(u"FileCancel"), QDialogButtonBox::RejectRole)
+        ->setAutoDefault(false);
     QPushButton* go =
         buttons->addButton(localizedString(u"ExportContinue"), QDialogButtonBox::AcceptRole);
     go->setObjectName(QStringLiteral("exportContinue"));
+    _rows->addRow(buttons);
+    // Known as such from within the dialog only.
     go->setDefault(true);
-    layout->addRow(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(_type, &QComboBox::currentIndexChanged, this, &ExportSheet::setSaveType);
@@ -127,15 +126,11 @@ void ExportSheet::setSaveType() {
     const QString type = saveUti();
     const bool hasQuality = codec::hasQuality(type);
     const bool isTiff = type == QStringLiteral("public.tiff");
-    for (QWidget* widget :
-         {static_cast<QWidget*>(_qualityLabel), static_cast<QWidget*>(_saveQualitySlider),
-          static_cast<QWidget*>(_qualityValue)})
-        widget->setVisible(hasQuality);
-    _compressionLabel->setVisible(isTiff);
-    _tiffCompressionBtn->setVisible(isTiff);
+    _rows->setRowVisible(_quality, hasQuality);
+    _rows->setRowVisible(_tiffCompressionBtn, isTiff);
     const bool hasMetadata = codec::hasMetadata(type);
-    _metadata->setVisible(hasMetadata);
-    _location->setVisible(hasMetadata);
+    _rows->setRowVisible(_metadata, hasMetadata);
+    _rows->setRowVisible(_location, hasMetadata);
     adjustSize();
 }
 

@@ -8,6 +8,8 @@
 
 class QCheckBox;
 class QComboBox;
+class QFormLayout;
+class QHBoxLayout;
 class QLabel;
 class QSlider;
 class QSpinBox;
@@ -29,11 +31,11 @@ private:
     [[nodiscard]] QString saveUti() const;
 
     const fileactions::ExportSettings _before;
+    QFormLayout* _rows;
     QComboBox* _type;
-    QLabel* _qualityLabel;
+    QHBoxLayout* _quality; // of the slider and its value
     QSlider* _saveQualitySlider;
     QLabel* _qualityValue;
-    QLabel* _compressionLabel;
     QComboBox* _tiffCompressionBtn;
     QCheckBox* _metadata;
     QCheckBox* _location;
