@@ -218,6 +218,10 @@ TEST_F(ExportTest, whatIsMadeIsWholeOrAbsentAndNeverInPlaceOfItsSource) {
     static_cast<void>(run(planOf("a", {}, false)));
     EXPECT_EQ(read("a/x.jpg"), "source");
     EXPECT_EQ(read("a/x copy.jpg"), "made");
+    EXPECT_EQ(
+        QFile::permissions(QFile::decodeName(path("a/x copy.jpg"))),
+        QFile::permissions(QFile::decodeName(path("a/x.jpg"))))
+        << "as any new file";
     static_cast<void>(run(planOf("b", std::make_error_code(std::errc::bad_message), true)));
     EXPECT_EQ(read("b/x.jpg"), "other");
     static_cast<void>(run(planOf("b", {}, false)));

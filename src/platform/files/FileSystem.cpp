@@ -1,5 +1,7 @@
 #include "platform/files/FileSystem.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -103,6 +105,23 @@ std::error_code copyExtendedAttributes(int from, int to) {
     return {};
 }
 
+/// Those of all, but what the user's mask takes away. The kernel's call that tells the mask changes
+/// it for other threads, too.
+mode_t permissionsOfNewFiles() {
+    static const mode_t permissions = [] {
+        QFile file(QStringLiteral("/proc/self/status"));
+        const QByteArray name("Umask:");
+        mode_t mask = 022;
+        if (file.open(QIODevice::ReadOnly)) {
+            for (const QByteArray& line : file.readAll().split('\n'))
+                if (line.startsWith(name))
+                    mask = line.mid(name.size()).trimmed().toUInt(nullptr, 8);
+        }
+        return static_cast<mode_t>(0666) & ~mask;
+    }();
+    return permissions;
+}
+
 } // namespace
 
 std::error_code DiskFileSystem::look(const QByteArray& path, Entry& entry) {
@@ -161,6 +180,9 @@ std::error_code DiskFileSystem::copyAttributes(int from, int to) {
 }
 
 std::error_code DiskFileSystem::write(int file, const QByteArray& bytes) {
+    // As any program's new file: there is no other that it takes its permissions from. A disk
+    // without permissions refuses.
+    static_cast<void>(::fchmod(file, permissionsOfNewFiles()));
     return writeAll(file, bytes.constData(), static_cast<std::size_t>(bytes.size()));
 }
 
