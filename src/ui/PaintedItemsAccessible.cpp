@@ -5,7 +5,7 @@
 
 #include <utility>
 
-bool (*PaintedItemsAccessible::isListening)() = QAccessible::isActive;
+void (*PaintedItemsAccessible::listener)(QAccessibleEvent& event) = nullptr;
 
 /// An item that was handed out. The list deletes it before it goes itself.
 class PaintedItemsAccessible::Child final : public QAccessibleInterface,
@@ -135,6 +135,15 @@ QString PaintedItemsAccessible::positionText(std::int64_t index, std::int64_t co
         u"Accessible_Position", {static_cast<qint64>(index) + 1, static_cast<qint64>(count)});
 }
 
+bool PaintedItemsAccessible::isListening() {
+    return listener || QAccessible::isActive();
+}
+
+void PaintedItemsAccessible::tell(QAccessibleEvent& event) {
+    if (listener) return listener(event);
+    QAccessible::updateAccessibility(&event);
+}
+
 void PaintedItemsAccessible::currentDidChange(QWidget& view) {
     platform::assertMainThread();
     if (!isListening() || !view.hasFocus()) return;
@@ -144,17 +153,17 @@ void PaintedItemsAccessible::currentDidChange(QWidget& view) {
     if (current < 0) return;
     QAccessibleEvent event(&view, QAccessible::Focus);
     event.setChild(current);
-    QAccessible::updateAccessibility(&event);
+    tell(event);
 }
 
 void PaintedItemsAccessible::selectionDidChange(QWidget& view) {
     if (!isListening()) return;
     QAccessibleEvent event(&view, QAccessible::SelectionWithin);
-    QAccessible::updateAccessibility(&event);
+    tell(event);
 }
 
 void PaintedItemsAccessible::itemsDidChange(QWidget& view) {
     if (!isListening()) return;
     QAccessibleEvent event(&view, QAccessible::ObjectReorder);
-    QAccessible::updateAccessibility(&event);
+    tell(event);
 }

@@ -21,8 +21,8 @@ public:
             (QAccessible::installFactory(make<Accessible, View>), true);
     }
 
-    /// Whether a screen reader is running: Qt's answer, or that of a test.
-    static bool (*isListening)();
+    /// Hears of changes in the place of screen readers, in tests; nullptr: they do.
+    static void (*listener)(QAccessibleEvent& event);
 
     // Tell screen readers of a view what has changed; nothing while none is running.
 
@@ -70,6 +70,9 @@ protected:
 
 private:
     class Child;
+
+    [[nodiscard]] static bool isListening();
+    static void tell(QAccessibleEvent& event);
 
     template <typename Accessible, typename View>
     static QAccessibleInterface* make(const QString& className, QObject* object) {

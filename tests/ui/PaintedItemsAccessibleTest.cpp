@@ -57,24 +57,19 @@ private:
     RowView& _view;
 };
 
-QStringList told; // NOLINT: Qt's handler is a plain function
+QStringList told; // NOLINT: the listener is a plain function
 
 struct PaintedItemsAccessibleTest : ::testing::Test {
     PaintedItemsAccessibleTest() {
         told.clear();
         RowViewAccessible::install<RowViewAccessible, RowView>();
-        RowViewAccessible::isListening = [] { return true; };
-        QAccessible::installUpdateHandler([](QAccessibleEvent* event) {
-            if (qobject_cast<RowView*>(event->object()))
-                told += QString::number(event->type(), 16) + u':' + QString::number(event->child());
-        });
+        RowViewAccessible::listener = [](QAccessibleEvent& event) {
+            told += QString::number(event.type(), 16) + u':' + QString::number(event.child());
+        };
         view.resize(60, 25);
         button.setGeometry(50, 0, 10, 10);
     }
-    ~PaintedItemsAccessibleTest() override {
-        QAccessible::installUpdateHandler(nullptr);
-        RowViewAccessible::isListening = QAccessible::isActive;
-    }
+    ~PaintedItemsAccessibleTest() override { RowViewAccessible::listener = nullptr; }
     [[nodiscard]] QAccessibleInterface* list() {
         return QAccessible::queryAccessibleInterface(&view);
     }
