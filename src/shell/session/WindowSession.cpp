@@ -12,6 +12,7 @@
 
 #include <QTimerEvent>
 
+#include <algorithm>
 #include <unordered_map>
 #include <utility>
 
