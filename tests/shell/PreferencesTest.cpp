@@ -11,6 +11,7 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QMainWindow>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -18,6 +19,9 @@ namespace {
 
 struct PreferencesTest : ShellFixture {
     PreferencesDialog& open() {
+        // What menus do before they open.
+        const auto* bar = controller.window().findChild<QMenuBar*>();
+        Q_EMIT bar->actions().front()->menu()->aboutToShow();
         const QList<QAction*> actions = controller.window().actions();
         (*std::ranges::find(actions, u"showPreferences"_s, &QAction::objectName))->trigger();
         return *controller.window().findChild<PreferencesDialog*>();
