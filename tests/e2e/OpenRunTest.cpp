@@ -40,7 +40,7 @@ protected:
         QProcess later;
         later.setProcessEnvironment(desktop.environment());
         later.start(
-            QCoreApplication::applicationDirPath() + u"/velmora",
+            QCoreApplication::applicationDirPath() + u"/velmora"_s,
             QStringList{u"--profile"_s, folder.filePath(u"profile"_s)} + paths);
         ASSERT_TRUE(later.waitForFinished(60'000));
         EXPECT_EQ(later.exitCode(), 0) << later.readAllStandardError().toStdString();
@@ -155,7 +155,7 @@ TEST_F(OpenRunTest, aPhotographThatIsOpenedDoesNotWaitForAScanOfMany) {
     // In the folder that is being scanned.
     open({many});
     ASSERT_TRUE(waitFor([&](const State& s) { return s.json()[u"folder"_s] == many; }));
-    open({many + u"/2999.png"});
+    open({many + u"/2999.png"_s});
     EXPECT_TRUE(waitFor([&](const State& s) { return isSharp(s, u"2999.png"_s); }));
     EXPECT_TRUE(showsLarge(u"2999.png"_s, count));
     quit();

@@ -3,6 +3,7 @@
 #include "image/large/ImageVersions.h"
 #include "ui/DropTip.h"
 #include "ui/FolderDropTarget.h"
+#include "ui/PBThemes.h"
 #include "viewer/PBNavigationImageView.h"
 #include "viewer/StepButtons.h"
 #include "viewer/slideshow/LoadedSlideshowPictures.h"
