@@ -30,6 +30,7 @@ QString fileErrorText(const std::error_code& error) {
         {std::errc::is_a_directory, u"FileErrorIsFolder"},
         {std::errc::file_exists, u"FileErrorExists"},
         {std::errc::file_too_large, u"FileErrorTooLarge"},
+        {std::errc::text_file_busy, u"FileErrorBusy"},
         {std::errc::io_error, u"FileErrorDisk"},
     };
     for (const ErrorText& text : texts)

@@ -84,6 +84,8 @@ TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     EXPECT_TRUE(shows(92));
 
     click(name);
+    ASSERT_TRUE(waitForSelection(name));
+    waitForFocus(u"PBImageBrowserView"_s);
     desktop.key(u"ctrl+shift+c"_s);
     chooseFolder(outside);
     EXPECT_TRUE(exists(outside + u'/' + name));

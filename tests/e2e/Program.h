@@ -2,6 +2,9 @@
 
 #include "e2e/Desktop.h"
 #include "e2e/State.h"
+
+#include <QSettings>
+
 namespace e2e {
 
 /// A test of the program itself, with a display, a profile and a folder of pictures of its own. It
@@ -26,6 +29,10 @@ protected:
     [[nodiscard]] QString photos() const { return _folder.filePath(u"photos"_s); }
     [[nodiscard]] QString photo(const QString& below) const { return photos() + u'/' + below; }
 
+    /// A setting of the profile, while the program doesn't run.
+    void keep(const QString& key, const QVariant& value) const {
+        QSettings(_profile + u"/Velmora.conf"_s, QSettings::IniFormat).setValue(key, value);
+    }
     /// From the next start on the catalogue is the user's own, which desktops mean.
     void useOwnPlaces();
     /// Starts the program with `photos()` in the sidebar, and waits until the browser shows all

@@ -140,6 +140,19 @@ TEST_F(FileTransferTest, aSourceThatGoesByItselfDoesNotTakeItsCopyWithIt) {
     EXPECT_EQ(read("b/x"), "only one");
 }
 
+TEST_F(FileTransferTest, whatIsWrittenIntoASourceMeanwhileIsNotDeleted) {
+    put("b/x", "former");
+    for (const QByteArray name : {"x", "y"}) {
+        put("a/" + name, "early");
+        files.otherDisk = path("b");
+        files.growsByItself = path("a/" + name);
+        prompts.answers = {{Answer::Replace, false}};
+        EXPECT_TRUE(run(plan(Kind::Move, {"a/" + name})).files.empty());
+        EXPECT_EQ(read("a/" + name), "early!");
+    }
+    EXPECT_EQ(names(u"b"_s), QStringList{u"x"_s});
+}
+
 TEST_F(FileTransferTest, attributesComeAlongAndLinksLeadOn) {
     const QByteArray odd = "l\n\"'\\\xff .jpg";
     put("a/x", "picture");

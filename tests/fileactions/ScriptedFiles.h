@@ -12,9 +12,10 @@ public:
     using Entry = platform::FileSystem::Entry;
     int failAt = 0; ///< the number of the step, from 1; 0: none
     std::errc fault = std::errc::io_error;
-    QByteArray otherDisk;    ///< part of the paths that lie on it; empty: one disk
-    QByteArray goesByItself; ///< just before it is removed
-    QByteArray failed;       ///< the step that failed
+    QByteArray otherDisk;     ///< part of the paths that lie on it; empty: one disk
+    QByteArray goesByItself;  ///< just before it is removed
+    QByteArray growsByItself; ///< while it is copied
+    QByteArray failed;        ///< the step that failed
 
     std::error_code look(const QByteArray& path, Entry& entry) override {
         if (fails("look")) return error();
@@ -29,6 +30,10 @@ public:
         return fails("create") ? error() : DiskFileSystem::create(path, file);
     }
     std::error_code copySome(int from, int to, std::int64_t& copied) override {
+        if (!growsByItself.isEmpty()) {
+            QFile late(QFile::decodeName(std::exchange(growsByItself, {})));
+            EXPECT_TRUE(late.open(QIODevice::Append) && late.write("!") == 1);
+        }
         return fails("copySome") ? error() : DiskFileSystem::copySome(from, to, copied);
     }
     std::error_code copyAttributes(int from, int to) override {

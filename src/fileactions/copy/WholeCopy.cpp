@@ -73,14 +73,13 @@ std::error_code WholeCopy::copyWhole(
     if (const auto error = checkPlace(destination, ifTaken)) return error;
     _environment.willTakeTime();
     int from = -1;
-    Entry entry;
-    if (const auto error = files.openSource(source, from, entry)) return error;
+    if (const auto error = files.openSource(source, from, _source)) return error;
     _told = 0;
     int to = -1;
     QByteArray path;
     std::error_code error = _environment.temporaries.create(folderOfPath(destination), path, to);
     if (!error) {
-        error = fill(from, entry, to, stop);
+        error = fill(from, _source, to, stop);
         error = finish(to, error, path, destination, ifTaken, sync);
     }
     static_cast<void>(files.close(from));
@@ -102,6 +101,16 @@ WholeCopy::write(const QByteArray& content, const QByteArray& destination, IfTak
     if (const auto error = _environment.temporaries.create(folderOfPath(destination), path, to))
         return error;
     return finish(to, _environment.files.write(to, content), path, destination, ifTaken, Sync::Yes);
+}
+
+std::error_code WholeCopy::checkSource(const QByteArray& source) {
+    Entry now;
+    const auto error = _environment.files.look(source, now);
+    if (error == std::errc::no_such_file_or_directory) return {}; // as its removal finds
+    if (error) return error;
+    const bool isAsCopied =
+        now.isSameFile(_source) && now.size == _source.size && now.modified == _source.modified;
+    return isAsCopied ? std::error_code() : std::make_error_code(std::errc::text_file_busy);
 }
 
 std::error_code
@@ -155,7 +164,13 @@ std::error_code WholeCopy::move(
         if (renamed != std::errc::cross_device_link) return renamed;
     }
     if (const auto error = copyWhole(source, destination, ifTaken, Sync::Yes, stop)) return error;
-    const auto error = removeSource(source, destination, ifTaken);
+    // What was written into it meanwhile is nowhere else.
+    auto error = checkSource(source);
+    if (!error) {
+        error = removeSource(source, destination, ifTaken);
+    } else if (ifTaken == IfTaken::Refuse) {
+        static_cast<void>(files.remove(destination));
+    }
     if (error) _environment.copied(-std::exchange(_told, 0));
     return error;
 }

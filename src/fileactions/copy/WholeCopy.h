@@ -54,6 +54,8 @@ private:
     giveName(const QByteArray& path, const QByteArray& destination, IfTaken ifTaken);
     [[nodiscard]] std::error_code
     moveLink(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken);
+    /// `text_file_busy` if it is no longer what was copied.
+    [[nodiscard]] std::error_code checkSource(const QByteArray& source);
     [[nodiscard]] std::error_code
     removeSource(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken);
     [[nodiscard]] std::error_code finish(
@@ -61,6 +63,7 @@ private:
         IfTaken ifTaken, Sync sync);
 
     const Environment _environment;
+    Entry _source;          ///< of the file under way, as it was opened
     std::int64_t _told = 0; ///< bytes of the file under way
 };
 
