@@ -21,7 +21,9 @@ struct PreferencesTest : ShellFixture {
     PreferencesDialog& open() {
         // What menus do before they open.
         const auto* bar = controller.window().findChild<QMenuBar*>();
-        Q_EMIT bar->actions().front()->menu()->aboutToShow();
+        QMenu* menu = bar->actions().front()->menu();
+        Q_EMIT menu->aboutToShow();
+        Q_EMIT menu->aboutToHide();
         const QList<QAction*> actions = controller.window().actions();
         (*std::ranges::find(actions, u"showPreferences"_s, &QAction::objectName))->trigger();
         return *controller.window().findChild<PreferencesDialog*>();
