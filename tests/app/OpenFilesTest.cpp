@@ -60,7 +60,7 @@ TEST_F(OpenFilesTest, photographsAreShownLargeAndTheirFoldersAreThereForThisRun)
     EXPECT_TRUE(showsLarge(u"[d.png]"_s));
     controller->applicationOpenFiles({path(u"p/b.png"_s), path(u"n/two/c.png"_s)});
     EXPECT_TRUE(showsLarge(u"[b.png] c.png"_s)) << "of several folders, without what is above";
-    EXPECT_EQ(openedRoots(), (QStringList{p, p + u"/q", path(u"n/two"_s)}));
+    EXPECT_EQ(openedRoots(), (QStringList{p, p + u"/q"_s, path(u"n/two"_s)}));
     EXPECT_EQ(openedRoots(), roots());
     controller->applicationOpenFiles({path(u"p/b.png"_s), path(u"p/a.png"_s)});
     EXPECT_TRUE(showsLarge(u"a.png [b.png]"_s));
@@ -75,7 +75,7 @@ TEST_F(OpenFilesTest, photographsAreShownLargeAndTheirFoldersAreThereForThisRun)
     EXPECT_TRUE(showsInBrowser(3));
     EXPECT_EQ(openedRoots(), QStringList{path(u"n/two"_s)}) << "what lies in it is in it";
     start();
-    const QStringList kept{p, p + u"/q"};
+    const QStringList kept{p, p + u"/q"_s};
     EXPECT_EQ(roots(), kept);
     EXPECT_TRUE(selects(p));
     EXPECT_EQ(
@@ -87,7 +87,7 @@ TEST_F(OpenFilesTest, photographsAreShownLargeAndTheirFoldersAreThereForThisRun)
     // What the sidebar hides is nobody's.
     controller->applicationOpenFiles({hidden});
     EXPECT_TRUE(showsLarge(u"[h.png]"_s));
-    EXPECT_EQ(openedRoots(), QStringList{p + u"/.kept"});
+    EXPECT_EQ(openedRoots(), QStringList{p + u"/.kept"_s});
 
     // As a run leaves it that was ended by force.
     PBCatalogue catalogue(controller->shellServices().mainFileDb);

@@ -40,7 +40,7 @@ protected:
         QProcess later;
         later.setProcessEnvironment(desktop.environment());
         later.start(
-            QCoreApplication::applicationDirPath() + u"/velmora",
+            QCoreApplication::applicationDirPath() + u"/velmora"_s,
             QStringList{u"--profile"_s, folder.filePath(u"profile"_s)} + paths);
         ASSERT_TRUE(later.waitForFinished(60'000));
         EXPECT_EQ(later.exitCode(), 0) << later.readAllStandardError().toStdString();
@@ -122,7 +122,9 @@ TEST_F(OpenRunTest, laterStartsHandOverWhatTheyAreAskedFor) {
     EXPECT_TRUE(leavesTo(files.size()));
 
     // Folders of two disks: nothing holds both but what nobody asked for.
-    const QTemporaryDir far(QDir(u"/dev/shm"_s).exists() ? u"/dev/shm/far-XXXXXX"_s : QString());
+    const QTemporaryDir far(
+        QDir(u"/dev/shm"_s).exists() ? u"/dev/shm/far-XXXXXX"_s
+                                     : QDir::tempPath() + u"/far-XXXXXX"_s);
     support::writePicture(far.filePath(u"x.png"_s));
     open({far.path(), QFileInfo(folder).path()});
     EXPECT_TRUE(waitFor([&](const State& s) {
@@ -155,7 +157,7 @@ TEST_F(OpenRunTest, aPhotographThatIsOpenedDoesNotWaitForAScanOfMany) {
     // In the folder that is being scanned.
     open({many});
     ASSERT_TRUE(waitFor([&](const State& s) { return s.json()[u"folder"_s] == many; }));
-    open({many + u"/2999.png"});
+    open({many + u"/2999.png"_s});
     EXPECT_TRUE(waitFor([&](const State& s) { return isSharp(s, u"2999.png"_s); }));
     EXPECT_TRUE(showsLarge(u"2999.png"_s, count));
     quit();
