@@ -28,6 +28,8 @@ struct OpenFilesTest : RunningProgramTest {
                 const bool isFocus = item == bin.focusImageFileItem();
                 sorted += isFocus ? u'[' + item->fileName() + u']' : item->fileName();
             }
+            // Their order is that of the group.
+            std::ranges::sort(sorted, {}, [](QString name) { return name.remove(u'['); });
             shown = sorted.join(u' ');
             return large().isShown() && shown == names && !controller->isScanning() &&
                    large().chosenImageFileItem();

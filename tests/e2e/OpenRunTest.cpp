@@ -122,7 +122,9 @@ TEST_F(OpenRunTest, laterStartsHandOverWhatTheyAreAskedFor) {
     EXPECT_TRUE(leavesTo(files.size()));
 
     // Folders of two disks: nothing holds both but what nobody asked for.
-    const QTemporaryDir far(QDir(u"/dev/shm"_s).exists() ? u"/dev/shm/far-XXXXXX"_s : QString());
+    const QTemporaryDir far(
+        QDir(u"/dev/shm"_s).exists() ? u"/dev/shm/far-XXXXXX"_s
+                                     : QDir::tempPath() + u"/far-XXXXXX"_s);
     support::writePicture(far.filePath(u"x.png"_s));
     open({far.path(), QFileInfo(folder).path()});
     EXPECT_TRUE(waitFor([&](const State& s) {
