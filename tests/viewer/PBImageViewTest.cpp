@@ -2,6 +2,7 @@
 
 #include "ui/DropTip.h"
 #include "ui/FolderDropTarget.h"
+#include "ui/PBThemes.h"
 #include "viewer/PBNavigationImageView.h"
 #include "viewer/StepButtons.h"
 
