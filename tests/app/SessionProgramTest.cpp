@@ -39,6 +39,8 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
     for (const QString& name : QDir(path(u"profile"_s)).entryList({u"*.db*"_s}, QDir::Files))
         QFile::remove(path(u"profile/"_s + name));
     QFile::remove(pictures + u"/b.png"_s);
+    for (const QString& name : support::words("g h i j k l"))
+        makePicture(u"pictures/"_s + name + u".png"_s);
     start();
     controller->addFolders({pictures});
     EXPECT_TRUE(support::spinUntil([&] { return shown() == u"e.png e.png"; }))
