@@ -94,6 +94,10 @@ TEST_F(ExtrasRunTest, preferencesActAtOnceByKeysAndAreThereAgain) {
     EXPECT_TRUE(waitFor([&](const State& s) {
         return s.large(u"percent"_s).toInt() > percent && s.large(u"image"_s) == name;
     }));
+    desktop.key(u"Escape"_s); // the next start would come back to it
+    ASSERT_TRUE(waitFor([](const State& s) {
+        return s.json()[u"largeView"_s] == false && s.isAtRest() && s.browser(u"focus"_s).toBool();
+    }));
     quit();
 
     startAgain();
