@@ -57,7 +57,7 @@ protected:
             if (isAsking(state())) desktop.key(u"Return"_s);
         }));
         // The window of the printing goes when the file is whole.
-        EXPECT_TRUE(waitFor([](const State& s) { return s.button(u"Save as PDF…"_s).isNull(); }));
+        EXPECT_TRUE(waitFor([](const State& s) { return !s.control(u"Save as PDF…"_s); }));
         waitForFocus(u"PBImageBrowserView"_s);
         const QByteArray bytes = support::readFile(file);
         EXPECT_TRUE(bytes.startsWith("%PDF"));
@@ -78,7 +78,7 @@ TEST_F(ExtrasRunTest, preferencesActAtOnceByKeysAndAreThereAgain) {
     press(u"Remove Thumbnails"_s);
     ASSERT_TRUE(waitFor([](const State& s) {
         const auto all = s.items();
-        return s.button(u"Remove Thumbnails"_s).isNull() && s.isAtRest() && !all.isEmpty() &&
+        return !s.control(u"Remove Thumbnails"_s) && s.isAtRest() && !all.isEmpty() &&
                std::ranges::all_of(all, &e2e::Item::hasThumbnail);
     })) << "thumbnails are made anew";
     waitForFocus();

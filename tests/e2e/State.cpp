@@ -52,9 +52,18 @@ std::optional<QJsonObject> State::control(const QString& name) const {
 
 QRect State::button(const QString& text) const {
     for (const QJsonValue& value : _json[u"controls"_s].toArray()) {
-        if (isCalled(value.toObject(), u"QPushButton"_s) && value[u"text"_s].toString() == text)
-            return rectOf(value[u"rect"_s]);
+        const QRect rect = rectOf(value[u"rect"_s]);
+        const bool isOnTop = activeWindow().contains(rect);
+        if (isCalled(value.toObject(), u"QPushButton"_s) && value[u"text"_s].toString() == text &&
+            isOnTop)
+            return rect;
     }
+    return {};
+}
+
+QRect State::activeWindow() const {
+    for (const QJsonValue& window : _json[u"windows"_s].toArray())
+        if (window[u"active"_s].toBool()) return rectOf(window[u"rect"_s]);
     return {};
 }
 
