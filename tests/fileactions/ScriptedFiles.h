@@ -24,7 +24,10 @@ public:
         return result;
     }
     std::error_code openSource(const QByteArray& path, int& file, Entry& entry) override {
-        return fails("openSource") ? error() : DiskFileSystem::openSource(path, file, entry);
+        if (fails("openSource")) return error();
+        const auto result = DiskFileSystem::openSource(path, file, entry);
+        if (!result && isOnOtherDisk(path)) ++entry.device;
+        return result;
     }
     std::error_code create(const QByteArray& path, int& file) override {
         return fails("create") ? error() : DiskFileSystem::create(path, file);
