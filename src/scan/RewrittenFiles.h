@@ -32,6 +32,9 @@ public:
         return !std::exchange(_files, {}).empty();
     }
 
+    /// Photographs are off the tree.
+    [[nodiscard]] bool isAnyOut() const { return !_files.empty(); }
+
     /// While a folder is looked through, whose checkpoints run other work, the end waits.
     void beginFolder() { ++_folders; }
     /// Answers whether the end is due now.

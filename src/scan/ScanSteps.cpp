@@ -12,6 +12,7 @@
 #include "scan/marks/MarksRestorer.h"
 
 void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCapture) {
+    if (dictionary.services->rewritten->isAnyOut()) return;
     ScanFigures& figures = dictionary.services->figures;
     dictionary.services->publish(
         group::makeGroupPublication(dictionary.WorkGroupItemArray, updateScrollCapture));

@@ -11,7 +11,8 @@
 
 /// Steps that the operations of a scan share. On the scan thread.
 
-/// Sends a copy of the work tree to the display.
+/// Sends a copy of the work tree to the display, unless rewritten photographs are off it: then the
+/// one goes that is sent when they are back.
 void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCapture = false);
 
 /// The row as the catalogue has it now, of a photograph that was edited since it was read; nothing
