@@ -27,8 +27,7 @@ struct FilesRunTest : e2e::ProgramTest {
     /// Answers the chooser of folders.
     void chooseFolder(const QString& folder) {
         waitForFocus(u"QLineEdit"_s);
-        desktop.type(folder);
-        desktop.key(u"Return"_s);
+        typePath(folder);
     }
     QString makeFolder(const QString& below) const {
         QDir().mkpath(photo(below));
@@ -71,11 +70,7 @@ struct FilesRunTest : e2e::ProgramTest {
         }));
     }
     /// Answers the chooser of a file.
-    void saveAs(const QString& file) {
-        desktop.key(u"ctrl+a"_s);
-        desktop.type(file);
-        desktop.key(u"Return"_s);
-    }
+    void saveAs(const QString& file) { typePath(file); }
     static QSize sizeOf(const QString& file) {
         PBImageImporterManager importers;
         const auto importer = importers.imageImporterForImageURL(file);
@@ -180,8 +175,7 @@ TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
     desktop.key(u"ctrl+a"_s);
     ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
     chooseType(0);
-    desktop.type(many.path());
-    desktop.key(u"Return"_s);
+    typePath(many.path());
     const auto files = [&many] { return QDir(many.path()).entryList({u"*.jpg"_s}, QDir::Files); };
     EXPECT_TRUE(waitFor([&](const State&) { return files().size() == 92; }));
     EXPECT_EQ(sizeOf(many.filePath(name)), size);

@@ -61,10 +61,19 @@ QRect State::button(const QString& text) const {
     return {};
 }
 
-QRect State::activeWindow() const {
+QJsonValue State::active() const {
     for (const QJsonValue& window : _json[u"windows"_s].toArray())
-        if (window[u"active"_s].toBool()) return rectOf(window[u"rect"_s]);
+        if (window[u"active"_s].toBool()) return window;
     return {};
+}
+
+QRect State::activeWindow() const {
+    return rectOf(active()[u"rect"_s]);
+}
+
+bool State::isChoosingFile() const {
+    const QString name = active()[u"class"_s].toString();
+    return name == u"QFileDialog" || name == u"QListView";
 }
 
 QList<Place> State::places(const QString& within) const {

@@ -65,6 +65,8 @@ public:
     /// null without one.
     [[nodiscard]] QRect button(const QString& text) const;
     [[nodiscard]] QRect activeWindow() const;
+    /// A chooser of files has the keys, or its list of completions.
+    [[nodiscard]] bool isChoosingFile() const;
     /// The panes of a split view; one that is hidden has no size.
     [[nodiscard]] QList<QRect> panes(const QString& splitView) const;
     /// The inside of the main window.
@@ -75,6 +77,8 @@ public:
     friend void PrintTo(const State& state, std::ostream* stream);
 
 private:
+    [[nodiscard]] QJsonValue active() const;
+
     QJsonObject _json;
 };
 
