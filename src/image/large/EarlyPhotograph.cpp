@@ -55,15 +55,15 @@ struct EarlyPhotograph::Work {
         loop->post(MainLoop::Mode::Common, [weak = std::weak_ptr(work)] {
             const auto told = weak.lock();
             if (!told) return;
-            Observer observer;
-            std::optional<Seen> seen;
+            Observer listener;
+            std::optional<Seen> found;
             {
                 const platform::Lock lock(told->mutex);
                 if (!told->seen) return;
-                seen = told->seen;
-                observer = std::exchange(told->observer, {});
+                found = told->seen;
+                listener = std::exchange(told->observer, {});
             }
-            if (observer) observer(*seen);
+            if (listener) listener(*found);
         });
     }
 };

@@ -108,9 +108,9 @@ QString LocalizedTexts::language() {
     return chosen().language;
 }
 
-QStringList LocalizedTexts::faults(const Table& english, const Table& other) {
+QStringList LocalizedTexts::faults(const Table& complete, const Table& other) {
     QStringList found;
-    for (const auto& [key, text] : english.asKeyValueRange()) {
+    for (const auto& [key, text] : complete.asKeyValueRange()) {
         const auto translated = other.constFind(key);
         if (translated == other.constEnd()) {
             found += key + QStringLiteral(": missing");
@@ -121,7 +121,7 @@ QStringList LocalizedTexts::faults(const Table& english, const Table& other) {
         }
     }
     for (const QString& key : other.keys())
-        if (!english.contains(key)) found += key + QStringLiteral(": unknown");
+        if (!complete.contains(key)) found += key + QStringLiteral(": unknown");
     found.sort();
     return found;
 }

@@ -30,7 +30,7 @@ void setLanguage(const QString& language);
 
 /// What is wrong with the texts of another language, as "key: what": keys that are missing or not
 /// known, empty texts, and placeholders that don't take the same arguments in the same way.
-[[nodiscard]] QStringList faults(const Table& english, const Table& other);
+[[nodiscard]] QStringList faults(const Table& complete, const Table& other);
 
 } // namespace LocalizedTexts
 
