@@ -24,8 +24,7 @@ struct FilesRunTest : e2e::ProgramTest {
     /// Answers the chooser of folders.
     void chooseFolder(const QString& folder) {
         waitForFocus(u"QLineEdit"_s);
-        desktop.type(folder);
-        desktop.key(u"Return"_s);
+        typePath(folder);
     }
     QString makeFolder(const QString& below) const {
         QDir().mkpath(photo(below));

@@ -112,6 +112,19 @@ void ProgramTest::chooseInMenu(const QStringList& entries) {
         clickPlace(entry, u"QMenu"_s);
 }
 
+void ProgramTest::typePath(const QString& path) {
+    desktop.key(u"ctrl+a"_s);
+    desktop.type(path);
+    // The list of completions comes when it likes, and then takes the first Return.
+    EXPECT_TRUE(waitFor(
+        [](const State& s) { return !s.isChoosingFile(); },
+        [&] {
+            if (!state().isChoosingFile()) return;
+            desktop.key(u"Return"_s);
+            (void)state(); // answered behind the key
+        }));
+}
+
 void ProgramTest::waitForFocus(const QString& widget) {
     EXPECT_TRUE(waitFor([&](const State& s) {
         const QString focus = s.json()[u"focus"_s].toString();

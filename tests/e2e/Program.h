@@ -67,6 +67,8 @@ protected:
     /// Clicks a control, menu entry or row by its text, once it is there. `within` is the class or
     /// name of what it is in, where other places have the text, too.
     void clickPlace(const QString& text, const QString& within = {});
+    /// Types the path into the chooser of files that has the keys, and takes it.
+    void typePath(const QString& path);
     /// Goes through the menu bar and submenus to an entry.
     void choose(QStringList entries) {
         clickPlace(entries.takeFirst(), u"QMenuBar"_s);

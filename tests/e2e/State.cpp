@@ -52,10 +52,28 @@ std::optional<QJsonObject> State::control(const QString& name) const {
 
 QRect State::button(const QString& text) const {
     for (const QJsonValue& value : _json[u"controls"_s].toArray()) {
-        if (isCalled(value.toObject(), u"QPushButton"_s) && value[u"text"_s].toString() == text)
-            return rectOf(value[u"rect"_s]);
+        const QRect rect = rectOf(value[u"rect"_s]);
+        const bool isOnTop = activeWindow().contains(rect);
+        if (isCalled(value.toObject(), u"QPushButton"_s) && value[u"text"_s].toString() == text &&
+            isOnTop)
+            return rect;
     }
     return {};
+}
+
+QJsonValue State::active() const {
+    for (const QJsonValue& window : _json[u"windows"_s].toArray())
+        if (window[u"active"_s].toBool()) return window;
+    return {};
+}
+
+QRect State::activeWindow() const {
+    return rectOf(active()[u"rect"_s]);
+}
+
+bool State::isChoosingFile() const {
+    const QString name = active()[u"class"_s].toString();
+    return name == u"QFileDialog" || name == u"QListView";
 }
 
 QList<Place> State::places(const QString& within) const {

@@ -61,8 +61,12 @@ public:
     [[nodiscard]] QList<Place> places(const QString& within = {}) const;
     /// Where such a place, or else a control, is; null without one.
     [[nodiscard]] QRect place(const QString& text, const QString& within = {}) const;
-    /// The push button of a sheet with that text; null without one.
+    /// The push button with that text in the sheet that has the keys, which stands where it will;
+    /// null without one.
     [[nodiscard]] QRect button(const QString& text) const;
+    [[nodiscard]] QRect activeWindow() const;
+    /// A chooser of files has the keys, or its list of completions.
+    [[nodiscard]] bool isChoosingFile() const;
     /// The panes of a split view; one that is hidden has no size.
     [[nodiscard]] QList<QRect> panes(const QString& splitView) const;
     /// The inside of the main window.
@@ -73,6 +77,8 @@ public:
     friend void PrintTo(const State& state, std::ostream* stream);
 
 private:
+    [[nodiscard]] QJsonValue active() const;
+
     QJsonObject _json;
 };
 
