@@ -37,6 +37,7 @@ TEST_F(SlideshowRunTest, playsPausesStepsAndLeavesTheWindowAsItWas) {
     if (services.isRunning()) {
         EXPECT_EQ(services.toldCalls(1), u"portal Inhibit 8"_s);
     }
+    waitForFocus(u"PBSlideshowContainerView"_s);
     for (int seconds = 5; seconds > 1; --seconds)
         desktop.key(u"minus"_s);
     const int count = state().large(u"count"_s).toInt();
@@ -83,6 +84,7 @@ TEST_F(SlideshowRunTest, withNothingSelectedItBeginsWithTheFirstOnShow) {
     ASSERT_TRUE(waitFor([&](const State& s) {
         return show(s, u"state"_s) == u"playing"_s && show(s, u"name"_s) == first;
     }));
+    waitForFocus(u"PBSlideshowContainerView"_s);
     desktop.key(u"q"_s);
     EXPECT_TRUE(waitFor([&](const State& s) {
         return show(s, u"state"_s) == u"stopped"_s && s.large(u"image"_s) == first;
