@@ -277,9 +277,9 @@ TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers)
         if (removesRoot) removeRoot(u"B"_s);
         if (isRunning) start({});
         // A root that moves before it is on show is not followed.
-        EXPECT_TRUE(round % 4 != 1 || support::spinUntil([this] {
-                        return !state()[u"folder"_s].toString().isEmpty();
-                    }));
+        const std::chrono::seconds patience(90); // as for a scan anywhere
+        const auto showsFolder = [this] { return !state()[u"folder"_s].toString().isEmpty(); };
+        EXPECT_TRUE(round % 4 != 1 || support::spinUntil(showsFolder, patience));
         photographs.setWatched(isRunning);
         if (round % 4 >= 2) disk.leave();
         for (int done = 0; done < operations; ++done) {
@@ -289,10 +289,9 @@ TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers)
         if (isRunning) {
             // Killed wherever it is, or when it has seen what it shows.
             if (round % 4 == 1) {
-                EXPECT_TRUE(support::spinUntil([&] {
-                    return inCatalogue(u"A"_s) == expected(u"A"_s);
-                })) << inCatalogue(u"A"_s).toStdString()
-                    << "\ninstead of\n"
+                const auto isBack = [&] { return inCatalogue(u"A"_s) == expected(u"A"_s); };
+                EXPECT_TRUE(support::spinUntil(isBack, patience))
+                    << inCatalogue(u"A"_s).toStdString() << "\ninstead of\n"
                     << expected(u"A"_s).toStdString();
             }
             program.kill();
