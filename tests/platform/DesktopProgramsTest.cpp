@@ -3,6 +3,8 @@
 
 #include "support/Support.h"
 
+#include <QGuiApplication>
+
 namespace programs = platform::DesktopPrograms;
 
 namespace {
@@ -44,13 +46,14 @@ TEST_F(DesktopProgramsTest, thosePreferredComeFirstAndOnlyThoseForAllTypesAndCha
     program(u"text"_s, "Terminal=true\n");
     program(u"else"_s, "OnlyShowIn=NoSuchDesktop;\n");
     program(u"gone"_s, "TryExec=/no/such/program\n");
-    program(u"velmora"_s);
+    QGuiApplication::setDesktopFileName(u"org.own.Program"_s);
+    program(u"org.own.Program"_s);
     const QByteArray geo = "x-scheme-handler/geo=map.desktop;\n";
     write(
         u"applications/mimeinfo.cache"_s,
         "[MIME Cache]\n"
         "image/png=a.desktop;b.desktop;kde-d.desktop;hidden.desktop;text.desktop;else.desktop;"
-        "gone.desktop;velmora.desktop;missing.desktop;../../evil.desktop;\n"
+        "gone.desktop;org.own.Program.desktop;missing.desktop;../../evil.desktop;\n"
         "image/jpeg=b.desktop;a.desktop;\nimage/tiff=b.desktop;\n" +
             geo);
     EXPECT_EQ(found({u"image/png"_s}), u"a b kde/d"_s);

@@ -1,6 +1,7 @@
 #include "platform/desktop/DesktopPrograms.h"
 
 #include <QFile>
+#include <QGuiApplication>
 #include <QMimeDatabase>
 
 #include <gio/gdesktopappinfo.h>
@@ -74,7 +75,8 @@ std::optional<Program> programOf(GAppInfo* info) {
         .id = QString::fromUtf8(g_app_info_get_id(info)),
         .name = QString::fromUtf8(g_app_info_get_name(info)),
         .icon = {}};
-    if (program.id == QStringLiteral("velmora.desktop")) return std::nullopt;
+    const QString own = QGuiApplication::desktopFileName() + QStringLiteral(".desktop");
+    if (program.id == own) return std::nullopt;
     if (g_desktop_app_info_get_boolean(file, "Terminal") != 0) return std::nullopt;
     if (char* icon = g_desktop_app_info_get_string(file, "Icon")) {
         program.icon = QString::fromUtf8(icon);
