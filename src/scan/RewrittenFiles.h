@@ -32,8 +32,16 @@ public:
         return !std::exchange(_files, {}).empty();
     }
 
-    /// Photographs are off the tree.
-    [[nodiscard]] bool isAnyOut() const { return !_files.empty(); }
+    /// Photographs are off the tree: what is to be published goes with what comes after them.
+    [[nodiscard]] bool holdsBack(bool updateScrollCapture) {
+        if (_files.empty()) return false;
+        _updateScrollCapture = _updateScrollCapture || updateScrollCapture;
+        return true;
+    }
+    /// Whether what was held back was to capture the position anew; once.
+    [[nodiscard]] bool takeUpdateScrollCapture() {
+        return std::exchange(_updateScrollCapture, false);
+    }
 
     /// While a folder is looked through, whose checkpoints run other work, the end waits.
     void beginFolder() { ++_folders; }
@@ -47,5 +55,6 @@ public:
 private:
     int _folders = 0;
     bool _isEndDue = false;
+    bool _updateScrollCapture = false; ///< of publications that were held back
     std::map<std::pair<qint64, QString>, OnScreen> _files;
 };

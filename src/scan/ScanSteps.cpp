@@ -12,10 +12,12 @@
 #include "scan/marks/MarksRestorer.h"
 
 void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCapture) {
-    if (dictionary.services->rewritten->isAnyOut()) return;
+    RewrittenFiles& rewritten = *dictionary.services->rewritten;
+    if (rewritten.holdsBack(updateScrollCapture)) return;
+    const bool capturesAnew = rewritten.takeUpdateScrollCapture() || updateScrollCapture;
     ScanFigures& figures = dictionary.services->figures;
     dictionary.services->publish(
-        group::makeGroupPublication(dictionary.WorkGroupItemArray, updateScrollCapture));
+        group::makeGroupPublication(dictionary.WorkGroupItemArray, capturesAnew));
     ++figures.publications;
     figures.mark(figures.firstPublication);
 }

@@ -51,11 +51,11 @@ std::optional<QJsonObject> State::control(const QString& name) const {
 }
 
 QRect State::button(const QString& text) const {
+    const QRect window = rectOf(active()[u"rect"_s]);
     for (const QJsonValue& value : _json[u"controls"_s].toArray()) {
         const QRect rect = rectOf(value[u"rect"_s]);
-        const bool isOnTop = activeWindow().contains(rect);
         if (isCalled(value.toObject(), u"QPushButton"_s) && value[u"text"_s].toString() == text &&
-            isOnTop)
+            window.contains(rect))
             return rect;
     }
     return {};
@@ -65,10 +65,6 @@ QJsonValue State::active() const {
     for (const QJsonValue& window : _json[u"windows"_s].toArray())
         if (window[u"active"_s].toBool()) return window;
     return {};
-}
-
-QRect State::activeWindow() const {
-    return rectOf(active()[u"rect"_s]);
 }
 
 bool State::isChoosingFile() const {

@@ -64,7 +64,6 @@ public:
     /// The push button with that text in the sheet that has the keys, which stands where it will;
     /// null without one.
     [[nodiscard]] QRect button(const QString& text) const;
-    [[nodiscard]] QRect activeWindow() const;
     /// A chooser of files has the keys, or its list of completions.
     [[nodiscard]] bool isChoosingFile() const;
     /// The panes of a split view; one that is hidden has no size.
@@ -77,6 +76,7 @@ public:
     friend void PrintTo(const State& state, std::ostream* stream);
 
 private:
+    /// The window that has the keys.
     [[nodiscard]] QJsonValue active() const;
 
     QJsonObject _json;
