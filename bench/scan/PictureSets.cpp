@@ -15,6 +15,8 @@
 #include <cstdlib>
 #include <string>
 
+#include <unistd.h>
+
 namespace bench {
 
 namespace {
@@ -103,16 +105,31 @@ QByteArray atPlace(QByteArray bytes, int place) {
     return bytes;
 }
 
+QString folderOf(const QString& root, int folder) {
+    return QStringLiteral("%1/%2").arg(root).arg(folder, 4, 10, QChar(u'0'));
+}
+
+QString pathOf(const PictureSet& set, const QString& root, int number) {
+    return QStringLiteral("%1/IMG_%2.jpg")
+        .arg(folderOf(root, number % set.folders))
+        .arg(number, 6, 10, QChar(u'0'));
+}
+
 void make(const PictureSet& set, const QString& root) {
     QByteArray bytes = withMetadata(pictureBytes(set.size, set.quality), set.places > 0);
     for (int folder = 0; folder < set.folders; ++folder) {
-        const QString path = QStringLiteral("%1/%2").arg(root).arg(folder, 4, 10, QChar(u'0'));
-        if (!QDir().mkpath(path)) std::abort();
+        if (!QDir().mkpath(folderOf(root, folder))) std::abort();
         for (int number = folder; number < set.pictures; number += set.folders) {
+            const QString name = pathOf(set, root, number);
+            if (set.originals > 0 && number >= set.originals) {
+                const QString original = pathOf(set, root, number % set.originals);
+                if (::link(QFile::encodeName(original), QFile::encodeName(name)) != 0) std::abort();
+                continue;
+            }
             const QByteArray date = dateOf(number);
             for (qsizetype at = 0; (at = bytes.indexOf(placeholderDate, at)) >= 0;)
                 bytes.replace(at, date.size(), date);
-            QFile file(QStringLiteral("%1/IMG_%2.jpg").arg(path).arg(number, 6, 10, QChar(u'0')));
+            QFile file(name);
             const QByteArray content = set.places > 0 ? atPlace(bytes, number % set.places) : bytes;
             if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
                 std::abort();
@@ -131,7 +148,8 @@ QString PictureSet::folder() const {
             .arg(size.height())
             .arg(pictures)
             .arg(folders)
-            .arg(places > 0 ? QStringLiteral("-of-%1-places").arg(places) : QString());
+            .arg(places > 0 ? QStringLiteral("-of-%1-places").arg(places) : QString()) +
+        (originals > 0 ? QStringLiteral("-linked-%1").arg(originals) : QString());
     const QString complete = root + QStringLiteral(".complete");
     if (QFile::exists(complete)) return root;
     std::fprintf(

@@ -7,8 +7,8 @@
 namespace bench {
 
 /// Folders of JPEG files with EXIF, made once and kept below the system's temporary folder. Every
-/// file has bytes and an inode of its own; those of one set differ in the date on which they were
-/// taken.
+/// file has bytes and an inode of its own, unless links are asked for; those of one set differ in
+/// the date on which they were taken.
 struct PictureSet {
     int pictures = 0;
     int folders = 1;
@@ -17,6 +17,9 @@ struct PictureSet {
     int quality = 75;
     /// They were taken in so many places, tens of kilometres apart; 0: they have no positions.
     int places = 0;
+    /// Only so many are files of their own, a multiple of `folders`, and the others hard links to
+    /// those in their folder; 0: all.
+    int originals = 0;
 
     /// The root of the set, which is made if it is not there yet. Takes a while then.
     [[nodiscard]] QString folder() const;

@@ -4,91 +4,21 @@
 // pictures.
 
 #include "scan/PictureSets.h"
+#include "scan/ProgramVisit.h"
 #include "support/Ratio.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <string>
-
-namespace {
 
 using bench::Bound;
 using bench::printFigure;
-
-struct Visit {
-    double window;   ///< milliseconds from the start of the process
-    double first;    ///< first pictures on the screen, likewise
-    double complete; ///< all of them, likewise
-    double thumbnailsPerSecond;
-    double longestResponse; ///< milliseconds until the window answers to a key, at the worst
-    double peak;            ///< MiB
-    double whole;           ///< milliseconds of the process, until nothing is left to do
-};
-
-Visit run(const bench::PictureSet& set, const QString& profile, bool isFirst) {
-    QStringList arguments{
-        QStringLiteral("--profile"), profile, QStringLiteral("--until-idle"),
-        QStringLiteral("--stats"), QStringLiteral("-")};
-    if (isFirst) arguments += {QStringLiteral("--add"), set.folder()};
-    QElapsedTimer whole;
-    whole.start();
-    QProcess program;
-    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    program.start(QCoreApplication::applicationDirPath() + QStringLiteral("/velmora"), arguments);
-    if (!program.waitForFinished(-1) || program.exitCode() != 0) std::abort();
-    const auto elapsed = static_cast<double>(whole.elapsed());
-    const QJsonObject stats = QJsonDocument::fromJson(program.readAllStandardOutput()).object();
-    const auto figure = [&](const char* name) {
-        return stats[QLatin1StringView(name)].toDouble(std::nan(""));
-    };
-    if (figure("items") != set.pictures) {
-        std::fprintf(stderr, "%g of %d pictures are shown\n", figure("items"), set.pictures);
-        std::abort();
-    }
-    const double begin = figure("scan_begin_ms");
-    return {
-        figure("first_window_ms"),
-        begin + figure("first_shown_ms"),
-        begin + figure("last_shown_ms"),
-        figure("thumbnails_built") / figure("thumbnails_done_ms") * 1000,
-        figure("longest_response_ms"),
-        figure("peak_rss_kib") / 1024,
-        elapsed};
-}
-
-QString profileOf(const bench::PictureSet& set) {
-    return set.folder() + QStringLiteral(".profile");
-}
-
-Visit visitFirst(const bench::PictureSet& set) {
-    QDir(profileOf(set)).removeRecursively();
-    return run(set, profileOf(set), true);
-}
-
-/// The least of each figure over some visits.
-Visit visitAgain(const bench::PictureSet& set) {
-    Visit least = run(set, profileOf(set), false);
-    for (int round = 0; round < 4; ++round) {
-        const Visit next = run(set, profileOf(set), false);
-        least.window = std::min(least.window, next.window);
-        least.first = std::min(least.first, next.first);
-        least.complete = std::min(least.complete, next.complete);
-        least.peak = std::min(least.peak, next.peak);
-    }
-    return least;
-}
-
-} // namespace
+using bench::Visit;
+using bench::visitAgain;
+using bench::visitFirst;
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);

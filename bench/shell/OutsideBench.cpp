@@ -1,6 +1,8 @@
 // The large view as the user sees it, measured from outside of the program: from a key that goes to
-// the X server to the first pixels that change on the screen, and to the picture that stays. Says
-// nothing without an X server; a quiet one of its own is best (Xvfb -screen 0 1920x1200x24).
+// the X server to the first pixels that change on the screen, and to the picture that stays; and
+// from the start of the process with a photograph to that photograph, beside other viewers where
+// they are installed. Says nothing without an X server; a quiet one of its own is best (Xvfb
+// -screen 0 1920x1200x24).
 
 #include "scan/PictureSets.h"
 #include "support/Ratio.h"
@@ -8,11 +10,13 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -218,6 +222,75 @@ void watchSet(const Screen& screen, const bench::PictureSet& set, const QString&
     program.waitForFinished();
 }
 
+/// From the start of the process to the last change in the middle of its window.
+double watchStart(const Screen& screen, const QString& path, const QStringList& arguments) {
+    QProcess program;
+    program.setStandardErrorFile(QProcess::nullDevice());
+    program.setStandardOutputFile(QProcess::nullDevice());
+    const auto start = Clock::now();
+    program.start(path, arguments);
+    if (!program.waitForStarted()) std::abort();
+    xcb_window_t window = 0;
+    std::vector<std::uint8_t> before;
+    double still = 0;
+    // Between the window and its picture, some decode for longer than a step takes.
+    constexpr std::chrono::seconds quiet{2};
+    for (auto last = start; Clock::now() - last < (window == 0 ? patience : quiet);) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2)); // leave them the processor
+        if (window == 0) window = screen.windowOf(program.processId());
+        if (window == 0) continue;
+        std::vector<std::uint8_t> now = screen.pixels(window);
+        if (now.empty()) window = 0; // it gave way to another
+        if (now == before) continue;
+        before = std::move(now);
+        last = Clock::now();
+        still = millisecondsSince(start);
+    }
+    program.terminate();
+    if (!program.waitForFinished()) program.kill();
+    program.waitForFinished();
+    return still;
+}
+
+void printStart(const QString& name, const std::function<double()>& start) {
+    constexpr int rounds = 5;
+    std::vector<double> times;
+    for (int round = 0; round < rounds; ++round)
+        times.push_back(start());
+    bench::printFigure(
+        (name + QStringLiteral(": start to a still picture")).toStdString().c_str(), middle(times),
+        "ms");
+}
+
+void compareStarts(const Screen& screen) {
+    const bench::PictureSet set{100, 1, bench::twelveMegapixelPicture, 90};
+    const QString path = QCoreApplication::applicationDirPath() + QStringLiteral("/velmora");
+    const QString file = bench::filesBelow(set.folder()).value(50);
+    const QTemporaryDir profiles;
+    const auto arguments = [&profiles, &file](const QString& profile) {
+        return QStringList{QStringLiteral("--profile"), profiles.filePath(profile), file};
+    };
+    int number = 0;
+    printStart(QStringLiteral("12 megapixels, cold"), [&] {
+        return watchStart(screen, path, arguments(QString::number(++number)));
+    });
+    const QString known = QStringLiteral("known");
+    QProcess::execute(
+        path, {QStringLiteral("--profile"), profiles.filePath(known),
+               QStringLiteral("--until-idle"), QStringLiteral("--add"), set.folder()});
+    printStart(QStringLiteral("12 megapixels, warm"), [&] {
+        return watchStart(screen, path, arguments(known));
+    });
+    for (const char* other : {"qimgv", "gwenview", "geeqie"}) {
+        const QString name = QLatin1StringView(other);
+        const QString viewer = QStandardPaths::findExecutable(name);
+        if (!viewer.isEmpty())
+            printStart(QStringLiteral("12 megapixels, ") + name, [&] {
+                return watchStart(screen, viewer, {file});
+            });
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -232,5 +305,6 @@ int main(int argc, char** argv) {
     watchSet(
         screen, {12, 1, bench::twelveMegapixelPicture, 90}, QStringLiteral("12 megapixels"), steps);
     watchSet(screen, {12, 1, QSize(6000, 4000), 90}, QStringLiteral("24 megapixels"), steps);
+    compareStarts(screen);
     return 0;
 }
