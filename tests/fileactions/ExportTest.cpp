@@ -248,10 +248,10 @@ TEST_F(ExportTest, whatIsMadeIsWholeOrAbsentAndNeverInPlaceOfItsSource) {
 
 TEST(ExportAheadTest, picturesComeInOrderFewAheadAndEndWithAStop) {
     std::atomic<std::size_t> begun = 0;
-    std::atomic<std::size_t> taken = 0;
+    std::atomic<std::size_t> wanted = 0;
     std::atomic<std::size_t> mostAhead = 0;
     const auto make = [&](std::size_t index, const std::stop_token&) {
-        const std::size_t ahead = ++begun - std::min(begun.load(), taken.load());
+        const std::size_t ahead = ++begun - std::min(begun.load(), wanted.load());
         if (ahead > mostAhead) mostAhead = ahead;
         return fileactions::ExportedPicture{
             .error = {}, .content = QByteArray::number(static_cast<int>(index))};
@@ -259,11 +259,12 @@ TEST(ExportAheadTest, picturesComeInOrderFewAheadAndEndWithAStop) {
     {
         fileactions::ExportAhead ahead(50, 3, make);
         for (std::size_t i = 0; i < 50; i += i == 10 ? 5 : 1) {
+            wanted = i;
             EXPECT_EQ(ahead.take(i, {}).content, QByteArray::number(static_cast<int>(i)));
-            taken = i + 1;
         }
     }
-    EXPECT_LE(mostAhead, 3 + 1 + 3);
+    // One for each thread and one more, beside what is wanted, which may have been taken meanwhile.
+    EXPECT_LE(mostAhead, 3 + 1 + 1);
     std::stop_source stop;
     fileactions::ExportAhead waiting(2, 1, [&](std::size_t, const std::stop_token& ended) {
         stop.request_stop();
