@@ -63,9 +63,14 @@ FolderRootServices::FolderRootServices(const Environment& environment)
             db.setLongestWait(longestWait);
             return db.open() ? cataloguedNames(db, aliasId) : std::nullopt;
         });
-    _aliasResolver.setMountFailureHandler([this](qint64 aliasId, const QString& error) {
-        if (const auto root = _aliasManager.findAliasObjectById(aliasId)) {
+    _aliasResolver.setMountHandler([this](qint64 aliasId, const QString& error) {
+        const auto root = _aliasManager.findAliasObjectById(aliasId);
+        if (!root) return;
+        if (!error.isEmpty()) {
             Q_EMIT mountFailed(*root, error);
+        } else if (!root->isMounted()) {
+            // The table of mounts tells nothing of a server below a mount point that stays.
+            _aliasResolver.resolveLater(*root, otherRoots(*root));
         }
     });
 }

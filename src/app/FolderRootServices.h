@@ -91,7 +91,8 @@ private:
     platform::BoundedCalls _calls;
     platform::DiskServiceMounter _diskMounter;
     platform::TableMounter _tableMounter;
-    platform::AnyMounter _mounter{{&_diskMounter, &_tableMounter}};
+    platform::ShareMounter _shareMounter;
+    platform::AnyMounter _mounter{{&_diskMounter, &_tableMounter, &_shareMounter}};
     PBAliasResolver _aliasResolver;
     PBBoundedFolderLister _folderLister;
     PBAliasManager _aliasManager;

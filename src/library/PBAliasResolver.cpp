@@ -257,11 +257,9 @@ void PBAliasResolver::mountVolume(const PBAliasObject& aliasObject, QString* err
     }
     const std::weak_ptr<PBAliasResolver*> self = _self;
     const qint64 aliasId = aliasObject.aliasId();
-    // Success is told by the mount table.
     _mounter->mount(bookmark->fileSystem, [self, aliasId](const QString& problem) {
         const auto alive = self.lock();
-        if (!alive || problem.isEmpty() || !(*alive)->_mountFailure) return;
-        (*alive)->_mountFailure(aliasId, problem);
+        if (alive && (*alive)->_didMount) (*alive)->_didMount(aliasId, problem);
     });
 }
 

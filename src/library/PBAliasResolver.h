@@ -34,7 +34,8 @@ class PBAliasResolver {
 public:
     /// A root's answer that came late, or after its volume was mounted for it.
     using LateAnswer = std::function<void(qint64 aliasId, const PBAliasResolution& resolution)>;
-    using MountFailure = std::function<void(qint64 aliasId, const QString& error)>;
+    /// A volume was mounted when asked for; else with the reason.
+    using DidMount = std::function<void(qint64 aliasId, const QString& error)>;
     /// What the catalogue knows of a root's photographs; nothing where it can't be read. Called on
     /// any thread.
     using NamesSource = std::function<std::optional<std::vector<CataloguedName>>(qint64 aliasId)>;
@@ -48,7 +49,7 @@ public:
     ~PBAliasResolver();
 
     void setLateAnswerHandler(LateAnswer handler) { _lateAnswer = std::move(handler); }
-    void setMountFailureHandler(MountFailure handler) { _mountFailure = std::move(handler); }
+    void setMountHandler(DidMount handler) { _didMount = std::move(handler); }
     /// Without one, folders are known again by what the file system says of them alone.
     void setNamesSource(NamesSource source) { _names = std::move(source); }
 
@@ -128,7 +129,7 @@ private:
     const std::shared_ptr<const platform::BookmarkResolver> _resolver;
     const QStringList _commonFolders;
     LateAnswer _lateAnswer;
-    MountFailure _mountFailure;
+    DidMount _didMount;
     NamesSource _names;
     /// The number of the last question about each root: late answers to former ones are void.
     std::map<qint64, int> _questions;

@@ -195,9 +195,9 @@ TEST_F(PBAliasResolverTest, absentVolumeIsMountedWhenAsked) {
     bookmark.path = u"/media/nobody/Stick/photos"_s;
     bookmark.fileSystem = {"ext4", "0123456789abcdef", "/dev/nothing", 9};
     const auto root = rootOf(bookmark.data(), bookmark.path);
-    QStringList failures;
-    resolver.setMountFailureHandler([&](qint64 aliasId, const QString& reason) {
-        failures.append(u"%1 %2"_s.arg(aliasId).arg(reason));
+    QStringList told;
+    resolver.setMountHandler([&](qint64 aliasId, const QString& reason) {
+        told.append(u"%1 %2"_s.arg(aliasId).arg(reason));
     });
     EXPECT_EQ(outcome(*root), Outcome::VolumeAbsent);
     EXPECT_FALSE(mounter.pending);
@@ -206,7 +206,9 @@ TEST_F(PBAliasResolverTest, absentVolumeIsMountedWhenAsked) {
     ASSERT_TRUE(mounter.pending);
     mounter.pending(QString());
     mounter.pending(u"wrong password"_s);
-    EXPECT_EQ(failures.size(), 1);
+    EXPECT_EQ(
+        told,
+        QStringList({u"%1 "_s.arg(root->aliasId()), u"%1 wrong password"_s.arg(root->aliasId())}));
     mounter.can = false;
     EXPECT_EQ(outcome(*root, true), Outcome::VolumeAbsent);
     EXPECT_FALSE(error.isEmpty());

@@ -202,6 +202,34 @@ TEST_F(BookmarkTest, absentVolumeOrUnreadableParentIsNoMissingFolder) {
     EXPECT_EQ(resolve(bookmark), Answer(Outcome::VolumeAbsent, {}));
 }
 
+TEST_F(BookmarkTest, aServerBelowTheDesktopsMountPointIsAVolumeOfItsOwn) {
+    const QString table = path(u"table");
+    const auto mountTable = [&](const char* type) {
+        support::writeFile(
+            table, "30 1 0:40 / " + path(u"run").toUtf8() + " rw - " + type + " daemon rw\n");
+        return VolumeSources{.mountInfo = table};
+    };
+    for (const auto& [type, share] :
+         {std::pair("fuse.gvfsd-fuse", "smb-share:server=nas,share=a"),
+          {"fuse.kio-fuse", "smb/nas"}}) {
+        const VolumeSources sources = mountTable(type);
+        const QString server = u"run/"_s + QLatin1StringView(share);
+        const QString folder = make(server + u"/photos"_s);
+        auto bookmark = Bookmark::bookmarkOfFolder(folder, Volumes(sources));
+        ASSERT_TRUE(bookmark);
+        EXPECT_EQ(bookmark->fileSystem.source, share);
+        bookmark->fileSystem.source = "daemon"; // as it was kept once
+        bookmark = Bookmark::fromData(bookmark->data());
+        const BookmarkResolver resolver(sources);
+        EXPECT_EQ(resolver.resolve(*bookmark, {}).path, folder);
+        move(server, u"away");
+        EXPECT_EQ(resolver.resolve(*bookmark, {}).outcome, Outcome::VolumeAbsent);
+        make(server);
+        EXPECT_EQ(resolver.resolve(*bookmark, {}).outcome, Outcome::NotFound);
+        QDir(path(u"away")).removeRecursively();
+    }
+}
+
 TEST_F(BookmarkTest, volumeMountedElsewhereBringsTheFolderBack) {
     const auto first = QFile::encodeName(make(u"first")),
                second = QFile::encodeName(make(u"second"));

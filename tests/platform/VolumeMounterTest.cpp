@@ -1,5 +1,6 @@
 #include "platform/volumes/VolumeMounter.h"
 #include "platform/program/LocalizedTexts.h"
+#include "platform/volumes/DesktopShare.h"
 #include "platform/volumes/TableMounter.h"
 
 #include "support/Support.h"
@@ -130,4 +131,26 @@ TEST(TableMounterTest, whatTheSystemLetsUsersMountIsMountedAndWhatHinderedItIsTo
     any.mount(server("nas:/photos"), note);
     EXPECT_TRUE(support::spinUntil([&] { return told.size() == 3; }));
     EXPECT_EQ(told.constLast(), QString());
+    // What the desktop shows as folders, by its own program.
+    platform::ShareMounter desktop(system("echo \"$@\" >&2; exit 2").mount);
+    desktop.mount({"fuse.gvfsd-fuse", "", "smb-share:server=nas,share=a", 0}, note);
+    EXPECT_TRUE(support::spinUntil([&] { return told.size() == 4; }));
+    EXPECT_EQ(told.constLast(), u"mount smb://nas/a"_s);
+}
+
+TEST(ShareMounterTest, theDesktopIsAskedByTheAddressThatItsFolderNames) {
+    const platform::ShareMounter mounter;
+    for (const auto& [share, address] :
+         {std::pair("smb-share:server=nas,share=my%20photos,user=ann", "smb://ann@nas/my%20photos"),
+          {"sftp:host=box,port=2222", "sftp://box:2222/"},
+          {"dav:host=cloud.example,ssl=true,prefix=%2Fdav%2Fann", "davs://cloud.example/dav/ann"},
+          {"dav:host=cloud.example,ssl=false", "dav://cloud.example/"},
+          {"mtp:host=Maker_Phone_12", "mtp://Maker_Phone_12/"},
+          {"smb-share:share=a", ""},
+          {"../x:host=a", ""},
+          {"daemon", ""}}) {
+        EXPECT_EQ(platform::addressOfDesktopShare(share), QLatin1StringView(address)) << share;
+        EXPECT_EQ(mounter.canMount({"fuse.gvfsd-fuse", "", share, 0}), *address != 0) << share;
+    }
+    EXPECT_FALSE(mounter.canMount({"fuse.sshfs", "", "sftp:host=box", 0}));
 }

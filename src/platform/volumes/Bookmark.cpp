@@ -1,5 +1,7 @@
 #include "platform/volumes/Bookmark.h"
 
+#include "platform/volumes/DesktopShare.h"
+
 #include <QCborMap>
 #include <QCborValue>
 #include <QFile>
@@ -127,6 +129,11 @@ std::optional<Bookmark> Bookmark::fromData(const QByteArray& data) {
     bookmark.fileSystem.type = map[Type].toByteArray();
     bookmark.fileSystem.uuid = map[Uuid].toByteArray();
     bookmark.fileSystem.source = map[Source].toByteArray();
+    // Former versions took all that a desktop mounts for one file system.
+    if (isDesktopMount(bookmark.fileSystem.type)) {
+        const QByteArray share = desktopShare(bookmark.fileSystem.type, bookmark.pathInFileSystem);
+        if (!share.isEmpty()) bookmark.fileSystem.source = share;
+    }
     bookmark.fileSystem.fsid = static_cast<std::uint64_t>(map[Fsid].toInteger());
     bookmark.folder.inode = static_cast<std::uint64_t>(map[Inode].toInteger());
     bookmark.folder.creationTime = map[CreationTime].toInteger();

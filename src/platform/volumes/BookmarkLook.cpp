@@ -1,6 +1,8 @@
 #include "platform/volumes/BookmarkLook.h"
 
+#include "platform/files/PathNames.h"
 #include "platform/files/Presence.h"
+#include "platform/volumes/DesktopShare.h"
 
 #include <QFile>
 
@@ -16,7 +18,7 @@ const std::vector<Mount>& BookmarkLook::mountsOfVolume() {
     std::vector<Mount>& found = _mountsOfVolume.emplace();
     for (const Mount& mount : _table.mounts()) {
         if (!mayBeVolume(mount)) continue;
-        if (_bookmark.fileSystem.agreesWith(_volumes.identity(mount, mount.mountPoint))) {
+        if (_bookmark.fileSystem.agreesWith(_volumes.identity(mount, placeOfShare(mount)))) {
             found.push_back(mount);
         }
     }
@@ -58,7 +60,18 @@ bool BookmarkLook::isAvoided(const QString& path) const {
 /// Without asking file systems that may hang, unless it is by its name the one that is sought.
 bool BookmarkLook::mayBeVolume(const Mount& mount) const {
     return !Volumes::mayHang(mount) || mount.fileSystemType == "fuseblk" ||
-           mount.source == _bookmark.fileSystem.source;
+           mount.source == _bookmark.fileSystem.source ||
+           (isDesktopMount(mount.fileSystemType) &&
+            mount.fileSystemType == _bookmark.fileSystem.type);
+}
+
+/// A server or device that the user is not connected with leaves behind the mount point of all of
+/// them, which is another volume.
+QString BookmarkLook::placeOfShare(const Mount& mount) const {
+    if (!isDesktopMount(mount.fileSystemType)) return mount.mountPoint;
+    const QByteArray share = desktopShare(mount.fileSystemType, _bookmark.pathInFileSystem);
+    return share.isEmpty() ? mount.mountPoint
+                           : pathInFolder(mount.mountPoint, QString::fromUtf8(share));
 }
 
 } // namespace platform

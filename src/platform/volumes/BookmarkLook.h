@@ -37,6 +37,8 @@ public:
 
 private:
     [[nodiscard]] bool mayBeVolume(const Mount& mount) const;
+    /// Where the bookmarked folder's file system begins, if that is the mount of it.
+    [[nodiscard]] QString placeOfShare(const Mount& mount) const;
 
     const Bookmark& _bookmark;
     const Volumes& _volumes;

@@ -1,6 +1,7 @@
 #include "platform/volumes/TableMounter.h"
 
 #include "platform/tasks/MainThread.h"
+#include "platform/volumes/DesktopShare.h"
 
 #include <QFile>
 #include <QProcess>
@@ -22,6 +23,28 @@ struct CloseTable {
 bool hasAnyOption(const mntent& entry, std::initializer_list<const char*> options) {
     return std::ranges::any_of(
         options, [&](const char* option) { return ::hasmntopt(&entry, option) != nullptr; });
+}
+
+/// Completions go with `calls`.
+void runToMount(
+    const QObject& calls, const QString& program, const QStringList& arguments,
+    VolumeMounter::Completion completion) {
+    // No child of anybody: one that hangs in the kernel must not be waited for.
+    auto* process = new QProcess;
+    const auto end = [process, completion = std::move(completion)] {
+        const bool isDone = process->error() == QProcess::UnknownError && process->exitCode() == 0;
+        const QString told = QString::fromLocal8Bit(process->readAllStandardError()).trimmed();
+        process->deleteLater();
+        completion(isDone ? QString() : told.isEmpty() ? process->errorString() : told);
+    };
+    QObject::connect(process, &QProcess::finished, &calls, end);
+    QObject::connect(
+        process, &QProcess::errorOccurred, &calls, [end](QProcess::ProcessError error) {
+            if (error == QProcess::FailedToStart) end();
+        });
+    // Nobody is there to answer what it may ask for.
+    process->setStandardInputFile(QProcess::nullDevice());
+    process->start(program, arguments);
 }
 
 } // namespace
@@ -48,20 +71,20 @@ bool TableMounter::canMount(const FileSystemIdentity& fileSystem) const {
 void TableMounter::mount(const FileSystemIdentity& fileSystem, Completion completion) {
     assertMainThread();
     const Entry entry = entryOf(fileSystem.source);
-    // No child of anybody: one that hangs in the kernel must not be waited for.
-    auto* process = new QProcess;
-    const auto end = [process, completion = std::move(completion)] {
-        const bool isDone = process->error() == QProcess::UnknownError && process->exitCode() == 0;
-        const QString told = QString::fromLocal8Bit(process->readAllStandardError()).trimmed();
-        process->deleteLater();
-        completion(isDone ? QString() : told.isEmpty() ? process->errorString() : told);
-    };
-    QObject::connect(process, &QProcess::finished, &_calls, end);
-    QObject::connect(
-        process, &QProcess::errorOccurred, &_calls, [end](QProcess::ProcessError error) {
-            if (error == QProcess::FailedToStart) end();
-        });
-    process->start(entry.isAutomatic ? _system.look : _system.mount, {entry.place});
+    runToMount(
+        _calls, entry.isAutomatic ? _system.look : _system.mount, {entry.place},
+        std::move(completion));
+}
+
+bool ShareMounter::canMount(const FileSystemIdentity& fileSystem) const {
+    return isDesktopMount(fileSystem.type) && !addressOfDesktopShare(fileSystem.source).isEmpty();
+}
+
+void ShareMounter::mount(const FileSystemIdentity& fileSystem, Completion completion) {
+    assertMainThread();
+    runToMount(
+        _calls, _program, {QStringLiteral("mount"), addressOfDesktopShare(fileSystem.source)},
+        std::move(completion));
 }
 
 bool AnyMounter::canMount(const FileSystemIdentity& fileSystem) const {

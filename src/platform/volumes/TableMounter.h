@@ -36,6 +36,22 @@ private:
     QObject _calls; ///< completions of calls go with it
 };
 
+/// Through the desktop, for the servers and devices that it shows as folders. Without a password
+/// that the desktop has kept, this fails, and says so. Calls that are under way when the mounter
+/// goes are left to end by themselves.
+class ShareMounter final : public VolumeMounter {
+public:
+    /// `program` takes "mount" and an address.
+    explicit ShareMounter(QString program = QStringLiteral("gio")) : _program(std::move(program)) {}
+
+    [[nodiscard]] bool canMount(const FileSystemIdentity& fileSystem) const override;
+    void mount(const FileSystemIdentity& fileSystem, Completion completion) override;
+
+private:
+    const QString _program;
+    QObject _calls; ///< completions of calls go with it
+};
+
 /// The first of several mounters that can do it.
 class AnyMounter final : public VolumeMounter {
 public:

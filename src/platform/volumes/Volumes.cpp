@@ -1,5 +1,7 @@
 #include "platform/volumes/Volumes.h"
 
+#include "platform/volumes/DesktopShare.h"
+
 #include "platform/files/PathNames.h"
 
 #include <QDir>
@@ -44,11 +46,6 @@ bool isPortableDevice(const QByteArray& type) {
                                       "fuse.go-mtpfs"sv, "fuse.aft-mtp-mount"sv, "fuse.gphotofs"sv,
                                       "fuse.ifuse"sv};
     return contains(names, type);
-}
-
-/// The desktop's own user-space mount names each device or server by a folder below it.
-bool isDesktopMount(const QByteArray& type) {
-    return type == "fuse.gvfsd-fuse" || type == "fuse.kio-fuse";
 }
 
 bool isBelow(const QString& path, const QString& folder) {
@@ -229,6 +226,11 @@ FileSystemIdentity Volumes::identity(const Mount& mount, const QString& path) co
     FileSystemIdentity identity;
     identity.type = mount.fileSystemType;
     identity.source = mount.source;
+    if (isDesktopMount(mount.fileSystemType)) {
+        const QByteArray share = desktopShare(
+            mount.fileSystemType, pathInFileSystem(mount, QFileInfo(path).canonicalFilePath()));
+        if (!share.isEmpty()) identity.source = share;
+    }
     if (mayHang(mount) && mount.fileSystemType != "fuseblk") return identity;
     identity.uuid = uuidOfDevice(mount);
     const QByteArray bytes = QFile::encodeName(path);

@@ -47,7 +47,8 @@ public:
     [[nodiscard]] const Mount* mountHolding(const QString& path, const MountTable& table) const;
 
     /// From the mount table, udev and, for file systems of this machine only, the file system
-    /// itself, which is asked at `path`: any path on it, such as the mount point.
+    /// itself, which is asked at `path`: any path on it, such as the mount point. What a desktop
+    /// mounts is told apart by the server or device that the path belongs to.
     [[nodiscard]] FileSystemIdentity identity(const Mount& mount, const QString& path) const;
 
     /// Whether asking this file system for anything may take long: a network, a user-space file
