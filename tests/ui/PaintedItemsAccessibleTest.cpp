@@ -1,6 +1,7 @@
 #include "ui/PaintedItemsAccessible.h"
 
 #include "support/Support.h"
+#include "ui/RowView.h"
 
 #include <QPushButton>
 #include <QScopeGuard>
@@ -8,22 +9,6 @@
 namespace {
 
 using Action = QAccessibleActionInterface;
-
-/// Rows of 10 points; the second one is no more than a head.
-class RowView final : public QWidget {
-    Q_OBJECT
-
-public:
-    RowView() { setFocusPolicy(Qt::StrongFocus); }
-    [[nodiscard]] int rowAt(const QPoint& point) const {
-        return point.y() < count * 10 ? point.y() / 10 : -1;
-    }
-
-    int count = 3;
-    int current = -1;
-    std::uint64_t generation = 1;
-    QStringList performed;
-};
 
 class RowViewAccessible final : public PaintedItemsAccessible {
 public:
@@ -148,5 +133,3 @@ TEST_F(PaintedItemsAccessibleTest, theCurrentItemIsToldWithTheFocusOnlyAndAction
 }
 
 } // namespace
-
-#include "PaintedItemsAccessibleTest.moc"
