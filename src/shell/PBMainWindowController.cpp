@@ -467,7 +467,9 @@ void PBMainWindowController::clearBrowser() {
     const auto root = folder ? folder->aliasObjectAndRelativePath(&place) : nullptr;
     place = root ? QString::number(root->aliasId()) + u'/' + place : QString();
     const bool isSame = std::exchange(_shownFolder, place) == place && !place.isEmpty();
-    if (isSame) {
+    // What was opened is on show before a slow disk has told of its folder.
+    const bool isOpened = folder && _largeView->asksFor(folder->folderPath());
+    if (isSame || isOpened) {
         _largeView->willShowSamePhotographs();
     } else {
         _largeView->leave();

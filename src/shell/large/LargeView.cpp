@@ -5,6 +5,7 @@
 #include "core/FileTypes.h"
 #include "core/PBAppDelegate.h"
 #include "core/PBOpenFiles.h"
+#include "core/Paths.h"
 #include "group/PBImageFileItem.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/large/EarlyPhotograph.h"
@@ -103,6 +104,14 @@ void LargeView::standInCame() {
     LargeViewLists::List list;
     list.items.push_back(_opened.standIn());
     showAt(std::move(list), _opened.standIn());
+}
+
+bool LargeView::asksFor(const QString& folderPath) const {
+    const auto request = _parts.services.delegate.openFiles();
+    return isShown() && request &&
+           std::ranges::any_of(request->openFileArray(), [&](const auto& asked) {
+               return PBUtilities::comparePath(folderPath, asked.folderPath) == 0;
+           });
 }
 
 std::shared_ptr<PBImageFileItem> LargeView::chosenImageFileItem() const {

@@ -50,6 +50,8 @@ public:
     void openFilesEnterToLargeView(const OpenFilesRequest::NamedFile& first);
     /// A photograph that was opened stands alone as yet, without those of its folder.
     [[nodiscard]] bool isAwaitingOpened() const { return _opened.isAwaited(); }
+    /// The request that is shown is for that folder, or for something in it.
+    [[nodiscard]] bool asksFor(const QString& folderPath) const;
     /// The photograph in focus, if it is one that commands can be given for.
     [[nodiscard]] std::shared_ptr<PBImageFileItem> chosenImageFileItem() const;
     /// Opens the first of those that are selected.
