@@ -42,6 +42,9 @@ public:
     void openFiles(const QStringList& paths);
 
 private:
+    /// Where the sidebar has it: scans and sidebar leave out links to folders, whose folders have a
+    /// place of their own.
+    [[nodiscard]] QString placeOf(const QString& path) const;
     void openPhotographs(const OpenFilesRequest& request);
     void openFolders(const OpenFilesRequest& request);
     void openFolder(const QString& folder);
