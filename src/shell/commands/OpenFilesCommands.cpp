@@ -60,11 +60,17 @@ void OpenFilesCommands::openPhotographs(const OpenFilesRequest& request) {
         const bool isThere = isInSidebar(folder->folderPath, isNamed) ||
                              (isNamed ? _parts.commands.addOrSelectFolder(folder->folderPath)
                                       : _parts.commands.openFolder(folder->folderPath));
-        if (!isThere) return;
+        if (!isThere) return showAlone(request);
     }
     _parts.delegate.setOpenFiles(std::make_shared<PBOpenFiles>(request.folders));
     // The scan goes to the others from there: what holds them all was not asked for.
     select(request.isAncestorUnnamed ? request.folders.front()->folderPath : request.ancestor);
+    _parts.openFilesEnterToLargeView(request.firstFile);
+}
+
+void OpenFilesCommands::showAlone(const OpenFilesRequest& request) {
+    if (request.firstFile.fileName.isEmpty()) return;
+    _parts.delegate.setOpenFiles(std::make_shared<PBOpenFiles>(request.folders));
     _parts.openFilesEnterToLargeView(request.firstFile);
 }
 

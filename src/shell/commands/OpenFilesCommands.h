@@ -46,6 +46,8 @@ private:
     /// place of their own.
     [[nodiscard]] QString placeOf(const QString& path) const;
     void openPhotographs(const OpenFilesRequest& request);
+    /// Where the catalogue takes no folder: the first photograph can be looked at all the same.
+    void showAlone(const OpenFilesRequest& request);
     void openFolders(const OpenFilesRequest& request);
     void openFolder(const QString& folder);
     /// A folder that the user named has to have its place there for good.

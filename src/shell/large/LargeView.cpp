@@ -126,9 +126,9 @@ bool LargeView::takeOpened(LargeViewLists::List& list) {
     const ShellServices& services = _parts.services;
     const bool mayCome = services.delegate.isScanning() || services.groupTreeDataSource.isWaiting();
     if (!isThere && mayCome) return false;
-    const auto focus = _controller->bin().focusImageFileItem();
     // What the scan could not take is shown all the same.
-    if (!isThere && focus && list.items.empty()) return false;
+    if (!isThere && list.items.empty()) return false;
+    const auto focus = _controller->bin().focusImageFileItem();
     const auto opened = isThere ? *item : nullptr;
     _opened.end();
     if (!opened) return true;
