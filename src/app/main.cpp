@@ -42,6 +42,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <vector>
 
 #include <unistd.h>
 
@@ -161,6 +162,25 @@ void performLater(ApplicationController& controller, const SingleInstance::Reque
     (void)perform(controller, request);
 }
 
+/// What is asked of the program while it asks the user something himself, and has no window yet.
+class EarlyRequests {
+public:
+    /// Both outlive this object; there may be no service.
+    EarlyRequests(const SingleInstance& instance, const DesktopService* service) {
+        const auto keep = [this](const SingleInstance::Request& request) {
+            _requests.push_back(request);
+        };
+        QObject::connect(&instance, &SingleInstance::requested, &_context, keep);
+        if (service) QObject::connect(service, &DesktopService::requested, &_context, keep);
+    }
+
+    [[nodiscard]] const std::vector<SingleInstance::Request>& requests() const { return _requests; }
+
+private:
+    std::vector<SingleInstance::Request> _requests;
+    const QObject _context;
+};
+
 /// Shows the window with what the request asks for, runs the loop and ends everything; answers the
 /// exit code.
 int runApplication(
@@ -171,6 +191,7 @@ int runApplication(
     useTextLanguage(controller.preferences());
     const ThemeControl theme(controller.preferences(), options.dark);
 
+    std::optional<EarlyRequests> early(std::in_place, instance, service.get());
     // Nobody is there to answer a run that ends by itself.
     const QString folder = platform::StandardFolders::dataFolder();
     const QString catalogue = folder + QStringLiteral("/files.db");
@@ -197,6 +218,8 @@ int runApplication(
             service.get(), &DesktopService::requested, &window,
             [&](const SingleInstance::Request& request) { performLater(controller, request); });
     };
+    const std::vector<SingleInstance::Request> waiting = early->requests();
+    early.reset();
     if (service) listen();
     std::optional<PhotographTime> photographTime;
     if (!options.stats.isEmpty()) {
@@ -226,6 +249,8 @@ int runApplication(
     MarksCommand::answerLaterStarts(instance, controller.marks());
 
     int code = perform(controller, first) ? 0 : failure;
+    for (const SingleInstance::Request& request : waiting)
+        performLater(controller, request);
     IdleWatch idle([&] { return controller.isIdle(); });
     QObject::connect(&idle, &IdleWatch::becameIdle, &window, [&] {
         responseTime.stop(); // taking the picture is no part of the visit
