@@ -216,10 +216,14 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     EXPECT_EQ(shown(), u"C|"_s);
     EXPECT_EQ(bin().focusImageFileItem()->rotateAngle(), 90);
     EXPECT_EQ(large().chosenImageFileItem(), nullptr) << "it only stands in";
+    for (const QStringView what : {u"flagClicked", u"copy", u"view_SlideshowView"})
+        EXPECT_FALSE(isEnabled(what)) << what.toString().toStdString();
+    EXPECT_TRUE(isEnabled(u"view_fitIn") && isEnabled(u"revealInFinder"));
     publish(items);
     EXPECT_EQ(bin().focusImageFileItem(), items[2]);
     EXPECT_EQ(shown(), u"abCd|c"_s);
     EXPECT_EQ(large().chosenImageFileItem(), items[2]);
+    EXPECT_TRUE(isEnabled(u"flagClicked"));
 }
 
 TEST_F(LargeViewTest, whatIsShownStaysWhileTheSameFolderIsReadAnewAndGoesWithTheFolder) {
