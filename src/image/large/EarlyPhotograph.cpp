@@ -22,6 +22,14 @@ int longerSide(const QImage& image) {
     return std::max(image.width(), image.height());
 }
 
+bool plays(
+    PBImageImporterProtocol& importer, const codec::DecodeRequest& request,
+    const std::stop_token& stop) {
+    if (!LoadRequests::mayPlay(importer.utiType())) return false;
+    const codec::OpenedSequence opened = importer.openSequence(request, stop);
+    return opened.sequence && opened.sequence->isAnimation();
+}
+
 double orientationOf(const PBDictionary& properties) {
     const PBDictionary* tiff = valueForKey(properties, QStringLiteral("{TIFF}")).dictionary();
     if (!tiff) return 0;
@@ -117,10 +125,10 @@ void EarlyPhotograph::decode(const std::shared_ptr<Work>& work, const std::stop_
     codec::ReadResult result;
     result.status = codec::ReadStatus::NotNow;
     work->values = platform::FileManager::look(work->path).values;
-    const auto importer = _importers.imageImporterForImageURL(work->path);
-    if (importer && !LoadRequests::mayPlay(importer->utiType())) {
+    if (const auto importer = _importers.imageImporterForImageURL(work->path)) {
         importer->setUrgency(work->request.urgency);
-        result = importer->readImage(work->request, stop);
+        if (!plays(*importer, work->request, stop))
+            result = importer->readImage(work->request, stop);
     }
     work->decoded.set_value(std::move(result));
 }

@@ -39,7 +39,7 @@ public:
     EarlyPhotograph& operator=(const EarlyPhotograph&) = delete;
 
     /// Begins with the file, at the size at which it fits the screen, unless that was begun; a
-    /// former one is forgotten. Files that may play are read, and not decoded.
+    /// former one is forgotten. Files that play are read, and not decoded.
     void begin(const QString& path, const LargeImageScreen& screen);
     /// Calls the observer on the main thread, and never from within, once what the file says is
     /// known. Not at all where it can't be read, or something else was begun meanwhile.
