@@ -35,6 +35,9 @@ TEST(EarlyPhotographTest, onePhotographIsReadAndDecodedForWhoeverAsksForTheFileA
     }
     early.begin(path, screen);
     EXPECT_EQ(longerSide(half, date + 1), 0) << "another file by now";
+    early.begin(path, {.maxScreenSize = 20, .backingScaleFactor = 1, .colorSpace = {}});
+    early.begin(path, screen);
+    EXPECT_EQ(longerSide(half, date), 40) << "the window came up on another screen";
     early.begin(other, screen);
     early.begin(path, screen);
     EXPECT_EQ(longerSide(LoadRequests::make(0, {}), date), 0) << "reduced";
