@@ -4,6 +4,15 @@ namespace {
 
 struct SessionProgramTest : RunningProgramTest {
     PBImageBrowserView& browser() { return *window().window().findChild<PBImageBrowserView*>(); }
+    /// Anew, for that photograph.
+    void startWith(const QString& file) {
+        controller.reset();
+        controller.emplace();
+        controller->awakeFromNib();
+        controller->setIgnoreSelectLastFolder();
+        controller->applicationDidFinishLaunching();
+        controller->applicationOpenFiles({file});
+    }
     bool isQuiet() { return controller->isIdle() && !controller->isScanning(); }
     /// The names of the selected photographs, and of the current one.
     QString shown() {
@@ -33,6 +42,22 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
     EXPECT_TRUE(support::spinUntil([&] { return shown() == u"b.png e.png e.png"; }))
         << shown().toStdString();
     ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
+
+    // What is only opened is for its own run, be it asked for at the start or later.
+    const QString other = makePicture(u"other/x.png"_s);
+    for (const bool isAtStart : {false, true}) {
+        if (isAtStart) {
+            startWith(other);
+        } else {
+            controller->applicationOpenFiles({other});
+        }
+        ASSERT_TRUE(support::spinUntil([&] { return isQuiet() && shown() == u"x.png x.png"; }))
+            << shown().toStdString();
+        start();
+        EXPECT_TRUE(support::spinUntil([&] { return shown() == u"b.png e.png e.png"; }))
+            << shown().toStdString();
+        ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
+    }
 
     // Another one gives the same numbers to others.
     controller.reset();
