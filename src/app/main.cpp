@@ -182,10 +182,11 @@ private:
 };
 
 /// Shows the window with what the request asks for, runs the loop and ends everything; answers the
-/// exit code.
+/// exit code, and the arguments to start with anew where that is wanted.
 int runApplication(
     const CommandLineOptions& options, const SingleInstance::Request& first,
-    SingleInstance& instance, std::unique_ptr<DesktopService> service, bool* wantsRestart) {
+    SingleInstance& instance, std::unique_ptr<DesktopService> service,
+    std::optional<QStringList>* restart) {
     Statistics statistics;
     ApplicationController controller(EarlyStart::begin(first.paths));
     useTextLanguage(controller.preferences());
@@ -201,8 +202,8 @@ int runApplication(
     if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
         return failure;
 
-    controller.setRestart([wantsRestart] {
-        *wantsRestart = true;
+    controller.setRestart([restart, &options, &controller] {
+        *restart = restartArguments(options) + controller.mainWindowController().openedOnShow();
         QCoreApplication::quit();
     });
     controller.awakeFromNib();
@@ -344,11 +345,9 @@ int main(int argc, char** argv) {
 
     if (!toolkit) toolkit.emplace(argc, argv);
     instance->listen();
-    bool wantsRestart = false;
-    const int code = runApplication(options, request, *instance, std::move(service), &wantsRestart);
+    std::optional<QStringList> restart;
+    const int code = runApplication(options, request, *instance, std::move(service), &restart);
     instance.reset(); // the next one takes the catalogue
-    if (wantsRestart) {
-        QProcess::startDetached(QCoreApplication::applicationFilePath(), restartArguments(options));
-    }
+    if (restart) QProcess::startDetached(QCoreApplication::applicationFilePath(), *restart);
     return code;
 }

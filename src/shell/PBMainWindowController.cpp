@@ -8,6 +8,7 @@
 #include "fileactions/marks/EditRunner.h"
 #include "group/GroupTypes.h"
 #include "image/BuildThumbNotifier.h"
+#include "library/OpenedRoots.h"
 #include "library/PBFolderItem.h"
 #include "places/PBGeoManager.h"
 #include "platform/program/LocalizedTexts.h"
@@ -552,6 +553,13 @@ void PBMainWindowController::restoreGeometry() {
 void PBMainWindowController::saveSession() {
     saveGeometry();
     _session->save();
+}
+
+QStringList PBMainWindowController::openedOnShow() const {
+    const auto folder = _sourceSidebar->tree().selectedFolder();
+    if (!isLargeView() || !folder || !OpenedRoots::isOpened(*folder)) return {};
+    const QString path = _largeView->controller().shownPath();
+    return path.isEmpty() ? QStringList() : QStringList{path};
 }
 
 void PBMainWindowController::saveGeometry() {

@@ -53,7 +53,9 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
         }
         ASSERT_TRUE(support::spinUntil([&] { return isQuiet() && shown() == u"x.png x.png"; }))
             << shown().toStdString();
+        EXPECT_EQ(window().openedOnShow(), QStringList{other}) << "for a restart of this run";
         start();
+        EXPECT_EQ(window().openedOnShow(), QStringList());
         EXPECT_TRUE(support::spinUntil([&] { return shown() == u"b.png e.png e.png"; }))
             << shown().toStdString();
         ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
