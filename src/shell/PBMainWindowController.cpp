@@ -391,7 +391,11 @@ void PBMainWindowController::makeOpenFiles() {
          .commands = folderRootCommands(),
          .filters = *_filterCommands,
          .loadImageManager = _services.loadImageManager,
-         .leaveLargeView = [this] { _largeView->leave(); },
+         .leaveLargeView =
+             [this] {
+                 _slideshowCommand->end();
+                 _largeView->leave();
+             },
          .openFilesEnterToLargeView =
              [this](const OpenFilesRequest::NamedFile& first) {
                  _largeView->openFilesEnterToLargeView(first);
