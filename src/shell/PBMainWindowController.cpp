@@ -49,6 +49,8 @@
 #include "shell/toolbar/MainToolbar.h"
 #include "shell/toolbar/ToolbarController.h"
 #include "shell/toolbar/ToolbarReasons.h"
+#include "ui/DropTip.h"
+#include "ui/FolderDropTarget.h"
 #include "ui/HeaderBar.h"
 #include "ui/MenuTracking.h"
 #include "ui/PBPathControl.h"
@@ -401,6 +403,21 @@ void PBMainWindowController::makeOpenFiles() {
                  _largeView->openFilesEnterToLargeView(first);
              }},
         _window.get());
+    // The pane of the browser takes folders by itself.
+    QWidget* contents = _window->centralWidget();
+    auto* tip = new DropTip(QStringLiteral("photographs"), QStringLiteral("DropToShow"), contents);
+    auto* target = new FolderDropTarget(
+        *_window, [this](const QString& path) { return _largeView->canOpenPath(path); });
+    QObject::connect(
+        target, &FolderDropTarget::draggingChanged, tip, [tip, contents](bool isOver) {
+            tip->setGeometry(contents->rect());
+            tip->setVisible(isOver);
+            tip->raise();
+        });
+    // Not within the drop: what is opened may take a while.
+    QObject::connect(
+        target, &FolderDropTarget::dropped, _openFilesCommands, &OpenFilesCommands::openFiles,
+        Qt::QueuedConnection);
 }
 
 void PBMainWindowController::makeLargeView(QStackedWidget& contents) {

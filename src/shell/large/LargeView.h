@@ -69,6 +69,9 @@ public:
     /// The scan began or ended.
     void scanStateDidChange();
 
+    /// Whether what is dragged can be opened: a folder, or a file of a type that is read.
+    [[nodiscard]] bool canOpenPath(const QString& path) const override;
+
     void setStatusBarShown(bool isShown) { _controller->setStatusBarShown(isShown); }
     /// What was stored of the window is to be stored anew.
     void savePositions();
@@ -92,7 +95,6 @@ private:
     void showContextMenu(const QPoint& globalPosition) override {
         Q_EMIT contextMenuRequested(globalPosition);
     }
-    [[nodiscard]] bool canOpenPath(const QString& path) const override;
     void openDroppedPaths(const QStringList& paths) override;
     [[nodiscard]] bool isSlideShowMode() const override;
 
