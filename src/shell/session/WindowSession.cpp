@@ -91,6 +91,12 @@ void WindowSession::noteCrash(SessionState& former) {
     _crashes = former.crashes;
 }
 
+void WindowSession::drop() {
+    // What is shown until now may be what the next run is to bring back.
+    if (_timer.isActive()) write(false);
+    _restore.end();
+}
+
 void WindowSession::finish() {
     platform::assertMainThread();
     _timer.stop();

@@ -23,7 +23,7 @@ public:
     /// soon as its photographs are there.
     void begin(const QString& file, bool bringsBack);
     /// The user wants something else than what is still to come back.
-    void drop() { _restore.end(); }
+    void drop();
     [[nodiscard]] bool isBringingBack() const { return _isExpected || _restore.pending(); }
     void scanStateDidChange() { _restore.scanStateDidChange(); }
     /// Writes what is shown now: the program may be ended.
