@@ -164,9 +164,10 @@ TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
     auto item = large().chosenImageFileItem();
     ASSERT_TRUE(item);
     window().markCommands().rotateLeft();
+    window().markCommands().ratingWithStar(4);
     ASSERT_TRUE(support::spinUntil([&] {
         return controller->isIdle() &&
-               large().controller().bin().focusImageFileItem()->rotateAngle() == 90;
+               large().controller().bin().focusImageFileItem()->star() == 4;
     }));
     controller.reset();
     {
@@ -187,6 +188,7 @@ TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
     }));
     EXPECT_EQ(first, 90);
     EXPECT_EQ(large().chosenImageFileItem()->rotateAngle(), 90);
+    EXPECT_EQ(large().chosenImageFileItem()->star(), 4) << "marks come back";
 }
 
 TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {
