@@ -28,7 +28,8 @@ std::optional<QSize> readSize(const QString& text) {
 /// File managers hand over places as URLs.
 QStringList absolute(QStringList paths) {
     for (QString& path : paths) {
-        if (path.startsWith(u"file:")) path = QUrl(path).toLocalFile();
+        const QString local = path.startsWith(u"file:") ? QUrl(path).toLocalFile() : QString();
+        if (!local.isEmpty()) path = local;
         path = QDir::cleanPath(QDir::current().absoluteFilePath(path));
     }
     return paths;
@@ -131,6 +132,9 @@ std::variant<CommandLineOptions, CommandLineExit> parseCommandLine(const QString
         return CommandLineExit{QStringLiteral("Velmora %1").arg(QStringLiteral(VELMORA_VERSION))};
     }
 
+    // Nobody means the present folder by a name that a script left empty.
+    if ((parser.positionalArguments() + parser.values(known.add)).contains(QString()))
+        return wrong(QStringLiteral("a path is empty"));
     CommandLineOptions options;
     options.paths = absolute(parser.positionalArguments());
     options.add = absolute(parser.values(known.add));

@@ -56,6 +56,8 @@ DesktopService::firstCall(std::chrono::milliseconds longestWait) {
         if (first) {
             first->paths += request.paths;
             first->faults += request.faults;
+            first->isFullScreen |= request.isFullScreen;
+            first->isSlideshow |= request.isSlideshow;
         } else {
             first = request;
         }

@@ -1,5 +1,6 @@
 #include "app/EarlyStart.h"
 
+#include "app/WindowColours.h"
 #include "codec/process/DecoderPool.h"
 #include "codec/process/FrameReader.h"
 #include "image/large/EarlyPhotograph.h"
@@ -15,11 +16,14 @@ EarlyStart EarlyStart::begin(const QStringList& paths) {
     start.decoders = std::make_shared<codec::DecoderPool>(codec::DecoderPool::Settings());
     codec::setFrameReader(start.decoders);
     const QScreen* screen = QGuiApplication::primaryScreen();
-    if (!screen || paths.size() != 1 || !QFileInfo(paths.first()).isFile()) return start;
+    const auto file = std::ranges::find_if(
+        paths, [](const QString& path) { return QFileInfo(path).isFile(); });
+    if (!screen || file == paths.end()) return start;
     const QSize size = screen->size();
     EarlyPhotograph::shared().begin(
-        paths.first(), {.maxScreenSize = static_cast<double>(std::max(size.width(), size.height())),
-                        .backingScaleFactor = screen->devicePixelRatio(),
-                        .colorSpace = {}});
+        *file,
+        {.maxScreenSize = static_cast<double>(std::max(size.width(), size.height())),
+         .backingScaleFactor = screen->devicePixelRatio(),
+         .colorSpace = WindowColours::colorSpaceOf(platform::profileOfRootWindow())});
     return start;
 }

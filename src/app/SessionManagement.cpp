@@ -15,7 +15,7 @@ SessionManagement::SessionManagement(
     const auto answer = [&window, again, hint](QSessionManager& manager) {
         window.saveSession();
         manager.setRestartHint(hint);
-        manager.setRestartCommand(again);
+        manager.setRestartCommand(again + window.openedOnShow());
     };
     // The manager wants its answers before the signal's end.
     connect(qGuiApp, &QGuiApplication::saveStateRequest, this, answer, Qt::DirectConnection);

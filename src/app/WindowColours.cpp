@@ -16,15 +16,18 @@ WindowColours::WindowColours(QWidget& window, PBLoadImageManager& loadImageManag
     update();
 }
 
+QColorSpace WindowColours::colorSpaceOf(const QByteArray& profile) {
+    return codec::profiles::isUsableTarget(profile) ? QColorSpace::fromIccProfile(profile)
+                                                    : QColorSpace();
+}
+
 void WindowColours::update() {
     const QScreen* screen = _window.screen();
     LargeImageScreen wanted = _loadImageManager.screen();
     QByteArray profile = screen ? _profiles.profileOf(screen->name()) : QByteArray();
     if (profile.isEmpty() && screen == QGuiApplication::primaryScreen())
         profile = platform::profileOfRootWindow();
-    wanted.colorSpace = codec::profiles::isUsableTarget(profile)
-                            ? QColorSpace::fromIccProfile(profile)
-                            : QColorSpace();
+    wanted.colorSpace = colorSpaceOf(profile);
     if (wanted == _loadImageManager.screen()) return;
     _loadImageManager.setScreen(wanted);
 }

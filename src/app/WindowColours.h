@@ -2,6 +2,7 @@
 
 #include "platform/desktop/ScreenProfiles.h"
 
+#include <QColorSpace>
 #include <QObject>
 
 class PBLoadImageManager;
@@ -13,6 +14,10 @@ class WindowColours final : public QObject {
 public:
     /// Both outlive this object; the window has been shown.
     WindowColours(QWidget& window, PBLoadImageManager& loadImageManager);
+
+    /// What loads are made for on a screen with this ICC profile; invalid, which is sRGB, for none
+    /// that pictures can be converted to. Any thread.
+    [[nodiscard]] static QColorSpace colorSpaceOf(const QByteArray& profile);
 
 private:
     void update();

@@ -42,6 +42,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <vector>
 
 #include <unistd.h>
 
@@ -161,16 +162,37 @@ void performLater(ApplicationController& controller, const SingleInstance::Reque
     (void)perform(controller, request);
 }
 
+/// What is asked of the program while it asks the user something himself, and has no window yet.
+class EarlyRequests {
+public:
+    /// Both outlive this object; there may be no service.
+    EarlyRequests(const SingleInstance& instance, const DesktopService* service) {
+        const auto keep = [this](const SingleInstance::Request& request) {
+            _requests.push_back(request);
+        };
+        QObject::connect(&instance, &SingleInstance::requested, &_context, keep);
+        if (service) QObject::connect(service, &DesktopService::requested, &_context, keep);
+    }
+
+    [[nodiscard]] const std::vector<SingleInstance::Request>& requests() const { return _requests; }
+
+private:
+    std::vector<SingleInstance::Request> _requests;
+    const QObject _context;
+};
+
 /// Shows the window with what the request asks for, runs the loop and ends everything; answers the
-/// exit code.
+/// exit code, and the arguments to start with anew where that is wanted.
 int runApplication(
     const CommandLineOptions& options, const SingleInstance::Request& first,
-    SingleInstance& instance, std::unique_ptr<DesktopService> service, bool* wantsRestart) {
+    SingleInstance& instance, std::unique_ptr<DesktopService> service,
+    std::optional<QStringList>* restart) {
     Statistics statistics;
     ApplicationController controller(EarlyStart::begin(first.paths));
     useTextLanguage(controller.preferences());
     const ThemeControl theme(controller.preferences(), options.dark);
 
+    std::optional<EarlyRequests> early(std::in_place, instance, service.get());
     // Nobody is there to answer a run that ends by itself.
     const QString folder = platform::StandardFolders::dataFolder();
     const QString catalogue = folder + QStringLiteral("/files.db");
@@ -180,8 +202,8 @@ int runApplication(
     if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
         return failure;
 
-    controller.setRestart([wantsRestart] {
-        *wantsRestart = true;
+    controller.setRestart([restart, &options, &controller] {
+        *restart = restartArguments(options) + controller.mainWindowController().openedOnShow();
         QCoreApplication::quit();
     });
     controller.awakeFromNib();
@@ -197,6 +219,8 @@ int runApplication(
             service.get(), &DesktopService::requested, &window,
             [&](const SingleInstance::Request& request) { performLater(controller, request); });
     };
+    const std::vector<SingleInstance::Request> waiting = early->requests();
+    early.reset();
     if (service) listen();
     std::optional<PhotographTime> photographTime;
     if (!options.stats.isEmpty()) {
@@ -226,6 +250,8 @@ int runApplication(
     MarksCommand::answerLaterStarts(instance, controller.marks());
 
     int code = perform(controller, first) ? 0 : failure;
+    for (const SingleInstance::Request& request : waiting)
+        performLater(controller, request);
     IdleWatch idle([&] { return controller.isIdle(); });
     QObject::connect(&idle, &IdleWatch::becameIdle, &window, [&] {
         responseTime.stop(); // taking the picture is no part of the visit
@@ -319,11 +345,9 @@ int main(int argc, char** argv) {
 
     if (!toolkit) toolkit.emplace(argc, argv);
     instance->listen();
-    bool wantsRestart = false;
-    const int code = runApplication(options, request, *instance, std::move(service), &wantsRestart);
+    std::optional<QStringList> restart;
+    const int code = runApplication(options, request, *instance, std::move(service), &restart);
     instance.reset(); // the next one takes the catalogue
-    if (wantsRestart) {
-        QProcess::startDetached(QCoreApplication::applicationFilePath(), restartArguments(options));
-    }
+    if (restart) QProcess::startDetached(QCoreApplication::applicationFilePath(), *restart);
     return code;
 }

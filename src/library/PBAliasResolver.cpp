@@ -1,6 +1,7 @@
 #include "library/PBAliasResolver.h"
 
 #include "core/Paths.h"
+#include "library/OpenedRoots.h"
 #include "platform/files/Spelling.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainLoop.h"
@@ -22,6 +23,12 @@ constexpr std::chrono::milliseconds newAliasLimit{3000};
 constexpr std::chrono::milliseconds noTime{0};
 /// For the photographs of one folder, when nobody waits any more.
 constexpr std::chrono::milliseconds recognitionLimit{5000};
+
+/// By what a whole volume is searched for the root; empty for one that is for this run only: no
+/// disk is walked for a photograph that was opened.
+QByteArray searchedBy(const PBAliasObject& aliasObject) {
+    return OpenedRoots::isOpened(aliasObject) ? QByteArray() : aliasObject.aliasData();
+}
 
 QString jobName(qint64 aliasId) {
     return QStringLiteral("resolve %1").arg(aliasId);
@@ -180,7 +187,7 @@ PBAliasResolution PBAliasResolver::resolve(
         aliasObject, lane(aliasObject), [work] { return work(BookmarkResolver::timeLimit, false); },
         resolveLimit, late);
     if (!answer) return {};
-    conclude(aliasObject.aliasId(), aliasObject.aliasData(), work, answer->outcome, look.mount);
+    conclude(aliasObject.aliasId(), searchedBy(aliasObject), work, answer->outcome, look.mount);
     if (look.mount && answer->outcome == Outcome::VolumeAbsent) mountVolume(aliasObject, error);
     return *answer;
 }
@@ -214,7 +221,7 @@ std::optional<PBAliasResolution> PBAliasResolver::ask(
 /// Of the next question about the root, unless there is a later one by then.
 PBAliasResolver::LateAnswer
 PBAliasResolver::lateAnswer(const PBAliasObject& aliasObject, const Work& work, bool again) {
-    return [self = std::weak_ptr(_self), data = aliasObject.aliasData(), work, again,
+    return [self = std::weak_ptr(_self), data = searchedBy(aliasObject), work, again,
             number = ++_questions[aliasObject.aliasId()]](
                qint64 aliasId, const PBAliasResolution& resolution) {
         const auto alive = self.lock();

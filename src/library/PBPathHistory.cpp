@@ -7,6 +7,10 @@
 void PBPathHistory::pushAliasObject(
     std::shared_ptr<PBAliasObject> aliasObject, const QString& relativePath) {
     platform::assertMainThread();
+    if (_position >= 0) {
+        const Place& here = _pathArray[static_cast<std::size_t>(_position)];
+        if (here.aliasObject == aliasObject && here.relativePath == relativePath) return;
+    }
     _pathArray.resize(static_cast<std::size_t>(_position + 1));
     _pathArray.push_back({std::move(aliasObject), relativePath});
     ++_position;

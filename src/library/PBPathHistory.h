@@ -13,7 +13,7 @@
 class PBPathHistory {
 public:
     /// Drops what lies ahead, and goes to the new entry. The empty relative path is the root
-    /// itself.
+    /// itself. Nothing where the history stands there already.
     void pushAliasObject(std::shared_ptr<PBAliasObject> aliasObject, const QString& relativePath);
 
     [[nodiscard]] bool canBack() const { return _position > 0; }

@@ -8,6 +8,7 @@
 #include "fileactions/marks/EditRunner.h"
 #include "group/GroupTypes.h"
 #include "image/BuildThumbNotifier.h"
+#include "library/OpenedRoots.h"
 #include "library/PBFolderItem.h"
 #include "places/PBGeoManager.h"
 #include "platform/program/LocalizedTexts.h"
@@ -48,6 +49,8 @@
 #include "shell/toolbar/MainToolbar.h"
 #include "shell/toolbar/ToolbarController.h"
 #include "shell/toolbar/ToolbarReasons.h"
+#include "ui/DropTip.h"
+#include "ui/FolderDropTarget.h"
 #include "ui/HeaderBar.h"
 #include "ui/MenuTracking.h"
 #include "ui/PBPathControl.h"
@@ -390,12 +393,31 @@ void PBMainWindowController::makeOpenFiles() {
          .commands = folderRootCommands(),
          .filters = *_filterCommands,
          .loadImageManager = _services.loadImageManager,
-         .leaveLargeView = [this] { _largeView->leave(); },
+         .leaveLargeView =
+             [this] {
+                 _slideshowCommand->end();
+                 _largeView->leave();
+             },
          .openFilesEnterToLargeView =
              [this](const OpenFilesRequest::NamedFile& first) {
                  _largeView->openFilesEnterToLargeView(first);
              }},
         _window.get());
+    // The pane of the browser takes folders by itself.
+    QWidget* contents = _window->centralWidget();
+    auto* tip = new DropTip(QStringLiteral("photographs"), QStringLiteral("DropToShow"), contents);
+    auto* target = new FolderDropTarget(
+        *_window, [this](const QString& path) { return _largeView->canOpenPath(path); });
+    QObject::connect(
+        target, &FolderDropTarget::draggingChanged, tip, [tip, contents](bool isOver) {
+            tip->setGeometry(contents->rect());
+            tip->setVisible(isOver);
+            tip->raise();
+        });
+    // Not within the drop: what is opened may take a while.
+    QObject::connect(
+        target, &FolderDropTarget::dropped, _openFilesCommands, &OpenFilesCommands::openFiles,
+        Qt::QueuedConnection);
 }
 
 void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
@@ -467,7 +489,9 @@ void PBMainWindowController::clearBrowser() {
     const auto root = folder ? folder->aliasObjectAndRelativePath(&place) : nullptr;
     place = root ? QString::number(root->aliasId()) + u'/' + place : QString();
     const bool isSame = std::exchange(_shownFolder, place) == place && !place.isEmpty();
-    if (isSame) {
+    // What was opened is on show before a slow disk has told of its folder.
+    const bool isOpened = folder && _largeView->asksFor(folder->folderPath());
+    if (isSame || isOpened) {
         _largeView->willShowSamePhotographs();
     } else {
         _largeView->leave();
@@ -550,6 +574,13 @@ void PBMainWindowController::restoreGeometry() {
 void PBMainWindowController::saveSession() {
     saveGeometry();
     _session->save();
+}
+
+QStringList PBMainWindowController::openedOnShow() const {
+    const auto folder = _sourceSidebar->tree().selectedFolder();
+    if (!isLargeView() || !folder || !OpenedRoots::isOpened(*folder)) return {};
+    const QString path = _largeView->controller().shownPath();
+    return path.isEmpty() ? QStringList() : QStringList{path};
 }
 
 void PBMainWindowController::saveGeometry() {

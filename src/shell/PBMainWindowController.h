@@ -84,6 +84,9 @@ public:
     [[nodiscard]] WindowSession& session() { return *_session; }
     /// Stores what the window shows and how it stands: the program may be ended.
     void saveSession();
+    /// The photograph that is shown large from a folder that is there for this run only: the
+    /// session has nothing of it. Its path, or nothing.
+    [[nodiscard]] QStringList openedOnShow() const;
 
     void showWindow();
     void fillScreen();

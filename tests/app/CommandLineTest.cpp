@@ -22,10 +22,13 @@ TEST(CommandLineTest, everyOptionIsRead) {
     EXPECT_EQ(options.size, QSize(800, 600));
     EXPECT_EQ(options.dark, true);
     EXPECT_EQ(std::get<CommandLineOptions>(parse("--theme light")).dark, false);
-    EXPECT_EQ(options.paths, (QStringList{here + u"/x.jpg"_s, u"/y z"_s}));
+    EXPECT_EQ(options.paths, (QStringList{here + u"/x.jpg"_s, u"/y z"_s, here + u"/file:"_s}))
+        << "never the present folder itself";
 }
 
 TEST(CommandLineTest, mistakesAreOneSentenceAndCodeTwo) {
+    const QStringList unnamed{u"velmora"_s, QString()};
+    EXPECT_EQ(std::get<CommandLineExit>(parseCommandLine(unnamed)).code, 2);
     for (const char* line :
          {"--no-such-option", "--size 800", "--size 0x10", "--size 800x600x1", "--profile",
           "--screenshot s.png", "--theme blue", "--until-idle=yes", "--service x.jpg"}) {

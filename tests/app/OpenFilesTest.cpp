@@ -7,6 +7,7 @@
 #include "shell/large/LargeView.h"
 #include "shell/panes/NoticeBar.h"
 #include "shell/sidebar/FolderRootCommands.h"
+#include "shell/sidebar/SourceSelection.h"
 #include "support/Rows.h"
 
 #include <sys/stat.h>
@@ -90,6 +91,15 @@ TEST_F(OpenFilesTest, photographsAreShownLargeAndTheirFoldersAreThereForThisRun)
     controller->applicationOpenFiles({hidden});
     EXPECT_TRUE(showsLarge(u"[h.png]"_s));
     EXPECT_EQ(openedRoots(), QStringList{p + u"/.kept"_s});
+    window().folderRootCommands().removeFolderAlias();
+    EXPECT_FALSE(large().isShown());
+    controller->applicationOpenFiles({hidden});
+    EXPECT_TRUE(showsLarge(u"[h.png]"_s)) << "removed by hand, and opened once more";
+    // What lies behind a link is where it really is.
+    ASSERT_TRUE(QFile::link(path(u"n/two"_s), p + u"/link"_s));
+    controller->applicationOpenFiles({p + u"/link/c.png"_s});
+    EXPECT_TRUE(showsLarge(u"[c.png]"_s));
+    EXPECT_EQ(selectedFolder(), path(u"n/two"_s));
 
     // As a run leaves it that was ended by force.
     PBCatalogue catalogue(controller->shellServices().mainFileDb);
@@ -130,6 +140,22 @@ TEST_F(OpenFilesTest, foldersBecomeRootsAndAreShownInTheBrowser) {
     EXPECT_EQ(selectedFolder(), path(u"m/one"_s));
 }
 
+TEST_F(OpenFilesTest, aFolderThatIsToldLateLeavesThePhotographOnShow) {
+    const QString picture = makePicture(u"p/q/a.png"_s);
+    controller->addFolders({path(u"p"_s)});
+    ASSERT_TRUE(showsInBrowser(1));
+    // As a disk has it that takes long to list its folders.
+    const auto request =
+        OpenFilesRequest::reduce({picture}, [](const auto&) { return OpenFilesRequest::Kind::File; });
+    controller->setOpenFiles(std::make_shared<PBOpenFiles>(request->folders));
+    large().openFilesEnterToLargeView(request->firstFile);
+    window().sourceSelection().selectFolder(path(u"p/q"_s));
+    EXPECT_TRUE(showsLarge(u"[a.png]"_s));
+    EXPECT_TRUE(controller->openFiles());
+    window().sourceSelection().selectFolder(path(u"p"_s));
+    EXPECT_TRUE(showsInBrowser(1)) << "the user has chosen another folder";
+}
+
 TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
     const QString picture = path(u"p/a.jpg"_s);
     support::writePicture(picture, {80, 60});
@@ -138,9 +164,10 @@ TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
     auto item = large().chosenImageFileItem();
     ASSERT_TRUE(item);
     window().markCommands().rotateLeft();
+    window().markCommands().ratingWithStar(4);
     ASSERT_TRUE(support::spinUntil([&] {
         return controller->isIdle() &&
-               large().controller().bin().focusImageFileItem()->rotateAngle() == 90;
+               large().controller().bin().focusImageFileItem()->star() == 4;
     }));
     controller.reset();
     {
@@ -161,6 +188,7 @@ TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
     }));
     EXPECT_EQ(first, 90);
     EXPECT_EQ(large().chosenImageFileItem()->rotateAngle(), 90);
+    EXPECT_EQ(large().chosenImageFileItem()->star(), 4) << "marks come back";
 }
 
 TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {

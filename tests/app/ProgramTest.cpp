@@ -63,8 +63,9 @@ TEST_F(ProgramTest, mistakesEndWithTheirCodesAndAProfileThatCannotBeWrittenStill
     EXPECT_EQ(unwritable.errors.count('\n'), 2) << unwritable.errors.toStdString();
 }
 
-TEST_F(ProgramTest, aCatalogueThatAnotherProgramHasLockedIsWaitedFor) {
+TEST_F(ProgramTest, aCatalogueThatAnotherProgramHasLockedIsWaitedForAndWhatIsAskedMeanwhileIsDone) {
     makePicture(u"a.png"_s);
+    int later = 0;
     visit({u"--add"_s, pictures});
     FMDatabase other(profile + u"/files.db"_s);
     ASSERT_TRUE(other.open());
@@ -76,9 +77,13 @@ TEST_F(ProgramTest, aCatalogueThatAnotherProgramHasLockedIsWaitedFor) {
         while (!program.canReadLine())
             ASSERT_TRUE(program.waitForReadyRead(60'000));
         EXPECT_TRUE(program.readLine().contains("is locked by another program"));
+        const QString folder = temporary.filePath(QString::number(++later));
+        support::writePicture(folder + u"/b.png"_s);
+        EXPECT_EQ(run({u"--profile"_s, profile, folder}).code, 0);
         transaction.reset();
         ASSERT_TRUE(program.waitForFinished(60'000));
         EXPECT_EQ(program.exitCode(), 0);
+        EXPECT_TRUE(rows(u"select ReservePath from FolderAlias"_s).contains(folder));
     }
 }
 

@@ -4,6 +4,24 @@ namespace {
 
 struct SessionProgramTest : RunningProgramTest {
     PBImageBrowserView& browser() { return *window().window().findChild<PBImageBrowserView*>(); }
+    /// Selects them; the last one is the current one.
+    void choose(const QStringList& names) {
+        browser().leaves().forEachImage(
+            FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
+                item->setIsSelected(names.contains(item->fileName()));
+                if (item->fileName() == names.constLast()) browser().setCurrentImageFile(item);
+            });
+        browser().selectDidChange();
+    }
+    /// Anew, for that photograph.
+    void startWith(const QString& file) {
+        controller.reset();
+        controller.emplace();
+        controller->awakeFromNib();
+        controller->setIgnoreSelectLastFolder();
+        controller->applicationDidFinishLaunching();
+        controller->applicationOpenFiles({file});
+    }
     bool isQuiet() { return controller->isIdle() && !controller->isScanning(); }
     /// The names of the selected photographs, and of the current one.
     QString shown() {
@@ -22,17 +40,31 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
     controller->addFolders({pictures});
     ASSERT_TRUE(support::spinUntil(
         [&] { return isQuiet() && browser().selection().itemCount(FoldedLeaves::Included) == 6; }));
-    browser().leaves().forEachImage(
-        FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
-            if (item->fileName() == u"b.png" || item->fileName() == u"e.png")
-                item->setIsSelected(true);
-            if (item->fileName() == u"e.png") browser().setCurrentImageFile(item);
-        });
-    browser().selectDidChange();
+    choose(support::words("b.png e.png"));
     start();
     EXPECT_TRUE(support::spinUntil([&] { return shown() == u"b.png e.png e.png"; }))
         << shown().toStdString();
     ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
+
+    // What is only opened is for its own run, be it asked for at the start or later.
+    const QString other = makePicture(u"other/x.png"_s);
+    for (const bool isAtStart : {false, true}) {
+        if (isAtStart) {
+            startWith(other);
+        } else {
+            choose({u"c.png"_s}); // at the last moment
+            controller->applicationOpenFiles({other});
+        }
+        ASSERT_TRUE(support::spinUntil([&] { return isQuiet() && shown() == u"x.png x.png"; }))
+            << shown().toStdString();
+        EXPECT_EQ(window().openedOnShow(), QStringList{other}) << "for a restart of this run";
+        start();
+        EXPECT_EQ(window().openedOnShow(), QStringList());
+        EXPECT_TRUE(support::spinUntil([&] { return shown() == u"c.png c.png"; }))
+            << shown().toStdString();
+        ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
+    }
+    choose(support::words("b.png e.png"));
 
     // Another one gives the same numbers to others.
     controller.reset();

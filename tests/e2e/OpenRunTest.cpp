@@ -135,6 +135,17 @@ TEST_F(OpenRunTest, laterStartsHandOverWhatTheyAreAskedFor) {
     EXPECT_TRUE(waitForRow(u"/"_s, false));
     open({far.filePath(u"x.png"_s), files[0]});
     EXPECT_TRUE(showsLarge(u"x.png"_s, 2));
+    // A show does not hide what is opened.
+    const auto isShow = [this](const QString& state) {
+        return waitFor([&](const State& s) {
+            return s.json()[u"slideshow"_s].toObject()[u"state"_s] == state;
+        });
+    };
+    desktop.key(u"F5"_s);
+    EXPECT_TRUE(isShow(u"playing"_s));
+    open({files[1]});
+    EXPECT_TRUE(showsLarge(files[1], files.size()));
+    EXPECT_TRUE(isShow(u"stopped"_s));
     quit();
 }
 

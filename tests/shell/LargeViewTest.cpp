@@ -191,9 +191,14 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     EXPECT_FALSE(delegate.requested || large().isShown()) << "the user does something else";
 
     refuse(u"insert"_s);
-    support::writeFile(path(u"far/z"), "x");
-    controller->openFilesCommands().openFiles({path(u"far/z")});
-    EXPECT_FALSE(delegate.requested || large().isShown()) << "its folder can't be taken";
+    support::writePicture(path(u"far/z.png"));
+    delegate.scans = 0;
+    controller->openFilesCommands().openFiles({path(u"far/z.png")});
+    EXPECT_TRUE(support::spinUntil([this] { return shown() == u"Z.PNG|"; }))
+        << "its folder can't be taken, but it can be looked at";
+    controller->scanStateDidChange();
+    EXPECT_EQ(shown(), u"Z.PNG|"_s);
+    EXPECT_EQ(delegate.scans, 0) << "what else is to be looked for?";
 
     // One that the catalogue has is there at once, and gives way to that of the scan.
     const auto values = platform::FileManager::look(path(u"photos/c"_s)).values;
@@ -211,10 +216,14 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     EXPECT_EQ(shown(), u"C|"_s);
     EXPECT_EQ(bin().focusImageFileItem()->rotateAngle(), 90);
     EXPECT_EQ(large().chosenImageFileItem(), nullptr) << "it only stands in";
+    for (const QStringView what : {u"flagClicked", u"copy", u"view_SlideshowView"})
+        EXPECT_FALSE(isEnabled(what)) << what.toString().toStdString();
+    EXPECT_TRUE(isEnabled(u"view_fitIn") && isEnabled(u"revealInFinder"));
     publish(items);
     EXPECT_EQ(bin().focusImageFileItem(), items[2]);
     EXPECT_EQ(shown(), u"abCd|c"_s);
     EXPECT_EQ(large().chosenImageFileItem(), items[2]);
+    EXPECT_TRUE(isEnabled(u"flagClicked"));
 }
 
 TEST_F(LargeViewTest, whatIsShownStaysWhileTheSameFolderIsReadAnewAndGoesWithTheFolder) {

@@ -111,6 +111,7 @@ TEST(MenuValidationTest, eachDisabledEntrySaysWhyAndNoneSaysWhatIsNotTrue) {
         {u"Why_OnlyInLargeView", [](const auto& s) { return !s.isLargeView; }},
         {u"Why_NoPhotograph",
          [](const auto& s) { return s.isLargeView ? !s.largeView.hasItems : !s.hasItems; }},
+        {u"Why_StandIn", [](const auto& s) { return s.largeView.isStandIn; }},
         {u"Why_Scanning", [](const auto& s) { return s.isScanning && !s.hasItems; }},
         {u"Why_NothingSelected", [](const auto& s) { return s.hasItems && s.selectCount == 0; }},
         {u"Why_OnlyOne", [](const auto& s) { return s.selectCount > 1; }},
@@ -122,13 +123,15 @@ TEST(MenuValidationTest, eachDisabledEntrySaysWhyAndNoneSaysWhatIsNotTrue) {
         {u"Why_ThumbnailsLargest", [](const auto& s) { return s.thumbnailSize == 256; }},
         {u"Why_PhotographSmallest", [](const auto& s) { return s.isLargeView; }}};
     std::set<QStringView> given;
-    for (unsigned bits = 0; bits < 1U << 11U; ++bits) {
+    for (unsigned bits = 0; bits < 1U << 12U; ++bits) {
         const auto bit = [bits](unsigned number) { return ((bits >> number) & 1U) != 0; };
         MenuState state;
         state.isLargeView = bit(0);
         const bool hasItems = bit(1);
         const qint64 chosen = bit(2) ? bit(3) ? 3 : 1 : 0;
-        if (hasItems) state.selectCount = state.isLargeView ? 1 : chosen;
+        state.largeView.isStandIn = bit(11) && state.isLargeView && hasItems;
+        if (hasItems)
+            state.selectCount = state.isLargeView ? (state.largeView.isStandIn ? 0 : 1) : chosen;
         (state.isLargeView ? state.largeView.hasItems : state.hasItems) = hasItems;
         state.areAllChosenAway = bit(4) && state.selectCount > 0;
         state.isScanning = bit(5) && !state.isLargeView;
@@ -148,7 +151,7 @@ TEST(MenuValidationTest, eachDisabledEntrySaysWhyAndNoneSaysWhatIsNotTrue) {
             if (!item.isEnabled) given.insert(item.reason);
         }
     }
-    EXPECT_GE(given.size(), 28U);
+    EXPECT_GE(given.size(), 29U);
     for (const QStringView key : given)
         EXPECT_NE(platform::localizedString(key), key);
 }

@@ -243,6 +243,7 @@ TEST_F(SidebarCommandsTest, stepsOfTheHistoryAreNoEntriesOfItAndPassOverWhatIsGo
     EXPECT_TRUE(history.canForward());
     select(*b);
     EXPECT_FALSE(history.canForward()) << "what lay ahead is forgotten";
+    selection.notifySelectionChanged();
     EXPECT_EQ(history.backPlace()->aliasObject, a);
 }
 

@@ -13,6 +13,7 @@
 #include "shell/commands/WindowChoice.h"
 #include "shell/groups/PBGroupOutlineView.h"
 #include "shell/info/InfoFeed.h"
+#include "shell/large/LargeView.h"
 #include "shell/panes/InfoPane.h"
 #include "shell/panes/NoticeBar.h"
 #include "shell/panes/SortButton.h"
@@ -26,12 +27,14 @@
 #include "ui/PBPathControl.h"
 #include "ui/PBSplitView.h"
 
+#include <QDragEnterEvent>
 #include <QHelpEvent>
 #include <QInputDialog>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTest>
 #include <QToolButton>
@@ -341,6 +344,18 @@ TEST_F(WindowTest, whatLiesBesideTheBrowserIsConnectedToo) {
     EXPECT_TRUE(manager.findAliasObjectByPath(path(u"dropped")));
     Q_EMIT part<PBImageBrowserContainerView>().foldersDropped({make(u"another")});
     EXPECT_TRUE(manager.findAliasObjectByPath(path(u"another")));
+    // A photograph that a file manager drops on the thumbnails is opened.
+    support::writePicture(path(u"another/x.png"));
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(path(u"another/x.png"))});
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&browser(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&window(), &drop);
+    EXPECT_TRUE(support::spinUntil([&] { return controller->isLargeView(); }));
+    EXPECT_EQ(controller->sourceSidebar().tree().selectedFolder()->folderPath(), path(u"another"));
+    controller->largeView().leave();
     Q_EMIT browser().thumbnailSizeDidChange(200); // by a gesture
     EXPECT_EQ(defaults.doubleForKey(u"ThumbnailSize"_s), 200);
 }

@@ -22,6 +22,14 @@ int longerSide(const QImage& image) {
     return std::max(image.width(), image.height());
 }
 
+bool plays(
+    PBImageImporterProtocol& importer, const codec::DecodeRequest& request,
+    const std::stop_token& stop) {
+    if (!LoadRequests::mayPlay(importer.utiType())) return false;
+    const codec::OpenedSequence opened = importer.openSequence(request, stop);
+    return opened.sequence && opened.sequence->isAnimation();
+}
+
 double orientationOf(const PBDictionary& properties) {
     const PBDictionary* tiff = valueForKey(properties, QStringLiteral("{TIFF}")).dictionary();
     if (!tiff) return 0;
@@ -43,6 +51,13 @@ struct EarlyPhotograph::Work {
     platform::Mutex mutex;
     std::optional<Seen> seen VELMORA_GUARDED_BY(mutex);
     Observer observer VELMORA_GUARDED_BY(mutex);
+
+    /// Size and colours are those.
+    [[nodiscard]] bool isFor(const codec::DecodeRequest& wanted) const {
+        // A scale went there and back.
+        return wanted.targetProfile == request.targetProfile &&
+               std::abs(wanted.maxSize - request.maxSize) <= 1;
+    }
 
     // Last: they use what is above.
     std::jthread decoding;
@@ -96,12 +111,13 @@ void EarlyPhotograph::forget() {
 }
 
 void EarlyPhotograph::begin(const QString& path, const LargeImageScreen& screen) {
-    if (workOn(path)) return;
+    codec::DecodeRequest request = LoadRequests::make(screen.fitInSide(), screen.colorSpace);
+    request.urgency = codec::Urgency::Focus;
+    if (const auto begun = workOn(path); begun && begun->isFor(request)) return;
     forget();
     auto work = std::make_shared<Work>();
     work->path = path;
-    work->request = LoadRequests::make(screen.fitInSide(), screen.colorSpace);
-    work->request.urgency = codec::Urgency::Focus;
+    work->request = std::move(request);
     const platform::Lock lock(_mutex);
     _work = work;
     // Not with a share of their own: `forget` joins them before the work goes.
@@ -117,10 +133,10 @@ void EarlyPhotograph::decode(const std::shared_ptr<Work>& work, const std::stop_
     codec::ReadResult result;
     result.status = codec::ReadStatus::NotNow;
     work->values = platform::FileManager::look(work->path).values;
-    const auto importer = _importers.imageImporterForImageURL(work->path);
-    if (importer && !LoadRequests::mayPlay(importer->utiType())) {
+    if (const auto importer = _importers.imageImporterForImageURL(work->path)) {
         importer->setUrgency(work->request.urgency);
-        result = importer->readImage(work->request, stop);
+        if (!plays(*importer, work->request, stop))
+            result = importer->readImage(work->request, stop);
     }
     work->decoded.set_value(std::move(result));
 }
@@ -161,9 +177,9 @@ std::optional<codec::ReadResult> EarlyPhotograph::take(
     const codec::DecodeRequest& request, std::stop_token stop) {
     const auto work = workOn(path);
     const bool isFull = request.maxSize == 0;
-    if (!work || request.targetProfile != work->request.targetProfile) return std::nullopt;
-    // A scale went there and back.
-    if (!isFull && std::abs(request.maxSize - work->request.maxSize) > 1) return std::nullopt;
+    codec::DecodeRequest wanted = request;
+    if (isFull && work) wanted.maxSize = work->request.maxSize;
+    if (!work || !work->isFor(wanted)) return std::nullopt;
     if (work->isTaken.exchange(true)) return std::nullopt;
     while (work->picture.wait_for(lookInterval) != std::future_status::ready) {
         if (!stop.stop_requested()) continue;

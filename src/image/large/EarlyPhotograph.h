@@ -38,8 +38,8 @@ public:
     EarlyPhotograph(const EarlyPhotograph&) = delete;
     EarlyPhotograph& operator=(const EarlyPhotograph&) = delete;
 
-    /// Begins with the file, at the size at which it fits the screen, unless that was begun; a
-    /// former one is forgotten. Files that may play are read, and not decoded.
+    /// Begins with the file, at the size at which it fits the screen and in its colours, unless
+    /// that was begun; a former one is forgotten. Files that play are read, and not decoded.
     void begin(const QString& path, const LargeImageScreen& screen);
     /// Calls the observer on the main thread, and never from within, once what the file says is
     /// known. Not at all where it can't be read, or something else was begun meanwhile.

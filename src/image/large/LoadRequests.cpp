@@ -18,11 +18,9 @@ QByteArray profileOf(const QColorSpace& colorSpace) {
 
 bool LoadRequests::mayPlay(const QString& type) {
     namespace Types = platform::TypeIdentifiers;
-    static const std::array still = {
-        QStringLiteral("public.jpeg"), QStringLiteral("public.tiff"),
-        Types::cameraRawImage.toString()};
-    return std::ranges::none_of(
-        still, [&](const QString& each) { return Types::conformsTo(type, each); });
+    constexpr std::array<QStringView, 4> played = {
+        u"com.compuserve.gif", u"org.webmproject.webp", u"public.avif", u"public.jpeg-xl"};
+    return std::ranges::any_of(played, [&](QStringView each) { return Types::equal(type, each); });
 }
 
 codec::DecodeRequest LoadRequests::make(double longerSide, const QColorSpace& colorSpace) {

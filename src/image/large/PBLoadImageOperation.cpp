@@ -72,12 +72,12 @@ LoadedImages PBLoadImageOperation::load() {
         _importers.imageImporterForImageURL(_job.filePath);
     if (!importer) return LoadedImages::nullMarker();
     importer->setUrgency(_urgency);
-    if (LoadRequests::mayPlay(importer->utiType()))
-        if (auto animation = loadAnimation(importer)) return std::move(*animation);
     // What was opened from outside may have been begun before anybody asked the line for it.
     auto early = EarlyPhotograph::shared().take(
         _job.filePath, _job.contextObj->fileSize(), _job.contextObj->modifiedDate(), request(),
         stopToken());
+    if (!early && LoadRequests::mayPlay(importer->utiType()))
+        if (auto animation = loadAnimation(importer)) return std::move(*animation);
     codec::ReadResult result =
         early ? *std::move(early) : importer->readImage(request(), stopToken());
     if (result.status == ReadStatus::NotNow) return LoadedImages::notNow();

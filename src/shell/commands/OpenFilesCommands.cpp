@@ -33,7 +33,10 @@ OpenFilesCommands::OpenFilesCommands(Parts parts, QObject* parent)
 
 void OpenFilesCommands::openFiles(const QStringList& paths) {
     platform::assertMainThread();
-    const auto request = OpenFilesRequest::reduce(paths, kindOf);
+    QStringList places;
+    for (const QString& path : paths)
+        places += placeOf(path);
+    const auto request = OpenFilesRequest::reduce(places, kindOf);
     if (!request) return;
     // The decoding goes on behind all that follows.
     const OpenFilesRequest::NamedFile& first = request->firstFile;
@@ -57,11 +60,17 @@ void OpenFilesCommands::openPhotographs(const OpenFilesRequest& request) {
         const bool isThere = isInSidebar(folder->folderPath, isNamed) ||
                              (isNamed ? _parts.commands.addOrSelectFolder(folder->folderPath)
                                       : _parts.commands.openFolder(folder->folderPath));
-        if (!isThere) return;
+        if (!isThere) return showAlone(request);
     }
     _parts.delegate.setOpenFiles(std::make_shared<PBOpenFiles>(request.folders));
     // The scan goes to the others from there: what holds them all was not asked for.
     select(request.isAncestorUnnamed ? request.folders.front()->folderPath : request.ancestor);
+    _parts.openFilesEnterToLargeView(request.firstFile);
+}
+
+void OpenFilesCommands::showAlone(const OpenFilesRequest& request) {
+    if (request.firstFile.fileName.isEmpty()) return;
+    _parts.delegate.setOpenFiles(std::make_shared<PBOpenFiles>(request.folders));
     _parts.openFilesEnterToLargeView(request.firstFile);
 }
 
@@ -77,10 +86,29 @@ void OpenFilesCommands::openFolders(const OpenFilesRequest& request) {
     openFolder(request.folders.front()->folderPath);
 }
 
+QString OpenFilesCommands::placeOf(const QString& path) const {
+    const QFileInfo info(path);
+    const QString folder = info.isDir() ? path : info.path();
+    const QString place = QFileInfo(folder).canonicalFilePath();
+    if (place.isEmpty() || place == folder) return path;
+    QString below;
+    const auto root = _parts.aliasManager.appropriateAliasObjectForPath(folder, &below, true);
+    // A folder that becomes a root may be a link.
+    if (!root && info.isDir()) return path;
+    QString step = root ? root->path() : QString();
+    const bool isBehindLink = std::ranges::any_of(
+        PBUtilities::pathComponents(below), [&step](const QString& name) {
+            step = platform::pathInFolder(step, name);
+            return QFileInfo(step).isSymLink();
+        });
+    if (root && !isBehindLink) return path;
+    return info.isDir() ? place : platform::pathInFolder(place, info.fileName());
+}
+
 bool OpenFilesCommands::isInSidebar(const QString& folder, bool isNamed) const {
     QString relativePath;
     const auto root =
-        _parts.aliasManager.appropriateAliasObjectForPath(folder, &relativePath, false);
+        _parts.aliasManager.appropriateAliasObjectForPath(folder, &relativePath, true);
     // What was only opened is to stay once it is named.
     if (!root || !root->isMounted() || (isNamed && OpenedRoots::isOpened(*root))) return false;
     // The sidebar shows neither hidden folders nor those that are documents.

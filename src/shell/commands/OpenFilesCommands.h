@@ -42,7 +42,12 @@ public:
     void openFiles(const QStringList& paths);
 
 private:
+    /// Where the sidebar has it: scans and sidebar leave out links to folders, whose folders have a
+    /// place of their own.
+    [[nodiscard]] QString placeOf(const QString& path) const;
     void openPhotographs(const OpenFilesRequest& request);
+    /// Where the catalogue takes no folder: the first photograph can be looked at all the same.
+    void showAlone(const OpenFilesRequest& request);
     void openFolders(const OpenFilesRequest& request);
     void openFolder(const QString& folder);
     /// A folder that the user named has to have its place there for good.

@@ -5,6 +5,7 @@
 #include "core/FileTypes.h"
 #include "core/PBAppDelegate.h"
 #include "core/PBOpenFiles.h"
+#include "core/Paths.h"
 #include "group/PBImageFileItem.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/large/EarlyPhotograph.h"
@@ -105,6 +106,14 @@ void LargeView::standInCame() {
     showAt(std::move(list), _opened.standIn());
 }
 
+bool LargeView::asksFor(const QString& folderPath) const {
+    const auto request = _parts.services.delegate.openFiles();
+    return isShown() && request &&
+           std::ranges::any_of(request->openFileArray(), [&](const auto& asked) {
+               return PBUtilities::comparePath(folderPath, asked.folderPath) == 0;
+           });
+}
+
 std::shared_ptr<PBImageFileItem> LargeView::chosenImageFileItem() const {
     const auto focus = _controller->bin().focusImageFileItem();
     return focus == _opened.standIn() ? nullptr : focus;
@@ -117,9 +126,9 @@ bool LargeView::takeOpened(LargeViewLists::List& list) {
     const ShellServices& services = _parts.services;
     const bool mayCome = services.delegate.isScanning() || services.groupTreeDataSource.isWaiting();
     if (!isThere && mayCome) return false;
-    const auto focus = _controller->bin().focusImageFileItem();
     // What the scan could not take is shown all the same.
-    if (!isThere && focus && list.items.empty()) return false;
+    if (!isThere && list.items.empty()) return false;
+    const auto focus = _controller->bin().focusImageFileItem();
     const auto opened = isThere ? *item : nullptr;
     _opened.end();
     if (!opened) return true;

@@ -50,6 +50,8 @@ public:
     void openFilesEnterToLargeView(const OpenFilesRequest::NamedFile& first);
     /// A photograph that was opened stands alone as yet, without those of its folder.
     [[nodiscard]] bool isAwaitingOpened() const { return _opened.isAwaited(); }
+    /// The request that is shown is for that folder, or for something in it.
+    [[nodiscard]] bool asksFor(const QString& folderPath) const;
     /// The photograph in focus, if it is one that commands can be given for.
     [[nodiscard]] std::shared_ptr<PBImageFileItem> chosenImageFileItem() const;
     /// Opens the first of those that are selected.
@@ -66,6 +68,9 @@ public:
     void willShowSamePhotographs() { _isAwaitingFocus = isShown(); }
     /// The scan began or ended.
     void scanStateDidChange();
+
+    /// Whether what is dragged can be opened: a folder, or a file of a type that is read.
+    [[nodiscard]] bool canOpenPath(const QString& path) const override;
 
     void setStatusBarShown(bool isShown) { _controller->setStatusBarShown(isShown); }
     /// What was stored of the window is to be stored anew.
@@ -90,7 +95,6 @@ private:
     void showContextMenu(const QPoint& globalPosition) override {
         Q_EMIT contextMenuRequested(globalPosition);
     }
-    [[nodiscard]] bool canOpenPath(const QString& path) const override;
     void openDroppedPaths(const QStringList& paths) override;
     [[nodiscard]] bool isSlideShowMode() const override;
 

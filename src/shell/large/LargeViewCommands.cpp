@@ -65,6 +65,7 @@ MenuState::LargeView LargeViewCommands::state() const {
     const PhotoBin& bin = controller.bin();
     return {
         .hasItems = bin.focusImageFileItem() != nullptr,
+        .isStandIn = bin.focusImageFileItem() && !_largeView.chosenImageFileItem(),
         .canZoomIn = image.canZoomIn(),
         .canZoomOut = image.canZoomOut(),
         .canPrev = bin.canPrev(),

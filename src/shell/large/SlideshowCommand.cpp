@@ -7,6 +7,7 @@
 #include "shell/panes/BrowserPane.h"
 #include "shell/services/ShellServices.h"
 #include "viewer/PBImageView.h"
+#include "viewer/slideshow/PBSlideShowViewController.h"
 
 #include <QMainWindow>
 
@@ -36,6 +37,10 @@ void SlideshowCommand::view_SlideshowView() {
     if (!largeView.isShown()) return;
     const PhotoBin& bin = largeView.controller().bin();
     _slideshow.start(bin.fileItemArray(), bin.focusIndex());
+}
+
+void SlideshowCommand::end() {
+    if (_slideshow.isRunning()) _slideshow.slideShowViewController().exitSlideshow();
 }
 
 PBImageBrowserIndex SlideshowCommand::indexToBeginWith() const {

@@ -29,6 +29,8 @@ public:
     /// browser, the large view is entered first: with the photographs that are selected, or with
     /// the first one on show.
     void view_SlideshowView();
+    /// Ends the show, if one plays: something else is to be seen.
+    void end();
     [[nodiscard]] const Slideshow& slideshow() const { return _slideshow; }
 
 private:

@@ -46,14 +46,14 @@ constexpr bool canShowNavigation(State s) {
 // What is selected.
 
 constexpr bool hasPhotographs(State s) {
-    return s.isLargeView ? s.largeView.hasItems : s.selectCount > 0;
+    return s.isLargeView ? s.largeView.hasItems && !s.largeView.isStandIn : s.selectCount > 0;
 }
 constexpr bool hasSomeInBrowser(State s) {
     return inBrowser(s) && s.hasItems;
 }
 /// Selected or not.
 constexpr bool hasSomeToShow(State s) {
-    return s.isLargeView ? s.largeView.hasItems : s.hasItems;
+    return s.isLargeView ? s.largeView.hasItems && !s.largeView.isStandIn : s.hasItems;
 }
 /// Photographs whose files can be got at.
 constexpr bool hasFiles(State s) {
@@ -69,7 +69,7 @@ constexpr bool hasSelectedRoot(State s) {
     return inBrowser(s) && s.isRootSelected;
 }
 constexpr bool canReveal(State s) {
-    return s.isLargeView ? hasFiles(s) : s.canRevealFocused;
+    return s.isLargeView ? s.largeView.hasItems && !s.areAllChosenAway : s.canRevealFocused;
 }
 constexpr bool canPaste(State s) {
     return inBrowser(s) && s.isFolderSelected && s.pasteboardHasImages;

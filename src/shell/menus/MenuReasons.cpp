@@ -14,7 +14,10 @@ constexpr bool isInFullScreen(State s) {
     return s.isFullScreen;
 }
 constexpr bool isEmpty(State s) {
-    return !hasSomeToShow(s);
+    return s.isLargeView ? !s.largeView.hasItems : !s.hasItems;
+}
+constexpr bool isStandIn(State s) {
+    return s.isLargeView && s.largeView.isStandIn;
 }
 constexpr bool isScanningNothing(State s) {
     return s.isScanning && isEmpty(s);
@@ -48,9 +51,11 @@ constexpr Refusal refusals[] = {
     {canShowNavigation, inBrowser, u"Why_OnlyInLargeView"},
     {canShowNavigation, always, u"Why_WholePhotograph"},
 
+    {hasPhotographs, isStandIn, u"Why_StandIn"},
     {hasPhotographs, isScanningNothing, u"Why_Scanning"},
     {hasPhotographs, isEmpty, u"Why_NoPhotograph"},
     {hasPhotographs, isNothingSelected, u"Why_NothingSelected"},
+    {hasFiles, isStandIn, u"Why_StandIn"},
     {hasFiles, isScanningNothing, u"Why_Scanning"},
     {hasFiles, isEmpty, u"Why_NoPhotograph"},
     {hasFiles, isNothingSelected, u"Why_NothingSelected"},
@@ -68,6 +73,7 @@ constexpr Refusal refusals[] = {
     {hasSomeInBrowser, inLargeView, u"Why_OnlyAmongThumbnails"},
     {hasSomeInBrowser, isScanningNothing, u"Why_Scanning"},
     {hasSomeInBrowser, always, u"Why_NoPhotograph"},
+    {hasSomeToShow, isStandIn, u"Why_StandIn"},
     {hasSomeToShow, isScanningNothing, u"Why_Scanning"},
     {hasSomeToShow, always, u"Why_NoPhotograph"},
     {canReveal, isAway, u"Why_Away"},

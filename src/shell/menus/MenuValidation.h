@@ -14,6 +14,9 @@ struct MenuState {
     /// Of the large view; meaningful while it is in force.
     struct LargeView {
         bool hasItems = false;
+        /// What is shown stands in for a photograph that a scan has yet to bring: it can be looked
+        /// at, and no more.
+        bool isStandIn = false;
         bool canZoomIn = false;
         bool canZoomOut = false;
         bool canPrev = false;

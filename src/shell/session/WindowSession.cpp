@@ -4,6 +4,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "catalogue/CatalogueIdentity.h"
 #include "group/PBImageFileItem.h"
+#include "library/OpenedRoots.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/large/LargeView.h"
 #include "shell/panes/BrowserPane.h"
@@ -66,10 +67,12 @@ void WindowSession::begin(const QString& file, bool bringsBack) {
     platform::assertMainThread();
     _file = file;
     _isExpected = false;
-    auto former = bringsBack ? SessionState::read(file) : std::nullopt;
-    if (former) {
+    auto former = SessionState::read(file);
+    if (former && bringsBack) {
         noteCrash(*former);
         _restore.begin(std::move(*former));
+    } else if (former) {
+        _lasting = std::move(*former);
     }
     // A photograph that ends the program as soon as it is opened counts, too.
     write(false);
@@ -86,6 +89,12 @@ void WindowSession::noteCrash(SessionState& former) {
     }
     _suspect = former.current;
     _crashes = former.crashes;
+}
+
+void WindowSession::drop() {
+    // What is shown until now may be what the next run is to bring back.
+    if (_timer.isActive()) write(false);
+    _restore.end();
 }
 
 void WindowSession::finish() {
@@ -105,7 +114,14 @@ void WindowSession::write(bool hasEnded) {
     platform::assertMainThread();
     if (_file.isEmpty()) return;
     SessionState state = _restore.pending() ? *_restore.pending() : present();
-    state.hasEnded = hasEnded;
+    if (isForThisRun(state.folder)) {
+        // The next run knows nothing of it, and goes on from before.
+        state = _lasting;
+    } else {
+        state.hasEnded = true; // once something else is shown
+        _lasting = state;
+        state.hasEnded = hasEnded;
+    }
     if (state == _written) return;
     // A folder that can't be written is told by the catalogue, which lies there, too.
     if (state.write(_file)) _written = std::move(state);
@@ -136,6 +152,12 @@ SessionState WindowSession::present() const {
     paths.want(state.anchor);
     paths.find();
     return state;
+}
+
+bool WindowSession::isForThisRun(const QString& folder) const {
+    if (folder.isEmpty()) return true;
+    const auto root = _parts.services.aliasManager.findAliasObjectByPath(folder);
+    return root && OpenedRoots::isOpened(*root);
 }
 
 void WindowSession::describeLargeView(SessionState& state) const {

@@ -23,7 +23,7 @@ public:
     /// soon as its photographs are there.
     void begin(const QString& file, bool bringsBack);
     /// The user wants something else than what is still to come back.
-    void drop() { _restore.end(); }
+    void drop();
     [[nodiscard]] bool isBringingBack() const { return _isExpected || _restore.pending(); }
     void scanStateDidChange() { _restore.scanStateDidChange(); }
     /// Writes what is shown now: the program may be ended.
@@ -41,6 +41,8 @@ protected:
 private:
     [[nodiscard]] SessionState present() const;
     void describeLargeView(SessionState& state) const;
+    /// The folder is one that was only opened, or none.
+    [[nodiscard]] bool isForThisRun(const QString& folder) const;
     /// Counts it, and leaves out the large view where that is not safe.
     void noteCrash(SessionState& former);
     void write(bool hasEnded);
@@ -49,6 +51,7 @@ private:
     SessionRestore _restore;
     QString _file; // empty: not begun
     SessionState _written;
+    SessionState _lasting; // the latest that the next run can bring back
     SessionState::Photograph _suspect; // was shown large in `_crashes` runs that crashed
     int _crashes = 0;
     bool _isExpected = false;
