@@ -314,6 +314,14 @@ TEST_F(FileTransferTest, whatIsNewIsMadeInItsTurnUnderAFreeNameAndCountedOnlyIfI
         read("a/p.png") + read("a/p copy.png") + read("a/p copy 1.png") + read("a/p copy 2.png"),
         "formerxyz");
     EXPECT_EQ(prompts.log.join(u','), u"failed bad"_s);
+    // Others may read what is new, as far as the user lets them, but not where files were.
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    struct stat status {};
+    ASSERT_EQ(::stat(path("a/p copy.png").constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0666U & ~mask);
+    ASSERT_EQ(::stat(path("journal").constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0600U);
 }
 
 } // namespace

@@ -100,6 +100,8 @@ WholeCopy::write(const QByteArray& content, const QByteArray& destination, IfTak
     QByteArray path;
     if (const auto error = _environment.temporaries.create(folderOfPath(destination), path, to))
         return error;
+    // There is no other file that it takes its permissions from.
+    _environment.files.permitAsOrdinary(to);
     return finish(to, _environment.files.write(to, content), path, destination, ifTaken, Sync::Yes);
 }
 

@@ -149,6 +149,10 @@ std::error_code DiskFileSystem::create(const QByteArray& path, int& file) {
     return after(file);
 }
 
+void DiskFileSystem::permitAsOrdinary(int file) {
+    static_cast<void>(::fchmod(file, permissionsOfNewFiles()));
+}
+
 std::error_code DiskFileSystem::copySome(int from, int to, std::int64_t& copied) {
     copied = 0;
     const off_t position = ::lseek(from, 0, SEEK_CUR);
@@ -180,9 +184,6 @@ std::error_code DiskFileSystem::copyAttributes(int from, int to) {
 }
 
 std::error_code DiskFileSystem::write(int file, const QByteArray& bytes) {
-    // As any program's new file: there is no other that it takes its permissions from. A disk
-    // without permissions refuses.
-    static_cast<void>(::fchmod(file, permissionsOfNewFiles()));
     return writeAll(file, bytes.constData(), static_cast<std::size_t>(bytes.size()));
 }
 
