@@ -160,7 +160,10 @@ std::error_code DiskFileSystem::copySome(int from, int to, std::int64_t& copied)
         copied = ::lseek(from, 0, SEEK_END);
         return copied < 0 ? lastError() : std::error_code();
     }
-    const ssize_t size = ::copy_file_range(from, nullptr, to, nullptr, copyStep, 0);
+    ssize_t size = 0;
+    do {
+        size = ::copy_file_range(from, nullptr, to, nullptr, copyStep, 0);
+    } while (size < 0 && errno == EINTR);
     if (size > 0) {
         copied = size;
         return {};
@@ -210,7 +213,9 @@ std::error_code DiskFileSystem::renameToFree(const QByteArray& path, const QByte
     if (errno != EINVAL && errno != ENOSYS) return lastError();
     // A second name is given only where there is none.
     if (::linkat(AT_FDCWD, from, AT_FDCWD, to, 0) == 0) {
-        if (::unlink(from) == 0) return {};
+        // Gone by itself, or by a request to a server whose answer was lost: the second name is all
+        // that there is now.
+        if (::unlink(from) == 0 || errno == ENOENT) return {};
         const auto error = lastError();
         ::unlink(to);
         return error;
