@@ -249,6 +249,17 @@ TEST_F(FileTransferTest, temporariesOfARunThatWasCutShortGoWithTheNextStart) {
     EXPECT_FALSE(QFile::exists(folder.filePath(u"journal"_s)));
 }
 
+TEST_F(FileTransferTest, whatADiskThatLeavesKeepsOfACopyGoesWhenItIsBack) {
+    put("a/x", "whole");
+    files.leaves = path("b");
+    EXPECT_TRUE(run(plan(Kind::Copy, {"a/x"})).files.empty());
+    EXPECT_EQ(names(u"b"_s).size(), 1); // hidden
+    files.leaves.clear();
+    EXPECT_EQ(run(plan(Kind::Copy, {"a/x"})).files.size(), 1U); // which forgets nothing
+    fileactions::TemporaryFiles::removeLeft(files, path("journal"));
+    EXPECT_EQ(names(u"b"_s), QStringList(u"x"_s));
+}
+
 /// Each command, taken back, done again and taken back once more.
 TEST_F(FileTransferTest, whatWasDoneCanBeTakenBackAndRepeated) {
     platform::Trash trash(

@@ -49,6 +49,14 @@ WholeCopy::giveName(const QByteArray& path, const QByteArray& destination, IfTak
                                        : _environment.files.renameToFree(path, destination);
 }
 
+void WholeCopy::letGo(const QByteArray& path, const std::error_code& error) {
+    if (error) {
+        _environment.temporaries.discard(path);
+    } else {
+        _environment.temporaries.wasTaken();
+    }
+}
+
 std::error_code WholeCopy::finish(
     int file, std::error_code error, const QByteArray& path, const QByteArray& destination,
     IfTaken ifTaken, Sync sync) {
@@ -57,8 +65,7 @@ std::error_code WholeCopy::finish(
     if (!error && isSynced) error = files.sync(file);
     if (const auto late = files.close(file); !error) error = late;
     if (!error) error = giveName(path, destination, ifTaken);
-    if (error) static_cast<void>(files.remove(path));
-    _environment.temporaries.wasTaken();
+    letGo(path, error);
     if (error || !isSynced) return error;
     error = files.syncFolder(folderOfPath(destination));
     // What was in its place is gone already.
@@ -135,12 +142,12 @@ WholeCopy::moveLink(const QByteArray& source, const QByteArray& destination, IfT
     if (const auto error = files.readLink(source, target)) return error;
     if (!target.startsWith('/')) target = platform::pathInFolder(folderOfPath(source), target);
     const QByteArray path = _environment.temporaries.reserve(folderOfPath(destination));
-    std::error_code error = files.makeLink(target, path);
-    if (!error) {
-        error = giveName(path, destination, ifTaken);
-        if (error) static_cast<void>(files.remove(path));
+    if (const auto error = files.makeLink(target, path)) {
+        _environment.temporaries.wasTaken();
+        return error;
     }
-    _environment.temporaries.wasTaken();
+    const auto error = giveName(path, destination, ifTaken);
+    letGo(path, error);
     return error ? error : removeSource(source, destination, ifTaken);
 }
 

@@ -52,6 +52,8 @@ private:
         const std::stop_token& stop);
     [[nodiscard]] std::error_code
     giveName(const QByteArray& path, const QByteArray& destination, IfTaken ifTaken);
+    /// Of a temporary file: it has its own name, or never will.
+    void letGo(const QByteArray& path, const std::error_code& error);
     [[nodiscard]] std::error_code
     moveLink(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken);
     /// `text_file_busy` if it is no longer what was copied.
