@@ -140,6 +140,15 @@ TEST_F(FileTransferTest, aSourceThatGoesByItselfDoesNotTakeItsCopyWithIt) {
     EXPECT_EQ(read("b/x"), "only one");
 }
 
+TEST_F(FileTransferTest, aMoveOffADiskThatLeavesKeepsTheCopyThatMayBeTheLast) {
+    put("a/x", "only one");
+    files.otherDisk = path("b");
+    files.leaves = path("a");
+    EXPECT_TRUE(run(plan(Kind::Move, {"a/x"})).files.empty());
+    EXPECT_EQ(read("b/x"), "only one");
+    EXPECT_EQ(prompts.log, QStringList(u"failed x"_s));
+}
+
 TEST_F(FileTransferTest, whatIsWrittenIntoASourceMeanwhileIsNotDeleted) {
     put("b/x", "former");
     for (const QByteArray name : {"x", "y"}) {

@@ -125,12 +125,19 @@ std::error_code WholeCopy::checkSource(const QByteArray& source) {
 std::error_code
 WholeCopy::removeSource(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken) {
     const auto error = _environment.files.remove(source);
-    // Somebody else was quicker: the other end is all that there is now.
+    return error ? afterFailure(error, source, destination, ifTaken) : error;
+}
+
+std::error_code WholeCopy::afterFailure(
+    const std::error_code& error, const QByteArray& source, const QByteArray& destination,
+    IfTaken ifTaken) {
     Entry entry;
-    if (error && _environment.files.look(source, entry) == std::errc::no_such_file_or_directory)
-        return {};
-    // As it was, but where the other end has lost its former file already.
-    if (error && ifTaken == IfTaken::Refuse)
+    const auto look = _environment.files.look(source, entry);
+    // Somebody else was quicker: the other end is all that there is now.
+    if (look == std::errc::no_such_file_or_directory) return {};
+    // All is as it was, but where the other end has lost its former file already. Of a source that
+    // can't be looked at, as on a disk that has left, the other end may be all that there is.
+    if (!look && ifTaken == IfTaken::Refuse)
         static_cast<void>(_environment.files.remove(destination));
     return error;
 }
@@ -175,11 +182,8 @@ std::error_code WholeCopy::move(
     if (const auto error = copyWhole(source, destination, ifTaken, Sync::Yes, stop)) return error;
     // What was written into it meanwhile is nowhere else.
     auto error = checkSource(source);
-    if (!error) {
-        error = removeSource(source, destination, ifTaken);
-    } else if (ifTaken == IfTaken::Refuse) {
-        static_cast<void>(files.remove(destination));
-    }
+    error = error ? afterFailure(error, source, destination, ifTaken)
+                  : removeSource(source, destination, ifTaken);
     if (error) _environment.copied(-std::exchange(_told, 0));
     return error;
 }

@@ -60,6 +60,10 @@ private:
     [[nodiscard]] std::error_code checkSource(const QByteArray& source);
     [[nodiscard]] std::error_code
     removeSource(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken);
+    /// What becomes of a move whose two ends are whole, with a source that could not be removed.
+    [[nodiscard]] std::error_code afterFailure(
+        const std::error_code& error, const QByteArray& source, const QByteArray& destination,
+        IfTaken ifTaken);
     [[nodiscard]] std::error_code finish(
         int file, std::error_code error, const QByteArray& path, const QByteArray& destination,
         IfTaken ifTaken, Sync sync);
