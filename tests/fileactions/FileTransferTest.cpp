@@ -198,6 +198,39 @@ TEST_F(FileTransferTest, attributesComeAlongAndLinksLeadOn) {
     EXPECT_EQ(::unlink(source.constData()), 0); // as a temporary folder can't
 }
 
+TEST_F(FileTransferTest, aLinkNeverTakesThePlaceOfItsOwnFile) {
+    put("b/x", "photograph");
+    ASSERT_EQ(::symlink("../b/x", path("a/middle").constData()), 0);
+    ASSERT_EQ(::symlink("middle", path("a/x").constData()), 0);
+    prompts.answers = {{Answer::Replace, false}};
+    EXPECT_TRUE(run(plan(Kind::Move, {"a/x"})).files.empty());
+    EXPECT_EQ(prompts.log, QStringList({u"conflict x"_s, u"skip? x"_s}));
+    EXPECT_FALSE(QFileInfo(folder.filePath(u"b/x"_s)).isSymLink());
+    // Nor does what is made of it; a copy is one onto itself.
+    TransferPlan exported;
+    const auto make = [](const std::stop_token&, QByteArray& content) {
+        content = "other";
+        return std::error_code();
+    };
+    exported.addFile(
+        {.source = path("a/x"), .folder = path("b"), .name = "x", .make = make, .replaces = true});
+    EXPECT_TRUE(run(exported).files.empty());
+    static_cast<void>(run(plan(Kind::Copy, {"a/x"})));
+    EXPECT_EQ(names(u"b"_s), QStringList({u"x"_s, u"x copy"_s}));
+    EXPECT_EQ(read("b/x") + read("b/x copy"), "photographphotograph");
+}
+
+TEST_F(FileTransferTest, twoNamesOfOneFileInTwoFoldersAreTwoFilesToTheUser) {
+    put("a/x", "photograph");
+    ASSERT_EQ(::link(path("a/x").constData(), path("b/x").constData()), 0);
+    static_cast<void>(run(plan(Kind::Copy, {"a/x"})));
+    EXPECT_EQ(prompts.log, QStringList(u"conflict x"_s));
+    prompts.answers = {{Answer::Replace, false}};
+    EXPECT_EQ(run(plan(Kind::Move, {"a/x"})).files.size(), 1U);
+    EXPECT_EQ(names(u"a"_s), QStringList());
+    EXPECT_EQ(read("b/x"), "photograph");
+}
+
 TEST_F(FileTransferTest, aStopTakesTheHalfWrittenFileAway) {
     put("a/1", "small");
     put("a/2", QByteArray(40 << 20, 'x')); // several steps

@@ -1,6 +1,7 @@
 #include "fileactions/copy/FileTransfer.h"
 
 #include "fileactions/copy/DuplicateNames.h"
+#include "fileactions/copy/SamePlace.h"
 #include "platform/files/PathNames.h"
 
 using platform::FileSystem;
@@ -98,12 +99,9 @@ FileTransfer::Next FileTransfer::makeFolder(const QByteArray& folder) {
     return goesOn ? Next::File : Next::Stop;
 }
 
-bool FileTransfer::isSameFile(const QByteArray& source, const QByteArray& destination) const {
-    if (source == destination) return true;
-    FileSystem::Entry one;
-    FileSystem::Entry other;
-    return !_environment.files.look(source, one) && !_environment.files.look(destination, other) &&
-           one.isSameFile(other);
+bool FileTransfer::isOwnPlace(const QByteArray& source, const QByteArray& destination) const {
+    return isSamePlace(_environment.files, source, destination) ||
+           leadsOver(_environment.files, source, destination);
 }
 
 FileTransfer::Next FileTransfer::transferFile(const File& file) {
@@ -121,9 +119,12 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
     if (!file.content) {
         FileSystem::Entry entry;
         if (isGone(_environment.files.look(file.source, entry))) return Next::File;
-        const bool isSame = _kind != Kind::Duplicate && isSameFile(file.source, destination);
-        if (isSame && _kind == Kind::Move) return Next::File;
-        if (isSame || _kind == Kind::Duplicate) {
+        if (_kind == Kind::Move && isSamePlace(_environment.files, file.source, destination))
+            return Next::File;
+        const bool isDuplicate =
+            _kind == Kind::Duplicate ||
+            (_kind == Kind::Copy && isOwnPlace(file.source, destination));
+        if (isDuplicate) {
             error = duplicate(file, folder);
         } else {
             error = perform(file, destination, IfTaken::Refuse);
@@ -150,7 +151,7 @@ std::error_code FileTransfer::transferNew(const File& file, const QByteArray& de
 }
 
 FileTransfer::Next FileTransfer::transferMade(const File& file, const QByteArray& destination) {
-    const bool isSame = isSameFile(file.source, destination);
+    const bool isSame = isOwnPlace(file.source, destination);
     std::error_code error = ownPlace;
     if (isSame && file.replaces) return fail({file.source, destination, error});
     File made = file;
@@ -234,8 +235,9 @@ FileTransfer::perform(const File& file, const QByteArray& destination, IfTaken i
     } else {
         error = _copy.copy(file.source, destination, ifTaken, _stop);
     }
+    // Also by a move whose source could not go.
+    if (isReplacement && _copy.isInPlace()) _environment.rows.replaced(destination);
     if (error) return error;
-    if (isReplacement) _environment.rows.replaced(destination);
     if (isMove) _environment.rows.moved(file.source, destination);
     note(file, destination, isReplacement);
     return {};

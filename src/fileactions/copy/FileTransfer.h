@@ -57,7 +57,8 @@ private:
     [[nodiscard]] std::error_code
     perform(const File& file, const QByteArray& destination, IfTaken ifTaken);
     [[nodiscard]] std::error_code duplicate(const File& file, const QByteArray& folder);
-    [[nodiscard]] bool isSameFile(const QByteArray& source, const QByteArray& destination) const;
+    /// Whether the destination is the file that the source is, or leads to.
+    [[nodiscard]] bool isOwnPlace(const QByteArray& source, const QByteArray& destination) const;
     void note(const File& file, const QByteArray& path, bool isReplacement);
 
     const Environment _environment;

@@ -1,5 +1,6 @@
 #include "fileactions/copy/WholeCopy.h"
 
+#include "fileactions/copy/SamePlace.h"
 #include "platform/files/PathNames.h"
 
 #include <utility>
@@ -45,8 +46,11 @@ WholeCopy::fill(int from, const Entry& source, int to, const std::stop_token& st
 std::error_code
 WholeCopy::giveName(const QByteArray& path, const QByteArray& destination, IfTaken ifTaken) {
     _environment.namesWillChange();
-    return ifTaken == IfTaken::Replace ? _environment.files.renameOver(path, destination)
-                                       : _environment.files.renameToFree(path, destination);
+    const auto error = ifTaken == IfTaken::Replace
+                           ? _environment.files.renameOver(path, destination)
+                           : _environment.files.renameToFree(path, destination);
+    _isInPlace = !error;
+    return error;
 }
 
 void WholeCopy::letGo(const QByteArray& path, const std::error_code& error) {
@@ -77,6 +81,7 @@ std::error_code WholeCopy::copyWhole(
     const QByteArray& source, const QByteArray& destination, IfTaken ifTaken, Sync sync,
     const std::stop_token& stop) {
     FileSystem& files = _environment.files;
+    _isInPlace = false;
     if (const auto error = checkPlace(destination, ifTaken)) return error;
     _environment.willTakeTime();
     int from = -1;
@@ -102,6 +107,7 @@ std::error_code WholeCopy::copy(
 
 std::error_code
 WholeCopy::write(const QByteArray& content, const QByteArray& destination, IfTaken ifTaken) {
+    _isInPlace = false;
     if (const auto error = checkPlace(destination, ifTaken)) return error;
     int to = -1;
     QByteArray path;
@@ -145,6 +151,8 @@ std::error_code WholeCopy::afterFailure(
 std::error_code
 WholeCopy::moveLink(const QByteArray& source, const QByteArray& destination, IfTaken ifTaken) {
     FileSystem& files = _environment.files;
+    if (leadsOver(files, source, destination))
+        return std::make_error_code(std::errc::too_many_symbolic_link_levels);
     QByteArray target;
     if (const auto error = files.readLink(source, target)) return error;
     if (!target.startsWith('/')) target = platform::pathInFolder(folderOfPath(source), target);
@@ -158,10 +166,26 @@ WholeCopy::moveLink(const QByteArray& source, const QByteArray& destination, IfT
     return error ? error : removeSource(source, destination, ifTaken);
 }
 
+bool WholeCopy::isOtherName(
+    const Entry& entry, const QByteArray& source, const QByteArray& destination) {
+    Entry there;
+    // In every respect: where a program joins several disks, numbers alone may be those of two.
+    return entry.names > 1 && !_environment.files.look(destination, there) && there == entry &&
+           !isSamePlace(_environment.files, source, destination);
+}
+
+std::error_code WholeCopy::dropName(const QByteArray& source) {
+    _environment.namesWillChange();
+    const auto error = _environment.files.remove(source);
+    _isInPlace = !error;
+    return error;
+}
+
 std::error_code WholeCopy::move(
     const QByteArray& source, const QByteArray& destination, IfTaken ifTaken,
     const std::stop_token& stop) {
     FileSystem& files = _environment.files;
+    _isInPlace = false;
     if (stop.stop_requested()) return canceled();
     if (const auto error = checkPlace(destination, ifTaken)) return error;
     Entry entry;
@@ -169,6 +193,7 @@ std::error_code WholeCopy::move(
     if (entry.kind == FileSystem::Kind::Link) return moveLink(source, destination, ifTaken);
     if (entry.kind != FileSystem::Kind::File)
         return std::make_error_code(std::errc::is_a_directory);
+    if (isOtherName(entry, source, destination)) return dropName(source);
     Entry folder;
     const bool isOtherDisk = !files.look(folderOfPath(destination), folder) &&
                              folder.kind == FileSystem::Kind::Folder &&

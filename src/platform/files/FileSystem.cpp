@@ -48,6 +48,7 @@ FileSystem::Entry entryOf(const struct stat& status) {
     entry.inode = status.st_ino;
     entry.owner = status.st_uid;
     entry.mode = status.st_mode & permissionBits;
+    entry.names = status.st_nlink;
     return entry;
 }
 

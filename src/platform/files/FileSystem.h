@@ -21,7 +21,8 @@ public:
         std::uint64_t device = 0;
         std::uint64_t inode = 0;
         std::uint32_t owner = 0;
-        std::uint32_t mode = 0; ///< permissions and sticky bit
+        std::uint32_t mode = 0;  ///< permissions and sticky bit
+        std::uint64_t names = 1; ///< that the file has (hard links)
 
         [[nodiscard]] bool isSameFile(const Entry& other) const {
             return device == other.device && inode == other.inode;
