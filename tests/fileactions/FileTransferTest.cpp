@@ -70,6 +70,24 @@ TEST_F(FileTransferTest, conflictsAreAskedInTurnAndAnswersForAllLastForTheComman
     }
 }
 
+TEST_F(FileTransferTest, anAnswerForAllDoesNotCoverWhatTheMoveItselfHasBrought) {
+    ASSERT_TRUE(QDir(folder.path()).mkpath(u"c"_s) && QDir(folder.path()).mkpath(u"d"_s));
+    for (const bool coversOwn : {false, true}) {
+        for (const char* name : {"a/x", "a/y", "c/x", "d/x"})
+            put(name, name);
+        put("b/x", "former");
+        put("b/y", "former");
+        prompts.log.clear();
+        prompts.answers = {{Answer::Replace, true}};
+        if (coversOwn) prompts.answers.push_back({Answer::Replace, true});
+        static_cast<void>(run(plan(Kind::Move, {"a/x", "a/y", "c/x", "d/x"})));
+        EXPECT_EQ(prompts.log, QStringList({u"conflict x"_s, u"conflict x"_s}));
+        EXPECT_EQ(read("b/y"), "a/y");
+        EXPECT_EQ(read("b/x"), coversOwn ? "d/x" : "a/x");
+        EXPECT_EQ(read("c/x"), coversOwn ? "" : "c/x");
+    }
+}
+
 TEST_F(FileTransferTest, ontoItselfAFileIsDuplicatedOrStays) {
     put("a/x.jpg", "x");
     for (int time = 0; time < 2; ++time)

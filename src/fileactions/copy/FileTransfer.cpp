@@ -44,6 +44,8 @@ TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token
     _stop = stop;
     _result = {};
     _forAll.reset();
+    _isForOwn = false;
+    _moved.clear();
     _isCounted = true;
     _progress = {};
     _progress.total = plan.fileCount();
@@ -179,8 +181,12 @@ FileTransfer::Next FileTransfer::leaveOut(const FileFailure& failure) {
 
 FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteArray& destination) {
     using Answer = FilePrompts::Answer;
+    // An answer for all is about files that were there before. What was moved here just now may be
+    // the only one of its kind.
+    const bool isOwn = hasMovedTo(destination);
+    const bool isAsked = !_forAll || (isOwn && !_isForOwn && _forAll == Answer::Replace);
     Answer answer = _forAll.value_or(Answer::Stop);
-    if (!_forAll) {
+    if (isAsked) {
         _environment.rows.settle();
         const auto given = _environment.prompts.askConflict(
             {.path = file.source,
@@ -188,6 +194,7 @@ FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteAr
              .error = std::make_error_code(std::errc::file_exists)});
         answer = given.answer;
         if (given.applyToAll && answer != Answer::Stop) _forAll = answer;
+        if (given.applyToAll) _isForOwn = isOwn;
     }
     switch (answer) {
     case Answer::Replace:
@@ -198,6 +205,13 @@ FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteAr
         break;
     }
     return Next::Stop;
+}
+
+bool FileTransfer::hasMovedTo(const QByteArray& destination) const {
+    if (_kind != Kind::Move) return false;
+    FileSystem::Entry entry;
+    return _environment.files.look(destination, entry) ||
+           _moved.contains({entry.device, entry.inode});
 }
 
 FileTransfer::Next FileTransfer::replace(const File& file, const QByteArray& destination) {
@@ -259,7 +273,8 @@ std::error_code FileTransfer::duplicate(const File& file, const QByteArray& fold
 void FileTransfer::note(const File& file, const QByteArray& path, bool isReplacement) {
     TransferResult::File done{
         .source = file.source, .path = path, .made = {}, .isReplacement = isReplacement};
-    static_cast<void>(_environment.files.look(path, done.made));
+    if (!_environment.files.look(path, done.made))
+        _moved.insert({done.made.device, done.made.inode});
     _result.files.push_back(std::move(done));
 }
 
