@@ -22,6 +22,7 @@ struct ScriptedQuestions final : FileQuestions {
     QString folder;
     Answer answer = Answer::Skip;
     bool deletes = true;
+    std::function<void()> whileAsked = [] {};
     QStringList log;
 
     void askConflict(const Failure&, std::function<void(const ConflictAnswer&)> answered) override {
@@ -38,6 +39,7 @@ struct ScriptedQuestions final : FileQuestions {
     void askDeleteForGood(
         qint64 count, const QByteArray&, bool, std::function<void(bool)> answered) override {
         log += u"delete %1?"_s.arg(count);
+        whileAsked();
         answered(deletes);
     }
     void chooseFolder(const QString&, std::function<void(const QString&)> chosen) override {
@@ -144,6 +146,12 @@ TEST_F(FileCommandsTest, commandsChangeFilesTellHowToTakeThemBackAndBringTheDisp
     wait();
     EXPECT_EQ(questions.log.last(), u"delete 1?");
     EXPECT_EQ(names(u"photos"), u"a copy.jpg a.jpg b.jpg");
+    // A scan may choose another one while the user thinks.
+    questions.deletes = true;
+    questions.whileAsked = [this] { items = {support::makeItem(u"b.jpg"_s, 2)}; };
+    commands.deleteForGood();
+    wait();
+    EXPECT_EQ(names(u"photos"), u"a copy.jpg b.jpg");
 }
 
 TEST_F(FileCommandsTest, thePasteboardTakesFilesInBothWaysAndPicturesWithoutAFile) {

@@ -246,22 +246,23 @@ void FileCommands::runTransfer(const TransferPlan& plan, const Name& name) {
 }
 
 void FileCommands::deleteClicked() {
-    runRemoval(false);
+    runRemoval(planOf(TransferPlan::Kind::Move, {}), false);
 }
 
 void FileCommands::deleteForGood() {
     platform::assertMainThread();
-    const std::vector<QByteArray> paths = chosenPaths();
-    if (paths.empty()) return;
+    const TransferPlan chosen = planOf(TransferPlan::Kind::Move, {});
+    if (chosen.isEmpty()) return;
+    // What is chosen may be something else by the time of the answer.
     _environment.questions.askDeleteForGood(
-        std::ssize(paths), paths.front(), false, [this](bool isDeleted) {
-            if (isDeleted) runRemoval(true);
+        chosen.fileCount(), chosen.steps.front().file.source, false,
+        [this, chosen](bool isDeleted) {
+            if (isDeleted) runRemoval(chosen, true);
         });
 }
 
-void FileCommands::runRemoval(bool forGood) {
+void FileCommands::runRemoval(const TransferPlan& chosen, bool forGood) {
     platform::assertMainThread();
-    const TransferPlan chosen = planOf(TransferPlan::Kind::Move, {});
     if (chosen.isEmpty()) return;
     std::vector<QByteArray> paths;
     QHash<QByteArray, qint64> fileIds;

@@ -83,7 +83,7 @@ private:
         QStringView many;
     };
     void runTransfer(const fileactions::TransferPlan& plan, const Name& name);
-    void runRemoval(bool forGood);
+    void runRemoval(const fileactions::TransferPlan& chosen, bool forGood);
     [[nodiscard]] fileactions::TransferPlan
     planOf(fileactions::TransferPlan::Kind kind, const QString& folder) const;
     [[nodiscard]] fileactions::TransferPlan groupPlan(bool move, const QString& folder) const;
