@@ -355,6 +355,20 @@ TEST_F(FileTransferTest, whatWasDoneCanBeTakenBackAndRepeated) {
     static_cast<void>(editor.perform(copied.inverse));
     EXPECT_EQ(state(), u"1,2|2"_s);
     EXPECT_TRUE(prompts.log.isEmpty());
+    EXPECT_FALSE(editor.perform(copied.inverse).isStillToDo);
+    // What could not be taken back can be tried again, as long as there is something.
+    const auto moved = editor.transfer(plan(Kind::Move, {"a/1"}));
+    put("a/1", "in its way");
+    EXPECT_TRUE(editor.perform(moved.inverse).isStillToDo);
+    ASSERT_TRUE(QFile::remove(folder.filePath(u"b/1"_s)));
+    EXPECT_FALSE(editor.perform(moved.inverse).isStillToDo);
+    const auto trashed = editor.moveToTrash({path("a/1")});
+    put("a/1", "in its way");
+    EXPECT_TRUE(editor.perform(trashed.inverse).isStillToDo);
+    ASSERT_TRUE(QDir(folder.filePath(u"Trash/files"_s)).removeRecursively());
+    EXPECT_TRUE(editor.perform(trashed.inverse).isStillToDo); // its disk may be away
+    ASSERT_TRUE(QDir(folder.path()).mkpath(u"Trash/files"_s));
+    EXPECT_FALSE(editor.perform(trashed.inverse).isStillToDo);
 }
 
 TEST_F(FileTransferTest, whatIsNewIsMadeInItsTurnUnderAFreeNameAndCountedOnlyIfItIsSaid) {

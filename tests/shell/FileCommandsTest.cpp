@@ -123,7 +123,8 @@ TEST_F(FileCommandsTest, commandsChangeFilesTellHowToTakeThemBackAndBringTheDisp
     EXPECT_EQ(names(u"photos"), QString());
     const fileactions::FileEdit moved = inverse;
     bool isBack = false;
-    commands.perform(moved, [&](const fileactions::FileEdit& redo) { isBack = !redo.isEmpty(); });
+    commands.perform(
+        moved, [&](const fileactions::FileOutcome& back) { isBack = !back.inverse.isEmpty(); });
     wait();
     EXPECT_TRUE(isBack);
     EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg");

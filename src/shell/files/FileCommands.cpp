@@ -304,7 +304,7 @@ void FileCommands::showChanges(const FileOutcome& outcome) {
 
 void FileCommands::perform(
     const fileactions::FileEdit& edit,
-    std::function<void(const fileactions::FileEdit& inverse)> done) {
+    std::function<void(const FileOutcome& outcome)> done) {
     _environment.tasks.start(
         {.counterKey = QStringLiteral("ItemCountInfoWithUndo"),
          .deed = Deed::Restore,
@@ -312,6 +312,6 @@ void FileCommands::perform(
          .finished =
              [this, done = std::move(done)](const FileOutcome& outcome) {
                  showChanges(outcome);
-                 done(outcome.inverse);
+                 done(outcome);
              }});
 }
