@@ -164,8 +164,16 @@ TEST_F(FileCommandsTest, thePasteboardTakesFilesInBothWaysAndPicturesWithoutAFil
     platform::setFilesOfMimeData(
         *cut, {.paths = {QFile::encodeName(at(u"other/x.jpg"_s))}, .isCut = true});
     pasteboard.setMimeData(cut);
+    // What could not be moved is still cut.
+    support::writeFile(at(u"photos/x.jpg"_s), "in its way");
     commands.doPaste();
     wait();
+    EXPECT_EQ(questions.log, QStringList(u"conflict"_s));
+    ASSERT_TRUE(QFile::remove(at(u"photos/x.jpg"_s)));
+    commands.doPaste();
+    wait();
+    const QMimeData* left = pasteboard.mimeData();
+    EXPECT_TRUE(!left || platform::filesOfMimeData(*left).paths.empty());
     EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg x.jpg");
     EXPECT_EQ(names(u"other"), QString());
     pasteboard.setImage(QImage(4, 3, QImage::Format_RGB32));

@@ -202,8 +202,7 @@ std::vector<QByteArray> FileCommands::photographsOf(const QMimeData& data) const
 void FileCommands::doPaste() {
     platform::assertMainThread();
     const QString folder = _environment.selectedFolder();
-    QClipboard& pasteboard = *QGuiApplication::clipboard();
-    const QMimeData* data = pasteboard.mimeData();
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
     if (folder.isEmpty() || !data) return;
     const bool isCut = platform::filesOfMimeData(*data).isCut;
     TransferPlan plan = fileactions::planTransfer(
@@ -219,10 +218,21 @@ void FileCommands::doPaste() {
         }
     }
     runTransfer(
-        plan, isCut ? Name{u"UndoMoveFile", u"UndoMoveFiles"}
-                    : Name{u"UndoPasteFile", u"UndoPasteFiles"});
-    // What was cut is somewhere else from now on.
-    if (isCut && !plan.isEmpty()) pasteboard.clear();
+        plan,
+        isCut ? Name{u"UndoMoveFile", u"UndoMoveFiles"} : Name{u"UndoPasteFile", u"UndoPasteFiles"},
+        isCut);
+}
+
+/// What was cut is somewhere else from now on; what is still there can be pasted once more.
+void FileCommands::forgetCut(const FileOutcome& outcome) {
+    QClipboard& pasteboard = *QGuiApplication::clipboard();
+    const QMimeData* data = pasteboard.mimeData();
+    if (!data || outcome.gone.empty()) return;
+    const platform::PasteboardFiles files = platform::filesOfMimeData(*data);
+    if (!files.isCut) return;
+    const QSet<QByteArray> gone(outcome.gone.begin(), outcome.gone.end());
+    const auto isGone = [&gone](const QByteArray& path) { return gone.contains(path); };
+    if (std::ranges::all_of(files.paths, isGone)) pasteboard.clear();
 }
 
 void FileCommands::transferInto(
@@ -234,7 +244,7 @@ void FileCommands::transferInto(
         move ? Name{u"UndoMoveFile", u"UndoMoveFiles"} : Name{u"UndoCopyFile", u"UndoCopyFiles"});
 }
 
-void FileCommands::runTransfer(const TransferPlan& plan, const Name& name) {
+void FileCommands::runTransfer(const TransferPlan& plan, const Name& name, bool isOfCut) {
     platform::assertMainThread();
     if (plan.isEmpty()) return;
     const bool isMove = plan.kind == TransferPlan::Kind::Move;
@@ -242,7 +252,10 @@ void FileCommands::runTransfer(const TransferPlan& plan, const Name& name) {
         {.counterKey = isMove ? counterOfMove : counterOfCopy,
          .deed = isMove ? Deed::Move : Deed::Copy,
          .work = [plan](const fileactions::FileEditor& editor) { return editor.transfer(plan); },
-         .finished = [this, name](const FileOutcome& outcome) { finished(outcome, name); }});
+         .finished = [this, name, isOfCut](const FileOutcome& outcome) {
+             if (isOfCut) forgetCut(outcome);
+             finished(outcome, name);
+         }});
 }
 
 void FileCommands::deleteClicked() {
