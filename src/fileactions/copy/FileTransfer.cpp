@@ -51,6 +51,7 @@ TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token
     _progress.total = plan.fileCount();
     FileSystem::Entry entry;
     for (const auto& step : plan.steps) {
+        if (stop.stop_requested()) break; // a slow disk takes its time
         // What is yet to be made has no size.
         if (step.folder.isEmpty() && !step.file.make &&
             !_environment.files.look(step.file.source, entry))
