@@ -24,18 +24,27 @@ const QByteArray infoSuffix = QByteArrayLiteral(".trashinfo");
 /// A trash holds that many files of one name before we give up.
 constexpr int mostNumbers = 1'000'000;
 
-std::uint64_t mountOf(const char* path) {
+/// What no rename leaves: a mount, or a volume within one, which has a device of its own.
+struct Bounds {
+    std::uint64_t mount = 0;
+    std::uint32_t major = 0;
+    std::uint32_t minor = 0;
+    bool operator==(const Bounds&) const = default;
+};
+
+Bounds boundsOf(const QByteArray& folder) {
     struct statx status {};
-    if (::statx(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &status) != 0) return 0;
-    return status.stx_mnt_id;
+    if (::statx(AT_FDCWD, folder.constData(), AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &status) != 0)
+        return {};
+    return {status.stx_mnt_id, status.stx_dev_major, status.stx_dev_minor};
 }
 
 QByteArray topFolderOnDisk(const QByteArray& folder) {
     std::array<char, PATH_MAX> resolved{};
     if (!::realpath(folder.constData(), resolved.data())) return {};
     QByteArray top(resolved.data());
-    const std::uint64_t mount = mountOf(top.constData());
-    while (top != "/" && mountOf(folderOfPath(top).constData()) == mount)
+    const Bounds bounds = boundsOf(top);
+    while (top != "/" && boundsOf(folderOfPath(top)) == bounds)
         top = folderOfPath(top);
     return top;
 }

@@ -28,7 +28,8 @@ public:
         /// In the folder of XDG_DATA_HOME.
         QByteArray homeTrash;
         std::uint32_t userId = 0;
-        /// The folder at which the disk that shows this folder is mounted; empty: unknown.
+        /// The topmost folder to which a file of this folder can be renamed: that at which its disk
+        /// is mounted, or a volume within it; empty: unknown.
         std::function<QByteArray(const QByteArray& folder)> topFolder;
         /// As the information files of trashes have it, local time.
         std::function<QByteArray()> deletionDate;
