@@ -181,10 +181,10 @@ void FileCommands::copy(bool cut) {
             return importer ? importer->createImageWithMaxSize(0, 0) : QImage();
         });
     platform::setFilesOfMimeData(*data, {.paths = paths, .isCut = cut});
-    if (paths.size() == 1 && !cut) {
-        const auto item = _environment.chosen.all().front();
-        data->setPhotograph(QFile::decodeName(paths.front()), item->rotateAngle());
-    }
+    // Of several, one of which can be got at, it may be another one.
+    const PBImageFileList chosen = _environment.chosen.all();
+    if (chosen.size() == 1 && !cut)
+        data->setPhotograph(QFile::decodeName(paths.front()), chosen.front()->rotateAngle());
     QGuiApplication::clipboard()->setMimeData(data.release());
 }
 
