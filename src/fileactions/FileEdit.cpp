@@ -2,6 +2,8 @@
 
 #include <QSet>
 
+#include <algorithm>
+
 namespace fileactions {
 
 namespace {
@@ -76,6 +78,37 @@ FileOutcome FileEditor::deleteForGood(const std::vector<QByteArray>& paths) cons
 }
 
 FileOutcome FileEditor::perform(const FileEdit& edit) const {
+    FileOutcome outcome = performNow(edit);
+    outcome.isStillToDo = outcome.inverse.isEmpty() && isToDo(edit);
+    return outcome;
+}
+
+bool FileEditor::isGone(const QByteArray& path) const {
+    Entry entry;
+    // A folder that is gone may be that of a disk that is away.
+    return _environment.files.look(path, entry) == std::errc::no_such_file_or_directory &&
+           !_environment.files.look(platform::folderOfPath(path), entry);
+}
+
+bool FileEditor::isToDo(const FileEdit& edit) const {
+    if (const auto* moved = std::get_if<FileEdit::MoveFiles>(&edit.change)) {
+        return std::ranges::any_of(
+            moved->paths, [this](const auto& paths) { return !isGone(paths.first); });
+    }
+    if (const auto* made = std::get_if<FileEdit::DiscardFiles>(&edit.change)) {
+        return std::ranges::any_of(made->files, [this](const auto& file) {
+            Entry now;
+            const bool isSeen = !_environment.files.look(file.path, now);
+            return isSeen ? isUnchanged(file.made, now) : !isGone(file.path);
+        });
+    }
+    const auto* trashed = std::get_if<FileEdit::RestoreFiles>(&edit.change);
+    return trashed && std::ranges::any_of(trashed->files, [this](const auto& file) {
+               return !isGone(file.trashedPath);
+           });
+}
+
+FileOutcome FileEditor::performNow(const FileEdit& edit) const {
     if (const auto* moved = std::get_if<FileEdit::MoveFiles>(&edit.change)) return move(*moved);
     if (const auto* made = std::get_if<FileEdit::DiscardFiles>(&edit.change)) return discard(*made);
     if (const auto* trashed = std::get_if<FileEdit::RestoreFiles>(&edit.change))

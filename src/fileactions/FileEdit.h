@@ -46,6 +46,8 @@ struct FileOutcome {
     /// Of what went wrong without having been told yet; `failedCount` 0: nothing.
     FileFailure failure;
     std::int64_t failedCount = 0;
+    /// Of an edit that has changed nothing: it could be tried again.
+    bool isStillToDo = false;
 };
 
 /// Performs the commands on files, and what takes them back. Blocks; on a thread of its own.
@@ -72,6 +74,10 @@ private:
     [[nodiscard]] FileRemoval removal() const {
         return {_environment.files, _environment.trash, _environment.prompts};
     }
+    /// Whether there is a file that it would change, or one that can't be looked at.
+    [[nodiscard]] bool isToDo(const FileEdit& edit) const;
+    [[nodiscard]] bool isGone(const QByteArray& path) const;
+    [[nodiscard]] FileOutcome performNow(const FileEdit& edit) const;
     [[nodiscard]] FileOutcome move(const FileEdit::MoveFiles& edit) const;
     [[nodiscard]] FileOutcome discard(const FileEdit::DiscardFiles& edit) const;
     [[nodiscard]] FileOutcome restore(const FileEdit::RestoreFiles& edit) const;

@@ -33,6 +33,7 @@ QString fileErrorText(const std::error_code& error) {
         {std::errc::text_file_busy, u"FileErrorBusy"},
         {std::errc::io_error, u"FileErrorDisk"},
         {std::errc::argument_out_of_domain, u"FileErrorOwnPlace"}, // `ownPlace`
+        {std::errc::too_many_symbolic_link_levels, u"FileErrorOwnLink"},
         {std::errc::bad_message, u"FileErrorUnreadable"},
         {std::errc::not_supported, u"FileErrorCantEncode"},
         {std::errc::resource_unavailable_try_again, u"FileErrorNotNow"},

@@ -94,4 +94,8 @@ void Desktop::drag(QPoint from, QPoint to) {
     xdotool(way);
 }
 
+void Desktop::moveTo(QPoint point) {
+    xdotool(at(point));
+}
+
 } // namespace e2e

@@ -55,7 +55,8 @@ struct CatalogueRowsTest : MarksTest {
             .placeOfFolder = [this](const QString& path) { return placeOf(path); },
             .rowsWillChange = [this] { ++told; }};
     }
-    void transfer(Kind kind, const QByteArray& from, const QByteArray& folder) {
+    void
+    transfer(Kind kind, const QByteArray& from, const QByteArray& folder, bool isDone = true) {
         prompts.answers = {{fileactions::FilePrompts::Answer::Replace, false}};
         fileactions::CatalogueRows rows(environment());
         fileactions::FileTransfer transfer(
@@ -68,7 +69,7 @@ struct CatalogueRowsTest : MarksTest {
             fileactions::planTransfer(
                 kind, {QFile::encodeName(at(from))}, QFile::encodeName(at(folder))),
             std::stop_token());
-        EXPECT_EQ(result.files.size(), 1U);
+        EXPECT_EQ(result.files.size(), isDone ? 1U : 0U);
         changed = rows.changedRows();
     }
     /// "id path" of all rows of the catalogue.
@@ -136,6 +137,12 @@ TEST_F(CatalogueRowsTest, whatIsWrittenOverTakesItsMarksAlongAndCopiesTakeNone) 
     const qint64 three = add("a/x.jpg", 0);
     transfer(Kind::Copy, "a/x.jpg", "b");
     EXPECT_EQ(rows(), u"%1 1/x.jpg"_s.arg(three));
+    EXPECT_EQ(ledger(), QStringList());
+    // Also where the move fails then, for the source can't go.
+    add("b/x.jpg", 3);
+    files.otherDisk = QFile::encodeName(at("b"));
+    files.leaves = QFile::encodeName(at("a"));
+    transfer(Kind::Move, "a/x.jpg", "b", false);
     EXPECT_EQ(ledger(), QStringList());
 }
 

@@ -70,6 +70,24 @@ TEST_F(FileTransferTest, conflictsAreAskedInTurnAndAnswersForAllLastForTheComman
     }
 }
 
+TEST_F(FileTransferTest, anAnswerForAllDoesNotCoverWhatTheMoveItselfHasBrought) {
+    ASSERT_TRUE(QDir(folder.path()).mkpath(u"c"_s) && QDir(folder.path()).mkpath(u"d"_s));
+    for (const bool coversOwn : {false, true}) {
+        for (const char* name : {"a/x", "a/y", "c/x", "d/x"})
+            put(name, name);
+        put("b/x", "former");
+        put("b/y", "former");
+        prompts.log.clear();
+        prompts.answers = {{Answer::Replace, true}};
+        if (coversOwn) prompts.answers.push_back({Answer::Replace, true});
+        static_cast<void>(run(plan(Kind::Move, {"a/x", "a/y", "c/x", "d/x"})));
+        EXPECT_EQ(prompts.log, QStringList({u"conflict x"_s, u"conflict x"_s}));
+        EXPECT_EQ(read("b/y"), "a/y");
+        EXPECT_EQ(read("b/x"), coversOwn ? "d/x" : "a/x");
+        EXPECT_EQ(read("c/x"), coversOwn ? "" : "c/x");
+    }
+}
+
 TEST_F(FileTransferTest, ontoItselfAFileIsDuplicatedOrStays) {
     put("a/x.jpg", "x");
     for (int time = 0; time < 2; ++time)
@@ -140,6 +158,15 @@ TEST_F(FileTransferTest, aSourceThatGoesByItselfDoesNotTakeItsCopyWithIt) {
     EXPECT_EQ(read("b/x"), "only one");
 }
 
+TEST_F(FileTransferTest, aMoveOffADiskThatLeavesKeepsTheCopyThatMayBeTheLast) {
+    put("a/x", "only one");
+    files.otherDisk = path("b");
+    files.leaves = path("a");
+    EXPECT_TRUE(run(plan(Kind::Move, {"a/x"})).files.empty());
+    EXPECT_EQ(read("b/x"), "only one");
+    EXPECT_EQ(prompts.log, QStringList(u"failed x"_s));
+}
+
 TEST_F(FileTransferTest, whatIsWrittenIntoASourceMeanwhileIsNotDeleted) {
     put("b/x", "former");
     for (const QByteArray name : {"x", "y"}) {
@@ -187,6 +214,39 @@ TEST_F(FileTransferTest, attributesComeAlongAndLinksLeadOn) {
     EXPECT_TRUE(QFileInfo(folder.filePath(u"b/link"_s)).isSymLink());
     EXPECT_EQ(read("b/link"), "picture");
     EXPECT_EQ(::unlink(source.constData()), 0); // as a temporary folder can't
+}
+
+TEST_F(FileTransferTest, aLinkNeverTakesThePlaceOfItsOwnFile) {
+    put("b/x", "photograph");
+    ASSERT_EQ(::symlink("../b/x", path("a/middle").constData()), 0);
+    ASSERT_EQ(::symlink("middle", path("a/x").constData()), 0);
+    prompts.answers = {{Answer::Replace, false}};
+    EXPECT_TRUE(run(plan(Kind::Move, {"a/x"})).files.empty());
+    EXPECT_EQ(prompts.log, QStringList({u"conflict x"_s, u"skip? x"_s}));
+    EXPECT_FALSE(QFileInfo(folder.filePath(u"b/x"_s)).isSymLink());
+    // Nor does what is made of it; a copy is one onto itself.
+    TransferPlan exported;
+    const auto make = [](const std::stop_token&, QByteArray& content) {
+        content = "other";
+        return std::error_code();
+    };
+    exported.addFile(
+        {.source = path("a/x"), .folder = path("b"), .name = "x", .make = make, .replaces = true});
+    EXPECT_TRUE(run(exported).files.empty());
+    static_cast<void>(run(plan(Kind::Copy, {"a/x"})));
+    EXPECT_EQ(names(u"b"_s), QStringList({u"x"_s, u"x copy"_s}));
+    EXPECT_EQ(read("b/x") + read("b/x copy"), "photographphotograph");
+}
+
+TEST_F(FileTransferTest, twoNamesOfOneFileInTwoFoldersAreTwoFilesToTheUser) {
+    put("a/x", "photograph");
+    ASSERT_EQ(::link(path("a/x").constData(), path("b/x").constData()), 0);
+    static_cast<void>(run(plan(Kind::Copy, {"a/x"})));
+    EXPECT_EQ(prompts.log, QStringList(u"conflict x"_s));
+    prompts.answers = {{Answer::Replace, false}};
+    EXPECT_EQ(run(plan(Kind::Move, {"a/x"})).files.size(), 1U);
+    EXPECT_EQ(names(u"a"_s), QStringList());
+    EXPECT_EQ(read("b/x"), "photograph");
 }
 
 TEST_F(FileTransferTest, aStopTakesTheHalfWrittenFileAway) {
@@ -249,6 +309,17 @@ TEST_F(FileTransferTest, temporariesOfARunThatWasCutShortGoWithTheNextStart) {
     EXPECT_FALSE(QFile::exists(folder.filePath(u"journal"_s)));
 }
 
+TEST_F(FileTransferTest, whatADiskThatLeavesKeepsOfACopyGoesWhenItIsBack) {
+    put("a/x", "whole");
+    files.leaves = path("b");
+    EXPECT_TRUE(run(plan(Kind::Copy, {"a/x"})).files.empty());
+    EXPECT_EQ(names(u"b"_s).size(), 1); // hidden
+    files.leaves.clear();
+    EXPECT_EQ(run(plan(Kind::Copy, {"a/x"})).files.size(), 1U); // which forgets nothing
+    fileactions::TemporaryFiles::removeLeft(files, path("journal"));
+    EXPECT_EQ(names(u"b"_s), QStringList(u"x"_s));
+}
+
 /// Each command, taken back, done again and taken back once more.
 TEST_F(FileTransferTest, whatWasDoneCanBeTakenBackAndRepeated) {
     platform::Trash trash(
@@ -284,6 +355,20 @@ TEST_F(FileTransferTest, whatWasDoneCanBeTakenBackAndRepeated) {
     static_cast<void>(editor.perform(copied.inverse));
     EXPECT_EQ(state(), u"1,2|2"_s);
     EXPECT_TRUE(prompts.log.isEmpty());
+    EXPECT_FALSE(editor.perform(copied.inverse).isStillToDo);
+    // What could not be taken back can be tried again, as long as there is something.
+    const auto moved = editor.transfer(plan(Kind::Move, {"a/1"}));
+    put("a/1", "in its way");
+    EXPECT_TRUE(editor.perform(moved.inverse).isStillToDo);
+    ASSERT_TRUE(QFile::remove(folder.filePath(u"b/1"_s)));
+    EXPECT_FALSE(editor.perform(moved.inverse).isStillToDo);
+    const auto trashed = editor.moveToTrash({path("a/1")});
+    put("a/1", "in its way");
+    EXPECT_TRUE(editor.perform(trashed.inverse).isStillToDo);
+    ASSERT_TRUE(QDir(folder.filePath(u"Trash/files"_s)).removeRecursively());
+    EXPECT_TRUE(editor.perform(trashed.inverse).isStillToDo); // its disk may be away
+    ASSERT_TRUE(QDir(folder.path()).mkpath(u"Trash/files"_s));
+    EXPECT_FALSE(editor.perform(trashed.inverse).isStillToDo);
 }
 
 TEST_F(FileTransferTest, whatIsNewIsMadeInItsTurnUnderAFreeNameAndCountedOnlyIfItIsSaid) {
@@ -314,6 +399,14 @@ TEST_F(FileTransferTest, whatIsNewIsMadeInItsTurnUnderAFreeNameAndCountedOnlyIfI
         read("a/p.png") + read("a/p copy.png") + read("a/p copy 1.png") + read("a/p copy 2.png"),
         "formerxyz");
     EXPECT_EQ(prompts.log.join(u','), u"failed bad"_s);
+    // Others may read what is new, as far as the user lets them, but not where files were.
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    struct stat status {};
+    ASSERT_EQ(::stat(path("a/p copy.png").constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0666U & ~mask);
+    ASSERT_EQ(::stat(path("journal").constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0600U);
 }
 
 } // namespace

@@ -14,18 +14,20 @@ struct NoRoots final : FolderRootPaths {
 struct OtherWayTest : testing::Test {
     /// One that notes that it is asked, and ends when the test says so.
     OtherWay way(const QString& name) {
-        return {[this, name](std::function<void(OtherWay)> done) {
+        return {[this, name](OtherWay::Ended done) {
             log += name;
-            end = [this, name, done = std::move(done)] { done(way(name + u'\'')); };
+            end = [this, name, done = std::move(done)](OtherWay::End how) {
+                done(how, way(name + u'\''));
+            };
         }};
     }
-    void endIt() {
+    void endIt(OtherWay::End how = OtherWay::End::Done) {
         const auto now = end; // which may be another one meanwhile
-        now();
+        now(how);
     }
     NoRoots roots;
     QStringList log;
-    std::function<void()> end;
+    std::function<void(OtherWay::End how)> end;
     fileactions::EditQueue queue{
         {.connect = [] { return nullptr; },
          .mountedRoots = [] { return marks::RootPaths(); },
@@ -58,6 +60,30 @@ TEST_F(OtherWayTest, whatIsDoneElsewhereHasItsPlaceInTheHistoryAndItsTurn) {
     queue.finish();
     EXPECT_TRUE(queue.isIdle());
     endIt();
+}
+
+TEST_F(OtherWayTest, whatFailsCanBeTriedAgainAndWhatHasNothingToDoGoes) {
+    for (const QString& name : {u"first"_s, u"second"_s, u"third"_s})
+        queue.didOther(name, way(name));
+    queue.undo();
+    queue.undo(); // would do the same
+    endIt(OtherWay::End::StillToDo);
+    EXPECT_EQ(log, QStringList(u"third"_s));
+    EXPECT_EQ(queue.undoText(), u"third");
+    EXPECT_TRUE(queue.isIdle());
+    queue.undo();
+    endIt(OtherWay::End::Void);
+    EXPECT_EQ(queue.undoText(), u"second");
+    EXPECT_FALSE(queue.canRedo());
+    queue.undo();
+    endIt();
+    queue.redo();
+    endIt(OtherWay::End::StillToDo);
+    EXPECT_EQ(queue.redoText(), u"second");
+    queue.redo();
+    endIt(OtherWay::End::Void);
+    EXPECT_FALSE(queue.canRedo());
+    EXPECT_EQ(queue.undoText(), u"first");
 }
 
 } // namespace

@@ -15,10 +15,12 @@ public:
     QByteArray otherDisk;     ///< part of the paths that lie on it; empty: one disk
     QByteArray goesByItself;  ///< just before it is removed
     QByteArray growsByItself; ///< while it is copied
+    QByteArray leaves;        ///< part of the paths of a disk that leaves when a file is copied
+    bool isAway = false;      ///< it has left
     QByteArray failed;        ///< the step that failed
 
     std::error_code look(const QByteArray& path, Entry& entry) override {
-        if (fails("look")) return error();
+        if (fails("look") || hasLeft(path)) return error();
         const auto result = DiskFileSystem::look(path, entry);
         if (!result && isOnOtherDisk(path)) ++entry.device;
         return result;
@@ -40,6 +42,7 @@ public:
         return fails("copySome") ? error() : DiskFileSystem::copySome(from, to, copied);
     }
     std::error_code copyAttributes(int from, int to) override {
+        isAway = true;
         return fails("copyAttributes") ? error() : DiskFileSystem::copyAttributes(from, to);
     }
     std::error_code sync(int file) override {
@@ -55,7 +58,8 @@ public:
     std::error_code renameToFree(const QByteArray& path, const QByteArray& toPath) override {
         if (isOnOtherDisk(path) != isOnOtherDisk(toPath))
             return std::make_error_code(std::errc::cross_device_link);
-        return fails("renameToFree") ? error() : DiskFileSystem::renameToFree(path, toPath);
+        if (fails("renameToFree") || hasLeft(toPath)) return error();
+        return DiskFileSystem::renameToFree(path, toPath);
     }
     std::error_code renameOver(const QByteArray& path, const QByteArray& toPath) override {
         if (isOnOtherDisk(path) != isOnOtherDisk(toPath))
@@ -64,7 +68,7 @@ public:
     }
     std::error_code remove(const QByteArray& path) override {
         if (path == goesByItself) static_cast<void>(DiskFileSystem::remove(path));
-        return fails("remove") ? error() : DiskFileSystem::remove(path);
+        return fails("remove") || hasLeft(path) ? error() : DiskFileSystem::remove(path);
     }
     std::error_code makeFolder(const QByteArray& path, std::uint32_t mode) override {
         // As a stick does.
@@ -79,6 +83,9 @@ private:
         if (++_steps != failAt) return false;
         failed = step;
         return true;
+    }
+    [[nodiscard]] bool hasLeft(const QByteArray& path) const {
+        return isAway && !leaves.isEmpty() && path.contains(leaves);
     }
     [[nodiscard]] std::error_code error() const { return std::make_error_code(fault); }
     [[nodiscard]] bool isOnOtherDisk(const QByteArray& path) const {

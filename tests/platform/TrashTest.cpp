@@ -15,10 +15,16 @@ namespace {
 /// The disk, of which a part counts as another one.
 struct TwoDisks final : platform::DiskFileSystem {
     QByteArray other;
+    bool isMountedTwice = false; ///< they are one disk, at two places
     std::error_code look(const QByteArray& path, Entry& entry) override {
         const auto error = DiskFileSystem::look(path, entry);
-        if (path.startsWith(other)) ++entry.device;
+        if (path.startsWith(other) && !isMountedTwice) ++entry.device;
         return error;
+    }
+    std::error_code renameToFree(const QByteArray& path, const QByteArray& toPath) override {
+        if (path.startsWith(other) != toPath.startsWith(other))
+            return std::make_error_code(std::errc::cross_device_link);
+        return DiskFileSystem::renameToFree(path, toPath);
     }
 };
 
@@ -99,6 +105,12 @@ TEST_F(TrashTest, theSharedTrashOfADiskIsUsedOnlyWhereNobodyCanInterfere) {
     // What was found out of a folder is kept: another folder.
     ASSERT_TRUE(QDir(folder.path()).mkpath(u"stick/in2"_s));
     EXPECT_TRUE(put(bytes(u"stick/in2/1")).trashedPath.startsWith(shared + '/'));
+}
+
+TEST_F(TrashTest, aDiskThatIsMountedTwiceHasATrashAtEachPlace) {
+    files.isMountedTwice = true;
+    for (const QStringView name : {u"stick/in/x.jpg", u"stick/in/y.jpg"})
+        EXPECT_TRUE(put(bytes(name)).trashedPath.startsWith(bytes(u"stick/.Trash-")));
 }
 
 TEST_F(TrashTest, whereThereIsNoTrashTheFileStays) {

@@ -22,6 +22,7 @@ struct ScriptedQuestions final : FileQuestions {
     QString folder;
     Answer answer = Answer::Skip;
     bool deletes = true;
+    std::function<void()> whileAsked = [] {};
     QStringList log;
 
     void askConflict(const Failure&, std::function<void(const ConflictAnswer&)> answered) override {
@@ -38,6 +39,7 @@ struct ScriptedQuestions final : FileQuestions {
     void askDeleteForGood(
         qint64 count, const QByteArray&, bool, std::function<void(bool)> answered) override {
         log += u"delete %1?"_s.arg(count);
+        whileAsked();
         answered(deletes);
     }
     void chooseFolder(const QString&, std::function<void(const QString&)> chosen) override {
@@ -121,7 +123,8 @@ TEST_F(FileCommandsTest, commandsChangeFilesTellHowToTakeThemBackAndBringTheDisp
     EXPECT_EQ(names(u"photos"), QString());
     const fileactions::FileEdit moved = inverse;
     bool isBack = false;
-    commands.perform(moved, [&](const fileactions::FileEdit& redo) { isBack = !redo.isEmpty(); });
+    commands.perform(
+        moved, [&](const fileactions::FileOutcome& back) { isBack = !back.inverse.isEmpty(); });
     wait();
     EXPECT_TRUE(isBack);
     EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg");
@@ -144,6 +147,12 @@ TEST_F(FileCommandsTest, commandsChangeFilesTellHowToTakeThemBackAndBringTheDisp
     wait();
     EXPECT_EQ(questions.log.last(), u"delete 1?");
     EXPECT_EQ(names(u"photos"), u"a copy.jpg a.jpg b.jpg");
+    // A scan may choose another one while the user thinks.
+    questions.deletes = true;
+    questions.whileAsked = [this] { items = {support::makeItem(u"b.jpg"_s, 2)}; };
+    commands.deleteForGood();
+    wait();
+    EXPECT_EQ(names(u"photos"), u"a copy.jpg b.jpg");
 }
 
 TEST_F(FileCommandsTest, thePasteboardTakesFilesInBothWaysAndPicturesWithoutAFile) {
@@ -155,8 +164,16 @@ TEST_F(FileCommandsTest, thePasteboardTakesFilesInBothWaysAndPicturesWithoutAFil
     platform::setFilesOfMimeData(
         *cut, {.paths = {QFile::encodeName(at(u"other/x.jpg"_s))}, .isCut = true});
     pasteboard.setMimeData(cut);
+    // What could not be moved is still cut.
+    support::writeFile(at(u"photos/x.jpg"_s), "in its way");
     commands.doPaste();
     wait();
+    EXPECT_EQ(questions.log, QStringList(u"conflict"_s));
+    ASSERT_TRUE(QFile::remove(at(u"photos/x.jpg"_s)));
+    commands.doPaste();
+    wait();
+    const QMimeData* left = pasteboard.mimeData();
+    EXPECT_TRUE(!left || platform::filesOfMimeData(*left).paths.empty());
     EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg x.jpg");
     EXPECT_EQ(names(u"other"), QString());
     pasteboard.setImage(QImage(4, 3, QImage::Format_RGB32));

@@ -1,6 +1,7 @@
 #include "fileactions/copy/FileTransfer.h"
 
 #include "fileactions/copy/DuplicateNames.h"
+#include "fileactions/copy/SamePlace.h"
 #include "platform/files/PathNames.h"
 
 using platform::FileSystem;
@@ -43,11 +44,14 @@ TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token
     _stop = stop;
     _result = {};
     _forAll.reset();
+    _isForOwn = false;
+    _moved.clear();
     _isCounted = true;
     _progress = {};
     _progress.total = plan.fileCount();
     FileSystem::Entry entry;
     for (const auto& step : plan.steps) {
+        if (stop.stop_requested()) break; // a slow disk takes its time
         // What is yet to be made has no size.
         if (step.folder.isEmpty() && !step.file.make &&
             !_environment.files.look(step.file.source, entry))
@@ -98,12 +102,9 @@ FileTransfer::Next FileTransfer::makeFolder(const QByteArray& folder) {
     return goesOn ? Next::File : Next::Stop;
 }
 
-bool FileTransfer::isSameFile(const QByteArray& source, const QByteArray& destination) const {
-    if (source == destination) return true;
-    FileSystem::Entry one;
-    FileSystem::Entry other;
-    return !_environment.files.look(source, one) && !_environment.files.look(destination, other) &&
-           one.isSameFile(other);
+bool FileTransfer::isOwnPlace(const QByteArray& source, const QByteArray& destination) const {
+    return isSamePlace(_environment.files, source, destination) ||
+           leadsOver(_environment.files, source, destination);
 }
 
 FileTransfer::Next FileTransfer::transferFile(const File& file) {
@@ -121,9 +122,12 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
     if (!file.content) {
         FileSystem::Entry entry;
         if (isGone(_environment.files.look(file.source, entry))) return Next::File;
-        const bool isSame = _kind != Kind::Duplicate && isSameFile(file.source, destination);
-        if (isSame && _kind == Kind::Move) return Next::File;
-        if (isSame || _kind == Kind::Duplicate) {
+        if (_kind == Kind::Move && isSamePlace(_environment.files, file.source, destination))
+            return Next::File;
+        const bool isDuplicate =
+            _kind == Kind::Duplicate ||
+            (_kind == Kind::Copy && isOwnPlace(file.source, destination));
+        if (isDuplicate) {
             error = duplicate(file, folder);
         } else {
             error = perform(file, destination, IfTaken::Refuse);
@@ -150,7 +154,7 @@ std::error_code FileTransfer::transferNew(const File& file, const QByteArray& de
 }
 
 FileTransfer::Next FileTransfer::transferMade(const File& file, const QByteArray& destination) {
-    const bool isSame = isSameFile(file.source, destination);
+    const bool isSame = isOwnPlace(file.source, destination);
     std::error_code error = ownPlace;
     if (isSame && file.replaces) return fail({file.source, destination, error});
     File made = file;
@@ -178,8 +182,12 @@ FileTransfer::Next FileTransfer::leaveOut(const FileFailure& failure) {
 
 FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteArray& destination) {
     using Answer = FilePrompts::Answer;
+    // An answer for all is about files that were there before. What was moved here just now may be
+    // the only one of its kind.
+    const bool isOwn = hasMovedTo(destination);
+    const bool isAsked = !_forAll || (isOwn && !_isForOwn && _forAll == Answer::Replace);
     Answer answer = _forAll.value_or(Answer::Stop);
-    if (!_forAll) {
+    if (isAsked) {
         _environment.rows.settle();
         const auto given = _environment.prompts.askConflict(
             {.path = file.source,
@@ -187,6 +195,7 @@ FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteAr
              .error = std::make_error_code(std::errc::file_exists)});
         answer = given.answer;
         if (given.applyToAll && answer != Answer::Stop) _forAll = answer;
+        if (given.applyToAll) _isForOwn = isOwn;
     }
     switch (answer) {
     case Answer::Replace:
@@ -197,6 +206,13 @@ FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteAr
         break;
     }
     return Next::Stop;
+}
+
+bool FileTransfer::hasMovedTo(const QByteArray& destination) const {
+    if (_kind != Kind::Move) return false;
+    FileSystem::Entry entry;
+    return _environment.files.look(destination, entry) ||
+           _moved.contains({entry.device, entry.inode});
 }
 
 FileTransfer::Next FileTransfer::replace(const File& file, const QByteArray& destination) {
@@ -234,8 +250,9 @@ FileTransfer::perform(const File& file, const QByteArray& destination, IfTaken i
     } else {
         error = _copy.copy(file.source, destination, ifTaken, _stop);
     }
+    // Also by a move whose source could not go.
+    if (isReplacement && _copy.isInPlace()) _environment.rows.replaced(destination);
     if (error) return error;
-    if (isReplacement) _environment.rows.replaced(destination);
     if (isMove) _environment.rows.moved(file.source, destination);
     note(file, destination, isReplacement);
     return {};
@@ -257,7 +274,8 @@ std::error_code FileTransfer::duplicate(const File& file, const QByteArray& fold
 void FileTransfer::note(const File& file, const QByteArray& path, bool isReplacement) {
     TransferResult::File done{
         .source = file.source, .path = path, .made = {}, .isReplacement = isReplacement};
-    static_cast<void>(_environment.files.look(path, done.made));
+    if (!_environment.files.look(path, done.made))
+        _moved.insert({done.made.device, done.made.inode});
     _result.files.push_back(std::move(done));
 }
 

@@ -9,6 +9,9 @@
 #include <QSet>
 #include <QString>
 
+#include <set>
+#include <utility>
+
 namespace fileactions {
 
 /// What became of a plan.
@@ -57,7 +60,10 @@ private:
     [[nodiscard]] std::error_code
     perform(const File& file, const QByteArray& destination, IfTaken ifTaken);
     [[nodiscard]] std::error_code duplicate(const File& file, const QByteArray& folder);
-    [[nodiscard]] bool isSameFile(const QByteArray& source, const QByteArray& destination) const;
+    /// Whether the destination is the file that the source is, or leads to.
+    [[nodiscard]] bool isOwnPlace(const QByteArray& source, const QByteArray& destination) const;
+    /// Also where that can't be told.
+    [[nodiscard]] bool hasMovedTo(const QByteArray& destination) const;
     void note(const File& file, const QByteArray& path, bool isReplacement);
 
     const Environment _environment;
@@ -71,6 +77,9 @@ private:
     bool _changesRows = false; ///< of the file under way
     /// For the conflicts to come; nothing: ask.
     std::optional<FilePrompts::Answer> _forAll;
+    bool _isForOwn = false; ///< also for those with files of this command
+    /// Devices and inodes of what this command has put somewhere.
+    std::set<std::pair<std::uint64_t, std::uint64_t>> _moved;
     QHash<QByteArray, QByteArray> _madeFolders; ///< what stands for folders of the plan
     QSet<QByteArray> _failedFolders;
 };

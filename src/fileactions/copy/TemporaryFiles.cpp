@@ -86,6 +86,11 @@ void TemporaryFiles::wasTaken() {
     if (--_pending == 0 && _journal >= 0) static_cast<void>(::ftruncate(_journal, _kept) == 0);
 }
 
+void TemporaryFiles::discard(const QByteArray& path) {
+    if (!removeOne(_files, path) && _journal >= 0) _kept = ::lseek(_journal, 0, SEEK_END);
+    wasTaken();
+}
+
 void TemporaryFiles::removeLeft(platform::FileSystem& files, const QByteArray& journalPath) {
     QFile journal(QFile::decodeName(journalPath));
     if (journalPath.isEmpty() || !journal.open(QIODevice::ReadOnly)) return;

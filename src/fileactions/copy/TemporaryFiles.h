@@ -21,8 +21,11 @@ public:
     [[nodiscard]] std::error_code create(const QByteArray& folder, QByteArray& path, int& file);
     /// The same for a name alone.
     [[nodiscard]] QByteArray reserve(const QByteArray& folder);
-    /// The file has its own name now, or is gone.
+    /// The file has its own name now, or was never made.
     void wasTaken();
+    /// Removes the file, which is not to have its own name. What can't be removed now, as on a disk
+    /// that has left, stays in the journal.
+    void discard(const QByteArray& path);
 
     /// Removes what the journal of a former run names, and nothing that has another kind of name.
     /// What can't be looked at now, as on a disk that is away, stays in the journal. Before the
@@ -37,7 +40,7 @@ private:
     const QByteArray _journalPath;
     int _journal = -1;
     int _pending = 0;
-    /// Where the journal ends that a former run could not finish.
+    /// Where what is left for the next start ends in the journal.
     std::int64_t _kept = 0;
 };
 

@@ -16,6 +16,9 @@ public:
     Command(const QString& text, Step step)
         : QUndoCommand(text), _step(std::make_unique<Step>(std::move(step))) {}
     [[nodiscard]] Step* step() const { return _step.get(); }
+    // The stack drops what is obsolete.
+    void undo() override { setObsolete(_step->isVoid); }
+    void redo() override { setObsolete(_step->isVoid); }
 
 private:
     const std::unique_ptr<Step> _step;
@@ -44,6 +47,16 @@ void EditHistory::undone(OtherWay way) {
 
 void EditHistory::redone(OtherWay way) {
     step(_stack.index())->other = std::move(way);
+    _stack.redo();
+}
+
+void EditHistory::dropUndo() {
+    step(_stack.index() - 1)->isVoid = true;
+    _stack.undo();
+}
+
+void EditHistory::dropRedo() {
+    step(_stack.index())->isVoid = true;
     _stack.redo();
 }
 

@@ -29,6 +29,7 @@ public:
         StoredWay way;
         /// Is what counts of a step that is done elsewhere.
         std::optional<OtherWay> other = std::nullopt;
+        bool isVoid = false;
     };
     /// nullptr: there is none. Valid until the history changes.
     [[nodiscard]] const Step* undoStep() const { return step(_stack.index() - 1); }
@@ -38,6 +39,9 @@ public:
     void redone(StoredWay way);
     void undone(OtherWay way);
     void redone(OtherWay way);
+    /// The step leads nowhere any more, and goes.
+    void dropUndo();
+    void dropRedo();
 
     [[nodiscard]] QString undoText() const { return _stack.undoText(); }
     [[nodiscard]] QString redoText() const { return _stack.redoText(); }

@@ -176,21 +176,32 @@ bool EditQueue::beginOther() {
     if (!step || !step->other) return false;
     _isRunning = _isOtherRunning = true;
     const OtherWay way = *step->other;
-    way.perform([this, isUndo, alive = std::weak_ptr(_alive)](OtherWay back) {
+    way.perform([this, isUndo, alive = std::weak_ptr(_alive)](OtherWay::End end, OtherWay back) {
         // Nor after `finish`, which did not wait for it.
         const auto isAlive = alive.lock();
         if (!isAlive || !*isAlive) return;
         _isRunning = _isOtherRunning = false;
         _jobs.pop_front();
-        if (isUndo) {
-            _history.undone(std::move(back));
-        } else {
-            _history.redone(std::move(back));
-        }
+        endOther(isUndo, end, std::move(back));
         Q_EMIT historyDidChange();
         beginNext();
     });
     return true;
+}
+
+void EditQueue::endOther(bool isUndo, OtherWay::End end, OtherWay back) {
+    switch (end) {
+    case OtherWay::End::Done:
+        return isUndo ? _history.undone(std::move(back)) : _history.redone(std::move(back));
+    case OtherWay::End::Void:
+        return isUndo ? _history.dropUndo() : _history.dropRedo();
+    case OtherWay::End::StillToDo:
+        break;
+    }
+    // Those that were to follow would do the same once more.
+    while (!_jobs.empty() &&
+           (_jobs.front().kind == Job::Undo || _jobs.front().kind == Job::Redo))
+        _jobs.pop_front();
 }
 
 void EditQueue::takeFinished() {

@@ -84,6 +84,7 @@ private:
     [[nodiscard]] std::optional<Work> workOf(const Job& job) const;
     /// Takes the first job if it is of something that is done elsewhere; answers whether.
     [[nodiscard]] bool beginOther();
+    void endOther(bool isUndo, OtherWay::End end, OtherWay back);
     void takeFinished();
     void drain();
     void complete(const Job& job, Outcome outcome);

@@ -12,10 +12,15 @@
 namespace fileactions {
 
 /// Something that is done elsewhere, as with files, and has its place in the history of edits: what
-/// takes it back, or does it once more. `done` is called later, once, with what leads back from
-/// there. Main thread.
+/// takes it back, or does it once more. `done` is called later, once. Main thread.
 struct OtherWay {
-    std::function<void(std::function<void(OtherWay back)> done)> perform;
+    enum class End {
+        Done,      ///< `back` leads back from there
+        StillToDo, ///< it failed or was cancelled, and can be tried again
+        Void,      ///< there is nothing to do any more
+    };
+    using Ended = std::function<void(End end, OtherWay back)>;
+    std::function<void(Ended done)> perform;
 };
 
 /// Performs the edits of the user, one after the other in the order in which they came, and keeps

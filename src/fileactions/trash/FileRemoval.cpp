@@ -80,7 +80,7 @@ RemovalResult FileRemoval::restore(
         } else if (result.failedCount++ == 0) {
             // Emptied since, or its place is taken: either is to be told.
             result.failure = {
-                .path = file.trashedPath, .destination = file.originalPath, .error = error};
+                .path = file.originalPath, .destination = file.originalPath, .error = error};
         }
     }
     return result;

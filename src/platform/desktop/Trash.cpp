@@ -24,18 +24,27 @@ const QByteArray infoSuffix = QByteArrayLiteral(".trashinfo");
 /// A trash holds that many files of one name before we give up.
 constexpr int mostNumbers = 1'000'000;
 
-std::uint64_t mountOf(const char* path) {
+/// What no rename leaves: a mount, or a volume within one, which has a device of its own.
+struct Bounds {
+    std::uint64_t mount = 0;
+    std::uint32_t major = 0;
+    std::uint32_t minor = 0;
+    bool operator==(const Bounds&) const = default;
+};
+
+Bounds boundsOf(const QByteArray& folder) {
     struct statx status {};
-    if (::statx(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &status) != 0) return 0;
-    return status.stx_mnt_id;
+    if (::statx(AT_FDCWD, folder.constData(), AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &status) != 0)
+        return {};
+    return {status.stx_mnt_id, status.stx_dev_major, status.stx_dev_minor};
 }
 
 QByteArray topFolderOnDisk(const QByteArray& folder) {
     std::array<char, PATH_MAX> resolved{};
     if (!::realpath(folder.constData(), resolved.data())) return {};
     QByteArray top(resolved.data());
-    const std::uint64_t mount = mountOf(top.constData());
-    while (top != "/" && mountOf(folderOfPath(top).constData()) == mount)
+    const Bounds bounds = boundsOf(top);
+    while (top != "/" && boundsOf(folderOfPath(top)) == bounds)
         top = folderOfPath(top);
     return top;
 }
@@ -96,38 +105,34 @@ bool Trash::isUsable(const QByteArray& path) {
            makeOwnFolder(pathInFolder(path, "info"), false);
 }
 
-std::vector<Trash::Folder> Trash::foldersFor(const QByteArray& path) {
-    const QByteArray folder = folderOfPath(path);
-    if (const auto known = _known.find(folder); known != _known.end()) return known->second;
-    std::vector<Folder> found;
-    FileSystem::Entry holder;
-    FileSystem::Entry home;
+std::optional<Trash::Folder> Trash::homeTrashFor(const QByteArray& folder) {
     // Folders above the home trash are there, or made with it.
     makeFolders(folderOfPath(_places.homeTrash));
-    const bool hasHome = makeOwnFolder(_places.homeTrash, true) && isUsable(_places.homeTrash);
-    const QByteArray homeFiles = pathInFolder(_places.homeTrash, "files");
-    if (hasHome && !_files.look(homeFiles, home) && !_files.look(path, holder) &&
-        home.device == holder.device) {
-        found.push_back({.path = _places.homeTrash, .top = {}});
-    }
+    if (!makeOwnFolder(_places.homeTrash, true) || !isUsable(_places.homeTrash)) return {};
+    FileSystem::Entry home;
+    FileSystem::Entry holder;
+    // Links to folders followed. A file itself may lie on a lower layer of its disk.
+    const bool isOneDisk = !_files.look(pathInFolder(_places.homeTrash, "files"), home) &&
+                           !_files.look(folder + "/.", holder) && home.device == holder.device;
+    if (!isOneDisk) return {};
+    return Folder{.path = _places.homeTrash, .top = {}};
+}
+
+std::optional<Trash::Folder> Trash::trashAtTopOf(const QByteArray& folder) {
     const QByteArray top = _places.topFolder(folder);
-    if (!top.isEmpty()) {
-        const QByteArray user = QByteArray::number(_places.userId);
-        const QByteArray shared = pathInFolder(top, ".Trash");
-        FileSystem::Entry entry;
-        // Only one where nobody can put something in another's way.
-        const bool isShared = !_files.look(shared, entry) &&
-                              entry.kind == FileSystem::Kind::Folder && (entry.mode & S_ISVTX) != 0;
-        for (const QByteArray& own :
-             {isShared ? pathInFolder(shared, user) : QByteArray(),
-              pathInFolder(top, ".Trash-" + user)}) {
-            // A second one is not made where the first will do.
-            if (own.isEmpty() || !found.empty()) continue;
-            if (makeOwnFolder(own, false) && isUsable(own))
-                found.push_back({.path = own, .top = top});
-        }
+    if (top.isEmpty()) return {};
+    const QByteArray user = QByteArray::number(_places.userId);
+    const QByteArray shared = pathInFolder(top, ".Trash");
+    FileSystem::Entry entry;
+    // Only one where nobody can put something in another's way.
+    const bool isShared = !_files.look(shared, entry) &&
+                          entry.kind == FileSystem::Kind::Folder && (entry.mode & S_ISVTX) != 0;
+    for (const QByteArray& own : {isShared ? pathInFolder(shared, user) : QByteArray(),
+                                  pathInFolder(top, ".Trash-" + user)}) {
+        if (!own.isEmpty() && makeOwnFolder(own, false) && isUsable(own))
+            return Folder{.path = own, .top = top};
     }
-    return _known.emplace(folder, std::move(found)).first->second;
+    return {};
 }
 
 std::error_code
@@ -176,10 +181,21 @@ Trash::moveInto(const Folder& folder, const QByteArray& path, TrashedFile& trash
 std::error_code Trash::trash(const QByteArray& path, TrashedFile& trashed) {
     FileSystem::Entry entry;
     if (const auto error = _files.look(path, entry)) return error;
-    for (const Folder& folder : foldersFor(path)) {
-        const auto error = moveInto(folder, path, trashed);
-        if (error != std::errc::cross_device_link) return error;
+    const QByteArray folder = folderOfPath(path);
+    if (const auto known = _known.find(folder); known != _known.end()) {
+        return known->second ? moveInto(*known->second, path, trashed)
+                             : std::make_error_code(std::errc::not_supported);
     }
+    for (const bool isHome : {true, false}) {
+        const auto found = isHome ? homeTrashFor(folder) : trashAtTopOf(folder);
+        if (!found) continue;
+        const auto error = moveInto(*found, path, trashed);
+        // One disk may be mounted at two places.
+        if (error == std::errc::cross_device_link) continue;
+        _known.emplace(folder, found);
+        return error;
+    }
+    _known.emplace(folder, std::nullopt);
     return std::make_error_code(std::errc::not_supported);
 }
 

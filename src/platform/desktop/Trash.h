@@ -6,8 +6,8 @@
 #include <QHashFunctions>
 
 #include <functional>
+#include <optional>
 #include <unordered_map>
-#include <vector>
 
 namespace platform {
 
@@ -28,7 +28,8 @@ public:
         /// In the folder of XDG_DATA_HOME.
         QByteArray homeTrash;
         std::uint32_t userId = 0;
-        /// The folder at which the disk that shows this folder is mounted; empty: unknown.
+        /// The topmost folder to which a file of this folder can be renamed: that at which its disk
+        /// is mounted, or a volume within it; empty: unknown.
         std::function<QByteArray(const QByteArray& folder)> topFolder;
         /// As the information files of trashes have it, local time.
         std::function<QByteArray()> deletionDate;
@@ -52,7 +53,9 @@ private:
         QByteArray path;
         QByteArray top; ///< paths are kept relative to it; empty: absolute
     };
-    [[nodiscard]] std::vector<Folder> foldersFor(const QByteArray& path);
+    /// Nothing where files of that folder can't be renamed to there, or where there is none.
+    [[nodiscard]] std::optional<Folder> homeTrashFor(const QByteArray& folder);
+    [[nodiscard]] std::optional<Folder> trashAtTopOf(const QByteArray& folder);
     [[nodiscard]] bool makeOwnFolder(const QByteArray& path, bool mayBeLink);
     /// With those above it, as far as they can be made.
     void makeFolders(const QByteArray& path);
@@ -64,8 +67,9 @@ private:
 
     FileSystem& _files;
     const Places _places;
-    std::unordered_map<QByteArray, std::vector<Folder>> _known; ///< by the folder of the file
-    std::unordered_map<QByteArray, int> _lastNumbers;           ///< by the path without a number
+    /// By the folder of the file; nothing where there is none.
+    std::unordered_map<QByteArray, std::optional<Folder>> _known;
+    std::unordered_map<QByteArray, int> _lastNumbers; ///< by the path without a number
 };
 
 } // namespace platform

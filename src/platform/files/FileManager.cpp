@@ -1,6 +1,7 @@
 #include "platform/files/FileManager.h"
 
 #include "platform/files/DirectoryHandle.h"
+#include "platform/files/FileSystem.h"
 #include "platform/files/Spelling.h"
 
 #include <QDir>
@@ -8,7 +9,6 @@
 #include <QFileInfo>
 
 #include <cerrno>
-#include <cstdio>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -62,15 +62,7 @@ std::error_code lastError() {
 
 /// Renames to a name that is free.
 std::error_code moveToFreeName(const QString& path, const QString& toPath) {
-    const QByteArray from = QFile::encodeName(path);
-    const QByteArray to = QFile::encodeName(toPath);
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
-        return {};
-    const bool knowsNoFlags = errno == EINVAL || errno == ENOSYS;
-    if (!knowsNoFlags) return lastError();
-    struct stat status {};
-    if (::lstat(to.constData(), &status) == 0) return std::make_error_code(std::errc::file_exists);
-    return ::rename(from.constData(), to.constData()) == 0 ? std::error_code() : lastError();
+    return DiskFileSystem().renameToFree(QFile::encodeName(path), QFile::encodeName(toPath));
 }
 
 /// Whether the second path is free but for the file itself, which the disk finds under it, too.

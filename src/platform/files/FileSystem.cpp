@@ -48,6 +48,7 @@ FileSystem::Entry entryOf(const struct stat& status) {
     entry.inode = status.st_ino;
     entry.owner = status.st_uid;
     entry.mode = status.st_mode & permissionBits;
+    entry.names = status.st_nlink;
     return entry;
 }
 
@@ -149,6 +150,10 @@ std::error_code DiskFileSystem::create(const QByteArray& path, int& file) {
     return after(file);
 }
 
+void DiskFileSystem::permitAsOrdinary(int file) {
+    static_cast<void>(::fchmod(file, permissionsOfNewFiles()));
+}
+
 std::error_code DiskFileSystem::copySome(int from, int to, std::int64_t& copied) {
     copied = 0;
     const off_t position = ::lseek(from, 0, SEEK_CUR);
@@ -156,7 +161,10 @@ std::error_code DiskFileSystem::copySome(int from, int to, std::int64_t& copied)
         copied = ::lseek(from, 0, SEEK_END);
         return copied < 0 ? lastError() : std::error_code();
     }
-    const ssize_t size = ::copy_file_range(from, nullptr, to, nullptr, copyStep, 0);
+    ssize_t size = 0;
+    do {
+        size = ::copy_file_range(from, nullptr, to, nullptr, copyStep, 0);
+    } while (size < 0 && errno == EINTR);
     if (size > 0) {
         copied = size;
         return {};
@@ -180,9 +188,6 @@ std::error_code DiskFileSystem::copyAttributes(int from, int to) {
 }
 
 std::error_code DiskFileSystem::write(int file, const QByteArray& bytes) {
-    // As any program's new file: there is no other that it takes its permissions from. A disk
-    // without permissions refuses.
-    static_cast<void>(::fchmod(file, permissionsOfNewFiles()));
     return writeAll(file, bytes.constData(), static_cast<std::size_t>(bytes.size()));
 }
 
@@ -209,7 +214,9 @@ std::error_code DiskFileSystem::renameToFree(const QByteArray& path, const QByte
     if (errno != EINVAL && errno != ENOSYS) return lastError();
     // A second name is given only where there is none.
     if (::linkat(AT_FDCWD, from, AT_FDCWD, to, 0) == 0) {
-        if (::unlink(from) == 0) return {};
+        // Gone by itself, or by a request to a server whose answer was lost: the second name is all
+        // that there is now.
+        if (::unlink(from) == 0 || errno == ENOENT) return {};
         const auto error = lastError();
         ::unlink(to);
         return error;

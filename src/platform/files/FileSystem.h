@@ -21,7 +21,8 @@ public:
         std::uint64_t device = 0;
         std::uint64_t inode = 0;
         std::uint32_t owner = 0;
-        std::uint32_t mode = 0; ///< permissions and sticky bit
+        std::uint32_t mode = 0;  ///< permissions and sticky bit
+        std::uint64_t names = 1; ///< that the file has (hard links)
 
         [[nodiscard]] bool isSameFile(const Entry& other) const {
             return device == other.device && inode == other.inode;
@@ -35,8 +36,11 @@ public:
     /// Opens what is a regular file, links followed; `entry` is what was opened.
     [[nodiscard]] virtual std::error_code
     openSource(const QByteArray& path, int& file, Entry& entry) = 0;
-    /// Makes a file that nobody else has, for writing; `file_exists` where the name is taken.
+    /// Makes a file that nobody else has, for writing, which only the user can read; `file_exists`
+    /// where the name is taken.
     [[nodiscard]] virtual std::error_code create(const QByteArray& path, int& file) = 0;
+    /// Gives such a file the permissions of any program's new one, as far as its disk has some.
+    virtual void permitAsOrdinary(int file) = 0;
     /// Copies what comes next, at most some megabytes, or all at once where both files can share
     /// their blocks; 0 at the end.
     [[nodiscard]] virtual std::error_code copySome(int from, int to, std::int64_t& copied) = 0;
@@ -73,6 +77,7 @@ public:
     [[nodiscard]] std::error_code
     openSource(const QByteArray& path, int& file, Entry& entry) override;
     [[nodiscard]] std::error_code create(const QByteArray& path, int& file) override;
+    void permitAsOrdinary(int file) override;
     [[nodiscard]] std::error_code copySome(int from, int to, std::int64_t& copied) override;
     [[nodiscard]] std::error_code copyAttributes(int from, int to) override;
     [[nodiscard]] std::error_code write(int file, const QByteArray& bytes) override;

@@ -181,10 +181,10 @@ void FileCommands::copy(bool cut) {
             return importer ? importer->createImageWithMaxSize(0, 0) : QImage();
         });
     platform::setFilesOfMimeData(*data, {.paths = paths, .isCut = cut});
-    if (paths.size() == 1 && !cut) {
-        const auto item = _environment.chosen.all().front();
-        data->setPhotograph(QFile::decodeName(paths.front()), item->rotateAngle());
-    }
+    // Of several, one of which can be got at, it may be another one.
+    const PBImageFileList chosen = _environment.chosen.all();
+    if (chosen.size() == 1 && !cut)
+        data->setPhotograph(QFile::decodeName(paths.front()), chosen.front()->rotateAngle());
     QGuiApplication::clipboard()->setMimeData(data.release());
 }
 
@@ -202,8 +202,7 @@ std::vector<QByteArray> FileCommands::photographsOf(const QMimeData& data) const
 void FileCommands::doPaste() {
     platform::assertMainThread();
     const QString folder = _environment.selectedFolder();
-    QClipboard& pasteboard = *QGuiApplication::clipboard();
-    const QMimeData* data = pasteboard.mimeData();
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
     if (folder.isEmpty() || !data) return;
     const bool isCut = platform::filesOfMimeData(*data).isCut;
     TransferPlan plan = fileactions::planTransfer(
@@ -219,10 +218,21 @@ void FileCommands::doPaste() {
         }
     }
     runTransfer(
-        plan, isCut ? Name{u"UndoMoveFile", u"UndoMoveFiles"}
-                    : Name{u"UndoPasteFile", u"UndoPasteFiles"});
-    // What was cut is somewhere else from now on.
-    if (isCut && !plan.isEmpty()) pasteboard.clear();
+        plan,
+        isCut ? Name{u"UndoMoveFile", u"UndoMoveFiles"} : Name{u"UndoPasteFile", u"UndoPasteFiles"},
+        isCut);
+}
+
+/// What was cut is somewhere else from now on; what is still there can be pasted once more.
+void FileCommands::forgetCut(const FileOutcome& outcome) {
+    QClipboard& pasteboard = *QGuiApplication::clipboard();
+    const QMimeData* data = pasteboard.mimeData();
+    if (!data || outcome.gone.empty()) return;
+    const platform::PasteboardFiles files = platform::filesOfMimeData(*data);
+    if (!files.isCut) return;
+    const QSet<QByteArray> gone(outcome.gone.begin(), outcome.gone.end());
+    const auto isGone = [&gone](const QByteArray& path) { return gone.contains(path); };
+    if (std::ranges::all_of(files.paths, isGone)) pasteboard.clear();
 }
 
 void FileCommands::transferInto(
@@ -234,7 +244,7 @@ void FileCommands::transferInto(
         move ? Name{u"UndoMoveFile", u"UndoMoveFiles"} : Name{u"UndoCopyFile", u"UndoCopyFiles"});
 }
 
-void FileCommands::runTransfer(const TransferPlan& plan, const Name& name) {
+void FileCommands::runTransfer(const TransferPlan& plan, const Name& name, bool isOfCut) {
     platform::assertMainThread();
     if (plan.isEmpty()) return;
     const bool isMove = plan.kind == TransferPlan::Kind::Move;
@@ -242,26 +252,30 @@ void FileCommands::runTransfer(const TransferPlan& plan, const Name& name) {
         {.counterKey = isMove ? counterOfMove : counterOfCopy,
          .deed = isMove ? Deed::Move : Deed::Copy,
          .work = [plan](const fileactions::FileEditor& editor) { return editor.transfer(plan); },
-         .finished = [this, name](const FileOutcome& outcome) { finished(outcome, name); }});
+         .finished = [this, name, isOfCut](const FileOutcome& outcome) {
+             if (isOfCut) forgetCut(outcome);
+             finished(outcome, name);
+         }});
 }
 
 void FileCommands::deleteClicked() {
-    runRemoval(false);
+    runRemoval(planOf(TransferPlan::Kind::Move, {}), false);
 }
 
 void FileCommands::deleteForGood() {
     platform::assertMainThread();
-    const std::vector<QByteArray> paths = chosenPaths();
-    if (paths.empty()) return;
+    const TransferPlan chosen = planOf(TransferPlan::Kind::Move, {});
+    if (chosen.isEmpty()) return;
+    // What is chosen may be something else by the time of the answer.
     _environment.questions.askDeleteForGood(
-        std::ssize(paths), paths.front(), false, [this](bool isDeleted) {
-            if (isDeleted) runRemoval(true);
+        chosen.fileCount(), chosen.steps.front().file.source, false,
+        [this, chosen](bool isDeleted) {
+            if (isDeleted) runRemoval(chosen, true);
         });
 }
 
-void FileCommands::runRemoval(bool forGood) {
+void FileCommands::runRemoval(const TransferPlan& chosen, bool forGood) {
     platform::assertMainThread();
-    const TransferPlan chosen = planOf(TransferPlan::Kind::Move, {});
     if (chosen.isEmpty()) return;
     std::vector<QByteArray> paths;
     QHash<QByteArray, qint64> fileIds;
@@ -303,7 +317,7 @@ void FileCommands::showChanges(const FileOutcome& outcome) {
 
 void FileCommands::perform(
     const fileactions::FileEdit& edit,
-    std::function<void(const fileactions::FileEdit& inverse)> done) {
+    std::function<void(const FileOutcome& outcome)> done) {
     _environment.tasks.start(
         {.counterKey = QStringLiteral("ItemCountInfoWithUndo"),
          .deed = Deed::Restore,
@@ -311,6 +325,6 @@ void FileCommands::perform(
          .finished =
              [this, done = std::move(done)](const FileOutcome& outcome) {
                  showChanges(outcome);
-                 done(outcome.inverse);
+                 done(outcome);
              }});
 }

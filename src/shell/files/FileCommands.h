@@ -67,10 +67,10 @@ public:
     void took(const fileactions::FileOutcome& outcome, QStringView one, QStringView many) {
         finished(outcome, {one, many});
     }
-    /// Takes something back or does it once more; `done` is handed what takes that back in turn.
+    /// Takes something back or does it once more.
     void perform(
         const fileactions::FileEdit& edit,
-        std::function<void(const fileactions::FileEdit& inverse)> done);
+        std::function<void(const fileactions::FileOutcome& outcome)> done);
 
 Q_SIGNALS:
     /// A command has changed files, and this takes it back; `text` names it, as "Move of 2
@@ -82,8 +82,10 @@ private:
         QStringView one; ///< keys of the texts
         QStringView many;
     };
-    void runTransfer(const fileactions::TransferPlan& plan, const Name& name);
-    void runRemoval(bool forGood);
+    void
+    runTransfer(const fileactions::TransferPlan& plan, const Name& name, bool isOfCut = false);
+    static void forgetCut(const fileactions::FileOutcome& outcome);
+    void runRemoval(const fileactions::TransferPlan& chosen, bool forGood);
     [[nodiscard]] fileactions::TransferPlan
     planOf(fileactions::TransferPlan::Kind kind, const QString& folder) const;
     [[nodiscard]] fileactions::TransferPlan groupPlan(bool move, const QString& folder) const;

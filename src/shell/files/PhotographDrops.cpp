@@ -19,8 +19,8 @@ PhotographDrops::PhotographDrops(QWidget& widget, Environment environment)
 Qt::DropAction PhotographDrops::actionOf(const QDropEvent& event, const QByteArray& folder) const {
     const Qt::KeyboardModifiers modifiers = event.modifiers();
     bool isMove =
-        event.source() != nullptr && std::ranges::all_of(_photographs, [&](const QByteArray& path) {
-            return _environment.areOnOneDisk(platform::folderOfPath(path), folder);
+        event.source() != nullptr && std::ranges::all_of(_folders, [&](const QByteArray& from) {
+            return _environment.areOnOneDisk(from, folder);
         });
     if (modifiers.testFlag(Qt::ShiftModifier)) isMove = true;
     if (modifiers.testFlag(Qt::ControlModifier)) isMove = false;
@@ -36,9 +36,8 @@ QString PhotographDrops::targetOf(QDropEvent& event, Qt::DropAction& action) con
     if (folder.isEmpty()) return {};
     const QByteArray path = QFile::encodeName(folder);
     action = actionOf(event, path);
-    const bool isThere = std::ranges::all_of(_photographs, [&path](const QByteArray& photograph) {
-        return platform::folderOfPath(photograph) == path;
-    });
+    const bool isThere = std::ranges::all_of(
+        _folders, [&path](const QByteArray& from) { return from == path; });
     const bool doesNothing = action == Qt::IgnoreAction || (isThere && action == Qt::MoveAction);
     return doesNothing ? QString() : folder;
 }
@@ -62,6 +61,9 @@ bool PhotographDrops::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::DragEnter: {
         auto& drag = static_cast<QDragEnterEvent&>(*event);
         _photographs = _environment.photographsOf(*drag.mimeData());
+        _folders.clear();
+        for (const QByteArray& photograph : _photographs)
+            _folders.insert(platform::folderOfPath(photograph));
         if (_photographs.empty()) return false;
         over(drag);
         // Who refuses here is never asked again, whatever row the drag comes to.
@@ -94,5 +96,6 @@ bool PhotographDrops::eventFilter(QObject* watched, QEvent* event) {
 
 void PhotographDrops::end() {
     _photographs.clear();
+    _folders.clear();
     _environment.mark(std::nullopt);
 }

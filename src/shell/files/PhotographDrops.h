@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <vector>
 
 class QDropEvent;
@@ -46,4 +47,5 @@ private:
 
     const Environment _environment;
     std::vector<QByteArray> _photographs; ///< of the drag that is over the widget
+    std::set<QByteArray> _folders;        ///< theirs: few, of thousands of photographs
 };

@@ -105,10 +105,14 @@ WindowFiles::WindowFiles(const Parts& parts)
 }
 
 fileactions::OtherWay WindowFiles::wayOf(const fileactions::FileEdit& edit) {
-    return {[this, edit](std::function<void(fileactions::OtherWay back)> done) {
+    return {[this, edit](fileactions::OtherWay::Ended done) {
         _commands.perform(
-            edit, [this, done = std::move(done)](const fileactions::FileEdit& inverse) {
-                done(wayOf(inverse));
+            edit, [this, done = std::move(done)](const fileactions::FileOutcome& outcome) {
+                using End = fileactions::OtherWay::End;
+                const End end = !outcome.inverse.isEmpty() ? End::Done
+                                : outcome.isStillToDo      ? End::StillToDo
+                                                           : End::Void;
+                done(end, wayOf(outcome.inverse));
             });
     }};
 }
