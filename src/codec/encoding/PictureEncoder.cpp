@@ -72,16 +72,17 @@ QByteArray written(const QImage& image, const char* format, int quality) {
 
 /// Puts in as much as goes into the file. Colours without their profile would be wrong: then there
 /// is no file.
-void embed(EncodedPicture& picture, const MetadataBlocks& metadata, const QByteArray& profile) {
-    if (metadata.isEmpty() && profile.isEmpty()) return;
-    if (embedMetadata(picture.bytes, metadata, profile)) return;
+void putIn(
+    EncodedPicture& picture, const MetadataBlocks& metadata, const QByteArray& profile,
+    const Embed& embed) {
+    if (picture.bytes.isEmpty() || (metadata.isEmpty() && profile.isEmpty())) return;
+    if (embed(picture.bytes, metadata, profile)) return;
     picture.isMetadataWritten = metadata.isEmpty();
     // Packets may be larger than the file has room for.
     MetadataBlocks fewer = metadata;
     fewer.xmp.clear();
-    if (!fewer.isEmpty() && !metadata.xmp.isEmpty() && embedMetadata(picture.bytes, fewer, profile))
-        return;
-    if (!profile.isEmpty() && !embedMetadata(picture.bytes, {}, profile)) picture.bytes.clear();
+    if (!fewer.isEmpty() && !metadata.xmp.isEmpty() && embed(picture.bytes, fewer, profile)) return;
+    if (!profile.isEmpty() && !embed(picture.bytes, {}, profile)) picture.bytes.clear();
 }
 
 } // namespace
@@ -120,7 +121,7 @@ bool hasIptc(const QString& type) {
 
 EncodedPicture encodePicture(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
-    const EncodeSettings& settings) {
+    const EncodeSettings& settings, const Embed& embed) {
     const Type* type = typeOf(settings.type);
     if (!type || image.isNull()) return {};
     const QImage pixels = fitted(image, *type);
@@ -131,21 +132,21 @@ EncodedPicture encodePicture(
     switch (type->format) {
     case Format::Jpeg:
         result.bytes = written(pixels, "jpeg", static_cast<int>(std::lround(quality * 100)));
-        if (!result.bytes.isEmpty()) embed(result, metadata, profile);
+        putIn(result, metadata, profile, embed);
         break;
     case Format::Png:
         result.bytes = written(pixels, "png", -1);
-        if (!result.bytes.isEmpty()) embed(result, metadata, {});
+        putIn(result, metadata, {}, embed);
         // The metadata library's profiles in these files are not understood by others.
         if (!profile.isEmpty()) result.bytes = encoders::pngWithProfile(result.bytes, profile);
         break;
     case Format::Tiff:
         result.bytes = encoders::tiff(pixels, profile, settings);
-        if (!result.bytes.isEmpty()) embed(result, metadata, {});
+        putIn(result, metadata, {}, embed);
         break;
     case Format::Jpeg2000:
         result.bytes = encoders::jpeg2000(pixels, quality, settings.threads);
-        if (!result.bytes.isEmpty()) embed(result, metadata, profile);
+        putIn(result, metadata, profile, embed);
         break;
     case Format::WebP:
         result.bytes = encoders::webp(pixels, profile, metadata, quality);

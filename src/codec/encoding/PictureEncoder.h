@@ -1,11 +1,13 @@
 #pragma once
 
-#include "codec/encoding/CarriedMetadata.h"
+#include "codec/metadata/MetadataBlocks.h"
 
 #include <QByteArray>
 #include <QImage>
 #include <QString>
 #include <QStringList>
+
+#include <functional>
 
 namespace codec {
 
@@ -34,13 +36,17 @@ struct EncodedPicture {
     bool isMetadataWritten = true; ///< false: not all of it is in the file
 };
 
+/// Puts metadata and a profile into an encoded file; false leaves it as it was. Of types whose
+/// encoders don't: see `FrameReader::embedMetadata`.
+using Embed = std::function<bool(
+    QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile)>;
+
 /// The file of a picture. The image is one of the formats that decoders answer with. Of 16 bits a
 /// channel PNG, TIFF, JPEG 2000 and JPEG XL keep all, AVIF and HEIC ten, which is what their
 /// readers know, the others eight. Types without transparency get a white ground. `profile`: ICC
-/// bytes of the image's colours, embedded; empty for sRGB, which is not. Any thread; the metadata
-/// of several pictures wait for each other.
+/// bytes of the image's colours, embedded; empty for sRGB, which is not. Any thread.
 [[nodiscard]] EncodedPicture encodePicture(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
-    const EncodeSettings& settings);
+    const EncodeSettings& settings, const Embed& embed);
 
 } // namespace codec

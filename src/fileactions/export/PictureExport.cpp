@@ -3,6 +3,7 @@
 #include "codec/Bitmaps.h"
 #include "codec/PBImageImporterManager.h"
 #include "codec/encoding/PictureEncoder.h"
+#include "codec/process/FrameReader.h"
 
 #include <QColorSpace>
 
@@ -87,23 +88,29 @@ PictureExport::make(const QString& path, double angle, const std::stop_token& st
     codec::MetadataBlocks metadata;
     bool isMetadataRead = true;
     if (_settings.hasMetadata && codec::hasMetadata(_settings.type)) {
-        const codec::ReadMetadata stored = importer->readMetadata(stop);
+        codec::ReadMetadata stored = importer->readMetadata(
+            {.size = image.size(),
+             .isSrgb = read.frame.profile.isEmpty(),
+             .hasIptc = codec::hasIptc(_settings.type),
+             .hasLocation = _settings.hasLocation},
+            stop);
         if (stop.stop_requested()) return failed(std::errc::operation_canceled);
         if (stored.status == codec::PropertiesStatus::NotNow)
             return failed(std::errc::resource_unavailable_try_again);
         isMetadataRead = stored.status == codec::PropertiesStatus::Read;
-        metadata = codec::carriedMetadata(
-            stored.blocks, {.size = image.size(),
-                            .isSrgb = read.frame.profile.isEmpty(),
-                            .hasIptc = codec::hasIptc(_settings.type),
-                            .hasLocation = _settings.hasLocation});
+        metadata = std::move(stored.blocks);
     }
+    const auto embed =
+        [&stop](QByteArray& file, const codec::MetadataBlocks& blocks, const QByteArray& profile) {
+            return codec::frameReader()->embedMetadata(file, blocks, profile, stop);
+        };
     codec::EncodedPicture encoded = codec::encodePicture(
         image, profileOf(read.frame, properties), metadata,
         {.type = _settings.type,
          .quality = _settings.quality,
          .tiffCompression = _settings.tiffCompression,
-         .threads = _threads});
+         .threads = _threads},
+        embed);
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
     if (encoded.bytes.isEmpty()) return failed(std::errc::not_supported);
     return {

@@ -1,9 +1,9 @@
-#include "codec/encoding/CarriedMetadata.h"
+#include "codec/metadata/CarriedMetadata.h"
 
 #include "codec/metadata/MetadataReader.h"
+#include "codec/metadata/TextDecoding.h"
 
 #include <exiv2/exiv2.hpp>
-#include <exiv2/webpimage.hpp>
 
 #include <algorithm>
 #include <cstdint>
@@ -99,10 +99,27 @@ QByteArray carriedIptc(Exiv2::IptcData& iptc, const NewPicture& picture) {
     return {reinterpret_cast<const char*>(buffer.pData_), static_cast<qsizetype>(buffer.size_)};
 }
 
+/// All texts in one character set: the library's own conversion needs files that a confined process
+/// may not open.
+Exiv2::IptcData inUtf8(const Exiv2::IptcData& iptc) {
+    Exiv2::IptcData decoded;
+    for (const Exiv2::Iptcdatum& datum : iptc) {
+        if (const auto* text = dynamic_cast<const Exiv2::StringValueBase*>(&datum.value())) {
+            const QByteArrayView bytes(
+                text->value_.data(), static_cast<qsizetype>(text->value_.size()));
+            Exiv2::StringValue value(decodeText(bytes).toStdString());
+            decoded.add(Exiv2::IptcKey(datum.tag(), datum.record()), &value);
+        } else {
+            decoded.add(datum);
+        }
+    }
+    return decoded;
+}
+
 /// What IPTC says and XMP does not.
 void addTo(Exiv2::XmpData& xmp, const Exiv2::IptcData& iptc) {
     Exiv2::XmpData told;
-    Exiv2::copyIptcToXmp(iptc, told);
+    Exiv2::copyIptcToXmp(inUtf8(iptc), told, "UTF-8");
     for (const Exiv2::Xmpdatum& datum : told)
         if (xmp.findKey(Exiv2::XmpKey(datum.key())) == xmp.end()) xmp.add(datum);
 }
@@ -134,8 +151,6 @@ Exiv2::Image::AutoPtr openFile(const QByteArray& file) {
         return Exiv2::newPngInstance(io, false);
     case Container::Tiff:
         return Exiv2::newTiffInstance(io, false);
-    case Container::WebP:
-        return Exiv2::newWebPInstance(io, false);
     case Container::Jpeg2000:
         return Exiv2::newJp2Instance(io, false);
     default:
@@ -201,6 +216,11 @@ MetadataBlocks carriedMetadata(const MetadataBlocks& blocks, const NewPicture& p
         if (!picture.hasIptc) addTo(xmp, iptc);
         carried.xmp = carriedXmp(xmp, picture);
     });
+    for (QByteArray* block : {&carried.exif, &carried.iptc, &carried.xmp}) {
+        if (block->size() <= largestMetadataBlock) continue;
+        block->clear();
+        carried.isComplete = false;
+    }
     return carried;
 }
 
@@ -216,7 +236,8 @@ bool embedMetadata(QByteArray& file, const MetadataBlocks& metadata, const QByte
             Exiv2::DataBuf bytes(
                 reinterpret_cast<const Exiv2::byte*>(profile.constData()),
                 static_cast<long>(profile.size()));
-            image->setIccProfile(bytes);
+            // Its own test takes none that says another length than it has.
+            image->setIccProfile(bytes, false);
         }
         image->writeMetadata();
         Exiv2::BasicIo& io = image->io();
