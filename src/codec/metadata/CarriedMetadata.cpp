@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <iterator>
 #include <span>
+#include <stdexcept>
 #include <string>
 
 namespace codec {
@@ -137,8 +138,26 @@ QByteArray carriedXmp(Exiv2::XmpData& xmp, const NewPicture& picture) {
     replace("Xmp.exif.PixelYDimension", picture.size.height());
     replace("Xmp.exif.ColorSpace", picture.isSrgb ? 1 : 0xffff);
     std::string packet;
-    if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0) return {};
+    if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
+        throw std::runtime_error("packet");
     return QByteArray::fromStdString(packet);
+}
+
+/// Of a packet, if there is one; throws where it is damaged.
+Exiv2::XmpData xmpOf(const QByteArray& packet) {
+    Exiv2::XmpData xmp;
+    if (!packet.isEmpty() && Exiv2::XmpParser::decode(xmp, packet.toStdString()) != 0)
+        throw std::runtime_error("packet");
+    return xmp;
+}
+
+/// The same of data sets.
+Exiv2::IptcData iptcOf(const QByteArray& block) {
+    Exiv2::IptcData iptc;
+    if (!block.isEmpty() &&
+        Exiv2::IptcParser::decode(iptc, bytesOfBlock(block), sizeOfBlock(block)) != 0)
+        throw std::runtime_error("data sets");
+    return iptc;
 }
 
 Exiv2::Image::AutoPtr openFile(const QByteArray& file) {
@@ -162,25 +181,14 @@ void fill(Exiv2::Image& image, const MetadataBlocks& metadata) {
     if (!metadata.exif.isEmpty()) {
         Exiv2::ExifData exif;
         const Exiv2::ByteOrder order = Exiv2::ExifParser::decode(
-            exif, reinterpret_cast<const Exiv2::byte*>(metadata.exif.constData()),
-            static_cast<std::uint32_t>(metadata.exif.size()));
+            exif, bytesOfBlock(metadata.exif), sizeOfBlock(metadata.exif));
         // A TIFF file has tags of its own, which say where its pixels are.
         for (const Exiv2::Exifdatum& datum : exif)
             image.exifData()[datum.key()].setValue(&datum.value());
         if (image.byteOrder() == Exiv2::invalidByteOrder) image.setByteOrder(order);
     }
-    if (!metadata.iptc.isEmpty()) {
-        Exiv2::IptcData iptc;
-        if (Exiv2::IptcParser::decode(
-                iptc, reinterpret_cast<const Exiv2::byte*>(metadata.iptc.constData()),
-                static_cast<std::uint32_t>(metadata.iptc.size())) == 0) {
-            image.setIptcData(iptc);
-        }
-    }
-    if (!metadata.xmp.isEmpty()) {
-        Exiv2::XmpData xmp;
-        if (Exiv2::XmpParser::decode(xmp, metadata.xmp.toStdString()) == 0) image.setXmpData(xmp);
-    }
+    if (!metadata.iptc.isEmpty()) image.setIptcData(iptcOf(metadata.iptc));
+    if (!metadata.xmp.isEmpty()) image.setXmpData(xmpOf(metadata.xmp));
 }
 
 } // namespace
@@ -199,20 +207,16 @@ MetadataBlocks carriedMetadata(const MetadataBlocks& blocks, const NewPicture& p
         }
     };
     Exiv2::IptcData iptc;
-    Exiv2::XmpData xmp;
     carry([&] {
         if (!blocks.exif.isEmpty()) carried.exif = carriedExif(blocks.exif, picture);
     });
     carry([&] {
-        const QByteArray& block = blocks.iptc;
-        const bool isThere =
-            !block.isEmpty() &&
-            Exiv2::IptcParser::decode(iptc, bytesOfBlock(block), sizeOfBlock(block)) == 0;
-        if (isThere && picture.hasIptc) carried.iptc = carriedIptc(iptc, picture);
+        iptc = iptcOf(blocks.iptc);
+        if (picture.hasIptc) carried.iptc = carriedIptc(iptc, picture);
     });
+    Exiv2::XmpData xmp;
+    carry([&] { xmp = xmpOf(blocks.xmp); });
     carry([&] {
-        if (!blocks.xmp.isEmpty() && Exiv2::XmpParser::decode(xmp, blocks.xmp.toStdString()) != 0)
-            xmp.clear();
         if (!picture.hasIptc) addTo(xmp, iptc);
         carried.xmp = carriedXmp(xmp, picture);
     });

@@ -118,9 +118,9 @@ QByteArray xmpBlock(Exiv2::XmpData& xmp, bool& isComplete) {
         datum = isPicture || isHuge ? xmp.erase(datum) : std::next(datum);
     }
     std::string packet;
-    if (xmp.empty() ||
+    if (!xmp.empty() &&
         Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
-        return {};
+        isComplete = false;
     return QByteArray::fromStdString(packet);
 }
 

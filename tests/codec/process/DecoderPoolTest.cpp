@@ -262,6 +262,9 @@ TEST_F(DecoderPoolTest, metadataComeInBlocksThatHaveABoundAndGoIntoOtherFiles) {
     QByteArray nonsense = "nonsense";
     EXPECT_FALSE(pool.embedMetadata(nonsense, carried.blocks, {}, {}));
     EXPECT_EQ(nonsense, "nonsense");
+    codec::MetadataBlocks damaged;
+    damaged.xmp = "<x";
+    EXPECT_FALSE(pool.embedMetadata(made, damaged, {}, {})) << "not told that there is no XMP";
 
     EXPECT_TRUE(pool.metadataBlocks(orders("nonsense").get(), {}, {}).blocks.isEmpty());
     EXPECT_EQ(pool.metadataBlocks(orders("").get(), {}, {}).status, PropertiesStatus::Unreadable);
