@@ -24,23 +24,37 @@ Bytes bytesOf(const QByteArray& file) {
 }
 
 bool containsAny(const std::string& text, std::initializer_list<const char*> words) {
-    const QString low = QString::fromStdString(text).toLower();
     return std::ranges::any_of(
-        words, [&low](const char* word) { return low.contains(QLatin1String(word)); });
+        words, [&text](const char* word) { return text.find(word) != std::string::npos; });
 }
 
+std::string inSmallLetters(const std::string& text) {
+    return QString::fromStdString(text).toLower().toStdString();
+}
+
+/// Cameras that know where they are say so in notes of their own, too.
 bool isPlace(const Exiv2::Exifdatum& datum) {
-    return datum.groupName() == "GPSInfo" || datum.key() == "Exif.Image.GPSTag";
+    const std::string group = datum.groupName();
+    if (group == "GPSInfo" || datum.key() == "Exif.Image.GPSTag") return true;
+    const std::string tag = datum.tagName();
+    return Exiv2::ExifTags::isMakerGroup(group) &&
+           (tag == "State" ||
+            containsAny(
+                tag, {"GPS", "Latitude", "Longitude", "City", "Country", "Landmark", "Location"}));
 }
 
 /// Names of places as much as their coordinates.
 bool isPlace(const Exiv2::Xmpdatum& datum) {
     const std::string group = datum.groupName();
+    constexpr const char* groups[] = {"photoshop", "mediapro", "expressionmedia", "xmpDM", "dwc"};
+    const bool isKnown =
+        std::ranges::any_of(groups, [&group](const char* each) { return group == each; });
     // Where the photographer can be reached is another matter.
-    const bool isNamed = (group == "photoshop" || group.starts_with("iptc")) &&
+    const bool isNamed = (isKnown || group.starts_with("iptc")) &&
                          !datum.tagName().starts_with("CreatorContactInfo");
-    return containsAny(datum.key(), {"gps", "latitude", "longitude"}) ||
-           (isNamed && containsAny(datum.tagName(), {"city", "state", "country", "location"}));
+    return containsAny(inSmallLetters(datum.key()), {"gps", "latitude", "longitude"}) ||
+           (isNamed &&
+            containsAny(inSmallLetters(datum.tagName()), {"city", "state", "country", "location"}));
 }
 
 /// Record and data set of IPTC's Information Interchange Model, version 4.
