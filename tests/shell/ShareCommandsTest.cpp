@@ -173,7 +173,19 @@ TEST_F(ShareCommandsTest, menusShowWhatTakesThePhotographsAsSoonAsThatIsKnown) {
     EXPECT_EQ(entries(other), u"(No program opens all of these photographs.)");
     items.clear();
     shares.menuNeedsUpdate(other);
+    asked.back()(late); // for those before
     EXPECT_EQ(entries(other), u"(No Photo Selected)");
+}
+
+TEST_F(ShareCommandsTest, whoAsksForProgramsWhileAnotherWaitsIsToldToo) {
+    ShareServices services;
+    int told = 0;
+    const auto ask = [&] { services.find({u"image/none"_s}, [&told](const auto&) { ++told; }); };
+    ask();
+    ask();
+    EXPECT_TRUE(support::spinUntil([&] { return told == 2; }));
+    ask();
+    EXPECT_EQ(told, 3) << "at once";
 }
 
 TEST_F(ShareCommandsTest, whatIsTurnedIsHandedOverUprightAndStaysOnlyIfSomebodyTookIt) {
