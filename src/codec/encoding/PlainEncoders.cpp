@@ -1,4 +1,5 @@
 #include "codec/encoding/Encoders.h"
+#include "codec/encoding/WrittenFile.h"
 
 #include <QtEndian>
 #include <openjpeg.h>
@@ -16,25 +17,19 @@ namespace codec::encoders {
 
 namespace {
 
-/// What the library writes, which seeks back to fill in lengths.
-struct Written {
-    QByteArray bytes;
-    qsizetype position = 0;
-
+/// As the library wants a file.
+struct Written : WrittenFile {
+    static Written& of(void* self) { return *static_cast<Written*>(self); }
     static OPJ_SIZE_T write(void* source, OPJ_SIZE_T length, void* self) {
-        auto& written = *static_cast<Written*>(self);
-        const qsizetype end = written.position + static_cast<qsizetype>(length);
-        if (end > written.bytes.size()) written.bytes.resize(end);
-        std::memcpy(written.bytes.data() + written.position, source, length);
-        written.position = end;
-        return length;
+        const bool isGood = of(self).WrittenFile::write(source, static_cast<qsizetype>(length));
+        return isGood ? length : static_cast<OPJ_SIZE_T>(-1);
     }
     static OPJ_OFF_T skip(OPJ_OFF_T length, void* self) {
-        static_cast<Written*>(self)->position += length;
+        of(self).position += length;
         return length;
     }
     static OPJ_BOOL seek(OPJ_OFF_T position, void* self) {
-        static_cast<Written*>(self)->position = position;
+        of(self).position = position;
         return OPJ_TRUE;
     }
 };

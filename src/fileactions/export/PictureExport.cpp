@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <utility>
 
 namespace fileactions {
@@ -45,7 +46,9 @@ QImage withoutEmptyBits(QImage image, const PBDictionary& properties) {
 /// Of decoders that could not make a smaller one.
 QImage withinSize(QImage image, int maxSize) {
     if (maxSize <= 0 || std::max(image.width(), image.height()) <= maxSize) return image;
-    return image.scaled(maxSize, maxSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    const QSize size = image.size().scaled(maxSize, maxSize, Qt::KeepAspectRatio);
+    return image.scaled(
+        size.expandedTo(QSize(1, 1)), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 /// A photograph that says that it is in sRGB says so when it is exported, too.
@@ -59,6 +62,15 @@ QByteArray profileOf(const codec::Frame& frame, const PBDictionary& properties) 
 
 ExportedPicture
 PictureExport::make(const QString& path, double angle, const std::stop_token& stop) {
+    try {
+        return tryToMake(path, angle, stop);
+    } catch (const std::exception&) {
+        return failed(std::errc::resource_unavailable_try_again);
+    }
+}
+
+ExportedPicture
+PictureExport::tryToMake(const QString& path, double angle, const std::stop_token& stop) {
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
     const auto importer = _importers.imageImporterForImageURL(path);
     if (!importer) return failed(std::errc::bad_message);

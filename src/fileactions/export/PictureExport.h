@@ -42,11 +42,15 @@ public:
     PictureExport(PBImageImporterManager& importers, ExportSettings settings, int threads = 1)
         : _importers(importers), _settings(std::move(settings)), _threads(threads) {}
 
-    /// `angle`: in degrees, counter-clockwise. Blocks.
+    /// `angle`: in degrees, counter-clockwise. Blocks; never throws: what there is no memory for is
+    /// not to be had now.
     [[nodiscard]] ExportedPicture
     make(const QString& path, double angle, const std::stop_token& stop);
 
 private:
+    [[nodiscard]] ExportedPicture
+    tryToMake(const QString& path, double angle, const std::stop_token& stop);
+
     PBImageImporterManager& _importers;
     const ExportSettings _settings;
     const int _threads;
