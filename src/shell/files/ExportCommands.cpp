@@ -83,10 +83,11 @@ void ExportDialogs::askFile(
         [this, type = settings.type, chosen = std::move(chosen)](const QString& path) {
             if (path.isEmpty()) return;
             _lastFolder = QFileInfo(path).path();
-            // Under the name that gets its extension here nobody has asked for anything.
+            // Under the name that gets its extension here nobody has asked for anything, nor for
+            // a file that comes to be only now.
             const bool isOfType = Types::equal(Types::forExtension(QFileInfo(path).suffix()), type);
             const QString extension = u'.' + Types::preferredExtension(type);
-            chosen(isOfType ? path : path + extension, isOfType);
+            chosen(isOfType ? path : path + extension, isOfType && QFileInfo::exists(path));
         });
     dialog->open();
 }
