@@ -131,6 +131,18 @@ PictureExport::tryToMake(const QString& path, double angle, const std::stop_toke
         .isMetadataMissing = !isMetadataRead || !encoded.isMetadataWritten};
 }
 
+bool isReadable(
+    PBImageImporterManager& importers, const QString& path, const std::stop_token& stop) {
+    const auto importer = importers.imageImporterForImageURL(path);
+    if (!importer) return false;
+    codec::DecodeRequest request;
+    request.maxSize = 256;
+    request.urgency = codec::Urgency::Next;
+    const codec::ReadResult read = importer->readImage(request, stop);
+    return read.status == codec::ReadStatus::NotNow ||
+           (!read.frame.image.isNull() && read.frame.isComplete);
+}
+
 ExportedPicture exportPicture(
     PBImageImporterManager& importers, const QString& path, double angle,
     const ExportSettings& settings, const std::stop_token& stop) {

@@ -57,6 +57,11 @@ private:
     codec::process::MemoryBudget _memory;
 };
 
+/// Whether a photograph can be read at all, by a small version of it; true where that can't be told
+/// now. Blocks; any thread.
+[[nodiscard]] bool
+isReadable(PBImageImporterManager& importers, const QString& path, const std::stop_token& stop);
+
 /// A single photograph; see `PictureExport`.
 [[nodiscard]] ExportedPicture exportPicture(
     PBImageImporterManager& importers, const QString& path, double angle,
