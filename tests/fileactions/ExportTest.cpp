@@ -153,6 +153,23 @@ TEST_F(ExportTest, coloursKeepTheirProfileAndDeepOnesTheirBits) {
     }
 }
 
+TEST_F(ExportTest, thinPicturesStayOneAndTheirResolutionGoesAlongWithTheMetadata) {
+    QImage line(3000, 1, QImage::Format_RGB32);
+    line.fill(Qt::red);
+    line.setDotsPerMeterX(11811);
+    line.setDotsPerMeterY(11811);
+    put("line.png", pictures::saved(line, "PNG"));
+    for (const QString& type : {u"public.jpeg"_s, u"public.tiff"_s, u"public.png"_s}) {
+        ExportSettings settings{.type = type, .maxSize = 50};
+        const auto kept = exported("line.png", settings).content;
+        EXPECT_EQ(seen(kept, type).size(), QSize(50, 1));
+        EXPECT_EQ(entry(pictures::propertiesOf(kept, type), u".DPIWidth"_s), u"300"_s);
+        settings.hasMetadata = false;
+        const auto bare = exported("line.png", settings).content;
+        EXPECT_EQ(entry(pictures::propertiesOf(bare, type), u".DPIWidth"_s), u"72"_s);
+    }
+}
+
 TEST_F(ExportTest, howTheSourceWasStoredIsNotToldOfTheExport) {
     putPhotograph("a.jpg");
     put("lzw.tif", exported("a.jpg", {.type = u"public.tiff"_s, .tiffCompression = 5}).content);

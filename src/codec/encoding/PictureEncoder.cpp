@@ -46,6 +46,8 @@ QImage opaque(const QImage& image) {
     QImage ground(image.size(), image.depth() == 64 ? QImage::Format_RGBX64 : QImage::Format_RGB32);
     if (ground.isNull()) return {};
     ground.fill(Qt::white);
+    ground.setDotsPerMeterX(image.dotsPerMeterX());
+    ground.setDotsPerMeterY(image.dotsPerMeterY());
     QPainter(&ground).drawImage(0, 0, image);
     return ground;
 }

@@ -44,7 +44,8 @@ using Embed = std::function<bool(
 /// The file of a picture. The image is one of the formats that decoders answer with. Of 16 bits a
 /// channel PNG, TIFF, JPEG 2000 and JPEG XL keep all, AVIF and HEIC ten, which is what their
 /// readers know, the others eight. Types without transparency get a white ground. `profile`: ICC
-/// bytes of the image's colours, embedded; empty for sRGB, which is not. Any thread.
+/// bytes of the image's colours, embedded; empty for sRGB, which is not. JPEG, PNG and TIFF files
+/// say how many of its pixels go to a meter. Any thread.
 [[nodiscard]] EncodedPicture encodePicture(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
     const EncodeSettings& settings, const Embed& embed);

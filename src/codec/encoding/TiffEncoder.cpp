@@ -92,6 +92,7 @@ QByteArray tiff(const QImage& image, const QByteArray& profile, const EncodeSett
     const bool isDeep = image.depth() == 64;
     const bool hasAlpha = image.hasAlphaChannel();
     const int compression = std::max(settings.tiffCompression, 1);
+    constexpr double metersPerInch = 0.0254;
     bool isGood =
         TIFFIsCODECConfigured(static_cast<std::uint16_t>(compression)) != 0 &&
         TIFFSetField(file, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(image.width())) != 0 &&
@@ -101,6 +102,9 @@ QByteArray tiff(const QImage& image, const QByteArray& profile, const EncodeSett
         TIFFSetField(file, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB) != 0 &&
         TIFFSetField(file, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) != 0 &&
         TIFFSetField(file, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT) != 0 &&
+        TIFFSetField(file, TIFFTAG_XRESOLUTION, image.dotsPerMeterX() * metersPerInch) != 0 &&
+        TIFFSetField(file, TIFFTAG_YRESOLUTION, image.dotsPerMeterY() * metersPerInch) != 0 &&
+        TIFFSetField(file, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH) != 0 &&
         TIFFSetField(file, TIFFTAG_COMPRESSION, compression) != 0;
     if (isGood && hasAlpha) {
         const std::uint16_t kind = EXTRASAMPLE_UNASSALPHA;

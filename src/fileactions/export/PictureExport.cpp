@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <exception>
+#include <limits>
 #include <utility>
 
 namespace fileactions {
@@ -49,6 +51,21 @@ QImage withinSize(QImage image, int maxSize) {
     const QSize size = image.size().scaled(maxSize, maxSize, Qt::KeepAspectRatio);
     return image.scaled(
         size.expandedTo(QSize(1, 1)), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+/// How large its pixels are on paper, which goes along as metadata do; else a usual size, not what
+/// a screen of this machine has.
+void setResolution(QImage& image, const PBDictionary& properties, bool isWanted) {
+    constexpr double usual = 72;
+    constexpr double metersPerInch = 0.0254;
+    const auto perMeter = [&](const QString& key) {
+        const double dots = isWanted ? valueForKey(properties, key).toDouble() : 0;
+        const double most = std::numeric_limits<std::uint16_t>::max();
+        return static_cast<int>(
+            std::lround((dots >= 1 && dots <= most ? dots : usual) / metersPerInch));
+    };
+    image.setDotsPerMeterX(perMeter(QStringLiteral("DPIWidth")));
+    image.setDotsPerMeterY(perMeter(QStringLiteral("DPIHeight")));
 }
 
 /// A photograph that says that it is in sRGB says so when it is exported, too.
@@ -96,6 +113,7 @@ PictureExport::tryToMake(const QString& path, double angle, const std::stop_toke
         withinSize(withoutEmptyBits(std::move(read.frame.image), properties), _settings.maxSize);
     if (std::fmod(angle, 360.0) != 0) image = PBUtilities::rotateImageRef(image, angle);
     if (image.isNull()) return failed(std::errc::bad_message);
+    setResolution(image, properties, _settings.hasMetadata);
 
     codec::MetadataBlocks metadata;
     bool isMetadataRead = true;
