@@ -201,6 +201,23 @@ TEST_F(ExportTest, damagedAndForeignFilesAreNotExported) {
         std::make_error_code(std::errc::not_supported));
 }
 
+TEST_F(ExportTest, encodingsThatCanBeStoppedAre) {
+    std::stop_source stop;
+    QImage image(600, 400, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(x * y, x ^ y, x + y));
+    for (const bool isStopped : {false, true}) {
+        if (isStopped) stop.request_stop();
+        for (const QString& type :
+             {u"public.jpeg"_s, u"public.png"_s, u"public.tiff"_s, u"org.webmproject.webp"_s}) {
+            const auto made =
+                codec::encodePicture(image, {}, {}, {.type = type, .stop = stop.get_token()}, {});
+            EXPECT_EQ(made.bytes.isEmpty(), isStopped) << type.toStdString();
+        }
+    }
+}
+
 TEST_F(ExportTest, namesTakeTheTypesExtensionAndAreToldApart) {
     using Names = std::vector<QByteArray>;
     const std::tuple<Names, QString, Names> table[] = {

@@ -63,9 +63,25 @@ QImage fitted(const QImage& image, const Type& type) {
         image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
 }
 
-QByteArray written(const QImage& image, const char* format, int quality) {
+/// Takes nothing more once it is stopped, upon which those who write into it give up.
+class StoppableBuffer final : public QBuffer {
+public:
+    StoppableBuffer(QByteArray& bytes, const std::stop_token& stop)
+        : QBuffer(&bytes), _stop(stop) {}
+
+protected:
+    qint64 writeData(const char* data, qint64 length) override {
+        return _stop.stop_requested() ? -1 : QBuffer::writeData(data, length);
+    }
+
+private:
+    const std::stop_token _stop;
+};
+
+QByteArray
+written(const QImage& image, const char* format, int quality, const std::stop_token& stop) {
     QByteArray bytes;
-    QBuffer buffer(&bytes);
+    StoppableBuffer buffer(bytes, stop);
     QImageWriter writer(&buffer, format);
     if (quality >= 0) writer.setQuality(quality);
     if (format == QByteArrayLiteral("jpeg")) writer.setOptimizedWrite(true);
@@ -133,11 +149,12 @@ EncodedPicture encodePicture(
     result.isMetadataWritten = metadata.isComplete;
     switch (type->format) {
     case Format::Jpeg:
-        result.bytes = written(pixels, "jpeg", static_cast<int>(std::lround(quality * 100)));
+        result.bytes =
+            written(pixels, "jpeg", static_cast<int>(std::lround(quality * 100)), settings.stop);
         putIn(result, metadata, profile, embed);
         break;
     case Format::Png:
-        result.bytes = written(pixels, "png", -1);
+        result.bytes = written(pixels, "png", -1, settings.stop);
         putIn(result, metadata, {}, embed);
         // The metadata library's profiles in these files are not understood by others.
         if (!profile.isEmpty()) result.bytes = encoders::pngWithProfile(result.bytes, profile);
@@ -151,7 +168,7 @@ EncodedPicture encodePicture(
         putIn(result, metadata, profile, embed);
         break;
     case Format::WebP:
-        result.bytes = encoders::webp(pixels, profile, metadata, quality);
+        result.bytes = encoders::webp(pixels, profile, metadata, quality, settings.stop);
         break;
     case Format::JpegXl:
         result.bytes = encoders::jpegXl(pixels, profile, metadata, quality, settings.threads);

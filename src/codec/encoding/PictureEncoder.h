@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <stop_token>
 
 namespace codec {
 
@@ -17,6 +18,9 @@ struct EncodeSettings {
     double quality = 0.8;    ///< from 0 to 1; for types that have one
     int tiffCompression = 1; ///< TIFF's number of it (TIFF 6.0, tag 259); 1: none
     int threads = 1;         ///< that slow encoders may use
+    /// Ends an encoding early, without a file: one of JPEG, PNG, TIFF or WebP. The other libraries
+    /// can't be asked to stop.
+    std::stop_token stop = {};
 };
 
 /// The types that can be written here, in the order in which they are offered. HEIC is one where

@@ -66,9 +66,11 @@ void packLine(const QImage& image, int y, bool hasAlpha, std::vector<std::uint8_
     }
 }
 
-bool writeLines(TIFF* file, const QImage& image, bool isDeep, bool hasAlpha) {
+bool writeLines(
+    TIFF* file, const QImage& image, bool isDeep, bool hasAlpha, const std::stop_token& stop) {
     std::vector<std::uint8_t> line(static_cast<std::size_t>(TIFFScanlineSize(file)));
     for (int y = 0; y < image.height(); ++y) {
+        if (stop.stop_requested()) return false;
         if (isDeep) {
             packLine<std::uint16_t>(image, y, hasAlpha, line);
         } else {
@@ -119,7 +121,7 @@ QByteArray tiff(const QImage& image, const QByteArray& profile, const EncodeSett
     }
     if (isGood) {
         TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(file, 0));
-        isGood = writeLines(file, image, isDeep, hasAlpha) && TIFFFlush(file) != 0;
+        isGood = writeLines(file, image, isDeep, hasAlpha, settings.stop) && TIFFFlush(file) != 0;
     }
     opened.reset();
     return isGood ? memory.bytes : QByteArray();

@@ -139,7 +139,8 @@ PictureExport::tryToMake(const QString& path, double angle, const std::stop_toke
         {.type = _settings.type,
          .quality = _settings.quality,
          .tiffCompression = _settings.tiffCompression,
-         .threads = _threads},
+         .threads = _threads,
+         .stop = stop},
         embed);
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
     if (encoded.bytes.isEmpty()) return failed(std::errc::not_supported);
