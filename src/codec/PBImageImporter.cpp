@@ -90,11 +90,12 @@ codec::PictureProperties PBImageImporter::readProperties(std::size_t index, std:
     }
 }
 
-codec::ReadMetadata PBImageImporter::readMetadata(std::stop_token stop) {
+codec::ReadMetadata
+PBImageImporter::readMetadata(const codec::NewPicture& picture, std::stop_token stop) {
     const OpenFile file(_path);
     if (!file.descriptor.isOpen()) return {file.status, {}};
     try {
-        return codec::frameReader()->metadataBlocks(file.descriptor.get(), stop);
+        return codec::frameReader()->metadataBlocks(file.descriptor.get(), picture, stop);
     } catch (const std::exception&) {
         return {};
     }

@@ -20,7 +20,8 @@ public:
     [[nodiscard]] std::optional<PBDictionary> propertiesAtIndex(std::size_t index) override;
     [[nodiscard]] codec::PictureProperties
     readProperties(std::size_t index, std::stop_token stop) override;
-    [[nodiscard]] codec::ReadMetadata readMetadata(std::stop_token stop) override;
+    [[nodiscard]] codec::ReadMetadata
+    readMetadata(const codec::NewPicture& picture, std::stop_token stop) override;
     [[nodiscard]] QImage
     createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) override;
     [[nodiscard]] codec::ReadResult

@@ -37,8 +37,10 @@ public:
     readProperties(std::size_t index, std::stop_token /*stop*/) {
         return codec::PictureProperties::of(propertiesAtIndex(index));
     }
-    /// What of the file's metadata may go into other files; stopped, it is `NotNow`.
-    [[nodiscard]] virtual codec::ReadMetadata readMetadata(std::stop_token /*stop*/) {
+    /// What of the file's metadata goes along into a file of the new picture; stopped, it is
+    /// `NotNow`.
+    [[nodiscard]] virtual codec::ReadMetadata
+    readMetadata(const codec::NewPicture& /*picture*/, std::stop_token /*stop*/) {
         return {codec::PropertiesStatus::Unreadable, {}};
     }
     /// The frame with its longest side at most `maxSize` pixels (0 for the full size), its stored

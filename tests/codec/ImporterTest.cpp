@@ -36,8 +36,12 @@ struct ScriptedReader final : codec::FrameReader {
     properties(int, const QString&, std::size_t, std::stop_token) override {
         throw std::runtime_error("damaged");
     }
-    codec::ReadMetadata metadataBlocks(int, std::stop_token) override {
+    codec::ReadMetadata metadataBlocks(int, const codec::NewPicture&, std::stop_token) override {
         throw std::runtime_error("damaged");
+    }
+    bool embedMetadata(
+        QByteArray&, const codec::MetadataBlocks&, const QByteArray&, std::stop_token) override {
+        return false;
     }
 };
 

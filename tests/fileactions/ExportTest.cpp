@@ -38,19 +38,22 @@ struct ExportTest : support::TransferFixture {
     /// A photograph that lies on its side, with a position and a profile.
     void putPhotograph(const QByteArray& name) {
         const QImage image = formatpictures::picture();
+        const Exiv2::DataValue city(reinterpret_cast<const Exiv2::byte*>("Lisbon"), 6);
         put(name, pictures::withMetadata(
                       pictures::saved(image, "JPEG"),
-                      [](Exiv2::ExifData& exif, Exiv2::IptcData& iptc, Exiv2::XmpData& xmp) {
-                          exif["Exif.Image.Make"] = "Maker";
+                      [&city](Exiv2::ExifData& exif, Exiv2::IptcData& iptc, Exiv2::XmpData& xmp) {
+                          exif["Exif.Image.Make"] = "Panasonic";
                           exif["Exif.Image.Orientation"] = std::uint16_t(6);
                           exif["Exif.Photo.DateTimeOriginal"] = "2020:01:02 03:04:05";
                           exif["Exif.Photo.PixelXDimension"] = std::uint32_t(4000);
                           exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
                           exif["Exif.GPSInfo.GPSLatitude"] = "48/1 30/1 0/1";
                           exif["Exif.Photo.ColorSpace"] = std::uint16_t(2);
+                          exif.add(Exiv2::ExifKey("Exif.Panasonic.City"), &city);
                           iptc["Iptc.Application2.Caption"] = "Caption";
                           iptc["Iptc.Application2.City"] = "Lisbon";
                           xmp["Xmp.photoshop.City"] = "Lisbon";
+                          xmp["Xmp.mediapro.Location"] = "Lisbon";
                           xmp["Xmp.exif.GPSLatitude"] = "48,30.0N";
                           xmp["Xmp.dc.title"] = "lang=x-default Title";
                           xmp["Xmp.tiff.Orientation"] = "6";
@@ -92,7 +95,7 @@ TEST_F(ExportTest, everyTypeHasThePixelsUprightAndTheMetadataThatWereWanted) {
         EXPECT_FALSE(whole.isMetadataMissing);
         EXPECT_LE(difference(seen(whole.content, type), upright), 12);
         const auto properties = pictures::propertiesOf(whole.content, type);
-        EXPECT_EQ(entry(properties, u"TIFF.Make"_s), u"Maker"_s);
+        EXPECT_EQ(entry(properties, u"TIFF.Make"_s), u"Panasonic"_s);
         EXPECT_EQ(entry(properties, u"Exif.DateTimeOriginal"_s), u"2020:01:02 03:04:05"_s);
         EXPECT_EQ(entry(properties, u"Exif.PixelXDimension"_s), u"96"_s);
         EXPECT_EQ(entry(properties, u".PixelWidth"_s), u"96"_s);
@@ -106,7 +109,7 @@ TEST_F(ExportTest, everyTypeHasThePixelsUprightAndTheMetadataThatWereWanted) {
         settings.hasLocation = false;
         const auto anywhere = exported("a.jpg", settings);
         const auto kept = pictures::propertiesOf(anywhere.content, type);
-        EXPECT_EQ(entry(kept, u"TIFF.Make"_s), u"Maker"_s);
+        EXPECT_EQ(entry(kept, u"TIFF.Make"_s), u"Panasonic"_s);
         EXPECT_EQ(entry(kept, u"GPS.Latitude"_s), QString());
         EXPECT_EQ(entry(kept, u"IPTC.Caption/Abstract"_s), u"Caption"_s);
         EXPECT_EQ(entry(kept, u"IPTC.City"_s), QString());
@@ -150,6 +153,23 @@ TEST_F(ExportTest, coloursKeepTheirProfileAndDeepOnesTheirBits) {
     }
 }
 
+TEST_F(ExportTest, thinPicturesStayOneAndTheirResolutionGoesAlongWithTheMetadata) {
+    QImage line(3000, 1, QImage::Format_RGB32);
+    line.fill(Qt::red);
+    line.setDotsPerMeterX(11811);
+    line.setDotsPerMeterY(11811);
+    put("line.png", pictures::saved(line, "PNG"));
+    for (const QString& type : {u"public.jpeg"_s, u"public.tiff"_s, u"public.png"_s}) {
+        ExportSettings settings{.type = type, .maxSize = 50};
+        const auto kept = exported("line.png", settings).content;
+        EXPECT_EQ(seen(kept, type).size(), QSize(50, 1));
+        EXPECT_EQ(entry(pictures::propertiesOf(kept, type), u".DPIWidth"_s), u"300"_s);
+        settings.hasMetadata = false;
+        const auto bare = exported("line.png", settings).content;
+        EXPECT_EQ(entry(pictures::propertiesOf(bare, type), u".DPIWidth"_s), u"72"_s);
+    }
+}
+
 TEST_F(ExportTest, howTheSourceWasStoredIsNotToldOfTheExport) {
     putPhotograph("a.jpg");
     put("lzw.tif", exported("a.jpg", {.type = u"public.tiff"_s, .tiffCompression = 5}).content);
@@ -161,7 +181,7 @@ TEST_F(ExportTest, howTheSourceWasStoredIsNotToldOfTheExport) {
                 seen(read("lzw.tif"), type).scaledToWidth(50, Qt::SmoothTransformation)),
             12);
         const auto properties = pictures::propertiesOf(made.content, type);
-        EXPECT_EQ(entry(properties, u"TIFF.Make"_s), u"Maker"_s);
+        EXPECT_EQ(entry(properties, u"TIFF.Make"_s), u"Panasonic"_s);
         EXPECT_EQ(
             entry(properties, u"TIFF.Compression"_s),
             type == u"public.tiff"_s ? u"1"_s : QString());
@@ -179,6 +199,23 @@ TEST_F(ExportTest, damagedAndForeignFilesAreNotExported) {
     EXPECT_EQ(
         exported("a.jpg", {.type = u"public.unknown"_s}).error,
         std::make_error_code(std::errc::not_supported));
+}
+
+TEST_F(ExportTest, encodingsThatCanBeStoppedAre) {
+    std::stop_source stop;
+    QImage image(600, 400, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(x * y, x ^ y, x + y));
+    for (const bool isStopped : {false, true}) {
+        if (isStopped) stop.request_stop();
+        for (const QString& type :
+             {u"public.jpeg"_s, u"public.png"_s, u"public.tiff"_s, u"org.webmproject.webp"_s}) {
+            const auto made =
+                codec::encodePicture(image, {}, {}, {.type = type, .stop = stop.get_token()}, {});
+            EXPECT_EQ(made.bytes.isEmpty(), isStopped) << type.toStdString();
+        }
+    }
 }
 
 TEST_F(ExportTest, namesTakeTheTypesExtensionAndAreToldApart) {

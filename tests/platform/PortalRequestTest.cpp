@@ -1,5 +1,6 @@
 #include "platform/desktop/MailProgram.h"
 #include "platform/desktop/Wallpaper.h"
+#include "platform/desktop/Workspace.h"
 
 #include "support/ToldDesktop.h"
 
@@ -55,6 +56,13 @@ TEST_F(PortalRequestTest, aMessageHasTheFilesThemselvesAttached) {
     EXPECT_FALSE(platform::openForPortal({folder.filePath(u"none"_s)}));
     // So many would end the connection.
     EXPECT_TRUE(platform::openForPortal(QStringList(300, paths[0])).value().isEmpty());
+}
+
+TEST(WorkspaceTest, whereNobodyShowsFoldersThatIsTold) {
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/none");
+    bool isTold = false;
+    platform::Workspace::revealInFileManager({u"/none"_s}, [&isTold] { isTold = true; });
+    EXPECT_TRUE(support::spinUntil([&isTold] { return isTold; }));
 }
 
 } // namespace

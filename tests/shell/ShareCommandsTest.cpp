@@ -1,4 +1,6 @@
 #include "shell/files/ShareCommands.h"
+#include "shell/files/ExportCommands.h"
+#include "shell/files/ExportSheet.h"
 
 #include "group/CatalogueFixture.h"
 #include "shell/ShellFixture.h"
@@ -173,7 +175,19 @@ TEST_F(ShareCommandsTest, menusShowWhatTakesThePhotographsAsSoonAsThatIsKnown) {
     EXPECT_EQ(entries(other), u"(No program opens all of these photographs.)");
     items.clear();
     shares.menuNeedsUpdate(other);
+    asked.back()(late); // for those before
     EXPECT_EQ(entries(other), u"(No Photo Selected)");
+}
+
+TEST_F(ShareCommandsTest, whoAsksForProgramsWhileAnotherWaitsIsToldToo) {
+    ShareServices services;
+    int told = 0;
+    const auto ask = [&] { services.find({u"image/none"_s}, [&told](const auto&) { ++told; }); };
+    ask();
+    ask();
+    EXPECT_TRUE(support::spinUntil([&] { return told == 2; }));
+    ask();
+    EXPECT_EQ(told, 3) << "at once";
 }
 
 TEST_F(ShareCommandsTest, whatIsTurnedIsHandedOverUprightAndStaysOnlyIfSomebodyTookIt) {
@@ -206,6 +220,25 @@ TEST_F(ShareCommandsTest, whatIsTurnedIsHandedOverUprightAndStaysOnlyIfSomebodyT
     EXPECT_TRUE(handed.isEmpty());
     EXPECT_TRUE(support::spinUntil([&] { return folderNames(cache) == folder; }));
     EXPECT_EQ(alert(), QString());
+}
+
+TEST_F(ShareCommandsTest, aPhotographThatCantBeReadIsToldBeforeAPlaceForItsExportIsChosen) {
+    ExportDialogs dialogs(window);
+    ExportCommands exports(
+        {.imageImporterManager = importers,
+         .folderPaths = folders,
+         .tasks = tasks,
+         .questions = questions,
+         .exportQuestions = dialogs,
+         .chosen = choice,
+         .finished = {}});
+    items.resize(1);
+    support::writeFile(pathOf(*items[0]), "none");
+    exports.exportImage();
+    EXPECT_TRUE(window.findChild<ExportSheet*>());
+    EXPECT_TRUE(support::spinUntil([this] { return questions.log == QStringList(u"a.png"_s); }))
+        << questions.log.join(u' ').toStdString();
+    EXPECT_TRUE(support::spinUntil([this] { return !window.findChild<ExportSheet*>(); }));
 }
 
 TEST_F(ShareCommandsTest, theDesktopGetsAFileThatItCanShowAndKeepsOneCopy) {

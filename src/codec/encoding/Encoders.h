@@ -17,7 +17,8 @@ tiff(const QImage& image, const QByteArray& profile, const EncodeSettings& setti
 
 /// These write metadata themselves.
 [[nodiscard]] QByteArray webp(
-    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality);
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality,
+    const std::stop_token& stop);
 [[nodiscard]] QByteArray heic(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality);
 [[nodiscard]] bool hasHeic();

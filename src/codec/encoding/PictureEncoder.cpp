@@ -46,6 +46,8 @@ QImage opaque(const QImage& image) {
     QImage ground(image.size(), image.depth() == 64 ? QImage::Format_RGBX64 : QImage::Format_RGB32);
     if (ground.isNull()) return {};
     ground.fill(Qt::white);
+    ground.setDotsPerMeterX(image.dotsPerMeterX());
+    ground.setDotsPerMeterY(image.dotsPerMeterY());
     QPainter(&ground).drawImage(0, 0, image);
     return ground;
 }
@@ -61,9 +63,25 @@ QImage fitted(const QImage& image, const Type& type) {
         image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
 }
 
-QByteArray written(const QImage& image, const char* format, int quality) {
+/// Takes nothing more once it is stopped, upon which those who write into it give up.
+class StoppableBuffer final : public QBuffer {
+public:
+    StoppableBuffer(QByteArray& bytes, const std::stop_token& stop)
+        : QBuffer(&bytes), _stop(stop) {}
+
+protected:
+    qint64 writeData(const char* data, qint64 length) override {
+        return _stop.stop_requested() ? -1 : QBuffer::writeData(data, length);
+    }
+
+private:
+    const std::stop_token _stop;
+};
+
+QByteArray
+written(const QImage& image, const char* format, int quality, const std::stop_token& stop) {
     QByteArray bytes;
-    QBuffer buffer(&bytes);
+    StoppableBuffer buffer(bytes, stop);
     QImageWriter writer(&buffer, format);
     if (quality >= 0) writer.setQuality(quality);
     if (format == QByteArrayLiteral("jpeg")) writer.setOptimizedWrite(true);
@@ -72,16 +90,17 @@ QByteArray written(const QImage& image, const char* format, int quality) {
 
 /// Puts in as much as goes into the file. Colours without their profile would be wrong: then there
 /// is no file.
-void embed(EncodedPicture& picture, const MetadataBlocks& metadata, const QByteArray& profile) {
-    if (metadata.isEmpty() && profile.isEmpty()) return;
-    if (embedMetadata(picture.bytes, metadata, profile)) return;
+void putIn(
+    EncodedPicture& picture, const MetadataBlocks& metadata, const QByteArray& profile,
+    const Embed& embed) {
+    if (picture.bytes.isEmpty() || (metadata.isEmpty() && profile.isEmpty())) return;
+    if (embed(picture.bytes, metadata, profile)) return;
     picture.isMetadataWritten = metadata.isEmpty();
     // Packets may be larger than the file has room for.
     MetadataBlocks fewer = metadata;
     fewer.xmp.clear();
-    if (!fewer.isEmpty() && !metadata.xmp.isEmpty() && embedMetadata(picture.bytes, fewer, profile))
-        return;
-    if (!profile.isEmpty() && !embedMetadata(picture.bytes, {}, profile)) picture.bytes.clear();
+    if (!fewer.isEmpty() && !metadata.xmp.isEmpty() && embed(picture.bytes, fewer, profile)) return;
+    if (!profile.isEmpty() && !embed(picture.bytes, {}, profile)) picture.bytes.clear();
 }
 
 } // namespace
@@ -120,7 +139,7 @@ bool hasIptc(const QString& type) {
 
 EncodedPicture encodePicture(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
-    const EncodeSettings& settings) {
+    const EncodeSettings& settings, const Embed& embed) {
     const Type* type = typeOf(settings.type);
     if (!type || image.isNull()) return {};
     const QImage pixels = fitted(image, *type);
@@ -130,25 +149,26 @@ EncodedPicture encodePicture(
     result.isMetadataWritten = metadata.isComplete;
     switch (type->format) {
     case Format::Jpeg:
-        result.bytes = written(pixels, "jpeg", static_cast<int>(std::lround(quality * 100)));
-        if (!result.bytes.isEmpty()) embed(result, metadata, profile);
+        result.bytes =
+            written(pixels, "jpeg", static_cast<int>(std::lround(quality * 100)), settings.stop);
+        putIn(result, metadata, profile, embed);
         break;
     case Format::Png:
-        result.bytes = written(pixels, "png", -1);
-        if (!result.bytes.isEmpty()) embed(result, metadata, {});
+        result.bytes = written(pixels, "png", -1, settings.stop);
+        putIn(result, metadata, {}, embed);
         // The metadata library's profiles in these files are not understood by others.
         if (!profile.isEmpty()) result.bytes = encoders::pngWithProfile(result.bytes, profile);
         break;
     case Format::Tiff:
         result.bytes = encoders::tiff(pixels, profile, settings);
-        if (!result.bytes.isEmpty()) embed(result, metadata, {});
+        putIn(result, metadata, {}, embed);
         break;
     case Format::Jpeg2000:
         result.bytes = encoders::jpeg2000(pixels, quality, settings.threads);
-        if (!result.bytes.isEmpty()) embed(result, metadata, profile);
+        putIn(result, metadata, profile, embed);
         break;
     case Format::WebP:
-        result.bytes = encoders::webp(pixels, profile, metadata, quality);
+        result.bytes = encoders::webp(pixels, profile, metadata, quality, settings.stop);
         break;
     case Format::JpegXl:
         result.bytes = encoders::jpegXl(pixels, profile, metadata, quality, settings.threads);

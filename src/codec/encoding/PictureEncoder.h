@@ -1,11 +1,14 @@
 #pragma once
 
-#include "codec/encoding/CarriedMetadata.h"
+#include "codec/metadata/MetadataBlocks.h"
 
 #include <QByteArray>
 #include <QImage>
 #include <QString>
 #include <QStringList>
+
+#include <functional>
+#include <stop_token>
 
 namespace codec {
 
@@ -15,6 +18,9 @@ struct EncodeSettings {
     double quality = 0.8;    ///< from 0 to 1; for types that have one
     int tiffCompression = 1; ///< TIFF's number of it (TIFF 6.0, tag 259); 1: none
     int threads = 1;         ///< that slow encoders may use
+    /// Ends an encoding early, without a file: one of JPEG, PNG, TIFF or WebP. The other libraries
+    /// can't be asked to stop.
+    std::stop_token stop = {};
 };
 
 /// The types that can be written here, in the order in which they are offered. HEIC is one where
@@ -34,13 +40,18 @@ struct EncodedPicture {
     bool isMetadataWritten = true; ///< false: not all of it is in the file
 };
 
+/// Puts metadata and a profile into an encoded file; false leaves it as it was. Of types whose
+/// encoders don't: see `FrameReader::embedMetadata`.
+using Embed = std::function<bool(
+    QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile)>;
+
 /// The file of a picture. The image is one of the formats that decoders answer with. Of 16 bits a
 /// channel PNG, TIFF, JPEG 2000 and JPEG XL keep all, AVIF and HEIC ten, which is what their
 /// readers know, the others eight. Types without transparency get a white ground. `profile`: ICC
-/// bytes of the image's colours, embedded; empty for sRGB, which is not. Any thread; the metadata
-/// of several pictures wait for each other.
+/// bytes of the image's colours, embedded; empty for sRGB, which is not. JPEG, PNG and TIFF files
+/// say how many of its pixels go to a meter. Any thread.
 [[nodiscard]] EncodedPicture encodePicture(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
-    const EncodeSettings& settings);
+    const EncodeSettings& settings, const Embed& embed);
 
 } // namespace codec

@@ -1,4 +1,5 @@
 #include "codec/encoding/Encoders.h"
+#include "codec/encoding/WrittenFile.h"
 
 #include <QtEndian>
 #include <openjpeg.h>
@@ -16,25 +17,19 @@ namespace codec::encoders {
 
 namespace {
 
-/// What the library writes, which seeks back to fill in lengths.
-struct Written {
-    QByteArray bytes;
-    qsizetype position = 0;
-
+/// As the library wants a file.
+struct Written : WrittenFile {
+    static Written& of(void* self) { return *static_cast<Written*>(self); }
     static OPJ_SIZE_T write(void* source, OPJ_SIZE_T length, void* self) {
-        auto& written = *static_cast<Written*>(self);
-        const qsizetype end = written.position + static_cast<qsizetype>(length);
-        if (end > written.bytes.size()) written.bytes.resize(end);
-        std::memcpy(written.bytes.data() + written.position, source, length);
-        written.position = end;
-        return length;
+        const bool isGood = of(self).WrittenFile::write(source, static_cast<qsizetype>(length));
+        return isGood ? length : static_cast<OPJ_SIZE_T>(-1);
     }
     static OPJ_OFF_T skip(OPJ_OFF_T length, void* self) {
-        static_cast<Written*>(self)->position += length;
+        of(self).position += length;
         return length;
     }
     static OPJ_BOOL seek(OPJ_OFF_T position, void* self) {
-        static_cast<Written*>(self)->position = position;
+        of(self).position = position;
         return OPJ_TRUE;
     }
 };
@@ -83,18 +78,40 @@ Planes planesOf(const QImage& image) {
     return planes;
 }
 
+/// Without a profile and metadata.
+QByteArray bareWebp(const QImage& image, double quality, const std::stop_token& stop) {
+    WebPConfig config;
+    WebPPicture made;
+    if (!WebPConfigPreset(&config, WEBP_PRESET_DEFAULT, static_cast<float>(quality * 100)) ||
+        !WebPPictureInit(&made))
+        return {};
+    const std::unique_ptr<WebPPicture, Destroyer<WebPPictureFree>> picture(&made);
+    WrittenFile written;
+    picture->width = image.width();
+    picture->height = image.height();
+    picture->custom_ptr = &written;
+    picture->writer = [](const std::uint8_t* data, std::size_t size, const WebPPicture* self) {
+        auto& file = *static_cast<WrittenFile*>(self->custom_ptr);
+        return file.write(data, static_cast<qsizetype>(size)) ? 1 : 0;
+    };
+    picture->user_data = const_cast<std::stop_token*>(&stop); // only asked
+    picture->progress_hook = [](int, const WebPPicture* self) {
+        return static_cast<const std::stop_token*>(self->user_data)->stop_requested() ? 0 : 1;
+    };
+    const QImage pixels = image.convertToFormat(QImage::Format_RGBA8888);
+    const bool isGood =
+        WebPPictureImportRGBA(
+            picture.get(), pixels.constBits(), static_cast<int>(pixels.bytesPerLine())) != 0 &&
+        WebPEncode(&config, picture.get()) != 0;
+    return isGood ? written.bytes : QByteArray();
+}
+
 } // namespace
 
 QByteArray webp(
-    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
-    double quality) {
-    std::uint8_t* bytes = nullptr;
-    const QImage pixels = image.convertToFormat(QImage::Format_RGBA8888);
-    const std::size_t length = WebPEncodeRGBA(
-        pixels.constBits(), pixels.width(), pixels.height(),
-        static_cast<int>(pixels.bytesPerLine()), static_cast<float>(quality * 100), &bytes);
-    const QByteArray file(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(length));
-    WebPFree(bytes);
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata, double quality,
+    const std::stop_token& stop) {
+    const QByteArray file = bareWebp(image, quality, stop);
     if (file.isEmpty()) return {};
     const std::unique_ptr<WebPMux, Destroyer<WebPMuxDelete>> chunks(WebPMuxNew());
     if (!chunks) return {};

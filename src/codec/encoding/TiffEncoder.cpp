@@ -1,10 +1,12 @@
 #include "codec/encoding/Encoders.h"
+#include "codec/encoding/WrittenFile.h"
 
 #include <tiffio.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 namespace codec::encoders {
@@ -12,38 +14,35 @@ namespace codec::encoders {
 namespace {
 
 /// A file in memory, as the library wants one.
-struct Memory {
-    QByteArray bytes;
-    toff_t position = 0;
-
+struct Memory : WrittenFile {
     static Memory& of(thandle_t handle) { return *static_cast<Memory*>(handle); }
     static tmsize_t read(thandle_t handle, void* target, tmsize_t length) {
         Memory& memory = of(handle);
-        const auto size = static_cast<toff_t>(memory.bytes.size());
-        const toff_t left = size - std::min(size, memory.position);
-        const auto count = std::min(static_cast<toff_t>(length), left);
-        std::memcpy(target, memory.bytes.constData() + memory.position, count);
+        const qsizetype left = std::max<qsizetype>(memory.bytes.size() - memory.position, 0);
+        const qsizetype count = std::min<qsizetype>(length, left);
+        if (count == 0) return 0;
+        std::memcpy(
+            target, memory.bytes.constData() + memory.position, static_cast<std::size_t>(count));
         memory.position += count;
-        return static_cast<tmsize_t>(count);
+        return count;
     }
     static tmsize_t write(thandle_t handle, void* source, tmsize_t length) {
-        Memory& memory = of(handle);
-        const auto end = static_cast<qsizetype>(memory.position) + length;
-        if (end > memory.bytes.size()) memory.bytes.resize(end);
-        std::memcpy(
-            memory.bytes.data() + memory.position, source, static_cast<std::size_t>(length));
-        memory.position = static_cast<toff_t>(end);
-        return length;
+        return of(handle).WrittenFile::write(source, length) ? length : -1;
     }
     static toff_t seek(thandle_t handle, toff_t offset, int whence) {
         Memory& memory = of(handle);
-        const toff_t base = whence == SEEK_CUR   ? memory.position
-                            : whence == SEEK_END ? static_cast<toff_t>(memory.bytes.size())
-                                                 : 0;
-        return memory.position = base + offset;
+        const qsizetype base = whence == SEEK_CUR   ? memory.position
+                               : whence == SEEK_END ? memory.bytes.size()
+                                                    : 0;
+        memory.position = base + static_cast<qsizetype>(offset);
+        return static_cast<toff_t>(memory.position);
     }
     static int close(thandle_t) { return 0; }
     static toff_t size(thandle_t handle) { return static_cast<toff_t>(of(handle).bytes.size()); }
+};
+
+struct Closer {
+    void operator()(TIFF* file) const { TIFFClose(file); }
 };
 
 /// Samples of a line in the file's order: red, green, blue and, where there is one, alpha.
@@ -67,9 +66,11 @@ void packLine(const QImage& image, int y, bool hasAlpha, std::vector<std::uint8_
     }
 }
 
-bool writeLines(TIFF* file, const QImage& image, bool isDeep, bool hasAlpha) {
+bool writeLines(
+    TIFF* file, const QImage& image, bool isDeep, bool hasAlpha, const std::stop_token& stop) {
     std::vector<std::uint8_t> line(static_cast<std::size_t>(TIFFScanlineSize(file)));
     for (int y = 0; y < image.height(); ++y) {
+        if (stop.stop_requested()) return false;
         if (isDeep) {
             packLine<std::uint16_t>(image, y, hasAlpha, line);
         } else {
@@ -85,13 +86,15 @@ bool writeLines(TIFF* file, const QImage& image, bool isDeep, bool hasAlpha) {
 
 QByteArray tiff(const QImage& image, const QByteArray& profile, const EncodeSettings& settings) {
     Memory memory;
-    TIFF* file = TIFFClientOpen(
+    std::unique_ptr<TIFF, Closer> opened(TIFFClientOpen(
         "export", "w", &memory, Memory::read, Memory::write, Memory::seek, Memory::close,
-        Memory::size, nullptr, nullptr);
-    if (!file) return {};
+        Memory::size, nullptr, nullptr));
+    if (!opened) return {};
+    TIFF* file = opened.get();
     const bool isDeep = image.depth() == 64;
     const bool hasAlpha = image.hasAlphaChannel();
     const int compression = std::max(settings.tiffCompression, 1);
+    constexpr double metersPerInch = 0.0254;
     bool isGood =
         TIFFIsCODECConfigured(static_cast<std::uint16_t>(compression)) != 0 &&
         TIFFSetField(file, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(image.width())) != 0 &&
@@ -101,6 +104,9 @@ QByteArray tiff(const QImage& image, const QByteArray& profile, const EncodeSett
         TIFFSetField(file, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB) != 0 &&
         TIFFSetField(file, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) != 0 &&
         TIFFSetField(file, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT) != 0 &&
+        TIFFSetField(file, TIFFTAG_XRESOLUTION, image.dotsPerMeterX() * metersPerInch) != 0 &&
+        TIFFSetField(file, TIFFTAG_YRESOLUTION, image.dotsPerMeterY() * metersPerInch) != 0 &&
+        TIFFSetField(file, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH) != 0 &&
         TIFFSetField(file, TIFFTAG_COMPRESSION, compression) != 0;
     if (isGood && hasAlpha) {
         const std::uint16_t kind = EXTRASAMPLE_UNASSALPHA;
@@ -115,9 +121,9 @@ QByteArray tiff(const QImage& image, const QByteArray& profile, const EncodeSett
     }
     if (isGood) {
         TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(file, 0));
-        isGood = writeLines(file, image, isDeep, hasAlpha) && TIFFFlush(file) != 0;
+        isGood = writeLines(file, image, isDeep, hasAlpha, settings.stop) && TIFFFlush(file) != 0;
     }
-    TIFFClose(file);
+    opened.reset();
     return isGood ? memory.bytes : QByteArray();
 }
 

@@ -17,8 +17,8 @@ namespace {
 constexpr std::size_t longestText = std::size_t{1} << 16;
 
 /// Tags of the first directory that speak of the former file's pixels (TIFF 6.0, its supplements,
-/// Exif 2.32), or hold other metadata once more; those of DNG describe raw samples (DNG 1.4, tags
-/// from 50706 on).
+/// Exif 2.32) or where on a map they lie (GeoTIFF 1.1), or hold other metadata once more; those of
+/// DNG describe raw samples (DNG 1.4, tags from 50706 on).
 bool isOfFormerFile(const Exiv2::Exifdatum& datum) {
     if (datum.groupName() != "Image") return false;
     constexpr std::uint16_t tags[] = {
@@ -74,9 +74,16 @@ bool isOfFormerFile(const Exiv2::Exifdatum& datum) {
         0x02bc, // XMLPacket
         0x828d, // CFARepeatPatternDim
         0x828e, // CFAPattern
+        0x830e, // ModelPixelScale
         0x83bb, // IPTCNAA
+        0x8482, // ModelTiepoint
+        0x85d8, // ModelTransformation
         0x8649, // ImageResources
         0x8773, // InterColorProfile
+        0x87af, // GeoKeyDirectory
+        0x87b0, // GeoDoubleParams
+        0x87b1, // GeoAsciiParams
+        0xa480, // GDALMetadata
     };
     static_assert(std::ranges::is_sorted(tags));
     const std::uint16_t tag = datum.tag();
@@ -118,9 +125,9 @@ QByteArray xmpBlock(Exiv2::XmpData& xmp, bool& isComplete) {
         datum = isPicture || isHuge ? xmp.erase(datum) : std::next(datum);
     }
     std::string packet;
-    if (xmp.empty() ||
+    if (!xmp.empty() &&
         Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
-        return {};
+        isComplete = false;
     return QByteArray::fromStdString(packet);
 }
 

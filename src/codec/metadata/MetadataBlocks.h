@@ -14,7 +14,7 @@ struct MetadataBlocks {
     QByteArray exif; ///< as in a TIFF file of its own, the bytes "Exif" not included
     QByteArray iptc; ///< its data sets
     QByteArray xmp;  ///< a packet
-    /// Some were left out, since they are larger than any file should carry.
+    /// False: some were left out, since they are damaged or larger than any file should carry.
     bool isComplete = true;
 
     [[nodiscard]] bool isEmpty() const { return exif.isEmpty() && iptc.isEmpty() && xmp.isEmpty(); }

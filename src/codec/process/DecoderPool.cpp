@@ -3,6 +3,7 @@
 #include "codec/process/AskHelper.h"
 #include "codec/process/DecodeExchange.h"
 #include "codec/process/DecoderHelper.h"
+#include "codec/process/EmbedExchange.h"
 #include "codec/process/HelperSequence.h"
 #include "codec/process/HelperShelf.h"
 #include "platform/tasks/Cores.h"
@@ -131,10 +132,16 @@ DecoderPool::propertiesOfPictures(std::span<const OpenPicture> pictures, std::st
     return all;
 }
 
-ReadMetadata DecoderPool::metadataBlocks(int descriptor, std::stop_token stop) {
+ReadMetadata
+DecoderPool::metadataBlocks(int descriptor, const NewPicture& picture, std::stop_token stop) {
     HelperShelf::Lease lease(_shelf, Urgency::Next, stop);
     Reply reply;
-    const Request request = process::makeRequest(Kind::MetadataBlocks, {}, 0);
+    Request request = process::makeRequest(Kind::MetadataBlocks, {}, 0);
+    request.newWidth = picture.size.width();
+    request.newHeight = picture.size.height();
+    request.isNewSrgb = picture.isSrgb ? 1 : 0;
+    request.hasNewIptc = picture.hasIptc ? 1 : 0;
+    request.hasNewLocation = picture.hasLocation ? 1 : 0;
     const Answer answer =
         process::ask(lease, request, std::array{descriptor}, _settings.thumbnailTime, stop, reply);
     if (answer == Answer::NotNow || stop.stop_requested()) return {};
@@ -160,6 +167,23 @@ ReadMetadata DecoderPool::metadataBlocks(int descriptor, std::stop_token stop) {
     read.blocks.isComplete = lengths.isComplete != 0;
     read.status = PropertiesStatus::Read;
     return read;
+}
+
+bool DecoderPool::embedMetadata(
+    QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile,
+    std::stop_token stop) {
+    const process::EmbedExchange exchange(file, metadata, profile);
+    if (!exchange.isUsable()) return false;
+    HelperShelf::Lease lease(_shelf, Urgency::Next, stop);
+    Reply reply;
+    if (process::ask(
+            lease, exchange.request(), exchange.descriptors(), _settings.fullTime, stop, reply) !=
+        Answer::Done)
+        return false;
+    QByteArray whole = exchange.accept(reply);
+    if (whole.isEmpty()) return false;
+    file = std::move(whole);
+    return true;
 }
 
 std::vector<DecoderPool::PropertyAnswer> DecoderPool::askForProperties(

@@ -74,7 +74,11 @@ public:
     /// so that a picture that crashes its process still costs only itself.
     [[nodiscard]] std::vector<PictureProperties>
     propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop) override;
-    [[nodiscard]] ReadMetadata metadataBlocks(int descriptor, std::stop_token stop) override;
+    [[nodiscard]] ReadMetadata
+    metadataBlocks(int descriptor, const NewPicture& picture, std::stop_token stop) override;
+    [[nodiscard]] bool embedMetadata(
+        QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile,
+        std::stop_token stop) override;
 
 private:
     struct PropertyAnswer {

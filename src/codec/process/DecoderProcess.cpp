@@ -1,10 +1,12 @@
 #include "codec/process/DecoderProcess.h"
 
+#include "codec/metadata/CarriedMetadata.h"
 #include "codec/metadata/ImageProperties.h"
 #include "codec/metadata/MetadataBlocks.h"
 #include "codec/metadata/headers/ImageHeader.h"
 #include "codec/pixels/Source.h"
 #include "codec/process/Confinement.h"
+#include "codec/process/EmbedExchange.h"
 #include "codec/process/FrameReader.h"
 #include "codec/process/PacketSocket.h"
 #include "codec/process/Protocol.h"
@@ -69,7 +71,10 @@ public:
             readProperties(descriptors, request, reply);
             break;
         case Kind::MetadataBlocks:
-            readMetadata(descriptors.front().get(), reply);
+            readMetadata(descriptors.front().get(), request, reply);
+            break;
+        case Kind::EmbedMetadata:
+            answerEmbed(descriptors.front().get(), descriptors.back().get(), reply);
             break;
         case Kind::CloseSequence:
         case Kind::Grant:
@@ -267,11 +272,16 @@ private:
         reply.status = Status::Done;
     }
 
-    void readMetadata(int picture, Reply& reply) {
-        const auto blocks = readMetadataBlocks(picture);
-        if (!blocks) return;
+    void readMetadata(int picture, const Request& request, Reply& reply) {
+        const auto stored = readMetadataBlocks(picture);
+        if (!stored) return;
+        const MetadataBlocks blocks = carriedMetadata(
+            *stored, {.size = QSize(request.newWidth, request.newHeight),
+                      .isSrgb = request.isNewSrgb != 0,
+                      .hasIptc = request.hasNewIptc != 0,
+                      .hasLocation = request.hasNewLocation != 0});
         MetadataLengths lengths;
-        lengths.isComplete = blocks->isComplete ? 1 : 0;
+        lengths.isComplete = blocks.isComplete ? 1 : 0;
         auto* result = static_cast<char*>(_results.data());
         std::size_t filled = sizeof lengths;
         static_assert(sizeof lengths + 3 * largestMetadataBlock <= smallResultBytes);
@@ -281,9 +291,9 @@ private:
             filled += length;
             return std::uint64_t{length};
         };
-        lengths.exif = add(blocks->exif);
-        lengths.iptc = add(blocks->iptc);
-        lengths.xmp = add(blocks->xmp);
+        lengths.exif = add(blocks.exif);
+        lengths.iptc = add(blocks.iptc);
+        lengths.xmp = add(blocks.xmp);
         std::memcpy(result, &lengths, sizeof lengths);
         reply.count = filled;
         reply.status = Status::Done;

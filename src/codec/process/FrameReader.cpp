@@ -98,10 +98,17 @@ public:
         return PictureProperties::of(readImageProperties(descriptor, typeHint, frame));
     }
 
-    ReadMetadata metadataBlocks(int descriptor, std::stop_token) override {
-        auto blocks = readMetadataBlocks(descriptor);
+    ReadMetadata
+    metadataBlocks(int descriptor, const NewPicture& picture, std::stop_token) override {
+        const auto blocks = readMetadataBlocks(descriptor);
         if (!blocks) return {PropertiesStatus::Unreadable, {}};
-        return {PropertiesStatus::Read, std::move(*blocks)};
+        return {PropertiesStatus::Read, carriedMetadata(*blocks, picture)};
+    }
+
+    bool embedMetadata(
+        QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile,
+        std::stop_token) override {
+        return codec::embedMetadata(file, metadata, profile);
     }
 };
 
@@ -118,7 +125,11 @@ public:
     PictureProperties properties(int, const QString&, std::size_t, std::stop_token) override {
         return {};
     }
-    ReadMetadata metadataBlocks(int, std::stop_token) override { return {}; }
+    ReadMetadata metadataBlocks(int, const NewPicture&, std::stop_token) override { return {}; }
+    bool
+    embedMetadata(QByteArray&, const MetadataBlocks&, const QByteArray&, std::stop_token) override {
+        return false;
+    }
 };
 
 /// What importers that nobody hands a reader go through: there is one for the whole process.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/metadata/CarriedMetadata.h"
 #include "codec/metadata/MetadataBlocks.h"
 #include "codec/metadata/PictureProperties.h"
 #include "codec/pixels/Decoder.h"
@@ -104,8 +105,15 @@ public:
     /// cost far less than asking for one after the other.
     [[nodiscard]] virtual std::vector<PictureProperties>
     propertiesOfPictures(std::span<const OpenPicture> pictures, std::stop_token stop);
-    /// What goes along with the picture into other files; stopped, it is `NotNow`.
-    [[nodiscard]] virtual ReadMetadata metadataBlocks(int descriptor, std::stop_token stop) = 0;
+    /// What goes along with the picture into a file of the new one (see `carriedMetadata`);
+    /// stopped, it is `NotNow`.
+    [[nodiscard]] virtual ReadMetadata
+    metadataBlocks(int descriptor, const NewPicture& picture, std::stop_token stop) = 0;
+    /// Puts such blocks into an encoded file, see `codec::embedMetadata`; false, also where it was
+    /// stopped or can't be done now, leaves it as it was.
+    [[nodiscard]] virtual bool embedMetadata(
+        QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile,
+        std::stop_token stop) = 0;
 };
 
 /// The cores that a decode may use: all for the picture that the user waits for, which is decoded

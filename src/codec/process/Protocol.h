@@ -29,18 +29,19 @@ enum class Kind : std::uint32_t {
     CountFrames,
     FrameDelay,
     Properties,
-    MetadataBlocks,
-    OpenSequence,  ///< keeps the picture open; answered with the frames to play
-    NextFrame,     ///< of the sequence that was opened last
-    CloseSequence, ///< there is nobody to read the answer
-    Grant,         ///< the answer to `NeedsMemory`
-    Deny,          ///< the same: the decode is over
+    MetadataBlocks, ///< for the new picture that the request tells of
+    EmbedMetadata,  ///< see `EmbedExchange`
+    OpenSequence,   ///< keeps the picture open; answered with the frames to play
+    NextFrame,      ///< of the sequence that was opened last
+    CloseSequence,  ///< there is nobody to read the answer
+    Grant,          ///< the answer to `NeedsMemory`
+    Deny,           ///< the same: the decode is over
 };
 
 /// To the decoder process. The picture's descriptor comes with it (but for the frames of an open
 /// sequence), then one for a large result and one for the bytes of the target profile, where the
 /// two flags say so. For properties there may be several pictures of one type, and there is no
-/// other descriptor.
+/// other descriptor; for metadata to be embedded, the memory of the file takes the picture's place.
 struct Request {
     Kind kind = Kind::Decode;
     std::uint32_t number = 0;
@@ -56,6 +57,11 @@ struct Request {
     std::uint32_t threads = 1;
     std::uint32_t isAsInSource = 0; ///< as `Depth::Source`
     std::uint32_t isFiltered = 0;   ///< as `Reduction::Filtered`
+    std::int32_t newWidth = 0;      ///< with the next four, a `NewPicture`
+    std::int32_t newHeight = 0;
+    std::uint32_t isNewSrgb = 0;
+    std::uint32_t hasNewIptc = 0;
+    std::uint32_t hasNewLocation = 0;
     /// Type identifier by the file's name, in ASCII, ended by a zero.
     std::array<char, 72> typeHint{};
 };
@@ -92,8 +98,8 @@ struct Reply {
     /// Frames or milliseconds (of a sequence's frame, as they are shown); for properties, the bytes
     /// of the result, which begins with one number for each picture: the bytes of its dictionary,
     /// which stand behind all the numbers, or `noProperties` or `noRoom`; for metadata, those of
-    /// the result, which begins with `MetadataLengths`; in the greeting, the confinements that the
-    /// kernel refused.
+    /// the result, which begins with `MetadataLengths`, or of the file with metadata; in the
+    /// greeting, the confinements that the kernel refused.
     std::uint64_t count = 0;
 };
 

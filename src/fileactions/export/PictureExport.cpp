@@ -3,11 +3,15 @@
 #include "codec/Bitmaps.h"
 #include "codec/PBImageImporterManager.h"
 #include "codec/encoding/PictureEncoder.h"
+#include "codec/process/FrameReader.h"
 
 #include <QColorSpace>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <exception>
+#include <limits>
 #include <utility>
 
 namespace fileactions {
@@ -44,7 +48,24 @@ QImage withoutEmptyBits(QImage image, const PBDictionary& properties) {
 /// Of decoders that could not make a smaller one.
 QImage withinSize(QImage image, int maxSize) {
     if (maxSize <= 0 || std::max(image.width(), image.height()) <= maxSize) return image;
-    return image.scaled(maxSize, maxSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    const QSize size = image.size().scaled(maxSize, maxSize, Qt::KeepAspectRatio);
+    return image.scaled(
+        size.expandedTo(QSize(1, 1)), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+/// How large its pixels are on paper, which goes along as metadata do; else a usual size, not what
+/// a screen of this machine has.
+void setResolution(QImage& image, const PBDictionary& properties, bool isWanted) {
+    constexpr double usual = 72;
+    constexpr double metersPerInch = 0.0254;
+    const auto perMeter = [&](const QString& key) {
+        const double dots = isWanted ? valueForKey(properties, key).toDouble() : 0;
+        const double most = std::numeric_limits<std::uint16_t>::max();
+        return static_cast<int>(
+            std::lround((dots >= 1 && dots <= most ? dots : usual) / metersPerInch));
+    };
+    image.setDotsPerMeterX(perMeter(QStringLiteral("DPIWidth")));
+    image.setDotsPerMeterY(perMeter(QStringLiteral("DPIHeight")));
 }
 
 /// A photograph that says that it is in sRGB says so when it is exported, too.
@@ -58,6 +79,15 @@ QByteArray profileOf(const codec::Frame& frame, const PBDictionary& properties) 
 
 ExportedPicture
 PictureExport::make(const QString& path, double angle, const std::stop_token& stop) {
+    try {
+        return tryToMake(path, angle, stop);
+    } catch (const std::exception&) {
+        return failed(std::errc::resource_unavailable_try_again);
+    }
+}
+
+ExportedPicture
+PictureExport::tryToMake(const QString& path, double angle, const std::stop_token& stop) {
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
     const auto importer = _importers.imageImporterForImageURL(path);
     if (!importer) return failed(std::errc::bad_message);
@@ -83,33 +113,53 @@ PictureExport::make(const QString& path, double angle, const std::stop_token& st
         withinSize(withoutEmptyBits(std::move(read.frame.image), properties), _settings.maxSize);
     if (std::fmod(angle, 360.0) != 0) image = PBUtilities::rotateImageRef(image, angle);
     if (image.isNull()) return failed(std::errc::bad_message);
+    setResolution(image, properties, _settings.hasMetadata);
 
     codec::MetadataBlocks metadata;
     bool isMetadataRead = true;
     if (_settings.hasMetadata && codec::hasMetadata(_settings.type)) {
-        const codec::ReadMetadata stored = importer->readMetadata(stop);
+        codec::ReadMetadata stored = importer->readMetadata(
+            {.size = image.size(),
+             .isSrgb = read.frame.profile.isEmpty(),
+             .hasIptc = codec::hasIptc(_settings.type),
+             .hasLocation = _settings.hasLocation},
+            stop);
         if (stop.stop_requested()) return failed(std::errc::operation_canceled);
         if (stored.status == codec::PropertiesStatus::NotNow)
             return failed(std::errc::resource_unavailable_try_again);
         isMetadataRead = stored.status == codec::PropertiesStatus::Read;
-        metadata = codec::carriedMetadata(
-            stored.blocks, {.size = image.size(),
-                            .isSrgb = read.frame.profile.isEmpty(),
-                            .hasIptc = codec::hasIptc(_settings.type),
-                            .hasLocation = _settings.hasLocation});
+        metadata = std::move(stored.blocks);
     }
+    const auto embed =
+        [&stop](QByteArray& file, const codec::MetadataBlocks& blocks, const QByteArray& profile) {
+            return codec::frameReader()->embedMetadata(file, blocks, profile, stop);
+        };
     codec::EncodedPicture encoded = codec::encodePicture(
         image, profileOf(read.frame, properties), metadata,
         {.type = _settings.type,
          .quality = _settings.quality,
          .tiffCompression = _settings.tiffCompression,
-         .threads = _threads});
+         .threads = _threads,
+         .stop = stop},
+        embed);
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
     if (encoded.bytes.isEmpty()) return failed(std::errc::not_supported);
     return {
         .error = {},
         .content = std::move(encoded.bytes),
         .isMetadataMissing = !isMetadataRead || !encoded.isMetadataWritten};
+}
+
+bool isReadable(
+    PBImageImporterManager& importers, const QString& path, const std::stop_token& stop) {
+    const auto importer = importers.imageImporterForImageURL(path);
+    if (!importer) return false;
+    codec::DecodeRequest request;
+    request.maxSize = 256;
+    request.urgency = codec::Urgency::Next;
+    const codec::ReadResult read = importer->readImage(request, stop);
+    return read.status == codec::ReadStatus::NotNow ||
+           (!read.frame.image.isNull() && read.frame.isComplete);
 }
 
 ExportedPicture exportPicture(

@@ -42,16 +42,25 @@ public:
     PictureExport(PBImageImporterManager& importers, ExportSettings settings, int threads = 1)
         : _importers(importers), _settings(std::move(settings)), _threads(threads) {}
 
-    /// `angle`: in degrees, counter-clockwise. Blocks.
+    /// `angle`: in degrees, counter-clockwise. Blocks; never throws: what there is no memory for is
+    /// not to be had now.
     [[nodiscard]] ExportedPicture
     make(const QString& path, double angle, const std::stop_token& stop);
 
 private:
+    [[nodiscard]] ExportedPicture
+    tryToMake(const QString& path, double angle, const std::stop_token& stop);
+
     PBImageImporterManager& _importers;
     const ExportSettings _settings;
     const int _threads;
     codec::process::MemoryBudget _memory;
 };
+
+/// Whether a photograph can be read at all, by a small version of it; true where that can't be told
+/// now. Blocks; any thread.
+[[nodiscard]] bool
+isReadable(PBImageImporterManager& importers, const QString& path, const std::stop_token& stop);
 
 /// A single photograph; see `PictureExport`.
 [[nodiscard]] ExportedPicture exportPicture(

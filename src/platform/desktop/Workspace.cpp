@@ -8,21 +8,23 @@
 #include <QFileInfo>
 #include <QUrl>
 
+#include <utility>
+
 namespace platform::Workspace {
 
 namespace {
 
-void openHolder(const QString& path) {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).path()));
+void openHolder(const QString& path, const std::function<void()>& failed) {
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).path()))) failed();
 }
 
 } // namespace
 
-void revealInFileManager(const QStringList& paths) {
+void revealInFileManager(const QStringList& paths, std::function<void()> failed) {
     if (paths.isEmpty()) return;
     const QString first = paths.constFirst();
     const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) return openHolder(first);
+    if (!bus.isConnected()) return openHolder(first, failed);
     QDBusMessage call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("/org/freedesktop/FileManager1"),
@@ -35,8 +37,8 @@ void revealInFileManager(const QStringList& paths) {
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call));
     QObject::connect(
         watcher, &QDBusPendingCallWatcher::finished, watcher,
-        [first](QDBusPendingCallWatcher* finished) {
-            if (finished->isError()) openHolder(first);
+        [first, failed = std::move(failed)](QDBusPendingCallWatcher* finished) {
+            if (finished->isError()) openHolder(first, failed);
             finished->deleteLater();
         });
 }

@@ -2,7 +2,6 @@
 
 #include "browser/PBImageBrowserView.h"
 #include "fileactions/marks/EditRunner.h"
-#include "platform/desktop/Workspace.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/MarkCommands.h"
 #include "shell/commands/SelectionCommands.h"
@@ -16,6 +15,7 @@
 #include "shell/panes/ThumbnailSizeSlider.h"
 #include "shell/services/ShellServices.h"
 #include "shell/sidebar/SourceSidebar.h"
+#include "ui/RevealFiles.h"
 
 #include <QMainWindow>
 #include <QToolBar>
@@ -239,7 +239,7 @@ void WindowCommands::connectLargeView() {
 
 void WindowCommands::revealInFinder() {
     if (_parts.browserPane.browserView().hasFocus()) {
-        platform::Workspace::revealInFileManager(_parts.browserPane.selectedFilePath());
+        revealFiles(_parts.window, _parts.browserPane.selectedFilePath());
     } else if (const auto folder = _parts.sourceSidebar.tree().selectedFolder()) {
         _parts.sourceSidebar.commands().revealInFinder(*folder);
     }

@@ -8,6 +8,7 @@
 #include "platform/files/TypeIdentifiers.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/Cores.h"
+#include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/files/ExportSheet.h"
 #include "shell/services/ChosenPhotographs.h"
@@ -26,6 +27,7 @@
 using fileactions::ExportSettings;
 using platform::localizedFormat;
 using platform::localizedString;
+using platform::MainLoop;
 
 namespace Types = platform::TypeIdentifiers;
 
@@ -53,7 +55,15 @@ void ExportDialogs::askSettings(
     QObject::connect(sheet, &QDialog::accepted, sheet, [sheet, chosen = std::move(chosen)] {
         chosen(sheet->settings());
     });
+    _asking = sheet;
     sheet->open();
+}
+
+bool ExportDialogs::withdraw() {
+    platform::assertMainThread();
+    const bool isAsking = _asking && _asking->isVisible();
+    if (isAsking) _asking->reject();
+    return isAsking;
 }
 
 void ExportDialogs::askFile(
@@ -84,11 +94,12 @@ void ExportDialogs::askFile(
             if (path.isEmpty()) return;
             _lastFolder = QFileInfo(path).path();
             // Under the name that gets its extension here nobody has asked for anything, nor for
-            // what comes to a free name meanwhile.
+            // a file that comes to be only now.
             const bool isOfType = Types::equal(Types::forExtension(QFileInfo(path).suffix()), type);
             const QString extension = u'.' + Types::preferredExtension(type);
             chosen(isOfType ? path : path + extension, isOfType && QFileInfo::exists(path));
         });
+    _asking = dialog;
     dialog->open();
 }
 
@@ -96,6 +107,10 @@ void ExportDialogs::tellMetadataMissing(std::int64_t count) {
     showWindowAlert(
         _window, count == 1 ? localizedString(u"ExportWithoutMetadata")
                             : localizedFormat(u"ExportsWithoutMetadata", {count}));
+}
+
+ExportCommands::~ExportCommands() {
+    _stopReading.request_stop();
 }
 
 std::vector<ExportCommands::Photograph> ExportCommands::photographs() const {
@@ -126,6 +141,30 @@ void ExportCommands::exportImage() {
     _environment.exportQuestions.askSettings(
         firstSettings(chosen.front().path), std::ssize(chosen),
         [this, chosen](const ExportSettings& settings) { choosePlace(chosen, settings); });
+    if (chosen.size() == 1) tellIfUnreadable(chosen.front());
+}
+
+void ExportCommands::tellIfUnreadable(const Photograph& photograph) {
+    _stopReading.request_stop();
+    _stopReading = std::stop_source();
+    _reading.addOperation([this, alive = std::weak_ptr(_alive), photograph,
+                           stop = _stopReading.get_token(),
+                           &importers = _environment.imageImporterManager] {
+        const QString path = QFile::decodeName(photograph.path);
+        if (fileactions::isReadable(importers, path, stop)) return;
+        MainLoop* loop = MainLoop::instance();
+        if (!loop) return;
+        loop->post(MainLoop::Mode::Common, [this, alive, photograph, stop] {
+            if (alive.expired() || stop.stop_requested()) return;
+            if (!_environment.exportQuestions.withdraw()) return;
+            _environment.questions.tellFailure(
+                FileQuestions::Deed::Export,
+                {.path = photograph.path,
+                 .destination = {},
+                 .error = std::make_error_code(std::errc::bad_message)},
+                1, [] {});
+        });
+    });
 }
 
 /// Until a place is chosen, nothing is remembered.
@@ -161,6 +200,7 @@ void ExportCommands::choosePlace(
 void ExportCommands::write(
     const std::vector<Photograph>& photographs, const QByteArray& folder,
     const std::vector<QByteArray>& names, bool replaces) {
+    _stopReading.request_stop();
     const auto missing = std::make_shared<std::atomic<std::int64_t>>(0);
     auto work = [photographs, folder, names, replaces, missing, settings = _settings,
                  &importers =

@@ -1,13 +1,17 @@
 #pragma once
 
 #include "fileactions/export/PictureExport.h"
+#include "platform/tasks/OperationQueue.h"
 #include "shell/files/FileTasks.h"
 
+#include <QDialog>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 #include <functional>
 #include <memory>
+#include <stop_token>
 #include <vector>
 
 class ChosenPhotographs;
@@ -32,6 +36,8 @@ public:
     virtual void askFile(
         const QString& name, const Settings& settings,
         std::function<void(const QString& path, bool replaces)> chosen) = 0;
+    /// Closes what is being asked of these, without an answer; false where nothing is.
+    virtual bool withdraw() = 0;
     /// The export is done, but these photographs are without metadata that were wanted.
     virtual void tellMetadataMissing(std::int64_t count) = 0;
 };
@@ -47,11 +53,13 @@ public:
     void askFile(
         const QString& name, const Settings& settings,
         std::function<void(const QString& path, bool replaces)> chosen) override;
+    bool withdraw() override;
     void tellMetadataMissing(std::int64_t count) override;
 
 private:
     QWidget& _window;
     QString _lastFolder;
+    QPointer<QDialog> _asking;
 };
 
 /// The export of the chosen photographs. Its settings stay for the run of the program. Main thread.
@@ -71,6 +79,8 @@ public:
     };
     /// All that is named outlives this object.
     explicit ExportCommands(Environment environment) : _environment(std::move(environment)) {}
+    /// Waits for what is being read.
+    ~ExportCommands() override;
 
     void exportImage();
 
@@ -82,6 +92,8 @@ private:
     };
     [[nodiscard]] std::vector<Photograph> photographs() const;
     [[nodiscard]] fileactions::ExportSettings firstSettings(const QByteArray& path) const;
+    /// Says while the questions are open that the photograph can't be read, and closes them.
+    void tellIfUnreadable(const Photograph& photograph);
     void choosePlace(
         const std::vector<Photograph>& photographs, const fileactions::ExportSettings& settings);
     /// To files of these names in the folder.
@@ -91,4 +103,8 @@ private:
 
     const Environment _environment;
     fileactions::ExportSettings _settings; ///< its type empty before the first export
+    std::stop_source _stopReading;         ///< of the photograph that is asked about
+    /// Expires with this object; looked at on the main thread only.
+    std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
+    platform::OperationQueue _reading{QStringLiteral("export")}; // ends before all else
 };

@@ -126,13 +126,13 @@ void ShareCommands::openWithMenuNeedsUpdate(QMenu& menu) {
 void ShareCommands::fill(QMenu& menu, bool withOriginals) {
     platform::assertMainThread();
     menu.clear();
+    const int request = ++_requests;
+    menu.setProperty(requestProperty, request);
     if (!_environment.chosen.first()) {
         addNotice(menu, u"No Photo Selected");
         return;
     }
     addNotice(menu, u"LookingForPrograms");
-    const int request = ++_requests;
-    menu.setProperty(requestProperty, request);
     _environment.sharingServicesForItems(
         chosenTypes(), [this, alive = std::weak_ptr(_alive), request, withOriginals,
                         shown = QPointer(&menu)](const std::vector<ShareService>& services) {

@@ -78,14 +78,15 @@ ShareServices::There ShareServices::look(const QStringList& mimeTypes) {
 
 void ShareServices::find(const QStringList& mimeTypes, const Found& found) {
     const QString key = mimeTypes.join(u' ');
-    if (const auto known = _known.constFind(key); known != _known.cend()) found(services(*known));
+    std::optional<There> told;
+    if (const auto known = _known.constFind(key); known != _known.cend()) told = *known;
+    if (told) found(services(*told));
     inBackground(
         [mimeTypes] { return look(mimeTypes); },
-        [this, key, found](const There& there) {
-            const auto known = _known.constFind(key);
-            if (known != _known.cend() && *known == there) return;
+        [this, key, told, found](const There& there) {
             _known.insert(key, there);
-            found(services(there));
+            // Compared with what this one was told: others may have asked meanwhile.
+            if (told != there) found(services(there));
         });
 }
 

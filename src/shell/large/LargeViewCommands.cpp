@@ -1,7 +1,7 @@
 #include "shell/large/LargeViewCommands.h"
 
-#include "platform/desktop/Workspace.h"
 #include "shell/large/LargeView.h"
+#include "ui/RevealFiles.h"
 #include "viewer/PBImageView.h"
 
 using Command = MenuCommand;
@@ -50,7 +50,7 @@ bool LargeViewCommands::perform(MenuCommand command) const {
         bin.navigateToLastImage();
         break;
     case Command::revealInFinder:
-        platform::Workspace::revealInFileManager({controller.shownPath()});
+        revealFiles(image, {controller.shownPath()});
         break;
     default:
         return false;

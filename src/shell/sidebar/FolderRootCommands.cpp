@@ -7,7 +7,6 @@
 #include "library/OpenedRoots.h"
 #include "library/PBAliasResolver.h"
 #include "library/PBSourceTreeDataSource.h"
-#include "platform/desktop/Workspace.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 #include "platform/tasks/Mutex.h"
@@ -15,6 +14,7 @@
 #include "shell/sidebar/FolderPrompts.h"
 #include "shell/sidebar/RootRelocation.h"
 #include "shell/sidebar/SourceTreeController.h"
+#include "ui/RevealFiles.h"
 
 #include <utility>
 
@@ -217,5 +217,5 @@ void FolderRootCommands::rootsCameBack(const PBAliasObject* askedFor) {
 
 void FolderRootCommands::revealInFinder(const PBFolderItem& item) {
     const QString path = item.folderPath();
-    if (!path.isEmpty()) platform::Workspace::revealInFileManager({path});
+    if (!path.isEmpty()) revealFiles(_parts.tree.window(), {path});
 }

@@ -41,6 +41,8 @@ public:
     void select(const PBFolderItem& item);
     void clearSelection();
     [[nodiscard]] bool hasFocus() const { return _view.hasFocus(); }
+    /// The window that the sidebar is in.
+    [[nodiscard]] QWidget& window() const { return *_view.window(); }
     [[nodiscard]] bool isExpanded(const PBFolderItem& item) const;
 
     /// The item becomes a row, and is selected.

@@ -227,13 +227,13 @@ TEST_F(DecoderPoolTest, propertiesOfManyPicturesAreReadTogetherAndAloneAfterALos
     EXPECT_NE(::kill(child, 0), 0);
 }
 
-TEST_F(DecoderPoolTest, metadataComeInBlocksThatHaveABound) {
+TEST_F(DecoderPoolTest, metadataComeInBlocksThatHaveABoundAndGoIntoOtherFiles) {
     const auto photograph = [](std::size_t textLength) {
         return pictures::fileOf(pictures::withMetadata(
             pictures::saved(QImage(40, 30, QImage::Format_RGB32), "TIFF"),
             [textLength](Exiv2::ExifData& exif, Exiv2::IptcData& iptc, Exiv2::XmpData& xmp) {
                 exif["Exif.Image.Make"] = "Maker";
-                iptc["Iptc.Application2.Caption"] = "Caption";
+                iptc["Iptc.Application2.Caption"] = "Caption caf\xe9";
                 xmp["Xmp.dc.source"] = std::string(textLength, 't');
                 xmp["Xmp.dc.format"] = "image";
             }));
@@ -241,22 +241,40 @@ TEST_F(DecoderPoolTest, metadataComeInBlocksThatHaveABound) {
     DecoderPool pool(settings(1));
     using codec::PropertiesStatus;
     for (const std::size_t length : {std::size_t{10}, std::size_t{3} << 20}) {
-        const auto [status, blocks] = pool.metadataBlocks(photograph(length).get(), {});
+        const auto [status, blocks] = pool.metadataBlocks(photograph(length).get(), {}, {});
         EXPECT_EQ(status, PropertiesStatus::Read);
         EXPECT_TRUE(blocks.exif.contains("Maker") && blocks.iptc.contains("Caption"));
         EXPECT_TRUE(blocks.xmp.contains("image"));
         EXPECT_EQ(blocks.xmp.contains("tttttttttt"), length == 10);
         EXPECT_EQ(blocks.isComplete, length == 10);
     }
-    EXPECT_TRUE(pool.metadataBlocks(orders("nonsense").get(), {}).blocks.isEmpty());
-    EXPECT_EQ(pool.metadataBlocks(orders("").get(), {}).status, PropertiesStatus::Unreadable);
+    const Descriptor file = photograph(10);
+    const auto carried =
+        pool.metadataBlocks(file.get(), {.size = {7, 9}, .isSrgb = false, .hasIptc = false}, {});
+    EXPECT_TRUE(carried.blocks.iptc.isEmpty());
+    EXPECT_TRUE(carried.blocks.xmp.contains("Caption caf\xc3\xa9"))
+        << "without a file that a confined process can't open";
+    QByteArray made = pictures::jpeg();
+    EXPECT_TRUE(pool.embedMetadata(made, carried.blocks, QByteArray(100'000, 'p'), {}));
+    EXPECT_EQ(pictures::entry(pictures::propertiesOf(made), u"TIFF.Make"_s), u"Maker"_s);
+    EXPECT_EQ(pictures::entry(pictures::propertiesOf(made), u"Exif.PixelYDimension"_s), u"9"_s);
+    EXPECT_TRUE(made.contains(QByteArray(30'000, 'p')));
+    QByteArray nonsense = "nonsense";
+    EXPECT_FALSE(pool.embedMetadata(nonsense, carried.blocks, {}, {}));
+    EXPECT_EQ(nonsense, "nonsense");
+    codec::MetadataBlocks damaged;
+    damaged.xmp = "<x";
+    EXPECT_FALSE(pool.embedMetadata(made, damaged, {}, {})) << "not told that there is no XMP";
+
+    EXPECT_TRUE(pool.metadataBlocks(orders("nonsense").get(), {}, {}).blocks.isEmpty());
+    EXPECT_EQ(pool.metadataBlocks(orders("").get(), {}, {}).status, PropertiesStatus::Unreadable);
     std::stop_source stopped;
     stopped.request_stop();
-    const Descriptor file = photograph(10);
     EXPECT_EQ(
-        pool.metadataBlocks(file.get(), stopped.get_token()).status, PropertiesStatus::NotNow);
+        pool.metadataBlocks(file.get(), {}, stopped.get_token()).status, PropertiesStatus::NotNow);
+    EXPECT_FALSE(pool.embedMetadata(made, carried.blocks, {}, stopped.get_token()));
     DecoderPool missing({.executable = "/no/such/program", .processes = 1});
-    EXPECT_EQ(missing.metadataBlocks(file.get(), {}).status, PropertiesStatus::NotNow);
+    EXPECT_EQ(missing.metadataBlocks(file.get(), {}, {}).status, PropertiesStatus::NotNow);
 }
 
 TEST_F(DecoderPoolTest, processesGoFirstWhereMemoryIsShortAndOutliveTheThreadThatAskedForThem) {

@@ -1,15 +1,16 @@
-#include "codec/encoding/CarriedMetadata.h"
+#include "codec/metadata/CarriedMetadata.h"
 
 #include "codec/metadata/MetadataReader.h"
+#include "codec/metadata/TextDecoding.h"
 
 #include <exiv2/exiv2.hpp>
-#include <exiv2/webpimage.hpp>
 
 #include <algorithm>
 #include <cstdint>
 #include <initializer_list>
 #include <iterator>
 #include <span>
+#include <stdexcept>
 #include <string>
 
 namespace codec {
@@ -23,23 +24,37 @@ Bytes bytesOf(const QByteArray& file) {
 }
 
 bool containsAny(const std::string& text, std::initializer_list<const char*> words) {
-    const QString low = QString::fromStdString(text).toLower();
     return std::ranges::any_of(
-        words, [&low](const char* word) { return low.contains(QLatin1String(word)); });
+        words, [&text](const char* word) { return text.find(word) != std::string::npos; });
 }
 
+std::string inSmallLetters(const std::string& text) {
+    return QString::fromStdString(text).toLower().toStdString();
+}
+
+/// Cameras that know where they are say so in notes of their own, too.
 bool isPlace(const Exiv2::Exifdatum& datum) {
-    return datum.groupName() == "GPSInfo" || datum.key() == "Exif.Image.GPSTag";
+    const std::string group = datum.groupName();
+    if (group == "GPSInfo" || datum.key() == "Exif.Image.GPSTag") return true;
+    const std::string tag = datum.tagName();
+    return Exiv2::ExifTags::isMakerGroup(group) &&
+           (tag == "State" ||
+            containsAny(
+                tag, {"GPS", "Latitude", "Longitude", "City", "Country", "Landmark", "Location"}));
 }
 
 /// Names of places as much as their coordinates.
 bool isPlace(const Exiv2::Xmpdatum& datum) {
     const std::string group = datum.groupName();
+    constexpr const char* groups[] = {"photoshop", "mediapro", "expressionmedia", "xmpDM", "dwc"};
+    const bool isKnown =
+        std::ranges::any_of(groups, [&group](const char* each) { return group == each; });
     // Where the photographer can be reached is another matter.
-    const bool isNamed = (group == "photoshop" || group.starts_with("iptc")) &&
+    const bool isNamed = (isKnown || group.starts_with("iptc")) &&
                          !datum.tagName().starts_with("CreatorContactInfo");
-    return containsAny(datum.key(), {"gps", "latitude", "longitude"}) ||
-           (isNamed && containsAny(datum.tagName(), {"city", "state", "country", "location"}));
+    return containsAny(inSmallLetters(datum.key()), {"gps", "latitude", "longitude"}) ||
+           (isNamed &&
+            containsAny(inSmallLetters(datum.tagName()), {"city", "state", "country", "location"}));
 }
 
 /// Record and data set of IPTC's Information Interchange Model, version 4.
@@ -99,10 +114,27 @@ QByteArray carriedIptc(Exiv2::IptcData& iptc, const NewPicture& picture) {
     return {reinterpret_cast<const char*>(buffer.pData_), static_cast<qsizetype>(buffer.size_)};
 }
 
+/// All texts in one character set: the library's own conversion needs files that a confined process
+/// may not open.
+Exiv2::IptcData inUtf8(const Exiv2::IptcData& iptc) {
+    Exiv2::IptcData decoded;
+    for (const Exiv2::Iptcdatum& datum : iptc) {
+        if (const auto* text = dynamic_cast<const Exiv2::StringValueBase*>(&datum.value())) {
+            const QByteArrayView bytes(
+                text->value_.data(), static_cast<qsizetype>(text->value_.size()));
+            Exiv2::StringValue value(decodeText(bytes).toStdString());
+            decoded.add(Exiv2::IptcKey(datum.tag(), datum.record()), &value);
+        } else {
+            decoded.add(datum);
+        }
+    }
+    return decoded;
+}
+
 /// What IPTC says and XMP does not.
 void addTo(Exiv2::XmpData& xmp, const Exiv2::IptcData& iptc) {
     Exiv2::XmpData told;
-    Exiv2::copyIptcToXmp(iptc, told);
+    Exiv2::copyIptcToXmp(inUtf8(iptc), told, "UTF-8");
     for (const Exiv2::Xmpdatum& datum : told)
         if (xmp.findKey(Exiv2::XmpKey(datum.key())) == xmp.end()) xmp.add(datum);
 }
@@ -120,8 +152,26 @@ QByteArray carriedXmp(Exiv2::XmpData& xmp, const NewPicture& picture) {
     replace("Xmp.exif.PixelYDimension", picture.size.height());
     replace("Xmp.exif.ColorSpace", picture.isSrgb ? 1 : 0xffff);
     std::string packet;
-    if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0) return {};
+    if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
+        throw std::runtime_error("packet");
     return QByteArray::fromStdString(packet);
+}
+
+/// Of a packet, if there is one; throws where it is damaged.
+Exiv2::XmpData xmpOf(const QByteArray& packet) {
+    Exiv2::XmpData xmp;
+    if (!packet.isEmpty() && Exiv2::XmpParser::decode(xmp, packet.toStdString()) != 0)
+        throw std::runtime_error("packet");
+    return xmp;
+}
+
+/// The same of data sets.
+Exiv2::IptcData iptcOf(const QByteArray& block) {
+    Exiv2::IptcData iptc;
+    if (!block.isEmpty() &&
+        Exiv2::IptcParser::decode(iptc, bytesOfBlock(block), sizeOfBlock(block)) != 0)
+        throw std::runtime_error("data sets");
+    return iptc;
 }
 
 Exiv2::Image::AutoPtr openFile(const QByteArray& file) {
@@ -134,8 +184,6 @@ Exiv2::Image::AutoPtr openFile(const QByteArray& file) {
         return Exiv2::newPngInstance(io, false);
     case Container::Tiff:
         return Exiv2::newTiffInstance(io, false);
-    case Container::WebP:
-        return Exiv2::newWebPInstance(io, false);
     case Container::Jpeg2000:
         return Exiv2::newJp2Instance(io, false);
     default:
@@ -147,25 +195,14 @@ void fill(Exiv2::Image& image, const MetadataBlocks& metadata) {
     if (!metadata.exif.isEmpty()) {
         Exiv2::ExifData exif;
         const Exiv2::ByteOrder order = Exiv2::ExifParser::decode(
-            exif, reinterpret_cast<const Exiv2::byte*>(metadata.exif.constData()),
-            static_cast<std::uint32_t>(metadata.exif.size()));
+            exif, bytesOfBlock(metadata.exif), sizeOfBlock(metadata.exif));
         // A TIFF file has tags of its own, which say where its pixels are.
         for (const Exiv2::Exifdatum& datum : exif)
             image.exifData()[datum.key()].setValue(&datum.value());
         if (image.byteOrder() == Exiv2::invalidByteOrder) image.setByteOrder(order);
     }
-    if (!metadata.iptc.isEmpty()) {
-        Exiv2::IptcData iptc;
-        if (Exiv2::IptcParser::decode(
-                iptc, reinterpret_cast<const Exiv2::byte*>(metadata.iptc.constData()),
-                static_cast<std::uint32_t>(metadata.iptc.size())) == 0) {
-            image.setIptcData(iptc);
-        }
-    }
-    if (!metadata.xmp.isEmpty()) {
-        Exiv2::XmpData xmp;
-        if (Exiv2::XmpParser::decode(xmp, metadata.xmp.toStdString()) == 0) image.setXmpData(xmp);
-    }
+    if (!metadata.iptc.isEmpty()) image.setIptcData(iptcOf(metadata.iptc));
+    if (!metadata.xmp.isEmpty()) image.setXmpData(xmpOf(metadata.xmp));
 }
 
 } // namespace
@@ -184,23 +221,24 @@ MetadataBlocks carriedMetadata(const MetadataBlocks& blocks, const NewPicture& p
         }
     };
     Exiv2::IptcData iptc;
-    Exiv2::XmpData xmp;
     carry([&] {
         if (!blocks.exif.isEmpty()) carried.exif = carriedExif(blocks.exif, picture);
     });
     carry([&] {
-        const QByteArray& block = blocks.iptc;
-        const bool isThere =
-            !block.isEmpty() &&
-            Exiv2::IptcParser::decode(iptc, bytesOfBlock(block), sizeOfBlock(block)) == 0;
-        if (isThere && picture.hasIptc) carried.iptc = carriedIptc(iptc, picture);
+        iptc = iptcOf(blocks.iptc);
+        if (picture.hasIptc) carried.iptc = carriedIptc(iptc, picture);
     });
+    Exiv2::XmpData xmp;
+    carry([&] { xmp = xmpOf(blocks.xmp); });
     carry([&] {
-        if (!blocks.xmp.isEmpty() && Exiv2::XmpParser::decode(xmp, blocks.xmp.toStdString()) != 0)
-            xmp.clear();
         if (!picture.hasIptc) addTo(xmp, iptc);
         carried.xmp = carriedXmp(xmp, picture);
     });
+    for (QByteArray* block : {&carried.exif, &carried.iptc, &carried.xmp}) {
+        if (block->size() <= largestMetadataBlock) continue;
+        block->clear();
+        carried.isComplete = false;
+    }
     return carried;
 }
 
@@ -216,7 +254,8 @@ bool embedMetadata(QByteArray& file, const MetadataBlocks& metadata, const QByte
             Exiv2::DataBuf bytes(
                 reinterpret_cast<const Exiv2::byte*>(profile.constData()),
                 static_cast<long>(profile.size()));
-            image->setIccProfile(bytes);
+            // Its own test takes none that says another length than it has.
+            image->setIccProfile(bytes, false);
         }
         image->writeMetadata();
         Exiv2::BasicIo& io = image->io();
