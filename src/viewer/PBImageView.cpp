@@ -94,10 +94,8 @@ void PBImageView::showImage() {
 
 void PBImageView::imageDidChange() {
     platform::assertMainThread();
-    if (const auto item = _host.focusImageFileItem()) {
-        _geometry.setImageSize(item->imageSize());
-        start(_geometry.rotateToAngle(-item->rotateAngle()));
-    }
+    if (const auto item = _host.focusImageFileItem()) _geometry.setImageSize(item->imageSize());
+    followRotation();
     updatePrevNextButton();
     startPlayTimer();
     update();
@@ -165,16 +163,10 @@ double PBImageView::zoomSlide(double slider) {
     return snapped;
 }
 
-void PBImageView::cwRotate() {
-    start(_geometry.cwRotate());
-}
-
-void PBImageView::ccwRotate() {
-    start(_geometry.ccwRotate());
-}
-
-void PBImageView::rotateToAngle(double degrees) {
-    start(_geometry.rotateToAngle(degrees));
+/// Edits may come faster than the picture turns: it goes on to where they have come meanwhile.
+void PBImageView::followRotation() {
+    if (const auto item = _host.focusImageFileItem())
+        start(_geometry.rotateToAngle(-item->rotateAngle()));
 }
 
 void PBImageView::scrollByDelta(const QPointF& delta) {
@@ -186,7 +178,9 @@ void PBImageView::tick() {
     const bool hasEnded = _input.tick();
     if (_player.playTimerMethod(framesNow())) update();
     settle();
-    if (hasEnded) _host.revalidateToolbar();
+    if (!hasEnded) return;
+    followRotation();
+    _host.revalidateToolbar();
 }
 
 bool PBImageView::isAtRest() const {

@@ -207,6 +207,12 @@ TEST_F(PBImageViewTest, aFileThatChangedIsShownInItsPlaceAndTurnsToItsRotation) 
     EXPECT_EQ(view.angle(), 180);
     EXPECT_TRUE(view.isFitIn());
     EXPECT_EQ(view.imageGeometry().placement().imageSize(), QSizeF(400, 400));
+    for (const double angle : {90, 0}) { // the second while it turns to the first
+        item->setRotateAngle(angle);
+        view.imageDidChange();
+    }
+    EXPECT_TRUE(rests());
+    EXPECT_EQ(view.angle(), 0);
 }
 
 TEST_F(PBImageViewTest, theButtonsFadeInNearThemAndStep) {
