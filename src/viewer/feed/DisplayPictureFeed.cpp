@@ -14,11 +14,12 @@ constexpr double fewPixels = 500'000;
 
 class DisplayPictureFeed::Work {
 public:
-    explicit Work(DisplayState state) : picture{std::move(state), {}, {}} {}
+    explicit Work(DisplayState wanted) : state(std::move(wanted)) {}
     void make() {
-        picture = resampledPicture(picture.state, [this] { return isStopped.load(); });
+        picture = resampledPicture(state, [this] { return isStopped.load(); });
     }
 
+    const DisplayState state;
     DisplayPicture picture; // the queue's, until it is posted
     std::atomic<bool> isStopped = false;
 };
@@ -35,7 +36,7 @@ DisplayPictureFeed::~DisplayPictureFeed() {
 const DisplayPicture* DisplayPictureFeed::pictureFor(const DisplayState& state) {
     platform::assertMainThread();
     if (_picture && isMadeFor(state)) return &*_picture;
-    if (_work && _work->picture.state == state) return nullptr;
+    if (_work && _work->state == state) return nullptr;
     clear();
     if (pixelsTouched(state) <= fewPixels) {
         keep(resampledPicture(state));
