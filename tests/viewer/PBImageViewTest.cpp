@@ -163,8 +163,11 @@ TEST_F(PBImageViewTest, theMiniatureMovesThePictureByItsMark) {
     const QImage seen = miniature->grab().toImage();
     EXPECT_EQ(seen.pixelColor(middle.toPoint()), QColor(Qt::yellow));
     EXPECT_LT(seen.pixelColor(QPoint(seen.width() / 2, 3)).red(), 160); // dimmed outside the mark
-    view.setNavigationEnabled(false);
+    support::sendMouse(*miniature, QEvent::MouseButtonPress, middle);
+    EXPECT_FALSE(view.isAtRest());
+    view.setNavigationEnabled(false); // under the hand, as where a step leads to another picture
     EXPECT_FALSE(miniature->isVisible());
+    EXPECT_TRUE(view.isAtRest());
 }
 
 TEST_F(PBImageViewTest, wheelAndGesturesArriveFromTheirEvents) {
