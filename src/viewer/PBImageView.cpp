@@ -468,9 +468,13 @@ QImage PBImageView::miniature(int side) {
     const auto item = _host.focusImageFileItem();
     if (!item) return {};
     QImage image = _pictures.thumbnailOf(*item);
-    // The thumbnail is at hand and mostly large enough; else the version, made small once.
-    if (std::max(image.width(), image.height()) < side / 2)
-        image = _pictures.pictureOf(*item, scale(), 0).image;
+    // The thumbnail is at hand and mostly large enough; else the version, made small once. That is
+    // the smallest one: of a large original it would take longer than a frame.
+    if (std::max(image.width(), image.height()) < side / 2) {
+        const QSizeF size = placement().imageSize();
+        const double zoom = side / devicePixelRatioF() / std::max(size.width(), size.height());
+        image = _pictures.pictureOf(*item, zoom).image;
+    }
     if (image.isNull()) return {};
     if (_miniature.cacheKey == image.cacheKey() && _miniature.side == side) return _miniature.image;
     const QSize size = codec::reducedSize(image.size(), side);
