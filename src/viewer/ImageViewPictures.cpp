@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 
 namespace {
@@ -96,7 +97,12 @@ void ImageViewPictures::requestFocus(double zoomScale) {
 
 void ImageViewPictures::tryPreloadNextOrPrevImage() {
     if (_host.isSlideShowMode()) return;
-    _requests.tryPreloadNextOrPrevImage(_host.preloadImageFileItemWithCount(preloadCount), *this);
+    auto neighbours = _host.preloadImageFileItemWithCount(preloadCount);
+    // Whichever way the user goes, the nearest comes next.
+    std::ranges::sort(neighbours, {}, [focus = _host.focusIndex()](const IndexedImage& image) {
+        return std::abs(image.index - focus);
+    });
+    _requests.tryPreloadNextOrPrevImage(neighbours, *this);
 }
 
 void ImageViewPictures::tryPreloadOriginalImage() {

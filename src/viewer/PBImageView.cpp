@@ -82,6 +82,7 @@ void PBImageView::showImage() {
     else
         _geometry.showImage({}, 0);
     _pictures.focusDidChange();
+    requestFocus();
     _isWaitingForPicture = false;
     updateSpinner();
     updatePrevNextButton();
@@ -90,6 +91,13 @@ void PBImageView::showImage() {
     update();
     settle();
     ImageViewAccessible::imageDidChange(*this);
+}
+
+/// Ahead of the first paint: a neighbour that begins until then would be stopped for it.
+void PBImageView::requestFocus() {
+    const auto item = _host.focusImageFileItem();
+    if (!item || _host.isSlideShowMode() || placement().viewport().isEmpty()) return;
+    if (!_pictures.isAway(*item)) _pictures.requestFocus(scale());
 }
 
 void PBImageView::imageDidChange() {

@@ -140,6 +140,7 @@ private:
     void miniatureDragDidEnd() override { settle(); }
 
     void start(const std::optional<GeometryAnimation>& animation);
+    void requestFocus();
     void followRotation();
     void tick();
     /// After anything that may have changed the geometry: repaints what it has to, tells of the

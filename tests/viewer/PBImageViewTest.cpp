@@ -76,6 +76,21 @@ TEST_F(PBImageViewTest, aStepShowsTheNeighbourThatWasLoadedAheadAtOnce) {
     EXPECT_EQ(host.asked, u"flag"_s.split(u' '));
 }
 
+TEST_F(PBImageViewTest, aPhotographThatIsNotThereBeginsBeforeItsNeighboursTheNearestOfThemNext) {
+    for (const QString& name : {u"0.jpg"_s, u"1.jpg"_s, u"2.jpg"_s, u"3.jpg"_s})
+        add(name, {{600, 400}, Qt::red});
+    show();
+    EXPECT_TRUE(isSharp());
+    files.setHeld(true);
+    host.isBackward = true;
+    host.moveTo(3);
+    EXPECT_TRUE(manager.loadImageOperationOfContextObj(*host.items[3], 1).isLoading);
+    QStringList waiting;
+    for (const auto& operation : manager.waitingOperations())
+        waiting += operation->contextObj()->fileName();
+    EXPECT_EQ(waiting, QStringList({u"2.jpg"_s, u"1.jpg"_s}));
+}
+
 TEST_F(PBImageViewTest, whatCannotBeShownSaysSoOverItsThumbnail) {
     const auto damaged = add(u"one.jpg"_s, {{600, 400}, Qt::red, true});
     thumbnail = filled(Qt::yellow);
