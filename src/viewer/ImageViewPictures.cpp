@@ -51,6 +51,8 @@ ImageViewPictures::Picture ImageViewPictures::pictureOf(
         const std::size_t count = found.images->imageCount();
         picture.frame = count == 0 ? 0 : std::min(frame, count - 1);
         picture.image = found.images->imageAtIndex(picture.frame);
+        // A version that came with another zoom has to play up to there first.
+        if (picture.image.isNull()) picture.image = found.images->imageAtIndex(picture.frame = 0);
     }
     if (!picture.image.isNull()) return picture;
     picture.images = thumbnailImages(item);
