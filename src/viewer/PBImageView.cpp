@@ -373,8 +373,9 @@ ImageScene PBImageView::sceneNow() {
     }
     const ImageViewPictures::Picture picture =
         _pictures.pictureOf(*item, scale(), _player.indexOfImages());
-    // Before the file was looked into its size is not known.
-    if (!placement().hasImage() && !picture.image.isNull()) {
+    // Before the file was looked into its size is not known: that of the thumbnail, then of the
+    // picture, which is loaded in full.
+    if (item->imageSize().isEmpty() && !picture.image.isNull()) {
         _geometry.setImageSize(picture.image.size());
         scene.placement = placement();
     }

@@ -233,6 +233,14 @@ TEST_F(PBImageViewTest, aFileThatChangedIsShownInItsPlaceAndTurnsToItsRotation) 
     EXPECT_EQ(view.angle(), 0);
 }
 
+TEST_F(PBImageViewTest, aPhotographOfUnknownSizeHasThatOfItsPictureOnceItIsThere) {
+    add(u"one.jpg"_s, {{600, 400}, Qt::red})->setImageSize({});
+    thumbnail = filled(Qt::yellow);
+    show();
+    EXPECT_TRUE(isSharp());
+    EXPECT_EQ(view.imageGeometry().placement().imageSize(), QSizeF(600, 400));
+}
+
 TEST_F(PBImageViewTest, theButtonsFadeInNearThemAndStep) {
     add(u"one.jpg"_s, {{600, 400}, Qt::red});
     add(u"two.jpg"_s, {{600, 400}, Qt::green});
