@@ -119,7 +119,9 @@ void PhotoBin::stoppedAt(std::int64_t index, int direction) {
 std::vector<IndexedImage> PhotoBin::preloadImageFileItemWithCount(std::int64_t count) const {
     std::vector<IndexedImage> items;
     if (_focusIndex < 0) return items;
-    const bool isBackward = _loadDirection == -1;
+    // From an end there is one way only, whichever led there.
+    const bool isBackward =
+        _focusIndex > 0 && (_loadDirection == -1 || _focusIndex == this->count() - 1);
     const std::int64_t begin =
         isBackward ? std::max<std::int64_t>(0, _focusIndex - count) : _focusIndex + 1;
     const std::int64_t end =

@@ -70,7 +70,8 @@ public:
     void stoppedAt(std::int64_t index, int direction);
 
     /// Up to so many photographs in the direction of the last move, with their indices: those
-    /// behind the focus, the nearest first; or those before it, the nearest last.
+    /// behind the focus, the nearest first; or those before it, the nearest last. At an end, those
+    /// of the other direction.
     [[nodiscard]] std::vector<IndexedImage> preloadImageFileItemWithCount(std::int64_t count) const;
 
 private:
