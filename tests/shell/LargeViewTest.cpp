@@ -9,6 +9,7 @@
 #include "shell/panes/InfoPane.h"
 #include "shell/sidebar/SourceSidebar.h"
 #include "shell/toolbar/MainToolbar.h"
+#include "viewer/PBImageView.h"
 
 #include <QMainWindow>
 #include <QMenuBar>
@@ -211,8 +212,10 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     EXPECT_EQ(shown(), u"C|"_s);
     EXPECT_EQ(bin().focusImageFileItem()->rotateAngle(), 90);
     EXPECT_EQ(large().chosenImageFileItem(), nullptr) << "it only stands in";
+    large().controller().imageView().actualSize();
     publish(items);
     EXPECT_EQ(bin().focusImageFileItem(), items[2]);
+    EXPECT_FALSE(large().controller().imageView().isFitIn()) << "the zoom stays";
     EXPECT_EQ(shown(), u"abCd|c"_s);
     EXPECT_EQ(large().chosenImageFileItem(), items[2]);
 }

@@ -51,10 +51,13 @@ void PhotoBin::refreshFocusIndex() {
     takeFocus(std::clamp<std::int64_t>(_focusIndex, 0, count() - 1));
 }
 
-/// A scan brought the photograph again: it stays on show.
 void PhotoBin::replaceFocus(std::int64_t index) {
-    const auto former = std::exchange(_focusImageFileItem, itemAt(index));
     _focusIndex = index;
+    replaceFocusImageFileItem(itemAt(index));
+}
+
+void PhotoBin::replaceFocusImageFileItem(const std::shared_ptr<PBImageFileItem>& item) {
+    const auto former = std::exchange(_focusImageFileItem, item);
     former->setIsSelected(false);
     _focusImageFileItem->setIsSelected(true);
     _host.focusWasReplaced(former, _focusImageFileItem);
