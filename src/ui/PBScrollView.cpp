@@ -3,8 +3,8 @@
 #include "platform/tasks/MainThread.h"
 #include "ui/PBScroller.h"
 #include "ui/TouchPush.h"
+#include "ui/WheelPixels.h"
 
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QTimerEvent>
 #include <QWheelEvent>
@@ -27,12 +27,6 @@ QPointF turnsOf(const QWheelEvent& event) {
 template <class Point>
 auto larger(const Point& delta) {
     return std::abs(delta.x()) > std::abs(delta.y()) ? delta.x() : delta.y();
-}
-
-/// X servers tell them in units of each driver's own.
-bool hasPixels(const QWheelEvent& event) {
-    static const bool isX11 = QGuiApplication::platformName() == QLatin1String("xcb");
-    return !isX11 && !event.pixelDelta().isNull();
 }
 
 } // namespace
@@ -173,8 +167,8 @@ void PBScrollView::wheelEvent(QWheelEvent* event) {
     event->accept();
     if (event->phase() != Qt::NoScrollPhase && useMagicScroll()) return scrollNatively(*event);
     if (event->phase() == Qt::ScrollMomentum) return;
-    const QPointF deltas =
-        hasPixels(*event) ? QPointF(event->pixelDelta()) : turnsOf(*event) * scrollLine();
+    const QPointF pixels = pixelDeltaOf(*event);
+    const QPointF deltas = pixels.isNull() ? turnsOf(*event) * scrollLine() : pixels;
     if (!useMagicScroll() || !isFineStep(*event)) return _motion.wheel(larger(deltas));
     if (!_phases.isMagicScrolling()) _fraction = {};
     _phases.stepped();
@@ -183,7 +177,7 @@ void PBScrollView::wheelEvent(QWheelEvent* event) {
 
 /// Touchpads of an X server tell no phases, but parts of a turn, now and then a whole one.
 bool PBScrollView::isFineStep(const QWheelEvent& event) const {
-    return hasPixels(event) || larger(event.angleDelta()) % anglePerTurn != 0 ||
+    return !pixelDeltaOf(event).isNull() || larger(event.angleDelta()) % anglePerTurn != 0 ||
            _phases.isMagicScrolling();
 }
 

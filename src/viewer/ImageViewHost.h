@@ -36,8 +36,8 @@ public:
     virtual void navigateToFirstImage() = 0;
     virtual void navigateToLastImage() = 0;
 
-    /// Commands on the photograph that is shown. The rotations come back as
-    /// `PBImageView::cwRotate` and `ccwRotate` where they were done.
+    /// Commands on the photograph that is shown. What they change comes back as
+    /// `PBImageView::imageDidChange`.
     virtual void rotateLeft() = 0;
     virtual void rotateRight() = 0;
     virtual void toggleFlag() = 0;

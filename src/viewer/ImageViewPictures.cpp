@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 
 namespace {
@@ -50,6 +51,8 @@ ImageViewPictures::Picture ImageViewPictures::pictureOf(
         const std::size_t count = found.images->imageCount();
         picture.frame = count == 0 ? 0 : std::min(frame, count - 1);
         picture.image = found.images->imageAtIndex(picture.frame);
+        // A version that came with another zoom has to play up to there first.
+        if (picture.image.isNull()) picture.image = found.images->imageAtIndex(picture.frame = 0);
     }
     if (!picture.image.isNull()) return picture;
     picture.images = thumbnailImages(item);
@@ -96,7 +99,12 @@ void ImageViewPictures::requestFocus(double zoomScale) {
 
 void ImageViewPictures::tryPreloadNextOrPrevImage() {
     if (_host.isSlideShowMode()) return;
-    _requests.tryPreloadNextOrPrevImage(_host.preloadImageFileItemWithCount(preloadCount), *this);
+    auto neighbours = _host.preloadImageFileItemWithCount(preloadCount);
+    // Whichever way the user goes, the nearest comes next.
+    std::ranges::sort(neighbours, {}, [focus = _host.focusIndex()](const IndexedImage& image) {
+        return std::abs(image.index - focus);
+    });
+    _requests.tryPreloadNextOrPrevImage(neighbours, *this);
 }
 
 void ImageViewPictures::tryPreloadOriginalImage() {

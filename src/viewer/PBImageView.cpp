@@ -82,6 +82,7 @@ void PBImageView::showImage() {
     else
         _geometry.showImage({}, 0);
     _pictures.focusDidChange();
+    requestFocus();
     _isWaitingForPicture = false;
     updateSpinner();
     updatePrevNextButton();
@@ -92,12 +93,17 @@ void PBImageView::showImage() {
     ImageViewAccessible::imageDidChange(*this);
 }
 
+/// Ahead of the first paint: a neighbour that begins until then would be stopped for it.
+void PBImageView::requestFocus() {
+    const auto item = _host.focusImageFileItem();
+    if (!item || _host.isSlideShowMode() || placement().viewport().isEmpty()) return;
+    if (!_pictures.isAway(*item)) _pictures.requestFocus(scale());
+}
+
 void PBImageView::imageDidChange() {
     platform::assertMainThread();
-    if (const auto item = _host.focusImageFileItem()) {
-        _geometry.setImageSize(item->imageSize());
-        start(_geometry.rotateToAngle(-item->rotateAngle()));
-    }
+    if (const auto item = _host.focusImageFileItem()) _geometry.setImageSize(item->imageSize());
+    followRotation();
     updatePrevNextButton();
     startPlayTimer();
     update();
@@ -165,16 +171,10 @@ double PBImageView::zoomSlide(double slider) {
     return snapped;
 }
 
-void PBImageView::cwRotate() {
-    start(_geometry.cwRotate());
-}
-
-void PBImageView::ccwRotate() {
-    start(_geometry.ccwRotate());
-}
-
-void PBImageView::rotateToAngle(double degrees) {
-    start(_geometry.rotateToAngle(degrees));
+/// Edits may come faster than the picture turns: it goes on to where they have come meanwhile.
+void PBImageView::followRotation() {
+    if (const auto item = _host.focusImageFileItem())
+        start(_geometry.rotateToAngle(-item->rotateAngle()));
 }
 
 void PBImageView::scrollByDelta(const QPointF& delta) {
@@ -186,7 +186,9 @@ void PBImageView::tick() {
     const bool hasEnded = _input.tick();
     if (_player.playTimerMethod(framesNow())) update();
     settle();
-    if (hasEnded) _host.revalidateToolbar();
+    if (!hasEnded) return;
+    followRotation();
+    _host.revalidateToolbar();
 }
 
 bool PBImageView::isAtRest() const {
@@ -371,8 +373,9 @@ ImageScene PBImageView::sceneNow() {
     }
     const ImageViewPictures::Picture picture =
         _pictures.pictureOf(*item, scale(), _player.indexOfImages());
-    // Before the file was looked into its size is not known.
-    if (!placement().hasImage() && !picture.image.isNull()) {
+    // Before the file was looked into its size is not known: that of the thumbnail, then of the
+    // picture, which is loaded in full.
+    if (item->imageSize().isEmpty() && !picture.image.isNull()) {
         _geometry.setImageSize(picture.image.size());
         scene.placement = placement();
     }
@@ -474,9 +477,13 @@ QImage PBImageView::miniature(int side) {
     const auto item = _host.focusImageFileItem();
     if (!item) return {};
     QImage image = _pictures.thumbnailOf(*item);
-    // The thumbnail is at hand and mostly large enough; else the version, made small once.
-    if (std::max(image.width(), image.height()) < side / 2)
-        image = _pictures.pictureOf(*item, scale(), 0).image;
+    // The thumbnail is at hand and mostly large enough; else the version, made small once. That is
+    // the smallest one: of a large original it would take longer than a frame.
+    if (std::max(image.width(), image.height()) < side / 2) {
+        const QSizeF size = placement().imageSize();
+        const double zoom = side / devicePixelRatioF() / std::max(size.width(), size.height());
+        image = _pictures.pictureOf(*item, zoom).image;
+    }
     if (image.isNull()) return {};
     if (_miniature.cacheKey == image.cacheKey() && _miniature.side == side) return _miniature.image;
     const QSize size = codec::reducedSize(image.size(), side);

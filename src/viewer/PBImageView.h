@@ -40,7 +40,8 @@ public:
     /// of photographs that are no longer near it end, and those of its neighbours begin with
     /// `tryPreloadNextOrPrevImage`.
     void showImage();
-    /// The photograph shown is the same, but its file, size or marks are not: what can stay stays.
+    /// The photograph shown is the same, but its file, size or marks are not: what can stay stays,
+    /// and one that was rotated turns, animated.
     void imageDidChange();
     /// The large view is left: nothing moves, plays or is waited for any more, and the buttons are
     /// gone at once.
@@ -68,10 +69,6 @@ public:
     /// Where the slider stands, and what its label says, in per cent.
     [[nodiscard]] double zoomSlider() const { return imageGeometry().zoomSlider(); }
     [[nodiscard]] int zoomPercent() const { return imageGeometry().zoomPercent(); }
-    /// The photograph was rotated: the view turns to follow, animated.
-    void cwRotate();
-    void ccwRotate();
-    void rotateToAngle(double degrees);
     /// Moves the picture by so many points, animated.
     void scrollByDelta(const QPointF& delta);
 
@@ -143,6 +140,8 @@ private:
     void miniatureDragDidEnd() override { settle(); }
 
     void start(const std::optional<GeometryAnimation>& animation);
+    void requestFocus();
+    void followRotation();
     void tick();
     /// After anything that may have changed the geometry: repaints what it has to, tells of the
     /// zoom, and sees to the next frame.

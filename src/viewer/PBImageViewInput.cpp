@@ -4,6 +4,7 @@
 #include "image/large/PBLoadImageManager.h"
 #include "ui/DragOut.h"
 #include "ui/Icons.h"
+#include "ui/WheelPixels.h"
 #include "viewer/ImageViewHost.h"
 #include "viewer/StepButtons.h"
 #include "viewer/input/ImageDragOut.h"
@@ -305,7 +306,7 @@ void PBImageView::wheelEvent(QWheelEvent* event) {
     _input.wheel().wheel(
         {.phase = phaseOf(event->phase()),
          .point = event->position(),
-         .pixels = event->pixelDelta(),
+         .pixels = pixelDeltaOf(*event),
          .turns = QPointF(event->angleDelta()) / anglePerTurn,
          .isZoom = modifiersOf(event->modifiers()).isZoom(),
          .time = timeOf(event->timestamp())});

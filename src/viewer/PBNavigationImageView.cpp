@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -84,9 +85,16 @@ void PBNavigationImageView::mouseMoveEvent(QMouseEvent* event) {
 
 void PBNavigationImageView::mouseReleaseEvent(QMouseEvent* event) {
     event->accept();
-    if (event->button() != Qt::LeftButton || !_isDrag) return;
-    _isDrag = false;
-    _target.miniatureDragDidEnd();
+    if (event->button() == Qt::LeftButton) endDrag();
+}
+
+void PBNavigationImageView::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    endDrag();
+}
+
+void PBNavigationImageView::endDrag() {
+    if (std::exchange(_isDrag, false)) _target.miniatureDragDidEnd();
 }
 
 void PBNavigationImageView::mouseDoubleClickEvent(QMouseEvent* event) {

@@ -18,7 +18,7 @@ public:
     /// Makes what is shown explicit, and answers where the draw anchor is then.
     virtual QPointF centerAnchor() = 0;
     virtual void tryMoveDrawAnchorToPoint(const QPointF& point) = 0;
-    /// The mark was let go.
+    /// The mark was let go, or the miniature is hidden.
     virtual void miniatureDragDidEnd() = 0;
 };
 
@@ -39,9 +39,12 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+    /// The release of a drag goes elsewhere then.
+    void hideEvent(QHideEvent* event) override;
 
 private:
     [[nodiscard]] NavigationGeometry geometryNow() const;
+    void endDrag();
 
     NavigationTarget& _target;
     QPointF _downPt;

@@ -275,17 +275,20 @@ TEST(Formats, ResultsSayWhichProfileTheyAreIn) {
     EXPECT_LE(largestDifference(alone.rgbSwapped(), decoded(large).image, false), 3);
 }
 
-TEST(Formats, GifFramesAreComposed) {
+TEST(Formats, FramesAreComposed) {
     // In the square, in its transparent row, its last pixel and the next, in the third frame.
     const QPoint points[] = {{10, 10}, {10, 5}, {14, 14}, {15, 14}, {30, 20}, {2, 2}};
     const std::pair<int, QString> thirdFrames[] = {
         {DISPOSE_DO_NOT, u"brbrgr"_s},
         {DISPOSE_BACKGROUND, u"...rgr"_s},
         {DISPOSE_PREVIOUS, u"rrrrgr"_s}};
-    for (const bool isInterlaced : {false, true}) {
-        for (const auto& [disposal, third] : thirdFrames) {
-            SCOPED_TRACE(::testing::Message() << disposal << ", interlaced " << isInterlaced);
-            const QByteArray bytes = formatpictures::gif(disposal, isInterlaced);
+    using formatpictures::animatedPng;
+    using formatpictures::gif;
+    for (const auto& [disposal, third] : thirdFrames) {
+        for (const QByteArray& bytes :
+             {gif(disposal, false), gif(disposal, true), animatedPng(disposal, false),
+              animatedPng(disposal, true)}) {
+            SCOPED_TRACE(::testing::Message() << disposal << ' ' << bytes.left(40).toHex().data());
             const auto decoder = opened(bytes);
             ASSERT_EQ(decoder->frameCount(), 3U);
             const std::pair<int, QString> frames[] = {
@@ -305,9 +308,20 @@ TEST(Formats, GifFramesAreComposed) {
     }
 }
 
+TEST(Formats, APngHasTheSizeThatItSaidFirst) {
+    QByteArray file = formatpictures::animatedPng(DISPOSE_PREVIOUS, true);
+    constexpr int headerAt = 8;
+    constexpr int headerLength = 25;
+    QByteArray smaller = file.sliced(headerAt, headerLength);
+    smaller[11] = smaller[15] = 4; // the last bytes of width and height
+    file.insert(file.indexOf("IEND") - 4, smaller);
+    EXPECT_EQ(decoded(file, 0, {}, 2).image.size(), QSize(40, 30));
+}
+
 TEST(Formats, FramesComeAsTheyAreInWhateverOrderAndOnesThatWereDrawnAreNotReadAgain) {
     for (const auto& [bytes, count] :
          {std::pair(formatpictures::gif(DISPOSE_PREVIOUS, false), 3),
+          {formatpictures::file("frames.png"), 3},
           {formatpictures::file("frames.webp"), 2},
           {formatpictures::file("frames.jxl"), 2},
           {formatpictures::file("frames.avif"), 2}}) {
@@ -427,7 +441,8 @@ TEST(Formats, FramesHaveTheirSizesDelaysAndTransparency) {
     EXPECT_EQ(opened(formatpictures::file("frames.webp"))->frameCount(), 2U);
     EXPECT_EQ(opened(formatpictures::file("sizes.ico"))->frameCount(), 3U);
     EXPECT_FALSE(opened(formatpictures::file("sizes.ico"))->isAnimation());
-    for (const char* name : {"frames.webp", "frames.gif", "frames.jxl", "frames.avif"})
+    for (const char* name :
+         {"frames.webp", "frames.gif", "frames.png", "frames.jxl", "frames.avif"})
         EXPECT_TRUE(opened(formatpictures::file(name))->isAnimation()) << name;
     for (const char* name : {"gradient.jxl", "gradient.heic", "gradient.avif", "planar.tif"})
         EXPECT_FALSE(opened(formatpictures::file(name))->isAnimation()) << name;

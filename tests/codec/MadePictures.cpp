@@ -53,8 +53,8 @@ std::vector<Picture> samples() {
     for (const char* format : {"BMP", "PNG", "TIFF"})
         all.push_back({format, pictures::saved(indexed, format)});
     for (const char* name :
-         {"frames.gif", "interlaced.gif", "frames.webp", "glass.jxl", "deep-glass.jxl",
-          "layers.psd", "sizes.ico", "swapped16-interlaced.png"})
+         {"frames.gif", "interlaced.gif", "frames.png", "frames.webp", "glass.jxl",
+          "deep-glass.jxl", "layers.psd", "sizes.ico", "swapped16-interlaced.png"})
         all.push_back({name, formatpictures::file(name)});
     all.push_back({"text", "P3 2 2 255 1 2 3 4 5 6 7 8 9 10 11 12\n"});
     all.push_back({"bits", "P4 8 2 \x55\xAA"});

@@ -162,6 +162,7 @@ TEST_F(LargeViewRunTest, followsFilesThatGoAndChangeAndPlaysAnimations) {
     for (const QString& name : {u"a.png"_s, u"b.png"_s, u"c.png"_s})
         support::writePicture(photo(name), {400, 300});
     support::writeFile(photo(u"d.gif"_s), formatpictures::file("frames.gif"));
+    keep(u"SlideshowInterval"_s, 5);
     start();
     ASSERT_EQ(open(u"b.png"_s), 1);
     ASSERT_TRUE(waitForIndex(1));
@@ -181,13 +182,27 @@ TEST_F(LargeViewRunTest, followsFilesThatGoAndChangeAndPlaysAnimations) {
     })) << "what is shown stays";
 
     desktop.key(u"Right"_s);
-    int frames = 0;
-    int frame = 0;
-    EXPECT_TRUE(waitFor([&](const State& s) {
-        const int now = s.large(u"frame"_s).toInt();
-        frames += std::exchange(frame, now) != now ? 1 : 0;
-        return s.large(u"image"_s) == u"d.gif"_s && frames >= 3;
-    }));
+    const auto plays = [this] {
+        int frames = 0;
+        int frame = 0;
+        return waitFor([&](const State& s) {
+            const int now = s.large(u"frame"_s).toInt();
+            frames += std::exchange(frame, now) != now ? 1 : 0;
+            return s.large(u"image"_s) == u"d.gif"_s && frames >= 3;
+        });
+    };
+    EXPECT_TRUE(plays());
+    const auto isShow = [](const QString& state) {
+        return [=](const State& s) {
+            return s.json()[u"slideshow"_s].toObject()[u"state"_s] == state;
+        };
+    };
+    desktop.key(u"F5"_s);
+    EXPECT_TRUE(waitFor(isShow(u"playing"_s)));
+    waitForFocus(u"PBSlideshowContainerView"_s);
+    desktop.key(u"Escape"_s);
+    EXPECT_TRUE(waitFor(isShow(u"stopped"_s)));
+    EXPECT_TRUE(plays()) << "on, behind a show that ended where it began";
     for (const QString& name : {u"a.png"_s, u"bb.png"_s, u"c.png"_s, u"d.gif"_s})
         ASSERT_TRUE(QFile::remove(photo(name)));
     EXPECT_TRUE(waitFor([](const State& s) { return s.large(u"count"_s) == QJsonValue(0); }));

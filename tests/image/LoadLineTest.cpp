@@ -231,6 +231,34 @@ TEST_F(LoadLineTest, ANewFocusEndsWhatIsFarAndTheLineGoesOn) {
     EXPECT_EQ(display.told.join(u' '), u"1- 1 3");
 }
 
+TEST_F(LoadLineTest, WhatIsLoadedFollowsThePhotographToTheItemThatAScanMadeOfIt) {
+    disk.setOpen(false);
+    requests.requestForZoom(image(1), 0.25, display);
+    disk.waitUntilReading();
+    requests.requestForZoom(image(1), 0.9, display);
+    const auto replace = [this](double date) {
+        const auto former = std::exchange(items[1], itemOf(1, date));
+        buffer.itemWasReplaced(former, items[1]);
+    };
+    replace(1000);
+    EXPECT_TRUE(line.loadImageOperationOfContextObj(*items[1], 0.25).isLoading);
+    EXPECT_NE(line.loadImageOperationOfContextObj(*items[1], 1).operation, nullptr);
+    requests.requestForZoom(image(1), 0.25, display);
+    EXPECT_EQ(line.operationCount(), 2U) << "joined";
+    disk.setOpen(true);
+    ASSERT_TRUE(drained());
+    EXPECT_EQ(imageByteCount(*items[1]), (10 * 10 + 40 * 40) * 4);
+
+    disk.setOpen(false);
+    replace(1001); // its file has changed
+    requests.requestForZoom(image(1), 0.25, display);
+    requests.requestForZoom(image(1), 0.9, display);
+    replace(1002);
+    ASSERT_TRUE(drained()) << "nobody wants them any more";
+    disk.setOpen(true);
+    EXPECT_EQ(display.told.join(u' '), u"1 1 1-");
+}
+
 TEST_F(LoadLineTest, AFailureIsRememberedOnlyWhereItIsTheFiles) {
     disk.tell(u"1.jpg"_s, ReadStatus::Refused);
     disk.tell(u"2.jpg"_s, ReadStatus::NotNow);

@@ -9,6 +9,7 @@
 #include "shell/panes/InfoPane.h"
 #include "shell/sidebar/SourceSidebar.h"
 #include "shell/toolbar/MainToolbar.h"
+#include "viewer/PBImageView.h"
 
 #include <QMainWindow>
 #include <QMenuBar>
@@ -219,8 +220,10 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     for (const QStringView what : {u"flagClicked", u"copy", u"view_SlideshowView"})
         EXPECT_FALSE(isEnabled(what)) << what.toString().toStdString();
     EXPECT_TRUE(isEnabled(u"view_fitIn") && isEnabled(u"revealInFinder"));
+    large().controller().imageView().actualSize();
     publish(items);
     EXPECT_EQ(bin().focusImageFileItem(), items[2]);
+    EXPECT_FALSE(large().controller().imageView().isFitIn()) << "the zoom stays";
     EXPECT_EQ(shown(), u"abCd|c"_s);
     EXPECT_EQ(large().chosenImageFileItem(), items[2]);
     EXPECT_TRUE(isEnabled(u"flagClicked"));

@@ -288,3 +288,33 @@ TEST(DisplayPictureFeedTest, OnlyTheStateWantedLastIsMadeAndNothingIsKeptAlive) 
     QCoreApplication::processEvents();
     EXPECT_EQ(ready, 3);
 }
+
+TEST(DisplayPictureFeedTest, AFrameStaysUntilTheNextIsMadeAndNoneIsStoppedForTheNext) {
+    int ready = 0;
+    DisplayPictureFeed feed([&] { ++ready; });
+    std::vector<PBImage> frames;
+    for (const Qt::GlobalColor color : {Qt::red, Qt::green, Qt::blue}) {
+        QImage frame(1200, 800, QImage::Format_RGB32);
+        frame.fill(color);
+        frames.emplace_back(frame, 0.1);
+    }
+    DisplayState state = placed(frames.front().image(), {1200, 800}, 0, 0.9, {0, 0});
+    state.images = std::make_shared<PBImages>(frames, true);
+    state.visible = QRect(0, 0, 1080, 720);
+    const auto colorOf = [&](std::size_t frame) {
+        state.frame = frame;
+        const DisplayPicture* picture = feed.pictureFor(state);
+        return picture ? picture->image.pixelColor(9, 9) : QColor();
+    };
+    EXPECT_FALSE(colorOf(0).isValid());
+    ASSERT_TRUE(spinUntil([&] { return ready == 1; }));
+    EXPECT_EQ(colorOf(1), QColor(Qt::red));
+    EXPECT_EQ(colorOf(2), QColor(Qt::red)); // comes before the one in the middle is made
+    ASSERT_TRUE(spinUntil([&] { return ready == 2; }));
+    EXPECT_EQ(colorOf(2), QColor(Qt::green));
+    ASSERT_TRUE(spinUntil([&] { return ready == 3; }));
+    EXPECT_EQ(colorOf(2), QColor(Qt::blue));
+    EXPECT_EQ(colorOf(0), QColor(Qt::blue));
+    state.visible.setWidth(1070);
+    EXPECT_FALSE(colorOf(0).isValid()) << "another place";
+}

@@ -109,6 +109,8 @@ TEST_F(ImageInputTest, aLargerPictureIsMovedByWheelAndFingersAndFlung) {
     for (int step = 0; step < 10; ++step)
         touchpad(Phase::Update, {-10.25, 0});
     expectNear(corner(), before + QPointF(12 - 103, -100)); // parts of pixels add up
+    send(Phase::Update, {}, {-0.05, 0}, false);             // half a point: with a later step
+    expectNear(corner(), before + QPointF(12 - 103, -100));
     touchpad(Phase::End, {});
     wait(0.2);
     const double flown = corner().x();

@@ -80,8 +80,9 @@ struct FakeImageHost final : ImageViewHost {
     std::shared_ptr<PBImageFileItem> prevImageFileItem() const override { return at(index - 1); }
     std::vector<IndexedImage> preloadImageFileItemWithCount(int count) const override {
         std::vector<IndexedImage> neighbours;
-        for (std::int64_t next = index + 1; next <= index + count && at(next); ++next)
-            neighbours.push_back({at(next), next});
+        const std::int64_t first = isBackward ? index - count : index + 1;
+        for (std::int64_t next = first; next < first + count; ++next)
+            if (at(next)) neighbours.push_back({at(next), next});
         return neighbours;
     }
     std::vector<std::shared_ptr<PBImageFileItem>> visibleImageFileItems() const override {
@@ -115,6 +116,7 @@ struct FakeImageHost final : ImageViewHost {
     int sliderUpdates = 0;
     int validations = 0;
     bool isSlideShow = false;
+    bool isBackward = false; ///< preloading goes that way
 };
 
 /// The real view, without a display, on files of the test's own and with its clock.

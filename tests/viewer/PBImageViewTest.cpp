@@ -76,6 +76,21 @@ TEST_F(PBImageViewTest, aStepShowsTheNeighbourThatWasLoadedAheadAtOnce) {
     EXPECT_EQ(host.asked, u"flag"_s.split(u' '));
 }
 
+TEST_F(PBImageViewTest, aPhotographThatIsNotThereBeginsBeforeItsNeighboursTheNearestOfThemNext) {
+    for (const QString& name : {u"0.jpg"_s, u"1.jpg"_s, u"2.jpg"_s, u"3.jpg"_s})
+        add(name, {{600, 400}, Qt::red});
+    show();
+    EXPECT_TRUE(isSharp());
+    files.setHeld(true);
+    host.isBackward = true;
+    host.moveTo(3);
+    EXPECT_TRUE(manager.loadImageOperationOfContextObj(*host.items[3], 1).isLoading);
+    QStringList waiting;
+    for (const auto& operation : manager.waitingOperations())
+        waiting += operation->contextObj()->fileName();
+    EXPECT_EQ(waiting, QStringList({u"2.jpg"_s, u"1.jpg"_s}));
+}
+
 TEST_F(PBImageViewTest, whatCannotBeShownSaysSoOverItsThumbnail) {
     const auto damaged = add(u"one.jpg"_s, {{600, 400}, Qt::red, true});
     thumbnail = filled(Qt::yellow);
@@ -163,8 +178,11 @@ TEST_F(PBImageViewTest, theMiniatureMovesThePictureByItsMark) {
     const QImage seen = miniature->grab().toImage();
     EXPECT_EQ(seen.pixelColor(middle.toPoint()), QColor(Qt::yellow));
     EXPECT_LT(seen.pixelColor(QPoint(seen.width() / 2, 3)).red(), 160); // dimmed outside the mark
-    view.setNavigationEnabled(false);
+    support::sendMouse(*miniature, QEvent::MouseButtonPress, middle);
+    EXPECT_FALSE(view.isAtRest());
+    view.setNavigationEnabled(false); // under the hand, as where a step leads to another picture
     EXPECT_FALSE(miniature->isVisible());
+    EXPECT_TRUE(view.isAtRest());
 }
 
 TEST_F(PBImageViewTest, wheelAndGesturesArriveFromTheirEvents) {
@@ -207,6 +225,20 @@ TEST_F(PBImageViewTest, aFileThatChangedIsShownInItsPlaceAndTurnsToItsRotation) 
     EXPECT_EQ(view.angle(), 180);
     EXPECT_TRUE(view.isFitIn());
     EXPECT_EQ(view.imageGeometry().placement().imageSize(), QSizeF(400, 400));
+    for (const double angle : {90, 0}) { // the second while it turns to the first
+        item->setRotateAngle(angle);
+        view.imageDidChange();
+    }
+    EXPECT_TRUE(rests());
+    EXPECT_EQ(view.angle(), 0);
+}
+
+TEST_F(PBImageViewTest, aPhotographOfUnknownSizeHasThatOfItsPictureOnceItIsThere) {
+    add(u"one.jpg"_s, {{600, 400}, Qt::red})->setImageSize({});
+    thumbnail = filled(Qt::yellow);
+    show();
+    EXPECT_TRUE(isSharp());
+    EXPECT_EQ(view.imageGeometry().placement().imageSize(), QSizeF(600, 400));
 }
 
 TEST_F(PBImageViewTest, theButtonsFadeInNearThemAndStep) {

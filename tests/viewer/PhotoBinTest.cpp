@@ -159,6 +159,10 @@ TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
     EXPECT_EQ(ahead(7), u"0:0 1:1 2:2 ");
     bin.setLoadDirection(0);
     EXPECT_EQ(ahead(2), u"4:4 5:5 ");
+    bin.navigateToFirstImage();
+    EXPECT_EQ(ahead(2), u"1:1 2:2 ") << "back from the end";
+    bin.navigateToLastImage();
+    EXPECT_EQ(ahead(2), u"117:117 118:118 ");
 }
 
 TEST_F(PhotoBinTest, aNewListKeepsThePhotographThatIsShownWhereverItIs) {

@@ -304,7 +304,10 @@ TEST_F(SlideshowTest, leavingGoesToThePhotographShownLastOnce) {
 
     for (const int key : {Qt::Key_Escape, Qt::Key_F5, Qt::Key_Q}) {
         isOver = false;
+        host.isMode = true;
         begin(3);
+        EXPECT_TRUE(show->doKeyDown(QKeyEvent(QEvent::KeyPress, key, {}, {}, true)));
+        EXPECT_TRUE(host.isMode) << "held since before the show";
         EXPECT_TRUE(press(key));
         EXPECT_TRUE(support::spinUntil([this] { return isOver; }));
     }
@@ -375,7 +378,12 @@ TEST_F(SlideshowTest, settingsAreClampedAndKept) {
     settings.setDouble(2.5, u"SlideshowInterval"_s);
     begin(2);
     for (const auto& [key, interval] :
-         {std::pair(Qt::Key_Plus, 3), {Qt::Key_Minus, 2}, {Qt::Key_Minus, 1}, {Qt::Key_Minus, 1}}) {
+         {std::pair(Qt::Key_Equal, 3),
+          {Qt::Key_Plus, 4},
+          {Qt::Key_Minus, 3},
+          {Qt::Key_Minus, 2},
+          {Qt::Key_Minus, 1},
+          {Qt::Key_Minus, 1}}) {
         press(key);
         EXPECT_EQ(settings.doubleForKey(u"SlideshowInterval"_s), interval);
     }

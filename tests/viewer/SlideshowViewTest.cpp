@@ -64,6 +64,17 @@ TEST_F(SlideshowViewTest, blackIsGoneThroughOnceAndEndsAtOnceBetweenNothings) {
     EXPECT_EQ(shown(), plainPicture({}, 0, view.size()));
     view.transitionToImage({}, 0);
     EXPECT_EQ(ends.size(), 4U);
+    // Two that can't be loaded, the second while the way to the first is not over.
+    view.transitionToImage(picture(Qt::red), 0);
+    ASSERT_TRUE(waitForEnds(5));
+    view.setTransitionDuration(1000);
+    const auto& surface = dynamic_cast<RasterSurface&>(view.surface());
+    const int before = surface.frameCount();
+    view.transitionToImage({}, 0);
+    ASSERT_TRUE(support::spinUntil([&] { return surface.frameCount() > before; }));
+    view.transitionToImage({}, 0);
+    EXPECT_EQ(ends.size(), 7U);
+    EXPECT_EQ(shown(), plainPicture({}, 0, view.size()));
 }
 
 TEST_F(SlideshowViewTest, aTransitionInTheMiddleOfAnotherTakesOverAndClearingIsSilent) {

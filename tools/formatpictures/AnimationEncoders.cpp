@@ -1,4 +1,9 @@
+#include "formatpictures/ByteWriter.h"
 #include "formatpictures/Encoders.h"
+
+#include <QBuffer>
+#include <QRect>
+#include <QtEndian>
 
 #include <algorithm>
 #include <array>
@@ -7,6 +12,7 @@
 #include <gif_lib.h>
 #include <webp/encode.h>
 #include <webp/mux.h>
+#include <zlib.h>
 
 namespace formatpictures {
 
@@ -60,7 +66,84 @@ GifFileType* openGif(QByteArray& bytes) {
         nullptr);
 }
 
+QByteArray pngChunk(const QByteArray& name, const QByteArray& data) {
+    const QByteArray summed = name + data;
+    const auto sum = ::crc32(
+        0, reinterpret_cast<const Bytef*>(summed.constData()), static_cast<uInt>(summed.size()));
+    ByteWriter chunk(false);
+    chunk.u32(static_cast<quint64>(data.size())).text(summed).u32(sum);
+    return chunk.bytes();
+}
+
+struct PngPart {
+    QRect area;
+    QRgb colour;
+    unsigned delay; // milliseconds
+    int disposal;   // as in GIF files
+};
+
+/// The data of its chunks of that name.
+std::vector<QByteArray> chunksOf(const QByteArray& png, const char* name) {
+    std::vector<QByteArray> found;
+    for (qsizetype offset = 8; offset + 12 <= png.size();) {
+        const auto length = qFromBigEndian<quint32>(png.constData() + offset);
+        if (png.sliced(offset + 4, 4) == name) found.push_back(png.sliced(offset + 8, length));
+        offset += 12 + qsizetype{length};
+    }
+    return found;
+}
+
+QByteArray pngOf(QSize size, QRgb colour) {
+    QImage image(size, QImage::Format_ARGB32);
+    image.fill(colour);
+    // Only the small parts have a transparent row, their first.
+    for (int x = 0; x < size.width() && size.height() < 20; ++x)
+        image.setPixel(x, 0, 0);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+QByteArray pngControl(const PngPart& part, unsigned number) {
+    constexpr std::array<unsigned, 4> disposals{0, 0, 1, 2};
+    ByteWriter control(false);
+    control.u32(number);
+    for (const int place : {part.area.width(), part.area.height(), part.area.x(), part.area.y()})
+        control.u32(static_cast<quint64>(place));
+    control.u16(part.delay).u16(1000);
+    control.u8(disposals.at(static_cast<std::size_t>(part.disposal))).u8(1);
+    return pngChunk("fcTL", control.bytes());
+}
+
 } // namespace
+
+QByteArray animatedPng(int disposal, bool isBehindPicture) {
+    const QByteArray picture = pngOf({40, 30}, 0xFF090909U);
+    const PngPart parts[] = {
+        {{0, 0, 40, 30}, 0xFFFF0000U, 50, DISPOSE_DO_NOT},
+        {{5, 5, 10, 10}, 0xFF0000FFU, 120, disposal},
+        {{25, 15, 10, 10}, 0xFF00FF00U, 10, DISPOSE_DO_NOT}};
+    ByteWriter counts(false);
+    counts.u32(std::size(parts)).u32(0);
+    QByteArray file = picture.first(8) + pngChunk("IHDR", chunksOf(picture, "IHDR").front()) +
+                      pngChunk("acTL", counts.bytes());
+    if (isBehindPicture)
+        for (const QByteArray& data : chunksOf(picture, "IDAT"))
+            file += pngChunk("IDAT", data);
+    unsigned number = 0;
+    for (const PngPart& part : parts) {
+        file += pngControl(part, number++);
+        const bool isPicture = number == 1 && !isBehindPicture;
+        for (const QByteArray& data : chunksOf(pngOf(part.area.size(), part.colour), "IDAT")) {
+            ByteWriter numbered(false);
+            if (!isPicture) numbered.u32(number++);
+            file += pngChunk(isPicture ? "IDAT" : "fdAT", numbered.text(data).bytes());
+        }
+    }
+    return file + pngChunk("IEND", {});
+}
 
 QByteArray gif(int disposal, bool isInterlaced) {
     QByteArray bytes;

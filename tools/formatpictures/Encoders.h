@@ -13,6 +13,8 @@ namespace formatpictures {
 /// whose first row is transparent, and which `disposal` removes before a third one, green, at
 /// (25, 15) for 10 ms.
 [[nodiscard]] QByteArray gif(int disposal, bool isInterlaced);
+/// The same three frames, the disposal as there; `isBehindPicture`: behind one that is no frame.
+[[nodiscard]] QByteArray animatedPng(int disposal, bool isBehindPicture);
 /// A film: a field of noise over which a square moves, frame by frame, at 25 frames a second.
 [[nodiscard]] QByteArray gifFilm(QSize size, int frames);
 /// Two frames of 40 x 30, red for 50 ms and half-transparent blue for 120 ms.

@@ -99,6 +99,7 @@ void addLossyAndAnimated(Makers& all) {
     all["cmyk-inverted.jpg"] = [] { return cmykJpeg(picture(), true); };
     all["frames.gif"] = [] { return gif(DISPOSE_BACKGROUND, false); };
     all["interlaced.gif"] = [] { return gif(DISPOSE_BACKGROUND, true); };
+    all["frames.png"] = [] { return animatedPng(DISPOSE_PREVIOUS, false); };
     all["frames.webp"] = animatedWebp;
     all["frames.avif"] = [] {
         return avifFrames({40, 30}, {{0xFFFF0000U, 50}, {0x800000FFU, 120}});

@@ -1,9 +1,13 @@
 #include "codec/formats/Formats.h"
+#include "codec/formats/PngAnimation.h"
 #include "codec/pixels/FrameWriter.h"
 
+#include <algorithm>
 #include <bit>
 #include <csetjmp>
 #include <cstring>
+#include <optional>
+#include <utility>
 
 #include <png.h>
 
@@ -23,7 +27,7 @@ struct Session {
     bool hasRows = false; // of an interlaced picture
     bool isWhole = false;
 
-    explicit Session(const Source& source) : reader(source.bytes()) {
+    explicit Session(std::span<const std::uint8_t> file) : reader(file) {
         png = png_create_read_struct(
             PNG_LIBPNG_VER_STRING, nullptr,
             [](png_structp png_, png_const_charp) { png_longjmp(png_, 1); },
@@ -143,29 +147,154 @@ void readRows(Session& session, const DecodeRequest& request) {
     }
 }
 
+/// The first picture of the file, and the only one that the library knows of.
+Frame readPicture(std::span<const std::uint8_t> file, const DecodeRequest& request) {
+    Session session(file);
+    if (!session.info) return {};
+    readRows(session, request);
+    if (!session.writer) return {};
+    if (session.rows.empty()) return session.writer->finish();
+    if (!session.hasRows) return {};
+    for (const png_bytep row : session.rows) {
+        std::memcpy(session.writer->row(), row, session.rowBytes);
+        session.writer->rowDone();
+    }
+    Frame frame = session.writer->finish();
+    frame.isComplete = session.isWhole;
+    return frame;
+}
+
+/// The picture as it stands after each frame, in the colours that are asked for.
+class PngCanvas {
+public:
+    PngCanvas(QSize size, QByteArray profile)
+        : _image(size, QImage::Format_ARGB32_Premultiplied), _profile(std::move(profile)) {
+        if (!_image.isNull()) _image.fill(Qt::transparent);
+    }
+
+    [[nodiscard]] const QImage& image() const { return _image; }
+    [[nodiscard]] const QByteArray& profile() const { return _profile; }
+    /// Frames that were drawn.
+    [[nodiscard]] std::size_t next() const { return _next; }
+
+    /// The picture of the frame, which has its size.
+    void draw(const QImage& picture, const PngAnimation::Frame& frame) {
+        if (_disposal == PngAnimation::Disposal::Previous)
+            place(_saved, _area, false);
+        else if (_disposal == PngAnimation::Disposal::Clear)
+            place({}, _area, false);
+        _area = frame.area;
+        _disposal = frame.disposal;
+        const bool isKept = _disposal == PngAnimation::Disposal::Previous;
+        _saved = isKept ? _image.copy(_area) : QImage();
+        place(picture, _area, frame.isBlended);
+        ++_next;
+    }
+
+private:
+    static QRgb blended(QRgb above, QRgb below) {
+        const auto left = static_cast<unsigned>(255 - qAlpha(above));
+        QRgb sum = 0;
+        for (int shift = 0; shift < 32; shift += 8) {
+            const unsigned part = ((below >> shift & 0xFF) * left + 127) / 255;
+            sum |= std::min((above >> shift & 0xFF) + part, 255U) << shift;
+        }
+        return sum;
+    }
+
+    /// A null picture clears.
+    void place(const QImage& picture, const QRect& area, bool isBlended) {
+        for (int y = 0; y < area.height(); ++y) {
+            auto* target = reinterpret_cast<QRgb*>(_image.scanLine(area.y() + y)) + area.x();
+            if (picture.isNull()) {
+                std::fill_n(target, area.width(), 0U);
+                continue;
+            }
+            const auto* source = reinterpret_cast<const QRgb*>(picture.constScanLine(y));
+            for (int x = 0; x < area.width(); ++x)
+                target[x] = isBlended ? blended(source[x], target[x]) : source[x];
+        }
+    }
+
+    QImage _image;
+    QImage _saved;
+    QByteArray _profile;
+    QRect _area;
+    PngAnimation::Disposal _disposal = PngAnimation::Disposal::Keep;
+    std::size_t _next = 0;
+};
+
 class PngDecoder final : public Decoder {
 public:
     explicit PngDecoder(Source source) : _source(std::move(source)) {}
 
+    std::size_t frameCount() override {
+        return std::max<std::size_t>(_animation.frames().size(), 1);
+    }
+    bool isAnimation() override { return _animation.frames().size() > 1; }
+    int frameDelay(std::size_t index) override {
+        return isAnimation() && index < frameCount() ? _animation.frames()[index].delay : 0;
+    }
+
     Frame frame(const DecodeRequest& request) override {
-        if (request.frame != 0) return {};
-        Session session(_source);
-        if (!session.info) return {};
-        readRows(session, request);
-        if (!session.writer) return {};
-        if (session.rows.empty()) return session.writer->finish();
-        if (!session.hasRows) return {};
-        for (const png_bytep row : session.rows) {
-            std::memcpy(session.writer->row(), row, session.rowBytes);
-            session.writer->rowDone();
-        }
-        Frame frame = session.writer->finish();
-        frame.isComplete = session.isWhole;
-        return frame;
+        if (request.frame >= frameCount()) return {};
+        const bool isPicture = !isAnimation() || _animation.beginsWithPicture();
+        return isPicture && request.frame == 0 ? readPicture(_source.bytes(), request)
+                                               : composed(request);
     }
 
 private:
-    Source _source;
+    /// Each frame is drawn upon those before it: who asks for one after the other gets them in one
+    /// go through the file.
+    Frame composed(const DecodeRequest& request) {
+        // Four bytes a pixel for the canvas, for what it goes back to, and for the frame.
+        if (!withinLimits(_animation.size(), request.limits, 12)) return {};
+        DecodeRequest part;
+        if (request.depth == Depth::Screen) part.targetProfile = request.targetProfile;
+        part.threads = request.threads;
+        part.stop = request.stop;
+        part.limits = request.limits;
+        std::optional<PngCanvas> canvas = std::exchange(_canvas, std::nullopt);
+        if (!canvas || canvas->next() > request.frame + 1 ||
+            canvas->profile() != part.targetProfile)
+            canvas.emplace(_animation.size(), part.targetProfile);
+        if (canvas->image().isNull()) return {};
+        bool isComplete = true;
+        while (canvas->next() <= request.frame) {
+            const PngAnimation::Frame& next = _animation.frames()[canvas->next()];
+            const Frame drawn = readPicture(_animation.file(next), part);
+            if (drawn.image.size() != next.area.size()) return {};
+            isComplete = drawn.isComplete;
+            if (!isComplete && canvas->next() < request.frame) return {};
+            canvas->draw(drawn.image, next);
+        }
+        Frame frame = written(canvas->image(), canvas->profile(), request);
+        frame.isComplete = isComplete;
+        if (isComplete) _canvas = std::move(canvas);
+        return frame;
+    }
+
+    static Frame
+    written(const QImage& image, const QByteArray& profile, const DecodeRequest& request) {
+        PixelLayout layout;
+        layout.isQRgb = true;
+        layout.alpha = AlphaType::Premultiplied;
+        ColourDescription colours;
+        colours.iccProfile = profile;
+        FrameWriter writer(request, image.size(), image.size(), layout, colours);
+        if (!writer.isUsable()) return {};
+        for (int y = 0; y < image.height() && !writer.isStopped(); ++y) {
+            std::memcpy(
+                writer.row(), image.constScanLine(y),
+                static_cast<std::size_t>(image.width()) * sizeof(QRgb));
+            writer.rowDone();
+        }
+        return writer.finish();
+    }
+
+    const Source _source;
+    const PngAnimation _animation{Bytes(_source.bytes())};
+    std::optional<PngCanvas> _canvas;
 };
 
 } // namespace

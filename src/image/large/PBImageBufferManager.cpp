@@ -107,6 +107,7 @@ void PBImageBufferManager::itemWasReplaced(
     platform::assertMainThread();
     if (former == item) return;
     moveImages(*former, *item);
+    _environment.loadImageManager.itemWasReplaced(*former, item);
     const auto held = std::ranges::find(_imageFileArray, former, &Held::item);
     if (held != _imageFileArray.end()) held->item = item;
 }

@@ -43,8 +43,8 @@ public:
         const std::shared_ptr<PBImageFileItem>& item, std::int64_t index, Items keepItems = {});
     /// Takes all pictures from all items: the large view is left, or memory is short.
     void clearBuffer();
-    /// A scan brought the photograph again as another item, which takes over the pictures; they are
-    /// shown until they have been loaded anew where the file has changed.
+    /// A scan brought the photograph again as another item, which takes over the pictures and what
+    /// is being loaded; they are shown until they have been loaded anew where the file has changed.
     void itemWasReplaced(
         const std::shared_ptr<PBImageFileItem>& former,
         const std::shared_ptr<PBImageFileItem>& item);

@@ -192,6 +192,25 @@ void PBLoadImageManager::cancelAllOperationExceptContextObjs(
     if (focusIndex) _pace.didStep(*focusIndex, pixelsOf(items.front()->imageSize()));
 }
 
+void PBLoadImageManager::itemWasReplaced(
+    const PBImageFileItem& former, const std::shared_ptr<PBImageFileItem>& item) {
+    platform::assertMainThread();
+    const auto isOfFormer = [&former](const Operation& operation) {
+        return operation->contextObj().get() == &former;
+    };
+    if (former.fileSize() != item->fileSize() || former.modifiedDate() != item->modifiedDate()) {
+        std::erase_if(_waitingArray, isOfFormer);
+        for (const Operation& operation : _loadingArray)
+            if (isOfFormer(operation)) operation->cancel();
+        return;
+    }
+    const auto handOn = [&](const Operation& operation) {
+        if (isOfFormer(operation)) operation->_contextObj = item;
+    };
+    std::ranges::for_each(_loadingArray, handOn);
+    std::ranges::for_each(_waitingArray, handOn);
+}
+
 void PBLoadImageManager::steppingDidEnd() {
     platform::assertMainThread();
     _pace.didEndStepping();

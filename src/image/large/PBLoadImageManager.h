@@ -63,6 +63,10 @@ public:
         std::optional<std::int64_t> focusIndex = std::nullopt);
     /// As it was told last.
     [[nodiscard]] std::optional<std::int64_t> focusIndex() const { return _focusIndex; }
+    /// A scan brought the photograph again as another item: what is loaded of the file is for that
+    /// one from now on. Where the file is another by now its loads end.
+    void
+    itemWasReplaced(const PBImageFileItem& former, const std::shared_ptr<PBImageFileItem>& item);
     /// The key that stepped was let go: what is focused now is loaded without further waiting.
     void steppingDidEnd();
     /// Starts the first job that may begin, if none runs.

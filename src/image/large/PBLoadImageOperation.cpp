@@ -19,7 +19,7 @@ constexpr double secondsPerMillisecond = 1e-3;
 } // namespace
 
 PBLoadImageOperation::PBLoadImageOperation(Job job, PBImageImporterManager& importers)
-    : _job(std::move(job)), _importers(importers) {}
+    : _job(std::move(job)), _contextObj(_job.contextObj), _importers(importers) {}
 
 std::vector<PBLoadImageDelegate*> PBLoadImageOperation::delegates() const {
     std::vector<PBLoadImageDelegate*> alive;
@@ -37,6 +37,7 @@ void PBLoadImageOperation::addDelegate(const PBLoadImageDelegate& display) {
 
 std::shared_ptr<PBLoadImageOperation> PBLoadImageOperation::begunAnew() {
     auto again = std::make_shared<PBLoadImageOperation>(_job, _importers);
+    again->_contextObj = _contextObj;
     again->_delegateArray = std::exchange(_delegateArray, {});
     again->_releaseQueue = _releaseQueue;
     return again;

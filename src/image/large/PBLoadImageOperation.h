@@ -51,9 +51,8 @@ public:
     [[nodiscard]] const QString& filePath() const { return _job.filePath; }
     [[nodiscard]] QSizeF imageSize() const { return _job.imageSize; }
     [[nodiscard]] double scale() const { return _job.scale; }
-    [[nodiscard]] const std::shared_ptr<PBImageFileItem>& contextObj() const {
-        return _job.contextObj;
-    }
+    /// Another than at first where a scan brought the photograph again. Main thread.
+    [[nodiscard]] const std::shared_ptr<PBImageFileItem>& contextObj() const { return _contextObj; }
     [[nodiscard]] std::int64_t index() const { return _job.index; }
     [[nodiscard]] const QColorSpace& colorSpace() const { return _job.colorSpace; }
 
@@ -83,6 +82,7 @@ private:
     [[nodiscard]] LoadedImages shared(std::unique_ptr<PBImages> images) const;
 
     const Job _job;
+    std::shared_ptr<PBImageFileItem> _contextObj;
     PBImageImporterManager& _importers;
     std::vector<std::weak_ptr<PBLoadImageDelegate*>> _delegateArray;
     std::weak_ptr<platform::OperationQueue> _releaseQueue;

@@ -9,7 +9,6 @@
 #include "group/PBImageFileItem.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/large/EarlyPhotograph.h"
-#include "image/large/PBImageBufferManager.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/services/BrowsingSettings.h"
@@ -132,10 +131,10 @@ bool LargeView::takeOpened(LargeViewLists::List& list) {
     const auto opened = isThere ? *item : nullptr;
     _opened.end();
     if (!opened) return true;
-    // Its picture is the same.
     if (focus) {
-        services.imageBufferManager.itemWasReplaced(focus, opened);
-        focus->setIsSelected(false);
+        // It is the same picture, at the place to which the user has moved it meanwhile.
+        _controller->bin().replaceFocusImageFileItem(opened);
+        return true;
     }
     showAt(std::move(list), opened);
     return false;

@@ -102,7 +102,8 @@ private:
     /// Makes the list that of the view, with that photograph of it in focus.
     void showAt(LargeViewLists::List list, const std::shared_ptr<PBImageFileItem>& focus);
     void standInCame();
-    /// The photograph that was opened has its place in the list, or none.
+    /// True where the list is to be shown: the photograph that was opened has its place in it, or
+    /// none.
     [[nodiscard]] bool takeOpened(LargeViewLists::List& list);
     void moveInfoTo(QWidget& view);
     void showList(LargeViewLists::List list);

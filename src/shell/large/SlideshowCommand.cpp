@@ -25,7 +25,9 @@ SlideshowCommand::SlideshowCommand(const Parts& parts)
            .loadImageManager = parts.services.loadImageManager,
            .host = *this}) {
     QObject::connect(&_slideshow, &Slideshow::didExit, &_slideshow, [this] {
-        if (_parts.largeView.isShown()) _parts.largeView.controller().takeFocus();
+        if (!_parts.largeView.isShown()) return;
+        _parts.largeView.controller().imageView().tryPreloadNextOrPrevImage();
+        _parts.largeView.controller().takeFocus();
     });
 }
 
@@ -53,10 +55,9 @@ PBImageBrowserIndex SlideshowCommand::indexToBeginWith() const {
 
 void SlideshowCommand::setIsSlideShowMode(bool isSlideShowMode) {
     _parts.services.delegate.setIsSlideShowMode(isSlideShowMode);
-    PBImageViewController& controller = _parts.largeView.controller();
-    // What they painted last stays on show where nobody asks them to paint again.
-    controller.imageView().update();
-    controller.thumbnailView().update();
+    // What picture and strip painted last stays on show where nobody asks them to paint again, and
+    // what played stands still.
+    _parts.largeView.controller().itemsDidChange();
 }
 
 std::shared_ptr<PBImageFileItem> SlideshowCommand::focusImageFileItem() const {

@@ -51,10 +51,13 @@ void PhotoBin::refreshFocusIndex() {
     takeFocus(std::clamp<std::int64_t>(_focusIndex, 0, count() - 1));
 }
 
-/// A scan brought the photograph again: it stays on show.
 void PhotoBin::replaceFocus(std::int64_t index) {
-    const auto former = std::exchange(_focusImageFileItem, itemAt(index));
     _focusIndex = index;
+    replaceFocusImageFileItem(itemAt(index));
+}
+
+void PhotoBin::replaceFocusImageFileItem(const std::shared_ptr<PBImageFileItem>& item) {
+    const auto former = std::exchange(_focusImageFileItem, item);
     former->setIsSelected(false);
     _focusImageFileItem->setIsSelected(true);
     _host.focusWasReplaced(former, _focusImageFileItem);
@@ -119,7 +122,9 @@ void PhotoBin::stoppedAt(std::int64_t index, int direction) {
 std::vector<IndexedImage> PhotoBin::preloadImageFileItemWithCount(std::int64_t count) const {
     std::vector<IndexedImage> items;
     if (_focusIndex < 0) return items;
-    const bool isBackward = _loadDirection == -1;
+    // From an end there is one way only, whichever led there.
+    const bool isBackward =
+        _focusIndex > 0 && (_loadDirection == -1 || _focusIndex == this->count() - 1);
     const std::int64_t begin =
         isBackward ? std::max<std::int64_t>(0, _focusIndex - count) : _focusIndex + 1;
     const std::int64_t end =

@@ -45,6 +45,9 @@ public:
         return _focusImageFileItem;
     }
     void setFocusImageFileItem(std::shared_ptr<PBImageFileItem> item);
+    /// The focus, which there is, has come again as another item: that stays on show as it is. It
+    /// has its place in the list with the next `refreshFocusIndex`.
+    void replaceFocusImageFileItem(const std::shared_ptr<PBImageFileItem>& item);
     /// Nothing is shown any more; nobody is asked to show that.
     void forgetFocus();
     /// The direction of the last move: -1, 0 or 1.
@@ -70,7 +73,8 @@ public:
     void stoppedAt(std::int64_t index, int direction);
 
     /// Up to so many photographs in the direction of the last move, with their indices: those
-    /// behind the focus, the nearest first; or those before it, the nearest last.
+    /// behind the focus, the nearest first; or those before it, the nearest last. At an end, those
+    /// of the other direction.
     [[nodiscard]] std::vector<IndexedImage> preloadImageFileItemWithCount(std::int64_t count) const;
 
 private:

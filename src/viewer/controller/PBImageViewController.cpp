@@ -305,6 +305,7 @@ void PBImageViewController::focusWasReplaced(
 
 void PBImageViewController::listDidReload() {
     _imageView->updatePrevNextButton();
+    _imageView->update(); // a disk may have gone or come
     updateInfoLabel();
     updateWindowTitle();
     revalidateToolbar();

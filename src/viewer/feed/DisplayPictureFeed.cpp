@@ -10,15 +10,22 @@ namespace {
 /// Pixels that are made or read within the call: a few milliseconds on a slow core.
 constexpr double fewPixels = 500'000;
 
+/// Both show the same picture at the same place, or two frames of it.
+bool areFramesOfOne(DisplayState one, const DisplayState& other) {
+    one.frame = other.frame;
+    return one == other;
+}
+
 } // namespace
 
 class DisplayPictureFeed::Work {
 public:
-    explicit Work(DisplayState state) : picture{std::move(state), {}, {}} {}
+    explicit Work(DisplayState wanted) : state(std::move(wanted)) {}
     void make() {
-        picture = resampledPicture(picture.state, [this] { return isStopped.load(); });
+        picture = resampledPicture(state, [this] { return isStopped.load(); });
     }
 
+    const DisplayState state;
     DisplayPicture picture; // the queue's, until it is posted
     std::atomic<bool> isStopped = false;
 };
@@ -34,9 +41,12 @@ DisplayPictureFeed::~DisplayPictureFeed() {
 
 const DisplayPicture* DisplayPictureFeed::pictureFor(const DisplayState& state) {
     platform::assertMainThread();
-    if (_picture && isMadeFor(state)) return &*_picture;
-    if (_work && _work->picture.state == state) return nullptr;
-    clear();
+    const DisplayPicture* shown = _picture && isMadeFor(state) ? &*_picture : nullptr;
+    if (shown && shown->state.frame == state.frame) return shown;
+    // A frame that has begun is finished, however fast they follow each other.
+    if (_work && areFramesOfOne(_work->state, state)) return shown;
+    stopWork();
+    if (!shown) _picture.reset();
     if (pixelsTouched(state) <= fewPixels) {
         keep(resampledPicture(state));
         return &*_picture;
@@ -48,12 +58,16 @@ const DisplayPicture* DisplayPictureFeed::pictureFor(const DisplayState& state) 
             if (const auto feed = alive.lock()) (*feed)->didMake(work);
         });
     });
-    return nullptr;
+    return shown;
 }
 
 void DisplayPictureFeed::clear() {
     platform::assertMainThread();
     _picture.reset();
+    stopWork();
+}
+
+void DisplayPictureFeed::stopWork() {
     if (_work) _work->isStopped = true;
     _work.reset();
 }
@@ -75,5 +89,5 @@ bool DisplayPictureFeed::isMadeFor(const DisplayState& state) const {
     if (!state.images || _madeOf.lock() != state.images) return false;
     DisplayState made = _picture->state;
     made.images = state.images;
-    return made == state;
+    return areFramesOfOne(std::move(made), state);
 }

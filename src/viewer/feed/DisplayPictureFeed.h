@@ -21,8 +21,10 @@ public:
     DisplayPictureFeed& operator=(const DisplayPictureFeed&) = delete;
 
     /// The picture for exactly this state, but that its `state` names no images; nullptr while it
-    /// is made, which this begins unless it has begun. What was wanted before is dropped. Made at
-    /// once where that takes less than a frame.
+    /// is made, which this begins unless it has begun. What was wanted before is dropped, but for
+    /// another frame of the same picture at the same place: that is finished, and given out until
+    /// this one is there, so that an animation does not change to and fro. Made at once where that
+    /// takes less than a frame.
     const DisplayPicture* pictureFor(const DisplayState& state);
     /// Lets picture and work go: the view moves, or is left.
     void clear();
@@ -31,8 +33,10 @@ public:
 
 private:
     class Work;
+    void stopWork();
     void didMake(const std::shared_ptr<Work>& work);
     void keep(DisplayPicture picture);
+    /// What is there was made for this place, if maybe for another frame.
     [[nodiscard]] bool isMadeFor(const DisplayState& state) const;
 
     const std::function<void()> _ready;

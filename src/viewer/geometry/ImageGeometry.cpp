@@ -41,9 +41,10 @@ std::optional<GeometryAnimation> ImageGeometry::cwRotate() {
 }
 
 std::optional<GeometryAnimation> ImageGeometry::rotateToAngle(double angle) {
+    constexpr double sameAngle = 1e-6; // degrees: a whole turn was taken off
     const double present = _placement.angle();
     double target = PBUtilities::normalizeAngle(angle);
-    if (_isRotating || !std::isfinite(angle) || target == present) return {};
+    if (_isRotating || !std::isfinite(angle) || std::abs(target - present) < sameAngle) return {};
     if (target - present > 180) target -= 360;
     if (target - present < -180) target += 360;
     return turnTo(target);

@@ -16,6 +16,9 @@ constexpr double longestTurnPause = 0.3;
 constexpr double mostTurns = 20; // of one event
 /// A whole notch may come as parts that were rounded.
 constexpr double notch = 0.99;
+/// A touchpad's step of less than a point comes with no points, but with that part of a notch for a
+/// point.
+constexpr double turnsOfPoint = 0.1;
 
 /// Some platforms turn a wheel with Alt into a horizontal one: the axis that has a value.
 double larger(const QPointF& deltas) {
@@ -80,21 +83,29 @@ void ImageWheel::turn(const QPointF& turns) {
         _waitingStep = {isNext ? ImageStep::Next : ImageStep::Previous, time + stepWait};
 }
 
+QPointF ImageWheel::fingerWay(const WheelMove& move) {
+    _hasPixels = _hasPixels || !move.pixels.isNull();
+    // What is less than a point comes with a later step.
+    const bool isLessThanPoint = _hasPixels || std::abs(larger(move.turns)) <= turnsOfPoint;
+    return isLessThanPoint ? move.pixels : wayOf(move);
+}
+
 void ImageWheel::phased(const WheelMove& move) {
     switch (move.phase) {
     case WheelMove::Phase::Begin:
         fingersDidBegin();
-        return fingersDidMove(move.pixels, move.time);
+        _hasPixels = false;
+        return fingersDidMove(fingerWay(move), move.time);
     case WheelMove::Phase::End:
-        fingersDidMove(move.pixels, move.time);
+        fingersDidMove(fingerWay(move), move.time);
         return fingersDidEnd(move.time);
     case WheelMove::Phase::Momentum:
         if (_swipe.isFollowing()) return _swipe.momentumDidBegin();
         if (_fingers == Fingers::None && _geometry.placement().shouldShowNavigation())
-            pan(wayOf(move));
+            pan(fingerWay(move));
         return;
     default:
-        return fingersDidMove(wayOf(move), move.time);
+        return fingersDidMove(fingerWay(move), move.time);
     }
 }
 

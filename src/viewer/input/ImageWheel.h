@@ -51,6 +51,8 @@ private:
     void scroll(const WheelMove& move);
     void turn(const QPointF& turns);
     void phased(const WheelMove& move);
+    /// Of an event with a phase, in points.
+    [[nodiscard]] QPointF fingerWay(const WheelMove& move);
     void pan(const QPointF& way);
     [[nodiscard]] bool isFineStep(const WheelMove& move) const;
 
@@ -62,6 +64,7 @@ private:
     ScrollVelocity _velocity;
     PhasedScrolling _phases; // of steps without phases
     QPointF _fraction;       // of a device pixel, that the picture was not moved by yet
+    bool _hasPixels = false; // in the present gesture
     bool _zooms = false;
     double _turned = 0; // parts of a notch towards a step
     double _turnTime = 0;

@@ -253,15 +253,17 @@ bool PBSlideShowViewController::doKeyDown(const QKeyEvent& event) {
         lastImage();
         return true;
     case Qt::Key_Plus:
+    case Qt::Key_Equal: // the same key without Shift
     case Qt::Key_Minus:
-        _settings.stepInterval(event.key() == Qt::Key_Plus ? 1 : -1);
+        _settings.stepInterval(event.key() == Qt::Key_Minus ? -1 : 1);
         Q_EMIT updateControlUI();
         mouseMoved(false); // shows what came of it
         return true;
     case Qt::Key_Escape:
     case Qt::Key_F5:
     case Qt::Key_Q:
-        cancelOperation();
+        // The key that began the show may be held yet.
+        if (!event.isAutoRepeat()) cancelOperation();
         return true;
     default:
         return false;

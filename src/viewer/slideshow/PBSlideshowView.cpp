@@ -39,7 +39,8 @@ void PBSlideshowView::transitionToImage(const QImage& image, double angle) {
     const bool wasShown = !_isRunning || _clock.isValid();
     if (_isRunning) finish(false);
     if (image.isNull() && _target.image.isNull()) {
-        _ended(true); // nothing would come to an end
+        showNow();    // what was on its way to black is there
+        _ended(true); // nothing else would come to an end
         return;
     }
     if (wasShown) _source = _target;

@@ -9,6 +9,9 @@
 OpenGLSurface::OpenGLSurface(QWidget* parent) : QOpenGLWidget(parent) {}
 
 OpenGLSurface::~OpenGLSurface() {
+    // The context goes after this class's own part has gone.
+    if (context())
+        disconnect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &OpenGLSurface::letGo);
     letGo();
 }
 
