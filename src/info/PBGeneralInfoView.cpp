@@ -89,8 +89,10 @@ void PBGeneralInfoView::makeControls() {
 
 void PBGeneralInfoView::setSelection(InfoSelection selection) {
     platform::assertMainThread();
-    commitEditing();
-    _isOtherSelection = _isOtherSelection || selection.shown != _selection.shown;
+    // A scan brings the same ones again and again, and nobody has finished typing for that.
+    const bool isOtherShown = !hasSamePhotographs(selection.shown, _selection.shown);
+    if (isOtherShown || !hasSamePhotographs(selection.edited, _selection.edited)) commitEditing();
+    _isOtherSelection = _isOtherSelection || isOtherShown;
     _selection = std::move(selection);
 }
 
@@ -276,7 +278,7 @@ void PBGeneralInfoView::beginRename() {
 void PBGeneralInfoView::rename(
     const std::shared_ptr<PBImageFileItem>& item, const QString& typedName) {
     platform::assertMainThread();
-    if (_selection.shown.size() != 1 || _selection.shown.front() != item || !isVisible()) return;
+    if (!hasSamePhotographs(_selection.shown, {item}) || !isVisible()) return;
     if (_nameField) _nameField->cancel();
     auto* field = new PBModalTextField(1, typedName, this);
     field->setFont(rowPainter().metrics().font);

@@ -84,6 +84,31 @@ TEST_F(GeneralInfoViewTest, anEditBelongsToThosePhotographsThatItBeganWith) {
     EXPECT_EQ(edits.noted.back(), u"a.b.jpg,b.jpg: +sea-"_s);
 }
 
+TEST_F(GeneralInfoViewTest, whatIsHalfTypedStaysWhileAScanBringsTheSamePhotographsAgain) {
+    const auto again = [](const PBImageFileItem& item) {
+        return PBImageFileItem::imageFileItemWithId(item.fileId(), 1, item.fileName(), 0, 0);
+    };
+    select({a, b});
+    type(u"su"_s);
+    select({again(*b), again(*a)});
+    panel.updateInfo();
+    type(u"n"_s);
+    EXPECT_TRUE(edits.noted.isEmpty()) << edits.noted.join(u'\n').toStdString();
+    panel.setSelection({{a}, {a, b}}); // a folded group has the other one
+    EXPECT_EQ(edits.noted, QStringList{u"b.jpg,a.b.jpg: +sun-"_s});
+    select({a});
+    sendMouse(view, QEvent::MouseButtonPress, nameOf());
+    part<PBModalTextField>().setText(u"half"_s);
+    select({again(*a)});
+    ASSERT_TRUE(view.findChild<PBModalTextField*>());
+    EXPECT_FALSE(part<PBModalTextField>().isHidden());
+    part<PBModalTextField>().setText(u"whole"_s);
+    panel.commitEditing();
+    EXPECT_EQ(edits.noted.back(), u"a.b.jpg: whole"_s);
+    panel.renameAgain(a, u"once more"_s);
+    EXPECT_EQ(view.findChildren<PBModalTextField*>().back()->text(), u"once more"_s);
+}
+
 TEST_F(GeneralInfoViewTest, aNameIsGivenOnlyWhereOneIsSelectedAndChanged) {
     select({a, b});
     sendMouse(view, QEvent::MouseButtonPress, nameOf());
