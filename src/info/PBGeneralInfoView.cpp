@@ -138,9 +138,13 @@ void PBGeneralInfoView::showMerged() {
     if (!isEmpty) rows = merged.rows(isComplete, locale());
     const QList<QWidget*> controls{_flagButton, _ratingIndicator, _keywordsTokenField};
     if (!isEmpty) showControls(merged, isComplete);
-    if (!isEmpty && isComplete)
-        rows[static_cast<std::size_t>(GeneralRow::Tag)].text =
-            _keywordsTokenField->tokens().written();
+    if (!isEmpty && isComplete) {
+        // The field shows them; whoever copies the row, and a screen reader, has them from here.
+        InfoRow& tags = rows[static_cast<std::size_t>(GeneralRow::Tag)];
+        const QString written = _keywordsTokenField->tokens().written();
+        tags.text = written.isEmpty() ? localizedString(u"NoTag") : written;
+        tags.state = InfoRow::State::Value;
+    }
     for (QWidget* control : controls)
         control->setVisible(!isEmpty);
     setRows(std::move(rows), rowIndex(GeneralRow::Tag), furtherHeight());

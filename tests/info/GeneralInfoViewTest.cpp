@@ -232,6 +232,14 @@ TEST_F(GeneralInfoViewTest, rowsAreSelectedCopiedAndRead) {
     QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), u"Location: /photos\nName: a.b.jpg"_s);
 
+    const int tagRow = static_cast<int>(GeneralRow::Tag);
+    EXPECT_EQ(view.rowText(tagRow), u"Tags: No Tags"_s);
+    database.executeUpdate(
+        u"update ImageFile set Tag = ? where Id = ?"_s, catalogue.insertTag(u"sun, sea"_s),
+        a->fileId());
+    panel.updateInfo();
+    EXPECT_EQ(view.rowText(tagRow), u"Tags: \"sun, sea\""_s);
+
     QAccessibleInterface* page = QAccessible::queryAccessibleInterface(&view);
     EXPECT_EQ(page->child(1)->text(QAccessible::Name), u"Name: a.b.jpg"_s);
     EXPECT_TRUE(page->child(1)->state().selected);
