@@ -204,6 +204,10 @@ TEST_P(PBCatalogueTest, tagsAreUniqueWithoutCaseAndCompletedByUse) {
     EXPECT_TRUE(_files.completionArrayByTag(u"t_a"_s, 0).isEmpty());
     EXPECT_EQ(_files.completionArrayByTag(u"y_a"_s, 0), QStringList(u"CITY at night"_s));
     EXPECT_TRUE(_files.completionArrayByTag(u"a'"_s, 0).isEmpty());
+    _files.insertTag(u"Österreich"_s);
+    for (const QString& typed : {u"Öst"_s, u"öst"_s, u"ÖST"_s})
+        EXPECT_EQ(_files.completionArrayByTag(typed, 0), QStringList(u"Österreich"_s));
+    EXPECT_TRUE(_files.completionArrayByTag(u"üst"_s, 0).isEmpty());
 }
 
 } // namespace

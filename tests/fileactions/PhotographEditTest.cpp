@@ -134,6 +134,12 @@ TEST_F(EditQueueTest, tagsKeepEveryCharacterAndTheSpellingOfTheList) {
     EXPECT_EQ(tagsOf(id), tags.mid(1)) << "known by another case, and nothing is no tag";
     run(Edit::RemoveTag{tags[1]}, {});
     EXPECT_EQ(tagsOf(id), tags.mid(2));
+    const qint64 other = addPhotograph(u"b.jpg"_s);
+    run(Edit::SetTags{{u"Übung"_s, u"day"_s}}, {id});
+    run(Edit::SetTags{{u"übung"_s}}, {other});
+    EXPECT_EQ(tagsOf(other), QStringList(u"Übung"_s));
+    run(Edit::RenameTag{u"day"_s, u" ÜBUNG "_s}, {});
+    EXPECT_EQ(tagsOf(id), QStringList(u"Übung"_s)) << "the two become one";
 }
 
 /// Each is decided when its turn comes, and an undo takes back what was on its way before it.

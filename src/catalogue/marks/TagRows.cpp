@@ -16,6 +16,17 @@ std::optional<TagRows::Row> TagRows::find(const QString& tag) {
     Row found;
     if (row.next()) found = {row.longLongIntForColumnIndex(0), row.stringForColumnIndex(1)};
     if (row.hadError()) return std::nullopt;
+    row.close();
+    const auto isBeyondAscii = [](QChar letter) { return letter.unicode() >= 128; };
+    if (found.id != 0 || std::ranges::none_of(tag, isBeyondAscii)) return found;
+    // SQLite knows the case of ASCII's letters only.
+    FMResultSet all = _db.executeQuery(QStringLiteral("select Id,Tag from Tags order by Id"));
+    while (found.id == 0 && all.next()) {
+        const QString other = all.stringForColumnIndex(1);
+        if (other.compare(tag, Qt::CaseInsensitive) == 0)
+            found = {all.longLongIntForColumnIndex(0), other};
+    }
+    if (all.hadError()) return std::nullopt;
     return found;
 }
 

@@ -11,9 +11,8 @@ class FMDatabase;
 
 namespace marks {
 
-/// The list of tags, and who has one, in catalogue and ledger. Tags are alike without regard to
-/// case, as far as SQLite knows letters. On a connection to both files; false, or nothing: it can't
-/// be read or changed.
+/// The list of tags, and who has one, in catalogue and ledger. Tags are found without regard
+/// to case. On a connection to both files; false, or nothing: it can't be read or changed.
 class TagRows {
 public:
     explicit TagRows(FMDatabase& both) : _db(both) {}

@@ -90,10 +90,10 @@ public:
     }
 
     bool operator()(const PhotographEdit::RenameTag& renamed) {
-        const auto row = _tags.find(renamed.tag);
-        const auto other = _tags.find(renamed.name);
-        if (!row || !other) return false;
         const QString name = renamed.name.trimmed();
+        const auto row = _tags.find(renamed.tag);
+        const auto other = _tags.find(name);
+        if (!row || !other) return false;
         if (row->id == 0 || name.isEmpty() || name == row->tag) return true;
         const bool isMerge = other->id != 0 && other->id != row->id;
         if (isMerge) return removeEverywhere(*row, other->tag);
