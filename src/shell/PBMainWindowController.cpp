@@ -412,9 +412,10 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
     _marks->serveRatingKeys(_largeView->controller().imageView());
     _marks->serveRatingKeys(_largeView->controller().thumbnailView());
     _infoFeed->setLargeView(&_largeView->controller().imageView());
-    QObject::connect(&_services.edits, &fileactions::EditRunner::didEdit, _largeView.get(), [this] {
-        _largeView->controller().itemsDidChange();
-    });
+    const auto itemsDidChange = [this] { _largeView->controller().itemsDidChange(); };
+    using fileactions::EditRunner;
+    QObject::connect(&_services.edits, &EditRunner::didEdit, _largeView.get(), itemsDidChange);
+    QObject::connect(&_services.edits, &EditRunner::didReadAgain, _largeView.get(), itemsDidChange);
     _slideshowCommand = std::make_unique<SlideshowCommand>(SlideshowCommand::Parts{
         .services = _services,
         .window = *_window,
