@@ -157,8 +157,7 @@ void PBGeneralInfoView::showControls(const GeneralMerge& merged, bool isComplete
     const PBValue& stars = merged.value(GeneralRow::FileStars);
     _ratingIndicator->setRating(static_cast<int>(stars.toInteger()), stars.isNull());
     if (!isComplete) return _keywordsTokenField->setGathering();
-    const MergedTags tags =
-        merged.tags([this](qint64 tagId) { return PBCatalogue(_database).tagWithTagId(tagId); });
+    const MergedTags tags = _reading->tags();
     if (_isOtherSelection) {
         _keywordsTokenField->resetTags(tags);
     } else {

@@ -3,7 +3,6 @@
 #include "browser/PBImageBrowserContainerView.h"
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
-#include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
 #include "fileactions/marks/EditRunner.h"
 #include "group/GroupTypes.h"
@@ -293,8 +292,13 @@ QWidget* PBMainWindowController::makeThumbnailView() {
 void PBMainWindowController::makeGroupViews() {
     _groupPanel = std::make_unique<GroupPanel>(
         _services.groupTreeDataSource,
-        [this](qint64 tagId) { return PBCatalogue(_services.mainFileDb).tagWithTagId(tagId); },
+        [this](qint64 tagId) { return _tagNames.tagWithTagId(tagId); },
         [this](const PBGroupItemData& leaf) { _browserPane->scrollToLeaf(leaf); });
+    QObject::connect(
+        &_services.edits, &fileactions::EditRunner::didEdit, _groupPanel.get(),
+        [this](const fileactions::EditResult& result) {
+            if (result.kind == fileactions::EditResult::Kind::TagEverywhere) _tagNames.forget();
+        });
     _groupPrompts = std::make_unique<GroupSheets>(*_window);
     _groupMenus = std::make_unique<GroupMenus>(GroupMenus::Environment{
         .groupTypeArray = [this] { return _services.browsing.groupTypeArray(); },

@@ -1,9 +1,8 @@
 #include "catalogue/marks/TagRows.h"
 
 #include "FMDB/FMDatabase.h"
+#include "catalogue/marks/IdsText.h"
 #include "catalogue/marks/TagsText.h"
-
-#include <QHash>
 
 #include <algorithm>
 
@@ -96,6 +95,20 @@ std::optional<std::vector<TagRows::Count>> TagRows::counts(FMDatabase& db) {
         return QString::localeAwareCompare(one.tag, other.tag) < 0;
     });
     return counts;
+}
+
+std::optional<QHash<qint64, QString>>
+TagRows::texts(FMDatabase& db, const std::optional<std::span<const qint64>>& tagIds) {
+    FMResultSet rows = tagIds ? db.executeQuery(
+                                    QStringLiteral("select Id,Tag from Tags where Id in "
+                                                   "(select value from json_each(?))"),
+                                    idsText(*tagIds))
+                              : db.executeQuery(QStringLiteral("select Id,Tag from Tags"));
+    QHash<qint64, QString> texts;
+    while (rows.next())
+        texts.insert(rows.longLongIntForColumnIndex(0), rows.stringForColumnIndex(1));
+    if (rows.hadError()) return std::nullopt;
+    return texts;
 }
 
 } // namespace marks

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -42,6 +44,10 @@ public:
     };
     /// `db` has the catalogue; the ledger is not needed.
     [[nodiscard]] static std::optional<std::vector<Count>> counts(FMDatabase& db);
+    /// The texts of these tags, or of all, by their ids; ids without a tag are left out. Of the
+    /// catalogue alone, too.
+    [[nodiscard]] static std::optional<QHash<qint64, QString>>
+    texts(FMDatabase& db, const std::optional<std::span<const qint64>>& tagIds = std::nullopt);
 
 private:
     FMDatabase& _db;
