@@ -167,7 +167,6 @@ bool EditQueue::beginOther() {
     if (job.kind == Job::Other) {
         _history.push(job.text, std::move(job.way));
         _jobs.pop_front();
-        Q_EMIT historyDidChange();
         return true;
     }
     const bool isUndo = job.kind == Job::Undo;
@@ -187,7 +186,6 @@ bool EditQueue::beginOther() {
         } else {
             _history.redone(std::move(back));
         }
-        Q_EMIT historyDidChange();
         beginNext();
     });
     return true;
@@ -269,10 +267,7 @@ void EditQueue::remember(const Job& job, StoredEdit& stored) {
         _history.push(
             nameOfEdit(job.edit, std::ssize(stored.shown)), kindOf(job.edit.change),
             std::move(stored.inverse));
-    } else {
-        return;
     }
-    Q_EMIT historyDidChange();
 }
 
 void EditQueue::fail(const Job& job, const QString& reason) {

@@ -60,8 +60,6 @@ Q_SIGNALS:
     void didReadAgain(const std::vector<qint64>& fileIds);
     /// One that could not be stored.
     void didFail(const fileactions::EditResult& result);
-    /// What can be taken back or repeated, or its name.
-    void historyDidChange();
 };
 
 } // namespace fileactions
