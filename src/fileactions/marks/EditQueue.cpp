@@ -93,8 +93,8 @@ void EditQueue::finish() {
 
 qint64 EditQueue::pendingCount() const {
     qint64 count = 0;
-    for (const Job& job : _jobs)
-        count += job.isLook() ? 0 : std::max<qint64>(std::ssize(job.edit.fileIds), 1);
+    for (auto job = _jobs.begin() + (_isOtherRunning ? 1 : 0); job != _jobs.end(); ++job)
+        count += job->isLook() ? 0 : std::max<qint64>(std::ssize(job->edit.fileIds), 1);
     return count;
 }
 
@@ -152,6 +152,7 @@ void EditQueue::beginNext() {
             });
         });
     }
+    if (isIdle() && !_isFinishing) Q_EMIT didEnd();
 }
 
 void EditQueue::countTags(Counted done) {
