@@ -119,9 +119,9 @@ void EditedPhotographsOperation::tellOthers(const PBImageFileList& inTree) const
 
 bool EditedPhotographsOperation::takeIn(const std::unordered_set<qint64>& fileIds) const {
     // Without a filter and a search whatever is not in the tree is yet to come, or does not belong.
-    if (fileIds.empty() || (_dictionary->Filter == 0 && _dictionary->SearchString.isEmpty()))
-        return false;
-    return takeInRows(*_dictionary, fileIds);
+    const bool mayBeLeftOut =
+        _edited.areRenamed || _dictionary->Filter != 0 || !_dictionary->SearchString.isEmpty();
+    return !fileIds.empty() && mayBeLeftOut && takeInRows(*_dictionary, fileIds);
 }
 
 void MovedPhotographsOperation::runWithOwnerNSOperation(
