@@ -236,6 +236,10 @@ void PBTagTokenField::takeTyped() {
     const QString typed = _editor->text();
     _editor->clear();
     hideCompletions();
+    addTyped(typed);
+}
+
+void PBTagTokenField::addTyped(const QString& typed) {
     const auto opened = std::exchange(_opened, std::nullopt);
     if (opened && typed == TagTokens::written(opened->text)) {
         _tokens.putBack(*opened); // nobody meant to change it
@@ -316,7 +320,7 @@ void PBTagTokenField::textEdited(const QString& text) {
     // One that was typed ends with the comma; behind the last one of a list that was pasted there
     // is none.
     for (const QString& part : parts.complete)
-        _tokens.add(TagTokens::unquoted(part));
+        addTyped(part);
     const bool isList = parts.complete.size() > 1 || !parts.rest.trimmed().isEmpty();
     _editor->setText(isList ? parts.rest : parts.rest.trimmed());
     if (isList) {
