@@ -140,6 +140,11 @@ TEST_F(EditQueueTest, tagsKeepEveryCharacterAndTheSpellingOfTheList) {
     EXPECT_EQ(tagsOf(other), QStringList(u"Übung"_s));
     run(Edit::RenameTag{u"day"_s, u" ÜBUNG "_s}, {});
     EXPECT_EQ(tagsOf(id), QStringList(u"Übung"_s)) << "the two become one";
+    // As a list may have them that was made elsewhere.
+    change({id}, {.stars = {}, .flag = {}, .tags = QStringList(u"École"_s), .rotation = {}});
+    change({other}, {.stars = {}, .flag = {}, .tags = QStringList(u"école"_s), .rotation = {}});
+    run(Edit::ChangeTags{{}, {u"école"_s}}, {id, other});
+    EXPECT_EQ(tagsOf(id) + tagsOf(other), QStringList(u"École"_s));
 }
 
 /// Each is decided when its turn comes, and an undo takes back what was on its way before it.

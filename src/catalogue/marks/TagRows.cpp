@@ -10,7 +10,8 @@ namespace marks {
 
 std::optional<TagRows::Row> TagRows::find(const QString& tag) {
     FMResultSet row = _db.executeQuery(
-        QStringLiteral("select Id,Tag from Tags where lower(Tag) = lower(?) order by Id limit 1"),
+        QStringLiteral("select Id,Tag from Tags where lower(Tag) = lower(?1) "
+                       "order by Tag <> ?1,Id limit 1"),
         tag);
     Row found;
     if (row.next()) found = {row.longLongIntForColumnIndex(0), row.stringForColumnIndex(1)};

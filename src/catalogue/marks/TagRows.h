@@ -23,6 +23,7 @@ public:
         qint64 id = 0; ///< 0: there is no such tag
         QString tag;   ///< as it is spelled in the list
     };
+    /// The one in this very spelling, if there are several.
     [[nodiscard]] std::optional<Row> find(const QString& tag);
     /// Puts it into the list, unless it is there.
     bool ensure(const QString& tag);

@@ -64,10 +64,17 @@ public:
 
     bool operator()(const PhotographEdit::ChangeTags& wanted) {
         const auto added = asListed(wanted.added);
+        // In the very spelling: a list from elsewhere may have two that differ in case alone.
+        QStringList removed;
+        for (const QString& tag : wanted.removed) {
+            const auto row = _tags.find(tag);
+            if (!row) return false;
+            removed += row->tag;
+        }
         return added && changeEach(_fileIds, [&](const QStringList& before) {
                    QStringList tags;
                    for (const QString& tag : before)
-                       if (!contains(wanted.removed, tag) || contains(*added, tag)) tags += tag;
+                       if (!removed.contains(tag) || contains(*added, tag)) tags += tag;
                    for (const QString& tag : *added)
                        if (!contains(tags, tag)) tags += tag;
                    return tags;
