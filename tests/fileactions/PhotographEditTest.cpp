@@ -162,6 +162,10 @@ TEST_F(EditQueueTest, whatFollowsQuicklyMeansWhatItSays) {
     wait();
     EXPECT_EQ(rows(u"select ifnull(FileStars,0) from ImageFile"_s), support::words("0 0"));
     EXPECT_EQ(flags(), support::words("0 0"));
+    queue.redo();
+    EXPECT_EQ(queue.pendingCount(), 2) << "of as many as the edit";
+    wait();
+    undo();
     ASSERT_EQ(results.back().way, EditResult::Way::Undone);
     for (int step = 0; step < 150; ++step)
         queue.run({.fileIds = {ids[0]}, .change = Edit::Rate{1 + step % 5}});
