@@ -100,13 +100,9 @@ TEST_F(SelectionReadingTest, whatTheCatalogueDoesNotSayIsNotMadeUp) {
     MoreReading broken({bare}, database);
     EXPECT_TRUE(broken.readSome());
     EXPECT_TRUE(broken.hasFailed());
-    const auto tagged = add(u"tagged.jpg"_s);
     EXPECT_TRUE(database.executeUpdate(u"drop table Tags"_s));
-    for (const auto& [item, fails] : {std::pair(bare, false), std::pair(tagged, true)}) {
-        GeneralReading withoutTags({item}, database, folders);
-        EXPECT_TRUE(withoutTags.readSome());
-        EXPECT_EQ(withoutTags.hasFailed(), fails);
-    }
+    GeneralReading withoutTags({add(u"tagged.jpg"_s)}, database, folders);
+    EXPECT_TRUE(withoutTags.readSome() && withoutTags.hasFailed());
 }
 
 } // namespace
