@@ -2,6 +2,7 @@
 
 #include "info/painting/AccentText.h"
 #include "info/tags/TagEditor.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 #include "ui/PBThemes.h"
@@ -39,8 +40,7 @@ constexpr qsizetype mostShown = 200;
 constexpr qsizetype mostInToolTip = 1500;
 
 QString shownTag(const QString& tag) {
-    if (tag.size() <= mostShown) return tag;
-    return tag.left(mostShown / 2) + QChar(0x2026) + tag.right(mostShown / 2);
+    return platform::briefText(tag, mostShown);
 }
 
 } // namespace
@@ -476,7 +476,7 @@ bool PBTagTokenField::event(QEvent* event) {
     }
     const auto index = static_cast<std::size_t>(token);
     const TagToken& shown = _tokens.tokens()[index];
-    QString text = shown.text.left(mostInToolTip);
+    QString text = platform::harmlessText(shown.text.left(mostInToolTip));
     if (closeRect(index).contains(help->pos())) {
         text = localizedFormat(u"RemoveTagTip", {text});
     } else if (!shown.isOfAll) {
