@@ -129,7 +129,7 @@ public:
     [[nodiscard]] QString tagWithFileId(qint64 fileId);
     /// Tags that contain the text, the most used first, at most `maxCount` if that is above 0. The
     /// text is part of the statement as it stands: "%" and "_" are wildcards, and one with a single
-    /// quote finds nothing.
+    /// quote finds nothing. Without regard to case.
     [[nodiscard]] QStringList completionArrayByTag(const QString& tag, int maxCount);
 
     /// The row with this id as values in the order of the fields, or of all columns without fields;

@@ -72,12 +72,21 @@ QString PBCatalogue::tagWithFileId(qint64 fileId) {
 }
 
 QStringList PBCatalogue::completionArrayByTag(const QString& tag, int maxCount) {
+    // Of other letters than ASCII's SQLite doesn't know the case: any stands for them there.
+    QString pattern;
+    for (const QChar letter : tag.toLower()) {
+        if (letter.isLowSurrogate()) continue;
+        pattern += letter.unicode() < 128 ? letter : QChar(u'_');
+    }
+    const bool isLookedAt = pattern != tag.toLower();
     FMResultSet rows = _db.executeQuery(
-        QStringLiteral("select Tag from Tags where LOWER(Tag) like '%") + tag.toLower() +
+        QStringLiteral("select Tag from Tags where LOWER(Tag) like '%") + pattern +
         QStringLiteral("%' order by UseCount DESC"));
     QStringList tags;
-    while ((maxCount <= 0 || tags.size() < maxCount) && rows.next())
-        tags.append(rows.stringForColumnIndex(0));
+    while ((maxCount <= 0 || tags.size() < maxCount) && rows.next()) {
+        const QString found = rows.stringForColumnIndex(0);
+        if (!isLookedAt || found.contains(tag, Qt::CaseInsensitive)) tags.append(found);
+    }
     return tags;
 }
 

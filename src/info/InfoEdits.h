@@ -15,6 +15,9 @@ struct InfoSelection {
     PBImageFileList edited;
 };
 
+/// Whether these are the same photographs, in whatever order. After a scan they may be other items.
+[[nodiscard]] bool hasSamePhotographs(const PBImageFileList& one, const PBImageFileList& other);
+
 /// What the panel asks for when the user edits something in it. It stores nothing itself; whoever
 /// performs an edit calls `InfoPanel::updateInfo` afterwards, whether it succeeded or not. Main
 /// thread.

@@ -44,7 +44,7 @@ public:
     void selectInfo(int page);
 
     /// Shows these photographs from now on. An edit that was begun is asked for first, for those
-    /// that were shown when it began.
+    /// that were shown when it began, unless they are the same ones.
     void setSelection(InfoSelection selection);
     /// Something in the catalogue changed: reads again what is shown.
     void updateInfo();

@@ -1,6 +1,7 @@
 #include "info/InfoRowsView.h"
 
 #include "info/RowsAccessible.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 #include "ui/PBThemes.h"
@@ -252,8 +253,9 @@ bool InfoRowsView::showToolTip(const QPoint& point, const QPoint& globalPoint) {
     if (value.size() > mostInToolTip) value = value.left(mostInToolTip) + QChar(0x2026);
     QToolTip::showText(
         globalPoint,
-        QStringLiteral("<p style='white-space:pre-wrap'>%1</p>").arg(value.toHtmlEscaped()), this,
-        rowRect(row));
+        QStringLiteral("<p style='white-space:pre-wrap'>%1</p>")
+            .arg(platform::harmlessText(value).toHtmlEscaped()),
+        this, rowRect(row));
     return true;
 }
 

@@ -89,8 +89,10 @@ void PBGeneralInfoView::makeControls() {
 
 void PBGeneralInfoView::setSelection(InfoSelection selection) {
     platform::assertMainThread();
-    commitEditing();
-    _isOtherSelection = _isOtherSelection || selection.shown != _selection.shown;
+    // A scan brings the same ones again and again, and nobody has finished typing for that.
+    const bool isOtherShown = !hasSamePhotographs(selection.shown, _selection.shown);
+    if (isOtherShown || !hasSamePhotographs(selection.edited, _selection.edited)) commitEditing();
+    _isOtherSelection = _isOtherSelection || isOtherShown;
     _selection = std::move(selection);
 }
 
@@ -136,9 +138,13 @@ void PBGeneralInfoView::showMerged() {
     if (!isEmpty) rows = merged.rows(isComplete, locale());
     const QList<QWidget*> controls{_flagButton, _ratingIndicator, _keywordsTokenField};
     if (!isEmpty) showControls(merged, isComplete);
-    if (!isEmpty && isComplete)
-        rows[static_cast<std::size_t>(GeneralRow::Tag)].text =
-            _keywordsTokenField->tokens().written();
+    if (!isEmpty && isComplete) {
+        // The field shows them; whoever copies the row, and a screen reader, has them from here.
+        InfoRow& tags = rows[static_cast<std::size_t>(GeneralRow::Tag)];
+        const QString written = _keywordsTokenField->tokens().written();
+        tags.text = written.isEmpty() ? localizedString(u"NoTag") : written;
+        tags.state = InfoRow::State::Value;
+    }
     for (QWidget* control : controls)
         control->setVisible(!isEmpty);
     setRows(std::move(rows), rowIndex(GeneralRow::Tag), furtherHeight());
@@ -151,8 +157,7 @@ void PBGeneralInfoView::showControls(const GeneralMerge& merged, bool isComplete
     const PBValue& stars = merged.value(GeneralRow::FileStars);
     _ratingIndicator->setRating(static_cast<int>(stars.toInteger()), stars.isNull());
     if (!isComplete) return _keywordsTokenField->setGathering();
-    const MergedTags tags =
-        merged.tags([this](qint64 tagId) { return PBCatalogue(_database).tagWithTagId(tagId); });
+    const MergedTags tags = _reading->tags();
     if (_isOtherSelection) {
         _keywordsTokenField->resetTags(tags);
     } else {
@@ -276,7 +281,7 @@ void PBGeneralInfoView::beginRename() {
 void PBGeneralInfoView::rename(
     const std::shared_ptr<PBImageFileItem>& item, const QString& typedName) {
     platform::assertMainThread();
-    if (_selection.shown.size() != 1 || _selection.shown.front() != item || !isVisible()) return;
+    if (!hasSamePhotographs(_selection.shown, {item}) || !isVisible()) return;
     if (_nameField) _nameField->cancel();
     auto* field = new PBModalTextField(1, typedName, this);
     field->setFont(rowPainter().metrics().font);

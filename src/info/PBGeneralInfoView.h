@@ -26,7 +26,8 @@ public:
         QWidget* parent = nullptr);
     ~PBGeneralInfoView() override;
 
-    /// Shows these photographs from the next `updateInfos` on. Ends an edit of others before.
+    /// Shows these photographs from the next `updateInfos` on. Ends an edit of others before; one
+    /// of the same photographs goes on.
     void setSelection(InfoSelection selection);
     /// Reads everything anew; until that is there the former values stay, unless they are those of
     /// other photographs.

@@ -1,6 +1,7 @@
 #include "info/PBMoreInfoContainerView.h"
 
 #include "info/CategorySelector.h"
+#include "info/InfoEdits.h"
 #include "info/InfoScrollArea.h"
 #include "info/PBMoreInfoView.h"
 #include "info/rows/MoreInfoRows.h"
@@ -48,7 +49,7 @@ PBMoreInfoContainerView::PBMoreInfoContainerView(
 
 void PBMoreInfoContainerView::setSelection(PBImageFileList items) {
     platform::assertMainThread();
-    _isOtherSelection = _isOtherSelection || items != _items;
+    _isOtherSelection = _isOtherSelection || !hasSamePhotographs(items, _items);
     _items = std::move(items);
 }
 

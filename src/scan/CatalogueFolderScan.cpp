@@ -75,7 +75,7 @@ void CatalogueFolderScan::scanRows(
                                       ? presenceOf(folder, row, folderPath)
                                       : folderPresence;
         if (presence == Presence::Gone) {
-            _staleRows.addFile(row.id, row.folderId);
+            _staleRows.addFile({row.id, row.folderId, row.fileName});
             continue;
         }
         take(row, folderPath, presence == Presence::Unknown);

@@ -14,6 +14,7 @@
 #include "scan/ScanSteps.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 using platform::Presence;
 
@@ -56,12 +57,19 @@ bool takeInRows(const PBScanDictionary& dictionary, const std::unordered_set<qin
         dictionary.groupingParameters(), *dictionary.Database, dictionary.services->places);
     const group::CatalogueFolderPaths paths(
         *dictionary.Database, dictionary.services->aliasManager);
+    std::unordered_map<qint64, QString> folders; // empty for one that is not on show, or not there
+    const auto folderOf = [&](qint64 folderId) -> const QString& {
+        const auto [folder, isNew] = folders.try_emplace(folderId);
+        if (isNew && isInScope(dictionary, folderId))
+            folder->second = paths.pathOfFolderId(folderId);
+        return folder->second;
+    };
     step.willInsert(rows);
     ThumbnailsToBuild thumbnails(dictionary);
     bool hasTakenIn = false;
     for (const group::ImageFileRow& row : rows) {
-        const QString folder = paths.pathOfFolderId(row.folderId);
-        if (folder.isEmpty() || !isInScope(dictionary, row.folderId)) continue;
+        const QString& folder = folderOf(row.folderId);
+        if (folder.isEmpty()) continue;
         const QString path = platform::pathInFolder(folder, row.fileName);
         const auto [presence, values] = platform::FileManager::look(path);
         const bool isOther =
@@ -111,9 +119,9 @@ void EditedPhotographsOperation::tellOthers(const PBImageFileList& inTree) const
 
 bool EditedPhotographsOperation::takeIn(const std::unordered_set<qint64>& fileIds) const {
     // Without a filter and a search whatever is not in the tree is yet to come, or does not belong.
-    if (fileIds.empty() || (_dictionary->Filter == 0 && _dictionary->SearchString.isEmpty()))
-        return false;
-    return takeInRows(*_dictionary, fileIds);
+    const bool mayBeLeftOut =
+        _edited.areRenamed || _dictionary->Filter != 0 || !_dictionary->SearchString.isEmpty();
+    return !fileIds.empty() && mayBeLeftOut && takeInRows(*_dictionary, fileIds);
 }
 
 void MovedPhotographsOperation::runWithOwnerNSOperation(

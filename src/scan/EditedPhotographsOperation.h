@@ -21,6 +21,9 @@ public:
         PBImageFileList items;
         /// Their places in the tree may be others.
         bool moves = true;
+        /// Their files have other names: a look at the disk may have missed them, and taken them
+        /// out of the tree.
+        bool areRenamed = false;
         /// Called with those that are in the tree as other items: these have it not. On the scan
         /// thread.
         std::function<void(std::vector<qint64> fileIds)> readAgain;

@@ -15,15 +15,17 @@ FileItemCheck::FileItemCheck(
       _roots(dictionary), _spelling(*dictionary.services) {}
 
 bool FileItemCheck::isGone(PBImageFileItem& item) {
+    // Asked for before the look: the user may give it another one meanwhile.
+    const LookedForFile lookedFor{item.fileId(), item.folderId(), item.fileName()};
     if (isRewritten(item)) {
-        _staleRows.addFile(item.fileId(), item.folderId());
+        _staleRows.addFile(lookedFor);
         _rewritten.add(item);
         return true;
     }
     if (_onlyRewritten) return false;
     const Presence presence = presenceOf(item);
     if (presence == Presence::Gone) {
-        _staleRows.addFile(item.fileId(), item.folderId());
+        _staleRows.addFile(lookedFor);
         ++_goneCount;
         return true;
     }

@@ -3,9 +3,11 @@
 #include "FMDB/FMDatabase.h"
 #include "catalogue/marks/IdsText.h"
 #include "group/FolderPaths.h"
+#include "group/GroupTypes.h"
 #include "library/PBAliasManager.h"
 #include "scan/ScanServices.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 namespace {
@@ -42,8 +44,15 @@ rowsOf(const PBImageFileList& items, bool withColumns, FMDatabase& db) {
 void reinsertItems(
     const PBScanDictionary& dictionary, const PBImageFileList& items,
     const std::function<bool()>& isCancelled) {
+    const group::GroupingParameters parameters = dictionary.groupingParameters();
+    const auto groupsBy = [&chain = parameters.groupTypeArray](int type) {
+        return std::ranges::find(chain, type) != chain.end();
+    };
+    // Their positions were looked up when they first came in.
     group::GroupingStep step(
-        dictionary.groupingParameters(), *dictionary.Database, dictionary.services->places);
+        parameters, *dictionary.Database,
+        groupsBy(group::Place) ? dictionary.services->places : nullptr);
+    const bool needsFolder = groupsBy(group::Folder);
     const group::CatalogueFolderPaths paths(
         *dictionary.Database, dictionary.services->aliasManager);
     group::FolderPathCache cache;
@@ -51,7 +60,7 @@ void reinsertItems(
     step.willInsert(rows);
     for (std::size_t index = 0; index < items.size(); ++index) {
         if (isCancelled && isCancelled()) return;
-        const QString folder = items[index]->folderPath(paths, cache);
+        const QString folder = needsFolder ? items[index]->folderPath(paths, cache) : QString();
         step.reinsert(
             items[index], std::move(rows[index]),
             folder.isEmpty() ? PBValue(PBNull{}) : PBValue(folder));

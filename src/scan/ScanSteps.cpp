@@ -59,9 +59,10 @@ void ThumbnailsToBuild::queueAll() {
 namespace {
 
 bool hasMoved(PBCatalogue& catalogue, const LookedForFile& file) {
-    const PBArray row =
-        catalogue.imageFileDataWithIdAndFields(file.fileId, {QStringLiteral("FolderId")});
-    return !row.empty() && row.front().toInteger() != file.folderId;
+    const PBArray row = catalogue.imageFileDataWithIdAndFields(
+        file.fileId, {QStringLiteral("FolderId"), QStringLiteral("FileName")});
+    return !row.empty() &&
+           (row[0].toInteger() != file.folderId || row[1].toText() != file.fileName);
 }
 
 /// Removes rows until a cancellation; answers those of images, or nothing when none could be.

@@ -36,15 +36,16 @@ private:
     std::vector<std::shared_ptr<platform::Operation>> _operations;
 };
 
-/// A row of an image, and the folder in which its file was looked for.
+/// A row of an image, and where its file was looked for.
 struct LookedForFile {
     qint64 fileId;
     qint64 folderId;
+    QString fileName;
 };
 
 /// Removes folders and images with their metadata from the catalogue in one transaction, and, once
-/// that is stored, queues the removal of their thumbnails. An image whose row has gone to another
-/// folder since, with a file that the program itself moved, stays. Nothing happens when there is
+/// that is stored, queues the removal of their thumbnails. An image whose row has another folder or
+/// name since, as its file that the program itself moved, stays. Nothing happens when there is
 /// nothing to remove.
 void removeFromCatalogue(
     const PBScanDictionary& dictionary, const std::vector<qint64>& folderIds,

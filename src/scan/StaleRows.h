@@ -31,7 +31,7 @@ public:
     void addFolder(qint64 folderId) { _folderIds.push_back(folderId); }
     /// Takes a folder back that is still needed.
     void keepFolder(qint64 folderId) { std::erase(_folderIds, folderId); }
-    void addFile(qint64 fileId, qint64 folderId) { _files.push_back({fileId, folderId}); }
+    void addFile(const LookedForFile& file) { _files.push_back(file); }
 
     /// Removes them from the catalogue, with their thumbnails. The roots are asked once more before
     /// that: rows of one that is not there stay, since its disk may have left since it was looked

@@ -3,7 +3,6 @@
 #include "browser/PBImageBrowserContainerView.h"
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
-#include "catalogue/PBCatalogue.h"
 #include "core/PBAppDelegate.h"
 #include "fileactions/marks/EditRunner.h"
 #include "group/GroupTypes.h"
@@ -296,8 +295,13 @@ QWidget* PBMainWindowController::makeThumbnailView() {
 void PBMainWindowController::makeGroupViews() {
     _groupPanel = std::make_unique<GroupPanel>(
         _services.groupTreeDataSource,
-        [this](qint64 tagId) { return PBCatalogue(_services.mainFileDb).tagWithTagId(tagId); },
+        [this](qint64 tagId) { return _tagNames.tagWithTagId(tagId); },
         [this](const PBGroupItemData& leaf) { _browserPane->scrollToLeaf(leaf); });
+    QObject::connect(
+        &_services.edits, &fileactions::EditRunner::didEdit, _groupPanel.get(),
+        [this](const fileactions::EditResult& result) {
+            if (result.kind == fileactions::EditResult::Kind::TagEverywhere) _tagNames.forget();
+        });
     _groupPrompts = std::make_unique<GroupSheets>(*_window);
     _groupMenus = std::make_unique<GroupMenus>(GroupMenus::Environment{
         .groupTypeArray = [this] { return _services.browsing.groupTypeArray(); },
@@ -434,9 +438,10 @@ void PBMainWindowController::makeLargeView(QStackedWidget& contents) {
     _marks->serveRatingKeys(_largeView->controller().imageView());
     _marks->serveRatingKeys(_largeView->controller().thumbnailView());
     _infoFeed->setLargeView(&_largeView->controller().imageView());
-    QObject::connect(&_services.edits, &fileactions::EditRunner::didEdit, _largeView.get(), [this] {
-        _largeView->controller().itemsDidChange();
-    });
+    const auto itemsDidChange = [this] { _largeView->controller().itemsDidChange(); };
+    using fileactions::EditRunner;
+    QObject::connect(&_services.edits, &EditRunner::didEdit, _largeView.get(), itemsDidChange);
+    QObject::connect(&_services.edits, &EditRunner::didReadAgain, _largeView.get(), itemsDidChange);
     _slideshowCommand = std::make_unique<SlideshowCommand>(SlideshowCommand::Parts{
         .services = _services,
         .window = *_window,

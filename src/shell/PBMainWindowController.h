@@ -1,5 +1,6 @@
 #pragma once
 
+#include "catalogue/marks/TagNames.h"
 #include "shell/panes/WorkProgress.h"
 #include "shell/services/ShellServices.h"
 
@@ -124,6 +125,7 @@ private:
     class Window;
 
     const ShellServices _services;
+    marks::TagNames _tagNames{_services.mainFileDb};
     QString _shownFolder;                      ///< by its root and path
     std::unique_ptr<BrowserPane> _browserPane; // serves the window's views, and goes after them
     std::unique_ptr<LargeView> _largeView;     // the same

@@ -14,15 +14,12 @@ TEST_F(BrowserViewTest, itemsHaveAccessibleNamesPlacesAndStatesUntilTheyGo) {
     tree->item(1, 1)->setIsAway(true);
     view->GotoIndex({1, 1});
     QAccessibleInterface* item = list()->child(6);
-    EXPECT_TRUE(item == list()->child(6) && list()->indexOfChild(item) == 6);
-    EXPECT_EQ(item->parent(), list());
     EXPECT_EQ(item->text(QAccessible::Name), u"b1, 3 stars, flagged, not available");
     EXPECT_EQ(item->text(QAccessible::Description), u"2 of 4, /photos/b, 3000 x 2000, 1.2 MB");
     tree->item(1, 1)->setRotateAngle(90);
     EXPECT_TRUE(item->text(QAccessible::Description).contains(u"2000 x 3000"_s)); // as it is seen
     EXPECT_TRUE(item->state().selected && !list()->child(1)->state().selected);
     EXPECT_TRUE(list()->child(209)->state().offscreen && !item->state().offscreen);
-    EXPECT_EQ(list()->child(210), nullptr);
     const QPoint middle = list()->child(1)->rect().center();
     EXPECT_EQ(list()->childAt(middle.x(), middle.y() - 30), list()->child(1));
     QAccessibleInterface* head = list()->child(4);

@@ -1,5 +1,6 @@
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveThumbOperation.h"
+#include "catalogue/marks/TagNames.h"
 
 #include "platform/tasks/OperationQueue.h"
 #include "support/Rows.h"
@@ -204,6 +205,17 @@ TEST_P(PBCatalogueTest, tagsAreUniqueWithoutCaseAndCompletedByUse) {
     EXPECT_TRUE(_files.completionArrayByTag(u"t_a"_s, 0).isEmpty());
     EXPECT_EQ(_files.completionArrayByTag(u"y_a"_s, 0), QStringList(u"CITY at night"_s));
     EXPECT_TRUE(_files.completionArrayByTag(u"a'"_s, 0).isEmpty());
+    _files.insertTag(u"Österreich"_s);
+    for (const QString& typed : {u"Öst"_s, u"öst"_s, u"ÖST"_s})
+        EXPECT_EQ(_files.completionArrayByTag(typed, 0), QStringList(u"Österreich"_s));
+    EXPECT_TRUE(_files.completionArrayByTag(u"üst"_s, 0).isEmpty());
+    marks::TagNames names(_files.database());
+    EXPECT_EQ(names.tagWithTagId(sea), u"Sea"_s);
+    EXPECT_EQ(names.tagWithTagId(_files.insertTag(u"later"_s)), u"later"_s);
+    EXPECT_TRUE(
+        _files.database().executeUpdate(u"update Tags set Tag = 'Lake' where Id = ?"_s, sea));
+    names.forget();
+    EXPECT_EQ(names.tagWithTagId(sea), u"Lake"_s);
 }
 
 } // namespace

@@ -41,14 +41,19 @@ TEST_F(OtherWayTest, whatIsDoneElsewhereHasItsPlaceInTheHistoryAndItsTurn) {
     queue.didOther(u"first"_s, way(u"first"_s));
     queue.didOther(u"second"_s, way(u"second"_s));
     EXPECT_EQ(queue.undoText(), u"second");
+    int ends = 0;
+    QObject::connect(&queue, &fileactions::EditRunner::didEnd, [&ends] { ++ends; });
     queue.undo();
+    EXPECT_EQ(queue.pendingCount(), 0) << "it tells of its progress itself";
     queue.undo();
     EXPECT_EQ(log, QStringList(u"second"_s)); // the other one waits
     // What is done meanwhile comes behind both.
     queue.didOther(u"third"_s, way(u"third"_s));
     endIt();
     EXPECT_EQ(log, QStringList({u"second"_s, u"first"_s}));
+    EXPECT_EQ(ends, 0);
     endIt();
+    EXPECT_EQ(ends, 1) << "whoever waits for that goes on";
     EXPECT_EQ(queue.undoText(), u"third");
     EXPECT_FALSE(queue.canRedo());
     queue.undo();

@@ -134,6 +134,17 @@ TEST_F(EditQueueTest, tagsKeepEveryCharacterAndTheSpellingOfTheList) {
     EXPECT_EQ(tagsOf(id), tags.mid(1)) << "known by another case, and nothing is no tag";
     run(Edit::RemoveTag{tags[1]}, {});
     EXPECT_EQ(tagsOf(id), tags.mid(2));
+    const qint64 other = addPhotograph(u"b.jpg"_s);
+    run(Edit::SetTags{{u"Übung"_s, u"day"_s}}, {id});
+    run(Edit::SetTags{{u"übung"_s}}, {other});
+    EXPECT_EQ(tagsOf(other), QStringList(u"Übung"_s));
+    run(Edit::RenameTag{u"day"_s, u" ÜBUNG "_s}, {});
+    EXPECT_EQ(tagsOf(id), QStringList(u"Übung"_s)) << "the two become one";
+    // As a list may have them that was made elsewhere.
+    change({id}, {.stars = {}, .flag = {}, .tags = QStringList(u"École"_s), .rotation = {}});
+    change({other}, {.stars = {}, .flag = {}, .tags = QStringList(u"école"_s), .rotation = {}});
+    run(Edit::ChangeTags{{}, {u"école"_s}}, {id, other});
+    EXPECT_EQ(tagsOf(id) + tagsOf(other), QStringList(u"École"_s));
 }
 
 /// Each is decided when its turn comes, and an undo takes back what was on its way before it.
@@ -151,6 +162,10 @@ TEST_F(EditQueueTest, whatFollowsQuicklyMeansWhatItSays) {
     wait();
     EXPECT_EQ(rows(u"select ifnull(FileStars,0) from ImageFile"_s), support::words("0 0"));
     EXPECT_EQ(flags(), support::words("0 0"));
+    queue.redo();
+    EXPECT_EQ(queue.pendingCount(), 2) << "of as many as the edit";
+    wait();
+    undo();
     ASSERT_EQ(results.back().way, EditResult::Way::Undone);
     for (int step = 0; step < 150; ++step)
         queue.run({.fileIds = {ids[0]}, .change = Edit::Rate{1 + step % 5}});

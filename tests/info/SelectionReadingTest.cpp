@@ -51,6 +51,8 @@ TEST_F(SelectionReadingTest, aSliceEndsBeforeABatchThatWouldPassItsEnd) {
 }
 
 TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
+    for (const char* tag : {"a", "b"})
+        catalogue.insertTag(QString::fromLatin1(tag));
     PBImageFileList items = many(static_cast<int>(2 * FileRows::most));
     items.push_back(add(u"last.jpg"_s, "Nikon"));
     MoreReading more(items, database);
@@ -77,8 +79,7 @@ TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
     EXPECT_TRUE(merged.value(GeneralRow::FileStars).isNull());
     EXPECT_EQ(merged.value(GeneralRow::FileLocation), PBValue(u"/photos"_s));
     EXPECT_EQ(folders.asked, 1);
-    const auto tags = merged.tags([](qint64 id) { return QString::number(id); });
-    EXPECT_EQ(tags, (MergedTags{{u"2"_s}, {u"1"_s}}));
+    EXPECT_EQ(general.tags(), (MergedTags{{u"b"_s}, {u"a"_s}}));
 }
 
 TEST_F(SelectionReadingTest, whatTheCatalogueDoesNotSayIsNotMadeUp) {
@@ -99,6 +100,9 @@ TEST_F(SelectionReadingTest, whatTheCatalogueDoesNotSayIsNotMadeUp) {
     MoreReading broken({bare}, database);
     EXPECT_TRUE(broken.readSome());
     EXPECT_TRUE(broken.hasFailed());
+    EXPECT_TRUE(database.executeUpdate(u"drop table Tags"_s));
+    GeneralReading withoutTags({add(u"tagged.jpg"_s)}, database, folders);
+    EXPECT_TRUE(withoutTags.readSome() && withoutTags.hasFailed());
 }
 
 } // namespace

@@ -156,6 +156,10 @@ TEST_F(TagTokenFieldTest, backspaceOpensTheLastTokenAsItIsWritten) {
     EXPECT_EQ(shown(field.tokens()), u"sun"_s);
     press(Qt::Key_Return);
     EXPECT_EQ(changes.size(), 1) << "Escape takes an edit back";
+    field.setTags({{u"sun"_s}, {u"sea"_s}});
+    press(Qt::Key_Backspace);
+    type(u","_s);
+    EXPECT_EQ(shown(field.tokens()), u"sun|(sea)"_s) << "a comma closes it as it was, too";
 }
 
 TEST_F(TagTokenFieldTest, aPastedListBecomesTokens) {

@@ -25,6 +25,8 @@ TEST(LocalizedTextsTest, namesThatTurnTheDirectionAreShownHarmless) {
     const QString hebrew = u"\u05e9\u05dc"_s;
     EXPECT_EQ(platform::harmlessText(u"a\u202egpj.exe"_s), u"a\ufffdgpj.exe");
     EXPECT_EQ(platform::harmlessText(u"\u202a\u2069"_s), u"\ufffd\ufffd");
+    EXPECT_EQ(platform::briefText(u" a\n b "_s, 3), u"a b");
+    EXPECT_EQ(platform::briefText(u"a\U0001F600bc\U0001F600d"_s, 4), u"a\u2026d");
     EXPECT_EQ(platform::harmlessText(hebrew + u'\u200f'), hebrew + u'\u200f');
     EXPECT_EQ(
         platform::formatText(u"%@: %@", {PBValue(hebrew), PBValue(u"b\u2066c"_s)}),

@@ -1,3 +1,4 @@
+#include "scan/EditedPhotographsOperation.h"
 #include "scan/FilePropertyBatch.h"
 #include "scan/ScanSupport.h"
 
@@ -173,6 +174,24 @@ TEST_F(AttachTest, EditedItemsKeepTheGroupsThatTheirRowsTell) {
         EXPECT_EQ(workTree->front()->value(), value) << type;
         EXPECT_EQ(workTree->front()->imageFileCount(), 1U) << type;
     }
+}
+
+/// The name on the disk is another one, and the display has not heard of it yet.
+TEST_F(AttachTest, APhotographThatTheUserRenamesWhileItIsLookedForStaysWhatItIs) {
+    makePicture(u"a.jpg"_s);
+    scan();
+    const qint64 id = items()[0]->fileId();
+    QFile::rename(path(u"a.jpg"_s), path(u"b.jpg"_s));
+    execute(u"update ImageFile set FileName = 'b.jpg'"_s);
+    watch(true);
+    EXPECT_EQ(shown(), QStringList());
+    factory->attach(std::make_shared<EditedPhotographsOperation>(
+        dictionary(),
+        EditedPhotographsOperation::Edited{
+            .fileIds = {id}, .items = {}, .moves = false, .areRenamed = true, .readAgain = {}}));
+    waitForQueues();
+    EXPECT_EQ(shown(), words("b.jpg"));
+    EXPECT_EQ(rows(u"select Id from ImageFile"_s), QStringList(QString::number(id)));
 }
 
 /// The watcher tells of a file while the scan has it in hand.

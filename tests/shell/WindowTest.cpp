@@ -412,6 +412,14 @@ TEST_F(WindowTest, theInformationPaneFollowsTheSelectionAndEditsIt) {
     EXPECT_EQ(panel.title(), u"Information of c.jpg"_s) << "nothing is read for nobody";
     (void)(choose(u"view_Info"), titleOf(u"view_Info"));
     EXPECT_TRUE(shows(u"a.jpg"_s));
+    // Nor while something is stored; afterwards it is, whatever became of that.
+    edits.pending = 1;
+    selectItems(u"ab"_s);
+    EXPECT_TRUE(shows(u"2 photographs"_s));
+    EXPECT_TRUE(panel.isGathering());
+    edits.pending = 0;
+    Q_EMIT edits.didEnd();
+    EXPECT_TRUE(support::spinUntil([&] { return !panel.isGathering(); }));
 }
 
 TEST_F(WindowTest, whatIsRatedStaysAtItsPlaceWhenItMovesElsewhere) {

@@ -57,9 +57,10 @@ QString catalogueMarks() {
     const QString angle = positive(QStringLiteral("ifnull(f.RotateAngle,0)"));
     return QStringLiteral(
                "min(max(ifnull(f.FileStars,0),0),5) as Stars,ifnull(f.FileFlag,0) <> 0 as Flag,"
+               "case when ifnull(f.Tag,'') = '' then '[]' else "
                "(select json_group_array(g.Tag) from (select a.Tag from json_each("
                "case when json_valid('['||f.Tag||']') then '['||f.Tag||']' else '[]' end) j "
-               "join Tags a on a.Id = j.value order by j.key) g) as Tags,"
+               "join Tags a on a.Id = j.value order by j.key) g) end as Tags,"
                "case when %1 <> %2 then %1 end as Rotation")
         .arg(angle, positive(fileAngle()));
 }

@@ -1,9 +1,8 @@
 #include "catalogue/marks/TagRows.h"
 
 #include "FMDB/FMDatabase.h"
+#include "catalogue/marks/IdsText.h"
 #include "catalogue/marks/TagsText.h"
-
-#include <QHash>
 
 #include <algorithm>
 
@@ -11,11 +10,23 @@ namespace marks {
 
 std::optional<TagRows::Row> TagRows::find(const QString& tag) {
     FMResultSet row = _db.executeQuery(
-        QStringLiteral("select Id,Tag from Tags where lower(Tag) = lower(?) order by Id limit 1"),
+        QStringLiteral("select Id,Tag from Tags where lower(Tag) = lower(?1) "
+                       "order by Tag <> ?1,Id limit 1"),
         tag);
     Row found;
     if (row.next()) found = {row.longLongIntForColumnIndex(0), row.stringForColumnIndex(1)};
     if (row.hadError()) return std::nullopt;
+    row.close();
+    const auto isBeyondAscii = [](QChar letter) { return letter.unicode() >= 128; };
+    if (found.id != 0 || std::ranges::none_of(tag, isBeyondAscii)) return found;
+    // SQLite knows the case of ASCII's letters only.
+    FMResultSet all = _db.executeQuery(QStringLiteral("select Id,Tag from Tags order by Id"));
+    while (found.id == 0 && all.next()) {
+        const QString other = all.stringForColumnIndex(1);
+        if (other.compare(tag, Qt::CaseInsensitive) == 0)
+            found = {all.longLongIntForColumnIndex(0), other};
+    }
+    if (all.hadError()) return std::nullopt;
     return found;
 }
 
@@ -85,6 +96,20 @@ std::optional<std::vector<TagRows::Count>> TagRows::counts(FMDatabase& db) {
         return QString::localeAwareCompare(one.tag, other.tag) < 0;
     });
     return counts;
+}
+
+std::optional<QHash<qint64, QString>>
+TagRows::texts(FMDatabase& db, const std::optional<std::span<const qint64>>& tagIds) {
+    FMResultSet rows = tagIds ? db.executeQuery(
+                                    QStringLiteral("select Id,Tag from Tags where Id in "
+                                                   "(select value from json_each(?))"),
+                                    idsText(*tagIds))
+                              : db.executeQuery(QStringLiteral("select Id,Tag from Tags"));
+    QHash<qint64, QString> texts;
+    while (rows.next())
+        texts.insert(rows.longLongIntForColumnIndex(0), rows.stringForColumnIndex(1));
+    if (rows.hadError()) return std::nullopt;
+    return texts;
 }
 
 } // namespace marks

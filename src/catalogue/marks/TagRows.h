@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -11,9 +13,8 @@ class FMDatabase;
 
 namespace marks {
 
-/// The list of tags, and who has one, in catalogue and ledger. Tags are alike without regard to
-/// case, as far as SQLite knows letters. On a connection to both files; false, or nothing: it can't
-/// be read or changed.
+/// The list of tags, and who has one, in catalogue and ledger. Tags are found without regard
+/// to case. On a connection to both files; false, or nothing: it can't be read or changed.
 class TagRows {
 public:
     explicit TagRows(FMDatabase& both) : _db(both) {}
@@ -22,6 +23,7 @@ public:
         qint64 id = 0; ///< 0: there is no such tag
         QString tag;   ///< as it is spelled in the list
     };
+    /// The one in this very spelling, if there are several.
     [[nodiscard]] std::optional<Row> find(const QString& tag);
     /// Puts it into the list, unless it is there.
     bool ensure(const QString& tag);
@@ -43,6 +45,10 @@ public:
     };
     /// `db` has the catalogue; the ledger is not needed.
     [[nodiscard]] static std::optional<std::vector<Count>> counts(FMDatabase& db);
+    /// The texts of these tags, or of all, by their ids; ids without a tag are left out. Of the
+    /// catalogue alone, too.
+    [[nodiscard]] static std::optional<QHash<qint64, QString>>
+    texts(FMDatabase& db, const std::optional<std::span<const qint64>>& tagIds = std::nullopt);
 
 private:
     FMDatabase& _db;

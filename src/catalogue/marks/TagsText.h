@@ -15,6 +15,7 @@ namespace marks {
 
 [[nodiscard]] inline QStringList tagsOf(const QString& text) {
     QStringList tags;
+    if (text == QStringView(u"[]")) return tags; // of nearly all photographs
     for (const QJsonValue& tag : QJsonDocument::fromJson(text.toUtf8()).array())
         tags.append(tag.toString());
     return tags;

@@ -1,10 +1,12 @@
 #include "fileactions/marks/EditHistory.h"
 
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 
 #include <QLocale>
 #include <QUndoCommand>
 
+using platform::briefText;
 using platform::localizedFormat;
 using platform::localizedString;
 
@@ -72,11 +74,11 @@ void EditHistory::redone(StoredWay way) {
 
 QString nameOfEdit(const PhotographEdit& edit, qint64 changedCount) {
     if (const auto* rename = std::get_if<PhotographEdit::Rename>(&edit.change))
-        return localizedFormat(u"EditName", {rename->name});
+        return localizedFormat(u"EditName", {briefText(rename->name)});
     if (const auto* rename = std::get_if<PhotographEdit::RenameTag>(&edit.change))
-        return localizedFormat(u"EditTagRenamed", {rename->tag});
+        return localizedFormat(u"EditTagRenamed", {briefText(rename->tag)});
     if (const auto* removed = std::get_if<PhotographEdit::RemoveTag>(&edit.change))
-        return localizedFormat(u"EditTagRemoved", {removed->tag});
+        return localizedFormat(u"EditTagRemoved", {briefText(removed->tag)});
     struct Texts {
         EditResult::Kind kind;
         QStringView one;

@@ -91,10 +91,23 @@ void EditQueue::finish() {
     _both.reset();
 }
 
+qint64 EditQueue::photographsOf(const Work& work) {
+    if (const auto* edit = std::get_if<PhotographEdit>(&work)) return std::ssize(edit->fileIds);
+    qint64 count = 0;
+    if (const auto* marks = std::get_if<MarksEdit>(&work))
+        for (const MarksEdit::OfPhotographs& part : marks->photographs)
+            count += std::ssize(part.fileIds);
+    return count;
+}
+
 qint64 EditQueue::pendingCount() const {
     qint64 count = 0;
-    for (const Job& job : _jobs)
-        count += job.isLook() ? 0 : std::max<qint64>(std::ssize(job.edit.fileIds), 1);
+    for (auto job = _jobs.begin() + (_isOtherRunning ? 1 : 0); job != _jobs.end(); ++job) {
+        if (job->isLook()) continue;
+        // What an undo is of is known when its turn comes.
+        const bool isFirst = _isRunning && job == _jobs.begin();
+        count += std::max<qint64>(isFirst ? _runningCount : std::ssize(job->edit.fileIds), 1);
+    }
     return count;
 }
 
@@ -138,6 +151,7 @@ void EditQueue::beginNext() {
             continue;
         }
         _isRunning = true;
+        _runningCount = photographsOf(*work);
         if (!_jobs.front().isLook()) Q_EMIT didBegin();
         _queue.addOperation([this, alive = std::weak_ptr(_alive), work = std::move(*work)] {
             Outcome outcome = perform(work);
@@ -152,6 +166,7 @@ void EditQueue::beginNext() {
             });
         });
     }
+    if (isIdle() && !_isFinishing) Q_EMIT didEnd();
 }
 
 void EditQueue::countTags(Counted done) {
@@ -167,7 +182,6 @@ bool EditQueue::beginOther() {
     if (job.kind == Job::Other) {
         _history.push(job.text, std::move(job.way));
         _jobs.pop_front();
-        Q_EMIT historyDidChange();
         return true;
     }
     const bool isUndo = job.kind == Job::Undo;
@@ -183,7 +197,6 @@ bool EditQueue::beginOther() {
         _isRunning = _isOtherRunning = false;
         _jobs.pop_front();
         endOther(isUndo, end, std::move(back));
-        Q_EMIT historyDidChange();
         beginNext();
     });
     return true;
@@ -280,10 +293,7 @@ void EditQueue::remember(const Job& job, StoredEdit& stored) {
         _history.push(
             nameOfEdit(job.edit, std::ssize(stored.shown)), kindOf(job.edit.change),
             std::move(stored.inverse));
-    } else {
-        return;
     }
-    Q_EMIT historyDidChange();
 }
 
 void EditQueue::fail(const Job& job, const QString& reason) {

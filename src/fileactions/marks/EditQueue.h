@@ -81,6 +81,7 @@ private:
 
     void add(Job job);
     void beginNext();
+    [[nodiscard]] static qint64 photographsOf(const Work& work);
     [[nodiscard]] std::optional<Work> workOf(const Job& job) const;
     /// Takes the first job if it is of something that is done elsewhere; answers whether.
     [[nodiscard]] bool beginOther();
@@ -103,6 +104,7 @@ private:
     EditHistory _history;
     std::deque<Job> _jobs; ///< the first one runs, if one does
     bool _isRunning = false;
+    qint64 _runningCount = 0;     ///< photographs of the job that runs
     bool _isOtherRunning = false; ///< what runs is done elsewhere: nobody can wait for it
     bool _isFinishing = false;
     QString _importFailure;

@@ -52,7 +52,8 @@ public:
     [[nodiscard]] virtual QString undoText() const = 0;
     [[nodiscard]] virtual QString redoText() const = 0;
 
-    /// The photographs of the edits that are on their way; 0 when there are none.
+    /// The photographs of the edits that are on their way; 0 when there are none. What is being
+    /// done elsewhere does not count.
     [[nodiscard]] virtual qint64 pendingCount() const = 0;
 
 Q_SIGNALS:
@@ -65,8 +66,8 @@ Q_SIGNALS:
     void didReadAgain(const std::vector<qint64>& fileIds);
     /// One that could not be stored.
     void didFail(const fileactions::EditResult& result);
-    /// What can be taken back or repeated, or its name.
-    void historyDidChange();
+    /// None is on its way any more, whatever has become of them.
+    void didEnd();
 };
 
 } // namespace fileactions

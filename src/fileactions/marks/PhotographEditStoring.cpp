@@ -64,10 +64,17 @@ public:
 
     bool operator()(const PhotographEdit::ChangeTags& wanted) {
         const auto added = asListed(wanted.added);
+        // In the very spelling: a list from elsewhere may have two that differ in case alone.
+        QStringList removed;
+        for (const QString& tag : wanted.removed) {
+            const auto row = _tags.find(tag);
+            if (!row) return false;
+            removed += row->tag;
+        }
         return added && changeEach(_fileIds, [&](const QStringList& before) {
                    QStringList tags;
                    for (const QString& tag : before)
-                       if (!contains(wanted.removed, tag) || contains(*added, tag)) tags += tag;
+                       if (!removed.contains(tag) || contains(*added, tag)) tags += tag;
                    for (const QString& tag : *added)
                        if (!contains(tags, tag)) tags += tag;
                    return tags;
@@ -90,10 +97,10 @@ public:
     }
 
     bool operator()(const PhotographEdit::RenameTag& renamed) {
-        const auto row = _tags.find(renamed.tag);
-        const auto other = _tags.find(renamed.name);
-        if (!row || !other) return false;
         const QString name = renamed.name.trimmed();
+        const auto row = _tags.find(renamed.tag);
+        const auto other = _tags.find(name);
+        if (!row || !other) return false;
         if (row->id == 0 || name.isEmpty() || name == row->tag) return true;
         const bool isMerge = other->id != 0 && other->id != row->id;
         if (isMerge) return removeEverywhere(*row, other->tag);

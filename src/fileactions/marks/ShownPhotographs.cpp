@@ -64,6 +64,7 @@ bool ShownPhotographs::show(const std::vector<marks::ShownRow>& rows, unsigned f
         item->setIsSelected(false);
     }
     edited.moves = canMove(fields, browsing);
+    edited.areRenamed = fields == ShownName;
     edited.readAgain = _environment.readAgain;
     // Before the views look: a copy of the work tree as it was would bring them back.
     _environment.factory.attach(std::make_shared<EditedPhotographsOperation>(

@@ -1,6 +1,7 @@
 #include "info/reading/SelectionReading.h"
 
 #include "catalogue/CatalogueSchema.h"
+#include "catalogue/marks/TagRows.h"
 #include "group/FolderPaths.h"
 #include "platform/tasks/MainThread.h"
 
@@ -74,6 +75,16 @@ bool GeneralReading::readBatch(Items items, std::span<const qint64> fileIds) {
     if (!rows) return false;
     for (std::size_t index = 0; index < items.size(); ++index)
         _merged.add(factsOf(*items[index], (*rows)[index]));
+    return readTagTexts();
+}
+
+bool GeneralReading::readTagTexts() {
+    const auto ids = _merged.tagIds().subspan(_readTagCount);
+    if (ids.empty()) return true;
+    const auto texts = marks::TagRows::texts(_database, ids);
+    if (!texts) return false;
+    _tagTexts.insert(*texts);
+    _readTagCount += ids.size();
     return true;
 }
 

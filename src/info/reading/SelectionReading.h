@@ -65,17 +65,22 @@ public:
         Clock clock = monotonicClock());
 
     [[nodiscard]] const GeneralMerge& merged() const { return _merged; }
+    [[nodiscard]] MergedTags tags() const { return _merged.tags(_tagTexts); }
 
 protected:
     bool readBatch(Items items, std::span<const qint64> fileIds) override;
 
 private:
+    /// Of tags that were met since the last call.
+    bool readTagTexts();
     [[nodiscard]] GeneralFacts factsOf(const PBImageFileItem& item, const PBArray& row);
 
     const group::FolderPaths& _folderPaths;
     const FileRows _rows;
     group::FolderPathCache _folderCache;
     GeneralMerge _merged;
+    QHash<qint64, QString> _tagTexts;
+    std::size_t _readTagCount = 0;
 };
 
 /// For the page with the stored metadata.

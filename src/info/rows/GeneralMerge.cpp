@@ -75,10 +75,10 @@ void GeneralMerge::add(const GeneralFacts& facts) {
     ++_count;
 }
 
-MergedTags GeneralMerge::tags(const std::function<QString(qint64 tagId)>& tagWithTagId) const {
+MergedTags GeneralMerge::tags(const QHash<qint64, QString>& texts) const {
     MergedTags merged;
     for (const qint64 id : _tagOrder) {
-        const QString tag = tagWithTagId(id);
+        const QString tag = texts.value(id);
         if (tag.isEmpty()) continue;
         (_tagCounts.at(id) == _count ? merged.ofAll : merged.ofSome).append(tag);
     }

@@ -3,12 +3,13 @@
 #include "info/rows/InfoRow.h"
 #include "platform/values/PBValue.h"
 
+#include <QHash>
 #include <QLocale>
 #include <QStringList>
 
 #include <array>
-#include <functional>
 #include <map>
+#include <span>
 #include <vector>
 
 /// The rows of the general page, in their order.
@@ -71,8 +72,10 @@ public:
     [[nodiscard]] const PBValue& value(GeneralRow row) const {
         return _values[static_cast<std::size_t>(row)];
     }
-    /// For whoever has the texts of tags; a tag without a text is left out.
-    [[nodiscard]] MergedTags tags(const std::function<QString(qint64 tagId)>& tagWithTagId) const;
+    /// Those that any photograph has, in the order in which they were met.
+    [[nodiscard]] std::span<const qint64> tagIds() const { return _tagOrder; }
+    /// With the texts of those; a tag without one is left out.
+    [[nodiscard]] MergedTags tags(const QHash<qint64, QString>& texts) const;
 
     /// All thirteen rows. Where not all photographs were added, only what can't change any more is
     /// said. Empty without photographs.

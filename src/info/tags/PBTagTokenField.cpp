@@ -2,6 +2,7 @@
 
 #include "info/painting/AccentText.h"
 #include "info/tags/TagEditor.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 #include "ui/PBThemes.h"
@@ -39,8 +40,7 @@ constexpr qsizetype mostShown = 200;
 constexpr qsizetype mostInToolTip = 1500;
 
 QString shownTag(const QString& tag) {
-    if (tag.size() <= mostShown) return tag;
-    return tag.left(mostShown / 2) + QChar(0x2026) + tag.right(mostShown / 2);
+    return platform::briefText(tag, mostShown);
 }
 
 } // namespace
@@ -236,6 +236,10 @@ void PBTagTokenField::takeTyped() {
     const QString typed = _editor->text();
     _editor->clear();
     hideCompletions();
+    addTyped(typed);
+}
+
+void PBTagTokenField::addTyped(const QString& typed) {
     const auto opened = std::exchange(_opened, std::nullopt);
     if (opened && typed == TagTokens::written(opened->text)) {
         _tokens.putBack(*opened); // nobody meant to change it
@@ -316,7 +320,7 @@ void PBTagTokenField::textEdited(const QString& text) {
     // One that was typed ends with the comma; behind the last one of a list that was pasted there
     // is none.
     for (const QString& part : parts.complete)
-        _tokens.add(TagTokens::unquoted(part));
+        addTyped(part);
     const bool isList = parts.complete.size() > 1 || !parts.rest.trimmed().isEmpty();
     _editor->setText(isList ? parts.rest : parts.rest.trimmed());
     if (isList) {
@@ -472,7 +476,7 @@ bool PBTagTokenField::event(QEvent* event) {
     }
     const auto index = static_cast<std::size_t>(token);
     const TagToken& shown = _tokens.tokens()[index];
-    QString text = shown.text.left(mostInToolTip);
+    QString text = platform::harmlessText(shown.text.left(mostInToolTip));
     if (closeRect(index).contains(help->pos())) {
         text = localizedFormat(u"RemoveTagTip", {text});
     } else if (!shown.isOfAll) {

@@ -89,6 +89,7 @@ private:
     void giveToAll(const QString& tag);
     /// What is in the editor becomes a token.
     void takeTyped();
+    void addTyped(const QString& typed);
     /// -1 for none, the number of tokens for all of them.
     void select(int index);
     void copySelected() const;

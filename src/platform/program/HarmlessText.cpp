@@ -35,4 +35,15 @@ QString isolatedText(const QString& text) {
     return mayReorder ? firstStrongIsolate + harmless + popDirectionalIsolate : harmless;
 }
 
+QString briefText(const QString& text, qsizetype most) {
+    const QString line = text.simplified();
+    if (line.size() <= most) return line;
+    const qsizetype half = most / 2;
+    // Halves of pairs stay together.
+    const qsizetype start = half - (line[half - 1].isHighSurrogate() ? 1 : 0);
+    const qsizetype end = half - (line[line.size() - half].isLowSurrogate() ? 1 : 0);
+    constexpr QChar ellipsis(0x2026);
+    return line.left(start) + ellipsis + line.right(end);
+}
+
 } // namespace platform

@@ -13,4 +13,8 @@ namespace platform {
 /// reorder what stands around it.
 [[nodiscard]] QString isolatedText(const QString& text);
 
+/// A text of any length in one line, and shortened in its middle to about so many characters: for
+/// menus, lists and sentences.
+[[nodiscard]] QString briefText(const QString& text, qsizetype most = 60);
+
 } // namespace platform

@@ -1,6 +1,7 @@
 #include "shell/commands/TagCommands.h"
 
 #include "fileactions/marks/EditRunner.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/commands/TagsDialog.h"
@@ -12,6 +13,7 @@
 
 using fileactions::EditRunner;
 using fileactions::PhotographEdit;
+using platform::briefText;
 using platform::localizedFormat;
 using platform::localizedString;
 
@@ -58,8 +60,8 @@ void TagCommands::rename(const QString& tag, const QString& name) {
     if (!isTaken) return run(renamed);
     askInWindow(
         *_dialog,
-        {.message = localizedFormat(u"TagsMergeQuestion", {renamed.name}),
-         .details = localizedFormat(u"TagsMergeDetails", {tag, renamed.name}),
+        {.message = localizedFormat(u"TagsMergeQuestion", {briefText(renamed.name)}),
+         .details = localizedFormat(u"TagsMergeDetails", {briefText(tag), briefText(renamed.name)}),
          .consent = localizedString(u"TagsMergeConsent"),
          .other = {}},
         [this, renamed](WindowAnswer answer) {
@@ -69,10 +71,11 @@ void TagCommands::rename(const QString& tag, const QString& name) {
 
 void TagCommands::remove(const QString& tag, qint64 photographs) {
     const QString message =
-        photographs == 0 ? localizedFormat(u"TagsRemoveQuestion_0", {tag})
+        photographs == 0 ? localizedFormat(u"TagsRemoveQuestion_0", {briefText(tag)})
         : photographs == 1
-            ? localizedFormat(u"TagsRemoveQuestion_1", {tag})
-            : localizedFormat(u"TagsRemoveQuestion", {tag, QLocale().toString(photographs)});
+            ? localizedFormat(u"TagsRemoveQuestion_1", {briefText(tag)})
+            : localizedFormat(
+                  u"TagsRemoveQuestion", {briefText(tag), QLocale().toString(photographs)});
     askInWindow(
         *_dialog,
         {.message = message,

@@ -1,11 +1,13 @@
 #include "shell/commands/TagsDialog.h"
 
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QInputDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
@@ -14,6 +16,7 @@
 
 #include <algorithm>
 
+using platform::briefText;
 using platform::localizedFormat;
 using platform::localizedString;
 
@@ -22,12 +25,18 @@ namespace {
 constexpr QSize firstSize(420, 460);
 /// Of the count, as a number.
 constexpr int countRole = Qt::UserRole;
+/// Characters of a tag in the list, which may be made wider.
+constexpr qsizetype mostInList = 200;
 
-/// A tag may hold line breaks and be very long.
-QString inOneLine(const QString& tag) {
-    constexpr qsizetype most = 200;
-    const QString line = tag.simplified();
-    return line.size() > most ? line.first(most) + u'…' : line;
+/// Deletes itself when it is closed.
+QInputDialog* makeQuestion(const QString& text, QWidget* parent) {
+    auto* question = new QInputDialog(parent);
+    question->setWindowTitle(localizedString(u"TagsTitle"));
+    question->setLabelText(text);
+    for (QLabel* label : question->findChildren<QLabel*>())
+        label->setTextFormat(Qt::PlainText);
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    return question;
 }
 
 } // namespace
@@ -95,7 +104,9 @@ void TagsDialog::refill() {
     _list->clear();
     for (const auto& [tag, photographs] : _tags) {
         if (!tag.contains(_find->text(), Qt::CaseInsensitive)) continue;
-        auto* row = new QTreeWidgetItem(_list, {inOneLine(tag), QLocale().toString(photographs)});
+        auto* row = new QTreeWidgetItem(
+            _list,
+            {platform::harmlessText(briefText(tag, mostInList)), QLocale().toString(photographs)});
         row->setData(0, countRole, tag);
         row->setData(1, countRole, photographs);
         row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
@@ -115,14 +126,11 @@ void TagsDialog::updateButtons() {
 void TagsDialog::askForName() {
     const QString tag = currentTag();
     if (tag.isEmpty()) return;
-    auto* question = new QInputDialog(this);
-    question->setWindowTitle(localizedString(u"TagsTitle"));
-    question->setLabelText(localizedFormat(u"TagsNewName", {inOneLine(tag)}));
+    QInputDialog* question = makeQuestion(localizedFormat(u"TagsNewName", {briefText(tag)}), this);
     question->setTextValue(tag);
     connect(question, &QInputDialog::textValueSelected, this, [this, tag](const QString& name) {
         Q_EMIT renameRequested(tag, name);
     });
-    question->setAttribute(Qt::WA_DeleteOnClose);
     question->open();
 }
 
@@ -132,13 +140,11 @@ void TagsDialog::askForOther() {
     QStringList others;
     for (const auto& known : _tags)
         if (known.tag != tag) others.append(known.tag);
-    auto* question = new QInputDialog(this);
-    question->setWindowTitle(localizedString(u"TagsTitle"));
-    question->setLabelText(localizedFormat(u"TagsMergeInto", {inOneLine(tag)}));
+    QInputDialog* question =
+        makeQuestion(localizedFormat(u"TagsMergeInto", {briefText(tag)}), this);
     question->setComboBoxItems(others);
     connect(question, &QInputDialog::textValueSelected, this, [this, tag](const QString& other) {
         Q_EMIT renameRequested(tag, other);
     });
-    question->setAttribute(Qt::WA_DeleteOnClose);
     question->open();
 }

@@ -65,6 +65,8 @@ void InfoFeed::connectWindow(const Parts& parts) {
         &_services.edits, &EditRunner::didBegin, this, [this] { _pane->panel().setPaused(true); });
     connect(&_services.edits, &EditRunner::didEdit, this, &InfoFeed::didEdit);
     connect(&_services.edits, &EditRunner::didFail, this, &InfoFeed::updateInfo);
+    // What nobody told of may have paused the panel, too.
+    connect(&_services.edits, &EditRunner::didEnd, this, &InfoFeed::selectionDidChange);
     connect(&_services.edits, &EditRunner::didReadAgain, this, &InfoFeed::updateInfo);
 }
 
