@@ -211,10 +211,15 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     EXPECT_EQ(shown(), u"C|"_s);
     EXPECT_EQ(bin().focusImageFileItem()->rotateAngle(), 90);
     EXPECT_EQ(large().chosenImageFileItem(), nullptr) << "it only stands in";
+    EXPECT_FALSE(isEnabled(u"flagClicked"));
+    EXPECT_TRUE(isEnabled(u"revealInFinder"));
     publish(items);
     EXPECT_EQ(bin().focusImageFileItem(), items[2]);
     EXPECT_EQ(shown(), u"abCd|c"_s);
     EXPECT_EQ(large().chosenImageFileItem(), items[2]);
+    EXPECT_TRUE(isEnabled(u"flagClicked"));
+    EXPECT_TRUE(action(u"arrange_FileName").isChecked())
+        << "also while the browser is out of sight";
 }
 
 TEST_F(LargeViewTest, whatIsShownStaysWhileTheSameFolderIsReadAnewAndGoesWithTheFolder) {

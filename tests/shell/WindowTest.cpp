@@ -233,7 +233,9 @@ TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
     items[0]->setIsAway(true);
     QTest::keyClick(&browser(), Qt::Key_Delete);
     EXPECT_EQ(news.text(), platform::localizedString(u"Why_Away"));
+    selectItems(u"a"_s);
     EXPECT_TRUE(isEnabled(u"flagClicked")) << "marks need no file";
+    EXPECT_FALSE(isEnabled(u"exportImage") || toolbar().deleteAction()->isEnabled());
     choose(u"view_StatusBar");
     ASSERT_TRUE(support::spinUntil([this] { return part<StatusBarView>().isHidden(); }));
     QTest::keyClick(&browser(), Qt::Key_C, Qt::ControlModifier);

@@ -178,7 +178,9 @@ void MainMenu::validate(bool includesPasteboard) {
         if (!item.title.isEmpty()) action->setText(localizedString(item.title));
         if (!item.text.isEmpty()) action->setText(item.text);
     }
-    _openWith->menuAction()->setEnabled(action(MenuCommand::shareClicked)->isEnabled());
+    const QAction& share = *action(MenuCommand::shareClicked);
+    _openWith->menuAction()->setEnabled(share.isEnabled());
+    _openWith->menuAction()->setToolTip(share.toolTip());
     for (QMenu* submenu : _submenus)
         enableAsEntries(*submenu);
 }

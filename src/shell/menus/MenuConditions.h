@@ -19,8 +19,11 @@ constexpr bool flag(State s) {
     return s.*field;
 }
 
-/// On the whole screen the bars come and go by themselves.
-constexpr bool inWindow(State s) {
+/// On the whole screen the toolbar comes and goes by itself.
+constexpr bool canHideToolbar(State s) {
+    return !s.isFullScreen;
+}
+constexpr bool canHideStatusBar(State s) {
     return !s.isFullScreen;
 }
 
@@ -45,8 +48,9 @@ constexpr bool canShowNavigation(State s) {
 
 // What is selected.
 
+/// That commands can be given for: one that stands large may not be in the catalogue.
 constexpr bool hasPhotographs(State s) {
-    return s.isLargeView ? s.largeView.hasItems : s.selectCount > 0;
+    return s.selectCount > 0;
 }
 constexpr bool hasSomeInBrowser(State s) {
     return inBrowser(s) && s.hasItems;
@@ -69,7 +73,7 @@ constexpr bool hasSelectedRoot(State s) {
     return inBrowser(s) && s.isRootSelected;
 }
 constexpr bool canReveal(State s) {
-    return s.isLargeView ? hasFiles(s) : s.canRevealFocused;
+    return s.isLargeView ? s.largeView.hasItems && !s.areAllChosenAway : s.canRevealFocused;
 }
 constexpr bool canPaste(State s) {
     return inBrowser(s) && s.isFolderSelected && s.pasteboardHasImages;

@@ -22,6 +22,9 @@ constexpr bool isScanningNothing(State s) {
 constexpr bool isNothingSelected(State s) {
     return inBrowser(s) && s.selectCount == 0;
 }
+constexpr bool isLargeViewEmpty(State s) {
+    return inLargeView(s) && isEmpty(s);
+}
 constexpr bool areSeveralSelected(State s) {
     return inBrowser(s) && s.selectCount > 1;
 }
@@ -44,17 +47,20 @@ constexpr Refusal refusals[] = {
     {inLargeView, inBrowser, u"Why_OnlyInLargeView"},
     {inLargeViewWithItems, inBrowser, u"Why_OnlyInLargeView"},
     {inLargeViewWithItems, always, u"Why_NoPhotograph"},
-    {inWindow, isInFullScreen, u"Why_FullScreen"},
+    {canHideToolbar, isInFullScreen, u"Why_FullScreen"},
+    {canHideStatusBar, isInFullScreen, u"Why_NoStatusBarInFullScreen"},
     {canShowNavigation, inBrowser, u"Why_OnlyInLargeView"},
     {canShowNavigation, always, u"Why_WholePhotograph"},
 
     {hasPhotographs, isScanningNothing, u"Why_Scanning"},
     {hasPhotographs, isEmpty, u"Why_NoPhotograph"},
     {hasPhotographs, isNothingSelected, u"Why_NothingSelected"},
+    {hasPhotographs, always, u"Why_NotCatalogued"},
     {hasFiles, isScanningNothing, u"Why_Scanning"},
     {hasFiles, isEmpty, u"Why_NoPhotograph"},
     {hasFiles, isNothingSelected, u"Why_NothingSelected"},
     {hasFiles, isAway, u"Why_Away"},
+    {hasFiles, always, u"Why_NotCatalogued"},
     {hasSelection, inLargeView, u"Why_OnlyAmongThumbnails"},
     {hasSelection, isScanningNothing, u"Why_Scanning"},
     {hasSelection, isEmpty, u"Why_NoPhotograph"},
@@ -86,10 +92,10 @@ constexpr Refusal refusals[] = {
     {hasDirection, inLargeView, u"Why_OnlyAmongThumbnails"},
     {hasDirection, always, u"Why_Unsorted"},
 
-    {canZoomIn, isEmpty, u"Why_NoPhotograph"},
+    {canZoomIn, isLargeViewEmpty, u"Why_NoPhotograph"},
     {canZoomIn, inLargeView, u"Why_PhotographLargest"},
     {canZoomIn, always, u"Why_ThumbnailsLargest"},
-    {canZoomOut, isEmpty, u"Why_NoPhotograph"},
+    {canZoomOut, isLargeViewEmpty, u"Why_NoPhotograph"},
     {canZoomOut, inLargeView, u"Why_PhotographSmallest"},
     {canZoomOut, always, u"Why_ThumbnailsSmallest"},
 
