@@ -226,6 +226,8 @@ TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
     EXPECT_EQ(news.text(), why);
     QTest::keyClick(&browser(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(news.text(), platform::localizedString(u"Why_NothingToUndo"));
+    QTest::keyClick(&browser(), Qt::Key_Delete, Qt::KeypadModifier);
+    EXPECT_EQ(news.text(), why);
     selectItems(u"a"_s);
     openMenus();
     EXPECT_NE(action(u"rotateLeft")->toolTip(), why);
