@@ -281,6 +281,8 @@ TEST_F(WindowTest, theBarOfTheChainTellsTheOrderToo) {
     choose(u"arrange_DateTaken");
     choose(u"arrange_Dscending");
     EXPECT_TRUE(tells(u"Date Taken"_s, u"descending"_s));
+    choose(u"arrange_None");
+    EXPECT_TRUE(tells(u"Unsorted"_s, u"Unsorted"_s));
     auto& bar = part<PBPathControl>();
     EXPECT_GT(button.width(), 60);
     bar.resize(200, bar.height());
