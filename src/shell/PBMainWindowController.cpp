@@ -131,6 +131,8 @@ QMainWindow& PBMainWindowController::window() const {
 void PBMainWindowController::buildWindow() {
     _window->setWindowTitle(localizedString(u"Velmora"));
     _window->setMinimumSize(smallestWindowSize);
+    // Its own menu hides the toolbar without anybody's knowledge.
+    _window->setContextMenuPolicy(Qt::NoContextMenu);
     _folderPrompts = std::make_unique<FolderSheets>(*_window);
     _sourceSidebar = std::make_unique<SourceSidebar>(
         _services, *_window, *_folderPrompts, [this] { updateImageBrowserTipView(); });

@@ -316,6 +316,12 @@ TEST_F(WindowTest, panesBarsAndDialogsComeAndGo) {
     toolbar().searchField().clear();
     EXPECT_TRUE(toolbar().isHidden());
 
+    auto& menuBar = part<QMenuBar>();
+    const QPoint beside(menuBar.width() - 5, 5);
+    QContextMenuEvent click(QContextMenuEvent::Mouse, beside, menuBar.mapToGlobal(beside));
+    QApplication::sendEvent(&menuBar, &click);
+    EXPECT_FALSE(QApplication::activePopupWidget()) << "Qt's own, which hides the toolbar";
+
     choose(u"view_StatusBar");
     choose(u"view_FullScreen");
     EXPECT_TRUE(window().isFullScreen());
