@@ -228,6 +228,11 @@ TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
     EXPECT_EQ(news.text(), platform::localizedString(u"Why_NothingToUndo"));
     QTest::keyClick(&browser(), Qt::Key_Delete, Qt::KeypadModifier);
     EXPECT_EQ(news.text(), why);
+    browser().GotoIndex({0, 1});
+    selectItems(u"ab"_s);
+    QTest::keyClick(&browser(), Qt::Key_F2);
+    EXPECT_EQ(news.text(), platform::localizedString(u"Why_OnlyOne"));
+    EXPECT_FALSE(browser().findChild<PBModalTextField*>()) << "it would rename one of them";
     selectItems(u"a"_s);
     openMenus();
     EXPECT_NE(action(u"rotateLeft")->toolTip(), why);
@@ -515,7 +520,10 @@ TEST_F(WindowTest, menusKeysToolbarAndGesturesMarkWhatIsSelected) {
     for (int stars = 0; stars <= 5; ++stars) {
         choose(u"rating%1"_s.arg(stars));
         EXPECT_EQ(asked(), u"stars %1"_s.arg(stars));
-        QTest::keyClick(&browser(), static_cast<Qt::Key>(Qt::Key_0 + stars));
+        // With Shift, as where the digits stand above other signs.
+        QTest::keyClick(
+            &browser(), static_cast<Qt::Key>(Qt::Key_0 + stars),
+            stars % 2 == 0 ? Qt::NoModifier : Qt::ShiftModifier);
         EXPECT_EQ(asked(), u"stars %1"_s.arg(stars));
     }
     QTest::keyClick(&browser(), Qt::Key_6);
