@@ -2,6 +2,7 @@
 #include "browser/layout/BrowserMetrics.h"
 #include "group/ItemOrder.h"
 #include "platform/program/LocalizedTexts.h"
+#include "platform/program/TextLanguages.h"
 #include "shell/commands/ArrangeCommands.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/ThumbnailSizeSlider.h"
@@ -201,8 +202,7 @@ struct MenuBarTest : testing::Test {
     MainMenu menu;
 };
 
-TEST_F(MenuBarTest, everyEntryHasATextAndNoKeyOrLetterIsTakenTwice) {
-    menu.validate();
+TEST(MenuTextsTest, everyEntryHasATextAndNoKeyOrLetterIsTakenTwiceInAnyLanguage) {
     const auto check = [](const QList<QAction*>& actions) {
         std::set<QChar> letters;
         for (const QAction* action : actions) {
@@ -214,9 +214,21 @@ TEST_F(MenuBarTest, everyEntryHasATextAndNoKeyOrLetterIsTakenTwice) {
                 << qPrintable(text);
         }
     };
-    check(window.menuBar()->actions());
-    for (const QMenu* each : window.findChildren<QMenu*>())
-        check(each->actions());
+    for (const QString& language : platform::LocalizedTexts::languages()) {
+        platform::LocalizedTexts::setLanguage(language);
+        QMainWindow window;
+        MainMenu menu(
+            window, [](bool) { return browserWith(0); }, nullptr);
+        menu.validate();
+        check(window.menuBar()->actions());
+        for (const QMenu* each : window.findChildren<QMenu*>())
+            check(each->actions());
+    }
+    platform::LocalizedTexts::setLanguage(u"en"_s);
+    QLocale::setDefault(QLocale::c());
+}
+
+TEST_F(MenuBarTest, noKeyIsTakenTwice) {
     std::set<QKeySequence> keys;
     for (const MenuEntry& entry : menuEntries()) {
         const QList<QKeySequence> shortcuts = menu.action(entry.command)->shortcuts();
