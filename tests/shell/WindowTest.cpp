@@ -243,6 +243,8 @@ TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
     selectItems(u"a"_s);
     EXPECT_TRUE(isEnabled(u"flagClicked")) << "marks need no file";
     EXPECT_FALSE(isEnabled(u"exportImage") || toolbar().deleteAction()->isEnabled());
+    window().resize(window().minimumSize());
+    EXPECT_TRUE(support::spinUntil([&] { return news.text().endsWith(u'…'); })) << "no room";
     choose(u"view_StatusBar");
     ASSERT_TRUE(support::spinUntil([this] { return part<StatusBarView>().isHidden(); }));
     QTest::keyClick(&browser(), Qt::Key_C, Qt::ControlModifier);
