@@ -304,6 +304,8 @@ void PBMainWindowController::makeGroupViews() {
             [this](PBGroupTypeArray chain) { _services.browsing.setGroupTypeArray(chain); },
         .scan = [this] { _services.delegate.scan(); },
         .canUseGeocoder = [this] { return _services.geoManager.canUseGeocoder(); },
+        .hasPhotographs =
+            [this] { return !_services.groupTreeDataSource.groupItemArray().empty(); },
         .settings = _services.userDefaults,
         .prompts = *_groupPrompts});
     QObject::connect(

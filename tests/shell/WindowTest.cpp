@@ -740,6 +740,8 @@ TEST_F(WindowTest, anotherChainIsShownStoredAndScanned) {
     groupMenu()[0]->menu()->actions().last()->trigger();
     EXPECT_EQ(delegate.scans, 1) << "the preset of the chain in force";
     EXPECT_EQ(group::GroupPresets(defaults).chains().size(), 1U);
+    EXPECT_FALSE(groupMenu()[2]->isEnabled()) << "it is a preset already";
+    EXPECT_TRUE(groupMenu().last()->isEnabled()) << "moves the groups into folders";
     static_cast<QToolButton*>(toolbar().itemView(u"group"))->defaultAction()->trigger();
     auto* presets = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     ASSERT_TRUE(presets);
@@ -761,6 +763,10 @@ TEST_F(WindowTest, theTipTellsWhyNothingIsShownAndOffersABeginning) {
         controller->scanStateDidChange();
         EXPECT_EQ(tip.tipKind(), kind);
     }
+    const QList<QAction*> menus = window().menuBar()->actions();
+    QMenu* groups = (*std::ranges::find(menus, u"G&roup"_s, &QAction::text))->menu();
+    Q_EMIT groups->aboutToShow();
+    EXPECT_FALSE(groups->actions().last()->isEnabled()) << "there are none to move";
     controller->folderRootCommands().doRemoveFolderAlias(
         tree().dataSource().folderAliasItemWithAliasObject(*root));
     EXPECT_EQ(tip.tipKind(), 1);
