@@ -192,12 +192,14 @@ TEST(MenuValidationTest, checkMarksFollowTheState) {
 struct MenuBarTest : testing::Test {
     MenuBarTest()
         : menu(
-              window, [this](bool) { return ++reads, state; }, nullptr) {
+              window, [this](bool looks) { return ++reads, pasteboardLooks += looks, state; },
+              nullptr) {
         window.resize(300, 200);
         window.show();
     }
     MenuState state = browserWith(0);
     int reads = 0;
+    int pasteboardLooks = 0;
     QMainWindow window;
     MainMenu menu;
 };
@@ -263,6 +265,11 @@ TEST_F(MenuBarTest, aShortcutMeetsTheStateOfItsMomentAndTypedTextReadsNone) {
     press(Qt::NoModifier);
     press(Qt::ShiftModifier);
     EXPECT_EQ(reads, 0);
+
+    // Another program may keep it waiting.
+    for (const MenuTag tag : {MenuTag::File, MenuTag::Edit, MenuTag::View})
+        Q_EMIT menu.menuWithTag(tag)->aboutToShow();
+    EXPECT_EQ(pasteboardLooks, 1);
 }
 
 TEST(ThumbnailSizeSliderTest, theMiddleCatchesAndCanBeLeftByKeys) {
