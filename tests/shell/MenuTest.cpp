@@ -121,6 +121,8 @@ TEST(MenuValidationTest, eachDisabledEntrySaysWhyAndNoneSaysWhatIsNotTrue) {
          [](const auto& s) { return s.isLargeView ? !s.largeView.hasItems : !s.hasItems; }},
         {u"Why_Scanning", [](const auto& s) { return s.isScanning && !s.hasItems; }},
         {u"Why_NothingSelected", [](const auto& s) { return s.hasItems && s.selectCount == 0; }},
+        {u"Why_NoCurrent", [](const auto& s) { return !s.hasCurrent; }},
+        {u"Why_FirstInGroup", [](const auto& s) { return s.hasCurrent; }},
         {u"Why_OnlyOne", [](const auto& s) { return s.selectCount > 1; }},
         {u"Why_Away", [](const auto& s) { return s.areAllChosenAway; }},
         {u"Why_FullScreen", [](const auto& s) { return s.isFullScreen; }},
@@ -140,6 +142,7 @@ TEST(MenuValidationTest, eachDisabledEntrySaysWhyAndNoneSaysWhatIsNotTrue) {
         const qint64 chosen = bit(2) ? bit(3) ? 3 : 1 : 0;
         if (hasItems) state.selectCount = state.isLargeView ? bit(2) : chosen;
         (state.isLargeView ? state.largeView.hasItems : state.hasItems) = hasItems;
+        state.hasCurrent = bit(3);
         state.areAllChosenAway = bit(4) && state.selectCount > 0;
         state.isScanning = bit(5) && !state.isLargeView;
         state.isFolderSelected = state.isRootSelected = bit(6);
@@ -158,7 +161,7 @@ TEST(MenuValidationTest, eachDisabledEntrySaysWhyAndNoneSaysWhatIsNotTrue) {
             if (!item.isEnabled) given.insert(item.reason);
         }
     }
-    EXPECT_GE(given.size(), 30U);
+    EXPECT_GE(given.size(), 31U);
     for (const QStringView key : given)
         EXPECT_NE(platform::localizedString(key), key);
 }

@@ -78,6 +78,7 @@ void MenuStateReader::readBrowser(MenuState& state) const {
     state.hasItems = view.leaves().leafCount() > 0;
     if (view.hasFocus()) state.canRevealFocused = state.selectCount > 0 && !state.areAllChosenAway;
     state.thumbnailSize = view.thumbnailSize();
+    state.hasCurrent = view.currentIndex().isValid();
     for (std::size_t step = 0; step < state.canStep.size(); ++step)
         state.canStep[step] = view.stepIndex(static_cast<BrowserStep>(step)).isValid();
 }

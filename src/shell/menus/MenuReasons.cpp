@@ -28,6 +28,9 @@ constexpr bool isLargeViewEmpty(State s) {
 constexpr bool areSeveralSelected(State s) {
     return inBrowser(s) && s.selectCount > 1;
 }
+constexpr bool hasNoCurrent(State s) {
+    return !s.hasCurrent;
+}
 constexpr bool isAway(State s) {
     return s.areAllChosenAway;
 }
@@ -115,11 +118,11 @@ constexpr Refusal refusals[] = {
     {inBrowserWithStep<NextGroup>, always, u"Why_LastGroup"},
     {inBrowserWithStep<FirstIndexInGroup>, inLargeView, u"Why_OnlyAmongThumbnails"},
     {inBrowserWithStep<FirstIndexInGroup>, isEmpty, u"Why_NoPhotograph"},
-    {inBrowserWithStep<FirstIndexInGroup>, isNothingSelected, u"Why_NothingSelected"},
+    {inBrowserWithStep<FirstIndexInGroup>, hasNoCurrent, u"Why_NoCurrent"},
     {inBrowserWithStep<FirstIndexInGroup>, always, u"Why_FirstInGroup"},
     {inBrowserWithStep<LastIndexInGroup>, inLargeView, u"Why_OnlyAmongThumbnails"},
     {inBrowserWithStep<LastIndexInGroup>, isEmpty, u"Why_NoPhotograph"},
-    {inBrowserWithStep<LastIndexInGroup>, isNothingSelected, u"Why_NothingSelected"},
+    {inBrowserWithStep<LastIndexInGroup>, hasNoCurrent, u"Why_NoCurrent"},
     {inBrowserWithStep<LastIndexInGroup>, always, u"Why_LastInGroup"},
 };
 

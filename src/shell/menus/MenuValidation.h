@@ -59,6 +59,8 @@ struct MenuState {
     QString undoText;
     QString redoText;
 
+    /// There is a photograph that the steps start from, selected or not.
+    bool hasCurrent = false;
     /// Whether each of the steps leads to a photograph, by the number of the `BrowserStep`.
     std::array<bool, 8> canStep{};
 
