@@ -64,11 +64,13 @@ std::optional<BrowserKey> keyOf(int key) {
     }
 }
 
-/// A digit that stands for so many stars. Behind letters it belongs to a name that is typed.
+/// A digit that stands for so many stars. Behind letters it belongs to a name that is typed. Some
+/// keyboards have the digits above other signs.
 std::optional<int> starsOf(const QKeyEvent& event) {
     constexpr int mostStars = 5;
+    constexpr Qt::KeyboardModifiers digitModifiers = Qt::KeypadModifier | Qt::ShiftModifier;
     const int stars = event.key() - Qt::Key_0;
-    const bool isPlain = (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    const bool isPlain = (event.modifiers() & ~digitModifiers) == Qt::NoModifier;
     return isPlain && stars >= 0 && stars <= mostStars ? std::optional(stars) : std::nullopt;
 }
 
@@ -239,12 +241,6 @@ void PBImageBrowserView::keyPressEvent(QKeyEvent* event) {
         return;
     }
     if (event->key() == Qt::Key_Escape && _input.cancelBand()) return;
-    if (event->key() == Qt::Key_F2 && !modifiers.hasCommandOrOther())
-        return renameIndex(currentIndex());
-    if (event->matches(QKeySequence::SelectAll)) {
-        if (_selection.selectAll(FoldedLeaves::Excluded)) selectDidChange();
-        return;
-    }
     const QString text = event->text();
     if (const auto stars = starsOf(*event);
         stars && !isTyping() && _selection.hasSelect(FoldedLeaves::Included)) {

@@ -83,14 +83,19 @@ std::vector<GroupChain> GroupPresets::chains() const {
     return _settings.integerArraysForKey(settingsKey()).value_or(std::vector<GroupChain>());
 }
 
+bool GroupPresets::has(const GroupChain& chain) const {
+    const std::vector<GroupChain> stored = chains();
+    return std::ranges::find(stored, chain) != stored.end();
+}
+
 void GroupPresets::store(const std::vector<GroupChain>& chains) {
     platform::assertMainThread();
     _settings.setIntegerArrays(chains, settingsKey());
 }
 
 bool GroupPresets::save(const GroupChain& chain) {
+    if (has(chain)) return false;
     std::vector<GroupChain> stored = chains();
-    if (std::ranges::find(stored, chain) != stored.end()) return false;
     stored.push_back(chain);
     store(stored);
     return true;

@@ -23,6 +23,7 @@ public:
     void seedIfAbsent(bool canUseGeocoder);
 
     [[nodiscard]] std::vector<GroupChain> chains() const;
+    [[nodiscard]] bool has(const GroupChain& chain) const;
     /// Appends the chain; false if it stands already.
     bool save(const GroupChain& chain);
     /// Removes the first equal chain; false if there is none.

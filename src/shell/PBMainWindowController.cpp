@@ -133,6 +133,8 @@ QMainWindow& PBMainWindowController::window() const {
 void PBMainWindowController::buildWindow() {
     _window->setWindowTitle(localizedString(u"Velmora"));
     _window->setMinimumSize(smallestWindowSize);
+    // Its own menu hides the toolbar without anybody's knowledge.
+    _window->setContextMenuPolicy(Qt::NoContextMenu);
     _folderPrompts = std::make_unique<FolderSheets>(*_window);
     _sourceSidebar = std::make_unique<SourceSidebar>(
         _services, *_window, *_folderPrompts, [this] { updateImageBrowserTipView(); });
@@ -309,6 +311,8 @@ void PBMainWindowController::makeGroupViews() {
             [this](PBGroupTypeArray chain) { _services.browsing.setGroupTypeArray(chain); },
         .scan = [this] { _services.delegate.scan(); },
         .canUseGeocoder = [this] { return _services.geoManager.canUseGeocoder(); },
+        .hasPhotographs =
+            [this] { return !_services.groupTreeDataSource.groupItemArray().empty(); },
         .settings = _services.userDefaults,
         .prompts = *_groupPrompts});
     QObject::connect(

@@ -227,6 +227,8 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     EXPECT_EQ(shown(), u"abCd|c"_s);
     EXPECT_EQ(large().chosenImageFileItem(), items[2]);
     EXPECT_TRUE(isEnabled(u"flagClicked"));
+    EXPECT_TRUE(action(u"arrange_FileName").isChecked())
+        << "also while the browser is out of sight";
 }
 
 TEST_F(LargeViewTest, whatIsShownStaysWhileTheSameFolderIsReadAnewAndGoesWithTheFolder) {

@@ -52,6 +52,8 @@ TEST_F(SettingsTest, numbersOutsideOfTheirRangesCountAsNotChosen) {
     expectDefaults();
     EXPECT_EQ(WindowSettings(defaults).imageBrowserViewStyle(), 15U);
     EXPECT_EQ(WindowSettings(defaults).thumbnailSize(), 160);
+    defaults.setInteger(4, u"Filter"_s);
+    EXPECT_EQ(BrowsingSettings(defaults).filter(), 0U) << "of a bit that there is not";
     defaults.setInteger(-1, u"Filter"_s);
     defaults.setInteger(-1, u"ImageBrowserViewStyle"_s);
     EXPECT_EQ(WindowSettings(defaults).imageBrowserViewStyle(), 0U);

@@ -266,7 +266,7 @@ TEST_F(ShareCommandsTest, theDesktopGetsAFileThatItCanShowAndKeepsOneCopy) {
     EXPECT_TRUE(support::spinUntil([&] { return !QFile::exists(third); }));
     EXPECT_EQ(
         alert(),
-        u"The picture of the desktop can't be changed.|This desktop offers no way to do so "
+        u"The picture of the desktop can’t be changed.|This desktop offers no way to do so "
         "that Velmora knows.");
 }
 

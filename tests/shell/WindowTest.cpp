@@ -229,6 +229,13 @@ TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
     EXPECT_EQ(news.text(), why);
     QTest::keyClick(&browser(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(news.text(), platform::localizedString(u"Why_NothingToUndo"));
+    QTest::keyClick(&browser(), Qt::Key_Delete, Qt::KeypadModifier);
+    EXPECT_EQ(news.text(), why);
+    browser().GotoIndex({0, 1});
+    selectItems(u"ab"_s);
+    QTest::keyClick(&browser(), Qt::Key_F2);
+    EXPECT_EQ(news.text(), platform::localizedString(u"Why_OnlyOne"));
+    EXPECT_FALSE(browser().findChild<PBModalTextField*>()) << "it would rename one of them";
     selectItems(u"a"_s);
     openMenus();
     EXPECT_NE(action(u"rotateLeft")->toolTip(), why);
@@ -236,7 +243,11 @@ TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
     items[0]->setIsAway(true);
     QTest::keyClick(&browser(), Qt::Key_Delete);
     EXPECT_EQ(news.text(), platform::localizedString(u"Why_Away"));
+    selectItems(u"a"_s);
     EXPECT_TRUE(isEnabled(u"flagClicked")) << "marks need no file";
+    EXPECT_FALSE(isEnabled(u"exportImage") || toolbar().deleteAction()->isEnabled());
+    window().resize(window().minimumSize());
+    EXPECT_TRUE(support::spinUntil([&] { return news.text().endsWith(u'…'); })) << "no room";
     choose(u"view_StatusBar");
     ASSERT_TRUE(support::spinUntil([this] { return part<StatusBarView>().isHidden(); }));
     QTest::keyClick(&browser(), Qt::Key_C, Qt::ControlModifier);
@@ -280,6 +291,8 @@ TEST_F(WindowTest, theBarOfTheChainTellsTheOrderToo) {
     choose(u"arrange_DateTaken");
     choose(u"arrange_Dscending");
     EXPECT_TRUE(tells(u"Date Taken"_s, u"descending"_s));
+    choose(u"arrange_None");
+    EXPECT_TRUE(tells(u"Unsorted"_s, u"Unsorted"_s));
     auto& bar = part<PBPathControl>();
     EXPECT_GT(button.width(), 60);
     bar.resize(200, bar.height());
@@ -312,6 +325,12 @@ TEST_F(WindowTest, panesBarsAndDialogsComeAndGo) {
     EXPECT_FALSE(toolbar().isHidden()) << "what is searched for stays in sight";
     toolbar().searchField().clear();
     EXPECT_TRUE(toolbar().isHidden());
+
+    auto& menuBar = part<QMenuBar>();
+    const QPoint beside(menuBar.width() - 5, 5);
+    QContextMenuEvent click(QContextMenuEvent::Mouse, beside, menuBar.mapToGlobal(beside));
+    QApplication::sendEvent(&menuBar, &click);
+    EXPECT_FALSE(QApplication::activePopupWidget()) << "Qt's own, which hides the toolbar";
 
     choose(u"view_StatusBar");
     choose(u"view_FullScreen");
@@ -526,7 +545,10 @@ TEST_F(WindowTest, menusKeysToolbarAndGesturesMarkWhatIsSelected) {
     for (int stars = 0; stars <= 5; ++stars) {
         choose(u"rating%1"_s.arg(stars));
         EXPECT_EQ(asked(), u"stars %1"_s.arg(stars));
-        QTest::keyClick(&browser(), static_cast<Qt::Key>(Qt::Key_0 + stars));
+        // With Shift, as where the digits stand above other signs.
+        QTest::keyClick(
+            &browser(), static_cast<Qt::Key>(Qt::Key_0 + stars),
+            stars % 2 == 0 ? Qt::NoModifier : Qt::ShiftModifier);
         EXPECT_EQ(asked(), u"stars %1"_s.arg(stars));
     }
     QTest::keyClick(&browser(), Qt::Key_6);
@@ -605,6 +627,8 @@ TEST_F(WindowTest, aTagIsRenamedMergedAndRemovedFromTheListOfTags) {
     choose(u"manageTags");
     auto& list = part<QTreeWidget>(u"tags"_s);
     EXPECT_EQ(list.topLevelItemCount(), 0) << "nobody waits for the counting";
+    edits.counted(std::vector<marks::TagRows::Count>());
+    EXPECT_TRUE(list.topLevelItemCount() == 1 && !list.currentItem()) << "says that there are none";
     edits.counted(marks::TagRows::counts(db));
     ASSERT_EQ(list.topLevelItemCount(), 2);
     EXPECT_EQ(list.topLevelItem(0)->text(0) + list.topLevelItem(0)->text(1), u"city2"_s);
@@ -739,6 +763,8 @@ TEST_F(WindowTest, anotherChainIsShownStoredAndScanned) {
     groupMenu()[0]->menu()->actions().last()->trigger();
     EXPECT_EQ(delegate.scans, 1) << "the preset of the chain in force";
     EXPECT_EQ(group::GroupPresets(defaults).chains().size(), 1U);
+    EXPECT_FALSE(groupMenu()[2]->isEnabled()) << "it is a preset already";
+    EXPECT_TRUE(groupMenu().last()->isEnabled()) << "moves the groups into folders";
     static_cast<QToolButton*>(toolbar().itemView(u"group"))->defaultAction()->trigger();
     auto* presets = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     ASSERT_TRUE(presets);
@@ -760,6 +786,10 @@ TEST_F(WindowTest, theTipTellsWhyNothingIsShownAndOffersABeginning) {
         controller->scanStateDidChange();
         EXPECT_EQ(tip.tipKind(), kind);
     }
+    const QList<QAction*> menus = window().menuBar()->actions();
+    QMenu* groups = (*std::ranges::find(menus, u"G&roup"_s, &QAction::text))->menu();
+    Q_EMIT groups->aboutToShow();
+    EXPECT_FALSE(groups->actions().last()->isEnabled()) << "there are none to move";
     controller->folderRootCommands().doRemoveFolderAlias(
         tree().dataSource().folderAliasItemWithAliasObject(*root));
     EXPECT_EQ(tip.tipKind(), 1);

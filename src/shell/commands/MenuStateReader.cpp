@@ -47,6 +47,7 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
     MenuState state;
     state.isLargeView = _parts.delegate.isLargeViewMode();
     readChosen(state);
+    readBrowsing(state);
     if (state.isLargeView) {
         state.largeView = _parts.largeView.state();
     } else {
@@ -62,18 +63,24 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
     return state;
 }
 
+/// Entries tell it in both views.
+void MenuStateReader::readBrowsing(MenuState& state) const {
+    state.style = _parts.browserPane.browserView().style();
+    state.sortType = _parts.browsing.sortType();
+    state.descendingSort = _parts.browsing.descendingSort();
+    state.filter = _parts.browsing.filter();
+    state.recurseSubFolder = _parts.browsing.recurseSubFolder();
+}
+
 void MenuStateReader::readBrowser(MenuState& state) const {
     const PBImageBrowserView& view = _parts.browserPane.browserView();
     state.isScanning = _parts.delegate.isScanning();
     state.hasItems = view.leaves().leafCount() > 0;
     if (view.hasFocus()) state.canRevealFocused = state.selectCount > 0 && !state.areAllChosenAway;
-    state.style = view.style();
     state.thumbnailSize = view.thumbnailSize();
+    state.hasCurrent = view.currentIndex().isValid();
     for (std::size_t step = 0; step < state.canStep.size(); ++step)
         state.canStep[step] = view.stepIndex(static_cast<BrowserStep>(step)).isValid();
-    state.sortType = _parts.browsing.sortType();
-    state.descendingSort = _parts.browsing.descendingSort();
-    state.filter = _parts.browsing.filter();
 }
 
 void MenuStateReader::readChosen(MenuState& state) const {
@@ -103,7 +110,6 @@ void MenuStateReader::readSideBar(MenuState& state) const {
     if (_parts.tree.hasFocus()) state.canRevealFocused = state.isFolderSelected;
     state.canBack = _parts.pathHistory.canBack();
     state.canForward = _parts.pathHistory.canForward();
-    state.recurseSubFolder = _parts.browsing.recurseSubFolder();
 }
 
 void MenuStateReader::readWindow(MenuState& state) const {

@@ -44,6 +44,7 @@ public:
     [[nodiscard]] MenuState read(bool includesPasteboard) const;
 
 private:
+    void readBrowsing(MenuState& state) const;
     void readBrowser(MenuState& state) const;
     void readChosen(MenuState& state) const;
     void readEdits(MenuState& state) const;

@@ -92,6 +92,10 @@ TagsDialog::TagsDialog(QWidget* window)
 void TagsDialog::setTags(std::vector<marks::TagRows::Count> tags) {
     _tags = std::move(tags);
     refill();
+    if (!_tags.empty()) return;
+    auto* none = new QTreeWidgetItem(_list, {localizedString(u"TagsNone")});
+    none->setFlags(Qt::NoItemFlags);
+    none->setFirstColumnSpanned(true);
 }
 
 QString TagsDialog::currentTag() const {

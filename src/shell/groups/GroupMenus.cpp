@@ -27,8 +27,10 @@ GroupMenus::GroupMenus(Environment environment, QObject* parent)
     connect(_buttonMenu.get(), &QMenu::aboutToShow, this, [this] {
         rebuild(*_buttonMenu, _presets.buttonMenu());
     });
-    keepContentsWhileShown(*_groupMenu);
-    keepContentsWhileShown(*_buttonMenu);
+    for (QMenu* menu : {_groupMenu.get(), _buttonMenu.get()}) {
+        menu->setToolTipsVisible(true);
+        keepContentsWhileShown(*menu);
+    }
     rebuildGroupMenu();
 }
 
@@ -41,6 +43,10 @@ void GroupMenus::setDoGroupCopyMoveTo(std::function<void(GroupTransfer)> doGroup
 
 void GroupMenus::showState(QAction& entry, const GroupPresets::Action& action) const {
     using Type = GroupPresets::Action::Type;
+    const auto disable = [&entry](QStringView reason) {
+        entry.setEnabled(false);
+        entry.setToolTip(localizedString(reason));
+    };
     switch (action.type) {
     case Type::Select:
         if (!PBUtilities::isEqualGroupTypeArray(action.chain, *_environment.groupTypeArray()))
@@ -51,8 +57,11 @@ void GroupMenus::showState(QAction& entry, const GroupPresets::Action& action) c
     case Type::CopyTo:
     case Type::MoveTo:
         entry.setEnabled(static_cast<bool>(_doGroupCopyMoveTo));
+        if (!_environment.hasPhotographs()) disable(u"Why_NoPhotograph");
         break;
     case Type::Save:
+        if (_presets.has(*_environment.groupTypeArray())) disable(u"Why_IsPreset");
+        break;
     case Type::Remove:
     case Type::RemoveAll:
         break;

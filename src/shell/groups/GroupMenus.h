@@ -45,6 +45,8 @@ public:
         /// Starts the display anew.
         std::function<void()> scan;
         std::function<bool()> canUseGeocoder;
+        /// There is something on display that groups can be made of.
+        std::function<bool()> hasPhotographs;
         platform::UserDefaults& settings;
         GroupPrompts& prompts;
     };

@@ -26,8 +26,18 @@ QString withoutMnemonic(QString text) {
     return text.remove(u'&');
 }
 
-QDialog* makeDialog(const QString& title, QWidget& window) {
+/// True where the dialog is open already, which then is in front.
+bool raisesDialog(const QString& name, const QWidget& window) {
+    auto* dialog = window.findChild<QDialog*>(name, Qt::FindDirectChildrenOnly);
+    if (!dialog || !dialog->isVisible()) return false;
+    dialog->raise();
+    dialog->activateWindow();
+    return true;
+}
+
+QDialog* makeDialog(const QString& name, const QString& title, QWidget& window) {
     auto* dialog = new QDialog(&window);
+    dialog->setObjectName(name);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowTitle(title);
     return dialog;
@@ -124,7 +134,9 @@ QTreeWidget* shortcutList(const MainMenu& menu) {
 } // namespace
 
 void HelpDialogs::showShortcuts(const MainMenu& menu, QWidget& window) {
-    QDialog* dialog = makeDialog(localizedString(u"ShortcutsTitle"), window);
+    const QString name = QStringLiteral("shortcuts");
+    if (raisesDialog(name, window)) return;
+    QDialog* dialog = makeDialog(name, localizedString(u"ShortcutsTitle"), window);
     auto* layout = new QVBoxLayout(dialog);
     layout->addWidget(shortcutList(menu));
     layout->addWidget(closeButton(*dialog));
@@ -133,7 +145,9 @@ void HelpDialogs::showShortcuts(const MainMenu& menu, QWidget& window) {
 }
 
 void HelpDialogs::showAbout(QWidget& window) {
-    QDialog* dialog = makeDialog(withoutMnemonic(localizedString(u"Menu_About")), window);
+    const QString name = QStringLiteral("about");
+    if (raisesDialog(name, window)) return;
+    QDialog* dialog = makeDialog(name, withoutMnemonic(localizedString(u"Menu_About")), window);
     auto* picture = new QLabel;
     picture->setPixmap(Icons::pixmap(
         QStringLiteral("photographs"), QSize(72, 72), window.devicePixelRatioF(),

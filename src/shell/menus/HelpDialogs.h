@@ -3,7 +3,8 @@
 class MainMenu;
 class QWidget;
 
-/// What the menu Help opens. The dialogs block nothing and delete themselves. Main thread.
+/// What the menu Help opens. The dialogs block nothing and delete themselves; one that is open
+/// comes to the front. Main thread.
 namespace HelpDialogs {
 
 /// All commands that have a shortcut, menu by menu.

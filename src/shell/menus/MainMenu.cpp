@@ -108,7 +108,7 @@ void MainMenu::fill(std::span<const MenuRow> rows, QMenu* first) {
             menu = _window.menuBar()->addMenu(localizedString(row.text));
             menu->setToolTipsVisible(true);
             _menus[row.tag] = menu;
-            watchMenu(menu);
+            watchMenu(menu, row.tag == MenuTag::Edit);
             break;
         case MenuRow::Kind::Submenu:
             above = std::exchange(menu, menu->addMenu(localizedString(row.text)));
@@ -134,8 +134,8 @@ void MainMenu::addOpenWith(QMenu& menu) {
     menu.insertMenu(action(MenuCommand::revealInFinder), _openWith);
 }
 
-void MainMenu::watchMenu(QMenu* menu) {
-    connect(menu, &QMenu::aboutToShow, this, [this] { validate(true); });
+void MainMenu::watchMenu(QMenu* menu, bool hasPaste) {
+    connect(menu, &QMenu::aboutToShow, this, [this, hasPaste] { validate(hasPaste); });
     keepContentsWhileShown(*menu);
 }
 
@@ -178,7 +178,9 @@ void MainMenu::validate(bool includesPasteboard) {
         if (!item.title.isEmpty()) action->setText(localizedString(item.title));
         if (!item.text.isEmpty()) action->setText(item.text);
     }
-    _openWith->menuAction()->setEnabled(action(MenuCommand::shareClicked)->isEnabled());
+    const QAction& share = *action(MenuCommand::shareClicked);
+    _openWith->menuAction()->setEnabled(share.isEnabled());
+    _openWith->menuAction()->setToolTip(share.toolTip());
     for (QMenu* submenu : _submenus)
         enableAsEntries(*submenu);
 }
@@ -219,7 +221,7 @@ void MainMenu::popUpLargeViewMenu(const QPoint& globalPosition, QWidget* parent)
 void MainMenu::popUp(QMenu& menu, const QPoint& globalPosition) {
     menu.setAttribute(Qt::WA_DeleteOnClose);
     menu.setToolTipsVisible(true);
-    validate(true);
+    validate();
     // Those that belong to the bar are in step already.
     for (const QAction* entry : menu.actions())
         if (entry->menu() && entry->menu()->parent() == &menu) enableAsEntries(*entry->menu());

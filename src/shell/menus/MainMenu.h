@@ -62,7 +62,7 @@ private:
     void addOpenWith(QMenu& menu);
     void makeChoice(MenuCommand first, MenuCommand last);
     void fill(std::span<const MenuRow> rows, QMenu* first);
-    void watchMenu(QMenu* menu);
+    void watchMenu(QMenu* menu, bool hasPaste);
     void popUp(QMenu& menu, const QPoint& globalPosition);
     void perform(MenuCommand command);
 

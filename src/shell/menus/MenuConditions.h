@@ -19,8 +19,11 @@ constexpr bool flag(State s) {
     return s.*field;
 }
 
-/// On the whole screen the bars come and go by themselves.
-constexpr bool inWindow(State s) {
+/// On the whole screen the toolbar comes and goes by itself.
+constexpr bool canHideToolbar(State s) {
+    return !s.isFullScreen;
+}
+constexpr bool canHideStatusBar(State s) {
     return !s.isFullScreen;
 }
 
@@ -45,6 +48,7 @@ constexpr bool canShowNavigation(State s) {
 
 // What is selected.
 
+/// That commands can be given for: one that stands large may not be in the catalogue yet.
 constexpr bool hasPhotographs(State s) {
     return s.isLargeView ? s.largeView.hasItems && !s.largeView.isStandIn : s.selectCount > 0;
 }

@@ -65,10 +65,10 @@ constexpr MenuRow barRows[] = {
     separator,
     entry(
         Command::exportImage, u"exportImage", u"Menu_Export", u"Ctrl+Shift+E", u"export",
-        {hasPhotographs}),
-    entry(Command::shareClicked, u"shareClicked", u"Menu_Share", {}, u"share", {hasPhotographs}),
-    entry(Command::setDesktop, u"setDesktop", u"Menu_SetDesktop", {}, {}, {hasPhotographs}),
-    entry(Command::printImage, u"printImage", u"Menu_Print", u"Ctrl+P", {}, {hasPhotographs}),
+        {hasFiles}),
+    entry(Command::shareClicked, u"shareClicked", u"Menu_Share", {}, u"share", {hasFiles}),
+    entry(Command::setDesktop, u"setDesktop", u"Menu_SetDesktop", {}, {}, {hasFiles}),
+    entry(Command::printImage, u"printImage", u"Menu_Print", u"Ctrl+P", {}, {hasFiles}),
     separator,
     entry(Command::deleteClicked, u"deleteClicked", u"Menu_Trash", u"Del", u"delete", {hasFiles}),
     entry(
@@ -225,10 +225,12 @@ constexpr MenuRow barRows[] = {
     endOfSubmenu,
     entry(
         Command::view_toolbar, u"view_toolbar", {}, u"Ctrl+Shift+T", {},
-        titled(inWindow, u"HideToolbar", u"ShowToolbar", flag<&MenuState::isToolbarShown>)),
+        titled(canHideToolbar, u"HideToolbar", u"ShowToolbar", flag<&MenuState::isToolbarShown>)),
     entry(
         Command::view_StatusBar, u"view_StatusBar", {}, u"Ctrl+/", {},
-        titled(inWindow, u"HideStatusBar", u"ShowStatusBar", flag<&MenuState::isStatusBarShown>)),
+        titled(
+            canHideStatusBar, u"HideStatusBar", u"ShowStatusBar",
+            flag<&MenuState::isStatusBarShown>)),
     entry(
         Command::view_FullScreen, u"view_FullScreen", u"Menu_FullScreen", u"F11", u"fullScreen",
         {always, flag<&MenuState::isFullScreen>}),

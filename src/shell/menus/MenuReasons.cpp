@@ -25,8 +25,14 @@ constexpr bool isScanningNothing(State s) {
 constexpr bool isNothingSelected(State s) {
     return inBrowser(s) && s.selectCount == 0;
 }
+constexpr bool isLargeViewEmpty(State s) {
+    return inLargeView(s) && isEmpty(s);
+}
 constexpr bool areSeveralSelected(State s) {
     return inBrowser(s) && s.selectCount > 1;
+}
+constexpr bool hasNoCurrent(State s) {
+    return !s.hasCurrent;
 }
 constexpr bool isAway(State s) {
     return s.areAllChosenAway;
@@ -47,7 +53,8 @@ constexpr Refusal refusals[] = {
     {inLargeView, inBrowser, u"Why_OnlyInLargeView"},
     {inLargeViewWithItems, inBrowser, u"Why_OnlyInLargeView"},
     {inLargeViewWithItems, always, u"Why_NoPhotograph"},
-    {inWindow, isInFullScreen, u"Why_FullScreen"},
+    {canHideToolbar, isInFullScreen, u"Why_FullScreen"},
+    {canHideStatusBar, isInFullScreen, u"Why_NoStatusBarInFullScreen"},
     {canShowNavigation, inBrowser, u"Why_OnlyInLargeView"},
     {canShowNavigation, always, u"Why_WholePhotograph"},
 
@@ -92,10 +99,10 @@ constexpr Refusal refusals[] = {
     {hasDirection, inLargeView, u"Why_OnlyAmongThumbnails"},
     {hasDirection, always, u"Why_Unsorted"},
 
-    {canZoomIn, isEmpty, u"Why_NoPhotograph"},
+    {canZoomIn, isLargeViewEmpty, u"Why_NoPhotograph"},
     {canZoomIn, inLargeView, u"Why_PhotographLargest"},
     {canZoomIn, always, u"Why_ThumbnailsLargest"},
-    {canZoomOut, isEmpty, u"Why_NoPhotograph"},
+    {canZoomOut, isLargeViewEmpty, u"Why_NoPhotograph"},
     {canZoomOut, inLargeView, u"Why_PhotographSmallest"},
     {canZoomOut, always, u"Why_ThumbnailsSmallest"},
 
@@ -115,11 +122,11 @@ constexpr Refusal refusals[] = {
     {inBrowserWithStep<NextGroup>, always, u"Why_LastGroup"},
     {inBrowserWithStep<FirstIndexInGroup>, inLargeView, u"Why_OnlyAmongThumbnails"},
     {inBrowserWithStep<FirstIndexInGroup>, isEmpty, u"Why_NoPhotograph"},
-    {inBrowserWithStep<FirstIndexInGroup>, isNothingSelected, u"Why_NothingSelected"},
+    {inBrowserWithStep<FirstIndexInGroup>, hasNoCurrent, u"Why_NoCurrent"},
     {inBrowserWithStep<FirstIndexInGroup>, always, u"Why_FirstInGroup"},
     {inBrowserWithStep<LastIndexInGroup>, inLargeView, u"Why_OnlyAmongThumbnails"},
     {inBrowserWithStep<LastIndexInGroup>, isEmpty, u"Why_NoPhotograph"},
-    {inBrowserWithStep<LastIndexInGroup>, isNothingSelected, u"Why_NothingSelected"},
+    {inBrowserWithStep<LastIndexInGroup>, hasNoCurrent, u"Why_NoCurrent"},
     {inBrowserWithStep<LastIndexInGroup>, always, u"Why_LastInGroup"},
 };
 

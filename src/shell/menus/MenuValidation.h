@@ -39,9 +39,11 @@ struct MenuState {
     bool recurseSubFolder = false;
 
     // The browser
-    bool isScanning = false;            ///< more photographs may come
-    bool hasItems = false;              ///< there are photographs, folded groups count
-    qint64 selectCount = 0;             ///< those in folded groups too
+    bool isScanning = false; ///< more photographs may come
+    bool hasItems = false;   ///< there are photographs, folded groups count
+    /// Of photographs that commands act on: those in folded groups too; in the large view the one
+    /// in focus, unless it only stands in for one of the catalogue.
+    qint64 selectCount = 0;
     bool areAllSelectedFlagged = false; ///< false with no selection
     /// The files of all that commands act on can't be got at; false with none.
     bool areAllChosenAway = false;
@@ -60,6 +62,8 @@ struct MenuState {
     QString undoText;
     QString redoText;
 
+    /// There is a photograph that the steps start from, selected or not.
+    bool hasCurrent = false;
     /// Whether each of the steps leads to a photograph, by the number of the `BrowserStep`.
     std::array<bool, 8> canStep{};
 

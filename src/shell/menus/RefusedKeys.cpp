@@ -18,7 +18,10 @@ bool RefusedKeys::eventFilter(QObject*, QEvent* event) {
     // keyboard.
     if (event->type() != QEvent::KeyPress) return false;
     const auto& key = static_cast<const QKeyEvent&>(*event);
-    const QKeySequence pressed(key.keyCombination());
+    // A key of the keypad is that of the shortcut.
+    const QKeyCombination combination(
+        key.modifiers() & ~Qt::KeypadModifier, static_cast<Qt::Key>(key.key()));
+    const QKeySequence pressed(combination);
     if (key.isAutoRepeat() || pressed.isEmpty()) return false;
     const auto entry = std::ranges::find_if(menuEntries(), [&](const MenuEntry& each) {
         return _menu.action(each.command)->shortcuts().contains(pressed);

@@ -27,7 +27,7 @@ QString plainText(const QAction& action) {
 } // namespace
 
 SortButton::SortButton(QList<QAction*> orders, const QList<QAction*>& directions, QWidget* parent)
-    : QToolButton(parent), _orders(std::move(orders)), _descending(directions.last()),
+    : QToolButton(parent), _orders(std::move(orders)), _directions(directions),
       _menu(new QMenu(this)) {
     setAutoRaise(true);
     setFocusPolicy(Qt::TabFocus);
@@ -38,7 +38,7 @@ SortButton::SortButton(QList<QAction*> orders, const QList<QAction*>& directions
     _menu->setToolTipsVisible(true);
     _menu->addActions(_orders);
     _menu->addSeparator();
-    _menu->addActions(directions);
+    _menu->addActions(_directions);
     keepContentsWhileShown(*_menu);
     // Not as the button's own menu, whose little arrow would stand beside that of the direction.
     connect(this, &QToolButton::pressed, this, &SortButton::popUp);
@@ -74,12 +74,14 @@ void SortButton::showOrder() {
     platform::assertMainThread();
     const auto order = std::ranges::find_if(_orders, &QAction::isChecked);
     const QString name = order == _orders.end() ? QString() : plainText(**order);
-    const bool isDescending = _descending->isChecked();
+    const bool isDescending = _directions.last()->isChecked();
+    const bool isSorted = std::ranges::any_of(_directions, &QAction::isChecked);
     setText(name);
     setIcon(Icons::named(
         isDescending ? QStringLiteral("sortDescending") : QStringLiteral("sortAscending")));
     const QString tip =
-        localizedFormat(isDescending ? u"SortedDescending" : u"SortedAscending", {name});
+        isSorted ? localizedFormat(isDescending ? u"SortedDescending" : u"SortedAscending", {name})
+                 : name;
     setToolTip(tip);
     setAccessibleName(tip);
     updateGeometry();

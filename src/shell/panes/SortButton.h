@@ -28,7 +28,7 @@ private:
     void showOrder();
 
     const QList<QAction*> _orders;
-    QAction* const _descending;
+    const QList<QAction*> _directions;
     QMenu* _menu;
     QTimer _show; // once for all entries that change together
 };

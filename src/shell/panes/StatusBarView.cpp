@@ -62,7 +62,7 @@ StatusBarView::StatusBarView(PaneLayout& panes, QWidget* parent)
     // A long sentence takes no room from the others.
     _newsLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     _newsTimer.setSingleShot(true);
-    connect(&_newsTimer, &QTimer::timeout, _newsLabel, &QLabel::clear);
+    connect(&_newsTimer, &QTimer::timeout, this, [this] { showNews({}); });
     right->addStretch(1);
     right->addWidget(_progressView);
     right->addSpacing(6);
@@ -104,9 +104,19 @@ void StatusBarView::setSelectCount(qint64 selected) {
 
 void StatusBarView::tell(const QString& sentence) {
     constexpr std::chrono::seconds shownFor(8);
-    _newsLabel->setText(sentence);
-    _newsLabel->setToolTip(sentence);
+    showNews(sentence);
     _newsTimer.start(shownFor);
+}
+
+void StatusBarView::showNews(const QString& sentence) {
+    _news = sentence;
+    _newsLabel->setToolTip(_news);
+    elideNews();
+}
+
+void StatusBarView::elideNews() {
+    _newsLabel->setText(
+        _newsLabel->fontMetrics().elidedText(_news, Qt::ElideRight, _newsLabel->width()));
 }
 
 void StatusBarView::setProgress(WorkProgress& progress) {
@@ -160,6 +170,12 @@ void StatusBarView::updateStatusBarBtn() {
         button->setToolTip(text);
         button->setAccessibleName(text);
     }
+}
+
+void StatusBarView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    layout()->activate();
+    elideNews();
 }
 
 void StatusBarView::paintEvent(QPaintEvent*) {

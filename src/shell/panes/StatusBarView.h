@@ -42,12 +42,15 @@ Q_SIGNALS:
     void paneToggled(PaneLayout::Pane pane);
 
 protected:
+    void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void addPaneButton(QHBoxLayout& layout, std::size_t row);
     void updateStatusBarBtn();
     void updateCounts();
+    void showNews(const QString& sentence);
+    void elideNews();
     void finishAnimation();
 
     PaneLayout& _panes;
@@ -57,6 +60,7 @@ private:
     std::vector<std::pair<QToolButton*, PaneLayout::Pane>> _buttons;
     QVariantAnimation _animation;
     QLabel* _newsLabel;
+    QString _news; ///< what is told at present
     QTimer _newsTimer{this};
     bool _isShown = true;
     qint64 _itemCount = 0;

@@ -32,9 +32,10 @@ int readSortType(const platform::UserDefaults& defaults) {
     return stored >= 0 && stored <= lastSortType ? static_cast<int>(stored) : firstSortType;
 }
 
+/// With a bit that nobody can take away, folders would never be looked through.
 std::uint64_t readFilter(const platform::UserDefaults& defaults) {
-    return static_cast<std::uint64_t>(
-        std::max<qint64>(0, defaults.integerForKey(filterKey).value_or(0)));
+    const qint64 stored = std::max<qint64>(0, defaults.integerForKey(filterKey).value_or(0));
+    return static_cast<std::uint64_t>(stored) & (group::FilterFlagged | group::FilterRated);
 }
 
 } // namespace

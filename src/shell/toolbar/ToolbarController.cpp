@@ -202,6 +202,8 @@ void ToolbarController::validateVisibleItems() {
     for (const auto& [action, command] : items)
         action->setEnabled(_validation.isEnabled(command));
     const ToolbarValidation::Marks marks = _validation.marks();
+    for (QAction* ofFiles : {toolbar.shareAction(), toolbar.deleteAction()})
+        if (marks.areAllAway) ofFiles->setEnabled(false);
     const auto showMark = [&](QAction* action, bool isMarked, const QString& image) {
         action->setEnabled(marks.isEnabled);
         action->setIcon(

@@ -64,9 +64,11 @@ ToolbarValidation::Marks ToolbarValidation::marks() {
         .areAllFlagged =
             !chosen.empty() &&
             std::ranges::all_of(chosen, [](const auto& item) { return item->flagged(); }),
-        .areAllRated = !chosen.empty() && std::ranges::all_of(chosen, [](const auto& item) {
-            return item->star() > 0;
-        })};
+        .areAllRated =
+            !chosen.empty() &&
+            std::ranges::all_of(chosen, [](const auto& item) { return item->star() > 0; }),
+        .areAllAway = !chosen.empty() &&
+                      std::ranges::all_of(chosen, [](const auto& item) { return item->isAway(); })};
     endValidateToolbarItem();
     return marks;
 }

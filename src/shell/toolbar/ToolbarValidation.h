@@ -42,11 +42,13 @@ public:
 
     /// The three in one, for one command.
     [[nodiscard]] bool isEnabled(Command command);
-    /// What the buttons of flag and stars show: one look at all that is chosen.
+    /// What the buttons of flag and stars show, and whether there is a file to act on: one look at
+    /// all that is chosen.
     struct Marks {
         bool isEnabled = false;
         bool areAllFlagged = false; ///< false where nothing is chosen
         bool areAllRated = false;
+        bool areAllAway = false;
     };
     [[nodiscard]] Marks marks();
 
