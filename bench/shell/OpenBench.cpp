@@ -99,9 +99,8 @@ double openedInRunning(const QString& file, const QString& profile) {
         while (true) {
             const auto state = SingleInstance::stateOf(profile);
             if (!state) std::abort();
-            const QJsonObject large = QJsonDocument::fromJson(*state)
-                                          .object()[QLatin1StringView("large")]
-                                          .toObject();
+            const QJsonObject large =
+                QJsonDocument::fromJson(*state).object()[QLatin1StringView("large")].toObject();
             const QString painted = large[QLatin1StringView("painted")].toString();
             const bool isSharp = painted == u"fitIn" || painted == u"original";
             if (isSharp && large[QLatin1StringView("image")] == name) return;
@@ -125,9 +124,10 @@ bool watchRunning(const QStringList& files, const QString& profile) {
     double subject = decode;
     for (const QString& file : files) {
         decode = std::min(decode, bench::millisecondsOf([&] {
-            bench::keep(
-                importers.imageImporterForImageURL(file)->createImageWithMaxSize(screenSide, 0));
-        }));
+                              bench::keep(
+                                  importers.imageImporterForImageURL(file)->createImageWithMaxSize(
+                                      screenSide, 0));
+                          }));
         subject = std::min(subject, openedInRunning(file, profile));
     }
     running.terminate();
@@ -152,9 +152,8 @@ int main(int argc, char** argv) {
     const auto cold = [&] { return opened(file, places.filePath(QString::number(++profiles))); };
     const QString known = places.filePath(QStringLiteral("known"));
     outputOf(
-        program(),
-        {QStringLiteral("--profile"), known, QStringLiteral("--until-idle"),
-         QStringLiteral("--add"), set.folder()});
+        program(), {QStringLiteral("--profile"), known, QStringLiteral("--until-idle"),
+                    QStringLiteral("--add"), set.folder()});
     const auto floor = [&] { return bare(file); };
     bool met =
         bench::printRatio("open a photograph, cold: process to sharp", rounds, floor, cold, 2.0);

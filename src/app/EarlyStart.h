@@ -13,7 +13,7 @@ class DecoderPool;
 struct EarlyStart {
     std::shared_ptr<codec::DecoderPool> decoders;
 
-    /// Makes the decoders, and begins to decode the first file of the paths, for the screen that the
-    /// window will probably be on. Files are read through the decoders from now on.
+    /// Makes the decoders, and begins to decode the first file of the paths, for the screen that
+    /// the window will probably be on. Files are read through the decoders from now on.
     [[nodiscard]] static EarlyStart begin(const QStringList& paths);
 };

@@ -416,12 +416,11 @@ void PBMainWindowController::makeOpenFiles() {
     auto* tip = new DropTip(QStringLiteral("photographs"), QStringLiteral("DropToShow"), contents);
     auto* target = new FolderDropTarget(
         *_window, [this](const QString& path) { return _largeView->canOpenPath(path); });
-    QObject::connect(
-        target, &FolderDropTarget::draggingChanged, tip, [tip, contents](bool isOver) {
-            tip->setGeometry(contents->rect());
-            tip->setVisible(isOver);
-            tip->raise();
-        });
+    QObject::connect(target, &FolderDropTarget::draggingChanged, tip, [tip, contents](bool isOver) {
+        tip->setGeometry(contents->rect());
+        tip->setVisible(isOver);
+        tip->raise();
+    });
     // Not within the drop: what is opened may take a while.
     QObject::connect(
         target, &FolderDropTarget::dropped, _openFilesCommands, &OpenFilesCommands::openFiles,

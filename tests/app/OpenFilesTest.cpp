@@ -145,8 +145,8 @@ TEST_F(OpenFilesTest, aFolderThatIsToldLateLeavesThePhotographOnShow) {
     controller->addFolders({path(u"p"_s)});
     ASSERT_TRUE(showsInBrowser(1));
     // As a disk has it that takes long to list its folders.
-    const auto request =
-        OpenFilesRequest::reduce({picture}, [](const auto&) { return OpenFilesRequest::Kind::File; });
+    const auto request = OpenFilesRequest::reduce(
+        {picture}, [](const auto&) { return OpenFilesRequest::Kind::File; });
     controller->setOpenFiles(std::make_shared<PBOpenFiles>(request->folders));
     large().openFilesEnterToLargeView(request->firstFile);
     window().sourceSelection().selectFolder(path(u"p/q"_s));
@@ -166,8 +166,7 @@ TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
     window().markCommands().rotateLeft();
     window().markCommands().ratingWithStar(4);
     ASSERT_TRUE(support::spinUntil([&] {
-        return controller->isIdle() &&
-               large().controller().bin().focusImageFileItem()->star() == 4;
+        return controller->isIdle() && large().controller().bin().focusImageFileItem()->star() == 4;
     }));
     controller.reset();
     {

@@ -55,8 +55,7 @@ struct CatalogueRowsTest : MarksTest {
             .placeOfFolder = [this](const QString& path) { return placeOf(path); },
             .rowsWillChange = [this] { ++told; }};
     }
-    void
-    transfer(Kind kind, const QByteArray& from, const QByteArray& folder, bool isDone = true) {
+    void transfer(Kind kind, const QByteArray& from, const QByteArray& folder, bool isDone = true) {
         prompts.answers = {{fileactions::FilePrompts::Answer::Replace, false}};
         fileactions::CatalogueRows rows(environment());
         fileactions::FileTransfer transfer(

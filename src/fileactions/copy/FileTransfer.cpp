@@ -124,9 +124,8 @@ FileTransfer::Next FileTransfer::transferFile(const File& file) {
         if (isGone(_environment.files.look(file.source, entry))) return Next::File;
         if (_kind == Kind::Move && isSamePlace(_environment.files, file.source, destination))
             return Next::File;
-        const bool isDuplicate =
-            _kind == Kind::Duplicate ||
-            (_kind == Kind::Copy && isOwnPlace(file.source, destination));
+        const bool isDuplicate = _kind == Kind::Duplicate ||
+                                 (_kind == Kind::Copy && isOwnPlace(file.source, destination));
         if (isDuplicate) {
             error = duplicate(file, folder);
         } else {

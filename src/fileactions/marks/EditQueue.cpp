@@ -212,8 +212,7 @@ void EditQueue::endOther(bool isUndo, OtherWay::End end, OtherWay back) {
         break;
     }
     // Those that were to follow would do the same once more.
-    while (!_jobs.empty() &&
-           (_jobs.front().kind == Job::Undo || _jobs.front().kind == Job::Redo))
+    while (!_jobs.empty() && (_jobs.front().kind == Job::Undo || _jobs.front().kind == Job::Redo))
         _jobs.pop_front();
 }
 

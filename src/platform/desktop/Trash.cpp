@@ -125,10 +125,11 @@ std::optional<Trash::Folder> Trash::trashAtTopOf(const QByteArray& folder) {
     const QByteArray shared = pathInFolder(top, ".Trash");
     FileSystem::Entry entry;
     // Only one where nobody can put something in another's way.
-    const bool isShared = !_files.look(shared, entry) &&
-                          entry.kind == FileSystem::Kind::Folder && (entry.mode & S_ISVTX) != 0;
-    for (const QByteArray& own : {isShared ? pathInFolder(shared, user) : QByteArray(),
-                                  pathInFolder(top, ".Trash-" + user)}) {
+    const bool isShared = !_files.look(shared, entry) && entry.kind == FileSystem::Kind::Folder &&
+                          (entry.mode & S_ISVTX) != 0;
+    for (const QByteArray& own :
+         {isShared ? pathInFolder(shared, user) : QByteArray(),
+          pathInFolder(top, ".Trash-" + user)}) {
         if (!own.isEmpty() && makeOwnFolder(own, false) && isUsable(own))
             return Folder{.path = own, .top = top};
     }

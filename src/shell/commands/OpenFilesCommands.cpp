@@ -96,8 +96,8 @@ QString OpenFilesCommands::placeOf(const QString& path) const {
     // A folder that becomes a root may be a link.
     if (!root && info.isDir()) return path;
     QString step = root ? root->path() : QString();
-    const bool isBehindLink = std::ranges::any_of(
-        PBUtilities::pathComponents(below), [&step](const QString& name) {
+    const bool isBehindLink =
+        std::ranges::any_of(PBUtilities::pathComponents(below), [&step](const QString& name) {
             step = platform::pathInFolder(step, name);
             return QFileInfo(step).isSymLink();
         });

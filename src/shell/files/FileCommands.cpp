@@ -252,10 +252,11 @@ void FileCommands::runTransfer(const TransferPlan& plan, const Name& name, bool 
         {.counterKey = isMove ? counterOfMove : counterOfCopy,
          .deed = isMove ? Deed::Move : Deed::Copy,
          .work = [plan](const fileactions::FileEditor& editor) { return editor.transfer(plan); },
-         .finished = [this, name, isOfCut](const FileOutcome& outcome) {
-             if (isOfCut) forgetCut(outcome);
-             finished(outcome, name);
-         }});
+         .finished =
+             [this, name, isOfCut](const FileOutcome& outcome) {
+                 if (isOfCut) forgetCut(outcome);
+                 finished(outcome, name);
+             }});
 }
 
 void FileCommands::deleteClicked() {
@@ -316,8 +317,7 @@ void FileCommands::showChanges(const FileOutcome& outcome) {
 }
 
 void FileCommands::perform(
-    const fileactions::FileEdit& edit,
-    std::function<void(const FileOutcome& outcome)> done) {
+    const fileactions::FileEdit& edit, std::function<void(const FileOutcome& outcome)> done) {
     _environment.tasks.start(
         {.counterKey = QStringLiteral("ItemCountInfoWithUndo"),
          .deed = Deed::Restore,

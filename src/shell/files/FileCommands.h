@@ -82,8 +82,7 @@ private:
         QStringView one; ///< keys of the texts
         QStringView many;
     };
-    void
-    runTransfer(const fileactions::TransferPlan& plan, const Name& name, bool isOfCut = false);
+    void runTransfer(const fileactions::TransferPlan& plan, const Name& name, bool isOfCut = false);
     static void forgetCut(const fileactions::FileOutcome& outcome);
     void runRemoval(const fileactions::TransferPlan& chosen, bool forGood);
     [[nodiscard]] fileactions::TransferPlan

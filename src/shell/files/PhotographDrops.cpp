@@ -36,8 +36,8 @@ QString PhotographDrops::targetOf(QDropEvent& event, Qt::DropAction& action) con
     if (folder.isEmpty()) return {};
     const QByteArray path = QFile::encodeName(folder);
     action = actionOf(event, path);
-    const bool isThere = std::ranges::all_of(
-        _folders, [&path](const QByteArray& from) { return from == path; });
+    const bool isThere =
+        std::ranges::all_of(_folders, [&path](const QByteArray& from) { return from == path; });
     const bool doesNothing = action == Qt::IgnoreAction || (isThere && action == Qt::MoveAction);
     return doesNothing ? QString() : folder;
 }

@@ -51,7 +51,7 @@ private:
     SessionRestore _restore;
     QString _file; // empty: not begun
     SessionState _written;
-    SessionState _lasting; // the latest that the next run can bring back
+    SessionState _lasting;             // the latest that the next run can bring back
     SessionState::Photograph _suspect; // was shown large in `_crashes` runs that crashed
     int _crashes = 0;
     bool _isExpected = false;
