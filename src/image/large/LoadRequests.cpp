@@ -18,8 +18,9 @@ QByteArray profileOf(const QColorSpace& colorSpace) {
 
 bool LoadRequests::mayPlay(const QString& type) {
     namespace Types = platform::TypeIdentifiers;
-    constexpr std::array<QStringView, 4> played = {
-        u"com.compuserve.gif", u"org.webmproject.webp", u"public.avif", u"public.jpeg-xl"};
+    constexpr std::array<QStringView, 5> played = {
+        u"com.compuserve.gif", u"org.webmproject.webp", u"public.avif", u"public.jpeg-xl",
+        u"public.png"};
     return std::ranges::any_of(played, [&](QStringView each) { return Types::equal(type, each); });
 }
 
