@@ -78,6 +78,23 @@ void removePlaces(Data& data) {
         datum = isPlace(*datum) ? data.erase(datum) : std::next(datum);
 }
 
+bool hasNotesOfCamera(const Exiv2::ExifData& exif) {
+    return std::any_of(exif.begin(), exif.end(), [](const Exiv2::Exifdatum& datum) {
+        const std::string group = datum.groupName();
+        // The library's own word on where the notes are.
+        return group != "MakerNote" && Exiv2::ExifTags::isMakerGroup(group);
+    });
+}
+
+void removePlacesAndTheirNotes(Exiv2::ExifData& exif) {
+    const bool hadNotes = hasNotesOfCamera(exif);
+    removePlaces(exif);
+    if (!hadNotes || hasNotesOfCamera(exif)) return;
+    // Where nothing was understood of them but places, they would be written as they were.
+    const auto whole = exif.findKey(Exiv2::ExifKey("Exif.Photo.MakerNote"));
+    if (whole != exif.end()) exif.erase(whole);
+}
+
 const Exiv2::byte* bytesOfBlock(const QByteArray& block) {
     return reinterpret_cast<const Exiv2::byte*>(block.constData());
 }
@@ -90,7 +107,7 @@ QByteArray carriedExif(const QByteArray& block, const NewPicture& picture) {
     Exiv2::ExifData exif;
     const Exiv2::ByteOrder order =
         Exiv2::ExifParser::decode(exif, bytesOfBlock(block), sizeOfBlock(block));
-    if (!picture.hasLocation) removePlaces(exif);
+    if (!picture.hasLocation) removePlacesAndTheirNotes(exif);
     if (exif.empty()) return {};
     exif["Exif.Image.Orientation"] = static_cast<std::uint16_t>(1);
     exif["Exif.Photo.PixelXDimension"] = static_cast<std::uint32_t>(picture.size.width());
