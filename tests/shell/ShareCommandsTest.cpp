@@ -180,9 +180,9 @@ TEST_F(ShareCommandsTest, menusShowWhatTakesThePhotographsAsSoonAsThatIsKnown) {
 }
 
 TEST_F(ShareCommandsTest, whoAsksForProgramsWhileAnotherWaitsIsToldToo) {
-    ShareServices services;
+    ShareServices programs;
     int told = 0;
-    const auto ask = [&] { services.find({u"image/none"_s}, [&told](const auto&) { ++told; }); };
+    const auto ask = [&] { programs.find({u"image/none"_s}, [&told](const auto&) { ++told; }); };
     ask();
     ask();
     EXPECT_TRUE(support::spinUntil([&] { return told == 2; }));
