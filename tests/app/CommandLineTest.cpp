@@ -11,7 +11,8 @@ std::variant<CommandLineOptions, CommandLineExit> parse(const char* line) {
 TEST(CommandLineTest, everyOptionIsRead) {
     const auto options = std::get<CommandLineOptions>(
         parse("--profile /p/ --add a --add /b/../c --until-idle --screenshot s.png --size 800x600 "
-              "--stats - --theme dark --state --fullscreen --slideshow x.jpg file:///y%20z"));
+              "--stats - --theme dark --state --fullscreen --slideshow x.jpg file:///y%20z "
+              "file:"));
     const QString here = QDir::currentPath();
     EXPECT_EQ(
         (QStringList{options.profile, options.screenshot, options.stats}),
