@@ -49,6 +49,7 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
     standIn.largeView.hasItems = true;
     MenuState largeWithItems = standIn;
     largeWithItems.selectCount = 1;
+    standIn.largeView.isStandIn = true;
     // In this order; 1 for enabled.
     const MenuState states[] = {
         browserWith(0),
@@ -75,7 +76,7 @@ TEST(MenuValidationTest, commandsAreEnabledByViewSelectionAndTheirOwnConditions)
         {{view_BrowserView, deselectAll}, "01100000000"},
         {{view_ThumbnailView, view_PhotoBin, go_NextItem}, "00011000001"},
         {{view_fitIn, view_ActualSize}, "00001000001"},
-        {{view_SlideshowView}, "01101100001"},
+        {{view_SlideshowView}, "01101100000"},
         {{invertSelection, selectStars0, selectStars5}, "01100100000"},
         {{removeFolderAlias}, "00000100000"},
         {{revealInFinder}, "00001010001"},
