@@ -288,7 +288,8 @@ TEST(ExportAheadTest, picturesComeInOrderFewAheadAndEndWithAStop) {
     std::atomic<std::size_t> wanted = 0;
     std::atomic<std::size_t> mostAhead = 0;
     const auto make = [&](std::size_t index, const std::stop_token&) {
-        const std::size_t ahead = ++begun - std::min(begun.load(), wanted.load());
+        const std::size_t now = ++begun; // first: others go on meanwhile
+        const std::size_t ahead = now - std::min(now, wanted.load());
         if (ahead > mostAhead) mostAhead = ahead;
         return fileactions::ExportedPicture{
             .error = {}, .content = QByteArray::number(static_cast<int>(index))};

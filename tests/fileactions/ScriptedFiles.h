@@ -42,7 +42,7 @@ public:
         return fails("copySome") ? error() : DiskFileSystem::copySome(from, to, copied);
     }
     std::error_code copyAttributes(int from, int to) override {
-        isAway = true;
+        isAway = isAway || !leaves.isEmpty();
         return fails("copyAttributes") ? error() : DiskFileSystem::copyAttributes(from, to);
     }
     std::error_code sync(int file) override {
