@@ -28,7 +28,8 @@ void appendNumber(std::vector<std::uint8_t>& file, std::size_t number) {
 }
 
 void appendName(std::vector<std::uint8_t>& file, std::string_view name) {
-    file.insert(file.end(), name.begin(), name.end());
+    for (const char letter : name)
+        file.push_back(static_cast<std::uint8_t>(letter));
 }
 
 int side(std::uint32_t length) {
