@@ -7,6 +7,7 @@
 #include "scan/PictureSets.h"
 #include "support/Ratio.h"
 
+#include <QByteArray>
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
@@ -76,7 +77,7 @@ public:
     }
 
     /// The pixels in the middle of the window.
-    [[nodiscard]] std::vector<std::uint8_t> pixels(xcb_window_t window) const {
+    [[nodiscard]] QByteArray pixels(xcb_window_t window) const {
         const Owned<xcb_get_geometry_reply_t> geometry(
             xcb_get_geometry_reply(_connection, xcb_get_geometry(_connection, window), nullptr));
         if (!geometry) return {};
@@ -89,8 +90,9 @@ public:
                 ~0U),
             nullptr));
         if (!image) return {};
-        const std::uint8_t* begin = xcb_get_image_data(image.get());
-        return {begin, begin + xcb_get_image_data_length(image.get())};
+        return {
+            reinterpret_cast<const char*>(xcb_get_image_data(image.get())),
+            xcb_get_image_data_length(image.get())};
     }
 
 private:
@@ -149,13 +151,13 @@ struct Step {
 };
 
 Step watchStep(const Screen& screen, xcb_window_t window, std::uint32_t keysym) {
-    std::vector<std::uint8_t> before = screen.pixels(window);
+    QByteArray before = screen.pixels(window);
     const auto start = Clock::now();
     screen.press(window, keysym);
     Step step;
     auto last = start;
     while (Clock::now() - last < (step.first > 0 ? stillFor : patience)) {
-        std::vector<std::uint8_t> now = screen.pixels(window);
+        QByteArray now = screen.pixels(window);
         if (now == before) continue;
         before = std::move(now);
         last = Clock::now();
@@ -179,9 +181,9 @@ void measure(const Screen& screen, QProcess& program, const QString& name, int s
     }
     if (window == 0) std::abort();
     // The first photograph has come to rest.
-    std::vector<std::uint8_t> before;
+    QByteArray before;
     for (auto last = Clock::now(); Clock::now() - last < std::chrono::seconds(3);) {
-        std::vector<std::uint8_t> now = screen.pixels(window);
+        QByteArray now = screen.pixels(window);
         if (now != before) last = Clock::now();
         before = std::move(now);
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -231,7 +233,7 @@ double watchStart(const Screen& screen, const QString& path, const QStringList& 
     program.start(path, arguments);
     if (!program.waitForStarted()) std::abort();
     xcb_window_t window = 0;
-    std::vector<std::uint8_t> before;
+    QByteArray before;
     double still = 0;
     // Between the window and its picture, some decode for longer than a step takes.
     constexpr std::chrono::seconds quiet{2};
@@ -239,8 +241,8 @@ double watchStart(const Screen& screen, const QString& path, const QStringList& 
         std::this_thread::sleep_for(std::chrono::milliseconds(2)); // leave them the processor
         if (window == 0) window = screen.windowOf(program.processId());
         if (window == 0) continue;
-        std::vector<std::uint8_t> now = screen.pixels(window);
-        if (now.empty()) window = 0; // it gave way to another
+        QByteArray now = screen.pixels(window);
+        if (now.isEmpty()) window = 0; // it gave way to another
         if (now == before) continue;
         before = std::move(now);
         last = Clock::now();
