@@ -192,8 +192,12 @@ Exiv2::IptcData iptcOf(const QByteArray& block) {
 }
 
 Exiv2::Image::AutoPtr openFile(const QByteArray& file) {
-    Exiv2::BasicIo::AutoPtr io(new Exiv2::MemIo(
-        reinterpret_cast<const Exiv2::byte*>(file.constData()), static_cast<long>(file.size())));
+    // Of its own: the library changes TIFF files where they are.
+    Exiv2::BasicIo::AutoPtr io(new Exiv2::MemIo);
+    if (io->write(
+            reinterpret_cast<const Exiv2::byte*>(file.constData()),
+            static_cast<long>(file.size())) != file.size())
+        return Exiv2::Image::AutoPtr();
     switch (sniffContainer(bytesOf(file))) {
     case Container::Jpeg:
         return Exiv2::newJpegInstance(io, false);

@@ -1,5 +1,6 @@
 #include "codec/process/DecoderPool.h"
 
+#include "codec/encoding/PictureEncoder.h"
 #include "codec/metadata/Pictures.h"
 #include "codec/process/DecoderHelper.h"
 #include "codec/process/MemoryBudget.h"
@@ -259,6 +260,12 @@ TEST_F(DecoderPoolTest, metadataComeInBlocksThatHaveABoundAndGoIntoOtherFiles) {
     EXPECT_EQ(pictures::entry(pictures::propertiesOf(made), u"TIFF.Make"_s), u"Maker"_s);
     EXPECT_EQ(pictures::entry(pictures::propertiesOf(made), u"Exif.PixelYDimension"_s), u"9"_s);
     EXPECT_TRUE(made.contains(QByteArray(30'000, 'p')));
+    codec::EncodeSettings tiff;
+    tiff.type = u"public.tiff"_s;
+    QImage image(3, 3, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QByteArray stored = codec::encodePicture(image, {}, {}, tiff, {}).bytes;
+    EXPECT_TRUE(pool.embedMetadata(stored, carried.blocks, {}, {})) << "changed where it is";
     QByteArray nonsense = "nonsense";
     EXPECT_FALSE(pool.embedMetadata(nonsense, carried.blocks, {}, {}));
     EXPECT_EQ(nonsense, "nonsense");
