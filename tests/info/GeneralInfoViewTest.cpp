@@ -182,7 +182,8 @@ TEST_F(GeneralInfoViewTest, hiddenItReadsNothingAndShownItReadsWhatChanged) {
 }
 
 TEST_F(GeneralInfoViewTest, aNewerSelectionStopsTheOlderOne) {
-    PBImageFileList many(5000, a);
+    // Far more than is read in one go, however fast.
+    PBImageFileList many(100'000, a);
     many.back() = b;
     select(many);
     ASSERT_TRUE(panel.isGathering());
