@@ -25,7 +25,6 @@
 
 namespace {
 
-using bench::millisecondsOf;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::uint32_t keysymRight = 0xFF53;

@@ -22,7 +22,7 @@ void openHolder(const QString& path, const std::function<void()>& failed) {
 
 void revealInFileManager(const QStringList& paths, std::function<void()> failed) {
     if (paths.isEmpty()) return;
-    const QString first = paths.constFirst();
+    const QString& first = paths.constFirst();
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return openHolder(first, failed);
     QDBusMessage call = QDBusMessage::createMethodCall(
