@@ -8,8 +8,10 @@
 #include "support/Ratio.h"
 
 #include <QByteArray>
+#include <QColor>
 #include <QCoreApplication>
 #include <QDir>
+#include <QImage>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -202,18 +204,39 @@ void measure(const Screen& screen, QProcess& program, const QString& name, int s
         "ms");
 }
 
-/// The program with the photographs of a set in its large view.
-void watchSet(const Screen& screen, const bench::PictureSet& set, const QString& name, int steps) {
+/// Photographs of one size, each of another colour everywhere, so that each step can be seen.
+void paint(const QString& folder, QSize size) {
+    constexpr int count = 12;
+    for (int number = 0; number < count; ++number) {
+        QImage image(size, QImage::Format_RGB32);
+        for (int y = 0; y < size.height(); ++y) {
+            auto* pixels = reinterpret_cast<QRgb*>(image.scanLine(y));
+            const QColor row =
+                QColor::fromHsv(number * 360 / count, 255, 55 + 200 * y / size.height());
+            for (int x = 0; x < size.width(); ++x)
+                pixels[x] = row.rgb() + static_cast<QRgb>((x * 7 + y * 13) % 32);
+        }
+        const QString file =
+            QStringLiteral("%1/%2.jpg").arg(folder).arg(number, 2, 10, QChar(u'0'));
+        if (!image.save(file, "JPEG", 90)) std::abort();
+    }
+}
+
+/// The program with photographs of that size in its large view.
+void watchSteps(const Screen& screen, QSize size, const QString& name, int steps) {
     const QString path = QCoreApplication::applicationDirPath() + QStringLiteral("/velmora");
     const QTemporaryDir profile;
+    const QTemporaryDir photographs;
+    paint(photographs.path(), size);
     const QStringList common{QStringLiteral("--profile"), profile.path()};
-    QStringList files = bench::filesBelow(set.folder());
+    QStringList files = bench::filesBelow(photographs.path());
     files.sort();
     QProcess program;
     program.setProcessChannelMode(QProcess::ForwardedChannels);
     program.start(
-        path, common + QStringList{
-                           QStringLiteral("--add"), set.folder(), QStringLiteral("--until-idle")});
+        path,
+        common + QStringList{
+                     QStringLiteral("--add"), photographs.path(), QStringLiteral("--until-idle")});
     if (!program.waitForFinished(-1) || program.exitCode() != 0) std::abort();
     program.start(
         path, common + QStringList{QStringLiteral("--size"), QStringLiteral("1920x1200")} + files);
@@ -303,9 +326,8 @@ int main(int argc, char** argv) {
         return 0;
     }
     qputenv("QT_QPA_PLATFORM", "xcb");
-    watchSet(
-        screen, {12, 1, bench::twelveMegapixelPicture, 90}, QStringLiteral("12 megapixels"), steps);
-    watchSet(screen, {12, 1, QSize(6000, 4000), 90}, QStringLiteral("24 megapixels"), steps);
+    watchSteps(screen, bench::twelveMegapixelPicture, QStringLiteral("12 megapixels"), steps);
+    watchSteps(screen, QSize(6000, 4000), QStringLiteral("24 megapixels"), steps);
     compareStarts(screen);
     return 0;
 }
