@@ -94,8 +94,10 @@ public:
     }
     void settle() {
         run([this] {
+            // The screen may be smaller than the window: then it is the original that is sharp.
             return _controller.isIdle() && view().isAtRest() &&
-                   view().painted() == PBImageView::Painted::FitIn;
+                   (view().painted() == PBImageView::Painted::FitIn ||
+                    view().painted() == PBImageView::Painted::Original);
         });
     }
     void press(int key) {
