@@ -45,17 +45,9 @@ protected:
     qsizetype pagesPrintedTo(const QString& file) {
         desktop.key(u"ctrl+p"_s);
         press(u"Save as PDF…"_s);
-        const auto isAsking = [](const State& s) {
-            return s.control(u"fileNameEdit"_s).has_value();
-        };
-        EXPECT_TRUE(waitFor(isAsking));
+        EXPECT_TRUE(waitFor(&State::isChoosingFile));
         waitForFocus(u"QLineEdit"_s);
-        desktop.key(u"ctrl+a"_s);
-        desktop.type(file);
-        // The first Return may go to the list of completions, which comes when it likes.
-        EXPECT_TRUE(waitFor(std::not_fn(isAsking), [&] {
-            if (isAsking(state())) desktop.key(u"Return"_s);
-        }));
+        typePath(file);
         // The window of the printing goes when the file is whole.
         EXPECT_TRUE(waitFor([](const State& s) { return !s.control(u"Save as PDF…"_s); }));
         waitForFocus(u"PBImageBrowserView"_s);

@@ -33,17 +33,9 @@ protected:
     }
     /// Types the folder that the dialog asks for.
     void answerWith(const QString& folder) {
-        const auto isAsking = [](const State& s) {
-            return s.control(u"fileNameEdit"_s).has_value();
-        };
-        ASSERT_TRUE(waitFor(isAsking));
+        ASSERT_TRUE(waitFor(&State::isChoosingFile));
         waitForFocus(u"QLineEdit"_s);
-        desktop.key(u"ctrl+a"_s);
-        desktop.type(folder);
-        // The first Return may go to the list of completions, which comes when it likes.
-        EXPECT_TRUE(waitFor(std::not_fn(isAsking), [&] {
-            if (isAsking(state())) desktop.key(u"Return"_s);
-        }));
+        typePath(folder);
         waitForFocus();
     }
     /// Clicks a row and waits until its list has the keys.

@@ -1,4 +1,5 @@
 #include "codec/encoding/Encoders.h"
+#include "codec/pixels/Releaser.h"
 
 #include <libheif/heif.h>
 
@@ -13,13 +14,6 @@ namespace codec::encoders {
 
 namespace {
 
-template <auto Release>
-struct Releaser {
-    template <typename T>
-    void operator()(T* object) const {
-        Release(object);
-    }
-};
 using Context = std::unique_ptr<heif_context, Releaser<heif_context_free>>;
 using Encoder = std::unique_ptr<heif_encoder, Releaser<heif_encoder_release>>;
 using Picture = std::unique_ptr<heif_image, Releaser<heif_image_release>>;

@@ -1,5 +1,6 @@
 #include "codec/encoding/Encoders.h"
 #include "codec/encoding/WrittenFile.h"
+#include "codec/pixels/Releaser.h"
 
 #include <QtEndian>
 #include <openjpeg.h>
@@ -34,15 +35,7 @@ struct Written : WrittenFile {
     }
 };
 
-template <auto Destroy>
-struct Destroyer {
-    template <typename T>
-    void operator()(T* object) const {
-        Destroy(object);
-    }
-};
-
-using Planes = std::unique_ptr<opj_image_t, Destroyer<opj_image_destroy>>;
+using Planes = std::unique_ptr<opj_image_t, Releaser<opj_image_destroy>>;
 
 Planes planesOf(const QImage& image) {
     const bool isDeep = image.depth() == 64;
@@ -85,7 +78,7 @@ QByteArray bareWebp(const QImage& image, double quality, const std::stop_token& 
     if (!WebPConfigPreset(&config, WEBP_PRESET_DEFAULT, static_cast<float>(quality * 100)) ||
         !WebPPictureInit(&made))
         return {};
-    const std::unique_ptr<WebPPicture, Destroyer<WebPPictureFree>> picture(&made);
+    const std::unique_ptr<WebPPicture, Releaser<WebPPictureFree>> picture(&made);
     WrittenFile written;
     picture->width = image.width();
     picture->height = image.height();
@@ -113,7 +106,7 @@ QByteArray webp(
     const std::stop_token& stop) {
     const QByteArray file = bareWebp(image, quality, stop);
     if (file.isEmpty()) return {};
-    const std::unique_ptr<WebPMux, Destroyer<WebPMuxDelete>> chunks(WebPMuxNew());
+    const std::unique_ptr<WebPMux, Releaser<WebPMuxDelete>> chunks(WebPMuxNew());
     if (!chunks) return {};
     const auto dataOf = [](const QByteArray& content) {
         return WebPData{
@@ -174,9 +167,9 @@ QByteArray jpeg2000(const QImage& image, double quality, int threads) {
         parameters.tcp_distoratio[0] = static_cast<float>(25 + 25 * quality);
     }
     const Planes planes = planesOf(image);
-    const std::unique_ptr<opj_codec_t, Destroyer<opj_destroy_codec>> codec(
+    const std::unique_ptr<opj_codec_t, Releaser<opj_destroy_codec>> codec(
         static_cast<opj_codec_t*>(opj_create_compress(OPJ_CODEC_JP2)));
-    const std::unique_ptr<opj_stream_t, Destroyer<opj_stream_destroy>> stream(
+    const std::unique_ptr<opj_stream_t, Releaser<opj_stream_destroy>> stream(
         static_cast<opj_stream_t*>(opj_stream_default_create(OPJ_FALSE)));
     if (!planes || !codec || !stream) return {};
     Written written;

@@ -2,9 +2,11 @@
 #include "codec/formats/Formats.h"
 #include "codec/pixels/FrameWriter.h"
 #include "codec/pixels/Geometry.h"
+#include "codec/pixels/Releaser.h"
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 #include <libheif/heif.h>
 
@@ -12,13 +14,6 @@ namespace codec::formats {
 
 namespace {
 
-template <auto Release>
-struct Releaser {
-    template <typename T>
-    void operator()(T* object) const {
-        Release(object);
-    }
-};
 using Context = std::unique_ptr<heif_context, Releaser<heif_context_free>>;
 using Handle = std::unique_ptr<heif_image_handle, Releaser<heif_image_handle_release>>;
 using Image = std::unique_ptr<heif_image, Releaser<heif_image_release>>;
