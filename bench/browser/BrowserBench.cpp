@@ -127,9 +127,6 @@ public:
     ThumbnailLoader& preloadThumbnailLoader() override { return _none; }
     platform::OperationQueue& preloadThumbnailOperationQueue() override { return _preload; }
     platform::OperationQueue& buildThumbOperationQueue() override { return _build; }
-    std::optional<qint64> fileIdOfBuildThumb(const platform::Operation&) const override {
-        return std::nullopt;
-    }
     std::unique_ptr<PBImageImporterProtocol> imageImporter(const PBImageFileItem&) override {
         return nullptr;
     }

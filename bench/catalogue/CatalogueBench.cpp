@@ -5,9 +5,9 @@
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PhotoRows.h"
-#include "catalogue/Require.h"
 #include "catalogue/RootRemoval.h"
 #include "support/Ratio.h"
+#include "support/Require.h"
 
 #include <QTemporaryDir>
 

@@ -4,8 +4,8 @@
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveAliasOperation.h"
 #include "catalogue/PhotoRows.h"
-#include "catalogue/Require.h"
 #include "support/Ratio.h"
+#include "support/Require.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -7,13 +7,14 @@
 #include "codec/process/DecoderPool.h"
 #include "codec/process/DecoderProcess.h"
 #include "codec/process/FrameReader.h"
-#include "fileactions/FileEdit.h"
+#include "fileactions/Transfers.h"
 #include "fileactions/export/ExportAhead.h"
 #include "fileactions/export/PictureExport.h"
 #include "image/BareJpeg.h"
 #include "image/Photographs.h"
 #include "platform/tasks/Cores.h"
 #include "support/Ratio.h"
+#include "support/Require.h"
 
 #include <QDir>
 #include <QFile>
@@ -24,6 +25,8 @@
 #include <span>
 #include <thread>
 
+using bench::require;
+
 namespace {
 
 constexpr int photographs = 50;
@@ -33,20 +36,6 @@ constexpr int rounds = 3;
 constexpr double target = 1.2;
 /// The strongest of the library's reductions that leaves enough pixels.
 constexpr unsigned eighths = 3;
-
-void require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "bench_export: %s failed\n", what);
-    std::exit(1);
-}
-
-struct NoPrompts final : fileactions::FilePrompts {
-    ConflictAnswer askConflict(const fileactions::FileFailure& /*conflict*/) override { return {}; }
-    bool askSkip(const fileactions::FileFailure& /*failure*/) override { return false; }
-    void tellFailure(const fileactions::FileFailure& /*failure*/) override {}
-    bool askDeleteForGood(std::int64_t /*count*/) override { return false; }
-    void progress(const fileactions::FileProgress& /*progress*/) override {}
-};
 
 void exportBare(const QString& path, const QString& to) {
     QFile file(path);
@@ -97,17 +86,7 @@ int main(int argumentCount, char** arguments) {
     PBImageImporterManager importers;
     const auto byUs = [&] {
         prepare();
-        platform::DiskFileSystem files;
-        fileactions::TemporaryFiles temporaries(
-            files, QFile::encodeName(folder.filePath(QStringLiteral("journal"))));
-        fileactions::FollowingRows rows;
-        NoPrompts prompts;
-        fileactions::FileTransfer transfer(
-            {.files = files,
-             .temporaries = temporaries,
-             .rows = rows,
-             .prompts = prompts,
-             .copyWord = QStringLiteral("copy")});
+        bench::Transfers transfers(folder);
         return bench::millisecondsOf([&] {
             fileactions::PictureExport pictures(
                 importers, {.type = QStringLiteral("public.jpeg"),
@@ -129,8 +108,7 @@ int main(int argumentCount, char** arguments) {
                          return picture.error;
                      }});
             }
-            const auto result = transfer.run(plan, std::stop_token());
-            require(result.files.size() == count, "exporting");
+            require(transfers.run(plan) == count, "exporting");
         });
     };
     const bool isMet = bench::printRatio(

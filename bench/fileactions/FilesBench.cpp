@@ -2,9 +2,9 @@
 // folder in VELMORA_BENCH_FOLDER, else of the temporary files. An argument scales their number:
 // 0.05 is quick.
 
-#include "fileactions/FileEdit.h"
-#include "platform/files/PathNames.h"
+#include "fileactions/Transfers.h"
 #include "support/Ratio.h"
+#include "support/Require.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -15,6 +15,10 @@
 #include <cstdlib>
 #include <random>
 
+#include <unistd.h>
+
+using bench::require;
+
 namespace {
 
 constexpr int photographs = 1000;
@@ -22,20 +26,6 @@ constexpr qsizetype photographSize = 4'000'000;
 constexpr int rounds = 3;
 /// Copies are not synced, as those of `cp` are not.
 constexpr double target = 1.15;
-
-void require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "bench_files: %s failed\n", what);
-    std::exit(1);
-}
-
-struct NoPrompts final : fileactions::FilePrompts {
-    ConflictAnswer askConflict(const fileactions::FileFailure& /*conflict*/) override { return {}; }
-    bool askSkip(const fileactions::FileFailure& /*failure*/) override { return false; }
-    void tellFailure(const fileactions::FileFailure& /*failure*/) override {}
-    bool askDeleteForGood(std::int64_t /*count*/) override { return false; }
-    void progress(const fileactions::FileProgress& /*progress*/) override {}
-};
 
 } // namespace
 
@@ -61,6 +51,8 @@ int main(int argumentCount, char** arguments) {
     }
     const auto prepare = [&to] {
         require(QDir(to).removeRecursively() && QDir().mkpath(to), "emptying the folder");
+        // Else whoever comes second waits for what the first has left to be written.
+        ::sync();
     };
     const auto byCp = [&] {
         prepare();
@@ -74,23 +66,11 @@ int main(int argumentCount, char** arguments) {
     };
     const auto byUs = [&] {
         prepare();
-        platform::DiskFileSystem files;
-        fileactions::TemporaryFiles temporaries(
-            files, QFile::encodeName(folder.filePath(QStringLiteral("journal"))));
-        fileactions::FollowingRows rows;
-        NoPrompts prompts;
-        fileactions::FileTransfer transfer(
-            {.files = files,
-             .temporaries = temporaries,
-             .rows = rows,
-             .prompts = prompts,
-             .copyWord = QStringLiteral("copy")});
+        bench::Transfers transfers(folder);
         const auto plan = fileactions::planTransfer(
             fileactions::TransferPlan::Kind::Copy, paths, QFile::encodeName(to));
-        return bench::millisecondsOf([&] {
-            const auto result = transfer.run(plan, std::stop_token());
-            require(std::ssize(result.files) == count, "copying");
-        });
+        return bench::millisecondsOf(
+            [&] { require(transfers.run(plan) == paths.size(), "copying"); });
     };
     const bool isMet =
         bench::printRatio("copies of photographs against cp -a", rounds, byCp, byUs, target);

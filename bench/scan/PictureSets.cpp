@@ -21,6 +21,7 @@ namespace bench {
 
 namespace {
 
+constexpr int smallPictureWidth = 160;
 constexpr const char* placeholderDate = "2001:01:01 00:00:00";
 
 // Millionths of a degree, as they stand in the file.
@@ -51,7 +52,16 @@ std::string degrees(std::uint32_t millionths) {
     return std::to_string(millionths) + "/1000000 0/1 0/1";
 }
 
-QByteArray withMetadata(const QByteArray& jpeg, bool hasPosition) {
+/// As cameras have one; pictures that are small themselves have none.
+void addSmallPicture(Exiv2::ExifData& exif, QSize size) {
+    if (size.width() < smallPictureWidth * 4) return;
+    const QSize small = size.scaled(smallPictureWidth, smallPictureWidth, Qt::KeepAspectRatio);
+    const QByteArray jpeg = pictureBytes(small, 80);
+    Exiv2::ExifThumb(exif).setJpegThumbnail(
+        reinterpret_cast<const Exiv2::byte*>(jpeg.constData()), static_cast<long>(jpeg.size()));
+}
+
+QByteArray withMetadata(const QByteArray& jpeg, QSize size, bool hasPosition) {
     const auto image = Exiv2::ImageFactory::open(
         reinterpret_cast<const Exiv2::byte*>(jpeg.constData()), static_cast<long>(jpeg.size()));
     image->readMetadata();
@@ -72,6 +82,7 @@ QByteArray withMetadata(const QByteArray& jpeg, bool hasPosition) {
         exif["Exif.GPSInfo.GPSLongitudeRef"] = "E";
         exif["Exif.GPSInfo.GPSLongitude"] = degrees(placeholderLongitude);
     }
+    addSmallPicture(exif, size);
     image->setByteOrder(Exiv2::littleEndian);
     image->writeMetadata();
     Exiv2::BasicIo& io = image->io();
@@ -116,7 +127,7 @@ QString pathOf(const PictureSet& set, const QString& root, int number) {
 }
 
 void make(const PictureSet& set, const QString& root) {
-    QByteArray bytes = withMetadata(pictureBytes(set.size, set.quality), set.places > 0);
+    QByteArray bytes = withMetadata(pictureBytes(set.size, set.quality), set.size, set.places > 0);
     for (int folder = 0; folder < set.folders; ++folder) {
         if (!QDir().mkpath(folderOf(root, folder))) std::abort();
         for (int number = folder; number < set.pictures; number += set.folders) {

@@ -41,6 +41,7 @@ Visit run(const PictureSet& set, const QString& profile, bool isFirst) {
         figure("first_window_ms"),
         begin + figure("first_shown_ms"),
         begin + figure("last_shown_ms"),
+        figure("all_cells_pictured_ms"),
         figure("thumbnails_built") / figure("thumbnails_done_ms") * 1000,
         figure("longest_response_ms"),
         figure("peak_rss_kib") / 1024,
@@ -65,6 +66,7 @@ Visit visitAgain(const PictureSet& set, int rounds) {
         least.window = std::min(least.window, next.window);
         least.first = std::min(least.first, next.first);
         least.complete = std::min(least.complete, next.complete);
+        least.pictured = std::min(least.pictured, next.pictured);
         least.longestResponse = std::min(least.longestResponse, next.longestResponse);
         least.peak = std::min(least.peak, next.peak);
         least.whole = std::min(least.whole, next.whole);

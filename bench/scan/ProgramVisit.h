@@ -9,6 +9,7 @@ struct Visit {
     double window;   ///< milliseconds from the start of the process
     double first;    ///< first pictures on the screen, likewise
     double complete; ///< all of them, likewise
+    double pictured; ///< every cell on show has a picture, likewise
     double thumbnailsPerSecond;
     double longestResponse; ///< milliseconds until the window answers to a key, at the worst
     double peak;            ///< MiB

@@ -129,6 +129,8 @@ void recordOpenGL(const QImage& from, const QImage& to) {
 } // namespace
 
 int main(int argc, char** argv) {
+    if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     platform::MainLoop loop;
     const QImage one = photograph(1);

@@ -118,6 +118,9 @@ void FMDatabase::observe(int result) {
 
 FMDatabase::FMDatabase(QString path) : _databasePath(std::move(path)) {
     if (!sqlite3_threadsafe()) qFatal("SQLite was built without thread safety");
+    // Nobody asks how much memory SQLite has in use, and counting it takes a lock of all
+    // connections for each piece. Only before the first of them.
+    [[maybe_unused]] static const int configured = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 }
 
 std::unique_ptr<FMDatabase> FMDatabase::databaseWithPath(const QString& path) {
@@ -141,8 +144,10 @@ bool FMDatabase::open() {
         isUnchanging(path)
             ? sqlite3_open_v2(
                   ("file:" + path.toPercentEncoding("/") + "?immutable=1").constData(), &_db,
-                  SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr)
-            : sqlite3_open(path.constData(), &_db);
+                  SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr)
+            : sqlite3_open_v2(
+                  path.constData(), &_db,
+                  SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
     if (result == SQLITE_OK) {
         _openError = FMError();
         return true;

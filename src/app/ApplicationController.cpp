@@ -17,7 +17,7 @@
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 #include "scan/AttachedOperations.h"
-#include "scan/EditedPhotographsOperation.h"
+#include "scan/MovedPhotographsOperation.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/panes/NoticeBar.h"
@@ -31,13 +31,17 @@
 #include <QMainWindow>
 #include <QScreen>
 
+using namespace std::chrono_literals;
 using platform::OperationQueue;
 
 namespace {
 
 /// The first photographs and their thumbnails come before the look through the catalogue.
 constexpr std::chrono::milliseconds quietAfterStart{1500};
+constexpr std::chrono::minutes longestScanToWaitFor{1};
 constexpr std::chrono::milliseconds longestWaitForPlaces{500};
+/// It is decoded by the one process that has come up for it.
+constexpr std::chrono::milliseconds quietForPhotograph{250};
 
 } // namespace
 
@@ -61,7 +65,7 @@ void ApplicationController::awakeFromNib() {
         .scanOperationQueue = *_scanOperationQueue,
         .watchLimitReached = [this](const QString& limit) { _health->watchLimitReached(limit); }});
     _folderRoots->loadAlias();
-    if (!_early.decoders) _early = EarlyStart::begin({});
+    if (!_early.decoders()) _early.makeDecoders({});
     createGeoManager();
     createScans();
     _loadImageManager = std::make_unique<PBLoadImageManager>();
@@ -366,9 +370,10 @@ void ApplicationController::applicationDidFinishLaunching() {
     if (!_ignoreSelectLastFolder) _mainWindowController->sourceSelection().doSelectLastFolder();
     _mainWindowController->updateImageBrowserTipView();
     _isAppDidFinishLaunch = true;
-    // Behind the window, which is painted first.
+    // Behind the window, which is painted first, and a photograph that somebody waits for.
     platform::MainLoop::instance()->performAfterDelay(
-        this, "startDecoders", std::chrono::milliseconds(0), [this] { _early.decoders->start(); });
+        this, "startDecoders", _early.isOfPhotograph() ? quietForPhotograph : 0ms,
+        [this] { _early.decoders()->start(); });
     _mainWindowController->session().expect();
     platform::MainLoop::instance()->performAfterDelay(
         this, "beginSession", std::chrono::milliseconds(0), [this] {
@@ -376,8 +381,15 @@ void ApplicationController::applicationDidFinishLaunching() {
                 platform::pathInFolder(platform::StandardFolders::dataFolder(), u"session.json");
             _mainWindowController->session().begin(file, !_ignoreSelectLastFolder);
         });
+    lookThroughCatalogueLater(longestScanToWaitFor / quietAfterStart);
+}
+
+void ApplicationController::lookThroughCatalogueLater(std::int64_t timesToPutOff) {
     platform::MainLoop::instance()->performAfterDelay(
-        this, "lookThroughCatalogue", quietAfterStart, [this] {
+        this, "lookThroughCatalogue", quietAfterStart, [this, timesToPutOff] {
+            // A scan of many photographs needs all cores, and reads the same file.
+            if (timesToPutOff > 0 && _scanOperationQueue->operationCount() > 0)
+                return lookThroughCatalogueLater(timesToPutOff - 1);
             _health->startLooking();
             _thumbnailCleaner->wake();
         });
@@ -400,17 +412,17 @@ void ApplicationController::applicationOpenFiles(const QStringList& paths) {
     _mainWindowController->openFilesCommands().openFiles(paths);
 }
 
-void ApplicationController::tellUnopened(const QStringList& faults) {
+void ApplicationController::tellUnopened(std::span<const UnopenedPath> unopened) {
     platform::assertMainThread();
-    constexpr qsizetype mostTold = 3;
+    constexpr std::size_t mostTold = 3;
     const QString key = QStringLiteral("unopened");
     NoticeBar& bar = _mainWindowController->noticeBar();
     bar.withdraw(key); // of the former request
-    if (faults.isEmpty()) return;
+    if (unopened.empty()) return;
     QStringList told;
-    for (const QString& fault : faults.first(std::min(mostTold, faults.size())))
-        told += fault.first(1).toUpper() + fault.sliced(1) + u'.';
-    if (faults.size() > mostTold) told += QStringLiteral("…");
+    for (const UnopenedPath& each : unopened.first(std::min(mostTold, unopened.size())))
+        told += localizedSentenceOf(each);
+    if (unopened.size() > mostTold) told += QStringLiteral("…");
     bar.tell(
         {.key = key,
          .text = platform::localizedString(u"NoticeUnopened"),
@@ -457,10 +469,10 @@ void ApplicationController::applicationWillTerminate() {
     _marks.reset();
     _folderRoots.reset();
     _geoManager.reset();
-    EarlyPhotograph::shared().forget();
+    EarlyPhotograph::shared().finish();
     // Strangers' files are read in processes of their own or not at all.
     codec::setFrameReader(codec::noReader());
-    _early.decoders.reset();
+    _early.forgetDecoders();
     _connections.reset();
     _health.reset();
     _preloadThumbnailOperationQueue.reset();

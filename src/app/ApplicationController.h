@@ -5,6 +5,7 @@
 #include "app/EarlyStart.h"
 #include "app/FolderRootServices.h"
 #include "app/MarksServices.h"
+#include "app/OpenedPaths.h"
 #include "app/ScanControl.h"
 #include "app/ScanPipeline.h"
 #include "app/ThumbnailCaching.h"
@@ -23,6 +24,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 
 class PBGeoManager;
 class PBImageBufferManager;
@@ -56,8 +58,8 @@ public:
     /// later, whoever calls brings the window to the front, and has `tellUnopened` say what of the
     /// request was left out.
     void applicationOpenFiles(const QStringList& paths);
-    /// Tells in the window what of such a request can't be opened: sentences without a full stop.
-    void tellUnopened(const QStringList& faults);
+    /// Tells in the window what of such a request can't be opened.
+    void tellUnopened(std::span<const UnopenedPath> unopened);
     /// A request to open files is about to come: the folder of the last run is not selected.
     void setIgnoreSelectLastFolder() { _ignoreSelectLastFolder = true; }
     /// What ends the program and starts it again; before the start.
@@ -80,6 +82,7 @@ public:
     /// Also before the start.
     [[nodiscard]] Preferences& preferences() { return _preferences; }
     [[nodiscard]] PBAliasManager& aliasManager() { return _folderRoots->aliasManager(); }
+    [[nodiscard]] SCEvents& scEvents() { return _folderRoots->scEvents(); }
     [[nodiscard]] std::shared_ptr<PBOpenFiles> openFiles() const override { return _openFiles; }
 
     void scan() override { _scanControl->scan(); }
@@ -113,6 +116,7 @@ private:
     void createScans();
     /// On standard error and in the window. Any thread.
     void tellOfMarks(const QString& sentence);
+    void lookThroughCatalogueLater(std::int64_t timesToPutOff);
     void watchFolders();
     /// What commands on files need of the rest.
     void makeFileServices();

@@ -68,7 +68,6 @@ private:
 
     void noteFailure(const QString& file, int code, const QString& message);
     void tell(Trouble trouble, const QString& file, const QString& message);
-    void tellWatchLimit(const QString& limit);
     void look(const std::stop_token& stop, CatalogueCheck::Depth depth);
     void postToMain(std::function<void()> function);
     [[nodiscard]] QString markFile() const;

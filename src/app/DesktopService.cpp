@@ -3,6 +3,7 @@
 #include "app/OpenedPaths.h"
 #include "core/Application.h"
 #include "platform/program/StandardError.h"
+#include "platform/tasks/MainLoop.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCall>
@@ -10,6 +11,8 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <QUrl>
+
+#include <utility>
 
 namespace {
 
@@ -25,10 +28,36 @@ platform::Activation activationOf(const QVariantMap& platformData) {
         platformData.value(QStringLiteral("activation-token")).toString().toUtf8()};
 }
 
+/// What of them can be opened; waits for their disks.
+SingleInstance::Request requestOf(const QStringList& uris, SingleInstance::Request request) {
+    const auto tell = [&request](const UnopenedPath& unopened) {
+        platform::complain(sentenceOf(unopened));
+        request.faults.push_back(unopened);
+    };
+    QStringList paths;
+    for (const QString& uri : uris) {
+        const QUrl url(uri);
+        if (url.isLocalFile()) {
+            paths += QDir::cleanPath(url.toLocalFile());
+        } else {
+            tell({UnopenedPath::Fault::NotOfThisComputer, uri, 0});
+        }
+    }
+    request.paths = openablePaths(paths, tell);
+    return request;
+}
+
+/// Longer than any disk takes that is awake.
+constexpr std::chrono::milliseconds longestWaitForDisks{100};
+
 } // namespace
 
 DesktopService::DesktopService(const QDBusConnection& bus)
-    : _bus(bus), _path(u'/' + PBUtilities::applicationId().replace(u'.', u'/')) {
+    : _bus(bus), _path(u'/' + PBUtilities::applicationId().replace(u'.', u'/')),
+      _looks([](std::function<void()> function) {
+          if (auto* loop = platform::MainLoop::instance())
+              loop->post(platform::MainLoop::Mode::Common, std::move(function));
+      }) {
     if (!_bus.isConnected()) return;
     _bus.registerObject(_path, this, QDBusConnection::ExportScriptableSlots);
 }
@@ -55,7 +84,7 @@ DesktopService::firstCall(std::chrono::milliseconds longestWait) {
         // A second may come before the loop has ended.
         if (first) {
             first->paths += request.paths;
-            first->faults += request.faults;
+            first->faults.insert(first->faults.end(), request.faults.begin(), request.faults.end());
             first->isFullScreen |= request.isFullScreen;
             first->isSlideshow |= request.isSlideshow;
         } else {
@@ -74,23 +103,14 @@ void DesktopService::Activate(const QVariantMap& platformData) {
 }
 
 void DesktopService::Open(const QStringList& uris, const QVariantMap& platformData) {
-    SingleInstance::Request request{
+    const SingleInstance::Request request{
         .paths = {}, .add = {}, .activation = activationOf(platformData)};
-    const auto complain = [&request](const QString& sentence) {
-        platform::complain(sentence);
-        request.faults += sentence;
-    };
-    QStringList paths;
-    for (const QString& uri : uris) {
-        const QUrl url(uri);
-        if (url.isLocalFile()) {
-            paths += QDir::cleanPath(url.toLocalFile());
-        } else {
-            complain(QStringLiteral("%1 is no file of this computer").arg(uri));
-        }
-    }
-    request.paths = openablePaths(paths, complain);
-    Q_EMIT requested(request);
+    const auto tell = [this](const SingleInstance::Request& looked) { Q_EMIT requested(looked); };
+    // One call after the other: the last one shows what it opens.
+    const auto looked = _looks.call<SingleInstance::Request>(
+        QStringLiteral("open"), QString::number(++_opened), longestWaitForDisks,
+        [request, uris] { return requestOf(uris, request); }, tell);
+    if (looked) tell(*looked);
 }
 
 void DesktopService::ActivateAction(

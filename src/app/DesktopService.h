@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/SingleInstance.h"
+#include "platform/tasks/BoundedCalls.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -41,4 +42,6 @@ Q_SIGNALS:
 private:
     QDBusConnection _bus;
     const QString _path;
+    int _opened = 0;               ///< calls of `Open`
+    platform::BoundedCalls _looks; ///< paths wait for their disks there
 };

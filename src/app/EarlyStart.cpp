@@ -11,18 +11,22 @@
 
 #include <algorithm>
 
-EarlyStart EarlyStart::begin(const QStringList& paths) {
-    EarlyStart start;
-    start.decoders = std::make_shared<codec::DecoderPool>(codec::DecoderPool::Settings());
-    codec::setFrameReader(start.decoders);
-    const QScreen* screen = QGuiApplication::primaryScreen();
+void EarlyStart::makeDecoders(const QStringList& paths) {
+    _decoders = std::make_shared<codec::DecoderPool>(codec::DecoderPool::Settings());
+    codec::setFrameReader(_decoders);
     const auto file =
         std::ranges::find_if(paths, [](const QString& path) { return QFileInfo(path).isFile(); });
-    if (!screen || file == paths.end()) return start;
+    if (file == paths.end()) return;
+    _file = *file;
+    _decoders->startOne();
+}
+
+void EarlyStart::beginToDecode() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (!screen || _file.isEmpty()) return;
     const QSize size = screen->size();
     EarlyPhotograph::shared().begin(
-        *file, {.maxScreenSize = static_cast<double>(std::max(size.width(), size.height())),
+        _file, {.maxScreenSize = static_cast<double>(std::max(size.width(), size.height())),
                 .backingScaleFactor = screen->devicePixelRatio(),
                 .colorSpace = WindowColours::colorSpaceOf(platform::profileOfRootWindow())});
-    return start;
 }

@@ -156,32 +156,49 @@ int MarksCommand::run(const CommandLineOptions& options) {
         if (!lines) return failure;
     }
     const QString folder = platform::StandardFolders::dataFolder();
-    SingleInstance instance;
-    if (!instance.takeForAMoment(folder)) {
+    std::optional<SingleInstance> instance(std::in_place);
+    if (!instance->takeForAMoment(folder)) {
         SingleInstance::Request request;
         request.wantsMarks = !lines;
         request.importMarks = lines;
         const auto said = SingleInstance::ask(folder, request);
-        if (!said) return noAnswer();
-        if (lines) return tell(resultOf(*said));
-        return runExport(
-            options.exportMarks,
-            said->startsWith(exported) ? std::optional(said->mid(exported.size())) : std::nullopt);
+        if (said && lines) return tell(resultOf(*said));
+        if (said)
+            return runExport(
+                options.exportMarks, said->startsWith(exported)
+                                         ? std::optional(said->mid(exported.size()))
+                                         : std::nullopt);
+        // Whoever has it may have ended meanwhile, or just begun another run like this one.
+        if (!instance->takeForAMoment(folder)) return noAnswer();
     }
-    BareCatalogue catalogue;
-    if (!catalogue.marks()) {
+    std::optional<BareCatalogue> catalogue(std::in_place);
+    MarksServices* marks = catalogue->marks();
+    if (!marks) {
         platform::complain(QStringLiteral("the catalogue in %1 can't be opened").arg(folder));
         return failure;
     }
-    return lines ? tell(catalogue.marks()->importMarks(*lines))
-                 : runExport(options.exportMarks, catalogue.marks()->exportMarks());
+    ImportResult imported;
+    std::optional<QByteArray> exports;
+    if (lines) {
+        marks->importMarks(*lines, [&](const ImportResult& result) { imported = result; });
+    } else {
+        marks->exportMarks([&](const auto& all) { exports = all; });
+    }
+    // Whoever reads what is written may take its time; nobody waits for that.
+    catalogue.reset();
+    instance.reset();
+    return lines ? tell(imported) : runExport(options.exportMarks, exports);
 }
 
 void MarksCommand::answerLaterStarts(SingleInstance& instance, MarksServices& marks) {
     instance.setMarksSource(
-        [&marks] {
-            const auto lines = marks.exportMarks();
-            return lines ? exported + *lines : QByteArray("no marks");
+        [&marks](const SingleInstance::Answer& answer) {
+            marks.exportMarks([answer](const auto& lines) {
+                answer(lines ? exported + *lines : QByteArray("no marks"));
+            });
         },
-        [&marks](const QByteArray& lines) { return textOf(marks.importMarks(lines)); });
+        [&marks](const QByteArray& lines, const SingleInstance::Answer& answer) {
+            marks.importMarks(
+                lines, [answer](const ImportResult& result) { answer(textOf(result)); });
+        });
 }

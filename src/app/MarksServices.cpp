@@ -58,12 +58,6 @@ std::unique_ptr<FMDatabase> MarksServices::connect() const {
     return both;
 }
 
-FMDatabase* MarksServices::connection() {
-    platform::assertMainThread();
-    if (!_both) _both = connect();
-    return _both.get();
-}
-
 marks::RootPaths MarksServices::roots(bool withAway) const {
     marks::RootPaths found;
     for (const auto& root : _environment.aliasManager.aliasArray()) {
@@ -88,7 +82,9 @@ void MarksServices::setPipeline(ScanPipeline& pipeline, std::function<ScanBrowsi
             [this] {
                 if (_tagsDidChange) _tagsDidChange();
             },
-        .ledgerDidChange = [this] { _upkeep.wake(); }});
+        .ledgerDidChange = [this] { _upkeep.wake(); },
+        .whileRowsChange = [&factory = pipeline.factory()](
+                               const auto& change) { factory.whileRowsChange(change); }});
 }
 
 void MarksServices::readAgain(std::vector<qint64> fileIds) {
@@ -101,33 +97,45 @@ void MarksServices::readAgain(std::vector<qint64> fileIds) {
         });
 }
 
-std::optional<QByteArray> MarksServices::exportMarks() {
-    FMDatabase* both = connection();
-    return both ? fileactions::exportMarks(*both, roots()) : std::nullopt;
+void MarksServices::exportMarks(Exported done) {
+    platform::assertMainThread();
+    const auto linesOf = [this](FMDatabase* both) {
+        return both ? fileactions::exportMarks(*both, roots()) : std::nullopt;
+    };
+    if (!_edits) return done(linesOf(connect().get()));
+    const auto lines = std::make_shared<std::optional<QByteArray>>();
+    _edits->look(
+        [linesOf, lines](FMDatabase* both) { *lines = linesOf(both); },
+        [lines, done = std::move(done)] { done(*lines); });
 }
 
-MarksServices::ImportResult MarksServices::importMarks(const QByteArray& lines) {
-    FMDatabase* both = connection();
-    if (!both)
-        return {
-            false,
-            {QStringLiteral("nothing is imported, for the ledger of marks can't be opened")}};
+std::variant<fileactions::PerformedEdit, QString>
+MarksServices::storeLines(FMDatabase& both, const QByteArray& lines, ImportResult& result) const {
     const marks::RootPaths known = roots(true);
     fileactions::ImportPlan plan = fileactions::planImport(lines, [&](const QByteArray& path) {
-        return fileactions::fileIdOfPath(*both, known, path);
+        return fileactions::fileIdOfPath(both, known, path);
     });
-    ImportResult result{!plan.hasBadLines, std::move(plan.told)};
-    if (plan.edit.isEmpty()) return result;
-    QString failure;
-    if (_edits) {
-        failure = _edits->storeNow(plan.edit);
-    } else {
-        const auto stored = fileactions::storeEdit(*both, roots(), plan.edit);
-        if (const auto* reason = std::get_if<QString>(&stored)) failure = *reason;
-    }
-    if (!failure.isEmpty())
-        return {false, {QStringLiteral("nothing is imported, for %1").arg(failure)}};
-    return result;
+    result = {!plan.hasBadLines, std::move(plan.told)};
+    if (plan.edit.isEmpty()) return {};
+    return fileactions::storeEdit(both, roots(), plan.edit);
+}
+
+void MarksServices::importMarks(const QByteArray& lines, Imported done) {
+    platform::assertMainThread();
+    const auto result = std::make_shared<ImportResult>();
+    const auto tell = [result, done = std::move(done)](const QString& failure) {
+        if (failure.isEmpty()) return done(*result);
+        done({false, {QStringLiteral("nothing is imported, for %1").arg(failure)}});
+    };
+    const auto store = [this, lines, result](FMDatabase& both) {
+        return storeLines(both, lines, *result);
+    };
+    if (_edits) return _edits->store(store, lines.count('\n'), tell);
+    const auto both = connect();
+    if (!both) return tell(QStringLiteral("the ledger of marks can't be opened"));
+    const auto stored = store(*both);
+    const auto* reason = std::get_if<QString>(&stored);
+    tell(reason ? *reason : QString());
 }
 
 void MarksServices::finish() {
@@ -136,5 +144,4 @@ void MarksServices::finish() {
     _edits.reset();
     _shown.reset();
     _upkeep.finish();
-    _both.reset();
 }

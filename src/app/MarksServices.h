@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <variant>
 
 class PBAliasManager;
 class ScanPipeline;
@@ -44,13 +45,18 @@ public:
         _tagsDidChange = std::move(tagsDidChange);
     }
 
-    /// All marks as text; nothing where the ledger can't be read.
-    [[nodiscard]] std::optional<QByteArray> exportMarks();
+    // Behind the edits that are on their way, on their thread; without a pipeline at once.
+
+    /// All marks as text; nothing where the ledger can't be read. `done` is not called if the
+    /// program ends before.
+    using Exported = std::function<void(const std::optional<QByteArray>& lines)>;
+    void exportMarks(Exported done);
     struct ImportResult {
         bool isWhole = false; ///< all lines were good, and are stored
         QStringList told;
     };
-    [[nodiscard]] ImportResult importMarks(const QByteArray& lines);
+    using Imported = std::function<void(const ImportResult& result)>;
+    void importMarks(const QByteArray& lines, Imported done);
 
     /// To both files, for the calling thread; nullptr where it can't be had.
     [[nodiscard]] std::unique_ptr<FMDatabase> connect() const;
@@ -65,7 +71,10 @@ public:
     void finish();
 
 private:
-    [[nodiscard]] FMDatabase* connection();
+    /// What an import comes to, but for why it is not stored; its plan is looked up and stored by
+    /// whoever has the connection.
+    [[nodiscard]] std::variant<fileactions::PerformedEdit, QString>
+    storeLines(FMDatabase& both, const QByteArray& lines, ImportResult& result) const;
     /// Any thread.
     void readAgain(std::vector<qint64> fileIds);
 
@@ -74,7 +83,6 @@ private:
     const QString _snapshotFolder;
     marks::MarksUpkeep _upkeep;
     MarksRestorer _restorer;
-    std::unique_ptr<FMDatabase> _both;
     std::function<void()> _tagsDidChange;
     std::optional<fileactions::ShownPhotographs> _shown;
     std::optional<fileactions::EditQueue> _edits;

@@ -4,6 +4,8 @@
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserTipView.h"
 #include "browser/PBImageBrowserView.h"
+#include "info/InfoRowsView.h"
+#include "info/tags/PBTagTokenField.h"
 #include "library/PBFolderItem.h"
 #include "shell/PBMainWindowController.h"
 #include "shell/large/LargeView.h"
@@ -190,6 +192,8 @@ QJsonObject largeState(const LargeView& largeView) {
     const auto focus = bin.focusImageFileItem();
     return {
         {QStringLiteral("image"), focus ? focus->fileName() : QString()},
+        {QStringLiteral("stars"), focus ? static_cast<qint64>(focus->star()) : 0},
+        {QStringLiteral("flagged"), focus && focus->flagged()},
         {QStringLiteral("index"), number(bin.focusIndex())},
         {QStringLiteral("count"), number(bin.count())},
         {QStringLiteral("rect"), onScreen(view)},
@@ -286,6 +290,18 @@ QJsonArray steps(const PBPathControl& path) {
     return all;
 }
 
+/// The rows of a page of the information panel, with their labels.
+QJsonArray rows(const InfoRowsView& page) {
+    QJsonArray all;
+    for (int row = 0; row < static_cast<int>(page.rows().size()); ++row) {
+        all.append(QJsonObject{
+            {QStringLiteral("text"), page.rowText(row)},
+            {QStringLiteral("rect"), onScreen(page, page.rowRect(row))},
+            {QStringLiteral("selected"), page.isSelected(row)}});
+    }
+    return all;
+}
+
 /// Of a button with a symbol alone, what it is called.
 QString textOf(const QAbstractButton& button) {
     const auto* tool = qobject_cast<const QToolButton*>(&button);
@@ -311,6 +327,7 @@ QJsonArray controls() {
             {QStringLiteral("class"), className(*widget)},
             {QStringLiteral("name"), widget->objectName()},
             {QStringLiteral("rect"), onScreen(*widget)},
+            {QStringLiteral("window"), static_cast<qint64>(widget->window()->winId())},
             {QStringLiteral("enabled"), widget->isEnabled()}};
         if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
             control.insert(QStringLiteral("text"), textOf(*button));
@@ -322,6 +339,10 @@ QJsonArray controls() {
             control.insert(QStringLiteral("text"), line->text());
         } else if (const auto* list = qobject_cast<const QAbstractItemView*>(widget)) {
             control.insert(QStringLiteral("rows"), rows(*list));
+        } else if (const auto* page = qobject_cast<const InfoRowsView*>(widget)) {
+            control.insert(QStringLiteral("rows"), rows(*page));
+        } else if (const auto* tags = qobject_cast<const PBTagTokenField*>(widget)) {
+            control.insert(QStringLiteral("text"), tags->tokens().written());
         } else if (const auto* menu = qobject_cast<const QMenu*>(widget)) {
             control.insert(QStringLiteral("text"), plainText(menu->title()));
             control.insert(

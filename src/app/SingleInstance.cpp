@@ -13,7 +13,12 @@
 #include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QPointer>
 #include <QThread>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -25,7 +30,10 @@ constexpr int longestWait = 5000;                        // milliseconds
 constexpr int timeBetweenTries = 5;                      // milliseconds
 constexpr int longestWork = 600'000;                     // milliseconds
 constexpr qsizetype largestRequest = qsizetype(1) << 30; // bytes
+constexpr int timeUntilTold = 2000;                      // milliseconds
 const QByteArray accepted("ok");
+/// In the lock's file while somebody has it for a moment.
+constexpr std::string_view forAMoment = "moment";
 
 /// A socket's path may have 107 bytes only, so it is named by a hash of the folder's real path.
 QString socketOf(const QString& folder) {
@@ -43,7 +51,10 @@ QByteArray encode(const SingleInstance::Request& request) {
     QCborMap map;
     map.insert(QStringLiteral("paths"), QCborArray::fromStringList(request.paths));
     map.insert(QStringLiteral("add"), QCborArray::fromStringList(request.add));
-    map.insert(QStringLiteral("faults"), QCborArray::fromStringList(request.faults));
+    QCborArray faults;
+    for (const UnopenedPath& unopened : request.faults)
+        faults.append(QCborArray{static_cast<int>(unopened.fault), unopened.path, unopened.error});
+    map.insert(QStringLiteral("faults"), faults);
     map.insert(QStringLiteral("state"), request.wantsState);
     map.insert(QStringLiteral("marks"), request.wantsMarks);
     if (request.importMarks) map.insert(QStringLiteral("import"), *request.importMarks);
@@ -62,6 +73,19 @@ QStringList stringsOf(const QCborValue& value) {
     return strings;
 }
 
+std::vector<UnopenedPath> faultsOf(const QCborValue& value) {
+    constexpr auto last = static_cast<qint64>(UnopenedPath::Fault::NotOfThisComputer);
+    std::vector<UnopenedPath> faults;
+    for (const QCborValue& one : value.toArray()) {
+        const qint64 fault = one[0].toInteger(-1);
+        if (fault < 0 || fault > last) continue;
+        faults.push_back(
+            {static_cast<UnopenedPath::Fault>(fault), one[1].toString(),
+             static_cast<int>(one[2].toInteger())});
+    }
+    return faults;
+}
+
 /// The request, once it is there whole.
 std::optional<SingleInstance::Request> decode(const QByteArray& bytes) {
     QCborParserError error;
@@ -69,7 +93,7 @@ std::optional<SingleInstance::Request> decode(const QByteArray& bytes) {
     if (error.error != QCborError::NoError || !value.isMap()) return std::nullopt;
     SingleInstance::Request request{
         stringsOf(value[QStringLiteral("paths")]), stringsOf(value[QStringLiteral("add")]),
-        stringsOf(value[QStringLiteral("faults")]), value[QStringLiteral("state")].toBool(),
+        faultsOf(value[QStringLiteral("faults")]), value[QStringLiteral("state")].toBool(),
         value[QStringLiteral("marks")].toBool()};
     const QCborValue lines = value[QStringLiteral("import")];
     if (lines.isByteArray()) request.importMarks = lines.toByteArray();
@@ -79,6 +103,18 @@ std::optional<SingleInstance::Request> decode(const QByteArray& bytes) {
         value[QStringLiteral("startupId")].toByteArray(),
         value[QStringLiteral("token")].toByteArray()};
     return request;
+}
+
+/// Whoever has the lock may not listen yet.
+bool connectWithin(QLocalSocket& socket, const QString& name, int milliseconds) {
+    const QDeadlineTimer deadline(milliseconds);
+    socket.connectToServer(name);
+    while (!socket.waitForConnected(longestWait)) {
+        if (deadline.hasExpired()) return false;
+        QThread::msleep(timeBetweenTries);
+        socket.connectToServer(name);
+    }
+    return true;
 }
 
 } // namespace
@@ -92,14 +128,51 @@ SingleInstance::~SingleInstance() {
 
 SingleInstance::Outcome SingleInstance::take(const QString& folder, const Request& request) {
     const QString socket = socketOf(folder);
-    if (!lock(folder)) {
-        return handOver(socket, request) ? Outcome::HandedOver : Outcome::NoAnswer;
+    bool isTaken = lock(folder);
+    while (!isTaken) {
+        if (handOver(socket, request)) return Outcome::HandedOver;
+        // Whoever has it for a moment may just have begun, or have ended since.
+        const bool isHeld = isHeldForAMoment();
+        isTaken = isHeld ? lock(folder) : tryLock(folder);
+        if (!isTaken && !isHeld) return Outcome::NoAnswer;
     }
+    if (_lock >= 0) static_cast<void>(::ftruncate(_lock, 0));
     _socket = socket;
     return Outcome::First;
 }
 
+bool SingleInstance::takeForAMoment(const QString& folder) {
+    if (!lock(folder)) return false;
+    static_cast<void>(::pwrite(_lock, forAMoment.data(), forAMoment.size(), 0));
+    return true;
+}
+
+/// The word stays in the file when the lock is let go of: whoever takes it to listen removes it,
+/// where the disk can be written.
+bool SingleInstance::isHeldForAMoment() const {
+    if ((::fcntl(_lock, F_GETFL) & O_ACCMODE) != O_RDWR) return false;
+    std::array<char, forAMoment.size()> word{};
+    const auto size = ::pread(_lock, word.data(), word.size(), 0);
+    return size == static_cast<ssize_t>(word.size()) && std::ranges::equal(word, forAMoment);
+}
+
 bool SingleInstance::lock(const QString& folder) {
+    QDeadlineTimer untilTold(timeUntilTold);
+    const QDeadlineTimer deadline(longestWork);
+    while (!tryLock(folder)) {
+        if (!isHeldForAMoment() || deadline.hasExpired()) return false;
+        if (untilTold.hasExpired()) {
+            platform::complain(
+                QStringLiteral("waiting for another Velmora that imports or exports marks"));
+            untilTold = QDeadlineTimer(QDeadlineTimer::Forever);
+        }
+        QThread::msleep(timeBetweenTries);
+    }
+    return true;
+}
+
+bool SingleInstance::tryLock(const QString& folder) {
+    if (_lock >= 0) ::close(_lock);
     const QByteArray file = QFile::encodeName(folder + QStringLiteral("/lock"));
     _lock = ::open(file.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (_lock < 0) _lock = ::open(file.constData(), O_RDONLY | O_CLOEXEC); // a read-only disk
@@ -109,14 +182,7 @@ bool SingleInstance::lock(const QString& folder) {
 
 bool SingleInstance::handOver(const QString& socketName, const Request& request) {
     QLocalSocket socket;
-    QDeadlineTimer deadline(longestWait);
-    socket.connectToServer(socketName);
-    while (!socket.waitForConnected(longestWait)) {
-        // The first has the lock and does not listen yet.
-        if (deadline.hasExpired()) return false;
-        QThread::msleep(timeBetweenTries);
-        socket.connectToServer(socketName);
-    }
+    if (!connectWithin(socket, socketName, longestWait)) return false;
     socket.write(encode(request));
     while (socket.bytesAvailable() < accepted.size()) {
         if (!socket.waitForReadyRead(longestWait)) return false;
@@ -127,18 +193,17 @@ bool SingleInstance::handOver(const QString& socketName, const Request& request)
 std::optional<QByteArray> SingleInstance::stateOf(const QString& folder) {
     Request request;
     request.wantsState = true;
-    return answerTo(folder, request, longestWait);
+    return answerTo(folder, request, 0, longestWait);
 }
 
 std::optional<QByteArray> SingleInstance::ask(const QString& folder, const Request& request) {
-    return answerTo(folder, request, longestWork);
+    return answerTo(folder, request, longestWait, longestWork);
 }
 
 std::optional<QByteArray>
-SingleInstance::answerTo(const QString& folder, const Request& request, int wait) {
+SingleInstance::answerTo(const QString& folder, const Request& request, int connectWait, int wait) {
     QLocalSocket socket;
-    socket.connectToServer(socketOf(folder));
-    if (!socket.waitForConnected(longestWait)) return std::nullopt;
+    if (!connectWithin(socket, socketOf(folder), connectWait)) return std::nullopt;
     socket.write(encode(request));
     while (socket.bytesToWrite() > 0) {
         if (!socket.waitForBytesWritten(wait)) return std::nullopt;
@@ -155,16 +220,16 @@ SingleInstance::answerTo(const QString& folder, const Request& request, int wait
 
 void SingleInstance::answer(QLocalSocket& socket, const Request& request) {
     platform::assertMainThread();
-    std::optional<QByteArray> said;
-    if (request.wantsState) said = _stateSource ? _stateSource() : QByteArray();
-    if (request.wantsMarks) said = _exportMarks ? _exportMarks() : QByteArray();
+    const auto reply = [asking = QPointer(&socket)](const QByteArray& said) {
+        if (!asking) return;
+        asking->write(said);
+        asking->flush(); // the main loop may have ended
+        asking->disconnectFromServer();
+    };
+    if (request.wantsState) return reply(_stateSource ? _stateSource() : QByteArray());
+    if (request.wantsMarks) return _exportMarks ? _exportMarks(reply) : reply({});
     if (request.importMarks)
-        said = _importMarks ? _importMarks(*request.importMarks) : QByteArray();
-    if (said) {
-        socket.write(*said);
-        socket.disconnectFromServer();
-        return;
-    }
+        return _importMarks ? _importMarks(*request.importMarks, reply) : reply({});
     socket.write(accepted);
     socket.flush();
     Q_EMIT requested(request);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/OpenedPaths.h"
 #include "platform/desktop/WindowActivation.h"
 
 #include <QObject>
@@ -9,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 class QLocalServer;
 class QLocalSocket;
@@ -31,7 +33,7 @@ public:
     struct Request {
         QStringList paths;
         QStringList add;
-        QStringList faults = {}; ///< sentences about paths that can't be opened, for the user
+        std::vector<UnopenedPath> faults = {}; ///< what of the paths can't be opened, for the user
         bool wantsState = false; ///< asks what the first shows; everything else is ignored
         bool wantsMarks = false; ///< asks for all marks as text; likewise
         std::optional<QByteArray> importMarks = std::nullopt; ///< text with marks; likewise
@@ -44,7 +46,8 @@ public:
     ~SingleInstance() override;
 
     /// Takes the folder, or hands the request to whoever holds it; waits for its answer for five
-    /// seconds at most. A folder in which no lock can be made counts as taken by this process.
+    /// seconds at most, and as long as it takes where somebody has it for a moment only. A folder
+    /// in which no lock can be made counts as taken by this process.
     /// Needs no application object: a later start is quick.
     [[nodiscard]] Outcome take(const QString& folder, const Request& request);
     /// From now on the first hears of later ones, those that are waiting among them.
@@ -58,18 +61,20 @@ public:
     /// within five seconds. Any thread.
     [[nodiscard]] static std::optional<QByteArray> stateOf(const QString& folder);
 
-    /// What answers those who ask for marks or bring some. Both may take a while.
-    void setMarksSource(
-        std::function<QByteArray()> exportMarks,
-        std::function<QByteArray(const QByteArray& lines)> importMarks) {
+    /// To be called once, at any time; whoever asked may have gone.
+    using Answer = std::function<void(const QByteArray& said)>;
+    using ExportMarks = std::function<void(const Answer& answer)>;
+    using ImportMarks = std::function<void(const QByteArray& lines, const Answer& answer)>;
+    /// What answers those who ask for marks or bring some.
+    void setMarksSource(ExportMarks exportMarks, ImportMarks importMarks) {
         _exportMarks = std::move(exportMarks);
         _importMarks = std::move(importMarks);
     }
-    /// Takes the folder without listening to later starts: for a run that is over soon. False when
-    /// another process has it.
-    [[nodiscard]] bool takeForAMoment(const QString& folder) { return lock(folder); }
+    /// Takes the folder without listening to later starts, which wait for the end of this run.
+    /// Waits for the end of another one like it. False when a process has the folder that listens.
+    [[nodiscard]] bool takeForAMoment(const QString& folder);
     /// Has the program that has the folder do what the request asks, and answers what it says;
-    /// nothing if none has, or none answers within minutes. Any thread.
+    /// nothing if none listens, or none answers within minutes. Any thread.
     [[nodiscard]] static std::optional<QByteArray>
     ask(const QString& folder, const Request& request);
 
@@ -77,10 +82,13 @@ Q_SIGNALS:
     void requested(const SingleInstance::Request& request);
 
 private:
+    /// As long as somebody has it for a moment, its end is waited for.
     [[nodiscard]] bool lock(const QString& folder);
+    [[nodiscard]] bool tryLock(const QString& folder);
+    [[nodiscard]] bool isHeldForAMoment() const;
     [[nodiscard]] static bool handOver(const QString& socket, const Request& request);
     [[nodiscard]] static std::optional<QByteArray>
-    answerTo(const QString& folder, const Request& request, int wait);
+    answerTo(const QString& folder, const Request& request, int connectWait, int wait);
     void accept();
     void answer(QLocalSocket& socket, const Request& request);
 
@@ -88,6 +96,6 @@ private:
     QString _socket; ///< of the folder that was taken
     std::unique_ptr<QLocalServer> _server;
     std::function<QByteArray()> _stateSource;
-    std::function<QByteArray()> _exportMarks;
-    std::function<QByteArray(const QByteArray& lines)> _importMarks;
+    ExportMarks _exportMarks;
+    ImportMarks _importMarks;
 };

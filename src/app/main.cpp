@@ -8,7 +8,7 @@
 #include "app/IdleWatch.h"
 #include "app/MarksCommand.h"
 #include "app/OpenedPaths.h"
-#include "app/PhotographTime.h"
+#include "app/PaintWatch.h"
 #include "app/ProgramState.h"
 #include "app/ResponseTime.h"
 #include "app/ScanStatistics.h"
@@ -18,6 +18,7 @@
 #include "app/TerminationSignals.h"
 #include "app/TextLanguage.h"
 #include "app/ThemeControl.h"
+#include "browser/PBImageBrowserView.h"
 #include "codec/process/DecoderProcess.h"
 #include "core/Application.h"
 #include "platform/desktop/SessionBus.h"
@@ -31,6 +32,7 @@
 #include "shell/PBMainWindowController.h"
 #include "shell/large/LargeView.h"
 #include "shell/large/SlideshowStart.h"
+#include "viewer/PBImageView.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -42,6 +44,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <vector>
 
 #include <unistd.h>
@@ -125,18 +128,21 @@ QIcon applicationIcon() {
 /// What stands on threads, descriptors and signals, in the order in which they want each other.
 class Toolkit {
 public:
-    Toolkit(int& argc, char** argv) : _application((prepare(), argc), argv) {
+    /// `prepared` is called before the application object is made.
+    Toolkit(int& argc, char** argv, const std::function<void()>& prepared = {})
+        : _application((prepare(prepared), argc), argv) {
         QGuiApplication::setWindowIcon(applicationIcon());
         QObject::connect(
             &_signals, &TerminationSignals::received, &_application, &QCoreApplication::quit);
     }
 
 private:
-    static void prepare() {
+    static void prepare(const std::function<void()>& prepared) {
         // Profiles that the toolkit can't read go to the colour engine as they are.
         QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.icc.warning=false"));
         platform::raiseDescriptorLimit();
         TerminationSignals::block();
+        if (prepared) prepared();
     }
 
     QApplication _application;
@@ -152,7 +158,7 @@ bool perform(ApplicationController& controller, const SingleInstance::Request& r
     controller.applicationOpenFiles(request.paths);
     controller.tellUnopened(request.faults);
     if (request.isSlideshow) window.slideshowStart().begin();
-    return allAdded && request.faults.isEmpty();
+    return allAdded && request.faults.empty();
 }
 
 void performLater(ApplicationController& controller, const SingleInstance::Request& request) {
@@ -185,14 +191,16 @@ private:
 /// exit code, and the arguments to start with anew where that is wanted.
 int runApplication(
     const CommandLineOptions& options, const SingleInstance::Request& first,
-    SingleInstance& instance, std::unique_ptr<DesktopService> service,
+    SingleInstance& instance, std::unique_ptr<DesktopService> service, EarlyStart early,
     std::optional<QStringList>* restart) {
     Statistics statistics;
-    ApplicationController controller(EarlyStart::begin(first.paths));
+    if (!early.decoders()) early.makeDecoders(first.paths);
+    early.beginToDecode();
+    ApplicationController controller(std::move(early));
     useTextLanguage(controller.preferences());
     const ThemeControl theme(controller.preferences(), options.dark);
 
-    std::optional<EarlyRequests> early(std::in_place, instance, service.get());
+    std::optional<EarlyRequests> earlyRequests(std::in_place, instance, service.get());
     // Nobody is there to answer a run that ends by itself.
     const QString folder = platform::StandardFolders::dataFolder();
     const QString catalogue = folder + QStringLiteral("/files.db");
@@ -219,14 +227,30 @@ int runApplication(
             service.get(), &DesktopService::requested, &window,
             [&](const SingleInstance::Request& request) { performLater(controller, request); });
     };
-    const std::vector<SingleInstance::Request> waiting = early->requests();
-    early.reset();
+    const std::vector<SingleInstance::Request> waiting = earlyRequests->requests();
+    earlyRequests.reset();
     if (service) listen();
-    std::optional<PhotographTime> photographTime;
+    std::optional<PaintWatch> photographWatch;
+    std::optional<PaintWatch> cellsWatch;
     if (!options.stats.isEmpty()) {
-        photographTime.emplace(
-            controller.mainWindowController().largeView().controller().imageView(),
-            [&] { statistics.markOnce(QStringLiteral("first_photograph_ms")); });
+        PBImageView& view = controller.mainWindowController().largeView().controller().imageView();
+        photographWatch.emplace(view, [&] {
+            using Painted = PBImageView::Painted;
+            const bool isSharp =
+                view.painted() == Painted::FitIn || view.painted() == Painted::Original;
+            if (isSharp) statistics.markOnce(QStringLiteral("first_photograph_ms"));
+            return isSharp;
+        });
+        auto& cells = *window.findChild<PBImageBrowserView*>();
+        cellsWatch.emplace(cells, [&, wasWhole = false]() mutable {
+            const bool isWhole = cells.isPictured();
+            if (isWhole && !wasWhole) {
+                statistics.set(
+                    QStringLiteral("all_cells_pictured_ms"), Statistics::sinceProcessStart());
+            }
+            wasWhole = isWhole;
+            return false;
+        });
     }
     // The events of showing come first in line; when they are done, the window is painted.
     QTimer::singleShot(0, &window, [&] {
@@ -240,6 +264,7 @@ int runApplication(
         }
         // The toolkit looks for it in the environment only.
         if (options.isService) platform::bringToFront(*window.windowHandle(), first.activation);
+        platform::forgetActivation();
     });
     QObject::connect(
         &instance, &SingleInstance::requested, &window,
@@ -269,14 +294,15 @@ int runApplication(
     responseTime.stop();
     statistics.set(QStringLiteral("longest_response_ms"), responseTime.longest());
     addScanStatistics(statistics, controller.scanPipeline());
-    const platform::ExitDeadline deadline(
-        farewell, [exitCode = loopCode != 0 ? loopCode : code] { ::_exit(exitCode); });
-    photographTime.reset();
-    controller.applicationWillTerminate();
     if (!options.stats.isEmpty() && !statistics.write(options.stats)) {
         platform::complain(QStringLiteral("the figures can't be written to %1").arg(options.stats));
         code = failure;
     }
+    const platform::ExitDeadline deadline(
+        farewell, [exitCode = loopCode != 0 ? loopCode : code] { ::_exit(exitCode); });
+    photographWatch.reset();
+    cellsWatch.reset();
+    controller.applicationWillTerminate();
     return loopCode != 0 ? loopCode : code;
 }
 
@@ -308,9 +334,9 @@ int main(int argc, char** argv) {
     }
 
     SingleInstance::Request request{.paths = {}, .add = options.add};
-    request.paths = openablePaths(options.paths, [&request](const QString& sentence) {
-        platform::complain(sentence);
-        request.faults += sentence;
+    request.paths = openablePaths(options.paths, [&request](const UnopenedPath& unopened) {
+        platform::complain(sentenceOf(unopened));
+        request.faults.push_back(unopened);
     });
     request.isFullScreen = options.isFullScreen;
     request.isSlideshow = options.isSlideshow;
@@ -333,7 +359,7 @@ int main(int argc, char** argv) {
     auto instance = std::make_unique<SingleInstance>();
     switch (instance->take(platform::StandardFolders::dataFolder(), request)) {
     case SingleInstance::Outcome::HandedOver:
-        return request.faults.isEmpty() ? 0 : failure;
+        return request.faults.empty() ? 0 : failure;
     case SingleInstance::Outcome::NoAnswer:
         platform::complain(
             QStringLiteral("another Velmora has the catalogue in %1 open and does not answer")
@@ -343,10 +369,12 @@ int main(int argc, char** argv) {
         break;
     }
 
-    if (!toolkit) toolkit.emplace(argc, argv);
+    EarlyStart early;
+    if (!toolkit) toolkit.emplace(argc, argv, [&] { early.makeDecoders(request.paths); });
     instance->listen();
     std::optional<QStringList> restart;
-    const int code = runApplication(options, request, *instance, std::move(service), &restart);
+    const int code =
+        runApplication(options, request, *instance, std::move(service), std::move(early), &restart);
     instance.reset(); // the next one takes the catalogue
     if (restart) QProcess::startDetached(QCoreApplication::applicationFilePath(), *restart);
     return code;

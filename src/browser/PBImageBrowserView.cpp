@@ -58,9 +58,13 @@ void PBImageBrowserView::setLeafGroupItemArray(const std::vector<PBGroupItem*>& 
     platform::assertMainThread();
     ++_contentGeneration;
     const BrowserNeighbour neighbour(_leaves, currentIndex());
-    _leaves.setLeafGroupItemArray(leaves);
-    _layout.invalidate();
+    _layout.leavesDidChange(_leaves.setLeafGroupItemArray(leaves));
     goOnWith(neighbour);
+}
+
+void PBImageBrowserView::showLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves) {
+    setLeafGroupItemArray(leaves);
+    showLeaves();
 }
 
 /// Arrow keys, and commands after one that took the selected images away, go on from there.
@@ -210,6 +214,10 @@ void PBImageBrowserView::reloadData() {
     _leaves.refresh();
     _layout.invalidate();
     goOnWith(neighbour);
+    showLeaves();
+}
+
+void PBImageBrowserView::showLeaves() {
     _painter.heads().forgetNames();
     const bool hasGoneOn = std::exchange(_hasGoneOn, false);
     const bool hasSelected = takeCarriedOver() || hasGoneOn;
@@ -326,6 +334,10 @@ void PBImageBrowserView::paintEvent(QPaintEvent* event) {
         QMetaObject::invokeMethod(
             this, [this, crude] { updateSheetRect(crude); }, Qt::QueuedConnection);
     }
+}
+
+bool PBImageBrowserView::isPictured() {
+    return _leaves.leafCount() > 0 && _feed.isPictured(visibleRect());
 }
 
 void PBImageBrowserView::thumbnailArrived(const PBImageFileItem& item) {

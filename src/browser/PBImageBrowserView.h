@@ -43,10 +43,16 @@ public:
 
     /// What is shown from the next `reloadData` on.
     void setLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves);
-    /// Looks at the leaves again and keeps what is held in place where it is.
+    /// Looks at the leaves again, whose images may look otherwise, and keeps what is held in place
+    /// where it is.
     void reloadData();
+    /// Both, for leaves of which most images are the same and look the same: those are not measured
+    /// again.
+    void showLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves);
     /// Forgets images and position: other things will be shown.
     void reset();
+    /// There are photographs, and each on show has its thumbnail or the camera's small picture.
+    [[nodiscard]] bool isPictured();
     /// The same, but the photographs will come again as other items: those that do come keep
     /// selection, current image and place, until `allCame`.
     void resetForSamePhotographs();
@@ -186,6 +192,7 @@ private:
     void captureScrollIfNone();
     void restoreCapture();
     /// Gives images that came again what they had; answers whether any was selected.
+    void showLeaves();
     [[nodiscard]] bool takeCarriedOver();
     void goOnWith(const BrowserNeighbour& neighbour);
     void noteVisible();

@@ -49,10 +49,3 @@ bool PBCatalogue::isTableExist(const QString& name) {
 bool PBCatalogue::executeUpdateWithSql(const QString& sql) {
     return _db.executeUpdate(sql);
 }
-
-bool PBCatalogue::attachThumbnailDatabase(const QString& path) {
-    QString quoted = path;
-    quoted.replace(u'\'', QStringLiteral("''"));
-    return executeUpdateWithFormatSql(
-        QStringLiteral("attach database '%1' as %2"), quoted, QStringLiteral("Thumbnail"));
-}

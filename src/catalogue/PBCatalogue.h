@@ -49,8 +49,6 @@ public:
     bool executeUpdateWithFormatSql(const QString& format, Names&&... names) {
         return executeUpdateWithSql(format.arg(std::forward<Names>(names)...));
     }
-    /// Makes the file at the path known to this connection as "Thumbnail".
-    bool attachThumbnailDatabase(const QString& path);
 
     // Inserts; those that make an id answer it, or 0
 
@@ -81,16 +79,7 @@ public:
     bool updateFolderAliasWithIdReservePath(qint64 aliasId, const QString& reservePath);
     /// An empty relative path is stored as NULL.
     bool updateFolderWithId(qint64 folderId, qint64 aliasId, const QString& relativeFolderPath);
-    bool updateImageFileWithIdRotateAngle(qint64 fileId, double rotateAngle);
-    /// Stores the sum cut to a whole number, modulo 360 with the sign of the sum: 270 and 180 give
-    /// 90, 0 and -90 give -90.
-    bool updateImageFileWithIdAddRotateAngle(qint64 fileId, double addRotateAngle);
-    bool updateImageFileWithIdFlag(qint64 fileId, int flag);
-    bool updateImageFileWithIdStar(qint64 fileId, int star);
-    /// The ids of tags as decimal numbers joined with ",".
-    bool updateImageFileWithIdTag(qint64 fileId, const QString& tag);
     bool updateImageFileWithIdFileName(qint64 fileId, const QString& fileName);
-    bool increaseTagCountWithTagId(qint64 tagId);
     bool updateGeoWithGeoId(
         qint64 geoId, const QByteArray& longitudeData, const QByteArray& latitudeData);
 
@@ -122,11 +111,7 @@ public:
         qint64 folderId, const QString& fileName, qint64* outFileSize, double* outModificationDate);
     [[nodiscard]] std::optional<qint64> findImageFileIdByFolderId(
         qint64 folderId, const QString& fileName, qint64 fileSize, double modificationDate);
-    /// Without regard to case, as far as SQLite lower-cases the stored tag: ASCII letters.
-    [[nodiscard]] std::optional<qint64> findTagIdByTag(const QString& tag);
     [[nodiscard]] QString tagWithTagId(qint64 tagId);
-    /// The joined ids of one file's tags; a null text for NULL.
-    [[nodiscard]] QString tagWithFileId(qint64 fileId);
     /// Tags that contain the text, the most used first, at most `maxCount` if that is above 0. The
     /// text is part of the statement as it stands: "%" and "_" are wildcards, and one with a single
     /// quote finds nothing. Without regard to case.

@@ -54,20 +54,8 @@ std::optional<qint64> PBCatalogue::findImageFileIdByFolderId(
             PBValue(folderId), PBValue(fileName), PBValue(fileSize), PBValue(modificationDate)});
 }
 
-std::optional<qint64> PBCatalogue::findTagIdByTag(const QString& tag) {
-    return findId(
-        QStringLiteral("select Id from Tags where LOWER(Tag) = ?"),
-        std::array{PBValue(tag.toLower())});
-}
-
 QString PBCatalogue::tagWithTagId(qint64 tagId) {
     FMResultSet row = _db.executeQuery(QStringLiteral("select Tag from Tags where Id = ?"), tagId);
-    return row.next() ? row.stringForColumnIndex(0) : QString();
-}
-
-QString PBCatalogue::tagWithFileId(qint64 fileId) {
-    FMResultSet row =
-        _db.executeQuery(QStringLiteral("select Tag from ImageFile where Id = ?"), fileId);
     return row.next() ? row.stringForColumnIndex(0) : QString();
 }
 

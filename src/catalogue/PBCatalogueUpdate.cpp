@@ -33,35 +33,8 @@ bool PBCatalogue::updateFolderWithId(
         relativePathValue(relativeFolderPath), folderId);
 }
 
-bool PBCatalogue::updateImageFileWithIdRotateAngle(qint64 fileId, double rotateAngle) {
-    return updateColumn(u"ImageFile", u"RotateAngle", rotateAngle, fileId);
-}
-
-bool PBCatalogue::updateImageFileWithIdAddRotateAngle(qint64 fileId, double addRotateAngle) {
-    return _db.executeUpdate(
-        QStringLiteral("update ImageFile set RotateAngle = (RotateAngle+?)%360 where Id = ?"),
-        addRotateAngle, fileId);
-}
-
-bool PBCatalogue::updateImageFileWithIdFlag(qint64 fileId, int flag) {
-    return updateColumn(u"ImageFile", u"FileFlag", flag, fileId);
-}
-
-bool PBCatalogue::updateImageFileWithIdStar(qint64 fileId, int star) {
-    return updateColumn(u"ImageFile", u"FileStars", star, fileId);
-}
-
-bool PBCatalogue::updateImageFileWithIdTag(qint64 fileId, const QString& tag) {
-    return updateColumn(u"ImageFile", u"Tag", tag, fileId);
-}
-
 bool PBCatalogue::updateImageFileWithIdFileName(qint64 fileId, const QString& fileName) {
     return updateColumn(u"ImageFile", u"FileName", fileName, fileId);
-}
-
-bool PBCatalogue::increaseTagCountWithTagId(qint64 tagId) {
-    return _db.executeUpdate(
-        QStringLiteral("update Tags set UseCount = UseCount+1 where Id = ?"), tagId);
 }
 
 bool PBCatalogue::updateGeoWithGeoId(

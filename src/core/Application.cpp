@@ -2,10 +2,6 @@
 
 namespace PBUtilities {
 
-QString appName() {
-    return QStringLiteral("velmora");
-}
-
 QString applicationId() {
     return QStringLiteral("org.velmora.Velmora");
 }

@@ -4,9 +4,6 @@
 
 namespace PBUtilities {
 
-/// The executable's name, for working folders.
-[[nodiscard]] QString appName();
-
 /// The application's id on the desktop: the name of its desktop file and of its icon, of its
 /// windows on Wayland, and its name on the message bus.
 [[nodiscard]] QString applicationId();

@@ -12,15 +12,10 @@ namespace PBUtilities {
 /// "README" or ".hidden".
 [[nodiscard]] QStringView pathExtension(QStringView path);
 
-/// The extension is one of the camera raw list.
-[[nodiscard]] bool isRawFile(QStringView path);
-
 /// The type identifier conforms to at least one of the array; false for an empty array.
 [[nodiscard]] bool conformsToUTIArray(QStringView type, const QStringList& types);
 /// The preferred type identifier of a file extension (without its dot); empty when unknown.
 [[nodiscard]] QString extentionToUTI(QStringView extension);
-/// Metadata can be written to files of this type.
-[[nodiscard]] bool isUTISupportMetadata(QStringView type);
 
 /// A folder that another program shows as one document, such as a photo library or an application
 /// bundle on a drive that another system shares: its content is that program's own, and no scan

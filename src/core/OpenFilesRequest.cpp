@@ -2,6 +2,8 @@
 
 #include "core/Paths.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 using PBUtilities::comparePath;
@@ -37,10 +39,7 @@ void addFile(PBOpenFolderArray& folders, const QString& path) {
         const int place = comparePath(entry->folderPath, parent);
         if (isWhole(*entry) && (place == 0 || place == 1)) return;
         if (!isWhole(*entry) && place == 0) {
-            const bool isNamedTwice = std::ranges::any_of(entry->fileArray, [&](const auto& other) {
-                return other->fileName == file->fileName;
-            });
-            if (!isNamedTwice) entry->fileArray.push_back(std::move(file));
+            entry->fileArray.push_back(std::move(file));
             return;
         }
     }
@@ -71,7 +70,10 @@ bool asksForWholeFolder(const PBOpenFiles& request) {
 std::optional<OpenFilesRequest>
 OpenFilesRequest::reduce(const QStringList& paths, const KindOf& kindOf) {
     OpenFilesRequest request;
+    QSet<QString> named;
     for (const QString& path : paths) {
+        if (named.contains(path)) continue;
+        named.insert(path);
         switch (kindOf(path)) {
         case Kind::Folder:
             addFolder(request.folders, path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/PBOpenFiles.h"
+#include "platform/files/FileManager.h"
 
 #include <QStringList>
 
@@ -22,6 +23,8 @@ struct OpenFilesRequest {
     struct NamedFile {
         QString folderPath;
         QString fileName;
+        /// As the disk has it, where somebody has looked.
+        std::optional<platform::ResourceValues> values = {};
     };
     NamedFile firstFile = {};
 

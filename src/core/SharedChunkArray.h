@@ -58,6 +58,13 @@ public:
     template <typename Predicate>
     std::size_t eraseIf(Predicate predicate);
 
+    /// How many of its first elements another array shares with it, as far as whole chunks tell:
+    /// those are the same, and others may be.
+    [[nodiscard]] std::size_t commonBegin(const SharedChunkArray& other) const {
+        const auto [here, there] =
+            std::ranges::mismatch(_slots, other._slots, {}, &Slot::chunk, &Slot::chunk);
+        return here == _slots.begin() ? 0 : std::prev(here)->end;
+    }
     /// How many chunks two arrays have in common: for measuring.
     [[nodiscard]] std::size_t sharedChunks(const SharedChunkArray& other) const {
         return static_cast<std::size_t>(std::ranges::count_if(_slots, [&](const Slot& slot) {

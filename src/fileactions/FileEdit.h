@@ -27,8 +27,17 @@ struct FileEdit {
         std::vector<platform::TrashedFile> files;
     };
     std::variant<std::monostate, MoveFiles, DiscardFiles, RestoreFiles> change;
+    /// Folders that are to stand first, those above before those in them.
+    std::vector<QByteArray> madeBefore;
+    /// Folders that go at the end where they are empty by then, those in others before these.
+    std::vector<QByteArray> removedAfter;
 
-    [[nodiscard]] bool isEmpty() const { return std::holds_alternative<std::monostate>(change); }
+    [[nodiscard]] bool changesFiles() const {
+        return !std::holds_alternative<std::monostate>(change);
+    }
+    [[nodiscard]] bool isEmpty() const {
+        return !changesFiles() && madeBefore.empty() && removedAfter.empty();
+    }
     /// What takes these back; empty where nothing was done, or nothing can be taken back.
     [[nodiscard]] static FileEdit takingBack(const TransferResult& result, TransferPlan::Kind kind);
     [[nodiscard]] static FileEdit takingBack(const RemovalResult& result);
@@ -37,6 +46,8 @@ struct FileEdit {
 /// What became of a command on files.
 struct FileOutcome {
     FileEdit inverse;
+    /// What an edit that was cancelled half-way, or stopped at a question, has not come to.
+    FileEdit rest;
     std::vector<QByteArray> made; ///< paths that have files now
     std::vector<QByteArray> gone; ///< paths that had
     /// Rows of the catalogue that went elsewhere with their files, or out of it, or have their
@@ -77,7 +88,13 @@ private:
     /// Whether there is a file that it would change, or one that can't be looked at.
     [[nodiscard]] bool isToDo(const FileEdit& edit) const;
     [[nodiscard]] bool isGone(const QByteArray& path) const;
+    [[nodiscard]] std::vector<QByteArray>
+    removeFolders(const std::vector<QByteArray>& folders) const;
+    /// Without its folders.
     [[nodiscard]] FileOutcome performNow(const FileEdit& edit) const;
+    /// `left`: sources of those that it did not come to.
+    [[nodiscard]] FileOutcome
+    transfer(const TransferPlan& plan, std::vector<QByteArray>& left) const;
     [[nodiscard]] FileOutcome move(const FileEdit::MoveFiles& edit) const;
     [[nodiscard]] FileOutcome discard(const FileEdit::DiscardFiles& edit) const;
     [[nodiscard]] FileOutcome restore(const FileEdit::RestoreFiles& edit) const;

@@ -6,6 +6,7 @@
 
 #include <QScopedValueRollback>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -19,10 +20,12 @@ constexpr std::string_view delayedName = "delayGroupItemArrayDidFinish";
 constexpr std::chrono::milliseconds patience{250};
 
 using Clock = std::chrono::steady_clock;
-/// After a swap the next one from a scan waits for as long as that took.
-constexpr std::chrono::milliseconds longestRest{100};
-/// Shorter ones are not worth a timer.
-constexpr std::chrono::milliseconds leastRest{10};
+/// After a swap the next one from a scan waits for so many times as long as that took, since the
+/// window has to paint it, too: most of the time belongs to the user, and to the scan, which copies
+/// a tree for each swap.
+constexpr int restsForEachSwap = 4;
+constexpr std::chrono::milliseconds leastRest{40};
+constexpr std::chrono::milliseconds longestRest{200};
 
 void expandRows(const PBGroupItem& item, group::GroupOutline& outline) {
     if (!item.isLeafNode() && item.data()->collapsed() == PBGroupItemData::NeverTouched)
@@ -62,6 +65,8 @@ void PBGroupTreeDataSource::setGroupItemArray(PBGroupItemArray groupItemArray) {
 void PBGroupTreeDataSource::setGroupItemArray_work(std::shared_ptr<PBGroupItemArray> work) {
     platform::assertMainThread();
     discard(std::exchange(_groupItemArray_work, std::move(work)));
+    // Of another folder the user has seen nothing yet.
+    _restsUntil = {};
 }
 
 void PBGroupTreeDataSource::discard(std::shared_ptr<const void> trees) {
@@ -96,7 +101,8 @@ void PBGroupTreeDataSource::groupItemArrayDidFinish(
         const auto begin = Clock::now();
         swapIn(*publication);
         const auto end = Clock::now();
-        _restsUntil = end + std::min<Clock::duration>(end - begin, longestRest);
+        _restsUntil = end + std::clamp<Clock::duration>(
+                                restsForEachSwap * (end - begin), leastRest, longestRest);
         if (_didSwap) _didSwap();
     }
 }
@@ -151,14 +157,19 @@ std::function<bool()> PBGroupTreeDataSource::waitsForDisplay() const {
     return [mailbox = _mailbox] { return mailbox->isWaiting(); };
 }
 
-/// Between two large trees the user has his turn.
+/// Between two trees the user has his turn.
 void PBGroupTreeDataSource::takePublished() {
     const auto rest = std::chrono::ceil<std::chrono::milliseconds>(_restsUntil - Clock::now());
     MainLoop* loop = MainLoop::instance();
-    if (loop && rest > leastRest) {
+    if (loop && rest.count() > 0) {
         loop->performAfterDelay(_mailbox.get(), "takePublished", rest, [this] { takePublished(); });
-    } else if (const auto next = _mailbox->take()) {
+        return;
+    }
+    while (const auto next = _mailbox->take()) {
+        const bool isShown = next->isOf(_groupItemArray_work);
         groupItemArrayDidFinish(next);
+        // One of a former scan takes nobody's time.
+        if (isShown) return;
     }
 }
 

@@ -121,17 +121,6 @@ public:
     /// Only folders that have a path are cached.
     [[nodiscard]] QString
     folderPath(const group::FolderPaths& folders, group::FolderPathCache& folderCache) const;
-
-    /// The catalogue's own word, one column of the image's row. Without a row, or for NULL: empty
-    /// text, absent, 0 or false.
-    [[nodiscard]] QString utiTypeWithDatabase(FMDatabase& database) const;
-    [[nodiscard]] double creationDateWithDatabase(FMDatabase& database) const;
-    [[nodiscard]] PBValue dpiWithDatabase(FMDatabase& database) const;
-    [[nodiscard]] QString colorModelWithDatabase(FMDatabase& database) const;
-    [[nodiscard]] QString colorSyncProfileWithDatabase(FMDatabase& database) const;
-    [[nodiscard]] bool flaggedWithDatabase(FMDatabase& database) const;
-    [[nodiscard]] quint64 starRatingWithDatabase(FMDatabase& database) const;
-    [[nodiscard]] QString tagsWithDatabase(FMDatabase& database) const;
     /// The location of the image's GPS row; absent without a row. Missing coordinates count as 0.
     [[nodiscard]] PBValue locationWithDatabase(FMDatabase& database) const;
 
@@ -142,7 +131,6 @@ private:
         std::unique_ptr<group::ItemImages> imageArray;
     };
 
-    [[nodiscard]] PBValue columnWithDatabase(FMDatabase& database, const QString& column) const;
     Pictures& pictures();
 
     const qint64 _fileId;

@@ -31,45 +31,6 @@ QString PBImageFileItem::folderPath(
     return path;
 }
 
-PBValue PBImageFileItem::columnWithDatabase(FMDatabase& database, const QString& column) const {
-    const PBArray columns = PBCatalogue(database).imageFileDataWithIdAndFields(_fileId, {column});
-    if (columns.empty() || columns.front().isNull()) return {};
-    return columns.front();
-}
-
-QString PBImageFileItem::utiTypeWithDatabase(FMDatabase& database) const {
-    return columnWithDatabase(database, QStringLiteral("UTIType")).toText();
-}
-
-double PBImageFileItem::creationDateWithDatabase(FMDatabase& database) const {
-    return columnWithDatabase(database, QStringLiteral("CreationDate")).toDouble();
-}
-
-PBValue PBImageFileItem::dpiWithDatabase(FMDatabase& database) const {
-    return columnWithDatabase(database, QStringLiteral("ImageDPI"));
-}
-
-QString PBImageFileItem::colorModelWithDatabase(FMDatabase& database) const {
-    return columnWithDatabase(database, QStringLiteral("ColorModel")).toText();
-}
-
-QString PBImageFileItem::colorSyncProfileWithDatabase(FMDatabase& database) const {
-    return columnWithDatabase(database, QStringLiteral("ColorSyncProfile")).toText();
-}
-
-bool PBImageFileItem::flaggedWithDatabase(FMDatabase& database) const {
-    return columnWithDatabase(database, QStringLiteral("FileFlag")).toInteger() != 0;
-}
-
-quint64 PBImageFileItem::starRatingWithDatabase(FMDatabase& database) const {
-    const qint64 stars = columnWithDatabase(database, QStringLiteral("FileStars")).toInteger();
-    return stars > 0 ? static_cast<quint64>(stars) : 0;
-}
-
-QString PBImageFileItem::tagsWithDatabase(FMDatabase& database) const {
-    return columnWithDatabase(database, QStringLiteral("Tag")).toText();
-}
-
 PBValue PBImageFileItem::locationWithDatabase(FMDatabase& database) const {
     const PBArray columns =
         PBCatalogue(database).gpsDataWithFileIdAndFields(_fileId, group::positionColumns());

@@ -2,6 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
+#include "catalogue/StoredThumbnails.h"
 #include "image/ThumbnailStore.h"
 #include "platform/program/StandardError.h"
 #include "platform/tasks/OperationQueue.h"
@@ -28,10 +29,7 @@ void PBBuildThumbOperation::build() {
 }
 
 bool PBBuildThumbOperation::isStored() {
-    if (!_request.checkExist || _isKnownToBeMissing) return false;
-    if (ThumbnailStore::isThumbnailExist(_services->db, _request.fileId)) return true;
-    _isKnownToBeMissing = true;
-    return false;
+    return _request.checkExist && _request.checkExist->contains(_services->db, _request.fileId);
 }
 
 void PBBuildThumbOperation::decodeNextInLine() {

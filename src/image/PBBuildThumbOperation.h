@@ -13,6 +13,7 @@
 
 class FMDatabase;
 class PBBuildThumbOperation;
+class StoredThumbnails;
 
 /// What all thumbnail operations of the program share. Everything outlives the build queue.
 struct BuildThumbServices {
@@ -30,15 +31,16 @@ struct BuildThumbServices {
     std::atomic<bool> toldFailure{false}; ///< to the user, that thumbnails can't be stored
 };
 
-/// Decodes one image at thumbnail size and stores it. One at a time, on the build queue.
+/// Decodes one image at thumbnail size and stores it. One at a time, on the build queue, where it
+/// is known by its file id.
 class PBBuildThumbOperation final : public platform::Operation,
                                     public std::enable_shared_from_this<PBBuildThumbOperation> {
 public:
     struct Request {
         qint64 fileId = 0;
         std::unique_ptr<PBImageImporterProtocol> imageImporter;
-        /// Do nothing if a thumbnail is stored already.
-        bool checkExist = false;
+        /// Where it has this image, nothing is done. nullptr: no thumbnail is stored.
+        std::shared_ptr<StoredThumbnails> checkExist;
         /// Longer side of the thumbnail in pixels.
         int thumbSize = 256;
         /// Pixels; not above 0 where it is not known.
@@ -46,7 +48,7 @@ public:
     };
 
     PBBuildThumbOperation(std::shared_ptr<BuildThumbServices> services, Request request)
-        : _services(std::move(services)), _request(std::move(request)),
+        : Operation(request.fileId), _services(std::move(services)), _request(std::move(request)),
           _hasImporter(_request.imageImporter != nullptr) {}
 
     [[nodiscard]] qint64 fileId() const { return _request.fileId; }
@@ -69,7 +71,6 @@ private:
     Request _request; // the importer belongs to the one who decodes
     const bool _hasImporter;
     // On the build queue's thread only:
-    bool _isKnownToBeMissing = false;
     DecodeAhead::Place _place;
 
     std::atomic<Decoding> _decoding{Decoding::NotStarted};

@@ -10,7 +10,6 @@ public:
     PBIndexObject(std::int64_t index, Object object) : _index(index), _object(std::move(object)) {}
 
     [[nodiscard]] std::int64_t index() const { return _index; }
-    void setIndex(std::int64_t index) { _index = index; }
     [[nodiscard]] const Object& object() const { return _object; }
     [[nodiscard]] Object& object() { return _object; }
 

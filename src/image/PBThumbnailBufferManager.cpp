@@ -128,19 +128,3 @@ void PBThumbnailBufferManager::forget(const PBImageFileItem& item) {
     std::erase_if(
         _groupIndexObjectArray, [](const auto& group) { return group->object().empty(); });
 }
-
-void PBThumbnailBufferManager::notifyGroupItemInsert(std::int64_t group) {
-    platform::assertMainThread();
-    for (const auto& entry : _groupIndexObjectArray)
-        if (entry->index() >= group) entry->setIndex(entry->index() + 1);
-}
-
-void PBThumbnailBufferManager::notifyImageFileInsert(
-    std::int64_t group, std::int64_t imageFileIndex) {
-    platform::assertMainThread();
-    const auto found = std::ranges::find_if(
-        _groupIndexObjectArray, [group](const auto& entry) { return entry->index() == group; });
-    if (found == _groupIndexObjectArray.end()) return;
-    for (const auto& entry : (*found)->object())
-        if (entry->index() >= imageFileIndex) entry->setIndex(entry->index() + 1);
-}

@@ -42,10 +42,6 @@ public:
 
     [[nodiscard]] PBImageBrowserIndex imageFileItemIndex(const PBImageFileItem& item) const;
 
-    /// A leaf, or an image of a leaf, has been inserted at that position.
-    void notifyGroupItemInsert(std::int64_t group);
-    void notifyImageFileInsert(std::int64_t group, std::int64_t imageFileIndex);
-
     [[nodiscard]] std::uint64_t bufferCount() const { return _bufferCount; }
     /// Takes effect with the next push, which drops one thumbnail at most.
     void setBufferCount(std::uint64_t count) { _bufferCount = count == 0 ? 1 : count; }

@@ -6,26 +6,10 @@
 
 namespace ThumbnailStore {
 
-namespace {
-
-QByteArray column(FMDatabase& thumbnailDb, qint64 fileId, const QString& name, bool* exists) {
-    const PBArray values =
-        PBCatalogue(thumbnailDb).thumbnailDataWithFileIdAndFields(fileId, {name});
-    *exists = !values.empty();
-    return values.empty() ? QByteArray() : values.front().toBytes();
-}
-
-} // namespace
-
 QByteArray thumbnailData(FMDatabase& thumbnailDb, qint64 fileId) {
-    bool exists = false;
-    return column(thumbnailDb, fileId, QStringLiteral("Data"), &exists);
-}
-
-bool isThumbnailExist(FMDatabase& thumbnailDb, qint64 fileId) {
-    bool exists = false;
-    column(thumbnailDb, fileId, QStringLiteral("FileId"), &exists);
-    return exists;
+    const PBArray values =
+        PBCatalogue(thumbnailDb).thumbnailDataWithFileIdAndFields(fileId, {QStringLiteral("Data")});
+    return values.empty() ? QByteArray() : values.front().toBytes();
 }
 
 QImage

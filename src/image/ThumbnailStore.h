@@ -12,8 +12,6 @@ namespace ThumbnailStore {
 
 /// The stored bytes; empty if there are none.
 [[nodiscard]] QByteArray thumbnailData(FMDatabase& thumbnailDb, qint64 fileId);
-/// Looks at the key only.
-[[nodiscard]] bool isThumbnailExist(FMDatabase& thumbnailDb, qint64 fileId);
 
 /// The picture; null without one, or if its bytes are damaged. With `preload` it comes as a
 /// decoded bitmap in the colour space (if that is valid), ready to be drawn.

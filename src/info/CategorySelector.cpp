@@ -87,10 +87,6 @@ int CategorySelector::segmentCount() const {
     return static_cast<int>(_titles.size());
 }
 
-int CategorySelector::selectedSegment() const {
-    return _buttons->checkedId();
-}
-
 void CategorySelector::setSelectedSegment(int segment) {
     if (QAbstractButton* button = _buttons->button(segment)) button->setChecked(true);
 }

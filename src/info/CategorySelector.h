@@ -15,7 +15,6 @@ public:
 
     void setSegments(const QStringList& titles);
     [[nodiscard]] int segmentCount() const;
-    [[nodiscard]] int selectedSegment() const;
     void setSelectedSegment(int segment);
 
 Q_SIGNALS:

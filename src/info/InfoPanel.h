@@ -63,7 +63,6 @@ public:
     /// What the panel is about, in words: for the bar over it.
     [[nodiscard]] QString title() const;
     [[nodiscard]] PBGeneralInfoView& generalInfoView() const { return *_general; }
-    [[nodiscard]] PBMoreInfoContainerView& moreInfoContainerView() const { return *_more; }
 
 Q_SIGNALS:
     void titleDidChange(const QString& title);

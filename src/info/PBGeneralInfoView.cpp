@@ -48,6 +48,7 @@ PBGeneralInfoView::~PBGeneralInfoView() = default;
 
 void PBGeneralInfoView::makeControls() {
     _flagButton = new QToolButton(this);
+    _flagButton->setObjectName(QStringLiteral("infoFlag"));
     _flagButton->setAutoRaise(true);
     _flagButton->setIconSize(QSize(flagSize, flagSize));
     _flagButton->setFocusPolicy(Qt::StrongFocus);

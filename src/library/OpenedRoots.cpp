@@ -2,7 +2,10 @@
 
 #include "core/Paths.h"
 #include "library/PBFolderItem.h"
+#include "platform/files/FileManager.h"
 #include "platform/tasks/MainThread.h"
+
+#include <algorithm>
 
 PBAliasArray OpenedRoots::of(const PBAliasManager& manager) {
     PBAliasArray opened;
@@ -17,6 +20,16 @@ QStringList OpenedRoots::paths(const PBAliasManager& manager) {
         if (root->isMounted()) paths.append(root->path());
     }
     return paths;
+}
+
+bool OpenedRoots::isShownIn(const QString& rootPath, const QString& folder) {
+    if (PBUtilities::comparePath(rootPath, folder) < 0) return false;
+    const QStringList names = PBUtilities::pathComponents(folder);
+    // By their names alone: nobody waits for a disk here.
+    return std::ranges::none_of(
+        names.sliced(PBUtilities::pathComponents(rootPath).size()), [](const QString& name) {
+            return name.startsWith(u'.') || platform::FileManager::isPackageName(name);
+        });
 }
 
 bool OpenedRoots::isOpened(const PBFolderItem& item) {

@@ -19,6 +19,9 @@ inline constexpr std::uint64_t openedState = 2;
 [[nodiscard]] PBAliasArray of(const PBAliasManager& manager);
 /// The paths of those that are mounted.
 [[nodiscard]] QStringList paths(const PBAliasManager& manager);
+/// Whether the root with that path shows the folder: it is its own, or below it and neither hidden
+/// nor a document.
+[[nodiscard]] bool isShownIn(const QString& rootPath, const QString& folder);
 /// Main thread.
 [[nodiscard]] bool isOpened(const PBFolderItem& item);
 

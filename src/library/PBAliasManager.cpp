@@ -83,7 +83,10 @@ void PBAliasManager::addAliasObject(std::shared_ptr<PBAliasObject> aliasObject) 
 
 bool PBAliasManager::resolveAlias(
     PBAliasObject& aliasObject, const PBAliasObject::Look& look, QString* error) {
-    return aliasObject.resolveWithMount(look, _environment.services, error);
+    const bool isChanged = aliasObject.resolveWithMount(look, _environment.services, error);
+    const auto known = isChanged ? findAliasObjectById(aliasObject.aliasId()) : nullptr;
+    if (known) dropOpenedRootsIn({known});
+    return isChanged;
 }
 
 PBAliasArray PBAliasManager::volumDidMount(const QString&) {
@@ -119,11 +122,12 @@ bool PBAliasManager::resolveAllAliasWithMount(const PBAliasObject::Look& look) {
     bool changed = false;
     _environment.services.willResolve(roots);
     std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
-        if (resolveAlias(*root, look)) changed = true;
+        if (root->resolveWithMount(look, _environment.services)) changed = true;
         if (isToGo(*root)) removed.push_back(root);
         return isToGo(*root);
     });
     removeZombieAlias(std::move(roots), std::move(removed));
+    dropOpenedRootsIn(aliasArray().copy());
     return changed;
 }
 
@@ -134,12 +138,13 @@ PBAliasArray PBAliasManager::aliasPathChanged(const QString& path, const QString
     std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
         if (!root->isMounted() || root->path() != path) return false;
         const PBAliasLook look{.includeMounted = true, .updateReserve = true, .movedTo = movedTo};
-        if (!resolveAlias(*root, look)) return false;
+        if (!root->resolveWithMount(look, _environment.services)) return false;
         changed.push_back(root);
         if (isToGo(*root)) removed.push_back(root);
         return isToGo(*root);
     });
     removeZombieAlias(std::move(roots), std::move(removed));
+    dropOpenedRootsIn(changed);
     return changed;
 }
 
@@ -157,6 +162,7 @@ PBAliasArray PBAliasManager::aliasDidAnswer(
         return true;
     });
     removeZombieAlias(std::move(roots), std::move(removed));
+    dropOpenedRootsIn(changed);
     return changed;
 }
 

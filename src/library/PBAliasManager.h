@@ -76,7 +76,8 @@ public:
     aliasDidAnswer(const PBAliasObject& aliasObject, const PBAliasResolution& resolution);
     /// Answers whether any root changed.
     bool resolveAllAliasWithMount(const PBAliasObject::Look& look);
-    /// Resolves one root as `PBAliasObject` does.
+    /// Resolves one root as `PBAliasObject` does. Wherever one of the array is found, opened roots
+    /// whose folders lie in its own give way: they leave the array, and the catalogue behind that.
     bool resolveAlias(
         PBAliasObject& aliasObject, const PBAliasObject::Look& look, QString* error = nullptr);
 
@@ -123,6 +124,8 @@ public:
 
 private:
     void setAliasArray(PBAliasArray aliasArray);
+    /// These were found: what was opened of their folders meanwhile is in the catalogue twice.
+    void dropOpenedRootsIn(const PBAliasArray& found);
     /// The same, together with roots that have just been taken out of the array.
     bool removeZombieAlias(
         PBAliasArray aliasArray, PBAliasArray removed,

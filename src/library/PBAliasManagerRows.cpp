@@ -29,6 +29,26 @@ bool PBAliasManager::isInAnother(const PBAliasObject& root, const PBAliasArray& 
     });
 }
 
+void PBAliasManager::dropOpenedRootsIn(const PBAliasArray& found) {
+    platform::assertMainThread();
+    const auto isFound = [&](const PBAliasObject& opened) {
+        return std::ranges::any_of(found, [&](const auto& root) {
+            return root->isMounted() && !root->isZombie() && !OpenedRoots::isOpened(*root) &&
+                   OpenedRoots::isShownIn(root->path(), opened.path());
+        });
+    };
+    PBAliasArray roots = aliasArray().copy();
+    PBAliasArray dropped;
+    std::erase_if(roots, [&](const std::shared_ptr<PBAliasObject>& root) {
+        const bool isDropped = OpenedRoots::isOpened(*root) && root->isMounted() && isFound(*root);
+        if (isDropped) dropped.push_back(root);
+        return isDropped;
+    });
+    if (dropped.empty()) return;
+    setAliasArray(std::move(roots));
+    if (_environment.removeRows) _environment.removeRows(std::move(dropped), nullptr);
+}
+
 bool PBAliasManager::removeZombieAlias() {
     return removeZombieAlias(aliasArray().copy(), {});
 }

@@ -31,11 +31,6 @@ std::uint64_t PBAliasObject::type() const {
     return _bookmark.type;
 }
 
-QUrl PBAliasObject::aliasURL() const {
-    const QString place = path();
-    return place.isEmpty() ? QUrl() : QUrl::fromLocalFile(place);
-}
-
 QString PBAliasObject::path() const {
     const platform::Lock lock(_mutex);
     return _path;

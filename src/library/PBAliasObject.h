@@ -74,8 +74,6 @@ public:
     [[nodiscard]] QByteArray aliasData() const;
     [[nodiscard]] std::uint64_t type() const;
 
-    /// The folder's present place; empty while the root is unmounted.
-    [[nodiscard]] QUrl aliasURL() const;
     [[nodiscard]] QString path() const;
     [[nodiscard]] bool isMounted() const { return !path().isEmpty(); }
     /// Where the root was last seen.
@@ -115,7 +113,7 @@ private:
 
     mutable platform::Mutex _mutex;
     PBAliasBookmark _bookmark VELMORA_GUARDED_BY(_mutex);
-    QString _path VELMORA_GUARDED_BY(_mutex); // the local path of `aliasURL`
+    QString _path VELMORA_GUARDED_BY(_mutex); // where the folder is now; empty while unmounted
     QString _reservePath VELMORA_GUARDED_BY(_mutex);
     std::uint64_t _state VELMORA_GUARDED_BY(_mutex);
     bool _isGone VELMORA_GUARDED_BY(_mutex) = false;

@@ -49,22 +49,13 @@ void PBRemoveFileItemOperation::runWithOwnerNSOperation(platform::Operation& own
     if (isLast) publishWorkTree(*_dictionary);
 }
 
-void PBUpdateFileItemOperation::runWithOwnerNSOperation(platform::Operation& owner, bool isLast) {
-    const auto isCancelled = [&] { return owner.isCancelled(); };
-    // Only those that are still there: what another operation has taken is not to come in twice.
-    const PBImageFileList taken = group::removeFileItemInGroupArray(
-        *_dictionary->WorkGroupItemArray, _updateFileItemArray, isCancelled);
-    reinsertItems(*_dictionary, taken, isCancelled);
-    if (isLast) publishWorkTree(*_dictionary, _updateScrollCapture);
-}
-
 void PBRegroupPlacesOperation::runWithOwnerNSOperation(
     platform::Operation& /*owner*/, bool /*isLast*/) {
     PBGroupItemArray& tree = *_dictionary->WorkGroupItemArray;
     const PBImageFileList waiting = group::takeItemsOfUnknownPlaces(tree);
     if (waiting.empty()) return;
     // All of them, also after a cancellation: the tree may stay on show.
-    reinsertItems(*_dictionary, waiting, {});
+    reinsertItems(*_dictionary, waiting);
     PBGroupItem::removeEmptyGroups(tree);
     publishWorkTree(*_dictionary);
 }

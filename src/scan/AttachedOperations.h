@@ -23,23 +23,6 @@ private:
     const std::vector<PBGroupItemChain> _groupItemArray;
 };
 
-/// Moves images whose stars, flag, tags or place were edited to their new place in the work tree,
-/// or out of it when they no longer match. The edit itself is in the catalogue and the items.
-class PBUpdateFileItemOperation final : public PBScanAttachOperation {
-public:
-    PBUpdateFileItemOperation(
-        PBScanDictionaryRef dictionary, std::vector<PBGroupItemChain> updateFileItemArray,
-        bool updateScrollCapture = false)
-        : _dictionary(std::move(dictionary)), _updateFileItemArray(std::move(updateFileItemArray)),
-          _updateScrollCapture(updateScrollCapture) {}
-    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
-
-private:
-    const PBScanDictionaryRef _dictionary;
-    const std::vector<PBGroupItemChain> _updateFileItemArray;
-    const bool _updateScrollCapture;
-};
-
 /// Moves the images under unknown places whose address was found since to the group of their place.
 /// Publishes where there are any.
 class PBRegroupPlacesOperation final : public PBScanAttachOperation {

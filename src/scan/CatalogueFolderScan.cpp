@@ -55,7 +55,7 @@ void CatalogueFolderScan::scanRows(
     const std::vector<group::ImageFileRow>& rows, bool publishAtOnce) {
     int sinceDrain = 0;
     _step.willInsert(rows);
-    const platform::FileManager::OpenFolder folder(folderPath);
+    _lookAhead.begin(folderPath, rows);
     for (const group::ImageFileRow& fetched : rows) {
         if (_operation.isCancelled()) return;
         if (sinceDrain < rowsBetweenDrains) {
@@ -71,9 +71,15 @@ void CatalogueFolderScan::scanRows(
             if (!anew) continue;
         }
         const group::ImageFileRow& row = anew ? *anew : fetched;
-        const Presence presence = folderPresence == Presence::There
-                                      ? presenceOf(folder, row, folderPath)
-                                      : folderPresence;
+        Presence presence = folderPresence;
+        if (presence == Presence::There) {
+            const auto number = static_cast<std::size_t>(&fetched - rows.data());
+            // The name of a row that was read again may be another one.
+            const auto look =
+                anew ? platform::FileManager::look(platform::pathInFolder(folderPath, row.fileName))
+                     : _lookAhead.look(number, _dictionary->attachedCount());
+            presence = presenceOf(look, row, folderPath);
+        }
         if (presence == Presence::Gone) {
             _staleRows.addFile({row.id, row.folderId, row.fileName});
             continue;
@@ -85,9 +91,8 @@ void CatalogueFolderScan::scanRows(
 }
 
 Presence CatalogueFolderScan::presenceOf(
-    const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row,
-    const QString& folderPath) {
-    const auto [looked, values] = folder.look(row.fileName);
+    const platform::EntryLook& look, const group::ImageFileRow& row, const QString& folderPath) {
+    const auto& [looked, values] = look;
     const Presence presence = _spelling.presenceOfFile(folderPath, row.fileName, looked);
     if (presence != Presence::There) return presence;
     const bool isUnchanged = static_cast<quint64>(values.fileSize) == row.fileSize &&

@@ -3,6 +3,7 @@
 #include "group/GroupPublication.h"
 #include "group/GroupingStep.h"
 #include "platform/files/FileManager.h"
+#include "scan/LookAhead.h"
 #include "scan/PBScanDictionary.h"
 #include "scan/RowSpelling.h"
 #include "scan/ScanSteps.h"
@@ -41,8 +42,7 @@ public:
 private:
     /// A file that has changed is gone as the one that the row tells of.
     [[nodiscard]] platform::Presence presenceOf(
-        const platform::FileManager::OpenFolder& folder, const group::ImageFileRow& row,
-        const QString& folderPath);
+        const platform::EntryLook& look, const group::ImageFileRow& row, const QString& folderPath);
     void take(const group::ImageFileRow& row, const QString& folderPath, bool isAway);
     void publishIfDue(bool atOnce);
     void publish();
@@ -56,4 +56,5 @@ private:
     ThumbnailsToBuild _thumbnails;
     RowSpelling _spelling;
     StaleRows _staleRows;
+    LookAhead _lookAhead;
 };

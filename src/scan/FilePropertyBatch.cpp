@@ -95,7 +95,7 @@ bool FilePropertyBatch::insertAll() {
 }
 
 std::optional<bool> FilePropertyBatch::isKnownByNow(const FileProperty& property) const {
-    if (property.unknownAt == _dictionary->attachedCount()) return false;
+    if (_dictionary->isUpToDate(property.unknownAt)) return false;
     const auto column = [&](const QString& name) { return property.baseProperty.at(name); };
     const auto known = PBCatalogue(*_dictionary->Database)
                            .findImageFileIdByFolderId(

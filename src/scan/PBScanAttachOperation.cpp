@@ -19,6 +19,14 @@ std::vector<std::shared_ptr<PBScanAttachOperation>> PBAttachOperationArray::take
     return std::exchange(_operations, {});
 }
 
+void PBAttachOperationArray::whileRowsChange(const std::function<void()>& change) {
+    ++_changing;
+    change();
+    // In this order: at no moment what was looked up meanwhile counts as true.
+    ++_takenCount;
+    --_changing;
+}
+
 void checkAttachedOperation(PBAttachOperationArray* array, platform::Operation& owner) {
     if (!array) return;
     const auto operations = array->takeAll();

@@ -48,13 +48,22 @@ public:
     /// and finds another number later has to look again. On the scan thread.
     [[nodiscard]] std::uint64_t takenCount() const { return _takenCount; }
     /// Rows are about to change behind the scans: what they looked up is out of date. Any thread,
-    /// within the transaction that changes them.
+    /// within the transaction that changes them, and that lets nobody read meanwhile.
     void rowsWillChange() { ++_takenCount; }
+    /// The same for a transaction that lets others read the former rows: `change` begins it and
+    /// ends it. Any thread.
+    void whileRowsChange(const std::function<void()>& change);
+    /// Nothing that was looked up since `takenCount` was that can be out of date. On the scan
+    /// thread, within a transaction of its own.
+    [[nodiscard]] bool isUpToDate(std::uint64_t count) const {
+        return _changing == 0 && count == _takenCount;
+    }
 
 private:
     platform::Mutex _monitor;
     std::vector<std::shared_ptr<PBScanAttachOperation>> _operations VELMORA_GUARDED_BY(_monitor);
     std::atomic<std::uint64_t> _takenCount = 0;
+    std::atomic<int> _changing = 0;
 };
 
 /// Runs what is in the mailbox, as a part of the owner. What a cancelled owner has taken out and

@@ -105,6 +105,10 @@ struct PBScanDictionary {
     [[nodiscard]] std::uint64_t attachedCount() const {
         return AttachOperationArray ? AttachOperationArray->takenCount() : 0;
     }
+    /// What was looked up at this count still holds.
+    [[nodiscard]] bool isUpToDate(std::uint64_t count) const {
+        return !AttachOperationArray || AttachOperationArray->isUpToDate(count);
+    }
     [[nodiscard]] group::GroupingParameters groupingParameters() const {
         return {
             .workGroupItemArray = WorkGroupItemArray,

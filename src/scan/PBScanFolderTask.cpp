@@ -221,7 +221,8 @@ void PBScanFolderTask::takeFile(Run& run, Entry& waiting) const {
     const QString& name = waiting.entry.name;
     auto importer = importerOf(run, name);
     if (!importer || run.operation.isCancelled() || isLeftAlone(run, name)) return;
-    const std::uint64_t unknownAt = _dictionary->attachedCount();
+    // As it was before the catalogue was asked.
+    const std::uint64_t unknownAt = (run.folderId > 0 ? run.knownAt : run.noFolderAt).value_or(0);
     checkAttachedOperation(run.operation);
     NewFile file = waiting.file.isValid() ? _dictionary->services->readAhead->wait(
                                                 std::move(waiting.file), run.operation.stopToken())

@@ -1,7 +1,7 @@
 #include "scan/Reinsertion.h"
 
 #include "FMDB/FMDatabase.h"
-#include "catalogue/marks/IdsText.h"
+#include "catalogue/IdsText.h"
 #include "group/FolderPaths.h"
 #include "group/GroupTypes.h"
 #include "library/PBAliasManager.h"
@@ -28,7 +28,7 @@ rowsOf(const PBImageFileList& items, bool withColumns, FMDatabase& db) {
     FMResultSet cursor = db.executeQuery(
         QStringLiteral("select Id,UTIType,ImageDPI,ColorModel,Tag from ImageFile "
                        "where Id in (select value from json_each(?))"),
-        marks::idsText(ids));
+        catalogue::idsText(ids));
     while (cursor.next()) {
         group::ImageFileRow& row = rows[places.at(cursor.longLongIntForColumnIndex(0))];
         row.utiType = cursor.objectForColumnIndex(1);
@@ -41,9 +41,7 @@ rowsOf(const PBImageFileList& items, bool withColumns, FMDatabase& db) {
 
 } // namespace
 
-void reinsertItems(
-    const PBScanDictionary& dictionary, const PBImageFileList& items,
-    const std::function<bool()>& isCancelled) {
+void reinsertItems(const PBScanDictionary& dictionary, const PBImageFileList& items) {
     const group::GroupingParameters parameters = dictionary.groupingParameters();
     const auto groupsBy = [&chain = parameters.groupTypeArray](int type) {
         return std::ranges::find(chain, type) != chain.end();
@@ -59,7 +57,6 @@ void reinsertItems(
     std::vector<group::ImageFileRow> rows = rowsOf(items, step.needsRow(), *dictionary.Database);
     step.willInsert(rows);
     for (std::size_t index = 0; index < items.size(); ++index) {
-        if (isCancelled && isCancelled()) return;
         const QString folder = needsFolder ? items[index]->folderPath(paths, cache) : QString();
         step.reinsert(
             items[index], std::move(rows[index]),

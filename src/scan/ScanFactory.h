@@ -48,6 +48,10 @@ public:
     void attach(std::shared_ptr<PBScanAttachOperation> operation) const;
     /// Rows are about to change behind the scans, within a transaction that is open. Any thread.
     void rowsWillChange() const { _attachOperationArray->rowsWillChange(); }
+    /// Changes rows behind the scans, in a transaction that lets them read. Any thread.
+    void whileRowsChange(const std::function<void()>& change) const {
+        _attachOperationArray->whileRowsChange(change);
+    }
     /// What changes on disk mean for the work tree: looks for images that are gone, then for new
     /// ones. Folders that lie in no mounted root are left out.
     void attachChanges(

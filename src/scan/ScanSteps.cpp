@@ -2,9 +2,10 @@
 
 #include "FMDB/FMDatabase.h"
 #include "FMDB/FMTransaction.h"
+#include "catalogue/IdsText.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveThumbOperation.h"
-#include "catalogue/marks/IdsText.h"
+#include "catalogue/StoredThumbnails.h"
 #include "image/PBBuildThumbOperation.h"
 #include "platform/program/StandardError.h"
 #include "platform/tasks/OperationQueue.h"
@@ -24,7 +25,7 @@ void publishWorkTree(const PBScanDictionary& dictionary, bool updateScrollCaptur
 
 std::optional<group::ImageFileRow> rowAnew(const PBScanDictionary& dictionary, qint64 fileId) {
     FMResultSet cursor = dictionary.Database->executeQuery(
-        group::ImageFileRow::queryForIds(), marks::idsText({&fileId, 1}));
+        group::ImageFileRow::queryForIds(), catalogue::idsText({&fileId, 1}));
     if (!cursor.next()) return std::nullopt;
     return group::ImageFileRow::fromResultSet(cursor);
 }
@@ -39,11 +40,15 @@ void ThumbnailsToBuild::add(
     const PBImageFileItem& item, std::unique_ptr<PBImageImporterProtocol> importer,
     bool checkExist) {
     if (!importer) return;
+    if (checkExist) {
+        if (!_stored) _stored = std::make_shared<StoredThumbnails>();
+        _stored->add(item.fileId());
+    }
     _operations.push_back(std::make_shared<PBBuildThumbOperation>(
         _dictionary.services->buildThumb, PBBuildThumbOperation::Request{
                                               .fileId = item.fileId(),
                                               .imageImporter = std::move(importer),
-                                              .checkExist = checkExist,
+                                              .checkExist = checkExist ? _stored : nullptr,
                                               .thumbSize = _dictionary.BuildThumbSize,
                                               .imageSize = item.imageSize(),
                                           }));
@@ -54,6 +59,7 @@ void ThumbnailsToBuild::queueAll() {
     if (_operations.empty()) return;
     _dictionary.BuilidThumbOperationQueue->addOperations(_operations);
     _operations.clear();
+    _stored.reset();
 }
 
 namespace {

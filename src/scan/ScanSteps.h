@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+class StoredThumbnails;
+
 /// Steps that the operations of a scan share. On the scan thread.
 
 /// Sends a copy of the work tree to the display, unless rewritten photographs are off it: then the
@@ -34,6 +36,8 @@ public:
 private:
     const PBScanDictionary& _dictionary;
     std::vector<std::shared_ptr<platform::Operation>> _operations;
+    /// Of those that go there together.
+    std::shared_ptr<StoredThumbnails> _stored;
 };
 
 /// A row of an image, and where its file was looked for.

@@ -184,7 +184,8 @@ void PBMainWindowController::buildWindow() {
         {.edits = _services.edits,
          .browserPane = *_browserPane,
          .statusNews = *_statusNews,
-         .noticeBar = *_noticeBar},
+         .noticeBar = *_noticeBar,
+         .delegate = _services.delegate},
         _window.get());
     _commands = std::make_unique<WindowCommands>(
         WindowCommands::Parts{
@@ -261,7 +262,10 @@ void PBMainWindowController::buildWindow() {
         {.command = *_slideshowCommand,
          .browserPane = *_browserPane,
          .isComing =
-             [this] { return _services.delegate.isScanning() || _session->isBringingBack(); },
+             [this] {
+                 return _services.delegate.isScanning() || _session->isBringingBack() ||
+                        _openFilesCommands->isLooking();
+             },
          .isAwaited = [this] { return _largeView->isAwaitingOpened(); }},
         _window.get());
     QObject::connect(
@@ -473,8 +477,9 @@ void PBMainWindowController::tellReasons() {
     const MainMenu& menu = _commands->menu();
     _toolbarReasons = std::make_unique<ToolbarReasons>(
         *_toolbar, [&menu](MenuCommand command) { return menu.reason(command); }, nullptr);
-    _refusedKeys = std::make_unique<RefusedKeys>(
-        *_window, menu, [this](const QString& reason) { _statusNews->tell(reason); }, nullptr);
+    const auto tell = [this](const QString& reason) { _statusNews->tell(reason); };
+    _refusedKeys = std::make_unique<RefusedKeys>(*_window, menu, tell, nullptr);
+    QObject::connect(&menu, &MainMenu::refused, _commands.get(), tell);
 }
 
 bool PBMainWindowController::isLargeView() const {
@@ -499,8 +504,10 @@ void PBMainWindowController::clearBrowser() {
     const bool isSame = std::exchange(_shownFolder, place) == place && !place.isEmpty();
     // What was opened is on show before a slow disk has told of its folder.
     const bool isOpened = folder && _largeView->asksFor(folder->folderPath());
-    if (isSame || isOpened) {
+    if (isSame) {
         _largeView->willShowSamePhotographs();
+    } else if (isOpened) {
+        _largeView->willShowSamePhotographsOf(folder->folderPath());
     } else {
         _largeView->leave();
     }

@@ -2,6 +2,7 @@
 
 #include <QDropEvent>
 #include <QMimeData>
+#include <QSet>
 #include <QUrl>
 #include <QWidget>
 
@@ -10,8 +11,14 @@
 
 namespace {
 
-/// Nobody adds more folders at once, and each look at a disk takes its time.
-constexpr qsizetype mostPaths = 32;
+/// Of a drag that only comes by nobody waits for more: each look at a disk takes its time.
+constexpr qsizetype mostLooks = 500;
+
+/// Empty for what is no path of this machine: lists of other programs may hold comment lines and
+/// places on the net.
+QString pathOf(const QUrl& url) {
+    return url.isLocalFile() && url.host().isEmpty() ? url.toLocalFile() : QString();
+}
 
 } // namespace
 
@@ -21,14 +28,23 @@ FolderDropTarget::FolderDropTarget(QWidget& widget, Test isFolder)
     widget.installEventFilter(this);
 }
 
+bool FolderDropTarget::hasFolder(const QMimeData& data) const {
+    const QList<QUrl> urls = data.urls();
+    return std::ranges::any_of(
+        urls.first(std::min(urls.size(), mostLooks)), [this](const QUrl& url) {
+            const QString path = pathOf(url);
+            return !path.isEmpty() && _isFolder(path);
+        });
+}
+
 QStringList FolderDropTarget::folders(const QMimeData& data) const {
     QStringList paths;
-    const QList<QUrl> urls = data.urls();
-    for (const QUrl& url : urls.first(std::min(urls.size(), mostPaths))) {
-        // Lists of other programs may hold comment lines and places on the net.
-        const QString path =
-            url.isLocalFile() && url.host().isEmpty() ? url.toLocalFile() : QString();
-        if (!path.isEmpty() && !paths.contains(path) && _isFolder(path)) paths.append(path);
+    QSet<QString> known;
+    for (const QUrl& url : data.urls()) {
+        const QString path = pathOf(url);
+        if (path.isEmpty() || known.contains(path)) continue;
+        known.insert(path);
+        if (_isFolder(path)) paths.append(path);
     }
     return paths;
 }
@@ -38,20 +54,20 @@ bool FolderDropTarget::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::DragEnter: {
         auto& drag = static_cast<QDragEnterEvent&>(*event);
         // What is dragged from this program are photographs.
-        _supportURLArray = drag.source() ? QStringList() : folders(*drag.mimeData());
-        if (_supportURLArray.isEmpty()) {
-            drag.ignore();
-        } else {
+        _isTaking = !drag.source() && hasFolder(*drag.mimeData());
+        if (_isTaking) {
             drag.setDropAction(Qt::CopyAction);
             drag.accept();
             Q_EMIT draggingChanged(true);
+        } else {
+            drag.ignore();
         }
         return true;
     }
     case QEvent::DragMove: {
         auto& drag = static_cast<QDragMoveEvent&>(*event);
         drag.setDropAction(Qt::CopyAction);
-        drag.setAccepted(!_supportURLArray.isEmpty());
+        drag.setAccepted(_isTaking);
         return true;
     }
     case QEvent::DragLeave:
@@ -59,7 +75,7 @@ bool FolderDropTarget::eventFilter(QObject* watched, QEvent* event) {
         return true;
     case QEvent::Drop: {
         auto& drop = static_cast<QDropEvent&>(*event);
-        const QStringList taken = _supportURLArray;
+        const QStringList taken = _isTaking ? folders(*drop.mimeData()) : QStringList();
         endDragging();
         // The files stay where they are.
         drop.setDropAction(Qt::CopyAction);
@@ -73,7 +89,6 @@ bool FolderDropTarget::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void FolderDropTarget::endDragging() {
-    if (_supportURLArray.isEmpty()) return;
-    _supportURLArray.clear();
+    if (!std::exchange(_isTaking, false)) return;
     Q_EMIT draggingChanged(false);
 }

@@ -13,8 +13,8 @@ class FolderDropTarget final : public QObject {
     Q_OBJECT
 
 public:
-    /// Whether a path is a folder that can be taken; asked once for each of the first paths of a
-    /// drag that comes from another program.
+    /// Whether a path is a folder that can be taken. Asked of a drag that comes from another
+    /// program until there is one, and of all that is dropped.
     using Test = std::function<bool(const QString& path)>;
 
     /// Belongs to the widget.
@@ -29,9 +29,10 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    [[nodiscard]] bool hasFolder(const QMimeData& data) const;
     [[nodiscard]] QStringList folders(const QMimeData& data) const;
     void endDragging();
 
     const Test _isFolder;
-    QStringList _supportURLArray; ///< of the drag that is over the widget
+    bool _isTaking = false; ///< of the drag that is over the widget, something can be taken
 };

@@ -111,10 +111,6 @@ void PBScrollView::setScrollPosition(double position) {
                            : QPointF(_scrollPoint.x(), position));
 }
 
-void PBScrollView::scrollToPoint(const QPointF& point, bool animation) {
-    scrollToPosition(horizontalScroll() ? point.x() : point.y(), animation);
-}
-
 void PBScrollView::scrollToPosition(double position, bool animation) {
     _motion.scrollToPosition(position, animation);
 }

@@ -37,7 +37,6 @@ public:
     /// Rounds to whole points and keeps within the document.
     void setPbScrollPoint(const QPointF& point);
     [[nodiscard]] QPointF maxScrollPoint() const;
-    void scrollToPoint(const QPointF& point, bool animation);
     void scrollToPosition(double position, bool animation);
     /// A relative move, eased.
     void scrollBy(double delta);

@@ -17,7 +17,7 @@ double PBThumbnailScrollView::scrollLine() const {
 
 void PBThumbnailScrollView::layoutThumbnailView() {
     platform::assertMainThread();
-    if (_ignoreLayoutSubView || !parentWidget()) return;
+    if (!parentWidget()) return;
     setGeometry(parentWidget()->rect().adjusted(margin, margin, -margin, -margin));
 }
 

@@ -26,9 +26,8 @@ public:
     [[nodiscard]] double scrollLine() const override;
     [[nodiscard]] bool useMagicScroll() const override { return false; }
 
-    /// Fills the parent but for a margin, unless told not to.
+    /// Fills the parent but for a margin.
     void layoutThumbnailView();
-    void setIgnoreLayoutSubView(bool ignore) { _ignoreLayoutSubView = ignore; }
 
 protected:
     [[nodiscard]] double roundPosition(double position) const override;
@@ -36,5 +35,4 @@ protected:
 
 private:
     ThumbnailStrip* _strip = nullptr;
-    bool _ignoreLayoutSubView = false;
 };

@@ -31,6 +31,20 @@ std::pair<int, int> knob(const QStyleOptionSlider& option, int slotLength) {
 
 ProgramStyle::ProgramStyle() : QProxyStyle(QStringLiteral("fusion")) {}
 
+void ProgramStyle::drawPrimitive(
+    PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+    const QWidget* widget) const {
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    if (element != PE_IndicatorCheckBox || PBThemes::scheme() != PBThemes::Scheme::Dark) return;
+    QColor frame = PBThemes::colors().secondaryText;
+    frame.setAlphaF(option->state.testFlag(State_Enabled) ? 0.8F : 0.4F);
+    painter->save();
+    painter->setPen(frame);
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5));
+    painter->restore();
+}
+
 QRect ProgramStyle::subControlRect(
     ComplexControl control, const QStyleOptionComplex* option, SubControl part,
     const QWidget* widget) const {
@@ -112,6 +126,7 @@ int ProgramStyle::pixelMetric(
 int ProgramStyle::styleHint(
     StyleHint hint, const QStyleOption* option, const QWidget* widget,
     QStyleHintReturn* returned) const {
-    if (hint == SH_EtchDisabledText) return 0;
+    // The toolkit's pictures of buttons are made for light grounds, and ours have none.
+    if (hint == SH_EtchDisabledText || hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
     return QProxyStyle::styleHint(hint, option, widget, returned);
 }

@@ -47,7 +47,7 @@ PBImageView::PBImageView(
       _progressIndicator(new ProgressSpinner(this)),
       _dragTipView(new DropTip(QStringLiteral("photographs"), QStringLiteral("DropToShow"), this)) {
     ImageViewAccessible::install();
-    _loadImageManager.addColoursObserver(this, [this] { coloursDidChange(); });
+    _loadImageManager.addColoursObserver(this, [this] { screenDidChange(); });
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_AcceptTouchEvents);
     setFocusPolicy(Qt::StrongFocus);
@@ -298,22 +298,25 @@ void PBImageView::updateViewport() {
     const bool isOtherRatio =
         viewport.devicePixelRatio() != placement().viewport().devicePixelRatio();
     _geometry.setViewport(viewport);
-    if (isOtherRatio) updateScreen();
+    if (isOtherRatio && updateScreen()) screenDidChange();
 }
 
-void PBImageView::updateScreen() {
+bool PBImageView::updateScreen() {
     const QSize size = screen()->size();
     LargeImageScreen wanted = _loadImageManager.screen();
     wanted.maxScreenSize = std::max(size.width(), size.height());
     wanted.backingScaleFactor = devicePixelRatioF();
-    if (wanted == _loadImageManager.screen()) return;
+    if (wanted == _loadImageManager.screen()) return false;
     _loadImageManager.setScreen(wanted);
-    update();
+    return true;
 }
 
-void PBImageView::coloursDidChange() {
-    update(); // asks for the focus
-    if (isVisible()) tryPreloadNextOrPrevImage();
+/// What is there may be of too few pixels, or in other colours.
+void PBImageView::screenDidChange() {
+    update();
+    if (!isVisible()) return;
+    requestFocus();
+    tryPreloadNextOrPrevImage();
 }
 
 void PBImageView::resizeEvent(QResizeEvent* event) {

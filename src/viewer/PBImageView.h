@@ -153,8 +153,9 @@ private:
     void updateNavigationShowHide();
     /// Where the view lies in its window, and the screen that it is on.
     void updateViewport();
-    void updateScreen();
-    void coloursDidChange();
+    /// Tells the load line of the screen; true where it is another than before.
+    bool updateScreen();
+    void screenDidChange();
     void updateCursor();
     [[nodiscard]] ImageScene sceneNow();
     [[nodiscard]] QColor groundNow() const;

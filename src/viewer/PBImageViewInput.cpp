@@ -145,7 +145,7 @@ bool PBImageView::event(QEvent* event) {
     }
     case QEvent::ScreenChangeInternal:
         updateViewport();
-        updateScreen();
+        if (updateScreen()) screenDidChange();
         settle();
         break;
     case QEvent::WindowDeactivate:

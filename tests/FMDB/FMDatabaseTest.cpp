@@ -6,7 +6,6 @@ namespace {
 
 struct FMDatabaseTest : ::testing::Test {
     void SetUp() override {
-        ASSERT_TRUE(_db.open());
         ASSERT_TRUE(_db.executeUpdate(u"create table T (Id INTEGER PRIMARY KEY, V)"_s));
     }
 
@@ -23,7 +22,7 @@ struct FMDatabaseTest : ::testing::Test {
         return texts;
     }
 
-    FMDatabase _db{QString()};
+    support::Database _db;
 };
 
 TEST_F(FMDatabaseTest, closeTakesStatementsAndTransactionWithItThenEverythingFails) {

@@ -1,13 +1,9 @@
-#include "FMDB/FMDatabase.h"
-
-#include "support/Support.h"
+#include "support/Rows.h"
 
 namespace {
 
 struct FMResultSetTest : ::testing::Test {
-    void SetUp() override { ASSERT_TRUE(_db->open()); }
-
-    std::unique_ptr<FMDatabase> _db = FMDatabase::databaseWithPath(QString());
+    support::Database _db;
 };
 
 TEST_F(FMResultSetTest, valuesAreBoundByTheirExactStoredType) {
@@ -24,25 +20,12 @@ TEST_F(FMResultSetTest, valuesAreBoundByTheirExactStoredType) {
           Row(PBArray{100, 200}, "text", u"100,200"_s),
           Row(PBLocation{1.5, -2}, "text", u"1.5,-2"_s)}) {
         SCOPED_TRACE(bound.toText().toStdString());
-        FMResultSet result = _db->executeQuery(u"select typeof(?1), ?1"_s, bound);
+        FMResultSet result = _db.executeQuery(u"select typeof(?1), ?1"_s, bound);
         ASSERT_TRUE(result.next());
         EXPECT_EQ(result.stringForColumnIndex(0), QString::fromLatin1(type));
         EXPECT_EQ(result.objectForColumnIndex(1), read);
         EXPECT_EQ(result.dataForColumnIndex(1).isNull(), read.isNull());
     }
-}
-
-TEST_F(FMResultSetTest, columnsAreNamedWithoutCaseAndTheLastOfANameCounts) {
-    FMResultSet row = _db->executeQuery(u"select 1 x, -1 X, null n, 'ü' t, x'00ff' d, 1.5 r"_s);
-    ASSERT_TRUE(row.next());
-    EXPECT_EQ(row.intForColumn(u"x"_s), -1);
-    EXPECT_EQ(row.longLongIntForColumn(u"X"_s), -1);
-    EXPECT_EQ(row.unsignedLongLongIntForColumn(u"x"_s), std::numeric_limits<quint64>::max());
-    EXPECT_EQ(row.stringForColumn(u"T"_s), u"ü"_s);
-    EXPECT_EQ(row.dataForColumn(u"D"_s), QByteArray("\0\xff", 2));
-    EXPECT_EQ(row.doubleForColumnIndex(5), 1.5);
-    EXPECT_TRUE(row.columnIsNull(u"N"_s) && !row.columnIsNull(u"t"_s));
-    EXPECT_EQ(row.columnCount(), 6);
 }
 
 void expectNothing(FMResultSet& cursor, const QString& name, int index) {
@@ -54,12 +37,12 @@ void expectNothing(FMResultSet& cursor, const QString& name, int index) {
 }
 
 TEST_F(FMResultSetTest, cursorThatIsInvalidUsedUpOrAskedBesideItsColumnsAnswersNothing) {
-    FMResultSet invalid = _db->executeQuery(u"select from"_s);
+    FMResultSet invalid = _db.executeQuery(u"select from"_s);
     EXPECT_FALSE(invalid.isValid() || invalid.next());
     invalid.close();
     expectNothing(invalid, u"x"_s, 0);
 
-    FMResultSet one = _db->executeQuery(u"select 1 as x"_s);
+    FMResultSet one = _db.executeQuery(u"select 1 as x"_s);
     expectNothing(one, u"y"_s, 0);
     ASSERT_TRUE(one.next());
     for (const int index : {-1, 1, std::numeric_limits<int>::max()})
@@ -72,7 +55,7 @@ TEST_F(FMResultSetTest, cursorThatIsInvalidUsedUpOrAskedBesideItsColumnsAnswersN
 TEST_F(FMResultSetTest, boundArgumentsLiveAsLongAsTheCursor) {
     FMResultSet rows = [&] {
         const QString text = u"temporary "_s + QString::number(42);
-        return _db->executeQuery(u"select ?, ? union all select 1, 2"_s, text, text.toUtf8());
+        return _db.executeQuery(u"select ?, ? union all select 1, 2"_s, text, text.toUtf8());
     }();
     FMResultSet moved;
     moved = std::move(rows);
@@ -81,10 +64,10 @@ TEST_F(FMResultSetTest, boundArgumentsLiveAsLongAsTheCursor) {
     EXPECT_EQ(moved.dataForColumnIndex(1), QByteArray("temporary 42"));
     ASSERT_TRUE(moved.next());
     EXPECT_EQ(moved.intForColumnIndex(1), 2);
-    moved = _db->executeQuery(u"select 1 as Id"_s);
+    moved = _db.executeQuery(u"select 1 as Id"_s);
     ASSERT_TRUE(moved.next());
     EXPECT_EQ(moved.intForColumn(u"id"_s), 1);
-    _db->close();
+    _db.close();
     EXPECT_FALSE(moved.isValid());
 }
 

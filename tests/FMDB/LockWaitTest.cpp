@@ -3,9 +3,13 @@
 
 #include "support/Rows.h"
 
-#include <sqlite3.h>
+struct LockWaitTest : testing::Test {
+    QTemporaryDir folder;
+    support::Database holder{folder.filePath(u"files.db"_s)};
+    support::Database other{holder.databasePath()};
+};
 
-TEST(LockWaitTest, anExclusiveTransactionElsewhereIsWaitedForNotFailedOn) {
+TEST_F(LockWaitTest, anExclusiveTransactionElsewhereIsWaitedForNotFailedOn) {
     // A connection that has not read the tables yet meets the lock when it prepares a statement,
     // otherwise when it steps.
     using Call = bool (*)(FMDatabase&);
@@ -14,10 +18,9 @@ TEST(LockWaitTest, anExclusiveTransactionElsewhereIsWaitedForNotFailedOn) {
     const Call begin = [](auto& db) { return db.beginTransaction(); };
     for (const auto& [knowsTables, call] :
          {std::pair(false, select), {true, select}, {true, insert}, {true, begin}}) {
-        const QTemporaryDir folder;
-        FMDatabase holder(folder.filePath(u"files.db"_s));
-        FMDatabase db(holder.databasePath());
-        ASSERT_TRUE(holder.open() && db.open());
+        QFile::remove(holder.databasePath());
+        ASSERT_TRUE(holder.close() && holder.open());
+        support::Database db(holder.databasePath());
         ASSERT_TRUE((knowsTables ? db : holder).executeUpdate(u"create table T (V)"_s));
         ASSERT_TRUE(holder.beginTransaction());
         ASSERT_TRUE(holder.executeUpdate(u"insert into T values (1)"_s));
@@ -36,11 +39,7 @@ TEST(LockWaitTest, anExclusiveTransactionElsewhereIsWaitedForNotFailedOn) {
     }
 }
 
-TEST(LockWaitTest, othersReadWhatWasBeforeATransactionThatLetsThemAndWriteOnlyAfterIt) {
-    const QTemporaryDir folder;
-    FMDatabase holder(folder.filePath(u"files.db"_s));
-    FMDatabase other(holder.databasePath());
-    ASSERT_TRUE(holder.open() && other.open());
+TEST_F(LockWaitTest, othersReadWhatWasBeforeATransactionThatLetsThemAndWriteOnlyAfterIt) {
     ASSERT_TRUE(holder.executeUpdate(u"create table T (V)"_s));
     other.setBusyRetryTimeout(3);
     FMTransaction transaction(holder, FMDatabase::Others::Read);
@@ -74,9 +73,7 @@ TEST(LockLimitTest, retriesEndAtTheLimitOrWithTheLock) {
     }
 }
 
-TEST(ObserverTest, hearsOfTheFilesTroublesAndOfALongWaitWithItsEnd) {
-    const QTemporaryDir folder;
-    FMDatabase holder(folder.filePath(u"files.db"_s));
+TEST_F(LockWaitTest, anObserverHearsOfTheFilesTroublesAndOfALongWaitWithItsEnd) {
     FMDatabase db(holder.databasePath());
     std::vector<int> codes;
     bool letsGo = true;
@@ -85,8 +82,8 @@ TEST(ObserverTest, hearsOfTheFilesTroublesAndOfALongWaitWithItsEnd) {
         EXPECT_TRUE(code != SQLITE_BUSY || !letsGo || holder.commit());
     };
     db.setObserver(observer, std::chrono::milliseconds(0));
-    ASSERT_TRUE(holder.open() && db.open());
-    ASSERT_TRUE(holder.executeUpdate(u"create table T (V unique)"_s) && holder.beginTransaction());
+    ASSERT_TRUE(db.open() && holder.executeUpdate(u"create table T (V unique)"_s));
+    ASSERT_TRUE(holder.beginTransaction());
     EXPECT_TRUE(db.executeUpdate(u"insert into T values (1)"_s));
     EXPECT_EQ(codes, (std::vector{SQLITE_BUSY, SQLITE_OK})) << "told once in a wait";
     codes.clear();

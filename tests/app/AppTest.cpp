@@ -3,7 +3,6 @@
 #include "app/IdleWatch.h"
 #include "app/RunningProgram.h"
 #include "browser/PBImageBrowserTipView.h"
-#include "catalogue/PBCatalogue.h"
 #include "platform/tasks/MainLoop.h"
 
 #include <latch>

@@ -1,27 +1,15 @@
 #include "app/ScanProgram.h"
 
-namespace {
-
-struct CatalogueHealthTest : ScanProgramTest {
-    /// Overwrites the page on which most of the photographs' rows of a small catalogue stand.
-    void damageRows() const {
-        QFile file(profile + u"/files.db"_s);
-        const QByteArray bytes = support::readFile(file.fileName());
-        const qsizetype at = bytes.indexOf("p1.jpg") / 4096 * 4096;
-        ASSERT_GT(at, 0);
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(at));
-        ASSERT_EQ(file.write(QByteArray(1000, '\x7f')), 1000);
-    }
-};
-
-} // namespace
-
-TEST_F(CatalogueHealthTest, aDamagedPageIsToldInTheWindowAndARepairSavesTheRest) {
+TEST_F(ScanProgramTest, ADamagedPageIsToldInTheWindowAndARepairSavesTheRest) {
     for (int i = 0; i < 40; ++i)
         makePicture(u"p%1.jpg"_s.arg(i));
     visit({u"--add"_s, pictures});
     EXPECT_FALSE(QFile::exists(profile + u"/running"_s)) << "ended well";
-    damageRows();
+    // The page on which most of the photographs' rows of a small catalogue stand.
+    QByteArray bytes = support::readFile(profile + u"/files.db"_s);
+    const qsizetype at = bytes.indexOf("p1.jpg") / 4096 * 4096;
+    ASSERT_GT(at, 0);
+    support::writeFile(profile + u"/files.db"_s, bytes.replace(at, 1000, QByteArray(1000, '\x7f')));
     start({});
     EXPECT_TRUE(notice().contains(u"damaged"_s));
     EXPECT_TRUE(QFile::exists(profile + u"/running"_s));

@@ -1,11 +1,6 @@
 #include "app/RunningProgram.h"
 
-#include "FMDB/FMDatabase.h"
-#include "app/MarksServices.h"
-#include "group/GroupTypes.h"
 #include "support/Rows.h"
-
-#include <random>
 
 namespace {
 
@@ -46,50 +41,26 @@ struct EditStormTest : RunningProgramTest {
         const QStringList tags = support::words("lake city Anna");
         const QString& tag = tags[below(3)];
         const QString& other = tags[below(3)];
-        Edit::Change change;
-        switch (below(7)) {
-        case 0:
-        case 1:
-            change = Edit::Rate{static_cast<int>(below(3))};
-            break;
-        case 2:
-            change = Edit::ToggleFlag{};
-            break;
-        case 3:
-            change = Edit::ChangeTags{{tag}, {other}};
-            break;
-        case 4:
-            change = Edit::SetTags{below(2) == 0 ? QStringList() : QStringList{tag, other}};
-            break;
-        case 5:
-            change = Edit::Turn{90};
-            break;
-        default:
-            change = below(2) == 0 ? Edit::Change(Edit::RenameTag{tag, other})
-                                   : Edit::Change(Edit::SetFlag{below(2) == 0});
-        }
-        edits().run({.fileIds = somePhotographs(), .change = change});
+        const Edit::Change changes[] = {
+            Edit::Rate{0},
+            Edit::Rate{static_cast<int>(below(3))},
+            Edit::ToggleFlag{},
+            Edit::SetFlag{below(2) == 0},
+            Edit::ChangeTags{{tag}, {other}},
+            Edit::SetTags{},
+            Edit::SetTags{{tag, other}},
+            Edit::RenameTag{tag, other},
+            Edit::Turn{90}};
+        edits().run({.fileIds = somePhotographs(), .change = changes[below(std::size(changes))]});
     }
     void operation() {
-        switch (below(12)) {
-        case 0:
-            return addPicture();
-        case 1: {
-            const QString file = someFile();
-            QFile::remove(file);
-            files.erase(file);
-            return;
-        }
-        case 2:
-            return writePicture(someFile());
-        case 3:
-            return edits().redo();
-        case 4:
-        case 5:
-            return edits().undo();
-        default:
-            return edit();
-        }
+        const unsigned what = below(12);
+        if (what == 0) return addPicture();
+        if (what == 1) return void(QFile::remove(files.extract(someFile()).value()));
+        if (what == 2) return writePicture(someFile());
+        if (what == 3) return edits().redo();
+        if (what < 6) return edits().undo();
+        edit();
     }
     void browseAnotherWay() {
         const std::vector<int> chains[] = {
@@ -103,7 +74,7 @@ struct EditStormTest : RunningProgramTest {
 
     QStringList shown() {
         QStringList all;
-        const auto& leaves = window().window().findChild<PBImageBrowserView*>()->leaves();
+        const auto& leaves = browser().leaves();
         for (std::int64_t group = 0; group < leaves.leafCount(); ++group) {
             QString place;
             const PBGroupItem* node = leaves.leaf(group).data->groupItem();
@@ -116,8 +87,7 @@ struct EditStormTest : RunningProgramTest {
                            .arg((static_cast<int>(item->rotateAngle()) + 720) % 360)
                            .arg(place);
         }
-        all.sort();
-        return all;
+        return support::sorted(all);
     }
     QStringList wanted() {
         QString columns;
@@ -143,8 +113,7 @@ struct EditStormTest : RunningProgramTest {
             const QFileInfo file(path(u"p/"_s + row.section(u'|', 1, 1)));
             if (file.size() == row.section(u'|', 0, 0).toLongLong()) all += row.section(u'|', 2);
         }
-        all.sort();
-        return all;
+        return support::sorted(all);
     }
 
     static QString difference(QStringList shown, QStringList wanted) {

@@ -1,13 +1,9 @@
 #include "app/OpenedPaths.h"
 #include "app/RunningProgram.h"
-#include "catalogue/PBCatalogue.h"
-#include "group/PBImageFileItem.h"
 #include "library/OpenedRoots.h"
+#include "platform/program/TextLanguages.h"
 #include "shell/commands/MarkCommands.h"
 #include "shell/large/LargeView.h"
-#include "shell/panes/NoticeBar.h"
-#include "shell/sidebar/FolderRootCommands.h"
-#include "shell/sidebar/SourceSelection.h"
 #include "support/Rows.h"
 
 #include <sys/stat.h>
@@ -115,31 +111,6 @@ TEST_F(OpenFilesTest, photographsAreShownLargeAndTheirFoldersAreThereForThisRun)
         QStringList{u"0"_s});
 }
 
-TEST_F(OpenFilesTest, foldersBecomeRootsAndAreShownInTheBrowser) {
-    const QString picture = makePicture(u"p/a.png"_s);
-    makePicture(u"p/q/b.png"_s);
-    makePicture(u"n/c.png"_s);
-    const QString p = path(u"p"_s);
-    controller->applicationOpenFiles({picture});
-    EXPECT_TRUE(showsLarge(u"[a.png]"_s));
-    controller->applicationOpenFiles({p});
-    EXPECT_TRUE(showsInBrowser(2)) << "the opened one is named now, and stays";
-    EXPECT_TRUE(openedRoots().isEmpty());
-    for (const QStringList& both : {QStringList{picture, p}, {p, picture}}) {
-        controller->applicationOpenFiles(both);
-        EXPECT_TRUE(support::spinUntil([&] {
-            return large().isShown() && large().controller().bin().count() == 2;
-        })) << "the folder wins";
-        large().view_ThumbnailView();
-    }
-    // Far apart each becomes a root, and what holds them does not.
-    controller->applicationOpenFiles({make(u"m/one"_s), path(u"n"_s)});
-    EXPECT_EQ(selectedFolder(), path(u"m/one"_s));
-    EXPECT_EQ(roots(), (QStringList{p, path(u"n"_s), path(u"m/one"_s)}));
-    controller->applicationOpenFiles({path(u"gone.png"_s)});
-    EXPECT_EQ(selectedFolder(), path(u"m/one"_s));
-}
-
 TEST_F(OpenFilesTest, aFolderThatIsToldLateLeavesThePhotographOnShow) {
     const QString picture = makePicture(u"p/q/a.png"_s);
     controller->addFolders({path(u"p"_s)});
@@ -156,6 +127,62 @@ TEST_F(OpenFilesTest, aFolderThatIsToldLateLeavesThePhotographOnShow) {
     EXPECT_TRUE(showsInBrowser(1)) << "the user has chosen another folder";
 }
 
+TEST_F(OpenFilesTest, aRootThatIsFoundLateHasItsPhotographsOnce) {
+    const QString picture = makePicture(u"p/q/a.png"_s);
+    makePicture(u"p/q/b.png"_s);
+    const QString p = path(u"p"_s);
+    const QString q = p + u"/q"_s;
+    controller->addFolders({p});
+    ASSERT_TRUE(showsInBrowser(2));
+    const auto root = controller->aliasManager().findAliasObjectByPath(p);
+    const auto isFound = [&](const PBAliasResolution& answer) {
+        const PBAliasArray changed = controller->aliasManager().aliasDidAnswer(*root, answer);
+        SourceSelection& selection = window().sourceSelection();
+        root->isMounted() ? selection.volumesDidMount(changed)
+                          : selection.volumesDidUnmount(changed);
+    };
+    isFound({.outcome = PBAliasResolution::Outcome::VolumeAbsent});
+    ASSERT_EQ(roots(), QStringList{QString()});
+    controller->applicationOpenFiles({picture});
+    EXPECT_EQ(roots(), QStringList{p}) << "asked for once more";
+    EXPECT_TRUE(showsLarge(u"[a.png] b.png"_s));
+
+    // Its disk answers later still.
+    large().view_ThumbnailView();
+    isFound({.outcome = PBAliasResolution::Outcome::VolumeAbsent});
+    ASSERT_TRUE(window().folderRootCommands().openFolder(q));
+    const auto request = OpenFilesRequest::reduce(
+        {picture}, [](const auto&) { return OpenFilesRequest::Kind::File; });
+    controller->setOpenFiles(std::make_shared<PBOpenFiles>(request->folders));
+    window().sourceSelection().selectFolder(q);
+    large().openFilesEnterToLargeView(request->firstFile);
+    ASSERT_TRUE(showsLarge(u"[a.png] b.png"_s));
+    // Whoever watches may have found it by now, since its disk is there.
+    ASSERT_TRUE(openedRoots() == QStringList{q} || roots() == QStringList{p});
+    isFound({.outcome = PBAliasResolution::Outcome::Found, .path = p});
+    EXPECT_EQ(roots(), QStringList{p});
+    EXPECT_EQ(selectedFolder(), q);
+    EXPECT_TRUE(showsLarge(u"[a.png] b.png"_s)) << "what is looked at stays";
+    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    EXPECT_EQ(rows("select count(*) from ImageFile"), QStringList{u"2"_s});
+}
+
+TEST_F(OpenFilesTest, aPhotographThatIsLeftBeforeTheScanHasItIsSelectedWhenItComes) {
+    for (const QString& name : {u"p/a.png"_s, u"p/b.png"_s, u"p/q/c.png"_s})
+        makePicture(name);
+    controller->applicationOpenFiles({path(u"p/b.png"_s)});
+    ASSERT_TRUE(large().isShown() && !large().chosenImageFileItem());
+    large().view_ThumbnailView();
+    QStringList names;
+    EXPECT_TRUE(support::spinUntil([&] {
+        names = support::listed(
+            selection().selectedFileArray(FoldedLeaves::Included),
+            [](const auto& item) { return item->fileName(); });
+        return !names.isEmpty() && !controller->isScanning();
+    }));
+    EXPECT_EQ(names, QStringList{u"b.png"_s});
+}
+
 TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
     const QString picture = path(u"p/a.jpg"_s);
     support::writePicture(picture, {80, 60});
@@ -169,14 +196,9 @@ TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
         return controller->isIdle() && large().controller().bin().focusImageFileItem()->star() == 4;
     }));
     controller.reset();
-    {
-        FMDatabase left(path(u"profile/files.db"_s));
-        ASSERT_TRUE(left.open());
-        EXPECT_EQ(
-            support::rowsOf(
-                left, u"select (select count(*) from ImageFile) + count(*) from FolderAlias"_s),
-            QStringList{u"0"_s});
-    }
+    const QString rowCount =
+        u"select (select count(*) from ImageFile) + count(*) from FolderAlias"_s;
+    EXPECT_EQ(support::rowsOf(path(u"profile/files.db"_s), rowCount), QStringList{u"0"_s});
     start();
     controller->applicationOpenFiles({picture});
     double first = -1;
@@ -199,18 +221,29 @@ TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {
         support::writeFile(file, "x");
     ASSERT_TRUE(QFile::setPermissions(locked, {}));
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    QStringList told;
+    std::vector<UnopenedPath> told;
     QStringList openable = openablePaths(
         {picture + u'x', picture, text, locked, pipe, folder.path()},
-        [&](const QString& sentence) { told.append(sentence); });
+        [&](const UnopenedPath& unopened) { told.push_back(unopened); });
     if (::geteuid() == 0) // who may read the locked one, too
         EXPECT_TRUE(openable.removeOne(locked));
     else
-        EXPECT_TRUE(told.takeAt(2).contains(locked));
+        EXPECT_EQ(std::exchange(told[2], told.back()).error, EACCES);
     EXPECT_EQ(openable, (QStringList{picture, folder.path()}));
-    EXPECT_EQ(told.size(), 3);
-    EXPECT_TRUE(told.first().contains(picture + u'x'));
+    using enum UnopenedPath::Fault;
+    told.resize(3);
+    EXPECT_EQ(
+        told, (std::vector<UnopenedPath>{
+                  {Missing, picture + u'x', ENOENT},
+                  {NoPhotograph, text, 0},
+                  {NeitherFileNorFolder, pipe, 0}}));
     NoticeBar& notice = controller->mainWindowController().noticeBar();
+    platform::LocalizedTexts::setLanguage(u"de"_s);
+    EXPECT_EQ(
+        localizedSentenceOf(told[1]),
+        text + u" ist kein Foto einer Art, die angezeigt werden kann."_s);
+    platform::LocalizedTexts::setLanguage(u"en"_s);
+    QLocale::setDefault(QLocale::c());
     controller->tellUnopened(told);
     EXPECT_FALSE(notice.text().isEmpty());
     controller->tellUnopened({});

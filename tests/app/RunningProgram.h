@@ -14,13 +14,15 @@ struct RunningProgramTest : testing::Test {
         controller.reset();
         platform::StandardFolders::setProfile({});
     }
-    /// Anew, if it runs already.
-    void start() {
+    /// Anew, if it runs already; with a photograph it is for that one.
+    void start(const QString& file = {}) {
         controller.reset();
         platform::StandardFolders::setProfile(path(u"profile"_s));
         controller.emplace();
         controller->awakeFromNib();
+        if (!file.isEmpty()) controller->setIgnoreSelectLastFolder();
         controller->applicationDidFinishLaunching();
+        if (!file.isEmpty()) controller->applicationOpenFiles({file});
     }
     QString path(const QString& below) const { return folder.filePath(below); }
     QString make(const QString& below) const {
@@ -34,9 +36,8 @@ struct RunningProgramTest : testing::Test {
 
     PBMainWindowController& window() { return controller->mainWindowController(); }
     SourceTreeController& tree() { return window().sourceSidebar().tree(); }
-    const BrowserSelection& selection() {
-        return window().window().findChild<PBImageBrowserView*>()->selection();
-    }
+    PBImageBrowserView& browser() { return *window().window().findChild<PBImageBrowserView*>(); }
+    const BrowserSelection& selection() { return browser().selection(); }
     QString selectedFolder() {
         const auto selected = tree().selectedFolder();
         return selected ? selected->folderPath() : QString();

@@ -66,15 +66,10 @@ struct ScanProgramTest : testing::Test {
         QDirIterator iterator(pictures, filter, QDir::Files, QDirIterator::Subdirectories);
         while (iterator.hasNext())
             names.append(iterator.next().mid(pictures.size() + 1));
-        names.sort();
-        return names;
+        return support::sorted(names);
     }
     QStringList rows(const QString& sql, const char* file = "files.db") const {
-        FMDatabase db(profile + u'/' + QLatin1StringView(file));
-        if (!db.open()) return {};
-        QStringList found = support::rowsOf(db, sql);
-        found.sort();
-        return found;
+        return support::sorted(support::rowsOf(profile + u'/' + QLatin1StringView(file), sql));
     }
     QStringList inCatalogue() const {
         return rows(u"select ifnull(Folder.RelativePath||'/','')||FileName from ImageFile "

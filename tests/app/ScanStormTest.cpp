@@ -77,14 +77,13 @@ TEST_F(ScanProgramTest, AfterAStormOfFileOperationsTheCatalogueIsWhatTheDiskIs) 
     // What was replaced under its own name shows at the next visit, and then nothing is left to do.
     visit();
     EXPECT_EQ(inCatalogue(), onDisk());
-    QStringList sizes = support::listed(onDisk(), [&](const auto& name) {
+    const QStringList sizes = support::listed(onDisk(), [&](const auto& name) {
         return name + u' ' + QString::number(QFileInfo(pictures + u'/' + name).size());
     });
-    sizes.sort();
     EXPECT_EQ(
         rows(u"select ifnull(Folder.RelativePath||'/','')||FileName||' '||FileSize "
              "from ImageFile join Folder on Folder.Id = FolderId"_s),
-        sizes);
+        support::sorted(sizes));
     expectConsistentCatalogue();
     EXPECT_EQ(rows(u"select FileId from Thumbnail"_s, "thumbnail.db").size(), sizes.size());
     expectFigures(visit(), {{"rows_inserted", 0}, {"rows_removed", 0}, {"thumbnails_built", 0}});

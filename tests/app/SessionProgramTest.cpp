@@ -3,7 +3,6 @@
 namespace {
 
 struct SessionProgramTest : RunningProgramTest {
-    PBImageBrowserView& browser() { return *window().window().findChild<PBImageBrowserView*>(); }
     /// Selects them; the last one is the current one.
     void choose(const QStringList& names) {
         browser().leaves().forEachImage(
@@ -13,20 +12,11 @@ struct SessionProgramTest : RunningProgramTest {
             });
         browser().selectDidChange();
     }
-    /// Anew, for that photograph.
-    void startWith(const QString& file) {
-        controller.reset();
-        controller.emplace();
-        controller->awakeFromNib();
-        controller->setIgnoreSelectLastFolder();
-        controller->applicationDidFinishLaunching();
-        controller->applicationOpenFiles({file});
-    }
     bool isQuiet() { return controller->isIdle() && !controller->isScanning(); }
     /// The names of the selected photographs, and of the current one.
     QString shown() {
         QString names;
-        for (const auto& item : browser().selection().selectedFileArray(FoldedLeaves::Included))
+        for (const auto& item : selection().selectedFileArray(FoldedLeaves::Included))
             names += item->fileName() + u' ';
         const auto current = browser().leaves().imageFileAtIndex(browser().currentIndex());
         return names + (current ? current->fileName() : u"-"_s);
@@ -39,7 +29,7 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
         makePicture(u"pictures/"_s + name + u".png"_s);
     controller->addFolders({pictures});
     ASSERT_TRUE(support::spinUntil(
-        [&] { return isQuiet() && browser().selection().itemCount(FoldedLeaves::Included) == 6; }));
+        [&] { return isQuiet() && selection().itemCount(FoldedLeaves::Included) == 6; }));
     choose(support::words("b.png e.png"));
     start();
     EXPECT_TRUE(support::spinUntil([&] { return shown() == u"b.png e.png e.png"; }))
@@ -50,7 +40,7 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
     const QString other = makePicture(u"other/x.png"_s);
     for (const bool isAtStart : {false, true}) {
         if (isAtStart) {
-            startWith(other);
+            start(other);
         } else {
             choose({u"c.png"_s}); // at the last moment
             controller->applicationOpenFiles({other});

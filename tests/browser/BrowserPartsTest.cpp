@@ -1,15 +1,9 @@
 #include "BrowserViewFixture.h"
 
-#include "browser/PBImageBrowserContainerView.h"
-#include "browser/PBImageBrowserDragTipView.h"
 #include "browser/PBImageBrowserTipView.h"
 #include "ui/DragOut.h"
-#include "ui/FolderDropTarget.h"
-#include "ui/PreparedThumbnails.h"
 
 #include <QElapsedTimer>
-#include <QMimeData>
-#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QUrl>
@@ -24,11 +18,6 @@ QImage redAndBlue() {
 
 TEST(TipViewTest, whatCoversTheBrowserFitsTheWindowAndOffersWhatHelps) {
     using View = PBImageBrowserTipView;
-    EXPECT_EQ(View::kindFor({.hasGroups = true}), 0);
-    EXPECT_EQ(View::kindFor({.hasSelection = true, .isScanning = true}), 1);
-    EXPECT_EQ(View::kindFor({.hasRoots = true, .isScanning = true}), 2);
-    EXPECT_EQ(View::kindFor({.hasRoots = true, .hasSelection = true}), 3);
-    EXPECT_EQ(View::kindFor({.hasRoots = true, .hasSelection = true, .isScanning = true}), 4);
     View view;
     QStringList asked;
     QObject::connect(
@@ -58,32 +47,8 @@ TEST(TipViewTest, whatCoversTheBrowserFitsTheWindowAndOffersWhatHelps) {
     auto* clear = view.findChild<QPushButton*>(u"ClearSearch"_s);
     view.setReason({u"None of them"_s, {View::Remedy::ClearSearch}});
     EXPECT_TRUE(clear->isVisible() && view.findChild<QPushButton*>(u"ShowAll"_s)->isHidden());
-    std::vector<View::Remedy> remedies;
-    QObject::connect(&view, &View::remedyRequested, &view, [&](View::Remedy remedy) {
-        remedies.push_back(remedy);
-    });
-    clear->click();
-    EXPECT_EQ(remedies, std::vector{View::Remedy::ClearSearch});
     view.setTipKind(2); // where a reason of the former folder says nothing
     EXPECT_TRUE(clear->isHidden());
-}
-
-TEST(ContainerViewTest, layersFillThePaneAndTheTipOfADragLiesAboveThem) {
-    PBImageBrowserContainerView pane([](const QString&) { return true; });
-    pane.resize(300, 200);
-    pane.show();
-    auto* tip = pane.findChild<PBImageBrowserDragTipView*>();
-    auto* layer = new QWidget;
-    pane.addLayer(layer);
-    EXPECT_EQ(layer->geometry(), pane.rect());
-    EXPECT_EQ(pane.children().constLast(), tip);
-    pane.resize(320, 240);
-    EXPECT_TRUE(layer->geometry() == pane.rect() && tip->geometry() == pane.rect());
-    auto* target = pane.findChild<FolderDropTarget*>();
-    for (const bool isOver : {true, false}) {
-        Q_EMIT target->draggingChanged(isOver);
-        EXPECT_EQ(tip->isVisible(), isOver);
-    }
 }
 
 TEST(DragOutTest, carriesFilesAndTextUnderATurnedPictureWithTheCountOfMany) {

@@ -127,16 +127,4 @@ TEST_F(BrowserSelectionTest, pathsOfMissingFoldersAreLeftOut) {
     EXPECT_EQ(selection.selectedFilePath(folders, Included), QStringList{u"/p/c39"_s});
 }
 
-TEST_F(BrowserSelectionTest, searchesFindImagesNearAndFar) {
-    BrowserTree large{3000, 1, 1, 3000};
-    leaves.setLeafGroupItemArray(large.leaves());
-    for (const Index visibleBegin : {Index{}, Index{0, 2990}, Index{3, 10}, Index{9, 0}}) {
-        leaves.setVisible(visibleBegin);
-        for (const Index index : {Index{0, 0}, Index{0, 2999}, Index{1, 0}, Index{3, 2999}})
-            EXPECT_EQ(leaves.indexForImageFile(leaves.imageFileAtIndex(index)), index);
-        EXPECT_EQ(leaves.indexForImageFile(tree.item(0, 0)), Index{});
-    }
-    EXPECT_FALSE(leaves.imageFileAtIndex({4, 0}) || leaves.imageFileAtIndex({1, 1}));
-}
-
 } // namespace

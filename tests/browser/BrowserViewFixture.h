@@ -51,8 +51,7 @@ struct BrowserViewTest : ::testing::Test {
         QApplication::processEvents(); // the scroller appears
     }
     void showLeaves(const std::vector<PBGroupItem*>& leaves) {
-        view->setLeafGroupItemArray(leaves);
-        view->reloadData();
+        view->showLeafGroupItemArray(leaves);
     }
     ~BrowserViewTest() override {
         services.buffer.setBrowserOrder(nullptr);

@@ -32,8 +32,7 @@ struct FakeThumbnails final : ThumbnailLoader {
 
 /// A build of the build queue, as far as the browser can see.
 struct FakeBuild final : platform::Operation {
-    explicit FakeBuild(qint64 id) : fileId(id) {}
-    const qint64 fileId;
+    explicit FakeBuild(qint64 fileId) : Operation(fileId) {}
     std::function<void()> work = [] {};
 
 protected:
@@ -46,10 +45,6 @@ struct FakeServices final : BrowserServices, group::FolderPaths {
     ThumbnailLoader& preloadThumbnailLoader() override { return preloaded; }
     platform::OperationQueue& preloadThumbnailOperationQueue() override { return preloadQueue; }
     platform::OperationQueue& buildThumbOperationQueue() override { return buildQueue; }
-    std::optional<qint64> fileIdOfBuildThumb(const platform::Operation& operation) const override {
-        const auto* build = dynamic_cast<const FakeBuild*>(&operation);
-        return build ? std::optional(build->fileId) : std::nullopt;
-    }
     std::unique_ptr<PBImageImporterProtocol> imageImporter(const PBImageFileItem& item) override {
         return makeImporter ? makeImporter(item) : nullptr;
     }

@@ -8,16 +8,16 @@ using CatalogueIdentity::Match;
 
 namespace {
 
-struct Files : FMDatabase {
-    explicit Files(int images) : FMDatabase(QString()) {
-        EXPECT_TRUE(open() && PBCatalogue(*this).checkTables_FilesDb());
+struct Files : support::Database {
+    explicit Files(int images) {
+        EXPECT_TRUE(PBCatalogue(*this).checkTables_FilesDb());
         while (images-- > 0)
             PBCatalogue(*this).insertImageFileWithDictionary({{u"FolderId"_s, 1}});
     }
 };
-struct Thumbnails : FMDatabase {
-    explicit Thumbnails(std::initializer_list<qint64> ids) : FMDatabase(QString()) {
-        EXPECT_TRUE(open() && PBCatalogue(*this).checkTables_Thumbnail());
+struct Thumbnails : support::Database {
+    explicit Thumbnails(std::initializer_list<qint64> ids) {
+        EXPECT_TRUE(PBCatalogue(*this).checkTables_Thumbnail());
         for (const qint64 id : ids)
             PBCatalogue(*this).insertThumbnailWithFileId(id, "t");
     }

@@ -7,13 +7,13 @@
 namespace {
 
 constexpr int pageSize = 4096;
-constexpr int photographs = 1200;
+constexpr int photographs = 600;
 const QString marks = u"select Id,FileName,FileStars from ImageFile order by Id"_s;
 
 void makeCatalogue(const QString& path) {
-    FMDatabase db(path);
+    support::Database db(path);
     PBCatalogue catalogue(db);
-    ASSERT_TRUE(db.open() && catalogue.checkTables_FilesDb() && db.beginTransaction());
+    ASSERT_TRUE(catalogue.checkTables_FilesDb() && db.beginTransaction());
     const qint64 root = catalogue.insertFolderAliasWithData("bookmark", 0, u"/photographs"_s, 0);
     const qint64 folder = catalogue.insertFolderWithAliasId(root, u"sub"_s);
     for (int i = 1; i <= photographs; ++i) {
@@ -26,14 +26,8 @@ void makeCatalogue(const QString& path) {
     ASSERT_TRUE(catalogue.removeImageFileAndMetadataWithFileId(photographs) && db.commit());
 }
 
-QStringList read(const QString& path, const QString& sql) {
-    FMDatabase db(path);
-    return db.open() ? support::rowsOf(db, sql) : QStringList();
-}
-
 QString damageOf(const QString& path, CatalogueCheck::Depth depth, bool shouldStop = false) {
-    FMDatabase db(path);
-    EXPECT_TRUE(db.open());
+    support::Database db(path);
     return CatalogueCheck::firstDamage(db, depth, [=] { return shouldStop; });
 }
 
@@ -46,7 +40,7 @@ TEST(CatalogueRepairTest, whicheverPageIsDamagedIsFoundAndAllElseIsSaved) {
     using CatalogueCheck::Depth;
     for (const Depth depth : {Depth::Rows, Depth::Whole})
         EXPECT_EQ(damageOf(sound, depth), QString());
-    const QStringList all = read(sound, marks);
+    const QStringList all = support::rowsOf(sound, marks);
     ASSERT_EQ(all.size(), photographs - 1);
     const QByteArray bytes = support::readFile(sound);
     const auto pages = static_cast<int>(bytes.size() / pageSize);
@@ -67,7 +61,7 @@ TEST(CatalogueRepairTest, whicheverPageIsDamagedIsFoundAndAllElseIsSaved) {
         ++found;
         const auto saved = CatalogueRepair::copyReadable(damaged, copy);
         ASSERT_TRUE(saved);
-        const QStringList rows = read(copy, marks);
+        const QStringList rows = support::rowsOf(copy, marks);
         EXPECT_EQ(*saved, rows.size());
         const QSet<QString> known(all.begin(), all.end());
         EXPECT_TRUE(
@@ -75,13 +69,10 @@ TEST(CatalogueRepairTest, whicheverPageIsDamagedIsFoundAndAllElseIsSaved) {
         // A leaf holds some two hundred and fifty photographs.
         if (rows.size() > photographs - 300) ++savedMost;
         EXPECT_EQ(damageOf(copy, Depth::Whole), QString());
-        FMDatabase db(copy);
-        ASSERT_TRUE(db.open());
+        support::Database db(copy);
         support::expectConsistentCatalogue(db);
-        const QString last =
-            support::rowsOf(db, u"select seq from sqlite_sequence where name='ImageFile'"_s)
-                .value(0);
-        if (last.toInt() == photographs) ++countersKept;
+        const QString last = u"select seq from sqlite_sequence where name='ImageFile'"_s;
+        if (support::rowsOf(db, last).value(0).toInt() == photographs) ++countersKept;
         ASSERT_TRUE(db.close() && QFile::remove(copy));
     }
     EXPECT_GT(found, 30);

@@ -114,11 +114,9 @@ TEST_F(MarksTest, ALedgerCutAnywhereIsReplacedByTheNewestGoodSnapshotAndTheCatal
     const qint64 gone = addPhotograph(u"gone.jpg"_s);
     change({gone}, all);
     const QDateTime noon(QDate(2026, 5, 1), QTime(12, 0), Qt::UTC);
-    {
-        FMDatabase ledger(marksPath);
-        ASSERT_TRUE(ledger.open() && marks::takeSnapshot(ledger, snapshots, noon));
-        ASSERT_TRUE(marks::takeSnapshot(ledger, snapshots, noon.addSecs(3600)));
-    }
+    support::Database ledger(marksPath);
+    ASSERT_TRUE(marks::takeSnapshot(ledger, snapshots, noon));
+    ASSERT_TRUE(marks::takeSnapshot(ledger, snapshots, noon.addSecs(3600)) && ledger.close());
     EXPECT_EQ(QDir(snapshots).entryList(QDir::Files), QStringList{u"marks-2026-05-01-120000.db"_s})
         << "none where nothing changed";
     support::writeFile(snapshots + u"/marks-2026-06-01-120000.db"_s, "no database");
@@ -144,13 +142,10 @@ TEST_F(MarksTest, ALockedLedgerIsLeftAsItIsAndNobodyWaitsForEver) {
     const qint64 one = addPhotograph(u"a.jpg"_s);
     change({one}, fourStars);
     const QStringList before = inLedger() + inCatalogue();
-    FMDatabase other(marksPath);
-    ASSERT_TRUE(other.open() && other.beginTransaction());
+    support::Database other(marksPath);
+    ASSERT_TRUE(other.beginTransaction());
     EXPECT_NE(marks::settleLedger(marksPath, snapshots), QString());
-    {
-        FMTransaction transaction(*both);
-        EXPECT_FALSE(transaction.isOpen());
-    }
+    EXPECT_FALSE(FMTransaction(*both).isOpen());
     other.rollback();
     EXPECT_EQ(marks::stateOfLedger(marksPath), FileState::Good);
     EXPECT_EQ(inLedger() + inCatalogue(), before);

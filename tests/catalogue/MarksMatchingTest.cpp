@@ -48,11 +48,10 @@ std::string matched(const Case& each, bool isEndOfScan = true) {
          .place = [](const LedgerRow& row) { return row.fileId ? Place::HoldsIt : Place::Gone; },
          .digest = [](const Sighting& seen) { return seen.trace.digest; },
          .isEndOfScan = isEndOfScan});
-    QStringList found = support::listed(matches, [](const auto& match) {
+    const QStringList found = support::listed(matches, [](const auto& match) {
         return u"%1>%2:%3"_s.arg(match.row + 1).arg(match.sighting + 1).arg(int(match.trust));
     });
-    found.sort();
-    return found.join(u' ').toStdString();
+    return support::sorted(found).join(u' ').toStdString();
 }
 
 } // namespace

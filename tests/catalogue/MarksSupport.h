@@ -1,10 +1,8 @@
 #pragma once
 
-#include "FMDB/FMDatabase.h"
 #include "FMDB/FMTransaction.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/marks/MarksFile.h"
-#include "catalogue/marks/MarksLedger.h"
 #include "support/Rows.h"
 
 /// An edit as the user makes it: of both files, in one transaction.
@@ -29,10 +27,9 @@ struct MarksTest : testing::Test {
     void open() {
         both.reset();
         EXPECT_EQ(marks::settleLedger(marksPath, snapshots), QString());
-        {
-            FMDatabase files(filesPath);
-            EXPECT_TRUE(files.open() && PBCatalogue(files).checkTables_FilesDb());
-        }
+        support::Database files(filesPath);
+        EXPECT_TRUE(PBCatalogue(files).checkTables_FilesDb());
+        files.close();
         both = marks::MarksLedger::connect(filesPath, marksPath);
         ASSERT_NE(both, nullptr);
         EXPECT_TRUE(both->executeUpdate(u"pragma synchronous = off"_s));

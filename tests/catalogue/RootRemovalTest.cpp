@@ -3,7 +3,7 @@
 #include "catalogue/PBCleanThumbOperation.h"
 #include "catalogue/PBClearThumbOperation.h"
 #include "catalogue/PBRemoveAliasOperation.h"
-#include "platform/tasks/OperationQueue.h"
+#include "support/Operations.h"
 #include "support/Rows.h"
 
 using Outcome = ThumbnailCleaning::Outcome;
@@ -14,8 +14,8 @@ const QStringList tables = support::words("Folder ImageFile Exif ExifAux Tiff IP
 
 struct RootRemovalTest : testing::Test {
     RootRemovalTest() {
-        EXPECT_TRUE(db.open() && PBCatalogue(db).checkTables_FilesDb());
-        EXPECT_TRUE(thumbnails.open() && PBCatalogue(thumbnails).checkTables_Thumbnail());
+        EXPECT_TRUE(PBCatalogue(db).checkTables_FilesDb());
+        EXPECT_TRUE(PBCatalogue(thumbnails).checkTables_Thumbnail());
         EXPECT_EQ(CatalogueIdentity::match(db, thumbnails), CatalogueIdentity::Match::Agree);
     }
     static void run(FMDatabase& on, const QString& sql) {
@@ -52,18 +52,16 @@ struct RootRemovalTest : testing::Test {
         const auto cleaning = std::make_shared<ThumbnailCleaning>();
         for (steps = 0; outcome == Outcome::More; ++steps) {
             const auto before = ids().size();
-            platform::OperationQueue queue(u"test"_s);
-            queue.addOperation(std::make_shared<PBCleanThumbOperation>(
+            support::perform(std::make_shared<PBCleanThumbOperation>(
                 cleaning, path, thumbnails, [&](Outcome of) { outcome = of; }));
-            queue.waitUntilAllOperationsAreFinished();
             EXPECT_LE(before - ids().size(), ThumbnailCleaning::removedAtOnce);
         }
         return outcome;
     }
 
     QTemporaryDir folder;
-    FMDatabase db{folder.filePath(u"files.db"_s)};
-    FMDatabase thumbnails{QString()};
+    support::Database db{folder.filePath(u"files.db"_s)};
+    support::Database thumbnails;
     int steps = 0;
 };
 
@@ -95,14 +93,10 @@ TEST_F(RootRemovalTest, itIsDoneThoughTheQueueIsCancelledAndGivesUpOnALockedCata
     for (const bool isLocked : {true, false}) {
         ASSERT_TRUE(other.open() && (!isLocked || other.beginTransaction()));
         std::vector<bool> ended;
-        platform::OperationQueue queue(u"test"_s);
-        queue.setSuspended(true);
-        queue.addOperation(std::make_shared<PBRemoveAliasOperation>(
+        const auto removal = std::make_shared<PBRemoveAliasOperation>(
             PBRemoveAliasOperation::Roots{{root}, root}, db,
-            [&](bool isRemoved) { ended.push_back(isRemoved); }, std::chrono::milliseconds(3)));
-        queue.cancelAllOperations();
-        queue.setSuspended(false);
-        queue.waitUntilAllOperationsAreFinished();
+            [&](bool isRemoved) { ended.push_back(isRemoved); }, std::chrono::milliseconds(3));
+        support::perform(removal, true);
         EXPECT_EQ(ended, std::vector{!isLocked});
         EXPECT_TRUE(other.close());
         EXPECT_EQ(rows(), isLocked ? u"2 2 2 2 2 2 2 states 4"_s : u"0 0 0 0 0 0 0 states "_s);
@@ -128,8 +122,8 @@ TEST_F(RootRemovalTest, thumbnailsWithoutAPhotographGoInSmallSteps) {
 }
 
 TEST_F(RootRemovalTest, allThumbnailsGoWithTheirRoomThoughTheQueueIsCancelled) {
-    FMDatabase file(folder.filePath(u"thumbnail.db"_s));
-    ASSERT_TRUE(file.open() && PBCatalogue(file).checkTables_Thumbnail());
+    support::Database file(folder.filePath(u"thumbnail.db"_s));
+    ASSERT_TRUE(PBCatalogue(file).checkTables_Thumbnail());
     ASSERT_EQ(CatalogueIdentity::match(db, file), CatalogueIdentity::Match::Agree);
     EXPECT_EQ(support::rowsOf(file, u"pragma journal_mode = wal"_s), QStringList{u"wal"_s});
     run(file, u"insert into Thumbnail(Data) values (zeroblob(3000000))"_s);
@@ -138,13 +132,8 @@ TEST_F(RootRemovalTest, allThumbnailsGoWithTheirRoomThoughTheQueueIsCancelled) {
     };
     EXPECT_GT(byteCount(), 3000000);
     bool isCleared = false;
-    platform::OperationQueue queue(u"test"_s);
-    queue.setSuspended(true);
-    queue.addOperation(
-        std::make_shared<PBClearThumbOperation>(file, [&](bool isDone) { isCleared = isDone; }));
-    queue.cancelAllOperations();
-    queue.setSuspended(false);
-    queue.waitUntilAllOperationsAreFinished();
+    const auto tell = [&](bool isDone) { isCleared = isDone; };
+    support::perform(std::make_shared<PBClearThumbOperation>(file, tell), true);
     EXPECT_TRUE(isCleared);
     EXPECT_LT(byteCount(), 100000);
     EXPECT_EQ(support::rowsOf(file, u"select count(*) from Thumbnail"_s), QStringList{u"0"_s});

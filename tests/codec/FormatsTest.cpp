@@ -3,10 +3,13 @@
 #include "codec/formats/Codecs.h"
 #include "codec/metadata/Pictures.h"
 #include "codec/pixels/FrameWriter.h"
-#include "codec/pixels/Geometry.h"
 #include "formatpictures/Encoders.h"
 
+#include <QColorSpace>
+
 #include <gif_lib.h>
+
+#include <set>
 
 namespace {
 
@@ -14,11 +17,18 @@ std::unique_ptr<codec::Decoder> opened(const QByteArray& bytes, QStringView hint
     return codec::openDecoder(codec::Source::fromBytes(bytes), hint);
 }
 
-codec::Frame
-decoded(const QByteArray& bytes, int maxSize = 0, QStringView hint = {}, std::size_t frame = 0) {
+codec::DecodeRequest
+requestFor(int maxSize, codec::Depth depth = codec::Depth::Screen, std::size_t frame = 0) {
     codec::DecodeRequest request;
     request.frame = frame;
     request.maxSize = maxSize;
+    request.depth = depth;
+    return request;
+}
+
+codec::Frame
+decoded(const QByteArray& bytes, int maxSize = 0, QStringView hint = {}, std::size_t frame = 0) {
+    const auto request = requestFor(maxSize, codec::Depth::Screen, frame);
     return codec::decode(codec::Source::fromBytes(bytes), hint, request);
 }
 
@@ -166,21 +176,9 @@ TEST(Formats, OnlyANegativeNumberOfLayersMakesAChannelTransparency) {
     EXPECT_EQ(decoded(bytes).image.pixelColor(7, 3), QColor(227, 127, 177));
 }
 
-TEST(Formats, EmbeddedProfilesAreApplied) {
-    const QImage image = formatpictures::picture();
-    for (const char* name :
-         {"swapped8.png", "swapped8-interlaced.png", "swapped16.png", "swapped16-interlaced.png"}) {
-        const QImage shown = decoded(formatpictures::file(name)).image;
-        ASSERT_EQ(shown.size(), image.size());
-        EXPECT_LE(largestDifference(shown, image.rgbSwapped(), false), 3) << name;
-    }
-}
-
-TEST(Formats, SourceDepthKeepsTheSamplesAndTheProfileOfTheFile) {
+TEST(Formats, ProfilesAreAppliedAndSourceDepthKeepsThemWithTheSamplesOfTheFile) {
     const auto deep = [](const char* name, int maxSize = 0, QByteArray target = {}) {
-        codec::DecodeRequest request;
-        request.depth = codec::Depth::Source;
-        request.maxSize = maxSize;
+        auto request = requestFor(maxSize, codec::Depth::Source);
         request.targetProfile = target; // not used
         return opened(formatpictures::file(name))->frame(request);
     };
@@ -191,6 +189,7 @@ TEST(Formats, SourceDepthKeepsTheSamplesAndTheProfileOfTheFile) {
         {"gradient.jxl", false, !isDeep},  {"deep.jxl", false, isDeep},
         {"deep-glass.jxl", false, isDeep}, {"odd16.png", false, isDeep},
         {"swapped8.png", true, !isDeep},   {"swapped16-interlaced.png", true, isDeep},
+        {"swapped16.png", true, isDeep},   {"swapped8-interlaced.png", true, !isDeep},
         {"cmyk16-lzw.tif", false, isDeep}, {"lab16.tif", false, isDeep},
         {"tiles-lab.tif", false, !isDeep}, {"cmyk-inverted.jpg", false, !isDeep},
         {"frames.gif", false, !isDeep},    {"gradient.heic", false, !isDeep}};
@@ -212,10 +211,8 @@ TEST(Formats, SourceDepthKeepsTheSamplesAndTheProfileOfTheFile) {
         }
     }
     // All 16 bits are there.
-    codec::DecodeRequest request;
-    request.depth = codec::Depth::Source;
     const QByteArray samples("P6 1 2 65535\n\x12\x34\x56\x78\x9a\xbc", 19);
-    const codec::Frame cut = opened(samples)->frame(request);
+    const codec::Frame cut = opened(samples)->frame(requestFor(0, codec::Depth::Source));
     EXPECT_EQ(cut.image.pixelColor(0, 0).rgba64(), qRgba64(0x1234, 0x5678, 0x9ABC, 0xFFFF));
     EXPECT_FALSE(cut.isComplete);
     EXPECT_EQ(cut.image.pixelColor(0, 1).rgba64(), qRgba64(0x8080, 0x8080, 0x8080, 0xFFFF));
@@ -231,9 +228,7 @@ TEST(Formats, AFilterLeavesNothingOfStripesThatAreTooFine) {
         // The last are so many that deep ones are averaged by blocks first.
         for (const int maxSize : {1001, 930, 700, 140}) {
             for (const auto depth : {codec::Depth::Screen, codec::Depth::Source}) {
-                codec::DecodeRequest request;
-                request.maxSize = maxSize;
-                request.depth = depth;
+                auto request = requestFor(maxSize, depth);
                 request.reduction = codec::Reduction::Filtered;
                 const QImage made = opened(bytes)->frame(request).image;
                 ASSERT_EQ(made.width(), maxSize);
@@ -244,11 +239,23 @@ TEST(Formats, AFilterLeavesNothingOfStripesThatAreTooFine) {
     }
 }
 
+TEST(Formats, AFilterOnAThreadOfItsOwnMakesTheSamePicture) {
+    const QByteArray whole =
+        PBUtilities::cgImageRefToJpegData(formatpictures::gradient({1000, 801}));
+    for (const QByteArray& bytes : {whole, whole.first(whole.size() / 2)}) {
+        codec::DecodeRequest request = requestFor(700);
+        request.reduction = codec::Reduction::Filtered;
+        const codec::Frame alone = codec::decode(codec::Source::fromBytes(bytes), {}, request);
+        request.threads = 2;
+        const codec::Frame beside = codec::decode(codec::Source::fromBytes(bytes), {}, request);
+        EXPECT_EQ(beside.isComplete, bytes.size() == whole.size());
+        EXPECT_TRUE(!alone.image.isNull() && beside.image == alone.image);
+    }
+}
+
 TEST(Formats, AStoppedDecodeGivesNothing) {
-    std::stop_source stopped;
-    stopped.request_stop();
     codec::DecodeRequest request;
-    request.stop = codec::StopFlag(stopped.get_token());
+    request.stop = codec::StopFlag(support::stopped());
     for (const made::Picture& picture : made::gradients()) {
         const auto decoder = opened(picture.bytes, picture.typeHint);
         ASSERT_TRUE(decoder) << picture.name;
@@ -273,6 +280,21 @@ TEST(Formats, ResultsSayWhichProfileTheyAreIn) {
     request.threads = 4;
     EXPECT_EQ(opened(large)->frame(request).image, alone);
     EXPECT_LE(largestDifference(alone.rgbSwapped(), decoded(large).image, false), 3);
+}
+
+TEST(Formats, DeepGradientsKeepTheirStepsOnTheWayToTheScreensColours) {
+    QImage gradient(8192, 1, QImage::Format_RGBX64);
+    for (int x = 0; x < gradient.width(); ++x) {
+        const auto grey = static_cast<quint16>(x * 8);
+        gradient.setPixelColor(x, 0, QColor(QRgba64::fromRgba64(grey, grey, grey, 0xFFFF)));
+    }
+    codec::DecodeRequest request;
+    request.targetProfile = QColorSpace(QColorSpace::SRgbLinear).iccProfile();
+    const QImage made = opened(PBUtilities::cgImageRefToPngData(gradient))->frame(request).image;
+    std::set<int> steps;
+    for (int x = 0; x < made.width(); ++x)
+        steps.insert(qGreen(made.pixel(x, 0)));
+    EXPECT_GE(steps.size(), 250U) << "some 180 of 256 by way of eight bits";
 }
 
 TEST(Formats, FramesAreComposed) {
@@ -336,25 +358,21 @@ TEST(Formats, FramesComeAsTheyAreInWhateverOrderAndOnesThatWereDrawnAreNotReadAg
     const QByteArray whole = QByteArray::fromStdString(bytes);
     const auto decoder =
         opened(QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size())));
-    codec::DecodeRequest request;
-    request.frame = 1;
-    EXPECT_FALSE(decoder->frame(request).image.isNull());
+    EXPECT_FALSE(decoder->frame(requestFor(0, codec::Depth::Screen, 1)).image.isNull());
     std::fill_n(bytes.begin(), bytes.size() / 2, '\0');
-    request.frame = 2;
-    EXPECT_EQ(decoder->frame(request).image, decoded(whole, 0, {}, 2).image);
+    const QImage last = decoder->frame(requestFor(0, codec::Depth::Screen, 2)).image;
+    EXPECT_EQ(last, decoded(whole, 0, {}, 2).image);
 }
 
 /// Where the data of a picture end, it is not worth to look for more in each of its rows.
 TEST(Formats, ATiffWhoseDataEndIsGivenUpSoon) {
     constexpr unsigned rows = 200;
     pictures::ByteWriter file(true);
-    file.text("II").u16(42).u32(8).u16(8);
-    const std::tuple<unsigned, unsigned, unsigned> tags[] = {
-        {256, 1, 4},      {257, 1, rows}, {258, 1, 8}, {262, 1, 1},
-        {273, rows, 110}, {277, 1, 1},    {278, 1, 1}, {279, rows, 110 + 4 * rows}};
-    for (const auto& [tag, count, value] : tags)
-        file.u16(tag).u16(4).u32(count).u32(value);
-    file.u32(0);
+    file.text("II").u16(42).u32(8);
+    const pictures::TiffEntry entries[] = {
+        {256, 4, 1, 4},      {257, 4, 1, rows}, {258, 4, 1, 8}, {262, 4, 1, 1},
+        {273, 4, rows, 110}, {277, 4, 1, 1},    {278, 4, 1, 1}, {279, 4, rows, 110 + 4 * rows}};
+    pictures::writeDirectory(file, false, entries);
     for (unsigned row = 0; row < rows; ++row)
         file.u32(110 + 8 * rows + 4 * row);
     for (unsigned row = 0; row < rows; ++row)
@@ -376,21 +394,17 @@ TEST(Formats, ATiffOfManySamplesReadsThoseThatItShows) {
         const unsigned strips = arrangement == Planes ? samples : 1;
         const unsigned tables = 8 + 2 + 12 * 10 + 4;
         pictures::ByteWriter file(true);
-        file.text("II").u16(42).u32(8).u16(10);
+        file.text("II").u16(42).u32(8);
         // PackBits where the data are not there.
         const unsigned compression = side > 2 ? 32773 : 1;
         const unsigned length = side > 2 ? 8 : strips > 1 ? side * side : side * side * samples;
-        const std::tuple<unsigned, unsigned, unsigned> tags[] = {
-            {256, 1, side},        {257, 1, side},        {258, 1, 8},
-            {259, 1, compression}, {262, 1, photometric}, {273, strips, tables},
-            {277, 1, samples},     {278, 1, side},        {279, strips, tables + 4 * strips},
-            {284, 1, arrangement}};
-        for (const auto& [tag, count, value] : tags) {
-            const bool isLength = tag == 279 && count == 1;
-            const bool isPlace = tag == 273 && count == 1;
-            file.u16(tag).u16(4).u32(count).u32(isLength ? length : isPlace ? tables : value);
-        }
-        file.u32(0);
+        const unsigned lengths = strips > 1 ? tables + 4 * strips : length;
+        const pictures::TiffEntry entries[] = {
+            {256, 4, 1, side},        {257, 4, 1, side},        {258, 4, 1, 8},
+            {259, 4, 1, compression}, {262, 4, 1, photometric}, {273, 4, strips, tables},
+            {277, 4, 1, samples},     {278, 4, 1, side},        {279, 4, strips, lengths},
+            {284, 4, 1, arrangement}};
+        pictures::writeDirectory(file, false, entries);
         for (unsigned strip = 0; strips > 1 && strip < strips; ++strip)
             file.u32(tables + 8 * strips + strip % 4 * length);
         for (unsigned strip = 0; strips > 1 && strip < strips; ++strip)
@@ -456,9 +470,8 @@ TEST(Formats, NegativesAreDeveloped) {
     ASSERT_EQ(small.size(), QSize(32, 24));
     EXPECT_LE(qRed(small.pixel(4, 4)) - qRed(small.pixel(28, 20)), 4) << "evenly lit";
     EXPECT_TRUE(decoded(formatpictures::file("sensor.dng"), 0, type, 1).image.isNull());
-    codec::DecodeRequest request;
-    request.depth = codec::Depth::Source;
-    const QImage deep = opened(formatpictures::file("sensor.dng"), type)->frame(request).image;
+    const auto negative = opened(formatpictures::file("sensor.dng"), type);
+    const QImage deep = negative->frame(requestFor(0, codec::Depth::Source)).image;
     EXPECT_EQ(deep.format(), QImage::Format_RGBX64);
     EXPECT_LE(largestDifference(deep.convertToFormat(QImage::Format_RGB32), full, false), 3);
 }

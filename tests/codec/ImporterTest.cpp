@@ -1,7 +1,6 @@
 #include "codec/MadePictures.h"
 #include "codec/PBImageImporter.h"
 #include "codec/metadata/Pictures.h"
-#include "codec/process/FrameReader.h"
 
 using pictures::ByteWriter;
 
@@ -60,6 +59,18 @@ struct ImporterFallback : ::testing::Test {
     std::unique_ptr<PBImageImporter> importer;
 };
 
+/// An EXIF block in Intel's order, whose second directory names a JPEG of that place and length.
+QByteArray exifSegment(const QByteArray& thumbnail, quint32 place, quint32 length) {
+    ByteWriter block(true);
+    block.text("II").u16(42).u32(8).u16(0).u32(14).u16(2);
+    for (const auto& [tag, value] : {std::pair(0x0201U, place), {0x0202U, length}})
+        block.u16(tag).u16(4).u32(1).u32(value);
+    block.u32(0).text(thumbnail);
+    const auto size = static_cast<unsigned>(block.bytes().size()) + 8;
+    const QByteArray mark("Exif\0\0", 6);
+    return ByteWriter(false).text("\xFF\xE1").u16(size).text(mark).bytes() + block.bytes();
+}
+
 } // namespace
 
 TEST_F(ImporterFallback, SmallFramesComeUnscaledAndLargeOnesScaled) {
@@ -117,22 +128,6 @@ TEST_F(ImporterFallback, WhoWaitsIsToldWithEveryQuestion) {
     EXPECT_EQ(statusOf(u"missing.jpg"_s), codec::ReadStatus::NotNow);
     EXPECT_EQ(statusOf(u"."_s), codec::ReadStatus::Refused);
 }
-
-namespace {
-
-/// An EXIF block in Intel's order, whose second directory names a JPEG of that place and length.
-QByteArray exifSegment(const QByteArray& thumbnail, quint32 place, quint32 length) {
-    ByteWriter block(true);
-    block.text("II").u16(42).u32(8).u16(0).u32(14).u16(2);
-    for (const auto& [tag, value] : {std::pair(0x0201U, place), {0x0202U, length}})
-        block.u16(tag).u16(4).u32(1).u32(value);
-    block.u32(0).text(thumbnail);
-    const auto size = static_cast<unsigned>(block.bytes().size()) + 8;
-    const QByteArray mark("Exif\0\0", 6);
-    return ByteWriter(false).text("\xFF\xE1").u16(size).text(mark).bytes() + block.bytes();
-}
-
-} // namespace
 
 TEST(EmbeddedPicture, OfAJpegIsTheCamerasSmallOneOrNothing) {
     QTemporaryDir folder;

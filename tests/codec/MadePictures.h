@@ -3,8 +3,6 @@
 #include "formatpictures/FormatPictures.h"
 #include "support/Support.h"
 
-#include <QImage>
-
 /// What a fuzzer does with an input: 0, or the end of the program if the input does harm.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

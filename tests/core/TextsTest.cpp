@@ -17,13 +17,6 @@ TEST(TextsTest, fileSizesTakeTheUnitOfTheirBound) {
     QLocale::setDefault(QLocale::c());
 }
 
-TEST(TextsTest, everyNewlineCharacterBecomesABlank) {
-    EXPECT_EQ(PBUtilities::removeNewline(u"a\r\nb\u2028c\td\u0085"_s), u"a  b c\td "_s);
-    using PBUtilities::isEmptyOrWhitespace;
-    EXPECT_TRUE(isEmptyOrWhitespace(u" \t\r\n\u3000\u2029") && isEmptyOrWhitespace(u""));
-    EXPECT_FALSE(isEmptyOrWhitespace(u" . "));
-}
-
 TEST(TextsTest, cameraDatesParseStrictlyInTheSystemsZone) {
     const support::TimeZone zone("Europe/Berlin");
     EXPECT_EQ(PBUtilities::exifDate(u"2010:07:01 12:00:00"), PBDate{1277978400.0}); // 10:00 UTC

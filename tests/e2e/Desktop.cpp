@@ -10,6 +10,11 @@ QStringList at(QPoint point) {
     return {u"mousemove"_s, QString::number(point.x()), QString::number(point.y())};
 }
 
+QStringList with(const QString& modifier, const QStringList& action) {
+    if (modifier.isEmpty()) return action;
+    return QStringList{u"keydown"_s, modifier} + action + QStringList{u"keyup"_s, modifier};
+}
+
 } // namespace
 
 Desktop::Desktop() {
@@ -61,11 +66,7 @@ QString Desktop::failureOf(const QStringList& arguments) const {
 }
 
 void Desktop::click(QPoint point, const QString& modifier) {
-    const QStringList press{u"click"_s, u"1"_s};
-    xdotool(
-        at(point) + (modifier.isEmpty() ? press
-                                        : QStringList{u"keydown"_s, modifier} + press +
-                                              QStringList{u"keyup"_s, modifier}));
+    xdotool(at(point) + with(modifier, {u"click"_s, u"1"_s}));
 }
 
 void Desktop::doubleClick(QPoint point) {
@@ -76,10 +77,7 @@ void Desktop::doubleClick(QPoint point) {
 void Desktop::wheel(QPoint point, int notches, const QString& modifier) {
     const QStringList turn{u"click"_s,   u"--repeat"_s, QString::number(std::abs(notches)),
                            u"--delay"_s, u"30"_s,       notches > 0 ? u"4"_s : u"5"_s};
-    xdotool(
-        at(point) + (modifier.isEmpty() ? turn
-                                        : QStringList{u"keydown"_s, modifier} + turn +
-                                              QStringList{u"keyup"_s, modifier}));
+    xdotool(at(point) + with(modifier, turn));
 }
 
 void Desktop::menu(QPoint point) {

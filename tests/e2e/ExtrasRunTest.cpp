@@ -36,11 +36,6 @@ protected:
         ASSERT_TRUE(waitFor([](const State& s) { return !s.control(u"PreferTheme"_s); }));
         waitForFocus(u"PBImageBrowserView"_s);
     }
-    /// Waits for the button of a sheet and clicks it.
-    void press(const QString& text) {
-        ASSERT_TRUE(waitFor([&](const State& s) { return !s.button(text).isNull(); }));
-        desktop.click(state().button(text).center());
-    }
     /// Prints what is selected to a file and answers how many pages it has.
     qsizetype pagesPrintedTo(const QString& file) {
         desktop.key(u"ctrl+p"_s);

@@ -5,9 +5,38 @@
 
 #include <QDirIterator>
 
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
+
 using e2e::State;
 
 namespace {
+
+/// While it lives, whoever opens the file waits, for most of a minute (fcntl(2), F_SETLEASE).
+class Lease {
+public:
+    explicit Lease(const QString& path)
+        : _file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC)) {
+        // The signal for whoever waits: one that is ignored.
+        ::fcntl(_file, F_SETSIG, SIGURG);
+        EXPECT_TRUE(support::spinUntil([this] {
+            _isHeld = ::fcntl(_file, F_SETLEASE, F_WRLCK) == 0;
+            return _isHeld || errno != EAGAIN; // somebody still reads it
+        }));
+    }
+    ~Lease() { ::close(_file); }
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
+    [[nodiscard]] bool isHeld() const { return _isHeld; }
+    [[nodiscard]] bool isAwaited() const { return ::fcntl(_file, F_GETLEASE) != F_WRLCK; }
+    void giveBack() const { ::fcntl(_file, F_SETLEASE, F_UNLCK); }
+
+private:
+    int _file;
+    bool _isHeld = false;
+};
 
 struct FilesRunTest : e2e::ProgramTest {
     /// The folder of the first photograph on show, which it selects, and its name.
@@ -15,9 +44,11 @@ struct FilesRunTest : e2e::ProgramTest {
         name = state().items().value(0).name;
         click(name);
         ASSERT_TRUE(waitForSelection(name));
-        QDirIterator files(photos(), {name}, QDir::Files, QDirIterator::Subdirectories);
-        path = files.next();
+        path = pathOf(name);
         base = QFileInfo(path).completeBaseName();
+    }
+    QString pathOf(const QString& file) const {
+        return QDirIterator(photos(), {file}, QDir::Files, QDirIterator::Subdirectories).next();
     }
     QString beside(const QString& other) const { return QFileInfo(path).dir().filePath(other); }
     [[nodiscard]] testing::AssertionResult exists(const QString& file, bool is = true) const {
@@ -36,25 +67,18 @@ struct FilesRunTest : e2e::ProgramTest {
     QString trashed(const QString& file) const {
         return QDir::home().filePath(u".local/share/Trash/files/"_s + file);
     }
-    /// A button of a sheet, where the toolbar has one with the same words.
-    void pressButton(const QString& text) {
-        QRect place;
-        ASSERT_TRUE(waitFor([&](const State& s) {
-            place = s.button(text);
-            return !place.isEmpty();
-        })) << "no button "
-            << text.toStdString();
-        desktop.click(place.center());
-    }
     /// The answers of the sheet that asks about a conflict.
     void answer(const QString& button, bool forAll = false) {
         if (forAll) clickPlace(u"Apply to All"_s);
-        pressButton(button);
+        press(button);
     }
 
     /// Goes through the sheet of an export to the type in that place of its list.
     void chooseType(qsizetype place) {
         desktop.key(u"ctrl+shift+e"_s);
+        takeType(place);
+    }
+    void takeType(qsizetype place) {
         waitForFocus(u"QComboBox"_s);
         desktop.key(u"Home"_s);
         for (qsizetype i = 0; i < place; ++i)
@@ -62,6 +86,15 @@ struct FilesRunTest : e2e::ProgramTest {
         // The buttons move with what the types have to choose.
         desktop.key(u"Return"_s);
         waitForFocus(u"QLineEdit"_s);
+    }
+    /// What is not yet in the history, since the command has not ended, can't be undone yet.
+    void undoUntil(const std::function<bool()>& isUndone) {
+        waitForFocus(u"PBImageBrowserView"_s);
+        EXPECT_TRUE(waitFor(
+            [&](const State& s) { return s.isAtRest() && isUndone(); },
+            [&] {
+                if (!isUndone()) desktop.key(u"ctrl+z"_s);
+            }));
     }
     /// Until the command has ended and the browser has the keys.
     void waitUntilDone() {
@@ -106,7 +139,7 @@ TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     click(base + u" copy 1.jpg"_s);
     ASSERT_TRUE(waitForSelection(base + u" copy 1.jpg"_s));
     desktop.key(u"shift+Delete"_s);
-    pressButton(u"Delete"_s);
+    press(u"Delete"_s);
     EXPECT_TRUE(exists(beside(base + u" copy 1.jpg"_s), false));
     EXPECT_TRUE(shows(92));
 
@@ -135,6 +168,138 @@ TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     EXPECT_TRUE(waitFor([&](const State&) { return QDir(outside).count() > 60; }));
 }
 
+TEST_F(FilesRunTest, theMenusDoTheSameAndWhatTheyDidIsTakenBack) {
+    paintPhotographs();
+    start();
+    selectFirst();
+    choose({u"File"_s, u"Move to Trash"_s});
+    EXPECT_TRUE(exists(trashed(name)));
+    EXPECT_TRUE(shows(91));
+    waitForFocus(u"PBImageBrowserView"_s);
+    desktop.key(u"ctrl+z"_s);
+    EXPECT_TRUE(exists(path));
+    EXPECT_TRUE(shows(92));
+    click(name);
+    ASSERT_TRUE(waitForSelection(name));
+    choose({u"Edit"_s, u"Copy"_s});
+    choose({u"Edit"_s, u"Paste"_s});
+    EXPECT_TRUE(exists(photo(name)));
+    EXPECT_TRUE(shows(93));
+    choose({u"Edit"_s, u"Undo Paste of a Photograph"_s});
+    EXPECT_TRUE(exists(photo(name), false));
+    EXPECT_TRUE(shows(92));
+    click(name);
+    ASSERT_TRUE(waitForSelection(name));
+    choose({u"File"_s, u"Delete for Good…"_s});
+    press(u"Delete"_s);
+    EXPECT_TRUE(exists(path, false));
+    EXPECT_TRUE(shows(91));
+    waitForFocus(u"PBImageBrowserView"_s);
+
+    // All groups as folders, and away with these again.
+    const QString outside = makeFolder(u"../outside"_s);
+    choose({u"Group"_s, u"Copy Groups to Folders…"_s});
+    chooseFolder(outside);
+    const auto folders = [&] { return QDir(outside).entryList(QDir::Dirs | QDir::NoDotAndDotDot); };
+    EXPECT_TRUE(waitFor([&](const State&) { return folders().size() == 5; }));
+    undoUntil([&] { return folders().isEmpty(); });
+}
+
+TEST_F(FilesRunTest, theMenusTurnExportAndCutAndKeysReachWhatHasNone) {
+    path = photo(u"sub/turned.jpg"_s);
+    makeFolder(u"sub"_s);
+    const QSize size(60, 40);
+    support::writePicture(path, size);
+    // What says that it is to be turned clockwise, behind the mark at the start.
+    const QByteArray orientation = QByteArray::fromHex(
+        "ffe1002245786966000049492a0008000000010012010300010000000600000000000000");
+    support::writeFile(path, support::readFile(path).insert(2, orientation));
+    start();
+    selectFirst();
+    const auto isTurned = [this](int angle) {
+        return waitFor([&](const State& s) {
+            const QJsonValue group = s.browser(u"groups"_s)[0];
+            return s.isAtRest() && group[u"items"_s][0][u"angle"_s].toInt(-1) == angle;
+        });
+    };
+    ASSERT_TRUE(isTurned(-90));
+    choose({u"Image"_s, u"Rotate Left"_s});
+    EXPECT_TRUE(isTurned(0));
+    desktop.key(u"ctrl+shift+r"_s);
+    EXPECT_TRUE(isTurned(90));
+    choose({u"Image"_s, u"Rotate Right"_s});
+    EXPECT_TRUE(isTurned(0));
+    const auto chooseByKey = [this](const QString& key, const QString& entry) {
+        waitForFocus(u"PBImageBrowserView"_s);
+        desktop.key(u"alt+i"_s);
+        EXPECT_TRUE(waitFor([&](const State& s) { return !s.place(entry, u"QMenu"_s).isEmpty(); }));
+        desktop.key(key);
+    };
+    chooseByKey(u"a"_s, u"Rotate Automatically"_s);
+    EXPECT_TRUE(isTurned(-90));
+    chooseByKey(u"e"_s, u"Reset Rotation"_s);
+    EXPECT_TRUE(isTurned(0));
+    choose({u"Image"_s, u"Rotate Automatically"_s});
+    EXPECT_TRUE(isTurned(-90));
+
+    const QString made = QDir(makeFolder(u"../outside"_s)).filePath(u"out.png"_s);
+    choose({u"File"_s, u"Export…"_s});
+    takeType(codec::writableTypes().indexOf(u"public.png"_s));
+    saveAs(made);
+    EXPECT_TRUE(exists(made));
+    EXPECT_EQ(sizeOf(made), size.transposed());
+    waitUntilDone();
+    choose({u"Image"_s, u"Reset Rotation"_s});
+    EXPECT_TRUE(isTurned(0));
+    choose({u"Edit"_s, u"Cut"_s});
+    choose({u"Edit"_s, u"Paste"_s});
+    EXPECT_TRUE(exists(photo(name)));
+    EXPECT_TRUE(exists(path, false));
+}
+
+TEST_F(FilesRunTest, aCancelledCopyFreesTheWindowAtOnceAndLeavesWholeFiles) {
+    paintPhotographs();
+    start();
+    selectFirst();
+    const QDir outside(makeFolder(u"../outside"_s));
+    const Lease lease(pathOf(state().items().value(1).name));
+    if (!lease.isHeld()) GTEST_SKIP() << "nothing holds up who reads a file here";
+    desktop.key(u"ctrl+a"_s);
+    ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
+    desktop.key(u"ctrl+shift+c"_s);
+    chooseFolder(outside.path());
+    ASSERT_TRUE(waitFor([&](const State&) { return lease.isAwaited(); }));
+    press(u"Cancel"_s);
+    waitForFocus(u"PBImageBrowserView"_s);
+    EXPECT_TRUE(lease.isAwaited() && QFile::exists(outside.filePath(name)));
+    lease.giveBack();
+    undoUntil([&] {
+        const QStringList whole = outside.entryList(QDir::Files);
+        EXPECT_TRUE(whole.isEmpty() || whole == QStringList{name})
+            << whole.join(u' ').toStdString();
+        return outside.isEmpty(QDir::Files | QDir::Hidden);
+    });
+}
+
+TEST_F(FilesRunTest, aCancelledExportLeavesWholeFilesAndFreesTheWindowAtOnce) {
+    paintPhotographs();
+    start();
+    selectFirst();
+    const QDir outside(makeFolder(u"../outside"_s));
+    desktop.key(u"ctrl+a"_s);
+    ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
+    chooseType(codec::writableTypes().indexOf(u"public.avif"_s)); // which takes minutes
+    typePath(outside.path());
+    press(u"Cancel"_s);
+    waitUntilDone();
+    const auto made = [&] { return outside.entryList(QDir::Files | QDir::Hidden); };
+    const QStringList whole = made();
+    EXPECT_LT(whole.size(), 92);
+    for (const QString& file : whole)
+        EXPECT_FALSE(sizeOf(outside.filePath(file)).isEmpty()) << file.toStdString();
+    undoUntil([&] { return made().isEmpty(); });
+}
+
 TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
     paintPhotographs();
     start();
@@ -152,7 +317,7 @@ TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
         saveAs(file);
         if (i == 0) {
             EXPECT_EQ(QFileInfo(file).size(), 6);
-            pressButton(u"Yes"_s);
+            press(u"Yes"_s);
         }
         EXPECT_TRUE(waitFor([&](const State&) { return QFileInfo(file).size() > 100; }));
         EXPECT_EQ(sizeOf(file), size);
@@ -166,8 +331,8 @@ TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
     // A photograph stays as it is.
     chooseType(0);
     saveAs(path);
-    pressButton(u"Yes"_s);
-    pressButton(u"OK"_s);
+    press(u"Yes"_s);
+    press(u"OK"_s);
     waitUntilDone();
 
     const QDir many(QDir::home().filePath(u"many"_s));

@@ -2,6 +2,8 @@
 
 #include <QDirIterator>
 
+#include <unistd.h>
+
 namespace {
 
 using e2e::State;
@@ -87,8 +89,18 @@ TEST_F(OpenRunTest, aPhotographIsShownAmongItsNeighboursAndItsFolderGoesWithTheR
     EXPECT_TRUE(waitForRow(u"Opened"_s, false) && waitForRow(folder, true));
     EXPECT_TRUE(shows(files.size()));
     quit();
+    // What is asked for at the start comes in place of the folder of the last run.
+    const QString other = photo(u"other/x.png"_s);
+    support::writePicture(other);
+    startAgain({other});
+    EXPECT_TRUE(showsLarge(other, 1));
+    EXPECT_EQ(state().json()[u"folder"_s], QFileInfo(other).path());
+    EXPECT_TRUE(leavesTo(1));
+    const auto back = state().control(u"Back"_s);
+    EXPECT_TRUE(back && !(*back)[u"enabled"_s].toBool()) << "there was no folder before it";
+    quit();
     startAgain();
-    EXPECT_TRUE(waitForRow(folder, true));
+    EXPECT_TRUE(waitForRow(folder, true) && waitForRow(u"other"_s, false));
     EXPECT_TRUE(shows(files.size()));
     quit();
 }
@@ -150,10 +162,18 @@ TEST_F(OpenRunTest, laterStartsHandOverWhatTheyAreAskedFor) {
 }
 
 TEST_F(OpenRunTest, aPhotographThatIsOpenedDoesNotWaitForAScanOfMany) {
-    constexpr int count = 3000;
+    constexpr int count = 20'000;
+    constexpr int written = 50; // the others are second names of these
     const QString many = photo(u"many"_s);
-    for (int number = 0; number < count; ++number)
-        support::writePicture(many + u"/%1.png"_s.arg(number), {16, 12});
+    const auto pathOf = [&many](int number) { return many + u"/%1.png"_s.arg(number); };
+    for (int number = 0; number < count; ++number) {
+        if (number < written) {
+            support::writePicture(pathOf(number), {16, 12});
+            continue;
+        }
+        const QByteArray first = QFile::encodeName(pathOf(number % written));
+        ASSERT_EQ(::link(first.constData(), QFile::encodeName(pathOf(number)).constData()), 0);
+    }
     const QString single = photo(u"single/one.png"_s);
     support::writePicture(single);
     startAgain();
@@ -168,9 +188,13 @@ TEST_F(OpenRunTest, aPhotographThatIsOpenedDoesNotWaitForAScanOfMany) {
     // In the folder that is being scanned.
     open({many});
     ASSERT_TRUE(waitFor([&](const State& s) { return s.json()[u"folder"_s] == many; }));
-    open({many + u"/2999.png"_s});
-    EXPECT_TRUE(waitFor([&](const State& s) { return isSharp(s, u"2999.png"_s); }));
-    EXPECT_TRUE(showsLarge(u"2999.png"_s, count));
+    open({pathOf(19'999)});
+    EXPECT_TRUE(waitFor([&](const State& s) { return isSharp(s, u"19999.png"_s); }));
+    // Its neighbours come, and it stays.
+    EXPECT_TRUE(waitFor([&](const State& s) {
+        return isSharp(s, u"19999.png"_s) && s.large(u"count"_s).toInt() > 1;
+    }));
+    waitForFocus();
     quit();
 }
 

@@ -77,6 +77,8 @@ protected:
     /// Clicks a control, menu entry or row by its text, once it is there. `within` is the class or
     /// name of what it is in, where other places have the text, too.
     void clickPlace(const QString& text, const QString& within = {});
+    /// Clicks a button of the sheet that has the keys, once it is there.
+    void press(const QString& button);
     /// Types the path into the chooser of files that has the keys, and takes it.
     void typePath(const QString& path);
     /// Goes through the menu bar and submenus to an entry.

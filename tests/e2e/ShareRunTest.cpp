@@ -76,6 +76,10 @@ TEST_F(ShareRunTest, otherProgramsGetTheOriginalOrAnUprightCopyAndTheDesktopItsP
     EXPECT_EQ(
         services.toldCalls(1),
         u"ShowItems "_s + QUrl::fromLocalFile(file.filePath()).toString(QUrl::FullyEncoded));
+    choose({u"File"_s, u"Show in File Manager"_s});
+    EXPECT_TRUE(services.toldCalls(1).startsWith(u"ShowItems "_s));
+    choose({u"File"_s, u"Share"_s, u"E-Mail"_s});
+    EXPECT_TRUE(services.toldCalls(1).startsWith(u"portal ComposeEmail "_s));
     choose({u"File"_s, u"Set as Desktop Background"_s});
     EXPECT_TRUE(services.toldCalls(1).startsWith(u"portal SetWallpaperFile "_s));
 }
@@ -86,15 +90,21 @@ TEST_F(ShareRunTest, aPhotographDraggedToAFolderOfTheSidebarGoesThere) {
     selectFirst();
     const QRect row = state().place(u"photos"_s, u"PBSourceOutlineView"_s);
     ASSERT_FALSE(row.isEmpty());
-    desktop.drag(item(file.fileName()).picture.center(), row.center());
-    EXPECT_TRUE(waitFor([&](const State& s) { return s.json()[u"markedFolder"_s] == photos(); }));
-    desktop.release();
     const QString there = photo(file.fileName());
-    EXPECT_TRUE(waitFor([&](const State&) { return QFile::exists(there); }));
-    EXPECT_TRUE(waitFor([&](const State&) { return !QFile::exists(file.filePath()); }));
-    EXPECT_TRUE(shows(92));
-    desktop.key(u"ctrl+z"_s);
-    EXPECT_TRUE(waitFor([&](const State&) { return QFile::exists(file.filePath()); }));
+    for (const bool isShift : {false, true}) {
+        ASSERT_TRUE(shows(92));
+        if (isShift) desktop.hold(u"shift"_s);
+        desktop.drag(item(file.fileName()).picture.center(), row.center());
+        EXPECT_TRUE(
+            waitFor([&](const State& s) { return s.json()[u"markedFolder"_s] == photos(); }));
+        desktop.release();
+        if (isShift) desktop.letGo(u"shift"_s);
+        EXPECT_TRUE(waitFor([&](const State&) { return QFile::exists(there); }));
+        EXPECT_TRUE(waitFor([&](const State&) { return !QFile::exists(file.filePath()); }));
+        EXPECT_TRUE(shows(92));
+        desktop.key(u"ctrl+z"_s);
+        EXPECT_TRUE(waitFor([&](const State&) { return QFile::exists(file.filePath()); }));
+    }
     // With Ctrl it is copied.
     ASSERT_TRUE(shows(92));
     desktop.drag(item(file.fileName()).picture.center(), row.center());

@@ -51,12 +51,12 @@ std::optional<QJsonObject> State::control(const QString& name) const {
 }
 
 QRect State::button(const QString& text) const {
-    const QRect window = rectOf(active()[u"rect"_s]);
+    // One that has no keys yet isn't where the window manager will put it.
+    const QJsonValue window = active()[u"id"_s];
     for (const QJsonValue& value : _json[u"controls"_s].toArray()) {
-        const QRect rect = rectOf(value[u"rect"_s]);
         if (isCalled(value.toObject(), u"QPushButton"_s) && value[u"text"_s].toString() == text &&
-            window.contains(rect))
-            return rect;
+            value[u"window"_s] == window)
+            return rectOf(value[u"rect"_s]);
     }
     return {};
 }

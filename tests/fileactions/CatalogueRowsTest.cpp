@@ -58,12 +58,14 @@ struct CatalogueRowsTest : MarksTest {
     void transfer(Kind kind, const QByteArray& from, const QByteArray& folder, bool isDone = true) {
         prompts.answers = {{fileactions::FilePrompts::Answer::Replace, false}};
         fileactions::CatalogueRows rows(environment());
+        const platform::NamesOnDisk names = files.names();
         fileactions::FileTransfer transfer(
             {.files = files,
              .temporaries = temporaries,
              .rows = rows,
              .prompts = prompts,
-             .copyWord = u"copy"_s});
+             .copyWord = u"copy"_s,
+             .names = names});
         const auto result = transfer.run(
             fileactions::planTransfer(
                 kind, {QFile::encodeName(at(from))}, QFile::encodeName(at(folder))),
@@ -143,6 +145,17 @@ TEST_F(CatalogueRowsTest, whatIsWrittenOverTakesItsMarksAlongAndCopiesTakeNone) 
     files.leaves = QFile::encodeName(at("a"));
     transfer(Kind::Move, "a/x.jpg", "b", false);
     EXPECT_EQ(ledger(), QStringList());
+}
+
+TEST_F(CatalogueRowsTest, aDiskThatTakesNoNoteOfCaseMixesNoMarksUp) {
+    files.withoutCase = "/b";
+    const qint64 moved = add("a/IMG.JPG", 4);
+    const qint64 former = add("b/img.jpg", 2);
+    transfer(Kind::Move, "a/IMG.JPG", "b");
+    EXPECT_EQ(rows(), u"%1 2/img.jpg"_s.arg(moved));
+    EXPECT_NE(moved, former);
+    EXPECT_EQ(ledger(), QStringList(u"4 b/img.jpg"_s));
+    EXPECT_EQ(QDir(at("b")).entryList(QDir::Files), QStringList(u"img.jpg"_s));
 }
 
 TEST_F(CatalogueRowsTest, aCatalogueThatIsLockedHoldsNoMoveUp) {

@@ -8,6 +8,7 @@
 #include "fileactions/share/ShareCopies.h"
 #include "formatpictures/FormatPictures.h"
 #include "platform/files/TypeIdentifiers.h"
+#include "support/Images.h"
 
 #include <QColorSpace>
 #include <QDateTime>
@@ -64,22 +65,10 @@ struct ExportTest : support::TransferFixture {
 /// The largest difference of the means of 8 x 8 pixels.
 int difference(const QImage& one, const QImage& other) {
     if (one.size() != other.size()) return 255;
-    const QSize small(one.width() / 8, one.height() / 8);
-    const QImage a = one.scaled(small, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                         .convertToFormat(QImage::Format_RGB32);
-    const QImage b = other.scaled(small, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                         .convertToFormat(QImage::Format_RGB32);
-    int largest = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x) {
-            const QRgb p = a.pixel(x, y);
-            const QRgb q = b.pixel(x, y);
-            largest = std::max(
-                {largest, std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)),
-                 std::abs(qBlue(p) - qBlue(q))});
-        }
-    }
-    return largest;
+    const auto small = [](const QImage& image) {
+        return image.scaled(image.size() / 8, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    };
+    return support::differenceOf(small(one), small(other)).most;
 }
 
 TEST_F(ExportTest, everyTypeHasThePixelsUprightAndTheMetadataThatWereWanted) {
@@ -154,8 +143,7 @@ TEST_F(ExportTest, coloursKeepTheirProfileAndDeepOnesTheirBits) {
 }
 
 TEST_F(ExportTest, thinPicturesStayOneAndTheirResolutionGoesAlongWithTheMetadata) {
-    QImage line(3000, 1, QImage::Format_RGB32);
-    line.fill(Qt::red);
+    QImage line = support::filled({3000, 1});
     line.setDotsPerMeterX(11811);
     line.setDotsPerMeterY(11811);
     put("line.png", pictures::saved(line, "PNG"));

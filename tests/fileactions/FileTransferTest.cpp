@@ -320,18 +320,82 @@ TEST_F(FileTransferTest, whatADiskThatLeavesKeepsOfACopyGoesWhenItIsBack) {
     EXPECT_EQ(names(u"b"_s), QStringList(u"x"_s));
 }
 
+struct FileEditTest : FileTransferTest {
+    platform::Trash trash{
+        files,
+        {.homeTrash = path("Trash"),
+         .userId = ::getuid(),
+         .topFolder = [](const QByteArray&) { return QByteArray(); },
+         .deletionDate = [] { return QByteArray("2026-01-02T03:04:05"); }}};
+    std::stop_source stop;
+    fileactions::FileEditor editorWith(const std::stop_token& token) {
+        return {{files, temporaries, trash, rows, prompts, u"copy"_s}, token};
+    }
+    QString state() const { return names(u"a"_s).join(u',') + u'|' + names(u"b"_s).join(u','); }
+};
+
+/// Each command, taken back half-way, the rest, and the part done again.
+TEST_F(FileEditTest, whatIsCancelledHalfWayCanGoBothWaysFromThere) {
+    const fileactions::FileEditor editor = editorWith({});
+    for (const QByteArray what : {"move", "copy", "trash"}) {
+        SCOPED_TRACE(what.constData());
+        for (const char* name : {"1", "2", "3"})
+            put(QByteArray("a/") + name, name);
+        const auto command =
+            what == "trash" ? editor.moveToTrash({path("a/1"), path("a/2"), path("a/3")})
+                            : editor.transfer(plan(
+                                  what == "move" ? Kind::Move : Kind::Copy, {"a/1", "a/2", "a/3"}));
+        const QString done = state();
+        stop = {};
+        prompts.onProgress = [this](const fileactions::FileProgress& progress) {
+            if (progress.number == 2) stop.request_stop();
+        };
+        const auto half = editorWith(stop.get_token()).perform(command.inverse);
+        prompts.onProgress = {};
+        EXPECT_TRUE(half.isCancelled && !half.isStillToDo);
+        const QString between = state();
+        EXPECT_NE(between, done);
+        const auto rest = editor.perform(half.rest);
+        EXPECT_EQ(state(), u"1,2,3|"_s);
+        EXPECT_TRUE(rest.rest.isEmpty());
+        static_cast<void>(editor.perform(rest.inverse));
+        EXPECT_EQ(state(), between);
+        const auto again = editor.perform(half.inverse);
+        EXPECT_EQ(state(), done);
+        static_cast<void>(editor.perform(again.inverse));
+        EXPECT_EQ(state(), between);
+        for (const char* left : {"a/1", "a/2", "a/3", "b/1", "b/2", "b/3"})
+            ::unlink(path(left).constData());
+    }
+}
+
+TEST_F(FileEditTest, foldersOfGroupsGoWithWhatWasMadeInThemUnlessThereIsMore) {
+    const fileactions::FileEditor editor = editorWith({});
+    for (const Kind kind : {Kind::Copy, Kind::Move}) {
+        put("a/1", "1");
+        TransferPlan plan{.kind = kind, .steps = {}};
+        for (const char* made : {"b/2019", "b/2019/may", "b/2020"})
+            plan.addFolder(path(made));
+        plan.addFile(path("a/1"), path("b/2019/may"));
+        const auto copied = editor.transfer(plan);
+        const QString after = state();
+        EXPECT_EQ(after, kind == Kind::Copy ? u"1|2019,2020"_s : u"|2019,2020"_s);
+        const auto undone = editor.perform(copied.inverse);
+        EXPECT_EQ(state(), u"1|"_s);
+        const auto redone = editor.perform(undone.inverse);
+        EXPECT_EQ(state(), after);
+        EXPECT_EQ(read("b/2019/may/1"), "1");
+        put("b/2019/mine", "mine");
+        static_cast<void>(editor.perform(redone.inverse));
+        EXPECT_EQ(state(), u"1|2019"_s);
+        EXPECT_EQ(names(u"b/2019"_s), QStringList(u"mine"_s));
+        ASSERT_TRUE(QDir(folder.filePath(u"b/2019"_s)).removeRecursively());
+    }
+}
+
 /// Each command, taken back, done again and taken back once more.
-TEST_F(FileTransferTest, whatWasDoneCanBeTakenBackAndRepeated) {
-    platform::Trash trash(
-        files, {.homeTrash = path("Trash"),
-                .userId = ::getuid(),
-                .topFolder = [](const QByteArray&) { return QByteArray(); },
-                .deletionDate = [] { return QByteArray("2026-01-02T03:04:05"); }});
-    const fileactions::FileEditor editor(
-        {files, temporaries, trash, rows, prompts, u"copy"_s}, std::stop_token());
-    const auto state = [this] {
-        return names(u"a"_s).join(u',') + u'|' + names(u"b"_s).join(u',');
-    };
+TEST_F(FileEditTest, whatWasDoneCanBeTakenBackAndRepeated) {
+    const fileactions::FileEditor editor = editorWith({});
     for (const QByteArray what : {"move", "copy", "trash"}) {
         put("a/1", "1");
         put("a/2", "2");
@@ -369,6 +433,27 @@ TEST_F(FileTransferTest, whatWasDoneCanBeTakenBackAndRepeated) {
     EXPECT_TRUE(editor.perform(trashed.inverse).isStillToDo); // its disk may be away
     ASSERT_TRUE(QDir(folder.path()).mkpath(u"Trash/files"_s));
     EXPECT_FALSE(editor.perform(trashed.inverse).isStillToDo);
+}
+
+TEST_F(FileTransferTest, whatIsSkippedIsNeverMade) {
+    int makes = 0;
+    TransferPlan plan;
+    for (const char* name : {"1", "2", "3"}) {
+        put(QByteArray("a/") + name, "source");
+        if (*name != '3') put(QByteArray("b/") + name, "former");
+        plan.addFile(
+            {.source = path(QByteArray("a/") + name),
+             .folder = path("b"),
+             .name = name,
+             .make = [&makes](const std::stop_token&, QByteArray& content) {
+                 content = "made" + QByteArray::number(++makes);
+                 return std::error_code();
+             }});
+    }
+    prompts.answers = {{Answer::Skip, false}, {Answer::Replace, false}};
+    EXPECT_EQ(run(plan).files.size(), 2U);
+    EXPECT_EQ(read("b/1") + read("b/2") + read("b/3"), "formermade1made2");
+    EXPECT_EQ(prompts.log, QStringList({u"conflict 1"_s, u"conflict 2"_s}));
 }
 
 TEST_F(FileTransferTest, whatIsNewIsMadeInItsTurnUnderAFreeNameAndCountedOnlyIfItIsSaid) {

@@ -51,11 +51,13 @@ TEST(MarksExchangeTest, eachLineIsOnePhotographOrNone) {
             {R"({"path": "/a", "stars": 4)", u"-"_s}})
         EXPECT_EQ(read(line), said) << line.toStdString();
     const auto plan = fileactions::planImport(
-        "{\"path\":\"/a\",\"stars\":1,\"flag\":true}\nno\n{\"path\":\"/a\",\"stars\":2}\n\n[]",
-        [](const QByteArray&) { return 7; });
+        "{\"path\":\"/a\",\"stars\":1,\"flag\":true}\nno\n{\"path\":\"/a\",\"stars\":2}\n\n[]\n"
+        "{\"path\":\"/b\",\"flag\":true,\"stars\":2}",
+        [](const QByteArray& path) { return path == "/a" ? 7 : 8; });
     const QString told = u"line %1 is no photograph with marks; it is left out"_s;
     EXPECT_EQ(plan.told, (QStringList{told.arg(2), told.arg(5)}));
-    ASSERT_EQ(plan.edit.photographs.size(), 1U);
+    ASSERT_EQ(plan.edit.photographs.size(), 1U) << "equal changes are one";
+    EXPECT_EQ(plan.edit.photographs[0].fileIds, (std::vector<qint64>{7, 8}));
     EXPECT_EQ(plan.edit.photographs[0].change.stars, 2) << "the later line counts";
     EXPECT_EQ(plan.edit.photographs[0].change.flag, true);
 }

@@ -17,7 +17,7 @@ struct OtherWayTest : testing::Test {
         return {[this, name](OtherWay::Ended done) {
             log += name;
             end = [this, name, done = std::move(done)](OtherWay::End how) {
-                done(how, way(name + u'\''));
+                done(how, way(name + u'\''), way(name + u'+'));
             };
         }};
     }
@@ -89,6 +89,26 @@ TEST_F(OtherWayTest, whatFailsCanBeTriedAgainAndWhatHasNothingToDoGoes) {
     endIt(OtherWay::End::Void);
     EXPECT_FALSE(queue.canRedo());
     EXPECT_EQ(queue.undoText(), u"first");
+    // Half-way: what was done can be repeated, and the rest taken back.
+    log.clear();
+    queue.undo();
+    queue.undo(); // was meant for the one before
+    endIt(OtherWay::End::Partly);
+    for (const bool isUndo : {true, false, false, true}) {
+        if (isUndo) {
+            queue.undo();
+        } else {
+            queue.redo();
+        }
+        endIt();
+    }
+    EXPECT_EQ(log.join(u' '), u"first first+ first+' first' first''"_s);
+    queue.redo();
+    endIt(OtherWay::End::Partly);
+    EXPECT_EQ(queue.undoText(), queue.redoText());
+    queue.redo();
+    endIt();
+    EXPECT_EQ(log.last(), u"first'''+");
 }
 
 } // namespace

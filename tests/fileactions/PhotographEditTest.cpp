@@ -70,7 +70,8 @@ struct EditQueueTest : MarksTest {
                 return false;
             },
         .tagsDidChange = [] {},
-        .ledgerDidChange = [] {}}};
+        .ledgerDidChange = [] {},
+        .longestWait = std::chrono::milliseconds(100)}};
 };
 
 TEST_F(EditQueueTest, EveryKindOfEditIsInBothFilesAndGoesBackAndForth) {
@@ -231,13 +232,44 @@ TEST_F(EditQueueTest, tagsAreCountedBehindWhatIsOnItsWayAndNobodyStopsReadingFor
     EXPECT_EQ(begun, 1);
 }
 
-/// What is left when the program ends is stored.
+/// What is left when the program ends is stored, and whoever brought marks is told.
 TEST_F(EditQueueTest, finishStoresWhatIsOnItsWayAndShowsNothing) {
     const qint64 id = addPhotograph(u"a.jpg"_s);
     for (int stars = 1; stars <= 3; ++stars)
         queue.run({.fileIds = {id}, .change = Edit::Rate{stars}});
+    QStringList told;
+    const auto bring = [&](const QString& tag) {
+        queue.store(
+            [this, id,
+             tag](FMDatabase& files) -> std::variant<fileactions::PerformedEdit, QString> {
+                if (tag.isEmpty()) return u"no marks"_s;
+                marks::MarksChange tags;
+                tags.tags = QStringList(tag);
+                return storeEdit(files, roots, fileactions::MarksEdit::ofPhotographs({id}, tags));
+            },
+            1, [&](const QString& reason) { told += reason; });
+    };
+    bring(u"lake"_s);
+    bring({});
+    EXPECT_EQ(told, QStringList()) << "nobody waits for it";
+    EXPECT_EQ(queue.pendingCount(), 5);
     queue.finish();
     EXPECT_EQ(rows(u"select FileStars from ImageFile"_s), support::words("3"));
+    EXPECT_EQ(tagsOf(id), support::words("lake"));
+    EXPECT_EQ(told, (QStringList{{}, u"no marks"_s}));
+    EXPECT_TRUE(shown.empty());
+}
+
+TEST_F(EditQueueTest, marksFromElsewhereThatCannotBeReadAreTold) {
+    const qint64 id = addPhotograph(u"a.jpg"_s);
+    QStringList told;
+    QObject::connect(&queue, &fileactions::EditRunner::didNotReadAgain, [&](const QString& reason) {
+        told += reason;
+    });
+    ASSERT_TRUE(both->executeUpdate(u"alter table Marks rename to Away"_s));
+    queue.readAgain({id});
+    wait();
+    EXPECT_EQ(told.size(), 1);
     EXPECT_TRUE(shown.empty());
 }
 

@@ -2,6 +2,7 @@
 
 #include "fileactions/copy/FileTransfer.h"
 #include "platform/files/PathNames.h"
+#include "platform/files/Spelling.h"
 #include "support/Support.h"
 
 namespace support {
@@ -21,7 +22,7 @@ public:
 
     std::error_code look(const QByteArray& path, Entry& entry) override {
         if (fails("look") || hasLeft(path)) return error();
-        const auto result = DiskFileSystem::look(path, entry);
+        const auto result = DiskFileSystem::look(inItsCase(path), entry);
         if (!result && isOnOtherDisk(path)) ++entry.device;
         return result;
     }
@@ -76,7 +77,31 @@ public:
             return std::make_error_code(std::errc::invalid_argument);
         return fails("makeFolder") ? error() : DiskFileSystem::makeFolder(path, mode);
     }
+    std::error_code removeFolder(const QByteArray& path) override {
+        return fails("removeFolder") ? error() : DiskFileSystem::removeFolder(path);
+    }
     bool refusesColon = false;
+    QByteArray withoutCase; ///< part of the folders that find names in any case; empty: none
+
+    /// As a disk says it that takes no note of case.
+    [[nodiscard]] QByteArray inItsCase(const QByteArray& path) const {
+        const QByteArray folder = platform::folderOfPath(path);
+        if (withoutCase.isEmpty() || !folder.contains(withoutCase)) return path;
+        for (const QString& name : QDir(QFile::decodeName(folder)).entryList(QDir::Files)) {
+            const QByteArray other = platform::pathInFolder(folder, QFile::encodeName(name));
+            if (other.toLower() == path.toLower()) return other;
+        }
+        return path;
+    }
+    /// Such a disk.
+    [[nodiscard]] platform::NamesOnDisk names() const {
+        const platform::NamesOnDisk& real = platform::NamesOnDisk::real();
+        return {
+            [this, &real](const QString& path) {
+                return real.identity(QFile::decodeName(inItsCase(QFile::encodeName(path))));
+            },
+            real.names};
+    }
 
 private:
     [[nodiscard]] bool fails(const char* step) {

@@ -215,6 +215,19 @@ TEST_F(PBGroupTreeDataSourceTest, aScanKnowsWhetherItsLastTreeIsOnShow) {
     EXPECT_FALSE(waits());
 }
 
+TEST_F(PBGroupTreeDataSourceTest, ofAFolderThatWasJustSelectedTheFirstTreeIsShownAtOnce) {
+    const auto publish = source.publisher();
+    publishWith(u"R5"_s, u"a"_s);
+    publish(makeGroupPublication(work)); // waits while the sheet rests
+    runLoop();
+    const auto next = std::make_shared<PBGroupItemArray>();
+    insertInto(*next, u"Z9"_s, 1, makeItem(u"b"_s));
+    source.setGroupItemArray_work(next);
+    publish(makeGroupPublication(next));
+    runLoop();
+    EXPECT_EQ(shown(), u"Z9(1(b))"_s);
+}
+
 TEST_F(PBGroupTreeDataSourceTest, ofPublicationsThatWaitTheNewestOfEachTreeIsShown) {
     PublicationMailbox mailbox;
     const auto other = std::make_shared<PBGroupItemArray>();

@@ -1,5 +1,6 @@
 #include "image/large/AnimationFrames.h"
 
+#include "support/Images.h"
 #include "support/Support.h"
 
 using codec::SequenceStatus;
@@ -18,6 +19,10 @@ struct Film {
 constexpr int side = 16;
 constexpr qsizetype frameBytes = qsizetype{side} * side * 4;
 
+QImage frameOf(unsigned index) {
+    return support::filled({side, side}, QColor(index));
+}
+
 class FilmSequence final : public codec::FrameSequence {
 public:
     explicit FilmSequence(Film& film) : _film(film) { ++_film.open; }
@@ -28,9 +33,7 @@ public:
         ++_film.decoded;
         if (_next >= _film.damagedFrom) return {SequenceStatus::Damaged, {}, 0};
         if (_next >= _film.declared) return {};
-        QImage image(side, side, QImage::Format_RGB32);
-        image.fill(static_cast<unsigned>(_next++));
-        return {SequenceStatus::Decoded, {.image = image}, 40};
+        return {SequenceStatus::Decoded, {.image = frameOf(static_cast<unsigned>(_next++))}, 40};
     }
 
 private:
@@ -47,9 +50,7 @@ struct Player {
                   return {codec::ReadStatus::Decoded, std::make_unique<FilmSequence>(played)};
               },
               played.declared, mostBytes)) {
-        QImage first(side, side, QImage::Format_RGB32);
-        first.fill(0U);
-        images.emplace(PBImage(first, 0.04), frames);
+        images.emplace(PBImage(frameOf(0), 0.04), frames);
     }
     /// Shows the frame as a player does; false when it never comes.
     [[nodiscard]] bool show(std::size_t index) {
@@ -103,12 +104,7 @@ TEST(AnimationFramesTest, APlayerThatJumpsBackDoesNotWaitForTheWholeWayRound) {
 }
 
 TEST(AnimationFramesTest, ADamagedFrameEndsTheAnimationAndThoseBeforeItPlay) {
-    const struct {
-        std::size_t damagedFrom;
-        qsizetype mostBytes;
-        bool opens;
-        std::size_t expected;
-    } cases[] = {
+    const std::tuple<std::size_t, qsizetype, bool, std::size_t> cases[] = {
         {30, AnimationFrames::keptBytes, true, 30},
         {30, 12 * frameBytes, true, 30},
         {1, AnimationFrames::keptBytes, true, 1},

@@ -2,17 +2,20 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
+#include "catalogue/StoredThumbnails.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/ThumbnailStore.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/Mutex.h"
 #include "platform/tasks/OperationQueue.h"
+#include "support/Images.h"
 #include "support/Support.h"
 
 #include <numeric>
 
 using platform::OperationQueue;
 using platform::QueuePriority;
+using support::filled;
 
 namespace {
 
@@ -73,13 +76,6 @@ struct ToldImporter final : PBImageImporterProtocol {
     const QImage image;
 };
 
-QImage
-picture(QSize size, QImage::Format format = QImage::Format_RGB32, QColor color = Qt::transparent) {
-    QImage image(size, format);
-    image.fill(color);
-    return image;
-}
-
 struct BuildThumbTest : testing::Test {
     BuildThumbTest() {
         EXPECT_TRUE(db.open());
@@ -91,13 +87,13 @@ struct BuildThumbTest : testing::Test {
     }
 
     std::shared_ptr<PBBuildThumbOperation>
-    add(qint64 fileId, const QImage& image = picture({9, 9}), QSizeF known = {},
-        bool checkExist = false) {
+    add(qint64 fileId, const QImage& image = filled({9, 9}), QSizeF known = {},
+        std::shared_ptr<StoredThumbnails> checkExist = nullptr) {
         auto operation = std::make_shared<PBBuildThumbOperation>(
             services, PBBuildThumbOperation::Request{
                           .fileId = fileId,
                           .imageImporter = std::make_unique<ToldImporter>(decodings, image),
-                          .checkExist = checkExist,
+                          .checkExist = std::move(checkExist),
                           .thumbSize = 256,
                           .imageSize = known});
         queue.addOperation(operation);
@@ -130,7 +126,7 @@ TEST_F(BuildThumbTest, SizeAndEncodingFollowFromThePicture) {
     qint64 id = 0;
     for (const auto& [size, known, asked, thumbnail] : cases) {
         for (const auto format : {QImage::Format_RGB32, QImage::Format_ARGB32_Premultiplied}) {
-            build(++id, picture(size, format), known);
+            build(++id, filled(size, Qt::transparent, format), known);
             EXPECT_EQ(decodings.all().first.back(), asked) << size.width();
             EXPECT_EQ(ThumbnailStore::loadThumbnail(db, id, true, {}).size(), thumbnail);
             const bool isPng = ThumbnailStore::thumbnailData(db, id).startsWith("\x89PNG");
@@ -143,13 +139,17 @@ TEST_F(BuildThumbTest, SizeAndEncodingFollowFromThePicture) {
 TEST_F(BuildThumbTest, AThumbnailThatIsThereStays) {
     build(1);
     const QByteArray first = ThumbnailStore::thumbnailData(db, 1);
-    build(1, picture({20, 20}), QSizeF(), true);
+    const auto together = std::make_shared<StoredThumbnails>();
+    for (const qint64 id : {1, 2})
+        together->add(id);
+    build(1, filled({20, 20}), QSizeF(), together);
     EXPECT_EQ(decodings.all().first.size(), 1U) << "not even decoded";
-    EXPECT_EQ(order.size(), 1U);
-    build(1, picture({20, 20}));
-    EXPECT_EQ(order.size(), 2U) << "told all the same";
+    build(2, filled({20, 20}), QSizeF(), together);
+    EXPECT_EQ(order, (std::vector<qint64>{1, 2}));
+    build(1, filled({20, 20}));
+    EXPECT_EQ(order.size(), 3U) << "told all the same";
     EXPECT_EQ(ThumbnailStore::thumbnailData(db, 1), first);
-    EXPECT_EQ(figures(), (QList{1, 0, 3}));
+    EXPECT_EQ(figures(), (QList{2, 0, 4}));
 }
 
 TEST_F(BuildThumbTest, WhatCannotBeDecodedOrWasCancelledLeavesNothing) {
@@ -177,7 +177,7 @@ TEST_F(BuildThumbTest, ThumbnailsThatCannotBeStoredHaveFailedAndAreToldOnce) {
 }
 
 TEST_F(BuildThumbTest, StoredThumbnailsComeInTheColoursOfTheScreen) {
-    build(1, picture({8, 8}, QImage::Format_RGB32, qRgb(200, 60, 60)));
+    build(1, filled({8, 8}, qRgb(200, 60, 60)));
     const QColorSpace wide(QColorSpace::AdobeRgb);
     const auto red = [&](bool preload, const QColorSpace& space) {
         return ThumbnailStore::loadThumbnail(db, 1, preload, space).pixelColor(4, 4).red();
@@ -195,8 +195,11 @@ TEST_F(BuildThumbTest, IdleCoresDecodeAheadTheOrderStaysAndCancellingGivesTheirP
     DecodeAhead ahead(cores);
     services->ahead = &ahead;
     queue.setSuspended(true);
+    const auto stored = std::make_shared<StoredThumbnails>();
+    for (qint64 id = 2; id <= 30; id += 2)
+        stored->add(id);
     for (qint64 id = 1; id <= 30; ++id)
-        add(id, picture({400, 300}), {}, id % 2 == 0);
+        add(id, filled({400, 300}), {}, id % 2 == 0 ? stored : nullptr);
     ASSERT_TRUE(PBCatalogue(db).insertThumbnailWithFileId(20, "there already"));
     add(0)->setQueuePriority(QueuePriority::VeryHigh);
     decodings.setOpen(false);

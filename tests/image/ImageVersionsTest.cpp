@@ -3,6 +3,7 @@
 #include "group/PBImageFileItem.h"
 #include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
+#include "support/Images.h"
 #include "support/Support.h"
 
 namespace {
@@ -10,9 +11,8 @@ namespace {
 using Kind = LoadedImages::Kind;
 
 LoadedImages pictures(QSize size, std::size_t frames = 1) {
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    return LoadedImages::of(std::make_shared<PBImages>(std::vector(frames, PBImage(image))));
+    const PBImage image(support::filled(size));
+    return LoadedImages::of(std::make_shared<PBImages>(std::vector(frames, image)));
 }
 
 std::shared_ptr<PBImageFileItem> itemOf(qint64 id, double date = 1000) {
@@ -37,11 +37,7 @@ std::string chosen(const PBImageFileItem& item, double scale) {
 } // namespace
 
 TEST(ImageVersionsTest, TheSmallestVersionThatIsLargeEnoughIsTaken) {
-    const struct {
-        std::vector<Told> versions;
-        double asked;
-        std::string expected;
-    } cases[] = {
+    const std::tuple<std::vector<Told>, double, std::string> cases[] = {
         {{}, 1.0, "none"},
         {{{Kind::Images, 0.25}, {Kind::Images, 1.0}}, 0.3, "1 matched"},
         {{{Kind::Images, 0.25}, {Kind::Images, 1.0}}, 0.2, "0.25 matched"},
@@ -92,11 +88,7 @@ TEST(ImageVersionsTest, WhatBelongsToAFormerFileIsShownButNeverEnough) {
 
 TEST(ImageVersionsTest, OneOfTheTwoClearingsTakesEachPictureAndNoneAMarker) {
     constexpr double side = 10;
-    const struct {
-        QSize size;
-        std::size_t frames;
-        bool isFitIn;
-    } cases[] = {
+    const std::tuple<QSize, std::size_t, bool> cases[] = {
         {{10, 10}, 1, true}, {{11, 3}, 1, false}, {{3, 11}, 1, false}, {{10, 10}, 2, false}};
     for (const auto& [size, frames, isFitIn] : cases) {
         for (const bool clearsFitIn : {true, false}) {

@@ -5,6 +5,7 @@
 #include "image/large/PBLoadImageManager.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/Mutex.h"
+#include "support/Images.h"
 #include "support/Support.h"
 
 using codec::ReadStatus;
@@ -34,10 +35,8 @@ public:
         if (stop.stop_requested()) return {ReadStatus::NotNow, {}};
         codec::ReadResult result{status, {}};
         const int side = request.maxSize == 0 ? 40 : request.maxSize;
-        if (status == ReadStatus::Decoded) {
-            result.frame.image = QImage(side, std::min(side, 40), QImage::Format_RGB32);
-            result.frame.image.fill(Qt::blue);
-        }
+        if (status == ReadStatus::Decoded)
+            result.frame.image = support::filled({side, std::min(side, 40)});
         return result;
     }
     void tell(const QString& name, ReadStatus status) {

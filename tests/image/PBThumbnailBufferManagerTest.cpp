@@ -127,18 +127,6 @@ TEST_F(PBThumbnailBufferManagerTest, anItemThatIsNotShownLosesItsThumbnail) {
     EXPECT_EQ(manager.imageFileItemCount(), 0U);
 }
 
-TEST_F(PBThumbnailBufferManagerTest, insertionsShiftTheStoredPositions) {
-    makeLeaves({4, 10});
-    push(0, {2});
-    push(1, {4, 6, 8});
-    manager.notifyGroupItemInsert(1);
-    manager.notifyImageFileInsert(2, 5);
-    order.leaves.insert(order.leaves.begin() + 1, Items());
-    // Stored now: (0, 2), (2, 4), (2, 7), (2, 9).
-    push(2, {3}); // 5 from the front, 6 from the back
-    EXPECT_EQ(held(), u"2||346");
-}
-
 TEST_F(PBThumbnailBufferManagerTest, theCountHoldsWhateverTheTreeDoes) {
     makeLeaves({5, 1, 2});
     push(0, {0, 1});

@@ -1,5 +1,6 @@
 #include "image/StandIn.h"
 
+#include "support/Images.h"
 #include "support/Support.h"
 
 #include <QPainter>
@@ -8,8 +9,7 @@ namespace {
 
 /// Gray, with bars of the colour where the picture in the middle leaves room.
 QImage barred(QSize size, QRect middle, QColor bars = Qt::black) {
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(bars);
+    QImage image = support::filled(size, bars);
     QPainter(&image).fillRect(middle, QColor(120, 120, 120));
     return image;
 }

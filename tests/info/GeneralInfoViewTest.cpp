@@ -150,15 +150,13 @@ TEST_F(GeneralInfoViewTest, starsAreSetByClickDragAndKeys) {
     EXPECT_EQ(drag(1, 4), u"4 stars"_s);
     EXPECT_EQ(drag(2, 4), QString()) << "that is what they have";
     EXPECT_EQ(drag(4, 0), u"0 stars"_s) << "to the left of the first";
-    const struct {
-        int key;
-        const char* asked;
-    } keys[] = {{Qt::Key_End, "5 stars"}, {Qt::Key_Right, ""}, {Qt::Key_Left, "4 stars"},
-                {Qt::Key_2, "2 stars"},   {Qt::Key_9, ""},     {Qt::Key_Delete, "0 stars"}};
-    for (const auto& each : keys) {
-        QTest::keyClick(&stars, static_cast<Qt::Key>(each.key));
+    const std::pair<Qt::Key, const char*> keys[] = {
+        {Qt::Key_End, "5 stars"}, {Qt::Key_Right, ""}, {Qt::Key_Left, "4 stars"},
+        {Qt::Key_2, "2 stars"},   {Qt::Key_9, ""},     {Qt::Key_Delete, "0 stars"}};
+    for (const auto& [key, expected] : keys) {
+        QTest::keyClick(&stars, key);
         const QString asked = edits.noted.isEmpty() ? QString() : edits.noted.takeLast();
-        EXPECT_EQ(asked.section(u' ', 1), QString::fromLatin1(each.asked)) << each.key;
+        EXPECT_EQ(asked.section(u' ', 1), QString::fromLatin1(expected)) << key;
     }
     // Mixed ones can be taken away, too.
     database.executeUpdate(u"update ImageFile set FileStars = 5 where Id = ?"_s, a->fileId());
@@ -166,19 +164,6 @@ TEST_F(GeneralInfoViewTest, starsAreSetByClickDragAndKeys) {
     EXPECT_EQ(value(GeneralRow::FileStars), u"Multiple values"_s);
     EXPECT_EQ(stars.intValue(), 0);
     EXPECT_EQ(drag(0, 0), u"0 stars"_s);
-}
-
-TEST_F(GeneralInfoViewTest, hiddenItReadsNothingAndShownItReadsWhatChanged) {
-    select({});
-    EXPECT_EQ(value(GeneralRow::FileName), u"No Selection"_s);
-    EXPECT_EQ(panel.title(), u"Information"_s);
-    panel.hide();
-    select({a, b});
-    EXPECT_TRUE(view.rows().empty());
-    EXPECT_EQ(panel.title(), u"Information of 2 photographs"_s);
-    panel.show();
-    EXPECT_EQ(value(GeneralRow::FileName), u"Multiple values"_s);
-    EXPECT_EQ(value(GeneralRow::FileLocation), u"/photos"_s);
 }
 
 TEST_F(GeneralInfoViewTest, aNewerSelectionStopsTheOlderOne) {
@@ -201,7 +186,7 @@ TEST_F(GeneralInfoViewTest, aNewerSelectionStopsTheOlderOne) {
     EXPECT_EQ(value(GeneralRow::FileName), u"Being gathered…"_s);
     panel.setPaused(false);
     EXPECT_EQ(value(GeneralRow::FileName), u"a.b.jpg"_s);
-    select(many);
+    select(PBImageFileList(many.end() - 1000, many.end()));
     EXPECT_TRUE(support::spinUntil([&] { return !panel.isGathering(); }));
     EXPECT_EQ(value(GeneralRow::FileName), u"Multiple values"_s);
 }

@@ -18,7 +18,7 @@ QStringList told(const InfoRows& rows) {
 }
 
 /// One photograph after the other, each by the row that it has of the category.
-MoreInfoDict merged(Category category, std::initializer_list<const char*> photographs) {
+MoreInfoDict merged(Category category, const std::vector<const char*>& photographs) {
     MetadataMerge merge;
     for (const char* photograph : photographs) {
         if (QByteArrayView(photograph) == "-") {
@@ -30,7 +30,7 @@ MoreInfoDict merged(Category category, std::initializer_list<const char*> photog
     return merge.moreInfoDict();
 }
 
-QStringList rowsOf(Category category, std::initializer_list<const char*> photographs) {
+QStringList rowsOf(Category category, const std::vector<const char*>& photographs) {
     return told(MoreInfo::rows(merged(category, photographs), category, english));
 }
 
@@ -73,14 +73,16 @@ TEST(InfoRowsTest, exifShowsThreeDictionariesInOneOrder) {
     EXPECT_TRUE(told(MoreInfo::rows(all, Category::Exif, english)).contains(u"LensModel"_s));
     EXPECT_FALSE(told(MoreInfo::rows(all, Category::Exif, english)).contains(u"LensModel=L"_s));
     EXPECT_EQ(MoreInfo::heightInRows(Category::Exif, {}), 0);
+    EXPECT_EQ(
+        rowsOf(
+            Category::Exif, {"CompressedBitsPerPixel=3.9893515 "
+                             "LensSpecification=1.5700000524639703,9,0.00012345,2.8"}),
+        support::words("CompressedBitsPerPixel=3.99 LensSpecification=1.57,9,0.000123,2.8"));
 }
 
 TEST(InfoRowsTest, positionsAreDegreesWithTheirReferenceInOneRow) {
     const auto gps = Category::GPS;
-    const struct {
-        std::initializer_list<const char*> photographs;
-        QStringList rows;
-    } cases[] = {
+    const std::pair<std::vector<const char*>, QStringList> cases[] = {
         {{"LatitudeRef=N Latitude=52.5"}, {u"Latitude=52° 30´ 0.0˝ N"_s}},
         // 17.99999 minutes, and seconds that round up to a minute and a degree.
         {{"LatitudeRef=S Latitude=52.3"}, {u"Latitude=52° 18´ 0.0˝ S"_s}},
@@ -94,8 +96,8 @@ TEST(InfoRowsTest, positionsAreDegreesWithTheirReferenceInOneRow) {
         {{"DestDistance=3"}, {u"DestDistance=3.00"_s}},
         {{"TrackRef=T Track=90.5"}, {u"TrackRef=True north"_s, u"Track=90.5"_s}},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(rowsOf(gps, each.photographs), each.rows);
+    for (const auto& [photographs, rows] : cases)
+        EXPECT_EQ(rowsOf(gps, photographs), rows);
     const auto height = [&](const char* photograph) {
         return MoreInfo::heightInRows(gps, MoreInfo::rows(merged(gps, {photograph}), gps, english));
     };
@@ -104,7 +106,7 @@ TEST(InfoRowsTest, positionsAreDegreesWithTheirReferenceInOneRow) {
 }
 
 TEST(InfoRowsTest, aPlaceIsOneThatAllHave) {
-    const auto place = [](std::initializer_list<const char*> photographs) {
+    const auto place = [](const std::vector<const char*>& photographs) {
         return MoreInfo::location(merged(Category::GPS, photographs));
     };
     const char* lima = "Latitude=12.25 LatitudeRef=s Longitude=77.5 LongitudeRef=W";
@@ -133,18 +135,14 @@ TEST(InfoRowsTest, segmentsAreOfferedAndChosenByTheirKeys) {
 
 TEST(InfoRowsTest, datesStandInTheOrderOfTheLocale) {
     const QDateTime date(QDate(2021, 6, 2), QTime(9, 5, 7), Qt::UTC);
-    const struct {
-        const char* locale;
-        QString text;
-    } cases[] = {
+    const std::pair<const char*, QString> cases[] = {
         {"en_GB", u"2 Jun 2021, 09:05:07"_s},      {"en_US", u"Jun 2, 2021, 9:05:07 AM"_s},
         {"de_DE", u"2. Juni 2021, 09:05:07"_s},    {"fr_FR", u"2 juin 2021, 09:05:07"_s},
         {"ja_JP", u"2021年6月2日, 9時05分07秒"_s}, {"sv_SE", u"2 juni 2021, 09:05:07"_s},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(
-            DateTexts::dateTimeText(date, QLocale(QString::fromLatin1(each.locale))), each.text)
-            << each.locale;
+    for (const auto& [locale, text] : cases)
+        EXPECT_EQ(DateTexts::dateTimeText(date, QLocale(QString::fromLatin1(locale))), text)
+            << locale;
     // What cameras write is what their clock showed, also in the hour that summer time skips.
     const support::TimeZone berlin("Europe/Berlin");
     const auto camera = [](const char* text) {

@@ -30,22 +30,24 @@ struct SelectionReadingTest : support::CatalogueFixture {
     SelectionReading::Clock clock(double milliseconds) {
         return [this, milliseconds] { return now += milliseconds / 1000; };
     }
+    static void readAll(auto& reading) {
+        while (!reading.readSome()) {
+        }
+    }
     double now = 0;
     support::KnownFolders folders{{{1, u"/photos"_s}}};
 };
 
 TEST_F(SelectionReadingTest, aSliceEndsBeforeABatchThatWouldPassItsEnd) {
-    const struct {
-        double milliseconds; // of a batch
-        int slices;
-    } cases[] = {{0.5, 1}, {3, 3}, {7, 5}, {50, 5}};
+    // The milliseconds of a batch.
+    const std::pair<double, int> cases[] = {{0.5, 1}, {3, 3}, {7, 5}, {50, 5}};
     const PBImageFileList items = many(static_cast<int>(5 * FileRows::most - 3));
-    for (const auto& each : cases) {
-        MoreReading reading(items, database, clock(each.milliseconds));
+    for (const auto& [milliseconds, expected] : cases) {
+        MoreReading reading(items, database, clock(milliseconds));
         int slices = 1;
         while (!reading.readSome())
             ++slices;
-        EXPECT_EQ(slices, each.slices) << each.milliseconds;
+        EXPECT_EQ(slices, expected) << milliseconds;
         EXPECT_EQ(reading.merged().moreInfoDict().size(), 2U);
     }
 }
@@ -56,8 +58,7 @@ TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
     PBImageFileList items = many(static_cast<int>(2 * FileRows::most));
     items.push_back(add(u"last.jpg"_s, "Nikon"));
     MoreReading more(items, database);
-    while (!more.readSome()) {
-    }
+    readAll(more);
     const auto dictionaries = more.merged().moreInfoDict();
     EXPECT_TRUE(dictionaries.at(MetadataCategory::TIFF).at(u"Make"_s).isNull());
     EXPECT_EQ(dictionaries.at(MetadataCategory::GPS).at(u"Latitude"_s), PBValue(5.0));
@@ -65,15 +66,13 @@ TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
 
     items.push_back(add(u"none.jpg"_s, ""));
     MoreReading withNone(items, database);
-    while (!withNone.readSome()) {
-    }
+    readAll(withNone);
     EXPECT_FALSE(withNone.merged().moreInfoDict().contains(MetadataCategory::TIFF));
 
     database.executeUpdate(
         u"update ImageFile set Tag = '2', FileStars = 4 where Id = ?"_s, items.back()->fileId());
     GeneralReading general(items, database, folders);
-    while (!general.readSome()) {
-    }
+    readAll(general);
     const GeneralMerge& merged = general.merged();
     EXPECT_EQ(merged.count(), items.size());
     EXPECT_TRUE(merged.value(GeneralRow::FileStars).isNull());

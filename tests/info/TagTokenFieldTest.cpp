@@ -31,11 +31,7 @@ const QString longTag(10000, u'x');
 const QString hebrew = QString::fromUtf8("\u05e9\u05dc\u05d5\u05dd \u202eabc");
 
 TEST(TagTokensTest, listsAreReadAsTheyAreWritten) {
-    const struct {
-        const char* text;
-        const char* complete;
-        const char* rest;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"a, b ,c", "a| b ", "c"},
         {"a\nb\r\n", "a|b", ""},
         {",, ,", "", ""},
@@ -44,10 +40,10 @@ TEST(TagTokensTest, listsAreReadAsTheyAreWritten) {
         {R"(5" x 7", b)", R"(5" x 7")", " b"},
         {R"("say ""a, b""", c)", R"("say ""a, b""")", " c"},
     };
-    for (const auto& each : cases) {
-        const auto parts = TagTokens::partsOf(QString::fromLatin1(each.text));
-        EXPECT_EQ(parts.complete.join(u'|'), QString::fromLatin1(each.complete)) << each.text;
-        EXPECT_EQ(parts.rest, QString::fromLatin1(each.rest)) << each.text;
+    for (const auto& [text, complete, rest] : cases) {
+        const auto parts = TagTokens::partsOf(QString::fromLatin1(text));
+        EXPECT_EQ(parts.complete.join(u'|'), QString::fromLatin1(complete)) << text;
+        EXPECT_EQ(parts.rest, QString::fromLatin1(rest)) << text;
     }
     for (const QString& tag :
          {u"a, b"_s, u"\"a\""_s, u"5\" x 7\""_s, u"\""_s, u"say \"a, b\""_s, longTag, hebrew,
@@ -61,11 +57,8 @@ TEST(TagTokensTest, listsAreReadAsTheyAreWritten) {
 
 TEST(TagTokensTest, aChangeIsWhatEachPhotographGetsAndLoses) {
     const MergedTags before{{u"Lisbon"_s, u"sea, sun"_s}, {u"night"_s, u"école"_s, u"École"_s}};
-    const struct {
-        const char* what;
-        std::function<void(TagTokens&)> edit;
-        const char* change;
-    } cases[] = {
+    using Edit = std::function<void(TagTokens&)>;
+    const std::tuple<const char*, Edit, const char*> cases[] = {
         {"nothing", [](TagTokens&) {}, ""},
         {"added", [](TagTokens& tokens) { tokens.add(u"x"_s); }, "+x"},
         {"of all again", [](TagTokens& tokens) { tokens.add(u"LISBON"_s); }, ""},
@@ -81,11 +74,11 @@ TEST(TagTokensTest, aChangeIsWhatEachPhotographGetsAndLoses) {
          },
          ""},
     };
-    for (const auto& each : cases) {
+    for (const auto& [what, edit, change] : cases) {
         const TagTokens base(before);
         TagTokens tokens(before);
-        each.edit(tokens);
-        EXPECT_EQ(told(tokens.changeFrom(base)), QString::fromUtf8(each.change)) << each.what;
+        edit(tokens);
+        EXPECT_EQ(told(tokens.changeFrom(base)), QString::fromUtf8(change)) << what;
     }
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "FMDB/FMDatabase.h"
-#include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveAliasOperation.h"
 #include "library/PBAliasManager.h"
 #include "library/PBFolderLister.h"
@@ -68,10 +66,7 @@ private:
 
 /// A catalogue in memory with an alias manager over it.
 struct LibraryTest : testing::Test {
-    LibraryTest() {
-        EXPECT_TRUE(db.open());
-        EXPECT_TRUE(catalogue.checkTables_FilesDb());
-    }
+    LibraryTest() { EXPECT_TRUE(catalogue.checkTables_FilesDb()); }
 
     /// A mounted root at the path, added as the user would add it.
     std::shared_ptr<PBAliasObject> addRoot(
@@ -103,7 +98,7 @@ struct LibraryTest : testing::Test {
     }
     QString path(QStringView below) const { return _folder.path() + u'/' + below.toString(); }
 
-    FMDatabase db{QString()};
+    support::Database db;
     PBCatalogue catalogue{db};
     ToldAliasServices services{db};
     /// Does what was to be done in the background; answers what came back with `askedFor`.

@@ -1,9 +1,6 @@
-#include "library/PBAliasManager.h"
-
 #include "library/LibrarySupport.h"
 #include "library/OpenedRoots.h"
 #include "library/RootPresence.h"
-#include "platform/volumes/Bookmark.h"
 
 using Outcome = platform::Resolution::Outcome;
 
@@ -315,26 +312,6 @@ TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {
     EXPECT_TRUE(db.beginTransaction()) << "committed by itself";
     EXPECT_EQ(rows(sql), moved);
     EXPECT_EQ(rows("select Id from ImageFile"), QStringList{QString::number(image)});
-}
-
-TEST_F(PBAliasManagerTest, rootsAreLookedForAsAsked) {
-    const auto root = addRoot(a);
-    EXPECT_FALSE(manager.resolveAlias(*root, {.mount = true}));
-    EXPECT_EQ(services.resolved, 0) << "a mounted root is left alone";
-    answer(*root, Outcome::VolumeAbsent);
-    QString error = u"of before"_s;
-    EXPECT_TRUE(manager.resolveAlias(*root, {.includeMounted = true}, &error));
-    EXPECT_FALSE(services.last.mount);
-    EXPECT_EQ(error, u"no disk"_s);
-    answer(*root, Outcome::Found, ab);
-    EXPECT_TRUE(manager.resolveAlias(*root, {.mount = true}, &error));
-    EXPECT_TRUE(services.last.mount);
-    EXPECT_EQ(error, QString());
-    EXPECT_EQ(root->reservePath(), a) << "the reserve path changes only where that is asked for";
-    answer(*root, Outcome::Found, abc);
-    EXPECT_TRUE(manager.resolveAlias(*root, {.includeMounted = true, .updateReserve = true}));
-    EXPECT_EQ(aliasRows(), QStringList{abc});
-    EXPECT_FALSE(root->updateReservePath(services));
 }
 
 TEST_F(PBAliasManagerTest, aRenewedBookmarkAndAStateAreTakenOnlyWhereTheyAreStored) {

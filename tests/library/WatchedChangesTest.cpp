@@ -1,8 +1,6 @@
 #include "library/WatchedChanges.h"
 
-#include "library/SCEvents.h"
 #include "platform/files/EventStream.h"
-#include "platform/tasks/MainLoop.h"
 #include "support/Support.h"
 
 using namespace platform;
@@ -112,36 +110,6 @@ TEST(WatchedChangesTest, RootsAreAskedOfRootEventsAndOfFoldersOnly) {
         u"/r/a"_s, questions);
     EXPECT_EQ(
         changes.rewrittenFiles, support::words("/r/a/new.jpg /r/a/b/put.JPG /r/a/written.jpg"));
-}
-
-struct Listener final : SCEventListenerProtocol {
-    void pathWatcher(SCEvents&, std::span<const SCEvent> events) override {
-        for (const SCEvent& event : events)
-            paths.append(event.eventPath());
-    }
-    QStringList paths;
-};
-
-TEST(SCEventsTest, OneStreamAtATimeTellsItsDelegate) {
-    MainLoop loop;
-    const QTemporaryDir temporary;
-    const QString root = temporary.path();
-    Listener listener;
-    EventStream::Options options;
-    options.latency = std::chrono::hours(1);
-    SCEvents events(options);
-    events.setDelegate(&listener);
-
-    EXPECT_FALSE(events.startWatchingPaths({}) || events.flushEventStreamSync());
-    EXPECT_TRUE(events.startWatchingPaths({root}) && events.flushEventStreamSync());
-    EXPECT_FALSE(events.startWatchingPaths({u"/"_s}));
-    support::writeFile(root + u"/a.jpg"_s, "a");
-    EXPECT_TRUE(events.flushEventStreamSync());
-    ASSERT_TRUE(support::spinUntil([&] { return !listener.paths.isEmpty(); }));
-    EXPECT_EQ(listener.paths, QStringList{root + u"/a.jpg"_s});
-    EXPECT_TRUE(events.stopWatchingPaths());
-    EXPECT_FALSE(events.stopWatchingPaths() || events.flushEventStreamSync());
-    EXPECT_TRUE(events.startWatchingPaths({root})) << "again, after the end of the former";
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "places/OfflineGeocoder.h"
 
 #include "places/CountryNames.h"
-#include "places/Gazetteer.h"
 #include "places/PlaceEntry.h"
 #include "platform/program/StandardFolders.h"
 #include "support/Support.h"

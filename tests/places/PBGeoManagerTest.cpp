@@ -3,11 +3,8 @@
 #include "catalogue/PBCatalogue.h"
 #include "places/GeoBlobs.h"
 #include "platform/tasks/MainLoop.h"
-#include "platform/tasks/Mutex.h"
 #include "platform/values/CborValues.h"
 #include "support/Rows.h"
-
-#include <deque>
 
 namespace {
 
@@ -50,7 +47,6 @@ private:
 
 struct PBGeoManagerTest : ::testing::Test {
     PBGeoManagerTest() {
-        EXPECT_TRUE(_db.open());
         EXPECT_TRUE(PBCatalogue(_db).checkTables_FilesDb());
         makeManager();
     }
@@ -104,11 +100,10 @@ struct PBGeoManagerTest : ::testing::Test {
         return address.dictionary()->at(u"City"_s).toText();
     }
 
-    int storedChanges() const { return support::storedChanges(_db); }
     QStringList rows() { return support::rowsOf(_db, u"select GeoId from Geo"_s); }
 
     QTemporaryDir _folder;
-    FMDatabase _db{_folder.filePath(u"files.db"_s)};
+    support::Database _db{_folder.filePath(u"files.db"_s)};
     std::chrono::milliseconds interval{0};
     platform::MainLoop _loop;
     const std::function<void(std::function<void()>)> _post = [this](std::function<void()> call) {
@@ -172,7 +167,7 @@ TEST_F(PBGeoManagerTest, whatIsFoundWithinTheIntervalIsStoredTogetherAndToldOnce
         ask(latitude);
     EXPECT_TRUE(_geocoder->answer(cityAnswer(u"First"_s))); // stored at once: the last is long ago
     EXPECT_TRUE(support::spinUntil([&] { return _notices == 1; }));
-    const int before = storedChanges();
+    const int before = support::storedChanges(_db);
     for (const char16_t* city : {u"New", u"New", u"Old", u"Far"}) {
         EXPECT_TRUE(support::spinUntil([&] { return _geocoder->isWaiting(); }));
         EXPECT_TRUE(_geocoder->answer(cityAnswer(QString::fromUtf16(city))));
@@ -181,7 +176,7 @@ TEST_F(PBGeoManagerTest, whatIsFoundWithinTheIntervalIsStoredTogetherAndToldOnce
     EXPECT_EQ(addressAt(21), u"absent"_s) << "what is not stored is not known";
     EXPECT_TRUE(_manager->hasPendingRequests());
     _manager->finish();
-    EXPECT_EQ(storedChanges(), before + 1);
+    EXPECT_EQ(support::storedChanges(_db), before + 1);
     makeManager();
     EXPECT_EQ(rows().size(), 4) << "of Old, First, New and Far";
     EXPECT_EQ(

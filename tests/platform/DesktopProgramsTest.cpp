@@ -42,6 +42,10 @@ struct DesktopProgramsTest : testing::Test {
 TEST_F(DesktopProgramsTest, thosePreferredComeFirstAndOnlyThoseForAllTypesAndChangesAreSeen) {
     for (const QString& id : {u"a"_s, u"b"_s, u"c"_s, u"kde/d"_s, u"map"_s})
         program(id);
+    write(
+        u"applications/single.desktop"_s,
+        "[Desktop Entry]\nType=Application\nName=Single\nExec=/bin/sh '" +
+            folder.filePath(u"one"_s).toUtf8() + "' %f\n");
     program(u"hidden"_s, "NoDisplay=true\n");
     program(u"text"_s, "Terminal=true\n");
     program(u"else"_s, "OnlyShowIn=NoSuchDesktop;\n");
@@ -82,23 +86,33 @@ TEST_F(DesktopProgramsTest, thosePreferredComeFirstAndOnlyThoseForAllTypesAndCha
     const QString done = folder.filePath(u"record.done"_s);
     EXPECT_TRUE(support::spinUntil([&] { return QFile::exists(done); }));
     EXPECT_EQ(support::readFile(done), files.join(u'\n').toUtf8() + '\n');
+    // One that takes a single file is started for each.
+    write(u"one"_s, "echo \"$#$1\" >> \"$0.done\"");
+    EXPECT_TRUE(programs::open({.id = u"single.desktop"_s, .name = {}, .icon = {}}, files));
+    EXPECT_TRUE(support::spinUntil([&] {
+        const QByteArray runs = support::readFile(folder.filePath(u"one.done"_s));
+        return std::ranges::all_of(files, [&runs](const QString& file) {
+            return runs.contains('1' + file.toUtf8() + '\n');
+        });
+    }));
     EXPECT_FALSE(programs::open({.id = u"none.desktop"_s, .name = {}, .icon = {}}, files));
 }
 
 TEST(WallpaperTest, desktopsAreToldOfTheirPictureInTheirOwnWay) {
     const std::pair<QString, QString> table[] = {
-        {u"GNOME"_s, u"gsettings set org.gnome.desktop.background picture-uri file:///a%20b"_s},
+        {u"GNOME"_s,
+         u"gsettings set org.gnome.desktop.background picture-uri 'file:///a%20b\\'c'"_s},
         {u"ubuntu:GNOME"_s,
-         u"gsettings set org.gnome.desktop.background picture-uri file:///a%20b"_s},
+         u"gsettings set org.gnome.desktop.background picture-uri 'file:///a%20b\\'c'"_s},
         {u"X-Cinnamon"_s,
-         u"gsettings set org.cinnamon.desktop.background picture-uri file:///a%20b"_s},
-        {u"MATE"_s, u"gsettings set org.mate.background picture-filename /a b"_s},
-        {u"KDE"_s, u"plasma-apply-wallpaperimage /a b"_s},
+         u"gsettings set org.cinnamon.desktop.background picture-uri 'file:///a%20b\\'c'"_s},
+        {u"MATE"_s, u"gsettings set org.mate.background picture-filename '/a b\\'c'"_s},
+        {u"KDE"_s, u"plasma-apply-wallpaperimage /a b'c"_s},
         {u"XFCE"_s, u"xfconf-query -c xfce4-desktop -l"_s},
         {u"sway"_s, QString()},
     };
     for (const auto& [desktop, last] : table) {
-        const auto lines = platform::Wallpaper::commandLines(desktop, u"/a b"_s);
+        const auto lines = platform::Wallpaper::commandLines(desktop, u"/a b'c"_s);
         EXPECT_EQ(lines.empty() ? QString() : lines.back().join(u' '), last);
     }
 }

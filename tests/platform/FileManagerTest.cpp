@@ -1,5 +1,4 @@
 #include "platform/files/FileManager.h"
-#include "platform/program/StandardFolders.h"
 
 #include "support/Support.h"
 
@@ -101,17 +100,4 @@ TEST(FileManagerTest, packagesAreToldByTheEndingOfTheirName) {
         EXPECT_TRUE(isPackageName(name));
     for (const char16_t* name : {u".app", u"/x/.app", u"app", u"/a.app/b", u"a.appx", u"", u"/"})
         EXPECT_FALSE(isPackageName(name));
-}
-
-TEST(StandardFoldersTest, aProfileHoldsEverything) {
-    namespace Folders = platform::StandardFolders;
-    const QTemporaryDir folder;
-    EXPECT_TRUE(Folders::settingsFile().endsWith(u"/Velmora/Velmora.conf"));
-    EXPECT_TRUE(Folders::dataFolder().endsWith(u"/Velmora"));
-    const QString profile = folder.filePath(u"p"_s);
-    Folders::setProfile(QDir::current().relativeFilePath(profile));
-    EXPECT_EQ(Folders::dataFolder(), profile);
-    EXPECT_EQ(Folders::settingsFile(), profile + u"/Velmora.conf"_s);
-    EXPECT_TRUE(QFileInfo(profile).isDir());
-    Folders::setProfile({});
 }

@@ -11,7 +11,8 @@ using platform::QueuePriority;
 namespace {
 
 struct Lambda final : Operation {
-    explicit Lambda(std::function<void(Lambda&)> body) : _body(std::move(body)) {}
+    explicit Lambda(std::function<void(Lambda&)> body, std::int64_t key = 0)
+        : Operation(key), _body(std::move(body)) {}
     void main() override { _body(*this); }
     const std::function<void(Lambda&)> _body;
 };
@@ -51,6 +52,50 @@ TEST(OperationQueueTest, serialQueueRunsInOrderOfPriorityThenArrivalAndTellsTheE
     EXPECT_EQ(queue.operationCount(), 0U);
     queue.waitUntilAllOperationsAreFinished(); // though suspended
     EXPECT_EQ(ran.size(), 5U);
+}
+
+TEST(OperationQueueTest, whatIsPreferredComesFirstAndGoesBackToItsPlace) {
+    using enum QueuePriority;
+    QList<std::int64_t> ran;
+    OperationQueue queue(u"test"_s);
+    queue.setSuspended(true);
+    const auto add = [&](std::int64_t key) {
+        queue.addOperation(std::make_shared<Lambda>([&](Lambda& self) { ran += self.key(); }, key));
+    };
+    const auto waiting = [&] {
+        QList<std::int64_t> keys;
+        for (const auto& operation : queue.operations())
+            keys += operation->key();
+        return keys;
+    };
+    for (std::int64_t key = 1; key <= 6; ++key)
+        add(key);
+    queue.prefer({{5, VeryHigh}, {1, High}, {3, High}, {99, VeryHigh}});
+    EXPECT_EQ(waiting(), (QList<std::int64_t>{5, 1, 3, 2, 4, 6}));
+    EXPECT_EQ(queue.nextOperations(3).back()->key(), 3);
+    queue.prefer({{3, VeryHigh}, {6, High}});
+    EXPECT_EQ(waiting(), (QList<std::int64_t>{3, 6, 1, 2, 4, 5}));
+    queue.operations().back()->setQueuePriority(VeryHigh); // of the fifth, by itself
+    EXPECT_EQ(waiting(), (QList<std::int64_t>{3, 5, 6, 1, 2, 4}));
+    EXPECT_EQ(queue.operationCount(), 6U);
+    queue.cancelAllOperations();
+    EXPECT_EQ(queue.operationCount(), 0U);
+
+    for (std::int64_t key = 1; key <= 4; ++key)
+        add(key);
+    add(2); // its thumbnail is wanted once more: the last one is meant
+    queue.prefer({{1, High}, {2, High}, {6, High}});
+    EXPECT_EQ(waiting(), (QList<std::int64_t>{1, 2, 2, 3, 4}));
+    EXPECT_EQ(queue.operations()[1]->queuePriority(), High);
+    queue.addOperation([&] {
+        // The first two of the line are gone by now.
+        queue.prefer({{4, High}});
+        queue.prefer({});
+    });
+    queue.prefer({{3, High}, {4, High}});
+    queue.setSuspended(false);
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(ran, (QList<std::int64_t>{3, 4, 1, 2, 2}));
 }
 
 TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {

@@ -13,3 +13,12 @@ TEST(WindowActivationTest, theUsersTimeIsTheNumberAtTheEndOfAnId) {
     for (const auto& [id, time] : ids)
         EXPECT_EQ(platform::timeOfStartupId(id), time) << id;
 }
+
+TEST(WindowActivationTest, whatLetThisProgramTakeTheKeysIsNotHandedOnToThoseThatItStarts) {
+    const platform::Activation given{"id_TIME1", "a token"};
+    qputenv("DESKTOP_STARTUP_ID", given.startupId);
+    qputenv("XDG_ACTIVATION_TOKEN", given.token);
+    EXPECT_EQ(platform::activationOfStart(), given);
+    platform::forgetActivation();
+    EXPECT_EQ(platform::activationOfStart(), platform::Activation());
+}

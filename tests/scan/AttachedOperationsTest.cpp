@@ -1,5 +1,5 @@
-#include "scan/EditedPhotographsOperation.h"
 #include "scan/FilePropertyBatch.h"
+#include "scan/PBUpdateFileItemOperation.h"
 #include "scan/ScanSupport.h"
 
 namespace {
@@ -20,13 +20,21 @@ private:
 struct AttachTest : ScanTest {
     /// Attaches work for an item of the work tree, which has one leaf at the top.
     template <typename Operation>
-    void attach(const char16_t* name, auto... more) const {
+    void attach(const char16_t* name) const {
         const PBGroupItem& leaf = *workTree->front();
         std::shared_ptr<PBGroupItem> node = PBGroupItem::groupItemWithParent(nullptr, leaf.data());
         for (const auto& item : leaf.imageFiles())
             if (item->fileName() == name) node->sortAddImageFileItem(item, 0, false);
         const std::vector<PBGroupItemChain> chains{{node}};
-        factory->attach(std::make_shared<Operation>(dictionary(), chains, more...));
+        factory->attach(std::make_shared<Operation>(dictionary(), chains));
+    }
+    /// The item has other marks, and so has its row.
+    void edit(const char16_t* name) {
+        PBUpdateFileItemOperation::Edited edited;
+        for (const auto& item : items())
+            if (item->fileName() == name) edited.items.push_back(item);
+        edited.fileIds = {edited.items.at(0)->fileId()};
+        factory->attach(std::make_shared<PBUpdateFileItemOperation>(dictionary(), edited));
     }
     PBScanDictionaryRef dictionary() const {
         return factory->makeDictionary(root, {}, workTree, browsing);
@@ -83,14 +91,14 @@ TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
     scanQueue.setSuspended(true);
     for (const auto& item : items())
         if (item->fileName() != u"b.jpg") item->setFlagged(false);
-    attach<PBUpdateFileItemOperation>(u"a.jpg");
-    attach<PBUpdateFileItemOperation>(u"b.jpg");
-    attach<PBUpdateFileItemOperation>(u"c.jpg", true);
+    edit(u"a.jpg");
+    edit(u"b.jpg");
+    edit(u"c.jpg");
     scanQueue.setSuspended(false);
     waitForQueues();
     EXPECT_EQ(shown(), words("b.jpg"));
     EXPECT_EQ(publishedCounts().size(), before + 1);
-    EXPECT_TRUE(lastPublication()->updateScrollCapture) << "as the last one asks";
+    EXPECT_TRUE(lastPublication()->updateScrollCapture) << "the browser stays at its place";
 
     // In one drain with a look at the disk, which finds nothing to show.
     int dropped = 0;
@@ -130,10 +138,10 @@ TEST_F(AttachTest, APlaceThatIsFoundTakesItsPhotographsFromTheUnknownOnesOnce) {
     ASSERT_EQ(workTree->size(), 1U);
     const auto unknown = workTree->front()->data();
     places.isFound = true;
-    // Two chains of what is on show, before one swap: the second finds nothing of them any more.
+    // Two edits of one photograph before one swap, and it is there once.
     scanQueue.setSuspended(true);
-    attach<PBUpdateFileItemOperation>(u"a.jpg");
-    attach<PBUpdateFileItemOperation>(u"a.jpg");
+    edit(u"a.jpg");
+    edit(u"a.jpg");
     factory->attach(std::make_shared<PBRegroupPlacesOperation>(dictionary()));
     scanQueue.setSuspended(false);
     waitForQueues();
@@ -168,7 +176,7 @@ TEST_F(AttachTest, EditedItemsKeepTheGroupsThatTheirRowsTell) {
         scan();
         items()[0]->setStar(4);
         items()[0]->setFlagged(true);
-        attach<PBUpdateFileItemOperation>(u"a.jpg");
+        edit(u"a.jpg");
         waitForQueues();
         ASSERT_EQ(workTree->size(), 1U) << type;
         EXPECT_EQ(workTree->front()->value(), value) << type;
@@ -185,13 +193,37 @@ TEST_F(AttachTest, APhotographThatTheUserRenamesWhileItIsLookedForStaysWhatItIs)
     execute(u"update ImageFile set FileName = 'b.jpg'"_s);
     watch(true);
     EXPECT_EQ(shown(), QStringList());
-    factory->attach(std::make_shared<EditedPhotographsOperation>(
+    factory->attach(std::make_shared<PBUpdateFileItemOperation>(
         dictionary(),
-        EditedPhotographsOperation::Edited{
+        PBUpdateFileItemOperation::Edited{
             .fileIds = {id}, .items = {}, .moves = false, .areRenamed = true, .readAgain = {}}));
     waitForQueues();
     EXPECT_EQ(shown(), words("b.jpg"));
     EXPECT_EQ(rows(u"select Id from ImageFile"_s), QStringList(QString::number(id)));
+}
+
+/// The scans read the former row until the new one is stored, and come to the file meanwhile.
+TEST_F(AttachTest, ARenameThatIsOnItsWayGivesNoFileASecondRow) {
+    makePicture(u"a.jpg"_s);
+    scan();
+    const QStringList ids = rows(u"select Id from ImageFile"_s);
+    const auto rename = [&](const QString& from, const QString& to, bool isStoredMeanwhile) {
+        const auto store = [&] { execute(u"update ImageFile set FileName = '%1'"_s.arg(to)); };
+        QFile::rename(path(from), path(to));
+        importers.willRead = [&](const QString&) {
+            if (isStoredMeanwhile) return store();
+            factory->whileRowsChange(store);
+        };
+        const auto look = [&] { watch(false, {{path({}), false}}); };
+        if (isStoredMeanwhile) {
+            factory->whileRowsChange(look);
+        } else {
+            look();
+        }
+        EXPECT_EQ(rows(u"select Id from ImageFile"_s), ids) << isStoredMeanwhile;
+    };
+    rename(u"a.jpg"_s, u"b.jpg"_s, true);
+    rename(u"b.jpg"_s, u"c.jpg"_s, false);
 }
 
 /// The watcher tells of a file while the scan has it in hand.

@@ -1,4 +1,3 @@
-#include "platform/volumes/Bookmark.h"
 #include "scan/ScanSupport.h"
 #include "support/MemoryDisk.h"
 
@@ -14,8 +13,7 @@ struct AwayFilesTest : ScanTest {
         QStringList names;
         for (const auto& item : items())
             if (item->isAway()) names.append(item->fileName());
-        names.sort();
-        return names;
+        return support::sorted(names);
     }
     /// Ids and stars of all images: what would be lost with the rows.
     QStringList marks() {

@@ -28,20 +28,14 @@ std::array pictures{
     Picture{"zombie/nested/in/e.jpg", 40, 6, 0, true, 4}};
 
 qint64 rank(const Picture& picture, int sortType) {
-    switch (sortType) {
-    case group::SortFileName:
-        return &picture - pictures.data();
-    case group::SortFileSize:
-        return picture.fileSize;
-    case group::SortModificationDate:
-        return picture.modified;
-    case group::SortDateTaken:
-        return picture.taken != 0 ? picture.taken : picture.modified;
-    case group::SortKind:
-        return picture.name().endsWith(u".png");
-    default:
-        return picture.width;
-    }
+    const std::map<int, qint64> ranks{
+        {group::SortFileName, &picture - pictures.data()},
+        {group::SortFileSize, picture.fileSize},
+        {group::SortModificationDate, picture.modified},
+        {group::SortDateTaken, picture.taken != 0 ? picture.taken : picture.modified},
+        {group::SortKind, picture.name().endsWith(u".png") ? 1 : 0}};
+    const auto found = ranks.find(sortType);
+    return found == ranks.end() ? picture.width : found->second;
 }
 
 QDateTime moment(int number) {
@@ -84,9 +78,7 @@ TEST_F(ScanTest, WhatIsShownFollowsFromFilterSearchSortRecursionAndSelection) {
                 expected[picture.name()] = browsing.descendingSort ? -order : order;
         }
         const QStringList found = shown();
-        QStringList byName = found;
-        byName.sort();
-        EXPECT_EQ(byName, expected.keys()) << when;
+        EXPECT_EQ(support::sorted(found), expected.keys()) << when;
         const auto place = [&](const QString& name) { return expected[name]; };
         EXPECT_TRUE(
             browsing.sortType == group::SortNone || std::ranges::is_sorted(found, {}, place))

@@ -1,4 +1,3 @@
-#include "scan/PBScanFinishedManager.h"
 #include "scan/ScanSupport.h"
 
 #include <unistd.h>
@@ -55,12 +54,31 @@ TEST_F(ScanTest, RowsArePublishedAbove100AndNewFilesAbove200OrAfterASecond) {
     }
 }
 
+TEST_F(ScanTest, OfManyFilesThoseThatAreGoneOrAreOthersNowLoseTheirRows) {
+    QStringList left;
+    for (int i = 0; i < 200; ++i)
+        makePicture(u"%1.jpg"_s.arg(i, 3, 10, QChar(u'0')), {2, 2});
+    scan();
+    for (const QString& name : images()) {
+        const int number = name.left(3).toInt();
+        if (number % 7 == 0) {
+            QFile::remove(path(name));
+        } else if (number % 11 == 0) {
+            makePicture(name, {9, 9});
+        } else {
+            left.append(name);
+        }
+    }
+    browsing.filter = group::FilterRated; // so that no disk pass brings them again
+    execute(u"update ImageFile set FileStars = 1"_s);
+    scan();
+    EXPECT_EQ(shown(), left);
+    EXPECT_EQ(images(), left);
+}
+
 static QString placesIn(const PBScanFinishedManager& manager) {
-    QStringList places = support::listed(manager.scanFinishedArray(), [](const auto& entry) {
-        return entry.relativePath().value_or(u"-"_s);
-    });
-    places.sort();
-    return places.join(u' ');
+    const auto placeOf = [](const auto& entry) { return entry.relativePath().value_or(u"-"_s); };
+    return support::sorted(support::listed(manager.scanFinishedArray(), placeOf)).join(u' ');
 }
 
 TEST_F(ScanTest, TheRegistryKeepsTheUppermostFinishedFolders) {
@@ -189,8 +207,7 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
     QStringList onDisk;
     for (std::size_t i = 0; i < all; ++i)
         if (QFile::exists(path(nameOf(i)))) onDisk.append(u"%1.jpg"_s.arg(i));
-    onDisk.sort();
-    EXPECT_EQ(images(), onDisk);
+    EXPECT_EQ(images(), support::sorted(onDisk));
     EXPECT_EQ(shown().size(), onDisk.size());
     EXPECT_GE(count(thumbnails, "Thumbnail"), onDisk.size());
 }

@@ -1,4 +1,3 @@
-#include "platform/files/FileManager.h"
 #include "scan/ScanSupport.h"
 
 #include <future>

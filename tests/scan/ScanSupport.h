@@ -2,13 +2,10 @@
 
 #include "group/ItemOrder.h"
 #include "library/LibrarySupport.h"
-#include "platform/tasks/Mutex.h"
-#include "platform/tasks/OperationQueue.h"
 #include "scan/AttachedOperations.h"
 #include "scan/ScanFactory.h"
 #include "scan/ScanServices.h"
 
-#include <QImage>
 #include <QImageReader>
 
 /// Reads pictures through the toolkit: what a scan needs of importers, without their formats.
@@ -65,11 +62,9 @@ struct ToolkitImporters final : PBImageImporterManager {
 /// stands still unless the test moves it.
 struct ScanTest : testing::Test {
     ScanTest() {
-        for (FMDatabase* db : {&files, &thumbnails, &scanFiles, &buildThumbnails}) {
-            EXPECT_TRUE(db->open());
-            // No test takes the power away.
+        // No test takes the power away.
+        for (FMDatabase* db : {&files, &thumbnails, &scanFiles, &buildThumbnails})
             EXPECT_TRUE(db->executeUpdate(u"pragma synchronous = off"_s));
-        }
         EXPECT_TRUE(PBCatalogue(files).checkTables_FilesDb());
         EXPECT_TRUE(PBCatalogue(thumbnails).checkTables_Thumbnail());
         browsing.groupTypeArray = std::make_shared<const std::vector<int>>();
@@ -180,10 +175,10 @@ struct ScanTest : testing::Test {
     void expectConsistentCatalogue() { support::expectConsistentCatalogue(files); }
 
     QTemporaryDir temporary;
-    FMDatabase files{temporary.filePath(u"files.db"_s)};
-    FMDatabase thumbnails{temporary.filePath(u"thumbnail.db"_s)};
-    FMDatabase scanFiles{files.databasePath()};
-    FMDatabase buildThumbnails{thumbnails.databasePath()};
+    support::Database files{temporary.filePath(u"files.db"_s)};
+    support::Database thumbnails{temporary.filePath(u"thumbnail.db"_s)};
+    support::Database scanFiles{files.databasePath()};
+    support::Database buildThumbnails{thumbnails.databasePath()};
     ToldAliasServices aliasServices{files};
     PBAliasManager aliasManager{{files, aliasServices, {}}};
     PBScanFinishedManager finishedManager;

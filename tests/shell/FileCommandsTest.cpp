@@ -1,10 +1,9 @@
 #include "shell/files/FileCommands.h"
 
-#include "group/CatalogueFixture.h"
 #include "platform/desktop/Pasteboard.h"
-#include "shell/ShellFixture.h"
+#include "shell/FilesFixture.h"
 #include "shell/files/PhotographDrops.h"
-#include "shell/services/ChosenPhotographs.h"
+#include "shell/files/PhotographMimeData.h"
 
 #include <QClipboard>
 #include <QDialog>
@@ -12,49 +11,19 @@
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QPushButton>
-#include <QWidget>
 
 namespace {
 
-using Answer = fileactions::FilePrompts::Answer;
+using Answer = ScriptedQuestions::Answer;
 
-struct ScriptedQuestions final : FileQuestions {
-    QString folder;
-    Answer answer = Answer::Skip;
-    bool deletes = true;
-    std::function<void()> whileAsked = [] {};
-    QStringList log;
-
-    void askConflict(const Failure&, std::function<void(const ConflictAnswer&)> answered) override {
-        log += u"conflict"_s;
-        answered({answer, false});
-    }
-    void askSkip(const Failure&, std::function<void(bool)> answered) override { answered(true); }
-    void
-    tellFailure(Deed, const Failure& failure, qint64 count, std::function<void()> closed) override {
-        log +=
-            u"failed %1 %2"_s.arg(count).arg(QFile::decodeName(platform::nameOfPath(failure.path)));
-        closed();
-    }
-    void askDeleteForGood(
-        qint64 count, const QByteArray&, bool, std::function<void(bool)> answered) override {
-        log += u"delete %1?"_s.arg(count);
-        whileAsked();
-        answered(deletes);
-    }
-    void chooseFolder(const QString&, std::function<void(const QString&)> chosen) override {
-        chosen(folder);
-    }
-};
-
-/// Photographs a.jpg and b.jpg of the selected folder "photos", both chosen, and a folder "other".
-struct FileCommandsTest : ShellFixture {
-    FileCommandsTest() {
+/// Photographs a.jpg and b.jpg of the selected folder "one", both chosen, and a folder "two".
+struct FileCommandsTest : FilesFixture {
+    FileCommandsTest() : FilesFixture(std::chrono::milliseconds(0)) {
         qputenv("XDG_DATA_HOME", QFile::encodeName(path(u"data")));
-        make(u"photos");
-        questions.folder = make(u"other");
+        make(u"one");
+        questions.folder = make(u"two");
         for (const QString& name : {u"a.jpg"_s, u"b.jpg"_s}) {
-            support::writeFile(at(u"photos/%1"_s.arg(name)), name.toUtf8());
+            support::writeFile(at(u"one/%1"_s.arg(name)), name.toUtf8());
             items.push_back(support::makeItem(name, items.empty() ? 1 : 2));
         }
         QObject::connect(
@@ -69,31 +38,9 @@ struct FileCommandsTest : ShellFixture {
         qunsetenv("XDG_DATA_HOME");
     }
     QString at(const QString& name) const { return path(name); }
-    void wait() {
-        EXPECT_TRUE(support::spinUntil([this] { return tasks.isIdle(); }));
-        runPosted();
-    }
     QString names(QStringView folder) const {
         return QDir(path(folder)).entryList(QDir::Files | QDir::Hidden).join(u' ');
     }
-    QWidget window;
-    ScriptedQuestions questions;
-    PBImageFileList items;
-    struct Choice final : ChosenPhotographs {
-        explicit Choice(PBImageFileList& of) : items(of) {}
-        PBImageFileList all() const override { return items; }
-        std::shared_ptr<PBImageFileItem> first() const override { return items.front(); }
-        PBImageFileList& items;
-    };
-    Choice choice{items};
-    support::KnownFolders folders{{{1, path(u"photos")}}};
-    FileTasks tasks{
-        {.services = files,
-         .aliasManager = manager,
-         .questions = questions,
-         .window = window,
-         .thumbnail = [](qint64) { return QImage(); },
-         .sheetDelay = std::chrono::milliseconds(0)}};
     FileCommands commands{
         {.imageImporterManager = importers,
          .groupTreeDataSource = source,
@@ -103,7 +50,7 @@ struct FileCommandsTest : ShellFixture {
          .questions = questions,
          .tagWithTagId = [](qint64) { return QString(); },
          .chosen = choice,
-         .selectedFolder = [this] { return path(u"photos"); }}};
+         .selectedFolder = [this] { return path(u"one"); }}};
     fileactions::FileEdit inverse;
     QString undoText;
 };
@@ -111,84 +58,110 @@ struct FileCommandsTest : ShellFixture {
 TEST_F(FileCommandsTest, commandsChangeFilesTellHowToTakeThemBackAndBringTheDisplayInStep) {
     commands.doCopyMoveTo(false);
     wait();
-    EXPECT_EQ(names(u"other"), u"a.jpg b.jpg");
+    EXPECT_EQ(names(u"two"), u"a.jpg b.jpg");
     EXPECT_EQ(undoText, u"Copy of 2 Photographs");
     commands.doCopyMoveTo(true);
     wait();
     EXPECT_EQ(questions.log, QStringList({u"conflict"_s, u"conflict"_s}));
-    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg");
+    EXPECT_EQ(names(u"one"), u"a.jpg b.jpg");
     questions.answer = Answer::Replace;
     commands.doCopyMoveTo(true);
     wait();
-    EXPECT_EQ(names(u"photos"), QString());
+    EXPECT_EQ(names(u"one"), QString());
     const fileactions::FileEdit moved = inverse;
     bool isBack = false;
     commands.perform(
         moved, [&](const fileactions::FileOutcome& back) { isBack = !back.inverse.isEmpty(); });
     wait();
     EXPECT_TRUE(isBack);
-    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg");
+    EXPECT_EQ(names(u"one"), u"a.jpg b.jpg");
     publish(items);
     items.pop_back();
     commands.doDuplicate();
     wait();
-    EXPECT_EQ(names(u"photos"), u"a copy.jpg a.jpg b.jpg");
+    EXPECT_EQ(names(u"one"), u"a copy.jpg a.jpg b.jpg");
     EXPECT_EQ(undoText, u"Duplication of a Photograph");
     commands.deleteClicked();
     wait();
-    EXPECT_EQ(names(u"photos"), u"a copy.jpg b.jpg");
+    EXPECT_EQ(names(u"one"), u"a copy.jpg b.jpg");
     ASSERT_EQ(removedChains.size(), 1U);
     EXPECT_EQ(removedChains[0].back()->imageFiles().size(), 1U);
     commands.perform(inverse, [](const auto&) {});
     wait();
-    EXPECT_EQ(names(u"photos"), u"a copy.jpg a.jpg b.jpg");
+    EXPECT_EQ(names(u"one"), u"a copy.jpg a.jpg b.jpg");
     questions.deletes = false;
     commands.deleteForGood();
     wait();
     EXPECT_EQ(questions.log.last(), u"delete 1?");
-    EXPECT_EQ(names(u"photos"), u"a copy.jpg a.jpg b.jpg");
+    EXPECT_EQ(names(u"one"), u"a copy.jpg a.jpg b.jpg");
     // A scan may choose another one while the user thinks.
     questions.deletes = true;
     questions.whileAsked = [this] { items = {support::makeItem(u"b.jpg"_s, 2)}; };
     commands.deleteForGood();
     wait();
-    EXPECT_EQ(names(u"photos"), u"a copy.jpg b.jpg");
+    EXPECT_EQ(names(u"one"), u"a copy.jpg b.jpg");
 }
 
 TEST_F(FileCommandsTest, thePasteboardTakesFilesInBothWaysAndPicturesWithoutAFile) {
     QClipboard& pasteboard = *QGuiApplication::clipboard();
     commands.copy(false);
     EXPECT_EQ(commands.photographsOf(*pasteboard.mimeData()).size(), 2U);
-    support::writeFile(at(u"other/x.jpg"_s), "x");
+    support::writeFile(at(u"two/x.jpg"_s), "x");
     auto* cut = new QMimeData;
     platform::setFilesOfMimeData(
-        *cut, {.paths = {QFile::encodeName(at(u"other/x.jpg"_s))}, .isCut = true});
+        *cut, {.paths = {QFile::encodeName(at(u"two/x.jpg"_s))}, .isCut = true});
     pasteboard.setMimeData(cut);
     // What could not be moved is still cut.
-    support::writeFile(at(u"photos/x.jpg"_s), "in its way");
+    support::writeFile(at(u"one/x.jpg"_s), "in its way");
     commands.doPaste();
     wait();
     EXPECT_EQ(questions.log, QStringList(u"conflict"_s));
-    ASSERT_TRUE(QFile::remove(at(u"photos/x.jpg"_s)));
+    ASSERT_TRUE(QFile::remove(at(u"one/x.jpg"_s)));
     commands.doPaste();
     wait();
     const QMimeData* left = pasteboard.mimeData();
     EXPECT_TRUE(!left || platform::filesOfMimeData(*left).paths.empty());
-    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg x.jpg");
-    EXPECT_EQ(names(u"other"), QString());
+    EXPECT_EQ(names(u"one"), u"a.jpg b.jpg x.jpg");
+    EXPECT_EQ(names(u"two"), QString());
     pasteboard.setImage(QImage(4, 3, QImage::Format_RGB32));
     for (int time = 0; time < 2; ++time) {
         commands.doPaste();
         wait();
     }
-    EXPECT_EQ(names(u"photos"), u"a.jpg b.jpg Pasted Picture copy.png Pasted Picture.png x.jpg");
-    EXPECT_EQ(QImage(at(u"photos/Pasted Picture.png"_s)).size(), QSize(4, 3));
+    EXPECT_EQ(names(u"one"), u"a.jpg b.jpg Pasted Picture copy.png Pasted Picture.png x.jpg");
+    EXPECT_EQ(QImage(at(u"one/Pasted Picture.png"_s)).size(), QSize(4, 3));
     EXPECT_EQ(undoText, u"Paste of a Photograph");
+}
+
+TEST_F(FileCommandsTest, thePictureOfACopyIsMadeBehindTheWindowAndEndsWithIt) {
+    items.resize(1);
+    items.front()->setRotateAngle(90);
+    ASSERT_TRUE(QImage(40, 30, QImage::Format_RGB32).save(at(u"one/a.jpg"_s)));
+    const QClipboard& pasteboard = *QGuiApplication::clipboard();
+    const auto picture = [&] {
+        return QImage::fromData(pasteboard.mimeData()->data(u"image/png"_s));
+    };
+    commands.copy(false);
+    EXPECT_TRUE(pasteboard.mimeData()->hasFormat(u"image/png"_s));
+    EXPECT_TRUE(support::spinUntil([&] { return picture().size() == QSize(30, 40); }));
+    commands.copy(true);
+    EXPECT_FALSE(pasteboard.mimeData()->hasFormat(u"image/png"_s));
+
+    platform::OperationQueue queue(u"slow"_s);
+    auto data = std::make_unique<PhotographMimeData>();
+    data->offerPicture(queue, [](const std::stop_token& stop) {
+        while (!stop.stop_requested())
+            std::this_thread::yield();
+        return QByteArray("late");
+    });
+    EXPECT_TRUE(data->data(u"image/png"_s).isEmpty()) << "nobody waits for long";
+    data.reset();
+    queue.waitUntilAllOperationsAreFinished();
 }
 
 TEST_F(FileCommandsTest, aCancelledCopyClosesItsSheetAndLeavesNothingHalf) {
     window.show();
-    QFile large(at(u"photos/a.jpg"_s));
+    QFile large(at(u"one/a.jpg"_s));
     ASSERT_TRUE(large.open(QIODevice::ReadWrite) && large.resize(qint64(1) << 30)); // a hole
     commands.doCopyMoveTo(false);
     const auto sheet = [this]() -> QDialog* {
@@ -199,7 +172,7 @@ TEST_F(FileCommandsTest, aCancelledCopyClosesItsSheetAndLeavesNothingHalf) {
     sheet()->findChild<QPushButton*>()->click();
     EXPECT_EQ(sheet(), nullptr);
     wait();
-    EXPECT_EQ(names(u"other"), QString());
+    EXPECT_EQ(names(u"two"), QString());
     EXPECT_TRUE(questions.log.isEmpty() && undoText.isEmpty());
 }
 

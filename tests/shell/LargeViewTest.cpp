@@ -1,58 +1,31 @@
 #include "shell/large/LargeView.h"
 
-#include "browser/PBImageBrowserView.h"
 #include "core/PBOpenFiles.h"
 #include "platform/files/FileManager.h"
-#include "shell/PBMainWindowController.h"
-#include "shell/ShellFixture.h"
+#include "shell/WindowFixture.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/panes/InfoPane.h"
-#include "shell/sidebar/SourceSidebar.h"
 #include "shell/toolbar/MainToolbar.h"
 #include "viewer/PBImageView.h"
-
-#include <QMainWindow>
-#include <QMenuBar>
 
 namespace {
 
 /// The real window on made photographs a to d, in the sidebar's only root.
-struct LargeViewTest : ShellFixture {
+struct LargeViewTest : WindowFixture {
     LargeViewTest() {
-        folderId = PBCatalogue(db).insertFolderWithAliasId(root->aliasId(), {});
         for (const QString& name : {u"a"_s, u"b"_s, u"c"_s, u"d"_s})
             items.push_back(item(name));
         delegate.largeView = [this] { return controller && controller->isLargeView(); };
-        controller.emplace(shell());
-        window().resize(1300, 800);
-        controller->showWindow();
-        controller->sourceSidebar().tree().select(
-            *controller->sourceSidebar().tree().dataSource().folderAliasItemWithAliasObject(*root));
+        showWindow();
         controller->clearBrowser();
         publish(items);
     }
-    ~LargeViewTest() override { controller.reset(); }
-
     std::shared_ptr<PBImageFileItem> item(const QString& name) const {
         return PBImageFileItem::imageFileItemWithId(name.front().unicode(), folderId, name, 1, 1);
     }
-    QMainWindow& window() { return controller->window(); }
     LargeView& large() { return controller->largeView(); }
     const PhotoBin& bin() { return large().controller().bin(); }
-    PBImageBrowserView& browser() { return *window().findChild<PBImageBrowserView*>(); }
     void open(int index) { Q_EMIT browser().enterToLargeViewRequested({0, index}); }
-    QAction& action(QStringView name) {
-        const QList<QAction*> actions = window().actions();
-        return **std::ranges::find(actions, name, &QAction::objectName);
-    }
-    bool isEnabled(QStringView name) {
-        Q_EMIT window().menuBar()->actions().front()->menu()->aboutToShow();
-        return action(name).isEnabled();
-    }
-    void choose(QStringView name) {
-        EXPECT_TRUE(isEnabled(name)) << name.toString().toStdString();
-        action(name).trigger();
-    }
     /// What the bin holds, with the focus as a capital, and "|" and what is selected among all.
     QString shown() {
         QString names;
@@ -65,11 +38,6 @@ struct LargeViewTest : ShellFixture {
             names += each->fileName();
         return names;
     }
-
-    qint64 folderId = 0;
-    PBImageFileList items;
-    std::shared_ptr<PBAliasObject> root = addRoot(make(u"photos"));
-    std::optional<PBMainWindowController> controller;
 };
 
 TEST_F(LargeViewTest, opensAGroupOrTheSelectionAndComesBackWithWhatWasShown) {
@@ -83,7 +51,8 @@ TEST_F(LargeViewTest, opensAGroupOrTheSelectionAndComesBackWithWhatWasShown) {
     EXPECT_FALSE(browser().isVisible());
     EXPECT_TRUE(info->isVisibleTo(large().controller().view())) << "the panel is in the view shown";
     EXPECT_EQ(controller->mainToolbar().content(), MainToolbar::Content::LargeView);
-    EXPECT_FALSE(isEnabled(u"selectAll") || isEnabled(u"view_BrowserView"));
+    for (const QStringView what : {u"selectAll", u"view_BrowserView", u"removeFolderAlias"})
+        EXPECT_FALSE(isEnabled(what)) << what.toString().toStdString();
     choose(u"go_NextItem");
     choose(u"go_NextItem");
     EXPECT_EQ(shown(), u"abcD|d");
@@ -187,7 +156,7 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     delegate.scanning = false;
     controller->scanStateDidChange();
     EXPECT_EQ(shown(), u"B|b"_s) << "it doesn't come";
-    controller->sourceSidebar().tree().clearSelection();
+    tree().clearSelection();
     controller->clearBrowser();
     EXPECT_FALSE(delegate.requested || large().isShown()) << "the user does something else";
 
@@ -227,7 +196,7 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     EXPECT_EQ(shown(), u"abCd|c"_s);
     EXPECT_EQ(large().chosenImageFileItem(), items[2]);
     EXPECT_TRUE(isEnabled(u"flagClicked"));
-    EXPECT_TRUE(action(u"arrange_FileName").isChecked())
+    EXPECT_TRUE(action(u"arrange_FileName")->isChecked())
         << "also while the browser is out of sight";
 }
 
@@ -249,7 +218,7 @@ TEST_F(LargeViewTest, whatIsShownStaysWhileTheSameFolderIsReadAnewAndGoesWithThe
     controller->scanStateDidChange();
     EXPECT_EQ(shown(), u"A|a") << "it did not come";
 
-    controller->sourceSidebar().tree().clearSelection();
+    tree().clearSelection();
     controller->clearBrowser();
     EXPECT_FALSE(large().isShown());
 }

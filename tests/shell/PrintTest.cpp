@@ -1,15 +1,11 @@
 #include "codec/PBImageImporterManager.h"
-#include "platform/tasks/MainLoop.h"
 #include "platform/tasks/OperationQueue.h"
-#include "shell/printing/PrintDialog.h"
+#include "shell/printing/PrintJob.h"
+#include "support/Images.h"
 #include "support/Support.h"
 
-#include <QAbstractButton>
-#include <QComboBox>
-#include <QFileDialog>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QPrintPreviewWidget>
 #include <QRegularExpression>
 
 namespace {
@@ -103,13 +99,11 @@ TEST_F(PrintTest, pagesLieAsTheirPhotographsBecomeLargest) {
 }
 
 TEST_F(PrintTest, photographsAreTurnedAsTheyAreSeenAndKeepTheirShape) {
-    QImage stored(30, 20, QImage::Format_RGB32);
-    stored.fill(Qt::blue);
+    QImage stored = support::filled({30, 20}, Qt::blue);
     stored.setPixelColor(0, 0, Qt::red); // the corner at the left and the top
     const auto painted = [&](double angle, const std::optional<QImage>& picture,
                              double nameHeight = 0) {
-        QImage page(90, 90, QImage::Format_RGB32);
-        page.fill(Qt::white);
+        QImage page = support::filled({90, 90}, Qt::white);
         QPainter painter(&page);
         PrintPage::paintPhotograph(
             painter, QRectF(page.rect()), photograph({30, 20}, angle), picture, nameHeight);
@@ -184,37 +178,6 @@ TEST_F(PrintTest, whatIsCancelledOrCannotBeWrittenLeavesWhatWasThere) {
     support::writeFile(file, "before");
     EXPECT_FALSE(pdfTarget(folder.filePath(u"none/out.pdf"_s), layout)->end(true));
     EXPECT_EQ(support::readFile(file), "before");
-}
-
-TEST_F(PrintTest, theDialogPreviewsAllPagesAndSavesThem) {
-    QWidget window;
-    window.resize(900, 700);
-    std::vector<PrintedPhotograph> photographs;
-    for (int i = 0; i < 14; ++i)
-        photographs.push_back(photograph({40, 30}, 0, picture(u"%1.jpg"_s.arg(i), {40, 30})));
-    PrintDialog dialog(photographs, importers, window);
-    dialog.open();
-    auto& preview = *dialog.findChild<QPrintPreviewWidget*>();
-    const auto hasPages = [&](int count) {
-        return support::spinUntil([&] { return preview.pageCount() == count; });
-    };
-    EXPECT_TRUE(hasPages(2));
-    auto& perPage = *dialog.findChild<QComboBox*>(u"perPage"_s);
-    EXPECT_EQ(perPage.count(), 7) << "no more on a page than there are, once";
-    perPage.setCurrentIndex(0);
-    EXPECT_TRUE(hasPages(14));
-    const auto press = [&](const QString& text) {
-        for (QAbstractButton* button : dialog.findChildren<QAbstractButton*>())
-            if (button->text().remove(u'&') == text) return button->click();
-        FAIL();
-    };
-    press(u"Save as PDF…"_s);
-    auto* files = dialog.findChild<QFileDialog*>();
-    ASSERT_TRUE(files);
-    Q_EMIT files->fileSelected(file);
-    files->close();
-    EXPECT_TRUE(support::spinUntil([&] { return !dialog.isVisible(); }));
-    EXPECT_EQ(Pdf(support::readFile(file)).pages.size(), 14);
 }
 
 } // namespace

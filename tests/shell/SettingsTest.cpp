@@ -3,6 +3,7 @@
 #include "platform/program/UserDefaults.h"
 #include "shell/panes/WindowSettings.h"
 #include "shell/services/BrowsingSettings.h"
+#include "shell/services/Preferences.h"
 
 #include "support/Support.h"
 
@@ -67,6 +68,9 @@ TEST_F(SettingsTest, numbersOutsideOfTheirRangesCountAsNotChosen) {
     EXPECT_TRUE(BrowsingSettings(defaults).groupTypeArray()->empty());
     defaults.setInteger(0, u"SortType"_s);
     EXPECT_EQ(BrowsingSettings(defaults).sortType(), group::SortNone);
+    for (const QString& key : {u"Theme"_s, u"LargeViewWheel"_s, u"LargeViewGround"_s})
+        defaults.setInteger(7, key);
+    EXPECT_EQ(Preferences(defaults).ground(), Preferences::Ground::Grey) << "there is no such one";
     for (const double stored : {63.0, 65.0, 257.0}) {
         defaults.setDouble(stored, u"ThumbnailSize"_s);
         EXPECT_EQ(WindowSettings(defaults).thumbnailSize(), std::clamp(stored, 64.0, 256.0));

@@ -2,13 +2,10 @@
 #include "shell/files/ExportCommands.h"
 #include "shell/files/ExportSheet.h"
 
-#include "group/CatalogueFixture.h"
-#include "shell/ShellFixture.h"
-#include "shell/services/ChosenPhotographs.h"
+#include "shell/FilesFixture.h"
 
 #include <QMenu>
 #include <QMessageBox>
-#include <QWidget>
 
 #include <sys/stat.h>
 
@@ -16,29 +13,10 @@ namespace {
 
 using platform::Wallpaper::Result;
 
-struct NoQuestions final : FileQuestions {
-    QStringList log;
-    void askConflict(const Failure&, std::function<void(const ConflictAnswer&)> answered) override {
-        answered({});
-    }
-    void askSkip(const Failure&, std::function<void(bool)> answered) override { answered(true); }
-    void tellFailure(Deed, const Failure& failure, qint64, std::function<void()> closed) override {
-        log += QFileInfo(QFile::decodeName(failure.path)).fileName();
-        closed();
-    }
-    void
-    askDeleteForGood(qint64, const QByteArray&, bool, std::function<void(bool)> answered) override {
-        answered(false);
-    }
-    void chooseFolder(const QString&, std::function<void(const QString&)> chosen) override {
-        chosen({});
-    }
-};
-
 /// Photographs of 8 x 4 pixels, all chosen: a.png as it is, b.png turned in the catalogue, c.png by
 /// what was stored of it, and another a.png, of another folder, turned upside down.
-struct ShareCommandsTest : ShellFixture {
-    ShareCommandsTest() {
+struct ShareCommandsTest : FilesFixture {
+    ShareCommandsTest() : FilesFixture(std::chrono::hours(1)) {
         add(u"a"_s, 1, 0);
         add(u"b"_s, 1, 90);
         add(u"c"_s, 1, 0);
@@ -58,10 +36,6 @@ struct ShareCommandsTest : ShellFixture {
     }
     QString pathOf(const PBImageFileItem& item) const {
         return folders.pathOfFolderId(item.folderId()) + u'/' + item.fileName();
-    }
-    void wait() {
-        EXPECT_TRUE(support::spinUntil([this] { return tasks.isIdle(); }));
-        runPosted();
     }
     ShareService service(const QString& title, bool isProgram) {
         return {
@@ -99,26 +73,6 @@ struct ShareCommandsTest : ShellFixture {
         return text;
     }
 
-    QWidget window;
-    NoQuestions questions;
-    PBImageFileList items;
-    struct Choice final : ChosenPhotographs {
-        explicit Choice(PBImageFileList& of) : items(of) {}
-        PBImageFileList all() const override { return items; }
-        std::shared_ptr<PBImageFileItem> first() const override {
-            return items.empty() ? nullptr : items.front();
-        }
-        PBImageFileList& items;
-    };
-    Choice choice{items};
-    support::KnownFolders folders{{{1, path(u"one")}, {2, path(u"two")}}};
-    FileTasks tasks{
-        {.services = files,
-         .aliasManager = manager,
-         .questions = questions,
-         .window = window,
-         .thumbnail = [](qint64) { return QImage(); },
-         .sheetDelay = std::chrono::hours(1)}};
     std::vector<ShareService> found{service(u"View & Co"_s, true), service(u"Mail"_s, false)};
     std::vector<ShareServices::Found> asked;
     QStringList types;
@@ -216,7 +170,7 @@ TEST_F(ShareCommandsTest, whatIsTurnedIsHandedOverUprightAndStaysOnlyIfSomebodyT
     handed.clear();
     support::writeFile(pathOf(*items[2]), "none");
     share();
-    EXPECT_EQ(questions.log, QStringList{u"c.png"_s});
+    EXPECT_EQ(questions.log, QStringList{u"failed 1 c.png"_s});
     EXPECT_TRUE(handed.isEmpty());
     EXPECT_TRUE(support::spinUntil([&] { return folderNames(cache) == folder; }));
     EXPECT_EQ(alert(), QString());
@@ -236,8 +190,9 @@ TEST_F(ShareCommandsTest, aPhotographThatCantBeReadIsToldBeforeAPlaceForItsExpor
     support::writeFile(pathOf(*items[0]), "none");
     exports.exportImage();
     EXPECT_TRUE(window.findChild<ExportSheet*>());
-    EXPECT_TRUE(support::spinUntil([this] { return questions.log == QStringList(u"a.png"_s); }))
-        << questions.log.join(u' ').toStdString();
+    EXPECT_TRUE(support::spinUntil([this] {
+        return questions.log == QStringList(u"failed 1 a.png"_s);
+    })) << questions.log.join(u' ').toStdString();
     EXPECT_TRUE(support::spinUntil([this] { return !window.findChild<ExportSheet*>(); }));
 }
 

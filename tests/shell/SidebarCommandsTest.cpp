@@ -58,6 +58,10 @@ struct SidebarCommandsTest : ShellFixture {
         ASSERT_TRUE(item);
         tree.select(*item);
     }
+    void readAgain() {
+        tree.dataSource().refreshChilden({}, true);
+        tree.dataSource().reloadData();
+    }
     QString selected() {
         const auto item = tree.selectedFolder();
         return item ? item->folderPath() : QString();
@@ -94,8 +98,7 @@ TEST_F(SidebarCommandsTest, selectingAFolderIsShownRememberedScannedAndHasNoFilt
         EXPECT_EQ(lastFolder(), window.windowFilePath());
     }
     QDir(x).removeRecursively();
-    tree.dataSource().refreshChilden({}, true);
-    tree.dataSource().reloadData();
+    readAgain();
     EXPECT_EQ(window.windowTitle() + window.windowFilePath(), u"Velmora"_s);
     EXPECT_EQ(lastFolder(), deep) << "kept for the next start";
     EXPECT_EQ(delegate.scans, 3);
@@ -109,8 +112,7 @@ TEST_F(SidebarCommandsTest, rowsThatComeAndGoAroundTheSelectedOneChangeNothingEl
     QSignalSpy stepped(&selection, &SourceSelection::historyDidChange);
     const auto scans = delegate.scans;
     const auto refresh = [&] {
-        tree.dataSource().refreshChilden({}, true);
-        tree.dataSource().reloadData();
+        readAgain();
         EXPECT_EQ(selected(), x);
     };
     make(u"A/b");
@@ -233,8 +235,7 @@ TEST_F(SidebarCommandsTest, stepsOfTheHistoryAreNoEntriesOfItAndPassOverWhatIsGo
     EXPECT_EQ(selected(), path(u"B"));
     EXPECT_TRUE(history.needPush());
     QDir().rmdir(x);
-    tree.dataSource().refreshChilden({}, true);
-    tree.dataSource().reloadData();
+    readAgain();
     selection.back();
     EXPECT_EQ(selected(), path(u"A"));
     EXPECT_EQ(stepped.size(), 3);

@@ -1,13 +1,11 @@
 #include "browser/PBImageBrowserContainerView.h"
 #include "browser/PBImageBrowserTipView.h"
-#include "browser/PBImageBrowserView.h"
 #include "group/GroupPresets.h"
 #include "group/PBImageFileItem.h"
 #include "info/PBGeneralInfoView.h"
 #include "info/tags/PBTagTokenField.h"
 #include "platform/program/LocalizedTexts.h"
-#include "shell/PBMainWindowController.h"
-#include "shell/ShellFixture.h"
+#include "shell/WindowFixture.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/MarkCommands.h"
 #include "shell/commands/WindowChoice.h"
@@ -20,7 +18,6 @@
 #include "shell/panes/StatusBarView.h"
 #include "shell/panes/ThumbnailSizeSlider.h"
 #include "shell/panes/WorkProgressView.h"
-#include "shell/sidebar/SourceSidebar.h"
 #include "shell/toolbar/MainToolbar.h"
 #include "ui/FolderDropTarget.h"
 #include "ui/PBModalTextField.h"
@@ -31,8 +28,6 @@
 #include <QHelpEvent>
 #include <QInputDialog>
 #include <QLabel>
-#include <QMainWindow>
-#include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
@@ -44,55 +39,41 @@
 namespace {
 
 /// The real window on made photographs, of which a is selected in the sidebar's only root.
-struct WindowTest : ShellFixture {
+struct WindowTest : WindowFixture {
     WindowTest() {
-        folderId = PBCatalogue(db).insertFolderWithAliasId(root->aliasId(), {});
         for (const QString& name : {u"a.jpg"_s, u"b.jpg"_s, u"c.jpg"_s}) {
             support::writeFile(path(u"photos") + u'/' + name, "x");
             const qint64 id = PBCatalogue(db).insertImageFileWithDictionary(
                 {{u"FolderId"_s, PBValue(folderId)}, {u"FileName"_s, name}});
             items.push_back(PBImageFileItem::imageFileItemWithId(id, folderId, name, 1, 1));
         }
-        controller.emplace(shell());
-        window().resize(1300, 800);
-        controller->showWindow();
-        tree().select(*tree().dataSource().folderAliasItemWithAliasObject(*root));
+        showWindow();
         publish(items);
         delegate.scans = delegate.watchUpdates = 0;
     }
-    ~WindowTest() override { controller.reset(); }
-
-    QMainWindow& window() { return controller->window(); }
-    template <typename Widget>
-    Widget& part(const QString& name = {}) {
-        return *window().findChild<Widget*>(name);
-    }
     MainToolbar& toolbar() { return controller->mainToolbar(); }
-    SourceTreeController& tree() { return controller->sourceSidebar().tree(); }
-    PBImageBrowserView& browser() { return part<PBImageBrowserView>(); }
-    QAction* action(QStringView name) {
-        const QList<QAction*> actions = window().actions();
-        return *std::ranges::find(actions, name, &QAction::objectName);
-    }
-    void openMenus() { Q_EMIT part<QMenuBar>().actions().front()->menu()->aboutToShow(); }
-    bool isEnabled(QStringView name) {
-        openMenus();
-        return action(name)->isEnabled();
-    }
-    void choose(QStringView name) {
-        openMenus();
-        action(name)->trigger();
-    }
     QString selected() {
         QString names;
         for (const auto& item : browser().selection().selectedFileArray(FoldedLeaves::Included))
             names += item->fileName().first(1);
         return names;
     }
+    [[nodiscard]] bool hasKeys(QWidget& widget) {
+        window().activateWindow();
+        widget.setFocus();
+        return support::spinUntil([&] { return widget.hasFocus(); });
+    }
     void selectItems(const QString& names) {
         for (const auto& item : items)
             item->setIsSelected(names.contains(item->fileName().first(1)));
         browser().selectDidChange();
+    }
+    /// Presets to choose, to save, and to remove, and what is done with groups.
+    QList<QAction*> groupMenu() {
+        const QList<QAction*> menus = window().menuBar()->actions();
+        QMenu* menu = (*std::ranges::find(menus, u"G&roup"_s, &QAction::text))->menu();
+        Q_EMIT menu->aboutToShow();
+        return menu->actions();
     }
     template <typename Dialog>
     [[nodiscard]] bool closesDialog() {
@@ -108,11 +89,6 @@ struct WindowTest : ShellFixture {
         openMenus();
         return action(name)->text();
     }
-
-    std::shared_ptr<PBAliasObject> root = addRoot(make(u"photos"));
-    qint64 folderId = 0;
-    PBImageFileList items;
-    std::optional<PBMainWindowController> controller;
 };
 
 TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelection) {
@@ -137,9 +113,7 @@ TEST_F(WindowTest, exactlyTheServedCommandsAreThereAndFollowFocusFolderAndSelect
         return names.join(u' ');
     };
     EXPECT_EQ(enabledBesides({}), always);
-    window().activateWindow();
-    browser().setFocus();
-    ASSERT_TRUE(support::spinUntil([this] { return browser().hasFocus(); }));
+    ASSERT_TRUE(hasKeys(browser()));
     browser().GotoIndex({0, 1});
     EXPECT_EQ(
         enabledBesides(always),
@@ -210,9 +184,7 @@ TEST_F(WindowTest, eachEntryDoesWhatItSaysAndTheDisplayStartsAnewWhereItHasTo) {
 }
 
 TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
-    window().activateWindow();
-    browser().setFocus();
-    ASSERT_TRUE(support::spinUntil([this] { return browser().hasFocus(); }));
+    ASSERT_TRUE(hasKeys(browser()));
     const QString why = u"Select a photograph first."_s;
     openMenus();
     EXPECT_EQ(action(u"rotateLeft")->toolTip(), why);
@@ -255,9 +227,7 @@ TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
 }
 
 TEST_F(WindowTest, theKeyboardGoesThroughThePanesInSight) {
-    window().activateWindow();
-    browser().setFocus();
-    ASSERT_TRUE(support::spinUntil([this] { return browser().hasFocus(); }));
+    ASSERT_TRUE(hasKeys(browser()));
     const auto goes = [this](QStringView command, const QWidget& pane) {
         choose(command);
         const QWidget* focus = window().focusWidget();
@@ -307,9 +277,7 @@ TEST_F(WindowTest, panesBarsAndDialogsComeAndGo) {
         EXPECT_TRUE(titleOf(command).startsWith(u"Hide "));
         choose(command);
         EXPECT_TRUE(titleOf(command).startsWith(u"Show "));
-        if (name != u"Group") continue;
-        choose(command); // a sidebar is never empty
-        EXPECT_TRUE(titleOf(command).startsWith(u"Hide "));
+        if (name == u"Group") choose(command); // a sidebar is never empty
     }
     EXPECT_TRUE(toolbar().isHidden());
     StatusBarView& status = part<StatusBarView>();
@@ -403,22 +371,15 @@ TEST_F(WindowTest, theInformationPaneFollowsTheSelectionAndEditsIt) {
         QStringList{u"sun"_s});
     panel.generalInfoView().findChild<QToolButton*>()->click();
     EXPECT_TRUE(std::holds_alternative<PhotographEdit::ToggleFlag>(edits.edits[1].first.change));
-    fileactions::EditResult flagged;
-    flagged.kind = fileactions::EditResult::Kind::Flag;
-    flagged.isStored = true;
-    flagged.changed = idsOf(u"c"_s);
-    flagged.isFlagged = true;
-    edits.end(flagged);
+    using Kind = fileactions::EditResult::Kind;
+    edits.end({.kind = Kind::Flag, .isStored = true, .changed = idsOf(u"c"_s), .isFlagged = true});
     EXPECT_TRUE(window().findChild<QWidget*>(u"FlagFeedback"_s));
     // A name that can't be given comes back to the panel.
     panel.renameAgain(items[2], u"a/b.jpg"_s);
     panel.commitEditing();
     EXPECT_EQ(std::get<PhotographEdit::Rename>(edits.edits[2].first.change).name, u"a/b.jpg"_s);
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    fileactions::EditResult refused;
-    refused.kind = fileactions::EditResult::Kind::Name;
-    refused.reason = u"no"_s;
-    edits.end(refused);
+    edits.end({.kind = Kind::Name, .reason = u"no"_s});
     window().findChild<QMessageBox*>()->accept();
     ASSERT_TRUE(
         support::spinUntil([&] { return panel.findChild<PBModalTextField*>() != nullptr; }));
@@ -597,8 +558,7 @@ TEST_F(WindowTest, undoHasItsNameAndTheWindowTellsWhatBecameOfEdits) {
     EXPECT_TRUE(isEnabled(u"undo")) << "of what is on its way";
 
     // Keys belong to the field that has them.
-    toolbar().searchField().setFocus();
-    ASSERT_TRUE(support::spinUntil([this] { return toolbar().searchField().hasFocus(); }));
+    ASSERT_TRUE(hasKeys(toolbar().searchField()));
     QTest::keyClicks(&toolbar().searchField(), u"ab"_s);
     QTest::keyClick(&toolbar().searchField(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(toolbar().searchField().text(), QString());
@@ -616,6 +576,13 @@ TEST_F(WindowTest, undoHasItsNameAndTheWindowTellsWhatBecameOfEdits) {
             if (close->isVisible()) close->click();
     }
     edits.end({.isStored = true, .reason = {}, .changed = {}});
+    EXPECT_EQ(controller->noticeBar().text(), QString());
+    Q_EMIT edits.didNotReadAgain(u"Locked."_s);
+    EXPECT_TRUE(controller->noticeBar().text().contains(u"former marks"));
+    delegate.scans = 0;
+    for (auto* button : controller->noticeBar().findChildren<QPushButton*>())
+        if (button->text() == u"Read Again") button->click();
+    EXPECT_EQ(delegate.scans, 1);
     EXPECT_EQ(controller->noticeBar().text(), QString());
 }
 
@@ -753,12 +720,6 @@ TEST_F(WindowTest, anotherChainIsShownStoredAndScanned) {
     add(group::Place);
     EXPECT_TRUE(closesDialog<QMessageBox>()) << "there are no places to look up";
 
-    const auto groupMenu = [this] {
-        const QList<QAction*> menus = window().menuBar()->actions();
-        QMenu* menu = (*std::ranges::find(menus, u"G&roup"_s, &QAction::text))->menu();
-        Q_EMIT menu->aboutToShow();
-        return menu->actions(); // presets to choose, to save, and to remove
-    };
     groupMenu()[2]->trigger();
     groupMenu()[0]->menu()->actions().last()->trigger();
     EXPECT_EQ(delegate.scans, 1) << "the preset of the chain in force";
@@ -786,10 +747,7 @@ TEST_F(WindowTest, theTipTellsWhyNothingIsShownAndOffersABeginning) {
         controller->scanStateDidChange();
         EXPECT_EQ(tip.tipKind(), kind);
     }
-    const QList<QAction*> menus = window().menuBar()->actions();
-    QMenu* groups = (*std::ranges::find(menus, u"G&roup"_s, &QAction::text))->menu();
-    Q_EMIT groups->aboutToShow();
-    EXPECT_FALSE(groups->actions().last()->isEnabled()) << "there are none to move";
+    EXPECT_FALSE(groupMenu().last()->isEnabled()) << "there are none to move";
     controller->folderRootCommands().doRemoveFolderAlias(
         tree().dataSource().folderAliasItemWithAliasObject(*root));
     EXPECT_EQ(tip.tipKind(), 1);

@@ -3,10 +3,14 @@
 #include "FMDB/FMDatabase.h"
 #include "support/Support.h"
 
-#include <QFile>
 #include <QtEndian>
 
 namespace support {
+
+/// An open connection; of memory without a path.
+struct Database : FMDatabase {
+    explicit Database(const QString& path = {}) : FMDatabase(path) { EXPECT_TRUE(open()); }
+};
 
 /// The rows that a statement gives, columns joined with "|", "NULL" for what is missing.
 inline QStringList rowsOf(FMDatabase& db, const QString& sql) {
@@ -20,6 +24,11 @@ inline QStringList rowsOf(FMDatabase& db, const QString& sql) {
         rows.append(columns.join(u'|'));
     }
     return rows;
+}
+
+inline QStringList rowsOf(const QString& path, const QString& sql) {
+    FMDatabase db(path);
+    return db.open() ? rowsOf(db, sql) : QStringList();
 }
 
 /// The entries of a dictionary, told as "FileStars=4 Make=Canon"; what reads as a number is one.
@@ -38,7 +47,6 @@ inline PBDictionary entries(const char* told) {
     return all;
 }
 
-/// Every metadata row has its image, every image its folder and is there once.
 /// SQLite's counter of the transactions that changed the file.
 inline int storedChanges(const FMDatabase& db) {
     QFile file(db.databasePath());
@@ -46,6 +54,7 @@ inline int storedChanges(const FMDatabase& db) {
     return qFromBigEndian<int>(file.read(4).constData());
 }
 
+/// Every metadata row has its image, every image its folder and is there once.
 inline void expectConsistentCatalogue(FMDatabase& files) {
     for (const char* table : {"Exif", "ExifAux", "Tiff", "IPTC", "GPS"})
         EXPECT_EQ(

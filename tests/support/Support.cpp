@@ -4,7 +4,6 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDirIterator>
-#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QRegularExpression>

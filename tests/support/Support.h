@@ -23,6 +23,7 @@
 #include <random>
 #include <set>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <thread>
 #include <vector>
@@ -68,6 +69,18 @@ QStringList listed(const auto& range, const auto& function) {
     for (const auto& each : range)
         texts.append(function(each));
     return texts;
+}
+
+[[nodiscard]] inline QStringList sorted(QStringList texts) {
+    texts.sort();
+    return texts;
+}
+
+/// Of what was stopped before it began.
+[[nodiscard]] inline std::stop_token stopped() {
+    std::stop_source source;
+    source.request_stop();
+    return source.get_token();
 }
 
 /// The words of a text.

@@ -8,7 +8,6 @@
 #include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
 #include <QDBusVirtualObject>
-#include <QFile>
 #include <QProcess>
 
 namespace support {

@@ -97,24 +97,4 @@ TEST_F(PBPathControlTest, keysAndTheLeftButtonOpenTheMenuOfACell) {
     EXPECT_FALSE(pressed(second));
 }
 
-TEST_F(PBPathControlTest, theStepUnderTheMouseIsLitUntilItLeaves) {
-    const QPointF place = control.rectOfItem(0).topLeft() + QPointF(1, 2);
-    const auto color = [&] { return control.grab().toImage().pixelColor(place.toPoint()); };
-    const QColor rest = color();
-    const auto move = [&](QPointF point) {
-        support::sendMouse(control, QEvent::MouseMove, point, {}, Qt::NoButton);
-        return color();
-    };
-    const QColor hot = move(place);
-    EXPECT_NE(hot, rest);
-    control.popUpMenuOfItem(0);
-    EXPECT_TRUE(color() != rest && color() != hot); // open is stronger
-    menu()->close();
-    EXPECT_EQ(move({490, 10}), rest);
-    move(place);
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(&control, &leave);
-    EXPECT_EQ(color(), rest);
-}
-
 } // namespace

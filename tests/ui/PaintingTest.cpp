@@ -1,5 +1,5 @@
+#include "support/Images.h"
 #include "support/Support.h"
-#include "ui/HeaderBar.h"
 #include "ui/Icons.h"
 #include "ui/PBThemes.h"
 #include "ui/ShadowPatch.h"
@@ -14,9 +14,7 @@
 namespace {
 
 QImage canvas(QSize size) {
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    return image;
+    return support::filled(size, Qt::transparent, QImage::Format_ARGB32_Premultiplied);
 }
 
 /// The first column that something is drawn in; -1 if there is none.
@@ -96,16 +94,6 @@ TEST(TextLinesTest, linesAreCentredOrLeadingAndLoseTheirMiddle) {
     EXPECT_GT(firstInked(image.copy(static_cast<int>(taken) - 12, 10, 12, 20)), -1);
 }
 
-TEST(HeaderBarTest, theLineLiesTowardsThePane) {
-    PBThemes::apply(PBThemes::Scheme::Light);
-    using enum HeaderBar::Line;
-    for (const auto& [side, y] : {std::pair(Below, 27), {Above, 0}}) {
-        HeaderBar bar(u"Title"_s, side);
-        bar.resize(200, bar.height());
-        EXPECT_EQ(bar.grab().toImage().pixelColor(150, y), PBThemes::colors().separator);
-    }
-}
-
 TEST(ToolbarButtonTest, showsItsStateAndItsPlaceInARow) {
     PBThemes::apply(PBThemes::Scheme::Light);
     QAction left, right;
@@ -137,8 +125,7 @@ TEST(ProgramStyleTest, theSymbolOfAHighlightedEntryHasTheColourOfItsText) {
         option.maxIconWidth = 24;
         option.menuItemType = QStyleOptionMenuItem::Normal;
         option.rect = QRect(0, 0, 100, 24);
-        QImage image = canvas(option.rect.size());
-        image.fill(Qt::black);
+        QImage image = support::filled(option.rect.size(), Qt::black);
         QPainter painter(&image);
         QApplication::style()->drawControl(QStyle::CE_MenuItem, &option, &painter, &menu);
         int white = 0;

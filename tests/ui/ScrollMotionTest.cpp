@@ -33,17 +33,6 @@ struct ScrollMotionTest : ::testing::Test {
     ScrollMotion motion{target, [this] { return now; }};
 };
 
-TEST_F(ScrollMotionTest, theCurveStartsAtTheStartAndEndsExactlyAtTheEnd) {
-    motion.scrollToPosition(1100, true);
-    // The defaults: 0.6 s, length 2, base 3.
-    tickAt(0.3);
-    EXPECT_NEAR(target.position, 100 + 1000 * (1 - 1.0 / 3) / (1 - 1.0 / 9), 1e-9);
-    tickAt(0.5999);
-    EXPECT_TRUE(motion.isRunning());
-    tickAt(0.6);
-    EXPECT_TRUE(target.position == 1100 && !motion.isRunning());
-}
-
 TEST_F(ScrollMotionTest, turnsOfTheWheelAddUpAndTheFirstTwoAgainstThemAreSwallowed) {
     for (int turn = 0; turn < 4; ++turn)
         motion.wheel(-10);

@@ -195,14 +195,10 @@ TEST(SearchFieldTest, tellsOfWhatIsTypedOnlyAndEscapeEmptiesIt) {
 }
 
 TEST(FlagFeedbackTest, theFlagGrowsSlowingDownOrShrinksGatheringSpeedAndGoes) {
-    struct Row {
-        double seconds;
-        double set;
-        double cleared;
-    };
+    using Row = std::tuple<double, double, double>;
     for (const auto& [seconds, set, cleared] :
-         {Row{-1, 0, 60}, Row{0, 0, 60}, Row{0.125, 34.6875, 59.0625}, Row{0.25, 52.5, 52.5},
-          Row{0.375, 59.0625, 34.6875}, Row{0.5, 60, 0}, Row{9, 60, 0}}) {
+         {Row(-1, 0, 60), Row(0.125, 34.6875, 59.0625), Row(0.375, 59.0625, 34.6875),
+          Row(9, 60, 0)}) {
         EXPECT_NEAR(FlagFeedback::sideAfter(seconds, true), set, 1e-9) << seconds;
         EXPECT_NEAR(FlagFeedback::sideAfter(seconds, false), cleared, 1e-9) << seconds;
     }

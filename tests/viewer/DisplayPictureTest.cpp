@@ -1,11 +1,13 @@
 #include "viewer/feed/DisplayPictureFeed.h"
 
 #include "codec/pixels/ReducedImage.h"
+#include "support/Images.h"
 #include "support/Support.h"
 
 #include <complex>
 #include <numbers>
 
+using support::filled;
 using support::spinUntil;
 
 namespace {
@@ -38,6 +40,12 @@ placed(const QImage& image, QSizeF fileSize, int quarters, double scale, QPointF
 
 using Channels = std::array<double, 4>;
 
+Channels channelsAt(const QImage& image, int x, int y) {
+    const QRgb pixel = reinterpret_cast<const QRgb*>(image.constScanLine(y))[x];
+    return {
+        double(qBlue(pixel)), double(qGreen(pixel)), double(qRed(pixel)), double(qAlpha(pixel))};
+}
+
 /// What a device pixel should be where a picture is not reduced: many samples of a square as wide
 /// as a pixel of the picture, round the middle; or of one point.
 Channels covered(const QImage& image, const DisplayState& state, QPoint device, bool isSharp) {
@@ -46,21 +54,15 @@ Channels covered(const QImage& image, const DisplayState& state, QPoint device, 
              state.imageSize.width() / image.width(), state.imageSize.height() / image.height()) *
          state.toDevicePixels)
             .inverted();
-    const auto channelsAt = [&](int x, int y) {
-        const QRgb pixel = reinterpret_cast<const QRgb*>(image.constScanLine(
-            std::clamp(y, 0, image.height() - 1)))[std::clamp(x, 0, image.width() - 1)];
-        return Channels{
-            double(qBlue(pixel)), double(qGreen(pixel)), double(qRed(pixel)),
-            double(qAlpha(pixel))};
-    };
     Channels all{};
     constexpr int samples = 16;
     for (int j = 0; j < samples; ++j)
         for (int i = 0; i < samples; ++i) {
             QPointF place = toPicture.map(QPointF(device) + QPointF(0.5, 0.5));
             if (!isSharp) place += QPointF((i + 0.5) / samples - 0.5, (j + 0.5) / samples - 0.5);
-            const Channels sample =
-                channelsAt(int(std::floor(place.x())), int(std::floor(place.y())));
+            const Channels sample = channelsAt(
+                image, std::clamp(int(std::floor(place.x())), 0, image.width() - 1),
+                std::clamp(int(std::floor(place.y())), 0, image.height() - 1));
             for (std::size_t channel = 0; channel < 4; ++channel)
                 all[channel] += sample[channel] / (samples * samples);
         }
@@ -72,10 +74,7 @@ double worstDifference(
     double worst = 0;
     for (int y = 0; y < made.rect.height(); ++y)
         for (int x = 0; x < made.rect.width(); ++x) {
-            const QRgb pixel = reinterpret_cast<const QRgb*>(made.image.constScanLine(y))[x];
-            const Channels found{
-                double(qBlue(pixel)), double(qGreen(pixel)), double(qRed(pixel)),
-                double(qAlpha(pixel))};
+            const Channels found = channelsAt(made.image, x, y);
             const Channels expected =
                 covered(image, state, made.rect.topLeft() + QPoint(x, y), isSharp);
             for (std::size_t channel = 0; channel < 4; ++channel)
@@ -125,15 +124,12 @@ double unevenness(const QImage& image, const std::vector<double>& waves) {
 } // namespace
 
 TEST(DisplayPictureTest, EachDevicePixelIsWhatItCovers) {
-    const struct {
-        QSize version;
-        QSizeF file;
-        double scale; ///< device pixels for each of the file
-        bool isSharp;
-    } cases[] = {{{90, 70}, {90, 70}, 1.0, true},  {{20, 16}, {20, 16}, 1.7, false},
-                 {{20, 16}, {20, 16}, 2.0, false}, {{20, 16}, {20, 16}, 3.4, true},
-                 {{9, 7}, {90, 70}, 3.0, false}, // a small version
-                 {{1, 1}, {1, 1}, 20.0, true}};
+    // The scale is that of the file, in device pixels.
+    const std::tuple<QSize, QSizeF, double, bool> cases[] = {
+        {{90, 70}, {90, 70}, 1.0, true},  {{20, 16}, {20, 16}, 1.7, false},
+        {{20, 16}, {20, 16}, 2.0, false}, {{20, 16}, {20, 16}, 3.4, true},
+        {{9, 7}, {90, 70}, 3.0, false}, // a small version
+        {{1, 1}, {1, 1}, 20.0, true}};
     for (const auto& [version, file, scale, isSharp] : cases) {
         for (int quarters = 0; quarters < 4; ++quarters) {
             const auto format =
@@ -163,13 +159,10 @@ TEST(DisplayPictureTest, AReducedPictureKeepsEvenColoursBoundsAndPlaces) {
                     const QRgb pixel = reinterpret_cast<const QRgb*>(made.constScanLine(y))[x];
                     ASSERT_LE(std::max({qRed(pixel), qGreen(pixel), qBlue(pixel)}), qAlpha(pixel));
                 }
-            QImage even(90, 70, QImage::Format_RGB32);
-            even.fill(QColor(255, 128, 3));
-            const DisplayPicture same =
-                resampledPicture(placed(even, {90, 70}, quarters, scale, {-7, 3}));
-            QImage expected(same.image.size(), even.format());
-            expected.fill(QColor(255, 128, 3));
-            EXPECT_EQ(same.image, expected) << scale;
+            const QColor orange(255, 128, 3);
+            const DisplayPicture same = resampledPicture(
+                placed(filled({90, 70}, orange), {90, 70}, quarters, scale, {-7, 3}));
+            EXPECT_EQ(same.image, filled(same.image.size(), orange)) << scale;
 
             // A gentle slope is where it belongs, on its side and upside down, too.
             QImage slope(90, 70, QImage::Format_RGB32);
@@ -254,8 +247,7 @@ TEST(DisplayPictureFeedTest, OnlyTheStateWantedLastIsMadeAndNothingIsKeptAlive) 
     ASSERT_NE(feed->pictureFor(state), nullptr); // takes no time
     EXPECT_EQ(feed->pictureFor(state)->image, small);
 
-    QImage large(2400, 1600, QImage::Format_RGB32);
-    large.fill(Qt::green);
+    const QImage large = filled({2400, 1600}, Qt::green);
     DisplayState wanted = placed(large, {2400, 1600}, 0, 0.9, {0, 0});
     wanted.visible = QRect(0, 0, 2000, 1400);
     DisplayState last = wanted;
@@ -293,11 +285,8 @@ TEST(DisplayPictureFeedTest, AFrameStaysUntilTheNextIsMadeAndNoneIsStoppedForThe
     int ready = 0;
     DisplayPictureFeed feed([&] { ++ready; });
     std::vector<PBImage> frames;
-    for (const Qt::GlobalColor color : {Qt::red, Qt::green, Qt::blue}) {
-        QImage frame(1200, 800, QImage::Format_RGB32);
-        frame.fill(color);
-        frames.emplace_back(frame, 0.1);
-    }
+    for (const Qt::GlobalColor color : {Qt::red, Qt::green, Qt::blue})
+        frames.emplace_back(filled({1200, 800}, color), 0.1);
     DisplayState state = placed(frames.front().image(), {1200, 800}, 0, 0.9, {0, 0});
     state.images = std::make_shared<PBImages>(frames, true);
     state.visible = QRect(0, 0, 1080, 720);

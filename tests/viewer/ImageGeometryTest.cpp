@@ -29,18 +29,6 @@ ImageGeometry atActualSize(double ratio = 1.0) {
     return geometry;
 }
 
-TEST(GeometryAnimationTest, motionsGoFromTheirStartToTheirEndQuickAtFirst) {
-    EXPECT_NEAR(easeOut(0.0971875), 0.15625, 1e-9);
-    EXPECT_NEAR(easeOut(0.3425), 0.5, 1e-9);
-    EXPECT_EQ(easeOut(-1), 0);
-    EXPECT_EQ(easeOut(2), 1);
-    EXPECT_EQ((GeometryAnimation{.from = 0.1, .to = 0.3}).valueAt(0), 0.3); // takes no time
-    const ScrollAnimation scroll{{100, 0}, {200, -50}};
-    EXPECT_EQ(scroll.valueAt(-1), QPointF(100, 0));
-    expectNear(scroll.valueAt(0.25), {180, -40}); // 0.75 / 0.9375
-    EXPECT_EQ(scroll.valueAt(0.5), scroll.stop);
-}
-
 TEST(ImageGeometryTest, everyPictureBeginsFittedTurnedTheItemsWayAndAtRest) {
     ImageGeometry geometry = atActualSize();
     const auto turn = geometry.cwRotate();
@@ -51,6 +39,26 @@ TEST(ImageGeometryTest, everyPictureBeginsFittedTurnedTheItemsWayAndAtRest) {
     EXPECT_EQ(geometry.placement().angle(), 90);
     EXPECT_EQ(geometry.placement().imageDrawRect(), QRectF(0, 0, 800, 600));
     EXPECT_FALSE(geometry.isRotating() || geometry.placement().isMoving());
+    // Without a picture there is nothing to zoom.
+    geometry = showing({});
+    EXPECT_FALSE(geometry.zoomInAtPoint() || geometry.zoomOutAtPoint() || geometry.actualSize());
+    EXPECT_FALSE(geometry.canZoomIn() || geometry.canZoomOut());
+    EXPECT_FALSE(geometry.magnifyAtPoint(1, pointer));
+    geometry.zoomSlide(100);
+    EXPECT_TRUE(geometry.placement().isFitIn());
+}
+
+TEST(ImageGeometryTest, thePointBetweenTheFingersStaysHoweverManyEventsAPinchHas) {
+    ImageGeometry geometry;
+    geometry.setViewport(ImageViewport({1178, 639}, 1.0));
+    geometry.showImage({1066, 1600}, 90);
+    const QPointF fingers(824, 383);
+    geometry.magnifyAtPoint(1, fingers); // beyond the view's edges
+    const QPointF held = geometry.placement().pointToImage(fingers);
+    for (int update = 0; update < 100; ++update)
+        geometry.magnifyAtPoint(0.01, fingers);
+    const QPointF moved = geometry.placement().pointFromImage(held) - fingers;
+    EXPECT_LE(moved.manhattanLength(), 1) << moved.x() << ' ' << moved.y();
 }
 
 TEST(ImageGeometryTest, stepsWalkTheTableFromTheLastTargetUpAndBackDown) {

@@ -1,4 +1,5 @@
 #include "viewer/painting/ImagePainter.h"
+#include "support/Images.h"
 #include "support/Support.h"
 #include "viewer/state/FramePlayer.h"
 
@@ -21,9 +22,8 @@ QImage corners(QSize size, QImage::Format format = QImage::Format_RGB32) {
 /// What is seen on a view of 200 x 100 points at a place of its window.
 struct Painted {
     Painted(const ImageScene& scene, double ratio)
-        : image((QSizeF(200, 100) * ratio).toSize(), QImage::Format_RGB32) {
+        : image(support::filled((QSizeF(200, 100) * ratio).toSize(), Qt::magenta)) {
         image.setDevicePixelRatio(ratio);
-        image.fill(Qt::magenta);
         QPainter painter(&image);
         ImagePainter::paint(painter, scene, QRectF(0, 0, 200, 100), QFont());
     }
@@ -90,8 +90,8 @@ TEST(ImagePainterTest, whatIsResampledForTheDeviceIsPaintedPixelForPixelInPlaceO
 }
 
 TEST(ImagePainterTest, transparentPicturesLieOnQuietChequersThatTurnAndZoomDoNotBlur) {
-    QImage clear(60, 40, QImage::Format_ARGB32_Premultiplied);
-    clear.fill(Qt::transparent);
+    const QImage clear =
+        support::filled({60, 40}, Qt::transparent, QImage::Format_ARGB32_Premultiplied);
     const Painted painted(sceneOf(clear, 1, 0), 1);
     std::set<QRgb> seen;
     for (int x = 70; x < 130; ++x)
@@ -109,9 +109,7 @@ TEST(ImagePainterTest, transparentPicturesLieOnQuietChequersThatTurnAndZoomDoNot
 
 TEST(ImagePainterTest, aNeighbourEmergesAtItsPlaceAsThePictureIsPulledAway) {
     ImageScene scene = sceneOf(corners({200, 100}), 1, 0);
-    QImage white(60, 40, QImage::Format_RGB32);
-    white.fill(Qt::white);
-    scene.neighbour = {white, QSizeF(60, 40), 90};
+    scene.neighbour = {support::filled({60, 40}, Qt::white), QSizeF(60, 40), 90};
     int former = 0;
     for (const int offset : {150, 199, 400}) {
         scene.placement.setSwapOffset(offset);
@@ -125,10 +123,8 @@ TEST(ImagePainterTest, aNeighbourEmergesAtItsPlaceAsThePictureIsPulledAway) {
 }
 
 TEST(ImagePainterTest, aVersionOfAnotherShapeIsNotDistorted) {
-    QImage white(40, 40, QImage::Format_RGB32);
-    white.fill(Qt::white);
     ImageScene scene = sceneOf(corners({200, 100}), 1, 0);
-    scene.picture->image = white;
+    scene.picture->image = support::filled({40, 40}, Qt::white);
     const Painted painted(scene, 1);
     EXPECT_EQ(painted.at(45, 50), ImagePainter::groundColor().rgb());
     EXPECT_EQ(painted.at(55, 50), QColor(Qt::white).rgb());

@@ -7,6 +7,7 @@
 #include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
 #include "platform/tasks/Mutex.h"
+#include "support/Images.h"
 #include "support/Mouse.h"
 #include "support/Support.h"
 #include "viewer/ImageViewHost.h"
@@ -56,9 +57,7 @@ public:
                                         : file.size.scaled(
                                               static_cast<int>(maxSize), static_cast<int>(maxSize),
                                               Qt::KeepAspectRatio);
-        QImage image(size, QImage::Format_RGB32);
-        image.fill(file.color);
-        return image;
+        return support::filled(size, file.color);
     }
     std::size_t imageCount() override { return _files.get(_path).isDamaged ? 0 : 1; }
     QString utiType() override { return u"public.jpeg"_s; }

@@ -16,12 +16,6 @@ using Painted = PBImageView::Painted;
 
 namespace {
 
-QImage filled(QColor color, QSize size = {30, 20}) {
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(color);
-    return image;
-}
-
 void press(QWidget& view, int key, Qt::KeyboardModifiers modifiers = {}, bool isHeld = false) {
     QKeyEvent event(QEvent::KeyPress, key, modifiers, {}, isHeld);
     QApplication::sendEvent(&view, &event);
@@ -31,7 +25,7 @@ void press(QWidget& view, int key, Qt::KeyboardModifiers modifiers = {}, bool is
 
 TEST_F(PBImageViewTest, theThumbnailIsStretchedInPlaceUntilThePictureIsThere) {
     add(u"one.jpg"_s, {{600, 400}, Qt::red});
-    thumbnail = filled(Qt::yellow);
+    thumbnail = support::filled({30, 20}, Qt::yellow);
     files.setHeld(true);
     show();
     // Never the ground, and never another size.
@@ -93,7 +87,7 @@ TEST_F(PBImageViewTest, aPhotographThatIsNotThereBeginsBeforeItsNeighboursTheNea
 
 TEST_F(PBImageViewTest, whatCannotBeShownSaysSoOverItsThumbnail) {
     const auto damaged = add(u"one.jpg"_s, {{600, 400}, Qt::red, true});
-    thumbnail = filled(Qt::yellow);
+    thumbnail = support::filled({30, 20}, Qt::yellow);
     show();
     const QImage before = view.grab().toImage();
     EXPECT_TRUE(support::spinUntil([this, &before] { return view.grab().toImage() != before; }));
@@ -133,10 +127,7 @@ TEST_F(PBImageViewTest, aPanPaintsStripsAndWhatLiesOnThePicture) {
     const QRect panel = miniature->geometry();
     static_cast<void>(paints.take());
     support::sendMouse(view, QEvent::MouseButtonPress, {400, 300});
-    QMouseEvent move(
-        QEvent::MouseMove, QPointF(390, 293), view.mapToGlobal(QPointF(390, 293)), Qt::NoButton,
-        Qt::LeftButton, {});
-    QApplication::sendEvent(&view, &move);
+    support::sendMouse(view, QEvent::MouseMove, {390, 293});
     const QRegion strips =
         QRegion(790, 0, 10, 600) + QRegion(0, 593, 800, 7) + panel.adjusted(-10, -7, 10, 7);
     const QRegion painted = paints.take();
@@ -160,7 +151,7 @@ TEST_F(PBImageViewTest, aPanPaintsStripsAndWhatLiesOnThePicture) {
 
 TEST_F(PBImageViewTest, theMiniatureMovesThePictureByItsMark) {
     add(u"one.jpg"_s, {{2000, 2000}, Qt::red});
-    thumbnail = filled(Qt::yellow, {200, 200});
+    thumbnail = support::filled({200, 200}, Qt::yellow);
     show();
     press(view, Qt::Key_Z);
     EXPECT_TRUE(rests());
@@ -169,9 +160,7 @@ TEST_F(PBImageViewTest, theMiniatureMovesThePictureByItsMark) {
     const double scale = std::min(miniature->width(), miniature->height()) / 2000.0;
     const QPointF before = view.imageGeometry().placement().pointFromImage({});
     support::sendMouse(*miniature, QEvent::MouseButtonPress, middle);
-    QMouseEvent move(
-        QEvent::MouseMove, middle + QPointF(10, 0), {}, Qt::NoButton, Qt::LeftButton, {});
-    QApplication::sendEvent(miniature, &move);
+    support::sendMouse(*miniature, QEvent::MouseMove, middle + QPointF(10, 0));
     EXPECT_NEAR(
         view.imageGeometry().placement().pointFromImage({}).x(), before.x() - 10 / scale, 1);
     support::sendMouse(*miniature, QEvent::MouseButtonRelease, middle);
@@ -235,7 +224,7 @@ TEST_F(PBImageViewTest, aFileThatChangedIsShownInItsPlaceAndTurnsToItsRotation) 
 
 TEST_F(PBImageViewTest, aPhotographOfUnknownSizeHasThatOfItsPictureOnceItIsThere) {
     add(u"one.jpg"_s, {{600, 400}, Qt::red})->setImageSize({});
-    thumbnail = filled(Qt::yellow);
+    thumbnail = support::filled({30, 20}, Qt::yellow);
     show();
     EXPECT_TRUE(isSharp());
     EXPECT_EQ(view.imageGeometry().placement().imageSize(), QSizeF(600, 400));
@@ -292,7 +281,7 @@ TEST_F(PBImageViewTest, screenReadersHearNameSizeAndMarks) {
 
 TEST_F(PBImageViewTest, nothingIsPaintedOrAskedForDuringASlideshow) {
     add(u"one.jpg"_s, {{600, 400}, Qt::red});
-    thumbnail = filled(Qt::yellow);
+    thumbnail = support::filled({30, 20}, Qt::yellow);
     host.isSlideShow = true;
     show();
     view.tryPreloadNextOrPrevImage();
@@ -330,4 +319,13 @@ TEST_F(PBImageViewTest, onAScreenOfOtherColoursPicturesAreAskedForAnewByThoseTha
     manager.setScreen(other);
     EXPECT_TRUE(areAll(Qt::blue));
     EXPECT_TRUE(support::spinUntil([this] { return colorAt(400, 300) == QColor(Qt::blue); }));
+    // Moved to a larger screen, what was loaded for the former one has too few pixels.
+    manager.setScreen({.maxScreenSize = 60, .colorSpace = other.colorSpace});
+    buffer.clearBuffer();
+    view.tryPreloadNextOrPrevImage();
+    ASSERT_TRUE(support::spinUntil([this] { return manager.operationCount() == 0; }));
+    QEvent moved(QEvent::ScreenChangeInternal);
+    QApplication::sendEvent(&view, &moved);
+    EXPECT_TRUE(support::spinUntil(
+        [this] { return appropriateImageForScale(*host.items[1], 1).isMatched; }));
 }

@@ -34,22 +34,17 @@ TEST(StripGeometryTest, anyCellCanStandInTheMiddleAndOnlyThere) {
 
 TEST(StripGeometryTest, visibleCellsAreThoseOnShowAndNeverMoreThanFortyPointCells) {
     using Range = StripGeometry::Range;
-    struct Row {
-        double height;
-        double x; ///< of the part on show, 800 wide
-        std::int64_t count;
-        Range visible;
-    };
-    // Cells of 60 begin at 370; each takes 62.
+    using Row = std::tuple<double, double, std::int64_t, Range>;
+    // Cells of 60 begin at 370; each takes 62. The part on show is 800 wide.
     for (const auto& [height, x, count, visible] : {
-             Row{60, 0, 100, {0, 6}},
-             Row{60, 620, 100, {4, 16}},
-             Row{60, 371, 100, {0, 12}},
-             Row{60, 431, 100, {1, 13}}, // the first has just gone
-             Row{60, 0, 3, {0, 2}},
-             Row{60, 0, 0, {0, -1}},
+             Row(60, 0, 100, {0, 6}),
+             Row(60, 620, 100, {4, 16}),
+             Row(60, 371, 100, {0, 12}),
+             Row(60, 431, 100, {1, 13}), // the first has just gone
+             Row(60, 0, 3, {0, 2}),
+             Row(60, 0, 0, {0, -1}),
              // Cells of 20: 36 would be on show, of which 19 are taken from the middle.
-             Row{20, 2200, 1000, {91, 109}},
+             Row(20, 2200, 1000, {91, 109}),
          }) {
         const StripGeometry strip(height, 800, count);
         const Range range = strip.calcVisibleForRect({x, 0, 800, height});

@@ -1,3 +1,4 @@
+#include "support/Images.h"
 #include "support/Support.h"
 #include "viewer/slideshow/PBSlideshowView.h"
 #include "viewer/slideshow/surfaces/RasterSurface.h"
@@ -6,10 +7,8 @@
 
 namespace {
 
-QImage picture(const QColor& colour, QSize size = {300, 200}) {
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(colour);
-    return image;
+QImage picture(const QColor& colour) {
+    return support::filled({300, 200}, colour);
 }
 
 struct SlideshowViewTest : testing::Test {

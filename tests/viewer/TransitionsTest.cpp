@@ -1,9 +1,12 @@
+#include "support/Images.h"
 #include "support/Support.h"
 #include "viewer/slideshow/transitions/OffscreenOpenGL.h"
 #include "viewer/slideshow/transitions/PlainPicture.h"
 #include "viewer/slideshow/transitions/RasterTransitions.h"
 
 #include <QProcess>
+
+using support::differenceOf;
 
 namespace {
 
@@ -24,29 +27,6 @@ QImage sample(int seed, QSize size = viewSize) {
         }
     }
     return image;
-}
-
-struct Difference {
-    double mean = 255;
-    int most = 255;
-};
-
-Difference differenceOf(const QImage& one, const QImage& other) {
-    if (one.size() != other.size() || one.isNull()) return {};
-    Difference difference{0, 0};
-    for (int y = 0; y < one.height(); ++y) {
-        const auto* a = reinterpret_cast<const QRgb*>(one.constScanLine(y));
-        const auto* b = reinterpret_cast<const QRgb*>(other.constScanLine(y));
-        for (int x = 0; x < one.width(); ++x) {
-            for (const int shift : {0, 8, 16}) {
-                const int apart = std::abs(int(a[x] >> shift & 255) - int(b[x] >> shift & 255));
-                difference.mean += apart;
-                difference.most = std::max(difference.most, apart);
-            }
-        }
-    }
-    difference.mean /= 3.0 * one.width() * one.height();
-    return difference;
 }
 
 /// The frame of a transition from the first sample to the second.
@@ -97,8 +77,7 @@ TEST(RasterTransitionsTest, rowsPaintedApartAreTheFrame) {
 }
 
 TEST(PlainPictureTest, picturesLieInTheMiddleTurnedReducedAndNeverEnlarged) {
-    QImage picture(40, 20, QImage::Format_RGB32);
-    picture.fill(Qt::blue);
+    QImage picture = support::filled({40, 20}, Qt::blue);
     picture.setPixel(0, 0, qRgb(255, 0, 0));
     const QRgb black = qRgb(0, 0, 0);
     using Row = std::tuple<double, QPoint, QPoint>;
@@ -116,13 +95,9 @@ TEST(PlainPictureTest, picturesLieInTheMiddleTurnedReducedAndNeverEnlarged) {
     EXPECT_EQ(reduced.pixel(45, 19), qRgb(0, 0, 255));
     EXPECT_EQ(reduced.pixel(44, 10), black);
     EXPECT_EQ(reduced.pixel(55, 10), black);
-    QImage clear(10, 10, QImage::Format_ARGB32);
-    clear.fill(qRgba(255, 255, 255, 0));
-    for (const QImage& nothing : {clear, QImage()}) {
-        QImage expected(30, 30, QImage::Format_RGB32);
-        expected.fill(Qt::black);
-        EXPECT_EQ(plainPicture(nothing, 0, expected.size()), expected);
-    }
+    const QImage clear = support::filled({10, 10}, QColor(255, 255, 255, 0), QImage::Format_ARGB32);
+    for (const QImage& nothing : {clear, QImage()})
+        EXPECT_EQ(plainPicture(nothing, 0, {30, 30}), support::filled({30, 30}, Qt::black));
 }
 
 /// Runs the present test again on a display of its own.

@@ -7,7 +7,6 @@
 #include <QString>
 
 #include <memory>
-#include <optional>
 
 class PBThumbnailBufferManager;
 
@@ -24,10 +23,8 @@ public:
     /// That of the preload queue, for its thread only.
     [[nodiscard]] virtual ThumbnailLoader& preloadThumbnailLoader() = 0;
     [[nodiscard]] virtual platform::OperationQueue& preloadThumbnailOperationQueue() = 0;
+    /// Its operations are known by the ids of the images for which they make thumbnails.
     [[nodiscard]] virtual platform::OperationQueue& buildThumbOperationQueue() = 0;
-    /// The image for which an operation of the build queue makes a thumbnail; nothing for others.
-    [[nodiscard]] virtual std::optional<qint64>
-    fileIdOfBuildThumb(const platform::Operation& operation) const = 0;
     /// For the image's file; nullptr where it is not known where that is.
     [[nodiscard]] virtual std::unique_ptr<PBImageImporterProtocol>
     imageImporter(const PBImageFileItem& item) = 0;

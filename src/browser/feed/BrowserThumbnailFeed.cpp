@@ -139,6 +139,17 @@ void BrowserThumbnailFeed::loadStandIns(const QRectF& visible) {
     _services.preloadThumbnailOperationQueue().addOperation(operation);
 }
 
+bool BrowserThumbnailFeed::isPictured(const QRectF& visible) const {
+    bool isPictured = true;
+    _layout.forEachVisible(visible.top(), visible.bottom(), [&](const PBImageBrowserIndex& index) {
+        const auto item = _leaves.imageFileAtIndex(index);
+        if (!item || item->hasThumbnail()) return;
+        const auto standIn = _standIns.find(item->fileId());
+        isPictured = isPictured && standIn != _standIns.end() && !standIn->second.isNull();
+    });
+    return isPictured;
+}
+
 void BrowserThumbnailFeed::loadLarger(const QRectF& visible) {
     platform::assertMainThread();
     if (_services.isLargeView()) return;
@@ -245,25 +256,15 @@ void BrowserThumbnailFeed::adjustBuildThumb(const QRectF& visible, bool isScroll
     platform::assertMainThread();
     auto& queue = _services.buildThumbOperationQueue();
     if (_services.isLargeView() || queue.operationCount() == 0) return;
-    const bool wasSuspended = queue.isSuspended();
-    // No operation may start between two changes of priority.
-    queue.setSuspended(true);
-    std::unordered_set<qint64> shown;
-    std::unordered_set<qint64> ahead;
-    const auto collect = [&](std::unordered_set<qint64>& ids, const QRectF& part) {
+    std::unordered_map<std::int64_t, platform::QueuePriority> priorities;
+    const auto prefer = [&](const QRectF& part, platform::QueuePriority priority) {
         _layout.forEachVisible(part.top(), part.bottom(), [&](const PBImageBrowserIndex& index) {
-            ids.insert(_leaves.imageFileAtIndex(index)->fileId());
+            priorities.try_emplace(_leaves.imageFileAtIndex(index)->fileId(), priority);
         });
     };
-    collect(shown, visible);
-    collect(ahead, visible.translated(0, isScrollingDown ? visible.height() : -visible.height()));
-    for (const auto& operation : queue.operations()) {
-        const auto fileId = _services.fileIdOfBuildThumb(*operation);
-        if (!fileId) continue;
-        auto priority = platform::QueuePriority::Normal;
-        if (ahead.contains(*fileId)) priority = platform::QueuePriority::High;
-        if (shown.contains(*fileId)) priority = platform::QueuePriority::VeryHigh;
-        if (operation->queuePriority() != priority) operation->setQueuePriority(priority);
-    }
-    if (!wasSuspended) queue.setSuspended(false);
+    prefer(visible, platform::QueuePriority::VeryHigh);
+    prefer(
+        visible.translated(0, isScrollingDown ? visible.height() : -visible.height()),
+        platform::QueuePriority::High);
+    queue.prefer(priorities);
 }

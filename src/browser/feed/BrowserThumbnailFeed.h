@@ -54,6 +54,8 @@ public:
     /// Looks into the files of what is on show and has no thumbnail for the small pictures of the
     /// cameras, in the background: these stand in until the thumbnails are built.
     void loadStandIns(const QRectF& visible);
+    /// Everything on show has a thumbnail in memory or such a picture.
+    [[nodiscard]] bool isPictured(const QRectF& visible) const;
 
 private:
     /// Of the thumbnail as it is stored; empty where that is not known.

@@ -50,6 +50,21 @@ void BrowserLayout::invalidate() {
     _bands.clear();
 }
 
+void BrowserLayout::leavesDidChange(std::span<const Former> formers) {
+    std::vector<RowEnds> known = std::move(_rowEnds);
+    invalidate();
+    if (_metrics.has(BrowserMetrics::Compact)) return; // rows are as tall as their neighbours
+    for (std::size_t group = 0; group < formers.size(); ++group) {
+        const auto [former, images] = formers[group];
+        if (former < 0) continue;
+        RowEnds& ends = known[static_cast<std::size_t>(former)];
+        // The last row may get more cells.
+        const auto rows = static_cast<std::size_t>(images / _columns);
+        ends.resize(std::min(ends.size(), rows));
+        _rowEnds[group] = std::move(ends);
+    }
+}
+
 double BrowserLayout::cellHSpace() const {
     const auto columns = static_cast<double>(_columns);
     return (_contentWidth - columns * _metrics.cellWidth()) / (columns + 1);

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 /// What a point of a cell belongs to.
@@ -85,6 +86,15 @@ public:
     void setWidth(double contentWidth, double hiddenScrollerWidth);
     /// Forgets what was computed: sizes, counts or folding may have changed.
     void invalidate();
+    /// What a leaf was at the last look: its place then, -1 if there was none, and how many of its
+    /// first images are the same.
+    struct Former {
+        std::int64_t group = -1;
+        std::int64_t images = 0;
+    };
+    /// Leaves have come or gone, or some of their images; what is known of the others' rows stays.
+    /// One entry for each leaf.
+    void leavesDidChange(std::span<const Former> formers);
 
     [[nodiscard]] const BrowserMetrics& metrics() const { return _metrics; }
     [[nodiscard]] double contentWidth() const { return _contentWidth; }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_map>
+#include <utility>
 
 namespace {
 
@@ -12,12 +14,25 @@ constexpr std::int64_t nearCount = 1024;
 
 } // namespace
 
-void BrowserLeafList::setLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves) {
+std::vector<BrowserLayout::Former>
+BrowserLeafList::setLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves) {
     platform::assertMainThread();
-    _leaves.clear();
+    const std::vector<Leaf> before = std::exchange(_leaves, {});
+    std::unordered_map<const PBGroupItemData*, std::size_t> places;
+    for (std::size_t place = 0; place < before.size(); ++place)
+        places.emplace(before[place].data.get(), place);
     _leaves.reserve(leaves.size());
-    for (const PBGroupItem* leaf : leaves)
-        _leaves.push_back({leaf->data(), leaf->imageFiles()});
+    std::vector<BrowserLayout::Former> formers(leaves.size());
+    for (const PBGroupItem* leaf : leaves) {
+        const Leaf& now = _leaves.emplace_back(Leaf{leaf->data(), leaf->imageFiles()});
+        const auto place = places.find(now.data.get());
+        if (place == places.end()) continue;
+        const auto& images = before[place->second].imageFiles;
+        formers[_leaves.size() - 1] = {
+            static_cast<std::int64_t>(place->second),
+            static_cast<std::int64_t>(now.imageFiles.commonBegin(images))};
+    }
+    return formers;
 }
 
 void BrowserLeafList::refresh() {

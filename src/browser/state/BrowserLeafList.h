@@ -1,6 +1,6 @@
 #pragma once
 
-#include "browser/layout/BrowserLeaves.h"
+#include "browser/layout/BrowserLayout.h"
 #include "group/PBGroupItem.h"
 #include "image/BrowserOrder.h"
 
@@ -20,7 +20,9 @@ public:
         PBImageFileArray imageFiles;
     };
 
-    void setLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves);
+    /// Answers for each leaf what it was before.
+    std::vector<BrowserLayout::Former>
+    setLeafGroupItemArray(const std::vector<PBGroupItem*>& leaves);
     /// Looks again at the images of those leaves that are still in the live tree.
     void refresh();
 

@@ -13,10 +13,6 @@ bool setSelected(PBImageFileItem& item, bool select) {
     return true;
 }
 
-bool isSelected(const std::shared_ptr<PBImageFileItem>& item) {
-    return item->isSelected();
-}
-
 /// Images before the one found last that are looked at first: steps back are as near as steps on.
 constexpr std::int64_t nearby = 64;
 /// So many are looked for where one was last; more are met soon, and better in order.
@@ -162,24 +158,4 @@ BrowserSelection::selectedFilePath(const group::FolderPaths& folders, FoldedLeav
         if (!path.isEmpty()) paths.append(path);
     }
     return paths;
-}
-
-std::vector<PBGroupItemChain>
-BrowserSelection::selectedFileGroupTreeArray(FoldedLeaves folded) const {
-    std::vector<PBGroupItemChain> chains;
-    for (std::int64_t group = 0; group < _leaves.leafCount(); ++group) {
-        if (!_leaves.takesPart(group, folded)) continue;
-        const auto& [data, imageFiles] = _leaves.leaf(group);
-        if (std::ranges::none_of(imageFiles, isSelected)) continue;
-        std::shared_ptr<PBGroupItem> leaf = PBGroupItem::groupItemWithParent(nullptr, data);
-        for (const auto& item : imageFiles)
-            if (item->isSelected()) leaf->sortAddImageFileItem(item, 0, false);
-        PBGroupItemChain chain{leaf};
-        if (const PBGroupItem* live = data->groupItem())
-            for (const PBGroupItem* node = live->parent(); node; node = node->parent())
-                chain.insert(
-                    chain.begin(), PBGroupItem::groupItemWithParent(nullptr, node->data()));
-        chains.push_back(std::move(chain));
-    }
-    return chains;
 }

@@ -39,10 +39,6 @@ public:
     /// Images whose folder is not there are left out.
     [[nodiscard]] QStringList
     selectedFilePath(const group::FolderPaths& folders, FoldedLeaves folded) const;
-    /// For each leaf with selected images the nodes that lead to them, for removing them from
-    /// another copy of the tree.
-    [[nodiscard]] std::vector<PBGroupItemChain>
-    selectedFileGroupTreeArray(FoldedLeaves folded) const;
 
 private:
     template <typename Wanted>

@@ -1,7 +1,7 @@
 #include "catalogue/marks/EditedRows.h"
 
 #include "FMDB/FMDatabase.h"
-#include "catalogue/marks/IdsText.h"
+#include "catalogue/IdsText.h"
 
 namespace marks {
 
@@ -13,7 +13,7 @@ std::optional<std::vector<ShownRow>> shownRows(FMDatabase& both, std::span<const
                        "ifnull(f.RotateAngle,0),f.FileName,ifnull(m.Id,0) from json_each(?) i "
                        "join ImageFile f on f.Id = i.value left join Marks m on m.FileId = f.Id "
                        "order by i.key"),
-        idsText(fileIds));
+        catalogue::idsText(fileIds));
     while (row.next()) {
         found.push_back(
             {.fileId = row.longLongIntForColumnIndex(0),
@@ -36,7 +36,7 @@ presentFileIds(FMDatabase& both, std::span<const qint64> ledgerIds) {
                        "f.Id = m.FileId where m.Id = i.value),(select f.Id from Marks m "
                        "join ImageFile f on f.Id = m.FileId where m.InheritedFrom = i.value "
                        "limit 1),0) from json_each(?) i order by i.key"),
-        idsText(ledgerIds));
+        catalogue::idsText(ledgerIds));
     while (row.next())
         found.push_back(row.longLongIntForColumnIndex(0));
     if (row.hadError()) return std::nullopt;

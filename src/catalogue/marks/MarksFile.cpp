@@ -122,7 +122,12 @@ FileState stateOfLedger(const QString& path) {
 
 QString settleLedger(const QString& path, const QString& snapshotFolder) {
     const FileState state = stateOfLedger(path);
-    if (state == FileState::Good) return {};
+    if (state == FileState::Good) {
+        FMDatabase marks(path);
+        marks.setLongestWait(longestWait);
+        if (marks.open()) static_cast<void>(MarksLedger::checkIndexes(marks));
+        return {};
+    }
     const QString cannotBeUsed =
         QStringLiteral("the ledger of marks %1 can't be used; stars, flags and tags can't be "
                        "changed, and none is lost")

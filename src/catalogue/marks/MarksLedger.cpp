@@ -1,7 +1,7 @@
 #include "catalogue/marks/MarksLedger.h"
 
 #include "FMDB/FMDatabase.h"
-#include "catalogue/marks/IdsText.h"
+#include "catalogue/IdsText.h"
 #include "catalogue/marks/TagsText.h"
 #include "core/Angles.h"
 
@@ -137,12 +137,18 @@ bool MarksLedger::checkTables(FMDatabase& marks) {
                "TimeOfCapture TEXT)")) &&
            marks.executeUpdate(
                QStringLiteral("create unique index if not exists MarksOfFile on Marks (FileId)")) &&
+           checkIndexes(marks) &&
            marks.executeUpdate(QStringLiteral(
                "insert into Ledger select 1,0,0 where not exists (select * from Ledger)"));
 }
 
+bool MarksLedger::checkIndexes(FMDatabase& marks) {
+    return marks.executeUpdate(
+        QStringLiteral("create index if not exists MarksOfSize on Marks (Size)"));
+}
+
 bool MarksLedger::changeCatalogue(std::span<const qint64> fileIds, const MarksChange& change) {
-    const QString ids = idsText(fileIds);
+    const QString ids = catalogue::idsText(fileIds);
     const auto set = [&](const char* column, const PBValue& value) {
         return _db.executeUpdate(
             QStringLiteral("update ImageFile set %1 = ? where Id in (select value from "
@@ -192,11 +198,11 @@ bool MarksLedger::turnInCatalogue(std::span<const qint64> fileIds, int degrees) 
     return _db.executeUpdate(
         QStringLiteral("update ImageFile set RotateAngle = (ifnull(RotateAngle,0)+?)%360 "
                        "where Id in (select value from json_each(?))"),
-        degrees, idsText(fileIds));
+        degrees, catalogue::idsText(fileIds));
 }
 
 bool MarksLedger::takeFromCatalogue(std::span<const qint64> fileIds, const RootPaths& roots) {
-    const QString ids = idsText(fileIds);
+    const QString ids = catalogue::idsText(fileIds);
     return _db.executeUpdate(
                QStringLiteral(
                    "insert into Marks (FileId,Stars,Flag,Tags,RootPath,RelativePath,Size,"
@@ -216,8 +222,17 @@ bool MarksLedger::takeFromCatalogue(std::span<const qint64> fileIds, const RootP
                ids);
 }
 
+bool MarksLedger::takeChange(std::span<const qint64> fileIds, const MarksChange& change) {
+    const PBValue stars = change.stars ? PBValue(*change.stars) : PBValue(PBNull{});
+    const PBValue flag = change.flag ? PBValue(*change.flag ? 1 : 0) : PBValue(PBNull{});
+    return _db.executeUpdate(
+        QStringLiteral("update Marks set Stars = ifnull(?,Stars),Flag = ifnull(?,Flag),"
+                       "InheritedFrom = null where FileId in (select value from json_each(?))"),
+        stars, flag, catalogue::idsText(fileIds));
+}
+
 bool MarksLedger::giveToCatalogue(std::span<const qint64> fileIds) {
-    const QString ids = idsText(fileIds);
+    const QString ids = catalogue::idsText(fileIds);
     return _db.executeUpdate(
                QStringLiteral(
                    "insert into Tags (Tag,UseCount) select min(j.value),1 from json_each(?) i "
@@ -252,7 +267,7 @@ bool MarksLedger::retrace(std::span<const qint64> fileIds, const RootPaths& root
             "CreationTime = case when %1 then Marks.CreationTime end from "
             "(select f.Id as FileId,%2 from %3) s where Marks.FileId = s.FileId")
             .arg(isSame, catalogueTrace, catalogueTables),
-        idsText(fileIds), rootsText(roots));
+        catalogue::idsText(fileIds), rootsText(roots));
 }
 
 std::optional<std::vector<MarksLedger::Held>> MarksLedger::held(std::span<const qint64> fileIds) {
@@ -262,7 +277,7 @@ std::optional<std::vector<MarksLedger::Held>> MarksLedger::held(std::span<const 
         QStringLiteral("select f.Id,%1 from json_each(?) i join ImageFile f on f.Id = i.value "
                        "left join Tiff t on t.FileId = f.Id order by i.key")
             .arg(catalogueMarks()),
-        idsText(fileIds));
+        catalogue::idsText(fileIds));
     while (row.next()) {
         Held& held = found.emplace_back();
         held.fileId = row.longLongIntForColumnIndex(0);
@@ -387,7 +402,7 @@ MarksLedger::traces(std::span<const qint64> fileIds, const RootPaths& roots) {
     FMResultSet row = _db.executeQuery(
         QStringLiteral("select f.Id,%1 from %2 order by i.key")
             .arg(catalogueTrace, catalogueTables),
-        idsText(fileIds), rootsText(roots));
+        catalogue::idsText(fileIds), rootsText(roots));
     while (row.next()) {
         found.emplace_back(
             row.longLongIntForColumnIndex(0), Trace{

@@ -37,6 +37,9 @@ public:
 
     /// Makes what is missing of the ledger's tables. `marks` is a connection to the ledger alone.
     static bool checkTables(FMDatabase& marks);
+    /// Makes what a ledger of an earlier version has not: it can be used without. The same
+    /// connection.
+    static bool checkIndexes(FMDatabase& marks);
 
     // Of the catalogue's rows with these ids
 
@@ -47,6 +50,9 @@ public:
     /// Gives those that have none a row of the ledger, and makes the marks in the ledger what the
     /// catalogue has: the end of an edit.
     bool takeFromCatalogue(std::span<const qint64> fileIds, const RootPaths& roots);
+    /// The same after a change of stars and flag only, of photographs that have a row of the ledger
+    /// already.
+    bool takeChange(std::span<const qint64> fileIds, const MarksChange& change);
     /// The reverse: makes the catalogue's marks what the ledger has.
     bool giveToCatalogue(std::span<const qint64> fileIds);
     /// Brings what the ledger knows of the photographs into step with the catalogue. Identity and

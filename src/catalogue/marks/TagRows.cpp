@@ -1,7 +1,7 @@
 #include "catalogue/marks/TagRows.h"
 
 #include "FMDB/FMDatabase.h"
-#include "catalogue/marks/IdsText.h"
+#include "catalogue/IdsText.h"
 #include "catalogue/marks/TagsText.h"
 
 #include <algorithm>
@@ -103,7 +103,7 @@ TagRows::texts(FMDatabase& db, const std::optional<std::span<const qint64>>& tag
     FMResultSet rows = tagIds ? db.executeQuery(
                                     QStringLiteral("select Id,Tag from Tags where Id in "
                                                    "(select value from json_each(?))"),
-                                    idsText(*tagIds))
+                                    catalogue::idsText(*tagIds))
                               : db.executeQuery(QStringLiteral("select Id,Tag from Tags"));
     QHash<qint64, QString> texts;
     while (rows.next())

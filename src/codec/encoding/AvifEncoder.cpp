@@ -1,5 +1,6 @@
 #include "codec/encoding/Encoders.h"
 
+#include <QSysInfo>
 #include <avif/avif.h>
 
 #include <cmath>
@@ -45,14 +46,16 @@ QByteArray avif(
         avifImageSetMetadataXMP(
             picture.get(), bytesOf(metadata.xmp), static_cast<std::size_t>(metadata.xmp.size()));
     }
-    const QImage pixels = isDeep ? image : image.convertToFormat(QImage::Format_RGBA8888);
     avifRGBImage rgb;
     avifRGBImageSetDefaults(&rgb, picture.get());
-    rgb.format = AVIF_RGB_FORMAT_RGBA;
+    // The order of bytes within a number of 32 bits.
+    constexpr bool isLittle = QSysInfo::ByteOrder == QSysInfo::LittleEndian;
+    const avifRGBFormat shallow = isLittle ? AVIF_RGB_FORMAT_BGRA : AVIF_RGB_FORMAT_ARGB;
+    rgb.format = isDeep ? AVIF_RGB_FORMAT_RGBA : shallow;
     rgb.ignoreAlpha = image.hasAlphaChannel() ? AVIF_FALSE : AVIF_TRUE;
     rgb.depth = isDeep ? 16 : 8;
-    rgb.pixels = const_cast<std::uint8_t*>(pixels.constBits()); // only read
-    rgb.rowBytes = static_cast<std::uint32_t>(pixels.bytesPerLine());
+    rgb.pixels = const_cast<std::uint8_t*>(image.constBits()); // only read
+    rgb.rowBytes = static_cast<std::uint32_t>(image.bytesPerLine());
     if (avifImageRGBToYUV(picture.get(), &rgb) != AVIF_RESULT_OK) return {};
     constexpr int quick = 6; // of 10, as its makers advise for photographs
     encoder->speed = quick;

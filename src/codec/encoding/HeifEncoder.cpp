@@ -1,4 +1,5 @@
 #include "codec/encoding/Encoders.h"
+#include "codec/encoding/PackedPixels.h"
 #include "codec/pixels/Releaser.h"
 
 #include <libheif/heif.h>
@@ -7,7 +8,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 
 namespace codec::encoders {
@@ -57,19 +57,15 @@ Picture pictureOf(const QImage& image) {
     int stride = 0;
     std::uint8_t* plane = heif_image_get_plane(made, heif_channel_interleaved, &stride);
     if (!plane) return {};
-    if (isDeep) {
-        for (int y = 0; y < image.height(); ++y) {
-            packDeep(
-                reinterpret_cast<const QRgba64*>(image.constScanLine(y)), image.width(), hasAlpha,
-                plane + std::ptrdiff_t{y} * stride);
+    for (int y = 0; y < image.height(); ++y) {
+        const uchar* line = image.constScanLine(y);
+        std::uint8_t* target = plane + std::ptrdiff_t{y} * stride;
+        if (isDeep) {
+            packDeep(reinterpret_cast<const QRgba64*>(line), image.width(), hasAlpha, target);
+        } else {
+            packLine(reinterpret_cast<const QRgb*>(line), image.width(), hasAlpha, target);
         }
-        return picture;
     }
-    const QImage pixels =
-        image.convertToFormat(hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
-    const std::size_t length = static_cast<std::size_t>(image.width()) * (hasAlpha ? 4 : 3);
-    for (int y = 0; y < pixels.height(); ++y)
-        std::memcpy(plane + std::ptrdiff_t{y} * stride, pixels.constScanLine(y), length);
     return picture;
 }
 

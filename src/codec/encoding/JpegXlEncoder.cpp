@@ -1,4 +1,5 @@
 #include "codec/encoding/Encoders.h"
+#include "codec/encoding/PackedPixels.h"
 
 #include <jxl/encode.h>
 #include <jxl/encode_cxx.h>
@@ -54,6 +55,17 @@ QImage withoutPadding(QImage image) {
     return image;
 }
 
+/// Samples of a byte, in the library's order.
+QImage packed(const QImage& image) {
+    const bool hasAlpha = image.hasAlphaChannel();
+    QImage pixels(image.size(), hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+    for (int y = 0; y < pixels.height(); ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        packLine(line, image.width(), hasAlpha, pixels.scanLine(y));
+    }
+    return pixels;
+}
+
 /// What the encoder has ready; empty where it failed.
 QByteArray output(JxlEncoder* encoder) {
     constexpr qsizetype piece = 1 << 16;
@@ -102,9 +114,8 @@ QByteArray jpegXl(
     // 1 at 0.9, as the library's own scale has it, and so on down.
     const double distance = quality >= 0.9 ? 0.1 + 9 * (1 - quality) : 1 + 10 * (0.9 - quality);
     JxlEncoderSetFrameDistance(frame, static_cast<float>(distance));
-    const QImage pixels =
-        isDeep ? withoutPadding(image)
-               : image.convertToFormat(hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+    const QImage pixels = isDeep ? withoutPadding(image) : packed(image);
+    if (pixels.isNull()) return {};
     // Lines begin where those of the image do.
     const JxlPixelFormat format{
         hasAlpha ? 4U : 3U, isDeep ? JXL_TYPE_UINT16 : JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN,

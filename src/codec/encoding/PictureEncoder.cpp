@@ -84,7 +84,6 @@ written(const QImage& image, const char* format, int quality, const std::stop_to
     StoppableBuffer buffer(bytes, stop);
     QImageWriter writer(&buffer, format);
     if (quality >= 0) writer.setQuality(quality);
-    if (format == QByteArrayLiteral("jpeg")) writer.setOptimizedWrite(true);
     return buffer.open(QIODevice::WriteOnly) && writer.write(image) ? bytes : QByteArray();
 }
 
@@ -137,9 +136,28 @@ bool hasIptc(const QString& type) {
     }
 }
 
+QByteArray encodeToTheEnd(
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
+    const EncodeSettings& settings) {
+    const Type* type = typeOf(settings.type);
+    if (!type) return {};
+    switch (type->format) {
+    case Format::Jpeg2000:
+        return encoders::jpeg2000(image, settings.quality, settings.threads);
+    case Format::JpegXl:
+        return encoders::jpegXl(image, profile, metadata, settings.quality, settings.threads);
+    case Format::Avif:
+        return encoders::avif(image, profile, metadata, settings.quality, settings.threads);
+    case Format::Heic:
+        return encoders::heic(image, profile, metadata, settings.quality);
+    default:
+        return {};
+    }
+}
+
 EncodedPicture encodePicture(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
-    const EncodeSettings& settings, const Embed& embed) {
+    const EncodeSettings& settings, const Embed& embed, const EncodeApart& apart) {
     const Type* type = typeOf(settings.type);
     if (!type || image.isNull()) return {};
     const QImage pixels = fitted(image, *type);
@@ -163,22 +181,20 @@ EncodedPicture encodePicture(
         result.bytes = encoders::tiff(pixels, profile, settings);
         putIn(result, metadata, {}, embed);
         break;
-    case Format::Jpeg2000:
-        result.bytes = encoders::jpeg2000(pixels, quality, settings.threads);
-        putIn(result, metadata, profile, embed);
-        break;
     case Format::WebP:
         result.bytes = encoders::webp(pixels, profile, metadata, quality, settings.stop);
         break;
+    case Format::Jpeg2000:
     case Format::JpegXl:
-        result.bytes = encoders::jpegXl(pixels, profile, metadata, quality, settings.threads);
-        break;
     case Format::Avif:
-        result.bytes = encoders::avif(pixels, profile, metadata, quality, settings.threads);
+    case Format::Heic: {
+        EncodeSettings clamped = settings;
+        clamped.quality = quality;
+        result.bytes = apart ? apart(pixels, profile, metadata, clamped)
+                             : encodeToTheEnd(pixels, profile, metadata, clamped);
+        if (type->format == Format::Jpeg2000) putIn(result, metadata, profile, embed);
         break;
-    case Format::Heic:
-        result.bytes = encoders::heic(pixels, profile, metadata, quality);
-        break;
+    }
     }
     return result;
 }

@@ -107,11 +107,21 @@ private:
         std::size_t next; ///< frame
 
         Playback(const Source& source, const DecodeRequest& request)
-            : runner(request.threads),
-              handle(start(
-                  source, JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE |
-                              JXL_DEC_FRAME_PROGRESSION)),
+            : runner(request.threads), handle(start(source, eventsFor(source, request))),
               next(request.frame) {}
+
+        /// The library takes some whole files for damaged once it has stopped half-way to a
+        /// picture.
+        static int eventsFor(const Source& source, const DecodeRequest& request) {
+            constexpr int all = JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE;
+            const Handle handle = start(source, JXL_DEC_BASIC_INFO);
+            JxlBasicInfo info;
+            const bool isReduced = handle &&
+                                   JxlDecoderProcessInput(handle.get()) == JXL_DEC_BASIC_INFO &&
+                                   JxlDecoderGetBasicInfo(handle.get(), &info) == JXL_DEC_SUCCESS &&
+                                   isReducedEnough(info, request.maxSize);
+            return isReduced ? all | JXL_DEC_FRAME_PROGRESSION : all;
+        }
 
         static std::unique_ptr<Playback> at(const Source& source, const DecodeRequest& request) {
             auto playback = std::make_unique<Playback>(source, request);
@@ -139,10 +149,8 @@ private:
                 break;
             case JXL_DEC_FRAME_PROGRESSION:
                 // One pixel in eight by eight is known: enough for a result that small.
-                if (isReducedEnough(state, request.maxSize) &&
-                    JxlDecoderFlushImage(handle) == JXL_DEC_SUCCESS) {
+                if (!state.pixels.empty() && JxlDecoderFlushImage(handle) == JXL_DEC_SUCCESS)
                     return write(request, state, true);
-                }
                 break;
             case JXL_DEC_FULL_IMAGE:
                 return write(request, state, true);
@@ -160,13 +168,17 @@ private:
         return {};
     }
 
+    static bool isSize(const JxlBasicInfo& info) {
+        return info.xsize <= 0x3FFFFFFF && info.ysize <= 0x3FFFFFFF;
+    }
+    static QSize sizeOf(const JxlBasicInfo& info) {
+        return {static_cast<int>(info.xsize), static_cast<int>(info.ysize)};
+    }
+
     static bool begin(const JxlDecoder* handle, const DecodeRequest& request, State& state) {
         JxlBasicInfo info;
-        if (JxlDecoderGetBasicInfo(handle, &info) != JXL_DEC_SUCCESS || info.xsize > 0x3FFFFFFF ||
-            info.ysize > 0x3FFFFFFF) {
-            return false;
-        }
-        state.size = QSize(static_cast<int>(info.xsize), static_cast<int>(info.ysize));
+        if (JxlDecoderGetBasicInfo(handle, &info) != JXL_DEC_SUCCESS || !isSize(info)) return false;
+        state.size = sizeOf(info);
         // The library works in floating point, three channels and more.
         if (!withinLimits(state.size, request.limits, 24)) return false;
         state.plays = info.have_animation != 0;
@@ -192,11 +204,11 @@ private:
                JXL_DEC_SUCCESS;
     }
 
-    static bool isReducedEnough(const State& state, int maxSize) {
-        if (maxSize <= 0 || state.pixels.empty() || state.plays) return false;
-        const QSize wanted = reducedSize(state.size, maxSize);
-        return wanted.width() * 8 <= state.size.width() &&
-               wanted.height() * 8 <= state.size.height();
+    static bool isReducedEnough(const JxlBasicInfo& info, int maxSize) {
+        if (maxSize <= 0 || info.have_animation != 0 || !isSize(info)) return false;
+        const QSize size = sizeOf(info);
+        const QSize wanted = reducedSize(size, maxSize);
+        return wanted.width() * 8 <= size.width() && wanted.height() * 8 <= size.height();
     }
 
     static Frame write(const DecodeRequest& request, const State& state, bool isComplete) {

@@ -153,6 +153,13 @@ public:
         return datum ? textOf(datum->value()) : QString();
     }
 
+    /// Bytes are numbers here.
+    [[nodiscard]] QString code(Key key) const {
+        const Exiv2::Exifdatum* datum = find(key);
+        if (!datum || datum->typeId() == Exiv2::asciiString) return plain(key);
+        return PBValue(numbersOf(datum->value())).toText();
+    }
+
 private:
     const Exiv2::ExifData& _exif;
     std::unordered_map<std::string, const Exiv2::Exifdatum*, TextHash, std::equal_to<>> _data;
@@ -179,6 +186,11 @@ bool isMeaningful(const QString& text) {
             "0(\\.0)? ?mm f/0(\\.0)?)$"),
         QRegularExpression::CaseInsensitiveOption);
     return !empty.match(text).hasMatch();
+}
+
+/// Cameras that know no lens have all bits set.
+bool isLensCode(const QString& text) {
+    return isMeaningful(text) && text != u"65535";
 }
 
 /// The lens of a name, not a bare number: where a maker's code is unknown, the code is printed.
@@ -227,7 +239,10 @@ PBValue lensInfo(const Notes& notes, const Exiv2::XmpData& xmp) {
     // Longest and shortest focal length, and the units of both in a millimetre.
     if (const Exiv2::Exifdatum* canon = notes.find("Exif.CanonCs.Lens")) {
         const PBArray numbers = numbersOf(canon->value());
-        if (numbers.size() == 3 && numbers[2].toDouble() > 0) {
+        // Notes that an editor has moved are read from the wrong place.
+        const bool isRange = numbers.size() == 3 && numbers[2].toDouble() > 0 &&
+                             numbers[0].toDouble() >= numbers[1].toDouble();
+        if (isRange) {
             const double unit = numbers[2].toDouble();
             PBValue info = four({numbers[1].toDouble() / unit, numbers[0].toDouble() / unit, 0, 0});
             if (info.hasValue()) return info;
@@ -271,7 +286,8 @@ PBDictionary collect(const Metadata& metadata) {
     if (info.hasValue()) properties[QStringLiteral("LensInfo")] = std::move(info);
     set(QStringLiteral("LensModel"), firstText(notes, lensNames, described, isLensName),
         "Xmp.aux.Lens");
-    set(QStringLiteral("LensID"), firstText(notes, lensIds, plain, isMeaningful), "Xmp.aux.LensID");
+    set(QStringLiteral("LensID"), firstText(notes, lensIds, &Notes::code, isLensCode),
+        "Xmp.aux.LensID");
     set(QStringLiteral("LensSerialNumber"), firstText(notes, lensSerials, described, isMeaningful),
         "Xmp.aux.LensSerialNumber");
     set(QStringLiteral("SerialNumber"), firstText(notes, serials, plain, isMeaningful),

@@ -127,6 +127,8 @@ PBValue valueAs(Form form, const Exiv2::Value& value, Exiv2::ByteOrder byteOrder
     case Form::Version:
         return versionOf(bytesOf(value, byteOrder));
     case Form::Comment:
+        // Some cameras write it as a text, without the name of its characters.
+        if (value.typeId() == Exiv2::asciiString) return optionalText(textOf(value));
         return optionalText(
             decodeComment(bytesOf(value, byteOrder), byteOrder == Exiv2::littleEndian));
     case Form::Letters:

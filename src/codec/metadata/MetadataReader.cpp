@@ -153,9 +153,8 @@ Metadata readMetadata(Bytes file, Container container) {
         if (understood) understood->keep(std::move(classic));
     }
     Metadata metadata = understood ? std::move(*understood) : Metadata();
-    if (metadata.exif().empty() && metadata.xmp().empty()) {
-        recoverMetadata(file, container, metadata);
-    }
+    const bool hasNothing = metadata.exif().empty() && metadata.xmp().empty();
+    if (hasNothing || container == Container::WebP) recoverMetadata(file, container, metadata);
     completeExif(metadata);
     return metadata;
 }

@@ -3,6 +3,7 @@
 #include <jxl/decode.h>
 #include <libheif/heif.h>
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <string>
@@ -18,6 +19,7 @@ namespace {
 constexpr std::size_t largestBlock = std::size_t(16) << 20;
 
 void addExif(Bytes tiff, Metadata& metadata) {
+    metadata.exif().clear();
     try {
         const Exiv2::ByteOrder order = Exiv2::ExifParser::decode(
             metadata.exif(), tiff.data(), static_cast<std::uint32_t>(tiff.size()));
@@ -40,6 +42,21 @@ void addXmp(Bytes packet, Metadata& metadata) {
         if (Exiv2::XmpParser::decode(metadata.xmp(), text) != 0) metadata.xmp().clear();
     } catch (const std::exception&) {
         metadata.xmp().clear();
+    }
+}
+
+/// The library takes the first mark of a TIFF header anywhere in the block for its start; the notes
+/// of one maker end with such a mark.
+void recoverWebP(Bytes file, Metadata& metadata) {
+    constexpr int mostChunks = 10'000;
+    std::size_t offset = 12;
+    for (int count = 0; count < mostChunks && file.has(offset, 8); ++count) {
+        const std::size_t length = file.le32(offset + 4);
+        if (file.matches(offset, "EXIF"sv)) {
+            const Bytes block = file.part(offset + 8, std::min(length, largestBlock));
+            return addExif(block.from(block.matches(0, "Exif\0\0"sv) ? 6 : 0), metadata);
+        }
+        offset += 8 + length + (length & 1);
     }
 }
 
@@ -141,6 +158,8 @@ void recoverMetadata(Bytes file, Container container, Metadata& metadata) {
             recoverHeif(file, metadata);
         } else if (container == Container::JpegXl) {
             JpegXlBoxes(file).addTo(metadata);
+        } else if (container == Container::WebP) {
+            recoverWebP(file, metadata);
         }
     } catch (const std::exception&) {
         return; // no memory: what was found so far stays

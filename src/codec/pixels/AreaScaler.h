@@ -12,6 +12,8 @@ namespace codec {
 /// Reduces a picture row by row, each result pixel being the mean of the area that it covers. Holds
 /// one row of sums, whatever the height of the source. Sizes must be at least 1 and the result no
 /// larger than the source in either direction.
+///
+/// `Sum` holds any sample times the weight of all rows of one result row, exactly.
 template <typename Sample, typename Sum>
 class BasicAreaScaler final : public RowScaler {
 public:
@@ -22,25 +24,36 @@ public:
     void addRow(const void* row) override;
 
 private:
-    [[nodiscard]] std::uint64_t rowEdge(int index) const;
+    /// The source columns that a result pixel covers, and their shares in it.
+    struct Span {
+        std::size_t first;
+        std::size_t last;
+        float ofFirst;
+        float ofInner; ///< of each between the two
+        float ofLast;  ///< 0 where it is the first, too
+    };
+
+    [[nodiscard]] std::int64_t rowEdge(int index) const;
+    void addWeighted(const Sample* samples, std::uint16_t weight);
     void emitRow();
 
-    int _sourceWidth;
     int _sourceHeight;
     Sample* _target;
     std::size_t _targetStride; // samples
-    int _targetWidth;
     int _targetHeight;
-    std::uint32_t _one; // weight of a whole source row
-    std::uint64_t _position = 0;
-    std::uint64_t _rowBegin = 0;
+    std::uint16_t _one; // weight of a whole source row
+    std::int64_t _position = 0;
+    std::int64_t _rowBegin = 0;
     int _targetRow = 0;
     std::vector<Sum> _sums;
+    std::vector<float> _means; ///< of one result row
+    std::vector<Span> _spans;
 };
 
-/// For 8 bits a sample; the sums of a result row fit into 32.
-using AreaScaler = BasicAreaScaler<std::uint8_t, std::uint32_t>;
+using AreaScaler = BasicAreaScaler<std::uint8_t, std::int32_t>;
+/// Twice as quick, for no more than two source rows to a result row.
+using SlightAreaScaler = BasicAreaScaler<std::uint8_t, std::uint16_t>;
 /// For 16 bits a sample.
-using DeepAreaScaler = BasicAreaScaler<std::uint16_t, std::uint64_t>;
+using DeepAreaScaler = BasicAreaScaler<std::uint16_t, double>;
 
 } // namespace codec

@@ -14,19 +14,19 @@ namespace {
 /// Of stripes that are too fine by a ninth 5 % are left, and of those half as fine as the finest 99
 /// %.
 constexpr double widening = 1.2;
-constexpr double lobes = 3;
+constexpr double lobes = 3; // as `filterAt` has it
 /// Device pixels to either side.
 constexpr double reach = lobes * widening;
-
-double sinc(double x) {
-    const double angle = std::numbers::pi * x;
-    return std::abs(angle) < 1e-9 ? 1.0 : std::sin(angle) / angle;
-}
 
 /// At a distance in device pixels.
 double filterAt(double distance) {
     const double x = distance / widening;
-    return std::abs(x) < lobes ? sinc(x) * sinc(x / lobes) : 0.0;
+    if (std::abs(x) >= lobes) return 0;
+    const double angle = std::numbers::pi * x / lobes;
+    if (std::abs(angle) < 1e-9) return 1;
+    // Of three times the angle: 3 sin - 4 sin^3.
+    const double sine = std::sin(angle);
+    return sine * sine * (3 - 4 * sine * sine) / (lobes * angle * angle);
 }
 
 int pixelOf(double place, int length) {
@@ -94,11 +94,6 @@ void AxisMap::addFiltered(double middle, double devicePixels, int length) {
     }
     for (std::size_t index = 0; index < weights.size(); ++index)
         _weights[place + index] = static_cast<float>(weights[index] / all);
-}
-
-AxisMap::Sum AxisMap::sum(int index) const {
-    const Begin& begin = _begins[static_cast<std::size_t>(index)];
-    return {begin.pixel, std::span(_weights).subspan(begin.weight, begin.weightCount)};
 }
 
 } // namespace codec

@@ -37,7 +37,10 @@ public:
         std::span<const float> weights;
     };
     [[nodiscard]] int count() const { return static_cast<int>(_begins.size()); }
-    [[nodiscard]] Sum sum(int index) const;
+    [[nodiscard]] Sum sum(int index) const {
+        const Begin& begin = _begins[static_cast<std::size_t>(index)];
+        return {begin.pixel, std::span(_weights).subspan(begin.weight, begin.weightCount)};
+    }
     /// The pixels that are needed at all, first and behind the last.
     [[nodiscard]] int firstPixel() const { return _firstPixel; }
     [[nodiscard]] int endPixel() const { return _endPixel; }

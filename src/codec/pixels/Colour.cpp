@@ -78,7 +78,11 @@ ColourConverter::ColourConverter(
     const bool ownSpace = layout.model == ColourModel::Lab ||
                           (layout.model == ColourModel::Cmyk && from) ||
                           (layout.model == ColourModel::Gray && from);
-    if (!ownSpace && (layout.sample == SampleType::U8 || !from || steps.isLinear)) {
+    // With eight bits between there and the screen's colours, gradients would lose steps.
+    const bool isDeep =
+        layout.sample == SampleType::U16 && layout.model == ColourModel::Rgb && steps.isInTarget;
+    const bool isPlain = steps.isLinear || (!from && !isDeep);
+    if (!ownSpace && (layout.sample == SampleType::U8 || isPlain)) {
         // The samples stand for RGB already: one cheap step, and the profile on the final pixels.
         steps.lastTransform =
             makeTransform(std::move(from), TYPE_BGRA_8, targetProfile, TYPE_BGRA_8, false, users);

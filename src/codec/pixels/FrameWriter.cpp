@@ -4,6 +4,7 @@
 #include "codec/pixels/Profiles.h"
 
 #include <algorithm>
+#include <system_error>
 
 namespace codec {
 
@@ -48,11 +49,25 @@ FrameWriter::FrameWriter(
         if (block > 1) _reducer.emplace(decoded, layout.channels(), block);
         const QSize rows = _reducer ? _reducer->size() : decoded;
         _scaler = makeScaler(rows, _image, request.reduction);
+        scaleInBackground(rows);
     }
     const auto width = static_cast<std::size_t>(decoded.width());
     if (isScaled && !copiesRows()) _convertedRow.resize(width * bytesPerPixel(_isDeep) / 8 + 1);
-    if (isScaled || !copiesRows()) _rowBuffer.resize(width * layout.bytesPerPixel() / 8 + 1);
+    if (isScaled || !copiesRows()) _rowBuffer.resize(width * layout.bytesPerPixel() / 8 + 3);
     placeRow();
+}
+
+/// The filter of pictures that are looked at takes about as long as the decoding.
+void FrameWriter::scaleInBackground(QSize rows) {
+    constexpr int fewestPixels = 500'000;
+    if (_request.threads < 2 || _request.reduction != Reduction::Filtered) return;
+    if (static_cast<std::int64_t>(rows.width()) * rows.height() < fewestPixels) return;
+    try {
+        _background = std::make_unique<BackgroundScaler>(
+            *_scaler, static_cast<std::size_t>(rows.width()) * bytesPerPixel(_isDeep));
+    } catch (const std::system_error&) {
+        return; // no thread is to be had: it is done between the rows
+    }
 }
 
 QImage FrameWriter::makeImage(QSize size) const {
@@ -78,7 +93,10 @@ void FrameWriter::makeConverter(const ColourDescription& colours) {
 
 void FrameWriter::placeRow() {
     if (!_rowBuffer.empty()) {
-        _row = reinterpret_cast<std::uint8_t*>(_rowBuffer.data());
+        // Into rows at multiples of 16 or 32 libjpeg-turbo writes past the caches, and reading them
+        // again has to wait for the memory.
+        const bool isEven = reinterpret_cast<std::uintptr_t>(_rowBuffer.data()) % 16 == 0;
+        _row = reinterpret_cast<std::uint8_t*>(_rowBuffer.data() + (isEven ? 1 : 2));
     } else {
         // Past the last row the decoder gets the last one again, and whatever it writes is lost.
         _row = _image.scanLine(std::min(_rowsDone, _decoded.height() - 1));
@@ -111,7 +129,14 @@ void FrameWriter::scaleRow(const void* row, int width) {
         convertRow(row, _convertedRow.data(), width);
         row = _convertedRow.data();
     }
-    _scaler->addRow(row);
+    addScaled(row);
+}
+
+void FrameWriter::addScaled(const void* row) {
+    if (_background)
+        _background->addRow(row);
+    else
+        _scaler->addRow(row);
     ++_scaledRows;
 }
 
@@ -130,8 +155,8 @@ void FrameWriter::fillMissingRows() {
         const QSize size = _reducer ? _reducer->size() : _decoded;
         std::vector<std::uint64_t> row(static_cast<std::size_t>(size.width()));
         fill(row.data(), size.width());
-        for (; _scaledRows < size.height() && !isStopped(); ++_scaledRows)
-            _scaler->addRow(row.data());
+        while (_scaledRows < size.height() && !isStopped())
+            addScaled(row.data());
     } else {
         for (int y = _rowsDone; y < _decoded.height() && !isStopped(); ++y)
             fill(_image.scanLine(y), _decoded.width());
@@ -165,6 +190,7 @@ Frame FrameWriter::finish() {
     // The last blocks may be cut off.
     if (_reducer && _reducer->flush()) scaleRow(_reducer->row(), _reducer->size().width());
     if (!frame.isComplete) fillMissingRows();
+    if (_background) _background->finish();
     if (_converter) _converter->finish(_image, _request.stop);
     if (_layout.alpha != AlphaType::None && isOpaque())
         _image.reinterpretAsFormat(_isDeep ? QImage::Format_RGBX64 : QImage::Format_RGB32);

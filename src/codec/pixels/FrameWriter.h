@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/pixels/BackgroundScaler.h"
 #include "codec/pixels/Colour.h"
 #include "codec/pixels/Decoder.h"
 #include "codec/pixels/DeepConverter.h"
@@ -28,7 +29,6 @@ public:
     /// Where the decoder puts the next row in its layout. Valid until `rowDone`.
     [[nodiscard]] std::uint8_t* row() { return _row; }
     void rowDone();
-    [[nodiscard]] int rowsDone() const { return _rowsDone; }
     [[nodiscard]] bool isStopped() const { return _request.stop.isSet(); }
 
     /// The result; null if not one row was written, or it was stopped. Missing rows are filled,
@@ -38,11 +38,13 @@ public:
 private:
     void placeRow();
     [[nodiscard]] QImage makeImage(QSize size) const;
+    void scaleInBackground(QSize rows);
     void makeConverter(const ColourDescription& colours);
     [[nodiscard]] bool copiesRows() const { return _converter && _converter->copiesRows(); }
     void convertRow(const void* row, void* destination, int width);
     /// Converts a row and hands it to the scaler.
     void scaleRow(const void* row, int width);
+    void addScaled(const void* row);
     void fillMissingRows();
     [[nodiscard]] bool isOpaque() const;
 
@@ -56,6 +58,7 @@ private:
     QImage _image;
     std::optional<SampleReducer> _reducer; // before the scaler
     std::unique_ptr<RowScaler> _scaler;
+    std::unique_ptr<BackgroundScaler> _background; // hands rows on to the scaler, if it is there
     int _scaledRows = 0;
     std::vector<std::uint64_t> _rowBuffer; // 64 bits wide for the sake of alignment
     std::vector<std::uint64_t> _convertedRow;

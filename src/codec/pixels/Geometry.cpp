@@ -48,13 +48,6 @@ QSizeF rotateSize(QSizeF size, double rotateAngle) {
     return isQuarterTurn(rotateAngle) ? size.transposed() : size;
 }
 
-QRectF rotateRect(const QRectF& rect, double rotateAngle) {
-    if (!isQuarterTurn(rotateAngle)) return rect;
-    const double w = rect.width();
-    const double h = rect.height();
-    return {rect.x() + w / 2 - h / 2, rect.y() + h / 2 - w / 2, h, w};
-}
-
 } // namespace PBUtilities
 
 namespace codec {

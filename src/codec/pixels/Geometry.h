@@ -17,8 +17,6 @@ double fitInRect(QRectF& rect, double width, double height, bool fitIn);
 
 /// Width and height swapped for quarter turns (90 or 270 degrees once brought into [0, 360)).
 [[nodiscard]] QSizeF rotateSize(QSizeF size, double rotateAngle);
-/// The rectangle that turns about the same centre: changed by quarter turns only.
-[[nodiscard]] QRectF rotateRect(const QRectF& rect, double rotateAngle);
 
 } // namespace PBUtilities
 

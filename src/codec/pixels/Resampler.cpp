@@ -1,6 +1,7 @@
 #include "codec/pixels/Resampler.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 #include <span>
@@ -34,6 +35,33 @@ Pixel weightedSum(std::span<const float> weights, const float* samples) {
     return even + odd;
 }
 
+/// The pixels at one place of several rows, weighted, which stay in registers; and a half: what is
+/// cut off of the sum is thereby rounded.
+template <std::size_t pixels>
+std::array<Pixel, pixels> sumOfRows(
+    std::span<const float> weights, const std::vector<const float*>& rows, std::size_t place) {
+    std::array<Pixel, pixels> sums;
+    sums.fill(Pixel{0.5F, 0.5F, 0.5F, 0.5F});
+    for (std::size_t row = 0; row < weights.size(); ++row)
+        for (std::size_t pixel = 0; pixel < pixels; ++pixel)
+            sums[pixel] += weights[row] * pixelAt(rows[row] + place + pixel * channels);
+    return sums;
+}
+
+template <typename Sample, std::size_t pixels>
+void store(const std::array<Pixel, pixels>& sums, Sample* target) {
+    using Whole = std::int32_t __attribute__((vector_size(channels * sizeof(std::int32_t))));
+    constexpr auto limit = static_cast<float>(std::numeric_limits<Sample>::max());
+    constexpr Pixel least{};
+    constexpr Pixel most{limit, limit, limit, limit};
+    for (const Pixel& sum : sums) {
+        const Pixel atLeast = sum > least ? sum : least;
+        const auto whole = __builtin_convertvector(atLeast < most ? atLeast : most, Whole);
+        for (std::size_t channel = 0; channel < channels; ++channel)
+            *target++ = static_cast<Sample>(whole[channel]);
+    }
+}
+
 AxisMap reduction(int source, int target) {
     const AxisMap::Place place{.factor = static_cast<double>(target) / source, .offset = 0};
     return {place, 0, target, source, AxisMap::modeFor(place.factor, source)};
@@ -47,8 +75,9 @@ RowResampler<Sample>::RowResampler(AxisMap columns, AxisMap rows, bool hasAlpha)
       _width(static_cast<std::size_t>(_columns.count()) * channels),
       _keptRows(static_cast<std::size_t>(_rows.mostWeights()), -1),
       _kept(_keptRows.size() * _width),
-      _source(static_cast<std::size_t>(_columns.endPixel() - _columns.firstPixel()) * channels),
-      _sums(_width) {}
+      _source(static_cast<std::size_t>(_columns.endPixel() - _columns.firstPixel()) * channels) {
+    _summed.reserve(_keptRows.size());
+}
 
 template <typename Sample>
 float* RowResampler<Sample>::kept(int row) {
@@ -75,20 +104,18 @@ void RowResampler<Sample>::setRow(int row, const Sample* samples) {
 
 template <typename Sample>
 void RowResampler<Sample>::makeRow(int index, Sample* target) {
-    std::ranges::fill(_sums, 0.5F); // what is cut off below is thereby rounded
-    float* sums = _sums.data();
     const AxisMap::Sum rows = _rows.sum(index);
-    int row = rows.first;
-    for (const float weight : rows.weights) {
-        const float* samples = kept(row++);
-        for (std::size_t place = 0; place < _width; ++place)
-            sums[place] += weight * samples[place];
-    }
-    constexpr auto most = static_cast<float>(std::numeric_limits<Sample>::max());
-    for (std::size_t place = 0; place < _width; ++place)
-        target[place] = static_cast<Sample>(std::clamp(sums[place], 0.0F, most));
+    _summed.clear();
+    for (std::size_t row = 0; row < rows.weights.size(); ++row)
+        _summed.push_back(kept(rows.first + static_cast<int>(row)));
+    constexpr std::size_t together = 4;
+    std::size_t place = 0;
+    for (; place + together * channels <= _width; place += together * channels)
+        store(sumOfRows<together>(rows.weights, _summed, place), target + place);
+    for (; place < _width; place += channels)
+        store(sumOfRows<1>(rows.weights, _summed, place), target + place);
     if (!_hasAlpha) return;
-    for (std::size_t place = 0; place < _width; place += channels)
+    for (place = 0; place < _width; place += channels)
         for (std::size_t channel = 0; channel + 1 < channels; ++channel)
             target[place + channel] = std::min(target[place + channel], target[place + 3]);
 }

@@ -37,7 +37,7 @@ private:
     std::vector<int> _keptRows;
     std::vector<float> _kept;
     std::vector<float> _source;
-    std::vector<float> _sums;
+    std::vector<const float*> _summed; // rows
 };
 
 /// Reduces a picture row by row as `AxisMap::Mode::Filtered` does: slower than `BasicAreaScaler`,

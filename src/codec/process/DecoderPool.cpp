@@ -4,6 +4,7 @@
 #include "codec/process/DecodeExchange.h"
 #include "codec/process/DecoderHelper.h"
 #include "codec/process/EmbedExchange.h"
+#include "codec/process/EncodeExchange.h"
 #include "codec/process/HelperSequence.h"
 #include "codec/process/HelperShelf.h"
 #include "platform/tasks/Cores.h"
@@ -34,6 +35,10 @@ DecoderPool::~DecoderPool() = default;
 
 void DecoderPool::start() {
     _shelf->start();
+}
+
+void DecoderPool::startOne() {
+    _shelf->startOne();
 }
 
 std::chrono::milliseconds DecoderPool::timeFor(const DecodeRequest& request) const {
@@ -184,6 +189,19 @@ bool DecoderPool::embedMetadata(
     if (whole.isEmpty()) return false;
     file = std::move(whole);
     return true;
+}
+
+QByteArray DecoderPool::encode(
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
+    const EncodeSettings& settings) {
+    const process::EncodeExchange exchange(image, profile, metadata, settings);
+    if (!exchange.isUsable()) return {};
+    HelperShelf::Lease lease(_shelf, Urgency::Next, settings.stop);
+    Reply reply;
+    const Answer answer = process::ask(
+        lease, exchange.request(), exchange.descriptors(), _settings.encodeTime, settings.stop,
+        reply);
+    return answer == Answer::Done ? exchange.accept(reply) : QByteArray();
 }
 
 std::vector<DecoderPool::PropertyAnswer> DecoderPool::askForProperties(

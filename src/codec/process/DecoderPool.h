@@ -32,12 +32,15 @@ public:
         QByteArray executable = "/proc/self/exe";
         /// 0: one for each core that this process may use.
         int processes = 0;
-        /// So many more, which thumbnails never take.
-        int reserved = 1;
+        /// So many more, which thumbnails never take: one for what the user waits for, and one in
+        /// its place when a stop has ended it, as libraries that can't be stopped make necessary.
+        int reserved = 2;
         /// For reduced pictures that nobody looks at yet, and for properties.
         std::chrono::milliseconds thumbnailTime{10'000};
         /// For pictures in full, and for reduced ones that the user looks at, now or next.
         std::chrono::milliseconds fullTime{60'000};
+        /// For an encoding: whoever waits for it sees it go on, and can stop it.
+        std::chrono::milliseconds encodeTime = std::chrono::hours(1);
         /// Enough for the largest picture within the limits and a decoder's own copies of it; the
         /// program's libraries take part of it without using memory.
         std::uint64_t addressSpaceBytes = std::uint64_t{6} << 30;
@@ -52,6 +55,8 @@ public:
 
     /// Has all processes started that are not running, and does not wait for that.
     void start();
+    /// Has one started, and waits until it begins to come up: some milliseconds.
+    void startOne();
 
     /// The request's own stop flag, allocator and number of threads are not used; a stop takes
     /// effect within 20 ms.
@@ -79,6 +84,10 @@ public:
     [[nodiscard]] bool embedMetadata(
         QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile,
         std::stop_token stop) override;
+    /// A stop takes effect within 20 ms: where the library does not hear of it, its process goes.
+    [[nodiscard]] QByteArray encode(
+        const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
+        const EncodeSettings& settings) override;
 
 private:
     struct PropertyAnswer {

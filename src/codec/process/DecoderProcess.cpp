@@ -1,5 +1,6 @@
 #include "codec/process/DecoderProcess.h"
 
+#include "codec/formats/HeifStop.h"
 #include "codec/metadata/CarriedMetadata.h"
 #include "codec/metadata/ImageProperties.h"
 #include "codec/metadata/MetadataBlocks.h"
@@ -7,6 +8,7 @@
 #include "codec/pixels/Source.h"
 #include "codec/process/Confinement.h"
 #include "codec/process/EmbedExchange.h"
+#include "codec/process/EncodeExchange.h"
 #include "codec/process/FrameReader.h"
 #include "codec/process/PacketSocket.h"
 #include "codec/process/Protocol.h"
@@ -75,6 +77,10 @@ public:
             break;
         case Kind::EmbedMetadata:
             answerEmbed(descriptors.front().get(), descriptors.back().get(), reply);
+            break;
+        case Kind::Encode:
+            answerEncode(
+                typeHint(request), descriptors.front().get(), descriptors.back().get(), reply);
             break;
         case Kind::CloseSequence:
         case Kind::Grant:
@@ -171,6 +177,7 @@ private:
             return QImage(
                 static_cast<uchar*>(pixels), size.width(), size.height(), lineBytes, format);
         };
+        const formats::HeifStop stop(wanted.stop);
         const Frame frame = decoder.wanted(wanted);
         wanted.allocate = {};
         if (frame.image.isNull() || wanted.stop.isSet()) return;

@@ -130,6 +130,10 @@ public:
     embedMetadata(QByteArray&, const MetadataBlocks&, const QByteArray&, std::stop_token) override {
         return false;
     }
+    QByteArray encode(
+        const QImage&, const QByteArray&, const MetadataBlocks&, const EncodeSettings&) override {
+        return {};
+    }
 };
 
 /// What importers that nobody hands a reader go through: there is one for the whole process.
@@ -181,6 +185,12 @@ FrameReader::propertiesOfPictures(std::span<const OpenPicture> pictures, std::st
     for (const OpenPicture& picture : pictures)
         all.push_back(properties(picture.descriptor, picture.typeHint, 0, stop));
     return all;
+}
+
+QByteArray FrameReader::encode(
+    const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
+    const EncodeSettings& settings) {
+    return encodeToTheEnd(image, profile, metadata, settings);
 }
 
 std::shared_ptr<FrameReader> noReader() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "codec/encoding/PictureEncoder.h"
 #include "codec/metadata/CarriedMetadata.h"
 #include "codec/metadata/MetadataBlocks.h"
 #include "codec/metadata/PictureProperties.h"
@@ -114,6 +115,11 @@ public:
     [[nodiscard]] virtual bool embedMetadata(
         QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile,
         std::stop_token stop) = 0;
+    /// What `EncodeApart` is for; the settings' stop ends it at once where it is done in a process
+    /// of its own. Here it is done in this one.
+    [[nodiscard]] virtual QByteArray encode(
+        const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
+        const EncodeSettings& settings);
 };
 
 /// The cores that a decode may use: all for the picture that the user waits for, which is decoded

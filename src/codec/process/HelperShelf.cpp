@@ -57,12 +57,19 @@ void HelperShelf::start() {
         while (isAnyMissing()) {
             Helper helper = DecoderHelper::start(_settings.executable, _settings.addressSpaceBytes);
             if (!helper) return;
-            const platform::Lock lock(_mutex);
-            // It may have been started otherwise meanwhile; one too many ends with this.
-            const auto missing = std::ranges::find(_idle, Helper());
-            if (missing != _idle.end()) *missing = std::move(helper);
+            putOnShelf(std::move(helper));
         }
     });
+}
+
+void HelperShelf::startOne() {
+    if (Helper helper = startHelper()) putOnShelf(std::move(helper));
+}
+
+void HelperShelf::putOnShelf(Helper helper) {
+    const platform::Lock lock(_mutex);
+    const auto missing = std::ranges::find(_idle, Helper());
+    if (missing != _idle.end()) *missing = std::move(helper);
 }
 
 int HelperShelf::waiting() {

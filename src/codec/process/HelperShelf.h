@@ -43,6 +43,8 @@ public:
 
     /// Has all processes started that are not running, and does not wait for that.
     void start();
+    /// Has one process started, and waits until it begins to come up: some milliseconds.
+    void startOne();
     [[nodiscard]] MemoryBudget& memory() { return _memory; }
     /// How many wait for a process.
     [[nodiscard]] int waiting();
@@ -77,6 +79,8 @@ private:
     static constexpr std::size_t classes = 5;
 
     [[nodiscard]] Helper startHelper();
+    /// It may have been started otherwise meanwhile; one too many ends with this.
+    void putOnShelf(Helper helper);
     [[nodiscard]] bool isAnyMissing();
     [[nodiscard]] std::optional<Helper> take(const std::stop_token& stop, Urgency urgency);
     void giveBack(Helper helper, Urgency urgency, bool wasInBackground);

@@ -31,6 +31,7 @@ enum class Kind : std::uint32_t {
     Properties,
     MetadataBlocks, ///< for the new picture that the request tells of
     EmbedMetadata,  ///< see `EmbedExchange`
+    Encode,         ///< see `EncodeExchange`
     OpenSequence,   ///< keeps the picture open; answered with the frames to play
     NextFrame,      ///< of the sequence that was opened last
     CloseSequence,  ///< there is nobody to read the answer
@@ -41,7 +42,8 @@ enum class Kind : std::uint32_t {
 /// To the decoder process. The picture's descriptor comes with it (but for the frames of an open
 /// sequence), then one for a large result and one for the bytes of the target profile, where the
 /// two flags say so. For properties there may be several pictures of one type, and there is no
-/// other descriptor; for metadata to be embedded, the memory of the file takes the picture's place.
+/// other descriptor; for metadata to be embedded, and for pixels to be encoded, the memory of these
+/// takes the picture's place.
 struct Request {
     Kind kind = Kind::Decode;
     std::uint32_t number = 0;
@@ -98,7 +100,7 @@ struct Reply {
     /// Frames or milliseconds (of a sequence's frame, as they are shown); for properties, the bytes
     /// of the result, which begins with one number for each picture: the bytes of its dictionary,
     /// which stand behind all the numbers, or `noProperties` or `noRoom`; for metadata, those of
-    /// the result, which begins with `MetadataLengths`, or of the file with metadata; in the
+    /// the result, which begins with `MetadataLengths`, or of the file that was written; in the
     /// greeting, the confinements that the kernel refused.
     std::uint64_t count = 0;
 };

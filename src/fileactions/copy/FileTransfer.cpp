@@ -4,6 +4,8 @@
 #include "fileactions/copy/SamePlace.h"
 #include "platform/files/PathNames.h"
 
+#include <QFile>
+
 using platform::FileSystem;
 using platform::folderOfPath;
 using platform::nameOfPath;
@@ -57,39 +59,54 @@ TransferResult FileTransfer::run(const TransferPlan& plan, const std::stop_token
             !_environment.files.look(step.file.source, entry))
             _progress.totalBytes += entry.size;
     }
-    for (const auto& step : plan.steps) {
+    auto step = plan.steps.begin();
+    for (; step != plan.steps.end(); ++step) {
         _result.isCancelled = stop.stop_requested();
         if (_result.isCancelled) break;
-        const Next next = step.folder.isEmpty() ? transferFile(step.file) : makeFolder(step.folder);
+        const Next next =
+            step->folder.isEmpty() ? transferFile(step->file) : makeFolder(step->folder);
         if (next == Next::Stop) break;
     }
+    for (; step != plan.steps.end(); ++step)
+        if (step->folder.isEmpty()) _result.left.push_back(step->file.source);
     _environment.rows.settle();
     return std::move(_result);
 }
 
-QByteArray FileTransfer::realFolder(const QByteArray& folder) const {
-    return _madeFolders.value(folder, folder);
+QByteArray FileTransfer::spelled(const QByteArray& path) const {
+    const QString text = QFile::decodeName(path);
+    // Of a name in another encoding only the bytes are known.
+    if (QFile::encodeName(text) != path) return path;
+    return QFile::encodeName(platform::spelledAsOnDisk(text, _environment.names));
+}
+
+QByteArray FileTransfer::realFolder(const QByteArray& folder) {
+    auto known = _realFolders.find(folder);
+    if (known == _realFolders.end()) known = _realFolders.insert(folder, spelled(folder));
+    return *known;
 }
 
 FileTransfer::Next FileTransfer::makeFolder(const QByteArray& folder) {
     FileSystem& files = _environment.files;
-    const QByteArray above = realFolder(folderOfPath(folder));
     if (_failedFolders.contains(folderOfPath(folder))) {
         _failedFolders.insert(folder);
         return Next::File;
     }
     std::error_code error;
+    const QByteArray above = realFolder(folderOfPath(folder));
     const QByteArray name = nameOfPath(folder);
     for (const QByteArray& tried : {name, portableFolderName(name)}) {
-        const QByteArray path = pathInFolder(above, tried);
+        QByteArray path = pathInFolder(above, tried);
         error = files.makeFolder(path, ordinaryFolder);
+        if (!error) _result.folders.push_back(path);
         if (error == std::errc::file_exists) {
+            path = spelled(path);
             // Also a link to one will do.
             FileSystem::Entry inside;
             error = files.look(path + "/.", inside);
         }
         if (!error) {
-            _madeFolders.insert(folder, path);
+            _realFolders.insert(folder, path);
             return Next::File;
         }
         if (error != std::errc::invalid_argument && error != std::errc::illegal_byte_sequence)
@@ -156,16 +173,27 @@ FileTransfer::Next FileTransfer::transferMade(const File& file, const QByteArray
     const bool isSame = isOwnPlace(file.source, destination);
     std::error_code error = ownPlace;
     if (isSame && file.replaces) return fail({file.source, destination, error});
+    bool replaces = file.replaces;
+    FileSystem::Entry entry;
+    // Asked first: what is not wanted need not be made.
+    if (!isSame && !replaces && !_environment.files.look(destination, entry)) {
+        const auto answer = answerToConflict(file, destination);
+        if (answer != FilePrompts::Answer::Replace)
+            return answer == FilePrompts::Answer::Skip ? Next::File : Next::Stop;
+        replaces = true;
+    }
     File made = file;
     made.make = {};
     made.content.emplace();
     error = file.make(_stop, *made.content);
     if (error == std::errc::operation_canceled) return fail({file.source, destination, error});
     if (error) return leaveOut({.path = file.source, .destination = destination, .error = error});
+    if (replaces && !file.replaces) return replace(made, destination);
     if (isSame) {
         error = duplicate(made, realFolder(file.folder));
     } else {
-        error = perform(made, destination, file.replaces ? IfTaken::Replace : IfTaken::Refuse);
+        error = perform(made, destination, replaces ? IfTaken::Replace : IfTaken::Refuse);
+        // It has come to be meanwhile.
         if (error == std::errc::file_exists) return resolveConflict(made, destination);
     }
     return error ? fail({.path = file.source, .destination = destination, .error = error})
@@ -179,7 +207,8 @@ FileTransfer::Next FileTransfer::leaveOut(const FileFailure& failure) {
     return _environment.prompts.askSkip(failure) ? Next::File : Next::Stop;
 }
 
-FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteArray& destination) {
+FilePrompts::Answer
+FileTransfer::answerToConflict(const File& file, const QByteArray& destination) {
     using Answer = FilePrompts::Answer;
     // An answer for all is about files that were there before. What was moved here just now may be
     // the only one of its kind.
@@ -196,12 +225,16 @@ FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteAr
         if (given.applyToAll && answer != Answer::Stop) _forAll = answer;
         if (given.applyToAll) _isForOwn = isOwn;
     }
-    switch (answer) {
-    case Answer::Replace:
+    return answer;
+}
+
+FileTransfer::Next FileTransfer::resolveConflict(const File& file, const QByteArray& destination) {
+    switch (answerToConflict(file, destination)) {
+    case FilePrompts::Answer::Replace:
         return replace(file, destination);
-    case Answer::Skip:
+    case FilePrompts::Answer::Skip:
         return Next::File;
-    case Answer::Stop:
+    case FilePrompts::Answer::Stop:
         break;
     }
     return Next::Stop;
@@ -236,9 +269,11 @@ FileTransfer::Next FileTransfer::fail(const FileFailure& failure) {
     return Next::Stop;
 }
 
-std::error_code
-FileTransfer::perform(const File& file, const QByteArray& destination, IfTaken ifTaken) {
+std::error_code FileTransfer::perform(const File& file, const QByteArray& wanted, IfTaken ifTaken) {
     const bool isReplacement = ifTaken == IfTaken::Replace;
+    // Where the disk takes "IMG.JPG" for "img.jpg", that is what it is called from now on, too: so
+    // the catalogue has one file there, as the disk has.
+    const QByteArray destination = isReplacement ? spelled(wanted) : wanted;
     const bool isMove = _kind == Kind::Move && !file.content;
     _changesRows = isReplacement || isMove;
     std::error_code error;

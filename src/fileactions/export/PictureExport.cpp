@@ -134,6 +134,11 @@ PictureExport::tryToMake(const QString& path, double angle, const std::stop_toke
         [&stop](QByteArray& file, const codec::MetadataBlocks& blocks, const QByteArray& profile) {
             return codec::frameReader()->embedMetadata(file, blocks, profile, stop);
         };
+    const auto apart = [](const QImage& pixels, const QByteArray& profile,
+                          const codec::MetadataBlocks& blocks,
+                          const codec::EncodeSettings& settings) {
+        return codec::frameReader()->encode(pixels, profile, blocks, settings);
+    };
     codec::EncodedPicture encoded = codec::encodePicture(
         image, profileOf(read.frame, properties), metadata,
         {.type = _settings.type,
@@ -141,7 +146,7 @@ PictureExport::tryToMake(const QString& path, double angle, const std::stop_toke
          .tiffCompression = _settings.tiffCompression,
          .threads = _threads,
          .stop = stop},
-        embed);
+        embed, apart);
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
     if (encoded.bytes.isEmpty()) return failed(std::errc::not_supported);
     return {

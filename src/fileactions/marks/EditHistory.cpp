@@ -4,7 +4,6 @@
 #include "platform/program/LocalizedTexts.h"
 
 #include <QLocale>
-#include <QUndoCommand>
 
 using platform::briefText;
 using platform::localizedFormat;
@@ -12,64 +11,31 @@ using platform::localizedString;
 
 namespace fileactions {
 
-/// One place of the history. It is carried out before the stack is told.
-class EditHistory::Command final : public QUndoCommand {
-public:
-    Command(const QString& text, Step step)
-        : QUndoCommand(text), _step(std::make_unique<Step>(std::move(step))) {}
-    [[nodiscard]] Step* step() const { return _step.get(); }
-    // The stack drops what is obsolete.
-    void undo() override { setObsolete(_step->isVoid); }
-    void redo() override { setObsolete(_step->isVoid); }
-
-private:
-    const std::unique_ptr<Step> _step;
-};
-
-EditHistory::Step* EditHistory::step(int index) const {
-    const auto* command = dynamic_cast<const Command*>(_stack.command(index));
-    return command ? command->step() : nullptr;
+void EditHistory::push(Step step) {
+    _steps.resize(_done);
+    _steps.push_back(std::move(step));
+    if (_steps.size() > mostSteps) _steps.pop_front();
+    _done = _steps.size();
 }
 
-void EditHistory::push(const QString& text, EditResult::Kind kind, StoredWay back) {
-    // The stack owns it.
-    _stack.push(
-        std::make_unique<Command>(text, Step{.kind = kind, .way = std::move(back)}).release());
+void EditHistory::drop(std::size_t index) {
+    _steps.erase(_steps.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
-void EditHistory::push(const QString& text, OtherWay back) {
-    Step step{.kind = {}, .way = {}, .other = std::move(back)};
-    _stack.push(std::make_unique<Command>(text, std::move(step)).release());
+void EditHistory::split(std::size_t index, OtherWay undo, OtherWay redo) {
+    Step done = _steps[index];
+    done.other = std::move(undo);
+    _steps[index].other = std::move(redo);
+    _steps.insert(_steps.begin() + static_cast<std::ptrdiff_t>(index), std::move(done));
+    _done = index + 1;
 }
 
-void EditHistory::undone(OtherWay way) {
-    step(_stack.index() - 1)->other = std::move(way);
-    _stack.undo();
+void EditHistory::undonePartly(OtherWay way, OtherWay rest) {
+    split(_done - 1, std::move(rest), std::move(way));
 }
 
-void EditHistory::redone(OtherWay way) {
-    step(_stack.index())->other = std::move(way);
-    _stack.redo();
-}
-
-void EditHistory::dropUndo() {
-    step(_stack.index() - 1)->isVoid = true;
-    _stack.undo();
-}
-
-void EditHistory::dropRedo() {
-    step(_stack.index())->isVoid = true;
-    _stack.redo();
-}
-
-void EditHistory::undone(StoredWay way) {
-    step(_stack.index() - 1)->way = std::move(way);
-    _stack.undo();
-}
-
-void EditHistory::redone(StoredWay way) {
-    step(_stack.index())->way = std::move(way);
-    _stack.redo();
+void EditHistory::redonePartly(OtherWay way, OtherWay rest) {
+    split(_done, std::move(way), std::move(rest));
 }
 
 QString nameOfEdit(const PhotographEdit& edit, qint64 changedCount) {

@@ -3,9 +3,12 @@
 #include "fileactions/marks/EditRunner.h"
 #include "fileactions/marks/PhotographEditStoring.h"
 
-#include <QUndoStack>
+#include <QString>
 
+#include <cstddef>
+#include <deque>
 #include <optional>
+#include <utility>
 
 namespace fileactions {
 
@@ -14,43 +17,46 @@ namespace fileactions {
 class EditHistory {
 public:
     /// The last ones are kept.
-    static constexpr int steps = 200;
-
-    EditHistory() { _stack.setUndoLimit(steps); }
-
-    /// An edit was stored; what could be repeated is forgotten.
-    void push(const QString& text, EditResult::Kind kind, StoredWay back);
-
-    /// The same of what was done elsewhere.
-    void push(const QString& text, OtherWay back);
+    static constexpr std::size_t mostSteps = 200;
 
     struct Step {
+        QString text;
         EditResult::Kind kind{};
-        StoredWay way;
+        StoredWay way = {};
         /// Is what counts of a step that is done elsewhere.
         std::optional<OtherWay> other = std::nullopt;
-        bool isVoid = false;
     };
-    /// nullptr: there is none. Valid until the history changes.
-    [[nodiscard]] const Step* undoStep() const { return step(_stack.index() - 1); }
-    [[nodiscard]] const Step* redoStep() const { return step(_stack.index()); }
-    /// The step was stored; `way` leads where it came from.
-    void undone(StoredWay way);
-    void redone(StoredWay way);
-    void undone(OtherWay way);
-    void redone(OtherWay way);
-    /// The step leads nowhere any more, and goes.
-    void dropUndo();
-    void dropRedo();
+    /// An edit was stored, and this takes it back; what could be repeated is forgotten.
+    void push(Step step);
 
-    [[nodiscard]] QString undoText() const { return _stack.undoText(); }
-    [[nodiscard]] QString redoText() const { return _stack.redoText(); }
+    /// nullptr: there is none. Valid until the history changes.
+    [[nodiscard]] const Step* undoStep() const { return _done > 0 ? &_steps[_done - 1] : nullptr; }
+    [[nodiscard]] const Step* redoStep() const {
+        return _done < _steps.size() ? &_steps[_done] : nullptr;
+    }
+    /// The step was stored; `way` leads where it came from.
+    void undone(StoredWay way) { _steps[--_done].way = std::move(way); }
+    void redone(StoredWay way) { _steps[_done++].way = std::move(way); }
+    void undone(OtherWay way) { _steps[--_done].other = std::move(way); }
+    void redone(OtherWay way) { _steps[_done++].other = std::move(way); }
+    /// Only a part of it was done: that has a step of its own from now on, and the rest stays where
+    /// the step was.
+    void undonePartly(OtherWay way, OtherWay rest);
+    void redonePartly(OtherWay way, OtherWay rest);
+    /// The step leads nowhere any more, and goes.
+    void dropUndo() { drop(--_done); }
+    void dropRedo() { drop(_done); }
+
+    [[nodiscard]] QString undoText() const { return textOf(undoStep()); }
+    [[nodiscard]] QString redoText() const { return textOf(redoStep()); }
 
 private:
-    class Command;
-    [[nodiscard]] Step* step(int index) const;
+    [[nodiscard]] static QString textOf(const Step* step) { return step ? step->text : QString(); }
+    void drop(std::size_t index);
+    void split(std::size_t index, OtherWay undo, OtherWay redo);
 
-    QUndoStack _stack;
+    std::deque<Step> _steps;
+    std::size_t _done = 0; ///< those before are undone next, from there on they are repeated
 };
 
 /// "Rating of 12 Photographs".

@@ -7,8 +7,6 @@
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 
-#include <chrono>
-
 using platform::MainLoop;
 
 namespace fileactions {
@@ -16,9 +14,6 @@ namespace fileactions {
 namespace {
 
 using Kind = EditResult::Kind;
-
-/// A scan that removes many photographs has the catalogue for as long.
-constexpr std::chrono::seconds longestWait(5);
 
 unsigned fieldsOf(Kind kind) {
     switch (kind) {
@@ -67,11 +62,12 @@ void EditQueue::readAgain(std::vector<qint64> fileIds) {
     add({.kind = Job::Read, .fileIds = std::move(fileIds)});
 }
 
-QString EditQueue::storeNow(MarksEdit edit) {
-    _importFailure.clear();
-    add({.kind = Job::Import, .marks = std::move(edit)});
-    drain();
-    return _importFailure;
+void EditQueue::store(Store store, qint64 photographs, Stored done) {
+    add(
+        {.kind = Job::Import,
+         .store = std::move(store),
+         .storeCount = photographs,
+         .stored = std::move(done)});
 }
 
 void EditQueue::finish() {
@@ -91,9 +87,9 @@ void EditQueue::finish() {
     _both.reset();
 }
 
-qint64 EditQueue::photographsOf(const Work& work) {
+qint64 EditQueue::photographsOf(const Job& job, const Work& work) {
     if (const auto* edit = std::get_if<PhotographEdit>(&work)) return std::ssize(edit->fileIds);
-    qint64 count = 0;
+    qint64 count = job.storeCount;
     if (const auto* marks = std::get_if<MarksEdit>(&work))
         for (const MarksEdit::OfPhotographs& part : marks->photographs)
             count += std::ssize(part.fileIds);
@@ -133,9 +129,9 @@ std::optional<EditQueue::Work> EditQueue::workOf(const Job& job) const {
     case Job::Read:
         return job.fileIds;
     case Job::Import:
-        return job.marks;
-    case Job::Count:
-        return CountTags{};
+        return job.store;
+    case Job::Look:
+        return job.look;
     case Job::Other:
         break; // never comes so far
     }
@@ -151,7 +147,7 @@ void EditQueue::beginNext() {
             continue;
         }
         _isRunning = true;
-        _runningCount = photographsOf(*work);
+        _runningCount = photographsOf(_jobs.front(), *work);
         if (!_jobs.front().isLook()) Q_EMIT didBegin();
         _queue.addOperation([this, alive = std::weak_ptr(_alive), work = std::move(*work)] {
             Outcome outcome = perform(work);
@@ -169,8 +165,17 @@ void EditQueue::beginNext() {
     if (isIdle() && !_isFinishing) Q_EMIT didEnd();
 }
 
+void EditQueue::look(Look look, std::function<void()> done) {
+    add({.kind = Job::Look, .look = std::move(look), .looked = std::move(done)});
+}
+
 void EditQueue::countTags(Counted done) {
-    add({.kind = Job::Count, .counted = std::move(done)});
+    const auto counts = std::make_shared<std::optional<std::vector<marks::TagRows::Count>>>();
+    look(
+        [counts](FMDatabase* both) {
+            if (both) *counts = marks::TagRows::counts(*both);
+        },
+        [counts, done = std::move(done)] { done(std::move(*counts)); });
 }
 
 void EditQueue::didOther(const QString& text, OtherWay back) {
@@ -180,7 +185,7 @@ void EditQueue::didOther(const QString& text, OtherWay back) {
 bool EditQueue::beginOther() {
     Job& job = _jobs.front();
     if (job.kind == Job::Other) {
-        _history.push(job.text, std::move(job.way));
+        _history.push({.text = job.text, .other = std::move(job.way)});
         _jobs.pop_front();
         return true;
     }
@@ -190,22 +195,30 @@ bool EditQueue::beginOther() {
     if (!step || !step->other) return false;
     _isRunning = _isOtherRunning = true;
     const OtherWay way = *step->other;
-    way.perform([this, isUndo, alive = std::weak_ptr(_alive)](OtherWay::End end, OtherWay back) {
+    way.perform([this, isUndo,
+                 alive = std::weak_ptr(_alive)](OtherWay::End end, OtherWay back, OtherWay rest) {
         // Nor after `finish`, which did not wait for it.
         const auto isAlive = alive.lock();
         if (!isAlive || !*isAlive) return;
         _isRunning = _isOtherRunning = false;
         _jobs.pop_front();
-        endOther(isUndo, end, std::move(back));
+        endOther(isUndo, end, std::move(back), std::move(rest));
         beginNext();
     });
     return true;
 }
 
-void EditQueue::endOther(bool isUndo, OtherWay::End end, OtherWay back) {
+void EditQueue::endOther(bool isUndo, OtherWay::End end, OtherWay back, OtherWay rest) {
     switch (end) {
     case OtherWay::End::Done:
         return isUndo ? _history.undone(std::move(back)) : _history.redone(std::move(back));
+    case OtherWay::End::Partly:
+        if (isUndo) {
+            _history.undonePartly(std::move(back), std::move(rest));
+        } else {
+            _history.redonePartly(std::move(back), std::move(rest));
+        }
+        break;
     case OtherWay::End::Void:
         return isUndo ? _history.dropUndo() : _history.dropRedo();
     case OtherWay::End::StillToDo:
@@ -239,21 +252,16 @@ void EditQueue::drain() {
 }
 
 void EditQueue::complete(const Job& job, Outcome outcome) {
-    if (job.kind == Job::Count) {
-        if (_isFinishing) return;
-        auto* counts = std::get_if<Counts>(&outcome);
-        return job.counted(counts ? std::move(*counts) : std::nullopt);
+    if (job.kind == Job::Look) {
+        if (!_isFinishing) job.looked();
+        return;
     }
     if (const auto* reason = std::get_if<QString>(&outcome)) return fail(job, *reason);
     auto& stored = std::get<StoredEdit>(outcome);
     if (stored.hasChanged) _environment.ledgerDidChange();
     if (job.kind == Job::Read || job.kind == Job::Import) {
-        if (_isFinishing) return;
-        _environment.show(stored.shown, ShownAll);
-        std::vector<qint64> fileIds;
-        for (const marks::ShownRow& row : stored.shown)
-            fileIds.push_back(row.fileId);
-        Q_EMIT didReadAgain(fileIds);
+        if (!_isFinishing) showAgain(stored);
+        if (job.stored) job.stored({});
         return;
     }
     EditResult result = resultOf(job, stored);
@@ -264,6 +272,14 @@ void EditQueue::complete(const Job& job, Outcome outcome) {
     remember(job, stored);
     Q_EMIT didEdit(result);
     if (job.done) job.done(result);
+}
+
+void EditQueue::showAgain(const StoredEdit& stored) {
+    _environment.show(stored.shown, ShownAll);
+    std::vector<qint64> fileIds;
+    for (const marks::ShownRow& row : stored.shown)
+        fileIds.push_back(row.fileId);
+    Q_EMIT didReadAgain(fileIds);
 }
 
 EditResult EditQueue::resultOf(const Job& job, const StoredEdit& stored) const {
@@ -290,18 +306,18 @@ void EditQueue::remember(const Job& job, StoredEdit& stored) {
         _history.redone(std::move(stored.inverse));
     } else if (stored.hasChanged) {
         _history.push(
-            nameOfEdit(job.edit, std::ssize(stored.shown)), kindOf(job.edit.change),
-            std::move(stored.inverse));
+            {.text = nameOfEdit(job.edit, std::ssize(stored.shown)),
+             .kind = kindOf(job.edit.change),
+             .way = std::move(stored.inverse)});
     }
 }
 
 void EditQueue::fail(const Job& job, const QString& reason) {
-    if (job.kind == Job::Read) return;
-    if (job.kind == Job::Import) {
-        _importFailure = reason;
-        if (!_isFinishing) Q_EMIT didReadAgain({}); // what had begun is over
+    if (job.kind == Job::Read) {
+        if (!_isFinishing) Q_EMIT didNotReadAgain(reason);
         return;
     }
+    if (job.kind == Job::Import) return job.stored(reason);
     if (job.kind == Job::Edit) dropUndoOfFailed();
     EditResult result = resultOf(job, {});
     result.isStored = false;
@@ -323,8 +339,11 @@ void EditQueue::dropUndoOfFailed() {
 EditQueue::Outcome EditQueue::perform(const Work& work) {
     if (!_both) {
         _both = _environment.connect();
-        if (!_both) return QStringLiteral("the ledger of marks can't be opened");
-        _both->setLongestWait(longestWait);
+        if (!_both) {
+            if (const auto* look = std::get_if<Look>(&work)) (*look)(nullptr);
+            return QStringLiteral("the ledger of marks can't be opened");
+        }
+        _both->setLongestWait(_environment.longestWait);
         // A transaction that overflows the cache would keep others from reading until its end.
         _both->executeUpdate(QStringLiteral("pragma cache_spill = off"));
     }
@@ -332,21 +351,21 @@ EditQueue::Outcome EditQueue::perform(const Work& work) {
 }
 
 EditQueue::Outcome EditQueue::performOn(FMDatabase& both, const Work& work) const {
-    if (const auto* edit = std::get_if<PhotographEdit>(&work)) {
-        const group::CatalogueFolderPaths folders(both, _environment.folderRoots);
-        auto outcome = storePhotographEdit(both, _environment.mountedRoots(), folders, *edit);
-        if (auto* reason = std::get_if<QString>(&outcome)) return std::move(*reason);
-        return std::move(std::get<StoredEdit>(outcome));
-    }
-    if (std::holds_alternative<CountTags>(work)) return marks::TagRows::counts(both);
+    if (const auto* edit = std::get_if<PhotographEdit>(&work)) return performEdit(both, *edit);
     StoredEdit stored;
+    if (const auto* look = std::get_if<Look>(&work)) {
+        (*look)(&both);
+        return stored;
+    }
     if (const auto* fileIds = std::get_if<std::vector<qint64>>(&work)) {
         auto rows = marks::shownRows(both, *fileIds);
         if (!rows) return both.lastErrorMessage();
         stored.shown = std::move(*rows);
         return stored;
     }
-    auto outcome = storeEdit(both, _environment.mountedRoots(), std::get<MarksEdit>(work));
+    const auto* store = std::get_if<Store>(&work);
+    auto outcome = store ? (*store)(both)
+                         : storeEdit(both, _environment.mountedRoots(), std::get<MarksEdit>(work));
     if (auto* reason = std::get_if<QString>(&outcome)) return std::move(*reason);
     auto& performed = std::get<PerformedEdit>(outcome);
     stored.shown = std::move(performed.shown);
@@ -354,6 +373,20 @@ EditQueue::Outcome EditQueue::performOn(FMDatabase& both, const Work& work) cons
     stored.hasChanged = !performed.inverse.isEmpty();
     stored.inverse = std::move(performed.inverse);
     return stored;
+}
+
+EditQueue::Outcome EditQueue::performEdit(FMDatabase& both, const PhotographEdit& edit) const {
+    const group::CatalogueFolderPaths folders(both, _environment.folderRoots);
+    std::variant<StoredEdit, QString> outcome;
+    const auto store = [&] {
+        outcome = storePhotographEdit(both, _environment.mountedRoots(), folders, edit);
+    };
+    if (std::holds_alternative<PhotographEdit::Rename>(edit.change)) {
+        _environment.whileRowsChange(store);
+    } else {
+        store();
+    }
+    return outcome;
 }
 
 } // namespace fileactions

@@ -5,6 +5,7 @@
 #include "platform/tasks/Mutex.h"
 #include "platform/tasks/OperationQueue.h"
 
+#include <chrono>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -35,6 +36,12 @@ public:
         std::function<void()> tagsDidChange;
         /// There are photographs whose files are to be looked at, and a change to be kept.
         std::function<void()> ledgerDidChange;
+        /// For another program's lock: a scan that removes many photographs has it for long.
+        std::chrono::milliseconds longestWait = std::chrono::seconds(5);
+        /// Runs what changes names of files and their rows, so that scans know of it. On the thread
+        /// of the edits.
+        std::function<void(const std::function<void()>& change)> whileRowsChange =
+            [](const auto& change) { change(); };
     };
 
     explicit EditQueue(Environment environment);
@@ -53,42 +60,53 @@ public:
 
     /// Has the items of these photographs made what the catalogue says.
     void readAgain(std::vector<qint64> fileIds);
-    /// Stores marks that come from elsewhere, behind all that is on its way, and waits for it;
-    /// answers why not, or nothing. Without history.
-    [[nodiscard]] QString storeNow(MarksEdit edit);
+    /// Reads both files behind all that is on its way: `look` is called on the thread of the edits,
+    /// with nullptr where they can't be opened, and `done` later; not at all if the program ends
+    /// before.
+    using Look = std::function<void(FMDatabase* both)>;
+    void look(Look look, std::function<void()> done);
+    /// Stores marks that come from elsewhere, behind all that is on its way, and without history.
+    /// `store` is called on the thread of the edits, `done` later with why not, or nothing; also
+    /// where the program ends before. About so many photographs are told to be on their way.
+    using Store = std::function<std::variant<PerformedEdit, QString>(FMDatabase& both)>;
+    using Stored = std::function<void(const QString& reason)>;
+    void store(Store store, qint64 photographs, Stored done);
     /// Stores what is left; nothing is shown any more.
     void finish();
     [[nodiscard]] bool isIdle() const { return !_isRunning && _jobs.empty(); }
 
 private:
     struct Job {
-        enum Kind { Edit, Undo, Redo, Read, Import, Other, Count };
+        enum Kind { Edit, Undo, Redo, Read, Import, Other, Look };
         Kind kind = Edit;
         PhotographEdit edit = {};
-        MarksEdit marks = {};
         std::vector<qint64> fileIds = {};
         Done done = {};
         QString text = {}; ///< of something else
         OtherWay way = {};
-        Counted counted = {};
+        EditQueue::Look look = {};
+        std::function<void()> looked = {};
+        Store store = {};
+        qint64 storeCount = 0;
+        Stored stored = {};
         /// Changes nothing.
-        [[nodiscard]] bool isLook() const { return kind == Read || kind == Count; }
+        [[nodiscard]] bool isLook() const { return kind == Read || kind == Look; }
     };
-    struct CountTags {};
-    using Counts = std::optional<std::vector<marks::TagRows::Count>>;
-    using Work = std::variant<PhotographEdit, MarksEdit, std::vector<qint64>, CountTags>;
-    using Outcome = std::variant<StoredEdit, QString, Counts>;
+    using Work = std::variant<PhotographEdit, MarksEdit, std::vector<qint64>, Look, Store>;
+    using Outcome = std::variant<StoredEdit, QString>;
 
     void add(Job job);
     void beginNext();
-    [[nodiscard]] static qint64 photographsOf(const Work& work);
+    [[nodiscard]] static qint64 photographsOf(const Job& job, const Work& work);
     [[nodiscard]] std::optional<Work> workOf(const Job& job) const;
     /// Takes the first job if it is of something that is done elsewhere; answers whether.
     [[nodiscard]] bool beginOther();
-    void endOther(bool isUndo, OtherWay::End end, OtherWay back);
+    void endOther(bool isUndo, OtherWay::End end, OtherWay back, OtherWay rest);
     void takeFinished();
     void drain();
     void complete(const Job& job, Outcome outcome);
+    /// The items get what was read of them, or what an import changed.
+    void showAgain(const StoredEdit& stored);
     /// Before the history moves.
     [[nodiscard]] EditResult resultOf(const Job& job, const StoredEdit& stored) const;
     void remember(const Job& job, StoredEdit& stored);
@@ -99,6 +117,7 @@ private:
     // On the thread of the edits.
     [[nodiscard]] Outcome perform(const Work& work);
     [[nodiscard]] Outcome performOn(FMDatabase& both, const Work& work) const;
+    [[nodiscard]] Outcome performEdit(FMDatabase& both, const PhotographEdit& edit) const;
 
     const Environment _environment;
     EditHistory _history;
@@ -107,7 +126,6 @@ private:
     qint64 _runningCount = 0;     ///< photographs of the job that runs
     bool _isOtherRunning = false; ///< what runs is done elsewhere: nobody can wait for it
     bool _isFinishing = false;
-    QString _importFailure;
     platform::Mutex _mutex;
     std::optional<Outcome> _finished VELMORA_GUARDED_BY(_mutex);
     std::unique_ptr<FMDatabase> _both; // of the thread of the edits, while one runs

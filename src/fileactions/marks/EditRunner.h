@@ -16,10 +16,11 @@ namespace fileactions {
 struct OtherWay {
     enum class End {
         Done,      ///< `back` leads back from there
+        Partly,    ///< the same, and `rest` does what is still to do
         StillToDo, ///< it failed or was cancelled, and can be tried again
         Void,      ///< there is nothing to do any more
     };
-    using Ended = std::function<void(End end, OtherWay back)>;
+    using Ended = std::function<void(End end, OtherWay back, OtherWay rest)>;
     std::function<void(Ended done)> perform;
 };
 
@@ -64,6 +65,9 @@ Q_SIGNALS:
     void didEdit(const fileactions::EditResult& result);
     /// Photographs got other marks from elsewhere: from an import, or since they were found again.
     void didReadAgain(const std::vector<qint64>& fileIds);
+    /// Photographs have other marks, which could not be read: they are shown with their former
+    /// ones.
+    void didNotReadAgain(const QString& reason);
     /// One that could not be stored.
     void didFail(const fileactions::EditResult& result);
     /// None is on its way any more, whatever has become of them.

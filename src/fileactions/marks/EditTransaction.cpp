@@ -11,30 +11,9 @@
 
 namespace fileactions {
 
-namespace {
-
 using marks::LedgerRow;
 using marks::MarksChange;
 using marks::MarksLedger;
-
-/// The same for changes that are equal, and for those only.
-QString keyOf(const MarksChange& change) {
-    constexpr QChar end(1);
-    QString key;
-    key += (change.stars ? QString::number(*change.stars) : QString()) + end;
-    key += (change.flag ? QString::number(static_cast<int>(*change.flag)) : QString()) + end;
-    if (change.rotation)
-        key += *change.rotation ? QString::number(**change.rotation) : QStringLiteral("file");
-    key += end;
-    if (change.tags)
-        for (const QString& tag : *change.tags)
-            key += QString::number(tag.size()) + u':' + tag;
-    else
-        key += end;
-    return key;
-}
-
-} // namespace
 
 EditTransaction::EditTransaction(FMDatabase& both, const marks::RootPaths& mountedRoots)
     : _both(both), _roots(mountedRoots), _transaction(both, FMDatabase::Others::Read),
@@ -50,9 +29,14 @@ bool EditTransaction::finish() {
 }
 
 bool EditTransaction::noteShown() {
-    auto shown = marks::shownRows(_both, _performed.fileIds);
-    if (!shown) return false;
-    _performed.shown = std::move(*shown);
+    // One that was changed twice is there twice.
+    std::vector<qint64> sorted = _performed.fileIds;
+    std::ranges::sort(sorted);
+    if (!_isShownKnown || std::ranges::adjacent_find(sorted) != sorted.end()) {
+        auto shown = marks::shownRows(_both, _performed.fileIds);
+        if (!shown) return false;
+        _performed.shown = std::move(*shown);
+    }
     std::unordered_map<qint64, qint64> ledgerIds;
     for (const marks::ShownRow& row : _performed.shown)
         ledgerIds.emplace(row.fileId, row.ledgerId);
@@ -110,8 +94,40 @@ EditTransaction::held(const std::vector<qint64>& fileIds) {
 bool EditTransaction::store(const MarksEdit::OfPhotographs& part) {
     const auto fileIds = present(part);
     if (!fileIds) return false;
+    if (!part.change.tags && !part.change.rotation) return storeStarsAndFlag(*fileIds, part.change);
     const auto before = held(*fileIds);
     return before && storeHeld(*before, part.change);
+}
+
+bool EditTransaction::storeStarsAndFlag(
+    const std::vector<qint64>& fileIds, const MarksChange& change) {
+    auto rows = _isBound ? marks::shownRows(_both, fileIds) : std::nullopt;
+    if (!rows) return false;
+    _performed.missingCount += std::ssize(fileIds) - std::ssize(*rows);
+    std::vector<qint64> changed;
+    std::vector<qint64> first; // time that they are marked
+    for (marks::ShownRow& row : *rows) {
+        const marks::Marks before{.stars = row.stars, .flag = row.flag, .tags = {}, .rotation = {}};
+        const marks::Marks after = change.appliedTo(before);
+        if (after == before) continue;
+        changed.push_back(row.fileId);
+        if (row.ledgerId == 0) first.push_back(row.fileId);
+        addInverse(row.fileId, change.inverse(before));
+        row.stars = after.stars;
+        row.flag = after.flag;
+        _performed.shown.push_back(std::move(row));
+    }
+    _performed.fileIds.insert(_performed.fileIds.end(), changed.begin(), changed.end());
+    _isShownKnown = _isShownKnown && first.empty();
+    return _ledger.changeCatalogue(changed, change) &&
+           (first.empty() || _ledger.takeFromCatalogue(first, _roots)) &&
+           (changed.empty() || _ledger.takeChange(changed, change));
+}
+
+/// What is shown of them is read at the end.
+void EditTransaction::noteChanged(const std::vector<qint64>& fileIds) {
+    _performed.fileIds.insert(_performed.fileIds.end(), fileIds.begin(), fileIds.end());
+    _isShownKnown = _isShownKnown && fileIds.empty();
 }
 
 bool EditTransaction::storeHeld(
@@ -122,7 +138,7 @@ bool EditTransaction::storeHeld(
         changed.push_back(one.fileId);
         addInverse(one.fileId, change.inverse(one.marks));
     }
-    _performed.fileIds.insert(_performed.fileIds.end(), changed.begin(), changed.end());
+    noteChanged(changed);
     return _ledger.changeCatalogue(changed, change) &&
            (changed.empty() || _ledger.takeFromCatalogue(changed, _roots));
 }
@@ -137,7 +153,7 @@ bool EditTransaction::turn(const std::vector<qint64>& fileIds, int degrees) {
         turned.push_back(one.fileId);
         addInverse(one.fileId, rotation.inverse(one.marks));
     }
-    _performed.fileIds.insert(_performed.fileIds.end(), turned.begin(), turned.end());
+    noteChanged(turned);
     return turned.empty() ||
            (_ledger.turnInCatalogue(turned, degrees) && _ledger.takeFromCatalogue(turned, _roots));
 }
@@ -218,7 +234,7 @@ bool EditTransaction::setTagsOfLedgerRow(
 }
 
 bool EditTransaction::takeTexts(const std::vector<qint64>& fileIds) {
-    _performed.fileIds.insert(_performed.fileIds.end(), fileIds.begin(), fileIds.end());
+    noteChanged(fileIds);
     return fileIds.empty() || _ledger.takeFromCatalogue(fileIds, _roots);
 }
 

@@ -34,6 +34,10 @@ public:
     [[nodiscard]] QString reason() const;
 
 private:
+    /// The marks are those of the rows on show: one look at them tells what was and what is shown.
+    [[nodiscard]] bool
+    storeStarsAndFlag(const std::vector<qint64>& fileIds, const marks::MarksChange& change);
+    void noteChanged(const std::vector<qint64>& fileIds);
     bool
     storeHeld(const std::vector<marks::MarksLedger::Held>& held, const marks::MarksChange& change);
     bool storePaths(const std::vector<MarksEdit::OfPath>& paths);
@@ -51,6 +55,8 @@ private:
     const bool _isBound;
     PerformedEdit _performed;
     QHash<QString, std::size_t> _inverseParts;
+    /// `_performed.shown` has all of them as they are.
+    bool _isShownKnown = true;
 };
 
 } // namespace fileactions

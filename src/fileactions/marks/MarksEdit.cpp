@@ -4,6 +4,22 @@
 
 namespace fileactions {
 
+QString keyOf(const marks::MarksChange& change) {
+    constexpr QChar end(1);
+    QString key;
+    key += (change.stars ? QString::number(*change.stars) : QString()) + end;
+    key += (change.flag ? QString::number(static_cast<int>(*change.flag)) : QString()) + end;
+    if (change.rotation)
+        key += *change.rotation ? QString::number(**change.rotation) : QStringLiteral("file");
+    key += end;
+    if (change.tags)
+        for (const QString& tag : *change.tags)
+            key += QString::number(tag.size()) + u':' + tag;
+    else
+        key += end;
+    return key;
+}
+
 MarksEdit MarksEdit::ofPhotographs(std::vector<qint64> fileIds, const marks::MarksChange& change) {
     return {
         .photographs = {{.fileIds = std::move(fileIds), .change = change, .ledgerIds = {}}},

@@ -47,6 +47,9 @@ struct MarksEdit {
     }
 };
 
+/// The same for changes that are equal, and for those only.
+[[nodiscard]] QString keyOf(const marks::MarksChange& change);
+
 /// An edit that is in both files.
 struct PerformedEdit {
     /// Those whose marks are others now; the rest had them already.

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -160,15 +161,16 @@ planImport(const QByteArray& lines, const std::function<qint64(const QByteArray&
                 QStringLiteral("line %1 is no photograph with marks; it is left out").arg(number));
         }
     }
+    auto& parts = plan.edit.photographs;
+    QHash<QString, std::size_t> partOfChange;
     for (const auto& [path, change] : changes) {
         if (const qint64 fileId = fileIdOf(path); fileId != 0) {
-            auto& parts = plan.edit.photographs;
-            const auto same = std::ranges::find(parts, change, &MarksEdit::OfPhotographs::change);
-            if (same == parts.end()) {
-                parts.push_back({{fileId}, change});
-            } else {
-                same->fileIds.push_back(fileId);
+            const QString key = keyOf(change);
+            if (!partOfChange.contains(key)) {
+                partOfChange.insert(key, parts.size());
+                parts.push_back({.fileIds = {}, .change = change});
             }
+            parts[partOfChange.value(key)].fileIds.push_back(fileId);
         } else {
             plan.told.append(QStringLiteral("%1 is not in the catalogue; its marks wait for it")
                                  .arg(shown(path)));

@@ -211,7 +211,14 @@ std::variant<StoredEdit, QString> storeRename(
     stored.hasChanged = true;
     stored.inverse = PhotographEdit{
         .fileIds = edit.fileIds, .change = PhotographEdit::Rename{outcome.formerName}};
-    if (auto shown = marks::shownRows(both, edit.fileIds)) stored.shown = std::move(*shown);
+    // Of all that is shown the name alone is another.
+    stored.shown = {
+        {.fileId = edit.fileIds.front(),
+         .stars = {},
+         .flag = {},
+         .rotateAngle = {},
+         .fileName = name,
+         .ledgerId = {}}};
     return stored;
 }
 

@@ -4,7 +4,7 @@
 #include "group/ItemLookup.h"
 #include "group/ItemOrder.h"
 #include "platform/tasks/MainThread.h"
-#include "scan/EditedPhotographsOperation.h"
+#include "scan/PBUpdateFileItemOperation.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -46,7 +46,7 @@ bool ShownPhotographs::show(const std::vector<marks::ShownRow>& rows, unsigned f
     if (rows.empty() || !work) return false;
     std::unordered_map<qint64, const marks::ShownRow*> byId;
     std::unordered_set<qint64> wanted;
-    EditedPhotographsOperation::Edited edited;
+    PBUpdateFileItemOperation::Edited edited;
     for (const marks::ShownRow& row : rows) {
         byId.emplace(row.fileId, &row);
         wanted.insert(row.fileId);
@@ -67,7 +67,7 @@ bool ShownPhotographs::show(const std::vector<marks::ShownRow>& rows, unsigned f
     edited.areRenamed = fields == ShownName;
     edited.readAgain = _environment.readAgain;
     // Before the views look: a copy of the work tree as it was would bring them back.
-    _environment.factory.attach(std::make_shared<EditedPhotographsOperation>(
+    _environment.factory.attach(std::make_shared<PBUpdateFileItemOperation>(
         _environment.factory.makeDictionary(nullptr, {}, work, browsing), std::move(edited)));
     if (leaving.empty()) return false;
     _environment.source.removeItemsWithIds(std::move(leaving));

@@ -28,8 +28,13 @@ FileRemoval::moveToTrash(const std::vector<QByteArray>& paths, const std::stop_t
     std::vector<QByteArray> withoutTrash;
     _progress = {};
     _progress.total = std::ssize(paths);
-    for (const QByteArray& path : paths) {
-        if (!begin(result, path, stop)) return result;
+    for (auto next = paths.begin(); next != paths.end(); ++next) {
+        const QByteArray& path = *next;
+        if (!begin(result, path, stop)) {
+            result.left = std::move(withoutTrash);
+            result.left.insert(result.left.end(), next, paths.end());
+            return result;
+        }
         platform::TrashedFile trashed;
         const auto error = _trash.trash(path, trashed);
         if (error == std::errc::not_supported) {
@@ -56,8 +61,12 @@ void FileRemoval::deleteAll(
     const std::vector<QByteArray>& paths, RemovalResult& result, const std::stop_token& stop) {
     _progress = {};
     _progress.total = std::ssize(paths);
-    for (const QByteArray& path : paths) {
-        if (!begin(result, path, stop)) return;
+    for (auto next = paths.begin(); next != paths.end(); ++next) {
+        const QByteArray& path = *next;
+        if (!begin(result, path, stop)) {
+            result.left.assign(next, paths.end());
+            return;
+        }
         const auto error = _files.remove(path);
         if (error) {
             note(result, path, error);
@@ -73,7 +82,10 @@ RemovalResult FileRemoval::restore(
     _progress = {};
     _progress.total = std::ssize(trashed);
     for (const platform::TrashedFile& file : trashed) {
-        if (!begin(result, file.originalPath, stop)) return result;
+        if (result.isCancelled || !begin(result, file.originalPath, stop)) {
+            result.left.push_back(file.originalPath);
+            continue;
+        }
         const auto error = _trash.restore(file);
         if (!error) {
             result.trashed.push_back(file);

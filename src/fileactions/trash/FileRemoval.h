@@ -14,6 +14,7 @@ namespace fileactions {
 struct RemovalResult {
     std::vector<platform::TrashedFile> trashed;
     std::vector<QByteArray> deleted; ///< for good
+    std::vector<QByteArray> left;    ///< those that it did not come to, as it was cancelled
     bool isCancelled = false;
     /// The first that failed, and how many did.
     FileFailure failure;

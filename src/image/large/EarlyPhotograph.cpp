@@ -59,9 +59,11 @@ struct EarlyPhotograph::Work {
                std::abs(wanted.maxSize - request.maxSize) <= 1;
     }
 
-    // Last: they use what is above.
-    std::jthread decoding;
-    std::jthread reading;
+    /// The thread holds no share of the work any more.
+    const std::shared_ptr<std::atomic<bool>> hasEnded = std::make_shared<std::atomic<bool>>(false);
+
+    // Last: it uses what is above.
+    std::jthread thread;
 
     /// On the main thread, as soon as there is both.
     static void tell(const std::shared_ptr<Work>& work) {
@@ -91,7 +93,7 @@ EarlyPhotograph& EarlyPhotograph::shared() {
 EarlyPhotograph::EarlyPhotograph() = default;
 
 EarlyPhotograph::~EarlyPhotograph() {
-    forget();
+    finish();
 }
 
 std::shared_ptr<EarlyPhotograph::Work> EarlyPhotograph::workOn(const QString& path) const {
@@ -100,14 +102,23 @@ std::shared_ptr<EarlyPhotograph::Work> EarlyPhotograph::workOn(const QString& pa
 }
 
 void EarlyPhotograph::forget() {
-    std::shared_ptr<Work> work;
     const platform::Lock lock(_mutex);
-    work.swap(_work);
-    if (!work) return;
-    work->decoding.request_stop();
-    work->reading.request_stop();
-    for (std::jthread* thread : {&work->decoding, &work->reading})
-        if (thread->joinable()) thread->join();
+    // Their threads are at their end: nobody waits for them.
+    std::erase_if(_ending, [](const auto& work) { return work->hasEnded->load(); });
+    if (!_work) return;
+    _work->thread.request_stop();
+    _ending.push_back(std::exchange(_work, nullptr));
+}
+
+void EarlyPhotograph::finish() {
+    forget();
+    std::vector<std::shared_ptr<Work>> ending;
+    {
+        const platform::Lock lock(_mutex);
+        ending.swap(_ending);
+    }
+    for (const auto& work : ending)
+        if (work->thread.joinable()) work->thread.join();
 }
 
 void EarlyPhotograph::begin(const QString& path, const LargeImageScreen& screen) {
@@ -120,13 +131,15 @@ void EarlyPhotograph::begin(const QString& path, const LargeImageScreen& screen)
     work->request = std::move(request);
     const platform::Lock lock(_mutex);
     _work = work;
-    // Not with a share of their own: `forget` joins them before the work goes.
-    work->decoding = std::jthread([this, weak = std::weak_ptr(work)](const std::stop_token& stop) {
-        if (const auto mine = weak.lock()) decode(mine, stop);
-    });
-    work->reading = std::jthread([this, weak = std::weak_ptr(work)](const std::stop_token& stop) {
-        if (const auto mine = weak.lock()) read(mine, stop);
-    });
+    // The last share is never the thread's own: the work joins it.
+    work->thread = std::jthread(
+        [this, mine = work, hasEnded = work->hasEnded](const std::stop_token& stop) mutable {
+            // One after the other: a second decoder takes longer to come up than to be waited for.
+            read(mine, stop);
+            decode(mine, stop);
+            mine.reset();
+            *hasEnded = true;
+        });
 }
 
 void EarlyPhotograph::decode(const std::shared_ptr<Work>& work, const std::stop_token& stop) {

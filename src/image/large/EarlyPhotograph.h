@@ -13,11 +13,12 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <vector>
 
-/// The one photograph that was opened from outside: it is read and decoded on threads of its own,
+/// The one photograph that was opened from outside: it is read and decoded on a thread of its own,
 /// while window, catalogue and scan are made ready for it. The line of loads takes the picture from
 /// here in place of decoding it once more. One at a time; any thread, where nothing else is said.
-/// Files are read through `codec::frameReader`: whoever takes that away forgets first.
+/// Files are read through `codec::frameReader`: whoever takes that away finishes first.
 class EarlyPhotograph {
 public:
     /// What the file itself says.
@@ -51,8 +52,11 @@ public:
     [[nodiscard]] std::optional<codec::ReadResult> take(
         const QString& path, quint64 fileSize, double modificationDate,
         const codec::DecodeRequest& request, std::stop_token stop);
-    /// Nobody will ask for it.
+    /// Nobody will ask for it. What runs is stopped, and not waited for: it may stand in the kernel
+    /// for as long as a disk does not answer.
     void forget();
+    /// The same, and waits for all that runs.
+    void finish();
 
 private:
     struct Work;
@@ -64,4 +68,6 @@ private:
     PBImageImporterManager _importers;
     mutable platform::Mutex _mutex;
     std::shared_ptr<Work> _work VELMORA_GUARDED_BY(_mutex);
+    /// Forgotten, and perhaps not at their end yet.
+    std::vector<std::shared_ptr<Work>> _ending VELMORA_GUARDED_BY(_mutex);
 };

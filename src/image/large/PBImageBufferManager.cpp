@@ -94,6 +94,7 @@ void PBImageBufferManager::clearBuffer() {
         clearFitInImage(*held.item, side);
         clearUnFitInImages(*held.item, side);
     }
+    _environment.loadImageManager.returnFreeMemory();
 }
 
 void PBImageBufferManager::coloursDidChange() {

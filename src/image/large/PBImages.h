@@ -66,7 +66,6 @@ public:
     [[nodiscard]] std::size_t imageCount() const;
     /// Nothing at or past the end; without a picture while an animation waits for it.
     [[nodiscard]] PBImage pbImageAtIndex(std::size_t index) const;
-    [[nodiscard]] PBImage firstPBImage() const { return pbImageAtIndex(0); }
     [[nodiscard]] QImage imageAtIndex(std::size_t index) const {
         return pbImageAtIndex(index).image();
     }

@@ -2,6 +2,7 @@
 
 #include "group/PBImageFileItem.h"
 #include "image/large/ImageVersions.h"
+#include "platform/program/FreeMemory.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 
@@ -12,8 +13,12 @@ using platform::MainLoop;
 
 namespace {
 
-double pixelsOf(const QSizeF& size) {
-    return size.width() * size.height();
+LoadPace::Load loadOf(const PBLoadImageOperation& operation) {
+    const QSizeF size = operation.imageSize();
+    return {
+        .index = operation.index(),
+        .pixels = size.width() * size.height(),
+        .isOriginal = operation.scale() >= 1.0};
 }
 
 } // namespace
@@ -62,17 +67,17 @@ void PBLoadImageManager::addLoadImageOperation(Operation operation, bool atEnd) 
 }
 
 bool PBLoadImageManager::mayBegin(const Operation& operation) const {
-    return _pace.mayBegin(operation->index(), pixelsOf(operation->imageSize()));
+    return _pace.mayBegin(loadOf(*operation));
 }
 
 void PBLoadImageManager::giveWay() {
     if (_loadingArray.empty() || _waitingArray.empty()) return;
     const Operation& running = _loadingArray.front();
-    const Operation& head = _waitingArray.front();
-    if (running->_isUrgent || running->isCancelled()) return;
-    if (!head->_isUrgent || !mayBegin(head)) return;
+    if (running->_isUrgent || running->isCancelled() || !_waitingArray.front()->_isUrgent) return;
+    // While a key is held the user comes by what runs before long.
+    if (_pace.isHurried()) return;
     running->cancel();
-    const auto distance = [at = head->index()](const Operation& operation) {
+    const auto distance = [at = _waitingArray.front()->index()](const Operation& operation) {
         return std::abs(operation->index() - at);
     };
     const auto behind = std::ranges::find_if(_waitingArray, [&](const Operation& operation) {
@@ -137,10 +142,8 @@ void PBLoadImageManager::noteTime(const PBLoadImageOperation& operation) {
     using Kind = LoadedImages::Kind;
     const Kind kind = operation.images().kind;
     if (kind == Kind::Nothing) ++_figures.stopped;
-    if (operation.scale() >= 1.0) return;
-    const double pixels = pixelsOf(operation.imageSize());
-    if (kind == Kind::Images) _pace.didLoad(operation._loadTime, pixels);
-    if (kind == Kind::Nothing) _pace.didStop(operation._loadTime, pixels);
+    if (kind == Kind::Images) _pace.didLoad(operation._loadTime, loadOf(operation));
+    if (kind == Kind::Nothing) _pace.didStop(operation._loadTime, loadOf(operation));
 }
 
 void PBLoadImageManager::moveLoadImageOperaToHead(const PBLoadImageOperation& operation) {
@@ -152,14 +155,6 @@ void PBLoadImageManager::moveLoadImageOperaToHead(const PBLoadImageOperation& op
     (*found)->_isUrgent = true;
     std::rotate(_waitingArray.begin(), found, std::next(found));
     giveWay();
-}
-
-void PBLoadImageManager::moveLoadImageOperaToEnd(const PBLoadImageOperation& operation) {
-    platform::assertMainThread();
-    const auto found = std::ranges::find(_waitingArray, &operation, &Operation::get);
-    if (found == _waitingArray.end()) return;
-    (*found)->_isUrgent = false;
-    std::rotate(found, std::next(found), _waitingArray.end());
 }
 
 PBLoadImageManager::Found PBLoadImageManager::loadImageOperationOfContextObj(
@@ -189,7 +184,7 @@ void PBLoadImageManager::cancelAllOperationExceptContextObjs(
     _focusIndex = focusIndex;
     if (items.empty() || !items.front()) return;
     clearNotNowMarkers(*items.front());
-    if (focusIndex) _pace.didStep(*focusIndex, pixelsOf(items.front()->imageSize()));
+    if (focusIndex) _pace.didStep(*focusIndex);
 }
 
 void PBLoadImageManager::itemWasReplaced(
@@ -216,6 +211,18 @@ void PBLoadImageManager::steppingDidEnd() {
     _pace.didEndStepping();
     giveWay();
     tryFireOperation();
+}
+
+void PBLoadImageManager::returnFreeMemory() {
+    platform::assertMainThread();
+    MainLoop* loop = MainLoop::instance();
+    if (_isFinished || !loop) return;
+    // The last pictures go, and what comes next is painted first.
+    constexpr std::chrono::milliseconds soon(500);
+    constexpr const char* name = "memory";
+    loop->cancelPreviousPerformRequestsWithTarget(this, name);
+    loop->performAfterDelay(
+        this, name, soon, [this] { _releaseQueue->addOperation(&platform::returnFreeMemory); });
 }
 
 void PBLoadImageManager::finish() {

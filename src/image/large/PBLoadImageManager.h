@@ -45,8 +45,6 @@ public:
     void addLoadImageOperation(Operation operation, bool atEnd);
     /// Of an operation that waits. One that runs is known to be waited for from then on.
     void moveLoadImageOperaToHead(const PBLoadImageOperation& operation);
-    /// Of an operation that waits; nothing for others.
-    void moveLoadImageOperaToEnd(const PBLoadImageOperation& operation);
     struct Found {
         Operation operation; ///< nullptr: there is none
         bool isLoading = false;
@@ -69,6 +67,9 @@ public:
     itemWasReplaced(const PBImageFileItem& former, const std::shared_ptr<PBImageFileItem>& item);
     /// The key that stepped was let go: what is focused now is loaded without further waiting.
     void steppingDidEnd();
+    /// No pictures are shown any more: the memory that they, and what was made of them, have taken
+    /// goes back to the system, soon and not on the main thread.
+    void returnFreeMemory();
     /// Starts the first job that may begin, if none runs.
     void tryFireOperation();
 

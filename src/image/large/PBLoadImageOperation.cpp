@@ -21,13 +21,6 @@ constexpr double secondsPerMillisecond = 1e-3;
 PBLoadImageOperation::PBLoadImageOperation(Job job, PBImageImporterManager& importers)
     : _job(std::move(job)), _contextObj(_job.contextObj), _importers(importers) {}
 
-std::vector<PBLoadImageDelegate*> PBLoadImageOperation::delegates() const {
-    std::vector<PBLoadImageDelegate*> alive;
-    for (const auto& link : _delegateArray)
-        if (const auto display = link.lock()) alive.push_back(*display);
-    return alive;
-}
-
 void PBLoadImageOperation::addDelegate(const PBLoadImageDelegate& display) {
     const auto isSame = [link = display.link()](const auto& other) {
         return !link.owner_before(other) && !other.owner_before(link);

@@ -58,8 +58,6 @@ public:
 
     [[nodiscard]] bool isAhead() const { return _job.isAhead; }
 
-    /// The displays to tell, in the order in which they joined.
-    [[nodiscard]] std::vector<PBLoadImageDelegate*> delegates() const;
     /// Unless it is there already.
     void addDelegate(const PBLoadImageDelegate& display);
 

@@ -1,6 +1,7 @@
 #include "info/rows/MoreInfoRows.h"
 
 #include "group/GroupTypes.h"
+#include "group/ShownNumbers.h"
 #include "group/ValueTexts.h"
 #include "info/rows/DateTexts.h"
 #include "platform/program/LocalizedTexts.h"
@@ -200,11 +201,29 @@ bool isCameraDate(QStringView key) {
            key == u"DateStamp";
 }
 
+/// Without the digits that a fraction leaves behind it.
+QString briefNumber(const QString& text) {
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    if (!isNumber) return text;
+    constexpr int digits = 3; // of what is less than one
+    return std::abs(number) < 1
+               ? QString::number(number, 'g', digits)
+               : QLocale::c().toString(
+                     group::roundedToHundredths(number), 'f', QLocale::FloatingPointShortest);
+}
+
 QString valueText(QStringView key, const PBValue& value, const QLocale& locale) {
     if (isCameraDate(key)) {
         if (const auto date = DateTexts::cameraDateText(value.toText(), locale)) return *date;
     }
-    return group::stringWithDbKey(key, value, {});
+    const QString text = group::stringWithDbKey(key, value, {});
+    const bool isList = key == u"LensSpecification" || key == u"LensInfo";
+    if (!isList) return value.isFloating() && text == value.toText() ? briefNumber(text) : text;
+    QStringList numbers = text.split(u',');
+    for (QString& number : numbers)
+        number = briefNumber(number);
+    return numbers.join(u',');
 }
 
 void addRow(InfoRows& rows, QStringView key, const PBValue& value, const QLocale& locale) {

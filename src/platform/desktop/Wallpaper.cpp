@@ -39,6 +39,12 @@ void run(
     process->start(line.constFirst(), line.mid(1));
 }
 
+/// As GLib reads texts (GVariant text format): a name may have marks of its own.
+QString quoted(QString text) {
+    text.replace(u'\\', QStringLiteral("\\\\")).replace(u'\'', QStringLiteral("\\'"));
+    return u'\'' + text + u'\'';
+}
+
 void setByDesktop(const QString& desktop, const QString& path, const Answered& answered) {
     const std::vector<QStringList> lines = commandLines(desktop, path);
     if (lines.empty()) {
@@ -74,7 +80,8 @@ void setByDesktop(const QString& desktop, const QString& path, const Answered& a
 std::vector<QStringList> commandLines(const QString& desktop, const QString& path) {
     const QString url = QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded);
     const auto setting = [](const QString& schema, const QString& key, const QString& value) {
-        return QStringList{QStringLiteral("gsettings"), QStringLiteral("set"), schema, key, value};
+        return QStringList{
+            QStringLiteral("gsettings"), QStringLiteral("set"), schema, key, quoted(value)};
     };
     const QStringList names = desktop.toLower().split(u':', Qt::SkipEmptyParts);
     const auto is = [&names](const auto&... any) {

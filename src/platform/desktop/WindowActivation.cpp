@@ -104,6 +104,7 @@ void bringToFront(QWindow& window, const Activation& activation) {
         qputenv("XDG_ACTIVATION_TOKEN", activation.token);
     window.raise();
     window.requestActivate();
+    forgetActivation();
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     const QByteArray& id = activation.startupId;
     if (!x11 || !x11->connection() || id.isEmpty() || id.size() > longestId) return;
@@ -116,6 +117,12 @@ void bringToFront(QWindow& window, const Activation& activation) {
     }
     server.tellStartup(number, "remove: ID=" + quoted(id));
     server.flush();
+}
+
+void forgetActivation() {
+    assertMainThread();
+    for (const char* variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"})
+        if (qEnvironmentVariableIsSet(variable)) qunsetenv(variable);
 }
 
 } // namespace platform

@@ -22,6 +22,10 @@ struct Activation {
 /// Main thread.
 void bringToFront(QWindow& window, const Activation& activation);
 
+/// What this process was started with, or was handed last, has been used: it is no business of the
+/// programs that this one starts. Main thread, once a window is shown.
+void forgetActivation();
+
 /// The user's time in such an id, in milliseconds of the X server; 0 where there is none.
 [[nodiscard]] quint32 timeOfStartupId(const QByteArray& startupId);
 

@@ -315,10 +315,6 @@ bool EventStream::isValid() const {
     return _worker->isValid();
 }
 
-void EventStream::flushAsync() {
-    _worker->requestFlush();
-}
-
 void EventStream::flushSync() {
     if (isValid()) _worker->waitForFlush(_worker->requestFlush());
 }

@@ -79,10 +79,9 @@ public:
     /// The system refused to watch anything; said on standard error.
     [[nodiscard]] bool isValid() const;
 
-    /// Has everything that happened until now delivered. `flushSync` returns when the batch is on
-    /// its way to the main thread (and so, the first time, when all folders are watched). Any
-    /// thread but the stream's.
-    void flushAsync();
+    /// Has everything that happened until now delivered; returns when the batch is on its way to
+    /// the main thread (and so, the first time, when all folders are watched). Any thread but the
+    /// stream's.
     void flushSync();
 
     /// The file is new and its writer has not finished: its event is still to come. Any thread.

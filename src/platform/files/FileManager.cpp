@@ -164,10 +164,6 @@ std::error_code moveItem(const QString& path, const QString& toPath) {
     return respell(path, toPath);
 }
 
-bool createDirectory(const QString& path) {
-    return QDir().mkpath(path) && QFileInfo(path).isDir();
-}
-
 bool isPackageName(QStringView name) {
     while (name.size() > 1 && name.endsWith(u'/'))
         name.chop(1);

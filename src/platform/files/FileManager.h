@@ -84,9 +84,6 @@ private:
 /// case only, where the file system takes no note of case). No error is the zero code.
 [[nodiscard]] std::error_code moveItem(const QString& path, const QString& toPath);
 
-/// Makes the folder and those above it; true if it stands afterwards.
-[[nodiscard]] bool createDirectory(const QString& path);
-
 /// Whether a folder of this name or path is one document of another program's, such as a photo
 /// library or an application bundle on a drive that another system shares: its content is that
 /// program's own.

@@ -133,8 +133,12 @@ std::error_code DiskFileSystem::look(const QByteArray& path, Entry& entry) {
 }
 
 std::error_code DiskFileSystem::openSource(const QByteArray& path, int& file, Entry& entry) {
+    constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOCTTY;
     // A pipe of that name would wait for its writer.
-    file = ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    file = ::open(path.constData(), flags | O_NONBLOCK);
+    // Somebody has a lease of the file, as a file server may, and is asked to give it back; the
+    // kernel takes it after a while (fcntl(2), F_SETLEASE).
+    if (file < 0 && errno == EWOULDBLOCK) file = ::open(path.constData(), flags);
     if (file < 0) return lastError();
     struct stat status {};
     const int error = ::fstat(file, &status) != 0 ? errno : S_ISREG(status.st_mode) ? 0 : EISDIR;
@@ -256,6 +260,10 @@ std::error_code DiskFileSystem::remove(const QByteArray& path) {
 
 std::error_code DiskFileSystem::makeFolder(const QByteArray& path, std::uint32_t mode) {
     return after(::mkdir(path.constData(), mode));
+}
+
+std::error_code DiskFileSystem::removeFolder(const QByteArray& path) {
+    return after(::rmdir(path.constData()));
 }
 
 QByteArray folderOfPath(const QByteArray& path) {

@@ -68,6 +68,8 @@ public:
     /// Makes one folder, in a folder that is there.
     [[nodiscard]] virtual std::error_code
     makeFolder(const QByteArray& path, std::uint32_t mode) = 0;
+    /// Only one that is empty, with `directory_not_empty` else.
+    [[nodiscard]] virtual std::error_code removeFolder(const QByteArray& path) = 0;
 };
 
 /// The file system of this machine.
@@ -93,6 +95,7 @@ public:
     [[nodiscard]] std::error_code readLink(const QByteArray& path, QByteArray& target) override;
     [[nodiscard]] std::error_code remove(const QByteArray& path) override;
     [[nodiscard]] std::error_code makeFolder(const QByteArray& path, std::uint32_t mode) override;
+    [[nodiscard]] std::error_code removeFolder(const QByteArray& path) override;
 };
 
 /// The folder that the path lies in; "/" for what lies there, and for "/" itself.

@@ -5,7 +5,9 @@
 namespace platform {
 
 void Operation::setQueuePriority(QueuePriority priority) {
-    if (_priority.exchange(priority) != priority) OperationQueue::prioritiesChanged();
+    const bool isOther = _priority.exchange(priority) != priority;
+    // One that no queue has yet stands nowhere in a line.
+    if (isOther && _sequence.load() != 0) OperationQueue::prioritiesChanged();
 }
 
 } // namespace platform

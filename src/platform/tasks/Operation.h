@@ -15,7 +15,8 @@ enum class QueuePriority : int { VeryLow = -8, Low = -4, Normal = 0, High = 4, V
 /// its priority or look at its state; every public operation may be called from any thread.
 class Operation {
 public:
-    Operation() = default;
+    /// The key is what `OperationQueue::prefer` knows the operation by; 0: by none.
+    explicit Operation(std::int64_t key = 0) : _key(key) {}
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
     virtual ~Operation() = default;
@@ -30,6 +31,8 @@ public:
     [[nodiscard]] bool isExecuting() const { return _state.load() == State::Executing; }
     /// Also true for an operation that was cancelled before it ran.
     [[nodiscard]] bool isFinished() const { return _state.load() == State::Finished; }
+
+    [[nodiscard]] std::int64_t key() const { return _key; }
 
     [[nodiscard]] QueuePriority queuePriority() const { return _priority.load(); }
     /// Takes effect at once, also while the operation waits in a queue.
@@ -50,7 +53,9 @@ private:
     std::stop_source _stopSource;
     std::atomic<State> _state{State::Ready};
     std::atomic<QueuePriority> _priority{QueuePriority::Normal};
-    std::uint64_t _sequence = 0; // guarded by the mutex of the queue that holds the operation
+    /// 0 as long as no queue has it. Written by the queue only.
+    std::atomic<std::uint64_t> _sequence{0};
+    const std::int64_t _key;
 };
 
 } // namespace platform

@@ -13,8 +13,8 @@ namespace {
 /// since priorities change on any thread.
 std::atomic<std::uint64_t> priorityChanges = 0;
 
-std::size_t slotOf(const Operation& operation) {
-    return static_cast<std::size_t>((8 - static_cast<int>(operation.queuePriority())) / 4);
+std::size_t slotOf(QueuePriority priority) {
+    return static_cast<std::size_t>((8 - static_cast<int>(priority)) / 4);
 }
 
 class FunctionOperation final : public Operation {
@@ -51,7 +51,10 @@ void OperationQueue::addOperations(std::span<const std::shared_ptr<Operation>> o
     const Lock lock(_mutex);
     for (const auto& operation : operations) {
         operation->_sequence = _nextSequence++;
-        _waiting[slotOf(*operation)].push_back(operation);
+        _lines[slotOf(operation->queuePriority())].push_back(
+            Place{operation->_sequence.load(), operation});
+        ++_waiting;
+        if (operation->key() != 0) _byKey.insert(operation->key(), operation.get());
         startWorkerIfNeeded();
         if (_idleWorkers > 0) _wake.notifyOne();
     }
@@ -62,19 +65,21 @@ void OperationQueue::addOperation(std::function<void()> work) {
 }
 
 void OperationQueue::cancelAllOperations() {
-    Waiting dropped; // destroyed after the lock is gone
+    std::vector<std::shared_ptr<Operation>> dropped; // destroyed after the lock is gone
     bool becameIdle = false;
     {
         const Lock lock(_mutex);
-        for (Waiting& line : _waiting) {
-            for (const auto& operation : line) {
-                if (operation->mustRun()) continue;
-                operation->cancel();
-                operation->_state = Operation::State::Finished;
-                dropped.push_back(operation);
+        for (Line& line : _lines) {
+            for (Place& place : line) {
+                if (!place.operation || place.operation->mustRun()) continue;
+                forgetKey(*place.operation);
+                place.operation->cancel();
+                place.operation->_state = Operation::State::Finished;
+                dropped.push_back(std::move(place.operation));
             }
-            std::erase_if(line, [](const auto& operation) { return !operation->mustRun(); });
+            std::erase_if(line, [](const Place& place) { return !place.operation; });
         }
+        _waiting -= dropped.size();
         for (const auto& operation : _running) {
             if (!operation->mustRun()) operation->cancel();
         }
@@ -105,18 +110,18 @@ void OperationQueue::waitUntilAllOperationsAreFinished() {
 
 std::size_t OperationQueue::operationCount() const {
     const Lock lock(_mutex);
-    std::size_t count = _running.size();
-    for (const Waiting& line : _waiting)
-        count += line.size();
-    return count;
+    return _running.size() + _waiting;
 }
 
 std::vector<std::shared_ptr<Operation>> OperationQueue::operations() const {
     const Lock lock(_mutex);
     refreshOrder();
     std::vector<std::shared_ptr<Operation>> all = _running;
-    for (const Waiting& line : _waiting)
-        all.insert(all.end(), line.begin(), line.end());
+    for (const Line& line : _lines) {
+        for (const Place& place : line) {
+            if (place.operation) all.push_back(place.operation);
+        }
+    }
     return all;
 }
 
@@ -124,10 +129,10 @@ std::vector<std::shared_ptr<Operation>> OperationQueue::nextOperations(std::size
     const Lock lock(_mutex);
     refreshOrder();
     std::vector<std::shared_ptr<Operation>> next;
-    for (const Waiting& line : _waiting) {
-        for (const auto& operation : line) {
+    for (const Line& line : _lines) {
+        for (const Place& place : line) {
             if (next.size() == most) return next;
-            next.push_back(operation);
+            if (place.operation) next.push_back(place.operation);
         }
     }
     return next;
@@ -137,12 +142,51 @@ void OperationQueue::setIdleHandler(std::function<void()> handler) {
     _idleHandler = std::move(handler);
 }
 
+void OperationQueue::prefer(const std::unordered_map<std::int64_t, QueuePriority>& priorities) {
+    const Lock lock(_mutex);
+    refreshOrder();
+    for (const std::int64_t key : _preferred) {
+        if (!priorities.contains(key)) moveTo(QueuePriority::Normal, key);
+    }
+    _preferred.clear();
+    for (const auto& [key, priority] : priorities) {
+        moveTo(priority, key);
+        _preferred.insert(key);
+    }
+}
+
+void OperationQueue::moveTo(QueuePriority priority, std::int64_t key) {
+    Operation* operation = _byKey.value(key);
+    if (!operation || operation->queuePriority() == priority) return;
+    Line& from = _lines[slotOf(operation->queuePriority())];
+    const auto place =
+        std::ranges::lower_bound(from, operation->_sequence.load(), {}, &Place::sequence);
+    // Somebody may give it another one at this very moment: the whole line is sorted anew then.
+    if (place == from.end() || place->operation.get() != operation) return;
+    operation->_priority = priority;
+    putInOrder(_lines[slotOf(priority)], Place{place->sequence, std::move(place->operation)});
+}
+
+void OperationQueue::putInOrder(Line& line, Place place) {
+    const auto at = std::ranges::lower_bound(line, place.sequence, {}, &Place::sequence);
+    if (at != line.end() && at->sequence == place.sequence) {
+        *at = std::move(place);
+    } else {
+        line.insert(at, std::move(place));
+    }
+}
+
+void OperationQueue::forgetKey(const Operation& operation) {
+    const auto found = _byKey.find(operation.key());
+    if (found != _byKey.end() && found.value() == &operation) _byKey.erase(found);
+}
+
 void OperationQueue::prioritiesChanged() {
     priorityChanges.fetch_add(1);
 }
 
 void OperationQueue::startWorkerIfNeeded() {
-    const bool lineNeedsMore = hasWaiting() && _idleWorkers == 0;
+    const bool lineNeedsMore = _waiting > 0 && _idleWorkers == 0;
     if (!lineNeedsMore || _workers.size() >= _maxConcurrent) return;
     _workers.emplace_back([this] {
         pthread_setname_np(pthread_self(), _name.toUtf8().left(15).constData());
@@ -181,7 +225,7 @@ void OperationQueue::work() {
         lock.lock();
         --_ended;
         if (isDrained(0)) _idle.notifyAll();
-        if (hasWaiting()) _wake.notifyOne();
+        if (_waiting > 0) _wake.notifyOne();
     }
 }
 
@@ -189,36 +233,38 @@ void OperationQueue::refreshOrder() const {
     const std::uint64_t changes = priorityChanges.load();
     if (changes == _seenPriorityChanges) return;
     _seenPriorityChanges = changes;
-    std::vector<std::shared_ptr<Operation>> all;
-    for (Waiting& line : _waiting) {
-        all.insert(all.end(), line.begin(), line.end());
+    std::vector<Place> all;
+    for (Line& line : _lines) {
+        for (Place& place : line) {
+            if (place.operation) all.push_back(std::move(place));
+        }
         line.clear();
     }
-    std::ranges::sort(all, {}, [](const auto& operation) { return operation->_sequence; });
-    for (auto& operation : all)
-        _waiting[slotOf(*operation)].push_back(std::move(operation));
-}
-
-bool OperationQueue::hasWaiting() const {
-    return std::ranges::any_of(_waiting, [](const Waiting& line) { return !line.empty(); });
+    std::ranges::sort(all, {}, &Place::sequence);
+    for (Place& place : all)
+        _lines[slotOf(place.operation->queuePriority())].push_back(std::move(place));
 }
 
 bool OperationQueue::isDrained(int besidesEnded) const {
-    return _running.empty() && _ended == besidesEnded && !hasWaiting();
+    return _running.empty() && _ended == besidesEnded && _waiting == 0;
 }
 
 bool OperationQueue::canStart() const {
     const std::size_t busy = _running.size() + static_cast<std::size_t>(_ended);
-    return !_suspended && hasWaiting() && busy < _maxConcurrent;
+    return !_suspended && _waiting > 0 && busy < _maxConcurrent;
 }
 
 std::shared_ptr<Operation> OperationQueue::takeNext() {
     refreshOrder();
-    for (Waiting& line : _waiting) {
-        if (line.empty()) continue;
-        std::shared_ptr<Operation> next = std::move(line.front());
-        line.pop_front();
-        return next;
+    for (Line& line : _lines) {
+        while (!line.empty()) {
+            std::shared_ptr<Operation> next = std::move(line.front().operation);
+            line.pop_front();
+            if (!next) continue;
+            --_waiting;
+            forgetKey(*next);
+            return next;
+        }
     }
     return nullptr;
 }

@@ -3,6 +3,7 @@
 #include "platform/tasks/Mutex.h"
 #include "platform/tasks/Operation.h"
 
+#include <QHash>
 #include <QString>
 
 #include <array>
@@ -13,6 +14,8 @@
 #include <memory>
 #include <span>
 #include <thread>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace platform {
@@ -47,6 +50,11 @@ public:
     /// gets there: resume or cancel first.
     void waitUntilAllOperationsAreFinished();
 
+    /// Gives the waiting operations with these keys these priorities, and those that the former
+    /// call gave one, and that this one doesn't name, the normal one again; no operation starts
+    /// between. Others cost nothing. Of operations with one key, the last added is meant.
+    void prefer(const std::unordered_map<std::int64_t, QueuePriority>& priorities);
+
     /// Waiting and running.
     [[nodiscard]] std::size_t operationCount() const;
     /// Running ones first, then the waiting in the order in which they would run now.
@@ -60,13 +68,21 @@ public:
 
 private:
     friend class Operation;
-    using Waiting = std::deque<std::shared_ptr<Operation>>;
+    /// Without an operation where that stands in another line now.
+    struct Place {
+        std::uint64_t sequence;
+        std::shared_ptr<Operation> operation;
+    };
+    /// In the order of their numbers.
+    using Line = std::deque<Place>;
 
     static void prioritiesChanged();
     void startWorkerIfNeeded() VELMORA_REQUIRES(_mutex);
     void work();
     void refreshOrder() const VELMORA_REQUIRES(_mutex);
-    [[nodiscard]] bool hasWaiting() const VELMORA_REQUIRES(_mutex);
+    void moveTo(QueuePriority priority, std::int64_t key) VELMORA_REQUIRES(_mutex);
+    void forgetKey(const Operation& operation) VELMORA_REQUIRES(_mutex);
+    static void putInOrder(Line& line, Place place);
     /// Nothing waits, runs or is being torn down, but for that many operations.
     [[nodiscard]] bool isDrained(int besidesEnded) const VELMORA_REQUIRES(_mutex);
     [[nodiscard]] bool canStart() const VELMORA_REQUIRES(_mutex);
@@ -80,7 +96,11 @@ private:
     Condition _wake;
     Condition _idle;
     /// The highest priority first.
-    mutable std::array<Waiting, 5> _waiting VELMORA_GUARDED_BY(_mutex);
+    mutable std::array<Line, 5> _lines VELMORA_GUARDED_BY(_mutex);
+    std::size_t _waiting VELMORA_GUARDED_BY(_mutex) = 0;
+    /// Of the waiting ones that have a key.
+    QHash<std::int64_t, Operation*> _byKey VELMORA_GUARDED_BY(_mutex);
+    std::unordered_set<std::int64_t> _preferred VELMORA_GUARDED_BY(_mutex);
     mutable std::uint64_t _seenPriorityChanges VELMORA_GUARDED_BY(_mutex) = 0;
     std::vector<std::shared_ptr<Operation>> _running VELMORA_GUARDED_BY(_mutex);
     std::vector<std::jthread> _workers VELMORA_GUARDED_BY(_mutex);

@@ -87,7 +87,6 @@ public:
     [[nodiscard]] bool isNull() const { return holds<PBNull>(); }
     [[nodiscard]] bool hasValue() const { return !isAbsent() && !isNull(); }
     [[nodiscard]] bool isText() const { return holds<QString>(); }
-    [[nodiscard]] bool isBytes() const { return holds<QByteArray>(); }
     [[nodiscard]] bool isDate() const { return holds<PBDate>(); }
     [[nodiscard]] bool isLocation() const { return holds<PBLocation>(); }
     [[nodiscard]] bool isArray() const { return array() != nullptr; }

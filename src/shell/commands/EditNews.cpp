@@ -1,6 +1,7 @@
 #include "shell/commands/EditNews.h"
 
 #include "browser/PBImageBrowserView.h"
+#include "core/PBAppDelegate.h"
 #include "fileactions/marks/EditRunner.h"
 #include "platform/program/LocalizedTexts.h"
 #include "shell/commands/StatusNews.h"
@@ -15,12 +16,14 @@ using platform::localizedString;
 namespace {
 
 const QString noticeKey = QStringLiteral("edit");
+const QString unreadKey = QStringLiteral("unread marks");
 
 } // namespace
 
 EditNews::EditNews(const Parts& parts, QObject* parent) : QObject(parent), _parts(parts) {
     connect(&parts.edits, &EditRunner::didEdit, this, &EditNews::tell);
     connect(&parts.edits, &EditRunner::didFail, this, &EditNews::tellFailure);
+    connect(&parts.edits, &EditRunner::didNotReadAgain, this, &EditNews::tellUnread);
     connect(&parts.edits, &EditRunner::didReadAgain, this, [this] {
         _parts.browserPane.browserView().reloadData();
     });
@@ -57,4 +60,17 @@ void EditNews::tellFailure(const EditResult& result) {
          .details = result.reason,
          .action = {},
          .perform = {}});
+}
+
+void EditNews::tellUnread(const QString& reason) {
+    _parts.noticeBar.withdraw(unreadKey); // may have been closed: these are others
+    _parts.noticeBar.tell(
+        {.key = unreadKey,
+         .text = localizedString(u"MarksUnread"),
+         .details = localizedFormat(u"MarksUnreadDetails", {reason}),
+         .action = localizedString(u"MarksReadAgain"),
+         .perform = [this] {
+             _parts.noticeBar.withdraw(unreadKey);
+             _parts.delegate.scan();
+         }});
 }

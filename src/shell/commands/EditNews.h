@@ -6,6 +6,7 @@
 
 class BrowserPane;
 class NoticeBar;
+class PBAppDelegate;
 class StatusNews;
 
 namespace fileactions {
@@ -13,7 +14,7 @@ class EditRunner;
 }
 
 /// Shows in the window what has become of edits: the browser paints them, the status bar tells what
-/// was left out, the bar of notices what could not be stored. Main thread.
+/// was left out, the bar of notices what could not be stored or read back. Main thread.
 class EditNews final : public QObject {
     Q_OBJECT
 
@@ -24,12 +25,14 @@ public:
         BrowserPane& browserPane;
         const StatusNews& statusNews;
         NoticeBar& noticeBar;
+        PBAppDelegate& delegate;
     };
     explicit EditNews(const Parts& parts, QObject* parent = nullptr);
 
 private:
     void tell(const fileactions::EditResult& result);
     void tellFailure(const fileactions::EditResult& result);
+    void tellUnread(const QString& reason);
 
     const Parts _parts;
 };

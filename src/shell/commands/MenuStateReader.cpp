@@ -46,6 +46,7 @@ MenuState MenuStateReader::read(bool includesPasteboard) const {
     platform::assertMainThread();
     MenuState state;
     state.isLargeView = _parts.delegate.isLargeViewMode();
+    state.isScanning = _parts.delegate.isScanning();
     readChosen(state);
     readBrowsing(state);
     if (state.isLargeView) {
@@ -74,7 +75,6 @@ void MenuStateReader::readBrowsing(MenuState& state) const {
 
 void MenuStateReader::readBrowser(MenuState& state) const {
     const PBImageBrowserView& view = _parts.browserPane.browserView();
-    state.isScanning = _parts.delegate.isScanning();
     state.hasItems = view.leaves().leafCount() > 0;
     if (view.hasFocus()) state.canRevealFocused = state.selectCount > 0 && !state.areAllChosenAway;
     state.thumbnailSize = view.thumbnailSize();

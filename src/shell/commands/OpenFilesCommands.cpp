@@ -1,45 +1,67 @@
 #include "shell/commands/OpenFilesCommands.h"
 
-#include "core/FileTypes.h"
 #include "core/PBAppDelegate.h"
 #include "core/Paths.h"
 #include "image/large/EarlyPhotograph.h"
 #include "image/large/PBLoadImageManager.h"
 #include "library/OpenedRoots.h"
 #include "platform/files/PathNames.h"
+#include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/commands/FilterCommands.h"
+#include "shell/commands/OpenedPlaces.h"
 #include "shell/sidebar/FolderRootCommands.h"
 #include "shell/sidebar/SourceSelection.h"
 #include "shell/sidebar/SourceTreeController.h"
 
-#include <QFileInfo>
-
-#include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace {
 
-OpenFilesRequest::Kind kindOf(const QString& path) {
-    const QFileInfo info(path);
-    if (!info.exists()) return OpenFilesRequest::Kind::Missing;
-    return info.isDir() ? OpenFilesRequest::Kind::Folder : OpenFilesRequest::Kind::File;
+/// Disks that are awake take a few milliseconds.
+constexpr std::chrono::milliseconds longestWait{250};
+
+std::vector<KnownRoot> knownRoots(const PBAliasManager& manager) {
+    std::vector<KnownRoot> roots;
+    for (const auto& root : manager.aliasArray()) {
+        if (root->isMounted() && !root->isZombie())
+            roots.push_back({root->path(), OpenedRoots::isOpened(*root)});
+    }
+    return roots;
 }
 
 } // namespace
 
 OpenFilesCommands::OpenFilesCommands(Parts parts, QObject* parent)
-    : QObject(parent), _parts(std::move(parts)) {}
+    : QObject(parent), _parts(std::move(parts)), _looks([](std::function<void()> function) {
+          if (auto* loop = platform::MainLoop::instance())
+              loop->post(platform::MainLoop::Mode::Common, std::move(function));
+      }) {}
 
 void OpenFilesCommands::openFiles(const QStringList& paths) {
     platform::assertMainThread();
-    QStringList places;
-    for (const QString& path : paths)
-        places += placeOf(path);
-    const auto request = OpenFilesRequest::reduce(places, kindOf);
-    if (!request) return;
+    if (paths.isEmpty()) return;
+    // What lies in a root that a slow disk kept from being found belongs there.
+    _parts.selection.lookForRootsOf(paths);
+    using Request = std::optional<OpenFilesRequest>;
+    const int number = ++_asked;
+    const auto take = [this, number](const Request& request) {
+        if (number != _asked) return;
+        _looked = number;
+        if (request) open(*request);
+    };
+    // A lane for each: one dead disk must not keep what lies on others.
+    const auto request = _looks.call<Request>(
+        QString::number(number), {}, longestWait,
+        [paths, roots = knownRoots(_parts.aliasManager)] { return openedPlaces(paths, roots); },
+        take);
+    if (request) take(*request);
+}
+
+void OpenFilesCommands::open(const OpenFilesRequest& request) {
     // The decoding goes on behind all that follows.
-    const OpenFilesRequest::NamedFile& first = request->firstFile;
+    const OpenFilesRequest::NamedFile& first = request.firstFile;
     _parts.leaveLargeView();
     if (!first.fileName.isEmpty()) {
         EarlyPhotograph::shared().begin(
@@ -47,10 +69,10 @@ void OpenFilesCommands::openFiles(const QStringList& paths) {
             _parts.loadImageManager.screen());
     }
     _parts.filters.reset();
-    if (request->namesFiles) {
-        openPhotographs(*request);
+    if (request.namesFiles) {
+        openPhotographs(request);
     } else {
-        openFolders(*request);
+        openFolders(request);
     }
 }
 
@@ -86,38 +108,11 @@ void OpenFilesCommands::openFolders(const OpenFilesRequest& request) {
     openFolder(request.folders.front()->folderPath);
 }
 
-QString OpenFilesCommands::placeOf(const QString& path) const {
-    const QFileInfo info(path);
-    const QString folder = info.isDir() ? path : info.path();
-    const QString place = QFileInfo(folder).canonicalFilePath();
-    if (place.isEmpty() || place == folder) return path;
-    QString below;
-    const auto root = _parts.aliasManager.appropriateAliasObjectForPath(folder, &below, true);
-    // A folder that becomes a root may be a link.
-    if (!root && info.isDir()) return path;
-    QString step = root ? root->path() : QString();
-    const bool isBehindLink =
-        std::ranges::any_of(PBUtilities::pathComponents(below), [&step](const QString& name) {
-            step = platform::pathInFolder(step, name);
-            return QFileInfo(step).isSymLink();
-        });
-    if (root && !isBehindLink) return path;
-    return info.isDir() ? place : platform::pathInFolder(place, info.fileName());
-}
-
 bool OpenFilesCommands::isInSidebar(const QString& folder, bool isNamed) const {
-    QString relativePath;
-    const auto root =
-        _parts.aliasManager.appropriateAliasObjectForPath(folder, &relativePath, true);
+    const auto root = _parts.aliasManager.appropriateAliasObjectForPath(folder, nullptr, true);
     // What was only opened is to stay once it is named.
     if (!root || !root->isMounted() || (isNamed && OpenedRoots::isOpened(*root))) return false;
-    // The sidebar shows neither hidden folders nor those that are documents.
-    QString path = root->path();
-    const QStringList names = PBUtilities::pathComponents(relativePath);
-    return std::ranges::none_of(names, [&path](const QString& name) {
-        path = platform::pathInFolder(path, name);
-        return name.startsWith(u'.') || PBUtilities::isPackageFile(path);
-    });
+    return OpenedRoots::isShownIn(root->path(), folder);
 }
 
 void OpenFilesCommands::openFolder(const QString& folder) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/OpenFilesRequest.h"
+#include "platform/tasks/BoundedCalls.h"
 
 #include <QObject>
 
@@ -38,13 +39,14 @@ public:
     /// The parts outlive this object.
     OpenFilesCommands(Parts parts, QObject* parent);
 
-    /// Paths are absolute; those that don't exist are skipped.
+    /// Paths are absolute; those that don't exist are skipped. Where a disk takes its time, it
+    /// happens once that has answered, unless something else was opened meanwhile.
     void openFiles(const QStringList& paths);
+    /// A disk has not answered yet.
+    [[nodiscard]] bool isLooking() const { return _looked != _asked; }
 
 private:
-    /// Where the sidebar has it: scans and sidebar leave out links to folders, whose folders have a
-    /// place of their own.
-    [[nodiscard]] QString placeOf(const QString& path) const;
+    void open(const OpenFilesRequest& request);
     void openPhotographs(const OpenFilesRequest& request);
     /// Where the catalogue takes no folder: the first photograph can be looked at all the same.
     void showAlone(const OpenFilesRequest& request);
@@ -56,4 +58,7 @@ private:
     void select(const QString& folder);
 
     const Parts _parts;
+    int _asked = 0;
+    int _looked = 0; ///< the last of them that was answered
+    platform::BoundedCalls _looks;
 };

@@ -3,6 +3,7 @@
 #include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -25,6 +26,8 @@ namespace {
 constexpr QSize firstSize(420, 460);
 /// Of the count, as a number.
 constexpr int countRole = Qt::UserRole;
+/// The least width of the list of tags to merge into, in characters.
+constexpr int charactersOfChoice = 30;
 /// Characters of a tag in the list, which may be made wider.
 constexpr qsizetype mostInList = 200;
 
@@ -147,6 +150,10 @@ void TagsDialog::askForOther() {
     QInputDialog* question =
         makeQuestion(localizedFormat(u"TagsMergeInto", {briefText(tag)}), this);
     question->setComboBoxItems(others);
+    // A tag may be longer than any screen is wide.
+    auto* choice = question->findChild<QComboBox*>();
+    choice->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    choice->setMinimumContentsLength(charactersOfChoice);
     connect(question, &QInputDialog::textValueSelected, this, [this, tag](const QString& other) {
         Q_EMIT renameRequested(tag, other);
     });

@@ -13,6 +13,7 @@
 #include "shell/panes/PaneFocus.h"
 #include "shell/panes/StatusBarView.h"
 #include "shell/panes/ThumbnailSizeSlider.h"
+#include "shell/services/Preferences.h"
 #include "shell/services/ShellServices.h"
 #include "shell/sidebar/SourceSidebar.h"
 #include "ui/RevealFiles.h"
@@ -95,8 +96,10 @@ WindowCommands::WindowCommands(const Parts& parts, QObject* parent)
     connectBrowserSignals();
     connectLargeView();
     _menu->connectCommand(Command::quit, [this] { _parts.window.close(); });
-    _menu->connectCommand(
-        Command::showShortcuts, [this] { HelpDialogs::showShortcuts(*_menu, _parts.window); });
+    _menu->connectCommand(Command::showShortcuts, [this] {
+        const bool zooms = _parts.services.preferences.wheel() == Preferences::Wheel::Zoom;
+        HelpDialogs::showShortcuts(*_menu, zooms, _parts.window);
+    });
     _menu->connectCommand(Command::showAbout, [this] { HelpDialogs::showAbout(_parts.window); });
     updateStatusBarShowHide(false);
     _menu->validate();
@@ -130,9 +133,13 @@ void WindowCommands::connectMarkCommands() {
         _menu->connectCommand(row.command, [&marks, &row] { marks.perform(row.change); });
     _menu->connectCommand(Command::manageTags, [this] { _tags.show(); });
     const PBImageBrowserView& view = _parts.browserPane.browserView();
-    connect(&view, &PBImageBrowserView::flagToggleRequested, &marks, &MarkCommands::flagClicked);
-    connect(&view, &PBImageBrowserView::rotateLeftRequested, &marks, &MarkCommands::rotateLeft);
-    connect(&view, &PBImageBrowserView::rotateRightRequested, &marks, &MarkCommands::rotateRight);
+    const auto trigger = [this](Command command) {
+        return [this, command] { _menu->trigger(command); };
+    };
+    using View = PBImageBrowserView;
+    connect(&view, &View::flagToggleRequested, this, trigger(Command::flagClicked));
+    connect(&view, &View::rotateLeftRequested, this, trigger(Command::rotateLeft));
+    connect(&view, &View::rotateRightRequested, this, trigger(Command::rotateRight));
     connect(&view, &PBImageBrowserView::ratingRequested, &marks, &MarkCommands::ratingWithStar);
 }
 

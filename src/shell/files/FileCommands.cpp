@@ -1,5 +1,6 @@
 #include "shell/files/FileCommands.h"
 
+#include "codec/Bitmaps.h"
 #include "codec/PBImageImporterManager.h"
 #include "core/FileTypes.h"
 #include "group/ItemOrder.h"
@@ -39,6 +40,23 @@ std::error_code writePng(const QImage& image, QByteArray& content) {
     QBuffer buffer(&content);
     const bool isWritten = !image.isNull() && image.save(&buffer, "PNG");
     return isWritten ? std::error_code() : std::make_error_code(std::errc::bad_message);
+}
+
+/// The photograph as others see it who know neither turns nor profiles: upright, in sRGB.
+QByteArray pngOf(
+    PBImageImporterManager& importers, const QString& path, double angle,
+    const std::stop_token& stop) {
+    const auto importer = importers.imageImporterForImageURL(path);
+    if (!importer || stop.stop_requested()) return {};
+    codec::DecodeRequest request;
+    request.urgency = codec::Urgency::Next;
+    QImage image = importer->readImage(request, stop).frame.image;
+    if (angle != 0) image = PBUtilities::rotateImageRef(image, angle);
+    if (image.isNull() || stop.stop_requested()) return {};
+    constexpr int quick = 80; // of 100, which compresses little: somebody waits for it
+    QByteArray file;
+    QBuffer buffer(&file);
+    return image.save(&buffer, "PNG", quick) && !stop.stop_requested() ? file : QByteArray();
 }
 
 /// The picture that the pasteboard has instead of a file; nothing without one. Made a file where
@@ -93,6 +111,12 @@ chainsOf(const PBGroupTreeDataSource& source, const QSet<qint64>& fileIds) {
 }
 
 } // namespace
+
+FileCommands::~FileCommands() {
+    // Its own pasteboard data may outlive it.
+    const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+    if (const auto* own = qobject_cast<const PhotographMimeData*>(data)) own->stop();
+}
 
 std::vector<QByteArray> FileCommands::chosenPaths() const {
     std::vector<QByteArray> paths;
@@ -172,19 +196,18 @@ void FileCommands::copy(bool cut) {
     platform::assertMainThread();
     const std::vector<QByteArray> paths = chosenPaths();
     if (paths.empty()) return;
-    auto data =
-        std::make_unique<PhotographMimeData>([importers = &_environment.imageImporterManager,
-                                              alive = std::weak_ptr(_alive)](const QString& path) {
-            // Others may ask for what is on the pasteboard until the very end of the program.
-            if (alive.expired()) return QImage();
-            const auto importer = importers->imageImporterForImageURL(path);
-            return importer ? importer->createImageWithMaxSize(0, 0) : QImage();
-        });
+    auto data = std::make_unique<PhotographMimeData>();
     platform::setFilesOfMimeData(*data, {.paths = paths, .isCut = cut});
     // Of several, one of which can be got at, it may be another one.
     const PBImageFileList chosen = _environment.chosen.all();
-    if (chosen.size() == 1 && !cut)
-        data->setPhotograph(QFile::decodeName(paths.front()), chosen.front()->rotateAngle());
+    if (chosen.size() == 1 && !cut) {
+        data->offerPicture(
+            _pictures, [importers = &_environment.imageImporterManager,
+                        path = QFile::decodeName(paths.front()),
+                        angle = chosen.front()->rotateAngle()](const std::stop_token& stop) {
+                return pngOf(*importers, path, angle, stop);
+            });
+    }
     QGuiApplication::clipboard()->setMimeData(data.release());
 }
 

@@ -2,6 +2,7 @@
 
 #include "fileactions/FileEdit.h"
 #include "group/PBGroupItem.h"
+#include "platform/tasks/OperationQueue.h"
 #include "shell/files/FileTasks.h"
 
 #include <QObject>
@@ -41,6 +42,8 @@ public:
     };
     /// All that is named outlives this object.
     explicit FileCommands(Environment environment) : _environment(std::move(environment)) {}
+    /// Stops what is made for the pasteboard, and waits for that.
+    ~FileCommands() override;
 
     /// Asks for a folder first.
     void doCopyMoveTo(bool move);
@@ -93,6 +96,5 @@ private:
     void showChanges(const fileactions::FileOutcome& outcome);
 
     const Environment _environment;
-    /// Expires with this object; looked at on the main thread only.
-    const std::shared_ptr<bool> _alive = std::make_shared<bool>(true);
+    platform::OperationQueue _pictures{QStringLiteral("pasteboard")}; // ends before all else
 };

@@ -1,5 +1,6 @@
 #include "shell/files/PBFileProgressWindowController.h"
 
+#include "core/Texts.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 
@@ -8,7 +9,6 @@
 #include <QFile>
 #include <QGridLayout>
 #include <QLabel>
-#include <QLocale>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStyle>
@@ -26,7 +26,7 @@ constexpr int sheetWidth = 460;
 constexpr int wholeProgress = 100;
 
 QString sizeText(std::int64_t bytes) {
-    return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+    return PBUtilities::stringWithFileSize(static_cast<quint64>(bytes));
 }
 
 /// By the bytes where they are known: of one large file the number says nothing.

@@ -1,22 +1,29 @@
 #include "shell/files/PhotographMimeData.h"
 
-#include <QTransform>
+#include <chrono>
+#include <utility>
 
 namespace {
 
-/// Qt's own name of a picture, from which it makes each format that is asked for.
-const QString anyPicture = QStringLiteral("application/x-qt-image");
+const QString png = QStringLiteral("image/png");
+/// Nobody takes a window for stuck that answers within that.
+constexpr std::chrono::milliseconds patience{200};
 
 } // namespace
 
-void PhotographMimeData::setPhotograph(const QString& path, double rotateAngle) {
-    _path = path;
-    _rotateAngle = rotateAngle;
+void PhotographMimeData::offerPicture(platform::OperationQueue& queue, Make make) {
+    _picture = std::make_shared<Picture>();
+    queue.addOperation([picture = _picture, make = std::move(make)] {
+        QByteArray file = make(picture->stop.get_token());
+        const platform::Lock lock(picture->mutex);
+        picture->file = std::move(file);
+        picture->made.notifyAll();
+    });
 }
 
 QStringList PhotographMimeData::formats() const {
     QStringList formats = QMimeData::formats();
-    if (!_path.isEmpty()) formats.append(anyPicture);
+    if (_picture) formats.append(png);
     return formats;
 }
 
@@ -25,11 +32,11 @@ bool PhotographMimeData::hasFormat(const QString& mimeType) const {
 }
 
 QVariant PhotographMimeData::retrieveData(const QString& mimeType, QMetaType type) const {
-    if (mimeType != anyPicture || _path.isEmpty()) return QMimeData::retrieveData(mimeType, type);
-    if (_picture.isNull()) {
-        _picture = _decode(_path);
-        if (!_picture.isNull() && _rotateAngle != 0)
-            _picture = _picture.transformed(QTransform().rotate(-_rotateAngle));
-    }
-    return _picture;
+    if (mimeType != png || !_picture) return QMimeData::retrieveData(mimeType, type);
+    platform::Lock lock(_picture->mutex);
+    const bool isMade = _picture->made.waitFor(lock, patience, [this] {
+        _picture->mutex.assertHeld();
+        return _picture->file.has_value();
+    });
+    return isMade ? QVariant(*_picture->file) : QVariant();
 }

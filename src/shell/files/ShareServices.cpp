@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -25,11 +26,12 @@ struct Sender {
     QStringView program;
     QStringView text;
     QStringView icon;
+    bool takesSeveral; ///< else it is started for each file
 };
 constexpr Sender senders[] = {
-    {u"bluetooth-sendto", u"ShareBluetooth", u"bluetooth"},
-    {u"blueman-sendto", u"ShareBluetooth", u"bluetooth"},
-    {u"kdeconnect-handler", u"ShareDevice", u"kdeconnect"},
+    {u"bluetooth-sendto", u"ShareBluetooth", u"bluetooth", true},
+    {u"blueman-sendto", u"ShareBluetooth", u"bluetooth", true},
+    {u"kdeconnect-handler", u"ShareDevice", u"kdeconnect", false},
 };
 
 QIcon iconOf(const QString& name) {
@@ -125,12 +127,17 @@ std::vector<ShareService> ShareServices::services(const There& there) {
         services.push_back(
             {.title = localizedString(senders[index].text),
              .image = iconOf(senders[index].icon.toString()),
-             .performWithItems =
-                 [this, program = path](const QStringList& paths, std::function<void(bool)> done) {
-                     inBackground(
-                         [program, paths] { return QProcess::startDetached(program, paths); },
-                         std::move(done));
-                 }});
+             .performWithItems = [this, program = path, takesSeveral = senders[index].takesSeveral](
+                                     const QStringList& paths, std::function<void(bool)> done) {
+                 inBackground(
+                     [program, paths, takesSeveral] {
+                         if (takesSeveral) return QProcess::startDetached(program, paths);
+                         return std::ranges::all_of(paths, [&program](const QString& file) {
+                             return QProcess::startDetached(program, {file});
+                         });
+                     },
+                     std::move(done));
+             }});
     }
     return services;
 }

@@ -109,10 +109,11 @@ fileactions::OtherWay WindowFiles::wayOf(const fileactions::FileEdit& edit) {
         _commands.perform(
             edit, [this, done = std::move(done)](const fileactions::FileOutcome& outcome) {
                 using End = fileactions::OtherWay::End;
-                const End end = !outcome.inverse.isEmpty() ? End::Done
-                                : outcome.isStillToDo      ? End::StillToDo
-                                                           : End::Void;
-                done(end, wayOf(outcome.inverse));
+                const End end = outcome.isStillToDo         ? End::StillToDo
+                                : outcome.inverse.isEmpty() ? End::Void
+                                : outcome.rest.isEmpty()    ? End::Done
+                                                            : End::Partly;
+                done(end, wayOf(outcome.inverse), wayOf(outcome.rest));
             });
     }};
 }

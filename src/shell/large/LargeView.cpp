@@ -9,6 +9,7 @@
 #include "group/PBImageFileItem.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/large/EarlyPhotograph.h"
+#include "library/PBAliasResolver.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/panes/BrowserPane.h"
 #include "shell/services/BrowsingSettings.h"
@@ -16,7 +17,6 @@
 #include "shell/sidebar/SourceSelection.h"
 #include "viewer/PBImageView.h"
 
-#include <QFileInfo>
 #include <QMainWindow>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -60,6 +60,15 @@ LargeView::LargeView(Parts parts)
     connect(
         &_parts.browserPane.browserView(), &PBImageBrowserView::enterToLargeViewRequested, this,
         &LargeView::enterToLargeView);
+    connect(
+        &_parts.browserPane.browserView(), &PBImageBrowserView::selectionDidChange, this,
+        [this](std::int64_t count) {
+            if (count > 0 && !isShown()) _opened.end(); // the user has chosen
+        });
+    // Not within the swap that brought it.
+    connect(
+        &_parts.browserPane.browserView(), &PBImageBrowserView::itemCountDidChange, this,
+        &LargeView::selectLeft, Qt::QueuedConnection);
 }
 
 LargeView::~LargeView() {
@@ -103,6 +112,21 @@ void LargeView::standInCame() {
     LargeViewLists::List list;
     list.items.push_back(_opened.standIn());
     showAt(std::move(list), _opened.standIn());
+}
+
+void LargeView::selectLeft() {
+    if (isShown() || !_opened.isAwaited()) return;
+    PBImageBrowserView& browser = _parts.browserPane.browserView();
+    std::shared_ptr<PBImageFileItem> left;
+    browser.leaves().forEachImage(
+        FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
+            if (!left && _opened.isIt(*item)) left = item;
+        });
+    if (!left) return;
+    _opened.end();
+    left->setIsSelected(true);
+    browser.showCurrent(left);
+    browser.selectDidChange();
 }
 
 bool LargeView::asksFor(const QString& folderPath) const {
@@ -173,7 +197,7 @@ void LargeView::leave() {
     PBImageBrowserView& browser = _parts.browserPane.browserView();
     const auto shown = chosenImageFileItem();
     _parts.services.delegate.setOpenFiles(nullptr);
-    _opened.end();
+    _opened.dropStandIn();
     EarlyPhotograph::shared().forget();
     _controller->leave();
     _groupPath.clear();
@@ -222,8 +246,19 @@ bool LargeView::hasFocusIn(const LargeViewLists::List& list) const {
     });
 }
 
+void LargeView::willShowSamePhotographsOf(const QString& folderPath) {
+    const auto focus = chosenImageFileItem();
+    if (focus && isShown() && !_opened.isAwaited()) _opened.await({folderPath, focus->fileName()});
+    willShowSamePhotographs();
+}
+
 void LargeView::scanStateDidChange() {
-    if (!isShown() || _parts.services.delegate.isScanning()) return;
+    if (_parts.services.delegate.isScanning()) return;
+    if (!isShown()) {
+        selectLeft();
+        if (!_parts.services.groupTreeDataSource.isWaiting()) _opened.end();
+        return;
+    }
     if (std::exchange(_isAwaitingFocus, false) || _opened.isAwaited()) updateLargeViewData();
     _controller->scanFinished();
 }
@@ -245,10 +280,11 @@ void LargeView::updateWindowTitle(const QString& title, const QString& represent
 }
 
 bool LargeView::canOpenPath(const QString& path) const {
-    if (QFileInfo(path).isDir()) return true;
+    // By their names: of many photographs nobody looks at each.
     const QString type = PBUtilities::extentionToUTI(PBUtilities::pathExtension(path).toString());
-    return PBUtilities::conformsToUTIArray(
-        type, _parts.services.imageImporterManager.supportImageTypes());
+    const QStringList types = _parts.services.imageImporterManager.supportImageTypes();
+    return PBUtilities::conformsToUTIArray(type, types) ||
+           _parts.services.aliasResolver.isFolder(path);
 }
 
 void LargeView::openDroppedPaths(const QStringList& paths) {

@@ -49,7 +49,7 @@ public:
     /// Shows what the request to open files asks for, which a scan is bringing, that file first.
     void openFilesEnterToLargeView(const OpenFilesRequest::NamedFile& first);
     /// A photograph that was opened stands alone as yet, without those of its folder.
-    [[nodiscard]] bool isAwaitingOpened() const { return _opened.isAwaited(); }
+    [[nodiscard]] bool isAwaitingOpened() const { return isShown() && _opened.isAwaited(); }
     /// The request that is shown is for that folder, or for something in it.
     [[nodiscard]] bool asksFor(const QString& folderPath) const;
     /// The photograph in focus, if it is one that commands can be given for.
@@ -66,6 +66,8 @@ public:
     void updateLargeViewData();
     /// The same photographs will come again as other items: what is shown stays until they do.
     void willShowSamePhotographs() { _isAwaitingFocus = isShown(); }
+    /// Likewise, in that folder, and perhaps by other rows of the catalogue.
+    void willShowSamePhotographsOf(const QString& folderPath);
     /// The scan began or ended.
     void scanStateDidChange();
 
@@ -102,6 +104,8 @@ private:
     /// Makes the list that of the view, with that photograph of it in focus.
     void showAt(LargeViewLists::List list, const std::shared_ptr<PBImageFileItem>& focus);
     void standInCame();
+    /// Selects a photograph in the browser that was left here before a scan had brought it.
+    void selectLeft();
     /// True where the list is to be shown: the photograph that was opened has its place in it, or
     /// none.
     [[nodiscard]] bool takeOpened(LargeViewLists::List& list);

@@ -8,7 +8,6 @@
 #include "image/large/EarlyPhotograph.h"
 #include "image/large/PBLoadImageManager.h"
 #include "library/PBAliasManager.h"
-#include "platform/files/FileManager.h"
 #include "platform/files/PathNames.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/services/FileServices.h"
@@ -31,27 +30,36 @@ OpenedPhotograph::~OpenedPhotograph() = default;
 
 void OpenedPhotograph::begin(const OpenFilesRequest::NamedFile& file) {
     platform::assertMainThread();
-    end();
-    _folderPath = file.folderPath;
-    _name = file.fileName;
+    await(file);
     if (!isAwaited()) return;
     _alive = std::make_shared<bool>(true);
     EarlyPhotograph::shared().begin(path(), _parts.services.loadImageManager.screen());
-    _standIn = cataloguedItem();
+    if (file.values) _standIn = cataloguedItem(*file.values);
     if (!_standIn) makeStandInFromFile();
 }
 
-void OpenedPhotograph::end() {
-    _name.clear();
+void OpenedPhotograph::await(const OpenFilesRequest::NamedFile& file) {
+    dropStandIn();
+    _folderPath = file.folderPath;
+    _name = file.fileName;
+}
+
+void OpenedPhotograph::dropStandIn() {
     _alive.reset();
     _standIn.reset();
+}
+
+void OpenedPhotograph::end() {
+    dropStandIn();
+    _name.clear();
 }
 
 QString OpenedPhotograph::path() const {
     return platform::pathInFolder(_folderPath, _name);
 }
 
-std::shared_ptr<PBImageFileItem> OpenedPhotograph::cataloguedItem() const {
+std::shared_ptr<PBImageFileItem>
+OpenedPhotograph::cataloguedItem(const platform::ResourceValues& values) const {
     QString relativePath;
     const auto root = _parts.services.aliasManager.appropriateAliasObjectForPath(
         _folderPath, &relativePath, false);
@@ -67,7 +75,6 @@ std::shared_ptr<PBImageFileItem> OpenedPhotograph::cataloguedItem() const {
         db.executeQuery(group::ImageFileRow::queryForIds(), QStringLiteral("[%1]").arg(*fileId));
     if (!cursor.next()) return nullptr;
     auto item = group::fileItemOfRow(group::ImageFileRow::fromResultSet(cursor));
-    const platform::ResourceValues values = platform::FileManager::look(path()).values;
     const bool isSame = static_cast<quint64>(values.fileSize) == item->fileSize() &&
                         values.modificationDate == item->modifiedDate();
     return isSame && !item->imageSize().isEmpty() ? std::move(item) : nullptr;

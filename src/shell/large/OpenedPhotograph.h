@@ -29,6 +29,10 @@ public:
 
     /// The request is about that file; about none where it is empty.
     void begin(const OpenFilesRequest::NamedFile& file);
+    /// Awaits the photograph of which there is a picture already.
+    void await(const OpenFilesRequest::NamedFile& file);
+    /// Nobody looks at the stand-in any more; the photograph itself is awaited still.
+    void dropStandIn();
     /// The photograph is there, or does not come.
     void end();
     [[nodiscard]] bool isAwaited() const { return !_name.isEmpty(); }
@@ -43,7 +47,9 @@ public:
 
 private:
     [[nodiscard]] QString path() const;
-    [[nodiscard]] std::shared_ptr<PBImageFileItem> cataloguedItem() const;
+    /// The item of the catalogue's row, if the file is as that says.
+    [[nodiscard]] std::shared_ptr<PBImageFileItem>
+    cataloguedItem(const platform::ResourceValues& values) const;
     void makeStandInFromFile();
 
     const Parts _parts;

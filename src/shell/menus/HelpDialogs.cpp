@@ -92,17 +92,25 @@ const ViewKeys viewKeys[] = {
       u"Shortcut_EndShow"}},
 };
 
-void addViewKeys(QTreeWidget& list, const ViewKeys& view) {
+/// Rows whose keys change places where the wheel zooms.
+QStringView rowWhereWheelZooms(QStringView row) {
+    if (row == u"Shortcut_StepsByWheel") return u"Shortcut_StepsByOtherWheel";
+    if (row == u"Shortcut_ZoomWheel") return u"Shortcut_ZoomPlainWheel";
+    return row;
+}
+
+void addViewKeys(QTreeWidget& list, const ViewKeys& view, bool wheelZooms) {
     auto* section = sectionItem(localizedString(view.title), list.font());
     for (const QStringView row : view.rows) {
-        const QStringList parts = localizedString(row).split(QStringLiteral("; "));
+        const QString text = localizedString(wheelZooms ? rowWhereWheelZooms(row) : row);
+        const QStringList parts = text.split(QStringLiteral("; "));
         new QTreeWidgetItem(section, {parts.value(0), parts.value(1)});
     }
     list.addTopLevelItem(section);
     section->setFirstColumnSpanned(true);
 }
 
-QTreeWidget* shortcutList(const MainMenu& menu) {
+QTreeWidget* shortcutList(const MainMenu& menu, bool wheelZooms) {
     auto* list = new QTreeWidget;
     list->setColumnCount(2);
     list->setHeaderHidden(true);
@@ -123,7 +131,7 @@ QTreeWidget* shortcutList(const MainMenu& menu) {
         section->setFirstColumnSpanned(true);
     }
     for (const ViewKeys& view : viewKeys)
-        addViewKeys(*list, view);
+        addViewKeys(*list, view, wheelZooms);
     list->expandAll();
     list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
@@ -133,12 +141,12 @@ QTreeWidget* shortcutList(const MainMenu& menu) {
 
 } // namespace
 
-void HelpDialogs::showShortcuts(const MainMenu& menu, QWidget& window) {
+void HelpDialogs::showShortcuts(const MainMenu& menu, bool wheelZooms, QWidget& window) {
     const QString name = QStringLiteral("shortcuts");
     if (raisesDialog(name, window)) return;
     QDialog* dialog = makeDialog(name, localizedString(u"ShortcutsTitle"), window);
     auto* layout = new QVBoxLayout(dialog);
-    layout->addWidget(shortcutList(menu));
+    layout->addWidget(shortcutList(menu, wheelZooms));
     layout->addWidget(closeButton(*dialog));
     dialog->resize(540, 600);
     dialog->show();

@@ -7,8 +7,9 @@ class QWidget;
 /// comes to the front. Main thread.
 namespace HelpDialogs {
 
-/// All commands that have a shortcut, menu by menu.
-void showShortcuts(const MainMenu& menu, QWidget& window);
+/// All commands that have a shortcut, menu by menu, and what keys and wheel mean in the views.
+/// `wheelZooms`: in the large view, where it goes to other photographs with Ctrl then.
+void showShortcuts(const MainMenu& menu, bool wheelZooms, QWidget& window);
 /// The program, its version and whom it has to thank.
 void showAbout(QWidget& window);
 

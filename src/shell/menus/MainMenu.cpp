@@ -15,6 +15,7 @@
 #include <QMenuBar>
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 using platform::localizedString;
@@ -38,6 +39,45 @@ bool isRepeated(MenuCommand command) {
     return (command >= go_PreviousItem && command <= go_LastGroupItem) || command == view_zoomIn ||
            command == view_zoomOut || command == undo || command == redo || command == nextPane ||
            command == previousPane;
+}
+
+/// The place of the letter that the mark in a text is for; -1 for none.
+qsizetype letterIn(const QString& text) {
+    for (qsizetype mark = text.indexOf(u'&'); mark >= 0 && mark + 1 < text.size();
+         mark = text.indexOf(u'&', mark + 2))
+        if (text[mark + 1] != u'&') return mark + 1;
+    return -1;
+}
+
+/// With the mark before its first letter that is free, which is taken then; without one where none
+/// is.
+QString withOtherLetter(QString text, std::set<QChar>& taken) {
+    if (const qsizetype letter = letterIn(text); letter > 0) text.remove(letter - 1, 1);
+    for (qsizetype place = 0; place < text.size(); ++place) {
+        const QChar letter = text[place].toLower();
+        if (!letter.isLetterOrNumber() || !taken.insert(letter).second) continue;
+        return text.insert(place, u'&');
+    }
+    return text;
+}
+
+/// Entries of several menus stand in one: those whose letter another one has before them get
+/// another while the menu is open.
+void tellLettersApart(QMenu& menu) {
+    std::set<QChar> taken;
+    QList<QAction*> others;
+    for (QAction* entry : menu.actions()) {
+        const qsizetype letter = letterIn(entry->text());
+        if (entry->isSeparator()) continue;
+        if (letter < 0 || !taken.insert(entry->text()[letter].toLower()).second)
+            others.append(entry);
+    }
+    for (QAction* entry : others) {
+        const QString text = entry->text();
+        entry->setText(withOtherLetter(text, taken));
+        QObject::connect(
+            &menu, &QMenu::aboutToHide, entry, [entry, text] { entry->setText(text); });
+    }
 }
 
 /// A submenu without any entry that can be chosen can't be opened, for the reason of the first.
@@ -186,7 +226,9 @@ void MainMenu::validate(bool includesPasteboard) {
 }
 
 void MainMenu::trigger(MenuCommand command) {
-    if (isPossible(command)) perform(command);
+    if (isPossible(command)) return perform(command);
+    const QString why = reason(command);
+    if (!why.isEmpty()) Q_EMIT refused(why);
 }
 
 bool MainMenu::isPossible(MenuCommand command) const {
@@ -225,6 +267,7 @@ void MainMenu::popUp(QMenu& menu, const QPoint& globalPosition) {
     // Those that belong to the bar are in step already.
     for (const QAction* entry : menu.actions())
         if (entry->menu() && entry->menu()->parent() == &menu) enableAsEntries(*entry->menu());
+    tellLettersApart(menu);
     // What lies under the menu stays until it is closed.
     const auto scope = std::make_shared<platform::TrackingScope>();
     connect(&menu, &QObject::destroyed, this, [scope] {});

@@ -41,7 +41,7 @@ public:
     void setGroupMenu(QMenu& groupMenu);
     /// Takes effect with the next validation.
     void connectCommand(MenuCommand command, std::function<void()> perform);
-    /// Performs the command, if that is possible now.
+    /// Performs the command, if that is possible now; tells why where it is not.
     void trigger(MenuCommand command);
     /// Whether a command that somebody has connected is possible now.
     [[nodiscard]] bool isPossible(MenuCommand command) const;
@@ -53,6 +53,10 @@ public:
     /// Opens the menu of the browser at a place of the screen; the menu deletes itself.
     void popUpBrowserMenu(bool isOnItem, const QPoint& globalPosition, QWidget* parent);
     void popUpLargeViewMenu(const QPoint& globalPosition, QWidget* parent);
+
+Q_SIGNALS:
+    /// A command that was asked for by other ways than menus is not possible.
+    void refused(const QString& reason);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -52,6 +52,7 @@ constexpr Refusal refusals[] = {
     {inBrowser, inLargeView, u"Why_OnlyAmongThumbnails"},
     {inLargeView, inBrowser, u"Why_OnlyInLargeView"},
     {inLargeViewWithItems, inBrowser, u"Why_OnlyInLargeView"},
+    {inLargeViewWithItems, isScanningNothing, u"Why_Scanning"},
     {inLargeViewWithItems, always, u"Why_NoPhotograph"},
     {canHideToolbar, isInFullScreen, u"Why_FullScreen"},
     {canHideStatusBar, isInFullScreen, u"Why_NoStatusBarInFullScreen"},

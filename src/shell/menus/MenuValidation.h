@@ -30,6 +30,7 @@ struct MenuState {
 
     bool isLargeView = false;
     LargeView largeView;
+    bool isScanning = false; ///< more photographs may come, in either view
 
     // The sidebar
     bool isRootSelected = false;
@@ -39,8 +40,7 @@ struct MenuState {
     bool recurseSubFolder = false;
 
     // The browser
-    bool isScanning = false; ///< more photographs may come
-    bool hasItems = false;   ///< there are photographs, folded groups count
+    bool hasItems = false; ///< there are photographs, folded groups count
     /// Of photographs that commands act on: those in folded groups too; in the large view the one
     /// in focus, unless it only stands in for one of the catalogue.
     qint64 selectCount = 0;

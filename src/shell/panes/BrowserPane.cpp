@@ -14,10 +14,13 @@
 
 #include <QColorSpace>
 
+#include <algorithm>
+
 namespace {
 
-/// Thumbnails kept before the browser has told how many fill a page.
-constexpr std::uint64_t firstBufferCount = 200;
+/// Thumbnails kept before the browser has told how many fill a page, and at least: a page may be a
+/// few large ones, and the strip of the large view shows many.
+constexpr std::uint64_t leastBufferCount = 200;
 constexpr std::uint64_t bufferedPages = 3;
 
 } // namespace
@@ -37,13 +40,14 @@ BrowserPane::BrowserPane(const ShellServices& services, std::function<void()> up
     : _services(services), _updateTip(std::move(updateTip)),
       _loader(std::make_unique<StoredThumbnails>(services.mainThumbDb)),
       _preloadLoader(std::make_unique<StoredThumbnails>(services.preloadThumbDb)),
-      _folderPaths(services.mainFileDb, services.aliasManager), _buffer(firstBufferCount),
+      _folderPaths(services.mainFileDb, services.aliasManager), _buffer(leastBufferCount),
       _scrollView(new PBImageBrowserScrollView(*this)),
       _view(new PBImageBrowserView(*_scrollView, *this)) {
     _buffer.setBrowserOrder(&_view->browserOrder());
 
     connect(_view, &PBImageBrowserView::pageItemCountDidChange, this, [this](qint64 count) {
-        _buffer.setBufferCount(static_cast<std::uint64_t>(count) * bufferedPages);
+        _buffer.setBufferCount(
+            std::max(leastBufferCount, static_cast<std::uint64_t>(count) * bufferedPages));
     });
     connect(
         &services.buildThumbNotifier, &BuildThumbNotifier::PBNotiName_BuildThumb, _view,
@@ -92,8 +96,7 @@ void BrowserPane::clear(bool isSameFolder) {
 
 void BrowserPane::updateImageBrowserViewData() {
     platform::assertMainThread();
-    _view->setLeafGroupItemArray(_services.groupTreeDataSource.leafGroupItemArray());
-    _view->reloadData();
+    _view->showLeafGroupItemArray(_services.groupTreeDataSource.leafGroupItemArray());
 }
 
 void BrowserPane::scrollToLeaf(const PBGroupItemData& leaf) {
@@ -114,11 +117,6 @@ platform::OperationQueue& BrowserPane::preloadThumbnailOperationQueue() {
 
 platform::OperationQueue& BrowserPane::buildThumbOperationQueue() {
     return _services.buildThumbOperationQueue;
-}
-
-std::optional<qint64> BrowserPane::fileIdOfBuildThumb(const platform::Operation& operation) const {
-    const auto* build = dynamic_cast<const PBBuildThumbOperation*>(&operation);
-    return build ? std::optional(build->fileId()) : std::nullopt;
 }
 
 std::unique_ptr<PBImageImporterProtocol> BrowserPane::imageImporter(const PBImageFileItem& item) {

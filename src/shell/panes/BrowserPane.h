@@ -64,8 +64,6 @@ private:
     [[nodiscard]] ThumbnailLoader& preloadThumbnailLoader() override;
     [[nodiscard]] platform::OperationQueue& preloadThumbnailOperationQueue() override;
     [[nodiscard]] platform::OperationQueue& buildThumbOperationQueue() override;
-    [[nodiscard]] std::optional<qint64>
-    fileIdOfBuildThumb(const platform::Operation& operation) const override;
     [[nodiscard]] std::unique_ptr<PBImageImporterProtocol>
     imageImporter(const PBImageFileItem& item) override;
     [[nodiscard]] PBThumbnailBufferManager& thumbnailBufferManager() override { return _buffer; }

@@ -4,14 +4,17 @@
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 #include "ui/Icons.h"
+#include "ui/PBThemes.h"
 #include "ui/WindowAlert.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFormLayout>
+#include <QGraphicsView>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLocale>
@@ -47,6 +50,8 @@ constexpr int smallestPreview = 128;
 constexpr int largestPreview = 1400;
 constexpr int mostPreviewPages = 30;
 constexpr std::chrono::milliseconds repaintInterval{300};
+/// Printers of this machine answer within that; a server that is gone takes minutes.
+constexpr std::chrono::milliseconds longestWaitForPrinters{200};
 
 /// Papers of printers and of photographs.
 QList<QPageSize> papers() {
@@ -66,9 +71,15 @@ int usualPaper() {
     return QLocale().measurementSystem() == QLocale::ImperialUSSystem ? 1 : 0;
 }
 
+/// Of a file, and of what printers have in line.
+QString documentName(const std::vector<PrintedPhotograph>& photographs) {
+    return photographs.size() == 1 ? QFileInfo(photographs.front().name).completeBaseName()
+                                   : localizedString(u"PrintPdfName");
+}
+
 class PrinterTarget final : public PrintTarget {
 public:
-    explicit PrinterTarget(std::unique_ptr<QPrinter> printer) : _printer(std::move(printer)) {}
+    explicit PrinterTarget(std::shared_ptr<QPrinter> printer) : _printer(std::move(printer)) {}
     QPagedPaintDevice& device() override { return *_printer; }
     bool end(bool isWanted) override {
         if (!isWanted) _printer->abort();
@@ -76,7 +87,7 @@ public:
     }
 
 private:
-    const std::unique_ptr<QPrinter> _printer;
+    const std::shared_ptr<QPrinter> _printer;
 };
 
 QToolButton* pageButton(const QString& icon, QStringView text) {
@@ -94,29 +105,26 @@ QToolButton* pageButton(const QString& icon, QStringView text) {
 PrintDialog::PrintDialog(
     std::vector<PrintedPhotograph> photographs, PBImageImporterManager& importers, QWidget& window)
     : QDialog(&window), _photographs(std::move(photographs)), _importers(importers),
-      _previewPrinter(std::make_unique<QPrinter>(QPrinter::HighResolution)) {
+      _printers([](std::function<void()> function) {
+          if (MainLoop* loop = MainLoop::instance())
+              loop->post(MainLoop::Mode::Common, std::move(function));
+      }) {
     setWindowTitle(localizedString(u"PrintTitle"));
     setWindowModality(Qt::WindowModal);
-    // The preview needs no printer.
-    _previewPrinter->setOutputFormat(QPrinter::PdfFormat);
-    _preview = new QPrintPreviewWidget(_previewPrinter.get());
-    _preview->setAccessibleName(localizedString(u"PrintPreview"));
-    connect(_preview, &QPrintPreviewWidget::paintRequested, this, [this](QPrinter* printer) {
-        paintPreview(printer);
-    });
-    connect(_preview, &QPrintPreviewWidget::previewChanged, this, [this] { pageDidChange(); });
-
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(makeControls());
-    layout->addWidget(_preview, 1);
+    _previewPlace = new QVBoxLayout;
+    layout->addLayout(_previewPlace, 1);
     layout->addWidget(makePageButtons());
     layout->addWidget(makeButtons());
     _repaint.setSingleShot(true);
     _repaint.setInterval(repaintInterval);
     connect(&_repaint, &QTimer::timeout, this, [this] {
-        if (!_job) _preview->updatePreview();
+        if (!_job) updatePreview();
     });
     resize(firstSize.boundedTo(window.size()));
+    makePrinter([this](const std::shared_ptr<QPrinter>& printer) { makePreview(printer); });
+    pageDidChange();
     readPreview();
 }
 
@@ -125,11 +133,43 @@ PrintDialog::~PrintDialog() {
     _queue.waitUntilAllOperationsAreFinished();
 }
 
+void PrintDialog::makePrinter(const std::function<void(std::shared_ptr<QPrinter> printer)>& take) {
+    using Printer = std::shared_ptr<QPrinter>;
+    const auto made = _printers.call<Printer>(
+        QStringLiteral("printers"), QString::number(++_printerCount), longestWaitForPrinters,
+        [] { return std::make_shared<QPrinter>(QPrinter::HighResolution); }, take);
+    if (made) take(*made);
+}
+
+void PrintDialog::makePreview(std::shared_ptr<QPrinter> printer) {
+    _previewPrinter = std::move(printer);
+    // It is shown, and not printed.
+    _previewPrinter->setOutputFormat(QPrinter::PdfFormat);
+    _preview = new QPrintPreviewWidget(_previewPrinter.get());
+    _preview->setAccessibleName(localizedString(u"PrintPreview"));
+    connect(_preview, &QPrintPreviewWidget::paintRequested, this, [this](QPrinter* paper) {
+        paintPreview(paper);
+    });
+    connect(_preview, &QPrintPreviewWidget::previewChanged, this, [this] { pageDidChange(); });
+    // The toolkit's own ground is of no theme.
+    if (const auto* pages = _preview->findChild<QGraphicsView*>(); pages && pages->scene())
+        pages->scene()->setBackgroundBrush(PBThemes::imageBrowserBackgroundColor());
+    _previewPlace->addWidget(_preview);
+    updatePreview();
+}
+
+void PrintDialog::updatePreview() {
+    if (_preview) _preview->updatePreview();
+}
+
 QWidget* PrintDialog::makeControls() {
     auto* controls = new QWidget;
     auto* form = new QFormLayout(controls);
     form->setContentsMargins(0, 0, 0, 0);
+    form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
+    constexpr int boxLength = 18; // letters, of both boxes
     _perPage = new QComboBox;
+    _perPage->setMinimumContentsLength(boxLength);
     _perPage->setObjectName(QStringLiteral("perPage"));
     for (const int count : perPageChoices) {
         _perPage->addItem(QLocale().toString(count), count);
@@ -140,15 +180,16 @@ QWidget* PrintDialog::makeControls() {
     connect(_perPage, &QComboBox::currentIndexChanged, this, &PrintDialog::readPreview);
     form->addRow(localizedString(u"PrintPerPage"), _perPage);
     _paper = new QComboBox;
+    _paper->setMinimumContentsLength(boxLength);
     _paper->setObjectName(QStringLiteral("paper"));
     for (const QPageSize& paper : papers())
         _paper->addItem(paper.name());
     _paper->setCurrentIndex(usualPaper());
-    connect(_paper, &QComboBox::currentIndexChanged, this, [this] { _preview->updatePreview(); });
+    connect(_paper, &QComboBox::currentIndexChanged, this, &PrintDialog::updatePreview);
     form->addRow(localizedString(u"PrintPaper"), _paper);
     _names = new QCheckBox(localizedString(u"PrintNames"));
     _names->setChecked(_photographs.size() > 1);
-    connect(_names, &QCheckBox::toggled, this, [this] { _preview->updatePreview(); });
+    connect(_names, &QCheckBox::toggled, this, &PrintDialog::updatePreview);
     form->addRow(QString(), _names);
     _idleWidgets.push_back(controls);
     return controls;
@@ -161,7 +202,9 @@ QWidget* PrintDialog::makePageButtons() {
     _previous = pageButton(QStringLiteral("chevron-left"), u"PrintPreviousPage");
     _next = pageButton(QStringLiteral("chevron-right"), u"PrintNextPage");
     _page = new QLabel;
-    const auto go = [this](int step) { _preview->setCurrentPage(_preview->currentPage() + step); };
+    const auto go = [this](int step) {
+        if (_preview) _preview->setCurrentPage(_preview->currentPage() + step);
+    };
     connect(_previous, &QToolButton::clicked, this, [go] { go(-1); });
     connect(_next, &QToolButton::clicked, this, [go] { go(1); });
     layout->addStretch();
@@ -183,21 +226,23 @@ QWidget* PrintDialog::makeButtons() {
     policy.setRetainSizeWhenHidden(true);
     _progress->setSizePolicy(policy);
     _progress->hide();
-    auto* cancel = new QPushButton(localizedString(u"PrintCancel"));
-    auto* pdf = new QPushButton(localizedString(u"PrintSavePdf"));
-    auto* print = new QPushButton(localizedString(u"PrintButton"));
+    auto* buttons = new QDialogButtonBox; // in the order of the desktop
+    QPushButton* cancel =
+        buttons->addButton(localizedString(u"PrintCancel"), QDialogButtonBox::RejectRole);
+    QPushButton* pdf =
+        buttons->addButton(localizedString(u"PrintSavePdf"), QDialogButtonBox::ActionRole);
+    _print = buttons->addButton(localizedString(u"PrintButton"), QDialogButtonBox::AcceptRole);
     cancel->setAutoDefault(false);
     pdf->setAutoDefault(false);
-    print->setDefault(true);
-    print->setFocus();
+    _print->setDefault(true);
+    _print->setFocus();
     connect(cancel, &QPushButton::clicked, this, &PrintDialog::reject);
     connect(pdf, &QPushButton::clicked, this, [this] { savePdf(); });
-    connect(print, &QPushButton::clicked, this, [this] { this->print(); });
+    connect(_print, &QPushButton::clicked, this, [this] { print(); });
     layout->addWidget(_progress, 1);
-    for (QPushButton* button : {cancel, pdf, print})
-        layout->addWidget(button);
+    layout->addWidget(buttons);
     _idleWidgets.push_back(pdf);
-    _idleWidgets.push_back(print);
+    _idleWidgets.push_back(_print);
     return row;
 }
 
@@ -241,7 +286,7 @@ void PrintDialog::readPreview() {
         });
     *job = _previewJob;
     _queue.addOperation(_previewJob);
-    _preview->updatePreview();
+    updatePreview();
 }
 
 void PrintDialog::didRead(int index, const QImage& picture) {
@@ -276,32 +321,40 @@ void PrintDialog::paintPreview(QPrinter* printer) {
 
 void PrintDialog::pageDidChange() {
     if (!_page) return;
-    const int shown = _preview->pageCount();
+    const int shown = _preview ? _preview->pageCount() : 0;
+    const int page = _preview ? _preview->currentPage() : 1;
     const int all = PrintPage::pageCount(std::ssize(_photographs), perPage());
-    QString text = localizedFormat(u"PrintPage", {_preview->currentPage(), all});
-    if (shown < all) text += localizedFormat(u"PrintPreviewPart", {shown});
+    QString text = localizedFormat(u"PrintPage", {page, all});
+    if (_preview && shown < all) text += localizedFormat(u"PrintPreviewPart", {shown});
     _page->setText(text);
-    _previous->setEnabled(_preview->currentPage() > 1);
-    _next->setEnabled(_preview->currentPage() < shown);
+    _previous->setEnabled(page > 1);
+    _next->setEnabled(page < shown);
 }
 
 void PrintDialog::print() {
-    auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    _print->setEnabled(false);
+    makePrinter([this](const std::shared_ptr<QPrinter>& printer) {
+        _print->setEnabled(!_job);
+        if (!_job) choosePrinter(printer);
+    });
+}
+
+void PrintDialog::choosePrinter(const std::shared_ptr<QPrinter>& printer) {
     QPageLayout layout = pageLayout();
-    layout.setOrientation(_previewPrinter->pageLayout().orientation());
+    layout.setOrientation(
+        PrintPage::bestGrid(layout.paintRect().size(), perPage(), _photographs).orientation);
     printer->setPageLayout(layout);
-    printer->setDocName(windowTitle());
+    printer->setDocName(documentName(_photographs));
     auto* dialog = new QPrintDialog(printer.get(), this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setOptions(
         QAbstractPrintDialog::PrintToFile | QAbstractPrintDialog::PrintShowPageSize |
         QAbstractPrintDialog::PrintCollateCopies);
-    const auto held = std::make_shared<std::unique_ptr<QPrinter>>(std::move(printer));
-    connect(dialog, &QDialog::accepted, this, [this, held] {
+    connect(dialog, &QDialog::accepted, this, [this, printer] {
         // The dialog looks at it once more after this.
         MainLoop::instance()->post(
-            MainLoop::Mode::Common, [this, alive = std::weak_ptr(_alive), held] {
-                if (!alive.expired()) start(std::make_unique<PrinterTarget>(std::move(*held)));
+            MainLoop::Mode::Common, [this, alive = std::weak_ptr(_alive), printer] {
+                if (!alive.expired()) start(std::make_unique<PrinterTarget>(printer));
             });
     });
     dialog->open();
@@ -309,16 +362,13 @@ void PrintDialog::print() {
 
 void PrintDialog::savePdf() {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    const QString name = _photographs.size() == 1
-                             ? QFileInfo(_photographs.front().name).completeBaseName()
-                             : localizedString(u"PrintPdfName");
     auto* dialog = new QFileDialog(
         this, localizedString(u"PrintSavePdfTitle"),
         QDir(folder).exists() ? folder : QDir::homePath(), localizedString(u"PrintPdfFiles"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix(QStringLiteral("pdf"));
-    dialog->selectFile(name + QStringLiteral(".pdf"));
+    dialog->selectFile(documentName(_photographs) + QStringLiteral(".pdf"));
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) {
         start(pdfTarget(path, pageLayout()));
     });

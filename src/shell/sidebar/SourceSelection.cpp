@@ -1,6 +1,7 @@
 #include "shell/sidebar/SourceSelection.h"
 
 #include "core/PBAppDelegate.h"
+#include "core/Paths.h"
 #include "library/OpenedRoots.h"
 #include "library/PBPathHistory.h"
 #include "library/PBSourceTreeDataSource.h"
@@ -77,7 +78,8 @@ void SourceSelection::resolveSelected(PBAliasObject& aliasObject) {
     if (!error.isEmpty()) _parts.prompts.alertCantMount(aliasObject.displayName(), error);
     if (!changed) return;
     _parts.delegate.updateWatchPathsInBackground();
-    _parts.tree.dataSource().reloadData();
+    // What was opened of it has given way.
+    _parts.tree.dataSource().reloadCategoryItem();
 }
 
 void SourceSelection::pushHistory(const PBFolderItem& folder) {
@@ -155,14 +157,52 @@ std::shared_ptr<PBAliasObject> SourceSelection::refresh(const PBAliasArray& chan
     PBSourceTreeDataSource& dataSource = _parts.tree.dataSource();
     for (const auto& root : changed)
         dataSource.refreshAliasObject(*root);
+    // Before its row goes: what is shown of it stays.
+    const QString opened = droppedFolder();
+    const bool isHandled = !opened.isEmpty() && selectInRoot(opened);
     const auto before = _parts.tree.selectedItem();
     // Roots may have been removed as well.
     dataSource.reloadCategoryItem();
+    if (!opened.isEmpty() && !isHandled) _awaitedFolder = opened;
     const auto after = _parts.tree.selectedFolder();
-    if (!after || after != before) return nullptr;
+    if (isHandled || !after || after != before) return nullptr;
     const auto root = std::dynamic_pointer_cast<PBFolderAliasItem>(topmost(after));
     if (!root || std::ranges::find(changed, root->aliasObject()) == changed.end()) return nullptr;
     return root->aliasObject();
+}
+
+QString SourceSelection::droppedFolder() const {
+    const auto folder = _parts.tree.selectedFolder();
+    const auto root = folder ? folder->aliasObjectAndRelativePath(nullptr) : nullptr;
+    const bool isDropped = root && !_parts.aliasManager.findAliasObjectById(root->aliasId());
+    return isDropped && OpenedRoots::isOpened(*root) ? folder->folderPath() : QString();
+}
+
+bool SourceSelection::selectInRoot(const QString& path) {
+    PBSourceTreeDataSource& dataSource = _parts.tree.dataSource();
+    QString below;
+    const auto root = _parts.aliasManager.appropriateAliasObjectForPath(path, &below, true);
+    const auto item = root ? dataSource.folderItemWithAliasObject(*root, below, true) : nullptr;
+    if (!item) return false;
+    // The folders of a root that was away have no rows yet.
+    dataSource.reloadData();
+    _parts.tree.select(*item);
+    return _parts.tree.selectedFolder() == item;
+}
+
+void SourceSelection::lookForRootsOf(const QStringList& paths) {
+    platform::assertMainThread();
+    PBAliasArray changed;
+    for (const auto& root : _parts.aliasManager.aliasArray()) {
+        const QString place = root->reservePath();
+        if (root->isMounted() || place.isEmpty()) continue;
+        const bool isConcerned = std::ranges::any_of(paths, [&place](const QString& path) {
+            return PBUtilities::comparePath(place, path) >= 0;
+        });
+        if (isConcerned && _parts.aliasManager.resolveAlias(*root, {.updateReserve = true}))
+            changed.push_back(root);
+    }
+    volumesDidMount(changed);
 }
 
 void SourceSelection::volumesDidMount(const PBAliasArray& changed) {

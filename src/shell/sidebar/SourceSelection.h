@@ -52,6 +52,9 @@ public:
     void notifySelectionChanged() { selectionDidChange(true); }
     void back();
     void forward();
+    /// Looks once more for roots that were not found at the start, where the paths lie at or below
+    /// the places at which they were last seen.
+    void lookForRootsOf(const QStringList& paths);
 
     /// Roots changed because volumes came or went, or a slow disk has answered.
     void volumesDidMount(const PBAliasArray& changed);
@@ -74,6 +77,10 @@ private:
     void trySelectAwaited();
     /// The changed root that holds the selection, if it kept its row; else nullptr.
     [[nodiscard]] std::shared_ptr<PBAliasObject> refresh(const PBAliasArray& changed);
+    /// The selected folder, if it was only opened, and its own root has been found by now.
+    [[nodiscard]] QString droppedFolder() const;
+    /// False where its disk has not told of it yet.
+    [[nodiscard]] bool selectInRoot(const QString& path);
 
     const Parts _parts;
     QString _awaitedFolder; // empty: none

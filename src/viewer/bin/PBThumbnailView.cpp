@@ -171,6 +171,7 @@ void PBThumbnailView::updateCell(const PBImageFileItem& item) {
 
 void PBThumbnailView::clearPreparedThumbnails() {
     _prepared.clear();
+    _thumbnails.clear();
 }
 
 void PBThumbnailView::resizeEvent(QResizeEvent* event) {
@@ -186,9 +187,9 @@ void PBThumbnailView::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.fillRect(event->rect(), PBThemes::colors().bar);
     if (_bin.count() == 0 || _host.isSlideShowMode()) return;
-    _thumbnails.beginPaint(paintBudget);
-    _isCrude = false;
     const double ratio = painter.deviceTransform().m11();
+    _thumbnails.beginPaint(paintBudget, (geometry().itemSize() - 2) * ratio);
+    _isCrude = false;
     const StripGeometry::Range range = visibleRange();
     for (std::int64_t index = range.first; index <= range.last; ++index)
         if (event->rect().intersects(widgetRect(index))) drawAtIndex(painter, index, ratio);

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -35,25 +36,36 @@ public:
         std::function<double()> clock);
 
     /// Until `budget` seconds are spent, thumbnails that are not in memory are loaded on the spot.
-    void beginPaint(double budget);
+    /// Pictures are painted on so many device pixels at most, in either direction.
+    void beginPaint(double budget, double side);
     [[nodiscard]] bool hasTimeLeft() const { return _clock() < _paintEnd; }
     /// Null if there is none, or no time for it.
     [[nodiscard]] QImage thumbnail(const std::shared_ptr<PBImageFileItem>& item);
     /// Something was left out for want of time since this was asked last.
     [[nodiscard]] bool takeHasMissed() { return std::exchange(_hasMissed, false); }
 
-    /// Loads those without a thumbnail in the background, in this order; earlier wishes are
-    /// dropped.
+    /// Loads those without a thumbnail in the background, in this order, and those with one that
+    /// the browser has reduced too far for the strip; earlier wishes are dropped.
     void preloadThumbnail(const Items& items);
     /// Thumbnails that are still to be built: those of the photographs on show come first.
     void adjustBuildThumb(const std::unordered_set<qint64>& shownFileIds);
 
+    /// The strip is left.
+    void clear() { _whole.clear(); }
+
 private:
+    /// There may be a larger one.
+    [[nodiscard]] bool isTooSmall(const PBImageFileItem& item) const;
+    void didLoad(const PBPreloadThumbnailObject& object);
+
     const ThumbnailSources _sources;
     const std::function<void(const PBImageFileItem&)> _arrived;
     const std::function<double()> _clock;
     /// Expires with this object: a thumbnail may arrive later.
     const std::shared_ptr<StripThumbnails*> _self;
     double _paintEnd = 0;
+    double _side = 0;
+    /// By file: the picture that has all pixels there are.
+    std::unordered_map<qint64, qint64> _whole;
     bool _hasMissed = false;
 };

@@ -88,6 +88,9 @@ public:
 private:
     enum class Step { In, Out };
 
+    /// There is something to zoom; not before the size of a picture is known.
+    [[nodiscard]] bool hasImage() const { return !_placement.imageSize().isEmpty(); }
+
     /// To the step of the table beyond the wish.
     [[nodiscard]] std::optional<GeometryAnimation> zoomBeyond(
         Step step, double wish, GeometryAnimation::Ending ending,

@@ -12,11 +12,13 @@ void ImageGeometry::setScale(double scale) {
 }
 
 bool ImageGeometry::canZoomIn() const {
+    if (!hasImage()) return false;
     const double scale = _placement.pixelScale();
     return maxZoomScale > scale && !isSameScale(scale, maxZoomScale);
 }
 
 bool ImageGeometry::canZoomOut() const {
+    if (!hasImage()) return false;
     const double scale = _placement.pixelScale();
     return scale > _placement.minPixelScale() && !isSameScale(scale, _placement.minPixelScale());
 }
@@ -96,6 +98,7 @@ std::optional<GeometryAnimation> ImageGeometry::fitInWithAnimation(bool animatio
 }
 
 std::optional<GeometryAnimation> ImageGeometry::actualSize() {
+    if (!hasImage()) return {};
     _placement.centerAnchor();
     _zoomDirection = 0;
     if (!isSameScale(_placement.pixelScale(), 1.0)) return zoomTo(1.0, Ending::Stays);
@@ -115,7 +118,7 @@ std::optional<GeometryAnimation> ImageGeometry::toggleActualSizeAtPoint(const QP
 
 bool ImageGeometry::magnifyAtPoint(double magnification, const QPointF& point) {
     const double wish = _placement.pixelScale() * (1 + magnification);
-    if (!std::isfinite(wish)) return false;
+    if (!hasImage() || !std::isfinite(wish)) return false;
     const double target = std::clamp(wish, lowestPixelScale(_placement.pixelScale()), maxZoomScale);
     if (target == _placement.pixelScale()) return false;
     _placement.anchorAt(point);
@@ -127,7 +130,7 @@ bool ImageGeometry::magnifyAtPoint(double magnification, const QPointF& point) {
 
 double ImageGeometry::zoomSlide(double slider) {
     const double snapped = snappedSlider(slider);
-    if (!std::isfinite(snapped)) return zoomSlider();
+    if (!hasImage() || !std::isfinite(snapped)) return zoomSlider();
     leaveFitIn();
     setZooming(false);
     _placement.setPixelScale(sliderToScale(snapped, _placement.minPixelScale()));

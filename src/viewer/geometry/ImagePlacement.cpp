@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <utility>
 
 namespace {
@@ -97,7 +98,9 @@ void ImagePlacement::centerAnchor() {
 void ImagePlacement::anchorAt(const QPointF& point) {
     if (!isFinite(point)) return;
     const QPointF anchor = _viewport.roundPoint(point);
-    _imageAnchor = settledTransform().inverted().map(anchor);
+    // Not as it lies on device pixels: of many small steps, each would move it by a part of one.
+    const QTransform held = transformWithCorner(&ImagePlacement::heldCorner);
+    _imageAnchor = held.inverted().map(anchor);
     _drawAnchor = anchor;
 }
 
@@ -146,10 +149,15 @@ void ImagePlacement::followFitIn() {
 
 QPointF ImagePlacement::heldCorner(const QRectF& frame) const {
     const QRectF view = _viewport.rect();
-    const QPointF held(
+    return {
         heldStart(frame.x(), frame.width(), view.x(), view.width()),
-        heldStart(frame.y(), frame.height(), view.y(), view.height()));
+        heldStart(frame.y(), frame.height(), view.y(), view.height())};
+}
+
+QPointF ImagePlacement::settledCorner(const QRectF& frame) const {
+    const QPointF held = heldCorner(frame);
     if (_isMoving || std::fmod(_angle, 90) != 0) return held;
+    const QRectF view = _viewport.rect();
     const QPointF snapped = _viewport.nearestPixelCorner(held);
     const double pixel = 1 / _viewport.devicePixelRatio();
     return {
@@ -157,12 +165,16 @@ QPointF ImagePlacement::heldCorner(const QRectF& frame) const {
         gapless(snapped.y(), frame.height(), view.y(), view.height(), pixel)};
 }
 
-QTransform ImagePlacement::settledTransform() const {
+QTransform ImagePlacement::transformWithCorner(CornerOf cornerOf) const {
     const QTransform transform =
         PBUtilities::transformWithImageAnchor(_imageAnchor, _drawAnchor, _angle, _scale);
     const QRectF frame = PBUtilities::imageFrameWithTransform(transform, _imageSize);
-    const QPointF move = heldCorner(frame) - frame.topLeft();
+    const QPointF move = std::invoke(cornerOf, this, frame) - frame.topLeft();
     return transform * QTransform::fromTranslate(move.x(), move.y());
+}
+
+QTransform ImagePlacement::settledTransform() const {
+    return transformWithCorner(&ImagePlacement::settledCorner);
 }
 
 QTransform ImagePlacement::drawTransform() const {

@@ -94,11 +94,16 @@ public:
     friend bool operator==(const ImagePlacement&, const ImagePlacement&) = default;
 
 private:
+    using CornerOf = QPointF (ImagePlacement::*)(const QRectF& frame) const;
+
     void followFitIn();
     /// Without a swipe's offset.
     [[nodiscard]] QTransform settledTransform() const;
-    /// Where the top left corner of a picture's bounds belongs.
+    [[nodiscard]] QTransform transformWithCorner(CornerOf cornerOf) const;
+    /// Where the top left corner of a picture's bounds belongs, so that there is no gap.
     [[nodiscard]] QPointF heldCorner(const QRectF& frame) const;
+    /// The same, at rest on a device pixel.
+    [[nodiscard]] QPointF settledCorner(const QRectF& frame) const;
 
     ImageViewport _viewport;
     QSizeF _imageSize{0, 0};

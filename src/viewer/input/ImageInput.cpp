@@ -56,16 +56,16 @@ bool ImageInput::keyDown(ImageKey key, ImageModifiers modifiers) {
     case ImageKey::Escape:
         _host.perform(ImageCommand::LeaveLargeView);
         return true;
-    case ImageKey::Home:
-        return !modifiers.option && stepTo(ImageStep::First);
-    case ImageKey::End:
-        return !modifiers.option && stepTo(ImageStep::Last);
     default:
         break;
     }
-    // Letters with a modifier are shortcuts.
+    // With a modifier they are shortcuts.
     if (modifiers.isZoom()) return false;
     switch (key) {
+    case ImageKey::Home:
+        return stepTo(ImageStep::First);
+    case ImageKey::End:
+        return stepTo(ImageStep::Last);
     case ImageKey::PageUp:
     case ImageKey::Backspace:
         return stepTo(ImageStep::Previous);
@@ -105,8 +105,8 @@ bool ImageInput::arrowDown(ImageKey key, ImageModifiers modifiers) {
         _motions.start(isToStart ? _geometry.zoomInAtPoint() : _geometry.zoomOutAtPoint());
         return true;
     }
-    // With Alt they go through folders.
-    return !modifiers.option && stepTo(isToStart ? ImageStep::Previous : ImageStep::Next);
+    // With a modifier they are shortcuts, through photographs and folders.
+    return !modifiers.isZoom() && stepTo(isToStart ? ImageStep::Previous : ImageStep::Next);
 }
 
 bool ImageInput::stepTo(ImageStep step) {

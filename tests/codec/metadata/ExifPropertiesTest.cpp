@@ -46,11 +46,6 @@ std::optional<PBDictionary> expectRead(const QByteArray& told, const pictures::W
     return properties;
 }
 
-QStringList sorted(QStringList names) {
-    names.sort();
-    return names;
-}
-
 TEST(ExifPropertiesTest, everyColumnHasAPropertyAndEveryPropertyAColumn) {
     using CatalogueSchema::metadataColumnsOfTable;
     using codec::ExifDictionary;
@@ -61,7 +56,7 @@ TEST(ExifPropertiesTest, everyColumnHasAPropertyAndEveryPropertyAColumn) {
         {codec::auxPropertyKeys(), u"ExifAux"},
         {support::listed(codec::iptcPropertyKeys(), PBUtilities::databaseKeyFromIPTCKey), u"IPTC"}};
     for (const auto& [keys, table] : tables)
-        EXPECT_EQ(sorted(keys), sorted(metadataColumnsOfTable(table)));
+        EXPECT_EQ(support::sorted(keys), support::sorted(metadataColumnsOfTable(table)));
 }
 
 TEST(ExifPropertiesTest, valuesReadAsTheColumnsHoldThem) {
@@ -122,9 +117,11 @@ TEST(ExifPropertiesTest, positionsAreUnsignedDegreesWithTheirReferences) {
 
 TEST(ExifPropertiesTest, tagsOfTheWrongTypeAreReadAsFarAsTheyMakeSense) {
     expectRead(
-        "> Exif.FNumber=5.6; > Exif.FocalLength=; > Exif.ExifVersion=; > TIFF.Software=17",
+        "> Exif.FNumber=5.6; > Exif.FocalLength=; > Exif.ExifVersion=; > TIFF.Software=17; "
+        "> GPS.ProcessingMethod=gps",
         [](Exiv2::ExifData& exif, auto&, auto&) {
-            const Exiv2::AsciiValue aperture("5.6"), words("F five");
+            const Exiv2::AsciiValue aperture("5.6"), words("F five"), method("gps");
+            exif.add(Exiv2::ExifKey("Exif.GPSInfo.GPSProcessingMethod"), &method);
             exif.add(Exiv2::ExifKey("Exif.Photo.FNumber"), &aperture);
             exif.add(Exiv2::ExifKey("Exif.Photo.FocalLength"), &words);
             exif.add(Exiv2::ExifKey("Exif.Photo.ExifVersion"), &words);
@@ -143,12 +140,33 @@ TEST(ExifPropertiesTest, lensAndCameraComeFromTheMakersNotes) {
         "CanonSi.ISOSpeed=160 > Exif.ISOSpeedRatings=100; "
         "CanonSi.FlashBias=0 > ExifAux.FlashCompensation=0; "
         "CanonSi.SubjectDistance=126 > ExifAux.FocusDistance=1.26");
-    expectRead("Image.Make=Canon; Photo.ISOSpeedRatings=65535 > Exif.ISOSpeedRatings=100; "
-               "CanonSi.ISOSpeed=160; CanonSi.SubjectDistance=60001 > ExifAux.FocusDistance=");
+    expectRead(
+        "Image.Make=Canon; Photo.ISOSpeedRatings=65535 > Exif.ISOSpeedRatings=100; "
+        "CanonSi.ISOSpeed=160; CanonSi.SubjectDistance=60001 > ExifAux.FocusDistance=; "
+        "CanonCs.LensType=65535 > ExifAux.LensID=; CanonCs.Lens=0 950 7 > ExifAux.LensInfo=");
     // A lens without a name in the notes: EXIF's own is enough, an empty one is none.
     expectRead("Photo.LensModel=50mm F1.4 > ExifAux.LensModel=50mm F1.4");
     for (const char* nothing : {"----", "n/a", "0.0 mm f/0.0", "(22048)", "0 0 0"})
         expectRead("Photo.LensModel=" + QByteArray(nothing) + " > ExifAux.LensModel=");
+}
+
+TEST(ExifPropertiesTest, inWebPFilesOtherMarksOfAStartMeanNothing) {
+    const auto chunk = [](const char* name, const QByteArray& content) {
+        pictures::ByteWriter header(true);
+        return header.text(name).u32(static_cast<quint64>(content.size())).bytes() + content +
+               QByteArray(content.size() % 2, '\0');
+    };
+    const QByteArray xmp =
+        "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-"
+        "syntax-ns#'><rdf:Description rdf:about='' xmlns:tiff='http://ns.adobe.com/tiff/1.0/' "
+        "tiff:Model='Kit'/></rdf:RDF></x:xmpmeta>";
+    const QByteArray exif =
+        QByteArray::fromHex("4d4d002a 00000008 0001 010f 0002 00000004 49492a00 00000000");
+    const QByteArray file = chunk(
+        "RIFF", "WEBP" + chunk("VP8X", QByteArray::fromHex("0c000000 1d0000 130000")) +
+                    chunk("EXIF", exif) + chunk("XMP ", xmp));
+    EXPECT_EQ(entry(propertiesOf(file), u"TIFF.Make"_s), u"II*"_s);
+    EXPECT_EQ(entry(propertiesOf(file), u"TIFF.Model"_s), u"Kit"_s);
 }
 
 TEST(ExifPropertiesTest, whatOnlyXmpHasIsTakenOverWithTheClockOnTheSpot) {

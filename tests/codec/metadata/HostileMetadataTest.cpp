@@ -6,9 +6,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
-
-namespace {
 
 using codec::process::Descriptor;
 using pictures::propertiesOf;
@@ -76,5 +73,3 @@ TEST(HostileMetadataTest, ofALargeFileOnlyTheStartIsRead) {
 TEST(HostileMetadataTest, damageOfEveryKindDoesNoHarm) {
     made::forDamagedSamples(LLVMFuzzerTestOneInput);
 }
-
-} // namespace

@@ -48,24 +48,14 @@ QByteArray webp(const QByteArray& chunks) {
 /// Two pages; the second one is turned and counts its dots by the centimetre.
 QByteArray twoPages(bool big) {
     ByteWriter file(true);
-    const auto number = [&](quint64 value) { big ? file.u64(value) : file.u32(value); };
-    const auto entry = [&](unsigned tag, unsigned type, quint64 value) {
-        file.u16(tag).u16(type);
-        number(1);
-        number(value);
-    };
-    const auto count = [&](unsigned entries) { big ? file.u64(entries) : file.u16(entries); };
     file.text("II").u16(big ? 43 : 42);
     big ? file.u16(8).u16(0).u64(16) : file.u32(8);
-    count(2);
-    entry(256, 4, 40);
-    entry(257, 4, 30);
-    number(big ? 72 : 38);
-    count(6);
-    for (const auto& [tag, value] : {std::pair(256U, 20U), {257, 10}, {262, 5}, {274, 8}, {296, 3}})
-        entry(tag, 3, value);
-    entry(282, 5, big ? quint64(1) << 32 | 118 : 116);
-    number(0);
+    const quint64 resolution = big ? quint64(1) << 32 | 118 : 116;
+    const TiffEntry first[] = {{256, 4, 1, 40}, {257, 4, 1, 30}};
+    const TiffEntry second[] = {{256, 3, 1, 20}, {257, 3, 1, 10}, {262, 3, 1, 5},
+                                {274, 3, 1, 8},  {296, 3, 1, 3},  {282, 5, 1, resolution}};
+    writeDirectory(file, big, first, big ? 72 : 38);
+    writeDirectory(file, big, second);
     return file.u32(118).u32(1).bytes();
 }
 

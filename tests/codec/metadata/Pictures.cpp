@@ -3,10 +3,8 @@
 #include "codec/metadata/ImageProperties.h"
 
 #include <QBuffer>
-#include <QImage>
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 namespace pictures {
 
@@ -79,34 +77,38 @@ QByteArray heif(const QList<QByteArray>& properties) {
     return box("ftyp", "heic" + QByteArray(4, '\0') + "mif1heic") + box("meta", meta);
 }
 
+void writeDirectory(
+    ByteWriter& file, bool isBig, std::span<const TiffEntry> entries, quint64 next) {
+    const auto number = [&](quint64 value) { isBig ? file.u64(value) : file.u32(value); };
+    isBig ? file.u64(entries.size()) : file.u16(static_cast<unsigned>(entries.size()));
+    for (const auto& [tag, type, count, value] : entries) {
+        file.u16(tag).u16(type);
+        number(count);
+        // A short stands at the start of its field.
+        if (type == 3) file.u16(static_cast<unsigned>(value)).u16(0);
+        if (type == 4) file.u32(value);
+        if (type == 5) number(value);
+        if (isBig && type != 5) file.u32(0);
+    }
+    number(next);
+}
+
 QByteArray tiff(bool big, quint64 stripAt) {
     ByteWriter file(!big);
-    const auto entry = [&](unsigned tag, unsigned type, quint64 value) {
-        file.u16(tag).u16(type);
-        big ? file.u64(1) : file.u32(1);
-        // A short stands at the start of its field.
-        type == 3           ? file.u16(unsigned(value)).u16(0)
-        : type == 4 || !big ? file.u32(value)
-                            : file.u64(value);
-        if (big && type != 5) file.u32(0);
-    };
     constexpr unsigned count = 9;
     const quint64 valuesAt = big ? 16 + 8 + count * 20 + 8 : 8 + 2 + count * 12 + 4;
     file.text(big ? "MM" : "II").u16(big ? 43 : 42);
-    big ? file.u16(8).u16(0).u64(16).u64(count) : file.u32(8).u16(count);
-    entry(256, 4, 40);
-    entry(257, 4, 30);
-    entry(258, 3, 16);
-    entry(259, 3, 1);
-    entry(262, 3, 1);
-    entry(273, 4, stripAt);
-    entry(279, 4, 2400);
-    entry(282, 5, big ? (quint64(300) << 32 | 1) : valuesAt);
-    entry(0x8769, 4, valuesAt + 8);
-    big ? file.u64(0).u64(0).u64(1) : file.u32(0).u32(300).u32(1).u16(1);
+    big ? file.u16(8).u16(0).u64(16) : file.u32(8);
+    const quint64 resolution = big ? quint64(300) << 32 | 1 : valuesAt;
+    const TiffEntry entries[] = {
+        {256, 4, 1, 40},   {257, 4, 1, 30},         {258, 3, 1, 16},
+        {259, 3, 1, 1},    {262, 3, 1, 1},          {273, 4, 1, stripAt},
+        {279, 4, 1, 2400}, {282, 5, 1, resolution}, {0x8769, 4, 1, valuesAt + 8}};
+    writeDirectory(file, big, entries);
+    big ? file.u64(0) : file.u32(300).u32(1);
     // The EXIF directory with one tag: a focal length of 35 mm in 35 mm film.
-    entry(0xA405, 3, 35);
-    return (big ? file.u64(0) : file.u32(0)).bytes();
+    writeDirectory(file, big, std::array{TiffEntry{0xA405, 3, 1, 35}});
+    return file.bytes();
 }
 
 } // namespace pictures

@@ -39,6 +39,13 @@ propertiesOf(const QByteArray& bytes, const QString& type = {}, std::size_t fram
 /// without a picture.
 [[nodiscard]] QByteArray heif(const QList<QByteArray>& properties);
 
+/// Tag, type (3: short, 4: long, 5: fraction), count and value of an entry of a TIFF directory, or
+/// where its values lie; a fraction has room for itself only in a big file.
+using TiffEntry = std::tuple<unsigned, unsigned, unsigned, quint64>;
+/// A directory, and where the next one lies.
+void writeDirectory(
+    ByteWriter& file, bool isBig, std::span<const TiffEntry> entries, quint64 next = 0);
+
 /// A TIFF file of one page of 40 x 30 gray pixels at 300 dots an inch, with the strip at `stripAt`.
 [[nodiscard]] QByteArray tiff(bool big, quint64 stripAt);
 

@@ -1,12 +1,10 @@
-#include "codec/process/DecoderPool.h"
-
 #include "codec/encoding/PictureEncoder.h"
 #include "codec/metadata/Pictures.h"
 #include "codec/process/DecoderHelper.h"
-#include "codec/process/MemoryBudget.h"
 #include "codec/process/OrderFiles.h"
 #include "codec/process/Reaper.h"
 
+#include <QColorSpace>
 #include <QElapsedTimer>
 
 #include <csignal>
@@ -51,6 +49,8 @@ struct DecoderPoolTest : OrderFiles {
     static auto openDescriptors() {
         return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
     }
+
+    DecoderPool missing{{.executable = "/no/such/program", .processes = 1}};
 };
 
 TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
@@ -83,7 +83,6 @@ TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
     EXPECT_EQ(qBlue(image.pixel(0, 0)), 500'077 % 256);
     request.onlyEmbedded = true; // of which there is none
     EXPECT_TRUE(pool.decode(file.get(), {}, request, {}).frame.image.isNull());
-    DecoderPool missing({.executable = "/no/such/program", .processes = 1});
     EXPECT_TRUE(decode(missing, "paint 5 5").image.isNull());
 }
 
@@ -124,22 +123,6 @@ TEST_F(DecoderPoolTest, processCanNeitherOpenFilesNorReachAnybody) {
 }
 #endif
 
-TEST_F(DecoderPoolTest, eachKindOfRequestHasItsOwnTime) {
-    using namespace std::chrono_literals;
-    for (const int maxSize : {0, 256}) {
-        DecoderPool::Settings hasty = settings(1, 1h);
-        (maxSize == 0 ? hasty.fullTime : hasty.thumbnailTime) = 300ms;
-        DecoderPool pool(hasty);
-        const Descriptor file = orders("spin");
-        DecodeRequest request;
-        request.maxSize = maxSize;
-        QElapsedTimer clock;
-        clock.start();
-        EXPECT_EQ(pool.decode(file.get(), {}, request, {}).status, codec::ReadStatus::NotNow);
-        EXPECT_GE(clock.elapsed(), 300);
-    }
-}
-
 TEST_F(DecoderPoolTest, stopEndsAWillingAndAnUnwillingDecoderSoon) {
     DecoderPool pool(settings(1));
     for (const char* order : {"wait", "spin"}) {
@@ -159,9 +142,7 @@ TEST_F(DecoderPoolTest, stopEndsAWillingAndAnUnwillingDecoderSoon) {
         // 20 ms are promised; a loaded machine, or a sanitizer, may take longer to get to it.
         EXPECT_LT(clock.elapsed(), 2000);
     }
-    std::stop_source stopped;
-    stopped.request_stop();
-    EXPECT_TRUE(decode(pool, "spin", 0, stopped.get_token()).image.isNull());
+    EXPECT_TRUE(decode(pool, "spin", 0, support::stopped()).image.isNull());
     // Waiting for the process can be stopped as well.
     std::stop_source first;
     std::stop_source second;
@@ -275,13 +256,51 @@ TEST_F(DecoderPoolTest, metadataComeInBlocksThatHaveABoundAndGoIntoOtherFiles) {
 
     EXPECT_TRUE(pool.metadataBlocks(orders("nonsense").get(), {}, {}).blocks.isEmpty());
     EXPECT_EQ(pool.metadataBlocks(orders("").get(), {}, {}).status, PropertiesStatus::Unreadable);
-    std::stop_source stopped;
-    stopped.request_stop();
-    EXPECT_EQ(
-        pool.metadataBlocks(file.get(), {}, stopped.get_token()).status, PropertiesStatus::NotNow);
-    EXPECT_FALSE(pool.embedMetadata(made, carried.blocks, {}, stopped.get_token()));
-    DecoderPool missing({.executable = "/no/such/program", .processes = 1});
+    const std::stop_token stopped = support::stopped();
+    EXPECT_EQ(pool.metadataBlocks(file.get(), {}, stopped).status, PropertiesStatus::NotNow);
+    EXPECT_FALSE(pool.embedMetadata(made, carried.blocks, {}, stopped));
     EXPECT_EQ(missing.metadataBlocks(file.get(), {}, {}).status, PropertiesStatus::NotNow);
+}
+
+TEST_F(DecoderPoolTest, picturesAreEncodedInAProcessThatAStopEnds) {
+    DecoderPool pool(settings(1));
+    QImage image(1500, 1100, QImage::Format_ARGB32);
+    std::uint32_t random = 1;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, random = random * 1'664'525U + 1'013'904'223U);
+    const QImage part = image.copy(0, 0, 501, 300); // for which the toolkit takes threads
+    codec::MetadataBlocks metadata;
+    metadata.exif = QByteArray("II*\0\x08\0\0\0\0\0\0\0\0\0", 14);
+    metadata.xmp = "<x:xmpmeta xmlns:x='adobe:ns:meta/'/>";
+    const QByteArray profile = QColorSpace(QColorSpace::DisplayP3).iccProfile();
+    codec::EncodeSettings encoding{.type = {}, .quality = 0.5, .threads = 2};
+    for (const QString& type : codec::writableTypes()) {
+        encoding.type = type;
+        const QByteArray file = pool.encode(part, profile, metadata, encoding);
+        const QByteArray wanted = codec::encodeToTheEnd(part, profile, metadata, encoding);
+        // How many threads there may be stands in some of them.
+        EXPECT_LE(std::abs(file.size() - wanted.size()), 64) << type.toStdString();
+        EXPECT_EQ(file.contains("x:xmpmeta"), wanted.contains("x:xmpmeta"));
+    }
+    const int child = onlyChild();
+    const auto told = [child](int field) {
+        const QByteArray all = support::readFile(u"/proc/%1/stat"_s.arg(child));
+        return all.split(' ').value(field);
+    };
+    const auto used = [&told] { return told(13).toInt(); }; // of the processor
+    const int before = used();
+    std::stop_source stop;
+    std::atomic<bool> isOver = false;
+    std::jthread stopping([&] {
+        while (!isOver && used() <= before + 10)
+            std::this_thread::yield();
+        stop.request_stop();
+    });
+    encoding = {.type = u"public.avif"_s, .quality = 1, .stop = stop.get_token()};
+    EXPECT_TRUE(pool.encode(image, {}, {}, encoding).isEmpty());
+    isOver = true;
+    EXPECT_TRUE(support::spinUntil([&] { return told(2) == "Z" || told(2).isEmpty(); }));
 }
 
 TEST_F(DecoderPoolTest, processesGoFirstWhereMemoryIsShortAndOutliveTheThreadThatAskedForThem) {
@@ -382,9 +401,7 @@ TEST_F(DecoderPoolTest, whatAProcessEndedOfTellsWhetherItsPictureIsToBlame) {
 TEST_F(DecoderPoolTest, propertiesThatCannotBeReadNowAreNotTakenForUnreadable) {
     using enum codec::PropertiesStatus;
     const Descriptor file = orders("P5\n4 1\n255\nxxxx");
-    DecoderPool missing({.executable = "/no/such/program", .processes = 1});
     EXPECT_EQ(missing.properties(file.get(), {}, 0, {}).status, NotNow);
-
     DecoderPool pool(settings(1));
     EXPECT_EQ(pool.properties(file.get(), {}, 0, {}).status, Read);
     // Of a process that hangs, a stop is not held up.

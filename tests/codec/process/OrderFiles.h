@@ -4,8 +4,6 @@
 #include "codec/process/Descriptor.h"
 #include "support/Support.h"
 
-#include <atomic>
-
 #include <fcntl.h>
 
 /// Files of orders for decoder processes that misbehave.

@@ -65,9 +65,7 @@ TEST_F(SequenceTest, TheDecoderStaysWithTheSequenceWhichMayBeginAnewAndOutliveTh
     EXPECT_EQ(
         pool->decode(orders("paint 9 9").get(), {}, request, {}).frame.image.size(), QSize(9, 9));
     EXPECT_EQ(qBlue(opened.sequence->next({}).frame.image.pixel(0, 0)), 5);
-    std::stop_source stopped;
-    stopped.request_stop();
-    EXPECT_EQ(opened.sequence->next(stopped.get_token()).status, SequenceStatus::NotNow);
+    EXPECT_EQ(opened.sequence->next(support::stopped()).status, SequenceStatus::NotNow);
     pool.reset();
     opened.sequence->rewind();
     EXPECT_EQ(play(*opened.sequence).first.size(), 40U);

@@ -1,6 +1,8 @@
 #include "codec/process/HelperShelf.h"
 #include "codec/process/OrderFiles.h"
 
+#include <QElapsedTimer>
+
 using codec::Urgency;
 using codec::process::HelperShelf;
 using codec::process::MemoryBudget;
@@ -20,9 +22,7 @@ struct UrgencyTest : OrderFiles {
     using Lease = std::unique_ptr<HelperShelf::Lease>;
     /// Nothing where it would have to wait.
     static Lease tryTake(const std::shared_ptr<HelperShelf>& shelf, Urgency urgency) {
-        std::stop_source stopped;
-        stopped.request_stop();
-        auto lease = std::make_unique<HelperShelf::Lease>(shelf, urgency, stopped.get_token());
+        auto lease = std::make_unique<HelperShelf::Lease>(shelf, urgency, support::stopped());
         return lease->isUsable() ? std::move(lease) : nullptr;
     }
 };
@@ -99,18 +99,25 @@ TEST_F(UrgencyTest, MemoryGoesToWhatTheUserWaitsForBeforeThoseInLine) {
     EXPECT_FALSE(isThumbnailServed);
 }
 
-TEST_F(UrgencyTest, ReducedPicturesThatTheUserLooksAtHaveTheTimeOfFullOnes) {
+TEST_F(UrgencyTest, EachKindHasItsTimeAndReducedPicturesThatTheUserLooksAtThatOfFullOnes) {
     using namespace std::chrono_literals;
-    codec::DecoderPool::Settings hasty = settings(1, 1h);
-    hasty.thumbnailTime = 200ms;
-    codec::DecoderPool pool(hasty);
-    const auto file = orders("slow 400");
-    codec::DecodeRequest request;
-    request.maxSize = 256;
-    EXPECT_EQ(pool.decode(file.get(), {}, request, {}).status, codec::ReadStatus::NotNow);
-    for (const Urgency urgency : {Urgency::Focus, Urgency::Next}) {
+    using enum codec::ReadStatus;
+    const std::tuple<int, Urgency, codec::ReadStatus> cases[] = {
+        {0, Urgency::Thumbnail, NotNow},
+        {256, Urgency::Thumbnail, NotNow},
+        {256, Urgency::Focus, Decoded},
+        {256, Urgency::Next, Decoded}};
+    for (const auto& [maxSize, urgency, status] : cases) {
+        codec::DecoderPool::Settings hasty = settings(1, 1h);
+        (maxSize == 0 ? hasty.fullTime : hasty.thumbnailTime) = 200ms;
+        codec::DecoderPool pool(hasty);
+        codec::DecodeRequest request;
+        request.maxSize = maxSize;
         request.urgency = urgency;
-        EXPECT_EQ(pool.decode(file.get(), {}, request, {}).status, codec::ReadStatus::Decoded);
+        QElapsedTimer clock;
+        clock.start();
+        EXPECT_EQ(pool.decode(orders("slow 400").get(), {}, request, {}).status, status);
+        EXPECT_GE(clock.elapsed(), 200);
     }
 }
 

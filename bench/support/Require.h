@@ -8,7 +8,7 @@ namespace bench {
 /// Ends the program where what is measured does not even work.
 inline void require(bool condition, const char* what) {
     if (condition) return;
-    std::fprintf(stderr, "bench_catalogue: %s failed\n", what);
+    std::fprintf(stderr, "bench: %s failed\n", what);
     std::exit(1);
 }
 

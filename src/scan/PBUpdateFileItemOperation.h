@@ -12,7 +12,7 @@
 /// their new place, or out of it; one that search text or filter had left out, and now lets in,
 /// comes in; one that a running pass has yet to come to is read again by it. However the tree and
 /// the display differ at that moment, no photograph is in it twice or lost.
-class EditedPhotographsOperation final : public PBScanAttachOperation {
+class PBUpdateFileItemOperation final : public PBScanAttachOperation {
 public:
     struct Edited {
         /// All of them. The catalogue has the edit already.
@@ -29,7 +29,7 @@ public:
         std::function<void(std::vector<qint64> fileIds)> readAgain;
     };
 
-    EditedPhotographsOperation(PBScanDictionaryRef dictionary, Edited edited)
+    PBUpdateFileItemOperation(PBScanDictionaryRef dictionary, Edited edited)
         : _dictionary(std::move(dictionary)), _edited(std::move(edited)) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
     [[nodiscard]] bool publishesWhenLast() const override { return _edited.moves; }
@@ -40,18 +40,4 @@ private:
 
     const PBScanDictionaryRef _dictionary;
     const Edited _edited;
-};
-
-/// Brings the work tree in step with photographs whose rows went with their files to other folders,
-/// or out of the catalogue: what is in the tree goes, and what the folder on show has now comes in.
-class MovedPhotographsOperation final : public PBScanAttachOperation {
-public:
-    /// The catalogue has it already.
-    MovedPhotographsOperation(PBScanDictionaryRef dictionary, std::vector<qint64> fileIds)
-        : _dictionary(std::move(dictionary)), _fileIds(std::move(fileIds)) {}
-    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
-
-private:
-    const PBScanDictionaryRef _dictionary;
-    const std::vector<qint64> _fileIds;
 };

@@ -4,7 +4,7 @@
 
 #include <span>
 
-namespace marks {
+namespace catalogue {
 
 /// The ids as one argument for `json_each(?)`: sets of any size in one statement.
 [[nodiscard]] inline QString idsText(std::span<const qint64> ids) {
@@ -16,4 +16,4 @@ namespace marks {
     return text + u']';
 }
 
-} // namespace marks
+} // namespace catalogue

@@ -1,20 +1,19 @@
-#include "scan/EditedPhotographsOperation.h"
+#include "scan/RowsTakenIn.h"
 
 #include "FMDB/FMDatabase.h"
-#include "catalogue/marks/IdsText.h"
+#include "catalogue/IdsText.h"
 #include "codec/PBImageImporterManager.h"
 #include "core/Paths.h"
 #include "group/FolderPaths.h"
-#include "group/ItemLookup.h"
 #include "library/PBAliasManager.h"
 #include "platform/files/FileManager.h"
 #include "platform/files/PathNames.h"
-#include "scan/Reinsertion.h"
 #include "scan/ScanServices.h"
 #include "scan/ScanSteps.h"
 
 #include <algorithm>
 #include <unordered_map>
+#include <vector>
 
 using platform::Presence;
 
@@ -42,13 +41,13 @@ bool isInScope(const PBScanDictionary& dictionary, qint64 folderId) {
            PBUtilities::comparePath(scope->relativePath, path) >= 0;
 }
 
-/// Puts the photographs of these rows into the work tree that belong there; answers whether any
-/// came in.
+} // namespace
+
 bool takeInRows(const PBScanDictionary& dictionary, const std::unordered_set<qint64>& fileIds) {
     const std::vector<qint64> ids(fileIds.begin(), fileIds.end());
     std::vector<group::ImageFileRow> rows;
-    FMResultSet cursor =
-        dictionary.Database->executeQuery(group::ImageFileRow::queryForIds(), marks::idsText(ids));
+    FMResultSet cursor = dictionary.Database->executeQuery(
+        group::ImageFileRow::queryForIds(), catalogue::idsText(ids));
     while (cursor.next())
         rows.push_back(group::ImageFileRow::fromResultSet(cursor));
     cursor.close();
@@ -90,48 +89,4 @@ bool takeInRows(const PBScanDictionary& dictionary, const std::unordered_set<qin
     }
     thumbnails.queueAll();
     return hasTakenIn;
-}
-
-} // namespace
-
-void EditedPhotographsOperation::runWithOwnerNSOperation(
-    platform::Operation& /*owner*/, bool isLast) {
-    PBGroupItemArray& tree = *_dictionary->WorkGroupItemArray;
-    std::unordered_set<qint64> wanted(_edited.fileIds.begin(), _edited.fileIds.end());
-    const PBImageFileList inTree = _edited.moves ? group::removeItemsWithIds(tree, wanted)
-                                                 : group::takeItemsWithIds(tree, wanted);
-    // All of them, also after a cancellation: the tree may stay on show.
-    if (_edited.moves) reinsertItems(*_dictionary, inTree, {});
-    tellOthers(inTree);
-    _dictionary->EditedMeanwhile->insert(wanted.begin(), wanted.end());
-    const bool hasTakenIn = takeIn(wanted);
-    if (isLast && (_edited.moves || hasTakenIn)) publishWorkTree(*_dictionary, true);
-}
-
-void EditedPhotographsOperation::tellOthers(const PBImageFileList& inTree) const {
-    const std::unordered_set<std::shared_ptr<PBImageFileItem>> known(
-        _edited.items.begin(), _edited.items.end());
-    std::vector<qint64> others;
-    for (const auto& item : inTree)
-        if (!known.contains(item)) others.push_back(item->fileId());
-    if (!others.empty()) _edited.readAgain(std::move(others));
-}
-
-bool EditedPhotographsOperation::takeIn(const std::unordered_set<qint64>& fileIds) const {
-    // Without a filter and a search whatever is not in the tree is yet to come, or does not belong.
-    const bool mayBeLeftOut =
-        _edited.areRenamed || _dictionary->Filter != 0 || !_dictionary->SearchString.isEmpty();
-    return !fileIds.empty() && mayBeLeftOut && takeInRows(*_dictionary, fileIds);
-}
-
-void MovedPhotographsOperation::runWithOwnerNSOperation(
-    platform::Operation& /*owner*/, bool isLast) {
-    const std::unordered_set<qint64> moved(_fileIds.begin(), _fileIds.end());
-    std::unordered_set<qint64> wanted = moved;
-    const PBImageFileList before =
-        group::removeItemsWithIds(*_dictionary->WorkGroupItemArray, wanted);
-    // A running pass may hold their former rows.
-    _dictionary->EditedMeanwhile->insert(moved.begin(), moved.end());
-    const bool hasTakenIn = takeInRows(*_dictionary, moved);
-    if (isLast && (hasTakenIn || !before.empty())) publishWorkTree(*_dictionary, true);
 }
