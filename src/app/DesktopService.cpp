@@ -3,7 +3,6 @@
 #include "app/OpenedPaths.h"
 #include "core/Application.h"
 #include "platform/program/StandardError.h"
-#include "platform/tasks/MainLoop.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCall>
@@ -53,11 +52,7 @@ constexpr std::chrono::milliseconds longestWaitForDisks{100};
 } // namespace
 
 DesktopService::DesktopService(const QDBusConnection& bus)
-    : _bus(bus), _path(u'/' + PBUtilities::applicationId().replace(u'.', u'/')),
-      _looks([](std::function<void()> function) {
-          if (auto* loop = platform::MainLoop::instance())
-              loop->post(platform::MainLoop::Mode::Common, std::move(function));
-      }) {
+    : _bus(bus), _path(u'/' + PBUtilities::applicationId().replace(u'.', u'/')) {
     if (!_bus.isConnected()) return;
     _bus.registerObject(_path, this, QDBusConnection::ExportScriptableSlots);
 }

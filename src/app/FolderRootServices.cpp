@@ -26,13 +26,8 @@ constexpr std::chrono::milliseconds longestFarewell(300);
 } // namespace
 
 FolderRootServices::FolderRootServices(const Environment& environment)
-    : _environment(environment), _calls([](std::function<void()> function) {
-          if (auto* loop = MainLoop::instance()) {
-              loop->post(MainLoop::Mode::Common, std::move(function));
-          }
-      }),
-      _diskMounter(&QDBusConnection::systemBus), _aliasResolver(_calls, &_mounter),
-      _folderLister(_calls),
+    : _environment(environment), _diskMounter(&QDBusConnection::systemBus),
+      _aliasResolver(_calls, &_mounter), _folderLister(_calls),
       _aliasManager(
           {environment.mainFileDb, *this,
            [this](PBAliasArray roots, std::shared_ptr<PBAliasObject> askedFor) {

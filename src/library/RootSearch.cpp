@@ -39,7 +39,7 @@ struct RootSearch::Shared {
 
 RootSearch::RootSearch(Answer answer)
     : _answer(std::move(answer)), _self(std::make_shared<RootSearch*>(this)),
-      _shared(std::make_shared<Shared>()), _calls(&post) {}
+      _shared(std::make_shared<Shared>()) {}
 
 RootSearch::~RootSearch() {
     _shared->stop.request_stop();

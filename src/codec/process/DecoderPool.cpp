@@ -177,7 +177,7 @@ DecoderPool::metadataBlocks(int descriptor, const NewPicture& picture, std::stop
 bool DecoderPool::embedMetadata(
     QByteArray& file, const MetadataBlocks& metadata, const QByteArray& profile,
     std::stop_token stop) {
-    const process::EmbedExchange exchange(file, metadata, profile);
+    const auto exchange = process::embedExchange(file, metadata, profile);
     if (!exchange.isUsable()) return false;
     HelperShelf::Lease lease(_shelf, Urgency::Next, stop);
     Reply reply;
@@ -194,7 +194,7 @@ bool DecoderPool::embedMetadata(
 QByteArray DecoderPool::encode(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
     const EncodeSettings& settings) {
-    const process::EncodeExchange exchange(image, profile, metadata, settings);
+    const auto exchange = process::encodeExchange(image, profile, metadata, settings);
     if (!exchange.isUsable()) return {};
     HelperShelf::Lease lease(_shelf, Urgency::Next, settings.stop);
     Reply reply;

@@ -4,7 +4,6 @@
 #include "codec/process/SharedMemory.h"
 
 #include <cstring>
-#include <utility>
 
 namespace codec::process {
 
@@ -28,10 +27,9 @@ std::uint64_t lineBytesOf(const QImage& image) {
 
 } // namespace
 
-EncodeExchange::EncodeExchange(
+FileExchange encodeExchange(
     const QImage& image, const QByteArray& profile, const MetadataBlocks& metadata,
-    const EncodeSettings& settings)
-    : _request(makeRequest(Kind::Encode, settings.type, 0)) {
+    const EncodeSettings& settings) {
     const std::array parts{&profile, &metadata.exif, &metadata.xmp};
     Head head{
         .quality = settings.quality,
@@ -46,32 +44,17 @@ EncodeExchange::EncodeExchange(
         head.lengths[part] = static_cast<std::uint64_t>(parts[part]->size());
         bytes += head.lengths[part];
     }
-    // Noise may become larger than it was; what is not written costs nothing.
+    // Noise may become larger than it was.
     constexpr std::uint64_t roomForHeaders = std::uint64_t{1} << 20;
-    _room = 2 * bytes + roomForHeaders;
-    _given = makeSharedMemory(bytes);
-    _result = makeSharedMemory(_room);
-    const auto memory = Mapping::of(_given.get(), bytes, Mapping::Access::ReadWrite);
-    if (!memory || !_result.isOpen()) return;
-    auto* place = static_cast<char*>(memory->data());
-    std::memcpy(place, &head, sizeof head);
-    place += sizeof head;
-    for (int y = 0; y < image.height(); ++y, place += lineBytes)
-        std::memcpy(place, image.constScanLine(y), lineBytes);
-    for (const QByteArray* part : parts) {
-        std::memcpy(place, part->constData(), static_cast<std::size_t>(part->size()));
-        place += part->size();
-    }
-    _request.hasLargeResult = 1;
-    _descriptors = {_given.get(), _result.get()};
-    _isUsable = true;
-}
-
-QByteArray EncodeExchange::accept(const Reply& reply) const {
-    if (reply.count > _room) return {};
-    const auto memory = Mapping::of(_result.get(), reply.count, Mapping::Access::Read);
-    if (!memory) return {};
-    return {static_cast<const char*>(memory->data()), static_cast<qsizetype>(memory->size())};
+    return {
+        makeRequest(Kind::Encode, settings.type, 0), bytes, 2 * bytes + roomForHeaders,
+        [&](char* memory) {
+            std::memcpy(memory, &head, sizeof head);
+            char* place = memory + sizeof head;
+            for (int y = 0; y < image.height(); ++y, place += lineBytes)
+                std::memcpy(place, image.constScanLine(y), lineBytes);
+            putParts(place, parts);
+        }};
 }
 
 void answerEncode(const QString& type, int given, int result, Reply& reply) {
@@ -90,26 +73,19 @@ void answerEncode(const QString& type, int given, int result, Reply& reply) {
         bytes += length;
     const auto memory = Mapping::of(given, bytes, Mapping::Access::Read);
     if (!memory) return;
-    const auto* place = static_cast<const char*>(memory->data()) + sizeof head;
+    GivenParts parts(static_cast<const char*>(memory->data()) + sizeof head);
     const QImage image(
-        reinterpret_cast<const uchar*>(place), head.width, head.height, lineBytes, format);
-    place += pixelBytes;
-    const auto next = [&place](std::uint64_t length) {
-        const char* part = std::exchange(place, place + length);
-        return QByteArray::fromRawData(part, static_cast<qsizetype>(length));
-    };
-    const QByteArray profile = next(head.lengths[0]);
+        reinterpret_cast<const uchar*>(parts.bytes(pixelBytes)), head.width, head.height, lineBytes,
+        format);
+    const QByteArray profile = parts.part(head.lengths[0]);
     MetadataBlocks metadata;
-    metadata.exif = next(head.lengths[1]);
-    metadata.xmp = next(head.lengths[2]);
-    const QByteArray file = encodeToTheEnd(
-        image, profile, metadata, {.type = type, .quality = head.quality, .threads = head.threads});
-    const auto room =
-        Mapping::of(result, static_cast<std::size_t>(file.size()), Mapping::Access::ReadWrite);
-    if (!room) return;
-    std::memcpy(room->data(), file.constData(), room->size());
-    reply.count = room->size();
-    reply.status = Status::Done;
+    metadata.exif = parts.part(head.lengths[1]);
+    metadata.xmp = parts.part(head.lengths[2]);
+    handBack(
+        encodeToTheEnd(
+            image, profile, metadata,
+            {.type = type, .quality = head.quality, .threads = head.threads}),
+        result, reply);
 }
 
 } // namespace codec::process

@@ -30,8 +30,8 @@ enum class Kind : std::uint32_t {
     FrameDelay,
     Properties,
     MetadataBlocks, ///< for the new picture that the request tells of
-    EmbedMetadata,  ///< see `EmbedExchange`
-    Encode,         ///< see `EncodeExchange`
+    EmbedMetadata,  ///< see `embedExchange`
+    Encode,         ///< see `encodeExchange`
     OpenSequence,   ///< keeps the picture open; answered with the frames to play
     NextFrame,      ///< of the sequence that was opened last
     CloseSequence,  ///< there is nobody to read the answer

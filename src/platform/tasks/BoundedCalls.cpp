@@ -1,5 +1,6 @@
 #include "platform/tasks/BoundedCalls.h"
 
+#include "platform/tasks/MainLoop.h"
 #include "platform/tasks/Mutex.h"
 
 #include <algorithm>
@@ -13,6 +14,10 @@ namespace platform {
 namespace {
 
 std::atomic<int> patience = 1;
+
+void postToMainLoop(std::function<void()> function) {
+    if (auto* loop = MainLoop::instance()) loop->post(MainLoop::Mode::Common, std::move(function));
+}
 
 } // namespace
 
@@ -47,7 +52,8 @@ void BoundedCalls::setPatience(int factor) {
 }
 
 BoundedCalls::BoundedCalls(Post post, WaitFor waitFor)
-    : _state(std::make_shared<State>(std::move(post), std::move(waitFor))) {}
+    : _state(std::make_shared<State>(
+          post ? std::move(post) : Post(&postToMainLoop), std::move(waitFor))) {}
 
 BoundedCalls::~BoundedCalls() {
     const auto wait = _state->waitFor ? _state->waitFor(farewell) : farewell;

@@ -31,9 +31,10 @@ public:
     /// other work is done by then.
     static constexpr std::chrono::milliseconds farewell{500};
 
-    /// `post` takes a function from any thread and runs it on the owner's, never within the call.
-    /// Without `waitFor`, limits are waited for as they were promised.
-    explicit BoundedCalls(Post post, WaitFor waitFor = {});
+    /// `post` takes a function from any thread and runs it on the owner's, never within the call;
+    /// without it that is the main thread, as long as there is a main loop. Without `waitFor`,
+    /// limits are waited for as they were promised.
+    explicit BoundedCalls(Post post = {}, WaitFor waitFor = {});
     BoundedCalls(const BoundedCalls&) = delete;
     BoundedCalls& operator=(const BoundedCalls&) = delete;
     /// Drops waiting work and late answers. Waits for running work, at most for the farewell; a

@@ -6,7 +6,6 @@
 #include "image/large/PBLoadImageManager.h"
 #include "library/OpenedRoots.h"
 #include "platform/files/PathNames.h"
-#include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/commands/FilterCommands.h"
 #include "shell/commands/OpenedPlaces.h"
@@ -34,10 +33,7 @@ std::vector<KnownRoot> knownRoots(const PBAliasManager& manager) {
 } // namespace
 
 OpenFilesCommands::OpenFilesCommands(Parts parts, QObject* parent)
-    : QObject(parent), _parts(std::move(parts)), _looks([](std::function<void()> function) {
-          if (auto* loop = platform::MainLoop::instance())
-              loop->post(platform::MainLoop::Mode::Common, std::move(function));
-      }) {}
+    : QObject(parent), _parts(std::move(parts)) {}
 
 void OpenFilesCommands::openFiles(const QStringList& paths) {
     platform::assertMainThread();

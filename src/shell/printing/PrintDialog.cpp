@@ -104,11 +104,7 @@ QToolButton* pageButton(const QString& icon, QStringView text) {
 
 PrintDialog::PrintDialog(
     std::vector<PrintedPhotograph> photographs, PBImageImporterManager& importers, QWidget& window)
-    : QDialog(&window), _photographs(std::move(photographs)), _importers(importers),
-      _printers([](std::function<void()> function) {
-          if (MainLoop* loop = MainLoop::instance())
-              loop->post(MainLoop::Mode::Common, std::move(function));
-      }) {
+    : QDialog(&window), _photographs(std::move(photographs)), _importers(importers) {
     setWindowTitle(localizedString(u"PrintTitle"));
     setWindowModality(Qt::WindowModal);
     auto* layout = new QVBoxLayout(this);
