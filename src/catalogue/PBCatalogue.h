@@ -86,6 +86,7 @@ public:
     // Removals; an id that does not exist is no failure
 
     bool removeFolderAliasWithAliasId(qint64 aliasId);
+    /// A folder that has images stays, which is no failure either.
     bool removeFolderWithFolderId(qint64 folderId);
     bool removeImageFileWithFileId(qint64 fileId);
     bool removeExifWithFileId(qint64 fileId);
@@ -106,6 +107,8 @@ public:
     /// Without a relative path, the folder of the root itself. The empty text finds nothing.
     [[nodiscard]] std::optional<qint64>
     findFolderIdByAliasId(qint64 aliasId, const std::optional<QString>& relativePath);
+    /// Whether the folder has a row; nothing where that can't be told.
+    [[nodiscard]] std::optional<bool> isFolderThere(qint64 folderId);
     /// The name is matched exactly. The two places, if given, are filled on a hit only.
     [[nodiscard]] std::optional<qint64> findImageFileIdByFolderId(
         qint64 folderId, const QString& fileName, qint64* outFileSize, double* outModificationDate);

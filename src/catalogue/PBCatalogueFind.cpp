@@ -33,6 +33,13 @@ PBCatalogue::findFolderIdByAliasId(qint64 aliasId, const std::optional<QString>&
         std::array{PBValue(aliasId), PBValue(*relativePath)});
 }
 
+std::optional<bool> PBCatalogue::isFolderThere(qint64 folderId) {
+    const auto found =
+        findId(QStringLiteral("select Id from Folder where Id = ?"), std::array{PBValue(folderId)});
+    if (!found) return std::nullopt;
+    return *found > 0;
+}
+
 std::optional<qint64> PBCatalogue::findImageFileIdByFolderId(
     qint64 folderId, const QString& fileName, qint64* outFileSize, double* outModificationDate) {
     FMResultSet row = _db.executeQuery(

@@ -21,7 +21,10 @@ bool PBCatalogue::removeFolderAliasWithAliasId(qint64 aliasId) {
 }
 
 bool PBCatalogue::removeFolderWithFolderId(qint64 folderId) {
-    return removeRow(u"Folder", u"Id", folderId);
+    return _db.executeUpdate(
+        QStringLiteral("delete from Folder where Id = ?1 and not exists "
+                       "(select 1 from ImageFile where FolderId = ?1)"),
+        folderId);
 }
 
 bool PBCatalogue::removeImageFileWithFileId(qint64 fileId) {

@@ -3,8 +3,11 @@
 #include "FMDB/FMDatabase.h"
 #include "FMDB/FMTransaction.h"
 #include "catalogue/PBCatalogue.h"
+#include "platform/files/FileManager.h"
+#include "platform/files/PathNames.h"
 #include "platform/program/StandardError.h"
 #include "scan/ScanServices.h"
+#include "scan/StaleRows.h"
 #include "scan/marks/MarksRestorer.h"
 
 #include <sqlite3.h>
@@ -29,6 +32,12 @@ std::vector<group::ImageFileRow> rowsOf(const std::vector<FileProperty>& propert
     return rows;
 }
 
+bool isGone(const FileProperty& property) {
+    const QString name = property.baseProperty.at(QStringLiteral("FileName")).toText();
+    const QString path = platform::pathInFolder(property.parentFolderPath, name);
+    return platform::FileManager::look(path).presence == platform::Presence::Gone;
+}
+
 } // namespace
 
 FilePropertyBatch::FilePropertyBatch(PBScanDictionaryRef dictionary, platform::Operation& operation)
@@ -39,6 +48,7 @@ void FilePropertyBatch::add(FileProperty property) {
 }
 
 void FilePropertyBatch::flush(const std::function<void()>& drain) {
+    const std::uint64_t storedAt = _dictionary->attachedCount();
     insertRows();
     // What runs in a drain may add to the array and flush it in turn.
     std::vector<FileProperty> properties = std::exchange(*_dictionary->ImageFilePropertyArray, {});
@@ -47,16 +57,26 @@ void FilePropertyBatch::flush(const std::function<void()>& drain) {
     const std::vector<group::ImageFileRow> rows = rowsOf(properties);
     step.willInsert(rows);
     ThumbnailsToBuild thumbnails(*_dictionary);
+    StaleRows gone;
     std::size_t shown = 0;
     for (std::size_t index = 0; index < rows.size() && !_operation.isCancelled(); ++index) {
         drain();
-        const qint64 id = rows[index].id;
+        const group::ImageFileRow& row = rows[index];
+        const qint64 id = row.id;
         if (_dictionary->ShownAhead->contains(id)) continue;
         std::optional<group::ImageFileRow> anew;
-        if (_dictionary->EditedMeanwhile->contains(id)) anew = rowAnew(*_dictionary, id);
-        if (show(anew ? *anew : rows[index], properties[index], step, thumbnails)) ++shown;
+        if (_dictionary->EditedMeanwhile->contains(id)) {
+            anew = rowAnew(*_dictionary, id);
+        } else if (_dictionary->attachedCount() != storedAt && isGone(properties[index])) {
+            gone.addFile({id, row.folderId, row.fileName});
+            continue;
+        }
+        if (show(anew ? *anew : row, properties[index], step, thumbnails)) ++shown;
     }
-    if (!_operation.isCancelled()) thumbnails.queueAll();
+    if (!_operation.isCancelled()) {
+        thumbnails.queueAll();
+        gone.remove(*_dictionary, _operation);
+    }
     if (shown == 0 || _operation.isCancelled()) return;
     drain();
     publishWorkTree(*_dictionary);
@@ -94,29 +114,31 @@ bool FilePropertyBatch::insertAll() {
         });
 }
 
-std::optional<bool> FilePropertyBatch::isKnownByNow(const FileProperty& property) const {
+std::optional<bool> FilePropertyBatch::isOutOfDate(const FileProperty& property) const {
     if (_dictionary->isUpToDate(property.unknownAt)) return false;
-    const auto column = [&](const QString& name) { return property.baseProperty.at(name); };
-    const auto known = PBCatalogue(*_dictionary->Database)
-                           .findImageFileIdByFolderId(
-                               column(QStringLiteral("FolderId")).toInteger(),
-                               column(QStringLiteral("FileName")).toText(), nullptr, nullptr);
+    const qint64 folderId = property.baseProperty.at(QStringLiteral("FolderId")).toInteger();
+    PBCatalogue catalogue(*_dictionary->Database);
+    const auto isThere = catalogue.isFolderThere(folderId);
+    if (!isThere) return std::nullopt;
+    if (!*isThere) return true;
+    const auto known = catalogue.findImageFileIdByFolderId(
+        folderId, property.baseProperty.at(QStringLiteral("FileName")).toText(), nullptr, nullptr);
     if (!known) return std::nullopt;
-    return *known > 0;
+    return *known > 0 || isGone(property);
 }
 
 FilePropertyBatch::Insertion FilePropertyBatch::insert(FileProperty& property) {
-    const auto isKnown = isKnownByNow(property);
-    if (!isKnown) return Insertion::Failed;
-    if (*isKnown) return Insertion::LeftOut;
+    const auto isOut = isOutOfDate(property);
+    if (!isOut) return Insertion::Failed;
+    if (*isOut) return Insertion::LeftOut;
     if (insertRow(property)) return Insertion::Stored;
     FMDatabase& db = *_dictionary->Database;
     if (!isRefusalOfValues(db.lastErrorCode())) return Insertion::Failed;
     // A file whose values are not taken must not keep all others out for good.
     tellFailure(db.lastErrorMessage());
     const qint64 id = std::exchange(property.fileId, 0);
-    const bool isOut = id <= 0 || PBCatalogue(db).removeImageFileAndMetadataWithFileId(id);
-    return isOut ? Insertion::LeftOut : Insertion::Failed;
+    const bool isRemoved = id <= 0 || PBCatalogue(db).removeImageFileAndMetadataWithFileId(id);
+    return isRemoved ? Insertion::LeftOut : Insertion::Failed;
 }
 
 bool FilePropertyBatch::insertRow(FileProperty& property) {

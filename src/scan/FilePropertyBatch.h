@@ -25,7 +25,7 @@ struct FileProperty {
     /// 0 until the row is there.
     qint64 fileId = 0;
     platform::FileIdentity identity;
-    /// The dictionary's `attachedCount` when the catalogue did not know the file.
+    /// The dictionary's `attachedCount` when the catalogue knew the folder and not the file.
     std::uint64_t unknownAt = 0;
 };
 
@@ -42,7 +42,7 @@ public:
     /// Stores all in one transaction, puts them into the work tree, queues their thumbnails,
     /// publishes, and empties the batch. `drain` runs attached operations: before each file, and
     /// before the publication. A batch that can't be stored is not shown either: it waits for
-    /// another scan.
+    /// another scan. What goes from the disk between the two loses its row again.
     void flush(const std::function<void()>& drain);
     /// Tells the user, once, that the catalogue does not take what is new.
     void tellFailure(const QString& reason) const;
@@ -60,9 +60,10 @@ private:
     void restoreMarks();
     /// False when the batch can't be stored. A cancellation ends it between two files.
     [[nodiscard]] bool insertAll();
-    /// An attached operation found the same file meanwhile, and stored and showed it. Nothing when
-    /// the catalogue can't tell.
-    [[nodiscard]] std::optional<bool> isKnownByNow(const FileProperty& property) const;
+    /// An attached operation found the same file meanwhile, and stored and showed it; or the file
+    /// or the row of its folder are gone, for which attached operations find photographs that are
+    /// shown only. Nothing when the catalogue can't tell.
+    [[nodiscard]] std::optional<bool> isOutOfDate(const FileProperty& property) const;
     [[nodiscard]] Insertion insert(FileProperty& property);
     /// Answers whether all rows of the file are there.
     [[nodiscard]] bool insertRow(FileProperty& property);

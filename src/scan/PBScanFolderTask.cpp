@@ -20,9 +20,9 @@ struct PBScanFolderTask::Run {
     QString folderPath;
     std::shared_ptr<PBScanFinishedTrigger> trigger;
     FilePropertyBatch batch;
+    /// 0 while the catalogue has no row for the folder, as of that count of attached operations.
     qint64 folderId = 0;
-    /// The catalogue had no row for the folder at that count of attached operations.
-    std::optional<std::uint64_t> noFolderAt = std::nullopt;
+    std::optional<std::uint64_t> folderAt = std::nullopt;
     /// The names that the folder has rows for, as of that count of attached operations: asking the
     /// catalogue for each file would cost more than all else.
     QSet<QString> knownNames = {};
@@ -222,7 +222,7 @@ void PBScanFolderTask::takeFile(Run& run, Entry& waiting) const {
     auto importer = importerOf(run, name);
     if (!importer || run.operation.isCancelled() || isLeftAlone(run, name)) return;
     // As it was before the catalogue was asked.
-    const std::uint64_t unknownAt = (run.folderId > 0 ? run.knownAt : run.noFolderAt).value_or(0);
+    const std::uint64_t unknownAt = run.folderAt.value_or(0);
     checkAttachedOperation(run.operation);
     NewFile file = waiting.file.isValid() ? _dictionary->services->readAhead->wait(
                                                 std::move(waiting.file), run.operation.stopToken())
@@ -255,10 +255,11 @@ bool PBScanFolderTask::isKnown(Run& run, const QString& name) const {
 }
 
 void PBScanFolderTask::findFolderRow(Run& run) const {
-    // Without a row there will be none until an image is found here, or attached work finds one.
+    // Without a row there will be none until an image is found here, or attached work finds one;
+    // and nothing else removes one either.
     const std::uint64_t attached = _dictionary->attachedCount();
-    if (run.folderId > 0 || run.noFolderAt == attached) return;
-    run.noFolderAt = attached;
+    if (run.folderAt == attached) return;
+    run.folderAt = attached;
     const auto found =
         PBCatalogue(*_dictionary->Database)
             .findFolderIdByAliasId(_dictionary->AliasObject->aliasId(), _dictionary->RelativePath);

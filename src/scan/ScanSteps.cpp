@@ -72,7 +72,8 @@ bool hasMoved(PBCatalogue& catalogue, const LookedForFile& file) {
 }
 
 /// Removes rows until a cancellation; answers those of images, or nothing when none could be.
-/// Folders come last: what a cancellation leaves undone has its folder still.
+/// Folders come last: what a cancellation leaves undone has its folder still, and so have images
+/// that a filter keeps out of the list, or that came since the folder was gone.
 std::optional<std::vector<qint64>> removeRows(
     FMDatabase& db, const std::vector<qint64>& folderIds, const std::vector<LookedForFile>& files,
     const platform::Operation& operation) {

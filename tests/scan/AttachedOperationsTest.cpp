@@ -17,6 +17,14 @@ private:
     const QString _name;
 };
 
+struct Action final : PBScanAttachOperation {
+    explicit Action(std::function<void()> action) : _action(std::move(action)) {}
+    void runWithOwnerNSOperation(platform::Operation&, bool) override { _action(); }
+
+private:
+    const std::function<void()> _action;
+};
+
 struct AttachTest : ScanTest {
     /// Attaches work for an item of the work tree, which has one leaf at the top.
     template <typename Operation>
@@ -243,6 +251,85 @@ TEST_F(AttachTest, AFileThatAttachedWorkStoresMeanwhileIsStoredOnce) {
     EXPECT_EQ(images(), words("a.jpg b.jpg c.jpg"));
     EXPECT_EQ(shown(), images());
     EXPECT_EQ(figures.rowsInserted, 3U);
+}
+
+/// The watcher tells of it while the scan has files in hand, or has stored them and not shown them.
+TEST_F(AttachTest, WhatGoesDuringAScanLeavesNoRowsAndWhatComesAgainHasThemOnce) {
+    enum What { File, Folder, FolderThatComesAgain };
+    for (int round = 0; round < 6; ++round) {
+        const What what = std::array{File, Folder, FolderThatComesAgain}.at(round % 3);
+        makePicture(u"1/a.jpg"_s);
+        scan();
+        makePictures("1/b.jpg 1/c.jpg 1/d.jpg");
+        scanQueue.setSuspended(true);
+        startScan();
+        const auto check = std::make_shared<PBCheckFileItemExistAttachOperation>(
+            dictionary(), QStringList(), false);
+        const auto rescan = factory->makeDictionary(root, u"1"_s, workTree, browsing);
+        rescan->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
+        const QString away = temporary.filePath(u"away"_s);
+        QStringList read;
+        importers.willRead = [&](const QString& file) {
+            read.append(file);
+            if (read.size() != 2 + round / 3) return;
+            QFile::rename(what == File ? read.constFirst() : path(u"1"_s), away);
+            const auto mailbox = rescan->AttachOperationArray;
+            mailbox->add(check);
+            if (what != FolderThatComesAgain) return;
+            mailbox->add(
+                std::make_shared<Action>([this, away] { QFile::rename(away, path(u"1"_s)); }));
+            mailbox->add(std::make_shared<PBScanFolderAttachOperation>(rescan));
+        };
+        scanQueue.setSuspended(false);
+        waitForQueues();
+        importers.willRead = {};
+        expectConsistentCatalogue();
+        QStringList left;
+        if (what != Folder) left = words("a.jpg b.jpg c.jpg d.jpg");
+        if (what == File) left.removeOne(QFileInfo(read.constFirst()).fileName());
+        EXPECT_EQ(images(), left) << round;
+        EXPECT_EQ(support::sorted(shown()), left) << round;
+        for (const QString& name : {away, path(u"1"_s)})
+            QFileInfo(name).isDir() ? QDir(name).removeRecursively() : QFile::remove(name);
+        scan();
+    }
+}
+
+/// The catalogue's rows of a folder that was away when they were visited go at the end.
+TEST_F(AttachTest, AFolderThatComesAgainBeforeItsRowsGoKeepsWhatWasFoundInIt) {
+    QStringList all{u"a.jpg"_s, u"new.jpg"_s};
+    makePicture(u"1/a.jpg"_s);
+    scan(); // so its row is the first
+    for (int i = 0; i < 25; ++i) {
+        all.append(u"%1.jpg"_s.arg(i));
+        makePicture(u"2/"_s + all.last());
+    }
+    scan();
+    const QString away = temporary.filePath(u"away"_s);
+    QFile::rename(path(u"1"_s), away);
+    std::function<void()> midway;
+    changeServices([&](ScanServices& changed) {
+        changed.now = [this] { return now = now + 0.25; };
+        changed.waitsForDisplay = [&] {
+            if (midway) std::exchange(midway, {})();
+            return false;
+        };
+    });
+    scanQueue.setSuspended(true);
+    startScan();
+    const auto rescan = factory->makeDictionary(root, u"1"_s, workTree, browsing);
+    rescan->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
+    rescan->IsAttached = true;
+    midway = [&] {
+        QFile::rename(away, path(u"1"_s));
+        makePicture(u"1/new.jpg"_s);
+        rescan->AttachOperationArray->add(std::make_shared<PBScanFolderAttachOperation>(rescan));
+    };
+    scanQueue.setSuspended(false);
+    waitForQueues();
+    expectConsistentCatalogue();
+    EXPECT_EQ(images(), support::sorted(all));
+    EXPECT_EQ(support::sorted(shown()), images());
 }
 
 /// The watcher tells of files while the catalogue's rows are visited.

@@ -5,15 +5,17 @@
 using support::words;
 
 TEST_F(ScanTest, UnderAFilterTheDiskIsNotAskedForNewFilesAndUnmatchedRowsStay) {
-    makePictures("a.jpg b.jpg");
+    makePictures("a.jpg b.jpg gone/c.jpg gone/d.jpg");
     scan();
-    execute(u"update ImageFile set FileFlag = 1 where FileName = 'a.jpg'"_s);
+    execute(u"update ImageFile set FileFlag = 1 where FileName in ('a.jpg','c.jpg')"_s);
     makePicture(u"new.jpg"_s);
     QFile::remove(path(u"b.jpg"_s));
+    QDir(path(u"gone"_s)).removeRecursively();
     browsing.filter = group::FilterFlagged;
     scan();
     EXPECT_EQ(shown(), words("a.jpg"));
-    EXPECT_EQ(images(), words("a.jpg b.jpg"));
+    EXPECT_EQ(images(), words("a.jpg b.jpg d.jpg"));
+    expectConsistentCatalogue();
     // A search, on the other hand, looks at every row and every file.
     browsing.filter = 0;
     browsing.searchString = u"zzz"_s;
