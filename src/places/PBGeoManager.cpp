@@ -197,11 +197,12 @@ void PBGeoManager::storeIfDue() {
         const platform::Lock lock(_addressInfoArrayLock);
         if (_found.isEmpty()) return;
     }
-    const auto since = Clock::now() - _lastStored;
-    if (_isFinished || since >= _environment.interval) {
+    const auto now = Clock::now();
+    const auto dueAt = _lastStored ? *_lastStored + _environment.interval : now;
+    if (_isFinished || now >= dueAt) {
         store();
     } else {
-        storeLater(_environment.interval - since);
+        storeLater(dueAt - now);
     }
 }
 

@@ -13,6 +13,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 
 class FMDatabase;
@@ -117,7 +118,7 @@ private:
 
     // Of the background queue.
     std::unique_ptr<FMDatabase> _db;
-    Clock::time_point _lastStored{};
+    std::optional<Clock::time_point> _lastStored;
     bool _willStoreLater = false;
 
     std::unique_ptr<places::Geocoder> _geocoder; // its answers go to the queue, which outlives it
