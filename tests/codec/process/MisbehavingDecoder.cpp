@@ -86,8 +86,9 @@ public:
             return {paint(request, {8, 8}, true)};
         }
         if (order == "spin") {
-            while (true)
-                std::this_thread::yield();
+            // A yield would leave the processor to others wherever there are some.
+            for (std::atomic<unsigned> count = 0;; ++count)
+                continue;
         }
         if (order == "wait") {
             while (!request.stop.isSet())
