@@ -84,7 +84,7 @@ void ApplicationController::awakeFromNib() {
             .isScanning = isScanning(),
             .scanned = _scanPipeline->figures().items,
             .thumbnailsFinished = thumbnails.finished,
-            .thumbnailsPending = _buildThumbOperationQueue->operationCount(),
+            .thumbnailsPending = _buildThumbOperationQueue->keyCount(),
             .editing = static_cast<quint64>(_marks->edits().pendingCount())};
     });
     connectFolderRoots();

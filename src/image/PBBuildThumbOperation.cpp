@@ -2,7 +2,6 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
-#include "catalogue/StoredThumbnails.h"
 #include "image/ThumbnailStore.h"
 #include "platform/program/StandardError.h"
 #include "platform/tasks/OperationQueue.h"
@@ -29,7 +28,9 @@ void PBBuildThumbOperation::build() {
 }
 
 bool PBBuildThumbOperation::isStored() {
-    return _request.checkExist && _request.checkExist->contains(_services->db, _request.fileId);
+    if (!_request.checkExist || _isKnownToBeMissing) return false;
+    _isKnownToBeMissing = !ThumbnailStore::isThumbnailExist(_services->db, _request.fileId);
+    return !_isKnownToBeMissing;
 }
 
 void PBBuildThumbOperation::decodeNextInLine() {

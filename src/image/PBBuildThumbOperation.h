@@ -13,7 +13,6 @@
 
 class FMDatabase;
 class PBBuildThumbOperation;
-class StoredThumbnails;
 
 /// What all thumbnail operations of the program share. Everything outlives the build queue.
 struct BuildThumbServices {
@@ -39,8 +38,8 @@ public:
     struct Request {
         qint64 fileId = 0;
         std::unique_ptr<PBImageImporterProtocol> imageImporter;
-        /// Where it has this image, nothing is done. nullptr: no thumbnail is stored.
-        std::shared_ptr<StoredThumbnails> checkExist;
+        /// Nothing is done where a thumbnail is stored.
+        bool checkExist = false;
         /// Longer side of the thumbnail in pixels.
         int thumbSize = 256;
         /// Pixels; not above 0 where it is not known.
@@ -72,6 +71,7 @@ private:
     const bool _hasImporter;
     // On the build queue's thread only:
     DecodeAhead::Place _place;
+    bool _isKnownToBeMissing = false;
 
     std::atomic<Decoding> _decoding{Decoding::NotStarted};
     // Written by the one who decodes, read when `Done`.

@@ -118,11 +118,7 @@ void CatalogueFolderScan::take(
     ++_dictionary->services->figures.items;
     item->setIsAway(isAway);
     if (isAway) return;
-    _thumbnails.add(
-        *item,
-        _dictionary->services->imageImporterManager.imageImporterForImageURL(
-            platform::pathInFolder(folderPath, row.fileName)),
-        true);
+    _thumbnails.addKnown(*item, folderPath, row.fileName);
 }
 
 void CatalogueFolderScan::publishIfDue(bool atOnce) {

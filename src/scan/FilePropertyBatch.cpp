@@ -176,6 +176,6 @@ bool FilePropertyBatch::show(
         _dictionary->ShownAhead->insert(row.id);
     _dictionary->services->rewritten->restore(*item);
     ++_dictionary->services->figures.items;
-    thumbnails.add(*item, std::move(property.imageImporter), false);
+    thumbnails.add(*item, std::move(property.imageImporter));
     return true;
 }

@@ -81,11 +81,7 @@ bool takeInRows(const PBScanDictionary& dictionary, const std::unordered_set<qin
         item->setIsAway(presence == Presence::Unknown);
         dictionary.ShownAhead->insert(row.id);
         hasTakenIn = true;
-        if (presence == Presence::There) {
-            thumbnails.add(
-                *item, dictionary.services->imageImporterManager.imageImporterForImageURL(path),
-                true);
-        }
+        if (presence == Presence::There) thumbnails.addKnown(*item, folder, row.fileName);
     }
     thumbnails.queueAll();
     return hasTakenIn;

@@ -5,8 +5,7 @@
 #include "catalogue/IdsText.h"
 #include "catalogue/PBCatalogue.h"
 #include "catalogue/PBRemoveThumbOperation.h"
-#include "catalogue/StoredThumbnails.h"
-#include "image/PBBuildThumbOperation.h"
+#include "image/MissingThumbsOperation.h"
 #include "platform/program/StandardError.h"
 #include "platform/tasks/OperationQueue.h"
 #include "scan/ScanServices.h"
@@ -36,30 +35,40 @@ constexpr std::size_t thumbnailsQueuedTogether = 64;
 
 } // namespace
 
+ThumbnailsToBuild::ThumbnailsToBuild(const PBScanDictionary& dictionary)
+    : _dictionary(dictionary) {}
+
+ThumbnailsToBuild::~ThumbnailsToBuild() = default;
+
 void ThumbnailsToBuild::add(
-    const PBImageFileItem& item, std::unique_ptr<PBImageImporterProtocol> importer,
-    bool checkExist) {
+    const PBImageFileItem& item, std::unique_ptr<PBImageImporterProtocol> importer) {
     if (!importer) return;
-    if (checkExist) {
-        if (!_stored) _stored = std::make_shared<StoredThumbnails>();
-        _stored->add(item.fileId());
-    }
     _operations.push_back(std::make_shared<PBBuildThumbOperation>(
         _dictionary.services->buildThumb, PBBuildThumbOperation::Request{
                                               .fileId = item.fileId(),
                                               .imageImporter = std::move(importer),
-                                              .checkExist = checkExist ? _stored : nullptr,
                                               .thumbSize = _dictionary.BuildThumbSize,
                                               .imageSize = item.imageSize(),
                                           }));
     if (_operations.size() >= thumbnailsQueuedTogether) queueAll();
 }
 
+void ThumbnailsToBuild::addKnown(
+    const PBImageFileItem& item, const QString& folderPath, const QString& fileName) {
+    if (!_known || _known->isFull()) {
+        _known = std::make_shared<MissingThumbsOperation>(
+            _dictionary.services->buildThumb, _dictionary.services->imageImporterManager,
+            _dictionary.BuildThumbSize);
+        _operations.push_back(_known);
+    }
+    _known->add(item.fileId(), {folderPath, fileName, item.imageSize()});
+}
+
 void ThumbnailsToBuild::queueAll() {
     if (_operations.empty()) return;
     _dictionary.BuilidThumbOperationQueue->addOperations(_operations);
     _operations.clear();
-    _stored.reset();
+    _known.reset();
 }
 
 namespace {

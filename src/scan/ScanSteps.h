@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-class StoredThumbnails;
+class MissingThumbsOperation;
 
 /// Steps that the operations of a scan share. On the scan thread.
 
@@ -26,18 +26,19 @@ rowAnew(const PBScanDictionary& dictionary, qint64 fileId);
 /// there together, since each arrival wakes the queue. What is left when this goes away is dropped.
 class ThumbnailsToBuild {
 public:
-    explicit ThumbnailsToBuild(const PBScanDictionary& dictionary) : _dictionary(dictionary) {}
-    /// Nothing happens without an importer.
-    void
-    add(const PBImageFileItem& item, std::unique_ptr<PBImageImporterProtocol> importer,
-        bool checkExist);
+    explicit ThumbnailsToBuild(const PBScanDictionary& dictionary);
+    ~ThumbnailsToBuild();
+    /// Of a new file. Nothing happens without an importer.
+    void add(const PBImageFileItem& item, std::unique_ptr<PBImageImporterProtocol> importer);
+    /// Of one that the catalogue has had already: most of these are stored.
+    void addKnown(const PBImageFileItem& item, const QString& folderPath, const QString& fileName);
     void queueAll();
 
 private:
     const PBScanDictionary& _dictionary;
     std::vector<std::shared_ptr<platform::Operation>> _operations;
-    /// Of those that go there together.
-    std::shared_ptr<StoredThumbnails> _stored;
+    /// The last of them, while it takes more.
+    std::shared_ptr<MissingThumbsOperation> _known;
 };
 
 /// A row of an image, and where its file was looked for.

@@ -1,8 +1,8 @@
-#include "image/PBBuildThumbOperation.h"
+#include "image/MissingThumbsOperation.h"
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
-#include "catalogue/StoredThumbnails.h"
+#include "codec/PBImageImporterManager.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/ThumbnailStore.h"
 #include "platform/tasks/MainLoop.h"
@@ -88,12 +88,12 @@ struct BuildThumbTest : testing::Test {
 
     std::shared_ptr<PBBuildThumbOperation>
     add(qint64 fileId, const QImage& image = filled({9, 9}), QSizeF known = {},
-        std::shared_ptr<StoredThumbnails> checkExist = nullptr) {
+        bool checkExist = false) {
         auto operation = std::make_shared<PBBuildThumbOperation>(
             services, PBBuildThumbOperation::Request{
                           .fileId = fileId,
                           .imageImporter = std::make_unique<ToldImporter>(decodings, image),
-                          .checkExist = std::move(checkExist),
+                          .checkExist = checkExist,
                           .thumbSize = 256,
                           .imageSize = known});
         queue.addOperation(operation);
@@ -139,17 +139,43 @@ TEST_F(BuildThumbTest, SizeAndEncodingFollowFromThePicture) {
 TEST_F(BuildThumbTest, AThumbnailThatIsThereStays) {
     build(1);
     const QByteArray first = ThumbnailStore::thumbnailData(db, 1);
-    const auto together = std::make_shared<StoredThumbnails>();
-    for (const qint64 id : {1, 2})
-        together->add(id);
-    build(1, filled({20, 20}), QSizeF(), together);
+    build(1, filled({20, 20}), QSizeF(), true);
     EXPECT_EQ(decodings.all().first.size(), 1U) << "not even decoded";
-    build(2, filled({20, 20}), QSizeF(), together);
+    build(2, filled({20, 20}), QSizeF(), true);
     EXPECT_EQ(order, (std::vector<qint64>{1, 2}));
     build(1, filled({20, 20}));
     EXPECT_EQ(order.size(), 3U) << "told all the same";
     EXPECT_EQ(ThumbnailStore::thumbnailData(db, 1), first);
     EXPECT_EQ(figures(), (QList{2, 0, 4}));
+}
+
+TEST_F(BuildThumbTest, OfImagesThatAreKnownOnlyThoseWithoutAThumbnailAreBuiltInTheirPlace) {
+    QStringList opened;
+    PBImageImporterManager importers({PBImageImporterClass{
+        .typeIdentifiers = [] { return QStringList{u"public.jpeg"_s}; },
+        .initWithImagePath =
+            [&](const QString& path) {
+                opened.append(path);
+                return std::make_unique<ToldImporter>(decodings, filled({300, 100}));
+            },
+        .propertiesOfImages = {}}});
+    build(2);
+    queue.setSuspended(true);
+    const auto known = std::make_shared<MissingThumbsOperation>(services, importers, 128);
+    for (qint64 id = 1; !known->isFull(); ++id)
+        known->add(id, {u"/pictures"_s, u"%1.jpg"_s.arg(id), {300, 100}});
+    const auto all = static_cast<qint64>(known->keys().size());
+    known->add(all + 1, {u"/pictures"_s, u"notes.txt"_s, {}});
+    for (qint64 id = 4; id <= all; ++id)
+        ASSERT_TRUE(PBCatalogue(db).insertThumbnailWithFileId(id, "there already"));
+    queue.addOperation(known);
+    add(1000);
+    queue.setSuspended(false);
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(order, (std::vector<qint64>{2, 1, 3, 1000}));
+    EXPECT_EQ(opened, QStringList({u"/pictures/1.jpg"_s, u"/pictures/3.jpg"_s}));
+    EXPECT_EQ(ThumbnailStore::loadThumbnail(db, 3, true, {}).size(), QSize(128, 42));
+    EXPECT_EQ(figures(), (QList{4, 0, 2 + static_cast<int>(all) + 1}));
 }
 
 TEST_F(BuildThumbTest, WhatCannotBeDecodedOrWasCancelledLeavesNothing) {
@@ -195,11 +221,8 @@ TEST_F(BuildThumbTest, IdleCoresDecodeAheadTheOrderStaysAndCancellingGivesTheirP
     DecodeAhead ahead(cores);
     services->ahead = &ahead;
     queue.setSuspended(true);
-    const auto stored = std::make_shared<StoredThumbnails>();
-    for (qint64 id = 2; id <= 30; id += 2)
-        stored->add(id);
     for (qint64 id = 1; id <= 30; ++id)
-        add(id, filled({400, 300}), {}, id % 2 == 0 ? stored : nullptr);
+        add(id, filled({400, 300}), {}, id % 2 == 0);
     ASSERT_TRUE(PBCatalogue(db).insertThumbnailWithFileId(20, "there already"));
     add(0)->setQueuePriority(QueuePriority::VeryHigh);
     decodings.setOpen(false);

@@ -60,19 +60,20 @@ TEST(OperationQueueTest, whatIsPreferredComesFirstAndGoesBackToItsPlace) {
     OperationQueue queue(u"test"_s);
     queue.setSuspended(true);
     const auto add = [&](std::int64_t key) {
-        queue.addOperation(std::make_shared<Lambda>([&](Lambda& self) { ran += self.key(); }, key));
+        queue.addOperation(
+            std::make_shared<Lambda>([&](Lambda& self) { ran += self.keys()[0]; }, key));
     };
     const auto waiting = [&] {
         QList<std::int64_t> keys;
         for (const auto& operation : queue.operations())
-            keys += operation->key();
+            keys += operation->keys()[0];
         return keys;
     };
     for (std::int64_t key = 1; key <= 6; ++key)
         add(key);
     queue.prefer({{5, VeryHigh}, {1, High}, {3, High}, {99, VeryHigh}});
     EXPECT_EQ(waiting(), (QList<std::int64_t>{5, 1, 3, 2, 4, 6}));
-    EXPECT_EQ(queue.nextOperations(3).back()->key(), 3);
+    EXPECT_EQ(queue.nextOperations(3).back()->keys()[0], 3);
     queue.prefer({{3, VeryHigh}, {6, High}});
     EXPECT_EQ(waiting(), (QList<std::int64_t>{3, 6, 1, 2, 4, 5}));
     queue.operations().back()->setQueuePriority(VeryHigh); // of the fifth, by itself
@@ -96,6 +97,50 @@ TEST(OperationQueueTest, whatIsPreferredComesFirstAndGoesBackToItsPlace) {
     queue.setSuspended(false);
     queue.waitUntilAllOperationsAreFinished();
     EXPECT_EQ(ran, (QList<std::int64_t>{3, 4, 1, 2, 2}));
+}
+
+TEST(OperationQueueTest, whatStandsForOthersIsKnownByAllAndTheyTakeItsPlace) {
+    using enum QueuePriority;
+    struct Several final : Operation {
+        Several(std::vector<std::int64_t> all, std::function<void(Several&)> body)
+            : _keys(std::move(all)), _body(std::move(body)) {}
+        std::span<const std::int64_t> keys() const override { return _keys; }
+        void main() override { _body(*this); }
+        const std::vector<std::int64_t> _keys;
+        const std::function<void(Several&)> _body;
+    };
+    QList<std::int64_t> ran;
+    OperationQueue queue(u"test"_s);
+    queue.setSuspended(true);
+    const auto single = [&](std::int64_t key) {
+        return std::make_shared<Lambda>([&](Lambda& self) { ran += self.keys()[0]; }, key);
+    };
+    const auto add = [&](std::int64_t first, bool isCancelled) {
+        const std::vector<std::int64_t> keys{first, first + 1, first + 2};
+        queue.addOperation(std::make_shared<Several>(keys, [&, isCancelled](Several& self) {
+            ran += -self.keys()[0];
+            std::vector<std::shared_ptr<Operation>> all;
+            for (const std::int64_t key : self.keys())
+                all.push_back(single(key));
+            if (isCancelled) self.cancel();
+            queue.addInPlaceOf(self, all);
+        }));
+    };
+    add(1, false);
+    add(4, false);
+    add(7, true);
+    queue.addOperation(single(10));
+    EXPECT_EQ(queue.keyCount(), 10U);
+    const auto firstOfLine = [&] { return queue.nextOperations(1)[0]->keys()[0]; };
+    queue.prefer({{8, VeryHigh}, {9, High}});
+    EXPECT_EQ(firstOfLine(), 7);
+    queue.prefer({{6, VeryHigh}, {5, High}, {8, High}});
+    EXPECT_EQ(firstOfLine(), 4);
+    queue.prefer({{6, VeryHigh}, {5, High}, {10, High}});
+    queue.setSuspended(false);
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(ran, (QList<std::int64_t>{-4, 6, 5, 10, -1, 1, 2, 3, 4, -7}));
+    EXPECT_EQ(queue.keyCount(), 0U);
 }
 
 TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {

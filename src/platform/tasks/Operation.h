@@ -1,7 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <stop_token>
 
 namespace platform {
@@ -15,7 +17,7 @@ enum class QueuePriority : int { VeryLow = -8, Low = -4, Normal = 0, High = 4, V
 /// its priority or look at its state; every public operation may be called from any thread.
 class Operation {
 public:
-    /// The key is what `OperationQueue::prefer` knows the operation by; 0: by none.
+    /// Its one key; 0: none.
     explicit Operation(std::int64_t key = 0) : _key(key) {}
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
@@ -32,7 +34,11 @@ public:
     /// Also true for an operation that was cancelled before it ran.
     [[nodiscard]] bool isFinished() const { return _state.load() == State::Finished; }
 
-    [[nodiscard]] std::int64_t key() const { return _key; }
+    /// What `OperationQueue::prefer` knows the operation by. They don't change while it is in a
+    /// queue.
+    [[nodiscard]] virtual std::span<const std::int64_t> keys() const {
+        return {&_key, _key == 0 ? std::size_t{0} : 1};
+    }
 
     [[nodiscard]] QueuePriority queuePriority() const { return _priority.load(); }
     /// Takes effect at once, also while the operation waits in a queue.

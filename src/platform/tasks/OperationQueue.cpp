@@ -50,14 +50,35 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
 void OperationQueue::addOperations(std::span<const std::shared_ptr<Operation>> operations) {
     const Lock lock(_mutex);
     for (const auto& operation : operations) {
-        operation->_sequence = _nextSequence++;
-        _lines[slotOf(operation->queuePriority())].push_back(
-            Place{operation->_sequence.load(), operation});
-        ++_waiting;
-        if (operation->key() != 0) _byKey.insert(operation->key(), operation.get());
-        startWorkerIfNeeded();
-        if (_idleWorkers > 0) _wake.notifyOne();
+        putInLine(operation, _nextSequence);
+        _nextSequence += mostInPlace + 1;
     }
+}
+
+void OperationQueue::addInPlaceOf(
+    const Operation& running, std::span<const std::shared_ptr<Operation>> operations) {
+    const Lock lock(_mutex);
+    // Those that it stands for would have been dropped.
+    if (running.isCancelled()) return;
+    std::uint64_t sequence = running._sequence;
+    for (const auto& operation : operations) {
+        for (const std::int64_t key : operation->keys()) {
+            const auto preferred = _preferred.find(key);
+            if (preferred != _preferred.end()) operation->_priority = preferred->second;
+        }
+        putInLine(operation, ++sequence);
+    }
+}
+
+void OperationQueue::putInLine(
+    const std::shared_ptr<Operation>& operation, std::uint64_t sequence) {
+    operation->_sequence = sequence;
+    putInOrder(_lines[slotOf(operation->queuePriority())], Place{sequence, operation});
+    ++_waiting;
+    for (const std::int64_t key : operation->keys())
+        _byKey.insert(key, operation.get());
+    startWorkerIfNeeded();
+    if (_idleWorkers > 0) _wake.notifyOne();
 }
 
 void OperationQueue::addOperation(std::function<void()> work) {
@@ -113,6 +134,14 @@ std::size_t OperationQueue::operationCount() const {
     return _running.size() + _waiting;
 }
 
+std::size_t OperationQueue::keyCount() const {
+    const Lock lock(_mutex);
+    auto count = static_cast<std::size_t>(_byKey.size());
+    for (const auto& operation : _running)
+        count += operation->keys().size();
+    return count;
+}
+
 std::vector<std::shared_ptr<Operation>> OperationQueue::operations() const {
     const Lock lock(_mutex);
     refreshOrder();
@@ -145,14 +174,15 @@ void OperationQueue::setIdleHandler(std::function<void()> handler) {
 void OperationQueue::prefer(const std::unordered_map<std::int64_t, QueuePriority>& priorities) {
     const Lock lock(_mutex);
     refreshOrder();
-    for (const std::int64_t key : _preferred) {
-        if (!priorities.contains(key)) moveTo(QueuePriority::Normal, key);
-    }
-    _preferred.clear();
+    // Of those that have several keys, one that is named no more must not undo what another one's
+    // priority is.
+    for (const auto& [key, former] : _preferred)
+        moveTo(QueuePriority::Normal, key);
     for (const auto& [key, priority] : priorities) {
-        moveTo(priority, key);
-        _preferred.insert(key);
+        const Operation* operation = _byKey.value(key);
+        if (operation && operation->queuePriority() < priority) moveTo(priority, key);
     }
+    _preferred = priorities;
 }
 
 void OperationQueue::moveTo(QueuePriority priority, std::int64_t key) {
@@ -168,6 +198,10 @@ void OperationQueue::moveTo(QueuePriority priority, std::int64_t key) {
 }
 
 void OperationQueue::putInOrder(Line& line, Place place) {
+    if (line.empty() || line.back().sequence < place.sequence) {
+        line.push_back(std::move(place));
+        return;
+    }
     const auto at = std::ranges::lower_bound(line, place.sequence, {}, &Place::sequence);
     if (at != line.end() && at->sequence == place.sequence) {
         *at = std::move(place);
@@ -177,8 +211,10 @@ void OperationQueue::putInOrder(Line& line, Place place) {
 }
 
 void OperationQueue::forgetKey(const Operation& operation) {
-    const auto found = _byKey.find(operation.key());
-    if (found != _byKey.end() && found.value() == &operation) _byKey.erase(found);
+    for (const std::int64_t key : operation.keys()) {
+        const auto found = _byKey.find(key);
+        if (found != _byKey.end() && found.value() == &operation) _byKey.erase(found);
+    }
 }
 
 void OperationQueue::prioritiesChanged() {

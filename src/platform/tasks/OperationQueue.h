@@ -15,7 +15,6 @@
 #include <span>
 #include <thread>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace platform {
@@ -36,6 +35,12 @@ public:
     void addOperation(std::shared_ptr<Operation> operation);
     /// Many at once, which then stand in line one behind the other.
     void addOperations(std::span<const std::shared_ptr<Operation>> operations);
+    /// By an operation that runs on this queue, once: they stand in line in its place, at most
+    /// `mostInPlace`, and those that `prefer` has named have the priority that it said. Nothing
+    /// happens when the one that runs is cancelled.
+    void
+    addInPlaceOf(const Operation& running, std::span<const std::shared_ptr<Operation>> operations);
+    static constexpr std::size_t mostInPlace = 1023;
     /// A piece of work that nobody needs to cancel on its own.
     void addOperation(std::function<void()> work);
 
@@ -52,11 +57,14 @@ public:
 
     /// Gives the waiting operations with these keys these priorities, and those that the former
     /// call gave one, and that this one doesn't name, the normal one again; no operation starts
-    /// between. Others cost nothing. Of operations with one key, the last added is meant.
+    /// between. Others cost nothing. Of operations with one key, the last added is meant; one with
+    /// several of the keys gets the highest of their priorities.
     void prefer(const std::unordered_map<std::int64_t, QueuePriority>& priorities);
 
     /// Waiting and running.
     [[nodiscard]] std::size_t operationCount() const;
+    /// How many keys those have that wait or run.
+    [[nodiscard]] std::size_t keyCount() const;
     /// Running ones first, then the waiting in the order in which they would run now.
     [[nodiscard]] std::vector<std::shared_ptr<Operation>> operations() const;
     /// The first of the waiting ones, at most so many.
@@ -80,6 +88,8 @@ private:
     void startWorkerIfNeeded() VELMORA_REQUIRES(_mutex);
     void work();
     void refreshOrder() const VELMORA_REQUIRES(_mutex);
+    void putInLine(const std::shared_ptr<Operation>& operation, std::uint64_t sequence)
+        VELMORA_REQUIRES(_mutex);
     void moveTo(QueuePriority priority, std::int64_t key) VELMORA_REQUIRES(_mutex);
     void forgetKey(const Operation& operation) VELMORA_REQUIRES(_mutex);
     static void putInOrder(Line& line, Place place);
@@ -100,7 +110,8 @@ private:
     std::size_t _waiting VELMORA_GUARDED_BY(_mutex) = 0;
     /// Of the waiting ones that have a key.
     QHash<std::int64_t, Operation*> _byKey VELMORA_GUARDED_BY(_mutex);
-    std::unordered_set<std::int64_t> _preferred VELMORA_GUARDED_BY(_mutex);
+    /// As `prefer` named them last.
+    std::unordered_map<std::int64_t, QueuePriority> _preferred VELMORA_GUARDED_BY(_mutex);
     mutable std::uint64_t _seenPriorityChanges VELMORA_GUARDED_BY(_mutex) = 0;
     std::vector<std::shared_ptr<Operation>> _running VELMORA_GUARDED_BY(_mutex);
     std::vector<std::jthread> _workers VELMORA_GUARDED_BY(_mutex);

@@ -1,0 +1,45 @@
+#include "image/MissingThumbsOperation.h"
+
+#include "codec/PBImageImporterManager.h"
+#include "image/ThumbnailStore.h"
+#include "platform/files/PathNames.h"
+#include "platform/tasks/OperationQueue.h"
+
+namespace {
+
+/// What is asked for waits for those that it is asked for with.
+constexpr std::size_t filesTogether = 64;
+static_assert(filesTogether <= platform::OperationQueue::mostInPlace);
+
+} // namespace
+
+void MissingThumbsOperation::add(qint64 fileId, Image image) {
+    _fileIds.push_back(fileId);
+    _images.push_back(std::move(image));
+}
+
+bool MissingThumbsOperation::isFull() const {
+    return _fileIds.size() >= filesTogether;
+}
+
+void MissingThumbsOperation::main() {
+    const std::vector<qint64> fileIds(_fileIds.begin(), _fileIds.end());
+    const auto stored = ThumbnailStore::storedThumbnails(_services->db, fileIds);
+    std::vector<std::shared_ptr<platform::Operation>> missing;
+    for (std::size_t index = 0; index < _images.size(); ++index) {
+        if (stored.contains(fileIds[index])) continue;
+        const Image& image = _images[index];
+        auto importer = _importers.imageImporterForImageURL(
+            platform::pathInFolder(image.folderPath, image.fileName));
+        if (!importer) continue;
+        missing.push_back(std::make_shared<PBBuildThumbOperation>(
+            _services, PBBuildThumbOperation::Request{
+                           .fileId = fileIds[index],
+                           .imageImporter = std::move(importer),
+                           .checkExist = true,
+                           .thumbSize = _thumbSize,
+                           .imageSize = image.imageSize}));
+    }
+    _services->finished += _images.size() - missing.size();
+    _services->queue.addInPlaceOf(*this, missing);
+}
