@@ -625,7 +625,7 @@ TEST_F(BrowserViewTest, buildsOfWhatIsOnShowComeFirstAndThenThePageAhead) {
         QList<platform::QueuePriority> found;
         for (const std::int64_t item : {middle - page, middle, middle + page})
             for (const auto& operation : services.buildQueue.operations())
-                if (operation->key() == tree->item(0, static_cast<int>(item))->fileId())
+                if (operation->keys()[0] == tree->item(0, static_cast<int>(item))->fileId())
                     found += operation->queuePriority();
         return found;
     };
