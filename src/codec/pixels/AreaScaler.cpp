@@ -1,9 +1,6 @@
 #include "codec/pixels/AreaScaler.h"
 
-#include "codec/pixels/Rounding.h"
-
 #include <algorithm>
-#include <cstring>
 #include <type_traits>
 
 namespace codec {
@@ -25,36 +22,26 @@ std::uint16_t weightOfRow(int source, int destination) {
     return source / destination < mostWeightedRows ? rowWeight : 1;
 }
 
-/// The four samples of a pixel, computed side by side.
-template <typename Number>
-struct Four;
-template <>
-struct Four<std::uint16_t> {
-    using Type [[gnu::vector_size(8)]] = std::uint16_t;
-};
-template <>
-struct Four<std::int32_t> {
-    using Type [[gnu::vector_size(16)]] = std::int32_t;
-};
-template <>
-struct Four<float> {
-    using Type [[gnu::vector_size(16)]] = float;
-};
-template <>
-struct Four<double> {
-    using Type [[gnu::vector_size(32)]] = double;
-};
-
-template <typename Sum>
-Four<float>::Type fourOf(const Sum* sums) {
-    typename Four<Sum>::Type four;
-    std::memcpy(&four, sums, sizeof four);
-    if constexpr (std::is_same_v<Sum, std::uint16_t>) {
-        const auto wide = __builtin_convertvector(four, Four<std::int32_t>::Type);
-        return __builtin_convertvector(wide, Four<float>::Type);
-    } else {
-        return __builtin_convertvector(four, Four<float>::Type);
+std::vector<ColumnSpan> spansOf(std::int64_t source, std::int64_t destination) {
+    std::vector<ColumnSpan> spans;
+    spans.reserve(static_cast<std::size_t>(destination));
+    std::int64_t begin = 0;
+    for (std::int64_t x = 0; x < destination; ++x) {
+        const std::int64_t end = (x + 1) * columnWeight * source / destination;
+        const std::int64_t first = begin / columnWeight;
+        const std::int64_t last = (end - 1) / columnWeight;
+        const float share = 1.0F / static_cast<float>(end - begin);
+        const std::int64_t ofFirst = std::min(end, (first + 1) * columnWeight) - begin;
+        const std::int64_t ofLast = last > first ? end - last * columnWeight : 0;
+        spans.push_back(
+            {.first = static_cast<std::size_t>(first),
+             .last = static_cast<std::size_t>(last),
+             .ofFirst = static_cast<float>(ofFirst) * share,
+             .ofInner = static_cast<float>(columnWeight) * share,
+             .ofLast = static_cast<float>(ofLast) * share});
+        begin = end;
     }
+    return spans;
 }
 
 } // namespace
@@ -66,26 +53,7 @@ BasicAreaScaler<Sample, Sum>::BasicAreaScaler(QSize source, QImage& destination)
       _targetHeight(destination.height()),
       _one(weightOfRow<Sum>(source.height(), destination.height())),
       _sums(static_cast<std::size_t>(source.width()) * 4, 0),
-      _means(static_cast<std::size_t>(destination.width()) * 4, 0) {
-    const std::int64_t targetWidth = destination.width();
-    _spans.reserve(static_cast<std::size_t>(targetWidth));
-    std::int64_t begin = 0;
-    for (std::int64_t x = 0; x < targetWidth; ++x) {
-        const std::int64_t end = (x + 1) * columnWeight * source.width() / targetWidth;
-        const std::int64_t first = begin / columnWeight;
-        const std::int64_t last = (end - 1) / columnWeight;
-        const float share = 1.0F / static_cast<float>(end - begin);
-        const std::int64_t ofFirst = std::min(end, (first + 1) * columnWeight) - begin;
-        const std::int64_t ofLast = last > first ? end - last * columnWeight : 0;
-        _spans.push_back(
-            {.first = static_cast<std::size_t>(first),
-             .last = static_cast<std::size_t>(last),
-             .ofFirst = static_cast<float>(ofFirst) * share,
-             .ofInner = static_cast<float>(columnWeight) * share,
-             .ofLast = static_cast<float>(ofLast) * share});
-        begin = end;
-    }
-}
+      _means(spansOf(source.width(), destination.width())) {}
 
 template <typename Sample, typename Sum>
 std::int64_t BasicAreaScaler<Sample, Sum>::rowEdge(int index) const {
@@ -118,23 +86,8 @@ void BasicAreaScaler<Sample, Sum>::addWeighted(const Sample* samples, std::uint1
 
 template <typename Sample, typename Sum>
 void BasicAreaScaler<Sample, Sum>::emitRow() {
-    const float share = 1.0F / static_cast<float>(_position - _rowBegin);
-    float* mean = _means.data();
-    for (const Span& span : _spans) {
-        const Sum* sums = _sums.data() + span.first * 4;
-        const Sum* lastSums = _sums.data() + span.last * 4;
-        auto four = fourOf(sums) * span.ofFirst + fourOf(lastSums) * span.ofLast;
-        for (sums += 4; sums < lastSums; sums += 4)
-            four += fourOf(sums) * span.ofInner;
-        four *= share;
-        std::memcpy(mean, &four, sizeof four);
-        mean += 4;
-    }
-    Sample* target = _target + static_cast<std::size_t>(_targetRow) * _targetStride;
-    const float* means = _means.data();
-    const std::size_t count = _means.size();
-    for (std::size_t index = 0; index < count; ++index)
-        target[index] = rounded<Sample>(means[index]);
+    Sample* const target = _target + static_cast<std::size_t>(_targetRow) * _targetStride;
+    _means.make(_sums.data(), _position - _rowBegin, target);
     std::ranges::fill(_sums, Sum{0});
     _rowBegin = _position;
     ++_targetRow;

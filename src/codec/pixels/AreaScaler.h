@@ -1,10 +1,12 @@
 #pragma once
 
+#include "codec/pixels/ColumnMeans.h"
 #include "codec/pixels/RowScaler.h"
 
 #include <QImage>
 
 #include <cstdint>
+#include <type_traits>
 #include <vector>
 
 namespace codec {
@@ -24,14 +26,8 @@ public:
     void addRow(const void* row) override;
 
 private:
-    /// The source columns that a result pixel covers, and their shares in it.
-    struct Span {
-        std::size_t first;
-        std::size_t last;
-        float ofFirst;
-        float ofInner; ///< of each between the two
-        float ofLast;  ///< 0 where it is the first, too
-    };
+    using Means = std::conditional_t<
+        std::is_same_v<Sum, std::uint16_t>, SlightColumnMeans, ColumnMeans<Sample, Sum>>;
 
     [[nodiscard]] std::int64_t rowEdge(int index) const;
     void addWeighted(const Sample* samples, std::uint16_t weight);
@@ -46,12 +42,11 @@ private:
     std::int64_t _rowBegin = 0;
     int _targetRow = 0;
     std::vector<Sum> _sums;
-    std::vector<float> _means; ///< of one result row
-    std::vector<Span> _spans;
+    Means _means;
 };
 
 using AreaScaler = BasicAreaScaler<std::uint8_t, std::int32_t>;
-/// Twice as quick, for no more than two source rows to a result row.
+/// Several times as quick, for no more than two source rows and columns to a result pixel.
 using SlightAreaScaler = BasicAreaScaler<std::uint8_t, std::uint16_t>;
 /// For 16 bits a sample.
 using DeepAreaScaler = BasicAreaScaler<std::uint16_t, double>;

@@ -12,7 +12,7 @@ std::unique_ptr<RowScaler> makeScaler(QSize source, QImage& destination, Reducti
         return std::make_unique<FilteredScaler<std::uint8_t>>(source, destination);
     }
     if (isDeep) return std::make_unique<DeepAreaScaler>(source, destination);
-    if (source.height() <= 2 * destination.height())
+    if (source.height() <= 2 * destination.height() && source.width() <= 2 * destination.width())
         return std::make_unique<SlightAreaScaler>(source, destination);
     return std::make_unique<AreaScaler>(source, destination);
 }
