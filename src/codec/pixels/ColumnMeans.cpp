@@ -95,8 +95,7 @@ void SlightColumnMeans::make(
     const auto ofInner = ofColumns(_columns[2]);
     const bool isAnyInner = !_columns[2].places.empty();
     // To means times 128. What the lower halves had is up to three of these.
-    const PixelPair share =
-        PixelPair{} + static_cast<std::uint16_t>((std::int64_t{1} << 23U) / weight);
+    const PixelPair share = allOf(static_cast<std::uint16_t>((std::int64_t{1} << 23U) / weight));
     const auto pair = [=](std::size_t pixel) {
         PixelPair means = ofFirst(pixel) + ofLast(pixel);
         if (isAnyInner) means += ofInner(pixel);

@@ -19,6 +19,10 @@ using PixelPair [[gnu::vector_size(16)]] = std::uint16_t;
     return reinterpret_cast<PixelPair>(Halves{half, otherHalf});
 }
 
+[[nodiscard]] inline PixelPair allOf(std::uint16_t one) {
+    return PixelPair{one, one, one, one, one, one, one, one};
+}
+
 /// The product of each with its counterpart, in 65,536.
 [[nodiscard]] inline PixelPair upperHalves(PixelPair some, PixelPair others) {
 #ifdef __SSE2__
