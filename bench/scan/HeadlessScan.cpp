@@ -67,7 +67,7 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
            },
            .mountedRoots = [] { return marks::RootPaths(); },
            .isRemovable = [](const QByteArray&) { return false; },
-           .marksCameBack = [](const PBImageFileList&) {},
+           .marksCameBack = [](const std::vector<qint64>&) {},
            .ledgerDidChange = [] {}}) {
     QDir().mkpath(profile);
     for (FMDatabase* db : {&_files, &_scanFiles, &_buildThumbnails})

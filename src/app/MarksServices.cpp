@@ -35,13 +35,7 @@ MarksServices::MarksServices(Environment environment)
                        _environment.aliasManager.findAliasObjectByPath(QFile::decodeName(rootPath));
                    return root && root->type() == PBAliasObject::Removable;
                },
-           .marksCameBack =
-               [this](const PBImageFileList& items) {
-                   std::vector<qint64> fileIds;
-                   for (const auto& item : items)
-                       fileIds.push_back(item->fileId());
-                   readAgain(std::move(fileIds));
-               },
+           .marksCameBack = [this](std::vector<qint64> fileIds) { readAgain(std::move(fileIds)); },
            .ledgerDidChange = [this] { _upkeep.wake(); }}) {
     const QString told = marks::settleLedger(_marksPath, _snapshotFolder);
     if (!told.isEmpty()) _environment.tell(told);

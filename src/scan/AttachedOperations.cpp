@@ -66,7 +66,7 @@ void PBRestoreMarksOperation::runWithOwnerNSOperation(platform::Operation& owner
     const bool isAlone = dynamic_cast<PBCheckScanAttachOperationOperation*>(&owner) != nullptr;
     if (marks) {
         marks->lookAgain();
-        marks->restoreRest(*_dictionary->WorkGroupItemArray, owner, isAlone, {});
+        marks->restoreRest(owner, isAlone, {});
     }
     // Those of the same drain that came before leave it to the last.
     if (isLast) publishWorkTree(*_dictionary);

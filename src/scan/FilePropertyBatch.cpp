@@ -104,7 +104,7 @@ void FilePropertyBatch::restoreMarks() {
             {property.fileId, property.parentFolderPath, property.identity,
              &property.baseProperty});
     }
-    marks->restoreInserted(photographs, *_dictionary->WorkGroupItemArray);
+    marks->restoreInserted(photographs);
 }
 
 bool FilePropertyBatch::insertAll() {

@@ -41,9 +41,9 @@ void PBScanFinishedTrigger::fireAllFinishedWithOperation(platform::Operation& op
             [&] { checkAttachedOperation(dictionary.AttachOperationArray.get(), operation); });
     }
     if (dictionary.services->marks && !dictionary.IsOpenFilesScanFolder && !dictionary.IsAttached) {
-        dictionary.services->marks->restoreRest(
-            *dictionary.WorkGroupItemArray, operation, !_isIncomplete,
-            [&] { checkAttachedOperation(dictionary.AttachOperationArray.get(), operation); });
+        dictionary.services->marks->restoreRest(operation, !_isIncomplete, [&] {
+            checkAttachedOperation(dictionary.AttachOperationArray.get(), operation);
+        });
     }
     // Within a scan that is running, the end of what was watched is not that of the scan.
     const bool isWithinScan =

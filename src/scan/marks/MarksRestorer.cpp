@@ -4,7 +4,6 @@
 #include "FMDB/FMTransaction.h"
 #include "catalogue/marks/MarksFile.h"
 #include "catalogue/marks/PhotographFile.h"
-#include "group/ItemLookup.h"
 #include "scan/marks/MarksStoring.h"
 
 #include <QFile>
@@ -136,8 +135,7 @@ void MarksRestorer::rowsWereRemoved(const std::vector<qint64>& fileIds) {
     }
 }
 
-void MarksRestorer::restoreInserted(
-    const std::vector<InsertedPhotograph>& photographs, const PBGroupItemArray& workTree) {
+void MarksRestorer::restoreInserted(const std::vector<InsertedPhotograph>& photographs) {
     refresh();
     if (_index.isEmpty()) return;
     std::vector<Sighting> seen;
@@ -171,23 +169,16 @@ void MarksRestorer::restoreInserted(
     std::unordered_map<qint64, PBDictionary*> columnsOf;
     for (const InsertedPhotograph& photograph : photographs)
         columnsOf.emplace(photograph.fileId, photograph.columns);
-    std::unordered_set<qint64> shown;
+    std::vector<qint64> others;
     for (const qint64 fileId : store(rows, seen, matches)) {
         const auto found = columnsOf.find(fileId);
         if (found != columnsOf.end()) {
             readMarks(fileId, *found->second);
         } else {
-            shown.insert(fileId);
+            others.push_back(fileId);
         }
     }
-    tellOfItems(workTree, std::move(shown));
-}
-
-void MarksRestorer::tellOfItems(
-    const PBGroupItemArray& workTree, std::unordered_set<qint64> fileIds) {
-    if (fileIds.empty()) return;
-    PBImageFileList items = group::takeItemsWithIds(workTree, fileIds);
-    if (!items.empty()) _environment.marksCameBack(std::move(items));
+    if (!others.empty()) _environment.marksCameBack(std::move(others));
 }
 
 void MarksRestorer::readMarks(qint64 fileId, PBDictionary& columns) {
@@ -224,7 +215,7 @@ std::vector<Sighting> MarksRestorer::openSightings() {
 }
 
 void MarksRestorer::restoreRest(
-    const PBGroupItemArray& workTree, const platform::Operation& operation, bool isEndOfScan,
+    const platform::Operation& operation, bool isEndOfScan,
     const std::function<void()>& checkpoint) {
     recordMarked();
     if (_seen.empty() || !_isSomethingNew || !isOpen() || !readLedger()) return;
@@ -253,16 +244,16 @@ void MarksRestorer::restoreRest(
     // What a cancelled scan did not see may be anywhere.
     if (isCancelled()) return;
     if (isEndOfScan) _isSomethingNew = false;
-    std::unordered_set<qint64> given;
+    std::vector<qint64> given;
     for (std::size_t begin = 0; begin < matches.size(); begin += storedTogether) {
         const auto end = std::min(matches.size(), begin + storedTogether);
         const auto stored = store(
             rows, open,
             {matches.begin() + static_cast<std::ptrdiff_t>(begin),
              matches.begin() + static_cast<std::ptrdiff_t>(end)});
-        given.insert(stored.begin(), stored.end());
+        given.insert(given.end(), stored.begin(), stored.end());
     }
-    tellOfItems(workTree, std::move(given));
+    if (!given.empty()) _environment.marksCameBack(std::move(given));
 }
 
 std::vector<qint64> MarksRestorer::store(

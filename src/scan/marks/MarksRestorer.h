@@ -38,8 +38,9 @@ public:
         std::function<marks::RootPaths()> mountedRoots;
         /// Whether the folder root with this path is on a removable volume.
         std::function<bool(const QByteArray& rootPath)> isRemovable;
-        /// Photographs of the work tree have got marks. Brings them to the main thread.
-        std::function<void(PBImageFileList items)> marksCameBack;
+        /// The rows of these photographs have got marks, which are shown and those that are on
+        /// their way into a tree among them. On the scan thread.
+        std::function<void(std::vector<qint64> fileIds)> marksCameBack;
         std::function<void()> ledgerDidChange;
     };
     explicit MarksRestorer(Environment environment);
@@ -66,12 +67,11 @@ public:
 
     /// Rows were just made of these files. What is known by its file gets its marks now, in the
     /// catalogue and in the columns that it will be shown by.
-    void restoreInserted(
-        const std::vector<InsertedPhotograph>& photographs, const PBGroupItemArray& workTree);
+    void restoreInserted(const std::vector<InsertedPhotograph>& photographs);
     /// Decides about all else that was seen, and about what was not found before. `isEndOfScan`:
     /// all of the folder was looked at. `checkpoint` runs between files that are read.
     void restoreRest(
-        const PBGroupItemArray& workTree, const platform::Operation& operation, bool isEndOfScan,
+        const platform::Operation& operation, bool isEndOfScan,
         const std::function<void()>& checkpoint);
     /// Rows may have lost their files without a scan's having seen it.
     void lookAgain() { _isSomethingNew = true; }
@@ -83,8 +83,6 @@ private:
     void note(marks::Sighting sighting, bool isInserted);
     [[nodiscard]] std::vector<marks::Sighting> openSightings();
     void recordMarked();
-    /// Has the items with these ids shown with the marks that they have now.
-    void tellOfItems(const PBGroupItemArray& workTree, std::unordered_set<qint64> fileIds);
     void readMarks(qint64 fileId, PBDictionary& columns);
     [[nodiscard]] std::vector<qint64> store(
         const std::vector<marks::LedgerRow>& rows, const std::vector<marks::Sighting>& sightings,
