@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <span>
+#include <unordered_set>
 #include <utility>
 
 class FMDatabase;
@@ -114,6 +115,8 @@ public:
         qint64 folderId, const QString& fileName, qint64* outFileSize, double* outModificationDate);
     [[nodiscard]] std::optional<qint64> findImageFileIdByFolderId(
         qint64 folderId, const QString& fileName, qint64 fileSize, double modificationDate);
+    /// Which of these files have a thumbnail; none where that can't be told.
+    [[nodiscard]] std::unordered_set<qint64> storedThumbnails(std::span<const qint64> fileIds);
     [[nodiscard]] QString tagWithTagId(qint64 tagId);
     /// Tags that contain the text, the most used first, at most `maxCount` if that is above 0. The
     /// text is part of the statement as it stands: "%" and "_" are wildcards, and one with a single

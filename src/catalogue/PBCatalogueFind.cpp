@@ -1,6 +1,7 @@
 #include "catalogue/PBCatalogue.h"
 
 #include "FMDB/FMDatabase.h"
+#include "catalogue/IdsText.h"
 #include "platform/files/PathNames.h"
 
 #include <array>
@@ -59,6 +60,17 @@ std::optional<qint64> PBCatalogue::findImageFileIdByFolderId(
                        "FileSize = ? and ModificationDate = ?"),
         std::array{
             PBValue(folderId), PBValue(fileName), PBValue(fileSize), PBValue(modificationDate)});
+}
+
+std::unordered_set<qint64> PBCatalogue::storedThumbnails(std::span<const qint64> fileIds) {
+    std::unordered_set<qint64> stored;
+    FMResultSet row = _db.executeQuery(
+        QStringLiteral("select FileId from Thumbnail where FileId in "
+                       "(select value from json_each(?))"),
+        catalogue::idsText(fileIds));
+    while (row.next())
+        stored.insert(row.longLongIntForColumnIndex(0));
+    return stored;
 }
 
 QString PBCatalogue::tagWithTagId(qint64 tagId) {

@@ -1,30 +1,18 @@
 #include "image/MissingThumbsOperation.h"
 
+#include "catalogue/PBCatalogue.h"
 #include "codec/PBImageImporterManager.h"
-#include "image/ThumbnailStore.h"
 #include "platform/files/PathNames.h"
 #include "platform/tasks/OperationQueue.h"
-
-namespace {
-
-/// What is asked for waits for those that it is asked for with.
-constexpr std::size_t filesTogether = 64;
-static_assert(filesTogether <= platform::OperationQueue::mostInPlace);
-
-} // namespace
 
 void MissingThumbsOperation::add(qint64 fileId, Image image) {
     _fileIds.push_back(fileId);
     _images.push_back(std::move(image));
 }
 
-bool MissingThumbsOperation::isFull() const {
-    return _fileIds.size() >= filesTogether;
-}
-
 void MissingThumbsOperation::main() {
     const std::vector<qint64> fileIds(_fileIds.begin(), _fileIds.end());
-    const auto stored = ThumbnailStore::storedThumbnails(_services->db, fileIds);
+    const auto stored = PBCatalogue(_services->db).storedThumbnails(fileIds);
     std::vector<std::shared_ptr<platform::Operation>> missing;
     for (std::size_t index = 0; index < _images.size(); ++index) {
         if (stored.contains(fileIds[index])) continue;

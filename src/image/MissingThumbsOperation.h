@@ -25,9 +25,9 @@ public:
         int thumbSize)
         : _services(std::move(services)), _importers(importers), _thumbSize(thumbSize) {}
 
-    /// Before it is added to the queue, where one that is full belongs.
+    /// Before it is added to the queue. At most `OperationQueue::mostInPlace`; what is asked for
+    /// waits for those that it is asked for with.
     void add(qint64 fileId, Image image);
-    [[nodiscard]] bool isFull() const;
 
     [[nodiscard]] std::span<const std::int64_t> keys() const override { return _fileIds; }
 

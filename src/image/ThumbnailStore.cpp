@@ -1,23 +1,10 @@
 #include "image/ThumbnailStore.h"
 
 #include "FMDB/FMDatabase.h"
-#include "catalogue/IdsText.h"
 #include "catalogue/PBCatalogue.h"
 #include "codec/Bitmaps.h"
 
 namespace ThumbnailStore {
-
-std::unordered_set<qint64>
-storedThumbnails(FMDatabase& thumbnailDb, std::span<const qint64> fileIds) {
-    std::unordered_set<qint64> stored;
-    FMResultSet found = thumbnailDb.executeQuery(
-        QStringLiteral("select FileId from Thumbnail where FileId in "
-                       "(select value from json_each(?))"),
-        catalogue::idsText(fileIds));
-    while (found.next())
-        stored.insert(found.longLongIntForColumnIndex(0));
-    return stored;
-}
 
 bool isThumbnailExist(FMDatabase& thumbnailDb, qint64 fileId) {
     return !PBCatalogue(thumbnailDb)

@@ -4,18 +4,12 @@
 #include <QColorSpace>
 #include <QImage>
 
-#include <span>
-#include <unordered_set>
-
 class FMDatabase;
 
 /// Thumbnails as they are stored: the bytes of a JPEG picture, or of a PNG one where the image has
 /// transparent parts. A connection is used on its own thread; the rest may be called from any.
 namespace ThumbnailStore {
 
-/// Which of these files have one. Where the catalogue can't be read, none has.
-[[nodiscard]] std::unordered_set<qint64>
-storedThumbnails(FMDatabase& thumbnailDb, std::span<const qint64> fileIds);
 [[nodiscard]] bool isThumbnailExist(FMDatabase& thumbnailDb, qint64 fileId);
 
 /// The stored bytes; empty if there are none.

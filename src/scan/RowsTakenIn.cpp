@@ -2,7 +2,6 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/IdsText.h"
-#include "codec/PBImageImporterManager.h"
 #include "core/Paths.h"
 #include "group/FolderPaths.h"
 #include "library/PBAliasManager.h"

@@ -55,13 +55,14 @@ void ThumbnailsToBuild::add(
 
 void ThumbnailsToBuild::addKnown(
     const PBImageFileItem& item, const QString& folderPath, const QString& fileName) {
-    if (!_known || _known->isFull()) {
+    if (!_known) {
         _known = std::make_shared<MissingThumbsOperation>(
             _dictionary.services->buildThumb, _dictionary.services->imageImporterManager,
             _dictionary.BuildThumbSize);
         _operations.push_back(_known);
     }
     _known->add(item.fileId(), {folderPath, fileName, item.imageSize()});
+    if (_known->keys().size() >= thumbnailsQueuedTogether) queueAll();
 }
 
 void ThumbnailsToBuild::queueAll() {

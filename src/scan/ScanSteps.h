@@ -37,7 +37,7 @@ public:
 private:
     const PBScanDictionary& _dictionary;
     std::vector<std::shared_ptr<platform::Operation>> _operations;
-    /// The last of them, while it takes more.
+    /// One of them, which takes all that are known.
     std::shared_ptr<MissingThumbsOperation> _known;
 };
 

@@ -162,7 +162,7 @@ TEST_F(BuildThumbTest, OfImagesThatAreKnownOnlyThoseWithoutAThumbnailAreBuiltInT
     build(2);
     queue.setSuspended(true);
     const auto known = std::make_shared<MissingThumbsOperation>(services, importers, 128);
-    for (qint64 id = 1; !known->isFull(); ++id)
+    for (qint64 id = 1; id <= 64; ++id)
         known->add(id, {u"/pictures"_s, u"%1.jpg"_s.arg(id), {300, 100}});
     const auto all = static_cast<qint64>(known->keys().size());
     known->add(all + 1, {u"/pictures"_s, u"notes.txt"_s, {}});

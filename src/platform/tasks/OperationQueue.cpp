@@ -174,26 +174,28 @@ void OperationQueue::setIdleHandler(std::function<void()> handler) {
 void OperationQueue::prefer(const std::unordered_map<std::int64_t, QueuePriority>& priorities) {
     const Lock lock(_mutex);
     refreshOrder();
-    // Of those that have several keys, one that is named no more must not undo what another one's
-    // priority is.
+    std::unordered_map<Operation*, QueuePriority> wanted; // the highest of those of its keys
     for (const auto& [key, former] : _preferred)
-        moveTo(QueuePriority::Normal, key);
+        if (Operation* operation = _byKey.value(key)) wanted[operation] = QueuePriority::Normal;
     for (const auto& [key, priority] : priorities) {
-        const Operation* operation = _byKey.value(key);
-        if (operation && operation->queuePriority() < priority) moveTo(priority, key);
+        Operation* operation = _byKey.value(key);
+        if (!operation) continue;
+        const auto [place, isNew] = wanted.try_emplace(operation, priority);
+        if (!isNew) place->second = std::max(place->second, priority);
     }
+    for (const auto& [operation, priority] : wanted)
+        moveTo(priority, *operation);
     _preferred = priorities;
 }
 
-void OperationQueue::moveTo(QueuePriority priority, std::int64_t key) {
-    Operation* operation = _byKey.value(key);
-    if (!operation || operation->queuePriority() == priority) return;
-    Line& from = _lines[slotOf(operation->queuePriority())];
+void OperationQueue::moveTo(QueuePriority priority, Operation& operation) {
+    if (operation.queuePriority() == priority) return;
+    Line& from = _lines[slotOf(operation.queuePriority())];
     const auto place =
-        std::ranges::lower_bound(from, operation->_sequence.load(), {}, &Place::sequence);
+        std::ranges::lower_bound(from, operation._sequence.load(), {}, &Place::sequence);
     // Somebody may give it another one at this very moment: the whole line is sorted anew then.
-    if (place == from.end() || place->operation.get() != operation) return;
-    operation->_priority = priority;
+    if (place == from.end() || place->operation.get() != &operation) return;
+    operation._priority = priority;
     putInOrder(_lines[slotOf(priority)], Place{place->sequence, std::move(place->operation)});
 }
 

@@ -90,7 +90,7 @@ private:
     void refreshOrder() const VELMORA_REQUIRES(_mutex);
     void putInLine(const std::shared_ptr<Operation>& operation, std::uint64_t sequence)
         VELMORA_REQUIRES(_mutex);
-    void moveTo(QueuePriority priority, std::int64_t key) VELMORA_REQUIRES(_mutex);
+    void moveTo(QueuePriority priority, Operation& operation) VELMORA_REQUIRES(_mutex);
     void forgetKey(const Operation& operation) VELMORA_REQUIRES(_mutex);
     static void putInOrder(Line& line, Place place);
     /// Nothing waits, runs or is being torn down, but for that many operations.

@@ -4,7 +4,6 @@
 #include "catalogue/marks/MarksLedger.h"
 #include "catalogue/marks/MarksMatching.h"
 #include "group/ImageFileRow.h"
-#include "group/PBGroupItem.h"
 #include "platform/files/FileManager.h"
 #include "platform/tasks/Operation.h"
 #include "platform/values/PBValue.h"
