@@ -8,6 +8,7 @@
 #include "fileactions/marks/EditQueue.h"
 #include "fileactions/marks/ShownPhotographs.h"
 #include "group/GroupTypes.h"
+#include "image/BuiltThumbnails.h"
 #include "library/PBAliasManager.h"
 #include "platform/tasks/MainLoop.h"
 #include "scan/ScanServices.h"
@@ -198,9 +199,10 @@ private:
     platform::Mutex _insertFolderAliasLock;
     PBImageImporterManager _importers;
     ScanFigures _figures;
+    BuiltThumbnails _unstored;
     platform::OperationQueue _buildQueue{QStringLiteral("build")};
-    std::shared_ptr<BuildThumbServices> _buildThumb{
-        new BuildThumbServices{.db = _thumbnails, .queue = _buildQueue, .didBuild = {}}};
+    std::shared_ptr<BuildThumbServices> _buildThumb{new BuildThumbServices{
+        .db = _thumbnails, .queue = _buildQueue, .unstored = _unstored, .didBuild = {}}};
     PBGroupTreeDataSource _source;
     ScanBrowsing _browsing;
     const std::shared_ptr<PBGroupItemArray> _work = std::make_shared<PBGroupItemArray>();

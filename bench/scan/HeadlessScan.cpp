@@ -80,7 +80,11 @@ HeadlessScan::HeadlessScan(const QString& profile, const QString& pictures)
         }
     }
     _buildThumb = std::shared_ptr<BuildThumbServices>(new BuildThumbServices{
-        .db = _buildThumbnails, .queue = _buildQueue, .ahead = &_decodeAhead, .didBuild = {}});
+        .db = _buildThumbnails,
+        .queue = _buildQueue,
+        .unstored = _unstored,
+        .ahead = &_decodeAhead,
+        .didBuild = {}});
     const auto services = std::shared_ptr<const ScanServices>(new ScanServices{
         .aliasManager = _aliasManager,
         .scanFinishedManager = _finishedManager,

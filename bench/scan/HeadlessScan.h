@@ -2,6 +2,7 @@
 
 #include "FMDB/FMDatabase.h"
 #include "codec/PBImageImporterManager.h"
+#include "image/BuiltThumbnails.h"
 #include "image/DecodeAhead.h"
 #include "library/PBAliasManager.h"
 #include "platform/tasks/OperationQueue.h"
@@ -46,6 +47,7 @@ private:
     PBScanFinishedManager _finishedManager;
     ScanFigures _figures;
     platform::Mutex _insertFolderAliasLock;
+    BuiltThumbnails _unstored;
     platform::OperationQueue _buildQueue{QStringLiteral("build")};
     platform::OperationQueue _scanQueue{QStringLiteral("scan")};
     DecodeAhead _decodeAhead;

@@ -16,6 +16,7 @@ ScanPipeline::ScanPipeline(Environment environment)
       _buildThumb(new BuildThumbServices{
           .db = _environment.buildThumbDb,
           .queue = _environment.buildQueue,
+          .unstored = _unstored,
           .ahead = &_decodeAhead,
           .didBuild = _notifier.poster()}) {
     _dataSource.setDidSwap([this] { noteShown(); });

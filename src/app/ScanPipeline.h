@@ -4,6 +4,7 @@
 #include "group/PBGroupTreeDataSource.h"
 #include "group/PlaceAddresses.h"
 #include "image/BuildThumbNotifier.h"
+#include "image/BuiltThumbnails.h"
 #include "image/DecodeAhead.h"
 #include "places/PBGeoManager.h"
 #include "platform/tasks/Mutex.h"
@@ -70,6 +71,7 @@ private:
     group::GeoManagerAddresses _places;
     PBGroupTreeDataSource _dataSource;
     BuildThumbNotifier _notifier;
+    BuiltThumbnails _unstored;
     DecodeAhead _decodeAhead;
     ReadAhead _readAhead;
     const std::shared_ptr<BuildThumbServices> _buildThumb;

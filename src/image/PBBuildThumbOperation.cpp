@@ -1,30 +1,47 @@
 #include "image/PBBuildThumbOperation.h"
 
 #include "FMDB/FMDatabase.h"
-#include "catalogue/PBCatalogue.h"
+#include "image/BuiltThumbnails.h"
 #include "image/ThumbnailStore.h"
-#include "platform/program/StandardError.h"
 #include "platform/tasks/OperationQueue.h"
-
-#include <sqlite3.h>
 
 void PBBuildThumbOperation::main() {
     build();
+    storeIfDue();
     ++_services->finished;
 }
 
 void PBBuildThumbOperation::build() {
     if (isCancelled() || !_hasImporter || isStored()) return;
     decodeNextInLine();
-    if (!decodeIfNobodyDoes()) _decoding.wait(Decoding::Running);
+    BuiltThumbnails& unstored = _services->unstored;
+    if (takeDecoding()) {
+        unstored.store(*_services);
+        decode();
+    }
+    if (unstored.isEmpty() || !_decoded.try_acquire_for(unstored.patience())) {
+        unstored.store(*_services);
+        _decoded.acquire();
+    }
     _place.reset();
-    const QByteArray data = std::move(_data);
+    QByteArray data = std::move(_data);
     if (!_hasImage) {
         if (!isCancelled()) ++_services->failed;
-        return;
+    } else if (!data.isEmpty()) {
+        unstored.add({shared_from_this(), std::move(data)});
+    } else if (!isCancelled() && _services->didBuild) {
+        _services->didBuild(shared_from_this());
     }
-    if (!data.isEmpty()) store(data);
-    if (!isCancelled() && _services->didBuild) _services->didBuild(shared_from_this());
+}
+
+void PBBuildThumbOperation::storeIfDue() {
+    BuiltThumbnails& unstored = _services->unstored;
+    if (unstored.isEmpty()) return;
+    const auto next = _services->queue.nextOperations(1);
+    const bool isFollowed = !next.empty() && !_services->queue.isSuspended() &&
+                            std::dynamic_pointer_cast<PBBuildThumbOperation>(next.front());
+    const bool isOnShow = queuePriority() > platform::QueuePriority::Normal;
+    if (!isFollowed || isOnShow || unstored.patience().count() <= 0) unstored.store(*_services);
 }
 
 bool PBBuildThumbOperation::isStored() {
@@ -43,17 +60,15 @@ void PBBuildThumbOperation::decodeNextInLine() {
         if (next->isStored()) continue;
         next->_place = ahead->takePlace();
         if (!next->_place) return;
-        ahead->run([next] { next->decodeIfNobodyDoes(); });
+        ahead->run([next] {
+            if (next->takeDecoding()) next->decode();
+        });
     }
 }
 
-bool PBBuildThumbOperation::decodeIfNobodyDoes() {
-    auto expected = Decoding::NotStarted;
-    if (!_decoding.compare_exchange_strong(expected, Decoding::Running)) return false;
+void PBBuildThumbOperation::decode() {
     _data = decodeAndEncode();
-    _decoding = Decoding::Done;
-    _decoding.notify_all();
-    return true;
+    _decoded.release();
 }
 
 QByteArray PBBuildThumbOperation::decodeAndEncode() {
@@ -68,19 +83,4 @@ QByteArray PBBuildThumbOperation::decodeAndEncode() {
     _request.imageImporter.reset();
     _hasImage = !image.isNull();
     return _hasImage ? ThumbnailStore::encode(image) : QByteArray();
-}
-
-void PBBuildThumbOperation::store(const QByteArray& data) {
-    FMDatabase& db = _services->db;
-    if (PBCatalogue(db).insertThumbnailWithFileId(_request.fileId, data)) {
-        ++_services->built;
-        return;
-    }
-    // A thumbnail that is there already stays.
-    if ((db.lastErrorCode() & 0xff) == SQLITE_CONSTRAINT) return;
-    ++_services->failed;
-    if (_services->toldFailure.exchange(true)) return;
-    platform::complain(QStringLiteral("thumbnails can't be stored in %1 (%2); those that are there "
-                                      "stay")
-                           .arg(db.databasePath(), db.lastErrorMessage()));
 }

@@ -10,7 +10,9 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <semaphore>
 
+class BuiltThumbnails;
 class FMDatabase;
 class PBBuildThumbOperation;
 
@@ -18,6 +20,7 @@ class PBBuildThumbOperation;
 struct BuildThumbServices {
     FMDatabase& db; ///< of the build queue, on thumbnail.db
     platform::OperationQueue& queue;
+    BuiltThumbnails& unstored; ///< of the build queue
     /// nullptr: nothing is decoded ahead.
     DecodeAhead* ahead = nullptr;
     /// Told of each finished thumbnail, on the build queue's thread.
@@ -30,8 +33,8 @@ struct BuildThumbServices {
     std::atomic<bool> toldFailure{false}; ///< to the user, that thumbnails can't be stored
 };
 
-/// Decodes one image at thumbnail size and stores it. One at a time, on the build queue, where it
-/// is known by its file id.
+/// Decodes one image at thumbnail size and stores it: at once where it is on show, else with some
+/// that follow. One at a time, on the build queue, where it is known by its file id.
 class PBBuildThumbOperation final : public platform::Operation,
                                     public std::enable_shared_from_this<PBBuildThumbOperation> {
 public:
@@ -56,15 +59,15 @@ protected:
     void main() override;
 
 private:
-    enum class Decoding { NotStarted, Running, Done };
-
     void build();
     [[nodiscard]] bool isStored();
     void decodeNextInLine();
     /// False if another thread decodes, or has.
-    bool decodeIfNobodyDoes();
+    [[nodiscard]] bool takeDecoding() { return !_isDecodingTaken.exchange(true); }
+    void decode();
     [[nodiscard]] QByteArray decodeAndEncode();
-    void store(const QByteArray& data);
+    /// What waits to be stored goes on waiting only while others are sure to follow soon.
+    void storeIfDue();
 
     const std::shared_ptr<BuildThumbServices> _services;
     Request _request; // the importer belongs to the one who decodes
@@ -73,8 +76,9 @@ private:
     DecodeAhead::Place _place;
     bool _isKnownToBeMissing = false;
 
-    std::atomic<Decoding> _decoding{Decoding::NotStarted};
-    // Written by the one who decodes, read when `Done`.
+    std::atomic<bool> _isDecodingTaken{false};
+    std::binary_semaphore _decoded{0};
+    // Written by the one who decodes, read when that is done.
     QByteArray _data;
     bool _hasImage = false;
 };

@@ -2,8 +2,10 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
+#include "catalogue/PBRemoveThumbOperation.h"
 #include "codec/PBImageImporterManager.h"
 #include "image/BuildThumbNotifier.h"
+#include "image/BuiltThumbnails.h"
 #include "image/ThumbnailStore.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/Mutex.h"
@@ -18,6 +20,8 @@ using platform::QueuePriority;
 using support::filled;
 
 namespace {
+
+using Time = std::chrono::steady_clock::time_point;
 
 /// What the importers of a test did, and a gate that holds them up.
 class Decodings {
@@ -80,22 +84,23 @@ struct BuildThumbTest : testing::Test {
     BuildThumbTest() {
         EXPECT_TRUE(db.open());
         EXPECT_TRUE(PBCatalogue(db).checkTables_Thumbnail());
-        services = std::shared_ptr<BuildThumbServices>(
-            new BuildThumbServices{.db = db, .queue = queue, .didBuild = [this](const auto& built) {
-                                       order.push_back(built->fileId());
-                                   }});
+        services = std::shared_ptr<BuildThumbServices>(new BuildThumbServices{
+            .db = db, .queue = queue, .unstored = unstored, .didBuild = [this](const auto& built) {
+                order.push_back(built->fileId());
+            }});
     }
 
     std::shared_ptr<PBBuildThumbOperation>
     add(qint64 fileId, const QImage& image = filled({9, 9}), QSizeF known = {},
-        bool checkExist = false) {
+        bool checkExist = false, Decodings* gate = nullptr) {
         auto operation = std::make_shared<PBBuildThumbOperation>(
-            services, PBBuildThumbOperation::Request{
-                          .fileId = fileId,
-                          .imageImporter = std::make_unique<ToldImporter>(decodings, image),
-                          .checkExist = checkExist,
-                          .thumbSize = 256,
-                          .imageSize = known});
+            services,
+            PBBuildThumbOperation::Request{
+                .fileId = fileId,
+                .imageImporter = std::make_unique<ToldImporter>(gate ? *gate : decodings, image),
+                .checkExist = checkExist,
+                .thumbSize = 256,
+                .imageSize = known});
         queue.addOperation(operation);
         return operation;
     }
@@ -110,8 +115,10 @@ struct BuildThumbTest : testing::Test {
 
     FMDatabase db{QString()};
     Decodings decodings;
+    Decodings stuck;           // the gate of those that take long
     std::vector<qint64> order; // written on the build queue's thread
     std::shared_ptr<BuildThumbServices> services;
+    BuiltThumbnails unstored;
     OperationQueue queue{QStringLiteral("build")};
 };
 
@@ -252,10 +259,81 @@ TEST_F(BuildThumbTest, IdleCoresDecodeAheadTheOrderStaysAndCancellingGivesTheirP
     EXPECT_TRUE(support::spinUntil([&] {
         while (auto place = ahead.takePlace())
             left.push_back(std::move(place));
-        return left.size() == 2 * cores;
+        return left.size() == static_cast<std::size_t>(ahead.capacity());
     }));
     EXPECT_EQ(order, expected);
     services->ahead = nullptr;
+}
+
+TEST_F(BuildThumbTest, WhatWaitsToBeStoredWaitsForNothingThatTakesLong) {
+    const auto isBuilt = [&](quint64 count) {
+        return support::spinUntil([&] { return services->built == count; });
+    };
+    const auto holdUp = [&](qint64 fileId) { add(fileId, filled({9, 9}), {}, false, &stuck); };
+    DecodeAhead cores(2);
+    for (DecodeAhead* ahead : {static_cast<DecodeAhead*>(nullptr), &cores}) {
+        services->ahead = ahead;
+        const quint64 before = services->built;
+        const auto id = static_cast<qint64>(before);
+        stuck.setOpen(false);
+        queue.setSuspended(true);
+        add(id + 1);
+        holdUp(id + 2);
+        queue.setSuspended(false);
+        EXPECT_TRUE(isBuilt(before + 1)) << "a decoding of another";
+        queue.setSuspended(true);
+        stuck.setOpen(true);
+        add(id + 3);
+        EXPECT_TRUE(isBuilt(before + 2)) << "a queue that is held";
+        queue.addOperation(
+            std::make_shared<PBRemoveThumbOperation>(std::vector{id + 1, id + 3}, db));
+        queue.setSuspended(false);
+        queue.waitUntilAllOperationsAreFinished();
+        EXPECT_EQ(services->built, before + 3);
+        EXPECT_FALSE(ThumbnailStore::isThumbnailExist(db, id + 3)) << "its removal";
+    }
+    services->ahead = nullptr;
+}
+
+TEST_F(BuildThumbTest, ThumbnailsThatAreStoredTogetherAreCountedAndToldEachForItself) {
+    queue.setSuspended(true);
+    std::vector<std::shared_ptr<PBBuildThumbOperation>> operations;
+    for (qint64 id = 1; id <= 32; ++id)
+        operations.push_back(add(id));
+    ASSERT_TRUE(PBCatalogue(db).insertThumbnailWithFileId(2, "there already"));
+    operations[2]->cancel();
+    Time now;
+    BuiltThumbnails some([&] { return now; });
+    for (const auto& operation : operations) {
+        some.add({operation, "data"});
+        EXPECT_EQ(some.patience().count() > 0, operation != operations.back());
+    }
+    some.store(*services);
+    EXPECT_EQ(figures(), (QList{31, 0, 0}));
+    EXPECT_EQ(order.size(), 31U);
+    EXPECT_EQ(ThumbnailStore::thumbnailData(db, 2), "there already");
+    EXPECT_EQ(ThumbnailStore::thumbnailData(db, 3), "data") << "was made for nothing, and is there";
+    EXPECT_TRUE(some.isEmpty());
+    some.add({operations.front(), "data"});
+    now += std::chrono::milliseconds(51);
+    EXPECT_LE(some.patience().count(), 0);
+}
+
+TEST_F(BuildThumbTest, MorePicturesAreDecodedAheadWhereThatIsQuick) {
+    using namespace std::chrono_literals;
+    std::atomic<Time> now;
+    std::atomic<std::chrono::milliseconds> step{1ms};
+    DecodeAhead ahead(2, [&] { return now = now.load() + step.load(); });
+    const auto becomes = [&](int capacity) {
+        ahead.run([] {});
+        return support::spinUntil([&] { return ahead.capacity() == capacity; });
+    };
+    EXPECT_EQ(ahead.capacity(), 4);
+    EXPECT_TRUE(becomes(12));
+    step = 50ms; // (7 * 1 + 50) / 8 = 7.1
+    EXPECT_TRUE(becomes(5));
+    step = 500ms;
+    EXPECT_TRUE(becomes(4));
 }
 
 TEST_F(BuildThumbTest, EndedThumbnailsAreToldOnTheMainThread) {

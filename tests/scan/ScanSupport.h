@@ -1,6 +1,7 @@
 #pragma once
 
 #include "group/ItemOrder.h"
+#include "image/BuiltThumbnails.h"
 #include "library/LibrarySupport.h"
 #include "scan/AttachedOperations.h"
 #include "scan/ScanFactory.h"
@@ -186,10 +187,11 @@ struct ScanTest : testing::Test {
     ScanFigures figures;
     platform::Mutex insertFolderAliasLock;
     std::atomic<double> now{1000};
+    BuiltThumbnails unstored;
     platform::OperationQueue buildQueue{u"build"_s};
     platform::OperationQueue scanQueue{u"scan"_s};
-    std::shared_ptr<BuildThumbServices> buildThumb{
-        new BuildThumbServices{.db = buildThumbnails, .queue = buildQueue, .didBuild = {}}};
+    std::shared_ptr<BuildThumbServices> buildThumb{new BuildThumbServices{
+        .db = buildThumbnails, .queue = buildQueue, .unstored = unstored, .didBuild = {}}};
     std::shared_ptr<const ScanServices> services{new ScanServices{
         .aliasManager = aliasManager,
         .scanFinishedManager = finishedManager,

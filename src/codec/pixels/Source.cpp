@@ -13,6 +13,8 @@ namespace {
 
 /// Of a file that can't be mapped.
 constexpr std::size_t largestCopy = std::size_t(256) << 20;
+/// To read that little costs less than to map it, touch it and let go of it.
+constexpr std::size_t smallFile = std::size_t(64) << 10;
 
 QByteArray readAll(int descriptor, std::size_t length) {
     QByteArray content(static_cast<qsizetype>(std::min(length, largestCopy)), Qt::Uninitialized);
@@ -37,6 +39,11 @@ std::optional<Source> Source::fromDescriptor(int descriptor) {
         return std::nullopt;
     }
     const auto length = static_cast<std::size_t>(status.st_size);
+    if (length <= smallFile) {
+        const QByteArray content = readAll(descriptor, length);
+        if (static_cast<std::size_t>(content.size()) == length) return fromBytes(content);
+        // One that can't be read shall be lost in the way of all others.
+    }
     void* address = ::mmap(nullptr, length, PROT_READ, MAP_PRIVATE, descriptor, 0);
     if (address == MAP_FAILED) {
         const QByteArray content = readAll(descriptor, length);

@@ -10,9 +10,10 @@
 
 namespace codec {
 
-/// The bytes of one picture file, or of a picture in memory. Files are mapped read-only, so that a
-/// decoder pays for the pages that it looks at and no others. A file that another program cuts
-/// short while it is mapped raises SIGBUS on access: strangers' files are read in helper processes.
+/// The bytes of one picture file, or of a picture in memory. Small files are read; others are mapped
+/// read-only, so that a decoder pays for the pages that it looks at and no others. A file that
+/// another program cuts short while it is mapped raises SIGBUS on access, and so does one that its
+/// disk doesn't give: strangers' files are read in helper processes.
 /// Not changed after it was made; any thread.
 class Source {
 public:
