@@ -275,11 +275,14 @@ TEST_F(BuildThumbTest, WhatWaitsToBeStoredWaitsForNothingThatTakesLong) {
         services->ahead = ahead;
         const quint64 before = services->built;
         const auto id = static_cast<qint64>(before);
+        decodings.setOpen(false);
         stuck.setOpen(false);
         queue.setSuspended(true);
         add(id + 1);
         holdUp(id + 2);
         queue.setSuspended(false);
+        if (ahead) stuck.waitForStarted(2); // the second time that one is held up
+        decodings.setOpen(true);
         EXPECT_TRUE(isBuilt(before + 1)) << "a decoding of another";
         queue.setSuspended(true);
         stuck.setOpen(true);
