@@ -285,8 +285,8 @@ TEST_F(BuildThumbTest, WhatWaitsToBeStoredWaitsForNothingThatTakesLong) {
         decodings.setOpen(true);
         EXPECT_TRUE(isBuilt(before + 1)) << "a decoding of another";
         queue.setSuspended(true);
-        stuck.setOpen(true);
         add(id + 3);
+        stuck.setOpen(true);
         EXPECT_TRUE(isBuilt(before + 2)) << "a queue that is held";
         queue.addOperation(
             std::make_shared<PBRemoveThumbOperation>(std::vector{id + 1, id + 3}, db));
