@@ -10,11 +10,11 @@
 
 namespace codec {
 
-/// The bytes of one picture file, or of a picture in memory. Small files are read; others are mapped
-/// read-only, so that a decoder pays for the pages that it looks at and no others. A file that
-/// another program cuts short while it is mapped raises SIGBUS on access, and so does one that its
-/// disk doesn't give: strangers' files are read in helper processes.
-/// Not changed after it was made; any thread.
+/// The bytes of one picture file, or of a picture in memory. Small files are read; others are
+/// mapped read-only, so that a decoder pays for the pages that it looks at and no others. A file
+/// that another program cuts short while it is mapped raises SIGBUS on access, and so does one that
+/// its disk doesn't give: strangers' files are read in helper processes. Not changed after it was
+/// made; any thread.
 class Source {
 public:
     /// The regular file behind an open descriptor, which is borrowed for this call only; nothing
