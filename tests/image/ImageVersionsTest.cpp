@@ -27,8 +27,6 @@ std::string chosen(const PBImageFileItem& item, double scale) {
     return told;
 }
 
-} // namespace
-
 TEST(ImageVersionsTest, TheSmallestVersionThatIsLargeEnoughIsTaken) {
     using Version = std::pair<LoadedImages, double>;
     const auto picture = [](double scale) { return Version(pictures({4, 3}), scale); };
@@ -97,8 +95,6 @@ TEST(ImageVersionsTest, OneOfTheTwoClearingsTakesEachPictureAndNoneAMarker) {
     }
 }
 
-namespace {
-
 struct ImageBufferTest : testing::Test {
     ImageBufferTest() { line.setScreen({.maxScreenSize = 10, .colorSpace = {}}); }
 
@@ -135,8 +131,6 @@ struct ImageBufferTest : testing::Test {
 };
 
 constexpr qint64 pictureBytes = qint64{10} * 10 * 4;
-
-} // namespace
 
 TEST_F(ImageBufferTest, TheFarthestOfFifteenGoesUnlessItIsOnScreen) {
     PBImageBufferManager buffer(environment);
@@ -199,3 +193,5 @@ TEST_F(ImageBufferTest, AnAnimationThatWasNeverLookedAtGoesWithItsItem) {
     EXPECT_EQ(imageByteCount(*item(0)), 0);
     EXPECT_NE(imageByteCount(*item(30)), 0);
 }
+
+} // namespace

@@ -2,8 +2,6 @@
 
 #include "support/Support.h"
 
-#include <set>
-
 using namespace std::chrono_literals;
 using Duration = LoadPace::Duration;
 

@@ -7,7 +7,7 @@ namespace {
 
 using Items = std::vector<std::shared_ptr<PBImageFileItem>>;
 
-struct FakeOrder final : BrowserOrder {
+struct PBThumbnailBufferManagerTest : ::testing::Test, BrowserOrder {
     PBImageBrowserIndex indexForImageFile(const PBImageFileItem& imageFile) const override {
         for (std::size_t group = 0; group < leaves.size(); ++group)
             for (std::size_t item = 0; item < leaves[group].size(); ++item)
@@ -20,24 +20,18 @@ struct FakeOrder final : BrowserOrder {
         return std::ssize(leaves.at(static_cast<std::size_t>(group)));
     }
     bool isCollapsedForBrowser(std::int64_t group) const override { return group == collapsed; }
-
-    std::vector<Items> leaves;
-    std::int64_t collapsed = -1;
-};
-
-struct PBThumbnailBufferManagerTest : ::testing::Test {
     void makeLeaves(std::initializer_list<int> counts) {
         qint64 id = 0;
         for (const int count : counts) {
             Items items;
             for (int item = 0; item < count; ++item)
                 items.push_back(PBImageFileItem::imageFileItemWithId(++id, 1, u"a"_s, 1, 1));
-            order.leaves.push_back(items);
+            leaves.push_back(items);
         }
-        manager.setBrowserOrder(&order);
+        manager.setBrowserOrder(this);
     }
     const std::shared_ptr<PBImageFileItem>& shared(int group, int index) {
-        return order.leaves.at(static_cast<std::size_t>(group)).at(static_cast<std::size_t>(index));
+        return leaves.at(static_cast<std::size_t>(group)).at(static_cast<std::size_t>(index));
     }
     /// Which items hold a thumbnail, as digits, with "|" between the leaves.
     QString held() {
@@ -47,7 +41,7 @@ struct PBThumbnailBufferManagerTest : ::testing::Test {
                 if (leaf[index]->hasThumbnail()) digits += QString::number(index);
             return digits;
         };
-        return support::listed(order.leaves, digitsOf).join(u'|');
+        return support::listed(leaves, digitsOf).join(u'|');
     }
     QString push(int group, std::initializer_list<int> indexes) {
         for (const int index : indexes) {
@@ -62,7 +56,8 @@ struct PBThumbnailBufferManagerTest : ::testing::Test {
     }
 
     const QImage image{4, 4, QImage::Format_ARGB32_Premultiplied};
-    FakeOrder order;
+    std::vector<Items> leaves;
+    std::int64_t collapsed = -1;
     PBThumbnailBufferManager manager{4};
 };
 
@@ -99,9 +94,9 @@ TEST_F(PBThumbnailBufferManagerTest, foldedLeavesCountForNothing) {
     makeLeaves({10, 1000, 10});
     push(0, {0, 1});
     push(2, {6, 7});
-    order.collapsed = 1;
+    collapsed = 1;
     EXPECT_EQ(push(0, {9}), u"19||67"); // 9 from the front, 8 from the back
-    order.collapsed = -1;
+    collapsed = -1;
     EXPECT_EQ(push(0, {8}), u"189||6"); // 7 from the front, far from the back
 }
 
@@ -123,7 +118,7 @@ TEST_F(PBThumbnailBufferManagerTest, theCountHoldsWhateverTheTreeDoes) {
     makeLeaves({5, 1, 2});
     push(0, {0, 1});
     push(2, {0, 1});
-    order.leaves.resize(1); // what is stored lies beyond the tree now
+    leaves.resize(1); // what is stored lies beyond the tree now
     push(0, {2, 3, 4});
     EXPECT_EQ(manager.imageFileItemCount(), 4U);
     manager.setBrowserOrder(nullptr);

@@ -29,9 +29,8 @@ std::shared_ptr<const PBImages> imagesOf(const QImage& image) {
 /// of its own, its corner there.
 DisplayState
 placed(const QImage& image, QSizeF fileSize, int quarters, double scale, QPointF corner) {
-    QTransform transform;
-    transform.rotate(90.0 * quarters);
-    transform.scale(scale, scale);
+    const auto transform =
+        QTransform::fromScale(scale, scale) * QTransform().rotate(90.0 * quarters);
     const QRectF frame = transform.mapRect(QRectF(QPointF(0, 0), fileSize));
     const QTransform moved =
         transform * QTransform::fromTranslate(corner.x() - frame.left(), corner.y() - frame.top());
@@ -49,11 +48,10 @@ Channels channelsAt(const QImage& image, int x, int y) {
 /// What a device pixel should be where a picture is not reduced: many samples of a square as wide
 /// as a pixel of the picture, round the middle; or of one point.
 Channels covered(const QImage& image, const DisplayState& state, QPoint device, bool isSharp) {
+    const QSizeF& size = state.imageSize;
     const QTransform toPicture =
-        (QTransform::fromScale(
-             state.imageSize.width() / image.width(), state.imageSize.height() / image.height()) *
-         state.toDevicePixels)
-            .inverted();
+        state.toDevicePixels.inverted() *
+        QTransform::fromScale(image.width() / size.width(), image.height() / size.height());
     Channels all{};
     constexpr int samples = 16;
     for (int j = 0; j < samples; ++j)

@@ -7,6 +7,7 @@
 /// The input on a picture of its own, with a clock that the test turns. Notes what is asked for.
 struct ImageInputTest : ::testing::Test, ImageInputHost {
     using Phase = WheelMove::Phase;
+    static constexpr QSizeF large{4000, 3000};
 
     SwipeNeighbours neighbours() const override { return there; }
     void step(ImageStep step) override {

@@ -1,12 +1,6 @@
 #include "ImageInputFixture.h"
 #include "PointsNear.h"
 
-namespace {
-
-constexpr QSizeF large(4000, 3000);
-
-} // namespace
-
 TEST_F(ImageInputTest, notchesOfOneTurnMakeOneStepOnAPictureThatFits) {
     struct Case {
         const char* name;
@@ -58,13 +52,9 @@ TEST_F(ImageInputTest, swipesFlyOutOrSpringBack) {
         there.hasNext = each.hasNext;
         touchpad(Phase::Begin, {});
         const double flung = each.fling * 0.01;
-        touchpad(Phase::Update, {each.way - 2 * flung, 0});
-        if (each.fling == 0) {
-            wait(0.2); // the fingers rest
-        } else {
-            touchpad(Phase::Update, {flung, 0});
-            touchpad(Phase::Update, {flung, 0});
-        }
+        for (const double step : {each.way - 2 * flung, flung, flung})
+            touchpad(Phase::Update, {step, 0});
+        if (each.fling == 0) wait(0.2); // the fingers rest
         EXPECT_NEAR(geometry.placement().swapOffset(), std::min(-each.way, 16000.0), 1e-9) << name;
         touchpad(Phase::End, {}, 0);
         wait(0.05);

@@ -12,8 +12,15 @@
 
 #include <QPaintEvent>
 
-/// The surroundings of the view: a list of photographs, and what was asked of them.
-struct FakeImageHost final : ImageViewHost {
+/// The real view, without a display, on files of the test's own and with its clock. Its
+/// surroundings are the test: a list of photographs, and what was asked of them.
+struct PBImageViewTest : ::testing::Test, ThumbnailLoader, group::FolderPaths, ImageViewHost {
+    PBImageViewTest() {
+        view.installEventFilter(&paints);
+        view.resize(800, 600);
+    }
+    QImage loadThumbnail(const PBImageFileItem&) override { return thumbnail; }
+    QString pathOfFolderId(qint64) const override { return folder; }
     std::shared_ptr<PBImageFileItem> at(std::int64_t place) const {
         return place >= 0 && place < std::ssize(items) ? items.at(static_cast<std::size_t>(place))
                                                        : nullptr;
@@ -35,8 +42,8 @@ struct FakeImageHost final : ImageViewHost {
     void moveTo(std::int64_t target) {
         if (!at(target) || target == index) return;
         index = target;
-        view->showImage();
-        view->tryPreloadNextOrPrevImage();
+        view.showImage();
+        view.tryPreloadNextOrPrevImage();
     }
     void navigateToNextImage() override { moveTo(index + 1); }
     void navigateToPreviousImage() override { moveTo(index - 1); }
@@ -53,32 +60,12 @@ struct FakeImageHost final : ImageViewHost {
     void openDroppedPaths(const QStringList& paths) override { asked += paths; }
     bool isSlideShowMode() const override { return isSlideShow; }
 
-    PBImageView* view = nullptr;
-    std::vector<std::shared_ptr<PBImageFileItem>> items;
-    std::int64_t index = 0;
-    QStringList asked;
-    int validations = 0;
-    bool isSlideShow = false;
-    bool isBackward = false; ///< preloading goes that way
-};
-
-/// The real view, without a display, on files of the test's own and with its clock.
-struct PBImageViewTest : ::testing::Test, ThumbnailLoader, group::FolderPaths {
-    PBImageViewTest() {
-        host.view = &view;
-        view.installEventFilter(&paints);
-        view.resize(800, 600);
-    }
-    QImage loadThumbnail(const PBImageFileItem&) override { return thumbnail; }
-    QString pathOfFolderId(qint64) const override { return folder; }
-
     std::shared_ptr<PBImageFileItem>
     add(const QString& name, const support::FakeFile& file = {{600, 400}}) {
         files.set(name, file);
-        auto item =
-            PBImageFileItem::imageFileItemWithId(std::ssize(host.items) + 1, 1, name, 1000, 1);
+        auto item = PBImageFileItem::imageFileItemWithId(std::ssize(items) + 1, 1, name, 1000, 1);
         item->setImageSize(QSizeF(file.size));
-        host.items.push_back(item);
+        items.push_back(item);
         return item;
     }
     void show() {
@@ -138,12 +125,17 @@ struct PBImageViewTest : ::testing::Test, ThumbnailLoader, group::FolderPaths {
     QString folder = u"/photos"_s;
     QImage thumbnail = support::filled({30, 20}, Qt::yellow);
     support::FakeFiles files;
-    FakeImageHost host;
+    std::vector<std::shared_ptr<PBImageFileItem>> items;
+    std::int64_t index = 0;
+    QStringList asked;
+    int validations = 0;
+    bool isSlideShow = false;
+    bool isBackward = false; ///< preloading goes that way
     support::FakeImporters importers{files};
     PBLoadImageManager manager;
     PBImageBufferManager buffer{PBImageBufferManager::Environment{.loadImageManager = manager}};
     Paints paints;
     PBImageView view{
-        host, ImageViewServices{manager, buffer, importers, *this, *this}, nullptr,
+        *this, ImageViewServices{manager, buffer, importers, *this, *this}, nullptr,
         [this] { return now += 0.01; }};
 };

@@ -40,22 +40,22 @@ TEST_F(PBImageViewTest, aStepShowsTheNeighbourThatWasLoadedAheadAtOnce) {
     EXPECT_TRUE(isSharp());
     EXPECT_TRUE(isLoaded());
     files.setOpen(false);
-    host.items[1]->setRotateAngle(90);
+    items[1]->setRotateAngle(90);
     press(Qt::Key_Right);
-    EXPECT_EQ(host.index, 1);
+    EXPECT_EQ(index, 1);
     EXPECT_EQ(colorAt(198, 300), ImagePainter::groundColor()); // it stands upright
     EXPECT_EQ(colorAt(201, 300), QColor(Qt::green));
     EXPECT_EQ(view.angle(), -90);
     press(Qt::Key_Right);
-    EXPECT_EQ(host.index, 1);
+    EXPECT_EQ(index, 1);
     press(Qt::Key_Home);
     support::sendMouse(view, QEvent::MouseButtonPress, {5, 5}, {}, Qt::ForwardButton);
-    EXPECT_EQ(host.index, 1);
+    EXPECT_EQ(index, 1);
     support::sendMouse(view, QEvent::MouseButtonPress, {5, 5}, {}, Qt::BackButton);
-    EXPECT_EQ(host.index, 0);
+    EXPECT_EQ(index, 0);
     press(Qt::Key_Space);
     press(Qt::Key_Space, {}, true); // held
-    EXPECT_EQ(host.asked, u"flag"_s.split(u' '));
+    EXPECT_EQ(asked, u"flag"_s.split(u' '));
 }
 
 TEST_F(PBImageViewTest, aPhotographThatIsNotThereBeginsBeforeItsNeighboursTheNearestOfThemNext) {
@@ -64,9 +64,9 @@ TEST_F(PBImageViewTest, aPhotographThatIsNotThereBeginsBeforeItsNeighboursTheNea
     show();
     EXPECT_TRUE(isSharp());
     files.setOpen(false);
-    host.isBackward = true;
-    host.moveTo(3);
-    EXPECT_TRUE(manager.loadImageOperationOfContextObj(*host.items[3], 1).isLoading);
+    isBackward = true;
+    moveTo(3);
+    EXPECT_TRUE(manager.loadImageOperationOfContextObj(*items[3], 1).isLoading);
     const auto nameOf = [](const auto& operation) { return operation->contextObj()->fileName(); };
     EXPECT_EQ(support::listed(manager.waitingOperations(), nameOf), support::words("2.jpg 1.jpg"));
 }
@@ -92,7 +92,7 @@ TEST_F(PBImageViewTest, whatCannotBeShownSaysSoOverItsThumbnail) {
     EXPECT_TRUE(view.isProgressIndicatorShown());
     EXPECT_EQ(manager.operationCount(), 1);
     // Nothing focused.
-    host.items.clear();
+    items.clear();
     view.showImage();
     EXPECT_FALSE(view.isProgressIndicatorShown());
     const QImage without = view.grab().toImage();
@@ -126,7 +126,7 @@ TEST_F(PBImageViewTest, aPanPaintsStripsAndWhatLiesOnThePicture) {
     press(Qt::Key_X);
     EXPECT_TRUE(rests());
     EXPECT_TRUE(view.isFitIn() && !miniature->isVisible());
-    EXPECT_GT(host.validations, 1);
+    EXPECT_GT(validations, 1);
 }
 
 TEST_F(PBImageViewTest, theMiniatureMovesThePictureByItsMark) {
@@ -164,7 +164,7 @@ TEST_F(PBImageViewTest, wheelAndGesturesArriveFromTheirEvents) {
     EXPECT_NEAR(wheel({0, 120}, Qt::ControlModifier), 0.6667, 1e-6);
     view.fitInWithAnimation(false);
     wheel({0, -120}, {});
-    EXPECT_TRUE(support::spinUntil([this] { return host.index == 1; }));
+    EXPECT_TRUE(support::spinUntil([this] { return index == 1; }));
     EXPECT_TRUE(support::claimsShortcut(view, Qt::Key_Z));
     EXPECT_FALSE(support::claimsShortcut(view, Qt::Key_Left));
     QFocusEvent tab(QEvent::FocusIn, Qt::TabFocusReason);
@@ -206,7 +206,7 @@ TEST_F(PBImageViewTest, theButtonsFadeInNearThemAndStep) {
     EXPECT_TRUE(buttons->isShown() && found[0]->isVisible() && found[1]->isVisible());
     EXPECT_FALSE(found[0]->isEnabled()); // there is nothing before the first
     found[1]->click();
-    EXPECT_EQ(host.index, 1);
+    EXPECT_EQ(index, 1);
     EXPECT_FALSE(found[1]->isEnabled());
     press(Qt::Key_Left);
     EXPECT_FALSE(buttons->isShown());
@@ -223,7 +223,7 @@ TEST_F(PBImageViewTest, filesThatAreDroppedAreOpened) {
     Q_EMIT target->draggingChanged(false);
     EXPECT_FALSE(tip->isVisible());
     Q_EMIT target->dropped({u"/a.jpg"_s});
-    EXPECT_EQ(host.asked, QStringList{u"/a.jpg"_s});
+    EXPECT_EQ(asked, QStringList{u"/a.jpg"_s});
 }
 
 TEST_F(PBImageViewTest, screenReadersHearNameSizeAndMarks) {
@@ -235,13 +235,13 @@ TEST_F(PBImageViewTest, screenReadersHearNameSizeAndMarks) {
     EXPECT_EQ(interface->role(), QAccessible::Graphic);
     EXPECT_EQ(interface->text(QAccessible::Name), u"one.jpg"_s);
     EXPECT_EQ(interface->text(QAccessible::Description), u"400 × 600 pixels, 3 stars, flagged"_s);
-    host.items.clear();
+    items.clear();
     EXPECT_FALSE(interface->text(QAccessible::Name).isEmpty());
 }
 
 TEST_F(PBImageViewTest, nothingIsPaintedOrAskedForDuringASlideshow) {
     add(u"one.jpg"_s);
-    host.isSlideShow = true;
+    isSlideShow = true;
     show();
     view.tryPreloadNextOrPrevImage();
     EXPECT_EQ(colorAt(400, 300), ImagePainter::groundColor());
@@ -252,8 +252,8 @@ TEST_F(PBImageViewTest, onAScreenOfOtherColoursPicturesAreAskedForAnewByThoseTha
     const QStringList names = support::words("focus.jpg next.jpg show.jpg");
     for (const QString& name : names)
         add(name);
-    const auto shown = host.items.back();
-    host.items.pop_back();
+    const auto shown = items.back();
+    items.pop_back();
     LargeImageRequests requests(manager, buffer, importers, [](const PBImageFileItem& item) {
         return u"/photos/"_s + item.fileName();
     });
@@ -261,7 +261,7 @@ TEST_F(PBImageViewTest, onAScreenOfOtherColoursPicturesAreAskedForAnewByThoseTha
     this->show();
     view.tryPreloadNextOrPrevImage();
     show.preload(std::vector{IndexedImage{shown, 70}}, 70);
-    const std::array all{host.items[0], host.items[1], shown};
+    const std::array all{items[0], items[1], shown};
     const auto areAll = [&](QColor color) {
         return support::spinUntil([&] {
             return std::ranges::all_of(all, [&](const auto& item) {
@@ -286,6 +286,6 @@ TEST_F(PBImageViewTest, onAScreenOfOtherColoursPicturesAreAskedForAnewByThoseTha
     ASSERT_TRUE(isLoaded());
     QEvent moved(QEvent::ScreenChangeInternal);
     QApplication::sendEvent(&view, &moved);
-    EXPECT_TRUE(support::spinUntil(
-        [this] { return appropriateImageForScale(*host.items[1], 1).isMatched; }));
+    EXPECT_TRUE(
+        support::spinUntil([this] { return appropriateImageForScale(*items[1], 1).isMatched; }));
 }

@@ -79,37 +79,27 @@ struct FakeStage final : SlideshowStage {
     }
 };
 
-struct FakeInhibitor final : platform::IdleInhibitor {
-    bool is = false;
-    void inhibit(const QString& reason) override {
-        EXPECT_FALSE(reason.isEmpty());
-        is = true;
-    }
-    void release() override { is = false; }
-    bool isInhibited() const override { return is; }
-};
-
-struct FakeHost final : SlideshowHost {
-    bool isMode = true;
-    std::shared_ptr<PBImageFileItem> focus;
-    int moves = 0;
+/// Photographs with ids from 1 up; the surroundings of the show are the test itself.
+struct SlideshowTest : testing::Test, SlideshowHost, platform::IdleInhibitor {
     void setIsSlideShowMode(bool is) override { isMode = is; }
     std::shared_ptr<PBImageFileItem> focusImageFileItem() const override { return focus; }
     void goToImageFileItem(const std::shared_ptr<PBImageFileItem>& item) override {
         focus = item;
         ++moves;
     }
-};
+    void inhibit(const QString& reason) override { isAwake = !reason.isEmpty(); }
+    void release() override { isAwake = false; }
+    bool isInhibited() const override { return isAwake; }
 
-/// Photographs with ids from 1 up.
-struct SlideshowTest : testing::Test {
     QTemporaryDir folder;
     platform::UserDefaults settings{folder.filePath(u"settings.ini"_s)};
     FakeClock clock;
     FakePictures pictures;
     FakeStage stage;
-    FakeInhibitor inhibitor;
-    FakeHost host;
+    bool isAwake = false;
+    bool isMode = true;
+    std::shared_ptr<PBImageFileItem> focus;
+    int moves = 0;
     std::unique_ptr<PBSlideShowViewController> show;
     PBImageFileArray items;
     std::vector<bool> controls; // what the bar was told
@@ -121,14 +111,14 @@ struct SlideshowTest : testing::Test {
             items.push_back(PBImageFileItem::imageFileItemWithId(id, 1, u"p"_s, 1, 0));
             if (areReady) pictures.ready.insert(id);
         }
-        host.focus = items[static_cast<std::size_t>(index)];
+        focus = items[static_cast<std::size_t>(index)];
         if (!show) make();
         show->setFileItemArray(items, index);
         show->play();
     }
     void make() {
         show = std::make_unique<PBSlideShowViewController>(
-            PBSlideShowViewController::Parts{settings, pictures, stage, clock, inhibitor, host});
+            PBSlideShowViewController::Parts{settings, pictures, stage, clock, *this, *this});
         QObject::connect(
             show.get(), &PBSlideShowViewController::showController, show.get(),
             [this](bool isShown) { controls.push_back(isShown); });
@@ -168,7 +158,7 @@ struct SlideshowTest : testing::Test {
 
 TEST_F(SlideshowTest, eachPictureWaitsForTransitionAndIntervalAndTheListGoesRound) {
     begin(3, 1);
-    EXPECT_TRUE(inhibitor.is);
+    EXPECT_TRUE(isAwake);
     EXPECT_EQ(advanced(10), u"2"); // the transition isn't over
     EXPECT_EQ(cycled(1, 1.9), u"");
     EXPECT_EQ(advanced(0.2), u"3");
@@ -210,14 +200,14 @@ TEST_F(SlideshowTest, pausedItStaysAndGoesByHandAndResumesWithTheNext) {
     EXPECT_FALSE(show->canNext());
     stage.end();
     press(Key_Space);
-    EXPECT_FALSE(inhibitor.is);
+    EXPECT_FALSE(isAwake);
     EXPECT_EQ(cycled(1, 60), u"");
     EXPECT_EQ(
         pressed({Key_Left, Key_PageUp, Key_Right, Key_PageDown, Key_Right, Key_End, Key_Home}),
         u"3/0.5 2/0.5 3/0.5 1/0.5 2/0.5 3/0.5 1/0.5");
     EXPECT_EQ(cycled(1, 60), u"");
     press(Key_Space);
-    EXPECT_TRUE(inhibitor.is);
+    EXPECT_TRUE(isAwake);
     EXPECT_EQ(cycled(), u"2 3");
     // A pause in the middle of a transition, and one that was asked for while a picture loads.
     press(Key_Space);
@@ -237,7 +227,7 @@ TEST_F(SlideshowTest, withoutLoopItPausesAtTheLastAndStepsEndAtTheEnds) {
     EXPECT_EQ(cycled(), u"2 3");
     EXPECT_EQ(pictures.preloads.size(), 2); // nothing lies ahead of the last
     EXPECT_EQ(cycled(1, 60), u"");
-    EXPECT_TRUE(show->isPause() && !inhibitor.is);
+    EXPECT_TRUE(show->isPause() && !isAwake);
     EXPECT_TRUE(show->canPrev() && !show->canNext());
     EXPECT_EQ(pressed({Qt::Key_Right}), u"");
     press(Qt::Key_Home);
@@ -268,26 +258,26 @@ TEST_F(SlideshowTest, leavingGoesToThePhotographShownLastOnce) {
     show->exitSlideshow();
     show->exitSlideshow();
     show->play(); // as from a call that was on its way
-    EXPECT_EQ(host.focus, items[1]);
-    EXPECT_FALSE(host.isMode || isOver);
+    EXPECT_EQ(focus, items[1]);
+    EXPECT_FALSE(isMode || isOver);
     clock.advance(3);
     ASSERT_TRUE(support::spinUntil([this] { return isOver; }));
     EXPECT_TRUE(show->isStopped() && show->isPause());
-    EXPECT_TRUE(clock.running.empty() && !inhibitor.is);
+    EXPECT_TRUE(clock.running.empty() && !isAwake);
     EXPECT_TRUE(controls.back()); // the cursor, too
-    EXPECT_EQ(host.moves, 1);
+    EXPECT_EQ(moves, 1);
     EXPECT_EQ(loaded(3), u"");
 
     for (const int key : {Qt::Key_Escape, Qt::Key_F5, Qt::Key_Q}) {
         isOver = false;
-        host.isMode = true;
+        isMode = true;
         begin(3);
         EXPECT_TRUE(show->doKeyDown(QKeyEvent(QEvent::KeyPress, key, {}, {}, true)));
-        EXPECT_TRUE(host.isMode) << "held since before the show";
+        EXPECT_TRUE(isMode) << "held since before the show";
         EXPECT_TRUE(press(key));
         EXPECT_TRUE(support::spinUntil([this] { return isOver; }));
     }
-    EXPECT_EQ(host.moves, 1); // it stood there already
+    EXPECT_EQ(moves, 1); // it stood there already
 }
 
 TEST_F(SlideshowTest, controlsHideAfterThreeSecondsAwayFromThem) {
