@@ -29,16 +29,11 @@ struct HeldKey {
         }
     }
     void runUntil(LoadPace::Time end) {
-        for (;;) {
-            if (_running && _ready <= end) {
-                now = _ready;
-                pace.didLoad(_decode, loadOf(*_running));
-                _loaded.insert(*_running);
-                if (*_running == _focus) ++sharp;
-                _running.reset();
-            }
-            if (!_running) begin();
-            if (!_running || _ready > end) break;
+        for (begin(); _running && _ready <= end; begin()) {
+            now = _ready;
+            pace.didLoad(_decode, loadOf(*_running));
+            _loaded.insert(*_running);
+            _running.reset();
         }
         now = end;
     }
@@ -48,18 +43,16 @@ struct HeldKey {
     int begun = 0;
     int stopped = 0;
     int passed = 0;
-    int sharp = 0;
 
 private:
     /// The line: the focus, then its neighbours.
     void begin() {
-        for (int index = _focus; index <= _focus + 7; ++index) {
+        for (int index = _focus; !_running && index <= _focus + 7; ++index) {
             if (_loaded.contains(index) || !pace.mayBegin(loadOf(index))) continue;
             ++begun;
             if (index < _focus) ++passed;
             _running = index;
             _ready = now + _decode;
-            return;
         }
     }
 

@@ -36,27 +36,6 @@ struct FakeClock final : SlideshowClock {
     }
 };
 
-/// Pictures whose width tells the photograph: its id.
-struct FakePictures final : SlideshowPictures {
-    std::set<qint64> ready;
-    std::set<qint64> damaged;
-    QStringList preloads; // the ids of each call
-    Listener listener;
-
-    SlideshowPicture pictureOf(const IndexedImage& image) override {
-        const qint64 id = image.item->fileId();
-        if (damaged.contains(id)) return {false, {}};
-        if (!ready.contains(id)) return {true, {}};
-        return {false, QImage(static_cast<int>(id), 1, QImage::Format_RGB32)};
-    }
-    void preload(std::span<const IndexedImage> images, std::int64_t) override {
-        preloads.append(support::listed(images, [](const IndexedImage& image) {
-                            return QString::number(image.item->fileId());
-                        }).join(u' '));
-    }
-    void setListener(Listener told) override { listener = std::move(told); }
-};
-
 struct FakeStage final : SlideshowStage {
     QStringList shown; // "id" or "none", with angle and duration where they are not the usual ones
     double duration = 0;
@@ -79,8 +58,21 @@ struct FakeStage final : SlideshowStage {
     }
 };
 
-/// Photographs with ids from 1 up; the surroundings of the show are the test itself.
-struct SlideshowTest : testing::Test, SlideshowHost, platform::IdleInhibitor {
+/// Photographs with ids from 1 up, of which the width of the picture tells. The surroundings of the
+/// show are the test itself.
+struct SlideshowTest : testing::Test, SlideshowHost, SlideshowPictures, platform::IdleInhibitor {
+    SlideshowPicture pictureOf(const IndexedImage& image) override {
+        const qint64 id = image.item->fileId();
+        if (damaged.contains(id)) return {false, {}};
+        if (!ready.contains(id)) return {true, {}};
+        return {false, QImage(static_cast<int>(id), 1, QImage::Format_RGB32)};
+    }
+    void preload(std::span<const IndexedImage> images, std::int64_t) override {
+        preloads.append(support::listed(images, [](const IndexedImage& image) {
+                            return QString::number(image.item->fileId());
+                        }).join(u' '));
+    }
+    void setListener(Listener told) override { listener = std::move(told); }
     void setIsSlideShowMode(bool is) override { isMode = is; }
     std::shared_ptr<PBImageFileItem> focusImageFileItem() const override { return focus; }
     void goToImageFileItem(const std::shared_ptr<PBImageFileItem>& item) override {
@@ -94,7 +86,10 @@ struct SlideshowTest : testing::Test, SlideshowHost, platform::IdleInhibitor {
     QTemporaryDir folder;
     platform::UserDefaults settings{folder.filePath(u"settings.ini"_s)};
     FakeClock clock;
-    FakePictures pictures;
+    std::set<qint64> ready;
+    std::set<qint64> damaged;
+    QStringList preloads; // the ids of each call
+    Listener listener;
     FakeStage stage;
     bool isAwake = false;
     bool isMode = true;
@@ -109,7 +104,7 @@ struct SlideshowTest : testing::Test, SlideshowHost, platform::IdleInhibitor {
         items = {};
         for (int id = 1; id <= count; ++id) {
             items.push_back(PBImageFileItem::imageFileItemWithId(id, 1, u"p"_s, 1, 0));
-            if (areReady) pictures.ready.insert(id);
+            if (areReady) ready.insert(id);
         }
         focus = items[static_cast<std::size_t>(index)];
         if (!show) make();
@@ -118,7 +113,7 @@ struct SlideshowTest : testing::Test, SlideshowHost, platform::IdleInhibitor {
     }
     void make() {
         show = std::make_unique<PBSlideShowViewController>(
-            PBSlideShowViewController::Parts{settings, pictures, stage, clock, *this, *this});
+            PBSlideShowViewController::Parts{settings, *this, stage, clock, *this, *this});
         QObject::connect(
             show.get(), &PBSlideShowViewController::showController, show.get(),
             [this](bool isShown) { controls.push_back(isShown); });
@@ -144,8 +139,8 @@ struct SlideshowTest : testing::Test, SlideshowHost, platform::IdleInhibitor {
     }
     /// ... once that one is loaded, ...
     QString loaded(qint64 id) {
-        pictures.ready.insert(id);
-        pictures.listener(*items[static_cast<std::size_t>(id - 1)]);
+        ready.insert(id);
+        listener(*items[static_cast<std::size_t>(id - 1)]);
         return shown();
     }
     /// ... and after the keys.
@@ -179,7 +174,7 @@ TEST_F(SlideshowTest, aSlowPictureLengthensTheShowAndADamagedOneIsBlack) {
     EXPECT_EQ(loaded(2), u""); // not the one that is waited for
     EXPECT_EQ(loaded(1), u"1");
     EXPECT_EQ(loaded(1), u""); // another size of what is shown
-    pictures.damaged.insert(3);
+    damaged.insert(3);
     EXPECT_EQ(cycled(2), u"2 none");
     EXPECT_EQ(cycled(), u"");
     EXPECT_EQ(advanced(60), u"");
@@ -187,9 +182,9 @@ TEST_F(SlideshowTest, aSlowPictureLengthensTheShowAndADamagedOneIsBlack) {
     EXPECT_EQ(loaded(4), u"4@-90");
     EXPECT_EQ(cycled(), u"1");
     // The line of loads was cleared, and nobody tells.
-    pictures.ready.erase(2);
+    ready.erase(2);
     EXPECT_EQ(cycled(), u"");
-    pictures.ready.insert(2);
+    ready.insert(2);
     EXPECT_EQ(advanced(1), u"2");
 }
 
@@ -212,7 +207,7 @@ TEST_F(SlideshowTest, pausedItStaysAndGoesByHandAndResumesWithTheNext) {
     // A pause in the middle of a transition, and one that was asked for while a picture loads.
     press(Key_Space);
     EXPECT_EQ(cycled(1, 60), u"");
-    pictures.ready.clear();
+    ready.clear();
     press(Key_Left);
     EXPECT_EQ(loaded(2), u"2/0.5");
     EXPECT_EQ(cycled(1, 60), u"");
@@ -223,9 +218,9 @@ TEST_F(SlideshowTest, withoutLoopItPausesAtTheLastAndStepsEndAtTheEnds) {
     make();
     show->setLoopPlay(false);
     begin(3, 1);
-    EXPECT_EQ(pictures.preloads.first(), u"3 2");
+    EXPECT_EQ(preloads.first(), u"3 2");
     EXPECT_EQ(cycled(), u"2 3");
-    EXPECT_EQ(pictures.preloads.size(), 2); // nothing lies ahead of the last
+    EXPECT_EQ(preloads.size(), 2); // nothing lies ahead of the last
     EXPECT_EQ(cycled(1, 60), u"");
     EXPECT_TRUE(show->isPause() && !isAwake);
     EXPECT_TRUE(show->canPrev() && !show->canNext());
@@ -245,11 +240,11 @@ TEST_F(SlideshowTest, withoutLoopItPausesAtTheLastAndStepsEndAtTheEnds) {
 
 TEST_F(SlideshowTest, whatComesNextIsLoadedAheadTheNearestLast) {
     begin(9, 7);
-    EXPECT_EQ(pictures.preloads, QStringList({u"4 3 2 1 9 8"_s, u"5 4 3 2 1 9"_s}));
+    EXPECT_EQ(preloads, QStringList({u"4 3 2 1 9 8"_s, u"5 4 3 2 1 9"_s}));
     show->playOrPause();
-    pictures.preloads.clear();
+    preloads.clear();
     show->prevImage();
-    EXPECT_EQ(pictures.preloads, QStringList({u"2 3 4 5 6 7"_s, u"1 2 3 4 5 6"_s}));
+    EXPECT_EQ(preloads, QStringList({u"2 3 4 5 6 7"_s, u"1 2 3 4 5 6"_s}));
 }
 
 TEST_F(SlideshowTest, leavingGoesToThePhotographShownLastOnce) {
