@@ -116,8 +116,8 @@ TEST(AnimationFramesTest, ADamagedFrameEndsTheAnimationAndThoseBeforeItPlay) {
             for (std::size_t index = 0; index < expected; ++index)
                 ASSERT_TRUE(player.show(index)) << expected << ": " << index;
         player.images->willShowFrame(expected - 1);
-        const std::size_t count = expected;
-        EXPECT_TRUE(spinUntil([&] { return player.images->imageCount() == count; }));
+        EXPECT_TRUE(
+            spinUntil([&, count = expected] { return player.images->imageCount() == count; }));
         EXPECT_TRUE(player.images->pbImageAtIndex(expected).image().isNull());
     }
 }

@@ -8,8 +8,6 @@
 
 namespace {
 
-using Kind = LoadedImages::Kind;
-
 LoadedImages pictures(QSize size, std::size_t frames = 1) {
     const PBImage image(support::filled(size));
     return LoadedImages::of(std::make_shared<PBImages>(std::vector(frames, image)));
@@ -18,11 +16,6 @@ LoadedImages pictures(QSize size, std::size_t frames = 1) {
 std::shared_ptr<PBImageFileItem> itemOf(qint64 id, double date = 1000) {
     return PBImageFileItem::imageFileItemWithId(id, 1, u"a.jpg"_s, 5000, date);
 }
-
-struct Told {
-    Kind kind = Kind::Images;
-    double scale = 0;
-};
 
 /// The scale of the version that is taken, then which answers are true.
 std::string chosen(const PBImageFileItem& item, double scale) {
@@ -34,29 +27,28 @@ std::string chosen(const PBImageFileItem& item, double scale) {
     return told;
 }
 
-} // namespace
-
 TEST(ImageVersionsTest, TheSmallestVersionThatIsLargeEnoughIsTaken) {
-    const std::tuple<std::vector<Told>, double, std::string> cases[] = {
+    using Version = std::pair<LoadedImages, double>;
+    const auto picture = [](double scale) { return Version(pictures({4, 3}), scale); };
+    const Version bad(LoadedImages::nullMarker(), 0.25);
+    const std::tuple<std::vector<Version>, double, std::string> cases[] = {
         {{}, 1.0, "none"},
-        {{{Kind::Images, 0.25}, {Kind::Images, 1.0}}, 0.3, "1 matched"},
-        {{{Kind::Images, 0.25}, {Kind::Images, 1.0}}, 0.2, "0.25 matched"},
-        {{{Kind::Images, 1.0}, {Kind::Images, 0.25}}, 0.25, "0.25 matched"},
-        {{{Kind::Images, 0.25}}, 1.0, "0.25"},
-        {{{Kind::Images, 0.1}, {Kind::Images, 0.5}, {Kind::Images, 0.2}}, 1.0, "0.5"},
-        {{{Kind::Images, 0.0}}, 0.5, "none"},
-        {{{Kind::Images, 0.3}}, 0.3 * (1 + 1e-14), "0.3 matched"}, // went through points
-        {{{Kind::NullMarker, 0.25}}, 1.0, "none null unreadable"},
-        {{{Kind::NullMarker, 0.25}, {Kind::Images, 1.0}}, 0.25, "1 matched null unreadable"},
-        {{{Kind::NotNow, 0.25}}, 1.0, "none null"},
-        {{{Kind::Nothing, 0.25}}, 1.0, "none"},
+        {{picture(0.25), picture(1.0)}, 0.3, "1 matched"},
+        {{picture(0.25), picture(1.0)}, 0.2, "0.25 matched"},
+        {{picture(1.0), picture(0.25)}, 0.25, "0.25 matched"},
+        {{picture(0.25)}, 1.0, "0.25"},
+        {{picture(0.1), picture(0.5), picture(0.2)}, 1.0, "0.5"},
+        {{picture(0.0)}, 0.5, "none"},
+        {{picture(0.3)}, 0.3 * (1 + 1e-14), "0.3 matched"}, // went through points
+        {{bad}, 1.0, "none null unreadable"},
+        {{bad, picture(1.0)}, 0.25, "1 matched null unreadable"},
+        {{{LoadedImages::notNow(), 0.25}}, 1.0, "none null"},
+        {{{LoadedImages(), 0.25}}, 1.0, "none"},
     };
     for (const auto& [versions, asked, expected] : cases) {
         const auto item = itemOf(1);
-        for (const auto& [kind, scale] : versions)
-            addImage(
-                *item, kind == Kind::Images ? pictures({4, 3}) : LoadedImages{kind, nullptr},
-                scale);
+        for (const auto& [version, scale] : versions)
+            addImage(*item, version, scale);
         EXPECT_EQ(chosen(*item, asked), expected) << asked;
     }
 }
@@ -103,8 +95,6 @@ TEST(ImageVersionsTest, OneOfTheTwoClearingsTakesEachPictureAndNoneAMarker) {
     }
 }
 
-namespace {
-
 struct ImageBufferTest : testing::Test {
     ImageBufferTest() { line.setScreen({.maxScreenSize = 10, .colorSpace = {}}); }
 
@@ -141,8 +131,6 @@ struct ImageBufferTest : testing::Test {
 };
 
 constexpr qint64 pictureBytes = qint64{10} * 10 * 4;
-
-} // namespace
 
 TEST_F(ImageBufferTest, TheFarthestOfFifteenGoesUnlessItIsOnScreen) {
     PBImageBufferManager buffer(environment);
@@ -205,3 +193,5 @@ TEST_F(ImageBufferTest, AnAnimationThatWasNeverLookedAtGoesWithItsItem) {
     EXPECT_EQ(imageByteCount(*item(0)), 0);
     EXPECT_NE(imageByteCount(*item(30)), 0);
 }
+
+} // namespace

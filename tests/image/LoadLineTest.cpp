@@ -1,95 +1,14 @@
-#include "codec/PBImageImporterManager.h"
 #include "group/PBImageFileItem.h"
 #include "image/large/LargeImageRequests.h"
 #include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
 #include "platform/tasks/MainLoop.h"
-#include "platform/tasks/Mutex.h"
-#include "support/Images.h"
-#include "support/Support.h"
+#include "support/FakeFiles.h"
 
 using codec::ReadStatus;
-using Kind = LoadedImages::Kind;
 using support::spinUntil;
 
 namespace {
-
-/// What the importers are to answer, a gate that holds them up, and what they were asked.
-class Disk {
-public:
-    codec::ReadResult
-    read(const QString& path, const codec::DecodeRequest& request, const std::stop_token& stop) {
-        platform::Lock lock(_mutex);
-        ++_running;
-        _most = std::max(_most, _running);
-        _asked += path.section(u'/', -1) + u'@' + QString::number(request.maxSize) +
-                  (request.urgency == codec::Urgency::Focus ? u"!"_s : QString());
-        _changed.notifyAll();
-        _changed.waitUnlessStopped(lock, stop, [this] {
-            _mutex.assertHeld();
-            return _isOpen;
-        });
-        --_running;
-        const auto found = _told.find(path.section(u'/', -1));
-        const ReadStatus status = found == _told.end() ? ReadStatus::Decoded : found->second;
-        if (stop.stop_requested()) return {ReadStatus::NotNow, {}};
-        codec::ReadResult result{status, {}};
-        const int side = request.maxSize == 0 ? 40 : request.maxSize;
-        if (status == ReadStatus::Decoded)
-            result.frame.image = support::filled({side, std::min(side, 40)});
-        return result;
-    }
-    void tell(const QString& name, ReadStatus status) {
-        const platform::Lock lock(_mutex);
-        _told[name] = status;
-    }
-    void setOpen(bool isOpen) {
-        const platform::Lock lock(_mutex);
-        _isOpen = isOpen;
-        _changed.notifyAll();
-    }
-    void waitUntilReading() {
-        platform::Lock lock(_mutex);
-        _changed.wait(lock, [this] {
-            _mutex.assertHeld();
-            return _running > 0;
-        });
-    }
-    QStringList asked() {
-        const platform::Lock lock(_mutex);
-        return std::exchange(_asked, {});
-    }
-    int mostAtATime() {
-        const platform::Lock lock(_mutex);
-        return _most;
-    }
-
-private:
-    platform::Mutex _mutex;
-    platform::Condition _changed;
-    bool _isOpen VELMORA_GUARDED_BY(_mutex) = true;
-    int _running VELMORA_GUARDED_BY(_mutex) = 0;
-    int _most VELMORA_GUARDED_BY(_mutex) = 0;
-    std::map<QString, ReadStatus> _told VELMORA_GUARDED_BY(_mutex);
-    QStringList _asked VELMORA_GUARDED_BY(_mutex);
-};
-
-class DiskImporter final : public PBImageImporterProtocol {
-public:
-    DiskImporter(Disk& disk, QString path) : _disk(disk), _path(std::move(path)) {}
-    std::optional<PBDictionary> propertiesAtIndex(std::size_t) override { return std::nullopt; }
-    QImage createImageWithMaxSize(unsigned, std::size_t, std::stop_token) override { return {}; }
-    codec::ReadResult
-    readImage(const codec::DecodeRequest& request, std::stop_token stop) override {
-        return _disk.read(_path, request, stop);
-    }
-    std::size_t imageCount() override { return 1; }
-    QString utiType() override { return u"public.jpeg"_s; }
-
-private:
-    Disk& _disk;
-    const QString _path;
-};
 
 struct LoadLineTest : testing::Test {
     LoadLineTest() {
@@ -106,51 +25,41 @@ struct LoadLineTest : testing::Test {
         return item;
     }
     IndexedImage image(int index) const { return {items[static_cast<std::size_t>(index)], index}; }
-    std::vector<IndexedImage> images(const std::vector<int>& indices) const {
-        std::vector<IndexedImage> all;
-        for (const int index : indices)
-            all.push_back(image(index));
-        return all;
-    }
+    std::vector<IndexedImage> images(auto... indices) const { return {image(indices)...}; }
     /// As a display does when the focus moves: a zoom at which the picture fits in, neighbours.
     void show(int index, int neighbours = 7) {
         std::vector kept{image(index).item};
         std::vector<IndexedImage> ahead;
-        for (int next = index + 1; next <= std::min(index + neighbours, 39); ++next)
+        for (int next = index + 1; next <= std::min(index + neighbours, 39); ++next) {
             ahead.push_back(image(next));
-        for (const IndexedImage& each : ahead)
-            kept.push_back(each.item);
+            kept.push_back(ahead.back().item);
+        }
         line.cancelAllOperationExceptContextObjs(kept, index);
         requests.requestForZoom(image(index), 0.25, display);
         requests.tryPreloadNextOrPrevImage(ahead, display);
     }
-    [[nodiscard]] bool drained() {
+    /// All that was asked for comes.
+    [[nodiscard]] bool finishes() {
+        disk.setOpen(true);
         return spinUntil([this] { return line.operationCount() == 0; });
     }
 
     struct Display final : PBLoadImageDelegate {
-        explicit Display(LoadLineTest& test) : _test(test) {}
+        explicit Display(LoadLineTest& owner) : test(owner) {}
         void loadImageFinished(
             const PBLoadImageOperation&, const LoadedImages& images, double scale,
             const std::shared_ptr<PBImageFileItem>& item, std::int64_t index) override {
             static const QString kinds[] = {u"-"_s, u"x"_s, u"?"_s, {}};
-            told +=
-                item->fileName().section(u'.', 0, 0) + kinds[static_cast<std::size_t>(images.kind)];
-            _test.requests.keepLoadedImages(images, scale, {item, index});
+            told += QString::number(item->fileId()) + kinds[static_cast<std::size_t>(images.kind)];
+            test.requests.keepLoadedImages(images, scale, {item, index});
         }
+        LoadLineTest& test;
         QStringList told;
-
-    private:
-        LoadLineTest& _test;
     };
 
     platform::MainLoop loop;
-    Disk disk;
-    PBImageImporterManager importers{{PBImageImporterClass{
-        .typeIdentifiers = [] { return QStringList{u"public.image"_s}; },
-        .initWithImagePath =
-            [this](const QString& path) { return std::make_unique<DiskImporter>(disk, path); },
-        .propertiesOfImages = {}}}};
+    support::FakeFiles disk;
+    support::FakeImporters importers{disk};
     LoadPace::Time now{};
     PBLoadImageManager line{[this] { return now; }};
     PBImageBufferManager buffer{{.loadImageManager = line}};
@@ -166,15 +75,14 @@ struct LoadLineTest : testing::Test {
 
 TEST_F(LoadLineTest, TheFocusComesFirstTheNeighboursBehindIt) {
     disk.setOpen(false);
-    requests.tryPreloadNextOrPrevImage(images({1, 2, 13, 3}), display); // 13 can't be reached
+    requests.tryPreloadNextOrPrevImage(images(1, 2, 13, 3), display); // 13 can't be reached
     disk.waitUntilReading();
-    requests.tryPreloadNextOrPrevImage(images({2, 1}), display); // joined, not moved
+    requests.tryPreloadNextOrPrevImage(images(2, 1), display); // joined, not moved
     requests.requestForZoom(image(4), 0.25, display);
     requests.requestForZoom(image(3), 0.2, display); // waits: goes to the head
     requests.requestForZoom(image(3), 0.9, display); // needs the original
     requests.tryPreloadOriginalImage(image(4), display);
-    disk.setOpen(true);
-    ASSERT_TRUE(drained());
+    ASSERT_TRUE(finishes());
     EXPECT_EQ(
         disk.asked().join(u' '),
         u"1.jpg@10 3.jpg@0! 3.jpg@10! 4.jpg@10! 2.jpg@10 1.jpg@10 4.jpg@0");
@@ -182,18 +90,17 @@ TEST_F(LoadLineTest, TheFocusComesFirstTheNeighboursBehindIt) {
     EXPECT_EQ(disk.mostAtATime(), 1);
     // All are there: nothing is asked for again.
     requests.requestForZoom(image(3), 0.9, display);
-    requests.tryPreloadNextOrPrevImage(images({1, 2, 3, 4}), display);
+    requests.tryPreloadNextOrPrevImage(images(1, 2, 3, 4), display);
     EXPECT_EQ(line.operationCount(), 0U);
 }
 
 TEST_F(LoadLineTest, TheSlideshowPutsTheNearestFirst) {
     disk.setOpen(false);
-    requests.tryPreloadImages(images({5, 4, 3, 2, 1, 0}), 0, display);
+    requests.tryPreloadImages(images(5, 4, 3, 2, 1, 0), 0, display);
     // The farthest has begun, and gives way to the one that the user waits for.
     ASSERT_TRUE(spinUntil([this] { return disk.asked().contains(u"0.jpg@10!"_s); }));
-    requests.tryPreloadImages(images({6, 5, 4, 3, 2}), 2, display); // 2 is now the current one
-    disk.setOpen(true);
-    ASSERT_TRUE(drained());
+    requests.tryPreloadImages(images(6, 5, 4, 3, 2), 2, display); // 2 is now the current one
+    ASSERT_TRUE(finishes());
     EXPECT_EQ(display.told.join(u' '), u"0 2 6 1 3 4 5");
 }
 
@@ -202,15 +109,13 @@ TEST_F(LoadLineTest, DisplaysShareADecodeAndMayGoAway) {
     Display second(*this);
     auto third = std::make_unique<Display>(*this);
     for (int i = 0; i < 2; ++i)
-        for (const PBLoadImageDelegate* each :
-             std::initializer_list<const PBLoadImageDelegate*>{&display, third.get(), &second})
+        for (const Display* each : {&display, third.get(), &second})
             requests.requestForZoom(image(1), 0.25, *each);
     third.reset();
-    disk.setOpen(true);
-    ASSERT_TRUE(drained());
+    ASSERT_TRUE(finishes());
     EXPECT_EQ(disk.asked().size(), 1);
-    EXPECT_EQ(display.told, QStringList{u"1"_s});
-    EXPECT_EQ(second.told, QStringList{u"1"_s});
+    EXPECT_EQ(display.told, support::words("1"));
+    EXPECT_EQ(second.told, display.told);
     EXPECT_EQ(imageByteCount(*items[1]), 10 * 10 * 4); // one picture, not two
 }
 
@@ -218,15 +123,14 @@ TEST_F(LoadLineTest, ANewFocusEndsWhatIsFarAndTheLineGoesOn) {
     disk.setOpen(false);
     requests.requestForZoom(image(1), 0.25, display);
     disk.waitUntilReading();
-    requests.tryPreloadNextOrPrevImage(images({2, 3, 4}), display);
+    requests.tryPreloadNextOrPrevImage(images(2, 3, 4), display);
     const std::array kept{items[3]};
     line.cancelAllOperationExceptContextObjs(kept);
     // What was cancelled brings nothing, so one who wants it again gets a job of his own.
     EXPECT_EQ(line.loadImageOperationOfContextObj(*items[1], 0.25).operation, nullptr);
     requests.requestForZoom(image(1), 0.25, display);
     ASSERT_TRUE(spinUntil([this] { return display.told.contains(u"1-"_s); }));
-    disk.setOpen(true);
-    ASSERT_TRUE(drained());
+    ASSERT_TRUE(finishes());
     EXPECT_EQ(display.told.join(u' '), u"1- 1 3");
 }
 
@@ -244,8 +148,7 @@ TEST_F(LoadLineTest, WhatIsLoadedFollowsThePhotographToTheItemThatAScanMadeOfIt)
     EXPECT_NE(line.loadImageOperationOfContextObj(*items[1], 1).operation, nullptr);
     requests.requestForZoom(image(1), 0.25, display);
     EXPECT_EQ(line.operationCount(), 2U) << "joined";
-    disk.setOpen(true);
-    ASSERT_TRUE(drained());
+    ASSERT_TRUE(finishes());
     EXPECT_EQ(imageByteCount(*items[1]), (10 * 10 + 40 * 40) * 4);
 
     disk.setOpen(false);
@@ -253,38 +156,37 @@ TEST_F(LoadLineTest, WhatIsLoadedFollowsThePhotographToTheItemThatAScanMadeOfIt)
     requests.requestForZoom(image(1), 0.25, display);
     requests.requestForZoom(image(1), 0.9, display);
     replace(1002);
-    ASSERT_TRUE(drained()) << "nobody wants them any more";
-    disk.setOpen(true);
+    ASSERT_TRUE(spinUntil([this] { return line.operationCount() == 0; })) << "not wanted any more";
     EXPECT_EQ(display.told.join(u' '), u"1 1 1-");
 }
 
 TEST_F(LoadLineTest, AFailureIsRememberedOnlyWhereItIsTheFiles) {
-    disk.tell(u"1.jpg"_s, ReadStatus::Refused);
-    disk.tell(u"2.jpg"_s, ReadStatus::NotNow);
+    disk.set(u"1.jpg"_s, {.status = ReadStatus::Refused});
+    disk.set(u"2.jpg"_s, {.status = ReadStatus::NotNow});
     for (int visit = 0; visit < 2; ++visit) {
         for (const int index : {1, 2}) {
             now += std::chrono::seconds(1);
             show(index, 0);
-            ASSERT_TRUE(drained());
+            ASSERT_TRUE(finishes());
             requests.requestForZoom(image(index), 0.25, display); // the next paint
-            requests.tryPreloadNextOrPrevImage(images({index}), display);
+            requests.tryPreloadNextOrPrevImage(images(index), display);
             EXPECT_EQ(line.operationCount(), 0U);
         }
     }
     EXPECT_EQ(display.told.join(u' '), u"1x 2? 2?");
 
     // The file changes: a scan makes another item of it.
-    disk.tell(u"1.jpg"_s, ReadStatus::Decoded);
+    disk.set(u"1.jpg"_s, {});
     const auto changed = itemOf(1, 2000);
     buffer.itemWasReplaced(items[1], changed);
     EXPECT_TRUE(requests.requestForZoom({changed, 1}, 0.25, display).needsLoad());
-    ASSERT_TRUE(drained());
+    ASSERT_TRUE(finishes());
     EXPECT_TRUE(requests.imageForZoom(*changed, 0.25).isMatched);
     // On another screen the picture is shown until it is there in the new colours.
     line.setScreen({10, 1, QColorSpace(QColorSpace::DisplayP3)});
     const AppropriateImage old = requests.requestForZoom({changed, 1}, 0.25, display);
     EXPECT_TRUE(old.images && old.needsLoad());
-    ASSERT_TRUE(drained());
+    ASSERT_TRUE(finishes());
     const AppropriateImage made = requests.imageForZoom(*changed, 0.25);
     EXPECT_TRUE(made.isMatched && made.images != old.images);
 }
@@ -295,16 +197,17 @@ TEST_F(LoadLineTest, WhileAKeyIsHeldThePassedPicturesAreNotBegun) {
         item->setImageSize({24000, 1000}); // takes long by the first guess
     line.setScreen({.maxScreenSize = 6000, .colorSpace = {}});
     for (const auto& each : {u"0.jpg"_s, u"9.jpg"_s}) // says nothing of the time
-        disk.tell(each, ReadStatus::Refused);
+        disk.set(each, {.status = ReadStatus::Refused});
+    disk.set(u"11.jpg"_s, {{24000, 1000}});
     for (int index = 0; index < 10; ++index) {
         show(index, 0);
-        ASSERT_TRUE(index == 0 ? drained() : true);
+        ASSERT_TRUE(index == 0 ? finishes() : true);
         now += 33ms;
     }
     EXPECT_EQ(disk.asked().join(u' '), u"0.jpg@6000!");
     EXPECT_EQ(line.operationCount(), 1U);
     line.steppingDidEnd();
-    ASSERT_TRUE(drained());
+    ASSERT_TRUE(finishes());
     EXPECT_EQ(disk.asked().join(u' '), u"9.jpg@6000!");
     // Without the word of the key a pause does it.
     show(10, 0);
@@ -312,7 +215,7 @@ TEST_F(LoadLineTest, WhileAKeyIsHeldThePassedPicturesAreNotBegun) {
     show(11, 0);
     EXPECT_EQ(line.operationCount(), 1U);
     now += 300ms;
-    ASSERT_TRUE(drained());
+    ASSERT_TRUE(finishes());
     EXPECT_EQ(disk.asked().back(), u"11.jpg@6000!");
 }
 
@@ -322,14 +225,7 @@ TEST_F(LoadLineTest, ALineThatIsFullDropsItsHead) {
     for (std::size_t job = 0; job <= PBLoadImageManager::mostWaiting; ++job)
         line.addLoadImageOperation(
             std::make_shared<PBLoadImageOperation>(
-                PBLoadImageOperation::Job{
-                    .filePath = u"/p/1.jpg"_s,
-                    .imageSize = {},
-                    .scale = double(job),
-                    .contextObj = items[1],
-                    .index = 1,
-                    .colorSpace = {},
-                    .isAhead = false},
+                PBLoadImageOperation::Job{u"/p/1.jpg"_s, {}, double(job), items[1], 1, {}},
                 importers),
             true);
     EXPECT_EQ(line.waitingOperations().size(), PBLoadImageManager::mostWaiting);
@@ -361,18 +257,17 @@ TEST_F(LoadLineTest, AStormOfStepsEndsWithTheFocusReadyAndNothingLeftBehind) {
         now += std::chrono::milliseconds(any(300));
         QCoreApplication::processEvents();
     }
-    disk.setOpen(true);
     now += std::chrono::seconds(1);
     show(20);
-    ASSERT_TRUE(drained());
+    ASSERT_TRUE(finishes());
     for (int index = 20; index <= 27; ++index)
         EXPECT_TRUE(requests.imageForZoom(*items[std::size_t(index)], 0.25).isMatched) << index;
     EXPECT_EQ(disk.mostAtATime(), 1);
-    int withPictures = 0;
-    for (const auto& item : items)
-        withPictures += fitInByteCount(*item, 10) > 0 ? 1 : 0;
-    EXPECT_LE(withPictures, 15);
+    const auto withPictures = [this] {
+        return std::ranges::count_if(
+            items, [](const auto& item) { return fitInByteCount(*item, 10) > 0; });
+    };
+    EXPECT_LE(withPictures(), 15);
     buffer.clearBuffer();
-    EXPECT_TRUE(std::ranges::all_of(
-        items, [](const auto& item) { return fitInByteCount(*item, 10) == 0; }));
+    EXPECT_EQ(withPictures(), 0);
 }

@@ -2,8 +2,6 @@
 
 #include "support/Support.h"
 
-#include <set>
-
 using namespace std::chrono_literals;
 using Duration = LoadPace::Duration;
 
@@ -31,16 +29,11 @@ struct HeldKey {
         }
     }
     void runUntil(LoadPace::Time end) {
-        for (;;) {
-            if (_running && _ready <= end) {
-                now = _ready;
-                pace.didLoad(_decode, loadOf(*_running));
-                _loaded.insert(*_running);
-                if (*_running == _focus) ++sharp;
-                _running.reset();
-            }
-            if (!_running) begin();
-            if (!_running || _ready > end) break;
+        for (begin(); _running && _ready <= end; begin()) {
+            now = _ready;
+            pace.didLoad(_decode, loadOf(*_running));
+            _loaded.insert(*_running);
+            _running.reset();
         }
         now = end;
     }
@@ -50,18 +43,16 @@ struct HeldKey {
     int begun = 0;
     int stopped = 0;
     int passed = 0;
-    int sharp = 0;
 
 private:
     /// The line: the focus, then its neighbours.
     void begin() {
-        for (int index = _focus; index <= _focus + 7; ++index) {
+        for (int index = _focus; !_running && index <= _focus + 7; ++index) {
             if (_loaded.contains(index) || !pace.mayBegin(loadOf(index))) continue;
             ++begun;
             if (index < _focus) ++passed;
             _running = index;
             _ready = now + _decode;
-            return;
         }
     }
 
@@ -86,16 +77,14 @@ TEST(LoadPaceTest, OfWhatBeginsWhileAKeyIsHeldLittleIsWasted) {
             key.hold(3);                                            // until the haste shows
             key.begun = key.stopped = key.passed = 0;
             key.hold(300);
-            const auto told = [&] {
-                return testing::Message()
-                       << interval.count() / 1000000 << " ms, decode " << decode.count() / 1000000
-                       << " ms: " << key.begun << " begun, " << key.stopped << " stopped";
-            };
-            EXPECT_LE(key.passed * 10, key.begun) << told();
+            SCOPED_TRACE(
+                testing::Message() << interval / 1ms << " ms, decode " << decode / 1ms << " ms: "
+                                   << key.begun << " begun, " << key.stopped << " stopped");
+            EXPECT_LE(key.passed * 10, key.begun);
             // One ran before, and one showed how long they take.
-            EXPECT_LE((key.stopped - 2) * 3, key.begun) << told();
+            EXPECT_LE((key.stopped - 2) * 3, key.begun);
             const int least = decode < interval ? 200 : decode < 4 * interval ? 20 : 0;
-            EXPECT_GE(key.begun, least) << told();
+            EXPECT_GE(key.begun, least);
         }
     }
 }

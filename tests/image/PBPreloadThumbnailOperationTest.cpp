@@ -5,7 +5,7 @@
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 #include "platform/tasks/OperationQueue.h"
-#include "support/Support.h"
+#include "support/FakeFiles.h"
 
 namespace {
 
@@ -33,45 +33,35 @@ TEST(PBPreloadThumbnailOperationTest, deliversInOrderWhatWasMissingAndLoadsNoMor
     objects[3].isAgain = true; // all the same
     objects[3].pixels = {3, 2};
     objects[4].pixels = {5, 2}; // needs all of its width
-    std::vector<qint64> finished;
-    std::vector<QSize> sizes;
+    std::vector<std::pair<qint64, QSize>> finished;
     loader.queue.addOperation(std::make_shared<PBPreloadThumbnailOperation>(
         std::move(objects), loader, [&](const PBPreloadThumbnailObject& object) {
             EXPECT_TRUE(platform::isMainThread());
-            sizes.push_back(object.thumbnailRef.size());
             EXPECT_EQ(object.isReduced, object.imageFileItem->fileId() == 4);
-            finished.push_back(object.imageFileItem->fileId());
+            finished.emplace_back(object.imageFileItem->fileId(), object.thumbnailRef.size());
         }));
     EXPECT_TRUE(support::spinUntil([&] { return finished.size() == 3; }));
-    EXPECT_EQ(finished, (std::vector<qint64>{1, 4, 5}));
-    EXPECT_EQ(sizes, (std::vector<QSize>{{1, 4}, {3, 2}, {5, 4}}));
+    EXPECT_EQ(finished, (decltype(finished){{1, {1, 4}}, {4, {3, 2}}, {5, {5, 4}}}));
     loader.queue.waitUntilAllOperationsAreFinished();
     EXPECT_EQ(loader.loaded, (std::vector<qint64>{1, 3, 4, 5}));
 }
-
-/// Decodes to squares; cancels the queue within the third picture.
-struct FakeImporter final : PBImageImporterProtocol {
-    FakeImporter(int number, platform::OperationQueue& decoding) : id(number), queue(decoding) {}
-    std::optional<PBDictionary> propertiesAtIndex(std::size_t) override { return std::nullopt; }
-    QImage createImageWithMaxSize(unsigned side, std::size_t, std::stop_token stop) override {
-        if (id == 3) queue.cancelAllOperations();
-        if (id == 2 || stop.stop_requested()) return {};
-        return {static_cast<int>(side), static_cast<int>(side), QImage::Format_RGB32};
-    }
-    std::size_t imageCount() override { return 1; }
-    QString utiType() override { return {}; }
-    const int id;
-    platform::OperationQueue& queue;
-};
 
 TEST(SharpThumbnailOperationTest, tellsWhatCantBeReadAndNothingOfWhatWasStopped) {
     const platform::MainLoop loop;
     platform::OperationQueue queue{u"preload"_s};
     std::vector<SharpThumbnailOperation::Request> requests;
-    for (int id = 1; id <= 4; ++id)
+    for (int id = 1; id <= 4; ++id) {
+        const auto read = [&queue, id](const auto& request, const auto& stop) {
+            if (id == 3) queue.cancelAllOperations();
+            if (id == 2 || stop.stop_requested()) return codec::ReadResult();
+            return codec::ReadResult{
+                codec::ReadStatus::Decoded,
+                {.image = support::filled({request.maxSize, request.maxSize})}};
+        };
         requests.push_back(
             {PBImageFileItem::imageFileItemWithId(id, 1, u"a"_s, 1, 1),
-             std::make_unique<FakeImporter>(id, queue), 10 * id});
+             std::make_unique<support::FakeImporter>(read), 10 * id});
+    }
     std::vector<std::pair<qint64, int>> sizes;
     queue.addOperation(std::make_shared<SharpThumbnailOperation>(
         std::move(requests), [&](const auto& item, int side, const QImage& image) {
@@ -82,7 +72,7 @@ TEST(SharpThumbnailOperationTest, tellsWhatCantBeReadAndNothingOfWhatWasStopped)
     EXPECT_TRUE(support::spinUntil([&] { return sizes.size() == 2; }));
     queue.waitUntilAllOperationsAreFinished();
     QCoreApplication::processEvents();
-    EXPECT_EQ(sizes, (std::vector<std::pair<qint64, int>>{{1, 10}, {2, 0}}));
+    EXPECT_EQ(sizes, (decltype(sizes){{1, 10}, {2, 0}}));
 }
 
 } // namespace

@@ -7,7 +7,7 @@ namespace {
 
 using Items = std::vector<std::shared_ptr<PBImageFileItem>>;
 
-struct FakeOrder final : BrowserOrder {
+struct PBThumbnailBufferManagerTest : ::testing::Test, BrowserOrder {
     PBImageBrowserIndex indexForImageFile(const PBImageFileItem& imageFile) const override {
         for (std::size_t group = 0; group < leaves.size(); ++group)
             for (std::size_t item = 0; item < leaves[group].size(); ++item)
@@ -20,46 +20,44 @@ struct FakeOrder final : BrowserOrder {
         return std::ssize(leaves.at(static_cast<std::size_t>(group)));
     }
     bool isCollapsedForBrowser(std::int64_t group) const override { return group == collapsed; }
-
-    std::vector<Items> leaves;
-    std::int64_t collapsed = -1;
-};
-
-struct PBThumbnailBufferManagerTest : ::testing::Test {
     void makeLeaves(std::initializer_list<int> counts) {
         qint64 id = 0;
         for (const int count : counts) {
             Items items;
             for (int item = 0; item < count; ++item)
                 items.push_back(PBImageFileItem::imageFileItemWithId(++id, 1, u"a"_s, 1, 1));
-            order.leaves.push_back(items);
+            leaves.push_back(items);
         }
-        manager.setBrowserOrder(&order);
+        manager.setBrowserOrder(this);
     }
     const std::shared_ptr<PBImageFileItem>& shared(int group, int index) {
-        return order.leaves.at(static_cast<std::size_t>(group)).at(static_cast<std::size_t>(index));
+        return leaves.at(static_cast<std::size_t>(group)).at(static_cast<std::size_t>(index));
     }
-    void push(int group, std::initializer_list<int> indexes) {
+    /// Which items hold a thumbnail, as digits, with "|" between the leaves.
+    QString held() {
+        const auto digitsOf = [](const Items& leaf) {
+            QString digits;
+            for (std::size_t index = 0; index < leaf.size(); ++index)
+                if (leaf[index]->hasThumbnail()) digits += QString::number(index);
+            return digits;
+        };
+        return support::listed(leaves, digitsOf).join(u'|');
+    }
+    QString push(int group, std::initializer_list<int> indexes) {
         for (const int index : indexes) {
             shared(group, index)->setThumbnailRef(image);
             manager.pushImageFileItem(shared(group, index), PBImageBrowserIndex{group, index});
         }
+        return held();
     }
-    /// Which items hold a thumbnail, as digits, with "|" between the leaves.
-    QString held() {
-        return support::listed(
-                   order.leaves,
-                   [](const Items& leaf) {
-                       QString digits;
-                       for (std::size_t index = 0; index < leaf.size(); ++index)
-                           if (leaf[index]->hasThumbnail()) digits += QString::number(index);
-                       return digits;
-                   })
-            .join(u'|');
+    QString apply(int index, QSize size) {
+        EXPECT_TRUE(manager.applyPreloadThumbnail(shared(0, index), QImage(size, image.format())));
+        return held();
     }
 
     const QImage image{4, 4, QImage::Format_ARGB32_Premultiplied};
-    FakeOrder order;
+    std::vector<Items> leaves;
+    std::int64_t collapsed = -1;
     PBThumbnailBufferManager manager{4};
 };
 
@@ -67,35 +65,26 @@ TEST_F(PBThumbnailBufferManagerTest, whatIsFarthestFromTheLatestGoesAndTheFrontO
     makeLeaves({20});
     manager.setBufferCount(0);
     EXPECT_EQ(manager.bufferCount(), 1U);
-    push(0, {0, 0});
-    EXPECT_EQ(held(), u"0") << "not cleared by its own push";
+    EXPECT_EQ(push(0, {0, 0}), u"0") << "not cleared by its own push";
     manager.setBufferCount(4);
-    push(0, {0, 1, 2, 3, 4, 5, 6, 7});
-    EXPECT_EQ(held(), u"4567");
-    push(0, {3, 2});
-    EXPECT_EQ(held(), u"2345");
+    EXPECT_EQ(push(0, {0, 1, 2, 3, 4, 5, 6, 7}), u"4567");
+    EXPECT_EQ(push(0, {3, 2}), u"2345");
     manager.clearThumbnailBuffer();
     push(0, {0, 4, 10, 12});
-    push(0, {3}); // 3 from the front, 9 from the back
-    EXPECT_EQ(held(), u"03410");
-    push(0, {5}); // 5 and 5
-    EXPECT_EQ(held(), u"34510");
+    EXPECT_EQ(push(0, {3}), u"03410"); // 3 from the front, 9 from the back
+    EXPECT_EQ(push(0, {5}), u"34510"); // 5 and 5
 }
 
 TEST_F(PBThumbnailBufferManagerTest, theirBytesAreBoundedToo) {
     makeLeaves({9});
     manager.setByteLimit(3 * image.sizeInBytes());
-    push(0, {0, 1, 2, 3});
-    EXPECT_EQ(held(), u"123");
+    EXPECT_EQ(push(0, {0, 1, 2, 3}), u"123");
     // One of more pixels takes the place of its own, and of as many others as it needs.
-    EXPECT_TRUE(manager.applyPreloadThumbnail(shared(0, 1), QImage(4, 8, image.format())));
-    EXPECT_EQ(held(), u"12");
+    EXPECT_EQ(apply(1, {4, 8}), u"12");
     EXPECT_FALSE(manager.applyPreloadThumbnail(shared(0, 1), image));
     EXPECT_EQ(manager.byteCount(), 3 * image.sizeInBytes());
-    EXPECT_TRUE(manager.applyPreloadThumbnail(shared(0, 5), QImage(40, 40, image.format())));
-    EXPECT_EQ(held(), u"5"); // what is looked at is never dropped for its size
-    push(0, {4});
-    EXPECT_EQ(held(), u"4");
+    EXPECT_EQ(apply(5, {40, 40}), u"5"); // what is looked at is never dropped for its size
+    EXPECT_EQ(push(0, {4}), u"4");
     EXPECT_EQ(manager.byteCount(), image.sizeInBytes());
     manager.clearThumbnailBuffer();
     EXPECT_EQ(manager.byteCount(), 0);
@@ -105,12 +94,10 @@ TEST_F(PBThumbnailBufferManagerTest, foldedLeavesCountForNothing) {
     makeLeaves({10, 1000, 10});
     push(0, {0, 1});
     push(2, {6, 7});
-    order.collapsed = 1;
-    push(0, {9}); // 9 from the front, 8 from the back
-    EXPECT_EQ(held(), u"19||67");
-    order.collapsed = -1;
-    push(0, {8}); // 7 from the front, far from the back
-    EXPECT_EQ(held(), u"189||6");
+    collapsed = 1;
+    EXPECT_EQ(push(0, {9}), u"19||67"); // 9 from the front, 8 from the back
+    collapsed = -1;
+    EXPECT_EQ(push(0, {8}), u"189||6"); // 7 from the front, far from the back
 }
 
 TEST_F(PBThumbnailBufferManagerTest, anItemThatIsNotShownLosesItsThumbnail) {
@@ -131,7 +118,7 @@ TEST_F(PBThumbnailBufferManagerTest, theCountHoldsWhateverTheTreeDoes) {
     makeLeaves({5, 1, 2});
     push(0, {0, 1});
     push(2, {0, 1});
-    order.leaves.resize(1); // what is stored lies beyond the tree now
+    leaves.resize(1); // what is stored lies beyond the tree now
     push(0, {2, 3, 4});
     EXPECT_EQ(manager.imageFileItemCount(), 4U);
     manager.setBrowserOrder(nullptr);

@@ -16,6 +16,16 @@ filled(QSize size, const QColor& color = Qt::red, QImage::Format format = QImage
     return image;
 }
 
+/// A picture of whose pixels the function tells the colours.
+[[nodiscard]] QImage
+painted(QSize size, const auto& colorAt, QImage::Format format = QImage::Format_RGB32) {
+    QImage image(size, format);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y, colorAt(x, y));
+    return image;
+}
+
 /// How far the colours of two pictures lie apart, of 255; all of it where their sizes differ.
 struct Difference {
     double mean = 255;

@@ -48,14 +48,11 @@ private:
 /// Runs the present test in a process that may mount: in name spaces of its own. Skips it where
 /// that is not permitted either.
 inline void rerunWhereDisksCanBeMounted() {
-    const auto& test = *testing::UnitTest::GetInstance()->current_test_info();
     if (qEnvironmentVariableIsSet("VELMORA_MAY_MOUNT") || std::system("unshare -Urm true") != 0)
         GTEST_SKIP() << "mounting a disk is not permitted here";
     const QString self = QFileInfo(u"/proc/self/exe"_s).symLinkTarget();
-    const QString filter =
-        QString::fromLatin1(test.test_suite_name()) + u'.' + QString::fromLatin1(test.name());
     const QString command =
-        u"VELMORA_MAY_MOUNT=1 unshare -Urm '%1' --gtest_filter='%2' >&2"_s.arg(self, filter);
+        u"VELMORA_MAY_MOUNT=1 unshare -Urm '%1' --gtest_filter='%2' >&2"_s.arg(self, presentTest());
     EXPECT_EQ(std::system(QFile::encodeName(command).constData()), 0);
 }
 

@@ -88,6 +88,12 @@ inline QStringList words(const char* text) {
     return QString::fromUtf8(text).split(u' ', Qt::SkipEmptyParts);
 }
 
+/// The filter for the test that runs.
+inline QString presentTest() {
+    const auto& test = *testing::UnitTest::GetInstance()->current_test_info();
+    return QString::fromLatin1(test.test_suite_name()) + u'.' + QString::fromLatin1(test.name());
+}
+
 /// Runs the rest of the scope in another time zone.
 struct TimeZone {
     explicit TimeZone(const char* zone);

@@ -8,17 +8,17 @@
 #include <numbers>
 
 using support::filled;
+using support::painted;
 using support::spinUntil;
 
 namespace {
 
 QImage noise(QSize size, QImage::Format format, unsigned seed) {
     std::mt19937 random(seed);
-    QImage image(size, QImage::Format_ARGB32);
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width(); ++x)
-            image.setPixel(x, y, static_cast<QRgb>(random()) | (x % 3 == 0 ? 0xff000000U : 0U));
-    return image.convertToFormat(format);
+    const auto colorAt = [&](int x, int) {
+        return static_cast<QRgb>(random()) | (x % 3 == 0 ? 0xff000000U : 0U);
+    };
+    return painted(size, colorAt, QImage::Format_ARGB32).convertToFormat(format);
 }
 
 std::shared_ptr<const PBImages> imagesOf(const QImage& image) {
@@ -29,9 +29,8 @@ std::shared_ptr<const PBImages> imagesOf(const QImage& image) {
 /// of its own, its corner there.
 DisplayState
 placed(const QImage& image, QSizeF fileSize, int quarters, double scale, QPointF corner) {
-    QTransform transform;
-    transform.rotate(90.0 * quarters);
-    transform.scale(scale, scale);
+    const auto transform =
+        QTransform::fromScale(scale, scale) * QTransform().rotate(90.0 * quarters);
     const QRectF frame = transform.mapRect(QRectF(QPointF(0, 0), fileSize));
     const QTransform moved =
         transform * QTransform::fromTranslate(corner.x() - frame.left(), corner.y() - frame.top());
@@ -49,11 +48,10 @@ Channels channelsAt(const QImage& image, int x, int y) {
 /// What a device pixel should be where a picture is not reduced: many samples of a square as wide
 /// as a pixel of the picture, round the middle; or of one point.
 Channels covered(const QImage& image, const DisplayState& state, QPoint device, bool isSharp) {
+    const QSizeF& size = state.imageSize;
     const QTransform toPicture =
-        (QTransform::fromScale(
-             state.imageSize.width() / image.width(), state.imageSize.height() / image.height()) *
-         state.toDevicePixels)
-            .inverted();
+        state.toDevicePixels.inverted() *
+        QTransform::fromScale(image.width() / size.width(), image.height() / size.height());
     Channels all{};
     constexpr int samples = 16;
     for (int j = 0; j < samples; ++j)
@@ -69,14 +67,13 @@ Channels covered(const QImage& image, const DisplayState& state, QPoint device, 
     return all;
 }
 
-double worstDifference(
-    const DisplayPicture& made, const QImage& image, const DisplayState& state, bool isSharp) {
+double worstDifference(const DisplayPicture& made, const QImage& image, bool isSharp) {
     double worst = 0;
     for (int y = 0; y < made.rect.height(); ++y)
         for (int x = 0; x < made.rect.width(); ++x) {
             const Channels found = channelsAt(made.image, x, y);
             const Channels expected =
-                covered(image, state, made.rect.topLeft() + QPoint(x, y), isSharp);
+                covered(image, made.state, made.rect.topLeft() + QPoint(x, y), isSharp);
             for (std::size_t channel = 0; channel < 4; ++channel)
                 worst = std::max(worst, std::abs(found[channel] - expected[channel]));
         }
@@ -88,12 +85,8 @@ constexpr int contrast = 0x60;
 
 /// Upright stripes, so many pixels dark and so many light, each of them `pixel` pixels wide.
 QImage stripes(QSize size, int width, int pixel) {
-    QImage image(size, QImage::Format_RGB32);
-    for (int x = 0; x < size.width(); ++x)
-        image.setPixel(x, 0, x / pixel / width % 2 == 0 ? 0xff505050U : 0xffb0b0b0U);
-    for (int y = 1; y < size.height(); ++y)
-        std::copy_n(image.constScanLine(0), image.bytesPerLine(), image.scanLine(y));
-    return image;
+    return painted(
+        size, [&](int x, int) { return x / pixel / width % 2 == 0 ? 0xff505050U : 0xffb0b0b0U; });
 }
 
 /// The strongest of what a row of pixels shows beyond its mean and the waves that it may show (in
@@ -141,7 +134,7 @@ TEST(DisplayPictureTest, EachDevicePixelIsWhatItCovers) {
             EXPECT_EQ(made.rect, whole.toRect().intersected(state.visible));
             ASSERT_EQ(made.image.size(), made.rect.size());
             EXPECT_EQ(made.image.format(), format);
-            EXPECT_LE(worstDifference(made, image, state, isSharp), isSharp ? 1e-6 : 14)
+            EXPECT_LE(worstDifference(made, image, isSharp), isSharp ? 1e-6 : 14)
                 << version.width() << " at " << scale << ", " << quarters;
         }
     }
@@ -165,21 +158,18 @@ TEST(DisplayPictureTest, AReducedPictureKeepsEvenColoursBoundsAndPlaces) {
             EXPECT_EQ(same.image, filled(same.image.size(), orange)) << scale;
 
             // A gentle slope is where it belongs, on its side and upside down, too.
-            QImage slope(90, 70, QImage::Format_RGB32);
-            for (int y = 0; y < 70; ++y)
-                for (int x = 0; x < 90; ++x)
-                    slope.setPixel(x, y, qRgb(2 * x + y, 2 * x, 3 * y));
+            const QImage slope =
+                painted({90, 70}, [](int x, int y) { return qRgb(2 * x + y, 2 * x, 3 * y); });
             const DisplayState state = placed(slope, {90, 70}, quarters, scale, {-3.4, 2.3});
             const DisplayPicture sloping = resampledPicture(state);
+            const double margin = 4 / scale; // beyond it the border is repeated
+            const QRectF inner(margin, margin, 90 - 2 * margin, 70 - 2 * margin);
+            const QTransform toPicture = state.toDevicePixels.inverted();
             for (int y = 0; y < sloping.rect.height(); ++y)
                 for (int x = 0; x < sloping.rect.width(); ++x) {
-                    const QPointF place = state.toDevicePixels.inverted().map(
-                        QPointF(sloping.rect.topLeft()) + QPointF(x + 0.5, y + 0.5));
-                    const double margin = 4 / scale; // beyond it the border is repeated
-                    if (!QRectF(0, 0, 90, 70)
-                             .adjusted(margin, margin, -margin, -margin)
-                             .contains(place))
-                        continue;
+                    const QPoint device = sloping.rect.topLeft() + QPoint(x, y);
+                    const QPointF place = toPicture.map(QPointF(device) + QPointF(0.5, 0.5));
+                    if (!inner.contains(place)) continue;
                     const double red = 2 * (place.x() - 0.5) + place.y() - 0.5;
                     ASSERT_NEAR(qRed(sloping.image.pixel(x, y)), red, 1) << scale << quarters;
                 }
@@ -205,9 +195,8 @@ TEST(DisplayPictureTest, OnlyWhatIsVisibleIsMade) {
     EXPECT_FALSE(visibleRect(state));
     EXPECT_TRUE(resampledPicture(state).image.isNull());
     int rows = 0;
-    EXPECT_TRUE(resampledPicture(placed(image, {300, 200}, 0, 1, {0, 0}), [&] {
-                    return ++rows > 5;
-                }).image.isNull());
+    const auto stops = [&] { return ++rows > 5; };
+    EXPECT_TRUE(resampledPicture(placed(image, {300, 200}, 0, 1, {0, 0}), stops).image.isNull());
     EXPECT_EQ(rows, 6);
 }
 
@@ -216,24 +205,23 @@ TEST(DisplayPictureTest, FineStripesComeOutEven) {
     for (const double version : {1.0, 0.95, 0.64}) {
         for (const double scale :
              {0.9, 0.85, 0.75, 2.0 / 3, 0.6, 0.5, 0.45, 0.37, 0.3, 0.25, 0.2}) {
-            for (const int width : {1, 2, 3}) {
-                for (const int pixel : {1, 2}) {
-                    const QImage image = stripes({500, 24}, width, pixel);
-                    const QSize size(int(500 * version), int(24 * version));
-                    const double reduced = scale * size.width() / 500;
-                    DisplayState state = placed(
-                        codec::reduceImage(image, size, codec::Reduction::Filtered), {500, 24}, 0,
-                        reduced, {0.3, 0.2});
-                    state.visible = QRect(0, 0, int(500 * reduced), int(24 * reduced));
-                    std::vector<double> waves;
-                    for (int wave = 1; wave < 2 * width * pixel; wave += 2)
-                        waves.push_back(wave / (2.0 * width * pixel) / reduced);
-                    // What is too fine by less than an eighth still shows as single pixels.
-                    const bool isJustTooFine = waves.front() > 0.5 && waves.front() < 0.563;
-                    const double most = isJustTooFine ? 0.18 : 0.08;
-                    EXPECT_LE(unevenness(resampledPicture(state).image, waves), most)
-                        << width << " x " << pixel << " by " << version << ", " << scale;
-                }
+            for (const auto& [width, pixel] :
+                 {std::pair(1, 1), {2, 1}, {3, 1}, {1, 2}, {2, 2}, {3, 2}}) {
+                const QImage image = stripes({500, 24}, width, pixel);
+                const QSize size(int(500 * version), int(24 * version));
+                const double reduced = scale * size.width() / 500;
+                DisplayState state = placed(
+                    codec::reduceImage(image, size, codec::Reduction::Filtered), {500, 24}, 0,
+                    reduced, {0.3, 0.2});
+                state.visible = QRect(0, 0, int(500 * reduced), int(24 * reduced));
+                std::vector<double> waves;
+                for (int wave = 1; wave < 2 * width * pixel; wave += 2)
+                    waves.push_back(wave / (2.0 * width * pixel) / reduced);
+                // What is too fine by less than an eighth still shows as single pixels.
+                const bool isJustTooFine = waves.front() > 0.5 && waves.front() < 0.563;
+                const double most = isJustTooFine ? 0.18 : 0.08;
+                EXPECT_LE(unevenness(resampledPicture(state).image, waves), most)
+                    << width << " x " << pixel << " by " << version << ", " << scale;
             }
         }
     }

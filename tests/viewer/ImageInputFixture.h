@@ -7,20 +7,14 @@
 /// The input on a picture of its own, with a clock that the test turns. Notes what is asked for.
 struct ImageInputTest : ::testing::Test, ImageInputHost {
     using Phase = WheelMove::Phase;
+    static constexpr QSizeF large{4000, 3000};
 
     SwipeNeighbours neighbours() const override { return there; }
     void step(ImageStep step) override {
-        asked += QString(u"first|last|next|previous"_s.split(u'|').at(
-            step == ImageStep::First  ? 0
-            : step == ImageStep::Last ? 1
-            : step == ImageStep::Next ? 2
-                                      : 3));
+        asked += support::words("next previous first last").at(static_cast<int>(step));
     }
     void perform(ImageCommand command) override {
-        asked += command == ImageCommand::RotateLeft    ? u"left"_s
-                 : command == ImageCommand::RotateRight ? u"right"_s
-                 : command == ImageCommand::ToggleFlag  ? u"flag"_s
-                                                        : u"leave"_s;
+        asked += support::words("left right flag leave").at(static_cast<int>(command));
     }
     void beginFileDrag() override { asked += u"drag"_s; }
 
@@ -50,7 +44,17 @@ struct ImageInputTest : ::testing::Test, ImageInputHost {
         wait(seconds);
         send(phase, pixels, {}, false);
     }
+    /// Since the last call, and after so much more time.
+    QString askedAfter(double seconds) {
+        wait(seconds);
+        return takeAsked();
+    }
     QString takeAsked() { return std::exchange(asked, {}).join(u' '); }
+    /// Where all motions have ended.
+    double settledScale() {
+        wait(1);
+        return scale();
+    }
     [[nodiscard]] QPointF corner() const { return geometry.placement().pointFromImage({}); }
     [[nodiscard]] double scale() const { return geometry.placement().pixelScale(); }
 

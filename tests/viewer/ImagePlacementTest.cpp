@@ -200,24 +200,31 @@ TEST(ImagePlacementTest, numbersWithoutSenseChangeNothing) {
 
 const ImageViewport miniature({200, 200});
 
+QRectF markOf(const ImagePlacement& placement, const ImageViewport& view = miniature) {
+    return NavigationGeometry(view, placement).visiblePolygon().boundingRect();
+}
+
 TEST(NavigationGeometryTest, theMarkIsTheVisiblePartWithinThePictureAndTheMiniature) {
     ImagePlacement large = zoomed({4000, 3000}, plainView, 1.0, 90);
-    EXPECT_EQ(
-        NavigationGeometry(miniature, large).imagePolygon().boundingRect(),
-        QRectF(25, 0, 150, 200));
+    const NavigationGeometry whole(miniature, large);
+    EXPECT_EQ(whole.imagePolygon().boundingRect(), QRectF(25, 0, 150, 200));
     for (const auto& [anchor, mark] :
          {std::pair(QPointF(400, 300), QRectF(80, 85, 40, 30)),
           {QPointF(9000, 9000), QRectF(25, 1, 40, 29)},
           {QPointF(-9000, -9000), QRectF(135, 170, 40, 29)}}) {
         large.setDrawAnchor(anchor);
-        EXPECT_EQ(NavigationGeometry(miniature, large).visiblePolygon().boundingRect(), mark);
+        EXPECT_EQ(markOf(large), mark);
     }
     // The view shows more than the height of a panorama.
     large = zoomed({20000, 2000}, plainView, 0.1);
     large.setDrawAnchor({9000, 0});
-    EXPECT_EQ(
-        NavigationGeometry(miniature, large).visiblePolygon().boundingRect(),
-        QRectF(1, 90, 79, 20));
+    EXPECT_EQ(markOf(large), QRectF(1, 90, 79, 20));
+    // A tiny mark can be taken hold of.
+    large = zoomed({20000, 2000}, plainView, 8.0);
+    EXPECT_EQ(markOf(large).width(), 1);
+    EXPECT_EQ(NavigationGeometry(miniature, large).grabRect(), QRectF(94, 94, 12, 12));
+    // In a miniature of a point its limits pass each other.
+    EXPECT_EQ(markOf(zoomed({40, 30}, plainView, 8.0), ImageViewport({1, 1})), QRectF(0, 0, 0, 0));
 }
 
 TEST(NavigationGeometryTest, draggingTheMarkMovesThePictureByTheSamePart) {
@@ -228,16 +235,6 @@ TEST(NavigationGeometryTest, draggingTheMarkMovesThePictureByTheSamePart) {
         const NavigationGeometry after(miniature, large);
         expectNear(after.grabRect().center() - before.grabRect().center(), {10, -5});
     }
-}
-
-TEST(NavigationGeometryTest, aTinyMarkCanBeTakenHoldOf) {
-    const NavigationGeometry navigation(miniature, zoomed({20000, 2000}, plainView, 8.0));
-    EXPECT_EQ(navigation.visiblePolygon().boundingRect().width(), 1);
-    EXPECT_EQ(navigation.grabRect(), QRectF(94, 94, 12, 12));
-    const QRectF point = NavigationGeometry(ImageViewport({1, 1}), zoomed({40, 30}, plainView, 8.0))
-                             .visiblePolygon()
-                             .boundingRect();
-    EXPECT_EQ(point, QRectF(0, 0, 0, 0)); // its limits pass each other
 }
 
 } // namespace

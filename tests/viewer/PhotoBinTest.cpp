@@ -33,8 +33,7 @@ TEST(StripGeometryTest, anyCellCanStandInTheMiddleAndOnlyThere) {
 }
 
 TEST(StripGeometryTest, visibleCellsAreThoseOnShowAndNeverMoreThanFortyPointCells) {
-    using Range = StripGeometry::Range;
-    using Row = std::tuple<double, double, std::int64_t, Range>;
+    using Row = std::tuple<double, double, std::int64_t, std::pair<std::int64_t, std::int64_t>>;
     // Cells of 60 begin at 370; each takes 62. The part on show is 800 wide.
     for (const auto& [height, x, count, visible] : {
              Row(60, 0, 100, {0, 6}),
@@ -47,9 +46,8 @@ TEST(StripGeometryTest, visibleCellsAreThoseOnShowAndNeverMoreThanFortyPointCell
              Row(20, 2200, 1000, {91, 109}),
          }) {
         const StripGeometry strip(height, 800, count);
-        const Range range = strip.calcVisibleForRect({x, 0, 800, height});
-        EXPECT_EQ(range.first, visible.first) << height << ' ' << x << ' ' << count;
-        EXPECT_EQ(range.last, visible.last) << height << ' ' << x << ' ' << count;
+        const auto [first, last] = strip.calcVisibleForRect({x, 0, 800, height});
+        EXPECT_EQ(std::pair(first, last), visible) << height << ' ' << x << ' ' << count;
     }
 }
 
@@ -87,22 +85,29 @@ struct PhotoBinTest : ::testing::Test, PhotoBinHost, PhotoBinStrip {
     static std::shared_ptr<PBImageFileItem> item(qint64 id) {
         return PBImageFileItem::imageFileItemWithId(id, 1, QString::number(id), 1, 1);
     }
-    static PBImageFileArray arrayOf(const PBImageFileList& items) {
-        PBImageFileArray array;
-        for (const auto& each : items)
-            array.push_back(each);
-        return array;
-    }
-    void reload(const PBImageFileList& list) {
-        bin.setFileItemArray(arrayOf(list));
-        bin.refreshFocusIndex();
-    }
     /// The selected ones among all, as digits.
     QString selected() const {
         QString ids;
         for (const auto& each : items)
             if (each->isSelected()) ids += each->fileName();
         return ids;
+    }
+    /// What another list has it ask for, then its focus, then what is selected.
+    QString reloaded(const PBImageFileList& list) {
+        PBImageFileArray array;
+        for (const auto& each : list)
+            array.push_back(each);
+        bin.setFileItemArray(array);
+        bin.refreshFocusIndex();
+        return take() + u" @%1 "_s.arg(bin.focusIndex()) + selected();
+    }
+    QString begin(qint64 count) {
+        for (qint64 id = 0; id < count; ++id)
+            items.push_back(item(id));
+        return reloaded(items);
+    }
+    bool cannotMove() const {
+        return !(bin.canPrev() || bin.canNext() || bin.canFirst() || bin.canLast());
     }
 
     PBImageFileList items;
@@ -112,10 +117,7 @@ struct PhotoBinTest : ::testing::Test, PhotoBinHost, PhotoBinStrip {
 };
 
 TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
-    for (qint64 id = 0; id < 120; ++id)
-        items.push_back(item(id));
-    reload(items);
-    EXPECT_EQ(take(), u"s0S");
+    EXPECT_EQ(begin(120), u"s0S @0 0");
     EXPECT_FALSE(bin.canPrev() || bin.canFirst());
     bin.navigateToPreviousImage();
     EXPECT_EQ(take(), QString()) << "nothing before the first";
@@ -145,59 +147,42 @@ TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
     EXPECT_EQ(strip, 3);
 
     const auto ahead = [&](std::int64_t count) {
-        QString names;
-        for (const IndexedImage& each : bin.preloadImageFileItemWithCount(count))
-            names += each.item->fileName() + u':' + QString::number(each.index) + u' ';
-        return names;
+        const auto told = [](const IndexedImage& each) {
+            EXPECT_EQ(each.item->fileId(), each.index);
+            return each.item->fileName();
+        };
+        return support::listed(bin.preloadImageFileItemWithCount(count), told).join(u' ');
     };
-    EXPECT_EQ(ahead(2), u"1:1 2:2 ");
-    EXPECT_EQ(ahead(7), u"0:0 1:1 2:2 ");
+    EXPECT_EQ(ahead(2), u"1 2");
+    EXPECT_EQ(ahead(7), u"0 1 2");
     bin.setLoadDirection(0);
-    EXPECT_EQ(ahead(2), u"4:4 5:5 ");
+    EXPECT_EQ(ahead(2), u"4 5");
     bin.navigateToFirstImage();
-    EXPECT_EQ(ahead(2), u"1:1 2:2 ") << "back from the end";
+    EXPECT_EQ(ahead(2), u"1 2") << "back from the end";
     bin.navigateToLastImage();
-    EXPECT_EQ(ahead(2), u"117:117 118:118 ");
+    EXPECT_EQ(ahead(2), u"117 118");
 }
 
 TEST_F(PhotoBinTest, aNewListKeepsThePhotographThatIsShownWhereverItIs) {
-    for (qint64 id = 0; id < 6; ++id)
-        items.push_back(item(id));
-    reload(items);
+    begin(6);
     bin.goTo(2);
     (void)take();
 
-    reload({items[5], items[4], items[3], items[2]});
-    EXPECT_EQ(take(), QString()) << "it is not shown anew";
-    EXPECT_EQ(bin.focusIndex(), 3);
-    EXPECT_EQ(selected(), u"2");
-
+    EXPECT_EQ(reloaded({items[5], items[4], items[3], items[2]}), u" @3 2") << "not shown anew";
     // Gone: the one that took its index, or the last.
-    reload({items[5], items[4], items[3], items[1]});
-    EXPECT_EQ(take(), u"ls3S");
-    EXPECT_EQ(selected(), u"1");
-    reload({items[5], items[4]});
-    EXPECT_EQ(take(), u"ls1S");
-    EXPECT_EQ(selected(), u"4");
-
-    // A scan made other items of the same photographs.
+    EXPECT_EQ(reloaded({items[5], items[4], items[3], items[1]}), u"ls3S @3 1");
+    EXPECT_EQ(reloaded({items[5], items[4]}), u"ls1S @1 4");
+    // A scan made other items of the same photographs: what was loaded is handed on.
     const PBImageFileList again{item(4), item(5)};
-    reload(again);
-    EXPECT_EQ(take(), u"rS") << "what was loaded for it is handed on";
-    EXPECT_EQ(bin.focusIndex(), 0);
+    EXPECT_EQ(reloaded(again), u"rS @0 ");
     EXPECT_EQ(bin.focusImageFileItem(), again[0]);
     EXPECT_TRUE(again[0]->isSelected());
-    EXPECT_EQ(selected(), QString());
 
-    reload({});
-    EXPECT_EQ(take(), u"ls-1S");
-    EXPECT_EQ(bin.focusIndex(), -1);
-    EXPECT_FALSE(bin.canPrev() || bin.canNext() || bin.canFirst() || bin.canLast());
-    reload({});
-    EXPECT_EQ(take(), QString());
-    reload({items[0]});
-    EXPECT_EQ(take(), u"s0S");
-    EXPECT_FALSE(bin.canPrev() || bin.canNext() || bin.canFirst() || bin.canLast());
+    EXPECT_EQ(reloaded({}), u"ls-1S @-1 ");
+    EXPECT_TRUE(cannotMove());
+    EXPECT_EQ(reloaded({}), u" @-1 ");
+    EXPECT_EQ(reloaded({items[0]}), u"s0S @0 0");
+    EXPECT_TRUE(cannotMove());
 }
 
 } // namespace

@@ -14,19 +14,14 @@ constexpr QSize viewSize(320, 200);
 
 /// Smooth, without two parts alike, and different in every corner.
 QImage sample(int seed, QSize size = viewSize) {
-    QImage image(size, QImage::Format_RGB32);
-    for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0; x < size.width(); ++x) {
-            const double across = x * 6.0 / size.width() + seed;
-            const double down = y * 4.0 / size.height() + seed;
-            const auto wave = [](double place) {
-                return static_cast<int>(127.5 + 127.5 * std::sin(place));
-            };
-            image.setPixel(
-                x, y, qRgb(wave(across * 1.7 + down), wave(down * 2.3 - across), wave(across)));
-        }
-    }
-    return image;
+    const auto wave = [](double place) {
+        return static_cast<int>(127.5 + 127.5 * std::sin(place));
+    };
+    return support::painted(size, [&](int x, int y) {
+        const double across = x * 6.0 / size.width() + seed;
+        const double down = y * 4.0 / size.height() + seed;
+        return qRgb(wave(across * 1.7 + down), wave(down * 2.3 - across), wave(across));
+    });
 }
 
 /// The frame of a transition from the first sample to the second.
@@ -37,7 +32,7 @@ TransitionFrame frameAt(int style, double progress) {
     return {transition, progress, from, to, makeTransitionMap(transition, viewSize)};
 }
 
-TEST(RasterTransitionsTest, everyTransitionBeginsAndEndsWithThePlainPicturesAndLeavesThemGently) {
+TEST(RasterTransitionsTest, everyTransitionLeavesThePlainPicturesGentlyAndIsOneInPieces) {
     for (int style = 0; style < transitionStyleCount; ++style) {
         const TransitionFrame frame = frameAt(style, 0);
         const auto at = [style](double progress) {
@@ -50,51 +45,47 @@ TEST(RasterTransitionsTest, everyTransitionBeginsAndEndsWithThePlainPicturesAndL
         EXPECT_LT(differenceOf(at(0.999), frame.to).mean, 1.5) << style;
         for (double progress = 0; progress < 0.99; progress += 0.05)
             EXPECT_LT(differenceOf(at(progress), at(progress + 0.05)).mean, 40) << style;
+
+        QImage pieces(viewSize, QImage::Format_RGB32);
+        const RasterTransitions::Target target = RasterTransitions::targetOf(pieces);
+        const int half = viewSize.height() / 2;
+        for (const auto& [first, end] : {std::pair(half, viewSize.height()), {0, 1}, {1, half}})
+            RasterTransitions::paintRows(frameAt(style, 0.37), target, first, end);
+        EXPECT_EQ(pieces, at(0.37)) << style << " in pieces";
     }
 }
 
 TEST(RasterTransitionsTest, noTwoTransitionsAreAlikeHalfWay) {
     std::vector<QImage> frames;
     for (int style = 0; style < transitionStyleCount; ++style) {
-        frames.push_back(RasterTransitions::paintedFrame(frameAt(style, 0.5)));
-        for (int other = 0; other < style; ++other)
-            EXPECT_GT(differenceOf(frames.back(), frames[static_cast<std::size_t>(other)]).mean, 8)
-                << style << " and " << other;
-    }
-}
-
-TEST(RasterTransitionsTest, rowsPaintedApartAreTheFrame) {
-    for (int style = 0; style < transitionStyleCount; ++style) {
-        const TransitionFrame frame = frameAt(style, 0.37);
-        QImage pieces(viewSize, QImage::Format_RGB32);
-        const RasterTransitions::Target target = RasterTransitions::targetOf(pieces);
-        const int height = viewSize.height();
-        const int half = height / 2;
-        for (const auto& [first, end] : {std::pair(half, height), {0, 1}, {1, half}})
-            RasterTransitions::paintRows(frame, target, first, end);
-        EXPECT_EQ(pieces, RasterTransitions::paintedFrame(frame)) << style;
+        const QImage frame = RasterTransitions::paintedFrame(frameAt(style, 0.5));
+        for (const QImage& other : frames)
+            EXPECT_GT(differenceOf(frame, other).mean, 8)
+                << style << " and " << &other - &frames[0];
+        frames.push_back(frame);
     }
 }
 
 TEST(PlainPictureTest, picturesLieInTheMiddleTurnedReducedAndNeverEnlarged) {
     QImage picture = support::filled({40, 20}, Qt::blue);
-    picture.setPixel(0, 0, qRgb(255, 0, 0));
+    const QRgb red = qRgb(255, 0, 0);
+    const QRgb blue = qRgb(0, 0, 255);
     const QRgb black = qRgb(0, 0, 0);
+    picture.setPixel(0, 0, red);
     using Row = std::tuple<double, QPoint, QPoint>;
     // Where the corner that was the upper left one comes to lie, and the last pixel opposite.
     for (const auto& [angle, corner, opposite] :
          {Row(0, {30, 20}, {69, 39}), Row(90, {59, 10}, {40, 49}), Row(-90, {40, 49}, {59, 10}),
           Row(180, {69, 39}, {30, 20})}) {
         const QImage view = plainPicture(picture, angle, {100, 60});
-        EXPECT_EQ(view.pixel(corner), qRgb(255, 0, 0)) << angle;
-        EXPECT_EQ(view.pixel(opposite), qRgb(0, 0, 255)) << angle;
         const QPoint outwards((corner.x() > opposite.x()) * 2 - 1, 0);
-        EXPECT_EQ(view.pixel(corner + outwards), black) << angle;
+        const std::array seen{
+            view.pixel(corner), view.pixel(opposite), view.pixel(corner + outwards)};
+        EXPECT_EQ(seen, (std::array{red, blue, black})) << angle;
     }
     const QImage reduced = plainPicture(picture, 90, {100, 20});
-    EXPECT_EQ(reduced.pixel(45, 19), qRgb(0, 0, 255));
-    EXPECT_EQ(reduced.pixel(44, 10), black);
-    EXPECT_EQ(reduced.pixel(55, 10), black);
+    const std::array across{reduced.pixel(44, 10), reduced.pixel(45, 19), reduced.pixel(55, 10)};
+    EXPECT_EQ(across, (std::array{black, blue, black}));
     const QImage clear = support::filled({10, 10}, QColor(255, 255, 255, 0), QImage::Format_ARGB32);
     for (const QImage& nothing : {clear, QImage()})
         EXPECT_EQ(plainPicture(nothing, 0, {30, 30}), support::filled({30, 30}, Qt::black));
@@ -106,7 +97,6 @@ void rerunWithDisplay() {
     server.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s});
     while (!server.canReadLine())
         if (!server.waitForReadyRead(60'000)) GTEST_SKIP() << "there is no display server";
-    const auto& test = *testing::UnitTest::GetInstance()->current_test_info();
     QProcess self;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(server.readLine().trimmed()));
@@ -118,8 +108,7 @@ void rerunWithDisplay() {
     self.setProcessChannelMode(QProcess::ForwardedChannels);
     self.start(
         QFileInfo(u"/proc/self/exe"_s).symLinkTarget(),
-        {u"--gtest_filter=%1.%2"_s.arg(
-            QString::fromLatin1(test.test_suite_name()), QString::fromLatin1(test.name()))});
+        {u"--gtest_filter="_s + support::presentTest()});
     EXPECT_TRUE(self.waitForFinished(120'000) && self.exitCode() == 0);
     server.terminate();
     server.waitForFinished();
