@@ -1,6 +1,7 @@
 #include "codec/MadePictures.h"
 #include "codec/PBImageImporter.h"
 #include "codec/metadata/Pictures.h"
+#include "support/Images.h"
 
 using pictures::ByteWriter;
 
@@ -131,22 +132,18 @@ TEST_F(ImporterFallback, WhoWaitsIsToldWithEveryQuestion) {
 
 TEST(EmbeddedPicture, OfAJpegIsTheCamerasSmallOneOrNothing) {
     QTemporaryDir folder;
-    QImage small(160, 120, QImage::Format_RGB32);
-    small.fill(Qt::red);
-    QImage large(800, 600, QImage::Format_RGB32);
-    large.fill(Qt::blue);
-    const QByteArray thumbnail = pictures::saved(small, "JPEG");
+    const QByteArray thumbnail = pictures::saved(support::filled({160, 120}), "JPEG");
     const auto length = static_cast<quint32>(thumbnail.size());
     constexpr quint32 place = 44; // behind the directories
     const auto embeddedOf = [&](const QByteArray& segment) {
-        QByteArray file = pictures::saved(large, "JPEG");
+        QByteArray file = pictures::saved(support::filled({800, 600}, Qt::blue), "JPEG");
         file.insert(2, segment);
         const QString path = folder.filePath(u"a.jpg"_s);
         support::writeFile(path, file);
         return PBImageImporter::initWithImagePath(path)->createEmbeddedImage(320);
     };
     const QImage found = embeddedOf(exifSegment(thumbnail, place, length));
-    EXPECT_EQ(found.size(), small.size());
+    EXPECT_EQ(found.size(), QSize(160, 120));
     EXPECT_GT(found.pixelColor(80, 60).red(), 240);
     EXPECT_TRUE(embeddedOf({}).isNull()) << "the photograph itself is not asked for";
     const std::pair<quint32, quint32> hostile[] = {

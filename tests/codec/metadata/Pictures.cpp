@@ -1,6 +1,7 @@
 #include "codec/metadata/Pictures.h"
 
 #include "codec/metadata/ImageProperties.h"
+#include "support/Images.h"
 
 #include <QBuffer>
 
@@ -17,8 +18,7 @@ QByteArray saved(const QImage& image, const char* format) {
 }
 
 QByteArray jpeg() {
-    QImage image(40, 30, QImage::Format_RGB32);
-    image.fill(Qt::darkGreen);
+    QImage image = support::filled({40, 30}, Qt::darkGreen);
     image.setDotsPerMeterX(0);
     image.setDotsPerMeterY(0);
     return saved(image, "JPEG");

@@ -27,6 +27,15 @@ struct OrderFiles : testing::Test {
             ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
     }
 
+    static codec::DecodeRequest
+    requestFor(int maxSize, codec::Urgency urgency = codec::Urgency::Thumbnail) {
+        codec::DecodeRequest request;
+        request.maxSize = maxSize;
+        request.urgency = urgency;
+        return request;
+    }
+
     QTemporaryDir folder;
     std::atomic<int> files = 0;
+    codec::DecoderPool pool{settings(1)}; // starts nothing by itself
 };
