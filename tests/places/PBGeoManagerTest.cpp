@@ -147,14 +147,6 @@ TEST_F(PBGeoManagerTest, equalAddressGrowsThePlaceAndSurvivesARestart) {
     EXPECT_EQ(addressAt(48.25, 9.25), u"absent"_s);
     ask(48.501, 9.5);
     EXPECT_TRUE(_geocoder->asked().empty());
-    // Grown after a restart, beside others: the row of that place, and no other.
-    ask(50);
-    answer(u"Fulda"_s);
-    ask(49);
-    answer(u"Ulm"_s, 2);
-    EXPECT_EQ(rows().size(), 2);
-    makeManager();
-    EXPECT_EQ(addressAt(48.5, 9.5) + addressAt(49) + addressAt(50), u"UlmUlmFulda"_s);
 }
 
 TEST_F(PBGeoManagerTest, whatIsFoundWithinTheIntervalIsStoredTogetherAndToldOnce) {
@@ -178,9 +170,11 @@ TEST_F(PBGeoManagerTest, whatIsFoundWithinTheIntervalIsStoredTogetherAndToldOnce
     EXPECT_EQ(support::storedChanges(_db), before + 1);
     makeManager();
     EXPECT_EQ(rows().size(), 4) << "of Old, First, New and Far";
-    EXPECT_EQ(
-        addressAt(50) + addressAt(20) + addressAt(21) + addressAt(10.9) + addressAt(30),
-        u"FirstNewNewOldFar"_s);
+    const QStringList found =
+        support::listed(std::array{50.0, 20.0, 21.0, 11.0, 10.9, 30.0}, [&](double latitude) {
+            return addressAt(latitude);
+        });
+    EXPECT_EQ(found.join(u' '), u"First New New Old Old Far");
 }
 
 TEST_F(PBGeoManagerTest, aLockedCatalogueTakesThePlaceLater) {

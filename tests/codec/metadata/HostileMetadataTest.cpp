@@ -2,7 +2,7 @@
 #include "codec/metadata/ImageProperties.h"
 #include "codec/metadata/Pictures.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -31,8 +31,7 @@ TEST(HostileMetadataTest, lyingCountsAndCirclesCostNothing) {
     QByteArray circle = pictures::tiff(false, 400);
     const qsizetype link = 8 + 2 + 9 * 12;
     circle[link] = 8;
-    QElapsedTimer timer;
-    timer.start();
+    const QDeadlineTimer deadline(5000);
     (void)propertiesOf(circle, {}, 60000);
     // Boxes and properties that claim to be more than there is.
     QByteArray boxes = pictures::heif({});
@@ -45,7 +44,7 @@ TEST(HostileMetadataTest, lyingCountsAndCirclesCostNothing) {
     for (int tag = 0; tag < 4096; ++tag)
         tags.u16(1000 + static_cast<unsigned>(tag)).u16(1).u64(4 << 20).u64(0);
     (void)propertiesOf(tags.bytes() + QByteArray(5 << 20, 'x'));
-    EXPECT_LT(timer.elapsed(), 5000);
+    EXPECT_FALSE(deadline.hasExpired());
 }
 
 TEST(HostileMetadataTest, ofALargeFileOnlyTheStartIsRead) {
