@@ -35,9 +35,7 @@ TEST(AreaScaler, PixelsAreTheMeansOfWhatTheyCover) {
         {{2, 2}, {1, 1}},     {{3, 300}, {3, 150}}};
     for (const auto& [source, size] : cases) {
         QImage image(source, QImage::Format_ARGB32_Premultiplied);
-        for (int y = 0; y < source.height(); ++y)
-            for (int x = 0; x < source.width() * 4; ++x)
-                image.scanLine(y)[x] = static_cast<uchar>(random());
+        std::generate_n(image.bits(), image.sizeInBytes(), std::ref(random));
         // Rounded, and the borders between rows and columns are 256ths of them.
         EXPECT_LT(largestError(image, size), 1.5)
             << source.width() << "x" << source.height() << " to " << size.width();

@@ -379,10 +379,9 @@ TEST(Formats, FramesComeAsTheyAreInWhateverOrderAndOnesThatWereDrawnAreNotReadAg
             EXPECT_EQ(decoder->frame(request).image, decoded(bytes, 0, {}, request.frame).image);
         }
     }
-    std::string bytes = formatpictures::gif(DISPOSE_PREVIOUS, false).toStdString();
-    const QByteArray whole = QByteArray::fromStdString(bytes);
-    const auto decoder =
-        opened(QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size())));
+    const QByteArray whole = formatpictures::gif(DISPOSE_PREVIOUS, false);
+    std::string bytes = whole.toStdString();
+    const auto decoder = opened(QByteArray::fromRawData(bytes.data(), whole.size()));
     EXPECT_FALSE(decoder->frame(requestFor(0, codec::Depth::Screen, 1)).image.isNull());
     std::fill_n(bytes.begin(), bytes.size() / 2, '\0');
     const QImage last = decoder->frame(requestFor(0, codec::Depth::Screen, 2)).image;
@@ -410,12 +409,13 @@ TEST(Formats, ATiffOfManySamplesReadsThoseThatItShows) {
     QByteArray together(4 * 200, '\x55');
     together.replace(200, 3, QByteArray("\0\xff\0", 3));
     EXPECT_EQ(letters(decoded(stripTiff({.length = 800}) + together).image), u"?g|??");
-    // More to unpack than a decode may hold, and all of it to be skipped.
+    // More to unpack than a decode may hold, and all of it to be skipped: runs of 128 samples.
     codec::DecodeRequest request;
     request.limits.bytes = 200 * 1000 * 1000;
-    const QByteArray packed =
-        stripTiff({.width = 1200, .height = 1200, .compression = 32773, .length = 8});
-    EXPECT_TRUE(opened(packed + together)->frame(request).image.isNull());
+    const QByteArray packed = stripTiff(
+        {.width = 1200, .height = 1200, .compression = 32773, .strips = 1200, .length = 3750});
+    const QByteArray row = QByteArray("\x81\x55").repeated(1875);
+    EXPECT_TRUE(opened(packed + row)->frame(request).image.isNull());
 }
 
 TEST(Formats, FramesHaveTheirSizesDelaysAndTransparency) {

@@ -32,9 +32,7 @@ QByteArray withMetadata(const QByteArray& picture, const Writer& writer) {
     writer(image->exifData(), image->iptcData(), image->xmpData());
     image->writeMetadata();
     Exiv2::BasicIo& io = image->io();
-    io.open();
-    const Exiv2::DataBuf bytes = io.read(static_cast<long>(io.size()));
-    return {reinterpret_cast<const char*>(bytes.pData_), bytes.size_};
+    return {reinterpret_cast<const char*>(io.mmap()), static_cast<qsizetype>(io.size())};
 }
 
 codec::process::Descriptor fileOf(const QByteArray& bytes, qint64 size) {
