@@ -2,6 +2,7 @@
 
 #include "codec/Bitmaps.h"
 #include "codec/metadata/Pictures.h"
+#include "support/Images.h"
 
 namespace made {
 
@@ -45,8 +46,8 @@ std::vector<Picture> samples() {
         iptc["Iptc.Application2.DateCreated"] = "2010-07-01";
         xmp["Xmp.dc.description"] = "lang=x-default La mer";
     };
-    QImage glass(40, 30, QImage::Format_ARGB32);
-    glass.fill(qRgba(200, 100, 50, 128));
+    const QImage glass =
+        support::filled({40, 30}, QColor(200, 100, 50, 128), QImage::Format_ARGB32);
     for (const char* format : {"JPEG", "PNG", "TIFF", "WEBP"})
         all.push_back({format, pictures::withMetadata(pictures::saved(glass, format), writeAll)});
     const QImage indexed = formatpictures::picture().convertToFormat(QImage::Format_Indexed8);

@@ -2,7 +2,7 @@
 #include "codec/metadata/ImageProperties.h"
 #include "codec/metadata/Pictures.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,15 +12,13 @@ using pictures::propertiesOf;
 
 TEST(HostileMetadataTest, whatIsNoPictureIsNothingAtOnce) {
     const Descriptor zeros = pictures::fileOf({}, 200 << 20);
-    EXPECT_FALSE(codec::readImageProperties(zeros.get(), u"public.jpeg"_s, 0));
-    EXPECT_FALSE(codec::readImageProperties(zeros.get(), u"com.nikon.raw-image"_s, 0));
     int ends[2] = {};
     ASSERT_EQ(pipe(ends), 0);
     const Descriptor reading(ends[0]), writing(ends[1]);
-    EXPECT_FALSE(codec::readImageProperties(reading.get(), u"public.jpeg"_s, 0));
     const Descriptor folder(open("/", O_RDONLY | O_CLOEXEC));
-    EXPECT_FALSE(codec::readImageProperties(folder.get(), u"public.jpeg"_s, 0));
-    EXPECT_FALSE(codec::readImageProperties(-1, {}, 0));
+    for (const int descriptor : {zeros.get(), reading.get(), folder.get(), -1})
+        for (const QString& type : support::words("public.jpeg com.nikon.raw-image"))
+            EXPECT_FALSE(codec::readImageProperties(descriptor, type, 0)) << descriptor;
     for (const char* text :
          {"", "P", "Photograph of a cat", "RIFF....AVI LIST", "\xFF\xD8\xFF\xD9"})
         EXPECT_FALSE(propertiesOf(text)) << text;
@@ -31,13 +29,11 @@ TEST(HostileMetadataTest, lyingCountsAndCirclesCostNothing) {
     QByteArray circle = pictures::tiff(false, 400);
     const qsizetype link = 8 + 2 + 9 * 12;
     circle[link] = 8;
-    QElapsedTimer timer;
-    timer.start();
+    const QDeadlineTimer deadline(5000);
     (void)propertiesOf(circle, {}, 60000);
     // Boxes and properties that claim to be more than there is.
     QByteArray boxes = pictures::heif({});
-    const qsizetype association = boxes.indexOf("ipma");
-    boxes.replace(association + 8, 4, "\xFF\xFF\xFF\xFF");
+    boxes.replace(boxes.indexOf("ipma") + 8, 4, "\xFF\xFF\xFF\xFF");
     (void)propertiesOf(boxes);
     // Thousands of tags that point at one large block.
     pictures::ByteWriter tags(true);
@@ -45,7 +41,7 @@ TEST(HostileMetadataTest, lyingCountsAndCirclesCostNothing) {
     for (int tag = 0; tag < 4096; ++tag)
         tags.u16(1000 + static_cast<unsigned>(tag)).u16(1).u64(4 << 20).u64(0);
     (void)propertiesOf(tags.bytes() + QByteArray(5 << 20, 'x'));
-    EXPECT_LT(timer.elapsed(), 5000);
+    EXPECT_FALSE(deadline.hasExpired());
 }
 
 TEST(HostileMetadataTest, ofALargeFileOnlyTheStartIsRead) {

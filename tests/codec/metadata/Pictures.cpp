@@ -1,6 +1,7 @@
 #include "codec/metadata/Pictures.h"
 
 #include "codec/metadata/ImageProperties.h"
+#include "support/Images.h"
 
 #include <QBuffer>
 
@@ -17,8 +18,7 @@ QByteArray saved(const QImage& image, const char* format) {
 }
 
 QByteArray jpeg() {
-    QImage image(40, 30, QImage::Format_RGB32);
-    image.fill(Qt::darkGreen);
+    QImage image = support::filled({40, 30}, Qt::darkGreen);
     image.setDotsPerMeterX(0);
     image.setDotsPerMeterY(0);
     return saved(image, "JPEG");
@@ -32,9 +32,7 @@ QByteArray withMetadata(const QByteArray& picture, const Writer& writer) {
     writer(image->exifData(), image->iptcData(), image->xmpData());
     image->writeMetadata();
     Exiv2::BasicIo& io = image->io();
-    io.open();
-    const Exiv2::DataBuf bytes = io.read(static_cast<long>(io.size()));
-    return {reinterpret_cast<const char*>(bytes.pData_), bytes.size_};
+    return {reinterpret_cast<const char*>(io.mmap()), static_cast<qsizetype>(io.size())};
 }
 
 codec::process::Descriptor fileOf(const QByteArray& bytes, qint64 size) {

@@ -29,11 +29,9 @@ QImage paint(const codec::DecodeRequest& request, QSize size, bool inSharedMemor
     QImage image = inSharedMemory ? request.allocate(size, QImage::Format_RGB32)
                                   : QImage(size, QImage::Format_ARGB32_Premultiplied);
     const auto profile = static_cast<int>(request.targetProfile.size() % 256);
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
             image.setPixel(x, y, qRgb(x % 256, y % 256, profile));
-        }
-    }
     return image;
 }
 
@@ -78,17 +76,13 @@ public:
         if (order == "crash") std::abort();
         if (order == "film" || order == "number") return filmFrame(request);
         if (order == "wishes") return wishes(request);
-        if (order == "slow") {
-            // By the processor, which others may use meanwhile.
+        if (order == "spin") {
+            // For so many milliseconds of the processor, which others may use meanwhile, or without
+            // end. A yield would leave it to others wherever there are some.
             const std::clock_t end = std::clock() + number(1, 0) * (CLOCKS_PER_SEC / 1000);
-            while (std::clock() < end) {
+            while (std::clock() < end || _words.size() == 1) {
             }
             return {paint(request, {8, 8}, true)};
-        }
-        if (order == "spin") {
-            // A yield would leave the processor to others wherever there are some.
-            for (std::atomic<unsigned> count = 0;; ++count)
-                continue;
         }
         if (order == "wait") {
             while (!request.stop.isSet())
@@ -105,7 +99,10 @@ public:
                 codec::process::socketDescriptor, std::as_bytes(std::span(&greeting, 1)))) {
             }
         }
-        if (order == "memory") return exhaustMemory();
+        if (order == "memory") {
+            for (std::vector<std::vector<char>> hoard;;)
+                hoard.emplace_back(std::size_t{64} << 20, 'x');
+        }
         if (order == "lie") { // claims more than was made room for
             const QImage given = request.allocate({1, 1}, QImage::Format_RGB32);
             return {QImage(given.constBits(), size.width(), size.height(), given.format())};
@@ -146,11 +143,6 @@ private:
             isDeep ? QImage::Format_RGBX64 : QImage::Format_RGB32);
         image.fill(QColor::fromRgba64(0x1234, 0x5678, 0x9ABC));
         return {image, true, isDeep ? QByteArray("its own") : request.targetProfile};
-    }
-    static codec::Frame exhaustMemory() {
-        std::vector<std::vector<char>> hoard;
-        while (true)
-            hoard.emplace_back(std::size_t{64} << 20, 'x');
     }
 
     QByteArrayList _words;

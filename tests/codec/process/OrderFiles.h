@@ -1,10 +1,7 @@
 #pragma once
 
+#include "codec/metadata/Pictures.h"
 #include "codec/process/DecoderPool.h"
-#include "codec/process/Descriptor.h"
-#include "support/Support.h"
-
-#include <fcntl.h>
 
 /// Files of orders for decoder processes that misbehave.
 struct OrderFiles : testing::Test {
@@ -20,13 +17,15 @@ struct OrderFiles : testing::Test {
     }
 
     /// An open file of orders.
-    codec::process::Descriptor orders(const QByteArray& text) {
-        const QString path = folder.filePath(QString::number(++files));
-        support::writeFile(path, text);
-        return codec::process::Descriptor(
-            ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    static auto orders(const QByteArray& text) { return pictures::fileOf(text); }
+
+    static codec::DecodeRequest
+    requestFor(int maxSize, codec::Urgency urgency = codec::Urgency::Thumbnail) {
+        codec::DecodeRequest request;
+        request.maxSize = maxSize;
+        request.urgency = urgency;
+        return request;
     }
 
-    QTemporaryDir folder;
-    std::atomic<int> files = 0;
+    codec::DecoderPool pool{settings(1)}; // starts nothing by itself
 };

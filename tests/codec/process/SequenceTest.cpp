@@ -7,12 +7,9 @@ using codec::SequenceStatus;
 namespace {
 
 struct SequenceTest : OrderFiles {
-    codec::OpenedSequence open(codec::DecoderPool& pool, const QByteArray& order, int maxSize = 0) {
-        codec::DecodeRequest request;
-        request.urgency = codec::Urgency::Focus;
-        request.maxSize = maxSize;
-        const auto file = orders(order);
-        return pool.openSequence(file.get(), {}, request, {});
+    codec::OpenedSequence open(codec::DecoderPool& from, const QByteArray& order, int maxSize = 0) {
+        const auto request = requestFor(maxSize, codec::Urgency::Focus);
+        return from.openSequence(orders(order).get(), {}, request, {});
     }
     /// The numbers that its frames show, until it ends, and how.
     static std::pair<std::vector<int>, SequenceStatus> play(codec::FrameSequence& sequence) {
@@ -26,7 +23,6 @@ struct SequenceTest : OrderFiles {
 };
 
 TEST_F(SequenceTest, FramesComeOneAfterTheOtherUntilTheEndOrTheFirstDamage) {
-    codec::DecoderPool pool(settings(1));
     const std::tuple<const char*, std::size_t, std::vector<int>, SequenceStatus> cases[] = {
         {"film 4 9", 4, {0, 1, 2, 3}, SequenceStatus::Ended},
         {"film 4 2 damage", 4, {0, 1}, SequenceStatus::Damaged},
@@ -52,27 +48,25 @@ TEST_F(SequenceTest, FramesComeOneAfterTheOtherUntilTheEndOrTheFirstDamage) {
 }
 
 TEST_F(SequenceTest, TheDecoderStaysWithTheSequenceWhichMayBeginAnewAndOutliveThePool) {
-    auto pool = std::make_unique<codec::DecoderPool>(settings(1));
-    auto opened = open(*pool, "film 40 99");
+    auto mortal = std::make_unique<codec::DecoderPool>(settings(1));
+    const auto opened = open(*mortal, "film 40 99");
     ASSERT_TRUE(opened.sequence);
     std::vector<int> delays;
     for (int frame = 0; frame < 5; ++frame)
         delays.push_back(opened.sequence->next({}).delay);
     EXPECT_EQ(delays, (std::vector{100, 100, 20, 30, 40})) << "0 and 10 are shown for 100";
     // Others get a process meanwhile, and the pictures of both are right.
-    codec::DecodeRequest request;
-    request.urgency = codec::Urgency::Focus;
+    const auto request = requestFor(0, codec::Urgency::Focus);
     EXPECT_EQ(
-        pool->decode(orders("paint 9 9").get(), {}, request, {}).frame.image.size(), QSize(9, 9));
+        mortal->decode(orders("paint 9 9").get(), {}, request, {}).frame.image.size(), QSize(9, 9));
     EXPECT_EQ(qBlue(opened.sequence->next({}).frame.image.pixel(0, 0)), 5);
     EXPECT_EQ(opened.sequence->next(support::stopped()).status, SequenceStatus::NotNow);
-    pool.reset();
+    mortal.reset();
     opened.sequence->rewind();
     EXPECT_EQ(play(*opened.sequence).first.size(), 40U);
 }
 
 TEST_F(SequenceTest, ARequestSaysDepthAndCoresAndTheReplyWhatItIs) {
-    codec::DecoderPool pool(settings(1));
     codec::DecodeRequest request;
     const auto file = orders("wishes");
     request.targetProfile = "a profile";
