@@ -187,13 +187,11 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
         }
         readsLeft = static_cast<int>(random() % 12);
         startScan(random() % 3 == 0 ? u"1"_s : QString());
-        if (round % 5 == 2) {
-            // What the watcher does, into the midst of it.
-            WatchedChanges changes;
-            changes.checkExist = random() % 2 == 0;
-            changes.rescans = {{path(QString::number(random() % folders)), random() % 2 == 0}};
-            factory->attachChanges(changes, workTree, browsing);
-        }
+        // What the watcher does, into the midst of it.
+        if (round % 5 == 2)
+            tell(
+                random() % 2 == 0,
+                {{path(QString::number(random() % folders)), random() % 2 == 0}});
         if (round % 2 == 1) {
             // Another folder is selected, at any moment.
             while (figures.items < random() % 50 && scanQueue.operationCount() != 0)
