@@ -122,13 +122,11 @@ TEST_P(PBCatalogueTest, imageIsRemovedFromEveryTableThatLetsItAndOthersStay) {
     const QStringList tables = u"ImageFile Exif ExifAux Tiff IPTC GPS"_s.split(u' ');
     for (const QString& refusing : tables) {
         const qint64 id = insert();
-        ASSERT_TRUE(_filesDb.executeUpdate(
-            u"create trigger Refuse before delete on %1 begin select raise(fail, ''); end"_s.arg(
-                refusing)));
+        support::refuse(_filesDb, u"delete on "_s + refusing);
         EXPECT_FALSE(_files.removeImageFileAndMetadataWithFileId(id));
         for (const QString& table : tables)
             EXPECT_EQ(countOf(table), table == refusing ? 2 : 1) << table.toStdString();
-        ASSERT_TRUE(_filesDb.executeUpdate(u"drop trigger Refuse"_s));
+        support::permit(_filesDb);
         EXPECT_TRUE(_files.removeImageFileAndMetadataWithFileId(id));
     }
     EXPECT_EQ(_files.exifAuxDataWithFileIdAndFields(other, {u"LensID"_s}), PBArray{u"1"_s});

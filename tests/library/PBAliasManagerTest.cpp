@@ -24,12 +24,6 @@ struct PBAliasManagerTest : LibraryTest {
         EXPECT_TRUE(finishRemovals().empty());
         return rows("select ReservePath from FolderAlias");
     }
-    void refuse(const char* what) {
-        EXPECT_TRUE(db.executeUpdate(
-            u"create trigger T before %1 begin select raise(abort, 'no'); end"_s.arg(
-                QLatin1StringView(what))));
-    }
-    void permit() { EXPECT_TRUE(db.executeUpdate(u"drop trigger if exists T"_s)); }
     qint64 addFolder(const PBAliasObject& root, const QString& relativePath) {
         return catalogue.insertFolderWithAliasId(root.aliasId(), relativePath);
     }
@@ -183,14 +177,14 @@ TEST_F(PBAliasManagerTest, rootsThatTheCatalogueDoesNotLetGoOfOrCannotAllReadSta
     const auto gone = addRoot(u"/gone"_s);
     addZombie(u"/zombie"_s);
     answer(*gone, Outcome::Gone);
-    refuse("delete on FolderAlias");
+    support::refuse(db, u"delete on FolderAlias"_s);
     manager.loadAlias();
     EXPECT_EQ(manager.aliasArray().size(), 0U);
     EXPECT_EQ(finishRemovals().size(), 1U);
     EXPECT_EQ(manager.aliasArray().size(), 2U);
     EXPECT_TRUE(manager.aliasArray()[1]->isZombie()) << "removed in an earlier run";
     EXPECT_EQ(stored(), support::words("/gone /zombie"));
-    permit();
+    support::permit(db);
     ASSERT_TRUE(
         db.executeUpdate(u"alter table FolderAlias rename to Readable"_s) &&
         db.executeUpdate(u"create view FolderAlias as select * from Readable union all select "
@@ -213,7 +207,7 @@ TEST_F(PBAliasManagerTest, aRootRemovedByHandIsBackAsItWasWhereTheCatalogueKeeps
     const auto last = addRoot(u"/Z"_s);
     EXPECT_TRUE(manager.removeAliasObject(inner));
     EXPECT_EQ(rows(states), support::words("0 1 0")) << "kept for the sake of the root around it";
-    refuse("delete on FolderAlias");
+    support::refuse(db, u"delete on FolderAlias"_s);
     for (const bool isAddedAgain : {false, true}) {
         EXPECT_TRUE(manager.removeAliasObject(outer));
         EXPECT_EQ(manager.aliasArray().copy(), (PBAliasArray{last}))
@@ -227,7 +221,7 @@ TEST_F(PBAliasManagerTest, aRootRemovedByHandIsBackAsItWasWhereTheCatalogueKeeps
         EXPECT_EQ(outer->isZombie(), isAddedAgain) << "one folder is one root";
         EXPECT_EQ(rows(states), support::words(isAddedAgain ? "1 1 0 0" : "0 1 0"));
     }
-    permit();
+    support::permit(db);
     makeAbsent(*last);
     EXPECT_TRUE(manager.removeAliasObject(last) && last->isZombie());
     EXPECT_EQ(manager.findAliasObjectById(last->aliasId()), last) << "its disk may come back";
@@ -257,12 +251,12 @@ TEST_F(PBAliasManagerTest, anOpenedRootIsItsOwnFolderAndNotThereInTheNextRun) {
     EXPECT_TRUE(manager.removeAliasObject(inner));
     EXPECT_EQ(stored(), support::words("/A /Z /Z/.h")) << "not kept for an opened one";
 
-    refuse("delete on FolderAlias");
+    support::refuse(db, u"delete on FolderAlias"_s);
     for (const bool isLocked : {true, false}) {
         manager.loadAlias();
         EXPECT_EQ(finishRemovals().size(), isLocked ? 1U : 0U);
         EXPECT_EQ(paths(), support::words("/Z /Z/.h")) << "also where it could not go";
-        permit();
+        support::permit(db);
     }
     EXPECT_EQ(stored(), support::words("/Z /Z/.h"));
     EXPECT_EQ(rows("select FileName from ImageFile"), QStringList());
@@ -284,10 +278,10 @@ TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {
     EXPECT_EQ(rows(sql), moved) << "within the change that is under way";
     ASSERT_TRUE(db.rollback()) << "not committed by the part";
     EXPECT_EQ(rows(sql), before);
-    refuse("update on Folder when new.RelativePath = 'C'");
+    support::refuse(db, u"update on Folder when new.RelativePath = 'C'"_s);
     EXPECT_FALSE(manager.updateFolderByAliasObject(*inner));
     EXPECT_EQ(rows(sql), before) << "all or none";
-    permit();
+    support::permit(db);
     EXPECT_TRUE(manager.updateFolderByAliasObject(*inner));
     EXPECT_TRUE(db.beginTransaction()) << "committed by itself";
     EXPECT_EQ(rows(sql), moved);
@@ -304,12 +298,12 @@ TEST_F(PBAliasManagerTest, aRenewedBookmarkAndAStateAreTakenOnlyWhereTheyAreStor
     ASSERT_TRUE(bookmark);
     const PBAliasResolution found{
         Outcome::Found, place, PBAliasBookmark{bookmark->data(), PBAliasObject::Removable}};
-    refuse("update on FolderAlias");
+    support::refuse(db, u"update on FolderAlias"_s);
     EXPECT_TRUE(manager.aliasDidAnswer(*root, found).empty());
     EXPECT_FALSE(root->isMounted());
     EXPECT_EQ(root->aliasData(), place.toUtf8());
     EXPECT_FALSE(manager.updateState(*root, PBAliasObject::zombieState) || root->isZombie());
-    permit();
+    support::permit(db);
     EXPECT_EQ(manager.aliasDidAnswer(*root, found), (PBAliasArray{root}));
     EXPECT_EQ(rows("select Type,ReservePath from FolderAlias"), QStringList{u"2|"_s + place});
     EXPECT_EQ(root->type(), PBAliasObject::Removable);

@@ -42,12 +42,13 @@ TEST_F(ScanTest, RowsArePublishedAbove100AndNewFilesAbove200OrAfterASecond) {
     changeServices([](ScanServices& changed) { changed.waitsForDisplay = [] { return true; }; });
     scan();
     EXPECT_EQ(publishedCounts(), Counts{202});
-    changeServices([](ScanServices& changed) { changed.waitsForDisplay = {}; });
     EXPECT_GE(figures.firstPublication, 0.0);
 
     // Each look at the clock finds it a quarter of a second later.
-    changeServices(
-        [this](ScanServices& changed) { changed.now = [this] { return now = now + 0.25; }; });
+    changeServices([this](ScanServices& changed) {
+        changed.waitsForDisplay = {};
+        changed.now = [this] { return now = now + 0.25; };
+    });
     for (int i = 0; i < 12; ++i)
         makePicture(u"slow/%1.jpg"_s.arg(i), {2, 2});
     for (const char* when : {"from the disk", "from the catalogue"}) {

@@ -131,8 +131,8 @@ TEST_F(ScanTest, FilesAreReadAheadSixteenAtATime) {
     std::atomic<int> read = 0;
     importers.willRead = [&](const QString&) { ++read; };
     ReadAhead ahead(1, importers);
-    for (const auto& [cores, capacity] : {std::pair(0, 64U), {1, 64U}, {2, 128U}})
-        EXPECT_EQ(ReadAhead(cores, importers).capacity(), capacity);
+    EXPECT_EQ(ReadAhead(0, importers).capacity(), ahead.capacity())
+        << "nobody knows how many cores";
     std::vector<ReadAhead::Reading> readings;
     const auto begin = [&](int number) {
         const QString file = path(u"%1.jpg"_s.arg(number));
