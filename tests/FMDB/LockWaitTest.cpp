@@ -82,7 +82,7 @@ TEST_F(LockWaitTest, anObserverHearsOfTheFilesTroublesAndOfALongWaitWithItsEnd) 
     FMDatabase& db = other;
     observe(db, std::chrono::milliseconds(0));
     ASSERT_TRUE(holder.executeUpdate(u"create table T (V unique)"_s));
-    ASSERT_TRUE(holder.executeUpdate(u"insert into T values (1)"_s));
+    ASSERT_TRUE(db.executeUpdate(u"insert into T values (1)"_s)) << "it knows the table";
     db.setLongestWait(std::chrono::milliseconds(1));
     letsGo = false;
     ASSERT_TRUE(holder.beginTransaction());

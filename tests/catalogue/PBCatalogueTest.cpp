@@ -66,11 +66,9 @@ TEST_P(PBCatalogueTest, rootFolderIsStoredAsNullAndPathsGoOnFromThePlaceOfTheRoo
 }
 
 TEST_P(PBCatalogueTest, imageFilesAreFoundByExactNameAndIdsAreNeverUsedAgain) {
-    using Entry = PBDictionary::value_type;
-    const PBDictionary row{
-        Entry(u"FolderId"_s, 3), Entry(u"FileName"_s, u"A.jpg"_s), Entry(u"Tag"_s, PBNull()),
-        Entry(u"FileSize"_s, qint64(5'000'000'000)),
-        Entry(u"ModificationDate"_s, 1234567890.123456)};
+    PBDictionary row = support::entries(
+        "FolderId=3 FileName=A.jpg FileSize=5000000000 ModificationDate=1234567890.123456");
+    row[u"Tag"_s] = PBNull();
     const qint64 id = _files.insertImageFileWithDictionary(row);
     ASSERT_EQ(id, 1);
     qint64 size = -1;

@@ -24,10 +24,8 @@ struct PBAliasManagerTest : LibraryTest {
         EXPECT_TRUE(finishRemovals().empty());
         return rows("select ReservePath from FolderAlias");
     }
-    qint64 addFolder(const PBAliasObject& root, const QString& relativePath) {
-        return catalogue.insertFolderWithAliasId(root.aliasId(), relativePath);
-    }
-    qint64 addImage(qint64 folderId, const QString& name) {
+    qint64 addImage(const PBAliasObject& root, const QString& below, const QString& name) {
+        const qint64 folderId = catalogue.insertFolderWithAliasId(root.aliasId(), below);
         const auto fileId = catalogue.insertImageFileWithDictionary(
             {{u"FolderId"_s, folderId}, {u"FileName"_s, name}});
         catalogue.insertExifWithImageFileId(fileId, {});
@@ -92,8 +90,8 @@ TEST_F(PBAliasManagerTest, loadingResolvesAndDropsOnlyLocalFoldersThatAreGone) {
     const auto otherDisk = addRoot(u"/data/x"_s);
     const auto lostShare = addRoot(u"/share"_s, PBAliasObject::Network);
     const auto sought = addRoot(u"/sought"_s);
-    addImage(addFolder(*gone, u"sub"_s), u"a.jpg"_s);
-    addImage(addFolder(*moved, {}), u"b.jpg"_s);
+    addImage(*gone, u"sub"_s, u"a.jpg"_s);
+    addImage(*moved, {}, u"b.jpg"_s);
     answer(*gone, Outcome::Gone);
     answer(*moved, Outcome::Found, u"/new"_s);
     answer(*unplugged, Outcome::VolumeAbsent);
@@ -237,7 +235,7 @@ TEST_F(PBAliasManagerTest, anOpenedRootIsItsOwnFolderAndNotThereInTheNextRun) {
     };
     const auto opened = addOpened(a);
     const auto inner = addRoot(ab);
-    addImage(addFolder(*opened, {}), u"x.jpg"_s);
+    addImage(*opened, {}, u"x.jpg"_s);
     EXPECT_EQ(
         ownersOf(support::words("/A /A/x /A/B/x")), support::words("/A| none|untouched /A/B|x"))
         << "what is below was not asked for";
@@ -266,9 +264,9 @@ TEST_F(PBAliasManagerTest, newRootInsideAnotherTakesItsFolderRows) {
     const auto outer = addRoot(a);
     const auto beside = addRoot(u"/A/Bx"_s);
     for (const QString& relativePath : {QString(), u"B"_s, u"B/C"_s, u"Bx"_s, u"b"_s})
-        addFolder(*outer, relativePath);
-    addFolder(*beside, {});
-    const auto image = addImage(addFolder(*outer, u"B/C/D"_s), u"i"_s);
+        catalogue.insertFolderWithAliasId(outer->aliasId(), relativePath);
+    catalogue.insertFolderWithAliasId(beside->aliasId(), {});
+    const auto image = addImage(*outer, u"B/C/D"_s, u"i"_s);
     const auto inner = PBAliasObject::aliasObjectWithId(77, "n", QUrl::fromLocalFile(ab), ab, 0, 0);
     const char* sql = "select AliasId,RelativePath from Folder order by Id";
     const QStringList before = rows(sql);
