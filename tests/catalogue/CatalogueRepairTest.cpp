@@ -40,6 +40,12 @@ TEST(CatalogueRepairTest, whicheverPageIsDamagedIsFoundAndAllElseIsSaved) {
     using CatalogueCheck::Depth;
     for (const Depth depth : {Depth::Rows, Depth::Whole})
         EXPECT_EQ(damageOf(sound, depth), QString());
+    // A copy that can't be written leaves nothing.
+    EXPECT_EQ(CatalogueRepair::copyReadable(sound, folder.filePath(u"no/copy.db"_s)), std::nullopt);
+    EXPECT_EQ(
+        CatalogueRepair::copyReadable(folder.filePath(u"none/files.db"_s), sound + u'2'),
+        std::nullopt);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{u"files.db"_s});
     const QStringList all = support::rowsOf(sound, marks);
     ASSERT_EQ(all.size(), photographs - 1);
     const QByteArray bytes = support::readFile(sound);
@@ -63,9 +69,7 @@ TEST(CatalogueRepairTest, whicheverPageIsDamagedIsFoundAndAllElseIsSaved) {
         ASSERT_TRUE(saved);
         const QStringList rows = support::rowsOf(copy, marks);
         EXPECT_EQ(*saved, rows.size());
-        const QSet<QString> known(all.begin(), all.end());
-        EXPECT_TRUE(
-            std::ranges::all_of(rows, [&](const auto& row) { return known.contains(row); }));
+        EXPECT_TRUE(std::ranges::includes(support::sorted(all), support::sorted(rows)));
         // A leaf holds some two hundred and fifty photographs.
         if (rows.size() > photographs - 300) ++savedMost;
         EXPECT_EQ(damageOf(copy, Depth::Whole), QString());
@@ -80,15 +84,4 @@ TEST(CatalogueRepairTest, whicheverPageIsDamagedIsFoundAndAllElseIsSaved) {
     // show.
     EXPECT_GE(savedMost, found - 6);
     EXPECT_GE(countersKept, savedMost - 1);
-}
-
-TEST(CatalogueRepairTest, aCopyThatCantBeWrittenLeavesNothing) {
-    const QTemporaryDir folder;
-    const QString sound = folder.filePath(u"files.db"_s);
-    makeCatalogue(sound);
-    EXPECT_EQ(CatalogueRepair::copyReadable(sound, folder.filePath(u"no/copy.db"_s)), std::nullopt);
-    EXPECT_EQ(
-        CatalogueRepair::copyReadable(folder.filePath(u"none/files.db"_s), sound + u'2'),
-        std::nullopt);
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{u"files.db"_s});
 }

@@ -5,11 +5,8 @@ using marks::FileState;
 namespace {
 
 const marks::MarksChange fourStars{.stars = 4, .flag = {}, .tags = {}, .rotation = {}};
-const marks::MarksChange all{
-    .stars = 5,
-    .flag = true,
-    .tags = QStringList{u"Lisbon"_s, u"night, \"late\""_s},
-    .rotation = 90};
+const QStringList places{u"Lisbon"_s, u"night, \"late\""_s};
+const marks::MarksChange all{.stars = 5, .flag = true, .tags = places, .rotation = 90};
 
 void copy(const QString& from, const QString& to) {
     QFile::remove(to);

@@ -28,8 +28,7 @@ struct MarksTest : testing::Test {
         both.reset();
         EXPECT_EQ(marks::settleLedger(marksPath, snapshots), QString());
         support::Database files(filesPath);
-        EXPECT_TRUE(PBCatalogue(files).checkTables_FilesDb());
-        files.close();
+        EXPECT_TRUE(PBCatalogue(files).checkTables_FilesDb() && files.close());
         both = marks::MarksLedger::connect(filesPath, marksPath);
         ASSERT_NE(both, nullptr);
         EXPECT_TRUE(both->executeUpdate(u"pragma synchronous = off"_s));
@@ -38,8 +37,7 @@ struct MarksTest : testing::Test {
     qint64 addPhotograph(const QString& name, int orientation = 0) {
         PBCatalogue catalogue(*both);
         if (folderId == 0) {
-            const qint64 root =
-                catalogue.insertFolderAliasWithData("bookmark", 0, u"/pictures"_s, qint64(0));
+            const auto root = catalogue.insertFolderAliasWithData("b", 0, u"/pictures"_s, 0);
             folderId = catalogue.insertFolderWithAliasId(root, u"trip"_s);
             roots.insert(root, u"/pictures"_s);
         }

@@ -66,11 +66,9 @@ TEST_P(PBCatalogueTest, rootFolderIsStoredAsNullAndPathsGoOnFromThePlaceOfTheRoo
 }
 
 TEST_P(PBCatalogueTest, imageFilesAreFoundByExactNameAndIdsAreNeverUsedAgain) {
-    using Entry = PBDictionary::value_type;
-    const PBDictionary row{
-        Entry(u"FolderId"_s, 3), Entry(u"FileName"_s, u"A.jpg"_s), Entry(u"Tag"_s, PBNull()),
-        Entry(u"FileSize"_s, qint64(5'000'000'000)),
-        Entry(u"ModificationDate"_s, 1234567890.123456)};
+    PBDictionary row = support::entries(
+        "FolderId=3 FileName=A.jpg FileSize=5000000000 ModificationDate=1234567890.123456");
+    row[u"Tag"_s] = PBNull();
     const qint64 id = _files.insertImageFileWithDictionary(row);
     ASSERT_EQ(id, 1);
     qint64 size = -1;
@@ -122,13 +120,11 @@ TEST_P(PBCatalogueTest, imageIsRemovedFromEveryTableThatLetsItAndOthersStay) {
     const QStringList tables = u"ImageFile Exif ExifAux Tiff IPTC GPS"_s.split(u' ');
     for (const QString& refusing : tables) {
         const qint64 id = insert();
-        ASSERT_TRUE(_filesDb.executeUpdate(
-            u"create trigger Refuse before delete on %1 begin select raise(fail, ''); end"_s.arg(
-                refusing)));
+        support::refuse(_filesDb, u"delete on "_s + refusing);
         EXPECT_FALSE(_files.removeImageFileAndMetadataWithFileId(id));
         for (const QString& table : tables)
             EXPECT_EQ(countOf(table), table == refusing ? 2 : 1) << table.toStdString();
-        ASSERT_TRUE(_filesDb.executeUpdate(u"drop trigger Refuse"_s));
+        support::permit(_filesDb);
         EXPECT_TRUE(_files.removeImageFileAndMetadataWithFileId(id));
     }
     EXPECT_EQ(_files.exifAuxDataWithFileIdAndFields(other, {u"LensID"_s}), PBArray{u"1"_s});

@@ -96,6 +96,10 @@ struct LibraryTest : testing::Test {
         QDir().mkpath(path(below));
         return path(below);
     }
+    void makeAll(const char* below) {
+        for (const QString& folder : support::words(below))
+            make(folder);
+    }
     QString path(QStringView below) const { return _folder.path() + u'/' + below.toString(); }
 
     support::Database db;

@@ -48,8 +48,7 @@ TEST_F(PBSourceTreeTest, childrenAreFoldersOnlyInNaturalOrderAndNoLinksToThem) {
 }
 
 TEST_F(PBSourceTreeTest, refreshKeepsTheItemsThatAreStillThere) {
-    make(u"A/one/deep");
-    make(u"A/two");
+    makeAll("A/one/deep A/two");
     const auto item = itemOf(path(u"A"));
     EXPECT_FALSE(item->refreshSelfChilden()) << "never loaded, nothing to refresh";
     static_cast<void>(item->children());
@@ -66,8 +65,7 @@ TEST_F(PBSourceTreeTest, refreshKeepsTheItemsThatAreStillThere) {
     EXPECT_FALSE(item->childFolderWithFolderName(u"three"_s, false)->isLoaded());
 
     // Only what is at or below the path is listed again.
-    make(u"A/one/deep/deeper");
-    make(u"A/four");
+    makeAll("A/one/deep/deeper A/four");
     static_cast<void>(one->childFolderWithFolderName(u"deep"_s, false)->children());
     QDir().rmdir(path(u"A/one/deep/deeper"));
     EXPECT_FALSE(tree.refreshChilden(path(u"elsewhere"), true));
@@ -83,8 +81,7 @@ TEST_F(PBSourceTreeTest, refreshKeepsTheItemsThatAreStillThere) {
 }
 
 TEST_F(PBSourceTreeTest, spellingsThatDifferInCaseAreFoldersOfTheirOwn) {
-    make(u"A/Trip/deep");
-    make(u"A/trip");
+    makeAll("A/Trip/deep A/trip");
     const auto item = itemOf(path(u"A"));
     static_cast<void>(item->children());
     const auto upper = item->childFolderWithFolderName(u"Trip"_s, false);
@@ -106,8 +103,7 @@ TEST_F(PBSourceTreeTest, spellingsThatDifferInCaseAreFoldersOfTheirOwn) {
 }
 
 TEST_F(PBSourceTreeTest, slowDiskBringsChildrenLater) {
-    make(u"A/one");
-    make(u"A/two");
+    makeAll("A/one A/two");
     const auto item = itemOf(path(u"A"));
     QStringList arrived;
     QObject::connect(
@@ -138,9 +134,7 @@ TEST_F(PBSourceTreeTest, categoriesShowTheRootsThatAreNoZombies) {
     QObject::connect(&tree, &PBSourceTreeDataSource::itemsDidChange, &tree, [&] { ++changes; });
     tree.reloadCategoryItem();
     EXPECT_TRUE(tree.hasFolderAliasItem());
-    const QString local = platform::localizedString(u"LocalDisks");
-    const QString removable = platform::localizedString(u"RemovableDisks");
-    EXPECT_EQ(shown(), (QStringList{local + u":one"_s, removable + u":stick"_s}));
+    EXPECT_EQ(shown(), (QStringList{u"On This Computer:one"_s, u"Removable Disks:stick"_s}));
     const auto item = tree.folderAliasItemWithAliasObject(*one);
     static_cast<void>(item->children());
     tree.reloadCategoryItem();
@@ -152,8 +146,7 @@ TEST_F(PBSourceTreeTest, categoriesShowTheRootsThatAreNoZombies) {
     EXPECT_EQ(changes, 4);
     tree.setContextMenuItem(item);
     EXPECT_EQ(changes, 5);
-    const QString network = platform::localizedString(u"NetworkDisks");
-    EXPECT_EQ(shown(), (QStringList{network + u":share"_s, removable + u":stick"_s}));
+    EXPECT_EQ(shown(), (QStringList{u"Network:share"_s, u"Removable Disks:stick"_s}));
 }
 
 TEST_F(PBSourceTreeTest, foldersOfZombiesAreFoundInTheRootAround) {

@@ -6,36 +6,19 @@ namespace {
 
 using support::words;
 
-struct Note final : PBScanAttachOperation {
-    Note(QStringList& notes, QString name) : _notes(notes), _name(std::move(name)) {}
-    void runWithOwnerNSOperation(platform::Operation&, bool isLast) override {
-        _notes.append(isLast ? _name + u" last"_s : _name);
+struct Work final : PBScanAttachOperation {
+    using Function = std::function<void(platform::Operation& owner, bool isLast)>;
+
+    explicit Work(Function function) : _function(std::move(function)) {}
+    void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override {
+        _function(owner, isLast);
     }
 
 private:
-    QStringList& _notes;
-    const QString _name;
-};
-
-struct Action final : PBScanAttachOperation {
-    explicit Action(std::function<void()> action) : _action(std::move(action)) {}
-    void runWithOwnerNSOperation(platform::Operation&, bool) override { _action(); }
-
-private:
-    const std::function<void()> _action;
+    const Function _function;
 };
 
 struct AttachTest : ScanTest {
-    /// Attaches work for an item of the work tree, which has one leaf at the top.
-    template <typename Operation>
-    void attach(const char16_t* name) const {
-        const PBGroupItem& leaf = *workTree->front();
-        std::shared_ptr<PBGroupItem> node = PBGroupItem::groupItemWithParent(nullptr, leaf.data());
-        for (const auto& item : leaf.imageFiles())
-            if (item->fileName() == name) node->sortAddImageFileItem(item, 0, false);
-        const std::vector<PBGroupItemChain> chains{{node}};
-        factory->attach(std::make_shared<Operation>(dictionary(), chains));
-    }
     /// The item has other marks, and so has its row.
     void edit(const char16_t* name) {
         PBUpdateFileItemOperation::Edited edited;
@@ -47,6 +30,13 @@ struct AttachTest : ScanTest {
     PBScanDictionaryRef dictionary() const {
         return factory->makeDictionary(root, {}, workTree, browsing);
     }
+    /// A look into the folder, as at what a watcher saw.
+    std::shared_ptr<PBScanAttachOperation> rescan(const QString& relativePath = {}) const {
+        const auto looking = factory->makeDictionary(root, relativePath, workTree, browsing);
+        looking->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
+        looking->IsAttached = true;
+        return std::make_shared<PBScanFolderAttachOperation>(looking);
+    }
     void groupBy(int type) {
         browsing.groupTypeArray = std::make_shared<const std::vector<int>>(1, type);
     }
@@ -54,38 +44,28 @@ struct AttachTest : ScanTest {
 
 } // namespace
 
-TEST_F(AttachTest, AttachedWorkRunsWithoutAScanAndInOrderWithin) {
+TEST_F(AttachTest, AttachedWorkRunsInOrderWithinAScanOrWithoutAndIsLostWithACancelledOwner) {
     QStringList notes;
-    factory->attach(std::make_shared<Note>(notes, u"alone"_s));
-    scanQueue.waitUntilAllOperationsAreFinished();
-    EXPECT_EQ(notes, QStringList{u"alone last"_s});
-
-    notes.clear();
+    const auto note = [&](const QString& name) {
+        return std::make_shared<Work>(
+            [&notes, name](auto&, bool isLast) { notes += isLast ? name + u" last"_s : name; });
+    };
+    factory->attach(note(u"alone"_s));
+    waitForQueues();
     makePicture(u"a.jpg"_s);
     const auto mailbox = dictionary()->AttachOperationArray;
-    importers.willRead = [&, mailbox](const QString&) {
+    importers.willRead = [&](const QString&) {
         for (const QString& name : words("1 2 3"))
-            mailbox->add(std::make_shared<Note>(notes, name));
+            mailbox->add(note(name));
     };
     scan();
-    EXPECT_EQ(notes.join(u' '), u"1 2 3 last"_s);
     EXPECT_EQ(shown(), words("a.jpg"));
-}
-
-TEST_F(AttachTest, WhatACancelledOwnerTookOutIsLostAndTheRestStays) {
-    QStringList notes;
-    class Cancel final : public PBScanAttachOperation {
-        void runWithOwnerNSOperation(platform::Operation& owner, bool) override { owner.cancel(); }
-    };
-    const auto array = std::make_shared<PBAttachOperationArray>();
-    array->add(std::make_shared<Cancel>());
+    mailbox->add(std::make_shared<Work>([](auto& owner, bool) { owner.cancel(); }));
     for (const QString& name : words("lost next")) {
-        array->add(std::make_shared<Note>(notes, name));
-        scanQueue.addOperation(
-            PBCheckScanAttachOperationOperation::checkScanAttachOperation(array));
+        factory->attach(note(name));
         waitForQueues();
     }
-    EXPECT_EQ(notes, QStringList{u"next last"_s});
+    EXPECT_EQ(notes.join(u','), u"alone last,1,2,3 last,next last"_s);
 }
 
 TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
@@ -102,7 +82,6 @@ TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
     edit(u"a.jpg");
     edit(u"b.jpg");
     edit(u"c.jpg");
-    scanQueue.setSuspended(false);
     waitForQueues();
     EXPECT_EQ(shown(), words("b.jpg"));
     EXPECT_EQ(publishedCounts().size(), before + 1);
@@ -110,14 +89,13 @@ TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
 
     // In one drain with a look at the disk, which finds nothing to show.
     int dropped = 0;
-    const auto rescan = factory->makeDictionary(root, {}, workTree, browsing);
-    rescan->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
-    const auto nothingFound = std::make_shared<PBScanFolderAttachOperation>(rescan);
-    const auto array = dictionary()->AttachOperationArray;
+    const auto last = lastPublication();
+    const std::shared_ptr<const PBGroupItem> leaf(last, last->groupItemArray.front().get());
+    const std::vector<PBGroupItemChain> chains(1, {leaf});
     scanQueue.setSuspended(true);
-    attach<PBRemoveFileItemOperation>(u"b.jpg");
-    attachScanOperation(array, scanQueue, nothingFound, [&] { ++dropped; });
-    scanQueue.setSuspended(false);
+    factory->attach(std::make_shared<PBRemoveFileItemOperation>(dictionary(), chains));
+    attachScanOperation(
+        dictionary()->AttachOperationArray, scanQueue, rescan(), [&] { ++dropped; });
     waitForQueues();
     EXPECT_EQ(dropped, 0) << "nothing comes in the place of what waits";
     EXPECT_TRUE(workTree->empty()) << "an emptied group goes";
@@ -151,7 +129,6 @@ TEST_F(AttachTest, APlaceThatIsFoundTakesItsPhotographsFromTheUnknownOnesOnce) {
     edit(u"a.jpg");
     edit(u"a.jpg");
     factory->attach(std::make_shared<PBRegroupPlacesOperation>(dictionary()));
-    scanQueue.setSuspended(false);
     waitForQueues();
     EXPECT_EQ(shown(), words("a.jpg b.jpg c.jpg"));
     ASSERT_EQ(workTree->size(), 2U);
@@ -169,8 +146,7 @@ TEST_F(AttachTest, APlaceThatIsFoundTakesItsPhotographsFromTheUnknownOnesOnce) {
 TEST_F(AttachTest, EditedItemsKeepTheGroupsThatTheirRowsTell) {
     makePicture(u"a.jpg"_s);
     scan();
-    ASSERT_TRUE(files.executeUpdate(
-        u"update ImageFile set ImageDPI = 300, ColorModel = 'RGB', Tag = '3'"_s));
+    execute(u"update ImageFile set ImageDPI = 300, ColorModel = 'RGB', Tag = '3'"_s);
     using namespace group;
     for (const auto& [type, value] :
          {std::pair(Resolution, PBValue(300)),
@@ -201,10 +177,9 @@ TEST_F(AttachTest, APhotographThatTheUserRenamesWhileItIsLookedForStaysWhatItIs)
     execute(u"update ImageFile set FileName = 'b.jpg'"_s);
     watch(true);
     EXPECT_EQ(shown(), QStringList());
-    factory->attach(std::make_shared<PBUpdateFileItemOperation>(
-        dictionary(),
-        PBUpdateFileItemOperation::Edited{
-            .fileIds = {id}, .items = {}, .moves = false, .areRenamed = true, .readAgain = {}}));
+    const PBUpdateFileItemOperation::Edited renamed{
+        .fileIds = {id}, .items = {}, .moves = false, .areRenamed = true, .readAgain = {}};
+    factory->attach(std::make_shared<PBUpdateFileItemOperation>(dictionary(), renamed));
     waitForQueues();
     EXPECT_EQ(shown(), words("b.jpg"));
     EXPECT_EQ(rows(u"select Id from ImageFile"_s), QStringList(QString::number(id)));
@@ -215,49 +190,27 @@ TEST_F(AttachTest, ARenameThatIsOnItsWayGivesNoFileASecondRow) {
     makePicture(u"a.jpg"_s);
     scan();
     const QStringList ids = rows(u"select Id from ImageFile"_s);
-    const auto rename = [&](const QString& from, const QString& to, bool isStoredMeanwhile) {
-        const auto store = [&] { execute(u"update ImageFile set FileName = '%1'"_s.arg(to)); };
-        QFile::rename(path(from), path(to));
+    using Step = std::function<void()>;
+    const auto atOnce = [](const Step& step) { step(); };
+    const auto whileRowsChange = [&](const Step& step) { factory->whileRowsChange(step); };
+    const auto rename = [&](const char* from, const char* to, auto&& looking, auto&& storing) {
+        const QString name = QLatin1StringView(to);
+        QFile::rename(path(QLatin1StringView(from)), path(name));
         importers.willRead = [&](const QString&) {
-            if (isStoredMeanwhile) return store();
-            factory->whileRowsChange(store);
+            storing([&] { execute(u"update ImageFile set FileName = '%1'"_s.arg(name)); });
         };
-        const auto look = [&] { watch(false, {{path({}), false}}); };
-        if (isStoredMeanwhile) {
-            factory->whileRowsChange(look);
-        } else {
-            look();
-        }
-        EXPECT_EQ(rows(u"select Id from ImageFile"_s), ids) << isStoredMeanwhile;
+        looking([&] { watch(false, {{path({}), false}}); });
+        EXPECT_EQ(rows(u"select Id from ImageFile"_s), ids) << to;
     };
-    rename(u"a.jpg"_s, u"b.jpg"_s, true);
-    rename(u"b.jpg"_s, u"c.jpg"_s, false);
-}
-
-/// The watcher tells of a file while the scan has it in hand.
-TEST_F(AttachTest, AFileThatAttachedWorkStoresMeanwhileIsStoredOnce) {
-    makePictures("a.jpg b.jpg c.jpg");
-    scanQueue.setSuspended(true);
-    startScan();
-    const auto rescan = factory->makeDictionary(root, {}, workTree, browsing);
-    rescan->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
-    bool isAttached = false;
-    importers.willRead = [&](const QString&) {
-        if (std::exchange(isAttached, true)) return;
-        rescan->AttachOperationArray->add(std::make_shared<PBScanFolderAttachOperation>(rescan));
-    };
-    scanQueue.setSuspended(false);
-    waitForQueues();
-    EXPECT_EQ(images(), words("a.jpg b.jpg c.jpg"));
-    EXPECT_EQ(shown(), images());
-    EXPECT_EQ(figures.rowsInserted, 3U);
+    rename("a.jpg", "b.jpg", whileRowsChange, atOnce);
+    rename("b.jpg", "c.jpg", atOnce, whileRowsChange);
 }
 
 /// The watcher tells of it while the scan has files in hand, or has stored them and not shown them.
-TEST_F(AttachTest, WhatGoesDuringAScanLeavesNoRowsAndWhatComesAgainHasThemOnce) {
-    enum What { File, Folder, FolderThatComesAgain };
-    for (int round = 0; round < 6; ++round) {
-        const What what = std::array{File, Folder, FolderThatComesAgain}.at(round % 3);
+TEST_F(AttachTest, WhatGoesDuringAScanLeavesNoRowsAndWhatStaysOrComesAgainHasThemOnce) {
+    enum What { File, Folder, FolderThatComesAgain, Nothing };
+    for (int round = 0; round < 8; ++round) {
+        const auto what = static_cast<What>(round % 4);
         makePicture(u"1/a.jpg"_s);
         scan();
         makePictures("1/b.jpg 1/c.jpg 1/d.jpg");
@@ -265,22 +218,21 @@ TEST_F(AttachTest, WhatGoesDuringAScanLeavesNoRowsAndWhatComesAgainHasThemOnce) 
         startScan();
         const auto check = std::make_shared<PBCheckFileItemExistAttachOperation>(
             dictionary(), QStringList(), false);
-        const auto rescan = factory->makeDictionary(root, u"1"_s, workTree, browsing);
-        rescan->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
+        const auto mailbox = dictionary()->AttachOperationArray;
+        const auto look = rescan(u"1"_s);
         const QString away = temporary.filePath(u"away"_s);
         QStringList read;
         importers.willRead = [&](const QString& file) {
             read.append(file);
-            if (read.size() != 2 + round / 3) return;
+            if (read.size() != 2 + round / 4) return;
+            if (what == Nothing) return mailbox->add(look);
             QFile::rename(what == File ? read.constFirst() : path(u"1"_s), away);
-            const auto mailbox = rescan->AttachOperationArray;
             mailbox->add(check);
             if (what != FolderThatComesAgain) return;
-            mailbox->add(
-                std::make_shared<Action>([this, away] { QFile::rename(away, path(u"1"_s)); }));
-            mailbox->add(std::make_shared<PBScanFolderAttachOperation>(rescan));
+            mailbox->add(std::make_shared<Work>(
+                [this, away](auto&, bool) { QFile::rename(away, path(u"1"_s)); }));
+            mailbox->add(look);
         };
-        scanQueue.setSuspended(false);
         waitForQueues();
         importers.willRead = {};
         expectConsistentCatalogue();
@@ -317,15 +269,12 @@ TEST_F(AttachTest, AFolderThatComesAgainBeforeItsRowsGoKeepsWhatWasFoundInIt) {
     });
     scanQueue.setSuspended(true);
     startScan();
-    const auto rescan = factory->makeDictionary(root, u"1"_s, workTree, browsing);
-    rescan->ImageFilePropertyArray = std::make_shared<std::vector<FileProperty>>();
-    rescan->IsAttached = true;
-    midway = [&] {
+    const auto mailbox = dictionary()->AttachOperationArray;
+    midway = [&, look = rescan(u"1"_s)] {
         QFile::rename(away, path(u"1"_s));
         makePicture(u"1/new.jpg"_s);
-        rescan->AttachOperationArray->add(std::make_shared<PBScanFolderAttachOperation>(rescan));
+        mailbox->add(look);
     };
-    scanQueue.setSuspended(false);
     waitForQueues();
     expectConsistentCatalogue();
     EXPECT_EQ(images(), support::sorted(all));
@@ -339,10 +288,7 @@ TEST_F(AttachTest, NewFilesOfAFolderThatIsStillToBeVisitedAreShownOnce) {
     makePicture(u"1/new.jpg"_s);
     scanQueue.setSuspended(true);
     startScan();
-    WatchedChanges changes;
-    changes.rescans = {{path(u"1"_s), false}};
-    factory->attachChanges(changes, workTree, browsing);
-    scanQueue.setSuspended(false);
+    tell(false, {{path(u"1"_s), false}});
     waitForQueues();
     EXPECT_EQ(shown(), words("a.jpg b.jpg new.jpg"));
 }
@@ -383,23 +329,17 @@ TEST_F(AttachTest, ChecksThatWaitForOneTreeWalkItOnce) {
     scan();
     scanQueue.setSuspended(true);
     const auto mailbox = dictionary()->AttachOperationArray;
-    const auto check = [&](const QStringList& rewritten, bool onlyRewritten) {
-        factory->attach(std::make_shared<PBCheckFileItemExistAttachOperation>(
-            dictionary(), rewritten, onlyRewritten));
-    };
-    check({}, true);
-    check({path(u"a.jpg"_s)}, true);
-    check({}, false);
+    tell(false, {}, {path(u"none.jpg"_s)});
+    tell(true, {}, {path(u"a.jpg"_s)});
     auto otherTree = std::make_shared<PBGroupItemArray>();
     std::swap(workTree, otherTree);
-    check({}, false);
+    tell(true);
     std::swap(workTree, otherTree);
     makePicture(u"a.jpg"_s, {80, 60});
     QFile::remove(path(u"b.jpg"_s));
     const std::uint64_t before = mailbox->takenCount();
-    scanQueue.setSuspended(false);
     waitForQueues();
-    EXPECT_EQ(mailbox->takenCount() - before, 2U);
+    EXPECT_EQ(mailbox->takenCount() - before, 4U) << "with two ends of rewriting";
     EXPECT_EQ(images(), QStringList()) << "what each of them was to look at";
 }
 

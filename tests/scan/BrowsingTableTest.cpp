@@ -50,12 +50,8 @@ TEST_F(ScanTest, WhatIsShownFollowsFromFilterSearchSortRecursionAndSelection) {
     for (Picture& picture : pictures) {
         const QString name = QString::fromLatin1(picture.path);
         makePicture(name, {picture.width, 1});
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-        ASSERT_TRUE(file.seek(1000 + picture.stars * 100 + picture.width) && file.putChar(0));
-        ASSERT_TRUE(file.flush());
-        ASSERT_TRUE(file.setFileTime(moment(picture.modified), QFileDevice::FileModificationTime));
-        picture.fileSize = file.size();
+        picture.fileSize = 1000 + picture.stars * 100 + picture.width;
+        alter(name, picture.fileSize, moment(picture.modified));
         const QString taken = moment(picture.taken).toString(u"yyyy:MM:dd HH:mm:ss"_s);
         if (picture.taken != 0)
             importers.properties[picture.name()] = {

@@ -42,12 +42,13 @@ TEST_F(ScanTest, RowsArePublishedAbove100AndNewFilesAbove200OrAfterASecond) {
     changeServices([](ScanServices& changed) { changed.waitsForDisplay = [] { return true; }; });
     scan();
     EXPECT_EQ(publishedCounts(), Counts{202});
-    changeServices([](ScanServices& changed) { changed.waitsForDisplay = {}; });
     EXPECT_GE(figures.firstPublication, 0.0);
 
     // Each look at the clock finds it a quarter of a second later.
-    changeServices(
-        [this](ScanServices& changed) { changed.now = [this] { return now = now + 0.25; }; });
+    changeServices([this](ScanServices& changed) {
+        changed.waitsForDisplay = {};
+        changed.now = [this] { return now = now + 0.25; };
+    });
     for (int i = 0; i < 12; ++i)
         makePicture(u"slow/%1.jpg"_s.arg(i), {2, 2});
     for (const char* when : {"from the disk", "from the catalogue"}) {
@@ -187,13 +188,11 @@ TEST_F(ScanTest, WhateverMomentAScanIsCancelledAtTheCatalogueIsConsistent) {
         }
         readsLeft = static_cast<int>(random() % 12);
         startScan(random() % 3 == 0 ? u"1"_s : QString());
-        if (round % 5 == 2) {
-            // What the watcher does, into the midst of it.
-            WatchedChanges changes;
-            changes.checkExist = random() % 2 == 0;
-            changes.rescans = {{path(QString::number(random() % folders)), random() % 2 == 0}};
-            factory->attachChanges(changes, workTree, browsing);
-        }
+        // What the watcher does, into the midst of it.
+        if (round % 5 == 2)
+            tell(
+                random() % 2 == 0,
+                {{path(QString::number(random() % folders)), random() % 2 == 0}});
         if (round % 2 == 1) {
             // Another folder is selected, at any moment.
             while (figures.items < random() % 50 && scanQueue.operationCount() != 0)

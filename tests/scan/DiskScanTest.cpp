@@ -76,18 +76,10 @@ TEST_F(ScanTest, ASecondVisitTakesExactlyWhatChanged) {
     EXPECT_EQ(figures.items, 7U) << "of the present scan";
     EXPECT_EQ(figures.folders, 6U) << "three in the catalogue, three on disk";
 
-    constexpr auto modification = QFileDevice::FileModificationTime;
-    {
-        QFile file(path(u"touched.jpg"_s));
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-        ASSERT_TRUE(
-            file.setFileTime(QDateTime::fromMSecsSinceEpoch(1'600'000'000'001), modification));
-        // Longer by a byte, of the same date.
-        QFile grown(path(u"grown.jpg"_s));
-        ASSERT_TRUE(grown.open(QIODevice::Append));
-        const QDateTime date = grown.fileTime(modification);
-        ASSERT_TRUE(grown.putChar(0) && grown.flush() && grown.setFileTime(date, modification));
-    }
+    const QFileInfo touchedFile(path(u"touched.jpg"_s));
+    alter(u"touched.jpg"_s, touchedFile.size(), touchedFile.lastModified().addMSecs(1));
+    const QFileInfo grownFile(path(u"grown.jpg"_s));
+    alter(u"grown.jpg"_s, grownFile.size() + 1, grownFile.lastModified());
     QFile::rename(path(u"renamed.jpg"_s), path(u"new.jpg"_s));
     QFile::remove(path(u"gone.jpg"_s));
     QDir(path(u"removed"_s)).removeRecursively();
@@ -139,8 +131,8 @@ TEST_F(ScanTest, FilesAreReadAheadSixteenAtATime) {
     std::atomic<int> read = 0;
     importers.willRead = [&](const QString&) { ++read; };
     ReadAhead ahead(1, importers);
-    for (const auto& [cores, capacity] : {std::pair(0, 64U), {1, 64U}, {2, 128U}})
-        EXPECT_EQ(ReadAhead(cores, importers).capacity(), capacity);
+    EXPECT_EQ(ReadAhead(0, importers).capacity(), ahead.capacity())
+        << "nobody knows how many cores";
     std::vector<ReadAhead::Reading> readings;
     const auto begin = [&](int number) {
         const QString file = path(u"%1.jpg"_s.arg(number));

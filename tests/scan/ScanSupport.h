@@ -28,12 +28,9 @@ struct ToolkitImporters final : PBImageImporterManager {
             if (_owner.cannotRead && _owner.cannotRead(_path, stop)) return {};
             return codec::PictureProperties::of(propertiesAtIndex(index));
         }
-        QImage createImageWithMaxSize(unsigned maxSize, std::size_t, std::stop_token) override {
+        QImage createImageWithMaxSize(unsigned, std::size_t, std::stop_token) override {
             ++_owner.decoded;
-            const QImage image(_path);
-            if (image.isNull() || maxSize == 0) return image;
-            const int side = static_cast<int>(maxSize);
-            return image.scaled(side, side, Qt::KeepAspectRatio);
+            return QImage(_path); // the tests' pictures are small
         }
         std::size_t imageCount() override { return 1; }
         QString utiType() override { return {}; }
@@ -71,12 +68,7 @@ struct ScanTest : testing::Test {
         browsing.groupTypeArray = std::make_shared<const std::vector<int>>();
         root = addRoot({});
     }
-    ~ScanTest() override {
-        scanQueue.cancelAllOperations();
-        scanQueue.waitUntilAllOperationsAreFinished();
-        buildQueue.cancelAllOperations();
-        buildQueue.waitUntilAllOperationsAreFinished();
-    }
+    ~ScanTest() override { endQueues(); }
 
     /// Paths below the folder of pictures. A picture's content follows from its size.
     void makePicture(const QString& name, QSize size = {8, 6}) const {
@@ -85,6 +77,12 @@ struct ScanTest : testing::Test {
     void makePictures(const char* names) const {
         for (const QString& name : support::words(names))
             makePicture(name);
+    }
+    /// The file gets so many bytes and this date.
+    void alter(const QString& name, qint64 size, const QDateTime& modified) const {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.resize(size));
+        ASSERT_TRUE(file.setFileTime(modified, QFileDevice::FileModificationTime));
     }
     QString path(const QString& name) const {
         const QString pictures = temporary.filePath(u"pictures"_s);
@@ -107,8 +105,7 @@ struct ScanTest : testing::Test {
         waitForQueues();
     }
     void startScan(const QString& relativePath = {}) {
-        buildQueue.cancelAllOperations();
-        scanQueue.cancelAllOperations();
+        cancelQueues();
         workTree = std::make_shared<PBGroupItemArray>();
         {
             const platform::Lock lock(_mutex);
@@ -116,18 +113,31 @@ struct ScanTest : testing::Test {
         }
         factory->startScan(root, relativePath, workTree, browsing);
     }
+    void cancelQueues() {
+        scanQueue.cancelAllOperations();
+        buildQueue.cancelAllOperations();
+    }
+    void endQueues() {
+        cancelQueues();
+        waitForQueues();
+    }
     void waitForQueues() {
+        scanQueue.setSuspended(false);
         scanQueue.waitUntilAllOperationsAreFinished();
         buildQueue.waitUntilAllOperationsAreFinished();
     }
-    /// Has what a watcher saw looked at, and waits for the end of that.
-    void
-    watch(bool checkExist, std::vector<FolderRescan> rescans = {}, QStringList rewritten = {}) {
+    /// Has what a watcher saw looked at.
+    void tell(bool checkExist, std::vector<FolderRescan> rescans = {}, QStringList rewritten = {}) {
         WatchedChanges changes;
         changes.checkExist = checkExist;
         changes.rescans = std::move(rescans);
         changes.rewrittenFiles = std::move(rewritten);
         factory->attachChanges(changes, workTree, browsing);
+    }
+    /// The same, and waits for the end of that.
+    void
+    watch(bool checkExist, std::vector<FolderRescan> rescans = {}, QStringList rewritten = {}) {
+        tell(checkExist, std::move(rescans), std::move(rewritten));
         waitForQueues();
     }
     /// The names of the images in the last publication, in the order of the tree.
@@ -204,8 +214,6 @@ struct ScanTest : testing::Test {
                 _publications.push_back(std::move(publication));
             },
         .scanFinished = [this](const auto& /*workTree*/) { ++finished; },
-        .isBeingWritten = {},
-        .leftOutForItsName = {},
         .now = [this] { return now.load(); },
         .figures = figures}};
     std::unique_ptr<ScanFactory> factory = makeFactory();

@@ -31,6 +31,15 @@ inline QStringList rowsOf(const QString& path, const QString& sql) {
     return db.open() ? rowsOf(db, sql) : QStringList();
 }
 
+/// Statements such as "delete on Folder" fail until they are permitted again.
+inline void refuse(FMDatabase& db, const QString& statements) {
+    const QString sql = u"create trigger Refusal before %1 begin select raise(abort, 'no'); end"_s;
+    EXPECT_TRUE(db.executeUpdate(sql.arg(statements)));
+}
+inline void permit(FMDatabase& db) {
+    EXPECT_TRUE(db.executeUpdate(u"drop trigger if exists Refusal"_s));
+}
+
 /// The entries of a dictionary, told as "FileStars=4 Make=Canon"; what reads as a number is one.
 inline PBDictionary entries(const char* told) {
     PBDictionary all;
