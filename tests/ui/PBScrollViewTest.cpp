@@ -10,8 +10,19 @@
 namespace {
 
 struct LineScrollView final : PBScrollView {
-    using PBScrollView::PBScrollView;
     double scrollLine() const override { return 50; }
+    double roundPosition(double wanted) const override { return std::rint(wanted / step) * step; }
+    void scrollTimeWillBegin() override {
+        ++begun;
+        PBScrollView::scrollTimeWillBegin();
+    }
+    void scrollTimeDidEnd(std::int64_t direction) override {
+        ended.push_back(direction);
+        PBScrollView::scrollTimeDidEnd(direction);
+    }
+    double step = 1;
+    int begun = 0;
+    std::vector<std::int64_t> ended;
 };
 
 void sendWheel(
@@ -36,6 +47,12 @@ struct PBScrollViewTest : ::testing::Test {
         now += 1;
         view.motion().tick();
         return y();
+    }
+    /// Where the motion leads after a turn of the wheel.
+    double turned(double delta, double later = 0) {
+        now += later;
+        view.motion().wheel(delta);
+        return view.motion().scrollStopPos();
     }
 
     double now = 100;
@@ -86,6 +103,42 @@ TEST_F(PBScrollViewTest, theKnobRestsWhileItIsHeldAndShowsThePositionAfterwards)
     // Frames come by themselves.
     EXPECT_TRUE(support::spinUntil([&] { return !view.isScrolling(); }));
     EXPECT_EQ(std::pair(y(), scroller.value()), std::pair(700.0, 700));
+}
+
+TEST_F(PBScrollViewTest, turnsOfTheWheelAddUpAndTheFirstTwoAgainstThemAreSwallowedUntilARest) {
+    view.setPbScrollPoint({0, 100});
+    for (int turn = 0; turn < 4; ++turn)
+        turned(-10);
+    now += 0.1;
+    for (const double delta : {-10, 10, 10})
+        EXPECT_EQ(turned(delta), 150);
+    // Against a motion the way counts from where it is now.
+    EXPECT_EQ(turned(10), y() - 10);
+    EXPECT_EQ(view.motion().scrollPosFlag(), -1);
+    finished();
+    EXPECT_EQ(view.ended, std::vector<std::int64_t>{-1});
+    view.setPbScrollPoint({0, 100});
+    turned(-10);
+    EXPECT_EQ(turned(-10, 0.7), 120); // the motion is over, but no tick came: the loop was busy
+    EXPECT_EQ(turned(-10, 0.1), 130);
+    finished();
+    for (const double delta : {10, 0})
+        EXPECT_EQ(turned(delta), 120);
+}
+
+TEST_F(PBScrollViewTest, aNewTargetStartsFromWhereTheMotionIsAndEndsWhereItMayRest) {
+    view.setPbScrollPoint({0, 100});
+    view.scrollToPosition(1100, true);
+    now += 0.3; // not ticked yet
+    view.step = 80;
+    view.scrollToPosition(110, true);
+    EXPECT_EQ(y(), 850);
+    EXPECT_EQ(view.begun, 1);
+    EXPECT_EQ(finished(), 80);
+    view.scrollToPosition(400, true);
+    view.scrollToPosition(210, false);
+    EXPECT_TRUE(y() == 240 && !view.motion().isRunning());
+    EXPECT_EQ(view.ended, (std::vector<std::int64_t>{0, 0}));
 }
 
 TEST_F(PBScrollViewTest, linesAndPagesAreEasedAndAddUpAndPreciseDevicesMoveByPixels) {
