@@ -219,8 +219,8 @@ TEST_F(BrowserInputTest, stepsOfTheMenu) {
         QStringList names;
         for (int step = 0; step <= static_cast<int>(BrowserStep::LastIndexInGroup); ++step) {
             const Index index = input.stepIndex(static_cast<BrowserStep>(step));
-            names +=
-                index.isValid() ? tree.item(int(index.group), int(index.item))->fileName() : u"-"_s;
+            const auto item = leaves.imageFileAtIndex(index);
+            names += item ? item->fileName() : u"-"_s;
         }
         return names.join(u' ');
     };

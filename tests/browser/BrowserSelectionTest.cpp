@@ -25,10 +25,8 @@ struct BrowserSelectionTest : BrowserSheetTest {
 TEST_F(BrowserSelectionTest, answersAboutTheSelectionAcrossLeavesFoldedOrNot) {
     EXPECT_EQ(selection.firstSelectItem(Included), Index{});
     EXPECT_TRUE(selection.selectFrom({2, 1}, {0, 68})); // in either order
-    EXPECT_FALSE(selection.selectFrom({2, 1}, {0, 68}));
-    EXPECT_FALSE(selection.selectFrom({2, 1}, {}));
+    EXPECT_FALSE(selection.selectFrom({2, 1}, {0, 68}) || selection.selectFrom({2, 1}, {}));
     EXPECT_EQ(tree.selected(), u"a68 a69 c0 c1");
-    EXPECT_EQ(selection.firstSelectItem(Included), (Index{0, 68}));
     fold(2);
     EXPECT_EQ(
         std::pair(selection.itemCount(Excluded), selection.itemCount(Included)),
@@ -52,19 +50,16 @@ TEST_F(BrowserSelectionTest, answersAboutTheSelectionAcrossLeavesFoldedOrNot) {
 
 TEST_F(BrowserSelectionTest, whereverTheSelectionGoesItIsFoundWholeAndInOrder) {
     std::mt19937 random(7);
-    const auto pick = [&random](std::int64_t end) {
-        return static_cast<std::int64_t>(random() % static_cast<unsigned>(end));
-    };
+    const auto pick = [&](int end) { return static_cast<int>(random() % unsigned(end)); };
     const BrowserTree elsewhere{3}; // what is selected in another tree counts as well
     for (int round = 0; round < 400; ++round) {
         tree.data(2).setIsCollapsedForBrowser(pick(3) == 0);
         elsewhere.item(0, 1)->setIsSelected(pick(4) == 0);
         if (pick(3) == 0) (void)selection.deselectAll();
-        const std::int64_t first = pick(70);
-        const std::int64_t others = pick(4) == 0 ? pick(80) : pick(3);
-        for (std::int64_t other = 0; other < others; ++other)
-            tree.item(2, int(pick(40)))->setIsSelected(pick(2) == 0);
-        (void)selection.selectFrom({0, first}, {0, std::min<std::int64_t>(first + others, 69)});
+        const int first = pick(70), others = pick(4) == 0 ? pick(80) : pick(3);
+        for (int other = 0; other < others; ++other)
+            tree.item(2, pick(40))->setIsSelected(pick(2) == 0);
+        (void)selection.selectFrom({0, first}, {0, std::min(first + others, 69)});
         for (const FoldedLeaves folded : {Included, Excluded}) {
             PBImageFileList expected;
             Index begin;

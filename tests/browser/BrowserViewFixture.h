@@ -5,16 +5,23 @@
 
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserView.h"
+#include "support/Images.h"
 #include "support/Mouse.h"
 #include "ui/PBModalTextField.h"
 #include "ui/PBScroller.h"
 
 #include <QContextMenuEvent>
 #include <QPaintEvent>
+#include <QPainter>
 
 inline QImage plain(QColor color, QSize size = {300, 200}) {
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(color);
+    return support::filled(size, color, QImage::Format_ARGB32_Premultiplied);
+}
+
+/// The left half and the right one.
+inline QImage redAndBlue(QSize size) {
+    QImage image = plain(Qt::red, size);
+    QPainter(&image).fillRect(size.width() / 2, 0, size.width(), size.height(), Qt::blue);
     return image;
 }
 

@@ -4,6 +4,7 @@
 #include "ui/PBScroller.h"
 #include "ui/PBThemes.h"
 
+#include <QSignalSpy>
 #include <QTest>
 #include <QWheelEvent>
 
@@ -60,12 +61,11 @@ struct PBScrollViewTest : ::testing::Test {
 };
 
 TEST_F(PBScrollViewTest, keepsWholePositionsWithinTheDocument) {
-    int scrolls = 0;
-    QObject::connect(&view, &PBScrollView::didScroll, &view, [&] { ++scrolls; });
+    const QSignalSpy scrolls(&view, &PBScrollView::didScroll);
     view.setPbScrollPoint({-5, 1.6});
     EXPECT_EQ(view.pbScrollPoint(), QPointF(0, 2));
     view.setPbScrollPoint({0, 1e9});
-    EXPECT_EQ(std::pair(y(), scrolls), std::pair(9600.0, 2));
+    EXPECT_EQ(std::pair(y(), scrolls.size()), std::pair(9600.0, 2LL));
     view.setDocumentSize({280, 1000.2});
     EXPECT_EQ(y(), 601);
     auto* document = new QWidget;
@@ -156,13 +156,12 @@ TEST_F(PBScrollViewTest, linesAndPagesAreEasedAndAddUpAndPreciseDevicesMoveByPix
     EXPECT_EQ(y(), 116);
     PBScroller& scroller = view.scroller();
     scroller.setPageScroll(100);
-    for (const auto action :
-         {QAbstractSlider::SliderPageStepAdd, QAbstractSlider::SliderSingleStepAdd,
-          QAbstractSlider::SliderSingleStepAdd})
+    using enum QAbstractSlider::SliderAction;
+    for (const auto action : {SliderPageStepAdd, SliderSingleStepAdd, SliderSingleStepAdd})
         scroller.triggerAction(action);
     EXPECT_EQ(y(), 116);
     EXPECT_EQ(finished(), 116 + 300 + 50 + 50);
-    scroller.triggerAction(QAbstractSlider::SliderPageStepSub);
+    scroller.triggerAction(SliderPageStepSub);
     EXPECT_EQ(finished(), 216);
     QWheelEvent over({5, 5}, {}, {}, {0, -120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&scroller, &over);
@@ -177,19 +176,16 @@ TEST_F(PBScrollViewTest, aGestureWithPhasesMovesAtOnceAndCountsAsScrollingUntilI
     EXPECT_TRUE(view.motion().isRunning());
     sendWheel(view, {0, -30}, {0, -30}, Qt::ScrollUpdate);
     EXPECT_TRUE(y() == 30 && !view.motion().isRunning());
-    sendWheel(view, {}, {}, Qt::ScrollEnd);
-    now += 0.05;
-    EXPECT_TRUE(view.isScrolling());
-    sendWheel(view, {0, -20}, {0, -20}, Qt::ScrollMomentum);
-    now += 1;
-    EXPECT_TRUE(view.isScrolling());
-    now = 0;
-    sendWheel(view, {}, {}, Qt::ScrollEnd);
-    now = 0.099;
-    sendWheel(view, {}, {}, Qt::ScrollEnd); // told twice
-    EXPECT_TRUE(view.isScrolling());
-    now = 0.1;
-    EXPECT_FALSE(view.isScrolling());
+    const std::tuple<Qt::ScrollPhase, int, double, bool> steps[] = {
+        {Qt::ScrollEnd, 0, 0.05, true}, // it scrolls so many seconds later
+        {Qt::ScrollMomentum, -20, 1, true},
+        {Qt::ScrollEnd, 0, 0.099, true},
+        {Qt::ScrollEnd, 0, 0.0011, false}}; // told twice
+    for (const auto& [phase, way, later, isScrolling] : steps) {
+        sendWheel(view, {0, way}, {0, way}, phase);
+        now += later;
+        EXPECT_EQ(view.isScrolling(), isScrolling) << later;
+    }
     EXPECT_EQ(y(), 50);
 }
 

@@ -55,14 +55,15 @@ TEST(ShadowPatchTest, fadesAlikeOnAllSidesAndFallsBelow) {
 
 TEST(TextLinesTest, namesOfFilesKeepWhatTellsThemFromTheirNeighbours) {
     const QFontMetricsF metrics{QFont()};
+    const QString camera = u"IMG_20240512_0001.jpg"_s, walk = u"a walk along the river.jpeg"_s;
     const std::tuple<QString, int, QString> names[] = {
-        {u"IMG_20240512_0001.jpg"_s, 16, u"IMG_20240512_0001.jpg"_s},
-        {u"IMG_20240512_0001.jpg"_s, 16, u"IMG_20…0001.jpg"_s}, // the whole number
-        {u"IMG_20240512_0001.jpg"_s, 16, u"…0512_0001"_s},
-        {u"IMG_20240512_0001.jpg"_s, 0, u"IMG_20…0001.jpg"_s},
-        {u"a walk along the river.jpeg"_s, 0, u"a walk…iver.jpeg"_s},
-        {u"a walk along the river.jpeg"_s, 7, u"a w…along the river.jpeg"_s},
-        {u"a walk along the river.jpeg"_s, 7, u"a walk along the river…"_s},
+        {camera, 16, camera},
+        {camera, 16, u"IMG_20…0001.jpg"_s}, // the whole number
+        {camera, 16, u"…0512_0001"_s},
+        {camera, 0, u"IMG_20…0001.jpg"_s},
+        {walk, 0, u"a walk…iver.jpeg"_s},
+        {walk, 7, u"a w…along the river.jpeg"_s},
+        {walk, 7, u"a walk along the river…"_s},
         {u"a walk.in the wood"_s, 0, u"a walk.i…wood"_s}}; // that is no ending
     for (const auto& [name, differsFrom, shown] : names) {
         const double room = metrics.horizontalAdvance(shown) + 1;
