@@ -215,25 +215,21 @@ TEST_F(BrowserInputTest, arrowsMoveASoleSelectionAndShiftRebuildsARange) {
 
 TEST_F(BrowserInputTest, stepsOfTheMenu) {
     // What the steps lead to, in the order of their enumeration.
-    const auto steps = [&] {
+    const auto stepsFrom = [&](Index index) {
+        input.gotoIndex(index);
         QStringList names;
         for (int step = 0; step <= static_cast<int>(BrowserStep::LastIndexInGroup); ++step) {
-            const Index index = input.stepIndex(static_cast<BrowserStep>(step));
-            const auto item = leaves.imageFileAtIndex(index);
-            names += item ? item->fileName() : u"-"_s;
+            const Index there = input.stepIndex(static_cast<BrowserStep>(step));
+            names += there.isValid() ? leaves.imageFileAtIndex(there)->fileName() : u"-"_s;
         }
         return names.join(u' ');
     };
-    EXPECT_EQ(steps(), u"c4 a0 a0 c4 a0 a0 - -");
-    input.gotoIndex({1, 1});
-    EXPECT_EQ(tree.selected(), u"b1");
+    EXPECT_EQ(stepsFrom({}), u"c4 a0 a0 c4 a0 a0 - -");
+    EXPECT_EQ(stepsFrom({1, 1}), u"b0 b2 a0 c4 a0 c0 b0 b3");
     EXPECT_EQ(std::pair(host.shown, host.changes), std::pair(Index{1, 1}, 1));
-    EXPECT_EQ(steps(), u"b0 b2 a0 c4 a0 c0 b0 b3");
     EXPECT_EQ(click({1, 3}, shift), u"b1 b2 b3");
-    input.gotoIndex({0, 0});
-    EXPECT_EQ(steps(), u"- a1 - c4 - b0 - a6");
-    input.gotoIndex({2, 4});
-    EXPECT_EQ(steps(), u"c3 - a0 - b0 - c0 -");
+    EXPECT_EQ(stepsFrom({0, 0}), u"- a1 - c4 - b0 - a6");
+    EXPECT_EQ(stepsFrom({2, 4}), u"c3 - a0 - b0 - c0 -");
     input.gotoIndex({7, 0}); // no such image
     EXPECT_EQ(tree.selected(), u"c4");
     input.reset();

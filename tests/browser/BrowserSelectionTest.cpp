@@ -46,6 +46,15 @@ TEST_F(BrowserSelectionTest, answersAboutTheSelectionAcrossLeavesFoldedOrNot) {
     EXPECT_TRUE(selection.selectWithStars(2, Included));
     EXPECT_FALSE(selection.selectWithStars(2, Included));
     EXPECT_EQ(tree.selected(), u"a3");
+    // Images of folders that are missing have no path.
+    struct Folders final : group::FolderPaths {
+        QString pathOfFolderId(qint64 id) const override { return id == 1 ? u"/p"_s : QString(); }
+    } folders;
+    tree.add(0, u"z"_s, 2);
+    leaves.refresh();
+    EXPECT_TRUE(selection.deselectAll() && selection.selectFrom({0, 69}, {9, 0}));
+    EXPECT_EQ(selection.selectCount(Included), 2);
+    EXPECT_EQ(selection.selectedFilePath(folders, Included), QStringList{u"/p/a69"_s});
 }
 
 TEST_F(BrowserSelectionTest, whereverTheSelectionGoesItIsFoundWholeAndInOrder) {
@@ -94,17 +103,6 @@ TEST_F(BrowserSelectionTest, aHeadOrARowNextToTheMiddleIsTheAnchor) {
     EXPECT_EQ(restored(inGap), -1);
     editing = tree.item(0, 25);
     EXPECT_EQ(capture()->imageFileItem, editing) << "one that is being renamed, wherever it is";
-}
-
-TEST_F(BrowserSelectionTest, pathsOfMissingFoldersAreLeftOut) {
-    struct Folders final : group::FolderPaths {
-        QString pathOfFolderId(qint64 id) const override { return id == 1 ? u"/p"_s : QString(); }
-    } folders;
-    tree.add(2, u"z"_s, 2);
-    leaves.refresh();
-    selection.selectFrom({2, 39}, {9, 0});
-    EXPECT_EQ(selection.selectCount(Included), 2);
-    EXPECT_EQ(selection.selectedFilePath(folders, Included), QStringList{u"/p/c39"_s});
 }
 
 } // namespace
