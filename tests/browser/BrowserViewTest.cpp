@@ -9,7 +9,7 @@
 
 #include <future>
 
-TEST_F(BrowserViewTest, returnAndClicksElsewhereTakeANewNameAndEscapeDoesNot) {
+TEST_F(BrowserViewTest, returnAndClicksElsewhereTakeANewNameButNeitherEscapeNorAnImageThatGoes) {
     show({9});
     on(&View::renameRequested,
        [&](const auto& item, const QString& text) { told += item->fileName() + u'>' + text; });
@@ -40,6 +40,19 @@ TEST_F(BrowserViewTest, returnAndClicksElsewhereTakeANewNameAndEscapeDoesNot) {
     finishMotion();
     EXPECT_TRUE(view->rect().contains(nameField()->geometry()));
     EXPECT_EQ(view->currentIndex(), (Index{0, 4}));
+    // The field follows its image and goes with it.
+    const QPointer field = nameField();
+    tree->remove(0, {tree->item(0, 0)});
+    view->reloadData();
+    EXPECT_NEAR(field->geometry().center().x(), nameAt({0, 7}).x(), 1);
+    tree->swapForCopy();
+    tree->remove(0, {tree->item(0, 7)});
+    showLeaves(tree->leaves());
+    EXPECT_FALSE(nameField());
+    EXPECT_TRUE(support::spinUntil([&] { return !field; }));
+    EXPECT_EQ(told, names);
+    press(*view, Qt::Key_End);
+    EXPECT_EQ(tree->selected(), u"a7");
 }
 
 /// The same photographs come again as other items, in another order and not all at once.
