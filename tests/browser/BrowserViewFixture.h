@@ -100,8 +100,9 @@ struct BrowserViewTest : ::testing::Test {
         now += 1;
         scrollView.motion().tick();
     }
-    QImage picture() {
-        QImage image(view->size(), QImage::Format_RGB32);
+    QImage picture(double ratio = 1) {
+        QImage image((view->size().toSizeF() * ratio).toSize(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
         view->render(&image);
         return image;
     }

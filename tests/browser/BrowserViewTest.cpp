@@ -402,10 +402,9 @@ TEST_F(BrowserViewTest, picturesAndTheirFramesLieOnWholePixelsAtAnyScale) {
     }
     view->setStyle(BrowserMetrics::EnlargeSmallPhoto);
     const QColor background = PBThemes::imageBrowserBackgroundColor();
+    const QColor frame = PBThemes::imageBrowserSelectColor(view->hasFocus());
     for (const double ratio : {1.0, 1.25, 1.5, 1.75, 2.0}) {
-        QImage image((view->size().toSizeF() * ratio).toSize(), QImage::Format_RGB32);
-        image.setDevicePixelRatio(ratio);
-        view->render(&image, QPoint(), QRegion(), QWidget::DrawWindowBackground);
+        const QImage image = picture(ratio);
         const auto gap = static_cast<int>(std::lround(ratio));
         const auto line = static_cast<int>(std::lround(2 * ratio));
         for (int item = 0; item < 6; ++item)
@@ -419,8 +418,7 @@ TEST_F(BrowserViewTest, picturesAndTheirFramesLieOnWholePixelsAtAnyScale) {
                 };
                 EXPECT_GT(passed(Qt::green), 30);
                 EXPECT_EQ(passed(background), gap) << ratio << ' ' << item;
-                EXPECT_EQ(passed(PBThemes::imageBrowserSelectColor(view->hasFocus())), line)
-                    << ratio << ' ' << item;
+                EXPECT_EQ(passed(frame), line) << ratio << ' ' << item;
             }
     }
 }
@@ -431,9 +429,7 @@ TEST_F(BrowserViewTest, aScrollStepOfWholePixelsMovesAllThatWasDrawn) {
         item->setThumbnailRef(plain(QColor::fromHsv(static_cast<int>(item->fileId() * 5), 99, 99)));
     const auto drawnAt = [&](double y) {
         scrollView.scrollToPosition(y, false);
-        QImage image(view->size() * 1.5, QImage::Format_RGB32);
-        image.setDevicePixelRatio(1.5);
-        view->render(&image);
+        const QImage image = picture(1.5);
         return image.copy(0, 36, image.width(), image.height() - 36); // without the head
     };
     for (const int from : {24, 25}) {
