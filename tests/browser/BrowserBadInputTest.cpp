@@ -2,20 +2,15 @@
 
 #include "BrowserViewFixture.h"
 
-namespace {
-
-struct BrowserBadInputTest : BrowserViewTest {
-    void shrinkTo(int count) {
+TEST_F(BrowserViewTest, aTreeMayShrinkUnderTheMouse) {
+    show({60, 5});
+    const auto shrinkTo = [&](int count) {
         const auto& all = tree->node(0).imageFiles();
-        PBImageFileList gone(all.begin() + count, all.end());
+        const PBImageFileList gone(all.begin() + count, all.end());
         tree->swapForCopy();
         tree->remove(0, gone);
         showLeaves(tree->leaves());
-    }
-};
-
-TEST_F(BrowserBadInputTest, aTreeMayShrinkUnderTheMouse) {
-    show({60, 5});
+    };
     Index entered;
     on(&View::enterToLargeViewRequested, [&](Index index) { entered = index; });
     click(at({0, 1}));
@@ -60,22 +55,3 @@ TEST_F(BrowserBadInputTest, aTreeMayShrinkUnderTheMouse) {
         view->reloadData();
     }
 }
-
-TEST_F(BrowserBadInputTest, theFieldOfANameFollowsItsImageAndGoesWithIt) {
-    show({6});
-    on(&View::renameRequested, [this] { told += u"renamed"_s; });
-    view->renameIndex({0, 5});
-    QPointer field = nameField();
-    ASSERT_TRUE(field);
-    tree->remove(0, {tree->item(0, 0)});
-    view->reloadData();
-    EXPECT_NEAR(field->geometry().center().x(), nameAt({0, 4}).x(), 1);
-    shrinkTo(2);
-    EXPECT_FALSE(nameField());
-    EXPECT_TRUE(support::spinUntil([&] { return !field; }));
-    EXPECT_TRUE(told.isEmpty());
-    press(*view, Qt::Key_End);
-    EXPECT_EQ(view->selection().selectCount(FoldedLeaves::Included), 1);
-}
-
-} // namespace

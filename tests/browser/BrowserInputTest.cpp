@@ -1,5 +1,4 @@
-#include "BrowserTree.h"
-#include "FakeLeaves.h"
+#include "BrowserSheetTest.h"
 
 #include "browser/input/BrowserInput.h"
 
@@ -32,12 +31,8 @@ constexpr BrowserModifiers shift{.shift = true};
 constexpr BrowserModifiers command{.command = true};
 
 /// Three columns; "a" has 7 images, "b" 4, "c" 5.
-struct BrowserInputTest : ::testing::Test {
-    BrowserInputTest() {
-        leaves.setLeafGroupItemArray(tree.leaves());
-        layout.setLeaves(&leaves);
-        layout.setWidth(558, 0);
-    }
+struct BrowserInputTest : BrowserSheetTest {
+    BrowserInputTest() : BrowserSheetTest({7, 4, 5}) {}
     QPointF at(Index index) {
         const QRectF cell = layout.cellRectAtIndex(index);
         return layout.thumbnailRectWithCellRect(cell).center();
@@ -71,12 +66,8 @@ struct BrowserInputTest : ::testing::Test {
         return tree.selected();
     }
 
-    BrowserTree tree{7, 4, 5};
-    BrowserLeafList leaves;
-    BrowserLayout layout;
-    FakeTextWidths widths;
     FakeHost host;
-    BrowserInput input{layout, leaves, widths, host};
+    BrowserInput input{layout, leaves, texts, host};
 };
 
 TEST_F(BrowserInputTest, aClickSelectsOneAndTellsOfIt) {
@@ -97,8 +88,7 @@ TEST_F(BrowserInputTest, shiftGrowsTheSelectionFromTheAnchorOrTheStart) {
     EXPECT_EQ(click({0, 5}, shift), u"a5 a6 b0");
     EXPECT_EQ(click({1, 1}, shift), u"a5 a6 b0 b1"); // nothing is taken away
     EXPECT_EQ(click({1, 1}, {.shift = true, .command = true}), u"a5 a6 b0 b1");
-    tree.data(1).setIsCollapsedForBrowser(true);
-    layout.invalidate();
+    fold(1);
     click({0, 0});
     click({0, 6});
     EXPECT_EQ(click({2, 0}, shift), u"a6 c0"); // nothing of a folded leaf
@@ -164,8 +154,7 @@ TEST_F(BrowserInputTest, aBandSelectsWhatItTouchesAndGivesBackWhatItLeaves) {
     const int changes = host.changes;
     drag(at({1, 3}) + QPointF(1, 0));
     EXPECT_EQ(host.changes, changes); // as before
-    tree.data(1).setIsCollapsedForBrowser(true);
-    layout.invalidate();
+    fold(1);
     drag(layout.cellRectAtIndex({2, 1}).center());
     EXPECT_TRUE(
         tree.item(2, 1)->isSelected() && !tree.item(1, 1)->isSelected()); // folded meanwhile
@@ -226,25 +215,21 @@ TEST_F(BrowserInputTest, arrowsMoveASoleSelectionAndShiftRebuildsARange) {
 
 TEST_F(BrowserInputTest, stepsOfTheMenu) {
     // What the steps lead to, in the order of their enumeration.
-    const auto steps = [&] {
+    const auto stepsFrom = [&](Index index) {
+        input.gotoIndex(index);
         QStringList names;
         for (int step = 0; step <= static_cast<int>(BrowserStep::LastIndexInGroup); ++step) {
-            const Index index = input.stepIndex(static_cast<BrowserStep>(step));
-            names +=
-                index.isValid() ? tree.item(int(index.group), int(index.item))->fileName() : u"-"_s;
+            const Index there = input.stepIndex(static_cast<BrowserStep>(step));
+            names += there.isValid() ? leaves.imageFileAtIndex(there)->fileName() : u"-"_s;
         }
         return names.join(u' ');
     };
-    EXPECT_EQ(steps(), u"c4 a0 a0 c4 a0 a0 - -");
-    input.gotoIndex({1, 1});
-    EXPECT_EQ(tree.selected(), u"b1");
+    EXPECT_EQ(stepsFrom({}), u"c4 a0 a0 c4 a0 a0 - -");
+    EXPECT_EQ(stepsFrom({1, 1}), u"b0 b2 a0 c4 a0 c0 b0 b3");
     EXPECT_EQ(std::pair(host.shown, host.changes), std::pair(Index{1, 1}, 1));
-    EXPECT_EQ(steps(), u"b0 b2 a0 c4 a0 c0 b0 b3");
     EXPECT_EQ(click({1, 3}, shift), u"b1 b2 b3");
-    input.gotoIndex({0, 0});
-    EXPECT_EQ(steps(), u"- a1 - c4 - b0 - a6");
-    input.gotoIndex({2, 4});
-    EXPECT_EQ(steps(), u"c3 - a0 - b0 - c0 -");
+    EXPECT_EQ(stepsFrom({0, 0}), u"- a1 - c4 - b0 - a6");
+    EXPECT_EQ(stepsFrom({2, 4}), u"c3 - a0 - b0 - c0 -");
     input.gotoIndex({7, 0}); // no such image
     EXPECT_EQ(tree.selected(), u"c4");
     input.reset();

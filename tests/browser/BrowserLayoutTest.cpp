@@ -1,27 +1,14 @@
-#include "BrowserTree.h"
-#include "FakeLeaves.h"
+#include "BrowserSheetTest.h"
 
 namespace {
 
-using Index = PBImageBrowserIndex;
-
-constexpr QSizeF landscape(3000, 2000);
-
-struct BrowserLayoutTest : ::testing::Test {
-    /// Three columns of the default size.
-    void show(std::vector<FakeLeaves::Leaf> all, double width = 3 * 166 + 4 * 15) {
-        leaves.leaves = std::move(all);
-        layout.setLeaves(&leaves);
-        layout.setWidth(width, 0);
-    }
-    static FakeLeaves::Leaf leafOf(int count, QSizeF size = landscape, bool isCollapsed = false) {
-        return {std::vector<QSizeF>(static_cast<std::size_t>(count), size), isCollapsed};
-    }
+struct BrowserLayoutTest : BrowserSheetTest {
     BrowserHit hitAt(const QPointF& point) { return layout.itemIndexByPoint(point, texts); }
-
-    FakeLeaves leaves;
-    FakeTextWidths texts;
-    BrowserLayout layout;
+    void showSizes(const std::vector<QSizeF>& sizes) {
+        show({static_cast<int>(sizes.size())});
+        for (int item = 0; const QSizeF& size : sizes)
+            tree.item(0, item++)->setImageSize(size);
+    }
 };
 
 TEST_F(BrowserLayoutTest, theSizeSliderHasAFlatMiddleAndReachesBothEnds) {
@@ -39,7 +26,8 @@ TEST_F(BrowserLayoutTest, theSizeSliderHasAFlatMiddleAndReachesBothEnds) {
 }
 
 TEST_F(BrowserLayoutTest, columnsStayWhenTheScrollerAppears) {
-    show({leafOf(4)}, 571.9);
+    show({4});
+    layout.setWidth(571.9, 0);
     EXPECT_EQ(layout.cellRectAtIndex({0, 1}), QRectF(202, 38, 166, 158));
     EXPECT_EQ(layout.contentHeight(), 23 + 15 + 2 * 173);
     constexpr int three = 3 * 166 + 4 * 8;
@@ -54,7 +42,7 @@ TEST_F(BrowserLayoutTest, columnsStayWhenTheScrollerAppears) {
 }
 
 TEST_F(BrowserLayoutTest, rowsAreAsTallAsTheirTallestPictureAndTheirTexts) {
-    const QSizeF portrait(2000, 3000), small(20, 40);
+    const QSizeF landscape(3000, 2000), portrait(2000, 3000), small(20, 40);
     const std::tuple<std::uint64_t, std::vector<QSizeF>, double> rows[] = {
         {14, {landscape, portrait, small}, 160 + 45 + 6},
         {2, {landscape}, 107 + 15 + 6},
@@ -65,14 +53,15 @@ TEST_F(BrowserLayoutTest, rowsAreAsTallAsTheirTallestPictureAndTheirTexts) {
         {0, {{}, {0, 3000}, {30000, 1}}, 30 + 6}};
     for (const auto& [style, sizes, height] : rows) {
         layout.setMetrics({.style = style});
-        show({{sizes, false}});
+        showSizes(sizes);
         EXPECT_EQ(layout.cellRectAtIndex({0, 0}).height(), height) << style;
         EXPECT_EQ(layout.groupHeight(0), 15 + height + 15) << style;
     }
 }
 
 TEST_F(BrowserLayoutTest, whatLiesBetweenTwoLinesBeginsAndEndsWithRowsHeadsOrSpace) {
-    show({leafOf(4), leafOf(4, landscape, true), leafOf(0), leafOf(1)});
+    show({4, 4, 0, 1});
+    fold(1);
     // A line, what begins below it and what ends above.
     const std::tuple<double, Index, Index> lines[] = {
         {-100, {0, -1}, {0, -1}},  {22.9, {0, -1}, {0, -1}}, {23, {0, 0}, {0, -1}},
@@ -92,8 +81,7 @@ TEST_F(BrowserLayoutTest, whatLiesBetweenTwoLinesBeginsAndEndsWithRowsHeadsOrSpa
 }
 
 TEST_F(BrowserLayoutTest, aPointHitsAPartOfACellOrNothing) {
-    show({leafOf(2)});
-    EXPECT_EQ(layout.cellRectAtIndex({0, 1}), QRectF(196, 38, 166, 158));
+    show({2});
     EXPECT_EQ(hitAt({279, 117}).index, (Index{0, 1}));
     const double bottom = 196;
     using enum BrowserPart;
@@ -131,7 +119,7 @@ TEST_F(BrowserLayoutTest, aPointHitsAPartOfACellOrNothing) {
 }
 
 TEST_F(BrowserLayoutTest, smallImagesHaveATargetThatCanBeHit) {
-    show({{{{20, 20}, {2000, 3000}, {}, {1, 30000}}, false}});
+    showSizes({{20, 20}, {2000, 3000}, {}, {1, 30000}});
     const QRectF cell = layout.cellRectAtIndex({0, 0});
     const QPointF middle = layout.thumbnailRectWithCellRect(cell).center();
     EXPECT_EQ(hitAt(middle + QPointF(14, 14)).part, BrowserPart::Thumbnail);
@@ -145,40 +133,41 @@ TEST_F(BrowserLayoutTest, smallImagesHaveATargetThatCanBeHit) {
 }
 
 TEST_F(BrowserLayoutTest, stepsSkipFoldedAndEmptyLeaves) {
-    show({leafOf(0), leafOf(5), leafOf(4, landscape, true), leafOf(2)});
+    show({0, 5, 4, 2});
+    fold(2);
     const auto check = [&](auto step, std::initializer_list<std::pair<Index, Index>> cases) {
         for (const auto& [from, to] : cases)
             EXPECT_EQ((layout.*step)(from), to) << from.group << ' ' << from.item;
     };
+    using Layout = BrowserLayout;
     check(
-        &BrowserLayout::nextIndex,
+        &Layout::nextIndex,
         {{{}, {1, 0}}, {{1, 4}, {3, 0}}, {{3, 1}, {}}, {{2, 1}, {3, 0}}, {{9, 0}, {}}});
-    check(
-        &BrowserLayout::prevIndex,
-        {{{}, {3, 1}}, {{3, 0}, {1, 4}}, {{1, 0}, {}}, {{1, 99}, {1, 4}}});
+    check(&Layout::prevIndex, {{{}, {3, 1}}, {{3, 0}, {1, 4}}, {{1, 0}, {}}, {{1, 99}, {1, 4}}});
     // The last row is shorter.
     check(
-        &BrowserLayout::colNextIndex,
+        &Layout::colNextIndex,
         {{{1, 2}, {1, 4}}, {{1, 3}, {3, 0}}, {{1, 4}, {3, 1}}, {{3, 0}, {}}});
     check(
-        &BrowserLayout::colPrevIndex,
+        &Layout::colPrevIndex,
         {{{3, 1}, {1, 4}}, {{1, 3}, {1, 0}}, {{1, 2}, {}}, {{1, 99}, {1, 2}}, {{9, 0}, {}}});
-    show({leafOf(3, landscape, true)});
-    for (const auto step : {&BrowserLayout::nextIndex, &BrowserLayout::prevIndex})
+    show({3});
+    fold(0);
+    for (const auto step : {&Layout::nextIndex, &Layout::prevIndex})
         check(step, {{{}, {}}});
 }
 
 TEST_F(BrowserLayoutTest, theFirstHeadSticksUntilTheNextPushesItOff) {
-    show({leafOf(1), leafOf(1, landscape, true), leafOf(1)});
+    show({1, 1, 1});
+    fold(1);
     const double second = layout.groupItemPosition(1);
     const auto headsAt = [&](double y) { return layout.visibleHeads({0, y, 558, 100}); };
     EXPECT_EQ(headsAt(10.7).front().rect, QRectF(0, 10, 558, 23));
-    const auto pushed = headsAt(second - 5);
-    ASSERT_EQ(pushed.size(), 3U);
-    EXPECT_EQ(pushed[0].rect.top(), second + 1 - 23);
-    EXPECT_EQ(pushed[1].rect.top(), second);
-    for (const int head : {0, 1, 2}) // the last is right under a folded one
-        EXPECT_EQ(pushed.at(head).hasTopLine, head == 1);
+    QList<std::pair<double, bool>> pushed;
+    for (const BrowserHead& head : headsAt(second - 5))
+        pushed.emplaceBack(head.rect.top(), head.hasTopLine);
+    const double third = second + 23; // right under a folded one
+    EXPECT_EQ(pushed, (decltype(pushed){{second - 22, false}, {second, true}, {third, false}}));
     EXPECT_EQ(headsAt(second).front().group, 1);
     EXPECT_EQ(headsAt(second - 100).size(), 1U); // the next begins at the very end
 }
@@ -187,28 +176,24 @@ TEST_F(BrowserLayoutTest, theFirstHeadSticksUntilTheNextPushesItOff) {
 /// that it should.
 TEST_F(BrowserLayoutTest, shortGroupsStandSideBySideInTheCompactStyle) {
     layout.setMetrics({.style = BrowserMetrics::Compact});
-    show(
-        {leafOf(1), leafOf(1, {2000, 3000}), leafOf(2), leafOf(5), leafOf(1), leafOf(2),
-         leafOf(1, landscape, true), leafOf(1), leafOf(0), leafOf(1), leafOf(2), leafOf(3)});
+    show({1, 1, 2, 5, 1, 2, 1, 1, 0, 1, 2, 3});
+    tree.item(1, 0)->setImageSize({2000, 3000});
+    fold(6);
     std::vector<std::pair<Index, QRectF>> cells;
     std::vector<QRectF> taken;
+    QString places; // beside the head of the leaf before, or below it
     for (int group = 0; group < leaves.leafCount(); ++group) {
         taken.push_back(layout.headRect(group));
-        for (int item = 0; item < leaves.imageFileCount(group); ++item) {
-            if (leaves.isCollapsedForBrowser(group)) break;
-            cells.emplace_back(Index{group, item}, layout.cellRectAtIndex({group, item}));
-            taken.push_back(cells.back().second);
-        }
+        places += taken.back().top() > taken.at(std::max(group - 1, 0)).top() ? u'v' : u'>';
     }
+    EXPECT_EQ(places, u">>vvv>vvvv>v") << "four do not fit; a leaf without cells is alone";
+    leaves.forEachImage(FoldedLeaves::Excluded, [&](const Index& index, const auto&) {
+        cells.emplace_back(index, layout.cellRectAtIndex(index));
+        taken.push_back(cells.back().second);
+    });
     for (std::size_t a = 0; a < taken.size(); ++a)
         for (std::size_t b = 0; b < a; ++b)
             EXPECT_FALSE(taken[a].intersects(taken[b])) << a << ' ' << b;
-    const auto topOf = [&](int group) { return layout.groupItemPosition(group); };
-    EXPECT_EQ(topOf(1), topOf(0));
-    EXPECT_GT(topOf(2), topOf(1)); // four would not fit
-    EXPECT_EQ(topOf(5), topOf(4));
-    EXPECT_EQ(topOf(10), topOf(9));
-    EXPECT_GT(topOf(9), topOf(8)); // a leaf without cells is alone
     EXPECT_EQ(layout.cellRectAtIndex({0, 0}).height(), layout.cellRectAtIndex({1, 0}).height());
     EXPECT_EQ(layout.headRect(5).right(), 558);
 
@@ -238,7 +223,7 @@ TEST_F(BrowserLayoutTest, shortGroupsStandSideBySideInTheCompactStyle) {
 }
 
 TEST_F(BrowserLayoutTest, scrollsAsLittleAsShowsACellClearOfTheHead) {
-    show({leafOf(30)});
+    show({30});
     const QRectF cell = layout.cellRectAtIndex({0, 12}).adjusted(0, -23, 0, 23);
     const std::pair<double, double> tops[] = {
         {cell.top() - 10, 0}, {cell.top() + 10, -10}, {cell.bottom() - 400 - 7, 7}};
@@ -250,51 +235,74 @@ TEST_F(BrowserLayoutTest, scrollsAsLittleAsShowsACellClearOfTheHead) {
     EXPECT_EQ(layout.pageItemCount(2 * 181 + 1), 9);
 }
 
-TEST_F(BrowserLayoutTest, looksOnlyAsFarDownAsItIsAsked) {
-    show({leafOf(40000), leafOf(40000)});
-    static_cast<void>(layout.visibleRange(0, 1000));
-    EXPECT_LT(leaves.measured, 1000);
-    static_cast<void>(layout.contentHeight());
-    EXPECT_LE(leaves.measured, 80000 + 1000);
-}
-
-FakeLeaves randomLeaves(std::mt19937& random) {
-    FakeLeaves result;
-    const auto below = [&](int limit) { return static_cast<int>(random() % limit); };
-    result.leaves.resize(1 + static_cast<std::size_t>(below(9)));
-    for (auto& leaf : result.leaves) {
-        leaf.isCollapsed = below(5) == 0;
-        const int count = below(4) == 0 ? 0 : below(3) == 0 ? 300 + below(900) : below(40);
-        for (int item = 0; item < count; ++item)
-            leaf.sizes.emplace_back(below(6000), below(4000));
+/// Two leaves of 40000 images; notes how many of their sizes were asked for.
+struct CountingLeaves final : BrowserLeaves {
+    std::int64_t leafCount() const override { return 2; }
+    std::int64_t imageFileCount(std::int64_t) const override { return 40000; }
+    bool isCollapsedForBrowser(std::int64_t) const override { return false; }
+    void displaySizes(std::int64_t, std::int64_t, std::span<QSizeF> sizes) const override {
+        measured += std::ssize(sizes);
     }
-    return result;
+    mutable std::int64_t measured = 0;
+};
+
+TEST_F(BrowserLayoutTest, looksOnlyAsFarDownAsItIsAsked) {
+    const CountingLeaves counting;
+    layout.setLeaves(&counting);
+    static_cast<void>(layout.visibleRange(0, 1000));
+    EXPECT_LT(counting.measured, 1000);
+    static_cast<void>(layout.contentHeight());
+    EXPECT_LE(counting.measured, 80000 + 1000);
+    layout.setLeaves(nullptr);
 }
 
-TEST(BrowserLayoutModelTest, whatIsKeptGivesTheSameResultsAsMeasuringAllAtOnce) {
+TEST_F(BrowserLayoutTest, whatIsKeptAlsoAfterASwapGivesTheSameAsMeasuringAllAtOnce) {
     std::mt19937 random(20);
-    for (int round = 0; round < 60; ++round) {
+    const auto below = [&](std::size_t bound) { return static_cast<int>(random() % bound); };
+    show({700, 1, 40, 600, 0, 300});
+    const auto resize = [&](const auto& item) {
+        item->setImageSize(QSizeF(below(6000), below(4000)));
+    };
+    leaves.forEachImage(
+        FoldedLeaves::Included, [&](const Index&, const auto& item) { resize(item); });
+    for (int round = 0; round < 240; ++round) {
         SCOPED_TRACE(round);
-        const FakeLeaves leaves = randomLeaves(random);
-        BrowserLayout layout;
-        layout.setLeaves(&leaves);
-        layout.setMetrics({.style = random() % 32});
-        layout.setWidth(static_cast<double>(30 + random() % 2000), 0);
+        tree.swapForCopy();
+        for (int change = below(4); change > 0; --change) {
+            const int group = below(tree.tree.size());
+            const auto count = tree.node(group).imageFiles().size();
+            if (below(3) > 0) {
+                resize(tree.add(group, u"abcd"_s[below(4)] + QString::number(below(999))));
+            } else if (count > 1) {
+                // Often the first of a chunk: the row that it ends is another one then.
+                const int gone = count > 256 && below(2) == 0 ? 256 : below(count);
+                tree.remove(group, {tree.item(group, gone)});
+            }
+        }
+        if (round % 7 == 0) std::swap(tree.tree[0], tree.tree[1 + random() % 3]);
+        std::vector<PBGroupItem*> shown = tree.leaves();
+        if (round % 5 == 0) shown.pop_back();
+        layout.leavesDidChange(leaves.setLeafGroupItemArray(shown));
+        if (round % 4 == 0) {
+            tree.data(2 + below(4)).setIsCollapsedForBrowser(below(2) == 0);
+            layout.setMetrics({.style = random() % 32});
+            layout.setWidth(30 + below(2000), 0);
+            layout.invalidate();
+        }
         BrowserLayout whole = layout;
+        whole.invalidate();
         const double height = whole.contentHeight();
         // In any order, with some lines at exact edges: what is known grows in different ways.
-        for (int look = 0; look < 30; ++look) {
-            const auto group = static_cast<std::int64_t>(random() % leaves.leaves.size());
-            const auto count = static_cast<std::int64_t>(leaves.leaf(group).sizes.size());
-            const Index index{
-                group, static_cast<std::int64_t>(random() % 1200) % std::max(count, 1L)};
-            double top = static_cast<double>(random() % static_cast<unsigned>(height + 200)) - 100;
-            if (look % 5 == 0)
-                top = whole.groupItemPosition(group) + static_cast<double>(random() % 3) * 23;
+        for (int look = 0; look < 10; ++look) {
+            const std::int64_t group = below(shown.size());
+            const std::int64_t count = leaves.imageFileCount(group);
+            const Index index{group, below(1200) % std::max(count, 1L)};
+            double top = below(static_cast<std::size_t>(height) + 200) - 100;
+            if (look % 5 == 0) top = whole.groupItemPosition(group) + below(3) * 23;
             // The first rows to be measured in one go are 64.
             const Index edge{group, std::min(64 * layout.cellColumn(), count) - 1};
             if (look % 5 == 1 && count > 0)
-                top = whole.cellRectAtIndex(edge).bottom() + static_cast<double>(random() % 2) * 15;
+                top = whole.cellRectAtIndex(edge).bottom() + below(2) * 15;
             const double bottom = top + std::array{0.0, 15.0, 700.0}[random() % 3];
             const auto answersOf = [&](BrowserLayout& one) {
                 const BrowserRange range = one.visibleRange(top, bottom);
@@ -306,50 +314,6 @@ TEST(BrowserLayoutModelTest, whatIsKeptGivesTheSameResultsAsMeasuringAllAtOnce) 
             ASSERT_EQ(answersOf(layout), answersOf(whole)) << top << " to " << bottom;
         }
         ASSERT_EQ(layout.contentHeight(), height);
-    }
-}
-
-TEST(BrowserLayoutModelTest, afterASwapRowsThatAreKeptAreThoseMeasuredAnew) {
-    std::mt19937 random(21);
-    const auto below = [&](std::size_t bound) { return static_cast<int>(random() % bound); };
-    BrowserTree tree{700, 1, 40, 600};
-    for (const auto& node : tree.tree) {
-        for (const auto& item : node->imageFiles())
-            item->setImageSize(QSizeF(1 + below(6000), 1 + below(4000)));
-    }
-    BrowserLeafList leaves;
-    BrowserLayout layout;
-    layout.setLeaves(&leaves);
-    for (int round = 0; round < 200; ++round) {
-        SCOPED_TRACE(round);
-        if (round % 20 == 0) {
-            layout.setMetrics({.style = random() % 32});
-            layout.setWidth(300 + below(900), 0);
-        }
-        tree.swapForCopy();
-        for (int change = below(4); change > 0; --change) {
-            const int group = below(tree.tree.size());
-            const auto count = tree.node(group).imageFiles().size();
-            if (below(3) > 0) {
-                tree.add(group, u"abcd"_s[below(4)] + QString::number(below(999)))
-                    ->setImageSize(QSizeF(1 + below(6000), 1 + below(4000)));
-            } else if (count > 1) {
-                // Often the first of a chunk: the row that it ends is another one then.
-                const int gone = count > 256 && below(2) == 0 ? 256 : below(count);
-                tree.remove(group, {tree.item(group, gone)});
-            }
-        }
-        if (round % 7 == 0) std::swap(tree.tree[0], tree.tree[1 + random() % 3]);
-        std::vector<PBGroupItem*> shown = tree.leaves();
-        if (round % 5 == 0) shown.pop_back();
-        layout.leavesDidChange(leaves.setLeafGroupItemArray(shown));
-        BrowserLayout whole = layout;
-        whole.invalidate();
-        if (round % 3 == 0) static_cast<void>(layout.visibleRange(below(9000), below(20000)));
-        ASSERT_EQ(layout.contentHeight(), whole.contentHeight());
-        const int group = below(shown.size());
-        const Index last{group, leaves.imageFileCount(group) - 1};
-        ASSERT_EQ(layout.cellRectAtIndex(last), whole.cellRectAtIndex(last));
     }
 }
 

@@ -10,12 +10,6 @@
 
 namespace {
 
-QImage redAndBlue() {
-    QImage image = plain(Qt::red, {40, 20});
-    QPainter(&image).fillRect(20, 0, 20, 20, Qt::blue);
-    return image;
-}
-
 TEST(TipViewTest, whatCoversTheBrowserFitsTheWindowAndOffersWhatHelps) {
     using View = PBImageBrowserTipView;
     View view;
@@ -55,7 +49,7 @@ TEST(DragOutTest, carriesFilesAndTextUnderATurnedPictureWithTheCountOfMany) {
     const auto data = DragOut::mimeData({u"/a b"_s, u"/c"_s});
     EXPECT_EQ(data->text(), u"/a b\n/c");
     EXPECT_EQ(data->urls().constFirst(), QUrl(u"file:///a%20b"_s));
-    const QImage turned = DragOut::picture(redAndBlue(), {60, 120}, 90, 1, 1);
+    const QImage turned = DragOut::picture(redAndBlue({40, 20}), {60, 120}, 90, 1, 1);
     EXPECT_GT(turned.pixelColor(30, 4).blue(), 200); // counter-clockwise: the right is on top
     EXPECT_GT(turned.pixelColor(4, 115).red(), 200);
     const auto badge = [](qsizetype count) {
@@ -67,7 +61,7 @@ TEST(DragOutTest, carriesFilesAndTextUnderATurnedPictureWithTheCountOfMany) {
 
 TEST(PreparedThumbnailsTest, keepsOnePictureForEachSizeAndTurn) {
     PreparedThumbnails prepared;
-    const QImage thumbnail = redAndBlue();
+    const QImage thumbnail = redAndBlue({40, 20});
     const auto kept = [&](QSize size, double angle) {
         return !prepared.picture(thumbnail, size, angle, false).isNull();
     };

@@ -5,16 +5,23 @@
 
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserView.h"
+#include "support/Images.h"
 #include "support/Mouse.h"
 #include "ui/PBModalTextField.h"
 #include "ui/PBScroller.h"
 
 #include <QContextMenuEvent>
 #include <QPaintEvent>
+#include <QPainter>
 
 inline QImage plain(QColor color, QSize size = {300, 200}) {
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(color);
+    return support::filled(size, color, QImage::Format_ARGB32_Premultiplied);
+}
+
+/// The left half and the right one.
+inline QImage redAndBlue(QSize size) {
+    QImage image = plain(Qt::red, size);
+    QPainter(&image).fillRect(size.width() / 2, 0, size.width(), size.height(), Qt::blue);
     return image;
 }
 
@@ -93,8 +100,9 @@ struct BrowserViewTest : ::testing::Test {
         now += 1;
         scrollView.motion().tick();
     }
-    QImage picture() {
-        QImage image(view->size(), QImage::Format_RGB32);
+    QImage picture(double ratio = 1) {
+        QImage image((view->size().toSizeF() * ratio).toSize(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
         view->render(&image);
         return image;
     }

@@ -32,11 +32,10 @@ struct FakeThumbnails final : ThumbnailLoader {
 
 /// A build of the build queue, as far as the browser can see.
 struct FakeBuild final : platform::Operation {
-    explicit FakeBuild(qint64 fileId) : Operation(fileId) {}
-    std::function<void()> work = [] {};
+    using Operation::Operation;
 
 protected:
-    void main() override { work(); }
+    void main() override {}
 };
 
 struct FakeServices final : BrowserServices, group::FolderPaths {

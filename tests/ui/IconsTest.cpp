@@ -1,13 +1,10 @@
 #include "ui/Icons.h"
-#include "library/FolderIcons.h"
-#include "library/PBAliasObject.h"
 #include "ui/GroupIcons.h"
 #include "ui/PBThemes.h"
 
 #include "support/Support.h"
 
 #include <QDirIterator>
-#include <QStandardPaths>
 
 namespace {
 
@@ -61,19 +58,13 @@ TEST(IconsTest, formsAndStatesHaveTheirColours) {
 TEST(IconsTest, everyNameInUseHasADrawing) {
     for (int type = 0; type <= 63; ++type)
         EXPECT_FALSE(Icons::ofGroup(group::imageWithGroupType(type)).isNull()) << type;
-    using enum QStandardPaths::StandardLocation;
-    QSet<QString> names{FolderIcons::nameForPath(u"/"_s), FolderIcons::aliasBadge()};
-    for (const auto location :
-         {PicturesLocation, DownloadLocation, DocumentsLocation, MoviesLocation, MusicLocation,
-          DesktopLocation, HomeLocation})
-        names.insert(FolderIcons::nameForPath(QStandardPaths::writableLocation(location)));
-    for (const std::uint64_t type : {PBAliasObject::Network, PBAliasObject::Removable})
-        names.insert(FolderIcons::nameForType(type));
-    // What the sources ask for by name, and literals that look like a form of a symbol.
-    names += support::namesInSources(
+    // What the sources ask for by name, and literals that look like a form of a symbol or a
+    // folder's.
+    const QSet<QString> names = support::namesInSources(
         QStringLiteral(VELMORA_SOURCES),
-        uR"re(Icons::(?:named|pixmap)\(\s*(?:QStringLiteral\()?u?"([\w-]+)"|"([A-Za-z]\w*_[ns])")re"_s);
-    EXPECT_GE(names.size(), 30);
+        uR"re(Icons::(?:named|pixmap)\(\s*(?:QStringLiteral\()?u?"([\w-]+)"|"([A-Za-z]\w*_[ns])")re"
+        uR"re(|"((?:folder|user|drive|network|emblem)-[a-z-]+)")re"_s);
+    EXPECT_TRUE(names.size() >= 30 && names.contains(u"user-home"_s));
     for (const QString& name : names)
         EXPECT_FALSE(Icons::named(name).isNull()) << name.toStdString();
 }

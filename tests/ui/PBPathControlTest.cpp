@@ -50,20 +50,15 @@ TEST(PBPathCellTest, ofLimitedCellsTheLongestGiveWay) {
     }
 }
 
-struct PBPathControlTest : testing::Test {
-    PBPathControlTest() {
-        control.resize(500, control.height());
-        control.show();
-        show({3, 5});
-    }
-    void show(std::vector<int> types) {
-        control.setGroupTypeArray(std::make_shared<const std::vector<int>>(std::move(types)));
-    }
-    QMenu* menu() const { return control.findChild<QMenu*>(); }
+TEST(PBPathControlTest, keysAndTheLeftButtonOpenTheMenuOfACell) {
     PBPathControl control;
-};
-
-TEST_F(PBPathControlTest, keysAndTheLeftButtonOpenTheMenuOfACell) {
+    control.resize(500, control.height());
+    control.show();
+    const auto show = [&](std::vector<int> types) {
+        control.setGroupTypeArray(std::make_shared<const std::vector<int>>(std::move(types)));
+    };
+    const auto menu = [&] { return control.findChild<QMenu*>(); };
+    show({3, 5});
     std::vector<PBGroupMenuAction> clicked;
     QObject::connect(
         &control, &PBPathControl::groupMenuClicked, &control,

@@ -4,14 +4,26 @@
 #include "ui/PBScroller.h"
 #include "ui/PBThemes.h"
 
+#include <QSignalSpy>
 #include <QTest>
 #include <QWheelEvent>
 
 namespace {
 
 struct LineScrollView final : PBScrollView {
-    using PBScrollView::PBScrollView;
     double scrollLine() const override { return 50; }
+    double roundPosition(double wanted) const override { return std::rint(wanted / step) * step; }
+    void scrollTimeWillBegin() override {
+        ++begun;
+        PBScrollView::scrollTimeWillBegin();
+    }
+    void scrollTimeDidEnd(std::int64_t direction) override {
+        ended.push_back(direction);
+        PBScrollView::scrollTimeDidEnd(direction);
+    }
+    double step = 1;
+    int begun = 0;
+    std::vector<std::int64_t> ended;
 };
 
 void sendWheel(
@@ -37,18 +49,23 @@ struct PBScrollViewTest : ::testing::Test {
         view.motion().tick();
         return y();
     }
+    /// Where the motion leads after a turn of the wheel.
+    double turned(double delta, double later = 0) {
+        now += later;
+        view.motion().wheel(delta);
+        return view.motion().scrollStopPos();
+    }
 
     double now = 100;
     LineScrollView view;
 };
 
 TEST_F(PBScrollViewTest, keepsWholePositionsWithinTheDocument) {
-    int scrolls = 0;
-    QObject::connect(&view, &PBScrollView::didScroll, &view, [&] { ++scrolls; });
+    const QSignalSpy scrolls(&view, &PBScrollView::didScroll);
     view.setPbScrollPoint({-5, 1.6});
     EXPECT_EQ(view.pbScrollPoint(), QPointF(0, 2));
     view.setPbScrollPoint({0, 1e9});
-    EXPECT_EQ(std::pair(y(), scrolls), std::pair(9600.0, 2));
+    EXPECT_EQ(std::pair(y(), scrolls.size()), std::pair(9600.0, 2LL));
     view.setDocumentSize({280, 1000.2});
     EXPECT_EQ(y(), 601);
     auto* document = new QWidget;
@@ -88,6 +105,42 @@ TEST_F(PBScrollViewTest, theKnobRestsWhileItIsHeldAndShowsThePositionAfterwards)
     EXPECT_EQ(std::pair(y(), scroller.value()), std::pair(700.0, 700));
 }
 
+TEST_F(PBScrollViewTest, turnsOfTheWheelAddUpAndTheFirstTwoAgainstThemAreSwallowedUntilARest) {
+    view.setPbScrollPoint({0, 100});
+    for (int turn = 0; turn < 4; ++turn)
+        turned(-10);
+    now += 0.1;
+    for (const double delta : {-10, 10, 10})
+        EXPECT_EQ(turned(delta), 150);
+    // Against a motion the way counts from where it is now.
+    EXPECT_EQ(turned(10), y() - 10);
+    EXPECT_EQ(view.motion().scrollPosFlag(), -1);
+    finished();
+    EXPECT_EQ(view.ended, std::vector<std::int64_t>{-1});
+    view.setPbScrollPoint({0, 100});
+    turned(-10);
+    EXPECT_EQ(turned(-10, 0.7), 120); // the motion is over, but no tick came: the loop was busy
+    EXPECT_EQ(turned(-10, 0.1), 130);
+    finished();
+    for (const double delta : {10, 0})
+        EXPECT_EQ(turned(delta), 120);
+}
+
+TEST_F(PBScrollViewTest, aNewTargetStartsFromWhereTheMotionIsAndEndsWhereItMayRest) {
+    view.setPbScrollPoint({0, 100});
+    view.scrollToPosition(1100, true);
+    now += 0.3; // not ticked yet
+    view.step = 80;
+    view.scrollToPosition(110, true);
+    EXPECT_EQ(y(), 850);
+    EXPECT_EQ(view.begun, 1);
+    EXPECT_EQ(finished(), 80);
+    view.scrollToPosition(400, true);
+    view.scrollToPosition(210, false);
+    EXPECT_TRUE(y() == 240 && !view.motion().isRunning());
+    EXPECT_EQ(view.ended, (std::vector<std::int64_t>{0, 0}));
+}
+
 TEST_F(PBScrollViewTest, linesAndPagesAreEasedAndAddUpAndPreciseDevicesMoveByPixels) {
     const std::tuple<QPoint, QPoint, double> turns[] = {
         {{}, {0, -120}, 50},
@@ -103,13 +156,12 @@ TEST_F(PBScrollViewTest, linesAndPagesAreEasedAndAddUpAndPreciseDevicesMoveByPix
     EXPECT_EQ(y(), 116);
     PBScroller& scroller = view.scroller();
     scroller.setPageScroll(100);
-    for (const auto action :
-         {QAbstractSlider::SliderPageStepAdd, QAbstractSlider::SliderSingleStepAdd,
-          QAbstractSlider::SliderSingleStepAdd})
+    using enum QAbstractSlider::SliderAction;
+    for (const auto action : {SliderPageStepAdd, SliderSingleStepAdd, SliderSingleStepAdd})
         scroller.triggerAction(action);
     EXPECT_EQ(y(), 116);
     EXPECT_EQ(finished(), 116 + 300 + 50 + 50);
-    scroller.triggerAction(QAbstractSlider::SliderPageStepSub);
+    scroller.triggerAction(SliderPageStepSub);
     EXPECT_EQ(finished(), 216);
     QWheelEvent over({5, 5}, {}, {}, {0, -120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&scroller, &over);
@@ -124,19 +176,16 @@ TEST_F(PBScrollViewTest, aGestureWithPhasesMovesAtOnceAndCountsAsScrollingUntilI
     EXPECT_TRUE(view.motion().isRunning());
     sendWheel(view, {0, -30}, {0, -30}, Qt::ScrollUpdate);
     EXPECT_TRUE(y() == 30 && !view.motion().isRunning());
-    sendWheel(view, {}, {}, Qt::ScrollEnd);
-    now += 0.05;
-    EXPECT_TRUE(view.isScrolling());
-    sendWheel(view, {0, -20}, {0, -20}, Qt::ScrollMomentum);
-    now += 1;
-    EXPECT_TRUE(view.isScrolling());
-    now = 0;
-    sendWheel(view, {}, {}, Qt::ScrollEnd);
-    now = 0.099;
-    sendWheel(view, {}, {}, Qt::ScrollEnd); // told twice
-    EXPECT_TRUE(view.isScrolling());
-    now = 0.1;
-    EXPECT_FALSE(view.isScrolling());
+    const std::tuple<Qt::ScrollPhase, int, double, bool> steps[] = {
+        {Qt::ScrollEnd, 0, 0.05, true}, // it scrolls so many seconds later
+        {Qt::ScrollMomentum, -20, 1, true},
+        {Qt::ScrollEnd, 0, 0.099, true},
+        {Qt::ScrollEnd, 0, 0.0011, false}}; // told twice
+    for (const auto& [phase, way, later, isScrolling] : steps) {
+        sendWheel(view, {0, way}, {0, way}, phase);
+        now += later;
+        EXPECT_EQ(view.isScrolling(), isScrolling) << later;
+    }
     EXPECT_EQ(y(), 50);
 }
 

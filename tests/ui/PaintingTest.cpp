@@ -55,14 +55,15 @@ TEST(ShadowPatchTest, fadesAlikeOnAllSidesAndFallsBelow) {
 
 TEST(TextLinesTest, namesOfFilesKeepWhatTellsThemFromTheirNeighbours) {
     const QFontMetricsF metrics{QFont()};
+    const QString camera = u"IMG_20240512_0001.jpg"_s, walk = u"a walk along the river.jpeg"_s;
     const std::tuple<QString, int, QString> names[] = {
-        {u"IMG_20240512_0001.jpg"_s, 16, u"IMG_20240512_0001.jpg"_s},
-        {u"IMG_20240512_0001.jpg"_s, 16, u"IMG_20…0001.jpg"_s}, // the whole number
-        {u"IMG_20240512_0001.jpg"_s, 16, u"…0512_0001"_s},
-        {u"IMG_20240512_0001.jpg"_s, 0, u"IMG_20…0001.jpg"_s},
-        {u"a walk along the river.jpeg"_s, 0, u"a walk…iver.jpeg"_s},
-        {u"a walk along the river.jpeg"_s, 7, u"a w…along the river.jpeg"_s},
-        {u"a walk along the river.jpeg"_s, 7, u"a walk along the river…"_s},
+        {camera, 16, camera},
+        {camera, 16, u"IMG_20…0001.jpg"_s}, // the whole number
+        {camera, 16, u"…0512_0001"_s},
+        {camera, 0, u"IMG_20…0001.jpg"_s},
+        {walk, 0, u"a walk…iver.jpeg"_s},
+        {walk, 7, u"a w…along the river.jpeg"_s},
+        {walk, 7, u"a walk along the river…"_s},
         {u"a walk.in the wood"_s, 0, u"a walk.i…wood"_s}}; // that is no ending
     for (const auto& [name, differsFrom, shown] : names) {
         const double room = metrics.horizontalAdvance(shown) + 1;
@@ -116,26 +117,24 @@ TEST(ToolbarButtonTest, showsItsStateAndItsPlaceInARow) {
 TEST(ProgramStyleTest, theSymbolOfAHighlightedEntryHasTheColourOfItsText) {
     PBThemes::apply(PBThemes::Scheme::Light);
     QMenu menu;
-    QAction* entry = menu.addAction(Icons::named(u"search"_s), QString());
     QStyleOptionMenuItem option;
-    const auto drawn = [&](bool isHighlighted) {
-        option.initFrom(&menu);
-        option.state.setFlag(QStyle::State_Selected, isHighlighted);
-        option.icon = entry->icon();
-        option.maxIconWidth = 24;
-        option.menuItemType = QStyleOptionMenuItem::Normal;
-        option.rect = QRect(0, 0, 100, 24);
+    option.initFrom(&menu);
+    option.icon = Icons::named(u"search"_s);
+    option.maxIconWidth = 24;
+    option.menuItemType = QStyleOptionMenuItem::Normal;
+    option.rect = QRect(0, 0, 40, 24);
+    const auto whitePixels = [&] {
         QImage image = support::filled(option.rect.size(), Qt::black);
         QPainter painter(&image);
         QApplication::style()->drawControl(QStyle::CE_MenuItem, &option, &painter, &menu);
-        int white = 0;
-        for (int x = 0; x < 40; ++x)
-            for (int y = 0; y < 24; ++y)
-                white += image.pixelColor(x, y).red() > 200 ? 1 : 0;
-        return white;
+        int count = 0;
+        for (int place = 0; place < 40 * 24; ++place)
+            count += image.pixelColor(place % 40, place / 40).red() > 200 ? 1 : 0;
+        return count;
     };
-    EXPECT_EQ(drawn(false), 0);
-    EXPECT_GT(drawn(true), 5);
+    EXPECT_EQ(whitePixels(), 0);
+    option.state.setFlag(QStyle::State_Selected);
+    EXPECT_GT(whitePixels(), 5);
 }
 
 TEST(PBThemesTest, secondaryTextCanBeReadOnEveryGround) {

@@ -7,6 +7,7 @@
 #include "ui/SearchField.h"
 
 #include <QPointer>
+#include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTest>
 
@@ -14,19 +15,15 @@ namespace {
 
 using support::sendMouse;
 
-struct PBSplitViewTest : testing::TestWithParam<int> {
-    PBSplitViewTest() {
-        view.setPanes(new QWidget, new QWidget, fixed, {100, 200}, 150);
-        view.resize(600 + view.handleWidth(), 300);
-        view.show();
-        view.setFixedPaneSize(120);
-    }
-    const int fixed = GetParam();
-    PBSplitView view{Qt::Horizontal};
-};
+struct PBSplitViewTest : testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(Fixed, PBSplitViewTest, testing::Values(0, 1));
 
-TEST_P(PBSplitViewTest, onePaneKeepsItsSizeUntilTheDividerIsDragged) {
+TEST_P(PBSplitViewTest, onePaneKeepsItsSizeUntilTheDividerIsDraggedOrMovesByItself) {
+    const int fixed = GetParam();
+    PBSplitView view(Qt::Horizontal);
+    view.setPanes(new QWidget, new QWidget, fixed, {100, 200}, 150);
+    view.resize(600 + view.handleWidth(), 300);
+    view.show();
     EXPECT_EQ(view.widget(fixed)->minimumWidth(), 100);
     EXPECT_EQ(view.widget(1 - fixed)->minimumWidth(), 150);
     const std::pair<int, int> sizes[] = {{5000, 200}, {1, 100}, {0, 0}, {120, 120}};
@@ -35,14 +32,12 @@ TEST_P(PBSplitViewTest, onePaneKeepsItsSizeUntilTheDividerIsDragged) {
         EXPECT_EQ(std::pair(view.fixedPaneSize(), view.length()), std::pair(held, 600)) << wanted;
         EXPECT_EQ(view.isPaneCollapsed(fixed), held == 0);
     }
-    int resizes = 0;
-    QObject::connect(&view, &PBSplitView::splitViewDidResizeSubviews, &view, [&] { ++resizes; });
+    const QSignalSpy resizes(&view, &PBSplitView::splitViewDidResizeSubviews);
     view.resize(view.width() + 90, 300);
     EXPECT_EQ(std::pair(view.fixedPaneSize(), view.length()), std::pair(120, 690));
-    EXPECT_GE(resizes, 1);
+    EXPECT_GE(resizes.size(), 1);
     // The divider follows the mouse from where it is held, until it is let go.
-    int releases = 0;
-    QObject::connect(&view, &PBSplitView::dividerReleased, &view, [&] { ++releases; });
+    const QSignalSpy releases(&view, &PBSplitView::dividerReleased);
     const int before = view.splitPosition();
     const auto send = [&](QEvent::Type type, int distance) {
         QWidget& divider = *view.handle(1);
@@ -57,19 +52,14 @@ TEST_P(PBSplitViewTest, onePaneKeepsItsSizeUntilTheDividerIsDragged) {
     send(QEvent::MouseButtonRelease, 10);
     EXPECT_FALSE(loop.isTracking());
     EXPECT_EQ(send(QEvent::MouseMove, -10), 10);
-    EXPECT_EQ(releases, 1);
-}
-
-TEST_P(PBSplitViewTest, aMovePassesTheLimitsTakesNoMouseAndTellsOfItsEndOnce) {
+    EXPECT_EQ(releases.size(), 1);
+    // By itself it passes the limits and takes no mouse.
     int ends = 0;
-    const int end = fixed == 0 ? 0 : 600;
+    const int end = fixed == 0 ? 0 : 690;
     view.animateToPosition(end, [&] { ++ends; });
     ASSERT_TRUE(view.isAnimationRunning());
-    QWidget& divider = *view.handle(1);
-    sendMouse(divider, QEvent::MouseButtonPress, {0, 50});
-    const int before = view.splitPosition();
-    sendMouse(divider, QEvent::MouseMove, {fixed == 0 ? 30.0 : -30.0, 50});
-    EXPECT_EQ(view.splitPosition(), before);
+    const int position = send(QEvent::MouseButtonPress, 0);
+    EXPECT_EQ(send(QEvent::MouseMove, fixed == 0 ? 30 : -30), position);
     ASSERT_TRUE(support::spinUntil([&] { return ends > 0; }));
     EXPECT_EQ(view.splitPosition(), end);
     view.hide();
@@ -77,37 +67,33 @@ TEST_P(PBSplitViewTest, aMovePassesTheLimitsTakesNoMouseAndTellsOfItsEndOnce) {
     EXPECT_EQ(ends, 11); // at once
 }
 
-struct PBModalTextFieldTest : testing::Test {
-    PBModalTextFieldTest() {
-        window.resize(300, 200);
-        window.show();
-        field->setGeometry(100, 100, 80, 20);
-        field->show();
-        QObject::connect(field, &PBModalTextField::ended, &window, [this] { told += u"end"_s; });
-        QObject::connect(
-            field, &PBModalTextField::textFieldDidFinished, &window,
-            [this](int tag, const QString& text) { told += QString::number(tag) + text; });
-    }
-    const QPointF place{5, 5};
+TEST(PBModalTextFieldTest, whatIsMeantForOthersEndsNothingAndTheFirstAnswerAll) {
     QWidget window;
-    QPointer<PBModalTextField> field = new PBModalTextField(7, u".hidden"_s, &window);
+    window.resize(300, 200);
+    window.show();
+    const QPointF place{5, 5};
+    QPointer field = new PBModalTextField(7, u".hidden"_s, &window);
+    field->setGeometry(100, 100, 80, 20);
+    field->show();
     QStringList told;
-};
-
-TEST_F(PBModalTextFieldTest, whatIsMeantForOthersEndsNothingAndTheFirstAnswerAll) {
+    QObject::connect(field, &PBModalTextField::ended, &window, [&] { told += u"end"_s; });
+    QObject::connect(
+        field, &PBModalTextField::textFieldDidFinished, &window,
+        [&](int tag, const QString& text) { told += QString::number(tag) + text; });
     field->selectBaseName();
     EXPECT_EQ(field->selectedText(), u".hidden"); // no extension
     QWidget other;
     other.show();
     sendMouse(other, QEvent::MouseButtonPress, other.mapFromGlobal(window.mapToGlobal(place)));
     sendMouse(*field, QEvent::MouseButtonPress, place);
-    for (const auto reason : {Qt::PopupFocusReason, Qt::ActiveWindowFocusReason}) {
+    const auto leave = [&](Qt::FocusReason reason) {
         QFocusEvent event(QEvent::FocusOut, reason);
         QApplication::sendEvent(field, &event);
-    }
+    };
+    leave(Qt::PopupFocusReason);
+    leave(Qt::ActiveWindowFocusReason);
     EXPECT_TRUE(support::claimsShortcut(*field, Qt::Key_F2) && told.isEmpty());
-    QFocusEvent away(QEvent::FocusOut, Qt::TabFocusReason);
-    QApplication::sendEvent(field, &away);
+    leave(Qt::TabFocusReason);
     EXPECT_EQ(told, (QStringList{u"end"_s, u"7.hidden"_s}));
     sendMouse(window, QEvent::MouseButtonPress, place);
     field->cancel();
@@ -116,38 +102,28 @@ TEST_F(PBModalTextFieldTest, whatIsMeantForOthersEndsNothingAndTheFirstAnswerAll
     sendMouse(window, QEvent::MouseButtonPress, place);
 }
 
-struct PBOutlineViewTest : testing::Test {
-    PBOutlineViewTest() {
-        for (const bool isTitle : {true, false, true, false, false, true}) {
-            auto* row = new QStandardItem(u"row"_s);
-            if (isTitle) row->setFlags(Qt::ItemIsEnabled);
-            model.appendRow(row);
-        }
-        view.setModel(&model);
-        view.resize(200, 300);
-        view.show();
-        view.setCurrentIndex(model.index(1, 0));
-        QObject::connect(
-            &view, &PBOutlineView::selectedRowPressed, &view,
-            [this](const QModelIndex& index) { pressed += index.row(); });
+TEST(PBOutlineViewTest, titlesAreNeverSelectedAndTheWindowsShortcutsLeftToIt) {
+    QStandardItemModel model;
+    for (const bool isTitle : {true, false, true, false, false, true}) {
+        auto* row = new QStandardItem(u"row"_s);
+        if (isTitle) row->setFlags(Qt::ItemIsEnabled);
+        model.appendRow(row);
     }
-    void press(int row) {
+    PBOutlineView view;
+    view.setModel(&model);
+    view.resize(200, 300);
+    view.show();
+    view.setCurrentIndex(model.index(1, 0));
+    const QSignalSpy pressed(&view, &PBOutlineView::selectedRowPressed);
+    const auto press = [&](int row) {
         const QPointF point = view.visualRect(model.index(row, 0)).center();
         sendMouse(*view.viewport(), QEvent::MouseButtonPress, point);
-    }
-    int current() const { return view.currentIndex().row(); }
-
-    QStandardItemModel model;
-    PBOutlineView view;
-    QList<int> pressed;
-};
-
-TEST_F(PBOutlineViewTest, titlesAreSteppedOverAndNeverSelected) {
+    };
     const std::pair<Qt::Key, int> keys[] = {
         {Qt::Key_Up, 1}, {Qt::Key_Down, 3}, {Qt::Key_Down, 4}, {Qt::Key_Down, 4}, {Qt::Key_Up, 3}};
     for (const auto& [key, row] : keys) {
         QTest::keyClick(&view, key);
-        EXPECT_EQ(current(), row);
+        EXPECT_EQ(view.currentIndex().row(), row);
     }
     press(2);
     EXPECT_TRUE(view.selectionModel()->isSelected(model.index(3, 0)));
@@ -159,12 +135,9 @@ TEST_F(PBOutlineViewTest, titlesAreSteppedOverAndNeverSelected) {
     view.setCurrentIndex(model.index(3, 0));
     model.removeRow(4);
     model.removeRow(0);
-    EXPECT_EQ(current(), 2);
+    EXPECT_EQ(view.currentIndex().row(), 2);
     model.removeRows(2, 2);
     EXPECT_FALSE(view.currentIndex().isValid() || view.selectionModel()->hasSelection());
-}
-
-TEST_F(PBOutlineViewTest, copyPasteAndSelectAllAreLeftToTheWindow) {
     for (const int key : {Qt::Key_C, Qt::Key_V, Qt::Key_A})
         for (const auto type : {QEvent::ShortcutOverride, QEvent::KeyPress}) {
             QKeyEvent event(type, key, Qt::ControlModifier);
