@@ -1,6 +1,6 @@
 #include "shell/groups/GroupPanel.h"
 
-#include "support/Support.h"
+#include "group/CatalogueFixture.h"
 
 #include <QScrollBar>
 #include <QTest>
@@ -16,16 +16,12 @@ struct GroupPanelTest : testing::Test {
     }
     ~GroupPanelTest() override { delete view; }
 
-    void insert(const PBValue& model, int stars = 0) {
-        PBGroupItem& first =
-            PBGroupItem::sortAddGroupItem(*work, nullptr, group::CameraModel, model);
-        PBGroupItem& leaf = PBGroupItem::sortAddGroupItem(
-            first.children(), &first, group::StarRating, PBValue(stars));
-        addImage(leaf);
+    void insertBy(std::span<const int> chain, const PBArray& data) {
+        group::pushImageFileItemToWorkGroupItemArray(
+            {support::makeItem(u"a.jpg"_s, ++lastId), *work, chain, data, 0});
     }
-    void addImage(PBGroupItem& leaf) {
-        leaf.sortAddImageFileItem(
-            PBImageFileItem::imageFileItemWithId(++lastId, 1, u"a.jpg"_s, 1, 1), 0, false);
+    void insert(const PBValue& model, int stars = 0) {
+        insertBy(std::array<int, 2>{group::CameraModel, group::StarRating}, PBArray{model, stars});
     }
     void publishAlphaAndBeta() {
         insert(u"Alpha"_s, 0);
@@ -98,15 +94,14 @@ TEST_F(GroupPanelTest, aRowOfSeveralGroupsIsOpenedAndClosedAsOne) {
 
 TEST_F(GroupPanelTest, foldersOfOneNameAreToldApartByTheirParents) {
     for (const char16_t* path :
-         {u"/p/Lisbon/Day 1", u"/p/Rome/Day 1", u"/p/a/x/Day 2", u"/p/b/x/Day 2", u"/p/Day 3"}) {
-        addImage(
-            PBGroupItem::sortAddGroupItem(*work, nullptr, group::Folder, QString::fromUtf16(path)));
-    }
+         {u"/p/Lisbon/Day 1", u"/p/Rome/Day 1", u"/p/a/x/Day 2", u"/p/b/x/Day 2", u"/p/Day 3"})
+        insertBy(std::array<int, 1>{group::Folder}, PBArray{QString::fromUtf16(path)});
     publish();
-    QStringList names = support::listed(
+    const QStringList names = support::listed(
         std::array{0, 1, 2, 3, 4}, [&](int each) { return row(each).data().toString(); });
-    names.sort();
-    EXPECT_EQ(names.join(u", "), u"Day 1 (Lisbon), Day 1 (Rome), Day 2 (a/x), Day 2 (b/x), Day 3");
+    EXPECT_EQ(
+        support::sorted(names).join(u", "),
+        u"Day 1 (Lisbon), Day 1 (Rome), Day 2 (a/x), Day 2 (b/x), Day 3");
 }
 
 TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {

@@ -36,7 +36,8 @@ struct Pdf {
 };
 
 struct PrintTest : testing::Test {
-    PrintJob::Result print(const PrintPlan& plan, const std::function<void(int)>& progress = {}) {
+    PrintJob::Result print(
+        const PrintPlan& plan, const std::function<void(int)>& progress = [](int) {}) {
         PrintJob::Result result;
         platform::OperationQueue queue(u"test"_s);
         const QPageLayout layout(
@@ -44,11 +45,7 @@ struct PrintTest : testing::Test {
         job = std::make_shared<PrintJob>(
             plan, pdfTarget(file, layout), importers,
             PrintJob::Calls{
-                .progress =
-                    [&](int done) {
-                        if (progress) progress(done);
-                    },
-                .ended = [&](const PrintJob::Result& of) { result = of; }});
+                .progress = progress, .ended = [&](const PrintJob::Result& of) { result = of; }});
         queue.addOperation(job);
         queue.waitUntilAllOperationsAreFinished();
         return result;
@@ -82,8 +79,7 @@ TEST_F(PrintTest, pagesLieAsTheirPhotographsBecomeLargest) {
         {2, {300, 200}, 270, {lying, 2, 1}},
         {4, {300, 200}, 180, {lying, 2, 2}},
         {12, {300, 300}, 0, {upright, 3, 4}},
-        {2, {3000, 100}, 0, {lying, 1, 2}},
-    };
+        {2, {3000, 100}, 0, {lying, 1, 2}}};
     for (const auto& row : rows) {
         const std::vector photographs(3, photograph(row.size, row.angle));
         const Grid grid = PrintPage::bestGrid(paper, row.perPage, photographs);

@@ -3,6 +3,7 @@
 #include "codec/PBImageImporterManager.h"
 #include "core/PBAppDelegate.h"
 #include "fileactions/marks/EditRunner.h"
+#include "group/CatalogueFixture.h"
 #include "group/ItemOrder.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/BuildThumbNotifier.h"
@@ -13,10 +14,7 @@
 #include "library/PBPathHistory.h"
 #include "places/PBGeoManager.h"
 #include "platform/program/UserDefaults.h"
-#include "platform/tasks/BoundedCalls.h"
 #include "platform/tasks/MainLoop.h"
-#include "platform/tasks/Mutex.h"
-#include "platform/tasks/OperationQueue.h"
 #include "shell/services/BrowsingSettings.h"
 #include "shell/services/FileServices.h"
 #include "shell/services/Preferences.h"
@@ -28,7 +26,7 @@ struct NotedDelegate final : PBAppDelegate {
     void scan() override { ++scans; }
     void cancelScan() override { ++cancels; }
     bool isScanning() const override { return scanning; }
-    void regroupPlaces() override { ++regroupings; }
+    void regroupPlaces() override {}
     void updateWatchPathsInBackground() override { ++watchUpdates; }
     void setOpenFiles(std::shared_ptr<PBOpenFiles> files) override { requested = std::move(files); }
     std::shared_ptr<PBOpenFiles> openFiles() const override { return requested; }
@@ -39,7 +37,6 @@ struct NotedDelegate final : PBAppDelegate {
 
     int scans = 0;
     int cancels = 0;
-    int regroupings = 0;
     int watchUpdates = 0;
     bool scanning = false;
     bool slideShow = false;
@@ -65,6 +62,11 @@ struct NotedEdits final : fileactions::EditRunner {
     QString undoText() const override { return undoName; }
     QString redoText() const override { return redoName; }
     qint64 pendingCount() const override { return pending; }
+    /// The last one, which has to be of this kind.
+    template <typename Change>
+    const Change& lastChange() const {
+        return std::get<Change>(edits.back().first.change);
+    }
     /// Ends the edit that was asked for last.
     void end(const fileactions::EditResult& result) {
         Q_EMIT result.isStored ? didEdit(result) : didFail(result);
