@@ -1,6 +1,6 @@
 #include "info/reading/SelectionReading.h"
 
-#include "info/InfoFixture.h"
+#include "group/CatalogueFixture.h"
 
 namespace {
 
@@ -19,10 +19,10 @@ struct SelectionReadingTest : support::CatalogueFixture {
         }
         return item;
     }
-    PBImageFileList many(int count) {
-        PBImageFileList items;
-        for (int index = 0; index < count; ++index)
-            items.push_back(add(u"%1.jpg"_s.arg(index)));
+    PBImageFileList many(std::size_t count) {
+        PBImageFileList items(count);
+        for (auto& item : items)
+            item = add(u"a.jpg"_s);
         return items;
     }
 
@@ -30,9 +30,12 @@ struct SelectionReadingTest : support::CatalogueFixture {
     SelectionReading::Clock clock(double milliseconds) {
         return [this, milliseconds] { return now += milliseconds / 1000; };
     }
-    static void readAll(auto& reading) {
-        while (!reading.readSome()) {
-        }
+    /// In how many slices.
+    static int readAll(auto& reading) {
+        int slices = 1;
+        while (!reading.readSome())
+            ++slices;
+        return slices;
     }
     double now = 0;
     support::KnownFolders folders{{{1, u"/photos"_s}}};
@@ -41,13 +44,10 @@ struct SelectionReadingTest : support::CatalogueFixture {
 TEST_F(SelectionReadingTest, aSliceEndsBeforeABatchThatWouldPassItsEnd) {
     // The milliseconds of a batch.
     const std::pair<double, int> cases[] = {{0.5, 1}, {3, 3}, {7, 5}, {50, 5}};
-    const PBImageFileList items = many(static_cast<int>(5 * FileRows::most - 3));
+    const PBImageFileList items = many(5 * FileRows::most - 3);
     for (const auto& [milliseconds, expected] : cases) {
         MoreReading reading(items, database, clock(milliseconds));
-        int slices = 1;
-        while (!reading.readSome())
-            ++slices;
-        EXPECT_EQ(slices, expected) << milliseconds;
+        EXPECT_EQ(readAll(reading), expected) << milliseconds;
         EXPECT_EQ(reading.merged().moreInfoDict().size(), 2U);
     }
 }
@@ -55,7 +55,7 @@ TEST_F(SelectionReadingTest, aSliceEndsBeforeABatchThatWouldPassItsEnd) {
 TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
     for (const char* tag : {"a", "b"})
         catalogue.insertTag(QString::fromLatin1(tag));
-    PBImageFileList items = many(static_cast<int>(2 * FileRows::most));
+    PBImageFileList items = many(2 * FileRows::most);
     items.push_back(add(u"last.jpg"_s, "Nikon"));
     MoreReading more(items, database);
     readAll(more);
@@ -97,8 +97,7 @@ TEST_F(SelectionReadingTest, whatTheCatalogueDoesNotSayIsNotMadeUp) {
     // Not to be read is not the same as having nothing.
     EXPECT_TRUE(database.executeUpdate(u"drop table IPTC"_s));
     MoreReading broken({bare}, database);
-    EXPECT_TRUE(broken.readSome());
-    EXPECT_TRUE(broken.hasFailed());
+    EXPECT_TRUE(broken.readSome() && broken.hasFailed());
     EXPECT_TRUE(database.executeUpdate(u"drop table Tags"_s));
     GeneralReading withoutTags({add(u"tagged.jpg"_s)}, database, folders);
     EXPECT_TRUE(withoutTags.readSome() && withoutTags.hasFailed());
