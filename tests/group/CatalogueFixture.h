@@ -1,6 +1,5 @@
 #pragma once
 
-#include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
 #include "group/FolderPaths.h"
 #include "group/GroupingStep.h"

@@ -3,7 +3,6 @@
 #include "group/CalendarMonth.h"
 #include "group/CatalogueFixture.h"
 #include "group/GroupChainMenu.h"
-#include "group/GroupDataLoader.h"
 #include "group/GroupPresets.h"
 #include "group/ValueTexts.h"
 #include "platform/program/UserDefaults.h"
