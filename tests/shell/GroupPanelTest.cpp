@@ -16,12 +16,9 @@ struct GroupPanelTest : testing::Test {
     }
     ~GroupPanelTest() override { delete view; }
 
-    void insertBy(std::span<const int> chain, const PBArray& data) {
-        group::pushImageFileItemToWorkGroupItemArray(
-            {support::makeItem(u"a.jpg"_s, ++lastId), *work, chain, data, 0});
-    }
     void insert(const PBValue& model, int stars = 0) {
-        insertBy(std::array<int, 2>{group::CameraModel, group::StarRating}, PBArray{model, stars});
+        support::insertByModelAndStars(
+            *work, model, stars, support::makeItem(u"a.jpg"_s, ++lastId));
     }
     void publishAlphaAndBeta() {
         insert(u"Alpha"_s, 0);
@@ -95,7 +92,9 @@ TEST_F(GroupPanelTest, aRowOfSeveralGroupsIsOpenedAndClosedAsOne) {
 TEST_F(GroupPanelTest, foldersOfOneNameAreToldApartByTheirParents) {
     for (const char16_t* path :
          {u"/p/Lisbon/Day 1", u"/p/Rome/Day 1", u"/p/a/x/Day 2", u"/p/b/x/Day 2", u"/p/Day 3"})
-        insertBy(std::array<int, 1>{group::Folder}, PBArray{QString::fromUtf16(path)});
+        group::pushImageFileItemToWorkGroupItemArray(
+            {support::makeItem(u"a.jpg"_s), *work, std::array<int, 1>{group::Folder},
+             PBArray{QString::fromUtf16(path)}});
     publish();
     const QStringList names = support::listed(
         std::array{0, 1, 2, 3, 4}, [&](int each) { return row(each).data().toString(); });

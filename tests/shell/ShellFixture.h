@@ -4,7 +4,6 @@
 #include "core/PBAppDelegate.h"
 #include "fileactions/marks/EditRunner.h"
 #include "group/CatalogueFixture.h"
-#include "group/ItemOrder.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/large/PBImageBufferManager.h"
@@ -87,7 +86,6 @@ struct NotedEdits final : fileactions::EditRunner {
 /// that do nothing, and a tree that the test publishes.
 struct ShellFixture : LibraryTest {
     ShellFixture() {
-        EXPECT_TRUE(thumbnails.open());
         EXPECT_TRUE(PBCatalogue(thumbnails).checkTables_Thumbnail());
         for (platform::OperationQueue* queue : {&scanQueue, &preloadQueue, &buildQueue})
             queue->setSuspended(true);
@@ -159,7 +157,7 @@ struct ShellFixture : LibraryTest {
         .clear = [this](std::function<void(bool)> done) { clearing = std::move(done); }};
     qint64 thumbnailBytes = 3 << 20;
     NotedDelegate delegate;
-    FMDatabase thumbnails{QString()};
+    support::Database thumbnails;
     platform::BoundedCalls calls{[](std::function<void()> call) {
         platform::MainLoop::instance()->post(platform::MainLoop::Mode::Common, std::move(call));
     }};
