@@ -7,22 +7,18 @@ namespace {
 using support::entries;
 
 struct SelectionReadingTest : support::CatalogueFixture {
-    /// A photograph with a place, and a maker unless that is empty.
-    std::shared_ptr<PBImageFileItem> add(const QString& name, const char* maker = "Canon") {
-        const auto item =
-            addImage({{u"FileName"_s, name}, {u"Tag"_s, u"1,2"_s}, {u"FileStars"_s, 3}});
-        const PBDictionary gps = entries("Latitude=5");
-        EXPECT_TRUE(catalogue.insertGPSWithImageFileId(item->fileId(), gps));
-        if (*maker != 0) {
-            const PBDictionary tiff{{u"Make"_s, QString::fromLatin1(maker)}};
-            EXPECT_TRUE(catalogue.insertTiffWithImageFileId(item->fileId(), tiff));
-        }
+    /// A photograph with a place, and with these columns of its TIFF row; with none for "".
+    std::shared_ptr<PBImageFileItem> add(const char* tiff = "Make=Canon") {
+        const auto item = addImage(entries("Tag=1,2 FileStars=3"));
+        const qint64 id = item->fileId();
+        EXPECT_TRUE(catalogue.insertGPSWithImageFileId(id, entries("Latitude=5")));
+        EXPECT_TRUE(*tiff == 0 || catalogue.insertTiffWithImageFileId(id, entries(tiff)));
         return item;
     }
     PBImageFileList many(std::size_t count) {
         PBImageFileList items(count);
         for (auto& item : items)
-            item = add(u"a.jpg"_s);
+            item = add();
         return items;
     }
 
@@ -56,7 +52,7 @@ TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
     for (const char* tag : {"a", "b"})
         catalogue.insertTag(QString::fromLatin1(tag));
     PBImageFileList items = many(2 * FileRows::most);
-    items.push_back(add(u"last.jpg"_s, "Nikon"));
+    items.push_back(add("Make=Nikon"));
     MoreReading more(items, database);
     readAll(more);
     const auto dictionaries = more.merged().moreInfoDict();
@@ -64,7 +60,7 @@ TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
     EXPECT_EQ(dictionaries.at(MetadataCategory::GPS).at(u"Latitude"_s), PBValue(5.0));
     EXPECT_FALSE(dictionaries.contains(MetadataCategory::Exif));
 
-    items.push_back(add(u"none.jpg"_s, ""));
+    items.push_back(add(""));
     MoreReading withNone(items, database);
     readAll(withNone);
     EXPECT_FALSE(withNone.merged().moreInfoDict().contains(MetadataCategory::TIFF));
@@ -99,7 +95,7 @@ TEST_F(SelectionReadingTest, whatTheCatalogueDoesNotSayIsNotMadeUp) {
     MoreReading broken({bare}, database);
     EXPECT_TRUE(broken.readSome() && broken.hasFailed());
     EXPECT_TRUE(database.executeUpdate(u"drop table Tags"_s));
-    GeneralReading withoutTags({add(u"tagged.jpg"_s)}, database, folders);
+    GeneralReading withoutTags({add()}, database, folders);
     EXPECT_TRUE(withoutTags.readSome() && withoutTags.hasFailed());
 }
 

@@ -160,16 +160,12 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
 
     // One that the catalogue has is there at once, and gives way to that of the scan.
     const auto values = platform::FileManager::look(path(u"photos/c"_s)).values;
-    ASSERT_GT(
-        PBCatalogue(db).insertImageFileWithDictionary(
-            {{u"FolderId"_s, folderId},
-             {u"FileName"_s, u"c"_s},
-             {u"FileSize"_s, values.fileSize},
-             {u"ModificationDate"_s, PBDate{values.modificationDate}},
-             {u"ImageWidth"_s, 40},
-             {u"ImageHeight"_s, 30},
-             {u"RotateAngle"_s, 90}}),
-        0);
+    PBDictionary columns =
+        support::entries("FileName=c ImageWidth=40 ImageHeight=30 RotateAngle=90");
+    columns[u"FolderId"_s] = folderId;
+    columns[u"FileSize"_s] = values.fileSize;
+    columns[u"ModificationDate"_s] = PBDate{values.modificationDate};
+    ASSERT_GT(catalogue.insertImageFileWithDictionary(columns), 0);
     openFiles("c");
     EXPECT_EQ(shown(), u"C|"_s);
     EXPECT_EQ(bin().focusImageFileItem()->rotateAngle(), 90);

@@ -34,16 +34,12 @@ struct ShareCommandsTest : FilesFixture {
         return folders.pathOfFolderId(item.folderId()) + u'/' + item.fileName();
     }
     ShareService service(const QString& title, bool isProgram) {
-        return {
-            .title = title,
-            .image = {},
-            .performWithItems =
-                [this, title](const QStringList& paths, const std::function<void(bool)>& done) {
-                    handed = paths;
-                    taker = title;
-                    done(isTaken);
-                },
-            .isProgram = isProgram};
+        const auto perform = [this, title](const QStringList& paths, const auto& done) {
+            handed = paths;
+            taker = title;
+            done(isTaken);
+        };
+        return {.title = title, .image = {}, .performWithItems = perform, .isProgram = isProgram};
     }
     static QString entries(const QMenu& menu) {
         QStringList texts;
@@ -57,8 +53,9 @@ struct ShareCommandsTest : FilesFixture {
         menu.actions().at(entry)->trigger();
         wait();
     }
-    QStringList folderNames(const QString& folder) const {
-        return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+    /// The folders of copies.
+    QStringList cached() const {
+        return QDir(cache).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
     }
     /// What the window says, once.
     QString alert() {
@@ -144,7 +141,7 @@ TEST_F(ShareCommandsTest, whatIsTurnedIsHandedOverUprightAndStaysOnlyIfSomebodyT
     share(1);
     EXPECT_EQ(taker, u"Mail");
     ASSERT_EQ(handed.size(), 4);
-    const QStringList folder = folderNames(cache);
+    const QStringList folder = cached();
     ASSERT_EQ(folder.size(), 1);
     const QString base = cache + u'/' + folder.front();
     const QStringList expected{
@@ -158,7 +155,7 @@ TEST_F(ShareCommandsTest, whatIsTurnedIsHandedOverUprightAndStaysOnlyIfSomebodyT
 
     isTaken = false;
     share();
-    EXPECT_TRUE(support::spinUntil([&] { return folderNames(cache) == folder; }));
+    EXPECT_TRUE(support::spinUntil([&] { return cached() == folder; }));
     EXPECT_EQ(alert(), u"“View & Co” could not be started with these photographs.|");
 
     // One that can't be read: nobody gets anything.
@@ -167,7 +164,7 @@ TEST_F(ShareCommandsTest, whatIsTurnedIsHandedOverUprightAndStaysOnlyIfSomebodyT
     share();
     EXPECT_EQ(questions.log, QStringList{u"failed 1 c.png"_s});
     EXPECT_TRUE(handed.isEmpty());
-    EXPECT_TRUE(support::spinUntil([&] { return folderNames(cache) == folder; }));
+    EXPECT_TRUE(support::spinUntil([&] { return cached() == folder; }));
     EXPECT_EQ(alert(), QString());
 }
 

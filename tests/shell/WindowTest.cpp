@@ -44,8 +44,8 @@ struct WindowTest : WindowFixture {
     WindowTest() {
         for (const QString& name : {u"a.jpg"_s, u"b.jpg"_s, u"c.jpg"_s}) {
             support::writeFile(path(u"photos") + u'/' + name, "x");
-            const qint64 id = PBCatalogue(db).insertImageFileWithDictionary(
-                {{u"FolderId"_s, PBValue(folderId)}, {u"FileName"_s, name}});
+            const qint64 id = catalogue.insertImageFileWithDictionary(
+                {{u"FolderId"_s, folderId}, {u"FileName"_s, name}});
             items.push_back(support::makeItem(name, id, 1, 1, folderId));
         }
         showWindow();
