@@ -2,7 +2,6 @@
 
 #include "core/Texts.h"
 #include "group/CatalogueFixture.h"
-#include "group/ItemOrder.h"
 
 using namespace group;
 

@@ -1,8 +1,7 @@
-#include "browser/input/BrowserInput.h"
+#include "browser/layout/BrowserMetrics.h"
 #include "group/ItemOrder.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/TextLanguages.h"
-#include "shell/commands/ArrangeCommands.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/ThumbnailSizeSlider.h"
 

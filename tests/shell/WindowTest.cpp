@@ -5,7 +5,6 @@
 #include "info/tags/PBTagTokenField.h"
 #include "platform/program/LocalizedTexts.h"
 #include "shell/WindowFixture.h"
-#include "shell/commands/FilterCommands.h"
 #include "shell/commands/MarkCommands.h"
 #include "shell/commands/WindowChoice.h"
 #include "shell/groups/PBGroupOutlineView.h"
