@@ -1,9 +1,9 @@
 #pragma once
 
-#include "FMDB/FMDatabase.h"
 #include "catalogue/PBCatalogue.h"
 #include "group/FolderPaths.h"
 #include "group/GroupingStep.h"
+#include "group/ItemOrder.h"
 #include "group/PBGroupItem.h"
 #include "support/Rows.h"
 
@@ -48,6 +48,15 @@ inline std::shared_ptr<PBImageFileItem> makeItem(
     const QString& name, qint64 id = 1, quint64 size = 0, double modifiedDate = 0,
     qint64 folderId = 1) {
     return PBImageFileItem::imageFileItemWithId(id, folderId, name, size, modifiedDate);
+}
+
+/// Puts the item into a tree of camera models with star ratings below, as a scan does it.
+inline void insertByModelAndStars(
+    PBGroupItemArray& tree, const PBValue& model, int stars,
+    const std::shared_ptr<PBImageFileItem>& item) {
+    using namespace group;
+    const std::array<int, 2> chain{CameraModel, StarRating};
+    pushImageFileItemToWorkGroupItemArray({item, tree, chain, PBArray{model, stars}, SortFileName});
 }
 
 /// The tree as text: nodes by their values, images by their names.

@@ -3,7 +3,6 @@
 #include "group/CalendarMonth.h"
 #include "group/CatalogueFixture.h"
 #include "group/GroupChainMenu.h"
-#include "group/GroupDataLoader.h"
 #include "group/GroupPresets.h"
 #include "group/ValueTexts.h"
 #include "platform/program/UserDefaults.h"
@@ -36,11 +35,9 @@ TEST_F(GroupTypesTest, eachTypeHasANameOfItsOwnAndAnIcon) {
 }
 
 TEST_F(GroupTypesTest, valuesOfMetadataComeFromTheColumnOfTheirTable) {
+    using enum GroupSource;
     const std::map<GroupSource, QString> tables{
-        {GroupSource::Exif, u"Exif"_s},
-        {GroupSource::ExifAux, u"ExifAux"_s},
-        {GroupSource::Tiff, u"Tiff"_s},
-        {GroupSource::IPTC, u"IPTC"_s}};
+        {Exif, u"Exif"_s}, {ExifAux, u"ExifAux"_s}, {Tiff, u"Tiff"_s}, {IPTC, u"IPTC"_s}};
     const QString insertion = u"insert into %1 (FileId,%2) values (?,'2019:07:14 10:00:00')"_s;
     int found = 0;
     for (int type = 0; type < groupTypeCount; ++type) {

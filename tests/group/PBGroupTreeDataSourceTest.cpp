@@ -1,13 +1,13 @@
 #include "group/PBGroupTreeDataSource.h"
 
 #include "group/CatalogueFixture.h"
-#include "group/ItemOrder.h"
 #include "group/PublicationMailbox.h"
 #include "platform/tasks/MainLoop.h"
 
 using namespace group;
 using platform::MainLoop;
 using support::describe;
+using support::insertByModelAndStars;
 using support::makeItem;
 using support::spinUntil;
 
@@ -60,16 +60,9 @@ struct PBGroupTreeDataSourceTest : testing::Test {
         source.setOutline(&views);
         source.setDisplay(&views);
     }
-    static void insertInto(
-        PBGroupItemArray& tree, const QString& model, int stars,
-        const std::shared_ptr<PBImageFileItem>& item) {
-        pushImageFileItemToWorkGroupItemArray(
-            {item, tree, std::array<int, 2>{CameraModel, StarRating}, PBArray{model, stars},
-             SortFileName});
-    }
     /// Publishes the tree with one more image.
     void publishWith(const QString& model, const QString& name, bool updateScroll = false) {
-        insertInto(*work, model, 1, makeItem(name));
+        insertByModelAndStars(*work, model, 1, makeItem(name));
         source.groupItemArrayDidFinish(makeGroupPublication(work, updateScroll));
     }
     void publish() { source.groupItemArrayDidFinish(makeGroupPublication(work)); }
@@ -115,7 +108,7 @@ TEST_F(PBGroupTreeDataSourceTest, swapTellsTheViewsInOrderAndKeepsTheSelection) 
 }
 
 TEST_F(PBGroupTreeDataSourceTest, publicationsOfAReplacedScanOrForADataSourceThatIsGoneAreDropped) {
-    insertInto(*work, u"R5"_s, 1, makeItem(u"a"_s));
+    insertByModelAndStars(*work, u"R5"_s, 1, makeItem(u"a"_s));
     const auto stale = makeGroupPublication(work);
     for (const auto& next : {std::make_shared<PBGroupItemArray>(), {}}) {
         source.setGroupItemArray_work(next);
@@ -177,7 +170,7 @@ TEST_F(PBGroupTreeDataSourceTest, scanThreadPublishesWhileTheMainThreadEdits) {
     std::jthread scan([work = work, publisher = source.publisher()] {
         for (int number = 0; number < count; ++number) {
             const auto item = makeItem(u"P%1"_s.arg(number * 7919 % count), number);
-            insertInto(*work, u"M%1"_s.arg(number % 5), number % 3, item);
+            insertByModelAndStars(*work, u"M%1"_s.arg(number % 5), number % 3, item);
             if (number % 20 == 19) publisher(makeGroupPublication(work));
         }
         publisher(makeGroupPublication(work));
@@ -204,7 +197,7 @@ TEST_F(PBGroupTreeDataSourceTest, aScanKnowsWhetherItsLastTreeIsOnShow) {
     const auto waits = source.waitsForDisplay();
     EXPECT_FALSE(waits());
     views.isBusy = true;
-    insertInto(*work, u"R5"_s, 1, makeItem(u"a"_s));
+    insertByModelAndStars(*work, u"R5"_s, 1, makeItem(u"a"_s));
     source.publisher()(makeGroupPublication(work));
     EXPECT_TRUE(waits());
     runLoop();
@@ -221,7 +214,7 @@ TEST_F(PBGroupTreeDataSourceTest, ofAFolderThatWasJustSelectedTheFirstTreeIsShow
     publish(makeGroupPublication(work)); // waits while the sheet rests
     runLoop();
     const auto next = std::make_shared<PBGroupItemArray>();
-    insertInto(*next, u"Z9"_s, 1, makeItem(u"b"_s));
+    insertByModelAndStars(*next, u"Z9"_s, 1, makeItem(u"b"_s));
     source.setGroupItemArray_work(next);
     publish(makeGroupPublication(next));
     runLoop();
@@ -230,12 +223,11 @@ TEST_F(PBGroupTreeDataSourceTest, ofAFolderThatWasJustSelectedTheFirstTreeIsShow
 
 TEST_F(PBGroupTreeDataSourceTest, ofPublicationsThatWaitTheNewestOfEachTreeIsShown) {
     PublicationMailbox mailbox;
-    const auto other = std::make_shared<PBGroupItemArray>();
     EXPECT_TRUE(mailbox.put(makeGroupPublication(work, true)));
     const auto newest = makeGroupPublication(work);
     EXPECT_FALSE(mailbox.put(newest));
     // A late one of a former scan must not take the place of the present one's.
-    const auto late = makeGroupPublication(other);
+    const auto late = makeGroupPublication(std::make_shared<PBGroupItemArray>());
     EXPECT_TRUE(mailbox.put(late));
     EXPECT_TRUE(mailbox.put(makeGroupPublication(work)));
     EXPECT_EQ(mailbox.take(), newest);

@@ -1,4 +1,4 @@
-#include "info/InfoFixture.h"
+#include "group/CatalogueFixture.h"
 #include "info/InfoPanel.h"
 #include "info/PBGeneralInfoView.h"
 #include "info/PBStarRatingCell.h"
@@ -29,9 +29,8 @@ struct NotedEdits final : InfoEdits {
         note({item}, typedName);
     }
     void note(const PBImageFileList& items, const QString& what) {
-        noted.append(
-            support::listed(items, [](const auto& item) { return item->fileName(); }).join(u',') +
-            u": "_s + what);
+        const auto nameOf = [](const auto& item) { return item->fileName(); };
+        noted.append(support::listed(items, nameOf).join(u',') + u": "_s + what);
     }
     QStringList noted;
 };
@@ -52,9 +51,9 @@ struct GeneralInfoViewTest : support::CatalogueFixture {
         return *view.findChild<Part*>();
     }
     void type(const QString& text) { QTest::keyClicks(&part<PBTagTokenField>().editor(), text); }
-    QPoint nameOf() {
+    void clickName() {
         const QRect row = view.rowRect(static_cast<int>(GeneralRow::FileName));
-        return {40, row.bottom() - 8};
+        sendMouse(view, QEvent::MouseButtonPress, {40.0, row.bottom() - 8.0});
     }
 
     NotedEdits edits;
@@ -74,7 +73,7 @@ TEST_F(GeneralInfoViewTest, anEditBelongsToThosePhotographsThatItBeganWith) {
     select({b});
     EXPECT_EQ(edits.noted, QStringList{u"a.b.jpg: +sun-"_s});
     EXPECT_TRUE(part<PBTagTokenField>().tokens().isEmpty());
-    sendMouse(view, QEvent::MouseButtonPress, nameOf());
+    clickName();
     ASSERT_EQ(part<PBModalTextField>().selectedText(), u"b"_s);
     part<PBModalTextField>().setText(u"new.jpg"_s);
     select({a, b});
@@ -96,7 +95,7 @@ TEST_F(GeneralInfoViewTest, whatIsHalfTypedStaysWhileAScanBringsTheSamePhotograp
     part<QToolButton>().click();
     EXPECT_EQ(edits.noted.back(), u"a.b.jpg,b.jpg: flag"_s) << "of a folded group, too";
     select({a});
-    sendMouse(view, QEvent::MouseButtonPress, nameOf());
+    clickName();
     part<PBModalTextField>().setText(u"half"_s);
     select({again});
     EXPECT_EQ(edits.noted.size(), 2);
@@ -107,16 +106,16 @@ TEST_F(GeneralInfoViewTest, whatIsHalfTypedStaysWhileAScanBringsTheSamePhotograp
 
 TEST_F(GeneralInfoViewTest, aNameIsGivenOnlyWhereOneIsSelectedAndChanged) {
     select({a, b});
-    sendMouse(view, QEvent::MouseButtonPress, nameOf());
+    clickName();
     EXPECT_FALSE(view.findChild<PBModalTextField*>());
     select({a});
-    for (const int key : {Qt::Key_Return, Qt::Key_Escape}) {
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
         view.selectRow(static_cast<int>(GeneralRow::FileName));
         QTest::keyClick(&view, Qt::Key_F2);
         auto& field = part<PBModalTextField>();
         EXPECT_EQ(field.selectedText(), u"a.b"_s) << "without the extension";
         if (key == Qt::Key_Escape) field.setText(u"other"_s);
-        QTest::keyClick(&field, static_cast<Qt::Key>(key));
+        QTest::keyClick(&field, key);
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     EXPECT_TRUE(edits.noted.isEmpty());
@@ -137,11 +136,14 @@ TEST_F(GeneralInfoViewTest, starsAreSetByClickDragAndKeys) {
     const auto at = [](int star) {
         return QPointF(PBStarRatingCell::leftRoom + star * PBStarRatingCell::starSize - 4, 8);
     };
+    const auto asked = [&] {
+        return edits.noted.isEmpty() ? QString() : edits.noted.takeLast().section(u' ', 1);
+    };
     const auto drag = [&](int from, int to) {
         sendMouse(stars, QEvent::MouseButtonPress, at(from));
         sendMouse(stars, QEvent::MouseMove, at(to));
         sendMouse(stars, QEvent::MouseButtonRelease, at(to));
-        return edits.noted.isEmpty() ? QString() : edits.noted.takeLast().section(u' ', 1);
+        return asked();
     };
     select({a});
     EXPECT_EQ(drag(3, 3), u"3 stars"_s);
@@ -155,8 +157,7 @@ TEST_F(GeneralInfoViewTest, starsAreSetByClickDragAndKeys) {
         {Qt::Key_2, "2 stars"},   {Qt::Key_9, ""},     {Qt::Key_Delete, "0 stars"}};
     for (const auto& [key, expected] : keys) {
         QTest::keyClick(&stars, key);
-        const QString asked = edits.noted.isEmpty() ? QString() : edits.noted.takeLast();
-        EXPECT_EQ(asked.section(u' ', 1), QString::fromLatin1(expected)) << key;
+        EXPECT_EQ(asked(), QString::fromLatin1(expected)) << key;
     }
     // Mixed ones can be taken away, too.
     database.executeUpdate(u"update ImageFile set FileStars = 5 where Id = ?"_s, a->fileId());

@@ -1,28 +1,24 @@
 #include "info/reading/SelectionReading.h"
 
-#include "info/InfoFixture.h"
+#include "group/CatalogueFixture.h"
 
 namespace {
 
 using support::entries;
 
 struct SelectionReadingTest : support::CatalogueFixture {
-    /// A photograph with a place, and a maker unless that is empty.
-    std::shared_ptr<PBImageFileItem> add(const QString& name, const char* maker = "Canon") {
-        const auto item =
-            addImage({{u"FileName"_s, name}, {u"Tag"_s, u"1,2"_s}, {u"FileStars"_s, 3}});
-        const PBDictionary gps = entries("Latitude=5");
-        EXPECT_TRUE(catalogue.insertGPSWithImageFileId(item->fileId(), gps));
-        if (*maker != 0) {
-            const PBDictionary tiff{{u"Make"_s, QString::fromLatin1(maker)}};
-            EXPECT_TRUE(catalogue.insertTiffWithImageFileId(item->fileId(), tiff));
-        }
+    /// A photograph with a place, and with these columns of its TIFF row; with none for "".
+    std::shared_ptr<PBImageFileItem> add(const char* tiff = "Make=Canon") {
+        const auto item = addImage(entries("Tag=1,2 FileStars=3"));
+        const qint64 id = item->fileId();
+        EXPECT_TRUE(catalogue.insertGPSWithImageFileId(id, entries("Latitude=5")));
+        EXPECT_TRUE(*tiff == 0 || catalogue.insertTiffWithImageFileId(id, entries(tiff)));
         return item;
     }
-    PBImageFileList many(int count) {
-        PBImageFileList items;
-        for (int index = 0; index < count; ++index)
-            items.push_back(add(u"%1.jpg"_s.arg(index)));
+    PBImageFileList many(std::size_t count) {
+        PBImageFileList items(count);
+        for (auto& item : items)
+            item = add();
         return items;
     }
 
@@ -30,9 +26,12 @@ struct SelectionReadingTest : support::CatalogueFixture {
     SelectionReading::Clock clock(double milliseconds) {
         return [this, milliseconds] { return now += milliseconds / 1000; };
     }
-    static void readAll(auto& reading) {
-        while (!reading.readSome()) {
-        }
+    /// In how many slices.
+    static int readAll(auto& reading) {
+        int slices = 1;
+        while (!reading.readSome())
+            ++slices;
+        return slices;
     }
     double now = 0;
     support::KnownFolders folders{{{1, u"/photos"_s}}};
@@ -41,13 +40,10 @@ struct SelectionReadingTest : support::CatalogueFixture {
 TEST_F(SelectionReadingTest, aSliceEndsBeforeABatchThatWouldPassItsEnd) {
     // The milliseconds of a batch.
     const std::pair<double, int> cases[] = {{0.5, 1}, {3, 3}, {7, 5}, {50, 5}};
-    const PBImageFileList items = many(static_cast<int>(5 * FileRows::most - 3));
+    const PBImageFileList items = many(5 * FileRows::most - 3);
     for (const auto& [milliseconds, expected] : cases) {
         MoreReading reading(items, database, clock(milliseconds));
-        int slices = 1;
-        while (!reading.readSome())
-            ++slices;
-        EXPECT_EQ(slices, expected) << milliseconds;
+        EXPECT_EQ(readAll(reading), expected) << milliseconds;
         EXPECT_EQ(reading.merged().moreInfoDict().size(), 2U);
     }
 }
@@ -55,8 +51,8 @@ TEST_F(SelectionReadingTest, aSliceEndsBeforeABatchThatWouldPassItsEnd) {
 TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
     for (const char* tag : {"a", "b"})
         catalogue.insertTag(QString::fromLatin1(tag));
-    PBImageFileList items = many(static_cast<int>(2 * FileRows::most));
-    items.push_back(add(u"last.jpg"_s, "Nikon"));
+    PBImageFileList items = many(2 * FileRows::most);
+    items.push_back(add("Make=Nikon"));
     MoreReading more(items, database);
     readAll(more);
     const auto dictionaries = more.merged().moreInfoDict();
@@ -64,7 +60,7 @@ TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
     EXPECT_EQ(dictionaries.at(MetadataCategory::GPS).at(u"Latitude"_s), PBValue(5.0));
     EXPECT_FALSE(dictionaries.contains(MetadataCategory::Exif));
 
-    items.push_back(add(u"none.jpg"_s, ""));
+    items.push_back(add(""));
     MoreReading withNone(items, database);
     readAll(withNone);
     EXPECT_FALSE(withNone.merged().moreInfoDict().contains(MetadataCategory::TIFF));
@@ -97,10 +93,9 @@ TEST_F(SelectionReadingTest, whatTheCatalogueDoesNotSayIsNotMadeUp) {
     // Not to be read is not the same as having nothing.
     EXPECT_TRUE(database.executeUpdate(u"drop table IPTC"_s));
     MoreReading broken({bare}, database);
-    EXPECT_TRUE(broken.readSome());
-    EXPECT_TRUE(broken.hasFailed());
+    EXPECT_TRUE(broken.readSome() && broken.hasFailed());
     EXPECT_TRUE(database.executeUpdate(u"drop table Tags"_s));
-    GeneralReading withoutTags({add(u"tagged.jpg"_s)}, database, folders);
+    GeneralReading withoutTags({add()}, database, folders);
     EXPECT_TRUE(withoutTags.readSome() && withoutTags.hasFailed());
 }
 

@@ -9,7 +9,6 @@
 #include <QDialog>
 #include <QDropEvent>
 #include <QGuiApplication>
-#include <QMimeData>
 #include <QPushButton>
 
 namespace {
@@ -23,7 +22,7 @@ struct FileCommandsTest : FilesFixture {
         make(u"one");
         questions.folder = make(u"two");
         for (const QString& name : {u"a.jpg"_s, u"b.jpg"_s}) {
-            support::writeFile(at(u"one/%1"_s.arg(name)), name.toUtf8());
+            support::writeFile(path(u"one/"_s + name), name.toUtf8());
             items.push_back(support::makeItem(name, items.empty() ? 1 : 2));
         }
         QObject::connect(
@@ -37,9 +36,14 @@ struct FileCommandsTest : FilesFixture {
         QGuiApplication::clipboard()->clear();
         qunsetenv("XDG_DATA_HOME");
     }
-    QString at(const QString& name) const { return path(name); }
     QString names(QStringView folder) const {
         return QDir(path(folder)).entryList(QDir::Files | QDir::Hidden).join(u' ');
+    }
+    /// What lies in "one" after it.
+    QString after(const auto& command) {
+        std::invoke(command, commands);
+        wait();
+        return names(u"one");
     }
     FileCommands commands{
         {.imageImporterManager = importers,
@@ -56,87 +60,71 @@ struct FileCommandsTest : FilesFixture {
 };
 
 TEST_F(FileCommandsTest, commandsChangeFilesTellHowToTakeThemBackAndBringTheDisplayInStep) {
-    commands.doCopyMoveTo(false);
-    wait();
+    const auto copy = [](FileCommands& its) { its.doCopyMoveTo(false); };
+    const auto move = [](FileCommands& its) { its.doCopyMoveTo(true); };
+    bool isBack = false;
+    const auto takeBack = [&](FileCommands& its) {
+        its.perform(fileactions::FileEdit(inverse), [&](const fileactions::FileOutcome& back) {
+            isBack = !back.inverse.isEmpty();
+        });
+    };
+    EXPECT_EQ(after(copy), u"a.jpg b.jpg");
     EXPECT_EQ(names(u"two"), u"a.jpg b.jpg");
     EXPECT_EQ(undoText, u"Copy of 2 Photographs");
-    commands.doCopyMoveTo(true);
-    wait();
+    EXPECT_EQ(after(move), u"a.jpg b.jpg");
     EXPECT_EQ(questions.log, QStringList({u"conflict"_s, u"conflict"_s}));
-    EXPECT_EQ(names(u"one"), u"a.jpg b.jpg");
     questions.answer = Answer::Replace;
-    commands.doCopyMoveTo(true);
-    wait();
-    EXPECT_EQ(names(u"one"), QString());
-    const fileactions::FileEdit moved = inverse;
-    bool isBack = false;
-    commands.perform(
-        moved, [&](const fileactions::FileOutcome& back) { isBack = !back.inverse.isEmpty(); });
-    wait();
+    EXPECT_EQ(after(move), QString());
+    EXPECT_EQ(after(takeBack), u"a.jpg b.jpg");
     EXPECT_TRUE(isBack);
-    EXPECT_EQ(names(u"one"), u"a.jpg b.jpg");
     publish(items);
     items.pop_back();
-    commands.doDuplicate();
-    wait();
-    EXPECT_EQ(names(u"one"), u"a copy.jpg a.jpg b.jpg");
+    EXPECT_EQ(after(&FileCommands::doDuplicate), u"a copy.jpg a.jpg b.jpg");
     EXPECT_EQ(undoText, u"Duplication of a Photograph");
-    commands.deleteClicked();
-    wait();
-    EXPECT_EQ(names(u"one"), u"a copy.jpg b.jpg");
+    EXPECT_EQ(after(&FileCommands::deleteClicked), u"a copy.jpg b.jpg");
     ASSERT_EQ(removedChains.size(), 1U);
     EXPECT_EQ(removedChains[0].back()->imageFiles().size(), 1U);
-    commands.perform(inverse, [](const auto&) {});
-    wait();
-    EXPECT_EQ(names(u"one"), u"a copy.jpg a.jpg b.jpg");
+    EXPECT_EQ(after(takeBack), u"a copy.jpg a.jpg b.jpg");
     questions.deletes = false;
-    commands.deleteForGood();
-    wait();
+    EXPECT_EQ(after(&FileCommands::deleteForGood), u"a copy.jpg a.jpg b.jpg");
     EXPECT_EQ(questions.log.last(), u"delete 1?");
-    EXPECT_EQ(names(u"one"), u"a copy.jpg a.jpg b.jpg");
     // A scan may choose another one while the user thinks.
     questions.deletes = true;
     questions.whileAsked = [this] { items = {support::makeItem(u"b.jpg"_s, 2)}; };
-    commands.deleteForGood();
-    wait();
-    EXPECT_EQ(names(u"one"), u"a copy.jpg b.jpg");
+    EXPECT_EQ(after(&FileCommands::deleteForGood), u"a copy.jpg b.jpg");
 }
 
 TEST_F(FileCommandsTest, thePasteboardTakesFilesInBothWaysAndPicturesWithoutAFile) {
     QClipboard& pasteboard = *QGuiApplication::clipboard();
     commands.copy(false);
     EXPECT_EQ(commands.photographsOf(*pasteboard.mimeData()).size(), 2U);
-    support::writeFile(at(u"two/x.jpg"_s), "x");
+    const QString x = path(u"two/x.jpg");
+    support::writeFile(x, "x");
     auto* cut = new QMimeData;
-    platform::setFilesOfMimeData(
-        *cut, {.paths = {QFile::encodeName(at(u"two/x.jpg"_s))}, .isCut = true});
+    platform::setFilesOfMimeData(*cut, {.paths = {QFile::encodeName(x)}, .isCut = true});
     pasteboard.setMimeData(cut);
     // What could not be moved is still cut.
-    support::writeFile(at(u"one/x.jpg"_s), "in its way");
-    commands.doPaste();
-    wait();
+    support::writeFile(path(u"one/x.jpg"), "in its way");
+    EXPECT_EQ(after(&FileCommands::doPaste), u"a.jpg b.jpg x.jpg");
     EXPECT_EQ(questions.log, QStringList(u"conflict"_s));
-    ASSERT_TRUE(QFile::remove(at(u"one/x.jpg"_s)));
-    commands.doPaste();
-    wait();
+    ASSERT_TRUE(QFile::remove(path(u"one/x.jpg")));
+    EXPECT_EQ(after(&FileCommands::doPaste), u"a.jpg b.jpg x.jpg");
     const QMimeData* left = pasteboard.mimeData();
     EXPECT_TRUE(!left || platform::filesOfMimeData(*left).paths.empty());
-    EXPECT_EQ(names(u"one"), u"a.jpg b.jpg x.jpg");
     EXPECT_EQ(names(u"two"), QString());
     pasteboard.setImage(QImage(4, 3, QImage::Format_RGB32));
-    for (int time = 0; time < 2; ++time) {
-        commands.doPaste();
-        wait();
-    }
-    EXPECT_EQ(names(u"one"), u"a.jpg b.jpg Pasted Picture copy.png Pasted Picture.png x.jpg");
-    EXPECT_EQ(QImage(at(u"one/Pasted Picture.png"_s)).size(), QSize(4, 3));
+    EXPECT_EQ(after(&FileCommands::doPaste), u"a.jpg b.jpg Pasted Picture.png x.jpg");
+    EXPECT_EQ(
+        after(&FileCommands::doPaste),
+        u"a.jpg b.jpg Pasted Picture copy.png Pasted Picture.png x.jpg");
+    EXPECT_EQ(QImage(path(u"one/Pasted Picture.png")).size(), QSize(4, 3));
     EXPECT_EQ(undoText, u"Paste of a Photograph");
 }
 
 TEST_F(FileCommandsTest, thePictureOfACopyIsMadeBehindTheWindowAndEndsWithIt) {
     items.resize(1);
     items.front()->setRotateAngle(90);
-    ASSERT_TRUE(QImage(40, 30, QImage::Format_RGB32).save(at(u"one/a.jpg"_s)));
+    ASSERT_TRUE(QImage(40, 30, QImage::Format_RGB32).save(path(u"one/a.jpg")));
     const QClipboard& pasteboard = *QGuiApplication::clipboard();
     const auto picture = [&] {
         return QImage::fromData(pasteboard.mimeData()->data(u"image/png"_s));
@@ -161,7 +149,7 @@ TEST_F(FileCommandsTest, thePictureOfACopyIsMadeBehindTheWindowAndEndsWithIt) {
 
 TEST_F(FileCommandsTest, aCancelledCopyClosesItsSheetAndLeavesNothingHalf) {
     window.show();
-    QFile large(at(u"one/a.jpg"_s));
+    QFile large(path(u"one/a.jpg"));
     ASSERT_TRUE(large.open(QIODevice::ReadWrite) && large.resize(qint64(1) << 30)); // a hole
     commands.doCopyMoveTo(false);
     const auto sheet = [this]() -> QDialog* {
@@ -177,16 +165,15 @@ TEST_F(FileCommandsTest, aCancelledCopyClosesItsSheetAndLeavesNothingHalf) {
 }
 
 TEST_F(FileCommandsTest, whatADropDoesFollowsKeysDisksAndTheFolderUnderThePointer) {
-    struct Row {
+    const auto both = Qt::CopyAction | Qt::MoveAction;
+    // From another program: what is dragged within this one has a source, which no test can make.
+    const struct {
         Qt::KeyboardModifiers modifiers;
         Qt::DropActions possible;
         bool isOneDisk;
         int y; ///< of the pointer: 0 is no folder, 10 the photographs' own, 20 another
         Qt::DropAction expected;
-    };
-    const auto both = Qt::CopyAction | Qt::MoveAction;
-    // From another program: what is dragged within this one has a source, which no test can make.
-    const Row rows[] = {
+    } rows[] = {
         {Qt::NoModifier, both, true, 20, Qt::CopyAction},
         {Qt::ShiftModifier, both, false, 20, Qt::MoveAction},
         {Qt::ShiftModifier, Qt::CopyAction, true, 20, Qt::CopyAction},
@@ -194,43 +181,36 @@ TEST_F(FileCommandsTest, whatADropDoesFollowsKeysDisksAndTheFolderUnderThePointe
         {Qt::ControlModifier, Qt::MoveAction, true, 20, Qt::IgnoreAction},
         {Qt::ShiftModifier, both, true, 10, Qt::IgnoreAction},
         {Qt::NoModifier, both, true, 10, Qt::CopyAction},
-        {Qt::NoModifier, both, true, 0, Qt::IgnoreAction},
-    };
-    for (const Row& row : rows) {
+        {Qt::NoModifier, both, true, 0, Qt::IgnoreAction}};
+    for (const auto& row : rows) {
         QWidget rowsWidget;
         QStringList taken;
         bool isMarked = false;
-        auto* drops = new PhotographDrops(
+        const QString folder = row.y == 0 ? QString() : row.y == 10 ? u"/own"_s : u"/another"_s;
+        new PhotographDrops(
             rowsWidget,
-            {.folderAt =
-                 [](const QPoint& point) {
-                     return point.y() == 0    ? QString()
-                            : point.y() == 10 ? u"/own"_s
-                                              : u"/another"_s;
-                 },
+            {.folderAt = [&](const QPoint& at) { return at.y() == row.y ? folder : u"/wrong"_s; },
              .mark = [&](const std::optional<QPoint>& point) { isMarked = point.has_value(); },
              .photographsOf =
                  [](const QMimeData&) { return std::vector<QByteArray>{"/own/a.jpg"}; },
              .areOnOneDisk = [&row](const auto&, const auto&) { return row.isOneDisk; },
-             .transfer =
-                 [&](const QString& folder, const auto&, bool move) {
-                     taken += folder + (move ? u" moved"_s : u" copied"_s);
-                 }});
-        EXPECT_NE(drops, nullptr);
+             .transfer = [&](const QString& into, const auto&,
+                             bool move) { taken += into + (move ? u" moved"_s : u" copied"_s); }});
         const QMimeData data;
         const QPoint point(5, row.y);
-        QDragEnterEvent enter(point, row.possible, &data, Qt::LeftButton, row.modifiers);
-        QCoreApplication::sendEvent(&rowsWidget, &enter);
-        EXPECT_TRUE(enter.isAccepted());
-        QDragMoveEvent move(point, row.possible, &data, Qt::LeftButton, row.modifiers);
-        QCoreApplication::sendEvent(&rowsWidget, &move);
+        const auto accepts = [&](QDropEvent&& event) {
+            QCoreApplication::sendEvent(&rowsWidget, &event);
+            return event.isAccepted();
+        };
+        EXPECT_TRUE(
+            accepts(QDragEnterEvent(point, row.possible, &data, Qt::LeftButton, row.modifiers)));
         const bool isTaken = row.expected != Qt::IgnoreAction;
-        EXPECT_EQ(move.isAccepted(), isTaken);
+        EXPECT_EQ(
+            accepts(QDragMoveEvent(point, row.possible, &data, Qt::LeftButton, row.modifiers)),
+            isTaken);
         EXPECT_EQ(isMarked, isTaken);
-        QDropEvent drop(point, row.possible, &data, Qt::LeftButton, row.modifiers);
-        QCoreApplication::sendEvent(&rowsWidget, &drop);
+        accepts(QDropEvent(point, row.possible, &data, Qt::LeftButton, row.modifiers));
         EXPECT_FALSE(isMarked);
-        const QString folder = row.y == 10 ? u"/own"_s : u"/another"_s;
         const QString deed = row.expected == Qt::MoveAction ? u" moved"_s : u" copied"_s;
         EXPECT_EQ(taken, isTaken ? QStringList(folder + deed) : QStringList());
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "group/CatalogueFixture.h"
 #include "shell/ShellFixture.h"
 #include "shell/files/FileTasks.h"
 #include "shell/services/ChosenPhotographs.h"

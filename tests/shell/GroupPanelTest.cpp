@@ -1,6 +1,6 @@
 #include "shell/groups/GroupPanel.h"
 
-#include "support/Support.h"
+#include "group/CatalogueFixture.h"
 
 #include <QScrollBar>
 #include <QTest>
@@ -17,15 +17,8 @@ struct GroupPanelTest : testing::Test {
     ~GroupPanelTest() override { delete view; }
 
     void insert(const PBValue& model, int stars = 0) {
-        PBGroupItem& first =
-            PBGroupItem::sortAddGroupItem(*work, nullptr, group::CameraModel, model);
-        PBGroupItem& leaf = PBGroupItem::sortAddGroupItem(
-            first.children(), &first, group::StarRating, PBValue(stars));
-        addImage(leaf);
-    }
-    void addImage(PBGroupItem& leaf) {
-        leaf.sortAddImageFileItem(
-            PBImageFileItem::imageFileItemWithId(++lastId, 1, u"a.jpg"_s, 1, 1), 0, false);
+        support::insertByModelAndStars(
+            *work, model, stars, support::makeItem(u"a.jpg"_s, ++lastId));
     }
     void publishAlphaAndBeta() {
         insert(u"Alpha"_s, 0);
@@ -98,15 +91,16 @@ TEST_F(GroupPanelTest, aRowOfSeveralGroupsIsOpenedAndClosedAsOne) {
 
 TEST_F(GroupPanelTest, foldersOfOneNameAreToldApartByTheirParents) {
     for (const char16_t* path :
-         {u"/p/Lisbon/Day 1", u"/p/Rome/Day 1", u"/p/a/x/Day 2", u"/p/b/x/Day 2", u"/p/Day 3"}) {
-        addImage(
-            PBGroupItem::sortAddGroupItem(*work, nullptr, group::Folder, QString::fromUtf16(path)));
-    }
+         {u"/p/Lisbon/Day 1", u"/p/Rome/Day 1", u"/p/a/x/Day 2", u"/p/b/x/Day 2", u"/p/Day 3"})
+        group::pushImageFileItemToWorkGroupItemArray(
+            {support::makeItem(u"a.jpg"_s), *work, std::array<int, 1>{group::Folder},
+             PBArray{QString::fromUtf16(path)}});
     publish();
-    QStringList names = support::listed(
+    const QStringList names = support::listed(
         std::array{0, 1, 2, 3, 4}, [&](int each) { return row(each).data().toString(); });
-    names.sort();
-    EXPECT_EQ(names.join(u", "), u"Day 1 (Lisbon), Day 1 (Rome), Day 2 (a/x), Day 2 (b/x), Day 3");
+    EXPECT_EQ(
+        support::sorted(names).join(u", "),
+        u"Day 1 (Lisbon), Day 1 (Rome), Day 2 (a/x), Day 2 (b/x), Day 3");
 }
 
 TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {

@@ -1,7 +1,5 @@
 #include "shell/large/LargeView.h"
 
-#include "core/PBOpenFiles.h"
-#include "platform/files/FileManager.h"
 #include "shell/WindowFixture.h"
 #include "shell/commands/OpenFilesCommands.h"
 #include "shell/panes/InfoPane.h"
@@ -21,7 +19,7 @@ struct LargeViewTest : WindowFixture {
         publish(items);
     }
     std::shared_ptr<PBImageFileItem> item(const QString& name) const {
-        return PBImageFileItem::imageFileItemWithId(name.front().unicode(), folderId, name, 1, 1);
+        return support::makeItem(name, name.front().unicode(), 1, 1, folderId);
     }
     LargeView& large() { return controller->largeView(); }
     const PhotoBin& bin() { return large().controller().bin(); }
@@ -38,12 +36,15 @@ struct LargeViewTest : WindowFixture {
             names += each->fileName();
         return names;
     }
+    QString shownOf(const PBImageFileList& of, int value = 1, int type = group::AllImages) {
+        publish(of, value, type);
+        return shown();
+    }
 };
 
 TEST_F(LargeViewTest, opensAGroupOrTheSelectionAndComesBackWithWhatWasShown) {
     const QString folder = window().windowTitle();
     auto* info = window().findChild<InfoPane*>();
-    EXPECT_FALSE(isEnabled(u"view_ThumbnailView") || isEnabled(u"view_fitIn"));
     items[1]->setIsSelected(true);
     choose(u"view_BrowserView");
     EXPECT_EQ(shown(), u"aBcd|b");
@@ -82,33 +83,26 @@ TEST_F(LargeViewTest, opensAGroupOrTheSelectionAndComesBackWithWhatWasShown) {
 TEST_F(LargeViewTest, followsTheTreeByGroupBySelectionAndByRequest) {
     open(1);
     // Each publication is of a new tree: the group is known by its value.
-    publish({items[0], items[1], items[3]});
-    EXPECT_EQ(shown(), u"aBd|b");
-    publish({items[0], items[3]});
-    EXPECT_EQ(shown(), u"aD|d") << "the one at its index";
-    publish({items[0], items[3]}, 2, group::StarRating);
-    EXPECT_EQ(shown(), u"|") << "another group";
+    EXPECT_EQ(shownOf({items[0], items[1], items[3]}), u"aBd|b");
+    EXPECT_EQ(shownOf({items[0], items[3]}), u"aD|d") << "the one at its index";
+    EXPECT_EQ(shownOf({items[0], items[3]}, 2, group::StarRating), u"|") << "another group";
     EXPECT_TRUE(large().isShown() && window().windowTitle().isEmpty());
     EXPECT_FALSE(isEnabled(u"view_fitIn") || isEnabled(u"view_zoomIn"));
-    publish(items);
-    EXPECT_EQ(shown(), u"Abcd|a");
+    EXPECT_EQ(shownOf(items), u"Abcd|a");
     large().view_ThumbnailView();
 
-    for (const int index : {1, 2, 3})
-        items[static_cast<std::size_t>(index)]->setIsSelected(true);
-    items[0]->setIsSelected(false);
+    for (const auto& each : items)
+        each->setIsSelected(each != items[0]);
     open(2);
-    publish({items[2], items[3], items[1]});
-    EXPECT_EQ(shown(), u"bCd|c");
-    publish({items[0], items[2], items[1]});
-    EXPECT_EQ(shown(), u"bC|c") << "nothing new comes to a selection";
+    EXPECT_EQ(shownOf({items[2], items[3], items[1]}), u"bCd|c");
+    EXPECT_EQ(shownOf({items[0], items[2], items[1]}), u"bC|c")
+        << "nothing new comes to a selection";
 
     const auto asked = std::make_shared<PBOpenFolderObject>();
     asked->folderPath = path(u"photos");
     asked->fileArray.push_back(std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, u"a"_s}));
     delegate.requested = std::make_shared<PBOpenFiles>(PBOpenFolderArray{asked});
-    publish(items);
-    EXPECT_EQ(shown(), u"A|a");
+    EXPECT_EQ(shownOf(items), u"A|a");
     large().view_ThumbnailView();
     EXPECT_FALSE(delegate.requested);
 }
@@ -128,28 +122,22 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     openFiles("b");
     ASSERT_TRUE(large().isShown() && delegate.requested);
     EXPECT_EQ(shown(), u"|"_s);
-    publish({items[0]});
-    EXPECT_EQ(shown(), u"|"_s) << "the scan may still bring it";
-    publish({items[0], items[1]});
-    EXPECT_EQ(shown(), u"aB|b"_s);
-    publish(items);
-    EXPECT_EQ(shown(), u"aBcd|b"_s) << "among its neighbours";
+    EXPECT_EQ(shownOf({items[0]}), u"|"_s) << "the scan may still bring it";
+    EXPECT_EQ(shownOf({items[0], items[1]}), u"aB|b"_s);
+    EXPECT_EQ(shownOf(items), u"aBcd|b"_s) << "among its neighbours";
     choose(u"go_NextItem");
     // What is published during a motion waits for its end.
     const auto rests = [this] { return !large().controller().thumbnailView().isScrolling(); };
     ASSERT_TRUE(support::spinUntil(rests));
-    publish(items);
-    EXPECT_EQ(shown(), u"abCd|c"_s) << "once";
+    EXPECT_EQ(shownOf(items), u"abCd|c"_s) << "once";
     delegate.scans = 0;
     choose(u"view_ThumbnailView");
     EXPECT_FALSE(delegate.requested);
     EXPECT_EQ(delegate.scans, 1) << "subfolders were left out";
 
     openFiles("c a");
-    publish({items[0]});
-    EXPECT_EQ(shown(), u"|"_s);
-    publish(items);
-    EXPECT_EQ(shown(), u"aC|c"_s) << "the others were not asked for";
+    EXPECT_EQ(shownOf({items[0]}), u"|"_s);
+    EXPECT_EQ(shownOf(items), u"aC|c"_s) << "the others were not asked for";
     openFiles("d");
     EXPECT_EQ(shown(), u"|"_s) << "in place of the former request";
     publish({items[1]});
@@ -172,16 +160,12 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
 
     // One that the catalogue has is there at once, and gives way to that of the scan.
     const auto values = platform::FileManager::look(path(u"photos/c"_s)).values;
-    ASSERT_GT(
-        PBCatalogue(db).insertImageFileWithDictionary(
-            {{u"FolderId"_s, folderId},
-             {u"FileName"_s, u"c"_s},
-             {u"FileSize"_s, values.fileSize},
-             {u"ModificationDate"_s, PBDate{values.modificationDate}},
-             {u"ImageWidth"_s, 40},
-             {u"ImageHeight"_s, 30},
-             {u"RotateAngle"_s, 90}}),
-        0);
+    PBDictionary columns =
+        support::entries("FileName=c ImageWidth=40 ImageHeight=30 RotateAngle=90");
+    columns[u"FolderId"_s] = folderId;
+    columns[u"FileSize"_s] = values.fileSize;
+    columns[u"ModificationDate"_s] = PBDate{values.modificationDate};
+    ASSERT_GT(catalogue.insertImageFileWithDictionary(columns), 0);
     openFiles("c");
     EXPECT_EQ(shown(), u"C|"_s);
     EXPECT_EQ(bin().focusImageFileItem()->rotateAngle(), 90);

@@ -1,9 +1,7 @@
-#include "browser/input/BrowserInput.h"
 #include "browser/layout/BrowserMetrics.h"
 #include "group/ItemOrder.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/TextLanguages.h"
-#include "shell/commands/ArrangeCommands.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/ThumbnailSizeSlider.h"
 
@@ -65,16 +63,15 @@ TEST(MenuValidationTest, commandsAreEnabledByPhotographsStepsAndSizes) {
 }
 
 TEST(MenuValidationTest, eachDisabledEntrySaysWhyAndNoneSaysWhatIsNotTrue) {
+    const auto isEmpty = [](const MenuState& s) {
+        return s.isLargeView ? !s.largeView.hasItems : !s.hasItems;
+    };
     const std::map<QStringView, std::function<bool(const MenuState&)>> truths{
         {u"Why_OnlyAmongThumbnails", [](const auto& s) { return s.isLargeView; }},
         {u"Why_OnlyInLargeView", [](const auto& s) { return !s.isLargeView; }},
-        {u"Why_NoPhotograph",
-         [](const auto& s) { return s.isLargeView ? !s.largeView.hasItems : !s.hasItems; }},
+        {u"Why_NoPhotograph", isEmpty},
         {u"Why_StandIn", [](const auto& s) { return s.largeView.isStandIn; }},
-        {u"Why_Scanning",
-         [](const auto& s) {
-             return s.isScanning && !(s.isLargeView ? s.largeView.hasItems : s.hasItems);
-         }},
+        {u"Why_Scanning", [&](const auto& s) { return s.isScanning && isEmpty(s); }},
         {u"Why_NothingSelected", [](const auto& s) { return s.hasItems && s.selectCount == 0; }},
         {u"Why_NoCurrent", [](const auto& s) { return !s.hasCurrent; }},
         {u"Why_FirstInGroup", [](const auto& s) { return s.hasCurrent; }},
@@ -123,44 +120,26 @@ TEST(MenuValidationTest, eachDisabledEntrySaysWhyAndNoneSaysWhatIsNotTrue) {
 
 TEST(MenuValidationTest, checkMarksFollowTheState) {
     MenuState state = browserWith(2);
-    const auto checked = [&state](Command command) {
-        return validateMenuItem(command, state).isChecked.value_or(false);
+    const auto checked = [&state] {
+        QStringList names;
+        for (const MenuEntry& entry : menuEntries())
+            if (validateMenuItem(entry.command, state).isChecked.value_or(false))
+                names += entry.name.toString();
+        return names.join(u' ');
     };
     state.style = BrowserMetrics::FileSize | BrowserMetrics::Shadow;
     state.filter = group::FilterRated;
     state.sortType = group::SortDateTaken;
     state.descendingSort = true;
-    for (const Command on :
-         {view_FileSize, view_Shadow, filter_Star, arrange_DateTaken, arrange_Dscending})
-        EXPECT_TRUE(checked(on));
-    for (const Command off :
-         {view_FileName, view_EnlargeSmallPhoto, filter_Flag, arrange_FileName, arrange_Ascending,
-          flagClicked})
-        EXPECT_FALSE(checked(off));
+    EXPECT_EQ(
+        checked(), u"arrange_DateTaken arrange_Dscending view_FileSize view_Shadow filter_Star"_s);
     state.areAllSelectedFlagged = true;
-    EXPECT_TRUE(checked(flagClicked));
 
     // Without an order there is no direction either.
     state.sortType = 0;
-    EXPECT_TRUE(checked(arrange_None));
-    for (const Command direction : {arrange_Ascending, arrange_Dscending})
-        EXPECT_FALSE(isEnabled(direction, state) || checked(direction));
+    EXPECT_EQ(checked(), u"arrange_None view_FileSize view_Shadow filter_Star flagClicked"_s);
+    EXPECT_FALSE(isEnabled(arrange_Ascending, state) || isEnabled(arrange_Dscending, state));
 }
-
-struct MenuBarTest : testing::Test {
-    MenuBarTest()
-        : menu(
-              window, [this](bool looks) { return ++reads, pasteboardLooks += looks, state; },
-              nullptr) {
-        window.resize(300, 200);
-        window.show();
-    }
-    MenuState state = browserWith(0);
-    int reads = 0;
-    int pasteboardLooks = 0;
-    QMainWindow window;
-    MainMenu menu;
-};
 
 TEST(MenuTextsTest, everyEntryHasATextAndNoKeyOrLetterIsTakenTwiceInAnyLanguage) {
     const auto check = [](const QList<QAction*>& actions) {
@@ -180,6 +159,15 @@ TEST(MenuTextsTest, everyEntryHasATextAndNoKeyOrLetterIsTakenTwiceInAnyLanguage)
         MainMenu menu(
             window, [](bool) { return browserWith(0); }, nullptr);
         menu.validate();
+        std::set<QKeySequence> keys;
+        for (const MenuEntry& entry : menuEntries()) {
+            const QList<QKeySequence> shortcuts = menu.action(entry.command)->shortcuts();
+            EXPECT_EQ(
+                shortcuts.size(), entry.shortcuts.isEmpty() ? 0 : entry.shortcuts.count(u';') + 1);
+            for (const QKeySequence& shortcut : shortcuts)
+                EXPECT_TRUE(shortcut[0].key() != Qt::Key_unknown && keys.insert(shortcut).second)
+                    << qPrintable(entry.name.toString());
+        }
         check(window.menuBar()->actions());
         for (const QMenu* each : window.findChildren<QMenu*>())
             check(each->actions());
@@ -200,21 +188,16 @@ TEST(MenuTextsTest, everyEntryHasATextAndNoKeyOrLetterIsTakenTwiceInAnyLanguage)
     QLocale::setDefault(QLocale::c());
 }
 
-TEST_F(MenuBarTest, noKeyIsTakenTwice) {
-    std::set<QKeySequence> keys;
-    for (const MenuEntry& entry : menuEntries()) {
-        const QList<QKeySequence> shortcuts = menu.action(entry.command)->shortcuts();
-        EXPECT_EQ(
-            shortcuts.size(), entry.shortcuts.isEmpty() ? 0 : entry.shortcuts.count(u';') + 1);
-        for (const QKeySequence& shortcut : shortcuts)
-            EXPECT_TRUE(shortcut[0].key() != Qt::Key_unknown && keys.insert(shortcut).second)
-                << qPrintable(entry.name.toString());
-    }
-}
-
-TEST_F(MenuBarTest, aShortcutMeetsTheStateOfItsMomentAndTypedTextReadsNone) {
+TEST(MenuShortcutsTest, meetTheStateOfTheirMomentAndTypedTextReadsNone) {
+    MenuState state = browserWith(1);
+    int reads = 0;
+    int pasteboardLooks = 0;
+    QMainWindow window;
+    MainMenu menu(
+        window, [&](bool looks) { return ++reads, pasteboardLooks += looks, state; }, nullptr);
+    window.resize(300, 200);
+    window.show();
     int copies = 0;
-    state.selectCount = 1;
     menu.validate();
     EXPECT_FALSE(menu.action(copy)->isEnabled()) << "nobody carries it out";
     state.selectCount = 0;
@@ -224,7 +207,7 @@ TEST_F(MenuBarTest, aShortcutMeetsTheStateOfItsMomentAndTypedTextReadsNone) {
     const QSignalSpy refused(&menu, &MainMenu::refused);
     menu.trigger(copy);
     EXPECT_EQ(refused.count(), 1) << "whoever asks by another way is told why";
-    const auto press = [this](Qt::KeyboardModifiers modifiers) {
+    const auto press = [&](Qt::KeyboardModifiers modifiers) {
         QTest::keyClick(window.windowHandle(), Qt::Key_C, modifiers);
     };
     press(Qt::ControlModifier);

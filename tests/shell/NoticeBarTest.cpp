@@ -1,8 +1,6 @@
 #include "shell/panes/NoticeBar.h"
 
-#include "support/Support.h"
-
-#include <QPushButton>
+#include "support/Mouse.h"
 
 TEST(NoticeBarTest, oneOfEachIsShownInTurnUntilItIsDismissedOrOver) {
     QWidget window;
@@ -13,18 +11,14 @@ TEST(NoticeBarTest, oneOfEachIsShownInTurnUntilItIsDismissedOrOver) {
     const auto tell = [&](const QString& key, const QString& text) {
         bar.tell({key, text, {}, u"Mend"_s, [&performed, text] { performed.append(text); }});
     };
-    const auto press = [&](const QString& text) {
-        for (auto* button : bar.findChildren<QPushButton*>())
-            if (button->text() == text) button->click();
-    };
     tell(u"a"_s, u"first"_s);
     tell(u"b"_s, u"second"_s);
     tell(u"c"_s, u"third"_s);
     tell(u"a"_s, u"first, again"_s);
     EXPECT_TRUE(bar.isVisible());
-    press(u"Mend"_s);
+    support::pressButton(bar, u"Mend"_s);
     EXPECT_EQ(performed, QStringList{u"first, again"_s});
-    press(u"Dismiss"_s);
+    support::pressButton(bar, u"Dismiss"_s);
     EXPECT_EQ(bar.text(), u"second");
     tell(u"a"_s, u"first, a third time"_s); // the user has seen it
     bar.withdraw(u"b"_s);

@@ -1,5 +1,6 @@
 #include "shell/WindowFixture.h"
 #include "shell/preferences/PreferencesDialog.h"
+#include "support/Mouse.h"
 
 #include <QLabel>
 #include <QMessageBox>
@@ -23,18 +24,15 @@ TEST_F(PreferencesTest, thumbnailsAreClearedOnlyByConsentAndAFailureIsTold) {
     const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
     auto* clear = *std::ranges::find_if(
         buttons, [](const QPushButton* each) { return each->text().contains(u'…'); });
-    const auto answer = [&](QMessageBox::ButtonRole role) {
-        auto* box = dialog.findChild<QMessageBox*>();
-        ASSERT_TRUE(box);
-        for (QAbstractButton* button : box->buttons())
-            if (box->buttonRole(button) == role) return button->click();
+    const auto answer = [&](const QString& button) {
+        support::pressButton(*dialog.findChild<QMessageBox*>(), button);
     };
     clear->click();
-    answer(QMessageBox::RejectRole);
+    answer(u"Cancel"_s);
     EXPECT_FALSE(clearing);
     runPosted();
     clear->click();
-    answer(QMessageBox::AcceptRole);
+    answer(u"Remove Thumbnails"_s);
     ASSERT_TRUE(clearing);
     EXPECT_FALSE(clear->isEnabled());
     thumbnailBytes = 1024;

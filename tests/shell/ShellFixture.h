@@ -3,7 +3,7 @@
 #include "codec/PBImageImporterManager.h"
 #include "core/PBAppDelegate.h"
 #include "fileactions/marks/EditRunner.h"
-#include "group/ItemOrder.h"
+#include "group/CatalogueFixture.h"
 #include "group/PBGroupTreeDataSource.h"
 #include "image/BuildThumbNotifier.h"
 #include "image/large/PBImageBufferManager.h"
@@ -13,10 +13,7 @@
 #include "library/PBPathHistory.h"
 #include "places/PBGeoManager.h"
 #include "platform/program/UserDefaults.h"
-#include "platform/tasks/BoundedCalls.h"
 #include "platform/tasks/MainLoop.h"
-#include "platform/tasks/Mutex.h"
-#include "platform/tasks/OperationQueue.h"
 #include "shell/services/BrowsingSettings.h"
 #include "shell/services/FileServices.h"
 #include "shell/services/Preferences.h"
@@ -28,7 +25,7 @@ struct NotedDelegate final : PBAppDelegate {
     void scan() override { ++scans; }
     void cancelScan() override { ++cancels; }
     bool isScanning() const override { return scanning; }
-    void regroupPlaces() override { ++regroupings; }
+    void regroupPlaces() override {}
     void updateWatchPathsInBackground() override { ++watchUpdates; }
     void setOpenFiles(std::shared_ptr<PBOpenFiles> files) override { requested = std::move(files); }
     std::shared_ptr<PBOpenFiles> openFiles() const override { return requested; }
@@ -39,7 +36,6 @@ struct NotedDelegate final : PBAppDelegate {
 
     int scans = 0;
     int cancels = 0;
-    int regroupings = 0;
     int watchUpdates = 0;
     bool scanning = false;
     bool slideShow = false;
@@ -65,6 +61,11 @@ struct NotedEdits final : fileactions::EditRunner {
     QString undoText() const override { return undoName; }
     QString redoText() const override { return redoName; }
     qint64 pendingCount() const override { return pending; }
+    /// The last one, which has to be of this kind.
+    template <typename Change>
+    const Change& lastChange() const {
+        return std::get<Change>(edits.back().first.change);
+    }
     /// Ends the edit that was asked for last.
     void end(const fileactions::EditResult& result) {
         Q_EMIT result.isStored ? didEdit(result) : didFail(result);
@@ -85,7 +86,6 @@ struct NotedEdits final : fileactions::EditRunner {
 /// that do nothing, and a tree that the test publishes.
 struct ShellFixture : LibraryTest {
     ShellFixture() {
-        EXPECT_TRUE(thumbnails.open());
         EXPECT_TRUE(PBCatalogue(thumbnails).checkTables_Thumbnail());
         for (platform::OperationQueue* queue : {&scanQueue, &preloadQueue, &buildQueue})
             queue->setSuspended(true);
@@ -157,7 +157,7 @@ struct ShellFixture : LibraryTest {
         .clear = [this](std::function<void(bool)> done) { clearing = std::move(done); }};
     qint64 thumbnailBytes = 3 << 20;
     NotedDelegate delegate;
-    FMDatabase thumbnails{QString()};
+    support::Database thumbnails;
     platform::BoundedCalls calls{[](std::function<void()> call) {
         platform::MainLoop::instance()->post(platform::MainLoop::Mode::Common, std::move(call));
     }};

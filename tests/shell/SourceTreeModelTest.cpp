@@ -28,9 +28,8 @@ struct SourceTreeModelTest : LibraryTest {
 };
 
 TEST_F(SourceTreeModelTest, rowsFollowTheItemsAndTellOnlyTheDifferences) {
-    make(u"A/b");
-    make(u"A/d/deep");
-    make(u"A/f");
+    for (const char16_t* folder : {u"A/b", u"A/d/deep", u"A/f"})
+        make(folder);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
     tester.setUseFetchMore(false); // it would open every folder
     const auto root = addRoot(path(u"A"));
@@ -53,9 +52,8 @@ TEST_F(SourceTreeModelTest, rowsFollowTheItemsAndTellOnlyTheDifferences) {
     const QPersistentModelIndex kept = model.indexForItem(*d);
 
     QDir().rmdir(path(u"A/b"));
-    make(u"A/a");
-    make(u"A/c");
-    make(u"A/e");
+    for (const char16_t* folder : {u"A/a", u"A/c", u"A/e"})
+        make(folder);
     QFile::rename(path(u"A/f"), path(u"A/0"));
     tree.refreshChilden({}, true);
     QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);

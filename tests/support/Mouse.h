@@ -2,9 +2,9 @@
 
 #include "support/Support.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QMouseEvent>
-#include <QWidget>
 
 namespace support {
 
@@ -27,6 +27,13 @@ namespace support {
     event.ignore();
     QApplication::sendEvent(&widget, &event);
     return event.isAccepted();
+}
+
+/// Clicks the button with the text.
+inline void pressButton(const QWidget& in, const QString& text) {
+    for (auto* button : in.findChildren<QAbstractButton*>())
+        if (button->text().remove(u'&') == text) return button->click();
+    ADD_FAILURE() << "no button " << text.toStdString();
 }
 
 inline void sendMouse(
