@@ -1,6 +1,6 @@
 #include "platform/desktop/Trash.h"
 #include "platform/desktop/Pasteboard.h"
-#include "support/Support.h"
+#include "support/FaultyFiles.h"
 
 #include <QMimeData>
 
@@ -12,27 +12,10 @@ using platform::TrashedFile;
 
 namespace {
 
-/// The disk, of which a part counts as another one.
-struct TwoDisks final : platform::DiskFileSystem {
-    QByteArray other;
-    bool isMountedTwice = false; ///< they are one disk, at two places
-    std::error_code look(const QByteArray& path, Entry& entry) override {
-        const auto error = DiskFileSystem::look(path, entry);
-        if (path.startsWith(other) && !isMountedTwice) ++entry.device;
-        return error;
-    }
-    std::error_code renameToFree(const QByteArray& path, const QByteArray& toPath) override {
-        if (path.startsWith(other) != toPath.startsWith(other))
-            return std::make_error_code(std::errc::cross_device_link);
-        return DiskFileSystem::renameToFree(path, toPath);
-    }
-};
-
 struct TrashTest : testing::Test {
     TrashTest() {
-        files.other = bytes(u"stick");
+        files.otherDisk = bytes(u"stick");
         EXPECT_TRUE(QDir(folder.path()).mkpath(u"stick/in"_s));
-        EXPECT_TRUE(QDir(folder.path()).mkpath(u"home"_s));
     }
     QByteArray bytes(QStringView name) const {
         return QFile::encodeName(folder.filePath(name.toString()));
@@ -53,7 +36,7 @@ struct TrashTest : testing::Test {
     }
 
     QTemporaryDir folder;
-    TwoDisks files;
+    support::FaultyFiles files;
     Trash trash{
         files,
         {.homeTrash = bytes(u"home/.local/share/Trash"),
