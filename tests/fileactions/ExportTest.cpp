@@ -179,9 +179,7 @@ TEST_F(ExportTest, damagedAndForeignFilesAreNotExported) {
     for (const char* name : {"no.txt", "no.jpg", "half.jpg", "gone.jpg"})
         EXPECT_TRUE(exported(name, {.type = u"public.jpeg"_s}).error) << name;
     putPhotograph("a.jpg");
-    EXPECT_EQ(
-        exported("a.jpg", {.type = u"public.unknown"_s}).error,
-        std::make_error_code(std::errc::not_supported));
+    EXPECT_EQ(exported("a.jpg", {.type = u"public.unknown"_s}).error, std::errc::not_supported);
 }
 
 TEST_F(ExportTest, encodingsThatCanBeStoppedAre) {
@@ -278,9 +276,7 @@ TEST(ExportAheadTest, picturesComeInOrderFewAheadAndEndWithAStop) {
             std::this_thread::yield();
         return fileactions::ExportedPicture{};
     });
-    EXPECT_EQ(
-        waiting.take(0, stop.get_token()).error,
-        std::make_error_code(std::errc::operation_canceled));
+    EXPECT_EQ(waiting.take(0, stop.get_token()).error, std::errc::operation_canceled);
 }
 
 TEST(ShareCopiesTest, copiesHavePlacesOfTheirOwnThatOthersCantSeeAndGoAfterADay) {

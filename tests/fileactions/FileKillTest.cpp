@@ -4,8 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-using fileactions::TransferPlan;
-using Kind = TransferPlan::Kind;
+using Kind = fileactions::TransferPlan::Kind;
 using Answer = fileactions::FilePrompts::Answer;
 
 namespace {

@@ -7,8 +7,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-using fileactions::TransferPlan;
-using Kind = TransferPlan::Kind;
+using Kind = fileactions::TransferPlan::Kind;
 using Answer = fileactions::FilePrompts::Answer;
 
 namespace {
@@ -84,9 +83,7 @@ TEST_F(FileTransferTest, ontoItselfAFileIsDuplicatedOrStays) {
         run(plan(Kind::Copy, {"a/x.jpg"}, "a"));
     run(plan(Kind::Move, {"a/x.jpg"}, "a"));
     run(plan(Kind::Duplicate, {"a/x copy.jpg", "a/gone.jpg"}));
-    EXPECT_EQ(
-        names(u"a"_s),
-        QStringList({u"x copy 1.jpg"_s, u"x copy 2.jpg"_s, u"x copy.jpg"_s, u"x.jpg"_s}));
+    EXPECT_EQ(names(u"a"_s).join(u'|'), u"x copy 1.jpg|x copy 2.jpg|x copy.jpg|x.jpg"_s);
     EXPECT_TRUE(prompts.log.isEmpty());
     // The same folder by another way.
     ASSERT_TRUE(QFile::link(at("a"), at("way")));
@@ -187,9 +184,8 @@ TEST_F(FileTransferTest, attributesComeAlongAndLinksLeadOn) {
         std::array<char, 8> note{};
         ::getxattr(path("b/" + odd).constData(), "user.note", note.data(), note.size());
         EXPECT_EQ(std::string(note.data()), hasAttributes ? "sea" : "");
-        if (kind == Kind::Copy) ::unlink(path("b/" + odd).constData());
+        ASSERT_EQ(::rename(path("b/" + odd).constData(), source.constData()), 0);
     }
-    ASSERT_EQ(::rename(path("b/" + odd).constData(), source.constData()), 0);
     // A copy of a link is a photograph; a link that moves still finds its own.
     run(plan(Kind::Copy, {"a/link"}));
     EXPECT_FALSE(QFileInfo(at("b/link")).isSymLink());

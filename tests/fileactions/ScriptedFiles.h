@@ -58,8 +58,8 @@ struct Transfers {
         return QDir(folder.filePath(below))
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     }
-    fileactions::TransferResult
-    run(const fileactions::TransferPlan& plan, const std::stop_token& stop = {}) {
+    using TransferPlan = fileactions::TransferPlan;
+    fileactions::TransferResult run(const TransferPlan& plan, const std::stop_token& stop = {}) {
         const platform::NamesOnDisk spellings = files.names();
         return fileactions::FileTransfer({.files = files,
                                           .temporaries = temporaries,
@@ -69,13 +69,12 @@ struct Transfers {
                                           .names = spellings})
             .run(plan, stop);
     }
-    fileactions::TransferPlan plan(
-        fileactions::TransferPlan::Kind kind, const std::vector<QByteArray>& sources,
+    TransferPlan plan(
+        TransferPlan::Kind kind, std::vector<QByteArray> sources,
         const QByteArray& into = "b") const {
-        std::vector<QByteArray> paths;
-        for (const QByteArray& source : sources)
-            paths.push_back(path(source));
-        return fileactions::planTransfer(kind, paths, path(into));
+        for (QByteArray& source : sources)
+            source = path(source);
+        return fileactions::planTransfer(kind, sources, path(into));
     }
 
     QTemporaryDir folder;

@@ -7,6 +7,7 @@
 using platform::Operation;
 using platform::OperationQueue;
 using platform::QueuePriority;
+using Operations = std::vector<std::shared_ptr<Operation>>;
 
 namespace {
 
@@ -41,7 +42,7 @@ struct OperationLineTest : testing::Test {
 TEST_F(OperationLineTest, serialQueueRunsInOrderOfPriorityThenArrivalAndTellsTheEnd) {
     int idle = 0;
     queue.setIdleHandler([&] { ++idle; });
-    std::vector<std::shared_ptr<Operation>> operations;
+    Operations operations;
     for (int key = 1; key <= 6; ++key)
         operations.push_back(noting(key));
     operations[5]->setQueuePriority(QueuePriority::High);
@@ -113,7 +114,7 @@ TEST_F(OperationLineTest, whatStandsForOthersIsKnownByAllAndTheyTakeItsPlace) {
         const std::vector<std::int64_t> keys{first, first + 1, first + 2};
         queue.addOperation(std::make_shared<Several>(keys, [this, isCancelled](Lambda& self) {
             ran += -self.keys()[0];
-            std::vector<std::shared_ptr<Operation>> all;
+            Operations all;
             for (const std::int64_t key : self.keys())
                 all.push_back(noting(key));
             if (isCancelled) self.cancel();
@@ -151,8 +152,7 @@ TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {
         queue->addOperation(operation);
         queue->addOperation(behind);
         started.wait();
-        EXPECT_EQ(
-            queue->operations(), (std::vector<std::shared_ptr<Operation>>{operation, behind}));
+        EXPECT_EQ(queue->operations(), (Operations{operation, behind}));
         if (!byEnd) {
             queue->cancelAllOperations();
             queue->waitUntilAllOperationsAreFinished();

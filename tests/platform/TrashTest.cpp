@@ -104,7 +104,8 @@ TEST_F(TrashTest, whereThereIsNoTrashTheFileStays) {
 }
 
 TEST(PasteboardTest, filesComeAndGoInTheFormsOfTheDesktop) {
-    const std::vector<QByteArray> paths = {"/a b/ü%1.jpg", "/odd\n\"'\xff#?.jpg"};
+    using Paths = std::vector<QByteArray>;
+    const Paths paths = {"/a b/ü%1.jpg", "/odd\n\"'\xff#?.jpg"};
     for (const bool isCut : {false, true}) {
         QMimeData data;
         platform::setFilesOfMimeData(data, {.paths = paths, .isCut = isCut});
@@ -123,9 +124,7 @@ TEST(PasteboardTest, filesComeAndGoInTheFormsOfTheDesktop) {
         u"text/uri-list"_s,
         "#comment\r\nfile:///a.jpg\r\nhttps://x.org/b.jpg\r\nfile://localhost/c%20d.jpg\r\n"
         "file://elsewhere.example/e.jpg\r\nFILE:/f.jpg\r\nfile:///a.jpg\r\nfile:\r\n");
-    EXPECT_EQ(
-        platform::filesOfMimeData(foreign).paths,
-        std::vector<QByteArray>({"/a.jpg", "/c d.jpg", "/f.jpg"}));
+    EXPECT_EQ(platform::filesOfMimeData(foreign).paths, (Paths{"/a.jpg", "/c d.jpg", "/f.jpg"}));
     EXPECT_TRUE(platform::filesOfMimeData(QMimeData()).paths.empty());
 }
 
