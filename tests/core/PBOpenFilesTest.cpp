@@ -11,25 +11,22 @@ std::shared_ptr<PBOpenFolderObject> folderOf(const char* path, const QStringList
     return folder;
 }
 
-int kindOf(PBOpenFiles& files, qint64 id, const char* path) {
-    return files.matchFolder(id, QString::fromLatin1(path)).kind;
-}
-
 } // namespace
 
 TEST(PBOpenFilesTest, FoldersMatchByPathOnceAndThenByTheirIds) {
     const auto focused = folderOf("/a", {});
     focused->focusOpenFileObj = std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, u"f"_s});
     PBOpenFiles files({focused, folderOf("/b/c", {u"x.jpg"_s})});
-    using Case = std::tuple<qint64, const char*, int>;
+    using Case = std::tuple<qint64, QStringView, int>;
     // The second round answers by id: the paths no longer say anything.
     for (const bool byId : {false, true})
         for (const auto& [id, path, kind] :
-             {Case{30, "/a", 0}, Case{7, "/a/deep/er", 1}, Case{9, "/b/c", 0}, Case{31, "/A", -1},
-              Case{3, "/b/c/d", -1}, Case{5, "/b", -1}, Case{1, "/ab", -1}})
-            EXPECT_EQ(kindOf(files, id, byId ? "/nowhere" : path), kind) << path << byId;
-    EXPECT_EQ(kindOf(files, 0, "/a"), 0);
-    EXPECT_EQ(kindOf(files, 0, "/nowhere"), -1);
+             {Case{30, u"/a", 0}, Case{7, u"/a/deep/er", 1}, Case{9, u"/b/c", 0},
+              Case{31, u"/A", -1}, Case{3, u"/b/c/d", -1}, Case{5, u"/b", -1}, Case{1, u"/ab", -1}})
+            EXPECT_EQ(files.matchFolder(id, byId ? u"/nowhere"_s : path.toString()).kind, kind)
+                << id << byId;
+    EXPECT_EQ(files.matchFolder(0, u"/a"_s).kind, 0);
+    EXPECT_EQ(files.matchFolder(0, u"/nowhere"_s).kind, -1);
     const auto match = files.matchFolder(9, {});
     ASSERT_EQ(match.fileArray.size(), 1U);
     EXPECT_EQ(match.fileArray[0].fileName, u"x.jpg");

@@ -4,8 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-using fileactions::TransferPlan;
-using Kind = TransferPlan::Kind;
+using Kind = fileactions::TransferPlan::Kind;
 using Answer = fileactions::FilePrompts::Answer;
 
 namespace {
@@ -17,8 +16,7 @@ QByteArray contentOf(int number) {
     return QByteArray(200'000 + 70'000 * number, static_cast<char>('a' + number));
 }
 
-struct Transferring : support::TransferFixture {
-    void TestBody() override {}
+struct Transferring : support::Transfers {
     /// Writes a byte each time that something has been done.
     [[noreturn]] void work(int round, int told) {
         prompts.onProgress = [told](const auto&) { static_cast<void>(::write(told, "x", 1) == 1); };
@@ -28,7 +26,7 @@ struct Transferring : support::TransferFixture {
             names.push_back("a/" + QByteArray::number(number));
         prompts.answers.assign(2, {Answer::Replace, true});
         const auto kind = round % 2 == 0 ? Kind::Move : Kind::Copy;
-        static_cast<void>(run(plan(kind, names)));
+        run(plan(kind, names));
         ::_exit(0);
     }
 };

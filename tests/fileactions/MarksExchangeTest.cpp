@@ -88,9 +88,7 @@ TEST_F(MarksTest, WhatWasExportedComesBackWholeInAnotherCatalogue) {
         support::words("2 2"))
         << "an older copy of either file is known by it";
     const auto sorted = [](const QByteArray& text) {
-        QByteArrayList list = text.split('\n');
-        std::ranges::sort(list);
-        return list.join('\n');
+        return support::sorted(QString::fromUtf8(text).split(u'\n'));
     };
     EXPECT_EQ(sorted(fileactions::exportMarks(*both, roots).value()), sorted(lines));
     EXPECT_TRUE(import(lines).fileIds.empty()) << "nothing is left to do";

@@ -1,15 +1,10 @@
 #include "fileactions/marks/EditQueue.h"
 
-#include "FMDB/FMDatabase.h"
 #include "group/CatalogueFixture.h"
 
 using fileactions::OtherWay;
 
 namespace {
-
-struct NoRoots final : FolderRootPaths {
-    QString mountedPathOfAliasId(qint64) const override { return {}; }
-};
 
 struct OtherWayTest : testing::Test {
     /// One that notes that it is asked, and ends when the test says so.
@@ -25,7 +20,16 @@ struct OtherWayTest : testing::Test {
         const auto now = end; // which may be another one meanwhile
         now(how);
     }
-    NoRoots roots;
+    void undo(OtherWay::End how = OtherWay::End::Done) {
+        queue.undo();
+        endIt(how);
+    }
+    void redo(OtherWay::End how = OtherWay::End::Done) {
+        queue.redo();
+        endIt(how);
+    }
+
+    support::NoRoots roots;
     QStringList log;
     std::function<void(OtherWay::End how)> end;
     fileactions::EditQueue queue{
@@ -56,8 +60,7 @@ TEST_F(OtherWayTest, whatIsDoneElsewhereHasItsPlaceInTheHistoryAndItsTurn) {
     EXPECT_EQ(ends, 1) << "whoever waits for that goes on";
     EXPECT_EQ(queue.undoText(), u"third");
     EXPECT_FALSE(queue.canRedo());
-    queue.undo();
-    endIt();
+    undo();
     queue.redo();
     EXPECT_EQ(log.last(), u"third'"); // by what led back
     EXPECT_FALSE(queue.isIdle());
@@ -70,44 +73,32 @@ TEST_F(OtherWayTest, whatIsDoneElsewhereHasItsPlaceInTheHistoryAndItsTurn) {
 TEST_F(OtherWayTest, whatFailsCanBeTriedAgainAndWhatHasNothingToDoGoes) {
     for (const QString& name : {u"first"_s, u"second"_s, u"third"_s})
         queue.didOther(name, way(name));
-    queue.undo();
-    queue.undo(); // would do the same
-    endIt(OtherWay::End::StillToDo);
+    queue.undo(); // the second would do the same
+    undo(OtherWay::End::StillToDo);
     EXPECT_EQ(log, QStringList(u"third"_s));
     EXPECT_EQ(queue.undoText(), u"third");
     EXPECT_TRUE(queue.isIdle());
-    queue.undo();
-    endIt(OtherWay::End::Void);
+    undo(OtherWay::End::Void);
     EXPECT_EQ(queue.undoText(), u"second");
     EXPECT_FALSE(queue.canRedo());
-    queue.undo();
-    endIt();
-    queue.redo();
-    endIt(OtherWay::End::StillToDo);
+    undo();
+    redo(OtherWay::End::StillToDo);
     EXPECT_EQ(queue.redoText(), u"second");
-    queue.redo();
-    endIt(OtherWay::End::Void);
+    redo(OtherWay::End::Void);
     EXPECT_FALSE(queue.canRedo());
     EXPECT_EQ(queue.undoText(), u"first");
     // Half-way: what was done can be repeated, and the rest taken back.
     log.clear();
-    queue.undo();
-    queue.undo(); // was meant for the one before
-    endIt(OtherWay::End::Partly);
-    for (const bool isUndo : {true, false, false, true}) {
-        if (isUndo) {
-            queue.undo();
-        } else {
-            queue.redo();
-        }
-        endIt();
-    }
+    queue.undo(); // the second was meant for the one before
+    undo(OtherWay::End::Partly);
+    undo();
+    redo();
+    redo();
+    undo();
     EXPECT_EQ(log.join(u' '), u"first first+ first+' first' first''"_s);
-    queue.redo();
-    endIt(OtherWay::End::Partly);
+    redo(OtherWay::End::Partly);
     EXPECT_EQ(queue.undoText(), queue.redoText());
-    queue.redo();
-    endIt();
+    redo();
     EXPECT_EQ(log.last(), u"first'''+");
 }
 

@@ -16,12 +16,10 @@ namespace {
 /// The runner over a catalogue and a ledger on disk; what is to be shown is noted.
 struct EditQueueTest : MarksTest {
     EditQueueTest() {
-        QObject::connect(
-            &queue, &fileactions::EditRunner::didEdit,
-            [this](const EditResult& result) { results.push_back(result); });
-        QObject::connect(
-            &queue, &fileactions::EditRunner::didFail,
-            [this](const EditResult& result) { results.push_back(result); });
+        using fileactions::EditRunner;
+        for (const auto signal : {&EditRunner::didEdit, &EditRunner::didFail})
+            QObject::connect(
+                &queue, signal, [this](const EditResult& result) { results.push_back(result); });
     }
     void wait() {
         ASSERT_TRUE(support::spinUntil([this] { return queue.isIdle(); }));
@@ -50,9 +48,7 @@ struct EditQueueTest : MarksTest {
     }
 
     platform::MainLoop loop;
-    struct NoRoots final : FolderRootPaths {
-        QString mountedPathOfAliasId(qint64) const override { return {}; }
-    } folders;
+    support::NoRoots folders;
     std::vector<marks::ShownRow> shown;
     std::vector<EditResult> results;
     EditQueue queue{EditQueue::Environment{
@@ -80,12 +76,8 @@ TEST_F(EditQueueTest, EveryKindOfEditIsInBothFilesAndGoesBackAndForth) {
     change({ids[0]}, {.stars = 2, .flag = true, .tags = support::words("x y"), .rotation = {}});
     change({ids[1]}, {.stars = {}, .flag = {}, .tags = support::words("y"), .rotation = 90});
     change({ids[2]}, {.stars = 5, .flag = true, .tags = QStringList(), .rotation = 180});
-    struct Row {
-        Edit::Change change;
-        const char* changed; ///< photographs, by their letters
-        const char16_t* name;
-    };
-    const Row table[] = {
+    // The photographs that are changed, by their letters.
+    const std::tuple<Edit::Change, std::string, const char16_t*> table[] = {
         {Edit::Rate{5}, "ab", u"Rating of 2 Photographs"},
         {Edit::SetFlag{true}, "b", u"Flag of 1 Photograph"},
         {Edit::ToggleFlag{}, "b", u"Flag of 1 Photograph"},
@@ -100,22 +92,22 @@ TEST_F(EditQueueTest, EveryKindOfEditIsInBothFilesAndGoesBackAndForth) {
         {Edit::RenameTag{u"y"_s, u"X"_s}, "ab", u"Rename of Tag “y”"}, // the two become one
         {Edit::RemoveTag{u"x"_s}, "a", u"Removal of Tag “x”"}};
     const QString before = all();
-    for (const Row& row : table) {
-        const std::string_view what(row.changed);
-        run(row.change, ids);
+    for (const auto& [change, changed, name] : table) {
+        SCOPED_TRACE(QString::fromUtf16(name).toStdString());
+        run(change, ids);
         std::string letters;
         for (const qint64 id : results.back().changed)
             letters += static_cast<char>('a' + (std::ranges::find(ids, id) - ids.begin()));
         std::ranges::sort(letters);
-        EXPECT_EQ(letters, what) << qPrintable(QString::fromUtf16(row.name));
-        EXPECT_EQ(queue.undoText(), QString::fromUtf16(row.name));
+        EXPECT_EQ(letters, changed);
+        EXPECT_EQ(queue.undoText(), QString::fromUtf16(name));
         const QString after = all();
-        EXPECT_NE(after, before) << what;
+        EXPECT_NE(after, before);
         undo();
-        EXPECT_EQ(all(), before) << qPrintable(QString::fromUtf16(row.name));
+        EXPECT_EQ(all(), before);
         queue.redo();
         wait();
-        EXPECT_EQ(all(), after) << qPrintable(QString::fromUtf16(row.name));
+        EXPECT_EQ(all(), after);
         undo();
     }
     EXPECT_EQ(all(), before);
@@ -274,31 +266,23 @@ TEST_F(EditQueueTest, marksFromElsewhereThatCannotBeReadAreTold) {
 }
 
 TEST(ShownPhotographsTest, onlyWhatGroupsSortsOrFiltersByAFieldMovesWithIt) {
-    using fileactions::ShownPhotographs;
-    struct Row {
-        unsigned fields;
-        std::vector<int> chain;
-        quint64 filter;
-        int sortType;
-        const char16_t* search;
-        bool moves;
-    };
     using namespace fileactions;
-    const Row table[] = {
+    using Chain = std::vector<int>;
+    const std::tuple<unsigned, Chain, quint64, int, const char16_t*, bool> table[] = {
         {ShownStars, {3, 12}, 0, 1, u"", true},   {ShownStars, {11, 13}, 1, 1, u"a", false},
         {ShownStars, {}, 2, 1, u"", true},        {ShownFlag, {11}, 0, 1, u"", true},
         {ShownFlag, {12, 13}, 2, 1, u"a", false}, {ShownFlag, {}, 3, 2, u"", true},
         {ShownTags, {13}, 0, 1, u"", true},       {ShownTags, {11, 12}, 3, 1, u"a", false},
         {ShownName, {}, 0, 1, u"", true},         {ShownName, {13}, 3, 2, u"", false},
         {ShownName, {}, 0, 2, u"a", true},        {ShownRotation, {11, 12, 13}, 3, 1, u"a", false}};
-    for (const Row& row : table) {
+    for (const auto& [fields, chain, filter, sortType, search, moves] : table) {
         ScanBrowsing browsing;
-        browsing.groupTypeArray = std::make_shared<const std::vector<int>>(row.chain);
-        browsing.filter = row.filter;
-        browsing.sortType = row.sortType;
-        browsing.searchString = QString::fromUtf16(row.search);
-        EXPECT_EQ(ShownPhotographs::canMove(row.fields, browsing), row.moves)
-            << row.fields << ' ' << (&row - table);
+        browsing.groupTypeArray = std::make_shared<const Chain>(chain);
+        browsing.filter = filter;
+        browsing.sortType = sortType;
+        browsing.searchString = QString::fromUtf16(search);
+        EXPECT_EQ(ShownPhotographs::canMove(fields, browsing), moves)
+            << fields << ' ' << testing::PrintToString(chain) << filter << sortType;
     }
 }
 

@@ -55,9 +55,8 @@ TEST(NameToGiveTest, anExtensionLeftOutIsKeptAndAnotherOneIsDoubted) {
     const auto given = [](const char* typed, const char* former = "IMG_1.jpg") {
         const fileactions::NameToGive name =
             fileactions::nameToGive(QLatin1StringView(typed), QLatin1StringView(former));
-        return u"%1 %2 %3"_s.arg(name.name)
-            .arg(static_cast<int>(name.doubt))
-            .arg(name.nameOfSameType);
+        const QString doubt = QString::number(static_cast<int>(name.doubt));
+        return u"%1 %2 %3"_s.arg(name.name, doubt, name.nameOfSameType);
     };
     const std::pair<const char*, const char16_t*> rows[] = {
         {"  Lisbon ", u"Lisbon.jpg 0 "},

@@ -44,6 +44,10 @@ private:
     std::map<qint64, QString> _paths;
 };
 
+struct NoRoots final : FolderRootPaths {
+    QString mountedPathOfAliasId(qint64) const override { return {}; }
+};
+
 inline std::shared_ptr<PBImageFileItem> makeItem(
     const QString& name, qint64 id = 1, quint64 size = 0, double modifiedDate = 0,
     qint64 folderId = 1) {

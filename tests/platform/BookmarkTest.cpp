@@ -1,7 +1,7 @@
 #include "platform/files/FolderSearch.h"
 #include "platform/volumes/BookmarkResolver.h"
 
-#include "support/Support.h"
+#include "support/FolderTest.h"
 
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -16,20 +16,12 @@ namespace {
 
 const Answer missing{Outcome::NotFound, {}};
 
-struct BookmarkTest : testing::Test {
-    QString path(QStringView below) const { return _folder.path() + u'/' + below.toString(); }
-    QString make(QStringView below) const {
-        QDir().mkpath(path(below));
-        return path(below);
-    }
+struct BookmarkTest : support::FolderTest {
     Bookmark bookmarkOf(const QString& folder) const {
         const auto bookmark = Bookmark::bookmarkOfFolder(folder, Volumes());
         EXPECT_TRUE(bookmark);
         // Through the byte form, as roots are kept.
         return Bookmark::fromData(bookmark.value_or(Bookmark()).data()).value_or(Bookmark());
-    }
-    void move(QStringView from, QStringView to) const {
-        ASSERT_EQ(::rename(QFile::encodeName(path(from)), QFile::encodeName(path(to))), 0);
     }
     /// Without the user's own folders, which would let a test depend on them.
     Answer resolve(const Bookmark& bookmark, const SearchPlaces& places = {}) const {
@@ -37,9 +29,6 @@ struct BookmarkTest : testing::Test {
         return {outcome, at};
     }
     Answer found(QStringView below) const { return {Outcome::Found, path(below)}; }
-
-private:
-    QTemporaryDir _folder;
 };
 
 TEST_F(BookmarkTest, folderIsFoundAtItsPathAndAfterRenamesAndMoves) {
@@ -71,11 +60,10 @@ TEST_F(BookmarkTest, folderIsFoundWhereOneOfTheFoldersAboveItHasAnotherName) {
         const QString former = now.left(now.indexOf(name) + name.size());
         const QString renamed = now.left(now.indexOf(name)) + u'.' + name;
         move(former, renamed);
-        EXPECT_EQ(resolve(bookmark), found(renamed + now.mid(former.size())))
-            << qPrintable(renamed);
-        make(former);
-        EXPECT_EQ(resolve(bookmark), found(renamed + now.mid(former.size())))
-            << qPrintable(renamed);
+        for (const bool isPlaceTaken : {false, true}) {
+            if (isPlaceTaken) make(former);
+            EXPECT_EQ(resolve(bookmark), found(renamed + now.mid(former.size())));
+        }
         QDir().rmdir(path(former));
         move(renamed, former);
     }
@@ -112,7 +100,7 @@ TEST_F(BookmarkTest, anotherFolderAtTheOldPathIsNotTheOldRoot) {
     QDir().rmdir(path(u"p/A"));
     make(u"p/A");
     EXPECT_EQ(resolve(bookmark), missing);
-    support::writeFile(path(u"p/file"), "x");
+    write(u"p/file");
     EXPECT_FALSE(Bookmark::bookmarkOfFolder(path(u"p/file"), Volumes()));
 }
 
@@ -145,9 +133,8 @@ TEST_F(BookmarkTest, searchGoesDownFromTheNewestFoldersAndLeavesOutWhatItMust) {
     EXPECT_EQ(found({{top, 1}}, 99), "none");
     EXPECT_EQ(found({{top, 1}, {top, 2}}, 99), wanted) << "deeper than before";
     EXPECT_EQ(found({{top, 2}, {top + "/old", 1}}, 7), wanted);
-    EXPECT_EQ(found({{top, 2}}, 99, {top + "/old"}), "none");
-    EXPECT_EQ(found({{top, 2}}, 99, {wanted}), "none");
-    EXPECT_EQ(found({{top, 2}}, 99, {top}), "none");
+    for (const QByteArray& avoided : {top, top + "/old", wanted})
+        EXPECT_EQ(found({{top, 2}}, 99, {avoided}), "none");
 }
 
 TEST_F(BookmarkTest, bytesCarryEveryMarkAndEachMarkDecides) {
@@ -160,10 +147,9 @@ TEST_F(BookmarkTest, bytesCarryEveryMarkAndEachMarkDecides) {
     ASSERT_TRUE(read);
     EXPECT_EQ(read->path + read->pathInFileSystem, u"/a/b/b"_s);
     EXPECT_EQ(read->fileSystem, one.fileSystem);
-    const auto marks = [](const FolderMark& mark) {
-        return std::tuple(mark.inode, mark.creationTime, mark.handleType, mark.handle);
-    };
-    EXPECT_EQ(marks(read->folder), marks(one.folder));
+    const auto& [inode, creationTime, handleType, handle] = read->folder;
+    EXPECT_TRUE(inode == one.folder.inode && creationTime == -5 && handleType == -6);
+    EXPECT_EQ(handle, "handle");
     for (qsizetype length = 0; length < one.data().size(); ++length)
         EXPECT_FALSE(Bookmark::fromData(one.data().left(length))) << length;
     EXPECT_FALSE(Bookmark::fromData(one.data() + QByteArray(1 << 20, ' '))) << "too large";
@@ -174,9 +160,8 @@ TEST_F(BookmarkTest, bytesCarryEveryMarkAndEachMarkDecides) {
         return one.isSameFolder(other, true);
     };
     EXPECT_TRUE(isSame(one.folder) && isSame({one.folder.inode, 0, 9, {}}));
-    EXPECT_FALSE(isSame({1, -5, -6, "handle"}) || isSame({one.folder.inode, 1, -6, "handle"}));
-    EXPECT_FALSE(isSame({one.folder.inode, -5, 1, "handle"}));
-    EXPECT_FALSE(isSame({one.folder.inode, -5, -6, "other"}));
+    EXPECT_FALSE(isSame({1, -5, -6, "handle"}) || isSame({inode, 1, -6, "handle"}));
+    EXPECT_FALSE(isSame({inode, -5, 1, "handle"}) || isSame({inode, -5, -6, "other"}));
     one.fileSystem = {"vfat", "", "/dev/x", 0};
     EXPECT_TRUE(isSame({1, 1, 1, {}})) << "numbers mean nothing";
     EXPECT_FALSE(one.isSameFolder(one, false));
@@ -203,11 +188,9 @@ TEST_F(BookmarkTest, absentVolumeOrUnreadableParentIsNoMissingFolder) {
 }
 
 TEST_F(BookmarkTest, aServerBelowTheDesktopsMountPointIsAVolumeOfItsOwn) {
-    const QString table = path(u"table");
     const auto mountTable = [&](const char* type) {
-        support::writeFile(
-            table, "30 1 0:40 / " + path(u"run").toUtf8() + " rw - " + type + " daemon rw\n");
-        return VolumeSources{.mountInfo = table};
+        write(u"table", "30 1 0:40 / " + path(u"run").toUtf8() + " rw - " + type + " daemon rw\n");
+        return VolumeSources{.mountInfo = path(u"table")};
     };
     for (const auto& [type, share] :
          {std::pair("fuse.gvfsd-fuse", "smb-share:server=nas,share=a"),

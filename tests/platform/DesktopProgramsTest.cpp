@@ -42,10 +42,7 @@ struct DesktopProgramsTest : testing::Test {
 TEST_F(DesktopProgramsTest, thosePreferredComeFirstAndOnlyThoseForAllTypesAndChangesAreSeen) {
     for (const QString& id : {u"a"_s, u"b"_s, u"c"_s, u"kde/d"_s, u"map"_s})
         program(id);
-    write(
-        u"applications/single.desktop"_s,
-        "[Desktop Entry]\nType=Application\nName=Single\nExec=/bin/sh '" +
-            folder.filePath(u"one"_s).toUtf8() + "' %f\n");
+    program(u"single"_s, "Exec=/bin/sh '" + folder.filePath(u"one"_s).toUtf8() + "' %f\n");
     program(u"hidden"_s, "NoDisplay=true\n");
     program(u"text"_s, "Terminal=true\n");
     program(u"else"_s, "OnlyShowIn=NoSuchDesktop;\n");
@@ -99,13 +96,11 @@ TEST_F(DesktopProgramsTest, thosePreferredComeFirstAndOnlyThoseForAllTypesAndCha
 }
 
 TEST(WallpaperTest, desktopsAreToldOfTheirPictureInTheirOwnWay) {
+    const QString uri = u"background picture-uri 'file:///a%20b\\'c'"_s;
     const std::pair<QString, QString> table[] = {
-        {u"GNOME"_s,
-         u"gsettings set org.gnome.desktop.background picture-uri 'file:///a%20b\\'c'"_s},
-        {u"ubuntu:GNOME"_s,
-         u"gsettings set org.gnome.desktop.background picture-uri 'file:///a%20b\\'c'"_s},
-        {u"X-Cinnamon"_s,
-         u"gsettings set org.cinnamon.desktop.background picture-uri 'file:///a%20b\\'c'"_s},
+        {u"GNOME"_s, u"gsettings set org.gnome.desktop."_s + uri},
+        {u"ubuntu:GNOME"_s, u"gsettings set org.gnome.desktop."_s + uri},
+        {u"X-Cinnamon"_s, u"gsettings set org.cinnamon.desktop."_s + uri},
         {u"MATE"_s, u"gsettings set org.mate.background picture-filename '/a b\\'c'"_s},
         {u"KDE"_s, u"plasma-apply-wallpaperimage /a b'c"_s},
         {u"XFCE"_s, u"xfconf-query -c xfce4-desktop -l"_s},

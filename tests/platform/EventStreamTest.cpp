@@ -4,7 +4,7 @@
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/Mutex.h"
 
-#include "support/Support.h"
+#include "support/FolderTest.h"
 
 #include <unistd.h>
 
@@ -19,10 +19,13 @@ constexpr std::uint32_t renamedFile = EventItemRenamed | EventItemIsFile;
 constexpr std::uint32_t renamedFolder = EventItemRenamed | EventItemIsDir;
 using Events = std::map<QString, std::uint32_t>;
 
-struct EventStreamTest : testing::Test {
+struct EventStreamTest : support::FolderTest {
     /// Batches come by flushing only, if nothing else is said.
-    void watch(const QStringList& roots) {
-        watch(roots, {24h, [this] { return EventStream::Clock::time_point(1h + _ticks.load()); }});
+    void watch(const QStringList& roots, const QStringList& flat = {}) {
+        EventStream::Options options{
+            24h, [this] { return EventStream::Clock::time_point(1h + _ticks.load()); }};
+        options.flat = flat;
+        watch(roots, options);
     }
     void watch(const QStringList& roots, const EventStream::Options& options) {
         _stream = std::make_unique<EventStream>(
@@ -31,7 +34,7 @@ struct EventStreamTest : testing::Test {
                 ++_batches;
                 for (FileSystemEvent& event : events) {
                     EXPECT_GT(event.eventId, std::exchange(_lastId, event.eventId));
-                    _events[event.path.remove(_folder.path() + u'/')] |= event.flags;
+                    _events[event.path.remove(temporary.path() + u'/')] |= event.flags;
                 }
             },
             options);
@@ -45,12 +48,6 @@ struct EventStreamTest : testing::Test {
     }
     void tick(std::chrono::milliseconds time) { _ticks = _ticks.load() + time; }
 
-    QString path(const QString& name) const { return _folder.path() + u'/' + name; }
-    void write(const QString& name) const { support::writeFile(path(name), "bytes"); }
-    void makeFolder(const QString& name) const { ASSERT_TRUE(QDir().mkpath(path(name))); }
-    void rename(const QString& from, const QString& to) const {
-        ASSERT_EQ(::rename(qPrintable(path(from)), qPrintable(path(to))), 0);
-    }
     /// What is told is this and nothing else.
     void expect(const Events& expected, int line = __builtin_LINE()) {
         SCOPED_TRACE(line);
@@ -58,7 +55,6 @@ struct EventStreamTest : testing::Test {
     }
 
     MainLoop _loop;
-    QTemporaryDir _folder;
     std::atomic<std::chrono::milliseconds> _ticks{0ms};
     std::unique_ptr<EventStream> _stream;
     Events _events;
@@ -66,18 +62,16 @@ struct EventStreamTest : testing::Test {
     int _batches = 0;
 };
 
-} // namespace
-
 TEST_F(EventStreamTest, FilesThatComeGoAndAreRenamedAreToldOnceEach) {
     write(u"old.jpg"_s);
     write(u"a.jpg"_s);
-    watch({_folder.path()});
+    watch({temporary.path()});
     expect({});
 
     write(u"new.jpg"_s);
     write(u".hidden.jpg"_s);
     QFile::remove(path(u"old.jpg"_s));
-    rename(u"a.jpg"_s, u"b.jpg"_s);
+    move(u"a.jpg"_s, u"b.jpg"_s);
     expect(
         {{u"new.jpg"_s, createdFile},
          {u"old.jpg"_s, EventItemRemoved | EventItemIsFile},
@@ -89,50 +83,47 @@ TEST_F(EventStreamTest, FilesThatComeGoAndAreRenamedAreToldOnceEach) {
     expect({});
     // A writer's usual way to replace a file.
     write(u".b.jpg.tmp"_s);
-    rename(u".b.jpg.tmp"_s, u"b.jpg"_s);
+    move(u".b.jpg.tmp"_s, u"b.jpg"_s);
     expect({{u"b.jpg"_s, renamedFile}});
 }
 
 TEST_F(EventStreamTest, OfAFlatRootTheFolderItselfIsWatchedAndARootInItWithAllItsFolders) {
-    makeFolder(u"before"_s);
-    makeFolder(u"root/deep"_s);
-    EventStream::Options options{
-        24h, [this] { return EventStream::Clock::time_point(1h + _ticks.load()); }};
-    options.flat = {_folder.path()};
-    watch({_folder.path(), path(u"root"_s)}, options);
-    makeFolder(u"made"_s);
-    makeFolder(u".moved"_s);
-    rename(u".moved"_s, u"moved"_s);
+    make(u"before"_s);
+    make(u"root/deep"_s);
+    watch({temporary.path(), path(u"root"_s)}, QStringList(temporary.path()));
+    make(u"made"_s);
+    make(u".moved"_s);
+    move(u".moved"_s, u"moved"_s);
     expect({{u"made"_s, createdFolder}, {u"moved"_s, renamedFolder}});
-    for (const QString& folder : {u""_s, u"before/"_s, u"made/"_s, u"moved/"_s, u"root/deep/"_s})
-        write(folder + u"a.jpg"_s);
+    for (const QString& place : {u""_s, u"before/"_s, u"made/"_s, u"moved/"_s, u"root/deep/"_s})
+        write(place + u"a.jpg"_s);
     expect({{u"a.jpg"_s, createdFile}, {u"root/deep/a.jpg"_s, createdFile}});
 }
 
 TEST_F(EventStreamTest, FoldersAreFollowedUnderTheirNewNames) {
-    makeFolder(u"root/one/deep"_s);
-    makeFolder(u"root/two"_s);
-    makeFolder(u"outside/in"_s);
+    make(u"root/one/deep"_s);
+    make(u"root/two"_s);
+    make(u"outside/in"_s);
     watch({path(u"root"_s)});
 
-    rename(u"root/one"_s, u"root/two/three"_s);
+    move(u"root/one"_s, u"root/two/three"_s);
     expect({{u"root/one"_s, renamedFolder}, {u"root/two/three"_s, renamedFolder}});
     write(u"root/two/three/deep/x.jpg"_s);
     expect({{u"root/two/three/deep/x.jpg"_s, createdFile}});
 
     // From and to places that are not watched.
-    rename(u"outside/in"_s, u"root/in"_s);
-    rename(u"root/two/three"_s, u"outside/three"_s);
+    move(u"outside/in"_s, u"root/in"_s);
+    move(u"root/two/three"_s, u"outside/three"_s);
     expect({{u"root/in"_s, renamedFolder}, {u"root/two/three"_s, renamedFolder}});
     write(u"root/in/y.jpg"_s);
     write(u"outside/three/deep/z.jpg"_s);
     expect({{u"root/in/y.jpg"_s, createdFile}});
 
     // Hiding a folder is moving it away, and showing it is moving it in.
-    rename(u"root/in"_s, u"root/.in"_s);
+    move(u"root/in"_s, u"root/.in"_s);
     write(u"root/.in/unseen.jpg"_s);
     expect({{u"root/in"_s, renamedFolder}});
-    rename(u"root/.in"_s, u"root/again"_s);
+    move(u"root/.in"_s, u"root/again"_s);
     expect({{u"root/again"_s, renamedFolder}});
     write(u"root/again/seen.jpg"_s);
     expect({{u"root/again/seen.jpg"_s, createdFile}});
@@ -144,7 +135,7 @@ TEST_F(EventStreamTest, FoldersAreFollowedUnderTheirNewNames) {
 }
 
 TEST_F(EventStreamTest, AFileIsToldOnceWhenItsWriterHasFinished) {
-    watch({_folder.path()});
+    watch({temporary.path()});
     QFile file(path(u"slow.jpg"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
     _stream->flushSync(); // the first look is at an empty file
@@ -161,11 +152,11 @@ TEST_F(EventStreamTest, AFileIsToldOnceWhenItsWriterHasFinished) {
     expect({});
 
     // The folder is renamed while the file in it grows.
-    makeFolder(u"f"_s);
+    make(u"f"_s);
     QFile inside(path(u"f/x.jpg"_s));
     ASSERT_TRUE(inside.open(QIODevice::WriteOnly));
     expect({{u"f"_s, createdFolder}});
-    rename(u"f"_s, u"g"_s);
+    move(u"f"_s, u"g"_s);
     inside.write("all");
     inside.close();
     EXPECT_EQ(events().at(u"g/x.jpg"_s), createdFile);
@@ -175,7 +166,7 @@ TEST_F(EventStreamTest, AWriterThatPausesIsWaitedForAndItsCloseIsNeverMissed) {
     // One was at it before anyone watched; the other's first bytes come before the first look.
     QFile before(path(u"before.jpg"_s));
     ASSERT_TRUE(before.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    watch({_folder.path()});
+    watch({temporary.path()});
     QFile late(path(u"late.jpg"_s));
     ASSERT_TRUE(late.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
     before.write("half");
@@ -189,15 +180,13 @@ TEST_F(EventStreamTest, AWriterThatPausesIsWaitedForAndItsCloseIsNeverMissed) {
     tick(2s);
     expect({{u"before.jpg"_s, createdFile}, {u"late.jpg"_s, createdFile}});
     EXPECT_FALSE(_stream->isBeingWritten(late.fileName()));
-    rename(u"late.jpg"_s, u"later.jpg"_s);
+    move(u"late.jpg"_s, u"later.jpg"_s);
     expect({{u"late.jpg"_s, renamedFile}, {u"later.jpg"_s, renamedFile}});
     before.close();
     late.write("more");
     late.close();
     expect({{u"later.jpg"_s, EventItemModified | EventItemIsFile}});
 }
-
-namespace {
 
 /// Files as a test says they are.
 struct ToldFiles {
@@ -214,8 +203,6 @@ struct ToldFiles {
         return paths;
     }
 };
-
-} // namespace
 
 TEST(GrowingFilesTest, QuietIsCompleteWhereNobodyWritesAndLongQuietWhereNobodyKnows) {
     ToldFiles told;
@@ -286,13 +273,13 @@ TEST_F(EventStreamTest, BatchesAndFilesThatNobodyClosesComeWithoutAFlush) {
     EXPECT_EQ(EventStream::Options().latency, 1s);
     const auto start = EventStream::Clock::now();
     const auto now = [start] { return start + 50 * (EventStream::Clock::now() - start); };
-    watch({_folder.path() + u'/', _folder.path()}, {20ms, now});
-    support::writeFile(path(u".hidden"_s), "x"); // and linked, so that nobody closes it
+    watch({temporary.path() + u'/', temporary.path()}, {20ms, now});
+    write(u".hidden"); // and linked, so that nobody closes it
     ASSERT_EQ(::link(qPrintable(path(u".hidden"_s)), qPrintable(path(u"linked.jpg"_s))), 0);
     EXPECT_TRUE(support::spinUntil([&] { return _events.contains(u"linked.jpg"_s); }));
-    makeFolder(u"away"_s);
+    make(u"away"_s);
     EXPECT_TRUE(support::spinUntil([&] { return _events.contains(u"away"_s); }));
-    rename(u"away"_s, u".away"_s);
+    move(u"away"_s, u".away"_s);
     EXPECT_TRUE(support::spinUntil([&] { return _events[u"away"_s] & EventItemRenamed; }));
 }
 
@@ -303,24 +290,24 @@ TEST_F(EventStreamTest, WhenEventsWereLostAllIsToBeScannedAndWatchedAnew) {
         const platform::Lock lock(mutex);
         return EventStream::Clock::time_point(1h);
     };
-    watch({_folder.path()}, {24h, now});
+    watch({temporary.path()}, {24h, now});
     platform::Lock hold(mutex);
-    makeFolder(u"a"_s);
+    make(u"a"_s);
     const int most = support::readFile(u"/proc/sys/fs/inotify/max_queued_events"_s).toInt();
     for (int i = 0; i <= most / 4; ++i) { // each time four events
-        rename(u"a"_s, u"b"_s);
-        rename(u"b"_s, u"a"_s);
+        move(u"a"_s, u"b"_s);
+        move(u"b"_s, u"a"_s);
     }
     testing::internal::CaptureStderr();
     hold.unlock();
     const Events told = events();
     const std::string complaint = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(told.at(_folder.path()), EventMustScanSubDirs | renamedFolder);
+    EXPECT_EQ(told.at(temporary.path()), EventMustScanSubDirs | renamedFolder);
     EXPECT_NE(complaint.find("max_queued_events = " + std::to_string(most)), std::string::npos);
-    makeFolder(u"a/after"_s);
+    make(u"a/after"_s);
     expect({{u"a/after"_s, createdFolder}});
 
-    makeFolder(u"late"_s);
+    make(u"late"_s);
     _stream->flushSync();
     _stream.reset();
     QCoreApplication::processEvents();
@@ -360,3 +347,5 @@ TEST(EventStreamLimitTest, DISABLED_WithTheLimit) {
     EXPECT_EQ(told[0].path, folder);
     EXPECT_EQ(told[0].flags, EventMustScanSubDirs | EventItemRenamed | EventItemIsDir);
 }
+
+} // namespace

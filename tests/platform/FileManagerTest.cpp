@@ -1,20 +1,21 @@
 #include "platform/files/FileManager.h"
 
-#include "support/Support.h"
+#include "support/FolderTest.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace platform::FileManager;
+using FileManagerTest = support::FolderTest;
 
-TEST(FileManagerTest, enumerationSkipsHiddenAndUndecodableEntriesAndMarksPackages) {
-    const QTemporaryDir folder;
-    for (const char* name : {"a.jpg", ".hidden", "sub/below.jpg", "Trip.photoslibrary/x", "b\nc"})
-        support::writeFile(folder.filePath(QString::fromUtf8(name)), "x");
-    QFile::link(folder.filePath(u"sub"_s), folder.filePath(u"link"_s));
-    QFile::link(u"nowhere"_s, folder.filePath(u"dangling"_s));
-    const QByteArray undecodable = QFile::encodeName(folder.path()) + "/\xff.jpg";
+TEST_F(FileManagerTest, enumerationSkipsHiddenAndUndecodableEntriesAndMarksPackages) {
+    for (const QStringView name :
+         {u"a.jpg", u".hidden", u"sub/below.jpg", u"Trip.photoslibrary/x", u"b\nc"})
+        write(name);
+    QFile::link(path(u"sub"_s), path(u"link"_s));
+    QFile::link(u"nowhere"_s, path(u"dangling"_s));
+    const QByteArray undecodable = QFile::encodeName(temporary.path()) + "/\xff.jpg";
     ::close(::open(undecodable.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
 
     using Kinds = std::tuple<bool, bool, bool>; // folder, package, link
@@ -24,23 +25,22 @@ TEST(FileManagerTest, enumerationSkipsHiddenAndUndecodableEntriesAndMarksPackage
         return true;
     };
     QStringList told;
-    EXPECT_FALSE(enumerate(folder.path(), note, [&](const QString& name) { told += name; }));
+    EXPECT_FALSE(enumerate(temporary.path(), note, [&](const QString& name) { told += name; }));
     EXPECT_EQ(told, QStringList{u"\uFFFD.jpg"_s});
     const std::map<QString, Kinds> expected{
         {u"a.jpg"_s, {false, false, false}}, {u"sub"_s, {true, false, false}},
         {u"link"_s, {true, false, true}},    {u"dangling"_s, {false, false, true}},
         {u"b\nc"_s, {false, false, false}},  {u"Trip.photoslibrary"_s, {true, true, false}}};
     EXPECT_EQ(found, expected);
-    EXPECT_EQ(enumerate(folder.filePath(u"no"_s), note), std::errc::no_such_file_or_directory);
+    EXPECT_EQ(enumerate(path(u"no"_s), note), std::errc::no_such_file_or_directory);
     int visits = 0;
-    EXPECT_FALSE(enumerate(folder.path(), [&](const auto&) { return ++visits < 2; }));
+    EXPECT_FALSE(enumerate(temporary.path(), [&](const auto&) { return ++visits < 2; }));
     EXPECT_EQ(visits, 2);
 }
 
-TEST(FileManagerTest, resourceValuesKeepNanosecondsAndFollowLinks) {
-    const QTemporaryDir folder;
-    const QString file = folder.filePath(u"a"_s);
-    const QString link = folder.filePath(u"b"_s);
+TEST_F(FileManagerTest, resourceValuesKeepNanosecondsAndFollowLinks) {
+    const QString file = path(u"a"_s);
+    const QString link = path(u"b"_s);
     support::writeFile(file, "12345");
     QFile::link(file, link);
     const timespec times[2] = {{1'700'000'000, 0}, {1'600'000'000, 123'456'789}};
@@ -50,19 +50,17 @@ TEST(FileManagerTest, resourceValuesKeepNanosecondsAndFollowLinks) {
     EXPECT_EQ(values->fileSize, 5);
     EXPECT_EQ(values->modificationDate, 1'600'000'000 + 123'456'789 * 1e-9);
     EXPECT_GT(values->creationDate, 1'600'000'001.0);
-    EXPECT_FALSE(resourceValues(folder.filePath(u"none"_s)));
-    EXPECT_TRUE(isReadable(file) && !isReadable(folder.filePath(u"none"_s)));
+    EXPECT_FALSE(resourceValues(path(u"none"_s)));
+    EXPECT_TRUE(isReadable(file) && !isReadable(path(u"none"_s)));
 }
 
-TEST(FileManagerTest, whatCannotBeLookedAtIsNotTakenForGone) {
+TEST_F(FileManagerTest, whatCannotBeLookedAtIsNotTakenForGone) {
     using platform::Presence;
     for (const int error : {EACCES, EIO, ENOTCONN, ESTALE, ETIMEDOUT, EMFILE, ENFILE, ENOMEM})
         EXPECT_EQ(platform::presenceAfter(error), Presence::Unknown) << error;
-    const QTemporaryDir folder;
-    const auto path = [&](const QString& name) { return folder.filePath(name); };
-    support::writeFile(path(u"closed/a"_s), "x");
+    write(u"closed/a");
     ASSERT_TRUE(QFile::link(u"loop"_s, path(u"loop"_s)));
-    ::chmod(QFile::encodeName(folder.path()), 0755);
+    ::chmod(QFile::encodeName(temporary.path()), 0755);
     ::chmod(QFile::encodeName(path(u"closed"_s)), 0);
     const uid_t user = ::geteuid();
     ASSERT_EQ(::seteuid(user == 0 ? 65534 : user), 0); // the superuser sees everything
@@ -72,7 +70,7 @@ TEST(FileManagerTest, whatCannotBeLookedAtIsNotTakenForGone) {
         {u"none"_s, Presence::Gone},           {u"none/a"_s, Presence::Gone}};
     for (const auto& [name, presence] : cases) {
         EXPECT_EQ(look(path(name)).presence, presence) << name.toStdString();
-        EXPECT_EQ(OpenFolder(folder.path()).look(name).presence, presence);
+        EXPECT_EQ(OpenFolder(temporary.path()).look(name).presence, presence);
         const Presence below = presence == Presence::There ? Presence::Unknown : presence;
         EXPECT_EQ(OpenFolder(path(name)).look(u"x"_s).presence, below);
     }
@@ -82,20 +80,17 @@ TEST(FileManagerTest, whatCannotBeLookedAtIsNotTakenForGone) {
     EXPECT_EQ(look(path(u"closed/a/b"_s)).presence, Presence::Gone);
 }
 
-TEST(FileManagerTest, aNameThatIsTakenStaysAlsoByTheSameFileInOtherCase) {
-    const QTemporaryDir folder;
-    const auto path = [&](const char* name) { return folder.filePath(QString::fromUtf8(name)); };
-    support::writeFile(path("a.jpg"), "a");
-    ASSERT_EQ(::link(path("a.jpg").toUtf8(), path("A.jpg").toUtf8()), 0);
-    for (const char* name : {"a.jpg", "A.jpg"})
-        EXPECT_EQ(moveItem(path("a.jpg"), path(name)), std::errc::file_exists) << name;
-    EXPECT_FALSE(moveItem(path("a.jpg"), path("A.JPG")));
+TEST_F(FileManagerTest, aNameThatIsTakenStaysAlsoByTheSameFileInOtherCase) {
+    write(u"a.jpg");
+    ASSERT_EQ(::link(path(u"a.jpg").toUtf8(), path(u"A.jpg").toUtf8()), 0);
+    for (const QStringView name : {u"a.jpg", u"A.jpg"})
+        EXPECT_EQ(moveItem(path(u"a.jpg"), path(name)), std::errc::file_exists);
+    EXPECT_FALSE(moveItem(path(u"a.jpg"), path(u"A.JPG")));
     EXPECT_EQ(
-        QDir(folder.path()).entryList(QDir::Files, QDir::Name),
-        (QStringList{u"A.JPG"_s, u"A.jpg"_s}));
+        QDir(temporary.path()).entryList(QDir::Files, QDir::Name), support::words("A.JPG A.jpg"));
 }
 
-TEST(FileManagerTest, packagesAreToldByTheEndingOfTheirName) {
+TEST_F(FileManagerTest, packagesAreToldByTheEndingOfTheirName) {
     for (const char16_t* name : {u"/x/Mine.APP/", u"a.rtfd", u"/x.y/z.kext"})
         EXPECT_TRUE(isPackageName(name));
     for (const char16_t* name : {u".app", u"/x/.app", u"app", u"/a.app/b", u"a.appx", u"", u"/"})

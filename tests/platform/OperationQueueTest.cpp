@@ -7,26 +7,44 @@
 using platform::Operation;
 using platform::OperationQueue;
 using platform::QueuePriority;
+using Operations = std::vector<std::shared_ptr<Operation>>;
 
 namespace {
 
-struct Lambda final : Operation {
+struct Lambda : Operation {
     explicit Lambda(std::function<void(Lambda&)> body, std::int64_t key = 0)
         : Operation(key), _body(std::move(body)) {}
     void main() override { _body(*this); }
     const std::function<void(Lambda&)> _body;
 };
 
-TEST(OperationQueueTest, serialQueueRunsInOrderOfPriorityThenArrivalAndTellsTheEnd) {
-    std::vector<int> ran; // looked at while nothing runs
+/// A line of operations that note their keys.
+struct OperationLineTest : testing::Test {
+    OperationLineTest() { queue.setSuspended(true); }
+    std::shared_ptr<Operation> noting(std::int64_t key) {
+        return std::make_shared<Lambda>([this](Lambda& self) { ran += self.keys()[0]; }, key);
+    }
+    QList<std::int64_t> waiting() const {
+        QList<std::int64_t> keys;
+        for (const auto& operation : queue.operations())
+            keys += operation->keys()[0];
+        return keys;
+    }
+    void runAll() {
+        queue.setSuspended(false);
+        queue.waitUntilAllOperationsAreFinished();
+    }
+    using Keys = QList<std::int64_t>;
+    Keys ran; // looked at while nothing runs
+    OperationQueue queue{u"test"_s};
+};
+
+TEST_F(OperationLineTest, serialQueueRunsInOrderOfPriorityThenArrivalAndTellsTheEnd) {
     int idle = 0;
-    OperationQueue queue(u"test"_s);
     queue.setIdleHandler([&] { ++idle; });
-    queue.setSuspended(true);
-    std::vector<std::shared_ptr<Operation>> operations;
-    for (int name = 1; name <= 6; ++name)
-        operations.push_back(
-            std::make_shared<Lambda>([&ran, name](Lambda&) { ran.push_back(name); }));
+    Operations operations;
+    for (int key = 1; key <= 6; ++key)
+        operations.push_back(noting(key));
     operations[5]->setQueuePriority(QueuePriority::High);
     operations[0]->setQueuePriority(QueuePriority::Low);
     operations[3]->setQueuePriority(QueuePriority::VeryHigh);
@@ -39,54 +57,40 @@ TEST(OperationQueueTest, serialQueueRunsInOrderOfPriorityThenArrivalAndTellsTheE
     EXPECT_TRUE(ran.empty());
     EXPECT_EQ(queue.nextOperations(2), (std::vector{operations[3], operations[5]}));
     EXPECT_EQ(queue.nextOperations(99), queue.operations());
-    queue.setSuspended(false);
-    queue.waitUntilAllOperationsAreFinished();
-    EXPECT_EQ(ran, (std::vector{4, 6, 1, 3, 2})) << "and never the cancelled one";
+    runAll();
+    EXPECT_EQ(ran, (Keys{4, 6, 1, 3, 2})) << "and never the cancelled one";
     EXPECT_EQ(idle, 1);
     EXPECT_TRUE(operations[1]->isFinished() && operations[4]->isFinished());
 
     queue.setSuspended(true);
-    queue.addOperation([&] { ran.push_back(7); });
+    queue.addOperation(noting(7));
     queue.cancelAllOperations();
     EXPECT_EQ(idle, 2);
     EXPECT_EQ(queue.operationCount(), 0U);
     queue.waitUntilAllOperationsAreFinished(); // though suspended
-    EXPECT_EQ(ran.size(), 5U);
+    EXPECT_EQ(ran.size(), 5);
 }
 
-TEST(OperationQueueTest, whatIsPreferredComesFirstAndGoesBackToItsPlace) {
+TEST_F(OperationLineTest, whatIsPreferredComesFirstAndGoesBackToItsPlace) {
     using enum QueuePriority;
-    QList<std::int64_t> ran;
-    OperationQueue queue(u"test"_s);
-    queue.setSuspended(true);
-    const auto add = [&](std::int64_t key) {
-        queue.addOperation(
-            std::make_shared<Lambda>([&](Lambda& self) { ran += self.keys()[0]; }, key));
-    };
-    const auto waiting = [&] {
-        QList<std::int64_t> keys;
-        for (const auto& operation : queue.operations())
-            keys += operation->keys()[0];
-        return keys;
-    };
     for (std::int64_t key = 1; key <= 6; ++key)
-        add(key);
+        queue.addOperation(noting(key));
     queue.prefer({{5, VeryHigh}, {1, High}, {3, High}, {99, VeryHigh}});
-    EXPECT_EQ(waiting(), (QList<std::int64_t>{5, 1, 3, 2, 4, 6}));
+    EXPECT_EQ(waiting(), (Keys{5, 1, 3, 2, 4, 6}));
     EXPECT_EQ(queue.nextOperations(3).back()->keys()[0], 3);
     queue.prefer({{3, VeryHigh}, {6, High}});
-    EXPECT_EQ(waiting(), (QList<std::int64_t>{3, 6, 1, 2, 4, 5}));
+    EXPECT_EQ(waiting(), (Keys{3, 6, 1, 2, 4, 5}));
     queue.operations().back()->setQueuePriority(VeryHigh); // of the fifth, by itself
-    EXPECT_EQ(waiting(), (QList<std::int64_t>{3, 5, 6, 1, 2, 4}));
+    EXPECT_EQ(waiting(), (Keys{3, 5, 6, 1, 2, 4}));
     EXPECT_EQ(queue.operationCount(), 6U);
     queue.cancelAllOperations();
     EXPECT_EQ(queue.operationCount(), 0U);
 
-    for (std::int64_t key = 1; key <= 4; ++key)
-        add(key);
-    add(2); // its thumbnail is wanted once more: the last one is meant
+    // The thumbnail of 2 is wanted once more: the last one is meant.
+    for (const std::int64_t key : {1, 2, 3, 4, 2})
+        queue.addOperation(noting(key));
     queue.prefer({{1, High}, {2, High}, {6, High}});
-    EXPECT_EQ(waiting(), (QList<std::int64_t>{1, 2, 2, 3, 4}));
+    EXPECT_EQ(waiting(), (Keys{1, 2, 2, 3, 4}));
     EXPECT_EQ(queue.operations()[1]->queuePriority(), High);
     queue.addOperation([&] {
         // The first two of the line are gone by now.
@@ -94,34 +98,25 @@ TEST(OperationQueueTest, whatIsPreferredComesFirstAndGoesBackToItsPlace) {
         queue.prefer({});
     });
     queue.prefer({{3, High}, {4, High}});
-    queue.setSuspended(false);
-    queue.waitUntilAllOperationsAreFinished();
-    EXPECT_EQ(ran, (QList<std::int64_t>{3, 4, 1, 2, 2}));
+    runAll();
+    EXPECT_EQ(ran, (Keys{3, 4, 1, 2, 2}));
 }
 
-TEST(OperationQueueTest, whatStandsForOthersIsKnownByAllAndTheyTakeItsPlace) {
+TEST_F(OperationLineTest, whatStandsForOthersIsKnownByAllAndTheyTakeItsPlace) {
     using enum QueuePriority;
-    struct Several final : Operation {
-        Several(std::vector<std::int64_t> all, std::function<void(Several&)> body)
-            : _keys(std::move(all)), _body(std::move(body)) {}
+    struct Several final : Lambda {
+        Several(std::vector<std::int64_t> all, std::function<void(Lambda&)> body)
+            : Lambda(std::move(body)), _keys(std::move(all)) {}
         std::span<const std::int64_t> keys() const override { return _keys; }
-        void main() override { _body(*this); }
         const std::vector<std::int64_t> _keys;
-        const std::function<void(Several&)> _body;
-    };
-    QList<std::int64_t> ran;
-    OperationQueue queue(u"test"_s);
-    queue.setSuspended(true);
-    const auto single = [&](std::int64_t key) {
-        return std::make_shared<Lambda>([&](Lambda& self) { ran += self.keys()[0]; }, key);
     };
     const auto add = [&](std::int64_t first, bool isCancelled) {
         const std::vector<std::int64_t> keys{first, first + 1, first + 2};
-        queue.addOperation(std::make_shared<Several>(keys, [&, isCancelled](Several& self) {
+        queue.addOperation(std::make_shared<Several>(keys, [this, isCancelled](Lambda& self) {
             ran += -self.keys()[0];
-            std::vector<std::shared_ptr<Operation>> all;
+            Operations all;
             for (const std::int64_t key : self.keys())
-                all.push_back(single(key));
+                all.push_back(noting(key));
             if (isCancelled) self.cancel();
             queue.addInPlaceOf(self, all);
         }));
@@ -129,17 +124,15 @@ TEST(OperationQueueTest, whatStandsForOthersIsKnownByAllAndTheyTakeItsPlace) {
     add(1, false);
     add(4, false);
     add(7, true);
-    queue.addOperation(single(10));
+    queue.addOperation(noting(10));
     EXPECT_EQ(queue.keyCount(), 10U);
-    const auto firstOfLine = [&] { return queue.nextOperations(1)[0]->keys()[0]; };
     queue.prefer({{8, VeryHigh}, {9, High}});
-    EXPECT_EQ(firstOfLine(), 7);
+    EXPECT_EQ(waiting()[0], 7);
     queue.prefer({{6, VeryHigh}, {5, High}, {8, High}});
-    EXPECT_EQ(firstOfLine(), 4);
+    EXPECT_EQ(waiting()[0], 4);
     queue.prefer({{6, VeryHigh}, {5, High}, {10, High}});
-    queue.setSuspended(false);
-    queue.waitUntilAllOperationsAreFinished();
-    EXPECT_EQ(ran, (QList<std::int64_t>{-4, 6, 5, 10, -1, 1, 2, 3, 4, -7}));
+    runAll();
+    EXPECT_EQ(ran, (Keys{-4, 6, 5, 10, -1, 1, 2, 3, 4, -7}));
     EXPECT_EQ(queue.keyCount(), 0U);
 }
 
@@ -159,8 +152,7 @@ TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {
         queue->addOperation(operation);
         queue->addOperation(behind);
         started.wait();
-        EXPECT_EQ(
-            queue->operations(), (std::vector<std::shared_ptr<Operation>>{operation, behind}));
+        EXPECT_EQ(queue->operations(), (Operations{operation, behind}));
         if (!byEnd) {
             queue->cancelAllOperations();
             queue->waitUntilAllOperationsAreFinished();
@@ -172,19 +164,16 @@ TEST(OperationQueueTest, runningOperationIsCancelledByTheQueueOrItsEnd) {
 }
 
 TEST(OperationQueueTest, whatMustRunIsNotCancelledByTheQueueThoughItRuns) {
-    struct Needed final : Operation {
+    struct Needed final : Lambda {
+        using Lambda::Lambda;
         bool mustRun() const override { return true; }
-        void main() override {
-            queue.cancelAllOperations();
-            wasCancelled = isCancelled();
-        }
-        OperationQueue& queue;
-        bool& wasCancelled;
-        Needed(OperationQueue& in, bool& told) : queue(in), wasCancelled(told) {}
     };
     bool wasCancelled = true;
     OperationQueue queue(u"test"_s);
-    queue.addOperation(std::make_shared<Needed>(queue, wasCancelled));
+    queue.addOperation(std::make_shared<Needed>([&](Lambda& self) {
+        queue.cancelAllOperations();
+        wasCancelled = self.isCancelled();
+    }));
     queue.waitUntilAllOperationsAreFinished();
     EXPECT_FALSE(wasCancelled);
 }

@@ -8,48 +8,43 @@ namespace {
 
 using platform::Wallpaper::Result;
 
-struct PortalRequestTest : testing::Test {
-    support::ToldDesktop desktop;
-    QTemporaryDir folder;
-
-    void SetUp() override {
-        if (!desktop.isRunning()) GTEST_SKIP() << "there is no bus";
-        for (const QString& name : {u"a"_s, u"b"_s})
-            support::writeFile(folder.filePath(name), name.toUtf8());
+struct PortalRequestTest : support::DesktopTest {
+    PortalRequestTest() {
+        for (const QString& path : paths)
+            support::writeFile(path, path.last(1).toUtf8());
     }
-    void TearDown() override { QDBusConnection::disconnectFromBus(u"program"_s); }
-    QDBusConnection bus() const {
-        return QDBusConnection::connectToBus(desktop.address(), u"program"_s);
-    }
-    Result wallpaper(const QString& name) const {
+    /// What becomes of the first file as one.
+    Result wallpaper() {
         std::optional<Result> result;
-        const QString path = folder.filePath(name);
         platform::Wallpaper::set(
-            bus(), u"sway"_s, path, platform::openForPortal({path})->constFirst(),
-            [&](Result answer) { result = answer; });
+            desktop.programsBus(), u"sway"_s, paths[0],
+            platform::openForPortal(paths)->constFirst(), [&](Result answer) { result = answer; });
         EXPECT_TRUE(support::spinUntil([&] { return result.has_value(); }));
         return result.value_or(Result::Failed);
     }
+
+    QTemporaryDir folder;
+    const QStringList paths{folder.filePath(u"a"_s), folder.filePath(u"b"_s)};
 };
 
 TEST_F(PortalRequestTest, thePortalGetsThePictureAndItsAnswerCounts) {
-    EXPECT_EQ(wallpaper(u"a"_s), Result::Done);
+    EXPECT_EQ(wallpaper(), Result::Done);
     EXPECT_EQ(desktop.toldCalls(1), u"portal SetWallpaperFile a"_s);
     desktop.response = 1;
-    EXPECT_EQ(wallpaper(u"a"_s), Result::Cancelled);
+    EXPECT_EQ(wallpaper(), Result::Cancelled);
     // Left to the desktop itself, of which nothing is known here.
     desktop.response = 2;
-    EXPECT_EQ(wallpaper(u"a"_s), Result::Nobody);
+    EXPECT_EQ(wallpaper(), Result::Nobody);
     desktop.hasPortal = false;
-    EXPECT_EQ(wallpaper(u"a"_s), Result::Nobody);
+    EXPECT_EQ(wallpaper(), Result::Nobody);
 }
 
 TEST_F(PortalRequestTest, aMessageHasTheFilesThemselvesAttached) {
-    const QStringList paths{folder.filePath(u"a"_s), folder.filePath(u"b"_s)};
-    EXPECT_TRUE(platform::MailProgram::isThere(bus()));
+    EXPECT_TRUE(platform::MailProgram::isThere(desktop.programsBus()));
     std::optional<bool> isTaken;
     platform::MailProgram::compose(
-        bus(), paths, *platform::openForPortal(paths), [&](bool taken) { isTaken = taken; });
+        desktop.programsBus(), paths, *platform::openForPortal(paths),
+        [&](bool taken) { isTaken = taken; });
     EXPECT_TRUE(support::spinUntil([&] { return isTaken.has_value(); }));
     EXPECT_TRUE(*isTaken);
     EXPECT_EQ(desktop.toldCalls(1), u"portal ComposeEmail a+b"_s);

@@ -1,11 +1,6 @@
 #include "platform/desktop/ScreenProfiles.h"
 
-#include "support/Support.h"
-
-#include <QDBusMessage>
-#include <QDBusObjectPath>
-#include <QDBusVirtualObject>
-#include <QProcess>
+#include "support/ToldDesktop.h"
 
 using platform::ScreenProfiles;
 using support::spinUntil;
@@ -15,26 +10,12 @@ namespace {
 const QString root = u"/org/freedesktop/ColorManager"_s;
 const QString service = u"org.freedesktop.ColorManager"_s;
 
-/// A bus of its own, with a daemon that knows one screen.
+/// A daemon that knows one screen.
 class ColourDaemon final : public QDBusVirtualObject {
 public:
-    ColourDaemon() {
-        _process.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-        if (!_process.waitForStarted() || !_process.waitForReadyRead()) return;
-        _address = QString::fromUtf8(_process.readLine()).trimmed();
-        QDBusConnection bus = connection(u"daemon"_s);
-        bus.registerVirtualObject(root, this, QDBusConnection::SubPath);
-        bus.registerService(service);
-    }
-    ~ColourDaemon() override {
-        for (const QString& name : _names)
-            QDBusConnection::disconnectFromBus(name);
-        _process.kill();
-        _process.waitForFinished();
-    }
-    QDBusConnection connection(const QString& name) {
-        _names += name;
-        return QDBusConnection::connectToBus(_address, name);
+    explicit ColourDaemon(const QDBusConnection& connection) : _connection(connection) {
+        _connection.registerVirtualObject(root, this, QDBusConnection::SubPath);
+        _connection.registerService(service);
     }
     QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& call, const QDBusConnection& bus) override {
@@ -47,42 +28,41 @@ public:
                               QVariant::fromValue(QDBusObjectPath(root + u"/devices/one"_s)))
                         : call.createErrorReply(u"org.example.None"_s, u"none"_s));
         }
+        const auto tell = [&](const auto& value) {
+            return bus.send(
+                call.createReply(QVariant::fromValue(QDBusVariant(QVariant::fromValue(value)))));
+        };
         if (told == QVariantList{service + u".Device"_s, u"Profiles"_s}) {
             QList<QDBusObjectPath> profiles;
-            if (!file.isEmpty()) profiles += QDBusObjectPath(root + u"/profiles/used"_s);
-            if (!file.isEmpty()) profiles += QDBusObjectPath(root + u"/profiles/other"_s);
-            return bus.send(
-                call.createReply(QVariant::fromValue(QDBusVariant(QVariant::fromValue(profiles)))));
+            for (const QString& name : {u"used"_s, u"other"_s})
+                if (!file.isEmpty()) profiles += QDBusObjectPath(root + u"/profiles/"_s + name);
+            return tell(profiles);
         }
-        if (told != QVariantList{service + u".Profile"_s, u"Filename"_s} ||
-            !call.path().endsWith(u"/used"))
-            return false;
-        return bus.send(call.createReply(QVariant::fromValue(QDBusVariant(file))));
+        return told == QVariantList{service + u".Profile"_s, u"Filename"_s} &&
+               call.path().endsWith(u"/used") && tell(file);
     }
     void tellChange() {
-        QDBusConnection(u"daemon"_s)
-            .send(
-                QDBusMessage::createSignal(root, service, u"DeviceChanged"_s)
-                << QVariant::fromValue(QDBusObjectPath(root + u"/devices/one"_s)));
+        _connection.send(
+            QDBusMessage::createSignal(root, service, u"DeviceChanged"_s)
+            << QVariant::fromValue(QDBusObjectPath(root + u"/devices/one"_s)));
     }
 
     QString file;
     int asked = 0;
 
 private:
-    QProcess _process;
-    QString _address;
-    QStringList _names;
+    QDBusConnection _connection;
 };
 
 } // namespace
 
 TEST(ScreenProfilesTest, TheDaemonsProfileOfTheOutputComesLaterAndFollowsItsChanges) {
     const QTemporaryDir folder;
-    ColourDaemon daemon;
+    support::PrivateBus bus;
+    ColourDaemon daemon(bus.connection(u"daemon"_s));
     daemon.file = folder.filePath(u"screen.icc"_s);
     support::writeFile(daemon.file, "first profile");
-    ScreenProfiles profiles(daemon.connection(u"asker"_s));
+    ScreenProfiles profiles(bus.connection(u"asker"_s));
     QStringList changed;
     QObject::connect(
         &profiles, &ScreenProfiles::profileChanged, &profiles,

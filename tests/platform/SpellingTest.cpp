@@ -1,13 +1,15 @@
 #include "platform/files/Spelling.h"
 #include "platform/files/FileManager.h"
 
-#include "support/Support.h"
+#include "support/FolderTest.h"
 
 #include <unistd.h>
 
 using namespace platform;
 
 namespace {
+
+using SpellingTest = support::FolderTest;
 
 /// A disk at "/m" that takes no note of case, in a world that does. The same letters are the same
 /// file.
@@ -21,11 +23,8 @@ struct DiskWithoutCase {
                 elsewhere += path == u"/M";
                 if (!path.startsWith(u"/m/") && path != u"/m")
                     return path == u"/" ? std::optional(NamesOnDisk::Identity(1, 1)) : std::nullopt;
-                const QString known = path.toLower();
-                for (const QString& other : paths) {
-                    if (other.toLower() == known) return NamesOnDisk::Identity(2, qHash(known));
-                }
-                return std::nullopt;
+                if (!paths.contains(path, Qt::CaseInsensitive)) return std::nullopt;
+                return NamesOnDisk::Identity(2, qHash(path.toLower()));
             },
             [this](const QString& folder) -> std::optional<QSet<QString>> {
                 ++listings;
@@ -47,7 +46,7 @@ struct DiskWithoutCase {
     int listings = 0;
 };
 
-TEST(SpellingTest, pathsAreSpelledAsTheirDiskListsThem) {
+TEST_F(SpellingTest, pathsAreSpelledAsTheirDiskListsThem) {
     DiskWithoutCase world("/m /m/Trip /m/Trip/Day\u00a01 /m/Trip/IMG_1.JPG /m/Trip/2024");
     const NamesOnDisk disk = world.disk();
     const std::pair<const char16_t*, const char16_t*> rows[] = {
@@ -66,7 +65,7 @@ TEST(SpellingTest, pathsAreSpelledAsTheirDiskListsThem) {
     EXPECT_EQ(spelledAsOnDisk(u"/m/trip"_s, disk), u"/m/trip"_s) << "unknown is as it was";
 }
 
-TEST(SpellingTest, aNameThatTheDiskHasUnderAnotherSpellingIsNotThere) {
+TEST_F(SpellingTest, aNameThatTheDiskHasUnderAnotherSpellingIsNotThere) {
     DiskWithoutCase world("/m /m/Trip /m/Trip/a.jpg /m/Trip/B.jpg /m/Trip/1 /m/Trip/sub");
     const NamesOnDisk disk = world.disk();
     SpellingCheck check(disk);
@@ -82,23 +81,21 @@ TEST(SpellingTest, aNameThatTheDiskHasUnderAnotherSpellingIsNotThere) {
     EXPECT_TRUE(SpellingCheck(disk).isSpelledSo(u"/m/Trip"_s, u"b.jpg"_s)) << "unknown is there";
 }
 
-TEST(SpellingTest, aDiskThatTakesNoteOfCaseIsAskedOnceForEachFolderAndKeepsHardLinksApart) {
-    const QTemporaryDir folder;
-    const auto path = [&](const QString& name) { return folder.filePath(name); };
-    for (const QString& name : {u"Trip/a.jpg"_s, u"trip/b.jpg"_s})
-        support::writeFile(path(name), "x");
-    ASSERT_EQ(::link(path(u"trip/b.jpg"_s).toUtf8(), path(u"trip/B.jpg"_s).toUtf8()), 0);
+TEST_F(SpellingTest, aDiskThatTakesNoteOfCaseIsAskedOnceForEachFolderAndKeepsHardLinksApart) {
+    write(u"Trip/a.jpg");
+    write(u"trip/b.jpg");
+    ASSERT_EQ(::link(path(u"trip/b.jpg").toUtf8(), path(u"trip/B.jpg").toUtf8()), 0);
     int questions = 0;
     const NamesOnDisk disk{
         [&](const QString& file) { return ++questions, NamesOnDisk::real().identity(file); },
         NamesOnDisk::real().names};
     SpellingCheck check(disk);
     for (int times = 0; times < 3; ++times)
-        EXPECT_TRUE(check.isPathSpelledSo(folder.path(), u"Trip/a.jpg"_s));
+        EXPECT_TRUE(check.isPathSpelledSo(temporary.path(), u"Trip/a.jpg"_s));
     EXPECT_EQ(questions, 3) << "two spellings that are two folders, one that is nothing";
     for (const QString& name : {u"Trip"_s, u"trip/b.jpg"_s, u"trip/B.jpg"_s, u"TRIP"_s}) {
         EXPECT_EQ(spelledAsOnDisk(path(name)), path(name));
-        EXPECT_TRUE(check.isPathSpelledSo(folder.path(), name));
+        EXPECT_TRUE(check.isPathSpelledSo(temporary.path(), name));
     }
 }
 

@@ -1,6 +1,6 @@
 #include "platform/desktop/Trash.h"
 #include "platform/desktop/Pasteboard.h"
-#include "support/Support.h"
+#include "support/FaultyFiles.h"
 
 #include <QMimeData>
 
@@ -12,27 +12,10 @@ using platform::TrashedFile;
 
 namespace {
 
-/// The disk, of which a part counts as another one.
-struct TwoDisks final : platform::DiskFileSystem {
-    QByteArray other;
-    bool isMountedTwice = false; ///< they are one disk, at two places
-    std::error_code look(const QByteArray& path, Entry& entry) override {
-        const auto error = DiskFileSystem::look(path, entry);
-        if (path.startsWith(other) && !isMountedTwice) ++entry.device;
-        return error;
-    }
-    std::error_code renameToFree(const QByteArray& path, const QByteArray& toPath) override {
-        if (path.startsWith(other) != toPath.startsWith(other))
-            return std::make_error_code(std::errc::cross_device_link);
-        return DiskFileSystem::renameToFree(path, toPath);
-    }
-};
-
 struct TrashTest : testing::Test {
     TrashTest() {
-        files.other = bytes(u"stick");
+        files.otherDisk = bytes(u"stick");
         EXPECT_TRUE(QDir(folder.path()).mkpath(u"stick/in"_s));
-        EXPECT_TRUE(QDir(folder.path()).mkpath(u"home"_s));
     }
     QByteArray bytes(QStringView name) const {
         return QFile::encodeName(folder.filePath(name.toString()));
@@ -53,7 +36,7 @@ struct TrashTest : testing::Test {
     }
 
     QTemporaryDir folder;
-    TwoDisks files;
+    support::FaultyFiles files;
     Trash trash{
         files,
         {.homeTrash = bytes(u"home/.local/share/Trash"),
@@ -121,7 +104,8 @@ TEST_F(TrashTest, whereThereIsNoTrashTheFileStays) {
 }
 
 TEST(PasteboardTest, filesComeAndGoInTheFormsOfTheDesktop) {
-    const std::vector<QByteArray> paths = {"/a b/ü%1.jpg", "/odd\n\"'\xff#?.jpg"};
+    using Paths = std::vector<QByteArray>;
+    const Paths paths = {"/a b/ü%1.jpg", "/odd\n\"'\xff#?.jpg"};
     for (const bool isCut : {false, true}) {
         QMimeData data;
         platform::setFilesOfMimeData(data, {.paths = paths, .isCut = isCut});
@@ -140,9 +124,7 @@ TEST(PasteboardTest, filesComeAndGoInTheFormsOfTheDesktop) {
         u"text/uri-list"_s,
         "#comment\r\nfile:///a.jpg\r\nhttps://x.org/b.jpg\r\nfile://localhost/c%20d.jpg\r\n"
         "file://elsewhere.example/e.jpg\r\nFILE:/f.jpg\r\nfile:///a.jpg\r\nfile:\r\n");
-    EXPECT_EQ(
-        platform::filesOfMimeData(foreign).paths,
-        std::vector<QByteArray>({"/a.jpg", "/c d.jpg", "/f.jpg"}));
+    EXPECT_EQ(platform::filesOfMimeData(foreign).paths, (Paths{"/a.jpg", "/c d.jpg", "/f.jpg"}));
     EXPECT_TRUE(platform::filesOfMimeData(QMimeData()).paths.empty());
 }
 

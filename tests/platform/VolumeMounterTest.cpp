@@ -49,6 +49,16 @@ struct ToldDisks final : QDBusVirtualObject {
     QStringList calls;
 };
 
+/// What the user would be told; "mounted" for success.
+QString outcomeOf(platform::VolumeMounter& mounter, const FileSystemIdentity& identity) {
+    QString outcome;
+    mounter.mount(
+        identity, [&](const QString& error) { outcome = error.isEmpty() ? u"mounted"_s : error; });
+    EXPECT_TRUE(outcome.isEmpty()) << "nothing waits";
+    EXPECT_TRUE(support::spinUntil([&] { return !outcome.isEmpty(); }));
+    return outcome;
+}
+
 struct VolumeMounterTest : testing::Test {
     VolumeMounterTest() {
         qDBusRegisterMetaType<Interfaces>();
@@ -60,15 +70,8 @@ struct VolumeMounterTest : testing::Test {
     }
     ~VolumeMounterTest() override { QDBusConnection::disconnectFromPeer(u"disks"_s); }
 
-    /// What the user would be told; "mounted" for success.
     QString mount(const QByteArray& uuid) {
-        QString outcome;
-        mounter.mount({"vfat", uuid, "/dev/x", 0}, [&](const QString& error) {
-            outcome = error.isEmpty() ? u"mounted"_s : error;
-        });
-        EXPECT_TRUE(outcome.isEmpty()) << "nothing waits";
-        EXPECT_TRUE(support::spinUntil([&] { return !outcome.isEmpty(); }));
-        return outcome;
+        return outcomeOf(mounter, {"vfat", uuid, "/dev/x", 0});
     }
 
     ToldDisks service;
@@ -109,33 +112,21 @@ TEST(TableMounterTest, whatTheSystemLetsUsersMountIsMountedAndWhatHinderedItIsTo
         return platform::TableMounter::System{
             folder.filePath(u"table"_s), program, folder.filePath(u"none"_s)};
     };
-    const auto server = [](const char* source) {
-        FileSystemIdentity identity;
-        identity.source = source;
-        return identity;
-    };
+    const auto server = [](const char* source) { return FileSystemIdentity{{}, {}, source, 0}; };
     platform::TableMounter able(system("echo \"no $1\" >&2; exit 32"));
     platform::AnyMounter any({&able});
     for (const auto& [source, can] :
          {std::pair("nas:/photos", true), {"nas:/auto", true}, {"nas:/root", false}, {"", false}})
         EXPECT_EQ(any.canMount(server(source)), can) << source;
-    QStringList told;
-    const auto note = [&](const QString& error) { told.append(error); };
-    any.mount(server("nas:/photos"), note);
-    EXPECT_TRUE(support::spinUntil([&] { return told.size() == 1; }));
-    EXPECT_EQ(told.constFirst(), u"no /mnt/photos");
-    any.mount(server("nas:/auto"), note); // nothing that could look at it
-    EXPECT_TRUE(support::spinUntil([&] { return told.size() == 2; }));
-    EXPECT_NE(told.constLast(), QString());
+    EXPECT_EQ(outcomeOf(any, server("nas:/photos")), u"no /mnt/photos"_s);
+    EXPECT_NE(outcomeOf(any, server("nas:/auto")), u"mounted"_s) << "nothing could look at it";
     static_cast<void>(system("exit 0"));
-    any.mount(server("nas:/photos"), note);
-    EXPECT_TRUE(support::spinUntil([&] { return told.size() == 3; }));
-    EXPECT_EQ(told.constLast(), QString());
+    EXPECT_EQ(outcomeOf(any, server("nas:/photos")), u"mounted"_s);
     // What the desktop shows as folders, by its own program.
     platform::ShareMounter desktop(system("echo \"$@\" >&2; exit 2").mount);
-    desktop.mount({"fuse.gvfsd-fuse", "", "smb-share:server=nas,share=a", 0}, note);
-    EXPECT_TRUE(support::spinUntil([&] { return told.size() == 4; }));
-    EXPECT_EQ(told.constLast(), u"mount smb://nas/a"_s);
+    EXPECT_EQ(
+        outcomeOf(desktop, {"fuse.gvfsd-fuse", "", "smb-share:server=nas,share=a", 0}),
+        u"mount smb://nas/a"_s);
 }
 
 TEST(ShareMounterTest, theDesktopIsAskedByTheAddressThatItsFolderNames) {

@@ -108,14 +108,8 @@ TEST_F(VolumeSearchTest, whatCouldNotAllBeLookedAtIsNoAnswer) {
         EXPECT_EQ(search({lost}), unknown);
     }
     // The disk leaves: what it leaves behind is an empty folder.
-    EXPECT_EQ(
-        search(
-            {lost}, 2,
-            [&] {
-                disk.leave();
-                return true;
-            }),
-        unknown);
+    const auto leaves = [&] { return disk.leave(), true; };
+    EXPECT_EQ(search({lost}, 2, leaves), unknown);
     EXPECT_EQ(search({lost}), unknown);
 }
 

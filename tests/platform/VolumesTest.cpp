@@ -1,24 +1,22 @@
 #include "platform/volumes/Volumes.h"
 #include "platform/volumes/VolumeWatcher.h"
 
-#include "support/Support.h"
+#include "support/FolderTest.h"
 
 using namespace platform;
 
 namespace {
 
 /// A mount table and a sysfs made of files.
-struct VolumesTest : testing::Test {
+struct VolumesTest : support::FolderTest {
     VolumesTest() {
         sources.mountInfo = path(u"mountinfo");
         sources.sysfs = path(u"sys");
         sources.udevData = path(u"udev");
         sources.disksByUuid = path(u"by-uuid");
-        QDir().mkpath(path(u"sys/dev/block"));
+        make(u"sys/dev/block");
         addDisk("8:1", u"pci0/ata1/block/sda/sda1"_s, "/");
     }
-
-    QString path(QStringView below) const { return _folder.path() + u'/' + below.toString(); }
 
     /// A device is a partition if it stands below a disk whose name its own begins with.
     void addDisk(const QByteArray& number, const QString& device, const QByteArray& place) {
@@ -43,7 +41,6 @@ struct VolumesTest : testing::Test {
     VolumeSources sources;
 
 private:
-    QTemporaryDir _folder;
     QByteArray _table;
 };
 
@@ -118,13 +115,13 @@ TEST_F(VolumesTest, kindOfVolumeFollowsBusMediumAndFileSystem) {
 
 TEST_F(VolumesTest, uuidComesFromUdevOrTheDiskLinks) {
     const Volumes volumes(sources);
-    support::writeFile(path(u"udev/b8:1"), "S:x\nE:ID_FS_UUID=AB12-cd34\nE:ID_FS_TYPE=vfat\n");
+    write(u"udev/b8:1", "S:x\nE:ID_FS_UUID=AB12-cd34\nE:ID_FS_TYPE=vfat\n");
     const MountTable table = volumes.mountTable();
     const QString nowhere = path(u"nowhere");
     EXPECT_EQ(volumes.identity(table.mounts()[0], nowhere).uuid, "ab12cd34");
     QFile::remove(path(u"udev/b8:1"));
-    QDir().mkpath(path(u"by-uuid"));
-    support::writeFile(path(u"dev/sda1"), "");
+    make(u"by-uuid");
+    write(u"dev/sda1");
     QFile::link(u"../dev/sda1"_s, path(u"by-uuid/0011-2233"));
     EXPECT_EQ(volumes.identity(table.mounts()[0], nowhere).uuid, "00112233");
 }

@@ -12,28 +12,49 @@
 
 namespace support {
 
+/// A message bus of its own, while it lives.
+class PrivateBus {
+public:
+    PrivateBus() {
+        _daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
+        if (_daemon.waitForReadyRead(60'000))
+            _address = QString::fromLatin1(_daemon.readLine().trimmed());
+    }
+    ~PrivateBus() {
+        for (const QString& name : std::as_const(_names))
+            QDBusConnection::disconnectFromBus(name);
+        _daemon.terminate();
+        _daemon.waitForFinished();
+    }
+    [[nodiscard]] const QString& address() const { return _address; }
+    /// The one of that name.
+    [[nodiscard]] QDBusConnection connection(const QString& name) {
+        _names.insert(name);
+        return QDBusConnection::connectToBus(_address, name);
+    }
+
+private:
+    QProcess _daemon;
+    QString _address;
+    QSet<QString> _names;
+};
+
 /// A desktop's services on a bus of their own, which write down what they are asked: its portal,
 /// its file manager and its screen saver. The loop has to run for their answers.
 class ToldDesktop final : public QDBusVirtualObject {
 public:
     ToldDesktop() {
-        _daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-        if (!_daemon.waitForReadyRead(60'000)) return;
-        _address = QString::fromLatin1(_daemon.readLine().trimmed());
         QDBusConnection bus = connection();
         _isRunning = bus.registerVirtualObject(u"/"_s, this, QDBusConnection::SubPath) &&
                      bus.registerService(u"org.freedesktop.portal.Desktop"_s) &&
                      bus.registerService(u"org.freedesktop.FileManager1"_s) &&
                      bus.registerService(u"org.freedesktop.ScreenSaver"_s);
     }
-    ~ToldDesktop() override {
-        QDBusConnection::disconnectFromBus(u"desktop"_s);
-        _daemon.terminate();
-        _daemon.waitForFinished();
-    }
 
     [[nodiscard]] bool isRunning() const { return _isRunning; }
-    [[nodiscard]] const QString& address() const { return _address; }
+    [[nodiscard]] const QString& address() const { return _bus.address(); }
+    /// Of the program that asks.
+    [[nodiscard]] QDBusConnection programsBus() { return _bus.connection(u"program"_s); }
 
     bool hasPortal = true;
     /// What becomes of requests to the portal: 0 done, 1 cancelled, 2 failed.
@@ -81,9 +102,7 @@ public:
     }
 
 private:
-    [[nodiscard]] QDBusConnection connection() const {
-        return QDBusConnection::connectToBus(_address, u"desktop"_s);
-    }
+    [[nodiscard]] QDBusConnection connection() { return _bus.connection(u"desktop"_s); }
     [[nodiscard]] static bool isForPortal(const QDBusMessage& message) {
         return message.interface().contains(u"portal"_s);
     }
@@ -123,10 +142,17 @@ private:
                    : message.createReply(42U);
     }
 
-    QProcess _daemon;
-    QString _address;
+    PrivateBus _bus;
     bool _isRunning = false;
     QList<QDBusMessage> _held;
+};
+
+/// With such a desktop, where there can be one.
+struct DesktopTest : testing::Test {
+    void SetUp() override {
+        if (!desktop.isRunning()) GTEST_SKIP() << "there is no bus";
+    }
+    ToldDesktop desktop;
 };
 
 } // namespace support
