@@ -72,17 +72,6 @@ private:
 class DesktopRunTest : public e2e::ProgramTest {
 protected:
     static QString uri(const QString& path) { return QUrl::fromLocalFile(path).toString(); }
-    /// As `waitFor`, for a program that this test has not started itself.
-    testing::AssertionResult waitForStarted(const Condition& condition) const {
-        State last;
-        const bool holds =
-            support::spinUntil([&] { return condition(last = state()); }, std::chrono::seconds(60));
-        if (holds) return testing::AssertionSuccess();
-        return testing::AssertionFailure() << testing::PrintToString(last);
-    }
-    auto waitForWindow(QSize size) {
-        return waitFor([=](const State& s) { return s.isAtRest() && s.window().size() == size; });
-    }
 };
 
 TEST_F(DesktopRunTest, callsOverTheBusStartTheProgramAndReachTheOneThatRuns) {
@@ -98,22 +87,20 @@ TEST_F(DesktopRunTest, callsOverTheBusStartTheProgramAndReachTheOneThatRuns) {
     const auto isActive = [](const State& s) { return s.mainWindow()[u"active"_s].toBool(); };
 
     bus.open({uri(lisbon.filePath(names[1]))});
-    ASSERT_TRUE(waitForStarted([&](const State& s) { return s.selected() == names[1]; }));
+    ASSERT_TRUE(waitFor([&](const State& s) { return s.selected() == names[1]; }));
     // What runs is called by each later one.
     const QString window = state().mainWindow()[u"id"_s].toVariant().toString();
     desktop.minimize(window);
-    EXPECT_TRUE(waitForStarted(std::not_fn(isActive)));
+    EXPECT_TRUE(waitFor(std::not_fn(isActive)));
     bus.call(u"Activate"_s);
-    EXPECT_TRUE(waitForStarted(isActive));
+    EXPECT_TRUE(waitFor(isActive));
     EXPECT_EQ(state().selected(), names[1]);
     bus.open({u"sftp://elsewhere/a.jpg"_s, uri(lisbon.filePath(names[2]))});
-    EXPECT_TRUE(waitForStarted([&](const State& s) {
+    EXPECT_TRUE(waitFor([&](const State& s) {
         return s.selected() == names[2] && !s.json()[u"notice"_s].toString().isEmpty();
     }));
     bus.call(u"ActivateAction"_s, {u"fullscreen"_s, QVariantList()});
-    EXPECT_TRUE(waitForStarted([&](const State& s) {
-        return s.isAtRest() && s.window().size() == desktop.screen.size();
-    }));
+    EXPECT_TRUE(waitForWindow(desktop.screen.size()));
     const pid_t first = bus.program();
     ASSERT_GT(first, 0);
     desktop.key(u"ctrl+q"_s);
@@ -130,12 +117,10 @@ TEST_F(DesktopRunTest, callsOverTheBusStartTheProgramAndReachTheOneThatRuns) {
 }
 
 TEST_F(DesktopRunTest, theWholeScreenAndAShowCanBeAskedForAtTheStart) {
-    paintPhotographs();
-    start();
+    startWithPhotographs();
     const QSize size = state().window().size();
     const QString name = state().items().at(1).name;
-    click(name);
-    ASSERT_TRUE(waitForSelection(name));
+    select(name);
     quit();
     startAgain({u"--fullscreen"_s});
     EXPECT_TRUE(waitForWindow(desktop.screen.size()));
@@ -144,16 +129,9 @@ TEST_F(DesktopRunTest, theWholeScreenAndAShowCanBeAskedForAtTheStart) {
     EXPECT_TRUE(waitForWindow(size));
     quit();
     startAgain({u"--slideshow"_s});
-    EXPECT_TRUE(waitFor([&](const State& s) {
-        const QJsonObject show = s.json()[u"slideshow"_s].toObject();
-        return show[u"state"_s] == u"playing"_s && show[u"name"_s] == name;
-    }));
+    EXPECT_TRUE(becomes({{u"slideshow.state"_s, u"playing"_s}, {u"slideshow.name"_s, name}}));
     desktop.key(u"Escape"_s);
-    EXPECT_TRUE(waitFor([&](const State& s) {
-        return s.isAtRest() && s.large(u"image"_s) == name && s.large(u"atRest"_s).toBool();
-    }));
-    waitForFocus();
-    quit();
+    EXPECT_TRUE(rests({{u"large.image"_s, name}, {u"large.atRest"_s, true}}));
 }
 
 } // namespace
