@@ -15,25 +15,16 @@ using e2e::State;
 /// A message bus of its own that starts the program for those who call it.
 class StartingBus {
 public:
-    StartingBus(const QString& folder, const QProcessEnvironment& environment) {
+    explicit StartingBus(const QProcessEnvironment& environment) {
         const QString id = PBUtilities::applicationId();
         support::writeFile(
-            folder + u'/' + id + u".service"_s, u"[D-BUS Service]\nName=%1\nExec=%2 --service\n"_s
-                                                    .arg(id, QStringLiteral(VELMORA_PROGRAM))
-                                                    .toUtf8());
-        const QString file = folder + u"/bus.conf"_s;
-        support::writeFile(
-            file, u"<busconfig><type>session</type><listen>unix:tmpdir=%1</listen>"
-                  "<servicedir>%1</servicedir><policy context=\"default\">"
-                  "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-                  "<allow own=\"*\"/></policy>"
-                  "<limit name=\"service_start_timeout\">120000</limit></busconfig>"_s.arg(folder)
-                      .toUtf8());
+            environment.value(u"XDG_RUNTIME_DIR"_s) + u"/dbus-1/services/"_s + id + u".service"_s,
+            u"[D-BUS Service]\nName=%1\nExec=%2 --service\n"_s
+                .arg(id, QStringLiteral(VELMORA_PROGRAM))
+                .toUtf8());
         _daemon.setProcessEnvironment(environment);
         _daemon.setStandardErrorFile(QProcess::nullDevice());
-        _daemon.start(
-            u"dbus-daemon"_s,
-            {u"--config-file"_s, file, u"--nofork"_s, u"--nopidfile"_s, u"--print-address"_s});
+        _daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
         if (_daemon.waitForReadyRead(60'000))
             _address = QString::fromLatin1(_daemon.readLine().trimmed());
     }
@@ -77,8 +68,7 @@ protected:
 TEST_F(DesktopRunTest, callsOverTheBusStartTheProgramAndReachTheOneThatRuns) {
     paintPhotographs();
     useOwnPlaces();
-    const QTemporaryDir folder;
-    const StartingBus bus(folder.path(), desktop.environment());
+    const StartingBus bus(desktop.environment());
     ASSERT_FALSE(bus.address().isEmpty());
     desktop.setBus(bus.address());
     const QDir lisbon(photo(u"2022/Lisbon"_s));

@@ -49,6 +49,12 @@ struct FilesRunTest : e2e::ProgramTest {
         return waitFor([&](const State&) { return QFile::exists(file) == is; })
                << file.toStdString();
     }
+    /// The file comes, or goes, and the browser shows so many photographs then.
+    [[nodiscard]] testing::AssertionResult
+    leaves(const QString& file, bool is, qint64 count) const {
+        const auto result = exists(file, is);
+        return result ? shows(count) : result;
+    }
     /// Answers the chooser of folders.
     void chooseFolder(const QString& folder) {
         waitForFocus(u"QLineEdit"_s);
@@ -102,24 +108,20 @@ TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     const QString copy = base + u" copy.jpg"_s;
     const QString another = base + u" copy 1.jpg"_s;
     desktop.key(u"ctrl+d"_s);
-    EXPECT_TRUE(exists(beside(copy)));
-    EXPECT_TRUE(shows(93));
+    EXPECT_TRUE(leaves(beside(copy), true, 93));
     choose({u"File"_s, u"Duplicate"_s});
-    EXPECT_TRUE(exists(beside(another)));
-    EXPECT_TRUE(shows(94));
+    EXPECT_TRUE(leaves(beside(another), true, 94));
 
     // To the trash, and for good. What was in the middle has stayed there: the copies are above.
     desktop.key(u"Home"_s);
     ASSERT_TRUE(rests({{u"browser.scroll"_s, 0}}));
     select(copy);
     desktop.key(u"Delete"_s);
-    EXPECT_TRUE(exists(trashed(copy)));
-    EXPECT_TRUE(shows(93));
+    EXPECT_TRUE(leaves(trashed(copy), true, 93));
     select(another);
     desktop.key(u"shift+Delete"_s);
     press(u"Delete"_s);
-    EXPECT_TRUE(exists(beside(another), false));
-    EXPECT_TRUE(shows(92));
+    EXPECT_TRUE(leaves(beside(another), false, 92));
 
     select(name);
     waitForFocus(u"PBImageBrowserView"_s);
@@ -149,25 +151,20 @@ TEST_F(FilesRunTest, theMenusDoTheSameAndWhatTheyDidIsTakenBack) {
     paintPhotographs();
     startWithFirst();
     choose({u"File"_s, u"Move to Trash"_s});
-    EXPECT_TRUE(exists(trashed(name)));
-    EXPECT_TRUE(shows(91));
+    EXPECT_TRUE(leaves(trashed(name), true, 91));
     waitForFocus(u"PBImageBrowserView"_s);
     desktop.key(u"ctrl+z"_s);
-    EXPECT_TRUE(exists(path));
-    EXPECT_TRUE(shows(92));
+    EXPECT_TRUE(leaves(path, true, 92));
     select(name);
     choose({u"Edit"_s, u"Copy"_s});
     choose({u"Edit"_s, u"Paste"_s});
-    EXPECT_TRUE(exists(photo(name)));
-    EXPECT_TRUE(shows(93));
+    EXPECT_TRUE(leaves(photo(name), true, 93));
     choose({u"Edit"_s, u"Undo Paste of a Photograph"_s});
-    EXPECT_TRUE(exists(photo(name), false));
-    EXPECT_TRUE(shows(92));
+    EXPECT_TRUE(leaves(photo(name), false, 92));
     select(name);
     choose({u"File"_s, u"Delete for Good…"_s});
     press(u"Delete"_s);
-    EXPECT_TRUE(exists(path, false));
-    EXPECT_TRUE(shows(91));
+    EXPECT_TRUE(leaves(path, false, 91));
     waitForFocus(u"PBImageBrowserView"_s);
 
     // All groups as folders, and away with these again.
@@ -317,8 +314,7 @@ TEST_F(FilesRunTest, pasteTakesWhatAnotherProgramCopiedOrCut) {
         ASSERT_TRUE(owner.waitForReadyRead());
         desktop.key(u"ctrl+v"_s);
         EXPECT_TRUE(exists(photo(way + u" ü 1.jpg"_s)));
-        EXPECT_TRUE(exists(foreign, way == u"copy"));
-        EXPECT_TRUE(shows(way == u"copy" ? 93 : 94));
+        EXPECT_TRUE(leaves(foreign, way == u"copy", way == u"copy" ? 93 : 94));
         owner.kill();
         owner.waitForFinished();
     }
@@ -327,8 +323,7 @@ TEST_F(FilesRunTest, pasteTakesWhatAnotherProgramCopiedOrCut) {
     desktop.key(u"ctrl+x"_s);
     desktop.key(u"ctrl+v"_s);
     EXPECT_TRUE(exists(photo(name)));
-    EXPECT_TRUE(exists(path, false));
-    EXPECT_TRUE(shows(94));
+    EXPECT_TRUE(leaves(path, false, 94));
 }
 
 } // namespace

@@ -132,14 +132,15 @@ TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
         << held.x() << ' ' << held.y();
     // To every edge, where the picture stops at that of the view.
     const QPoint middle = area.center();
-    for (const QPoint& way : {QPoint(1, 0), QPoint(0, 1), QPoint(-1, 0), QPoint(0, -1)}) {
+    const std::pair<QPoint, int (QRect::*)() const> ways[] = {
+        {{1, 0}, &QRect::left},
+        {{0, 1}, &QRect::top},
+        {{-1, 0}, &QRect::right},
+        {{0, -1}, &QRect::bottom}};
+    for (const auto& [way, edge] : ways) {
         const auto isThere = [&](const State& s) {
-            const QRect picture = rectOf(s, u"picture"_s);
-            const QRect view = rectOf(s, u"rect"_s);
-            return fillsView(s) && (way.x() > 0   ? picture.left() == view.left()
-                                    : way.y() > 0 ? picture.top() == view.top()
-                                    : way.x() < 0 ? picture.right() == view.right()
-                                                  : picture.bottom() == view.bottom());
+            return fillsView(s) &&
+                   (rectOf(s, u"picture"_s).*edge)() == (rectOf(s, u"rect"_s).*edge)();
         };
         for (int drags = 0; drags < 40 && !isThere(state()); ++drags) {
             desktop.drag(middle - way * 200, middle + way * 200);

@@ -8,13 +8,6 @@ using e2e::State;
 
 class RestartRunTest : public e2e::ProgramTest {
 protected:
-    /// Waits until the file knows what is on show: only that survives a crash.
-    auto waitForKept(const std::function<bool(const SessionState&)>& condition) {
-        return waitFor([=, this](const State& s) {
-            const auto kept = SessionState::read(profile() + u"/session.json"_s);
-            return s.isAtRest() && kept && condition(*kept);
-        });
-    }
     auto waitForSheet(const State& before) {
         e2e::Values values{{u"large"_s, QJsonValue::Undefined}};
         for (const QString& same :
@@ -65,8 +58,11 @@ TEST_F(RestartRunTest, bothViewsComeBackAsTheyWereAndACrashOnlyOnceIntoTheSamePh
     const int count = state().large(u"count"_s).toInt();
     for (int crashes = 0; crashes < 2; ++crashes) {
         ASSERT_TRUE(showsLarge(second, count));
-        EXPECT_TRUE(waitForKept([=](const SessionState& kept) {
-            return kept.isLargeView && !kept.isListSelected && kept.crashes == crashes;
+        // Only what the file knows survives a crash.
+        EXPECT_TRUE(waitFor([&](const State& s) {
+            const auto kept = SessionState::read(profile() + u"/session.json"_s);
+            return s.isAtRest() && kept && kept->isLargeView && !kept->isListSelected &&
+                   kept->crashes == crashes;
         }));
         crash();
         startAgain();
