@@ -42,13 +42,11 @@ TEST_F(ScanControlTest, scanCancelsAndResumesEveryQueueWithoutWaiting) {
 
 TEST_F(ScanControlTest, theEndOfAFormerScanIsNotThatOfThePresentOne) {
     makePicture(u"p/a.png"_s);
-    const auto isOver = [this] { return !controller->isScanning(); };
-    const auto shown = [this] { return selection().itemCount(FoldedLeaves::Included); };
     ASSERT_TRUE(controller->addFolders({path(u"p"_s)}));
-    ASSERT_TRUE(support::spinUntil([&] { return isOver() && shown() == 1; }));
+    ASSERT_TRUE(shows(1));
     controller->scan();
     scan.waitUntilAllOperationsAreFinished(); // its end is on the way
-    EXPECT_EQ(shown(), 0);
+    EXPECT_EQ(selection().itemCount(FoldedLeaves::Included), 0);
     const auto former = trees.groupItemArray_work();
     holdScanQueue(); // one that waits is taken out of the queue
     controller->scan();
@@ -60,7 +58,7 @@ TEST_F(ScanControlTest, theEndOfAFormerScanIsNotThatOfThePresentOne) {
     EXPECT_TRUE(controller->isScanning());
     release.count_down();
     scan.waitUntilAllOperationsAreFinished();
-    EXPECT_TRUE(support::spinUntil(isOver));
+    EXPECT_TRUE(support::spinUntil([this] { return !controller->isScanning(); }));
 }
 
 TEST(DamagedCatalogueTest, nothingHappensToTheFileUnlessTheUserSaysSo) {

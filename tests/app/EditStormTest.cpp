@@ -11,16 +11,11 @@ struct EditStormTest : RunningProgramTest {
     EditStormTest() {
         for (int number = 0; number < 60; ++number)
             addPicture();
-        EXPECT_TRUE(catalogue.open() || !controller);
+        EXPECT_TRUE(database.open());
     }
 
     unsigned below(std::size_t limit) { return static_cast<unsigned>(random() % limit); }
-    void addPicture() {
-        const QString name = u"p/%1/n%2.png"_s.arg(below(3)).arg(++names);
-        if (picture.isEmpty()) picture = support::readFile(makePicture(name));
-        make(QFileInfo(name).path());
-        writePicture(path(name));
-    }
+    void addPicture() { writePicture(path(u"p/%1/n%2.png"_s.arg(below(3)).arg(++names))); }
     /// Each time of another size.
     void writePicture(const QString& file) {
         support::writeFile(file, picture + QByteArray(++versions, 'x'));
@@ -30,10 +25,9 @@ struct EditStormTest : RunningProgramTest {
         return *std::next(files.begin(), static_cast<std::ptrdiff_t>(below(files.size())));
     }
     std::vector<qint64> somePhotographs() {
-        const QStringList ids = support::rowsOf(catalogue, u"select Id from ImageFile"_s);
         std::vector<qint64> chosen;
         const std::size_t share = below(2) == 0 ? 2 : 30;
-        for (const QString& id : ids)
+        for (const QString& id : support::rowsOf(database, u"select Id from ImageFile"_s))
             if (below(share) == 0) chosen.push_back(id.toLongLong());
         return chosen;
     }
@@ -65,10 +59,8 @@ struct EditStormTest : RunningProgramTest {
     void browseAnotherWay() {
         const std::vector<int> chains[] = {
             {group::StarRating, group::Flag}, {group::Tags, group::StarRating}, {group::Flag}, {}};
-        controller->browsing().setGroupTypeArray(
-            std::make_shared<const std::vector<int>>(chains[below(4)]));
         controller->browsing().setFilter(below(2) == 0 ? 0 : below(4));
-        controller->scan();
+        groupBy(chains[below(4)]);
     }
     fileactions::EditQueue& edits() { return controller->marks().edits(); }
 
@@ -100,13 +92,13 @@ struct EditStormTest : RunningProgramTest {
         if (columns.isEmpty()) columns = u"||' 0='"_s;
         const auto filter = controller->browsing().filter();
         const QStringList rows = support::rowsOf(
-            catalogue, u"select FileSize,Folder.RelativePath||'/'||FileName,FileName||' '||"
-                       "ifnull(FileStars,0)||' '||ifnull(FileFlag,0)||' '||"
-                       "((cast(ifnull(RotateAngle,0) as integer)+720)%360)"_s +
-                           columns +
-                           u" from ImageFile join Folder on Folder.Id = FolderId where 1"_s +
-                           ((filter & 1) != 0 ? u" and FileFlag = 1"_s : QString()) +
-                           ((filter & 2) != 0 ? u" and FileStars > 0"_s : QString()));
+            database, u"select FileSize,Folder.RelativePath||'/'||FileName,FileName||' '||"
+                      "ifnull(FileStars,0)||' '||ifnull(FileFlag,0)||' '||"
+                      "((cast(ifnull(RotateAngle,0) as integer)+720)%360)"_s +
+                          columns +
+                          u" from ImageFile join Folder on Folder.Id = FolderId where 1"_s +
+                          ((filter & 1) != 0 ? u" and FileFlag = 1"_s : QString()) +
+                          ((filter & 2) != 0 ? u" and FileStars > 0"_s : QString()));
         QStringList all;
         for (const QString& row : rows) {
             // What was written anew under a filter that left it out waits for a scan without one.
@@ -123,11 +115,11 @@ struct EditStormTest : RunningProgramTest {
         return u"missing:\n"_s + missing.join(u'\n') + u"\ntoo much:\n"_s + shown.join(u'\n');
     }
     std::mt19937 random{5};
-    QByteArray picture;
+    const QByteArray picture = support::readFile(makePicture(u"picture.png"_s));
     std::set<QString> files;
     int names = 0;
     int versions = 0;
-    FMDatabase catalogue{path(u"profile/files.db"_s)};
+    FMDatabase database{catalogue()};
 };
 
 /// After each quiet moment the display has every photograph of the catalogue that it should, once,
@@ -153,7 +145,7 @@ TEST_F(EditStormTest, noPhotographIsShownTwiceOrLostOrAtAnotherPlaceThanItsMarks
     }
     const QStringList before = shown();
     controller->scan();
-    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    EXPECT_TRUE(becomesIdle());
     EXPECT_EQ(shown(), before) << "a tree made anew is the same";
 }
 

@@ -2,8 +2,7 @@
 #include "support/MemoryDisk.h"
 
 TEST_F(ScanProgramTest, OnAFullDiskEachDatabaseKeepsWhatItHasAndSaysSo) {
-    makePicture(u"good.jpg"_s, 120);
-    const QByteArray good = support::readFile(pictures + u"/good.jpg"_s);
+    const QByteArray good = makePicture(u"good.jpg"_s, 120);
     visit({u"--add"_s, pictures});
     for (const QString& file : {u"files.db"_s, u"thumbnail.db"_s}) {
         SCOPED_TRACE(file.toStdString());

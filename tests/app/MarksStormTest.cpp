@@ -10,11 +10,8 @@ namespace {
 class Photographs {
 public:
     /// The roots lie in a folder of a folder in `above`, which ends with a slash.
-    Photographs(const QString& above, QString elsewhere, QByteArray picture)
-        : _above(above), _roots(above + u"above/roots"_s), _elsewhere(std::move(elsewhere)),
-          _picture(std::move(picture)) {
-        QDir().mkpath(_elsewhere);
-    }
+    Photographs(const QString& above, QByteArray picture)
+        : _above(above), _roots(above + u"above/roots"_s), _picture(std::move(picture)) {}
 
     void make(int count) {
         for (int number = 0; number < count; ++number) {
@@ -83,24 +80,22 @@ private:
         touch(path);
         return path;
     }
-    QString fresh() { return fresh(below(2) == 0 ? u"A"_s : u"B"_s); }
-    QString fresh(const QString& root) {
+    /// In a root that it may choose.
+    QString fresh(const QString& wanted = {}) {
+        const QString root = !wanted.isEmpty() ? wanted : below(2) == 0 ? u"A"_s : u"B"_s;
         const QString path = u"%1/to%2/%3.jpg"_s.arg(root).arg(below(6)).arg(++_names);
         touch(path);
         return path;
     }
-    QString backup(int number) const { return _elsewhere + u'/' + QString::number(number); }
+    QString backup(int number) const { return u"%1elsewhere/%2"_s.arg(_above).arg(number); }
     /// A number without marks.
     int newUnmarked() { return _next += 3 - _next % 3; }
     /// Each time other bytes, and another size.
     void write(const QString& path, int number) {
-        const QString all = absolute(path);
-        QDir().mkpath(QFileInfo(all).absolutePath());
-        const QByteArray bytes = _picture + QByteArray::number(number) + ' ' +
-                                 QByteArray::number(++_versions) +
-                                 QByteArray(static_cast<int>(below(700)), 'x');
-        QFile file(all); // keeps the inode of a file that is there
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        support::writeFile( // keeps the inode of a file that is there
+            absolute(path), _picture + QByteArray::number(number) + ' ' +
+                                QByteArray::number(++_versions) +
+                                QByteArray(static_cast<int>(below(700)), 'x'));
         _byPath[path] = number;
         touch(path);
     }
@@ -163,7 +158,6 @@ private:
 
     const QString _above;
     QString _roots;
-    const QString _elsewhere;
     const QByteArray _picture;
     std::mt19937 _random{29};
     std::map<QString, int> _byPath;
@@ -181,27 +175,16 @@ private:
 /// Whatever happens outside, with the program running, killed and started again: each photograph
 /// that is there has its marks, and none has another's.
 TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers) {
-    makePicture(u"picture.jpg"_s);
-    const QByteArray picture = support::readFile(pictures + u"/picture.jpg"_s);
-    const bool isFull = qEnvironmentVariableIsSet("VELMORA_STORM");
-    const int count = isFull ? 500 : 60;
-    const int rounds = isFull ? 40 : 6;
-    const int operations = isFull ? 50 : 16;
-    Photographs photographs(temporary.path() + u"/"_s, temporary.filePath(u"elsewhere"_s), picture);
+    const QByteArray picture = makePicture(u"picture.jpg"_s);
+    const auto [count, rounds, operations] = qEnvironmentVariableIsSet("VELMORA_STORM")
+                                                 ? std::array{500, 40, 50}
+                                                 : std::array{60, 6, 16};
+    Photographs photographs(temporary.path() + u'/', picture);
     photographs.make(count);
     const auto visitAll = [&] {
         // What came from the other root is known when that was looked at.
         for (const char* root : {"A", "B", "A"})
             visit({u"--add"_s, photographs.absolute(QString::fromLatin1(root))});
-    };
-    /// What the sidebar's command does, in the program's absence.
-    const auto removeRoot = [&](const QString& root) {
-        support::Database db(profile + u"/files.db"_s);
-        const QStringList ids = support::rowsOf(
-            db, u"select Id from FolderAlias where ReservePath = '%1'"_s.arg(
-                    photographs.absolute(root)));
-        ASSERT_EQ(ids.size(), 1);
-        ASSERT_TRUE(PBRemoveAliasOperation::remove({{ids.constFirst().toLongLong()}}, db));
     };
     const auto expected = [&](const QString& root = {}) {
         QStringList all;
@@ -230,14 +213,21 @@ TEST_F(ScanProgramTest, AfterAStormEveryPhotographHasItsMarksAndNoneHasAnothers)
     }
     const QString file = temporary.filePath(u"marks.jsonl"_s);
     support::writeFile(file, lines);
-    ASSERT_EQ(run({u"--profile"_s, profile, u"--import-marks"_s, file}).code, 0);
+    ASSERT_EQ(runOnProfile({u"--import-marks"_s, file}).code, 0);
     visit(); // reads the files
     ASSERT_EQ(inCatalogue(), expected());
 
     for (int round = 0; round < rounds; ++round) {
         const bool isRunning = round % 2 == 1;
         const bool removesRoot = round % 5 == 2; // what knows nothing of a root does not follow it
-        if (removesRoot) removeRoot(u"B"_s);
+        if (removesRoot) { // what the sidebar's command does, in the program's absence
+            support::Database db(profile + u"/files.db"_s);
+            const QStringList ids = support::rowsOf(
+                db, u"select Id from FolderAlias where ReservePath = '%1'"_s.arg(
+                        photographs.absolute(u"B"_s)));
+            ASSERT_EQ(ids.size(), 1);
+            ASSERT_TRUE(PBRemoveAliasOperation::remove({{ids.constFirst().toLongLong()}}, db));
+        }
         if (isRunning) start({});
         // A root that moves before it is on show is not followed.
         const std::chrono::seconds patience(90); // as for a scan anywhere

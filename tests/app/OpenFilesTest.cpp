@@ -3,7 +3,6 @@
 #include "library/OpenedRoots.h"
 #include "platform/program/TextLanguages.h"
 #include "shell/commands/MarkCommands.h"
-#include "shell/large/LargeView.h"
 #include "support/Rows.h"
 
 #include <sys/stat.h>
@@ -34,11 +33,16 @@ struct OpenFilesTest : RunningProgramTest {
         if (support::spinUntil(isShown)) return testing::AssertionSuccess();
         return testing::AssertionFailure() << shown.toStdString();
     }
-    [[nodiscard]] bool showsInBrowser(qint64 count) {
-        return support::spinUntil([&] {
-            return !large().isShown() && !controller->isScanning() &&
-                   selection().itemCount(FoldedLeaves::Included) == count;
-        });
+    /// What the program has of a request for the photograph; answers that one.
+    OpenFilesRequest::NamedFile request(const QString& picture) {
+        const auto request = OpenFilesRequest::reduce(
+            {picture}, [](const auto&) { return OpenFilesRequest::Kind::File; });
+        controller->setOpenFiles(std::make_shared<PBOpenFiles>(request->folders));
+        return request->firstFile;
+    }
+    testing::AssertionResult opens(const QStringList& paths, const QString& names) {
+        controller->applicationOpenFiles(paths);
+        return showsLarge(names);
     }
     QStringList openedRoots() { return OpenedRoots::paths(controller->aliasManager()); }
     QStringList rows(const char* sql) {
@@ -55,23 +59,21 @@ TEST_F(OpenFilesTest, photographsAreShownLargeAndTheirFoldersAreThereForThisRun)
     controller->applicationOpenFiles({path(u"p/b.png"_s)});
     EXPECT_EQ(selectedFolder(), p);
     EXPECT_TRUE(showsLarge(u"a.png [b.png]"_s)) << "not what is below";
-    controller->applicationOpenFiles({below});
-    EXPECT_TRUE(showsLarge(u"[d.png]"_s));
-    controller->applicationOpenFiles({path(u"p/b.png"_s), path(u"n/two/c.png"_s)});
-    EXPECT_TRUE(showsLarge(u"[b.png] c.png"_s)) << "of several folders, without what is above";
+    EXPECT_TRUE(opens({below}, u"[d.png]"_s));
+    EXPECT_TRUE(opens({path(u"p/b.png"_s), path(u"n/two/c.png"_s)}, u"[b.png] c.png"_s))
+        << "of several folders, without what is above";
     EXPECT_EQ(openedRoots(), (QStringList{p, p + u"/q"_s, path(u"n/two"_s)}));
     EXPECT_EQ(openedRoots(), roots());
-    controller->applicationOpenFiles({path(u"p/b.png"_s), path(u"p/a.png"_s)});
-    EXPECT_TRUE(showsLarge(u"a.png [b.png]"_s));
+    EXPECT_TRUE(opens({path(u"p/b.png"_s), path(u"p/a.png"_s)}, u"a.png [b.png]"_s));
     large().view_ThumbnailView();
-    EXPECT_TRUE(showsInBrowser(2)) << "neither what is below, nor what else was opened";
+    EXPECT_TRUE(shows(2)) << "neither what is below, nor what else was opened";
     EXPECT_FALSE(controller->openFiles());
 
     // They are gone with the run; one that was kept stays, and has its folders.
     window().folderRootCommands().keepFolder(tree().dataSource().folderAliasItemWithAliasObject(
         *controller->aliasManager().findAliasObjectByPath(p)));
     EXPECT_EQ(selectedFolder(), p);
-    EXPECT_TRUE(showsInBrowser(3));
+    EXPECT_TRUE(shows(3));
     EXPECT_EQ(openedRoots(), QStringList{path(u"n/two"_s)}) << "what lies in it is in it";
     start();
     const QStringList kept{p, p + u"/q"_s};
@@ -80,21 +82,17 @@ TEST_F(OpenFilesTest, photographsAreShownLargeAndTheirFoldersAreThereForThisRun)
     EXPECT_EQ(
         rows("select FileName from ImageFile order by FileName"),
         support::words("a.png b.png d.png"));
-    controller->applicationOpenFiles({below});
-    EXPECT_TRUE(showsLarge(u"[d.png]"_s));
+    EXPECT_TRUE(opens({below}, u"[d.png]"_s));
     EXPECT_EQ(roots(), kept);
     // What the sidebar hides is nobody's.
-    controller->applicationOpenFiles({hidden});
-    EXPECT_TRUE(showsLarge(u"[h.png]"_s));
+    EXPECT_TRUE(opens({hidden}, u"[h.png]"_s));
     EXPECT_EQ(openedRoots(), QStringList{p + u"/.kept"_s});
     window().folderRootCommands().removeFolderAlias();
     EXPECT_FALSE(large().isShown());
-    controller->applicationOpenFiles({hidden});
-    EXPECT_TRUE(showsLarge(u"[h.png]"_s)) << "removed by hand, and opened once more";
+    EXPECT_TRUE(opens({hidden}, u"[h.png]"_s)) << "removed by hand, and opened once more";
     // What lies behind a link is where it really is.
     ASSERT_TRUE(QFile::link(path(u"n/two"_s), p + u"/link"_s));
-    controller->applicationOpenFiles({p + u"/link/c.png"_s});
-    EXPECT_TRUE(showsLarge(u"[c.png]"_s));
+    EXPECT_TRUE(opens({p + u"/link/c.png"_s}, u"[c.png]"_s));
     EXPECT_EQ(selectedFolder(), path(u"n/two"_s));
 
     // As a run leaves it that was ended by force.
@@ -114,17 +112,14 @@ TEST_F(OpenFilesTest, photographsAreShownLargeAndTheirFoldersAreThereForThisRun)
 TEST_F(OpenFilesTest, aFolderThatIsToldLateLeavesThePhotographOnShow) {
     const QString picture = makePicture(u"p/q/a.png"_s);
     controller->addFolders({path(u"p"_s)});
-    ASSERT_TRUE(showsInBrowser(1));
+    ASSERT_TRUE(shows(1));
     // As a disk has it that takes long to list its folders.
-    const auto request = OpenFilesRequest::reduce(
-        {picture}, [](const auto&) { return OpenFilesRequest::Kind::File; });
-    controller->setOpenFiles(std::make_shared<PBOpenFiles>(request->folders));
-    large().openFilesEnterToLargeView(request->firstFile);
+    large().openFilesEnterToLargeView(request(picture));
     window().sourceSelection().selectFolder(path(u"p/q"_s));
     EXPECT_TRUE(showsLarge(u"[a.png]"_s));
     EXPECT_TRUE(controller->openFiles());
     window().sourceSelection().selectFolder(path(u"p"_s));
-    EXPECT_TRUE(showsInBrowser(1)) << "the user has chosen another folder";
+    EXPECT_TRUE(shows(1)) << "the user has chosen another folder";
 }
 
 TEST_F(OpenFilesTest, aRootThatIsFoundLateHasItsPhotographsOnce) {
@@ -133,7 +128,7 @@ TEST_F(OpenFilesTest, aRootThatIsFoundLateHasItsPhotographsOnce) {
     const QString p = path(u"p"_s);
     const QString q = p + u"/q"_s;
     controller->addFolders({p});
-    ASSERT_TRUE(showsInBrowser(2));
+    ASSERT_TRUE(shows(2));
     const auto root = controller->aliasManager().findAliasObjectByPath(p);
     const auto isFound = [&](const PBAliasResolution& answer) {
         const PBAliasArray changed = controller->aliasManager().aliasDidAnswer(*root, answer);
@@ -151,11 +146,9 @@ TEST_F(OpenFilesTest, aRootThatIsFoundLateHasItsPhotographsOnce) {
     large().view_ThumbnailView();
     isFound({.outcome = PBAliasResolution::Outcome::VolumeAbsent});
     ASSERT_TRUE(window().folderRootCommands().openFolder(q));
-    const auto request = OpenFilesRequest::reduce(
-        {picture}, [](const auto&) { return OpenFilesRequest::Kind::File; });
-    controller->setOpenFiles(std::make_shared<PBOpenFiles>(request->folders));
+    const auto asked = request(picture);
     window().sourceSelection().selectFolder(q);
-    large().openFilesEnterToLargeView(request->firstFile);
+    large().openFilesEnterToLargeView(asked);
     ASSERT_TRUE(showsLarge(u"[a.png] b.png"_s));
     // Whoever watches may have found it by now, since its disk is there.
     ASSERT_TRUE(openedRoots() == QStringList{q} || roots() == QStringList{p});
@@ -163,7 +156,7 @@ TEST_F(OpenFilesTest, aRootThatIsFoundLateHasItsPhotographsOnce) {
     EXPECT_EQ(roots(), QStringList{p});
     EXPECT_EQ(selectedFolder(), q);
     EXPECT_TRUE(showsLarge(u"[a.png] b.png"_s)) << "what is looked at stays";
-    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    EXPECT_TRUE(becomesIdle());
     EXPECT_EQ(rows("select count(*) from ImageFile"), QStringList{u"2"_s});
 }
 
@@ -173,23 +166,15 @@ TEST_F(OpenFilesTest, aPhotographThatIsLeftBeforeTheScanHasItIsSelectedWhenItCom
     controller->applicationOpenFiles({path(u"p/b.png"_s)});
     ASSERT_TRUE(large().isShown() && !large().chosenImageFileItem());
     large().view_ThumbnailView();
-    QStringList names;
-    EXPECT_TRUE(support::spinUntil([&] {
-        names = support::listed(
-            selection().selectedFileArray(FoldedLeaves::Included),
-            [](const auto& item) { return item->fileName(); });
-        return !names.isEmpty() && !controller->isScanning();
-    }));
-    EXPECT_EQ(names, QStringList{u"b.png"_s});
+    EXPECT_TRUE(support::spinUntil(
+        [this] { return !selectedNames().isEmpty() && !controller->isScanning(); }));
+    EXPECT_EQ(selectedNames(), QStringList{u"b.png"_s});
 }
 
 TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
     const QString picture = path(u"p/a.jpg"_s);
     support::writePicture(picture, {80, 60});
-    controller->applicationOpenFiles({picture});
-    ASSERT_TRUE(showsLarge(u"[a.jpg]"_s));
-    auto item = large().chosenImageFileItem();
-    ASSERT_TRUE(item);
+    ASSERT_TRUE(opens({picture}, u"[a.jpg]"_s));
     window().markCommands().rotateLeft();
     window().markCommands().ratingWithStar(4);
     ASSERT_TRUE(support::spinUntil([&] {
@@ -198,7 +183,7 @@ TEST_F(OpenFilesTest, whatTheUserTurnedIsTurnedFromTheFirstPaintOnInALaterRun) {
     controller.reset();
     const QString rowCount =
         u"select (select count(*) from ImageFile) + count(*) from FolderAlias"_s;
-    EXPECT_EQ(support::rowsOf(path(u"profile/files.db"_s), rowCount), QStringList{u"0"_s});
+    EXPECT_EQ(support::rowsOf(catalogue(), rowCount), QStringList{u"0"_s});
     start();
     controller->applicationOpenFiles({picture});
     double first = -1;

@@ -49,13 +49,13 @@ TEST_F(ProgramTest, mistakesEndWithTheirCodesAndAProfileThatCannotBeWrittenStill
     EXPECT_TRUE(unwritten.errors.contains("files.db")) << unwritten.errors.toStdString();
     EXPECT_EQ(run({u"--nonsense"_s}).code, 2);
     EXPECT_EQ(run({u"--version"_s}).code, 0);
-    const Outcome none = runUntilIdle({u"--add"_s, temporary.filePath(u"none"_s)});
-    EXPECT_EQ(none.code, 1);
-    EXPECT_EQ(none.errors.count('\n'), 1) << none.errors.toStdString();
-    const Outcome unwritable =
-        runUntilIdle({u"--screenshot"_s, u"/proc/no.png"_s, u"--stats"_s, u"/proc/no.json"_s});
-    EXPECT_EQ(unwritable.code, 1);
-    EXPECT_EQ(unwritable.errors.count('\n'), 2) << unwritable.errors.toStdString();
+    const std::pair<const char*, int> mistakes[] = {
+        {"--add /proc/none", 1}, {"--screenshot /proc/no.png --stats /proc/no.json", 2}};
+    for (const auto& [arguments, sentences] : mistakes) {
+        const Outcome outcome = runUntilIdle(support::words(arguments));
+        EXPECT_EQ(outcome.code, 1);
+        EXPECT_EQ(outcome.errors.count('\n'), sentences) << outcome.errors.toStdString();
+    }
 }
 
 TEST_F(ProgramTest, aCatalogueThatAnotherProgramHasLockedIsWaitedForAndWhatIsAskedMeanwhileIsDone) {
@@ -73,7 +73,7 @@ TEST_F(ProgramTest, aCatalogueThatAnotherProgramHasLockedIsWaitedForAndWhatIsAsk
         EXPECT_TRUE(program.readLine().contains("is locked by another program"));
         const QString folder = temporary.filePath(QString::number(++later));
         support::writePicture(folder + u"/b.png"_s);
-        EXPECT_EQ(run({u"--profile"_s, profile, u"--add"_s, folder}).code, 0);
+        EXPECT_EQ(runOnProfile({u"--add"_s, folder}).code, 0);
         transaction.reset();
         ASSERT_TRUE(program.waitForFinished(60'000));
         EXPECT_EQ(program.exitCode(), 0);

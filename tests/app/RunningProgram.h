@@ -4,6 +4,7 @@
 #include "browser/PBImageBrowserView.h"
 #include "platform/program/StandardFolders.h"
 #include "shell/PBMainWindowController.h"
+#include "shell/large/LargeView.h"
 #include "shell/sidebar/SourceSidebar.h"
 #include "support/Support.h"
 
@@ -25,6 +26,7 @@ struct RunningProgramTest : testing::Test {
         if (!file.isEmpty()) controller->applicationOpenFiles({file});
     }
     QString path(const QString& below) const { return folder.filePath(below); }
+    QString catalogue() const { return path(u"profile/files.db"_s); }
     QString make(const QString& below) const {
         QDir().mkpath(path(below));
         return path(below);
@@ -38,12 +40,36 @@ struct RunningProgramTest : testing::Test {
     SourceTreeController& tree() { return window().sourceSidebar().tree(); }
     PBImageBrowserView& browser() { return *window().window().findChild<PBImageBrowserView*>(); }
     const BrowserSelection& selection() { return browser().selection(); }
+    QStringList selectedNames() {
+        return support::listed(
+            selection().selectedFileArray(FoldedLeaves::Included),
+            [](const auto& item) { return item->fileName(); });
+    }
+    /// The names of the selected photographs, and of the current one.
+    QString selectedAndCurrent() {
+        const auto current = browser().leaves().imageFileAtIndex(browser().currentIndex());
+        return (selectedNames() << (current ? current->fileName() : u"-"_s)).join(u' ');
+    }
     QString selectedFolder() {
         const auto selected = tree().selectedFolder();
         return selected ? selected->folderPath() : QString();
     }
     [[nodiscard]] bool selects(const QString& wanted) {
         return support::spinUntil([&] { return selectedFolder() == wanted; });
+    }
+    void groupBy(const std::vector<int>& chain) {
+        controller->browsing().setGroupTypeArray(std::make_shared<const std::vector<int>>(chain));
+        controller->scan();
+    }
+    [[nodiscard]] bool becomesIdle() {
+        return support::spinUntil([&] { return controller->isIdle(); });
+    }
+    /// The browser gets to show so many photographs, and the scan is over.
+    [[nodiscard]] bool shows(qint64 count) {
+        return support::spinUntil([&] {
+            return !window().largeView().isShown() && !controller->isScanning() &&
+                   selection().itemCount(FoldedLeaves::Included) == count;
+        });
     }
     QStringList roots() {
         return support::listed(

@@ -34,6 +34,11 @@ struct ScanProgramTest : testing::Test {
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(VELMORA_PROGRAM), arguments);
     }
+    /// Ends the running program as a desktop does.
+    void terminate() {
+        program.terminate();
+        ASSERT_TRUE(program.waitForFinished(60'000));
+    }
     static Outcome run(const QStringList& arguments) {
         QProcess process;
         start(process, arguments);
@@ -42,8 +47,11 @@ struct ScanProgramTest : testing::Test {
             process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2,
             process.readAllStandardOutput(), process.readAllStandardError()};
     }
+    [[nodiscard]] Outcome runOnProfile(const QStringList& more) const {
+        return run(QStringList{u"--profile"_s, profile} + more);
+    }
     [[nodiscard]] Outcome runUntilIdle(const QStringList& more = {}) const {
-        return run(QStringList{u"--profile"_s, profile, u"--until-idle"_s} + more);
+        return runOnProfile(QStringList{u"--until-idle"_s} + more);
     }
     /// Runs until nothing is left to do; answers the figures and keeps what was said.
     QJsonObject visit(const QStringList& more = {}) {
@@ -57,13 +65,14 @@ struct ScanProgramTest : testing::Test {
             EXPECT_EQ(stats[QString::fromStdString(name)].toDouble(-1), value) << name;
     }
 
-    void makePicture(const QString& name, int width = 40) const {
+    /// Answers its bytes.
+    QByteArray makePicture(const QString& name, int width = 40) const {
         support::writePicture(pictures + u'/' + name, {width, 30});
+        return support::readFile(pictures + u'/' + name);
     }
     QStringList onDisk() const {
         QStringList names;
-        const QStringList filter{u"*.jpg"_s};
-        QDirIterator iterator(pictures, filter, QDir::Files, QDirIterator::Subdirectories);
+        QDirIterator iterator(pictures, {u"*.jpg"_s}, QDir::Files, QDirIterator::Subdirectories);
         while (iterator.hasNext())
             names.append(iterator.next().mid(pictures.size() + 1));
         return support::sorted(names);
@@ -77,25 +86,25 @@ struct ScanProgramTest : testing::Test {
     }
     /// The catalogue gets to be what is on disk.
     [[nodiscard]] bool follows() const {
-        const auto isInStep = [this] { return inCatalogue() == onDisk(); };
-        const bool followed = support::spinUntil(isInStep, std::chrono::seconds(90));
+        const bool followed = support::spinUntil(
+            [this] { return inCatalogue() == onDisk(); }, std::chrono::seconds(90));
         EXPECT_TRUE(followed) << inCatalogue().join(u' ').toStdString() << "\ninstead of\n"
                               << onDisk().join(u' ').toStdString();
         return followed;
     }
     /// Of the running program; empty until it answers.
     [[nodiscard]] QJsonObject state() const {
-        return QJsonDocument::fromJson(run({u"--profile"_s, profile, u"--state"_s}).output)
-            .object();
+        return QJsonDocument::fromJson(runOnProfile({u"--state"_s}).output).object();
     }
     /// What the running program tells in its window.
     [[nodiscard]] QString notice() const {
         QString text;
-        const auto isTold = [&] {
-            text = state()[u"notice"_s].toString();
-            return !text.isEmpty();
-        };
-        EXPECT_TRUE(support::spinUntil(isTold, std::chrono::seconds(60)));
+        EXPECT_TRUE(support::spinUntil(
+            [&] {
+                text = state()[u"notice"_s].toString();
+                return !text.isEmpty();
+            },
+            std::chrono::seconds(60)));
         return text;
     }
     void expectConsistentCatalogue() const {

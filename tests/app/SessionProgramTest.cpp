@@ -12,14 +12,12 @@ struct SessionProgramTest : RunningProgramTest {
             });
         browser().selectDidChange();
     }
-    bool isQuiet() { return controller->isIdle() && !controller->isScanning(); }
-    /// The names of the selected photographs, and of the current one.
-    QString shown() {
-        QString names;
-        for (const auto& item : selection().selectedFileArray(FoldedLeaves::Included))
-            names += item->fileName() + u' ';
-        const auto current = browser().leaves().imageFileAtIndex(browser().currentIndex());
-        return names + (current ? current->fileName() : u"-"_s);
+    /// Those are selected and current, now and when all work is done.
+    testing::AssertionResult comesBackTo(const QString& wanted) {
+        const auto isThere = [&] { return selectedAndCurrent() == wanted; };
+        if (support::spinUntil(isThere) && becomesIdle() && isThere())
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure() << selectedAndCurrent().toStdString();
     }
 };
 
@@ -28,13 +26,10 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
     for (const QString& name : support::words("a b c d e f"))
         makePicture(u"pictures/"_s + name + u".png"_s);
     controller->addFolders({pictures});
-    ASSERT_TRUE(support::spinUntil(
-        [&] { return isQuiet() && selection().itemCount(FoldedLeaves::Included) == 6; }));
+    ASSERT_TRUE(shows(6) && becomesIdle());
     choose(support::words("b.png e.png"));
     start();
-    EXPECT_TRUE(support::spinUntil([&] { return shown() == u"b.png e.png e.png"; }))
-        << shown().toStdString();
-    ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
+    EXPECT_TRUE(comesBackTo(u"b.png e.png e.png"_s));
 
     // What is only opened is for its own run, be it asked for at the start or later.
     const QString other = makePicture(u"other/x.png"_s);
@@ -45,14 +40,11 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
             choose({u"c.png"_s}); // at the last moment
             controller->applicationOpenFiles({other});
         }
-        ASSERT_TRUE(support::spinUntil([&] { return isQuiet() && shown() == u"x.png x.png"; }))
-            << shown().toStdString();
+        ASSERT_TRUE(comesBackTo(u"x.png x.png"_s));
         EXPECT_EQ(window().openedOnShow(), QStringList{other}) << "for a restart of this run";
         start();
         EXPECT_EQ(window().openedOnShow(), QStringList());
-        EXPECT_TRUE(support::spinUntil([&] { return shown() == u"c.png c.png"; }))
-            << shown().toStdString();
-        ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
+        EXPECT_TRUE(comesBackTo(u"c.png c.png"_s));
     }
     choose(support::words("b.png e.png"));
 
@@ -65,10 +57,7 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
         makePicture(u"pictures/"_s + name + u".png"_s);
     start();
     controller->addFolders({pictures});
-    EXPECT_TRUE(support::spinUntil([&] { return shown() == u"e.png e.png"; }))
-        << shown().toStdString();
-    ASSERT_TRUE(support::spinUntil([&] { return isQuiet(); }));
-    EXPECT_EQ(shown(), u"e.png e.png"_s);
+    EXPECT_TRUE(comesBackTo(u"e.png e.png"_s));
 }
 
 } // namespace

@@ -11,16 +11,17 @@ struct SidebarTest : RunningProgramTest {
     /// Adds the folder, waits until its images are catalogued; answers its id.
     qint64 add(const QString& below) {
         EXPECT_TRUE(controller->addFolders({path(below)}));
-        EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+        EXPECT_TRUE(becomesIdle());
         return controller->aliasManager().findAliasObjectByPath(path(below))->aliasId();
     }
-    std::vector<qint64> rootIds() {
-        std::vector<qint64> ids;
-        for (const auto& root : controller->aliasManager().aliasArray())
-            ids.push_back(root->aliasId());
-        return ids;
+    /// The one root there is has this id and lies there.
+    void expectOnlyRoot(qint64 id, const QString& place) {
+        EXPECT_EQ(roots(), QStringList{place});
+        EXPECT_TRUE(controller->aliasManager().findAliasObjectById(id));
     }
-    QString catalogue() const { return path(u"profile/files.db"_s); }
+    [[nodiscard]] bool becomesOnlyRoot(const QString& place) {
+        return support::spinUntil([&] { return roots() == QStringList{place}; });
+    }
     QStringList imageRows() const {
         return support::rowsOf(catalogue(), u"select FileName from ImageFile order by 1"_s);
     }
@@ -34,7 +35,7 @@ TEST_F(SidebarTest, aRootFollowsTheFoldersAboveItWhereverTheyGo) {
     const auto goes = [&](const QString& from, const QString& to) {
         ASSERT_TRUE(QFile::rename(path(from), path(to)));
         const QString place = path(QString(root).replace(0, 4, to));
-        EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{place}; }))
+        EXPECT_TRUE(becomesOnlyRoot(place))
             << qPrintable(place) << " is " << qPrintable(roots().join(u' '));
         EXPECT_TRUE(selects(place)) << "also after it was away";
         // A name that is given before it is watched goes unseen.
@@ -51,9 +52,8 @@ TEST_F(SidebarTest, aRootFollowsTheFoldersAboveItWhereverTheyGo) {
     ASSERT_TRUE(QFile::rename(path(u"docs"_s), path(u".docs"_s)));
     start();
     const QString now = path(u".docs/jobs/shoots/R"_s);
-    EXPECT_EQ(roots(), QStringList{now});
+    expectOnlyRoot(id, now);
     EXPECT_TRUE(selects(now)) << "the place of the last run, where it is now";
-    EXPECT_EQ(rootIds(), (std::vector{id}));
     EXPECT_EQ(imageRows(), QStringList{u"a.jpg"_s});
 }
 
@@ -78,21 +78,19 @@ TEST_F(SidebarTest, aFolderPutBackFromABackupIsTheRootThatItWas) {
     ASSERT_EQ(std::system(shell.constData()), 0);
 
     start();
-    EXPECT_EQ(roots(), QStringList{QString()});
+    expectOnlyRoot(id, {});
     putBack("1.jpg"); // a quarter
     ASSERT_TRUE(controller->addFolders({root}));
     EXPECT_EQ(roots(), (QStringList{{}, root})) << "what doesn't look like it is another one";
     window().sourceSidebar().commands().removeFolderAlias();
-    ASSERT_EQ(rootIds(), (std::vector{id}));
+    expectOnlyRoot(id, {});
     putBack("sub/3.jpg"); // half: seen by itself
-    EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{root}; }));
-    EXPECT_EQ(rootIds(), (std::vector{id}));
+    EXPECT_TRUE(becomesOnlyRoot(root));
     putBack("2.jpg sub/4.jpg");
-    controller.reset();
     start();
-    EXPECT_EQ(roots(), QStringList{root});
+    expectOnlyRoot(id, root);
     EXPECT_TRUE(selects(root));
-    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    EXPECT_TRUE(becomesIdle());
     EXPECT_EQ(imageRows(), support::words("1.jpg 2.jpg 3.jpg 4.jpg"));
 }
 
@@ -109,7 +107,7 @@ TEST_F(SidebarTest, aRootIsGoneWhenTheWholeDiskWasLookedThroughAndNotBefore) {
     start();
     EXPECT_EQ(roots().size(), 2) << "only looked for near its place";
     const QString found = path(u"disk/.deep"_s);
-    EXPECT_TRUE(support::spinUntil([&] { return roots() == QStringList{found}; }));
+    EXPECT_TRUE(becomesOnlyRoot(found));
     NoticeBar& notices = controller->mainWindowController().noticeBar();
     EXPECT_TRUE(support::spinUntil([&] { return notices.text().contains(u"“R”"_s); }));
     EXPECT_EQ(imageRows(), QStringList{u"2.jpg"_s});
@@ -131,13 +129,10 @@ TEST_F(SidebarTest, aRootIsGreyWhileItsDiskIsAwayAndComesWithItOrWhenItIsRestore
     const int drawer = ::open_tree(AT_FDCWD, place.constData(), OPEN_TREE_CLONE | O_CLOEXEC);
     ASSERT_GE(drawer, 0);
     disk.reset();
-    const auto is = [this](const QString& root) {
-        return support::spinUntil([&] { return roots() == QStringList{root}; });
-    };
-    EXPECT_TRUE(is({}));
+    EXPECT_TRUE(becomesOnlyRoot({}));
     EXPECT_FALSE(tree().selectedItem());
     ASSERT_EQ(::move_mount(drawer, "", AT_FDCWD, place.constData(), MOVE_MOUNT_F_EMPTY_PATH), 0);
-    EXPECT_TRUE(is(path(u"disk/R"_s)));
+    EXPECT_TRUE(becomesOnlyRoot(path(u"disk/R"_s)));
     EXPECT_TRUE(support::spinUntil([&] {
         const auto sub = item->childFolderWithFolderName(u"sub"_s, true);
         return sub && tree().isExpanded(*sub);
@@ -149,14 +144,12 @@ TEST_F(SidebarTest, aRootIsGreyWhileItsDiskIsAwayAndComesWithItOrWhenItIsRestore
     EXPECT_EQ(roots(), QStringList{QString()}) << "kept, though out of reach";
     disk.emplace(path(u"disk"_s));
     // The mount alone brings nothing back.
-    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    EXPECT_TRUE(becomesIdle());
     support::writeFile(picture, bytes);
-    EXPECT_TRUE(is(path(u"disk/R"_s)));
-    EXPECT_EQ(rootIds(), (std::vector{id}));
+    EXPECT_TRUE(becomesOnlyRoot(path(u"disk/R"_s)));
     EXPECT_EQ(imageRows(), QStringList{u"1.jpg"_s});
-    controller.reset();
     start();
-    EXPECT_EQ(roots(), QStringList{path(u"disk/R"_s)}) << "by its new bookmark";
+    expectOnlyRoot(id, path(u"disk/R"_s)); // by its new bookmark
     controller.reset();
 }
 
@@ -173,20 +166,17 @@ TEST_F(SidebarTest, aRemovedRootTakesAllItsRowsAndThumbnailsAlongAlsoWhereThePro
                    count(u"thumbnail.db"_s, u"Thumbnail"_s) == photographs;
         });
     };
-    const auto removeSelected = [&] {
+    const auto addAndRemove = [&] {
+        ASSERT_TRUE(controller->addFolders({path(u"photos"_s)}));
+        ASSERT_TRUE(holds(3));
         EXPECT_EQ(selectedFolder(), path(u"photos"_s));
         window().folderRootCommands().removeFolderAlias();
         EXPECT_EQ(roots(), QStringList());
         EXPECT_FALSE(tree().selectedItem());
     };
-    ASSERT_TRUE(controller->addFolders({path(u"photos"_s)}));
-    ASSERT_TRUE(holds(3));
-    removeSelected();
+    addAndRemove();
     EXPECT_TRUE(holds(0)) << "thumbnails, too";
-
-    ASSERT_TRUE(controller->addFolders({path(u"photos"_s)}));
-    ASSERT_TRUE(holds(3));
-    removeSelected();
+    addAndRemove();
     controller.reset();
     for (const QString& table : {u"FolderAlias"_s, u"Folder"_s, u"ImageFile"_s, u"Exif"_s})
         EXPECT_EQ(count(u"files.db"_s, table), 0) << "the end of the program waits for it";
@@ -205,20 +195,15 @@ TEST_F(SidebarTest, photographsComeToTheirPlaceWhenItIsFound) {
                 u"insert into GPS (FileId,LatitudeRef,Latitude,LongitudeRef,Longitude) select "
                 "Id,'N',52.52,'E',13.4 from ImageFile where FileName = 'berlin.jpg'"_s));
     browser().GotoIndex({0, 1}); // kept while the sheet is filled anew
-    controller->browsing().setGroupTypeArray(
-        std::make_shared<const std::vector<int>>(1, group::Place));
-    controller->scan();
+    groupBy({group::Place});
     const auto place = [&]() -> PBValue {
         const auto& tree = controller->shellServices().groupTreeDataSource.groupItemArray();
         return tree.size() == 2 ? tree.front()->value() : PBValue();
     };
     EXPECT_TRUE(support::spinUntil([&] { return place().hasValue(); }));
-    EXPECT_TRUE(support::spinUntil([&] { return controller->isIdle(); }));
+    EXPECT_TRUE(becomesIdle());
     EXPECT_TRUE(place().hasValue());
-    const auto selected = selection().selectedFileArray(FoldedLeaves::Included);
-    ASSERT_EQ(selected.size(), 1u);
-    EXPECT_EQ(selected[0]->fileName(), u"nowhere.jpg");
-    EXPECT_EQ(browser().leaves().imageFileAtIndex(browser().currentIndex()), selected[0]);
+    EXPECT_EQ(selectedAndCurrent(), u"nowhere.jpg nowhere.jpg"_s);
 }
 
 } // namespace

@@ -2,12 +2,40 @@
 
 #include "support/Support.h"
 
-TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
+#include <future>
+
+namespace {
+
+using Outcome = SingleInstance::Outcome;
+
+struct SingleInstanceTest : testing::Test {
+    void takeFirst() {
+        ASSERT_EQ(first.take(folder.path(), {}), Outcome::First);
+        first.listen();
+    }
+    /// Another start of the program, in a thread.
+    std::future<Outcome> startLater(const SingleInstance::Request& request = {}) const {
+        return std::async(std::launch::async, [this, request] {
+            SingleInstance later;
+            return later.take(folder.path(), request);
+        });
+    }
+    /// Waits with a loop, by which the first one hears of the others.
+    static auto resultOf(auto future) {
+        EXPECT_TRUE(support::spinUntil([&] { return isReady(future); }));
+        return future.get();
+    }
+    static bool isReady(const auto& future) {
+        return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    }
+
     const QTemporaryDir folder;
-    EXPECT_EQ(SingleInstance::stateOf(folder.path()), std::nullopt);
     SingleInstance first;
-    ASSERT_EQ(first.take(folder.path(), {}), SingleInstance::Outcome::First);
-    first.listen();
+};
+
+TEST_F(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
+    EXPECT_EQ(SingleInstance::stateOf(folder.path()), std::nullopt);
+    takeFirst();
     const QByteArray state(3'000'000, 's'); // more than a socket holds
     first.setStateSource([&] { return state; });
     std::vector<SingleInstance::Request> requests;
@@ -16,21 +44,14 @@ TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
         [&](const SingleInstance::Request& request) { requests.push_back(request); });
     const QStringList many(20'000, QString::fromUtf8("/ümlaut \n/😀"));
     const UnopenedPath unopened{UnopenedPath::Fault::NotOfThisComputer, u"a://b"_s, 13};
-    std::atomic<bool> isOver = false;
-    std::optional<QByteArray> answer;
-    SingleInstance::Outcome outcome = SingleInstance::Outcome::First;
-    std::jthread later([&] {
-        answer = SingleInstance::stateOf(folder.path());
-        SingleInstance second;
-        SingleInstance::Request request{many, {u"/a"_s}, {unopened}};
-        request.isFullScreen = request.isSlideshow = true;
-        request.activation = {"id_TIME1", "a token"};
-        outcome = second.take(folder.path(), request);
-        isOver = true;
-    });
-    ASSERT_TRUE(support::spinUntil([&] { return isOver.load(); }));
-    EXPECT_EQ(answer, state);
-    EXPECT_EQ(outcome, SingleInstance::Outcome::HandedOver);
+    EXPECT_EQ(
+        resultOf(std::async(
+            std::launch::async, [this] { return SingleInstance::stateOf(folder.path()); })),
+        state);
+    SingleInstance::Request request{many, {u"/a"_s}, {unopened}};
+    request.isFullScreen = request.isSlideshow = true;
+    request.activation = {"id_TIME1", "a token"};
+    EXPECT_EQ(resultOf(startLater(request)), Outcome::HandedOver);
     ASSERT_EQ(requests.size(), 1U) << "to ask is no request";
     EXPECT_TRUE(
         requests[0].paths == many && requests[0].add == QStringList{u"/a"_s} &&
@@ -39,11 +60,8 @@ TEST(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState) {
     EXPECT_EQ(requests[0].activation, (platform::Activation{"id_TIME1", "a token"}));
 }
 
-TEST(SingleInstanceTest, whoBringsMarksWaitsForTheirAnswerAndNobodyElseDoes) {
-    const QTemporaryDir folder;
-    SingleInstance first;
-    ASSERT_EQ(first.take(folder.path(), {}), SingleInstance::Outcome::First);
-    first.listen();
+TEST_F(SingleInstanceTest, whoBringsMarksWaitsForTheirAnswerAndNobodyElseDoes) {
+    takeFirst();
     SingleInstance::Answer answer;
     first.setMarksSource({}, [&](const QByteArray& lines, const SingleInstance::Answer& later) {
         EXPECT_EQ(lines, "marks");
@@ -51,41 +69,24 @@ TEST(SingleInstanceTest, whoBringsMarksWaitsForTheirAnswerAndNobodyElseDoes) {
     });
     SingleInstance::Request marks;
     marks.importMarks = "marks";
-    std::optional<QByteArray> said;
-    std::atomic<int> over = 0;
-    SingleInstance::Outcome outcome = SingleInstance::Outcome::First;
-    std::jthread import([&] {
-        said = SingleInstance::ask(folder.path(), marks);
-        ++over;
-    });
+    auto said =
+        std::async(std::launch::async, [&] { return SingleInstance::ask(folder.path(), marks); });
     ASSERT_TRUE(support::spinUntil([&] { return answer != nullptr; }));
-    std::jthread start([&] {
-        SingleInstance second;
-        outcome = second.take(folder.path(), {});
-        ++over;
-    });
-    ASSERT_TRUE(support::spinUntil([&] { return over == 1; }));
-    EXPECT_EQ(outcome, SingleInstance::Outcome::HandedOver);
+    EXPECT_EQ(resultOf(startLater()), Outcome::HandedOver);
+    EXPECT_FALSE(isReady(said));
     answer("stored");
-    ASSERT_TRUE(support::spinUntil([&] { return over == 2; }));
-    EXPECT_EQ(said, "stored");
+    EXPECT_EQ(resultOf(std::move(said)), "stored");
 }
 
-TEST(SingleInstanceTest, aStartWaitsForTheEndOfARunThatHasTheCatalogueForAMoment) {
-    const QTemporaryDir folder;
+TEST_F(SingleInstanceTest, aStartWaitsForTheEndOfARunThatHasTheCatalogueForAMoment) {
     std::optional<SingleInstance> marks(std::in_place);
     ASSERT_TRUE(marks->takeForAMoment(folder.path()));
     const QString lock = folder.filePath(u"lock"_s);
     EXPECT_EQ(support::readFile(lock), "moment");
-    std::atomic<bool> isOver = false;
-    SingleInstance::Outcome outcome = SingleInstance::Outcome::NoAnswer;
-    std::jthread start([&] {
-        SingleInstance later;
-        outcome = later.take(folder.path(), {});
-        isOver = true;
-    });
+    auto start = startLater();
     marks.reset();
-    ASSERT_TRUE(support::spinUntil([&] { return isOver.load(); }));
-    EXPECT_EQ(outcome, SingleInstance::Outcome::First);
+    EXPECT_EQ(resultOf(std::move(start)), Outcome::First);
     EXPECT_EQ(support::readFile(lock), QByteArray());
 }
+
+} // namespace

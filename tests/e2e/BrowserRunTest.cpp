@@ -4,8 +4,7 @@ using BrowserRunTest = e2e::ProgramTest;
 using e2e::State;
 
 TEST_F(BrowserRunTest, clicksDragsAndKeysReachTheSheetAndTheSearchFieldNarrows) {
-    paintPhotographs();
-    start();
+    startWithPhotographs();
     const QList<e2e::Item> items = state().items();
     ASSERT_GE(items.size(), 3);
     const QString ends = items[0].name + u' ' + items[2].name;
@@ -17,9 +16,9 @@ TEST_F(BrowserRunTest, clicksDragsAndKeysReachTheSheetAndTheSearchFieldNarrows) 
     // Dragged to where nobody takes it.
     const QPoint held = item(items[2].name).picture.center();
     desktop.drag(held, held + QPoint(30, 20));
-    EXPECT_TRUE(waitFor([](const State& s) { return s.browser(u"dragOut"_s).toBool(); }));
+    EXPECT_TRUE(becomes({{u"browser.dragOut"_s, true}}));
     desktop.release();
-    EXPECT_TRUE(waitFor([](const State& s) { return !s.browser(u"dragging"_s).toBool(); }));
+    EXPECT_TRUE(becomes({{u"browser.dragging"_s, false}}));
     EXPECT_TRUE(waitForSelection(ends));
 
     desktop.key(u"End"_s);
@@ -27,23 +26,19 @@ TEST_F(BrowserRunTest, clicksDragsAndKeysReachTheSheetAndTheSearchFieldNarrows) 
         return s.isAtRest() && s.scroll() > 0 && !s.item(s.selected()).name.isEmpty();
     }));
     const QString last = state().selected();
-    const auto isRenaming = [](const QString& text) {
-        return [text](const State& s) { return s.browser(u"renaming"_s).toString() == text; };
-    };
     desktop.click(item(last).label.center());
-    ASSERT_TRUE(waitFor(isRenaming(last)));
+    ASSERT_TRUE(becomes({{u"browser.renaming"_s, last}}));
     desktop.type(u"elm"_s); // in place of the name without its extension
-    ASSERT_TRUE(waitFor(isRenaming(u"elm.jpg"_s)));
+    ASSERT_TRUE(becomes({{u"browser.renaming"_s, u"elm.jpg"_s}}));
     desktop.key(u"Escape"_s);
-    EXPECT_TRUE(waitFor(isRenaming(QString())));
+    EXPECT_TRUE(becomes({{u"browser.renaming"_s, QJsonValue::Null}}));
     // The keys are back with the browser.
     desktop.key(u"Home"_s);
     EXPECT_TRUE(waitForSelection(items[0].name));
-    EXPECT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() == 0; }));
+    EXPECT_TRUE(rests({{u"browser.scroll"_s, 0}}));
     desktop.type(u"im"_s);
     EXPECT_TRUE(waitFor([](const State& s) { return s.selected().startsWith(u"IMG_"); }));
-    desktop.key(u"ctrl+a"_s);
-    EXPECT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
+    selectAll();
 
     // Every key in the search field narrows; Escape goes back to all, and gives the keys back.
     desktop.key(u"ctrl+f"_s);

@@ -15,25 +15,16 @@ using e2e::State;
 /// A message bus of its own that starts the program for those who call it.
 class StartingBus {
 public:
-    StartingBus(const QString& folder, const QProcessEnvironment& environment) {
+    explicit StartingBus(const QProcessEnvironment& environment) {
         const QString id = PBUtilities::applicationId();
         support::writeFile(
-            folder + u'/' + id + u".service"_s, u"[D-BUS Service]\nName=%1\nExec=%2 --service\n"_s
-                                                    .arg(id, QStringLiteral(VELMORA_PROGRAM))
-                                                    .toUtf8());
-        const QString file = folder + u"/bus.conf"_s;
-        support::writeFile(
-            file, u"<busconfig><type>session</type><listen>unix:tmpdir=%1</listen>"
-                  "<servicedir>%1</servicedir><policy context=\"default\">"
-                  "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-                  "<allow own=\"*\"/></policy>"
-                  "<limit name=\"service_start_timeout\">120000</limit></busconfig>"_s.arg(folder)
-                      .toUtf8());
+            environment.value(u"XDG_RUNTIME_DIR"_s) + u"/dbus-1/services/"_s + id + u".service"_s,
+            u"[D-BUS Service]\nName=%1\nExec=%2 --service\n"_s
+                .arg(id, QStringLiteral(VELMORA_PROGRAM))
+                .toUtf8());
         _daemon.setProcessEnvironment(environment);
         _daemon.setStandardErrorFile(QProcess::nullDevice());
-        _daemon.start(
-            u"dbus-daemon"_s,
-            {u"--config-file"_s, file, u"--nofork"_s, u"--nopidfile"_s, u"--print-address"_s});
+        _daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
         if (_daemon.waitForReadyRead(60'000))
             _address = QString::fromLatin1(_daemon.readLine().trimmed());
     }
@@ -72,24 +63,12 @@ private:
 class DesktopRunTest : public e2e::ProgramTest {
 protected:
     static QString uri(const QString& path) { return QUrl::fromLocalFile(path).toString(); }
-    /// As `waitFor`, for a program that this test has not started itself.
-    testing::AssertionResult waitForStarted(const Condition& condition) const {
-        State last;
-        const bool holds =
-            support::spinUntil([&] { return condition(last = state()); }, std::chrono::seconds(60));
-        if (holds) return testing::AssertionSuccess();
-        return testing::AssertionFailure() << testing::PrintToString(last);
-    }
-    auto waitForWindow(QSize size) {
-        return waitFor([=](const State& s) { return s.isAtRest() && s.window().size() == size; });
-    }
 };
 
 TEST_F(DesktopRunTest, callsOverTheBusStartTheProgramAndReachTheOneThatRuns) {
     paintPhotographs();
     useOwnPlaces();
-    const QTemporaryDir folder;
-    const StartingBus bus(folder.path(), desktop.environment());
+    const StartingBus bus(desktop.environment());
     ASSERT_FALSE(bus.address().isEmpty());
     desktop.setBus(bus.address());
     const QDir lisbon(photo(u"2022/Lisbon"_s));
@@ -98,22 +77,20 @@ TEST_F(DesktopRunTest, callsOverTheBusStartTheProgramAndReachTheOneThatRuns) {
     const auto isActive = [](const State& s) { return s.mainWindow()[u"active"_s].toBool(); };
 
     bus.open({uri(lisbon.filePath(names[1]))});
-    ASSERT_TRUE(waitForStarted([&](const State& s) { return s.selected() == names[1]; }));
+    ASSERT_TRUE(waitFor([&](const State& s) { return s.selected() == names[1]; }));
     // What runs is called by each later one.
     const QString window = state().mainWindow()[u"id"_s].toVariant().toString();
     desktop.minimize(window);
-    EXPECT_TRUE(waitForStarted(std::not_fn(isActive)));
+    EXPECT_TRUE(waitFor(std::not_fn(isActive)));
     bus.call(u"Activate"_s);
-    EXPECT_TRUE(waitForStarted(isActive));
+    EXPECT_TRUE(waitFor(isActive));
     EXPECT_EQ(state().selected(), names[1]);
     bus.open({u"sftp://elsewhere/a.jpg"_s, uri(lisbon.filePath(names[2]))});
-    EXPECT_TRUE(waitForStarted([&](const State& s) {
+    EXPECT_TRUE(waitFor([&](const State& s) {
         return s.selected() == names[2] && !s.json()[u"notice"_s].toString().isEmpty();
     }));
     bus.call(u"ActivateAction"_s, {u"fullscreen"_s, QVariantList()});
-    EXPECT_TRUE(waitForStarted([&](const State& s) {
-        return s.isAtRest() && s.window().size() == desktop.screen.size();
-    }));
+    EXPECT_TRUE(waitForWindow(desktop.screen.size()));
     const pid_t first = bus.program();
     ASSERT_GT(first, 0);
     desktop.key(u"ctrl+q"_s);
@@ -130,12 +107,10 @@ TEST_F(DesktopRunTest, callsOverTheBusStartTheProgramAndReachTheOneThatRuns) {
 }
 
 TEST_F(DesktopRunTest, theWholeScreenAndAShowCanBeAskedForAtTheStart) {
-    paintPhotographs();
-    start();
+    startWithPhotographs();
     const QSize size = state().window().size();
     const QString name = state().items().at(1).name;
-    click(name);
-    ASSERT_TRUE(waitForSelection(name));
+    select(name);
     quit();
     startAgain({u"--fullscreen"_s});
     EXPECT_TRUE(waitForWindow(desktop.screen.size()));
@@ -144,16 +119,9 @@ TEST_F(DesktopRunTest, theWholeScreenAndAShowCanBeAskedForAtTheStart) {
     EXPECT_TRUE(waitForWindow(size));
     quit();
     startAgain({u"--slideshow"_s});
-    EXPECT_TRUE(waitFor([&](const State& s) {
-        const QJsonObject show = s.json()[u"slideshow"_s].toObject();
-        return show[u"state"_s] == u"playing"_s && show[u"name"_s] == name;
-    }));
+    EXPECT_TRUE(becomes({{u"slideshow.state"_s, u"playing"_s}, {u"slideshow.name"_s, name}}));
     desktop.key(u"Escape"_s);
-    EXPECT_TRUE(waitFor([&](const State& s) {
-        return s.isAtRest() && s.large(u"image"_s) == name && s.large(u"atRest"_s).toBool();
-    }));
-    waitForFocus();
-    quit();
+    EXPECT_TRUE(rests({{u"large.image"_s, name}, {u"large.atRest"_s, true}}));
 }
 
 } // namespace

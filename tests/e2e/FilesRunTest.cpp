@@ -3,8 +3,6 @@
 #include "e2e/Program.h"
 #include "platform/files/TypeIdentifiers.h"
 
-#include <QDirIterator>
-
 #include <csignal>
 
 #include <fcntl.h>
@@ -39,39 +37,33 @@ private:
 };
 
 struct FilesRunTest : e2e::ProgramTest {
-    /// The folder of the first photograph on show, which it selects, and its name.
-    void selectFirst() {
-        name = state().items().value(0).name;
-        click(name);
-        ASSERT_TRUE(waitForSelection(name));
+    FilesRunTest() { QDir().mkpath(outside.path()); }
+    /// Selects the first photograph on show.
+    void startWithFirst() {
+        start();
+        name = selectFirst();
         path = pathOf(name);
-        base = QFileInfo(path).completeBaseName();
-    }
-    QString pathOf(const QString& file) const {
-        return QDirIterator(photos(), {file}, QDir::Files, QDirIterator::Subdirectories).next();
     }
     QString beside(const QString& other) const { return QFileInfo(path).dir().filePath(other); }
     [[nodiscard]] testing::AssertionResult exists(const QString& file, bool is = true) const {
         return waitFor([&](const State&) { return QFile::exists(file) == is; })
                << file.toStdString();
     }
+    /// The file comes, or goes, and the browser shows so many photographs then.
+    [[nodiscard]] testing::AssertionResult
+    leaves(const QString& file, bool is, qint64 count) const {
+        const auto result = exists(file, is);
+        return result ? shows(count) : result;
+    }
     /// Answers the chooser of folders.
     void chooseFolder(const QString& folder) {
         waitForFocus(u"QLineEdit"_s);
         typePath(folder);
     }
-    QString makeFolder(const QString& below) const {
-        QDir().mkpath(photo(below));
-        return photo(below);
-    }
     QString trashed(const QString& file) const {
         return QDir::home().filePath(u".local/share/Trash/files/"_s + file);
     }
-    /// The answers of the sheet that asks about a conflict.
-    void answer(const QString& button, bool forAll = false) {
-        if (forAll) clickPlace(u"Apply to All"_s);
-        press(button);
-    }
+    QStringList made() const { return outside.entryList(QDir::Files | QDir::Hidden); }
 
     /// Goes through the sheet of an export to the type in that place of its list.
     void chooseType(qsizetype place) {
@@ -97,13 +89,7 @@ struct FilesRunTest : e2e::ProgramTest {
             }));
     }
     /// Until the command has ended and the browser has the keys.
-    void waitUntilDone() {
-        EXPECT_TRUE(waitFor([](const State& s) {
-            return s.isAtRest() && s.json()[u"focus"_s] == u"PBImageBrowserView"_s;
-        }));
-    }
-    /// Answers the chooser of a file.
-    void saveAs(const QString& file) { typePath(file); }
+    void waitUntilDone() { EXPECT_TRUE(rests({{u"focus"_s, u"PBImageBrowserView"_s}})); }
     static QSize sizeOf(const QString& file) {
         PBImageImporterManager importers;
         const auto importer = importers.imageImporterForImageURL(file);
@@ -112,114 +98,96 @@ struct FilesRunTest : e2e::ProgramTest {
 
     QString name;
     QString path;
-    QString base;
+    const QDir outside{QDir::home().filePath(u"outside"_s)};
 };
 
 TEST_F(FilesRunTest, eachCommandWorksByKeyAndByMenuOnRealFiles) {
     paintPhotographs();
-    start();
-    const QString outside = QDir::home().filePath(u"outside"_s);
-    ASSERT_TRUE(QDir().mkpath(outside));
-    selectFirst();
+    startWithFirst();
+    const QString base = QFileInfo(path).completeBaseName();
+    const QString copy = base + u" copy.jpg"_s;
+    const QString another = base + u" copy 1.jpg"_s;
     desktop.key(u"ctrl+d"_s);
-    EXPECT_TRUE(exists(beside(base + u" copy.jpg"_s)));
-    EXPECT_TRUE(shows(93));
+    EXPECT_TRUE(leaves(beside(copy), true, 93));
     choose({u"File"_s, u"Duplicate"_s});
-    EXPECT_TRUE(exists(beside(base + u" copy 1.jpg"_s)));
-    EXPECT_TRUE(shows(94));
+    EXPECT_TRUE(leaves(beside(another), true, 94));
 
     // To the trash, and for good. What was in the middle has stayed there: the copies are above.
     desktop.key(u"Home"_s);
-    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() == 0; }));
-    click(base + u" copy.jpg"_s);
-    ASSERT_TRUE(waitForSelection(base + u" copy.jpg"_s));
+    ASSERT_TRUE(rests({{u"browser.scroll"_s, 0}}));
+    select(copy);
     desktop.key(u"Delete"_s);
-    EXPECT_TRUE(exists(trashed(base + u" copy.jpg"_s)));
-    EXPECT_TRUE(shows(93));
-    click(base + u" copy 1.jpg"_s);
-    ASSERT_TRUE(waitForSelection(base + u" copy 1.jpg"_s));
+    EXPECT_TRUE(leaves(trashed(copy), true, 93));
+    select(another);
     desktop.key(u"shift+Delete"_s);
     press(u"Delete"_s);
-    EXPECT_TRUE(exists(beside(base + u" copy 1.jpg"_s), false));
-    EXPECT_TRUE(shows(92));
+    EXPECT_TRUE(leaves(beside(another), false, 92));
 
-    click(name);
-    ASSERT_TRUE(waitForSelection(name));
+    select(name);
     waitForFocus(u"PBImageBrowserView"_s);
     desktop.key(u"ctrl+shift+c"_s);
-    chooseFolder(outside);
-    EXPECT_TRUE(exists(outside + u'/' + name));
+    chooseFolder(outside.path());
+    EXPECT_TRUE(exists(outside.filePath(name)));
     waitForFocus(u"PBImageBrowserView"_s);
     choose({u"File"_s, u"Copy To…"_s});
-    chooseFolder(outside);
-    answer(u"Replace"_s);
+    chooseFolder(outside.path());
+    press(u"Replace"_s);
     waitForFocus(u"PBImageBrowserView"_s);
     desktop.key(u"ctrl+shift+m"_s);
-    chooseFolder(outside);
-    answer(u"Stop"_s);
+    chooseFolder(outside.path());
+    press(u"Stop"_s);
     waitForFocus(u"PBImageBrowserView"_s);
     EXPECT_TRUE(QFile::exists(path));
-    desktop.key(u"ctrl+a"_s);
-    ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
+    selectAll();
     choose({u"File"_s, u"Move To…"_s});
-    chooseFolder(outside);
-    answer(u"Skip"_s, true);
-    EXPECT_TRUE(exists(outside + u'/' + name));
-    EXPECT_TRUE(waitFor([&](const State&) { return QDir(outside).count() > 60; }));
+    chooseFolder(outside.path());
+    clickPlace(u"Apply to All"_s);
+    press(u"Skip"_s);
+    EXPECT_TRUE(exists(outside.filePath(name)));
+    EXPECT_TRUE(waitFor([&](const State&) { return made().size() > 60; }));
 }
 
 TEST_F(FilesRunTest, theMenusDoTheSameAndWhatTheyDidIsTakenBack) {
     paintPhotographs();
-    start();
-    selectFirst();
+    startWithFirst();
     choose({u"File"_s, u"Move to Trash"_s});
-    EXPECT_TRUE(exists(trashed(name)));
-    EXPECT_TRUE(shows(91));
+    EXPECT_TRUE(leaves(trashed(name), true, 91));
     waitForFocus(u"PBImageBrowserView"_s);
     desktop.key(u"ctrl+z"_s);
-    EXPECT_TRUE(exists(path));
-    EXPECT_TRUE(shows(92));
-    click(name);
-    ASSERT_TRUE(waitForSelection(name));
+    EXPECT_TRUE(leaves(path, true, 92));
+    select(name);
     choose({u"Edit"_s, u"Copy"_s});
     choose({u"Edit"_s, u"Paste"_s});
-    EXPECT_TRUE(exists(photo(name)));
-    EXPECT_TRUE(shows(93));
+    EXPECT_TRUE(leaves(photo(name), true, 93));
     choose({u"Edit"_s, u"Undo Paste of a Photograph"_s});
-    EXPECT_TRUE(exists(photo(name), false));
-    EXPECT_TRUE(shows(92));
-    click(name);
-    ASSERT_TRUE(waitForSelection(name));
+    EXPECT_TRUE(leaves(photo(name), false, 92));
+    select(name);
     choose({u"File"_s, u"Delete for Good…"_s});
     press(u"Delete"_s);
-    EXPECT_TRUE(exists(path, false));
-    EXPECT_TRUE(shows(91));
+    EXPECT_TRUE(leaves(path, false, 91));
     waitForFocus(u"PBImageBrowserView"_s);
 
     // All groups as folders, and away with these again.
-    const QString outside = makeFolder(u"../outside"_s);
     choose({u"Group"_s, u"Copy Groups to Folders…"_s});
-    chooseFolder(outside);
-    const auto folders = [&] { return QDir(outside).entryList(QDir::Dirs | QDir::NoDotAndDotDot); };
+    chooseFolder(outside.path());
+    const auto folders = [&] { return outside.entryList(QDir::Dirs | QDir::NoDotAndDotDot); };
     EXPECT_TRUE(waitFor([&](const State&) { return folders().size() == 5; }));
     undoUntil([&] { return folders().isEmpty(); });
 }
 
 TEST_F(FilesRunTest, theMenusTurnExportAndCutAndKeysReachWhatHasNone) {
     path = photo(u"sub/turned.jpg"_s);
-    makeFolder(u"sub"_s);
     const QSize size(60, 40);
     support::writePicture(path, size);
     // What says that it is to be turned clockwise, behind the mark at the start.
     const QByteArray orientation = QByteArray::fromHex(
         "ffe1002245786966000049492a0008000000010012010300010000000600000000000000");
     support::writeFile(path, support::readFile(path).insert(2, orientation));
-    start();
-    selectFirst();
+    startWithFirst();
     const auto isTurned = [this](int angle) {
         return waitFor([&](const State& s) {
             const QJsonValue group = s.browser(u"groups"_s)[0];
-            return s.isAtRest() && group[u"items"_s][0][u"angle"_s].toInt(-1) == angle;
+            return s.isAtRest() && group[u"items"_s][0][u"angle"_s] == angle;
         });
     };
     ASSERT_TRUE(isTurned(-90));
@@ -242,12 +210,12 @@ TEST_F(FilesRunTest, theMenusTurnExportAndCutAndKeysReachWhatHasNone) {
     choose({u"Image"_s, u"Rotate Automatically"_s});
     EXPECT_TRUE(isTurned(-90));
 
-    const QString made = QDir(makeFolder(u"../outside"_s)).filePath(u"out.png"_s);
+    const QString turned = outside.filePath(u"out.png"_s);
     choose({u"File"_s, u"Export…"_s});
     takeType(codec::writableTypes().indexOf(u"public.png"_s));
-    saveAs(made);
-    EXPECT_TRUE(exists(made));
-    EXPECT_EQ(sizeOf(made), size.transposed());
+    typePath(turned);
+    EXPECT_TRUE(exists(turned));
+    EXPECT_EQ(sizeOf(turned), size.transposed());
     waitUntilDone();
     choose({u"Image"_s, u"Reset Rotation"_s});
     EXPECT_TRUE(isTurned(0));
@@ -257,15 +225,23 @@ TEST_F(FilesRunTest, theMenusTurnExportAndCutAndKeysReachWhatHasNone) {
     EXPECT_TRUE(exists(path, false));
 }
 
-TEST_F(FilesRunTest, aCancelledCopyFreesTheWindowAtOnceAndLeavesWholeFiles) {
+TEST_F(FilesRunTest, aCancelledExportOrCopyLeavesWholeFilesAndFreesTheWindowAtOnce) {
     paintPhotographs();
-    start();
-    selectFirst();
-    const QDir outside(makeFolder(u"../outside"_s));
+    startWithFirst();
+    selectAll();
+    chooseType(codec::writableTypes().indexOf(u"public.avif"_s)); // which takes minutes
+    typePath(outside.path());
+    press(u"Cancel"_s);
+    waitUntilDone();
+    const QStringList exported = made();
+    EXPECT_LT(exported.size(), 92);
+    for (const QString& file : exported)
+        EXPECT_FALSE(sizeOf(outside.filePath(file)).isEmpty()) << file.toStdString();
+    undoUntil([&] { return made().isEmpty(); });
+
     const Lease lease(pathOf(state().items().value(1).name));
     if (!lease.isHeld()) GTEST_SKIP() << "nothing holds up who reads a file here";
-    desktop.key(u"ctrl+a"_s);
-    ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
+    waitForFocus(u"PBImageBrowserView"_s);
     desktop.key(u"ctrl+shift+c"_s);
     chooseFolder(outside.path());
     ASSERT_TRUE(waitFor([&](const State&) { return lease.isAwaited(); }));
@@ -277,35 +253,13 @@ TEST_F(FilesRunTest, aCancelledCopyFreesTheWindowAtOnceAndLeavesWholeFiles) {
         const QStringList whole = outside.entryList(QDir::Files);
         EXPECT_TRUE(whole.isEmpty() || whole == QStringList{name})
             << whole.join(u' ').toStdString();
-        return outside.isEmpty(QDir::Files | QDir::Hidden);
+        return made().isEmpty();
     });
-}
-
-TEST_F(FilesRunTest, aCancelledExportLeavesWholeFilesAndFreesTheWindowAtOnce) {
-    paintPhotographs();
-    start();
-    selectFirst();
-    const QDir outside(makeFolder(u"../outside"_s));
-    desktop.key(u"ctrl+a"_s);
-    ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
-    chooseType(codec::writableTypes().indexOf(u"public.avif"_s)); // which takes minutes
-    typePath(outside.path());
-    press(u"Cancel"_s);
-    waitUntilDone();
-    const auto made = [&] { return outside.entryList(QDir::Files | QDir::Hidden); };
-    const QStringList whole = made();
-    EXPECT_LT(whole.size(), 92);
-    for (const QString& file : whole)
-        EXPECT_FALSE(sizeOf(outside.filePath(file)).isEmpty()) << file.toStdString();
-    undoUntil([&] { return made().isEmpty(); });
 }
 
 TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
     paintPhotographs();
-    start();
-    const QDir outside(QDir::home().filePath(u"outside"_s));
-    ASSERT_TRUE(QDir().mkpath(outside.path()));
-    selectFirst();
+    startWithFirst();
     const QSize size = sizeOf(path);
     support::writeFile(outside.filePath(u"out.jpg"_s), "former");
     const QStringList types = codec::writableTypes();
@@ -314,7 +268,7 @@ TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
         SCOPED_TRACE(extension.toStdString());
         const QString file = outside.filePath(u"out."_s + extension);
         chooseType(i);
-        saveAs(file);
+        typePath(file);
         if (i == 0) {
             EXPECT_EQ(QFileInfo(file).size(), 6);
             press(u"Yes"_s);
@@ -325,23 +279,22 @@ TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
     }
     // The extension is added, and then what is there is not replaced without a question.
     chooseType(1);
-    saveAs(outside.filePath(u"out"_s));
-    answer(u"Skip"_s);
+    typePath(outside.filePath(u"out"_s));
+    press(u"Skip"_s);
     waitUntilDone();
     // A photograph stays as it is.
     chooseType(0);
-    saveAs(path);
+    typePath(path);
     press(u"Yes"_s);
     press(u"OK"_s);
     waitUntilDone();
 
     const QDir many(QDir::home().filePath(u"many"_s));
     ASSERT_TRUE(QDir().mkpath(many.path()));
-    desktop.key(u"ctrl+a"_s);
-    ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
+    selectAll();
     chooseType(0);
     typePath(many.path());
-    const auto files = [&many] { return QDir(many.path()).entryList({u"*.jpg"_s}, QDir::Files); };
+    const auto files = [&many] { return many.entryList({u"*.jpg"_s}, QDir::Files); };
     EXPECT_TRUE(waitFor([&](const State&) { return files().size() == 92; }));
     EXPECT_EQ(sizeOf(many.filePath(name)), size);
     waitUntilDone();
@@ -351,8 +304,7 @@ TEST_F(FilesRunTest, photographsAreExportedInEachFormatOneAndMany) {
 
 TEST_F(FilesRunTest, pasteTakesWhatAnotherProgramCopiedOrCut) {
     paintPhotographs();
-    start();
-    selectFirst();
+    startWithFirst();
     for (const QString& way : {u"copy"_s, u"cut"_s}) {
         const QString foreign = QDir::home().filePath(way + u" ü 1.jpg"_s);
         ASSERT_TRUE(QFile::copy(path, foreign));
@@ -362,19 +314,16 @@ TEST_F(FilesRunTest, pasteTakesWhatAnotherProgramCopiedOrCut) {
         ASSERT_TRUE(owner.waitForReadyRead());
         desktop.key(u"ctrl+v"_s);
         EXPECT_TRUE(exists(photo(way + u" ü 1.jpg"_s)));
-        EXPECT_TRUE(exists(foreign, way == u"copy"));
-        EXPECT_TRUE(shows(way == u"copy" ? 93 : 94));
+        EXPECT_TRUE(leaves(foreign, way == u"copy", way == u"copy" ? 93 : 94));
         owner.kill();
         owner.waitForFinished();
     }
     // Within the program: a copy beside itself, which is told apart by its name.
-    click(name);
-    ASSERT_TRUE(waitForSelection(name));
+    select(name);
     desktop.key(u"ctrl+x"_s);
     desktop.key(u"ctrl+v"_s);
     EXPECT_TRUE(exists(photo(name)));
-    EXPECT_TRUE(exists(path, false));
-    EXPECT_TRUE(shows(94));
+    EXPECT_TRUE(leaves(path, false, 94));
 }
 
 } // namespace

@@ -14,22 +14,16 @@ protected:
     /// Waits until the photograph at the index is shown sharply, nothing moves, and the rest holds.
     testing::AssertionResult waitForIndex(int index, const Check& check = {}) {
         return waitFor([&](const State& s) {
-            const QString painted = s.large(u"painted"_s).toString();
-            return s.large(u"index"_s).toInt(-1) == index && s.large(u"atRest"_s).toBool() &&
-                   (painted == u"fitIn"_s || painted == u"original"_s) && s.isAtRest() &&
-                   !s.large(u"strip"_s)[u"scrolling"_s].toBool() && (!check || check(s));
+            return s.isSharp() && s.large(u"index"_s) == index && (!check || check(s));
         });
     }
-    testing::AssertionResult waitForBrowser(double scroll) {
-        return waitFor([=](const State& s) {
-            return s.large(u"index"_s).isUndefined() && s.isAtRest() && s.scroll() == scroll &&
-                   s.browser(u"focus"_s).toBool();
-        });
+    testing::AssertionResult waitForIndex(int index, const e2e::Values& values) {
+        return waitForIndex(index, [&](const State& s) { return s.has(values); });
     }
     /// Opens an image that is on show; answers its index in its group.
     int open(const QString& name) {
         desktop.doubleClick(item(name).picture.center());
-        EXPECT_TRUE(waitFor([&](const State& s) { return s.large(u"image"_s) == name; }));
+        EXPECT_TRUE(becomes({{u"large.image"_s, name}}));
         return state().large(u"index"_s).toInt(-1);
     }
     static QRect rectOf(const State& s, const QString& name) { return e2e::rectOf(s.large(name)); }
@@ -39,27 +33,24 @@ protected:
 };
 
 TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
-    paintPhotographs();
-    start();
+    startWithPhotographs();
     waitForFocus(u"PBImageBrowserView"_s);
-    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && !s.items().isEmpty(); }));
     desktop.key(u"End"_s);
     ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.scroll() > 0; }));
     const QString name = state().items().at(3).name;
-    click(name);
-    ASSERT_TRUE(waitForSelection(name));
-    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest(); }));
+    select(name);
+    ASSERT_TRUE(rests());
     const double scroll = state().scroll();
 
     int index = open(name);
-    ASSERT_TRUE(waitForIndex(index, [](const State& s) {
-        return s.large(u"fitIn"_s).toBool() && s.browser(u"selectCount"_s).toInt() == 1;
-    }));
+    ASSERT_TRUE(waitForIndex(index, {{u"large.fitIn"_s, true}, {u"browser.selectCount"_s, 1}}));
     const int count = state().large(u"count"_s).toInt();
     const QString title = u"%1/%2   %3"_s.arg(index + 1).arg(count).arg(name);
     EXPECT_EQ(state().mainWindow()[u"title"_s], title);
     desktop.key(u"Escape"_s);
-    EXPECT_TRUE(waitForBrowser(scroll));
+    const QJsonValue none = QJsonValue::Undefined;
+    EXPECT_TRUE(
+        rests({{u"large"_s, none}, {u"browser.scroll"_s, scroll}, {u"browser.focus"_s, true}}));
     EXPECT_TRUE(waitForSelection(name));
     desktop.key(u"Return"_s);
     ASSERT_TRUE(waitForIndex(index));
@@ -93,10 +84,9 @@ TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
     }));
 
     // Each of thirty steps arrives; of several that are selected, these are what it steps through.
-    desktop.key(u"ctrl+a"_s);
-    ASSERT_TRUE(waitFor([](const State& s) { return s.browser(u"selectCount"_s).toInt() == 92; }));
+    selectAll();
     desktop.key(u"Return"_s);
-    ASSERT_TRUE(waitFor([](const State& s) { return s.large(u"count"_s).toInt() == 92; }));
+    ASSERT_TRUE(becomes({{u"large.count"_s, 92}}));
     desktop.key(u"Home"_s);
     ASSERT_TRUE(waitForIndex(0));
     for (int step = 1; step <= 30; ++step) {
@@ -110,16 +100,14 @@ TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
 }
 
 TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
-    paintPhotographs();
-    start();
+    startWithPhotographs();
     const int index = open(state().items().at(0).name);
     ASSERT_TRUE(waitForIndex(index));
     double angle = state().large(u"angle"_s).toDouble();
     for (int turn = 0; turn < 4; ++turn) {
         angle = angle == 180 ? -90 : angle + 90;
         desktop.key(u"ctrl+r"_s);
-        EXPECT_TRUE(waitForIndex(
-            index, [&](const State& s) { return s.large(u"angle"_s).toDouble() == angle; }));
+        EXPECT_TRUE(waitForIndex(index, {{u"large.angle"_s, angle}}));
     }
     const QRect area = rectOf(state(), u"rect"_s);
     desktop.wheel(area.topLeft() + QPoint(8, 8), 6, u"ctrl"_s);
@@ -144,14 +132,15 @@ TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
         << held.x() << ' ' << held.y();
     // To every edge, where the picture stops at that of the view.
     const QPoint middle = area.center();
-    for (const QPoint& way : {QPoint(1, 0), QPoint(0, 1), QPoint(-1, 0), QPoint(0, -1)}) {
+    const std::pair<QPoint, int (QRect::*)() const> ways[] = {
+        {{1, 0}, &QRect::left},
+        {{0, 1}, &QRect::top},
+        {{-1, 0}, &QRect::right},
+        {{0, -1}, &QRect::bottom}};
+    for (const auto& [way, edge] : ways) {
         const auto isThere = [&](const State& s) {
-            const QRect picture = rectOf(s, u"picture"_s);
-            const QRect view = rectOf(s, u"rect"_s);
-            return fillsView(s) && (way.x() > 0   ? picture.left() == view.left()
-                                    : way.y() > 0 ? picture.top() == view.top()
-                                    : way.x() < 0 ? picture.right() == view.right()
-                                                  : picture.bottom() == view.bottom());
+            return fillsView(s) &&
+                   (rectOf(s, u"picture"_s).*edge)() == (rectOf(s, u"rect"_s).*edge)();
         };
         for (int drags = 0; drags < 40 && !isThere(state()); ++drags) {
             desktop.drag(middle - way * 200, middle + way * 200);
@@ -161,7 +150,7 @@ TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
     }
     // The smallest window and back.
     desktop.key(u"x"_s);
-    ASSERT_TRUE(waitForIndex(index, [](const State& s) { return s.large(u"fitIn"_s).toBool(); }));
+    ASSERT_TRUE(waitForIndex(index, {{u"large.fitIn"_s, true}}));
     const QString window = QString::number(state().mainWindow()[u"id"_s].toInteger());
     const double scale = state().large(u"scale"_s).toDouble();
     desktop.resize(window, {200, 200});
@@ -170,8 +159,7 @@ TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
                rectOf(s, u"rect"_s).adjusted(-1, -1, 1, 1).contains(rectOf(s, u"picture"_s));
     }));
     desktop.resize(window, {1180, 800});
-    EXPECT_TRUE(waitForIndex(
-        index, [&](const State& s) { return s.large(u"scale"_s).toDouble() == scale; }));
+    EXPECT_TRUE(waitForIndex(index, {{u"large.scale"_s, scale}}));
 
     // The whole screen: the picture grows; Escape leaves the large view first, then the screen.
     desktop.key(u"F11"_s);
@@ -187,7 +175,6 @@ TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
 }
 
 TEST_F(LargeViewRunTest, followsFilesThatGoAndChangeAndPlaysAnimations) {
-    QDir().mkpath(photos());
     for (const QString& name : {u"a.png"_s, u"b.png"_s, u"c.png"_s})
         support::writePicture(photo(name), {400, 300});
     support::writeFile(photo(u"d.gif"_s), formatpictures::file("frames.gif"));
@@ -202,13 +189,10 @@ TEST_F(LargeViewRunTest, followsFilesThatGoAndChangeAndPlaysAnimations) {
         return s.large(u"image"_s) == u"b.png"_s && picture.height() > 2 * picture.width();
     }));
     ASSERT_TRUE(QFile::remove(photo(u"b.png"_s)));
-    EXPECT_TRUE(waitForIndex(1, [](const State& s) {
-        return s.large(u"image"_s) == u"c.png"_s && s.large(u"count"_s).toInt() == 3;
-    }));
+    EXPECT_TRUE(waitForIndex(1, {{u"large.image"_s, u"c.png"_s}, {u"large.count"_s, 3}}));
     support::writePicture(photo(u"bb.png"_s), {300, 300});
-    EXPECT_TRUE(waitForIndex(2, [](const State& s) {
-        return s.large(u"image"_s) == u"c.png"_s && s.large(u"count"_s).toInt() == 4;
-    })) << "what is shown stays";
+    EXPECT_TRUE(waitForIndex(2, {{u"large.image"_s, u"c.png"_s}, {u"large.count"_s, 4}}))
+        << "what is shown stays";
 
     desktop.key(u"Right"_s);
     const auto plays = [this] {
@@ -221,22 +205,17 @@ TEST_F(LargeViewRunTest, followsFilesThatGoAndChangeAndPlaysAnimations) {
         });
     };
     EXPECT_TRUE(plays());
-    const auto isShow = [](const QString& state) {
-        return [=](const State& s) {
-            return s.json()[u"slideshow"_s].toObject()[u"state"_s] == state;
-        };
-    };
     desktop.key(u"F5"_s);
-    EXPECT_TRUE(waitFor(isShow(u"playing"_s)));
+    EXPECT_TRUE(becomes({{u"slideshow.state"_s, u"playing"_s}}));
     waitForFocus(u"PBSlideshowContainerView"_s);
     desktop.key(u"Escape"_s);
-    EXPECT_TRUE(waitFor(isShow(u"stopped"_s)));
+    EXPECT_TRUE(becomes({{u"slideshow.state"_s, u"stopped"_s}}));
     EXPECT_TRUE(plays()) << "on, behind a show that ended where it began";
     for (const QString& name : {u"a.png"_s, u"bb.png"_s, u"c.png"_s, u"d.gif"_s})
         ASSERT_TRUE(QFile::remove(photo(name)));
-    EXPECT_TRUE(waitFor([](const State& s) { return s.large(u"count"_s) == QJsonValue(0); }));
+    EXPECT_TRUE(becomes({{u"large.count"_s, 0}}));
     desktop.key(u"Escape"_s);
-    EXPECT_TRUE(waitFor([](const State& s) { return s.large(u"index"_s).isUndefined(); }));
+    EXPECT_TRUE(becomes({{u"large"_s, QJsonValue::Undefined}}));
 }
 
 } // namespace

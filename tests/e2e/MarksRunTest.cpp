@@ -1,37 +1,22 @@
 #include "e2e/Program.h"
 
-#include <QJsonArray>
-
 using e2e::State;
 
 namespace {
 
 class MarksRunTest : public e2e::ProgramTest {
 protected:
-    /// Stars and flag of an image on show, as "4+" for a flagged one; empty for one that is not.
-    static QString marksOf(const State& state, const QString& name) {
-        for (const QJsonValue& group : state.browser(u"groups"_s).toArray())
-            for (const QJsonValue& item : group[u"items"_s].toArray())
-                if (item[u"name"_s].toString() == name)
-                    return QString::number(item[u"stars"_s].toInt()) +
-                           (item[u"flagged"_s].toBool() ? u"+"_s : QString());
-        return {};
-    }
+    /// Stars and flag of an image on show, as "4+" for a flagged one.
     auto waitForMarks(const QString& name, const QString& marks) {
-        return waitFor([=](const State& s) { return marksOf(s, name) == marks; });
+        return waitFor([=](const State& s) { return s.item(name).marks == marks; });
     }
     /// The same of the photograph in the large view.
     auto waitForLargeMarks(int stars, bool isFlagged) {
-        return waitFor([=](const State& s) {
-            return s.large(u"stars"_s) == stars && s.large(u"flagged"_s) == isFlagged;
-        });
+        return becomes({{u"large.stars"_s, stars}, {u"large.flagged"_s, isFlagged}});
     }
     /// As they stand in the panel.
     auto waitForTags(const QString& tags) {
-        return waitFor([=](const State& s) {
-            const auto field = s.control(u"PBTagTokenField"_s);
-            return field && (*field)[u"text"_s] == tags;
-        });
+        return waitForControl(u"PBTagTokenField"_s, u"text"_s, tags);
     }
     /// Adds tags in the panel; a comma ends one, Return the edit.
     void typeTags(const QString& tags) {
@@ -45,8 +30,7 @@ protected:
 };
 
 TEST_F(MarksRunTest, marksFromKeysMenuAndToolbarFollowFilterUndoAndTheNextStart) {
-    paintPhotographs();
-    start();
+    startWithPhotographs();
     const QList<e2e::Item> items = state().items();
     ASSERT_GE(items.size(), 3);
     const QString first = items[0].name;
@@ -87,7 +71,6 @@ TEST_F(MarksRunTest, marksFromKeysMenuAndToolbarFollowFilterUndoAndTheNextStart)
 
     quit();
     startAgain();
-    EXPECT_TRUE(waitFor([&](const State& s) { return s.isAtRest(); }));
     EXPECT_TRUE(waitForMarks(first, u"2"_s));
     EXPECT_TRUE(waitForMarks(second, u"5+"_s));
 }
@@ -99,8 +82,7 @@ TEST_F(MarksRunTest, thePanelMarksInBothViewsAndARenameToATakenNameLosesNothing)
     support::writePicture(photo(b), {300, 400});
     const QByteArray pictures[] = {support::readFile(photo(a)), support::readFile(photo(b))};
     start();
-    click(a);
-    ASSERT_TRUE(waitForSelection(a));
+    select(a);
     clickPlace(u"infoFlag"_s);
     EXPECT_TRUE(waitForMarks(a, u"0+"_s));
     clickPanelStars();
@@ -111,10 +93,10 @@ TEST_F(MarksRunTest, thePanelMarksInBothViewsAndARenameToATakenNameLosesNothing)
     EXPECT_TRUE(waitForTags({}));
 
     desktop.doubleClick(item(a).picture.center());
-    ASSERT_TRUE(waitFor([&](const State& s) { return s.large(u"image"_s) == a; }));
+    ASSERT_TRUE(becomes({{u"large.image"_s, a}}));
     ASSERT_TRUE(waitFor([](const State& s) {
-        const QString focus = s.json()[u"focus"_s].toString();
-        return focus == u"PBThumbnailView" || focus == u"PBImageView";
+        return s.has({{u"focus"_s, u"PBThumbnailView"_s}}) ||
+               s.has({{u"focus"_s, u"PBImageView"_s}});
     }));
     desktop.key(u"5"_s);
     EXPECT_TRUE(waitForLargeMarks(5, true));
@@ -129,7 +111,7 @@ TEST_F(MarksRunTest, thePanelMarksInBothViewsAndARenameToATakenNameLosesNothing)
     EXPECT_TRUE(waitForLargeMarks(1, false));
     choose({u"View"_s, u"Panes"_s, u"Show Information"_s});
     EXPECT_TRUE(waitForTags(u"sea, lake"_s));
-    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest(); }));
+    ASSERT_TRUE(rests());
     clickPanelStars();
     EXPECT_TRUE(waitForLargeMarks(3, false));
     clickPlace(u"infoFlag"_s);
@@ -141,8 +123,7 @@ TEST_F(MarksRunTest, thePanelMarksInBothViewsAndARenameToATakenNameLosesNothing)
 
     // The name in the panel, which is taken.
     waitForFocus(u"PBImageBrowserView"_s);
-    click(b);
-    ASSERT_TRUE(waitForSelection(b));
+    select(b);
     QRect name;
     ASSERT_TRUE(waitFor([&](const State& s) {
         name = s.place(u"Name: "_s + b, u"PBGeneralInfoView"_s);
@@ -152,17 +133,10 @@ TEST_F(MarksRunTest, thePanelMarksInBothViewsAndARenameToATakenNameLosesNothing)
     waitForFocus(u"PBModalTextField"_s);
     desktop.type(u"a"_s); // in place of the name without its extension
     desktop.key(u"Return"_s);
-    QRect button;
-    ASSERT_TRUE(waitFor([&](const State& s) {
-        button = s.button(u"OK"_s);
-        return !button.isEmpty();
-    }));
-    desktop.click(button.center());
+    press(u"OK"_s);
     waitForFocus(u"PBModalTextField"_s);
-    EXPECT_TRUE(waitFor([&](const State& s) {
-        const auto field = s.control(u"PBModalTextField"_s);
-        return field && (*field)[u"text"_s] == a;
-    })) << "what was typed can be mended";
+    EXPECT_TRUE(waitForControl(u"PBModalTextField"_s, u"text"_s, a))
+        << "what was typed can be mended";
     desktop.key(u"Escape"_s);
     EXPECT_TRUE(shows(2));
     EXPECT_EQ(support::readFile(photo(a)), pictures[0]);

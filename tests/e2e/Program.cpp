@@ -2,6 +2,7 @@
 
 #include "app/SingleInstance.h"
 
+#include <QDirIterator>
 #include <QJsonDocument>
 
 #include <csignal>
@@ -39,10 +40,7 @@ void ProgramTest::paintPhotographs() {
 
 void ProgramTest::start() {
     startAgain({u"--size"_s, u"1180x800"_s, u"--add"_s, photos()});
-    ASSERT_TRUE(waitFor([](const State& s) {
-        return s.isAtRest() && !s.items().isEmpty() &&
-               std::ranges::all_of(s.items(), &Item::hasThumbnail);
-    }));
+    ASSERT_TRUE(waitFor([](const State& s) { return s.isAtRest() && s.hasAllThumbnails(); }));
 }
 
 void ProgramTest::startAgain(const QStringList& arguments) {
@@ -76,6 +74,14 @@ void ProgramTest::expectEnd() {
     EXPECT_EQ(told.toStdString(), std::string());
 }
 
+testing::AssertionResult ProgramTest::waitForControl(
+    const QString& name, const QString& property, const QJsonValue& value) const {
+    return waitFor([&](const State& s) {
+        const auto control = s.control(name);
+        return control && (*control)[property] == value;
+    });
+}
+
 State ProgramTest::state() const {
     const auto answer = SingleInstance::stateOf(_profile);
     return answer ? State(QJsonDocument::fromJson(*answer).object()) : State();
@@ -88,17 +94,13 @@ ProgramTest::waitFor(const Condition& condition, const std::function<void()>& me
         [&] {
             if (meanwhile) meanwhile();
             last = state();
-            return condition(last) || _program.state() == QProcess::NotRunning;
+            // A program that somebody else has started is waited for all the same.
+            return condition(last) ||
+                   (!_program.program().isEmpty() && _program.state() == QProcess::NotRunning);
         },
         longestWait);
     if (holds && condition(last)) return testing::AssertionSuccess();
     return testing::AssertionFailure() << testing::PrintToString(last);
-}
-
-testing::AssertionResult ProgramTest::shows(qint64 count) const {
-    return waitFor([count](const State& s) {
-        return s.isAtRest() && s.browser(u"items"_s).toInteger() == count;
-    });
 }
 
 Item ProgramTest::item(const QString& name) const {
@@ -111,23 +113,23 @@ Item ProgramTest::item(const QString& name) const {
     return found;
 }
 
-void ProgramTest::clickPlace(const QString& text, const QString& within) {
-    QRect place;
-    ASSERT_TRUE(waitFor([&](const State& s) {
-        place = s.place(text, within);
-        return !place.isEmpty();
-    })) << "no "
-        << text.toStdString();
-    desktop.click(place.center());
+QString ProgramTest::pathOf(const QString& name) const {
+    return QDirIterator(photos(), {name}, QDir::Files, QDirIterator::Subdirectories).next();
 }
 
-void ProgramTest::press(const QString& button) {
+QString ProgramTest::selectFirst() {
+    const QString name = state().items().value(0).name;
+    select(name);
+    return name;
+}
+
+void ProgramTest::clickOn(const std::function<QRect(const State&)>& find, const QString& name) {
     QRect place;
     ASSERT_TRUE(waitFor([&](const State& s) {
-        place = s.button(button);
+        place = find(s);
         return !place.isEmpty();
-    })) << "no button "
-        << button.toStdString();
+    })) << "no "
+        << name.toStdString();
     desktop.click(place.center());
 }
 
@@ -151,8 +153,8 @@ void ProgramTest::typePath(const QString& path) {
 
 void ProgramTest::waitForFocus(const QString& widget) {
     EXPECT_TRUE(waitFor([&](const State& s) {
-        const QString focus = s.json()[u"focus"_s].toString();
-        return !focus.isEmpty() && (widget.isEmpty() || focus == widget);
+        const QString focus = s.value(u"focus"_s).toString();
+        return widget.isEmpty() ? !focus.isEmpty() : focus == widget;
     }));
 }
 

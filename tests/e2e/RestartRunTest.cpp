@@ -8,32 +8,17 @@ using e2e::State;
 
 class RestartRunTest : public e2e::ProgramTest {
 protected:
-    /// Waits until the file knows what is on show: only that survives a crash.
-    auto waitForKept(const std::function<bool(const SessionState&)>& condition) {
-        return waitFor([=, this](const State& s) {
-            const auto kept = SessionState::read(profile() + u"/session.json"_s);
-            return s.isAtRest() && kept && condition(*kept);
-        });
-    }
-    auto waitForLarge(const QString& name, int count) {
-        return waitFor([=](const State& s) {
-            return s.isAtRest() && s.large(u"image"_s) == name && s.large(u"count"_s) == count &&
-                   s.large(u"atRest"_s).toBool();
-        });
-    }
     auto waitForSheet(const State& before) {
-        return waitFor([=](const State& s) {
-            return s.isAtRest() && s.large(u"image"_s).isUndefined() &&
-                   s.scroll() == before.scroll() && s.selected() == before.selected() &&
-                   s.browser(u"current"_s) == before.browser(u"current"_s) &&
-                   s.json()[u"folder"_s] == before.json()[u"folder"_s];
-        });
+        e2e::Values values{{u"large"_s, QJsonValue::Undefined}};
+        for (const QString& same :
+             {u"browser.scroll"_s, u"browser.selected"_s, u"browser.current"_s, u"folder"_s})
+            values.emplace_back(same, before.value(same));
+        return rests(values);
     }
 };
 
 TEST_F(RestartRunTest, bothViewsComeBackAsTheyWereAndACrashOnlyOnceIntoTheSamePhotograph) {
-    paintPhotographs();
-    start();
+    startWithPhotographs();
     // A place in the midst, with two selected and the place not theirs.
     desktop.key(u"End"_s);
     ASSERT_TRUE(waitFor([](const State& s) {
@@ -45,7 +30,7 @@ TEST_F(RestartRunTest, bothViewsComeBackAsTheyWereAndACrashOnlyOnceIntoTheSamePh
     click(shown[6].name, u"ctrl"_s);
     desktop.wheel(item(shown[4].name).picture.center(), 2);
     ASSERT_TRUE(waitFor([](const State& s) {
-        return s.isAtRest() && s.browser(u"selectCount"_s) == 2 && s.scroll() > 0 &&
+        return s.isAtRest() && s.has({{u"browser.selectCount"_s, 2}}) && s.scroll() > 0 &&
                s.scroll() < s.browser(u"scrollEnd"_s).toDouble();
     }));
     const State sheet = state();
@@ -55,14 +40,14 @@ TEST_F(RestartRunTest, bothViewsComeBackAsTheyWereAndACrashOnlyOnceIntoTheSamePh
 
     // The large view, of those that are selected.
     desktop.key(u"Return"_s);
-    ASSERT_TRUE(waitFor([](const State& s) { return s.large(u"count"_s) == 2; }));
+    ASSERT_TRUE(becomes({{u"large.count"_s, 2}}));
     waitForFocus();
     desktop.key(u"Right"_s);
     const QString second = sheet.selected().section(u' ', 1);
-    ASSERT_TRUE(waitForLarge(second, 2));
+    ASSERT_TRUE(showsLarge(second, 2));
     quit();
     startAgain();
-    ASSERT_TRUE(waitForLarge(second, 2));
+    ASSERT_TRUE(showsLarge(second, 2));
     desktop.key(u"Escape"_s);
     EXPECT_TRUE(waitForSelection(second));
 
@@ -72,16 +57,18 @@ TEST_F(RestartRunTest, bothViewsComeBackAsTheyWereAndACrashOnlyOnceIntoTheSamePh
     ASSERT_TRUE(waitFor([](const State& s) { return s.large(u"count"_s).toInt() > 2; }));
     const int count = state().large(u"count"_s).toInt();
     for (int crashes = 0; crashes < 2; ++crashes) {
-        ASSERT_TRUE(waitForLarge(second, count));
-        EXPECT_TRUE(waitForKept([=](const SessionState& kept) {
-            return kept.isLargeView && !kept.isListSelected && kept.crashes == crashes;
+        ASSERT_TRUE(showsLarge(second, count));
+        // Only what the file knows survives a crash.
+        EXPECT_TRUE(waitFor([&](const State& s) {
+            const auto kept = SessionState::read(profile() + u"/session.json"_s);
+            return s.isAtRest() && kept && kept->isLargeView && !kept->isListSelected &&
+                   kept->crashes == crashes;
         }));
         crash();
         startAgain();
     }
     EXPECT_TRUE(waitForSelection(second));
     EXPECT_TRUE(state().large(u"image"_s).isUndefined());
-    quit();
 }
 
 } // namespace

@@ -21,8 +21,7 @@ protected:
         QJsonArray wanted;
         for (const int type : chain)
             wanted += type;
-        return waitFor(
-            [=](const State& s) { return s.isAtRest() && s.json()[u"chain"_s] == wanted; });
+        return rests({{u"chain"_s, wanted}});
     }
     /// Opens the menu of a step of the breadcrumb and goes through its entries.
     void clickStep(qsizetype step, const QStringList& entries) {
@@ -41,7 +40,7 @@ protected:
     /// Clicks a row and waits until its list has the keys.
     void clickRow(const QString& text, const QString& list) {
         clickPlace(text, list);
-        EXPECT_TRUE(waitFor([=](const State& s) { return s.json()[u"focus"_s] == list; }));
+        waitForFocus(list);
     }
     auto waitForRows(
         const QStringList& present, const QStringList& absent, const QString& list = groupPanel) {
@@ -52,22 +51,19 @@ protected:
         });
     }
     auto waitForFolder(const QString& below, int count) {
-        const QString path = QDir::cleanPath(photo(below));
-        return waitFor([=](const State& s) {
-            return s.isAtRest() && s.json()[u"folder"_s] == path && s.browser(u"items"_s) == count;
-        });
+        return rests({{u"folder"_s, QDir::cleanPath(photo(below))}, {u"browser.items"_s, count}});
     }
 };
 
 TEST_F(SessionRunTest, aFolderAddedInTheDialogIsGroupedByEveryMenuAndFollowed) {
     paintPhotographs();
     startAgain();
-    EXPECT_EQ(state().json()[u"tip"_s], 1);
+    EXPECT_EQ(state().value(u"tip"_s), 1);
     clickPlace(u"addFolder"_s);
     answerWith(photos());
     ASSERT_TRUE(waitForFolder({}, 92));
     EXPECT_TRUE(waitForRows({u"2025"_s, u"Dolomites"_s}, {}));
-    EXPECT_EQ(state().json()[u"tip"_s], 0);
+    EXPECT_EQ(state().value(u"tip"_s), 0);
 
     clickStep(0, {u"EXIF"_s});
     // Ten general ones, EXIF, IPTC, a swap, Remove; and what EXIF has besides the year.
@@ -114,15 +110,13 @@ TEST_F(SessionRunTest, aFolderAddedInTheDialogIsGroupedByEveryMenuAndFollowed) {
     const QString copy = photos() + u" copied"_s;
     const QString shell = u"cp -r '%1' '%2' && rm -r '%1'"_s.arg(photos(), copy);
     ASSERT_EQ(std::system(QFile::encodeName(shell).constData()), 0);
-    EXPECT_TRUE(waitFor(
-        [](const State& s) { return s.isAtRest() && s.json()[u"folder"_s].toString().isEmpty(); }));
+    EXPECT_TRUE(rests({{u"folder"_s, QString()}}));
     desktop.menu(state().place(u"photos"_s, sidebar).center());
     chooseInMenu({u"Locate Folder…"_s});
     answerWith(copy);
     EXPECT_TRUE(shows(75));
-    EXPECT_EQ(state().json()[u"folder"_s], copy);
+    EXPECT_EQ(state().value(u"folder"_s), copy);
     EXPECT_TRUE(waitForRows({u"photos copied"_s}, {u"photos"_s}, sidebar));
-    quit();
 }
 
 /// Controls that lie partly over another, or beyond the window.
@@ -147,16 +141,12 @@ QStringList misplaced(const State& state) {
 }
 
 TEST_F(SessionRunTest, theWindowComesBackAsItWasLeftAndGoesOnFromThere) {
-    paintPhotographs();
-    start();
+    startWithPhotographs();
     const auto waitForPane = [&](const QString& split, int pane, bool isShown) {
         return waitFor([=](const State& s) {
             const QList<QRect> panes = s.panes(split);
             return s.isAtRest() && panes.size() == 2 && panes[pane].isEmpty() != isShown;
         });
-    };
-    const auto waitForWindow = [&](QSize size) {
-        return waitFor([=](const State& s) { return s.isAtRest() && s.window().size() == size; });
     };
     const auto expectTidy = [&] {
         EXPECT_TRUE(waitFor([](const State& s) { return misplaced(s).isEmpty(); }))
@@ -182,10 +172,10 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeftAndGoesOnFromThere) {
     clickRow(u"2024"_s, groupPanel);
     clickPlace(u"Hide Information"_s);
     EXPECT_TRUE(waitForPane(u"InfoSplitPos"_s, 1, false));
-    EXPECT_EQ(state().json()[u"focus"_s], groupPanel);
+    EXPECT_EQ(state().value(u"focus"_s), groupPanel);
     clickPlace(u"Hide Groups"_s);
     EXPECT_TRUE(waitForPane(left, 1, false));
-    EXPECT_EQ(state().json()[u"focus"_s], u"PBImageBrowserView"_s);
+    EXPECT_EQ(state().value(u"focus"_s), u"PBImageBrowserView"_s);
     clickPlace(u"Show Groups"_s);
 
     const QString window = state().mainWindow()[u"id"_s].toVariant().toString();
@@ -220,10 +210,9 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeftAndGoesOnFromThere) {
     ASSERT_TRUE(waitForFolder(u"2023"_s, 24));
     const State after = state();
     for (const QString& name : lasting)
-        EXPECT_EQ(after.json()[name], before.json()[name]) << name.toStdString();
-    const QString splits = u"splits"_s;
+        EXPECT_EQ(after.value(name), before.value(name)) << name.toStdString();
     EXPECT_TRUE(waitFor([&](const State& s) {
-        return s.window() == before.window() && s.json()[splits] == before.json()[splits];
+        return s.window() == before.window() && s.has({{u"splits"_s, before.value(u"splits"_s)}});
     }));
     EXPECT_EQ(state().browser(u"thumbnailSize"_s), 144);
 
@@ -249,7 +238,6 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeftAndGoesOnFromThere) {
     const QString descending = first(state());
     choose({u"View"_s, u"Arrange By"_s, u"Ascending"_s});
     EXPECT_TRUE(waitFor([&](const State& s) { return s.isAtRest() && first(s) != descending; }));
-    quit();
 }
 
 } // namespace

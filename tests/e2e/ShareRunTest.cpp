@@ -1,7 +1,6 @@
 #include "e2e/Program.h"
 #include "support/ToldDesktop.h"
 
-#include <QDirIterator>
 #include <QImage>
 
 using e2e::State;
@@ -31,12 +30,9 @@ struct ShareRunTest : e2e::ProgramTest {
         QFile::remove(done);
         return lines;
     }
-    void selectFirst() {
-        const QString name = state().items().value(0).name;
-        click(name);
-        ASSERT_TRUE(waitForSelection(name));
-        QDirIterator found(photos(), {name}, QDir::Files, QDirIterator::Subdirectories);
-        file = QFileInfo(found.next());
+    void startWithFirst() {
+        startWithPhotographs();
+        file = QFileInfo(pathOf(selectFirst()));
     }
     bool isUpright(const State& s) const {
         const QRect picture = s.item(file.fileName()).picture;
@@ -49,10 +45,8 @@ struct ShareRunTest : e2e::ProgramTest {
 TEST_F(ShareRunTest, otherProgramsGetTheOriginalOrAnUprightCopyAndTheDesktopItsPicture) {
     support::ToldDesktop services;
     if (services.isRunning()) desktop.setBus(services.address());
-    paintPhotographs();
     installProgram();
-    start();
-    selectFirst();
+    startWithFirst();
     choose({u"File"_s, u"Share"_s, u"Recorder"_s});
     EXPECT_EQ(handed(), file.filePath());
 
@@ -85,9 +79,7 @@ TEST_F(ShareRunTest, otherProgramsGetTheOriginalOrAnUprightCopyAndTheDesktopItsP
 }
 
 TEST_F(ShareRunTest, aPhotographDraggedToAFolderOfTheSidebarGoesThere) {
-    paintPhotographs();
-    start();
-    selectFirst();
+    startWithFirst();
     const QRect row = state().place(u"photos"_s, u"PBSourceOutlineView"_s);
     ASSERT_FALSE(row.isEmpty());
     const QString there = photo(file.fileName());
@@ -95,12 +87,11 @@ TEST_F(ShareRunTest, aPhotographDraggedToAFolderOfTheSidebarGoesThere) {
         ASSERT_TRUE(shows(92));
         if (isShift) desktop.hold(u"shift"_s);
         desktop.drag(item(file.fileName()).picture.center(), row.center());
-        EXPECT_TRUE(
-            waitFor([&](const State& s) { return s.json()[u"markedFolder"_s] == photos(); }));
+        EXPECT_TRUE(becomes({{u"markedFolder"_s, photos()}}));
         desktop.release();
         if (isShift) desktop.letGo(u"shift"_s);
-        EXPECT_TRUE(waitFor([&](const State&) { return QFile::exists(there); }));
-        EXPECT_TRUE(waitFor([&](const State&) { return !QFile::exists(file.filePath()); }));
+        EXPECT_TRUE(waitFor(
+            [&](const State&) { return QFile::exists(there) && !QFile::exists(file.filePath()); }));
         EXPECT_TRUE(shows(92));
         desktop.key(u"ctrl+z"_s);
         EXPECT_TRUE(waitFor([&](const State&) { return QFile::exists(file.filePath()); }));

@@ -24,13 +24,39 @@ bool State::isAtRest() const {
            !browser(u"scrolling"_s).toBool();
 }
 
+bool State::hasAllThumbnails() const {
+    const QList<Item> all = items();
+    return !all.isEmpty() && std::ranges::all_of(all, &Item::hasThumbnail);
+}
+
+bool State::isSharp() const {
+    const QString painted = large(u"painted"_s).toString();
+    return (painted == u"fitIn"_s || painted == u"original"_s) && isAtRest() &&
+           has({{u"large.atRest"_s, true}, {u"large.strip.scrolling"_s, false}});
+}
+
+QJsonValue State::value(const QString& path) const {
+    QJsonValue found = _json;
+    for (const QString& name : path.split(u'.'))
+        found = found[name];
+    return found;
+}
+
+bool State::has(const Values& values) const {
+    return !isEmpty() && std::ranges::all_of(values, [this](const auto& one) {
+        return value(one.first) == one.second;
+    });
+}
+
 QList<Item> State::items() const {
     QList<Item> all;
     for (const QJsonValue& group : browser(u"groups"_s).toArray()) {
         for (const QJsonValue& value : group[u"items"_s].toArray()) {
             all.append(
                 {value[u"name"_s].toString(), rectOf(value[u"picture"_s]),
-                 rectOf(value[u"label"_s]), value[u"thumbnail"_s].toBool()});
+                 rectOf(value[u"label"_s]), value[u"thumbnail"_s].toBool(),
+                 QString::number(value[u"stars"_s].toInt()) +
+                     (value[u"flagged"_s].toBool() ? u"+"_s : QString())});
         }
     }
     return all;

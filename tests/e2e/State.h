@@ -13,6 +13,7 @@ struct Item {
     QRect picture; ///< what a click takes hold of
     QRect label;   ///< the row of the file name
     bool hasThumbnail = false;
+    QString marks; ///< the stars, and a plus for a flag
 };
 
 /// A row of a list, an entry of a menu, a step of the breadcrumb.
@@ -20,6 +21,9 @@ struct Place {
     QString text;
     QRect rect;
 };
+
+/// Values of the state by their paths, such as {{"large.image", "a.jpg"}, {"large.count", 3}}.
+using Values = std::vector<std::pair<QString, QJsonValue>>;
 
 /// A place on the screen, as the state tells it.
 [[nodiscard]] QRect rectOf(const QJsonValue& value);
@@ -33,17 +37,22 @@ public:
     /// The answer as it is, for whatever has no name here.
     [[nodiscard]] const QJsonObject& json() const { return _json; }
     [[nodiscard]] bool isEmpty() const { return _json.isEmpty(); }
+    /// The value at a path; undefined where there is none.
+    [[nodiscard]] QJsonValue value(const QString& path) const;
+    [[nodiscard]] bool has(const Values& values) const;
     /// A value of the browser, such as "scroll" or "columns".
     [[nodiscard]] QJsonValue browser(const QString& name) const {
-        return _json[u"browser"_s].toObject()[name];
+        return value(u"browser."_s + name);
     }
     /// A value of the large view, such as "image" or "percent"; undefined while it isn't shown.
-    [[nodiscard]] QJsonValue large(const QString& name) const {
-        return _json[u"large"_s].toObject().value(name);
-    }
+    [[nodiscard]] QJsonValue large(const QString& name) const { return value(u"large."_s + name); }
     [[nodiscard]] double scroll() const { return browser(u"scroll"_s).toDouble(); }
     /// Nothing moves and nothing is worked on.
     [[nodiscard]] bool isAtRest() const;
+    /// The browser has images on show, all with their thumbnails.
+    [[nodiscard]] bool hasAllThumbnails() const;
+    /// A photograph is shown large and sharp, and nothing moves.
+    [[nodiscard]] bool isSharp() const;
 
     /// The names of the selected images with a blank between them, in the order of the sheet.
     [[nodiscard]] QString selected() const {
