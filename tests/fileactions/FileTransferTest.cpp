@@ -26,6 +26,7 @@ TEST_F(FileTransferTest, namesOfDuplicatesCountOnFromTheirBeginning) {
         {".hidden", 0, ".hidden twin"},
         {"\xff twin.jpg", 0, "\xff twin twin.jpg"},
         {QByteArray(250, 'x') + ".jpg", 10, QByteArray(243, 'x') + " twin 10.jpg"},
+        {QByteArray("\u00fc").repeated(125), 10, QByteArray("\u00fc").repeated(123) + " twin 10"},
     };
     for (const auto& [name, n, expected] : table)
         EXPECT_EQ(fileactions::DuplicateNames(name, u"twin"_s).name(n), expected);

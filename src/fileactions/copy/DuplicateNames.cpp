@@ -40,10 +40,12 @@ QByteArray DuplicateNames::name(std::int64_t n) const {
         ' ' + _word + (n > 0 ? ' ' + QByteArray::number(n) : QByteArray()) + _extension;
     QByteArray base = _base;
     while (base.size() + ending.size() > longestName && !base.isEmpty()) {
-        // Whole characters of UTF-8.
-        do {
+        // Whole characters of UTF-8: the last byte of one, and what is before it down to its first.
+        bool isWithin = true;
+        while (isWithin && !base.isEmpty()) {
+            isWithin = (static_cast<unsigned char>(base.back()) & 0xC0) == 0x80;
             base.chop(1);
-        } while (!base.isEmpty() && (static_cast<unsigned char>(base.back()) & 0xC0) == 0x80);
+        }
     }
     return base + ending;
 }
