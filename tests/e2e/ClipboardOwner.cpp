@@ -1,5 +1,5 @@
-// Owns the clipboard as a file manager does that has cut or copied files: its arguments are "cut"
-// or "copy" and their paths. Ends when somebody else takes the clipboard.
+// Owns the clipboard as a file manager does that has cut files: its arguments are their paths. Ends
+// when somebody else takes the clipboard.
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -10,10 +10,9 @@
 
 int main(int argumentCount, char** arguments) {
     const QGuiApplication application(argumentCount, arguments);
-    const QStringList words = QGuiApplication::arguments();
-    QByteArray lines = words.value(1).toUtf8();
+    QByteArray lines = "cut";
     QList<QUrl> urls;
-    for (const QString& path : words.sliced(2)) {
+    for (const QString& path : QGuiApplication::arguments().sliced(1)) {
         urls.append(QUrl::fromLocalFile(path));
         lines += '\n' + urls.constLast().toEncoded();
     }
