@@ -42,11 +42,9 @@ TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
     ASSERT_TRUE(rests());
     const double scroll = state().scroll();
 
-    int index = open(name);
+    const int index = open(name);
     ASSERT_TRUE(waitForIndex(index, {{u"large.fitIn"_s, true}, {u"browser.selectCount"_s, 1}}));
     const int count = state().large(u"count"_s).toInt();
-    const QString title = u"%1/%2   %3"_s.arg(index + 1).arg(count).arg(name);
-    EXPECT_EQ(state().mainWindow()[u"title"_s], title);
     desktop.key(u"Escape"_s);
     const QJsonValue none = QJsonValue::Undefined;
     EXPECT_TRUE(
@@ -74,7 +72,6 @@ TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
     EXPECT_TRUE(waitForIndex(3));
     desktop.key(u"End"_s);
     EXPECT_TRUE(waitForIndex(count - 1));
-    index = count - 1;
     const QString last = state().large(u"image"_s).toString();
     desktop.key(u"Escape"_s);
     // The one that was shown last is the selected one, and in sight.
@@ -82,33 +79,17 @@ TEST_F(LargeViewRunTest, stepsThroughAGroupAndComesBackToWhereTheBrowserWas) {
     EXPECT_TRUE(waitFor([&](const State& s) {
         return s.isAtRest() && !s.item(last).name.isEmpty() && s.browser(u"focus"_s).toBool();
     }));
-
-    // Each of thirty steps arrives; of several that are selected, these are what it steps through.
-    selectAll();
-    desktop.key(u"Return"_s);
-    ASSERT_TRUE(becomes({{u"large.count"_s, 92}}));
-    desktop.key(u"Home"_s);
-    ASSERT_TRUE(waitForIndex(0));
-    for (int step = 1; step <= 30; ++step) {
-        desktop.key(u"Right"_s);
-        EXPECT_TRUE(waitFor([&](const State& s) {
-            const QString painted = s.large(u"painted"_s).toString();
-            return s.large(u"index"_s).toInt() == step && painted != u"nothing" &&
-                   painted != u"thumbnail";
-        }));
-    }
 }
 
 TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
     startWithPhotographs();
     const int index = open(state().items().at(0).name);
     ASSERT_TRUE(waitForIndex(index));
-    double angle = state().large(u"angle"_s).toDouble();
-    for (int turn = 0; turn < 4; ++turn) {
-        angle = angle == 180 ? -90 : angle + 90;
-        desktop.key(u"ctrl+r"_s);
-        EXPECT_TRUE(waitForIndex(index, {{u"large.angle"_s, angle}}));
-    }
+    const double angle = state().large(u"angle"_s).toDouble();
+    desktop.key(u"ctrl+r"_s);
+    EXPECT_TRUE(waitForIndex(index, {{u"large.angle"_s, angle == 180 ? -90 : angle + 90}}));
+    desktop.key(u"ctrl+shift+r"_s);
+    EXPECT_TRUE(waitForIndex(index, {{u"large.angle"_s, angle}}));
     const QRect area = rectOf(state(), u"rect"_s);
     desktop.wheel(area.topLeft() + QPoint(8, 8), 6, u"ctrl"_s);
     ASSERT_TRUE(waitForIndex(index, [](const State& s) {
@@ -130,41 +111,26 @@ TEST_F(LargeViewRunTest, turnsZoomsPansAndFollowsTheWindow) {
             return scale > 1.2 * former && std::abs(way.x()) <= 4 && std::abs(way.y()) <= 4;
         }))
         << held.x() << ' ' << held.y();
-    // To every edge, where the picture stops at that of the view.
+    // To the corner, where the picture stops at that of the view.
     const QPoint middle = area.center();
-    const std::pair<QPoint, int (QRect::*)() const> ways[] = {
-        {{1, 0}, &QRect::left},
-        {{0, 1}, &QRect::top},
-        {{-1, 0}, &QRect::right},
-        {{0, -1}, &QRect::bottom}};
-    for (const auto& [way, edge] : ways) {
-        const auto isThere = [&](const State& s) {
-            return fillsView(s) &&
-                   (rectOf(s, u"picture"_s).*edge)() == (rectOf(s, u"rect"_s).*edge)();
-        };
-        for (int drags = 0; drags < 40 && !isThere(state()); ++drags) {
-            desktop.drag(middle - way * 200, middle + way * 200);
-            desktop.release();
-        }
-        EXPECT_TRUE(waitForIndex(index, isThere)) << way.x() << ' ' << way.y();
+    const auto isThere = [](const State& s) {
+        return fillsView(s) && rectOf(s, u"picture"_s).topLeft() == rectOf(s, u"rect"_s).topLeft();
+    };
+    for (int drags = 0; drags < 40 && !isThere(state()); ++drags) {
+        desktop.drag(middle - QPoint(200, 200), middle + QPoint(200, 200));
+        desktop.release();
     }
-    // The smallest window and back.
+    EXPECT_TRUE(waitForIndex(index, isThere));
     desktop.key(u"x"_s);
     ASSERT_TRUE(waitForIndex(index, {{u"large.fitIn"_s, true}}));
-    const QString window = QString::number(state().mainWindow()[u"id"_s].toInteger());
-    const double scale = state().large(u"scale"_s).toDouble();
-    desktop.resize(window, {200, 200});
-    EXPECT_TRUE(waitForIndex(index, [&](const State& s) {
-        return s.window().width() < 1180 && s.large(u"scale"_s).toDouble() <= scale &&
-               rectOf(s, u"rect"_s).adjusted(-1, -1, 1, 1).contains(rectOf(s, u"picture"_s));
-    }));
-    desktop.resize(window, {1180, 800});
-    EXPECT_TRUE(waitForIndex(index, {{u"large.scale"_s, scale}}));
 
-    // The whole screen: the picture grows; Escape leaves the large view first, then the screen.
+    // The whole screen, in the middle of which the picture is then; Escape leaves the large view
+    // first, then the screen.
     desktop.key(u"F11"_s);
     EXPECT_TRUE(waitForIndex(index, [](const State& s) {
-        return s.window() == e2e::Desktop::screen && s.large(u"fitIn"_s).toBool();
+        const QPoint way = rectOf(s, u"picture"_s).center() - rectOf(s, u"rect"_s).center();
+        return s.window() == e2e::Desktop::screen && s.large(u"fitIn"_s).toBool() &&
+               way.manhattanLength() <= 2;
     }));
     desktop.key(u"Escape"_s);
     EXPECT_TRUE(waitFor([](const State& s) {
