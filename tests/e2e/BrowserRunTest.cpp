@@ -30,9 +30,12 @@ TEST_F(BrowserRunTest, clicksDragsAndKeysReachTheSheetAndTheSearchFieldNarrows) 
     ASSERT_TRUE(becomes({{u"browser.renaming"_s, last}}));
     desktop.type(u"elm"_s); // in place of the name without its extension
     ASSERT_TRUE(becomes({{u"browser.renaming"_s, u"elm.jpg"_s}}));
-    desktop.key(u"Escape"_s);
-    EXPECT_TRUE(becomes({{u"browser.renaming"_s, QJsonValue::Null}}));
+    desktop.key(u"Return"_s);
+    EXPECT_TRUE(waitForSelection(u"elm.jpg"_s));
+    EXPECT_TRUE(QFile::exists(pathOf(u"elm.jpg"_s)));
     // The keys are back with the browser.
+    desktop.key(u"ctrl+z"_s);
+    EXPECT_TRUE(waitForSelection(last));
     desktop.key(u"Home"_s);
     EXPECT_TRUE(waitForSelection(items[0].name));
     EXPECT_TRUE(rests({{u"browser.scroll"_s, 0}}));
