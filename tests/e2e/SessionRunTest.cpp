@@ -74,22 +74,14 @@ TEST_F(SessionRunTest, aFolderAddedInTheDialogIsGroupedByEveryMenuAndFollowed) {
     const std::tuple<qsizetype, QStringList, std::vector<int>> steps[] = {
         {2, {u"IPTC"_s, u"Keywords"_s}, {16, 5, 39}},
         {0, {u"Camera Model <--> Keywords"_s}, {39, 5, 16}},
-        {1, {u"Remove"_s}, {39, 16}},
-        {0, {u"Remove"_s}, {16}},
-        {0, {u"Remove"_s}, {}},
-        {0, {u"Star Rating"_s}, {12}}};
+        {1, {u"Remove"_s}, {39, 16}}};
     for (const auto& [step, entries, chain] : steps) {
         clickStep(step, entries);
         EXPECT_TRUE(waitForChain(chain)) << entries.last().toStdString();
     }
 
-    choose({u"Group"_s, u"Save as Preset"_s});
-    choose({u"Group"_s, u"Presets"_s, u"Captured: Year > Folder"_s});
-    EXPECT_TRUE(waitForChain({3, 5}));
     clickPlace(u"group"_s);
-    chooseInMenu({u"Star Rating"_s});
-    EXPECT_TRUE(waitForChain({12}));
-    choose({u"Group"_s, u"Presets"_s, u"Captured: Year > Folder"_s});
+    chooseInMenu({u"Captured: Year > Folder"_s});
     EXPECT_TRUE(waitForChain({3, 5}));
 
     const QString folder = u"Dolomites"_s;
@@ -185,13 +177,6 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeftAndGoesOnFromThere) {
         expectTidy();
         EXPECT_GT(e2e::rectOf(state().browser(u"rect"_s)).width(), 280);
     }
-    const QRect normal = state().window();
-    desktop.key(u"F11"_s);
-    EXPECT_TRUE(waitForWindow(desktop.screen.size()));
-    EXPECT_FALSE(state().control(u"QMenuBar"_s));
-    expectTidy();
-    desktop.key(u"Escape"_s);
-    EXPECT_TRUE(waitFor([&](const State& s) { return s.window() == normal; }));
 
     choose({u"View"_s, u"Arrange By"_s, u"Date Taken"_s});
     clickStep(2, {u"EXIF"_s, u"Aperture"_s});
@@ -204,6 +189,7 @@ TEST_F(SessionRunTest, theWindowComesBackAsItWasLeftAndGoesOnFromThere) {
     // The next start begins with the window of before it filled the screen.
     desktop.key(u"F11"_s);
     EXPECT_TRUE(waitForWindow(desktop.screen.size()));
+    expectTidy();
     quit();
 
     startAgain();
