@@ -11,6 +11,8 @@
 #include <QGuiApplication>
 #include <QPushButton>
 
+#include <latch>
+
 namespace {
 
 using Answer = ScriptedQuestions::Answer;
@@ -147,7 +149,7 @@ TEST_F(FileCommandsTest, thePictureOfACopyIsMadeBehindTheWindowAndEndsWithIt) {
     queue.waitUntilAllOperationsAreFinished();
 }
 
-TEST_F(FileCommandsTest, aCancelledCopyClosesItsSheetAndLeavesNothingHalf) {
+TEST_F(FileCommandsTest, aCancelledCommandClosesItsSheetAtOnceAndLeavesNothingHalf) {
     window.show();
     QFile large(path(u"one/a.jpg"));
     ASSERT_TRUE(large.open(QIODevice::ReadWrite) && large.resize(qint64(1) << 30)); // a hole
@@ -156,11 +158,28 @@ TEST_F(FileCommandsTest, aCancelledCopyClosesItsSheetAndLeavesNothingHalf) {
         auto* found = window.findChild<QDialog*>(u"PBFileProgressWindowController"_s);
         return found && found->isVisible() ? found : nullptr;
     };
-    ASSERT_TRUE(support::spinUntil([&] { return sheet() != nullptr; }));
-    sheet()->findChild<QPushButton*>()->click();
-    EXPECT_EQ(sheet(), nullptr);
+    const auto cancel = [&] {
+        ASSERT_TRUE(support::spinUntil([&] { return sheet() != nullptr; }));
+        sheet()->findChild<QPushButton*>()->click();
+        EXPECT_EQ(sheet(), nullptr);
+    };
+    cancel();
     wait();
     EXPECT_EQ(names(u"two"), QString());
+    // The window doesn't wait for what a disk holds up.
+    std::latch disk{1};
+    tasks.start(
+        {.counterKey = u"ItemCountInfoWithUndo"_s,
+         .work =
+             [&disk](const fileactions::FileEditor&) {
+                 disk.wait();
+                 return fileactions::FileOutcome();
+             },
+         .finished = [](const fileactions::FileOutcome&) {}});
+    cancel();
+    EXPECT_FALSE(tasks.isIdle());
+    disk.count_down();
+    wait();
     EXPECT_TRUE(questions.log.isEmpty() && undoText.isEmpty());
 }
 
