@@ -148,7 +148,7 @@ TEST_F(ImageBufferTest, TheFarthestOfFifteenGoesUnlessItIsOnScreen) {
     push(buffer, 9 + 100, {1, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 16, 900});
     EXPECT_EQ(buffer.itemCount(), 16U);
     buffer.clearBuffer();
-    EXPECT_EQ(buffer.byteCount() + imageByteCount(*item(14)), 0);
+    EXPECT_TRUE(buffer.byteCount() == 0 && withPictures().empty());
 }
 
 TEST_F(ImageBufferTest, BytesAreBoundedRoundTheFocusWhichStaysWithItsNeighbours) {
