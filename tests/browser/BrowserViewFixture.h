@@ -7,11 +7,11 @@
 #include "browser/PBImageBrowserView.h"
 #include "support/Images.h"
 #include "support/Mouse.h"
+#include "support/Paints.h"
 #include "ui/PBModalTextField.h"
 #include "ui/PBScroller.h"
 
 #include <QContextMenuEvent>
-#include <QPaintEvent>
 #include <QPainter>
 
 inline QImage plain(QColor color, QSize size = {300, 200}) {
@@ -24,21 +24,6 @@ inline QImage redAndBlue(QSize size) {
     QPainter(&image).fillRect(size.width() / 2, 0, size.width(), size.height(), Qt::blue);
     return image;
 }
-
-/// What of a widget was painted.
-struct Paints final : QObject {
-    bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() == QEvent::Paint) region += static_cast<QPaintEvent*>(event)->region();
-        return false;
-    }
-    /// Since the last time, with what waits.
-    QRegion take() {
-        for (int step = 0; step < 3; ++step) // what is asked for within one comes in the next
-            QApplication::processEvents();
-        return std::exchange(region, {});
-    }
-    QRegion region;
-};
 
 /// The real view, without a display, over a tree of a test's own; driven by events like those of
 /// Qt.
@@ -117,7 +102,7 @@ struct BrowserViewTest : ::testing::Test {
     double now = 10;
     double tick = 0; ///< what each look at the clock takes
     QStringList told;
-    Paints paints;
+    support::Paints paints;
     FakeServices services;
     PBImageBrowserScrollView scrollView{services};
     std::unique_ptr<BrowserTree> tree;

@@ -24,8 +24,10 @@ struct FakeImporter final : PBImageImporterProtocol {
     }
     std::size_t imageCount() override { return 1; }
     QString utiType() override { return {}; }
+    QImage createEmbeddedImage(unsigned, std::stop_token) override { return embedded; }
 
     const Read read;
+    QImage embedded; ///< none, to begin with
 };
 
 /// A file as its importer reads it: a picture of one colour, or why there is none.

@@ -7,10 +7,9 @@
 #include "image/large/PBLoadImageManager.h"
 #include "support/FakeFiles.h"
 #include "support/Mouse.h"
+#include "support/Paints.h"
 #include "viewer/ImageViewHost.h"
 #include "viewer/PBImageView.h"
-
-#include <QPaintEvent>
 
 /// The real view, without a display, on files of the test's own and with its clock. Its
 /// surroundings are the test: a list of photographs, and what was asked of them.
@@ -106,21 +105,6 @@ struct PBImageViewTest : ::testing::Test, ThumbnailLoader, group::FolderPaths, I
         return support::spinUntil([this] { return view.isAtRest(); });
     }
 
-    /// What of the view was painted.
-    struct Paints final : QObject {
-        bool eventFilter(QObject*, QEvent* event) override {
-            if (event->type() == QEvent::Paint)
-                region += static_cast<QPaintEvent*>(event)->region();
-            return false;
-        }
-        QRegion take() {
-            for (int step = 0; step < 3; ++step)
-                QApplication::processEvents();
-            return std::exchange(region, {});
-        }
-        QRegion region;
-    };
-
     double now = 100;
     QString folder = u"/photos"_s;
     QImage thumbnail = support::filled({30, 20}, Qt::yellow);
@@ -134,7 +118,7 @@ struct PBImageViewTest : ::testing::Test, ThumbnailLoader, group::FolderPaths, I
     support::FakeImporters importers{files};
     PBLoadImageManager manager;
     PBImageBufferManager buffer{PBImageBufferManager::Environment{.loadImageManager = manager}};
-    Paints paints;
+    support::Paints paints;
     PBImageView view{
         *this, ImageViewServices{manager, buffer, importers, *this, *this}, nullptr,
         [this] { return now += 0.01; }};
