@@ -47,7 +47,6 @@ TEST(CatalogueRepairTest, whicheverPageIsDamagedIsFoundAndAllElseIsSaved) {
         std::nullopt);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{u"files.db"_s});
     const QStringList all = support::rowsOf(sound, marks);
-    ASSERT_EQ(all.size(), photographs - 1);
     const QByteArray bytes = support::readFile(sound);
     const auto pages = static_cast<int>(bytes.size() / pageSize);
     const QString damaged = folder.filePath(u"damaged.db"_s);

@@ -49,25 +49,4 @@ TEST(MetadataKeysTest, rowsComeBackUnderTheirColumnsWithoutNulls) {
         (PBDictionary{{u"GPSVersion"_s, u"1"_s}}));
 }
 
-TEST(MetadataKeysTest, onlyValuesThatEveryImageHasSurviveAMerge) {
-    const PBDictionary first =
-        entries("Make=Nikon Orientation=1 Model=D70 Software=x XResolution=300");
-    PBDictionary second = entries("Make=NIKON Orientation=1.0 Model=D80 Artist=y");
-    second[u"XResolution"_s] = u"300"_s;
-    PBDictionary expected = entries("Make=Nikon Orientation=1");
-    for (const QString& key : support::words("Model Software XResolution Artist"))
-        expected[key] = PBNull();
-    PBDictionary merged = first;
-    mergePropertyDictionary(merged, rowOf(u"Tiff", first), u"Tiff");
-    EXPECT_EQ(merged, first);
-    for (const PBDictionary& next : {second, first}) { // a mark stays, whatever comes
-        mergePropertyDictionary(merged, rowOf(u"Tiff", next), u"Tiff");
-        mergePropertyDictionary(merged, {}, u"Unknown");
-        EXPECT_EQ(merged, expected);
-    }
-    mergePropertyDictionary(merged, {}, u"Tiff");
-    for (const auto& [key, value] : merged)
-        EXPECT_TRUE(value.isNull()) << key.toStdString();
-}
-
 } // namespace

@@ -42,7 +42,7 @@ TEST(OpenFilesRequestTest, pathsComeDownToFoldersFilesAndOneAncestor) {
         {"/p/q/a.jpg /p/Q/a.jpg", "/p/q(a.jpg) /p/Q(a.jpg) in /p unnamed, /p/q/a.jpg"},
         // Files above a whole folder stay beside it.
         {"/p/q/ /p/a.jpg", "/p/q/ /p(a.jpg) in /p, /p/a.jpg"},
-        {"/p/q/ /p/r/", "/p/q/ /p/r/ in /p unnamed"},
+        {"/o/p/q/ /o/p/r/", "/o/p/q/ /o/p/r/ in /o/p unnamed"},
         {"/p/q/a.jpg /p/r/", "/p/q(a.jpg) /p/r/ in /p unnamed, /p/q/a.jpg"},
         {"/m/a/ /n/b/", "/m/a/ /n/b/ in / unnamed"},
         {"/x/a.jpg /p/a.jpg", "/p(*a.jpg) in /p unnamed, /p/a.jpg"},

@@ -20,15 +20,6 @@ TEST(PathsTest, pathsCompareByWholeComponentsAndParentsHaveFewer) {
     }
 }
 
-TEST(PathsTest, ancestorIsTheDeepestCommonFolder) {
-    using Row = std::tuple<const char16_t*, const char16_t*, const char*>;
-    for (const auto& [path, other, ancestor] :
-         {Row{u"/A/b/c", u"/A/b/d", "/A/b"}, Row{u"/A/b/c", u"/A/B/c", "/A"},
-          Row{u"/a", u"/b", "/"}, Row{u"", u"/b", "/"}, Row{u"x/y", u"z", "/"},
-          Row{u"/a/b/", u"/a/b", "/a/b"}})
-        EXPECT_EQ(ancestorOfPath(path, other), QString::fromLatin1(ancestor));
-}
-
 TEST(PathsTest, listsAreEqualByTheirElements) {
     const QStringList one{u"/b"_s, u"/A"_s};
     EXPECT_TRUE(isEqualPathArray(one, {u"/A"_s, u"/b"_s}) && isEqualPathArray({}, {}));

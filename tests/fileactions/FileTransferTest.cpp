@@ -230,18 +230,6 @@ TEST_F(FileTransferTest, twoNamesOfOneFileInTwoFoldersAreTwoFilesToTheUser) {
     EXPECT_EQ(read("b/x"), "photograph");
 }
 
-TEST_F(FileTransferTest, aStopTakesTheHalfWrittenFileAway) {
-    put("a/1", "small");
-    put("a/2", QByteArray(40 << 20, 'x')); // several steps
-    std::stop_source stop;
-    prompts.onProgress = [&](const fileactions::FileProgress& progress) {
-        if (progress.number == 2 && progress.bytes > 5) stop.request_stop();
-    };
-    EXPECT_TRUE(run(plan(Kind::Copy, {"a/1", "a/2"}), stop.get_token()).isCancelled);
-    EXPECT_EQ(names(u"b"_s), QStringList(u"1"_s));
-    EXPECT_TRUE(prompts.log.isEmpty());
-}
-
 TEST_F(FileTransferTest, groupsBecomeFoldersAlsoWhereTheDiskRefusesTheirNames) {
     for (const char* name : {"a/1", "a/2", "a/3"})
         put(name, name);

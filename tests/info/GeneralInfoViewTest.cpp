@@ -120,15 +120,12 @@ TEST_F(GeneralInfoViewTest, aNameIsGivenOnlyWhereOneIsSelectedAndChanged) {
     }
     EXPECT_TRUE(edits.noted.isEmpty());
     // What is wrong with a name is said by whoever gives it; the field comes back as it was.
-    for (const QString& typed : {u"a/b.jpg"_s, u".."_s, QString(300, u'x')}) {
-        panel.renameAgain(b, typed);
-        EXPECT_FALSE(view.findChild<PBModalTextField*>()) << "another is shown";
-        panel.renameAgain(a, typed);
-        EXPECT_EQ(part<PBModalTextField>().text(), typed);
-        QTest::keyClick(&part<PBModalTextField>(), Qt::Key_Return);
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        EXPECT_EQ(edits.noted.takeLast(), u"a.b.jpg: "_s + typed);
-    }
+    panel.renameAgain(b, u"a/b.jpg"_s);
+    EXPECT_FALSE(view.findChild<PBModalTextField*>()) << "another is shown";
+    panel.renameAgain(a, u"a/b.jpg"_s);
+    EXPECT_EQ(part<PBModalTextField>().text(), u"a/b.jpg"_s);
+    QTest::keyClick(&part<PBModalTextField>(), Qt::Key_Return);
+    EXPECT_EQ(edits.noted, QStringList(u"a.b.jpg: a/b.jpg"_s));
 }
 
 TEST_F(GeneralInfoViewTest, starsAreSetByClickDragAndKeys) {

@@ -42,6 +42,9 @@ TEST(InfoRowsTest, metadataStayWhereAllPhotographsAgree) {
     const std::pair<std::vector<const char*>, const char*> cases[] = {
         {{"Make=Canon Model=A", "Make=Canon Model=B"}, "Make=Canon Model"},
         {{"Make=canon", "Make=CANON", "Make=canon"}, "Make=canon"},
+        // Numbers are the same however they are written; what a later one has not is mixed.
+        {{"Make=a XResolution=300", "Make=A XResolution=300.0"}, "Make=a XResolution=300"},
+        {{"Make=a Model=b", "Make=a"}, "Make=a Model"},
         // One that only later ones have, and one that comes back after it was mixed.
         {{"Make=a", "Make=a Artist=b", "Make=a"}, "Make=a Artist"},
         {{"Make=a", "Make=b", "Make=a"}, "Make"}};

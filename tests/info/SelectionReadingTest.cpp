@@ -7,12 +7,12 @@ namespace {
 using support::entries;
 
 struct SelectionReadingTest : support::CatalogueFixture {
-    /// A photograph with a place, and with these columns of its TIFF row; with none for "".
+    /// A photograph with a place, and with these columns of its TIFF row.
     std::shared_ptr<PBImageFileItem> add(const char* tiff = "Make=Canon") {
         const auto item = addImage(entries("Tag=1,2 FileStars=3"));
         const qint64 id = item->fileId();
         EXPECT_TRUE(catalogue.insertGPSWithImageFileId(id, entries("Latitude=5")));
-        EXPECT_TRUE(*tiff == 0 || catalogue.insertTiffWithImageFileId(id, entries(tiff)));
+        EXPECT_TRUE(catalogue.insertTiffWithImageFileId(id, entries(tiff)));
         return item;
     }
     PBImageFileList many(std::size_t count) {
@@ -59,11 +59,6 @@ TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
     EXPECT_TRUE(dictionaries.at(MetadataCategory::TIFF).at(u"Make"_s).isNull());
     EXPECT_EQ(dictionaries.at(MetadataCategory::GPS).at(u"Latitude"_s), PBValue(5.0));
     EXPECT_FALSE(dictionaries.contains(MetadataCategory::Exif));
-
-    items.push_back(add(""));
-    MoreReading withNone(items, database);
-    readAll(withNone);
-    EXPECT_FALSE(withNone.merged().moreInfoDict().contains(MetadataCategory::TIFF));
 
     database.executeUpdate(
         u"update ImageFile set Tag = '2', FileStars = 4 where Id = ?"_s, items.back()->fileId());

@@ -3,6 +3,7 @@
 #include "catalogue/PBRemoveAliasOperation.h"
 #include "library/PBAliasManager.h"
 #include "library/PBFolderLister.h"
+#include "support/FolderTest.h"
 #include "support/Rows.h"
 
 /// Tells where roots are as a test says, instead of by the disk.
@@ -65,7 +66,7 @@ private:
 };
 
 /// A catalogue in memory with an alias manager over it.
-struct LibraryTest : testing::Test {
+struct LibraryTest : support::FolderTest {
     LibraryTest() { EXPECT_TRUE(catalogue.checkTables_FilesDb()); }
 
     /// A mounted root at the path, added as the user would add it.
@@ -91,16 +92,10 @@ struct LibraryTest : testing::Test {
         manager.volumDidUnmount({});
     }
 
-    /// A folder on disk below a temporary one; made when asked for.
-    QString make(QStringView below) {
-        QDir().mkpath(path(below));
-        return path(below);
-    }
     void makeAll(const char* below) {
         for (const QString& folder : support::words(below))
             make(folder);
     }
-    QString path(QStringView below) const { return _folder.path() + u'/' + below.toString(); }
 
     support::Database db;
     PBCatalogue catalogue{db};
@@ -124,6 +119,5 @@ struct LibraryTest : testing::Test {
          }}};
 
 private:
-    QTemporaryDir _folder;
     std::vector<std::pair<PBAliasArray, std::shared_ptr<PBAliasObject>>> _removals;
 };

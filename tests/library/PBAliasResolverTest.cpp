@@ -22,7 +22,7 @@ struct ToldMounter final : platform::VolumeMounter {
     Completion pending;
 };
 
-struct PBAliasResolverTest : testing::Test {
+struct PBAliasResolverTest : support::FolderTest {
     PBAliasResolverTest() {
         resolver.setLateAnswerHandler([this](qint64 aliasId, const PBAliasResolution& answer) {
             EXPECT_EQ(aliasId, 1);
@@ -56,12 +56,10 @@ struct PBAliasResolverTest : testing::Test {
     PBAliasResolver resolver{calls, &mounter};
     QString error;
     QStringList late; ///< paths of late answers
-    QTemporaryDir folder;
 };
 
 TEST_F(PBAliasResolverTest, aSearchThatTookTooLongIsNoReasonToGiveUpAFolder) {
-    const QString place = folder.filePath(u"A"_s);
-    QDir().mkdir(place);
+    const QString place = make(u"A");
     const auto root = rootAt(place);
     QFile::rename(place, place + u'2');
     // Each look at the clock finds that half a second has gone by.
@@ -77,11 +75,10 @@ TEST_F(PBAliasResolverTest, aSearchThatTookTooLongIsNoReasonToGiveUpAFolder) {
 }
 
 TEST_F(PBAliasResolverTest, whatIsNotFoundNearItsPlaceIsLookedForEverywhere) {
-    const QString place = folder.filePath(u"a/b/R"_s);
-    QDir().mkpath(place);
-    QDir().mkpath(folder.filePath(u".c/d"_s));
+    const QString place = make(u"a/b/R");
+    make(u".c/d");
     const auto root = rootAt(place);
-    const QString away = folder.filePath(u".c/d/R"_s);
+    const QString away = path(u".c/d/R");
     // One that is for this run only is not: nothing may come of it.
     const auto opened = PBAliasObject::aliasObjectWithId(
         2, root->aliasData(), {}, place, OpenedRoots::openedState, PBAliasObject::Local);
@@ -114,7 +111,7 @@ TEST_F(PBAliasResolverTest, whatIsNotFoundNearItsPlaceIsLookedForEverywhere) {
 }
 
 TEST_F(PBAliasResolverTest, anAnswerToAFormerQuestionIsVoid) {
-    const auto root = rootAt(folder.path());
+    const auto root = rootAt(temporary.path());
     const auto gate = hang(u"later "_s + PBAliasResolver::lane(*root));
     resolver.resolveLater(*root, {});
     EXPECT_EQ(outcome(*root), Outcome::Found) << "not held up";
@@ -129,7 +126,7 @@ TEST_F(PBAliasResolverTest, anAnswerToAFormerQuestionIsVoid) {
 }
 
 TEST_F(PBAliasResolverTest, aFolderAtTheRootsPlaceIsKnownAgainByItsPhotographs) {
-    const QString place = folder.filePath(u"a/R"_s);
+    const QString place = path(u"a/R");
     support::writeFile(place + u"/1.jpg"_s, "abc");
     const auto root = rootAt(place);
     std::optional<std::vector<CataloguedName>> names;
@@ -137,7 +134,7 @@ TEST_F(PBAliasResolverTest, aFolderAtTheRootsPlaceIsKnownAgainByItsPhotographs) 
         EXPECT_EQ(aliasId, 1);
         return names;
     });
-    QDir(folder.filePath(u"a"_s)).removeRecursively();
+    QDir(path(u"a")).removeRecursively();
     support::writeFile(place + u"/1.jpg"_s, "abc");
     EXPECT_EQ(outcome(*root), Outcome::NotFound) << "the catalogue can't be read";
     names.emplace();
@@ -156,24 +153,24 @@ TEST_F(PBAliasResolverTest, aFolderAtTheRootsPlaceIsKnownAgainByItsPhotographs) 
         const auto likeness = resolver.likeness(*root, path);
         return likeness ? QString::number(likeness->isRoot) : u"none"_s;
     };
-    EXPECT_EQ(isLike(place) + isLike(folder.path()), u"10"_s);
-    EXPECT_EQ(isLike(folder.filePath(u"none"_s)), u"none"_s);
+    EXPECT_EQ(isLike(place) + isLike(temporary.path()), u"10"_s);
+    EXPECT_EQ(isLike(path(u"none")), u"none"_s);
 }
 
 TEST_F(PBAliasResolverTest, damagedBookmarkFallsBackToTheReservePath) {
-    const auto there = rootOf("junk", folder.path());
-    EXPECT_EQ(resolver.resolve(*there, {}, {}, nullptr).path, folder.path());
-    EXPECT_EQ(outcome(*rootOf("", folder.filePath(u"none"_s))), Outcome::NoAnswer);
+    const auto there = rootOf("junk", temporary.path());
+    EXPECT_EQ(resolver.resolve(*there, {}, {}, nullptr).path, temporary.path());
+    EXPECT_EQ(outcome(*rootOf("", path(u"none"))), Outcome::NoAnswer);
 }
 
 TEST_F(PBAliasResolverTest, diskThatHangsAnswersLaterUnlessItWasAskedOfAllAtOnce) {
-    const auto root = rootAt(folder.path());
+    const auto root = rootAt(temporary.path());
     auto gate = hang(PBAliasResolver::lane(*root));
     EXPECT_EQ(outcome(*root), Outcome::NoAnswer);
     EXPECT_EQ(outcome(*root), Outcome::NoAnswer);
     gate->release();
     ASSERT_TRUE(support::spinUntil([&] { return !late.isEmpty(); }));
-    EXPECT_EQ(late, QStringList{folder.path()})
+    EXPECT_EQ(late, QStringList{temporary.path()})
         << "the second question took the place of the first";
     late.clear();
     gate = hang(PBAliasResolver::lane(*root));
@@ -181,7 +178,7 @@ TEST_F(PBAliasResolverTest, diskThatHangsAnswersLaterUnlessItWasAskedOfAllAtOnce
     gate->release();
     EXPECT_EQ(outcome(*root), Outcome::Found) << "though the lane was late";
     resolver.beginToResolve(*root, {});
-    const PBAliasResolver::OtherRoots taken{.mounted = {folder.path()}, .away = {}};
+    const PBAliasResolver::OtherRoots taken{.mounted = {temporary.path()}, .away = {}};
     EXPECT_NE(resolver.resolve(*root, {}, taken, nullptr).outcome, Outcome::NoAnswer)
         << "another root is there meanwhile";
     EXPECT_TRUE(support::spinUntil([&] { return !calls.hasWork(); }));
@@ -220,10 +217,10 @@ TEST_F(PBAliasResolverTest, typeFollowsFromTheVolume) {
         {{.isInternal = false}, PBAliasObject::Removable}};
     for (const auto& [volume, type] : cases)
         EXPECT_EQ(PBUtilities::aliasTypeOfVolume(volume), type);
-    support::writeFile(folder.filePath(u"f"_s), "x");
-    EXPECT_TRUE(resolver.isFolder(folder.path()));
-    EXPECT_FALSE(resolver.isFolder(folder.filePath(u"f"_s)));
-    EXPECT_FALSE(resolver.newAlias(folder.filePath(u"none"_s)));
+    write(u"f");
+    EXPECT_TRUE(resolver.isFolder(temporary.path()));
+    EXPECT_FALSE(resolver.isFolder(path(u"f")));
+    EXPECT_FALSE(resolver.newAlias(path(u"none")));
 }
 
 } // namespace

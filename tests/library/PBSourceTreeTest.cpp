@@ -30,7 +30,7 @@ TEST_F(PBSourceTreeTest, childrenAreFoldersOnlyInNaturalOrderAndNoLinksToThem) {
     for (const char16_t* folder :
          {u"A/img10", u"A/Img2/deep", u"A/.hidden", u"A/Photos.app/x", u"A/\U0001F33B line\nbreak"})
         make(folder);
-    support::writeFile(path(u"A/file.jpg"), "x");
+    write(u"A/file.jpg");
     QFile::link(path(u"A"), path(u"A/loop"));
     const auto item = itemOf(path(u"A"));
     EXPECT_FALSE(item->isLoaded());

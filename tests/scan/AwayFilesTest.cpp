@@ -73,7 +73,6 @@ TEST_F(AwayFilesTest, WhenTheDiskOfARootWithinHasLeftItsRowsStayAndItsImagesAreG
     scanAndMark();
     scan();
     const QStringList before = marks();
-    ASSERT_EQ(before.size(), 6);
     using Outcome = platform::Resolution::Outcome;
     aliasServices.answers[root->aliasData()] = {Outcome::Found, path({})};
     aliasServices.answers[inner->aliasData()] = {Outcome::VolumeAbsent, {}};

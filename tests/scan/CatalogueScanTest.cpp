@@ -102,22 +102,6 @@ TEST_F(ScanTest, TheRegistryKeepsTheUppermostFinishedFolders) {
     EXPECT_EQ(finish(root, u"a"_s), u"- -"_s);
 }
 
-TEST_F(ScanTest, FoldersAndFilesThatDifferInCaseOnlyAreKeptApart) {
-    browsing.groupTypeArray = std::make_shared<const std::vector<int>>(1, group::Folder);
-    makePictures("trip/a.jpg trip/A.jpg Trip/a.jpg Trip/x/b.jpg");
-    for (int times = 0; times < 2; ++times) {
-        scan();
-        const QStringList groups = support::listed(*workTree, [](const auto& node) {
-            return QFileInfo(node->data()->value().toText()).fileName() +
-                   QString::number(node->imageFileCount());
-        });
-        EXPECT_EQ(groups, support::words("Trip1 trip2 x1")) << times;
-    }
-    EXPECT_EQ(figures.rowsInserted, 4U);
-    scan(u"trip"_s);
-    EXPECT_EQ(workTree->size(), 1U);
-}
-
 /// A disk that takes no note of case finds rows also by spellings that it has no more.
 TEST_F(ScanTest, RowsUnderAFormerSpellingMakeRoomForThePresentOne) {
     makePictures("Trip/B.jpg Trip/x/d.jpg");

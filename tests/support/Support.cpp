@@ -62,11 +62,6 @@ TimeZone::~TimeZone() {
     tzset();
 }
 
-void damage(QByteArray& bytes, std::mt19937& random, int places) {
-    for (int place = 0; place < places; ++place)
-        bytes[qsizetype(random() % unsigned(bytes.size()))] = static_cast<char>(random());
-}
-
 QByteArray mutated(QByteArray bytes, std::mt19937& random) {
     const auto below = [&](qsizetype limit) {
         return qsizetype(random() % unsigned(std::max<qsizetype>(limit, 1)));

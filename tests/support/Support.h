@@ -105,9 +105,6 @@ private:
     const QByteArray _before;
 };
 
-/// Puts random bytes in so many random places.
-void damage(QByteArray& bytes, std::mt19937& random, int places);
-
 /// A damaged file: cut, with a piece twice, with random or extreme bytes, most of them near the
 /// start, where headers are. Never empty.
 [[nodiscard]] QByteArray mutated(QByteArray bytes, std::mt19937& random);
