@@ -1,7 +1,5 @@
 #include "core/FileTypes.h"
 
-#include "core/Paths.h"
-#include "platform/files/FileManager.h"
 #include "platform/files/TypeIdentifiers.h"
 
 #include <algorithm>
@@ -24,10 +22,6 @@ bool conformsToUTIArray(QStringView type, const QStringList& types) {
 
 QString extentionToUTI(QStringView extension) {
     return platform::TypeIdentifiers::forExtension(extension);
-}
-
-bool isPackageFile(const QString& path) {
-    return platform::FileManager::isPackageName(path) && isFolder(path);
 }
 
 } // namespace PBUtilities

@@ -17,9 +17,4 @@ namespace PBUtilities {
 /// The preferred type identifier of a file extension (without its dot); empty when unknown.
 [[nodiscard]] QString extentionToUTI(QStringView extension);
 
-/// A folder that another program shows as one document, such as a photo library or an application
-/// bundle on a drive that another system shares: its content is that program's own, and no scan
-/// enters it.
-[[nodiscard]] bool isPackageFile(const QString& path);
-
 } // namespace PBUtilities

@@ -30,16 +30,6 @@ ScrollAnimation ImageGeometry::scrollByDelta(const QPointF& delta) {
     return {_placement.drawAnchor(), _placement.drawAnchor() + delta};
 }
 
-std::optional<GeometryAnimation> ImageGeometry::ccwRotate() {
-    if (_isRotating) return {};
-    return turnTo(_placement.angle() - 90);
-}
-
-std::optional<GeometryAnimation> ImageGeometry::cwRotate() {
-    if (_isRotating) return {};
-    return turnTo(_placement.angle() + 90);
-}
-
 std::optional<GeometryAnimation> ImageGeometry::rotateToAngle(double angle) {
     constexpr double sameAngle = 1e-6; // degrees: a whole turn was taken off
     const double present = _placement.angle();
@@ -47,16 +37,12 @@ std::optional<GeometryAnimation> ImageGeometry::rotateToAngle(double angle) {
     if (_isRotating || !std::isfinite(angle) || std::abs(target - present) < sameAngle) return {};
     if (target - present > 180) target -= 360;
     if (target - present < -180) target += 360;
-    return turnTo(target);
-}
-
-GeometryAnimation ImageGeometry::turnTo(double angle) {
     centerAnchor();
     setRotating(true);
-    return {
+    return GeometryAnimation{
         .property = GeometryAnimation::Property::Angle,
-        .from = _placement.angle(),
-        .to = angle,
+        .from = present,
+        .to = target,
         .duration = rotationAnimationDuration,
         .serial = _angleSerial};
 }

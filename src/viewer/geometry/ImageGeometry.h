@@ -75,10 +75,7 @@ public:
     bool zoomByDrag(const ZoomDrag& drag, double distance);
 
     [[nodiscard]] bool isRotating() const { return _isRotating; }
-    /// About the middle of the view. Nothing while a rotation runs.
-    [[nodiscard]] std::optional<GeometryAnimation> ccwRotate();
-    [[nodiscard]] std::optional<GeometryAnimation> cwRotate();
-    /// The short way round; nothing when it is the present angle.
+    /// About the middle of the view, the short way round; nothing when it is the present angle.
     [[nodiscard]] std::optional<GeometryAnimation> rotateToAngle(double angle);
 
     /// Takes the geometry to where the animation has it so many seconds after its start. False when
@@ -97,7 +94,6 @@ private:
         const std::optional<QPointF>& point);
     /// From the scale to the target, which is device pixels for each pixel.
     [[nodiscard]] GeometryAnimation zoomTo(double pixelScale, GeometryAnimation::Ending ending);
-    [[nodiscard]] GeometryAnimation turnTo(double angle);
     /// What the next step starts from: the target of the last one in that direction, else what is
     /// shown. In device pixels for each pixel.
     [[nodiscard]] double getZoomScale(Step step) const;
