@@ -14,8 +14,10 @@ double largestError(const QImage& image, QSize size) {
             double sum = 0;
             for (int row = 0; row < image.height(); ++row) {
                 const uchar* line = image.constScanLine((y * image.height() + row) / size.height());
-                for (int column = 0; column < image.width(); ++column)
-                    sum += line[(x / 4 * image.width() + column) / size.width() * 4 + x % 4];
+                for (int part = 0; part < image.width(); ++part) {
+                    const int column = (x / 4 * image.width() + part) / size.width();
+                    sum += line[column * 4 + x % 4];
+                }
             }
             const double mean = sum / (image.width() * image.height());
             largest = std::max(largest, std::abs(reduced.constScanLine(y)[x] - mean));
