@@ -1,7 +1,6 @@
 #include "fileactions/marks/MarksExchange.h"
 #include "catalogue/MarksSupport.h"
 
-using fileactions::MarksEdit;
 
 namespace {
 
