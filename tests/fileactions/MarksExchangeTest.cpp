@@ -1,7 +1,6 @@
 #include "fileactions/marks/MarksExchange.h"
 #include "catalogue/MarksSupport.h"
 
-
 namespace {
 
 /// What a line says, in words; "-" for one that is none.
