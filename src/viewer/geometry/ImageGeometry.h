@@ -75,7 +75,8 @@ public:
     bool zoomByDrag(const ZoomDrag& drag, double distance);
 
     [[nodiscard]] bool isRotating() const { return _isRotating; }
-    /// About the middle of the view, the short way round; nothing when it is the present angle.
+    /// About the middle of the view, the short way round. Nothing when it is the present angle, and
+    /// while a rotation runs.
     [[nodiscard]] std::optional<GeometryAnimation> rotateToAngle(double angle);
 
     /// Takes the geometry to where the animation has it so many seconds after its start. False when
