@@ -1,5 +1,6 @@
 #include "app/SingleInstance.h"
 
+#include "support/MemoryDisk.h"
 #include "support/Support.h"
 
 #include <future>
@@ -58,6 +59,15 @@ TEST_F(SingleInstanceTest, aLaterStartHandsItsRequestOverAndWhoAsksGetsTheState)
         requests[0].faults == std::vector{unopened});
     EXPECT_TRUE(requests[0].isFullScreen && requests[0].isSlideshow);
     EXPECT_EQ(requests[0].activation, (platform::Activation{"id_TIME1", "a token"}));
+}
+
+TEST_F(SingleInstanceTest, aLaterStartFindsTheFirstOneOnAReadOnlyDisk) {
+    const support::MemoryDisk disk(folder.path());
+    if (!disk.isMounted()) GTEST_SKIP() << "mounting a disk takes root";
+    support::writeFile(folder.filePath(u"lock"_s), {});
+    disk.setReadOnly(true);
+    takeFirst();
+    EXPECT_EQ(resultOf(startLater()), Outcome::HandedOver);
 }
 
 TEST_F(SingleInstanceTest, whoBringsMarksWaitsForTheirAnswerAndNobodyElseDoes) {
