@@ -39,11 +39,12 @@ struct GeocodeAnswer {
     GeocodeError error = GeocodeError::None;
 };
 
-/// Finds the address of a position. All operations may be called from any thread.
+/// Finds the address of a position.
 class Geocoder {
 public:
-    /// Called exactly once for each request, on a thread of the geocoder's choosing and never from
-    /// within `reverseGeocodeLocation`; must not block for long, destroy the geocoder or throw.
+    /// Called exactly once for each request, on a thread of the geocoder's choosing, and from
+    /// within `reverseGeocodeLocation` where it knows the answer; must not block for long, ask for
+    /// another one, destroy the geocoder or throw.
     using Completion = std::function<void(const GeocodeAnswer&)>;
 
     Geocoder() = default;
@@ -52,10 +53,10 @@ public:
     /// Drops the requests that have no answer yet and waits for a completion that runs.
     virtual ~Geocoder() = default;
 
-    /// Callers keep to one request at a time. A position that is none (not finite, or beyond the
-    /// poles or the antimeridian) has no result.
+    /// Callers keep to one request at a time, on one thread. A position that is none (not finite,
+    /// or beyond the poles or the antimeridian) has no result.
     virtual void reverseGeocodeLocation(PBLocation location, Completion completion) = 0;
-    /// Requests that have no answer yet are answered with `Cancelled`, soon.
+    /// Requests that have no answer yet are answered with `Cancelled`, soon. Any thread.
     virtual void cancelGeocode() = 0;
 };
 

@@ -7,9 +7,7 @@
 namespace places {
 
 OfflineGeocoder::OfflineGeocoder(QString gazetteerPath, QStringList languages)
-    : _lookup(std::move(gazetteerPath), std::move(languages)), _queue(QStringLiteral("geocoder")) {}
-
-OfflineGeocoder::~OfflineGeocoder() = default;
+    : _lookup(std::move(gazetteerPath), std::move(languages)) {}
 
 std::unique_ptr<OfflineGeocoder> OfflineGeocoder::installed() {
     return ofGazetteer(
@@ -27,24 +25,10 @@ OfflineGeocoder::ofGazetteer(const QString& path, QStringList languages) {
 }
 
 void OfflineGeocoder::reverseGeocodeLocation(PBLocation location, Completion completion) {
-    const auto ticket = _cancellations.load();
-    _queue.addOperation([this, location, ticket, completion = std::move(completion)] {
-        if (ticket != _cancellations.load()) {
-            completion({{}, GeocodeError::Cancelled});
-        } else {
-            completion(answer(location));
-        }
-    });
-}
-
-void OfflineGeocoder::cancelGeocode() {
-    ++_cancellations;
-}
-
-GeocodeAnswer OfflineGeocoder::answer(PBLocation location) {
-    auto address = _lookup.addressOf(location);
-    if (!address) return {{}, GeocodeError::NoResult};
-    return {{GeocodePlacemark{PBValue(*std::move(address))}}, GeocodeError::None};
+    if (auto address = _lookup.addressOf(location))
+        completion({{GeocodePlacemark{PBValue(*std::move(address))}}, GeocodeError::None});
+    else
+        completion({{}, GeocodeError::NoResult});
 }
 
 } // namespace places

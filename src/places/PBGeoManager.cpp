@@ -57,6 +57,10 @@ void PBGeoManager::finish() {
     if (auto* loop = platform::MainLoop::instance())
         loop->cancelPreviousPerformRequestsWithTarget(this);
     cancelReverseGeocoding();
+    {
+        const platform::Lock lock(_reverseLocationArrayLock);
+        _willFinish.notifyAll();
+    }
     // What runs may be about to ask; what comes later sees that nothing is asked any more.
     _backgroundQueue.waitUntilAllOperationsAreFinished();
     _geocoder.reset();
@@ -103,7 +107,16 @@ void PBGeoManager::addLocationToReverseGeocoding(PBLocation location) {
         _reverseLocationArray.push_back({_nextTicket++, location});
         isAlone = _reverseLocationArray.size() == 1;
     }
-    if (isAlone) tryDoReverseGeocoding();
+    if (!isAlone) return;
+    _backgroundQueue.addOperation([this] {
+        gather();
+        tryDoReverseGeocoding();
+    });
+}
+
+void PBGeoManager::gather() {
+    platform::Lock lock(_reverseLocationArrayLock);
+    _willFinish.waitFor(lock, _environment.gathering, [this] { return _isFinished.load(); });
 }
 
 void PBGeoManager::tryDoReverseGeocoding() {

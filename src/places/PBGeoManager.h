@@ -39,6 +39,9 @@ public:
         std::function<std::unique_ptr<FMDatabase>()> connect = {};
         /// From one time that places are stored to the next.
         std::chrono::milliseconds interval{500};
+        /// For so long positions gather before the first of them is asked for: a thread that wakes
+        /// up for each takes the time of those that read the photographs.
+        std::chrono::milliseconds gathering{50};
     };
 
     /// Without a geocoder nothing is ever asked; the places of the catalogue are known all the
@@ -64,8 +67,6 @@ public:
     /// Has the geocoder asked unless a place matches already, or the position waits. A position
     /// that is none is ignored. Any thread.
     void addLocationToReverseGeocoding(PBLocation location);
-    /// Starts the request at the head of the queue, if none is in flight. Any thread.
-    void tryDoReverseGeocoding();
     /// Whether a position waits for its answer, or an answer for being stored and told. Any thread.
     [[nodiscard]] bool hasPendingRequests() const;
     /// Drops what waits and cancels what is in flight. Any thread.
@@ -88,6 +89,9 @@ private:
     [[nodiscard]] std::optional<Request> takeHead();
     void removeRequest(const Request& request);
     // The rest runs on the background queue.
+    void gather();
+    /// Starts the request at the head of the queue, if none is in flight.
+    void tryDoReverseGeocoding();
     void requestDidFinish(const Request& request, const places::GeocodeAnswer& answer);
     void record(PBLocation location, const places::GeocodeAnswer& answer);
     void recordNoAddress(PBLocation location);
@@ -115,6 +119,7 @@ private:
     std::set<std::pair<double, double>>
         _waitingLocations VELMORA_GUARDED_BY(_reverseLocationArrayLock);
     std::uint64_t _nextTicket VELMORA_GUARDED_BY(_reverseLocationArrayLock) = 1;
+    platform::Condition _willFinish; // with the lock above
 
     // Of the background queue.
     std::unique_ptr<FMDatabase> _db;

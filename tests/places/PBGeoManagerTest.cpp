@@ -65,7 +65,8 @@ struct PBGeoManagerTest : ::testing::Test {
                         connection->open();
                         return connection;
                     },
-                .interval = interval});
+                .interval = interval,
+                .gathering = gathering});
         _manager->loadAddressFromDb(_db);
         _notices = 0;
         QObject::connect(_manager.get(), &PBGeoManager::reverseGeoFinished, _manager.get(), [this] {
@@ -74,6 +75,8 @@ struct PBGeoManagerTest : ::testing::Test {
     }
     void ask(double latitude, double longitude = 9) {
         _manager->addLocationToReverseGeocoding({latitude, longitude});
+        EXPECT_TRUE(support::spinUntil(
+            [&] { return _geocoder->isWaiting() || !_manager->hasPendingRequests(); }));
     }
 
     /// Answers the request in flight and waits until the next one has gone out, if there is any.
@@ -104,6 +107,7 @@ struct PBGeoManagerTest : ::testing::Test {
     QTemporaryDir _folder;
     support::Database _db{_folder.filePath(u"files.db"_s)};
     std::chrono::milliseconds interval{0};
+    std::chrono::milliseconds gathering{0};
     platform::MainLoop _loop;
     const std::function<void(std::function<void()>)> _post = [this](std::function<void()> call) {
         ++_posted;
@@ -121,7 +125,6 @@ TEST_F(PBGeoManagerTest, neighbourOfAWaitingPositionIsNotAskedFor) {
     EXPECT_TRUE(_manager->hasPendingRequests());
     ask(48.0009); // 100 m
     ask(50);
-    _manager->tryDoReverseGeocoding();
     EXPECT_EQ(_geocoder->asked(), (std::vector<PBLocation>{{48, 9}}));
     answer(u"Ulm"_s, 2);
     EXPECT_EQ(_geocoder->asked().back(), (PBLocation{50, 9}));
@@ -257,12 +260,15 @@ TEST_F(PBGeoManagerTest, cancellingDropsWhatWaitsAndLaterRequestsGoOut) {
     QCoreApplication::processEvents();
     EXPECT_EQ(rows().size(), 1);
     EXPECT_EQ(_notices, 0);
+    gathering = std::chrono::hours(1);
+    makeManager();
+    _manager->addLocationToReverseGeocoding({52, 9});
+    _manager.reset(); // waits for none to come
 }
 
 TEST_F(PBGeoManagerTest, withoutAGeocoderNothingIsQueued) {
     PBGeoManager manager(nullptr, {.postToMainThread = _post});
     manager.addLocationToReverseGeocoding({10, 9});
-    manager.tryDoReverseGeocoding();
     manager.cancelReverseGeocoding();
     EXPECT_FALSE(manager.hasPendingRequests());
 }
