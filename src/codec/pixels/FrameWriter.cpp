@@ -164,17 +164,18 @@ void FrameWriter::fillMissingRows() {
 }
 
 bool FrameWriter::isOpaque() const {
+    const int width = _image.width(); // a call that the loops over pixels would make for each
     for (int y = 0; y < _image.height() && !isStopped(); ++y) {
         if (_isDeep) {
             const auto* row = reinterpret_cast<const std::uint16_t*>(_image.constScanLine(y));
             std::uint16_t all = 0xFFFF;
-            for (int x = 0; x < _image.width(); ++x)
+            for (int x = 0; x < width; ++x)
                 all &= row[x * 4 + 3];
             if (all != 0xFFFF) return false;
         } else {
             const auto* row = reinterpret_cast<const QRgb*>(_image.constScanLine(y));
             QRgb all = 0xFF000000U;
-            for (int x = 0; x < _image.width(); ++x)
+            for (int x = 0; x < width; ++x)
                 all &= row[x];
             if (qAlpha(all) != 255) return false;
         }
