@@ -462,6 +462,12 @@ TEST_F(WindowTest, aTypedNameIsTakenOrItIsToldWhyNot) {
     EXPECT_EQ(given(), u"n.jpg"_s);
     answers(u"n.png"_s, u"Use “.png”"_s);
     EXPECT_EQ(given(), u"n.png"_s);
+    answers(u".n.tif"_s, u"Use “.tif”"_s);
+    EXPECT_EQ(given(), u"n.png"_s) << "it would be hidden as well";
+    const std::unique_ptr<QMessageBox> box(window().findChild<QMessageBox*>());
+    ASSERT_TRUE(box);
+    pressButton(*box, u"Hide"_s);
+    EXPECT_EQ(given(), u".n.tif"_s);
 }
 
 /// Each way that a person takes makes an edit of all that is selected.
