@@ -692,6 +692,9 @@ TEST_F(BrowserViewTest, whatIsShortenedHasAToolTipAndAnotherFontIsTakenAtOnce) {
     EXPECT_EQ(view->toolTipAt(nameAt({0, 0})), tree->item(0, 0)->fileName());
     for (const QPoint place : {nameAt({0, 1}), at({0, 0}), QPoint(90, 9)})
         EXPECT_EQ(view->toolTipAt(place), QString());
+    services.rootTitle = u"Pictures"_s;
+    EXPECT_EQ(view->toolTipAt({90, 9}), u"/photos/a"_s) << "the head begins at the root";
+    services.rootTitle.clear();
     scrollView.resize(60, 300);
     EXPECT_EQ(view->toolTipAt({40, 9}), view->headText(0));
     scrollView.resize(600, 500);
