@@ -69,8 +69,9 @@ void ScanPipeline::postScanFinished(std::shared_ptr<const PBGroupItemArray> work
     if (!loop) return;
     loop->post(
         MainLoop::Mode::Default,
-        [this, alive = std::weak_ptr(_alive), workTree = std::move(workTree)] {
-            if (alive.expired() || workTree != _dataSource.groupItemArray_work()) return;
-            _environment.scanFinished();
+        [this, alive = std::weak_ptr(_alive), workTree = std::move(workTree)]() mutable {
+            if (alive.expired()) return;
+            // Not before its last tree: what waits for photographs would give them up.
+            _dataSource.whenShown(std::move(workTree), [this] { _environment.scanFinished(); });
         });
 }

@@ -35,7 +35,7 @@ public:
         std::function<bool(const QString& path)> isBeingWritten;
         /// A file was left out because its name is no text. Called on the scan thread.
         std::function<void(const QString& folder, const QString& name)> leftOutForItsName;
-        /// The present scan has ended. Main thread.
+        /// The present scan has ended, and all of it is on show. Main thread.
         std::function<void()> scanFinished;
     };
 
@@ -61,7 +61,8 @@ private:
     [[nodiscard]] std::shared_ptr<const ScanServices> makeServices();
     /// After each swap: notes when it can be seen.
     void noteShown();
-    /// The end of a scan counts while its work tree is the present one. Scan thread.
+    /// The end of a scan counts when its last tree is on show, while its work tree is the present
+    /// one. Scan thread.
     void postScanFinished(std::shared_ptr<const PBGroupItemArray> workTree);
 
     const Environment _environment;

@@ -264,7 +264,7 @@ void PBImageBrowserView::noteVisible() {
 
 void PBImageBrowserView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    _painter.setWidgetSize(size(), devicePixelRatioF());
+    _painter.setWidgetSize(size());
     layoutSheet();
 }
 

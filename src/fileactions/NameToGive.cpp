@@ -38,9 +38,8 @@ bool isKnown(const QString& extension, const QString& former) {
 
 NameToGive nameToGive(const QString& typed, const QString& formerName) {
     using Doubt = NameToGive::Doubt;
-    if (typed == formerName)
-        return {.name = formerName, .doubt = Doubt::None, .nameOfSameType = {}};
-    NameToGive result{.name = typed.trimmed(), .doubt = Doubt::None, .nameOfSameType = {}};
+    if (typed == formerName) return {.name = formerName, .nameOfSameType = {}};
+    NameToGive result{.name = typed.trimmed(), .nameOfSameType = {}};
     const QString former = partsOf(formerName).extension;
     const bool isFolderName = result.name == QStringView(u".") || result.name == QStringView(u"..");
     if (result.name.isEmpty() || isFolderName) return result;
@@ -56,7 +55,7 @@ NameToGive nameToGive(const QString& typed, const QString& formerName) {
             result.nameOfSameType = parts.base + former;
         }
     }
-    if (result.name.startsWith(u'.') && !formerName.startsWith(u'.')) result.doubt = Doubt::Hidden;
+    result.isHidden = result.name.startsWith(u'.') && !formerName.startsWith(u'.');
     return result;
 }
 

@@ -10,13 +10,14 @@ struct NameToGive {
         None,
         OtherType, ///< programs would take the file for one of another format
         NoType,    ///< nothing would tell its format
-        Hidden,    ///< file managers, and this program, would not show it
     };
 
     /// Without blanks around it, and with the former extension where none was typed. Empty where
     /// nothing was typed.
     QString name;
     Doubt doubt = Doubt::None;
+    /// File managers, and this program, would not show it, whatever its type.
+    bool isHidden = false;
     /// The same name with the former extension, for a doubt about the type.
     QString nameOfSameType;
 };

@@ -16,6 +16,7 @@ using platform::MainLoop;
 namespace {
 
 constexpr std::string_view delayedName = "delayGroupItemArrayDidFinish";
+constexpr std::string_view shownName = "tellShown";
 /// For motions whose end nobody tells.
 constexpr std::chrono::milliseconds patience{250};
 
@@ -65,6 +66,7 @@ void PBGroupTreeDataSource::setGroupItemArray(PBGroupItemArray groupItemArray) {
 void PBGroupTreeDataSource::setGroupItemArray_work(std::shared_ptr<PBGroupItemArray> work) {
     platform::assertMainThread();
     discard(std::exchange(_groupItemArray_work, std::move(work)));
+    _whenShown.clear();
     // Of another folder the user has seen nothing yet.
     _restsUntil = {};
 }
@@ -134,7 +136,13 @@ void PBGroupTreeDataSource::cancelDelayedPublications() {
     platform::assertMainThread();
     if (_waiting) discard(_waiting);
     setWaiting(nullptr);
-    if (MainLoop* loop = MainLoop::instance()) loop->cancelPreviousPerformRequestsWithTarget(this);
+    MainLoop* loop = MainLoop::instance();
+    if (!loop) return;
+    loop->cancelPreviousPerformRequestsWithTarget(this);
+    if (_whenShown.empty()) return;
+    // Behind the one that takes its place now, if there is one.
+    loop->performAfterDelay(
+        _mailbox.get(), shownName, std::chrono::milliseconds(0), [this] { tellShown(); });
 }
 
 void PBGroupTreeDataSource::setWaiting(std::shared_ptr<GroupPublication> publication) {
@@ -171,6 +179,21 @@ void PBGroupTreeDataSource::takePublished() {
         // One of a former scan takes nobody's time.
         if (isShown) return;
     }
+    tellShown();
+}
+
+void PBGroupTreeDataSource::whenShown(
+    std::shared_ptr<const PBGroupItemArray> workTree, std::function<void()> shown) {
+    platform::assertMainThread();
+    if (workTree != _groupItemArray_work) return discard(std::move(workTree));
+    _whenShown.push_back(std::move(shown));
+    tellShown();
+}
+
+void PBGroupTreeDataSource::tellShown() {
+    if (isWaiting()) return;
+    for (const auto& shown : std::exchange(_whenShown, {}))
+        shown();
 }
 
 void PBGroupTreeDataSource::swapIn(GroupPublication& publication) {

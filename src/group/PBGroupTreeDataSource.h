@@ -60,6 +60,9 @@ public:
     [[nodiscard]] bool isWaiting() const { return _mailbox->isWaiting(); }
     /// The same for other threads. May be called when this object is gone.
     [[nodiscard]] std::function<bool()> waitsForDisplay() const;
+    /// Calls when all that was published of this work tree is on show, which may be at once; never
+    /// when another work tree has taken its place.
+    void whenShown(std::shared_ptr<const PBGroupItemArray> workTree, std::function<void()> shown);
 
     /// Opens the rows of the live tree that the user never closed.
     void expandItems();
@@ -76,6 +79,7 @@ private:
     void showWaitingAfter(std::chrono::milliseconds delay);
     void setWaiting(std::shared_ptr<group::GroupPublication> publication);
     void takePublished();
+    void tellShown();
     void swapIn(group::GroupPublication& publication);
     void refreshViews();
     void refreshOutline();
@@ -90,6 +94,7 @@ private:
     std::shared_ptr<PBGroupItemArray> _groupItemArray_work;
     std::shared_ptr<group::GroupPublication> _waiting; ///< for the end of a motion
     const std::shared_ptr<group::PublicationMailbox> _mailbox;
+    std::vector<std::function<void()>> _whenShown; ///< of the present work tree
     std::chrono::steady_clock::time_point _restsUntil;
     bool _ignoreSelectionChanged = false;
     bool _isOutlineViewScrolled = false;

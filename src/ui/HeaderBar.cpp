@@ -72,8 +72,7 @@ void HeaderBar::changeEvent(QEvent* event) {
 void HeaderBar::updateColors() {
     QPalette palette = _title->palette();
     QColor color = PBThemes::colors().secondaryText;
-    // A window that isn't the active one steps back.
-    if (isVisible() && !isActiveWindow()) color.setAlphaF(0.65F);
+    if (isVisible() && !isActiveWindow()) color.setAlphaF(PBThemes::inactiveStrength);
     if (palette.color(QPalette::WindowText) == color) return;
     palette.setColor(QPalette::WindowText, color);
     _title->setPalette(palette);

@@ -27,6 +27,10 @@ public:
         QColor dimSelection;  ///< selection in a view that hasn't the keyboard
     };
 
+    /// How much of its strength text has in a window that isn't the active one, which steps back:
+    /// that can still be read as above.
+    static constexpr float inactiveStrength = 0.92F;
+
     [[nodiscard]] static Scheme scheme();
     [[nodiscard]] static const Colors& colors();
 

@@ -60,4 +60,17 @@ TEST_F(SessionProgramTest, photographsAreKnownByTheirIdsAndInAnotherCatalogueByT
     EXPECT_TRUE(comesBackTo(u"e.png e.png"_s));
 }
 
+/// More than the first tree has: the others come while it rests on the screen.
+TEST_F(SessionProgramTest, whatTheLastTreeBringsIsKnownAgain) {
+    for (int number = 100; number < 250; ++number)
+        makePicture(u"pictures/%1.png"_s.arg(number));
+    controller->addFolders({path(u"pictures"_s)});
+    ASSERT_TRUE(shows(150) && becomesIdle());
+    choose(support::words("100.png 249.png"));
+    groupBy({group::FileSizeBucket});
+    EXPECT_TRUE(comesBackTo(u"100.png 249.png 249.png"_s));
+    start();
+    EXPECT_TRUE(comesBackTo(u"100.png 249.png 249.png"_s));
+}
+
 } // namespace

@@ -520,6 +520,16 @@ TEST_F(BrowserViewTest, imagesOnShowAreDecodedWhereThereIsNoThumbnailOrATooSmall
         return std::vector{made[1], made[2], made[3], made[4], made[6], made[60]};
     };
     show({60});
+    // A step that shows nothing but space between rows drops what is being read.
+    const QRectF row = view->browserLayout().cellRectAtIndex({0, 30});
+    services.preloadQueue.setSuspended(true);
+    scrollView.scrollToPosition(row.top() - 8 - view->height(), false);
+    ASSERT_TRUE(support::spinUntil([&] { return made[30] == 1; }));
+    scrollView.scrollToPosition(position() + 1, false);
+    EXPECT_TRUE(support::spinUntil([&] { return made[30] == 2; })) << "it is asked for again";
+    services.preloadQueue.setSuspended(false);
+    made.clear();
+    scrollView.scrollToPosition(0, false);
     const auto& first = tree->item(0, 0);
     const auto& last = tree->item(0, 5); // of those on show
     const auto colour = [&](std::int64_t item) { return picture().pixelColor(at({0, item})); };
@@ -652,6 +662,20 @@ TEST_F(BrowserViewTest, onlyWhatIsNewIsPainted) {
     picture();
     paints.region = {};
     EXPECT_TRUE(paints.take().isEmpty());
+    // There is room for all of a page at another screen's scale, too.
+    for (int item = 0; item < 12; ++item) {
+        tree->item(0, item)->setImageSize({200, 200});
+        tree->item(0, item)->setThumbnailRef(plain(Qt::red, {200, 200}));
+    }
+    view->reloadData();
+    paints.take();
+    for (const double look : {0.0, 0.009}) {
+        tick = look;
+        picture(2);
+    }
+    tick = 0;
+    paints.region = {};
+    EXPECT_TRUE(paints.take().isEmpty()) << "nothing was drawn in a hurry";
     // A step of the scroller paints what comes into view, and the head.
     scrollView.scrollToPosition(20, false);
     const QRect all = view->rect();
@@ -668,6 +692,9 @@ TEST_F(BrowserViewTest, whatIsShortenedHasAToolTipAndAnotherFontIsTakenAtOnce) {
     EXPECT_EQ(view->toolTipAt(nameAt({0, 0})), tree->item(0, 0)->fileName());
     for (const QPoint place : {nameAt({0, 1}), at({0, 0}), QPoint(90, 9)})
         EXPECT_EQ(view->toolTipAt(place), QString());
+    services.rootTitle = u"Pictures"_s;
+    EXPECT_EQ(view->toolTipAt({90, 9}), u"/photos/a"_s) << "the head begins at the root";
+    services.rootTitle.clear();
     scrollView.resize(60, 300);
     EXPECT_EQ(view->toolTipAt({40, 9}), view->headText(0));
     scrollView.resize(600, 500);

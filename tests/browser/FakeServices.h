@@ -50,6 +50,9 @@ struct FakeServices final : BrowserServices, group::FolderPaths {
     PBThumbnailBufferManager& thumbnailBufferManager() override { return buffer; }
     const group::FolderPaths& folderPaths() const override { return *this; }
     QString tagWithTagId(qint64) const override { return {}; }
+    QString folderTitle(const QString& path) const override {
+        return rootTitle.isEmpty() ? path : rootTitle + path.sliced(u"/photos"_s.size());
+    }
     bool isLargeView() const override { return largeView; }
     QString pathOfFolderId(qint64) const override { return u"/photos"_s; }
 
@@ -58,6 +61,7 @@ struct FakeServices final : BrowserServices, group::FolderPaths {
     std::function<std::unique_ptr<PBImageImporterProtocol>(const PBImageFileItem&)> makeImporter;
     PBThumbnailBufferManager buffer{200};
     bool largeView = false;
+    QString rootTitle; ///< of "/photos"; empty for the path itself
     platform::OperationQueue buildQueue{u"build"_s};
     platform::OperationQueue preloadQueue{u"preload"_s}; // ends before the loaders
 };

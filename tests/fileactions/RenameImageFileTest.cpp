@@ -55,7 +55,7 @@ TEST(NameToGiveTest, anExtensionLeftOutIsKeptAndAnotherOneIsDoubted) {
     const auto given = [](const char* typed, const char* former = "IMG_1.jpg") {
         const fileactions::NameToGive name =
             fileactions::nameToGive(QLatin1StringView(typed), QLatin1StringView(former));
-        const QString doubt = QString::number(static_cast<int>(name.doubt));
+        const QString doubt = QString::number(static_cast<int>(name.doubt) + name.isHidden * 10);
         return u"%1 %2 %3"_s.arg(name.name, doubt, name.nameOfSameType);
     };
     const std::pair<const char*, const char16_t*> rows[] = {
@@ -65,7 +65,8 @@ TEST(NameToGiveTest, anExtensionLeftOutIsKeptAndAnotherOneIsDoubted) {
         {"a.png", u"a.png 1 a.jpg"},
         {"a.txt", u"a.txt 1 a.jpg"},
         {"a.", u"a. 2 a.jpg"},
-        {".a", u".a.jpg 3 "},
+        {".a", u".a.jpg 10 "},
+        {".a.png", u".a.png 11 .a.jpg"},
         {"  ", u" 0 "},
         {"..", u".. 0 "}};
     for (const auto& [typed, expected] : rows)

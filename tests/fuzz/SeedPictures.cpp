@@ -3,17 +3,17 @@
 
 #include "codec/MadePictures.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
-
-#include <cstdio>
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: fuzz_seeds FOLDER\n");
-        return 2;
-    }
-    const QDir folder(QFile::decodeName(argv[1]));
+    QCommandLineParser parser;
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("Where they go."));
+    parser.process(application);
+    if (parser.positionalArguments().size() != 1) parser.showHelp(2);
+    const QDir folder(parser.positionalArguments().front());
     int number = 0;
     for (const made::Picture& picture : made::samples()) {
         // What the fuzzer of pixels asks for stands in the last byte: in full or reduced, and the

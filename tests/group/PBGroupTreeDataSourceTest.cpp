@@ -195,17 +195,47 @@ TEST_F(PBGroupTreeDataSourceTest, scanThreadPublishesWhileTheMainThreadEdits) {
 
 TEST_F(PBGroupTreeDataSourceTest, aScanKnowsWhetherItsLastTreeIsOnShow) {
     const auto waits = source.waitsForDisplay();
+    QStringList ends;
+    const auto end = [&](const std::shared_ptr<PBGroupItemArray>& tree) {
+        source.whenShown(tree, [&] { ends << shown(); });
+    };
     EXPECT_FALSE(waits());
     views.isBusy = true;
     insertByModelAndStars(*work, u"R5"_s, 1, makeItem(u"a"_s));
     source.publisher()(makeGroupPublication(work));
     EXPECT_TRUE(waits());
+    end(work);
     runLoop();
-    EXPECT_TRUE(waits()) << "held back while the user scrolls";
+    EXPECT_TRUE(waits() && ends.isEmpty()) << "held back while the user scrolls";
     views.isBusy = false;
     source.motionDidEnd();
-    ASSERT_TRUE(spinUntil([&] { return !source.groupItemArray().empty(); }));
+    ASSERT_TRUE(spinUntil([&] { return !ends.isEmpty(); }));
     EXPECT_FALSE(waits());
+    EXPECT_EQ(ends, QStringList{u"R5(1(a))"_s});
+
+    // Of two trees in a row the second one waits for a while.
+    publishWith(u"R5"_s, u"b"_s);
+    insertByModelAndStars(*work, u"R5"_s, 1, makeItem(u"c"_s));
+    source.publisher()(makeGroupPublication(work));
+    end(work);
+    ASSERT_TRUE(spinUntil([&] { return ends.size() == 2; }));
+    EXPECT_EQ(ends[1], u"R5(1(a b c))"_s);
+
+    // It comes as well where what waits is dropped, but not to the next scan.
+    views.isBusy = true;
+    publish();
+    end(work);
+    source.cancelDelayedPublications();
+    ASSERT_TRUE(spinUntil([&] { return ends.size() == 3; }));
+    publish();
+    end(work);
+    source.setGroupItemArray_work(std::make_shared<PBGroupItemArray>());
+    end(work);
+    source.cancelDelayedPublications();
+    runLoop();
+    EXPECT_EQ(ends.size(), 3);
+    end(source.groupItemArray_work());
+    EXPECT_EQ(ends.size(), 4) << "nothing waits";
 }
 
 TEST_F(PBGroupTreeDataSourceTest, ofAFolderThatWasJustSelectedTheFirstTreeIsShownAtOnce) {

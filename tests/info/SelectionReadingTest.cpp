@@ -85,6 +85,12 @@ TEST_F(SelectionReadingTest, whatTheCatalogueDoesNotSayIsNotMadeUp) {
     GeneralReading both({bare, usual}, database, folders);
     EXPECT_TRUE(both.readSome());
     EXPECT_EQ(both.merged().value(GeneralRow::ImageDPI), PBValue(72));
+    // As it is shown.
+    usual->setImageSize({40, 30});
+    usual->setRotateAngle(90);
+    GeneralReading turned({usual}, database, folders);
+    EXPECT_TRUE(turned.readSome());
+    EXPECT_EQ(turned.merged().value(GeneralRow::ImageSize), PBValue(u"30 x 40"_s));
     // Not to be read is not the same as having nothing.
     EXPECT_TRUE(database.executeUpdate(u"drop table IPTC"_s));
     MoreReading broken({bare}, database);

@@ -91,7 +91,8 @@ TEST_F(GroupPanelTest, aRowOfSeveralGroupsIsOpenedAndClosedAsOne) {
 
 TEST_F(GroupPanelTest, foldersOfOneNameAreToldApartByTheirParents) {
     for (const char16_t* path :
-         {u"/p/Lisbon/Day 1", u"/p/Rome/Day 1", u"/p/a/x/Day 2", u"/p/b/x/Day 2", u"/p/Day 3"})
+         {u"/p/Lisbon/Day 1", u"/p/Rome/Day 1", u"/p/a/x/Day 2", u"/p/b/x/Day 2",
+          u"/p/Day\u202e 3"})
         group::pushImageFileItemToWorkGroupItemArray(
             {support::makeItem(u"a.jpg"_s), *work, std::array<int, 1>{group::Folder},
              PBArray{QString::fromUtf16(path)}});
@@ -100,7 +101,9 @@ TEST_F(GroupPanelTest, foldersOfOneNameAreToldApartByTheirParents) {
         std::array{0, 1, 2, 3, 4}, [&](int each) { return row(each).data().toString(); });
     EXPECT_EQ(
         support::sorted(names).join(u", "),
-        u"Day 1 (Lisbon), Day 1 (Rome), Day 2 (a/x), Day 2 (b/x), Day 3");
+        u"Day 1 (Lisbon), Day 1 (Rome), Day 2 (a/x), Day 2 (b/x), Day\u202e 3");
+    for (const int each : {0, 1, 2, 3, 4})
+        EXPECT_FALSE(row(each).data(Qt::ToolTipRole).toString().contains(u'\u202e'));
 }
 
 TEST_F(GroupPanelTest, selectingARowShowsItsFirstLeaf) {

@@ -54,7 +54,10 @@ TEST_F(LargeViewTest, opensAGroupOrTheSelectionAndComesBackWithWhatWasShown) {
     EXPECT_EQ(controller->mainToolbar().content(), MainToolbar::Content::LargeView);
     for (const QStringView what : {u"selectAll", u"view_BrowserView", u"removeFolderAlias"})
         EXPECT_FALSE(isEnabled(what)) << what.toString().toStdString();
+    items[2]->setFileName(u"c\u202e"_s);
     choose(u"go_NextItem");
+    EXPECT_EQ(window().windowTitle(), u"3/4   c\ufffd");
+    items[2]->setFileName(u"c"_s);
     choose(u"go_NextItem");
     EXPECT_EQ(shown(), u"abcD|d");
     EXPECT_FALSE(isEnabled(u"go_NextItem") || isEnabled(u"go_LastItem"));

@@ -33,13 +33,15 @@ TEST_F(SourceTreeModelTest, rowsFollowTheItemsAndTellOnlyTheDifferences) {
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
     tester.setUseFetchMore(false); // it would open every folder
     const auto root = addRoot(path(u"A"));
-    const auto other = addRoot(make(u"Z"), PBAliasObject::Removable);
+    const auto other = addRoot(make(u"Z\u202e"), PBAliasObject::Removable);
     tree.reloadCategoryItem();
-    EXPECT_EQ(rowsBelow(), u"On This Computer(A) Removable Disks(Z)"_s);
+    EXPECT_EQ(rowsBelow(), u"On This Computer(A) Removable Disks(Z\u202e)"_s);
     const QModelIndex disks = model.index(1, 0);
     const QPersistentModelIndex disk = model.index(0, 0, disks);
     EXPECT_TRUE(disk.flags().testFlag(Qt::ItemIsSelectable));
     EXPECT_FALSE(disks.flags().testFlag(Qt::ItemIsSelectable));
+    for (const int role : {+Qt::ToolTipRole, +SourceTreeModel::DescriptionRole})
+        EXPECT_TRUE(disk.data(role).toString().endsWith(u"/Z\ufffd")) << role;
     for (const bool isAway : {false, true}) {
         if (isAway) makeAbsent(*other);
         EXPECT_EQ(disk.data(SourceTreeModel::UnmountedRole).toBool(), isAway);
@@ -65,7 +67,7 @@ TEST_F(SourceTreeModelTest, rowsFollowTheItemsAndTellOnlyTheDifferences) {
     EXPECT_EQ((QList{inserted.count(), removed.count()}), (QList<qsizetype>{2, 2}));
 
     tree.removeFolderAlias(*item);
-    EXPECT_EQ(rowsBelow(), u"Removable Disks(Z)"_s);
+    EXPECT_EQ(rowsBelow(), u"Removable Disks(Z\u202e)"_s);
     EXPECT_FALSE(kept.isValid() || model.indexForItem(*d).isValid());
 }
 

@@ -183,6 +183,12 @@ TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
     const QString why = u"Select a photograph first."_s;
     openMenus();
     EXPECT_EQ(action(u"rotateLeft")->toolTip(), why);
+    const auto menus = window().findChildren<QMenu*>();
+    const auto rating = std::ranges::find_if(
+        menus, [this](QMenu* menu) { return menu->actions().contains(action(u"rating1")); });
+    ASSERT_NE(rating, menus.end());
+    EXPECT_EQ((*rating)->menuAction()->toolTip(), why);
+    EXPECT_FALSE((*rating)->menuAction()->isEnabled());
     const auto tipOf = [](QWidget& button) {
         const QPoint place = button.mapToGlobal(button.rect().center());
         QHelpEvent event(QEvent::ToolTip, button.rect().center(), place);
@@ -208,6 +214,7 @@ TEST_F(WindowTest, whatIsNotPossibleSaysWhyInMenusTipsAndTheStatusBar) {
     openMenus();
     EXPECT_NE(action(u"rotateLeft")->toolTip(), why);
     EXPECT_FALSE(tipOf(flag).contains(why));
+    EXPECT_TRUE((*rating)->menuAction()->isEnabled());
     items[0]->setIsAway(true);
     EXPECT_EQ(answers(Qt::Key_Delete), platform::localizedString(u"Why_Away"));
     selectItems(u"a"_s);
@@ -462,6 +469,12 @@ TEST_F(WindowTest, aTypedNameIsTakenOrItIsToldWhyNot) {
     EXPECT_EQ(given(), u"n.jpg"_s);
     answers(u"n.png"_s, u"Use “.png”"_s);
     EXPECT_EQ(given(), u"n.png"_s);
+    answers(u".n.tif"_s, u"Use “.tif”"_s);
+    EXPECT_EQ(given(), u"n.png"_s) << "it would be hidden as well";
+    const std::unique_ptr<QMessageBox> box(window().findChild<QMessageBox*>());
+    ASSERT_TRUE(box);
+    pressButton(*box, u"Hide"_s);
+    EXPECT_EQ(given(), u".n.tif"_s);
 }
 
 /// Each way that a person takes makes an edit of all that is selected.

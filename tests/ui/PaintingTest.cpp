@@ -148,10 +148,18 @@ TEST(PBThemesTest, secondaryTextCanBeReadOnEveryGround) {
     for (const auto scheme : {PBThemes::Scheme::Light, PBThemes::Scheme::Dark}) {
         PBThemes::apply(scheme);
         const PBThemes::Colors& colors = PBThemes::colors();
-        const double text = luminance(colors.secondaryText);
+        // As it is where the window isn't the active one.
+        const auto textOn = [&](const QColor& ground) {
+            QImage pixel = support::filled({1, 1}, ground);
+            QPainter painter(&pixel);
+            painter.setOpacity(PBThemes::inactiveStrength);
+            painter.fillRect(pixel.rect(), colors.secondaryText);
+            return pixel.pixelColor(0, 0);
+        };
         for (const QColor& ground :
              {colors.sidebar, colors.browser, colors.bar, colors.sheet, colors.groupHead}) {
-            const auto [darker, lighter] = std::minmax({text, luminance(ground)});
+            const auto [darker, lighter] =
+                std::minmax({luminance(textOn(ground)), luminance(ground)});
             EXPECT_GE((lighter + 0.05) / (darker + 0.05), 4.5) << ground.name().toStdString();
         }
     }

@@ -10,6 +10,7 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QNativeGestureEvent>
 #include <QWheelEvent>
 
 using Painted = PBImageView::Painted;
@@ -162,6 +163,28 @@ TEST_F(PBImageViewTest, wheelAndGesturesArriveFromTheirEvents) {
     };
     EXPECT_NEAR(wheel({120, 0}, Qt::AltModifier), 0.5, 1e-6);
     EXPECT_NEAR(wheel({0, 120}, Qt::ControlModifier), 0.6667, 1e-6);
+    view.fitInWithAnimation(false);
+    const auto gesture = [&](double turn, double zoom) {
+        const auto send = [&](Qt::NativeGestureType type, double value) {
+            QNativeGestureEvent event(
+                type, QPointingDevice::primaryPointingDevice(), 2, point, point,
+                view.mapToGlobal(point), value, {});
+            QApplication::sendEvent(&view, &event);
+        };
+        send(Qt::BeginNativeGesture, 0);
+        for (int update = 0; update < 10; ++update) {
+            send(Qt::RotateNativeGesture, turn);
+            send(Qt::ZoomNativeGesture, zoom);
+        }
+        send(Qt::EndNativeGesture, 0);
+        EXPECT_TRUE(rests());
+        return std::exchange(asked, {}).join(u' ');
+    };
+    const double fitted = view.scale();
+    EXPECT_EQ(gesture(-3, 0.001), u"left"_s) << "clockwise is positive there";
+    EXPECT_NEAR(view.scale(), fitted, 1e-6);
+    EXPECT_EQ(gesture(0.1, 0.05), QString());
+    EXPECT_GT(view.scale(), fitted * 1.3);
     view.fitInWithAnimation(false);
     wheel({0, -120}, {});
     EXPECT_TRUE(support::spinUntil([this] { return index == 1; }));

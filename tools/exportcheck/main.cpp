@@ -10,6 +10,7 @@
 #include "fileactions/export/PictureExport.h"
 #include "platform/files/TypeIdentifiers.h"
 
+#include <QCommandLineParser>
 #include <QDirIterator>
 #include <QGuiApplication>
 #include <QMap>
@@ -17,6 +18,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <cstdio>
 #include <span>
 
 namespace {
@@ -105,19 +107,34 @@ int main(int argumentCount, char** arguments) {
     if (asDecoder) return *asDecoder;
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argumentCount, arguments);
-    const QStringList words = QGuiApplication::arguments();
-    if (words.size() < 2) {
-        out() << "usage: exportcheck FOLDER [SIDE [TO]]\n";
-        return 2;
-    }
-    const int side = words.size() > 2 ? words[2].toInt() : usualSide;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Exports pictures as all types, and compares them with their sources."));
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("The pictures."));
+    parser.addPositionalArgument(
+        QStringLiteral("SIDE"), QStringLiteral("The longer one in pixels; 1024 without it."),
+        QStringLiteral("[SIDE"));
+    parser.addPositionalArgument(
+        QStringLiteral("TO"), QStringLiteral("A folder that keeps what was made."),
+        QStringLiteral("[TO]]"));
+    parser.process(application);
+    const QStringList words = parser.positionalArguments();
+    bool isSide = true;
+    const int side = words.size() > 1 ? words[1].toInt(&isSide) : usualSide;
+    if (words.isEmpty() || words.size() > 3 || !isSide || side < 1) parser.showHelp(2);
     const QTemporaryDir temporary;
-    const QDir to(words.value(3, temporary.path()));
+    const QDir to(words.value(2, temporary.path()));
+    for (const QString& folder : {words[0], to.path()}) {
+        if (QFileInfo(folder).isDir()) continue;
+        std::fprintf(stderr, "exportcheck: %s is no folder\n", qPrintable(folder));
+        return 1;
+    }
     codec::setFrameReader(std::make_shared<codec::DecoderPool>(codec::DecoderPool::Settings{}));
     PBImageImporterManager importers;
     QMap<QString, Counts> counts;
     int number = 0;
-    QDirIterator files(words[1], QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator files(words[0], QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         const QString path = files.next();
         const auto importer = importers.imageImporterForImageURL(path);

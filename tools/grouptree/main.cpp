@@ -157,7 +157,9 @@ int main(int argc, char** argv) {
     for (int type = 0; parser.isSet(eachOption) && type < groupTypeCount; ++type)
         options.chains.push_back({type});
     if (options.chains.empty()) options.chains.push_back({CaptureYear, Folder});
-    options.sortType = parser.value(sortOption).toInt();
+    bool isType = false;
+    options.sortType = parser.value(sortOption).toInt(&isType);
+    if (!isType || options.sortType < 0 || options.sortType > 6) parser.showHelp(2);
     options.descending = parser.isSet(descendingOption);
     options.withFiles = parser.isSet(filesOption);
     return run(parser.positionalArguments().front(), options);

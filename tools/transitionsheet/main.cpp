@@ -69,7 +69,10 @@ int main(int argc, char** argv) {
         QStringLiteral("[FROM TO]"));
     parser.process(application);
     const QStringList words = parser.positionalArguments();
-    if (words.size() != 1 && words.size() != 3) parser.showHelp(2);
+    bool isPart = false;
+    const double progress = parser.value(moment).toDouble(&isPart);
+    isPart = isPart && progress >= 0 && progress <= 1;
+    if ((words.size() != 1 && words.size() != 3) || !isPart) parser.showHelp(2);
 
     const QImage first =
         words.size() == 3 ? QImage(words[1])
@@ -83,8 +86,8 @@ int main(int argc, char** argv) {
         return 1;
     }
     const QImage sheet = drawSheet(
-        plainPicture(first, 0, viewSize), plainPicture(second, 0, viewSize),
-        parser.value(moment).toDouble(), [&shaders](const TransitionFrame& frame) {
+        plainPicture(first, 0, viewSize), plainPicture(second, 0, viewSize), progress,
+        [&shaders](const TransitionFrame& frame) {
             return shaders ? shaders->paintedFrame(frame) : RasterTransitions::paintedFrame(frame);
         });
     if (sheet.save(words[0])) return 0;

@@ -168,8 +168,10 @@ void BrowserThumbnailFeed::loadLarger(const QRectF& visible) {
         }
     });
     sharpen(std::move(sharper), visible);
-    if (auto operation = preloadOperation(std::move(again)))
+    if (auto operation = preloadOperation(std::move(again))) {
+        _loadingLarger = operation;
         _services.preloadThumbnailOperationQueue().addOperation(std::move(operation));
+    }
 }
 
 void BrowserThumbnailFeed::preloadThumbnailWithPosition(const QRectF& visible, int flag) {
@@ -185,13 +187,24 @@ void BrowserThumbnailFeed::preloadThumbnailWithPosition(const QRectF& visible, i
     }
 }
 
+void BrowserThumbnailFeed::cancelPreloads() {
+    const auto isRunning = [](const std::weak_ptr<platform::Operation>& operation) {
+        const auto running = operation.lock();
+        return running && !running->isCancelled() && !running->isFinished();
+    };
+    // What remains on show is not painted again, and would not be asked for.
+    _lacksPicture = _lacksPicture || isRunning(_readingStandIns);
+    _hasTooSmall = _hasTooSmall || isRunning(_loadingLarger) || isRunning(_sharpening);
+    _services.preloadThumbnailOperationQueue().cancelAllOperations();
+}
+
 void BrowserThumbnailFeed::replacePreloads(
     std::initializer_list<std::shared_ptr<platform::Operation>> wanted) {
     auto& queue = _services.preloadThumbnailOperationQueue();
     bool isFirst = true;
     for (const auto& operation : wanted) {
         if (!operation) continue;
-        if (std::exchange(isFirst, false)) queue.cancelAllOperations();
+        if (std::exchange(isFirst, false)) cancelPreloads();
         queue.addOperation(operation);
     }
 }

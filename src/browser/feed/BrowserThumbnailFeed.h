@@ -74,6 +74,7 @@ private:
     preloadOperation(std::vector<PBPreloadThumbnailObject> objects);
     [[nodiscard]] std::shared_ptr<platform::Operation>
     preloadThumbnailOperation(double topLine, double bottomLine);
+    void cancelPreloads();
     void replacePreloads(std::initializer_list<std::shared_ptr<platform::Operation>> wanted);
     void preloadThumbnailFinished(const PBPreloadThumbnailObject& object);
 
@@ -88,6 +89,7 @@ private:
     std::unordered_set<qint64> _reduced;
     /// Longer sides that images were decoded for since their thumbnails came from the catalogue.
     std::unordered_map<qint64, int> _sharpened;
+    std::weak_ptr<platform::Operation> _loadingLarger;
     std::weak_ptr<platform::Operation> _sharpening;
     QRectF _sharpeningPart; // of the sheet
     double _pixelRatio = 1;

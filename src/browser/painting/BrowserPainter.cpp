@@ -71,11 +71,11 @@ void BrowserPainter::fontDidChange() {
     _heads.fontDidChange();
 }
 
-void BrowserPainter::setWidgetSize(QSize size, double ratio) {
+void BrowserPainter::setWidgetSize(QSize size) {
     platform::assertMainThread();
-    const double points = static_cast<double>(size.width()) * size.height();
-    _prepared.setCapacity(static_cast<qsizetype>(points * ratio * ratio) * bytesPerWidgetPixel);
-    _fileInfo.setCapacity(std::max<qsizetype>(500, static_cast<qsizetype>(points * linesPerPoint)));
+    _widgetPoints = static_cast<double>(size.width()) * size.height();
+    _fileInfo.setCapacity(
+        std::max<qsizetype>(500, static_cast<qsizetype>(_widgetPoints * linesPerPoint)));
 }
 
 double BrowserPainter::fileNameWidth(const PBImageBrowserIndex& index) const {
@@ -100,6 +100,9 @@ QRectF BrowserPainter::cellExtent(const QRectF& cellRect) const {
 void BrowserPainter::begin(double pixelRatio) {
     platform::assertMainThread();
     _crude = {};
+    // Nobody is told of another screen's scale.
+    _prepared.setCapacity(
+        static_cast<qsizetype>(_widgetPoints * pixelRatio * pixelRatio) * bytesPerWidgetPixel);
     _shadow.prepare(
         static_cast<int>(std::lround(shadowRadius * pixelRatio)),
         static_cast<int>(std::lround(shadowOffset * pixelRatio)),

@@ -43,7 +43,7 @@ public:
     [[nodiscard]] GroupHeadPainter& heads() { return _heads; }
     [[nodiscard]] const GroupHeadPainter& heads() const { return _heads; }
     /// Room for the pictures and texts of a widget of that size in points.
-    void setWidgetSize(QSize size, double ratio);
+    void setWidgetSize(QSize size);
 
     [[nodiscard]] double fileNameWidth(const PBImageBrowserIndex& index) const override;
     [[nodiscard]] double fileSizeWidth(const PBImageBrowserIndex& index) const override;
@@ -71,6 +71,7 @@ private:
     const BrowserLeafList& _leaves;
     BrowserThumbnailFeed& _feed;
     PreparedThumbnails _prepared;
+    double _widgetPoints = 0; ///< as an area
     GroupHeadPainter _heads;
     ShadowPatch _shadow;
     TextLines _fileInfo;

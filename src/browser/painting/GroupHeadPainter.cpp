@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr double inactiveOpacity = 0.65; // as the bars of the panes
-
 QFont headFont() {
     QFont font = QApplication::font();
     font.setPixelSize(12);
@@ -80,7 +78,7 @@ void GroupHeadPainter::draw(
     shown.setSize({rect.width() - PBPathCell::leftMargin, PBPathCell::usualHeight});
     const double top = rect.top() + std::rint((rect.height() - PBPathCell::usualHeight) / 2);
     const double opacity = painter.opacity();
-    if (!look.isActive) painter.setOpacity(opacity * inactiveOpacity);
+    if (!look.isActive) painter.setOpacity(opacity * PBThemes::inactiveStrength);
     shown.draw(painter, {rect.left() + PBPathCell::leftMargin, top});
     painter.setOpacity(opacity);
 }

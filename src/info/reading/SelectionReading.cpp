@@ -96,7 +96,7 @@ GeneralFacts GeneralReading::factsOf(const PBImageFileItem& item, const PBArray&
     if (_merged.wants(Row::FileName)) facts[Row::FileName] = item.fileName();
     facts[Row::FileSize] = item.fileSize();
     facts[Row::ModificationDate] = PBDate{item.modifiedDate()};
-    const QSizeF size = item.imageSize();
+    const QSizeF size = item.displaySize();
     if (_merged.wants(Row::ImageSize) && !size.isEmpty())
         facts[Row::ImageSize] = imageSizeValue(size.width(), size.height());
     facts[Row::ImageDPI] = usualDpi;

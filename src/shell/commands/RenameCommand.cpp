@@ -56,24 +56,34 @@ void RenameCommand::begin() {
 void RenameCommand::finish(const std::shared_ptr<PBImageFileItem>& item, const QString& typed) {
     platform::assertMainThread();
     const NameToGive given = fileactions::nameToGive(typed, item->fileName());
-    if (given.doubt == NameToGive::Doubt::None) return give(item, typed, given.name);
+    if (given.doubt == NameToGive::Doubt::None)
+        return giveUnlessHidden(item, typed, given.name, given.isHidden);
     ask(item, typed, given);
 }
 
 void RenameCommand::ask(
     const std::shared_ptr<PBImageFileItem>& item, const QString& typed, const NameToGive& given) {
-    const bool isHidden = given.doubt == NameToGive::Doubt::Hidden;
     askInWindow(
-        _parts.window, isHidden ? questionAboutHiding(given.name) : questionAbout(given),
-        [this, item, typed, given](WindowAnswer answer) {
+        _parts.window, questionAbout(given), [this, item, typed, given](WindowAnswer answer) {
             switch (answer) {
             case WindowAnswer::Cancel:
                 return typeAgain(item, typed);
             case WindowAnswer::Consent:
-                return give(item, typed, given.name);
+                return giveUnlessHidden(item, typed, given.name, given.isHidden);
             case WindowAnswer::Other:
-                return give(item, typed, given.nameOfSameType);
+                return giveUnlessHidden(item, typed, given.nameOfSameType, given.isHidden);
             }
+        });
+}
+
+void RenameCommand::giveUnlessHidden(
+    const std::shared_ptr<PBImageFileItem>& item, const QString& typed, const QString& name,
+    bool isHidden) {
+    if (!isHidden) return give(item, typed, name);
+    askInWindow(
+        _parts.window, questionAboutHiding(name), [this, item, typed, name](WindowAnswer answer) {
+            if (answer == WindowAnswer::Consent) return give(item, typed, name);
+            typeAgain(item, typed);
         });
 }
 

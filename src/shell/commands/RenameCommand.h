@@ -30,14 +30,19 @@ public:
 
     /// Opens the field for the name of the selected photograph, if there is just one.
     void begin();
-    /// Takes what was typed. Asks where the name makes another kind of file of it; where the user
-    /// doesn't want that, or it can't be done, the field is there again with the typed text.
+    /// Takes what was typed. Asks where the name makes another kind of file of it, or hides it;
+    /// where the user doesn't want that, or it can't be done, the field is there again with the
+    /// typed text.
     void finish(const std::shared_ptr<PBImageFileItem>& item, const QString& typed);
 
 private:
     void
     ask(const std::shared_ptr<PBImageFileItem>& item, const QString& typed,
         const fileactions::NameToGive& given);
+    /// Asks where the name would hide the file.
+    void giveUnlessHidden(
+        const std::shared_ptr<PBImageFileItem>& item, const QString& typed, const QString& name,
+        bool isHidden);
     void
     give(const std::shared_ptr<PBImageFileItem>& item, const QString& typed, const QString& name);
     void typeAgain(const std::shared_ptr<PBImageFileItem>& item, const QString& typed);

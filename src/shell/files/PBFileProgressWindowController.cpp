@@ -1,6 +1,7 @@
 #include "shell/files/PBFileProgressWindowController.h"
 
 #include "core/Texts.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 
@@ -113,7 +114,7 @@ void PBFileProgressWindowController::cancel() {
 void PBFileProgressWindowController::show(
     const QString& text, const fileactions::FileProgress& progress) {
     progressLabel->setText(text);
-    const QString path = QFile::decodeName(progress.path);
+    const QString path = platform::harmlessText(QFile::decodeName(progress.path));
     filePathLabel->setText(filePathLabel->fontMetrics().elidedText(
         path, Qt::ElideMiddle, std::max(filePathLabel->width(), sheetWidth / 2)));
     filePathLabel->setToolTip(path);

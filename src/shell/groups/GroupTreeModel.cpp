@@ -1,6 +1,7 @@
 #include "shell/groups/GroupTreeModel.h"
 
 #include "core/Paths.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 
@@ -226,7 +227,7 @@ QString GroupTreeModel::fullName(const Node& node) const {
     for (const auto& item : node.items)
         if (const PBGroupItem* group = item->groupItem())
             names.append(group->fullDisplayName(_tagWithTagId));
-    return names.join(QStringLiteral(" › "));
+    return platform::harmlessText(names.join(QStringLiteral(" › ")));
 }
 
 QVariant GroupTreeModel::data(const QModelIndex& index, int role) const {

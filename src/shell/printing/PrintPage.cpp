@@ -1,5 +1,6 @@
 #include "shell/printing/PrintPage.h"
 
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 
 #include <QFontMetricsF>
@@ -42,7 +43,8 @@ void paintLine(QPainter& painter, const QRectF& line, const QString& text) {
     painter.setPen(Qt::black);
     const QFontMetricsF metrics(painter.font(), painter.device());
     painter.drawText(
-        line, Qt::AlignCenter, metrics.elidedText(text, Qt::ElideMiddle, line.width()));
+        line, Qt::AlignCenter,
+        metrics.elidedText(platform::harmlessText(text), Qt::ElideMiddle, line.width()));
 }
 
 } // namespace

@@ -81,6 +81,7 @@ void SourceItemDelegate::paint(
         QRect lower = content.adjusted(0, content.height() / 2, 0, -2);
         drawLine(
             *painter, upper, scaled(option.font, 0.92, QFont::Bold), text, name, Qt::ElideRight);
+        painter->setOpacity(1); // it says what can be done
         drawLine(
             *painter, lower, scaled(option.font, 0.8, QFont::Normal), secondary, description,
             Qt::ElideMiddle);

@@ -5,6 +5,7 @@
 #include "library/OpenedRoots.h"
 #include "library/PBPathHistory.h"
 #include "library/PBSourceTreeDataSource.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/UserDefaults.h"
 #include "platform/tasks/MainThread.h"
@@ -67,7 +68,8 @@ void SourceSelection::showSelected() {
 void SourceSelection::updateWindowTitle() {
     const auto folder = _parts.tree.selectedFolder();
     _parts.window.setWindowTitle(
-        folder ? folder->displayName() : platform::localizedString(u"Velmora"));
+        folder ? platform::harmlessText(folder->displayName())
+               : platform::localizedString(u"Velmora"));
     _parts.window.setWindowFilePath(folder ? folder->folderPath() : QString());
 }
 

@@ -2,6 +2,7 @@
 
 #include "library/OpenedRoots.h"
 #include "library/PBSourceTreeDataSource.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/tasks/MainThread.h"
 
 #include <QSet>
@@ -211,10 +212,10 @@ QVariant SourceTreeModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
         return item->displayName();
     case Qt::ToolTipRole:
-        return item->tip();
+        return platform::harmlessText(item->tip());
     case Qt::AccessibleDescriptionRole:
     case DescriptionRole:
-        return item->description();
+        return platform::harmlessText(item->description());
     case IconsRole:
         return item->displayIcons();
     case GroupRole:

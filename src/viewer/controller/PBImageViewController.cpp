@@ -4,6 +4,7 @@
 #include "image/large/ImageVersions.h"
 #include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
+#include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
 #include "ui/PBThemes.h"
@@ -178,7 +179,7 @@ QString PBImageViewController::title() const {
     return QStringLiteral("%1/%2   %3")
         .arg(focusIndex() + 1)
         .arg(bin().count())
-        .arg(focus->fileName());
+        .arg(platform::isolatedText(focus->fileName()));
 }
 
 void PBImageViewController::updateInfoLabel() {
