@@ -123,9 +123,11 @@ void PBScanFolderTask::walkFolder(Run& run) const {
         if (waiting.size() > inHand) takeFirst();
         return true;
     };
-    const auto undecodable = [&](const QString& name) {
+    const auto undecodable = [&](const DirectoryEntry& entry) {
         const auto& tell = _dictionary->services->leftOutForItsName;
-        if (tell) tell(run.folderPath, name);
+        const bool mayHavePhotographs = entry.isDirectory ? !entry.isPackage && !entry.isLink
+                                                          : importerOf(run, entry.name) != nullptr;
+        if (tell && mayHavePhotographs) tell(run.folderPath, entry.name);
     };
     if (platform::FileManager::enumerate(run.folderPath, visit, undecodable))
         run.trigger->setIncomplete();

@@ -25,15 +25,19 @@ TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
     ASSERT_TRUE(QFile::link(path({}), path(u"sub/around"_s)));
     ASSERT_TRUE(QFile::link(u"itself.jpg"_s, path(u"none/itself.jpg"_s)));
     ASSERT_TRUE(QFile::link(u"nowhere"_s, path(u"none/dangling.jpg"_s)));
-    const QByteArray undecodable = QFile::encodeName(path(u"sub"_s)) + "/\xfc.jpg";
-    ::close(::open(undecodable.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+    for (const char* name : {"/\xfc.jpg", "/\xfc.txt"}) {
+        const QByteArray undecodable = QFile::encodeName(path(u"sub"_s)) + name;
+        ::close(::open(undecodable.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+    }
+    ASSERT_EQ(::mkdir(QFile::encodeName(path(u"sub"_s)) + "/\xfc", 0700), 0);
     const QString longest = QString(251, u'n') + u".jpg"_s;
     makePicture(longest);
     scan();
 
     EXPECT_EQ(images(), words("a.jpg b.PNG c.jpg d.jpg damaged.jpg") + QStringList{longest});
     EXPECT_EQ(shown(), images());
-    EXPECT_EQ(leftOut, QStringList{path(u"sub/\uFFFD.jpg"_s)});
+    leftOut.sort();
+    EXPECT_EQ(leftOut, (QStringList{path(u"sub/\uFFFD"_s), path(u"sub/\uFFFD.jpg"_s)}));
     EXPECT_EQ(rows(u"select RelativePath from Folder order by 1"_s), words("NULL sub sub/deep"));
     EXPECT_EQ(count(thumbnails, "Thumbnail"), 5);
     EXPECT_EQ(figures.rowsInserted, 6U);
