@@ -162,9 +162,11 @@ TEST_F(ScanTest, FilesAreReadAheadSixteenAtATime) {
 
 TEST_F(ScanTest, WhatHoldsAReadingUpHoldsNeitherACancellationNorTheNextScanUp) {
     std::atomic<bool> isStopped = false;
+    std::atomic<bool> isAnswering = false;
     std::promise<void> begun;
     std::promise<void> letGo;
     importers.cannotRead = [&](const QString&, const std::stop_token& stop) {
+        if (isAnswering) return false;
         const std::stop_callback note(stop, [&] { isStopped = true; });
         begun.set_value();
         letGo.get_future().wait();
@@ -179,8 +181,12 @@ TEST_F(ScanTest, WhatHoldsAReadingUpHoldsNeitherACancellationNorTheNextScanUp) {
     scanQueue.cancelAllOperations();
     scanQueue.waitUntilAllOperationsAreFinished();
     EXPECT_TRUE(isStopped);
-    letGo.set_value();
     EXPECT_EQ(images(), QStringList());
+    isAnswering = true;
+    startScan();
+    EXPECT_TRUE(support::spinUntil([this] { return finished == 1; }));
+    EXPECT_EQ(shown(), words("a.jpg"));
+    letGo.set_value();
 }
 
 /// A row that says that nothing is known of a picture is for what was looked at.
