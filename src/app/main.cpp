@@ -53,7 +53,7 @@ namespace {
 
 constexpr int failure = 1;
 /// After the loop: the queues end within milliseconds, unless a disk holds them.
-constexpr std::chrono::milliseconds farewell{1500};
+constexpr std::chrono::milliseconds farewell{1000};
 /// Of a desktop that has this process started.
 constexpr std::chrono::seconds longestWaitForCall{10};
 

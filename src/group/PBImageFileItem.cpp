@@ -39,6 +39,12 @@ PBImageFileItem::~PBImageFileItem() {
     setIsSelected(false);
 }
 
+PBImageFileItem::Sameness PBImageFileItem::samenessWith(const PBImageFileItem& other) const {
+    if (_fileId == other._fileId) return Sameness::Same;
+    const bool isAtItsPlace = _folderId == other._folderId && fileName() == other.fileName();
+    return isAtItsPlace ? Sameness::WrittenAnew : Sameness::None;
+}
+
 void PBImageFileItem::setImageSize(QSizeF size) {
     _imageWidth.store(size.width());
     _imageHeight.store(size.height());

@@ -53,6 +53,10 @@ public:
     /// Valid as long as the item, also when it is renamed meanwhile.
     [[nodiscard]] const QString& fileName() const { return _fileName.text(); }
     void setFileName(const QString& fileName) { _fileName.setText(fileName); }
+    /// In a later tree a photograph may be another item, and has another id when its file was
+    /// written anew. In the order of what they say.
+    enum class Sameness { None, WrittenAnew, Same };
+    [[nodiscard]] Sameness samenessWith(const PBImageFileItem& other) const;
     /// Bytes.
     [[nodiscard]] quint64 fileSize() const { return _fileSize; }
     /// Content modification, seconds since 1970.

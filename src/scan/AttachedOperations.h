@@ -58,6 +58,7 @@ public:
         : _dictionary(std::move(dictionary)), _rewrittenFiles(std::move(rewrittenFiles)),
           _onlyRewritten(onlyRewritten) {}
     void runWithOwnerNSOperation(platform::Operation& owner, bool isLast) override;
+    [[nodiscard]] bool publishesWhenLast() const override { return false; }
     bool takesOver(const PBScanAttachOperation& later) override;
 
 private:

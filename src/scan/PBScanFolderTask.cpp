@@ -123,9 +123,11 @@ void PBScanFolderTask::walkFolder(Run& run) const {
         if (waiting.size() > inHand) takeFirst();
         return true;
     };
-    const auto undecodable = [&](const QString& name) {
+    const auto undecodable = [&](const DirectoryEntry& entry) {
         const auto& tell = _dictionary->services->leftOutForItsName;
-        if (tell) tell(run.folderPath, name);
+        const bool mayHavePhotographs = entry.isDirectory ? !entry.isPackage && !entry.isLink
+                                                          : importerOf(run, entry.name) != nullptr;
+        if (tell && mayHavePhotographs) tell(run.folderPath, entry.name);
     };
     if (platform::FileManager::enumerate(run.folderPath, visit, undecodable))
         run.trigger->setIncomplete();
@@ -224,11 +226,12 @@ void PBScanFolderTask::takeFile(Run& run, Entry& waiting) const {
     // As it was before the catalogue was asked.
     const std::uint64_t unknownAt = run.folderAt.value_or(0);
     checkAttachedOperation(run.operation);
-    NewFile file = waiting.file.isValid() ? _dictionary->services->readAhead->wait(
-                                                std::move(waiting.file), run.operation.stopToken())
-                                          : readNewFile(
-                                                platform::pathInFolder(run.folderPath, name),
-                                                std::move(importer), run.operation.stopToken());
+    const QString path = platform::pathInFolder(run.folderPath, name);
+    ReadAhead* ahead = _dictionary->services->readAhead;
+    if (ahead && !waiting.file.isValid()) waiting.file = ahead->read(path, std::move(importer));
+    const std::stop_token stop = run.operation.stopToken();
+    NewFile file = ahead ? ahead->wait(std::move(waiting.file), stop)
+                         : readNewFile(path, std::move(importer), stop);
     if (!file.values || run.operation.isCancelled()) return;
     if (file.properties.status == codec::PropertiesStatus::NotNow) {
         run.unread.append(name);

@@ -20,6 +20,10 @@ std::optional<platform::ResourceValues> valuesOfFile(const QString& path) {
     return values;
 }
 
+std::unique_ptr<platform::OperationQueue> makeQueue(int threads) {
+    return std::make_unique<platform::OperationQueue>(QStringLiteral("read"), threads);
+}
+
 } // namespace
 
 NewFile readNewFile(
@@ -51,7 +55,7 @@ struct ReadAhead::Wish {
 ReadAhead::ReadAhead(int cores, PBImageImporterManager& importers)
     : _importers(importers),
       _capacity(static_cast<std::size_t>(std::max(1, cores)) * groupsInHand * readTogetherAtMost),
-      _queue(QStringLiteral("read"), std::max(1, cores)) {}
+      _threads(std::max(1, cores)), _queue(makeQueue(_threads)) {}
 
 ReadAhead::~ReadAhead() = default;
 
@@ -83,17 +87,31 @@ void ReadAhead::begin() {
     for (const auto& gathered : _gathered) {
         if (const auto job = gathered.lock()) job->isBegun = true;
     }
+    leaveStuckBehind();
     const auto wish = std::exchange(_wish, nullptr);
-    _queue.addOperation([jobs = std::exchange(_gathered, {}), &importers = _importers,
-                         stop = wish->stop.get_token()] { readTogether(jobs, importers, stop); });
+    const auto begun = std::make_shared<Begun>();
+    begun->jobs = std::exchange(_gathered, {});
+    begun->stop = wish->stop.get_token();
+    _begun.push_back(begun);
+    _queue->addOperation([begun, &importers = _importers] { readTogether(*begun, importers); });
 }
 
-void ReadAhead::readTogether(
-    const Jobs& jobs, PBImageImporterManager& importers, const std::stop_token& stop) {
+/// A call to a disk that does not answer can't be stopped.
+void ReadAhead::leaveStuckBehind() {
+    std::erase_if(_begun, [](const auto& begun) { return begun->isRead.load(); });
+    std::erase_if(_stuck, [](const auto& queue) { return queue->operationCount() == 0; });
+    const bool isAnyUnwanted =
+        std::ranges::any_of(_begun, [](const auto& begun) { return begun->stop.stop_requested(); });
+    if (!isAnyUnwanted) return;
+    _stuck.push_back(std::exchange(_queue, makeQueue(_threads)));
+    _begun.clear();
+}
+
+void ReadAhead::readTogether(Begun& begun, PBImageImporterManager& importers) {
     std::vector<std::shared_ptr<Job>> wanted;
     std::vector<QString> readable;
     std::vector<NewFile*> files;
-    for (const auto& waiting : jobs) {
+    for (const auto& waiting : begun.jobs) {
         auto job = waiting.lock();
         if (!job) continue;
         NewFile& file = job->file;
@@ -104,9 +122,10 @@ void ReadAhead::readTogether(
         }
         wanted.push_back(std::move(job));
     }
-    auto properties = importers.propertiesOfImages(readable, stop);
+    auto properties = importers.propertiesOfImages(readable, begun.stop);
     for (std::size_t index = 0; index < files.size(); ++index)
         files[index]->properties = std::move(properties[index]);
+    begun.isRead = true;
     for (const auto& job : wanted) {
         const platform::Lock lock(job->mutex);
         job->isRead = true;

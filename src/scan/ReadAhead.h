@@ -4,6 +4,7 @@
 #include "platform/files/FileManager.h"
 #include "platform/tasks/OperationQueue.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <span>
@@ -57,19 +58,29 @@ public:
     [[nodiscard]] std::size_t capacity() const { return _capacity; }
     [[nodiscard]] Reading read(QString path, std::unique_ptr<PBImageImporterProtocol> importer);
     /// Blocks until the file is read. Stopped, it answers nothing, and whatever holds the reading
-    /// up is not waited for.
+    /// up is not waited for, nor by what is read next.
     [[nodiscard]] NewFile wait(Reading reading, const std::stop_token& stop);
 
 private:
     using Jobs = std::vector<std::weak_ptr<Job>>;
+    /// Jobs that a thread has, or is about to get.
+    struct Begun {
+        Jobs jobs;
+        std::stop_token stop;
+        std::atomic<bool> isRead = false;
+    };
 
     void begin();
-    static void
-    readTogether(const Jobs& jobs, PBImageImporterManager& importers, const std::stop_token& stop);
+    void leaveStuckBehind();
+    static void readTogether(Begun& begun, PBImageImporterManager& importers);
 
     PBImageImporterManager& _importers;
     const std::size_t _capacity;
     Jobs _gathered;              ///< not begun yet
     std::shared_ptr<Wish> _wish; ///< of those
-    platform::OperationQueue _queue;
+    std::vector<std::shared_ptr<const Begun>> _begun;
+    const int _threads;
+    std::unique_ptr<platform::OperationQueue> _queue;
+    /// Whose threads stand in the kernel for files that nobody wants any more.
+    std::vector<std::unique_ptr<platform::OperationQueue>> _stuck;
 };

@@ -40,7 +40,7 @@ struct ScanServices {
     ReadAhead* readAhead = nullptr;
     /// Whether a file is new and still being written; it is left alone then. May be empty.
     std::function<bool(const QString& path)> isBeingWritten = {};
-    /// A file was left out because its name is no text. May be empty.
+    /// A photograph, or a folder, was left out because its name is no text. May be empty.
     std::function<void(const QString& folder, const QString& name)> leftOutForItsName = {};
     /// How disks spell what is on them.
     const platform::NamesOnDisk* namesOnDisk = &platform::NamesOnDisk::real();

@@ -101,6 +101,9 @@ TEST_F(BrowserSelectionTest, aHeadOrARowNextToTheMiddleIsTheAnchor) {
     tree.remove(0, {inGap->imageFileItem});
     leaves.refresh();
     EXPECT_EQ(restored(inGap), -1);
+    tree.add(0, inGap->imageFileItem->fileName()); // its file was written anew
+    leaves.refresh();
+    EXPECT_GT(restored(inGap), visible.top()) << "the last one";
     editing = tree.item(0, 25);
     EXPECT_EQ(capture()->imageFileItem, editing) << "one that is being renamed, wherever it is";
 }

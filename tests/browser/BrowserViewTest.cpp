@@ -131,6 +131,10 @@ TEST_F(BrowserViewTest, whatTheSelectedImagesLeaveIsTakenByTheirNeighbour) {
     tree->add(3, u"d1"_s);
     tree->node(3).sortAddImageFileItem(same, 0, false);
     EXPECT_EQ(takeAway({{3, 0}}, false), u"again at again"_s);
+    // Its file was written anew.
+    view->GotoIndex({3, 1});
+    tree->add(1, u"again"_s);
+    EXPECT_EQ(takeAway({{3, 1}}, false), u"again at again"_s);
 }
 
 TEST_F(BrowserViewTest, theImageInTheMiddleStaysWhenATreeIsSwappedInOrTheSizeChanges) {

@@ -2,6 +2,8 @@
 #include "platform/tasks/ExitDeadline.h"
 #include "support/Support.h"
 
+#include <QDeadlineTimer>
+
 #include <latch>
 
 using platform::Operation;
@@ -200,6 +202,17 @@ TEST(ExitDeadline, IsMetByWhoeverIsNotGoneInTime) {
         const platform::ExitDeadline kept(std::chrono::hours(1), [&] { ++passed; });
     }
     EXPECT_EQ(passed, 0);
-    const platform::ExitDeadline missed(std::chrono::milliseconds(1), [&] { ++passed; });
+    std::optional<platform::ExitDeadline::Hold> storing(std::in_place);
+    std::atomic<bool> isStoring = true;
+    bool isCut = false;
+    const platform::ExitDeadline missed(std::chrono::milliseconds(100), [&] {
+        isCut = isStoring;
+        ++passed;
+    });
+    const QDeadlineTimer later(150);
+    EXPECT_TRUE(support::spinUntil([&] { return later.hasExpired(); }));
+    isStoring = false;
+    storing.reset();
     EXPECT_TRUE(support::spinUntil([&] { return passed == 1; }));
+    EXPECT_FALSE(isCut);
 }

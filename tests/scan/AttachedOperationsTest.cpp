@@ -87,18 +87,27 @@ TEST_F(AttachTest, EditsMoveItemsAndABurstOfThemIsPublishedOnce) {
     EXPECT_TRUE(lastPublication()->updateScrollCapture) << "the browser stays at its place";
 
     // In one drain with a look at the disk, which finds nothing to show.
-    int dropped = 0;
-    const auto last = lastPublication();
-    const std::shared_ptr<const PBGroupItem> leaf(last, last->groupItemArray.front().get());
-    const std::vector<PBGroupItemChain> chains(1, {leaf});
-    scanQueue.setSuspended(true);
-    factory->attach(std::make_shared<PBRemoveFileItemOperation>(dictionary(), chains));
-    attachScanOperation(
-        dictionary()->AttachOperationArray, scanQueue, rescan(), [&] { ++dropped; });
-    waitForQueues();
-    EXPECT_EQ(dropped, 0) << "nothing comes in the place of what waits";
-    EXPECT_TRUE(workTree->empty()) << "an emptied group goes";
-    EXPECT_EQ(shown(), QStringList());
+    for (const bool isCheck : {false, true}) {
+        SCOPED_TRACE(isCheck);
+        scan();
+        std::shared_ptr<PBScanAttachOperation> looking = rescan();
+        if (isCheck) {
+            looking = std::make_shared<PBCheckFileItemExistAttachOperation>(
+                dictionary(), QStringList(path(u"none.jpg"_s)), true);
+        }
+        int dropped = 0;
+        const auto last = lastPublication();
+        const std::shared_ptr<const PBGroupItem> leaf(last, last->groupItemArray.front().get());
+        const std::vector<PBGroupItemChain> chains(1, {leaf});
+        scanQueue.setSuspended(true);
+        factory->attach(std::make_shared<PBRemoveFileItemOperation>(dictionary(), chains));
+        attachScanOperation(
+            dictionary()->AttachOperationArray, scanQueue, looking, [&] { ++dropped; });
+        waitForQueues();
+        EXPECT_EQ(dropped, 0) << "nothing comes in the place of what waits";
+        EXPECT_TRUE(workTree->empty()) << "an emptied group goes";
+        EXPECT_EQ(shown(), QStringList());
+    }
 }
 
 /// One place in the north, found from some moment on.

@@ -25,15 +25,19 @@ TEST_F(ScanTest, WhatIsOnDiskComesIntoTheCatalogueAndNothingElse) {
     ASSERT_TRUE(QFile::link(path({}), path(u"sub/around"_s)));
     ASSERT_TRUE(QFile::link(u"itself.jpg"_s, path(u"none/itself.jpg"_s)));
     ASSERT_TRUE(QFile::link(u"nowhere"_s, path(u"none/dangling.jpg"_s)));
-    const QByteArray undecodable = QFile::encodeName(path(u"sub"_s)) + "/\xfc.jpg";
-    ::close(::open(undecodable.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+    for (const char* name : {"/\xfc.jpg", "/\xfc.txt"}) {
+        const QByteArray undecodable = QFile::encodeName(path(u"sub"_s)) + name;
+        ::close(::open(undecodable.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+    }
+    ASSERT_EQ(::mkdir(QFile::encodeName(path(u"sub"_s)) + "/\xfc", 0700), 0);
     const QString longest = QString(251, u'n') + u".jpg"_s;
     makePicture(longest);
     scan();
 
     EXPECT_EQ(images(), words("a.jpg b.PNG c.jpg d.jpg damaged.jpg") + QStringList{longest});
     EXPECT_EQ(shown(), images());
-    EXPECT_EQ(leftOut, QStringList{path(u"sub/\uFFFD.jpg"_s)});
+    leftOut.sort();
+    EXPECT_EQ(leftOut, (QStringList{path(u"sub/\uFFFD"_s), path(u"sub/\uFFFD.jpg"_s)}));
     EXPECT_EQ(rows(u"select RelativePath from Folder order by 1"_s), words("NULL sub sub/deep"));
     EXPECT_EQ(count(thumbnails, "Thumbnail"), 5);
     EXPECT_EQ(figures.rowsInserted, 6U);
@@ -158,9 +162,11 @@ TEST_F(ScanTest, FilesAreReadAheadSixteenAtATime) {
 
 TEST_F(ScanTest, WhatHoldsAReadingUpHoldsNeitherACancellationNorTheNextScanUp) {
     std::atomic<bool> isStopped = false;
+    std::atomic<bool> isAnswering = false;
     std::promise<void> begun;
     std::promise<void> letGo;
     importers.cannotRead = [&](const QString&, const std::stop_token& stop) {
+        if (isAnswering) return false;
         const std::stop_callback note(stop, [&] { isStopped = true; });
         begun.set_value();
         letGo.get_future().wait();
@@ -175,8 +181,12 @@ TEST_F(ScanTest, WhatHoldsAReadingUpHoldsNeitherACancellationNorTheNextScanUp) {
     scanQueue.cancelAllOperations();
     scanQueue.waitUntilAllOperationsAreFinished();
     EXPECT_TRUE(isStopped);
-    letGo.set_value();
     EXPECT_EQ(images(), QStringList());
+    isAnswering = true;
+    startScan();
+    EXPECT_TRUE(support::spinUntil([this] { return finished == 1; }));
+    EXPECT_EQ(shown(), words("a.jpg"));
+    letGo.set_value();
 }
 
 /// A row that says that nothing is known of a picture is for what was looked at.

@@ -100,6 +100,8 @@ TEST_F(LargeViewTest, followsTheTreeByGroupBySelectionAndByRequest) {
     EXPECT_EQ(shownOf({items[2], items[3], items[1]}), u"bCd|c");
     EXPECT_EQ(shownOf({items[0], items[2], items[1]}), u"bC|c")
         << "nothing new comes to a selection";
+    const auto anew = support::makeItem(u"c"_s, 199, 1, 1, folderId);
+    EXPECT_EQ(shownOf({items[1], items[3], anew}), u"bC|c") << "its file was written anew";
 
     const auto asked = std::make_shared<PBOpenFolderObject>();
     asked->folderPath = path(u"photos");

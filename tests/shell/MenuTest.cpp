@@ -2,6 +2,7 @@
 #include "group/ItemOrder.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/program/TextLanguages.h"
+#include "platform/tasks/MainLoop.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/panes/ThumbnailSizeSlider.h"
 
@@ -226,6 +227,7 @@ TEST(MenuShortcutsTest, meetTheStateOfTheirMomentAndTypedTextReadsNone) {
     for (const MenuTag tag : {MenuTag::File, MenuTag::Edit, MenuTag::View})
         Q_EMIT menu.menuWithTag(tag)->aboutToShow();
     EXPECT_EQ(pasteboardLooks, 1);
+    EXPECT_TRUE(platform::MainLoop::instance()->isTracking()) << "what is shown stays meanwhile";
 }
 
 TEST(ThumbnailSizeSliderTest, theMiddleCatchesAndCanBeLeftByKeys) {

@@ -1,5 +1,6 @@
 #include "ui/PBPathControl.h"
 
+#include "platform/tasks/MainLoop.h"
 #include "support/Mouse.h"
 
 #include <QMenu>
@@ -69,9 +70,11 @@ TEST(PBPathControlTest, keysAndTheLeftButtonOpenTheMenuOfACell) {
     control.setGroupTypeArray(control.groupTypeArray()); // the same: the keyboard stays
     QTest::keyClick(&control, Qt::Key_Space);
     ASSERT_TRUE(menu());
+    EXPECT_TRUE(platform::MainLoop::instance()->isTracking()) << "the groups stay meanwhile";
     menu()->actions().constFirst()->trigger();
     EXPECT_EQ(clicked, (std::vector<PBGroupMenuAction>{{PBGroupMenuAction::Add, 1}}));
     menu()->close();
+    EXPECT_FALSE(platform::MainLoop::instance()->isTracking());
     ASSERT_TRUE(support::spinUntil([&] { return !menu(); }));
     show({4, 5}); // of another chain the first cell is next
     QTest::keyClick(&control, Qt::Key_Left);

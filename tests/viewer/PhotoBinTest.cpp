@@ -177,6 +177,10 @@ TEST_F(PhotoBinTest, aNewListKeepsThePhotographThatIsShownWhereverItIs) {
     EXPECT_EQ(reloaded(again), u"rS @0 ");
     EXPECT_EQ(bin.focusImageFileItem(), again[0]);
     EXPECT_TRUE(again[0]->isSelected());
+    // Its file was written anew: nothing that was loaded is of use.
+    const auto anew = PBImageFileItem::imageFileItemWithId(9, 1, u"4"_s, 1, 1);
+    EXPECT_EQ(reloaded({item(5), item(6), anew}), u"ls2S @2 ");
+    EXPECT_TRUE(anew->isSelected());
 
     EXPECT_EQ(reloaded({}), u"ls-1S @-1 ");
     EXPECT_TRUE(cannotMove());

@@ -108,6 +108,18 @@ PBImageBrowserIndex BrowserLeafList::indexForImageFile(const PBImageFileItem& im
     return {};
 }
 
+PBImageBrowserIndex BrowserLeafList::indexOfSamePhotograph(const PBImageFileItem& imageFile) const {
+    PBImageBrowserIndex found;
+    auto most = PBImageFileItem::Sameness::None;
+    forEachImage(FoldedLeaves::Included, [&](const PBImageBrowserIndex& index, const auto& item) {
+        const auto sameness = item->samenessWith(imageFile);
+        if (sameness <= most) return;
+        most = sameness;
+        found = index;
+    });
+    return found;
+}
+
 std::int64_t BrowserLeafList::groupOfData(const PBGroupItemData& data) const {
     const auto found =
         std::ranges::find(_leaves, &data, [](const Leaf& leaf) { return leaf.data.get(); });

@@ -46,6 +46,8 @@ public:
     indexForImageFile(const std::shared_ptr<PBImageFileItem>& imageFile) const {
         return imageFile ? indexForImageFile(*imageFile) : PBImageBrowserIndex{};
     }
+    /// Of the item that shows this photograph, as which it may have come again.
+    [[nodiscard]] PBImageBrowserIndex indexOfSamePhotograph(const PBImageFileItem& imageFile) const;
     /// The leaf with this data; -1 if there is none.
     [[nodiscard]] std::int64_t groupOfData(const PBGroupItemData& data) const;
     /// Where searches begin.

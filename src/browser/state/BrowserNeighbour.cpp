@@ -16,11 +16,7 @@ BrowserNeighbour::BrowserNeighbour(
 std::shared_ptr<PBImageFileItem> BrowserNeighbour::taken(const BrowserLeafList& leaves) const {
     if (!_current || leaves.leafCount() == 0) return nullptr;
     if (leaves.indexForImageFile(_current).isValid()) return nullptr;
-    std::shared_ptr<PBImageFileItem> again;
-    leaves.forEachImage(FoldedLeaves::Included, [&](const PBImageBrowserIndex&, const auto& item) {
-        if (item->fileId() == _current->fileId()) again = item;
-    });
-    if (again) return again;
+    if (auto again = leaves.imageFileAtIndex(leaves.indexOfSamePhotograph(*_current))) return again;
     // Leaves may be empty for a moment; and nothing is selected out of sight.
     const auto hasShown = [&](std::int64_t group) {
         return leaves.imageFileCount(group) > 0 && leaves.takesPart(group, FoldedLeaves::Excluded);

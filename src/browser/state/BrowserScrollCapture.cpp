@@ -89,7 +89,8 @@ std::optional<double> scrollPositionOfCapture(
     double centre = 0;
     if (capture.imageFileItem) {
         // The image may have moved to another leaf.
-        const PBImageBrowserIndex index = leaves.indexForImageFile(capture.imageFileItem);
+        PBImageBrowserIndex index = leaves.indexForImageFile(capture.imageFileItem);
+        if (!index.isValid()) index = leaves.indexOfSamePhotograph(*capture.imageFileItem);
         if (!index.isValid()) return std::nullopt;
         centre = cellCentre(layout, index);
     } else {

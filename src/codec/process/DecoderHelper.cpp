@@ -213,7 +213,8 @@ DecoderHelper::Outcome DecoderHelper::waitForReply(
             deadline = now + (time - used);
             continue;
         }
-        if (isComputing) outcome = Outcome::OutOfTime;
+        // One that got less of the processor was held up by others, or by a disk.
+        if (used >= time) outcome = Outcome::OutOfTime;
         break;
     }
     if (!isStopping) return outcome;

@@ -35,7 +35,7 @@ public:
         Answered,  ///< a reply came, good or bad
         Stopped,   ///< the caller asked to stop; the process may be gone
         Crashed,   ///< it ended itself over what it was asked
-        OutOfTime, ///< it computed for too long, and was ended
+        OutOfTime, ///< it computed for all its time, and was ended
         Lost,      ///< it did not come up, was ended by others, or waited for too long
         Unsent,    ///< it was gone before the request reached it
     };

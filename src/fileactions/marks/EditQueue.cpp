@@ -4,6 +4,7 @@
 #include "fileactions/marks/ShownPhotographs.h"
 #include "group/FolderPaths.h"
 #include "platform/program/LocalizedTexts.h"
+#include "platform/tasks/ExitDeadline.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 
@@ -72,6 +73,7 @@ void EditQueue::store(Store store, qint64 photographs, Stored done) {
 
 void EditQueue::finish() {
     platform::assertMainThread();
+    const platform::ExitDeadline::Hold hold;
     _isFinishing = true;
     drain();
     if (_isOtherRunning) {

@@ -135,7 +135,7 @@ EntryLook OpenFolder::look(const QString& name) const {
 
 std::error_code enumerate(
     const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor,
-    const std::function<void(const QString& name)>& undecodable) {
+    const std::function<void(const DirectoryEntry&)>& undecodable) {
     const QByteArray bytes = QFile::encodeName(folder);
     const DirectoryHandle directory = openDirectory(bytes);
     if (!directory) return lastError();
@@ -146,15 +146,17 @@ std::error_code enumerate(
         if (found->d_name[0] == '.') continue;
         DirectoryEntry entry;
         entry.name = QFile::decodeName(found->d_name);
-        if (QFile::encodeName(entry.name) != found->d_name) {
-            if (undecodable) undecodable(entry.name);
-            continue;
-        }
+        const bool isDecodable = QFile::encodeName(entry.name) == found->d_name;
+        if (!isDecodable && !undecodable) continue;
         entry.isDirectory = isDirectoryAt(::dirfd(directory.get()), *found);
         entry.isPackage = entry.isDirectory && isPackageName(entry.name);
         entry.isLink = isLinkAt(::dirfd(directory.get()), *found);
         entry.inode = found->d_ino;
-        if (!visitor(entry)) return {};
+        if (!isDecodable) {
+            undecodable(entry);
+        } else if (!visitor(entry)) {
+            return {};
+        }
     }
 }
 

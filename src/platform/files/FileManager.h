@@ -77,7 +77,7 @@ private:
 /// of opening or reading the folder; no error is the zero code.
 [[nodiscard]] std::error_code enumerate(
     const QString& folder, const std::function<bool(const DirectoryEntry&)>& visitor,
-    const std::function<void(const QString& name)>& undecodable = {});
+    const std::function<void(const DirectoryEntry&)>& undecodable = {});
 
 /// Gives a file or folder another path on the same file system. What has that path already is left
 /// as it is, with the error `file_exists`, unless it is the very same file (a name that differs in

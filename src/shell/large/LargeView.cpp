@@ -242,7 +242,7 @@ void LargeView::showList(LargeViewLists::List list) {
 bool LargeView::hasFocusIn(const LargeViewLists::List& list) const {
     const auto focus = _controller->bin().focusImageFileItem();
     return !focus || std::ranges::any_of(list.items, [&focus](const auto& item) {
-        return item->fileId() == focus->fileId();
+        return item->samenessWith(*focus) != PBImageFileItem::Sameness::None;
     });
 }
 

@@ -4,6 +4,7 @@
 #include "group/PBImageFileItem.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace {
@@ -29,14 +30,22 @@ List ofGroup(const BrowserLeafList& leaves, std::int64_t group) {
 std::optional<List> stillThere(const BrowserLeafList& leaves, const PhotoBin& bin) {
     if (bin.count() == 0) return std::nullopt;
     std::unordered_set<qint64> fileIds;
+    std::unordered_multimap<QString, const PBImageFileItem*> byName;
     std::unordered_set<const PBImageFileItem*> items;
     for (const auto& item : bin.fileItemArray()) {
         fileIds.insert(item->fileId());
+        byName.emplace(item->fileName(), item.get());
         items.insert(item.get());
     }
+    const auto isWrittenAnew = [&](const PBImageFileItem& item) {
+        const auto [first, last] = byName.equal_range(item.fileName());
+        return std::any_of(first, last, [&](const auto& named) {
+            return item.samenessWith(*named.second) == PBImageFileItem::Sameness::WrittenAnew;
+        });
+    };
     bool isSame = true;
     PBImageFileArray images = imagesWhere(leaves, [&](const PBImageFileItem& item) {
-        const bool isIn = fileIds.erase(item.fileId()) > 0;
+        const bool isIn = fileIds.erase(item.fileId()) > 0 || isWrittenAnew(item);
         isSame = isSame && (!isIn || items.contains(&item));
         return isIn;
     });

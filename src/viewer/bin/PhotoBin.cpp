@@ -28,11 +28,10 @@ std::int64_t PhotoBin::indexOfFocus() const {
     return found == _fileItemArray.end() ? -1 : static_cast<std::int64_t>(found.index());
 }
 
-std::int64_t PhotoBin::indexOfSamePhotograph() const {
-    const auto found =
-        std::ranges::find(_fileItemArray, _focusImageFileItem->fileId(), [](const auto& item) {
-            return item->fileId();
-        });
+std::int64_t PhotoBin::indexOf(PBImageFileItem::Sameness sameness) const {
+    const auto found = std::ranges::find(_fileItemArray, sameness, [this](const auto& item) {
+        return item->samenessWith(*_focusImageFileItem);
+    });
     return found == _fileItemArray.end() ? -1 : static_cast<std::int64_t>(found.index());
 }
 
@@ -46,9 +45,10 @@ void PhotoBin::refreshFocusIndex() {
         _focusIndex = known;
         return;
     }
-    const std::int64_t same = indexOfSamePhotograph();
+    const std::int64_t same = indexOf(PBImageFileItem::Sameness::Same);
     if (same >= 0) return replaceFocus(same);
-    takeFocus(std::clamp<std::int64_t>(_focusIndex, 0, count() - 1));
+    const std::int64_t anew = indexOf(PBImageFileItem::Sameness::WrittenAnew);
+    takeFocus(anew >= 0 ? anew : std::clamp<std::int64_t>(_focusIndex, 0, count() - 1));
 }
 
 void PhotoBin::replaceFocus(std::int64_t index) {

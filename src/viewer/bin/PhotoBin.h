@@ -55,8 +55,8 @@ public:
     void setLoadDirection(int direction) { _loadDirection = direction; }
 
     /// Finds the focus in the list as it is now. A photograph that is still there stays on show;
-    /// one that came back as another item is shown as that; for one that is gone the photograph at
-    /// its index takes over, or the last.
+    /// one that came back as another item is shown as that, and anew if its file was; for one that
+    /// is gone the photograph at its index takes over, or the last.
     void refreshFocusIndex();
 
     [[nodiscard]] bool canPrev() const { return _focusIndex > 0; }
@@ -83,7 +83,8 @@ private:
     void takeFocus(std::int64_t index);
     void replaceFocus(std::int64_t index);
     [[nodiscard]] std::int64_t indexOfFocus() const;
-    [[nodiscard]] std::int64_t indexOfSamePhotograph() const;
+    /// -1 where none is that to the focus, which there is.
+    [[nodiscard]] std::int64_t indexOf(PBImageFileItem::Sameness sameness) const;
 
     PhotoBinHost& _host;
     PhotoBinStrip& _strip;

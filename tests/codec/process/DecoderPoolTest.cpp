@@ -350,7 +350,11 @@ TEST_F(DecoderPoolTest, filesAreLetGoOfWithTheReply) {
 TEST_F(DecoderPoolTest, whatAProcessEndedOfTellsWhetherItsPictureIsToBlame) {
     using enum codec::process::DecoderHelper::Outcome;
     const std::pair<const char*, codec::process::DecoderHelper::Outcome> cases[] = {
-        {"crash", Crashed}, {"spin", OutOfTime}, {"greet", OutOfTime}, {"sleep", Lost}};
+        {"crash", Crashed},
+        {"spin", OutOfTime},
+        {"greet", OutOfTime},
+        {"sleep", Lost},
+        {"doze", Lost}};
     for (const auto& [order, outcome] : cases) {
         SCOPED_TRACE(order);
         const auto helper =

@@ -93,6 +93,14 @@ public:
             const std::atomic<int> never = 0;
             never.wait(0); // as for a disk that does not answer
         }
+        if (order == "doze") { // as on a slow disk, or among others that compute
+            while (true) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(9));
+                const std::clock_t end = std::clock() + CLOCKS_PER_SEC / 1000;
+                while (std::clock() < end) {
+                }
+            }
+        }
         if (order == "greet") {
             const codec::process::Reply greeting{.status = codec::process::Status::Done};
             while (codec::process::sendPacket(
