@@ -120,8 +120,10 @@ double edit(FMDatabase& both, const std::vector<qint64>& ids, int stars) {
     return bench::millisecondsOf([&] {
         const auto stored = fileactions::storeEdit(
             both, {{1, QStringLiteral("/pictures")}},
-            fileactions::MarksEdit::ofPhotographs(
-                ids, {.stars = stars, .flag = {}, .tags = {}, .rotation = {}}));
+            {.photographs =
+                 {{.fileIds = ids,
+                   .change = {.stars = stars, .flag = {}, .tags = {}, .rotation = {}}}},
+             .paths = {}});
         require(std::holds_alternative<fileactions::PerformedEdit>(stored), "the edit");
     });
 }

@@ -131,7 +131,7 @@ private:
     platform::UserDefaults _userDefaults;
     BrowsingSettings _browsing;
     Preferences _preferences;
-    platform::Mutex _insertFolderAliasLock;
+    platform::Mutex _insertFolderAliasLock; ///< of rows of the catalogue that tell of roots
     std::unique_ptr<platform::OperationQueue> _scanOperationQueue;
     std::unique_ptr<platform::OperationQueue> _preloadThumbnailOperationQueue;
     std::unique_ptr<platform::OperationQueue> _buildThumbOperationQueue;

@@ -1,6 +1,7 @@
 #include "app/CatalogueConnections.h"
 
 #include "FMDB/FMDatabase.h"
+#include "app/CatalogueFiles.h"
 #include "catalogue/CatalogueIdentity.h"
 #include "catalogue/DatabaseFile.h"
 #include "catalogue/PBCatalogue.h"
@@ -9,9 +10,6 @@
 #include <QFile>
 
 namespace {
-
-const QString filesName = QStringLiteral("files.db");
-const QString thumbnailName = QStringLiteral("thumbnail.db");
 
 using Prepare = CatalogueConnections::Prepare;
 
@@ -52,7 +50,7 @@ void tellIfUnusable(FMDatabase& connection) {
 
 /// Thumbnails can all be made again: a damaged file of them makes room for a new one.
 std::unique_ptr<FMDatabase> openReadableThumbnails(const Prepare& prepare) {
-    auto connection = openFile(thumbnailName, prepare);
+    auto connection = openFile(CatalogueFiles::thumbnails, prepare);
     PBCatalogue(*connection).checkTables_Thumbnail();
     if (!isUsable(*connection) && connection->isFileDamaged()) {
         const QString path = connection->databasePath();
@@ -61,7 +59,7 @@ std::unique_ptr<FMDatabase> openReadableThumbnails(const Prepare& prepare) {
         // One is enough to find out what happened.
         QFile::remove(path + QStringLiteral(".damaged"));
         const QString aside = DatabaseFile::moveAside(path);
-        connection = openFile(thumbnailName, prepare);
+        connection = openFile(CatalogueFiles::thumbnails, prepare);
         PBCatalogue(*connection).checkTables_Thumbnail();
         if (!aside.isEmpty() && isUsable(*connection)) {
             platform::complain(
@@ -103,15 +101,15 @@ std::unique_ptr<FMDatabase> openThumbnails(FMDatabase& files, const Prepare& pre
 } // namespace
 
 CatalogueConnections::CatalogueConnections(const Prepare& prepare) {
-    _mainFileDb = openFile(filesName, prepare);
+    _mainFileDb = openFile(CatalogueFiles::files, prepare);
     PBCatalogue(*_mainFileDb).checkTables_FilesDb();
     tellIfUnusable(*_mainFileDb);
     _mainThumbDb = openThumbnails(*_mainFileDb, prepare);
-    _scanFileDb = openFile(filesName, prepare);
+    _scanFileDb = openFile(CatalogueFiles::files, prepare);
     const bool hasThumbnails = _mainThumbDb->sqliteHandle() != nullptr;
     for (auto* connection : {&_preloadThumbDb, &_buildThumbDb}) {
-        *connection = hasThumbnails ? openFile(thumbnailName, prepare)
-                                    : FMDatabase::databaseWithFileName(thumbnailName);
+        *connection = hasThumbnails ? openFile(CatalogueFiles::thumbnails, prepare)
+                                    : FMDatabase::databaseWithFileName(CatalogueFiles::thumbnails);
     }
     storeWithoutWaiting(*_buildThumbDb);
 }

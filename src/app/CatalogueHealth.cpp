@@ -1,6 +1,7 @@
 #include "app/CatalogueHealth.h"
 
 #include "FMDB/FMDatabase.h"
+#include "app/CatalogueFiles.h"
 #include "catalogue/CatalogueRepair.h"
 #include "catalogue/DatabaseFile.h"
 #include "catalogue/marks/MarksFile.h"
@@ -22,9 +23,6 @@ using platform::localizedString;
 
 namespace {
 
-const QString filesName = QStringLiteral("files.db");
-const QString thumbnailName = QStringLiteral("thumbnail.db");
-const QString marksName = QStringLiteral("marks.db");
 const QString repairSuffix = QStringLiteral(".repair");
 
 bool touch(const QString& path) {
@@ -68,7 +66,8 @@ void CatalogueHealth::observeMarks(FMDatabase& connection) {
             }
             // SQLite does not say which of two files it is, and this one may still be locked here.
             postToMain([this, file, code, message] {
-                const QString ledger = platform::pathInFolder(_environment.folder, marksName);
+                const QString ledger =
+                    platform::pathInFolder(_environment.folder, CatalogueFiles::marks);
                 const bool isIt = marks::stateOfLedger(ledger) == marks::FileState::Damaged;
                 noteFailure(isIt ? ledger : file, code, message);
             });
@@ -92,9 +91,9 @@ void CatalogueHealth::noteFailure(const QString& file, int code, const QString& 
     switch (code) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-        trouble = file.endsWith(thumbnailName) ? Trouble::ThumbnailsDamaged
-                  : file.endsWith(marksName)   ? Trouble::MarksDamaged
-                                               : Trouble::Damaged;
+        trouble = file.endsWith(CatalogueFiles::thumbnails) ? Trouble::ThumbnailsDamaged
+                  : file.endsWith(CatalogueFiles::marks)    ? Trouble::MarksDamaged
+                                                            : Trouble::Damaged;
         break;
     case SQLITE_FULL:
         trouble = Trouble::Full;
@@ -226,9 +225,9 @@ void CatalogueHealth::stopLooking() {
 }
 
 void CatalogueHealth::look(const std::stop_token& stop, CatalogueCheck::Depth depth) {
-    for (const QString& name : {filesName, thumbnailName}) {
+    for (const QString& name : {CatalogueFiles::files, CatalogueFiles::thumbnails}) {
         // Thumbnails can be made again, and there is much to read of them.
-        if (name == thumbnailName && depth == CatalogueCheck::Depth::Rows) continue;
+        if (name == CatalogueFiles::thumbnails && depth == CatalogueCheck::Depth::Rows) continue;
         FMDatabase db(platform::pathInFolder(_environment.folder, name));
         if (!QFile::exists(db.databasePath()) || !db.open()) continue;
         const std::stop_callback interrupt(stop, [&db] { sqlite3_interrupt(db.sqliteHandle()); });
@@ -243,7 +242,7 @@ void CatalogueHealth::repairIfWanted(const QString& file) {
     if (!QFile::remove(wanted)) return;
     const QString repaired = file + QStringLiteral(".repaired");
     QFile::remove(repaired);
-    const bool isThumbnails = file.endsWith(thumbnailName);
+    const bool isThumbnails = file.endsWith(CatalogueFiles::thumbnails);
     const auto photographs =
         isThumbnails ? std::optional<qint64>(0) : CatalogueRepair::copyReadable(file, repaired);
     const QString aside = photographs ? DatabaseFile::moveAside(file) : QString();

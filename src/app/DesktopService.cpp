@@ -3,6 +3,7 @@
 #include "app/OpenedPaths.h"
 #include "core/Application.h"
 #include "platform/program/StandardError.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCall>
@@ -65,6 +66,7 @@ DesktopService::~DesktopService() {
 }
 
 void DesktopService::takeName() {
+    platform::assertMainThread();
     if (!_bus.isConnected()) return;
     constexpr uint waitInLine = 0; // no flags of the bus's
     _bus.asyncCall(
@@ -98,6 +100,7 @@ void DesktopService::Activate(const QVariantMap& platformData) {
 }
 
 void DesktopService::Open(const QStringList& uris, const QVariantMap& platformData) {
+    platform::assertMainThread();
     const SingleInstance::Request request{
         .paths = {}, .add = {}, .activation = activationOf(platformData)};
     const auto tell = [this](const SingleInstance::Request& looked) { Q_EMIT requested(looked); };

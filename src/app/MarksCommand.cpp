@@ -1,6 +1,7 @@
 #include "app/MarksCommand.h"
 
 #include "FMDB/FMDatabase.h"
+#include "app/CatalogueFiles.h"
 #include "app/MarksServices.h"
 #include "app/SingleInstance.h"
 #include "catalogue/PBCatalogue.h"
@@ -88,9 +89,7 @@ public:
     [[nodiscard]] MarksServices* marks() { return _marks ? &*_marks : nullptr; }
 
 private:
-    static QString path() {
-        return FMDatabase::databasePathWithFileName(QStringLiteral("files.db"));
-    }
+    static QString path() { return FMDatabase::databasePathWithFileName(CatalogueFiles::files); }
 
     FMDatabase _files;
     LastPlaces _places;

@@ -1,10 +1,12 @@
 #include "app/MarksServices.h"
 
 #include "FMDB/FMDatabase.h"
+#include "app/CatalogueFiles.h"
 #include "app/ScanPipeline.h"
 #include "catalogue/marks/MarksFile.h"
 #include "fileactions/marks/MarksExchange.h"
 #include "library/PBAliasManager.h"
+#include "platform/files/PathNames.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
 
@@ -16,14 +18,14 @@ using platform::MainLoop;
 namespace {
 
 QString beside(const QString& file, const QString& name) {
-    return QFileInfo(file).absolutePath() + u'/' + name;
+    return platform::pathInFolder(QFileInfo(file).absolutePath(), name);
 }
 
 } // namespace
 
 MarksServices::MarksServices(Environment environment)
     : _environment(std::move(environment)),
-      _marksPath(beside(_environment.filesPath, QStringLiteral("marks.db"))),
+      _marksPath(beside(_environment.filesPath, CatalogueFiles::marks)),
       _snapshotFolder(beside(_environment.filesPath, QStringLiteral("marks-snapshots"))),
       _upkeep({_marksPath, _snapshotFolder, _environment.tell, _environment.observe}),
       _restorer(

@@ -1,5 +1,6 @@
 #include "app/SingleInstance.h"
 
+#include "platform/files/PathNames.h"
 #include "platform/program/RuntimeFolder.h"
 #include "platform/program/StandardError.h"
 #include "platform/tasks/MainThread.h"
@@ -173,7 +174,7 @@ bool SingleInstance::lock(const QString& folder) {
 
 bool SingleInstance::tryLock(const QString& folder) {
     if (_lock >= 0) ::close(_lock);
-    const QByteArray file = QFile::encodeName(folder + QStringLiteral("/lock"));
+    const QByteArray file = QFile::encodeName(platform::pathInFolder(folder, u"lock"));
     _lock = ::open(file.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (_lock < 0) _lock = ::open(file.constData(), O_RDONLY | O_CLOEXEC); // a read-only disk
     if (_lock < 0) return true; // what can't be written here is told when it is needed

@@ -1,5 +1,7 @@
 #include "app/Statistics.h"
 
+#include "platform/tasks/MainThread.h"
+
 #include <QFile>
 #include <QJsonDocument>
 
@@ -38,6 +40,7 @@ double Statistics::sinceProcessStart() {
 }
 
 void Statistics::set(const QString& name, double value) {
+    platform::assertMainThread();
     _figures.insert(name, std::round(value * 100) / 100);
 }
 

@@ -2,6 +2,7 @@
 
 #include "app/ScanPipeline.h"
 #include "library/PBSourceTreeDataSource.h"
+#include "platform/tasks/MainThread.h"
 
 #include <algorithm>
 
@@ -14,6 +15,7 @@ bool isMounted(const std::shared_ptr<PBAliasObject>& root) {
 } // namespace
 
 void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> eventArrayOccurred) {
+    platform::assertMainThread();
     QStringList places;
     for (const SCEvent& event : eventArrayOccurred)
         places.append(event.eventPath());
@@ -53,6 +55,7 @@ void WatchControl::pathWatcher(SCEvents& /*watcher*/, std::span<const SCEvent> e
 }
 
 void WatchControl::volumesChanged() {
+    platform::assertMainThread();
     WatchedChanges changes;
     changes.checkExist = true;
     attach(changes);

@@ -2,6 +2,7 @@
 
 #include "codec/pixels/Profiles.h"
 #include "image/large/PBLoadImageManager.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -22,6 +23,7 @@ QColorSpace WindowColours::colorSpaceOf(const QByteArray& profile) {
 }
 
 void WindowColours::update() {
+    platform::assertMainThread();
     const QScreen* screen = _window.screen();
     LargeImageScreen wanted = _loadImageManager.screen();
     QByteArray profile = screen ? _profiles.profileOf(screen->name()) : QByteArray();

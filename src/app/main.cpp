@@ -1,4 +1,5 @@
 #include "app/ApplicationController.h"
+#include "app/CatalogueFiles.h"
 #include "app/CatalogueHealth.h"
 #include "app/CatalogueWait.h"
 #include "app/CommandLine.h"
@@ -23,6 +24,7 @@
 #include "core/Application.h"
 #include "platform/desktop/SessionBus.h"
 #include "platform/desktop/WindowActivation.h"
+#include "platform/files/PathNames.h"
 #include "platform/program/DescriptorLimit.h"
 #include "platform/program/RuntimeFolder.h"
 #include "platform/program/StandardError.h"
@@ -203,10 +205,10 @@ int runApplication(
     std::optional<EarlyRequests> earlyRequests(std::in_place, instance, service.get());
     // Nobody is there to answer a run that ends by itself.
     const QString folder = platform::StandardFolders::dataFolder();
-    const QString catalogue = folder + QStringLiteral("/files.db");
+    const QString catalogue = platform::pathInFolder(folder, CatalogueFiles::files);
     if (!CatalogueWait::settle(catalogue)) return failure;
     CatalogueHealth::repairIfWanted(catalogue);
-    CatalogueHealth::repairIfWanted(folder + QStringLiteral("/thumbnail.db"));
+    CatalogueHealth::repairIfWanted(platform::pathInFolder(folder, CatalogueFiles::thumbnails));
     if (!options.untilIdle && !DamagedCatalogue::settle(catalogue, DamagedCatalogue::ask))
         return failure;
 

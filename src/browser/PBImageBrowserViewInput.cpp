@@ -3,6 +3,7 @@
 #include "browser/BrowserAccessible.h"
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
+#include "catalogue/marks/Stars.h"
 #include "platform/program/HarmlessText.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
@@ -67,11 +68,10 @@ std::optional<BrowserKey> keyOf(int key) {
 /// A digit that stands for so many stars. Behind letters it belongs to a name that is typed. Some
 /// keyboards have the digits above other signs.
 std::optional<int> starsOf(const QKeyEvent& event) {
-    constexpr int mostStars = 5;
     constexpr Qt::KeyboardModifiers digitModifiers = Qt::KeypadModifier | Qt::ShiftModifier;
     const int stars = event.key() - Qt::Key_0;
     const bool isPlain = (event.modifiers() & ~digitModifiers) == Qt::NoModifier;
-    return isPlain && stars >= 0 && stars <= mostStars ? std::optional(stars) : std::nullopt;
+    return isPlain && stars >= 0 && stars <= marks::mostStars ? std::optional(stars) : std::nullopt;
 }
 
 } // namespace

@@ -66,8 +66,6 @@ public:
     bool insertIPTCWithImageFileId(qint64 fileId, const PBDictionary& iptcProperties);
     bool insertGPSWithImageFileId(qint64 fileId, const PBDictionary& gpsProperties);
     bool insertThumbnailWithFileId(qint64 fileId, const QByteArray& thumbnailData);
-    /// A new tag with the use count 1.
-    qint64 insertTag(const QString& tag);
     qint64 insertGeoWithLongitudeData(
         const QByteArray& longitudeData, const QByteArray& latitudeData,
         const QByteArray& addressDict);
@@ -131,14 +129,6 @@ public:
     imageFileDataWithIdAndFields(qint64 fileId, const QStringList& fields = {});
     [[nodiscard]] PBArray
     thumbnailDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
-    [[nodiscard]] PBArray
-    exifDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
-    [[nodiscard]] PBArray
-    exifAuxDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
-    [[nodiscard]] PBArray
-    tiffDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
-    [[nodiscard]] PBArray
-    iptcDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
     [[nodiscard]] PBArray gpsDataWithFileIdAndFields(qint64 fileId, const QStringList& fields = {});
 
     /// The absolute path of a folder; empty if it is unknown, or its root is unknown or not

@@ -123,22 +123,6 @@ PBArray PBCatalogue::thumbnailDataWithFileIdAndFields(qint64 fileId, const QStri
     return dataOfRow(u"Thumbnail", u"FileId", fileId, fields);
 }
 
-PBArray PBCatalogue::exifDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
-    return dataOfRow(u"Exif", u"FileId", fileId, fields);
-}
-
-PBArray PBCatalogue::exifAuxDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
-    return dataOfRow(u"ExifAux", u"FileId", fileId, fields);
-}
-
-PBArray PBCatalogue::tiffDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
-    return dataOfRow(u"Tiff", u"FileId", fileId, fields);
-}
-
-PBArray PBCatalogue::iptcDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
-    return dataOfRow(u"IPTC", u"FileId", fileId, fields);
-}
-
 PBArray PBCatalogue::gpsDataWithFileIdAndFields(qint64 fileId, const QStringList& fields) {
     return dataOfRow(u"GPS", u"FileId", fileId, fields);
 }

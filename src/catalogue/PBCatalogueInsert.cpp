@@ -78,11 +78,6 @@ bool PBCatalogue::insertThumbnailWithFileId(qint64 fileId, const QByteArray& thu
         QStringLiteral("insert into Thumbnail (FileId,Data) values (?,?)"), fileId, thumbnailData);
 }
 
-qint64 PBCatalogue::insertTag(const QString& tag) {
-    return idAfterInsert(
-        _db.executeUpdate(QStringLiteral("insert into Tags (Tag,UseCount) values (?,?)"), tag, 1));
-}
-
 qint64 PBCatalogue::insertGeoWithLongitudeData(
     const QByteArray& longitudeData, const QByteArray& latitudeData,
     const QByteArray& addressDict) {

@@ -117,17 +117,13 @@ QImage dataToCGImageRef(const QByteArray& data) {
     return codec::decode(codec::Source::fromBytes(data), {}, {}).image;
 }
 
-QImage scaleCGImageRef(const QImage& image, double size, SideRounding rounding) {
+QImage scaleCGImageRef(const QImage& image, double size) {
     if (image.isNull()) return {};
     QRectF rect(0, 0, size, size);
     fitInRect(rect, image.width(), image.height(), false);
-    const auto whole = [rounding](double side) {
-        if (rounding == SideRounding::CutOff) return static_cast<int>(side);
-        return std::max(1, static_cast<int>(std::rint(side)));
-    };
-    const QSize scaled(whole(rect.width()), whole(rect.height()));
-    if (scaled.isEmpty()) return {};
-    return codec::reduceImage(standardBitmap(image), scaled);
+    const auto whole = [](double side) { return std::max(1, static_cast<int>(std::rint(side))); };
+    return codec::reduceImage(
+        standardBitmap(image), QSize(whole(rect.width()), whole(rect.height())));
 }
 
 QImage preloadedImageRef(QImage image, const QColorSpace& colorSpace) {

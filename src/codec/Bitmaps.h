@@ -21,13 +21,9 @@ namespace PBUtilities {
 /// Decodes in this process: never for strangers' bytes.
 [[nodiscard]] QImage dataToCGImageRef(const QByteArray& data);
 
-/// How the sides of a reduced picture come to whole pixels.
-enum class SideRounding { CutOff, NearestAtLeastOne };
-
-/// Reduced so that neither side is above `size` pixels; never enlarged. Null when a side comes to
-/// 0, as that of a very thin picture does when it is cut off.
-[[nodiscard]] QImage
-scaleCGImageRef(const QImage& image, double size, SideRounding rounding = SideRounding::CutOff);
+/// Reduced so that neither side is above `size` pixels, each side rounded and at least 1; never
+/// enlarged.
+[[nodiscard]] QImage scaleCGImageRef(const QImage& image, double size);
 
 /// The pixels converted from sRGB to the colour space, so that drawing only copies them; sRGB when
 /// the space is invalid. A standard bitmap: the same image where there is nothing to convert, and

@@ -73,11 +73,7 @@ std::size_t PBImageImporter::imageCount() {
     const OpenFile file(_path);
     if (!file.descriptor.isOpen()) return 0;
     return codec::frameReader()->countFrames(
-        file.descriptor.get(), file.typeHint, _urgency.value_or(codec::Urgency::Properties));
-}
-
-std::optional<PBDictionary> PBImageImporter::propertiesAtIndex(std::size_t index) {
-    return readProperties(index, {}).ifRead();
+        file.descriptor.get(), file.typeHint, urgency().value_or(codec::Urgency::Properties));
 }
 
 codec::PictureProperties PBImageImporter::readProperties(std::size_t index, std::stop_token stop) {
@@ -126,15 +122,6 @@ PBImageImporter::propertiesOfImages(std::span<const QString> paths, std::stop_to
     return all;
 }
 
-QImage
-PBImageImporter::createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop) {
-    codec::DecodeRequest request;
-    request.frame = index;
-    request.maxSize = static_cast<int>(std::min(maxSize, static_cast<unsigned>(INT_MAX)));
-    request.urgency = _urgency.value_or(request.urgency);
-    return readImage(request, stop).frame.image;
-}
-
 codec::ReadResult
 PBImageImporter::readImage(const codec::DecodeRequest& request, std::stop_token stop) {
     const OpenFile file(_path);
@@ -151,7 +138,7 @@ PBImageImporter::readImage(const codec::DecodeRequest& request, std::stop_token 
         QImage& full = result.frame.image;
         if (std::max(full.width(), full.height()) > request.maxSize &&
             request.depth == codec::Depth::Screen) {
-            full = scaleCGImageRef(full, request.maxSize);
+            full = PBUtilities::scaleCGImageRef(full, request.maxSize);
         }
     } catch (const std::exception&) {
         // Memory: of this process.
@@ -179,15 +166,11 @@ QImage PBImageImporter::createEmbeddedImage(unsigned maxSize, std::stop_token st
         codec::DecodeRequest request;
         request.maxSize = static_cast<int>(std::min(maxSize, static_cast<unsigned>(INT_MAX)));
         request.onlyEmbedded = true;
-        request.urgency = _urgency.value_or(codec::Urgency::ThumbnailOnShow);
+        request.urgency = urgency().value_or(codec::Urgency::ThumbnailOnShow);
         return codec::frameReader()
             ->decode(file.descriptor.get(), file.typeHint, request, stop)
             .frame.image;
     } catch (const std::exception&) {
         return {};
     }
-}
-
-QImage PBImageImporter::scaleCGImageRef(const QImage& image, double size) {
-    return PBUtilities::scaleCGImageRef(image, size, PBUtilities::SideRounding::NearestAtLeastOne);
 }

@@ -16,14 +16,10 @@ public:
     /// Does not touch the disk.
     [[nodiscard]] static std::unique_ptr<PBImageImporter> initWithImagePath(const QString& path);
 
-    void setUrgency(codec::Urgency urgency) override { _urgency = urgency; }
-    [[nodiscard]] std::optional<PBDictionary> propertiesAtIndex(std::size_t index) override;
     [[nodiscard]] codec::PictureProperties
     readProperties(std::size_t index, std::stop_token stop) override;
     [[nodiscard]] codec::ReadMetadata
     readMetadata(const codec::NewPicture& picture, std::stop_token stop) override;
-    [[nodiscard]] QImage
-    createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) override;
     [[nodiscard]] codec::ReadResult
     readImage(const codec::DecodeRequest& request, std::stop_token stop) override;
     [[nodiscard]] codec::OpenedSequence
@@ -32,12 +28,8 @@ public:
     [[nodiscard]] std::size_t imageCount() override;
     [[nodiscard]] QString utiType() override;
 
-    /// Reduced so that neither side is above `size` pixels, each side rounded and at least 1.
-    [[nodiscard]] static QImage scaleCGImageRef(const QImage& image, double size);
-
 private:
     explicit PBImageImporter(QString path) : _path(std::move(path)) {}
 
     const QString _path;
-    std::optional<codec::Urgency> _urgency;
 };

@@ -1,5 +1,6 @@
 #include "codec/PBImageImporterProtocol.h"
 
+#include <climits>
 #include <utility>
 
 namespace {
@@ -23,16 +24,13 @@ private:
 
 } // namespace
 
-codec::ReadResult
-PBImageImporterProtocol::readImage(const codec::DecodeRequest& request, std::stop_token stop) {
-    codec::ReadResult result;
-    result.frame.image = createImageWithMaxSize(
-        static_cast<unsigned>(std::max(request.maxSize, 0)), request.frame, stop);
-    if (!result.frame.image.isNull())
-        result.status = codec::ReadStatus::Decoded;
-    else if (stop.stop_requested())
-        result.status = codec::ReadStatus::NotNow;
-    return result;
+QImage PBImageImporterProtocol::createImageWithMaxSize(
+    unsigned maxSize, std::size_t index, std::stop_token stop) {
+    codec::DecodeRequest request;
+    request.frame = index;
+    request.maxSize = static_cast<int>(std::min(maxSize, static_cast<unsigned>(INT_MAX)));
+    request.urgency = _urgency.value_or(request.urgency);
+    return readImage(request, stop).frame.image;
 }
 
 codec::OpenedSequence

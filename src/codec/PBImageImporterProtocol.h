@@ -27,30 +27,26 @@ public:
 
     /// Who waits for the answers to the questions that take no request of their own; until then
     /// nobody does who looks at the picture.
-    virtual void setUrgency(codec::Urgency /*urgency*/) {}
+    void setUrgency(codec::Urgency urgency) { _urgency = urgency; }
 
     /// The property dictionary of a frame (see `codec::readImageProperties`), read without decoding
-    /// it.
-    [[nodiscard]] virtual std::optional<PBDictionary> propertiesAtIndex(std::size_t index) = 0;
-    /// The same, with what a missing answer means. Stopped, it is `NotNow`.
+    /// it, or what a missing answer means. Stopped, it is `NotNow`.
     [[nodiscard]] virtual codec::PictureProperties
-    readProperties(std::size_t index, std::stop_token /*stop*/) {
-        return codec::PictureProperties::of(propertiesAtIndex(index));
-    }
+    readProperties(std::size_t index, std::stop_token stop) = 0;
     /// What of the file's metadata goes along into a file of the new picture; stopped, it is
     /// `NotNow`.
     [[nodiscard]] virtual codec::ReadMetadata
     readMetadata(const codec::NewPicture& /*picture*/, std::stop_token /*stop*/) {
         return {codec::PropertiesStatus::Unreadable, {}};
     }
-    /// The frame with its longest side at most `maxSize` pixels (0 for the full size), its stored
-    /// orientation not applied; a null image when it can't be read or was stopped.
-    [[nodiscard]] virtual QImage
-    createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {}) = 0;
-    /// The same for a request that says more (its stop flag, limits and allocator are not used),
-    /// with an answer that does.
+    /// A frame as the request says (its stop flag, limits and allocator are not used), its stored
+    /// orientation not applied.
     [[nodiscard]] virtual codec::ReadResult
-    readImage(const codec::DecodeRequest& request, std::stop_token stop);
+    readImage(const codec::DecodeRequest& request, std::stop_token stop) = 0;
+    /// The image alone, with its longest side at most `maxSize` pixels (0 for the full size); null
+    /// when it can't be read or was stopped.
+    [[nodiscard]] QImage
+    createImageWithMaxSize(unsigned maxSize, std::size_t index, std::stop_token stop = {});
     /// The frames of the file one after the other, each as the request says; only the first of a
     /// file that does not play. May outlive the importer.
     [[nodiscard]] virtual codec::OpenedSequence
@@ -65,6 +61,12 @@ public:
     [[nodiscard]] virtual std::size_t imageCount() = 0;
     /// The type identifier that the content says; empty when unknown.
     [[nodiscard]] virtual QString utiType() = 0;
+
+protected:
+    [[nodiscard]] std::optional<codec::Urgency> urgency() const { return _urgency; }
+
+private:
+    std::optional<codec::Urgency> _urgency;
 };
 
 /// What the manager knows of an importer class. Called on any thread.

@@ -9,9 +9,23 @@ namespace group {
 
 namespace {
 
-constexpr std::array generalTypes{1, 2, 5, 6, 7, 8, 9, 14, 11, 12, 13};
-constexpr std::array exifTypes{15, 16, 18, 3,  4,  20, 21, 22, 23, 24,
-                               25, 26, 27, 29, 30, 31, 32, 33, 34};
+constexpr std::array<int, 11> generalTypes{
+    ModificationYear,
+    ModificationMonth,
+    Folder,
+    FileKind,
+    FileSizeBucket,
+    PixelCountBucket,
+    Resolution,
+    Place,
+    Flag,
+    StarRating,
+    Tags};
+constexpr std::array<int, 19> exifTypes{CameraMake,    CameraModel,  LensModel,       CaptureYear,
+                                        CaptureMonth,  FocalLength,  Aperture,        ExposureTime,
+                                        ExposureBias,  ExposureMode, ExposureProgram, ISOSpeed,
+                                        FocusDistance, Flash,        MeteringMode,    WhiteBalance,
+                                        Contrast,      Saturation,   Sharpness};
 
 bool contains(std::span<const int> chain, int type) {
     return std::ranges::find(chain, type) != chain.end();

@@ -72,8 +72,9 @@ void GroupPresets::seedIfAbsent(bool canUseGeocoder) {
     std::vector<GroupChain> chains{{CaptureYear, Folder}};
     if (canUseGeocoder) chains.push_back({CaptureYear, Place});
     for (const GroupChain& chain :
-         {GroupChain{3, 16}, GroupChain{3, 18}, GroupChain{3, 21}, GroupChain{3, 26},
-          GroupChain{16, 18}}) {
+         {GroupChain{CaptureYear, CameraModel}, GroupChain{CaptureYear, LensModel},
+          GroupChain{CaptureYear, Aperture}, GroupChain{CaptureYear, ISOSpeed},
+          GroupChain{CameraModel, LensModel}}) {
         chains.push_back(chain);
     }
     store(chains);

@@ -1,3 +1,4 @@
+#include "catalogue/marks/Stars.h"
 #include "core/Paths.h"
 #include "group/CalendarMonth.h"
 #include "group/PBGroupItem.h"
@@ -40,7 +41,7 @@ QString bucketText(const PBValue& value) {
 QString starText(const PBValue& value) {
     const qint64 stars = value.toInteger();
     if (stars == 0) return localizedString(u"NoStar");
-    if (stars < 1 || stars > 5) return unknownType();
+    if (stars < 1 || stars > marks::mostStars) return unknownType();
     return localizedFormat(stars == 1 ? u"Star" : u"Stars", {stars});
 }
 

@@ -83,10 +83,6 @@ void CategorySelector::setSegments(const QStringList& titles) {
     }
 }
 
-int CategorySelector::segmentCount() const {
-    return static_cast<int>(_titles.size());
-}
-
 void CategorySelector::setSelectedSegment(int segment) {
     if (QAbstractButton* button = _buttons->button(segment)) button->setChecked(true);
 }

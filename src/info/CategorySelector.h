@@ -14,7 +14,6 @@ public:
     explicit CategorySelector(QWidget* parent = nullptr);
 
     void setSegments(const QStringList& titles);
-    [[nodiscard]] int segmentCount() const;
     void setSelectedSegment(int segment);
 
 Q_SIGNALS:

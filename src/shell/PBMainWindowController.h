@@ -13,7 +13,7 @@ class FolderPrompts;
 class FolderRootCommands;
 class GroupMenus;
 class GroupPanel;
-class GroupPrompts;
+class GroupSheets;
 class ImageToolbarController;
 class LargeView;
 class InfoFeed;
@@ -137,7 +137,7 @@ private:
     std::unique_ptr<WindowChoice> _choice;
     std::unique_ptr<MarkCommands> _marks;
     std::unique_ptr<SourceSidebar> _sourceSidebar;
-    std::unique_ptr<GroupPrompts> _groupPrompts;
+    std::unique_ptr<GroupSheets> _groupPrompts;
     std::unique_ptr<GroupMenus> _groupMenus;
     std::unique_ptr<GroupPanel> _groupPanel;
     // Children of the window, which owns them.

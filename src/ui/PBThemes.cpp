@@ -56,6 +56,7 @@ PBThemes::Scheme PBThemes::scheme() {
 }
 
 const PBThemes::Colors& PBThemes::colors() {
+    platform::assertMainThread();
     return colorsOf(currentScheme);
 }
 

@@ -4,6 +4,7 @@
 #include "image/PBPreloadThumbnailOperation.h"
 #include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
+#include "platform/tasks/MainThread.h"
 #include "viewer/ImageViewHost.h"
 #include "viewer/painting/ImagePainter.h"
 
@@ -64,6 +65,7 @@ ImageViewPictures::Picture ImageViewPictures::pictureOf(
 
 std::shared_ptr<const PBImages>
 ImageViewPictures::thumbnailImages(const PBImageFileItem& item) const {
+    platform::assertMainThread();
     const QImage own = item.thumbnailRef();
     const auto known = std::ranges::find_if(_thumbnails, [&](const Thumbnail& thumbnail) {
         return thumbnail.images && thumbnail.fileId == item.fileId();
@@ -113,6 +115,7 @@ void ImageViewPictures::tryPreloadOriginalImage() {
 }
 
 void ImageViewPictures::focusDidChange() {
+    platform::assertMainThread();
     std::vector<std::shared_ptr<PBImageFileItem>> kept;
     if (auto item = _host.focusImageFileItem()) kept.push_back(std::move(item));
     for (const IndexedImage& image : _host.preloadImageFileItemWithCount(preloadCount))
@@ -122,6 +125,7 @@ void ImageViewPictures::focusDidChange() {
 
 const DisplayPicture*
 ImageViewPictures::displayPicture(const ImagePlacement& placement, const Picture& picture) {
+    platform::assertMainThread();
     const bool isWhole =
         !picture.image.isNull() &&
         ImagePainter::coveredRect(picture.image.size(), placement.imageSize()).size() ==

@@ -237,7 +237,9 @@ TEST_F(EditQueueTest, finishStoresWhatIsOnItsWayAndShowsNothing) {
                 if (tag.isEmpty()) return u"no marks"_s;
                 marks::MarksChange tags;
                 tags.tags = QStringList(tag);
-                return storeEdit(files, roots, fileactions::MarksEdit::ofPhotographs({id}, tags));
+                return fileactions::storeEdit(
+                    files, roots,
+                    {.photographs = {{.fileIds = {id}, .change = tags}}, .paths = {}});
             },
             1, [&](const QString& reason) { told += reason; });
     };

@@ -202,9 +202,10 @@ TEST(GroupPresetsTest, chainsAreSeededSavedAndRemovedOnceAsTheMenuOffers) {
     EXPECT_EQ(
         presets.chains(),
         (std::vector<GroupChain>{{3, 5}, {3, 16}, {3, 18}, {3, 21}, {3, 26}, {16, 18}}));
-    settings.removeKey(u"FavoriteGroupArrayArray"_s);
-    presets.seedIfAbsent(true);
-    EXPECT_EQ(presets.chains().at(1), (GroupChain{3, 14}));
+    platform::UserDefaults others(folder.filePath(u"t.conf"_s));
+    GroupPresets withPlaces(others);
+    withPlaces.seedIfAbsent(true);
+    EXPECT_EQ(withPlaces.chains().at(1), (GroupChain{3, 14}));
     presets.removeAll();
     presets.seedIfAbsent(true);
     EXPECT_TRUE(presets.chains().empty()) << "an emptied list is not a missing one";

@@ -66,12 +66,18 @@ private:
 
 struct ToldImporter final : PBImageImporterProtocol {
     ToldImporter(Decodings& all, QImage told) : decodings(all), image(std::move(told)) {}
-    std::optional<PBDictionary> propertiesAtIndex(std::size_t) override { return std::nullopt; }
-    QImage createImageWithMaxSize(unsigned maxSize, std::size_t, std::stop_token stop) override {
-        const int side = static_cast<int>(maxSize);
+    codec::PictureProperties readProperties(std::size_t, std::stop_token) override {
+        return {codec::PropertiesStatus::Unreadable, {}};
+    }
+    codec::ReadResult
+    readImage(const codec::DecodeRequest& request, std::stop_token stop) override {
+        const int side = request.maxSize;
         decodings.begin(side, stop);
-        if (stop.stop_requested()) return {};
-        return side == 0 || image.isNull() ? image : image.scaled(side, side, Qt::KeepAspectRatio);
+        if (stop.stop_requested()) return {codec::ReadStatus::NotNow, {}};
+        if (image.isNull()) return {codec::ReadStatus::Refused, {}};
+        return {
+            codec::ReadStatus::Decoded,
+            {.image = side == 0 ? image : image.scaled(side, side, Qt::KeepAspectRatio)}};
     }
     std::size_t imageCount() override { return 1; }
     QString utiType() override { return {}; }

@@ -204,7 +204,7 @@ TEST_F(GeneralInfoViewTest, rowsAreSelectedCopiedAndRead) {
     const int tagRow = static_cast<int>(GeneralRow::Tag);
     EXPECT_EQ(view.rowText(tagRow), u"Tags: No Tags"_s);
     database.executeUpdate(
-        u"update ImageFile set Tag = ? where Id = ?"_s, catalogue.insertTag(u"sun, sea"_s),
+        u"update ImageFile set Tag = ? where Id = ?"_s, support::addTag(database, u"sun, sea"_s),
         a->fileId());
     panel.updateInfo();
     EXPECT_EQ(view.rowText(tagRow), u"Tags: \"sun, sea\""_s);

@@ -50,7 +50,7 @@ TEST_F(SelectionReadingTest, aSliceEndsBeforeABatchThatWouldPassItsEnd) {
 
 TEST_F(SelectionReadingTest, theLastOfManyCountsAsMuchAsTheFirst) {
     for (const char* tag : {"a", "b"})
-        catalogue.insertTag(QString::fromLatin1(tag));
+        support::addTag(database, QString::fromLatin1(tag));
     PBImageFileList items = many(2 * FileRows::most);
     items.push_back(add("Make=Nikon"));
     MoreReading more(items, database);

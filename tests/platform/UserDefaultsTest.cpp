@@ -46,8 +46,6 @@ TEST_F(UserDefaultsTest, everyTypeSurvivesARestart) {
         defaults.setIntegers({3}, u"One"_s);
         defaults.setIntegers({}, u"None"_s);
         defaults.setIntegerArrays(chains, u"Chains"_s);
-        defaults.setInteger(1, key);
-        defaults.removeKey(key);
     }
     const UserDefaults defaults(file);
     EXPECT_EQ(defaults.boolForKey(u"Bool"_s), false);

@@ -107,6 +107,8 @@ TEST_F(VolumesTest, kindOfVolumeFollowsBusMediumAndFileSystem) {
     for (const auto& [properties, places] : kinds)
         for (const QString& place : QString::fromLatin1(places).split(u' '))
             EXPECT_EQ(propertiesAt(place), properties) << place.toStdString();
+    sources.mediaFolders = {u"/"_s};
+    EXPECT_EQ(propertiesAt(u"/data/disk"), (VolumeProperties{.isEjectable = true}));
     // A system that runs from a stick is at home there.
     addDisk("8:49", u"pci0/usb1/1-1/block/sdd/sdd1"_s, "/");
     addMount("51 50 8:49 /home /home rw - ext4 /dev/sdd1 rw");

@@ -14,23 +14,22 @@ struct ToolkitImporters final : PBImageImporterManager {
     struct Importer final : PBImageImporterProtocol {
         Importer(ToolkitImporters& owner, QString path) : _owner(owner), _path(std::move(path)) {}
 
-        std::optional<PBDictionary> propertiesAtIndex(std::size_t) override {
+        codec::PictureProperties readProperties(std::size_t, std::stop_token stop) override {
+            if (_owner.cannotRead && _owner.cannotRead(_path, stop)) return {};
             if (_owner.willRead) _owner.willRead(_path);
             const QSize size = QImageReader(_path).size();
-            if (!size.isValid()) return std::nullopt;
+            if (!size.isValid()) return {codec::PropertiesStatus::Unreadable, {}};
             PBDictionary all{{u"PixelWidth"_s, size.width()}, {u"PixelHeight"_s, size.height()}};
             const auto further = _owner.properties.find(QFileInfo(_path).fileName());
             if (further != _owner.properties.end())
                 all.insert(further->second.begin(), further->second.end());
-            return all;
+            return {codec::PropertiesStatus::Read, std::move(all)};
         }
-        codec::PictureProperties readProperties(std::size_t index, std::stop_token stop) override {
-            if (_owner.cannotRead && _owner.cannotRead(_path, stop)) return {};
-            return codec::PictureProperties::of(propertiesAtIndex(index));
-        }
-        QImage createImageWithMaxSize(unsigned, std::size_t, std::stop_token) override {
+        codec::ReadResult readImage(const codec::DecodeRequest&, std::stop_token) override {
             ++_owner.decoded;
-            return QImage(_path); // the tests' pictures are small
+            QImage image(_path); // the tests' pictures are small
+            if (image.isNull()) return {codec::ReadStatus::Refused, {}};
+            return {codec::ReadStatus::Decoded, {.image = std::move(image)}};
         }
         std::size_t imageCount() override { return 1; }
         QString utiType() override { return {}; }

@@ -12,15 +12,12 @@ struct FakeImporter final : PBImageImporterProtocol {
     using Read = std::function<codec::ReadResult(const codec::DecodeRequest&, std::stop_token)>;
 
     explicit FakeImporter(Read told) : read(std::move(told)) {}
-    std::optional<PBDictionary> propertiesAtIndex(std::size_t) override { return std::nullopt; }
+    codec::PictureProperties readProperties(std::size_t, std::stop_token) override {
+        return {codec::PropertiesStatus::Unreadable, {}};
+    }
     codec::ReadResult
     readImage(const codec::DecodeRequest& request, std::stop_token stop) override {
         return read(request, stop);
-    }
-    QImage createImageWithMaxSize(unsigned side, std::size_t, std::stop_token stop) override {
-        codec::DecodeRequest request;
-        request.maxSize = static_cast<int>(side);
-        return read(request, stop).frame.image;
     }
     std::size_t imageCount() override { return 1; }
     QString utiType() override { return {}; }

@@ -31,6 +31,11 @@ inline QStringList rowsOf(const QString& path, const QString& sql) {
     return db.open() ? rowsOf(db, sql) : QStringList();
 }
 
+inline qint64 addTag(FMDatabase& db, const QString& tag) {
+    EXPECT_TRUE(db.executeUpdate(u"insert into Tags (Tag,UseCount) values (?,1)"_s, tag));
+    return db.lastInsertRowId();
+}
+
 /// Statements such as "delete on Folder" fail until they are permitted again.
 inline void refuse(FMDatabase& db, const QString& statements) {
     const QString sql = u"create trigger Refusal before %1 begin select raise(abort, 'no'); end"_s;

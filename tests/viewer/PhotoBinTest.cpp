@@ -51,13 +51,6 @@ TEST(StripGeometryTest, visibleCellsAreThoseOnShowAndNeverMoreThanFortyPointCell
     }
 }
 
-TEST(StripGeometryTest, framesShowAnOddNumberOfWholeCells) {
-    const StripGeometry strip(60, 800, 4);
-    for (const auto& [width, cells] : std::vector<std::pair<double, int>>{
-             {10, 1}, {122, 1}, {183, 1}, {184, 3}, {308, 5}, {371, 5}, {9000, 7}})
-        EXPECT_EQ(strip.frameWidthWithContainerSize(width), cells * 62 - 2) << width;
-}
-
 /// Notes what the bin asks for, in order: "c" scrolled, "j" jumped, "s" shown, "S" selection told,
 /// "p" preloaded, "l" left the focus, "r" replaced.
 struct PhotoBinTest : ::testing::Test, PhotoBinHost, PhotoBinStrip {
@@ -125,13 +118,11 @@ TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
     EXPECT_EQ(take(), u"c1ls1Sp");
     EXPECT_EQ(selected(), u"1");
     EXPECT_EQ(strip, 1) << "screen readers hear of it there";
-    EXPECT_EQ(bin.loadDirection(), 1);
     bin.navigateToLastImage();
     EXPECT_EQ(take(), u"j119ls119Sp") << "too far for a motion";
     EXPECT_FALSE(bin.canNext() || bin.canLast());
     bin.goTo(70);
     EXPECT_EQ(take(), u"c70ls70Sp");
-    EXPECT_EQ(bin.loadDirection(), -1);
     bin.navigateToLastImage();
     EXPECT_EQ(take(), u"c119ls119Sp") << "49 cells";
     bin.goTo(50);
@@ -142,7 +133,6 @@ TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
     EXPECT_EQ(take(), u"j0ls0Sp") << "50 cells";
     bin.stoppedAt(3, -1);
     EXPECT_EQ(take(), u"ls3Sp") << "it stands in the middle already";
-    EXPECT_EQ(bin.loadDirection(), -1);
     EXPECT_EQ(selected(), u"3");
     EXPECT_EQ(strip, 3);
 
@@ -157,6 +147,8 @@ TEST_F(PhotoBinTest, everyMoveScrollsThenChangesTheFocusAndTellsInOneOrder) {
     EXPECT_EQ(ahead(7), u"0 1 2");
     bin.setLoadDirection(0);
     EXPECT_EQ(ahead(2), u"4 5");
+    bin.goTo(2);
+    EXPECT_EQ(ahead(2), u"0 1");
     bin.navigateToFirstImage();
     EXPECT_EQ(ahead(2), u"1 2") << "back from the end";
     bin.navigateToLastImage();

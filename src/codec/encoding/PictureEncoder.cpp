@@ -18,20 +18,38 @@ enum class Format { Jpeg, Png, Tiff, WebP, Jpeg2000, JpegXl, Avif, Heic };
 struct Type {
     QStringView identifier;
     Format format;
-    bool hasQuality;
-    bool hasAlpha;
-    bool isDeep; ///< more than 8 bits a channel
+    bool hasQuality = false;
+    bool hasAlpha = false;
+    bool isDeep = false; ///< more than 8 bits a channel
 };
 
 constexpr Type types[] = {
-    {u"public.jpeg", Format::Jpeg, true, false, false},
-    {u"public.png", Format::Png, false, true, true},
-    {u"public.tiff", Format::Tiff, false, true, true},
-    {u"org.webmproject.webp", Format::WebP, true, true, false},
-    {u"public.jpeg-2000", Format::Jpeg2000, true, false, true},
-    {u"public.jpeg-xl", Format::JpegXl, true, true, true},
-    {u"public.avif", Format::Avif, true, true, true},
-    {u"public.heic", Format::Heic, true, true, true},
+    {.identifier = u"public.jpeg", .format = Format::Jpeg, .hasQuality = true},
+    {.identifier = u"public.png", .format = Format::Png, .hasAlpha = true, .isDeep = true},
+    {.identifier = u"public.tiff", .format = Format::Tiff, .hasAlpha = true, .isDeep = true},
+    {.identifier = u"org.webmproject.webp",
+     .format = Format::WebP,
+     .hasQuality = true,
+     .hasAlpha = true},
+    {.identifier = u"public.jpeg-2000",
+     .format = Format::Jpeg2000,
+     .hasQuality = true,
+     .isDeep = true},
+    {.identifier = u"public.jpeg-xl",
+     .format = Format::JpegXl,
+     .hasQuality = true,
+     .hasAlpha = true,
+     .isDeep = true},
+    {.identifier = u"public.avif",
+     .format = Format::Avif,
+     .hasQuality = true,
+     .hasAlpha = true,
+     .isDeep = true},
+    {.identifier = u"public.heic",
+     .format = Format::Heic,
+     .hasQuality = true,
+     .hasAlpha = true,
+     .isDeep = true},
 };
 
 const Type* typeOf(const QString& identifier) {

@@ -10,8 +10,7 @@ std::int64_t TransferPlan::fileCount() const {
     return std::ranges::count_if(steps, [](const Step& step) { return step.folder.isEmpty(); });
 }
 
-void TransferPlan::addFile(
-    const QByteArray& source, const QByteArray& folder, std::int64_t fileId) {
+void TransferPlan::addFile(const QByteArray& source, const QByteArray& folder, qint64 fileId) {
     addFile(
         {.source = source,
          .folder = kind == Kind::Duplicate ? platform::folderOfPath(source) : folder,

@@ -30,7 +30,7 @@ struct TransferPlan {
         /// A file that has not been one yet, such as a picture off the pasteboard: where the name
         /// is taken it gets the next free one.
         std::optional<QByteArray> content = std::nullopt;
-        std::int64_t fileId = 0; ///< of the photograph on show; 0: not known
+        qint64 fileId = 0; ///< of the photograph on show; 0: not known
         /// Another file made of the source, as in an export; never put in the source's own place,
         /// but under the next free name. Of one with content: what fills that.
         Maker make = {};
@@ -56,7 +56,7 @@ struct TransferPlan {
     void addFolder(const QByteArray& folder) { steps.push_back({.folder = folder, .file = {}}); }
     void addFile(File file) { steps.push_back({.folder = {}, .file = std::move(file)}); }
     /// Under its own name.
-    void addFile(const QByteArray& source, const QByteArray& folder, std::int64_t fileId = 0);
+    void addFile(const QByteArray& source, const QByteArray& folder, qint64 fileId = 0);
 };
 
 /// A plan for each file into the folder; `Duplicate` takes no folder.

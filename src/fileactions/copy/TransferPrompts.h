@@ -12,8 +12,8 @@ struct FileProgress {
     std::int64_t number = 0; ///< of the file under way, from 1
     std::int64_t total = 0;
     QByteArray path;
-    std::int64_t fileId = 0; ///< of the photograph on show; 0: not known
-    std::int64_t bytes = 0;  ///< of all files
+    qint64 fileId = 0;      ///< of the photograph on show; 0: not known
+    std::int64_t bytes = 0; ///< of all files
     std::int64_t totalBytes = 0;
 };
 

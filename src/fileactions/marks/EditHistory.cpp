@@ -2,6 +2,7 @@
 
 #include "platform/program/HarmlessText.h"
 #include "platform/program/LocalizedTexts.h"
+#include "platform/tasks/MainThread.h"
 
 #include <QLocale>
 
@@ -12,6 +13,7 @@ using platform::localizedString;
 namespace fileactions {
 
 void EditHistory::push(Step step) {
+    platform::assertMainThread();
     _steps.resize(_done);
     _steps.push_back(std::move(step));
     if (_steps.size() > mostSteps) _steps.pop_front();
@@ -19,10 +21,12 @@ void EditHistory::push(Step step) {
 }
 
 void EditHistory::drop(std::size_t index) {
+    platform::assertMainThread();
     _steps.erase(_steps.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
 void EditHistory::split(std::size_t index, OtherWay undo, OtherWay redo) {
+    platform::assertMainThread();
     Step done = _steps[index];
     done.other = std::move(undo);
     _steps[index].other = std::move(redo);

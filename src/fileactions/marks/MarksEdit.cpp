@@ -20,12 +20,6 @@ QString keyOf(const marks::MarksChange& change) {
     return key;
 }
 
-MarksEdit MarksEdit::ofPhotographs(std::vector<qint64> fileIds, const marks::MarksChange& change) {
-    return {
-        .photographs = {{.fileIds = std::move(fileIds), .change = change, .ledgerIds = {}}},
-        .paths = {}};
-}
-
 std::variant<PerformedEdit, QString>
 storeEdit(FMDatabase& both, const marks::RootPaths& mountedRoots, const MarksEdit& edit) {
     EditTransaction transaction(both, mountedRoots);

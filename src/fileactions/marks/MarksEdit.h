@@ -39,9 +39,6 @@ struct MarksEdit {
     /// Are in the list of tags, whether a photograph has them or not.
     QStringList tagsInList = {};
 
-    /// The same change for all of them.
-    [[nodiscard]] static MarksEdit
-    ofPhotographs(std::vector<qint64> fileIds, const marks::MarksChange& change);
     [[nodiscard]] bool isEmpty() const {
         return photographs.empty() && paths.empty() && ledgerRows.empty() && tagsInList.isEmpty();
     }

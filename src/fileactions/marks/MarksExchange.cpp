@@ -2,7 +2,9 @@
 
 #include "FMDB/FMDatabase.h"
 #include "catalogue/marks/MarksFile.h"
+#include "catalogue/marks/Stars.h"
 #include "core/Angles.h"
+#include "platform/files/PathNames.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,7 +22,6 @@ namespace fileactions {
 
 namespace {
 
-constexpr int mostStars = 5;
 constexpr int quarterTurn = 90;
 constexpr int fullTurn = 360;
 
@@ -63,7 +64,7 @@ bool readPath(const QString& key, const QJsonValue& value, Line& line) {
 bool readMark(const QString& key, const QJsonValue& value, marks::MarksChange& change) {
     if (key == u"stars") {
         change.stars = wholeNumber(value);
-        return change.stars && *change.stars >= 0 && *change.stars <= mostStars;
+        return change.stars && *change.stars >= 0 && *change.stars <= marks::mostStars;
     }
     if (key == u"flag") {
         change.flag = value.toBool();
@@ -184,12 +185,11 @@ qint64 fileIdOfPath(FMDatabase& db, const marks::RootPaths& roots, const QByteAr
     const QString text = QFile::decodeName(path);
     if (QFile::encodeName(text) != path) return 0;
     const qsizetype slash = text.lastIndexOf(u'/');
-    const QString folder = text.left(slash);
+    const QString folder = text.left(slash + 1);
     for (auto root = roots.begin(); root != roots.end(); ++root) {
-        QString above = root.value();
-        if (above.endsWith(u'/')) above.chop(1);
-        if (folder != above && !folder.startsWith(above + u'/')) continue;
-        const QString relative = folder.mid(above.size() + 1);
+        const QString above = platform::pathInFolder(root.value(), {});
+        if (!folder.startsWith(above)) continue;
+        const QString relative = folder.mid(above.size()).chopped(folder == above ? 0 : 1);
         FMResultSet row = db.executeQuery(
             QStringLiteral("select f.Id from ImageFile f join Folder d on d.Id = f.FolderId "
                            "where d.AliasId = ? and ifnull(d.RelativePath,'') = ? and "

@@ -1,5 +1,6 @@
 #include "fileactions/marks/PhotographEditStoring.h"
 
+#include "catalogue/marks/Stars.h"
 #include "catalogue/marks/TagRows.h"
 #include "fileactions/RenameImageFile.h"
 #include "fileactions/marks/EditTransaction.h"
@@ -16,7 +17,8 @@ using marks::MarksLedger;
 using Kind = EditResult::Kind;
 
 MarksChange starsChange(int stars) {
-    return {.stars = std::clamp(stars, 0, 5), .flag = {}, .tags = {}, .rotation = {}};
+    return {
+        .stars = std::clamp(stars, 0, marks::mostStars), .flag = {}, .tags = {}, .rotation = {}};
 }
 
 MarksChange flagChange(bool flag) {

@@ -1,6 +1,7 @@
 #include "fileactions/share/ShareCopies.h"
 
 #include "fileactions/export/ExportPlan.h"
+#include "platform/files/PathNames.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -33,7 +34,8 @@ bool needsCopy(double rotateAngle, std::int64_t orientation) {
 }
 
 QByteArray makeFolder(const QString& base) {
-    const QString folder = base + u'/' + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    const QString folder =
+        platform::pathInFolder(base, QUuid::createUuid().toString(QUuid::WithoutBraces));
     if (!makePrivate(base) || !makePrivate(folder)) return {};
     return QFile::encodeName(folder);
 }
@@ -44,9 +46,9 @@ std::vector<Place> placesOfCopies(const std::vector<QByteArray>& paths, const QB
     for (const QByteArray& path : paths) {
         const QByteArray name = exportName(path, QStringLiteral("public.jpeg"));
         QByteArray in = folder;
-        for (int n = 1; taken.contains(in + '/' + name); ++n)
-            in = folder + '/' + QByteArray::number(n);
-        taken.insert(in + '/' + name);
+        for (int n = 1; taken.contains(platform::pathInFolder(in, name)); ++n)
+            in = platform::pathInFolder(folder, QByteArray::number(n));
+        taken.insert(platform::pathInFolder(in, name));
         places.push_back({in, name});
     }
     return places;

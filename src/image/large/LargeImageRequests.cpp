@@ -3,6 +3,7 @@
 #include "group/PBImageFileItem.h"
 #include "image/large/PBImageBufferManager.h"
 #include "image/large/PBLoadImageManager.h"
+#include "platform/tasks/MainThread.h"
 
 LargeImageRequests::LargeImageRequests(
     PBLoadImageManager& manager, PBImageBufferManager& buffer, PBImageImporterManager& importers,
@@ -65,6 +66,7 @@ std::shared_ptr<PBLoadImageOperation> LargeImageRequests::preload(
 
 std::shared_ptr<PBLoadImageOperation> LargeImageRequests::joined(
     const PBImageFileItem& item, double scale, const PBLoadImageDelegate& display) {
+    platform::assertMainThread();
     auto job = _manager.loadImageOperationOfContextObj(item, scale).operation;
     if (job) job->addDelegate(display);
     return job;
@@ -72,6 +74,7 @@ std::shared_ptr<PBLoadImageOperation> LargeImageRequests::joined(
 
 void LargeImageRequests::load(
     const IndexedImage& image, double scale, Place place, const PBLoadImageDelegate& display) {
+    platform::assertMainThread();
     const QString path = _pathOfItem(*image.item);
     if (path.isEmpty()) return;
     auto operation = std::make_shared<PBLoadImageOperation>(
@@ -91,6 +94,7 @@ void LargeImageRequests::load(
 bool LargeImageRequests::keepLoadedImages(
     const LoadedImages& images, double scale, const IndexedImage& image,
     std::span<const std::shared_ptr<PBImageFileItem>> keepItems) {
+    platform::assertMainThread();
     if (images.kind == LoadedImages::Kind::Nothing) return false;
     addImage(*image.item, images, scale);
     _buffer.pushImageFileItem(image.item, image.index, keepItems);

@@ -5,6 +5,7 @@
 #include "image/large/AnimationFrames.h"
 #include "image/large/EarlyPhotograph.h"
 #include "image/large/LoadRequests.h"
+#include "platform/tasks/MainThread.h"
 #include "platform/tasks/OperationQueue.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ PBLoadImageOperation::PBLoadImageOperation(Job job, PBImageImporterManager& impo
     : _job(std::move(job)), _contextObj(_job.contextObj), _importers(importers) {}
 
 void PBLoadImageOperation::addDelegate(const PBLoadImageDelegate& display) {
+    platform::assertMainThread();
     const auto isSame = [link = display.link()](const auto& other) {
         return !link.owner_before(other) && !other.owner_before(link);
     };
@@ -29,6 +31,7 @@ void PBLoadImageOperation::addDelegate(const PBLoadImageDelegate& display) {
 }
 
 std::shared_ptr<PBLoadImageOperation> PBLoadImageOperation::begunAnew() {
+    platform::assertMainThread();
     auto again = std::make_shared<PBLoadImageOperation>(_job, _importers);
     again->_contextObj = _contextObj;
     again->_delegateArray = std::exchange(_delegateArray, {});

@@ -1,6 +1,7 @@
 #include "info/reading/SelectionReading.h"
 
 #include "catalogue/CatalogueSchema.h"
+#include "catalogue/marks/Stars.h"
 #include "catalogue/marks/TagRows.h"
 #include "group/FolderPaths.h"
 #include "platform/tasks/MainThread.h"
@@ -110,7 +111,7 @@ GeneralFacts GeneralReading::factsOf(const PBImageFileItem& item, const PBArray&
     facts[Row::ColorModel] = textOrAbsent(row[ColorModel]);
     facts[Row::ColorSyncProfile] = textOrAbsent(row[ColorSyncProfile]);
     facts[Row::FileFlag] = row[Flag].toInteger() != 0;
-    facts[Row::FileStars] = std::clamp<qint64>(row[Stars].toInteger(), 0, 5);
+    facts[Row::FileStars] = std::clamp<qint64>(row[Stars].toInteger(), 0, marks::mostStars);
     facts.tagIds = tagIdsOf(row[Tag].toText());
     return facts;
 }

@@ -72,7 +72,7 @@ QByteArray numbered(const QByteArray& name, int number) {
 
 } // namespace
 
-Trash::Places Trash::Places::ofUser() {
+Trash::Environment Trash::Environment::ofUser() {
     const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     return {
         .homeTrash = pathInFolder(QFile::encodeName(data), "Trash"),
@@ -90,7 +90,7 @@ bool Trash::makeOwnFolder(const QByteArray& path, bool mayBeLink) {
         if (_files.look(path, entry)) return false;
     }
     if (mayBeLink && entry.kind == FileSystem::Kind::Link) return true;
-    return entry.kind == FileSystem::Kind::Folder && entry.owner == _places.userId;
+    return entry.kind == FileSystem::Kind::Folder && entry.owner == _environment.userId;
 }
 
 void Trash::makeFolders(const QByteArray& path) {
@@ -107,21 +107,22 @@ bool Trash::isUsable(const QByteArray& path) {
 
 std::optional<Trash::Folder> Trash::homeTrashFor(const QByteArray& folder) {
     // Folders above the home trash are there, or made with it.
-    makeFolders(folderOfPath(_places.homeTrash));
-    if (!makeOwnFolder(_places.homeTrash, true) || !isUsable(_places.homeTrash)) return {};
+    makeFolders(folderOfPath(_environment.homeTrash));
+    if (!makeOwnFolder(_environment.homeTrash, true) || !isUsable(_environment.homeTrash))
+        return {};
     FileSystem::Entry home;
     FileSystem::Entry holder;
     // Links to folders followed. A file itself may lie on a lower layer of its disk.
-    const bool isOneDisk = !_files.look(pathInFolder(_places.homeTrash, "files"), home) &&
+    const bool isOneDisk = !_files.look(pathInFolder(_environment.homeTrash, "files"), home) &&
                            !_files.look(folder + "/.", holder) && home.device == holder.device;
     if (!isOneDisk) return {};
-    return Folder{.path = _places.homeTrash, .top = {}};
+    return Folder{.path = _environment.homeTrash, .top = {}};
 }
 
 std::optional<Trash::Folder> Trash::trashAtTopOf(const QByteArray& folder) {
-    const QByteArray top = _places.topFolder(folder);
+    const QByteArray top = _environment.topFolder(folder);
     if (top.isEmpty()) return {};
-    const QByteArray user = QByteArray::number(_places.userId);
+    const QByteArray user = QByteArray::number(_environment.userId);
     const QByteArray shared = pathInFolder(top, ".Trash");
     FileSystem::Entry entry;
     // Only one where nobody can put something in another's way.
@@ -151,7 +152,7 @@ Trash::writeInfo(const Folder& folder, const QByteArray& path, const QByteArray&
     }
     std::error_code error = _files.write(
         file, "[Trash Info]\nPath=" + kept.toPercentEncoding("/") +
-                  "\nDeletionDate=" + _places.deletionDate() + '\n');
+                  "\nDeletionDate=" + _environment.deletionDate() + '\n');
     if (const auto late = _files.close(file); !error) error = late;
     if (error) static_cast<void>(_files.remove(infoPath));
     return error;

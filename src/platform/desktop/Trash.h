@@ -24,7 +24,7 @@ struct TrashedFile {
 /// time; waits for disks.
 class Trash {
 public:
-    struct Places {
+    struct Environment {
         /// In the folder of XDG_DATA_HOME.
         QByteArray homeTrash;
         std::uint32_t userId = 0;
@@ -34,11 +34,11 @@ public:
         /// As the information files of trashes have it, local time.
         std::function<QByteArray()> deletionDate;
 
-        [[nodiscard]] static Places ofUser();
+        [[nodiscard]] static Environment ofUser();
     };
     /// The file system outlives this object.
-    explicit Trash(FileSystem& files, Places places = Places::ofUser())
-        : _files(files), _places(std::move(places)) {}
+    explicit Trash(FileSystem& files, Environment environment = Environment::ofUser())
+        : _files(files), _environment(std::move(environment)) {}
 
     /// Moves the file there. `not_supported`: no trash takes files of this disk. What fails leaves
     /// the file where it was.
@@ -66,7 +66,7 @@ private:
     writeInfo(const Folder& folder, const QByteArray& path, const QByteArray& infoPath);
 
     FileSystem& _files;
-    const Places _places;
+    const Environment _environment;
     /// By the folder of the file; nothing where there is none.
     std::unordered_map<QByteArray, std::optional<Folder>> _known;
     std::unordered_map<QByteArray, int> _lastNumbers; ///< by the path without a number

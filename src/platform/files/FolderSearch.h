@@ -33,9 +33,6 @@ public:
     /// changed last first. Nothing if the time ran out or all was seen.
     [[nodiscard]] std::optional<QByteArray> run(const std::vector<Place>& places);
 
-    /// Whether the time ran out, so that finding nothing means nothing.
-    [[nodiscard]] bool isUnfinished() const { return _isUnfinished; }
-
 private:
     struct Folder {
         QByteArray path;
@@ -43,7 +40,7 @@ private:
         std::int64_t changed;
     };
 
-    [[nodiscard]] bool isOver() { return _isUnfinished = _isUnfinished || _clock() >= _end; }
+    [[nodiscard]] bool isOver() { return _isOver = _isOver || _clock() >= _end; }
     [[nodiscard]] std::optional<QByteArray>
     list(const Folder& folder, std::vector<Folder>& subfolders);
     [[nodiscard]] bool isFirstVisit(const QByteArray& path, int depth, std::int64_t& changed);
@@ -53,7 +50,7 @@ private:
     const Clock _clock;
     const std::chrono::steady_clock::time_point _end;
     QSet<QByteArray> _avoided;
-    bool _isUnfinished = false;
+    bool _isOver = false;
     std::set<std::pair<std::uint64_t, std::pair<std::uint64_t, int>>>
         _visited; // device, inode, depth
 };

@@ -1,5 +1,7 @@
 #include "platform/files/GrowingFiles.h"
 
+#include "platform/files/PathNames.h"
+
 #include <cerrno>
 
 #include <sys/stat.h>
@@ -23,13 +25,13 @@ bool moveEntry(Map& map, const QByteArray& from, const QByteArray& to) {
 
 template <typename Map>
 void moveEntriesBelow(Map& map, const QByteArray& from, const QByteArray& to) {
-    const QByteArray prefix = from + '/';
+    const QByteArray prefix = pathInFolder(from, {});
     std::vector<QByteArray> below;
     for (const auto& [path, value] : map) {
         if (path.startsWith(prefix)) below.push_back(path);
     }
     for (const QByteArray& path : below)
-        moveEntry(map, path, to.isEmpty() ? to : to + path.mid(from.size()));
+        moveEntry(map, path, to.isEmpty() ? to : pathInFolder(to, path.mid(prefix.size())));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "platform/program/HarmlessText.h"
 #include "platform/program/TextLanguages.h"
 #include "platform/tasks/MainThread.h"
+#include "platform/tasks/Mutex.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -36,9 +37,11 @@ const QRegularExpression& placeholders() {
     return expression;
 }
 
+/// Set on the main thread, asked for by any.
 struct Chosen {
-    QString language = english;
-    Table table = LocalizedTexts::table(english);
+    Mutex mutex;
+    QString language VELMORA_GUARDED_BY(mutex) = english;
+    Table table VELMORA_GUARDED_BY(mutex) = LocalizedTexts::table(english);
 };
 Chosen& chosen() {
     static Chosen texts;
@@ -98,13 +101,15 @@ void LocalizedTexts::setLanguage(const QString& language) {
     const QLocale own(best);
     // Those who chose nothing keep the forms of their country, whatever language there is for it.
     QLocale::setDefault(language.isEmpty() || own.language() == system.language() ? system : own);
-    Chosen& texts = chosen();
-    texts = {};
-    texts.language = best;
-    if (best != english) texts.table.insert(table(best));
+    Table texts = table(english);
+    if (best != english) texts.insert(table(best));
+    const Lock lock(chosen().mutex);
+    chosen().language = best;
+    chosen().table = std::move(texts);
 }
 
 QString LocalizedTexts::language() {
+    const Lock lock(chosen().mutex);
     return chosen().language;
 }
 
@@ -128,6 +133,7 @@ QStringList LocalizedTexts::faults(const Table& complete, const Table& other) {
 
 QString localizedString(QStringView key) {
     const QString text = key.toString();
+    const Lock lock(chosen().mutex);
     return chosen().table.value(text, text);
 }
 

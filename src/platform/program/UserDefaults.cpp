@@ -143,13 +143,6 @@ void UserDefaults::store(const QString& key, const QString& text) {
     flush();
 }
 
-void UserDefaults::removeKey(const QString& key) {
-    assertMainThread();
-    if (_entries.erase(key) == 0 || !_settings) return;
-    _settings->remove(key);
-    flush();
-}
-
 void UserDefaults::flush() {
     _settings->sync();
     if (_settings->status() == QSettings::AccessError) {

@@ -49,7 +49,6 @@ public:
     void setData(const QByteArray& value, const QString& key);
     void setIntegers(const IntegerArray& value, const QString& key);
     void setIntegerArrays(const std::vector<IntegerArray>& value, const QString& key);
-    void removeKey(const QString& key);
 
 private:
     void load();

@@ -64,6 +64,11 @@ public:
     bool waitUnlessStopped(Lock& lock, const std::stop_token& stop, Predicate predicate) {
         return _condition.wait(lock._lock, stop, predicate);
     }
+    /// No longer than the period, and until a stop is asked for.
+    template <typename Period>
+    void rest(Lock& lock, const std::stop_token& stop, Period period) {
+        _condition.wait_for(lock._lock, stop, period, [] { return false; });
+    }
     template <typename TimePoint, typename Predicate>
     bool waitUntil(Lock& lock, TimePoint deadline, Predicate predicate) {
         return _condition.wait_until(lock._lock, deadline, predicate);

@@ -30,7 +30,6 @@ public:
     /// For callbacks and waits that a cancellation has to break off.
     [[nodiscard]] std::stop_token stopToken() const { return _stopSource.get_token(); }
 
-    [[nodiscard]] bool isExecuting() const { return _state.load() == State::Executing; }
     /// Also true for an operation that was cancelled before it ran.
     [[nodiscard]] bool isFinished() const { return _state.load() == State::Finished; }
 

@@ -1,7 +1,7 @@
 #include "platform/tasks/PoliteWork.h"
 
-#include <condition_variable>
-#include <mutex>
+#include "platform/tasks/Mutex.h"
+
 #include <utility>
 
 #include <sys/resource.h>
@@ -34,10 +34,10 @@ PoliteWork::PoliteWork(std::stop_token stop) : _stop(std::move(stop)) {}
 bool PoliteWork::goOn() {
     if (_stop.stop_requested()) return false;
     if (Clock::now() - _since < longestWork) return true;
-    std::mutex mutex;
-    std::condition_variable_any stopped;
-    std::unique_lock lock(mutex);
-    stopped.wait_for(lock, _stop, rest, [] { return false; });
+    Mutex mutex;
+    Condition stopped;
+    Lock lock(mutex);
+    stopped.rest(lock, _stop, rest);
     _since = Clock::now();
     return !_stop.stop_requested();
 }

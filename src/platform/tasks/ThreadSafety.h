@@ -16,16 +16,10 @@
 #define VELMORA_SCOPED_CAPABILITY VELMORA_THREAD_ATTRIBUTE(scoped_lockable)
 /// A field that is read and written only while the mutex is held.
 #define VELMORA_GUARDED_BY(mutex) VELMORA_THREAD_ATTRIBUTE(guarded_by(mutex))
-/// A pointer whose target is read and written only while the mutex is held.
-#define VELMORA_POINTEE_GUARDED_BY(mutex) VELMORA_THREAD_ATTRIBUTE(pt_guarded_by(mutex))
 /// A function that is called with the mutex held, and leaves it so.
 #define VELMORA_REQUIRES(mutex) VELMORA_THREAD_ATTRIBUTE(requires_capability(mutex))
-/// A function that is called without the mutex, since it takes it itself.
-#define VELMORA_EXCLUDES(mutex) VELMORA_THREAD_ATTRIBUTE(locks_excluded(mutex))
 /// A function that takes, lets go, or tries to take the mutex; of the object itself without a name.
 #define VELMORA_ACQUIRE(...) VELMORA_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define VELMORA_RELEASE(...) VELMORA_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 /// A function that says to the analysis that the mutex is held, where it can't see it: in a lambda.
 #define VELMORA_ASSERT_HELD(mutex) VELMORA_THREAD_ATTRIBUTE(assert_capability(mutex))
-/// A function that answers a reference to the mutex.
-#define VELMORA_RETURNS_MUTEX(mutex) VELMORA_THREAD_ATTRIBUTE(lock_returned(mutex))

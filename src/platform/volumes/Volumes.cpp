@@ -49,7 +49,7 @@ bool isPortableDevice(const QByteArray& type) {
 }
 
 bool isBelow(const QString& path, const QString& folder) {
-    return path.startsWith(folder + u'/');
+    return path.startsWith(pathInFolder(folder, {}));
 }
 
 /// From Linux 6.9 on the kernel answers the UUID of a mounted file system to everybody. The numbers

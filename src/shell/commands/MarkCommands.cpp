@@ -1,5 +1,6 @@
 #include "shell/commands/MarkCommands.h"
 
+#include "catalogue/marks/Stars.h"
 #include "fileactions/marks/EditRunner.h"
 #include "platform/tasks/MainThread.h"
 #include "shell/services/ChosenPhotographs.h"
@@ -9,12 +10,6 @@
 
 using Command = MenuCommand;
 using Edit = fileactions::PhotographEdit;
-
-namespace {
-
-constexpr int mostStars = 5;
-
-} // namespace
 
 std::span<const MarkCommands::Row> MarkCommands::rows() {
     static const Row all[] = {
@@ -45,7 +40,7 @@ void MarkCommands::perform(const Edit::Change& change) {
 }
 
 void MarkCommands::serveRatingKeys(QWidget& view) {
-    for (int stars = 0; stars <= mostStars; ++stars) {
+    for (int stars = 0; stars <= marks::mostStars; ++stars) {
         auto* keys = new QShortcut(QKeySequence(Qt::Key_0 + stars), &view);
         keys->setContext(Qt::WidgetShortcut);
         keys->setAutoRepeat(false);

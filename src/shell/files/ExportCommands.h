@@ -21,40 +21,25 @@ namespace group {
 class FolderPaths;
 }
 
-/// What the user is asked before an export. Each call returns at once and answers later, at most
-/// once: a cancel is no answer. Main thread.
-class ExportQuestions {
+/// What the user is asked before an export, as dialogs of the window. Each call returns at once and
+/// answers later, at most once: a cancel is no answer. Main thread.
+class ExportDialogs final {
 public:
     using Settings = fileactions::ExportSettings;
 
-    virtual ~ExportQuestions() = default;
-    virtual void askSettings(
-        const Settings& settings, std::int64_t count,
-        std::function<void(const Settings&)> chosen) = 0;
-    /// The file for a single photograph, and whether one of that name may be replaced; otherwise
-    /// nobody was asked about it.
-    virtual void askFile(
-        const QString& name, const Settings& settings,
-        std::function<void(const QString& path, bool replaces)> chosen) = 0;
-    /// Closes what is being asked of these, without an answer; false where nothing is.
-    virtual bool withdraw() = 0;
-    /// The export is done, but these photographs are without metadata that were wanted.
-    virtual void tellMetadataMissing(std::int64_t count) = 0;
-};
-
-/// The same as dialogs of the window.
-class ExportDialogs final : public ExportQuestions {
-public:
     /// The window outlives this object.
     explicit ExportDialogs(QWidget& window) : _window(window) {}
     void askSettings(
-        const Settings& settings, std::int64_t count,
-        std::function<void(const Settings&)> chosen) override;
+        const Settings& settings, std::int64_t count, std::function<void(const Settings&)> chosen);
+    /// The file for a single photograph, and whether one of that name may be replaced; otherwise
+    /// nobody was asked about it.
     void askFile(
         const QString& name, const Settings& settings,
-        std::function<void(const QString& path, bool replaces)> chosen) override;
-    bool withdraw() override;
-    void tellMetadataMissing(std::int64_t count) override;
+        std::function<void(const QString& path, bool replaces)> chosen);
+    /// Closes what is being asked of these, without an answer; false where nothing is.
+    bool withdraw();
+    /// The export is done, but these photographs are without metadata that were wanted.
+    void tellMetadataMissing(std::int64_t count);
 
 private:
     QWidget& _window;
@@ -72,7 +57,7 @@ public:
         const group::FolderPaths& folderPaths;
         FileTasks& tasks;
         FileQuestions& questions;
-        ExportQuestions& exportQuestions;
+        ExportDialogs& exportQuestions;
         const ChosenPhotographs& chosen;
         /// Told of the end, as with any command on files.
         std::function<void(const fileactions::FileOutcome& outcome)> finished;

@@ -5,6 +5,7 @@
 #include "fileactions/share/ShareCopies.h"
 #include "group/MetadataRows.h"
 #include "group/PBGroupItem.h"
+#include "platform/files/PathNames.h"
 #include "platform/files/TypeIdentifiers.h"
 #include "platform/program/LocalizedTexts.h"
 #include "platform/tasks/MainThread.h"
@@ -217,7 +218,7 @@ void ShareCommands::convert(
         paths.append(QFile::decodeName(photograph.path));
         if (!photograph.needsCopy) continue;
         const copies::Place& place = places[next++];
-        paths.last() = QFile::decodeName(place.folder + '/' + place.name);
+        paths.last() = QFile::decodeName(platform::pathInFolder(place.folder, place.name));
         if (place.folder != madeFolder && place.folder != folder) plan.addFolder(place.folder);
         madeFolder = place.folder;
         plan.addFile(

@@ -12,20 +12,13 @@ class QAction;
 class QMenu;
 class QWidget;
 
-/// What the user is told about groups. Nothing here waits for the user.
-class GroupPrompts {
-public:
-    virtual ~GroupPrompts() = default;
-    /// Grouping by place has been asked for where places can't be looked up.
-    virtual void alertLocationRequireSystem() = 0;
-};
-
-/// As a dialog of the window.
-class GroupSheets final : public GroupPrompts {
+/// What the user is told about groups, as dialogs of the window that nothing waits for.
+class GroupSheets final {
 public:
     /// The window outlives this object.
     explicit GroupSheets(QWidget& window) : _window(window) {}
-    void alertLocationRequireSystem() override;
+    /// Grouping by place has been asked for where places can't be looked up.
+    void alertLocationRequireSystem();
 
 private:
     QWidget& _window;
@@ -48,7 +41,7 @@ public:
         /// There is something on display that groups can be made of.
         std::function<bool()> hasPhotographs;
         platform::UserDefaults& settings;
-        GroupPrompts& prompts;
+        GroupSheets& prompts;
     };
 
     /// Copies or moves the groups into folders of their own.

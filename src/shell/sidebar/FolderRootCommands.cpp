@@ -180,10 +180,6 @@ FolderRootCommands::insertRoot(const QString& path, std::uint64_t state) {
     return root;
 }
 
-bool FolderRootCommands::canRemoveFolderAlias() const {
-    return std::dynamic_pointer_cast<PBFolderAliasItem>(_parts.tree.selectedItem()) != nullptr;
-}
-
 void FolderRootCommands::removeFolderAlias() {
     const auto item = std::dynamic_pointer_cast<PBFolderAliasItem>(_parts.tree.selectedItem());
     if (item) doRemoveFolderAlias(item);

@@ -62,7 +62,6 @@ public:
 
     /// Removes the selected root.
     void removeFolderAlias();
-    [[nodiscard]] bool canRemoveFolderAlias() const;
     void doRemoveFolderAlias(const std::shared_ptr<PBFolderAliasItem>& item);
     /// The catalogue did not let go of roots: shows them again. The user is told of `askedFor`, the
     /// one that was removed by hand; nullptr for none.

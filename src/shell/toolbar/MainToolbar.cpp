@@ -1,6 +1,7 @@
 #include "shell/toolbar/MainToolbar.h"
 
 #include "platform/program/LocalizedTexts.h"
+#include "shell/menus/MenuEntries.h"
 #include "ui/Icons.h"
 #include "ui/MenuTracking.h"
 #include "ui/PBThemes.h"
@@ -16,6 +17,7 @@
 #include <algorithm>
 
 using platform::localizedString;
+using Command = MenuCommand;
 
 namespace {
 
@@ -32,6 +34,11 @@ QString withShortcut(const QString& text, const QKeySequence& shortcut) {
                : QStringLiteral("%1 (%2)").arg(text, shortcut.toString(QKeySequence::NativeText));
 }
 
+/// Those that the menus show with the command.
+QKeySequence keysOf(Command command) {
+    return QKeySequence::listFromString(menuEntry(command).shortcuts.toString()).value(0);
+}
+
 /// A space of the width that it is given.
 class Space final : public QWidget {
 public:
@@ -45,23 +52,21 @@ public:
 } // namespace
 
 MainToolbar::MainToolbar(QWidget* parent)
-    : QToolBar(localizedString(u"Toolbar"), parent),
-      _back(makeAction(QStringLiteral("back"), u"Back", Qt::ALT | Qt::Key_Left)),
-      _forward(makeAction(QStringLiteral("forward"), u"Forward", Qt::ALT | Qt::Key_Right)),
-      _addFolder(makeAction(QStringLiteral("addFolder"), u"AddFolder", Qt::CTRL | Qt::Key_O)),
+    : QToolBar(localizedString(u"Toolbar"), parent), _back(makeAction(Command::back, u"Back")),
+      _forward(makeAction(Command::forward, u"Forward")),
+      _addFolder(makeAction(Command::addFolderAlias, u"AddFolder")),
       _filterFlag(makeAction(QStringLiteral("flag_16_n"), u"FilterFlagged")),
       _filterStar(makeAction(QStringLiteral("star_16_n"), u"FilterStarred")),
       _group(makeAction(QStringLiteral("group"), u"ToolbarGroup")),
       _groupButton(new ToolbarButton(_group)),
-      _flag(makeAction(QStringLiteral("flag_16_n"), u"ToolbarFlag", Qt::CTRL | Qt::Key_G)),
+      _flag(makeAction(QStringLiteral("flag_16_n"), u"ToolbarFlag", keysOf(Command::flagClicked))),
       _rating(makeAction(QStringLiteral("star_16_n"), u"ToolbarRating")),
       _ratingButton(new ToolbarButton(_rating)),
-      _rotateLeft(makeAction(
-          QStringLiteral("rotateLeft"), u"RotateLeft", Qt::CTRL | Qt::SHIFT | Qt::Key_R)),
-      _rotateRight(makeAction(QStringLiteral("rotateRight"), u"RotateRight", Qt::CTRL | Qt::Key_R)),
-      _share(makeAction(QStringLiteral("share"), u"Share")),
-      _delete(makeAction(QStringLiteral("delete"), u"Delete")), _row(makeRow()),
-      _imageRow(makeRow()), _filledRow(_row), _search(new SearchField(localizedString(u"Search"))),
+      _rotateLeft(makeAction(Command::rotateLeft, u"RotateLeft")),
+      _rotateRight(makeAction(Command::rotateRight, u"RotateRight")),
+      _share(makeAction(Command::shareClicked, u"Share")),
+      _delete(makeAction(Command::deleteClicked, u"Delete")), _row(makeRow()), _imageRow(makeRow()),
+      _filledRow(_row), _search(new SearchField(localizedString(u"Search"))),
       _autoSpace(new Space(QSizePolicy::Preferred)) {
     setObjectName(QStringLiteral("mainToolbar"));
     setMovable(false);
@@ -103,6 +108,10 @@ MainToolbar::makeAction(const QString& icon, QStringView text, const QKeySequenc
     return action;
 }
 
+QAction* MainToolbar::makeAction(MenuCommand command, QStringView text) {
+    return makeAction(menuEntry(command).icon.toString(), text, keysOf(command));
+}
+
 void MainToolbar::addItem(const QString& identifier, QWidget* view, QStringView caption) {
     view->setObjectName(identifier);
     const bool isFixed = view->sizePolicy().horizontalPolicy() == QSizePolicy::Fixed;
@@ -141,41 +150,31 @@ QWidget* MainToolbar::makeRow() {
 
 void MainToolbar::addImageItems() {
     _filledRow = _imageRow;
-    const auto action = [this](
-                            MenuCommand command, const QString& icon, QStringView text,
-                            const QKeySequence& shortcut = {}) {
-        QAction* made = makeAction(icon, text, shortcut);
-        _imageViewToolbarItems.push_back({command, made});
-        return made;
+    const auto add = [this](Command command, QAction* action) {
+        _imageViewToolbarItems.push_back({command, action});
+        return action;
     };
-    using Command = MenuCommand;
+    const auto action = [&](Command command, QStringView text) {
+        return add(command, makeAction(command, text));
+    };
+    const QString thumbnails = menuEntry(Command::view_ThumbnailView).icon.toString();
     addItem(
         QStringLiteral("thumbnails"),
-        new ToolbarButton(action(
-            Command::view_ThumbnailView, QStringLiteral("thumbnailView"), u"BackToThumbnails",
-            Qt::Key_Escape)),
+        new ToolbarButton(
+            add(Command::view_ThumbnailView,
+                makeAction(thumbnails, u"BackToThumbnails", Qt::Key_Escape))),
         u"Thumbnails");
     addItem(
         QStringLiteral("imageZoom"),
         new SegmentedControl(
-            {action(
-                 Command::view_zoomOut, QStringLiteral("zoomOut"), u"ZoomOut",
-                 QKeySequence::ZoomOut),
-             action(
-                 Command::view_zoomIn, QStringLiteral("zoomIn"), u"ZoomIn", QKeySequence::ZoomIn),
-             action(
-                 Command::view_fitIn, QStringLiteral("zoomFit"), u"ZoomToFit",
-                 Qt::CTRL | Qt::SHIFT | Qt::Key_F),
-             action(
-                 Command::view_ActualSize, QStringLiteral("zoomActual"), u"ActualSize",
-                 Qt::CTRL | Qt::Key_Period)}),
+            {action(Command::view_zoomOut, u"ZoomOut"), action(Command::view_zoomIn, u"ZoomIn"),
+             action(Command::view_fitIn, u"ZoomToFit"),
+             action(Command::view_ActualSize, u"ActualSize")}),
         u"Zoom");
     addSpace(new Space(QSizePolicy::Expanding), QStringLiteral("imageSpace"));
     addItem(
         QStringLiteral("imageSlideshow"),
-        new ToolbarButton(action(
-            Command::view_SlideshowView, QStringLiteral("slideshow"), u"Slideshow", Qt::Key_F5)),
-        u"Slideshow");
+        new ToolbarButton(action(Command::view_SlideshowView, u"Slideshow")), u"Slideshow");
     // The same for both views.
     addItem(QStringLiteral("imageFlag"), new ToolbarButton(_flag), u"ToolbarFlag");
     _imageRatingButton = new ToolbarButton(_rating);
@@ -184,13 +183,10 @@ void MainToolbar::addImageItems() {
     addItem(
         QStringLiteral("imageRotate"), new SegmentedControl({_rotateLeft, _rotateRight}),
         u"Rotate");
-    _shareButtons.push_back(
-        new ToolbarButton(action(Command::shareClicked, QStringLiteral("share"), u"Share")));
+    _shareButtons.push_back(new ToolbarButton(action(Command::shareClicked, u"Share")));
     addItem(QStringLiteral("imageShare"), _shareButtons.back(), u"Share");
     addItem(
-        QStringLiteral("imageDelete"),
-        new ToolbarButton(
-            action(Command::deleteClicked, QStringLiteral("delete"), u"Delete", Qt::Key_Delete)),
+        QStringLiteral("imageDelete"), new ToolbarButton(action(Command::deleteClicked, u"Delete")),
         u"Delete");
     _filledRow = _row;
 }

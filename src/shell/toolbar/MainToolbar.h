@@ -85,6 +85,8 @@ protected:
 private:
     [[nodiscard]] QAction*
     makeAction(const QString& icon, QStringView text, const QKeySequence& shortcut = {});
+    /// With the symbol and the keys that the menus have for the command.
+    [[nodiscard]] QAction* makeAction(MenuCommand command, QStringView text);
     void addItem(const QString& identifier, QWidget* view, QStringView caption);
     void connectMenu(
         QAction& action, ToolbarButton& button, QMenu& menu,

@@ -1,5 +1,7 @@
 #include "shell/toolbar/ToolbarValidation.h"
 
+#include "platform/tasks/MainThread.h"
+
 #include <algorithm>
 
 ToolbarValidation::ToolbarValidation(Environment environment)
@@ -23,6 +25,7 @@ ToolbarValidation::toolbarItemSelectStatus(Command command) const {
 }
 
 void ToolbarValidation::beginValidateToolbarItem(SelectionStatus selectionStatus) {
+    platform::assertMainThread();
     _selectedFileArray.clear();
     if (selectionStatus == SelectionStatus::All) _selectedFileArray = _environment.allSelected();
     if (selectionStatus != SelectionStatus::First) return;
@@ -42,7 +45,7 @@ bool ToolbarValidation::validateToolbarItem(Command command) const {
     case Command::ratingMenuClicked:
         return !_selectedFileArray.empty() && _environment.isServed(command);
     }
-    return true;
+    return false;
 }
 
 void ToolbarValidation::endValidateToolbarItem() {

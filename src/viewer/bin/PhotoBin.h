@@ -51,7 +51,6 @@ public:
     /// Nothing is shown any more; nobody is asked to show that.
     void forgetFocus();
     /// The direction of the last move: -1, 0 or 1.
-    [[nodiscard]] int loadDirection() const { return _loadDirection; }
     void setLoadDirection(int direction) { _loadDirection = direction; }
 
     /// Finds the focus in the list as it is now. A photograph that is still there stays on show;

@@ -42,13 +42,6 @@ std::int64_t StripGeometry::indexAtPoint(const QPointF& point) const {
     return rectOfIndex(index).contains(point) ? index : -1;
 }
 
-double StripGeometry::frameWidthWithContainerSize(double width) const {
-    auto cells = static_cast<std::int64_t>(std::floor((width + gap) / pitch()));
-    cells += (cells & 1) - 1;
-    cells = std::clamp<std::int64_t>(cells, 1, std::max<std::int64_t>(1, 2 * _count - 1));
-    return static_cast<double>(cells) * pitch() - gap;
-}
-
 StripGeometry::Range StripGeometry::calcVisibleForRect(const QRectF& part) const {
     const double start = contentOffset();
     const auto cellsTo = [&](double x) {

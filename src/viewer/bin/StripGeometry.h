@@ -44,9 +44,6 @@ public:
     /// The cell at a point of the strip; -1 in a gap and beyond the ends.
     [[nodiscard]] std::int64_t indexAtPoint(const QPointF& point) const;
 
-    /// The width that shows an odd number of whole cells of those that fit, so that one of them is
-    /// the middle.
-    [[nodiscard]] double frameWidthWithContainerSize(double width) const;
     /// The cells that the part of the strip shows. Of cells smaller than 40 points, no more than
     /// would fit if they had that size, those in the middle.
     [[nodiscard]] Range calcVisibleForRect(const QRectF& part) const;

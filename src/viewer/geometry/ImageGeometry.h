@@ -39,7 +39,6 @@ public:
 
     [[nodiscard]] bool canZoomIn() const;
     [[nodiscard]] bool canZoomOut() const;
-    [[nodiscard]] int zoomDirection() const { return _zoomDirection; }
 
     /// To the next step of the table; nothing when that is what is shown.
     [[nodiscard]] std::optional<GeometryAnimation>

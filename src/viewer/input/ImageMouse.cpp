@@ -1,5 +1,7 @@
 #include "viewer/input/ImageMouse.h"
 
+#include "platform/tasks/MainThread.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -12,6 +14,7 @@ constexpr double clickDistance = 3;
 } // namespace
 
 void ImageMouse::mouseDown(const QPointF& point, ImageModifiers modifiers, int clickCount) {
+    platform::assertMainThread();
     _isDragged = false;
     _downPt = point;
     _motions.finishScroll();
@@ -31,6 +34,7 @@ void ImageMouse::mouseDown(const QPointF& point, ImageModifiers modifiers, int c
 }
 
 void ImageMouse::mouseDragged(const QPointF& point) {
+    platform::assertMainThread();
     const QPointF way = point - _downPt;
     const bool isClick =
         !_isDragged && std::abs(way.x()) <= clickDistance && std::abs(way.y()) <= clickDistance;
@@ -57,6 +61,7 @@ void ImageMouse::mouseDragged(const QPointF& point) {
 }
 
 void ImageMouse::mouseUp(const QPointF& point, ImageModifiers modifiers) {
+    platform::assertMainThread();
     const bool isZoomClick =
         std::exchange(_dragStatus, DragStatus::None) == DragStatus::Zoom && !_isDragged;
     if (!isZoomClick) return;

@@ -1,17 +1,22 @@
 #include "viewer/input/ImageSwipe.h"
 
+#include "platform/tasks/MainThread.h"
+
 void ImageSwipe::begin() {
+    platform::assertMainThread();
     finish(_motions.finishSwipe());
     _springBackTime.reset();
     _isFollowing = true;
 }
 
 void ImageSwipe::moveBy(double way) {
+    platform::assertMainThread();
     if (!_isFollowing) return;
     _geometry.setSwapOffset(swapOffsetAfter(offset(), way));
 }
 
 void ImageSwipe::release(double velocity) {
+    platform::assertMainThread();
     if (!_isFollowing) return;
     // Most platforms tell of no momentum: what the fingers did last has to do.
     const bool isFlung = velocity * offset() < 0;
@@ -47,5 +52,6 @@ void ImageSwipe::cancel() {
 }
 
 void ImageSwipe::tick() {
+    platform::assertMainThread();
     if (_springBackTime && _motions.now() >= *_springBackTime) doSwap(SwipeEnd::SpringBack);
 }

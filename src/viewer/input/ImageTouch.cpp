@@ -1,5 +1,7 @@
 #include "viewer/input/ImageTouch.h"
 
+#include "platform/tasks/MainThread.h"
+
 #include <QLineF>
 
 #include <algorithm>
@@ -25,6 +27,7 @@ ImageTouch::Pair::Pair(std::span<const QPointF> points)
       angle(-QLineF(points[0], points[1]).angle()) {}
 
 void ImageTouch::touch(std::span<const QPointF> points, double time) {
+    platform::assertMainThread();
     if (points.empty()) return lifted(time);
     if (points.size() >= 2) {
         if (_status == Status::Pinch)
@@ -89,6 +92,7 @@ void ImageTouch::lifted(double time) {
 }
 
 void ImageTouch::cancel() {
+    platform::assertMainThread();
     const Status status = std::exchange(_status, Status::None);
     if (status == Status::Move) _input.wheel().cancel();
     if (status == Status::Pinch) _input.endGesture();

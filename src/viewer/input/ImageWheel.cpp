@@ -1,5 +1,6 @@
 #include "viewer/input/ImageWheel.h"
 
+#include "platform/tasks/MainThread.h"
 #include "viewer/geometry/ZoomScales.h"
 
 #include <algorithm>
@@ -40,6 +41,7 @@ ImageWheel::ImageWheel(ImageGeometry& geometry, ImageMotions& motions, ImageInpu
       _phases([&motions] { return motions.now(); }) {}
 
 void ImageWheel::wheel(const WheelMove& move) {
+    platform::assertMainThread();
     const bool isWheel = move.phase == WheelMove::Phase::None;
     if (move.isZoom != (_zooms && isWheel) && _fingers == Fingers::None) return zoom(move);
     if (move.phase != WheelMove::Phase::None) return phased(move);
@@ -110,6 +112,7 @@ void ImageWheel::phased(const WheelMove& move) {
 }
 
 void ImageWheel::fingersDidBegin() {
+    platform::assertMainThread();
     _velocity.clear();
     _fraction = {};
     _motions.finishScroll();
@@ -123,6 +126,7 @@ void ImageWheel::fingersDidBegin() {
 }
 
 void ImageWheel::fingersDidMove(const QPointF& way, double time) {
+    platform::assertMainThread();
     if (_fingers == Fingers::None || way.isNull()) return;
     _velocity.add(time, way);
     if (_fingers == Fingers::Pan)
@@ -132,6 +136,7 @@ void ImageWheel::fingersDidMove(const QPointF& way, double time) {
 }
 
 void ImageWheel::fingersDidEnd(double time) {
+    platform::assertMainThread();
     const Fingers fingers = std::exchange(_fingers, Fingers::None);
     const QPointF velocity = _velocity.at(time);
     _velocity.clear();
@@ -149,6 +154,7 @@ void ImageWheel::pan(const QPointF& way) {
 }
 
 void ImageWheel::cancel() {
+    platform::assertMainThread();
     _fingers = Fingers::None;
     _velocity.clear();
     _waitingStep.reset();
@@ -167,6 +173,7 @@ std::optional<double> ImageWheel::nextTime() const {
 }
 
 void ImageWheel::tick() {
+    platform::assertMainThread();
     _swipe.tick();
     if (!_waitingStep || _motions.now() < _waitingStep->time) return;
     _host.step(std::exchange(_waitingStep, std::nullopt)->step);

@@ -3,6 +3,7 @@
 #include "group/PBImageFileItem.h"
 #include "image/large/ImageVersions.h"
 #include "image/large/PBLoadImageManager.h"
+#include "platform/tasks/MainThread.h"
 
 LoadedSlideshowPictures::LoadedSlideshowPictures(
     LargeImageRequests& requests, PBLoadImageManager& manager)
@@ -17,11 +18,13 @@ LoadedSlideshowPictures::~LoadedSlideshowPictures() {
 }
 
 void LoadedSlideshowPictures::forget() {
+    platform::assertMainThread();
     _ahead.clear();
     _preloaded.clear();
 }
 
 SlideshowPicture LoadedSlideshowPictures::pictureOf(const IndexedImage& image) {
+    platform::assertMainThread();
     const double scale = _manager.screen().fitInScaleForImageSize(image.item->imageSize());
     const auto found = [&] { return appropriateImageForScale(*image.item, scale); };
     if (const auto there = found(); there.images || there.hasNullImage)
@@ -34,6 +37,7 @@ SlideshowPicture LoadedSlideshowPictures::pictureOf(const IndexedImage& image) {
 }
 
 void LoadedSlideshowPictures::preload(std::span<const IndexedImage> images, std::int64_t current) {
+    platform::assertMainThread();
     _ahead.clear();
     for (const IndexedImage& image : images)
         _ahead.push_back(image.item);
@@ -45,6 +49,7 @@ void LoadedSlideshowPictures::preload(std::span<const IndexedImage> images, std:
 void LoadedSlideshowPictures::loadImageFinished(
     const PBLoadImageOperation&, const LoadedImages& images, double scale,
     const std::shared_ptr<PBImageFileItem>& contextObj, std::int64_t index) {
+    platform::assertMainThread();
     _requests.keepLoadedImages(images, scale, {contextObj, index}, _ahead);
     _listener(*contextObj);
 }

@@ -2,6 +2,7 @@
 
 #include "group/PBImageFileItem.h"
 #include "platform/desktop/IdleInhibitor.h"
+#include "platform/tasks/MainThread.h"
 #include "viewer/slideshow/LoadedSlideshowPictures.h"
 #include "viewer/slideshow/PBSlideShowViewController.h"
 #include "viewer/slideshow/PBSlideshowContainerView.h"
@@ -20,6 +21,7 @@ Slideshow::~Slideshow() {
 }
 
 void Slideshow::build() {
+    platform::assertMainThread();
     if (_controller) return;
     _inhibitor = platform::makeIdleInhibitor();
     _pictures = std::make_unique<LoadedSlideshowPictures>(_parts.requests, _parts.loadImageManager);
@@ -51,6 +53,7 @@ bool Slideshow::isRunning() const {
 }
 
 void Slideshow::start(PBImageFileArray items, std::int64_t focusIndex) {
+    platform::assertMainThread();
     if (items.empty() || isRunning()) return;
     build();
     _controller->setFileItemArray(std::move(items), focusIndex);

@@ -1,5 +1,7 @@
 #include "viewer/state/FramePlayer.h"
 
+#include "platform/tasks/MainThread.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -18,17 +20,20 @@ double FramePlayer::shownTime(double delay) {
 }
 
 void FramePlayer::startPlayTimer(const Frames& frames) {
+    platform::assertMainThread();
     if (_nextTime || !frames.canPlay()) return;
     _indexOfImages = std::min(_indexOfImages, frames.count - 1);
     _nextTime = _clock() + shownTime(frames.delayTimeAtIndex(_indexOfImages));
 }
 
 void FramePlayer::stopPlayTimer() {
+    platform::assertMainThread();
     _nextTime.reset();
     _indexOfImages = 0;
 }
 
 bool FramePlayer::playTimerMethod(const Frames& frames) {
+    platform::assertMainThread();
     const double time = _clock();
     if (!_nextTime || time < *_nextTime) return false;
     const double due = *_nextTime;

@@ -1,5 +1,7 @@
 #include "viewer/state/ImageMotions.h"
 
+#include "platform/tasks/MainThread.h"
+
 #include <utility>
 
 namespace {
@@ -11,6 +13,7 @@ int stepOf(const SwipeAnimation& animation) {
 } // namespace
 
 void ImageMotions::start(const std::optional<GeometryAnimation>& animation) {
+    platform::assertMainThread();
     if (!animation) return;
     const Running<GeometryAnimation> running{*animation, now()};
     stopScroll();
@@ -21,6 +24,7 @@ void ImageMotions::start(const std::optional<GeometryAnimation>& animation) {
 }
 
 void ImageMotions::scrollByDelta(const QPointF& delta, bool animation) {
+    platform::assertMainThread();
     finishScroll();
     const ScrollAnimation scroll = _geometry.scrollByDelta(delta);
     if (animation)
@@ -30,6 +34,7 @@ void ImageMotions::scrollByDelta(const QPointF& delta, bool animation) {
 }
 
 void ImageMotions::fling(const QPointF& velocity) {
+    platform::assertMainThread();
     finishScroll();
     _geometry.centerAnchor();
     _scroll = Running<FlingAnimation>{{_geometry.placement().drawAnchor(), velocity}, now()};
@@ -43,6 +48,7 @@ void ImageMotions::finishScroll() {
 }
 
 void ImageMotions::startSwipe(const SwipeAnimation& animation) {
+    platform::assertMainThread();
     _swipe = Running<SwipeAnimation>{animation, now()};
 }
 
@@ -62,6 +68,7 @@ bool ImageMotions::advance(std::optional<Running<GeometryAnimation>>& running) {
 }
 
 ImageMotions::Ended ImageMotions::tick() {
+    platform::assertMainThread();
     Ended ended;
     ended.hasEnded = !advance(_zoom);
     ended.hasEnded = !advance(_turn) || ended.hasEnded;
@@ -83,6 +90,7 @@ ImageMotions::Ended ImageMotions::tick() {
 }
 
 void ImageMotions::stop() {
+    platform::assertMainThread();
     _zoom.reset();
     _turn.reset();
     stopScroll();
