@@ -208,13 +208,13 @@ TEST_F(OpenFilesTest, whatCannotBeOpenedIsToldInASentenceEach) {
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     std::vector<UnopenedPath> told;
     QStringList openable = openablePaths(
-        {picture + u'x', picture, text, locked, pipe, folder.path()},
+        {picture + u'x', picture, text, locked, pipe, temporary.path()},
         [&](const UnopenedPath& unopened) { told.push_back(unopened); });
     if (::geteuid() == 0) // who may read the locked one, too
         EXPECT_TRUE(openable.removeOne(locked));
     else
         EXPECT_EQ(std::exchange(told[2], told.back()).error, EACCES);
-    EXPECT_EQ(openable, (QStringList{picture, folder.path()}));
+    EXPECT_EQ(openable, (QStringList{picture, temporary.path()}));
     using enum UnopenedPath::Fault;
     told.resize(3);
     EXPECT_EQ(

@@ -6,10 +6,10 @@
 #include "shell/PBMainWindowController.h"
 #include "shell/large/LargeView.h"
 #include "shell/sidebar/SourceSidebar.h"
-#include "support/Support.h"
+#include "support/FolderTest.h"
 
 /// The whole program in this process, with a profile of its own.
-struct RunningProgramTest : testing::Test {
+struct RunningProgramTest : support::FolderTest {
     RunningProgramTest() { start(); }
     ~RunningProgramTest() override {
         controller.reset();
@@ -25,12 +25,7 @@ struct RunningProgramTest : testing::Test {
         controller->applicationDidFinishLaunching();
         if (!file.isEmpty()) controller->applicationOpenFiles({file});
     }
-    QString path(const QString& below) const { return folder.filePath(below); }
     QString catalogue() const { return path(u"profile/files.db"_s); }
-    QString make(const QString& below) const {
-        QDir().mkpath(path(below));
-        return path(below);
-    }
     QString makePicture(const QString& below) const {
         support::writePicture(path(below));
         return path(below);
@@ -76,6 +71,5 @@ struct RunningProgramTest : testing::Test {
             controller->aliasManager().aliasArray(), [](const auto& root) { return root->path(); });
     }
 
-    QTemporaryDir folder;
     std::optional<ApplicationController> controller;
 };
