@@ -196,7 +196,7 @@ TEST_F(FileCommandsTest, whatADropDoesFollowsKeysDisksAndTheFolderUnderThePointe
         {Qt::NoModifier, both, true, 20, Qt::CopyAction},
         {Qt::ShiftModifier, both, false, 20, Qt::MoveAction},
         {Qt::ShiftModifier, Qt::CopyAction, true, 20, Qt::CopyAction},
-        {Qt::ControlModifier, both, true, 20, Qt::CopyAction},
+        {Qt::ShiftModifier | Qt::ControlModifier, both, true, 20, Qt::CopyAction},
         {Qt::ControlModifier, Qt::MoveAction, true, 20, Qt::IgnoreAction},
         {Qt::ShiftModifier, both, true, 10, Qt::IgnoreAction},
         {Qt::NoModifier, both, true, 10, Qt::CopyAction},

@@ -153,7 +153,7 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     controller->clearBrowser();
     EXPECT_FALSE(delegate.requested || large().isShown()) << "the user does something else";
 
-    refuse(u"insert"_s);
+    support::refuse(db, u"insert on FolderAlias"_s);
     support::writePicture(path(u"far/z.png"));
     delegate.scans = 0;
     controller->openFilesCommands().openFiles({path(u"far/z.png")});

@@ -31,14 +31,13 @@ struct NotedDelegate final : PBAppDelegate {
     std::shared_ptr<PBOpenFiles> openFiles() const override { return requested; }
     bool isAppDidFinishLaunch() const override { return launched; }
     bool isLargeViewMode() const override { return largeView(); }
-    bool isSlideShowMode() const override { return slideShow; }
-    void setIsSlideShowMode(bool is) override { slideShow = is; }
+    bool isSlideShowMode() const override { return false; }
+    void setIsSlideShowMode(bool) override {}
 
     int scans = 0;
     int cancels = 0;
     int watchUpdates = 0;
     bool scanning = false;
-    bool slideShow = false;
     bool launched = true;
     std::function<bool()> largeView = [] { return false; };
     std::shared_ptr<PBOpenFiles> requested;
@@ -124,12 +123,6 @@ struct ShellFixture : LibraryTest {
         answer(root, isAway ? VolumeAbsent : Found, root.reservePath());
         root.resolveWithMount({.includeMounted = true}, services);
         ASSERT_EQ(root.isMounted(), !isAway);
-    }
-    /// The catalogue takes no more of these for roots.
-    void refuse(const QString& change) {
-        const QString sql = u"create trigger no_%1 before %1 on FolderAlias begin "
-                            "select raise(abort, 'no'); end"_s;
-        EXPECT_TRUE(db.executeUpdate(sql.arg(change)));
     }
     /// Runs what was put off to the loop until now.
     static void runPosted() {

@@ -294,9 +294,10 @@ TEST_F(SidebarCommandsTest, aRemovedRootEndsItsScanAndComesBackAsItWas) {
     EXPECT_EQ(tips, 2) << "nothing is selected";
 
     // Nothing that the catalogue refuses is shown.
-    refuse(u"insert"_s);
-    refuse(u"update"_s);
+    support::refuse(db, u"update on FolderAlias"_s);
     EXPECT_FALSE(commands.addOrSelectFolder(path(u"A/inner")));
+    support::permit(db);
+    support::refuse(db, u"insert on FolderAlias"_s);
     commands.doAddFolder(make(u"new"));
     EXPECT_EQ(prompts.told, QStringList{u'-' + path(u"new")});
     EXPECT_FALSE(rows.folderAliasItemWithAliasObject(*inner));
@@ -305,7 +306,7 @@ TEST_F(SidebarCommandsTest, aRemovedRootEndsItsScanAndComesBackAsItWas) {
 
 TEST_F(SidebarCommandsTest, aRootThatTheCatalogueKeepsIsShownAgainAndTold) {
     const auto inner = root(u"A/inner");
-    refuse(u"update"_s);
+    support::refuse(db, u"update on FolderAlias"_s);
     select(*inner);
     const int scans = delegate.scans;
     commands.removeFolderAlias();
@@ -350,9 +351,9 @@ TEST_F(SidebarCommandsTest, aRootThatIsAwayIsGivenTheFolderThatTheUserSaysIsIt) 
     EXPECT_EQ(locate(other), QStringList{u"?other>R"_s});
     EXPECT_FALSE(away->isMounted()) << "the user said no";
     prompts.usesUnlike = true;
-    refuse(u"update"_s);
+    support::refuse(db, u"update on FolderAlias"_s);
     EXPECT_EQ(locate(other), (QStringList{u"?other>R"_s, u'~' + other}));
-    ASSERT_TRUE(db.executeUpdate(u"drop trigger no_update"_s));
+    support::permit(db);
     EXPECT_EQ(locate(moved + u'/'), QStringList()) << "the very folder";
     EXPECT_EQ((QStringList{away->path(), away->reservePath(), selected()}), QStringList(3, moved));
     EXPECT_EQ(locate(other), QStringList()) << "it is there";
