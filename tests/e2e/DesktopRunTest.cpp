@@ -1,10 +1,9 @@
 #include "e2e/Program.h"
 
 #include "core/Application.h"
+#include "support/ToldDesktop.h"
 
-#include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
 
 #include <csignal>
 
@@ -22,26 +21,19 @@ public:
             u"[D-BUS Service]\nName=%1\nExec=%2 --service\n"_s
                 .arg(id, QStringLiteral(VELMORA_PROGRAM))
                 .toUtf8());
-        _daemon.setProcessEnvironment(environment);
-        _daemon.setStandardErrorFile(QProcess::nullDevice());
-        _daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-        if (_daemon.waitForReadyRead(60'000))
-            _address = QString::fromLatin1(_daemon.readLine().trimmed());
+        _bus.emplace(environment);
     }
     ~StartingBus() {
         if (const pid_t pid = program(); pid > 0) ::kill(pid, SIGKILL);
-        QDBusConnection::disconnectFromBus(u"caller"_s);
-        _daemon.terminate();
-        _daemon.waitForFinished();
     }
-    [[nodiscard]] const QString& address() const { return _address; }
+    [[nodiscard]] const QString& address() const { return _bus->address(); }
     /// The process that has the application's name; 0 for none.
-    [[nodiscard]] pid_t program() const {
+    [[nodiscard]] pid_t program() {
         const auto pid = bus().interface()->servicePid(PBUtilities::applicationId());
         return pid.isValid() ? static_cast<pid_t>(pid.value()) : 0;
     }
     /// As a desktop calls; the platform data are added.
-    void call(const QString& method, QVariantList arguments = {}) const {
+    void call(const QString& method, QVariantList arguments = {}) {
         arguments.append(QVariantMap{{u"desktop-startup-id"_s, u"e2e-1_TIME1"_s}});
         const QString id = PBUtilities::applicationId();
         QDBusMessage message = QDBusMessage::createMethodCall(
@@ -49,15 +41,12 @@ public:
         message.setArguments(arguments);
         bus().asyncCall(message);
     }
-    void open(const QStringList& uris) const { call(u"Open"_s, {uris}); }
+    void open(const QStringList& uris) { call(u"Open"_s, {uris}); }
 
 private:
-    [[nodiscard]] QDBusConnection bus() const {
-        return QDBusConnection::connectToBus(_address, u"caller"_s);
-    }
+    [[nodiscard]] QDBusConnection bus() { return _bus->connection(u"caller"_s); }
 
-    QProcess _daemon;
-    QString _address;
+    std::optional<support::PrivateBus> _bus;
 };
 
 class DesktopRunTest : public e2e::ProgramTest {
@@ -68,7 +57,7 @@ protected:
 TEST_F(DesktopRunTest, callsOverTheBusStartTheProgramAndReachTheOneThatRuns) {
     paintPhotographs();
     useOwnPlaces();
-    const StartingBus bus(desktop.environment());
+    StartingBus bus(desktop.environment());
     ASSERT_FALSE(bus.address().isEmpty());
     desktop.setBus(bus.address());
     const QDir lisbon(photo(u"2022/Lisbon"_s));

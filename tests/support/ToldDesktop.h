@@ -15,7 +15,10 @@ namespace support {
 /// A message bus of its own, while it lives.
 class PrivateBus {
 public:
-    PrivateBus() {
+    explicit PrivateBus(
+        const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
+        _daemon.setProcessEnvironment(environment);
+        _daemon.setStandardErrorFile(QProcess::nullDevice());
         _daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
         if (_daemon.waitForReadyRead(60'000))
             _address = QString::fromLatin1(_daemon.readLine().trimmed());
