@@ -39,8 +39,6 @@ TEST_F(BrowserRunTest, clicksDragsAndKeysReachTheSheetAndTheSearchFieldNarrows) 
     desktop.key(u"Home"_s);
     EXPECT_TRUE(waitForSelection(items[0].name));
     EXPECT_TRUE(rests({{u"browser.scroll"_s, 0}}));
-    desktop.type(u"im"_s);
-    EXPECT_TRUE(waitFor([](const State& s) { return s.selected().startsWith(u"IMG_"); }));
     selectAll();
 
     // Every key in the search field narrows; Escape goes back to all, and gives the keys back.
@@ -53,10 +51,4 @@ TEST_F(BrowserRunTest, clicksDragsAndKeysReachTheSheetAndTheSearchFieldNarrows) 
     EXPECT_TRUE(shows(92));
     desktop.key(u"Home"_s);
     EXPECT_TRUE(waitForSelection(items[0].name));
-    desktop.key(u"ctrl+f"_s);
-    desktop.type(u"img"_s);
-    EXPECT_TRUE(shows(16));
-    desktop.key(u"Return"_s);
-    desktop.key(u"Home"_s);
-    EXPECT_TRUE(waitFor([](const State& s) { return s.selected().startsWith(u"IMG_"); }));
 }

@@ -92,8 +92,4 @@ void Desktop::drag(QPoint from, QPoint to) {
     xdotool(way);
 }
 
-void Desktop::moveTo(QPoint point) {
-    xdotool(at(point));
-}
-
 } // namespace e2e

@@ -37,9 +37,6 @@ public:
     void menu(QPoint point);
     /// Presses at the one point and goes to the other in a few steps, without letting go.
     void drag(QPoint from, QPoint to);
-    void hold(const QString& modifier) { xdotool({u"keydown"_s, modifier}); }
-    void letGo(const QString& modifier) { xdotool({u"keyup"_s, modifier}); }
-    void moveTo(QPoint point);
 
     // The keys.
     /// Such as "Return", "ctrl+a", "shift+Right".

@@ -93,12 +93,8 @@ TEST_F(MarksRunTest, thePanelMarksInBothViewsAndForTheNextStart) {
     }));
     desktop.key(u"5"_s);
     EXPECT_TRUE(waitForLargeMarks(5, true));
-    desktop.key(u"ctrl+4"_s);
-    EXPECT_TRUE(waitForLargeMarks(4, true));
-    choose({u"Image"_s, u"Rating"_s, u"2 Stars"_s});
-    EXPECT_TRUE(waitForLargeMarks(2, true));
     clickPlace(u"imageFlag"_s);
-    EXPECT_TRUE(waitForLargeMarks(2, false));
+    EXPECT_TRUE(waitForLargeMarks(5, false));
     clickPlace(u"imageRating"_s);
     chooseInMenu({u"1 Star"_s});
     EXPECT_TRUE(waitForLargeMarks(1, false));

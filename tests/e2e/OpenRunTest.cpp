@@ -1,7 +1,5 @@
 #include "e2e/Program.h"
 
-#include <unistd.h>
-
 namespace {
 
 using e2e::State;
@@ -83,9 +81,6 @@ TEST_F(OpenRunTest, laterStartsHandOverWhatTheyAreAskedFor) {
     open({files[0]});
     EXPECT_TRUE(showsFile(files[0], files.size()));
     EXPECT_TRUE(leavesTo(files.size()));
-    open({files[2], files[0]});
-    EXPECT_TRUE(showsFile(files[2], 2));
-    EXPECT_TRUE(leavesTo(files.size()));
     // The folder wins over its file, and stays.
     open({files[1], folder});
     EXPECT_TRUE(rests({{u"large.count"_s, files.size()}}));
@@ -108,32 +103,6 @@ TEST_F(OpenRunTest, laterStartsHandOverWhatTheyAreAskedFor) {
     EXPECT_TRUE(showsFile(files[1], files.size()));
     EXPECT_TRUE(becomes({{u"slideshow.state"_s, u"stopped"_s}}));
     quit();
-}
-
-TEST_F(OpenRunTest, aPhotographThatIsOpenedDoesNotWaitForAScanOfMany) {
-    constexpr int count = 20'000;
-    constexpr int written = 50; // the others are second names of these
-    const QString many = photo(u"many"_s);
-    const auto pathOf = [&many](int number) { return many + u"/%1.png"_s.arg(number); };
-    for (int number = 0; number < written; ++number)
-        support::writePicture(pathOf(number), {16, 12});
-    for (int number = written; number < count; ++number) {
-        const QByteArray first = QFile::encodeName(pathOf(number % written));
-        ASSERT_EQ(::link(first.constData(), QFile::encodeName(pathOf(number)).constData()), 0);
-    }
-    startAgain();
-    open({many});
-    ASSERT_TRUE(becomes({{u"folder"_s, many}}));
-    open({pathOf(19'999)});
-    const auto isSharp = [](const State& s) {
-        const QString painted = s.large(u"painted"_s).toString();
-        return s.large(u"image"_s) == u"19999.png"_s &&
-               (painted == u"fitIn"_s || painted == u"original"_s);
-    };
-    EXPECT_TRUE(waitFor(isSharp));
-    // Its neighbours come, and it stays.
-    EXPECT_TRUE(
-        waitFor([&](const State& s) { return isSharp(s) && s.large(u"count"_s).toInt() > 1; }));
 }
 
 } // namespace

@@ -89,16 +89,6 @@ TEST_F(ShareRunTest, aPhotographDraggedToAFolderOfTheSidebarGoesThere) {
     EXPECT_TRUE(shows(92));
     desktop.key(u"ctrl+z"_s);
     EXPECT_TRUE(waitFor([&](const State&) { return QFile::exists(file.filePath()); }));
-    // With Ctrl it is copied.
-    ASSERT_TRUE(shows(92));
-    desktop.drag(item(file.fileName()).picture.center(), row.center());
-    desktop.hold(u"ctrl"_s);
-    desktop.moveTo(row.center() + QPoint(3, 0));
-    desktop.release();
-    desktop.letGo(u"ctrl"_s);
-    EXPECT_TRUE(waitFor([&](const State&) { return QFile::exists(there); }));
-    EXPECT_TRUE(shows(93));
-    EXPECT_TRUE(QFile::exists(file.filePath()));
 }
 
 } // namespace
