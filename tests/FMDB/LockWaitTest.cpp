@@ -79,32 +79,31 @@ TEST(LockLimitTest, retriesEndAtTheLimitOrWithTheLock) {
 }
 
 TEST_F(LockWaitTest, anObserverHearsOfTheFilesTroublesAndOfALongWaitWithItsEnd) {
-    FMDatabase& db = other;
-    observe(db, std::chrono::milliseconds(0));
+    observe(other, std::chrono::milliseconds(0));
     ASSERT_TRUE(holder.executeUpdate(u"create table T (V unique)"_s));
-    ASSERT_TRUE(db.executeUpdate(u"insert into T values (1)"_s)) << "it knows the table";
-    db.setLongestWait(std::chrono::milliseconds(1));
+    ASSERT_TRUE(other.executeUpdate(u"insert into T values (1)"_s)) << "it knows the table";
+    other.setLongestWait(std::chrono::milliseconds(1));
     letsGo = false;
     ASSERT_TRUE(holder.beginTransaction());
-    EXPECT_FALSE(db.executeUpdate(u"insert into T values (2)"_s));
+    EXPECT_FALSE(other.executeUpdate(u"insert into T values (2)"_s));
     EXPECT_EQ(codes, std::vector{SQLITE_BUSY}) << "giving up is no end of it";
-    ASSERT_TRUE(holder.commit() && db.executeQuery(u"select * from T"_s).next());
+    ASSERT_TRUE(holder.commit() && other.executeQuery(u"select * from T"_s).next());
     EXPECT_EQ(codes, (std::vector{SQLITE_BUSY, SQLITE_OK}));
 
     // What is wrong with a statement is no news of the file.
-    EXPECT_FALSE(db.executeUpdate(u"insert into T values (1)"_s));
-    EXPECT_FALSE(db.executeQuery(u"select X from T"_s).isValid());
+    EXPECT_FALSE(other.executeUpdate(u"insert into T values (1)"_s));
+    EXPECT_FALSE(other.executeQuery(u"select X from T"_s).isValid());
     codes.clear();
-    EXPECT_TRUE(db.executeQuery(u"pragma max_page_count = 4"_s).next());
-    EXPECT_FALSE(db.executeUpdate(u"insert into T values (?)"_s, QByteArray(20'000, 'x')));
-    EXPECT_TRUE(db.executeUpdate(u"pragma query_only = on"_s));
-    EXPECT_FALSE(db.executeUpdate(u"insert into T values (2)"_s));
-    ASSERT_TRUE(db.close() && holder.close());
-    QFile file(db.databasePath());
+    EXPECT_TRUE(other.executeQuery(u"pragma max_page_count = 4"_s).next());
+    EXPECT_FALSE(other.executeUpdate(u"insert into T values (?)"_s, QByteArray(20'000, 'x')));
+    EXPECT_TRUE(other.executeUpdate(u"pragma query_only = on"_s));
+    EXPECT_FALSE(other.executeUpdate(u"insert into T values (2)"_s));
+    ASSERT_TRUE(other.close() && holder.close());
+    QFile file(other.databasePath());
     ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(4096));
     ASSERT_EQ(file.write(QByteArray(4096, '\x7f')), 4096);
     file.close();
-    ASSERT_TRUE(db.open());
-    EXPECT_FALSE(db.executeQuery(u"select V from T"_s).next());
+    ASSERT_TRUE(other.open());
+    EXPECT_FALSE(other.executeQuery(u"select V from T"_s).next());
     EXPECT_EQ(codes, (std::vector{SQLITE_FULL, SQLITE_READONLY, SQLITE_CORRUPT}));
 }

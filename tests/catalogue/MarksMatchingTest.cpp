@@ -73,7 +73,6 @@ TEST(MarksMatchingTest, eachPhotographIsKnownAgainByTheMostTrustedTrace) {
              {"the lost twin put back", "a=x@1 !b=x@2", "a=x@3", "1>1:1"},
              {"no digest taken: nothing by size alone", "a@1", "b@2", ""},
              {"no digest taken: name, size and date", "d/a@1", "e/a@2", "1>1:3"},
-             {"strangers", "a=x@1", "b=y@2", ""},
              {"dropped metadata", "a=x@1#One,12:00", "!a=y@2", "1>1:4"},
              {"another time", "a=x@1#One,12:00", "a=y@2#One,12:01", "1>1:4"},
              {"another time on a card", "a=x@1#One,12:00", "!a=y@2#One,12:01", ""},

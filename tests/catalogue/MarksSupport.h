@@ -16,6 +16,13 @@ inline void changeMarks(
     EXPECT_TRUE(transaction.commit());
 }
 
+/// A connection to both, of a test that takes no power away.
+inline std::unique_ptr<FMDatabase> connectToBoth(const QString& files, const QString& ledger) {
+    auto both = marks::MarksLedger::connect(files, ledger);
+    EXPECT_TRUE(both && both->executeUpdate(u"pragma synchronous = off"_s));
+    return both;
+}
+
 /// A catalogue and a ledger in a folder, and a connection to both.
 struct MarksTest : testing::Test {
     MarksTest() {
@@ -29,9 +36,7 @@ struct MarksTest : testing::Test {
         EXPECT_EQ(marks::settleLedger(marksPath, snapshots), QString());
         support::Database files(filesPath);
         EXPECT_TRUE(PBCatalogue(files).checkTables_FilesDb() && files.close());
-        both = marks::MarksLedger::connect(filesPath, marksPath);
-        ASSERT_NE(both, nullptr);
-        EXPECT_TRUE(both->executeUpdate(u"pragma synchronous = off"_s));
+        both = connectToBoth(filesPath, marksPath);
     }
     /// A photograph in the root "/pictures"; answers its id.
     qint64 addPhotograph(const QString& name, int orientation = 0) {

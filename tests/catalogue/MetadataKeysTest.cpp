@@ -8,13 +8,11 @@ namespace {
 using namespace PBUtilities;
 using support::entries;
 
-/// A row of a table with a value in the given columns and the null marker in all others.
-PBArray rowOf(QStringView type, const PBDictionary& values) {
+/// A row of GPS with a value in the given columns and the null marker in all others.
+PBArray rowOf(PBDictionary values) {
     PBArray row;
-    for (const QString& column : CatalogueSchema::metadataColumnsOfTable(type)) {
-        const auto found = values.find(column);
-        row.push_back(found == values.end() ? PBValue(PBNull()) : found->second);
-    }
+    for (const QString& column : CatalogueSchema::metadataColumnsOfTable(u"GPS"))
+        row.push_back(values.try_emplace(column, PBNull()).first->second);
     return row;
 }
 
@@ -39,10 +37,10 @@ TEST(MetadataKeysTest, keysOfNewerDecodersAndOfOtherTablesAreDropped) {
 
 TEST(MetadataKeysTest, rowsComeBackUnderTheirColumnsWithoutNulls) {
     const PBDictionary values{{u"GPSVersion"_s, u"2,2"_s}, {u"Differential"_s, 0}};
-    EXPECT_EQ(propertyDictionaryFromArray(rowOf(u"GPS", values), u"GPS"), values);
+    EXPECT_EQ(propertyDictionaryFromArray(rowOf(values), u"GPS"), values);
     EXPECT_TRUE(propertyDictionaryFromArray({}, u"GPS").empty());
     for (const QStringView table : {u"ImageFile", u"Geo", u"Thumbnail"})
-        EXPECT_TRUE(propertyDictionaryFromArray(rowOf(u"GPS", values), table).empty());
+        EXPECT_TRUE(propertyDictionaryFromArray(rowOf(values), table).empty());
     // A shorter row, as an older file may have it.
     EXPECT_EQ(
         propertyDictionaryFromArray(PBArray{u"1"_s}, u"GPS"),

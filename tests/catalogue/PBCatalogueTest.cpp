@@ -9,12 +9,11 @@
 
 namespace {
 
-/// Both kinds of connection: without and with kept statements.
-struct PBCatalogueTest : ::testing::TestWithParam<bool> {
-    void SetUp() override {
-        for (FMDatabase* db : {&_filesDb, &_thumbDb})
-            db->setShouldCacheStatements(GetParam());
-        ASSERT_TRUE(_files.checkTables_FilesDb() && _thumbs.checkTables_Thumbnail());
+/// The connection to the catalogue keeps its statements, as the program's does.
+struct PBCatalogueTest : ::testing::Test {
+    PBCatalogueTest() {
+        _filesDb.setShouldCacheStatements(true);
+        EXPECT_TRUE(_files.checkTables_FilesDb() && _thumbs.checkTables_Thumbnail());
     }
 
     qint64 countOf(const QString& table) {
@@ -27,8 +26,6 @@ struct PBCatalogueTest : ::testing::TestWithParam<bool> {
     PBCatalogue _thumbs{_thumbDb};
 };
 
-INSTANTIATE_TEST_SUITE_P(Cache, PBCatalogueTest, ::testing::Bool());
-
 struct OneRoot : FolderRootPaths {
     QString path;
     QString mountedPathOfAliasId(qint64 aliasId) const override {
@@ -36,7 +33,7 @@ struct OneRoot : FolderRootPaths {
     }
 };
 
-TEST_P(PBCatalogueTest, rootFolderIsStoredAsNullAndPathsGoOnFromThePlaceOfTheRoot) {
+TEST_F(PBCatalogueTest, rootFolderIsStoredAsNullAndPathsGoOnFromThePlaceOfTheRoot) {
     const qint64 root = _files.insertFolderWithAliasId(7, QString());
     const qint64 below = _files.insertFolderWithAliasId(7, u"2024/May"_s);
     const qint64 orphan = _files.insertFolderWithAliasId(9, u"a"_s);
@@ -65,7 +62,7 @@ TEST_P(PBCatalogueTest, rootFolderIsStoredAsNullAndPathsGoOnFromThePlaceOfTheRoo
     EXPECT_EQ(paths(), QStringList(4, QString()));
 }
 
-TEST_P(PBCatalogueTest, imageFilesAreFoundByExactNameAndIdsAreNeverUsedAgain) {
+TEST_F(PBCatalogueTest, imageFilesAreFoundByExactNameAndIdsAreNeverUsedAgain) {
     PBDictionary row = support::entries(
         "FolderId=3 FileName=A.jpg FileSize=5000000000 ModificationDate=1234567890.123456");
     row[u"Tag"_s] = PBNull();
@@ -89,7 +86,7 @@ TEST_P(PBCatalogueTest, imageFilesAreFoundByExactNameAndIdsAreNeverUsedAgain) {
     EXPECT_EQ(_files.insertImageFileWithDictionary(row), 2);
 }
 
-TEST_P(PBCatalogueTest, dictionariesWithoutKeysOrWithUnknownOnesFailWhereTheyMust) {
+TEST_F(PBCatalogueTest, dictionariesWithoutKeysOrWithUnknownOnesFailWhereTheyMust) {
     EXPECT_EQ(_files.insertImageFileWithDictionary({}), 0);
     EXPECT_EQ(_files.insertImageFileWithDictionary({{u"NoColumn"_s, 1}}), 0);
     EXPECT_TRUE(_files.insertExifWithImageFileId(1, {}));
@@ -107,7 +104,7 @@ TEST_P(PBCatalogueTest, dictionariesWithoutKeysOrWithUnknownOnesFailWhereTheyMus
     EXPECT_TRUE(_files.gpsDataWithFileIdAndFields(1, {u"NoColumn"_s}).empty());
 }
 
-TEST_P(PBCatalogueTest, imageIsRemovedFromEveryTableThatLetsItAndOthersStay) {
+TEST_F(PBCatalogueTest, imageIsRemovedFromEveryTableThatLetsItAndOthersStay) {
     const auto insert = [this] {
         const qint64 id = _files.insertImageFileWithDictionary({{u"FolderId"_s, 1}});
         EXPECT_TRUE(_files.insertExifWithImageFileId(id, {{u"FNumber"_s, 2.8}}));
@@ -139,7 +136,7 @@ void cancelOperation(sqlite3_context* context, int, sqlite3_value**) {
     static_cast<platform::Operation*>(sqlite3_user_data(context))->cancel();
 }
 
-TEST_P(PBCatalogueTest, thumbnailsAreRemovedInOneTransactionThatEnds) {
+TEST_F(PBCatalogueTest, thumbnailsAreRemovedInOneTransactionThatEnds) {
     const auto leftAfter = [this](std::vector<qint64> ids) {
         const auto removal = std::make_shared<PBRemoveThumbOperation>(std::move(ids), _thumbDb);
         sqlite3_create_function(
@@ -164,7 +161,7 @@ TEST_P(PBCatalogueTest, thumbnailsAreRemovedInOneTransactionThatEnds) {
     EXPECT_EQ(leftAfter({4, 5}), u"2 5"_s) << "cancelled in between";
 }
 
-TEST_P(PBCatalogueTest, tagsAreCompletedByUse) {
+TEST_F(PBCatalogueTest, tagsAreCompletedByUse) {
     const qint64 beach = support::addTag(_filesDb, u"beach"_s);
     const qint64 city = support::addTag(_filesDb, u"CITY at night"_s);
     const qint64 sea = support::addTag(_filesDb, u"Sea"_s);

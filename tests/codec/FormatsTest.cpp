@@ -19,19 +19,10 @@ std::unique_ptr<codec::Decoder> opened(const QByteArray& bytes, QStringView hint
     return codec::openDecoder(codec::Source::fromBytes(bytes), hint);
 }
 
-codec::DecodeRequest
-requestFor(int maxSize, codec::Depth depth = codec::Depth::Screen, std::size_t frame = 0) {
-    codec::DecodeRequest request;
-    request.frame = frame;
-    request.maxSize = maxSize;
-    request.depth = depth;
-    return request;
-}
-
 codec::Frame
 decoded(const QByteArray& bytes, int maxSize = 0, QStringView hint = {}, std::size_t frame = 0) {
-    const auto request = requestFor(maxSize, codec::Depth::Screen, frame);
-    return codec::decode(codec::Source::fromBytes(bytes), hint, request);
+    const auto source = codec::Source::fromBytes(bytes);
+    return codec::decode(source, hint, {.frame = frame, .maxSize = maxSize});
 }
 
 /// What a gray file shows of it: its red.
@@ -109,13 +100,10 @@ TEST(Formats, PicturesComeOutWholeAndKeepToTheLimits) {
     const QImage small = decoded(PBUtilities::cgImageRefToPngData(image), 64).image;
     ASSERT_EQ(small.size(), QSize(64, 38));
     const auto isRefused = [](const made::Picture& picture, codec::Limits limits) {
-        codec::DecodeRequest request;
-        request.limits = limits;
         const auto source = codec::Source::fromBytes(picture.bytes);
-        return codec::decode(source, picture.typeHint, request).image.isNull();
+        return codec::decode(source, picture.typeHint, {.limits = limits}).image.isNull();
     };
-    codec::DecodeRequest stopped;
-    stopped.stop = codec::StopFlag(support::stopped());
+    const codec::DecodeRequest stopped{.stop = codec::StopFlag(support::stopped())};
     constexpr std::uint64_t pixels = 160 * 96;
     for (const made::Picture& picture : made::gradients()) {
         SCOPED_TRACE(picture.name);
@@ -230,9 +218,10 @@ TEST(Formats, ProfilesAreAppliedAndSourceDepthKeepsThemWithTheSamplesOfTheFile) 
         const QByteArray bytes = file(name);
         if (bytes.isEmpty()) continue;
         for (const int maxSize : {0, 30}) {
-            auto request = requestFor(maxSize, codec::Depth::Source);
-            request.targetProfile = formatpictures::swappedProfile(); // not used
-            const codec::Frame frame = opened(bytes)->frame(request);
+            const codec::Frame frame = opened(bytes)->frame(
+                {.maxSize = maxSize,
+                 .targetProfile = formatpictures::swappedProfile(), // not used
+                 .depth = codec::Depth::Source});
             const QImage shown = decoded(bytes, maxSize).image;
             EXPECT_EQ(frame.profile.isEmpty(), !hasProfile);
             const bool isOpaque = shown.format() == QImage::Format_RGB32;
@@ -246,7 +235,7 @@ TEST(Formats, ProfilesAreAppliedAndSourceDepthKeepsThemWithTheSamplesOfTheFile) 
     }
     // All 16 bits are there.
     const QByteArray samples("P6 1 2 65535\n\x12\x34\x56\x78\x9a\xbc", 19);
-    const codec::Frame cut = opened(samples)->frame(requestFor(0, codec::Depth::Source));
+    const codec::Frame cut = opened(samples)->frame({.depth = codec::Depth::Source});
     EXPECT_EQ(cut.image.pixelColor(0, 0).rgba64(), qRgba64(0x1234, 0x5678, 0x9ABC, 0xFFFF));
     EXPECT_FALSE(cut.isComplete);
     EXPECT_EQ(cut.image.pixelColor(0, 1).rgba64(), qRgba64(0x8080, 0x8080, 0x8080, 0xFFFF));
@@ -262,8 +251,8 @@ TEST(Formats, AFilterLeavesNothingOfStripesThatAreTooFine) {
         // The last are so many that deep ones are averaged by blocks first.
         for (const int maxSize : {1001, 930, 700, 140}) {
             for (const auto depth : {codec::Depth::Screen, codec::Depth::Source}) {
-                auto request = requestFor(maxSize, depth);
-                request.reduction = codec::Reduction::Filtered;
+                const codec::DecodeRequest request{
+                    .maxSize = maxSize, .reduction = codec::Reduction::Filtered, .depth = depth};
                 const QImage made = opened(bytes)->frame(request).image;
                 ASSERT_EQ(made.width(), maxSize);
                 for (int x = 8; x < made.width() - 8; ++x)
@@ -277,8 +266,7 @@ TEST(Formats, AFilterOnAThreadOfItsOwnMakesTheSamePicture) {
     const QByteArray whole =
         PBUtilities::cgImageRefToJpegData(formatpictures::gradient({1000, 801}));
     for (const QByteArray& bytes : {whole, whole.first(whole.size() / 2)}) {
-        codec::DecodeRequest request = requestFor(700);
-        request.reduction = codec::Reduction::Filtered;
+        codec::DecodeRequest request{.maxSize = 700, .reduction = codec::Reduction::Filtered};
         const codec::Frame alone = codec::decode(codec::Source::fromBytes(bytes), {}, request);
         request.threads = 2;
         const codec::Frame beside = codec::decode(codec::Source::fromBytes(bytes), {}, request);
@@ -312,8 +300,8 @@ TEST(Formats, DeepGradientsKeepTheirStepsOnTheWayToTheScreensColours) {
         const auto grey = static_cast<quint16>(x * 8);
         gradient.setPixelColor(x, 0, QColor(QRgba64::fromRgba64(grey, grey, grey, 0xFFFF)));
     }
-    codec::DecodeRequest request;
-    request.targetProfile = QColorSpace(QColorSpace::SRgbLinear).iccProfile();
+    const codec::DecodeRequest request{
+        .targetProfile = QColorSpace(QColorSpace::SRgbLinear).iccProfile()};
     const QImage made = opened(PBUtilities::cgImageRefToPngData(gradient))->frame(request).image;
     std::set<int> steps;
     for (int x = 0; x < made.width(); ++x)
@@ -367,24 +355,21 @@ TEST(Formats, APngHasTheSizeThatItSaidFirst) {
 
 TEST(Formats, FramesComeAsTheyAreInWhateverOrderAndOnesThatWereDrawnAreNotReadAgain) {
     for (const auto& [bytes, count] :
-         {std::pair(formatpictures::gif(DISPOSE_PREVIOUS, false), 3),
-          {file("frames.png"), 3},
-          {file("frames.webp"), 2},
-          {file("frames.jxl"), 2},
-          {file("frames.avif"), 2}}) {
+         {std::pair(formatpictures::gif(DISPOSE_PREVIOUS, false), 3U),
+          {file("frames.png"), 3U},
+          {file("frames.webp"), 2U},
+          {file("frames.jxl"), 2U},
+          {file("frames.avif"), 2U}}) {
         const auto decoder = opened(bytes);
-        codec::DecodeRequest request;
-        for (const int frame : {0, 1, count - 1, count - 1, 0, count - 1, 1}) {
-            request.frame = static_cast<std::size_t>(frame);
-            EXPECT_EQ(decoder->frame(request).image, decoded(bytes, 0, {}, request.frame).image);
-        }
+        for (const std::size_t frame : {0U, 1U, count - 1, count - 1, 0U, count - 1, 1U})
+            EXPECT_EQ(decoder->frame({.frame = frame}).image, decoded(bytes, 0, {}, frame).image);
     }
     const QByteArray whole = formatpictures::gif(DISPOSE_PREVIOUS, false);
     std::string bytes = whole.toStdString();
     const auto decoder = opened(QByteArray::fromRawData(bytes.data(), whole.size()));
-    EXPECT_FALSE(decoder->frame(requestFor(0, codec::Depth::Screen, 1)).image.isNull());
+    EXPECT_FALSE(decoder->frame({.frame = 1}).image.isNull());
     std::fill_n(bytes.begin(), bytes.size() / 2, '\0');
-    const QImage last = decoder->frame(requestFor(0, codec::Depth::Screen, 2)).image;
+    const QImage last = decoder->frame({.frame = 2}).image;
     EXPECT_EQ(last, decoded(whole, 0, {}, 2).image);
 }
 
@@ -410,8 +395,7 @@ TEST(Formats, ATiffOfManySamplesReadsThoseThatItShows) {
     together.replace(200, 3, QByteArray("\0\xff\0", 3));
     EXPECT_EQ(letters(decoded(stripTiff({.length = 800}) + together).image), u"?g|??");
     // More to unpack than a decode may hold, and all of it to be skipped: runs of 128 samples.
-    codec::DecodeRequest request;
-    request.limits.bytes = 200 * 1000 * 1000;
+    const codec::DecodeRequest request{.limits = {.bytes = 200 * 1000 * 1000}};
     const QByteArray packed = stripTiff(
         {.width = 1200, .height = 1200, .compression = 32773, .strips = 1200, .length = 3750});
     const QByteArray row = QByteArray("\x81\x55").repeated(1875);
@@ -454,7 +438,7 @@ TEST(Formats, NegativesAreDeveloped) {
     ASSERT_EQ(small.size(), QSize(32, 24));
     EXPECT_LE(qRed(small.pixel(4, 4)) - qRed(small.pixel(28, 20)), 4) << "evenly lit";
     EXPECT_TRUE(decoded(negative, 0, type, 1).image.isNull());
-    const QImage deep = opened(negative, type)->frame(requestFor(0, codec::Depth::Source)).image;
+    const QImage deep = opened(negative, type)->frame({.depth = codec::Depth::Source}).image;
     EXPECT_EQ(deep.format(), QImage::Format_RGBX64);
     EXPECT_LE(differenceOf(deep, full).most, 3);
 }

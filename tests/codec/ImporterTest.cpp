@@ -103,9 +103,7 @@ TEST_F(ImporterFallback, WhoWaitsIsToldWithEveryQuestion) {
     importer->setUrgency(Next);
     EXPECT_EQ(askAll(), (std::vector{Next, Next, Next}));
     reader->urgencies.clear();
-    codec::DecodeRequest request;
-    request.urgency = Focus;
-    request.maxSize = 60;
+    const codec::DecodeRequest request{.maxSize = 60, .urgency = Focus};
     const codec::ReadResult result = importer->readImage(request, {});
     EXPECT_EQ(result.status, codec::ReadStatus::Decoded);
     EXPECT_EQ(result.frame.image.size(), QSize(60, 30)) << "decoded in full, and reduced";

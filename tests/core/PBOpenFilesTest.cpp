@@ -1,22 +1,9 @@
-#include "core/PBOpenFiles.h"
-#include "support/Support.h"
-
-namespace {
-
-std::shared_ptr<PBOpenFolderObject> folderOf(const char* path, const QStringList& files) {
-    auto folder = std::make_shared<PBOpenFolderObject>();
-    folder->folderPath = QString::fromLatin1(path);
-    for (const QString& name : files)
-        folder->fileArray.push_back(std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, name}));
-    return folder;
-}
-
-} // namespace
+#include "core/OpenedFolders.h"
 
 TEST(PBOpenFilesTest, FoldersMatchByPathOnceAndThenByTheirIds) {
-    const auto focused = folderOf("/a", {});
-    focused->focusOpenFileObj = std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, u"f"_s});
-    PBOpenFiles files({focused, folderOf("/b/c", {u"x.jpg"_s})});
+    const auto focused = opened(u"/a"_s);
+    focused->focusOpenFileObj = openedFile(u"f"_s);
+    PBOpenFiles files({focused, opened(u"/b/c"_s, "x.jpg")});
     using Case = std::tuple<qint64, QStringView, int>;
     // The second round answers by id: the paths no longer say anything.
     for (const bool byId : {false, true})

@@ -4,10 +4,10 @@
 namespace {
 
 struct Element {
-    int key;
+    double key;
     int arrival;
     std::int64_t sortCompare(const Element& other, int) const {
-        return key < other.key ? -1 : key > other.key ? 1 : 0;
+        return key < other.key ? -1 : key > other.key ? 1 : key == other.key ? 0 : -2;
     }
 };
 
@@ -15,7 +15,7 @@ constexpr auto AddedBehind = EqualElements::AddedBehind;
 constexpr auto Refused = EqualElements::Refused;
 using Array = std::vector<std::shared_ptr<Element>>;
 
-std::shared_ptr<Element> element(int key, int arrival = 0) {
+std::shared_ptr<Element> element(double key, int arrival = 0) {
     return std::make_shared<Element>(Element{key, arrival});
 }
 
@@ -39,7 +39,7 @@ TEST(SortedArrayTest, insertionEqualsAStableSortInBothOrders) {
                 ASSERT_NE(index, NSNotFound);
                 EXPECT_EQ(sorted[static_cast<std::size_t>(index)]->key, held->key);
             }
-            for (const int key : {-1, 10})
+            for (const double key : {-1, 10})
                 EXPECT_EQ(sortIndexOfObject(sorted, Element{key, -1}, 0, descending), NSNotFound);
         }
     }
@@ -53,15 +53,10 @@ TEST(SortedArrayTest, equalElementIsAnsweredInsteadOfInserted) {
     EXPECT_EQ(array.size(), 2U);
 }
 
-/// Elements without a defined order: each compares as -2 with every other.
 TEST(SortedArrayTest, undefinedOrderCountsAsGreater) {
-    struct Unordered {
-        std::int64_t sortCompare(const Unordered&, int) const { return -2; }
-    };
-    std::vector<std::shared_ptr<Unordered>> array;
+    Array array;
     for (int i = 0; i < 5; ++i) {
-        const auto* added =
-            sortAddObject(array, std::make_shared<Unordered>(), 0, true, AddedBehind);
+        const auto* added = sortAddObject(array, element(NAN), 0, true, AddedBehind);
         EXPECT_EQ(array.back().get(), added);
     }
 }

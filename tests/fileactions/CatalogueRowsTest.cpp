@@ -36,11 +36,9 @@ struct CatalogueRowsTest : MarksTest, support::Transfers {
         return id;
     }
     std::optional<fileactions::CatalogueRows::Place> placeOf(const QString& place) const {
-        for (auto root = roots.begin(); root != roots.end(); ++root) {
-            if (place == *root) return {{root.key(), {}}};
-            if (place.startsWith(*root + u'/'))
-                return {{root.key(), place.sliced(root->size() + 1)}};
-        }
+        for (auto root = roots.begin(); root != roots.end(); ++root)
+            if ((place + u'/').startsWith(*root + u'/'))
+                return {{root.key(), place.mid(root->size() + 1)}};
         return std::nullopt;
     }
     fileactions::CatalogueRows::Environment environment() {

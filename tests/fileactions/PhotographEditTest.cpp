@@ -52,12 +52,7 @@ struct EditQueueTest : MarksTest {
     std::vector<marks::ShownRow> shown;
     std::vector<EditResult> results;
     EditQueue queue{EditQueue::Environment{
-        .connect =
-            [this] {
-                auto connection = marks::MarksLedger::connect(filesPath, marksPath);
-                EXPECT_TRUE(connection->executeUpdate(u"pragma synchronous = off"_s));
-                return connection;
-            },
+        .connect = [this] { return connectToBoth(filesPath, marksPath); },
         .mountedRoots = [this] { return roots; },
         .folderRoots = folders,
         .show =
@@ -235,8 +230,7 @@ TEST_F(EditQueueTest, finishStoresWhatIsOnItsWayAndShowsNothing) {
             [this, id,
              tag](FMDatabase& files) -> std::variant<fileactions::PerformedEdit, QString> {
                 if (tag.isEmpty()) return u"no marks"_s;
-                marks::MarksChange tags;
-                tags.tags = QStringList(tag);
+                const marks::MarksChange tags{{}, {}, QStringList(tag), {}};
                 return fileactions::storeEdit(
                     files, roots,
                     {.photographs = {{.fileIds = {id}, .change = tags}}, .paths = {}});

@@ -25,10 +25,7 @@ struct ScriptedPrompts : fileactions::FilePrompts {
     void tellFailure(const fileactions::FileFailure& failure) override {
         log += u"failed "_s + QFile::decodeName(platform::nameOfPath(failure.path));
     }
-    bool askDeleteForGood(std::int64_t count) override {
-        log += u"delete %1?"_s.arg(count);
-        return false;
-    }
+    bool askDeleteForGood(std::int64_t) override { return false; }
     void progress(const fileactions::FileProgress& progress) override {
         if (onProgress) onProgress(progress);
     }
@@ -59,7 +56,7 @@ struct Transfers {
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     }
     using TransferPlan = fileactions::TransferPlan;
-    fileactions::TransferResult run(const TransferPlan& plan, const std::stop_token& stop = {}) {
+    fileactions::TransferResult run(const TransferPlan& plan) {
         const platform::NamesOnDisk spellings = files.names();
         return fileactions::FileTransfer({.files = files,
                                           .temporaries = temporaries,
@@ -67,7 +64,7 @@ struct Transfers {
                                           .prompts = prompts,
                                           .copyWord = u"copy"_s,
                                           .names = spellings})
-            .run(plan, stop);
+            .run(plan, {});
     }
     TransferPlan plan(
         TransferPlan::Kind kind, std::vector<QByteArray> sources,

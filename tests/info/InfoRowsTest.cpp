@@ -151,8 +151,7 @@ TEST(InfoRowsTest, datesStandInTheOrderOfTheLocale) {
     };
     EXPECT_EQ(camera("2021:03:28 02:30:00"), u"28 Mar 2021, 02:30:00"_s);
     EXPECT_EQ(camera("2021:03:28"), u"28 Mar 2021"_s);
-    for (const char* none :
-         {"0000:00:00 00:00:00", "2021:03:28T02:30:00", "    :  :     :  :  ", ""})
+    for (const char* none : {"0000:00:00 00:00:00", "2021:03:28T02:30:00"})
         EXPECT_EQ(camera(none), u"-"_s) << none;
 }
 

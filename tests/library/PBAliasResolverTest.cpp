@@ -187,9 +187,8 @@ TEST_F(PBAliasResolverTest, diskThatHangsAnswersLaterUnlessItWasAskedOfAllAtOnce
 }
 
 TEST_F(PBAliasResolverTest, absentVolumeIsMountedWhenAsked) {
-    platform::Bookmark bookmark;
-    bookmark.path = u"/media/nobody/Stick/photos"_s;
-    bookmark.fileSystem = {"ext4", "0123456789abcdef", "/dev/nothing", 9};
+    const platform::Bookmark bookmark{
+        u"/media/nobody/Stick/photos"_s, {}, {"ext4", "0123456789abcdef", "/dev/nothing", 9}, {}};
     const auto root = rootOf(bookmark.data(), bookmark.path);
     QStringList told;
     resolver.setMountHandler([&](qint64 aliasId, const QString& reason) {

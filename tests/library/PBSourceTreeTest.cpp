@@ -154,11 +154,10 @@ TEST_F(PBSourceTreeTest, foldersOfZombiesAreFoundInTheRootAround) {
     const auto outer = addRoot(path(u"A"));
     const auto zombie = addZombie(path(u"A/B"));
     tree.reloadCategoryItem();
-    const QString c = u"C"_s;
-    EXPECT_FALSE(tree.folderItemWithAliasObject(*zombie, c, false)) << "nothing is loaded yet";
-    const auto found = tree.folderItemWithAliasObject(*zombie, c, true);
+    EXPECT_FALSE(tree.folderItemWithAliasObject(*zombie, u"C"_s, false)) << "nothing is loaded yet";
+    const auto found = tree.folderItemWithAliasObject(*zombie, u"C"_s, true);
     EXPECT_EQ(found->folderPath(), path(u"A/B/C"));
-    EXPECT_EQ(tree.folderItemWithAliasObject(*zombie, c, false), found);
+    EXPECT_EQ(tree.folderItemWithAliasObject(*zombie, u"C"_s, false), found);
     EXPECT_EQ(
         tree.folderItemWithAliasObject(*outer, {}, false),
         tree.folderAliasItemWithAliasObject(*outer));

@@ -46,8 +46,6 @@ TEST(PlaceLookupTest, knownPositionsHaveTheAddressAPhotographerExpects) {
         {{1.2834, 103.8607}, u"Singapore|Marina Bay|-|Singapore|Marina Bay"_s},
         // A station on the ice.
         {{-77.8463, 166.6683}, u"McMurdo Station|-|-|Antarctica|McMurdo Station"_s},
-        // A pole.
-        {{-90, 180}, u"nothing"_s},
         // A hundred kilometres west of Saint Helena, and some metres more.
         {{-15.95, -6.655}, u"Half Tree Hollow|-|Saint Helena|St Helena|Half Tree Hollow"_s},
         {{-15.95, -6.656}, u"nothing"_s}};
@@ -166,8 +164,6 @@ TEST(GazetteerTest, damagedFilesAreRefusedWithAReason) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"g.bin"_s);
     QString reason;
-    EXPECT_EQ(Gazetteer::open(path, &reason), nullptr);
-    EXPECT_FALSE(reason.isEmpty());
     for (const auto& [what, bytes] : damaged) {
         support::writeFile(path, bytes);
         reason.clear();

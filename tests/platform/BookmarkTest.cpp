@@ -138,11 +138,11 @@ TEST_F(BookmarkTest, searchGoesDownFromTheNewestFoldersAndLeavesOutWhatItMust) {
 }
 
 TEST_F(BookmarkTest, bytesCarryEveryMarkAndEachMarkDecides) {
-    Bookmark one;
-    one.path = u"/a/b"_s;
-    one.pathInFileSystem = u"/b"_s;
-    one.fileSystem = {"ext4", "aa", "/dev/x", ~std::uint64_t(4)};
-    one.folder = {~std::uint64_t(7), -5, -6, "handle"};
+    Bookmark one{
+        u"/a/b"_s,
+        u"/b"_s,
+        {"ext4", "aa", "/dev/x", ~std::uint64_t(4)},
+        {~std::uint64_t(7), -5, -6, "handle"}};
     const auto read = Bookmark::fromData(one.data());
     ASSERT_TRUE(read);
     EXPECT_EQ(read->path + read->pathInFileSystem, u"/a/b/b"_s);
@@ -188,14 +188,11 @@ TEST_F(BookmarkTest, absentVolumeOrUnreadableParentIsNoMissingFolder) {
 }
 
 TEST_F(BookmarkTest, aServerBelowTheDesktopsMountPointIsAVolumeOfItsOwn) {
-    const auto mountTable = [&](const char* type) {
-        write(u"table", "30 1 0:40 / " + path(u"run").toUtf8() + " rw - " + type + " daemon rw\n");
-        return VolumeSources{.mountInfo = path(u"table")};
-    };
+    const VolumeSources sources{.mountInfo = path(u"table")};
     for (const auto& [type, share] :
          {std::pair("fuse.gvfsd-fuse", "smb-share:server=nas,share=a"),
           {"fuse.kio-fuse", "smb/nas"}}) {
-        const VolumeSources sources = mountTable(type);
+        write(u"table", "30 1 0:40 / " + path(u"run").toUtf8() + " rw - " + type + " daemon rw\n");
         const QString server = u"run/"_s + QLatin1StringView(share);
         const QString folder = make(server + u"/photos"_s);
         auto bookmark = Bookmark::bookmarkOfFolder(folder, Volumes(sources));

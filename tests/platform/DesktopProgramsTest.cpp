@@ -98,7 +98,6 @@ TEST_F(DesktopProgramsTest, thosePreferredComeFirstAndOnlyThoseForAllTypesAndCha
 TEST(WallpaperTest, desktopsAreToldOfTheirPictureInTheirOwnWay) {
     const QString uri = u"background picture-uri 'file:///a%20b\\'c'"_s;
     const std::pair<QString, QString> table[] = {
-        {u"GNOME"_s, u"gsettings set org.gnome.desktop."_s + uri},
         {u"ubuntu:GNOME"_s, u"gsettings set org.gnome.desktop."_s + uri},
         {u"X-Cinnamon"_s, u"gsettings set org.cinnamon.desktop."_s + uri},
         {u"MATE"_s, u"gsettings set org.mate.background picture-filename '/a b\\'c'"_s},

@@ -22,10 +22,8 @@ using Events = std::map<QString, std::uint32_t>;
 struct EventStreamTest : support::FolderTest {
     /// Batches come by flushing only, if nothing else is said.
     void watch(const QStringList& roots, const QStringList& flat = {}) {
-        EventStream::Options options{
-            24h, [this] { return EventStream::Clock::time_point(1h + _ticks.load()); }};
-        options.flat = flat;
-        watch(roots, options);
+        const auto now = [this] { return EventStream::Clock::time_point(1h + _ticks.load()); };
+        watch(roots, {.latency = 24h, .now = now, .flat = flat});
     }
     void watch(const QStringList& roots, const EventStream::Options& options) {
         _stream = std::make_unique<EventStream>(

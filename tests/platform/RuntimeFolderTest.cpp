@@ -11,13 +11,11 @@ TEST(RuntimeFolderTest, AFolderThatOthersMayHaveTouchedIsNotTaken) {
     const QTemporaryDir temporary;
     const QByteArray parent = QFile::encodeName(temporary.path());
     const QByteArray first = parent + "/runtime-" + QByteArray::number(::geteuid());
-    const auto mode = [](const QByteArray& path) {
-        struct stat status {};
-        return ::lstat(path.constData(), &status) == 0 ? status.st_mode & 07777 : 0;
-    };
     const auto expect = [&](const char* suffix, const char* why) {
         EXPECT_EQ(RuntimeFolder::ownFolderIn(parent), first + suffix) << why;
-        EXPECT_EQ(mode(first + suffix), 0700U) << why;
+        struct stat status {};
+        EXPECT_EQ(::lstat(first + suffix, &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, 0700U) << why;
     };
     const mode_t usual = ::umask(0);
     expect("", "made");

@@ -19,7 +19,6 @@ struct DiskWithoutCase {
     NamesOnDisk disk() {
         return {
             [this](const QString& path) -> std::optional<NamesOnDisk::Identity> {
-                ++questions;
                 elsewhere += path == u"/M";
                 if (!path.startsWith(u"/m/") && path != u"/m")
                     return path == u"/" ? std::optional(NamesOnDisk::Identity(1, 1)) : std::nullopt;
@@ -42,7 +41,6 @@ struct DiskWithoutCase {
     QStringList paths;
     bool isUnreadable = false;
     int elsewhere = 0; ///< questions that might mount another disk
-    int questions = 0;
     int listings = 0;
 };
 

@@ -5,12 +5,9 @@ using support::words;
 
 namespace {
 
-struct Faults {
-    support::FaultyDisk disk{u"/files.db"_s};
-};
-
 /// Scans over a disk that fails under the catalogue. Every picture's metadata name the picture.
-struct DiskFaultsTest : Faults, ScanTest {
+struct DiskFaultsTest : support::FaultyDisk, ScanTest {
+    DiskFaultsTest() : FaultyDisk(u"/files.db"_s) {}
     void makeMarked(const QStringList& names) {
         for (const QString& name : names) {
             makePicture(name, {2, 2});
@@ -59,13 +56,13 @@ TEST_F(DiskFaultsTest, WhateverCallFailsPicturesComeAndGoWhole) {
             QFile::remove(path(name));
         makeMarked(added);
         ASSERT_TRUE(scanFiles.executeUpdate(u"pragma shrink_memory"_s));
-        disk.failAt(call);
+        failAt(call);
         figures.toldFailure = figures.toldUnreadCatalogue = false;
         testing::internal::CaptureStderr();
         scan();
         said = QString::fromStdString(testing::internal::GetCapturedStderr());
-        hasFailed = disk.hasFailed();
-        disk.failAt(0);
+        hasFailed = FaultyDisk::hasFailed();
+        failAt(0);
         EXPECT_TRUE(hasFailed || call > 50) << "too few calls to say anything";
         QStringList stored = images();
         const bool isOldKept = stored.contains(old[0]);

@@ -7,8 +7,8 @@
 struct MarksRestoreTest : ScanTest {
     MarksRestoreTest() {
         EXPECT_EQ(marks::settleLedger(marksPath, temporary.filePath(u"snapshots"_s)), QString());
+        both = connectToBoth(files.databasePath(), marksPath);
         changeServices([this](ScanServices& changed) { changed.marks = &restorer; });
-        both = connect();
     }
     static PBDictionary camera(const QString& make, int orientation = 1) {
         const PBDictionary tiff{{u"Make"_s, make}, {u"Orientation"_s, orientation}};
@@ -30,11 +30,6 @@ struct MarksRestoreTest : ScanTest {
         EXPECT_EQ(marked(), u"a.png=4sea b.png=2F"_s);
     }
     ~MarksRestoreTest() override { endQueues(); }
-    std::unique_ptr<FMDatabase> connect() const {
-        auto made = marks::MarksLedger::connect(files.databasePath(), marksPath);
-        if (made) made->executeUpdate(u"pragma synchronous = off"_s);
-        return made;
-    }
     marks::RootPaths roots() const {
         marks::RootPaths found;
         for (const auto& each : aliasManager.aliasArray())
@@ -86,7 +81,7 @@ struct MarksRestoreTest : ScanTest {
     std::unique_ptr<FMDatabase> both;
     std::atomic<int> cameBack{0};
     MarksRestorer restorer{
-        {.connect = [this] { return connect(); },
+        {.connect = [this] { return connectToBoth(files.databasePath(), marksPath); },
          .mountedRoots = [this] { return roots(); },
          .isRemovable = [](const QByteArray&) { return false; },
          .marksCameBack = [this](const std::vector<qint64>& back) { cameBack += int(back.size()); },

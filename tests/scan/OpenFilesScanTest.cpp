@@ -1,18 +1,7 @@
+#include "core/OpenedFolders.h"
 #include "scan/ScanSupport.h"
 
 namespace {
-
-std::shared_ptr<PBOpenFileObject> file(const QString& name) {
-    return std::make_shared<PBOpenFileObject>(PBOpenFileObject{0, name});
-}
-
-std::shared_ptr<PBOpenFolderObject> opened(const QString& path, const char* files = "") {
-    auto folder = std::make_shared<PBOpenFolderObject>();
-    folder->folderPath = path;
-    for (const QString& name : support::words(files))
-        folder->fileArray.push_back(file(name));
-    return folder;
-}
 
 struct OpenFilesScanTest : ScanTest {
     OpenFilesScanTest() { makePictures("a.jpg b.jpg c.jpg sub/d.jpg other/e.jpg"); }
@@ -41,7 +30,7 @@ struct OpenFilesScanTest : ScanTest {
 TEST_F(OpenFilesScanTest, OneOpenedPictureComesFirstThenItsFolderThenTheRest) {
     const auto folder = opened(path({}));
     scan();
-    folder->focusOpenFileObj = file(u"c.jpg"_s);
+    folder->focusOpenFileObj = openedFile(u"c.jpg"_s);
     open({folder});
     EXPECT_EQ(scanInOrder().first(), u"c.jpg") << "known: by its row";
     EXPECT_EQ(scanInOrder().size(), 5);
@@ -49,7 +38,7 @@ TEST_F(OpenFilesScanTest, OneOpenedPictureComesFirstThenItsFolderThenTheRest) {
 
     // New on disk: before the catalogue's other rows.
     makePicture(u"C.jpg"_s);
-    folder->focusOpenFileObj = file(u"C.jpg"_s);
+    folder->focusOpenFileObj = openedFile(u"C.jpg"_s);
     open({folder});
     const QStringList order = scanInOrder();
     EXPECT_EQ(order.first(), u"C.jpg") << "and not the one that is known";

@@ -56,15 +56,15 @@ struct DecodeRequest {
     /// Only a smaller picture that the file holds beside the frame is wanted, however small it is.
     bool onlyEmbedded = false;
     /// ICC profile of the result's colours; empty for sRGB. Not used with `Depth::Source`.
-    QByteArray targetProfile;
+    QByteArray targetProfile = {};
     Depth depth = Depth::Screen;
     Urgency urgency = Urgency::Thumbnail;
     /// How many threads the decode may use where its library can; not below 1.
     int threads = 1;
-    StopFlag stop;
-    Limits limits;
+    StopFlag stop = {};
+    Limits limits = {};
     /// Empty for the heap.
-    BitmapAllocator allocate;
+    BitmapAllocator allocate = {};
 };
 
 struct Frame {

@@ -24,17 +24,14 @@ TEST(TextDecodingTest, bytesOfAnyOriginBecomeValidText) {
 }
 
 TEST(TextDecodingTest, commentsAreReadInTheCharacterSetThatTheyName) {
-    const auto bytes = [](const char* letters, qsizetype size) {
-        return QByteArray(letters, size);
-    };
-    EXPECT_EQ(decodeComment(bytes("ASCII\0\0\0hello   \0\0", 18), true), u"hello"_s);
-    EXPECT_EQ(decodeComment(bytes("UNICODE\0h\0i\0", 12), true), u"hi"_s);
+    EXPECT_EQ(decodeComment(QByteArray("ASCII\0\0\0hello   \0\0", 18), true), u"hello"_s);
+    EXPECT_EQ(decodeComment(QByteArray("UNICODE\0h\0i\0", 12), true), u"hi"_s);
     // In the other order than the file says, and not in UTF-16 at all.
-    EXPECT_EQ(decodeComment(bytes("UNICODE\0h\0i\0", 12), false), u"hi"_s);
-    EXPECT_EQ(decodeComment(bytes("UNICODE\0plain text", 18), true), u"plain text"_s);
-    EXPECT_EQ(decodeComment(bytes("UNICODE\0eightlet", 16), true), u"eightlet"_s);
-    EXPECT_EQ(decodeComment(bytes("UNICODE\0\x60\x4F\x7D\x59", 12), true), u"你好"_s);
-    EXPECT_EQ(decodeComment(bytes("\0\0\0\0\0\0\0\0caf\xC3\xA9", 13), true), u"café"_s);
-    EXPECT_EQ(decodeComment(bytes("ASCII\0\0\0", 8), true), QString());
-    EXPECT_EQ(decodeComment(bytes("AS", 2), true), QString());
+    EXPECT_EQ(decodeComment(QByteArray("UNICODE\0h\0i\0", 12), false), u"hi"_s);
+    EXPECT_EQ(decodeComment(QByteArray("UNICODE\0plain text", 18), true), u"plain text"_s);
+    EXPECT_EQ(decodeComment(QByteArray("UNICODE\0eightlet", 16), true), u"eightlet"_s);
+    EXPECT_EQ(decodeComment(QByteArray("UNICODE\0\x60\x4F\x7D\x59", 12), true), u"你好"_s);
+    EXPECT_EQ(decodeComment(QByteArray("\0\0\0\0\0\0\0\0caf\xC3\xA9", 13), true), u"café"_s);
+    EXPECT_EQ(decodeComment(QByteArray("ASCII\0\0\0", 8), true), QString());
+    EXPECT_EQ(decodeComment(QByteArray("AS", 2), true), QString());
 }

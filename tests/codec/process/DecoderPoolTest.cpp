@@ -69,8 +69,7 @@ TEST_F(DecoderPoolTest, picturesComeBackWholeThroughSmallAndLargeMemory) {
     const Descriptor file = orders("paint 1 1 7"); // of seven frames
     EXPECT_EQ(pool.frameDelay(file.get(), {}, 6), 60);
     EXPECT_EQ(pool.countFrames(-1, {}, codec::Urgency::Focus), 0U);
-    DecodeRequest request;
-    request.targetProfile = QByteArray(500'077, 'p'); // more than a packet holds
+    DecodeRequest request{.targetProfile = QByteArray(500'077, 'p')}; // more than a packet holds
     const QImage image = pool.decode(file.get(), {}, request, {}).frame.image;
     ASSERT_FALSE(image.isNull());
     EXPECT_EQ(qBlue(image.pixel(0, 0)), 500'077 % 256);
@@ -129,8 +128,7 @@ TEST_F(DecoderPoolTest, stopEndsAWillingAndAnUnwillingDecoderSoon) {
         started.wait();
         // 20 ms are promised; a loaded machine, or a sanitizer, may take longer to get to it.
         const QDeadlineTimer deadline(2000);
-        decoding.request_stop();
-        decoding.join();
+        decoding = {}; // once it has ended
         EXPECT_FALSE(deadline.hasExpired());
     }
     EXPECT_TRUE(decode(pool, "spin", 0, support::stopped()).image.isNull());
@@ -138,10 +136,8 @@ TEST_F(DecoderPoolTest, stopEndsAWillingAndAnUnwillingDecoderSoon) {
     const auto wait = [&](const std::stop_token& stop) { (void)decode(pool, "wait", 0, stop); };
     std::jthread occupying(wait);
     std::jthread waiting(wait);
-    waiting.request_stop();
-    waiting.join();
-    occupying.request_stop();
-    occupying.join();
+    waiting = {};
+    occupying = {};
     EXPECT_TRUE(isPainted(decode(pool, "paint 9 9").image));
 }
 
@@ -225,16 +221,14 @@ TEST_F(DecoderPoolTest, metadataComeInBlocksThatHaveABoundAndGoIntoOtherFiles) {
     EXPECT_EQ(pictures::entry(pictures::propertiesOf(made), u"TIFF.Make"_s), u"Maker"_s);
     EXPECT_EQ(pictures::entry(pictures::propertiesOf(made), u"Exif.PixelYDimension"_s), u"9"_s);
     EXPECT_TRUE(made.contains(QByteArray(30'000, 'p')));
-    codec::EncodeSettings tiff;
-    tiff.type = u"public.tiff"_s;
+    const codec::EncodeSettings tiff{.type = u"public.tiff"_s};
     QByteArray stored = codec::encodePicture(support::filled({3, 3}), {}, {}, tiff, {}).bytes;
     EXPECT_TRUE(pool.embedMetadata(stored, carried.blocks, {}, {})) << "changed where it is";
     QByteArray nonsense = "nonsense";
     EXPECT_FALSE(pool.embedMetadata(nonsense, carried.blocks, {}, {}));
     EXPECT_EQ(nonsense, "nonsense");
-    codec::MetadataBlocks damaged;
-    damaged.xmp = "<x";
-    EXPECT_FALSE(pool.embedMetadata(made, damaged, {}, {})) << "not told that there is no XMP";
+    EXPECT_FALSE(pool.embedMetadata(made, {{}, {}, "<x"}, {}, {}))
+        << "not told that there is no XMP";
 
     EXPECT_TRUE(pool.metadataBlocks(orders("nonsense").get(), {}, {}).blocks.isEmpty());
     EXPECT_EQ(pool.metadataBlocks(orders("").get(), {}, {}).status, PropertiesStatus::Unreadable);
@@ -251,9 +245,8 @@ TEST_F(DecoderPoolTest, picturesAreEncodedInAProcessThatAStopEnds) {
         for (int x = 0; x < image.width(); ++x)
             image.setPixel(x, y, random = random * 1'664'525U + 1'013'904'223U);
     const QImage part = image.copy(0, 0, 501, 300); // for which the toolkit takes threads
-    codec::MetadataBlocks metadata;
-    metadata.exif = QByteArray("II*\0\x08\0\0\0\0\0\0\0\0\0", 14);
-    metadata.xmp = "<x:xmpmeta xmlns:x='adobe:ns:meta/'/>";
+    const codec::MetadataBlocks metadata{
+        QByteArray("II*\0\x08\0\0\0\0\0\0\0\0\0", 14), {}, "<x:xmpmeta xmlns:x='adobe:ns:meta/'/>"};
     const QByteArray profile = QColorSpace(QColorSpace::DisplayP3).iccProfile();
     codec::EncodeSettings encoding{.type = {}, .quality = 0.5, .threads = 2};
     for (const QString& type : codec::writableTypes()) {
@@ -294,9 +287,7 @@ TEST_F(DecoderPoolTest, decodesShareOneBudgetOfMemoryInTheOrderInWhichTheyAskFor
     using codec::process::MemoryBudget;
     MemoryBudget budget([] { return 200U; });
     auto first = budget.take(500, {}); // alone, whatever it takes
-    std::jthread large([&](const std::stop_token& stop) { EXPECT_FALSE(budget.take(80, stop)); });
-    large.request_stop();
-    large.join();
+    EXPECT_FALSE(budget.take(80, support::stopped()));
     first.reset();
     auto half = budget.take(60, {});
     EXPECT_TRUE(budget.take(40, {}));
@@ -325,11 +316,9 @@ TEST_F(DecoderPoolTest, decodesShareOneBudgetOfMemoryInTheOrderInWhichTheyAskFor
     std::jthread waiting([&](const std::stop_token& stop) {
         EXPECT_TRUE(decode(scarce, declaring("paint"), 0, stop).image.isNull());
     });
-    waiting.request_stop();
-    waiting.join();
+    waiting = {};
     EXPECT_EQ(asked, 1);
-    decoding.request_stop();
-    decoding.join();
+    decoding = {};
     EXPECT_TRUE(isPainted(decode(scarce, declaring("paint")).image));
     EXPECT_EQ(asked, 2);
 }
@@ -391,8 +380,7 @@ TEST_F(DecoderPoolTest, propertiesThatCannotBeReadNowAreNotTakenForUnreadable) {
             EXPECT_EQ(answer.status, NotNow);
     });
     const QDeadlineTimer deadline(2000);
-    reading.request_stop();
-    reading.join();
+    reading = {};
     EXPECT_FALSE(deadline.hasExpired());
 }
 

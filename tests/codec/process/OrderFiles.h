@@ -21,10 +21,7 @@ struct OrderFiles : testing::Test {
 
     static codec::DecodeRequest
     requestFor(int maxSize, codec::Urgency urgency = codec::Urgency::Thumbnail) {
-        codec::DecodeRequest request;
-        request.maxSize = maxSize;
-        request.urgency = urgency;
-        return request;
+        return {.maxSize = maxSize, .urgency = urgency};
     }
 
     codec::DecoderPool pool{settings(1)}; // starts nothing by itself

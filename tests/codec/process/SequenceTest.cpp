@@ -67,16 +67,15 @@ TEST_F(SequenceTest, TheDecoderStaysWithTheSequenceWhichMayBeginAnewAndOutliveTh
 }
 
 TEST_F(SequenceTest, ARequestSaysDepthAndCoresAndTheReplyWhatItIs) {
-    codec::DecodeRequest request;
     const auto file = orders("wishes");
-    request.targetProfile = "a profile";
     // Width: threads, and 100 for a filter; height: bytes a sample.
-    codec::Frame frame = pool.decode(file.get(), {}, request, {}).frame;
+    codec::Frame frame = pool.decode(file.get(), {}, {.targetProfile = "a profile"}, {}).frame;
     EXPECT_EQ(frame.image.size(), QSize(1, 1));
     EXPECT_EQ(frame.profile, "a profile");
-    request.urgency = codec::Urgency::Focus;
-    request.depth = codec::Depth::Source;
-    request.reduction = codec::Reduction::Filtered;
+    const codec::DecodeRequest request{
+        .reduction = codec::Reduction::Filtered,
+        .depth = codec::Depth::Source,
+        .urgency = codec::Urgency::Focus};
     frame = pool.decode(file.get(), {}, request, {}).frame;
     EXPECT_EQ(frame.image.size(), QSize(codec::threadsFor(codec::Urgency::Focus) + 100, 2));
     EXPECT_EQ(frame.image.format(), QImage::Format_RGBX64);

@@ -89,8 +89,7 @@ TEST_F(UrgencyTest, MemoryGoesToWhatTheUserWaitsForBeforeThoseInLine) {
     first.reset();
     focus.join();
     EXPECT_TRUE(urgent);
-    thumbnail.request_stop();
-    thumbnail.join();
+    thumbnail = {};
 }
 
 TEST_F(UrgencyTest, EachKindHasItsTimeAndReducedPicturesThatTheUserLooksAtThatOfFullOnes) {
