@@ -185,8 +185,7 @@ TEST_F(ImageInputTest, keysStepZoomScrollAndLeave) {
     const Case cases[] = {
         {ImageKey::Left, {}, true, "previous"},
         {ImageKey::Right, {}, true, "next"},
-        {ImageKey::Right, command, false, ""}, // shortcuts
-        {ImageKey::Right, option, false, ""},
+        {ImageKey::Right, option, false, ""}, // a shortcut
         {ImageKey::PageUp, {}, true, "previous"},
         {ImageKey::PageDown, {}, true, "next"},
         {ImageKey::Backspace, {}, true, "previous"},
