@@ -17,7 +17,6 @@ using platform::OperationQueue;
 using platform::QueuePriority;
 using support::FakeFile;
 using support::FakeFiles;
-using support::FakeImporter;
 
 namespace {
 
@@ -33,10 +32,11 @@ struct BuildThumbTest : testing::Test {
             }});
     }
 
-    static std::unique_ptr<FakeImporter>
+    static std::unique_ptr<support::FakeImporter>
     importerOf(const QString& name, const FakeFile& file, FakeFiles& all) {
         all.set(name, file);
-        return std::make_unique<FakeImporter>(std::bind_front(&FakeFiles::read, &all, name));
+        return std::make_unique<support::FakeImporter>(
+            std::bind_front(&FakeFiles::read, &all, name));
     }
     std::shared_ptr<PBBuildThumbOperation>
     add(qint64 fileId, const FakeFile& file = {{9, 9}}, QSizeF known = {}, bool checkExist = false,
