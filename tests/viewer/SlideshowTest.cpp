@@ -30,9 +30,9 @@ struct SlideshowTest : testing::Test,
         for (const Timer timer : {Timer::Interval, Timer::HideControls}) {
             const auto found = running.find(timer);
             if (found == running.end()) continue;
-            found->second.left -= seconds;
-            if (found->second.left > 1e-6) continue;
-            running.extract(found).mapped().fired();
+            found->second.first -= seconds;
+            if (found->second.first > 1e-6) continue;
+            running.extract(found).mapped().second();
         }
     }
     void setTransitionStyle(TransitionStyle to) override { style = to; }
@@ -72,11 +72,8 @@ struct SlideshowTest : testing::Test,
 
     QTemporaryDir folder;
     platform::UserDefaults settings{folder.filePath(u"settings.ini"_s)};
-    struct Running {
-        double left = 0; // seconds
-        std::function<void()> fired;
-    };
-    std::map<Timer, Running> running;
+    /// The seconds that are left, and what comes then.
+    std::map<Timer, std::pair<double, std::function<void()>>> running;
     std::set<qint64> ready;
     std::set<qint64> damaged;
     QStringList preloads; // the ids of each call
