@@ -72,8 +72,10 @@ TEST_F(PBImageViewTest, aPhotographThatIsNotThereBeginsBeforeItsNeighboursTheNea
 
 TEST_F(PBImageViewTest, whatCannotBeShownSaysSoOverItsThumbnail) {
     add(u"one.jpg"_s, {.size = {600, 400}, .status = codec::ReadStatus::Refused});
+    files.setOpen(false);
     show();
     const QImage before = view.grab().toImage();
+    files.setOpen(true);
     EXPECT_TRUE(support::spinUntil([this, &before] { return view.grab().toImage() != before; }));
     EXPECT_EQ(view.painted(), Painted::Thumbnail);
     EXPECT_EQ(colorAt(102, 102), QColor(Qt::yellow));

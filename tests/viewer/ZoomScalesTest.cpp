@@ -2,6 +2,14 @@
 
 #include <gtest/gtest.h>
 
+TEST(ZoomScalesTest, aStepIsLeftThoughItWentThroughPointsOfAScreen) {
+    EXPECT_EQ(std::pair(zoomInScale(0.7), zoomOutScale(0.7)), std::pair(1.0, 0.6667));
+    for (const double scale : zoomScaleTable) {
+        EXPECT_EQ(zoomInScale(scale / 1.25 * 1.25), zoomInScale(scale));
+        EXPECT_EQ(zoomOutScale(scale / 1.25 * 1.25), zoomOutScale(scale));
+    }
+}
+
 TEST(ZoomScalesTest, theSliderRisesWithTheScaleAndBothGoBack) {
     using Row = std::pair<double, double>;
     for (const double least : {0.01, 0.5, 1.0}) {
