@@ -6,7 +6,13 @@ namespace {
 
 using Index = PBImageBrowserIndex;
 
-struct FakeHost final : BrowserInputHost {
+constexpr BrowserModifiers none;
+constexpr BrowserModifiers shift{.shift = true};
+constexpr BrowserModifiers command{.command = true};
+
+/// Three columns; "a" has 7 images, "b" 4, "c" 5.
+struct BrowserInputTest : BrowserSheetTest, BrowserInputHost {
+    BrowserInputTest() : BrowserSheetTest({7, 4, 5}) {}
     QRectF visibleRect() const override { return visible; }
     void selectDidChange() override { ++changes; }
     void scrollIndexToVisible(const Index& index) override { shown = index; }
@@ -15,24 +21,10 @@ struct FakeHost final : BrowserInputHost {
     void beginDragOut(const Index& index) override { draggedOut = index; }
     void beginRename(const Index& index) override { renamed = index; }
     void showBand(const QRectF& rect) override { band = rect; }
-    void setSelectTimerScrollStep(int wanted) override { step = wanted; }
+    void setSelectTimerScrollStep(int wanted) override { scrollStep = wanted; }
     void setDragging(bool) override { ++drags; }
     void perform(BrowserCommand) override {}
     void applyThumbnailSize(double) override {}
-
-    QRectF visible{0, 0, 558, 600};
-    QRectF band;
-    Index shown, entered, draggedOut, renamed;
-    int changes = 0, step = 0, drags = 0;
-};
-
-constexpr BrowserModifiers none;
-constexpr BrowserModifiers shift{.shift = true};
-constexpr BrowserModifiers command{.command = true};
-
-/// Three columns; "a" has 7 images, "b" 4, "c" 5.
-struct BrowserInputTest : BrowserSheetTest {
-    BrowserInputTest() : BrowserSheetTest({7, 4, 5}) {}
     QPointF at(Index index) {
         const QRectF cell = layout.cellRectAtIndex(index);
         return layout.thumbnailRectWithCellRect(cell).center();
@@ -66,8 +58,11 @@ struct BrowserInputTest : BrowserSheetTest {
         return tree.selected();
     }
 
-    FakeHost host;
-    BrowserInput input{layout, leaves, texts, host};
+    QRectF visible{0, 0, 558, 600};
+    QRectF band;
+    Index shown, entered, draggedOut, renamed;
+    int changes = 0, scrollStep = 0, drags = 0;
+    BrowserInput input{layout, leaves, *this, *this};
 };
 
 TEST_F(BrowserInputTest, shiftGrowsTheSelectionFromTheAnchorOrTheStart) {
@@ -89,7 +84,7 @@ TEST_F(BrowserInputTest, shiftGrowsTheSelectionFromTheAnchorOrTheStart) {
 TEST_F(BrowserInputTest, commandTogglesWhenTheButtonGoesUpAndWhatABandTouches) {
     click({0, 0});
     input.cancelDrag(); // over
-    EXPECT_EQ(std::pair(host.changes, host.drags), std::pair(1, 2)) << "told; on and off";
+    EXPECT_EQ(std::pair(changes, drags), std::pair(1, 2)) << "told; on and off";
     EXPECT_EQ(down(at({0, 2}), command), u"a0");
     EXPECT_EQ(up(), u"a0 a2");
     EXPECT_EQ(click({0, 2}, command), u"a0");
@@ -110,21 +105,21 @@ TEST_F(BrowserInputTest, aDragCarriesTheWholeSelectionAndBeginsBeyondThreePoints
     click({0, 0});
     click({0, 1}, command);
     EXPECT_EQ(down(nameAt({0, 1})), u"a0 a1"); // only renames
-    EXPECT_EQ(std::exchange(host.renamed, {}), (Index{0, 1}));
+    EXPECT_EQ(std::exchange(renamed, {}), (Index{0, 1}));
     EXPECT_FALSE(input.isDragging() || input.downImageFileItem());
     down(nameAt({1, 0}), command);
-    EXPECT_EQ(host.renamed, Index{});
+    EXPECT_EQ(renamed, Index{});
     down(at({0, 0}));
     drag(at({0, 0}) + QPointF(3, -3));
-    EXPECT_EQ(host.draggedOut, Index{});
+    EXPECT_EQ(draggedOut, Index{});
     EXPECT_EQ(drag(at({0, 0}) + QPointF(0, 3.1)), u"a0 a1");
-    EXPECT_EQ(std::exchange(host.draggedOut, {}), (Index{0, 0}));
+    EXPECT_EQ(std::exchange(draggedOut, {}), (Index{0, 0}));
     EXPECT_FALSE(input.isDragging());
     down(at({0, 3}), command); // selects what it drags
-    const int changes = host.changes;
+    const int before = changes;
     EXPECT_EQ(drag(at({0, 3}) + QPointF(-3.1, 0)), u"a0 a1 a3");
-    EXPECT_EQ(std::exchange(host.draggedOut, {}), (Index{0, 3}));
-    EXPECT_EQ(host.changes, changes + 1);
+    EXPECT_EQ(std::exchange(draggedOut, {}), (Index{0, 3}));
+    EXPECT_EQ(changes, before + 1);
     EXPECT_EQ(click({0, 4}, shift), u"a0 a1 a3 a4"); // from the one that was dragged
     // What is not selected, or gone by then, is not dragged.
     click({1, 0});
@@ -134,7 +129,7 @@ TEST_F(BrowserInputTest, aDragCarriesTheWholeSelectionAndBeginsBeyondThreePoints
     tree.item(1, 0)->setIsSelected(true);
     leaves.setLeafGroupItemArray({});
     drag({900, 900});
-    EXPECT_EQ(host.draggedOut, Index{});
+    EXPECT_EQ(draggedOut, Index{});
     EXPECT_TRUE(input.isDragging());
 }
 
@@ -142,12 +137,12 @@ TEST_F(BrowserInputTest, aBandSelectsWhatItTouchesAndGivesBackWhatItLeaves) {
     click({1, 3});
     EXPECT_EQ(down(gapBefore({0, 1})), u"");
     EXPECT_EQ(drag(at({0, 5})), u"a1 a2 a4 a5");
-    EXPECT_EQ(host.band.bottomRight(), at({0, 5}));
+    EXPECT_EQ(band.bottomRight(), at({0, 5}));
     EXPECT_EQ(drag(at({0, 1})), u"a1");
     EXPECT_EQ(drag(at({1, 3})), u"a0 a3 a6 b0 b3"); // over the heads, to the left of its start
-    const int changes = host.changes;
+    const int before = changes;
     drag(at({1, 3}) + QPointF(1, 0));
-    EXPECT_EQ(host.changes, changes); // as before
+    EXPECT_EQ(changes, before); // as before
     fold(1);
     drag(layout.cellRectAtIndex({2, 1}).center());
     EXPECT_TRUE(
@@ -156,25 +151,25 @@ TEST_F(BrowserInputTest, aBandSelectsWhatItTouchesAndGivesBackWhatItLeaves) {
     down(betweenRows);
     EXPECT_EQ(drag(betweenRows + QPointF(300, 9)), u"");
     // Outside the view it scrolls, the faster the farther.
-    host.visible = {0, 200, 558, 300};
+    visible = {0, 200, 558, 300};
     down({8, 250});
     for (const auto& [y, step] : {std::pair(300, 0), {510, 15}, {199, -1}, {200, 0}, {501, 1}}) {
         drag(QPointF(100, y));
-        EXPECT_EQ(host.step, step) << y;
+        EXPECT_EQ(scrollStep, step) << y;
     }
     for (const bool isCancelled : {false, true}) {
         down({8, 250}); // ends the one before
-        EXPECT_EQ(host.step, 0);
+        EXPECT_EQ(scrollStep, 0);
         drag({100, 800});
         isCancelled ? input.cancelDrag() : input.mouseUp(1);
-        EXPECT_TRUE(host.step == 0 && host.band.isNull());
+        EXPECT_TRUE(scrollStep == 0 && band.isNull());
     }
 }
 
 TEST_F(BrowserInputTest, arrowsMoveASoleSelectionAndShiftRebuildsARange) {
     using enum BrowserKey;
     key(Return);
-    EXPECT_EQ(host.entered, Index{}); // nothing to enter
+    EXPECT_EQ(entered, Index{}); // nothing to enter
     const std::tuple<BrowserKey, BrowserModifiers, QString> keys[] = {
         {Right, shift, u"a0"_s}, // without an anchor it starts at the new image
         {Right, shift, u"a0 a1"_s},    {Down, none, u"a4"_s},     {Right, shift, u"a4 a5"_s},
@@ -182,15 +177,15 @@ TEST_F(BrowserInputTest, arrowsMoveASoleSelectionAndShiftRebuildsARange) {
         {Left, shift, u"a3 a4"_s}};
     for (const auto& [arrow, modifiers, names] : keys)
         EXPECT_EQ(key(arrow, modifiers), names);
-    EXPECT_EQ(host.shown, (Index{0, 3}));
+    EXPECT_EQ(shown, (Index{0, 3}));
     for (const BrowserModifiers& other : {command, BrowserModifiers{.other = true}})
         EXPECT_FALSE(input.keyDown(Left, other));
     key(Return);
-    EXPECT_EQ(host.entered, (Index{0, 3}));
-    const int changes = host.changes;
+    EXPECT_EQ(entered, (Index{0, 3}));
+    const int before = changes;
     key(Home);
     EXPECT_EQ(key(Up), u"a0"); // past the start: nothing
-    EXPECT_EQ(host.changes, changes + 1);
+    EXPECT_EQ(changes, before + 1);
     EXPECT_EQ(key(End), u"c4");
     // Pages move by what is visible.
     // Two rows lower, where the row is shorter; the fourth row lies 557 lower, and the head takes
@@ -198,11 +193,11 @@ TEST_F(BrowserInputTest, arrowsMoveASoleSelectionAndShiftRebuildsARange) {
     const std::pair<int, QString> pages[] = {
         {10, u"a4"_s}, {579, u"a6"_s}, {580, u"b0"_s}, {2 * 173 + 23, u"a6"_s}};
     for (const auto& [height, name] : pages) {
-        host.visible.setHeight(height);
+        visible.setHeight(height);
         click({0, 1});
         EXPECT_EQ(key(PageDown), name) << height;
     }
-    host.visible.setHeight(600);
+    visible.setHeight(600);
     key(End);
     EXPECT_EQ(key(PageUp), u"b0");
 }
@@ -220,7 +215,7 @@ TEST_F(BrowserInputTest, stepsOfTheMenu) {
     };
     EXPECT_EQ(stepsFrom({}), u"c4 a0 a0 c4 a0 a0 - -");
     EXPECT_EQ(stepsFrom({1, 1}), u"b0 b2 a0 c4 a0 c0 b0 b3");
-    EXPECT_EQ(std::pair(host.shown, host.changes), std::pair(Index{1, 1}, 1));
+    EXPECT_EQ(std::pair(shown, changes), std::pair(Index{1, 1}, 1));
     EXPECT_EQ(click({1, 3}, shift), u"b1 b2 b3");
     EXPECT_EQ(stepsFrom({0, 0}), u"- a1 - c4 - b0 - a6");
     EXPECT_EQ(stepsFrom({2, 4}), u"c3 - a0 - b0 - c0 -");

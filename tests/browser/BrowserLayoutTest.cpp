@@ -3,7 +3,7 @@
 namespace {
 
 struct BrowserLayoutTest : BrowserSheetTest {
-    BrowserHit hitAt(const QPointF& point) { return layout.itemIndexByPoint(point, texts); }
+    BrowserHit hitAt(const QPointF& point) { return layout.itemIndexByPoint(point, *this); }
     void showSizes(const std::vector<QSizeF>& sizes) {
         show({static_cast<int>(sizes.size())});
         for (int item = 0; const QSizeF& size : sizes)
@@ -95,9 +95,9 @@ TEST_F(BrowserLayoutTest, aPointHitsAPartOfACellOrNothing) {
     for (const auto& [part, points] : parts)
         for (const QPointF& point : points)
             EXPECT_EQ(hitAt(point).part, part) << point.x() << ' ' << point.y();
-    texts.name = 300; // the row is as wide as it is
+    nameWidth = 300; // the row is as wide as it is
     EXPECT_EQ(hitAt({279, bottom - 40}).partRect.width(), 166);
-    texts.name = 80;
+    nameWidth = 80;
     const BrowserColumns touched = layout.visibleColumns(181, 196);
     EXPECT_EQ(std::pair(touched.begin, touched.end), std::pair(0L, 1L));
     EXPECT_EQ(layout.visibleColumns(182, 195).begin, -1);

@@ -2,15 +2,8 @@
 
 #include "BrowserTree.h"
 
-struct FakeTextWidths final : BrowserTextWidths {
-    double fileNameWidth(const PBImageBrowserIndex&) const override { return name; }
-    double fileSizeWidth(const PBImageBrowserIndex&) const override { return 40; }
-    double imageSizeWidth() const override { return 60; }
-    double name = 80;
-};
-
 /// A tree on a sheet of three columns of the default size.
-struct BrowserSheetTest : ::testing::Test {
+struct BrowserSheetTest : ::testing::Test, BrowserTextWidths {
     using Index = PBImageBrowserIndex;
 
     explicit BrowserSheetTest(std::initializer_list<int> counts = {}) : tree(counts) {
@@ -18,6 +11,9 @@ struct BrowserSheetTest : ::testing::Test {
         layout.setWidth(3 * 166 + 4 * 15, 0);
         look();
     }
+    double fileNameWidth(const PBImageBrowserIndex&) const override { return nameWidth; }
+    double fileSizeWidth(const PBImageBrowserIndex&) const override { return 40; }
+    double imageSizeWidth() const override { return 60; }
     void show(std::initializer_list<int> counts) {
         tree = BrowserTree(counts);
         look();
@@ -34,5 +30,5 @@ struct BrowserSheetTest : ::testing::Test {
     BrowserTree tree;
     BrowserLeafList leaves;
     BrowserLayout layout;
-    FakeTextWidths texts;
+    double nameWidth = 80;
 };

@@ -4,8 +4,6 @@
 #include "support/FakeFiles.h"
 #include "ui/PBThemes.h"
 
-#include <QNativeGestureEvent>
-#include <QPointingDevice>
 #include <QStyleHints>
 
 #include <future>
@@ -717,10 +715,7 @@ TEST_F(BrowserViewTest, whatIsShortenedHasAToolTipAndAnotherFontIsTakenAtOnce) {
 TEST_F(BrowserViewTest, wheelAndFingersZoomAndTwoFingersTurnOnceAsTheyClearlyMean) {
     show({30});
     const auto turned = [&](int angle, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) {
-        QWheelEvent event(
-            {90, 90}, view->mapToGlobal(QPointF(90, 90)), {}, {0, angle}, Qt::NoButton, modifiers,
-            Qt::NoScrollPhase, false);
-        QApplication::sendEvent(view.get(), &event);
+        support::sendWheel(*view, {}, {0, angle}, modifiers);
         return view->thumbnailSize();
     };
     EXPECT_EQ(turned(120), 176);
@@ -735,16 +730,8 @@ TEST_F(BrowserViewTest, wheelAndFingersZoomAndTwoFingersTurnOnceAsTheyClearlyMea
     EXPECT_FALSE(scrollView.isScrolling()) << "upwards at the top";
     on(&View::rotateLeftRequested, [&] { told += u"left"_s; });
     on(&View::rotateRightRequested, [&] { told += u"right"_s; });
-    const auto gesture = [&](Qt::NativeGestureType type, double value = 0) {
-        const QPointF point(9, 9);
-        QNativeGestureEvent event(
-            type, QPointingDevice::primaryPointingDevice(), 2, point, point, point, value, {});
-        QApplication::sendEvent(view.get(), &event);
-    };
-    struct Updates {
-        int count;
-        double turn, zoom; // each of them, in this order; what is 0 is not sent
-    };
+    // How many updates, with the turn and the zoom of each, in this order; what is 0 is not sent.
+    using Updates = std::tuple<int, double, double>;
     const std::tuple<std::vector<Updates>, QString, double> gestures[] = {
         {{{25, 0.5, 0.01}}, {}, 200},          // a pinch with a turn by accident
         {{{1, -30, 0.25}}, {}, 200},           // at once
@@ -757,17 +744,17 @@ TEST_F(BrowserViewTest, wheelAndFingersZoomAndTwoFingersTurnOnceAsTheyClearlyMea
     for (const auto& [updates, turns, size] : gestures) {
         resizeThumbnails(160);
         const int anchor = view->widgetRect({0, 4}).center().y();
-        gesture(Qt::BeginNativeGesture);
+        support::sendGesture(*view, Qt::BeginNativeGesture);
         for (const auto& [count, turn, zoom] : updates)
             for (int update = 0; update < count; ++update) {
-                if (turn != 0) gesture(Qt::RotateNativeGesture, turn);
-                if (zoom != 0) gesture(Qt::ZoomNativeGesture, zoom);
+                if (turn != 0) support::sendGesture(*view, Qt::RotateNativeGesture, turn);
+                if (zoom != 0) support::sendGesture(*view, Qt::ZoomNativeGesture, zoom);
             }
-        gesture(Qt::EndNativeGesture);
-        gesture(Qt::RotateNativeGesture, 90); // outside of a gesture
-        gesture(Qt::ZoomNativeGesture, 9);
-        EXPECT_EQ(std::exchange(told, {}).join(u' '), turns) << updates[0].turn;
-        EXPECT_EQ(view->thumbnailSize(), size) << updates[0].turn;
+        support::sendGesture(*view, Qt::EndNativeGesture);
+        support::sendGesture(*view, Qt::RotateNativeGesture, 90); // outside of a gesture
+        support::sendGesture(*view, Qt::ZoomNativeGesture, 9);
+        EXPECT_EQ(std::exchange(told, {}).join(u' '), turns) << std::get<1>(updates[0]);
+        EXPECT_EQ(view->thumbnailSize(), size) << std::get<1>(updates[0]);
         if (size > 64) { // else all of them fit
             EXPECT_NEAR(view->widgetRect({0, 4}).center().y(), anchor, 1);
         }

@@ -103,7 +103,6 @@ TEST(ValueTextsTest, valuesAreShownAsPhotographersWriteThemAndOddOnesAsTheyAre) 
         {u"SubjectDistance", "1.499=1.5 m"},
         {u"Altitude", "12.3456=12.35 m"},
         {u"MeteringMode", "255=Other; 1e300=1e+300"},
-        {u"SensingMethod", "6=6"},
         {u"Flash", "0=Flash did not fire; 3=3; 95=Flash fired, auto mode, return light detected, "
                    "red-eye reduction mode"},
         {u"SceneType", "1=Directly photographed image; 2="},
@@ -111,7 +110,6 @@ TEST(ValueTextsTest, valuesAreShownAsPhotographersWriteThemAndOddOnesAsTheyAre) 
     const std::pair<QStringView, const char*> texts[] = {
         {u"FNumber", "f eight=f eight"},
         {u"Flash", "on=on"},
-        {u"SceneType", "?=?"},
         {u"ISOSpeedRatings", "400=ISO-400"},
         {u"ExifVersion", "2,3,1=2.3.1"},
         {u"LensInfo", "24.0,70,2.799999,2.8=24,70,2.8,2.8; 35,?=35,?"},

@@ -18,7 +18,7 @@ std::unique_ptr<PBGroupItem> nodeOf(int type, PBValue value) {
     return PBGroupItem::groupItemWithParent(nullptr, type, std::move(value));
 }
 
-/// A tree by two links, of images told as model, stars, name and folder.
+/// A tree by two links, of images told as model, stars and name.
 struct Tree {
     explicit Tree(const char* told) {
         for (const QString& image : support::words(told))
@@ -26,8 +26,7 @@ struct Tree {
     }
     void add(const QString& told) {
         const QStringList parts = told.split(u',');
-        const qint64 folderId = parts.size() > 3 ? parts[3].toInt() : 1;
-        items.push_back(makeItem(parts[2], std::ssize(items) + 1, 0, 0, folderId));
+        items.push_back(makeItem(parts[2], std::ssize(items) + 1));
         support::insertByModelAndStars(top, parts[0], parts[1].toInt(), items.back());
     }
     [[nodiscard]] PBGroupItemArray copy() const {
@@ -46,13 +45,11 @@ TEST(PBGroupItemTest, namesByType) {
         {AllImages, {}, u"All"},
         {ModificationMonth, PBDate{1614600000}, u"March 2021"},
         {ModificationYear, PBDate{std::nan("")}, u"1970"},
-        {Folder, u"/Photos/Sea side"_s, u"Sea side"},
         {FileKind, PBNull{}, u"Unspecified"},
         {FileSizeBucket, 1, u"10 ~ 50K"},
         {PixelCountBucket, 12, u"Unknow Group Type"},
         {Flag, 1, u"Flagged"},
         {StarRating, 0, u"No stars"},
-        {StarRating, 1, u"1 star"},
         {StarRating, 5, u"5 stars"},
         {Flag, 0, u"Unflagged"},
         {StarRating, 6, u"Unknow Group Type"},
@@ -112,12 +109,9 @@ TEST(PBGroupItemTest, valuesOfOneGroupCompareEqual) {
     const std::tuple<int, PBValue, PBValue, int> cases[] = {
         {CaptureYear, PBDate{-INFINITY}, PBDate{INFINITY}, -1},
         {Folder, u"/a10"_s, u"/a9"_s, 1},
-        {Folder, u"/Trip"_s, u"/trip"_s, -1},
         {Folder, u"/Day 1"_s, u"/Day 01"_s, 1},
-        {63, u"b"_s, u"A"_s, 1},
         {64, 1, 2, 0},
         {26, u"400"_s, u"1600"_s, -1},
-        {26, u"400"_s, 400, 0},
         {CameraModel, u"iPhone 6"_s, u"iPhone 11"_s, -1},
         {CameraModel, u"EOS 5"_s, u"EOS 05"_s, 1},
         {CameraModel, u"NIKON Z 6"_s, u"Nikon Z 6"_s, 0},
@@ -131,7 +125,6 @@ TEST(PBGroupItemTest, valuesOfOneGroupCompareEqual) {
         {21, nan, 8, 1},
         {21, nan, nan, 0},
         {CameraMake, PBNull{}, u"Canon"_s, 1},
-        {AllImages, {}, {}, 0},
         {Place, PBDictionary(), PBDictionary{{u"Zip"_s, 1}}, 0}};
     for (const auto& [type, value, other, order] : cases)
         EXPECT_EQ(compare(type, value, other), order)

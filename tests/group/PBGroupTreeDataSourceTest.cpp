@@ -14,8 +14,12 @@ using support::spinUntil;
 namespace {
 
 /// Notes what it is told, as outline and as display.
-struct FakeViews final : GroupOutline, GroupTreeDisplay {
-    explicit FakeViews(const PBGroupTreeDataSource& source) : _source(source) {}
+struct PBGroupTreeDataSourceTest : testing::Test, GroupOutline, GroupTreeDisplay {
+    PBGroupTreeDataSourceTest() {
+        source.setGroupItemArray_work(work);
+        source.setOutline(this);
+        source.setDisplay(this);
+    }
     std::optional<PBOutlineViewScrollCapture> captureOutlineViewScroll() override {
         calls.append(u"capture"_s);
         return PBOutlineViewScrollCapture{selected, 4.5};
@@ -26,13 +30,13 @@ struct FakeViews final : GroupOutline, GroupTreeDisplay {
     std::shared_ptr<PBGroupItemData> selectedItem() const override { return selected; }
     void reloadData() override {
         selected = nullptr;
-        calls.append(u"reload "_s + describe(_source.groupItemArray()));
+        calls.append(u"reload "_s + describe(source.groupItemArray()));
     }
     void expandItem(const std::shared_ptr<PBGroupItemData>& item) override {
         calls.append(u"expand "_s + item->value().toText());
     }
     void selectItem(const std::shared_ptr<PBGroupItemData>& item) override {
-        EXPECT_TRUE(_source.ignoreSelectionChanged());
+        EXPECT_TRUE(source.ignoreSelectionChanged());
         selected = item;
         calls.append(u"select "_s + item->value().toText());
     }
@@ -44,22 +48,6 @@ struct FakeViews final : GroupOutline, GroupTreeDisplay {
     void updateLargeViewData() override { calls.append(u"large view"_s); }
     void updateImageBrowserTipView() override { calls.append(u"tip"_s); }
     void updateBrowserScrollCapture() override { calls.append(u"capture browser"_s); }
-
-    std::shared_ptr<PBGroupItemData> selected;
-    bool isBusy = false;
-    mutable int asked = 0;
-    QStringList calls;
-
-private:
-    const PBGroupTreeDataSource& _source;
-};
-
-struct PBGroupTreeDataSourceTest : testing::Test {
-    PBGroupTreeDataSourceTest() {
-        source.setGroupItemArray_work(work);
-        source.setOutline(&views);
-        source.setDisplay(&views);
-    }
     /// Publishes the tree with one more image.
     void publishWith(const QString& model, const QString& name, bool updateScroll = false) {
         insertByModelAndStars(*work, model, 1, makeItem(name));
@@ -71,12 +59,15 @@ struct PBGroupTreeDataSourceTest : testing::Test {
             QCoreApplication::processEvents();
     }
     QString shown() const { return describe(source.groupItemArray()); }
-    QString takeCalls() { return std::exchange(views.calls, {}).join(u", "_s); }
+    QString takeCalls() { return std::exchange(calls, {}).join(u", "_s); }
 
     MainLoop loop;
     std::shared_ptr<PBGroupItemArray> work = std::make_shared<PBGroupItemArray>();
     PBGroupTreeDataSource source;
-    FakeViews views{source};
+    std::shared_ptr<PBGroupItemData> selected;
+    bool isBusy = false;
+    mutable int asked = 0;
+    QStringList calls;
 };
 
 TEST_F(PBGroupTreeDataSourceTest, swapTellsTheViewsInOrderAndKeepsTheSelection) {
@@ -85,8 +76,8 @@ TEST_F(PBGroupTreeDataSourceTest, swapTellsTheViewsInOrderAndKeepsTheSelection) 
     ASSERT_EQ(source.leafGroupItemArray().size(), 1U);
     EXPECT_EQ(source.groupItemArray()[0]->data()->groupItem(), source.groupItemArray()[0].get());
 
-    views.selected = source.groupItemArray()[0]->data();
-    views.selected->setCollapsed(PBGroupItemData::CollapsedByUser);
+    selected = source.groupItemArray()[0]->data();
+    selected->setCollapsed(PBGroupItemData::CollapsedByUser);
     source.setIsOutlineViewScrolled(true);
     publishWith(u"Z9"_s, u"b"_s, true);
     EXPECT_EQ(
@@ -95,7 +86,7 @@ TEST_F(PBGroupTreeDataSourceTest, swapTellsTheViewsInOrderAndKeepsTheSelection) 
     EXPECT_FALSE(source.ignoreSelectionChanged());
 
     // A group that is gone is not selected, and has no node; views that are gone are not told.
-    const auto gone = views.selected;
+    const auto gone = selected;
     work->erase(work->begin());
     publish();
     EXPECT_EQ(gone->groupItem(), nullptr);
@@ -113,7 +104,7 @@ TEST_F(PBGroupTreeDataSourceTest, publicationsOfAReplacedScanOrForADataSourceTha
     for (const auto& next : {std::make_shared<PBGroupItemArray>(), {}}) {
         source.setGroupItemArray_work(next);
         source.groupItemArrayDidFinish(stale);
-        EXPECT_TRUE(source.groupItemArray().empty() && views.calls.isEmpty());
+        EXPECT_TRUE(source.groupItemArray().empty() && calls.isEmpty());
     }
     auto other = std::make_unique<PBGroupTreeDataSource>();
     other->setGroupItemArray_work(work);
@@ -123,44 +114,44 @@ TEST_F(PBGroupTreeDataSourceTest, publicationsOfAReplacedScanOrForADataSourceTha
 }
 
 TEST_F(PBGroupTreeDataSourceTest, whileTheUserScrollsTheLatestPublicationWaits) {
-    views.isBusy = true;
+    isBusy = true;
     publishWith(u"R5"_s, u"a"_s);
     publishWith(u"R5"_s, u"b"_s);
     runLoop();
-    EXPECT_EQ(views.asked, 2) << "the main thread rests meanwhile";
+    EXPECT_EQ(asked, 2) << "the main thread rests meanwhile";
     EXPECT_TRUE(source.groupItemArray().empty());
-    views.isBusy = false;
+    isBusy = false;
     source.motionDidEnd();
     runLoop();
     EXPECT_EQ(shown(), u"R5(1(a b))"_s);
     // A motion whose end nobody tells ends, too; what the replaced one asked for still holds.
     source.setGroupItemArray({});
-    views.isBusy = true;
+    isBusy = true;
     source.groupItemArrayDidFinish(makeGroupPublication(work, true));
-    views.calls.clear();
+    calls.clear();
     publish();
-    views.isBusy = false;
+    isBusy = false;
     ASSERT_TRUE(spinUntil([&] { return !source.groupItemArray().empty(); }));
     EXPECT_EQ(shown(), u"R5(1(a b))"_s);
-    EXPECT_EQ(views.calls.count(u"expand R5"_s), 1);
-    EXPECT_TRUE(views.calls.contains(u"capture browser"_s));
+    EXPECT_EQ(calls.count(u"expand R5"_s), 1);
+    EXPECT_TRUE(calls.contains(u"capture browser"_s));
 
     // One that waits is older than one that is shown at once, and never comes after it.
-    views.isBusy = true;
+    isBusy = true;
     publish();
-    views.isBusy = false;
+    isBusy = false;
     publishWith(u"R5"_s, u"c"_s);
-    views.calls.clear();
+    calls.clear();
     runLoop();
-    EXPECT_TRUE(views.calls.isEmpty());
+    EXPECT_TRUE(calls.isEmpty());
     EXPECT_EQ(shown(), u"R5(1(a b c))"_s);
 
-    views.isBusy = true;
+    isBusy = true;
     publish();
     source.cancelDelayedPublications();
-    views.isBusy = false;
+    isBusy = false;
     runLoop();
-    EXPECT_TRUE(views.calls.isEmpty());
+    EXPECT_TRUE(calls.isEmpty());
 }
 
 /// What a scan and the user do at once: the scan thread changes and publishes its tree, the main
@@ -200,14 +191,14 @@ TEST_F(PBGroupTreeDataSourceTest, aScanKnowsWhetherItsLastTreeIsOnShow) {
         source.whenShown(tree, [&] { ends << shown(); });
     };
     EXPECT_FALSE(waits());
-    views.isBusy = true;
+    isBusy = true;
     insertByModelAndStars(*work, u"R5"_s, 1, makeItem(u"a"_s));
     source.publisher()(makeGroupPublication(work));
     EXPECT_TRUE(waits());
     end(work);
     runLoop();
     EXPECT_TRUE(waits() && ends.isEmpty()) << "held back while the user scrolls";
-    views.isBusy = false;
+    isBusy = false;
     source.motionDidEnd();
     ASSERT_TRUE(spinUntil([&] { return !ends.isEmpty(); }));
     EXPECT_FALSE(waits());
@@ -222,7 +213,7 @@ TEST_F(PBGroupTreeDataSourceTest, aScanKnowsWhetherItsLastTreeIsOnShow) {
     EXPECT_EQ(ends[1], u"R5(1(a b c))"_s);
 
     // It comes as well where what waits is dropped, but not to the next scan.
-    views.isBusy = true;
+    isBusy = true;
     publish();
     end(work);
     source.cancelDelayedPublications();

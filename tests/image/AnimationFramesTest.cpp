@@ -23,22 +23,20 @@ QImage frameOf(unsigned index) {
     return support::filled({side, side}, QColor(index));
 }
 
-class FilmSequence final : public codec::FrameSequence {
-public:
-    explicit FilmSequence(Film& film) : _film(film) { ++_film.open; }
-    ~FilmSequence() override { --_film.open; }
-    std::size_t frameCount() const override { return _film.declared; }
-    void rewind() override { _next = 0; }
+struct FilmSequence final : codec::FrameSequence {
+    explicit FilmSequence(Film& shown) : film(shown) { ++film.open; }
+    ~FilmSequence() override { --film.open; }
+    std::size_t frameCount() const override { return film.declared; }
+    void rewind() override { place = 0; }
     codec::SequenceFrame next(std::stop_token) override {
-        ++_film.decoded;
-        if (_next >= _film.damagedFrom) return {SequenceStatus::Damaged, {}, 0};
-        if (_next >= _film.declared) return {};
-        return {SequenceStatus::Decoded, {.image = frameOf(static_cast<unsigned>(_next++))}, 40};
+        ++film.decoded;
+        if (place >= film.damagedFrom) return {SequenceStatus::Damaged, {}, 0};
+        if (place >= film.declared) return {};
+        return {SequenceStatus::Decoded, {.image = frameOf(static_cast<unsigned>(place++))}, 40};
     }
 
-private:
-    Film& _film;
-    std::size_t _next = 0;
+    Film& film;
+    std::size_t place = 0;
 };
 
 struct Player {

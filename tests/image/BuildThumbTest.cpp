@@ -8,83 +8,19 @@
 #include "image/BuiltThumbnails.h"
 #include "image/ThumbnailStore.h"
 #include "platform/tasks/MainLoop.h"
-#include "platform/tasks/Mutex.h"
 #include "platform/tasks/OperationQueue.h"
-#include "support/Images.h"
-#include "support/Support.h"
+#include "support/FakeFiles.h"
 
 #include <numeric>
 
 using platform::OperationQueue;
 using platform::QueuePriority;
-using support::filled;
+using support::FakeFile;
+using support::FakeFiles;
 
 namespace {
 
 using Time = std::chrono::steady_clock::time_point;
-
-/// What the importers of a test did, and a gate that holds them up.
-class Decodings {
-public:
-    void begin(int maxSize, const std::stop_token& stop) {
-        platform::Lock lock(_mutex);
-        _most = std::max(_most, ++_running);
-        _sizes.push_back(maxSize);
-        _changed.notifyAll();
-        _changed.waitUnlessStopped(lock, stop, [this] {
-            _mutex.assertHeld();
-            return _isOpen;
-        });
-        --_running;
-    }
-    void setOpen(bool isOpen) {
-        const platform::Lock lock(_mutex);
-        _isOpen = isOpen;
-        _changed.notifyAll();
-    }
-    void waitForStarted(std::size_t count) {
-        platform::Lock lock(_mutex);
-        _changed.wait(lock, [&] {
-            _mutex.assertHeld();
-            return _sizes.size() >= count;
-        });
-    }
-    /// What was asked for, in the order of the decodings; and the most of them at a time.
-    [[nodiscard]] std::pair<std::vector<int>, int> all() {
-        const platform::Lock lock(_mutex);
-        return {_sizes, _most};
-    }
-
-private:
-    platform::Mutex _mutex;
-    platform::Condition _changed;
-    bool _isOpen VELMORA_GUARDED_BY(_mutex) = true;
-    int _running VELMORA_GUARDED_BY(_mutex) = 0;
-    int _most VELMORA_GUARDED_BY(_mutex) = 0;
-    std::vector<int> _sizes VELMORA_GUARDED_BY(_mutex);
-};
-
-struct ToldImporter final : PBImageImporterProtocol {
-    ToldImporter(Decodings& all, QImage told) : decodings(all), image(std::move(told)) {}
-    codec::PictureProperties readProperties(std::size_t, std::stop_token) override {
-        return {codec::PropertiesStatus::Unreadable, {}};
-    }
-    codec::ReadResult
-    readImage(const codec::DecodeRequest& request, std::stop_token stop) override {
-        const int side = request.maxSize;
-        decodings.begin(side, stop);
-        if (stop.stop_requested()) return {codec::ReadStatus::NotNow, {}};
-        if (image.isNull()) return {codec::ReadStatus::Refused, {}};
-        return {
-            codec::ReadStatus::Decoded,
-            {.image = side == 0 ? image : image.scaled(side, side, Qt::KeepAspectRatio)}};
-    }
-    std::size_t imageCount() override { return 1; }
-    QString utiType() override { return {}; }
-
-    Decodings& decodings;
-    const QImage image;
-};
 
 struct BuildThumbTest : testing::Test {
     BuildThumbTest() {
@@ -96,22 +32,30 @@ struct BuildThumbTest : testing::Test {
             }});
     }
 
+    static std::unique_ptr<support::FakeImporter>
+    importerOf(const QString& name, const FakeFile& file, FakeFiles& all) {
+        all.set(name, file);
+        return std::make_unique<support::FakeImporter>(
+            std::bind_front(&FakeFiles::read, &all, name));
+    }
     std::shared_ptr<PBBuildThumbOperation>
-    add(qint64 fileId, const QImage& image = filled({9, 9}), QSizeF known = {},
-        bool checkExist = false, Decodings* gate = nullptr) {
+    add(qint64 fileId, const FakeFile& file = {{9, 9}}, QSizeF known = {}, bool checkExist = false,
+        FakeFiles* gate = nullptr) {
         auto operation = std::make_shared<PBBuildThumbOperation>(
             services,
             PBBuildThumbOperation::Request{
                 .fileId = fileId,
-                .imageImporter = std::make_unique<ToldImporter>(gate ? *gate : decodings, image),
+                .imageImporter = importerOf(QString::number(fileId), file, gate ? *gate : files),
                 .checkExist = checkExist,
                 .thumbSize = 256,
                 .imageSize = known});
         queue.addOperation(operation);
         return operation;
     }
-    void build(auto... request) {
-        add(request...);
+    void build(
+        qint64 fileId, const FakeFile& file = {{9, 9}}, QSizeF known = {},
+        bool checkExist = false) {
+        add(fileId, file, known, checkExist);
         queue.waitUntilAllOperationsAreFinished();
     }
     /// How many were built, have failed and have ended.
@@ -120,8 +64,8 @@ struct BuildThumbTest : testing::Test {
     }
 
     FMDatabase db{QString()};
-    Decodings decodings;
-    Decodings stuck;           // the gate of those that take long
+    FakeFiles files;
+    FakeFiles stuck;           // the gate of those that take long
     std::vector<qint64> order; // written on the build queue's thread
     std::shared_ptr<BuildThumbServices> services;
     BuiltThumbnails unstored;
@@ -139,8 +83,8 @@ TEST_F(BuildThumbTest, SizeAndEncodingFollowFromThePicture) {
     qint64 id = 0;
     for (const auto& [size, known, asked, thumbnail] : cases) {
         for (const auto format : {QImage::Format_RGB32, QImage::Format_ARGB32_Premultiplied}) {
-            build(++id, filled(size, Qt::transparent, format), known);
-            EXPECT_EQ(decodings.all().first.back(), asked) << size.width();
+            build(++id, {.size = size, .color = Qt::transparent, .format = format}, known);
+            EXPECT_EQ(files.asked(), QStringList(u"%1@%2"_s.arg(id).arg(asked)));
             EXPECT_EQ(ThumbnailStore::loadThumbnail(db, id, true, {}).size(), thumbnail);
             const bool isPng = ThumbnailStore::thumbnailData(db, id).startsWith("\x89PNG");
             EXPECT_EQ(isPng, format != QImage::Format_RGB32);
@@ -152,11 +96,11 @@ TEST_F(BuildThumbTest, SizeAndEncodingFollowFromThePicture) {
 TEST_F(BuildThumbTest, AThumbnailThatIsThereStays) {
     build(1);
     const QByteArray first = ThumbnailStore::thumbnailData(db, 1);
-    build(1, filled({20, 20}), QSizeF(), true);
-    EXPECT_EQ(decodings.all().first.size(), 1U) << "not even decoded";
-    build(2, filled({20, 20}), QSizeF(), true);
+    build(1, {{20, 20}}, {}, true);
+    EXPECT_EQ(files.asked().size(), 1) << "not even decoded";
+    build(2, {{20, 20}}, {}, true);
     EXPECT_EQ(order, (std::vector<qint64>{1, 2}));
-    build(1, filled({20, 20}));
+    build(1, {{20, 20}});
     EXPECT_EQ(order.size(), 3U) << "told all the same";
     EXPECT_EQ(ThumbnailStore::thumbnailData(db, 1), first);
     EXPECT_EQ(figures(), (QList{2, 0, 4}));
@@ -169,7 +113,7 @@ TEST_F(BuildThumbTest, OfImagesThatAreKnownOnlyThoseWithoutAThumbnailAreBuiltInT
         .initWithImagePath =
             [&](const QString& path) {
                 opened.append(path);
-                return std::make_unique<ToldImporter>(decodings, filled({300, 100}));
+                return importerOf(path, {{300, 100}}, files);
             },
         .propertiesOfImages = {}}});
     build(2);
@@ -192,11 +136,11 @@ TEST_F(BuildThumbTest, OfImagesThatAreKnownOnlyThoseWithoutAThumbnailAreBuiltInT
 }
 
 TEST_F(BuildThumbTest, WhatCannotBeDecodedOrWasCancelledLeavesNothing) {
-    build(1, QImage());
-    decodings.setOpen(false);
+    build(1, {.status = codec::ReadStatus::Refused});
+    files.setOpen(false);
     add(2);
     add(3);
-    decodings.waitForStarted(2);
+    files.waitUntilReading();
     queue.cancelAllOperations(); // ends the decoding, though its gate is shut
     queue.waitUntilAllOperationsAreFinished();
     EXPECT_TRUE(order.empty());
@@ -216,7 +160,7 @@ TEST_F(BuildThumbTest, ThumbnailsThatCannotBeStoredHaveFailedAndAreToldOnce) {
 }
 
 TEST_F(BuildThumbTest, StoredThumbnailsComeInTheColoursOfTheScreen) {
-    build(1, filled({8, 8}, qRgb(200, 60, 60)));
+    build(1, {{8, 8}, QColor(200, 60, 60)});
     const QColorSpace wide(QColorSpace::AdobeRgb);
     const auto red = [&](bool preload, const QColorSpace& space) {
         return ThumbnailStore::loadThumbnail(db, 1, preload, space).pixelColor(4, 4).red();
@@ -235,29 +179,29 @@ TEST_F(BuildThumbTest, IdleCoresDecodeAheadTheOrderStaysAndCancellingGivesTheirP
     services->ahead = &ahead;
     queue.setSuspended(true);
     for (qint64 id = 1; id <= 30; ++id)
-        add(id, filled({400, 300}), {}, id % 2 == 0);
+        add(id, {{400, 300}}, {}, id % 2 == 0);
     ASSERT_TRUE(PBCatalogue(db).insertThumbnailWithFileId(20, "there already"));
     add(0)->setQueuePriority(QueuePriority::VeryHigh);
-    decodings.setOpen(false);
+    files.setOpen(false);
     queue.setSuspended(false);
     // The build queue's own and one for each core, since it will wait for others most of the time.
-    decodings.waitForStarted(cores + 1);
+    files.waitUntilReading(cores + 1);
     EXPECT_FALSE(ahead.takePlace());
-    decodings.setOpen(true);
+    files.setOpen(true);
     queue.waitUntilAllOperationsAreFinished();
     std::vector<qint64> expected(31);
     std::iota(expected.begin(), expected.end(), 0);
     std::erase(expected, 20);
     EXPECT_EQ(order, expected);
-    EXPECT_EQ(decodings.all().second, cores + 1);
-    EXPECT_EQ(decodings.all().first.size(), 30U);
+    EXPECT_EQ(files.mostAtATime(), cores + 1);
+    EXPECT_EQ(files.asked().size(), 30);
 
-    decodings.setOpen(false);
+    files.setOpen(false);
     queue.setSuspended(true);
     for (qint64 id = 31; id <= 50; ++id)
         add(id);
     queue.setSuspended(false);
-    decodings.waitForStarted(30 + cores + 1);
+    files.waitUntilReading(cores + 1);
     queue.cancelAllOperations();
     queue.waitUntilAllOperationsAreFinished();
     // All places come back, when the decodings that were cut off have ended.
@@ -275,20 +219,20 @@ TEST_F(BuildThumbTest, WhatWaitsToBeStoredWaitsForNothingThatTakesLong) {
     const auto isBuilt = [&](quint64 count) {
         return support::spinUntil([&] { return services->built == count; });
     };
-    const auto holdUp = [&](qint64 fileId) { add(fileId, filled({9, 9}), {}, false, &stuck); };
+    const auto holdUp = [&](qint64 fileId) { add(fileId, {}, {}, false, &stuck); };
     DecodeAhead cores(2);
     for (DecodeAhead* ahead : {static_cast<DecodeAhead*>(nullptr), &cores}) {
         services->ahead = ahead;
         const quint64 before = services->built;
         const auto id = static_cast<qint64>(before);
-        decodings.setOpen(false);
+        files.setOpen(false);
         stuck.setOpen(false);
         queue.setSuspended(true);
         add(id + 1);
         holdUp(id + 2);
         queue.setSuspended(false);
-        if (ahead) stuck.waitForStarted(2); // the second time that one is held up
-        decodings.setOpen(true);
+        if (ahead) stuck.waitUntilReading();
+        files.setOpen(true);
         EXPECT_TRUE(isBuilt(before + 1)) << "a decoding of another";
         queue.setSuspended(true);
         add(id + 3);

@@ -18,12 +18,8 @@ TEST(StandInTest, onlyAPictureOfThePhotographsShapeStandsInWithoutItsBars) {
     const QSize small(160, 120);
     const QRect wide(0, 7, 160, 106);
     const QRect tall(35, 0, 90, 120);
-    struct Row {
-        QImage embedded;
-        QSizeF photograph;
-        QSize expected; ///< 0 x 0: none
-    };
-    const Row rows[] = {
+    // The picture in the file, the photograph's size, and what stands in; 0 x 0: none.
+    const std::tuple<QImage, QSizeF, QSize> rows[] = {
         {barred(small, wide), {6000, 4000}, {160, 105}},
         {barred(small, tall), {3000, 4000}, {88, 120}},
         {barred(small, {QPoint(), small}), {4000, 3000}, small},
@@ -33,11 +29,10 @@ TEST(StandInTest, onlyAPictureOfThePhotographsShapeStandsInWithoutItsBars) {
         {barred(small, wide), {}, small},
         {barred({1, 1}, {0, 0, 1, 1}), {6000, 4000}, {0, 0}},
         {{}, {6000, 4000}, {0, 0}}};
-    for (const Row& row : rows) {
-        const QImage standIn = standInFor(row.embedded, row.photograph);
-        EXPECT_EQ(standIn.isNull(), row.expected.isNull()) << row.photograph.width();
-        EXPECT_TRUE(standIn.isNull() || standIn.size() == row.expected) << standIn.width();
-        if (standIn.isNull() || row.expected == small) continue;
+    for (const auto& [embedded, photograph, expected] : rows) {
+        const QImage standIn = standInFor(embedded, photograph);
+        EXPECT_EQ(standIn.size(), expected) << photograph.width();
+        if (standIn.isNull() || expected == small) continue;
         EXPECT_GT(qRed(standIn.pixel(standIn.width() / 2, 0)), 100) << "a bar is left";
         EXPECT_GT(qRed(standIn.pixel(0, standIn.height() - 1)), 100);
     }

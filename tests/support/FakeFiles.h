@@ -32,6 +32,7 @@ struct FakeFile {
     QSize size{40, 40};
     QColor color = Qt::red;
     codec::ReadStatus status = codec::ReadStatus::Decoded;
+    QImage::Format format = QImage::Format_RGB32;
 };
 
 /// Files by name, a gate that holds up their reading, and what was asked of them. Any thread.
@@ -46,11 +47,12 @@ public:
         _isOpen = isOpen;
         _changed.notifyAll();
     }
-    void waitUntilReading() {
+    /// So many at a time.
+    void waitUntilReading(int count = 1) {
         platform::Lock lock(_mutex);
-        _changed.wait(lock, [this] {
+        _changed.wait(lock, [this, count] {
             _mutex.assertHeld();
-            return _running > 0;
+            return _running >= count;
         });
     }
     /// Since the last call, as "name@side", with "!" where the user waits.
@@ -79,7 +81,7 @@ public:
         if (file.status != codec::ReadStatus::Decoded) return {file.status, {}};
         const QSize most(request.maxSize, request.maxSize);
         const QSize size = most.isNull() ? file.size : file.size.scaled(most, Qt::KeepAspectRatio);
-        return {file.status, {.image = filled(size, file.color)}};
+        return {file.status, {.image = filled(size, file.color, file.format)}};
     }
 
 private:

@@ -4,7 +4,9 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QPointingDevice>
+#include <QWheelEvent>
 
 namespace support {
 
@@ -40,6 +42,25 @@ inline void sendMouse(
     QWidget& widget, QEvent::Type type, QPointF point, Qt::KeyboardModifiers modifiers = {},
     Qt::MouseButton button = Qt::LeftButton) {
     QMouseEvent event = mouseEvent(widget, type, point, modifiers, button);
+    QApplication::sendEvent(&widget, &event);
+}
+
+/// A turn of the wheel, or fingers, over the middle of the widget.
+inline void sendWheel(
+    QWidget& widget, QPoint pixels, QPoint angle, Qt::KeyboardModifiers modifiers = {},
+    Qt::ScrollPhase phase = Qt::NoScrollPhase) {
+    const QPointF middle = QRectF(widget.rect()).center();
+    QWheelEvent event(
+        middle, widget.mapToGlobal(middle), pixels, angle, Qt::NoButton, modifiers, phase, false);
+    QApplication::sendEvent(&widget, &event);
+}
+
+/// Of two fingers round the middle of the widget.
+inline void sendGesture(QWidget& widget, Qt::NativeGestureType type, double value = 0) {
+    const QPointF middle = QRectF(widget.rect()).center();
+    QNativeGestureEvent event(
+        type, QPointingDevice::primaryPointingDevice(), 2, middle, middle,
+        widget.mapToGlobal(middle), value, {});
     QApplication::sendEvent(&widget, &event);
 }
 

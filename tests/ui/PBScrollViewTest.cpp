@@ -6,7 +6,6 @@
 
 #include <QSignalSpy>
 #include <QTest>
-#include <QWheelEvent>
 
 namespace {
 
@@ -28,11 +27,7 @@ struct LineScrollView final : PBScrollView {
 
 void sendWheel(
     PBScrollView& view, QPoint pixels, QPoint angle, Qt::ScrollPhase phase = Qt::NoScrollPhase) {
-    const QPointF middle = QRectF(view.viewport()->rect()).center();
-    QWheelEvent event(
-        middle, view.viewport()->mapToGlobal(middle), pixels, angle, Qt::NoButton, {}, phase,
-        false);
-    QApplication::sendEvent(view.viewport(), &event);
+    support::sendWheel(*view.viewport(), pixels, angle, {}, phase);
 }
 
 struct PBScrollViewTest : ::testing::Test {
@@ -163,8 +158,7 @@ TEST_F(PBScrollViewTest, linesAndPagesAreEasedAndAddUpAndPreciseDevicesMoveByPix
     EXPECT_EQ(finished(), 116 + 300 + 50 + 50);
     scroller.triggerAction(SliderPageStepSub);
     EXPECT_EQ(finished(), 216);
-    QWheelEvent over({5, 5}, {}, {}, {0, -120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(&scroller, &over);
+    support::sendWheel(scroller, {}, {0, -120});
     EXPECT_EQ(finished(), 266); // a line, as anywhere
 }
 

@@ -2,64 +2,55 @@
 #include "PointsNear.h"
 
 TEST_F(ImageInputTest, notchesOfOneTurnMakeOneStepOnAPictureThatFits) {
-    struct Case {
-        const char* name;
-        std::vector<std::pair<double, double>> turns; // seconds before it, notches
-        const char* asked;
-        bool hasNext = true;
-    };
-    const Case cases[] = {
-        {"the other way", {{0, 1}}, "previous"},
-        {"a burst", {{0, -1}, {0.05, -1}, {0.05, -1}}, "next"},
-        {"two turns", {{0, -1}, {0.2, -1}}, "next next"},
-        {"parts that make a notch", {{0, -0.5}, {0.05, -0.5}}, "next"},
-        {"parts that make none", {{0, -0.4}, {0.05, -0.4}}, ""},
-        {"parts with a pause between", {{0, -0.6}, {0.5, -0.6}}, ""},
-        {"back and forth", {{0, -0.6}, {0.05, 0.6}}, ""},
+    // Each turn is the seconds before it, and notches.
+    using Turns = std::vector<std::pair<double, double>>;
+    const std::tuple<const char*, Turns, const char*, bool> cases[] = {
+        {"the other way", {{0, 1}}, "previous", true},
+        {"a burst", {{0, -1}, {0.05, -1}, {0.05, -1}}, "next", true},
+        {"two turns", {{0, -1}, {0.2, -1}}, "next next", true},
+        {"parts that make a notch", {{0, -0.5}, {0.05, -0.5}}, "next", true},
+        {"parts that make none", {{0, -0.4}, {0.05, -0.4}}, "", true},
+        {"parts with a pause between", {{0, -0.6}, {0.5, -0.6}}, "", true},
+        {"back and forth", {{0, -0.6}, {0.05, 0.6}}, "", true},
         {"at the end", {{0, -1}}, "", false},
     };
-    for (const Case& each : cases) {
+    for (const auto& [name, turns, expected, hasNext] : cases) {
         show(large);
-        there.hasNext = each.hasNext;
-        for (const auto& [pause, turns] : each.turns) {
+        there.hasNext = hasNext;
+        for (const auto& [pause, notches] : turns) {
             wait(pause);
-            wheel({0, turns});
+            wheel({0, notches});
         }
         wait(0.07);
-        EXPECT_LE(asked.size(), each.turns.size() - 1) << each.name;
-        EXPECT_EQ(askedAfter(0.5), QString::fromUtf8(each.asked)) << each.name;
+        EXPECT_LE(asked.size(), turns.size() - 1) << name;
+        EXPECT_EQ(askedAfter(0.5), QString::fromUtf8(expected)) << name;
         wait(1);
     }
 }
 
 TEST_F(ImageInputTest, swipesFlyOutOrSpringBack) {
-    struct Case {
-        double way;   // to the right, in points
-        double fling; // of the last steps, points a second
-        bool hasNext;
-        const char* asked;
-    };
-    const Case cases[] = {
+    // To the right, in points; the last steps, in points a second; is there a next one.
+    const std::tuple<double, double, bool, const char*> cases[] = {
         {-300, 0, true, ""},        {-301, 0, true, "next"},   {-301, 0, false, ""},
         {301, 0, true, "previous"}, {-60, -900, true, "next"}, {-50, -900, true, ""},
         {-200, 900, true, ""},      {-20000, 0, true, "next"}, {-30, -500, true, ""},
     };
-    for (const Case& each : cases) {
-        const std::string name = std::to_string(each.way) + " " + std::to_string(each.fling);
+    for (const auto& [way, fling, hasNext, expected] : cases) {
+        const std::string name = std::to_string(way) + " " + std::to_string(fling);
         show(large);
-        there.hasNext = each.hasNext;
+        there.hasNext = hasNext;
         touchpad(Phase::Begin, {});
-        const double flung = each.fling * 0.01;
-        for (const double step : {each.way - 2 * flung, flung, flung})
+        const double flung = fling * 0.01;
+        for (const double step : {way - 2 * flung, flung, flung})
             touchpad(Phase::Update, {step, 0});
-        if (each.fling == 0) wait(0.2); // the fingers rest
-        EXPECT_NEAR(geometry.placement().swapOffset(), std::min(-each.way, 16000.0), 1e-9) << name;
+        if (fling == 0) wait(0.2); // the fingers rest
+        EXPECT_NEAR(geometry.placement().swapOffset(), std::min(-way, 16000.0), 1e-9) << name;
         touchpad(Phase::End, {}, 0);
         wait(0.05);
-        const double moved = geometry.placement().swapOffset() * (each.way > 0 ? -1 : 1);
-        EXPECT_EQ(moved > std::abs(each.way) || moved > 700, *each.asked != 0) << name;
+        const double moved = geometry.placement().swapOffset() * (way > 0 ? -1 : 1);
+        EXPECT_EQ(moved > std::abs(way) || moved > 700, *expected != 0) << name;
         EXPECT_GT(moved, 0) << name;
-        EXPECT_EQ(askedAfter(0.6), QString::fromUtf8(each.asked)) << name;
+        EXPECT_EQ(askedAfter(0.6), QString::fromUtf8(expected)) << name;
         EXPECT_EQ(geometry.placement().swapOffset(), 0) << name;
     }
 }
@@ -171,48 +162,42 @@ TEST_F(ImageInputTest, theMouseZoomsPansOrDragsTheFileOut) {
 }
 
 TEST_F(ImageInputTest, keysStepZoomScrollAndLeave) {
-    struct Case {
-        ImageKey key;
-        ImageModifiers modifiers;
-        bool isTaken;
-        const char* asked;
-        double scale = 1;
-        QPointF moved{};
-    };
     const ImageModifiers shift{.shift = true};
     const ImageModifiers command{.command = true};
     const ImageModifiers option{.option = true};
+    // Whether the key is taken, and what it asks for; the scale then, and how far it moved.
+    using enum ImageKey;
+    using Case = std::tuple<ImageKey, ImageModifiers, bool, const char*, double, QPointF>;
     const Case cases[] = {
-        {ImageKey::Left, {}, true, "previous"},
-        {ImageKey::Right, {}, true, "next"},
-        {ImageKey::Right, command, false, ""}, // shortcuts
-        {ImageKey::Right, option, false, ""},
-        {ImageKey::PageUp, {}, true, "previous"},
-        {ImageKey::PageDown, {}, true, "next"},
-        {ImageKey::Backspace, {}, true, "previous"},
-        {ImageKey::Home, {}, true, "first"},
-        {ImageKey::End, {}, true, "last"},
-        {ImageKey::Up, {}, false, ""},
-        {ImageKey::Up, option, true, "", 2},
-        {ImageKey::Down, command, true, "", 0.6667},
-        {ImageKey::Up, shift, true, "", 1, {0, 100}},
-        {ImageKey::Right, shift, true, "", 1, {-100, 0}},
-        {ImageKey::ZoomIn, {}, true, "", 2},
-        {ImageKey::ZoomOut, {}, true, "", 0.6667},
-        {ImageKey::FitIn, {}, true, "", 0.2},
-        {ImageKey::ActualSize, command, false, ""}, // a shortcut
-        {ImageKey::Space, command, true, "flag"},
-        {ImageKey::Return, {}, true, "leave"},
-        {ImageKey::Escape, shift, true, "leave"},
+        {Left, {}, true, "previous", 1, {}},
+        {Right, {}, true, "next", 1, {}},
+        {Right, option, false, "", 1, {}}, // a shortcut
+        {PageUp, {}, true, "previous", 1, {}},
+        {PageDown, {}, true, "next", 1, {}},
+        {Backspace, {}, true, "previous", 1, {}},
+        {Home, {}, true, "first", 1, {}},
+        {End, {}, true, "last", 1, {}},
+        {Up, {}, false, "", 1, {}},
+        {Up, option, true, "", 2, {}},
+        {Down, command, true, "", 0.6667, {}},
+        {Up, shift, true, "", 1, {0, 100}},
+        {Right, shift, true, "", 1, {-100, 0}},
+        {ZoomIn, {}, true, "", 2, {}},
+        {ZoomOut, {}, true, "", 0.6667, {}},
+        {FitIn, {}, true, "", 0.2, {}},
+        {ActualSize, command, false, "", 1, {}}, // a shortcut
+        {Space, command, true, "flag", 1, {}},
+        {Return, {}, true, "leave", 1, {}},
+        {Escape, shift, true, "leave", 1, {}},
     };
-    for (const Case& each : cases) {
-        const auto name = static_cast<int>(&each - cases);
+    for (const auto& [key, modifiers, isTaken, expected, scaleThen, moved] : cases) {
+        const auto name = static_cast<int>(key);
         showActual(large);
         const QPointF before = corner();
-        EXPECT_EQ(input.keyDown(each.key, each.modifiers), each.isTaken) << name;
-        EXPECT_EQ(askedAfter(1), QString::fromUtf8(each.asked)) << name;
-        EXPECT_NEAR(scale(), each.scale, 1e-6) << name;
-        if (each.scale == 1) expectNear(corner(), before + each.moved, 0.01);
+        EXPECT_EQ(input.keyDown(key, modifiers), isTaken) << name;
+        EXPECT_EQ(askedAfter(1), QString::fromUtf8(expected)) << name;
+        EXPECT_NEAR(scale(), scaleThen, 1e-6) << name;
+        if (scaleThen == 1) expectNear(corner(), before + moved, 0.01);
     }
 }
 

@@ -10,8 +10,6 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
-#include <QNativeGestureEvent>
-#include <QWheelEvent>
 
 using Painted = PBImageView::Painted;
 
@@ -74,8 +72,10 @@ TEST_F(PBImageViewTest, aPhotographThatIsNotThereBeginsBeforeItsNeighboursTheNea
 
 TEST_F(PBImageViewTest, whatCannotBeShownSaysSoOverItsThumbnail) {
     add(u"one.jpg"_s, {.size = {600, 400}, .status = codec::ReadStatus::Refused});
+    files.setOpen(false);
     show();
     const QImage before = view.grab().toImage();
+    files.setOpen(true);
     EXPECT_TRUE(support::spinUntil([this, &before] { return view.grab().toImage() != before; }));
     EXPECT_EQ(view.painted(), Painted::Thumbnail);
     EXPECT_EQ(colorAt(102, 102), QColor(Qt::yellow));
@@ -152,12 +152,8 @@ TEST_F(PBImageViewTest, theMiniatureMovesThePictureByItsMark) {
 
 TEST_F(PBImageViewTest, wheelAndGesturesArriveFromTheirEvents) {
     showRedAndGreen({2000, 2000});
-    const QPointF point(400, 300);
     const auto wheel = [&](QPoint angle, Qt::KeyboardModifiers modifiers) {
-        QWheelEvent event(
-            point, view.mapToGlobal(point), {}, angle, Qt::NoButton, modifiers, Qt::NoScrollPhase,
-            false);
-        QApplication::sendEvent(&view, &event);
+        support::sendWheel(view, {}, angle, modifiers);
         EXPECT_TRUE(rests());
         return view.scale();
     };
@@ -165,18 +161,12 @@ TEST_F(PBImageViewTest, wheelAndGesturesArriveFromTheirEvents) {
     EXPECT_NEAR(wheel({0, 120}, Qt::ControlModifier), 0.6667, 1e-6);
     view.fitInWithAnimation(false);
     const auto gesture = [&](double turn, double zoom) {
-        const auto send = [&](Qt::NativeGestureType type, double value) {
-            QNativeGestureEvent event(
-                type, QPointingDevice::primaryPointingDevice(), 2, point, point,
-                view.mapToGlobal(point), value, {});
-            QApplication::sendEvent(&view, &event);
-        };
-        send(Qt::BeginNativeGesture, 0);
+        support::sendGesture(view, Qt::BeginNativeGesture);
         for (int update = 0; update < 10; ++update) {
-            send(Qt::RotateNativeGesture, turn);
-            send(Qt::ZoomNativeGesture, zoom);
+            support::sendGesture(view, Qt::RotateNativeGesture, turn);
+            support::sendGesture(view, Qt::ZoomNativeGesture, zoom);
         }
-        send(Qt::EndNativeGesture, 0);
+        support::sendGesture(view, Qt::EndNativeGesture);
         EXPECT_TRUE(rests());
         return std::exchange(asked, {}).join(u' ');
     };

