@@ -78,8 +78,11 @@ QStringList listed(const auto& range, const auto& function) {
 
 /// Of what was stopped before it began.
 [[nodiscard]] inline std::stop_token stopped() {
-    std::stop_source source;
-    source.request_stop();
+    static const std::stop_source source = [] {
+        std::stop_source made;
+        made.request_stop();
+        return made;
+    }();
     return source.get_token();
 }
 
