@@ -3,6 +3,7 @@
 #include "browser/BrowserAccessible.h"
 #include "browser/PBImageBrowserScrollView.h"
 #include "browser/PBImageBrowserSelectView.h"
+#include "browser/painting/MovableRows.h"
 #include "browser/state/BrowserNeighbour.h"
 #include "platform/tasks/MainLoop.h"
 #include "platform/tasks/MainThread.h"
@@ -287,27 +288,18 @@ void PBImageBrowserView::didScroll() {
 /// Moves what is drawn already, so that only the strip that came into view is painted.
 void PBImageBrowserView::scrollPixels(double distance) {
     const double ratio = devicePixelRatioF();
-    const auto isWhole = [ratio](double points) {
-        return points * ratio == std::floor(points * ratio);
-    };
-    // Below the sticky head, under which lies something else each time, from a whole pixel on.
-    constexpr auto head = static_cast<int>(BrowserMetrics::headHeight);
-    constexpr int farthest = 2 * head;
     const int inWindow = mapTo(window(), QPoint()).y();
-    int top = head;
-    while (top < farthest && !isWhole(inWindow + top))
-        ++top;
-    const bool isCovered = _selectView->isVisible() || _editFileNameTextField;
-    if (std::abs(distance) >= height() - top || !isWhole(distance) || top == farthest ||
-        isCovered) {
+    const auto top = firstMovableRow(distance, ratio, inWindow, height());
+    if (!top || _selectView->isVisible() || _editFileNameTextField) {
         placeNameField();
         update();
         return;
     }
-    scroll(0, -static_cast<int>(distance), QRect(0, top, width(), height() - top));
-    update(0, 0, width(), top);
+    scroll(0, -static_cast<int>(distance), QRect(0, *top, width(), height() - *top));
+    update(0, 0, width(), *top);
     // The last row of pixels may be cut through the middle.
-    if (!isWhole(inWindow + height()))
+    const double end = (inWindow + height()) * ratio;
+    if (end != std::floor(end))
         update(0, height() - 1 - std::max(0, static_cast<int>(distance)), width(), 1);
 }
 

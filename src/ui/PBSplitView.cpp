@@ -81,10 +81,13 @@ PBSplitView::PBSplitView(Qt::Orientation orientation, QWidget* parent)
     setChildrenCollapsible(false);
     _animation.setEasingCurve(QEasingCurve::InOutQuad);
     connect(&_animation, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
-        setSplitPosition(value.toInt());
+        place(value.toInt());
     });
     connect(&_animation, &QAbstractAnimation::finished, this, &PBSplitView::finishAnimation);
-    connect(this, &QSplitter::splitterMoved, this, &PBSplitView::splitViewDidResizeSubviews);
+    connect(this, &QSplitter::splitterMoved, this, [this] {
+        noteAsked(splitPosition());
+        Q_EMIT splitViewDidResizeSubviews();
+    });
 }
 
 QSplitterHandle* PBSplitView::createHandle() {
@@ -133,10 +136,22 @@ int PBSplitView::length() const {
 
 void PBSplitView::setFixedPaneSize(int size) {
     const int held = size == 0 ? 0 : std::clamp(size, _limits.minimum, _limits.maximum);
-    setSplitPosition(_fixed == 0 ? held : std::max(0, length() - held));
+    // Before the view has its size, the pane can't have it either.
+    if (held > 0) _asked = held;
+    place(_fixed == 0 ? held : std::max(0, length() - held));
 }
 
 void PBSplitView::setSplitPosition(int position) {
+    noteAsked(position);
+    place(position);
+}
+
+void PBSplitView::noteAsked(int position) {
+    const int size = _fixed == 0 ? position : length() - position;
+    if (size > 0) _asked = size;
+}
+
+void PBSplitView::place(int position) {
     platform::assertMainThread();
     const int total = length();
     position = std::clamp(position, 0, total);
@@ -147,13 +162,14 @@ void PBSplitView::setSplitPosition(int position) {
 void PBSplitView::animateToPosition(int position, std::function<void()> completion) {
     platform::assertMainThread();
     _animation.stop();
+    noteAsked(position);
     _completion = std::move(completion);
     // 1 is the smallest that counts: with 0 the content of a pane would set its minimum.
     setMinimums(1, 1);
     const int duration =
         isVisible() ? style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) : 0;
     if (duration <= 0) {
-        setSplitPosition(position);
+        place(position);
         return finishAnimation();
     }
     _animation.setDuration(duration);
@@ -175,5 +191,12 @@ bool PBSplitView::isPaneCollapsed(int index) const {
 
 void PBSplitView::resizeEvent(QResizeEvent* event) {
     QSplitter::resizeEvent(event);
+    giveWay();
     Q_EMIT splitViewDidResizeSubviews();
+}
+
+void PBSplitView::giveWay() {
+    if (_roomKept == 0 || _asked == 0 || isAnimationRunning() || isPaneCollapsed(_fixed)) return;
+    const int size = std::max(_limits.minimum, std::min(_asked, length() - _roomKept));
+    if (size != fixedPaneSize()) place(_fixed == 0 ? size : length() - size);
 }

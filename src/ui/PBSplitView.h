@@ -25,8 +25,16 @@ public:
     /// content needs.
     void setPanes(QWidget* first, QWidget* second, int fixed, Limits limits, int otherMinimum);
 
+    /// While the view is resized, the other pane keeps this much, as long as the pane that keeps
+    /// its size can give way: that one gets smaller, down to its least, and as large again as it
+    /// was asked to be when there is room. 0, as at first, for a pane that doesn't give way.
+    void setRoomKept(int size) { _roomKept = size; }
+
     /// Size of the pane that keeps its size; 0 when it is collapsed.
     [[nodiscard]] int fixedPaneSize() const;
+    /// The size that was last asked for, by the user or in code, though the pane gives way or is
+    /// collapsed.
+    [[nodiscard]] int askedPaneSize() const { return _asked; }
     /// Held within the limits; 0 collapses the pane.
     void setFixedPaneSize(int size);
     [[nodiscard]] bool isPaneCollapsed(int index) const;
@@ -56,10 +64,17 @@ protected:
 private:
     void setMinimums(int first, int second);
     void finishAnimation();
+    /// Moves the divider, which is nobody's wish.
+    void place(int position);
+    /// Takes what the divider at that position gives the pane for what is asked for.
+    void noteAsked(int position);
+    void giveWay();
 
     int _fixed = 0;
     Limits _limits;
     int _otherMinimum = 0;
+    int _roomKept = 0;
+    int _asked = 0;
     QVariantAnimation _animation;
     std::function<void()> _completion;
 };

@@ -1,6 +1,7 @@
 #include "BrowserViewFixture.h"
 
 #include "browser/PBImageBrowserTipView.h"
+#include "browser/painting/MovableRows.h"
 #include "ui/DragOut.h"
 
 #include <QElapsedTimer>
@@ -79,6 +80,20 @@ TEST(PreparedThumbnailsTest, keepsOnePictureForEachSizeAndTurn) {
     EXPECT_TRUE(kept({20, 10}, 0) && kept({1000, 1000}, 0));
     prepared.setCapacity(0); // one mebibyte is left in any case
     EXPECT_FALSE(kept({1000, 1000}, 0));
+}
+
+TEST(MovableRowsTest, aStepOfWholePixelsMovesWhatLiesBelowTheHeadAtAnyScale) {
+    const struct {
+        double distance, ratio;
+        int top, row; // 0: all is painted
+    } steps[] = {{20, 1, 0, 23}, {3, 1, 7, 23},     {20, 1.5, 0, 24}, {-20, 1.5, 1, 23},
+                 {3, 1.5, 0, 0}, {20, 1.25, 0, 24}, {8, 1.25, 2, 26}, {6, 1.25, 0, 0},
+                 {7, 2, 0, 23},  {0.5, 2, 0, 0},    {10, 1.1, 4, 26}, {276, 1, 0, 23},
+                 {277, 1, 0, 0}, {-277, 1, 0, 0},   {276, 1.5, 0, 0}};
+    for (const auto& [distance, ratio, top, row] : steps) {
+        EXPECT_EQ(firstMovableRow(distance, ratio, top, 300).value_or(0), row)
+            << distance << ' ' << ratio << ' ' << top;
+    }
 }
 
 } // namespace

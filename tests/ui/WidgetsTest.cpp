@@ -67,6 +67,29 @@ TEST_P(PBSplitViewTest, onePaneKeepsItsSizeUntilTheDividerIsDraggedOrMovesByItse
     EXPECT_EQ(ends, 11); // at once
 }
 
+TEST_P(PBSplitViewTest, onePaneGivesWayWhileTheOtherLacksRoomAndComesBack) {
+    const int fixed = GetParam();
+    PBSplitView view(Qt::Horizontal);
+    view.setPanes(new QWidget, new QWidget, fixed, {100, 200}, 120);
+    view.setRoomKept(300);
+    view.show();
+    const auto sizeAt = [&](int length) {
+        view.resize(length + view.handleWidth(), 300);
+        return view.fixedPaneSize();
+    };
+    EXPECT_GT(sizeAt(500), 100) << "nobody asked for anything";
+    view.setFixedPaneSize(180);
+    for (const auto& [length, size] : {std::pair(480, 180), {450, 150}, {390, 100}, {250, 100}})
+        EXPECT_EQ(sizeAt(length), size) << length;
+    EXPECT_EQ(view.askedPaneSize(), 180);
+    EXPECT_EQ(sizeAt(600), 180);
+    view.setSplitPosition(fixed == 0 ? 130 : 470);
+    EXPECT_EQ(sizeAt(410), 110);
+    view.setFixedPaneSize(0);
+    EXPECT_EQ(sizeAt(900), 0);
+    EXPECT_EQ(view.askedPaneSize(), 130);
+}
+
 TEST(PBModalTextFieldTest, whatIsMeantForOthersEndsNothingAndTheFirstAnswerAll) {
     QWidget window;
     window.resize(300, 200);

@@ -16,6 +16,8 @@ constexpr PBSplitView::Limits infoLimits{200, 400};
 constexpr int smallestLeftPane = 150;
 /// What the smallest window leaves, where both panes at its sides have their least.
 constexpr int smallestBrowser = 236;
+/// What the panes at its sides leave it while they can give way.
+constexpr int browserRoom = 400;
 
 /// Sizes of a window that was never arranged.
 constexpr int firstSideBarWidth = 230;
@@ -41,12 +43,16 @@ PaneLayout::PaneLayout(const Contents& contents, platform::UserDefaults& default
     _thumbnailSplitView->setPanes(
         contents.thumbnail, contents.info, 1, infoLimits, smallestBrowser);
     _baseSplitView->setPanes(_groupSplitView, _thumbnailSplitView, 0, sideBarLimits, 0);
+    _thumbnailSplitView->setRoomKept(browserRoom);
     for (PBSplitView* splitView : {_baseSplitView, _groupSplitView, _thumbnailSplitView}) {
         connect(
             splitView, &PBSplitView::splitViewDidResizeSubviews, this, &PaneLayout::enablePanes);
         connect(splitView, &PBSplitView::splitViewDidResizeSubviews, this, &PaneLayout::changed);
         connect(splitView, &PBSplitView::dividerReleased, this, &PaneLayout::savePositions);
     }
+    connect(
+        _thumbnailSplitView, &PBSplitView::splitViewDidResizeSubviews, this, &PaneLayout::keepRoom);
+    keepRoom();
 }
 
 QWidget* PaneLayout::view() const {
@@ -158,6 +164,11 @@ void PaneLayout::restorePositions() {
     Q_EMIT changed();
 }
 
+void PaneLayout::keepRoom() {
+    const int info = isShown(Pane::Info) ? infoLimits.minimum : 0;
+    _baseSplitView->setRoomKept(browserRoom + info);
+}
+
 void PaneLayout::enablePanes() {
     // Before the panes have sizes, none is known to be out of sight.
     if (!_wasRestored) return;
@@ -203,7 +214,7 @@ void PaneLayout::saveHiddenPanes() {
 void PaneLayout::splitViewSavePosition(PBSplitView* splitView) {
     // While a divider moves by itself it stands nowhere.
     if (splitView->isAnimationRunning()) return;
-    _defaults.setDouble(splitView->fixedPaneSize(), splitView->objectName());
+    _defaults.setDouble(splitView->askedPaneSize(), splitView->objectName());
 }
 
 int PaneLayout::stored(PBSplitView* splitView, int otherwise) const {

@@ -56,6 +56,9 @@ private:
     [[nodiscard]] int leftPanesPosition() const;
     void splitViewSavePosition(PBSplitView* splitView);
     void saveHiddenPanes();
+    /// Tells the sidebar what to leave the others before it gives way, which the information pane
+    /// does first.
+    void keepRoom();
     /// What is out of sight takes no keys.
     void enablePanes();
     [[nodiscard]] int stored(PBSplitView* splitView, int otherwise) const;
