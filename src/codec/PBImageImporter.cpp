@@ -76,7 +76,8 @@ std::size_t PBImageImporter::imageCount() {
         file.descriptor.get(), file.typeHint, urgency().value_or(codec::Urgency::Properties));
 }
 
-codec::PictureProperties PBImageImporter::readProperties(std::size_t index, std::stop_token stop) {
+codec::PictureProperties
+PBImageImporter::propertiesAtIndex(std::size_t index, std::stop_token stop) {
     const OpenFile file(_path);
     if (!file.descriptor.isOpen()) return {file.status, {}};
     try {

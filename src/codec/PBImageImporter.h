@@ -9,7 +9,7 @@ public:
     /// Every identifier that the system can decode and that conforms to "public.image", but for
     /// exactly "public.mpo-image".
     [[nodiscard]] static QStringList typeIdentifiers();
-    /// `readProperties` 0 of several files at once, in their order.
+    /// `propertiesAtIndex` 0 of several files at once, in their order.
     [[nodiscard]] static std::vector<codec::PictureProperties>
     propertiesOfImages(std::span<const QString> paths, std::stop_token stop);
 
@@ -17,7 +17,7 @@ public:
     [[nodiscard]] static std::unique_ptr<PBImageImporter> initWithImagePath(const QString& path);
 
     [[nodiscard]] codec::PictureProperties
-    readProperties(std::size_t index, std::stop_token stop) override;
+    propertiesAtIndex(std::size_t index, std::stop_token stop) override;
     [[nodiscard]] codec::ReadMetadata
     readMetadata(const codec::NewPicture& picture, std::stop_token stop) override;
     [[nodiscard]] codec::ReadResult

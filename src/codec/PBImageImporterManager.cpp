@@ -77,7 +77,7 @@ PBImageImporterManager::propertiesOfImages(std::span<const QString> paths, std::
                 importerClass->propertiesOfImages(together, stop), std::back_inserter(all));
         } else {
             for (const QString& path : together)
-                all.push_back(importerClass->initWithImagePath(path)->readProperties(0, stop));
+                all.push_back(importerClass->initWithImagePath(path)->propertiesAtIndex(0, stop));
         }
     }
     return all;

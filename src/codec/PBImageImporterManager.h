@@ -23,8 +23,8 @@ public:
     /// the disk.
     [[nodiscard]] std::unique_ptr<PBImageImporterProtocol>
     imageImporterForImageURL(const QString& path);
-    /// `readProperties` 0 of the files, in their order: for many small ones this may cost far less
-    /// than asking for one after the other.
+    /// `propertiesAtIndex` 0 of the files, in their order: for many small ones this may cost far
+    /// less than asking for one after the other.
     [[nodiscard]] std::vector<codec::PictureProperties>
     propertiesOfImages(std::span<const QString> paths, std::stop_token stop = {});
 

@@ -32,7 +32,7 @@ public:
     /// The property dictionary of a frame (see `codec::readImageProperties`), read without decoding
     /// it, or what a missing answer means. Stopped, it is `NotNow`.
     [[nodiscard]] virtual codec::PictureProperties
-    readProperties(std::size_t index, std::stop_token stop) = 0;
+    propertiesAtIndex(std::size_t index, std::stop_token stop) = 0;
     /// What of the file's metadata goes along into a file of the new picture; stopped, it is
     /// `NotNow`.
     [[nodiscard]] virtual codec::ReadMetadata
@@ -75,8 +75,8 @@ struct PBImageImporterClass {
     std::function<std::optional<QStringList>()> typeIdentifiers;
     /// An importer for the file, made without touching the disk.
     std::function<std::unique_ptr<PBImageImporterProtocol>(const QString& path)> initWithImagePath;
-    /// `readProperties` 0 of the files, in their order, where that costs less than asking for one
-    /// after the other; may be empty.
+    /// `propertiesAtIndex` 0 of the files, in their order, where that costs less than asking for
+    /// one after the other; may be empty.
     std::function<std::vector<codec::PictureProperties>(
         std::span<const QString> paths, std::stop_token stop)>
         propertiesOfImages;

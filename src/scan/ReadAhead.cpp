@@ -30,7 +30,7 @@ NewFile readNewFile(
     const QString& path, std::unique_ptr<PBImageImporterProtocol> importer,
     const std::stop_token& stop) {
     NewFile file{valuesOfFile(path), {}, std::move(importer)};
-    if (file.values) file.properties = file.importer->readProperties(0, stop);
+    if (file.values) file.properties = file.importer->propertiesAtIndex(0, stop);
     return file;
 }
 

@@ -71,7 +71,7 @@ TEST(Importer, TypesFollowTheNameAndOddFilesAnswerNothing) {
     const QByteArray jpeg = PBUtilities::cgImageRefToJpegData(gradient({40, 20}));
     const auto good = importer(u"a.JPG"_s);
     ASSERT_TRUE(good);
-    EXPECT_FALSE(good->readProperties(0, {}).ifRead()) << "not there yet";
+    EXPECT_FALSE(good->propertiesAtIndex(0, {}).ifRead()) << "not there yet";
     for (const auto* name : {u"a.JPG", u"a.mpo", u"a.txt"})
         support::writeFile(folder.filePath(QString::fromUtf16(name)), jpeg);
     EXPECT_EQ(good->imageCount(), 1U);

@@ -87,7 +87,7 @@ TEST_F(ImporterFallback, SmallFramesComeUnscaledAndLargeOnesScaledAndFailuresAre
     reader->throwsForFull = true;
     EXPECT_TRUE(importer->createImageWithMaxSize(50, 0).isNull());
     EXPECT_TRUE(importer->createImageWithMaxSize(0, 0).isNull());
-    EXPECT_FALSE(importer->readProperties(0, {}).ifRead());
+    EXPECT_FALSE(importer->propertiesAtIndex(0, {}).ifRead());
 }
 
 TEST_F(ImporterFallback, WhoWaitsIsToldWithEveryQuestion) {

@@ -14,7 +14,7 @@ struct ToolkitImporters final : PBImageImporterManager {
     struct Importer final : PBImageImporterProtocol {
         Importer(ToolkitImporters& owner, QString path) : _owner(owner), _path(std::move(path)) {}
 
-        codec::PictureProperties readProperties(std::size_t, std::stop_token stop) override {
+        codec::PictureProperties propertiesAtIndex(std::size_t, std::stop_token stop) override {
             if (_owner.cannotRead && _owner.cannotRead(_path, stop)) return {};
             if (_owner.willRead) _owner.willRead(_path);
             const QSize size = QImageReader(_path).size();

@@ -12,7 +12,7 @@ struct FakeImporter final : PBImageImporterProtocol {
     using Read = std::function<codec::ReadResult(const codec::DecodeRequest&, std::stop_token)>;
 
     explicit FakeImporter(Read told) : read(std::move(told)) {}
-    codec::PictureProperties readProperties(std::size_t, std::stop_token) override {
+    codec::PictureProperties propertiesAtIndex(std::size_t, std::stop_token) override {
         return {codec::PropertiesStatus::Unreadable, {}};
     }
     codec::ReadResult

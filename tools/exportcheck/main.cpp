@@ -140,7 +140,7 @@ int main(int argumentCount, char** arguments) {
         const auto importer = importers.imageImporterForImageURL(path);
         if (!importer) continue;
         const QImage shown = importer->createImageWithMaxSize(side, 0);
-        const auto [status, properties] = importer->readProperties(0, {});
+        const auto [status, properties] = importer->propertiesAtIndex(0, {});
         if (shown.isNull()) continue;
         ++number;
         for (const QString& type : codec::writableTypes()) {
@@ -165,7 +165,8 @@ int main(int argumentCount, char** arguments) {
                 ++count.otherPixels;
                 out() << path << ' ' << type << ": pixels differ by " << off << '\n';
             }
-            const QStringList keys = missing(properties, reader->readProperties(0, {}).properties);
+            const QStringList keys =
+                missing(properties, reader->propertiesAtIndex(0, {}).properties);
             if (!keys.isEmpty() || made.isMetadataMissing) {
                 ++count.otherMetadata;
                 out() << path << ' ' << type << (made.isMetadataMissing ? " (told)" : "") << ": "

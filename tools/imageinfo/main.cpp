@@ -96,7 +96,7 @@ bool describe(QTextStream& out, const QString& path, const Options& options) {
     out << "  Type = " << (type.isEmpty() ? QStringLiteral("unknown") : type) << ", by content "
         << importer->utiType() << '\n';
     Stopwatch stopwatch(out, options.withTime);
-    const auto properties = importer->readProperties(0, {}).ifRead();
+    const auto properties = importer->propertiesAtIndex(0, {}).ifRead();
     stopwatch.tell(u"Properties");
     out << "  Frames = " << importer->imageCount() << '\n';
     stopwatch.tell(u"Counting frames");

@@ -92,7 +92,7 @@ PictureExport::tryToMake(const QString& path, double angle, const std::stop_toke
     const auto importer = _importers.imageImporterForImageURL(path);
     if (!importer) return failed(std::errc::bad_message);
     importer->setUrgency(codec::Urgency::Next);
-    const auto [status, properties] = importer->readProperties(0, stop);
+    const auto [status, properties] = importer->propertiesAtIndex(0, stop);
     if (stop.stop_requested()) return failed(std::errc::operation_canceled);
     if (status == codec::PropertiesStatus::NotNow)
         return failed(std::errc::resource_unavailable_try_again);

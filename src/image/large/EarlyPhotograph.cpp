@@ -159,7 +159,7 @@ void EarlyPhotograph::read(const std::shared_ptr<Work>& work, const std::stop_to
     const auto importer = _importers.imageImporterForImageURL(work->path);
     if (!importer || looked.presence != platform::Presence::There) return;
     importer->setUrgency(codec::Urgency::Focus);
-    const auto properties = importer->readProperties(0, stop).ifRead();
+    const auto properties = importer->propertiesAtIndex(0, stop).ifRead();
     if (!properties) return;
     const auto side = [&](const QString& key) {
         return static_cast<double>(valueForKey(*properties, key).toInteger());
