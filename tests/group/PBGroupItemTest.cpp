@@ -200,8 +200,9 @@ TEST(PBGroupItemTest, chainsOfACopyRemoveFromTheOriginal) {
     const auto& items = tree.items;
     const PBGroupItemArray live = tree.copy();
     const auto& leaves = leavesOf(live);
-    removeFileItemInGroupArray(
+    const auto taken = removeFileItemInGroupArray(
         tree.top, {chainTo(*leaves[0], {items[1]}), chainTo(*leaves[2], {items[3], items[0]})});
+    EXPECT_EQ(taken, (PBImageFileList{items[1], items[3]})) << "and not what was not there";
     EXPECT_EQ(describe(tree.top), u"R5(2(c) 1(a))"_s);
     EXPECT_EQ(describe(live), u"R5(2(b c) 1(a)) Z9(2(d))"_s);
     // The same chain again, and an empty one: nothing is found.

@@ -264,6 +264,11 @@ TEST(PushRhythmTest, anOpenedFileIsDueAtOnceAndTimeCountsOnlyForNewItems) {
     EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 200));
     rhythm.itemWasAdded();
     EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, false, 200));
+    for (quint64 count = 1; count < catalogueScanLimits.count; ++count)
+        rhythm.itemWasAdded();
+    EXPECT_FALSE(rhythm.isDue(catalogueScanLimits, false, 100));
+    rhythm.itemWasAdded();
+    EXPECT_TRUE(rhythm.isDue(catalogueScanLimits, false, 100));
 }
 
 } // namespace

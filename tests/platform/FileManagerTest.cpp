@@ -1,6 +1,10 @@
 #include "platform/files/FileManager.h"
 
+#include "platform/files/FileSystem.h"
 #include "support/FolderTest.h"
+
+#include <csignal>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -34,6 +38,27 @@ TEST_F(FileManagerTest, resourceValuesKeepNanosecondsAndFollowLinks) {
     EXPECT_GT(values->creationDate, 1'600'000'001.0);
     EXPECT_FALSE(resourceValues(path(u"none"_s)));
     EXPECT_TRUE(isReadable(file) && !isReadable(path(u"none"_s)));
+}
+
+/// As a file server does for whoever writes there (fcntl(2), F_SETLEASE).
+TEST_F(FileManagerTest, aFileThatSomebodyHasALeaseOfIsAskedForAndWaitedFor) {
+    write(u"lent");
+    const QByteArray lent = QFile::encodeName(path(u"lent"_s));
+    const int lease = ::open(lent.constData(), O_RDONLY | O_CLOEXEC);
+    ::fcntl(lease, F_SETSIG, SIGURG); // for whoever is asked: one that is ignored
+    if (::fcntl(lease, F_SETLEASE, F_WRLCK) != 0) GTEST_SKIP() << "there are no leases here";
+    std::jthread owner([&] {
+        while (::fcntl(lease, F_GETLEASE) == F_WRLCK)
+            std::this_thread::yield();
+        ::fcntl(lease, F_SETLEASE, F_UNLCK);
+    });
+    int file = -1;
+    platform::FileSystem::Entry entry;
+    EXPECT_EQ(platform::DiskFileSystem().openSource(lent, file, entry), std::error_code());
+    EXPECT_EQ(entry.kind, platform::FileSystem::Kind::File);
+    owner.join();
+    ::close(file);
+    ::close(lease);
 }
 
 TEST_F(FileManagerTest, whatCannotBeLookedAtIsNotTakenForGone) {

@@ -193,6 +193,38 @@ TEST_F(AttachTest, APhotographThatTheUserRenamesWhileItIsLookedForStaysWhatItIs)
     EXPECT_EQ(rows(u"select Id from ImageFile"_s), QStringList(QString::number(id)));
 }
 
+/// The scan has read both rows, and only one of them is an item.
+TEST_F(AttachTest, WhatIsEditedBetweenItsRowAndItsItemIsReadAnew) {
+    makePictures("a.jpg b.jpg");
+    scan();
+    const qint64 both = items()[0]->fileId() + items()[1]->fileId();
+    qint64 later = 0;
+    PBScanDictionaryRef scanned;
+    changeServices([&](ScanServices& changed) {
+        changed.now = [&] {
+            if (const auto dictionary = std::exchange(scanned, nullptr)) {
+                later = both - items().at(0)->fileId();
+                EXPECT_TRUE(scanFiles.executeUpdate(
+                    u"update ImageFile set FileStars = 5 where Id = ?"_s, later));
+                PBUpdateFileItemOperation::Edited edited;
+                edited.fileIds = {later};
+                attachScanOperation(
+                    dictionary->AttachOperationArray, scanQueue,
+                    std::make_shared<PBUpdateFileItemOperation>(dictionary, edited), [] {});
+                now = now + 2; // so that it publishes, and looks at what is attached
+            }
+            return now.load();
+        };
+    });
+    scanQueue.setSuspended(true);
+    startScan();
+    scanned = dictionary();
+    waitForQueues();
+    for (const auto& item : items())
+        EXPECT_EQ(item->star(), item->fileId() == later ? 5U : 0U);
+    EXPECT_NE(later, 0);
+}
+
 /// The scans read the former row until the new one is stored, and come to the file meanwhile.
 TEST_F(AttachTest, ARenameThatIsOnItsWayGivesNoFileASecondRow) {
     makePicture(u"a.jpg"_s);

@@ -1,4 +1,5 @@
 #include "core/OpenedFolders.h"
+#include "library/OpenedRoots.h"
 #include "scan/ScanSupport.h"
 
 namespace {
@@ -75,4 +76,11 @@ TEST_F(OpenFilesScanTest, OpenedFilesOfOtherRootsComeTooAndBeforeTheRest) {
         EXPECT_TRUE(first.contains(u"e.jpg"_s) && first.contains(u"d.jpg"_s)) << isKnown;
         EXPECT_EQ(order.size(), 3) << "the folder that is selected is scanned whole";
     }
+}
+
+TEST_F(OpenFilesScanTest, OfAnOpenedRootNothingBelowItIsScanned) {
+    makePicture(u"other/below/f.jpg"_s);
+    root = addRoot(u"other"_s, OpenedRoots::openedState);
+    scan();
+    EXPECT_EQ(namesIn(*workTree), support::words("e.jpg"));
 }

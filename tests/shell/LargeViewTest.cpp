@@ -162,6 +162,11 @@ TEST_F(LargeViewTest, openedFilesAreShownAsTheyComeTheFirstOfThemFirst) {
     controller->scanStateDidChange();
     EXPECT_EQ(shown(), u"Z.PNG|"_s);
     EXPECT_EQ(delegate.scans, 0) << "what else is to be looked for?";
+    support::permit(db);
+    const auto far = addRoot(path(u"far"_s));
+    tree().dataSource().reloadCategoryItem();
+    controller->sourceSelection().volumesDidMount({far});
+    EXPECT_EQ(delegate.scans, 0) << "nobody waits for the folder any more";
 
     // One that the catalogue has is there at once, and gives way to that of the scan.
     const auto values = platform::FileManager::look(path(u"photos/c"_s)).values;
