@@ -197,6 +197,8 @@ void PBSplitView::resizeEvent(QResizeEvent* event) {
 
 void PBSplitView::giveWay() {
     if (_roomKept == 0 || _asked == 0 || isAnimationRunning() || isPaneCollapsed(_fixed)) return;
-    const int size = std::max(_limits.minimum, std::min(_asked, length() - _roomKept));
-    if (size != fixedPaneSize()) place(_fixed == 0 ? size : length() - size);
+    const int total = length();
+    const int size = std::max(_limits.minimum, std::min(_asked, total - _roomKept));
+    if (size == fixedPaneSize()) return;
+    setSizes(_fixed == 0 ? QList<int>{size, total - size} : QList<int>{total - size, size});
 }
